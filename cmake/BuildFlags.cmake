@@ -1,0 +1,9 @@
+# Warnings and sanitizers of the project's own build. Never installed, so a user of the package inherits none of it.
+add_library(kestra-build-flags INTERFACE)
+target_compile_options(kestra-build-flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+
+if(KESTRA_SANITIZE)
+    target_compile_options(kestra-build-flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(kestra-build-flags INTERFACE -fsanitize=address,undefined)
+    target_compile_definitions(kestra-build-flags INTERFACE _GLIBCXX_ASSERTIONS)
+endif()

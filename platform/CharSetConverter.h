@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/CharSet.h"
+#include "platform/Characters.h"
+
+namespace Kestra::StringNS {
+
+/// Converts strings between one code page and UTF-16, both ways. A parser keeps one and opens it once per code page, so that a
+/// string costs its conversion and nothing else.
+///
+/// 65001, 1252, 20127, 28591 and 1200 are converted by the library itself, the same on every platform; every other code page goes to
+/// the platform's converters. Each string starts fresh, stateful encodings included. Not exported; one thread at a time.
+/// A copy starts closed: it opens its own converter at its first use.
+class CharSetConverter {
+public:
+    CharSetConverter();
+    CharSetConverter(const CharSetConverter& other);
+    CharSetConverter& operator=(const CharSetConverter& other);
+    ~CharSetConverter();
+
+    /// Replaces `*output` by the UTF-16 form of `size` bytes. Embedded NULs are kept; what is invalid becomes U+FFFD, one per maximal
+    /// subpart in UTF-8. 1200 takes pairs of bytes, low byte first; an odd last byte becomes U+FFFD.
+    /// @param code  0 is the ANSI rule: 1252 on POSIX.
+    /// @return 0, or RESULT_UNSUPPORTED_CHARSET with an empty output, also for an empty string.
+    std::uint32_t ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output);
+
+    /// Replaces `*output` by the bytes of `size` UTF-16 units in code page `code`; a character that the code page lacks becomes "?",
+    /// or U+FFFD where the code page has it. 1200 gives the units themselves, low byte first.
+    std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
+
+private:
+    class Platform;  // `platform/PlatformConverter.h`: the system converter for the one code page opened last
+    std::unique_ptr<Platform> platform;
+};
+
+}  // namespace Kestra::StringNS

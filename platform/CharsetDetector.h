@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/CharSet.h"
+
+namespace Kestra::Base {
+
+/// One answer of the detector.
+struct DetectedCharset {
+    StringNS::CharSet::Code code = 0;  ///< a Windows code page
+    std::uint32_t confidence = 0;      ///< 0 to 100
+};
+
+/// Guesses the charset of marked-up text: the system's language service on Windows, uchardet and ICU on POSIX. Not exported.
+class CharsetDetector {
+public:
+    /// Detects over `size` bytes with room for one answer.
+    ///
+    /// @param count  stores the number of results: 1 with `*detected` filled, 0 when nothing fits. (The Windows service can count
+    ///               more than there is room for.)
+    /// @return 0; RESULT_UNAVAILABLE (11) when the service cannot be started; RESULT_DETECTION_FAILED (709) when the call fails.
+    ///         After a failure neither output is meaningful.
+    static std::uint32_t Detect(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count);
+};
+
+}  // namespace Kestra::Base

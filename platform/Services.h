@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/BufferAllocPolicy.h"
+#include "platform/CharSetConverter.h"
+#include "platform/CharsetDetector.h"
+
+namespace Kestra::Base {
+
+/// The platform services whose failures a test must be able to bring about. The parsers reach them through this table, never directly.
+/// Not exported: a host cannot replace them.
+struct Services {
+    std::uint32_t (*detectCharset)(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count);
+    std::uint32_t (*adjustBuffer)(DefaultBufferAllocPolicy* buffer, std::uint64_t size);
+    std::uint32_t (*toWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
+                            WideString* output);
+    std::uint32_t (*fromWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
+                              std::uint64_t size, std::string* output);
+};
+
+/// The real services.
+extern const Services PLATFORM_SERVICES;
+
+/// The services of the calling thread: the real ones, or those of the innermost `ServicesOverride`.
+const Services& GetServices();
+
+/// Puts other services in place for the calling thread for as long as it lives.
+class ServicesOverride {
+public:
+    explicit ServicesOverride(const Services& services);
+    ServicesOverride(const ServicesOverride&) = delete;
+    ServicesOverride& operator=(const ServicesOverride&) = delete;
+    ~ServicesOverride();
+
+private:
+    const Services* previous;
+};
+
+}  // namespace Kestra::Base

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/CharSet.h"
+#include "platform/Characters.h"
+#include "platform/Export.h"
+#include "platform/Vector.h"
+
+namespace Kestra::StringNS {
+
+/// The UTF-8 byte-order mark, three bytes, and the UTF-16 little-endian one, two bytes. Neither is NUL-terminated.
+extern KESTRA_HTML_API const unsigned char BOM_UTF8[3];
+extern KESTRA_HTML_API const unsigned char BOM_UTF16_LE[2];
+
+/// String conversions and small string services.
+///
+/// A conversion takes a count of characters. When the last character counted is a NUL terminator, the result leaves it out;
+/// every other NUL is kept. Each call opens its converter anew: parsers keep a `CharSetConverter` instead.
+/// Conversions return 0, RESULT_INVALID_ARGUMENT (a null pointer with a count, a null output) or RESULT_UNSUPPORTED_CHARSET;
+/// after a failure the output is empty.
+class KESTRA_HTML_API StringHelper {
+public:
+    /// What `StripAnsiChars` and `StripWideChars` strip.
+    enum StripMode : std::uint32_t {
+        STRIP_FRONT = 1,
+        STRIP_BACK = 2,
+        STRIP_BOTH = 3,
+    };
+
+    /// From the bytes of a code page to UTF-16; code 0 is the ANSI rule. `conversionType` is reserved and must be 0.
+    static std::uint32_t GetWideFromGeneric(CharSet::Code code, const char* data, std::uint64_t size, WideString* output,
+                                            std::uint32_t conversionType = 0);
+
+    /// From the ANSI code page (1252 on POSIX) to UTF-16.
+    static std::uint32_t GetStringFromAnsi(const char* data, std::uint64_t size, WideString* output);
+
+    /// From UTF-16 to the ANSI code page.
+    static std::uint32_t GetAnsiFromWide(const WideChar* data, std::uint64_t size, std::string* output);
+
+    /// From UTF-16 to the bytes of a code page; code 0 is the ANSI rule.
+    static std::uint32_t GetStringFromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
+
+    /// Splits at every occurrence of the separator. Empty parts are kept, so the parts are always one more than the separators.
+    static void SplitAnsiString(const std::string& text, char separator, Vector<std::string>* parts);
+    static void SplitWideString(const WideString& text, WideChar separator, Vector<WideString>* parts);
+
+    /// Removes the characters of `set` from the front, the back or both ends of `*text`.
+    static void StripAnsiChars(std::string* text, std::uint32_t mode, const std::string& set);
+    static void StripWideChars(WideString* text, std::uint32_t mode, const WideString& set);
+};
+
+}  // namespace Kestra::StringNS

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/Export.h"
+#include "platform/InputStream.h"
+
+namespace Kestra::VFS {
+
+/// What a temporary stream holds: bytes in memory, or an unnamed temporary file. Private to the two classes below.
+class TmpStorage;
+
+/// Collects bytes to be read back later: in memory up to a limit, from then on in a temporary file that has no name and is gone
+/// with its last user.
+class KESTRA_HTML_API TmpOutputStream {
+public:
+    /// @param memoryLimit  bytes kept in memory; one byte more moves everything into the file. Nothing is reserved ahead.
+    explicit TmpOutputStream(std::uint64_t memoryLimit);
+    TmpOutputStream(const TmpOutputStream&) = delete;
+    TmpOutputStream& operator=(const TmpOutputStream&) = delete;
+    ~TmpOutputStream();
+
+    /// Appends `size` bytes. @return 0; RESULT_STREAM_FAILED when the temporary file cannot be made or written. A failure is
+    /// remembered: every later write returns it too, so that no copy with a hole in it looks whole.
+    std::uint32_t Write(const void* data, std::uint64_t size);
+
+    /// Bytes written so far.
+    std::uint64_t GetSize() const;
+
+    /// 0, or the code of the first write that failed.
+    std::uint32_t GetResult() const;
+
+private:
+    friend class TmpInputStream;
+    std::shared_ptr<TmpStorage> storage;
+};
+
+/// Reads back what a `TmpOutputStream` collected, from its first byte on. It shares the storage: the output stream may be destroyed,
+/// and must not be written to any more once an input stream stands over it.
+class KESTRA_HTML_API TmpInputStream final : public InputStream {
+public:
+    explicit TmpInputStream(const TmpOutputStream& output);
+    TmpInputStream(const TmpInputStream&) = delete;
+    TmpInputStream& operator=(const TmpInputStream&) = delete;
+    ~TmpInputStream() override;
+
+    std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override;
+    std::uint32_t GetPosition(std::uint64_t* position) override;
+    std::uint32_t Seek(std::uint64_t position) override;
+    bool IsEnd() override;
+
+private:
+    std::shared_ptr<TmpStorage> storage;
+    std::uint64_t next = 0;
+};
+
+}  // namespace Kestra::VFS
