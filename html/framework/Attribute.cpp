@@ -1,0 +1,7 @@
+#include "html/framework/Attribute.h"
+
+namespace Kestra::HTML {
+
+KESTRA_HTML_INSTANTIATE(Attribute);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,7 @@
+#include "html/framework/EntityToken.h"
+
+namespace Kestra::HTML {
+
+KESTRA_HTML_INSTANTIATE(EntityToken);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "html/framework/QuoteKind.h"
+#include "platform/Characters.h"
+#include "platform/Export.h"
+
+namespace Kestra::HTML {
+
+/// One word or quoted string of a declaration such as "<!DOCTYPE html>".
+template <typename C, typename S>
+struct KESTRA_HTML_API EntityToken {
+    S prefix;                          ///< white space before it
+    S value;                           ///< without its quotes
+    std::uint32_t quote = QUOTE_NONE;  ///< a QuoteKind
+};
+
+}  // namespace Kestra::HTML

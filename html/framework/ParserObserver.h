@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+
+#include "html/framework/TokenRecords.h"
+#include "platform/CharSet.h"
+#include "platform/Characters.h"
+#include "platform/Export.h"
+
+namespace Kestra::HTML {
+
+/// Receives the tokens of a parse in document order, on the caller's thread, inside the call that fed the input.
+///
+/// Every operation does nothing by default. There is no virtual destructor: a parser that owns its observer frees it with plain
+/// `::operator delete(void*)`, so an owned observer needs no destruction and lies at the start of its block. An exception that an
+/// operation throws passes through the call that fed the input; `StartParse`, `EndParse`, the queries and destruction are safe afterwards.
+template <typename C, typename S>
+class KESTRA_HTML_API ParserObserver {
+public:
+    ParserObserver();
+    ParserObserver(const ParserObserver& other);
+    ParserObserver& operator=(const ParserObserver& other);
+
+    virtual void OnStartParsing();
+    /// After the last token; not called when the parse ended with an error.
+    virtual void OnEndParsing();
+    /// A byte-order mark at the start of the document: its bytes and their count.
+    virtual void OnBOM(const void* bytes, std::uint64_t size);
+    virtual void OnCharset(StringNS::CharSet::Code code);
+    virtual void OnText(TextData<C, S>* data);
+    virtual void OnCComment(CCommentData<C, S>* data);
+    virtual void OnCPPComment(CPPCommentData<C, S>* data);
+    virtual void OnSQuoteString(SQuoteStringData<C, S>* data);
+    virtual void OnDQuoteString(DQuoteStringData<C, S>* data);
+    virtual void OnStartTag(StartTagData<C, S>* data);
+    /// A tag that ends with "/>".
+    virtual void OnShortTag(ShortTagData<C, S>* data);
+    virtual void OnEndTag(EndTagData<C, S>* data);
+    virtual void OnCDATATag(CDATATagData<C, S>* data);
+    virtual void OnConditionalTag(ConditionalTagData<C, S>* data);
+    virtual void OnCommentTag(CommentTagData<C, S>* data);
+    virtual void OnEntityTag(EntityTagData<C, S>* data);
+    virtual void OnExternTag(ExternTagData<C, S>* data);
+    /// After the `OnStartTag` of a `script` element.
+    virtual void OnJSTagStart();
+    /// After the `OnEndTag` of a `script` element, also of a stray one.
+    virtual void OnJSTagEnd();
+    /// After the `OnStartTag` of a `style` element.
+    virtual void OnCSSTagStart();
+    /// After the `OnEndTag` of a `style` element, also of a stray one.
+    virtual void OnCSSTagEnd();
+    virtual void OnJunkData(JunkData<C, S>* data);
+};
+
+/// The observer of hosts that want every document as UTF-16, whatever its charset.
+class KESTRA_HTML_API GenericParserObserver : public ParserObserver<WideChar, WideString> {
+public:
+    GenericParserObserver();
+    GenericParserObserver(const GenericParserObserver& other);
+    GenericParserObserver& operator=(const GenericParserObserver& other);
+};
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Kestra::HTML {
+
+/// How a value stood in the input.
+enum QuoteKind : std::uint32_t {
+    QUOTE_NONE = 0,
+    QUOTE_SINGLE = 1,  ///< "'"
+    QUOTE_DOUBLE = 2,  ///< the quotation mark
+};
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <string>
+
+#include "html/framework/Attribute.h"
+#include "html/framework/EntityToken.h"
+#include "platform/Vector.h"
+
+/// @file
+/// The records in which tokens reach an observer. A record and all that its pointers show is borrowed for the one callback; an observer
+/// copies what it keeps. Strings are in characters as written, without the punctuation that the record's kind implies.
+///
+/// A list pointer may be null in a record that a host makes for the serializer, and then counts as an empty list; so does a null string.
+
+namespace Kestra::HTML {
+
+/// Character data between two constructs. A script regular expression arrives as text too.
+template <typename C, typename S>
+struct TextData {
+    const S* text;
+};
+
+/// A script block comment, without "/*" and "*/".
+template <typename C, typename S>
+struct CCommentData {
+    const S* text;
+};
+
+/// A script line comment, without "//" and the line end.
+template <typename C, typename S>
+struct CPPCommentData {
+    const S* text;
+};
+
+/// A single-quoted script string, without its quotes; escapes stay as written.
+template <typename C, typename S>
+struct SQuoteStringData {
+    const S* text;
+};
+
+/// A double-quoted script string, without its quotes; escapes stay as written.
+template <typename C, typename S>
+struct DQuoteStringData {
+    const S* text;
+};
+
+/// Input that fits no construct: bytes as they stand in the input, in both flavours (two per wide character).
+template <typename C, typename S>
+struct JunkData {
+    const std::string* text;
+};
+
+/// "<" `prefix` `name` attributes; `suffix` ">" only when `closed`.
+template <typename C, typename S>
+struct StartTagData {
+    const S* prefix;  ///< white space between "<" and the name
+    const S* name;
+    const Vector<Attribute<C, S>>* attributes;
+    const S* suffix;  ///< white space between the last attribute and ">"
+    bool closed;      ///< the ">" was there
+};
+
+/// "<" `prefix` `name` attributes `suffix` "/"; ">" only when `closed`. Unlike a start tag it keeps its `suffix` when unclosed.
+template <typename C, typename S>
+struct ShortTagData {
+    const S* prefix;
+    const S* name;
+    const Vector<Attribute<C, S>>* attributes;
+    const S* suffix;  ///< white space between the last attribute and "/>"
+    bool closed;
+};
+
+/// "</" `prefix` `name` `afterName`; attributes and `suffix` when there are attributes; "/" when `slashBeforeClose`; ">" when `closed`.
+template <typename C, typename S>
+struct EndTagData {
+    const S* prefix;  ///< white space between "</" and the name
+    const S* name;
+    const S* afterName;  ///< white space after the name
+    bool closed;         ///< false when a "<" ended the tag; that "<" begins the next token
+    const Vector<Attribute<C, S>>* attributes;
+    bool slashBeforeClose;
+    const S* suffix;  ///< white space after the last attribute
+};
+
+/// "<![" `keyword` `text`; "]]>" when `closed`.
+template <typename C, typename S>
+struct CDATATagData {
+    const S* keyword;  ///< "CDATA" as written
+    const S* text;     ///< the body, its leading "[" included
+    bool closed;
+};
+
+/// "<![" `keyword` `condition`; "]" when `bracketClosed`; `tail` ">" when `tagClosed`.
+template <typename C, typename S>
+struct ConditionalTagData {
+    const S* keyword;  ///< "if" or "endif" as written
+    const S* condition;
+    const S* tail;  ///< between "]" and ">"
+    bool bracketClosed;
+    bool tagClosed;
+};
+
+/// "<!--" `text`; "-->" when `closed`.
+template <typename C, typename S>
+struct CommentTagData {
+    const S* text;
+    bool closed;
+};
+
+/// "<!" `prefix` `name`, each token as its prefix and quoted value, `suffix` ">".
+template <typename C, typename S>
+struct EntityTagData {
+    const S* prefix;  ///< white space between "<!" and the keyword
+    const S* name;    ///< the keyword as written, for example "DOCTYPE"
+    const Vector<EntityToken<C, S>>* tokens;
+    const S* suffix;  ///< white space before ">"
+};
+
+/// `text` alone when `freeStyle`; otherwise "<?" `prefix` `name` attributes `suffix`, "/" when `slashBeforeClose` or else "?", ">".
+template <typename C, typename S>
+struct ExternTagData {
+    const S* prefix;  ///< white space between "<?" and the target
+    const S* name;    ///< the target as written
+    const Vector<Attribute<C, S>>* attributes;
+    const S* suffix;  ///< white space after the last attribute
+    bool freeStyle;   ///< read as raw text: a processing instruction other than an XML declaration
+    const S* text;    ///< the whole instruction from "<?" to ">", when `freeStyle`
+    bool slashBeforeClose;
+};
+
+}  // namespace Kestra::HTML

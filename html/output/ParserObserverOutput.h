@@ -1,0 +1,91 @@
+#pragma once
+
+#include "html/framework/ParserObserver.h"
+#include "html/output/ParserObserverOutputHandler.h"
+
+namespace Kestra::HTML {
+
+/// An observer that writes every token back as markup, so that the output of a parse reproduces its input. A host derives from it and
+/// receives the output in `OnOutput`; the static writers put a single record out to any handler.
+///
+/// Each punctuation character is a piece of its own, each string one piece, empty ones too. In the wide flavour the bodies of comments,
+/// CDATA and conditional sections are passed with a byte count equal to their length in characters, so only their first half
+/// arrives; hosts rely on it. Null strings and lists in a record made by a host are written as empty.
+template <typename C, typename S>
+class KESTRA_HTML_API ParserObserverOutput : public ParserObserver<C, S> {
+public:
+    ParserObserverOutput();
+    ParserObserverOutput(const ParserObserverOutput& other);
+    ParserObserverOutput& operator=(const ParserObserverOutput& other);
+
+    static void GetTextOutput(const TextData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// Always closed, also when the input ended inside the comment.
+    static void GetCCommentOutput(const CCommentData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// Without a line end.
+    static void GetCPPCommentOutput(const CPPCommentData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetSQuoteStringOutput(const SQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetDQuoteStringOutput(const DQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// An unclosed tag loses its suffix together with its ">".
+    static void GetStartTagOutput(const StartTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// The suffix and the "/" are always written.
+    static void GetShortTagOutput(const ShortTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// The suffix is written only behind attributes.
+    static void GetEndTagOutput(const EndTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetCDATATagOutput(const CDATATagData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetConditionalTagOutput(const ConditionalTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetCommentTagOutput(const CommentTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetEntityTagOutput(const EntityTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetExternTagOutput(const ExternTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    static void GetJunkDataOutput(const JunkData<C, S>* data, ParserObserverOutputHandler* sink);
+
+    void OnStartParsing() override;
+    void OnEndParsing() override;
+    void OnBOM(const void* bytes, std::uint64_t size) override;
+    void OnCharset(StringNS::CharSet::Code code) override;
+    void OnText(TextData<C, S>* data) override;
+    void OnCComment(CCommentData<C, S>* data) override;
+    void OnCPPComment(CPPCommentData<C, S>* data) override;
+    void OnSQuoteString(SQuoteStringData<C, S>* data) override;
+    void OnDQuoteString(DQuoteStringData<C, S>* data) override;
+    void OnStartTag(StartTagData<C, S>* data) override;
+    void OnShortTag(ShortTagData<C, S>* data) override;
+    void OnEndTag(EndTagData<C, S>* data) override;
+    void OnCDATATag(CDATATagData<C, S>* data) override;
+    void OnConditionalTag(ConditionalTagData<C, S>* data) override;
+    void OnCommentTag(CommentTagData<C, S>* data) override;
+    void OnEntityTag(EntityTagData<C, S>* data) override;
+    void OnExternTag(ExternTagData<C, S>* data) override;
+    void OnJSTagStart() override;
+    void OnJSTagEnd() override;
+    void OnCSSTagStart() override;
+    void OnCSSTagEnd() override;
+    void OnJunkData(JunkData<C, S>* data) override;
+
+    /// Receives the next piece of output, as in `ParserObserverOutputHandler::Write`.
+    virtual void OnOutput(const void* data, std::uint64_t byteCount, bool isMarkup) = 0;
+
+private:
+    /// Forwards to its owner, or writes nothing without one.
+    class KESTRA_HTML_API MyParserObserverOutputHandler final : public ParserObserverOutputHandler {
+    public:
+        explicit MyParserObserverOutputHandler(ParserObserverOutput* owningOutput);
+
+        void Bind(ParserObserverOutput* newOwner);
+        void Write(const void* data, std::uint64_t byteCount, bool isMarkup) override;
+
+    private:
+        ParserObserverOutput* owner;
+    };
+
+    MyParserObserverOutputHandler handler;  // bound to this object in every constructor, never copied
+};
+
+/// The serializer of hosts that observe every document as UTF-16.
+class KESTRA_HTML_API GenericParserObserverOutput : public ParserObserverOutput<WideChar, WideString> {
+public:
+    GenericParserObserverOutput();
+    GenericParserObserverOutput(const GenericParserObserverOutput& other);
+    GenericParserObserverOutput& operator=(const GenericParserObserverOutput& other);
+};
+
+}  // namespace Kestra::HTML

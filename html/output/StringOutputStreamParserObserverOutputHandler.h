@@ -1,0 +1,33 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+
+#include "html/output/ParserObserverOutputHandler.h"
+#include "platform/Characters.h"
+
+namespace Kestra::HTML {
+
+/// A sink that appends to a string stream of its own.
+template <typename C, typename S, typename Stream = std::basic_ostringstream<C>>
+class KESTRA_HTML_API StringOutputStreamParserObserverOutputHandler : public ParserObserverOutputHandler {
+public:
+    StringOutputStreamParserObserverOutputHandler();
+    StringOutputStreamParserObserverOutputHandler(const StringOutputStreamParserObserverOutputHandler&) = delete;
+    StringOutputStreamParserObserverOutputHandler& operator=(const StringOutputStreamParserObserverOutputHandler&) = delete;
+    ~StringOutputStreamParserObserverOutputHandler() override;
+
+    /// Appends the whole characters in `byteCount` bytes. Output is unformatted, since streams of the wide flavour lack the facets
+    /// that formatted output needs.
+    void Write(const void* data, std::uint64_t byteCount, bool isMarkup) override;
+
+    Stream& GetStream();
+
+    /// Everything written so far.
+    S GetString() const;
+
+private:
+    Stream stream;
+};
+
+}  // namespace Kestra::HTML

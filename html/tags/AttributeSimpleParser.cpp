@@ -1,0 +1,103 @@
+#include "html/tags/AttributeSimpleParser.h"
+
+#include "html/framework/Scan.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    PREFIX = 0,
+    NAME = 1,
+    AFTER_NAME = 2,
+    EXPECT_EQUALS = 3,
+    VALUE = 4,
+};
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t AttributeSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = PREFIX;
+    data->hasValue = 0;
+    data->prefix.clear();
+    data->name.clear();
+    data->beforeEquals.clear();
+    data->afterEquals.clear();
+    data->value.clear();
+    data->quote = QUOTE_NONE;
+    data->iso2022 = false;
+    identifier.BeginParse(&identifierData);
+    identifierData.attributeNameMode = true;
+    whiteSpace.BeginParse(&whiteSpaceData);
+    token.BeginParse(&tokenData);
+    return SP_NEED_MORE_DATA;
+}
+
+//  state              white space   "="        ">"               other
+//  0 prefix           keep          to 1       to 1              to 1
+//  1 name             to 2          to 2       to 2              keep
+//  2 after the name   keep          to 3       to 3              to 3
+//  3 "=" or not                     to 4       complete          complete
+//  4 value            the value recognizer reads it and completes
+//
+// Nothing but the "=" and the value is consumed from state 3 on.
+template <typename C, typename S>
+std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    while (!Scan::AtEnd(*context)) {
+        switch (static_cast<State>(data->state)) {
+        case PREFIX:
+            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->prefix.swap(whiteSpaceData.text);
+            data->state = NAME;
+            identifier.BeginParse(&identifierData);
+            identifierData.attributeNameMode = true;
+            continue;
+        case NAME:
+            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->name.swap(identifierData.text);
+            data->state = AFTER_NAME;
+            whiteSpace.BeginParse(&whiteSpaceData);
+            continue;
+        case AFTER_NAME:
+            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->beforeEquals.swap(whiteSpaceData.text);
+            data->state = EXPECT_EQUALS;
+            continue;
+        case EXPECT_EQUALS:
+            if (Scan::Next(*context) != '=') {
+                data->hasValue = 0;
+                return SP_TOKEN_COMPLETE;
+            }
+            Scan::Advance(*context);
+            data->state = VALUE;
+            token.BeginParse(&tokenData);
+            tokenData.iso2022 = data->iso2022;
+            continue;
+        case VALUE: {
+            const std::uint32_t result = token.Parse(context, &tokenData);
+            if (result == SP_TOKEN_COMPLETE) {
+                data->hasValue = 1;
+                data->afterEquals.swap(tokenData.prefix);
+                data->value.swap(tokenData.value);
+                data->quote = tokenData.quote;
+            }
+            return result;
+        }
+        }
+        return SP_MALFORMED;
+    }
+    return SP_NEED_MORE_DATA;
+}
+
+template <typename C, typename S>
+std::uint32_t AttributeSimpleParser<C, S>::EndParse(Data*) {
+    return SP_TOKEN_COMPLETE;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(Attribute);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,140 @@
+#include "html/tags/EndTagSimpleParser.h"
+
+#include "html/framework/Scan.h"
+#include "html/output/AttributesNormalizer.h"
+#include "html/tags/AttributeList.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    PREFIX = 0,
+    NAME = 1,
+    AFTER_NAME = 2,
+    ATTRIBUTES = 3,
+    END_OF_ATTRIBUTES = 4,
+    DECIDE = 5,
+};
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = PREFIX;
+    data->prefix.clear();
+    data->name.clear();
+    data->afterName.clear();
+    data->suffix.clear();
+    data->attributes.clear();
+    data->slashBeforeClose = false;
+    data->closed = true;
+    data->iso2022 = false;
+    identifier.BeginParse(&identifierData);
+    whiteSpace.BeginParse(&whiteSpaceData);
+    attribute.BeginParse(&attributeData);
+    return SP_NEED_MORE_DATA;
+}
+
+//  state                 white space   "/"    ">"        "<"               other
+//  0 prefix              keep          to 1   to 1       to 1              to 1
+//  1 name                to 2          keep   to 2       to 2              keep; to 2 at "=", "[", "]"
+//  2 after the name      keep          to 5   to 5       to 5              to 5
+//  5 what comes next     to 3          to 3   complete   complete, open    to 3
+//  3 attributes          the attribute recognizer reads on: to 5 behind a closing "/", to 4 in front of ">"
+//  4 end of attributes   fail          to 5   complete   fail              fail
+//
+// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag swallows.
+template <typename C, typename S>
+std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    while (!Scan::AtEnd(*context)) {
+        switch (static_cast<State>(data->state)) {
+        case PREFIX:
+            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->prefix.swap(whiteSpaceData.text);
+            data->state = NAME;
+            identifier.BeginParse(&identifierData);
+            continue;
+        case NAME:
+            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->name.swap(identifierData.text);
+            data->state = AFTER_NAME;
+            whiteSpace.BeginParse(&whiteSpaceData);
+            continue;
+        case AFTER_NAME:
+            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->afterName.swap(whiteSpaceData.text);
+            data->state = DECIDE;
+            continue;
+        case DECIDE: {
+            const C next = Scan::Next(*context);
+            if (next != '>' && next != '<') {
+                data->state = ATTRIBUTES;
+                RestartAttribute(&attribute, &attributeData, data->iso2022);
+                continue;
+            }
+            if (next == '>')
+                Scan::Advance(*context);
+            else
+                data->closed = false;
+            AttributesNormalizer<C, S>::Normalize(&data->attributes);
+            return SP_TOKEN_COMPLETE;
+        }
+        case ATTRIBUTES: {
+            const std::uint32_t result = ParseAttributes(context, data);
+            if (result != SP_NEED_MORE_DATA)
+                return result;
+            continue;
+        }
+        case END_OF_ATTRIBUTES: {
+            const C next = Scan::Next(*context);
+            if (next != '/' && next != '>')
+                return SP_MALFORMED;
+            Scan::Advance(*context);
+            if (next == '/') {
+                data->slashBeforeClose = true;
+                data->state = DECIDE;
+                return SP_NEED_MORE_DATA;
+            }
+            AttributesNormalizer<C, S>::Normalize(&data->attributes);
+            return SP_TOKEN_COMPLETE;
+        }
+        }
+        return SP_MALFORMED;
+    }
+    return SP_NEED_MORE_DATA;
+}
+
+/// State 3, one attribute.
+template <typename C, typename S>
+std::uint32_t EndTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
+    const std::uint32_t result = attribute.Parse(context, &attributeData);
+    if (result != SP_TOKEN_COMPLETE)
+        return result;
+    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, true, '/')) {
+    case AttributeListStep::NEXT_ATTRIBUTE:
+        return SP_NEED_MORE_DATA;
+    case AttributeListStep::CLOSING_MARK:
+        data->slashBeforeClose = true;
+        data->state = DECIDE;
+        return SP_NEED_MORE_DATA;
+    case AttributeListStep::END_OF_LIST:
+        data->state = END_OF_ATTRIBUTES;
+        return SP_NEED_MORE_DATA;
+    case AttributeListStep::MALFORMED:
+        return SP_MALFORMED;
+    }
+    return SP_MALFORMED;
+}
+
+template <typename C, typename S>
+std::uint32_t EndTagSimpleParser<C, S>::EndParse(Data*) {
+    return SP_UNTERMINATED;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(EndTag);
+
+}  // namespace Kestra::HTML

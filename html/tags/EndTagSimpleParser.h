@@ -1,0 +1,57 @@
+#pragma once
+
+#include "html/framework/Attribute.h"
+#include "html/framework/ParserNames.h"
+#include "html/framework/SimpleParser.h"
+#include "html/tags/AttributeSimpleParser.h"
+#include "html/tags/IdentifierSimpleParser.h"
+#include "html/text/WhiteSpaceSimpleParser.h"
+#include "platform/Vector.h"
+
+namespace Kestra::HTML {
+
+/// State of one end tag between two pieces of input.
+template <typename C, typename S>
+struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
+    static constexpr WideStringView PARSER_NAME = ParserNames::END_TAG;
+
+    std::uint32_t state = 0;  ///< 0 prefix, 1 name, 2 after the name, 3 attributes, 4 end of the attributes, 5 what comes next
+    S prefix;                 ///< white space between "</" and the name
+    S name;                   ///< as written
+    S afterName;              ///< white space after the name
+    S suffix;                 ///< white space after the last attribute
+    Vector<Attribute<C, S>> attributes;
+    bool slashBeforeClose = false;  ///< a "/" stood after the attributes
+    bool closed = true;             ///< false when a "<" ended the tag
+    bool iso2022 = false;           ///< double-quoted values may hold ISO-2022 escape runs
+};
+
+/// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place, exclusive. Attributes and a stray "/" are kept.
+template <typename C, typename S>
+class KESTRA_HTML_API EndTagSimpleParser final : public SimpleParser<C, S, EndTagSimpleParserData<C, S>> {
+public:
+    using Data = EndTagSimpleParserData<C, S>;
+
+    /// Clears `iso2022` as well, unlike the start tag: the owner sets it afterwards.
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece is used up, and also behind a "/" that
+    ///         follows the attributes; SP_MALFORMED for a lone "/" as an unquoted value before ">", a "/" behind white space and before
+    ///         more of it, and anything but "/" or ">" behind the attributes; a code of a member, unchanged.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_UNTERMINATED
+    std::uint32_t EndParse(Data* data) override;
+
+private:
+    std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
+
+    IdentifierSimpleParser<C, S> identifier;
+    IdentifierSimpleParserData<C, S> identifierData;
+    WhiteSpaceSimpleParser<C, S> whiteSpace;
+    WhiteSpaceSimpleParserData<C, S> whiteSpaceData;
+    AttributeSimpleParser<C, S> attribute;
+    AttributeSimpleParserData<C, S> attributeData;
+};
+
+}  // namespace Kestra::HTML

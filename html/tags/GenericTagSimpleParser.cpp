@@ -1,0 +1,99 @@
+#include "html/tags/GenericTagSimpleParser.h"
+
+#include "html/framework/Scan.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    FIRST = 0,
+    AFTER_EXCLAMATION_MARK = 1,
+    AFTER_HYPHEN = 2,
+    KEYWORD = 3,
+};
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t GenericTagSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = FIRST;
+    data->reserved = 0;
+    data->text.clear();
+    data->keyword.clear();
+    data->nextParser.clear();
+    identifier.BeginParse(&identifierData);
+    return SP_NEED_MORE_DATA;
+}
+
+//  state        "/"         "?"          "!"    "-"        "["    other
+//  0 "<"        end tag     extern tag   to 1   start tag left unread
+//  1 "<!"       entity tag left unread          to 2       to 3   entity tag left unread
+//  2 "<!-"      fail        fail         fail   comment    fail   fail
+//  3 "<!["      a keyword: CDATA, or conditional for "if" and "endif"; any other word fails
+template <typename C, typename S>
+std::uint32_t GenericTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    while (!Scan::AtEnd(*context)) {
+        const C next = Scan::Next(*context);
+        switch (static_cast<State>(data->state)) {
+        case FIRST:
+            if (next == '!') {
+                Scan::Advance(*context);
+                data->state = AFTER_EXCLAMATION_MARK;
+                continue;
+            }
+            if (next == '/') {
+                Scan::Advance(*context);
+                data->nextParser = ParserNames::END_TAG;
+            } else if (next == '?') {
+                Scan::Advance(*context);
+                data->nextParser = ParserNames::EXTERN_TAG;
+            } else {
+                data->nextParser = ParserNames::START_TAG;
+            }
+            return SP_TOKEN_COMPLETE;
+        case AFTER_EXCLAMATION_MARK:
+            if (next == '-') {
+                Scan::Advance(*context);
+                data->state = AFTER_HYPHEN;
+                continue;
+            }
+            if (next == '[') {
+                Scan::Advance(*context);
+                identifier.BeginParse(&identifierData);
+                data->state = KEYWORD;
+                continue;
+            }
+            data->nextParser = ParserNames::ENTITY_TAG;
+            return SP_TOKEN_COMPLETE;
+        case AFTER_HYPHEN:
+            if (next != '-')
+                return SP_MALFORMED;
+            Scan::Advance(*context);
+            data->nextParser = ParserNames::COMMENT_TAG;
+            return SP_TOKEN_COMPLETE;
+        case KEYWORD:
+            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            if (EqualsKeyword(identifierData.text, "cdata"))
+                data->nextParser = ParserNames::CDATA_TAG;
+            else if (EqualsKeyword(identifierData.text, "if") || EqualsKeyword(identifierData.text, "endif"))
+                data->nextParser = ParserNames::CONDITIONAL_TAG;
+            else
+                return SP_MALFORMED;
+            data->keyword.swap(identifierData.text);
+            return SP_TOKEN_COMPLETE;
+        }
+        return SP_MALFORMED;
+    }
+    return SP_NEED_MORE_DATA;
+}
+
+template <typename C, typename S>
+std::uint32_t GenericTagSimpleParser<C, S>::EndParse(Data*) {
+    return SP_UNTERMINATED;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(GenericTag);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "html/framework/ParserNames.h"
+#include "html/framework/SimpleParser.h"
+#include "html/tags/IdentifierSimpleParser.h"
+
+namespace Kestra::HTML {
+
+/// State of one decision between two pieces of input.
+template <typename C, typename S>
+struct KESTRA_HTML_API GenericTagSimpleParserData : SimpleParserData<C, S> {
+    static constexpr WideStringView PARSER_NAME = ParserNames::GENERIC_TAG;
+
+    std::uint32_t state = 0;     ///< 0 first character after "<", 1 after "<!", 2 after "<!-", 3 keyword after "<!["
+    std::uint32_t reserved = 0;  ///< always 0
+    S text;                      ///< always empty
+    S keyword;                   ///< "CDATA", "if" or "endif" after "<![", as written
+    WideString nextParser;       ///< after SP_TOKEN_COMPLETE: who must run next
+};
+
+/// Reads the characters after a "<" that decide which recognizer must run, and no more: "/", "?", "!", "!--", "![" with its keyword, or
+/// nothing for a start tag. After "![" and the keyword the next character, normally "[", is left.
+template <typename C, typename S>
+class KESTRA_HTML_API GenericTagSimpleParser final : public SimpleParser<C, S, GenericTagSimpleParserData<C, S>> {
+public:
+    using Data = GenericTagSimpleParserData<C, S>;
+
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE with `nextParser` set; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for "<!-" without a
+    ///         second "-", and for "<![" with any other keyword.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_UNTERMINATED
+    std::uint32_t EndParse(Data* data) override;
+
+private:
+    IdentifierSimpleParser<C, S> identifier;
+    IdentifierSimpleParserData<C, S> identifierData;
+};
+
+}  // namespace Kestra::HTML

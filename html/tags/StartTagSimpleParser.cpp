@@ -1,0 +1,134 @@
+#include "html/tags/StartTagSimpleParser.h"
+
+#include "html/framework/Scan.h"
+#include "html/output/AttributesNormalizer.h"
+#include "html/tags/AttributeList.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    PREFIX = 0,
+    NAME = 1,
+    ATTRIBUTES = 2,
+    END_OF_ATTRIBUTES = 3,
+    AFTER_SLASH = 4,
+};
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = PREFIX;
+    data->prefix.clear();
+    data->name.clear();
+    data->attributes.clear();
+    data->suffix.clear();
+    data->wideName.clear();
+    data->selfClosing = false;
+    data->closed = true;
+    identifier.BeginParse(&identifierData);
+    whiteSpace.BeginParse(&whiteSpaceData);
+    attribute.BeginParse(&attributeData);
+    return SP_NEED_MORE_DATA;
+}
+
+//  state                 white space   "/"               ">"               "<"                other
+//  0 prefix              keep          to 1              to 1              to 1               to 1
+//  1 name                to 2          keep              to 2              to 2 (or no tag)   keep; to 2 at "=", "[", "]"
+//  2 attributes          the attribute recognizer reads on: to 4 behind a closing "/", to 3 in front of ">"
+//  3 end of attributes   fail          to 4              complete          complete, open     fail
+//  4 after "/"           fail          fail              complete          fail               fail
+template <typename C, typename S>
+std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    while (!Scan::AtEnd(*context)) {
+        switch (static_cast<State>(data->state)) {
+        case PREFIX:
+            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->prefix.swap(whiteSpaceData.text);
+            data->state = NAME;
+            identifier.BeginParse(&identifierData);
+            continue;
+        case NAME:
+            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                return SP_NEED_MORE_DATA;
+            data->name.swap(identifierData.text);
+            if (data->name.size() == 1 && data->name[0] == '<')
+                return SP_NOT_THIS_TOKEN;
+            data->state = ATTRIBUTES;
+            RestartAttribute(&attribute, &attributeData, data->iso2022);
+            continue;
+        case ATTRIBUTES: {
+            const std::uint32_t result = ParseAttributes(context, data);
+            if (result != SP_NEED_MORE_DATA)
+                return result;
+            continue;
+        }
+        case END_OF_ATTRIBUTES: {
+            const std::uint32_t result = ParseEndOfAttributes(context, data);
+            if (result != SP_NEED_MORE_DATA)
+                return result;
+            continue;
+        }
+        case AFTER_SLASH:
+            if (Scan::Next(*context) != '>')
+                return SP_MALFORMED;
+            Scan::Advance(*context);
+            AttributesNormalizer<C, S>::Normalize(&data->attributes);
+            return SP_TOKEN_COMPLETE;
+        }
+        return SP_MALFORMED;
+    }
+    return SP_NEED_MORE_DATA;
+}
+
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute behind it; hosts rely on it.
+template <typename C, typename S>
+std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
+    const std::uint32_t result = attribute.Parse(context, &attributeData);
+    if (result != SP_TOKEN_COMPLETE)
+        return result;
+    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '/')) {
+    case AttributeListStep::NEXT_ATTRIBUTE:
+        return SP_NEED_MORE_DATA;
+    case AttributeListStep::CLOSING_MARK:
+        data->selfClosing = true;
+        data->state = AFTER_SLASH;
+        return SP_NEED_MORE_DATA;
+    case AttributeListStep::END_OF_LIST:
+        data->state = END_OF_ATTRIBUTES;
+        return SP_NEED_MORE_DATA;
+    case AttributeListStep::MALFORMED:
+        return SP_MALFORMED;
+    }
+    return SP_MALFORMED;
+}
+
+/// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the next tag.
+template <typename C, typename S>
+std::uint32_t StartTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data) {
+    const C next = Scan::Next(*context);
+    if (next == '/') {
+        Scan::Advance(*context);
+        data->selfClosing = true;
+        data->state = AFTER_SLASH;
+        return SP_NEED_MORE_DATA;
+    }
+    if (next != '>' && next != '<')
+        return SP_MALFORMED;
+    Scan::Advance(*context);
+    AttributesNormalizer<C, S>::Normalize(&data->attributes);
+    data->closed = next == '>';
+    return SP_TOKEN_COMPLETE;
+}
+
+template <typename C, typename S>
+std::uint32_t StartTagSimpleParser<C, S>::EndParse(Data*) {
+    return SP_UNTERMINATED;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(StartTag);
+
+}  // namespace Kestra::HTML

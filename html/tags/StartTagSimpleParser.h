@@ -1,0 +1,59 @@
+#pragma once
+
+#include "html/framework/Attribute.h"
+#include "html/framework/ParserNames.h"
+#include "html/framework/SimpleParser.h"
+#include "html/tags/AttributeSimpleParser.h"
+#include "html/tags/IdentifierSimpleParser.h"
+#include "html/text/WhiteSpaceSimpleParser.h"
+#include "platform/Vector.h"
+
+namespace Kestra::HTML {
+
+/// State of one start tag between two pieces of input.
+template <typename C, typename S>
+struct KESTRA_HTML_API StartTagSimpleParserData : SimpleParserData<C, S> {
+    static constexpr WideStringView PARSER_NAME = ParserNames::START_TAG;
+
+    std::uint32_t state = 0;             ///< 0 prefix, 1 name, 2 attributes, 3 end of the attributes, 4 after "/"
+    S prefix;                            ///< white space between "<" and the name
+    S name;                              ///< as written
+    Vector<Attribute<C, S>> attributes;  ///< in document order
+    S suffix;                            ///< white space after the last attribute, before "/" or ">"
+    WideString wideName;                 ///< reserved; always empty
+    bool selfClosing = false;            ///< the tag ends with "/>"
+    bool closed = true;                  ///< false when a "<" ended the tag
+    bool iso2022 = false;                ///< double-quoted values may hold ISO-2022 escape runs; `BeginParse` leaves it alone
+};
+
+/// Reads a start tag or a short tag, from after its "<" to its ">", inclusive.
+///
+/// A "/" belongs to a name: "br/>" is the tag "br/". It makes a short tag only at the end of the attribute list: "br />", "a href=x/>".
+template <typename C, typename S>
+class KESTRA_HTML_API StartTagSimpleParser final : public SimpleParser<C, S, StartTagSimpleParserData<C, S>> {
+public:
+    using Data = StartTagSimpleParserData<C, S>;
+
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE after ">", or after a "<" behind the attributes, with the attributes normalized; SP_NEED_MORE_DATA when
+    ///         the piece is used up; SP_NOT_THIS_TOKEN when the name is "<"; SP_MALFORMED for a lone "/" as an unquoted value before ">",
+    ///         a "/" behind white space and before more of it, and anything but ">" behind "/"; a code of a member, unchanged.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_UNTERMINATED
+    std::uint32_t EndParse(Data* data) override;
+
+private:
+    std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data);
+
+    IdentifierSimpleParser<C, S> identifier;
+    IdentifierSimpleParserData<C, S> identifierData;
+    WhiteSpaceSimpleParser<C, S> whiteSpace;
+    WhiteSpaceSimpleParserData<C, S> whiteSpaceData;
+    AttributeSimpleParser<C, S> attribute;
+    AttributeSimpleParserData<C, S> attributeData;
+};
+
+}  // namespace Kestra::HTML

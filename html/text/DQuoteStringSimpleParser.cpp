@@ -1,0 +1,70 @@
+#include "html/text/DQuoteStringSimpleParser.h"
+
+#include "html/text/LiteralScan.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    IN_STRING = 0,
+    ESCAPE_RUN = 1,
+};
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t DQuoteStringSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = IN_STRING;
+    data->text.clear();
+    data->lastChar = '*';
+    data->allowEscapes = false;
+    data->allowEscape2022 = false;
+    return SP_NEED_MORE_DATA;
+}
+
+//  state          quotation mark   ESC (if allowed)   other
+//  0 string       complete         to 1               keep
+//  1 escape run   the escape recognizer reads on; when it completes, its text is kept, back to 0
+template <typename C, typename S>
+std::uint32_t DQuoteStringSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    if (Scan::AtEnd(*context))
+        return SP_NEED_MORE_DATA;
+    switch (static_cast<State>(data->state)) {
+    case IN_STRING: {
+        const Scan::Classes stops = data->allowEscape2022 ? Scan::QUOTATION_MARK | Scan::ESCAPE : Scan::QUOTATION_MARK;
+        if (!ReadLiteral(context, data, {}, stops))
+            return SP_NEED_MORE_DATA;
+        const C stop = Scan::Next(*context);
+        Scan::Advance(*context);
+        if (stop == '"')
+            return SP_TOKEN_COMPLETE;
+        data->state = ESCAPE_RUN;
+        escape.BeginParse(&escapeData);
+        return ParseEscape(context, data);
+    }
+    case ESCAPE_RUN:
+        return ParseEscape(context, data);
+    }
+    return SP_MALFORMED;
+}
+
+/// State 1. A finished run answers SP_NEED_MORE_DATA even with characters left; hosts rely on it.
+template <typename C, typename S>
+std::uint32_t DQuoteStringSimpleParser<C, S>::ParseEscape(SimpleParserContext<C, S>* context, Data* data) {
+    const std::uint32_t result = escape.Parse(context, &escapeData);
+    if (result != SP_TOKEN_COMPLETE)
+        return result;
+    data->text += escapeData.text;
+    data->state = IN_STRING;
+    return SP_NEED_MORE_DATA;
+}
+
+template <typename C, typename S>
+std::uint32_t DQuoteStringSimpleParser<C, S>::EndParse(Data*) {
+    return SP_UNTERMINATED;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(DQuoteString);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "html/framework/SimpleParser.h"
+
+namespace Kestra::HTML {
+
+/// The junk gathered so far: bytes in both flavours. The wide flavour stores the two bytes of each character in memory order.
+template <typename C, typename S>
+struct KESTRA_HTML_API JunkSimpleParserData : SimpleParserData<C, S> {
+    std::string text;
+};
+
+/// Reads what fits no construct, up to the next "<". Never fails.
+template <typename C, typename S>
+class KESTRA_HTML_API JunkSimpleParser final : public SimpleParser<C, S, JunkSimpleParserData<C, S>> {
+public:
+    using Data = JunkSimpleParserData<C, S>;
+
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE in front of a "<"; SP_NEED_MORE_DATA when the piece is used up.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE
+    std::uint32_t EndParse(Data* data) override;
+};
+
+}  // namespace Kestra::HTML

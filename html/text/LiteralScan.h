@@ -1,0 +1,44 @@
+#pragma once
+
+#include "html/framework/Scan.h"
+
+namespace Kestra::HTML {
+
+/// Reads the content of a literal up to a character that ends it, and appends it to `data->text` in one operation. Shared by the
+/// recognizers of quoted strings and regular expressions.
+///
+/// With `allowEscapes` an unescaped backslash makes the next character content, unless that one belongs to `always`.
+/// `data->lastChar` carries a pending backslash over the end of a piece; without `allowEscapes` it is neither read nor changed.
+///
+/// @param always    classes that end the literal whether escaped or not
+/// @param unescaped classes that end it unless escaped
+/// @return true when a character that ends the literal is next, false when the piece is used up.
+template <typename C, typename S, typename Data>
+bool ReadLiteral(SimpleParserContext<C, S>* context, Data* data, Scan::Classes always, Scan::Classes unescaped) {
+    const std::uint64_t begin = context->position;
+    const Scan::Classes ends = always | unescaped;
+    if (!data->allowEscapes) {
+        Scan::RunUntil(*context, ends);
+    } else {
+        while (!Scan::AtEnd(*context)) {
+            if (data->lastChar == '\\') {
+                if ((Scan::ClassesOf(Scan::Next(*context)) & always) != 0)
+                    break;
+                data->lastChar = '*';
+                Scan::Advance(*context);
+                continue;
+            }
+            const std::basic_string_view<C> run = Scan::RunUntil(*context, ends | Scan::BACKSLASH);
+            if (!run.empty())
+                data->lastChar = run.back();
+            if (Scan::AtEnd(*context) || (Scan::ClassesOf(Scan::Next(*context)) & ends) != 0)
+                break;
+            data->lastChar = '\\';
+            Scan::Advance(*context);
+        }
+    }
+    data->text.append(context->buffer + begin, static_cast<std::size_t>(context->position - begin));
+    return !Scan::AtEnd(*context);
+}
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,147 @@
+#include "html/text/TextSimpleParser.h"
+
+#include <type_traits>
+
+#include "html/framework/Scan.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    IN_TEXT = 0,
+    AFTER_SLASH = 1,
+    ESCAPE_RUN = 2,
+};
+
+template <typename C, typename Data>
+Scan::Classes StopsOf(const Data& data) {
+    Scan::Classes stops = Scan::LESS_THAN;
+    if (data.allowCComment || data.allowCPPComment)
+        stops |= Scan::SLASH;
+    if (data.allowSQuoteString)
+        stops |= Scan::APOSTROPHE;
+    if (data.allowDQuoteString)
+        stops |= Scan::QUOTATION_MARK;
+    if (data.allowEscape2022 && std::is_same_v<C, char>)
+        stops |= Scan::ESCAPE;
+    return stops;
+}
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t TextSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = IN_TEXT;
+    data->allowCComment = false;
+    data->allowCPPComment = false;
+    data->allowSQuoteString = false;
+    data->allowDQuoteString = false;
+    data->allowJSRegEx = false;
+    data->allowEscape2022 = false;
+    data->text.clear();
+    data->nextParserName.clear();
+    return SP_NEED_MORE_DATA;
+}
+
+//  state          "<", quote   "/"          "*"          ESC     other             end of input
+//  0 text         hand over    to 1         keep         to 2    keep              complete
+//  1 after "/"    as other     line         block        as      expression, or    "/", complete
+//                              comment      comment      other   "/" and to 0
+//  2 escape run   the escape recognizer reads on; back to 0 when it completes      its text, complete
+//
+// A character stops state 0 only when its flag is set; a "/" does when one of the two comment flags is.
+template <typename C, typename S>
+std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    while (!Scan::AtEnd(*context)) {
+        switch (static_cast<State>(data->state)) {
+        case IN_TEXT:
+            if (ParseText(context, data))
+                return SP_TOKEN_COMPLETE;
+            continue;
+        case AFTER_SLASH:
+            if (ParseAfterSlash(context, data))
+                return SP_TOKEN_COMPLETE;
+            continue;
+        case ESCAPE_RUN: {
+            const std::uint32_t result = escape.Parse(context, &escapeData);
+            if (result != SP_TOKEN_COMPLETE)
+                return result;
+            data->text += escapeData.text;
+            data->state = IN_TEXT;
+            continue;
+        }
+        }
+        return SP_MALFORMED;
+    }
+    return SP_NEED_MORE_DATA;
+}
+
+/// State 0. True when an opener has been consumed and the next recognizer is named.
+template <typename C, typename S>
+bool TextSimpleParser<C, S>::ParseText(SimpleParserContext<C, S>* context, Data* data) {
+    data->text.append(Scan::RunUntil(*context, StopsOf<C>(*data)));
+    if (Scan::AtEnd(*context))
+        return false;
+    const C stop = Scan::Next(*context);
+    Scan::Advance(*context);
+    if (stop == '<') {
+        data->nextParserName = ParserNames::GENERIC_TAG;
+        return true;
+    }
+    if (stop == '\'') {
+        data->nextParserName = ParserNames::S_QUOTE_STRING;
+        return true;
+    }
+    if (stop == '"') {
+        data->nextParserName = ParserNames::D_QUOTE_STRING;
+        return true;
+    }
+    if (stop == '/') {
+        data->state = AFTER_SLASH;
+    } else {
+        data->state = ESCAPE_RUN;
+        escape.BeginParse(&escapeData);
+    }
+    return false;
+}
+
+/// State 1. True when a recognizer is named.
+template <typename C, typename S>
+bool TextSimpleParser<C, S>::ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data) {
+    const C next = Scan::Next(*context);
+    if (next == '*' && data->allowCComment) {
+        Scan::Advance(*context);
+        data->nextParserName = ParserNames::C_COMMENT;
+        return true;
+    }
+    if (next == '/' && data->allowCPPComment) {
+        Scan::Advance(*context);
+        data->nextParserName = ParserNames::CPP_COMMENT;
+        return true;
+    }
+    if (data->allowJSRegEx) {
+        data->nextParserName = ParserNames::JS_REG_EX;
+        return true;
+    }
+    data->text += '/';
+    data->state = IN_TEXT;
+    return false;
+}
+
+template <typename C, typename S>
+std::uint32_t TextSimpleParser<C, S>::EndParse(Data* data) {
+    if (data->state == AFTER_SLASH)
+        data->text += '/';
+    if (data->state == ESCAPE_RUN) {
+        const std::uint32_t result = escape.EndParse(&escapeData);
+        if (result != SP_TOKEN_COMPLETE)
+            return result;
+        data->text += escapeData.text;
+    }
+    return SP_TOKEN_COMPLETE;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(Text);
+
+}  // namespace Kestra::HTML
