@@ -1,0 +1,480 @@
+#include "html/parser/GenericParser.h"
+
+#include <cstring>
+#include <new>
+
+#include "platform/BufferAllocPolicy.h"
+#include "platform/CharsetDetector.h"
+#include "platform/Results.h"
+#include "platform/Services.h"
+#include "platform/StringHelper.h"
+#include "platform/VirtualFileSystem.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+/// What the first bytes have shown so far, or which parser runs.
+enum FeedMode : std::uint32_t {
+    MODE_START = 0,
+    MODE_UTF8_MARK_1 = 1,   // EF
+    MODE_UTF8_MARK_2 = 2,   // EF BB
+    MODE_UTF16_MARK_1 = 3,  // FF
+    MODE_NARROW = 4,
+    MODE_WIDE = 5,
+};
+
+constexpr unsigned MOST_EMPTY_READS = 1000;  // in a row, before a stream that never reaches its end is given up
+
+/// UTF-7 hides markup in shifted runs, so it is read as 1252, in which every byte stands for itself.
+StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
+    return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
+}
+
+/// Reads the next bytes of a stream; at its end 0 bytes. A stream that delivers nothing again and again fails.
+std::uint32_t ReadSome(VFS::InputStream* stream, char* buffer, std::uint64_t size, std::uint64_t* count) {
+    for (unsigned emptyReads = 0; emptyReads < MOST_EMPTY_READS; ++emptyReads) {
+        *count = 0;
+        if (stream->IsEnd())
+            return RESULT_OK;
+        const std::uint32_t result = stream->Read(buffer, size, count);
+        if (result == RESULT_END_OF_DATA) {
+            *count = 0;
+            return RESULT_OK;
+        }
+        if (result != RESULT_OK || *count > 0)
+            return result;
+    }
+    return PARSER_SHORT_READ;
+}
+
+}  // namespace
+
+/// An observer that parsers own together.
+struct GenericParser::ObserverOwner {
+    explicit ObserverOwner(void* ownedBlock) : block(ownedBlock) {
+    }
+    ObserverOwner(const ObserverOwner&) = delete;
+    ObserverOwner& operator=(const ObserverOwner&) = delete;
+    ~ObserverOwner() {
+        if (frees)
+            ::operator delete(block);
+    }
+
+    void* block;
+    bool frees = true;
+};
+
+/// Marks a call that feeds input, so that callbacks cannot nest another one. Observers replaced meanwhile are freed at its end.
+class GenericParser::Feeding {
+public:
+    explicit Feeding(GenericParser* feedingParser) : parser(feedingParser) {
+        parser->feeding = true;
+    }
+    Feeding(const Feeding&) = delete;
+    Feeding& operator=(const Feeding&) = delete;
+    ~Feeding() {
+        parser->feeding = false;
+        parser->retiredObservers.Get().clear();
+    }
+
+private:
+    GenericParser* parser;
+};
+
+/// Makes both parsers forget their stream when a call fails or an observer throws.
+class GenericParser::StreamUse {
+public:
+    explicit StreamUse(GenericParser* usingParser) : parser(usingParser) {
+    }
+    StreamUse(const StreamUse&) = delete;
+    StreamUse& operator=(const StreamUse&) = delete;
+    ~StreamUse() {
+        if (parser != nullptr)
+            parser->SetBackingStream(nullptr);
+    }
+
+    /// The stream stays in use.
+    void Keep() {
+        parser = nullptr;
+    }
+
+private:
+    GenericParser* parser;
+};
+
+GenericParser::GenericParser()
+    : mode(MODE_START),
+      charset(StringNS::CharSet::UNKNOWN),
+      charObserver(nullptr),
+      wcharObserver(nullptr),
+      ownsObserver(false),
+      chrDetMinConfidence(DETECTCHARSET_MIN_CONFIDENCE),
+      charsetDetected(false),
+      ended(false) {
+}
+
+GenericParser::GenericParser(const GenericParser&) = default;
+
+GenericParser& GenericParser::operator=(const GenericParser&) = default;
+
+GenericParser::~GenericParser() = default;
+
+std::uint32_t GenericParser::SetObserver(ParserObserver<char, std::string>* observer, bool owns) {
+    BindObserver(observer, nullptr, observer, owns);
+    return PARSER_OK;
+}
+
+std::uint32_t GenericParser::SetObserver(ParserObserver<WideChar, WideString>* observer, bool owns) {
+    BindObserver(nullptr, observer, observer, owns);
+    return PARSER_OK;
+}
+
+void GenericParser::BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block,
+                                 bool owns) {
+    std::shared_ptr<ObserverOwner> owner;
+    if (observerOwner != nullptr && observerOwner->block == block)
+        owner.swap(observerOwner);
+    for (std::shared_ptr<ObserverOwner>& retired : retiredObservers.Get()) {
+        if (retired != nullptr && retired->block == block)
+            owner.swap(retired);
+    }
+    if (observerOwner != nullptr && feeding.Get())
+        retiredObservers.Get().push_back(std::move(observerOwner));
+    if (owner != nullptr && !owns && owner.use_count() == 1)
+        owner->frees = false;  // given back to the host, which binds the same observer as its own
+    if (owner == nullptr && owns && block != nullptr)
+        owner = std::make_shared<ObserverOwner>(block);
+    observerOwner = owns ? owner : nullptr;
+    ownsObserver = observerOwner != nullptr;
+    charObserver = narrow;
+    wcharObserver = wide;
+    narrowParser.SetObservers(narrow, wide);
+    wideParser.SetObservers(narrow, wide);
+}
+
+std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStreamType type) {
+    if (feeding.Get())
+        return PARSER_INVALID_ARGUMENT;
+    const Feeding guard(this);
+    SetBackingStream(nullptr);
+    charset = code;
+    charsetDetected = false;
+    ended = false;
+    switch (type) {
+    case DATA_STREAM_8BIT:
+        StartNarrow(0, DocumentCharset(code), code == StringNS::CharSet::UNKNOWN);
+        narrowParser.OnCharset(narrowParser.GetCharset());
+        break;
+    case DATA_STREAM_UTF16:
+        StartWide(0);
+        wideParser.OnCharset(wideParser.GetCharset());
+        break;
+    case DATA_STREAM_AUTO:
+    default:
+        mode = MODE_START;
+        break;
+    }
+    return PARSER_OK;
+}
+
+void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover) {
+    mode = MODE_NARROW;
+    narrowParser.SetCharset(code);
+    narrowParser.SetDiscoverCharset(discover);
+    narrowParser.Start(markLength);
+}
+
+void GenericParser::StartWide(std::uint64_t markLength) {
+    mode = MODE_WIDE;
+    charset = StringNS::CharSet::UTF16_LE;
+    wideParser.SetCharset(charset);
+    wideParser.SetDiscoverCharset(false);
+    wideParser.Start(markLength);
+}
+
+std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
+    if (feeding.Get())
+        return PARSER_INVALID_ARGUMENT;
+    const Feeding guard(this);
+    return FeedBytes(data, size, PieceOrigin());
+}
+
+std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
+    if (size == 0)
+        return PARSER_OK;
+    if (data == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    if (mode == MODE_NARROW)
+        return FeedNarrow(data, size, origin);
+    if (mode == MODE_WIDE)
+        return FeedWide(data, size, origin);
+    return FeedFirstBytes(data, size, origin);
+}
+
+//  mode       EF     BB     BF          FF     FE           other
+//  0 start    to 1   text   text        to 3   text         text
+//  1 EF       text   to 2   text        text   text         text
+//  2 EF BB    text   text   mark, to 4  text   text         text
+//  3 FF       text   text   text        text   mark, to 5   text
+//
+// "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible mark in an earlier piece are gone.
+std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
+    for (std::uint64_t i = 0; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(data[i]);
+        PieceOrigin rest = origin;
+        rest.offset += i + 1;
+        if (mode == MODE_START && byte == StringNS::BOM_UTF8[0]) {
+            mode = MODE_UTF8_MARK_1;
+        } else if (mode == MODE_START && byte == StringNS::BOM_UTF16_LE[0]) {
+            mode = MODE_UTF16_MARK_1;
+        } else if (mode == MODE_UTF8_MARK_1 && byte == StringNS::BOM_UTF8[1]) {
+            mode = MODE_UTF8_MARK_2;
+        } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
+            charset = StringNS::CharSet::UTF8;
+            StartNarrow(sizeof(StringNS::BOM_UTF8), charset, false);
+            narrowParser.OnBOM(StringNS::BOM_UTF8, sizeof(StringNS::BOM_UTF8));
+            return FeedNarrow(data + i + 1, size - i - 1, rest);
+        } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
+            StartWide(sizeof(StringNS::BOM_UTF16_LE));
+            wideParser.OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
+            return FeedWide(data + i + 1, size - i - 1, rest);
+        } else {
+            StartNarrow(0, DocumentCharset(charset), charset == StringNS::CharSet::UNKNOWN);
+            narrowParser.SetCharsetDetectorUsed(charsetDetected);
+            return FeedNarrow(data, size, origin);
+        }
+    }
+    return PARSER_OK;
+}
+
+std::uint32_t GenericParser::FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin) {
+    ended = false;
+    return narrowParser.Parse(data, size, origin);
+}
+
+std::uint32_t GenericParser::FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin) {
+    if (size % sizeof(WideChar) != 0)
+        return PARSER_INVALID_ARGUMENT;
+    ended = false;
+    const std::uint64_t length = size / sizeof(WideChar);
+    if (reinterpret_cast<std::uintptr_t>(data) % alignof(WideChar) == 0)
+        return wideParser.Parse(reinterpret_cast<const WideChar*>(data), length, origin);
+    alignedPiece.resize(static_cast<std::size_t>(length));
+    std::memcpy(alignedPiece.data(), data, static_cast<std::size_t>(size));
+    return wideParser.Parse(alignedPiece.data(), length, origin);
+}
+
+std::uint32_t GenericParser::ParseStream(VFS::InputStream* stream, bool ownsStream) {
+    if (feeding.Get() || stream == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    const Feeding guard(this);
+    const std::unique_ptr<VFS::InputStream> owned(ownsStream ? stream : nullptr);
+    StreamUse use(this);
+    std::uint32_t result = FeedStream(stream);
+    if (result == PARSER_OK)
+        result = DetectLateCharset(stream);
+    if (result != PARSER_OK)
+        return result;
+    if (ownsStream)
+        KeepOpenConstruct();
+    use.Keep();
+    return PARSER_OK;
+}
+
+std::uint32_t GenericParser::FeedStream(VFS::InputStream* stream) {
+    Base::DefaultBufferAllocPolicy buffer;
+    buffer.Initialize();
+    std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, BUFFER_SIZE);
+    if (result != RESULT_OK)
+        return result;
+    SetBackingStream(stream);
+    while (result == PARSER_OK || result == PARSER_UNTERMINATED) {
+        PieceOrigin origin;
+        origin.fromStream = true;
+        std::uint64_t count = 0;
+        if (!stream->IsEnd())
+            origin.positioned = stream->GetPosition(&origin.offset) == RESULT_OK;
+        result = ReadSome(stream, buffer.GetData(), BUFFER_SIZE, &count);
+        if (result != RESULT_OK || count == 0)
+            return result;
+        result = FeedBytes(buffer.GetData(), count, origin);
+    }
+    return result;
+}
+
+/// A whole stream went by without a charset: asks the detector. A detector that has no usable answer changes nothing.
+std::uint32_t GenericParser::DetectLateCharset(VFS::InputStream* stream) {
+    const bool isUnknown = Ask([](const auto& parser) { return parser.GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
+    if (!isUnknown || stream->Seek(0) != RESULT_OK)
+        return PARSER_OK;
+    StringNS::CharSet::Code code = StringNS::CharSet::UNKNOWN;
+    const std::uint32_t result = DetectCharset(stream, &code);
+    if (result == PARSER_DETECTOR_FAILED || (result == PARSER_OK && code == StringNS::CharSet::UNKNOWN))
+        return PARSER_CHARSET_NOT_DETECTED;
+    if (result != PARSER_OK)
+        return PARSER_OK;
+    mode = MODE_START;
+    charset = code;
+    charsetDetected = true;
+    return PARSER_PARSE_AGAIN;
+}
+
+/// An owned stream is about to be freed: what `EndParse` may have to read again goes into memory.
+void GenericParser::KeepOpenConstruct() {
+    std::unique_ptr<VFS::InputStream> kept;
+    if (mode == MODE_NARROW)
+        kept = narrowParser.KeepOpenConstruct();
+    else if (mode == MODE_WIDE)
+        kept = wideParser.KeepOpenConstruct();
+    if (kept == nullptr) {
+        SetBackingStream(nullptr);
+        return;
+    }
+    narrowParser.ReplaceBackingStream(kept.get());
+    wideParser.ReplaceBackingStream(kept.get());
+    keptBytes = std::move(kept);
+}
+
+void GenericParser::SetBackingStream(VFS::InputStream* stream) {
+    narrowParser.SetBackingStream(stream);
+    wideParser.SetBackingStream(stream);
+    keptBytes = nullptr;
+}
+
+std::uint32_t GenericParser::ParseFile(const WideChar* path) {
+    if (feeding.Get())
+        return PARSER_INVALID_ARGUMENT;
+    return ParseStream(VFS::VirtualFileSystem::GetInputStreamEx(path), true);
+}
+
+std::uint32_t GenericParser::EndParse() {
+    if (feeding.Get())
+        return PARSER_INVALID_ARGUMENT;
+    const Feeding guard(this);
+    const StreamUse use(this);
+    const bool isRunning = mode == MODE_NARROW || mode == MODE_WIDE;
+    if (!isRunning || ended)
+        return PARSER_OK;
+    ended = true;
+    return mode == MODE_NARROW ? narrowParser.End() : wideParser.End();
+}
+
+std::uint32_t GenericParser::DetectCharset(const void* data, std::uint64_t size, StringNS::CharSet::Code* out) {
+    if (out == nullptr || (data == nullptr && size > 0))
+        return PARSER_INVALID_ARGUMENT;
+    if (size < DETECTCHARSET_MIN_SIZE)
+        return PARSER_TOO_LITTLE_DATA;
+    *out = StringNS::CharSet::UNKNOWN;
+    Base::DetectedCharset detected;
+    std::uint32_t count = 0;
+    const std::uint32_t result = Base::GetServices().detectCharset(data, size, &detected, &count);
+    if (result != RESULT_OK)
+        return result;
+    if (count != 1 || chrDetMinConfidence > detected.confidence)
+        return PARSER_DETECTOR_NOT_CONFIDENT;
+    if (detected.code == StringNS::CharSet::EUC_JP)
+        detected.code = StringNS::CharSet::EUC_JP_0208_1990;
+    if (detected.code == StringNS::CharSet::US_ASCII || StringNS::CharSet::GetCharSetName(detected.code).empty())
+        return RESULT_UNAVAILABLE;
+    *out = detected.code;
+    return PARSER_OK;
+}
+
+std::uint32_t GenericParser::DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out) {
+    if (stream == nullptr || out == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    Base::DefaultBufferAllocPolicy buffer;
+    buffer.Initialize();
+    std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, BUFFER_SIZE);
+    if (result != RESULT_OK)
+        return result;
+    std::uint64_t size = 0;
+    while (size < BUFFER_SIZE) {
+        std::uint64_t count = 0;
+        result = ReadSome(stream, buffer.GetData() + size, BUFFER_SIZE - size, &count);
+        if (result != RESULT_OK)
+            return result;
+        if (count == 0)
+            break;
+        size += count;
+    }
+    return DetectCharset(buffer.GetData(), size, out);
+}
+
+/// Puts a query to the running parser.
+template <typename Query, typename Answer>
+Answer GenericParser::Ask(Query query, Answer otherwise) const {
+    if (mode == MODE_NARROW)
+        return query(narrowParser);
+    if (mode == MODE_WIDE)
+        return query(wideParser);
+    return otherwise;
+}
+
+std::uint64_t GenericParser::GetLine() const {
+    return Ask([](const auto& parser) { return parser.GetLine(); }, std::uint64_t{1});
+}
+
+std::uint64_t GenericParser::GetColumn() const {
+    return Ask([](const auto& parser) { return parser.GetColumn(); }, std::uint64_t{1});
+}
+
+WideString GenericParser::GetCurrentParserName() const {
+    return WideString(Ask([](const auto& parser) { return parser.GetCurrentParserName(); }, WideStringView()));
+}
+
+StringNS::CharSet::Code GenericParser::GetCharset() const {
+    return Ask([](const auto& parser) { return parser.GetCharset(); }, charset);
+}
+
+bool GenericParser::IsWParser() const {
+    return mode == MODE_WIDE;
+}
+
+bool GenericParser::HasCharsetErrors() const {
+    return Ask([](const auto& parser) { return parser.HasCharsetErrors(); }, false);
+}
+
+bool GenericParser::NeedsReparsing() const {
+    return Ask([](const auto& parser) { return parser.NeedsReparsing(); }, false);
+}
+
+bool GenericParser::WasCharsetDetectorUsed() const {
+    return Ask([](const auto& parser) { return parser.WasCharsetDetectorUsed(); }, false);
+}
+
+VFS::InputStream* GenericParser::GetSelfCheckStream() {
+    return nullptr;
+}
+
+std::uint32_t GenericParser::SetSelfCheck(SelfCheck selfCheck) {
+    narrowParser.SetSelfCheckMode(selfCheck);
+    wideParser.SetSelfCheckMode(selfCheck);
+    return PARSER_OK;
+}
+
+GenericParser::SelfCheck GenericParser::GetSelfCheck() const {
+    return static_cast<SelfCheck>(Ask([](const auto& parser) { return parser.GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
+}
+
+std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {
+    narrowParser.SetDetectCharsetErrors(detect);
+    wideParser.SetDetectCharsetErrors(detect);
+    return PARSER_OK;
+}
+
+bool GenericParser::GetDetectCharsetErrors() const {
+    return Ask([](const auto& parser) { return parser.GetDetectCharsetErrors(); }, false);
+}
+
+std::uint32_t GenericParser::SetChrDetMinConfidence(std::uint64_t confidence) {
+    chrDetMinConfidence = confidence;
+    return PARSER_OK;
+}
+
+std::uint64_t GenericParser::GetChrDetMinConfidence() const {
+    return chrDetMinConfidence;
+}
+
+}  // namespace Kestra::HTML

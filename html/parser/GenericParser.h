@@ -1,0 +1,169 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "html/framework/ParserObserver.h"
+#include "html/framework/ResultCodes.h"
+#include "html/parser/Parser.h"
+#include "platform/CharSet.h"
+#include "platform/Characters.h"
+#include "platform/Export.h"
+#include "platform/InputStream.h"
+
+namespace Kestra::HTML {
+
+/// Parses one document at a time: bytes in, tokens out to the bound observer.
+///
+///     GenericParser parser;
+///     parser.SetObserver(&observer, false);
+///     parser.StartParse(0, GenericParser::DATA_STREAM_AUTO);
+///     result = parser.ParseStream(stream, true);   // or ParseBuffer, any number of times
+///     result = parser.EndParse();
+///
+/// **Results**: 0, or a `ParserResult`, a `RecognizerResult` of a construct that could not be re-read as junk, or a code of the stream.
+/// **Junk**: a construct that fails is re-read from the backing stream and delivered as junk. `ParseBuffer` has no stream behind it, so
+/// there such a construct ends the parse with the recognizer's code.
+/// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
+/// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
+/// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
+/// destroyed in a callback.
+/// **Copies**: a copy goes on where the original stood, in the middle of a token too. It does not inherit the stream.
+class KESTRA_HTML_API GenericParser {
+public:
+    static constexpr std::uint64_t BUFFER_SIZE = 16384;                 ///< bytes per read of a stream or file
+    static constexpr std::uint64_t DETECTCHARSET_MIN_CONFIDENCE = 50;   ///< initial minimum, of 100
+    static constexpr std::uint64_t DETECTCHARSET_MIN_SIZE = 256;        ///< bytes
+
+    enum SelfCheck : std::uint32_t {
+        SELF_CHECK_OFF = 0,
+        SELF_CHECK_CRC = 1,   ///< compare the checksums of the input and of the tokens written back
+        SELF_CHECK_COPY = 2,  ///< the same, and keep the tokens written back
+    };
+
+    enum DataStreamType : std::uint32_t {
+        DATA_STREAM_AUTO = 0,   ///< and every other value: decide by a byte-order mark in the first bytes
+        DATA_STREAM_8BIT = 1,   ///< 8-bit text in the given charset
+        DATA_STREAM_UTF16 = 2,  ///< UTF-16, low byte first
+    };
+
+    GenericParser();
+    GenericParser(const GenericParser& other);
+    GenericParser& operator=(const GenericParser& other);
+    ~GenericParser();
+
+    /// Binds an observer in place of the one before; null binds none.
+    ///
+    /// @param owns  the parser frees the observer with `::operator delete(void*)`, without running a destructor, when another one is
+    ///              bound or the last parser that shares it (copies do) is destroyed; inside a callback only after the call that fed
+    ///              the input. Binding the same pointer again frees nothing and renews `owns`.
+    /// @return 0
+    std::uint32_t SetObserver(ParserObserver<char, std::string>* observer, bool owns);
+    std::uint32_t SetObserver(ParserObserver<WideChar, WideString>* observer, bool owns);
+
+    /// Begins a document. What an unfinished one left is dropped.
+    /// @param code  the charset of 8-bit text, 0 for unknown; 65000 (UTF-7) is replaced by 1252
+    std::uint32_t StartParse(StringNS::CharSet::Code code, DataStreamType type);
+
+    /// Parses the next piece, of any size.
+    /// @param data  borrowed for the call; UTF-16 at an odd address is copied once
+    /// @param size  in bytes; 0 changes nothing
+    /// @return 0; 2 for null data with a size, or for UTF-16 in an odd number of bytes; 705 to parse again; the code of a failed construct
+    std::uint32_t ParseBuffer(const char* data, std::uint64_t size);
+
+    /// Parses a stream from its current position to its end. Does not call `EndParse`.
+    ///
+    /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A borrowed stream must live until
+    ///                    `EndParse`, `StartParse` or an error return: junk is re-read from it.
+    /// @return 0; 2 for null; 705 when the charset is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the
+    ///         stream or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
+    std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
+
+    /// Parses a file as `ParseStream` does. @return the same, and 2 when it cannot be opened.
+    std::uint32_t ParseFile(const WideChar* path);
+
+    /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or called twice, returns 0 without
+    /// callbacks. Bytes fed afterwards without `StartParse` continue the document.
+    /// @return 0; 16 or a recognizer's code when a construct is open and cannot be re-read as junk, without `OnEndParsing`
+    std::uint32_t EndParse();
+
+    /// Detects the charset of a buffer; needs DETECTCHARSET_MIN_SIZE bytes and the minimum confidence.
+    /// @param out  receives the code, 0 when there is none; untouched by 2 and 707
+    /// @return 0; 2 for null; 707 too little data; 708 not confident; 709 the detector failed; 11 no detector, or no usable answer (ASCII)
+    std::uint32_t DetectCharset(const void* data, std::uint64_t size, StringNS::CharSet::Code* out);
+
+    /// Detects over at most BUFFER_SIZE bytes from the stream's current position. The stream stays the caller's.
+    std::uint32_t DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out);
+
+    /// Place of the next unread character, from 1, in characters of the running parser.
+    std::uint64_t GetLine() const;
+    std::uint64_t GetColumn() const;
+
+    /// Name of the recognizer at work; in junk, of the one that failed. Empty when no parser runs.
+    WideString GetCurrentParserName() const;
+
+    /// The charset in force; when no parser runs, the one that was given, or found by the detector.
+    StringNS::CharSet::Code GetCharset() const;
+
+    /// True when the 16-bit parser runs.
+    bool IsWParser() const;
+
+    /// True when `SetDetectCharsetErrors` is on and a string for a wide observer could not be decoded without loss.
+    bool HasCharsetErrors() const;
+
+    /// True when a charset declared in the markup came too late: parse again with `GetCharset`.
+    bool NeedsReparsing() const;
+
+    /// True when the charset was chosen by the detector.
+    bool WasCharsetDetectorUsed() const;
+
+    /// The copy that SELF_CHECK_COPY keeps, owned by the parser; null when there is none.
+    VFS::InputStream* GetSelfCheckStream();
+
+    std::uint32_t SetSelfCheck(SelfCheck selfCheck);
+    SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
+    std::uint32_t SetDetectCharsetErrors(bool detect);
+    bool GetDetectCharsetErrors() const;  ///< false when no parser runs
+    std::uint32_t SetChrDetMinConfidence(std::uint64_t confidence);
+    std::uint64_t GetChrDetMinConfidence() const;
+
+private:
+    class Feeding;
+    class StreamUse;
+    struct ObserverOwner;
+
+    template <typename Query, typename Answer>
+    Answer Ask(Query query, Answer otherwise) const;
+
+    void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
+    void StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover);
+    void StartWide(std::uint64_t markLength);
+    std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
+    std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
+    std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);
+    std::uint32_t FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin);
+    std::uint32_t FeedStream(VFS::InputStream* stream);
+    std::uint32_t DetectLateCharset(VFS::InputStream* stream);
+    void KeepOpenConstruct();
+    void SetBackingStream(VFS::InputStream* stream);
+
+    std::uint32_t mode;  // a FeedMode
+    StringNS::CharSet::Code charset;
+    Parser<char, std::string> narrowParser;
+    Parser<WideChar, WideString> wideParser;
+    ParserObserver<char, std::string>* charObserver;
+    ParserObserver<WideChar, WideString>* wcharObserver;
+    bool ownsObserver;
+    std::uint64_t chrDetMinConfidence;
+
+    bool charsetDetected;  // `charset` is the detector's, for the next document fed without `StartParse`
+    bool ended;            // `EndParse` has been called and nothing fed since
+    Uninherited<bool> feeding;  // a call that feeds input is on the stack
+    std::shared_ptr<ObserverOwner> observerOwner;  // shared by copies
+    Uninherited<std::vector<std::shared_ptr<ObserverOwner>>> retiredObservers;  // replaced in a callback, freed behind the feeding call
+    Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;  // the open construct of an owned stream that is gone
+    std::vector<WideChar> alignedPiece;                        // a UTF-16 piece from an odd address
+};
+
+}  // namespace Kestra::HTML

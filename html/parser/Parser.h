@@ -1,0 +1,200 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "html/framework/ParserObserver.h"
+#include "html/framework/SimpleParserContext.h"
+#include "html/parser/RecordConverter.h"
+#include "html/parser/Uninherited.h"
+#include "html/tags/EndTagSimpleParser.h"
+#include "html/tags/GenericTagSimpleParser.h"
+#include "html/tags/StartTagSimpleParser.h"
+#include "html/text/DQuoteStringSimpleParser.h"
+#include "html/text/JSRegExSimpleParser.h"
+#include "html/text/JunkSimpleParser.h"
+#include "html/text/SQuoteStringSimpleParser.h"
+#include "html/text/TextSimpleParser.h"
+#include "platform/CharSet.h"
+#include "platform/InputStream.h"
+
+namespace Kestra::HTML {
+
+/// Which recognizer is active. No state 9 exists.
+enum ParserState : std::uint32_t {
+    STATE_TEXT = 0,
+    STATE_GENERIC_TAG = 1,
+    STATE_START_TAG = 2,
+    STATE_COMMENT_TAG = 3,
+    STATE_CDATA_TAG = 4,
+    STATE_CONDITIONAL_TAG = 5,
+    STATE_END_TAG = 6,
+    STATE_ENTITY_TAG = 7,
+    STATE_EXTERN_TAG = 8,
+    STATE_C_COMMENT = 10,
+    STATE_CPP_COMMENT = 11,
+    STATE_JS_REG_EX = 12,
+    STATE_S_QUOTE_STRING = 13,
+    STATE_D_QUOTE_STRING = 14,
+    STATE_JUNK = 15,
+};
+
+/// Where a piece comes from.
+struct PieceOrigin {
+    bool fromStream = false;   ///< the piece was read from the backing stream, not fed by the host
+    bool positioned = false;   ///< and at a known offset, so it can be read again
+    std::uint64_t offset = 0;  ///< of the piece's first byte in that stream
+};
+
+/// Drives the recognizers of one flavour over a document: decides at every point which one runs, delivers finished tokens, and turns a
+/// construct that fails into junk. Private to `GenericParser`.
+template <typename C, typename S>
+class Parser {
+public:
+    Parser();
+    /// A copy goes on in the middle of a token; it has no backing stream.
+    Parser(const Parser& other);
+    Parser& operator=(const Parser& other);
+    virtual ~Parser();
+
+    /// Begins a document and calls `OnStartParsing`. @param markLength  bytes of a byte-order mark in front of the first piece
+    std::uint32_t Start(std::uint64_t markLength);
+
+    /// Runs the recognizers over one piece. @return 0 when it is used up, 705, or the code of a failure that has no recovery
+    std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
+
+    /// The whole input has been given. Leaves the text state with no pending text, whatever it returns.
+    std::uint32_t End();
+
+    /// Tells the observer about a byte-order mark.
+    virtual void OnBOM(const void* bytes, std::uint64_t size);
+    void OnCharset(StringNS::CharSet::Code code);
+
+    /// Binds one observer or none; `char` comes first when both are there.
+    void SetObservers(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide);
+
+    /// The stream that the next pieces are read from, borrowed; null forgets it. Another stream than before cannot re-read an open token.
+    void SetBackingStream(VFS::InputStream* stream);
+
+    /// Reads the open construct back from the backing stream when `End` would have to, and when that is possible; null otherwise.
+    std::unique_ptr<VFS::InputStream> KeepOpenConstruct();
+
+    /// Puts a stream that holds the same bytes at the same offsets in place of the backing stream.
+    void ReplaceBackingStream(VFS::InputStream* stream);
+
+    void SetCharset(StringNS::CharSet::Code code);
+    void SetDiscoverCharset(bool discover);
+    void SetCharsetDetectorUsed(bool used);
+    void SetSelfCheckMode(std::uint32_t mode);
+    void SetDetectCharsetErrors(bool detect);
+
+    std::uint64_t GetLine() const;
+    std::uint64_t GetColumn() const;
+    WideStringView GetCurrentParserName() const;
+    StringNS::CharSet::Code GetCharset() const;
+    std::uint32_t GetSelfCheckMode() const;
+    bool GetDetectCharsetErrors() const;
+    bool HasCharsetErrors() const;
+    bool NeedsReparsing() const;
+    bool WasCharsetDetectorUsed() const;
+
+private:
+    struct TextHandOver;
+    struct TagHandOver;
+
+    static const TextHandOver TEXT_HAND_OVERS[];
+    static const TagHandOver TAG_HAND_OVERS[];
+
+    // One step per state: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
+    std::uint32_t StepText();
+    std::uint32_t StepGenericTag();
+    std::uint32_t StepStartTag();
+    std::uint32_t StepEndTag();
+    std::uint32_t StepJSRegEx();
+    std::uint32_t StepSQuoteString();
+    std::uint32_t StepDQuoteString();
+    std::uint32_t StepJunk();
+    std::uint32_t Step();
+
+    // Starting a recognizer: `BeginParse`, then the options of the document.
+    void BeginGenericTag();
+    void BeginStartTag();
+    void BeginEndTag();
+    void BeginJSRegEx();
+    void BeginSQuoteString();
+    void BeginDQuoteString();
+
+    std::uint32_t BeginNamedTag(WideStringView name);
+    void MarkTokenStart(std::uint64_t charactersBack);
+    void BackToText();
+    void BackToText(const char* prefix);
+    void FinishToken();
+
+    std::uint32_t EndOpenConstruct();
+    std::uint32_t Recover();
+    bool CanReadBack() const;
+    std::uint32_t ReadBack(std::string* bytes);
+
+    // Deliveries: one per recognizer that makes tokens.
+    void DeliverText(const S& text);
+    void DeliverStartTag();
+    void DeliverEndTag();
+    void DeliverSQuoteString();
+    void DeliverDQuoteString();
+    void DeliverJunk(const std::string& text);
+    void SettleScriptAndStyle(const S& name, bool starts);
+
+    template <typename Record>
+    void Deliver(Record record);
+    template <typename Callback>
+    void Notify(Callback callback);
+
+    SimpleParserContext<C, S> context;
+    std::uint32_t state;  // a ParserState
+    WideStringView currentParserName;
+
+    TextSimpleParser<C, S> text;
+    TextSimpleParserData<C, S> textData;
+    GenericTagSimpleParser<C, S> genericTag;
+    GenericTagSimpleParserData<C, S> genericTagData;
+    StartTagSimpleParser<C, S> startTag;
+    StartTagSimpleParserData<C, S> startTagData;
+    EndTagSimpleParser<C, S> endTag;
+    EndTagSimpleParserData<C, S> endTagData;
+    SQuoteStringSimpleParser<C, S> sQuoteString;
+    SQuoteStringSimpleParserData<C, S> sQuoteStringData;
+    DQuoteStringSimpleParser<C, S> dQuoteString;
+    DQuoteStringSimpleParserData<C, S> dQuoteStringData;
+    JunkSimpleParser<C, S> junk;
+    JunkSimpleParserData<C, S> junkData;
+    JSRegExSimpleParser<C, S> jsRegEx;
+    JSRegExSimpleParserData<C, S> jsRegExData;
+
+    ParserObserver<char, std::string>* charObserver;  // called instead of the wide one when both are bound
+    ParserObserver<WideChar, WideString>* wcharObserver;
+    bool inScript;
+    bool inStyle;
+    std::uint32_t selfCheckMode;
+    std::uint32_t inputCrc;
+    std::uint32_t outputCrc;
+    bool detectCharsetErrors;
+    bool hasCharsetErrors;
+    bool convertedForObserver;  // a later change of charset in the markup then stops the parse
+    bool needsReparsing;
+    StringNS::CharSet::Code charset;
+    bool discoverCharset;
+    bool charsetFromMarkup;
+    bool charsetDetectorUsed;
+    std::uint32_t charsetErrors;  // the last failed conversion, 0 for none
+    Uninherited<VFS::InputStream*> backingStream;
+    std::uint64_t pieceBase;       // offset of the piece's first character in the stream, in bytes
+    std::uint64_t tokenStartPos;   // where the token in progress began: characters into a piece,
+    std::uint64_t tokenStartBase;  // and that piece's `pieceBase`
+    bool backingStreamPositioned;  // the current piece can be read again
+    bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
+
+    RecordConverter<C, S> converter;
+};
+
+}  // namespace Kestra::HTML

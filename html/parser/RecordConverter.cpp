@@ -1,0 +1,179 @@
+#include "html/parser/RecordConverter.h"
+
+#include "platform/Services.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+bool ContainsReplacementCharacter(const WideString& text) {
+    return text.find(static_cast<WideChar>(0xFFFD)) != WideString::npos;
+}
+
+}  // namespace
+
+template <typename C, typename S>
+RecordConverter<C, S>::RecordConverter() : charset(0), result(0), detectReplacements(false), hasConverted(false), hasReplacements(false) {
+}
+
+template <typename C, typename S>
+RecordConverter<C, S>::RecordConverter(const RecordConverter&) : RecordConverter() {
+}
+
+template <typename C, typename S>
+RecordConverter<C, S>& RecordConverter<C, S>::operator=(const RecordConverter&) {
+    return *this;
+}
+
+template <typename C, typename S>
+RecordConverter<C, S>::~RecordConverter() = default;
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Begin(StringNS::CharSet::Code documentCharset, bool detect) {
+    charset = documentCharset;
+    result = 0;
+    detectReplacements = detect;
+    hasConverted = false;
+    hasReplacements = false;
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::ConvertString(const S& from, OS* to) {
+    if (result != 0)
+        return;
+    hasConverted = true;
+    const Base::Services& services = Base::GetServices();
+    if constexpr (std::is_same_v<C, char>) {
+        result = services.toWide(&converter, charset, from.data(), from.size(), to);
+        if (result == 0 && detectReplacements && ContainsReplacementCharacter(*to) &&
+            !(charset == StringNS::CharSet::UTF8 && from.find("\xEF\xBF\xBD") != std::string::npos))
+            hasReplacements = true;
+    } else {
+        result = services.fromWide(&converter, charset, from.data(), from.size(), to);
+    }
+}
+
+template <typename C, typename S>
+auto RecordConverter<C, S>::Slot(std::size_t slot, const S* from) -> const OS* {
+    ConvertString(*from, &strings[slot]);
+    return &strings[slot];
+}
+
+template <typename C, typename S>
+auto RecordConverter<C, S>::Attributes(const Vector<Attribute<C, S>>* from) -> const Vector<Attribute<OC, OS>>* {
+    attributes.clear();
+    for (const Attribute<C, S>& source : *from) {
+        Attribute<OC, OS>& attribute = attributes.AppendRecycled();
+        ConvertString(source.prefix, &attribute.prefix);
+        ConvertString(source.name, &attribute.name);
+        ConvertString(source.beforeEquals, &attribute.beforeEquals);
+        ConvertString(source.afterEquals, &attribute.afterEquals);
+        ConvertString(source.value, &attribute.value);
+        attribute.quote = source.quote;
+        attribute.hasValue = source.hasValue;
+    }
+    return &attributes;
+}
+
+template <typename C, typename S>
+auto RecordConverter<C, S>::Tokens(const Vector<EntityToken<C, S>>* from) -> const Vector<EntityToken<OC, OS>>* {
+    tokens.clear();
+    for (const EntityToken<C, S>& source : *from) {
+        EntityToken<OC, OS>& token = tokens.AppendRecycled();
+        ConvertString(source.prefix, &token.prefix);
+        ConvertString(source.value, &token.value);
+        token.quote = source.quote;
+    }
+    return &tokens;
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const TextData<C, S>& from, TextData<OC, OS>* to) {
+    *to = {Slot(0, from.text)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const CCommentData<C, S>& from, CCommentData<OC, OS>* to) {
+    *to = {Slot(0, from.text)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const CPPCommentData<C, S>& from, CPPCommentData<OC, OS>* to) {
+    *to = {Slot(0, from.text)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OC, OS>* to) {
+    *to = {Slot(0, from.text)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OC, OS>* to) {
+    *to = {Slot(0, from.text)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const StartTagData<C, S>& from, StartTagData<OC, OS>* to) {
+    *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix), from.closed};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const ShortTagData<C, S>& from, ShortTagData<OC, OS>* to) {
+    *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix), from.closed};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const EndTagData<C, S>& from, EndTagData<OC, OS>* to) {
+    *to = {Slot(0, from.prefix),        Slot(1, from.name),    Slot(2, from.afterName), from.closed,
+           Attributes(from.attributes), from.slashBeforeClose, Slot(3, from.suffix)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const CDATATagData<C, S>& from, CDATATagData<OC, OS>* to) {
+    *to = {Slot(0, from.keyword), Slot(1, from.text), from.closed};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OC, OS>* to) {
+    *to = {Slot(0, from.keyword), Slot(1, from.condition), Slot(2, from.tail), from.bracketClosed, from.tagClosed};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const CommentTagData<C, S>& from, CommentTagData<OC, OS>* to) {
+    *to = {Slot(0, from.text), from.closed};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const EntityTagData<C, S>& from, EntityTagData<OC, OS>* to) {
+    *to = {Slot(0, from.prefix), Slot(1, from.name), Tokens(from.tokens), Slot(2, from.suffix)};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const ExternTagData<C, S>& from, ExternTagData<OC, OS>* to) {
+    *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix),
+           from.freeStyle,       Slot(3, from.text), from.slashBeforeClose};
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::Convert(const JunkData<C, S>& from, JunkData<OC, OS>* to) {
+    *to = {from.text};
+}
+
+template <typename C, typename S>
+std::uint32_t RecordConverter<C, S>::GetResult() const {
+    return result;
+}
+
+template <typename C, typename S>
+bool RecordConverter<C, S>::HasConverted() const {
+    return hasConverted;
+}
+
+template <typename C, typename S>
+bool RecordConverter<C, S>::HasReplacements() const {
+    return hasReplacements;
+}
+
+KESTRA_HTML_INSTANTIATE(RecordConverter);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <type_traits>
+
+#include "html/framework/TokenRecords.h"
+#include "platform/CharSet.h"
+#include "platform/CharSetConverter.h"
+#include "platform/Characters.h"
+
+namespace Kestra::HTML {
+
+/// The flavour that `C` is not.
+template <typename C>
+struct OtherFlavour {
+    using Character = std::conditional_t<std::is_same_v<C, char>, WideChar, char>;
+    using String = std::basic_string<Character>;
+};
+
+/// The record of the same kind in the other flavour.
+template <typename Record>
+struct RecordOfOtherFlavour;
+
+template <template <typename, typename> class Record, typename C, typename S>
+struct RecordOfOtherFlavour<Record<C, S>> {
+    using Type = Record<typename OtherFlavour<C>::Character, typename OtherFlavour<C>::String>;
+};
+
+/// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that the next record reuses.
+///
+/// Not exported. A copy starts empty and opens its own converter at its first use.
+template <typename C, typename S>
+class RecordConverter {
+public:
+    using OC = typename OtherFlavour<C>::Character;
+    using OS = typename OtherFlavour<C>::String;
+
+    RecordConverter();
+    RecordConverter(const RecordConverter& other);
+    RecordConverter& operator=(const RecordConverter& other);
+    ~RecordConverter();
+
+    /// Prepares for one record: 8-bit strings are in `documentCharset`, wide ones become bytes of it.
+    /// @param detect  look for replacements in what 8-bit strings become
+    void Begin(StringNS::CharSet::Code documentCharset, bool detect);
+
+    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if `GetResult` is 0.
+    void Convert(const TextData<C, S>& from, TextData<OC, OS>* to);
+    void Convert(const CCommentData<C, S>& from, CCommentData<OC, OS>* to);
+    void Convert(const CPPCommentData<C, S>& from, CPPCommentData<OC, OS>* to);
+    void Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OC, OS>* to);
+    void Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OC, OS>* to);
+    void Convert(const StartTagData<C, S>& from, StartTagData<OC, OS>* to);
+    void Convert(const ShortTagData<C, S>& from, ShortTagData<OC, OS>* to);
+    void Convert(const EndTagData<C, S>& from, EndTagData<OC, OS>* to);
+    void Convert(const CDATATagData<C, S>& from, CDATATagData<OC, OS>* to);
+    void Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OC, OS>* to);
+    void Convert(const CommentTagData<C, S>& from, CommentTagData<OC, OS>* to);
+    void Convert(const EntityTagData<C, S>& from, EntityTagData<OC, OS>* to);
+    void Convert(const ExternTagData<C, S>& from, ExternTagData<OC, OS>* to);
+    /// Junk is bytes in both flavours and crosses unconverted.
+    void Convert(const JunkData<C, S>& from, JunkData<OC, OS>* to);
+
+    /// 0, or the code of the first string that could not be converted.
+    std::uint32_t GetResult() const;
+
+    /// True when a string was converted, or failed to be.
+    bool HasConverted() const;
+
+    /// True when a byte sequence without a meaning became U+FFFD. One that stood in a UTF-8 document as such does not count.
+    bool HasReplacements() const;
+
+private:
+    void ConvertString(const S& from, OS* to);
+    const OS* Slot(std::size_t slot, const S* from);
+    const Vector<Attribute<OC, OS>>* Attributes(const Vector<Attribute<C, S>>* from);
+    const Vector<EntityToken<OC, OS>>* Tokens(const Vector<EntityToken<C, S>>* from);
+
+    static constexpr std::size_t MOST_STRINGS = 4;  // of one record, its lists apart
+
+    StringNS::CharSetConverter converter;
+    StringNS::CharSet::Code charset;
+    std::uint32_t result;
+    bool detectReplacements;
+    bool hasConverted;
+    bool hasReplacements;
+    OS strings[MOST_STRINGS];
+    Vector<Attribute<OC, OS>> attributes;
+    Vector<EntityToken<OC, OS>> tokens;
+};
+
+}  // namespace Kestra::HTML
