@@ -1,0 +1,54 @@
+#include "bench/Corpus.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace Kestra::Bench {
+
+Corpus LoadPages(const std::string& folder) {
+    std::error_code error;
+    std::vector<std::filesystem::path> paths;
+    for (std::filesystem::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        if (entry->is_regular_file() && entry->path().extension() == ".html")
+            paths.push_back(entry->path());
+    }
+    std::sort(paths.begin(), paths.end());
+    Corpus corpus;
+    for (const std::filesystem::path& path : paths) {
+        std::ifstream file(path, std::ios::binary);
+        corpus.documents.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+        corpus.characters += corpus.documents.back().size();
+    }
+    return corpus;
+}
+
+Corpus MakeText(std::uint64_t size) {
+    static constexpr char LINE[] = "The harbour lay quiet under a thin mist, and nobody on the quay spoke above a whisper.\n";
+    Corpus corpus;
+    std::string text;
+    while (text.size() < size)
+        text += LINE;
+    text.resize(static_cast<std::size_t>(size));
+    corpus.documents.push_back(std::move(text));
+    corpus.characters = size;
+    return corpus;
+}
+
+Corpus Widen(const Corpus& corpus) {
+    Corpus wide;
+    wide.characters = corpus.characters;
+    for (const std::string& document : corpus.documents) {
+        std::string units;
+        units.reserve(document.size() * 2);
+        for (const char byte : document) {
+            units += byte;
+            units += '\0';
+        }
+        wide.documents.push_back(std::move(units));
+    }
+    return wide;
+}
+
+}  // namespace Kestra::Bench
