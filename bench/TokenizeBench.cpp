@@ -3,8 +3,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <iterator>
+#include <functional>
 #include <memory>
+#include <optional>
 
 #include "bench/Corpus.h"
 #include "html/parser/GenericParser.h"
@@ -99,20 +100,34 @@ void Tokenize(benchmark::State& state, const Corpus& corpus, GenericParser::Data
     state.counters["tokens"] = benchmark::Counter(static_cast<double>(observer.tokens), benchmark::Counter::kIsRate);
 }
 
-void RegisterCorpus(const std::string& name, const Corpus& corpus, Feed feed) {
-    const auto narrow = std::make_shared<const Corpus>(corpus);
-    const auto wide = std::make_shared<const Corpus>(Widen(corpus));
+/// Registers one corpus in each flavour; it is loaded when the first of them runs.
+void RegisterCorpus(const std::string& name, std::function<Corpus()> load, Feed feed) {
+    struct Loaded {
+        std::optional<Corpus> narrow;
+        std::optional<Corpus> wide;
+    };
+    const auto loaded = std::make_shared<Loaded>();
+    const auto narrow = [loaded, load]() -> const Corpus& {
+        if (!loaded->narrow)
+            loaded->narrow = load();
+        return *loaded->narrow;
+    };
+    const auto wide = [loaded, narrow]() -> const Corpus& {
+        if (!loaded->wide)
+            loaded->wide = Widen(narrow());
+        return *loaded->wide;
+    };
     const auto add = [&](const char* flavour, auto run) {
         benchmark::RegisterBenchmark((name + "/" + flavour).c_str(), run)->Unit(benchmark::kMillisecond);
     };
     add("8bit", [narrow, feed](benchmark::State& state) {
-        Tokenize<char, std::string>(state, *narrow, GenericParser::DATA_STREAM_8BIT, feed);
+        Tokenize<char, std::string>(state, narrow(), GenericParser::DATA_STREAM_8BIT, feed);
     });
     add("8bit_wide_observer", [narrow, feed](benchmark::State& state) {
-        Tokenize<WideChar, WideString>(state, *narrow, GenericParser::DATA_STREAM_8BIT, feed);
+        Tokenize<WideChar, WideString>(state, narrow(), GenericParser::DATA_STREAM_8BIT, feed);
     });
     add("16bit", [wide, feed](benchmark::State& state) {
-        Tokenize<WideChar, WideString>(state, *wide, GenericParser::DATA_STREAM_UTF16, feed);
+        Tokenize<WideChar, WideString>(state, wide(), GenericParser::DATA_STREAM_UTF16, feed);
     });
 }
 
@@ -122,9 +137,9 @@ void RegisterCorpus(const std::string& name, const Corpus& corpus, Feed feed) {
 
 int main(int argc, char** argv) {
     using namespace Kestra::Bench;
-    RegisterCorpus("example_page", LoadPages(KESTRA_EXAMPLE_PAGES), Feed::STREAM);
-    RegisterCorpus("cppreference", LoadPages(REFERENCE_PAGES), Feed::STREAM);
-    RegisterCorpus("text_only", MakeText(TEXT_SIZE), Feed::WHOLE_BUFFER);
+    RegisterCorpus("example_page", [] { return LoadPages(KESTRA_EXAMPLE_PAGES); }, Feed::STREAM);
+    RegisterCorpus("cppreference", [] { return LoadPages(REFERENCE_PAGES); }, Feed::STREAM);
+    RegisterCorpus("text_only", [] { return MakeText(TEXT_SIZE); }, Feed::WHOLE_BUFFER);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
