@@ -9,6 +9,7 @@ namespace Kestra::VFS {
 /// A source of bytes that a host hands to a parser. Hosts derive from it; the library's own streams do too.
 ///
 /// Every operation returns a result code (`platform/Results.h`; a host's stream may return codes of its own) and must not throw.
+/// The library's own streams answer a null pointer with RESULT_INVALID_ARGUMENT, and a read of 0 bytes with 0, at the end as well.
 class KESTRA_HTML_API InputStream {
 public:
     InputStream();

@@ -15,7 +15,8 @@ class TmpStorage;
 /// with its last user.
 class KESTRA_HTML_API TmpOutputStream {
 public:
-    /// @param memoryLimit  bytes kept in memory; one byte more moves everything into the file. Nothing is reserved ahead.
+    /// @param memoryLimit  bytes kept in memory; one byte more moves everything into the file, and so does the first byte for which
+    ///                     there is no memory. Nothing is reserved ahead.
     explicit TmpOutputStream(std::uint64_t memoryLimit);
     TmpOutputStream(const TmpOutputStream&) = delete;
     TmpOutputStream& operator=(const TmpOutputStream&) = delete;
@@ -25,7 +26,7 @@ public:
     /// remembered: every later write returns it too, so that no copy with a hole in it looks whole.
     std::uint32_t Write(const void* data, std::uint64_t size);
 
-    /// Bytes written so far.
+    /// Bytes written so far, without those of writes that failed.
     std::uint64_t GetSize() const;
 
     /// 0, or the code of the first write that failed.
@@ -38,6 +39,9 @@ private:
 
 /// Reads back what a `TmpOutputStream` collected, from its first byte on. It shares the storage: the output stream may be destroyed,
 /// and must not be written to any more once an input stream stands over it.
+///
+/// Where a write failed, the bytes in front of it can be read; at their end `Read` returns the code of that write in place of
+/// RESULT_END_OF_DATA, and `IsEnd` stays false. A `Seek` behind the last byte fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API TmpInputStream final : public InputStream {
 public:
     explicit TmpInputStream(const TmpOutputStream& output);

@@ -258,12 +258,14 @@ public:
 
     template <typename... Arguments>
     reference emplace_back(Arguments&&... arguments) {
-        if constexpr (IS_ELEMENT<Arguments...>)
+        if constexpr (IS_ELEMENT<Arguments...>) {
             return Append(std::forward<Arguments>(arguments)...);
-        else if (HasKept())
-            return Append(T(std::forward<Arguments>(arguments)...));
-        else
-            return Construct(std::forward<Arguments>(arguments)...);
+        } else {
+            if (!HasKept())
+                return Construct(std::forward<Arguments>(arguments)...);
+            T element(std::forward<Arguments>(arguments)...);
+            return Append(std::move(element));
+        }
     }
 
     /// Appends an element with whatever content a dropped one left there, or a value-initialized one when none is kept. The caller
@@ -461,9 +463,9 @@ private:
         std::swap(room, block->capacity);
     }
 
-    /// @param number  not below `constructed`
+    /// @param number  not below `constructed`; the maximum below only shows the compiler that the elements fit
     void Reallocate(size_type number) {
-        Block block(number);
+        Block block(std::max(number, constructed));
         Relocate(block.memory);
         Replace(&block);
     }

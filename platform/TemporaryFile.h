@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Kestra::VFS {
+
+/// A file without a name: nobody else can open it, and its space is given back when it is closed, at the latest with the process.
+///
+/// It lies in the system's fixed folder for temporary files; the environment is not asked for another one. Not exported.
+class TemporaryFile {
+public:
+    TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile();
+
+    /// Makes the file, empty; call it once. @return 0 or RESULT_STREAM_FAILED.
+    std::uint32_t Create();
+
+    /// Writes all `size` bytes at `position`, counted from the start of the file.
+    /// @return 0; RESULT_STREAM_FAILED when the disk is full or broken, some of the bytes may then have been written.
+    std::uint32_t Write(std::uint64_t position, const void* data, std::uint64_t size);
+
+    /// Reads from `position` until the buffer is full or the file ends; behind the end there are 0 bytes, which is no failure.
+    /// @return 0; RESULT_STREAM_FAILED with `*bytesRead` 0.
+    std::uint32_t Read(std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) const;
+
+private:
+    std::intptr_t handle;  ///< the descriptor or handle of the system; -1 before `Create`
+};
+
+}  // namespace Kestra::VFS
