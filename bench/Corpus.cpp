@@ -28,9 +28,9 @@ Corpus MakeText(std::uint64_t size) {
     static constexpr char LINE[] = "The harbour lay quiet under a thin mist, and nobody on the quay spoke above a whisper.\n";
     Corpus corpus;
     std::string text;
+    text.reserve(static_cast<std::size_t>(size));
     while (text.size() < size)
-        text += LINE;
-    text.resize(static_cast<std::size_t>(size));
+        text.append(LINE, std::min(sizeof(LINE) - 1, static_cast<std::size_t>(size) - text.size()));
     corpus.documents.push_back(std::move(text));
     corpus.characters = size;
     return corpus;

@@ -1,6 +1,7 @@
 #include "html/parser/Parser.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "html/framework/Scan.h"
@@ -30,6 +31,11 @@ public:
 private:
     S* target;
 };
+
+/// Compares names as memory: `char_traits` of 16-bit characters goes one by one.
+bool IsSameName(WideStringView one, WideStringView other) {
+    return one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size() * sizeof(WideChar)) == 0;
+}
 
 template <typename C, typename S>
 void Call(ParserObserver<C, S>* observer, TextData<C, S>* data) {
@@ -243,7 +249,7 @@ std::uint32_t Parser<C, S>::StepText() {
         textData.text.clear();
     }
     for (const TextHandOver& handOver : TEXT_HAND_OVERS) {
-        if (handOver.name != textData.nextParserName)
+        if (!IsSameName(handOver.name, textData.nextParserName))
             continue;
         MarkTokenStart(handOver.charactersBack);
         if (handOver.begin == nullptr)
@@ -263,7 +269,7 @@ std::uint32_t Parser<C, S>::StepGenericTag() {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
     for (const TagHandOver& handOver : TAG_HAND_OVERS) {
-        if (handOver.name != name)
+        if (!IsSameName(handOver.name, name))
             continue;
         if ((inScript || inStyle) && handOver.textInScript != nullptr) {
             BackToText(handOver.textInScript);

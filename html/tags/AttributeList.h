@@ -1,6 +1,7 @@
 #pragma once
 
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
 #include "html/tags/AttributeSimpleParser.h"
 #include "platform/Vector.h"
 
@@ -21,13 +22,13 @@ enum class AttributeListStep {
 template <typename C, typename S>
 void AppendAttribute(AttributeSimpleParserData<C, S>* data, Vector<Attribute<C, S>>* attributes) {
     Attribute<C, S>& attribute = attributes->AppendRecycled();
-    attribute.prefix.swap(data->prefix);
-    attribute.name.swap(data->name);
+    TakeText(&data->prefix, &attribute.prefix);
+    TakeText(&data->name, &attribute.name);
     attribute.hasValue = data->hasValue != 0;
     if (attribute.hasValue) {
-        attribute.beforeEquals.swap(data->beforeEquals);
-        attribute.afterEquals.swap(data->afterEquals);
-        attribute.value.swap(data->value);
+        TakeText(&data->beforeEquals, &attribute.beforeEquals);
+        TakeText(&data->afterEquals, &attribute.afterEquals);
+        TakeText(&data->value, &attribute.value);
         attribute.quote = data->quote;
     } else {
         attribute.beforeEquals.clear();
@@ -69,7 +70,7 @@ AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, Attrib
         return AttributeListStep::NEXT_ATTRIBUTE;
     }
     if (data->name.empty()) {
-        suffix->swap(data->prefix);
+        TakeText(&data->prefix, suffix);
         RestartAttribute(attribute, data, iso2022);
         return AttributeListStep::END_OF_LIST;
     }
@@ -82,7 +83,7 @@ AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, Attrib
     }
     // The white space moves aside while the recognizer restarts; appending leaves `beforeEquals` alone.
     if (data->name.empty())
-        suffix->swap(data->prefix);
+        TakeText(&data->prefix, suffix);
     else
         AppendAttribute(data, attributes);
     S carry;

@@ -1,6 +1,7 @@
 #include "html/tags/AttributeSimpleParser.h"
 
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -49,7 +50,7 @@ std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
         case PREFIX:
             if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->prefix.swap(whiteSpaceData.text);
+            TakeText(&whiteSpaceData.text, &data->prefix);
             data->state = NAME;
             identifier.BeginParse(&identifierData);
             identifierData.attributeNameMode = true;
@@ -57,14 +58,14 @@ std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
         case NAME:
             if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->name.swap(identifierData.text);
+            TakeText(&identifierData.text, &data->name);
             data->state = AFTER_NAME;
             whiteSpace.BeginParse(&whiteSpaceData);
             continue;
         case AFTER_NAME:
             if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->beforeEquals.swap(whiteSpaceData.text);
+            TakeText(&whiteSpaceData.text, &data->beforeEquals);
             data->state = EXPECT_EQUALS;
             continue;
         case EXPECT_EQUALS:
@@ -81,8 +82,8 @@ std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
             const std::uint32_t result = token.Parse(context, &tokenData);
             if (result == SP_TOKEN_COMPLETE) {
                 data->hasValue = 1;
-                data->afterEquals.swap(tokenData.prefix);
-                data->value.swap(tokenData.value);
+                TakeText(&tokenData.prefix, &data->afterEquals);
+                TakeText(&tokenData.value, &data->value);
                 data->quote = tokenData.quote;
             }
             return result;

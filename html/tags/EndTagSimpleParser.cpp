@@ -1,6 +1,7 @@
 #include "html/tags/EndTagSimpleParser.h"
 
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
 
@@ -52,21 +53,21 @@ std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context
         case PREFIX:
             if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->prefix.swap(whiteSpaceData.text);
+            TakeText(&whiteSpaceData.text, &data->prefix);
             data->state = NAME;
             identifier.BeginParse(&identifierData);
             continue;
         case NAME:
             if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->name.swap(identifierData.text);
+            TakeText(&identifierData.text, &data->name);
             data->state = AFTER_NAME;
             whiteSpace.BeginParse(&whiteSpaceData);
             continue;
         case AFTER_NAME:
             if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->afterName.swap(whiteSpaceData.text);
+            TakeText(&whiteSpaceData.text, &data->afterName);
             data->state = DECIDE;
             continue;
         case DECIDE: {

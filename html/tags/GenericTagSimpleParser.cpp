@@ -1,6 +1,7 @@
 #include "html/tags/GenericTagSimpleParser.h"
 
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -81,7 +82,7 @@ std::uint32_t GenericTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* con
                 data->nextParser = ParserNames::CONDITIONAL_TAG;
             else
                 return SP_MALFORMED;
-            data->keyword.swap(identifierData.text);
+            TakeText(&identifierData.text, &data->keyword);
             return SP_TOKEN_COMPLETE;
         }
         return SP_MALFORMED;

@@ -1,6 +1,7 @@
 #include "html/tags/StartTagSimpleParser.h"
 
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
 
@@ -47,14 +48,14 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
         case PREFIX:
             if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->prefix.swap(whiteSpaceData.text);
+            TakeText(&whiteSpaceData.text, &data->prefix);
             data->state = NAME;
             identifier.BeginParse(&identifierData);
             continue;
         case NAME:
             if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->name.swap(identifierData.text);
+            TakeText(&identifierData.text, &data->name);
             if (data->name.size() == 1 && data->name[0] == '<')
                 return SP_NOT_THIS_TOKEN;
             data->state = ATTRIBUTES;

@@ -1,6 +1,7 @@
 #include "html/tags/TokenSimpleParser.h"
 
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -44,7 +45,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
         case PREFIX:
             if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                 return SP_NEED_MORE_DATA;
-            data->prefix.swap(whiteSpaceData.text);
+            TakeText(&whiteSpaceData.text, &data->prefix);
             data->state = FIRST;
             continue;
         case FIRST:
@@ -58,7 +59,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
         case SINGLE_QUOTED: {
             const std::uint32_t result = singleQuoted.Parse(context, &singleQuotedData);
             if (result == SP_TOKEN_COMPLETE) {
-                data->value.swap(singleQuotedData.text);
+                TakeText(&singleQuotedData.text, &data->value);
                 data->quote = QUOTE_SINGLE;
             }
             return result;
@@ -66,7 +67,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
         case DOUBLE_QUOTED: {
             const std::uint32_t result = doubleQuoted.Parse(context, &doubleQuotedData);
             if (result == SP_TOKEN_COMPLETE) {
-                data->value.swap(doubleQuotedData.text);
+                TakeText(&doubleQuotedData.text, &data->value);
                 data->quote = QUOTE_DOUBLE;
             }
             return result;
