@@ -27,10 +27,9 @@ Corpus LoadPages(const std::string& folder) {
 Corpus MakeText(std::uint64_t size) {
     static constexpr char LINE[] = "The harbour lay quiet under a thin mist, and nobody on the quay spoke above a whisper.\n";
     Corpus corpus;
-    std::string text;
-    text.reserve(static_cast<std::size_t>(size));
-    while (text.size() < size)
-        text.append(LINE, std::min(sizeof(LINE) - 1, static_cast<std::size_t>(size) - text.size()));
+    std::string text(static_cast<std::size_t>(size), ' ');
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = LINE[i % (sizeof(LINE) - 1)];
     corpus.documents.push_back(std::move(text));
     corpus.characters = size;
     return corpus;
