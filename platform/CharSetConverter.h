@@ -33,8 +33,12 @@ public:
     std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
 
 private:
-    class Platform;  // `platform/PlatformConverter.h`: the system converter for the one code page opened last
-    std::unique_ptr<Platform> platform;
+    class Platform;  // `platform/PlatformConverter.h`
+
+    /// The system converter for `code`: the one at hand, or a new one in its place when it is for another code page.
+    Platform* Open(CharSet::Code code);
+
+    std::unique_ptr<Platform> platform;  ///< for the one code page opened last, one that failed to open included
 };
 
 }  // namespace Kestra::StringNS

@@ -1,0 +1,342 @@
+#include "platform/CharSetConverter.h"
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+#include "platform/PlatformConverter.h"
+#include "platform/Results.h"
+
+namespace Kestra::StringNS {
+
+namespace {
+
+constexpr char32_t REPLACEMENT = 0xFFFD;
+constexpr char UNMAPPABLE = '?';
+
+// Bytes 0x80 to 0x9F of code page 1252. Source: Microsoft's best-fit table bestfit1252; it gives the five bytes that the registered
+// windows-1252 leaves undefined (81, 8D, 8F, 90, 9D) the C1 control of the same number.
+constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+/// Makes `*output` `size` characters long without copying what it held when it must grow. @return its first character.
+template <typename S>
+typename S::value_type* Presize(S* output, std::uint64_t size) {
+    if (output->capacity() < size)
+        output->clear();
+    output->resize(static_cast<std::size_t>(size));
+    return output->data();
+}
+
+/// Cuts a presized string behind the last character written.
+template <typename S>
+void CutAt(S* output, const typename S::value_type* end) {
+    output->resize(static_cast<std::size_t>(end - output->data()));
+}
+
+unsigned char ByteAt(const char* place) {
+    return static_cast<unsigned char>(*place);
+}
+
+/// Copies the ASCII run at the front of `[from, end)` to `to`, widened. @return its length.
+std::size_t WidenAscii(const char* from, const char* end, WideChar* to) {
+    const auto size = static_cast<std::size_t>(end - from);
+    std::size_t done = 0;
+    for (; size - done >= 16; done += 16) {  // 16 bytes: two words to test, one vector register to widen
+        std::array<std::uint64_t, 2> words;
+        std::memcpy(words.data(), from + done, sizeof words);
+        if (((words[0] | words[1]) & 0x8080808080808080U) != 0)
+            break;
+        // Local copies: the compiler may widen them at once, since nothing that `from` or `to` point to can overlap them.
+        std::array<unsigned char, 16> narrow;
+        std::array<WideChar, 16> wide;
+        std::memcpy(narrow.data(), from + done, sizeof narrow);
+        for (std::size_t i = 0; i < narrow.size(); ++i)
+            wide[i] = narrow[i];
+        std::memcpy(to + done, wide.data(), sizeof wide);
+    }
+    for (; done < size && ByteAt(from + done) < 0x80; ++done)
+        to[done] = static_cast<WideChar>(from[done]);
+    return done;
+}
+
+/// Copies the ASCII run at the front of `[from, end)` to `to`, narrowed. @return its length.
+std::size_t NarrowAscii(const WideChar* from, const WideChar* end, char* to) {
+    const auto size = static_cast<std::size_t>(end - from);
+    std::size_t done = 0;
+    for (; size - done >= 8; done += 8) {
+        std::array<std::uint64_t, 2> words;
+        std::memcpy(words.data(), from + done, sizeof words);
+        if (((words[0] | words[1]) & 0xFF80FF80FF80FF80U) != 0)
+            break;
+        std::array<WideChar, 8> wide;
+        std::array<char, 8> narrow;
+        std::memcpy(wide.data(), from + done, sizeof wide);
+        for (std::size_t i = 0; i < wide.size(); ++i)
+            narrow[i] = static_cast<char>(wide[i]);
+        std::memcpy(to + done, narrow.data(), sizeof narrow);
+    }
+    for (; done < size && from[done] < 0x80; ++done)
+        to[done] = static_cast<char>(from[done]);
+    return done;
+}
+
+constexpr bool IsHighSurrogate(char32_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+constexpr bool IsLowSurrogate(char32_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+constexpr bool IsSurrogate(char32_t unit) {
+    return unit >= 0xD800 && unit <= 0xDFFF;
+}
+
+/// Reads the code point at `*from`, which is before `end`; a lone surrogate is returned as it is.
+char32_t ReadCodePoint(const WideChar** from, const WideChar* end) {
+    const char32_t unit = *(*from)++;
+    if (!IsHighSurrogate(unit) || *from == end || !IsLowSurrogate(**from))
+        return unit;
+    const char32_t low = *(*from)++;
+    return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+}
+
+/// What the first byte of a UTF-8 sequence says about the rest. Source: table 3-7 of the Unicode Standard.
+struct Utf8Lead {
+    int trailing;            ///< bytes to follow; 0 for a byte that starts no sequence
+    unsigned char smallest;  ///< bounds of the second byte, narrower behind four of the first bytes: what they leave out is an overlong
+    unsigned char greatest;  ///< form, a surrogate or beyond U+10FFFF
+};
+
+Utf8Lead ClassifyUtf8(unsigned char byte) {
+    if (byte < 0xC2 || byte > 0xF4)
+        return {0, 0, 0};
+    if (byte < 0xE0)
+        return {1, 0x80, 0xBF};
+    const auto smallest = static_cast<unsigned char>(byte == 0xE0 ? 0xA0 : byte == 0xF0 ? 0x90 : 0x80);
+    const auto greatest = static_cast<unsigned char>(byte == 0xED ? 0x9F : byte == 0xF4 ? 0x8F : 0xBF);
+    return {byte < 0xF0 ? 2 : 3, smallest, greatest};
+}
+
+/// Reads one code point from `*from`, which is a byte from 0x80 up before `end`. An invalid sequence is consumed up to the first byte
+/// that cannot continue it (its maximal subpart) and read as U+FFFD.
+char32_t ReadUtf8(const char** from, const char* end) {
+    const unsigned char first = ByteAt((*from)++);
+    const Utf8Lead lead = ClassifyUtf8(first);
+    if (lead.trailing == 0 || *from == end || ByteAt(*from) < lead.smallest || ByteAt(*from) > lead.greatest)
+        return REPLACEMENT;
+    char32_t codePoint = first & (0x3FU >> lead.trailing);
+    codePoint = (codePoint << 6) | (ByteAt((*from)++) & 0x3FU);
+    for (int i = 1; i < lead.trailing; ++i) {
+        if (*from == end || (ByteAt(*from) & 0xC0U) != 0x80)
+            return REPLACEMENT;
+        codePoint = (codePoint << 6) | (ByteAt((*from)++) & 0x3FU);
+    }
+    return codePoint;
+}
+
+void Utf8ToWide(const char* from, std::uint64_t size, WideString* output) {
+    const char* const end = from + size;
+    WideChar* to = Presize(output, size);  // no sequence is shorter than what it becomes
+    while (from != end) {
+        if (ByteAt(from) < 0x80) {
+            const std::size_t run = WidenAscii(from, end, to);
+            from += run;
+            to += run;
+            continue;
+        }
+        const char32_t codePoint = ReadUtf8(&from, end);
+        if (codePoint < 0x10000) {
+            *to++ = static_cast<WideChar>(codePoint);
+        } else {
+            *to++ = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
+            *to++ = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
+        }
+    }
+    CutAt(output, to);
+}
+
+/// The exact number of UTF-8 bytes of `[from, end)`.
+std::uint64_t CountUtf8(const WideChar* from, const WideChar* end) {
+    std::uint64_t count = 0;
+    std::uint64_t pairs = 0;
+    for (const WideChar* place = from; place != end; ++place) {
+        const char32_t unit = *place;
+        count += 1U + (unit >= 0x80 ? 1U : 0U) + (unit >= 0x800 ? 1U : 0U);
+        pairs += IsLowSurrogate(unit) && place != from && IsHighSurrogate(place[-1]) ? 1U : 0U;
+    }
+    return count - 2 * pairs;  // both halves were counted as three bytes
+}
+
+void WideToUtf8(const WideChar* from, std::uint64_t size, std::string* output) {
+    const WideChar* const end = from + size;
+    char* to = Presize(output, CountUtf8(from, end));
+    const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(static_cast<unsigned char>(byte)); };
+    while (from != end) {
+        if (*from < 0x80) {
+            const std::size_t run = NarrowAscii(from, end, to);
+            from += run;
+            to += run;
+            continue;
+        }
+        char32_t codePoint = ReadCodePoint(&from, end);
+        if (IsSurrogate(codePoint))
+            codePoint = REPLACEMENT;
+        if (codePoint < 0x800) {
+            put(0xC0 | (codePoint >> 6));
+        } else {
+            if (codePoint < 0x10000) {
+                put(0xE0 | (codePoint >> 12));
+            } else {
+                put(0xF0 | (codePoint >> 18));
+                put(0x80 | ((codePoint >> 12) & 0x3F));
+            }
+            put(0x80 | ((codePoint >> 6) & 0x3F));
+        }
+        put(0x80 | (codePoint & 0x3F));
+    }
+}
+
+/// 1252, 28591 and 20127 to UTF-16: a table lookup, a copy, and U+FFFD for the bytes from 0x80 up.
+template <CharSet::Code CODE>
+WideChar WidenByte(unsigned char byte) {
+    if constexpr (CODE == CharSet::WINDOWS_1252) {
+        if (byte >= 0x80 && byte <= 0x9F)
+            return WINDOWS_1252_HIGH[byte - 0x80U];
+    } else if constexpr (CODE == CharSet::US_ASCII) {
+        if (byte >= 0x80)
+            return static_cast<WideChar>(REPLACEMENT);
+    }
+    return byte;
+}
+
+template <CharSet::Code CODE>
+void SingleByteToWide(const char* from, std::uint64_t size, WideString* output) {
+    const char* const end = from + size;
+    WideChar* to = Presize(output, size);
+    while (from != end) {
+        const std::size_t run = WidenAscii(from, end, to);
+        from += run;
+        to += run;
+        for (; from != end && ByteAt(from) >= 0x80; ++from)
+            *to++ = WidenByte<CODE>(ByteAt(from));
+    }
+}
+
+/// The byte of a code point from U+0080 up, "?" for one that the code page lacks.
+template <CharSet::Code CODE>
+char NarrowCodePoint(char32_t codePoint) {
+    if (CODE == CharSet::US_ASCII)
+        return UNMAPPABLE;
+    if (codePoint <= 0xFF && (CODE == CharSet::ISO_8859_1 || codePoint >= 0xA0))
+        return static_cast<char>(static_cast<unsigned char>(codePoint));
+    if (CODE == CharSet::WINDOWS_1252) {
+        for (std::size_t i = 0; i < WINDOWS_1252_HIGH.size(); ++i) {
+            if (codePoint == WINDOWS_1252_HIGH[i])
+                return static_cast<char>(static_cast<unsigned char>(0x80 + i));
+        }
+    }
+    return UNMAPPABLE;
+}
+
+template <CharSet::Code CODE>
+void WideToSingleByte(const WideChar* from, std::uint64_t size, std::string* output) {
+    const WideChar* const end = from + size;
+    char* to = Presize(output, size);
+    while (from != end) {
+        const std::size_t run = NarrowAscii(from, end, to);
+        from += run;
+        to += run;
+        while (from != end && *from >= 0x80)
+            *to++ = NarrowCodePoint<CODE>(ReadCodePoint(&from, end));
+    }
+    CutAt(output, to);
+}
+
+void Utf16ToWide(const char* from, std::uint64_t size, WideString* output) {
+    const std::uint64_t pairs = size / 2;
+    WideChar* const to = Presize(output, pairs + size % 2);
+    for (std::uint64_t i = 0; i < pairs; ++i)
+        to[i] = static_cast<WideChar>(ByteAt(from + 2 * i) | ByteAt(from + 2 * i + 1) << 8);
+    if (size % 2 != 0)
+        to[pairs] = static_cast<WideChar>(REPLACEMENT);
+}
+
+void WideToUtf16(const WideChar* from, std::uint64_t size, std::string* output) {
+    char* const to = Presize(output, 2 * size);
+    for (std::uint64_t i = 0; i < size; ++i) {
+        to[2 * i] = static_cast<char>(static_cast<unsigned char>(from[i] & 0xFFU));
+        to[2 * i + 1] = static_cast<char>(static_cast<unsigned char>(from[i] >> 8));
+    }
+}
+
+}  // namespace
+
+CharSetConverter::CharSetConverter() = default;
+
+CharSetConverter::CharSetConverter(const CharSetConverter&) : CharSetConverter() {}
+
+CharSetConverter& CharSetConverter::operator=(const CharSetConverter&) {
+    platform.reset();
+    return *this;
+}
+
+CharSetConverter::~CharSetConverter() = default;
+
+CharSetConverter::Platform* CharSetConverter::Open(CharSet::Code code) {
+    if (platform == nullptr || platform->GetCode() != code)
+        platform = std::make_unique<Platform>(code);
+    return platform.get();
+}
+
+std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) {
+    if (code == CharSet::UNKNOWN)
+        code = Platform::GetAnsiCode();
+    switch (code) {
+        case CharSet::UTF8:
+            Utf8ToWide(data, size, output);
+            return RESULT_OK;
+        case CharSet::WINDOWS_1252:
+            SingleByteToWide<CharSet::WINDOWS_1252>(data, size, output);
+            return RESULT_OK;
+        case CharSet::US_ASCII:
+            SingleByteToWide<CharSet::US_ASCII>(data, size, output);
+            return RESULT_OK;
+        case CharSet::ISO_8859_1:
+            SingleByteToWide<CharSet::ISO_8859_1>(data, size, output);
+            return RESULT_OK;
+        case CharSet::UTF16_LE:
+            Utf16ToWide(data, size, output);
+            return RESULT_OK;
+        default:
+            return Open(code)->ToWide(data, size, output);
+    }
+}
+
+std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) {
+    if (code == CharSet::UNKNOWN)
+        code = Platform::GetAnsiCode();
+    switch (code) {
+        case CharSet::UTF8:
+            WideToUtf8(data, size, output);
+            return RESULT_OK;
+        case CharSet::WINDOWS_1252:
+            WideToSingleByte<CharSet::WINDOWS_1252>(data, size, output);
+            return RESULT_OK;
+        case CharSet::US_ASCII:
+            WideToSingleByte<CharSet::US_ASCII>(data, size, output);
+            return RESULT_OK;
+        case CharSet::ISO_8859_1:
+            WideToSingleByte<CharSet::ISO_8859_1>(data, size, output);
+            return RESULT_OK;
+        case CharSet::UTF16_LE:
+            WideToUtf16(data, size, output);
+            return RESULT_OK;
+        default:
+            return Open(code)->FromWide(data, size, output);
+    }
+}
+
+}  // namespace Kestra::StringNS

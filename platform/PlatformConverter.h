@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/CharSet.h"
+#include "platform/CharSetConverter.h"
+#include "platform/Characters.h"
+
+namespace Kestra::StringNS {
+
+/// The operating system's (on POSIX: ICU's) converter for one code page, opened by the constructor and closed by the destructor.
+///
+/// A code page without a converter is remembered as such: the object is made all the same, nothing is looked up again, and both
+/// conversions answer RESULT_UNSUPPORTED_CHARSET.
+class CharSetConverter::Platform {
+public:
+    explicit Platform(CharSet::Code openedCode);
+    Platform(const Platform&) = delete;
+    Platform& operator=(const Platform&) = delete;
+    ~Platform();
+
+    /// The code page that 0, the ANSI rule, stands for.
+    static CharSet::Code GetAnsiCode();
+
+    /// The code page given to the constructor.
+    CharSet::Code GetCode() const;
+
+    /// As `CharSetConverter::ToWide`. Starts in the initial state of the code page, whatever the string before left behind.
+    std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output);
+
+    /// As `CharSetConverter::FromWide`; a stateful code page ends in its initial state.
+    std::uint32_t FromWide(const WideChar* data, std::uint64_t size, std::string* output);
+
+private:
+    /// What the system needs for an open converter.
+    struct System;
+
+    CharSet::Code code;
+    std::unique_ptr<System> system;  ///< null when the system has no converter for `code`
+};
+
+}  // namespace Kestra::StringNS
