@@ -1,0 +1,172 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tests/support/DocumentRun.h"
+#include "tests/support/Splits.h"
+#include "tools/trace/TokenTrace.h"
+
+namespace Kestra::Test {
+
+/// The lines of a trace.
+using Lines = std::vector<std::string>;
+
+std::string Join(const Lines& lines);
+
+/// Which parser reads a document, and which observer receives it.
+struct Route {
+    const char* name;
+    bool wideInput;
+    Observed observed;
+};
+
+inline constexpr Route NARROW_TO_NARROW{"8-bit parser, 8-bit observer", false, Observed::NARROW};
+inline constexpr Route NARROW_TO_WIDE{"8-bit parser, wide observer", false, Observed::WIDE};
+inline constexpr Route WIDE_TO_WIDE{"wide parser, wide observer", true, Observed::WIDE};
+inline constexpr Route WIDE_TO_NARROW{"wide parser, 8-bit observer", true, Observed::NARROW};
+inline constexpr Route ROUTES[] = {NARROW_TO_NARROW, NARROW_TO_WIDE, WIDE_TO_WIDE, WIDE_TO_NARROW};
+
+/// A document in which every construct is whole: the same tokens whatever feeds it and wherever it is cut.
+struct DocumentRow {
+    const char* note;
+    std::string input;  ///< Latin-1
+    Lines tokens;       ///< between the charset and the end of parsing, as an 8-bit observer of the 8-bit parser sees them
+    StringNS::CharSet::Code charset = 1252;
+};
+
+/// A document with a construct that fails or stays open: junk when its bytes can be read again, a result code when they cannot.
+struct BrokenRow {
+    const char* note;
+    std::string input;
+    Lines tokens;               ///< read from a stream
+    Lines tokensWithoutStream;  ///< fed by `ParseBuffer`, up to the failure
+    std::uint32_t parseResult;  ///< of the `ParseBuffer` that meets the failure, 0 when the end of the input is the failure
+    std::uint32_t endResult;    ///< of `EndParse` behind it
+};
+
+/// Checks tokens, results, place and the text written back by all routes: every split, fed by `ParseBuffer` and read from a stream.
+void CheckRow(const DocumentRow& row);
+void CheckRow(const BrokenRow& row);
+
+/// The same by one route only.
+void CheckRow(const DocumentRow& row, const Route& route);
+
+template <typename Row, std::size_t N>
+void CheckRows(const Row (&rows)[N]) {
+    for (const Row& row : rows)
+        CheckRow(row);
+}
+
+/// The settings for a route: type 1 in `charset`, or type 2.
+DocumentSettings SettingsFor(const Route& route, Feed feed = Feed::BUFFER, StringNS::CharSet::Code charset = 1252);
+
+/// Parses Latin-1 text by a route; for the wide parser every byte becomes one character, and the cuts are in characters.
+DocumentRun ParseBy(const Route& route, std::string_view latin1, const Cuts& cuts, const DocumentSettings& settings);
+
+/// The trace of a whole document: the tokens between the events that surround them.
+/// @param tokens  as an 8-bit observer of the 8-bit parser sees them in charset 1252
+Lines WholeTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Code charset = 1252);
+
+/// The same without the end of parsing.
+Lines OpenTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Code charset = 1252);
+
+/// The lines by a route, in a form that can be compared with `WholeTrace`.
+Lines Comparable(Lines lines, const Route& route);
+
+/// A trace observer that calls back after each line it has written.
+template <typename C, typename S>
+class HookedObserver : public Trace::TraceObserver<C, S> {
+public:
+    using Base = Trace::TraceObserver<C, S>;
+
+    /// @param tracedLines  borrowed
+    explicit HookedObserver(Lines* tracedLines) : Base(tracedLines), lines(tracedLines) {}
+
+    /// Called with the line of each callback, inside the callback.
+    std::function<void(const std::string&)> hook;
+
+    void OnStartParsing() override {
+        Base::OnStartParsing();
+        CallHook();
+    }
+    void OnEndParsing() override {
+        Base::OnEndParsing();
+        CallHook();
+    }
+    void OnBOM(const void* bytes, std::uint64_t size) override {
+        Base::OnBOM(bytes, size);
+        CallHook();
+    }
+    void OnCharset(StringNS::CharSet::Code code) override {
+        Base::OnCharset(code);
+        CallHook();
+    }
+    void OnText(HTML::TextData<C, S>* data) override {
+        Base::OnText(data);
+        CallHook();
+    }
+    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
+        Base::OnSQuoteString(data);
+        CallHook();
+    }
+    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
+        Base::OnDQuoteString(data);
+        CallHook();
+    }
+    void OnStartTag(HTML::StartTagData<C, S>* data) override {
+        Base::OnStartTag(data);
+        CallHook();
+    }
+    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
+        Base::OnShortTag(data);
+        CallHook();
+    }
+    void OnEndTag(HTML::EndTagData<C, S>* data) override {
+        Base::OnEndTag(data);
+        CallHook();
+    }
+    void OnJSTagStart() override {
+        Base::OnJSTagStart();
+        CallHook();
+    }
+    void OnJSTagEnd() override {
+        Base::OnJSTagEnd();
+        CallHook();
+    }
+    void OnCSSTagStart() override {
+        Base::OnCSSTagStart();
+        CallHook();
+    }
+    void OnCSSTagEnd() override {
+        Base::OnCSSTagEnd();
+        CallHook();
+    }
+    void OnJunkData(HTML::JunkData<C, S>* data) override {
+        Base::OnJunkData(data);
+        CallHook();
+    }
+
+private:
+    void CallHook() {
+        if (hook) {
+            const std::string line = lines->back();
+            hook(line);
+        }
+    }
+
+    Lines* lines;
+};
+
+/// A document that makes every callback of which it is capable, when it is read from a stream.
+extern const char EVERY_CALLBACK[];
+
+/// Its trace from the first token to the last, as an 8-bit observer of the 8-bit parser sees it.
+extern const Lines EVERY_CALLBACK_TOKENS;
+
+}  // namespace Kestra::Test

@@ -1,0 +1,725 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "html/framework/ResultCodes.h"
+#include "platform/MemoryInputStream.h"
+#include "platform/Results.h"
+#include "platform/Services.h"
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/TestStreams.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+
+constexpr std::uint32_t HOST_CODE = 4711;  // a failure that only the host's stream knows
+
+TEST(JunkTest, ConstructsThatFail) {
+    const BrokenRow rows[] = {
+        {"a slash and a blank behind an attribute", "x<a b / >y<c>", {"text(x)", "junk(<a b / )", "junk(>y)", "start(|c||)"}, {"text(x)"}, 11, 16},
+        {"the same behind a value", "<a b=1 / c>d", {"junk(<a b=1 / )", "junk(c>d)"}, {}, 11, 16},
+        {"a value that is a slash", "<a href=/>y", {"junk(<a href=/)", "junk(>y)"}, {}, 11, 16},
+        {"a slash that is followed by a blank, not by \">\"", "<a b/ c>d", {"junk(<a b/ )", "junk(c>d)"}, {}, 11, 16},
+        {"a slash that is followed by a value", "<a/ />", {"short(|a/|| )"}, {"short(|a/|| )", "end-parsing"}, 0, 0},
+        {"an end tag with a slash and a blank", "</div / >x", {"junk(</div / )", "junk(>x)"}, {}, 11, 16},
+        {"an end tag with a value that is a slash", "</a b=/>x", {"junk(</a b=/)", "junk(>x)"}, {}, 11, 16},
+        {"a \"<!-\" without a second dash", "a<!-x>b<c>", {"text(a)", "junk(<!-)", "junk(x>b)", "start(|c||)"}, {"text(a)"}, 11, 16},
+        {"a \"<![\" with an unknown word", "a<![x[<c>", {"text(a)", "junk(<![x)", "junk([)", "start(|c||)"}, {"text(a)"}, 11, 16},
+        {"a \"<![\" without a word", "<![[x]]>", {"junk(<![)", "junk([x]]>)"}, {}, 11, 16},
+        {"two failures in a row", "<!-<!-<a>", {"junk(<!-)", "junk(<!-)", "start(|a||)"}, {}, 11, 16},
+        {"junk behind junk up to the next \"<\"", "<a b / >1<a b / >2", {"junk(<a b / )", "junk(>1)", "junk(<a b / )", "junk(>2)"}, {}, 11, 16},
+        {"an end tag behind junk", "<a b / ></a>", {"junk(<a b / )", "junk(>)", "end(|a|||)"}, {}, 11, 16},
+        {"a script behind junk", "<!-<script>'", {"junk(<!-)", "start(|script||)", "js-start", "junk(')"}, {}, 11, 16},
+        {"text never comes right behind junk", "<!-x'y", {"junk(<!-)", "junk(x'y)"}, {}, 11, 16},
+        {"line feeds in junk are counted", "<a\nb\n/\n>\n\n<c>\n",
+         {"junk(<a\\nb\\n/\\n)", "junk(>\\n\\n)", "start(|c||)", "text(\\n)"}, {}, 11, 16},
+        {"bytes from 128 up and backslashes", "<\xE9 \\ / >\xE9\\", {"junk(<\\xE9 \\\\ / )", "junk(>\\xE9\\\\)"}, {}, 11, 16},
+        {"NULs", std::string("<a\0 b / \0>", 10), {"junk(<a\\x00 b / )", "junk(\\x00>)"}, {}, 11, 16},
+    };
+    for (const BrokenRow& row : rows) {
+        if (row.input.find('\0') == std::string::npos)
+            CheckRow(row);
+    }
+}
+
+TEST(JunkTest, ConstructsThatTheInputLeavesOpen) {
+    const BrokenRow rows[] = {
+        {"a \"<\"", "a<", {"text(a)", "junk(<)"}, {"text(a)"}, 0, 16},
+        {"only a \"<\"", "<", {"junk(<)"}, {}, 0, 16},
+        {"a tag name", "<b", {"junk(<b)"}, {}, 0, 16},
+        {"a tag name behind a blank", "< b", {"junk(< b)"}, {}, 0, 16},
+        {"an attribute", "x<div class=", {"text(x)", "junk(<div class=)"}, {"text(x)"}, 0, 16},
+        {"a value", "<div class=a", {"junk(<div class=a)"}, {}, 0, 16},
+        {"a quoted value", "<div class='a>\n</div>", {"junk(<div class='a>\\n</div>)"}, {}, 0, 16},
+        {"a slash of a short tag", "<br /", {"junk(<br /)"}, {}, 0, 16},
+        {"a slash behind a name", "<br/", {"junk(<br/)"}, {}, 0, 16},
+        {"an end tag without a name", "</", {"junk(</)"}, {}, 0, 16},
+        {"an end tag", "<a></div", {"start(|a||)", "junk(</div)"}, {"start(|a||)"}, 0, 16},
+        {"an end tag with a slash", "</div a /", {"junk(</div a /)"}, {}, 0, 16},
+        {"an end tag with a quoted value", "</div a=\"/>", {"junk(</div a=\"/>)"}, {}, 0, 16},
+        {"a \"<!\"", "a<!", {"text(a)", "junk(<!)"}, {"text(a)"}, 0, 16},
+        {"a \"<!-\"", "a<!-", {"text(a)", "junk(<!-)"}, {"text(a)"}, 0, 16},
+        {"a \"<![\"", "a<![", {"text(a)", "junk(<![)"}, {"text(a)"}, 0, 16},
+        {"a word behind \"<![\"", "a<![cd", {"text(a)", "junk(<![cd)"}, {"text(a)"}, 0, 16},
+    };
+    CheckRows(rows);
+}
+
+// What comments, CDATA and conditional sections, declarations, processing instructions and script comments become as long as nothing
+// recognizes them.
+TEST(JunkTest, ConstructsWithoutARecognizer) {
+    struct Row {
+        const char* note;
+        const char* input;
+        Lines tokens;
+    };
+    const Row rows[] = {
+        {"a comment", "a<!--b--><c>", {"text(a)", "junk(<!--)", "junk(b-->)", "start(|c||)"}},
+        {"a CDATA section", "<![CDATA[b]]>", {"junk(<![CDATA)", "junk([b]]>)"}},
+        {"a conditional section", "<![if x]>y<![EndIf]>", {"junk(<![if)", "junk( x]>y)", "junk(<![EndIf)", "junk(]>)"}},
+        {"a declaration", "<!DOCTYPE html><p>", {"junk(<!)", "junk(DOCTYPE html>)", "start(|p||)"}},
+        {"a processing instruction", "<?xml a='b'?><p>", {"junk(<?)", "junk(xml a='b'?>)", "start(|p||)"}},
+        {"a comment in a script", "<script><!--</script>", {"start(|script||)", "js-start", "junk(<!--)", "end(|script|||)", "js-end"}},
+    };
+    for (const Row& row : rows) {
+        for (const Route& route : ROUTES) {
+            SCOPED_TRACE(std::string(row.note) + ", " + route.name);
+            const std::string input = row.input;
+            ForEverySplit(input, [&](const Cuts& cuts) {
+                const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route, Feed::STREAM));
+                EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(row.tokens, route)));
+                EXPECT_EQ(run.parseResult, 0U);
+                EXPECT_EQ(run.endResult, 0U);
+            });
+            ForEverySplit(input, [&](const Cuts& cuts) {
+                const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route, Feed::BUFFER));
+                EXPECT_EQ(run.parseResult, 11U);
+                EXPECT_NE(run.endResult, 0U);
+                EXPECT_NE(run.trace.back(), "end-parsing");
+            });
+        }
+    }
+}
+
+TEST(JunkTest, ScriptCommentsWithoutARecognizer) {
+    // Uncut: a cut between the two characters of the opener loses the first one.
+    struct Row {
+        const char* input;
+        Lines tokens;
+    };
+    const Row rows[] = {
+        {"<script>a/*b*/</script>", {"start(|script||)", "js-start", "text(a)", "junk(/*)", "junk(b*/)", "end(|script|||)", "js-end"}},
+        {"<script>a//b\n</script>", {"start(|script||)", "js-start", "text(a)", "junk(//)", "junk(b\\n)", "end(|script|||)", "js-end"}},
+        {"<style>a/*b*/</style>", {"start(|style||)", "css-start", "text(a)", "junk(/*)", "junk(b*/)", "end(|style|||)", "css-end"}},
+    };
+    for (const Row& row : rows) {
+        for (const Route& route : ROUTES) {
+            SCOPED_TRACE(std::string(row.input) + ", " + route.name);
+            const DocumentRun run = ParseBy(route, row.input, {}, SettingsFor(route, Feed::STREAM));
+            EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(row.tokens, route)));
+            EXPECT_EQ(ParseBy(route, row.input, {}, SettingsFor(route)).parseResult, 11U);
+        }
+    }
+}
+
+TEST(JunkTest, AScriptCommentWhoseOpenerIsCutLosesItsFirstCharacter) {
+    for (const char* const opener : {"/*", "//"}) {
+        const std::string input = "<script>a" + std::string(opener) + "b";
+        const DocumentRun run = ParseBy(NARROW_TO_NARROW, input, {10}, SettingsFor(NARROW_TO_NARROW, Feed::STREAM));
+        EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1252)", "start(|script||)", "js-start", "text(a)",
+                                     "junk(" + std::string(1, opener[1]) + ")", "junk(b)", "end-parsing"}));
+    }
+}
+
+TEST(JunkTest, WideJunkIsBytes) {
+    const WideString input = u"<\u3042 / >\u00E9";
+    for (const Route& route : {WIDE_TO_WIDE, WIDE_TO_NARROW}) {
+        ForEverySplit(WideStringView(input), [&](const Cuts& cuts) {
+            const DocumentRun run = ParseDocument(input, cuts, SettingsFor(route, Feed::STREAM));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0 \\x00/\\x00 \\x00)", "junk(>\\x00\\xE9\\x00)",
+                                         "end-parsing"}));
+        });
+    }
+}
+
+TEST(JunkTest, NulsInJunkAreKept) {
+    const std::string input("<a\0 b / \0>", 10);
+    for (const Route& route : {NARROW_TO_NARROW, NARROW_TO_WIDE}) {
+        ForEverySplit(input, [&](const Cuts& cuts) {
+            const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route, Feed::STREAM));
+            EXPECT_EQ(run.Lines(),
+                      Join({"start-parsing", "charset(1252)", "junk(<a\\x00 b / )", "junk(\\x00>)", "end-parsing"}));
+        });
+    }
+}
+
+TEST(JunkTest, LongConstructsAreReadAgainInSeveralReads) {
+    // 40,000 characters: three reads of at most 16,384 bytes, and pieces of the same size in between.
+    const std::string value(40000, 'v');
+    const std::string input = "x<a b='" + value + "' / >y<c>";
+    for (const Route& route : ROUTES) {
+        SCOPED_TRACE(route.name);
+        for (const Feed feed : {Feed::STREAM, Feed::OWNED_STREAM}) {
+            DocumentSettings settings = SettingsFor(route, feed);
+            settings.makeStream = [](const std::string& bytes, const Cuts&) { return std::make_unique<VFS::MemoryInputStream>(bytes); };
+            const DocumentRun run = ParseBy(route, input, {}, settings);
+            EXPECT_EQ(Join(Comparable(run.trace, route)),
+                      Join(WholeTrace({"text(x)", "junk(<a b='" + value + "' / )", "junk(>y)", "start(|c||)"}, route)));
+            EXPECT_EQ(run.parseResult, 0U);
+            EXPECT_EQ(run.endResult, 0U);
+        }
+    }
+}
+
+TEST(JunkTest, LongOpenConstructsAreKeptFromAnOwnedStream) {
+    const std::string value(40000, 'v');
+    const std::string input = "x<a b='" + value;
+    for (const Route& route : ROUTES) {
+        SCOPED_TRACE(route.name);
+        DocumentSettings settings = SettingsFor(route, Feed::OWNED_STREAM);
+        settings.makeStream = [](const std::string& bytes, const Cuts&) { return std::make_unique<VFS::MemoryInputStream>(bytes); };
+        const DocumentRun run = ParseBy(route, input, {}, settings);
+        EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace({"text(x)", "junk(<a b='" + value + ")"}, route)));
+        EXPECT_EQ(run.endResult, 0U);
+    }
+}
+
+TEST(JunkTest, OffsetsCountFromTheStartOfTheStream) {
+    // The stream stands behind 1,000 bytes that are not part of the document, or its first byte has a high offset.
+    const std::string document = "ab<c d / >e<f g='";
+    const Lines tokens = {"text(ab)", "junk(<c d / )", "junk(>e)", "junk(<f g=')"};
+    for (const Route& route : ROUTES) {
+        SCOPED_TRACE(route.name);
+        for (const Feed feed : {Feed::STREAM, Feed::OWNED_STREAM}) {
+            for (const std::uint64_t offset : {std::uint64_t{1000}, std::uint64_t{1001}, std::uint64_t{0x100000000}}) {
+                ForEverySplit(document, [&](const Cuts& cuts) {
+                    DocumentSettings settings = SettingsFor(route, feed);
+                    settings.makeStream = [&](const std::string& bytes, const Cuts& byteCuts) {
+                        std::vector<std::uint64_t> sizes;
+                        for (const auto& [begin, end] : PiecesOf(byteCuts, bytes.size()))
+                            sizes.push_back(end - begin);
+                        ReadBound bound = OnlyFrom(GenericParser::BUFFER_SIZE, InSizes(std::move(sizes)));
+                        if (offset > 2000)
+                            return std::make_unique<BoundedInputStream>(bytes, std::move(bound), offset);
+                        const std::string front(static_cast<std::size_t>(offset), '<');
+                        auto stream = std::make_unique<BoundedInputStream>(front + bytes, std::move(bound));
+                        EXPECT_EQ(stream->Seek(offset), 0U);
+                        return stream;
+                    };
+                    const DocumentRun run = ParseBy(route, document, cuts, settings);
+                    EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(tokens, route)));
+                    EXPECT_EQ(run.parseResult, 0U);
+                    EXPECT_EQ(run.endResult, 0U);
+                });
+            }
+        }
+    }
+}
+
+TEST(JunkTest, OffsetsCountBehindAMark) {
+    struct Row {
+        const char* note;
+        std::string bytes;
+        std::string front;  // of the trace
+        Route route;
+    };
+    const std::string document = "ab<c d / >e<f g='";
+    const Lines tokens = {"text(ab)", "junk(<c d / )", "junk(>e)", "junk(<f g=')"};
+    const Row rows[] = {
+        {"UTF-8", "\xEF\xBB\xBF" + document, "bom(EF BB BF)", NARROW_TO_NARROW},
+        {"UTF-8 for a wide observer", "\xEF\xBB\xBF" + document, "bom(EF BB BF)", NARROW_TO_WIDE},
+        {"UTF-16", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)", WIDE_TO_WIDE},
+        {"UTF-16 for an 8-bit observer", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)", WIDE_TO_NARROW},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        Lines expected = WholeTrace(tokens, row.route);
+        expected[1] = row.front;
+        for (const Feed feed : {Feed::STREAM, Feed::OWNED_STREAM}) {
+            ForEverySplit(row.bytes, [&](const Cuts& cuts) {
+                // The wide parser takes no half characters.
+                for (const std::size_t cut : cuts) {
+                    if (row.route.wideInput && cut % 2 != 0 && cut != 1)
+                        return;
+                }
+                DocumentSettings settings = SettingsFor(row.route, feed);
+                settings.type = GenericParser::DATA_STREAM_AUTO;
+                const DocumentRun run = ParseDocument(row.bytes, cuts, settings);
+                EXPECT_EQ(Join(Comparable(run.trace, row.route)), Join(expected));
+                EXPECT_EQ(run.parseResult, 0U);
+                EXPECT_EQ(run.endResult, 0U);
+            });
+        }
+    }
+}
+
+/// A parser with a trace, for tests that feed it step by step.
+struct Bench {
+    explicit Bench(StringNS::CharSet::Code charset = 1252, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
+        : observer(&lines) {
+        parser.SetObserver(&observer, false);
+        EXPECT_EQ(parser.StartParse(charset, type), 0U);
+        lines.clear();
+    }
+
+    std::uint32_t Feed(const std::string& piece) {
+        return parser.ParseBuffer(piece.data(), piece.size());
+    }
+
+    /// The lines since the last call.
+    std::string Take() {
+        const std::string taken = Join(lines);
+        lines.clear();
+        return taken;
+    }
+
+    Lines lines;
+    Trace::TraceObserver<char, std::string> observer;
+    GenericParser parser;
+};
+
+TEST(JunkTest, AHostsPieceBehindAStreamCannotBeReadAgain) {
+    Bench bench;
+    VFS::MemoryInputStream stream("x<a b");
+    EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(bench.Feed(" / >y"), 11U);
+    EXPECT_EQ(bench.Take(), "text(x)\n");
+    EXPECT_EQ(bench.parser.EndParse(), 16U);
+    EXPECT_EQ(bench.Take(), "");
+}
+
+TEST(JunkTest, AnOpenConstructThatReachesIntoAHostsPieceCannotBeReadAgain) {
+    for (const bool owned : {false, true}) {
+        Bench bench;
+        auto stream = std::make_unique<VFS::MemoryInputStream>("x<a b");
+        VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+        EXPECT_EQ(bench.parser.ParseStream(fed, owned), 0U);
+        EXPECT_EQ(bench.Feed("c"), 0U);
+        EXPECT_EQ(bench.parser.EndParse(), 16U);
+        EXPECT_EQ(bench.Take(), "text(x)\n");
+    }
+}
+
+TEST(JunkTest, AnEmptyPieceBehindAStreamChangesNothing) {
+    for (const bool owned : {false, true}) {
+        Bench bench;
+        auto stream = std::make_unique<VFS::MemoryInputStream>("x<a b");
+        VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+        EXPECT_EQ(bench.parser.ParseStream(fed, owned), 0U);
+        EXPECT_EQ(bench.Feed(""), 0U);
+        EXPECT_EQ(bench.parser.ParseBuffer(nullptr, 0), 0U);
+        EXPECT_EQ(bench.parser.ParseBuffer(nullptr, 7), 2U);
+        EXPECT_EQ(bench.parser.EndParse(), 0U);
+        EXPECT_EQ(bench.Take(), "text(x)\njunk(<a b)\nend-parsing\n");
+    }
+}
+
+TEST(JunkTest, AConstructThatBeganInAHostsPieceCannotBeReadAgain) {
+    Bench bench;
+    EXPECT_EQ(bench.Feed("x<a b"), 0U);
+    VFS::MemoryInputStream stream(" / >y");
+    EXPECT_EQ(bench.parser.ParseStream(&stream, false), 11U);
+    EXPECT_EQ(bench.Take(), "text(x)\n");
+    EXPECT_EQ(bench.parser.EndParse(), 16U);
+
+    Bench open;
+    EXPECT_EQ(open.Feed("x<a b"), 0U);
+    VFS::MemoryInputStream rest("c");
+    EXPECT_EQ(open.parser.ParseStream(&rest, false), 0U);
+    EXPECT_EQ(open.parser.EndParse(), 16U);
+    EXPECT_EQ(open.Take(), "text(x)\n");
+}
+
+TEST(JunkTest, AConstructThatBeginsBehindAHostsPieceIsReadAgain) {
+    Bench bench;
+    EXPECT_EQ(bench.Feed("xyz<b>"), 0U);
+    VFS::MemoryInputStream stream("x<a b / >y<c");
+    EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(bench.parser.EndParse(), 0U);
+    EXPECT_EQ(bench.Take(), "text(xyz)\nstart(|b||)\ntext(x)\njunk(<a b / )\njunk(>y)\njunk(<c)\nend-parsing\n");
+}
+
+TEST(JunkTest, TwoStreamsInOneDocument) {
+    for (const bool owned : {false, true}) {
+        SCOPED_TRACE(owned ? "owned" : "borrowed");
+        {
+            // Each construct lies in one stream.
+            Bench bench;
+            auto first = std::make_unique<VFS::MemoryInputStream>("a<b / >c<d>");
+            auto second = std::make_unique<VFS::MemoryInputStream>("e<f / >g<h");
+            EXPECT_EQ(bench.parser.ParseStream(owned ? first.release() : first.get(), owned), 0U);
+            EXPECT_EQ(bench.parser.ParseStream(owned ? second.release() : second.get(), owned), 0U);
+            EXPECT_EQ(bench.parser.EndParse(), 0U);
+            EXPECT_EQ(bench.Take(),
+                      "text(a)\njunk(<b / )\njunk(>c)\nstart(|d||)\ntext(e)\njunk(<f / )\njunk(>g)\njunk(<h)\nend-parsing\n");
+        }
+        {
+            // A construct that reaches from one stream into the other is parsed, but cannot be read again.
+            Bench bench;
+            auto first = std::make_unique<VFS::MemoryInputStream>("a<b c");
+            auto second = std::make_unique<VFS::MemoryInputStream>("=d><e f");
+            auto third = std::make_unique<VFS::MemoryInputStream>(" / >");
+            EXPECT_EQ(bench.parser.ParseStream(owned ? first.release() : first.get(), owned), 0U);
+            EXPECT_EQ(bench.parser.ParseStream(owned ? second.release() : second.get(), owned), 0U);
+            EXPECT_EQ(bench.Take(), "text(a)\nstart(|b|{ |c|=|d}|)\n");
+            EXPECT_EQ(bench.parser.ParseStream(owned ? third.release() : third.get(), owned), 11U);
+            EXPECT_EQ(bench.parser.EndParse(), 16U);
+            EXPECT_EQ(bench.Take(), "");
+        }
+        {
+            // Nor can it be at the end of the input.
+            Bench bench;
+            auto first = std::make_unique<VFS::MemoryInputStream>("a<b c");
+            auto second = std::make_unique<VFS::MemoryInputStream>("=d");
+            EXPECT_EQ(bench.parser.ParseStream(owned ? first.release() : first.get(), owned), 0U);
+            EXPECT_EQ(bench.parser.ParseStream(owned ? second.release() : second.get(), owned), 0U);
+            EXPECT_EQ(bench.parser.EndParse(), 16U);
+            EXPECT_EQ(bench.Take(), "text(a)\n");
+        }
+    }
+}
+
+TEST(JunkTest, AnEmptySecondStreamLeavesAnOpenConstructAlone) {
+    // The junk may still come from the first stream, or not at all; what never comes is the junk of the wrong stream.
+    Bench bench;
+    VFS::MemoryInputStream first("a<b c");
+    VFS::MemoryInputStream second("");
+    EXPECT_EQ(bench.parser.ParseStream(&first, false), 0U);
+    EXPECT_EQ(bench.parser.ParseStream(&second, false), 0U);
+    const std::uint32_t result = bench.parser.EndParse();
+    EXPECT_EQ(bench.Take(), result == 0 ? "text(a)\njunk(<b c)\nend-parsing\n" : "text(a)\n");
+    EXPECT_TRUE(result == 0 || result == 16) << result;
+}
+
+TEST(JunkTest, AJunkStateGoesOnInTheNextPiece) {
+    Bench bench;
+    VFS::MemoryInputStream stream("<a / >b");
+    EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(bench.Take(), "junk(<a / )\n");
+    EXPECT_EQ(bench.Feed("c"), 0U);
+    EXPECT_EQ(bench.Feed("d<e>f"), 0U);
+    EXPECT_EQ(bench.Take(), "junk(>bcd)\nstart(|e||)\n");
+    EXPECT_EQ(bench.parser.EndParse(), 0U);
+    EXPECT_EQ(bench.Take(), "text(f)\nend-parsing\n");
+}
+
+TEST(JunkTest, InJunkTheNameIsThatOfTheRecognizerThatFailed) {
+    struct Row {
+        const char* input;
+        const char* name;
+    };
+    const Row rows[] = {
+        {"<a b / >", "StartTagSimpleParser"},
+        {"</a / >", "EndTagSimpleParser"},
+        {"<!-x", "GenericTagSimpleParser"},
+    };
+    for (const Row& row : rows) {
+        for (const Route& route : ROUTES) {
+            const DocumentRun run = ParseBy(route, row.input, {}, SettingsFor(route, Feed::STREAM));
+            EXPECT_EQ(run.parserName, row.name);
+        }
+    }
+}
+
+/// Feeds one stream of a kind and ends the document.
+struct StreamRun {
+    std::uint32_t parseResult = 0;
+    std::uint32_t endResult = 0;
+    std::string lines;
+    int destructions = 0;
+    int destructionsBeforeEnd = 0;
+};
+
+StreamRun RunStream(std::unique_ptr<FaultyInputStream> stream, bool owned, StringNS::CharSet::Code charset = 1252,
+                    GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT) {
+    StreamRun run;
+    stream->CountDestructions(&run.destructions);
+    Bench bench(charset, type);
+    run.parseResult = bench.parser.ParseStream(owned ? stream.release() : stream.get(), owned);
+    run.destructionsBeforeEnd = run.destructions;
+    run.endResult = bench.parser.EndParse();
+    run.lines = bench.Take();
+    return run;
+}
+
+std::unique_ptr<FaultyInputStream> MakeFaulty(const std::string& bytes, std::uint64_t pieceSize = GenericParser::BUFFER_SIZE) {
+    return std::make_unique<FaultyInputStream>(
+        std::make_unique<BoundedInputStream>(bytes, OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(pieceSize))));
+}
+
+TEST(JunkTest, AFailureWhileReadingAgainLeavesTheRecognizersCode) {
+    struct Row {
+        const char* note;
+        void (*spoil)(FaultyInputStream*);
+    };
+    // The first read is the piece, the second one reads the construct again. The first seek goes to the construct, the second one back.
+    // The first position is that of the piece.
+    const Row rows[] = {
+        {"the position cannot be remembered", [](FaultyInputStream* stream) { stream->FailGetPosition(2, HOST_CODE); }},
+        {"the seek to the construct fails", [](FaultyInputStream* stream) { stream->FailSeek(1, HOST_CODE); }},
+        {"the read fails", [](FaultyInputStream* stream) { stream->FailRead(2, HOST_CODE); }},
+        {"the read finds no data", [](FaultyInputStream* stream) { stream->FailRead(2, RESULT_END_OF_DATA); }},
+        {"the read is short", [](FaultyInputStream* stream) { stream->ShortenRead(2, 3); }},
+        {"the read delivers nothing", [](FaultyInputStream* stream) { stream->ReadNothing(2); }},
+        {"the seek back fails", [](FaultyInputStream* stream) { stream->FailSeek(2, HOST_CODE); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        for (const bool owned : {false, true}) {
+            std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b / >y");
+            row.spoil(stream.get());
+            const StreamRun run = RunStream(std::move(stream), owned);
+            EXPECT_EQ(run.parseResult, 11U);
+            EXPECT_EQ(run.endResult, 16U);
+            EXPECT_EQ(run.lines, "text(x)\n");
+            EXPECT_EQ(run.destructionsBeforeEnd, owned ? 1 : 0);
+            EXPECT_EQ(run.destructions, 1);
+        }
+    }
+}
+
+TEST(JunkTest, AFailureWhileReadingAgainAtTheEndLeaves16) {
+    struct Row {
+        const char* note;
+        void (*spoil)(FaultyInputStream*);
+    };
+    const Row rows[] = {
+        {"the position cannot be remembered", [](FaultyInputStream* stream) { stream->FailGetPositionsFrom(2, HOST_CODE); }},
+        {"the seek to the construct fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(1, HOST_CODE); }},
+        {"the read fails", [](FaultyInputStream* stream) { stream->FailReadsFrom(2, HOST_CODE); }},
+        {"the seek back fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(2, HOST_CODE); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b");
+        row.spoil(stream.get());
+        const StreamRun run = RunStream(std::move(stream), false);
+        EXPECT_EQ(run.parseResult, 0U);
+        EXPECT_EQ(run.endResult, 16U);
+        EXPECT_EQ(run.lines, "text(x)\n");
+    }
+}
+
+TEST(JunkTest, AFailureWhileKeepingTheOpenConstructOfAnOwnedStreamLeaves16) {
+    struct Row {
+        const char* note;
+        void (*spoil)(FaultyInputStream*);
+    };
+    const Row rows[] = {
+        {"the seek fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(1, HOST_CODE); }},
+        {"the read fails", [](FaultyInputStream* stream) { stream->FailReadsFrom(2, HOST_CODE); }},
+        {"the read is short", [](FaultyInputStream* stream) { stream->ShortenRead(2, 1).FailReadsFrom(3, HOST_CODE); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b");
+        row.spoil(stream.get());
+        const StreamRun run = RunStream(std::move(stream), true);
+        EXPECT_EQ(run.parseResult, 0U);
+        EXPECT_EQ(run.endResult, 16U);
+        EXPECT_EQ(run.lines, "text(x)\n");
+        EXPECT_EQ(run.destructionsBeforeEnd, 1);
+        EXPECT_EQ(run.destructions, 1);
+    }
+}
+
+TEST(JunkTest, APieceWithoutAPositionCannotBeReadAgain) {
+    // Pieces of four characters: "x<a ", "b / ", ">y<c", " / >", "z". The construct "<a b / " lies in the pieces 1 and 2.
+    struct Row {
+        const char* note;
+        std::uint64_t lostPosition;
+        std::uint32_t parseResult;
+        const char* lines;
+    };
+    const std::string document = "x<a b / >y<c / >z";
+    const Row rows[] = {
+        {"the piece in which the construct began", 1, 11, "text(x)\n"},
+        {"the piece in which it fails", 2, 11, "text(x)\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty(document, 4);
+        stream->FailGetPosition(row.lostPosition, HOST_CODE);
+        const StreamRun run = RunStream(std::move(stream), false);
+        EXPECT_EQ(run.parseResult, row.parseResult);
+        EXPECT_EQ(run.lines, row.lines);
+    }
+}
+
+TEST(JunkTest, APieceWithoutAPositionDoesNotDisturbOtherPieces) {
+    // Pieces of five characters: "<a b>", "text ", "<c / ", ">". The second piece holds no construct.
+    std::unique_ptr<FaultyInputStream> stream = MakeFaulty("<a b>text <c / >", 5);
+    stream->FailGetPosition(2, HOST_CODE);
+    const StreamRun run = RunStream(std::move(stream), false);
+    EXPECT_EQ(run.parseResult, 0U);
+    EXPECT_EQ(run.endResult, 0U);
+    EXPECT_EQ(run.lines, "start(|a|{ |b}|)\ntext(text )\njunk(<c / )\njunk(>)\nend-parsing\n");
+}
+
+TEST(JunkTest, APieceInTheMiddleOfAConstructNeedsNoPosition) {
+    // Pieces of two characters; the construct begins in the first piece, passes through the second and fails in the third.
+    std::unique_ptr<FaultyInputStream> stream = MakeFaulty("<a b / >", 3);
+    stream->FailGetPosition(2, HOST_CODE);
+    const StreamRun run = RunStream(std::move(stream), false);
+    EXPECT_EQ(run.parseResult, 0U);
+    EXPECT_EQ(run.endResult, 0U);
+    EXPECT_EQ(run.lines, "junk(<a b / )\njunk(>)\nend-parsing\n");
+}
+
+TEST(JunkTest, AFailedLastReadDoesNotMoveThePiece) {
+    // `IsEnd` stays false, so a read that finds nothing, or fails, follows the last piece.
+    for (const bool owned : {false, true}) {
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b", 2);
+        stream->NeverEnd();
+        const StreamRun run = RunStream(std::move(stream), owned);
+        EXPECT_EQ(run.parseResult, 0U);
+        EXPECT_EQ(run.endResult, 0U);
+        EXPECT_EQ(run.lines, "text(x)\njunk(<a b)\nend-parsing\n");
+        EXPECT_EQ(run.destructions, 1);
+    }
+    std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b", 2);
+    stream->NeverEnd().FailGetPosition(4, HOST_CODE);
+    const StreamRun run = RunStream(std::move(stream), false);
+    EXPECT_EQ(run.parseResult, 0U);
+    EXPECT_EQ(run.endResult, 0U);
+    EXPECT_EQ(run.lines, "text(x)\njunk(<a b)\nend-parsing\n");
+}
+
+TEST(JunkTest, AnEmptyReadDoesNotMoveThePiece) {
+    for (std::uint64_t call = 1; call <= 4; ++call) {
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b / >y", 3);
+        stream->ReadNothing(call);
+        const StreamRun run = RunStream(std::move(stream), false);
+        if (call == 4) {
+            // The fourth read is the one that reads the construct again: nothing instead of seven bytes.
+            EXPECT_EQ(run.parseResult, 11U);
+            continue;
+        }
+        EXPECT_EQ(run.parseResult, 0U);
+        EXPECT_EQ(run.endResult, 0U);
+        EXPECT_EQ(run.lines, "text(x)\njunk(<a b / )\njunk(>y)\nend-parsing\n");
+    }
+}
+
+TEST(JunkTest, AStreamErrorForgetsTheStream) {
+    for (const bool owned : {false, true}) {
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a b", 3);
+        stream->FailRead(2, HOST_CODE);
+        const StreamRun run = RunStream(std::move(stream), owned);
+        EXPECT_EQ(run.parseResult, HOST_CODE);
+        EXPECT_EQ(run.endResult, 16U);
+        EXPECT_EQ(run.lines, "text(x)\n");
+        EXPECT_EQ(run.destructionsBeforeEnd, owned ? 1 : 0);
+        EXPECT_EQ(run.destructions, 1);
+    }
+}
+
+TEST(JunkTest, StreamErrorsInEveryReadAreReturned) {
+    const std::string document = "a<b>c</d>";
+    const Lines tokensAfterRead[] = {{}, {"text(a)"}, {"text(a)", "start(|b||)"}};
+    for (std::uint64_t call = 1; call <= 3; ++call) {
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty(document, 2);
+        stream->FailRead(call, HOST_CODE);
+        Bench bench;
+        EXPECT_EQ(bench.parser.ParseStream(stream.get(), false), HOST_CODE);
+        EXPECT_EQ(bench.Take(), Join(tokensAfterRead[call - 1]));
+    }
+}
+
+std::uint64_t adjustCalls = 0;
+std::uint64_t failingAdjustCall = 0;
+
+std::uint32_t AdjustUntilFailure(Base::DefaultBufferAllocPolicy* buffer, std::uint64_t size) {
+    ++adjustCalls;
+    if (adjustCalls == failingAdjustCall)
+        return RESULT_OUT_OF_MEMORY;
+    return Base::PLATFORM_SERVICES.adjustBuffer(buffer, size);
+}
+
+/// Lets the n-th request for a read buffer fail.
+class FailingBuffer {
+public:
+    explicit FailingBuffer(std::uint64_t call) : services(WithFailure()), override(services) {
+        adjustCalls = 0;
+        failingAdjustCall = call;
+    }
+
+private:
+    static Base::Services WithFailure() {
+        Base::Services failing = Base::PLATFORM_SERVICES;
+        failing.adjustBuffer = AdjustUntilFailure;
+        return failing;
+    }
+
+    Base::Services services;
+    Base::ServicesOverride override;
+};
+
+TEST(JunkTest, WithoutAReadBufferTheStreamIsNotRead) {
+    for (const bool owned : {false, true}) {
+        const FailingBuffer failing(1);
+        std::unique_ptr<FaultyInputStream> stream = MakeFaulty("x<a>");
+        const StreamRun run = RunStream(std::move(stream), owned);
+        EXPECT_EQ(run.parseResult, static_cast<std::uint32_t>(RESULT_OUT_OF_MEMORY));
+        EXPECT_EQ(run.destructionsBeforeEnd, owned ? 1 : 0);
+        EXPECT_EQ(run.destructions, 1);
+        EXPECT_EQ(run.lines, "end-parsing\n");
+    }
+}
+
+TEST(JunkTest, WithoutABufferToReadAgainTheRecognizersCodeIsLeft) {
+    {
+        const FailingBuffer failing(2);
+        const StreamRun run = RunStream(MakeFaulty("x<a b / >y"), false);
+        EXPECT_EQ(run.parseResult, 11U);
+        EXPECT_EQ(run.lines, "text(x)\n");
+    }
+    {
+        const FailingBuffer failing(2);
+        const StreamRun run = RunStream(MakeFaulty("x<a b"), false);
+        EXPECT_EQ(run.parseResult, 0U);
+        EXPECT_EQ(run.endResult, 16U);
+        EXPECT_EQ(run.lines, "text(x)\n");
+    }
+}
+
+TEST(JunkTest, AfterAFailureTheNextDocumentIsSound) {
+    Bench bench;
+    EXPECT_EQ(bench.Feed("x<a b / >y"), 11U);
+    EXPECT_EQ(bench.parser.EndParse(), 16U);
+    EXPECT_EQ(bench.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    VFS::MemoryInputStream stream("<script>'</b>'</script><a b / >");
+    EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(bench.parser.EndParse(), 0U);
+    EXPECT_EQ(bench.Take(),
+              "text(x)\nstart-parsing\ncharset(1252)\nstart(|script||)\njs-start\ns-string(</b>)\nend(|script|||)\njs-end\n"
+              "junk(<a b / )\njunk(>)\nend-parsing\n");
+}
+
+TEST(JunkTest, WhateverFollowsAFailureHasACodeAndAnEnd) {
+    // Bytes fed behind a failure give a result code, and nothing but a new document is promised; nothing may break.
+    for (const char* const broken : {"<a b / >", "</a / >", "<!-x", "<!x", "<?x", "<script>/*", "<script>//"}) {
+        for (const char* const more : {"x", ">", "<a>", "/", "'", "<", "</script>"}) {
+            SCOPED_TRACE(std::string(broken) + " and then " + more);
+            Bench bench;
+            EXPECT_EQ(bench.Feed(broken), 11U);
+            bench.Feed(more);
+            bench.Feed(more);
+            bench.parser.EndParse();
+            EXPECT_EQ(bench.parser.EndParse(), 0U);
+            bench.Take();
+            EXPECT_EQ(bench.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+            EXPECT_EQ(bench.Feed("a<b>c"), 0U);
+            EXPECT_EQ(bench.parser.EndParse(), 0U);
+            EXPECT_EQ(bench.Take(), "start-parsing\ncharset(1252)\ntext(a)\nstart(|b||)\ntext(c)\nend-parsing\n");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test

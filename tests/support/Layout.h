@@ -1,0 +1,80 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <utility>
+
+/// @file
+/// The order of virtual operations and of fields, as hosts that were compiled before rely on it.
+
+namespace Kestra::Test {
+
+/// The entry of a virtual operation in its class's table, from 0. A virtual destructor takes two entries.
+///
+/// Reads the representation that the Itanium C++ ABI gives to a pointer to a virtual member function: 1 plus the offset of the entry in
+/// bytes. GCC and Clang keep to it on every platform of ours, MinGW included.
+template <typename Operation>
+std::size_t SlotOf(Operation operation) {
+    struct Representation {
+        std::uintptr_t function;
+        std::ptrdiff_t adjustment;
+    } representation;
+    static_assert(sizeof(operation) == sizeof(representation));
+    std::memcpy(&representation, &operation, sizeof(representation));
+    EXPECT_EQ(representation.function % 2, 1U) << "not a virtual operation";
+    return static_cast<std::size_t>(representation.function / sizeof(void*));
+}
+
+/// Walks over the fields of an object in order, and expects each one right behind the one before, as its alignment allows.
+template <typename T>
+class FieldWalk {
+public:
+    /// @param baseSize  bytes in front of the first field
+    FieldWalk(const T& walkedObject, std::size_t baseSize) : object(walkedObject), end(baseSize) {}
+
+    template <typename Owner, typename Field>
+    FieldWalk& Next(const char* name, Field Owner::*field) {
+        const auto* const begin = reinterpret_cast<const char*>(&object);
+        const auto offset = static_cast<std::size_t>(reinterpret_cast<const char*>(&(object.*field)) - begin);
+        EXPECT_EQ(offset, AlignUp(alignof(Field))) << "field " << name;
+        end = offset + sizeof(Field);
+        return *this;
+    }
+
+    /// Expects no other field behind the last one.
+    void Last() {
+        EXPECT_EQ(sizeof(T), AlignUp(alignof(T)));
+    }
+
+private:
+    std::size_t AlignUp(std::size_t alignment) const {
+        return (end + alignment - 1) / alignment * alignment;
+    }
+
+    const T& object;
+    std::size_t end;
+};
+
+/// Expects the private members of a composite object to be objects of the polymorphic classes `Members`, in this order and with nothing
+/// between or behind them: each must start with the pointer to the table of its class.
+template <typename Composite, typename... Members>
+void ExpectMembers() {
+    const Composite composite{};
+    std::size_t end = sizeof(void*);
+    const auto next = [&]<typename Member>(const Member& sample) {
+        end = (end + alignof(Member) - 1) / alignof(Member) * alignof(Member);
+        ASSERT_LE(end + sizeof(Member), sizeof(Composite));
+        EXPECT_EQ(std::memcmp(reinterpret_cast<const char*>(&composite) + end, reinterpret_cast<const char*>(&sample), sizeof(void*)), 0)
+            << "another class at offset " << end;
+        end += sizeof(Member);
+    };
+    (next(Members{}), ...);
+    end = (end + alignof(Composite) - 1) / alignof(Composite) * alignof(Composite);
+    EXPECT_EQ(end, sizeof(Composite));
+}
+
+}  // namespace Kestra::Test
