@@ -87,11 +87,11 @@ void CheckRecognizer(std::basic_string_view<typename RecognizerFlavour<Parser>::
     RecognizerOptions<Parser> options;
     options.prepare = prepare;
     RecognizerRunner<Parser> runner(options);
-    for (std::size_t abandoned = 0; abandoned <= input.size(); ++abandoned) {
+    ForEachUntilFailure(input.size() + 1, [&](std::size_t abandoned) {
         SCOPED_TRACE("used before for the first " + std::to_string(abandoned) + " characters");
         runner.Run(input.substr(0, abandoned), {});
         check(runner.Run(input, {}));
-    }
+    });
 
     // Line and column go on from where the context stands.
     options.line = 5;

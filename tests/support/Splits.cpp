@@ -54,6 +54,12 @@ void ForEverySplit(WideStringView input, const std::function<void(const Cuts&)>&
     ForEverySplit(input.size(), run);
 }
 
+void ForEachUntilFailure(std::size_t count, const std::function<void(std::size_t)>& run) {
+    const int before = CountFailures();
+    for (std::size_t i = 0; i < count && CountFailures() == before; ++i)
+        run(i);
+}
+
 Cuts CutsEvery(std::size_t size, std::size_t length) {
     Cuts cuts;
     for (std::size_t cut = size; cut < length; cut += size)

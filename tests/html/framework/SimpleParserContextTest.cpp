@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 template <typename Flavour>
 class SimpleParserContextTest : public testing::Test {
 protected:
@@ -69,7 +71,7 @@ TYPED_TEST(SimpleParserContextTest, MovesOverLinesAndColumns) {
         {"every line feed counts", "\n\n\n", 3, 3, 4, 1},
         {"a form feed and a vertical tab are columns", "\f\v", 2, 2, 1, 3},
         {"a character from 128 up is one column", "\x85\xA0\xFF", 3, 3, 1, 4},
-        {"a NUL is one column", std::string_view("\0\n\0", 3), 3, 3, 2, 2},
+        {"a NUL is one column", "\0\n\0"sv, 3, 3, 2, 2},
     };
     for (const Case& c : CASES) {
         SCOPED_TRACE(c.note);

@@ -10,6 +10,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::AttributeSimpleParser;
 using HTML::AttributeSimpleParserData;
 
@@ -55,7 +57,7 @@ TYPED_TEST(AttributeTest, Attributes) {
         {"nothing at all in front of \">\"", ">", "19 {||} rest(>)"},
         {"a backslash escapes nothing", "a='\\'b", "19 {|a|=|'\\\\'} rest(b)"},
         {"case is kept", "aB=Cd ", "19 {|aB|=|Cd} rest( )"},
-        {"NUL and ESC belong to a name", std::string_view("\0\033=x ", 5), "19 {|\\x00\\x1B|=|x} rest( )"},
+        {"NUL and ESC belong to a name", "\0\033=x "sv, "19 {|\\x00\\x1B|=|x} rest( )"},
         {"characters from 128 up", "\xE4=\xF6 ", "19 {|\\xE4|=|\\xF6} rest( )"},
         {"the input ends in the white space", " ", "end 19"},
         {"the input ends in the name", " a", "end 19"},

@@ -10,6 +10,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::GenericTagSimpleParser;
 using HTML::GenericTagSimpleParserData;
 
@@ -42,7 +44,7 @@ TYPED_TEST(GenericTagTest, Decisions) {
         {"\"<\" is a start tag", "<a", "19 next(StartTagSimpleParser) rest(<a)"},
         {"a digit is a start tag", "3", "19 next(StartTagSimpleParser) rest(3)"},
         {"\"-\", \"[\" and \"=\" are start tags", "-[=", "19 next(StartTagSimpleParser) rest(-[=)"},
-        {"a NUL is a start tag", std::string_view("\0a", 2), "19 next(StartTagSimpleParser) rest(\\x00a)"},
+        {"a NUL is a start tag", "\0a"sv, "19 next(StartTagSimpleParser) rest(\\x00a)"},
         {"a character from 128 up is a start tag", "\xE9", "19 next(StartTagSimpleParser) rest(\\xE9)"},
         {"\"!\" and a letter is a declaration", "!DOCTYPE", "19 next(EntityTagSimpleParser) rest(DOCTYPE)"},
         {"\"!\" and white space is a declaration", "!\nA", "19 next(EntityTagSimpleParser) rest(\\nA)"},
@@ -72,8 +74,8 @@ TYPED_TEST(GenericTagTest, Decisions) {
         {"more than a keyword is malformed", "![CDATAX[", "11 next() rest([)"},
         {"more than \"if\" is malformed", "![iff ", "11 next() rest( )"},
         {"\"/\" belongs to the keyword", "![if/ ", "11 next() rest( )"},
-        {"a NUL does not end the keyword", std::string_view("![CDATA\0[", 9), "11 next() rest([)"},
-        {"a NUL and more do not end the keyword", std::string_view("![if\0x ", 7), "11 next() rest( )"},
+        {"a NUL does not end the keyword", "![CDATA\0["sv, "11 next() rest([)"},
+        {"a NUL and more do not end the keyword", "![if\0x "sv, "11 next() rest( )"},
         {"an empty keyword is malformed", "![[", "11 next() rest([)"},
         {"white space in front of the keyword is malformed", "![ CDATA[", "11 next() rest( CDATA[)"},
         {"\"![>\" is malformed", "![>", "11 next() rest(>)"},

@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::IdentifierSimpleParser;
 using HTML::IdentifierSimpleParserData;
 
@@ -51,7 +53,7 @@ TYPED_TEST(IdentifierTest, Names) {
         {"a name may be empty in front of \">\"", ">", "19 text() rest(>)", "19 text() rest(>)"},
         {"a name may be empty in front of white space", "\na", "19 text() rest(\\na)", "19 text() rest(\\na)"},
         {"a name may be empty in front of \"=\"", "=", "19 text() rest(=)", "19 text() rest(=)"},
-        {"a NUL belongs to a name", std::string_view("a\0b>", 4), "19 text(a\\x00b) rest(>)", "19 text(a\\x00b) rest(>)"},
+        {"a NUL belongs to a name", "a\0b>"sv, "19 text(a\\x00b) rest(>)", "19 text(a\\x00b) rest(>)"},
         {"ESC belongs to a name", "\033$B>", "19 text(\\x1B$B) rest(>)", "19 text(\\x1B$B) rest(>)"},
         {"characters from 128 up belong to a name", "\x80\xBC\xFF>", "19 text(\\x80\\xBC\\xFF) rest(>)",
          "19 text(\\x80\\xBC\\xFF) rest(>)"},

@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::TokenSimpleParser;
 using HTML::TokenSimpleParserData;
 
@@ -47,7 +49,7 @@ TYPED_TEST(TokenTest, Values) {
         {"\"=\", quotes and brackets belong to a bare value", "a=b'c\"d[e]&f;>", "19 {|a=b'c\"d[e]&f;} rest(>)"},
         {"a bare value may begin with \"=\"", "=x>", "19 {|=x} rest(>)"},
         {"a bare value may begin with \"[\"", "[ ", "19 {|[} rest( )"},
-        {"ESC and NUL belong to a bare value", std::string_view("\033$\0>", 4), "19 {|\\x1B$\\x00} rest(>)"},
+        {"ESC and NUL belong to a bare value", "\033$\0>"sv, "19 {|\\x1B$\\x00} rest(>)"},
         {"characters from 128 up belong to a bare value", "\x80\xBC\xFF>", "19 {|\\x80\\xBC\\xFF} rest(>)"},
         {"in front of \">\" the value is empty", ">", "19 {|} rest(>)"},
         {"white space in front of \">\" is its prefix all the same", " \n>", "19 { \\n|} rest(>)"},

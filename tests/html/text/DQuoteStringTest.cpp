@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::DQuoteStringSimpleParser;
 using HTML::DQuoteStringSimpleParserData;
 
@@ -48,7 +50,7 @@ TYPED_TEST(DQuoteStringTest, Strings) {
         {"a string may be empty", "", "\"\"", "19 text() rest(\")"},
         {"everything else is content", "", "<a href='/*x*/'>//\033$B\"", "19 text(<a href='/*x*/'>//\\x1B$B)"},
         {"line ends are content", "", "a\r\nb\n\n\"\n", "19 text(a\\r\\nb\\n\\n) rest(\\n)"},
-        {"a NUL is content", "", std::string_view("a\0\"", 3), "19 text(a\\x00)"},
+        {"a NUL is content", "", "a\0\""sv, "19 text(a\\x00)"},
         {"without escapes a backslash is content", "", "it\\\"s\"", "19 text(it\\\\) rest(s\")"},
         {"an escaped mark is content and keeps its backslash", "a", "it\\\"s\"", "19 text(it\\\\\"s)"},
         {"an escaped backslash escapes nothing", "a", "a\\\\\"b", "19 text(a\\\\\\\\) rest(b)"},

@@ -10,6 +10,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::Escape2022SimpleParser;
 using HTML::Escape2022SimpleParserData;
 
@@ -38,7 +40,7 @@ TYPED_TEST(Escape2022Test, Runs) {
         {"a run from designation to return, both ESC characters included", "$Babc\033(Bd", "19 text(\\x1B$Babc\\x1B(B) rest(d)"},
         {"an empty run", "$B\033(Jd", "19 text(\\x1B$B\\x1B(J) rest(d)"},
         {"everything inside the run is data", "$B<'\">/*\n\r\\\033(B<", "19 text(\\x1B$B<'\">/*\\n\\r\\\\\\x1B(B) rest(<)"},
-        {"a NUL inside the run is data", std::string_view("$Ba\0b\033(B<", 9), "19 text(\\x1B$Ba\\x00b\\x1B(B) rest(<)"},
+        {"a NUL inside the run is data", "$Ba\0b\033(B<"sv, "19 text(\\x1B$Ba\\x00b\\x1B(B) rest(<)"},
         {"characters from 128 up inside the run are data", "$B\x80\xFF\033(B<", "19 text(\\x1B$B\\x80\\xFF\\x1B(B) rest(<)"},
         {"\"$(\" completes at once: a return may follow directly", "$(\033(Bz", "19 text(\\x1B$(\\x1B(B) rest(z)"},
         {"the character behind \"$(\" belongs to the run", "$(C\033(Bz", "19 text(\\x1B$(C\\x1B(B) rest(z)"},
@@ -46,7 +48,7 @@ TYPED_TEST(Escape2022Test, Runs) {
         {"an escape that designates nothing ends at its first character", "xy", "19 text(\\x1Bx) rest(y)"},
         {"a \"<\" may be that character", "<y", "19 text(\\x1B<) rest(y)"},
         {"a second ESC may be that character", "\033$B", "19 text(\\x1B\\x1B) rest($B)"},
-        {"a NUL may be that character", std::string_view("\0y", 2), "19 text(\\x1B\\x00) rest(y)"},
+        {"a NUL may be that character", "\0y"sv, "19 text(\\x1B\\x00) rest(y)"},
         {"a return designates nothing", "(By", "19 text(\\x1B() rest(By)"},
         {"\"$\" and a wrong second character", "$xy", "19 text(\\x1B$x) rest(y)"},
         {"\"$\" and a wrong second letter", "$Cy", "19 text(\\x1B$C) rest(y)"},
@@ -166,12 +168,7 @@ TYPED_TEST(Escape2022Test, ASequenceCutOffByTheEndIsKeptUpToItsFirstNul) {
         std::string_view expected;
     };
     const Row ROWS[] = {
-        {0, std::string_view("$\0B", 3), "t\033$"},
-        {0, std::string_view("\0B", 2), "t\033"},
-        {0, "$+", "t\033$+"},
-        {1, "$", "t"},
-        {2, std::string_view("(\0", 2), "t\033("},
-        {2, "", "t\033"},
+        {0, "$\0B"sv, "t\033$"}, {0, "\0B"sv, "t\033"}, {0, "$+", "t\033$+"}, {1, "$", "t"}, {2, "(\0"sv, "t\033("}, {2, "", "t\033"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(testing::PrintToString(row.pending) + " in state " + std::to_string(row.state));

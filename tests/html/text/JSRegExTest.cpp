@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::JSRegExSimpleParser;
 using HTML::JSRegExSimpleParserData;
 
@@ -53,8 +55,7 @@ TYPED_TEST(JSRegExTest, Expressions) {
         {"an escaped line feed ends it all the same", true, "a\\\nb/", "19 text(/a\\\\) rest(\\nb/)"},
         {"an escaped carriage return ends it all the same", true, "a\\\rb/", "19 text(/a\\\\) rest(\\rb/)"},
         {"without escapes a backslash is content", false, "a\\/b/", "19 text(/a\\\\) rest(/b/)"},
-        {"other characters are content", true, std::string_view("\t\v\0>*'\"\033\x85\xFF/", 11),
-         "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
+        {"other characters are content", true, "\t\v\0>*'\"\033\x85\xFF/"sv, "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
         {"an expression up to the end of the input is complete", true, "abc", "end 19 text(/abc)"},
         {"an expression of nothing but its \"/\"", true, "", "end 19 text(/)"},
         {"the input ends behind a backslash", true, "a\\", "end 19 text(/a\\\\)"},

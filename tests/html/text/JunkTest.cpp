@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::JunkSimpleParser;
 using HTML::JunkSimpleParserData;
 
@@ -27,8 +29,7 @@ constexpr Case CASES[] = {
     {"junk may be empty", "<a", "19", "", " rest(<a)"},
     {"junk up to the end of the input is complete", "abc", "end 19", "abc", ""},
     {"no input at all is complete empty junk", "", "end 19", "", ""},
-    {"nothing but \"<\" ends it", std::string_view(">'\"/*//-->]]>\033$B\0=!", 19), "end 19",
-     std::string_view(">'\"/*//-->]]>\033$B\0=!", 19), ""},
+    {"nothing but \"<\" ends it", ">'\"/*//-->]]>\033$B\0=!"sv, "end 19", ">'\"/*//-->]]>\033$B\0=!"sv, ""},
     {"characters from 128 up", "\x80\xFF\xBC<", "19", "\x80\xFF\xBC", " rest(<)"},
     {"lines are counted", "a\n\r\n b\n<\n", "19", "a\n\r\n b\n", " rest(<\\n)"},
 };

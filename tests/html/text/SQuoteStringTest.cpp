@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::SQuoteStringSimpleParser;
 using HTML::SQuoteStringSimpleParserData;
 
@@ -43,7 +45,7 @@ TYPED_TEST(SQuoteStringTest, Strings) {
         {"a string may be empty", false, "''", "19 text() rest(')"},
         {"everything else is content", false, "<a href=\"/*x*/\">//\033$B'", "19 text(<a href=\"/*x*/\">//\\x1B$B)"},
         {"line ends are content", false, "a\r\nb\n\n'\n", "19 text(a\\r\\nb\\n\\n) rest(\\n)"},
-        {"a NUL is content", false, std::string_view("a\0'", 3), "19 text(a\\x00)"},
+        {"a NUL is content", false, "a\0'"sv, "19 text(a\\x00)"},
         {"characters from 128 up are content", false, "\x85\xA7\xFF'", "19 text(\\x85\\xA7\\xFF)"},
         {"without escapes a backslash is content", false, "it\\'s'", "19 text(it\\\\) rest(s')"},
         {"an escaped quote is content and keeps its backslash", true, "it\\'s'", "19 text(it\\\\'s)"},

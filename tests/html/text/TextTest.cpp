@@ -11,6 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::TextSimpleParser;
 using HTML::TextSimpleParserData;
 
@@ -53,7 +55,7 @@ TYPED_TEST(TextTest, Markup) {
         {"without options only \"<\" ends text", "", "a'b\"c/d/*e*/f//g\033$Bh>&amp;\n<",
          "19 text(a'b\"c/d/*e*/f//g\\x1B$Bh>&amp;\\n) next(GenericTagSimpleParser)"},
         {"lines and columns are counted", "", "a\r\nb\n\nc\td\n<e", "19 text(a\\r\\nb\\n\\nc\\td\\n) next(GenericTagSimpleParser) rest(e)"},
-        {"a NUL is text", "", std::string_view("a\0b<", 4), "19 text(a\\x00b) next(GenericTagSimpleParser)"},
+        {"a NUL is text", "", "a\0b<"sv, "19 text(a\\x00b) next(GenericTagSimpleParser)"},
         {"characters from 128 up are text", "", "\x80\xA0\xBC\xFF<", "19 text(\\x80\\xA0\\xBC\\xFF) next(GenericTagSimpleParser)"},
     };
     for (const Case& c : CASES)

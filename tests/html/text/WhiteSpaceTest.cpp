@@ -10,6 +10,8 @@
 namespace Kestra::Test {
 namespace {
 
+using namespace std::string_view_literals;
+
 using HTML::WhiteSpaceSimpleParser;
 
 template <typename Flavour>
@@ -29,7 +31,7 @@ TYPED_TEST(WhiteSpaceTest, Runs) {
         {"all six kinds of white space", " \t\n\v\f\r<", "19 text( \\t\\n\\x0B\\x0C\\r) rest(<)"},
         {"a run at the end of the input is complete", "  ", "end 19 text(  )"},
         {"no input at all is a complete empty run", "", "end 19 text()"},
-        {"a NUL is no white space", std::string_view(" \0 ", 3), "19 text( ) rest(\\x00 )"},
+        {"a NUL is no white space", " \0 "sv, "19 text( ) rest(\\x00 )"},
         {"lines are counted", "\n\r\n \n  x", "19 text(\\n\\r\\n \\n  ) rest(x)"},
         {"the separators 28 to 31 are no white space", "\n\034", "19 text(\\n) rest(\\x1C)"},
     };
