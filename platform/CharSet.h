@@ -29,7 +29,7 @@ public:
     /// The code of a registered charset name or alias: ASCII case is ignored, nothing is trimmed. 0 for an unknown name.
     static Code GetCharSetCode(const WideString& name);
 
-    /// The preferred name of a code ("utf-8" style spelling as registered), empty for a code without one.
+    /// The preferred name of a code, spelled as registered ("UTF-8", "Shift_JIS"); empty for a code without one.
     static WideString GetCharSetName(Code code);
 
     /// True for the three ISO-2022 code pages whose escape runs hide markup characters: 50221, 50222 and 50225.

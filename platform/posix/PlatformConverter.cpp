@@ -159,22 +159,52 @@ constexpr std::size_t MAX_ROOM = 64 * STEP;
 constexpr UChar REPLACEMENT = 0xFFFD;
 constexpr UChar UNMAPPABLE = '?';
 
-/// Writes U+FFFD for an invalid or unassigned byte sequence. ICU's own callback writes U+001A for single bytes of some code pages.
-extern "C" void ReplaceBytes(const void*, UConverterToUnicodeArgs* arguments, const char*, std::int32_t, UConverterCallbackReason reason,
-                             UErrorCode* error) {
+/// A single byte that a Windows code page gives a character and ICU's table none.
+struct SingleByte {
+    CharSet::Code code;
+    unsigned char byte;
+    WideChar unit;
+};
+
+// Source: Microsoft's best-fit table of code page 932.
+constexpr SingleByte SINGLE_BYTES[] = {
+    {932, 0x80, 0x0080}, {932, 0xA0, 0xF8F0}, {932, 0xFD, 0xF8F1}, {932, 0xFE, 0xF8F2}, {932, 0xFF, 0xF8F3},
+};
+
+/// Writes what ICU's table lacks, and U+FFFD for an invalid or unassigned byte sequence. ICU's own callback writes U+001A for single
+/// bytes of some code pages.
+/// @param context  the converter's row in `CONVERTERS`.
+extern "C" void ReplaceBytes(const void* context, UConverterToUnicodeArgs* arguments, const char* bytes, std::int32_t size,
+                             UConverterCallbackReason reason, UErrorCode* error) {
     if (reason > UCNV_IRREGULAR)
         return;  // a reset, a copy or the closing of the converter
+    const CharSet::Code code = static_cast<const ConverterName*>(context)->code;
+    UChar unit = REPLACEMENT;
+    for (const SingleByte& single : SINGLE_BYTES) {
+        if (single.code == code && size == 1 && single.byte == static_cast<unsigned char>(*bytes))
+            unit = single.unit;
+    }
     *error = U_ZERO_ERROR;
-    ucnv_cbToUWriteUChars(arguments, &REPLACEMENT, 1, 0, error);
+    ucnv_cbToUWriteUChars(arguments, &unit, 1, 0, error);
 }
 
-/// Writes the character that `context` points to for one that the code page lacks, once per code point or lone surrogate.
-extern "C" void ReplaceCharacter(const void* context, UConverterFromUnicodeArgs* arguments, const UChar*, std::int32_t, UChar32,
+/// Writes what ICU's table lacks, and "?" or U+FFFD for a character that the code page lacks, once per code point or lone surrogate.
+/// @param context  the converter's row in `CONVERTERS`.
+extern "C" void ReplaceCharacter(const void* context, UConverterFromUnicodeArgs* arguments, const UChar*, std::int32_t, UChar32 codePoint,
                                  UConverterCallbackReason reason, UErrorCode* error) {
     if (reason > UCNV_IRREGULAR)
         return;
     *error = U_ZERO_ERROR;
-    const UChar* source = static_cast<const UChar*>(context);
+    const CharSet::Code code = static_cast<const ConverterName*>(context)->code;
+    for (const SingleByte& single : SINGLE_BYTES) {
+        if (single.code == code && static_cast<UChar32>(single.unit) == codePoint) {
+            const char byte = static_cast<char>(single.byte);
+            ucnv_cbFromUWriteBytes(arguments, &byte, 1, 0, error);
+            return;
+        }
+    }
+    const UChar unit = HasReplacement(code) ? REPLACEMENT : UNMAPPABLE;
+    const UChar* source = &unit;
     ucnv_cbFromUWriteUChars(arguments, &source, source + 1, 0, error);
 }
 
@@ -242,8 +272,8 @@ std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::
     auto system = std::make_unique<System>();
     UErrorCode error = U_ZERO_ERROR;
     system->converter = ucnv_open(name->name, &error);
-    ucnv_setToUCallBack(system->converter, ReplaceBytes, nullptr, nullptr, nullptr, &error);
-    ucnv_setFromUCallBack(system->converter, ReplaceCharacter, HasReplacement(code) ? &REPLACEMENT : &UNMAPPABLE, nullptr, nullptr, &error);
+    ucnv_setToUCallBack(system->converter, ReplaceBytes, name, nullptr, nullptr, &error);
+    ucnv_setFromUCallBack(system->converter, ReplaceCharacter, name, nullptr, nullptr, &error);
     if (U_FAILURE(error))
         return nullptr;
     ucnv_setFallback(system->converter, UsesFallback(code) ? 1 : 0);

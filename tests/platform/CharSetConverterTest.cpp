@@ -401,6 +401,7 @@ TEST(CharSetConverterTest, SystemConvertersBothWays) {
         {874, "\xA1\x80", KESTRA_WIDE("\u0E01\u20AC")},
         {932, "\x83\x5C\x93\xFA\x96\x7B\xB1\\~", KESTRA_WIDE("\u30BD\u65E5\u672C\uFF71\\~")},
         {932, "\x81\x60\x81\x7C\x87\x40", KESTRA_WIDE("\uFF5E\uFF0D\u2460")},  // Microsoft's mappings, not those of JIS X 0208
+        {932, "a\x80\xA0\xFD\xFE\xFFz", KESTRA_WIDE("a\u0080\uF8F0\uF8F1\uF8F2\uF8F3z")},
         {936, "\xD6\xD0\x81\x40\x80", KESTRA_WIDE("\u4E2D\u4E02\u20AC")},
         {949, "\xB0\xA1\x81\x41", KESTRA_WIDE("\uAC00\uAC02")},
         {950, "\xA4\xA4\xF9\xD6", KESTRA_WIDE("\u4E2D\u7881")},
@@ -483,7 +484,7 @@ TEST(CharSetConverterTest, SystemConvertersToWideOnly) {
                      "b")},
         {"a cut double byte", 932, "a\x83", KESTRA_WIDE("a\uFFFD")},
         {"a lead byte takes no ASCII character with it", 932, "\x83\x22", KESTRA_WIDE("\uFFFD\"")},
-        {"single bytes without a character", 932, "a\xFDz", KESTRA_WIDE("a\uFFFDz")},
+        {"a single byte without a character", 1253, "a\xD2z", KESTRA_WIDE("a\uFFFDz")},
         {"an unassigned double byte", 932, "\xEF\x40z", KESTRA_WIDE("\uFFFDz")},
         {"Traditional Chinese EUC", 51950, "\xC4\xE3\xC1z", KESTRA_WIDE("\u4E2D\uFFFDz")},
         {"undefined bytes of an 8-bit set", 28597, "\xAE\xD2\xE1", KESTRA_WIDE("\uFFFD\uFFFD\u03B1")},
