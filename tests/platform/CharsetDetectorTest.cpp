@@ -1,0 +1,442 @@
+#include "platform/CharsetDetector.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "platform/CharSet.h"
+#include "platform/Results.h"
+#include "tests/platform/CharsetSamples.h"
+
+namespace Kestra::Base {
+namespace {
+
+using StringNS::CharSet;
+using Test::CharsetSample;
+using Test::DecodeText;
+using Test::EncodeText;
+using Test::MakeCharsetSamples;
+using Test::PutBehindScript;
+
+namespace Texts = Test::CharsetTexts;
+
+constexpr std::uint32_t CONFIDENT = 50;  ///< what the front end asks for unless the host says otherwise
+
+/// Detects over a heap block of the exact size, so that sanitizers see a read behind it. Code 0 stands for no result.
+DetectedCharset Detect(std::string_view bytes) {
+    const std::unique_ptr<char[]> block(new char[bytes.size()]);
+    bytes.copy(block.get(), bytes.size());
+    DetectedCharset detected{4711, 4711};
+    std::uint32_t count = 4711;
+    EXPECT_EQ(CharsetDetector::Detect(block.get(), bytes.size(), &detected, &count), RESULT_OK);
+    EXPECT_LE(count, 1U);
+    return count == 0 ? DetectedCharset{} : detected;
+}
+
+const std::vector<CharsetSample>& Samples() {
+    static const std::vector<CharsetSample> samples = MakeCharsetSamples();
+    return samples;
+}
+
+std::string Repeat(std::string_view piece, std::size_t times) {
+    std::string text;
+    text.reserve(piece.size() * times);
+    for (; times > 0; --times)
+        text += piece;
+    return text;
+}
+
+/// A code page, and whether the detector is confident of it.
+struct Outcome {
+    CharSet::Code code;
+    bool confident;
+};
+
+struct SampleOutcome {
+    const char* note;
+    Outcome alone;
+    Outcome behindScript;
+};
+
+// What the engines make of each sample, their errors among it. They are confident of nothing that reads the text wrong.
+const SampleOutcome SAMPLE_OUTCOMES[] = {
+    {"Russian letter, windows-1251", {1251, true}, {1251, true}},
+    {"Russian letter, UTF-8", {65001, true}, {65001, true}},
+    {"Russian letter, UTF-8 cut inside a character", {65001, true}, {65001, true}},
+    {"Russian notice, windows-1251", {1251, true}, {1251, true}},
+    {"Russian notice, KOI8-R", {20866, true}, {20866, true}},
+    {"Russian notice, ISO-8859-5", {28595, true}, {28595, true}},
+    {"Russian notice, IBM866", {866, false}, {866, false}},
+    {"Russian notice, UTF-16LE", {1252, false}, {1200, true}},
+    {"Russian sentence, windows-1251", {1251, true}, {1251, true}},
+    {"Russian sentence, KOI8-R", {20866, true}, {20866, true}},
+    {"Ukrainian walk, windows-1251", {1251, true}, {1251, true}},
+    {"Bulgarian recipe, windows-1251", {1251, true}, {1251, true}},
+    {"Japanese story, Shift_JIS", {932, true}, {932, true}},
+    {"Japanese story, EUC-JP", {51932, true}, {51932, true}},
+    {"Japanese story, ISO-2022-JP", {50221, true}, {50221, true}},
+    {"Japanese story, UTF-8", {65001, true}, {65001, true}},
+    {"Japanese story, UTF-8 cut inside a character", {65001, true}, {65001, true}},
+    {"Japanese story, UTF-16LE", {1201, false}, {1200, true}},
+    {"Japanese notice, Shift_JIS", {932, true}, {932, true}},
+    {"Japanese notice, EUC-JP", {51932, true}, {51932, true}},
+    {"Japanese notice, ISO-2022-JP", {50221, true}, {50221, true}},
+    {"Chinese story, GB18030", {54936, true}, {54936, true}},
+    {"Chinese story, UTF-8", {65001, true}, {65001, true}},
+    {"Chinese notice, GB18030", {54936, true}, {54936, true}},
+    {"Taiwanese story, Big5", {950, true}, {950, true}},
+    {"Korean story, EUC-KR", {949, true}, {949, true}},
+    {"Korean story, ISO-2022-KR", {50225, true}, {50225, true}},
+    {"Korean request, EUC-KR", {949, true}, {949, true}},
+    {"Greek story, windows-1253", {28597, true}, {28597, true}},
+    {"Greek story, ISO-8859-7", {28597, true}, {28597, true}},
+    {"Greek notice, windows-1253", {28597, false}, {28597, false}},
+    {"Greek notice, ISO-8859-7", {28597, true}, {28597, true}},
+    {"Hebrew story, windows-1255", {1255, true}, {1255, true}},
+    {"Arabic story, windows-1256", {1256, true}, {1256, true}},
+    {"Turkish story, windows-1254", {1254, true}, {1254, true}},
+    {"Polish story, windows-1250", {28592, false}, {28592, false}},
+    {"Polish story, ISO-8859-2", {28592, true}, {28592, true}},
+    {"Czech story, windows-1250", {1250, true}, {1250, true}},
+    {"Czech story, ISO-8859-2", {28592, true}, {28592, true}},
+    {"Hungarian story, windows-1250", {28592, true}, {28592, true}},
+    {"Romanian letter, windows-1250", {28592, false}, {28592, false}},
+    {"German story, windows-1252", {1252, true}, {1252, true}},
+    {"German sentence, ISO-8859-1", {1252, true}, {1252, true}},
+    {"French story, windows-1252", {1252, true}, {1252, true}},
+    {"French story, UTF-8", {65001, true}, {65001, true}},
+    {"Spanish story, ISO-8859-1", {1252, true}, {1252, true}},
+    {"Portuguese story, ISO-8859-1", {1252, true}, {1252, true}},
+    {"Italian story, ISO-8859-1", {1252, true}, {1252, true}},
+    {"Danish story, ISO-8859-1", {1252, false}, {1252, false}},
+    {"Swedish story, ISO-8859-1", {1252, true}, {1252, true}},
+    {"Finnish story, ISO-8859-1", {1252, true}, {1252, true}},
+    {"Icelandic story, ISO-8859-1", {1252, true}, {1252, true}},
+    {"English story, US-ASCII", {20127, true}, {20127, true}},
+    {"English story, UTF-16LE", {1200, true}, {1200, true}},
+    {"English quotation marks, windows-1252", {1252, false}, {1252, false}},
+    {"English quotation marks, UTF-8", {65001, true}, {65001, true}},
+    {"Thai story, windows-874", {874, false}, {874, false}},
+    {"Thai notice, windows-874", {874, false}, {874, false}},
+    {"Latvian story, windows-1257", {28603, false}, {28603, false}},
+    {"Lithuanian story, windows-1257", {28603, false}, {28603, false}},
+    {"Estonian story, windows-1257", {1252, false}, {1252, false}},
+    {"Vietnamese story, windows-1258", {1258, false}, {1258, false}},
+};
+
+TEST(CharsetDetectorSamplesTest, CoverLanguagesAndSizes) {
+    std::set<std::string> notes;
+    std::set<std::string> languages;
+    std::size_t largest = 0;
+    for (const CharsetSample& sample : Samples()) {
+        EXPECT_TRUE(notes.insert(sample.note).second) << sample.note;
+        languages.insert(sample.language);
+        EXPECT_GE(sample.text.size(), 60U) << sample.note;
+        EXPECT_LE(sample.bytes.size(), 4096U) << sample.note;
+        EXPECT_GE(PutBehindScript(sample).size(), sample.bytes.size() + 12 * 1024) << sample.note;
+        largest = std::max(largest, sample.bytes.size());
+    }
+    EXPECT_GE(notes.size(), 26U);
+    EXPECT_GE(languages.size(), 14U);
+    EXPECT_GE(largest, 3800U);
+}
+
+TEST(CharsetDetectorSamplesTest, HaveTheirOutcomes) {
+    ASSERT_EQ(Samples().size(), std::size(SAMPLE_OUTCOMES));
+    for (std::size_t i = 0; i < Samples().size(); ++i) {
+        const CharsetSample& sample = Samples()[i];
+        const SampleOutcome& row = SAMPLE_OUTCOMES[i];
+        ASSERT_EQ(sample.note, row.note);
+        const DetectedCharset alone = Detect(sample.bytes);
+        EXPECT_EQ(alone.code, row.alone.code) << row.note;
+        EXPECT_EQ(alone.confidence >= CONFIDENT, row.alone.confident) << row.note << ": " << alone.confidence;
+        const DetectedCharset behindScript = Detect(PutBehindScript(sample));
+        EXPECT_EQ(behindScript.code, row.behindScript.code) << row.note << ", behind script";
+        EXPECT_EQ(behindScript.confidence >= CONFIDENT, row.behindScript.confident)
+            << row.note << ", behind script: " << behindScript.confidence;
+    }
+}
+
+/// True when the code page reads the bytes of the sample as they were meant.
+bool ReadsSample(const CharsetSample& sample, CharSet::Code code) {
+    if (code == sample.code)
+        return true;
+    const WideString wideName = CharSet::GetCharSetName(code);
+    std::string name;
+    for (const WideChar character : wideName)
+        name.push_back(static_cast<char>(character));
+    return DecodeText(sample.bytes, name.c_str()) == sample.text;
+}
+
+TEST(CharsetDetectorSamplesTest, NoConfidentAnswerReadsATextWrong) {
+    for (const CharsetSample& sample : Samples()) {
+        for (const std::string& bytes : {sample.bytes, PutBehindScript(sample)}) {
+            const DetectedCharset detected = Detect(bytes);
+            if (detected.confidence >= CONFIDENT) {
+                EXPECT_TRUE(ReadsSample(sample, detected.code)) << sample.note << ": " << detected.code;
+            }
+        }
+    }
+}
+
+std::string FormatScore(const CharsetSample& sample, const std::string& bytes) {
+    const DetectedCharset detected = Detect(bytes);
+    if (detected.code == CharSet::UNKNOWN)
+        return "none";
+    std::string score = std::to_string(detected.code) + " / " + std::to_string(detected.confidence);
+    if (detected.code != sample.code)
+        score += ReadsSample(sample, detected.code) ? " same" : " wrong";
+    return score;
+}
+
+std::string FormatScoreTable() {
+    std::ostringstream table;
+    table << "| Sample | Bytes | Code page | Alone | Behind 12 KB of script |\n| --- | ---: | ---: | --- | --- |\n";
+    for (const CharsetSample& sample : Samples()) {
+        table << "| " << sample.note << " | " << sample.bytes.size() << " | " << sample.code << " | " << FormatScore(sample, sample.bytes)
+              << " | " << FormatScore(sample, PutBehindScript(sample)) << " |\n";
+    }
+    return table.str();
+}
+
+/// Prints the table for docs/charset-detection.md and holds it against the one that stands there.
+TEST(CharsetDetectorScores, PrintTable) {
+    const std::string table = FormatScoreTable();
+    std::cout << table;
+
+    std::ifstream file(KESTRA_SOURCE_DIR "/docs/charset-detection.md", std::ios::binary);
+    ASSERT_TRUE(file.is_open());
+    const std::string document{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::size_t start = document.find("| Sample | Bytes |");
+    ASSERT_NE(start, std::string::npos);
+    std::size_t end = document.find("\n\n", start);
+    end = end == std::string::npos ? document.size() : end + 1;
+    EXPECT_EQ(document.substr(start, end - start), table) << "the printed table belongs into docs/charset-detection.md";
+}
+
+TEST(CharsetDetectorTest, NothingIsNoResult) {
+    DetectedCharset detected;
+    std::uint32_t count = 4711;
+    EXPECT_EQ(CharsetDetector::Detect(nullptr, 0, &detected, &count), RESULT_OK);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(CharsetDetector::Detect("", 0, &detected, &count), RESULT_OK);
+    EXPECT_EQ(count, 0U);
+}
+
+TEST(CharsetDetectorTest, NullPointersAreTurnedDown) {
+    DetectedCharset detected;
+    std::uint32_t count = 0;
+    EXPECT_EQ(CharsetDetector::Detect(nullptr, 1, &detected, &count), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(CharsetDetector::Detect("a", 1, nullptr, &count), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(CharsetDetector::Detect("a", 1, &detected, nullptr), RESULT_INVALID_ARGUMENT);
+}
+
+struct Certain {
+    const char* note;
+    std::string_view bytes;
+    CharSet::Code code;
+};
+
+using namespace std::string_view_literals;
+
+const Certain CERTAIN_ANSWERS[] = {
+    {"one ASCII character", "a"sv, 20127},
+    {"white space", " \r\n\t "sv, 20127},
+    {"control characters", "\x01\x7F"sv, 20127},
+    {"markup alone", "<p>"sv, 20127},
+    {"U+0080", "\xC2\x80"sv, 65001},
+    {"U+07FF", "\xDF\xBF"sv, 65001},
+    {"U+0800", "\xE0\xA0\x80"sv, 65001},
+    {"U+D7FF, the last in front of the surrogates", "\xED\x9F\xBF"sv, 65001},
+    {"U+E000, the first behind the surrogates", "\xEE\x80\x80"sv, 65001},
+    {"U+FFFF", "\xEF\xBF\xBF"sv, 65001},
+    {"U+10000", "\xF0\x90\x80\x80"sv, 65001},
+    {"U+10FFFF", "\xF4\x8F\xBF\xBF"sv, 65001},
+    {"UTF-8 with a mark", "\xEF\xBB\xBF"sv, 65001},
+    {"UTF-8 in the markup alone", "<p title=\"\xC3\xA9\">"sv, 65001},
+    {"the end cuts the second of two bytes", "\xC3\xA9t\xC3"sv, 65001},
+    {"the end cuts the second of three bytes", "\xC3\xA9t\xE0"sv, 65001},
+    {"the end cuts the third of three bytes", "\xC3\xA9t\xE2\x82"sv, 65001},
+    {"the end cuts the fourth of four bytes", "\xC3\xA9t\xF0\x9F\x98"sv, 65001},
+    {"the end cuts the only sequence", "caf\xC3"sv, 65001},
+    {"UTF-16LE with a mark", "\xFF\xFE\x3F\x04\x40\x04\x38\x04"sv, 1200},
+    {"UTF-16LE markup without a mark", "<\0h\0t\0m\0l\0>\0<\0b\0o\0d\0y\0>\0"sv, 1200},
+};
+
+TEST(CharsetDetectorTest, SomeBytesLeaveNoDoubt) {
+    for (const Certain& row : CERTAIN_ANSWERS) {
+        const DetectedCharset detected = Detect(row.bytes);
+        EXPECT_EQ(detected.code, row.code) << row.note;
+        EXPECT_EQ(detected.confidence, 100U) << row.note;
+    }
+}
+
+const Certain NOT_CERTAIN[] = {
+    // note, bytes, what is not certain
+    {"an escape character", "a\x1B"sv, 20127},
+    {"a NUL", "a\0b"sv, 20127},
+    {"a lone trail byte", "a\x80"sv, 65001},
+    {"a lead byte without its trail byte", "a\xC3(b"sv, 65001},
+    {"a lead byte behind a lead byte", "a\xC3\xC3\xA9"sv, 65001},
+    {"an overlong form of two bytes, first", "a\xC0\x80"sv, 65001},
+    {"an overlong form of two bytes, last", "a\xC1\xBF"sv, 65001},
+    {"an overlong form of three bytes", "a\xE0\x9F\xBF"sv, 65001},
+    {"an overlong form of four bytes", "a\xF0\x8F\xBF\xBF"sv, 65001},
+    {"a surrogate", "a\xED\xA0\x80"sv, 65001},
+    {"above U+10FFFF", "a\xF4\x90\x80\x80"sv, 65001},
+    {"a lead byte of five", "a\xF8\x88\x80\x80\x80"sv, 65001},
+    {"a lead byte above all", "a\xF5\x80\x80\x80"sv, 65001},
+    {"a bad byte in a cut sequence", "a\xE2("sv, 65001},
+};
+
+TEST(CharsetDetectorTest, SomeBytesLeaveDoubt) {
+    for (const Certain& row : NOT_CERTAIN) {
+        const DetectedCharset detected = Detect(row.bytes);
+        EXPECT_TRUE(detected.code != row.code || detected.confidence < 100) << row.note;
+    }
+}
+
+TEST(CharsetDetectorTest, MarksNameTheOrderOfBytes) {
+    const std::u16string text = u"\uFEFFA mark stands in front of this text. \u041F\u0440\u0438\u0432\u0435\u0442!";
+    const struct {
+        const char* converter;
+        CharSet::Code code;
+    } rows[] = {{"UTF-16LE", 1200}, {"UTF-16BE", 1201}, {"UTF-32LE", 12000}, {"UTF-32BE", 12001}, {"UTF-8", 65001}};
+    for (const auto& row : rows) {
+        const DetectedCharset detected = Detect(EncodeText(text, row.converter));
+        EXPECT_EQ(detected.code, row.code) << row.converter;
+        EXPECT_GE(detected.confidence, 90U) << row.converter;
+    }
+}
+
+TEST(CharsetDetectorTest, WithoutTextThereIsNoResult) {
+    EXPECT_EQ(Detect("<p title=\"\xCF\xF0\xE8\xE2\xE5\xF2\">").code, CharSet::UNKNOWN);
+    EXPECT_EQ(Detect("<p title=\"\xCF\xF0\xE8\xE2\xE5\xF2\"> \n </p>").code, CharSet::UNKNOWN);
+    EXPECT_EQ(Detect("<!-- \xCF\xF0\xE8\xE2\xE5\xF2").code, CharSet::UNKNOWN);
+    EXPECT_EQ(Detect("<script>alert('\xCF\xF0\xE8\xE2\xE5\xF2')").code, CharSet::UNKNOWN);
+}
+
+/// The bytes that matter went with the markup: what is left is English for one engine and ASCII for the other.
+TEST(CharsetDetectorTest, SevenBitTextSaysNothingAboutItsMarkup) {
+    const std::string text = EncodeText(Texts::ENGLISH, "US-ASCII");
+    const DetectedCharset detected = Detect("<p title=\"\xCF\xF0\xE8\xE2\xE5\xF2\">" + text);
+    EXPECT_NE(detected.code, CharSet::US_ASCII);
+    EXPECT_LE(detected.confidence, 40U);
+}
+
+TEST(CharsetDetectorTest, ANulSpeaksAgainstEightBitText) {
+    for (const CharsetSample& sample : Samples()) {
+        if (sample.code != 1251)
+            continue;
+        EXPECT_GE(Detect(sample.bytes).confidence, 90U) << sample.note;
+        EXPECT_LE(Detect(sample.bytes + '\0').confidence, 20U) << sample.note;
+    }
+}
+
+/// One lone byte matches no charset of ICU's.
+TEST(CharsetDetectorTest, NoMatchIsNoFailure) {
+    EXPECT_LT(Detect("a\x80").confidence, CONFIDENT);
+    EXPECT_LT(Detect("\xE9 ").confidence, CONFIDENT);
+}
+
+TEST(CharsetDetectorTest, OneDamagedCharacterKeepsUtf8) {
+    for (const std::u16string_view text : {std::u16string_view(Texts::RUSSIAN), std::u16string_view(Texts::JAPANESE),
+                                           std::u16string_view(Texts::HEBREW), std::u16string_view(Texts::FRENCH_LONG)}) {
+        std::string bytes = EncodeText(text, "UTF-8");
+        bytes.insert(bytes.size() / 2, "\xE9 ");
+        const DetectedCharset detected = Detect(bytes);
+        EXPECT_EQ(detected.code, CharSet::UTF8) << bytes;
+        EXPECT_GE(detected.confidence, 40U) << bytes;
+        EXPECT_LT(detected.confidence, 100U) << bytes;
+    }
+}
+
+/// What lies between the confidence of an agreement and that of a disagreement: one engine keeps silent. A few bytes are no evidence.
+TEST(CharsetDetectorTest, ASingleAnswerNeedsEvidence) {
+    const std::string thai = EncodeText(Texts::THAI, "windows-874");  // ICU knows no Thai
+    const struct {
+        std::size_t size;
+        std::uint32_t confidence;
+    } rows[] = {{13, 39}, {16, 48}, {19, 57}, {22, 60}, {37, 60}};
+    for (const auto& row : rows) {
+        const DetectedCharset detected = Detect(thai.substr(0, row.size));
+        EXPECT_EQ(detected.code, 874U) << row.size << " bytes";
+        EXPECT_EQ(detected.confidence, row.confidence) << row.size << " bytes";
+    }
+
+    const DetectedCharset greek = Detect(EncodeText(Texts::GREEK, "UTF-16LE"));  // uchardet asks for a mark
+    EXPECT_EQ(greek.code, CharSet::UTF16_LE);
+    EXPECT_GT(greek.confidence, 20U);
+    EXPECT_LE(greek.confidence, 60U);
+}
+
+TEST(CharsetDetectorTest, TinyBuffersAreOrdinary) {
+    for (int first = 0; first < 256; ++first) {
+        const std::string one(1, static_cast<char>(first));
+        EXPECT_LE(Detect(one).confidence, 100U);
+        EXPECT_LE(Detect(one + one).confidence, 100U);
+        EXPECT_LE(Detect(one + "\xE9").confidence, 100U);
+    }
+}
+
+/// A second pass over the rest for each construct would take hours here.
+TEST(CharsetDetectorTest, TakesLinearTime) {
+    constexpr std::size_t MANY = 1000000;
+    EXPECT_EQ(Detect(Repeat("<", MANY) + "<!--\xE9 ").code, Detect(Repeat("<", 8000) + "<!--\xE9 ").code);
+    EXPECT_EQ(Detect(Repeat("<!--", MANY) + "\xE9 ").code, CharSet::UNKNOWN);
+    EXPECT_EQ(Detect(Repeat("<script>", MANY) + "\xE9 ").code, CharSet::UNKNOWN);
+    EXPECT_EQ(Detect(Repeat("<a b=\"'", MANY) + "\xE9 ").code, CharSet::UNKNOWN);
+    EXPECT_EQ(Detect(Repeat("\xC3\xA9", MANY) + "\xE2\x82").code, CharSet::UTF8);
+    EXPECT_EQ(Detect(Repeat("<\0"sv, MANY)).code, CharSet::UTF16_LE);
+    const std::string russian = EncodeText(Texts::RUSSIAN, "windows-1251");
+    EXPECT_EQ(Detect(Repeat(russian, 8 * MANY / russian.size())).code, 1251U);
+}
+
+TEST(CharsetDetectorTest, AnyBytesGiveAnAnswerWithinBounds) {
+    std::mt19937 random(20);
+    for (int round = 0; round < 3000; ++round) {
+        std::string bytes(random() % 600, '\0');
+        const auto mask = round % 3 == 0 ? 0xFFU : round % 3 == 1 ? 0x7FU : 0x9FU;
+        for (char& byte : bytes)
+            byte = static_cast<char>(random() & mask);
+        const DetectedCharset detected = Detect(bytes);
+        EXPECT_LE(detected.confidence, 100U);
+        if (detected.code != CharSet::UNKNOWN) {
+            EXPECT_FALSE(CharSet::GetCharSetName(detected.code).empty()) << detected.code;
+        }
+    }
+}
+
+TEST(CharsetDetectorTest, ThreadsDoNotDisturbEachOther) {
+    std::vector<CharSet::Code> expected;
+    for (const CharsetSample& sample : Samples())
+        expected.push_back(Detect(sample.bytes).code);
+    std::atomic<int> differences = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&expected, &differences] {
+            for (std::size_t sample = 0; sample < expected.size(); ++sample)
+                differences += Detect(Samples()[sample].bytes).code == expected[sample] ? 0 : 1;
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(differences, 0);
+}
+
+}  // namespace
+}  // namespace Kestra::Base
