@@ -5,8 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
-#include <utility>
 
 /// @file
 /// The order of virtual operations and of fields, as hosts that were compiled before rely on it.
@@ -59,22 +57,26 @@ private:
     std::size_t end;
 };
 
+/// Expects that an object of the polymorphic class `Member` begins at the next aligned offset behind `*end`: it must start with the
+/// pointer to the table of its class.
+template <typename Member, typename Composite>
+void ExpectMember(const Composite& composite, std::size_t* end) {
+    const Member sample{};
+    const std::size_t begin = (*end + alignof(Member) - 1) / alignof(Member) * alignof(Member);
+    *end = begin + sizeof(Member);
+    ASSERT_LE(*end, sizeof(Composite));
+    EXPECT_EQ(std::memcmp(reinterpret_cast<const char*>(&composite) + begin, reinterpret_cast<const char*>(&sample), sizeof(void*)), 0)
+        << "another class at offset " << begin;
+}
+
 /// Expects the private members of a composite object to be objects of the polymorphic classes `Members`, in this order and with nothing
-/// between or behind them: each must start with the pointer to the table of its class.
+/// between or behind them.
 template <typename Composite, typename... Members>
 void ExpectMembers() {
     const Composite composite{};
     std::size_t end = sizeof(void*);
-    const auto next = [&]<typename Member>(const Member& sample) {
-        end = (end + alignof(Member) - 1) / alignof(Member) * alignof(Member);
-        ASSERT_LE(end + sizeof(Member), sizeof(Composite));
-        EXPECT_EQ(std::memcmp(reinterpret_cast<const char*>(&composite) + end, reinterpret_cast<const char*>(&sample), sizeof(void*)), 0)
-            << "another class at offset " << end;
-        end += sizeof(Member);
-    };
-    (next(Members{}), ...);
-    end = (end + alignof(Composite) - 1) / alignof(Composite) * alignof(Composite);
-    EXPECT_EQ(end, sizeof(Composite));
+    (ExpectMember<Members>(composite, &end), ...);
+    EXPECT_EQ(sizeof(Composite), (end + alignof(Composite) - 1) / alignof(Composite) * alignof(Composite));
 }
 
 }  // namespace Kestra::Test
