@@ -55,7 +55,7 @@ check-headers:
 tidy:
 	@setup/install build tidy
 	cmake --preset dev
-	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS)
+	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS) '\.cpp$$'
 
 clean:
 	rm -rf build
