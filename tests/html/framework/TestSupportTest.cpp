@@ -1,0 +1,191 @@
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "html/text/WhiteSpaceSimpleParser.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/Layout.h"
+#include "tests/support/RecognizerCheck.h"
+#include "tests/support/RecognizerRun.h"
+#include "tests/support/Splits.h"
+
+/// @file
+/// The means of the tests are tested here: a check that cannot fail would hide every defect.
+
+namespace Kestra::Test {
+namespace {
+
+std::vector<Cuts> SplitsOf(std::size_t length) {
+    std::vector<Cuts> splits;
+    ForEverySplit(length, [&](const Cuts& cuts) { splits.push_back(cuts); });
+    return splits;
+}
+
+TEST(TestSupportTest, EverySplitIsTried) {
+    EXPECT_EQ(SplitsOf(0), std::vector<Cuts>({{}}));
+    EXPECT_EQ(SplitsOf(1), std::vector<Cuts>({{}}));
+    EXPECT_EQ(SplitsOf(2), std::vector<Cuts>({{}, {1}}));
+    EXPECT_EQ(SplitsOf(3), std::vector<Cuts>({{}, {1}, {2}, {1, 2}}));
+    EXPECT_EQ(SplitsOf(4), std::vector<Cuts>({{}, {1}, {2}, {3}, {1, 2}, {1, 3}, {2, 3}, {1, 2, 3}}));
+    EXPECT_EQ(SplitsOf(64).size(), 1U + 63U + 63U * 62U / 2 + 1U);
+    const std::vector<Cuts> longSplits = SplitsOf(65);
+    EXPECT_EQ(longSplits.size(), 1U + 64U + 1U);
+    EXPECT_EQ(longSplits.back().size(), 64U);
+}
+
+TEST(TestSupportTest, PiecesCoverTheInput) {
+    using Pieces = std::vector<std::pair<std::size_t, std::size_t>>;
+    EXPECT_EQ(PiecesOf({}, 0), Pieces({{0, 0}}));
+    EXPECT_EQ(PiecesOf({}, 3), Pieces({{0, 3}}));
+    EXPECT_EQ(PiecesOf({1, 2}, 3), Pieces({{0, 1}, {1, 2}, {2, 3}}));
+    EXPECT_EQ(PiecesOf({2, 2}, 3), Pieces({{0, 2}, {2, 2}, {2, 3}}));
+    EXPECT_EQ(CutsEvery(2, 5), Cuts({2, 4}));
+    EXPECT_EQ(CutsEvery(2, 4), Cuts({2}));
+    EXPECT_EQ(Scaled({1, 3}, 2), Cuts({2, 6}));
+}
+
+TEST(TestSupportTest, StringsOfFlavours) {
+    EXPECT_EQ(To<std::string>("a\xE9"), "a\xE9");
+    EXPECT_EQ(To<WideString>("a\xE9"), (WideString{'a', 0x00E9}));
+    EXPECT_EQ(ToUtf16LE(WideString{0x0061, 0x3042}), std::string("a\0\x42\x30", 4));
+    EXPECT_EQ(ToUtf16LE("a\xE9"), std::string("a\0\xE9\0", 4));
+}
+
+TEST(TestSupportTest, PlacesAreCounted) {
+    EXPECT_EQ(PlaceAfter(std::string_view("a\n\r\nbc"), 0), (Place{1, 1}));
+    EXPECT_EQ(PlaceAfter(std::string_view("a\n\r\nbc"), 1), (Place{1, 2}));
+    EXPECT_EQ(PlaceAfter(std::string_view("a\n\r\nbc"), 2), (Place{2, 1}));
+    EXPECT_EQ(PlaceAfter(std::string_view("a\n\r\nbc"), 3), (Place{2, 2}));
+    EXPECT_EQ(PlaceAfter(std::string_view("a\n\r\nbc"), 6), (Place{3, 3}));
+}
+
+TEST(TestSupportTest, ExpectedLinesWithAndWithoutARecord) {
+    EXPECT_TRUE(HasRecord("19 text(a)"));
+    EXPECT_TRUE(HasRecord("19 text() rest(b)"));
+    EXPECT_TRUE(HasRecord("end 16 {|}"));
+    EXPECT_FALSE(HasRecord("11 rest(x)"));
+    EXPECT_FALSE(HasRecord("11 rest({x)"));
+    EXPECT_FALSE(HasRecord("end 16"));
+    EXPECT_EQ(ToWideEscapes("a\\x1B\\xE9\\x80\\\\x9"), "a\\x1B\\u00E9\\u0080\\\\x9");
+}
+
+/// State of a recognizer that ends in front of "." and has one fault.
+struct FaultyData : HTML::SimpleParserData<char, std::string> {
+    std::string text;
+    std::uint32_t answers = 0;
+};
+
+enum class Fault { NONE, FORGETS_ITS_TEXT, DOES_NOT_COUNT, READS_BEHIND_A_STOP, STANDS_STILL, FORGETS_TO_BEGIN, REFUSES_EMPTY_PIECES };
+
+template <typename C, typename S>
+class FaultySimpleParser {
+public:
+    using Data = FaultyData;
+
+    std::uint32_t BeginParse(Data* data) {
+        if (fault != Fault::FORGETS_TO_BEGIN)
+            data->text.clear();
+        return HTML::SP_NEED_MORE_DATA;
+    }
+
+    std::uint32_t Parse(HTML::SimpleParserContext<C, S>* context, Data* data) {
+        if (fault == Fault::STANDS_STILL)
+            return HTML::SP_NEED_MORE_DATA;
+        if (fault == Fault::REFUSES_EMPTY_PIECES && context->length == 0)
+            return HTML::SP_MALFORMED;
+        if (fault == Fault::FORGETS_ITS_TEXT)
+            data->text.clear();
+        while (context->position < context->length) {
+            const C character = context->buffer[context->position];
+            if (character == '.' && fault == Fault::READS_BEHIND_A_STOP)
+                context->MovePointer(1);
+            if (character == '.')
+                return HTML::SP_TOKEN_COMPLETE;
+            data->text.push_back(character);
+            if (fault == Fault::DOES_NOT_COUNT)
+                ++context->position;
+            else
+                context->MovePointer(1);
+        }
+        return HTML::SP_NEED_MORE_DATA;
+    }
+
+    std::uint32_t EndParse(Data*) {
+        return HTML::SP_TOKEN_COMPLETE;
+    }
+
+    static inline Fault fault = Fault::NONE;
+};
+
+std::string Dump(const FaultyData& data) {
+    return "text(" + data.text + ")";
+}
+
+using Faulty = FaultySimpleParser<char, std::string>;
+
+void CheckFaulty() {
+    CheckRecognizer<Faulty>("ab\nc.d", "19 text(ab\nc) rest(.d)");
+}
+
+TEST(TestSupportTest, ARecognizerWithoutFaultsPasses) {
+    Faulty::fault = Fault::NONE;
+    CheckFaulty();
+}
+
+/// Failures that the check of the faulty recognizer reports.
+int CountFaults(Fault fault) {
+    testing::TestPartResultArray failures;
+    {
+        testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
+                                                           &failures);
+        Faulty::fault = fault;
+        CheckFaulty();
+        Faulty::fault = Fault::NONE;
+    }
+    return failures.size();
+}
+
+TEST(TestSupportTest, EachFaultIsFound) {
+    EXPECT_EQ(CountFaults(Fault::NONE), 0);
+    EXPECT_GT(CountFaults(Fault::FORGETS_ITS_TEXT), 0);
+    EXPECT_GT(CountFaults(Fault::DOES_NOT_COUNT), 0);
+    EXPECT_GT(CountFaults(Fault::READS_BEHIND_A_STOP), 0);
+    EXPECT_GT(CountFaults(Fault::STANDS_STILL), 0);
+    EXPECT_GT(CountFaults(Fault::FORGETS_TO_BEGIN), 0);
+    EXPECT_GT(CountFaults(Fault::REFUSES_EMPTY_PIECES), 0);
+}
+
+struct Fields {
+    std::uint32_t first = 0;
+    bool second = false;
+    std::uint64_t third = 0;
+};
+
+TEST(TestSupportTest, FieldsOutOfOrderAreFound) {
+    const Fields fields;
+    FieldWalk<Fields>(fields, 0).Next("first", &Fields::first).Next("second", &Fields::second).Next("third", &Fields::third).Last();
+    testing::TestPartResultArray failures;
+    {
+        testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
+                                                           &failures);
+        FieldWalk<Fields>(fields, 0).Next("second", &Fields::second);
+        FieldWalk<Fields>(fields, 0).Next("first", &Fields::first).Next("second", &Fields::second).Last();
+    }
+    EXPECT_EQ(failures.size(), 2);
+}
+
+struct Slots {
+    virtual void First() {}
+    virtual void Second() {}
+};
+
+TEST(TestSupportTest, SlotsAreCounted) {
+    EXPECT_EQ(SlotOf(&Slots::First), 0U);
+    EXPECT_EQ(SlotOf(&Slots::Second), 1U);
+}
+
+}  // namespace
+}  // namespace Kestra::Test
