@@ -18,8 +18,3 @@
 #else
 #define KESTRA_HTML_API __attribute__((visibility("default")))
 #endif
-
-/// Names the two flavours in which every template of the library exists. Ends the source file of each template.
-#define KESTRA_HTML_INSTANTIATE(Template)          \
-    template class Template<char, std::string>;    \
-    template class Template<::Kestra::WideChar, ::Kestra::WideString>

@@ -15,8 +15,8 @@ struct Services {
     std::uint32_t (*adjustBuffer)(DefaultBufferAllocPolicy* buffer, std::uint64_t size);
     std::uint32_t (*toWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
                             WideString* output);
-    std::uint32_t (*fromWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
-                              std::uint64_t size, std::string* output);
+    std::uint32_t (*fromWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data, std::uint64_t size,
+                              std::string* output);
 };
 
 /// The real services.

@@ -1,5 +1,7 @@
 #include "html/framework/ParserObserver.h"
 
+#include "html/framework/Instantiate.h"
+
 namespace Kestra::HTML {
 
 template <typename C, typename S>
@@ -12,92 +14,70 @@ template <typename C, typename S>
 ParserObserver<C, S>& ParserObserver<C, S>::operator=(const ParserObserver&) = default;
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnStartParsing() {
-}
+void ParserObserver<C, S>::OnStartParsing() {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnEndParsing() {
-}
+void ParserObserver<C, S>::OnEndParsing() {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnBOM(const void*, std::uint64_t) {
-}
+void ParserObserver<C, S>::OnBOM(const void*, std::uint64_t) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCharset(StringNS::CharSet::Code) {
-}
+void ParserObserver<C, S>::OnCharset(StringNS::CharSet::Code) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnText(TextData<C, S>*) {
-}
+void ParserObserver<C, S>::OnText(TextData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCComment(CCommentData<C, S>*) {
-}
+void ParserObserver<C, S>::OnCComment(CCommentData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCPPComment(CPPCommentData<C, S>*) {
-}
+void ParserObserver<C, S>::OnCPPComment(CPPCommentData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnSQuoteString(SQuoteStringData<C, S>*) {
-}
+void ParserObserver<C, S>::OnSQuoteString(SQuoteStringData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnDQuoteString(DQuoteStringData<C, S>*) {
-}
+void ParserObserver<C, S>::OnDQuoteString(DQuoteStringData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnStartTag(StartTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnStartTag(StartTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnShortTag(ShortTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnShortTag(ShortTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnEndTag(EndTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnEndTag(EndTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCDATATag(CDATATagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnCDATATag(CDATATagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnConditionalTag(ConditionalTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnConditionalTag(ConditionalTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCommentTag(CommentTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnCommentTag(CommentTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnEntityTag(EntityTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnEntityTag(EntityTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnExternTag(ExternTagData<C, S>*) {
-}
+void ParserObserver<C, S>::OnExternTag(ExternTagData<C, S>*) {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnJSTagStart() {
-}
+void ParserObserver<C, S>::OnJSTagStart() {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnJSTagEnd() {
-}
+void ParserObserver<C, S>::OnJSTagEnd() {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCSSTagStart() {
-}
+void ParserObserver<C, S>::OnCSSTagStart() {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnCSSTagEnd() {
-}
+void ParserObserver<C, S>::OnCSSTagEnd() {}
 
 template <typename C, typename S>
-void ParserObserver<C, S>::OnJunkData(JunkData<C, S>*) {
-}
+void ParserObserver<C, S>::OnJunkData(JunkData<C, S>*) {}
 
 KESTRA_HTML_INSTANTIATE(ParserObserver);
 

@@ -17,17 +17,17 @@ enum RecognizerResult : std::uint32_t {
 /// What a parse answers, beside the codes of a recognizer that failed and the codes of the stream (`platform/Results.h`).
 enum ParserResult : std::uint32_t {
     PARSER_OK = 0,
-    PARSER_INVALID_ARGUMENT = 2,           ///< a null pointer with a size, an odd number of bytes of UTF-16, a call out of a callback
-    PARSER_RECOVERY_IMPOSSIBLE = 5,        ///< the bytes of a failed construct cannot be read again; never leaves the driver
-    PARSER_UNKNOWN_RECOGNIZER = 11,        ///< a hand-over to a recognizer that does not exist; also: the charset detector has no usable answer
-    PARSER_UNTERMINATED = 16,              ///< the input ended inside a construct, and its bytes cannot be read again
-    PARSER_SHORT_READ = 507,               ///< the stream gave fewer bytes than it had given before, or none again and again
-    PARSER_SELF_CHECK_FAILED = 704,        ///< the tokens written back differ from the input
-    PARSER_PARSE_AGAIN = 705,              ///< the charset has changed: start again with `GetCharset`
-    PARSER_CHARSET_NOT_DETECTED = 706,     ///< the charset of a whole stream could not be detected
-    PARSER_TOO_LITTLE_DATA = 707,          ///< fewer bytes than the detector needs
-    PARSER_DETECTOR_NOT_CONFIDENT = 708,   ///< the detector has no answer, or not confidently enough
-    PARSER_DETECTOR_FAILED = 709,          ///< the call of the detector failed
+    PARSER_INVALID_ARGUMENT = 2,     ///< a null pointer with a size, an odd number of bytes of UTF-16, a call out of a callback
+    PARSER_RECOVERY_IMPOSSIBLE = 5,  ///< the bytes of a failed construct cannot be read again; never leaves the driver
+    PARSER_UNKNOWN_RECOGNIZER = 11,  ///< a hand-over to a recognizer that does not exist; also: the charset detector has no usable answer
+    PARSER_UNTERMINATED = 16,        ///< the input ended inside a construct, and its bytes cannot be read again
+    PARSER_SHORT_READ = 507,         ///< the stream gave fewer bytes than it had given before, or none again and again
+    PARSER_SELF_CHECK_FAILED = 704,  ///< the tokens written back differ from the input
+    PARSER_PARSE_AGAIN = 705,        ///< the charset has changed: start again with `GetCharset`
+    PARSER_CHARSET_NOT_DETECTED = 706,    ///< the charset of a whole stream could not be detected
+    PARSER_TOO_LITTLE_DATA = 707,         ///< fewer bytes than the detector needs
+    PARSER_DETECTOR_NOT_CONFIDENT = 708,  ///< the detector has no answer, or not confidently enough
+    PARSER_DETECTOR_FAILED = 709,         ///< the call of the detector failed
 };
 
 }  // namespace Kestra::HTML

@@ -94,7 +94,7 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes s
     const C* const begin = context.buffer + context.position;
     const C* const end = context.buffer + context.length;
     const C* lineBegin = nullptr;
-    const Classes interesting = stops | LINE_FEED;
+    const Classes interesting = static_cast<Classes>(stops | LINE_FEED);
     const C* next = begin;
     for (; next != end; ++next) {
         const Classes found = ClassesOf(*next) & interesting;

@@ -1,5 +1,7 @@
 #include "html/framework/SimpleParser.h"
 
+#include "html/framework/Instantiate.h"
+
 namespace Kestra::HTML {
 
 template <typename C, typename S>

@@ -46,10 +46,3 @@ public:
 };
 
 }  // namespace Kestra::HTML
-
-/// Instantiates a recognizer with its record and base in both flavours. Ends the source file of each recognizer.
-#define KESTRA_HTML_INSTANTIATE_RECOGNIZER(Kind)                                                                      \
-    KESTRA_HTML_INSTANTIATE(Kind##SimpleParserData);                                                                  \
-    template class SimpleParser<char, std::string, Kind##SimpleParserData<char, std::string>>;                        \
-    template class SimpleParser<WideChar, WideString, Kind##SimpleParserData<WideChar, WideString>>;                  \
-    KESTRA_HTML_INSTANTIATE(Kind##SimpleParser)

@@ -1,5 +1,6 @@
 #include "html/framework/SimpleParserContext.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 
 namespace Kestra::HTML {
@@ -19,6 +20,6 @@ void SimpleParserContext<C, S>::MovePointer(std::uint64_t n) {
         Scan::Advance(*this);
 }
 
-KESTRA_HTML_INSTANTIATE(SimpleParserContext);
+KESTRA_HTML_INSTANTIATE_STRUCT(SimpleParserContext);
 
 }  // namespace Kestra::HTML

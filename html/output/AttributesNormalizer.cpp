@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "html/framework/Instantiate.h"
+
 namespace Kestra::HTML {
 
 namespace {

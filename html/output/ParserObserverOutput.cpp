@@ -1,5 +1,7 @@
 #include "html/output/ParserObserverOutput.h"
 
+#include "html/framework/Instantiate.h"
+
 namespace Kestra::HTML {
 
 namespace {
@@ -8,8 +10,7 @@ namespace {
 template <typename C, typename S>
 class Pieces {
 public:
-    explicit Pieces(ParserObserverOutputHandler* sink) : handler(sink) {
-    }
+    explicit Pieces(ParserObserverOutputHandler* sink) : handler(sink) {}
 
     /// Fixed characters, one piece each.
     void Punctuation(const char* characters) {
@@ -30,19 +31,19 @@ public:
 
     void Quoted(const S& value, std::uint32_t quote) {
         switch (quote) {
-        case QUOTE_NONE:
-            String(&value);
-            break;
-        case QUOTE_SINGLE:
-            Punctuation("'");
-            String(&value);
-            Punctuation("'");
-            break;
-        case QUOTE_DOUBLE:
-            Punctuation("\"");
-            String(&value);
-            Punctuation("\"");
-            break;
+            case QUOTE_NONE:
+                String(&value);
+                break;
+            case QUOTE_SINGLE:
+                Punctuation("'");
+                String(&value);
+                Punctuation("'");
+                break;
+            case QUOTE_DOUBLE:
+                Punctuation("\"");
+                String(&value);
+                Punctuation("\"");
+                break;
         }
     }
 
@@ -77,8 +78,7 @@ private:
 
 template <typename C, typename S>
 ParserObserverOutput<C, S>::MyParserObserverOutputHandler::MyParserObserverOutputHandler(ParserObserverOutput* owningOutput)
-    : owner(owningOutput) {
-}
+    : owner(owningOutput) {}
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::MyParserObserverOutputHandler::Bind(ParserObserverOutput* newOwner) {
@@ -92,12 +92,10 @@ void ParserObserverOutput<C, S>::MyParserObserverOutputHandler::Write(const void
 }
 
 template <typename C, typename S>
-ParserObserverOutput<C, S>::ParserObserverOutput() : handler(this) {
-}
+ParserObserverOutput<C, S>::ParserObserverOutput() : handler(this) {}
 
 template <typename C, typename S>
-ParserObserverOutput<C, S>::ParserObserverOutput(const ParserObserverOutput& other) : ParserObserver<C, S>(other), handler(this) {
-}
+ParserObserverOutput<C, S>::ParserObserverOutput(const ParserObserverOutput& other) : ParserObserver<C, S>(other), handler(this) {}
 
 template <typename C, typename S>
 ParserObserverOutput<C, S>& ParserObserverOutput<C, S>::operator=(const ParserObserverOutput& other) {
@@ -260,8 +258,7 @@ void ParserObserverOutput<C, S>::OnStartParsing() {
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::OnEndParsing() {
-}
+void ParserObserverOutput<C, S>::OnEndParsing() {}
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
@@ -269,8 +266,7 @@ void ParserObserverOutput<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::OnCharset(StringNS::CharSet::Code) {
-}
+void ParserObserverOutput<C, S>::OnCharset(StringNS::CharSet::Code) {}
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::OnText(TextData<C, S>* data) {
@@ -338,20 +334,16 @@ void ParserObserverOutput<C, S>::OnExternTag(ExternTagData<C, S>* data) {
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::OnJSTagStart() {
-}
+void ParserObserverOutput<C, S>::OnJSTagStart() {}
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::OnJSTagEnd() {
-}
+void ParserObserverOutput<C, S>::OnJSTagEnd() {}
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::OnCSSTagStart() {
-}
+void ParserObserverOutput<C, S>::OnCSSTagStart() {}
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::OnCSSTagEnd() {
-}
+void ParserObserverOutput<C, S>::OnCSSTagEnd() {}
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::OnJunkData(JunkData<C, S>* data) {

@@ -65,7 +65,8 @@ public:
     virtual void OnOutput(const void* data, std::uint64_t byteCount, bool isMarkup) = 0;
 
 private:
-    /// Forwards to its owner, or writes nothing without one.
+    /// Forwards to its owner, or writes nothing without one. Exported by itself: not every compiler exports a nested class with its
+    /// template.
     class KESTRA_HTML_API MyParserObserverOutputHandler final : public ParserObserverOutputHandler {
     public:
         explicit MyParserObserverOutputHandler(ParserObserverOutput* owningOutput);

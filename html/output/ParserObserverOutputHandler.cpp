@@ -10,7 +10,6 @@ ParserObserverOutputHandler& ParserObserverOutputHandler::operator=(const Parser
 
 ParserObserverOutputHandler::~ParserObserverOutputHandler() = default;
 
-void ParserObserverOutputHandler::Write(const void*, std::uint64_t, bool) {
-}
+void ParserObserverOutputHandler::Write(const void*, std::uint64_t, bool) {}
 
 }  // namespace Kestra::HTML

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "html/framework/Instantiate.h"
+
 namespace Kestra::HTML {
 
 template <typename C, typename S, typename Stream>

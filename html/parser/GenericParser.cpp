@@ -1,7 +1,9 @@
 #include "html/parser/GenericParser.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "platform/BufferAllocPolicy.h"
 #include "platform/CharsetDetector.h"
@@ -31,7 +33,8 @@ StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
     return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
 }
 
-/// Reads the next bytes of a stream; at its end 0 bytes. A stream that delivers nothing again and again fails.
+/// Reads the next bytes of a stream; at its end 0 bytes. A stream that delivers nothing again and again fails, and so does one that
+/// claims more bytes than there is room for.
 std::uint32_t ReadSome(VFS::InputStream* stream, char* buffer, std::uint64_t size, std::uint64_t* count) {
     for (unsigned emptyReads = 0; emptyReads < MOST_EMPTY_READS; ++emptyReads) {
         *count = 0;
@@ -42,8 +45,10 @@ std::uint32_t ReadSome(VFS::InputStream* stream, char* buffer, std::uint64_t siz
             *count = 0;
             return RESULT_OK;
         }
-        if (result != RESULT_OK || *count > 0)
-            return result;
+        if (result != RESULT_OK || *count > size)
+            return result != RESULT_OK ? result : RESULT_STREAM_FAILED;
+        if (*count > 0)
+            return RESULT_OK;
     }
     return PARSER_SHORT_READ;
 }
@@ -52,8 +57,7 @@ std::uint32_t ReadSome(VFS::InputStream* stream, char* buffer, std::uint64_t siz
 
 /// An observer that parsers own together.
 struct GenericParser::ObserverOwner {
-    explicit ObserverOwner(void* ownedBlock) : block(ownedBlock) {
-    }
+    explicit ObserverOwner(void* ownedBlock) : block(ownedBlock) {}
     ObserverOwner(const ObserverOwner&) = delete;
     ObserverOwner& operator=(const ObserverOwner&) = delete;
     ~ObserverOwner() {
@@ -85,8 +89,7 @@ private:
 /// Makes both parsers forget their stream when a call fails or an observer throws.
 class GenericParser::StreamUse {
 public:
-    explicit StreamUse(GenericParser* usingParser) : parser(usingParser) {
-    }
+    explicit StreamUse(GenericParser* usingParser) : parser(usingParser) {}
     StreamUse(const StreamUse&) = delete;
     StreamUse& operator=(const StreamUse&) = delete;
     ~StreamUse() {
@@ -111,8 +114,7 @@ GenericParser::GenericParser()
       ownsObserver(false),
       chrDetMinConfidence(DETECTCHARSET_MIN_CONFIDENCE),
       charsetDetected(false),
-      ended(false) {
-}
+      ended(false) {}
 
 GenericParser::GenericParser(const GenericParser&) = default;
 
@@ -132,17 +134,14 @@ std::uint32_t GenericParser::SetObserver(ParserObserver<WideChar, WideString>* o
 
 void GenericParser::BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block,
                                  bool owns) {
-    std::shared_ptr<ObserverOwner> owner;
-    if (observerOwner != nullptr && observerOwner->block == block)
-        owner.swap(observerOwner);
-    for (std::shared_ptr<ObserverOwner>& retired : retiredObservers.Get()) {
-        if (retired != nullptr && retired->block == block)
-            owner.swap(retired);
-    }
+    std::shared_ptr<ObserverOwner> owner = TakeOwnerOf(block);
     if (observerOwner != nullptr && feeding.Get())
         retiredObservers.Get().push_back(std::move(observerOwner));
-    if (owner != nullptr && !owns && owner.use_count() == 1)
-        owner->frees = false;  // given back to the host, which binds the same observer as its own
+    if (owner != nullptr && !owns) {
+        if (owner.use_count() == 1)
+            owner->frees = false;  // given back to the host, which binds the same observer as its own
+        sharedByCopies = owner;
+    }
     if (owner == nullptr && owns && block != nullptr)
         owner = std::make_shared<ObserverOwner>(block);
     observerOwner = owns ? owner : nullptr;
@@ -151,6 +150,23 @@ void GenericParser::BindObserver(ParserObserver<char, std::string>* narrow, Pars
     wcharObserver = wide;
     narrowParser.SetObservers(narrow, wide);
     wideParser.SetObservers(narrow, wide);
+}
+
+/// The ownership that this parser has, or that its copies still have, of an observer; null for none.
+std::shared_ptr<GenericParser::ObserverOwner> GenericParser::TakeOwnerOf(const void* block) {
+    if (block == nullptr)
+        return nullptr;
+    if (observerOwner != nullptr && observerOwner->block == block)
+        return std::exchange(observerOwner, nullptr);
+    std::vector<std::shared_ptr<ObserverOwner>>& retired = retiredObservers.Get();
+    const auto found = std::find_if(retired.begin(), retired.end(), [block](const auto& owner) { return owner->block == block; });
+    if (found != retired.end()) {
+        std::shared_ptr<ObserverOwner> owner = std::move(*found);
+        retired.erase(found);
+        return owner;
+    }
+    std::shared_ptr<ObserverOwner> shared = sharedByCopies.lock();
+    return shared != nullptr && shared->block == block ? shared : nullptr;
 }
 
 std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStreamType type) {
@@ -162,27 +178,27 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     charsetDetected = false;
     ended = false;
     switch (type) {
-    case DATA_STREAM_8BIT:
-        StartNarrow(0, DocumentCharset(code), code == StringNS::CharSet::UNKNOWN);
-        narrowParser.OnCharset(narrowParser.GetCharset());
-        break;
-    case DATA_STREAM_UTF16:
-        StartWide(0);
-        wideParser.OnCharset(wideParser.GetCharset());
-        break;
-    case DATA_STREAM_AUTO:
-    default:
-        mode = MODE_START;
-        break;
+        case DATA_STREAM_8BIT:
+            StartNarrow(0, DocumentCharset(code), code == StringNS::CharSet::UNKNOWN, false);
+            narrowParser.OnCharset(narrowParser.GetCharset());
+            break;
+        case DATA_STREAM_UTF16:
+            StartWide(0);
+            wideParser.OnCharset(wideParser.GetCharset());
+            break;
+        case DATA_STREAM_AUTO:
+        default:
+            mode = MODE_START;
+            break;
     }
     return PARSER_OK;
 }
 
-void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover) {
+void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover, bool detected) {
     mode = MODE_NARROW;
     narrowParser.SetCharset(code);
     narrowParser.SetDiscoverCharset(discover);
-    narrowParser.Start(markLength);
+    narrowParser.Start(markLength, detected);
 }
 
 void GenericParser::StartWide(std::uint64_t markLength) {
@@ -190,14 +206,18 @@ void GenericParser::StartWide(std::uint64_t markLength) {
     charset = StringNS::CharSet::UTF16_LE;
     wideParser.SetCharset(charset);
     wideParser.SetDiscoverCharset(false);
-    wideParser.Start(markLength);
+    wideParser.Start(markLength, false);
 }
 
 std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
     if (feeding.Get())
         return PARSER_INVALID_ARGUMENT;
     const Feeding guard(this);
-    return FeedBytes(data, size, PieceOrigin());
+    StreamUse use(this);
+    const std::uint32_t result = FeedBytes(data, size, PieceOrigin());
+    if (result == PARSER_OK)
+        use.Keep();
+    return result;
 }
 
 std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
@@ -232,7 +252,7 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            StartNarrow(sizeof(StringNS::BOM_UTF8), charset, false);
+            StartNarrow(sizeof(StringNS::BOM_UTF8), charset, false, false);
             narrowParser.OnBOM(StringNS::BOM_UTF8, sizeof(StringNS::BOM_UTF8));
             return FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
@@ -240,8 +260,7 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             wideParser.OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
             return FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            StartNarrow(0, DocumentCharset(charset), charset == StringNS::CharSet::UNKNOWN);
-            narrowParser.SetCharsetDetectorUsed(charsetDetected);
+            StartNarrow(0, DocumentCharset(charset), charset == StringNS::CharSet::UNKNOWN, charsetDetected);
             return FeedNarrow(data, size, origin);
         }
     }
@@ -260,17 +279,19 @@ std::uint32_t GenericParser::FeedWide(const char* data, std::uint64_t size, cons
     const std::uint64_t length = size / sizeof(WideChar);
     if (reinterpret_cast<std::uintptr_t>(data) % alignof(WideChar) == 0)
         return wideParser.Parse(reinterpret_cast<const WideChar*>(data), length, origin);
-    alignedPiece.resize(static_cast<std::size_t>(length));
-    std::memcpy(alignedPiece.data(), data, static_cast<std::size_t>(size));
-    return wideParser.Parse(alignedPiece.data(), length, origin);
+    alignedPiece.Get().resize(static_cast<std::size_t>(length));
+    std::memcpy(alignedPiece.Get().data(), data, static_cast<std::size_t>(size));
+    return wideParser.Parse(alignedPiece.Get().data(), length, origin);
 }
 
 std::uint32_t GenericParser::ParseStream(VFS::InputStream* stream, bool ownsStream) {
-    if (feeding.Get() || stream == nullptr)
+    if (feeding.Get())
         return PARSER_INVALID_ARGUMENT;
     const Feeding guard(this);
     const std::unique_ptr<VFS::InputStream> owned(ownsStream ? stream : nullptr);
     StreamUse use(this);
+    if (stream == nullptr)
+        return PARSER_INVALID_ARGUMENT;
     std::uint32_t result = FeedStream(stream);
     if (result == PARSER_OK)
         result = DetectLateCharset(stream);

@@ -32,9 +32,9 @@ namespace Kestra::HTML {
 /// **Copies**: a copy goes on where the original stood, in the middle of a token too. It does not inherit the stream.
 class KESTRA_HTML_API GenericParser {
 public:
-    static constexpr std::uint64_t BUFFER_SIZE = 16384;                 ///< bytes per read of a stream or file
-    static constexpr std::uint64_t DETECTCHARSET_MIN_CONFIDENCE = 50;   ///< initial minimum, of 100
-    static constexpr std::uint64_t DETECTCHARSET_MIN_SIZE = 256;        ///< bytes
+    static constexpr std::uint64_t BUFFER_SIZE = 16384;                ///< bytes per read of a stream or file
+    static constexpr std::uint64_t DETECTCHARSET_MIN_CONFIDENCE = 50;  ///< initial minimum, of 100
+    static constexpr std::uint64_t DETECTCHARSET_MIN_SIZE = 256;       ///< bytes
 
     enum SelfCheck : std::uint32_t {
         SELF_CHECK_OFF = 0,
@@ -64,6 +64,7 @@ public:
 
     /// Begins a document. What an unfinished one left is dropped.
     /// @param code  the charset of 8-bit text, 0 for unknown; 65000 (UTF-7) is replaced by 1252
+    /// @return 0
     std::uint32_t StartParse(StringNS::CharSet::Code code, DataStreamType type);
 
     /// Parses the next piece, of any size.
@@ -75,7 +76,7 @@ public:
     /// Parses a stream from its current position to its end. Does not call `EndParse`.
     ///
     /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A borrowed stream must live until
-    ///                    `EndParse`, `StartParse` or an error return: junk is re-read from it.
+    ///                    `EndParse`, `StartParse` or the next call that answers an error: junk is re-read from it.
     /// @return 0; 2 for null; 705 when the charset is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the
     ///         stream or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
@@ -121,6 +122,7 @@ public:
     /// The copy that SELF_CHECK_COPY keeps, owned by the parser; null when there is none.
     VFS::InputStream* GetSelfCheckStream();
 
+    /// The setters answer 0 and take effect at once. The self-check mode is stored; this version compares nothing yet.
     std::uint32_t SetSelfCheck(SelfCheck selfCheck);
     SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
     std::uint32_t SetDetectCharsetErrors(bool detect);
@@ -137,7 +139,8 @@ private:
     Answer Ask(Query query, Answer otherwise) const;
 
     void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
-    void StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover);
+    std::shared_ptr<ObserverOwner> TakeOwnerOf(const void* block);
+    void StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover, bool detected);
     void StartWide(std::uint64_t markLength);
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
@@ -157,13 +160,14 @@ private:
     bool ownsObserver;
     std::uint64_t chrDetMinConfidence;
 
-    bool charsetDetected;  // `charset` is the detector's, for the next document fed without `StartParse`
-    bool ended;            // `EndParse` has been called and nothing fed since
-    Uninherited<bool> feeding;  // a call that feeds input is on the stack
+    bool charsetDetected;                          // `charset` is the detector's, for the next document fed without `StartParse`
+    bool ended;                                    // `EndParse` has been called and nothing fed since
+    Uninherited<bool> feeding;                     // a call that feeds input is on the stack
     std::shared_ptr<ObserverOwner> observerOwner;  // shared by copies
+    std::weak_ptr<ObserverOwner> sharedByCopies;   // of the observer that was bound without ownership while copies own it
     Uninherited<std::vector<std::shared_ptr<ObserverOwner>>> retiredObservers;  // replaced in a callback, freed behind the feeding call
-    Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;  // the open construct of an owned stream that is gone
-    std::vector<WideChar> alignedPiece;                        // a UTF-16 piece from an odd address
+    Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;                   // the open construct of an owned stream that is gone
+    Uninherited<std::vector<WideChar>> alignedPiece;                            // a UTF-16 piece from an odd address
 };
 
 }  // namespace Kestra::HTML

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/output/ParserObserverOutput.h"
 #include "platform/BufferAllocPolicy.h"
@@ -17,12 +18,18 @@ namespace {
 
 constexpr std::uint64_t READ_BACK_SIZE = 16384;  // bytes per read when a construct is read again
 
+/// Which recognizer hands over to another one.
+enum Opener : std::uint32_t {
+    OPENED_BY_NONE,
+    OPENED_BY_TEXT,  // at the characters that stop text
+    OPENED_BY_TAG,   // behind "<"
+};
+
 /// Appends what the serializer writes to a string.
 template <typename C, typename S>
 class AppendingHandler final : public ParserObserverOutputHandler {
 public:
-    explicit AppendingHandler(S* receivingText) : target(receivingText) {
-    }
+    explicit AppendingHandler(S* receivingText) : target(receivingText) {}
 
     void Write(const void* data, std::uint64_t byteCount, bool) override {
         target->append(static_cast<const C*>(data), static_cast<std::size_t>(byteCount / sizeof(C)));
@@ -72,6 +79,16 @@ void Call(ParserObserver<C, S>* observer, JunkData<C, S>* data) {
     observer->OnJunkData(data);
 }
 
+template <typename C, typename S>
+StartTagData<C, S> GetRecord(const StartTagSimpleParserData<C, S>& data) {
+    return {&data.prefix, &data.name, &data.attributes, &data.suffix, data.closed};
+}
+
+template <typename C, typename S>
+EndTagData<C, S> GetRecord(const EndTagSimpleParserData<C, S>& data) {
+    return {&data.prefix, &data.name, &data.afterName, data.closed, &data.attributes, data.slashBeforeClose, &data.suffix};
+}
+
 /// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts: "<br/ >" stays the tag "br/".
 template <typename Data>
 void SettleShortTag(Data* data) {
@@ -84,40 +101,91 @@ void SettleShortTag(Data* data) {
 
 }  // namespace
 
-/// Who runs when the text recognizer hands over. Without a `begin` the construct fails, with its start recorded.
+/// Brings the driver back to a clean text state when an observer throws, so that the next call starts from there.
 template <typename C, typename S>
-struct Parser<C, S>::TextHandOver {
+class Parser<C, S>::Unwinding {
+public:
+    explicit Unwinding(Parser* runningParser) : parser(runningParser) {}
+    Unwinding(const Unwinding&) = delete;
+    Unwinding& operator=(const Unwinding&) = delete;
+    ~Unwinding() {
+        if (parser != nullptr)
+            parser->BackToText();
+    }
+
+    /// The call ends in its ordinary way.
+    void Cancel() {
+        parser = nullptr;
+    }
+
+private:
+    Parser* parser;
+};
+
+/// All that the driver knows about one construct: who names it, how it starts, and what a piece and the end of the input do to it.
+template <typename C, typename S>
+struct Parser<C, S>::Construct {
+    ParserState state;
     WideStringView name;
-    std::uint64_t charactersBack;  // from the current place to the first character of the construct
-    void (Parser::*begin)();
+    std::uint32_t opener;          // an Opener: who hands over to it by name
+    std::uint64_t charactersBack;  // from the current place to its first character, when text hands over to it
+    const char* textInScript;      // inside script and style it is no markup, and these characters are text; null: as outside
+    bool isOpenAtEnd;              // the end of the input leaves it unfinished, so that its bytes must be read again
+    void (Parser::*begin)();       // null: there is no such recognizer, and the construct fails where it starts
+    std::uint32_t (Parser::*parse)();
+    std::uint32_t (Parser::*end)();
 };
 
 // The opening slash of a regular expression lies in front of its recorded start; hosts rely on it.
+// clang-format off
 template <typename C, typename S>
-const typename Parser<C, S>::TextHandOver Parser<C, S>::TEXT_HAND_OVERS[] = {
-    {ParserNames::GENERIC_TAG, 1, &Parser::BeginGenericTag},
-    {ParserNames::S_QUOTE_STRING, 1, &Parser::BeginSQuoteString},
-    {ParserNames::D_QUOTE_STRING, 1, &Parser::BeginDQuoteString},
-    {ParserNames::JS_REG_EX, 0, &Parser::BeginJSRegEx},
-    {ParserNames::C_COMMENT, 2, nullptr},
-    {ParserNames::CPP_COMMENT, 2, nullptr},
+const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
+    {STATE_GENERIC_TAG, ParserNames::GENERIC_TAG, OPENED_BY_TEXT, 1, nullptr, true,
+        &Parser::BeginGenericTag, &Parser::ParseGenericTag, &Parser::EndUnfinishedTag},
+    {STATE_TEXT, ParserNames::TEXT, OPENED_BY_NONE, 0, nullptr, false,
+        nullptr, &Parser::ParseText, &Parser::EndText},
+    {STATE_START_TAG, ParserNames::START_TAG, OPENED_BY_TAG, 0, "<", true,
+        &Parser::BeginStartTag, &Parser::ParseStartTag, &Parser::EndUnfinishedTag},
+    {STATE_END_TAG, ParserNames::END_TAG, OPENED_BY_TAG, 0, nullptr, true,
+        &Parser::BeginEndTag, &Parser::ParseEndTag, &Parser::EndConstruct<&Parser::endTag, &Parser::endTagData, &Parser::DeliverEndTag>},
+    {STATE_S_QUOTE_STRING, ParserNames::S_QUOTE_STRING, OPENED_BY_TEXT, 1, nullptr, true,
+        &Parser::BeginSQuoteString,
+        &Parser::ParseConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>,
+        &Parser::EndConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>},
+    {STATE_D_QUOTE_STRING, ParserNames::D_QUOTE_STRING, OPENED_BY_TEXT, 1, nullptr, true,
+        &Parser::BeginDQuoteString,
+        &Parser::ParseConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>,
+        &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>},
+    {STATE_JS_REG_EX, ParserNames::JS_REG_EX, OPENED_BY_TEXT, 0, nullptr, false,
+        &Parser::BeginJSRegEx,
+        &Parser::ParseConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>,
+        &Parser::EndConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>},
+    {STATE_JUNK, ParserNames::JUNK, OPENED_BY_NONE, 0, nullptr, false,
+        nullptr, &Parser::ParseJunk, &Parser::EndJunk},
+    {STATE_C_COMMENT, ParserNames::C_COMMENT, OPENED_BY_TEXT, 2, nullptr, true, nullptr, nullptr, nullptr},
+    {STATE_CPP_COMMENT, ParserNames::CPP_COMMENT, OPENED_BY_TEXT, 2, nullptr, true, nullptr, nullptr, nullptr},
+    {STATE_ENTITY_TAG, ParserNames::ENTITY_TAG, OPENED_BY_TAG, 0, "<!", true, nullptr, nullptr, nullptr},
+    {STATE_EXTERN_TAG, ParserNames::EXTERN_TAG, OPENED_BY_TAG, 0, "<?", true, nullptr, nullptr, nullptr},
 };
+// clang-format on
 
-/// Who runs behind a "<". Without a `begin` the construct fails.
 template <typename C, typename S>
-struct Parser<C, S>::TagHandOver {
-    WideStringView name;
-    void (Parser::*begin)();
-    const char* textInScript;  // inside script and style the construct is no markup, and these characters are text; null: as outside
-};
+auto Parser<C, S>::FindByState(std::uint32_t state) -> const Construct* {
+    for (const Construct& construct : CONSTRUCTS) {
+        if (construct.state == state)
+            return &construct;
+    }
+    return nullptr;
+}
 
 template <typename C, typename S>
-const typename Parser<C, S>::TagHandOver Parser<C, S>::TAG_HAND_OVERS[] = {
-    {ParserNames::START_TAG, &Parser::BeginStartTag, "<"},
-    {ParserNames::END_TAG, &Parser::BeginEndTag, nullptr},
-    {ParserNames::ENTITY_TAG, nullptr, "<!"},
-    {ParserNames::EXTERN_TAG, nullptr, "<?"},
-};
+auto Parser<C, S>::FindByName(WideStringView name, std::uint32_t opener) -> const Construct* {
+    for (const Construct& construct : CONSTRUCTS) {
+        if (construct.opener == opener && IsSameName(construct.name, name))
+            return &construct;
+    }
+    return nullptr;
+}
 
 template <typename C, typename S>
 Parser<C, S>::Parser()
@@ -143,8 +211,7 @@ Parser<C, S>::Parser()
       tokenStartPos(0),
       tokenStartBase(0),
       backingStreamPositioned(false),
-      tokenStartPositioned(false) {
-}
+      tokenStartPositioned(false) {}
 
 template <typename C, typename S>
 Parser<C, S>::Parser(const Parser&) = default;
@@ -156,7 +223,7 @@ template <typename C, typename S>
 Parser<C, S>::~Parser() = default;
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::Start(std::uint64_t markLength) {
+std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset) {
     context.Init();
     BackToText();
     tokenStartPos = 0;
@@ -164,7 +231,7 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength) {
     pieceBase = markLength;
     backingStreamPositioned = false;
     tokenStartPositioned = false;
-    charsetDetectorUsed = false;
+    charsetDetectorUsed = detectedCharset;
     charsetFromMarkup = false;
     inScript = false;
     inStyle = false;
@@ -190,50 +257,22 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
         pieceBase = origin.offset;
     if (!origin.fromStream)
         tokenStartPositioned = false;
-    while (!Scan::AtEnd(context)) {
-        const std::uint32_t stepState = state;
-        const std::uint32_t result = Step();
-        if (result == SP_NEED_MORE_DATA)
+    Unwinding unwinding(this);
+    std::uint32_t result = PARSER_OK;
+    while (result == PARSER_OK && !Scan::AtEnd(context)) {
+        const Construct* const construct = FindByState(state);
+        result = (this->*construct->parse)();
+        if (result == SP_NEED_MORE_DATA || result == PARSER_PARSE_AGAIN || construct->state == STATE_JUNK)
             continue;
-        if (result == PARSER_PARSE_AGAIN || stepState == STATE_JUNK || Recover() != PARSER_OK)
-            return result;
+        if (Recover() == PARSER_OK)
+            result = PARSER_OK;
     }
-    return PARSER_OK;
+    unwinding.Cancel();
+    return result;
 }
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::Step() {
-    switch (static_cast<ParserState>(state)) {
-    case STATE_TEXT:
-        return StepText();
-    case STATE_GENERIC_TAG:
-        return StepGenericTag();
-    case STATE_START_TAG:
-        return StepStartTag();
-    case STATE_END_TAG:
-        return StepEndTag();
-    case STATE_JS_REG_EX:
-        return StepJSRegEx();
-    case STATE_S_QUOTE_STRING:
-        return StepSQuoteString();
-    case STATE_D_QUOTE_STRING:
-        return StepDQuoteString();
-    case STATE_JUNK:
-        return StepJunk();
-    case STATE_COMMENT_TAG:
-    case STATE_CDATA_TAG:
-    case STATE_CONDITIONAL_TAG:
-    case STATE_ENTITY_TAG:
-    case STATE_EXTERN_TAG:
-    case STATE_C_COMMENT:
-    case STATE_CPP_COMMENT:
-        break;  // never entered: no hand-over begins them
-    }
-    return PARSER_UNKNOWN_RECOGNIZER;
-}
-
-template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepText() {
+std::uint32_t Parser<C, S>::ParseText() {
     const bool inRawText = inScript || inStyle;
     textData.allowCComment = inRawText;
     textData.allowCPPComment = inScript;
@@ -244,47 +283,40 @@ std::uint32_t Parser<C, S>::StepText() {
     const std::uint32_t result = text.Parse(&context, &textData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    if (!textData.text.empty()) {
-        DeliverText(textData.text);
-        textData.text.clear();
-    }
-    for (const TextHandOver& handOver : TEXT_HAND_OVERS) {
-        if (!IsSameName(handOver.name, textData.nextParserName))
-            continue;
-        MarkTokenStart(handOver.charactersBack);
-        if (handOver.begin == nullptr)
-            break;
-        (this->*handOver.begin)();
-        return SP_NEED_MORE_DATA;
-    }
-    return PARSER_UNKNOWN_RECOGNIZER;
+    DeliverText();
+    const Construct* const construct = FindByName(textData.nextParserName, OPENED_BY_TEXT);
+    if (construct == nullptr)
+        return PARSER_UNKNOWN_RECOGNIZER;
+    MarkTokenStart(construct->charactersBack);
+    if (construct->begin == nullptr)
+        return PARSER_UNKNOWN_RECOGNIZER;
+    (this->*construct->begin)();
+    return SP_NEED_MORE_DATA;
 }
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepGenericTag() {
+std::uint32_t Parser<C, S>::ParseGenericTag() {
     const std::uint32_t result = genericTag.Parse(&context, &genericTagData);
     return result == SP_TOKEN_COMPLETE ? BeginNamedTag(genericTagData.nextParser) : result;
 }
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
-    for (const TagHandOver& handOver : TAG_HAND_OVERS) {
-        if (!IsSameName(handOver.name, name))
-            continue;
-        if ((inScript || inStyle) && handOver.textInScript != nullptr) {
-            BackToText(handOver.textInScript);
-            return SP_NEED_MORE_DATA;
-        }
-        if (handOver.begin == nullptr)
-            break;
-        (this->*handOver.begin)();
+    const Construct* const construct = FindByName(name, OPENED_BY_TAG);
+    if (construct == nullptr)
+        return PARSER_UNKNOWN_RECOGNIZER;
+    if ((inScript || inStyle) && construct->textInScript != nullptr) {
+        BackToText(construct->textInScript);
         return SP_NEED_MORE_DATA;
     }
-    return PARSER_UNKNOWN_RECOGNIZER;
+    if (construct->begin == nullptr)
+        return PARSER_UNKNOWN_RECOGNIZER;
+    (this->*construct->begin)();
+    return SP_NEED_MORE_DATA;
 }
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepStartTag() {
+std::uint32_t Parser<C, S>::ParseStartTag() {
     const std::uint32_t result = startTag.Parse(&context, &startTagData);
     if (result == SP_NOT_THIS_TOKEN) {
         BackToText("<");
@@ -303,7 +335,7 @@ std::uint32_t Parser<C, S>::StepStartTag() {
 }
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepEndTag() {
+std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
@@ -311,8 +343,7 @@ std::uint32_t Parser<C, S>::StepEndTag() {
     if (isForeign) {
         BackToText();
         AppendingHandler<C, S> handler(&textData.text);
-        const EndTagData<C, S> record = {&endTagData.prefix,     &endTagData.name,           &endTagData.afterName, endTagData.closed,
-                                         &endTagData.attributes, endTagData.slashBeforeClose, &endTagData.suffix};
+        const EndTagData<C, S> record = GetRecord(endTagData);
         ParserObserverOutput<C, S>::GetEndTagOutput(&record, &handler);
         return SP_NEED_MORE_DATA;
     }
@@ -322,43 +353,25 @@ std::uint32_t Parser<C, S>::StepEndTag() {
     return SP_NEED_MORE_DATA;
 }
 
+/// A construct whose recognizer either needs more or yields one token.
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepJSRegEx() {
-    const std::uint32_t result = jsRegEx.Parse(&context, &jsRegExData);
+template <auto RECOGNIZER, auto DATA, auto DELIVER>
+std::uint32_t Parser<C, S>::ParseConstruct() {
+    const std::uint32_t result = (this->*RECOGNIZER).Parse(&context, &(this->*DATA));
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    DeliverText(jsRegExData.text);
+    (this->*DELIVER)();
     FinishToken();
     return SP_NEED_MORE_DATA;
 }
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepSQuoteString() {
-    const std::uint32_t result = sQuoteString.Parse(&context, &sQuoteStringData);
-    if (result != SP_TOKEN_COMPLETE)
-        return result;
-    DeliverSQuoteString();
-    FinishToken();
-    return SP_NEED_MORE_DATA;
-}
-
-template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepDQuoteString() {
-    const std::uint32_t result = dQuoteString.Parse(&context, &dQuoteStringData);
-    if (result != SP_TOKEN_COMPLETE)
-        return result;
-    DeliverDQuoteString();
-    FinishToken();
-    return SP_NEED_MORE_DATA;
-}
-
-template <typename C, typename S>
-std::uint32_t Parser<C, S>::StepJunk() {
+std::uint32_t Parser<C, S>::ParseJunk() {
     const std::uint32_t result = junk.Parse(&context, &junkData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
     if (!junkData.text.empty())
-        DeliverJunk(junkData.text);
+        DeliverJunk();
     MarkTokenStart(0);
     if (!Scan::AtEnd(context))
         Scan::Advance(context);
@@ -445,8 +458,11 @@ void Parser<C, S>::FinishToken() {
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::End() {
-    const std::uint32_t result = EndOpenConstruct();
-    BackToText();
+    std::uint32_t result = PARSER_OK;
+    {
+        const Unwinding unwinding(this);
+        result = EndOpenConstruct();
+    }
     SetBackingStream(nullptr);
     if (result != PARSER_OK)
         return result;
@@ -456,54 +472,43 @@ std::uint32_t Parser<C, S>::End() {
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::EndOpenConstruct() {
-    std::uint32_t result = SP_TOKEN_COMPLETE;
-    switch (static_cast<ParserState>(state)) {
-    case STATE_TEXT:
-        result = text.EndParse(&textData);
-        if (result == SP_TOKEN_COMPLETE && !textData.text.empty())
-            DeliverText(textData.text);
-        break;
-    case STATE_GENERIC_TAG:
-    case STATE_START_TAG:
-        result = PARSER_UNTERMINATED;
-        break;
-    case STATE_END_TAG:
-        result = endTag.EndParse(&endTagData);
-        if (result == SP_TOKEN_COMPLETE)
-            DeliverEndTag();
-        break;
-    case STATE_JS_REG_EX:
-        result = jsRegEx.EndParse(&jsRegExData);
-        if (result == SP_TOKEN_COMPLETE)
-            DeliverText(jsRegExData.text);
-        break;
-    case STATE_S_QUOTE_STRING:
-        result = sQuoteString.EndParse(&sQuoteStringData);
-        if (result == SP_TOKEN_COMPLETE)
-            DeliverSQuoteString();
-        break;
-    case STATE_D_QUOTE_STRING:
-        result = dQuoteString.EndParse(&dQuoteStringData);
-        if (result == SP_TOKEN_COMPLETE)
-            DeliverDQuoteString();
-        break;
-    case STATE_JUNK:
-        result = junk.EndParse(&junkData);
-        if (result != SP_TOKEN_COMPLETE)
-            return result;
-        if (!junkData.text.empty())
-            DeliverJunk(junkData.text);
-        break;
-    case STATE_COMMENT_TAG:
-    case STATE_CDATA_TAG:
-    case STATE_CONDITIONAL_TAG:
-    case STATE_ENTITY_TAG:
-    case STATE_EXTERN_TAG:
-    case STATE_C_COMMENT:
-    case STATE_CPP_COMMENT:
-        break;  // never entered: no hand-over begins them
-    }
-    return result == SP_TOKEN_COMPLETE || Recover() == PARSER_OK ? std::uint32_t{PARSER_OK} : result;
+    const Construct* const construct = FindByState(state);
+    const std::uint32_t result = (this->*construct->end)();
+    if (result == SP_TOKEN_COMPLETE)
+        return PARSER_OK;
+    if (construct->state == STATE_JUNK || Recover() != PARSER_OK)
+        return result;
+    return PARSER_OK;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::EndText() {
+    const std::uint32_t result = text.EndParse(&textData);
+    if (result == SP_TOKEN_COMPLETE)
+        DeliverText();
+    return result;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::EndUnfinishedTag() {
+    return PARSER_UNTERMINATED;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::EndJunk() {
+    const std::uint32_t result = junk.EndParse(&junkData);
+    if (result == SP_TOKEN_COMPLETE && !junkData.text.empty())
+        DeliverJunk();
+    return result;
+}
+
+template <typename C, typename S>
+template <auto RECOGNIZER, auto DATA, auto DELIVER>
+std::uint32_t Parser<C, S>::EndConstruct() {
+    const std::uint32_t result = (this->*RECOGNIZER).EndParse(&(this->*DATA));
+    if (result == SP_TOKEN_COMPLETE)
+        (this->*DELIVER)();
+    return result;
 }
 
 /// Delivers the failed construct, from its first character to the current place, as junk, and goes on in the junk state.
@@ -511,11 +516,11 @@ template <typename C, typename S>
 std::uint32_t Parser<C, S>::Recover() {
     if (!CanReadBack())
         return PARSER_RECOVERY_IMPOSSIBLE;
-    std::string bytes;
-    const std::uint32_t result = ReadBack(&bytes);
+    junk.BeginParse(&junkData);
+    const std::uint32_t result = ReadBack(&junkData.text);
     if (result != PARSER_OK)
         return result;
-    DeliverJunk(bytes);
+    DeliverJunk();
     junk.BeginParse(&junkData);
     state = STATE_JUNK;
     return PARSER_OK;
@@ -531,8 +536,9 @@ template <typename C, typename S>
 std::uint32_t Parser<C, S>::ReadBack(std::string* bytes) {
     std::uint64_t from = tokenStartBase + tokenStartPos * sizeof(C);
     const std::uint64_t to = pieceBase + context.position * sizeof(C);
-    Base::DefaultBufferAllocPolicy buffer;
-    buffer.Initialize();
+    if (readBackBuffer.Get() == nullptr)
+        readBackBuffer = std::make_unique<Base::DefaultBufferAllocPolicy>();
+    Base::DefaultBufferAllocPolicy& buffer = *readBackBuffer.Get();
     std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, READ_BACK_SIZE);
     std::uint64_t place = 0;
     if (result == RESULT_OK)
@@ -554,27 +560,8 @@ std::uint32_t Parser<C, S>::ReadBack(std::string* bytes) {
 
 template <typename C, typename S>
 std::unique_ptr<VFS::InputStream> Parser<C, S>::KeepOpenConstruct() {
-    switch (static_cast<ParserState>(state)) {
-    case STATE_GENERIC_TAG:
-    case STATE_START_TAG:
-    case STATE_END_TAG:
-    case STATE_ENTITY_TAG:
-    case STATE_EXTERN_TAG:
-    case STATE_C_COMMENT:
-    case STATE_CPP_COMMENT:
-    case STATE_S_QUOTE_STRING:
-    case STATE_D_QUOTE_STRING:
-        break;
-    case STATE_TEXT:
-    case STATE_COMMENT_TAG:
-    case STATE_CDATA_TAG:
-    case STATE_CONDITIONAL_TAG:
-    case STATE_JS_REG_EX:
-    case STATE_JUNK:
-        return nullptr;  // the end of the input completes these
-    }
     std::string bytes;
-    if (!CanReadBack() || ReadBack(&bytes) != PARSER_OK)
+    if (!FindByState(state)->isOpenAtEnd || !CanReadBack() || ReadBack(&bytes) != PARSER_OK)
         return nullptr;
     return std::make_unique<VFS::MemoryInputStream>(std::move(bytes), tokenStartBase + tokenStartPos * sizeof(C));
 }
@@ -625,24 +612,31 @@ void Parser<C, S>::Deliver(Record record) {
 }
 
 template <typename C, typename S>
-void Parser<C, S>::DeliverText(const S& content) {
-    Deliver(TextData<C, S>{&content});
+void Parser<C, S>::DeliverText() {
+    if (textData.text.empty())
+        return;
+    Deliver(TextData<C, S>{&textData.text});
+    textData.text.clear();
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverStartTag() {
+    const StartTagData<C, S> record = GetRecord(startTagData);
     if (startTagData.selfClosing)
-        Deliver(ShortTagData<C, S>{&startTagData.prefix, &startTagData.name, &startTagData.attributes, &startTagData.suffix,
-                                   startTagData.closed});
+        Deliver(ShortTagData<C, S>{record.prefix, record.name, record.attributes, record.suffix, record.closed});
     else
-        Deliver(StartTagData<C, S>{&startTagData.prefix, &startTagData.name, &startTagData.attributes, &startTagData.suffix,
-                                   startTagData.closed});
+        Deliver(record);
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverEndTag() {
-    Deliver(EndTagData<C, S>{&endTagData.prefix, &endTagData.name, &endTagData.afterName, endTagData.closed, &endTagData.attributes,
-                             endTagData.slashBeforeClose, &endTagData.suffix});
+    Deliver(GetRecord(endTagData));
+}
+
+/// A regular expression is text to an observer.
+template <typename C, typename S>
+void Parser<C, S>::DeliverJSRegEx() {
+    Deliver(TextData<C, S>{&jsRegExData.text});
 }
 
 template <typename C, typename S>
@@ -656,8 +650,8 @@ void Parser<C, S>::DeliverDQuoteString() {
 }
 
 template <typename C, typename S>
-void Parser<C, S>::DeliverJunk(const std::string& bytes) {
-    Deliver(JunkData<C, S>{&bytes});
+void Parser<C, S>::DeliverJunk() {
+    Deliver(JunkData<C, S>{&junkData.text});
 }
 
 /// A `script` or `style` tag was delivered: tells the observer and switches the mode, also when an end tag is a stray one.
@@ -696,11 +690,6 @@ void Parser<C, S>::SetCharset(StringNS::CharSet::Code code) {
 template <typename C, typename S>
 void Parser<C, S>::SetDiscoverCharset(bool discover) {
     discoverCharset = discover;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::SetCharsetDetectorUsed(bool used) {
-    charsetDetectorUsed = used;
 }
 
 template <typename C, typename S>

@@ -16,6 +16,7 @@
 #include "html/text/JunkSimpleParser.h"
 #include "html/text/SQuoteStringSimpleParser.h"
 #include "html/text/TextSimpleParser.h"
+#include "platform/BufferAllocPolicy.h"
 #include "platform/CharSet.h"
 #include "platform/InputStream.h"
 
@@ -58,8 +59,11 @@ public:
     Parser& operator=(const Parser& other);
     virtual ~Parser();
 
-    /// Begins a document and calls `OnStartParsing`. @param markLength  bytes of a byte-order mark in front of the first piece
-    std::uint32_t Start(std::uint64_t markLength);
+    /// Begins a document and calls `OnStartParsing`.
+    /// @param markLength        bytes of a byte-order mark in front of the first piece
+    /// @param detectedCharset   the charset was chosen by the detector
+    /// @return 0
+    std::uint32_t Start(std::uint64_t markLength, bool detectedCharset);
 
     /// Runs the recognizers over one piece. @return 0 when it is used up, 705, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
@@ -85,7 +89,6 @@ public:
 
     void SetCharset(StringNS::CharSet::Code code);
     void SetDiscoverCharset(bool discover);
-    void SetCharsetDetectorUsed(bool used);
     void SetSelfCheckMode(std::uint32_t mode);
     void SetDetectCharsetErrors(bool detect);
 
@@ -100,22 +103,13 @@ public:
     bool WasCharsetDetectorUsed() const;
 
 private:
-    struct TextHandOver;
-    struct TagHandOver;
+    struct Construct;
+    class Unwinding;
 
-    static const TextHandOver TEXT_HAND_OVERS[];
-    static const TagHandOver TAG_HAND_OVERS[];
+    static const Construct CONSTRUCTS[];
 
-    // One step per state: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
-    std::uint32_t StepText();
-    std::uint32_t StepGenericTag();
-    std::uint32_t StepStartTag();
-    std::uint32_t StepEndTag();
-    std::uint32_t StepJSRegEx();
-    std::uint32_t StepSQuoteString();
-    std::uint32_t StepDQuoteString();
-    std::uint32_t StepJunk();
-    std::uint32_t Step();
+    static const Construct* FindByState(std::uint32_t state);
+    static const Construct* FindByName(WideStringView name, std::uint32_t opener);
 
     // Starting a recognizer: `BeginParse`, then the options of the document.
     void BeginGenericTag();
@@ -124,6 +118,22 @@ private:
     void BeginJSRegEx();
     void BeginSQuoteString();
     void BeginDQuoteString();
+
+    // One step of the main loop: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
+    std::uint32_t ParseText();
+    std::uint32_t ParseGenericTag();
+    std::uint32_t ParseStartTag();
+    std::uint32_t ParseEndTag();
+    std::uint32_t ParseJunk();
+    template <auto RECOGNIZER, auto DATA, auto DELIVER>
+    std::uint32_t ParseConstruct();
+
+    // The end of the input: SP_TOKEN_COMPLETE, or a failure.
+    std::uint32_t EndText();
+    std::uint32_t EndUnfinishedTag();
+    std::uint32_t EndJunk();
+    template <auto RECOGNIZER, auto DATA, auto DELIVER>
+    std::uint32_t EndConstruct();
 
     std::uint32_t BeginNamedTag(WideStringView name);
     void MarkTokenStart(std::uint64_t charactersBack);
@@ -137,12 +147,13 @@ private:
     std::uint32_t ReadBack(std::string* bytes);
 
     // Deliveries: one per recognizer that makes tokens.
-    void DeliverText(const S& text);
+    void DeliverText();
     void DeliverStartTag();
     void DeliverEndTag();
+    void DeliverJSRegEx();
     void DeliverSQuoteString();
     void DeliverDQuoteString();
-    void DeliverJunk(const std::string& text);
+    void DeliverJunk();
     void SettleScriptAndStyle(const S& name, bool starts);
 
     template <typename Record>
@@ -195,6 +206,7 @@ private:
     bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
 
     RecordConverter<C, S> converter;
+    Uninherited<std::unique_ptr<Base::DefaultBufferAllocPolicy>> readBackBuffer;  // made at the first recovery
 };
 
 }  // namespace Kestra::HTML

@@ -1,5 +1,6 @@
 #include "html/parser/RecordConverter.h"
 
+#include "html/framework/Instantiate.h"
 #include "platform/Services.h"
 
 namespace Kestra::HTML {
@@ -13,12 +14,10 @@ bool ContainsReplacementCharacter(const WideString& text) {
 }  // namespace
 
 template <typename C, typename S>
-RecordConverter<C, S>::RecordConverter() : charset(0), result(0), detectReplacements(false), hasConverted(false), hasReplacements(false) {
-}
+RecordConverter<C, S>::RecordConverter() : charset(0), result(0), detectReplacements(false), hasConverted(false), hasReplacements(false) {}
 
 template <typename C, typename S>
-RecordConverter<C, S>::RecordConverter(const RecordConverter&) : RecordConverter() {
-}
+RecordConverter<C, S>::RecordConverter(const RecordConverter&) : RecordConverter() {}
 
 template <typename C, typename S>
 RecordConverter<C, S>& RecordConverter<C, S>::operator=(const RecordConverter&) {
@@ -38,7 +37,7 @@ void RecordConverter<C, S>::Begin(StringNS::CharSet::Code documentCharset, bool 
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::ConvertString(const S& from, OS* to) {
+void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
     if (result != 0)
         return;
     hasConverted = true;
@@ -54,16 +53,16 @@ void RecordConverter<C, S>::ConvertString(const S& from, OS* to) {
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::Slot(std::size_t slot, const S* from) -> const OS* {
+auto RecordConverter<C, S>::Slot(std::size_t slot, const S* from) -> const OtherString* {
     ConvertString(*from, &strings[slot]);
     return &strings[slot];
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::Attributes(const Vector<Attribute<C, S>>* from) -> const Vector<Attribute<OC, OS>>* {
+auto RecordConverter<C, S>::Attributes(const Vector<Attribute<C, S>>* from) -> const Vector<Attribute<OtherCharacter, OtherString>>* {
     attributes.clear();
     for (const Attribute<C, S>& source : *from) {
-        Attribute<OC, OS>& attribute = attributes.AppendRecycled();
+        Attribute<OtherCharacter, OtherString>& attribute = attributes.AppendRecycled();
         ConvertString(source.prefix, &attribute.prefix);
         ConvertString(source.name, &attribute.name);
         ConvertString(source.beforeEquals, &attribute.beforeEquals);
@@ -76,10 +75,10 @@ auto RecordConverter<C, S>::Attributes(const Vector<Attribute<C, S>>* from) -> c
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::Tokens(const Vector<EntityToken<C, S>>* from) -> const Vector<EntityToken<OC, OS>>* {
+auto RecordConverter<C, S>::Tokens(const Vector<EntityToken<C, S>>* from) -> const Vector<EntityToken<OtherCharacter, OtherString>>* {
     tokens.clear();
     for (const EntityToken<C, S>& source : *from) {
-        EntityToken<OC, OS>& token = tokens.AppendRecycled();
+        EntityToken<OtherCharacter, OtherString>& token = tokens.AppendRecycled();
         ConvertString(source.prefix, &token.prefix);
         ConvertString(source.value, &token.value);
         token.quote = source.quote;
@@ -88,74 +87,74 @@ auto RecordConverter<C, S>::Tokens(const Vector<EntityToken<C, S>>* from) -> con
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const TextData<C, S>& from, TextData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const TextData<C, S>& from, TextData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.text)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CCommentData<C, S>& from, CCommentData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const CCommentData<C, S>& from, CCommentData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.text)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CPPCommentData<C, S>& from, CPPCommentData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const CPPCommentData<C, S>& from, CPPCommentData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.text)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.text)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.text)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const StartTagData<C, S>& from, StartTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const StartTagData<C, S>& from, StartTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix), from.closed};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const ShortTagData<C, S>& from, ShortTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const ShortTagData<C, S>& from, ShortTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix), from.closed};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const EndTagData<C, S>& from, EndTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const EndTagData<C, S>& from, EndTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.prefix),        Slot(1, from.name),    Slot(2, from.afterName), from.closed,
            Attributes(from.attributes), from.slashBeforeClose, Slot(3, from.suffix)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CDATATagData<C, S>& from, CDATATagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const CDATATagData<C, S>& from, CDATATagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.keyword), Slot(1, from.text), from.closed};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.keyword), Slot(1, from.condition), Slot(2, from.tail), from.bracketClosed, from.tagClosed};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CommentTagData<C, S>& from, CommentTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const CommentTagData<C, S>& from, CommentTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.text), from.closed};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const EntityTagData<C, S>& from, EntityTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const EntityTagData<C, S>& from, EntityTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.prefix), Slot(1, from.name), Tokens(from.tokens), Slot(2, from.suffix)};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const ExternTagData<C, S>& from, ExternTagData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const ExternTagData<C, S>& from, ExternTagData<OtherCharacter, OtherString>* to) {
     *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix),
            from.freeStyle,       Slot(3, from.text), from.slashBeforeClose};
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const JunkData<C, S>& from, JunkData<OC, OS>* to) {
+void RecordConverter<C, S>::Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to) {
     *to = {from.text};
 }
 

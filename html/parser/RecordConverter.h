@@ -33,8 +33,8 @@ struct RecordOfOtherFlavour<Record<C, S>> {
 template <typename C, typename S>
 class RecordConverter {
 public:
-    using OC = typename OtherFlavour<C>::Character;
-    using OS = typename OtherFlavour<C>::String;
+    using OtherCharacter = typename OtherFlavour<C>::Character;
+    using OtherString = typename OtherFlavour<C>::String;
 
     RecordConverter();
     RecordConverter(const RecordConverter& other);
@@ -46,21 +46,21 @@ public:
     void Begin(StringNS::CharSet::Code documentCharset, bool detect);
 
     /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if `GetResult` is 0.
-    void Convert(const TextData<C, S>& from, TextData<OC, OS>* to);
-    void Convert(const CCommentData<C, S>& from, CCommentData<OC, OS>* to);
-    void Convert(const CPPCommentData<C, S>& from, CPPCommentData<OC, OS>* to);
-    void Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OC, OS>* to);
-    void Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OC, OS>* to);
-    void Convert(const StartTagData<C, S>& from, StartTagData<OC, OS>* to);
-    void Convert(const ShortTagData<C, S>& from, ShortTagData<OC, OS>* to);
-    void Convert(const EndTagData<C, S>& from, EndTagData<OC, OS>* to);
-    void Convert(const CDATATagData<C, S>& from, CDATATagData<OC, OS>* to);
-    void Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OC, OS>* to);
-    void Convert(const CommentTagData<C, S>& from, CommentTagData<OC, OS>* to);
-    void Convert(const EntityTagData<C, S>& from, EntityTagData<OC, OS>* to);
-    void Convert(const ExternTagData<C, S>& from, ExternTagData<OC, OS>* to);
+    void Convert(const TextData<C, S>& from, TextData<OtherCharacter, OtherString>* to);
+    void Convert(const CCommentData<C, S>& from, CCommentData<OtherCharacter, OtherString>* to);
+    void Convert(const CPPCommentData<C, S>& from, CPPCommentData<OtherCharacter, OtherString>* to);
+    void Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OtherCharacter, OtherString>* to);
+    void Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OtherCharacter, OtherString>* to);
+    void Convert(const StartTagData<C, S>& from, StartTagData<OtherCharacter, OtherString>* to);
+    void Convert(const ShortTagData<C, S>& from, ShortTagData<OtherCharacter, OtherString>* to);
+    void Convert(const EndTagData<C, S>& from, EndTagData<OtherCharacter, OtherString>* to);
+    void Convert(const CDATATagData<C, S>& from, CDATATagData<OtherCharacter, OtherString>* to);
+    void Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OtherCharacter, OtherString>* to);
+    void Convert(const CommentTagData<C, S>& from, CommentTagData<OtherCharacter, OtherString>* to);
+    void Convert(const EntityTagData<C, S>& from, EntityTagData<OtherCharacter, OtherString>* to);
+    void Convert(const ExternTagData<C, S>& from, ExternTagData<OtherCharacter, OtherString>* to);
     /// Junk is bytes in both flavours and crosses unconverted.
-    void Convert(const JunkData<C, S>& from, JunkData<OC, OS>* to);
+    void Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to);
 
     /// 0, or the code of the first string that could not be converted.
     std::uint32_t GetResult() const;
@@ -72,10 +72,10 @@ public:
     bool HasReplacements() const;
 
 private:
-    void ConvertString(const S& from, OS* to);
-    const OS* Slot(std::size_t slot, const S* from);
-    const Vector<Attribute<OC, OS>>* Attributes(const Vector<Attribute<C, S>>* from);
-    const Vector<EntityToken<OC, OS>>* Tokens(const Vector<EntityToken<C, S>>* from);
+    void ConvertString(const S& from, OtherString* to);
+    const OtherString* Slot(std::size_t slot, const S* from);
+    const Vector<Attribute<OtherCharacter, OtherString>>* Attributes(const Vector<Attribute<C, S>>* from);
+    const Vector<EntityToken<OtherCharacter, OtherString>>* Tokens(const Vector<EntityToken<C, S>>* from);
 
     static constexpr std::size_t MOST_STRINGS = 4;  // of one record, its lists apart
 
@@ -85,9 +85,9 @@ private:
     bool detectReplacements;
     bool hasConverted;
     bool hasReplacements;
-    OS strings[MOST_STRINGS];
-    Vector<Attribute<OC, OS>> attributes;
-    Vector<EntityToken<OC, OS>> tokens;
+    OtherString strings[MOST_STRINGS];
+    Vector<Attribute<OtherCharacter, OtherString>> attributes;
+    Vector<EntityToken<OtherCharacter, OtherString>> tokens;
 };
 
 }  // namespace Kestra::HTML

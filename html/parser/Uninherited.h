@@ -9,8 +9,7 @@ template <typename T>
 class Uninherited {
 public:
     Uninherited() = default;
-    Uninherited(const Uninherited&) {
-    }
+    Uninherited(const Uninherited&) {}
     Uninherited& operator=(const Uninherited& other) {
         if (this != &other)
             value = T();

@@ -15,7 +15,8 @@ enum class AttributeListStep {
     NEXT_ATTRIBUTE,  ///< the attribute is in the list, the recognizer is restarted
     CLOSING_MARK,    ///< the attribute ended in the closing mark ("/"), which is taken off it: the end of the tag must follow
     END_OF_LIST,     ///< there was no attribute, only white space in front of ">"
-    MALFORMED,
+    LONE_MARK,       ///< the closing mark was the whole unquoted value: malformed behind the mark
+    MALFORMED,       ///< a closing mark and then white space
 };
 
 /// Appends a completed attribute and moves its strings there. Without a value only `prefix` and `name` count.
@@ -60,7 +61,7 @@ AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, Attrib
         if (bare && data->value.back() == closingMark && !Scan::AtEnd(context) && Scan::Next(context) == '>') {
             data->value.pop_back();
             if (data->value.empty())
-                return AttributeListStep::MALFORMED;
+                return AttributeListStep::LONE_MARK;
             AppendAttribute(data, attributes);
             RestartAttribute(attribute, data, iso2022);
             return AttributeListStep::CLOSING_MARK;
@@ -90,6 +91,7 @@ AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, Attrib
     carry.swap(data->beforeEquals);
     RestartAttribute(attribute, data, iso2022);
     data->prefix.swap(carry);
+    data->beforeEquals.swap(carry);  // the buffers stay in the record
     data->state = 1;
     return step;
 }

@@ -1,5 +1,6 @@
 #include "html/tags/AttributeSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 
@@ -47,47 +48,47 @@ template <typename C, typename S>
 std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
-        case PREFIX:
-            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&whiteSpaceData.text, &data->prefix);
-            data->state = NAME;
-            identifier.BeginParse(&identifierData);
-            identifierData.attributeNameMode = true;
-            continue;
-        case NAME:
-            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&identifierData.text, &data->name);
-            data->state = AFTER_NAME;
-            whiteSpace.BeginParse(&whiteSpaceData);
-            continue;
-        case AFTER_NAME:
-            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&whiteSpaceData.text, &data->beforeEquals);
-            data->state = EXPECT_EQUALS;
-            continue;
-        case EXPECT_EQUALS:
-            if (Scan::Next(*context) != '=') {
-                data->hasValue = 0;
-                return SP_TOKEN_COMPLETE;
+            case PREFIX:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->prefix);
+                data->state = NAME;
+                identifier.BeginParse(&identifierData);
+                identifierData.attributeNameMode = true;
+                continue;
+            case NAME:
+                if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&identifierData.text, &data->name);
+                data->state = AFTER_NAME;
+                whiteSpace.BeginParse(&whiteSpaceData);
+                continue;
+            case AFTER_NAME:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->beforeEquals);
+                data->state = EXPECT_EQUALS;
+                continue;
+            case EXPECT_EQUALS:
+                if (Scan::Next(*context) != '=') {
+                    data->hasValue = 0;
+                    return SP_TOKEN_COMPLETE;
+                }
+                Scan::Advance(*context);
+                data->state = VALUE;
+                token.BeginParse(&tokenData);
+                tokenData.iso2022 = data->iso2022;
+                continue;
+            case VALUE: {
+                const std::uint32_t result = token.Parse(context, &tokenData);
+                if (result == SP_TOKEN_COMPLETE) {
+                    data->hasValue = 1;
+                    TakeText(&tokenData.prefix, &data->afterEquals);
+                    TakeText(&tokenData.value, &data->value);
+                    data->quote = tokenData.quote;
+                }
+                return result;
             }
-            Scan::Advance(*context);
-            data->state = VALUE;
-            token.BeginParse(&tokenData);
-            tokenData.iso2022 = data->iso2022;
-            continue;
-        case VALUE: {
-            const std::uint32_t result = token.Parse(context, &tokenData);
-            if (result == SP_TOKEN_COMPLETE) {
-                data->hasValue = 1;
-                TakeText(&tokenData.prefix, &data->afterEquals);
-                TakeText(&tokenData.value, &data->value);
-                data->quote = tokenData.quote;
-            }
-            return result;
-        }
         }
         return SP_MALFORMED;
     }

@@ -1,5 +1,6 @@
 #include "html/tags/EndTagSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
@@ -50,63 +51,59 @@ template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
-        case PREFIX:
-            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&whiteSpaceData.text, &data->prefix);
-            data->state = NAME;
-            identifier.BeginParse(&identifierData);
-            continue;
-        case NAME:
-            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&identifierData.text, &data->name);
-            data->state = AFTER_NAME;
-            whiteSpace.BeginParse(&whiteSpaceData);
-            continue;
-        case AFTER_NAME:
-            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&whiteSpaceData.text, &data->afterName);
-            data->state = DECIDE;
-            continue;
-        case DECIDE: {
-            const C next = Scan::Next(*context);
-            if (next != '>' && next != '<') {
-                data->state = ATTRIBUTES;
-                RestartAttribute(&attribute, &attributeData, data->iso2022);
+            case PREFIX:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->prefix);
+                data->state = NAME;
+                identifier.BeginParse(&identifierData);
+                continue;
+            case NAME:
+                if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&identifierData.text, &data->name);
+                data->state = AFTER_NAME;
+                whiteSpace.BeginParse(&whiteSpaceData);
+                continue;
+            case AFTER_NAME:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->afterName);
+                data->state = DECIDE;
+                continue;
+            case DECIDE:
+                if (ParseNext(context, data))
+                    return SP_TOKEN_COMPLETE;
+                continue;
+            case ATTRIBUTES: {
+                const std::uint32_t result = ParseAttributes(context, data);
+                if (result != SP_NEED_MORE_DATA)
+                    return result;
                 continue;
             }
-            if (next == '>')
-                Scan::Advance(*context);
-            else
-                data->closed = false;
-            AttributesNormalizer<C, S>::Normalize(&data->attributes);
-            return SP_TOKEN_COMPLETE;
-        }
-        case ATTRIBUTES: {
-            const std::uint32_t result = ParseAttributes(context, data);
-            if (result != SP_NEED_MORE_DATA)
-                return result;
-            continue;
-        }
-        case END_OF_ATTRIBUTES: {
-            const C next = Scan::Next(*context);
-            if (next != '/' && next != '>')
-                return SP_MALFORMED;
-            Scan::Advance(*context);
-            if (next == '/') {
-                data->slashBeforeClose = true;
-                data->state = DECIDE;
-                return SP_NEED_MORE_DATA;
-            }
-            AttributesNormalizer<C, S>::Normalize(&data->attributes);
-            return SP_TOKEN_COMPLETE;
-        }
+            case END_OF_ATTRIBUTES:
+                return ParseEndOfAttributes(context, data);
         }
         return SP_MALFORMED;
     }
     return SP_NEED_MORE_DATA;
+}
+
+/// State 5. True when the tag is complete.
+template <typename C, typename S>
+bool EndTagSimpleParser<C, S>::ParseNext(SimpleParserContext<C, S>* context, Data* data) {
+    const C next = Scan::Next(*context);
+    if (next != '>' && next != '<') {
+        data->state = ATTRIBUTES;
+        RestartAttribute(&attribute, &attributeData, data->iso2022);
+        return false;
+    }
+    if (next == '>')
+        Scan::Advance(*context);
+    else
+        data->closed = false;
+    AttributesNormalizer<C, S>::Normalize(&data->attributes);
+    return true;
 }
 
 /// State 3, one attribute.
@@ -116,19 +113,39 @@ std::uint32_t EndTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S
     if (result != SP_TOKEN_COMPLETE)
         return result;
     switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, true, '/')) {
-    case AttributeListStep::NEXT_ATTRIBUTE:
-        return SP_NEED_MORE_DATA;
-    case AttributeListStep::CLOSING_MARK:
+        case AttributeListStep::NEXT_ATTRIBUTE:
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::CLOSING_MARK:
+            data->slashBeforeClose = true;
+            data->state = DECIDE;
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::END_OF_LIST:
+            data->state = END_OF_ATTRIBUTES;
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::LONE_MARK:
+            data->slashBeforeClose = true;
+            data->state = DECIDE;
+            return SP_MALFORMED;
+        case AttributeListStep::MALFORMED:
+            return SP_MALFORMED;
+    }
+    return SP_MALFORMED;
+}
+
+/// State 4. A "/" ends the call even with characters left; hosts rely on it.
+template <typename C, typename S>
+std::uint32_t EndTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data) {
+    const C next = Scan::Next(*context);
+    if (next != '/' && next != '>')
+        return SP_MALFORMED;
+    Scan::Advance(*context);
+    if (next == '/') {
         data->slashBeforeClose = true;
         data->state = DECIDE;
         return SP_NEED_MORE_DATA;
-    case AttributeListStep::END_OF_LIST:
-        data->state = END_OF_ATTRIBUTES;
-        return SP_NEED_MORE_DATA;
-    case AttributeListStep::MALFORMED:
-        return SP_MALFORMED;
     }
-    return SP_MALFORMED;
+    AttributesNormalizer<C, S>::Normalize(&data->attributes);
+    return SP_TOKEN_COMPLETE;
 }
 
 template <typename C, typename S>

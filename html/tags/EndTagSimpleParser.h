@@ -44,7 +44,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    bool ParseNext(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data);
 
     IdentifierSimpleParser<C, S> identifier;
     IdentifierSimpleParserData<C, S> identifierData;

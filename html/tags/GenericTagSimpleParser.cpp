@@ -1,5 +1,6 @@
 #include "html/tags/GenericTagSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 
@@ -35,59 +36,83 @@ std::uint32_t GenericTagSimpleParser<C, S>::BeginParse(Data* data) {
 template <typename C, typename S>
 std::uint32_t GenericTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
-        const C next = Scan::Next(*context);
         switch (static_cast<State>(data->state)) {
-        case FIRST:
-            if (next == '!') {
-                Scan::Advance(*context);
-                data->state = AFTER_EXCLAMATION_MARK;
+            case FIRST:
+                if (ParseFirst(context, data))
+                    return SP_TOKEN_COMPLETE;
                 continue;
-            }
-            if (next == '/') {
-                Scan::Advance(*context);
-                data->nextParser = ParserNames::END_TAG;
-            } else if (next == '?') {
-                Scan::Advance(*context);
-                data->nextParser = ParserNames::EXTERN_TAG;
-            } else {
-                data->nextParser = ParserNames::START_TAG;
-            }
-            return SP_TOKEN_COMPLETE;
-        case AFTER_EXCLAMATION_MARK:
-            if (next == '-') {
-                Scan::Advance(*context);
-                data->state = AFTER_HYPHEN;
+            case AFTER_EXCLAMATION_MARK:
+                if (ParseAfterExclamationMark(context, data))
+                    return SP_TOKEN_COMPLETE;
                 continue;
-            }
-            if (next == '[') {
+            case AFTER_HYPHEN:
+                if (Scan::Next(*context) != '-')
+                    return SP_MALFORMED;
                 Scan::Advance(*context);
-                identifier.BeginParse(&identifierData);
-                data->state = KEYWORD;
-                continue;
-            }
-            data->nextParser = ParserNames::ENTITY_TAG;
-            return SP_TOKEN_COMPLETE;
-        case AFTER_HYPHEN:
-            if (next != '-')
-                return SP_MALFORMED;
-            Scan::Advance(*context);
-            data->nextParser = ParserNames::COMMENT_TAG;
-            return SP_TOKEN_COMPLETE;
-        case KEYWORD:
-            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            if (EqualsKeyword(identifierData.text, "cdata"))
-                data->nextParser = ParserNames::CDATA_TAG;
-            else if (EqualsKeyword(identifierData.text, "if") || EqualsKeyword(identifierData.text, "endif"))
-                data->nextParser = ParserNames::CONDITIONAL_TAG;
-            else
-                return SP_MALFORMED;
-            TakeText(&identifierData.text, &data->keyword);
-            return SP_TOKEN_COMPLETE;
+                data->nextParser = ParserNames::COMMENT_TAG;
+                return SP_TOKEN_COMPLETE;
+            case KEYWORD:
+                if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                return ChooseByKeyword(data);
         }
         return SP_MALFORMED;
     }
     return SP_NEED_MORE_DATA;
+}
+
+/// State 0. True when the recognizer is named.
+template <typename C, typename S>
+bool GenericTagSimpleParser<C, S>::ParseFirst(SimpleParserContext<C, S>* context, Data* data) {
+    const C next = Scan::Next(*context);
+    if (next == '!') {
+        Scan::Advance(*context);
+        data->state = AFTER_EXCLAMATION_MARK;
+        return false;
+    }
+    if (next == '/') {
+        Scan::Advance(*context);
+        data->nextParser = ParserNames::END_TAG;
+    } else if (next == '?') {
+        Scan::Advance(*context);
+        data->nextParser = ParserNames::EXTERN_TAG;
+    } else {
+        data->nextParser = ParserNames::START_TAG;
+    }
+    return true;
+}
+
+/// State 1. True when the recognizer is named.
+template <typename C, typename S>
+bool GenericTagSimpleParser<C, S>::ParseAfterExclamationMark(SimpleParserContext<C, S>* context, Data* data) {
+    const C next = Scan::Next(*context);
+    if (next == '-') {
+        Scan::Advance(*context);
+        data->state = AFTER_HYPHEN;
+        return false;
+    }
+    if (next == '[') {
+        Scan::Advance(*context);
+        identifier.BeginParse(&identifierData);
+        data->state = KEYWORD;
+        return false;
+    }
+    data->nextParser = ParserNames::ENTITY_TAG;
+    return true;
+}
+
+/// State 3, with the word read.
+template <typename C, typename S>
+std::uint32_t GenericTagSimpleParser<C, S>::ChooseByKeyword(Data* data) {
+    const S& keyword = identifierData.text;
+    if (EqualsKeyword(keyword, "cdata"))
+        data->nextParser = ParserNames::CDATA_TAG;
+    else if (EqualsKeyword(keyword, "if") || EqualsKeyword(keyword, "endif"))
+        data->nextParser = ParserNames::CONDITIONAL_TAG;
+    else
+        return SP_MALFORMED;
+    TakeText(&identifierData.text, &data->keyword);
+    return SP_TOKEN_COMPLETE;
 }
 
 template <typename C, typename S>

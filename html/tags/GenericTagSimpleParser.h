@@ -35,6 +35,10 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    bool ParseFirst(SimpleParserContext<C, S>* context, Data* data);
+    bool ParseAfterExclamationMark(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ChooseByKeyword(Data* data);
+
     IdentifierSimpleParser<C, S> identifier;
     IdentifierSimpleParserData<C, S> identifierData;
 };

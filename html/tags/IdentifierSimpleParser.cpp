@@ -1,5 +1,6 @@
 #include "html/tags/IdentifierSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 
 namespace Kestra::HTML {

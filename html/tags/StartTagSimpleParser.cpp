@@ -1,5 +1,6 @@
 #include "html/tags/StartTagSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
@@ -45,40 +46,40 @@ template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
-        case PREFIX:
-            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&whiteSpaceData.text, &data->prefix);
-            data->state = NAME;
-            identifier.BeginParse(&identifierData);
-            continue;
-        case NAME:
-            if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&identifierData.text, &data->name);
-            if (data->name.size() == 1 && data->name[0] == '<')
-                return SP_NOT_THIS_TOKEN;
-            data->state = ATTRIBUTES;
-            RestartAttribute(&attribute, &attributeData, data->iso2022);
-            continue;
-        case ATTRIBUTES: {
-            const std::uint32_t result = ParseAttributes(context, data);
-            if (result != SP_NEED_MORE_DATA)
-                return result;
-            continue;
-        }
-        case END_OF_ATTRIBUTES: {
-            const std::uint32_t result = ParseEndOfAttributes(context, data);
-            if (result != SP_NEED_MORE_DATA)
-                return result;
-            continue;
-        }
-        case AFTER_SLASH:
-            if (Scan::Next(*context) != '>')
-                return SP_MALFORMED;
-            Scan::Advance(*context);
-            AttributesNormalizer<C, S>::Normalize(&data->attributes);
-            return SP_TOKEN_COMPLETE;
+            case PREFIX:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->prefix);
+                data->state = NAME;
+                identifier.BeginParse(&identifierData);
+                continue;
+            case NAME:
+                if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&identifierData.text, &data->name);
+                if (data->name.size() == 1 && data->name[0] == '<')
+                    return SP_NOT_THIS_TOKEN;
+                data->state = ATTRIBUTES;
+                RestartAttribute(&attribute, &attributeData, data->iso2022);
+                continue;
+            case ATTRIBUTES: {
+                const std::uint32_t result = ParseAttributes(context, data);
+                if (result != SP_NEED_MORE_DATA)
+                    return result;
+                continue;
+            }
+            case END_OF_ATTRIBUTES: {
+                const std::uint32_t result = ParseEndOfAttributes(context, data);
+                if (result != SP_NEED_MORE_DATA)
+                    return result;
+                continue;
+            }
+            case AFTER_SLASH:
+                if (Scan::Next(*context) != '>')
+                    return SP_MALFORMED;
+                Scan::Advance(*context);
+                AttributesNormalizer<C, S>::Normalize(&data->attributes);
+                return SP_TOKEN_COMPLETE;
         }
         return SP_MALFORMED;
     }
@@ -92,17 +93,21 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
     if (result != SP_TOKEN_COMPLETE)
         return result;
     switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '/')) {
-    case AttributeListStep::NEXT_ATTRIBUTE:
-        return SP_NEED_MORE_DATA;
-    case AttributeListStep::CLOSING_MARK:
-        data->selfClosing = true;
-        data->state = AFTER_SLASH;
-        return SP_NEED_MORE_DATA;
-    case AttributeListStep::END_OF_LIST:
-        data->state = END_OF_ATTRIBUTES;
-        return SP_NEED_MORE_DATA;
-    case AttributeListStep::MALFORMED:
-        return SP_MALFORMED;
+        case AttributeListStep::NEXT_ATTRIBUTE:
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::CLOSING_MARK:
+            data->selfClosing = true;
+            data->state = AFTER_SLASH;
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::END_OF_LIST:
+            data->state = END_OF_ATTRIBUTES;
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::LONE_MARK:
+            data->selfClosing = true;
+            data->state = AFTER_SLASH;
+            return SP_MALFORMED;
+        case AttributeListStep::MALFORMED:
+            return SP_MALFORMED;
     }
     return SP_MALFORMED;
 }

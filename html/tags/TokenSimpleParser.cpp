@@ -1,5 +1,6 @@
 #include "html/tags/TokenSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 
@@ -42,36 +43,36 @@ template <typename C, typename S>
 std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
-        case PREFIX:
-            if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
-                return SP_NEED_MORE_DATA;
-            TakeText(&whiteSpaceData.text, &data->prefix);
-            data->state = FIRST;
-            continue;
-        case FIRST:
-            if (Scan::Next(*context) == '>')
-                return SP_TOKEN_COMPLETE;
-            ParseFirst(context, data);
-            continue;
-        case UNQUOTED:
-            data->value.append(Scan::RunUntil(*context, Scan::WHITE_SPACE | Scan::GREATER_THAN | Scan::LESS_THAN));
-            return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
-        case SINGLE_QUOTED: {
-            const std::uint32_t result = singleQuoted.Parse(context, &singleQuotedData);
-            if (result == SP_TOKEN_COMPLETE) {
-                TakeText(&singleQuotedData.text, &data->value);
-                data->quote = QUOTE_SINGLE;
+            case PREFIX:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->prefix);
+                data->state = FIRST;
+                continue;
+            case FIRST:
+                if (Scan::Next(*context) == '>')
+                    return SP_TOKEN_COMPLETE;
+                ParseFirst(context, data);
+                continue;
+            case UNQUOTED:
+                data->value.append(Scan::RunUntil(*context, Scan::WHITE_SPACE | Scan::GREATER_THAN | Scan::LESS_THAN));
+                return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
+            case SINGLE_QUOTED: {
+                const std::uint32_t result = singleQuoted.Parse(context, &singleQuotedData);
+                if (result == SP_TOKEN_COMPLETE) {
+                    TakeText(&singleQuotedData.text, &data->value);
+                    data->quote = QUOTE_SINGLE;
+                }
+                return result;
             }
-            return result;
-        }
-        case DOUBLE_QUOTED: {
-            const std::uint32_t result = doubleQuoted.Parse(context, &doubleQuotedData);
-            if (result == SP_TOKEN_COMPLETE) {
-                TakeText(&doubleQuotedData.text, &data->value);
-                data->quote = QUOTE_DOUBLE;
+            case DOUBLE_QUOTED: {
+                const std::uint32_t result = doubleQuoted.Parse(context, &doubleQuotedData);
+                if (result == SP_TOKEN_COMPLETE) {
+                    TakeText(&doubleQuotedData.text, &data->value);
+                    data->quote = QUOTE_DOUBLE;
+                }
+                return result;
             }
-            return result;
-        }
         }
         return SP_MALFORMED;
     }

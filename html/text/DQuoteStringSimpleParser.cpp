@@ -1,5 +1,6 @@
 #include "html/text/DQuoteStringSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/text/LiteralScan.h"
 
 namespace Kestra::HTML {
@@ -20,6 +21,7 @@ std::uint32_t DQuoteStringSimpleParser<C, S>::BeginParse(Data* data) {
     data->lastChar = '*';
     data->allowEscapes = false;
     data->allowEscape2022 = false;
+    escape.BeginParse(&escapeData);
     return SP_NEED_MORE_DATA;
 }
 
@@ -31,20 +33,20 @@ std::uint32_t DQuoteStringSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* c
     if (Scan::AtEnd(*context))
         return SP_NEED_MORE_DATA;
     switch (static_cast<State>(data->state)) {
-    case IN_STRING: {
-        const Scan::Classes stops = data->allowEscape2022 ? Scan::QUOTATION_MARK | Scan::ESCAPE : Scan::QUOTATION_MARK;
-        if (!ReadLiteral(context, data, {}, stops))
-            return SP_NEED_MORE_DATA;
-        const C stop = Scan::Next(*context);
-        Scan::Advance(*context);
-        if (stop == '"')
-            return SP_TOKEN_COMPLETE;
-        data->state = ESCAPE_RUN;
-        escape.BeginParse(&escapeData);
-        return ParseEscape(context, data);
-    }
-    case ESCAPE_RUN:
-        return ParseEscape(context, data);
+        case IN_STRING: {
+            const Scan::Classes stops = data->allowEscape2022 ? Scan::QUOTATION_MARK | Scan::ESCAPE : Scan::QUOTATION_MARK;
+            if (!ReadLiteral(context, data, {}, stops))
+                return SP_NEED_MORE_DATA;
+            const C stop = Scan::Next(*context);
+            Scan::Advance(*context);
+            if (stop == '"')
+                return SP_TOKEN_COMPLETE;
+            data->state = ESCAPE_RUN;
+            escape.BeginParse(&escapeData);
+            return ParseEscape(context, data);
+        }
+        case ESCAPE_RUN:
+            return ParseEscape(context, data);
     }
     return SP_MALFORMED;
 }

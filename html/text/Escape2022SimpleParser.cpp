@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 
 namespace Kestra::HTML {
@@ -75,33 +76,33 @@ template <typename C, typename S>
 std::uint32_t Escape2022SimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
-        case DESIGNATION: {
-            const Match match = ReadSequenceCharacter(context, data, OPENING_SEQUENCES);
-            if (match == Match::PARTIAL)
+            case DESIGNATION: {
+                const Match match = ReadSequenceCharacter(context, data, OPENING_SEQUENCES);
+                if (match == Match::PARTIAL)
+                    continue;
+                KeepSequence(data);
+                if (match == Match::NONE)
+                    return SP_TOKEN_COMPLETE;
+                data->state = RUN;
                 continue;
-            KeepSequence(data);
-            if (match == Match::NONE)
-                return SP_TOKEN_COMPLETE;
-            data->state = RUN;
-            continue;
-        }
-        case RUN:
-            data->text.append(Scan::RunUntil(*context, Scan::ESCAPE));
-            if (!Scan::AtEnd(*context)) {
-                Scan::Advance(*context);
-                data->state = LATER_ESC;
             }
-            continue;
-        case LATER_ESC: {
-            const Match match = ReadSequenceCharacter(context, data, CLOSING_SEQUENCES);
-            if (match == Match::PARTIAL)
+            case RUN:
+                data->text.append(Scan::RunUntil(*context, Scan::ESCAPE));
+                if (!Scan::AtEnd(*context)) {
+                    Scan::Advance(*context);
+                    data->state = LATER_ESC;
+                }
                 continue;
-            KeepSequence(data);
-            if (match == Match::COMPLETE)
-                return SP_TOKEN_COMPLETE;
-            data->state = RUN;
-            continue;
-        }
+            case LATER_ESC: {
+                const Match match = ReadSequenceCharacter(context, data, CLOSING_SEQUENCES);
+                if (match == Match::PARTIAL)
+                    continue;
+                KeepSequence(data);
+                if (match == Match::COMPLETE)
+                    return SP_TOKEN_COMPLETE;
+                data->state = RUN;
+                continue;
+            }
         }
         return SP_MALFORMED;
     }

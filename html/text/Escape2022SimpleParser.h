@@ -12,11 +12,12 @@ struct KESTRA_HTML_API Escape2022SimpleParserData : SimpleParserData<C, S> {
     S pending;                ///< the escape sequence read so far, without its ESC
 };
 
-/// Reads an ISO-2022 run, from after its opening ESC to the end of the sequence that returns to a single-byte set. Never fails.
+/// Reads an ISO-2022 run, from after its opening ESC to the end of the sequence that returns to a single-byte set. Fits any input.
 ///
 /// Inside the run "<", quotes and "/" are data. It is owned by the recognizers of text and of double-quoted strings, which append what
 /// it collected to their own text.
-/// Source of the sequences: ISO 2022 designations as registered for ISO-2022-JP, -KR and -CN (RFC 1468, 1554, 1557 and 1922).
+/// Source of the sequences: ISO 2022 designations as registered for ISO-2022-JP, -KR and -CN (RFC 1468, 1554, 1557 and 1922), and those of
+/// JIS X 0213 and JIS X 0201.
 template <typename C, typename S>
 class KESTRA_HTML_API Escape2022SimpleParser final : public SimpleParser<C, S, Escape2022SimpleParserData<C, S>> {
 public:

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "html/framework/ParserNames.h"
 #include "html/framework/SimpleParser.h"
 
 namespace Kestra::HTML {
@@ -9,6 +10,8 @@ namespace Kestra::HTML {
 /// The junk gathered so far: bytes in both flavours. The wide flavour stores the two bytes of each character in memory order.
 template <typename C, typename S>
 struct KESTRA_HTML_API JunkSimpleParserData : SimpleParserData<C, S> {
+    static constexpr WideStringView PARSER_NAME = ParserNames::JUNK;
+
     std::string text;
 };
 

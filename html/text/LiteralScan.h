@@ -16,7 +16,7 @@ namespace Kestra::HTML {
 template <typename C, typename S, typename Data>
 bool ReadLiteral(SimpleParserContext<C, S>* context, Data* data, Scan::Classes always, Scan::Classes unescaped) {
     const std::uint64_t begin = context->position;
-    const Scan::Classes ends = always | unescaped;
+    const auto ends = static_cast<Scan::Classes>(always | unescaped);
     if (!data->allowEscapes) {
         Scan::RunUntil(*context, ends);
     } else {
@@ -28,7 +28,7 @@ bool ReadLiteral(SimpleParserContext<C, S>* context, Data* data, Scan::Classes a
                 Scan::Advance(*context);
                 continue;
             }
-            const std::basic_string_view<C> run = Scan::RunUntil(*context, ends | Scan::BACKSLASH);
+            const std::basic_string_view<C> run = Scan::RunUntil(*context, static_cast<Scan::Classes>(ends | Scan::BACKSLASH));
             if (!run.empty())
                 data->lastChar = run.back();
             if (Scan::AtEnd(*context) || (Scan::ClassesOf(Scan::Next(*context)) & ends) != 0)

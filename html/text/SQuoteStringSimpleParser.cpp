@@ -1,5 +1,6 @@
 #include "html/text/SQuoteStringSimpleParser.h"
 
+#include "html/framework/Instantiate.h"
 #include "html/text/LiteralScan.h"
 
 namespace Kestra::HTML {

@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 
 namespace Kestra::HTML {
@@ -41,6 +42,7 @@ std::uint32_t TextSimpleParser<C, S>::BeginParse(Data* data) {
     data->allowEscape2022 = false;
     data->text.clear();
     data->nextParserName.clear();
+    escape.BeginParse(&escapeData);
     return SP_NEED_MORE_DATA;
 }
 
@@ -55,22 +57,22 @@ template <typename C, typename S>
 std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
-        case IN_TEXT:
-            if (ParseText(context, data))
-                return SP_TOKEN_COMPLETE;
-            continue;
-        case AFTER_SLASH:
-            if (ParseAfterSlash(context, data))
-                return SP_TOKEN_COMPLETE;
-            continue;
-        case ESCAPE_RUN: {
-            const std::uint32_t result = escape.Parse(context, &escapeData);
-            if (result != SP_TOKEN_COMPLETE)
-                return result;
-            data->text += escapeData.text;
-            data->state = IN_TEXT;
-            continue;
-        }
+            case IN_TEXT:
+                if (ParseText(context, data))
+                    return SP_TOKEN_COMPLETE;
+                continue;
+            case AFTER_SLASH:
+                if (ParseAfterSlash(context, data))
+                    return SP_TOKEN_COMPLETE;
+                continue;
+            case ESCAPE_RUN: {
+                const std::uint32_t result = escape.Parse(context, &escapeData);
+                if (result != SP_TOKEN_COMPLETE)
+                    return result;
+                data->text += escapeData.text;
+                data->state = IN_TEXT;
+                continue;
+            }
         }
         return SP_MALFORMED;
     }
