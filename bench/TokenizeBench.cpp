@@ -120,15 +120,13 @@ void RegisterCorpus(const std::string& name, std::function<Corpus()> load, Feed 
     const auto add = [&](const char* flavour, auto run) {
         benchmark::RegisterBenchmark((name + "/" + flavour).c_str(), run)->Unit(benchmark::kMillisecond);
     };
-    add("8bit", [narrow, feed](benchmark::State& state) {
-        Tokenize<char, std::string>(state, narrow(), GenericParser::DATA_STREAM_8BIT, feed);
-    });
+    add("8bit",
+        [narrow, feed](benchmark::State& state) { Tokenize<char, std::string>(state, narrow(), GenericParser::DATA_STREAM_8BIT, feed); });
     add("8bit_wide_observer", [narrow, feed](benchmark::State& state) {
         Tokenize<WideChar, WideString>(state, narrow(), GenericParser::DATA_STREAM_8BIT, feed);
     });
-    add("16bit", [wide, feed](benchmark::State& state) {
-        Tokenize<WideChar, WideString>(state, wide(), GenericParser::DATA_STREAM_UTF16, feed);
-    });
+    add("16bit",
+        [wide, feed](benchmark::State& state) { Tokenize<WideChar, WideString>(state, wide(), GenericParser::DATA_STREAM_UTF16, feed); });
 }
 
 }  // namespace
@@ -137,9 +135,12 @@ void RegisterCorpus(const std::string& name, std::function<Corpus()> load, Feed 
 
 int main(int argc, char** argv) {
     using namespace Kestra::Bench;
-    RegisterCorpus("example_page", [] { return LoadPages(KESTRA_EXAMPLE_PAGES); }, Feed::STREAM);
-    RegisterCorpus("cppreference", [] { return LoadPages(REFERENCE_PAGES); }, Feed::STREAM);
-    RegisterCorpus("text_only", [] { return MakeText(TEXT_SIZE); }, Feed::WHOLE_BUFFER);
+    RegisterCorpus(
+        "example_page", [] { return LoadPages(KESTRA_EXAMPLE_PAGES); }, Feed::STREAM);
+    RegisterCorpus(
+        "cppreference", [] { return LoadPages(REFERENCE_PAGES); }, Feed::STREAM);
+    RegisterCorpus(
+        "text_only", [] { return MakeText(TEXT_SIZE); }, Feed::WHOLE_BUFFER);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;

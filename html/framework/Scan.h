@@ -52,16 +52,19 @@ constexpr std::array<Classes, 256> MakeClassTable() {
     return table;
 }
 
+/// Holds the table of one flavour. A member stays inside the library; a variable template would be exported.
 template <typename C>
-inline constexpr std::array<Classes, 256> CLASS_TABLE = MakeClassTable<C>();
+struct ClassTable {
+    static constexpr std::array<Classes, 256> CLASSES = MakeClassTable<C>();
+};
 
 inline Classes ClassesOf(char character) {
-    return CLASS_TABLE<char>[static_cast<unsigned char>(character)];
+    return ClassTable<char>::CLASSES[static_cast<unsigned char>(character)];
 }
 
 inline Classes ClassesOf(WideChar character) {
     if (character < 256)
-        return CLASS_TABLE<WideChar>[character];
+        return ClassTable<WideChar>::CLASSES[character];
     return IsSpace(character) ? WHITE_SPACE : Classes{0};
 }
 
