@@ -84,8 +84,9 @@ void CheckWhole(const DocumentRow& row, const Route& route, Feed feed, const Cut
     EXPECT_EQ(run.charset, route.wideInput ? 1200U : row.charset);
     ExpectPlace(row.input, run.line, run.column);
     ExpectPlace(row.input, run.lineAfterEnd, run.columnAfterEnd);
-    if (route.wideInput == (route.observed == Observed::WIDE))
+    if (route.wideInput == (route.observed == Observed::WIDE)) {
         EXPECT_EQ(run.output, ExpectedOutput(row.input, route));
+    }
 }
 
 void CheckRecovered(const BrokenRow& row, const Route& route, Feed feed, const Cuts& cuts) {
@@ -94,8 +95,9 @@ void CheckRecovered(const BrokenRow& row, const Route& route, Feed feed, const C
     EXPECT_EQ(run.parseResult, 0U);
     EXPECT_EQ(run.endResult, 0U);
     ExpectPlace(row.input, run.line, run.column);
-    if (route.wideInput == (route.observed == Observed::WIDE))
+    if (route.wideInput == (route.observed == Observed::WIDE)) {
         EXPECT_EQ(run.output, ExpectedOutput(row.input, route));
+    }
 }
 
 void CheckFailed(const BrokenRow& row, const Route& route, Feed feed, const Cuts& cuts) {
@@ -185,9 +187,8 @@ void CheckRow(const BrokenRow& row) {
 const char EVERY_CALLBACK[] = "t<a><b/></a><script>'s'\"d\"</script><style></style><i j / >";
 
 const Lines EVERY_CALLBACK_TOKENS = {
-    "text(t)",     "start(|a||)", "short(|b||)",       "end(|a|||)", "start(|script||)", "js-start",  "s-string(s)",
-    "d-string(d)", "end(|script|||)", "js-end", "start(|style||)", "css-start", "end(|style|||)", "css-end",
-    "junk(<i j / )", "junk(>)",
+    "text(t)",         "start(|a||)", "short(|b||)",     "end(|a|||)", "start(|script||)", "js-start", "s-string(s)",   "d-string(d)",
+    "end(|script|||)", "js-end",      "start(|style||)", "css-start",  "end(|style|||)",   "css-end",  "junk(<i j / )", "junk(>)",
 };
 
 }  // namespace Kestra::Test

@@ -85,8 +85,8 @@ class HookedObserver : public Trace::TraceObserver<C, S> {
 public:
     using Base = Trace::TraceObserver<C, S>;
 
-    /// @param tracedLines  borrowed
-    explicit HookedObserver(Lines* tracedLines) : Base(tracedLines), lines(tracedLines) {}
+    /// @param target  borrowed
+    explicit HookedObserver(Lines* target) : Base(target), lines(target) {}
 
     /// Called with the line of each callback, inside the callback.
     std::function<void(const std::string&)> hook;

@@ -25,13 +25,17 @@ Lines InStyle(const Lines& tokens) {
 
 TEST(ScriptAndStyleTest, WhatBeginsAndEndsThem) {
     const DocumentRow rows[] = {
-        {"the notifications follow their tags", "a<script>b</script>c",
+        {"the notifications follow their tags",
+         "a<script>b</script>c",
          {"text(a)", "start(|script||)", "js-start", "text(b)", "end(|script|||)", "js-end", "text(c)"}},
-        {"and those of style theirs", "a<style>b</style>c",
+        {"and those of style theirs",
+         "a<style>b</style>c",
          {"text(a)", "start(|style||)", "css-start", "text(b)", "end(|style|||)", "css-end", "text(c)"}},
-        {"upper and lower case", "<SCRIPT></ScRiPt><Style></STYLE>",
+        {"upper and lower case",
+         "<SCRIPT></ScRiPt><Style></STYLE>",
          {"start(|SCRIPT||)", "js-start", "end(|ScRiPt|||)", "js-end", "start(|Style||)", "css-start", "end(|STYLE|||)", "css-end"}},
-        {"blanks and attributes", "< script src=x>'</'</ script x='>' ><p>",
+        {"blanks and attributes",
+         "< script src=x>'</'</ script x='>' ><p>",
          {"start( |script|{ |src|=|x}|)", "js-start", "s-string(</)", "end( |script| |{|x|=|'>'}| )", "js-end", "start(|p||)"}},
         {"a short tag begins no script", "<script/><b>", {"short(|script||)", "start(|b||)"}},
         {"nor with a blank", "<script /><b>'", {"short(|script|| )", "start(|b||)", "text(')"}},
@@ -40,11 +44,14 @@ TEST(ScriptAndStyleTest, WhatBeginsAndEndsThem) {
         {"a name that only begins with \"script\"", "<scripts><b>", {"start(|scripts||)", "start(|b||)"}},
         {"a stray end tag of script calls its notification", "x</script>'y'", {"text(x)", "end(|script|||)", "js-end", "text('y')"}},
         {"and one of style its own", "</style>'y'", {"end(|style|||)", "css-end", "text('y')"}},
-        {"an unclosed end tag is a tag", "<script></script<p>",
+        {"an unclosed end tag is a tag",
+         "<script></script<p>",
          {"start(|script||)", "js-start", "end(|script|||, open)", "js-end", "start(|p||)"}},
-        {"a slash behind the end tag's name", "<script></script />x",
+        {"a slash behind the end tag's name",
+         "<script></script />x",
          {"start(|script||)", "js-start", "end(|script| ||, slash)", "js-end", "text(x)"}},
-        {"script behind script", "<script>'</script><script>'\"</script>\"</script>x",
+        {"script behind script",
+         "<script>'</script><script>'\"</script>\"</script>x",
          {"start(|script||)", "js-start", "s-string(</script><script>)", "d-string(</script>)", "end(|script|||)", "js-end", "text(x)"}},
         {"the input may end in a script", "<script>x", {"start(|script||)", "js-start", "text(x)"}},
         {"and in a style", "<style>x", {"start(|style||)", "css-start", "text(x)"}},
@@ -54,7 +61,8 @@ TEST(ScriptAndStyleTest, WhatBeginsAndEndsThem) {
 }
 
 TEST(ScriptAndStyleTest, ANulIsNoEndOfTheName) {
-    const DocumentRow row{"a NUL behind \"script\"", std::string("<script\0><b>'", 13), {"start(|script\\x00||)", "start(|b||)", "text(')"}};
+    const DocumentRow row{
+        "a NUL behind \"script\"", std::string("<script\0><b>'", 13), {"start(|script\\x00||)", "start(|b||)", "text(')"}};
     for (const Route& route : {NARROW_TO_NARROW, NARROW_TO_WIDE, WIDE_TO_WIDE})
         CheckRow(row, route);
 }
@@ -83,8 +91,7 @@ TEST(ScriptAndStyleTest, TagsThatAreTextInScript) {
         {"a declaration", "a<!b>", {"text(a)", "text(<!b>)"}},
         {"a processing instruction", "a<?b?>", {"text(a)", "text(<?b?>)"}},
         {"a foreign end tag", "x</p>", {"text(x)", "text(</p>)"}},
-        {"a foreign end tag with everything in it", "x</ p\ta = 'b'  c=\"d\" />y",
-         {"text(x)", "text(</ p\\ta = 'b'  c=\"d\" />y)"}},
+        {"a foreign end tag with everything in it", "x</ p\ta = 'b'  c=\"d\" />y", {"text(x)", "text(</ p\\ta = 'b'  c=\"d\" />y)"}},
         {"a foreign end tag that is not closed", "x</b", {"text(x)", "text(</b)"}},
         {"a foreign end tag that takes words up", "</p a=1 b c>;", {"text(</p a=1 b c>;)"}},
         {"a foreign end tag with a slash behind a value", "</p a=1/>", {"text(</p a=1/>)"}},
@@ -173,7 +180,8 @@ TEST(ScriptAndStyleTest, Style) {
         {"the end tag of script is text", "<style>a</script>b</style>", InStyle({"text(a)", "text(</script>b)"})},
         {"the end tag of style in a script is text", "<script></style>'</script>'</script>",
          InScript({"text(</style>)", "s-string(</script>)"})},
-        {"a script behind a style", "<style>a/b</style><script>a/b</script>",
+        {"a script behind a style",
+         "<style>a/b</style><script>a/b</script>",
          {"start(|style||)", "css-start", "text(a/b)", "end(|style|||)", "css-end", "start(|script||)", "js-start", "text(a)", "text(/b)",
           "end(|script|||)", "js-end"}},
     };
@@ -182,28 +190,61 @@ TEST(ScriptAndStyleTest, Style) {
 
 TEST(ScriptAndStyleTest, ConstructsThatTheInputLeavesOpen) {
     const BrokenRow rows[] = {
-        {"a single-quoted string", "<script>x='ab", {"start(|script||)", "js-start", "text(x=)", "junk('ab)"},
-         {"start(|script||)", "js-start", "text(x=)"}, 0, 16},
-        {"a double-quoted string", "<style>x=\"ab", {"start(|style||)", "css-start", "text(x=)", "junk(\"ab)"},
-         {"start(|style||)", "css-start", "text(x=)"}, 0, 16},
+        {"a single-quoted string",
+         "<script>x='ab",
+         {"start(|script||)", "js-start", "text(x=)", "junk('ab)"},
+         {"start(|script||)", "js-start", "text(x=)"},
+         0,
+         16},
+        {"a double-quoted string",
+         "<style>x=\"ab",
+         {"start(|style||)", "css-start", "text(x=)", "junk(\"ab)"},
+         {"start(|style||)", "css-start", "text(x=)"},
+         0,
+         16},
         {"an opening quote", "<script>'", {"start(|script||)", "js-start", "junk(')"}, {"start(|script||)", "js-start"}, 0, 16},
-        {"an escape in a string", "<script>'a\\", {"start(|script||)", "js-start", "junk('a\\\\)"}, {"start(|script||)", "js-start"}, 0, 16},
-        {"a \"<\"", "<script>a<", {"start(|script||)", "js-start", "text(a)", "junk(<)"}, {"start(|script||)", "js-start", "text(a)"}, 0, 16},
-        {"a \"<!\"", "<script>a<!", {"start(|script||)", "js-start", "text(a)", "junk(<!)"}, {"start(|script||)", "js-start", "text(a)"},
-         0, 16},
-        {"a foreign end tag", "<script>a</p x", {"start(|script||)", "js-start", "text(a)", "junk(</p x)"},
-         {"start(|script||)", "js-start", "text(a)"}, 0, 16},
-        {"the end tag of the script", "<script>a</script", {"start(|script||)", "js-start", "text(a)", "junk(</script)"},
-         {"start(|script||)", "js-start", "text(a)"}, 0, 16},
+        {"an escape in a string",
+         "<script>'a\\",
+         {"start(|script||)", "js-start", "junk('a\\\\)"},
+         {"start(|script||)", "js-start"},
+         0,
+         16},
+        {"a \"<\"",
+         "<script>a<",
+         {"start(|script||)", "js-start", "text(a)", "junk(<)"},
+         {"start(|script||)", "js-start", "text(a)"},
+         0,
+         16},
+        {"a \"<!\"",
+         "<script>a<!",
+         {"start(|script||)", "js-start", "text(a)", "junk(<!)"},
+         {"start(|script||)", "js-start", "text(a)"},
+         0,
+         16},
+        {"a foreign end tag",
+         "<script>a</p x",
+         {"start(|script||)", "js-start", "text(a)", "junk(</p x)"},
+         {"start(|script||)", "js-start", "text(a)"},
+         0,
+         16},
+        {"the end tag of the script",
+         "<script>a</script",
+         {"start(|script||)", "js-start", "text(a)", "junk(</script)"},
+         {"start(|script||)", "js-start", "text(a)"},
+         0,
+         16},
     };
     CheckRows(rows);
 }
 
 TEST(ScriptAndStyleTest, JunkInScriptLeavesItAScript) {
     const BrokenRow rows[] = {
-        {"a broken foreign end tag", "<script></p / >'<'</script>b",
+        {"a broken foreign end tag",
+         "<script></p / >'<'</script>b",
          {"start(|script||)", "js-start", "junk(</p / )", "junk(>')", "text(<)", "junk('</script>b)"},
-         {"start(|script||)", "js-start"}, 11, 16},
+         {"start(|script||)", "js-start"},
+         11,
+         16},
     };
     CheckRows(rows);
 }

@@ -1,0 +1,435 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "platform/MemoryInputStream.h"
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestStreams.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using NarrowObserver = HookedObserver<char, std::string>;
+using WideObserver = HookedObserver<WideChar, WideString>;
+
+/// The bytes of a document for one of the parsers.
+std::string BytesFor(std::string_view latin1, bool wide) {
+    return wide ? ToUtf16LE(latin1) : std::string(latin1);
+}
+
+GenericParser::DataStreamType TypeFor(bool wide) {
+    return wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT;
+}
+
+/// Two documents that make every callback together, and the lines of both for the observer of their parser's flavour.
+struct Scene {
+    bool wide = false;
+
+    void Play(GenericParser* parser) const {
+        EXPECT_EQ(parser->StartParse(1252, TypeFor(wide)), 0U);
+        VFS::MemoryInputStream stream(BytesFor(EVERY_CALLBACK, wide));
+        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
+        EXPECT_EQ(parser->EndParse(), 0U);
+
+        EXPECT_EQ(parser->StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+        const std::string marked = (wide ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor("a<b>c", wide);
+        EXPECT_EQ(parser->ParseBuffer(marked.data(), marked.size()), 0U);
+        EXPECT_EQ(parser->EndParse(), 0U);
+    }
+
+    Lines Trace() const {
+        Lines lines = WholeTrace(EVERY_CALLBACK_TOKENS, wide ? WIDE_TO_WIDE : NARROW_TO_NARROW);
+        for (const char* const line :
+             {"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)", "text(c)", "end-parsing"})
+            lines.push_back(line);
+        return lines;
+    }
+};
+
+template <typename Observer>
+class ReentranceTest : public testing::Test {};
+
+using Observers = testing::Types<NarrowObserver, WideObserver>;
+TYPED_TEST_SUITE(ReentranceTest, Observers);
+
+TYPED_TEST(ReentranceTest, CallsThatFeedGive2AndChangeNothing) {
+    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
+    const TemporaryFolder folder;
+    const WideString file = folder.Write("document.html", "<file>").string<WideChar>();
+    Lines lines;
+    TypeParam observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    int callbacks = 0;
+    int destructions = 0;
+    observer.hook = [&](const std::string& line) {
+        SCOPED_TRACE("in " + line);
+        ++callbacks;
+        const std::uint64_t lineNumber = parser.GetLine();
+        const std::uint64_t column = parser.GetColumn();
+        const WideString name = parser.GetCurrentParserName();
+        EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 2U);
+        EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_UTF16), 2U);
+        EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_AUTO), 2U);
+        EXPECT_EQ(parser.ParseBuffer("<buffer>", 8), 2U);
+        FaultyInputStream borrowed("<borrowed>");
+        EXPECT_EQ(parser.ParseStream(&borrowed, false), 2U);
+        EXPECT_EQ(borrowed.GetReadCalls(), 0U);
+        // A stream that is not taken stays the caller's.
+        auto owned = std::make_unique<FaultyInputStream>("<owned>");
+        owned->CountDestructions(&destructions);
+        EXPECT_EQ(parser.ParseStream(owned.get(), true), 2U);
+        EXPECT_EQ(parser.ParseStream(nullptr, true), 2U);
+        EXPECT_EQ(destructions, 0);
+        owned.reset();
+        EXPECT_EQ(destructions, 1);
+        destructions = 0;
+        EXPECT_EQ(parser.ParseFile(file.c_str()), 2U);
+        EXPECT_EQ(parser.EndParse(), 2U);
+        EXPECT_EQ(parser.GetLine(), lineNumber);
+        EXPECT_EQ(parser.GetColumn(), column);
+        EXPECT_TRUE(parser.GetCurrentParserName() == name);
+        EXPECT_EQ(parser.IsWParser(), scene.wide);
+    };
+    scene.Play(&parser);
+    EXPECT_EQ(Join(lines), Join(scene.Trace()));
+    EXPECT_EQ(static_cast<std::size_t>(callbacks), lines.size());
+}
+
+TYPED_TEST(ReentranceTest, QueriesAndSettersWork) {
+    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
+    Lines lines;
+    TypeParam observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    observer.hook = [&](const std::string& line) {
+        SCOPED_TRACE("in " + line);
+        EXPECT_GE(parser.GetLine(), 1U);
+        EXPECT_FALSE(parser.GetCurrentParserName().empty());
+        EXPECT_EQ(parser.IsWParser(), scene.wide);
+        EXPECT_FALSE(parser.NeedsReparsing());
+        EXPECT_FALSE(parser.WasCharsetDetectorUsed());
+        EXPECT_EQ(parser.SetDetectCharsetErrors(true), 0U);
+        EXPECT_TRUE(parser.GetDetectCharsetErrors());
+        EXPECT_EQ(parser.SetDetectCharsetErrors(false), 0U);
+        EXPECT_EQ(parser.SetChrDetMinConfidence(60), 0U);
+        EXPECT_EQ(parser.GetChrDetMinConfidence(), 60U);
+        StringNS::CharSet::Code code = 1;
+        EXPECT_EQ(parser.DetectCharset("abc", 3, &code), 707U);
+        EXPECT_EQ(code, 1U);
+    };
+    scene.Play(&parser);
+    EXPECT_EQ(Join(lines), Join(scene.Trace()));
+}
+
+TYPED_TEST(ReentranceTest, AnObserverBoundInACallbackGetsTheNextOne) {
+    // At every callback of the scene the second observer takes over, at once and for good.
+    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
+    const Lines trace = scene.Trace();
+    for (std::size_t handOver = 0; handOver < trace.size(); ++handOver) {
+        SCOPED_TRACE("behind " + trace[handOver]);
+        Lines lines;
+        Lines linesOfSecond;
+        TypeParam observer(&lines);
+        TypeParam second(&linesOfSecond);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        observer.hook = [&](const std::string&) {
+            if (lines.size() == handOver + 1) {
+                EXPECT_EQ(parser.SetObserver(&second, false), 0U);
+            }
+        };
+        scene.Play(&parser);
+        const auto middle = trace.begin() + static_cast<std::ptrdiff_t>(handOver) + 1;
+        EXPECT_EQ(Join(lines), Join(Lines(trace.begin(), middle)));
+        EXPECT_EQ(Join(linesOfSecond), Join(Lines(middle, trace.end())));
+    }
+}
+
+TYPED_TEST(ReentranceTest, AnObserverUnboundInACallbackGetsNothingMore) {
+    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
+    const Lines trace = scene.Trace();
+    for (std::size_t last = 0; last < trace.size(); ++last) {
+        SCOPED_TRACE("behind " + trace[last]);
+        Lines lines;
+        TypeParam observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        observer.hook = [&](const std::string&) {
+            if (lines.size() == last + 1)
+                parser.SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+        };
+        scene.Play(&parser);
+        EXPECT_EQ(lines.size(), last + 1);
+    }
+}
+
+TEST(ObserverTest, AnObserverOfTheOtherFlavourBoundInACallbackGetsTheNextOne) {
+    Lines lines;
+    NarrowObserver narrow(&lines);
+    WideObserver wide(&lines);
+    GenericParser parser;
+    parser.SetObserver(&narrow, false);
+    // Each takes turns with the other.
+    narrow.hook = [&](const std::string&) { parser.SetObserver(&wide, false); };
+    wide.hook = [&](const std::string&) { parser.SetObserver(&narrow, false); };
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    const std::string document = "\xE9<\xE9>\xE9</\xE9>\xE9";
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(Join(lines), Join({"start-parsing", "charset(1252)", "text(\\xE9)", "start(|\\u00E9||)", "text(\\xE9)", "end(|\\u00E9|||)",
+                                 "text(\\xE9)", "end-parsing"}));
+}
+
+TEST(ObserverTest, ACallbackMayFeedAnotherParser) {
+    Lines lines;
+    Lines innerLines;
+    NarrowObserver observer(&lines);
+    NarrowObserver innerObserver(&innerLines);
+    GenericParser parser;
+    GenericParser inner;
+    parser.SetObserver(&observer, false);
+    inner.SetObserver(&innerObserver, false);
+    innerObserver.hook = [&](const std::string&) {
+        // Both calls are on the stack.
+        EXPECT_EQ(parser.ParseBuffer("x", 1), 2U);
+        EXPECT_EQ(inner.ParseBuffer("x", 1), 2U);
+    };
+    observer.hook = [&](const std::string& line) {
+        EXPECT_EQ(inner.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+        EXPECT_EQ(inner.ParseBuffer(line.data(), line.size()), 0U);
+        EXPECT_EQ(inner.EndParse(), 0U);
+    };
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.ParseBuffer("a<b>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(Join(lines), "start-parsing\ntext(a)\nstart(|b||)\nend-parsing\n");
+    EXPECT_EQ(Join(innerLines),
+              "start-parsing\ntext(start-parsing)\nend-parsing\nstart-parsing\ntext(text(a))\nend-parsing\n"
+              "start-parsing\ntext(start(|b||))\nend-parsing\nstart-parsing\ntext(end-parsing)\nend-parsing\n");
+}
+
+TEST(ObserverTest, ACopyMadeInACallbackMayBeFed) {
+    Lines lines;
+    NarrowObserver observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    std::unique_ptr<GenericParser> copy;
+    observer.hook = [&](const std::string& line) {
+        if (line == "start(|b||)")
+            copy = std::make_unique<GenericParser>(parser);
+    };
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.ParseBuffer("a<b>c", 5), 0U);
+    ASSERT_NE(copy, nullptr);
+    lines.clear();
+    EXPECT_EQ(copy->StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(copy->ParseBuffer("d<e>", 4), 0U);
+    EXPECT_EQ(copy->EndParse(), 0U);
+    EXPECT_EQ(Join(lines), "start-parsing\ntext(d)\nstart(|e||)\nend-parsing\n");
+}
+
+TEST(ObserverTest, WhatBelongsToOneDocumentIsClearedBeforeTheNextOneStarts) {
+    Lines lines;
+    WideObserver observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.SetDetectCharsetErrors(true);
+    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseBuffer("\n\xFF<a><script>'", 14), 0U);
+    EXPECT_TRUE(parser.HasCharsetErrors());
+    bool started = false;
+    observer.hook = [&](const std::string& line) {
+        if (line != "start-parsing")
+            return;
+        started = true;
+        EXPECT_FALSE(parser.HasCharsetErrors());
+        EXPECT_FALSE(parser.NeedsReparsing());
+        EXPECT_FALSE(parser.WasCharsetDetectorUsed());
+        EXPECT_EQ(parser.GetLine(), 1U);
+        EXPECT_EQ(parser.GetColumn(), 1U);
+        EXPECT_TRUE(parser.GetCurrentParserName() == KESTRA_WIDE("TextSimpleParser"));
+    };
+    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_TRUE(started);
+}
+
+TEST(ObserverTest, OnlyTheObserverBoundLastIsCalled) {
+    Lines lines;
+    Lines wideLines;
+    Trace::TraceObserver<char, std::string> narrow(&lines);
+    Trace::TraceObserver<WideChar, WideString> wide(&wideLines);
+    GenericParser parser;
+    EXPECT_EQ(parser.SetObserver(&narrow, false), 0U);
+    EXPECT_EQ(parser.SetObserver(&wide, false), 0U);
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseBuffer("a<b>", 4), 0U);
+    EXPECT_EQ(Join(lines), "");
+    EXPECT_EQ(Join(wideLines), "start-parsing\ncharset(1252)\ntext(a)\nstart(|b||)\n");
+    wideLines.clear();
+    EXPECT_EQ(parser.SetObserver(&narrow, false), 0U);
+    EXPECT_EQ(parser.ParseBuffer("c<d>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(Join(lines), "text(c)\nstart(|d||)\nend-parsing\n");
+    EXPECT_EQ(Join(wideLines), "");
+}
+
+/// Thrown by an observer.
+struct ObserverError : std::runtime_error {
+    ObserverError() : std::runtime_error("the observer gives up") {}
+};
+
+/// Runs `step` and answers whether the observer's exception came through.
+template <typename Step>
+bool Throws(Step step) {
+    try {
+        step();
+    } catch (const ObserverError&) {
+        return true;
+    }
+    return false;
+}
+
+enum class AfterException { START, END, DESTROY, FEED };
+
+template <typename Observer>
+class ExceptionTest : public testing::Test {};
+TYPED_TEST_SUITE(ExceptionTest, Observers);
+
+TYPED_TEST(ExceptionTest, PassesThroughEveryCallback) {
+    const bool wide = std::is_same_v<TypeParam, WideObserver>;
+    const Lines trace = WholeTrace(EVERY_CALLBACK_TOKENS, wide ? WIDE_TO_WIDE : NARROW_TO_NARROW);
+    for (const AfterException after : {AfterException::START, AfterException::END, AfterException::DESTROY, AfterException::FEED}) {
+        for (const bool owned : {false, true}) {
+            for (std::size_t throwing = 0; throwing < trace.size(); ++throwing) {
+                SCOPED_TRACE("from " + trace[throwing] + (owned ? ", owned stream" : ", borrowed stream"));
+                Lines lines;
+                TypeParam observer(&lines);
+                int destructions = 0;
+                auto stream = std::make_unique<FaultyInputStream>(BytesFor(EVERY_CALLBACK, wide));
+                stream->CountDestructions(&destructions);
+                auto parser = std::make_unique<GenericParser>();
+                parser->SetObserver(&observer, false);
+                observer.hook = [&](const std::string&) {
+                    if (lines.size() == throwing + 1)
+                        throw ObserverError();
+                };
+                bool thrown = Throws([&] { parser->StartParse(1252, TypeFor(wide)); });
+                if (!thrown) {
+                    VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+                    thrown = Throws([&] { parser->ParseStream(fed, owned); });
+                    // The end of the stream is behind every token but the last junk.
+                    EXPECT_EQ(destructions, owned ? 1 : 0);
+                    if (!thrown)
+                        thrown = Throws([&] { parser->EndParse(); });
+                }
+                EXPECT_TRUE(thrown);
+                EXPECT_EQ(Join(lines), Join(Lines(trace.begin(), trace.begin() + static_cast<std::ptrdiff_t>(throwing) + 1)));
+
+                EXPECT_GE(parser->GetLine(), 1U);
+                EXPECT_FALSE(parser->NeedsReparsing());
+                switch (after) {
+                    case AfterException::START:
+                        break;
+                    case AfterException::END:
+                        parser->EndParse();
+                        EXPECT_EQ(parser->EndParse(), 0U);
+                        break;
+                    case AfterException::DESTROY:
+                        parser.reset();
+                        break;
+                    case AfterException::FEED: {
+                        const std::string more = BytesFor("x<y>'z", wide);
+                        parser->ParseBuffer(more.data(), more.size());
+                        parser->EndParse();
+                        break;
+                    }
+                }
+                stream.reset();
+                EXPECT_EQ(destructions, 1);
+                if (parser == nullptr)
+                    continue;
+                lines.clear();
+                observer.hook = nullptr;
+                VFS::MemoryInputStream next(BytesFor(EVERY_CALLBACK, wide));
+                EXPECT_EQ(parser->StartParse(1252, TypeFor(wide)), 0U);
+                EXPECT_EQ(parser->ParseStream(&next, false), 0U);
+                EXPECT_EQ(parser->EndParse(), 0U);
+                EXPECT_EQ(Join(lines), Join(trace));
+            }
+        }
+    }
+}
+
+TYPED_TEST(ExceptionTest, PassesThroughAMark) {
+    const bool wide = std::is_same_v<TypeParam, WideObserver>;
+    const std::string mark = wide ? "\xFF\xFE" : "\xEF\xBB\xBF";
+    for (const char* const thrower : {"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)"}) {
+        SCOPED_TRACE(thrower);
+        Lines lines;
+        TypeParam observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        observer.hook = [&](const std::string& line) {
+            if (line == thrower)
+                throw ObserverError();
+        };
+        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+        EXPECT_TRUE(Throws([&] { parser.ParseBuffer(mark.data(), mark.size()); }));
+        parser.GetCharset();
+        observer.hook = nullptr;
+        parser.EndParse();
+        lines.clear();
+        const std::string document = mark + BytesFor("a<b>", wide);
+        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+        EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(Join(lines), Join({"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)", "end-parsing"}));
+    }
+}
+
+TYPED_TEST(ExceptionTest, PassesThroughTheEnd) {
+    // The callbacks that `EndParse` itself makes: pending text, junk of an open construct, the end.
+    const bool wide = std::is_same_v<TypeParam, WideObserver>;
+    for (const char* const document : {"a", "<b", "<script>'", "<a / >x", "<a>"}) {
+        for (const int throwing : {1, 2}) {
+            SCOPED_TRACE(document);
+            Lines lines;
+            TypeParam observer(&lines);
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
+            auto stream = std::make_unique<VFS::MemoryInputStream>(BytesFor(document, wide));
+            EXPECT_EQ(parser.ParseStream(stream.get(), false), 0U);
+            int calls = 0;
+            observer.hook = [&](const std::string&) {
+                if (++calls == throwing)
+                    throw ObserverError();
+            };
+            const bool thrown = Throws([&] { parser.EndParse(); });
+            EXPECT_EQ(thrown, calls == throwing);
+            // The borrowed stream has been forgotten.
+            stream.reset();
+            observer.hook = nullptr;
+            parser.EndParse();
+            EXPECT_EQ(parser.EndParse(), 0U);
+            lines.clear();
+            const std::string next = BytesFor("'x'<b>", wide);
+            EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
+            EXPECT_EQ(parser.ParseBuffer(next.data(), next.size()), 0U);
+            EXPECT_EQ(parser.EndParse(), 0U);
+            EXPECT_EQ(Join(lines),
+                      Join({"start-parsing", Trace::FormatCharset(wide ? 1200 : 1252), "text('x')", "start(|b||)", "end-parsing"}));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,360 @@
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Services.h"
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/RecognizerRun.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+
+TEST(DeliveryTest, A8BitDocumentForAWideObserver) {
+    struct Row {
+        const char* note;
+        StringNS::CharSet::Code charset;
+        std::string input;
+        Lines tokens;
+    };
+    const Row rows[] = {
+        {"1252 in a value", 1252, "<p title='\xE9'>", {"start(|p|{ |title|=|'\\u00E9'}|)"}},
+        {"1252, a byte above Latin-1", 1252, "\x80<\x93>", {"text(\\u20AC)", "start(|\\u201C||)"}},
+        {"1252, its undefined bytes", 1252, "\x81\x8D\x8F\x90\x9D", {"text(\\u0081\\u008D\\u008F\\u0090\\u009D)"}},
+        {"UTF-8",
+         65001,
+         "\xD0\x96<p t=\"\xE3\x81\x82\">\xF0\x9F\x98\x80</\xC3\xA9>",
+         {"text(\\u0416)", "start(|p|{ |t|=|\"\\u3042\"}|)", "text(\\uD83D\\uDE00)", "end(|\\u00E9|||)"}},
+        {"UTF-8, what is invalid", 65001, "a\xFF<b c=\xE3\x81>", {"text(a\\uFFFD)", "start(|b|{ |c|=|\\uFFFD}|)"}},
+        {"932, with a second byte that is a backslash", 932, "\x83\x5C<a b='\x82\xA0'>", {"text(\\u30BD)", "start(|a|{ |b|=|'\\u3042'}|)"}},
+        {"1251", 1251, "\xC6<\xE6>", {"text(\\u0416)", "start(|\\u0436||)"}},
+        {"20866", 20866, "\xF6", {"text(\\u0416)"}},
+        {"54936, four bytes for a character", 54936, "\x94\x39\xFC\x36", {"text(\\uD83D\\uDE00)"}},
+        {"1200 read as bytes: pairs make a character, an odd last byte none", 1200, "a\x30<bc>", {"text(\\u3061)", "start(|\\u6362||)"}},
+        {"28591", 28591, "\x80\xE9", {"text(\\u0080\\u00E9)"}},
+        {"20127: bytes from 128 up have no meaning", 20127, "a\xE9", {"text(a\\uFFFD)"}},
+        {"0 means 1252", 0, "\x80", {"text(\\u20AC)"}},
+        {"NULs are kept", 1252, std::string("a\0b\0<c d='\0'>\0", 14), {"text(a\\x00b\\x00)", "start(|c|{ |d|=|'\\x00'}|)", "text(\\x00)"}},
+        {"every field of a start tag",
+         1252,
+         "< \xE9 \xE8 \xEA = '\xEB' \n>",
+         {"start( |\\u00E9|{ |\\u00E8}{ |\\u00EA| = |'\\u00EB'}| \\n)"}},
+        {"every field of a short tag",
+         1252,
+         "< \xE9 \xE8 \xEA\t=\t'\xEB' />",
+         {"short( |\\u00E9|{ |\\u00E8}{ |\\u00EA|\\t=\\t|'\\u00EB'}| )"}},
+        {"every field of an end tag", 1252, "</ \xE9\t\xE8 = \"\xEB\" />", {"end( |\\u00E9|\\t|{|\\u00E8| = |\"\\u00EB\"}| , slash)"}},
+        {"an end tag that is not closed", 1252, "</\xE9<a>", {"end(|\\u00E9|||, open)", "start(|a||)"}},
+        {"script strings",
+         1252,
+         "<script>'\xE9'\"\xE8\"\xEA",
+         {"start(|script||)", "js-start", "s-string(\\u00E9)", "d-string(\\u00E8)", "text(\\u00EA)"}},
+    };
+    for (const Row& row : rows) {
+        for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
+            SCOPED_TRACE(row.note);
+            ForEverySplit(row.input, [&](const Cuts& cuts) {
+                DocumentSettings settings = SettingsFor(NARROW_TO_WIDE, feed, row.charset);
+                // Detection at the end of a stream has tests of its own.
+                settings.minConfidence = 101;
+                const DocumentRun run = ParseDocument(row.input, cuts, settings);
+                Lines expected{"start-parsing", Trace::FormatCharset(row.charset)};
+                expected.insert(expected.end(), row.tokens.begin(), row.tokens.end());
+                expected.push_back("end-parsing");
+                EXPECT_EQ(run.Lines(), Join(expected));
+                EXPECT_EQ(run.parseResult, 0U);
+                EXPECT_EQ(run.endResult, 0U);
+            });
+        }
+    }
+}
+
+TEST(DeliveryTest, AWideDocumentForAn8BitObserver) {
+    // The bytes of UTF-16, the low one first.
+    struct Row {
+        const char* note;
+        WideString input;
+        Lines tokens;
+    };
+    const Row rows[] = {
+        {"every field of a start tag",
+         u"< \u00E9 \u0416 b = '\u3042' >",
+         {"start( \\x00|\\xE9\\x00|{ \\x00|\\x16\\x04}{ \\x00|b\\x00| \\x00= \\x00|'B0'}| \\x00)"}},
+        {"a short tag", u"<br />", {"short(|b\\x00r\\x00|| \\x00)"}},
+        {"an end tag", u"</a b />", {"end(|a\\x00| \\x00|{|b\\x00}| \\x00, slash)"}},
+        {"an end tag that is not closed", u"</a<b>", {"end(|a\\x00|||, open)", "start(|b\\x00||)"}},
+        {"text and a lone surrogate",
+         WideString{'a', 0xFFFD, 0xD800, 0xDC00, 0xDC01},
+         {"text(a\\x00\\xFD\\xFF\\x00\\xD8\\x00\\xDC\\x01\\xDC)"}},
+        {"script strings",
+         u"<script>'\u00E9'\"\u0416\"",
+         {"start(|s\\x00c\\x00r\\x00i\\x00p\\x00t\\x00||)", "js-start", "s-string(\\xE9\\x00)", "d-string(\\x16\\x04)"}},
+        {"a NUL", WideString(u"a\0b", 3), {"text(a\\x00\\x00\\x00b\\x00)"}},
+    };
+    for (const Row& row : rows) {
+        for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
+            SCOPED_TRACE(row.note);
+            ForEverySplit(WideStringView(row.input), [&](const Cuts& cuts) {
+                const DocumentRun run = ParseDocument(row.input, cuts, SettingsFor(WIDE_TO_NARROW, feed));
+                Lines expected{"start-parsing", "charset(1200)"};
+                expected.insert(expected.end(), row.tokens.begin(), row.tokens.end());
+                expected.push_back("end-parsing");
+                EXPECT_EQ(run.Lines(), Join(expected));
+                EXPECT_EQ(run.parseResult, 0U);
+                EXPECT_EQ(run.endResult, 0U);
+            });
+        }
+    }
+}
+
+TEST(DeliveryTest, JunkCrossesUnconverted) {
+    // The bytes of invalid UTF-8, of an unsupported charset, and of UTF-16.
+    for (const StringNS::CharSet::Code charset : {65001U, 4711U}) {
+        DocumentSettings settings = SettingsFor(NARROW_TO_WIDE, Feed::STREAM, charset);
+        settings.detectCharsetErrors = true;
+        const DocumentRun run = ParseDocument("<\xFF / >\xC3\xA9", {}, settings);
+        EXPECT_EQ(run.Lines(),
+                  Join({"start-parsing", Trace::FormatCharset(charset), "junk(<\\xFF / )", "junk(>\\xC3\\xA9)", "end-parsing"}));
+        EXPECT_FALSE(run.hasCharsetErrors);
+    }
+    const DocumentRun run = ParseDocument(WideStringView(u"<\u3042"), {}, SettingsFor(WIDE_TO_NARROW, Feed::STREAM));
+    EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0)", "end-parsing"}));
+}
+
+TEST(DeliveryTest, WithoutAConverterOnlyTheEventsArrive) {
+    const DocumentRun run = ParseDocument(EVERY_CALLBACK, {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM, 4711));
+    EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(4711)", "js-start", "js-end", "css-start", "css-end", "junk(<i j / )", "junk(>)",
+                                 "end-parsing"}));
+    EXPECT_EQ(run.parseResult, 0U);
+    EXPECT_EQ(run.endResult, 0U);
+    EXPECT_EQ(run.column, std::string_view(EVERY_CALLBACK).size() + 1);
+
+    // An 8-bit observer needs none.
+    const DocumentRun unconverted = ParseDocument(EVERY_CALLBACK, {}, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, 4711));
+    EXPECT_EQ(unconverted.Lines(), Join(WholeTrace(EVERY_CALLBACK_TOKENS, NARROW_TO_NARROW, 4711)));
+}
+
+TEST(DeliveryTest, EventsAndTokensOfEveryKindByEveryRoute) {
+    for (const Route& route : ROUTES) {
+        SCOPED_TRACE(route.name);
+        const std::string document = EVERY_CALLBACK;
+        ForEverySplit(document, [&](const Cuts& cuts) {
+            const DocumentRun run = ParseBy(route, document, cuts, SettingsFor(route, Feed::STREAM));
+            EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(EVERY_CALLBACK_TOKENS, route)));
+        });
+    }
+}
+
+/// Conversions whose text contains this fail.
+constexpr char FAILING = '!';
+constexpr std::uint32_t CONVERSION_CODE = 815;
+int conversions = 0;
+std::vector<StringNS::CharSet::Code> conversionCodes;
+
+std::uint32_t ToWideOrFail(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
+                           WideString* output) {
+    ++conversions;
+    conversionCodes.push_back(code);
+    if (std::string_view(data, static_cast<std::size_t>(size)).find(FAILING) != std::string_view::npos)
+        return CONVERSION_CODE;
+    return Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
+}
+
+std::uint32_t FromWideOrFail(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data, std::uint64_t size,
+                             std::string* output) {
+    ++conversions;
+    conversionCodes.push_back(code);
+    if (WideStringView(data, static_cast<std::size_t>(size)).find(static_cast<WideChar>(FAILING)) != WideStringView::npos)
+        return CONVERSION_CODE;
+    return Base::PLATFORM_SERVICES.fromWide(converter, code, data, size, output);
+}
+
+Base::Services FailingConverters() {
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.toWide = ToWideOrFail;
+    services.fromWide = FromWideOrFail;
+    return services;
+}
+
+TEST(DeliveryTest, AFailedConversionSkipsOneCallback) {
+    const DocumentRow rows[] = {
+        {"text", "!<a>b", {"start(|a||)", "text(b)"}},
+        {"a name", "x<a!>b</c!>d<e!/>f", {"text(x)", "text(b)", "text(d)", "text(f)"}},
+        {"an attribute's name", "x<a b!>y", {"text(x)", "text(y)"}},
+        {"an attribute's value", "x<a b='c' d='!'>y<e>", {"text(x)", "text(y)", "start(|e||)"}},
+        {"the last of many", "x<a b='c' d e=f g h=\"!\"/>y", {"text(x)", "text(y)"}},
+        {"an attribute of an end tag", "x</a b=!>y", {"text(x)", "text(y)"}},
+        {"a script string", "<script>'!''a'\"!\"\"b\"", {"start(|script||)", "js-start", "s-string(a)", "d-string(b)"}},
+        {"a regular expression", "<script>/!\nb", {"start(|script||)", "js-start", "text(\\nb)"}},
+        {"a script begins although its tag is skipped", "<script a=!>'<'</script b=!>'", {"js-start", "s-string(<)", "js-end", "text(')"}},
+        {"a style too", "<style a=!>'<'</style b=!>'", {"css-start", "s-string(<)", "css-end", "text(')"}},
+    };
+    const Base::Services services = FailingConverters();
+    const Base::ServicesOverride replacement(services);
+    for (const DocumentRow& row : rows) {
+        for (const Route& route : {NARROW_TO_WIDE, WIDE_TO_NARROW}) {
+            for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
+                SCOPED_TRACE(std::string(row.note) + ", " + route.name);
+                ForEverySplit(row.input, [&](const Cuts& cuts) {
+                    const DocumentRun run = ParseBy(route, row.input, cuts, SettingsFor(route, feed));
+                    EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(row.tokens, route)));
+                    EXPECT_EQ(run.parseResult, 0U);
+                    EXPECT_EQ(run.endResult, 0U);
+                    EXPECT_EQ((Place{run.line, run.column}), PlaceAfter(std::string_view(row.input), row.input.size()));
+                });
+            }
+        }
+    }
+}
+
+TEST(DeliveryTest, ConversionsHappenOnlyForTheOtherFlavour) {
+    const Base::Services services = FailingConverters();
+    const Base::ServicesOverride replacement(services);
+    for (const Route& route : ROUTES) {
+        SCOPED_TRACE(route.name);
+        conversions = 0;
+        conversionCodes.clear();
+        ParseBy(route, EVERY_CALLBACK, {}, SettingsFor(route, Feed::STREAM, 1251));
+        const bool crossing = route.wideInput != (route.observed == Observed::WIDE);
+        EXPECT_EQ(conversions > 0, crossing);
+        for (const StringNS::CharSet::Code code : conversionCodes)
+            EXPECT_EQ(code, route.wideInput ? 1200U : 1251U);
+    }
+    conversions = 0;
+    DocumentSettings settings = SettingsFor(NARROW_TO_NARROW, Feed::STREAM);
+    settings.observed = Observed::NOBODY;
+    settings.detectCharsetErrors = true;
+    ParseDocument(EVERY_CALLBACK, {}, settings);
+    EXPECT_EQ(conversions, 0);
+}
+
+TEST(DeliveryTest, ACharsetErrorIsAReplacementInWhatAWideObserverGets) {
+    struct Row {
+        const char* note;
+        StringNS::CharSet::Code charset;
+        std::string input;
+        bool hasErrors;
+    };
+    const Row rows[] = {
+        {"UTF-8, an invalid byte in text", 65001, "a\xFF", true},
+        {"in a name", 65001, "<a\xFF>", true},
+        {"in the name of an end tag", 65001, "</a\xFF>", true},
+        {"in a value", 65001, "<a b='\xFF'>", true},
+        {"in the name of an attribute", 65001, "<a \xFF>", true},
+        {"in the name of a short tag", 65001, "<\xFF />", true},
+        {"in a script string", 65001, "<script>'\xFF'", true},
+        {"in a double-quoted one", 65001, "<script>\"\xFF\"", true},
+        {"in a regular expression", 65001, "<script>/\xFF\n", true},
+        {"UTF-8, a replacement character that stood there", 65001, "a\xEF\xBF\xBD", false},
+        {"in a value", 65001, "<a b='\xEF\xBF\xBD'>", false},
+        {"beside an invalid byte in the same string", 65001, "a\xFF\xEF\xBF\xBD", false},
+        {"beside an invalid byte in another token", 65001, "a\xEF\xBF\xBD<b>\xFF", true},
+        {"beside an invalid byte in another string of the tag", 65001, "<a b='\xEF\xBF\xBD' c='\xFF'>", true},
+        {"UTF-8, valid text", 65001, "\xC3\xA9\xF0\x9F\x98\x80", false},
+        {"UTF-8, a character that the end of the token cuts", 65001, "\xC3<a>", true},
+        {"UTF-8, an invalid byte behind a NUL", 65001, std::string("\0\xFF", 2), true},
+        {"1252 has a character for every byte", 1252, "\x81\xFF\xEF\xBF\xBD", false},
+        {"20127 has none from 128 up", 20127, "\x80", true},
+        {"20127, the bytes EF BF BD are an error like any other", 20127, "\xEF\xBF\xBD", true},
+        {"932, a first byte without a second one", 932, "a\x82<b>", true},
+        {"932, valid text", 932, "\x82\xA0", false},
+        {"54936, a replacement character is an error: the exception is UTF-8's", 54936, "\x84\x31\xA4\x37", true},
+        {"1200 as 8-bit text, an odd number of bytes", 1200, "abc", true},
+        {"nothing but ASCII", 65001, "<a b='c'>d</a>", false},
+        {"an unsupported charset fails, which is no error of this kind", 4711, "a\xFF", false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.note) + ", " + std::to_string(row.charset));
+        ForEverySplit(row.input, [&](const Cuts& cuts) {
+            DocumentSettings settings = SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, row.charset);
+            settings.detectCharsetErrors = true;
+            EXPECT_EQ(ParseDocument(row.input, cuts, settings).hasCharsetErrors, row.hasErrors);
+            settings.detectCharsetErrors = false;
+            EXPECT_FALSE(ParseDocument(row.input, cuts, settings).hasCharsetErrors);
+            settings = SettingsFor(NARROW_TO_NARROW, Feed::BUFFER, row.charset);
+            settings.detectCharsetErrors = true;
+            EXPECT_FALSE(ParseDocument(row.input, cuts, settings).hasCharsetErrors);
+        });
+    }
+}
+
+TEST(DeliveryTest, CharsetErrorsOfAWideDocumentDoNotExist) {
+    DocumentSettings settings = SettingsFor(WIDE_TO_WIDE);
+    settings.detectCharsetErrors = true;
+    EXPECT_FALSE(ParseDocument(WideStringView(u"a\uFFFD"), {}, settings).hasCharsetErrors);
+    settings = SettingsFor(WIDE_TO_NARROW);
+    settings.detectCharsetErrors = true;
+    EXPECT_FALSE(ParseDocument(WideStringView(u"a\uFFFD"), {}, settings).hasCharsetErrors);
+}
+
+TEST(DeliveryTest, CharsetErrorsBelongToOneDocument) {
+    Lines lines;
+    Trace::TraceObserver<WideChar, WideString> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.SetDetectCharsetErrors(true);
+    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseBuffer("\xFF<a>", 4), 0U);
+    EXPECT_TRUE(parser.HasCharsetErrors());
+    // The answer depends on the setting, which hides the record and does not delete it.
+    parser.SetDetectCharsetErrors(false);
+    EXPECT_FALSE(parser.HasCharsetErrors());
+    parser.SetDetectCharsetErrors(true);
+    EXPECT_TRUE(parser.HasCharsetErrors());
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_TRUE(parser.HasCharsetErrors());
+    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_FALSE(parser.HasCharsetErrors());
+    EXPECT_EQ(parser.ParseBuffer("a<a>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_FALSE(parser.HasCharsetErrors());
+
+    // Recorded only while it is on.
+    parser.SetDetectCharsetErrors(false);
+    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseBuffer("\xFF<a>", 4), 0U);
+    parser.SetDetectCharsetErrors(true);
+    EXPECT_FALSE(parser.HasCharsetErrors());
+    EXPECT_EQ(parser.ParseBuffer("\xFF<a>", 4), 0U);
+    EXPECT_TRUE(parser.HasCharsetErrors());
+}
+
+TEST(DeliveryTest, ThePlaceInsideACallback) {
+    // The parser stands behind the token; behind text it has also read the character that ended it.
+    struct Step {
+        const char* line;
+        std::uint64_t lineNumber;
+        std::uint64_t column;
+    };
+    const Step steps[] = {
+        {"start-parsing", 1, 1}, {"charset(1252)", 1, 1}, {"text(ab\\n)", 2, 2}, {"start(|p|{ |c|=|'\\n'}|)", 3, 3},
+        {"text(d)", 3, 5},       {"end(|p|||)", 3, 8},    {"text(e)", 3, 9},     {"end-parsing", 3, 9},
+    };
+    Lines lines;
+    HookedObserver<char, std::string> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    std::size_t next = 0;
+    observer.hook = [&](const std::string& line) {
+        ASSERT_LT(next, std::size(steps));
+        SCOPED_TRACE(line);
+        EXPECT_EQ(line, steps[next].line);
+        EXPECT_EQ(parser.GetLine(), steps[next].lineNumber);
+        EXPECT_EQ(parser.GetColumn(), steps[next].column);
+        EXPECT_FALSE(parser.IsWParser());
+        EXPECT_FALSE(parser.NeedsReparsing());
+        ++next;
+    };
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    const std::string document = "ab\n<p c='\n'>d</p>e";
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(next, std::size(steps));
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,534 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/MemoryInputStream.h"
+#include "platform/Results.h"
+#include "platform/Services.h"
+#include "platform/StringHelper.h"
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/platform/CharsetSamples.h"
+#include "tests/support/TestStreams.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+
+constexpr std::uint32_t HOST_CODE = 4711;
+
+/// What the scripted detector answers, and what it was asked.
+struct DetectorScript {
+    std::uint32_t result = 0;
+    StringNS::CharSet::Code code = 0;
+    std::uint32_t confidence = 100;
+    std::uint32_t count = 1;
+
+    int calls = 0;
+    std::string data;
+};
+
+DetectorScript* script = nullptr;
+
+std::uint32_t DetectByScript(const void* data, std::uint64_t size, Base::DetectedCharset* detected, std::uint32_t* count) {
+    ++script->calls;
+    script->data.assign(static_cast<const char*>(data), static_cast<std::size_t>(size));
+    if (script->result != 0)
+        return script->result;
+    detected->code = script->code;
+    detected->confidence = script->confidence;
+    *count = script->count;
+    return 0;
+}
+
+/// Puts a scripted detector in place.
+class ScriptedDetector {
+public:
+    explicit ScriptedDetector(DetectorScript newScript) : running(std::move(newScript)), services(WithScript()), replacement(services) {
+        script = &running;
+    }
+
+    DetectorScript running;
+
+private:
+    static Base::Services WithScript() {
+        Base::Services scripted = Base::PLATFORM_SERVICES;
+        scripted.detectCharset = DetectByScript;
+        return scripted;
+    }
+
+    Base::Services services;
+    Base::ServicesOverride replacement;
+};
+
+DetectorScript Answer(StringNS::CharSet::Code code, std::uint32_t confidence = 100, std::uint32_t count = 1) {
+    DetectorScript answer;
+    answer.code = code;
+    answer.confidence = confidence;
+    answer.count = count;
+    return answer;
+}
+
+DetectorScript Failure(std::uint32_t result) {
+    DetectorScript failure;
+    failure.result = result;
+    return failure;
+}
+
+struct AnswerRow {
+    const char* note;
+    DetectorScript script;
+    std::uint64_t minConfidence;
+    std::uint32_t detectResult;
+    StringNS::CharSet::Code detectedCode;  ///< what `DetectCharset` stores
+    std::uint32_t streamResult;
+};
+
+const AnswerRow ANSWERS[] = {
+    {"a charset with full confidence", Answer(1251), 50, 0, 1251, 705},
+    {"confidence of exactly the minimum", Answer(1251, 50), 50, 0, 1251, 705},
+    {"one less", Answer(1251, 49), 50, 708, 0, 0},
+    {"a higher minimum", Answer(1251, 79), 80, 708, 0, 0},
+    {"no minimum", Answer(1251, 0), 0, 0, 1251, 705},
+    {"a minimum that nothing reaches", Answer(1251, 100), 101, 708, 0, 0},
+    {"EUC-JP is replaced by 20932", Answer(51932), 50, 0, 20932, 705},
+    {"20932 itself", Answer(20932), 50, 0, 20932, 705},
+    {"UTF-8", Answer(65001), 50, 0, 65001, 705},
+    {"UTF-16", Answer(1200), 50, 0, 1200, 705},
+    {"ISO-2022-JP", Answer(50221), 50, 0, 50221, 705},
+    {"GB18030", Answer(54936), 50, 0, 54936, 705},
+    {"ASCII is no answer", Answer(20127), 50, 11, 0, 0},
+    {"a code page without a name is none", Answer(4711), 50, 11, 0, 0},
+    {"nor is code page 0", Answer(0), 50, 11, 0, 0},
+    {"ASCII without confidence is not confident first", Answer(20127, 10), 50, 708, 0, 0},
+    {"no result", Answer(1251, 100, 0), 50, 708, 0, 0},
+    {"two results", Answer(1251, 100, 2), 50, 708, 0, 0},
+    {"the detector cannot be started", Failure(11), 50, 11, 0, 0},
+    {"the detector fails", Failure(709), 50, 709, 0, 706},
+};
+
+TEST(DetectCharsetTest, TheDetectorsAnswers) {
+    const std::string text(256, 'x');
+    for (const AnswerRow& row : ANSWERS) {
+        SCOPED_TRACE(row.note);
+        const ScriptedDetector detector(row.script);
+        GenericParser parser;
+        parser.SetChrDetMinConfidence(row.minConfidence);
+        StringNS::CharSet::Code code = 1;
+        EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), row.detectResult);
+        EXPECT_EQ(code, row.detectedCode);
+        VFS::MemoryInputStream stream(text);
+        code = 1;
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), row.detectResult);
+        EXPECT_EQ(code, row.detectedCode);
+        EXPECT_EQ(detector.running.calls, 2);
+        EXPECT_EQ(detector.running.data, text);
+    }
+}
+
+TEST(DetectCharsetTest, TooLittleDataNeverReachesTheDetector) {
+    const ScriptedDetector detector(Answer(1251));
+    GenericParser parser;
+    const std::string text(256, 'x');
+    for (const std::uint64_t size : {0, 1, 100, 255}) {
+        StringNS::CharSet::Code code = 77;
+        EXPECT_EQ(parser.DetectCharset(text.data(), size, &code), 707U);
+        EXPECT_EQ(code, 77U);
+        VFS::MemoryInputStream stream(text.substr(0, static_cast<std::size_t>(size)));
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), 707U);
+        EXPECT_EQ(code, 77U);
+    }
+    EXPECT_EQ(detector.running.calls, 0);
+    StringNS::CharSet::Code code = 77;
+    EXPECT_EQ(parser.DetectCharset(text.data(), 256, &code), 0U);
+    EXPECT_EQ(code, 1251U);
+    EXPECT_EQ(detector.running.calls, 1);
+}
+
+TEST(DetectCharsetTest, TheStreamFormReadsUpTo16384BytesHoweverShortTheReadsAre) {
+    std::string text;
+    for (int i = 0; text.size() < 20000; ++i)
+        text += std::to_string(i) + " ";
+    struct Row {
+        std::uint64_t readSize;
+        std::uint64_t start;
+        std::uint64_t size;
+    };
+    const Row rows[] = {
+        {16384, 0, 20000}, {1, 0, 20000}, {100, 0, 20000}, {5000, 0, 16384}, {7, 0, 300}, {7, 1000, 20000}, {16384, 19700, 20000},
+    };
+    for (const Row& row : rows) {
+        const ScriptedDetector detector(Answer(1251));
+        BoundedInputStream stream(text.substr(0, static_cast<std::size_t>(row.size)), AtMost(row.readSize));
+        EXPECT_EQ(stream.Seek(row.start), 0U);
+        GenericParser parser;
+        StringNS::CharSet::Code code = 0;
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), 0U);
+        EXPECT_EQ(code, 1251U);
+        const std::uint64_t expected = std::min<std::uint64_t>(row.size - row.start, 16384);
+        EXPECT_EQ(detector.running.data, text.substr(static_cast<std::size_t>(row.start), static_cast<std::size_t>(expected)));
+        std::uint64_t position = 0;
+        EXPECT_EQ(stream.GetPosition(&position), 0U);
+        EXPECT_EQ(position, row.start + expected);
+    }
+}
+
+TEST(DetectCharsetTest, StreamsThatFailOrAreExhausted) {
+    const ScriptedDetector detector(Answer(1251));
+    GenericParser parser;
+    const std::string text(400, 'x');
+    StringNS::CharSet::Code code = 5;
+    {
+        FaultyInputStream stream(text);
+        stream.FailRead(1, HOST_CODE);
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), HOST_CODE);
+    }
+    {
+        FaultyInputStream stream(text);
+        stream.ShortenRead(1, 300).FailRead(2, HOST_CODE);
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), HOST_CODE);
+    }
+    EXPECT_EQ(detector.running.calls, 0);
+    {
+        FaultyInputStream stream(text);
+        stream.ShortenRead(1, 255).FailRead(2, RESULT_END_OF_DATA);
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), 707U);
+    }
+    {
+        VFS::MemoryInputStream stream(text);
+        EXPECT_EQ(stream.Seek(400), 0U);
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), 707U);
+    }
+    {
+        // 513 is the end, also where `IsEnd` never says so; a read of nothing is none.
+        FaultyInputStream stream(text);
+        stream.NeverEnd().ReadNothing(1).ShortenRead(2, 30);
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), 0U);
+        EXPECT_EQ(detector.running.data, text);
+        EXPECT_EQ(code, 1251U);
+    }
+}
+
+TEST(DetectCharsetTest, NullPointers) {
+    GenericParser parser;
+    StringNS::CharSet::Code code = 9;
+    EXPECT_EQ(parser.DetectCharset(static_cast<const void*>(nullptr), 300, &code), 2U);
+    EXPECT_EQ(parser.DetectCharset(static_cast<VFS::InputStream*>(nullptr), &code), 2U);
+    EXPECT_EQ(code, 9U);
+}
+
+/// A document of the given size that leaves no doubt about its tokens.
+std::string DocumentOf(std::size_t size) {
+    return "<p>" + std::string(size - 7, 'x') + "</p>";
+}
+
+Lines TokensOf(std::size_t size) {
+    return {"start-parsing", "start(|p||)", "text(" + std::string(size - 7, 'x') + ")", "end(|p|||)"};
+}
+
+TEST(LateDetectionTest, TheDetectorsAnswersBehindAStream) {
+    for (const AnswerRow& row : ANSWERS) {
+        for (const bool owned : {false, true}) {
+            SCOPED_TRACE(row.note);
+            const ScriptedDetector detector(row.script);
+            Lines lines;
+            Trace::TraceObserver<char, std::string> observer(&lines);
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            parser.SetChrDetMinConfidence(row.minConfidence);
+            EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+            int destructions = 0;
+            auto stream = std::make_unique<FaultyInputStream>(DocumentOf(300));
+            stream->CountDestructions(&destructions);
+            EXPECT_EQ(parser.ParseStream(owned ? stream.release() : stream.get(), owned), row.streamResult);
+            EXPECT_EQ(detector.running.calls, 1);
+            EXPECT_EQ(detector.running.data, DocumentOf(300));
+            EXPECT_EQ(destructions, owned ? 1 : 0);
+            EXPECT_EQ(Join(lines), Join(TokensOf(300)));
+            lines.clear();
+            if (row.streamResult == 705) {
+                // No parser runs until more is fed; the answer is the new charset.
+                EXPECT_EQ(parser.GetCharset(), row.detectedCode);
+                EXPECT_TRUE(parser.GetCurrentParserName().empty());
+                EXPECT_EQ(parser.GetLine(), 1U);
+                EXPECT_EQ(parser.GetColumn(), 1U);
+                EXPECT_FALSE(parser.IsWParser());
+                EXPECT_FALSE(parser.NeedsReparsing());
+                EXPECT_EQ(parser.EndParse(), 0U);
+                EXPECT_EQ(Join(lines), "");
+            } else {
+                EXPECT_EQ(parser.GetCharset(), 0U);
+                EXPECT_FALSE(parser.WasCharsetDetectorUsed());
+                EXPECT_EQ(parser.EndParse(), 0U);
+                EXPECT_EQ(Join(lines), "end-parsing\n");
+            }
+        }
+    }
+}
+
+TEST(LateDetectionTest, TheSameWithA8BitTypeAndAWideObserver) {
+    const ScriptedDetector detector(Answer(1251));
+    Lines lines;
+    Trace::TraceObserver<WideChar, WideString> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_8BIT), 0U);
+    VFS::MemoryInputStream stream(DocumentOf(300));
+    EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+    EXPECT_EQ(parser.GetCharset(), 1251U);
+    Lines expected = TokensOf(300);
+    expected.insert(expected.begin() + 1, "charset(0)");
+    EXPECT_EQ(Join(lines), Join(expected));
+}
+
+TEST(LateDetectionTest, DataFedAgainWithoutStartParseUsesTheDetectedCharset) {
+    const ScriptedDetector detector(Answer(1251));
+    Lines lines;
+    Trace::TraceObserver<WideChar, WideString> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    const std::string document = DocumentOf(300) + "\xC6";
+    {
+        VFS::MemoryInputStream stream(document);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+    }
+    lines.clear();
+    EXPECT_FALSE(parser.WasCharsetDetectorUsed());
+    VFS::MemoryInputStream again(document);
+    EXPECT_EQ(parser.ParseStream(&again, false), 0U);
+    EXPECT_EQ(detector.running.calls, 1);
+    EXPECT_EQ(parser.GetCharset(), 1251U);
+    EXPECT_TRUE(parser.WasCharsetDetectorUsed());
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_TRUE(parser.WasCharsetDetectorUsed());
+    Lines expected = TokensOf(300);
+    expected.push_back("text(\\u0416)");
+    expected.push_back("end-parsing");
+    EXPECT_EQ(Join(lines), Join(expected));
+
+    // The next document is none of the detector's.
+    EXPECT_EQ(parser.StartParse(1251, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.ParseBuffer("a", 1), 0U);
+    EXPECT_FALSE(parser.WasCharsetDetectorUsed());
+}
+
+TEST(LateDetectionTest, StartingAgainWithTheDetectedCharset) {
+    for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_AUTO, GenericParser::DATA_STREAM_8BIT}) {
+        const ScriptedDetector detector(Answer(1251));
+        Lines lines;
+        Trace::TraceObserver<WideChar, WideString> observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        EXPECT_EQ(parser.StartParse(0, type), 0U);
+        const std::string document = DocumentOf(300) + "\xC6";
+        VFS::MemoryInputStream stream(document);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+        lines.clear();
+        EXPECT_EQ(stream.Seek(0), 0U);
+        EXPECT_EQ(parser.StartParse(parser.GetCharset(), type), 0U);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+        EXPECT_FALSE(parser.WasCharsetDetectorUsed());
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(lines[lines.size() - 2], "text(\\u0416)");
+    }
+}
+
+TEST(LateDetectionTest, WhereNothingHasToBeDetected) {
+    struct Row {
+        const char* note;
+        StringNS::CharSet::Code charset;
+        GenericParser::DataStreamType type;
+        std::string bytes;
+    };
+    const Row rows[] = {
+        {"the charset is known", 1252, GenericParser::DATA_STREAM_AUTO, DocumentOf(300)},
+        {"UTF-7 is 1252", 65000, GenericParser::DATA_STREAM_AUTO, DocumentOf(300)},
+        {"a UTF-8 mark", 0, GenericParser::DATA_STREAM_AUTO, "\xEF\xBB\xBF" + DocumentOf(300)},
+        {"a UTF-16 mark", 0, GenericParser::DATA_STREAM_AUTO, "\xFF\xFE" + DocumentOf(300)},
+        {"UTF-16", 0, GenericParser::DATA_STREAM_UTF16, DocumentOf(300)},
+        {"an empty stream starts no parser", 0, GenericParser::DATA_STREAM_AUTO, ""},
+        {"half a mark neither", 0, GenericParser::DATA_STREAM_AUTO, "\xEF"},
+        {"too little data", 0, GenericParser::DATA_STREAM_AUTO, DocumentOf(255)},
+        {"too little data with a type", 0, GenericParser::DATA_STREAM_8BIT, DocumentOf(255)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        const ScriptedDetector detector(Answer(1251));
+        GenericParser parser;
+        EXPECT_EQ(parser.StartParse(row.charset, row.type), 0U);
+        FaultyInputStream stream(row.bytes);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+        EXPECT_EQ(detector.running.calls, 0);
+        EXPECT_EQ(parser.EndParse(), 0U);
+    }
+}
+
+TEST(LateDetectionTest, TheStreamIsReadFromItsStartAgain) {
+    // Whatever the stream's position was at first, detection looks at the first 16,384 bytes.
+    std::string bytes = std::string(100, '#') + DocumentOf(20000);
+    const ScriptedDetector detector(Answer(1251));
+    GenericParser parser;
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    BoundedInputStream stream(bytes, AtMost(1000));
+    EXPECT_EQ(stream.Seek(100), 0U);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+    EXPECT_EQ(detector.running.data, bytes.substr(0, 16384));
+}
+
+TEST(LateDetectionTest, AStreamThatCannotBeReadAgainIsNotDetected) {
+    struct Row {
+        const char* note;
+        void (*spoil)(FaultyInputStream*);
+    };
+    const Row rows[] = {
+        {"no seek", [](FaultyInputStream* stream) { stream->FailSeeksFrom(1, HOST_CODE); }},
+        {"no read", [](FaultyInputStream* stream) { stream->FailReadsFrom(2, HOST_CODE); }},
+        {"an end too early", [](FaultyInputStream* stream) { stream->FailReadsFrom(2, RESULT_END_OF_DATA); }},
+    };
+    for (const Row& row : rows) {
+        for (const bool owned : {false, true}) {
+            SCOPED_TRACE(row.note);
+            const ScriptedDetector detector(Answer(1251));
+            Lines lines;
+            Trace::TraceObserver<char, std::string> observer(&lines);
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+            int destructions = 0;
+            auto stream = std::make_unique<FaultyInputStream>(DocumentOf(300));
+            stream->CountDestructions(&destructions);
+            row.spoil(stream.get());
+            EXPECT_EQ(parser.ParseStream(owned ? stream.release() : stream.get(), owned), 0U);
+            EXPECT_EQ(detector.running.calls, 0);
+            EXPECT_EQ(destructions, owned ? 1 : 0);
+            EXPECT_EQ(parser.EndParse(), 0U);
+            Lines expected = TokensOf(300);
+            expected.push_back("end-parsing");
+            EXPECT_EQ(Join(lines), Join(expected));
+        }
+    }
+}
+
+TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainBehindAnAnswerOfNoUse) {
+    for (const bool owned : {false, true}) {
+        const ScriptedDetector detector(Answer(20127));
+        Lines lines;
+        Trace::TraceObserver<char, std::string> observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+        auto stream = std::make_unique<VFS::MemoryInputStream>(DocumentOf(300) + "<a b");
+        EXPECT_EQ(parser.ParseStream(owned ? stream.release() : stream.get(), owned), 0U);
+        EXPECT_EQ(detector.running.calls, 1);
+        EXPECT_EQ(parser.EndParse(), 0U);
+        Lines expected = TokensOf(300);
+        expected.push_back("junk(<a b)");
+        expected.push_back("end-parsing");
+        EXPECT_EQ(Join(lines), Join(expected));
+    }
+}
+
+TEST(LateDetectionTest, AfterItsFailureTheStreamIsForgotten) {
+    const ScriptedDetector detector(Failure(709));
+    GenericParser parser;
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    auto stream = std::make_unique<VFS::MemoryInputStream>(DocumentOf(300) + "<a b");
+    EXPECT_EQ(parser.ParseStream(stream.get(), false), 706U);
+    stream.reset();
+    EXPECT_EQ(parser.EndParse(), 16U);
+}
+
+TEST(LateDetectionTest, BuffersAreNeverDetected) {
+    const ScriptedDetector detector(Answer(1251));
+    GenericParser parser;
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    const std::string document = DocumentOf(1000);
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(parser.GetCharset(), 0U);
+    EXPECT_EQ(detector.running.calls, 0);
+}
+
+TEST(RealDetectorTest, PlainAsciiIsNoAnswer) {
+    std::string text;
+    while (text.size() < 300)
+        text += "A few plain words of no great weight. ";
+    text.resize(300);
+    GenericParser parser;
+    StringNS::CharSet::Code code = 3;
+    EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), 11U);
+    EXPECT_EQ(code, 0U);
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    VFS::MemoryInputStream stream(text);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(parser.GetCharset(), 0U);
+}
+
+/// True when the code page reads the bytes of the sample as they were meant; two code pages may agree on all of them.
+bool ReadsSample(const CharsetSample& sample, StringNS::CharSet::Code code) {
+    if (code == (sample.code == StringNS::CharSet::EUC_JP ? StringNS::CharSet::EUC_JP_0208_1990 : sample.code))
+        return true;
+    WideString text;
+    const std::uint32_t result = StringNS::StringHelper::GetWideFromGeneric(code, sample.bytes.data(), sample.bytes.size(), &text);
+    return result == 0 && text == WideString(sample.text.begin(), sample.text.end());
+}
+
+TEST(RealDetectorTest, SamplesOfAtLeast256BytesThroughTheBufferForm) {
+    GenericParser parser;
+    int detected = 0;
+    for (const CharsetSample& sample : MakeCharsetSamples()) {
+        SCOPED_TRACE(sample.note);
+        StringNS::CharSet::Code code = 7;
+        const std::uint32_t result = parser.DetectCharset(sample.bytes.data(), sample.bytes.size(), &code);
+        if (sample.bytes.size() < GenericParser::DETECTCHARSET_MIN_SIZE) {
+            EXPECT_EQ(result, 707U);
+            EXPECT_EQ(code, 7U);
+            continue;
+        }
+        if (sample.code == StringNS::CharSet::US_ASCII) {
+            EXPECT_EQ(result, 11U);
+            EXPECT_EQ(code, 0U);
+            continue;
+        }
+        if (result != 0) {
+            EXPECT_EQ(result, 708U);
+            EXPECT_EQ(code, 0U);
+            continue;
+        }
+        EXPECT_TRUE(ReadsSample(sample, code)) << code;
+        ++detected;
+    }
+    EXPECT_GE(detected, 26);
+}
+
+TEST(RealDetectorTest, ARussianPageIsReadAgainInItsCharset) {
+    for (const CharsetSample& sample : MakeCharsetSamples()) {
+        if (sample.note != "Russian letter, windows-1251" && sample.note != "Russian letter, UTF-8")
+            continue;
+        SCOPED_TRACE(sample.note);
+        Lines lines;
+        Trace::TraceObserver<WideChar, WideString> observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+        VFS::MemoryInputStream stream("<p>" + sample.bytes + "</p>");
+        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+        EXPECT_EQ(parser.GetCharset(), sample.code);
+        lines.clear();
+        EXPECT_EQ(stream.Seek(0), 0U);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+        EXPECT_TRUE(parser.WasCharsetDetectorUsed());
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(Join(lines),
+                  Join({"start-parsing", "start(|p||)", "text(" + Trace::Escape(sample.text) + ")", "end(|p|||)", "end-parsing"}));
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test

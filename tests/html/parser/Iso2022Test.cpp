@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+
+namespace Kestra::Test {
+namespace {
+
+constexpr StringNS::CharSet::Code ISO_2022_CHARSETS[] = {50221, 50222, 50225};
+
+/// Checks a row in the three charsets whose escape runs hide markup.
+template <std::size_t N>
+void CheckInIso2022(const DocumentRow (&rows)[N]) {
+    for (DocumentRow row : rows) {
+        for (const StringNS::CharSet::Code charset : ISO_2022_CHARSETS) {
+            row.charset = charset;
+            CheckRow(row, NARROW_TO_NARROW);
+        }
+    }
+}
+
+TEST(Iso2022Test, Text) {
+    const DocumentRow rows[] = {
+        {"markup characters in a run are text", "a\x1B$B<b>'\"/\x1B(Bc<d>", {"text(a\\x1B$B<b>'\"/\\x1B(Bc)", "start(|d||)"}},
+        {"a run that begins the document", "\x1B$@<\x1B(J<a>", {"text(\\x1B$@<\\x1B(J)", "start(|a||)"}},
+        {"the shorter designation completes first: the C is part of the run",
+         "\x1B$(C<\x1B(B<a>",
+         {"text(\\x1B$(C<\\x1B(B)", "start(|a||)"}},
+        {"the designations with \")\"", "\x1B$)C<\x1B.F<a>", {"text(\\x1B$)C<\\x1B.F)", "start(|a||)"}},
+        {"an escape that designates nothing", "\x1Bx<a>", {"text(\\x1Bx)", "start(|a||)"}},
+        {"a NUL behind an escape is kept", std::string("\x1B\0<a>", 5), {"text(\\x1B\\x00)", "start(|a||)"}},
+        {"NULs in a run are kept", std::string("\x1B$B\0<\x1B\0\x1B(B<a>", 13), {"text(\\x1B$B\\x00<\\x1B\\x00\\x1B(B)", "start(|a||)"}},
+        {"an escape in front of a tag takes the \"<\"", "\x1B<a>b<c>", {"text(\\x1B<a>b)", "start(|c||)"}},
+        {"a designation inside a run does not end it", "\x1B$B<\x1B$B>\x1B(B<a>", {"text(\\x1B$B<\\x1B$B>\\x1B(B)", "start(|a||)"}},
+        {"a run that is not closed", "\x1B$B<a>", {"text(\\x1B$B<a>)"}},
+        {"a document that ends in a designation", "a\x1B$", {"text(a\\x1B$)"}},
+        {"a document that ends in a closing sequence", "\x1B$B<\x1B(", {"text(\\x1B$B<\\x1B()"}},
+        {"a document that ends with an escape", "a\x1B", {"text(a\\x1B)"}},
+        {"two runs", "\x1B$B<\x1B(B\x1B$B<\x1B(I<a>", {"text(\\x1B$B<\\x1B(B\\x1B$B<\\x1B(I)", "start(|a||)"}},
+        {"line feeds in a run are counted", "\x1B$B\n<\n\x1B(B\n", {"text(\\x1B$B\\n<\\n\\x1B(B\\n)"}},
+    };
+    CheckInIso2022(rows);
+}
+
+TEST(Iso2022Test, Attributes) {
+    const DocumentRow rows[] = {
+        {"a run hides the quote of a double-quoted value", "<p a=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+        {"in every double-quoted value",
+         "<p a=\"\x1B$B\"\x1B(B\" b=\"\x1B$B\"\x1B(B\">",
+         {"start(|p|{ |a|=|\"\\x1B$B\"\\x1B(B\"}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"also behind an attribute without a value", "<p a b=\"\x1B$B\"\x1B(B\">", {"start(|p|{ |a}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"also behind an empty value", "<p a='' b=\"\x1B$B\"\x1B(B\">", {"start(|p|{ |a|=|''}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"not right behind an unquoted value", "<p a=x b=\"\x1B$B\">", {"start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
+        {"but again behind the next one",
+         "<p a=x b='' c=\"\x1B$B\"\x1B(B\">",
+         {"start(|p|{ |a|=|x}{ |b|=|''}{ |c|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"in the next tag too", "<p a=x><p b=\"\x1B$B\"\x1B(B\">", {"start(|p|{ |a|=|x}|)", "start(|p|{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"in an end tag", "</p a=\"\x1B$B\"\x1B(B\">", {"end(|p| |{|a|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"in an end tag behind an unquoted value too",
+         "</p a=x b=\"\x1B$B\"\x1B(B\">",
+         {"end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"never in a single-quoted value", "<p a='\x1B$B'>\x1B(B", {"start(|p|{ |a|=|'\\x1B$B'}|)", "text(\\x1B(B)"}},
+        {"nor in an unquoted one", "<p a=\x1B$B>\x1B(B", {"start(|p|{ |a|=|\\x1B$B}|)", "text(\\x1B(B)"}},
+        {"nor in a name", "<p\x1B$B>", {"start(|p\\x1B$B||)"}},
+        {"a backslash in front of the escape protects nothing",
+         "<p a=\"\\\x1B$B\"\x1B(B\">",
+         {"start(|p|{ |a|=|\"\\\\\\x1B$B\"\\x1B(B\"}|)"}},
+        {"an escape that designates nothing", "<p a=\"\x1Bx\">", {"start(|p|{ |a|=|\"\\x1Bx\"}|)"}},
+        {"an escape that takes the quote", "<p a=\"\x1B\"b\">", {"start(|p|{ |a|=|\"\\x1B\"b\"}|)"}},
+    };
+    CheckInIso2022(rows);
+}
+
+TEST(Iso2022Test, ScriptAndStyle) {
+    const DocumentRow rows[] = {
+        {"a run in the text",
+         "<script>a\x1B$B'</script>\"/\x1B(B'b'",
+         {"start(|script||)", "js-start", "text(a\\x1B$B'</script>\"/\\x1B(B)", "s-string(b)"}},
+        {"a run in a double-quoted string",
+         "<script>\"\x1B$B\"</script>\x1B(B\"</script>",
+         {"start(|script||)", "js-start", "d-string(\\x1B$B\"</script>\\x1B(B)", "end(|script|||)", "js-end"}},
+        {"a backslash in front of the escape makes it content",
+         "<script>\"\\\x1B$B\"</script>",
+         {"start(|script||)", "js-start", "d-string(\\\\\\x1B$B)", "end(|script|||)", "js-end"}},
+        {"a backslash at the end of a run escapes nothing",
+         "<script>\"\x1B$B\\\x1B(B\"</script>",
+         {"start(|script||)", "js-start", "d-string(\\x1B$B\\\\\\x1B(B)", "end(|script|||)", "js-end"}},
+        {"a single-quoted string has no runs",
+         "<script>'\x1B$B'</script>",
+         {"start(|script||)", "js-start", "s-string(\\x1B$B)", "end(|script|||)", "js-end"}},
+        {"style",
+         "<style>\"\x1B$B\"\x1B(B\"\x1B$B<\x1B(B</style>",
+         {"start(|style||)", "css-start", "d-string(\\x1B$B\"\\x1B(B)", "text(\\x1B$B<\\x1B(B)", "end(|style|||)", "css-end"}},
+        {"a foreign end tag",
+         "<script></p a=\"\x1B$B\">\x1B(B\"></script>",
+         {"start(|script||)", "js-start", "text(</p a=\"\\x1B$B\">\\x1B(B\">)", "end(|script|||)", "js-end"}},
+    };
+    CheckInIso2022(rows);
+}
+
+TEST(Iso2022Test, OtherCharsetsHaveNoRuns) {
+    for (const StringNS::CharSet::Code charset : {0U, 932U, 1252U, 50220U, 50227U, 51932U, 65001U}) {
+        const DocumentRow rows[] = {
+            {"text", "\x1B$B<b>\x1B(B", {"text(\\x1B$B)", "start(|b||)", "text(\\x1B(B)"}, charset},
+            {"a double-quoted value", "<p a=\"\x1B$B\"\x1B(B>", {"start(|p|{ |a|=|\"\\x1B$B\"\\x1B(B}|)"}, charset},
+            {"a double-quoted string",
+             "<script>\"\x1B$B\"</script>",
+             {"start(|script||)", "js-start", "d-string(\\x1B$B)", "end(|script|||)", "js-end"},
+             charset},
+        };
+        for (const DocumentRow& row : rows)
+            CheckRow(row, NARROW_TO_NARROW);
+    }
+}
+
+TEST(Iso2022Test, TheWideParserHasNoRuns) {
+    const DocumentRow rows[] = {
+        {"text", "\x1B$B<b>\x1B(B", {"text(\\x1B$B)", "start(|b||)", "text(\\x1B(B)"}},
+        {"a double-quoted value", "<p a=\"\x1B$B\"\x1B(B>", {"start(|p|{ |a|=|\"\\x1B$B\"\\x1B(B}|)"}},
+        {"a double-quoted string",
+         "<script>\"\x1B$B\"</script>",
+         {"start(|script||)", "js-start", "d-string(\\x1B$B)", "end(|script|||)", "js-end"}},
+    };
+    for (const DocumentRow& row : rows)
+        CheckRow(row, WIDE_TO_WIDE);
+}
+
+TEST(Iso2022Test, AWideObserverGetsTheCharacters) {
+    // 24 22 is U+3042; its second byte is a quotation mark. 24 3C is U+305C, with a "<".
+    const std::string input = "a\x1B$B$<\x1B(B<p t=\"\x1B$B$\"\x1B(B\">";
+    for (const StringNS::CharSet::Code charset : {50221U, 50222U}) {
+        ForEverySplit(input, [&](const Cuts& cuts) {
+            const DocumentRun run = ParseBy(NARROW_TO_WIDE, input, cuts, SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, charset));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(charset), "text(a\\u305C)", "start(|p|{ |t|=|\"\\u3042\"}|)",
+                                         "end-parsing"}));
+        });
+    }
+}
+
+TEST(Iso2022Test, RunsThatAreOpenInJunk) {
+    // The double-quoted value is still open at the end of the input, with the quote inside the run.
+    const std::string input = "<p a=\"\x1B$B\">";
+    for (const StringNS::CharSet::Code charset : ISO_2022_CHARSETS) {
+        ForEverySplit(input, [&](const Cuts& cuts) {
+            const DocumentRun run = ParseBy(NARROW_TO_NARROW, input, cuts, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, charset));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(charset), "junk(<p a=\"\\x1B$B\">)", "end-parsing"}));
+        });
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test

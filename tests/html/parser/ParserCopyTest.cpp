@@ -1,0 +1,197 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/MemoryInputStream.h"
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+
+/// Documents whose cuts fall into tokens of every kind.
+const char* const DOCUMENTS[] = {
+    "text<a b=\"c\" d='e' f=g h i>text</a j='k' />",
+    "< a b = 'c' d e />< /b >x</ c\td><br/>y",
+    "<script>a'b\\'c'\"d\\\"e\"/f\\/g/</p q='r'>h<i</script>j",
+    "<style>a/b'c'\"d\"</script>e<f</style>g</style>",
+    "\n<a\nb\n=\n'\nc'\n>\nd\n</a\n>\n",
+};
+
+/// The pieces go to a copy each; the one it was copied from reads something else and is destroyed.
+void GoOnWithACopy(std::unique_ptr<GenericParser>* parser) {
+    auto copy = std::make_unique<GenericParser>(**parser);
+    (*parser)->SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+    const std::string other = ToUtf16LE(std::string_view("'\"/>z</z>z<z z='"));
+    (*parser)->ParseBuffer(other.data(), other.size());
+    *parser = std::move(copy);
+}
+
+/// The same with a parser that has read something else and is assigned to.
+void GoOnWithAnAssignedOne(std::unique_ptr<GenericParser>* parser) {
+    auto assigned = std::make_unique<GenericParser>();
+    assigned->SetDetectCharsetErrors(true);
+    assigned->StartParse(50221, (*parser)->IsWParser() ? GenericParser::DATA_STREAM_8BIT : GenericParser::DATA_STREAM_UTF16);
+    const std::string other = ToUtf16LE(std::string_view("\n<script>z<z'z'</z z=\""));
+    assigned->ParseBuffer(other.data(), other.size());
+    *assigned = **parser;
+    (*parser)->SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+    (*parser)->ParseBuffer(other.data(), other.size());
+    *parser = std::move(assigned);
+}
+
+TEST(ParserCopyTest, ACopyFinishesTokensOfEveryKindLikeItsOriginal) {
+    for (const char* const document : DOCUMENTS) {
+        for (const Route& route : ROUTES) {
+            for (const bool assigned : {false, true}) {
+                SCOPED_TRACE(std::string(document) + ", " + route.name + (assigned ? ", assigned" : ", copied"));
+                const DocumentRun whole = ParseBy(route, document, {}, SettingsFor(route));
+                EXPECT_EQ(whole.parseResult, 0U);
+                EXPECT_EQ(whole.endResult, 0U);
+                ForEverySplit(document, [&](const Cuts& cuts) {
+                    DocumentSettings settings = SettingsFor(route);
+                    settings.betweenPieces = assigned ? GoOnWithAnAssignedOne : GoOnWithACopy;
+                    const DocumentRun run = ParseBy(route, document, cuts, settings);
+                    EXPECT_EQ(run.Lines(), whole.Lines());
+                    EXPECT_EQ(run.parseResult, 0U);
+                    EXPECT_EQ(run.endResult, 0U);
+                    EXPECT_EQ(run.line, whole.line);
+                    EXPECT_EQ(run.column, whole.column);
+                    EXPECT_EQ(run.parserName, whole.parserName);
+                    EXPECT_EQ(run.charset, whole.charset);
+                });
+            }
+        }
+    }
+}
+
+TEST(ParserCopyTest, ACopyFinishesEscapeRunsLikeItsOriginal) {
+    const std::string document = "a\x1B$B<'\x1B(B<p a=\"\x1B$B\">\x1B(B\"><script>\"\x1B$B\"\x1B(B\"/\x1B$B/";
+    for (const bool assigned : {false, true}) {
+        const DocumentSettings plain = SettingsFor(NARROW_TO_NARROW, Feed::BUFFER, 50221);
+        const DocumentRun whole = ParseDocument(document, {}, plain);
+        EXPECT_EQ(whole.parseResult, 0U);
+        ForEverySplit(document, [&](const Cuts& cuts) {
+            DocumentSettings settings = plain;
+            settings.betweenPieces = assigned ? GoOnWithAnAssignedOne : GoOnWithACopy;
+            EXPECT_EQ(ParseDocument(document, cuts, settings).Lines(), whole.Lines());
+        });
+    }
+}
+
+TEST(ParserCopyTest, ACopyGoesOnInsideAMark) {
+    const std::string documents[] = {"\xEF\xBB\xBF<a>", "\xEF\xBB<a>"};
+    for (const std::string& document : documents) {
+        for (const bool assigned : {false, true}) {
+            ForEverySplit(document, [&](const Cuts& cuts) {
+                DocumentSettings settings;
+                settings.type = GenericParser::DATA_STREAM_AUTO;
+                const DocumentRun whole = ParseDocument(document, cuts, settings);
+                // The original goes on with other bytes; those of the copy are still looked at as a mark.
+                settings.betweenPieces = assigned ? GoOnWithAnAssignedOne : GoOnWithACopy;
+                const DocumentRun run = ParseDocument(document, cuts, settings);
+                EXPECT_EQ(run.Lines(), whole.Lines());
+                EXPECT_EQ(run.charset, whole.charset);
+            });
+        }
+    }
+}
+
+TEST(ParserCopyTest, ACopyHasTheSettingsAndTheAnswers) {
+    Lines lines;
+    Trace::TraceObserver<WideChar, WideString> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.SetDetectCharsetErrors(true);
+    parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    parser.SetChrDetMinConfidence(12);
+    parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.ParseBuffer("\xFF\n<a", 4), 0U);
+    GenericParser assigned;
+    assigned = parser;
+    GenericParser copy(parser);
+    for (GenericParser* const other : {&copy, &assigned}) {
+        EXPECT_TRUE(other->GetDetectCharsetErrors());
+        EXPECT_TRUE(other->HasCharsetErrors());
+        EXPECT_EQ(other->GetSelfCheck(), GenericParser::SELF_CHECK_CRC);
+        EXPECT_EQ(other->GetChrDetMinConfidence(), 12U);
+        EXPECT_EQ(other->GetCharset(), 65001U);
+        EXPECT_EQ(other->GetLine(), 2U);
+        EXPECT_EQ(other->GetColumn(), 3U);
+        EXPECT_FALSE(other->IsWParser());
+        EXPECT_TRUE(other->GetCurrentParserName() == parser.GetCurrentParserName());
+    }
+    // Each goes its own way.
+    lines.clear();
+    EXPECT_EQ(copy.ParseBuffer("b>", 2), 0U);
+    EXPECT_EQ(parser.ParseBuffer(" c>", 3), 0U);
+    EXPECT_EQ(assigned.ParseBuffer("/>", 2), 0U);
+    EXPECT_EQ(Join(lines), "start(|ab||)\nstart(|a|{ |c}|)\nshort(|a||)\n");
+}
+
+TEST(ParserCopyTest, ACopyKnowsThatTheDocumentHasEnded) {
+    Lines lines;
+    Trace::TraceObserver<char, std::string> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    lines.clear();
+    GenericParser copy(parser);
+    GenericParser assigned;
+    assigned = parser;
+    EXPECT_EQ(copy.EndParse(), 0U);
+    EXPECT_EQ(assigned.EndParse(), 0U);
+    EXPECT_EQ(Join(lines), "");
+}
+
+TEST(ParserCopyTest, ACopyInheritsNoStream) {
+    for (const bool wide : {false, true}) {
+        for (const bool owned : {false, true}) {
+            SCOPED_TRACE(owned ? "owned" : "borrowed");
+            Lines lines;
+            Trace::TraceObserver<char, std::string> observer(&lines);
+            auto parser = std::make_unique<GenericParser>();
+            parser->SetObserver(&observer, false);
+            parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+            const std::string_view document = "a<b c";
+            auto stream = std::make_unique<VFS::MemoryInputStream>(wide ? ToUtf16LE(document) : std::string(document));
+            VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+            EXPECT_EQ(parser->ParseStream(fed, owned), 0U);
+            lines.clear();
+            GenericParser copy(*parser);
+            GenericParser assigned;
+            assigned = *parser;
+            EXPECT_EQ(copy.EndParse(), 16U);
+            EXPECT_EQ(assigned.EndParse(), 16U);
+            EXPECT_EQ(Join(lines), "");
+            EXPECT_EQ(parser->EndParse(), 0U);
+            EXPECT_EQ(Join(lines), wide ? "junk(<\\x00b\\x00 \\x00c\\x00)\nend-parsing\n" : "junk(<b c)\nend-parsing\n");
+        }
+    }
+}
+
+TEST(ParserCopyTest, AnAssignedParserForgetsItsOwnStream) {
+    Lines lines;
+    Trace::TraceObserver<char, std::string> observer(&lines);
+    GenericParser source;
+    source.SetObserver(&observer, false);
+    source.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(source.ParseBuffer("<s t", 4), 0U);
+    GenericParser target;
+    target.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    auto stream = std::make_unique<VFS::MemoryInputStream>("<x y");
+    EXPECT_EQ(target.ParseStream(stream.get(), false), 0U);
+    target = source;
+    stream.reset();
+    lines.clear();
+    EXPECT_EQ(target.EndParse(), 16U);
+    EXPECT_EQ(Join(lines), "");
+}
+
+}  // namespace
+}  // namespace Kestra::Test
