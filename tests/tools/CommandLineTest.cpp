@@ -1,0 +1,210 @@
+#include "tools/kestra-html/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using Tool::CommandLine;
+using Tool::TokensOptions;
+
+using Names = std::vector<std::string>;
+
+CommandLine Parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "kestra-html");
+    return Tool::ParseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+}
+
+/// The options of a line that is good.
+TokensOptions ParseGood(std::vector<const char*> arguments) {
+    const CommandLine line = Parse(std::move(arguments));
+    EXPECT_FALSE(line.answered.has_value()) << line.answer;
+    return line.tokens;
+}
+
+/// What is said about a line that is wrong.
+std::string ParseWrong(std::vector<const char*> arguments) {
+    const CommandLine line = Parse(std::move(arguments));
+    EXPECT_TRUE(line.answered.has_value());
+    EXPECT_EQ(line.answered.value_or(Tool::EXIT_STATUS_GOOD), Tool::EXIT_STATUS_USAGE);
+    return line.answer;
+}
+
+TEST(CommandLine, Defaults) {
+    const TokensOptions options = ParseGood({"tokens"});
+    EXPECT_EQ(options.format, TokensOptions::Format::TEXT);
+    EXPECT_EQ(options.charset, 0U);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_AUTO);
+    EXPECT_EQ(options.observer, TokensOptions::Observer::WIDE);
+    EXPECT_EQ(options.feed, TokensOptions::Feed::STREAM);
+    EXPECT_EQ(options.pieceSize, 0U);
+    EXPECT_FALSE(options.detectCharsetErrors);
+    EXPECT_EQ(options.minConfidence, 50U);
+    EXPECT_TRUE(options.reparse);
+    EXPECT_EQ(options.inputs, Names{"-"});
+}
+
+TEST(CommandLine, EveryOption) {
+    const TokensOptions options = ParseGood({"tokens",
+                                             "--format",
+                                             "json",
+                                             "--charset",
+                                             "65001",
+                                             "--input",
+                                             "8bit",
+                                             "--observer",
+                                             "narrow",
+                                             "--feed",
+                                             "buffer",
+                                             "--piece-size",
+                                             "7",
+                                             "--self-check",
+                                             "off",
+                                             "--detect-charset-errors",
+                                             "--min-confidence",
+                                             "101",
+                                             "--no-reparse",
+                                             "a"});
+    EXPECT_EQ(options.format, TokensOptions::Format::JSON);
+    EXPECT_EQ(options.charset, 65001U);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(options.observer, TokensOptions::Observer::NARROW);
+    EXPECT_EQ(options.feed, TokensOptions::Feed::BUFFER);
+    EXPECT_EQ(options.pieceSize, 7U);
+    EXPECT_TRUE(options.detectCharsetErrors);
+    EXPECT_EQ(options.minConfidence, 101U);
+    EXPECT_FALSE(options.reparse);
+    EXPECT_EQ(options.inputs, Names{"a"});
+}
+
+TEST(CommandLine, TheOtherWords) {
+    const TokensOptions options =
+        ParseGood({"tokens", "--format=text", "--input=utf16", "--observer=wide", "--feed=stream", "--charset=0", "--piece-size=0"});
+    EXPECT_EQ(options.format, TokensOptions::Format::TEXT);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_UTF16);
+    EXPECT_EQ(options.observer, TokensOptions::Observer::WIDE);
+    EXPECT_EQ(options.feed, TokensOptions::Feed::STREAM);
+    EXPECT_EQ(ParseGood({"tokens", "--input", "auto"}).input, GenericParser::DATA_STREAM_AUTO);
+}
+
+TEST(CommandLine, CharsetsByNumberAndByName) {
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "utf-8"}).charset, 65001U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "UTF-8"}).charset, 65001U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "windows-1251"}).charset, 1251U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "shift_jis"}).charset, 932U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "12345"}).charset, 12345U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "4294967295"}).charset, 4294967295U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "010"}).charset, 10U);
+}
+
+TEST(CommandLine, OptionsStandBeforeAndBehindFiles) {
+    const TokensOptions options = ParseGood({"tokens", "a", "--format", "json", "b", "--no-reparse", "c"});
+    EXPECT_EQ(options.format, TokensOptions::Format::JSON);
+    EXPECT_FALSE(options.reparse);
+    EXPECT_EQ(options.inputs, (Names{"a", "b", "c"}));
+}
+
+TEST(CommandLine, TheLastOfAnOptionCounts) {
+    EXPECT_EQ(ParseGood({"tokens", "--format", "json", "--format", "text"}).format, TokensOptions::Format::TEXT);
+    EXPECT_EQ(ParseGood({"tokens", "--piece-size", "1", "--piece-size", "2"}).pieceSize, 2U);
+}
+
+TEST(CommandLine, NamesOfFiles) {
+    EXPECT_EQ(ParseGood({"tokens", "-", "-"}).inputs, (Names{"-", "-"}));
+    EXPECT_EQ(ParseGood({"tokens", "tokens", "[a,b]", "{}", "%%", "", "a b"}).inputs, (Names{"tokens", "[a,b]", "{}", "%%", "", "a b"}));
+    EXPECT_EQ(ParseGood({"tokens", "a", "--", "--format", "-x", "--", "-"}).inputs, (Names{"a", "--format", "-x", "--", "-"}));
+    EXPECT_EQ(ParseGood({"tokens", "--"}).inputs, (Names{"-"}));
+}
+
+TEST(CommandLine, WrongUsage) {
+    const struct {
+        std::vector<const char*> arguments;
+        const char* expected;
+    } CASES[] = {
+        {{}, "kestra-html: a subcommand is required: tokens (see kestra-html --help)"},
+        {{"--"}, "kestra-html: a subcommand is required: tokens (see kestra-html --help)"},
+        {{"page.html"}, "kestra-html: The following argument was not expected: page.html (see kestra-html --help)"},
+        {{"events"}, "kestra-html: The following argument was not expected: events (see kestra-html --help)"},
+        {{"check"}, "kestra-html: The following argument was not expected: check (see kestra-html --help)"},
+        {{"detect"}, "kestra-html: The following argument was not expected: detect (see kestra-html --help)"},
+        {{"--format=json", "tokens"}, "kestra-html: The following argument was not expected: --format=json (see kestra-html --help)"},
+        {{"tokens", "--bogus"}, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)"},
+        {{"tokens", "a", "-x", "b"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
+        {{"tokens", "-1"}, "kestra-html: The following argument was not expected: -1 (see kestra-html --help)"},
+        {{"tokens", "--flags", "1"}, "kestra-html: The following argument was not expected: --flags (see kestra-html --help)"},
+        {{"tokens", "--format"}, "kestra-html: --format: 1 required text|json missing (see kestra-html --help)"},
+        {{"tokens", "--format", "xml"}, "kestra-html: --format: xml not in {text,json} (see kestra-html --help)"},
+        {{"tokens", "--format", "JSON"}, "kestra-html: --format: JSON not in {text,json} (see kestra-html --help)"},
+        {{"tokens", "--input", "1"}, "kestra-html: --input: 1 not in {auto,8bit,utf16} (see kestra-html --help)"},
+        {{"tokens", "--observer", ""}, "kestra-html: --observer:  not in {wide,narrow} (see kestra-html --help)"},
+        {{"tokens", "--feed", "file"}, "kestra-html: --feed: file not in {stream,buffer} (see kestra-html --help)"},
+        {{"tokens", "--charset", "no-such-charset"},
+         "kestra-html: --charset: \"no-such-charset\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"tokens", "--charset", " utf-8"},
+         "kestra-html: --charset: \" utf-8\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"tokens", "--charset", "4294967296"},
+         "kestra-html: --charset: \"4294967296\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"tokens", "--charset", ""},
+         "kestra-html: --charset: \"\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"tokens", "--piece-size", "x"}, "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--piece-size=-1"}, "kestra-html: --piece-size: \"-1\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--piece-size", "0x10"}, "kestra-html: --piece-size: \"0x10\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--piece-size", "1k"}, "kestra-html: --piece-size: \"1k\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--min-confidence", "18446744073709551616"},
+         "kestra-html: --min-confidence: \"18446744073709551616\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--self-check", "crc"},
+         "kestra-html: --self-check: \"crc\" is not supported, only \"off\" is (see kestra-html --help)"},
+        {{"tokens", "--self-check", "copy"},
+         "kestra-html: --self-check: \"copy\" is not supported, only \"off\" is (see kestra-html --help)"},
+        {{"tokens", "--self-check", "on"}, "kestra-html: --self-check: on not in {off,crc,copy} (see kestra-html --help)"},
+    };
+    for (const auto& row : CASES)
+        EXPECT_EQ(ParseWrong(row.arguments), row.expected);
+}
+
+TEST(CommandLine, HelpAndVersion) {
+    const CommandLine version = Parse({"--version"});
+    EXPECT_EQ(version.answered, Tool::EXIT_STATUS_GOOD);
+    EXPECT_EQ(version.answer, "kestra-html " KESTRA_VERSION);
+
+    const CommandLine help = Parse({"--help"});
+    EXPECT_EQ(help.answered, Tool::EXIT_STATUS_GOOD);
+    EXPECT_NE(help.answer.find("\n  tokens  "), std::string::npos) << help.answer;
+    EXPECT_NE(help.answer.find("\n  3  a file cannot be read"), std::string::npos) << help.answer;
+    for (const char* const later : {"events", "check", "detect"})
+        EXPECT_EQ(help.answer.find(std::string("\n  ") + later), std::string::npos) << later;
+
+    for (const std::vector<const char*>& arguments :
+         {std::vector<const char*>{"tokens", "--help"}, {"tokens", "-h"}, {"--help", "tokens"}}) {
+        const CommandLine tokensHelp = Parse(arguments);
+        EXPECT_EQ(tokensHelp.answered, Tool::EXIT_STATUS_GOOD);
+        for (const char* const part :
+             {"Usage: kestra-html tokens [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
+              "--input auto|8bit|utf16=auto", "--observer wide|narrow=wide", "--feed stream|buffer=stream", "--piece-size N=0",
+              "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50", "--no-reparse", "observer's characters",
+              "or the output could not be written"}) {
+            EXPECT_NE(tokensHelp.answer.find(part), std::string::npos) << part;
+        }
+    }
+}
+
+TEST(CommandLine, HelpFitsATerminal) {
+    for (const char* const command : {"--help", "tokens"}) {
+        const std::string help = Parse({command, "--help"}).answer;
+        std::size_t begin = 0;
+        while (begin < help.size()) {
+            const std::size_t end = std::min(help.find('\n', begin), help.size());
+            EXPECT_LE(end - begin, 80U) << help.substr(begin, end - begin);
+            begin = end + 1;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test

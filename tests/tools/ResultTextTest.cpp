@@ -1,0 +1,50 @@
+#include "tools/kestra-html/ResultText.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace Kestra::Test {
+namespace {
+
+TEST(ResultText, EveryCodeHasAMeaningOfItsOwn) {
+    const std::string unknown(Tool::GetResultMeaning(4711));
+    EXPECT_EQ(unknown, "an unknown result code");
+    std::set<std::string> meanings = {unknown};
+    for (const std::uint32_t code : {0U, 2U, 5U, 8U, 11U, 12U, 16U, 50U, 507U, 512U, 513U, 704U, 705U, 706U, 707U, 708U, 709U}) {
+        EXPECT_TRUE(meanings.emplace(Tool::GetResultMeaning(code)).second) << code;
+    }
+}
+
+TEST(ResultText, FailuresNameTheCallsTheCodesAndThePlace) {
+    Tool::TokensPassResult result;
+    result.line = 3;
+    result.column = 7;
+    EXPECT_TRUE(result.IsGood());
+    EXPECT_EQ(Tool::DescribeFailures(result), "");
+    result.endParse = 16;
+    EXPECT_FALSE(result.IsGood());
+    EXPECT_EQ(Tool::DescribeFailures(result), "EndParse returned 16: the input ended inside a construct (line 3, column 7)");
+    result.startParse = 2;
+    result.parse = 4711;
+    EXPECT_EQ(Tool::DescribeFailures(result),
+              "StartParse returned 2: an invalid argument, such as an odd number of bytes of UTF-16; "
+              "parsing returned 4711: an unknown result code; "
+              "EndParse returned 16: the input ended inside a construct (line 3, column 7)");
+}
+
+TEST(ResultText, EachOfTheThreeCallsCounts) {
+    Tool::TokensPassResult result;
+    result.startParse = 2;
+    EXPECT_FALSE(result.IsGood());
+    result = {};
+    result.parse = 16;
+    EXPECT_FALSE(result.IsGood());
+    result = {};
+    result.endParse = 16;
+    EXPECT_FALSE(result.IsGood());
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+
+namespace Kestra::Test {
+namespace {
+
+/// Runs the tool in a folder with a good file "good" and a file "bad" whose parse fails when it is fed as a buffer.
+class ToolFiles : public testing::Test {
+protected:
+    ToolFiles() {
+        folder.Write("good", "a");
+        folder.Write("bad", "<a / >");
+        settings.input = "s";
+        settings.folder = folder.GetPath().string();
+    }
+
+    ToolRun Run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"tokens", "--feed", "buffer", "--charset", "1252"});
+        return RunTool(arguments, settings);
+    }
+
+    /// The names in the result lines, in order.
+    static std::string Files(const std::string& output) {
+        static constexpr std::string_view MEMBER = "\"file\":\"";
+        std::string names;
+        for (std::size_t at = output.find(MEMBER); at != std::string::npos; at = output.find(MEMBER, at + 1)) {
+            const std::size_t begin = at + MEMBER.size();
+            names += output.substr(begin, output.find('"', begin) - begin) + ";";
+        }
+        return names;
+    }
+
+    TemporaryFolder folder;
+    ToolSettings settings;
+};
+
+constexpr const char* BAD =
+    "bad: parsing returned 11: malformed markup, a required part is missing or cannot be recognized; "
+    "EndParse returned 16: the input ended inside a construct (line 1, column 6)\n";
+
+TEST_F(ToolFiles, ExitStatus) {
+    const struct {
+        std::vector<std::string> files;
+        int status;
+        std::string errors;
+        std::string results;
+    } CASES[] = {
+        {{"good"}, 0, "", "good;"},
+        {{"good", "good"}, 0, "", "good;good;"},
+        {{"bad"}, 1, BAD, "bad;"},
+        {{"bad", "good"}, 1, BAD, "bad;good;"},
+        {{"good", "bad"}, 1, BAD, "good;bad;"},
+        {{"none"}, 3, "none: cannot be read\n", ""},
+        {{"none", "good"}, 3, "none: cannot be read\n", "good;"},
+        {{"none", "bad"}, 3, std::string("none: cannot be read\n") + BAD, "bad;"},
+        {{"bad", "none", "good"}, 3, std::string(BAD) + "none: cannot be read\n", "bad;good;"},
+        {{"."}, 3, ".: cannot be read\n", ""},
+        {{""}, 3, ": cannot be read\n", ""},
+        {{"good/x"}, 3, "good/x: cannot be read\n", ""},
+        {{"no\nne"}, 3, "no\\x0Ane: cannot be read\n", ""},
+        {{"good", "--bogus"}, 2, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)\n", ""},
+        {{"good", "--self-check", "copy"},
+         2,
+         "kestra-html: --self-check: \"copy\" is not supported, only \"off\" is (see kestra-html --help)\n",
+         ""},
+    };
+    for (const auto& row : CASES) {
+        std::vector<std::string> arguments = row.files;
+        arguments.insert(arguments.begin(), {"--format", "json"});
+        const ToolRun run = Run(arguments);
+        EXPECT_EQ(run.status, row.status) << testing::PrintToString(row.files);
+        EXPECT_EQ(run.errors, row.errors) << testing::PrintToString(row.files);
+        EXPECT_EQ(Files(run.output), row.results) << testing::PrintToString(row.files);
+    }
+}
+
+TEST_F(ToolFiles, StandardInput) {
+    EXPECT_EQ(Files(Run({"--format", "json"}).output), "-;");
+    EXPECT_EQ(Files(Run({"--format", "json", "good", "-", "good"}).output), "good;-;good;");
+    const ToolRun twice = Run({"--format", "json", "-", "-"});
+    EXPECT_EQ(twice.status, 0);
+    EXPECT_EQ(Files(twice.output), "-;-;");
+    EXPECT_NE(twice.output.find("\"text\":\"s\""), std::string::npos);
+    EXPECT_EQ(twice.output.find("\"text\":\"s\""), twice.output.rfind("\"text\":\"s\""));  // the second time it is at its end
+
+    settings.input.reset();
+    const ToolRun closed = Run({"--format", "json", "-", "good"});
+    EXPECT_EQ(closed.status, 3);
+    EXPECT_EQ(closed.errors, "-: cannot be read\n");
+    EXPECT_EQ(Files(closed.output), "good;");
+}
+
+TEST_F(ToolFiles, ALargeInputThroughAPipe) {
+    const std::string text(5000000, 'x');
+    const ToolRun run = RunToolOn(text, {"tokens", "--charset", "1252", "--format", "json"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"" + text + "\"}\n"), std::string::npos);
+}
+
+TEST_F(ToolFiles, BytesArriveAsTheyAre) {
+    std::string bytes;
+    for (int i = 0; i < 256; ++i)
+        bytes.push_back(static_cast<char>(i == '<' ? 'x' : i));
+    folder.Write("bytes", bytes);
+    const ToolRun file = Run({"--format", "json", "--observer", "narrow", "bytes"});
+    EXPECT_NE(file.output.find(R"("\u0000\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e)"), std::string::npos);
+    EXPECT_NE(file.output.find(R"(\u0019\u001a\u001b)"), std::string::npos);
+    EXPECT_NE(file.output.find(R"(~\u007f\u0080)"), std::string::npos);
+    EXPECT_NE(file.output.find(R"(\u00fe\u00ff")"), std::string::npos);
+    settings.input = bytes;
+    const ToolRun pipe = Run({"--format", "json", "--observer", "narrow", "-"});
+    EXPECT_EQ(pipe.output.substr(0, pipe.output.find("\"file\"")), file.output.substr(0, file.output.find("\"file\"")));
+}
+
+TEST_F(ToolFiles, SeveralFilesHaveHeadersInTheTextFormat) {
+    EXPECT_EQ(Run({"good"}).output.find("==>"), std::string::npos);
+    const ToolRun run = Run({"good", "none", "good"});
+    const std::string lines =
+        "     1:1     start-parsing\n     1:1     text(a)\n     1:2     end-parsing\nbytes    1\ntokens   1: text 1\n"
+        "charset  1252 (windows-1252)\nresult   0, success\n";
+    EXPECT_EQ(run.output, "==> good <==\n" + lines + "\n==> good <==\n" + lines);
+    EXPECT_EQ(run.errors, "none: cannot be read\n");
+}
+
+TEST_F(ToolFiles, HelpAndVersionReadNothing) {
+    const ToolRun version = RunTool({"--version"}, settings);
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output, "kestra-html " KESTRA_VERSION "\n");
+    const ToolRun help = RunTool({"tokens", "--help", "none"}, settings);
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.errors, "");
+    EXPECT_EQ(help.output.substr(0, 38), "Print the token stream of every input\n");
+    const ToolRun nothing = RunTool({}, settings);
+    EXPECT_EQ(nothing.status, 2);
+    EXPECT_EQ(nothing.output, "");
+    EXPECT_EQ(nothing.errors, "kestra-html: a subcommand is required: tokens (see kestra-html --help)\n");
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kestra::Test {
+
+/// How one of the tool's output streams is set up.
+enum class Sink {
+    CAPTURED,     ///< a file
+    TERMINAL,     ///< a terminal that changes nothing; at most one stream at a time
+    CLOSED,       ///< not open at all
+    CLOSED_PIPE,  ///< a pipe whose reader is gone
+    FULL_DISK     ///< every write fails
+};
+
+struct ToolSettings {
+    std::optional<std::string> input = "";  ///< comes through a pipe; nothing: standard input is not open
+    Sink output = Sink::CAPTURED;
+    Sink errors = Sink::CAPTURED;
+    std::map<std::string, std::string> environment;  ///< on top of a terminal that shows colours
+    std::string folder;                              ///< to run in; empty for the current one
+};
+
+struct ToolRun {
+    int status = -1;  ///< exit status; 128 and the signal's number when a signal ended the tool
+    std::string output;
+    std::string errors;
+};
+
+/// Runs the built tool with these arguments and waits for its end.
+ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& settings = {});
+
+/// Runs it with this standard input.
+ToolRun RunToolOn(std::string_view input, const std::vector<std::string>& arguments);
+
+}  // namespace Kestra::Test

@@ -1,0 +1,309 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/tools/ToolRun.h"
+
+namespace Kestra::Test {
+namespace {
+
+using namespace std::string_literals;
+
+using Arguments = std::vector<std::string>;
+
+Arguments Json(Arguments more = {}) {
+    more.insert(more.begin(), {"tokens", "--format", "json"});
+    return more;
+}
+
+/// The JSON Lines of a good run.
+std::string JsonOf(std::string_view input, Arguments more = {}) {
+    const ToolRun run = RunToolOn(input, Json(std::move(more)));
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    return run.output;
+}
+
+/// The last line of an output.
+std::string LastLine(const std::string& output) {
+    if (output.empty() || output.back() != '\n')
+        return "(no line)";
+    const std::size_t before = output.rfind('\n', output.size() - 2);
+    return output.substr(before == std::string::npos ? 0 : before + 1, output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
+}
+
+std::string WithoutLastLine(const std::string& output) {
+    return output.substr(0, output.size() - LastLine(output).size() - 1);
+}
+
+/// A text with the letters of the ASCII one as UTF-16, low byte first.
+std::string Utf16(std::string_view ascii) {
+    std::string bytes;
+    for (const char letter : ascii) {
+        bytes.push_back(letter);
+        bytes.push_back('\0');
+    }
+    return bytes;
+}
+
+std::string Repeat(std::string_view text, unsigned times) {
+    std::string all;
+    for (unsigned i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+TEST(ToolTokens, AllKindsThatTheParserDelivers) {
+    EXPECT_EQ(JsonOf("\xEF\xBB\xBF"
+                     "a<a href='x'>b</a ><br/><script>'s' \"d\"</script><style>p{}</style><b"),
+              R"({"event":"StartParsing"}
+{"event":"BOM","bytes":"\u00ef\u00bb\u00bf"}
+{"event":"Text","text":"a"}
+{"event":"StartTag","prefix":"","name":"a","attributes":[{"prefix":" ","name":"href","beforeEquals":"","afterEquals":"","value":"x","quote":1,"hasValue":true}],"suffix":"","closed":true}
+{"event":"Text","text":"b"}
+{"event":"EndTag","prefix":"","name":"a","afterName":" ","closed":true,"attributes":[],"slashBeforeClose":false,"suffix":""}
+{"event":"ShortTag","prefix":"","name":"br","attributes":[],"suffix":"","closed":true}
+{"event":"StartTag","prefix":"","name":"script","attributes":[],"suffix":"","closed":true}
+{"event":"JSTagStart"}
+{"event":"SQuoteString","text":"s"}
+{"event":"Text","text":" "}
+{"event":"DQuoteString","text":"d"}
+{"event":"EndTag","prefix":"","name":"script","afterName":"","closed":true,"attributes":[],"slashBeforeClose":false,"suffix":""}
+{"event":"JSTagEnd"}
+{"event":"StartTag","prefix":"","name":"style","attributes":[],"suffix":"","closed":true}
+{"event":"CSSTagStart"}
+{"event":"Text","text":"p{}"}
+{"event":"EndTag","prefix":"","name":"style","afterName":"","closed":true,"attributes":[],"slashBeforeClose":false,"suffix":""}
+{"event":"CSSTagEnd"}
+{"event":"JunkData","text":"<b"}
+{"event":"EndParsing"}
+{"event":"Result","startParse":0,"parse":0,"endParse":0,"line":1,"column":69,"currentParserName":"StartTagSimpleParser","charset":65001,"isWParser":false,"hasCharsetErrors":false,"needsReparsing":false,"file":"-"}
+)");
+}
+
+TEST(ToolTokens, TheStreamType) {
+    EXPECT_EQ(WithoutLastLine(JsonOf("a", {"--input", "auto", "--charset", "1252"})),
+              "{\"event\":\"StartParsing\"}\n{\"event\":\"Text\",\"text\":\"a\"}\n{\"event\":\"EndParsing\"}\n");
+    EXPECT_EQ(WithoutLastLine(JsonOf("a", {"--input", "8bit", "--charset", "1252"})),
+              "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1252}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
+              "{\"event\":\"EndParsing\"}\n");
+    const std::string wide = JsonOf(Utf16("a"), {"--input", "utf16", "--charset", "1252"});
+    EXPECT_EQ(WithoutLastLine(wide),
+              "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1200}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
+              "{\"event\":\"EndParsing\"}\n");
+    EXPECT_NE(LastLine(wide).find("\"charset\":1200,\"isWParser\":true"), std::string::npos) << wide;
+}
+
+TEST(ToolTokens, CharsetAndObserver) {
+    const auto text = [](const std::string& input, Arguments arguments) {
+        const std::string lines = JsonOf(input, std::move(arguments));
+        const std::size_t begin = lines.find("\"text\":") + 7;
+        return lines.substr(begin, lines.find('}', begin) - begin);
+    };
+    EXPECT_EQ(text("\xE9", {"--charset", "1252"}), R"("\u00e9")");
+    EXPECT_EQ(text("\xE9", {"--charset", "windows-1251"}), R"("\u0439")");
+    EXPECT_EQ(text("\xC3\xA9", {"--charset", "utf-8"}), R"("\u00e9")");
+    EXPECT_EQ(text("\xF0\x9F\x98\x80", {"--charset", "65001"}), R"("\ud83d\ude00")");
+    EXPECT_EQ(text("\xC3\xA9", {"--charset", "65001", "--observer", "narrow"}), R"("\u00c3\u00a9")");
+    EXPECT_EQ(text("a\0b\x01"s, {"--charset", "1252"}), R"("a\u0000b\u0001")");
+    EXPECT_EQ(text("\x34\xD8"
+                   "a\0"s,
+                   {"--input", "utf16"}),
+              R"("\ud834a")");
+    EXPECT_EQ(text("\x1E\xDD"s, {"--input", "utf16"}), R"("\udd1e")");
+    EXPECT_EQ(text(Utf16("ab"), {"--input", "utf16", "--observer", "narrow"}), R"("a\u0000b\u0000")");
+}
+
+TEST(ToolTokens, JunkIsBytesForBothObservers) {
+    for (const char* const observer : {"wide", "narrow"}) {
+        EXPECT_EQ(WithoutLastLine(JsonOf("<b \xC3\xA9", {"--charset", "65001", "--observer", observer})),
+                  "{\"event\":\"StartParsing\"}\n{\"event\":\"JunkData\",\"text\":\"<b \\u00c3\\u00a9\"}\n{\"event\":\"EndParsing\"}\n");
+        EXPECT_EQ(WithoutLastLine(JsonOf(Utf16("<b"), {"--input", "utf16", "--observer", observer})),
+                  "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1200}\n"
+                  "{\"event\":\"JunkData\",\"text\":\"<\\u0000b\\u0000\"}\n{\"event\":\"EndParsing\"}\n");
+    }
+}
+
+TEST(ToolTokens, CharsetErrorsAreCountedOnlyWhenAskedFor) {
+    const std::string broken = "a\xFF";
+    EXPECT_NE(JsonOf(broken, {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":true"), std::string::npos);
+    EXPECT_NE(JsonOf(broken, {"--charset", "65001"}).find("\"hasCharsetErrors\":false"), std::string::npos);
+    EXPECT_NE(JsonOf("ab", {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":false"), std::string::npos);
+}
+
+TEST(ToolTokens, TheResultIsAskedBeforeTheEnd) {
+    const ToolRun run = RunToolOn("a\nb<x", Json({"--charset", "1252", "--feed", "buffer"}));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.output,
+              "{\"event\":\"StartParsing\"}\n{\"event\":\"Text\",\"text\":\"a\\nb\"}\n"
+              "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":16,\"line\":2,\"column\":4,"
+              "\"currentParserName\":\"StartTagSimpleParser\",\"charset\":1252,\"isWParser\":false,\"hasCharsetErrors\":false,"
+              "\"needsReparsing\":false,\"file\":\"-\"}\n");
+    EXPECT_EQ(run.errors, "-: EndParse returned 16: the input ended inside a construct (line 2, column 4)\n");
+}
+
+TEST(ToolTokens, AResultOtherThan0And16EndsTheFeeding) {
+    const ToolRun whole = RunToolOn("a<b / >c", Json({"--charset", "1252", "--feed", "buffer"}));
+    EXPECT_EQ(whole.status, 1);
+    const std::string result = LastLine(whole.output);
+    EXPECT_NE(result.find("\"parse\":11,"), std::string::npos) << result;
+    EXPECT_NE(whole.errors.find("-: parsing returned 11: malformed markup"), std::string::npos) << whole.errors;
+    EXPECT_EQ(std::count(whole.errors.begin(), whole.errors.end(), '\n'), 1);
+
+    // The second piece alone would be good.
+    const ToolRun odd = RunToolOn(Utf16("ab") + "c", Json({"--input", "utf16", "--feed", "buffer", "--piece-size", "3"}));
+    EXPECT_EQ(odd.status, 1);
+    EXPECT_NE(LastLine(odd.output).find("\"parse\":2,"), std::string::npos) << odd.output;
+    EXPECT_EQ(odd.output.find("\"event\":\"Text\""), std::string::npos) << odd.output;
+}
+
+TEST(ToolTokens, PieceSizesChangeNoToken) {
+    const std::string page = Repeat("Text &amp; more <p class=x id='a b'>\xC3\xA9\n<br /><script>if (a < 'b') \"c\";</script></p >\n", 300);
+    ASSERT_GT(page.size(), 16384U);
+    for (const char* const observer : {"wide", "narrow"}) {
+        const std::string expected = JsonOf(page, {"--charset", "65001", "--observer", observer});
+        ASSERT_GT(std::count(expected.begin(), expected.end(), '\n'), 3000);
+        for (const char* const feed : {"stream", "buffer"}) {
+            for (const char* const size : {"0", "1", "2", "3", "7", "16384"}) {
+                EXPECT_EQ(JsonOf(page, {"--charset", "65001", "--observer", observer, "--feed", feed, "--piece-size", size}), expected)
+                    << observer << " " << feed << " " << size;
+            }
+        }
+    }
+    const std::string wide = Utf16("<p class=x>text</p><br/>" + std::string(9000, 'x'));
+    const std::string expected = JsonOf(wide, {"--input", "utf16"});
+    for (const char* const feed : {"stream", "buffer"}) {
+        for (const char* const size : {"2", "6", "16384"})
+            EXPECT_EQ(JsonOf(wide, {"--input", "utf16", "--feed", feed, "--piece-size", size}), expected) << feed << " " << size;
+    }
+}
+
+TEST(ToolTokens, BrokenMarkupIsTheSameJunkForEveryPieceSizeOfAStream) {
+    const std::string page = Repeat("a<b / >c</a / >d<p '>e", 20);
+    const std::string expected = JsonOf(page, {"--charset", "1252"});
+    EXPECT_NE(expected.find("JunkData"), std::string::npos);
+    for (const char* const size : {"1", "2", "3", "7", "16384"})
+        EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--piece-size", size}), expected) << size;
+}
+
+/// Texts of a charset that the detector is sure of.
+struct DetectableText {
+    const char* note;
+    std::string bytes;
+    const char* result;
+    const char* text;
+};
+
+const DetectableText DETECTABLE_TEXTS[] = {
+    {"UTF-8", Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20),
+     "\"charset\":65001,\"isWParser\":false", R"("text":"\u0414\u043e\u0431\u0440\u044b\u0439 \u0434\u0435\u043d\u044c")"},
+    {"UTF-16 without a mark", Utf16(Repeat("<p>An English text that goes on for a while</p>\n", 20)), "\"charset\":1200,\"isWParser\":true",
+     R"("text":"An English text that goes on for a while")"},
+};
+
+TEST(ToolTokens, ALateCharsetStartsAgain) {
+    for (const DetectableText& row : DETECTABLE_TEXTS) {
+        const std::string lines = JsonOf(row.bytes);
+        EXPECT_NE(lines.find(row.text), std::string::npos) << row.note << "\n" << lines;
+        EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << row.note << "\n" << lines;
+        EXPECT_NE(LastLine(lines).find(row.result), std::string::npos) << row.note << "\n" << lines;
+        // Nothing of the abandoned pass is there.
+        for (const char* const once : {"\"StartParsing\"", "\"EndParsing\"", "\"Result\""}) {
+            EXPECT_NE(lines.find(once), std::string::npos) << row.note << once;
+            EXPECT_EQ(lines.find(once), lines.rfind(once)) << row.note << once;
+        }
+    }
+}
+
+TEST(ToolTokens, TheSecondPassIsTheOneWithTheCharsetGiven) {
+    const std::string& utf8 = DETECTABLE_TEXTS[0].bytes;
+    EXPECT_EQ(JsonOf(utf8), JsonOf(utf8, {"--charset", "65001"}));
+    EXPECT_EQ(JsonOf(utf8, {"--observer", "narrow"}), JsonOf(utf8, {"--observer", "narrow", "--charset", "65001"}));
+    EXPECT_EQ(JsonOf(utf8, {"--input", "8bit"}), JsonOf(utf8, {"--input", "8bit", "--charset", "65001"}));
+    const std::string& utf16 = DETECTABLE_TEXTS[1].bytes;
+    EXPECT_EQ(JsonOf(utf16), JsonOf(utf16, {"--input", "utf16"}));
+}
+
+TEST(ToolTokens, WithoutReparsingTheResultIs705) {
+    for (const DetectableText& row : DETECTABLE_TEXTS) {
+        const ToolRun run = RunToolOn(row.bytes, Json({"--no-reparse"}));
+        EXPECT_EQ(run.status, 1) << row.note;
+        EXPECT_NE(run.output.find("{\"event\":\"Text\""), std::string::npos) << row.note;
+        EXPECT_NE(LastLine(run.output).find("\"parse\":705,"), std::string::npos) << row.note << run.output;
+        EXPECT_EQ(run.errors, "-: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n")
+            << row.note;
+    }
+}
+
+TEST(ToolTokens, TheLeastConfidenceKeepsTheDetectorSilent) {
+    const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--min-confidence", "101"});
+    EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << lines;
+    EXPECT_NE(LastLine(lines).find("\"charset\":0,"), std::string::npos) << lines;
+}
+
+TEST(ToolTokens, ABufferIsNotDetected) {
+    const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--feed", "buffer"});
+    EXPECT_NE(LastLine(lines).find("\"charset\":0,"), std::string::npos) << lines;
+}
+
+TEST(ToolTokens, AnEmptyInput) {
+    const std::string expected =
+        "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":1,\"column\":1,\"currentParserName\":\"\",\"charset\":"
+        "0,"
+        "\"isWParser\":false,\"hasCharsetErrors\":false,\"needsReparsing\":false,\"file\":\"-\"}\n";
+    EXPECT_EQ(JsonOf(""), expected);
+    EXPECT_EQ(JsonOf("", {"--feed", "buffer"}), expected);
+}
+
+TEST(ToolTokens, TheTextFormat) {
+    const ToolRun run = RunToolOn("Caf\xC3\xA9\n<a href=x>\t</a><", {"tokens", "--charset", "65001"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output,
+              "     1:1     start-parsing\n"
+              "     1:1     text(Caf\xC3\xA9\\n)\n"
+              "     2:1     start(|a|{ |href|=|x}|)\n"
+              "     2:11    text(\\t)\n"
+              "     2:12    end(|a|||)\n"
+              "     2:16    junk(<)\n"
+              "     2:17    end-parsing\n"
+              "bytes    22\n"
+              "tokens   5: text 2, start 1, end 1, junk 1\n"
+              "charset  65001 (UTF-8)\n"
+              "result   0, success\n");
+}
+
+TEST(ToolTokens, TheTextFormatAfterALateCharset) {
+    const ToolRun run = RunToolOn(DETECTABLE_TEXTS[0].bytes, {"tokens"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(run.output.find("start-parsing"), run.output.rfind("start-parsing"));
+    EXPECT_NE(run.output.find("\nbytes    580\ntokens   80: text 40, start 20, end 20\ncharset  65001 (UTF-8), found in a first pass\n"
+                              "result   0, success\n"),
+              std::string::npos)
+        << run.output;
+}
+
+TEST(ToolTokens, PlacesAgreeWithTheParser) {
+    // For a document in the observer's characters, the place behind the last token is the parser's own.
+    const std::string page =
+        "a\nb <a b = 'c\n'>\r\n</a >\n<script>'x\\'' \"\n\"</script><style>p {}\n</style><br/>\n<1>x\n<p \n/>\n<b /\n>\nend";
+    const ToolRun text = RunToolOn(page, {"tokens", "--charset", "1252", "--observer", "narrow"});
+    const std::string result = LastLine(JsonOf(page, {"--charset", "1252", "--observer", "narrow"}));
+    EXPECT_NE(result.find("\"line\":13,\"column\":4,"), std::string::npos) << result;
+    EXPECT_NE(text.output.find("\n    13:4     end-parsing\n"), std::string::npos) << text.output;
+    const ToolRun wide = RunToolOn(Utf16(page), {"tokens", "--input", "utf16"});
+    EXPECT_NE(wide.output.find("\n    13:4     end-parsing\n"), std::string::npos) << wide.output;
+}
+
+TEST(ToolTokens, TheExamplePage) {
+    const ToolRun run = RunTool({"tokens", KESTRA_EXAMPLE_PAGES "/saltmarsh-point.html"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_NE(run.output.find("\nresult   0, success\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace Kestra::Test

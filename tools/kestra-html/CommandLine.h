@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "tools/kestra-html/ExitStatus.h"
+#include "tools/kestra-html/TokensOptions.h"
+
+namespace Kestra::Tool {
+
+/// What the command line asks for: the run of a subcommand, or only an answer.
+struct CommandLine {
+    TokensOptions tokens;
+    std::optional<ExitStatus> answered;  ///< when set, nothing is run: the text below is all
+    std::string answer;  ///< help or version for standard output, or what is wrong for standard error; no line feed at its end
+};
+
+CommandLine ParseCommandLine(int argc, const char* const* argv);
+
+}  // namespace Kestra::Tool

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/Progress.h"
+
+namespace Kestra::Tool {
+
+/// Standard output and standard error of the tool.
+///
+/// Output is gathered and written in whole lines, so that a progress line or a diagnostic on the same terminal never cuts one.
+class Console final : public LineSink {
+public:
+    Console();
+    ~Console() override;
+
+    void Line(std::string_view line) override;
+    /// Writes what is gathered. @throws OutputFailed
+    void Flush();
+
+    /// Writes one line about an input to standard error, behind the output so far.
+    void Diagnose(const std::string& inputName, std::string_view message);
+
+    /// Writes one line that is about no input to standard error; nothing for an empty message.
+    void Complain(std::string_view message);
+
+    Progress& GetProgress();
+
+private:
+    /// @return false when output has failed, now or earlier
+    bool TryFlush();
+
+    std::string gathered;
+    int failure = 0;  ///< the `errno` of the first write that failed
+    Progress progress;
+};
+
+}  // namespace Kestra::Tool

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace Kestra::Tool {
+
+/// Reads a whole file, pipe or device, or standard input for the name "-".
+/// @return false when it cannot be opened, or not be read to its end
+bool ReadInput(const std::string& name, std::string* bytes);
+
+/// A file name for one line of text: control characters as `\x1B`, everything else as it is.
+std::string PrintableName(const std::string& name);
+
+}  // namespace Kestra::Tool

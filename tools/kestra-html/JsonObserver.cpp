@@ -1,0 +1,287 @@
+#include "tools/kestra-html/JsonObserver.h"
+
+#include "platform/StringHelper.h"
+#include "tools/kestra-html/JsonText.h"
+
+namespace Kestra::Tool {
+
+JsonLine::JsonLine(LineSink* lineSink) : sink(lineSink), writer(buffer) {}
+
+void JsonLine::Begin(std::string_view event) {
+    buffer.Clear();
+    writer.Reset(buffer);
+    writer.StartObject();
+    writer.Key("event");
+    writer.String(event.data(), static_cast<rapidjson::SizeType>(event.size()));
+}
+
+void JsonLine::End() {
+    writer.EndObject();
+    sink->Line(std::string_view(buffer.GetString(), buffer.GetSize()));
+}
+
+void JsonLine::Bool(const char* name, bool value) {
+    writer.Key(name);
+    writer.Bool(value);
+}
+
+void JsonLine::Number(const char* name, std::uint64_t value) {
+    writer.Key(name);
+    writer.Uint64(value);
+}
+
+void JsonLine::String(const char* name, const std::string* bytes) {
+    Text(name, bytes);
+}
+
+void JsonLine::String(const char* name, const WideString* text) {
+    Text(name, text);
+}
+
+template <typename S>
+void JsonLine::Text(const char* name, const S* text) {
+    writer.Key(name);
+    if (text == nullptr) {
+        writer.Null();
+        return;
+    }
+    scratch.clear();
+    AppendJsonString(&scratch, *text);
+    writer.RawValue(scratch.data(), scratch.size(), rapidjson::kStringType);
+}
+
+template <typename T>
+void JsonLine::List(const char* name, const Vector<T>* items) {
+    writer.Key(name);
+    if (items == nullptr) {
+        writer.Null();
+        return;
+    }
+    writer.StartArray();
+    for (const T& item : *items) {
+        writer.StartObject();
+        Item(item);
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+template <typename C, typename S>
+void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
+    String("prefix", &attribute.prefix);
+    String("name", &attribute.name);
+    String("beforeEquals", &attribute.beforeEquals);
+    String("afterEquals", &attribute.afterEquals);
+    String("value", &attribute.value);
+    Number("quote", attribute.quote);
+    Bool("hasValue", attribute.hasValue);
+}
+
+template <typename C, typename S>
+void JsonLine::Item(const HTML::EntityToken<C, S>& token) {
+    String("prefix", &token.prefix);
+    String("value", &token.value);
+    Number("quote", token.quote);
+}
+
+template <typename C, typename S>
+JsonObserver<C, S>::JsonObserver(LineSink* lineSink) : line(lineSink) {}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnStartParsing() {
+    Plain("StartParsing");
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnEndParsing() {
+    Plain("EndParsing");
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
+    const std::string mark(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
+    line.Begin("BOM");
+    line.String("bytes", &mark);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
+    line.Begin("Charset");
+    line.Number("code", code);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnText(HTML::TextData<C, S>* data) {
+    TextOnly("Text", data->text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCComment(HTML::CCommentData<C, S>* data) {
+    TextOnly("CComment", data->text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCPPComment(HTML::CPPCommentData<C, S>* data) {
+    TextOnly("CPPComment", data->text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnSQuoteString(HTML::SQuoteStringData<C, S>* data) {
+    TextOnly("SQuoteString", data->text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnDQuoteString(HTML::DQuoteStringData<C, S>* data) {
+    TextOnly("DQuoteString", data->text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnStartTag(HTML::StartTagData<C, S>* data) {
+    line.Begin("StartTag");
+    line.String("prefix", data->prefix);
+    line.String("name", data->name);
+    line.List("attributes", data->attributes);
+    line.String("suffix", data->suffix);
+    line.Bool("closed", data->closed);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnShortTag(HTML::ShortTagData<C, S>* data) {
+    line.Begin("ShortTag");
+    line.String("prefix", data->prefix);
+    line.String("name", data->name);
+    line.List("attributes", data->attributes);
+    line.String("suffix", data->suffix);
+    line.Bool("closed", data->closed);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnEndTag(HTML::EndTagData<C, S>* data) {
+    line.Begin("EndTag");
+    line.String("prefix", data->prefix);
+    line.String("name", data->name);
+    line.String("afterName", data->afterName);
+    line.Bool("closed", data->closed);
+    line.List("attributes", data->attributes);
+    line.Bool("slashBeforeClose", data->slashBeforeClose);
+    line.String("suffix", data->suffix);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCDATATag(HTML::CDATATagData<C, S>* data) {
+    line.Begin("CDATATag");
+    line.String("keyword", data->keyword);
+    line.String("text", data->text);
+    line.Bool("closed", data->closed);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnConditionalTag(HTML::ConditionalTagData<C, S>* data) {
+    line.Begin("ConditionalTag");
+    line.String("keyword", data->keyword);
+    line.String("condition", data->condition);
+    line.String("tail", data->tail);
+    line.Bool("bracketClosed", data->bracketClosed);
+    line.Bool("tagClosed", data->tagClosed);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCommentTag(HTML::CommentTagData<C, S>* data) {
+    line.Begin("CommentTag");
+    line.String("text", data->text);
+    line.Bool("closed", data->closed);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnEntityTag(HTML::EntityTagData<C, S>* data) {
+    line.Begin("EntityTag");
+    line.String("prefix", data->prefix);
+    line.String("name", data->name);
+    line.List("tokens", data->tokens);
+    line.String("suffix", data->suffix);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
+    line.Begin("ExternTag");
+    line.String("prefix", data->prefix);
+    line.String("name", data->name);
+    line.List("attributes", data->attributes);
+    line.String("suffix", data->suffix);
+    line.Bool("freeStyle", data->freeStyle);
+    line.String("text", data->text);
+    line.Bool("slashBeforeClose", data->slashBeforeClose);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnJSTagStart() {
+    Plain("JSTagStart");
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnJSTagEnd() {
+    Plain("JSTagEnd");
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCSSTagStart() {
+    Plain("CSSTagStart");
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnCSSTagEnd() {
+    Plain("CSSTagEnd");
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
+    TextOnly("JunkData", data->text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::WriteResult(const TokensPassResult& result, const std::string& inputName) {
+    WideString file;  // names are UTF-8; a byte that is not is written as U+FFFD
+    StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, inputName.data(), inputName.size(), &file);
+    line.Begin("Result");
+    line.Number("startParse", result.startParse);
+    line.Number("parse", result.parse);
+    line.Number("endParse", result.endParse);
+    line.Number("line", result.line);
+    line.Number("column", result.column);
+    line.String("currentParserName", &result.currentParserName);
+    line.Number("charset", result.charset);
+    line.Bool("isWParser", result.isWParser);
+    line.Bool("hasCharsetErrors", result.hasCharsetErrors);
+    line.Bool("needsReparsing", result.needsReparsing);
+    line.String("file", &file);
+    line.End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::Plain(std::string_view event) {
+    line.Begin(event);
+    line.End();
+}
+
+template <typename C, typename S>
+template <typename T>
+void JsonObserver<C, S>::TextOnly(std::string_view event, const T* text) {
+    line.Begin(event);
+    line.String("text", text);
+    line.End();
+}
+
+template class JsonObserver<char, std::string>;
+template class JsonObserver<WideChar, WideString>;
+
+}  // namespace Kestra::Tool

@@ -1,0 +1,36 @@
+#include "tools/kestra-html/CommandLine.h"
+#include "tools/kestra-html/Console.h"
+#include "tools/kestra-html/ExitStatus.h"
+#include "tools/kestra-html/Terminal.h"
+#include "tools/kestra-html/TokensCommand.h"
+
+namespace {
+
+using namespace Kestra::Tool;
+
+/// Writes help or version to standard output, or what is wrong to standard error.
+ExitStatus GiveAnswer(const CommandLine& commandLine, Console* console) {
+    if (*commandLine.answered != EXIT_STATUS_GOOD) {
+        console->Complain(commandLine.answer);
+        return *commandLine.answered;
+    }
+    try {
+        console->Line(commandLine.answer);
+        console->Flush();
+    } catch (const OutputFailed& failure) {
+        console->Complain(failure.what());
+        return EXIT_STATUS_FAILED;
+    }
+    return EXIT_STATUS_GOOD;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    PrepareStandardStreams();
+    Console console;
+    const CommandLine commandLine = ParseCommandLine(argc, argv);
+    if (commandLine.answered)
+        return GiveAnswer(commandLine, &console);
+    return RunTokens(commandLine.tokens, &console);
+}

@@ -1,0 +1,72 @@
+#include "tools/kestra-html/ResultText.h"
+
+#include <fmt/format.h>
+
+#include "html/framework/ResultCodes.h"
+#include "platform/Results.h"
+
+namespace Kestra::Tool {
+
+namespace {
+
+void AppendCall(std::string* text, std::string_view call, std::uint32_t code) {
+    if (code == HTML::PARSER_OK)
+        return;
+    if (!text->empty())
+        text->append("; ");
+    text->append(fmt::format("{} returned {}: {}", call, code, GetResultMeaning(code)));
+}
+
+}  // namespace
+
+std::string_view GetResultMeaning(std::uint32_t code) {
+    switch (code) {
+        case HTML::PARSER_OK:
+            return "success";
+        case HTML::PARSER_INVALID_ARGUMENT:
+            return "an invalid argument, such as an odd number of bytes of UTF-16";
+        case HTML::PARSER_RECOVERY_IMPOSSIBLE:
+            return "a broken construct cannot be read again";
+        case RESULT_OUT_OF_MEMORY:
+            return "not enough memory";
+        case HTML::SP_MALFORMED:
+            return "malformed markup, a required part is missing or cannot be recognized";
+        case HTML::SP_UNEXPECTED_CHAR:
+            return "malformed markup, a character that cannot stand there";
+        case HTML::PARSER_UNTERMINATED:
+            return "the input ended inside a construct";
+        case RESULT_UNSUPPORTED_CHARSET:
+            return "there is no converter for the charset";
+        case HTML::PARSER_SHORT_READ:
+            return "the input delivered fewer bytes than expected";
+        case RESULT_STREAM_FAILED:
+            return "the input could not be read or positioned";
+        case RESULT_END_OF_DATA:
+            return "the end of the data";
+        case HTML::PARSER_SELF_CHECK_FAILED:
+            return "the tokens written back differ from the input";
+        case HTML::PARSER_PARSE_AGAIN:
+            return "another charset was found, the input must be parsed again";
+        case HTML::PARSER_CHARSET_NOT_DETECTED:
+            return "the charset could not be detected";
+        case HTML::PARSER_TOO_LITTLE_DATA:
+            return "too little data to detect the charset";
+        case HTML::PARSER_DETECTOR_NOT_CONFIDENT:
+            return "the charset detector is not confident enough";
+        case HTML::PARSER_DETECTOR_FAILED:
+            return "the charset detector failed";
+    }
+    return "an unknown result code";
+}
+
+std::string DescribeFailures(const TokensPassResult& result) {
+    std::string text;
+    AppendCall(&text, "StartParse", result.startParse);
+    AppendCall(&text, "parsing", result.parse);
+    AppendCall(&text, "EndParse", result.endParse);
+    if (!text.empty())
+        text.append(fmt::format(" (line {}, column {})", result.line, result.column));
+    return text;
+}
+
+}  // namespace Kestra::Tool

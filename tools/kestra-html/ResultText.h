@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tools/kestra-html/TokensPass.h"
+
+namespace Kestra::Tool {
+
+/// What a result code means, in a few words.
+std::string_view GetResultMeaning(std::uint32_t code);
+
+/// Names every call that did not return 0, with its code and the meaning, and the place where the parser stood. Empty for a good pass.
+std::string DescribeFailures(const TokensPassResult& result);
+
+}  // namespace Kestra::Tool

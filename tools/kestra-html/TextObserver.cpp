@@ -1,0 +1,192 @@
+#include "tools/kestra-html/TextObserver.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/Characters.h"
+#include "tools/kestra-html/ResultText.h"
+#include "tools/trace/TokenTrace.h"
+
+namespace Kestra::Tool {
+
+namespace {
+
+std::uint64_t& CountOf(std::array<std::uint64_t, TOKEN_KIND_COUNT>* counts, TokenKind kind) {
+    return (*counts)[static_cast<std::size_t>(kind)];
+}
+
+std::string DescribeCharset(StringNS::CharSet::Code code) {
+    if (code == StringNS::CharSet::UNKNOWN)
+        return "unknown";
+    std::string name;
+    for (const WideChar letter : StringNS::CharSet::GetCharSetName(code))
+        name.push_back(static_cast<char>(letter));  // registered names are ASCII
+    return name.empty() ? fmt::format("{}", code) : fmt::format("{} ({})", code, name);
+}
+
+}  // namespace
+
+template <typename C, typename S>
+TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour)
+    : sink(lineSink), parser(observedParser), colour(inColour) {}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnStartParsing() {
+    Print(TokenKind::EVENT, Trace::Format(Trace::Event::START_PARSING));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnEndParsing() {
+    Print(TokenKind::EVENT, Trace::Format(Trace::Event::END_PARSING));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
+    Print(TokenKind::EVENT, Trace::FormatBOM(bytes, size));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
+    Print(TokenKind::EVENT, Trace::FormatCharset(code));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnText(HTML::TextData<C, S>* data) {
+    Token(TokenKind::TEXT, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCComment(HTML::CCommentData<C, S>* data) {
+    Token(TokenKind::C_COMMENT, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCPPComment(HTML::CPPCommentData<C, S>* data) {
+    Token(TokenKind::CPP_COMMENT, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnSQuoteString(HTML::SQuoteStringData<C, S>* data) {
+    Token(TokenKind::S_QUOTE_STRING, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnDQuoteString(HTML::DQuoteStringData<C, S>* data) {
+    Token(TokenKind::D_QUOTE_STRING, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnStartTag(HTML::StartTagData<C, S>* data) {
+    Token(TokenKind::START_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnShortTag(HTML::ShortTagData<C, S>* data) {
+    Token(TokenKind::SHORT_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnEndTag(HTML::EndTagData<C, S>* data) {
+    Token(TokenKind::END_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCDATATag(HTML::CDATATagData<C, S>* data) {
+    Token(TokenKind::CDATA_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnConditionalTag(HTML::ConditionalTagData<C, S>* data) {
+    Token(TokenKind::CONDITIONAL_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCommentTag(HTML::CommentTagData<C, S>* data) {
+    Token(TokenKind::COMMENT_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnEntityTag(HTML::EntityTagData<C, S>* data) {
+    Token(TokenKind::ENTITY_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
+    Token(TokenKind::EXTERN_TAG, *data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnJSTagStart() {
+    Print(TokenKind::EVENT, Trace::Format(Trace::Event::JS_TAG_START));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnJSTagEnd() {
+    Print(TokenKind::EVENT, Trace::Format(Trace::Event::JS_TAG_END));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCSSTagStart() {
+    Print(TokenKind::EVENT, Trace::Format(Trace::Event::CSS_TAG_START));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnCSSTagEnd() {
+    Print(TokenKind::EVENT, Trace::Format(Trace::Event::CSS_TAG_END));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
+    Print(TokenKind::JUNK, Trace::Format(*data, {LONGEST_TEXT, true}));
+    place.PassJunk(*data, parser->IsWParser() ? sizeof(C) : 1);
+}
+
+template <typename C, typename S>
+template <typename Record>
+void TextObserver<C, S>::Token(TokenKind kind, const Record& data) {
+    Print(kind, Trace::Format(data, {LONGEST_TEXT, true}));
+    place.Pass(data);
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::Print(TokenKind kind, std::string_view text) {
+    ++CountOf(&counts, kind);
+    const std::string where = fmt::format("{:>6}:{:<5} ", place.GetLine(), place.GetColumn());
+    if (!colour) {
+        sink->Line(where + std::string(text));
+        return;
+    }
+    const std::size_t wordLength = std::min(text.find('('), text.size());
+    sink->Line(
+        fmt::format("{}{}{}{}{}", where, GetTokenKindInfo(kind).colour, text.substr(0, wordLength), COLOUR_END, text.substr(wordLength)));
+}
+
+template <typename C, typename S>
+void TextObserver<C, S>::WriteSummary(const TokensPassResult& result, std::uint64_t size, bool restarted) {
+    sink->Line(fmt::format("bytes    {}", size));
+    sink->Line(fmt::format("tokens   {}", CountedKinds()));
+    sink->Line(fmt::format("charset  {}{}{}{}", DescribeCharset(result.charset), result.isWParser ? ", 16-bit parser" : "",
+                           restarted ? ", found in a first pass" : "", result.hasCharsetErrors ? ", with decoding errors" : ""));
+    sink->Line(fmt::format("result   {}", result.IsGood() ? "0, success" : DescribeFailures(result)));
+}
+
+template <typename C, typename S>
+std::string TextObserver<C, S>::CountedKinds() const {
+    std::uint64_t total = 0;
+    std::string kinds;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        const auto kind = static_cast<TokenKind>(i);
+        if (kind == TokenKind::EVENT || counts[i] == 0)
+            continue;
+        total += counts[i];
+        kinds += fmt::format("{}{} {}", kinds.empty() ? ": " : ", ", GetTokenKindInfo(kind).name, counts[i]);
+    }
+    return fmt::format("{}{}", total, kinds);
+}
+
+template class TextObserver<char, std::string>;
+template class TextObserver<WideChar, WideString>;
+
+}  // namespace Kestra::Tool
