@@ -275,6 +275,8 @@ std::uint32_t GenericParser::FeedNarrow(const char* data, std::uint64_t size, co
 std::uint32_t GenericParser::FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     if (size % sizeof(WideChar) != 0)
         return PARSER_INVALID_ARGUMENT;
+    if (size == 0)
+        return PARSER_OK;
     ended = false;
     const std::uint64_t length = size / sizeof(WideChar);
     if (reinterpret_cast<std::uintptr_t>(data) % alignof(WideChar) == 0)

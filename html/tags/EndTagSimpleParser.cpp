@@ -77,7 +77,7 @@ std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context
                 continue;
             case ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
-                if (result != SP_NEED_MORE_DATA)
+                if (result != SP_NEED_MORE_DATA || data->state == DECIDE)
                     return result;
                 continue;
             }
@@ -106,7 +106,7 @@ bool EndTagSimpleParser<C, S>::ParseNext(SimpleParserContext<C, S>* context, Dat
     return true;
 }
 
-/// State 3, one attribute.
+/// State 3, one attribute. A closing "/" ends the call even with characters left; hosts rely on it.
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
