@@ -135,8 +135,11 @@ std::uint32_t GenericParser::SetObserver(ParserObserver<WideChar, WideString>* o
 void GenericParser::BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block,
                                  bool owns) {
     std::shared_ptr<ObserverOwner> owner = TakeOwnerOf(block);
-    if (observerOwner != nullptr && feeding.Get())
-        retiredObservers.Get().push_back(std::move(observerOwner));
+    if (observerOwner != nullptr) {
+        sharedByCopies = observerOwner;
+        if (feeding.Get())
+            retiredObservers.Get().push_back(std::move(observerOwner));
+    }
     if (owner != nullptr && !owns) {
         if (owner.use_count() == 1)
             owner->frees = false;  // given back to the host, which binds the same observer as its own

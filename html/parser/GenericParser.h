@@ -164,7 +164,7 @@ private:
     bool ended;                                    // `EndParse` has been called and nothing fed since
     Uninherited<bool> feeding;                     // a call that feeds input is on the stack
     std::shared_ptr<ObserverOwner> observerOwner;  // shared by copies
-    std::weak_ptr<ObserverOwner> sharedByCopies;   // of the observer that was bound without ownership while copies own it
+    std::weak_ptr<ObserverOwner> sharedByCopies;   // of the observer given up last: copies may own it still
     Uninherited<std::vector<std::shared_ptr<ObserverOwner>>> retiredObservers;  // replaced in a callback, freed behind the feeding call
     Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;                   // the open construct of an owned stream that is gone
     Uninherited<std::vector<WideChar>> alignedPiece;                            // a UTF-16 piece from an odd address

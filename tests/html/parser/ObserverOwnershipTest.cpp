@@ -287,6 +287,27 @@ TEST_F(ObserverOwnershipTest, AssignmentFreesWhatTheTargetOwnedAndShares) {
     EXPECT_EQ(ofTarget.Frees(), 1);
 }
 
+TEST_F(ObserverOwnershipTest, ACopyThatGaveItUpCanOwnItAgain) {
+    const Watched<Narrow> between;
+    for (const bool bindsAnother : {false, true}) {
+        const Watched<Narrow> narrow;
+        {
+            GenericParser original;
+            original.SetObserver(narrow.Get(), true);
+            GenericParser copy(original);
+            if (bindsAnother)
+                copy.SetObserver(between.Get(), false);
+            else
+                copy.SetObserver(narrow.Get(), false);
+            EXPECT_EQ(narrow.Frees(), 0);
+            copy.SetObserver(narrow.Get(), true);
+            EXPECT_EQ(narrow.Frees(), 0);
+        }
+        EXPECT_EQ(narrow.Frees(), 1);
+    }
+    EXPECT_EQ(between.Frees(), 0);
+}
+
 TEST_F(ObserverOwnershipTest, AParserThatOwnedNothingSharesNothing) {
     const Watched<Narrow> narrow;
     GenericParser original;

@@ -175,6 +175,23 @@ TEST(ParserCopyTest, ACopyInheritsNoStream) {
     }
 }
 
+TEST(ParserCopyTest, AParserAssignedToItselfKeepsEverything) {
+    for (const bool owned : {false, true}) {
+        Lines lines;
+        Trace::TraceObserver<char, std::string> observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+        auto stream = std::make_unique<VFS::MemoryInputStream>("a<b c");
+        VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+        EXPECT_EQ(parser.ParseStream(fed, owned), 0U);
+        const GenericParser& self = parser;
+        parser = self;
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(Join(lines), "start-parsing\ncharset(1252)\ntext(a)\njunk(<b c)\nend-parsing\n");
+    }
+}
+
 TEST(ParserCopyTest, AnAssignedParserForgetsItsOwnStream) {
     Lines lines;
     Trace::TraceObserver<char, std::string> observer(&lines);
