@@ -128,6 +128,43 @@ TYPED_TEST(AttributeTest, ARecordMayStandInAnyState) {
     }
 }
 
+TYPED_TEST(AttributeTest, BeginParseBeginsTheMembersToo) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"  ", 0, " x>", "{ |x|}"},        {"abc", 1, "x<y>", "{|x<y|}"},  {"abc  ", 2, " >", "{|| }"},
+        {"a='abc", 4, "'x'", "{||=|'x'}"}, {"a=  ", 4, " x>", "{||= |x}"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        parser.BeginParse(&data);
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
+TYPED_TEST(AttributeTest, WhatTheRecordHeldBeforeIsReplaced) {
+    using S = typename TypeParam::S;
+    const auto prepare = [](Data<TypeParam>* data) {
+        data->prefix = data->name = data->beforeEquals = data->afterEquals = data->value = To<S>("before");
+        data->quote = 2;
+        data->hasValue = 1;
+    };
+    CheckRow<AttributeSimpleParser, TypeParam>("with a value", " a =\t'x'", "19 { |a| =\\t|'x'}", prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("with a bare value", "a=x>", "19 {|a|=|x} rest(>)", prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("with an empty value", "a=>", "19 {|a|=|} rest(>)", prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("without a value", "a>", "19 {|a|} rest(>)", prepare);
+}
+
 TYPED_TEST(AttributeTest, WithoutAnEqualsSignTheFlagIsCleared) {
     Parser<TypeParam> parser;
     Data<TypeParam> data;

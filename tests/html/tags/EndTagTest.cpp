@@ -273,6 +273,44 @@ TYPED_TEST(EndTagTest, AFailureLeavesTheRecordAsItWas) {
     }
 }
 
+TYPED_TEST(EndTagTest, BeginParseBeginsTheMembersToo) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"  ", 0, " p>", "end( |p|||)"},
+        {"abc", 1, "p>", "end(|p|||)"},
+        {"a  ", 2, " >", "end(|| ||)"},
+        {"a b='c", 3, "d='e'>", "end(|||{|d|=|'e'}|)"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        parser.BeginParse(&data);
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
+TYPED_TEST(EndTagTest, WhatTheRecordHeldBeforeIsReplaced) {
+    const auto prepare = [](Data<TypeParam>* data) {
+        data->prefix = data->name = data->afterName = data->suffix = To<typename TypeParam::S>("before");
+    };
+    const auto withoutSuffix = [prepare](Data<TypeParam>* data) {
+        prepare(data);
+        data->suffix.clear();
+    };
+    CheckRow<EndTagSimpleParser, TypeParam>("prefix and name", " p a=x>", "19 end( |p| |{|a|=|x}|)", withoutSuffix);
+    CheckRow<EndTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 end( |p|\\t||before)", prepare);
+}
+
 TYPED_TEST(EndTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(6);
 }

@@ -133,6 +133,17 @@ TYPED_TEST(GenericTagTest, ARecordMayStandInAnyState) {
     }
 }
 
+TYPED_TEST(GenericTagTest, BeginParseBeginsTheMemberToo) {
+    Parser<TypeParam> parser;
+    Data<TypeParam> data;
+    parser.BeginParse(&data);
+    EXPECT_EQ(ParseOnce(&parser, &data, "![CDA"), (CallOutcome{0, 5}));
+    parser.BeginParse(&data);
+    data.state = 3;
+    EXPECT_EQ(ParseOnce(&parser, &data, "if "), (CallOutcome{19, 2}));
+    EXPECT_EQ(Dump(data), "next(ConditionalTagSimpleParser) keyword(if)");
+}
+
 TYPED_TEST(GenericTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(4);
 }

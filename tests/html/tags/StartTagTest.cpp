@@ -289,6 +289,42 @@ TYPED_TEST(StartTagTest, AFailureLeavesTheRecordAsItWas) {
     }
 }
 
+TYPED_TEST(StartTagTest, BeginParseBeginsTheMembersToo) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"  ", 0, " p>", "start( |p||)"},
+        {"abc", 1, "p>", "start(|p||)"},
+        {"a b='c", 2, "d='e'>", "start(||{|d|=|'e'}|)"},
+        {"a  ", 2, " d>", "start(||{ |d}|)"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        parser.BeginParse(&data);
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
+TYPED_TEST(StartTagTest, WhatTheRecordHeldBeforeIsReplaced) {
+    const auto prepare = [](Data<TypeParam>* data) { data->prefix = data->name = data->suffix = To<typename TypeParam::S>("before"); };
+    const auto withoutSuffix = [prepare](Data<TypeParam>* data) {
+        prepare(data);
+        data->suffix.clear();
+    };
+    CheckRow<StartTagSimpleParser, TypeParam>("prefix and name", " p a=x>", "19 start( |p|{ |a|=|x}|)", withoutSuffix);
+    CheckRow<StartTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 start( |p||\\t)", prepare);
+}
+
 TYPED_TEST(StartTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
 }

@@ -139,6 +139,59 @@ TYPED_TEST(TokenTest, ARecordMayStandInAnyState) {
     }
 }
 
+TYPED_TEST(TokenTest, BeginParseBeginsTheMembersToo) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"  ", 0, " x>", "{ |x}"},
+        {"'abc", 3, "x'", "{|'x'}"},
+        {"\"abc", 4, "x\"", "{|\"x\"}"},
+        {"\"\033$B", 4, "x\"", "{|\"x\"}"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(Trace::Escape(row.abandoned));
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        data.iso2022 = true;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        parser.BeginParse(&data);
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
+TYPED_TEST(TokenTest, WhatTheRecordHeldBeforeIsReplaced) {
+    using S = typename TypeParam::S;
+    struct Row {
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {0, " 'x'", "{ |'x'}"},
+        {0, " \"x\"", "{ |\"x\"}"},
+        {1, "'x'", "{before|'x'}"},
+        {1, "x>", "{before|beforex}"},  // a bare value is appended to
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(std::to_string(row.state) + " " + std::string(row.input));
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        data.state = row.state;
+        data.prefix = data.value = To<S>("before");
+        data.quote = 2;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
 TYPED_TEST(TokenTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
 }

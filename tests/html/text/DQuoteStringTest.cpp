@@ -122,6 +122,19 @@ TYPED_TEST(DQuoteStringTest, States) {
     EXPECT_EQ(StateAfter<Parser<TypeParam>>("a\\\033", Options<TypeParam>("ae")), 0U);
 }
 
+TYPED_TEST(DQuoteStringTest, BeginParseBeginsTheEscapeRecognizerToo) {
+    using S = typename TypeParam::S;
+    Parser<TypeParam> parser;
+    Data<TypeParam> data;
+    parser.BeginParse(&data);
+    data.allowEscape2022 = true;
+    EXPECT_EQ(ParseOnce(&parser, &data, "a\033$Bx\033("), (CallOutcome{0, 7}));
+    parser.BeginParse(&data);
+    data.state = 1;
+    EXPECT_EQ(ParseOnce(&parser, &data, "$x\""), (CallOutcome{0, 2}));
+    EXPECT_EQ(data.text, To<S>("\033$x"));
+}
+
 TYPED_TEST(DQuoteStringTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(2);
 }

@@ -177,6 +177,18 @@ TEST(TextTest, StatesOfNarrowEscapeRuns) {
     EXPECT_EQ(StateAfter<Parser>("a\033$B", Options<Narrow>("")), 0U);
 }
 
+TEST(TextTest, BeginParseBeginsTheEscapeRecognizerToo) {
+    TextSimpleParser<char, std::string> parser;
+    TextSimpleParserData<char, std::string> data;
+    parser.BeginParse(&data);
+    SetOptions(&data, "e");
+    EXPECT_EQ(ParseOnce(&parser, &data, "a\033$Bx\033("), (CallOutcome{0, 7}));
+    parser.BeginParse(&data);
+    data.state = 2;
+    EXPECT_EQ(ParseOnce(&parser, &data, "$x<"), (CallOutcome{19, 3}));
+    EXPECT_EQ(data.text, "\033$x");
+}
+
 TYPED_TEST(TextTest, UnknownStates) {
     CheckUnknownStates<TextSimpleParser<typename TypeParam::C, typename TypeParam::S>>(3);
 }
