@@ -126,53 +126,57 @@ private:
 template <typename C, typename S>
 struct Parser<C, S>::Construct {
     ParserState state;
+    std::uint32_t opener;  // an Opener: who hands over to it by name
     WideStringView name;
-    std::uint32_t opener;          // an Opener: who hands over to it by name
     std::uint64_t charactersBack;  // from the current place to its first character, when text hands over to it
     const char* textInScript;      // inside script and style it is no markup, and these characters are text; null: as outside
-    bool isOpenAtEnd;              // the end of the input leaves it unfinished, so that its bytes must be read again
     void (Parser::*begin)();       // null: there is no such recognizer, and the construct fails where it starts
     std::uint32_t (Parser::*parse)();
     std::uint32_t (Parser::*end)();
+    bool isOpenAtEnd;  // the end of the input leaves it unfinished, so that its bytes must be read again
 };
 
 // The opening slash of a regular expression lies in front of its recorded start; hosts rely on it.
 // clang-format off
 template <typename C, typename S>
 const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
-    {STATE_GENERIC_TAG, ParserNames::GENERIC_TAG, OPENED_BY_TEXT, 1, nullptr, true,
-        &Parser::BeginGenericTag, &Parser::ParseGenericTag, &Parser::EndUnfinishedTag},
-    {STATE_TEXT, ParserNames::TEXT, OPENED_BY_NONE, 0, nullptr, false,
-        nullptr, &Parser::ParseText, &Parser::EndText},
-    {STATE_START_TAG, ParserNames::START_TAG, OPENED_BY_TAG, 0, "<", true,
-        &Parser::BeginStartTag, &Parser::ParseStartTag, &Parser::EndUnfinishedTag},
-    {STATE_END_TAG, ParserNames::END_TAG, OPENED_BY_TAG, 0, nullptr, true,
-        &Parser::BeginEndTag, &Parser::ParseEndTag, &Parser::EndConstruct<&Parser::endTag, &Parser::endTagData, &Parser::DeliverEndTag>},
-    {STATE_S_QUOTE_STRING, ParserNames::S_QUOTE_STRING, OPENED_BY_TEXT, 1, nullptr, true,
+    {STATE_GENERIC_TAG, OPENED_BY_TEXT, ParserNames::GENERIC_TAG, 1, nullptr,
+        &Parser::BeginGenericTag, &Parser::ParseGenericTag, &Parser::EndUnfinishedTag, true},
+    {STATE_TEXT, OPENED_BY_NONE, ParserNames::TEXT, 0, nullptr,
+        nullptr, &Parser::ParseText, &Parser::EndText, false},
+    {STATE_START_TAG, OPENED_BY_TAG, ParserNames::START_TAG, 0, "<",
+        &Parser::BeginStartTag, &Parser::ParseStartTag, &Parser::EndUnfinishedTag, true},
+    {STATE_END_TAG, OPENED_BY_TAG, ParserNames::END_TAG, 0, nullptr,
+        &Parser::BeginEndTag, &Parser::ParseEndTag, &Parser::EndConstruct<&Parser::endTag, &Parser::endTagData, &Parser::DeliverEndTag>, true},
+    {STATE_S_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::S_QUOTE_STRING, 1, nullptr,
         &Parser::BeginSQuoteString,
         &Parser::ParseConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>,
-        &Parser::EndConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>},
-    {STATE_D_QUOTE_STRING, ParserNames::D_QUOTE_STRING, OPENED_BY_TEXT, 1, nullptr, true,
+        &Parser::EndConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>, true},
+    {STATE_D_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::D_QUOTE_STRING, 1, nullptr,
         &Parser::BeginDQuoteString,
         &Parser::ParseConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>,
-        &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>},
-    {STATE_JS_REG_EX, ParserNames::JS_REG_EX, OPENED_BY_TEXT, 0, nullptr, false,
+        &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>, true},
+    {STATE_JS_REG_EX, OPENED_BY_TEXT, ParserNames::JS_REG_EX, 0, nullptr,
         &Parser::BeginJSRegEx,
         &Parser::ParseConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>,
-        &Parser::EndConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>},
-    {STATE_JUNK, ParserNames::JUNK, OPENED_BY_NONE, 0, nullptr, false,
-        nullptr, &Parser::ParseJunk, &Parser::EndJunk},
-    {STATE_C_COMMENT, ParserNames::C_COMMENT, OPENED_BY_TEXT, 2, nullptr, true, nullptr, nullptr, nullptr},
-    {STATE_CPP_COMMENT, ParserNames::CPP_COMMENT, OPENED_BY_TEXT, 2, nullptr, true, nullptr, nullptr, nullptr},
-    {STATE_ENTITY_TAG, ParserNames::ENTITY_TAG, OPENED_BY_TAG, 0, "<!", true, nullptr, nullptr, nullptr},
-    {STATE_EXTERN_TAG, ParserNames::EXTERN_TAG, OPENED_BY_TAG, 0, "<?", true, nullptr, nullptr, nullptr},
+        &Parser::EndConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>, false},
+    {STATE_JUNK, OPENED_BY_NONE, ParserNames::JUNK, 0, nullptr,
+        nullptr, &Parser::ParseJunk, &Parser::EndJunk, false},
+    {STATE_C_COMMENT, OPENED_BY_TEXT, ParserNames::C_COMMENT, 2, nullptr,
+        nullptr, nullptr, nullptr, true},
+    {STATE_CPP_COMMENT, OPENED_BY_TEXT, ParserNames::CPP_COMMENT, 2, nullptr,
+        nullptr, nullptr, nullptr, true},
+    {STATE_ENTITY_TAG, OPENED_BY_TAG, ParserNames::ENTITY_TAG, 0, "<!",
+        nullptr, nullptr, nullptr, true},
+    {STATE_EXTERN_TAG, OPENED_BY_TAG, ParserNames::EXTERN_TAG, 0, "<?",
+        nullptr, nullptr, nullptr, true},
 };
 // clang-format on
 
 template <typename C, typename S>
-auto Parser<C, S>::FindByState(std::uint32_t state) -> const Construct* {
+auto Parser<C, S>::FindByState(std::uint32_t wanted) -> const Construct* {
     for (const Construct& construct : CONSTRUCTS) {
-        if (construct.state == state)
+        if (construct.state == wanted)
             return &construct;
     }
     return nullptr;

@@ -108,7 +108,7 @@ private:
 
     static const Construct CONSTRUCTS[];
 
-    static const Construct* FindByState(std::uint32_t state);
+    static const Construct* FindByState(std::uint32_t wanted);
     static const Construct* FindByName(WideStringView name, std::uint32_t opener);
 
     // Starting a recognizer: `BeginParse`, then the options of the document.

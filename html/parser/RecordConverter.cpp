@@ -17,12 +17,10 @@ template <typename C, typename S>
 RecordConverter<C, S>::RecordConverter() : charset(0), result(0), detectReplacements(false), hasConverted(false), hasReplacements(false) {}
 
 template <typename C, typename S>
-RecordConverter<C, S>::RecordConverter(const RecordConverter&) : RecordConverter() {}
+RecordConverter<C, S>::RecordConverter(const RecordConverter&) = default;
 
 template <typename C, typename S>
-RecordConverter<C, S>& RecordConverter<C, S>::operator=(const RecordConverter&) {
-    return *this;
-}
+RecordConverter<C, S>& RecordConverter<C, S>::operator=(const RecordConverter&) = default;
 
 template <typename C, typename S>
 RecordConverter<C, S>::~RecordConverter() = default;

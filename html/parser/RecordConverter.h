@@ -29,7 +29,7 @@ struct RecordOfOtherFlavour<Record<C, S>> {
 
 /// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that the next record reuses.
 ///
-/// Not exported. A copy starts empty and opens its own converter at its first use.
+/// Not exported. A copy opens its own converter at its first use.
 template <typename C, typename S>
 class RecordConverter {
 public:
