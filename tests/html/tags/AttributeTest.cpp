@@ -152,6 +152,30 @@ TYPED_TEST(AttributeTest, BeginParseBeginsTheMembersToo) {
     }
 }
 
+TYPED_TEST(AttributeTest, AMemberIsBegunWhereItsStateIsEntered) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"abc", 0, " x<y>", "{ |x<y|}"},
+        {"a  ", 1, "x >", "{|x| }"},
+        {"a='abc", 3, "='x'", "{|a|=|'x'}"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
 TYPED_TEST(AttributeTest, WhatTheRecordHeldBeforeIsReplaced) {
     using S = typename TypeParam::S;
     const auto prepare = [](Data<TypeParam>* data) {

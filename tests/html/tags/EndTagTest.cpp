@@ -299,6 +299,29 @@ TYPED_TEST(EndTagTest, BeginParseBeginsTheMembersToo) {
     }
 }
 
+TYPED_TEST(EndTagTest, AMemberIsBegunWhereItsStateIsEntered) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"abc", 0, "p>", "end(|p|||)"},
+        {"a b='c", 5, "d='e'>", "end(|a| |{|d|=|'e'}|)"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
 TYPED_TEST(EndTagTest, WhatTheRecordHeldBeforeIsReplaced) {
     const auto prepare = [](Data<TypeParam>* data) {
         data->prefix = data->name = data->afterName = data->suffix = To<typename TypeParam::S>("before");

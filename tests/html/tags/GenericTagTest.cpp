@@ -144,6 +144,28 @@ TYPED_TEST(GenericTagTest, BeginParseBeginsTheMemberToo) {
     EXPECT_EQ(Dump(data), "next(ConditionalTagSimpleParser) keyword(if)");
 }
 
+TYPED_TEST(GenericTagTest, AKeywordIsBegunWhereItsStateIsEntered) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"![CDA", 1, "[if ", "next(ConditionalTagSimpleParser) keyword(if)"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
 TYPED_TEST(GenericTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(4);
 }

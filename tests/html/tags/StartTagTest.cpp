@@ -315,6 +315,28 @@ TYPED_TEST(StartTagTest, BeginParseBeginsTheMembersToo) {
     }
 }
 
+TYPED_TEST(StartTagTest, AMemberIsBegunWhereItsStateIsEntered) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"abc", 0, "p>", "start(|p||)"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
 TYPED_TEST(StartTagTest, WhatTheRecordHeldBeforeIsReplaced) {
     const auto prepare = [](Data<TypeParam>* data) { data->prefix = data->name = data->suffix = To<typename TypeParam::S>("before"); };
     const auto withoutSuffix = [prepare](Data<TypeParam>* data) {

@@ -166,6 +166,29 @@ TYPED_TEST(TokenTest, BeginParseBeginsTheMembersToo) {
     }
 }
 
+TYPED_TEST(TokenTest, AStringIsBegunWhereItsStateIsEntered) {
+    struct Row {
+        std::string_view abandoned;
+        std::uint32_t state;
+        std::string_view input;
+        std::string_view record;
+    };
+    const Row ROWS[] = {
+        {"'abc", 1, "'x'", "{|'x'}"},
+        {"\"abc", 1, "\"x\"", "{|\"x\"}"},
+    };
+    for (const Row& row : ROWS) {
+        SCOPED_TRACE(row.abandoned);
+        Parser<TypeParam> parser;
+        Data<TypeParam> data;
+        parser.BeginParse(&data);
+        EXPECT_EQ(ParseOnce(&parser, &data, row.abandoned), (CallOutcome{0, row.abandoned.size()}));
+        data.state = row.state;
+        EXPECT_EQ(ParseOnce(&parser, &data, row.input).result, HTML::SP_TOKEN_COMPLETE);
+        EXPECT_EQ(Dump(data), row.record);
+    }
+}
+
 TYPED_TEST(TokenTest, WhatTheRecordHeldBeforeIsReplaced) {
     using S = typename TypeParam::S;
     struct Row {
