@@ -99,14 +99,17 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes s
     const C* lineBegin = nullptr;
     const Classes interesting = static_cast<Classes>(stops | LINE_FEED);
     const C* next = begin;
-    for (; next != end; ++next) {
-        const Classes found = ClassesOf(*next) & interesting;
-        if (found == 0)
-            continue;
-        if ((found & stops) != 0)
+    for (;;) {
+        // Four characters at a time while none of them matters: runs of text and of values are mostly longer.
+        while (end - next >= 4 && ((ClassesOf(next[0]) | ClassesOf(next[1]) | ClassesOf(next[2]) | ClassesOf(next[3])) & interesting) == 0)
+            next += 4;
+        while (next != end && (ClassesOf(*next) & interesting) == 0)
+            ++next;
+        if (next == end || (ClassesOf(*next) & stops) != 0)
             break;
+        ++next;
         ++context.line;
-        lineBegin = next + 1;
+        lineBegin = next;
     }
     const auto count = static_cast<std::size_t>(next - begin);
     context.position += count;

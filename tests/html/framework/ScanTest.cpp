@@ -1,0 +1,105 @@
+#include "html/framework/Scan.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/support/Flavours.h"
+
+// The scan helpers against the one-character advance that they must agree with.
+
+namespace Kestra::Test {
+namespace {
+
+namespace Scan = HTML::Scan;
+
+/// What a run leaves behind.
+template <typename S>
+struct Outcome {
+    S run;
+    std::uint64_t position = 0;
+    std::uint64_t line = 0;
+    std::uint64_t column = 0;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+template <typename C, typename S>
+HTML::SimpleParserContext<C, S> MakeContext(const std::vector<C>& piece, std::uint64_t position) {
+    return {piece.data(), position, piece.size(), 7, 40};
+}
+
+/// Character by character with `MovePointer`, which is the rule.
+template <typename C, typename S, typename Stop>
+Outcome<S> WalkUntil(const std::vector<C>& piece, std::uint64_t position, Stop isStop) {
+    HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
+    Outcome<S> outcome;
+    while (context.position < context.length && !isStop(context.buffer[context.position])) {
+        outcome.run += context.buffer[context.position];
+        context.MovePointer(1);
+    }
+    outcome.position = context.position;
+    outcome.line = context.line;
+    outcome.column = context.column;
+    return outcome;
+}
+
+template <typename Flavour>
+class ScanTest : public testing::Test {};
+
+TYPED_TEST_SUITE(ScanTest, Flavours);
+
+TYPED_TEST(ScanTest, RunsAgreeWithTheOneCharacterAdvance) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    const Scan::Classes masks[] = {
+        Scan::LESS_THAN,
+        Scan::LINE_FEED,
+        Scan::ESCAPE,
+        Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK | Scan::ESCAPE,
+        Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN,
+        Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN | Scan::BRACKET | Scan::LESS_THAN,
+        Scan::LESS_THAN | Scan::LINE_FEED | Scan::CARRIAGE_RETURN | Scan::SLASH | Scan::BACKSLASH,
+        Scan::Classes{0},
+    };
+    std::mt19937 random(20261);
+    for (int round = 0; round < 20000; ++round) {
+        // Few, some or only characters that matter, so that runs of every length around the step of four are met.
+        const auto rarity = 1 + random() % 12;
+        std::vector<C> piece(random() % 40);
+        for (C& character : piece)
+            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\t \x1B"[random() % 14])
+                                               : static_cast<C>(random() % (sizeof(C) == 1 ? 256 : 0x3100));
+        const std::uint64_t position = random() % (piece.size() + 1);
+        const Scan::Classes stops = masks[random() % std::size(masks)];
+        SCOPED_TRACE(testing::Message() << "round " << round);
+
+        HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
+        const S run(Scan::RunUntil(context, stops));
+        const Outcome<S> expected =
+            WalkUntil<C, S>(piece, position, [stops](C character) { return (Scan::ClassesOf(character) & stops) != 0; });
+        ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected);
+
+        context = MakeContext<C, S>(piece, position);
+        const S white(Scan::RunOfWhiteSpace(context));
+        const Outcome<S> expectedWhite = WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
+        ASSERT_EQ((Outcome<S>{white, context.position, context.line, context.column}), expectedWhite);
+    }
+}
+
+TYPED_TEST(ScanTest, EveryCharacterHasTheClassesOfItsTable) {
+    using C = typename TypeParam::C;
+    const std::string marked = "\n\r<>=[]/'\"\x1B\\";
+    for (unsigned code = 0; code < (sizeof(C) == 1 ? 256U : 65536U); ++code) {
+        const C character = static_cast<C>(code);
+        const bool isMarked = code < 128 && marked.find(static_cast<char>(code)) != std::string::npos;
+        ASSERT_EQ((Scan::ClassesOf(character) & Scan::WHITE_SPACE) != 0, IsSpace(character)) << code;
+        ASSERT_EQ((Scan::ClassesOf(character) & ~Scan::WHITE_SPACE) != 0, isMarked) << code;
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test
