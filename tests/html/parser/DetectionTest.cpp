@@ -213,6 +213,21 @@ TEST(DetectCharsetTest, StreamsThatFailOrAreExhausted) {
     }
 }
 
+std::uint32_t FailToAdjust(Base::DefaultBufferAllocPolicy*, std::uint64_t) {
+    return RESULT_OUT_OF_MEMORY;
+}
+
+TEST(DetectCharsetTest, WithoutAReadBufferTheStreamIsNotRead) {
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.adjustBuffer = FailToAdjust;
+    const Base::ServicesOverride replacement(services);
+    GenericParser parser;
+    FaultyInputStream stream(std::string(300, 'x'));
+    StringNS::CharSet::Code code = 0;
+    EXPECT_EQ(parser.DetectCharset(&stream, &code), static_cast<std::uint32_t>(RESULT_OUT_OF_MEMORY));
+    EXPECT_EQ(stream.GetReadCalls(), 0U);
+}
+
 TEST(DetectCharsetTest, NullPointers) {
     GenericParser parser;
     StringNS::CharSet::Code code = 9;

@@ -357,6 +357,57 @@ TEST_F(ObserverOwnershipTest, AnObserverReplacedInItsOwnCallbackOutlivesIt) {
     EXPECT_EQ(second.Frees(), 1);
 }
 
+HTML::ParserObserver<char, std::string>* runningObserver = nullptr;
+
+/// Takes the parser's observer away from inside its own callback, and binds it again.
+void BindNextAndBack() {
+    feedingParser->SetObserver(nextObserver, true);
+    feedingParser->SetObserver(runningObserver, true);
+}
+
+TEST_F(ObserverOwnershipTest, AnObserverBoundAgainInItsOwnCallbackStays) {
+    const Watched<Narrow> first;
+    const Watched<Narrow> second;
+    {
+        GenericParser parser;
+        feedingParser = &parser;
+        nextObserver = second.Get();
+        runningObserver = first.Get();
+        first.Get()->onText = BindNextAndBack;
+        parser.SetObserver(first.Get(), true);
+        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+        // Only the first text makes the exchange; the second observer is then gone.
+        Feed(&parser, "a<b>");
+        EXPECT_EQ(first.Frees(), 0);
+        EXPECT_EQ(second.Frees(), 1);
+        first.Get()->onText = nullptr;
+        Feed(&parser, "c<d>");
+        EXPECT_EQ(first.Get()->texts, 2);
+        EXPECT_EQ(second.Get()->texts, 0);
+    }
+    EXPECT_EQ(first.Frees(), 1);
+    EXPECT_EQ(second.Frees(), 1);
+}
+
+TEST_F(ObserverOwnershipTest, AnObserverThatACopyStillOwnsMayBeBoundAgain) {
+    const Watched<Narrow> narrow;
+    {
+        GenericParser original;
+        original.SetObserver(narrow.Get(), true);
+        {
+            const GenericParser copy(original);
+            original.SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+            EXPECT_EQ(narrow.Frees(), 0);
+            original.SetObserver(narrow.Get(), true);
+        }
+        EXPECT_EQ(narrow.Frees(), 0);
+        original.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+        Feed(&original, "a<b>");
+        EXPECT_EQ(narrow.Get()->texts, 1);
+    }
+    EXPECT_EQ(narrow.Frees(), 1);
+}
+
 void Throw() {
     throw 7;
 }
