@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "html/parser/GenericParser.h"
+#include "tests/html/parser/CountedAllocations.h"
+#include "tests/support/Flavours.h"
+
+// Once every buffer has seen its longest string, tokens cost none.
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+
+/// Every kind of token but junk, with strings too long for the small-string buffer in every place.
+constexpr char BLOCK[] =
+    "A stretch of text that is longer than a short string.\n"
+    "<a-name-longer-than-a-short-string first-attribute-name  =  \"a double quoted value\"   a-bare-word-behind-a-value  "
+    "second-attribute-name='a single quoted value' third-attribute-name=an-unquoted-value-of-some-length                       >"
+    "<input                    first-bare-attribute-name                    second-bare-attribute-name                    />"
+    "<br/>"
+    "<script type=\"text/javascript\">var a = 'a single quoted string', b = \"a double quoted string\"; "
+    "if (a < b) c = /a-regular-expression/\n; x = '</p>'; </p-is-foreign-here-and-long ></script>"
+    "<style>p { content: 'a single quoted string' }</style>"
+    "</a-name-longer-than-a-short-string                    with-an-attribute=its-value                    >";
+
+template <typename C, typename S>
+std::size_t CountAllocationsOfSecondHalf(const std::string& document, GenericParser::DataStreamType type, std::uint64_t pieceSize) {
+    HTML::ParserObserver<C, S> observer;
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.StartParse(1252, type);
+    std::size_t before = 0;
+    for (int half = 0; half < 2; ++half) {
+        before = CountAllocations();
+        for (std::uint64_t offset = 0; offset < document.size(); offset += pieceSize)
+            EXPECT_EQ(parser.ParseBuffer(document.data() + offset, std::min<std::uint64_t>(pieceSize, document.size() - offset)), 0U);
+    }
+    const std::size_t count = CountAllocations() - before;
+    EXPECT_EQ(parser.EndParse(), 0U);
+    return count;
+}
+
+TEST(AllocationTest, TokensCostNoneOnceWarm) {
+    std::string narrow;
+    for (int i = 0; i < 500; ++i)
+        narrow += BLOCK;
+    const std::string wide = ToUtf16LE(To<WideString>(narrow));
+    for (const std::uint64_t pieceSize : {64U, 4096U, 1U << 20}) {
+        SCOPED_TRACE(pieceSize);
+        EXPECT_EQ((CountAllocationsOfSecondHalf<char, std::string>(narrow, GenericParser::DATA_STREAM_8BIT, pieceSize)), 0U);
+        EXPECT_EQ((CountAllocationsOfSecondHalf<WideChar, WideString>(narrow, GenericParser::DATA_STREAM_8BIT, pieceSize)), 0U);
+        EXPECT_EQ((CountAllocationsOfSecondHalf<WideChar, WideString>(wide, GenericParser::DATA_STREAM_UTF16, pieceSize)), 0U);
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test
