@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <type_traits>
@@ -85,7 +86,7 @@ private:
     bool detectReplacements;
     bool hasConverted;
     bool hasReplacements;
-    OtherString strings[MOST_STRINGS];
+    std::array<OtherString, MOST_STRINGS> strings;
     Vector<Attribute<OtherCharacter, OtherString>> attributes;
     Vector<EntityToken<OtherCharacter, OtherString>> tokens;
 };
