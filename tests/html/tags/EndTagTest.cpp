@@ -334,6 +334,26 @@ TYPED_TEST(EndTagTest, WhatTheRecordHeldBeforeIsReplaced) {
     CheckRow<EndTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 end( |p|\\t||before)", prepare);
 }
 
+/// The list keeps the elements that it dropped: nothing of an earlier tag may show in them.
+TYPED_TEST(EndTagTest, AnAttributeWithoutAValueHasNothingButPrefixAndName) {
+    using S = typename TypeParam::S;
+    Parser<TypeParam> parser;
+    Data<TypeParam> data;
+    parser.BeginParse(&data);
+    EXPECT_EQ(ParseOnce(&parser, &data, "a b\t=\n'c' d\t=\n\"e\">").result, HTML::SP_TOKEN_COMPLETE);
+    ASSERT_EQ(data.attributes.size(), 2U);
+    parser.BeginParse(&data);
+    EXPECT_EQ(ParseOnce(&parser, &data, "a f  g>").result, HTML::SP_TOKEN_COMPLETE);
+    ASSERT_EQ(data.attributes.size(), 2U);
+    for (const auto& attribute : data.attributes) {
+        EXPECT_FALSE(attribute.hasValue);
+        EXPECT_EQ(attribute.beforeEquals, S());
+        EXPECT_EQ(attribute.afterEquals, S());
+        EXPECT_EQ(attribute.value, S());
+        EXPECT_EQ(attribute.quote, 0U);
+    }
+}
+
 TYPED_TEST(EndTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(6);
 }
