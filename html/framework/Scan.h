@@ -26,6 +26,10 @@ constexpr Classes QUOTATION_MARK = 1 << 8;
 constexpr Classes ESCAPE = 1 << 9;  // the ESC character, 27
 constexpr Classes BACKSLASH = 1 << 10;
 constexpr Classes CARRIAGE_RETURN = 1 << 11;
+constexpr Classes HYPHEN = 1 << 12;
+constexpr Classes CLOSING_BRACKET = 1 << 13;  // "]" alone
+constexpr Classes ASTERISK = 1 << 14;
+constexpr Classes QUESTION_MARK = 1 << 15;
 
 constexpr char ESC = 27;
 
@@ -43,12 +47,15 @@ constexpr std::array<Classes, 256> MakeClassTable() {
     table['>'] |= GREATER_THAN;
     table['='] |= EQUALS_SIGN;
     table['['] |= BRACKET;
-    table[']'] |= BRACKET;
+    table[']'] |= BRACKET | CLOSING_BRACKET;
     table['/'] |= SLASH;
     table['\''] |= APOSTROPHE;
     table['"'] |= QUOTATION_MARK;
     table[static_cast<unsigned>(ESC)] |= ESCAPE;
     table['\\'] |= BACKSLASH;
+    table['-'] |= HYPHEN;
+    table['*'] |= ASTERISK;
+    table['?'] |= QUESTION_MARK;
     return table;
 }
 

@@ -471,7 +471,9 @@ bool GenericParser::WasCharsetDetectorUsed() const {
 }
 
 VFS::InputStream* GenericParser::GetSelfCheckStream() {
-    return nullptr;
+    if (mode == MODE_NARROW)
+        return narrowParser.GetSelfCheckStream();
+    return mode == MODE_WIDE ? wideParser.GetSelfCheckStream() : nullptr;
 }
 
 std::uint32_t GenericParser::SetSelfCheck(SelfCheck selfCheck) {

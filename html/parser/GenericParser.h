@@ -86,7 +86,8 @@ public:
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or called twice, returns 0 without
     /// callbacks. Bytes fed afterwards without `StartParse` continue the document.
-    /// @return 0; 16 or a recognizer's code when a construct is open and cannot be re-read as junk, without `OnEndParsing`
+    /// @return 0; without `OnEndParsing` 704 when the self-check finds a difference or lost its copy, and 16 or a recognizer's code when
+    ///         a construct is open and cannot be re-read as junk
     std::uint32_t EndParse();
 
     /// Detects the charset of a buffer; needs DETECTCHARSET_MIN_SIZE bytes and the minimum confidence.
@@ -119,10 +120,13 @@ public:
     /// True when the charset was chosen by the detector.
     bool WasCharsetDetectorUsed() const;
 
-    /// The copy that SELF_CHECK_COPY keeps, owned by the parser; null when there is none.
+    /// The tokens written back, which SELF_CHECK_COPY keeps: a stream from their first byte on, the same in every call, owned by the
+    /// parser and valid until the next document. Null when there is none, when no parser runs, and when the copy could not be written
+    /// to the temporary file or read back. Before `EndParse` it ends the copy where the parse stands.
     VFS::InputStream* GetSelfCheckStream();
 
-    /// The setters answer 0 and take effect at once. The self-check mode is stored; this version compares nothing yet.
+    /// The setters answer 0 and take effect at once. A self-check that is switched on or off in the middle of a document compares only
+    /// a part of it, and its difference is then an honest answer; a copy is kept only when the mode is set as the document begins.
     std::uint32_t SetSelfCheck(SelfCheck selfCheck);
     SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
     std::uint32_t SetDetectCharsetErrors(bool detect);

@@ -6,7 +6,11 @@
 
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
+#include "html/output/Crc32.h"
 #include "html/output/ParserObserverOutput.h"
+#include "html/parser/DeclaredCharset.h"
+#include "html/parser/RecordCalls.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/MemoryInputStream.h"
 #include "platform/Results.h"
@@ -42,41 +46,6 @@ private:
 /// Compares names as memory: `char_traits` of 16-bit characters goes one by one.
 bool IsSameName(WideStringView one, WideStringView other) {
     return one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size() * sizeof(WideChar)) == 0;
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, TextData<C, S>* data) {
-    observer->OnText(data);
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, SQuoteStringData<C, S>* data) {
-    observer->OnSQuoteString(data);
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, DQuoteStringData<C, S>* data) {
-    observer->OnDQuoteString(data);
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, StartTagData<C, S>* data) {
-    observer->OnStartTag(data);
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, ShortTagData<C, S>* data) {
-    observer->OnShortTag(data);
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, EndTagData<C, S>* data) {
-    observer->OnEndTag(data);
-}
-
-template <typename C, typename S>
-void Call(ParserObserver<C, S>* observer, JunkData<C, S>* data) {
-    observer->OnJunkData(data);
 }
 
 template <typename C, typename S>
@@ -130,7 +99,7 @@ struct Parser<C, S>::Construct {
     WideStringView name;
     std::uint64_t charactersBack;  // from the current place to its first character, when text hands over to it
     const char* textInScript;      // inside script and style it is no markup, and these characters are text; null: as outside
-    void (Parser::*begin)();       // null: there is no such recognizer, and the construct fails where it starts
+    void (Parser::*begin)();       // null: nobody hands over to it by name
     std::uint32_t (Parser::*parse)();
     std::uint32_t (Parser::*end)();
     bool isOpenAtEnd;  // the end of the input leaves it unfinished, so that its bytes must be read again
@@ -156,20 +125,40 @@ const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
         &Parser::BeginDQuoteString,
         &Parser::ParseConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>,
         &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>, true},
+    {STATE_C_COMMENT, OPENED_BY_TEXT, ParserNames::C_COMMENT, 2, nullptr,
+        &Parser::BeginCComment,
+        &Parser::ParseConstruct<&Parser::cComment, &Parser::cCommentData, &Parser::DeliverCComment>,
+        &Parser::EndConstruct<&Parser::cComment, &Parser::cCommentData, &Parser::DeliverCComment>, true},
+    {STATE_CPP_COMMENT, OPENED_BY_TEXT, ParserNames::CPP_COMMENT, 2, nullptr,
+        &Parser::BeginCPPComment,
+        &Parser::ParseCPPComment,
+        &Parser::EndConstruct<&Parser::cppComment, &Parser::cppCommentData, &Parser::DeliverCPPComment>, true},
     {STATE_JS_REG_EX, OPENED_BY_TEXT, ParserNames::JS_REG_EX, 0, nullptr,
         &Parser::BeginJSRegEx,
         &Parser::ParseConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>,
         &Parser::EndConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>, false},
+    {STATE_COMMENT_TAG, OPENED_BY_TAG, ParserNames::COMMENT_TAG, 0, nullptr,
+        &Parser::BeginCommentTag,
+        &Parser::ParseConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>,
+        &Parser::EndConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>, false},
+    {STATE_CONDITIONAL_TAG, OPENED_BY_TAG, ParserNames::CONDITIONAL_TAG, 0, nullptr,
+        &Parser::BeginConditionalTag,
+        &Parser::ParseConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>,
+        &Parser::EndConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>, false},
+    {STATE_CDATA_TAG, OPENED_BY_TAG, ParserNames::CDATA_TAG, 0, nullptr,
+        &Parser::BeginCDATATag,
+        &Parser::ParseConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>,
+        &Parser::EndConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>, false},
+    {STATE_ENTITY_TAG, OPENED_BY_TAG, ParserNames::ENTITY_TAG, 0, "<!",
+        &Parser::BeginEntityTag,
+        &Parser::ParseConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>,
+        &Parser::EndConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>, true},
+    {STATE_EXTERN_TAG, OPENED_BY_TAG, ParserNames::EXTERN_TAG, 0, "<?",
+        &Parser::BeginExternTag,
+        &Parser::ParseConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>,
+        &Parser::EndConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>, true},
     {STATE_JUNK, OPENED_BY_NONE, ParserNames::JUNK, 0, nullptr,
         nullptr, &Parser::ParseJunk, &Parser::EndJunk, false},
-    {STATE_C_COMMENT, OPENED_BY_TEXT, ParserNames::C_COMMENT, 2, nullptr,
-        nullptr, nullptr, nullptr, true},
-    {STATE_CPP_COMMENT, OPENED_BY_TEXT, ParserNames::CPP_COMMENT, 2, nullptr,
-        nullptr, nullptr, nullptr, true},
-    {STATE_ENTITY_TAG, OPENED_BY_TAG, ParserNames::ENTITY_TAG, 0, "<!",
-        nullptr, nullptr, nullptr, true},
-    {STATE_EXTERN_TAG, OPENED_BY_TAG, ParserNames::EXTERN_TAG, 0, "<?",
-        nullptr, nullptr, nullptr, true},
 };
 // clang-format on
 
@@ -201,7 +190,6 @@ Parser<C, S>::Parser()
       inStyle(false),
       selfCheckMode(0),
       inputCrc(0),
-      outputCrc(0),
       detectCharsetErrors(false),
       hasCharsetErrors(false),
       convertedForObserver(false),
@@ -240,12 +228,14 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     inScript = false;
     inStyle = false;
     inputCrc = 0;
-    outputCrc = 0;
+    selfCheck.Reset(false);
     hasCharsetErrors = false;
     charsetErrors = 0;
     convertedForObserver = false;
     needsReparsing = false;
     Notify([](auto* observer) { observer->OnStartParsing(); });
+    selfCheck.OnStartParsing();
+    selfCheck.Reset(selfCheckMode == 2);
     return PARSER_OK;
 }
 
@@ -253,6 +243,8 @@ template <typename C, typename S>
 std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin) {
     if (length == 0)
         return PARSER_OK;
+    if (IsSelfChecking())
+        inputCrc = UpdateCrc32(inputCrc, piece, length * sizeof(C));
     context.buffer = piece;
     context.position = 0;
     context.length = length;
@@ -292,8 +284,6 @@ std::uint32_t Parser<C, S>::ParseText() {
     if (construct == nullptr)
         return PARSER_UNKNOWN_RECOGNIZER;
     MarkTokenStart(construct->charactersBack);
-    if (construct->begin == nullptr)
-        return PARSER_UNKNOWN_RECOGNIZER;
     (this->*construct->begin)();
     return SP_NEED_MORE_DATA;
 }
@@ -313,8 +303,6 @@ std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
         BackToText(construct->textInScript);
         return SP_NEED_MORE_DATA;
     }
-    if (construct->begin == nullptr)
-        return PARSER_UNKNOWN_RECOGNIZER;
     (this->*construct->begin)();
     return SP_NEED_MORE_DATA;
 }
@@ -332,6 +320,8 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
         return result;
     SettleShortTag(&startTagData);
     DeliverStartTag();
+    if (NeedsOtherCharset())
+        return PARSER_PARSE_AGAIN;
     if (!startTagData.selfClosing)
         SettleScriptAndStyle(startTagData.name, true);
     BackToText();
@@ -369,6 +359,20 @@ std::uint32_t Parser<C, S>::ParseConstruct() {
     return SP_NEED_MORE_DATA;
 }
 
+/// A line comment is delivered before the section that interrupts it starts.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ParseCPPComment() {
+    const std::uint32_t result = cppComment.Parse(&context, &cppCommentData);
+    if (result != SP_TOKEN_COMPLETE)
+        return result;
+    DeliverCPPComment();
+    FinishToken();
+    if (cppCommentData.nextParserName.empty())
+        return SP_NEED_MORE_DATA;
+    TakeText(&cppCommentData.keyword, &genericTagData.keyword);
+    return BeginNamedTag(cppCommentData.nextParserName);
+}
+
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseJunk() {
     const std::uint32_t result = junk.Parse(&context, &junkData);
@@ -404,6 +408,59 @@ void Parser<C, S>::BeginEndTag() {
     endTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
     currentParserName = ParserNames::END_TAG;
     state = STATE_END_TAG;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginCommentTag() {
+    commentTag.BeginParse(&commentTagData);
+    currentParserName = ParserNames::COMMENT_TAG;
+    state = STATE_COMMENT_TAG;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginCDATATag() {
+    cdataTag.BeginParse(&cdataTagData);
+    TakeText(&genericTagData.keyword, &cdataTagData.keyword);
+    currentParserName = ParserNames::CDATA_TAG;
+    state = STATE_CDATA_TAG;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginConditionalTag() {
+    conditionalTag.BeginParse(&conditionalTagData);
+    TakeText(&genericTagData.keyword, &conditionalTagData.keyword);
+    currentParserName = ParserNames::CONDITIONAL_TAG;
+    state = STATE_CONDITIONAL_TAG;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginEntityTag() {
+    entityTag.BeginParse(&entityTagData);
+    entityTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
+    currentParserName = ParserNames::ENTITY_TAG;
+    state = STATE_ENTITY_TAG;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginExternTag() {
+    externTag.BeginParse(&externTagData);
+    externTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
+    currentParserName = ParserNames::EXTERN_TAG;
+    state = STATE_EXTERN_TAG;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginCComment() {
+    cComment.BeginParse(&cCommentData);
+    currentParserName = ParserNames::C_COMMENT;
+    state = STATE_C_COMMENT;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginCPPComment() {
+    cppComment.BeginParse(&cppCommentData);
+    currentParserName = ParserNames::CPP_COMMENT;
+    state = STATE_CPP_COMMENT;
 }
 
 template <typename C, typename S>
@@ -470,6 +527,9 @@ std::uint32_t Parser<C, S>::End() {
     SetBackingStream(nullptr);
     if (result != PARSER_OK)
         return result;
+    selfCheck.OnEndParsing();
+    if (IsSelfChecking() && (!selfCheck.CheckCopy() || inputCrc != selfCheck.GetOutputCrc()))
+        return PARSER_SELF_CHECK_FAILED;
     Notify([](auto* observer) { observer->OnEndParsing(); });
     return PARSER_OK;
 }
@@ -593,22 +653,35 @@ void Parser<C, S>::Notify(Callback callback) {
         callback(wcharObserver);
 }
 
-/// Hands a record to the bound observer, converted when that one is of the other flavour. A record that cannot be converted is lost,
-/// and the parse goes on.
+template <typename C, typename S>
+bool Parser<C, S>::IsSelfChecking() const {
+    return selfCheckMode == 1 || selfCheckMode == 2;
+}
+
+/// Hands a record to the self-check, and then to the bound observer.
 template <typename C, typename S>
 template <typename Record>
 void Parser<C, S>::Deliver(Record record) {
-    Notify([this, &record](auto* observer) {
+    if (IsSelfChecking())
+        CallObserver<C, S>(&selfCheck, &record);
+    DeliverToObserver(&record);
+}
+
+/// A record for an observer of the other flavour is converted. One that cannot be is lost, and the parse goes on.
+template <typename C, typename S>
+template <typename Record>
+void Parser<C, S>::DeliverToObserver(Record* record) {
+    Notify([this, record](auto* observer) {
         if constexpr (std::is_same_v<decltype(observer), ParserObserver<C, S>*>) {
-            Call(observer, &record);
+            CallObserver(observer, record);
         } else {
             typename RecordOfOtherFlavour<Record>::Type converted{};
             converter.Begin(charset, detectCharsetErrors);
-            converter.Convert(record, &converted);
+            converter.Convert(*record, &converted);
             convertedForObserver = convertedForObserver || converter.HasConverted();
             hasCharsetErrors = hasCharsetErrors || converter.HasReplacements();
             if (converter.GetResult() == 0)
-                Call(observer, &converted);
+                CallObserver(observer, &converted);
             else
                 charsetErrors = converter.GetResult();
         }
@@ -635,6 +708,48 @@ void Parser<C, S>::DeliverStartTag() {
 template <typename C, typename S>
 void Parser<C, S>::DeliverEndTag() {
     Deliver(GetRecord(endTagData));
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DeliverCommentTag() {
+    Deliver(CommentTagData<C, S>{&commentTagData.text, commentTagData.closed});
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DeliverCDATATag() {
+    Deliver(CDATATagData<C, S>{&cdataTagData.keyword, &cdataTagData.text, cdataTagData.closed});
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DeliverConditionalTag() {
+    Deliver(ConditionalTagData<C, S>{&conditionalTagData.keyword, &conditionalTagData.condition, &conditionalTagData.tail,
+                                     conditionalTagData.bracketClosed, conditionalTagData.tagClosed});
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DeliverEntityTag() {
+    Deliver(EntityTagData<C, S>{&entityTagData.prefix, &entityTagData.name, &entityTagData.tokens, &entityTagData.suffix});
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DeliverExternTag() {
+    Deliver(ExternTagData<C, S>{&externTagData.prefix, &externTagData.name, &externTagData.attributes, &externTagData.suffix,
+                                externTagData.freeStyle, &externTagData.text, externTagData.slashBeforeClose});
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DeliverCComment() {
+    Deliver(CCommentData<C, S>{&cCommentData.text});
+}
+
+/// An 8-bit observer of the 8-bit parser gets no line comments; hosts rely on it.
+template <typename C, typename S>
+void Parser<C, S>::DeliverCPPComment() {
+    CPPCommentData<C, S> record{&cppCommentData.text};
+    if (IsSelfChecking())
+        CallObserver<C, S>(&selfCheck, &record);
+    if (std::is_same_v<C, WideChar> || charObserver == nullptr)
+        DeliverToObserver(&record);
 }
 
 /// A regular expression is text to an observer.
@@ -670,8 +785,31 @@ void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
     }
 }
 
+/// Applies the charset that a `meta` tag declares, the first one that anybody was told of.
+/// @return true when text has been converted with another one: the document must be parsed again
+template <typename C, typename S>
+bool Parser<C, S>::NeedsOtherCharset() {
+    if (!discoverCharset || charsetFromMarkup || !EqualsKeyword(startTagData.name, "meta"))
+        return false;
+    const StringNS::CharSet::Code before = charset;
+    const StringNS::CharSet::Code declared = FindDeclaredCharset(startTagData.attributes);
+    if (declared == StringNS::CharSet::UNKNOWN)
+        return false;
+    charset = declared;
+    OnCharset(declared);
+    charsetFromMarkup = charObserver != nullptr || wcharObserver != nullptr;
+    if (charset == before || !convertedForObserver)
+        return false;
+    needsReparsing = true;
+    return true;
+}
+
 template <typename C, typename S>
 void Parser<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
+    if (IsSelfChecking()) {
+        inputCrc = UpdateCrc32(inputCrc, bytes, size);
+        selfCheck.OnBOM(bytes, size);
+    }
     Notify([bytes, size](auto* observer) { observer->OnBOM(bytes, size); });
 }
 
@@ -729,6 +867,11 @@ StringNS::CharSet::Code Parser<C, S>::GetCharset() const {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::GetSelfCheckMode() const {
     return selfCheckMode;
+}
+
+template <typename C, typename S>
+VFS::InputStream* Parser<C, S>::GetSelfCheckStream() {
+    return selfCheck.GetSelfCheckStream();
 }
 
 template <typename C, typename S>

@@ -6,11 +6,19 @@
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/SimpleParserContext.h"
+#include "html/output/ParserSelfCheck.h"
 #include "html/parser/RecordConverter.h"
 #include "html/parser/Uninherited.h"
 #include "html/tags/EndTagSimpleParser.h"
+#include "html/tags/EntityTagSimpleParser.h"
+#include "html/tags/ExternTagSimpleParser.h"
 #include "html/tags/GenericTagSimpleParser.h"
 #include "html/tags/StartTagSimpleParser.h"
+#include "html/text/CCommentSimpleParser.h"
+#include "html/text/CDATATagSimpleParser.h"
+#include "html/text/CPPCommentSimpleParser.h"
+#include "html/text/CommentTagSimpleParser.h"
+#include "html/text/ConditionalTagSimpleParser.h"
 #include "html/text/DQuoteStringSimpleParser.h"
 #include "html/text/JSRegExSimpleParser.h"
 #include "html/text/JunkSimpleParser.h"
@@ -69,9 +77,10 @@ public:
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
 
     /// The whole input has been given. Leaves the text state with no pending text, whatever it returns.
+    /// @return 0, 704, or the code of a failure that has no recovery; `OnEndParsing` is called only with 0
     std::uint32_t End();
 
-    /// Tells the observer about a byte-order mark.
+    /// Takes a byte-order mark into the self-check and tells the observer about it.
     virtual void OnBOM(const void* bytes, std::uint64_t size);
     void OnCharset(StringNS::CharSet::Code code);
 
@@ -97,6 +106,7 @@ public:
     WideStringView GetCurrentParserName() const;
     StringNS::CharSet::Code GetCharset() const;
     std::uint32_t GetSelfCheckMode() const;
+    VFS::InputStream* GetSelfCheckStream();
     bool GetDetectCharsetErrors() const;
     bool HasCharsetErrors() const;
     bool NeedsReparsing() const;
@@ -115,6 +125,13 @@ private:
     void BeginGenericTag();
     void BeginStartTag();
     void BeginEndTag();
+    void BeginCommentTag();
+    void BeginCDATATag();
+    void BeginConditionalTag();
+    void BeginEntityTag();
+    void BeginExternTag();
+    void BeginCComment();
+    void BeginCPPComment();
     void BeginJSRegEx();
     void BeginSQuoteString();
     void BeginDQuoteString();
@@ -124,6 +141,7 @@ private:
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
     std::uint32_t ParseEndTag();
+    std::uint32_t ParseCPPComment();
     std::uint32_t ParseJunk();
     template <auto RECOGNIZER, auto DATA, auto DELIVER>
     std::uint32_t ParseConstruct();
@@ -150,14 +168,25 @@ private:
     void DeliverText();
     void DeliverStartTag();
     void DeliverEndTag();
+    void DeliverCommentTag();
+    void DeliverCDATATag();
+    void DeliverConditionalTag();
+    void DeliverEntityTag();
+    void DeliverExternTag();
+    void DeliverCComment();
+    void DeliverCPPComment();
     void DeliverJSRegEx();
     void DeliverSQuoteString();
     void DeliverDQuoteString();
     void DeliverJunk();
     void SettleScriptAndStyle(const S& name, bool starts);
+    bool NeedsOtherCharset();
 
+    bool IsSelfChecking() const;
     template <typename Record>
     void Deliver(Record record);
+    template <typename Record>
+    void DeliverToObserver(Record* record);
     template <typename Callback>
     void Notify(Callback callback);
 
@@ -173,6 +202,20 @@ private:
     StartTagSimpleParserData<C, S> startTagData;
     EndTagSimpleParser<C, S> endTag;
     EndTagSimpleParserData<C, S> endTagData;
+    CommentTagSimpleParser<C, S> commentTag;
+    CommentTagSimpleParserData<C, S> commentTagData;
+    CDATATagSimpleParser<C, S> cdataTag;
+    CDATATagSimpleParserData<C, S> cdataTagData;
+    ConditionalTagSimpleParser<C, S> conditionalTag;
+    ConditionalTagSimpleParserData<C, S> conditionalTagData;
+    EntityTagSimpleParser<C, S> entityTag;
+    EntityTagSimpleParserData<C, S> entityTagData;
+    ExternTagSimpleParser<C, S> externTag;
+    ExternTagSimpleParserData<C, S> externTagData;
+    CCommentSimpleParser<C, S> cComment;
+    CCommentSimpleParserData<C, S> cCommentData;
+    CPPCommentSimpleParser<C, S> cppComment;
+    CPPCommentSimpleParserData<C, S> cppCommentData;
     SQuoteStringSimpleParser<C, S> sQuoteString;
     SQuoteStringSimpleParserData<C, S> sQuoteStringData;
     DQuoteStringSimpleParser<C, S> dQuoteString;
@@ -187,8 +230,8 @@ private:
     bool inScript;
     bool inStyle;
     std::uint32_t selfCheckMode;
+    ParserSelfCheck<C, S> selfCheck;
     std::uint32_t inputCrc;
-    std::uint32_t outputCrc;
     bool detectCharsetErrors;
     bool hasCharsetErrors;
     bool convertedForObserver;  // a later change of charset in the markup then stops the parse

@@ -1,0 +1,123 @@
+#include "html/output/ParserSelfCheck.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "html/framework/Instantiate.h"
+#include "html/output/Crc32.h"
+#include "platform/Results.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+constexpr std::size_t GATHER_SIZE = 4096;       // bytes: most pieces are one character, and an update for each costs more than the copying
+constexpr std::uint64_t READ_SIZE = 64 * 1024;  // bytes per read when a copy is verified
+
+}  // namespace
+
+template <typename C, typename S>
+ParserSelfCheck<C, S>::ParserSelfCheck() : outputCrc(0), copyLost(false) {}
+
+template <typename C, typename S>
+ParserSelfCheck<C, S>::ParserSelfCheck(const ParserSelfCheck& other)
+    : ParserObserverOutput<C, S>(other), outputCrc(other.outputCrc), gathered(other.gathered), copyLost(false) {}
+
+template <typename C, typename S>
+ParserSelfCheck<C, S>& ParserSelfCheck<C, S>::operator=(const ParserSelfCheck& other) {
+    if (this != &other) {
+        ParserObserverOutput<C, S>::operator=(other);
+        Reset(false);
+        outputCrc = other.outputCrc;
+        gathered = other.gathered;
+    }
+    return *this;
+}
+
+template <typename C, typename S>
+ParserSelfCheck<C, S>::~ParserSelfCheck() = default;
+
+template <typename C, typename S>
+void ParserSelfCheck<C, S>::OnOutput(const void* data, std::uint64_t byteCount, bool) {
+    if (byteCount >= GATHER_SIZE - gathered.size()) {
+        Flush();
+        if (byteCount >= GATHER_SIZE) {
+            Write(data, byteCount);
+            return;
+        }
+    }
+    gathered.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+}
+
+template <typename C, typename S>
+void ParserSelfCheck<C, S>::Reset(bool keepCopy) {
+    outputCrc = 0;
+    copy = nullptr;
+    finishedCopy = nullptr;
+    gathered.clear();
+    copyLost = false;
+    if (keepCopy)
+        copy = std::make_unique<VFS::TmpOutputStream>(COPY_IN_MEMORY);
+}
+
+template <typename C, typename S>
+std::uint32_t ParserSelfCheck<C, S>::GetOutputCrc() {
+    Flush();
+    return outputCrc;
+}
+
+template <typename C, typename S>
+bool ParserSelfCheck<C, S>::CheckCopy() {
+    Flush();
+    if (copy != nullptr && !CanReadCopy()) {
+        copy = nullptr;
+        copyLost = true;
+    }
+    return !copyLost;
+}
+
+template <typename C, typename S>
+VFS::InputStream* ParserSelfCheck<C, S>::GetSelfCheckStream() {
+    Flush();
+    if (copy == nullptr)
+        return finishedCopy.get();
+    if (copy->GetResult() == RESULT_OK)
+        finishedCopy = std::make_unique<VFS::TmpInputStream>(*copy);
+    else
+        copyLost = true;
+    copy = nullptr;
+    return finishedCopy.get();
+}
+
+template <typename C, typename S>
+void ParserSelfCheck<C, S>::Flush() {
+    if (gathered.empty())
+        return;
+    Write(gathered.data(), gathered.size());
+    gathered.clear();
+}
+
+template <typename C, typename S>
+void ParserSelfCheck<C, S>::Write(const void* data, std::uint64_t byteCount) {
+    outputCrc = UpdateCrc32(outputCrc, data, byteCount);
+    if (copy != nullptr)
+        copy->Write(data, byteCount);  // the stream remembers a failure
+}
+
+template <typename C, typename S>
+bool ParserSelfCheck<C, S>::CanReadCopy() {
+    if (copy->GetResult() != RESULT_OK)
+        return false;
+    VFS::TmpInputStream stream(*copy);
+    std::vector<char> buffer(static_cast<std::size_t>(std::min(READ_SIZE, copy->GetSize() + 1)));
+    std::uint32_t crc = 0;
+    std::uint64_t count = 0;
+    std::uint32_t result = RESULT_OK;
+    while ((result = stream.Read(buffer.data(), buffer.size(), &count)) == RESULT_OK)
+        crc = UpdateCrc32(crc, buffer.data(), count);
+    return result == RESULT_END_OF_DATA && crc == outputCrc;
+}
+
+KESTRA_HTML_INSTANTIATE(ParserSelfCheck);
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "html/framework/EntityToken.h"
+#include "html/framework/ParserNames.h"
+#include "html/framework/SimpleParser.h"
+#include "html/tags/IdentifierSimpleParser.h"
+#include "html/tags/TokenSimpleParser.h"
+#include "html/text/WhiteSpaceSimpleParser.h"
+#include "platform/Vector.h"
+
+namespace Kestra::HTML {
+
+/// State of one declaration between two pieces of input.
+template <typename C, typename S>
+struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
+    static constexpr WideStringView PARSER_NAME = ParserNames::ENTITY_TAG;
+
+    std::uint32_t state = 0;           ///< 0 white space, 1 keyword, 2 items
+    S prefix;                          ///< white space between "<!" and the keyword
+    S name;                            ///< the keyword as written, for example "DOCTYPE"
+    Vector<EntityToken<C, S>> tokens;  ///< words and quoted strings in document order
+    S suffix;                          ///< white space before the closing ">"
+    bool iso2022 = false;              ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+};
+
+/// Reads a declaration such as "<!DOCTYPE html>", from after its "<!" to its ">", inclusive.
+///
+/// "=" and "/" belong to bare words, and so do quotes behind the first character. An empty quoted string is an item.
+template <typename C, typename S>
+class KESTRA_HTML_API EntityTagSimpleParser final : public SimpleParser<C, S, EntityTagSimpleParserData<C, S>> {
+public:
+    using Data = EntityTagSimpleParserData<C, S>;
+
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for a "<" where an item or the ">"
+    ///         may stand; a code of a quoted string, unchanged.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_UNTERMINATED
+    std::uint32_t EndParse(Data* data) override;
+
+private:
+    void RestartToken(const Data& data);
+    std::uint32_t ParseItem(SimpleParserContext<C, S>* context, Data* data);
+
+    IdentifierSimpleParser<C, S> identifier;
+    IdentifierSimpleParserData<C, S> identifierData;
+    WhiteSpaceSimpleParser<C, S> whiteSpace;
+    WhiteSpaceSimpleParserData<C, S> whiteSpaceData;
+    TokenSimpleParser<C, S> token;
+    TokenSimpleParserData<C, S> tokenData;
+};
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "html/framework/SimpleParser.h"
+#include "html/text/DQuoteStringSimpleParser.h"
+#include "html/text/SQuoteStringSimpleParser.h"
+
+namespace Kestra::HTML {
+
+/// State of the raw text of one processing instruction between two pieces of input.
+template <typename C, typename S>
+struct KESTRA_HTML_API ExternTagFreeStyleSimpleParserData : SimpleParserData<C, S> {
+    std::uint32_t state = 0;  ///< 0 free text, 1 after "/", 2 block comment, 3 "*" in it, 4 line comment, 5 in "'", 6 in '"', 7 after "?"
+    bool questionPending = false;  ///< a "?" has been read that is not yet in `text`
+    S text;                        ///< the raw text
+    bool iso2022 = false;          ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+};
+
+/// Reads the raw text of a processing instruction, from after its target to its ">", inclusive.
+///
+/// "?>" and a bare ">" end it, but not inside quotes, where a backslash escapes, and not inside script comments.
+template <typename C, typename S>
+class KESTRA_HTML_API ExternTagFreeStyleSimpleParser final : public SimpleParser<C, S, ExternTagFreeStyleSimpleParserData<C, S>> {
+public:
+    using Data = ExternTagFreeStyleSimpleParserData<C, S>;
+
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; a code of a quoted string, unchanged.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_UNTERMINATED
+    std::uint32_t EndParse(Data* data) override;
+
+private:
+    void RestartSQuoteString();
+    void RestartDQuoteString(const Data& data);
+    std::uint32_t ParseFreeText(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseBlockComment(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseAfterAsterisk(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseLineComment(SimpleParserContext<C, S>* context, Data* data);
+    std::uint32_t ParseQuestionMark(SimpleParserContext<C, S>* context, Data* data);
+    template <typename Parser, typename ParserData>
+    std::uint32_t ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser, ParserData* parserData, C quote);
+
+    SQuoteStringSimpleParser<C, S> sQuoteString;
+    SQuoteStringSimpleParserData<C, S> sQuoteStringData;
+    DQuoteStringSimpleParser<C, S> dQuoteString;
+    DQuoteStringSimpleParserData<C, S> dQuoteStringData;
+};
+
+}  // namespace Kestra::HTML

@@ -1,0 +1,174 @@
+#include "html/tags/ExternTagSimpleParser.h"
+
+#include "html/framework/Instantiate.h"
+#include "html/framework/Scan.h"
+#include "html/framework/TakeText.h"
+#include "html/tags/AttributeList.h"
+
+namespace Kestra::HTML {
+
+namespace {
+
+enum State : std::uint32_t {
+    PREFIX = 0,
+    TARGET = 1,
+    ATTRIBUTES = 2,
+    EXPECT_QUESTION_MARK = 3,
+    FREE_STYLE = 4,
+    EXPECT_END = 5,
+};
+
+constexpr std::uint32_t FREE_STYLE_AFTER_QUESTION_MARK = 7;  // a state of the free-style reader
+
+/// "xml", or anything that begins with "xml:" or "xml-".
+template <typename S>
+bool IsXmlTarget(const S& target) {
+    const std::basic_string_view<typename S::value_type> word(target);
+    return EqualsKeyword(word.substr(0, 3), "xml") && (word.size() == 3 || word[3] == ':' || word[3] == '-');
+}
+
+}  // namespace
+
+template <typename C, typename S>
+std::uint32_t ExternTagSimpleParser<C, S>::BeginParse(Data* data) {
+    data->state = PREFIX;
+    data->freeStyle = false;
+    data->slashBeforeClose = false;
+    data->prefix.clear();
+    data->name.clear();
+    data->text.clear();
+    data->attributes.clear();
+    data->suffix.clear();
+    data->iso2022 = false;
+    identifier.BeginParse(&identifierData);
+    whiteSpace.BeginParse(&whiteSpaceData);
+    attribute.BeginParse(&attributeData);
+    freeStyle.BeginParse(&freeStyleData);
+    return SP_NEED_MORE_DATA;
+}
+
+//  state            white space   "?"         ">"                          other
+//  0 prefix         keep          to 1        to 1                         to 1
+//  1 target         to 2 or 4     keep        to 2 or 4                    keep; to 2 or 4 at "=", "[", "]", "<"
+//  2 attributes     the attribute recognizer reads on: to 5 behind a closing "?" or "/", to 3 in front of ">"
+//  3 expecting "?"  fail          to 5        fail                         fail
+//  4 free style     the free-style reader reads on and completes
+//  5 expecting ">"  fail          fail        complete                     fail
+template <typename C, typename S>
+std::uint32_t ExternTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
+    while (!Scan::AtEnd(*context)) {
+        switch (static_cast<State>(data->state)) {
+            case PREFIX:
+                if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&whiteSpaceData.text, &data->prefix);
+                data->state = TARGET;
+                identifier.BeginParse(&identifierData);
+                continue;
+            case TARGET:
+                if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
+                    return SP_NEED_MORE_DATA;
+                TakeText(&identifierData.text, &data->name);
+                ChooseStyle(data);
+                continue;
+            case ATTRIBUTES: {
+                const std::uint32_t result = ParseAttributes(context, data);
+                if (result != SP_NEED_MORE_DATA)
+                    return result;
+                continue;
+            }
+            case EXPECT_QUESTION_MARK:
+                if (Scan::Next(*context) != '?')
+                    return SP_MALFORMED;
+                Scan::Advance(*context);
+                data->state = EXPECT_END;
+                continue;
+            case FREE_STYLE: {
+                const std::uint32_t result = freeStyle.Parse(context, &freeStyleData);
+                if (result == SP_TOKEN_COMPLETE) {
+                    data->freeStyle = true;
+                    TakeText(&freeStyleData.text, &data->text);
+                }
+                return result;
+            }
+            case EXPECT_END:
+                if (Scan::Next(*context) != '>')
+                    return SP_MALFORMED;
+                Scan::Advance(*context);
+                return SP_TOKEN_COMPLETE;
+        }
+        return SP_MALFORMED;
+    }
+    return SP_NEED_MORE_DATA;
+}
+
+/// State 1, with the target read. A target takes the "?" of "?>" with it.
+template <typename C, typename S>
+void ExternTagSimpleParser<C, S>::ChooseStyle(Data* data) {
+    if (IsXmlTarget(data->name)) {
+        data->state = ATTRIBUTES;
+        RestartAttribute(&attribute, &attributeData, data->iso2022);
+        return;
+    }
+    data->state = FREE_STYLE;
+    freeStyle.BeginParse(&freeStyleData);
+    freeStyleData.iso2022 = data->iso2022;
+    freeStyleData.text += '<';
+    freeStyleData.text += '?';
+    freeStyleData.text += data->prefix;
+    freeStyleData.text += data->name;
+    if (!data->name.empty() && data->name.back() == '?')
+        freeStyleData.state = FREE_STYLE_AFTER_QUESTION_MARK;
+}
+
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute behind it; hosts rely on it.
+template <typename C, typename S>
+std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
+    const std::uint32_t result = attribute.Parse(context, &attributeData);
+    if (result != SP_TOKEN_COMPLETE)
+        return result;
+    if (TakeClosingSlash(data))
+        return SP_NEED_MORE_DATA;
+    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '?')) {
+        case AttributeListStep::NEXT_ATTRIBUTE:
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::CLOSING_MARK:
+            data->state = EXPECT_END;
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::END_OF_LIST:
+            data->state = EXPECT_QUESTION_MARK;
+            return SP_NEED_MORE_DATA;
+        case AttributeListStep::LONE_MARK:
+            data->state = EXPECT_END;
+            return SP_MALFORMED;
+        case AttributeListStep::MALFORMED:
+            return SP_MALFORMED;
+    }
+    return SP_MALFORMED;
+}
+
+/// A name without a value that ends in "/" ends the declaration. White space behind that "/" moves in front of it; hosts rely on it.
+template <typename C, typename S>
+bool ExternTagSimpleParser<C, S>::TakeClosingSlash(Data* data) {
+    if (attributeData.hasValue != 0 || attributeData.name.empty() || attributeData.name.back() != '/')
+        return false;
+    attributeData.name.pop_back();
+    if (attributeData.name.empty())
+        TakeText(&attributeData.prefix, &data->suffix);
+    else
+        AppendAttribute(&attributeData, &data->attributes);
+    data->suffix += attributeData.beforeEquals;
+    data->slashBeforeClose = true;
+    RestartAttribute(&attribute, &attributeData, data->iso2022);
+    data->state = EXPECT_END;
+    return true;
+}
+
+template <typename C, typename S>
+std::uint32_t ExternTagSimpleParser<C, S>::EndParse(Data*) {
+    return SP_UNTERMINATED;
+}
+
+KESTRA_HTML_INSTANTIATE_RECOGNIZER(ExternTag);
+
+}  // namespace Kestra::HTML

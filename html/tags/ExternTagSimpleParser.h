@@ -1,0 +1,64 @@
+#pragma once
+
+#include "html/framework/Attribute.h"
+#include "html/framework/ParserNames.h"
+#include "html/framework/SimpleParser.h"
+#include "html/tags/AttributeSimpleParser.h"
+#include "html/tags/ExternTagFreeStyleSimpleParser.h"
+#include "html/tags/IdentifierSimpleParser.h"
+#include "html/text/WhiteSpaceSimpleParser.h"
+#include "platform/Vector.h"
+
+namespace Kestra::HTML {
+
+/// State of one processing instruction between two pieces of input.
+template <typename C, typename S>
+struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
+    static constexpr WideStringView PARSER_NAME = ParserNames::EXTERN_TAG;
+
+    std::uint32_t state = 0;             ///< 0 white space, 1 target, 2 attributes, 3 expecting "?", 4 free style, 5 expecting ">"
+    bool freeStyle = false;              ///< read as raw text: `text` has all of it
+    bool slashBeforeClose = false;       ///< an XML declaration ended with "/>"
+    S prefix;                            ///< white space between "<?" and the target
+    S name;                              ///< the target as written
+    S text;                              ///< a free-style instruction from "<?" to ">", inclusive
+    Vector<Attribute<C, S>> attributes;  ///< of an XML declaration, in document order, not normalized
+    S suffix;                            ///< white space after the last attribute
+    bool iso2022 = false;                ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+};
+
+/// Reads a processing instruction, from after its "<?" to its ">", inclusive.
+///
+/// The targets "xml", "xml:..." and "xml-..." make it an XML declaration with attributes; any other one is raw text, in which quotes and
+/// script comments are understood.
+template <typename C, typename S>
+class KESTRA_HTML_API ExternTagSimpleParser final : public SimpleParser<C, S, ExternTagSimpleParserData<C, S>> {
+public:
+    using Data = ExternTagSimpleParserData<C, S>;
+
+    std::uint32_t BeginParse(Data* data) override;
+
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up. In an XML declaration SP_MALFORMED for anything
+    ///         but "?" behind the attributes, anything but ">" behind "?", an unquoted value that is only "?" before ">", and white space
+    ///         behind a name without a value that ends in "?". A code of a member, unchanged.
+    std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
+
+    /// @return SP_UNTERMINATED
+    std::uint32_t EndParse(Data* data) override;
+
+private:
+    void ChooseStyle(Data* data);
+    std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
+    bool TakeClosingSlash(Data* data);
+
+    IdentifierSimpleParser<C, S> identifier;
+    IdentifierSimpleParserData<C, S> identifierData;
+    WhiteSpaceSimpleParser<C, S> whiteSpace;
+    WhiteSpaceSimpleParserData<C, S> whiteSpaceData;
+    AttributeSimpleParser<C, S> attribute;
+    AttributeSimpleParserData<C, S> attributeData;
+    ExternTagFreeStyleSimpleParser<C, S> freeStyle;
+    ExternTagFreeStyleSimpleParserData<C, S> freeStyleData;
+};
+
+}  // namespace Kestra::HTML
