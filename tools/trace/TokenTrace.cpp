@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <utility>
 
 namespace Kestra::Trace {
@@ -13,6 +14,13 @@ constexpr std::string_view HEXADECIMAL = "0123456789ABCDEF";
 void AppendHexadecimal(std::string* line, unsigned value, unsigned digits) {
     for (unsigned shift = digits * 4; shift > 0; shift -= 4)
         line->push_back(HEXADECIMAL[(value >> (shift - 4)) & 0xF]);
+}
+
+std::string Concatenate(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts)
+        text += part;
+    return text;
 }
 
 /// One unit from 0 to 127.
@@ -252,17 +260,17 @@ std::string FormatCharset(StringNS::CharSet::Code code) {
 
 template <typename C, typename S>
 std::string Format(const HTML::Attribute<C, S>& attribute, const Options& options) {
-    std::string item = "{" + Escape(attribute.prefix, options) + "|" + Escape(attribute.name, options);
+    std::string item = Concatenate({"{", Escape(attribute.prefix, options), "|", Escape(attribute.name, options)});
     if (attribute.hasValue) {
-        item += "|" + Escape(attribute.beforeEquals, options) + "=" + Escape(attribute.afterEquals, options) + "|" +
-                Quoted(attribute.value, attribute.quote, options);
+        item += Concatenate({"|", Escape(attribute.beforeEquals, options), "=", Escape(attribute.afterEquals, options), "|",
+                             Quoted(attribute.value, attribute.quote, options)});
     }
     return item + "}";
 }
 
 template <typename C, typename S>
 std::string Format(const HTML::EntityToken<C, S>& token, const Options& options) {
-    return "{" + Escape(token.prefix, options) + "|" + Quoted(token.value, token.quote, options) + "}";
+    return Concatenate({"{", Escape(token.prefix, options), "|", Quoted(token.value, token.quote, options), "}"});
 }
 
 template <typename C, typename S>
