@@ -1,0 +1,374 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "html/parser/GenericParser.h"
+#include "tests/reference/DocumentFeeding.h"
+#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/ReferenceTokenizer.h"
+#include "tests/support/Pieces.h"
+#include "tests/support/Splits.h"
+#include "tools/trace/TokenTrace.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using StringNS::CharSet;
+
+constexpr std::uint64_t DOCUMENTS = 50000;
+constexpr std::uint64_t SHARDS = 16;
+constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
+constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
+constexpr std::uint64_t NEVER_CONFIDENT = 101;                       // of 100: the charset detector never answers
+
+/// In front of the enumerated strings.
+constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
+
+/// In front of those that are cut: the middle of every construct as well.
+constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>",    "<style>",     "<p a",        "<p b=c",    "</p",
+                                             "<?xml a",   "<?xml b='c'", "<?p",         "<!D",         "<!--",      "<![CDATA[x",
+                                             "<![if",     "<![if x]y",   "<script>//",  "<script>/*",  "<script>'", "<script>/x",
+                                             "<style>/*", "<style>\"",   "<script>//<", "<script></p", "<![",       "<?xml a='b' x/"};
+
+enum class Fed { STREAM, BUFFER };
+
+/// What of a parse is compared.
+struct Outcome {
+    std::vector<std::string> trace;
+    std::uint32_t parseResult = 0;
+    std::uint32_t endResult = 0;
+    std::uint64_t line = 0;
+    std::uint64_t column = 0;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+std::string Show(const Outcome& outcome) {
+    std::string shown;
+    for (const std::string& line : outcome.trace)
+        shown += "  " + line + "\n";
+    return shown + "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) + ", line " +
+           std::to_string(outcome.line) + ", column " + std::to_string(outcome.column) + "\n";
+}
+
+/// Parses one document after the other with the same parser.
+class Library {
+public:
+    Library() : observer(&outcome.trace) {
+        parser.SetObserver(&observer, false);
+        parser.SetChrDetMinConfidence(NEVER_CONFIDENT);
+    }
+
+    /// @return valid until the next document
+    const Outcome& Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
+        outcome.trace.clear();
+        parser.StartParse(charset, GenericParser::DATA_STREAM_8BIT);
+        if (fed == Fed::STREAM) {
+            stream.Reset(document, cuts);
+            outcome.parseResult = parser.ParseStream(&stream, false);
+        } else {
+            ParsePieces(document, cuts);
+        }
+        outcome.line = parser.GetLine();
+        outcome.column = parser.GetColumn();
+        outcome.endResult = parser.EndParse();
+        return outcome;
+    }
+
+private:
+    void ParsePieces(std::string_view document, const Cuts& cuts) {
+        outcome.parseResult = 0;
+        std::size_t begin = 0;
+        for (std::size_t i = 0; i <= cuts.size() && outcome.parseResult == 0; ++i) {
+            const std::size_t end = i < cuts.size() ? cuts[i] : document.size();
+            const HeapPiece<char> piece(document.substr(begin, end - begin));
+            outcome.parseResult = parser.ParseBuffer(piece.Data(), piece.Size());
+            begin = end;
+        }
+    }
+
+    GenericParser parser;
+    Outcome outcome;
+    Trace::TraceObserver<char, std::string> observer;
+    CutInputStream stream;
+};
+
+/// The lines of a kind, one after the other.
+class LinesOfKind {
+public:
+    explicit LinesOfKind(std::vector<std::string>* traceLines) : lines(traceLines) {}
+
+    /// @return the next line that begins with `opening`
+    std::string& Next(std::string_view opening) {
+        while (next < lines->size() && !(*lines)[next].starts_with(opening))
+            ++next;
+        if (next == lines->size())
+            throw std::logic_error("the stretches of the reference do not fit its trace: " + std::string(opening));
+        return (*lines)[next++];
+    }
+
+private:
+    std::vector<std::string>* lines;
+    std::size_t next = 0;
+};
+
+/// Where the piece with the character at `index` begins.
+std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
+    const auto behind = std::upper_bound(cuts.begin(), cuts.end(), index);
+    return behind == cuts.begin() ? 0 : *std::prev(behind);
+}
+
+/// Of the tail of a conditional section only the part in the piece with its ">" is kept, and a failed script comment whose opener is
+/// cut in two becomes junk without the first half.
+void CutTrace(const ReferenceRun& run, std::string_view document, const Cuts& cuts, std::vector<std::string>* trace) {
+    LinesOfKind lines(trace);
+    for (const ReferenceStretch& stretch : run.stretches) {
+        if (stretch.kind == ReferenceStretch::Kind::CONDITIONAL) {
+            std::string& line = lines.Next("conditional(");
+            if (!stretch.closed)
+                continue;
+            const std::size_t tailEnd = stretch.end - 1;
+            const std::size_t kept = std::max(stretch.tailBegin, PieceBegin(cuts, tailEnd));
+            line.resize(line.size() - Trace::Escape(document.substr(stretch.tailBegin, tailEnd - stretch.tailBegin)).size() - 1);
+            line += Trace::Escape(document.substr(kept, tailEnd - kept)) + ")";
+        } else if (stretch.kind == ReferenceStretch::Kind::JUNK) {
+            std::string& line = lines.Next("junk(");
+            if (stretch.failedScriptComment && PieceBegin(cuts, stretch.begin + 1) == stretch.begin + 1)
+                line.erase(std::string_view("junk(").size(), 1);
+        }
+    }
+}
+
+Outcome ExpectedOf(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
+    ReferenceSettings settings;
+    settings.charset = charset;
+    settings.canReadBack = fed == Fed::STREAM;
+    ReferenceRun run = ParseByReference(document, settings);
+    if (!cuts.empty())
+        CutTrace(run, document, cuts, &run.trace);
+    return Outcome{std::move(run.trace), run.parseResult, run.endResult, run.line, run.column};
+}
+
+/// How one document is fed. The cuts are made anew for each length, so that a document can be shortened.
+struct Feeding {
+    CharSet::Code charset = CharSet::WINDOWS_1252;
+    Fed fed = Fed::STREAM;
+    std::function<Cuts(std::size_t length)> cutsFor = [](std::size_t) { return Cuts(); };
+
+    Cuts Make(std::size_t length) const {
+        const Cuts cuts = cutsFor(length);
+        return fed == Fed::STREAM ? CutsAsRead(cuts, length, GenericParser::BUFFER_SIZE) : cuts;
+    }
+};
+
+/// @return what differs for a parser of its own, or nothing
+std::string Difference(std::string_view document, const Feeding& feeding) {
+    const Cuts cuts = feeding.Make(document.size());
+    const Outcome expected = ExpectedOf(document, feeding.charset, feeding.fed, cuts);
+    Library library;
+    const Outcome& actual = library.Parse(document, feeding.charset, feeding.fed, cuts);
+    if (actual == expected)
+        return "";
+    return Trace::Escape(document) + "\n" + (feeding.fed == Fed::STREAM ? "read from a stream" : "fed by buffers") + ", charset " +
+           std::to_string(feeding.charset) + ", cut at " + Describe(cuts) + "\nthe library:\n" + Show(actual) + "the reference:\n" +
+           Show(expected);
+}
+
+/// Checks a document with a parser that has parsed others before. @return true when nothing differs
+bool Check(Library* library, std::string_view document, const Feeding& feeding) {
+    const Cuts cuts = feeding.Make(document.size());
+    const Outcome expected = ExpectedOf(document, feeding.charset, feeding.fed, cuts);
+    if (library->Parse(document, feeding.charset, feeding.fed, cuts) == expected)
+        return true;
+    if (Difference(document, feeding).empty()) {
+        ADD_FAILURE() << "only behind other documents: " << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe reference:\n"
+                      << Show(expected);
+        return false;
+    }
+    const std::string shortest =
+        Shorten(std::string(document), [&](std::string_view candidate) { return !Difference(candidate, feeding).empty(); });
+    ADD_FAILURE() << "the shortest document with a difference: " << Difference(shortest, feeding);
+    return false;
+}
+
+/// The pages, read once.
+const std::vector<std::string>& Pages() {
+    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
+    return PAGES;
+}
+
+class DifferentialTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(DifferentialTest, RandomDocuments) {
+    Library library;
+    DocumentMaker maker(&Pages());
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.Make(seed);
+        Feeding feeding;
+        feeding.charset = made.charset;
+        feeding.fed = Fed::STREAM;
+        ASSERT_TRUE(Check(&library, made.bytes, feeding));
+        feeding.fed = Fed::BUFFER;
+        ASSERT_TRUE(Check(&library, made.bytes, feeding));
+        feeding.fed = seed % 2 == 0 ? Fed::STREAM : Fed::BUFFER;
+        feeding.cutsFor = [seed](std::size_t length) {
+            Dice dice(seed);
+            return CutsOfShortReads(length, &dice);
+        };
+        ASSERT_TRUE(Check(&library, made.bytes, feeding));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shards, DifferentialTest, testing::Range<std::uint64_t>(0, SHARDS));
+
+/// By the first character.
+class EnumeratedDifferentialTest : public testing::TestWithParam<std::size_t> {
+protected:
+    char First() const {
+        return ENUMERATED_CHARACTERS[GetParam()];
+    }
+};
+
+TEST_P(EnumeratedDifferentialTest, Uncut) {
+    Library library;
+    bool same = true;
+    Feeding streamed;
+    Feeding buffered;
+    buffered.fed = Fed::BUFFER;
+    for (const std::string_view context : CONTEXTS) {
+        ForEachString(context, First(), ENUMERATED_LENGTH, [&](std::string_view document) {
+            same = Check(&library, document, streamed) && Check(&library, document, buffered);
+            return same;
+        });
+        ASSERT_TRUE(same);
+    }
+}
+
+TEST_P(EnumeratedDifferentialTest, EverySplit) {
+    Library library;
+    bool same = true;
+    for (const std::string_view context : CUT_CONTEXTS) {
+        ForEachString(context, First(), CUT_LENGTH, [&](std::string_view document) {
+            ForEverySplitOfTheTail(document.size(), document.size() - context.size(), [&](const Cuts& cuts) {
+                Feeding feeding;
+                feeding.cutsFor = [&cuts](std::size_t length) {
+                    return Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), length));
+                };
+                for (const Fed fed : {Fed::STREAM, Fed::BUFFER}) {
+                    feeding.fed = fed;
+                    same = same && Check(&library, document, feeding);
+                }
+                return same;
+            });
+            return same;
+        });
+        ASSERT_TRUE(same);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+
+// The contexts by themselves, which the enumeration leaves out.
+TEST(DifferentialCheckTest, NothingBehindAContext) {
+    Library library;
+    for (const std::string_view context : CUT_CONTEXTS) {
+        Feeding feeding;
+        EXPECT_TRUE(Check(&library, context, feeding)) << context;
+        feeding.fed = Fed::BUFFER;
+        EXPECT_TRUE(Check(&library, context, feeding)) << context;
+    }
+}
+
+// The comparison itself must see every part of an outcome.
+TEST(DifferentialCheckTest, SeesADifference) {
+    const std::string document = "<p a>\nx";
+    Library library;
+    const Outcome actual = library.Parse(document, CharSet::WINDOWS_1252, Fed::STREAM, {});
+    ASSERT_EQ(Show(actual), Show(ExpectedOf(document, CharSet::WINDOWS_1252, Fed::STREAM, {})));
+    for (const char* const other : {"<p b>\nx", "<p a>\ny", "<p a>\nx<", "<p a> x", "<p a>\n"})
+        EXPECT_FALSE(actual == ExpectedOf(other, CharSet::WINDOWS_1252, Fed::STREAM, {})) << other;
+    const Outcome open = library.Parse("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {});
+    EXPECT_FALSE(open == ExpectedOf("<p", CharSet::WINDOWS_1252, Fed::STREAM, {}));
+    EXPECT_TRUE(open == ExpectedOf("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {}));
+}
+
+TEST(DifferentialCheckTest, ShorteningKeepsOnlyWhatFails) {
+    const auto fails = [](std::string_view document) {
+        return document.find('x') != std::string_view::npos && document.find('z') != std::string_view::npos;
+    };
+    EXPECT_EQ(Shorten("aaaxbbbbbzc", fails), "xz");
+    EXPECT_EQ(Shorten("", fails), "");
+}
+
+TEST(DifferentialCheckTest, TheStringsAreAllThere) {
+    std::map<std::string, int> strings;
+    for (const char first : ENUMERATED_CHARACTERS) {
+        ForEachString("p", first, 3, [&](std::string_view document) {
+            ++strings[std::string(document)];
+            return true;
+        });
+    }
+    EXPECT_EQ(strings.size(), 16U + 16U * 16U + 16U * 16U * 16U);
+    for (const auto& [document, count] : strings) {
+        EXPECT_EQ(count, 1) << document;
+        EXPECT_EQ(document.find_first_not_of(ENUMERATED_CHARACTERS, 1), std::string::npos) << document;
+    }
+}
+
+TEST(DifferentialCheckTest, TheSplitsAreAllThere) {
+    std::vector<Cuts> splits;
+    const auto keep = [&](const Cuts& cuts) {
+        splits.push_back(cuts);
+        return true;
+    };
+    ForEverySplitOfTheTail(3, 3, keep);
+    EXPECT_EQ(splits, (std::vector<Cuts>{{}, {1}, {2}, {1, 2}}));
+    splits.clear();
+    ForEverySplitOfTheTail(4, 1, keep);
+    EXPECT_EQ(splits, (std::vector<Cuts>{{}, {1, 2}, {3}, {1, 2, 3}}));
+}
+
+// A document of a seed never changes, and together they reach every kind of token and every result.
+TEST(DifferentialCheckTest, TheDocumentsHoldEveryKindOfToken) {
+    const char* const kinds[] = {"text(",        "start(",   "short(",       "end(",           "s-string(",      "d-string(",
+                                 "junk(",        "js-start", "js-end",       "css-start",      "css-end",        ", slash",
+                                 "|'",           "|\"",      "c-comment(",   "comment(",       "cdata(",         "conditional(",
+                                 "entity(",      "extern(",  "extern-text(", "charset(50221)", "charset(65001)", "conditional(endif|",
+                                 ", no-bracket", "\\x1B"};
+    std::map<std::string, int> counts;
+    std::map<std::uint32_t, int> results;
+    std::size_t severalReads = 0;
+    DocumentMaker maker(&Pages());
+    for (std::uint64_t seed = 0; seed < 3000; ++seed) {
+        const MadeDocument made = maker.Make(seed);
+        severalReads += made.bytes.size() > GenericParser::BUFFER_SIZE ? 1U : 0U;
+        const Outcome outcome = ExpectedOf(made.bytes, made.charset, Fed::BUFFER, {});
+        ++results[outcome.parseResult];
+        ++results[outcome.endResult];
+        std::string lines;
+        for (const std::string& line : ExpectedOf(made.bytes, made.charset, Fed::STREAM, {}).trace)
+            lines += line + "\n";
+        for (const char* const kind : kinds)
+            counts[kind] += lines.find(kind) != std::string::npos ? 1 : 0;
+    }
+    for (const char* const kind : kinds)
+        EXPECT_GE(counts[kind], 10) << kind;
+    for (const std::uint32_t result : {0U, 11U, 16U})
+        EXPECT_GE(results[result], 10) << result;
+    EXPECT_GE(severalReads, 10U);
+    EXPECT_EQ(maker.Make(7).bytes, DocumentMaker(&Pages()).Make(7).bytes);
+    EXPECT_NE(maker.Make(7).bytes, maker.Make(8).bytes);
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,657 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "html/framework/ParserObserver.h"
+#include "html/parser/GenericParser.h"
+#include "tests/reference/DocumentFeeding.h"
+#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/ReferenceTokenizer.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/Splits.h"
+#include "tools/trace/TokenTrace.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using StringNS::CharSet;
+
+constexpr std::uint64_t DOCUMENTS = 50000;
+constexpr std::uint64_t SHARDS = 16;
+constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
+constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
+constexpr std::uint64_t NEVER_CONFIDENT = 101;                       // of 100: the charset detector never answers
+constexpr std::uint32_t CHECK_FAILED = HTML::PARSER_SELF_CHECK_FAILED;
+
+/// In front of the enumerated strings.
+constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
+
+/// In front of those that are cut: what is written back differently, too.
+constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>", "<style>",    "<![if",    "<![if x]y", "<![endif]",    "<?xml a/",
+                                             "<?xml b/c", "<!--",     "<![CDATA[x", "<![CDATA", "<script>/", "<script>//<!", "<script>/*",
+                                             "<style>/*", "</p a/",   "<p a=b"};
+
+/// The bytes of the marks that begin a document whose kind is not given.
+constexpr std::string_view UTF8_MARK = "\xEF\xBB\xBF";
+constexpr std::string_view UTF16_MARK = "\xFF\xFE";
+
+/// What became of a document: the results, and the copy that the tokens written back gave.
+struct Outcome {
+    std::uint32_t parseResult = 0;
+    std::uint32_t endResult = 0;
+    std::string copy;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+std::string Show(const Outcome& outcome) {
+    return "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) + "\n  copy " +
+           Trace::Escape(outcome.copy) + "\n";
+}
+
+/// Reads one document after the other as a stream, with the same parser, and keeps the copy.
+class SelfCheckingParser {
+public:
+    SelfCheckingParser() {
+        parser.SetObserver(&observer, false);
+        parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
+        parser.SetChrDetMinConfidence(NEVER_CONFIDENT);
+    }
+
+    /// @param cuts  in bytes
+    /// @return valid until the next document
+    const Outcome& Parse(std::string_view document, CharSet::Code charset, GenericParser::DataStreamType type, const Cuts& cuts) {
+        stream.Reset(document, cuts);
+        parser.StartParse(charset, type);
+        outcome.parseResult = parser.ParseStream(&stream, false);
+        outcome.endResult = parser.EndParse();
+        outcome.copy.clear();
+        VFS::InputStream* const copy = parser.GetSelfCheckStream();
+        char buffer[1024];
+        std::uint64_t count = 0;
+        while (copy != nullptr && copy->Read(buffer, sizeof(buffer), &count) == 0)
+            outcome.copy.append(buffer, static_cast<std::size_t>(count));
+        return outcome;
+    }
+
+private:
+    HTML::ParserObserver<char, std::string> observer;
+    GenericParser parser;
+    Outcome outcome;
+    CutInputStream stream;
+};
+
+/// Where the piece with the character at `index` begins.
+std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
+    const auto behind = std::upper_bound(cuts.begin(), cuts.end(), index);
+    return behind == cuts.begin() ? 0 : *(behind - 1);
+}
+
+/// The characters of a conditional tail that are kept: none when it is never closed, else those in the piece with its ">".
+std::size_t KeptTailBegin(const ReferenceStretch& stretch, const Cuts& cuts) {
+    return stretch.closed ? std::max(stretch.tailBegin, PieceBegin(cuts, stretch.end - 1)) : stretch.end;
+}
+
+/// True when the opener of a script comment is cut between its two characters, and its comment fails or is open at the end.
+bool LosesItsSlash(const ReferenceStretch& stretch, const Cuts& cuts) {
+    return stretch.failedScriptComment && PieceBegin(cuts, stretch.begin + 1) == stretch.begin + 1;
+}
+
+/// True for the stretches that an 8-bit parser does not write back as they stood.
+bool IsException(const ReferenceStretch& stretch, const Cuts& cuts) {
+    if (stretch.kind == ReferenceStretch::Kind::CONDITIONAL)
+        return KeptTailBegin(stretch, cuts) > stretch.tailBegin;
+    return stretch.swapsSlashAndSpace || LosesItsSlash(stretch, cuts);
+}
+
+// Where the bodies of the stretches lie of which a wide parser writes half of the bytes.
+
+std::string_view TextOf(std::string_view document, const ReferenceStretch& stretch) {
+    return document.substr(stretch.begin, stretch.end - stretch.begin);
+}
+
+/// The opener, the body and the closer of a stretch.
+struct Parts {
+    std::string_view opener;
+    std::string_view body;
+    std::string_view closer;
+};
+
+Parts Divide(std::string_view text, std::size_t openerLength, std::string_view closer) {
+    const bool isClosed = text.size() >= openerLength + closer.size() && text.ends_with(closer);
+    const std::size_t end = isClosed ? text.size() - closer.size() : text.size();
+    return {text.substr(0, openerLength), text.substr(openerLength, end - openerLength), text.substr(end)};
+}
+
+/// The bytes of the characters in UTF-16; of a body only the first half of them.
+std::string Widened(std::string_view latin1) {
+    return ToUtf16LE(latin1);
+}
+
+std::string WidenedBody(std::string_view latin1) {
+    return ToUtf16LE(latin1).substr(0, latin1.size());
+}
+
+/// The beginning of a conditional section.
+struct Conditional {
+    std::string_view opener;     ///< with its keyword
+    std::string_view condition;  ///< up to the first "]"
+    std::string_view bracket;    ///< that "]", or nothing
+};
+
+Conditional DivideConditional(std::string_view text) {
+    constexpr std::string_view IF = "<![if";
+    constexpr std::string_view ENDIF = "<![endif";
+    const bool isIf = text[IF.size() - 2] == 'i' || text[IF.size() - 2] == 'I';
+    const std::size_t openerEnd = (isIf ? IF : ENDIF).size();
+    const std::size_t conditionEnd = std::min(text.find(']'), text.size());
+    return {text.substr(0, openerEnd), text.substr(openerEnd, conditionEnd - openerEnd), text.substr(conditionEnd).substr(0, 1)};
+}
+
+std::string WideCopy(std::string_view document, const ReferenceStretch& stretch, const Cuts& cuts) {
+    const std::string_view text = TextOf(document, stretch);
+    Parts parts;
+    switch (stretch.kind) {
+        case ReferenceStretch::Kind::COMMENT:
+            parts = Divide(text, std::string_view("<!--").size(), "-->");
+            return Widened(parts.opener) + WidenedBody(parts.body) + Widened(parts.closer);
+        case ReferenceStretch::Kind::CDATA:
+            parts = Divide(text, std::string_view("<![CDATA").size(), "]]>");
+            return Widened(parts.opener) + WidenedBody(parts.body) + Widened(parts.closer);
+        case ReferenceStretch::Kind::CONDITIONAL: {
+            const Conditional section = DivideConditional(text);
+            const std::size_t kept = KeptTailBegin(stretch, cuts) - stretch.begin;
+            const std::size_t tailEnd = stretch.closed ? text.size() - 1 : text.size();
+            return Widened(section.opener) + WidenedBody(section.condition) + Widened(section.bracket) +
+                   WidenedBody(text.substr(kept, tailEnd - kept)) + Widened(text.substr(tailEnd));
+        }
+        default:
+            return Widened(LosesItsSlash(stretch, cuts) ? text.substr(1) : std::string_view(stretch.copy));
+    }
+}
+
+/// True for the stretches that a wide parser does not write back as they stood, although an 8-bit parser does: those with a body.
+bool HasBody(std::string_view document, const ReferenceStretch& stretch) {
+    const std::string_view text = TextOf(document, stretch);
+    switch (stretch.kind) {
+        case ReferenceStretch::Kind::COMMENT:
+            return text != "<!---->" && text != "<!--";
+        case ReferenceStretch::Kind::CDATA:
+            return text.size() > std::string_view("<![CDATA").size() && text.substr(std::string_view("<![CDATA").size()) != "]]>";
+        case ReferenceStretch::Kind::CONDITIONAL:
+            return !DivideConditional(text).condition.empty() || stretch.tailBegin < stretch.end - (stretch.closed ? 1 : 0);
+        default:
+            return false;
+    }
+}
+
+/// How one document is read. The cuts are made anew for each length, so that a document can be shortened.
+struct Reading {
+    CharSet::Code charset = CharSet::WINDOWS_1252;
+    bool wide = false;                                                                     ///< each byte is a character of UTF-16
+    std::function<Cuts(std::size_t length)> cutsFor = [](std::size_t) { return Cuts(); };  ///< in characters
+};
+
+/// 0x85 and 0xA0 are white space in wide text only, so that a wide document with them has other tokens.
+std::string WithoutWideSpaces(std::string_view document) {
+    std::string other(document);
+    std::replace_if(
+        other.begin(), other.end(), [](char byte) { return byte == '\x85' || byte == '\xA0'; }, '\xE9');
+    return other;
+}
+
+/// What must become of a document, and whether that is the input itself.
+struct Expectation {
+    std::string input;  ///< in bytes
+    Outcome outcome;
+    bool isException = false;  ///< some stretch is not written back as it stood
+};
+
+Expectation Expect(std::string_view document, const Reading& reading, const Cuts& cuts) {
+    ReferenceSettings settings;
+    settings.charset = reading.charset;
+    const ReferenceRun run = ParseByReference(document, settings);
+    Expectation expected;
+    expected.input = reading.wide ? Widened(document) : std::string(document);
+    if (!reading.wide)
+        expected.outcome.copy = CopyByReference(run, document, cuts);
+    for (const ReferenceStretch& stretch : run.stretches) {
+        expected.isException = expected.isException || IsException(stretch, cuts) || (reading.wide && HasBody(document, stretch));
+        if (reading.wide)
+            expected.outcome.copy += WideCopy(document, stretch, cuts);
+    }
+    expected.outcome.endResult = expected.isException ? CHECK_FAILED : 0;
+    return expected;
+}
+
+/// @param parser  may have parsed other documents before
+/// @return what is wrong, or nothing
+std::string Fault(SelfCheckingParser* parser, std::string_view document, const Reading& reading) {
+    constexpr std::size_t READ = GenericParser::BUFFER_SIZE;
+    const Cuts cuts = CutsAsRead(reading.cutsFor(document.size()), document.size(), reading.wide ? READ / sizeof(WideChar) : READ);
+    const Expectation expected = Expect(document, reading, cuts);
+    const Outcome& actual =
+        reading.wide ? parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_UTF16, Scaled(cuts, sizeof(WideChar)))
+                     : parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_8BIT, cuts);
+    const bool isWritten = actual.copy == expected.input;
+    if (actual == expected.outcome && isWritten != expected.isException)
+        return "";
+    return Trace::Escape(document) + "\n" + (reading.wide ? "wide" : "8-bit") + ", charset " + std::to_string(reading.charset) +
+           ", cut at " + Describe(cuts) + "\n" + (expected.isException ? "an exception\n" : "no exception\n") + "the library:\n" +
+           Show(actual) + "expected:\n" + Show(expected.outcome);
+}
+
+/// @return true when nothing is wrong
+bool Check(SelfCheckingParser* parser, std::string_view document, const Reading& reading) {
+    const std::string fault = Fault(parser, document, reading);
+    if (fault.empty())
+        return true;
+    const auto fails = [&](std::string_view candidate) {
+        SelfCheckingParser fresh;
+        return !Fault(&fresh, candidate, reading).empty();
+    };
+    if (!fails(document)) {
+        ADD_FAILURE() << "only behind other documents: " << fault;
+        return false;
+    }
+    const std::string shortest = Shorten(std::string(document), fails);
+    SelfCheckingParser fresh;
+    ADD_FAILURE() << "the shortest document with a fault: " << Fault(&fresh, shortest, reading);
+    return false;
+}
+
+/// The pages, read once.
+const std::vector<std::string>& Pages() {
+    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
+    return PAGES;
+}
+
+class ReferenceRoundTripTest : public testing::TestWithParam<std::uint64_t> {
+protected:
+    /// Calls `check` for the documents of this shard until it answers false.
+    void ForEachDocument(const std::function<bool(const MadeDocument& made, std::uint64_t seed)>& check) {
+        DocumentMaker maker(&Pages());
+        for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+            SCOPED_TRACE("seed " + std::to_string(seed));
+            ASSERT_TRUE(check(maker.Make(seed), seed));
+        }
+    }
+};
+
+std::function<Cuts(std::size_t)> ShortReads(std::uint64_t seed) {
+    return [seed](std::size_t length) {
+        Dice dice(seed);
+        return CutsOfShortReads(length, &dice);
+    };
+}
+
+TEST_P(ReferenceRoundTripTest, EightBitDocuments) {
+    SelfCheckingParser parser;
+    ForEachDocument([&](const MadeDocument& made, std::uint64_t seed) {
+        Reading reading;
+        reading.charset = made.charset;
+        if (!Check(&parser, made.bytes, reading))
+            return false;
+        reading.cutsFor = ShortReads(seed);
+        return Check(&parser, made.bytes, reading);
+    });
+}
+
+TEST_P(ReferenceRoundTripTest, WideDocuments) {
+    SelfCheckingParser parser;
+    ForEachDocument([&](const MadeDocument& made, std::uint64_t seed) {
+        const std::string document = WithoutWideSpaces(made.bytes);
+        Reading reading;
+        reading.wide = true;
+        if (!Check(&parser, document, reading))
+            return false;
+        reading.cutsFor = ShortReads(seed);
+        return Check(&parser, document, reading);
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Shards, ReferenceRoundTripTest, testing::Range<std::uint64_t>(0, SHARDS));
+
+/// By the first character.
+class EnumeratedRoundTripTest : public testing::TestWithParam<std::size_t> {
+protected:
+    char First() const {
+        return ENUMERATED_CHARACTERS[GetParam()];
+    }
+};
+
+TEST_P(EnumeratedRoundTripTest, WholeAndInShortReads) {
+    SelfCheckingParser parser;
+    Dice dice(GetParam());
+    Cuts shortReads;
+    Reading whole;
+    Reading cut;
+    // Cuts of the longer document are cuts of the shortened one too.
+    cut.cutsFor = [&](std::size_t length) {
+        return Cuts(shortReads.begin(), std::lower_bound(shortReads.begin(), shortReads.end(), length));
+    };
+    bool passes = true;
+    for (const std::string_view context : CONTEXTS) {
+        ForEachString(context, First(), ENUMERATED_LENGTH, [&](std::string_view document) {
+            shortReads = CutsOfShortReads(document.size(), &dice);
+            for (const bool wide : {false, true}) {
+                whole.wide = wide;
+                cut.wide = wide;
+                passes = passes && Check(&parser, document, whole) && Check(&parser, document, cut);
+            }
+            return passes;
+        });
+        ASSERT_TRUE(passes);
+    }
+}
+
+TEST_P(EnumeratedRoundTripTest, EverySplit) {
+    SelfCheckingParser parser;
+    bool passes = true;
+    for (const std::string_view context : CUT_CONTEXTS) {
+        ForEachString(context, First(), CUT_LENGTH, [&](std::string_view document) {
+            ForEverySplitOfTheTail(document.size(), document.size() - context.size(), [&](const Cuts& cuts) {
+                Reading reading;
+                reading.cutsFor = [&cuts](std::size_t length) {
+                    return Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), length));
+                };
+                for (const bool wide : {false, true}) {
+                    reading.wide = wide;
+                    passes = passes && Check(&parser, document, reading);
+                }
+                return passes;
+            });
+            return passes;
+        });
+        ASSERT_TRUE(passes);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedRoundTripTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+
+// Documents whose kind is found out by a mark
+
+/// What the first bytes decide.
+struct Beginning {
+    enum class Kind { NOTHING_RUNS, EIGHT_BIT, UTF8, UTF16 };
+
+    Kind kind = Kind::NOTHING_RUNS;
+    std::size_t content = 0;  ///< where the text begins: behind the mark, or behind the pieces that held only a possible mark
+};
+
+Beginning BeginningOf(std::string_view document, const Cuts& cuts) {
+    std::string seen;
+    for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+        for (std::size_t at = begin; at < end; ++at) {
+            seen += document[at];
+            if (seen == UTF8_MARK)
+                return {Beginning::Kind::UTF8, at + 1};
+            if (seen == UTF16_MARK)
+                return {Beginning::Kind::UTF16, at + 1};
+            if (!UTF8_MARK.starts_with(seen) && !UTF16_MARK.starts_with(seen))
+                return {Beginning::Kind::EIGHT_BIT, begin};
+        }
+    }
+    return {Beginning::Kind::NOTHING_RUNS, document.size()};
+}
+
+/// The cuts behind `begin`, counted from there.
+Cuts CutsFrom(const Cuts& cuts, std::size_t begin, std::size_t unit) {
+    Cuts later;
+    for (const std::size_t cut : cuts) {
+        if (cut > begin)
+            later.push_back((cut - begin) / unit);
+    }
+    return later;
+}
+
+/// @param cuts  in bytes, as the document is read; even behind a mark of UTF-16
+/// @param latin1  the text behind a mark of UTF-16, in 8 bits
+Outcome ExpectMarked(std::string_view document, const Cuts& cuts, std::string_view latin1) {
+    const Beginning beginning = BeginningOf(document, cuts);
+    const std::string_view text = document.substr(beginning.content);
+    Reading reading;
+    Outcome outcome;
+    switch (beginning.kind) {
+        case Beginning::Kind::NOTHING_RUNS:
+            return outcome;
+        case Beginning::Kind::EIGHT_BIT:
+            return Expect(text, reading, CutsFrom(cuts, beginning.content, 1)).outcome;
+        case Beginning::Kind::UTF8:
+            reading.charset = CharSet::UTF8;
+            outcome = Expect(text, reading, CutsFrom(cuts, beginning.content, 1)).outcome;
+            outcome.copy.insert(0, UTF8_MARK);
+            return outcome;
+        case Beginning::Kind::UTF16:
+            reading.wide = true;
+            outcome = Expect(latin1, reading, CutsFrom(cuts, beginning.content, sizeof(WideChar))).outcome;
+            outcome.copy.insert(0, UTF16_MARK);
+            return outcome;
+    }
+    return outcome;
+}
+
+void CheckMarked(SelfCheckingParser* parser, std::string_view document, const Cuts& cuts, std::string_view latin1) {
+    const Outcome expected = ExpectMarked(document, cuts, latin1);
+    const Outcome& actual = parser->Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
+    ASSERT_EQ(Show(actual), Show(expected)) << Trace::Escape(document) << "\ncut at " << Describe(cuts);
+}
+
+TEST_P(ReferenceRoundTripTest, DocumentsThatMayBeginWithAMark) {
+    constexpr std::string_view BEGINNINGS[] = {"\xEF\xBB\xBF",     "\xEF\xBB",     "\xEF",     "\xFF", "\xEF\xBB\xEF",
+                                               "\xEF\xEF\xBB\xBF", "\xFF\xFF\xFE", "\xFE\xFF", "\xBF", ""};
+    SelfCheckingParser parser;
+    ForEachDocument([&](const MadeDocument& made, std::uint64_t seed) {
+        Dice dice(seed);
+        std::string document(dice.Pick(BEGINNINGS));
+        // An empty rest, so that the possible mark is the whole input, comes often enough.
+        document += made.bytes.substr(0, dice.OneIn(8) ? 0 : made.bytes.size());
+        const bool mayBeWide = BeginningOf(document, {}).kind == Beginning::Kind::UTF16;
+        const Cuts shortReads = CutsOfShortReads(document.size(), &dice);
+        for (const Cuts& cuts : {Cuts(), shortReads}) {
+            if (!mayBeWide)
+                CheckMarked(&parser, document, CutsAsRead(cuts, document.size(), GenericParser::BUFFER_SIZE), "");
+        }
+        const std::string latin1 = WithoutWideSpaces(made.bytes);
+        document = std::string(UTF16_MARK) + Widened(latin1);
+        Cuts even = Scaled(CutsOfShortReads(document.size() / 2, &dice), sizeof(WideChar));
+        if (dice.OneIn(2))
+            even.insert(even.begin(), 1);
+        even.erase(std::unique(even.begin(), even.end()), even.end());
+        // The mark cut in two is an odd piece and another one; behind it the pieces are even.
+        CheckMarked(&parser, document, CutsAsRead(even, document.size(), GenericParser::BUFFER_SIZE), latin1);
+        return !HasFatalFailure();
+    });
+}
+
+// Every short text of the bytes of both marks and two others, and each way to cut it.
+TEST(ReferenceMarkTest, EveryBeginningAndSplit) {
+    constexpr std::string_view BYTES = "\xEF\xBB\xBF\xFF\xFE<a";
+    constexpr std::size_t LONGEST = 4;
+    SelfCheckingParser parser;
+    std::size_t oddPieces = 0;
+    for (std::size_t length = 1; length <= LONGEST; ++length) {
+        std::size_t count = 1;
+        for (std::size_t i = 0; i < length; ++i)
+            count *= BYTES.size();
+        for (std::size_t number = 0; number < count; ++number) {
+            std::string document;
+            for (std::size_t rest = number, i = 0; i < length; ++i, rest /= BYTES.size())
+                document += BYTES[rest % BYTES.size()];
+            ForEverySplitOfTheTail(length, length, [&](const Cuts& cuts) {
+                const Beginning beginning = BeginningOf(document, cuts);
+                Outcome expected;
+                if (beginning.kind == Beginning::Kind::UTF16) {
+                    // Two bytes of this set are no "<" of UTF-16, so every whole character is text. A piece with half of one is refused.
+                    expected.copy = document;
+                    for (const auto& [begin, end] : PiecesOf(cuts, length)) {
+                        if (end > beginning.content && (end - std::max(begin, beginning.content)) % 2 != 0) {
+                            expected.parseResult = HTML::PARSER_INVALID_ARGUMENT;
+                            expected.copy = document.substr(0, std::max(begin, beginning.content));
+                            ++oddPieces;
+                            break;
+                        }
+                    }
+                } else {
+                    expected = ExpectMarked(document, cuts, "");
+                }
+                const Outcome& actual = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
+                EXPECT_EQ(Show(actual), Show(expected)) << Trace::Escape(document) << "\ncut at " << Describe(cuts);
+                return actual == expected;
+            });
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+    EXPECT_GT(oddPieces, 0U);
+}
+
+struct MarkRow {
+    const char* note;
+    std::string_view document;
+    Cuts cuts;
+    std::string_view copy;
+};
+
+// The model of the beginnings, by hand.
+TEST(ReferenceMarkTest, WhatEndsAPieceAndIsNoMarkIsGone) {
+    const MarkRow rows[] = {
+        {"a possible mark is the whole input", "\xEF\xBB", {}, ""},
+        {"also in two pieces", "\xEF\xBB", {1}, ""},
+        {"bytes that ended a piece and were no mark", "\xEF\xBB<p>", {2}, "<p>"},
+        {"in two pieces, and the third shows it", "\xEF\xBB<p>", {1, 2}, "<p>"},
+        {"only the piece that shows it is kept whole", "\xEF\xBB<p>", {1}, "\xBB<p>"},
+        {"uncut, nothing is gone", "\xEF\xBB<p>", {}, "\xEF\xBB<p>"},
+        {"half a mark of UTF-16", "\xFFx", {1}, "x"},
+        {"a mark in pieces is one", "\xEF\xBB\xBFx", {1, 2}, "\xEF\xBB\xBFx"},
+        {"junk behind lost bytes is read from the right place", "\xEF<p a=/><q>", {1}, "<p a=/><q>"},
+    };
+    SelfCheckingParser parser;
+    for (const MarkRow& row : rows) {
+        const Outcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, row.cuts);
+        EXPECT_EQ(Show(actual), Show(Outcome{0, 0, std::string(row.copy)})) << row.note;
+        EXPECT_EQ(Show(ExpectMarked(row.document, row.cuts, "")), Show(actual)) << row.note;
+    }
+}
+
+struct ExceptionRow {
+    const char* note;
+    std::string_view document;
+    Cuts cuts;
+    std::string_view copy;
+};
+
+// Each exception by hand, so that the model of the others is not the only witness.
+TEST(RoundTripRuleTest, TheExceptions) {
+    const ExceptionRow rows[] = {
+        {"a tail in one piece with its end is kept", "<![if x]abc>d", {6}, "<![if x]abc>d"},
+        {"a tail loses what lies in an earlier piece", "<![if x]abc>d", {10}, "<![if x]c>d"},
+        {"also when only its end is left", "<![if x]abc>d", {11}, "<![if x]>d"},
+        {"an open tail is lost", "<![if x]abc", {}, "<![if x]"},
+        {"a slash before white space comes back behind it", "<?xml a/ >", {}, "<?xml a />"},
+        {"a failed line comment whose opener is cut loses its slash", "<script>//<!-x", {9}, "<script>/<!-x"},
+        {"an open block comment too", "<script>/*x", {9}, "<script>*x"},
+        {"uncut it is kept", "<script>/*x", {}, "<script>/*x"},
+        {"a whole one keeps its slash", "<script>/*x*/", {9}, "<script>/*x*/"},
+    };
+    SelfCheckingParser parser;
+    for (const ExceptionRow& row : rows) {
+        Reading reading;
+        reading.cutsFor = [&](std::size_t) { return row.cuts; };
+        const Outcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, row.cuts);
+        EXPECT_EQ(Show(actual), Show(Outcome{0, row.copy == row.document ? 0 : CHECK_FAILED, std::string(row.copy)})) << row.note;
+        EXPECT_EQ(Expect(row.document, reading, row.cuts).isException, row.copy != row.document) << row.note;
+    }
+}
+
+struct WideRow {
+    const char* note;
+    std::string_view document;
+    std::string_view body;  ///< of which the first half of the bytes is written
+};
+
+TEST(RoundTripRuleTest, TheBodiesOfTheWideFlavour) {
+    const WideRow rows[] = {
+        {"no body", "<!---->", ""},
+        {"a comment", "<!--ab-->", "ab"},
+        {"an open comment with its dashes", "<!--ab-", "ab-"},
+        {"no closer, but a body", "<!--->", "->"},
+        {"a section begins with its bracket", "<![CDATA[]]>", "["},
+        {"a section without one", "<![CDATA]]>", ""},
+        {"a section that another character ends", "<![CDATA]]", "]]"},
+        {"a condition", "<![if x]>", " x"},
+        {"no condition and no tail", "<![endif]>", ""},
+        {"a tail", "<![endif]-->", "--"},
+        {"text", "<p>\xE9</p>", ""},
+    };
+    SelfCheckingParser parser;
+    for (const WideRow& row : rows) {
+        std::string copy = Widened(row.document);
+        if (!row.body.empty())
+            copy.replace(copy.rfind(Widened(row.body)), row.body.size() * 2, WidenedBody(row.body));
+        const Outcome& actual = parser.Parse(Widened(row.document), CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_UTF16, {});
+        EXPECT_EQ(Show(actual), Show(Outcome{0, row.body.empty() ? 0 : CHECK_FAILED, copy})) << row.note;
+        Reading reading;
+        reading.wide = true;
+        EXPECT_EQ(Show(Expect(row.document, reading, {}).outcome), Show(actual)) << row.note;
+    }
+}
+
+TEST(RoundTripRuleTest, SeesAFault) {
+    SelfCheckingParser parser;
+    Reading reading;
+    EXPECT_EQ(Fault(&parser, "<p a=/>", reading), "");
+    // A charset that hides markup in escape runs, which the parser is not told.
+    const std::string document = "\x1B$B<p>\x1B(B<![if x]y";
+    const Outcome other = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, {});
+    reading.charset = CharSet::ISO_2022_JP;
+    const Expectation expected = Expect(document, reading, {});
+    EXPECT_EQ(Show(other), Show(expected.outcome));
+    EXPECT_TRUE(expected.isException);
+    EXPECT_FALSE(other == Expect("\x1B$B<p>\x1B(B<![if x]>", reading, {}).outcome);
+}
+
+// Without exceptions, the rule for them would say nothing.
+TEST(RoundTripRuleTest, TheDocumentsHoldEveryException) {
+    std::size_t openTails = 0;
+    std::size_t cutTails = 0;
+    std::size_t swaps = 0;
+    std::size_t lostSlashes = 0;
+    std::size_t keptSlashes = 0;
+    std::size_t wideBodies = 0;
+    std::size_t wideWithout = 0;
+    DocumentMaker maker(&Pages());
+    for (std::uint64_t seed = 0; seed < 6000; ++seed) {
+        const MadeDocument made = maker.Make(seed);
+        const Cuts cuts = CutsAsRead(ShortReads(seed)(made.bytes.size()), made.bytes.size(), GenericParser::BUFFER_SIZE);
+        bool body = false;
+        ReferenceSettings settings;
+        settings.charset = made.charset;
+        for (const ReferenceStretch& stretch : ParseByReference(made.bytes, settings).stretches) {
+            const bool isConditional = stretch.kind == ReferenceStretch::Kind::CONDITIONAL;
+            openTails += isConditional && !stretch.closed && IsException(stretch, {}) ? 1U : 0U;
+            cutTails += isConditional && stretch.closed && IsException(stretch, cuts) ? 1U : 0U;
+            swaps += stretch.swapsSlashAndSpace ? 1U : 0U;
+            lostSlashes += LosesItsSlash(stretch, cuts) ? 1U : 0U;
+            keptSlashes += stretch.failedScriptComment && !LosesItsSlash(stretch, cuts) ? 1U : 0U;
+            body = body || HasBody(made.bytes, stretch);
+        }
+        (body ? wideBodies : wideWithout) += 1;
+    }
+    EXPECT_GE(openTails, 10U);
+    EXPECT_GE(cutTails, 10U);
+    EXPECT_GE(swaps, 10U);
+    EXPECT_GE(lostSlashes, 10U);
+    EXPECT_GE(keptSlashes, 10U);
+    EXPECT_GE(wideBodies, 1000U);
+    EXPECT_GE(wideWithout, 1000U);
+}
+
+}  // namespace
+}  // namespace Kestra::Test
