@@ -9,12 +9,19 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
-.PHONY: help run test bench format check-format check-headers tidy clean
+# `make corpus`: the packages whose pages are checked. `make fuzz`: for how many seconds, with how many fuzzers side by side.
+CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
+FUZZ_SECONDS ?= 3600
+FUZZ_JOBS ?= 1
+
+.PHONY: help run test bench corpus fuzz format check-format check-headers tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
 	@echo 'make test           build with sanitizers, run all tests'
 	@echo 'make bench          build the release, run the benchmarks'
+	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
+	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n, FUZZ_JOBS=n)'
 	@echo 'make format         format all sources'
 	@echo 'make check-format   fail when a source is not formatted'
 	@echo 'make check-headers  compile every public header alone'
@@ -38,6 +45,19 @@ bench:
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	build/release/bin/kestra-bench
+
+corpus:
+	@setup/install build corpus
+	setup/fetch build/corpus/pages $(CORPUS)
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
+	tests/corpus/run build/release/bin/kestra-html build/corpus $(CORPUS)
+
+fuzz:
+	@setup/install build fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz --parallel $(JOBS)
+	fuzz/run build/fuzz $(FUZZ_SECONDS) $(FUZZ_JOBS)
 
 format:
 	@setup/install format
