@@ -5,8 +5,15 @@
 #include "html/framework/QuoteKind.h"
 #include "html/framework/ResultCodes.h"
 #include "html/tags/EndTagSimpleParser.h"
+#include "html/tags/EntityTagSimpleParser.h"
+#include "html/tags/ExternTagSimpleParser.h"
 #include "html/tags/GenericTagSimpleParser.h"
 #include "html/tags/StartTagSimpleParser.h"
+#include "html/text/CCommentSimpleParser.h"
+#include "html/text/CDATATagSimpleParser.h"
+#include "html/text/CPPCommentSimpleParser.h"
+#include "html/text/CommentTagSimpleParser.h"
+#include "html/text/ConditionalTagSimpleParser.h"
 #include "html/text/DQuoteStringSimpleParser.h"
 #include "html/text/JSRegExSimpleParser.h"
 #include "html/text/SQuoteStringSimpleParser.h"
@@ -58,6 +65,13 @@ TYPED_TEST(ConstantsTest, NamesOfRecognizers) {
     EXPECT_EQ((HTML::SQuoteStringSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("SQuoteStringSimpleParser"));
     EXPECT_EQ((HTML::DQuoteStringSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("DQuoteStringSimpleParser"));
     EXPECT_EQ((HTML::JSRegExSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("JSRegExSimpleParser"));
+    EXPECT_EQ((HTML::CommentTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CommentTagSimpleParser"));
+    EXPECT_EQ((HTML::CDATATagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CDATATagSimpleParser"));
+    EXPECT_EQ((HTML::ConditionalTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("ConditionalTagSimpleParser"));
+    EXPECT_EQ((HTML::EntityTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("EntityTagSimpleParser"));
+    EXPECT_EQ((HTML::ExternTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("ExternTagSimpleParser"));
+    EXPECT_EQ((HTML::CCommentSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CCommentSimpleParser"));
+    EXPECT_EQ((HTML::CPPCommentSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CPPCommentSimpleParser"));
 }
 
 }  // namespace

@@ -15,13 +15,22 @@
 #include "html/framework/TokenRecords.h"
 #include "html/output/ParserObserverOutput.h"
 #include "html/output/ParserObserverOutputHandler.h"
+#include "html/output/ParserSelfCheck.h"
 #include "html/output/StringOutputStreamParserObserverOutputHandler.h"
 #include "html/tags/AttributeSimpleParser.h"
 #include "html/tags/EndTagSimpleParser.h"
+#include "html/tags/EntityTagSimpleParser.h"
+#include "html/tags/ExternTagFreeStyleSimpleParser.h"
+#include "html/tags/ExternTagSimpleParser.h"
 #include "html/tags/GenericTagSimpleParser.h"
 #include "html/tags/IdentifierSimpleParser.h"
 #include "html/tags/StartTagSimpleParser.h"
 #include "html/tags/TokenSimpleParser.h"
+#include "html/text/CCommentSimpleParser.h"
+#include "html/text/CDATATagSimpleParser.h"
+#include "html/text/CPPCommentSimpleParser.h"
+#include "html/text/CommentTagSimpleParser.h"
+#include "html/text/ConditionalTagSimpleParser.h"
 #include "html/text/DQuoteStringSimpleParser.h"
 #include "html/text/Escape2022SimpleParser.h"
 #include "html/text/JSRegExSimpleParser.h"
@@ -332,6 +341,97 @@ TYPED_TEST(LayoutTest, StateRecordsOfTags) {
     endTagWalk.Last();
 }
 
+TYPED_TEST(LayoutTest, StateRecordsOfSections) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    using Comment = HTML::CommentTagSimpleParserData<C, S>;
+    const Comment comment;
+    FieldWalk<Comment> commentWalk(comment, POLYMORPHIC);
+    EXPECT_FIELD(commentWalk, Comment, std::uint32_t, state);
+    EXPECT_FIELD(commentWalk, Comment, S, text);
+    EXPECT_FIELD(commentWalk, Comment, bool, closed);
+    commentWalk.Last();
+
+    using CData = HTML::CDATATagSimpleParserData<C, S>;
+    const CData cdata;
+    FieldWalk<CData> cdataWalk(cdata, POLYMORPHIC);
+    EXPECT_FIELD(cdataWalk, CData, std::uint32_t, state);
+    EXPECT_FIELD(cdataWalk, CData, S, keyword);
+    EXPECT_FIELD(cdataWalk, CData, S, text);
+    EXPECT_FIELD(cdataWalk, CData, bool, closed);
+    cdataWalk.Last();
+
+    using Conditional = HTML::ConditionalTagSimpleParserData<C, S>;
+    const Conditional conditional;
+    FieldWalk<Conditional> conditionalWalk(conditional, POLYMORPHIC);
+    EXPECT_FIELD(conditionalWalk, Conditional, std::uint32_t, state);
+    EXPECT_FIELD(conditionalWalk, Conditional, S, keyword);
+    EXPECT_FIELD(conditionalWalk, Conditional, S, condition);
+    EXPECT_FIELD(conditionalWalk, Conditional, S, tail);
+    EXPECT_FIELD(conditionalWalk, Conditional, bool, bracketClosed);
+    EXPECT_FIELD(conditionalWalk, Conditional, bool, tagClosed);
+    conditionalWalk.Last();
+}
+
+/// A record of a script comment: both kinds have the same fields.
+template <typename Record, typename S>
+void CheckScriptCommentRecord() {
+    const Record record;
+    FieldWalk<Record> walk(record, POLYMORPHIC);
+    EXPECT_FIELD(walk, Record, std::uint32_t, state);
+    EXPECT_FIELD(walk, Record, S, text);
+    EXPECT_FIELD(walk, Record, S, keyword);
+    EXPECT_FIELD(walk, Record, WideString, nextParserName);
+    walk.Last();
+}
+
+TYPED_TEST(LayoutTest, StateRecordsOfScriptComments) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    CheckScriptCommentRecord<HTML::CCommentSimpleParserData<C, S>, S>();
+    CheckScriptCommentRecord<HTML::CPPCommentSimpleParserData<C, S>, S>();
+}
+
+TYPED_TEST(LayoutTest, StateRecordsOfDeclarations) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    using List = Vector<HTML::Attribute<C, S>>;
+    using Tokens = Vector<HTML::EntityToken<C, S>>;
+    using Entity = HTML::EntityTagSimpleParserData<C, S>;
+    const Entity entity;
+    FieldWalk<Entity> entityWalk(entity, POLYMORPHIC);
+    EXPECT_FIELD(entityWalk, Entity, std::uint32_t, state);
+    EXPECT_FIELD(entityWalk, Entity, S, prefix);
+    EXPECT_FIELD(entityWalk, Entity, S, name);
+    EXPECT_FIELD(entityWalk, Entity, Tokens, tokens);
+    EXPECT_FIELD(entityWalk, Entity, S, suffix);
+    EXPECT_FIELD(entityWalk, Entity, bool, iso2022);
+    entityWalk.Last();
+
+    using Extern = HTML::ExternTagSimpleParserData<C, S>;
+    const Extern externTag;
+    FieldWalk<Extern> externWalk(externTag, POLYMORPHIC);
+    EXPECT_FIELD(externWalk, Extern, std::uint32_t, state);
+    EXPECT_FIELD(externWalk, Extern, bool, freeStyle);
+    EXPECT_FIELD(externWalk, Extern, bool, slashBeforeClose);
+    EXPECT_FIELD(externWalk, Extern, S, prefix);
+    EXPECT_FIELD(externWalk, Extern, S, name);
+    EXPECT_FIELD(externWalk, Extern, S, text);
+    EXPECT_FIELD(externWalk, Extern, List, attributes);
+    EXPECT_FIELD(externWalk, Extern, S, suffix);
+    EXPECT_FIELD(externWalk, Extern, bool, iso2022);
+    externWalk.Last();
+
+    using FreeStyle = HTML::ExternTagFreeStyleSimpleParserData<C, S>;
+    const FreeStyle freeStyle;
+    FieldWalk<FreeStyle> freeStyleWalk(freeStyle, POLYMORPHIC);
+    EXPECT_FIELD(freeStyleWalk, FreeStyle, std::uint32_t, state);
+    EXPECT_FIELD(freeStyleWalk, FreeStyle, bool, questionPending);
+    EXPECT_FIELD(freeStyleWalk, FreeStyle, S, text);
+    EXPECT_FIELD(freeStyleWalk, FreeStyle, bool, iso2022);
+    freeStyleWalk.Last();
+}
+
 /// What holds for each recognizer and its record.
 template <template <typename, typename> class Parser, template <typename, typename> class Data, typename Flavour>
 void CheckRecognizerClass() {
@@ -383,6 +483,14 @@ TYPED_TEST(LayoutTest, RecognizerClasses) {
     CheckRecognizerClass<HTML::GenericTagSimpleParser, HTML::GenericTagSimpleParserData, TypeParam>();
     CheckRecognizerClass<HTML::StartTagSimpleParser, HTML::StartTagSimpleParserData, TypeParam>();
     CheckRecognizerClass<HTML::EndTagSimpleParser, HTML::EndTagSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::CommentTagSimpleParser, HTML::CommentTagSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::CDATATagSimpleParser, HTML::CDATATagSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::ConditionalTagSimpleParser, HTML::ConditionalTagSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::CCommentSimpleParser, HTML::CCommentSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::CPPCommentSimpleParser, HTML::CPPCommentSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::EntityTagSimpleParser, HTML::EntityTagSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::ExternTagSimpleParser, HTML::ExternTagSimpleParserData, TypeParam>();
+    CheckRecognizerClass<HTML::ExternTagFreeStyleSimpleParser, HTML::ExternTagFreeStyleSimpleParserData, TypeParam>();
     static_assert(sizeof(HTML::SimpleParserData<typename TypeParam::C, typename TypeParam::S>) == POLYMORPHIC);
     static_assert(std::has_virtual_destructor_v<HTML::SimpleParserData<typename TypeParam::C, typename TypeParam::S>>);
 }
@@ -414,9 +522,22 @@ TYPED_TEST(LayoutTest, MembersOfRecognizers) {
     ExpectMembers<DQuote, Escape, EscapeData>();
     ExpectMembers<Token, WhiteSpace, WhiteSpaceData, SQuote, SQuoteData, DQuote, DQuoteData>();
     ExpectMembers<Attribute, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Token, TokenData>();
-    ExpectMembers<HTML::GenericTagSimpleParser<C, S>, Identifier, IdentifierData>();
+    using Generic = HTML::GenericTagSimpleParser<C, S>;
+    using GenericData = HTML::GenericTagSimpleParserData<C, S>;
+    using FreeStyle = HTML::ExternTagFreeStyleSimpleParser<C, S>;
+    using FreeStyleData = HTML::ExternTagFreeStyleSimpleParserData<C, S>;
+    ExpectMembers<Generic, Identifier, IdentifierData>();
     ExpectMembers<HTML::StartTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute, AttributeData>();
     ExpectMembers<HTML::EndTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute, AttributeData>();
+    ExpectMembers<HTML::CommentTagSimpleParser<C, S>>();
+    ExpectMembers<HTML::CDATATagSimpleParser<C, S>>();
+    ExpectMembers<HTML::ConditionalTagSimpleParser<C, S>>();
+    ExpectMembers<HTML::CCommentSimpleParser<C, S>, Generic, GenericData>();
+    ExpectMembers<HTML::CPPCommentSimpleParser<C, S>, Generic, GenericData>();
+    ExpectMembers<HTML::EntityTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Token, TokenData>();
+    ExpectMembers<FreeStyle, SQuote, SQuoteData, DQuote, DQuoteData>();
+    ExpectMembers<HTML::ExternTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute, AttributeData,
+                  FreeStyle, FreeStyleData>();
 }
 
 /// The 22 operations of an observer, in their order.
@@ -463,6 +584,15 @@ TYPED_TEST(LayoutTest, Observers) {
     CheckObserverSlots<Output>();
     EXPECT_EQ(SlotOf(&Output::OnOutput), 22U);
     static_assert(!std::has_virtual_destructor_v<Output>);
+
+    // The self-check writes through `OnOutput`; its destructor and `Reset` stand behind everything that an observer has.
+    using SelfCheck = HTML::ParserSelfCheck<C, S>;
+    CheckObserverSlots<SelfCheck>();
+    EXPECT_EQ(SlotOf(&SelfCheck::OnOutput), 22U);
+    EXPECT_EQ(SlotOf(&SelfCheck::Reset), 23U + BEHIND_DESTRUCTOR);
+    static_assert(std::is_base_of_v<Output, SelfCheck>);
+    static_assert(std::has_virtual_destructor_v<SelfCheck>);
+    static_assert(std::is_same_v<decltype(&SelfCheck::Reset), void (SelfCheck::*)(bool)>);
 }
 
 TEST(LayoutTest, ObserversOfHosts) {

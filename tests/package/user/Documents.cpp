@@ -2,6 +2,7 @@
 #include <kestra/html/output/ParserObserverOutput.h>
 #include <kestra/html/parser/GenericParser.h>
 #include <kestra/platform/MemoryInputStream.h>
+#include <kestra/platform/Results.h>
 
 #include <cstdio>
 #include <fstream>
@@ -145,6 +146,23 @@ void UseOutput(const std::string& bytes, GenericParser::DataStreamType type) {
     CHECK(observer.bytes == bytes);
 }
 
+/// The library's own proof that its tokens are the whole input.
+void UseSelfCheck(const std::string& bytes, GenericParser::DataStreamType type) {
+    GenericParser parser;
+    parser.StartParse(CharSet::WINDOWS_1252, type);
+    CHECK(parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY) == 0 && parser.GetSelfCheck() == GenericParser::SELF_CHECK_COPY);
+    parser.StartParse(CharSet::WINDOWS_1252, type);
+    MemoryInputStream stream(bytes);
+    CHECK(parser.ParseStream(&stream, false) == PARSER_OK);
+    CHECK(parser.EndParse() == PARSER_OK);
+    InputStream* const copy = parser.GetSelfCheckStream();
+    CHECK(copy != nullptr);
+    std::string read(bytes.size() + 1, '\0');
+    std::uint64_t size = 0;
+    CHECK(copy != nullptr && copy->Read(read.data(), read.size(), &size) == Kestra::RESULT_OK && size == bytes.size());
+    CHECK(read.compare(0, bytes.size(), bytes) == 0);
+}
+
 /// A stream of the host's own that fails after its first bytes.
 class FailingStream final : public InputStream {
 public:
@@ -229,6 +247,8 @@ void UseDocuments() {
     UseOutput<Copier<ParserObserverOutput<char, std::string>>>(PAGE, GenericParser::DATA_STREAM_8BIT);
     UseOutput<Copier<ParserObserverOutput<WideChar, WideString>>>(Utf16(PAGE), GenericParser::DATA_STREAM_UTF16);
     UseOutput<Copier<GenericParserObserverOutput>>(Utf16(PAGE), GenericParser::DATA_STREAM_UTF16);
+    UseSelfCheck(PAGE + "<!--a--><?b?><!c><![CDATA[d]]>", GenericParser::DATA_STREAM_8BIT);
+    UseSelfCheck(Utf16(PAGE + "<?b?><!c><![endif]>"), GenericParser::DATA_STREAM_UTF16);
     UseBuffers();
     UseFrontEnd();
 }

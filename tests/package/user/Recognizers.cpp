@@ -4,10 +4,18 @@
 #include <kestra/html/framework/SimpleParserContext.h>
 #include <kestra/html/tags/AttributeSimpleParser.h>
 #include <kestra/html/tags/EndTagSimpleParser.h>
+#include <kestra/html/tags/EntityTagSimpleParser.h>
+#include <kestra/html/tags/ExternTagFreeStyleSimpleParser.h>
+#include <kestra/html/tags/ExternTagSimpleParser.h>
 #include <kestra/html/tags/GenericTagSimpleParser.h>
 #include <kestra/html/tags/IdentifierSimpleParser.h>
 #include <kestra/html/tags/StartTagSimpleParser.h>
 #include <kestra/html/tags/TokenSimpleParser.h>
+#include <kestra/html/text/CCommentSimpleParser.h>
+#include <kestra/html/text/CDATATagSimpleParser.h>
+#include <kestra/html/text/CPPCommentSimpleParser.h>
+#include <kestra/html/text/CommentTagSimpleParser.h>
+#include <kestra/html/text/ConditionalTagSimpleParser.h>
 #include <kestra/html/text/DQuoteStringSimpleParser.h>
 #include <kestra/html/text/Escape2022SimpleParser.h>
 #include <kestra/html/text/JSRegExSimpleParser.h>
@@ -152,6 +160,54 @@ void UseTags() {
     CHECK(end.record.afterName == Text<S>(" ") && !end.record.closed && end.consumed == 5);
 }
 
+template <typename C, typename S>
+void UseSections() {
+    const Reading<C, S, CommentTagSimpleParser, CommentTagSimpleParserData> comment("a--b--->x");
+    CHECK(comment.result == SP_TOKEN_COMPLETE && comment.record.text == Text<S>("a--b-") && comment.record.closed);
+    CHECK(comment.consumed == 8);
+    const Reading<C, S, CommentTagSimpleParser, CommentTagSimpleParserData> open("a--");
+    CHECK(open.result == SP_TOKEN_COMPLETE && open.record.text == Text<S>("a--") && !open.record.closed);
+
+    const auto keyword = [](auto* record) { record->keyword = Text<S>("CDATA"); };
+    const Reading<C, S, CDATATagSimpleParser, CDATATagSimpleParserData> section("[a]b]]>x", keyword);
+    CHECK(section.result == SP_TOKEN_COMPLETE && section.record.text == Text<S>("[a]b") && section.record.closed);
+    CHECK(section.record.keyword == Text<S>("CDATA") && section.consumed == 7);
+
+    const Reading<C, S, ConditionalTagSimpleParser, ConditionalTagSimpleParserData> condition(" !IE]>x");
+    CHECK(condition.result == SP_TOKEN_COMPLETE && condition.record.condition == Text<S>(" !IE") && condition.consumed == 6);
+    CHECK(condition.record.tail.empty() && condition.record.bracketClosed && condition.record.tagClosed);
+}
+
+template <typename C, typename S>
+void UseScriptComments() {
+    const Reading<C, S, CCommentSimpleParser, CCommentSimpleParserData> block("a*<!--**/x");
+    CHECK(block.result == SP_TOKEN_COMPLETE && block.record.text == Text<S>("a*<!--*") && block.consumed == 9);
+
+    const Reading<C, S, CPPCommentSimpleParser, CPPCommentSimpleParserData> line("a</b>\n");
+    CHECK(line.result == SP_TOKEN_COMPLETE && line.record.text == Text<S>("a</b>") && line.consumed == 5);
+    CHECK(line.record.nextParserName.empty());
+    const Reading<C, S, CPPCommentSimpleParser, CPPCommentSimpleParserData> handedOver("a<![if x");
+    CHECK(handedOver.result == SP_TOKEN_COMPLETE && handedOver.record.nextParserName == ParserNames::CONDITIONAL_TAG);
+    CHECK(handedOver.record.text == Text<S>("a") && handedOver.record.keyword == Text<S>("if") && handedOver.consumed == 6);
+}
+
+template <typename C, typename S>
+void UseDeclarations() {
+    const Reading<C, S, EntityTagSimpleParser, EntityTagSimpleParserData> entity("DOCTYPE html \"\" >x");
+    CHECK(entity.result == SP_TOKEN_COMPLETE && entity.record.name == Text<S>("DOCTYPE") && entity.record.tokens.size() == 2);
+    CHECK(entity.record.tokens[0].value == Text<S>("html") && entity.record.tokens[1].quote == QUOTE_DOUBLE);
+    CHECK(entity.record.suffix == Text<S>(" ") && entity.consumed == 17);
+
+    const Reading<C, S, ExternTagSimpleParser, ExternTagSimpleParserData> xml("xml a='b' c=d?>x");
+    CHECK(xml.result == SP_TOKEN_COMPLETE && xml.record.name == Text<S>("xml") && xml.record.attributes.size() == 2);
+    CHECK(xml.record.attributes[1].value == Text<S>("d") && !xml.record.freeStyle && xml.consumed == 15);
+    const Reading<C, S, ExternTagSimpleParser, ExternTagSimpleParserData> php("php '?>' ?>x");
+    CHECK(php.result == SP_TOKEN_COMPLETE && php.record.freeStyle && php.record.text == Text<S>("<?php '?>' ?>"));
+
+    const Reading<C, S, ExternTagFreeStyleSimpleParser, ExternTagFreeStyleSimpleParserData> freeStyle(" /*>*/?>x");
+    CHECK(freeStyle.result == SP_TOKEN_COMPLETE && freeStyle.record.text == Text<S>(" /*>*/?>") && freeStyle.consumed == 8);
+}
+
 template <typename S>
 void UseFlavour() {
     using C = CharacterOf<S>;
@@ -160,6 +216,9 @@ void UseFlavour() {
     UseLiteralRecognizers<C, S>();
     UsePiecesOfTags<C, S>();
     UseTags<C, S>();
+    UseSections<C, S>();
+    UseScriptComments<C, S>();
+    UseDeclarations<C, S>();
 }
 
 }  // namespace

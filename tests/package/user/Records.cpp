@@ -4,7 +4,10 @@
 #include <kestra/html/output/AttributesNormalizer.h>
 #include <kestra/html/output/ParserObserverOutput.h>
 #include <kestra/html/output/ParserObserverOutputHandler.h>
+#include <kestra/html/output/ParserSelfCheck.h>
 #include <kestra/html/output/StringOutputStreamParserObserverOutputHandler.h>
+#include <kestra/platform/InputStream.h>
+#include <kestra/platform/Results.h>
 
 #include "Check.h"
 
@@ -110,12 +113,39 @@ void UseHandlers() {
     CHECK(handler.GetString() == Text<S>("ab!"));
 }
 
+template <typename C, typename S>
+void UseSelfCheck() {
+    const S digits = Text<S>("123456789");
+    TextData<C, S> text{&digits};
+    ParserSelfCheck<C, S> check;
+    ParserObserver<C, S>& observer = check;
+    check.Reset(true);
+    observer.OnText(&text);
+    // The check value of ISO 3309's CRC-32, and that of the same digits in 16 bits.
+    CHECK(check.GetOutputCrc() == (sizeof(C) == 1 ? 0xCBF43926 : 0xA290E877));
+    const ParserSelfCheck<C, S> copy(check);
+
+    Kestra::VFS::InputStream* const stream = check.GetSelfCheckStream();
+    CHECK(stream != nullptr && check.GetSelfCheckStream() == stream);
+    char bytes[64] = {};
+    std::uint64_t size = 0;
+    CHECK(stream != nullptr && stream->Read(bytes, sizeof(bytes), &size) == Kestra::RESULT_OK);
+    CHECK(std::string(bytes, static_cast<std::size_t>(size)) ==
+          std::string(reinterpret_cast<const char*>(digits.data()), digits.size() * sizeof(C)));
+
+    check.Reset(false);
+    CHECK(check.GetOutputCrc() == 0 && check.GetSelfCheckStream() == nullptr);
+    check = copy;
+    CHECK(check.GetOutputCrc() == (sizeof(C) == 1 ? 0xCBF43926 : 0xA290E877) && check.GetSelfCheckStream() == nullptr);
+}
+
 template <typename S>
 void UseFlavour() {
     using C = CharacterOf<S>;
     UseWriters<C, S>();
     UseNormalizer<C, S>();
     UseHandlers<C, S>();
+    UseSelfCheck<C, S>();
 }
 
 }  // namespace
