@@ -5,13 +5,19 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace Kestra::Test {
 namespace {
 
 using HTML::GenericParser;
+using Tool::CheckOptions;
 using Tool::CommandLine;
+using Tool::DetectOptions;
+using Tool::OutputFormat;
+using Tool::ParseOptions;
 using Tool::TokensOptions;
 
 using Names = std::vector<std::string>;
@@ -22,10 +28,15 @@ CommandLine Parse(std::vector<const char*> arguments) {
 }
 
 /// The options of a line that is good.
-TokensOptions ParseGood(std::vector<const char*> arguments) {
+template <typename Options>
+Options ParseGoodAs(std::vector<const char*> arguments) {
     const CommandLine line = Parse(std::move(arguments));
     EXPECT_FALSE(line.answered.has_value()) << line.answer;
-    return line.tokens;
+    return std::get<Options>(line.run);
+}
+
+TokensOptions ParseGood(std::vector<const char*> arguments) {
+    return ParseGoodAs<TokensOptions>(std::move(arguments));
 }
 
 /// What is said about a line that is wrong.
@@ -38,12 +49,13 @@ std::string ParseWrong(std::vector<const char*> arguments) {
 
 TEST(CommandLine, Defaults) {
     const TokensOptions options = ParseGood({"tokens"});
-    EXPECT_EQ(options.format, TokensOptions::Format::TEXT);
+    EXPECT_EQ(options.format, OutputFormat::TEXT);
     EXPECT_EQ(options.charset, 0U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_AUTO);
     EXPECT_EQ(options.observer, TokensOptions::Observer::WIDE);
-    EXPECT_EQ(options.feed, TokensOptions::Feed::STREAM);
+    EXPECT_EQ(options.feed, ParseOptions::Feed::STREAM);
     EXPECT_EQ(options.pieceSize, 0U);
+    EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_OFF);
     EXPECT_FALSE(options.detectCharsetErrors);
     EXPECT_EQ(options.minConfidence, 50U);
     EXPECT_TRUE(options.reparse);
@@ -65,18 +77,19 @@ TEST(CommandLine, EveryOption) {
                                              "--piece-size",
                                              "7",
                                              "--self-check",
-                                             "off",
+                                             "copy",
                                              "--detect-charset-errors",
                                              "--min-confidence",
                                              "101",
                                              "--no-reparse",
                                              "a"});
-    EXPECT_EQ(options.format, TokensOptions::Format::JSON);
+    EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
     EXPECT_EQ(options.observer, TokensOptions::Observer::NARROW);
-    EXPECT_EQ(options.feed, TokensOptions::Feed::BUFFER);
+    EXPECT_EQ(options.feed, ParseOptions::Feed::BUFFER);
     EXPECT_EQ(options.pieceSize, 7U);
+    EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_COPY);
     EXPECT_TRUE(options.detectCharsetErrors);
     EXPECT_EQ(options.minConfidence, 101U);
     EXPECT_FALSE(options.reparse);
@@ -86,11 +99,13 @@ TEST(CommandLine, EveryOption) {
 TEST(CommandLine, TheOtherWords) {
     const TokensOptions options =
         ParseGood({"tokens", "--format=text", "--input=utf16", "--observer=wide", "--feed=stream", "--charset=0", "--piece-size=0"});
-    EXPECT_EQ(options.format, TokensOptions::Format::TEXT);
+    EXPECT_EQ(options.format, OutputFormat::TEXT);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_UTF16);
     EXPECT_EQ(options.observer, TokensOptions::Observer::WIDE);
-    EXPECT_EQ(options.feed, TokensOptions::Feed::STREAM);
+    EXPECT_EQ(options.feed, ParseOptions::Feed::STREAM);
     EXPECT_EQ(ParseGood({"tokens", "--input", "auto"}).input, GenericParser::DATA_STREAM_AUTO);
+    EXPECT_EQ(ParseGood({"tokens", "--self-check", "off"}).selfCheck, GenericParser::SELF_CHECK_OFF);
+    EXPECT_EQ(ParseGood({"tokens", "--self-check=crc"}).selfCheck, GenericParser::SELF_CHECK_CRC);
 }
 
 TEST(CommandLine, CharsetsByNumberAndByName) {
@@ -105,13 +120,13 @@ TEST(CommandLine, CharsetsByNumberAndByName) {
 
 TEST(CommandLine, OptionsStandBeforeAndBehindFiles) {
     const TokensOptions options = ParseGood({"tokens", "a", "--format", "json", "b", "--no-reparse", "c"});
-    EXPECT_EQ(options.format, TokensOptions::Format::JSON);
+    EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_FALSE(options.reparse);
     EXPECT_EQ(options.inputs, (Names{"a", "b", "c"}));
 }
 
 TEST(CommandLine, TheLastOfAnOptionCounts) {
-    EXPECT_EQ(ParseGood({"tokens", "--format", "json", "--format", "text"}).format, TokensOptions::Format::TEXT);
+    EXPECT_EQ(ParseGood({"tokens", "--format", "json", "--format", "text"}).format, OutputFormat::TEXT);
     EXPECT_EQ(ParseGood({"tokens", "--piece-size", "1", "--piece-size", "2"}).pieceSize, 2U);
 }
 
@@ -122,17 +137,57 @@ TEST(CommandLine, NamesOfFiles) {
     EXPECT_EQ(ParseGood({"tokens", "--"}).inputs, (Names{"-"}));
 }
 
+TEST(CommandLine, DefaultsOfCheck) {
+    const auto options = ParseGoodAs<CheckOptions>({"check"});
+    EXPECT_EQ(options.format, OutputFormat::TEXT);
+    EXPECT_EQ(options.charset, 0U);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_AUTO);
+    EXPECT_EQ(options.feed, ParseOptions::Feed::STREAM);
+    EXPECT_EQ(options.pieceSize, 0U);
+    EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_COPY);
+    EXPECT_EQ(options.minConfidence, 50U);
+    EXPECT_TRUE(options.reparse);
+    EXPECT_FALSE(options.recursive);
+    EXPECT_EQ(options.jobs, 1U);
+    EXPECT_EQ(options.inputs, Names{"-"});
+}
+
+TEST(CommandLine, EveryOptionOfCheck) {
+    const auto options =
+        ParseGoodAs<CheckOptions>({"check", "a", "--format=json", "--charset=utf-8", "--input=utf16", "--feed=buffer", "--piece-size=3",
+                                   "--min-confidence=7", "--no-reparse", "--recursive", "--jobs=1024", "b", "--", "--jobs"});
+    EXPECT_EQ(options.format, OutputFormat::JSON);
+    EXPECT_EQ(options.charset, 65001U);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_UTF16);
+    EXPECT_EQ(options.feed, ParseOptions::Feed::BUFFER);
+    EXPECT_EQ(options.pieceSize, 3U);
+    EXPECT_EQ(options.minConfidence, 7U);
+    EXPECT_FALSE(options.reparse);
+    EXPECT_TRUE(options.recursive);
+    EXPECT_EQ(options.jobs, 1024U);
+    EXPECT_EQ(options.inputs, (Names{"a", "b", "--jobs"}));
+}
+
+TEST(CommandLine, OptionsOfDetect) {
+    const auto defaults = ParseGoodAs<DetectOptions>({"detect"});
+    EXPECT_EQ(defaults.format, OutputFormat::TEXT);
+    EXPECT_EQ(defaults.minConfidence, 50U);
+    EXPECT_EQ(defaults.inputs, Names{"-"});
+    const auto options = ParseGoodAs<DetectOptions>({"detect", "--format", "json", "a", "--min-confidence", "0", "--", "-b"});
+    EXPECT_EQ(options.format, OutputFormat::JSON);
+    EXPECT_EQ(options.minConfidence, 0U);
+    EXPECT_EQ(options.inputs, (Names{"a", "-b"}));
+}
+
 TEST(CommandLine, WrongUsage) {
     const struct {
         std::vector<const char*> arguments;
         const char* expected;
     } CASES[] = {
-        {{}, "kestra-html: a subcommand is required: tokens (see kestra-html --help)"},
-        {{"--"}, "kestra-html: a subcommand is required: tokens (see kestra-html --help)"},
+        {{}, "kestra-html: a subcommand is required: tokens, check or detect (see kestra-html --help)"},
+        {{"--"}, "kestra-html: a subcommand is required: tokens, check or detect (see kestra-html --help)"},
         {{"page.html"}, "kestra-html: The following argument was not expected: page.html (see kestra-html --help)"},
         {{"events"}, "kestra-html: The following argument was not expected: events (see kestra-html --help)"},
-        {{"check"}, "kestra-html: The following argument was not expected: check (see kestra-html --help)"},
-        {{"detect"}, "kestra-html: The following argument was not expected: detect (see kestra-html --help)"},
         {{"--format=json", "tokens"}, "kestra-html: The following argument was not expected: --format=json (see kestra-html --help)"},
         {{"tokens", "--bogus"}, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)"},
         {{"tokens", "a", "-x", "b"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
@@ -158,11 +213,20 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "--piece-size", "1k"}, "kestra-html: --piece-size: \"1k\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--min-confidence", "18446744073709551616"},
          "kestra-html: --min-confidence: \"18446744073709551616\" is not a decimal number (see kestra-html --help)"},
-        {{"tokens", "--self-check", "crc"},
-         "kestra-html: --self-check: \"crc\" is not supported, only \"off\" is (see kestra-html --help)"},
-        {{"tokens", "--self-check", "copy"},
-         "kestra-html: --self-check: \"copy\" is not supported, only \"off\" is (see kestra-html --help)"},
         {{"tokens", "--self-check", "on"}, "kestra-html: --self-check: on not in {off,crc,copy} (see kestra-html --help)"},
+        {{"tokens", "--recursive"}, "kestra-html: The following argument was not expected: --recursive (see kestra-html --help)"},
+        {{"check", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
+        {{"check", "--self-check", "copy"}, "kestra-html: The following argument was not expected: --self-check (see kestra-html --help)"},
+        {{"check", "--charset", "x"},
+         "kestra-html: --charset: \"x\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"check", "--jobs", "0"}, "kestra-html: --jobs: \"0\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"check", "--jobs", "1025"}, "kestra-html: --jobs: \"1025\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"check", "--jobs", "all"}, "kestra-html: --jobs: \"all\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"check", "--jobs", "-1"}, "kestra-html: --jobs: \"-1\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"detect", "--charset", "1252"}, "kestra-html: The following argument was not expected: --charset (see kestra-html --help)"},
+        {{"detect", "--format", "xml"}, "kestra-html: --format: xml not in {text,json} (see kestra-html --help)"},
+        {{"detect", "--min-confidence", "x"}, "kestra-html: --min-confidence: \"x\" is not a decimal number (see kestra-html --help)"},
+        {{"detect", "check", "-x"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
     };
     for (const auto& row : CASES)
         EXPECT_EQ(ParseWrong(row.arguments), row.expected);
@@ -177,8 +241,9 @@ TEST(CommandLine, HelpAndVersion) {
     EXPECT_EQ(help.answered, Tool::EXIT_STATUS_GOOD);
     EXPECT_NE(help.answer.find("\n  tokens  "), std::string::npos) << help.answer;
     EXPECT_NE(help.answer.find("\n  3  a file cannot be read"), std::string::npos) << help.answer;
-    for (const char* const later : {"events", "check", "detect"})
-        EXPECT_EQ(help.answer.find(std::string("\n  ") + later), std::string::npos) << later;
+    for (const char* const command : {"\n  check  ", "\n  detect  "})
+        EXPECT_NE(help.answer.find(command), std::string::npos) << help.answer;
+    EXPECT_EQ(help.answer.find("\n  events"), std::string::npos) << help.answer;
 
     for (const std::vector<const char*>& arguments :
          {std::vector<const char*>{"tokens", "--help"}, {"tokens", "-h"}, {"--help", "tokens"}}) {
@@ -194,8 +259,24 @@ TEST(CommandLine, HelpAndVersion) {
     }
 }
 
+TEST(CommandLine, HelpOfCheckAndDetect) {
+    const std::string check = Parse({"check", "--help"}).answer;
+    for (const char* const part :
+         {"Usage: kestra-html check [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--input auto|8bit|utf16=auto",
+          "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50", "--no-reparse", "--recursive", "--jobs N=1",
+          "--self-check is so\ngiven; --observer and --detect-charset-errors, the other options of tokens", "was not reproduced"}) {
+        EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
+    }
+    const std::string detect = Parse({"detect", "--help"}).answer;
+    for (const char* const part : {"Usage: kestra-html detect [OPTIONS] [FILE...]", "--format text|json=text", "--min-confidence N=50",
+                                   "first 16384 bytes", "at least 256"}) {
+        EXPECT_NE(detect.find(part), std::string::npos) << part << "\n" << detect;
+    }
+    EXPECT_EQ(detect.find("--charset"), std::string::npos);
+}
+
 TEST(CommandLine, HelpFitsATerminal) {
-    for (const char* const command : {"--help", "tokens"}) {
+    for (const char* const command : {"--help", "tokens", "check", "detect"}) {
         const std::string help = Parse({command, "--help"}).answer;
         std::size_t begin = 0;
         while (begin < help.size()) {

@@ -156,7 +156,7 @@ TYPED_TEST(JsonObserverTest, WhatIsAbsentIsNull) {
 }
 
 TYPED_TEST(JsonObserverTest, TheResult) {
-    Tool::TokensPassResult result;
+    Tool::ParsePassResult result;
     result.startParse = 1;
     result.parse = 705;
     result.endParse = 16;

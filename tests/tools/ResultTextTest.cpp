@@ -17,16 +17,25 @@ TEST(ResultText, EveryCodeHasAMeaningOfItsOwn) {
     }
 }
 
+TEST(ResultText, ADetectorThatAnswers11IsNoMalformedMarkup) {
+    EXPECT_EQ(Tool::GetDetectionMeaning(11), "the charset detector has no usable answer, as for plain ASCII, or cannot be started");
+    EXPECT_EQ(Tool::GetDetectionMeaning(707), "too little data to detect the charset");
+    EXPECT_EQ(Tool::GetDetectionMeaning(0), "success");
+}
+
 TEST(ResultText, FailuresNameTheCallsTheCodesAndThePlace) {
-    Tool::TokensPassResult result;
+    Tool::ParsePassResult result;
     result.line = 3;
     result.column = 7;
     EXPECT_TRUE(result.IsGood());
     EXPECT_EQ(Tool::DescribeFailures(result), "");
+    EXPECT_EQ(result.GetFirstFailure(), 0U);
     result.endParse = 16;
     EXPECT_FALSE(result.IsGood());
+    EXPECT_EQ(result.GetFirstFailure(), 16U);
     EXPECT_EQ(Tool::DescribeFailures(result), "EndParse returned 16: the input ended inside a construct (line 3, column 7)");
     result.startParse = 2;
+    EXPECT_EQ(result.GetFirstFailure(), 2U);
     result.parse = 4711;
     EXPECT_EQ(Tool::DescribeFailures(result),
               "StartParse returned 2: an invalid argument, such as an odd number of bytes of UTF-16; "
@@ -35,7 +44,7 @@ TEST(ResultText, FailuresNameTheCallsTheCodesAndThePlace) {
 }
 
 TEST(ResultText, EachOfTheThreeCallsCounts) {
-    Tool::TokensPassResult result;
+    Tool::ParsePassResult result;
     result.startParse = 2;
     EXPECT_FALSE(result.IsGood());
     result = {};

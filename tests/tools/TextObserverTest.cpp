@@ -118,7 +118,7 @@ TYPED_TEST(TextObserverTest, LongTextsAreCutWithTheirLength) {
 
 TYPED_TEST(TextObserverTest, TheSummary) {
     Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false);
-    Tool::TokensPassResult result;
+    Tool::ParsePassResult result;
     observer.WriteSummary(result, 0, false);
     EXPECT_EQ(this->lines.Take(), (Lines{"bytes    0", "tokens   0", "charset  unknown", "result   0, success"}));
 

@@ -238,6 +238,92 @@ TEST(ToolTokens, WithoutReparsingTheResultIs705) {
     }
 }
 
+/// The charset is declared behind a text that a wide observer has been given already.
+const std::string DECLARED_LATE = "<p>\xC1\xC2</p>\n<meta charset=koi8-r>\n<b>\xC1</b>";
+
+TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
+    const std::string lines = JsonOf(DECLARED_LATE);
+    EXPECT_EQ(lines, JsonOf(DECLARED_LATE, {"--charset", "koi8-r"}));
+    EXPECT_NE(lines.find(R"("text":"\u0430\u0431")"), std::string::npos) << lines;
+    EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << lines;
+    EXPECT_NE(LastLine(lines).find("\"charset\":20866,"), std::string::npos) << lines;
+    EXPECT_EQ(lines.find("\"StartParsing\""), lines.rfind("\"StartParsing\""));
+    for (const char* const feed : {"stream", "buffer"}) {
+        for (const char* const size : {"0", "1", "7"})
+            EXPECT_EQ(JsonOf(DECLARED_LATE, {"--feed", feed, "--piece-size", size}), lines) << feed << size;
+    }
+    EXPECT_EQ(JsonOf(DECLARED_LATE, {"--input", "8bit"}), JsonOf(DECLARED_LATE, {"--input", "8bit", "--charset", "20866"}));
+    const ToolRun text = RunToolOn(DECLARED_LATE, {"tokens"});
+    EXPECT_NE(text.output.find("\ncharset  20866 (KOI8-R), found in a first pass\nresult   0, success\n"), std::string::npos)
+        << text.output;
+}
+
+TEST(ToolTokens, ADeclaredCharsetDoesNotStartAgainWhenNothingWasConverted) {
+    const std::string lines = JsonOf(DECLARED_LATE, {"--observer", "narrow"});
+    EXPECT_NE(lines.find("{\"event\":\"Charset\",\"code\":20866}"), std::string::npos) << "the only pass, which is told of it";
+    EXPECT_NE(LastLine(lines).find("\"charset\":20866,"), std::string::npos) << lines;
+}
+
+TEST(ToolTokens, WithoutReparsingTheDeclaredCharsetEndsThePass) {
+    const ToolRun run = RunToolOn(DECLARED_LATE, Json({"--no-reparse"}));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(LastLine(run.output),
+              "{\"event\":\"Result\",\"startParse\":0,\"parse\":705,\"endParse\":16,\"line\":2,\"column\":22,\"currentParserName\":"
+              "\"StartTagSimpleParser\",\"charset\":20866,\"isWParser\":false,\"hasCharsetErrors\":false,\"needsReparsing\":true,"
+              "\"file\":\"-\"}");
+    EXPECT_EQ(run.output.find("\\u0430"), std::string::npos) << "text in front of it is in the old charset";
+    EXPECT_EQ(run.output.find("\"name\":\"b\""), std::string::npos) << "nothing behind it is delivered";
+    EXPECT_EQ(run.errors,
+              "-: parsing returned 705: another charset was found, the input must be parsed again; "
+              "EndParse returned 16: the input ended inside a construct (line 2, column 22)\n");
+}
+
+TEST(ToolTokens, TheSelfCheckAnswers704) {
+    const std::string different = "a<?xml b/ >";
+    for (const char* const mode : {"crc", "copy"}) {
+        const ToolRun run = RunToolOn(different, Json({"--charset", "1252", "--self-check", mode}));
+        EXPECT_EQ(run.status, 1) << mode;
+        EXPECT_EQ(run.errors, "-: EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n");
+        EXPECT_NE(LastLine(run.output).find("\"parse\":0,\"endParse\":704,"), std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find("\"EndParsing\""), std::string::npos) << mode;
+        EXPECT_NE(run.output.find("\"event\":\"ExternTag\""), std::string::npos) << mode;
+        const ToolRun text = RunToolOn(different, {"tokens", "--charset", "1252", "--self-check", mode});
+        EXPECT_NE(text.output.find("\nresult   EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n"),
+                  std::string::npos)
+            << text.output;
+        EXPECT_NE(LastLine(JsonOf("a<b>", {"--self-check", mode})).find("\"endParse\":0,"), std::string::npos) << mode;
+    }
+    EXPECT_NE(LastLine(JsonOf(different, {"--charset", "1252", "--self-check", "off"})).find("\"endParse\":0,"), std::string::npos);
+    EXPECT_NE(JsonOf(different, {"--charset", "1252"}).find("\"EndParsing\""), std::string::npos) << "off is the default";
+}
+
+TEST(ToolTokens, TheSelfCheckComparesThePassThatCounts) {
+    EXPECT_EQ(JsonOf(DECLARED_LATE, {"--self-check", "copy"}), JsonOf(DECLARED_LATE));
+    EXPECT_EQ(JsonOf(DETECTABLE_TEXTS[1].bytes, {"--self-check", "crc"}), JsonOf(DETECTABLE_TEXTS[1].bytes));
+}
+
+TEST(ToolTokens, DeclarationsCommentsAndSections) {
+    EXPECT_EQ(WithoutLastLine(JsonOf("<!DOCTYPE html><!--c--><![CDATA[d]]><![if IE]><?xml v='1'?><?php e?><script>/*f*/ //g\n</script>",
+                                     {"--charset", "1252"})),
+              R"({"event":"StartParsing"}
+{"event":"EntityTag","prefix":"","name":"DOCTYPE","tokens":[{"prefix":" ","value":"html","quote":0}],"suffix":""}
+{"event":"CommentTag","text":"c","closed":true}
+{"event":"CDATATag","keyword":"CDATA","text":"[d","closed":true}
+{"event":"ConditionalTag","keyword":"if","condition":" IE","tail":"","bracketClosed":true,"tagClosed":true}
+{"event":"ExternTag","prefix":"","name":"xml","attributes":[{"prefix":" ","name":"v","beforeEquals":"","afterEquals":"","value":"1","quote":1,"hasValue":true}],"suffix":"","freeStyle":false,"text":"","slashBeforeClose":false}
+{"event":"ExternTag","prefix":"","name":"php","attributes":[],"suffix":"","freeStyle":true,"text":"<?php e?>","slashBeforeClose":false}
+{"event":"StartTag","prefix":"","name":"script","attributes":[],"suffix":"","closed":true}
+{"event":"JSTagStart"}
+{"event":"CComment","text":"f"}
+{"event":"Text","text":" "}
+{"event":"CPPComment","text":"g"}
+{"event":"Text","text":"\n"}
+{"event":"EndTag","prefix":"","name":"script","afterName":"","closed":true,"attributes":[],"slashBeforeClose":false,"suffix":""}
+{"event":"JSTagEnd"}
+{"event":"EndParsing"}
+)");
+}
+
 TEST(ToolTokens, TheLeastConfidenceKeepsTheDetectorSilent) {
     const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--min-confidence", "101"});
     EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << lines;

@@ -2,7 +2,10 @@
 
 #include <optional>
 #include <string>
+#include <variant>
 
+#include "tools/kestra-html/CheckOptions.h"
+#include "tools/kestra-html/DetectOptions.h"
 #include "tools/kestra-html/ExitStatus.h"
 #include "tools/kestra-html/TokensOptions.h"
 
@@ -10,8 +13,8 @@ namespace Kestra::Tool {
 
 /// What the command line asks for: the run of a subcommand, or only an answer.
 struct CommandLine {
-    TokensOptions tokens;
-    std::optional<ExitStatus> answered;  ///< when set, nothing is run: the text below is all
+    std::variant<TokensOptions, CheckOptions, DetectOptions> run;  ///< the subcommand, by its options
+    std::optional<ExitStatus> answered;                            ///< when set, nothing is run: the text below is all
     std::string answer;  ///< help or version for standard output, or what is wrong for standard error; no line feed at its end
 };
 

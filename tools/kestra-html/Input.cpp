@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <new>
 #include <stdexcept>
 
@@ -17,12 +18,15 @@ namespace {
 
 constexpr std::size_t SMALLEST_BLOCK = std::size_t{64} * 1024;
 
-/// Reads to the end in growing blocks. @param readBlock  fills a block and returns the bytes in it, fewer at the end only
+constexpr std::size_t NO_LIMIT = std::numeric_limits<std::size_t>::max();
+
+/// Reads to the end, or to the limit, in growing blocks.
+/// @param readBlock  fills a block and returns the bytes in it, fewer at the end only
 template <typename ReadBlock>
-void ReadAll(ReadBlock readBlock, std::string* bytes) {
+void ReadAll(ReadBlock readBlock, std::size_t limit, std::string* bytes) {
     std::size_t size = 0;
-    while (true) {
-        const std::size_t block = std::max(SMALLEST_BLOCK, size);
+    while (size < limit) {
+        const std::size_t block = std::min(std::max(SMALLEST_BLOCK, size), limit - size);
         bytes->resize(size + block);
         const std::size_t count = readBlock(bytes->data() + size, block);
         size += count;
@@ -33,13 +37,13 @@ void ReadAll(ReadBlock readBlock, std::string* bytes) {
 }
 
 bool ReadStandardInput(std::string* bytes) {
-    ReadAll([](char* block, std::size_t size) { return std::fread(block, 1, size, stdin); }, bytes);
+    ReadAll([](char* block, std::size_t size) { return std::fread(block, 1, size, stdin); }, NO_LIMIT, bytes);
     const bool failed = std::ferror(stdin) != 0;
     std::clearerr(stdin);
     return !failed;
 }
 
-bool ReadFile(const std::string& name, std::string* bytes) {
+bool ReadFile(const std::string& name, std::size_t limit, std::string* bytes) {
     std::ifstream file(std::filesystem::path(name), std::ios::binary);
     if (!file)
         return false;
@@ -47,16 +51,20 @@ bool ReadFile(const std::string& name, std::string* bytes) {
         file.read(block, static_cast<std::streamsize>(size));
         return static_cast<std::size_t>(file.gcount());
     };
-    ReadAll(readBlock, bytes);
+    ReadAll(readBlock, limit, bytes);
     return !file.bad();
 }
 
 }  // namespace
 
 bool ReadInput(const std::string& name, std::string* bytes) {
+    return ReadInputStart(name, NO_LIMIT, bytes);
+}
+
+bool ReadInputStart(const std::string& name, std::size_t size, std::string* bytes) {
     bytes->clear();
     try {
-        return name == "-" ? ReadStandardInput(bytes) : ReadFile(name, bytes);
+        return name == "-" ? ReadStandardInput(bytes) : ReadFile(name, size, bytes);
     } catch (const std::bad_alloc&) {
         return false;
     } catch (const std::length_error&) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace Kestra::Tool {
@@ -7,6 +8,9 @@ namespace Kestra::Tool {
 /// Reads a whole file, pipe or device, or standard input for the name "-".
 /// @return false when it cannot be opened, or not be read to its end
 bool ReadInput(const std::string& name, std::string* bytes);
+
+/// Reads a file only as far as its first `size` bytes. Standard input is read to its end all the same.
+bool ReadInputStart(const std::string& name, std::size_t size, std::string* bytes);
 
 /// A file name for one line of text: control characters as `\x1B`, everything else as it is.
 std::string PrintableName(const std::string& name);

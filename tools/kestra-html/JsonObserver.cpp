@@ -1,88 +1,6 @@
 #include "tools/kestra-html/JsonObserver.h"
 
-#include "platform/StringHelper.h"
-#include "tools/kestra-html/JsonText.h"
-
 namespace Kestra::Tool {
-
-JsonLine::JsonLine(LineSink* lineSink) : sink(lineSink), writer(buffer) {}
-
-void JsonLine::Begin(std::string_view event) {
-    buffer.Clear();
-    writer.Reset(buffer);
-    writer.StartObject();
-    writer.Key("event");
-    writer.String(event.data(), static_cast<rapidjson::SizeType>(event.size()));
-}
-
-void JsonLine::End() {
-    writer.EndObject();
-    sink->Line(std::string_view(buffer.GetString(), buffer.GetSize()));
-}
-
-void JsonLine::Bool(const char* name, bool value) {
-    writer.Key(name);
-    writer.Bool(value);
-}
-
-void JsonLine::Number(const char* name, std::uint64_t value) {
-    writer.Key(name);
-    writer.Uint64(value);
-}
-
-void JsonLine::String(const char* name, const std::string* bytes) {
-    Text(name, bytes);
-}
-
-void JsonLine::String(const char* name, const WideString* text) {
-    Text(name, text);
-}
-
-template <typename S>
-void JsonLine::Text(const char* name, const S* text) {
-    writer.Key(name);
-    if (text == nullptr) {
-        writer.Null();
-        return;
-    }
-    scratch.clear();
-    AppendJsonString(&scratch, *text);
-    writer.RawValue(scratch.data(), scratch.size(), rapidjson::kStringType);
-}
-
-template <typename T>
-void JsonLine::List(const char* name, const Vector<T>* items) {
-    writer.Key(name);
-    if (items == nullptr) {
-        writer.Null();
-        return;
-    }
-    writer.StartArray();
-    for (const T& item : *items) {
-        writer.StartObject();
-        Item(item);
-        writer.EndObject();
-    }
-    writer.EndArray();
-}
-
-template <typename C, typename S>
-void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
-    String("prefix", &attribute.prefix);
-    String("name", &attribute.name);
-    String("beforeEquals", &attribute.beforeEquals);
-    String("afterEquals", &attribute.afterEquals);
-    String("value", &attribute.value);
-    Number("quote", attribute.quote);
-    Bool("hasValue", attribute.hasValue);
-}
-
-template <typename C, typename S>
-void JsonLine::Item(const HTML::EntityToken<C, S>& token) {
-    String("prefix", &token.prefix);
-    String("value", &token.value);
-    Number("quote", token.quote);
-}
 
 template <typename C, typename S>
 JsonObserver<C, S>::JsonObserver(LineSink* lineSink) : line(lineSink) {}
@@ -249,9 +167,7 @@ void JsonObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
 }
 
 template <typename C, typename S>
-void JsonObserver<C, S>::WriteResult(const TokensPassResult& result, const std::string& inputName) {
-    WideString file;  // names are UTF-8; a byte that is not is written as U+FFFD
-    StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, inputName.data(), inputName.size(), &file);
+void JsonObserver<C, S>::WriteResult(const ParsePassResult& result, const std::string& inputName) {
     line.Begin("Result");
     line.Number("startParse", result.startParse);
     line.Number("parse", result.parse);
@@ -263,7 +179,7 @@ void JsonObserver<C, S>::WriteResult(const TokensPassResult& result, const std::
     line.Bool("isWParser", result.isWParser);
     line.Bool("hasCharsetErrors", result.hasCharsetErrors);
     line.Bool("needsReparsing", result.needsReparsing);
-    line.String("file", &file);
+    line.File(inputName);
     line.End();
 }
 

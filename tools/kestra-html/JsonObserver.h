@@ -1,8 +1,5 @@
 #pragma once
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,43 +7,11 @@
 #include "html/framework/ParserObserver.h"
 #include "html/framework/TokenRecords.h"
 #include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Vector.h"
+#include "tools/kestra-html/JsonLine.h"
 #include "tools/kestra-html/LineSink.h"
-#include "tools/kestra-html/TokensPass.h"
+#include "tools/kestra-html/ParsePass.h"
 
 namespace Kestra::Tool {
-
-/// One JSON object on one line, member by member in the order of the calls.
-class JsonLine {
-public:
-    explicit JsonLine(LineSink* lineSink);
-
-    void Begin(std::string_view event);
-    void End();
-
-    void Bool(const char* name, bool value);
-    void Number(const char* name, std::uint64_t value);
-    /// A null pointer is written as `null`.
-    void String(const char* name, const std::string* bytes);
-    void String(const char* name, const WideString* text);
-    /// A null list is written as `null`.
-    template <typename T>
-    void List(const char* name, const Vector<T>* items);
-
-private:
-    template <typename C, typename S>
-    void Item(const HTML::Attribute<C, S>& attribute);
-    template <typename C, typename S>
-    void Item(const HTML::EntityToken<C, S>& token);
-    template <typename S>
-    void Text(const char* name, const S* text);
-
-    LineSink* sink;
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer;
-    std::string scratch;
-};
 
 /// Writes one object for each callback: `event` is the callback's name without "On", the other members are the fields of its record.
 template <typename C, typename S>
@@ -78,7 +43,7 @@ public:
     void OnJunkData(HTML::JunkData<C, S>* data) override;
 
     /// Writes the last line of an input. @param inputName  as given on the command line
-    void WriteResult(const TokensPassResult& result, const std::string& inputName);
+    void WriteResult(const ParsePassResult& result, const std::string& inputName);
 
 private:
     void Plain(std::string_view event);

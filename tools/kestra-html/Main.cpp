@@ -1,5 +1,9 @@
+#include <variant>
+
+#include "tools/kestra-html/CheckCommand.h"
 #include "tools/kestra-html/CommandLine.h"
 #include "tools/kestra-html/Console.h"
+#include "tools/kestra-html/DetectCommand.h"
 #include "tools/kestra-html/ExitStatus.h"
 #include "tools/kestra-html/Terminal.h"
 #include "tools/kestra-html/TokensCommand.h"
@@ -24,6 +28,18 @@ ExitStatus GiveAnswer(const CommandLine& commandLine, Console* console) {
     return EXIT_STATUS_GOOD;
 }
 
+ExitStatus Run(const TokensOptions& options, Console* console) {
+    return RunTokens(options, console);
+}
+
+ExitStatus Run(const CheckOptions& options, Console* console) {
+    return RunCheck(options, console);
+}
+
+ExitStatus Run(const DetectOptions& options, Console* console) {
+    return RunDetect(options, console);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -32,5 +48,5 @@ int main(int argc, char** argv) {
     const CommandLine commandLine = ParseCommandLine(argc, argv);
     if (commandLine.answered)
         return GiveAnswer(commandLine, &console);
-    return RunTokens(commandLine.tokens, &console);
+    return std::visit([&console](const auto& options) { return Run(options, &console); }, commandLine.run);
 }

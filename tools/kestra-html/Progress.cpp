@@ -48,6 +48,13 @@ void Progress::Advance(std::uint64_t bytesDone) {
         Draw(bytesDone);
 }
 
+void Progress::Follow(std::size_t number, const std::string& name, std::uint64_t bytesDone, std::uint64_t size) {
+    inputNumber = number;
+    inputName = Shorten(PrintableName(name));
+    inputSize = size;
+    Advance(bytesDone);
+}
+
 void Progress::Draw(std::uint64_t bytesDone) {
     if (!terminal || (inputCount <= 1 && inputSize <= LARGE_INPUT))
         return;

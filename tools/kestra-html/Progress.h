@@ -21,6 +21,8 @@ public:
     void StartInput(std::size_t number, const std::string& name, std::uint64_t size);
     /// Draws anew when the last time was long enough ago.
     void Advance(std::uint64_t bytesDone);
+    /// The same, for whichever input is waited for.
+    void Follow(std::size_t number, const std::string& name, std::uint64_t bytesDone, std::uint64_t size);
     /// Takes the line off the terminal until the next drawing.
     void Hide();
 

@@ -59,7 +59,13 @@ std::string_view GetResultMeaning(std::uint32_t code) {
     return "an unknown result code";
 }
 
-std::string DescribeFailures(const TokensPassResult& result) {
+std::string_view GetDetectionMeaning(std::uint32_t code) {
+    if (code == RESULT_UNAVAILABLE)
+        return "the charset detector has no usable answer, as for plain ASCII, or cannot be started";
+    return GetResultMeaning(code);
+}
+
+std::string DescribeFailures(const ParsePassResult& result) {
     std::string text;
     AppendCall(&text, "StartParse", result.startParse);
     AppendCall(&text, "parsing", result.parse);

@@ -4,14 +4,17 @@
 #include <string>
 #include <string_view>
 
-#include "tools/kestra-html/TokensPass.h"
+#include "tools/kestra-html/ParsePass.h"
 
 namespace Kestra::Tool {
 
 /// What a result code means, in a few words.
 std::string_view GetResultMeaning(std::uint32_t code);
 
+/// The same for what `DetectCharset` returns, where 11 is about the detector.
+std::string_view GetDetectionMeaning(std::uint32_t code);
+
 /// Names every call that did not return 0, with its code and the meaning, and the place where the parser stood. Empty for a good pass.
-std::string DescribeFailures(const TokensPassResult& result);
+std::string DescribeFailures(const ParsePassResult& result);
 
 }  // namespace Kestra::Tool

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "platform/Characters.h"
+#include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/ResultText.h"
 #include "tools/trace/TokenTrace.h"
 
@@ -15,15 +16,6 @@ namespace {
 
 std::uint64_t& CountOf(std::array<std::uint64_t, TOKEN_KIND_COUNT>* counts, TokenKind kind) {
     return (*counts)[static_cast<std::size_t>(kind)];
-}
-
-std::string DescribeCharset(StringNS::CharSet::Code code) {
-    if (code == StringNS::CharSet::UNKNOWN)
-        return "unknown";
-    std::string name;
-    for (const WideChar letter : StringNS::CharSet::GetCharSetName(code))
-        name.push_back(static_cast<char>(letter));  // registered names are ASCII
-    return name.empty() ? fmt::format("{}", code) : fmt::format("{} ({})", code, name);
 }
 
 }  // namespace
@@ -164,7 +156,7 @@ void TextObserver<C, S>::Print(TokenKind kind, std::string_view text) {
 }
 
 template <typename C, typename S>
-void TextObserver<C, S>::WriteSummary(const TokensPassResult& result, std::uint64_t size, bool restarted) {
+void TextObserver<C, S>::WriteSummary(const ParsePassResult& result, std::uint64_t size, bool restarted) {
     sink->Line(fmt::format("bytes    {}", size));
     sink->Line(fmt::format("tokens   {}", CountedKinds()));
     sink->Line(fmt::format("charset  {}{}{}{}", DescribeCharset(result.charset), result.isWParser ? ", 16-bit parser" : "",

@@ -10,9 +10,9 @@
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/ParsePass.h"
 #include "tools/kestra-html/Place.h"
 #include "tools/kestra-html/TokenKind.h"
-#include "tools/kestra-html/TokensPass.h"
 
 namespace Kestra::Tool {
 
@@ -50,7 +50,7 @@ public:
 
     /// Writes what became of the input: bytes, tokens by kind, charset, result.
     /// @param restarted  an earlier pass was abandoned because it found the charset
-    void WriteSummary(const TokensPassResult& result, std::uint64_t size, bool restarted);
+    void WriteSummary(const ParsePassResult& result, std::uint64_t size, bool restarted);
 
 private:
     template <typename Record>

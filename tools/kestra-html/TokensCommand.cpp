@@ -8,15 +8,14 @@
 #include <string>
 
 #include "html/framework/ParserObserver.h"
-#include "html/framework/ResultCodes.h"
 #include "html/parser/GenericParser.h"
 #include "platform/Characters.h"
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/JsonObserver.h"
+#include "tools/kestra-html/ParsePass.h"
 #include "tools/kestra-html/ResultText.h"
 #include "tools/kestra-html/Terminal.h"
 #include "tools/kestra-html/TextObserver.h"
-#include "tools/kestra-html/TokensPass.h"
 
 namespace Kestra::Tool {
 
@@ -28,9 +27,6 @@ using HTML::GenericParser;
 struct Input {
     std::string name;
     std::string bytes;
-    StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
-    GenericParser::DataStreamType type = GenericParser::DATA_STREAM_AUTO;
-    bool restarted = false;  ///< the charset was found in a pass that is abandoned
 };
 
 class TokensCommand {
@@ -56,78 +52,76 @@ private:
     ExitStatus RunInput(std::size_t index) {
         Input input;
         input.name = options.inputs[index];
-        input.charset = options.charset;
-        input.type = options.input;
         if (!ReadInput(input.name, &input.bytes)) {
             console->Diagnose(input.name, "cannot be read");
             return EXIT_STATUS_UNREADABLE;
         }
         console->GetProgress().StartInput(index + 1, input.name, input.bytes.size());
-        if (options.format == TokensOptions::Format::TEXT && options.inputs.size() > 1)
+        if (options.format == OutputFormat::TEXT && options.inputs.size() > 1)
             console->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(input.name)));
         try {
-            return RunPasses(&input);
+            return RunPasses(input);
         } catch (const std::bad_alloc&) {
             console->Diagnose(input.name, "not enough memory");
             return EXIT_STATUS_FAILED;
         }
     }
 
-    ExitStatus RunPasses(Input* input) {
-        if (options.reparse)
-            FindCharset(input);
-        const TokensPassResult result = options.observer == TokensOptions::Observer::NARROW ? WriteTokens<char, std::string>(*input)
-                                                                                            : WriteTokens<WideChar, WideString>(*input);
+    ExitStatus RunPasses(const Input& input) {
+        const ParseStart start = options.reparse ? FindStart(input) : ParseStart(options);
+        const ParsePassResult result = options.observer == TokensOptions::Observer::NARROW
+                                           ? WriteTokens<char, std::string>(input, start)
+                                           : WriteTokens<WideChar, WideString>(input, start);
         if (result.IsGood())
             return EXIT_STATUS_GOOD;
-        console->Diagnose(input->name, DescribeFailures(result));
+        console->Diagnose(input.name, DescribeFailures(result));
         return EXIT_STATUS_FAILED;
     }
 
-    /// Only a document of unknown charset can end with another one. It is parsed ahead without output, so that no token of a pass that
-    /// has to be abandoned is written, and nothing has to be stored.
-    void FindCharset(Input* input) {
-        if (input->charset != StringNS::CharSet::UNKNOWN || input->type == GenericParser::DATA_STREAM_UTF16)
-            return;
-        const TokensPassResult result = options.observer == TokensOptions::Observer::NARROW ? ParseSilently<char, std::string>(*input)
-                                                                                            : ParseSilently<WideChar, WideString>(*input);
-        if (result.parse != HTML::PARSER_PARSE_AGAIN)
-            return;
-        input->restarted = true;
-        input->charset = result.charset;
-        if (result.charset == StringNS::CharSet::UTF16_LE)
-            input->type = GenericParser::DATA_STREAM_UTF16;
+    /// A document that may have to be started again is parsed ahead without output, so that no token of a pass that has to be abandoned
+    /// is written, and nothing has to be stored.
+    ParseStart FindStart(const Input& input) {
+        ParseStart start(options);
+        bool isAbandoned = true;
+        while (isAbandoned && start.CanRestart()) {
+            isAbandoned =
+                start.Restart(options.observer == TokensOptions::Observer::NARROW ? ParseSilently<char, std::string>(input, start)
+                                                                                  : ParseSilently<WideChar, WideString>(input, start));
+        }
+        return start;
     }
 
     template <typename C, typename S>
-    TokensPassResult ParseSilently(const Input& input) {
+    ParsePassResult ParseSilently(const Input& input, const ParseStart& start) {
         HTML::ParserObserver<C, S> observer;  // its flavour decides whether text is converted, and so where a parse is abandoned
         GenericParser parser;
         parser.SetObserver(&observer, false);
-        return Parse(&parser, input);
+        ParseOptions silentOptions = options;
+        silentOptions.selfCheck = GenericParser::SELF_CHECK_OFF;
+        return Parse(&parser, input, start, silentOptions);
     }
 
     template <typename C, typename S>
-    TokensPassResult WriteTokens(const Input& input) {
+    ParsePassResult WriteTokens(const Input& input, const ParseStart& start) {
         GenericParser parser;
-        TokensPassResult result;
-        if (options.format == TokensOptions::Format::JSON) {
+        ParsePassResult result;
+        if (options.format == OutputFormat::JSON) {
             JsonObserver<C, S> observer(console);
             parser.SetObserver(&observer, false);
-            result = Parse(&parser, input);
+            result = Parse(&parser, input, start, options);
             observer.WriteResult(result, input.name);
         } else {
             TextObserver<C, S> observer(console, &parser, colour);
             parser.SetObserver(&observer, false);
-            result = Parse(&parser, input);
-            observer.WriteSummary(result, input.bytes.size(), input.restarted);
+            result = Parse(&parser, input, start, options);
+            observer.WriteSummary(result, input.bytes.size(), start.WasRestarted());
         }
         return result;
     }
 
-    TokensPassResult Parse(GenericParser* parser, const Input& input) {
+    ParsePassResult Parse(GenericParser* parser, const Input& input, const ParseStart& start, const ParseOptions& parseOptions) {
         const BytesDone bytesDone = [this](std::uint64_t bytes) { console->GetProgress().Advance(bytes); };
-        return RunTokensPass(parser, input.bytes, input.charset, input.type, options, bytesDone);
+        return RunParsePass(parser, input.bytes, start, parseOptions, bytesDone);
     }
 
     const TokensOptions& options;

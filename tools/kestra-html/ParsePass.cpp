@@ -1,4 +1,4 @@
-#include "tools/kestra-html/TokensPass.h"
+#include "tools/kestra-html/ParsePass.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -30,20 +30,60 @@ std::uint32_t FeedBuffers(HTML::GenericParser* parser, std::string_view content,
 
 }  // namespace
 
-bool TokensPassResult::IsGood() const {
-    return startParse == HTML::PARSER_OK && parse == HTML::PARSER_OK && endParse == HTML::PARSER_OK;
+bool ParsePassResult::IsGood() const {
+    return GetFirstFailure() == HTML::PARSER_OK;
 }
 
-TokensPassResult RunTokensPass(HTML::GenericParser* parser, std::string_view content, StringNS::CharSet::Code charset,
-                               HTML::GenericParser::DataStreamType type, const TokensOptions& options, const BytesDone& bytesDone) {
+std::uint32_t ParsePassResult::GetFirstFailure() const {
+    for (const std::uint32_t code : {startParse, parse, endParse}) {
+        if (code != HTML::PARSER_OK)
+            return code;
+    }
+    return HTML::PARSER_OK;
+}
+
+ParseStart::ParseStart(const ParseOptions& options) : charset(options.charset), type(options.input) {}
+
+StringNS::CharSet::Code ParseStart::GetCharset() const {
+    return charset;
+}
+
+void ParseStart::SetCharset(StringNS::CharSet::Code code) {
+    charset = code;
+}
+
+HTML::GenericParser::DataStreamType ParseStart::GetType() const {
+    return type;
+}
+
+bool ParseStart::WasRestarted() const {
+    return restarts > 0;
+}
+
+bool ParseStart::CanRestart() const {
+    return charset == StringNS::CharSet::UNKNOWN && type != HTML::GenericParser::DATA_STREAM_UTF16 && restarts < MOST_RESTARTS;
+}
+
+bool ParseStart::Restart(const ParsePassResult& result) {
+    if (result.parse != HTML::PARSER_PARSE_AGAIN || restarts == MOST_RESTARTS)
+        return false;
+    ++restarts;
+    charset = result.charset;
+    if (charset == StringNS::CharSet::UTF16_LE)
+        type = HTML::GenericParser::DATA_STREAM_UTF16;
+    return true;
+}
+
+ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
+                             const BytesDone& bytesDone) {
     PieceStream stream(content, options.pieceSize, bytesDone);  // the parser re-reads it until `EndParse`
-    parser->SetSelfCheck(HTML::GenericParser::SELF_CHECK_OFF);
+    parser->SetSelfCheck(options.selfCheck);
     parser->SetDetectCharsetErrors(options.detectCharsetErrors);
     parser->SetChrDetMinConfidence(options.minConfidence);
 
-    TokensPassResult result;
-    result.startParse = parser->StartParse(charset, type);
-    if (options.feed == TokensOptions::Feed::STREAM)
+    ParsePassResult result;
+    result.startParse = parser->StartParse(start.GetCharset(), start.GetType());
+    if (options.feed == ParseOptions::Feed::STREAM)
         result.parse = parser->ParseStream(&stream, false);
     else
         result.parse = FeedBuffers(parser, content, options.pieceSize, bytesDone);

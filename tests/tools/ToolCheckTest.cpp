@@ -1,0 +1,332 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+
+namespace Kestra::Test {
+namespace {
+
+using namespace std::string_literals;
+
+namespace fs = std::filesystem;
+
+constexpr const char* DIFFERENT = "ab<?xml a/ >c";
+constexpr const char* DIAGNOSIS_704 = "EndParse returned 704: the tokens written back differ from the input";
+
+/// Rates, the only numbers that differ from run to run, as "R".
+std::string WithoutRates(std::string output) {
+    static constexpr std::string_view UNIT = " MB/s";
+    for (std::size_t end = output.find(UNIT); end != std::string::npos; end = output.find(UNIT, end + UNIT.size())) {
+        const std::size_t begin = output.rfind(' ', end - 1) + 1;
+        EXPECT_EQ(output.find_first_not_of("0123456789.", begin), end) << output;
+        output.replace(begin, end - begin, "R");
+        end = begin + 1;
+    }
+    return output;
+}
+
+class ToolCheck : public testing::Test {
+protected:
+    ToolCheck() {
+        settings.folder = folder.GetPath().string();
+    }
+
+    void Write(const fs::path& name, std::string_view bytes) {
+        fs::create_directories((folder.GetPath() / name).parent_path());
+        folder.Write(name, bytes);
+    }
+
+    ToolRun Run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "check");
+        return RunTool(arguments, settings);
+    }
+
+    ToolRun RunOn(const std::string& input, std::vector<std::string> arguments) {
+        settings.input = input;
+        return Run(std::move(arguments));
+    }
+
+    TemporaryFolder folder;
+    ToolSettings settings;
+};
+
+TEST_F(ToolCheck, JsonOfAReproducedInput) {
+    const ToolRun run = RunOn("<p>a</p><script>// b\n</script>", {"--format", "json"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output, R"({"file":"-","bytes":30,"tokens":7,"endParse":0,"identical":true,"firstDifference":null})"
+                          "\n");
+}
+
+TEST_F(ToolCheck, JsonOfADifference) {
+    const ToolRun run = RunOn(DIFFERENT, {"--format", "json", "--charset", "1252"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n");
+    EXPECT_EQ(run.output, R"({"file":"-","bytes":13,"tokens":3,"endParse":704,"identical":false,"firstDifference":9})"
+                          "\n");
+}
+
+TEST_F(ToolCheck, TextOfAReproducedInput) {
+    const ToolRun run = RunOn("<p>a</p>", {});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(WithoutRates(run.output), "-: ok, 8 bytes, 3 tokens, R MB/s\n1 file, 8 bytes, 3 tokens, R MB/s, 1 reproduced\n");
+}
+
+TEST_F(ToolCheck, TextOfADifferenceNamesTheByteAndItsToken) {
+    const ToolRun run = RunOn(DIFFERENT, {"--charset", "1252"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n");
+    EXPECT_EQ(WithoutRates(run.output),
+              "-: 704, the tokens written back differ from the input, 13 bytes, 3 tokens, R MB/s; "
+              "first difference at byte 9, in the token from byte 2 on: extern(|xml|{ |a}| , slash)\n"
+              "1 file, 13 bytes, 3 tokens, R MB/s, 0 reproduced\n");
+}
+
+TEST_F(ToolCheck, Utf16BodiesAreNotReproduced) {
+    const ToolRun run = RunOn("\xFF\xFE<\0!\0-\0-\0a\0-\0-\0>\0x\0"s, {});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("first difference at byte 11, in the token from byte 2 on: comment(a)\n"), std::string::npos) << run.output;
+    EXPECT_EQ(RunOn("\xFF\xFE<\0!\0-\0-\0-\0-\0>\0x\0"s, {}).status, 0) << "an empty body is whole";
+}
+
+TEST_F(ToolCheck, BytesThatNoTokenHolds) {
+    const ToolRun dropped = RunOn("\xEFxy", {"--piece-size", "1"});
+    EXPECT_EQ(dropped.status, 1);
+    EXPECT_EQ(dropped.errors, "-: is not reproduced, first difference at byte 0, in no token\n");
+    EXPECT_NE(dropped.output.find("-: 0, but not reproduced, 3 bytes, 1 token, "), std::string::npos) << dropped.output;
+    EXPECT_NE(dropped.output.find("; first difference at byte 0, in no token\n"), std::string::npos) << dropped.output;
+    const ToolRun lost = RunOn("\xFF", {});
+    EXPECT_EQ(lost.status, 1);
+    EXPECT_EQ(lost.errors, "-: is not reproduced, first difference at byte 0, there is no copy\n");
+    EXPECT_EQ(RunOn("\xFF", {"--format", "json"}).output,
+              "{\"file\":\"-\",\"bytes\":1,\"tokens\":0,\"endParse\":0,\"identical\":false,\"firstDifference\":0}\n");
+}
+
+TEST_F(ToolCheck, AnotherResultCode) {
+    const ToolRun run = RunOn("a<b / >", {"--feed", "buffer", "--charset", "1252"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("-: 11, malformed markup, a required part is missing or cannot be recognized, 7 bytes, 1 token, "),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("; first difference at byte 1, in the token from byte 0 on: text(a)\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.errors.find("-: parsing returned 11: "), std::string::npos) << run.errors;
+    EXPECT_EQ(RunOn("a<b / >", {"--charset", "1252"}).status, 0) << "a stream is read again";
+}
+
+TEST_F(ToolCheck, AnEmptyInput) {
+    const ToolRun run = RunOn("", {"--format", "json"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.output, "{\"file\":\"-\",\"bytes\":0,\"tokens\":0,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n");
+    EXPECT_EQ(RunOn("", {}).output, "-: ok, 0 bytes, 0 tokens, 0.0 MB/s\n1 file, 0 bytes, 0 tokens, 0.0 MB/s, 1 reproduced\n");
+}
+
+TEST_F(ToolCheck, TheOptionsOfThePassAreUsed) {
+    // As UTF-16, as 8-bit text behind what is no mark then, and in pieces that cut the condition in two.
+    EXPECT_NE(RunOn("a\0b\0"s, {"--input", "utf16", "--format", "json"}).output.find("\"tokens\":1,"), std::string::npos);
+    EXPECT_EQ(RunOn("abc", {"--input", "utf16"}).status, 1);
+    EXPECT_EQ(RunOn("\xEF", {"--input", "8bit"}).status, 0);
+    EXPECT_EQ(RunOn("<![if x] tail>y", {}).status, 0);
+    EXPECT_EQ(RunOn("<![if x] tail>y", {"--piece-size", "10"}).status, 1);
+    EXPECT_EQ(RunOn("<![if x] tail>y", {"--piece-size", "10", "--feed", "buffer"}).status, 1);
+    const std::string escaped = "\x1B$B<b>a\x1B(B";
+    EXPECT_NE(RunOn(escaped, {"--charset", "50221", "--format", "json"}).output.find("\"tokens\":1,"), std::string::npos);
+    EXPECT_NE(RunOn(escaped, {"--charset", "1252", "--format", "json"}).output.find("\"tokens\":3,"), std::string::npos);
+}
+
+TEST_F(ToolCheck, ALateCharsetIsFollowed) {
+    const std::string declared = "<p>\xC1</p><meta charset=iso-2022-jp>\x1B$B<b>a\x1B(B";
+    const ToolRun run = RunOn(declared, {"--format", "json"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_NE(run.output.find("\"tokens\":5,\"endParse\":0,\"identical\":true"), std::string::npos) << run.output;
+    const ToolRun stopped = RunOn(declared, {"--format", "json", "--no-reparse"});
+    EXPECT_EQ(stopped.status, 1);
+    EXPECT_NE(stopped.output.find("\"identical\":false"), std::string::npos) << stopped.output;
+    EXPECT_NE(stopped.errors.find("-: parsing returned 705: another charset was found"), std::string::npos) << stopped.errors;
+
+    // Only as UTF-16 it has comments, which are not reproduced there.
+    std::string detected;
+    while (detected.size() < 1000) {
+        for (const char letter : "<p>An English text that goes on for a while</p><!--c-->\n"s)
+            detected += {letter, '\0'};
+    }
+    const ToolRun wide = RunOn(detected, {"--format", "json"});
+    EXPECT_EQ(wide.status, 1);
+    EXPECT_NE(wide.output.find("\"endParse\":704,"), std::string::npos) << wide.output;
+    const ToolRun unknown = RunOn(detected, {"--format", "json", "--min-confidence", "101"});
+    EXPECT_EQ(unknown.status, 0) << unknown.errors;
+    EXPECT_NE(unknown.output.find("\"identical\":true"), std::string::npos) << unknown.output;
+}
+
+TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
+    Write("good", "<p>");
+    Write("bad", DIFFERENT);
+    const struct {
+        std::vector<std::string> files;
+        int status;
+        std::string errors;
+        std::string output;
+    } CASES[] = {
+        {{"good", "none", "good"},
+         3,
+         "none: cannot be read\n",
+         "good: ok, 3 bytes, 1 token, R MB/s\ngood: ok, 3 bytes, 1 token, R MB/s\n"
+         "2 files, 6 bytes, 2 tokens, R MB/s, 2 reproduced, 1 not checked\n"},
+        {{"none", "bad"},
+         3,
+         "none: cannot be read\nbad: "s + DIAGNOSIS_704 + " (line 1, column 14)\n",
+         "bad: 704, the tokens written back differ from the input, 13 bytes, 3 tokens, R MB/s; "
+         "first difference at byte 9, in the token from byte 2 on: extern(|xml|{ |a}| , slash)\n"
+         "1 file, 13 bytes, 3 tokens, R MB/s, 0 reproduced, 1 not checked\n"},
+        {{"none"}, 3, "none: cannot be read\n", "0 files, 0 bytes, 0 tokens, R MB/s, 0 reproduced, 1 not checked\n"},
+        {{".", "good"},
+         3,
+         ".: cannot be read\n",
+         "good: ok, 3 bytes, 1 token, R MB/s\n1 file, 3 bytes, 1 token, R MB/s, 1 reproduced, 1 not checked\n"},
+        {{"good", "no\nne"},
+         3,
+         "no\\x0Ane: cannot be read\n",
+         "good: ok, 3 bytes, 1 token, R MB/s\n1 file, 3 bytes, 1 token, R MB/s, 1 reproduced, 1 not checked\n"},
+    };
+    for (const auto& row : CASES) {
+        for (const char* const jobs : {"1", "3"}) {
+            std::vector<std::string> arguments = row.files;
+            arguments.insert(arguments.begin(), {"--charset", "1252", "--jobs", jobs});
+            const ToolRun run = Run(arguments);
+            EXPECT_EQ(run.status, row.status) << testing::PrintToString(row.files);
+            EXPECT_EQ(run.errors, row.errors);
+            EXPECT_EQ(WithoutRates(run.output), row.output);
+        }
+    }
+    const ToolRun json = Run({"--format", "json", "none", "good"});
+    EXPECT_EQ(json.status, 3);
+    EXPECT_EQ(json.output, "{\"file\":\"good\",\"bytes\":3,\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n")
+        << "no summary, and nothing of what was not checked";
+}
+
+TEST_F(ToolCheck, FoldersAreWalked) {
+    Write("site/b.html", "b");
+    Write("site/a/x.XHTML", "xx");
+    Write("site/a/skipped.txt", DIFFERENT);
+    Write("site/z.htm", "zzz");
+    Write("notes.txt", "note");
+    const ToolRun run = Run({"--recursive", "--format", "json", "notes.txt", "site"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    std::string files;
+    for (std::size_t at = run.output.find("\"file\":\""); at != std::string::npos; at = run.output.find("\"file\":\"", at + 1))
+        files += run.output.substr(at + 8, run.output.find('"', at + 8) - at - 8) + ";";
+    EXPECT_EQ(files, "notes.txt;site/a/x.XHTML;site/b.html;site/z.htm;");
+
+    const ToolRun missing = Run({"--recursive", "none", "site"});
+    EXPECT_EQ(missing.status, 3);
+    EXPECT_EQ(missing.errors, "none: cannot be read\n");
+    EXPECT_NE(missing.output.find("\n3 files, 6 bytes, 3 tokens, "), std::string::npos) << missing.output;
+    const ToolRun without = Run({"site"});
+    EXPECT_EQ(without.status, 3);
+    EXPECT_EQ(without.errors, "site: cannot be read\n");
+
+    fs::create_directory(folder.GetPath() / "empty");
+    const ToolRun nothing = Run({"--recursive", "empty"});
+    EXPECT_EQ(nothing.status, 0);
+    EXPECT_EQ(nothing.output, "0 files, 0 bytes, 0 tokens, 0.0 MB/s, 0 reproduced\n");
+}
+
+TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
+    // Long and short ones in turn, so that later ones are ready first.
+    std::vector<std::string> arguments = {"--format", "json"};
+    std::string expected;
+    std::string expectedErrors;
+    for (std::size_t i = 0; i < 120; ++i) {
+        const std::string name = "page" + std::to_string(i);
+        const std::size_t size = i % 10 == 0 ? 300000 : i;
+        arguments.push_back(name);
+        if (i % 7 == 3) {
+            expectedErrors += name + ": cannot be read\n";
+            continue;
+        }
+        Write(name, std::string(size, 'x'));
+        expected += "{\"file\":\"" + name + "\",\"bytes\":" + std::to_string(size) + ",\"tokens\":" + (size > 0 ? "1" : "0") +
+                    ",\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
+    }
+    for (const char* const jobs : {"1", "2", "16", "1024"}) {
+        std::vector<std::string> withJobs = arguments;
+        withJobs.insert(withJobs.begin(), {"--jobs", jobs});
+        const ToolRun run = Run(withJobs);
+        EXPECT_EQ(run.status, 3) << jobs;
+        EXPECT_EQ(run.output, expected) << jobs;
+        EXPECT_EQ(run.errors, expectedErrors) << jobs;
+    }
+}
+
+TEST_F(ToolCheck, StandardInputIsReadInItsTurn) {
+    Write("file", "f");
+    settings.input = "<p>s";
+    const ToolRun run = Run({"--format", "json", "--jobs", "4", "file", "-", "file", "-", "-"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    const auto line = [](const std::string& name, const std::string& sizes) {
+        return "{\"file\":\"" + name + "\"," + sizes + ",\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
+    };
+    const std::string file = line("file", "\"bytes\":1,\"tokens\":1");
+    const std::string nothing = line("-", "\"bytes\":0,\"tokens\":0");
+    EXPECT_EQ(run.output, file + line("-", "\"bytes\":4,\"tokens\":2") + file + nothing + nothing);
+
+    settings.input.reset();
+    const ToolRun closed = Run({"--format", "json", "-", "file"});
+    EXPECT_EQ(closed.status, 3);
+    EXPECT_EQ(closed.errors, "-: cannot be read\n");
+    EXPECT_EQ(closed.output, file);
+}
+
+TEST_F(ToolCheck, OutputThatCannotBeWritten) {
+    std::vector<std::string> arguments = {"--jobs", "2"};
+    for (int i = 0; i < 2000; ++i)
+        arguments.emplace_back("page");
+    Write("page", "a");
+    settings.output = Sink::FULL_DISK;
+    const ToolRun disk = Run(arguments);
+    EXPECT_EQ(disk.status, 1);
+    EXPECT_EQ(disk.errors, "standard output: cannot be written: No space left on device\n");
+    const ToolRun unreadable = Run({"none", "page"});
+    EXPECT_EQ(unreadable.status, 3);
+    EXPECT_EQ(unreadable.errors, "none: cannot be read\nstandard output: cannot be written: No space left on device\n");
+    settings.output = Sink::CLOSED_PIPE;
+    const ToolRun pipe = Run(arguments);
+    EXPECT_EQ(pipe.status, 1);
+    EXPECT_EQ(pipe.errors, "");
+}
+
+TEST_F(ToolCheck, ProgressOnATerminalOnly) {
+    const std::string page = [] {
+        std::string text;
+        while (text.size() < 3000000)
+            text += "<p class=x>text</p>\n";
+        return text;
+    }();
+    Write("first.html", page);
+    Write("second.html", "b");
+    const ToolRun quiet = Run({"--format", "json", "first.html", "none", "second.html"});
+    EXPECT_EQ(quiet.errors, "none: cannot be read\n");
+
+    settings.errors = Sink::TERMINAL;
+    const ToolRun shown = Run({"--format", "json", "first.html", "none", "second.html"});
+    EXPECT_EQ(shown.status, 3);
+    EXPECT_EQ(shown.output, quiet.output);
+    EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/3] first.html 0%\r") << shown.errors;
+    EXPECT_NE(shown.errors.find("\rnone: cannot be read\n"), std::string::npos) << "the line is hidden first";
+    EXPECT_TRUE(shown.errors.back() == '\r' || shown.errors.back() == '\n') << "and at the end";
+    EXPECT_EQ(Run({"second.html"}).errors, "") << "not for one small file";
+}
+
+TEST_F(ToolCheck, TheExamplePage) {
+    const ToolRun run = RunTool({"check", "--recursive", KESTRA_EXAMPLE_PAGES}, settings);
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_NE(run.output.find("saltmarsh-point.html: ok, "), std::string::npos) << run.output;
+}
+
+}  // namespace
+}  // namespace Kestra::Test

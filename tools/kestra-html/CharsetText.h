@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "platform/CharSet.h"
+
+namespace Kestra::Tool {
+
+/// A charset for one line of text: its code page and, in parentheses, its registered name; "unknown" for 0.
+std::string DescribeCharset(StringNS::CharSet::Code code);
+
+}  // namespace Kestra::Tool

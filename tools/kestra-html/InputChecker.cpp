@@ -1,0 +1,120 @@
+#include "tools/kestra-html/InputChecker.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <vector>
+
+#include "html/framework/ResultCodes.h"
+#include "platform/InputStream.h"
+#include "platform/Results.h"
+#include "platform/StringHelper.h"
+#include "tools/kestra-html/TokenFinder.h"
+#include "tools/kestra-html/TokenReceiver.h"
+
+namespace Kestra::Tool {
+
+namespace {
+
+using HTML::GenericParser;
+using StringNS::CharSet;
+
+constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+
+/// Binds an observer for the duration of a pass.
+class ObserverBinding {
+public:
+    ObserverBinding(GenericParser* boundParser, HTML::ParserObserver<WideChar, WideString>* observer) : parser(boundParser) {
+        parser->SetObserver(observer, false);
+    }
+    ObserverBinding(const ObserverBinding&) = delete;
+    ObserverBinding& operator=(const ObserverBinding&) = delete;
+    ~ObserverBinding() {
+        parser->SetObserver(static_cast<HTML::ParserObserver<WideChar, WideString>*>(nullptr), false);
+    }
+
+private:
+    GenericParser* parser;
+};
+
+/// @param copy  null stands for an empty copy; what cannot be read counts as missing
+std::optional<std::uint64_t> FindFirstDifference(std::string_view input, VFS::InputStream* copy) {
+    std::vector<char> block(BLOCK_SIZE);
+    std::uint64_t offset = 0;
+    while (copy != nullptr) {
+        std::uint64_t count = 0;
+        if (copy->Read(block.data(), block.size(), &count) != RESULT_OK || count == 0)
+            break;
+        const std::string_view expected = input.substr(offset, count);
+        const auto [differing, end] = std::mismatch(expected.begin(), expected.end(), block.begin());
+        const auto equal = static_cast<std::uint64_t>(differing - expected.begin());
+        offset += equal;
+        if (equal < count)
+            return offset;
+    }
+    return offset == input.size() ? std::nullopt : std::optional(offset);
+}
+
+/// The charset decides two things about the tokens: whether escapes of ISO-2022 are known, and whether it is looked for in the markup.
+/// A charset that there is no converter for would lose the tokens on their way to the observer, so any other one takes its place.
+void MakeConvertible(ParseStart* start) {
+    WideString text;
+    const CharSet::Code code = start->GetCharset();
+    if (code != CharSet::UNKNOWN && StringNS::StringHelper::GetWideFromGeneric(code, "a", 1, &text) == RESULT_UNSUPPORTED_CHARSET)
+        start->SetCharset(CharSet::WINDOWS_1252);
+}
+
+/// Bytes of a possible mark that end a piece and turn out to be none are dropped by the parser.
+std::uint64_t CountDroppedBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize) {
+    const bool looksForMark = start.GetType() != GenericParser::DATA_STREAM_8BIT && start.GetType() != GenericParser::DATA_STREAM_UTF16;
+    if (!looksForMark || pieceSize == 0 || input.starts_with("\xEF\xBB\xBF") || input.starts_with("\xFF\xFE"))
+        return 0;
+    const std::uint64_t alike = input.starts_with("\xEF\xBB") ? 2 : input.starts_with("\xEF") || input.starts_with("\xFF") ? 1 : 0;
+    return alike / pieceSize * pieceSize;
+}
+
+}  // namespace
+
+bool CheckOutcome::IsReproduced() const {
+    return !firstDifference.has_value();
+}
+
+bool CheckOutcome::IsGood() const {
+    return result.IsGood() && IsReproduced();
+}
+
+InputChecker::InputChecker(const CheckOptions& checkOptions) : options(checkOptions) {}
+
+CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesDone) {
+    CheckOutcome outcome;
+    ParseStart start(options);
+    do {
+        using Clock = std::chrono::steady_clock;
+        MakeConvertible(&start);
+        TokenCounter counter;
+        const ObserverBinding binding(&parser, &counter);
+        const Clock::time_point begin = Clock::now();
+        outcome.result = RunParsePass(&parser, input, start, options, bytesDone);
+        outcome.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+        outcome.tokens = counter.GetCount();
+    } while (options.reparse && start.Restart(outcome.result));
+    VFS::InputStream* const copy = parser.GetSelfCheckStream();
+    outcome.hasCopy = copy != nullptr;
+    outcome.firstDifference = FindFirstDifference(input, copy);
+    if (outcome.hasCopy && !outcome.IsReproduced() && options.format == OutputFormat::TEXT)
+        FindToken(input, start, bytesDone, &outcome);
+    return outcome;
+}
+
+/// Parses once more, in the same way.
+void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome) {
+    TokenFinder finder(&parser, input, CountDroppedBytes(input, start, options.pieceSize), *outcome->firstDifference);
+    const ObserverBinding binding(&parser, &finder);
+    ParseOptions findOptions = options;
+    findOptions.selfCheck = GenericParser::SELF_CHECK_OFF;
+    RunParsePass(&parser, input, start, findOptions, bytesDone);
+    outcome->token = finder.GetToken();
+    outcome->tokenStart = finder.GetTokenStart();
+}
+
+}  // namespace Kestra::Tool

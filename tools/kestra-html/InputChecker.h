@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "html/parser/GenericParser.h"
+#include "tools/kestra-html/CheckOptions.h"
+#include "tools/kestra-html/ParsePass.h"
+
+namespace Kestra::Tool {
+
+/// What the check of one input found.
+struct CheckOutcome {
+    ParsePassResult result;  ///< of the pass that counts
+    std::uint64_t tokens = 0;
+    double seconds = 0;                            ///< of that pass alone
+    bool hasCopy = false;                          ///< the parser has one; without, an empty one is compared
+    std::optional<std::uint64_t> firstDifference;  ///< byte offset; nothing when the copy equals the input
+    std::string token;                             ///< the one that holds that byte, in the trace language; empty when there is none
+    std::uint64_t tokenStart = 0;                  ///< byte offset
+
+    bool IsReproduced() const;
+    bool IsGood() const;
+};
+
+/// Parses inputs with the self-check that keeps a copy, and compares the copy with the input. Uses one parser for all of them.
+class InputChecker {
+public:
+    /// @param checkOptions  borrowed
+    explicit InputChecker(const CheckOptions& checkOptions);
+
+    /// @param bytesDone  called with the bytes that have been handed to the parser so far
+    CheckOutcome Check(std::string_view input, const BytesDone& bytesDone);
+
+private:
+    void FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome);
+
+    const CheckOptions& options;
+    HTML::GenericParser parser;
+};
+
+}  // namespace Kestra::Tool

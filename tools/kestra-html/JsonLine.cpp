@@ -1,0 +1,108 @@
+#include "tools/kestra-html/JsonLine.h"
+
+#include "platform/CharSet.h"
+#include "platform/StringHelper.h"
+#include "tools/kestra-html/JsonText.h"
+
+namespace Kestra::Tool {
+
+JsonLine::JsonLine(LineSink* lineSink) : sink(lineSink), writer(buffer) {}
+
+void JsonLine::Begin() {
+    buffer.Clear();
+    writer.Reset(buffer);
+    writer.StartObject();
+}
+
+void JsonLine::Begin(std::string_view event) {
+    Begin();
+    writer.Key("event");
+    writer.String(event.data(), static_cast<rapidjson::SizeType>(event.size()));
+}
+
+void JsonLine::End() {
+    writer.EndObject();
+    sink->Line(std::string_view(buffer.GetString(), buffer.GetSize()));
+}
+
+void JsonLine::Null(const char* name) {
+    writer.Key(name);
+    writer.Null();
+}
+
+void JsonLine::Bool(const char* name, bool value) {
+    writer.Key(name);
+    writer.Bool(value);
+}
+
+void JsonLine::Number(const char* name, std::uint64_t value) {
+    writer.Key(name);
+    writer.Uint64(value);
+}
+
+void JsonLine::String(const char* name, const std::string* bytes) {
+    Text(name, bytes);
+}
+
+void JsonLine::String(const char* name, const WideString* text) {
+    Text(name, text);
+}
+
+void JsonLine::File(const std::string& inputName) {
+    WideString file;
+    StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, inputName.data(), inputName.size(), &file);
+    String("file", &file);
+}
+
+template <typename S>
+void JsonLine::Text(const char* name, const S* text) {
+    writer.Key(name);
+    if (text == nullptr) {
+        writer.Null();
+        return;
+    }
+    scratch.clear();
+    AppendJsonString(&scratch, *text);
+    writer.RawValue(scratch.data(), scratch.size(), rapidjson::kStringType);
+}
+
+template <typename T>
+void JsonLine::List(const char* name, const Vector<T>* items) {
+    writer.Key(name);
+    if (items == nullptr) {
+        writer.Null();
+        return;
+    }
+    writer.StartArray();
+    for (const T& item : *items) {
+        writer.StartObject();
+        Item(item);
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+template <typename C, typename S>
+void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
+    String("prefix", &attribute.prefix);
+    String("name", &attribute.name);
+    String("beforeEquals", &attribute.beforeEquals);
+    String("afterEquals", &attribute.afterEquals);
+    String("value", &attribute.value);
+    Number("quote", attribute.quote);
+    Bool("hasValue", attribute.hasValue);
+}
+
+template <typename C, typename S>
+void JsonLine::Item(const HTML::EntityToken<C, S>& token) {
+    String("prefix", &token.prefix);
+    String("value", &token.value);
+    Number("quote", token.quote);
+}
+
+template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char, std::string>>* items);
+template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
+template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<char, std::string>>* items);
+template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<WideChar, WideString>>* items);
+
+}  // namespace Kestra::Tool

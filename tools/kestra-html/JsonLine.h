@@ -1,0 +1,54 @@
+#pragma once
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "html/framework/Attribute.h"
+#include "html/framework/EntityToken.h"
+#include "platform/Characters.h"
+#include "platform/Vector.h"
+#include "tools/kestra-html/LineSink.h"
+
+namespace Kestra::Tool {
+
+/// One JSON object on one line, member by member in the order of the calls.
+class JsonLine {
+public:
+    explicit JsonLine(LineSink* lineSink);
+
+    void Begin();
+    /// Begins with the member `event`.
+    void Begin(std::string_view event);
+    void End();
+
+    void Null(const char* name);
+    void Bool(const char* name, bool value);
+    void Number(const char* name, std::uint64_t value);
+    /// A null pointer is written as `null`.
+    void String(const char* name, const std::string* bytes);
+    void String(const char* name, const WideString* text);
+    /// The member `file`. Names are UTF-8; a byte that is not is written as U+FFFD.
+    void File(const std::string& inputName);
+    /// A null list is written as `null`.
+    template <typename T>
+    void List(const char* name, const Vector<T>* items);
+
+private:
+    template <typename C, typename S>
+    void Item(const HTML::Attribute<C, S>& attribute);
+    template <typename C, typename S>
+    void Item(const HTML::EntityToken<C, S>& token);
+    template <typename S>
+    void Text(const char* name, const S* text);
+
+    LineSink* sink;
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer;
+    std::string scratch;
+};
+
+}  // namespace Kestra::Tool

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "html/parser/GenericParser.h"
+#include "platform/CharSet.h"
+#include "platform/Characters.h"
+#include "tools/kestra-html/ParseOptions.h"
+#include "tools/kestra-html/PieceStream.h"
+
+namespace Kestra::Tool {
+
+/// What a parser answered in one pass over an input.
+struct ParsePassResult {
+    std::uint32_t startParse = 0;
+    std::uint32_t parse = 0;  ///< of `ParseStream`, or of the last `ParseBuffer`
+    std::uint32_t endParse = 0;
+
+    // Asked just before `EndParse`.
+    std::uint64_t line = 0;
+    std::uint64_t column = 0;
+    WideString currentParserName;
+    StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
+    bool isWParser = false;
+    bool needsReparsing = false;
+
+    bool hasCharsetErrors = false;  ///< asked just after `EndParse`
+
+    bool IsGood() const;
+    /// The first code that is not 0, in the order of the calls; 0 for a good pass.
+    std::uint32_t GetFirstFailure() const;
+};
+
+/// How a pass begins: what `StartParse` is told.
+class ParseStart {
+public:
+    static constexpr unsigned MOST_RESTARTS = 2;  ///< passes that may be abandoned for another charset
+
+    explicit ParseStart(const ParseOptions& options);
+
+    StringNS::CharSet::Code GetCharset() const;
+    void SetCharset(StringNS::CharSet::Code code);
+    HTML::GenericParser::DataStreamType GetType() const;
+    bool WasRestarted() const;
+
+    /// True when a pass may be abandoned for another charset: only a document of unknown charset is.
+    bool CanRestart() const;
+
+    /// Takes over the charset that a pass was abandoned for.
+    /// @return false when the pass counts: it was not abandoned, or there have been MOST_RESTARTS before. Nothing changes then.
+    bool Restart(const ParsePassResult& result);
+
+private:
+    StringNS::CharSet::Code charset;
+    HTML::GenericParser::DataStreamType type;
+    unsigned restarts = 0;
+};
+
+/// Parses an input once, from `StartParse` to `EndParse`, for the observer that is bound to the parser.
+/// @param bytesDone  called with the bytes that have been handed to the parser so far
+ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
+                             const BytesDone& bytesDone);
+
+}  // namespace Kestra::Tool

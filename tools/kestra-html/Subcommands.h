@@ -1,0 +1,108 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "tools/kestra-html/CheckOptions.h"
+#include "tools/kestra-html/DetectOptions.h"
+#include "tools/kestra-html/ParseOptions.h"
+#include "tools/kestra-html/TokensOptions.h"
+
+namespace Kestra::Tool {
+
+/// What `--help` says at its end, of the tool and of each subcommand.
+extern const char* const EXIT_STATUS_HELP;
+
+/// A subcommand: its options as texts.
+class Subcommand {
+public:
+    /// @param tool  borrowed; owns the parser of options
+    Subcommand(CLI::App* tool, const std::string& name, const std::string& description);
+    Subcommand(const Subcommand&) = delete;
+    Subcommand& operator=(const Subcommand&) = delete;
+
+    /// True when the command line names it.
+    bool IsMeant() const;
+
+protected:
+    ~Subcommand() = default;
+
+    void AddText(const std::string& name, std::string* value, const std::string& typeName, const std::string& description);
+    void AddChoice(const std::string& name, std::string* value, const std::vector<std::string>& choices, const std::string& description);
+    void AddFlag(const std::string& name, bool* value, const std::string& description);
+    void AddFormat();
+    void AddMinConfidence();
+    void AddFiles(const std::string& description, const std::string& footer);
+
+    OutputFormat GetFormat() const;
+    /// @throws CLI::ValidationError
+    std::uint64_t GetMinConfidence() const;
+    /// What is no option is a file. @throws CLI::ExtrasError
+    std::vector<std::string> GetFiles() const;
+
+private:
+    CLI::App* app;
+    std::string format = "text";
+    std::string minConfidence;
+    std::vector<std::string> helpOnly;
+};
+
+/// A subcommand that parses its inputs.
+class ParsingSubcommand : public Subcommand {
+public:
+    using Subcommand::Subcommand;
+
+protected:
+    ~ParsingSubcommand() = default;
+
+    void AddCharset();
+    void AddInput();
+    void AddFeed();
+    void AddNoReparse();
+
+    /// @throws CLI::ValidationError
+    void TakeParseOptions(ParseOptions* options) const;
+
+private:
+    std::string charset = "0";
+    std::string input = "auto";
+    std::string feed = "stream";
+    std::string pieceSize = "0";
+    bool noReparse = false;
+};
+
+class TokensSubcommand final : public ParsingSubcommand {
+public:
+    explicit TokensSubcommand(CLI::App* tool);
+
+    /// What the options mean. @throws CLI::ParseError
+    TokensOptions GetOptions() const;
+
+private:
+    std::string observer = "wide";
+    std::string selfCheck = "off";
+    bool detectCharsetErrors = false;
+};
+
+class CheckSubcommand final : public ParsingSubcommand {
+public:
+    explicit CheckSubcommand(CLI::App* tool);
+
+    /// What the options mean. @throws CLI::ParseError
+    CheckOptions GetOptions() const;
+
+private:
+    bool recursive = false;
+    std::string jobs = "1";
+};
+
+class DetectSubcommand final : public Subcommand {
+public:
+    explicit DetectSubcommand(CLI::App* tool);
+
+    /// What the options mean. @throws CLI::ParseError
+    DetectOptions GetOptions() const;
+};
+
+}  // namespace Kestra::Tool
