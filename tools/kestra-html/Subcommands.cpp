@@ -41,9 +41,9 @@ constexpr const char* TOKENS_FOOTER =
 
 constexpr const char* CHECK_FOOTER =
     "Each input is parsed with the self-check that keeps a copy of the tokens written\n"
-    "back, and the copy is compared with the input byte for byte. --self-check is so\n"
-    "given; --observer and --detect-charset-errors, the other options of tokens that\n"
-    "are missing here, have no influence on the copy.\n"
+    "back, and the copy is compared with the input byte for byte. Three options of\n"
+    "tokens do not apply: --self-check is copy, --observer is wide, and what could not\n"
+    "be decoded is not told, as the copy is never decoded.\n"
     "\n"
     "Text format: one line for each input, with ok or the result code, and a summary.\n"
     "The rate is that of the parse with its self-check, in millions of bytes per\n"
@@ -217,8 +217,7 @@ TokensOptions TokensSubcommand::GetOptions() const {
     return options;
 }
 
-CheckSubcommand::CheckSubcommand(CLI::App* tool)
-    : ParsingSubcommand(tool, "check", "Check that the tokens reproduce every input") {
+CheckSubcommand::CheckSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "check", "Check that the tokens reproduce every input") {
     AddFormat();
     AddCharset();
     AddInput();
