@@ -42,8 +42,8 @@ constexpr const char* TOKENS_FOOTER =
 constexpr const char* CHECK_FOOTER =
     "Each input is parsed with the self-check that keeps a copy of the tokens written\n"
     "back, and the copy is compared with the input byte for byte. Three options of\n"
-    "tokens do not apply: --self-check is copy, --observer is wide, and what could not\n"
-    "be decoded is not told, as the copy is never decoded.\n"
+    "tokens do not apply: --self-check is copy, --observer is wide, and what could\n"
+    "not be decoded is not told, as the copy is never decoded.\n"
     "\n"
     "Text format: one line for each input, with ok or the result code, and a summary.\n"
     "The rate is that of the parse with its self-check, in millions of bytes per\n"
