@@ -492,7 +492,9 @@ private:
 
     void MakeOfPage() {
         const std::string& page = pages[dice.Below(pages.size())];
-        const std::size_t length = std::min(target < READ_SIZE ? dice.Between(100, 4096) : target, page.size());
+        // Up to 4 KB, but mostly shorter.
+        const std::size_t window = target < READ_SIZE ? dice.Between(100, dice.Between(100, 4096)) : target;
+        const std::size_t length = std::min(window, page.size());
         if (dice.OneIn(4))
             document += dice.Pick(BROKEN);
         document += page.substr(dice.Below(page.size() - length + 1), length);
