@@ -25,7 +25,19 @@ constexpr char BLOCK[] =
     "<br/>"
     "<script type=\"text/javascript\">var a = 'a single quoted string', b = \"a double quoted string\"; "
     "if (a < b) c = /a-regular-expression/\n; x = '</p>'; </p-is-foreign-here-and-long ></script>"
-    "<style>p { content: 'a single quoted string' }</style>"
+    "<style>p { content: 'a single quoted string' } /* a comment of a style that is longer than a short string */</style>"
+    "<!-- a markup comment that is longer than a short string -- with dashes inside --->"
+    "<![CDATA[ a section ] that is longer than a short string ]]><![CDATA[ a section that two brackets end, which is long too ]]"
+    "<![if a condition that is longer than a short string]><![endif]>"
+    "<!                      DOCTYPE-with-a-long-name a-bare-item-of-some-length  'an item in single quotes'  \"an item in double quotes\""
+    "                      >"
+    "<?                      xml-with-a-long-name first-attribute-of-a-declaration=\"a double quoted value\" second-attribute='another one'"
+    "                      ?>"
+    "<?a-long-target-of-an-instruction 'a single quoted ?> string' /* a comment > inside */ \"a double quoted ?> string\" // a line >\n?>"
+    "<script>/* a block comment that is longer than a short string **/ // a line comment < that is </long too>\n"
+    "// a line comment that a markup comment ends <!-- which is longer than a short string -->"
+    "// and one that a section ends <![CDATA[ which is longer than a short string ]]>"
+    "// and another one <![if a condition that is longer than a short string]></script>"
     "</a-name-longer-than-a-short-string                    with-an-attribute=its-value                    >";
 
 template <typename C, typename S>

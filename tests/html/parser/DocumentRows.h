@@ -36,7 +36,7 @@ inline constexpr Route ROUTES[] = {NARROW_TO_NARROW, NARROW_TO_WIDE, WIDE_TO_WID
 struct DocumentRow {
     const char* note;
     std::string input;  ///< Latin-1
-    Lines tokens;       ///< between the charset and the end of parsing, as an 8-bit observer of the 8-bit parser sees them
+    Lines tokens;       ///< between the charset and the end of parsing, as the 8-bit parser makes them, line comments included
     StringNS::CharSet::Code charset = 1252;
 };
 
@@ -48,9 +48,11 @@ struct BrokenRow {
     Lines tokensWithoutStream;  ///< fed by `ParseBuffer`, up to the failure
     std::uint32_t parseResult;  ///< of the `ParseBuffer` that meets the failure, 0 when the end of the input is the failure
     std::uint32_t endResult;    ///< of `EndParse` behind it
+    std::size_t uncut = 0;      ///< no cut falls here, between the two characters of an opener; 0 for no such place
 };
 
 /// Checks tokens, results, place and the text written back by all routes: every split, fed by `ParseBuffer` and read from a stream.
+/// The uncut document and those in two pieces are parsed with the self-check.
 void CheckRow(const DocumentRow& row);
 void CheckRow(const BrokenRow& row);
 
@@ -69,8 +71,9 @@ DocumentSettings SettingsFor(const Route& route, Feed feed = Feed::BUFFER, Strin
 /// Parses Latin-1 text by a route; for the wide parser every byte becomes one character, and the cuts are in characters.
 DocumentRun ParseBy(const Route& route, std::string_view latin1, const Cuts& cuts, const DocumentSettings& settings);
 
-/// The trace of a whole document: the tokens between the events that surround them.
-/// @param tokens  as an 8-bit observer of the 8-bit parser sees them in charset 1252
+/// The trace of a whole document: the tokens between the events that surround them. Line comments are left out for the 8-bit observer of
+/// the 8-bit parser, which is not given them.
+/// @param tokens  as the 8-bit parser makes them in charset 1252
 Lines WholeTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Code charset = 1252);
 
 /// The same without the end of parsing.
@@ -78,6 +81,15 @@ Lines OpenTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Code
 
 /// The lines by a route, in a form that can be compared with `WholeTrace`.
 Lines Comparable(Lines lines, const Route& route);
+
+/// The bytes that the tokens of an unchanged document are written back as by an observer of the parser's own flavour: those of the
+/// document without the line comments that it is not given, and of every body of a wide comment, CDATA or conditional section only the
+/// first half.
+/// @param tokens  as the 8-bit parser makes them; no other part of the document looks like one of their sections
+std::string WrittenBack(std::string_view latin1, const Lines& tokens, const Route& route);
+
+/// True when the self-check of a route takes the tokens for what was read: always, unless the wide serializer halves a body.
+bool PassesSelfCheck(std::string_view latin1, const Lines& tokens, const Route& route);
 
 /// A trace observer that calls back after each line it has written.
 template <typename C, typename S>
@@ -111,6 +123,14 @@ public:
         Base::OnText(data);
         CallHook();
     }
+    void OnCComment(HTML::CCommentData<C, S>* data) override {
+        Base::OnCComment(data);
+        CallHook();
+    }
+    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
+        Base::OnCPPComment(data);
+        CallHook();
+    }
     void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
         Base::OnSQuoteString(data);
         CallHook();
@@ -129,6 +149,26 @@ public:
     }
     void OnEndTag(HTML::EndTagData<C, S>* data) override {
         Base::OnEndTag(data);
+        CallHook();
+    }
+    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
+        Base::OnCDATATag(data);
+        CallHook();
+    }
+    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
+        Base::OnConditionalTag(data);
+        CallHook();
+    }
+    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
+        Base::OnCommentTag(data);
+        CallHook();
+    }
+    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
+        Base::OnEntityTag(data);
+        CallHook();
+    }
+    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
+        Base::OnExternTag(data);
         CallHook();
     }
     void OnJSTagStart() override {
@@ -163,10 +203,10 @@ private:
     Lines* lines;
 };
 
-/// A document that makes every callback of which it is capable, when it is read from a stream.
+/// A document that makes every callback but that of a mark, when it is read from a stream. Its sections have empty bodies.
 extern const char EVERY_CALLBACK[];
 
-/// Its trace from the first token to the last, as an 8-bit observer of the 8-bit parser sees it.
+/// Its trace from the first token to the last, line comments included.
 extern const Lines EVERY_CALLBACK_TOKENS;
 
 }  // namespace Kestra::Test

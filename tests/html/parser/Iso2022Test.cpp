@@ -100,6 +100,47 @@ TEST(Iso2022Test, ScriptAndStyle) {
     CheckInIso2022(rows);
 }
 
+TEST(Iso2022Test, DeclarationsAndInstructions) {
+    const DocumentRow rows[] = {
+        {"in every double-quoted item of a declaration",
+         "<!a \"\x1B$B\">\x1B(B\" \"\x1B$B\"\x1B(B\">",
+         {"entity(|a|{ |\"\\x1B$B\">\\x1B(B\"}{ |\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"also behind a word", "<!a b \"\x1B$B\">\x1B(B\">", {"entity(|a|{ |b}{ |\"\\x1B$B\">\\x1B(B\"}|)"}},
+        {"not in a single-quoted one", "<!a '\x1B$B'>\x1B(B", {"entity(|a|{ |'\\x1B$B'}|)", "text(\\x1B(B)"}},
+        {"nor in a word", "<!a \x1B$B>\x1B(B", {"entity(|a|{ |\\x1B$B}|)", "text(\\x1B(B)"}},
+        {"in every double-quoted value of an XML declaration",
+         "<?xml a=\"\x1B$B\"?>\x1B(B\" b=\"\x1B$B\"\x1B(B\"?>",
+         {"extern(|xml|{ |a|=|\"\\x1B$B\"?>\\x1B(B\"}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"also behind an attribute without a value",
+         "<?xml a b=\"\x1B$B\"?>\x1B(B\"?>",
+         {"extern(|xml|{ |a}{ |b|=|\"\\x1B$B\"?>\\x1B(B\"}|)"}},
+        {"not right behind an unquoted value", "<?xml a=x b=\"\x1B$B\"?>", {"extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
+        {"in every double-quoted string of an instruction",
+         "<?a \"\x1B$B\"?>\x1B(B\"b\"\x1B$B\"?>\x1B(B\"?>",
+         {"extern-text(<?a \"\\x1B$B\"?>\\x1B(B\"b\"\\x1B$B\"?>\\x1B(B\"?>)"}},
+        {"also behind a single-quoted one", "<?a 'b'\"\x1B$B\"?>\x1B(B\"?>", {"extern-text(<?a 'b'\"\\x1B$B\"?>\\x1B(B\"?>)"}},
+        {"a backslash in front of the escape makes it content", "<?a \"\\\x1B$B\"?>", {"extern-text(<?a \"\\\\\\x1B$B\"?>)"}},
+        {"not in a single-quoted one of an instruction", "<?a '\x1B$B'?>", {"extern-text(<?a '\\x1B$B'?>)"}},
+        {"nor outside of its strings", "<?a \x1B$B>\x1B(B", {"extern-text(<?a \\x1B$B>)", "text(\\x1B(B)"}},
+    };
+    CheckInIso2022(rows);
+}
+
+TEST(Iso2022Test, CommentsAndSectionsHaveNoRuns) {
+    const DocumentRow rows[] = {
+        {"a comment", "<!--\x1B$B-->\x1B(B", {"comment(\\x1B$B)", "text(\\x1B(B)"}},
+        {"a CDATA section", "<![CDATA[\x1B$B]]>", {"cdata(CDATA|[\\x1B$B)"}},
+        {"a conditional section", "<![if \x1B$B]>", {"conditional(if| \\x1B$B|)"}},
+        {"a block comment",
+         "<script>/*\x1B$B*/</script>",
+         {"start(|script||)", "js-start", "c-comment(\\x1B$B)", "end(|script|||)", "js-end"}},
+        {"a line comment",
+         "<script>//\x1B$B\n</script>",
+         {"start(|script||)", "js-start", "cpp-comment(\\x1B$B)", "text(\\n)", "end(|script|||)", "js-end"}},
+    };
+    CheckInIso2022(rows);
+}
+
 TEST(Iso2022Test, OtherCharsetsHaveNoRuns) {
     for (const StringNS::CharSet::Code charset : {0U, 932U, 1252U, 50220U, 50227U, 51932U, 65001U}) {
         const DocumentRow rows[] = {

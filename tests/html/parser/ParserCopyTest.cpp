@@ -20,6 +20,9 @@ const char* const DOCUMENTS[] = {
     "<script>a'b\\'c'\"d\\\"e\"/f\\/g/</p q='r'>h<i</script>j",
     "<style>a/b'c'\"d\"</script>e<f</style>g</style>",
     "\n<a\nb\n=\n'\nc'\n>\nd\n</a\n>\n",
+    "<!--a--b--->c<![CDATA[d]e]]>f<![if g]>h<![endif]>i<![CDATA[j]]k",
+    "<! DOCTYPE a 'b' \"c\"d ><?xml e='f' g h=i ?><?j 'k\\'?>'/*l*///m\n?>n",
+    "<script>/*a**b*///c<d</e<!f<?g\n//h<!--i-->j//<![cData[k]]>'l'</script>",
 };
 
 /// The pieces go to a copy each; the one it was copied from reads something else and is destroyed.

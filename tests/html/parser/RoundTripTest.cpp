@@ -59,13 +59,12 @@ public:
             Mutate();
         if (dice->OneIn(8) && !document.empty())
             document.resize(dice->Below(document.size()));
-        WithoutScriptComments();
         return document;
     }
 
 private:
     void AddItem() {
-        switch (dice->Below(10)) {
+        switch (dice->Below(14)) {
             case 0:
             case 1:
                 AddText();
@@ -94,10 +93,76 @@ private:
                 document += dice->Pick(BROKEN);
                 AddText();
                 return;
+            case 9:
+            case 10:
+                AddSection();
+                return;
+            case 11:
+                AddDeclaration();
+                return;
+            case 12:
+                AddInstruction();
+                return;
             default:
-                document += static_cast<char>(dice->Below(256));
+                document += AnyByte();
                 return;
         }
+    }
+
+    void AddSection() {
+        switch (dice->Below(4)) {
+            case 0:
+            case 1:
+                document += "<!--";
+                AddText();
+                document += dice->Pick(COMMENT_ENDS);
+                return;
+            case 2:
+                document += dice->Pick(CDATA_OPENERS);
+                AddText();
+                document += dice->Pick(CDATA_ENDS);
+                return;
+            default:
+                document += dice->Pick(CONDITIONS);
+                document += dice->Pick(CONDITION_ENDS);
+                return;
+        }
+    }
+
+    void AddDeclaration() {
+        document += "<!";
+        if (dice->OneIn(8))
+            AddSpace();
+        document += dice->Pick(KEYWORDS);
+        for (std::size_t items = dice->Below(4); items > 0; --items) {
+            AddSpace();
+            const char* const quote = dice->Pick(QUOTES);
+            document += quote;
+            document += dice->Pick(VALUES);
+            document += quote;
+        }
+        document += dice->Pick(DECLARATION_ENDS);
+    }
+
+    void AddInstruction() {
+        document += "<?";
+        if (dice->OneIn(8))
+            AddSpace();
+        if (dice->OneIn(2)) {
+            document += dice->Pick(XML_NAMES);
+            AddAttributes();
+        } else {
+            document += dice->Pick(TARGETS);
+            for (std::size_t parts = dice->Below(6); parts > 0; --parts)
+                document += dice->Pick(INSTRUCTION_PARTS);
+        }
+        document += dice->Pick(INSTRUCTION_ENDS);
+    }
+
+    /// Any byte but "|", which separates the parts of a trace.
+    char AnyByte() {
+        const auto byte = static_cast<char>(dice->Below(256));
+        return byte == '|' ? '!' : byte;
     }
 
     void AddText() {
@@ -173,20 +238,8 @@ private:
                 document.insert(dice->Below(document.size()), document.substr(at, length));
                 return;
             default:
-                document.insert(at, 1, static_cast<char>(dice->Below(256)));
+                document.insert(at, 1, AnyByte());
                 return;
-        }
-    }
-
-    /// Nothing recognizes the comments of script and style yet: cut between its two characters, an opener loses the first one.
-    void WithoutScriptComments() {
-        std::string folded = document;
-        std::transform(folded.begin(), folded.end(), folded.begin(), FoldAscii<char>);
-        if (folded.find("script") == std::string::npos && folded.find("style") == std::string::npos)
-            return;
-        for (std::size_t i = 1; i < document.size(); ++i) {
-            if (document[i - 1] == '/' && (document[i] == '/' || document[i] == '*'))
-                document[i] = '-';
         }
     }
 
@@ -200,12 +253,60 @@ private:
     static constexpr const char* VALUES[] = {"v", "", "a b", "x/", "/", "<p>", "a='b", "\\", "\n", "\xE9", "<", "it's"};
     static constexpr const char* START_TAG_ENDS[] = {">", ">", ">", "/>", " />", " >", "/ >", "", "<"};
     static constexpr const char* END_TAG_ENDS[] = {">", ">", ">", " >", " />", "/ >", "", "<"};
-    static constexpr const char* SCRIPT_PARTS[] = {"x=1;", "'a\\'b'", "\"a\\\"b\"", "if(a<b)",     "x=/ab+/g;",   "'",     "\"",    "\\",
-                                                   "/",    "\n",      "</b>",       "<b>",         "'</script>'", "a/b/c", "/[/]/", "<",
-                                                   "<!",   "<?",      "</style>",   "</script x>", "<!-",         "<![x["};
-    static constexpr const char* BROKEN[] = {"<",      "<!",      "<?", "<!-", "<!--", "<![",    "<![CDATA[",       "<![if x]>",
-                                             "</",     "</ ",     "<>", "</>", "< ",   "<a / >", "<a b=/>",         "</a / >",
-                                             "<a b='", "<a b=\"", "/>", "-->", "]]>",  "<<",     "<!DOCTYPE html>", "<?xml x?>"};
+    static constexpr const char* SCRIPT_PARTS[] = {"x=1;",
+                                                   "'a\\'b'",
+                                                   "\"a\\\"b\"",
+                                                   "if(a<b)",
+                                                   "x=/ab+/g;",
+                                                   "'",
+                                                   "\"",
+                                                   "\\",
+                                                   "/",
+                                                   "\n",
+                                                   "</b>",
+                                                   "<b>",
+                                                   "'</script>'",
+                                                   "a/b/c",
+                                                   "/[/]/",
+                                                   "<",
+                                                   "<!",
+                                                   "<?",
+                                                   "</style>",
+                                                   "</script x>",
+                                                   "<!-",
+                                                   "<![x[",
+                                                   "/*a*/",
+                                                   "/* ' */",
+                                                   "//a\n",
+                                                   "// '\r\n",
+                                                   "//<a</b>\n",
+                                                   "//<!--a-->",
+                                                   "/*",
+                                                   "*/",
+                                                   "//",
+                                                   "**/",
+                                                   "<!--a-->",
+                                                   "//<![CDATA[a]]>",
+                                                   "//<![endif]>",
+                                                   "<![CDATA[a]]>",
+                                                   "/*<!--*/",
+                                                   "//<!-"};
+    static constexpr const char* COMMENT_ENDS[] = {"-->", "-->", "-->", "--->", "--", "->", ""};
+    static constexpr const char* CDATA_OPENERS[] = {"<![CDATA[", "<![cdata[", "<![CDATA ", "<![CDATA"};
+    static constexpr const char* CDATA_ENDS[] = {"]]>", "]]>", "]]>", "]]", "]]]>", "]", ""};
+    static constexpr const char* CONDITIONS[] = {"<![if !IE", "<![if ", "<![endif", "<![EndIf", "<![IF >"};
+    static constexpr const char* CONDITION_ENDS[] = {"]>", "]>", "]>", "]>", "]-->", "] >", "]", "", ""};
+    static constexpr const char* KEYWORDS[] = {"DOCTYPE", "doctype", "ELEMENT", "a[", "", "\xE9"};
+    static constexpr const char* DECLARATION_ENDS[] = {">", ">", ">", " >", "", "<"};
+    static constexpr const char* XML_NAMES[] = {"xml", "XML", "xml-stylesheet", "xml:a"};
+    static constexpr const char* TARGETS[] = {"php", "a", "xmla", "=", "a?", ""};
+    static constexpr const char* INSTRUCTION_PARTS[] = {" ", "'?>'", "\"?>\"", "'a\\'b'", "/* > */", "/**", "//?>\n",
+                                                        "?", "/",    "*",      "a",       "\n",      "\xFF"};
+    static constexpr const char* INSTRUCTION_ENDS[] = {"?>", "?>", "?>", " ?>", "/>", " />", "/ >", ">", "?", ""};
+    static constexpr const char* BROKEN[] = {"<",        "<!",     "<?",      "<!-", "<!--", "<![", "<![CDATA[", "<![if x]>",
+                                             "<![if y",  "</",     "</ ",     "<>",  "</>",  "< ",  "<a / >",    "<a b=/>",
+                                             "</a / >",  "<a b='", "<a b=\"", "/>",  "-->",  "]]>", "<<",        "<!DOCTYPE html>",
+                                             "<?xml x?>"};
     static constexpr const char* SIGNS[] = {"<", ">", "/", "'", "\"", "=", " ", "\n", "!", "-", "[", "]", "?", "\\", "s"};
 
     Dice* dice;
@@ -237,30 +338,139 @@ std::string Shown(const DocumentRun& run) {
            std::to_string(run.endResult) + ", place " + std::to_string(run.line) + ", " + std::to_string(run.column) + "\n";
 }
 
+bool StartsWith(std::string_view text, std::string_view front) {
+    return text.substr(0, front.size()) == front;
+}
+
+bool EndsWith(std::string_view text, std::string_view back) {
+    return text.size() >= back.size() && text.substr(text.size() - back.size()) == back;
+}
+
+/// The part of a line of a conditional section in front of its tail, and the part behind it.
+struct ConditionalLine {
+    explicit ConditionalLine(std::string_view line) {
+        if (!StartsWith(line, "conditional("))
+            return;
+        isConditional = true;
+        const std::size_t tail = line.rfind('|') + 1;
+        isClosed = !EndsWith(line, ", open)");
+        hasBracket = !EndsWith(line, ", no-bracket, open)");
+        const std::size_t end = line.size() - (isClosed ? 1 : hasBracket ? 7 : 19);
+        hasTail = end > tail;
+        front = line.substr(0, tail);
+    }
+
+    bool isConditional = false;
+    bool isClosed = false;
+    bool hasBracket = false;
+    bool hasTail = false;
+    std::string_view front;
+};
+
+/// The bytes of a comment of a script that became junk, in either flavour.
+bool IsJunkComment(std::string_view line) {
+    return StartsWith(line, "junk(//") || StartsWith(line, "junk(/*") || StartsWith(line, "junk(/\\x00/") ||
+           StartsWith(line, "junk(/\\x00*");
+}
+
+/// The bytes of junk without the slashes in front of them: a comment in a script that begins with several loses only one at a cut.
+std::string WithoutSlashes(std::string bytes) {
+    while (StartsWith(bytes, "/"))
+        bytes.erase(0, StartsWith(bytes, "/\\x00") ? 5 : 1);
+    return bytes;
+}
+
+/// What lets tokens differ from the document they were read from. All of it shows in the lines of the uncut document.
+struct Oddities {
+    explicit Oddities(const std::vector<std::string>& lines) {
+        for (const std::string& line : lines) {
+            const ConditionalLine conditional(line);
+            losesTail = losesTail || (conditional.isConditional && !conditional.isClosed && conditional.hasBracket);
+            hasTail = hasTail || conditional.hasTail;
+            movesBlank = movesBlank || (StartsWith(line, "extern(") && EndsWith(line, ", slash)") && !EndsWith(line, "|, slash)"));
+            hasJunkComment = hasJunkComment || IsJunkComment(line);
+            hasBody = hasBody || (StartsWith(line, "comment(") && !StartsWith(line, "comment()") && !StartsWith(line, "comment(, open)")) ||
+                      (StartsWith(line, "cdata(") && !EndsWith(line, "|)") && !EndsWith(line, "|, open)")) ||
+                      (conditional.isConditional && (conditional.hasTail || !EndsWith(conditional.front, "||")));
+        }
+    }
+
+    bool losesTail = false;       ///< a conditional section is open behind its bracket
+    bool hasTail = false;         ///< a conditional section has a tail, which a cut may shorten
+    bool movesBlank = false;      ///< an XML declaration with a blank behind, or in front of, its slash
+    bool hasJunkComment = false;  ///< a comment of a script became junk, whose opener may be cut
+    bool hasBody = false;         ///< a comment, CDATA or conditional section has a body, which the wide serializer halves
+};
+
+/// The lines without what a cut may change: the tails of conditional sections and the slashes in front of junk.
+std::string WhatNoCutChanges(const DocumentRun& run) {
+    std::string text;
+    for (const std::string& line : run.trace) {
+        const ConditionalLine conditional(line);
+        if (line == "end-parsing")
+            continue;
+        if (conditional.isConditional)
+            text += std::string(conditional.front) + (conditional.isClosed ? "" : "open");
+        else if (StartsWith(line, "junk(/"))
+            text += "junk(" + WithoutSlashes(line.substr(5));
+        else
+            text += line;
+        text += "\n";
+    }
+    return text + "place " + std::to_string(run.line) + ", " + std::to_string(run.column) + "\n";
+}
+
+/// What is wrong with the results of one run, or nothing.
+template <typename Text>
+std::string FaultOf(const DocumentRun& run, const std::string& bytes, const Oddities& oddities, bool cut) {
+    constexpr bool WIDE = std::is_same_v<Text, WideString>;
+    if (run.startResult != 0 || run.parseResult != 0)
+        return "a result is not 0";
+    const bool mayDiffer = oddities.losesTail || oddities.movesBlank || (cut && (oddities.hasTail || oddities.hasJunkComment));
+    const bool mustDiffer = (WIDE && oddities.hasBody);
+    if (run.endResult != 0 && run.endResult != 704)
+        return "the end has another result";
+    if (run.endResult == 704 && !mayDiffer && !mustDiffer)
+        return "the self-check finds a difference";
+    if (run.endResult == 0 && mustDiffer)
+        return "the self-check misses the halved body";
+    // Of an empty document whose parser was never chosen nothing is told.
+    if (!run.trace.empty() && (run.trace.back() == "end-parsing") != (run.endResult == 0))
+        return "the end of parsing is told in the wrong case";
+    // The 8-bit observer is not given line comments.
+    const bool allHeard = WIDE || bytes.find("//") == std::string::npos;
+    if (run.endResult == 0 && allHeard && run.output != bytes)
+        return "the tokens written back differ: " + Trace::Escape(std::string_view(run.output));
+    return "";
+}
+
 /// @param text  in bytes, or in wide characters
 /// @return what is wrong with the document, or nothing
 template <typename Text>
-std::string Fault(const Text& text, const DocumentSettings& settings, std::uint64_t cutSeed) {
+std::string Fault(const Text& text, DocumentSettings settings, std::uint64_t cutSeed) {
+    settings.selfCheck = GenericParser::SELF_CHECK_COPY;
     std::string bytes;
     if constexpr (std::is_same_v<Text, WideString>)
         bytes = ToUtf16LE(WideStringView(text));
     else
         bytes = text;
     const DocumentRun whole = ParseDocument(text, {}, settings);
-    if (whole.output != bytes)
-        return "the tokens written back differ: " + Trace::Escape(std::string_view(whole.output)) + "\n" + Shown(whole);
-    if (whole.startResult != 0 || whole.parseResult != 0 || whole.endResult != 0)
-        return "a result is not 0:\n" + Shown(whole);
+    const Oddities oddities(whole.trace);
+    const std::string fault = FaultOf<Text>(whole, bytes, oddities, false);
+    if (!fault.empty())
+        return fault + ":\n" + Shown(whole);
     if (Place{whole.line, whole.column} != PlaceAfter(std::basic_string_view<typename Text::value_type>(text), text.size()))
         return "the place is wrong:\n" + Shown(whole);
     Dice dice(cutSeed);
     for (int i = 0; i < SPLITTINGS; ++i) {
         const Cuts cuts = RandomCuts(text.size(), &dice);
         const DocumentRun run = ParseDocument(text, cuts, settings);
-        if (Shown(run) != Shown(whole))
-            return "cut at " + Describe(cuts) + ":\n" + Shown(run) + "uncut:\n" + Shown(whole);
-        if (run.output != bytes)
-            return "cut at " + Describe(cuts) + ", the tokens written back differ: " + Trace::Escape(std::string_view(run.output));
+        const std::string where = "cut at " + Describe(cuts) + ", ";
+        const std::string cutFault = FaultOf<Text>(run, bytes, oddities, true);
+        if (!cutFault.empty())
+            return where + cutFault + ":\n" + Shown(run);
+        if (WhatNoCutChanges(run) != WhatNoCutChanges(whole))
+            return where + "the tokens differ:\n" + Shown(run) + "uncut:\n" + Shown(whole);
     }
     return "";
 }
@@ -322,27 +532,43 @@ TEST_P(RoundTripTest, WideDocuments) {
 
 INSTANTIATE_TEST_SUITE_P(Shards, RoundTripTest, testing::Range<std::uint64_t>(0, SHARDS));
 
-// The check itself must see a document that loses a character: the cut opener of a script comment does.
+// The check itself must see a document that loses a character: here between the stream and the parser.
 TEST(RoundTripCheckTest, SeesALostCharacter) {
-    const DocumentSettings settings = SettingsFor(NARROW_TO_NARROW, Feed::STREAM);
-    const std::string document = "<p>text</p><script>a//b</script>";
-    std::uint64_t seed = 0;
-    while (seed < 100 && Fault(document, settings, seed).empty())
-        ++seed;
-    ASSERT_LT(seed, 100U);
+    DocumentSettings settings = SettingsFor(NARROW_TO_NARROW, Feed::STREAM);
+    const std::string document = "<p>text</p><script>a/*b*/</script>";
+    EXPECT_EQ(Fault(document, settings, 1), "");
+    settings.makeStream = [](const std::string& bytes, const Cuts&) {
+        std::string shorter = bytes;
+        shorter.erase(std::min<std::size_t>(shorter.find('b'), shorter.size()), 1);
+        return MakeCutStream(shorter, {});
+    };
+    EXPECT_NE(Fault(document, settings, 1), "");
     const std::string shortest =
-        Shorten<std::string>(document, [&](const std::string& candidate) { return !Fault(candidate, settings, seed).empty(); });
-    EXPECT_LE(shortest.size(), document.size());
-    EXPECT_FALSE(Fault(shortest, settings, seed).empty());
+        Shorten<std::string>(document, [&](const std::string& candidate) { return !Fault(candidate, settings, 1).empty(); });
+    EXPECT_EQ(shortest, "b");
+}
+
+// What may differ is the exception: most documents have to come back byte by byte, however they are cut.
+TEST(RoundTripCheckTest, FewDocumentsMayDiffer) {
+    int exact = 0;
+    for (std::uint64_t seed = 0; seed < 1000; ++seed) {
+        Dice dice(seed);
+        const Oddities oddities(ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).trace);
+        if (!oddities.losesTail && !oddities.hasTail && !oddities.movesBlank && !oddities.hasJunkComment)
+            ++exact;
+    }
+    EXPECT_GE(exact, 700);
 }
 
 TEST(RoundTripCheckTest, TheDocumentsHoldEveryKindOfToken) {
-    const char* const kinds[] = {"text(",  "start(",    "short(",  "end(",    "s-string(", "d-string(", "junk(", "js-start",
-                                 "js-end", "css-start", "css-end", ", open)", ", slash",   "|'",        "|\""};
+    const char* const kinds[] = {"text(",      "start(",       "short(",       "end(",         "s-string(", "d-string(", "junk(",
+                                 "js-start",   "js-end",       "css-start",    "css-end",      ", open)",   ", slash",   "|'",
+                                 "|\"",        "comment(",     "cdata(",       "conditional(", "entity(",   "extern(",   "extern-text(",
+                                 "c-comment(", "cpp-comment(", ", no-bracket", "junk(/*",      "junk(//",   "junk(<?",   "junk(<!"};
     std::vector<std::size_t> counts(std::size(kinds));
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         Dice dice(seed);
-        const std::string lines = ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_NARROW, Feed::STREAM)).Lines();
+        const std::string lines = ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).Lines();
         for (std::size_t i = 0; i < std::size(kinds); ++i)
             counts[i] += lines.find(kinds[i]) != std::string::npos ? 1 : 0;
     }

@@ -195,6 +195,13 @@ TEST(ParseStreamTest, OnlyAnOpenConstructIsKeptFromAnOwnedStream) {
         {"an end tag", "a</b", true},
         {"a single-quoted string", "<script>'a", true},
         {"a double-quoted string", "<script>\"a", true},
+        {"a declaration", "a<!b", true},
+        {"a processing instruction", "a<?b", true},
+        {"a block comment of a script", "<script>/*a", true},
+        {"a line comment", "<script>//a", true},
+        {"a comment, which is never junk", "<!--a", false},
+        {"a CDATA section", "<![CDATA[a", false},
+        {"a conditional section", "<![if a", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);

@@ -1,0 +1,286 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+
+// The comments of script and style in documents.
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+
+Lines Open(const char* element) {
+    const std::string name(element);
+    return {"start(|" + name + "||)", name == "script" ? "js-start" : "css-start"};
+}
+
+Lines operator+(Lines front, const Lines& back) {
+    front.insert(front.end(), back.begin(), back.end());
+    return front;
+}
+
+/// The tokens inside an element, and its tags around them.
+Lines Inside(const char* element, const Lines& tokens) {
+    const std::string name(element);
+    return Open(element) + tokens + Lines{"end(|" + name + "|||)", name == "script" ? "js-end" : "css-end"};
+}
+
+struct ContentRow {
+    const char* note;
+    const char* content;
+    Lines tokens;
+};
+
+template <std::size_t N>
+void CheckInside(const char* element, const ContentRow (&rows)[N]) {
+    const std::string name(element);
+    for (const ContentRow& row : rows)
+        CheckRow(DocumentRow{row.note, "<" + name + ">" + row.content + "</" + name + ">", Inside(element, row.tokens)});
+}
+
+TEST(ScriptCommentTest, BlockComments) {
+    const ContentRow rows[] = {
+        {"between text", "a/*b*/c", {"text(a)", "c-comment(b)", "text(c)"}},
+        {"an empty one", "/**/", {"c-comment()"}},
+        {"an asterisk in front of the end", "/* a **/", {"c-comment( a *)"}},
+        {"three asterisks", "/***/", {"c-comment(*)"}},
+        {"the opener's asterisk is not the end's", "/*/a*/", {"c-comment(/a)"}},
+        {"asterisks and slashes inside", "/* * / */", {"c-comment( * / )"}},
+        {"an opener inside", "/*a/*b*/c", {"c-comment(a/*b)", "text(c)"}},
+        {"a line comment's opener inside", "/*//*/", {"c-comment(//)"}},
+        {"two in a row", "/*a*//*b*/", {"c-comment(a)", "c-comment(b)"}},
+        {"quotes hide nothing", "/*'*/'b'", {"c-comment(')", "s-string(b)"}},
+        {"tags and end tags inside", "/*<b></script></style>*/", {"c-comment(<b></script></style>)"}},
+        {"markup comments inside", "/* a <!-- b */-->", {"c-comment( a <!-- b )", "text(-->)"}},
+        {"a CDATA section inside", "/*<![CDATA[*/]]>", {"c-comment(<![CDATA[)", "text(]]>)"}},
+        {"what would fail outside", "/*<!-x<![y*/", {"c-comment(<!-x<![y)"}},
+        {"line feeds are counted", "/*\n*\n*/\n", {"c-comment(\\n*\\n)", "text(\\n)"}},
+        {"bytes from 160 up", "/*\xE9*\xE8*/", {"c-comment(\\xE9*\\xE8)"}},
+        {"an opener in a string is none", "'/*'\"/*\"", {"s-string(/*)", "d-string(/*)"}},
+    };
+    CheckInside("script", rows);
+    CheckInside("style", rows);
+}
+
+TEST(ScriptCommentTest, LineComments) {
+    const ContentRow rows[] = {
+        {"to the line feed, which is text", "a// b\nc", {"text(a)", "cpp-comment( b)", "text(\\nc)"}},
+        {"a carriage return belongs to it", "// a\r\n", {"cpp-comment( a\\r)", "text(\\n)"}},
+        {"a carriage return alone ends nothing", "//a\rb\n", {"cpp-comment(a\\rb)", "text(\\n)"}},
+        {"an empty one", "//\n", {"cpp-comment()", "text(\\n)"}},
+        {"comment openers inside", "//a//b/*c\nd*/", {"cpp-comment(a//b/*c)", "text(\\nd*)", "text(/)"}},
+        {"three slashes", "///a\n", {"cpp-comment(/a)", "text(\\n)"}},
+        {"quotes inside", "//it's \"\n'a'", {"cpp-comment(it's \")", "text(\\n)", "s-string(a)"}},
+        {"a line comment behind a line comment", "//a\n//b\n", {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
+        {"a block comment behind a line comment", "//a\n/*b*/", {"cpp-comment(a)", "text(\\n)", "c-comment(b)"}},
+        {"a line comment behind a block comment", "/*a*///b\n", {"c-comment(a)", "cpp-comment(b)", "text(\\n)"}},
+        {"an address", "x=http://a/b\n", {"text(x=http:)", "cpp-comment(a/b)", "text(\\n)"}},
+        {"tags inside", "//a<b c='d'>e\n", {"cpp-comment(a<b c='d'>e)", "text(\\n)"}},
+        {"an end tag inside", "// a </b> c\n", {"cpp-comment( a </b> c)", "text(\\n)"}},
+        {"the end tag of the script too", "//</script>\n'a'", {"cpp-comment(</script>)", "text(\\n)", "s-string(a)"}},
+        {"a declaration inside", "//<!a>\n", {"cpp-comment(<!a>)", "text(\\n)"}},
+        {"a processing instruction inside", "//<?a?>\n", {"cpp-comment(<?a?>)", "text(\\n)"}},
+        {"a \"<\" in front of the line feed", "//<\n", {"cpp-comment(<)", "text(\\n)"}},
+        {"a \"</\"", "//</\n", {"cpp-comment(</)", "text(\\n)"}},
+        {"a \"<!\"", "//<!\n", {"cpp-comment(<!)", "text(\\n)"}},
+        {"a \"<?\"", "//<?\n", {"cpp-comment(<?)", "text(\\n)"}},
+        {"many of them", "//<<a<</<!<?\n", {"cpp-comment(<<a<</<!<?)", "text(\\n)"}},
+        {"a dash without its \"!\"", "//<--\n", {"cpp-comment(<--)", "text(\\n)"}},
+        {"bytes from 160 up", "//\xE9<\xE8\n", {"cpp-comment(\\xE9<\\xE8)", "text(\\n)"}},
+        {"an opener in a string is none", "'//'\"//\"", {"s-string(//)", "d-string(//)"}},
+    };
+    CheckInside("script", rows);
+}
+
+TEST(ScriptCommentTest, SectionsThatEndALineComment) {
+    const ContentRow rows[] = {
+        {"a comment", "// a <!-- b -->c'd'\n", {"cpp-comment( a )", "comment( b )", "text(c)", "s-string(d)", "text(\\n)"}},
+        {"a comment over several lines", "//<!--\n\n-->\n", {"cpp-comment()", "comment(\\n\\n)", "text(\\n)"}},
+        {"a comment that hides the end tag", "//<!--</script>-->", {"cpp-comment()", "comment(</script>)"}},
+        {"a CDATA section, with its word as written", "// a <![cData[b]]>c", {"cpp-comment( a )", "cdata(cData|[b)", "text(c)"}},
+        {"one that ends unclosed", "//<![CDATA[b]]c", {"cpp-comment()", "cdata(CDATA|[b]], open)", "text(c)"}},
+        {"a conditional section",
+         "//a<![if b]>c<![EndIf]>d",
+         {"cpp-comment(a)", "conditional(if| b|)", "text(c)", "conditional(EndIf||)", "text(d)"}},
+        {"an end of one", "//<![endif]>//a\n", {"cpp-comment()", "conditional(endif||)", "cpp-comment(a)", "text(\\n)"}},
+        {"behind a \"<\"", "//<<!--a-->", {"cpp-comment(<)", "comment(a)"}},
+        {"behind a \"<!\"", "//<!<!--a-->", {"cpp-comment(<!)", "comment(a)"}},
+        {"behind an end tag", "//</a><!--b-->", {"cpp-comment(</a>)", "comment(b)"}},
+        {"one section after the other",
+         "//a<!--b-->//c<![CDATA[d]]>//e<![if f]>//g\n",
+         {"cpp-comment(a)", "comment(b)", "cpp-comment(c)", "cdata(CDATA|[d)", "cpp-comment(e)", "conditional(if| f|)", "cpp-comment(g)",
+          "text(\\n)"}},
+        {"the classical end of a hidden script", "<!--\na\n//-->\n", {"comment(\\na\\n//)", "text(\\n)"}},
+        {"and of a CDATA section", "//<![CDATA[\na\n//]]>\nb", {"cpp-comment()", "cdata(CDATA|[\\na\\n//)", "text(\\nb)"}},
+    };
+    CheckInside("script", rows);
+}
+
+TEST(ScriptCommentTest, SectionsBehindALineCommentThatTheInputLeavesOpen) {
+    const DocumentRow rows[] = {
+        {"a comment", "<script>//a<!--b-", Open("script") + Lines{"cpp-comment(a)", "comment(b-, open)"}},
+        {"a CDATA section", "<script>//a<![CDATA[b]", Open("script") + Lines{"cpp-comment(a)", "cdata(CDATA|[b], open)"}},
+        {"a conditional section", "<script>//<![if b", Open("script") + Lines{"cpp-comment()", "conditional(if| b|, no-bracket, open)"}},
+    };
+    CheckRows(rows);
+}
+
+TEST(ScriptCommentTest, StyleHasNoLineComments) {
+    const ContentRow rows[] = {
+        {"two slashes", "a//b\n'c'", {"text(a//b\\n)", "s-string(c)"}},
+        {"a block comment behind a slash", "a//*b*/c", {"text(a/)", "c-comment(b)", "text(c)"}},
+        {"an address", "url(http://a)/*b*/", {"text(url(http://a))", "c-comment(b)"}},
+        {"a slash in front of a string", "a/'b'", {"text(a/)", "s-string(b)"}},
+        {"a section behind two slashes", "//<!--a-->", {"text(//)", "comment(a)"}},
+    };
+    CheckInside("style", rows);
+}
+
+TEST(ScriptCommentTest, OutsideOfScriptAndStyleTheyAreText) {
+    const DocumentRow rows[] = {
+        {"block and line comments", "a/*b*///c\n<d>/*<e>*/", {"text(a/*b*///c\\n)", "start(|d||)", "text(/*)", "start(|e||)", "text(*/)"}},
+        {"behind a script", "<script>/*a*/</script>/*b*/", Inside("script", {"c-comment(a)"}) + Lines{"text(/*b*/)"}},
+    };
+    CheckRows(rows);
+}
+
+TEST(ScriptCommentTest, BesideRegularExpressions) {
+    const ContentRow rows[] = {
+        {"an asterisk behind the slash makes it a comment", "x=/*a*/1", {"text(x=)", "c-comment(a)", "text(1)"}},
+        {"a comment's end is no expression", "/*a*/ /b/\n", {"c-comment(a)", "text( )", "text(/b)", "text(/)", "text(\\n)"}},
+        {"an expression cannot hold \"//\"", "/a//b\n", {"text(/a)", "cpp-comment(b)", "text(\\n)"}},
+        {"its end and an asterisk open a comment", "/a/*b*/", {"text(/a)", "c-comment(b)"}},
+        {"an escaped slash in it opens none", "/a\\//b\n", {"text(/a\\\\/)", "text(/b)", "text(\\n)"}},
+    };
+    CheckInside("script", rows);
+}
+
+// No cut between the two characters of the opener: see the next table.
+TEST(ScriptCommentTest, CommentsThatTheInputLeavesOpen) {
+    constexpr std::size_t BEHIND_SCRIPT = 9;  // between the two characters that follow "<script>"
+    constexpr std::size_t BEHIND_STYLE = 8;
+    const Lines script = Open("script");
+    const Lines style = Open("style");
+    const BrokenRow rows[] = {
+        {"a block comment", "<script>/*a", script + Lines{"junk(/*a)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"behind its opener", "<script>/*", script + Lines{"junk(/*)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"behind an asterisk", "<script>/*a\n*", script + Lines{"junk(/*a\\n*)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"tags inside", "<script>/*</script><b", script + Lines{"junk(/*</script><b)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"in a style", "<style>/*a*", style + Lines{"junk(/*a*)"}, style, 0, 16, BEHIND_STYLE},
+        {"a line comment", "<script>//a", script + Lines{"junk(//a)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"behind its opener", "<script>//", script + Lines{"junk(//)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"behind a \"<\"", "<script>//a<", script + Lines{"junk(//a<)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"behind a \"<!\"", "<script>//a<!", script + Lines{"junk(//a<!)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"behind a \"<!-\"", "<script>//a<!-", script + Lines{"junk(//a<!-)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16, BEHIND_SCRIPT},
+    };
+    CheckRows(rows);
+    const BrokenRow behindText[] = {
+        {"behind text", "<script>x /*a", script + Lines{"text(x )", "junk(/*a)"}, script + Lines{"text(x )"}, 0, 16, 11},
+    };
+    CheckRows(behindText);
+}
+
+TEST(ScriptCommentTest, LineCommentsThatFail) {
+    constexpr std::size_t OPENER = 9;
+    const Lines script = Open("script");
+    const BrokenRow rows[] = {
+        {"a \"<!-\" without a second dash", "<script>// a <!-x\n'b</script>c",
+         script + Lines{"junk(// a <!-)", "junk(x\\n'b)", "end(|script|||)", "js-end", "text(c)"}, script, 11, 16, OPENER},
+        {"an unknown word", "<script>//<![x[<a", script + Lines{"junk(//<![x)", "junk([)", "text(<a)"}, script, 11, 16, OPENER},
+        {"no word", "<script>//<![[", script + Lines{"junk(//<![)", "junk([)"}, script, 11, 16, OPENER},
+        {"a line feed behind \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16, OPENER},
+        {"a line feed behind the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11, 16, OPENER},
+    };
+    CheckRows(rows);
+}
+
+// A table of its own: where the opener is cut, the slash in front of the cut is lost when the comment becomes junk.
+TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
+    struct Row {
+        const char* note;
+        const char* input;
+        std::size_t cut;
+        Lines tokens;
+        std::string output;
+        std::uint32_t parseResult;  ///< fed by `ParseBuffer`
+    };
+    const Row rows[] = {
+        {"an open block comment", "<script>a/*b", 10, Open("script") + Lines{"text(a)", "junk(*b)"}, "<script>a*b", 0},
+        {"an open line comment", "<script>a//b", 10, Open("script") + Lines{"text(a)", "junk(/b)"}, "<script>a/b", 0},
+        {"an open comment in a style", "<style>/*b", 8, Open("style") + Lines{"junk(*b)"}, "<style>*b", 0},
+        {"a line comment that fails", "<script>//<!-x", 9, Open("script") + Lines{"junk(/<!-)", "junk(x)"}, "<script>/<!-x", 11},
+    };
+    for (const Row& row : rows) {
+        for (const Route& route : ROUTES) {
+            SCOPED_TRACE(std::string(row.note) + ", " + route.name);
+            const std::string input = row.input;
+            ForEverySplit(input, [&](const Cuts& cuts) {
+                if (std::find(cuts.begin(), cuts.end(), row.cut) == cuts.end())
+                    return;
+                for (const Feed feed : {Feed::STREAM, Feed::OWNED_STREAM}) {
+                    DocumentSettings settings = SettingsFor(route, feed);
+                    const DocumentRun run = ParseBy(route, input, cuts, settings);
+                    EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(row.tokens, route)));
+                    EXPECT_EQ(run.parseResult, 0U);
+                    EXPECT_EQ(run.endResult, 0U);
+                    if (route.wideInput == (route.observed == Observed::WIDE)) {
+                        EXPECT_EQ(run.output, route.wideInput ? ToUtf16LE(std::string_view(row.output)) : row.output);
+                    }
+                    settings.selfCheck = GenericParser::SELF_CHECK_CRC;
+                    const DocumentRun checked = ParseBy(route, input, cuts, settings);
+                    EXPECT_EQ(checked.endResult, 704U);
+                    EXPECT_EQ(Join(Comparable(checked.trace, route)), Join(OpenTrace(row.tokens, route)));
+                }
+                const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route));
+                EXPECT_EQ(run.parseResult, row.parseResult);
+                EXPECT_EQ(run.endResult, 16U);
+            });
+        }
+    }
+}
+
+// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does it in front of anything else.
+TEST(ScriptCommentTest, ASlashAtTheEndOfAPieceIsJudgedByTheNextOne) {
+    const ContentRow rows[] = {
+        {"no comment", "a/b\n", {"text(a)", "text(/b)", "text(\\n)"}},
+        {"a line feed", "a/\n", {"text(a)", "text(/)", "text(\\n)"}},
+        {"a block comment", "a/**/", {"text(a)", "c-comment()"}},
+        {"a line comment", "a//\n", {"text(a)", "cpp-comment()", "text(\\n)"}},
+    };
+    CheckInside("script", rows);
+}
+
+TEST(ScriptCommentTest, The8BitObserverOfThe8BitParserIsNotGivenLineComments) {
+    const std::string document = "<script>a//b\n//c<!--d-->//e<![CDATA[f]]>//g<![endif]>/*h*/</script>";
+    const Lines unheard = Open("script") + Lines{"text(a)",      "text(\\n)",       "comment(d)", "cdata(CDATA|[f)", "conditional(endif||)",
+                                                 "c-comment(h)", "end(|script|||)", "js-end"};
+    const Lines heard =
+        Open("script") + Lines{"text(a)",         "cpp-comment(b)",  "text(\\n)",      "cpp-comment(c)",       "comment(d)",
+                               "cpp-comment(e)",  "cdata(CDATA|[f)", "cpp-comment(g)", "conditional(endif||)", "c-comment(h)",
+                               "end(|script|||)", "js-end"};
+    for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
+        for (const Route& route : ROUTES) {
+            SCOPED_TRACE(route.name);
+            const Lines& tokens = !route.wideInput && route.observed == Observed::NARROW ? unheard : heard;
+            ForEverySplit(document, [&](const Cuts& cuts) {
+                DocumentSettings settings = SettingsFor(route, feed);
+                DocumentRun run = ParseBy(route, document, cuts, settings);
+                EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(tokens, route)));
+                EXPECT_EQ(run.endResult, 0U);
+                // The self-check is given them all.
+                settings.selfCheck = GenericParser::SELF_CHECK_CRC;
+                run = ParseBy(route, document, cuts, settings);
+                EXPECT_EQ(run.endResult, route.wideInput ? 704U : 0U);
+            });
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test
