@@ -9,10 +9,9 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
-# `make corpus`: the packages whose pages are checked. `make fuzz`: for how many seconds, with how many fuzzers side by side.
+# `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
-FUZZ_JOBS ?= 1
 
 .PHONY: help run test bench corpus fuzz format check-format check-headers tidy clean
 
@@ -21,7 +20,7 @@ help:
 	@echo 'make test           build with sanitizers, run all tests'
 	@echo 'make bench          build the release, run the benchmarks'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
-	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n, FUZZ_JOBS=n)'
+	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
 	@echo 'make format         format all sources'
 	@echo 'make check-format   fail when a source is not formatted'
 	@echo 'make check-headers  compile every public header alone'
@@ -56,8 +55,8 @@ corpus:
 fuzz:
 	@setup/install build fuzz
 	cmake --preset fuzz
-	cmake --build --preset fuzz --parallel $(JOBS)
-	fuzz/run build/fuzz $(FUZZ_SECONDS) $(FUZZ_JOBS)
+	cmake --build --preset fuzz --parallel $(JOBS) --target fuzzers
+	fuzz/run build/fuzz $(FUZZ_SECONDS)
 
 format:
 	@setup/install format

@@ -7,7 +7,3 @@ if(KESTRA_SANITIZE)
     target_link_options(kestra-build-flags INTERFACE -fsanitize=address,undefined)
     target_compile_definitions(kestra-build-flags INTERFACE _GLIBCXX_ASSERTIONS)
 endif()
-
-if(KESTRA_BUILD_FUZZ)
-    target_compile_options(kestra-build-flags INTERFACE -fsanitize=fuzzer-no-link)
-endif()

@@ -17,11 +17,16 @@ constexpr std::uint64_t READ_SIZE = 64 * 1024;  // bytes per read when a copy is
 }  // namespace
 
 template <typename C, typename S>
-ParserSelfCheck<C, S>::ParserSelfCheck() : outputCrc(0), copyLost(false) {}
+ParserSelfCheck<C, S>::ParserSelfCheck() : outputCrc(0), checkedSize(0), checkedCrc(0), copyLost(false) {}
 
 template <typename C, typename S>
 ParserSelfCheck<C, S>::ParserSelfCheck(const ParserSelfCheck& other)
-    : ParserObserverOutput<C, S>(other), outputCrc(other.outputCrc), gathered(other.gathered), copyLost(false) {}
+    : ParserObserverOutput<C, S>(other),
+      outputCrc(other.outputCrc),
+      gathered(other.gathered),
+      checkedSize(0),
+      checkedCrc(0),
+      copyLost(false) {}
 
 template <typename C, typename S>
 ParserSelfCheck<C, S>& ParserSelfCheck<C, S>::operator=(const ParserSelfCheck& other) {
@@ -55,6 +60,8 @@ void ParserSelfCheck<C, S>::Reset(bool keepCopy) {
     copy = nullptr;
     finishedCopy = nullptr;
     gathered.clear();
+    checkedSize = 0;
+    checkedCrc = 0;
     copyLost = false;
     if (keepCopy)
         copy = std::make_unique<VFS::TmpOutputStream>(COPY_IN_MEMORY);
@@ -78,14 +85,10 @@ bool ParserSelfCheck<C, S>::CheckCopy() {
 
 template <typename C, typename S>
 VFS::InputStream* ParserSelfCheck<C, S>::GetSelfCheckStream() {
-    Flush();
-    if (copy == nullptr)
-        return finishedCopy.get();
-    if (copy->GetResult() == RESULT_OK)
+    if (CheckCopy() && copy != nullptr) {
         finishedCopy = std::make_unique<VFS::TmpInputStream>(*copy);
-    else
-        copyLost = true;
-    copy = nullptr;
+        copy = nullptr;
+    }
     return finishedCopy.get();
 }
 
@@ -109,13 +112,16 @@ bool ParserSelfCheck<C, S>::CanReadCopy() {
     if (copy->GetResult() != RESULT_OK)
         return false;
     VFS::TmpInputStream stream(*copy);
-    std::vector<char> buffer(static_cast<std::size_t>(std::min(READ_SIZE, copy->GetSize() + 1)));
-    std::uint32_t crc = 0;
+    if (stream.Seek(checkedSize) != RESULT_OK)
+        return false;
+    std::vector<char> buffer(static_cast<std::size_t>(std::min(READ_SIZE, copy->GetSize() - checkedSize + 1)));
     std::uint64_t count = 0;
     std::uint32_t result = RESULT_OK;
-    while ((result = stream.Read(buffer.data(), buffer.size(), &count)) == RESULT_OK)
-        crc = UpdateCrc32(crc, buffer.data(), count);
-    return result == RESULT_END_OF_DATA && crc == outputCrc;
+    while ((result = stream.Read(buffer.data(), buffer.size(), &count)) == RESULT_OK) {
+        checkedCrc = UpdateCrc32(checkedCrc, buffer.data(), count);
+        checkedSize += count;
+    }
+    return result == RESULT_END_OF_DATA && checkedCrc == outputCrc;
 }
 
 KESTRA_HTML_INSTANTIATE(ParserSelfCheck);

@@ -34,7 +34,8 @@ public:
     /// The CRC-32 of all bytes written since `Reset`.
     std::uint32_t GetOutputCrc();
 
-    /// Makes sure that the copy, if one is being written, can be read back to its last byte. One that cannot is dropped for good.
+    /// Makes sure that the copy, if one is being written, can be read back to its last byte; what was found good before is not read
+    /// again. One that cannot is dropped for good.
     /// @return false when there is a copy that was lost, now or before
     bool CheckCopy();
 
@@ -50,7 +51,9 @@ private:
     std::uint32_t outputCrc;
     std::unique_ptr<VFS::TmpOutputStream> copy;
     std::unique_ptr<VFS::TmpInputStream> finishedCopy;
-    std::string gathered;  ///< small pieces that wait for the next update of the checksum and the copy
+    std::string gathered;       ///< small pieces that wait for the next update of the checksum and the copy
+    std::uint64_t checkedSize;  ///< bytes of the copy that have been read back,
+    std::uint32_t checkedCrc;   ///< and their checksum
     bool copyLost;
 };
 

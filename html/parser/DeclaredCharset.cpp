@@ -41,7 +41,7 @@ std::string_view CharsetOfContentType(std::string_view content) {
 
 }  // namespace
 
-StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::string>>& attributes) {
+StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::string>>& attributes, WideString* buffer) {
     std::string_view content;
     std::string_view charset;
     for (const Attribute<char, std::string>& attribute : attributes) {
@@ -50,15 +50,17 @@ StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::st
         else if (EqualsKeyword(attribute.name, "charset"))
             charset = attribute.value;
     }
-    const std::string name(charset.empty() ? CharsetOfContentType(content) : charset);
-    WideString wideName;
-    if (name.empty() || StringNS::StringHelper::GetStringFromAnsi(name.c_str(), name.size() + 1, &wideName) != RESULT_OK)
+    const std::string_view name = charset.empty() ? CharsetOfContentType(content) : charset;
+    // The conversion would take a NUL at the end for a terminator; no name has one.
+    if (name.empty() || name.back() == 0)
         return StringNS::CharSet::UNKNOWN;
-    const StringNS::CharSet::Code code = StringNS::CharSet::GetCharSetCode(wideName);
+    if (StringNS::StringHelper::GetStringFromAnsi(name.data(), name.size(), buffer) != RESULT_OK)
+        return StringNS::CharSet::UNKNOWN;
+    const StringNS::CharSet::Code code = StringNS::CharSet::GetCharSetCode(*buffer);
     return code == StringNS::CharSet::UTF16_LE ? StringNS::CharSet::UNKNOWN : code;
 }
 
-StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<WideChar, WideString>>&) {
+StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<WideChar, WideString>>&, WideString*) {
     return StringNS::CharSet::UNKNOWN;
 }
 

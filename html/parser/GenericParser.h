@@ -29,7 +29,8 @@ namespace Kestra::HTML {
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
 /// destroyed in a callback.
-/// **Copies**: a copy goes on where the original stood, in the middle of a token too. It does not inherit the stream.
+/// **Copies**: a copy goes on where the original stood, in the middle of a token too. It inherits neither the stream nor the text that the
+/// self-check keeps: its checksum goes on, and its `GetSelfCheckStream` is null until the next document.
 class KESTRA_HTML_API GenericParser {
 public:
     static constexpr std::uint64_t BUFFER_SIZE = 16384;                ///< bytes per read of a stream or file
@@ -63,7 +64,8 @@ public:
     std::uint32_t SetObserver(ParserObserver<WideChar, WideString>* observer, bool owns);
 
     /// Begins a document. What an unfinished one left is dropped.
-    /// @param code  the charset of 8-bit text, 0 for unknown; 65000 (UTF-7) is replaced by 1252
+    /// @param code  the charset of 8-bit text; 65000 (UTF-7) is replaced by 1252. With 0, unknown, charset declarations in `meta` tags are
+    ///              applied as they come, unless there is a byte-order mark, and `ParseStream` asks the detector at the end
     /// @return 0
     std::uint32_t StartParse(StringNS::CharSet::Code code, DataStreamType type);
 
@@ -120,9 +122,10 @@ public:
     /// True when the charset was chosen by the detector.
     bool WasCharsetDetectorUsed() const;
 
-    /// The tokens written back, which SELF_CHECK_COPY keeps: a stream from their first byte on, the same in every call, owned by the
-    /// parser and valid until the next document. Null when there is none, when no parser runs, and when the copy could not be written
-    /// to the temporary file or read back. Before `EndParse` it ends the copy where the parse stands.
+    /// The tokens written back, which SELF_CHECK_COPY keeps: a stream from their first byte on, the same in every call. It is the
+    /// parser's, and valid until the next document begins or the parser is assigned to or destroyed. Null when there is none, when no
+    /// parser runs, and when the copy could not be written to the temporary file or read back. The first call ends the copy: tokens of
+    /// bytes fed later are not in it.
     VFS::InputStream* GetSelfCheckStream();
 
     /// The setters answer 0 and take effect at once. A self-check that is switched on or off in the middle of a document compares only

@@ -791,17 +791,15 @@ template <typename C, typename S>
 bool Parser<C, S>::NeedsOtherCharset() {
     if (!discoverCharset || charsetFromMarkup || !EqualsKeyword(startTagData.name, "meta"))
         return false;
-    const StringNS::CharSet::Code before = charset;
-    const StringNS::CharSet::Code declared = FindDeclaredCharset(startTagData.attributes);
+    const StringNS::CharSet::Code declared = FindDeclaredCharset(startTagData.attributes, &declaredName);
     if (declared == StringNS::CharSet::UNKNOWN)
         return false;
+    const bool isTooLate = declared != charset && convertedForObserver;
     charset = declared;
-    OnCharset(declared);
     charsetFromMarkup = charObserver != nullptr || wcharObserver != nullptr;
-    if (charset == before || !convertedForObserver)
-        return false;
-    needsReparsing = true;
-    return true;
+    needsReparsing = needsReparsing || isTooLate;
+    OnCharset(declared);
+    return isTooLate;
 }
 
 template <typename C, typename S>
@@ -872,6 +870,11 @@ std::uint32_t Parser<C, S>::GetSelfCheckMode() const {
 template <typename C, typename S>
 VFS::InputStream* Parser<C, S>::GetSelfCheckStream() {
     return selfCheck.GetSelfCheckStream();
+}
+
+template <typename C, typename S>
+void Parser<C, S>::DropSelfCheckStream() {
+    selfCheck.Reset(false);
 }
 
 template <typename C, typename S>

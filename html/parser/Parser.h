@@ -107,6 +107,7 @@ public:
     StringNS::CharSet::Code GetCharset() const;
     std::uint32_t GetSelfCheckMode() const;
     VFS::InputStream* GetSelfCheckStream();
+    void DropSelfCheckStream();
     bool GetDetectCharsetErrors() const;
     bool HasCharsetErrors() const;
     bool NeedsReparsing() const;
@@ -239,6 +240,7 @@ private:
     StringNS::CharSet::Code charset;
     bool discoverCharset;
     bool charsetFromMarkup;
+    WideString declaredName;  // kept for its buffer
     bool charsetDetectorUsed;
     std::uint32_t charsetErrors;  // the last failed conversion, 0 for none
     Uninherited<VFS::InputStream*> backingStream;

@@ -39,8 +39,8 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up. In an XML declaration SP_MALFORMED for anything
-    ///         but "?" behind the attributes, anything but ">" behind "?", an unquoted value that is only "?" before ">", and white space
-    ///         behind a name without a value that ends in "?". A code of a member, unchanged.
+    ///         but "?" behind the attributes, anything but ">" behind the closing "?" or "/", an unquoted value that is only "?" before
+    ///         ">", and white space behind a name without a value that ends in "?". A code of a member, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED

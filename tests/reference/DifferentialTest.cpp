@@ -15,7 +15,7 @@
 #include "tests/reference/DocumentFeeding.h"
 #include "tests/reference/DocumentMaker.h"
 #include "tests/reference/ReferenceTokenizer.h"
-#include "tests/support/Pieces.h"
+#include "tests/reference/TokenCheck.h"
 #include "tests/support/Splits.h"
 #include "tools/trace/TokenTrace.h"
 
@@ -29,7 +29,6 @@ constexpr std::uint64_t DOCUMENTS = 50000;
 constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
-constexpr std::uint64_t NEVER_CONFIDENT = 101;                       // of 100: the charset detector never answers
 
 /// In front of the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
@@ -40,165 +39,12 @@ constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>",    "<style
                                              "<![if",     "<![if x]y",   "<script>//",  "<script>/*",  "<script>'", "<script>/x",
                                              "<style>/*", "<style>\"",   "<script>//<", "<script></p", "<![",       "<?xml a='b' x/"};
 
-enum class Fed { STREAM, BUFFER };
-
-/// What of a parse is compared.
-struct Outcome {
-    std::vector<std::string> trace;
-    std::uint32_t parseResult = 0;
-    std::uint32_t endResult = 0;
-    std::uint64_t line = 0;
-    std::uint64_t column = 0;
-
-    bool operator==(const Outcome&) const = default;
-};
-
-std::string Show(const Outcome& outcome) {
-    std::string shown;
-    for (const std::string& line : outcome.trace)
-        shown += "  " + line + "\n";
-    return shown + "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) + ", line " +
-           std::to_string(outcome.line) + ", column " + std::to_string(outcome.column) + "\n";
-}
-
-/// Parses one document after the other with the same parser.
-class Library {
-public:
-    Library() : observer(&outcome.trace) {
-        parser.SetObserver(&observer, false);
-        parser.SetChrDetMinConfidence(NEVER_CONFIDENT);
-    }
-
-    /// @return valid until the next document
-    const Outcome& Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
-        outcome.trace.clear();
-        parser.StartParse(charset, GenericParser::DATA_STREAM_8BIT);
-        if (fed == Fed::STREAM) {
-            stream.Reset(document, cuts);
-            outcome.parseResult = parser.ParseStream(&stream, false);
-        } else {
-            ParsePieces(document, cuts);
-        }
-        outcome.line = parser.GetLine();
-        outcome.column = parser.GetColumn();
-        outcome.endResult = parser.EndParse();
-        return outcome;
-    }
-
-private:
-    void ParsePieces(std::string_view document, const Cuts& cuts) {
-        outcome.parseResult = 0;
-        std::size_t begin = 0;
-        for (std::size_t i = 0; i <= cuts.size() && outcome.parseResult == 0; ++i) {
-            const std::size_t end = i < cuts.size() ? cuts[i] : document.size();
-            const HeapPiece<char> piece(document.substr(begin, end - begin));
-            outcome.parseResult = parser.ParseBuffer(piece.Data(), piece.Size());
-            begin = end;
-        }
-    }
-
-    GenericParser parser;
-    Outcome outcome;
-    Trace::TraceObserver<char, std::string> observer;
-    CutInputStream stream;
-};
-
-/// The lines of a kind, one after the other.
-class LinesOfKind {
-public:
-    explicit LinesOfKind(std::vector<std::string>* traceLines) : lines(traceLines) {}
-
-    /// @return the next line that begins with `opening`
-    std::string& Next(std::string_view opening) {
-        while (next < lines->size() && !(*lines)[next].starts_with(opening))
-            ++next;
-        if (next == lines->size())
-            throw std::logic_error("the stretches of the reference do not fit its trace: " + std::string(opening));
-        return (*lines)[next++];
-    }
-
-private:
-    std::vector<std::string>* lines;
-    std::size_t next = 0;
-};
-
-/// Where the piece with the character at `index` begins.
-std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
-    const auto behind = std::upper_bound(cuts.begin(), cuts.end(), index);
-    return behind == cuts.begin() ? 0 : *std::prev(behind);
-}
-
-/// Of the tail of a conditional section only the part in the piece with its ">" is kept, and a failed script comment whose opener is
-/// cut in two becomes junk without the first half.
-void CutTrace(const ReferenceRun& run, std::string_view document, const Cuts& cuts, std::vector<std::string>* trace) {
-    LinesOfKind lines(trace);
-    for (const ReferenceStretch& stretch : run.stretches) {
-        if (stretch.kind == ReferenceStretch::Kind::CONDITIONAL) {
-            std::string& line = lines.Next("conditional(");
-            if (!stretch.closed)
-                continue;
-            const std::size_t tailEnd = stretch.end - 1;
-            const std::size_t kept = std::max(stretch.tailBegin, PieceBegin(cuts, tailEnd));
-            line.resize(line.size() - Trace::Escape(document.substr(stretch.tailBegin, tailEnd - stretch.tailBegin)).size() - 1);
-            line += Trace::Escape(document.substr(kept, tailEnd - kept)) + ")";
-        } else if (stretch.kind == ReferenceStretch::Kind::JUNK) {
-            std::string& line = lines.Next("junk(");
-            if (stretch.failedScriptComment && PieceBegin(cuts, stretch.begin + 1) == stretch.begin + 1)
-                line.erase(std::string_view("junk(").size(), 1);
-        }
-    }
-}
-
-ReferenceRun Refer(std::string_view document, CharSet::Code charset, Fed fed) {
-    ReferenceSettings settings;
-    settings.charset = charset;
-    settings.canReadBack = fed == Fed::STREAM;
-    return ParseByReference(document, settings);
-}
-
-/// @param run  of the document uncut
-Outcome ExpectedOf(const ReferenceRun& run, std::string_view document, const Cuts& cuts) {
-    Outcome expected{run.trace, run.parseResult, run.endResult, run.line, run.column};
-    if (!cuts.empty())
-        CutTrace(run, document, cuts, &expected.trace);
-    return expected;
-}
-
-Outcome ExpectedOf(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
-    return ExpectedOf(Refer(document, charset, fed), document, cuts);
-}
-
-/// How one document is fed. The cuts are made anew for each length, so that a document can be shortened.
-struct Feeding {
-    CharSet::Code charset = CharSet::WINDOWS_1252;
-    Fed fed = Fed::STREAM;
-    std::function<Cuts(std::size_t length)> cutsFor = [](std::size_t) { return Cuts(); };
-
-    Cuts Make(std::size_t length) const {
-        const Cuts cuts = cutsFor(length);
-        return fed == Fed::STREAM ? CutsAsRead(cuts, length, GenericParser::BUFFER_SIZE) : cuts;
-    }
-};
-
-/// @return what differs for a parser of its own, or nothing
-std::string Difference(std::string_view document, const Feeding& feeding) {
-    const Cuts cuts = feeding.Make(document.size());
-    const Outcome expected = ExpectedOf(document, feeding.charset, feeding.fed, cuts);
-    Library library;
-    const Outcome& actual = library.Parse(document, feeding.charset, feeding.fed, cuts);
-    if (actual == expected)
-        return "";
-    return Trace::Escape(document) + "\n" + (feeding.fed == Fed::STREAM ? "read from a stream" : "fed by buffers") + ", charset " +
-           std::to_string(feeding.charset) + ", cut at " + Describe(cuts) + "\nthe library:\n" + Show(actual) + "the reference:\n" +
-           Show(expected);
-}
-
 /// Checks a document with a parser that has parsed others before.
 /// @param run  of the document uncut, fed in the same way
 /// @return true when nothing differs
-bool Check(Library* library, std::string_view document, const ReferenceRun& run, const Feeding& feeding) {
+bool Check(TracingParser* library, std::string_view document, const ReferenceRun& run, const Feeding& feeding) {
     const Cuts cuts = feeding.Make(document.size());
-    const Outcome expected = ExpectedOf(run, document, cuts);
+    const TokenOutcome expected = ExpectedOf(run, document, cuts);
     if (library->Parse(document, feeding.charset, feeding.fed, cuts) == expected)
         return true;
     if (Difference(document, feeding).empty()) {
@@ -212,7 +58,7 @@ bool Check(Library* library, std::string_view document, const ReferenceRun& run,
     return false;
 }
 
-bool Check(Library* library, std::string_view document, const Feeding& feeding) {
+bool Check(TracingParser* library, std::string_view document, const Feeding& feeding) {
     return Check(library, document, Refer(document, feeding.charset, feeding.fed), feeding);
 }
 
@@ -225,7 +71,7 @@ const std::vector<std::string>& Pages() {
 class DifferentialTest : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(DifferentialTest, RandomDocuments) {
-    Library library;
+    TracingParser library;
     DocumentMaker maker(&Pages());
     for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -256,7 +102,7 @@ protected:
 };
 
 TEST_P(EnumeratedDifferentialTest, Uncut) {
-    Library library;
+    TracingParser library;
     bool same = true;
     Feeding streamed;
     Feeding buffered;
@@ -271,7 +117,7 @@ TEST_P(EnumeratedDifferentialTest, Uncut) {
 }
 
 TEST_P(EnumeratedDifferentialTest, EverySplit) {
-    Library library;
+    TracingParser library;
     bool same = true;
     for (const std::string_view context : CUT_CONTEXTS) {
         ForEachString(context, First(), CUT_LENGTH, [&](std::string_view document) {
@@ -298,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest, testing::Ra
 
 // The contexts by themselves, which the enumeration leaves out.
 TEST(DifferentialCheckTest, NothingBehindAContext) {
-    Library library;
+    TracingParser library;
     for (const std::string_view context : CUT_CONTEXTS) {
         Feeding feeding;
         EXPECT_TRUE(Check(&library, context, feeding)) << context;
@@ -310,12 +156,12 @@ TEST(DifferentialCheckTest, NothingBehindAContext) {
 // The comparison itself must see every part of an outcome.
 TEST(DifferentialCheckTest, SeesADifference) {
     const std::string document = "<p a>\nx";
-    Library library;
-    const Outcome actual = library.Parse(document, CharSet::WINDOWS_1252, Fed::STREAM, {});
+    TracingParser library;
+    const TokenOutcome actual = library.Parse(document, CharSet::WINDOWS_1252, Fed::STREAM, {});
     ASSERT_EQ(Show(actual), Show(ExpectedOf(document, CharSet::WINDOWS_1252, Fed::STREAM, {})));
     for (const char* const other : {"<p b>\nx", "<p a>\ny", "<p a>\nx<", "<p a> x", "<p a>\n"})
         EXPECT_FALSE(actual == ExpectedOf(other, CharSet::WINDOWS_1252, Fed::STREAM, {})) << other;
-    const Outcome open = library.Parse("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {});
+    const TokenOutcome open = library.Parse("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {});
     EXPECT_FALSE(open == ExpectedOf("<p", CharSet::WINDOWS_1252, Fed::STREAM, {}));
     EXPECT_TRUE(open == ExpectedOf("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {}));
 }
@@ -370,7 +216,7 @@ TEST(DifferentialCheckTest, TheDocumentsHoldEveryKindOfToken) {
     for (std::uint64_t seed = 0; seed < 3000; ++seed) {
         const MadeDocument made = maker.Make(seed);
         severalReads += made.bytes.size() > GenericParser::BUFFER_SIZE ? 1U : 0U;
-        const Outcome outcome = ExpectedOf(made.bytes, made.charset, Fed::BUFFER, {});
+        const TokenOutcome outcome = ExpectedOf(made.bytes, made.charset, Fed::BUFFER, {});
         ++results[outcome.parseResult];
         ++results[outcome.endResult];
         std::string lines;

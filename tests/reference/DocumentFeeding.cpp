@@ -72,6 +72,11 @@ Cuts CutsOfShortReads(std::size_t length, Dice* dice) {
     return cuts;
 }
 
+std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
+    const auto behind = std::upper_bound(cuts.begin(), cuts.end(), index);
+    return behind == cuts.begin() ? 0 : *std::prev(behind);
+}
+
 void ForEverySplitOfTheTail(std::size_t length, std::size_t tail, const std::function<bool(const Cuts&)>& run) {
     const std::size_t head = length - tail;
     const bool headHasCuts = head > 1;

@@ -11,6 +11,9 @@
 
 namespace Kestra::Test {
 
+/// A confidence, of 100, that the charset detector never reaches: the reference has none.
+inline constexpr std::uint64_t NEVER_CONFIDENT = 101;
+
 /// A stream over borrowed bytes, to be used for any number of documents. A read of new bytes ends at the next cut at the latest; bytes
 /// that were delivered before, those of a token being re-read, are delivered as far as they were.
 class CutInputStream final : public VFS::InputStream {
@@ -38,6 +41,9 @@ Cuts CutsAsRead(const Cuts& cuts, std::size_t length, std::size_t readSize);
 
 /// Cuts into pieces of random sizes from 1 to 64, or to a smaller number for short documents.
 Cuts CutsOfShortReads(std::size_t length, Dice* dice);
+
+/// Where the piece with the character at `index` begins.
+std::size_t PieceBegin(const Cuts& cuts, std::size_t index);
 
 /// Calls `run` for every way to cut a document of `length` characters in front of its last `tail` ones or between them, each with the
 /// characters before them in one piece, and with each of them alone. Stops when `run` answers false.

@@ -10,6 +10,7 @@
 
 #include "html/framework/ParserObserver.h"
 #include "html/parser/GenericParser.h"
+#include "tests/reference/CopyCheck.h"
 #include "tests/reference/DocumentFeeding.h"
 #include "tests/reference/DocumentMaker.h"
 #include "tests/reference/ReferenceTokenizer.h"
@@ -27,7 +28,6 @@ constexpr std::uint64_t DOCUMENTS = 50000;
 constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
-constexpr std::uint64_t NEVER_CONFIDENT = 101;                       // of 100: the charset detector never answers
 constexpr std::uint32_t CHECK_FAILED = HTML::PARSER_SELF_CHECK_FAILED;
 
 /// In front of the enumerated strings.
@@ -41,227 +41,6 @@ constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>", "<style>",
 /// The bytes of the marks that begin a document whose kind is not given.
 constexpr std::string_view UTF8_MARK = "\xEF\xBB\xBF";
 constexpr std::string_view UTF16_MARK = "\xFF\xFE";
-
-/// What became of a document: the results, and the copy that the tokens written back gave.
-struct Outcome {
-    std::uint32_t parseResult = 0;
-    std::uint32_t endResult = 0;
-    std::string copy;
-
-    bool operator==(const Outcome&) const = default;
-};
-
-std::string Show(const Outcome& outcome) {
-    return "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) + "\n  copy " +
-           Trace::Escape(outcome.copy) + "\n";
-}
-
-/// Reads one document after the other as a stream, with the same parser, and keeps the copy.
-class SelfCheckingParser {
-public:
-    SelfCheckingParser() {
-        parser.SetObserver(&observer, false);
-        parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
-        parser.SetChrDetMinConfidence(NEVER_CONFIDENT);
-    }
-
-    /// @param cuts  in bytes
-    /// @return valid until the next document
-    const Outcome& Parse(std::string_view document, CharSet::Code charset, GenericParser::DataStreamType type, const Cuts& cuts) {
-        stream.Reset(document, cuts);
-        parser.StartParse(charset, type);
-        outcome.parseResult = parser.ParseStream(&stream, false);
-        outcome.endResult = parser.EndParse();
-        outcome.copy.clear();
-        VFS::InputStream* const copy = parser.GetSelfCheckStream();
-        char buffer[1024];
-        std::uint64_t count = 0;
-        while (copy != nullptr && copy->Read(buffer, sizeof(buffer), &count) == 0)
-            outcome.copy.append(buffer, static_cast<std::size_t>(count));
-        return outcome;
-    }
-
-private:
-    HTML::ParserObserver<char, std::string> observer;
-    GenericParser parser;
-    Outcome outcome;
-    CutInputStream stream;
-};
-
-/// Where the piece with the character at `index` begins.
-std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
-    const auto behind = std::upper_bound(cuts.begin(), cuts.end(), index);
-    return behind == cuts.begin() ? 0 : *(behind - 1);
-}
-
-/// The characters of a conditional tail that are kept: none when it is never closed, else those in the piece with its ">".
-std::size_t KeptTailBegin(const ReferenceStretch& stretch, const Cuts& cuts) {
-    return stretch.closed ? std::max(stretch.tailBegin, PieceBegin(cuts, stretch.end - 1)) : stretch.end;
-}
-
-/// True when the opener of a script comment is cut between its two characters, and its comment fails or is open at the end.
-bool LosesItsSlash(const ReferenceStretch& stretch, const Cuts& cuts) {
-    return stretch.failedScriptComment && PieceBegin(cuts, stretch.begin + 1) == stretch.begin + 1;
-}
-
-/// True for the stretches that an 8-bit parser does not write back as they stood.
-bool IsException(const ReferenceStretch& stretch, const Cuts& cuts) {
-    if (stretch.kind == ReferenceStretch::Kind::CONDITIONAL)
-        return KeptTailBegin(stretch, cuts) > stretch.tailBegin;
-    return stretch.swapsSlashAndSpace || LosesItsSlash(stretch, cuts);
-}
-
-// Where the bodies of the stretches lie of which a wide parser writes half of the bytes.
-
-std::string_view TextOf(std::string_view document, const ReferenceStretch& stretch) {
-    return document.substr(stretch.begin, stretch.end - stretch.begin);
-}
-
-/// The opener, the body and the closer of a stretch.
-struct Parts {
-    std::string_view opener;
-    std::string_view body;
-    std::string_view closer;
-};
-
-Parts Divide(std::string_view text, std::size_t openerLength, std::string_view closer) {
-    const bool isClosed = text.size() >= openerLength + closer.size() && text.ends_with(closer);
-    const std::size_t end = isClosed ? text.size() - closer.size() : text.size();
-    return {text.substr(0, openerLength), text.substr(openerLength, end - openerLength), text.substr(end)};
-}
-
-/// The bytes of the characters in UTF-16; of a body only the first half of them.
-std::string Widened(std::string_view latin1) {
-    return ToUtf16LE(latin1);
-}
-
-std::string WidenedBody(std::string_view latin1) {
-    return ToUtf16LE(latin1).substr(0, latin1.size());
-}
-
-/// The beginning of a conditional section.
-struct Conditional {
-    std::string_view opener;     ///< with its keyword
-    std::string_view condition;  ///< up to the first "]"
-    std::string_view bracket;    ///< that "]", or nothing
-};
-
-Conditional DivideConditional(std::string_view text) {
-    constexpr std::string_view IF = "<![if";
-    constexpr std::string_view ENDIF = "<![endif";
-    const bool isIf = text[IF.size() - 2] == 'i' || text[IF.size() - 2] == 'I';
-    const std::size_t openerEnd = (isIf ? IF : ENDIF).size();
-    const std::size_t conditionEnd = std::min(text.find(']'), text.size());
-    return {text.substr(0, openerEnd), text.substr(openerEnd, conditionEnd - openerEnd), text.substr(conditionEnd).substr(0, 1)};
-}
-
-std::string WideCopy(std::string_view document, const ReferenceStretch& stretch, const Cuts& cuts) {
-    const std::string_view text = TextOf(document, stretch);
-    Parts parts;
-    switch (stretch.kind) {
-        case ReferenceStretch::Kind::COMMENT:
-            parts = Divide(text, std::string_view("<!--").size(), "-->");
-            return Widened(parts.opener) + WidenedBody(parts.body) + Widened(parts.closer);
-        case ReferenceStretch::Kind::CDATA:
-            parts = Divide(text, std::string_view("<![CDATA").size(), "]]>");
-            return Widened(parts.opener) + WidenedBody(parts.body) + Widened(parts.closer);
-        case ReferenceStretch::Kind::CONDITIONAL: {
-            const Conditional section = DivideConditional(text);
-            const std::size_t kept = KeptTailBegin(stretch, cuts) - stretch.begin;
-            const std::size_t tailEnd = stretch.closed ? text.size() - 1 : text.size();
-            return Widened(section.opener) + WidenedBody(section.condition) + Widened(section.bracket) +
-                   WidenedBody(text.substr(kept, tailEnd - kept)) + Widened(text.substr(tailEnd));
-        }
-        default:
-            return Widened(LosesItsSlash(stretch, cuts) ? text.substr(1) : std::string_view(stretch.copy));
-    }
-}
-
-/// True for the stretches that a wide parser does not write back as they stood, although an 8-bit parser does: those with a body.
-bool HasBody(std::string_view document, const ReferenceStretch& stretch) {
-    const std::string_view text = TextOf(document, stretch);
-    switch (stretch.kind) {
-        case ReferenceStretch::Kind::COMMENT:
-            return text != "<!---->" && text != "<!--";
-        case ReferenceStretch::Kind::CDATA:
-            return text.size() > std::string_view("<![CDATA").size() && text.substr(std::string_view("<![CDATA").size()) != "]]>";
-        case ReferenceStretch::Kind::CONDITIONAL:
-            return !DivideConditional(text).condition.empty() || stretch.tailBegin < stretch.end - (stretch.closed ? 1 : 0);
-        default:
-            return false;
-    }
-}
-
-/// How one document is read. The cuts are made anew for each length, so that a document can be shortened.
-struct Reading {
-    CharSet::Code charset = CharSet::WINDOWS_1252;
-    bool wide = false;                                                                     ///< each byte is a character of UTF-16
-    std::function<Cuts(std::size_t length)> cutsFor = [](std::size_t) { return Cuts(); };  ///< in characters
-};
-
-/// 0x85 and 0xA0 are white space in wide text only, so that a wide document with them has other tokens.
-std::string WithoutWideSpaces(std::string_view document) {
-    std::string other(document);
-    std::replace_if(
-        other.begin(), other.end(), [](char byte) { return byte == '\x85' || byte == '\xA0'; }, '\xE9');
-    return other;
-}
-
-/// What must become of a document, and whether that is the input itself.
-struct Expectation {
-    std::string input;  ///< in bytes
-    Outcome outcome;
-    bool isException = false;  ///< some stretch is not written back as it stood
-};
-
-ReferenceRun Refer(std::string_view document, const Reading& reading) {
-    ReferenceSettings settings;
-    settings.charset = reading.charset;
-    return ParseByReference(document, settings);
-}
-
-/// @param run  of the document, in the charset of the reading
-Expectation Expect(std::string_view document, const ReferenceRun& run, const Reading& reading, const Cuts& cuts) {
-    Expectation expected;
-    expected.input = reading.wide ? Widened(document) : std::string(document);
-    if (!reading.wide)
-        expected.outcome.copy = CopyByReference(run, document, cuts);
-    for (const ReferenceStretch& stretch : run.stretches) {
-        expected.isException = expected.isException || IsException(stretch, cuts) || (reading.wide && HasBody(document, stretch));
-        if (reading.wide)
-            expected.outcome.copy += WideCopy(document, stretch, cuts);
-    }
-    expected.outcome.endResult = expected.isException ? CHECK_FAILED : 0;
-    return expected;
-}
-
-Expectation Expect(std::string_view document, const Reading& reading, const Cuts& cuts) {
-    return Expect(document, Refer(document, reading), reading, cuts);
-}
-
-/// @param parser  may have parsed other documents before
-/// @param run  of the document, in the charset of the reading
-/// @return what is wrong, or nothing
-std::string Fault(SelfCheckingParser* parser, std::string_view document, const ReferenceRun& run, const Reading& reading) {
-    constexpr std::size_t READ = GenericParser::BUFFER_SIZE;
-    const Cuts cuts = CutsAsRead(reading.cutsFor(document.size()), document.size(), reading.wide ? READ / sizeof(WideChar) : READ);
-    const Expectation expected = Expect(document, run, reading, cuts);
-    const Outcome& actual =
-        reading.wide ? parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_UTF16, Scaled(cuts, sizeof(WideChar)))
-                     : parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_8BIT, cuts);
-    const bool isWritten = actual.copy == expected.input;
-    if (actual == expected.outcome && isWritten != expected.isException)
-        return "";
-    return Trace::Escape(document) + "\n" + (reading.wide ? "wide" : "8-bit") + ", charset " + std::to_string(reading.charset) +
-           ", cut at " + Describe(cuts) + "\n" + (expected.isException ? "an exception\n" : "no exception\n") + "the library:\n" +
-           Show(actual) + "expected:\n" + Show(expected.outcome);
-}
-
-/// @return the same for a parser of its own
-std::string Fault(std::string_view document, const Reading& reading) {
-    SelfCheckingParser parser;
-    return Fault(&parser, document, Refer(document, reading), reading);
-}
 
 /// @param run  of the document, in the charset of the reading
 /// @return true when nothing is wrong
@@ -430,11 +209,11 @@ Cuts CutsFrom(const Cuts& cuts, std::size_t begin, std::size_t unit) {
 
 /// @param cuts  in bytes, as the document is read; even behind a mark of UTF-16
 /// @param latin1  the text behind a mark of UTF-16, in 8 bits
-Outcome ExpectMarked(std::string_view document, const Cuts& cuts, std::string_view latin1) {
+CopyOutcome ExpectMarked(std::string_view document, const Cuts& cuts, std::string_view latin1) {
     const Beginning beginning = BeginningOf(document, cuts);
     const std::string_view text = document.substr(beginning.content);
     Reading reading;
-    Outcome outcome;
+    CopyOutcome outcome;
     switch (beginning.kind) {
         case Beginning::Kind::NOTHING_RUNS:
             return outcome;
@@ -455,8 +234,8 @@ Outcome ExpectMarked(std::string_view document, const Cuts& cuts, std::string_vi
 }
 
 void CheckMarked(SelfCheckingParser* parser, std::string_view document, const Cuts& cuts, std::string_view latin1) {
-    const Outcome expected = ExpectMarked(document, cuts, latin1);
-    const Outcome& actual = parser->Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
+    const CopyOutcome expected = ExpectMarked(document, cuts, latin1);
+    const CopyOutcome& actual = parser->Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
     ASSERT_TRUE(actual == expected) << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe library:\n"
                                     << Show(actual) << "expected:\n"
                                     << Show(expected);
@@ -505,7 +284,7 @@ TEST(ReferenceMarkTest, EveryBeginningAndSplit) {
                 document += BYTES[rest % BYTES.size()];
             ForEverySplitOfTheTail(length, length, [&](const Cuts& cuts) {
                 const Beginning beginning = BeginningOf(document, cuts);
-                Outcome expected;
+                CopyOutcome expected;
                 if (beginning.kind == Beginning::Kind::UTF16) {
                     // Two bytes of this set are no "<" of UTF-16, so every whole character is text. A piece with half of one is refused.
                     expected.copy = document;
@@ -520,7 +299,7 @@ TEST(ReferenceMarkTest, EveryBeginningAndSplit) {
                 } else {
                     expected = ExpectMarked(document, cuts, "");
                 }
-                const Outcome& actual = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
+                const CopyOutcome& actual = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
                 EXPECT_TRUE(actual == expected) << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe library:\n"
                                                 << Show(actual) << "expected:\n"
                                                 << Show(expected);
@@ -554,8 +333,8 @@ TEST(ReferenceMarkTest, WhatEndsAPieceAndIsNoMarkIsGone) {
     };
     SelfCheckingParser parser;
     for (const MarkRow& row : rows) {
-        const Outcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, row.cuts);
-        EXPECT_EQ(Show(actual), Show(Outcome{0, 0, std::string(row.copy)})) << row.note;
+        const CopyOutcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, row.cuts);
+        EXPECT_EQ(Show(actual), Show(CopyOutcome{0, 0, std::string(row.copy)})) << row.note;
         EXPECT_EQ(Show(ExpectMarked(row.document, row.cuts, "")), Show(actual)) << row.note;
     }
 }
@@ -584,8 +363,8 @@ TEST(RoundTripRuleTest, TheExceptions) {
     for (const ExceptionRow& row : rows) {
         Reading reading;
         reading.cutsFor = [&](std::size_t) { return row.cuts; };
-        const Outcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, row.cuts);
-        EXPECT_EQ(Show(actual), Show(Outcome{0, row.copy == row.document ? 0 : CHECK_FAILED, std::string(row.copy)})) << row.note;
+        const CopyOutcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, row.cuts);
+        EXPECT_EQ(Show(actual), Show(CopyOutcome{0, row.copy == row.document ? 0 : CHECK_FAILED, std::string(row.copy)})) << row.note;
         EXPECT_EQ(Expect(row.document, reading, row.cuts).isException, row.copy != row.document) << row.note;
     }
 }
@@ -615,8 +394,8 @@ TEST(RoundTripRuleTest, TheBodiesOfTheWideFlavour) {
         std::string copy = Widened(row.document);
         if (!row.body.empty())
             copy.replace(copy.rfind(Widened(row.body)), row.body.size() * 2, WidenedBody(row.body));
-        const Outcome& actual = parser.Parse(Widened(row.document), CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_UTF16, {});
-        EXPECT_EQ(Show(actual), Show(Outcome{0, row.body.empty() ? 0 : CHECK_FAILED, copy})) << row.note;
+        const CopyOutcome& actual = parser.Parse(Widened(row.document), CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_UTF16, {});
+        EXPECT_EQ(Show(actual), Show(CopyOutcome{0, row.body.empty() ? 0 : CHECK_FAILED, copy})) << row.note;
         Reading reading;
         reading.wide = true;
         EXPECT_EQ(Show(Expect(row.document, reading, {}).outcome), Show(actual)) << row.note;
@@ -629,7 +408,7 @@ TEST(RoundTripRuleTest, SeesAFault) {
     EXPECT_EQ(Fault("<p a=/>", reading), "");
     // A charset that hides markup in escape runs, which the parser is not told.
     const std::string document = "\x1B$B<p>\x1B(B<![if x]y";
-    const Outcome other = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, {});
+    const CopyOutcome other = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, {});
     reading.charset = CharSet::ISO_2022_JP;
     const Expectation expected = Expect(document, reading, {});
     EXPECT_EQ(Show(other), Show(expected.outcome));

@@ -41,11 +41,12 @@ constexpr char BLOCK[] =
     "</a-name-longer-than-a-short-string                    with-an-attribute=its-value                    >";
 
 template <typename C, typename S>
-std::size_t CountAllocationsOfSecondHalf(const std::string& document, GenericParser::DataStreamType type, std::uint64_t pieceSize) {
+std::size_t CountAllocationsOfSecondHalf(const std::string& document, GenericParser::DataStreamType type, std::uint64_t pieceSize,
+                                         StringNS::CharSet::Code charset = 1252) {
     HTML::ParserObserver<C, S> observer;
     GenericParser parser;
     parser.SetObserver(&observer, false);
-    parser.StartParse(1252, type);
+    parser.StartParse(charset, type);
     std::size_t before = 0;
     for (int half = 0; half < 2; ++half) {
         before = CountAllocations();
@@ -67,6 +68,16 @@ TEST(AllocationTest, TokensCostNoneOnceWarm) {
         EXPECT_EQ((CountAllocationsOfSecondHalf<char, std::string>(narrow, GenericParser::DATA_STREAM_8BIT, pieceSize)), 0U);
         EXPECT_EQ((CountAllocationsOfSecondHalf<WideChar, WideString>(narrow, GenericParser::DATA_STREAM_8BIT, pieceSize)), 0U);
         EXPECT_EQ((CountAllocationsOfSecondHalf<WideChar, WideString>(wide, GenericParser::DATA_STREAM_UTF16, pieceSize)), 0U);
+    }
+}
+
+TEST(AllocationTest, LookingForACharsetCostsNoneOnceWarm) {
+    std::string document;
+    for (int i = 0; i < 500; ++i)
+        document += "<meta charset='a name longer than a short string'><meta content='text/html; charset=another name that is long'>";
+    for (const std::uint64_t pieceSize : {64U, 4096U}) {
+        EXPECT_EQ((CountAllocationsOfSecondHalf<char, std::string>(document, GenericParser::DATA_STREAM_8BIT, pieceSize, 0)), 0U);
+        EXPECT_EQ((CountAllocationsOfSecondHalf<WideChar, WideString>(document, GenericParser::DATA_STREAM_8BIT, pieceSize, 0)), 0U);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -641,6 +642,37 @@ TEST(CharsetDiscoveryTest, InsideOnCharsetTheNewOneIsInForce) {
     bench.Start();
     EXPECT_EQ(bench.Feed(KOI8_R), 0U);
     EXPECT_EQ(calls, 2);
+}
+
+TEST(CharsetDiscoveryTest, AnObserverUnboundInOnCharsetHasBeenTold) {
+    Bench bench;
+    bench.parser.SetObserver(&bench.narrow, false);
+    bench.narrow.hook = [&](const std::string& line) {
+        if (line == "charset(20866)")
+            bench.parser.SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+    };
+    bench.Start();
+    EXPECT_EQ(bench.Feed(KOI8_R), 0U);
+    bench.narrow.hook = nullptr;
+    bench.parser.SetObserver(&bench.narrow, false);
+    EXPECT_EQ(bench.Feed("<meta charset=utf-8>"), 0U);
+    EXPECT_EQ(bench.parser.GetCharset(), 20866U);
+}
+
+TEST(CharsetDiscoveryTest, AnExceptionOutOfOnCharsetUndoesNothing) {
+    Bench bench;
+    bench.parser.SetObserver(&bench.wide, false);
+    bench.wide.hook = [&](const std::string& line) {
+        if (line == "charset(20866)")
+            throw std::runtime_error("an observer's own");
+    };
+    bench.Start();
+    EXPECT_THROW(bench.Feed("x" + std::string(KOI8_R)), std::runtime_error);
+    bench.wide.hook = nullptr;
+    EXPECT_EQ(bench.parser.GetCharset(), 20866U);
+    EXPECT_TRUE(bench.parser.NeedsReparsing());
+    EXPECT_EQ(bench.Feed("<meta charset=utf-8>"), 0U);
+    EXPECT_EQ(bench.parser.GetCharset(), 20866U);
 }
 
 int detections = 0;

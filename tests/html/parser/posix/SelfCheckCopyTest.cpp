@@ -218,5 +218,46 @@ TEST(SelfCheckCopyTest, AFileThatCannotBeReadIsNoCopy) {
     });
 }
 
+/// Feeds a document of 6 MiB whose copy is being written to a file.
+void FeedLongDocument(GenericParser* parser, GenericParser::DataStreamType type) {
+    parser->SetSelfCheck(GenericParser::SELF_CHECK_COPY);
+    parser->StartParse(1252, type);
+    const std::string document = type == GenericParser::DATA_STREAM_UTF16 ? MakeDocument<WideChar>(6 << 20) : MakeDocument<char>(6 << 20);
+    ASSERT_EQ(parser->ParseBuffer(document.data(), document.size()), 0U);
+    ASSERT_GE(FindTemporaryFile(), 0);
+}
+
+TEST(SelfCheckCopyTest, ACopyThatIsSpoiltWhenItIsTakenEarlyIsNone) {
+    GenericParser parser;
+    FeedLongDocument(&parser, GenericParser::DATA_STREAM_8BIT);
+    ASSERT_EQ(ftruncate(FindTemporaryFile(), 1000000), 0);
+    EXPECT_EQ(parser.GetSelfCheckStream(), nullptr);
+    EXPECT_EQ(FindTemporaryFile(), -1);
+    EXPECT_EQ(parser.EndParse(), 704U);
+}
+
+TEST(SelfCheckCopyTest, TheNextDocumentDropsTheCopyWhateverItsFlavour) {
+    GenericParser parser;
+    FeedLongDocument(&parser, GenericParser::DATA_STREAM_UTF16);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(FindTemporaryFile(), -1);
+    FeedLongDocument(&parser, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_UTF16);
+    EXPECT_EQ(FindTemporaryFile(), -1);
+}
+
+TEST(SelfCheckCopyTest, BytesBehindTheEndAreReadBackToo) {
+    GenericParser parser;
+    FeedLongDocument(&parser, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    const std::string more = MakeDocument<char>(1 << 20);
+    ASSERT_EQ(parser.ParseBuffer(more.data(), more.size()), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    ASSERT_NE(parser.GetSelfCheckStream(), nullptr);
+    EXPECT_EQ(ReadAll(parser.GetSelfCheckStream(), 100000).bytes, MakeDocument<char>(6 << 20) + more);
+}
+
 }  // namespace
 }  // namespace Kestra::Test

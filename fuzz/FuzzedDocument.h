@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/CharSet.h"
+#include "tests/support/Splits.h"
+
+namespace Kestra::Fuzz {
+
+/// A document as the fuzzer makes it: how it is fed stands in front of its bytes, so that mutations reach that as well.
+///
+///     byte 0          the charset, an index modulo their number
+///     byte 1          how many pieces follow, 0 to 63 (modulo 64); the rest of the document is one more
+///     one byte each   the length of a piece
+///     the rest        the document
+struct FuzzedDocument {
+    StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
+    Test::Cuts cuts;  ///< in bytes, all inside the document
+    std::string_view bytes;
+};
+
+/// @param data  borrowed by the result
+FuzzedDocument ReadFuzzedDocument(const std::uint8_t* data, std::size_t size);
+
+/// The input of the fuzzer that `ReadFuzzedDocument` reads as this document. Pieces are cut to 255 bytes.
+std::string WriteFuzzedDocument(const FuzzedDocument& document);
+
+}  // namespace Kestra::Fuzz
