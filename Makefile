@@ -9,18 +9,23 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
+# What `make test` runs in the optimized build as well: the comparison with the second tokenizer, with more documents.
+OPTIMIZED_TESTS = differential-tests round-trip-tests
+
 # `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test bench corpus fuzz format check-format check-headers tidy clean
+.PHONY: help run test bench corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
-	@echo 'make test           build with sanitizers, run all tests'
+	@echo 'make test           build with sanitizers, run all tests; those of random documents in the release too'
 	@echo 'make bench          build the release, run the benchmarks'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
+	@echo 'make check-fuzz     build the fuzzers, run them over their small corpus'
+	@echo 'make coverage       which lines of the library the tests reach'
 	@echo 'make format         format all sources'
 	@echo 'make check-format   fail when a source is not formatted'
 	@echo 'make check-headers  compile every public header alone'
@@ -37,7 +42,9 @@ test:
 	@setup/install build
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
-	@setup/run-tests sanitize
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target $(OPTIMIZED_TESTS)
+	@setup/run-tests sanitize 'release:enumerated|random'
 
 bench:
 	@setup/install build
@@ -57,6 +64,19 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz --parallel $(JOBS) --target fuzzers
 	fuzz/run build/fuzz $(FUZZ_SECONDS)
+
+check-fuzz:
+	@setup/install build fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz --parallel $(JOBS) --target fuzzers
+	build/fuzz/bin/document-fuzzer -runs=0 fuzz/seeds/document-fuzzer
+
+coverage:
+	@setup/install build coverage
+	cmake --preset coverage
+	cmake --build --preset coverage --parallel $(JOBS)
+	ctest --preset coverage --parallel $(JOBS)
+	gcovr --root . --object-directory build/coverage --filter html/ --filter platform/ --exclude-throw-branches --sort-uncovered
 
 format:
 	@setup/install format

@@ -110,15 +110,23 @@ struct Parser<C, S>::Construct {
 template <typename C, typename S>
 const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
     {STATE_GENERIC_TAG, OPENED_BY_TEXT, ParserNames::GENERIC_TAG, 1, nullptr,
-        &Parser::BeginGenericTag, &Parser::ParseGenericTag, &Parser::EndUnfinishedTag, true},
+        &Parser::BeginPlain<&Parser::genericTag, &Parser::genericTagData>,
+        &Parser::ParseGenericTag,
+        &Parser::EndUnfinishedTag, true},
     {STATE_TEXT, OPENED_BY_NONE, ParserNames::TEXT, 0, nullptr,
-        nullptr, &Parser::ParseText, &Parser::EndText, false},
+        nullptr,
+        &Parser::ParseText,
+        &Parser::EndText, false},
     {STATE_START_TAG, OPENED_BY_TAG, ParserNames::START_TAG, 0, "<",
-        &Parser::BeginStartTag, &Parser::ParseStartTag, &Parser::EndUnfinishedTag, true},
+        &Parser::BeginTag<&Parser::startTag, &Parser::startTagData>,
+        &Parser::ParseStartTag,
+        &Parser::EndUnfinishedTag, true},
     {STATE_END_TAG, OPENED_BY_TAG, ParserNames::END_TAG, 0, nullptr,
-        &Parser::BeginEndTag, &Parser::ParseEndTag, &Parser::EndConstruct<&Parser::endTag, &Parser::endTagData, &Parser::DeliverEndTag>, true},
+        &Parser::BeginTag<&Parser::endTag, &Parser::endTagData>,
+        &Parser::ParseEndTag,
+        &Parser::EndConstruct<&Parser::endTag, &Parser::endTagData, &Parser::DeliverEndTag>, true},
     {STATE_S_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::S_QUOTE_STRING, 1, nullptr,
-        &Parser::BeginSQuoteString,
+        &Parser::BeginLiteral<&Parser::sQuoteString, &Parser::sQuoteStringData>,
         &Parser::ParseConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>,
         &Parser::EndConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>, true},
     {STATE_D_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::D_QUOTE_STRING, 1, nullptr,
@@ -126,39 +134,41 @@ const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
         &Parser::ParseConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>,
         &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>, true},
     {STATE_C_COMMENT, OPENED_BY_TEXT, ParserNames::C_COMMENT, 2, nullptr,
-        &Parser::BeginCComment,
+        &Parser::BeginPlain<&Parser::cComment, &Parser::cCommentData>,
         &Parser::ParseConstruct<&Parser::cComment, &Parser::cCommentData, &Parser::DeliverCComment>,
         &Parser::EndConstruct<&Parser::cComment, &Parser::cCommentData, &Parser::DeliverCComment>, true},
     {STATE_CPP_COMMENT, OPENED_BY_TEXT, ParserNames::CPP_COMMENT, 2, nullptr,
-        &Parser::BeginCPPComment,
+        &Parser::BeginPlain<&Parser::cppComment, &Parser::cppCommentData>,
         &Parser::ParseCPPComment,
         &Parser::EndConstruct<&Parser::cppComment, &Parser::cppCommentData, &Parser::DeliverCPPComment>, true},
     {STATE_JS_REG_EX, OPENED_BY_TEXT, ParserNames::JS_REG_EX, 0, nullptr,
-        &Parser::BeginJSRegEx,
+        &Parser::BeginLiteral<&Parser::jsRegEx, &Parser::jsRegExData>,
         &Parser::ParseConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>,
         &Parser::EndConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>, false},
     {STATE_COMMENT_TAG, OPENED_BY_TAG, ParserNames::COMMENT_TAG, 0, nullptr,
-        &Parser::BeginCommentTag,
+        &Parser::BeginPlain<&Parser::commentTag, &Parser::commentTagData>,
         &Parser::ParseConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>,
         &Parser::EndConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>, false},
     {STATE_CONDITIONAL_TAG, OPENED_BY_TAG, ParserNames::CONDITIONAL_TAG, 0, nullptr,
-        &Parser::BeginConditionalTag,
+        &Parser::BeginSection<&Parser::conditionalTag, &Parser::conditionalTagData>,
         &Parser::ParseConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>,
         &Parser::EndConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>, false},
     {STATE_CDATA_TAG, OPENED_BY_TAG, ParserNames::CDATA_TAG, 0, nullptr,
-        &Parser::BeginCDATATag,
+        &Parser::BeginSection<&Parser::cdataTag, &Parser::cdataTagData>,
         &Parser::ParseConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>,
         &Parser::EndConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>, false},
     {STATE_ENTITY_TAG, OPENED_BY_TAG, ParserNames::ENTITY_TAG, 0, "<!",
-        &Parser::BeginEntityTag,
+        &Parser::BeginTag<&Parser::entityTag, &Parser::entityTagData>,
         &Parser::ParseConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>,
         &Parser::EndConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>, true},
     {STATE_EXTERN_TAG, OPENED_BY_TAG, ParserNames::EXTERN_TAG, 0, "<?",
-        &Parser::BeginExternTag,
+        &Parser::BeginTag<&Parser::externTag, &Parser::externTagData>,
         &Parser::ParseConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>,
         &Parser::EndConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>, true},
     {STATE_JUNK, OPENED_BY_NONE, ParserNames::JUNK, 0, nullptr,
-        nullptr, &Parser::ParseJunk, &Parser::EndJunk, false},
+        nullptr,
+        &Parser::ParseJunk,
+        &Parser::EndJunk, false},
 };
 // clang-format on
 
@@ -284,7 +294,7 @@ std::uint32_t Parser<C, S>::ParseText() {
     if (construct == nullptr)
         return PARSER_UNKNOWN_RECOGNIZER;
     MarkTokenStart(construct->charactersBack);
-    (this->*construct->begin)();
+    Begin(*construct);
     return SP_NEED_MORE_DATA;
 }
 
@@ -303,7 +313,7 @@ std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
         BackToText(construct->textInScript);
         return SP_NEED_MORE_DATA;
     }
-    (this->*construct->begin)();
+    Begin(*construct);
     return SP_NEED_MORE_DATA;
 }
 
@@ -383,109 +393,52 @@ std::uint32_t Parser<C, S>::ParseJunk() {
     MarkTokenStart(0);
     if (!Scan::AtEnd(context))
         Scan::Advance(context);
-    BeginGenericTag();
+    Begin(*FindByState(STATE_GENERIC_TAG));
     return SP_NEED_MORE_DATA;
 }
 
+/// Makes a construct's recognizer the active one.
 template <typename C, typename S>
-void Parser<C, S>::BeginGenericTag() {
-    genericTag.BeginParse(&genericTagData);
-    currentParserName = ParserNames::GENERIC_TAG;
-    state = STATE_GENERIC_TAG;
+void Parser<C, S>::Begin(const Construct& construct) {
+    (this->*construct.begin)();
+    currentParserName = construct.name;
+    state = construct.state;
 }
 
 template <typename C, typename S>
-void Parser<C, S>::BeginStartTag() {
-    startTag.BeginParse(&startTagData);
-    startTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
-    currentParserName = ParserNames::START_TAG;
-    state = STATE_START_TAG;
+template <auto RECOGNIZER, auto DATA>
+void Parser<C, S>::BeginPlain() {
+    (this->*RECOGNIZER).BeginParse(&(this->*DATA));
 }
 
+/// A construct with quoted strings, in which an ISO-2022 document may hold escape runs.
 template <typename C, typename S>
-void Parser<C, S>::BeginEndTag() {
-    endTag.BeginParse(&endTagData);
-    endTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
-    currentParserName = ParserNames::END_TAG;
-    state = STATE_END_TAG;
+template <auto RECOGNIZER, auto DATA>
+void Parser<C, S>::BeginTag() {
+    BeginPlain<RECOGNIZER, DATA>();
+    (this->*DATA).iso2022 = StringNS::CharSet::IsIso2022(charset);
 }
 
+/// A section whose keyword has been read.
 template <typename C, typename S>
-void Parser<C, S>::BeginCommentTag() {
-    commentTag.BeginParse(&commentTagData);
-    currentParserName = ParserNames::COMMENT_TAG;
-    state = STATE_COMMENT_TAG;
+template <auto RECOGNIZER, auto DATA>
+void Parser<C, S>::BeginSection() {
+    BeginPlain<RECOGNIZER, DATA>();
+    TakeText(&genericTagData.keyword, &(this->*DATA).keyword);
 }
 
+/// A literal of a script or a style sheet.
 template <typename C, typename S>
-void Parser<C, S>::BeginCDATATag() {
-    cdataTag.BeginParse(&cdataTagData);
-    TakeText(&genericTagData.keyword, &cdataTagData.keyword);
-    currentParserName = ParserNames::CDATA_TAG;
-    state = STATE_CDATA_TAG;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginConditionalTag() {
-    conditionalTag.BeginParse(&conditionalTagData);
-    TakeText(&genericTagData.keyword, &conditionalTagData.keyword);
-    currentParserName = ParserNames::CONDITIONAL_TAG;
-    state = STATE_CONDITIONAL_TAG;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginEntityTag() {
-    entityTag.BeginParse(&entityTagData);
-    entityTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
-    currentParserName = ParserNames::ENTITY_TAG;
-    state = STATE_ENTITY_TAG;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginExternTag() {
-    externTag.BeginParse(&externTagData);
-    externTagData.iso2022 = StringNS::CharSet::IsIso2022(charset);
-    currentParserName = ParserNames::EXTERN_TAG;
-    state = STATE_EXTERN_TAG;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginCComment() {
-    cComment.BeginParse(&cCommentData);
-    currentParserName = ParserNames::C_COMMENT;
-    state = STATE_C_COMMENT;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginCPPComment() {
-    cppComment.BeginParse(&cppCommentData);
-    currentParserName = ParserNames::CPP_COMMENT;
-    state = STATE_CPP_COMMENT;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginJSRegEx() {
-    jsRegEx.BeginParse(&jsRegExData);
-    jsRegExData.allowEscapes = true;
-    currentParserName = ParserNames::JS_REG_EX;
-    state = STATE_JS_REG_EX;
-}
-
-template <typename C, typename S>
-void Parser<C, S>::BeginSQuoteString() {
-    sQuoteString.BeginParse(&sQuoteStringData);
-    sQuoteStringData.allowEscapes = true;
-    currentParserName = ParserNames::S_QUOTE_STRING;
-    state = STATE_S_QUOTE_STRING;
+template <auto RECOGNIZER, auto DATA>
+void Parser<C, S>::BeginLiteral() {
+    BeginPlain<RECOGNIZER, DATA>();
+    (this->*DATA).allowEscapes = true;
 }
 
 template <typename C, typename S>
 void Parser<C, S>::BeginDQuoteString() {
-    dQuoteString.BeginParse(&dQuoteStringData);
-    dQuoteStringData.allowEscapes = true;
+    BeginLiteral<&Parser::dQuoteString, &Parser::dQuoteStringData>();
     dQuoteStringData.allowEscape2022 = StringNS::CharSet::IsIso2022(charset);
-    currentParserName = ParserNames::D_QUOTE_STRING;
-    state = STATE_D_QUOTE_STRING;
 }
 
 /// The token begins `charactersBack` in front of the current place; what lies in an earlier piece is out of its reach.

@@ -123,18 +123,15 @@ private:
     static const Construct* FindByName(WideStringView name, std::uint32_t opener);
 
     // Starting a recognizer: `BeginParse`, then the options of the document.
-    void BeginGenericTag();
-    void BeginStartTag();
-    void BeginEndTag();
-    void BeginCommentTag();
-    void BeginCDATATag();
-    void BeginConditionalTag();
-    void BeginEntityTag();
-    void BeginExternTag();
-    void BeginCComment();
-    void BeginCPPComment();
-    void BeginJSRegEx();
-    void BeginSQuoteString();
+    void Begin(const Construct& construct);
+    template <auto RECOGNIZER, auto DATA>
+    void BeginPlain();
+    template <auto RECOGNIZER, auto DATA>
+    void BeginTag();
+    template <auto RECOGNIZER, auto DATA>
+    void BeginSection();
+    template <auto RECOGNIZER, auto DATA>
+    void BeginLiteral();
     void BeginDQuoteString();
 
     // One step of the main loop: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
