@@ -1,0 +1,155 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/CharSet.h"
+#include "tests/reference/DocumentFeeding.h"
+#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/events/StatelessReference.h"
+#include "tests/support/EventRun.h"
+#include "tests/support/Splits.h"
+#include "tools/trace/TokenTrace.h"
+
+// The stateless parser against the second implementation of it, on random documents in random pieces.
+
+namespace Kestra::Test {
+namespace {
+
+using StringNS::CharSet;
+
+constexpr std::uint64_t DOCUMENTS = 50000;
+constexpr std::uint64_t SHARDS = 16;
+constexpr std::size_t LONGEST = 2000;  // bytes
+
+/// What the states of the parser turn on.
+constexpr std::string_view PARTS[] = {"<",
+                                      ">",
+                                      "</",
+                                      "<!",
+                                      "<!--",
+                                      "-->",
+                                      "-",
+                                      "--",
+                                      "<?",
+                                      "?>",
+                                      "/>",
+                                      "/",
+                                      "?",
+                                      "'",
+                                      "\"",
+                                      "=",
+                                      " ",
+                                      "\n",
+                                      "\r\n",
+                                      "\r",
+                                      "a",
+                                      "b1",
+                                      "_x:y-z",
+                                      "%",
+                                      "<a>",
+                                      "</a>",
+                                      "<p b='c'>",
+                                      "<br/>",
+                                      "<!D x>",
+                                      "<?x y=z?>",
+                                      "<script>",
+                                      "</script>",
+                                      "</scripx",
+                                      "<style>",
+                                      "</style>",
+                                      "</SCRIPT>",
+                                      "//",
+                                      "/*",
+                                      "*/",
+                                      "\\",
+                                      "\xE9",
+                                      "\xC1",
+                                      "<meta http-equiv=Content-Type content='text/html; charset=koi8-r'>",
+                                      "<meta content=\"charset=utf-8\" http-equiv='content-type'/>",
+                                      "<?xml encoding='windows-1251' ?>",
+                                      "<?xml encoding=x-none ?>"};
+
+std::string MakeSoup(Dice* dice) {
+    std::string document;
+    for (std::size_t parts = dice->Below(40); parts > 0; --parts)
+        document += dice->Pick(PARTS);
+    return document;
+}
+
+CharSet::Code PickCharset(Dice* dice) {
+    constexpr CharSet::Code CHARSETS[] = {0, 0, 0, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
+    return CHARSETS[dice->Below(std::size(CHARSETS))];
+}
+
+std::vector<std::string> Pieces(const std::string& document, const Cuts& cuts) {
+    std::vector<std::string> pieces;
+    for (const auto& [begin, end] : PiecesOf(cuts, document.size()))
+        pieces.push_back(document.substr(begin, end - begin));
+    return pieces;
+}
+
+/// A piece that the first failure leaves unfed has no result on either side.
+std::string Describe(const StatelessReferenceRun& run) {
+    EventRun shown;
+    shown.trace = run.trace;
+    shown.parseResults = run.parseResults;
+    shown.line = run.line;
+    shown.column = run.column;
+    return shown.Describe();
+}
+
+/// @return what differs, or nothing
+std::string Difference(const std::vector<std::string>& pieces, CharSet::Code charset, std::uint32_t flags) {
+    const EventRun actual = ParseEvents(pieces, charset, flags);
+    const StatelessReferenceRun expected = ParseStatelessByReference(pieces, charset, flags);
+    if (actual.Describe() == Describe(expected) && actual.parseResults == expected.parseResults && actual.endResult == expected.endResult)
+        return "";
+    std::string shown = "charset " + std::to_string(charset) + ", flags " + std::to_string(flags) + ", pieces:\n";
+    for (const std::string& piece : pieces)
+        shown += "  " + Trace::Escape(piece) + "\n";
+    return shown + "the library:\n" + actual.Describe() + "the reference:\n" + Describe(expected);
+}
+
+class StatelessDifferentialTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(StatelessDifferentialTest, RandomDocuments) {
+    const std::vector<std::string> pages = ReadPages(KESTRA_EXAMPLE_PAGES);
+    DocumentMaker maker(&pages);
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+        Dice dice(seed);
+        const std::string document = dice.OneIn(2) ? MakeSoup(&dice) : maker.Make(seed).bytes.substr(0, LONGEST);
+        const CharSet::Code charset = PickCharset(&dice);
+        const std::uint32_t flags = dice.OneIn(4) ? 0 : 1;
+        const Cuts cuts = CutsOfShortReads(document.size(), &dice);
+        // Behind a failure nothing is fed; the rest of the document is tried from there on.
+        std::string rest = document;
+        for (int attempt = 0; attempt < 4 && !rest.empty(); ++attempt) {
+            std::string difference = Difference({rest}, charset, flags);
+            if (difference.empty())
+                difference =
+                    Difference(Pieces(rest, Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), rest.size()))), charset, flags);
+            const auto fails = [&](std::string_view candidate) { return !Difference({std::string(candidate)}, charset, flags).empty(); };
+            ASSERT_EQ(difference, "") << "seed " << seed << ", the shortest in one piece: " << Trace::Escape(Shorten(rest, fails));
+            rest.erase(0, rest.size() / 3 + 1);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shards, StatelessDifferentialTest, testing::Range<std::uint64_t>(0, SHARDS));
+
+// The comparison itself must see every part of an outcome.
+TEST(StatelessDifferentialCheckTest, SeesADifference) {
+    const std::string actual = ParseEvents({"a<p b=c>"}).Describe();
+    EXPECT_EQ(actual, Describe(ParseStatelessByReference({"a<p b=c>"})));
+    for (const char* const other : {"b<p b=c>", "a<p b=d>", "a<p b=c> ", "a<p b=c><", "a<p  b=c>", "a<p b=c>< ="})
+        EXPECT_NE(actual, Describe(ParseStatelessByReference({other}))) << other;
+}
+
+}  // namespace
+}  // namespace Kestra::Test
