@@ -75,7 +75,7 @@ coverage:
 	@setup/install build coverage
 	cmake --preset coverage
 	cmake --build --preset coverage --parallel $(JOBS)
-	ctest --preset coverage --parallel $(JOBS)
+	ctest --preset coverage --parallel $(JOBS) -LE "enumerated|random"
 	gcovr --root . --object-directory build/coverage --filter html/ --filter platform/ --exclude-throw-branches --sort-uncovered
 
 format:

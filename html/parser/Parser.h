@@ -8,7 +8,7 @@
 #include "html/framework/SimpleParserContext.h"
 #include "html/output/ParserSelfCheck.h"
 #include "html/parser/RecordConverter.h"
-#include "html/parser/Uninherited.h"
+#include "platform/Uninherited.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/EntityTagSimpleParser.h"
 #include "html/tags/ExternTagSimpleParser.h"

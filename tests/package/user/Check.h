@@ -24,3 +24,4 @@ void UsePlatform();
 void UseRecognizers();
 void UseRecords();
 void UseDocuments();
+void UseEvents();

@@ -22,6 +22,7 @@ int main() {
     UseRecognizers();
     UseRecords();
     UseDocuments();
+    UseEvents();
     std::printf("%d expectations, %d failed\n", expectations, failures);
     return failures == 0 && expectations > 0 ? 0 : 1;
 }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace Kestra::HTML {
+namespace Kestra {
 
 /// A field that a copy of its owner does not inherit: there it has the value of a new object.
 template <typename T>
@@ -33,4 +33,4 @@ private:
     T value = T();
 };
 
-}  // namespace Kestra::HTML
+}  // namespace Kestra

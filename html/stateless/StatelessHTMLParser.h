@@ -1,0 +1,200 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "html/stateless/StatelessHTMLObserver.h"
+#include "html/stateless/StatelessResults.h"
+#include "platform/CharSet.h"
+#include "platform/CharSetConverter.h"
+#include "platform/Characters.h"
+#include "platform/Export.h"
+#include "platform/InputStream.h"
+#include "platform/Observable.h"
+#include "platform/Uninherited.h"
+#include "platform/Vector.h"
+
+namespace Kestra::HTML {
+
+/// A small parser for 8-bit markup: bytes in, numbered events out, nothing kept but what is under way.
+///
+///     StatelessHTMLParser parser;
+///     parser.Attach(&observer);
+///     parser.StartParse(0);
+///     result = parser.ParseStream(stream, true);   // or ParseBuffer, any number of times; 0 and 16 are good
+///     parser.EndParse();
+///
+/// It reports each start tag, end tag, comment, text, declaration, script and style sheet by itself, the moment it is complete. It is not
+/// lossless: white space inside tags, script comments and the text behind the last tag are dropped, and a comment ends with its piece.
+///
+/// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the parser stands at the byte that does not
+/// fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` tell where.
+/// **Threads**: one parser, one thread. Callbacks run inside the call that fed the input.
+/// **Copies**: a copy goes on where the original stood and has the same observers attached.
+class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable {
+public:
+    static constexpr std::int32_t BUFFER_SIZE = 65536;  ///< bytes per read of a stream or file
+
+    static constexpr unsigned long ID_START_PARSING = 0;
+    static constexpr unsigned long ID_STOP_PARSING = 1;
+    static constexpr unsigned long ID_START_TAG = 2;   ///< name, attributes
+    static constexpr unsigned long ID_END_TAG = 3;     ///< name
+    static constexpr unsigned long ID_SCRIPT = 4;      ///< attributes, body
+    static constexpr unsigned long ID_EXTERN_TAG = 5;  ///< name, attributes
+    static constexpr unsigned long ID_ENTITY_TAG = 6;  ///< name, tokens
+    static constexpr unsigned long ID_COMMENT = 7;     ///< text
+    static constexpr unsigned long ID_TEXT = 8;        ///< text
+    static constexpr unsigned long ID_STYLE = 9;       ///< attributes, body
+
+    StatelessHTMLParser();
+    StatelessHTMLParser(const StatelessHTMLParser& other);
+    StatelessHTMLParser& operator=(const StatelessHTMLParser& other);
+    ~StatelessHTMLParser() override;
+
+    /// Begins a document. @param charset  0: the ANSI code page, until the markup chooses another one. @return 0
+    std::uint32_t StartParse(StringNS::CharSet::Code charset);
+
+    /// Parses the next piece, of any size. @param data  borrowed for the call. @param size  in bytes
+    /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2 for null data with a size; 701 to 703
+    std::uint32_t ParseBuffer(const void* data, std::size_t size);
+
+    /// Parses a stream from where it stands to its end, in reads of BUFFER_SIZE bytes. Neither starts nor ends the document. It goes on
+    /// reading for as long as the stream answers 0, also without a byte.
+    /// @param release  deletes the stream, whatever the result; a call out of a callback leaves it to the caller
+    /// @return 0; 2 for null; the code of `ParseBuffer`, of the stream or of the buffer
+    std::uint32_t ParseStream(VFS::InputStream* stream, bool release);
+
+    /// Parses a file as `ParseStream` does. @return the same, and 506 when it cannot be opened
+    std::uint32_t ParseFile(const WideChar* path);
+
+    /// Ends the document. Text behind the last tag, and a construct that is not complete, cause no event. @return 0
+    std::uint32_t EndParse();
+
+    /// Bit 0: the markup may replace a charset that was given or found before. @return 0
+    std::uint32_t SetFlags(unsigned long newFlags);
+    unsigned long GetFlags() const;  ///< initially 1
+
+    /// Line, from 1. Two line breaks in a row, of any kind, count as one. @param out  not null. @return 0
+    std::uint32_t GetCurrentLineNumber(std::size_t* out) const;
+
+    /// Column, from 1. A byte of text, of a script or of a style sheet counts two. @param out  not null. @return 0
+    std::uint32_t GetCurrentColumnNumber(std::size_t* out) const;
+
+private:
+    class Busy;
+
+    using Attributes = StatelessHTMLObserver::Attributes;
+    using Tokens = StatelessHTMLObserver::Tokens;
+
+    // Walking over the piece.
+    bool AtEnd() const;
+    unsigned char Next() const;
+    void Consume();
+    void CountContent(unsigned char byte);
+    void ConsumeContent();
+    void ConsumeRun(std::size_t count);
+    bool SkipWhiteSpace();
+    bool IsBehind(char byte) const;
+
+    std::uint32_t ParsePiece(const void* data, std::size_t size);
+    std::uint32_t FeedStream(VFS::InputStream* stream);
+
+    // The main machine: one step in each state.
+    std::uint32_t RunMachine();
+    void ParseText();
+    std::uint32_t ParseAfterLessThan();
+    std::uint32_t ParseAfterExclamationMark();
+    std::uint32_t ParseAfterHyphen();
+    void FinishStartTag();
+
+    // The parsers of the constructs and of their parts. 0: complete; 16: the piece is used up; 701 to 703: malformed.
+    void InitIdentifierParser();
+    std::uint32_t ParseIdentifier();
+    void InitValueParser();
+    std::uint32_t ParseValue();
+    void InitAttrParser();
+    std::uint32_t ParseAttr();
+    void InitAttrsParser();
+    std::uint32_t ParseAttrs();
+    void InitTokensParser();
+    std::uint32_t ParseTokens();
+    void InitStartTagParser();
+    std::uint32_t ParseStartTag();
+    void InitEndTagParser();
+    std::uint32_t ParseEndTag();
+    void InitEntityTagParser();
+    std::uint32_t ParseEntityTag();
+    void InitExternTagParser();
+    std::uint32_t ParseExternTag();
+    void InitCommentTagParser();
+    std::uint32_t ParseCommentTag();
+    void InitScriptTagParser();
+    std::uint32_t ParseScriptTag();
+    void ParseScriptCode();
+    bool ParseScriptEnd();
+    void InitStyleTagParser();
+    std::uint32_t ParseStyleTag();
+    bool ParseStyleEnd();
+    std::uint32_t SkipBadAttribute();
+    std::uint32_t ReadQuoted(char quote);
+
+    // From bytes to events.
+    std::uint32_t GetCharSetFromStartTag();
+    std::uint32_t GetCharSetFromExternTag();
+    bool MayChangeCharSet() const;
+    std::uint32_t CharSetKnown() const;
+    void ToWide(StringNS::CharSet::Code code, const std::string& bytes, WideString* output);
+    std::uint32_t ConvertStr(const std::string& bytes, WideString* output);
+    std::uint32_t ConvertAttrs(Attributes* output);
+    std::uint32_t ConvertTokens(Tokens* output);
+    void Raise(unsigned long id, const void* first, const void* second = nullptr);
+    void RaiseStartTag();
+    void RaiseEndTag();
+    void RaiseExternTag();
+    void RaiseEntityTag();
+    void RaiseString(unsigned long id, const std::string& bytes);
+    void RaiseBody(unsigned long id);
+
+    std::string identifier;  // also the body of a comment
+    std::string value;
+    std::string tagName;
+    std::string text;  // also the body of a script or a style sheet
+    std::string scriptEnd;
+    std::string styleEnd;
+    Vector<std::pair<std::string, std::string>> attributes;
+    Vector<std::string> tokens;
+    unsigned long flags;
+    bool started;
+    StringNS::CharSet::Code charset;
+    const unsigned char* cursor;
+    std::uint64_t position;
+    std::uint64_t length;
+    std::uint32_t state;  // of the main machine
+    bool afterNewline;
+    std::uint32_t attributeState;
+    std::uint32_t valueState;
+    bool selfClosing;
+    std::uint32_t startTagState;
+    std::uint32_t externTagState;
+    std::uint32_t entityTagState;
+    std::uint32_t endTagState;
+    std::uint32_t commentState;
+    std::uint32_t scriptState;
+    unsigned char scriptPrevious;
+    std::uint32_t styleState;
+    std::uint64_t line;
+    std::uint64_t column;
+
+    unsigned char lastByte;  // the last one consumed in an earlier piece of the document, 0 for none
+    Uninherited<bool> busy;  // a call that feeds, starts or ends is on the stack
+    StringNS::CharSetConverter converter;
+    // Kept for their buffers.
+    WideString wideName;
+    WideString wideText;
+    Attributes wideAttributes;
+    Tokens wideTokens;
+};
+
+}  // namespace Kestra::HTML

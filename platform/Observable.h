@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <vector>
+
+#include "platform/Export.h"
+
+namespace Kestra::Base {
+
+class MultiDelegate;
+class Observable;
+
+/// One who wants to be called: binds its callbacks to the events of an `Observable`.
+///
+/// An observer may be attached to several observables, and to one several times. Destroyed, it detaches itself from all of them. A copy
+/// is attached to nothing.
+class KESTRA_HTML_API Observer {
+public:
+    Observer();
+    Observer(const Observer& other);
+    Observer& operator=(const Observer& other);
+    virtual ~Observer();
+
+    /// Binds the callbacks. Called by `Observable::Attach`; a second call binds them once more, so every event comes twice.
+    virtual void RegisterCalls(MultiDelegate* delegate);
+
+private:
+    friend class Observable;
+    std::vector<Observable*> attachedTo;  // once for each attachment
+};
+
+/// The callbacks that are bound to events: for each identifier a list, called in the order of binding.
+///
+/// Callbacks may bind and remove: one that is removed is called no more, not even for the event under way; one that is added gets the next
+/// event.
+class KESTRA_HTML_API MultiDelegate {
+public:
+    /// Makes the call to an observer. @param arguments  pointers to the values of the event, as many as it has
+    using Trampoline = void (*)(Observer* observer, const void* const* arguments);
+
+    MultiDelegate();
+    /// A copy has the same bindings.
+    MultiDelegate(const MultiDelegate& other);
+    MultiDelegate& operator=(const MultiDelegate& other);
+    ~MultiDelegate();
+
+    /// @param observer  borrowed; must be removed before it goes
+    void Bind(unsigned long id, Observer* observer, Trampoline trampoline);
+
+    /// Removes all bindings of an observer.
+    void Remove(const Observer* observer);
+
+    /// True when somebody is bound to the event.
+    bool IsBound(unsigned long id) const;
+
+    /// Raises an event without values.
+    void Call(unsigned long id);
+
+    /// Raises an event. @param arguments  borrowed for the call
+    void Call(unsigned long id, const void* const* arguments);
+
+private:
+    class Calling;
+
+    struct Binding {
+        Observer* observer;  // null: removed while an event was under way
+        Trampoline trampoline;
+    };
+
+    void Sweep();
+
+    std::map<unsigned long, std::vector<Binding>> bindings;
+    std::size_t callsUnderWay;
+    bool hasRemoved;
+};
+
+/// One who raises events. A copy has the same observers attached; they are told of both.
+class KESTRA_HTML_API Observable {
+public:
+    Observable();
+    Observable(const Observable& other);
+    Observable& operator=(const Observable& other);
+    virtual ~Observable();
+
+    /// Lets the observer bind its callbacks. Null is ignored. @param observer  borrowed; it may be destroyed while attached
+    void Attach(Observer* observer);
+
+    /// Undoes every `Attach` of the observer.
+    void Detach(Observer* observer);
+
+protected:
+    MultiDelegate& GetDelegate();
+
+private:
+    friend class Observer;
+    void AdoptObservers(const Observable& other);
+    void DetachAll();
+
+    MultiDelegate delegate;
+    std::vector<Observer*> observers;  // once for each attachment
+};
+
+}  // namespace Kestra::Base
