@@ -16,6 +16,8 @@ using HTML::GenericParser;
 using Tool::CheckOptions;
 using Tool::CommandLine;
 using Tool::DetectOptions;
+using Tool::EventsOptions;
+using Tool::FeedOptions;
 using Tool::OutputFormat;
 using Tool::ParseOptions;
 using Tool::TokensOptions;
@@ -168,6 +170,25 @@ TEST(CommandLine, EveryOptionOfCheck) {
     EXPECT_EQ(options.inputs, (Names{"a", "b", "--jobs"}));
 }
 
+TEST(CommandLine, OptionsOfEvents) {
+    const auto defaults = ParseGoodAs<EventsOptions>({"events"});
+    EXPECT_EQ(defaults.format, OutputFormat::TEXT);
+    EXPECT_EQ(defaults.charset, 0U);
+    EXPECT_EQ(defaults.feed, FeedOptions::Feed::STREAM);
+    EXPECT_EQ(defaults.pieceSize, 0U);
+    EXPECT_EQ(defaults.flags, 1U);
+    EXPECT_EQ(defaults.inputs, Names{"-"});
+    const auto options = ParseGoodAs<EventsOptions>({"events", "--format=json", "a", "--charset", "koi8-r", "--feed", "buffer",
+                                                     "--piece-size", "31", "--flags", "4294967295", "--", "--flags"});
+    EXPECT_EQ(options.format, OutputFormat::JSON);
+    EXPECT_EQ(options.charset, 20866U);
+    EXPECT_EQ(options.feed, FeedOptions::Feed::BUFFER);
+    EXPECT_EQ(options.pieceSize, 31U);
+    EXPECT_EQ(options.flags, 4294967295U);
+    EXPECT_EQ(options.inputs, (Names{"a", "--flags"}));
+    EXPECT_EQ(ParseGoodAs<EventsOptions>({"events", "--flags=0"}).flags, 0U);
+}
+
 TEST(CommandLine, OptionsOfDetect) {
     const auto defaults = ParseGoodAs<DetectOptions>({"detect"});
     EXPECT_EQ(defaults.format, OutputFormat::TEXT);
@@ -184,10 +205,9 @@ TEST(CommandLine, WrongUsage) {
         std::vector<const char*> arguments;
         const char* expected;
     } CASES[] = {
-        {{}, "kestra-html: a subcommand is required: tokens, check or detect (see kestra-html --help)"},
-        {{"--"}, "kestra-html: a subcommand is required: tokens, check or detect (see kestra-html --help)"},
+        {{}, "kestra-html: a subcommand is required: tokens, events, check or detect (see kestra-html --help)"},
+        {{"--"}, "kestra-html: a subcommand is required: tokens, events, check or detect (see kestra-html --help)"},
         {{"page.html"}, "kestra-html: The following argument was not expected: page.html (see kestra-html --help)"},
-        {{"events"}, "kestra-html: The following argument was not expected: events (see kestra-html --help)"},
         {{"--format=json", "tokens"}, "kestra-html: The following argument was not expected: --format=json (see kestra-html --help)"},
         {{"tokens", "--bogus"}, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)"},
         {{"tokens", "a", "-x", "b"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
@@ -215,6 +235,16 @@ TEST(CommandLine, WrongUsage) {
          "kestra-html: --min-confidence: \"18446744073709551616\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--self-check", "on"}, "kestra-html: --self-check: on not in {off,crc,copy} (see kestra-html --help)"},
         {{"tokens", "--recursive"}, "kestra-html: The following argument was not expected: --recursive (see kestra-html --help)"},
+        {{"events", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
+        {{"events", "--input", "8bit"}, "kestra-html: The following argument was not expected: --input (see kestra-html --help)"},
+        {{"events", "--no-reparse"}, "kestra-html: The following argument was not expected: --no-reparse (see kestra-html --help)"},
+        {{"events", "--flags", "x"}, "kestra-html: --flags: \"x\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
+        {{"events", "--flags", "4294967296"},
+         "kestra-html: --flags: \"4294967296\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
+        {{"events", "--flags=-1"}, "kestra-html: --flags: \"-1\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
+        {{"events", "--charset", "x"},
+         "kestra-html: --charset: \"x\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"events", "--piece-size", "x"}, "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
         {{"check", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
         {{"check", "--self-check", "copy"}, "kestra-html: The following argument was not expected: --self-check (see kestra-html --help)"},
         {{"check", "--charset", "x"},
@@ -241,9 +271,8 @@ TEST(CommandLine, HelpAndVersion) {
     EXPECT_EQ(help.answered, Tool::EXIT_STATUS_GOOD);
     EXPECT_NE(help.answer.find("\n  tokens  "), std::string::npos) << help.answer;
     EXPECT_NE(help.answer.find("\n  3  a file cannot be read"), std::string::npos) << help.answer;
-    for (const char* const command : {"\n  check  ", "\n  detect  "})
+    for (const char* const command : {"\n  events  ", "\n  check  ", "\n  detect  "})
         EXPECT_NE(help.answer.find(command), std::string::npos) << help.answer;
-    EXPECT_EQ(help.answer.find("\n  events"), std::string::npos) << help.answer;
 
     for (const std::vector<const char*>& arguments :
          {std::vector<const char*>{"tokens", "--help"}, {"tokens", "-h"}, {"--help", "tokens"}}) {
@@ -267,6 +296,12 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
           "--self-check is copy, --observer is wide", "was not reproduced"}) {
         EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
     }
+    const std::string events = Parse({"events", "--help"}).answer;
+    for (const char* const part :
+         {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--feed stream|buffer=stream",
+          "--piece-size N=0", "--flags N=1", "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
+        EXPECT_NE(events.find(part), std::string::npos) << part << "\n" << events;
+    }
     const std::string detect = Parse({"detect", "--help"}).answer;
     for (const char* const part : {"Usage: kestra-html detect [OPTIONS] [FILE...]", "--format text|json=text", "--min-confidence N=50",
                                    "first 16384 bytes", "at least 256"}) {
@@ -276,7 +311,7 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
 }
 
 TEST(CommandLine, HelpFitsATerminal) {
-    for (const char* const command : {"--help", "tokens", "check", "detect"}) {
+    for (const char* const command : {"--help", "tokens", "events", "check", "detect"}) {
         const std::string help = Parse({command, "--help"}).answer;
         std::size_t begin = 0;
         while (begin < help.size()) {

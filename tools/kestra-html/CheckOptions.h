@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/kestra-html/OutputFormat.h"
 #include "tools/kestra-html/ParseOptions.h"
 
 namespace Kestra::Tool {

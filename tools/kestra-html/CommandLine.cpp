@@ -46,6 +46,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
     tool.require_subcommand(0, 1);
     tool.footer(EXIT_STATUS_HELP);
     const TokensSubcommand tokens(&tool);
+    const EventsSubcommand events(&tool);
     const CheckSubcommand check(&tool);
     const DetectSubcommand detect(&tool);
     // Behind "--" everything is a file.
@@ -56,11 +57,13 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
         const std::vector<std::string> files(mark == end ? end : mark + 1, end);
         if (tokens.IsMeant())
             return RunWith(tokens.GetOptions(), files);
+        if (events.IsMeant())
+            return RunWith(events.GetOptions(), files);
         if (check.IsMeant())
             return RunWith(check.GetOptions(), files);
         if (detect.IsMeant())
             return RunWith(detect.GetOptions(), files);
-        return WrongUsage("a subcommand is required: tokens, check or detect");
+        return WrongUsage("a subcommand is required: tokens, events, check or detect");
     } catch (const CLI::CallForHelp&) {
         return Answer(EXIT_STATUS_GOOD, tool.help());
     } catch (const CLI::CallForVersion& version) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "html/parser/GenericParser.h"
-#include "tools/kestra-html/ParseOptions.h"
+#include "tools/kestra-html/OutputFormat.h"
 
 namespace Kestra::Tool {
 

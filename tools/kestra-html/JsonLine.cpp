@@ -48,6 +48,19 @@ void JsonLine::String(const char* name, const WideString* text) {
     Text(name, text);
 }
 
+void JsonLine::String(const char* name, const WideChar* text) {
+    const WideStringView characters = text == nullptr ? WideStringView() : WideStringView(text);
+    Text(name, text == nullptr ? nullptr : &characters);
+}
+
+void JsonLine::Calls(const CallResults& results) {
+    Number("startParse", results.startParse);
+    Number("parse", results.parse);
+    Number("endParse", results.endParse);
+    Number("line", results.line);
+    Number("column", results.column);
+}
+
 void JsonLine::File(const std::string& inputName) {
     WideString file;
     StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, inputName.data(), inputName.size(), &file);
@@ -61,8 +74,13 @@ void JsonLine::Text(const char* name, const S* text) {
         writer.Null();
         return;
     }
+    Value(*text);
+}
+
+template <typename S>
+void JsonLine::Value(const S& text) {
     scratch.clear();
-    AppendJsonString(&scratch, *text);
+    AppendJsonString(&scratch, text);
     writer.RawValue(scratch.data(), scratch.size(), rapidjson::kStringType);
 }
 
@@ -74,16 +92,14 @@ void JsonLine::List(const char* name, const Vector<T>* items) {
         return;
     }
     writer.StartArray();
-    for (const T& item : *items) {
-        writer.StartObject();
+    for (const T& item : *items)
         Item(item);
-        writer.EndObject();
-    }
     writer.EndArray();
 }
 
 template <typename C, typename S>
 void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
+    writer.StartObject();
     String("prefix", &attribute.prefix);
     String("name", &attribute.name);
     String("beforeEquals", &attribute.beforeEquals);
@@ -91,18 +107,35 @@ void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
     String("value", &attribute.value);
     Number("quote", attribute.quote);
     Bool("hasValue", attribute.hasValue);
+    writer.EndObject();
 }
 
 template <typename C, typename S>
 void JsonLine::Item(const HTML::EntityToken<C, S>& token) {
+    writer.StartObject();
     String("prefix", &token.prefix);
     String("value", &token.value);
     Number("quote", token.quote);
+    writer.EndObject();
+}
+
+template <typename S>
+void JsonLine::Item(const std::pair<S, S>& nameAndValue) {
+    writer.StartArray();
+    Value(nameAndValue.first);
+    Value(nameAndValue.second);
+    writer.EndArray();
+}
+
+void JsonLine::Item(const WideString& text) {
+    Value(text);
 }
 
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<WideChar, WideString>>* items);
+template void JsonLine::List(const char* name, const Vector<std::pair<WideString, WideString>>* items);
+template void JsonLine::List(const char* name, const Vector<WideString>* items);
 
 }  // namespace Kestra::Tool

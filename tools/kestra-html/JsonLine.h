@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "html/framework/Attribute.h"
 #include "html/framework/EntityToken.h"
 #include "platform/Characters.h"
 #include "platform/Vector.h"
+#include "tools/kestra-html/CallResults.h"
 #include "tools/kestra-html/LineSink.h"
 
 namespace Kestra::Tool {
@@ -31,9 +33,13 @@ public:
     /// A null pointer is written as `null`.
     void String(const char* name, const std::string* bytes);
     void String(const char* name, const WideString* text);
+    /// The same for a NUL-terminated string.
+    void String(const char* name, const WideChar* text);
+    /// The members `startParse`, `parse`, `endParse`, `line` and `column`.
+    void Calls(const CallResults& results);
     /// The member `file`. Names are UTF-8; a byte that is not is written as U+FFFD.
     void File(const std::string& inputName);
-    /// A null list is written as `null`.
+    /// A null list is written as `null`. An item is an object, a string, or for a pair an array of two strings.
     template <typename T>
     void List(const char* name, const Vector<T>* items);
 
@@ -43,7 +49,12 @@ private:
     template <typename C, typename S>
     void Item(const HTML::EntityToken<C, S>& token);
     template <typename S>
+    void Item(const std::pair<S, S>& nameAndValue);
+    void Item(const WideString& text);
+    template <typename S>
     void Text(const char* name, const S* text);
+    template <typename S>
+    void Value(const S& text);
 
     LineSink* sink;
     rapidjson::StringBuffer buffer;

@@ -169,11 +169,7 @@ void JsonObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
 template <typename C, typename S>
 void JsonObserver<C, S>::WriteResult(const ParsePassResult& result, const std::string& inputName) {
     line.Begin("Result");
-    line.Number("startParse", result.startParse);
-    line.Number("parse", result.parse);
-    line.Number("endParse", result.endParse);
-    line.Number("line", result.line);
-    line.Number("column", result.column);
+    line.Calls(result);
     line.String("currentParserName", &result.currentParserName);
     line.Number("charset", result.charset);
     line.Bool("isWParser", result.isWParser);

@@ -4,6 +4,7 @@
 #include "tools/kestra-html/CommandLine.h"
 #include "tools/kestra-html/Console.h"
 #include "tools/kestra-html/DetectCommand.h"
+#include "tools/kestra-html/EventsCommand.h"
 #include "tools/kestra-html/ExitStatus.h"
 #include "tools/kestra-html/Terminal.h"
 #include "tools/kestra-html/TokensCommand.h"
@@ -30,6 +31,10 @@ ExitStatus GiveAnswer(const CommandLine& commandLine, Console* console) {
 
 ExitStatus Run(const TokensOptions& options, Console* console) {
     return RunTokens(options, console);
+}
+
+ExitStatus Run(const EventsOptions& options, Console* console) {
+    return RunEvents(options, console);
 }
 
 ExitStatus Run(const CheckOptions& options, Console* console) {

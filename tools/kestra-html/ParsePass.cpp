@@ -1,45 +1,14 @@
 #include "tools/kestra-html/ParsePass.h"
 
-#include <algorithm>
 #include <cstddef>
-#include <cstring>
-#include <memory>
 
 #include "html/framework/ResultCodes.h"
+#include "tools/kestra-html/PieceFeed.h"
 
 namespace Kestra::Tool {
 
-namespace {
-
-/// Feeds piece by piece, each in a heap block of its exact size that is gone before the next, so that a sanitizer sees every access
-/// outside the piece.
-std::uint32_t FeedBuffers(HTML::GenericParser* parser, std::string_view content, std::uint64_t pieceSize, const BytesDone& bytesDone) {
-    std::uint32_t result = HTML::PARSER_OK;
-    std::size_t offset = 0;
-    while (offset < content.size() && (result == HTML::PARSER_OK || result == HTML::PARSER_UNTERMINATED)) {
-        const std::size_t left = content.size() - offset;
-        const std::size_t size = pieceSize == 0 ? left : static_cast<std::size_t>(std::min<std::uint64_t>(pieceSize, left));
-        const std::unique_ptr<char[]> piece(new char[size]);
-        std::memcpy(piece.get(), content.data() + offset, size);
-        result = parser->ParseBuffer(piece.get(), size);
-        offset += size;
-        bytesDone(offset);
-    }
-    return result;
-}
-
-}  // namespace
-
 bool ParsePassResult::IsGood() const {
     return GetFirstFailure() == HTML::PARSER_OK;
-}
-
-std::uint32_t ParsePassResult::GetFirstFailure() const {
-    for (const std::uint32_t code : {startParse, parse, endParse}) {
-        if (code != HTML::PARSER_OK)
-            return code;
-    }
-    return HTML::PARSER_OK;
 }
 
 ParseStart::ParseStart(const ParseOptions& options) : charset(options.charset), type(options.input) {}
@@ -77,16 +46,17 @@ bool ParseStart::Restart(const ParsePassResult& result) {
 ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
                              const BytesDone& bytesDone) {
     PieceStream stream(content, options.pieceSize, bytesDone);  // the parser re-reads it until `EndParse`
+    const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) { return parser->ParseBuffer(piece, size); };
     parser->SetSelfCheck(options.selfCheck);
     parser->SetDetectCharsetErrors(options.detectCharsetErrors);
     parser->SetChrDetMinConfidence(options.minConfidence);
 
     ParsePassResult result;
     result.startParse = parser->StartParse(start.GetCharset(), start.GetType());
-    if (options.feed == ParseOptions::Feed::STREAM)
+    if (options.feed == FeedOptions::Feed::STREAM)
         result.parse = parser->ParseStream(&stream, false);
     else
-        result.parse = FeedBuffers(parser, content, options.pieceSize, bytesDone);
+        result.parse = FeedPieces(content, options.pieceSize, parsePiece, bytesDone);
     result.line = parser->GetLine();
     result.column = parser->GetColumn();
     result.currentParserName = parser->GetCurrentParserName();

@@ -6,20 +6,15 @@
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
+#include "tools/kestra-html/CallResults.h"
 #include "tools/kestra-html/ParseOptions.h"
 #include "tools/kestra-html/PieceStream.h"
 
 namespace Kestra::Tool {
 
 /// What a parser answered in one pass over an input.
-struct ParsePassResult {
-    std::uint32_t startParse = 0;
-    std::uint32_t parse = 0;  ///< of `ParseStream`, or of the last `ParseBuffer`
-    std::uint32_t endParse = 0;
-
+struct ParsePassResult : CallResults {
     // Asked just before `EndParse`.
-    std::uint64_t line = 0;
-    std::uint64_t column = 0;
     WideString currentParserName;
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
     bool isWParser = false;
@@ -28,8 +23,6 @@ struct ParsePassResult {
     bool hasCharsetErrors = false;  ///< asked just after `EndParse`
 
     bool IsGood() const;
-    /// The first code that is not 0, in the order of the calls; 0 for a good pass.
-    std::uint32_t GetFirstFailure() const;
 };
 
 /// How a pass begins: what `StartParse` is told.

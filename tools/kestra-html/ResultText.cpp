@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "html/framework/ResultCodes.h"
+#include "html/stateless/StatelessResults.h"
 #include "platform/Results.h"
 
 namespace Kestra::Tool {
@@ -29,6 +30,8 @@ std::string_view GetResultMeaning(std::uint32_t code) {
             return "a broken construct cannot be read again";
         case RESULT_OUT_OF_MEMORY:
             return "not enough memory";
+        case HTML::STATELESS_NOT_STARTED:
+            return "no document has been started";
         case HTML::SP_MALFORMED:
             return "malformed markup, a required part is missing or cannot be recognized";
         case HTML::SP_UNEXPECTED_CHAR:
@@ -37,12 +40,20 @@ std::string_view GetResultMeaning(std::uint32_t code) {
             return "the input ended inside a construct";
         case RESULT_UNSUPPORTED_CHARSET:
             return "there is no converter for the charset";
+        case HTML::STATELESS_FILE_NOT_OPENED:
+            return "the file could not be opened";
         case HTML::PARSER_SHORT_READ:
             return "the input delivered fewer bytes than expected";
         case RESULT_STREAM_FAILED:
             return "the input could not be read or positioned";
         case RESULT_END_OF_DATA:
             return "the end of the data";
+        case HTML::STATELESS_NAME_EXPECTED:
+            return "malformed markup, a name must begin with a letter or \"_\"";
+        case HTML::STATELESS_TAG_END_EXPECTED:
+            return "malformed markup, a tag, a declaration or an instruction must end here";
+        case HTML::STATELESS_UNKNOWN_CONSTRUCT:
+            return "malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\"";
         case HTML::PARSER_SELF_CHECK_FAILED:
             return "the tokens written back differ from the input";
         case HTML::PARSER_PARSE_AGAIN:
@@ -65,13 +76,13 @@ std::string_view GetDetectionMeaning(std::uint32_t code) {
     return GetResultMeaning(code);
 }
 
-std::string DescribeFailures(const ParsePassResult& result) {
+std::string DescribeFailures(const CallResults& results) {
     std::string text;
-    AppendCall(&text, "StartParse", result.startParse);
-    AppendCall(&text, "parsing", result.parse);
-    AppendCall(&text, "EndParse", result.endParse);
+    AppendCall(&text, "StartParse", results.startParse);
+    AppendCall(&text, "parsing", results.parse);
+    AppendCall(&text, "EndParse", results.endParse);
     if (!text.empty())
-        text.append(fmt::format(" (line {}, column {})", result.line, result.column));
+        text.append(fmt::format(" (line {}, column {})", results.line, results.column));
     return text;
 }
 

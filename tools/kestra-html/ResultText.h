@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/kestra-html/ParsePass.h"
+#include "tools/kestra-html/CallResults.h"
 
 namespace Kestra::Tool {
 
@@ -14,7 +14,7 @@ std::string_view GetResultMeaning(std::uint32_t code);
 /// The same for what `DetectCharset` returns, where 11 is about the detector.
 std::string_view GetDetectionMeaning(std::uint32_t code);
 
-/// Names every call that did not return 0, with its code and the meaning, and the place where the parser stood. Empty for a good pass.
-std::string DescribeFailures(const ParsePassResult& result);
+/// Names every call that did not return 0, with its code and the meaning, and the place where the parser stood. Empty when each did.
+std::string DescribeFailures(const CallResults& results);
 
 }  // namespace Kestra::Tool

@@ -39,6 +39,22 @@ constexpr const char* TOKENS_FOOTER =
     "last pass is written.\n"
     "\n";
 
+constexpr const char* EVENTS_FOOTER =
+    "The events are those of the stateless parser, which takes 8-bit text. A comment\n"
+    "ends with its piece, and text behind the last tag causes no event. A parse that\n"
+    "ends inside a construct, with 16, is good.\n"
+    "\n"
+    "Text format: one line for each event. It starts with the line and the column of\n"
+    "the construct, from 1, as the parser counts them: two line breaks in a row are\n"
+    "one, and a byte of text, of a script or of a style sheet is two columns. Long\n"
+    "texts are cut and followed by their length: abc...[1200]. A control character is\n"
+    "shown as \\n, \\r, \\t or \\x1B. On a terminal the kind is coloured unless NO_COLOR\n"
+    "is set.\n"
+    "\n"
+    "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
+    "result of the input.\n"
+    "\n";
+
 constexpr const char* CHECK_FOOTER =
     "Each input is parsed with the self-check that keeps a copy of the tokens written\n"
     "back, and the copy is compared with the input byte for byte. Three options of\n"
@@ -95,11 +111,11 @@ StringNS::CharSet::Code ToCharset(const std::string& option, const std::string& 
     return code;
 }
 
-std::size_t ToJobs(const std::string& option, const std::string& text) {
-    const auto number = ReadNumber(text, CheckOptions::MOST_JOBS);
-    if (!number || *number == 0)
-        throw CLI::ValidationError(option, fmt::format("\"{}\" is not a number from 1 to {}", text, CheckOptions::MOST_JOBS));
-    return static_cast<std::size_t>(*number);
+std::uint64_t ToNumberWithin(const std::string& option, const std::string& text, std::uint64_t least, std::uint64_t most) {
+    const auto number = ReadNumber(text, most);
+    if (!number || *number < least)
+        throw CLI::ValidationError(option, fmt::format("\"{}\" is not a number from {} to {}", text, least, most));
+    return *number;
 }
 
 }  // namespace
@@ -157,15 +173,11 @@ std::vector<std::string> Subcommand::GetFiles() const {
     return files;
 }
 
-void ParsingSubcommand::AddCharset() {
+void FeedingSubcommand::AddCharset() {
     AddText("--charset", &charset, "CHARSET", "charset of the input: a code-page number or a\nregistered name; 0 is unknown");
 }
 
-void ParsingSubcommand::AddInput() {
-    AddChoice("--input", &input, {"auto", "8bit", "utf16"}, "look for a byte-order mark, or take the input\nas 8-bit text or as UTF-16");
-}
-
-void ParsingSubcommand::AddFeed() {
+void FeedingSubcommand::AddFeed() {
     AddChoice("--feed", &feed, {"stream", "buffer"}, "hand the input over as one stream, or piece by\npiece");
     AddText("--piece-size", &pieceSize, "N",
             "buffer: bytes of a piece, 0 for all in one;\n"
@@ -173,18 +185,26 @@ void ParsingSubcommand::AddFeed() {
             "16384 or more, 0 for as many as it asks for");
 }
 
+void FeedingSubcommand::TakeFeedOptions(FeedOptions* options) const {
+    options->charset = ToCharset("--charset", charset);
+    options->feed = feed == "buffer" ? FeedOptions::Feed::BUFFER : FeedOptions::Feed::STREAM;
+    options->pieceSize = ToNumber("--piece-size", pieceSize);
+}
+
+void ParsingSubcommand::AddInput() {
+    AddChoice("--input", &input, {"auto", "8bit", "utf16"}, "look for a byte-order mark, or take the input\nas 8-bit text or as UTF-16");
+}
+
 void ParsingSubcommand::AddNoReparse() {
     AddFlag("--no-reparse", &noReparse, "stop when the charset is found late, instead\nof starting again with it");
 }
 
 void ParsingSubcommand::TakeParseOptions(ParseOptions* options) const {
-    options->charset = ToCharset("--charset", charset);
+    TakeFeedOptions(options);
     if (input == "8bit")
         options->input = GenericParser::DATA_STREAM_8BIT;
     else if (input == "utf16")
         options->input = GenericParser::DATA_STREAM_UTF16;
-    options->feed = feed == "buffer" ? ParseOptions::Feed::BUFFER : ParseOptions::Feed::STREAM;
-    options->pieceSize = ToNumber("--piece-size", pieceSize);
     options->minConfidence = GetMinConfidence();
     options->reparse = !noReparse;
 }
@@ -217,6 +237,24 @@ TokensOptions TokensSubcommand::GetOptions() const {
     return options;
 }
 
+EventsSubcommand::EventsSubcommand(CLI::App* tool)
+    : FeedingSubcommand(tool, "events", "Print the event stream of every input"), flags(std::to_string(EventsOptions().flags)) {
+    AddFormat();
+    AddCharset();
+    AddFeed();
+    AddText("--flags", &flags, "N", "flags of the parser; 1: the markup may replace\nthe charset");
+    AddFiles("files to read; - or none is standard input", EVENTS_FOOTER);
+}
+
+EventsOptions EventsSubcommand::GetOptions() const {
+    EventsOptions options;
+    TakeFeedOptions(&options);
+    options.format = GetFormat();
+    options.flags = static_cast<std::uint32_t>(ToNumberWithin("--flags", flags, 0, UINT32_MAX));
+    options.inputs = GetFiles();
+    return options;
+}
+
 CheckSubcommand::CheckSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "check", "Check that the tokens reproduce every input") {
     AddFormat();
     AddCharset();
@@ -235,7 +273,7 @@ CheckOptions CheckSubcommand::GetOptions() const {
     options.format = GetFormat();
     options.selfCheck = GenericParser::SELF_CHECK_COPY;
     options.recursive = recursive;
-    options.jobs = ToJobs("--jobs", jobs);
+    options.jobs = static_cast<std::size_t>(ToNumberWithin("--jobs", jobs, 1, CheckOptions::MOST_JOBS));
     options.inputs = GetFiles();
     return options;
 }

@@ -6,6 +6,9 @@
 
 #include "tools/kestra-html/CheckOptions.h"
 #include "tools/kestra-html/DetectOptions.h"
+#include "tools/kestra-html/EventsOptions.h"
+#include "tools/kestra-html/FeedOptions.h"
+#include "tools/kestra-html/OutputFormat.h"
 #include "tools/kestra-html/ParseOptions.h"
 #include "tools/kestra-html/TokensOptions.h"
 
@@ -48,27 +51,42 @@ private:
     std::vector<std::string> helpOnly;
 };
 
-/// A subcommand that parses its inputs.
-class ParsingSubcommand : public Subcommand {
+/// A subcommand that hands its inputs to a parser.
+class FeedingSubcommand : public Subcommand {
 public:
     using Subcommand::Subcommand;
 
 protected:
-    ~ParsingSubcommand() = default;
+    ~FeedingSubcommand() = default;
 
     void AddCharset();
-    void AddInput();
     void AddFeed();
+
+    /// @throws CLI::ValidationError
+    void TakeFeedOptions(FeedOptions* options) const;
+
+private:
+    std::string charset = "0";
+    std::string feed = "stream";
+    std::string pieceSize = "0";
+};
+
+/// A subcommand that cuts its inputs into tokens.
+class ParsingSubcommand : public FeedingSubcommand {
+public:
+    using FeedingSubcommand::FeedingSubcommand;
+
+protected:
+    ~ParsingSubcommand() = default;
+
+    void AddInput();
     void AddNoReparse();
 
     /// @throws CLI::ValidationError
     void TakeParseOptions(ParseOptions* options) const;
 
 private:
-    std::string charset = "0";
     std::string input = "auto";
-    std::string feed = "stream";
-    std::string pieceSize = "0";
     bool noReparse = false;
 };
 
@@ -83,6 +101,17 @@ private:
     std::string observer = "wide";
     std::string selfCheck = "off";
     bool detectCharsetErrors = false;
+};
+
+class EventsSubcommand final : public FeedingSubcommand {
+public:
+    explicit EventsSubcommand(CLI::App* tool);
+
+    /// What the options mean. @throws CLI::ParseError
+    EventsOptions GetOptions() const;
+
+private:
+    std::string flags;
 };
 
 class CheckSubcommand final : public ParsingSubcommand {

@@ -2,9 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cstddef>
-
 #include "platform/Characters.h"
 #include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/ResultText.h"
@@ -12,17 +9,9 @@
 
 namespace Kestra::Tool {
 
-namespace {
-
-std::uint64_t& CountOf(std::array<std::uint64_t, TOKEN_KIND_COUNT>* counts, TokenKind kind) {
-    return (*counts)[static_cast<std::size_t>(kind)];
-}
-
-}  // namespace
-
 template <typename C, typename S>
 TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour)
-    : sink(lineSink), parser(observedParser), colour(inColour) {}
+    : parser(observedParser), report(lineSink, inColour) {}
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnStartParsing() {
@@ -131,51 +120,30 @@ void TextObserver<C, S>::OnCSSTagEnd() {
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
-    Print(TokenKind::JUNK, Trace::Format(*data, {LONGEST_TEXT, true}));
+    Print(TokenKind::JUNK, Trace::Format(*data, TextReport::STRINGS));
     place.PassJunk(*data, parser->IsWParser() ? sizeof(C) : 1);
 }
 
 template <typename C, typename S>
 template <typename Record>
 void TextObserver<C, S>::Token(TokenKind kind, const Record& data) {
-    Print(kind, Trace::Format(data, {LONGEST_TEXT, true}));
+    Print(kind, Trace::Format(data, TextReport::STRINGS));
     place.Pass(data);
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::Print(TokenKind kind, std::string_view text) {
-    ++CountOf(&counts, kind);
-    const std::string where = fmt::format("{:>6}:{:<5} ", place.GetLine(), place.GetColumn());
-    if (!colour) {
-        sink->Line(where + std::string(text));
-        return;
-    }
-    const std::size_t wordLength = std::min(text.find('('), text.size());
-    sink->Line(
-        fmt::format("{}{}{}{}{}", where, GetTokenKindInfo(kind).colour, text.substr(0, wordLength), COLOUR_END, text.substr(wordLength)));
+    report.Write(kind, place.GetLine(), place.GetColumn(), text);
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::WriteSummary(const ParsePassResult& result, std::uint64_t size, bool restarted) {
-    sink->Line(fmt::format("bytes    {}", size));
-    sink->Line(fmt::format("tokens   {}", CountedKinds()));
-    sink->Line(fmt::format("charset  {}{}{}{}", DescribeCharset(result.charset), result.isWParser ? ", 16-bit parser" : "",
-                           restarted ? ", found in a first pass" : "", result.hasCharsetErrors ? ", with decoding errors" : ""));
-    sink->Line(fmt::format("result   {}", result.IsGood() ? "0, success" : DescribeFailures(result)));
-}
-
-template <typename C, typename S>
-std::string TextObserver<C, S>::CountedKinds() const {
-    std::uint64_t total = 0;
-    std::string kinds;
-    for (std::size_t i = 0; i < counts.size(); ++i) {
-        const auto kind = static_cast<TokenKind>(i);
-        if (kind == TokenKind::EVENT || counts[i] == 0)
-            continue;
-        total += counts[i];
-        kinds += fmt::format("{}{} {}", kinds.empty() ? ": " : ", ", GetTokenKindInfo(kind).name, counts[i]);
-    }
-    return fmt::format("{}{}", total, kinds);
+    report.Summarize("bytes", fmt::format("{}", size));
+    report.Summarize("tokens", report.DescribeCounts());
+    report.Summarize("charset",
+                     fmt::format("{}{}{}{}", DescribeCharset(result.charset), result.isWParser ? ", 16-bit parser" : "",
+                                 restarted ? ", found in a first pass" : "", result.hasCharsetErrors ? ", with decoding errors" : ""));
+    report.Summarize("result", result.IsGood() ? "0, success" : DescribeFailures(result));
 }
 
 template class TextObserver<char, std::string>;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 #include "html/framework/ParserObserver.h"
@@ -12,6 +10,7 @@
 #include "tools/kestra-html/LineSink.h"
 #include "tools/kestra-html/ParsePass.h"
 #include "tools/kestra-html/Place.h"
+#include "tools/kestra-html/TextReport.h"
 #include "tools/kestra-html/TokenKind.h"
 
 namespace Kestra::Tool {
@@ -20,8 +19,6 @@ namespace Kestra::Tool {
 template <typename C, typename S>
 class TextObserver final : public HTML::ParserObserver<C, S> {
 public:
-    static constexpr std::uint64_t LONGEST_TEXT = 60;  ///< characters of each string of a token that are shown
-
     /// @param observedParser  borrowed; asked whether the document is UTF-16
     TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour);
 
@@ -55,15 +52,11 @@ public:
 private:
     template <typename Record>
     void Token(TokenKind kind, const Record& data);
-    /// @param text  begins with the word that is coloured
     void Print(TokenKind kind, std::string_view text);
-    std::string CountedKinds() const;
 
-    LineSink* sink;
     const HTML::GenericParser* parser;
-    bool colour;
+    TextReport report;
     Place<C, S> place;
-    std::array<std::uint64_t, TOKEN_KIND_COUNT> counts{};
 };
 
 }  // namespace Kestra::Tool

@@ -34,6 +34,8 @@ std::uint64_t SectionOpenerLength(TokenKind kind, std::uint64_t keywordLength) {
         case TokenKind::CPP_COMMENT:
         case TokenKind::S_QUOTE_STRING:
         case TokenKind::D_QUOTE_STRING:
+        case TokenKind::SCRIPT:
+        case TokenKind::STYLE:
         case TokenKind::JUNK:
         case TokenKind::EVENT:
             break;

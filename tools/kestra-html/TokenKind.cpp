@@ -27,6 +27,8 @@ constexpr std::array<TokenKindInfo, TOKEN_KIND_COUNT> KINDS = {{
     {"cpp-comment", GREEN},
     {"s-string", YELLOW},
     {"d-string", YELLOW},
+    {"script", YELLOW},
+    {"style", YELLOW},
     {"junk", RED},
     {"event", FAINT},
 }};

@@ -6,7 +6,7 @@
 
 namespace Kestra::Tool {
 
-/// The kinds of tokens that a summary counts, in its order.
+/// The kinds of tokens and of events that a summary counts, in its order.
 enum class TokenKind {
     TEXT,
     START_TAG,
@@ -21,8 +21,10 @@ enum class TokenKind {
     CPP_COMMENT,
     S_QUOTE_STRING,
     D_QUOTE_STRING,
+    SCRIPT,  ///< a whole script, from its start tag to its end tag
+    STYLE,   ///< a whole style sheet
     JUNK,
-    EVENT,  ///< what is no token: start and end of the document, of scripts and styles; the mark and the charset
+    EVENT,  ///< what is not counted: start and end of the document, of scripts and styles; the mark and the charset
 };
 
 inline constexpr std::size_t TOKEN_KIND_COUNT = static_cast<std::size_t>(TokenKind::EVENT) + 1;

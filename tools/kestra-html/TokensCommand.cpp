@@ -1,16 +1,11 @@
 #include "tools/kestra-html/TokensCommand.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <new>
 #include <string>
 
 #include "html/framework/ParserObserver.h"
 #include "html/parser/GenericParser.h"
 #include "platform/Characters.h"
-#include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/EachInput.h"
 #include "tools/kestra-html/JsonObserver.h"
 #include "tools/kestra-html/ParsePass.h"
 #include "tools/kestra-html/ResultText.h"
@@ -23,50 +18,16 @@ namespace {
 
 using HTML::GenericParser;
 
-/// An input on its way through the command.
-struct Input {
-    std::string name;
-    std::string bytes;
-};
-
 class TokensCommand {
 public:
     TokensCommand(const TokensOptions& tokensOptions, Console* toolConsole)
         : options(tokensOptions), console(toolConsole), colour(WantsColour()) {}
 
     ExitStatus Run() {
-        ExitStatus status = EXIT_STATUS_GOOD;
-        try {
-            console->GetProgress().SetInputCount(options.inputs.size());
-            for (std::size_t i = 0; i < options.inputs.size(); ++i)
-                status = std::max(status, RunInput(i));
-            console->Flush();
-        } catch (const OutputFailed& failure) {
-            status = std::max(status, EXIT_STATUS_FAILED);
-            console->Complain(failure.what());
-        }
-        return status;
+        return RunEachInput(options.inputs, options.format, console, [this](const Input& input) { return RunPasses(input); });
     }
 
 private:
-    ExitStatus RunInput(std::size_t index) {
-        Input input;
-        input.name = options.inputs[index];
-        if (!ReadInput(input.name, &input.bytes)) {
-            console->Diagnose(input.name, "cannot be read");
-            return EXIT_STATUS_UNREADABLE;
-        }
-        console->GetProgress().StartInput(index + 1, input.name, input.bytes.size());
-        if (options.format == OutputFormat::TEXT && options.inputs.size() > 1)
-            console->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(input.name)));
-        try {
-            return RunPasses(input);
-        } catch (const std::bad_alloc&) {
-            console->Diagnose(input.name, "not enough memory");
-            return EXIT_STATUS_FAILED;
-        }
-    }
-
     ExitStatus RunPasses(const Input& input) {
         const ParseStart start = options.reparse ? FindStart(input) : ParseStart(options);
         const ParsePassResult result = options.observer == TokensOptions::Observer::NARROW

@@ -1,0 +1,290 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+
+namespace Kestra::Test {
+namespace {
+
+using namespace std::string_literals;
+
+using Arguments = std::vector<std::string>;
+
+ToolRun RunJson(std::string_view input, Arguments more = {}) {
+    more.insert(more.begin(), {"events", "--format", "json"});
+    return RunToolOn(input, more);
+}
+
+/// The JSON Lines of a good run.
+std::string JsonOf(std::string_view input, Arguments more = {}) {
+    const ToolRun run = RunJson(input, std::move(more));
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    return run.output;
+}
+
+/// Without the first line, which is always the same.
+std::string EventsOf(std::string_view input, Arguments more = {}) {
+    static constexpr std::string_view FIRST = "{\"event\":\"StartParsing\"}\n";
+    const std::string lines = JsonOf(input, std::move(more));
+    EXPECT_EQ(lines.substr(0, FIRST.size()), FIRST);
+    return lines.substr(std::min(FIRST.size(), lines.size()));
+}
+
+TEST(ToolEvents, EveryEvent) {
+    EXPECT_EQ(JsonOf("<a href=x checked></a><script defer>x=1</script><?xml version='1.0'?><!DOCTYPE html><!-- c -->a<br/>"
+                     "<style>p{}</style>tail"),
+              R"({"event":"StartParsing"}
+{"event":"StartTag","name":"a","attributes":[["href","x"],["checked",""]]}
+{"event":"EndTag","name":"a"}
+{"event":"Script","attributes":[["defer",""]],"body":"x=1"}
+{"event":"ExternTag","name":"xml","attributes":[["version","1.0"]]}
+{"event":"EntityTag","name":"DOCTYPE","tokens":["html"]}
+{"event":"Comment","text":" c "}
+{"event":"Text","text":"a"}
+{"event":"StartTag","name":"br","attributes":[]}
+{"event":"EndTag","name":"br"}
+{"event":"Style","attributes":[],"body":"p{}"}
+{"event":"StopParsing"}
+{"event":"Result","startParse":0,"parse":0,"endParse":0,"line":1,"column":149,"file":"-"}
+)");
+}
+
+TEST(ToolEvents, AnEmptyInput) {
+    const std::string expected =
+        "{\"event\":\"StartParsing\"}\n{\"event\":\"StopParsing\"}\n"
+        "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":1,\"column\":1,\"file\":\"-\"}\n";
+    EXPECT_EQ(JsonOf(""), expected);
+    EXPECT_EQ(JsonOf("", {"--feed", "buffer"}), expected);
+}
+
+TEST(ToolEvents, NulsAndEscapes) {
+    const std::string lines = EventsOf("<a b='x\0\"y\n'>t\0u</a>"s);
+    EXPECT_NE(lines.find(R"([["b","x\u0000\"y\n"]])"), std::string::npos) << lines;
+    EXPECT_NE(lines.find(R"({"event":"Text","text":"t"})"), std::string::npos) << lines;
+}
+
+TEST(ToolEvents, CharsetsAndFlags) {
+    const std::string page = "<?xml encoding='koi8-r'?>\xC1<";
+    const struct {
+        Arguments arguments;
+        const char* text;
+    } CASES[] = {
+        {{}, "\\u0430"},
+        {{"--charset", "1251"}, "\\u0430"},
+        {{"--charset", "windows-1251", "--flags", "1"}, "\\u0430"},
+        {{"--charset", "1251", "--flags", "0"}, "\\u0411"},
+        {{"--charset", "windows-1252", "--flags", "0"}, "\\u00c1"},
+        {{"--charset", "1251", "--flags", "4294967294"}, "\\u0411"},
+        {{"--charset", "0", "--flags", "0"}, "\\u0430"},
+    };
+    for (const auto& row : CASES) {
+        const std::string lines = EventsOf(page, row.arguments);
+        EXPECT_NE(lines.find("{\"event\":\"Text\",\"text\":\""s + row.text + "\"}\n"), std::string::npos)
+            << testing::PrintToString(row.arguments) << "\n"
+            << lines;
+    }
+}
+
+TEST(ToolEvents, AnInputThatEndsInsideAConstructIsGood) {
+    // The result of a stream does not tell of it.
+    EXPECT_EQ(EventsOf("<p\nid"),
+              "{\"event\":\"StopParsing\"}\n"
+              "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
+    EXPECT_EQ(EventsOf("<p\nid", {"--feed", "buffer"}),
+              "{\"event\":\"StopParsing\"}\n"
+              "{\"event\":\"Result\",\"startParse\":0,\"parse\":16,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
+    const ToolRun text = RunToolOn("<p\nid", {"events", "--feed", "buffer"});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_EQ(text.errors, "");
+    EXPECT_NE(text.output.find("\nresult   parsing returned 16: the input ended inside a construct (line 2, column 3)\n"),
+              std::string::npos)
+        << text.output;
+}
+
+TEST(ToolEvents, MalformedMarkup) {
+    const struct {
+        const char* input;
+        const char* result;
+        const char* diagnostic;
+    } CASES[] = {
+        {"</1>", "\"parse\":701,\"endParse\":0,\"line\":1,\"column\":3,",
+         "-: parsing returned 701: malformed markup, a name must begin with a letter or \"_\" (line 1, column 3)\n"},
+        {"</a >", "\"parse\":702,\"endParse\":0,\"line\":1,\"column\":4,",
+         "-: parsing returned 702: malformed markup, a tag, a declaration or an instruction must end here (line 1, column 4)\n"},
+        {"a\n <= b", "\"parse\":703,\"endParse\":0,\"line\":2,\"column\":5,",
+         "-: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "(line 2, column 5)\n"},
+    };
+    for (const auto& row : CASES) {
+        for (const char* const feed : {"stream", "buffer"}) {
+            const ToolRun run = RunJson(row.input, {"--feed", feed});
+            EXPECT_EQ(run.status, 1) << row.input;
+            EXPECT_NE(run.output.find(row.result), std::string::npos) << row.input << "\n" << run.output;
+            EXPECT_NE(run.output.find("{\"event\":\"StopParsing\"}\n"), std::string::npos) << row.input;
+            EXPECT_EQ(run.errors, row.diagnostic) << row.input;
+        }
+    }
+}
+
+TEST(ToolEvents, AnErrorEndsTheFeeding) {
+    const ToolRun run = RunJson("a<=<b>", {"--feed", "buffer", "--piece-size", "1"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.output.find("StartTag"), std::string::npos) << "the pieces behind the error would be good";
+    EXPECT_NE(run.output.find("\"parse\":703,"), std::string::npos) << run.output;
+}
+
+TEST(ToolEvents, PieceSizesOfBothFeeds) {
+    // A comment ends with its piece, so every cut shows.
+    const std::string text = "{\"event\":\"Comment\",\"text\":\"";
+    EXPECT_NE(EventsOf("<!--abcd--><b>").find(text + "abcd\"}\n{\"event\":\"StartTag\""), std::string::npos);
+    for (const char* const feed : {"stream", "buffer"}) {
+        EXPECT_NE(EventsOf("<!--abcd--><b>", {"--feed", feed, "--piece-size", "6"})
+                      .find(text + "ab\"}\n{\"event\":\"Text\",\"text\":\"cd-->\"}\n{\"event\":\"StartTag\""),
+                  std::string::npos)
+            << feed;
+        EXPECT_NE(EventsOf("<!--abcd--><b>", {"--feed", feed, "--piece-size", "5"})
+                      .find(text + "a\"}\n{\"event\":\"Text\",\"text\":\"bcd-->\"}\n{\"event\":\"StartTag\""),
+                  std::string::npos)
+            << feed;
+    }
+}
+
+TEST(ToolEvents, ReadsOfAStreamAre65536Bytes) {
+    const std::string before(65536 - 5, 'x');
+    const std::string page = before + "<!--abc--><b>";
+    const std::string cut = "{\"event\":\"Comment\",\"text\":\"a\"}\n{\"event\":\"Text\",\"text\":\"bc-->\"}\n";
+    const std::string whole = "{\"event\":\"Comment\",\"text\":\"abc\"}\n";
+    EXPECT_NE(EventsOf(page).find(cut), std::string::npos);
+    EXPECT_NE(EventsOf(page, {"--piece-size", "100000"}).find(cut), std::string::npos) << "a read gets no more than it asks for";
+    EXPECT_NE(EventsOf(page, {"--feed", "buffer"}).find(whole), std::string::npos);
+    EXPECT_NE(EventsOf(page, {"--feed", "buffer", "--piece-size", "100000"}).find(whole), std::string::npos);
+}
+
+TEST(ToolEvents, OtherConstructsAreTheSameForEveryPieceSize) {
+    const std::string page =
+        "Caf\xE9 <p class=x id =\nab checked>t</p><script>if(a<b)//c\nx='</script>'</script><style>a b</style >\n</style>"
+        "<!DOCTYPE html PUBLIC x><i>";
+    const std::string expected = JsonOf(page, {"--feed", "buffer"});
+    EXPECT_NE(expected.find(R"({"event":"StartTag","name":"i","attributes":[]})"), std::string::npos) << expected;
+    for (const char* const size : {"1000", "7", "1"}) {
+        for (const char* const feed : {"stream", "buffer"})
+            EXPECT_EQ(JsonOf(page, {"--feed", feed, "--piece-size", size}), expected) << feed << size;
+    }
+}
+
+TEST(ToolEvents, TheTextFormat) {
+    const ToolRun run = RunToolOn("Caf\xC3\xA9\n<a href=x>\t</a><br/>tail", {"events", "--charset", "65001"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output,
+              "     1:1     start-parsing\n"
+              "     1:1     text(Caf\xC3\xA9\\n)\n"
+              "     2:2     start(a|{href=x})\n"
+              "     2:12    text(\\t)\n"
+              "     2:14    end(a)\n"
+              "     2:18    start(br|)\n"
+              "     2:23    end(br)\n"
+              "     2:31    stop-parsing\n"
+              "bytes    30\n"
+              "events   6: text 2, start 2, end 2\n"
+              "result   0, success\n");
+}
+
+TEST(ToolEvents, ColourOnATerminalOnly) {
+    ToolSettings settings;
+    settings.input = "a<b>";
+    EXPECT_EQ(RunTool({"events"}, settings).output.find('\x1B'), std::string::npos);
+    settings.output = Sink::TERMINAL;
+    EXPECT_NE(RunTool({"events"}, settings).output.find("\x1B[1mtext\x1B[0m(a)"), std::string::npos);
+    EXPECT_EQ(RunTool({"events", "--format", "json"}, settings).output.find('\x1B'), std::string::npos);
+}
+
+TEST(ToolEvents, Files) {
+    const TemporaryFolder folder;
+    folder.Write("good", "a<b>");
+    folder.Write("bad", "<=");
+    folder.Write("open", "<p");
+    ToolSettings settings;
+    settings.folder = folder.GetPath().string();
+    settings.input = "<i>";
+    const struct {
+        Arguments files;
+        int status;
+        std::string errors;
+    } CASES[] = {
+        {{"good", "open", "-"}, 0, ""},
+        {{"good", "bad", "open"},
+         1,
+         "bad: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "(line 1, column 2)\n"},
+        {{"none", "bad"},
+         3,
+         "none: cannot be read\n"
+         "bad: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "(line 1, column 2)\n"},
+        {{"none", "good"}, 3, "none: cannot be read\n"},
+    };
+    for (const auto& row : CASES) {
+        Arguments arguments = row.files;
+        arguments.insert(arguments.begin(), {"events", "--feed", "buffer", "--format", "json"});
+        const ToolRun run = RunTool(arguments, settings);
+        EXPECT_EQ(run.status, row.status) << testing::PrintToString(row.files);
+        EXPECT_EQ(run.errors, row.errors) << testing::PrintToString(row.files);
+        for (const std::string& file : row.files) {
+            EXPECT_EQ(run.output.find("\"file\":\"" + file + "\"}\n") != std::string::npos, file != "none")
+                << file << " of " << testing::PrintToString(row.files);
+        }
+    }
+    const ToolRun headers = RunTool({"events", "good", "none", "-"}, settings);
+    EXPECT_EQ(headers.output,
+              "==> good <==\n"
+              "     1:1     start-parsing\n     1:1     text(a)\n     1:3     start(b|)\n     1:6     stop-parsing\n"
+              "bytes    4\nevents   2: text 1, start 1\nresult   0, success\n"
+              "\n==> - <==\n"
+              "     1:1     start-parsing\n     1:1     start(i|)\n     1:4     stop-parsing\n"
+              "bytes    3\nevents   1: start 1\nresult   0, success\n");
+}
+
+TEST(ToolEvents, OutputThatCannotBeWritten) {
+    // The failure leaves the parser out of a callback.
+    std::string page;
+    for (int i = 0; i < 100000; ++i)
+        page += "<p>x</p>\n";
+    for (const char* const feed : {"stream", "buffer"}) {
+        for (const char* const format : {"text", "json"}) {
+            ToolSettings settings;
+            settings.input = page;
+            settings.output = Sink::FULL_DISK;
+            const ToolRun disk = RunTool({"events", "--feed", feed, "--format", format}, settings);
+            EXPECT_EQ(disk.status, 1);
+            EXPECT_EQ(disk.errors, "standard output: cannot be written: No space left on device\n");
+            settings.output = Sink::CLOSED_PIPE;
+            const ToolRun pipe = RunTool({"events", "--feed", feed, "--format", format}, settings);
+            EXPECT_EQ(pipe.status, 1);
+            EXPECT_EQ(pipe.errors, "");
+        }
+    }
+}
+
+TEST(ToolEvents, ProgressOfSeveralFiles) {
+    const TemporaryFolder folder;
+    folder.Write("first.html", "a");
+    folder.Write("second.html", "b");
+    ToolSettings settings;
+    settings.folder = folder.GetPath().string();
+    settings.errors = Sink::TERMINAL;
+    EXPECT_EQ(RunTool({"events", "first.html"}, settings).errors, "");
+    const ToolRun shown = RunTool({"events", "first.html", "second.html"}, settings);
+    EXPECT_EQ(shown.status, 0);
+    EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/2] first.html 0%\r") << shown.errors;
+}
+
+}  // namespace
+}  // namespace Kestra::Test

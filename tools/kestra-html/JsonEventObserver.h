@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "html/stateless/StatelessHTMLObserver.h"
+#include "platform/Characters.h"
+#include "tools/kestra-html/EventsPass.h"
+#include "tools/kestra-html/JsonLine.h"
+#include "tools/kestra-html/LineSink.h"
+
+namespace Kestra::Tool {
+
+/// Writes one object for each callback: `event` is the callback's name without "On", the other members are its arguments.
+class JsonEventObserver final : public HTML::StatelessHTMLObserver {
+public:
+    explicit JsonEventObserver(LineSink* lineSink);
+
+    void OnStartParsing() override;
+    void OnStopParsing() override;
+    void OnStartTag(const WideChar* name, const Attributes* attributes) override;
+    void OnEndTag(const WideChar* name) override;
+    void OnScript(const Attributes* attributes, const WideChar* body) override;
+    void OnExternTag(const WideChar* name, const Attributes* attributes) override;
+    void OnEntityTag(const WideChar* name, const Tokens* tokens) override;
+    void OnComment(const WideChar* text) override;
+    void OnText(const WideChar* text) override;
+    void OnStyle(const Attributes* attributes, const WideChar* body) override;
+
+    /// Writes the last line of an input. @param inputName  as given on the command line
+    void WriteResult(const EventsPassResult& result, const std::string& inputName);
+
+private:
+    void Plain(std::string_view event);
+    void Tag(std::string_view event, const WideChar* name, const Attributes* attributes);
+    void Element(std::string_view event, const Attributes* attributes, const WideChar* body);
+    void StringOnly(std::string_view event, const char* member, const WideChar* text);
+
+    JsonLine line;
+};
+
+}  // namespace Kestra::Tool

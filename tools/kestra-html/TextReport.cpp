@@ -1,0 +1,41 @@
+#include "tools/kestra-html/TextReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Kestra::Tool {
+
+TextReport::TextReport(LineSink* lineSink, bool inColour) : sink(lineSink), colour(inColour) {}
+
+void TextReport::Write(TokenKind kind, std::uint64_t line, std::uint64_t column, std::string_view text) {
+    ++counts[static_cast<std::size_t>(kind)];
+    const std::string where = fmt::format("{:>6}:{:<5} ", line, column);
+    if (!colour) {
+        sink->Line(where + std::string(text));
+        return;
+    }
+    const std::size_t wordLength = std::min(text.find('('), text.size());
+    sink->Line(
+        fmt::format("{}{}{}{}{}", where, GetTokenKindInfo(kind).colour, text.substr(0, wordLength), COLOUR_END, text.substr(wordLength)));
+}
+
+void TextReport::Summarize(std::string_view title, std::string_view text) {
+    sink->Line(fmt::format("{:<8} {}", title, text));
+}
+
+std::string TextReport::DescribeCounts() const {
+    std::uint64_t total = 0;
+    std::string kinds;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        const auto kind = static_cast<TokenKind>(i);
+        if (kind == TokenKind::EVENT || counts[i] == 0)
+            continue;
+        total += counts[i];
+        kinds += fmt::format("{}{} {}", kinds.empty() ? ": " : ", ", GetTokenKindInfo(kind).name, counts[i]);
+    }
+    return fmt::format("{}{}", total, kinds);
+}
+
+}  // namespace Kestra::Tool
