@@ -8,7 +8,6 @@
 #include "html/framework/SimpleParserContext.h"
 #include "html/output/ParserSelfCheck.h"
 #include "html/parser/RecordConverter.h"
-#include "platform/Uninherited.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/EntityTagSimpleParser.h"
 #include "html/tags/ExternTagSimpleParser.h"
@@ -27,6 +26,7 @@
 #include "platform/BufferAllocPolicy.h"
 #include "platform/CharSet.h"
 #include "platform/InputStream.h"
+#include "platform/Uninherited.h"
 
 namespace Kestra::HTML {
 
