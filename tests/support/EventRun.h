@@ -4,35 +4,20 @@
 #include <string>
 #include <vector>
 
-#include "html/stateless/StatelessHTMLObserver.h"
 #include "html/stateless/StatelessHTMLParser.h"
+#include "tools/trace/EventTrace.h"
 
 namespace Kestra::Test {
 
-/// Appends one line for each event to a list of its owner:
-///
-///     start-parsing  stop-parsing
-///     start(name|{name=value}{name=value})      end(name)
-///     script({name=value}|body)                 style({name=value}|body)
-///     extern(name|{name=value})                 entity(name|{token}{token})
-///     comment(text)                             text(text)
-class EventTraceObserver : public HTML::StatelessHTMLObserver {
+/// Appends the line of each event to a list of its owner.
+class EventTraceObserver : public Trace::EventLineObserver {
 public:
     /// @param lines  borrowed; must live as long as events come
     explicit EventTraceObserver(std::vector<std::string>* lines);
 
-    void OnStartParsing() override;
-    void OnStopParsing() override;
-    void OnStartTag(const WideChar* name, const Attributes* attributes) override;
-    void OnEndTag(const WideChar* name) override;
-    void OnScript(const Attributes* attributes, const WideChar* body) override;
-    void OnExternTag(const WideChar* name, const Attributes* attributes) override;
-    void OnEntityTag(const WideChar* name, const Tokens* tokens) override;
-    void OnComment(const WideChar* text) override;
-    void OnText(const WideChar* text) override;
-    void OnStyle(const Attributes* attributes, const WideChar* body) override;
-
 private:
+    void OnLine(unsigned long event, const std::string& line) override;
+
     std::vector<std::string>* tracedLines;
 };
 

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+
+#include "html/stateless/StatelessHTMLObserver.h"
+#include "platform/Characters.h"
+#include "tools/trace/TokenTrace.h"
+
+/// @file
+/// The trace language of events: one line of text for each callback of an observer of the stateless parser.
+///
+///     start-parsing  stop-parsing
+///     start(name|attributes)     extern(name|attributes)     end(name)
+///     script(attributes|body)    style(attributes|body)
+///     entity(name|tokens)
+///     comment(text)              text(text)
+///
+/// An attribute is {name=value}, a token {token}; strings have the escapes of the tokens' trace language.
+
+namespace Kestra::Trace {
+
+/// Turns each callback into its line.
+class EventLineObserver : public HTML::StatelessHTMLObserver {
+public:
+    explicit EventLineObserver(const Options& options = {});
+
+    void OnStartParsing() override;
+    void OnStopParsing() override;
+    void OnStartTag(const WideChar* name, const Attributes* attributes) override;
+    void OnEndTag(const WideChar* name) override;
+    void OnScript(const Attributes* attributes, const WideChar* body) override;
+    void OnExternTag(const WideChar* name, const Attributes* attributes) override;
+    void OnEntityTag(const WideChar* name, const Tokens* tokens) override;
+    void OnComment(const WideChar* text) override;
+    void OnText(const WideChar* text) override;
+    void OnStyle(const Attributes* attributes, const WideChar* body) override;
+
+protected:
+    /// @param event  an identifier of `StatelessHTMLParser`, from `ID_START_PARSING` to `ID_STYLE`
+    virtual void OnLine(unsigned long event, const std::string& line) = 0;
+
+private:
+    std::string Show(const WideChar* text) const;
+    std::string Show(const Attributes& attributes) const;
+    std::string Show(const Tokens& tokens) const;
+
+    Options stringOptions;
+};
+
+}  // namespace Kestra::Trace
