@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 
 namespace Kestra::Bench {
 
@@ -33,6 +34,25 @@ Corpus MakeText(std::uint64_t size) {
     corpus.documents.push_back(std::move(text));
     corpus.characters = size;
     return corpus;
+}
+
+Corpus WithoutScripts(const Corpus& corpus) {
+    static constexpr std::string_view BEGIN = "<script";
+    static constexpr std::string_view END = "</script>";
+    Corpus stripped;
+    for (const std::string& document : corpus.documents) {
+        std::string rest;
+        std::size_t copied = 0;
+        while (copied < document.size()) {
+            const std::size_t begin = std::min(document.find(BEGIN, copied), document.size());
+            rest.append(document, copied, begin - copied);
+            const std::size_t end = document.find(END, begin);
+            copied = end == std::string::npos ? document.size() : end + END.size();
+        }
+        stripped.characters += rest.size();
+        stripped.documents.push_back(std::move(rest));
+    }
+    return stripped;
 }
 
 Corpus Widen(const Corpus& corpus) {

@@ -22,6 +22,9 @@ Corpus LoadPages(const std::string& folder);
 /// One document without any markup: lines of words, `size` bytes long.
 Corpus MakeText(std::uint64_t size);
 
+/// The same documents without their scripts, from "<script" to "</script>".
+Corpus WithoutScripts(const Corpus& corpus);
+
 /// The same documents as UTF-16, low byte first, one unit for each byte.
 Corpus Widen(const Corpus& corpus);
 
