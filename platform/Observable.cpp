@@ -121,8 +121,7 @@ Observable::~Observable() {
 void Observable::Attach(Observer* observer) {
     if (observer == nullptr)
         return;
-    observer->attachedTo.push_back(this);
-    observers.push_back(observer);
+    Join(observer);
     observer->RegisterCalls(&delegate);
 }
 
@@ -138,10 +137,25 @@ MultiDelegate& Observable::GetDelegate() {
     return delegate;
 }
 
-void Observable::AdoptObservers(const Observable& other) {
-    observers = other.observers;
-    for (Observer* observer : observers)
+/// Both know of each other, or, when memory runs out, neither does.
+void Observable::Join(Observer* observer) {
+    observers.push_back(observer);
+    try {
         observer->attachedTo.push_back(this);
+    } catch (...) {
+        observers.pop_back();
+        throw;
+    }
+}
+
+void Observable::AdoptObservers(const Observable& other) {
+    try {
+        for (Observer* observer : other.observers)
+            Join(observer);
+    } catch (...) {
+        DetachAll();
+        throw;
+    }
 }
 
 void Observable::DetachAll() {

@@ -76,6 +76,9 @@ private:
 };
 
 /// One who raises events. A copy has the same observers attached; they are told of both.
+///
+/// It must be neither assigned to nor destroyed while it raises an event. An observable and its observers belong to one thread at a time:
+/// each keeps a list of the others.
 class KESTRA_HTML_API Observable {
 public:
     Observable();
@@ -83,7 +86,9 @@ public:
     Observable& operator=(const Observable& other);
     virtual ~Observable();
 
-    /// Lets the observer bind its callbacks. Null is ignored. @param observer  borrowed; it may be destroyed while attached
+    /// Lets the observer bind its callbacks. Null is ignored. When `RegisterCalls` throws, the observer stays attached with
+    /// what it has bound.
+    /// @param observer  borrowed; it may be destroyed while attached
     void Attach(Observer* observer);
 
     /// Undoes every `Attach` of the observer.
@@ -94,6 +99,7 @@ protected:
 
 private:
     friend class Observer;
+    void Join(Observer* observer);
     void AdoptObservers(const Observable& other);
     void DetachAll();
 

@@ -51,7 +51,7 @@ enum ScriptState : std::uint32_t {
 
 enum StyleState : std::uint32_t { STYLE_RULES = 0, STYLE_LESS_THAN = 1 };
 
-constexpr unsigned long MARKUP_CHOOSES_CHARSET = 1;  // a bit of the flags
+constexpr std::uint32_t MARKUP_CHOOSES_CHARSET = 1;  // a bit of the flags
 
 constexpr std::string_view SCRIPT_END = "</script>";
 constexpr std::string_view STYLE_END = "/style>";  // the "<" in front is no longer there to compare
@@ -249,6 +249,8 @@ std::uint32_t StatelessHTMLParser::FeedStream(VFS::InputStream* stream) {
     Base::DefaultBufferAllocPolicy buffer;
     buffer.Initialize();
     std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, BUFFER_SIZE);
+    if (result != RESULT_OK)
+        return result;
     while (result == STATELESS_OK || result == STATELESS_NEED_MORE_DATA) {
         std::uint64_t count = 0;
         const std::uint32_t readResult = stream->Read(buffer.GetData(), BUFFER_SIZE, &count);
@@ -264,7 +266,7 @@ std::uint32_t StatelessHTMLParser::FeedStream(VFS::InputStream* stream) {
 }
 
 std::uint32_t StatelessHTMLParser::SetFlags(unsigned long newFlags) {
-    flags = newFlags & 0xFFFFFFFF;  // 32 bits, whatever the platform's `long` has
+    flags = static_cast<std::uint32_t>(newFlags);
     return STATELESS_OK;
 }
 
@@ -385,7 +387,7 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
                 result = ParseCommentTag();
                 if (result == STATELESS_OK) {
                     state = TEXT;
-                    RaiseString(ID_COMMENT, identifier);
+                    RaiseString(ID_COMMENT, &identifier);
                 }
                 break;
             case END_TAG:
@@ -426,10 +428,8 @@ void StatelessHTMLParser::ParseText() {
         ConsumeContent();
     if (AtEnd())
         return;
-    if (!text.empty()) {
-        RaiseString(ID_TEXT, text);
-        text.clear();
-    }
+    if (!text.empty())
+        RaiseString(ID_TEXT, &text);
     Consume();
     state = AFTER_LESS_THAN;
 }
@@ -563,7 +563,7 @@ std::uint32_t StatelessHTMLParser::ReadQuoted(char quote) {
 
 void StatelessHTMLParser::InitAttrParser() {
     attributeState = ATTRIBUTE_NAME;
-    identifier.clear();
+    InitIdentifierParser();
     value.clear();
 }
 
@@ -648,7 +648,7 @@ std::uint32_t StatelessHTMLParser::ParseTokens() {
 
 void StatelessHTMLParser::InitStartTagParser() {
     startTagState = TAG_NAME;
-    identifier.clear();
+    InitIdentifierParser();
 }
 
 std::uint32_t StatelessHTMLParser::ParseStartTag() {
@@ -692,7 +692,7 @@ std::uint32_t StatelessHTMLParser::ParseStartTag() {
 
 void StatelessHTMLParser::InitEndTagParser() {
     endTagState = END_TAG_NAME;
-    identifier.clear();
+    InitIdentifierParser();
 }
 
 std::uint32_t StatelessHTMLParser::ParseEndTag() {
@@ -711,7 +711,7 @@ std::uint32_t StatelessHTMLParser::ParseEndTag() {
 
 void StatelessHTMLParser::InitEntityTagParser() {
     entityTagState = TAG_NAME;
-    identifier.clear();
+    InitIdentifierParser();
 }
 
 std::uint32_t StatelessHTMLParser::ParseEntityTag() {
@@ -753,7 +753,7 @@ std::uint32_t StatelessHTMLParser::ParseEntityTag() {
 
 void StatelessHTMLParser::InitExternTagParser() {
     externTagState = TAG_NAME;
-    identifier.clear();
+    InitIdentifierParser();
 }
 
 std::uint32_t StatelessHTMLParser::ParseExternTag() {
@@ -798,7 +798,7 @@ std::uint32_t StatelessHTMLParser::ParseExternTag() {
 
 void StatelessHTMLParser::InitCommentTagParser() {
     commentState = COMMENT_BODY;
-    identifier.clear();
+    InitIdentifierParser();
 }
 
 //  state     "-"            ">"          other        end of the piece
@@ -1101,24 +1101,28 @@ void StatelessHTMLParser::RaiseEntityTag() {
     Raise(ID_ENTITY_TAG, wideName.c_str(), &wideTokens);
 }
 
-/// Text or a comment.
-void StatelessHTMLParser::RaiseString(unsigned long id, const std::string& bytes) {
-    if (!GetDelegate().IsBound(id))
-        return;
-    ConvertStr(bytes, &wideText);
-    Raise(id, wideText.c_str());
+/// Text or a comment, which is over before anybody hears of it: an exception out of a callback must not bring it back.
+void StatelessHTMLParser::RaiseString(unsigned long id, std::string* bytes) {
+    const bool isBound = GetDelegate().IsBound(id);
+    if (isBound)
+        ConvertStr(*bytes, &wideText);
+    bytes->clear();
+    if (isBound)
+        Raise(id, wideText.c_str());
 }
 
 /// A script or a style sheet, whose body follows the ANSI rule whatever the charset; hosts rely on it.
 void StatelessHTMLParser::RaiseBody(unsigned long id) {
     state = TEXT;
-    if (GetDelegate().IsBound(id)) {
+    const bool isBound = GetDelegate().IsBound(id);
+    if (isBound) {
         wideAttributes.clear();
         ConvertAttrs(&wideAttributes);
         ToWide(StringNS::CharSet::UNKNOWN, text, &wideText);
-        Raise(id, &wideAttributes, wideText.c_str());
     }
     text.clear();
+    if (isBound)
+        Raise(id, &wideAttributes, wideText.c_str());
 }
 
 }  // namespace Kestra::HTML

@@ -31,7 +31,13 @@ namespace Kestra::HTML {
 ///
 /// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the parser stands at the byte that does not
 /// fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` tell where.
-/// **Threads**: one parser, one thread. Callbacks run inside the call that fed the input.
+/// **Callbacks** run inside the call that fed the input. Text is reported when the parser stands in front of the "<" behind it, everything
+/// else when it stands behind the last byte of the construct. A callback must neither assign to the parser nor destroy it; a call that
+/// feeds, starts or ends gets 2 and changes nothing. What a callback throws passes through: the rest of the piece is lost, and the next
+/// call goes on behind the construct.
+/// **Strings**: texts, comments, attribute values and items of declarations are converted by the charset. Names, scripts and style
+/// sheets always follow the rule for 0, the ANSI code page; so does every string while the charset has no converter.
+/// **Threads**: one parser, one thread.
 /// **Copies**: a copy goes on where the original stood and has the same observers attached.
 class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable {
 public:
@@ -53,23 +59,27 @@ public:
     StatelessHTMLParser& operator=(const StatelessHTMLParser& other);
     ~StatelessHTMLParser() override;
 
-    /// Begins a document. @param charset  0: the ANSI code page, until the markup chooses another one. @return 0
+    /// Begins a document, also when another one is under way. @param charset  0: the ANSI code page, until the markup chooses another one;
+    /// 1200: each two bytes are a unit of UTF-16, an odd last one becomes U+FFFD. @return 0; 2 out of a callback
     std::uint32_t StartParse(StringNS::CharSet::Code charset);
 
     /// Parses the next piece, of any size. @param data  borrowed for the call. @param size  in bytes
-    /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2 for null data with a size; 701 to 703
+    /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2 for null data with a size and out
+    /// of a callback; 701 to 703
     std::uint32_t ParseBuffer(const void* data, std::size_t size);
 
     /// Parses a stream from where it stands to its end, in reads of BUFFER_SIZE bytes. Neither starts nor ends the document. It goes on
     /// reading for as long as the stream answers 0, also without a byte.
     /// @param release  deletes the stream, whatever the result; a call out of a callback leaves it to the caller
-    /// @return 0; 2 for null; the code of `ParseBuffer`, of the stream or of the buffer
+    /// @return 0, also when the stream ends inside a construct; 2 for null and out of a callback; 10 before `StartParse`; 701 to 703; the
+    ///         code of the stream or of the buffer; 512 for a stream that claims more bytes than it was asked for
     std::uint32_t ParseStream(VFS::InputStream* stream, bool release);
 
-    /// Parses a file as `ParseStream` does. @return the same, and 506 when it cannot be opened
+    /// Parses a file as `ParseStream` does. @return the same; 506 when it cannot be opened, or for a null path
     std::uint32_t ParseFile(const WideChar* path);
 
-    /// Ends the document. Text behind the last tag, and a construct that is not complete, cause no event. @return 0
+    /// Ends the document. Text behind the last tag, and a construct that is not complete, cause no event. Without a document it
+    /// does nothing. @return 0; 2 out of a callback
     std::uint32_t EndParse();
 
     /// Bit 0: the markup may replace a charset that was given or found before. @return 0
@@ -154,7 +164,7 @@ private:
     void RaiseEndTag();
     void RaiseExternTag();
     void RaiseEntityTag();
-    void RaiseString(unsigned long id, const std::string& bytes);
+    void RaiseString(unsigned long id, std::string* bytes);
     void RaiseBody(unsigned long id);
 
     std::string identifier;  // also the body of a comment
@@ -165,7 +175,7 @@ private:
     std::string styleEnd;
     Vector<std::pair<std::string, std::string>> attributes;
     Vector<std::string> tokens;
-    unsigned long flags;
+    std::uint32_t flags;
     bool started;
     StringNS::CharSet::Code charset;
     const unsigned char* cursor;

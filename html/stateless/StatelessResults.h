@@ -7,7 +7,8 @@ namespace Kestra::HTML {
 /// What the operations of `StatelessHTMLParser` return; a code of a stream or a buffer passes through unchanged.
 enum StatelessResult : std::uint32_t {
     STATELESS_OK = 0,
-    STATELESS_INVALID_ARGUMENT = 2,     ///< a null stream, null data with a size, or a call out of a callback
+    STATELESS_INVALID_ARGUMENT = 2,     ///< a null stream, null data with a size, or a call out of a callback; internal: the flags keep
+                                        ///< the charset
     STATELESS_NO_CHARSET = 6,           ///< internal: no charset is known after a tag that may declare one
     STATELESS_NOT_STARTED = 10,         ///< `ParseBuffer` outside of `StartParse` and `EndParse`
     STATELESS_NEED_MORE_DATA = 16,      ///< the piece ended inside a tag, a declaration, a script or a style sheet; no error
