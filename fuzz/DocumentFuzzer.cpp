@@ -5,11 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <iostream>
 #include <string>
 #include <string_view>
 
+#include "fuzz/Expect.h"
 #include "fuzz/FuzzedDocument.h"
 #include "tests/reference/CopyCheck.h"
 #include "tests/reference/TokenCheck.h"
@@ -19,13 +18,6 @@
 namespace Kestra::Fuzz {
 
 namespace {
-
-void Expect(const std::string& fault) {
-    if (fault.empty())
-        return;
-    std::cerr << fault << std::endl;
-    std::abort();
-}
 
 /// The cuts of the fuzzed document, for as long as it has its length.
 auto CutsOf(const FuzzedDocument& document) {

@@ -13,12 +13,10 @@ namespace Kestra::Fuzz {
 /// A document as the fuzzer makes it: how it is fed stands in front of its bytes, so that mutations reach that as well.
 ///
 ///     byte 0          the charset, an index modulo their number
-///     byte 1          how many pieces follow, 0 to 63 (modulo 64); the rest of the document is one more
-///     one byte each   the length of a piece
-///     the rest        the document
+///     the rest        the document in pieces; see `FuzzedCuts`
 struct FuzzedDocument {
     StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
-    Test::Cuts cuts;  ///< in bytes, all inside the document
+    Test::Cuts cuts;  ///< in bytes, all inside the document; no piece is empty
     std::string_view bytes;
 };
 
