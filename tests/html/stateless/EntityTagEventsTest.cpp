@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/html/stateless/EventRows.h"
+
+// Declarations, up to ">" or "/>" behind an item. A "/" that ends its piece completes the declaration, and what follows is text.
+
+namespace Kestra::Test {
+namespace {
+
+struct Lead {
+    std::string bytes;
+    Place place;
+};
+
+TEST(EntityTagEventsTest, EachEnd) {
+    const Lead leads[] = {
+        {"<!", Place().Bytes(2)},
+        {"<! ", Place().Bytes(3)},
+        {"<!\n", Place().Bytes(3)},  // a column
+        {"<!\n\n", Place().Bytes(3).Lines(1, 1)},
+        {"<!  ", Place().Bytes(4)},
+    };
+    std::vector<EventRow> rows;
+    for (const std::string name : {"DOCTYPE", "a", "_x", "x:y-1"}) {
+        for (const Lead& lead : leads) {
+            const std::string tag = lead.bytes + name;
+            const Place place = lead.place.Bytes(name.size());
+            const std::string begin = "entity(" + name + "|";
+            rows.emplace_back("nothing", tag + ">", Outcome{begin + "{})\n", place.Bytes(1)});
+            rows.emplace_back("white space", tag + " >", Outcome{begin + "{})\n", place.Bytes(2)});
+            rows.emplace_back("a slash, which is an item", tag + "/>", Outcome{begin + "{/})\n", place.Bytes(2)});
+            rows.emplace_back("an item", tag + " t>", Outcome{begin + "{t})\n", place.Bytes(3)});
+            rows.push_back(EventRow("an item and white space", tag + " t >", {begin + "{t})\n", place.Bytes(4)})
+                               .AfterAndBytewise(tag + " t ", {begin + "{t}{})\n", place.Bytes(4)}));
+            rows.push_back(EventRow("an item, white space and a slash", tag + " t />", {begin + "{t})\n", place.Bytes(5)})
+                               .After(tag + " t /", {begin + "{t})\n", place.Bytes(4).Content(1)})
+                               .AfterAndBytewise(tag + " t ", {begin + "{t}{/})\n", place.Bytes(5)}));
+            rows.push_back(EventRow("a quote and a slash", tag + " 'q'/>", {begin + "{q})\n", place.Bytes(6)})
+                               .After(tag + " 'q'/", {begin + "{q})\n", place.Bytes(5).Content(1)})
+                               .AfterAndBytewise(tag + " 'q'", {"", place.Bytes(6), 16}));
+        }
+    }
+    CheckRows(rows, ROWS_PER_CONSTRUCT);
+}
+
+TEST(EntityTagEventsTest, BehindASlash) {
+    std::vector<EventRow> rows;
+    for (const char byte : std::string("x /?'=%[\xE9\0", 10)) {
+        // Cut in front of it, the slash begins an item, which white space ends.
+        const std::string rest = byte + std::string("c>");
+        const std::string shown = byte == '\xE9' ? "\\u00E9" : byte == '\0' ? "\\x00" : std::string(1, byte);
+        const std::string asItem = byte == ' ' ? "{/}{c}" : "{/" + shown + "c}";
+        rows.push_back(EventRow("anything but \">\"", "<!d a /" + rest, {"", Place().Bytes(7), 702})
+                           .After("<!d a /", {"entity(d|{a})\n", Place().Bytes(7).Content(3)})
+                           .AfterAndBytewise("<!d a ", {"entity(d|{a}" + asItem + ")\n", Place().Bytes(10)}));
+        // In double quotes the item runs on.
+        rows.push_back(EventRow("behind a quote", "<!d \"a\"/" + rest, {"", Place().Bytes(8), 702})
+                           .After("<!d \"a\"/", {"entity(d|{a})\n", Place().Bytes(8).Content(3)})
+                           .AfterAndBytewise("<!d \"a\"", {"", Place().Bytes(11), 16}));
+    }
+    CheckRows(rows);
+}
+
+TEST(EntityTagEventsTest, InADocument) {
+    CheckRows({
+        {"between texts", "a<!d t>b<p>", {"text(a)\nentity(d|{t})\ntext(b)\nstart(p|)\n", Place().Content(1).Bytes(6).Content(1).Bytes(3)}},
+        {"items of the declaration in front are gone", "<!d a b><!e c>", {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
+        {"two line breaks are a pair across an item", "<!d\na\nb>", {"entity(d|{a}{b})\n", {2, 4}}},
+        {"and none with a blank in between", "<!d\na \nb>", {"entity(d|{a}{b})\n", {3, 3}}},
+        {"a name ends at a bracket", "<!d[t]>", {"entity(d|{[t]})\n", {1, 8}}},
+        {"a name ends at a quote", "<!d't>", {"", {1, 7}, 16}},
+        {"a section of characters is no declaration", "<![CDATA[x]]>", {"", {1, 3}, 703}},
+        EventRow("the text behind a slash that ends its piece", "<!d 'a'/>b<p>", {"entity(d|{a})\ntext(b)\nstart(p|)\n", {1, 15}})
+            .After("<!d 'a'/", {"entity(d|{a})\ntext(>b)\nstart(p|)\n", {1, 16}})
+            .AfterAndBytewise("<!d 'a'", {"", {1, 14}, 16}),
+    });
+}
+
+TEST(EntityTagEventsTest, NotOver) {
+    CheckRows({
+        {"\"<!\"", "<!", {"", {1, 3}, 0}},
+        {"\"<!\" and a blank", "<! ", {"", {1, 4}, 0}},
+        {"\"<!\" and two blanks", "<!  ", {"", {1, 5}, 16}},
+        {"a name", "<!doc", {"", {1, 6}, 16}},
+        {"a name and white space", "<!doc ", {"", {1, 7}, 16}},
+        {"no name behind blanks", "<! >", {"", {1, 4}, 701}},
+        {"no name behind a line break", "<! \n1>", {"", {2, 1}, 701}},
+        {"a digit", "<!1>", {"", {1, 3}, 703}},
+    });
+}
+
+}  // namespace
+}  // namespace Kestra::Test

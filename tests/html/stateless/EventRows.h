@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/CharSet.h"
+
+/// @file
+/// The tables of the stateless parser: an input, what it means as one piece, and what it means where a cut decides.
+
+namespace Kestra::Test {
+
+/// White space inside a tag, and what it does to the place.
+struct White {
+    std::string_view bytes;
+    std::uint64_t lines;    ///< line breaks that count
+    std::uint64_t columns;  ///< behind a line break the new column, otherwise the columns added
+};
+
+/// A line and a column. A row states its place step by step.
+struct Place {
+    std::uint64_t line = 1;
+    std::uint64_t column = 1;
+
+    /// Bytes of tags, of comments, and of strings and comments in scripts: one column each.
+    Place Bytes(std::uint64_t count) const;
+
+    /// Bytes of text, scripts and style sheets, except line breaks: two columns each.
+    Place Content(std::uint64_t count) const;
+
+    /// @param lines  line breaks that count. @param newColumn  the column behind the last one
+    Place Lines(std::uint64_t lines, std::uint64_t newColumn) const;
+
+    Place Skip(const White& white) const;
+};
+
+/// White space in many forms: of two line breaks in a row, the second one never counts.
+extern const std::vector<White> WHITES;
+
+/// What becomes of an input that is fed in one particular way.
+struct Outcome {
+    std::string events;        ///< between the first and the last one, each ended by a line feed
+    Place place;               ///< behind the input, or at the byte that does not fit
+    std::uint32_t result = 0;  ///< of the last piece
+};
+
+/// An input with all its outcomes. A cut that is not mentioned makes no difference.
+struct EventRow {
+    EventRow(std::string rowNote, std::string rowInput, Outcome outcome);
+
+    /// The outcome of the cut behind `before`, with which the input begins.
+    EventRow& After(std::string before, Outcome outcome);
+
+    /// The outcome when each byte is a piece. Every row with an `After` has one; without, it is that of the whole input.
+    EventRow& Bytewise(Outcome outcome);
+
+    EventRow& AfterAndBytewise(std::string before, const Outcome& outcome);
+
+    EventRow& In(StringNS::CharSet::Code rowCharset, unsigned long rowFlags = 1);
+
+    struct CutOutcome {
+        std::string before;
+        Outcome outcome;
+    };
+
+    std::string note;
+    std::string input;
+    Outcome whole;
+    std::vector<CutOutcome> cuts;
+    std::optional<Outcome> bytewise;
+    StringNS::CharSet::Code charset = 0;
+    unsigned long flags = 1;
+};
+
+/// Feeds each row whole, cut at each place, so with empty pieces in between, and byte by byte.
+///
+/// A table with less than `leastRows` different inputs fails, and so does a cut that is mentioned and changes nothing.
+void CheckRows(const std::vector<EventRow>& rows, std::size_t leastRows = 1);
+
+/// A table for one construct or one part of it.
+inline constexpr std::size_t ROWS_PER_CONSTRUCT = 80;
+
+}  // namespace Kestra::Test
