@@ -1,0 +1,13 @@
+#pragma once
+
+/// @file
+/// The system's header, without the macros that would stand in the way of C++ names.
+
+#if !defined(NOMINMAX)
+#define NOMINMAX
+#endif
+#if !defined(WIN32_LEAN_AND_MEAN)
+#define WIN32_LEAN_AND_MEAN
+#endif
+
+#include <windows.h>
