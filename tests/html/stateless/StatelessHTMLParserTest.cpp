@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "html/stateless/StatelessHTMLParser.h"
@@ -11,6 +12,7 @@
 #include "platform/Services.h"
 #include "tests/support/EventRun.h"
 #include "tests/support/Flavours.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
 
 // The stateless parser as a host uses it: streams, files, observers, copies.
@@ -178,6 +180,111 @@ TEST(StatelessHTMLParserTest, AStreamThatFails) {
     EXPECT_EQ(parser.ParseFile(nullptr), 506U);
 }
 
+TEST(StatelessHTMLParserTest, AStreamIsReadInPiecesOfTheBufferSize) {
+    static_assert(std::is_same_v<decltype(StatelessHTMLParser::BUFFER_SIZE), const std::int32_t>);
+    EXPECT_EQ(StatelessHTMLParser::BUFFER_SIZE, 65536);
+    // Each construct lies across an end of a piece.
+    const std::string fill(65536 - 3, 'x');
+    const std::string document = fill + "<p cl" + std::string(65536 - 5, 'a') + "ss=y>" + "<!--bc-->";
+    std::vector<std::uint64_t> sizes;
+    BoundedInputStream stream(document, [&sizes](std::uint64_t size) {
+        sizes.push_back(size);
+        return size;
+    });
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.StartParse(0);
+    parser.Attach(&observer);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(lines, (Lines{"text(" + fill + ")", "start(p|{cl" + std::string(65536 - 5, 'a') + "ss=y})", "comment(bc)"}));
+    EXPECT_EQ(sizes, std::vector<std::uint64_t>(sizes.size(), 65536));
+    EXPECT_EQ(sizes.size(), 4U);  // two whole pieces, the rest, and the end
+}
+
+TEST(StatelessHTMLParserTest, AStreamNeitherStartsNorEnds) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.Attach(&observer);
+    parser.StartParse(0);
+    VFS::MemoryInputStream one(std::string("<a>b<c d='"));
+    VFS::MemoryInputStream other(std::string("e'><f>"));
+    EXPECT_EQ(parser.ParseStream(&one, false), 0U);  // also when it ends inside of a tag
+    EXPECT_EQ(parser.ParseStream(&other, false), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=e})", "start(f|)", "stop-parsing"}));
+}
+
+/// The reads decide where a comment is cut.
+TEST(StatelessHTMLParserTest, EachReadIsAPiece) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.StartParse(0);
+    parser.Attach(&observer);
+    BoundedInputStream stream("<!-- abcd --><p>", InSizes({7, 0, 0, 100}));
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(lines, (Lines{"comment( ab)", "text(cd -->)", "start(p|)"}));
+}
+
+TEST(StatelessHTMLParserTest, AStreamWithoutBytesForAWhileIsReadOn) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.Attach(&observer);
+    parser.StartParse(0);
+    FaultyInputStream stream(std::string("<a>"));
+    for (std::uint64_t call = 1; call <= 1000; ++call)
+        stream.ReadNothing(call);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(stream.GetReadCalls(), 1002U);
+    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)"}));
+}
+
+TEST(StatelessHTMLParserTest, AnErrorLeavesTheParserStarted) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.Attach(&observer);
+    parser.StartParse(0);
+    int destructions = 0;
+    auto* const stream = new FaultyInputStream(std::string("a\n<b><%c>"));
+    stream->CountDestructions(&destructions);
+    EXPECT_EQ(parser.ParseStream(stream, true), 703U);
+    EXPECT_EQ(destructions, 1);
+    std::size_t line = 0;
+    std::size_t column = 0;
+    parser.GetCurrentLineNumber(&line);
+    parser.GetCurrentColumnNumber(&column);
+    EXPECT_EQ(line, 2U);
+    EXPECT_EQ(column, 6U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(lines, (Lines{"start-parsing", "text(a\\n)", "start(b|)", "stop-parsing"}));
+}
+
+TEST(StatelessHTMLParserTest, AFile) {
+    const TemporaryFolder folder;
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.Attach(&observer);
+    const auto parse = [&](const std::string& document) {
+        return parser.ParseFile(folder.Write("page.html", document).string<WideChar>().c_str());
+    };
+    EXPECT_EQ(parse("<a>"), 10U);
+    parser.StartParse(0);
+    EXPECT_EQ(parse(""), 0U);
+    EXPECT_EQ(parse("<a>b<c"), 0U);
+    EXPECT_EQ(parse(" d>"), 0U);
+    const std::string text(2 * 65536 - 3, 'x');
+    EXPECT_EQ(parse(text + "<p>"), 0U);
+    EXPECT_EQ(parse("<1>"), 703U);
+    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=})", "text(" + text + ")", "start(p|)"}));
+    EXPECT_EQ(parser.ParseFile((folder.GetPath() / "missing.html").string<WideChar>().c_str()), 506U);
+    EXPECT_EQ(parser.ParseFile(folder.GetPath().string<WideChar>().c_str()), 506U);
+}
+
 TEST(StatelessHTMLParserTest, FlagsKeep32Bits) {
     StatelessHTMLParser parser;
     EXPECT_EQ(parser.GetFlags(), 1U);
@@ -185,9 +292,181 @@ TEST(StatelessHTMLParserTest, FlagsKeep32Bits) {
     EXPECT_EQ(parser.GetFlags(), 0xFFFFFFFFUL);
 }
 
+TEST(StatelessHTMLParserTest, FlagsStayFromOneDocumentToTheNext) {
+    StatelessHTMLParser parser;
+    parser.SetFlags(6);
+    parser.StartParse(0);
+    EXPECT_EQ(parser.GetFlags(), 6U);
+    parser.EndParse();
+    EXPECT_EQ(parser.GetFlags(), 6U);
+    StatelessHTMLParser copy(parser);
+    EXPECT_EQ(copy.GetFlags(), 6U);
+    StatelessHTMLParser assigned;
+    assigned = parser;
+    EXPECT_EQ(assigned.GetFlags(), 6U);
+}
+
+struct Position {
+    std::size_t line = 0;
+    std::size_t column = 0;
+    bool operator==(const Position&) const = default;
+};
+
+Position PositionOf(const StatelessHTMLParser& parser) {
+    Position position;
+    EXPECT_EQ(parser.GetCurrentLineNumber(&position.line), 0U);
+    EXPECT_EQ(parser.GetCurrentColumnNumber(&position.column), 0U);
+    return position;
+}
+
+TEST(StatelessHTMLParserTest, LineAndColumnOfADocument) {
+    StatelessHTMLParser parser;
+    const Position first{1, 1};
+    EXPECT_TRUE(PositionOf(parser) == first);
+    parser.StartParse(0);
+    EXPECT_TRUE(PositionOf(parser) == first);
+    parser.ParseBuffer("a\nb", 3);
+    EXPECT_TRUE(PositionOf(parser) == (Position{2, 4}));
+    parser.ParseBuffer("", 0);
+    EXPECT_TRUE(PositionOf(parser) == (Position{2, 4}));
+    const StatelessHTMLParser copy(parser);
+    EXPECT_TRUE(PositionOf(copy) == (Position{2, 4}));
+    parser.EndParse();
+    EXPECT_TRUE(PositionOf(parser) == first);
+    EXPECT_EQ(parser.ParseBuffer("abc", 3), 10U);
+    EXPECT_TRUE(PositionOf(parser) == first);
+}
+
+/// The first and the last event come while the place is still, or already, that of the document.
+TEST(StatelessHTMLParserTest, LineAndColumnInACallback) {
+    StatelessHTMLParser parser;
+    std::vector<Position> positions;
+    std::vector<std::uint32_t> results;
+    class PositionListener : public HTML::StatelessHTMLObserver {
+    public:
+        std::function<void()> hook;
+        void OnStartParsing() override {
+            hook();
+        }
+        void OnText(const WideChar*) override {
+            hook();
+        }
+        void OnStartTag(const WideChar*, const Attributes*) override {
+            hook();
+        }
+        void OnStopParsing() override {
+            hook();
+        }
+    } listener;
+    listener.hook = [&] {
+        positions.push_back(PositionOf(parser));
+        results.push_back(parser.ParseBuffer("<z>", 3));
+        results.push_back(parser.EndParse());
+    };
+    parser.Attach(&listener);
+    parser.StartParse(0);
+    parser.ParseBuffer("x", 1);
+    EXPECT_EQ(parser.StartParse(0), 0U);  // of another document
+    EXPECT_EQ(parser.ParseBuffer("a\nb<c>d", 7), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    const std::vector<Position> expected = {{1, 1}, {1, 1}, {2, 4}, {2, 7}, {2, 9}};
+    EXPECT_TRUE(positions == expected);
+    EXPECT_EQ(results, std::vector<std::uint32_t>(10, 2));
+}
+
+TEST(StatelessHTMLParserTest, OutsideOfADocument) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.Attach(&observer);
+    EXPECT_EQ(parser.ParseBuffer("<a>", 3), 10U);
+    EXPECT_EQ(parser.ParseBuffer("", 0), 10U);
+    EXPECT_EQ(parser.ParseBuffer(nullptr, 1), 10U);
+    EXPECT_EQ(parser.ParseStream(nullptr, true), 2U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(lines, Lines());
+    EXPECT_EQ(parser.StartParse(0), 0U);
+    EXPECT_EQ(parser.ParseBuffer(nullptr, 1), 2U);
+    EXPECT_EQ(parser.ParseBuffer(nullptr, 0), 0U);
+    EXPECT_EQ(parser.ParseStream(nullptr, false), 2U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(parser.ParseBuffer("<a>", 3), 10U);
+    EXPECT_EQ(lines, (Lines{"start-parsing", "stop-parsing"}));
+}
+
+/// Whatever a document was in the middle of, the next one begins with text on line 1.
+TEST(StatelessHTMLParserTest, AnotherDocumentBeginsAnew) {
+    for (const std::string unfinished :
+         {"a",   "\n",      "<",      "<?",     "</",       "<!",         "<!-",       "<!--",          "<a",       "<a b='",      "<a %",
+          "</a", "<?a b=?", "<!a b ", "<!a 'b", "<script>", "<script>a/", "<script>'", "<script></scr", "<style>a", "<style></st", "<1"}) {
+        for (const bool ends : {true, false}) {
+            SCOPED_TRACE(unfinished);
+            Lines lines;
+            EventTraceObserver observer(&lines);
+            StatelessHTMLParser parser;
+            parser.StartParse(0);
+            parser.ParseBuffer(unfinished.data(), unfinished.size());
+            if (ends)
+                parser.EndParse();
+            parser.Attach(&observer);
+            EXPECT_EQ(parser.StartParse(0), 0U);
+            const std::string document = "\nb<c d=e><!f g><?h i=?><script>j</script><style>k</style><!--l--></m>";
+            EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+            EXPECT_EQ(lines, (Lines{"start-parsing", "text(\\nb)", "start(c|{d=e})", "entity(f|{g})", "extern(h|{i=?})", "script(|j)",
+                                    "style(|k)", "comment(l)", "end(m)"}));
+            EXPECT_EQ(PositionOf(parser).line, 2U);
+        }
+    }
+}
+
+struct Resumption {
+    const char* note;
+    std::string failing;
+    std::uint32_t result;
+    std::string rest;
+    std::string event;
+};
+
+/// The byte that does not fit is not consumed, and everything else stays as it was: what fits goes on behind it.
+TEST(StatelessHTMLParserTest, GoesOnBehindAFailure) {
+    const Resumption resumptions[] = {
+        {"behind \"<\"", "<=", 703, "a>", "start(a|)"},
+        {"behind \"<!\"", "<!=", 703, "a b>", "entity(a|{b})"},
+        {"behind \"<!-\"", "<!-=", 703, "-a", "comment(a)"},
+        {"behind \"</\"", "</=", 701, "a>", "end(a)"},
+        {"behind \"<?\"", "<?=", 701, "a b=?>", "extern(a|{b=?})"},
+        {"behind a blank", "< =", 701, "a>", "start(a|)"},
+        {"behind the name of an end tag", "</a ", 702, ">", "end(a)"},
+        {"behind an attribute", "<a b?", 702, ">", "start(a|{b=})"},
+        {"behind a slash", "<a b/=", 702, ">", "start(a|{b=})"},
+        {"behind a question mark", "<?a b?=", 702, ">", "extern(a|{b=})"},
+        {"without a question mark", "<?a b>", 702, "?>", "extern(a|{b=})"},
+        {"behind the slash of a declaration", "<!a b /=", 702, ">", "entity(a|{b})"},
+    };
+    for (const Resumption& resumption : resumptions) {
+        SCOPED_TRACE(resumption.note);
+        Lines lines;
+        EventTraceObserver observer(&lines);
+        StatelessHTMLParser parser;
+        parser.StartParse(0);
+        parser.Attach(&observer);
+        EXPECT_EQ(parser.ParseBuffer(resumption.failing.data(), resumption.failing.size()), resumption.result);
+        const Position position = PositionOf(parser);
+        EXPECT_EQ(position.column, resumption.failing.size());  // all but the last byte, from column 1
+        EXPECT_EQ(parser.ParseBuffer(resumption.failing.data() + resumption.failing.size() - 1, 1), resumption.result);
+        EXPECT_TRUE(PositionOf(parser) == position);
+        EXPECT_EQ(lines, Lines());
+        EXPECT_EQ(parser.ParseBuffer(resumption.rest.data(), resumption.rest.size()), 0U);
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines.front(), resumption.event);
+    }
+}
+
 TEST(StatelessHTMLParserTest, NulsEndWhatACallbackSeesExceptInValues) {
     const std::string document("a\0b<p c='d\0e'>", 14);
     EXPECT_EQ(ParseEvents({document}).trace, (Lines{"start-parsing", "text(a)", "start(p|{c=d\\x00e})", "stop-parsing"}));
+    EXPECT_EQ(ParseEvents({std::string("<!p a\0b>", 9)}).trace, (Lines{"start-parsing", "entity(p|{a\\x00b})", "stop-parsing"}));
 }
 
 }  // namespace
