@@ -328,7 +328,7 @@ TEST(CharsetDiscoveryTest, AKnownCharsetIsNeverChanged) {
 }
 
 TEST(CharsetDiscoveryTest, AWideDocumentIsNeverExamined) {
-    const WideString document = u"<meta charset=koi8-r>";
+    const WideString document = KESTRA_WIDE("<meta charset=koi8-r>");
     for (const Observed observed : {Observed::NARROW, Observed::WIDE, Observed::NOBODY}) {
         ForEverySplit(WideStringView(document), [&](const Cuts& cuts) {
             const DocumentRun run = ParseDocument(document, cuts, Unknown(observed));

@@ -80,7 +80,7 @@ TEST(JunkRecoveryTest, ConstructsThatTheInputLeavesOpen) {
 }
 
 TEST(JunkRecoveryTest, WideJunkIsBytes) {
-    const WideString input = u"<\u3042 / >\u00E9";
+    const WideString input = KESTRA_WIDE("<\u3042 / >\u00E9");
     for (const Route& route : {WIDE_TO_WIDE, WIDE_TO_NARROW}) {
         ForEverySplit(WideStringView(input), [&](const Cuts& cuts) {
             const DocumentRun run = ParseDocument(input, cuts, SettingsFor(route, Feed::STREAM));

@@ -503,14 +503,14 @@ TEST(MarkupSectionsTest, SectionsThatFailInAScript) {
 TEST(MarkupSectionsTest, WideWhiteSpace) {
     struct Row {
         const char* note;
-        const char16_t* input;
+        const WideChar* input;
         const char* token;
     };
     const Row rows[] = {
-        {"separates the items of a declaration", u"<!\u3000a\u00A0b\u2028>", "entity(\\u3000|a|{\\u00A0|b}|\\u2028)"},
-        {"and the attributes of an XML declaration", u"<?\u3000xml\u0085a\u3000=\u3000'b'\u3000?>",
+        {"separates the items of a declaration", KESTRA_WIDE("<!\u3000a\u00A0b\u2028>"), "entity(\\u3000|a|{\\u00A0|b}|\\u2028)"},
+        {"and the attributes of an XML declaration", KESTRA_WIDE("<?\u3000xml\u0085a\u3000=\u3000'b'\u3000?>"),
          "extern(\\u3000|xml|{\\u0085|a|\\u3000=\\u3000|'b'}|\\u3000)"},
-        {"ends the target of an instruction", u"<?a\u3000?>", "extern-text(<?a\\u3000?>)"},
+        {"ends the target of an instruction", KESTRA_WIDE("<?a\u3000?>"), "extern-text(<?a\\u3000?>)"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);

@@ -85,7 +85,7 @@ using Wide = CountingObserver<WideChar, WideString>;
 template <typename Observer>
 class Watched {
 public:
-    Watched() : observer(new (::operator new(sizeof(Observer))) Observer) {
+    Watched() : observer(new (std::malloc(sizeof(Observer))) Observer) {
         for (WatchedBlock& watched : watchedBlocks) {
             if (watched.block == nullptr) {
                 watched = {observer, 0};

@@ -69,7 +69,7 @@ TEST(ScriptAndStyleTest, ANulIsNoEndOfTheName) {
 
 TEST(ScriptAndStyleTest, OnlyAsciiLettersFold) {
     // A long s and a Kelvin sign fold to "s" and "k" elsewhere.
-    const WideString input = u"<\u017Fcript><b><\u017Ftyle><i>";
+    const WideString input = KESTRA_WIDE("<\u017Fcript><b><\u017Ftyle><i>");
     const DocumentRun run = ParseDocument(input, {}, SettingsFor(WIDE_TO_WIDE));
     EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "start(|\\u017Fcript||)", "start(|b||)", "start(|\\u017Ftyle||)",
                                  "start(|i||)", "end-parsing"}));

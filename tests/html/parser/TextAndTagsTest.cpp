@@ -128,17 +128,17 @@ TEST(TextAndTagsTest, EndTags) {
 TEST(TextAndTagsTest, WideWhiteSpaceInTags) {
     struct Row {
         const char* note;
-        const char16_t* input;
+        const WideChar* input;
         const char* token;
     };
     const Row rows[] = {
-        {"an ideographic space separates attributes", u"<p\u3000a\u3000b>", "start(|p|{\\u3000|a}{\\u3000|b}|)"},
-        {"so does a next-line character", u"<p\u0085a>", "start(|p|{\\u0085|a}|)"},
-        {"and a no-break space", u"<p\u00A0a=b\u00A0>", "start(|p|{\\u00A0|a|=|b}|\\u00A0)"},
-        {"line and paragraph separator", u"</p\u2028a\u2029>", "end(|p|\\u2028|{|a}|\\u2029)"},
-        {"a zero-width space is a letter", u"<p\u200Ba>", "start(|p\\u200Ba||)"},
-        {"so is a byte-order mark inside the text", u"<p\uFEFFa>", "start(|p\\uFEFFa||)"},
-        {"and the control 28", u"<p\u001Ca>", "start(|p\\x1Ca||)"},
+        {"an ideographic space separates attributes", KESTRA_WIDE("<p\u3000a\u3000b>"), "start(|p|{\\u3000|a}{\\u3000|b}|)"},
+        {"so does a next-line character", KESTRA_WIDE("<p\u0085a>"), "start(|p|{\\u0085|a}|)"},
+        {"and a no-break space", KESTRA_WIDE("<p\u00A0a=b\u00A0>"), "start(|p|{\\u00A0|a|=|b}|\\u00A0)"},
+        {"line and paragraph separator", KESTRA_WIDE("</p\u2028a\u2029>"), "end(|p|\\u2028|{|a}|\\u2029)"},
+        {"a zero-width space is a letter", KESTRA_WIDE("<p\u200Ba>"), "start(|p\\u200Ba||)"},
+        {"so is a byte-order mark inside the text", KESTRA_WIDE("<p\uFEFFa>"), "start(|p\\uFEFFa||)"},
+        {"and the control 28", KESTRA_WIDE("<p\u001Ca>"), "start(|p\\x1Ca||)"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);

@@ -79,6 +79,58 @@ TEST(StatelessHTMLParserTest, AnExceptionPassesThroughAndTheNextCallGoesOn) {
     EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|)", "stop-parsing"}));
 }
 
+/// Traces every event, and throws out of those of one kind.
+class ThrowingListener final : public Trace::EventLineObserver {
+public:
+    ThrowingListener(Lines* lines, unsigned long event) : tracedLines(lines), thrownEvent(event) {}
+
+private:
+    void OnLine(unsigned long event, const std::string& line) override {
+        tracedLines->push_back(line);
+        if (event == thrownEvent)
+            throw 1;
+    }
+
+    Lines* tracedLines;
+    unsigned long thrownEvent;
+};
+
+// What was reported does not come back, whoever throws: the next construct begins anew.
+TEST(StatelessHTMLParserTest, AnExceptionOutOfAnyCallbackEndsItsConstruct) {
+    const struct {
+        unsigned long event;
+        std::string thrown;  ///< its last construct is the one whose callback throws
+        Lines lines;
+    } rows[] = {
+        {StatelessHTMLParser::ID_START_TAG, "<p a=b>", {"start(p|{a=b})"}},
+        {StatelessHTMLParser::ID_END_TAG, "</p>", {"end(p)"}},
+        {StatelessHTMLParser::ID_SCRIPT, "<script>x=1</script>", {"script(|x=1)"}},
+        {StatelessHTMLParser::ID_EXTERN_TAG, "<?a b=c ?>", {"extern(a|{b=c})"}},
+        {StatelessHTMLParser::ID_ENTITY_TAG, "<!a b>", {"entity(a|{b})"}},
+        {StatelessHTMLParser::ID_COMMENT, "<!--a-->", {"comment(a)"}},
+        {StatelessHTMLParser::ID_STYLE, "<style>a</style>", {"style(|a)"}},
+        {StatelessHTMLParser::ID_TEXT, "a<", {"text(a)"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.thrown);
+        Lines lines;
+        StatelessHTMLParser parser;
+        ThrowingListener throwing(&lines, row.event);
+        parser.Attach(&throwing);
+        parser.StartParse(0);
+        EXPECT_THROW(parser.ParseBuffer(row.thrown.data(), row.thrown.size()), int);
+        parser.Detach(&throwing);
+        EventTraceObserver observer(&lines);
+        parser.Attach(&observer);
+        EXPECT_EQ(parser.ParseBuffer("y<b>", 4), 0U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+        Lines expected = {"start-parsing"};
+        expected.insert(expected.end(), row.lines.begin(), row.lines.end());
+        expected.insert(expected.end(), {"text(y)", "start(b|)", "stop-parsing"});
+        EXPECT_EQ(lines, expected);
+    }
+}
+
 TEST(StatelessHTMLParserTest, TwoObserversAndOneThatLeaves) {
     Lines lines;
     StatelessHTMLParser parser;
