@@ -396,7 +396,7 @@ Step OpenScriptString(Machine* machine, char byte) {
 Step StepScript(Machine* machine, char byte) {
     const bool behindSlash = !machine->text.empty() && machine->text.back() == '/';
     if (byte == '<') {
-        machine->bodyEnd = "<";
+        machine->bodyEnd.assign(1, '<');
         return TakeMark(machine, State::SCRIPT_OPENER);
     }
     if (byte == '/' && behindSlash) {
