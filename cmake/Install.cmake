@@ -1,7 +1,9 @@
-# The package: headers under include/kestra, the library, and a CMake package that names it Kestra::html.
+# What is installed: the library, the headers under include/kestra, a CMake package that names it Kestra::html, a pkg-config file, and the
+# documents. The tool installs itself.
 include(CMakePackageConfigHelpers)
 
 set(KESTRA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kestra-html)
+set(KESTRA_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 # The headers include each other from the root of the tree, users write <kestra/html/...>: both folders are exported.
 target_include_directories(kestra-html INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -16,3 +18,21 @@ install(FILES
     ${PROJECT_BINARY_DIR}/kestra-html-config.cmake
     ${PROJECT_BINARY_DIR}/kestra-html-config-version.cmake
     DESTINATION ${KESTRA_PACKAGE_DIR})
+if(WIN32)
+    # For those who build for Windows on another system.
+    install(FILES cmake/mingw-w64.cmake DESTINATION ${KESTRA_PACKAGE_DIR})
+endif()
+
+# A linker that is told -static looks for no import library, unless by its full name.
+set(KESTRA_PKGCONFIG_LIBRARY -lkestra-html)
+if(WIN32)
+    set(KESTRA_PKGCONFIG_LIBRARY -l:libkestra-html.dll.a)
+endif()
+file(RELATIVE_PATH KESTRA_PKGCONFIG_TO_PREFIX /prefix/${KESTRA_PKGCONFIG_DIR} /prefix)
+string(REGEX REPLACE "/$" "" KESTRA_PKGCONFIG_TO_PREFIX ${KESTRA_PKGCONFIG_TO_PREFIX})
+configure_file(cmake/kestra-html.pc.in kestra-html.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kestra-html.pc DESTINATION ${KESTRA_PKGCONFIG_DIR})
+
+install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY examples/links examples/pages DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

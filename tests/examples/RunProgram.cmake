@@ -1,8 +1,9 @@
 # Runs an example program and compares what it does with what is expected.
 #
-#     cmake -D PROGRAM=... -D PAGE=... -D STATUS=... [-D OUTPUT=file] [-D ERRORS=text] -P RunProgram.cmake
+#     cmake [-D EMULATOR=...] -D PROGRAM=... -D PAGE=... -D STATUS=... [-D OUTPUT=file] [-D ERRORS=text] -P RunProgram.cmake
 #
-# PAGE is the argument of the program; without it there is none. Without OUTPUT or ERRORS nothing may be written there.
+# EMULATOR starts a program that this system cannot start by itself. PAGE is the argument of the program; without it there is none. Without
+# OUTPUT or ERRORS nothing may be written there.
 cmake_minimum_required(VERSION 3.25)
 
 set(expectedOutput "")
@@ -10,7 +11,7 @@ if(DEFINED OUTPUT)
     file(READ ${OUTPUT} expectedOutput)
 endif()
 
-execute_process(COMMAND ${PROGRAM} ${PAGE} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE errors ENCODING UTF-8)
+execute_process(COMMAND ${EMULATOR} ${PROGRAM} ${PAGE} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE errors ENCODING UTF-8)
 foreach(text IN ITEMS expectedOutput output errors)
     string(REPLACE "\r\n" "\n" ${text} "${${text}}")
 endforeach()

@@ -25,3 +25,5 @@ void UseRecognizers();
 void UseRecords();
 void UseDocuments();
 void UseEvents();
+void UseDetection();
+void UseBoundary();

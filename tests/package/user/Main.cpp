@@ -23,6 +23,8 @@ int main() {
     UseRecords();
     UseDocuments();
     UseEvents();
+    UseDetection();
+    UseBoundary();
     std::printf("%d expectations, %d failed\n", expectations, failures);
     return failures == 0 && expectations > 0 ? 0 : 1;
 }

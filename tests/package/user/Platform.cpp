@@ -105,8 +105,9 @@ void UseStreams() {
 void UseFiles() {
     static constexpr char NAME[] = "kestra-html-user.txt";
     std::ofstream(NAME, std::ios::binary) << "from a file";
-    const std::unique_ptr<InputStream> file(VirtualFileSystem::GetInputStreamEx(Text<WideString>(NAME).c_str()));
+    std::unique_ptr<InputStream> file(VirtualFileSystem::GetInputStreamEx(Text<WideString>(NAME).c_str()));
     CHECK(file != nullptr && ReadAll(file.get()) == "from a file");
+    file.reset();
     CHECK(std::remove(NAME) == 0);
     const std::unique_ptr<InputStream> missing(VirtualFileSystem::GetInputStreamEx(Text<WideString>(NAME).c_str()));
     CHECK(missing == nullptr);

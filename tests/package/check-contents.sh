@@ -1,0 +1,47 @@
+#!/bin/sh
+# What an unpacked package holds beside the headers is what is listed and the documents, no less and no more; whatever a header includes of
+# ours is there; and the links between the documents lead somewhere.
+#
+#     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
+#
+# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below PREFIX that documents are installed in.
+set -eu
+
+prefix=$1
+list=$2
+sources=$3
+documents=$4
+failed=0
+
+complain() {
+    echo "check-contents: $*"
+    failed=1
+}
+
+cd "$prefix"
+
+find . ! -type d ! -path './include/kestra/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
+{
+    cat "$list"
+    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md docs examples/links examples/pages -type f | sed "s,^,$documents/,")
+} | LC_ALL=C sort | diff - "$list.found" || complain "the package does not hold what is listed (<: missing, >: unexpected)"
+
+headers=$(find include/kestra -name '*.h')
+[ "$(echo "$headers" | wc -l)" -gt 40 ] || complain "only these headers were found:" $headers
+for header in $headers; do
+    for included in $(sed -n 's/^#include "\(.*\)"/\1/p' "$header"); do
+        [ -f "include/kestra/$included" ] || complain "$header includes $included, which is missing"
+    done
+done
+
+pages=$(find "$documents" -name '*.md')
+links=0
+for page in $pages; do
+    for target in $(grep -o '](\([^)]*\))' "$page" | sed 's/^](//; s/)$//; s/#.*//' | grep -v '^[a-z]*:' | sort -u); do
+        links=$((links + 1))
+        [ -e "$(dirname "$page")/$target" ] || complain "$page links to $target, which is missing"
+    done
+done
+[ "$links" -ge 10 ] || complain "only $links links were found in" $pages
+
+exit $failed
