@@ -1,0 +1,67 @@
+/// @file
+/// Writes documents for the comparison of two platforms: those of the differential tests, in 8 bits and in UTF-16.
+///
+///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ...
+
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+#include "tests/reference/DocumentMaker.h"
+
+namespace {
+
+using Kestra::Test::Dice;
+
+void Write(const std::filesystem::path& path, std::string_view bytes) {
+    std::ofstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(path, std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+}
+
+/// Each byte as one unit, and now and then any other unit in its place: lone surrogates, wide spaces, everything.
+std::string Widen(std::string_view bytes, Dice* dice) {
+    std::string units;
+    if (dice->OneIn(4))
+        units += "\xFF\xFE";
+    for (const char byte : bytes) {
+        const bool isReplaced = dice->OneIn(40);
+        units += isReplaced ? dice->Byte() : byte;
+        units += isReplaced ? dice->Byte() : '\0';
+    }
+    return units;
+}
+
+void WriteDocuments(const std::filesystem::path& folder, std::uint64_t count) {
+    const std::vector<std::string> pages = Kestra::Test::ReadPages(KESTRA_EXAMPLE_PAGES);
+    Kestra::Test::DocumentMaker maker(&pages);
+    std::filesystem::create_directories(folder);
+    for (std::uint64_t seed = 0; seed < count; ++seed) {
+        const std::string document = maker.Make(seed).bytes;
+        Dice dice(seed);
+        Write(folder / (std::to_string(seed) + ".html"), document);
+        Write(folder / (std::to_string(seed) + ".utf16"), Widen(document, &dice));
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::cerr << "usage: document-writer FOLDER COUNT\n";
+        return 2;
+    }
+    try {
+        WriteDocuments(argv[1], std::stoull(argv[2]));
+        return 0;
+    } catch (const std::exception& failure) {
+        std::cerr << "document-writer: " << failure.what() << '\n';
+        return 1;
+    }
+}
