@@ -24,7 +24,7 @@ help:
 	@echo 'make bench          build the release, run the benchmarks'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
-	@echo 'make check-fuzz     build the fuzzers, run them over their small corpus'
+	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
 	@echo 'make coverage       which lines of the library the tests reach'
 	@echo 'make format         format all sources'
 	@echo 'make check-format   fail when a source is not formatted'
@@ -70,6 +70,7 @@ check-fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz --parallel $(JOBS) --target fuzzers
 	build/fuzz/bin/document-fuzzer -runs=0 fuzz/seeds/document-fuzzer
+	build/fuzz/bin/event-fuzzer -runs=0 fuzz/seeds/event-fuzzer
 
 coverage:
 	@setup/install build coverage
