@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <limits>
+#include <string>
+#include <string_view>
 
 #include "platform/Results.h"
 #include "platform/windows/WindowsApi.h"
@@ -125,28 +126,63 @@ INT CharSetConverter::Platform::System::Convert(const WideChar* data, INT size, 
 
 namespace {
 
-/// Asks for the size of each step, then converts it behind what is there.
+/// What is put behind a string that comes to no characters: it ends inside an escape, or is nothing else. A terminator is one character for
+/// certain, and is taken away again; a change to ASCII goes in front of it where the terminator alone would be half of a character.
+constexpr std::array<std::string_view, 3> ENDINGS = {std::string_view(), std::string_view("\0", 1), std::string_view("\x1B(B\0", 4)};
+
+/// How many of them are tried, the empty one among them: only bytes have escapes.
+template <typename In>
+constexpr std::size_t GetEndingCount(CharSet::Code code) {
+    const bool hasEscapes = sizeof(In) == 1 && code >= 50220 && code <= 50229;
+    return hasEscapes ? ENDINGS.size() : ENDINGS.size() - 1;
+}
+
+/// Asks for the size, then converts. @return false when the system makes nothing of the string; the output is then as it was.
+template <typename System, typename In, typename Out>
+bool ConvertWhole(const System& system, const In* data, std::size_t size, Out* output) {
+    const INT length = static_cast<INT>(size);
+    const INT count = system.Convert(data, length, nullptr, 0);
+    if (count <= 0)
+        return false;
+    const std::size_t used = output->size();
+    output->resize(used + static_cast<std::size_t>(count));
+    if (system.Convert(data, length, output->data() + used, count) == count)
+        return true;
+    output->resize(used);
+    return false;
+}
+
+/// Appends what the step comes to, or one mark of replacement when the system makes nothing of it with any ending.
+template <typename System, typename In, typename Out>
+void ConvertStep(const System& system, const In* data, std::size_t size, Out* output) {
+    if (ConvertWhole(system, data, size, output))
+        return;
+    for (std::size_t i = 1; i < GetEndingCount<In>(system.code); ++i) {
+        std::basic_string<In> ended(data, size);
+        ended.append(ENDINGS[i].begin(), ENDINGS[i].end());
+        if (ConvertWhole(system, ended.data(), ended.size(), output)) {
+            if (output->back() == 0)
+                output->pop_back();
+            return;
+        }
+    }
+    output->push_back(sizeof(In) == 1 ? static_cast<typename Out::value_type>(0xFFFD) : static_cast<typename Out::value_type>('?'));
+}
+
+/// Converts each step behind what is there.
 template <typename System, typename In, typename Out>
 std::uint32_t ConvertInSteps(const System& system, const In* data, std::uint64_t size, Out* output) {
-    std::size_t used = 0;
     while (size > 0) {
         const std::uint64_t step = FindCut(system.code, data, size);
-        if (step > MOST_PER_CALL)
-            break;
-        const INT count = system.Convert(data, static_cast<INT>(step), nullptr, 0);
-        if (count <= 0)
-            break;
-        output->resize(used + static_cast<std::size_t>(count));
-        if (system.Convert(data, static_cast<INT>(step), output->data() + used, count) != count)
-            break;
-        used = output->size();
+        if (step > MOST_PER_CALL) {
+            output->clear();
+            return RESULT_UNSUPPORTED_CHARSET;
+        }
+        ConvertStep(system, data, static_cast<std::size_t>(step), output);
         data += step;
         size -= step;
     }
-    if (size == 0)
-        return RESULT_OK;
-    output->clear();
-    return RESULT_UNSUPPORTED_CHARSET;
+    return RESULT_OK;
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "platform/Results.h"
 #include "platform/windows/FileHandle.h"
+#include "platform/windows/LongPath.h"
 
 namespace Kestra::VFS {
 
@@ -48,7 +49,7 @@ std::uint32_t TemporaryFile::Create() {
     if (length == 0 || length >= folder.size())
         return RESULT_STREAM_FAILED;
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-        const std::wstring path = std::wstring(folder.data(), length) + MakeName();
+        const std::wstring path = LiftLimit(std::wstring(folder.data(), length) + MakeName());
         // Shared with nobody, kept in memory while there is room, and removed when the handle is closed, whoever closes it.
         const HANDLE opened = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                                           FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);

@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <new>
 #include <string>
-#include <string_view>
 
 #include "platform/Results.h"
 #include "platform/windows/FileHandle.h"
+#include "platform/windows/LongPath.h"
 
 namespace Kestra::VFS {
 
@@ -119,28 +119,6 @@ private:
     HANDLE handle;
     bool endSeen = false;
 };
-
-constexpr std::wstring_view VERBATIM = L"\\\\?\\";
-constexpr std::wstring_view VERBATIM_SHARE = L"\\\\?\\UNC\\";
-constexpr std::wstring_view DEVICE = L"\\\\.\\";
-constexpr std::wstring_view SHARE = L"\\\\";
-
-/// A path that the system takes however long it is: one above the old limit in its absolute form with a prefix that lifts the limit.
-/// @return empty when the path has no absolute form
-std::wstring LiftLimit(std::wstring_view path) {
-    std::wstring lifted(path);
-    if (path.size() < MAX_PATH || path.starts_with(VERBATIM) || path.starts_with(DEVICE))
-        return lifted;
-    const DWORD room = GetFullPathNameW(lifted.c_str(), 0, nullptr, nullptr);
-    std::wstring absolute(room, L'\0');
-    const DWORD length = room == 0 ? 0 : GetFullPathNameW(lifted.c_str(), room, absolute.data(), nullptr);
-    if (length == 0 || length >= room)
-        return {};
-    absolute.resize(length);
-    if (absolute.starts_with(SHARE))
-        return std::wstring(VERBATIM_SHARE).append(absolute, SHARE.size());
-    return std::wstring(VERBATIM).append(absolute);
-}
 
 InputStream* MakeStream(HANDLE handle) {
     LARGE_INTEGER size;

@@ -1,7 +1,6 @@
 #include "platform/CharSet.h"
 
 #include <gtest/gtest.h>
-#include <unicode/ucnv.h>
 
 #include <cstddef>
 #include <set>
@@ -49,19 +48,6 @@ std::string ToLower(std::string text) {
     for (char& character : text)
         character = FoldAscii(character);
     return text;
-}
-
-/// The IANA names of the converter that ICU opens for a name; none when it does not know the name.
-std::vector<std::string> GetRegisteredAliases(const std::string& name) {
-    std::vector<std::string> aliases;
-    UErrorCode error = U_ZERO_ERROR;
-    UEnumeration* const names = ucnv_openStandardNames(name.c_str(), "IANA", &error);
-    if (U_FAILURE(error) || names == nullptr)
-        return aliases;
-    for (const char* alias = uenum_next(names, nullptr, &error); alias != nullptr; alias = uenum_next(names, nullptr, &error))
-        aliases.emplace_back(alias);
-    uenum_close(names);
-    return aliases;
 }
 
 // Looked up before main: the table needs no constructor that could run too late.
@@ -204,26 +190,6 @@ TEST(CharSetTest, CodesHaveTheirRegisteredNames) {
         EXPECT_EQ(Narrow(CharSet::GetCharSetName(c.code)), c.name) << c.code;
     for (const CharSet::Code code : {0U, 1U, 36U, 38U, 1259U, 20133U, 28602U, 65002U, 0xFFFFFFFFU})
         EXPECT_TRUE(CharSet::GetCharSetName(code).empty()) << code;
-}
-
-TEST(CharSetTest, EveryRegisteredAliasThatIcuKnowsIsInTheTable) {
-    std::size_t count = 0;
-    for (const CharSetRow& row : GetCharSetRows()) {
-        const std::vector<std::string> names = SplitNames(row.names);
-        for (const std::string& name : names) {
-            for (const std::string& alias : GetRegisteredAliases(name)) {
-                const CharSet::Code code = CharSet::GetCharSetCode(Widen(alias));
-                EXPECT_NE(code, CharSet::UNKNOWN) << alias << ", an alias of " << name;
-                // ICU files these under a converter that it shares between several code pages.
-                const bool isShared = row.code == 20105 || row.code == 38598 || row.code == 51936 || alias == "ISO-8859-8-I";
-                if (name == names.front() && !isShared) {
-                    EXPECT_EQ(code, row.code) << alias << ", an alias of " << name;
-                }
-                ++count;
-            }
-        }
-    }
-    EXPECT_GT(count, 200U);
 }
 
 TEST(CharSetTest, ThreeCodePagesHideMarkupInEscapeRuns) {

@@ -42,12 +42,11 @@ TEST(ServicesTest, TheRealServicesDoTheirWork) {
     EXPECT_EQ(narrow, "\x80");
     EXPECT_EQ(GetServices().toWide(&converter, 4711, "a", 1, &wide), RESULT_UNSUPPORTED_CHARSET);
 
-    const std::string ascii(300, 'a');
     DetectedCharset detected;
-    std::uint32_t count = 0;
-    EXPECT_EQ(GetServices().detectCharset(ascii.data(), ascii.size(), &detected, &count), RESULT_OK);
-    EXPECT_EQ(count, 1U);
-    EXPECT_EQ(detected.code, 20127U);
+    std::uint32_t count = 4711;
+    EXPECT_EQ(GetServices().detectCharset("", 0, &detected, &count), RESULT_OK);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(GetServices().detectCharset(nullptr, 300, &detected, &count), RESULT_INVALID_ARGUMENT);
 }
 
 TEST(ServicesTest, OverridesNest) {

@@ -1,5 +1,3 @@
-#include "platform/CharsetDetector.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +17,9 @@
 #include <vector>
 
 #include "platform/CharSet.h"
+#include "platform/CharsetDetector.h"
 #include "platform/Results.h"
+#include "platform/Services.h"
 #include "tests/platform/CharsetSamples.h"
 
 namespace Kestra::Base {
@@ -235,6 +235,15 @@ TEST(CharsetDetectorTest, NothingIsNoResult) {
     EXPECT_EQ(count, 0U);
     EXPECT_EQ(CharsetDetector::Detect("", 0, &detected, &count), RESULT_OK);
     EXPECT_EQ(count, 0U);
+}
+
+TEST(CharsetDetectorTest, TheServicesLeadToIt) {
+    const std::string ascii(300, 'a');
+    DetectedCharset detected;
+    std::uint32_t count = 0;
+    EXPECT_EQ(GetServices().detectCharset(ascii.data(), ascii.size(), &detected, &count), RESULT_OK);
+    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(detected.code, 20127U);
 }
 
 TEST(CharsetDetectorTest, NullPointersAreTurnedDown) {

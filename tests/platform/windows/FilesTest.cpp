@@ -1,0 +1,1012 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "html/parser/GenericParser.h"
+#include "platform/Characters.h"
+#include "platform/InputStream.h"
+#include "platform/Results.h"
+#include "platform/TemporaryFile.h"
+#include "platform/TmpStream.h"
+#include "platform/VirtualFileSystem.h"
+#include "tests/platform/windows/SystemCalls.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestStreams.h"
+
+// What the streams owe to Windows: wide names of any length, sharing, devices and pipes, handles, failing calls.
+
+namespace Kestra::VFS {
+namespace {
+
+using Test::HookedSystem;
+using Test::IsWine;
+using Test::ReadAll;
+using Test::RealSystem;
+using Test::StreamContent;
+using Test::TemporaryFolder;
+
+constexpr DWORD SHARE_ALL = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+std::unique_ptr<InputStream> Open(const std::wstring& path) {
+    return std::unique_ptr<InputStream>(VirtualFileSystem::GetInputStreamEx(path.c_str()));
+}
+
+/// Closes a handle of the system.
+class Handle {
+public:
+    explicit Handle(HANDLE openHandle) : handle(openHandle) {}
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() {
+        Close();
+    }
+
+    void Close() {
+        if (IsOpen())
+            CloseHandle(handle);
+        handle = INVALID_HANDLE_VALUE;
+    }
+
+    bool IsOpen() const {
+        return handle != INVALID_HANDLE_VALUE;
+    }
+
+    HANDLE Get() const {
+        return handle;
+    }
+
+private:
+    HANDLE handle;
+};
+
+HANDLE OpenExisting(const std::wstring& path, DWORD access, DWORD share) {
+    return CreateFileW(path.c_str(), access, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+/// @return false when the system does not take the name
+bool WriteFileAt(const std::wstring& path, std::string_view bytes) {
+    const Handle file(CreateFileW(path.c_str(), GENERIC_WRITE, SHARE_ALL, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD written = 0;
+    return file.IsOpen() && WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0;
+}
+
+std::string ReadWhole(const std::wstring& path) {
+    const std::unique_ptr<InputStream> stream = Open(path);
+    return stream == nullptr ? "nothing" : ReadAll(stream.get(), 100).bytes;
+}
+
+std::wstring GetFolderPath(const TemporaryFolder& folder) {
+    std::filesystem::path path = std::filesystem::absolute(folder.GetPath());
+    return path.make_preferred().wstring();
+}
+
+TEST(WindowsPathTest, NamesInAnyScript) {
+    const std::wstring names[] = {
+        L"plain",
+        L"a b  c",
+        L".dots...in.it",
+        L"\u00E9t\u00E9",
+        L"e\u0301te\u0301",
+        L"\u0414\u043E\u043A\u0443\u043C\u0435\u043D\u0442.html",
+        L"\u05E2\u05D1\u05E8\u05D9\u05EA",
+        L"\u0627\u0644\u0639\u0631\u0628\u064A\u0629",
+        L"\u65E5\u672C\u8A9E\\..\\\u65E5\u672C",
+        L"\u0E44\u0E17\u0E22",
+        L"\U0001F600\U00010000\U0010FFFD",
+        L"\u00A0\u3000\uFEFF",
+        L"\u0391\u03B1 \u0130\u0131 \u00DF\u1E9E",
+        L"%TEMP%",
+    };
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder) + L"\\";
+    ASSERT_NE(CreateDirectoryW((front + L"\u65E5\u672C\u8A9E").c_str(), nullptr), 0);
+    int number = 0;
+    for (const std::wstring& name : names) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        const std::string content = "file " + std::to_string(++number);
+        ASSERT_TRUE(WriteFileAt(front + name, content));
+    }
+    number = 0;
+    for (const std::wstring& name : names) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        EXPECT_EQ(ReadWhole(front + name), "file " + std::to_string(++number));
+        std::wstring slashes = front + name;
+        std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+        EXPECT_EQ(ReadWhole(slashes), "file " + std::to_string(number));
+    }
+}
+
+TEST(WindowsPathTest, ALoneSurrogateNamesNoOtherFile) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder) + L"\\";
+    // What lenient conversions make of the names below.
+    for (const wchar_t* found : {L"a", L"az", L"a_", L"a\uFFFD", L"a\uFFFDz", L"a\uE000"})
+        ASSERT_TRUE(WriteFileAt(front + found, "another one"));
+    const std::wstring names[] = {
+        {L'a', 0xD800},         {L'a', 0xDC00},         {L'a', 0xD800, L'z'},   {L'a', 0xDC00, L'z'},
+        {L'a', 0xDC00, 0xD800}, {L'a', 0xDC00, 0xDC00}, {L'a', 0xD800, 0xD800}, {L'a', 0xD800, 0xE000},
+    };
+    for (const std::wstring& name : names) {
+        EXPECT_EQ(Open(front + name), nullptr);
+        if (WriteFileAt(front + name, "this one")) {  // Windows takes any units for a name
+            EXPECT_EQ(ReadWhole(front + name), "this one");
+        }
+    }
+}
+
+TEST(WindowsPathTest, PathsThatNameNothing) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder) + L"\\";
+    ASSERT_TRUE(WriteFileAt(front + L"file", "x"));
+    const std::wstring paths[] = {
+        L"",
+        L" ",
+        L"\\",
+        L"\\\\",
+        L"\\\\?\\",
+        L"\\\\.\\",
+        L"\\\\?\\UNC\\",
+        L"C:",
+        L"C:\\",
+        L"?:\\file",
+        L":",
+        L"::$DATA",
+        front,
+        front + L"file\\",
+        front + L"file\\below",
+        front + L"fil?",
+        front + L"*",
+        front + L"<file>",
+        front + L"\"file\"",
+        front + L"file|",
+        front + L"file\n",
+        front + L"missing",
+        front + L"missing\\file",
+        L"\\\\?\\" + front + L"missing",
+        L"\\\\?\\" + front + L"missing\\..\\file",  // taken as it stands
+        L"\\\\.\\pipe\\kestra-test-missing",
+        L"\\\\.\\kestra-test-missing",
+        std::wstring(100, L'\\'),
+        std::wstring(40000, L'x'),
+        front + std::wstring(40000, L'x'),
+        front + std::wstring(300, L'x'),
+        L"\\\\?\\" + front + std::wstring(40000, L'x'),
+    };
+    for (const std::wstring& path : paths) {
+        SCOPED_TRACE(testing::PrintToString(path.substr(0, 200)));
+        EXPECT_EQ(Open(path), nullptr);
+        HTML::GenericParser parser;
+        EXPECT_EQ(parser.ParseFile(path.c_str()), 2U);
+    }
+    EXPECT_EQ(VirtualFileSystem::GetInputStreamEx(nullptr), nullptr);
+    EXPECT_EQ(ReadWhole(front + L"file"), "x");
+    EXPECT_EQ(ReadWhole(std::wstring((front + L"file\0behind").c_str())), "x");
+}
+
+/// The folder in which the process works, changed for as long as it lives.
+class WorkingFolder {
+public:
+    explicit WorkingFolder(const std::wstring& folder) {
+        std::array<wchar_t, 1000> path;
+        const DWORD length = GetCurrentDirectoryW(static_cast<DWORD>(path.size()), path.data());
+        before.assign(path.data(), length);
+        EXPECT_NE(SetCurrentDirectoryW(folder.c_str()), 0);
+    }
+    WorkingFolder(const WorkingFolder&) = delete;
+    WorkingFolder& operator=(const WorkingFolder&) = delete;
+    ~WorkingFolder() {
+        SetCurrentDirectoryW(before.c_str());
+    }
+
+private:
+    std::wstring before;
+};
+
+/// A chain of folders, made with the prefix that knows no limit and removed with it.
+class LongFolder {
+public:
+    explicit LongFolder(const TemporaryFolder& folder) : path(GetFolderPath(folder)) {
+        for (int i = 0; i < 4; ++i) {
+            path += L"\\" + std::wstring(100, static_cast<wchar_t>(L'a' + i));
+            EXPECT_NE(CreateDirectoryW((L"\\\\?\\" + path).c_str(), nullptr), 0);
+            folders.push_back(path);
+        }
+    }
+    LongFolder(const LongFolder&) = delete;
+    LongFolder& operator=(const LongFolder&) = delete;
+    ~LongFolder() {
+        for (const std::wstring& file : files)
+            DeleteFileW((L"\\\\?\\" + file).c_str());
+        std::reverse(folders.begin(), folders.end());
+        for (const std::wstring& each : folders)
+            RemoveDirectoryW((L"\\\\?\\" + each).c_str());
+    }
+
+    void Write(const std::wstring& file, std::string_view bytes) {
+        EXPECT_TRUE(WriteFileAt(L"\\\\?\\" + file, bytes));
+        files.push_back(file);
+    }
+
+    const std::wstring& GetPath() const {
+        return path;
+    }
+
+private:
+    std::wstring path;
+    std::vector<std::wstring> folders;
+    std::vector<std::wstring> files;
+};
+
+TEST(WindowsPathTest, PathsAboveTheOldLimit) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    LongFolder longFolder(folder);
+    const std::wstring file = longFolder.GetPath() + L"\\file.html";
+    ASSERT_GT(file.size(), 400U);
+    longFolder.Write(file, "far down");
+
+    const std::wstring below = file.substr(front.size() + 1);
+    std::wstring slashes = file;
+    std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    EXPECT_EQ(ReadWhole(file), "far down");
+    EXPECT_EQ(ReadWhole(slashes), "far down");
+    EXPECT_EQ(ReadWhole(L"\\\\?\\" + file), "far down");
+    EXPECT_EQ(ReadWhole(longFolder.GetPath() + L"\\.\\..\\" + std::wstring(100, L'd') + L"\\\\file.html"), "far down");
+    EXPECT_EQ(ReadWhole(front + L"\\missing\\..\\" + below), "far down") << "\"..\" goes by the words";
+    EXPECT_EQ(ReadWhole(file + L". ."), "far down") << "dots and blanks at the end go, as in short names";
+    {
+        const WorkingFolder working(front);
+        EXPECT_EQ(ReadWhole(below), "far down");
+        EXPECT_EQ(ReadWhole(L".\\" + below), "far down");
+        EXPECT_EQ(ReadWhole(L"x\\..\\" + below), "far down");
+        EXPECT_EQ(ReadWhole(front.substr(2) + L"\\" + below), "far down") << "from the root of the drive";
+    }
+    EXPECT_EQ(Open(longFolder.GetPath()), nullptr) << "a folder";
+    EXPECT_EQ(Open(L"\\\\?\\" + longFolder.GetPath()), nullptr);
+    EXPECT_EQ(Open(longFolder.GetPath() + L"\\missing"), nullptr);
+    EXPECT_EQ(Open(file + L"\\below a file"), nullptr);
+    EXPECT_EQ(Open(L"\\\\localhost\\missing\\" + std::wstring(300, L'x')), nullptr);
+    EXPECT_EQ(HTML::GenericParser().ParseFile((longFolder.GetPath() + L"\\missing").c_str()), 2U);
+}
+
+TEST(WindowsPathTest, PathsAroundTheOldLimit) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    LongFolder longFolder(folder);
+    const std::wstring shortFolder = longFolder.GetPath().substr(0, front.size() + 101);
+    for (std::size_t length = 240; length < 275; ++length) {
+        const std::wstring file = shortFolder + L"\\" + std::wstring(length - shortFolder.size() - 1, L'x');
+        const std::string content = std::to_string(length);
+        longFolder.Write(file, content);
+        EXPECT_EQ(ReadWhole(file), content);
+        const WorkingFolder working(shortFolder);
+        EXPECT_EQ(ReadWhole(file.substr(shortFolder.size() + 1)), content) << "short by itself, long from the root";
+    }
+}
+
+/// What the system is asked to open for a path.
+std::wstring Ask(const std::wstring& path) {
+    std::wstring asked = L"nothing";
+    HookedSystem system;
+    system->createFile = [&asked](const wchar_t* opened) { asked = opened; };
+    Open(path);
+    return asked;
+}
+
+TEST(WindowsPathTest, OnlyALongPathGetsThePrefixThatLiftsTheLimit) {
+    const std::wstring name(100, L'x');
+    const std::wstring longPath = L"C:\\" + name + L"\\" + name + L"\\" + name;
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    const WorkingFolder working(front);
+    struct Row {
+        const char* note;
+        std::wstring path;
+        std::wstring expected;
+    };
+    const Row rows[] = {
+        {"short", L"C:\\file", L"C:\\file"},
+        {"short and relative", L"a/../file", L"a/../file"},
+        {"a device", L"NUL", L"NUL"},
+        {"a device by its full name", L"\\\\.\\pipe\\" + name + name + name, L"\\\\.\\pipe\\" + name + name + name},
+        {"a short share", L"\\\\localhost\\missing\\file", L"\\\\localhost\\missing\\file"},
+        {"long", longPath, L"\\\\?\\" + longPath},
+        {"long with slashes", L"C:/" + name + L"/" + name + L"//" + name, L"\\\\?\\" + longPath},
+        {"long with a way back", L"C:\\" + name + L"\\" + name + L"\\a\\..\\" + name, L"\\\\?\\" + longPath},
+        {"long, with the prefix", L"\\\\?\\" + longPath, L"\\\\?\\" + longPath},
+        {"short, with the prefix", L"\\\\?\\C:\\file", L"\\\\?\\C:\\file"},
+        {"a long share", L"\\\\localhost\\missing\\" + name + L"\\" + name + L"\\" + name,
+         L"\\\\?\\UNC\\localhost\\missing\\" + name + L"\\" + name + L"\\" + name},
+        {"long and relative", name + L"\\" + name + L"\\" + name, L"\\\\?\\" + front + L"\\" + name + L"\\" + name + L"\\" + name},
+        {"long in words, short in the end", L"C:\\" + name + L"\\" + name + L"\\" + name + L"\\..\\..\\..\\file", L"\\\\?\\C:\\file"},
+        {"long from the folder it starts in", name + L"\\" + std::wstring(158 - std::min<std::size_t>(front.size(), 57), L'y'),
+         L"\\\\?\\" + front + L"\\" + name + L"\\" + std::wstring(158 - std::min<std::size_t>(front.size(), 57), L'y')},
+    };
+    for (const Row& row : rows)
+        EXPECT_TRUE(Ask(row.path) == row.expected) << row.note << ": " << testing::PrintToString(Ask(row.path));
+}
+
+TEST(WindowsFileTest, AFileThatIsLockedIsNotOpened) {
+    const TemporaryFolder folder;
+    const std::wstring path = folder.Write("locked", "text").wstring();
+    for (const DWORD share : {0UL, static_cast<DWORD>(FILE_SHARE_WRITE), static_cast<DWORD>(FILE_SHARE_DELETE)}) {
+        Handle lock(OpenExisting(path, GENERIC_READ | GENERIC_WRITE, share));
+        ASSERT_TRUE(lock.IsOpen());
+        EXPECT_EQ(Open(path), nullptr) << share;
+        HTML::GenericParser parser;
+        EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser.ParseFile(path.c_str()), 2U);
+        lock.Close();
+        EXPECT_EQ(ReadWhole(path), "text");
+    }
+}
+
+TEST(WindowsFileTest, AnOpenFileMayBeWrittenRenamedAndDeletedByOthers) {
+    const TemporaryFolder folder;
+    const std::wstring path = folder.Write("file", "0123456789").wstring();
+    const std::wstring renamed = path + L"-renamed";
+    std::unique_ptr<InputStream> stream = Open(path);
+    ASSERT_NE(stream, nullptr);
+    std::string buffer(3, '?');
+    std::uint64_t bytesRead = 0;
+    ASSERT_EQ(stream->Read(buffer.data(), 3, &bytesRead), RESULT_OK);
+    EXPECT_EQ(buffer, "012");
+
+    EXPECT_NE(MoveFileW(path.c_str(), renamed.c_str()), 0);
+    EXPECT_EQ(Open(path), nullptr);
+    ASSERT_EQ(stream->Read(buffer.data(), 3, &bytesRead), RESULT_OK);
+    EXPECT_EQ(buffer, "345");
+    {
+        const Handle writer(OpenExisting(renamed, GENERIC_WRITE, SHARE_ALL));
+        ASSERT_TRUE(writer.IsOpen());
+        DWORD written = 0;
+        SetFilePointer(writer.Get(), 0, nullptr, FILE_END);
+        EXPECT_NE(WriteFile(writer.Get(), "ab", 2, &written, nullptr), 0);
+    }
+    EXPECT_NE(DeleteFileW(renamed.c_str()), 0);
+    EXPECT_EQ(ReadAll(stream.get(), 100).bytes, "6789ab");
+    EXPECT_EQ(stream->Seek(1), RESULT_OK);
+    EXPECT_EQ(ReadAll(stream.get(), 100).bytes, "123456789ab");
+    stream.reset();
+    EXPECT_EQ(GetFileAttributesW(renamed.c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+/// The open handles of this process for files and character devices; the system opens and closes others in its own time. Their numbers
+/// are multiples of four, the smallest free one first.
+std::vector<HANDLE> GetHandles() {
+    std::vector<HANDLE> found;
+    for (std::uintptr_t number = 4; number < 8000; number += 4) {
+        const HANDLE handle = reinterpret_cast<HANDLE>(number);
+        const DWORD type = GetFileType(handle);
+        if (type == FILE_TYPE_DISK || type == FILE_TYPE_CHAR)
+            found.push_back(handle);
+    }
+    return found;
+}
+
+/// Those of them that stand for files of a name that ends so.
+std::vector<HANDLE> FindHandles(std::wstring_view ending) {
+    std::vector<HANDLE> found;
+    for (const HANDLE handle : GetHandles()) {
+        std::array<wchar_t, 1000> path;
+        if (GetFileType(handle) != FILE_TYPE_DISK)
+            continue;
+        const DWORD length = GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), 0);
+        if (length < path.size() && std::wstring_view(path.data(), length).ends_with(ending))
+            found.push_back(handle);
+    }
+    return found;
+}
+
+/// True for a handle that a process started now would have too.
+bool IsInherited(HANDLE handle) {
+    DWORD flags = 0;
+    EXPECT_NE(GetHandleInformation(handle, &flags), 0);
+    return (flags & HANDLE_FLAG_INHERIT) != 0;
+}
+
+TEST(WindowsFileTest, HandlesAreClosedAndNotInherited) {
+    const TemporaryFolder folder;
+    const std::wstring path = folder.Write("handle.html", "x").wstring();
+    Open(path);  // what the system opens for the first one
+    const std::size_t before = GetHandles().size();
+    {
+        const std::unique_ptr<InputStream> file = Open(path);
+        const std::unique_ptr<InputStream> device = Open(L"NUL");
+        TmpOutputStream output(0);
+        EXPECT_EQ(output.Write("x", 1), RESULT_OK);
+        EXPECT_EQ(GetHandles().size(), before + 3);
+        const std::vector<HANDLE> files = FindHandles(L"\\handle.html");
+        ASSERT_EQ(files.size(), 1U);
+        EXPECT_FALSE(IsInherited(files[0]));
+        const std::vector<HANDLE> temporaryFiles = FindHandles(L".tmp");
+        ASSERT_EQ(temporaryFiles.size(), 1U);
+        EXPECT_FALSE(IsInherited(temporaryFiles[0]));
+    }
+    EXPECT_EQ(GetHandles().size(), before);
+    EXPECT_EQ(Open(GetFolderPath(folder)), nullptr);
+    EXPECT_EQ(Open(path + L"missing"), nullptr);
+    EXPECT_EQ(GetHandles().size(), before);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(HTML::GenericParser().ParseFile(path.c_str()), 0U);
+    EXPECT_EQ(GetHandles().size(), before);
+}
+
+TEST(WindowsFileTest, ManyFilesAtOnce) {
+    const TemporaryFolder folder;
+    const std::wstring path = folder.Write("file", "0123456789").wstring();
+    std::vector<std::unique_ptr<InputStream>> streams;
+    for (std::size_t i = 0; i < 1000; ++i) {
+        streams.push_back(Open(path));
+        ASSERT_NE(streams.back(), nullptr);
+        ASSERT_EQ(streams.back()->Seek(i % 10), RESULT_OK);
+    }
+    for (std::size_t i = 0; i < streams.size(); ++i)
+        EXPECT_EQ(ReadAll(streams[i].get(), 100).bytes, std::string("0123456789").substr(i % 10));
+}
+
+/// A device answers no question about positions, and takes no bad argument.
+void ExpectNoPositions(InputStream* stream) {
+    char buffer[4];
+    std::uint64_t position = 99;
+    std::uint64_t bytesRead = 99;
+    EXPECT_EQ(stream->GetPosition(&position), RESULT_STREAM_FAILED);
+    EXPECT_EQ(stream->GetPosition(nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(stream->Seek(0), RESULT_STREAM_FAILED);
+    EXPECT_EQ(stream->Read(nullptr, 0, &bytesRead), RESULT_OK);
+    EXPECT_EQ(bytesRead, 0U);
+    EXPECT_EQ(stream->Read(nullptr, 1, &bytesRead), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(stream->Read(buffer, 1, nullptr), RESULT_INVALID_ARGUMENT);
+}
+
+TEST(WindowsDeviceTest, TheNullDeviceIsEmpty) {
+    for (const wchar_t* name : {L"NUL", L"nul", L"\\\\.\\NUL", L"\\\\?\\NUL"}) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        const std::unique_ptr<InputStream> stream = Open(name);
+        ASSERT_NE(stream, nullptr);
+        ExpectNoPositions(stream.get());
+        EXPECT_FALSE(stream->IsEnd());
+        const StreamContent content = ReadAll(stream.get(), 4);
+        EXPECT_EQ(content.bytes, "");
+        EXPECT_EQ(content.result, RESULT_END_OF_DATA);
+        EXPECT_TRUE(stream->IsEnd());
+        HTML::GenericParser parser;
+        EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser.ParseFile(name), 0U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+    }
+}
+
+/// The writing end of a named pipe.
+class PipeServer {
+public:
+    explicit PipeServer(DWORD mode = PIPE_TYPE_BYTE)
+        : path(L"\\\\.\\pipe\\kestra-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++number)),
+          pipe(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, mode | PIPE_WAIT, 1, 1 << 16, 1 << 16, 0, nullptr)) {
+        EXPECT_TRUE(pipe.IsOpen());
+    }
+
+    void Write(std::string_view bytes) {
+        DWORD written = 0;
+        EXPECT_NE(WriteFile(pipe.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr), 0);
+        EXPECT_EQ(written, bytes.size());
+    }
+
+    void Close() {
+        pipe.Close();
+    }
+
+    const std::wstring& GetPath() const {
+        return path;
+    }
+
+private:
+    static int number;
+
+    std::wstring path;
+    Handle pipe;
+};
+
+int PipeServer::number = 0;
+
+TEST(WindowsDeviceTest, APipeIsReadAsItComes) {
+    PipeServer server;
+    const std::unique_ptr<InputStream> stream = Open(server.GetPath());
+    ASSERT_NE(stream, nullptr);
+    const auto read = [&stream] {
+        char buffer[100];
+        std::uint64_t bytesRead = 0;
+        EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_OK);
+        return std::string(buffer, bytesRead);
+    };
+    ExpectNoPositions(stream.get());
+    server.Write("first");
+    EXPECT_EQ(read(), "first");  // what is there; it does not wait for the buffer to fill
+    EXPECT_FALSE(stream->IsEnd());
+    server.Write("second");
+    EXPECT_EQ(read(), "second");
+    server.Write("third");
+    server.Close();
+    EXPECT_FALSE(stream->IsEnd());
+    const StreamContent rest = ReadAll(stream.get(), 2);
+    EXPECT_EQ(rest.bytes, "third");
+    EXPECT_EQ(rest.result, RESULT_END_OF_DATA);
+    EXPECT_TRUE(stream->IsEnd());
+    EXPECT_EQ(ReadAll(stream.get(), 2).result, RESULT_END_OF_DATA);
+    ExpectNoPositions(stream.get());
+}
+
+TEST(WindowsDeviceTest, APipeOfMessagesIsReadAsBytes) {
+    PipeServer server(PIPE_TYPE_MESSAGE);
+    const std::unique_ptr<InputStream> stream = Open(server.GetPath());
+    ASSERT_NE(stream, nullptr);
+    server.Write("a message of many bytes");
+    server.Write("another");
+    server.Close();
+    const StreamContent content = ReadAll(stream.get(), 4);
+    EXPECT_EQ(content.bytes, "a message of many bytesanother");
+    EXPECT_EQ(content.result, RESULT_END_OF_DATA);
+}
+
+TEST(WindowsDeviceTest, AReaderWaitsForTheWriter) {
+    PipeServer server;
+    const std::unique_ptr<InputStream> stream = Open(server.GetPath());
+    ASSERT_NE(stream, nullptr);
+    std::string expected;
+    for (int i = 0; i < 30000; ++i)
+        expected += std::to_string(i) + ",";  // far more than the pipe holds
+    std::thread writer([&server, &expected] {
+        Sleep(20);
+        for (std::size_t i = 0; i < expected.size(); i += 5000)
+            server.Write(std::string_view(expected).substr(i, 5000));
+        server.Close();
+    });
+    const StreamContent content = ReadAll(stream.get(), 3000);
+    writer.join();
+    EXPECT_TRUE(content.bytes == expected) << content.bytes.size();
+    EXPECT_EQ(content.result, RESULT_END_OF_DATA);
+}
+
+TEST(WindowsDeviceTest, ADocumentComesThroughAPipe) {
+    PipeServer server;
+    std::thread writer([&server] {
+        Sleep(20);
+        server.Write("<p>one");
+        server.Write(" two</p>");
+        server.Close();
+    });
+    HTML::GenericParser parser;
+    EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseFile(server.GetPath().c_str()), 0U);
+    EXPECT_EQ(parser.GetColumn(), 15U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    writer.join();
+}
+
+TEST(WindowsFailuresTest, AReadErrorIsAFailure) {
+    const TemporaryFolder folder;
+    const std::wstring path = folder.Write("file", "0123456789").wstring();
+    PipeServer server;
+    const std::unique_ptr<InputStream> file = Open(path);
+    const std::unique_ptr<InputStream> pipe = Open(server.GetPath());
+    HookedSystem system;
+    system->readFile = [](HANDLE, void*, DWORD, DWORD*, OVERLAPPED*) -> BOOL {
+        SetLastError(ERROR_CRC);
+        return FALSE;
+    };
+    for (InputStream* stream : {file.get(), pipe.get()}) {
+        ASSERT_NE(stream, nullptr);
+        char buffer[10];
+        std::uint64_t bytesRead = 5;
+        EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_STREAM_FAILED);
+        EXPECT_EQ(bytesRead, 0U);
+        EXPECT_FALSE(stream->IsEnd());
+    }
+    std::uint64_t position = 5;
+    EXPECT_EQ(file->GetPosition(&position), RESULT_OK);
+    EXPECT_EQ(position, 0U);
+    HTML::GenericParser parser;
+    EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseFile(path.c_str()), 512U);
+}
+
+TEST(WindowsFailuresTest, AReadErrorBehindTheFirstByteEndsTheReadOnly) {
+    const TemporaryFolder folder;
+    const std::unique_ptr<InputStream> stream = Open(folder.Write("file", "0123456789").wstring());
+    ASSERT_NE(stream, nullptr);
+    HookedSystem system;
+    system->readFile = [](HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
+        if (place->Offset >= 6) {
+            SetLastError(ERROR_CRC);
+            return FALSE;
+        }
+        return RealSystem::Read(handle, buffer, std::min<DWORD>(size, 6 - place->Offset), count, place);
+    };
+    char buffer[10];
+    std::uint64_t bytesRead = 0;
+    EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_OK);
+    EXPECT_EQ(std::string(buffer, bytesRead), "012345");
+    EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_STREAM_FAILED);
+    EXPECT_EQ(bytesRead, 0U);
+}
+
+TEST(WindowsFailuresTest, TornReadsAndWritesGoOnUntilAllBytesAreMoved) {
+    const std::string bytes = "0123456789abcdefghijklmnopqrstuvwxyz";
+    const TemporaryFolder folder;
+    const std::unique_ptr<InputStream> stream = Open(folder.Write("file", bytes).wstring());
+    ASSERT_NE(stream, nullptr);
+    for (const DWORD most : {1U, 5U, 36U}) {
+        SCOPED_TRACE(most);
+        HookedSystem system;
+        int calls = 0;
+        system->readFile = [&](HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) {
+            ++calls;
+            return RealSystem::Read(handle, buffer, std::min(size, most), count, place);
+        };
+        system->writeFile = [&](HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) {
+            ++calls;
+            return RealSystem::Write(handle, data, std::min(size, most), count, place);
+        };
+        const int expected = static_cast<int>((bytes.size() + most - 1) / most);
+        std::string buffer(bytes.size(), '?');
+        std::uint64_t bytesRead = 0;
+
+        TemporaryFile file;
+        ASSERT_EQ(file.Create(), RESULT_OK);
+        ASSERT_EQ(file.Write(3, bytes.data(), bytes.size()), RESULT_OK);
+        EXPECT_EQ(calls, expected);
+        EXPECT_EQ(file.Read(3, buffer.data(), buffer.size(), &bytesRead), RESULT_OK);
+        EXPECT_EQ(buffer.substr(0, bytesRead), bytes);
+        EXPECT_EQ(calls, 2 * expected);
+
+        buffer.assign(bytes.size(), '?');
+        ASSERT_EQ(stream->Seek(0), RESULT_OK);
+        EXPECT_EQ(stream->Read(buffer.data(), buffer.size(), &bytesRead), RESULT_OK);
+        EXPECT_EQ(buffer.substr(0, bytesRead), bytes);
+        EXPECT_TRUE(stream->IsEnd());
+    }
+}
+
+TEST(WindowsFailuresTest, OneCallMovesAGigabyteAtMost) {
+    const TemporaryFolder folder;
+    const std::unique_ptr<InputStream> stream = Open(folder.Write("file", "x").wstring());
+    ASSERT_NE(stream, nullptr);
+    HookedSystem system;
+    std::vector<std::pair<std::uint64_t, DWORD>> calls;
+    system->readFile = [&calls](HANDLE, void*, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
+        calls.emplace_back((std::uint64_t{place->OffsetHigh} << 32) | place->Offset, size);
+        *count = size;  // nothing is moved: the buffer is none
+        return TRUE;
+    };
+    char buffer = 0;
+    std::uint64_t bytesRead = 0;
+    EXPECT_EQ(stream->Read(&buffer, (std::uint64_t{5} << 30) + 7, &bytesRead), RESULT_OK);
+    EXPECT_EQ(bytesRead, (std::uint64_t{5} << 30) + 7);
+    const std::vector<std::pair<std::uint64_t, DWORD>> expected = {
+        {0, 1U << 30}, {1ULL << 30, 1U << 30}, {2ULL << 30, 1U << 30}, {3ULL << 30, 1U << 30}, {4ULL << 30, 1U << 30}, {5ULL << 30, 7},
+    };
+    EXPECT_EQ(calls, expected);
+    std::uint64_t position = 0;
+    EXPECT_EQ(stream->GetPosition(&position), RESULT_OK);
+    EXPECT_EQ(position, (std::uint64_t{5} << 30) + 7);
+}
+
+std::wstring GetTemporaryPath() {
+    std::array<wchar_t, 1000> path;
+    const DWORD length = GetTempPathW(static_cast<DWORD>(path.size()), path.data());
+    return std::wstring(path.data(), length);
+}
+
+/// The names of this process's temporary files.
+std::set<std::wstring> GetTemporaryFiles() {
+    std::set<std::wstring> names;
+    WIN32_FIND_DATAW data;
+    const std::wstring pattern = GetTemporaryPath() + L"kestra-" + std::to_wstring(GetCurrentProcessId()) + L"-*.tmp";
+    const HANDLE search = FindFirstFileW(pattern.c_str(), &data);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do {
+        names.insert(data.cFileName);
+    } while (FindNextFileW(search, &data) != 0);
+    FindClose(search);
+    return names;
+}
+
+TEST(WindowsTemporaryFileTest, PositionedReadsAndWrites) {
+    TemporaryFile file;
+    ASSERT_EQ(file.Create(), RESULT_OK);
+    const std::uint64_t distant = IsWine() ? std::uint64_t{5} << 30 : std::uint64_t{5} << 20;  // Windows fills the hole
+    const std::uint64_t last = std::numeric_limits<std::int64_t>::max();
+    ASSERT_EQ(file.Write(distant, "far", 3), RESULT_OK);
+    ASSERT_EQ(file.Write(0, "near", 4), RESULT_OK);
+    ASSERT_EQ(file.Write(2, "xy", 2), RESULT_OK);
+    ASSERT_EQ(file.Write(1, "", 0), RESULT_OK);
+    struct Row {
+        std::uint64_t position;
+        std::uint64_t size;
+        std::uint32_t code;
+        std::string expected;
+    };
+    const Row rows[] = {
+        {0, 4, RESULT_OK, "nexy"},
+        {1, 2, RESULT_OK, "ex"},
+        {distant - 1, 10, RESULT_OK, std::string("\0far", 4)},
+        {distant + 2, 1, RESULT_OK, "r"},
+        {distant + 3, 1, RESULT_OK, ""},
+        {distant + 100, 10, RESULT_OK, ""},
+        {last, 10, RESULT_OK, ""},
+        {last + 1, 10, RESULT_STREAM_FAILED, ""},
+        {std::numeric_limits<std::uint64_t>::max(), 1, RESULT_STREAM_FAILED, ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.position);
+        std::vector<char> buffer(row.size);
+        std::uint64_t bytesRead = 99;
+        EXPECT_EQ(file.Read(row.position, buffer.data(), row.size, &bytesRead), row.code);
+        EXPECT_EQ(std::string(buffer.data(), bytesRead), row.expected);
+    }
+    EXPECT_EQ(file.Write(last, "x", 1), RESULT_STREAM_FAILED);
+    EXPECT_EQ(file.Write(last + 1, "", 0), RESULT_STREAM_FAILED);
+    EXPECT_EQ(file.Write(std::numeric_limits<std::uint64_t>::max(), "x", 1), RESULT_STREAM_FAILED);
+}
+
+TEST(WindowsTemporaryFileTest, VanishesWithItsHandleAndIsNobodyElses) {
+    ASSERT_EQ(GetTemporaryFiles().size(), 0U);
+    const std::size_t handles = GetHandles().size();
+    {
+        TemporaryFile first;
+        TemporaryFile second;
+        ASSERT_EQ(first.Create(), RESULT_OK);
+        ASSERT_EQ(second.Create(), RESULT_OK);
+        EXPECT_EQ(GetHandles().size(), handles + 2);
+        const std::set<std::wstring> files = GetTemporaryFiles();
+        ASSERT_EQ(files.size(), 2U);
+        for (const std::wstring& name : files) {
+            const std::wstring path = GetTemporaryPath() + name;
+            for (const DWORD access : {GENERIC_READ, static_cast<DWORD>(GENERIC_WRITE), static_cast<DWORD>(DELETE)}) {
+                const Handle other(OpenExisting(path, access, SHARE_ALL));
+                EXPECT_FALSE(other.IsOpen()) << access;
+            }
+            EXPECT_EQ(Open(path), nullptr);
+            EXPECT_EQ(DeleteFileW(path.c_str()), 0);
+        }
+    }
+    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
+    EXPECT_EQ(GetHandles().size(), handles);
+    TemporaryFile never;  // without Create, its destructor has nothing to close
+}
+
+constexpr wchar_t FOLDER_OF_THE_DYING[] = L"KESTRA_TEST_FOLDER";
+
+/// A folder for a process that dies, told to it by the environment; empty where none is told.
+std::wstring GetFolderOfTheDying() {
+    std::array<wchar_t, 1000> path;
+    const DWORD length = GetEnvironmentVariableW(FOLDER_OF_THE_DYING, path.data(), static_cast<DWORD>(path.size()));
+    return std::wstring(path.data(), length);
+}
+
+/// Lets the system name another folder for temporary files.
+void NameFolder(HookedSystem* system, const std::wstring& folder) {
+    (*system)->getTempPath = [folder](DWORD size, wchar_t* path) -> DWORD {
+        if (folder.size() >= size)
+            return static_cast<DWORD>(folder.size() + 1);
+        folder.copy(path, folder.size());
+        path[folder.size()] = 0;
+        return static_cast<DWORD>(folder.size());
+    };
+}
+
+std::size_t CountFiles(const std::filesystem::path& folder) {
+    const std::filesystem::directory_iterator files(folder);
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+[[noreturn]] void DieWithTemporaryFile() {
+    const std::wstring folder = GetFolderOfTheDying();
+    HookedSystem system;
+    NameFolder(&system, folder + L"\\");
+    TemporaryFile file;
+    const bool isWritten = file.Create() == RESULT_OK && file.Write(0, "text", 4) == RESULT_OK && CountFiles(folder) == 1;
+    TerminateProcess(GetCurrentProcess(), isWritten ? 7 : 8);
+    std::abort();
+}
+
+TEST(WindowsTemporaryFileDeathTest, VanishesWithAProcessThatIsKilled) {
+    std::unique_ptr<TemporaryFolder> folder;
+    if (GetFolderOfTheDying().empty()) {
+        folder = std::make_unique<TemporaryFolder>();
+        ASSERT_NE(SetEnvironmentVariableW(FOLDER_OF_THE_DYING, GetFolderPath(*folder).c_str()), 0);
+    }
+    EXPECT_EXIT(DieWithTemporaryFile(), testing::ExitedWithCode(7), "");
+    ASSERT_NE(folder, nullptr);
+    for (int i = 0; i < 500 && CountFiles(folder->GetPath()) > 0; ++i)
+        Sleep(10);  // the system closes the handles in its own time
+    EXPECT_EQ(CountFiles(folder->GetPath()), 0U);
+    SetEnvironmentVariableW(FOLDER_OF_THE_DYING, nullptr);
+}
+
+TEST(WindowsTemporaryFileTest, LiesInTheFolderThatTheSystemNames) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    HookedSystem system;
+    NameFolder(&system, front + L"\\");
+    {
+        TemporaryFile file;
+        ASSERT_EQ(file.Create(), RESULT_OK);
+        EXPECT_EQ(CountFiles(folder.GetPath()), 1U);
+        TemporaryFile another;
+        ASSERT_EQ(another.Create(), RESULT_OK);
+        EXPECT_EQ(CountFiles(folder.GetPath()), 2U);
+    }
+    EXPECT_EQ(CountFiles(folder.GetPath()), 0U);
+}
+
+TEST(WindowsTemporaryFileTest, ALongFolderAddsThePrefixThatLiftsTheLimit) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    const std::wstring deep = front + L"\\" + std::wstring(258 - std::min<std::size_t>(front.size() + 1, 200), L'x');
+    ASSERT_EQ(deep.size(), 258U);
+    ASSERT_NE(CreateDirectoryW((L"\\\\?\\" + deep).c_str(), nullptr), 0);
+    {
+        HookedSystem system;
+        std::wstring asked;
+        NameFolder(&system, deep + L"\\");
+        system->createFile = [&asked](const wchar_t* path) { asked = path; };
+        TemporaryFile file;
+        EXPECT_EQ(file.Create(), RESULT_OK);
+        EXPECT_TRUE(asked.starts_with(L"\\\\?\\" + deep + L"\\kestra-")) << testing::PrintToString(asked);
+    }
+    EXPECT_NE(RemoveDirectoryW((L"\\\\?\\" + deep).c_str()), 0);
+}
+
+TEST(WindowsTemporaryFileTest, WithoutAFolderThereIsNoFile) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    for (const std::wstring& path : {std::wstring(), front + L"\\missing\\", front + L"\\" + std::wstring(300, L'x') + L"\\"}) {
+        SCOPED_TRACE(testing::PrintToString(path));
+        HookedSystem system;
+        NameFolder(&system, path);
+        TemporaryFile file;
+        EXPECT_EQ(file.Create(), RESULT_STREAM_FAILED);
+        TmpOutputStream output(5);
+        EXPECT_EQ(output.Write("whole", 5), RESULT_OK);
+        EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
+        EXPECT_EQ(output.GetResult(), RESULT_STREAM_FAILED);
+        TmpInputStream input(output);
+        const StreamContent content = ReadAll(&input, 100);
+        EXPECT_EQ(content.bytes, "whole");
+        EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
+    }
+}
+
+TEST(WindowsTmpStreamTest, TheFileIsMadeWithTheFirstByteAboveTheLimitAndGoesWithItsLastUser) {
+    auto output = std::make_unique<TmpOutputStream>(10);
+    ASSERT_EQ(output->Write("0123456789", 10), RESULT_OK);
+    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
+    ASSERT_EQ(output->Write("x", 1), RESULT_OK);
+    EXPECT_EQ(GetTemporaryFiles().size(), 1U);
+    auto input = std::make_unique<TmpInputStream>(*output);
+    output.reset();
+    EXPECT_EQ(GetTemporaryFiles().size(), 1U);
+    EXPECT_EQ(ReadAll(input.get(), 100).bytes, "0123456789x");
+    input.reset();
+    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
+}
+
+TEST(WindowsTmpStreamTest, ManySmallWritesCostFewCalls) {
+    HookedSystem system;
+    int calls = 0;
+    system->writeFile = [&calls](HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) {
+        ++calls;
+        return RealSystem::Write(handle, data, size, count, place);
+    };
+    TmpOutputStream output(100000);
+    const std::string start(100001, 's');
+    ASSERT_EQ(output.Write(start.data(), start.size()), RESULT_OK);
+    const int before = calls;
+    EXPECT_GT(before, 0);
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_EQ(output.Write("x", 1), RESULT_OK);
+    EXPECT_EQ(calls, before);
+    EXPECT_EQ(output.GetSize(), 101001U);
+}
+
+TEST(WindowsTmpStreamTest, AFileThatLostBytesFailsTheRead) {
+    TmpOutputStream output(0);
+    ASSERT_EQ(output.Write("some text", 9), RESULT_OK);
+    TmpInputStream input(output);
+    HookedSystem system;
+    system->readFile = [](HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
+        if (place->Offset >= 4) {
+            *count = 0;
+            SetLastError(ERROR_HANDLE_EOF);
+            return FALSE;
+        }
+        return RealSystem::Read(handle, buffer, std::min<DWORD>(size, 4 - place->Offset), count, place);
+    };
+    const StreamContent content = ReadAll(&input, 3);
+    EXPECT_EQ(content.bytes, "som");
+    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
+}
+
+/// No file may grow above 100,000 bytes: a disk that is full there.
+void FillDisk(HookedSystem* system) {
+    (*system)->writeFile = [](HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
+        const DWORD most = 100000;
+        if (place->Offset >= most) {
+            *count = 0;
+            SetLastError(ERROR_DISK_FULL);
+            return FALSE;
+        }
+        return RealSystem::Write(handle, data, std::min(size, most - place->Offset), count, place);
+    };
+}
+
+TEST(WindowsTmpStreamTest, AFullDiskFailsTheWriteThatMeetsIt) {
+    HookedSystem system;
+    FillDisk(&system);
+    TmpOutputStream output(0);
+    const std::string piece(60000, 'a');
+    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
+    // The first 40,000 bytes of it still fit.
+    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_STREAM_FAILED);
+    EXPECT_EQ(output.GetResult(), RESULT_STREAM_FAILED);
+    EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
+    EXPECT_EQ(output.GetSize(), 60000U);
+    TmpInputStream input(output);
+    const StreamContent content = ReadAll(&input, 7000);
+    EXPECT_TRUE(content.bytes == piece);
+    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
+    EXPECT_FALSE(input.IsEnd());
+}
+
+TEST(WindowsTmpStreamTest, AFullDiskFailsTheMoveOutOfMemory) {
+    HookedSystem system;
+    FillDisk(&system);
+    TmpOutputStream output(150000);
+    const std::string piece(150000, 'a');
+    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
+    EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
+    TmpInputStream input(output);
+    const StreamContent content = ReadAll(&input, 7000);
+    EXPECT_TRUE(content.bytes == piece);
+    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
+}
+
+TEST(WindowsTmpStreamTest, AFullDiskFailsTheWriteThatEmptiesTheBuffer) {
+    HookedSystem system;
+    FillDisk(&system);
+    TmpOutputStream output(50000);
+    std::string expected;
+    std::uint32_t result = RESULT_OK;
+    while (result == RESULT_OK && expected.size() < 1000000) {
+        const std::string piece = std::to_string(expected.size()) + ",";
+        result = output.Write(piece.data(), piece.size());
+        if (result == RESULT_OK)
+            expected += piece;
+    }
+    EXPECT_EQ(result, RESULT_STREAM_FAILED);
+    EXPECT_EQ(output.GetSize(), expected.size());
+    EXPECT_GE(expected.size(), 100000U);
+    TmpInputStream input(output);
+    const StreamContent content = ReadAll(&input, 7000);
+    EXPECT_TRUE(content.bytes == expected);
+    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
+}
+
+}  // namespace
+}  // namespace Kestra::VFS
