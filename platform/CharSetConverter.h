@@ -23,13 +23,15 @@ public:
     ~CharSetConverter();
 
     /// Replaces `*output` by the UTF-16 form of `size` bytes. Embedded NULs are kept; what is invalid becomes U+FFFD, one per maximal
-    /// subpart in UTF-8. 1200 takes pairs of bytes, low byte first; an odd last byte becomes U+FFFD.
-    /// @param code  0 is the ANSI rule: 1252 on POSIX.
+    /// subpart in UTF-8. 1200 takes pairs of bytes, low byte first; an odd last byte becomes U+FFFD. On Windows the system's converters
+    /// have marks of their own for what is invalid or not assigned: U+30FB in 932, private characters in others.
+    /// @param code  0 is the ANSI rule: the process's ANSI code page on Windows, 1252 on POSIX.
     /// @return 0, or RESULT_UNSUPPORTED_CHARSET with an empty output, also for an empty string.
     std::uint32_t ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output);
 
     /// Replaces `*output` by the bytes of `size` UTF-16 units in code page `code`; a character that the code page lacks becomes "?",
-    /// or U+FFFD where the code page has it. 1200 gives the units themselves, low byte first.
+    /// or U+FFFD where the code page has it. 1200 gives the units themselves, low byte first. The system's converters of Windows write
+    /// "??" for a pair of surrogates.
     std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
 
 private:

@@ -4,9 +4,10 @@
 
 namespace Kestra::VFS {
 
-/// A file without a name: nobody else can open it, and its space is given back when it is closed, at the latest with the process.
+/// A file that nobody else can open, and whose space is given back when it is closed, at the latest with the process.
 ///
-/// It lies in the system's fixed folder for temporary files; the environment is not asked for another one. Not exported.
+/// On POSIX it has no name and lies in the system's fixed folder for temporary files; the environment is not asked for another one. On
+/// Windows it lies where the system says, and its name vanishes with its last handle. Not exported.
 class TemporaryFile {
 public:
     TemporaryFile();

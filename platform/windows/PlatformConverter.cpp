@@ -159,7 +159,8 @@ void ConvertStep(const System& system, const In* data, std::size_t size, Out* ou
         return;
     for (std::size_t i = 1; i < GetEndingCount<In>(system.code); ++i) {
         std::basic_string<In> ended(data, size);
-        ended.append(ENDINGS[i].begin(), ENDINGS[i].end());
+        for (const char character : ENDINGS[i])
+            ended.push_back(static_cast<In>(character));
         if (ConvertWhole(system, ended.data(), ended.size(), output)) {
             if (output->back() == 0)
                 output->pop_back();

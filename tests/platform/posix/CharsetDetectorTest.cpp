@@ -20,7 +20,7 @@
 #include "platform/CharsetDetector.h"
 #include "platform/Results.h"
 #include "platform/Services.h"
-#include "tests/platform/CharsetSamples.h"
+#include "tests/platform/posix/CharsetSamples.h"
 
 namespace Kestra::Base {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/CharSet.h"
-#include "tests/platform/CharsetSamples.h"
+#include "tests/platform/posix/CharsetSamples.h"
 
 namespace Kestra::Base {
 namespace {

@@ -5,7 +5,7 @@
 #include "platform/MemoryInputStream.h"
 #include "platform/StringHelper.h"
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/platform/CharsetSamples.h"
+#include "tests/platform/posix/CharsetSamples.h"
 #include "tools/trace/TokenTrace.h"
 
 // What the parser makes of the answers of this platform's own detector.
