@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -24,26 +23,25 @@ using Tool::TokensOptions;
 
 using Names = std::vector<std::string>;
 
-CommandLine Parse(std::vector<const char*> arguments) {
-    arguments.insert(arguments.begin(), "kestra-html");
-    return Tool::ParseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+CommandLine Parse(const std::vector<const char*>& arguments) {
+    return Tool::ParseCommandLine({arguments.begin(), arguments.end()});
 }
 
 /// The options of a line that is good.
 template <typename Options>
-Options ParseGoodAs(std::vector<const char*> arguments) {
-    const CommandLine line = Parse(std::move(arguments));
+Options ParseGoodAs(const std::vector<const char*>& arguments) {
+    const CommandLine line = Parse(arguments);
     EXPECT_FALSE(line.answered.has_value()) << line.answer;
     return std::get<Options>(line.run);
 }
 
-TokensOptions ParseGood(std::vector<const char*> arguments) {
-    return ParseGoodAs<TokensOptions>(std::move(arguments));
+TokensOptions ParseGood(const std::vector<const char*>& arguments) {
+    return ParseGoodAs<TokensOptions>(arguments);
 }
 
 /// What is said about a line that is wrong.
-std::string ParseWrong(std::vector<const char*> arguments) {
-    const CommandLine line = Parse(std::move(arguments));
+std::string ParseWrong(const std::vector<const char*>& arguments) {
+    const CommandLine line = Parse(arguments);
     EXPECT_TRUE(line.answered.has_value());
     EXPECT_EQ(line.answered.value_or(Tool::EXIT_STATUS_GOOD), Tool::EXIT_STATUS_USAGE);
     return line.answer;
@@ -137,6 +135,7 @@ TEST(CommandLine, NamesOfFiles) {
     EXPECT_EQ(ParseGood({"tokens", "tokens", "[a,b]", "{}", "%%", "", "a b"}).inputs, (Names{"tokens", "[a,b]", "{}", "%%", "", "a b"}));
     EXPECT_EQ(ParseGood({"tokens", "a", "--", "--format", "-x", "--", "-"}).inputs, (Names{"a", "--format", "-x", "--", "-"}));
     EXPECT_EQ(ParseGood({"tokens", "--"}).inputs, (Names{"-"}));
+    EXPECT_EQ(ParseGood({"tokens", "/format", "/jobs=2", "/"}).inputs, (Names{"/format", "/jobs=2", "/"}));
 }
 
 TEST(CommandLine, DefaultsOfCheck) {

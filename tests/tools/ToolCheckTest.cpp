@@ -150,19 +150,6 @@ TEST_F(ToolCheck, ALateCharsetIsFollowed) {
     EXPECT_EQ(stopped.status, 1);
     EXPECT_NE(stopped.output.find("\"identical\":false"), std::string::npos) << stopped.output;
     EXPECT_NE(stopped.errors.find("-: parsing returned 705: another charset was found"), std::string::npos) << stopped.errors;
-
-    // Only as UTF-16 it has comments, which are not reproduced there.
-    std::string detected;
-    while (detected.size() < 1000) {
-        for (const char letter : "<p>An English text that goes on for a while</p><!--c-->\n"s)
-            detected += {letter, '\0'};
-    }
-    const ToolRun wide = RunOn(detected, {"--format", "json"});
-    EXPECT_EQ(wide.status, 1);
-    EXPECT_NE(wide.output.find("\"endParse\":704,"), std::string::npos) << wide.output;
-    const ToolRun unknown = RunOn(detected, {"--format", "json", "--min-confidence", "101"});
-    EXPECT_EQ(unknown.status, 0) << unknown.errors;
-    EXPECT_NE(unknown.output.find("\"identical\":true"), std::string::npos) << unknown.output;
 }
 
 TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
@@ -222,6 +209,8 @@ TEST_F(ToolCheck, FoldersAreWalked) {
     std::string files;
     for (std::size_t at = run.output.find("\"file\":\""); at != std::string::npos; at = run.output.find("\"file\":\"", at + 1))
         files += run.output.substr(at + 8, run.output.find('"', at + 8) - at - 8) + ";";
+    for (std::size_t at = files.find("\\\\"); at != std::string::npos; at = files.find("\\\\"))
+        files.replace(at, 2, "/");  // the separator of Windows
     EXPECT_EQ(files, "notes.txt;site/a/x.XHTML;site/b.html;site/z.htm;");
 
     const ToolRun missing = Run({"--recursive", "none", "site"});
@@ -240,7 +229,7 @@ TEST_F(ToolCheck, FoldersAreWalked) {
 
 TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
     // Long and short ones in turn, so that later ones are ready first.
-    std::vector<std::string> arguments = {"--format", "json"};
+    std::vector<std::string> arguments = {"--format", "json", "--charset", "1252"};
     std::string expected;
     std::string expectedErrors;
     for (std::size_t i = 0; i < 120; ++i) {
@@ -289,39 +278,17 @@ TEST_F(ToolCheck, OutputThatCannotBeWritten) {
     for (int i = 0; i < 2000; ++i)
         arguments.emplace_back("page");
     Write("page", "a");
-    settings.output = Sink::FULL_DISK;
+    settings.output = Sink::UNWRITABLE;
     const ToolRun disk = Run(arguments);
     EXPECT_EQ(disk.status, 1);
-    EXPECT_EQ(disk.errors, "standard output: cannot be written: No space left on device\n");
+    EXPECT_EQ(disk.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
     const ToolRun unreadable = Run({"none", "page"});
     EXPECT_EQ(unreadable.status, 3);
-    EXPECT_EQ(unreadable.errors, "none: cannot be read\nstandard output: cannot be written: No space left on device\n");
+    EXPECT_EQ(unreadable.errors, "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
     settings.output = Sink::CLOSED_PIPE;
     const ToolRun pipe = Run(arguments);
     EXPECT_EQ(pipe.status, 1);
     EXPECT_EQ(pipe.errors, "");
-}
-
-TEST_F(ToolCheck, ProgressOnATerminalOnly) {
-    const std::string page = [] {
-        std::string text;
-        while (text.size() < 3000000)
-            text += "<p class=x>text</p>\n";
-        return text;
-    }();
-    Write("first.html", page);
-    Write("second.html", "b");
-    const ToolRun quiet = Run({"--format", "json", "first.html", "none", "second.html"});
-    EXPECT_EQ(quiet.errors, "none: cannot be read\n");
-
-    settings.errors = Sink::TERMINAL;
-    const ToolRun shown = Run({"--format", "json", "first.html", "none", "second.html"});
-    EXPECT_EQ(shown.status, 3);
-    EXPECT_EQ(shown.output, quiet.output);
-    EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/3] first.html 0%\r") << shown.errors;
-    EXPECT_NE(shown.errors.find("\rnone: cannot be read\n"), std::string::npos) << "the line is hidden first";
-    EXPECT_TRUE(shown.errors.back() == '\r' || shown.errors.back() == '\n') << "and at the end";
-    EXPECT_EQ(Run({"second.html"}).errors, "") << "not for one small file";
 }
 
 TEST_F(ToolCheck, TheExamplePage) {

@@ -197,15 +197,6 @@ TEST(ToolEvents, TheTextFormat) {
               "result   0, success\n");
 }
 
-TEST(ToolEvents, ColourOnATerminalOnly) {
-    ToolSettings settings;
-    settings.input = "a<b>";
-    EXPECT_EQ(RunTool({"events"}, settings).output.find('\x1B'), std::string::npos);
-    settings.output = Sink::TERMINAL;
-    EXPECT_NE(RunTool({"events"}, settings).output.find("\x1B[1mtext\x1B[0m(a)"), std::string::npos);
-    EXPECT_EQ(RunTool({"events", "--format", "json"}, settings).output.find('\x1B'), std::string::npos);
-}
-
 TEST(ToolEvents, Files) {
     const TemporaryFolder folder;
     folder.Write("good", "a<b>");
@@ -261,29 +252,16 @@ TEST(ToolEvents, OutputThatCannotBeWritten) {
         for (const char* const format : {"text", "json"}) {
             ToolSettings settings;
             settings.input = page;
-            settings.output = Sink::FULL_DISK;
+            settings.output = Sink::UNWRITABLE;
             const ToolRun disk = RunTool({"events", "--feed", feed, "--format", format}, settings);
             EXPECT_EQ(disk.status, 1);
-            EXPECT_EQ(disk.errors, "standard output: cannot be written: No space left on device\n");
+            EXPECT_EQ(disk.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
             settings.output = Sink::CLOSED_PIPE;
             const ToolRun pipe = RunTool({"events", "--feed", feed, "--format", format}, settings);
             EXPECT_EQ(pipe.status, 1);
             EXPECT_EQ(pipe.errors, "");
         }
     }
-}
-
-TEST(ToolEvents, ProgressOfSeveralFiles) {
-    const TemporaryFolder folder;
-    folder.Write("first.html", "a");
-    folder.Write("second.html", "b");
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
-    settings.errors = Sink::TERMINAL;
-    EXPECT_EQ(RunTool({"events", "first.html"}, settings).errors, "");
-    const ToolRun shown = RunTool({"events", "first.html", "second.html"}, settings);
-    EXPECT_EQ(shown.status, 0);
-    EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/2] first.html 0%\r") << shown.errors;
 }
 
 }  // namespace

@@ -189,55 +189,6 @@ TEST(ToolTokens, BrokenMarkupIsTheSameJunkForEveryPieceSizeOfAStream) {
         EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--piece-size", size}), expected) << size;
 }
 
-/// Texts of a charset that the detector is sure of.
-struct DetectableText {
-    const char* note;
-    std::string bytes;
-    const char* result;
-    const char* text;
-};
-
-const DetectableText DETECTABLE_TEXTS[] = {
-    {"UTF-8", Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20),
-     "\"charset\":65001,\"isWParser\":false", R"("text":"\u0414\u043e\u0431\u0440\u044b\u0439 \u0434\u0435\u043d\u044c")"},
-    {"UTF-16 without a mark", Utf16(Repeat("<p>An English text that goes on for a while</p>\n", 20)), "\"charset\":1200,\"isWParser\":true",
-     R"("text":"An English text that goes on for a while")"},
-};
-
-TEST(ToolTokens, ALateCharsetStartsAgain) {
-    for (const DetectableText& row : DETECTABLE_TEXTS) {
-        const std::string lines = JsonOf(row.bytes);
-        EXPECT_NE(lines.find(row.text), std::string::npos) << row.note << "\n" << lines;
-        EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << row.note << "\n" << lines;
-        EXPECT_NE(LastLine(lines).find(row.result), std::string::npos) << row.note << "\n" << lines;
-        // Nothing of the abandoned pass is there.
-        for (const char* const once : {"\"StartParsing\"", "\"EndParsing\"", "\"Result\""}) {
-            EXPECT_NE(lines.find(once), std::string::npos) << row.note << once;
-            EXPECT_EQ(lines.find(once), lines.rfind(once)) << row.note << once;
-        }
-    }
-}
-
-TEST(ToolTokens, TheSecondPassIsTheOneWithTheCharsetGiven) {
-    const std::string& utf8 = DETECTABLE_TEXTS[0].bytes;
-    EXPECT_EQ(JsonOf(utf8), JsonOf(utf8, {"--charset", "65001"}));
-    EXPECT_EQ(JsonOf(utf8, {"--observer", "narrow"}), JsonOf(utf8, {"--observer", "narrow", "--charset", "65001"}));
-    EXPECT_EQ(JsonOf(utf8, {"--input", "8bit"}), JsonOf(utf8, {"--input", "8bit", "--charset", "65001"}));
-    const std::string& utf16 = DETECTABLE_TEXTS[1].bytes;
-    EXPECT_EQ(JsonOf(utf16), JsonOf(utf16, {"--input", "utf16"}));
-}
-
-TEST(ToolTokens, WithoutReparsingTheResultIs705) {
-    for (const DetectableText& row : DETECTABLE_TEXTS) {
-        const ToolRun run = RunToolOn(row.bytes, Json({"--no-reparse"}));
-        EXPECT_EQ(run.status, 1) << row.note;
-        EXPECT_NE(run.output.find("{\"event\":\"Text\""), std::string::npos) << row.note;
-        EXPECT_NE(LastLine(run.output).find("\"parse\":705,"), std::string::npos) << row.note << run.output;
-        EXPECT_EQ(run.errors, "-: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n")
-            << row.note;
-    }
-}
-
 /// The charset is declared behind a text that a wide observer has been given already.
 const std::string DECLARED_LATE = "<p>\xC1\xC2</p>\n<meta charset=koi8-r>\n<b>\xC1</b>";
 
@@ -299,7 +250,6 @@ TEST(ToolTokens, TheSelfCheckAnswers704) {
 
 TEST(ToolTokens, TheSelfCheckComparesThePassThatCounts) {
     EXPECT_EQ(JsonOf(DECLARED_LATE, {"--self-check", "copy"}), JsonOf(DECLARED_LATE));
-    EXPECT_EQ(JsonOf(DETECTABLE_TEXTS[1].bytes, {"--self-check", "crc"}), JsonOf(DETECTABLE_TEXTS[1].bytes));
 }
 
 TEST(ToolTokens, DeclarationsCommentsAndSections) {
@@ -322,17 +272,6 @@ TEST(ToolTokens, DeclarationsCommentsAndSections) {
 {"event":"JSTagEnd"}
 {"event":"EndParsing"}
 )");
-}
-
-TEST(ToolTokens, TheLeastConfidenceKeepsTheDetectorSilent) {
-    const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--min-confidence", "101"});
-    EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << lines;
-    EXPECT_NE(LastLine(lines).find("\"charset\":0,"), std::string::npos) << lines;
-}
-
-TEST(ToolTokens, ABufferIsNotDetected) {
-    const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--feed", "buffer"});
-    EXPECT_NE(LastLine(lines).find("\"charset\":0,"), std::string::npos) << lines;
 }
 
 TEST(ToolTokens, AnEmptyInput) {
@@ -360,16 +299,6 @@ TEST(ToolTokens, TheTextFormat) {
               "tokens   5: text 2, start 1, end 1, junk 1\n"
               "charset  65001 (UTF-8)\n"
               "result   0, success\n");
-}
-
-TEST(ToolTokens, TheTextFormatAfterALateCharset) {
-    const ToolRun run = RunToolOn(DETECTABLE_TEXTS[0].bytes, {"tokens"});
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.output.find("start-parsing"), run.output.rfind("start-parsing"));
-    EXPECT_NE(run.output.find("\nbytes    580\ntokens   80: text 40, start 20, end 20\ncharset  65001 (UTF-8), found in a first pass\n"
-                              "result   0, success\n"),
-              std::string::npos)
-        << run.output;
 }
 
 TEST(ToolTokens, PlacesAgreeWithTheParser) {

@@ -4,11 +4,11 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <string_view>
+#include <iterator>
 #include <utility>
-#include <vector>
 
 #include "tools/kestra-html/Subcommands.h"
+#include "tools/kestra-html/Wildcards.h"
 
 namespace Kestra::Tool {
 
@@ -33,6 +33,7 @@ CommandLine RunWith(Options options, const std::vector<std::string>& files) {
     options.inputs.insert(options.inputs.end(), files.begin(), files.end());
     if (options.inputs.empty())
         options.inputs.emplace_back("-");
+    options.inputs = ExpandWildcards(options.inputs);
     CommandLine commandLine;
     commandLine.run = std::move(options);
     return commandLine;
@@ -40,8 +41,9 @@ CommandLine RunWith(Options options, const std::vector<std::string>& files) {
 
 }  // namespace
 
-CommandLine ParseCommandLine(int argc, const char* const* argv) {
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     CLI::App tool("Cuts HTML into tokens that together reproduce every byte of it.", "kestra-html");
+    tool.allow_windows_style_options(false);  // a name can begin with a slash
     tool.set_version_flag("--version", "kestra-html " KESTRA_HTML_VERSION);
     tool.require_subcommand(0, 1);
     tool.footer(EXIT_STATUS_HELP);
@@ -50,11 +52,10 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
     const CheckSubcommand check(&tool);
     const DetectSubcommand detect(&tool);
     // Behind "--" everything is a file.
-    const char* const* const end = argv + argc;
-    const char* const* const mark = std::find(argv + std::min(argc, 1), end, std::string_view("--"));
+    const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+    const std::vector<std::string> files(mark == arguments.end() ? mark : mark + 1, arguments.end());
     try {
-        tool.parse(static_cast<int>(mark - argv), argv);
-        const std::vector<std::string> files(mark == end ? end : mark + 1, end);
+        tool.parse(std::vector<std::string>(std::make_reverse_iterator(mark), arguments.rend()));
         if (tokens.IsMeant())
             return RunWith(tokens.GetOptions(), files);
         if (events.IsMeant())

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "tools/kestra-html/CheckOptions.h"
 #include "tools/kestra-html/DetectOptions.h"
@@ -19,6 +20,7 @@ struct CommandLine {
     std::string answer;  ///< help or version for standard output, or what is wrong for standard error; no line feed at its end
 };
 
-CommandLine ParseCommandLine(int argc, const char* const* argv);
+/// @param arguments  without the program's name
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 
 }  // namespace Kestra::Tool

@@ -2,13 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
 #include <cstddef>
-#include <cstdio>
-#include <cstring>
 
 #include "tools/kestra-html/Input.h"
-#include "tools/kestra-html/Terminal.h"
 
 namespace Kestra::Tool {
 
@@ -34,19 +30,16 @@ void Console::Line(std::string_view line) {
 
 void Console::Flush() {
     if (!TryFlush())
-        throw OutputFailed(failure == EPIPE ? "" : fmt::format("standard output: cannot be written: {}", std::strerror(failure)));
+        throw OutputFailed(failure->isReaderGone ? "" : fmt::format("standard output: cannot be written: {}", failure->reason));
 }
 
 bool Console::TryFlush() {
-    if (!gathered.empty() && failure == 0) {
+    if (!gathered.empty() && !failure) {
         progress.Hide();
-        errno = 0;
-        const bool written = std::fwrite(gathered.data(), 1, gathered.size(), stdout) == gathered.size() && std::fflush(stdout) == 0;
-        if (!written)
-            failure = errno != 0 ? errno : EIO;
+        failure = WriteOutput(gathered);
     }
     gathered.clear();
-    return failure == 0;
+    return !failure;
 }
 
 void Console::Diagnose(const std::string& inputName, std::string_view message) {
@@ -56,10 +49,8 @@ void Console::Diagnose(const std::string& inputName, std::string_view message) {
 void Console::Complain(std::string_view message) {
     TryFlush();
     progress.Hide();
-    if (message.empty())
-        return;
-    const std::string line = fmt::format("{}\n", message);
-    std::fwrite(line.data(), 1, line.size(), stderr);  // there is nobody left to tell when this fails
+    if (!message.empty())
+        WriteErrors(fmt::format("{}\n", message));
 }
 
 Progress& Console::GetProgress() {

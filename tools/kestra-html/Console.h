@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "tools/kestra-html/LineSink.h"
 #include "tools/kestra-html/Progress.h"
+#include "tools/kestra-html/Terminal.h"
 
 namespace Kestra::Tool {
 
@@ -33,7 +35,7 @@ private:
     bool TryFlush();
 
     std::string gathered;
-    int failure = 0;  ///< the `errno` of the first write that failed
+    std::optional<WriteFailure> failure;  ///< of the first write that failed
     Progress progress;
 };
 

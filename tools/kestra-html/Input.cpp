@@ -5,18 +5,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
 
+#include "tools/kestra-html/FileNames.h"
+
 namespace Kestra::Tool {
 
 namespace {
 
 constexpr std::size_t SMALLEST_BLOCK = std::size_t{64} * 1024;
+constexpr std::size_t LARGEST_BLOCK = std::size_t{256} << 20;  // system calls of Windows count with 32 bits
 
 constexpr std::size_t NO_LIMIT = std::numeric_limits<std::size_t>::max();
 
@@ -26,7 +28,7 @@ template <typename ReadBlock>
 void ReadAll(ReadBlock readBlock, std::size_t limit, std::string* bytes) {
     std::size_t size = 0;
     while (size < limit) {
-        const std::size_t block = std::min(std::max(SMALLEST_BLOCK, size), limit - size);
+        const std::size_t block = std::min(std::clamp(size, SMALLEST_BLOCK, LARGEST_BLOCK), limit - size);
         bytes->resize(size + block);
         const std::size_t count = readBlock(bytes->data() + size, block);
         size += count;
@@ -44,7 +46,7 @@ bool ReadStandardInput(std::string* bytes) {
 }
 
 bool ReadFile(const std::string& name, std::size_t limit, std::string* bytes) {
-    std::ifstream file(std::filesystem::path(name), std::ios::binary);
+    std::ifstream file(ToPath(name), std::ios::binary);
     if (!file)
         return false;
     const auto readBlock = [&file](char* block, std::size_t size) {

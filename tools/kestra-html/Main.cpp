@@ -1,5 +1,6 @@
 #include <variant>
 
+#include "tools/kestra-html/Arguments.h"
 #include "tools/kestra-html/CheckCommand.h"
 #include "tools/kestra-html/CommandLine.h"
 #include "tools/kestra-html/Console.h"
@@ -48,9 +49,9 @@ ExitStatus Run(const DetectOptions& options, Console* console) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    PrepareStandardStreams();
+    const StandardStreams streams;
     Console console;
-    const CommandLine commandLine = ParseCommandLine(argc, argv);
+    const CommandLine commandLine = ParseCommandLine(GetArguments(argc, argv));
     if (commandLine.answered)
         return GiveAnswer(commandLine, &console);
     return std::visit([&console](const auto& options) { return Run(options, &console); }, commandLine.run);

@@ -2,9 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
-
 #include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/Terminal.h"
 
 namespace Kestra::Tool {
 
@@ -21,11 +20,6 @@ std::string Shorten(const std::string& name) {
     while (begin < name.size() && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80)
         ++begin;
     return "..." + name.substr(begin);
-}
-
-void Write(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stderr);
-    std::fflush(stderr);
 }
 
 }  // namespace
@@ -60,7 +54,7 @@ void Progress::Draw(std::uint64_t bytesDone) {
         return;
     const std::uint64_t percent = inputSize == 0 ? 100 : bytesDone * 100 / inputSize;
     const std::string line = fmt::format("[{}/{}] {} {}%", inputNumber, inputCount, inputName, percent);
-    Write(fmt::format("\r{:<{}}", line, columnsDrawn));
+    WriteErrors(fmt::format("\r{:<{}}", line, columnsDrawn));
     columnsDrawn = line.size();
     lastDrawing = Clock::now();
 }
@@ -68,7 +62,7 @@ void Progress::Draw(std::uint64_t bytesDone) {
 void Progress::Hide() {
     if (columnsDrawn == 0)
         return;
-    Write(fmt::format("\r{:<{}}\r", "", columnsDrawn));
+    WriteErrors(fmt::format("\r{:<{}}\r", "", columnsDrawn));
     columnsDrawn = 0;
 }
 

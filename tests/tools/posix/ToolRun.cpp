@@ -135,7 +135,7 @@ Descriptor OpenSink(Sink sink, const std::filesystem::path& capture, const Termi
             break;
         case Sink::CLOSED_PIPE:
             return std::move(Pipe().writer);  // the reader is closed at the end of the statement
-        case Sink::FULL_DISK:
+        case Sink::UNWRITABLE:
             return Descriptor(Checked(open("/dev/full", O_WRONLY | O_CLOEXEC), "open"));
     }
     return Descriptor(-1);
@@ -208,6 +208,10 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& s
     run.output = settings.output == Sink::TERMINAL ? shown : ReadFile(outputFile);
     run.errors = settings.errors == Sink::TERMINAL ? shown : ReadFile(errorsFile);
     return run;
+}
+
+std::string GetReason(Sink sink) {
+    return sink == Sink::UNWRITABLE ? "No space left on device" : "Bad file descriptor";
 }
 
 ToolRun RunToolOn(std::string_view input, const std::vector<std::string>& arguments) {

@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
-#include <string_view>
+#include <cstring>
 
 namespace Kestra::Tool {
 
@@ -17,9 +19,11 @@ std::string_view Variable(const char* name) {
 
 }  // namespace
 
-void PrepareStandardStreams() {
+StandardStreams::StandardStreams() {
     std::signal(SIGPIPE, SIG_IGN);
 }
+
+StandardStreams::~StandardStreams() = default;
 
 bool IsOutputTerminal() {
     return isatty(STDOUT_FILENO) != 0;
@@ -32,6 +36,19 @@ bool IsErrorTerminal() {
 bool WantsColour() {
     const std::string_view terminal = Variable("TERM");
     return IsOutputTerminal() && Variable("NO_COLOR").empty() && !terminal.empty() && terminal != "dumb";
+}
+
+std::optional<WriteFailure> WriteOutput(std::string_view bytes) {
+    errno = 0;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0)
+        return std::nullopt;
+    const int error = errno != 0 ? errno : EIO;
+    return WriteFailure{error == EPIPE, std::strerror(error)};
+}
+
+void WriteErrors(std::string_view bytes) {
+    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+    std::fflush(stderr);
 }
 
 }  // namespace Kestra::Tool

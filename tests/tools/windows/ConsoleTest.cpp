@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+#include "tests/tools/windows/Screen.h"
+#include "tests/tools/windows/ToolProcess.h"
+#include "tools/kestra-html/Terminal.h"
+#include "tools/kestra-html/windows/Utf8.h"
+
+namespace Kestra::Test {
+namespace {
+
+/// Letters of several scripts, and one of two units of UTF-16.
+const std::string TEXT = "Caf\xC3\xA9 \xD0\x96 \xE2\x82\xAC \xF0\x9F\x98\x80.";
+
+const std::string REPLACEMENT = "\xEF\xBF\xBD";
+
+/// Sets the code page of the console for a while.
+class CodePage {
+public:
+    explicit CodePage(UINT code) : former(GetConsoleOutputCP()) {
+        Checked(SetConsoleOutputCP(code), "SetConsoleOutputCP");
+    }
+    CodePage(const CodePage&) = delete;
+    CodePage& operator=(const CodePage&) = delete;
+    ~CodePage() {
+        SetConsoleOutputCP(former);
+    }
+
+private:
+    UINT former;
+};
+
+/// Makes a screen the standard output of this process for a while.
+class OutputTo {
+public:
+    explicit OutputTo(HANDLE handle) : former(GetStdHandle(STD_OUTPUT_HANDLE)) {
+        SetStdHandle(STD_OUTPUT_HANDLE, handle);
+    }
+    OutputTo(const OutputTo&) = delete;
+    OutputTo& operator=(const OutputTo&) = delete;
+    ~OutputTo() {
+        SetStdHandle(STD_OUTPUT_HANDLE, former);
+    }
+
+private:
+    HANDLE former;
+};
+
+ToolRun ShowTokens(const std::string& input, std::vector<std::string> more = {}) {
+    ToolSettings settings;
+    settings.input = input;
+    settings.output = Sink::TERMINAL;
+    settings.environment["NO_COLOR"] = "1";
+    more.insert(more.begin(), "tokens");
+    return RunTool(more, settings);
+}
+
+TEST(Console, TextIsRightInEveryCodePage) {
+    for (const UINT code : {437U, 850U, 932U, 1251U, 1252U, 65001U}) {
+        const CodePage codePage(code);
+        ASSERT_EQ(GetConsoleOutputCP(), code);
+        const ToolRun run = ShowTokens(TEXT, {"--charset", "65001"});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.output, "     1:1     start-parsing\n     1:1     text(" + TEXT +
+                                  ")\n     1:13    end-parsing\nbytes    18\ntokens   1: text 1\ncharset  65001 (UTF-8)\n"
+                                  "result   0, success\n")
+            << code;
+    }
+}
+
+TEST(Console, DiagnosticsAreText) {
+    const CodePage codePage(437);
+    ToolSettings settings;
+    settings.errors = Sink::TERMINAL;
+    const ToolRun run = RunTool({"tokens", TEXT}, settings);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.errors, TEXT + ": cannot be read\n");
+}
+
+TEST(Console, WhatIsNoTextIsReplaced) {
+    const Screen screen;
+    const OutputTo output(screen.Get());
+    EXPECT_FALSE(Tool::WriteOutput("a\xE9 b\n\xD0"));
+    EXPECT_EQ(screen.Read(), "a" + REPLACEMENT + " b\n" + REPLACEMENT);
+}
+
+TEST(Console, LongOutputIsShownInPiecesThatPartNoCharacter) {
+    // Every line has another length, so that the pieces end everywhere in a character.
+    const Screen screen;
+    const OutputTo output(screen.Get());
+    std::string text;
+    for (std::size_t i = 0; i < 800; ++i)
+        text += std::string(i % 61, 'x') + TEXT + TEXT + TEXT + "\n";
+    ASSERT_GT(text.size(), 60000U);
+    EXPECT_FALSE(Tool::WriteOutput(text));
+    EXPECT_EQ(screen.Read(), text);
+}
+
+TEST(Console, AFileGetsBytesAsTheyAre) {
+    const TemporaryFolder folder;
+    const std::string bytes = "a\xE9\r\n\n\x1A" + TEXT;
+    const std::filesystem::path path = folder.Write("output", "");
+    {
+        const Handle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const OutputTo output(file.Get());
+        EXPECT_FALSE(Tool::WriteOutput(bytes));
+    }
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), bytes);
+}
+
+/// Runs the tool on a screen of its own that has this mode, and looks whether the word of its token is shown in another way.
+bool IsColoured(const std::map<std::string, std::string>& environment, DWORD modeBefore, const std::vector<std::string>& arguments) {
+    Screen screen;
+    screen.SetMode(modeBefore);
+    ToolSettings settings;
+    settings.environment = environment;
+    Pipe input;
+    const Handle output = screen.Duplicate();
+    const Handle process = StartTool(arguments, settings, {input.reader.Get(), output.Get(), nullptr});
+    DWORD written = 0;
+    Checked(WriteFile(input.writer.Get(), "a<b>", 4, &written, nullptr), "WriteFile");
+    input.writer.Close();
+    EXPECT_EQ(WaitForTool(process), 0);
+    EXPECT_EQ(screen.GetMode(), modeBefore) << "the mode is what it was";
+    const std::string text = screen.Read();
+    if (text.find("\x1B[1mtext\x1B[0m(a)") != std::string::npos)
+        return true;  // Wine shows the sequences, which other consoles obey
+    EXPECT_EQ(text.find('\x1B'), std::string::npos) << text;
+    static constexpr std::size_t WORD = 13;  // where "text(a)" begins in the second line
+    const std::wstring attributes = screen.ReadAttributes(1);
+    return attributes[WORD] != attributes[WORD + 4];
+}
+
+constexpr DWORD PLAIN = ENABLE_PROCESSED_OUTPUT | ENABLE_WRAP_AT_EOL_OUTPUT;
+
+TEST(Console, ShowsColours) {
+    EXPECT_TRUE(IsColoured({}, PLAIN, {"tokens"}));
+    EXPECT_TRUE(IsColoured({}, PLAIN | ENABLE_VIRTUAL_TERMINAL_PROCESSING, {"tokens"}));
+    EXPECT_TRUE(IsColoured({}, PLAIN, {"events"}));
+    EXPECT_FALSE(IsColoured({}, PLAIN, {"tokens", "--format", "json"}));
+}
+
+TEST(Console, ColoursCanBeForbidden) {
+    const struct {
+        const char* name;
+        const char* value;
+        bool coloured;
+    } CASES[] = {
+        {"NO_COLOR", "1", false},
+        {"NO_COLOR", "0", false},
+        {"TERM", "dumb", false},
+        {"TERM", "xterm-256color", true},
+    };
+    for (const auto& row : CASES)
+        EXPECT_EQ(IsColoured({{row.name, row.value}}, PLAIN, {"tokens"}), row.coloured) << row.name << "=" << row.value;
+}
+
+TEST(Console, ShowsHowFarALongRunIs) {
+    const TemporaryFolder folder;
+    folder.Write("first.html", "a");
+    const std::string name = std::string(40, 'a') + "\xD0\x96.html";
+    folder.Write(Tool::ToWide(name), "b");
+    ToolSettings settings;
+    settings.folder = folder.GetPath().string();
+    const Screen screen;
+    Pipe input;
+    const Handle nowhere(CreateFileW(L"NUL", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    const Handle errors = screen.Duplicate();
+    const Handle process = StartTool({"tokens", "--format", "json", "none", "first.html", name, "-"}, settings,
+                                     {input.reader.Get(), nowhere.Get(), errors.Get()});
+    // The tool waits for its standard input, so the line stays.
+    const std::string before = "none: cannot be read\n";
+    const std::string shown = before + "[3/4] " + name + " 0%";
+    for (int i = 0; i < 1000 && screen.Read() != shown; ++i)
+        Sleep(20);
+    EXPECT_EQ(screen.Read(), shown);
+    input.writer.Close();
+    EXPECT_EQ(WaitForTool(process), 3);
+    EXPECT_EQ(screen.Read(), before) << "the line is gone at the end";
+}
+
+TEST(Console, OfAnotherStreamShowsNoProgress) {
+    const TemporaryFolder folder;
+    folder.Write("first.html", "a");
+    ToolSettings settings;
+    settings.folder = folder.GetPath().string();
+    settings.output = Sink::TERMINAL;
+    const ToolRun run = RunTool({"tokens", "--format", "json", "first.html", "first.html"}, settings);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output.find('%'), std::string::npos) << run.output;
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,260 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+#include "tests/tools/windows/Handle.h"
+#include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/InputList.h"
+#include "tools/kestra-html/JsonText.h"
+#include "tools/kestra-html/Wildcards.h"
+#include "tools/kestra-html/windows/Utf8.h"
+
+namespace Kestra::Test {
+namespace {
+
+using namespace std::string_literals;
+
+namespace fs = std::filesystem;
+
+using Names = std::vector<std::string>;
+
+const std::string RUSSIAN = "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82.html";
+const std::string EMOJI = "\xF0\x9F\x98\x80 \xC3\xA9.html";
+
+class FileNames : public testing::Test {
+protected:
+    FileNames() {
+        settings.folder = folder.GetPath().string();
+    }
+
+    void Write(const std::string& name, std::string_view bytes = "a") {
+        const fs::path path = Tool::ToWide(name);
+        fs::create_directories((folder.GetPath() / path).parent_path());
+        folder.Write(path, bytes);
+    }
+
+    std::string Path(const std::string& name) const {
+        return folder.GetPath().string() + "\\" + name;
+    }
+
+    /// The names without that of the folder.
+    Names Shorten(Names names) const {
+        for (std::string& name : names) {
+            if (name.starts_with(Path("")))
+                name.erase(0, Path("").size());
+        }
+        return names;
+    }
+
+    Names List() const {
+        return Shorten(Tool::ListInputs({folder.GetPath().string()}));
+    }
+
+    Names Expand(const std::string& pattern) const {
+        return Shorten(Tool::ExpandWildcards({Path(pattern)}));
+    }
+
+    /// The tool's JSON Lines about these files.
+    ToolRun Check(Names files) {
+        files.insert(files.begin(), {"check", "--format", "json", "--charset", "1252"});
+        return RunTool(files, settings);
+    }
+
+    static std::string Line(const std::string& file, std::size_t size = 1) {
+        std::string line = "{\"file\":";
+        Tool::AppendJsonString(&line, Tool::ToWide(file));
+        return line + ",\"bytes\":" + std::to_string(size) + ",\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
+    }
+
+    TemporaryFolder folder;
+    ToolSettings settings;
+};
+
+TEST_F(FileNames, AreListedFolderByFolderRegardlessOfCase) {
+    for (const char* const name : {"b/2.html", "b/10.html", "b/c/x.html", "b.html", "a.html", "Z.html", "B2.HTM", "b/c/d/e/f.htm"})
+        Write(name);
+    Write("\xC3\xA9.html");
+    Write("\xC3\x89.xhtml");
+    EXPECT_EQ(List(), (Names{"a.html", "b\\10.html", "b\\2.html", "b\\c\\d\\e\\f.htm", "b\\c\\x.html", "b.html", "B2.HTM", "Z.html",
+                             "\xC3\xA9.html", "\xC3\x89.xhtml"}));
+}
+
+TEST_F(FileNames, KeepTheSeparatorsThatAreGiven) {
+    Write("b/x.html");
+    Write("y.html");
+    const std::string slashes = folder.GetPath().generic_string();
+    EXPECT_EQ(Tool::ListInputs({slashes + "/"}), (Names{slashes + "/b\\x.html", slashes + "/y.html"}));
+    EXPECT_EQ(Tool::ListInputs({slashes}), (Names{slashes + "\\b\\x.html", slashes + "\\y.html"}));
+    EXPECT_EQ(Tool::ExpandWildcards({slashes + "/b//*.html"}), (Names{slashes + "/b//x.html"}));
+}
+
+TEST_F(FileNames, WithWildcards) {
+    for (const char* const name : {"b.html", "a.html", "C.HTML", "a1.htm", "a22.htm", "README", "d.e.html", "sub/x.html", "sub/Y.html",
+                                   "sup/x.html", "sup/z/deep.html", "[a].html"}) {
+        Write(name);
+    }
+    const struct {
+        const char* pattern;
+        Names names;
+    } CASES[] = {
+        {"*.html", {"a.html", "b.html", "C.HTML", "d.e.html", "[a].html"}},
+        {"*.HTM", {"a1.htm", "a22.htm"}},
+        {"a?.htm", {"a1.htm"}},
+        {"a??.htm", {"a22.htm"}},
+        {"?.html", {"a.html", "b.html", "C.HTML"}},
+        {"*", {"a.html", "a1.htm", "a22.htm", "b.html", "C.HTML", "d.e.html", "README", "sub", "sup", "[a].html"}},
+        {"*.*", {"a.html", "a1.htm", "a22.htm", "b.html", "C.HTML", "d.e.html", "README", "sub", "sup", "[a].html"}},
+        {"r*.", {"README"}},
+        {"*e*", {"d.e.html", "README"}},
+        {"*.e.*", {"d.e.html"}},
+        {"a*2*.h*m", {"a22.htm"}},
+        {"su?\\x.html", {"sub\\x.html", "sup\\x.html"}},
+        {"su?/*.html", {"sub/x.html", "sub/Y.html", "sup/x.html"}},
+        {"su*\\z\\*", {"sup\\z\\deep.html"}},
+        {"*\\", {"sub\\", "sup\\"}},
+        {"none*", {"none*"}},
+        {"none\\*", {"none\\*"}},
+        {"*\\none", {"*\\none"}},
+        {"a.html\\*", {"a.html\\*"}},
+        {"[a]*", {"[a].html"}},
+        {"a.html", {"a.html"}},
+        {"none", {"none"}},
+    };
+    for (const auto& row : CASES)
+        EXPECT_EQ(Expand(row.pattern), row.names) << row.pattern;
+    EXPECT_EQ(Tool::ExpandWildcards({"-", "", "none?"}), (Names{"-", "", "none?"}));
+    const std::string verbatim = "\\\\?\\" + folder.GetPath().string();
+    EXPECT_EQ(Tool::ExpandWildcards({verbatim + "\\b.html"}), (Names{verbatim + "\\b.html"})) << "no wildcard";
+    EXPECT_EQ(Tool::ExpandWildcards({verbatim + "\\b*"}), (Names{verbatim + "\\b.html"}));
+}
+
+TEST_F(FileNames, WildcardsInArguments) {
+    Write("b.html");
+    Write("a.html");
+    Write("json");
+    Write("-");
+    Write(RUSSIAN);
+    settings.input = "<p>standard input";
+    const ToolRun run = Check({"*.html", "none*", "js?n", "--", "a*"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.output, Line("a.html") + Line("b.html") + Line(RUSSIAN) + Line("json") + Line("a.html"));
+    EXPECT_EQ(run.errors, "none*: cannot be read\n");
+    EXPECT_EQ(Check({"?"}).output, Line(".\\-")) << "a file, and not standard input";
+    EXPECT_EQ(Check({"--format", "js?n"}).status, 2) << "the value of an option is no file";
+    EXPECT_EQ(RunTool({"check", "--format=json", "--recursive", "--charset", "1252", "*"}, settings).output,
+              Line(".\\-") + Line("a.html") + Line("b.html") + Line("json") + Line(RUSSIAN));
+}
+
+TEST_F(FileNames, InUnicode) {
+    for (const std::string& name : {RUSSIAN, EMOJI}) {
+        Write(name);
+        const ToolRun run = Check({name, name + "x"});
+        EXPECT_EQ(run.status, 3);
+        EXPECT_EQ(run.output, Line(name));
+        EXPECT_EQ(run.errors, name + "x: cannot be read\n");
+    }
+    EXPECT_EQ(List(), (Names{RUSSIAN, EMOJI}));
+}
+
+TEST_F(FileNames, ArgumentsArriveAsTheyAre) {
+    for (const std::string& name : {"a b"s, "a'b"s, "%TEMP%"s, "a^b&c"s, "back\\slash\\"s, "quo\"te"s, "end\\\""s, "\\\\\"x y\\\\"s, ""s}) {
+        const ToolRun run = Check({name});
+        EXPECT_EQ(run.status, 3);
+        EXPECT_EQ(run.errors, name + ": cannot be read\n");
+    }
+}
+
+TEST_F(FileNames, LongerThanTheOldLimit) {
+    // Made by the system calls, as the C++ library does not lift the limit.
+    const std::wstring prefix = L"\\\\?\\";
+    const std::wstring level(100, L'd');
+    std::wstring path = prefix + folder.GetPath().wstring();
+    std::string relative;
+    for (int i = 0; i < 4; ++i) {
+        path += L"\\" + level;
+        relative += std::string(i == 0 ? "" : "\\") + std::string(100, 'd');
+        Checked(CreateDirectoryW(path.c_str(), nullptr), "CreateDirectory");
+    }
+    const std::wstring file = path + L"\\page.html";
+    {
+        const Handle handle(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD written = 0;
+        Checked(WriteFile(handle.Get(), "<p>", 3, &written, nullptr), "WriteFile");
+    }
+    const std::string line = Line(relative + "\\page.html", 3);
+    EXPECT_EQ(Check({relative + "\\page.html"}).output, line);
+    EXPECT_EQ(Check({relative + "\\p*.html"}).output, line);
+    EXPECT_EQ(Check({"--recursive", relative}).output, line);
+    EXPECT_EQ(Tool::ListInputs({Path(relative)}), (Names{Path(relative + "\\page.html")}));
+    std::string bytes;
+    EXPECT_TRUE(Tool::ReadInput(Path(relative + "\\page.html"), &bytes));
+    EXPECT_EQ(bytes, "<p>");
+    EXPECT_EQ(List(), (Names{relative + "\\page.html"}));
+
+    DeleteFileW(file.c_str());
+    for (int i = 0; i < 4; ++i) {
+        RemoveDirectoryW(path.c_str());
+        path.resize(path.size() - level.size() - 1);
+    }
+}
+
+TEST_F(FileNames, ThatAreForbidden) {
+    Write("page.html");
+    Write("page");
+    for (const std::string& name : {"page\0.html"s, "page.html\0"s, "\0"s}) {
+        std::string bytes;
+        EXPECT_FALSE(Tool::ReadInput(Path(name), &bytes)) << "what is in front of the NUL would be a file";
+        EXPECT_EQ(bytes, "");
+    }
+    EXPECT_EQ(Tool::ListInputs({folder.GetPath().string() + "\0x"s}), (Names{folder.GetPath().string() + "\0x"s}));
+    for (const std::string& name : {"a<b"s, "a>b"s, "a|b"s, "a\x01"s, "a\tb"s, "page.html\\x"s, "\\\\?\\"s, "\\\\.\\none"s, "q:\\none"s}) {
+        const ToolRun run = Check({name, "page"});
+        EXPECT_EQ(run.status, 3) << name;
+        EXPECT_EQ(run.output, Line("page")) << name;
+        EXPECT_EQ(run.errors, Tool::PrintableName(name) + ": cannot be read\n");
+    }
+}
+
+TEST_F(FileNames, OfLockedFilesAndFolders) {
+    Write("page.html");
+    Write("locked.html");
+    fs::create_directory(folder.GetPath() / "folder.html");
+    const Handle lock(
+        CreateFileW((folder.GetPath() / "locked.html").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const ToolRun run = Check({"*.html"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.output, Line("page.html"));
+    EXPECT_EQ(run.errors, "folder.html: cannot be read\nlocked.html: cannot be read\n");
+    for (const char* const command : {"tokens", "events", "detect"}) {
+        const ToolRun other = RunTool({command, "locked.html", "folder.html", ".", "folder.html\\"}, settings);
+        EXPECT_EQ(other.status, 3) << command;
+        EXPECT_EQ(other.errors,
+                  "locked.html: cannot be read\nfolder.html: cannot be read\n.: cannot be read\nfolder.html\\: cannot be read\n")
+            << command;
+    }
+}
+
+TEST_F(FileNames, AFileThatIsBeingWrittenCanBeRead) {
+    Write("page.html");
+    const Handle writer(CreateFileW((folder.GetPath() / "page.html").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    EXPECT_EQ(Check({"page.html"}).output, Line("page.html"));
+}
+
+TEST_F(FileNames, BytesOfStandardInputArriveAsTheyAre) {
+    settings.input =
+        "a\r\nb\x1A"
+        "c\nd\r\r\n\xFF"s;
+    const ToolRun run = RunTool({"tokens", "--format", "json", "--charset", "1252", "--observer", "narrow"}, settings);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"a\\r\\nb\\u001ac\\nd\\r\\r\\n\\u00ff\"}\n"), std::string::npos) << run.output;
+    EXPECT_EQ(run.output.find('\r'), std::string::npos) << "output is written as it is, too";
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,12 @@
+#include "tools/kestra-html/FileNames.h"
+
+#include "platform/windows/LongPath.h"
+#include "tools/kestra-html/windows/Utf8.h"
+
+namespace Kestra::Tool {
+
+std::filesystem::path ToPath(const std::string& name) {
+    return name.find('\0') == std::string::npos ? std::filesystem::path(VFS::LiftLimit(ToWide(name))) : std::filesystem::path();
+}
+
+}  // namespace Kestra::Tool
