@@ -16,11 +16,12 @@ OPTIMIZED_TESTS = differential-tests round-trip-tests
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test bench corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
+.PHONY: help run test test-windows bench corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
 	@echo 'make test           build with sanitizers, run all tests; those of random documents in the release too'
+	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine'
 	@echo 'make bench          build the release, run the benchmarks'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
@@ -45,6 +46,16 @@ test:
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS) --target $(OPTIMIZED_TESTS)
 	@setup/run-tests sanitize 'release:enumerated|random'
+
+test-windows:
+	@setup/install build windows
+	setup/windows-packages build/windows-packages
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
+	cmake --preset windows-test
+	cmake --build --preset windows-test --parallel $(JOBS)
+	@setup/wine --start
+	@setup/run-tests windows-test; status=$$?; setup/wine --stop; exit $$status
 
 bench:
 	@setup/install build

@@ -82,11 +82,11 @@ std::string Show(const CopyOutcome& outcome) {
 SelfCheckingParser::SelfCheckingParser() {
     parser.SetObserver(&observer, false);
     parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
-    parser.SetChrDetMinConfidence(NEVER_CONFIDENT);
 }
 
 const CopyOutcome& SelfCheckingParser::Parse(std::string_view document, CharSet::Code charset, GenericParser::DataStreamType type,
                                              const Cuts& cuts) {
+    const SilentDetector noDetection;
     stream.Reset(document, cuts);
     parser.StartParse(charset, type);
     outcome.parseResult = parser.ParseStream(&stream, false);

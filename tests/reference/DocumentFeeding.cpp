@@ -7,6 +7,23 @@
 
 namespace Kestra::Test {
 
+namespace {
+
+std::uint32_t DetectNothing(const void*, std::uint64_t, Base::DetectedCharset*, std::uint32_t* count) {
+    *count = 0;
+    return 0;
+}
+
+Base::Services WithoutDetection() {
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.detectCharset = DetectNothing;
+    return services;
+}
+
+}  // namespace
+
+SilentDetector::SilentDetector() : services(WithoutDetection()), replacement(services) {}
+
 void CutInputStream::Reset(std::string_view documentBytes, const Cuts& readCuts) {
     bytes = documentBytes;
     cuts = &readCuts;

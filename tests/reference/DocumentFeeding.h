@@ -6,13 +6,22 @@
 #include <string_view>
 
 #include "platform/InputStream.h"
+#include "platform/Services.h"
 #include "tests/reference/DocumentMaker.h"
 #include "tests/support/Splits.h"
 
 namespace Kestra::Test {
 
-/// A confidence, of 100, that the charset detector never reaches: the reference has none.
-inline constexpr std::uint64_t NEVER_CONFIDENT = 101;
+/// Puts a charset detector in place that has no answer, for the calling thread and as long as it lives: the reference has none, and those
+/// of the platforms answer differently.
+class SilentDetector {
+public:
+    SilentDetector();
+
+private:
+    Base::Services services;
+    Base::ServicesOverride replacement;
+};
 
 /// A stream over borrowed bytes, to be used for any number of documents. A read of new bytes ends at the next cut at the latest; bytes
 /// that were delivered before, those of a token being re-read, are delivered as far as they were.

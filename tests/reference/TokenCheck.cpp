@@ -64,10 +64,10 @@ std::string Show(const TokenOutcome& outcome) {
 
 TracingParser::TracingParser() : observer(&outcome.trace) {
     parser.SetObserver(&observer, false);
-    parser.SetChrDetMinConfidence(NEVER_CONFIDENT);
 }
 
 const TokenOutcome& TracingParser::Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
+    const SilentDetector noDetection;
     outcome.trace.clear();
     parser.StartParse(charset, GenericParser::DATA_STREAM_8BIT);
     if (fed == Fed::STREAM) {
