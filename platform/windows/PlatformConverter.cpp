@@ -54,15 +54,119 @@ constexpr std::size_t STEP = std::size_t{1} << 20;
 
 constexpr std::uint64_t MOST_PER_CALL = std::uint64_t{1} << 28;  ///< four bytes for each unit still fit into 31 bits
 
-/// No byte below it is the second, third or fourth one of a character, in any code page whose characters stand for themselves.
-constexpr unsigned char FIRST_TRAIL_BYTE = 0x30;
-
 /// In these code pages an escape, or a shift, says what the bytes behind it mean.
 constexpr bool IsStateful(CharSet::Code code) {
     return code == 65000 || (code >= 50220 && code <= 50229) || code == 52936 || (code >= 57002 && code <= 57011);
 }
 
-std::uint64_t FindCut(CharSet::Code code, const char* data, std::uint64_t size) {
+/// No byte below it is the second, third or fourth one of a character, in any code page whose characters stand for themselves.
+constexpr unsigned char FIRST_TRAIL_BYTE = 0x30;
+
+/// What a call of the system came to.
+enum class Outcome {
+    UNITS,
+    NOTHING,  ///< no units, and no reason: there may be none in the string
+    FAILURE,
+};
+
+}  // namespace
+
+/// The two ways to convert.
+struct CharSetConverter::Platform::System {
+    CharSet::Code code = CharSet::UNKNOWN;
+    bool isLanguageLibrary = false;
+    bool writes = false;  ///< some code pages can only be read
+    DWORD fromWideFlags = 0;
+
+    /// @return null when neither converts from the code page
+    static std::unique_ptr<System> Open(CharSet::Code code);
+
+    /// `*count` is what was written, or is needed when there is no room.
+    Outcome Convert(const char* data, INT size, WideChar* output, INT room, INT* count) const;
+    Outcome Convert(const WideChar* data, INT size, char* output, INT room, INT* count) const;
+
+    /// The length of what is converted first of a string that is not empty.
+    std::uint64_t FindCut(const char* data, std::uint64_t size) const;
+    std::uint64_t FindCut(const WideChar* data, std::uint64_t size) const;
+
+private:
+    template <typename In>
+    bool Knows(const In* text) const {
+        INT count = 0;
+        return Convert(text, 1, nullptr, 0, &count) == Outcome::UNITS;
+    }
+
+    /// @param count  the answer of the system call, in front of which the last error was cleared
+    static Outcome JudgeSystem(INT count);
+    /// The library says "failed" of a string without characters, too.
+    static Outcome JudgeLibrary(HRESULT result, INT count);
+};
+
+std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
+    if (std::find(ALIASES.begin(), ALIASES.end(), code) != ALIASES.end())
+        return nullptr;
+    auto system = std::make_unique<System>();
+    system->code = code;
+    if (!system->Knows("a")) {
+        system->isLanguageLibrary = true;
+        if (!system->Knows("a"))
+            return nullptr;
+        system->writes = system->Knows(L"a");
+        return system;
+    }
+    system->fromWideFlags = WC_NO_BEST_FIT_CHARS;  // no look-alikes
+    system->writes = system->Knows(L"a");
+    if (!system->writes) {
+        system->fromWideFlags = 0;  // the stateful code pages take none
+        system->writes = system->Knows(L"a");
+    }
+    return system;
+}
+
+Outcome CharSetConverter::Platform::System::JudgeSystem(INT count) {
+    if (count > 0)
+        return Outcome::UNITS;
+    const DWORD error = GetLastError();
+    return error == ERROR_SUCCESS || error == ERROR_NO_UNICODE_TRANSLATION ? Outcome::NOTHING : Outcome::FAILURE;
+}
+
+Outcome CharSetConverter::Platform::System::JudgeLibrary(HRESULT result, INT count) {
+    if (result == S_OK && count > 0)
+        return Outcome::UNITS;
+    return result == S_OK || result == E_FAIL ? Outcome::NOTHING : Outcome::FAILURE;
+}
+
+Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, WideChar* output, INT room, INT* count) const {
+    if (!isLanguageLibrary) {
+        SetLastError(ERROR_SUCCESS);
+        *count = MultiByteToWideChar(code, 0, data, size, output, room);
+        return JudgeSystem(*count);
+    }
+    const LanguageLibrary& library = LanguageLibrary::Get();
+    if (library.toWide == nullptr)
+        return Outcome::FAILURE;
+    DWORD mode = 0;
+    *count = room;
+    const HRESULT result = library.toWide(&mode, code, data, &size, output, count);
+    return JudgeLibrary(result, *count);
+}
+
+Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT size, char* output, INT room, INT* count) const {
+    if (!isLanguageLibrary) {
+        SetLastError(ERROR_SUCCESS);
+        *count = WideCharToMultiByte(code, fromWideFlags, data, size, output, room, nullptr, nullptr);
+        return JudgeSystem(*count);
+    }
+    const LanguageLibrary& library = LanguageLibrary::Get();
+    if (library.fromWide == nullptr)
+        return Outcome::FAILURE;
+    DWORD mode = 0;
+    *count = room;
+    const HRESULT result = library.fromWide(&mode, code, data, &size, output, count);
+    return JudgeLibrary(result, *count);
+}
+
+std::uint64_t CharSetConverter::Platform::System::FindCut(const char* data, std::uint64_t size) const {
     if (size <= STEP || IsStateful(code))
         return size;
     std::uint64_t cut = STEP;
@@ -71,115 +175,112 @@ std::uint64_t FindCut(CharSet::Code code, const char* data, std::uint64_t size) 
     return cut;
 }
 
-std::uint64_t FindCut(CharSet::Code code, const WideChar* data, std::uint64_t size) {
+std::uint64_t CharSetConverter::Platform::System::FindCut(const WideChar* data, std::uint64_t size) const {
     if (size <= STEP || IsStateful(code))
         return size;
     const bool splitsPair = data[STEP] >= 0xDC00 && data[STEP] <= 0xDFFF;
     return splitsPair ? STEP - 1 : STEP;
 }
 
-}  // namespace
-
-/// The two ways to convert. Both take a size and answer how many units they wrote, or need when there is no room; 0 for a failure.
-struct CharSetConverter::Platform::System {
-    CharSet::Code code = CharSet::UNKNOWN;
-    bool isLanguageLibrary = false;
-    DWORD fromWideFlags = 0;
-
-    /// @return null when neither converts the code page
-    static std::unique_ptr<System> Open(CharSet::Code code);
-
-    INT Convert(const char* data, INT size, WideChar* output, INT room) const;
-    INT Convert(const WideChar* data, INT size, char* output, INT room) const;
-};
-
-std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
-    if (std::find(ALIASES.begin(), ALIASES.end(), code) != ALIASES.end())
-        return nullptr;
-    auto system = std::make_unique<System>();
-    system->code = code;
-    if (system->Convert("a", 1, nullptr, 0) == 0) {
-        system->isLanguageLibrary = true;
-        if (system->Convert("a", 1, nullptr, 0) == 0)
-            return nullptr;
-    } else if (WideCharToMultiByte(code, WC_NO_BEST_FIT_CHARS, L"a", 1, nullptr, 0, nullptr, nullptr) != 0) {
-        system->fromWideFlags = WC_NO_BEST_FIT_CHARS;  // no look-alikes; the stateful code pages take no flags
-    }
-    return system;
-}
-
-INT CharSetConverter::Platform::System::Convert(const char* data, INT size, WideChar* output, INT room) const {
-    if (!isLanguageLibrary)
-        return MultiByteToWideChar(code, 0, data, size, output, room);
-    const LanguageLibrary& library = LanguageLibrary::Get();
-    DWORD mode = 0;
-    return library.toWide != nullptr && SUCCEEDED(library.toWide(&mode, code, data, &size, output, &room)) ? room : 0;
-}
-
-INT CharSetConverter::Platform::System::Convert(const WideChar* data, INT size, char* output, INT room) const {
-    if (!isLanguageLibrary)
-        return WideCharToMultiByte(code, fromWideFlags, data, size, output, room, nullptr, nullptr);
-    const LanguageLibrary& library = LanguageLibrary::Get();
-    DWORD mode = 0;
-    return library.fromWide != nullptr && SUCCEEDED(library.fromWide(&mode, code, data, &size, output, &room)) ? room : 0;
-}
-
 namespace {
 
 /// What is put behind a string that comes to no characters: it ends inside an escape, or is nothing else. A terminator is one character for
 /// certain, and is taken away again; a change to ASCII goes in front of it where the terminator alone would be half of a character.
-constexpr std::array<std::string_view, 3> ENDINGS = {std::string_view(), std::string_view("\0", 1), std::string_view("\x1B(B\0", 4)};
+constexpr std::array<std::string_view, 2> ENDINGS = {std::string_view("\0", 1), std::string_view("\x1B(B\0", 4)};
 
-/// How many of them are tried, the empty one among them: only bytes have escapes.
+/// Bytes of an escape, "ESC $ ( D" for example: so many at the end of a string may be a part of one, or of a character.
+constexpr std::size_t LONGEST_ESCAPE = 4;
+
+/// How many endings are tried: only bytes have escapes.
 template <typename In>
 constexpr std::size_t GetEndingCount(CharSet::Code code) {
     const bool hasEscapes = sizeof(In) == 1 && code >= 50220 && code <= 50229;
     return hasEscapes ? ENDINGS.size() : ENDINGS.size() - 1;
 }
 
-/// Asks for the size, then converts. @return false when the system makes nothing of the string; the output is then as it was.
+/// Asks for the size, then converts, behind what is there. The output stays as it was where there are no units.
 template <typename System, typename In, typename Out>
-bool ConvertWhole(const System& system, const In* data, std::size_t size, Out* output) {
+Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out* output) {
     const INT length = static_cast<INT>(size);
-    const INT count = system.Convert(data, length, nullptr, 0);
-    if (count <= 0)
-        return false;
+    INT needed = 0;
+    const Outcome outcome = system.Convert(data, length, nullptr, 0, &needed);
+    if (outcome != Outcome::UNITS)
+        return outcome;
     const std::size_t used = output->size();
-    output->resize(used + static_cast<std::size_t>(count));
-    if (system.Convert(data, length, output->data() + used, count) == count)
+    output->resize(used + static_cast<std::size_t>(needed));
+    INT count = 0;
+    if (system.Convert(data, length, output->data() + used, needed, &count) == Outcome::UNITS && count == needed)
+        return Outcome::UNITS;
+    output->resize(used);
+    return Outcome::FAILURE;  // not of the string, whose size was known
+}
+
+/// Takes away the terminator of an ending, and leaves a character that had been waiting for what follows it: katakana waits for a mark.
+/// Bytes do not wait so; with an ending behind them, half an escape may become any character.
+/// @param used  where the output of the string begins
+/// @return false, and the output ends there, when there is more than the terminator
+template <typename Out>
+bool TakeTerminator(std::size_t used, Out* output) {
+    const bool isTerminatorAlone = output->size() == used + 1 && output->back() == 0;
+    if (isTerminatorAlone || (sizeof(typename Out::value_type) == 1 && output->back() == 0)) {
+        output->pop_back();
         return true;
+    }
     output->resize(used);
     return false;
 }
 
-/// Appends what the step comes to, or one mark of replacement when the system makes nothing of it with any ending.
+/// Whether the system converts another string of this size, so that it was not the system that failed.
+template <typename System, typename In>
+bool ConvertsOthers(const System& system, const In*, std::size_t size) {
+    const std::basic_string<In> other(size, static_cast<In>('a'));
+    INT count = 0;
+    return system.Convert(other.data(), static_cast<INT>(size), nullptr, 0, &count) == Outcome::UNITS;
+}
+
+/// Converts the string with one ending after the other, until nothing but the ending comes out.
 template <typename System, typename In, typename Out>
-void ConvertStep(const System& system, const In* data, std::size_t size, Out* output) {
-    if (ConvertWhole(system, data, size, output))
-        return;
-    for (std::size_t i = 1; i < GetEndingCount<In>(system.code); ++i) {
+Outcome ConvertEnded(const System& system, const In* data, std::size_t size, Out* output) {
+    const std::size_t used = output->size();
+    Outcome outcome = Outcome::NOTHING;
+    for (std::size_t i = 0; i < GetEndingCount<In>(system.code) && outcome == Outcome::NOTHING; ++i) {
         std::basic_string<In> ended(data, size);
         for (const char character : ENDINGS[i])
             ended.push_back(static_cast<In>(character));
-        if (ConvertWhole(system, ended.data(), ended.size(), output)) {
-            if (output->back() == 0)
-                output->pop_back();
-            return;
-        }
+        outcome = ConvertWhole(system, ended.data(), ended.size(), output);
+        if (outcome == Outcome::UNITS && !TakeTerminator(used, output))
+            outcome = Outcome::NOTHING;
     }
+    return outcome;
+}
+
+/// Appends what the step comes to. Where the system makes nothing of the last bytes, or of any, a mark of replacement stands for them.
+/// @return false when the system failed
+template <typename System, typename In, typename Out>
+bool ConvertStep(const System& system, const In* data, std::size_t size, Out* output) {
+    Outcome outcome = ConvertWhole(system, data, size, output);
+    if (outcome == Outcome::NOTHING)
+        outcome = ConvertEnded(system, data, size, output);
+    if (outcome != Outcome::NOTHING)
+        return outcome == Outcome::UNITS;
+    const std::size_t mostCut = sizeof(In) == 1 ? std::min(LONGEST_ESCAPE, size - 1) : 0;
+    for (std::size_t cut = 1; cut <= mostCut && outcome == Outcome::NOTHING; ++cut)
+        outcome = ConvertWhole(system, data, size - cut, output);
+    if (outcome == Outcome::FAILURE || (outcome == Outcome::NOTHING && !ConvertsOthers(system, data, size)))
+        return false;
     output->push_back(sizeof(In) == 1 ? static_cast<typename Out::value_type>(0xFFFD) : static_cast<typename Out::value_type>('?'));
+    return true;
 }
 
 /// Converts each step behind what is there.
 template <typename System, typename In, typename Out>
 std::uint32_t ConvertInSteps(const System& system, const In* data, std::uint64_t size, Out* output) {
     while (size > 0) {
-        const std::uint64_t step = FindCut(system.code, data, size);
-        if (step > MOST_PER_CALL) {
+        const std::uint64_t step = system.FindCut(data, size);
+        if (step > MOST_PER_CALL || !ConvertStep(system, data, static_cast<std::size_t>(step), output)) {
             output->clear();
             return RESULT_UNSUPPORTED_CHARSET;
         }
-        ConvertStep(system, data, static_cast<std::size_t>(step), output);
         data += step;
         size -= step;
     }
@@ -207,7 +308,8 @@ std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t
 
 std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::uint64_t size, std::string* output) {
     output->clear();
-    return system == nullptr ? std::uint32_t{RESULT_UNSUPPORTED_CHARSET} : ConvertInSteps(*system, data, size, output);
+    const bool writes = system != nullptr && system->writes;
+    return writes ? ConvertInSteps(*system, data, size, output) : std::uint32_t{RESULT_UNSUPPORTED_CHARSET};
 }
 
 }  // namespace Kestra::StringNS

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "html/parser/GenericParser.h"
 #include "platform/CharSetConverter.h"
 #include "platform/Characters.h"
 #include "platform/Results.h"
@@ -52,6 +55,8 @@ public:
                 splitPairs += data[0] >= 0xDC00 && data[0] <= 0xDFFF ? 1 : 0;
                 splitPairs += data[size - 1] >= 0xD800 && data[size - 1] <= 0xDBFF ? 1 : 0;
             }
+            if (refusesToWrite)
+                return 0;
             return Answer(RealSystem::FromWide(code, flags, data, size, output, room), output != nullptr);
         };
         system->loadLibrary = [this](const wchar_t* name, DWORD flags) {
@@ -64,9 +69,12 @@ public:
     int libraries = 0;
     std::set<UINT> codes;
     int longest = 0;
-    int splitPairs = 0;    ///< calls that begin or end inside a surrogate pair
-    int failFrom = 0;      ///< this call and every later one fails; 0 for none
-    int miscountFrom = 0;  ///< this one and every later one that converts states one unit less
+    bool refusesToWrite = false;
+    int splitPairs = 0;                     ///< calls that begin or end inside a surrogate pair
+    int failFrom = 0;                       ///< this call and every later one fails; 0 for none
+    bool failsConversions = false;          ///< those that ask for a size alone are answered
+    DWORD error = ERROR_NOT_ENOUGH_MEMORY;  ///< of calls that fail
+    int miscountFrom = 0;                   ///< this one and every later one that converts states one unit less
 
 private:
     void Note(UINT code, DWORD, int size) {
@@ -76,8 +84,10 @@ private:
     }
 
     int Answer(int count, bool converts) const {
-        if (failFrom > 0 && calls >= failFrom)
+        if ((failFrom > 0 && calls >= failFrom) || (failsConversions && converts)) {
+            SetLastError(error);
             return 0;
+        }
         return miscountFrom > 0 && calls >= miscountFrom && converts ? count - 1 : count;
     }
 
@@ -165,8 +175,19 @@ TEST(WindowsConverterTest, StringsOfTheLanguageLibraryThatEndInsideAnEscape) {
         {"a change to two bytes alone", 50221, "\x1B$B", KESTRA_WIDE("")},
         {"and behind characters", 50221, "ab\x1B$B", KESTRA_WIDE("ab")},
         {"several changes", 50222, "\x1B$B\x1B(B\x1B$B\x1B(B", KESTRA_WIDE("")},
-        {"an escape character behind characters", 50220, "ab\x1B", KESTRA_WIDE("ab")},
+        {"an escape character behind characters", 50220, "ab\x1B", KESTRA_WIDE("ab\uFFFD")},
+        {"and behind a change", 50221, "ab\x1B$B\x1B", KESTRA_WIDE("ab\uFFFD")},
+        {"half a character", 50221, "ab\x1B$B$\"D", KESTRA_WIDE("ab\u3042\uFFFD")},
+        {"half a character alone", 50221, "\x1B$BD", KESTRA_WIDE("\uFFFD")},
+        {"an unknown change behind characters", 50221, "ab\x1B$(D", KESTRA_WIDE("ab\uFFFD")},
         {"nothing but the start of an escape", 50221, "\x1B$", KESTRA_WIDE("\uFFFD")},
+        {"nothing but an escape character", 50220, "\x1B", KESTRA_WIDE("\uFFFD")},
+        {"nothing but an escape character", 50221, "\x1B", KESTRA_WIDE("\uFFFD")},
+        {"nothing but an escape character", 50222, "\x1B", KESTRA_WIDE("\uFFFD")},
+        {"an escape character behind a change to ASCII", 50221, "\x1B(B\x1B", KESTRA_WIDE("\uFFFD")},
+        {"an escape character behind a change to two bytes", 50221, "\x1B$B\x1B", KESTRA_WIDE("\uFFFD")},
+        {"the start of a change to ASCII", 50221, "\x1B(", KESTRA_WIDE("\uFFFD")},
+        {"a change that the library does not know", 50221, "\x1B$(D", KESTRA_WIDE("\uFFFD")},
         {"a NUL at the end is a character", 50221, "a\0"sv, WideStringView(KESTRA_WIDE("a\0"), 2)},
         {"a NUL alone", 50221, "\0"sv, WideStringView(KESTRA_WIDE("\0"), 1)},
     };
@@ -179,6 +200,35 @@ TEST(WindowsConverterTest, StringsOfTheLanguageLibraryThatEndInsideAnEscape) {
         {"with its mark", 50220, KESTRA_WIDE("\uFF76\uFF9E"), "\x1B$B%,\x1B(B"},
     };
     CheckFromWide(katakana);
+}
+
+/// Notes the texts and comments that it hears.
+class HeardTexts final : public HTML::ParserObserver<WideChar, WideString> {
+public:
+    void OnText(HTML::TextData<WideChar, WideString>* text) override {
+        heard += *text->text + KESTRA_WIDE("|");
+    }
+    void OnCommentTag(HTML::CommentTagData<WideChar, WideString>* comment) override {
+        heard += *comment->text + KESTRA_WIDE("|");
+    }
+
+    WideString heard;
+};
+
+TEST(WindowsConverterTest, HalfAnEscapeInADocumentIsACharsetError) {
+    if (!IsWine())
+        GTEST_SKIP() << "what the library makes of a cut escape is its own affair";
+    for (const std::string_view document : {"<!--\x1B-->"sv, "\x1B"sv, "<!--\x1B(-->"sv}) {
+        HeardTexts observer;
+        HTML::GenericParser parser;
+        parser.SetObserver(&observer, false);
+        parser.SetDetectCharsetErrors(true);
+        EXPECT_EQ(parser.StartParse(50221, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(Dump(observer.heard), Dump(WideString(KESTRA_WIDE("\uFFFD|"))));
+        EXPECT_TRUE(parser.HasCharsetErrors());
+    }
 }
 
 TEST(WindowsConverterTest, WhatTheCodePagesHaveForABadCharacter) {
@@ -214,6 +264,37 @@ TEST(WindowsConverterTest, WhatBothRefuseIsAResultAndIsRemembered) {
     EXPECT_EQ(watched.calls, opening);
     EXPECT_EQ(converter.ToWide(932, "a", 1, &units), RESULT_OK);
     EXPECT_GT(watched.calls, opening);
+}
+
+TEST(WindowsConverterTest, ACodePageThatIsOnlyReadIsRefusedTheOtherWay) {
+    CharSetConverter converter;
+    WideString units;
+    if (converter.ToWide(50932, "abc", 3, &units) != RESULT_OK) {
+        EXPECT_FALSE(IsWine());
+        GTEST_SKIP() << "Japanese of any kind is not read here";
+    }
+    EXPECT_EQ(Dump(units), "0061 0062 0063 ");
+    for (const std::size_t size : {3U, 0U}) {
+        std::string bytes = "old content";
+        EXPECT_EQ(converter.FromWide(50932, KESTRA_WIDE("abc"), size, &bytes), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_TRUE(bytes.empty());
+        EXPECT_EQ(StringHelper::GetStringFromWide(50932, KESTRA_WIDE("abc"), size, &bytes), RESULT_UNSUPPORTED_CHARSET);
+    }
+    EXPECT_EQ(converter.ToWide(50932, "abc", 3, &units), RESULT_OK);
+}
+
+TEST(WindowsConverterTest, ASystemPageThatIsOnlyReadIsRefusedTheOtherWay) {
+    WatchedConverters watched;
+    watched.refusesToWrite = true;
+    CharSetConverter converter;
+    WideString units;
+    std::string bytes = "old content";
+    EXPECT_EQ(converter.ToWide(20866, "abc", 3, &units), RESULT_OK);
+    EXPECT_EQ(Dump(units), "0061 0062 0063 ");
+    const int opened = watched.calls;
+    EXPECT_EQ(converter.FromWide(20866, KESTRA_WIDE("abc"), 3, &bytes), RESULT_UNSUPPORTED_CHARSET);
+    EXPECT_TRUE(bytes.empty());
+    EXPECT_EQ(watched.calls, opened) << "it is remembered";
 }
 
 TEST(WindowsConverterTest, ACodePageIsOpenedOnce) {
@@ -258,36 +339,70 @@ TEST(WindowsConverterTest, TheLibrarysOwnNeverReachTheSystem) {
     EXPECT_EQ(watched.libraries, 0);
 }
 
-TEST(WindowsConverterTest, AConversionThatFailsOnTheWayLeavesOneMark) {
+TEST(WindowsConverterTest, AConversionThatFailsOnTheWayIsAFailure) {
     CharSetConverter converter;
     WideString units;
     std::string bytes;
     EXPECT_EQ(converter.ToWide(20866, "a", 1, &units), RESULT_OK);
-    {
+    const auto expectFailures = [&](const std::string& text) {
+        const WideString wide(text.begin(), text.end());
+        units = KESTRA_WIDE("old content");
+        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_TRUE(units.empty());
+        bytes = "old content";
+        EXPECT_EQ(converter.FromWide(20866, wide.data(), wide.size(), &bytes), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_TRUE(bytes.empty());
+    };
+    for (const DWORD error : {ERROR_NOT_ENOUGH_MEMORY, ERROR_INVALID_PARAMETER, ERROR_SUCCESS}) {
         WatchedConverters watched;
         watched.failFrom = 1;
-        EXPECT_EQ(converter.ToWide(20866, "abc", 3, &units), RESULT_OK);
-        EXPECT_EQ(Dump(units), "FFFD ");
-        EXPECT_EQ(converter.FromWide(20866, KESTRA_WIDE("abc"), 3, &bytes), RESULT_OK);
-        EXPECT_EQ(bytes, "?");
+        watched.error = error;
+        expectFailures("abc");
+    }
+    for (const DWORD error : {ERROR_NOT_ENOUGH_MEMORY, ERROR_SUCCESS}) {
+        WatchedConverters watched;
+        watched.failsConversions = true;
+        watched.error = error;
+        expectFailures("abc");
     }
     {
         WatchedConverters watched;
         watched.miscountFrom = 1;
-        EXPECT_EQ(converter.ToWide(20866, "abc", 3, &units), RESULT_OK);
-        EXPECT_EQ(Dump(units), "FFFD ");
-        EXPECT_EQ(converter.FromWide(20866, KESTRA_WIDE("abc"), 3, &bytes), RESULT_OK);
-        EXPECT_EQ(bytes, "?");
+        expectFailures("abc");
     }
-    {
-        WatchedConverters watched;
-        watched.failFrom = 3;  // the second step of a long string: the first one stays
+    for (const int call : {3, 4}) {  // the second step of a long string
         const std::string text(3 * 1024 * 1024, ' ');
-        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), RESULT_OK);
-        EXPECT_TRUE(units == WideString(1024 * 1024, KESTRA_WIDE(' ')) + WideString(2, 0xFFFD)) << units.size();
+        WatchedConverters watched;
+        watched.failFrom = call;
+        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_TRUE(units.empty());
     }
     EXPECT_EQ(converter.ToWide(20866, "abc", 3, &units), RESULT_OK);
     EXPECT_EQ(Dump(units), "0061 0062 0063 ");
+}
+
+TEST(WindowsConverterTest, AStringWithoutCharactersLeavesOneMark) {
+    CharSetConverter converter;
+    WideString units;
+    std::string bytes;
+    EXPECT_EQ(converter.ToWide(20866, "a", 1, &units), RESULT_OK);
+    for (const DWORD error : {ERROR_SUCCESS, ERROR_NO_UNICODE_TRANSLATION}) {
+        HookedSystem system;
+        system->multiByteToWideChar = [error](UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room) {
+            SetLastError(error);
+            return *data == 'x' ? 0 : RealSystem::ToWide(code, flags, data, size, output, room);
+        };
+        system->wideCharToMultiByte = [error](UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room) {
+            SetLastError(error);
+            return *data == 'x' ? 0 : RealSystem::FromWide(code, flags, data, size, output, room);
+        };
+        EXPECT_EQ(converter.ToWide(20866, "xyz", 3, &units), RESULT_OK);
+        EXPECT_EQ(Dump(units), "FFFD ");
+        EXPECT_EQ(converter.FromWide(20866, KESTRA_WIDE("xyz"), 3, &bytes), RESULT_OK);
+        EXPECT_EQ(bytes, "?");
+        EXPECT_EQ(converter.ToWide(20866, "abc", 3, &units), RESULT_OK);
+        EXPECT_EQ(Dump(units), "0061 0062 0063 ");
+    }
 }
 
 TEST(WindowsConverterTest, LongStringsAreCutBetweenCharacters) {
@@ -399,6 +514,109 @@ TEST(WindowsConverterTest, EveryNamedCodePageConvertsBothWaysOrNeither) {
 TEST(WindowsConverterDeathTest, WithoutTheLanguageLibraryItsCodePagesAreUnsupported) {
     EXPECT_EXIT(ExitWithoutLanguageLibrary(nullptr), testing::ExitedWithCode(0), "");
     EXPECT_EXIT(ExitWithoutLanguageLibrary(L"kernel32.dll"), testing::ExitedWithCode(0), "") << "a library without the functions";
+}
+
+/// The two calls of the language library, with the answers of a test.
+struct ScriptedLibrary {
+    std::function<HRESULT(std::string_view text, INT* room)> toWide;
+    std::function<HRESULT(WideStringView text, INT* room)> fromWide;
+};
+
+ScriptedLibrary* script = nullptr;
+
+HRESULT WINAPI ScriptedToWide(DWORD*, DWORD, const char* data, INT* size, WideChar* output, INT* room) {
+    const INT before = *room;
+    const HRESULT result = script->toWide(std::string_view(data, static_cast<std::size_t>(*size)), room);
+    std::fill(output, output + (output == nullptr ? 0 : std::min(before, *room)), L'\0');
+    return result;
+}
+
+HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, char* output, INT* room) {
+    const INT before = *room;
+    const HRESULT result = script->fromWide(WideStringView(data, static_cast<std::size_t>(*size)), room);
+    std::fill(output, output + (output == nullptr ? 0 : std::min(before, *room)), '\0');
+    return result;
+}
+
+/// In a process of its own: the calls are looked for once.
+[[noreturn]] void ExitWithScriptedLibrary() {
+    HookedSystem system;
+    system->multiByteToWideChar = [](UINT, DWORD, const char*, int, wchar_t*, int) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    };
+    system->getProcAddress = [](HMODULE library, const char* name) -> FARPROC {
+        if (name == "ConvertINetMultiByteToUnicode"sv)
+            return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ScriptedToWide));
+        if (name == "ConvertINetUnicodeToMultiByte"sv)
+            return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ScriptedFromWide));
+        return RealSystem::FindCall(library, name);
+    };
+    /// What the library answers to a string of one character "x", behind the opening; and to that with a terminator.
+    struct Answer {
+        HRESULT result;
+        INT room;
+    };
+    struct Row {
+        const char* note;
+        Answer opening;     // to "a"
+        Answer size;        // to "x", when it is asked for the size
+        Answer conversion;  // and when it converts
+        Answer ended;       // to "x" with an ending
+        std::uint32_t expected;
+        std::size_t units;
+    };
+    const Row rows[] = {
+        {"one unit", {S_OK, 1}, {S_OK, 1}, {S_OK, 1}, {S_OK, 2}, RESULT_OK, 1},
+        {"the code page is refused", {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"the string is refused", {S_OK, 1}, {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"no memory for the size", {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, {S_OK, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"no memory for the conversion", {S_OK, 1}, {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"the conversion fails", {S_OK, 1}, {S_OK, 1}, {E_FAIL, 0}, {S_OK, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"no characters", {S_OK, 1}, {S_OK, 0}, {S_OK, 0}, {S_OK, 1}, RESULT_OK, 0},
+        {"no characters, which counts as failed", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {S_OK, 1}, RESULT_OK, 0},
+        {"nothing with any ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {E_FAIL, 0}, RESULT_OK, 1},
+        {"more than a terminator with any ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {S_OK, 2}, RESULT_OK, 1},
+        {"no memory for the ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {E_OUTOFMEMORY, 0}, RESULT_UNSUPPORTED_CHARSET, 0},
+    };
+    int failures = 0;
+    for (const Row& row : rows) {
+        const auto answer = [&row](auto text, INT* room) {
+            const bool isSize = *room == 0;
+            const Answer& given = text[0] == 'a' ? row.opening : text.size() > 1 ? row.ended : isSize ? row.size : row.conversion;
+            *room = given.room;
+            return given.result;
+        };
+        ScriptedLibrary library = {answer, answer};
+        script = &library;
+        CharSetConverter converter;
+        WideString units = KESTRA_WIDE("old content");
+        std::string bytes = "old content";
+        const std::uint32_t toWide = converter.ToWide(50221, "x", 1, &units);
+        const std::uint32_t fromWide = converter.FromWide(50221, KESTRA_WIDE("x"), 1, &bytes);
+        const bool isGood = toWide == row.expected && fromWide == row.expected && units.size() == row.units && bytes.size() == row.units;
+        if (!isGood)
+            std::fprintf(stderr, "%s: %u with %zu, %u with %zu\n", row.note, toWide, units.size(), fromWide, bytes.size());
+        failures += isGood ? 0 : 1;
+    }
+    // A library that opens the code page and then converts nothing, not even what opened it.
+    int calls = 0;
+    const auto answer = [&calls](auto, INT* room) -> HRESULT {
+        *room = 1;
+        return ++calls <= 2 ? S_OK : E_FAIL;
+    };
+    ScriptedLibrary library = {answer, answer};
+    script = &library;
+    CharSetConverter converter;
+    WideString units;
+    std::string bytes;
+    failures += converter.ToWide(50221, "x", 1, &units) == RESULT_UNSUPPORTED_CHARSET && units.empty() ? 0 : 1;
+    failures += converter.FromWide(50221, KESTRA_WIDE("x"), 1, &bytes) == RESULT_UNSUPPORTED_CHARSET && bytes.empty() ? 0 : 1;
+    ExitProcess(static_cast<UINT>(failures));
+}
+
+TEST(WindowsConverterDeathTest, EveryAnswerOfTheLanguageLibrary) {
+    EXPECT_EXIT(ExitWithScriptedLibrary(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -1,5 +1,13 @@
 #include "tests/platform/windows/SystemCalls.h"
 
+#include <cstdint>
+
+// After the header above, which it needs.
+#include <winternl.h>
+
+/// What GetProcAddress itself calls, so that it can be called behind the hook of that.
+extern "C" NTSYSAPI NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, const ANSI_STRING* name, ULONG ordinal, void** address);
+
 namespace Kestra::Test {
 
 namespace {
@@ -14,7 +22,7 @@ const Hook* Get(Hook SystemHooks::*hook) {
 
 template <typename Call>
 Call* Find(const char* library, const char* name) {
-    return reinterpret_cast<Call*>(reinterpret_cast<void*>(GetProcAddress(LoadLibraryA(library), name)));
+    return reinterpret_cast<Call*>(reinterpret_cast<void*>(RealSystem::FindCall(LoadLibraryA(library), name)));
 }
 
 template <typename Call>
@@ -73,6 +81,11 @@ HMODULE WINAPI LoadLibraryHooked(const wchar_t* name, HANDLE, DWORD flags) {
     return hook != nullptr ? (*hook)(name, flags) : RealSystem::Load(name, flags);
 }
 
+FARPROC WINAPI GetProcAddressHooked(HMODULE library, const char* name) {
+    const auto* hook = Get(&SystemHooks::getProcAddress);
+    return hook != nullptr ? (*hook)(library, name) : RealSystem::FindCall(library, name);
+}
+
 HRESULT WINAPI CoInitializeHooked(void*) {
     const auto* hook = Get(&SystemHooks::coInitialize);
     return hook != nullptr ? (*hook)() : RealSystem::Initialize();
@@ -118,6 +131,18 @@ HMODULE RealSystem::Load(const wchar_t* name, DWORD flags) {
     return real(name, nullptr, flags);
 }
 
+FARPROC RealSystem::FindCall(HMODULE library, const char* name) {
+    void* address = nullptr;
+    const bool isNumber = reinterpret_cast<std::uintptr_t>(name) <= 0xFFFF;
+    if (isNumber)
+        return LdrGetProcedureAddress(library, nullptr, static_cast<ULONG>(reinterpret_cast<std::uintptr_t>(name)), &address) == 0
+                   ? reinterpret_cast<FARPROC>(address)
+                   : nullptr;
+    ANSI_STRING text;
+    RtlInitAnsiString(&text, name);
+    return LdrGetProcedureAddress(library, &text, 0, &address) == 0 ? reinterpret_cast<FARPROC>(address) : nullptr;
+}
+
 HRESULT RealSystem::Initialize() {
     static const auto real = Find<decltype(CoInitializeHooked)>("ole32.dll", "CoInitialize");
     return real(nullptr);
@@ -161,6 +186,7 @@ auto* __imp_GetACP = &Kestra::Test::GetAnsiCodePageHooked;
 auto* __imp_MultiByteToWideChar = &Kestra::Test::MultiByteToWideCharHooked;
 auto* __imp_WideCharToMultiByte = &Kestra::Test::WideCharToMultiByteHooked;
 auto* __imp_LoadLibraryExW = &Kestra::Test::LoadLibraryHooked;
+auto* __imp_GetProcAddress = &Kestra::Test::GetProcAddressHooked;
 auto* __imp_CoInitialize = &Kestra::Test::CoInitializeHooked;
 auto* __imp_CoUninitialize = &Kestra::Test::CoUninitializeHooked;
 auto* __imp_CoCreateInstance = &Kestra::Test::CoCreateInstanceHooked;

@@ -19,6 +19,7 @@ struct SystemHooks {
     std::function<int(UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room)> multiByteToWideChar;
     std::function<int(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room)> wideCharToMultiByte;
     std::function<HMODULE(const wchar_t* name, DWORD flags)> loadLibrary;
+    std::function<FARPROC(HMODULE library, const char* name)> getProcAddress;
     std::function<HRESULT()> coInitialize;
     std::function<void()> coUninitialize;
     std::function<HRESULT(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object)> coCreateInstance;
@@ -31,6 +32,7 @@ struct RealSystem {
     static int ToWide(UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room);
     static int FromWide(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room);
     static HMODULE Load(const wchar_t* name, DWORD flags);
+    static FARPROC FindCall(HMODULE library, const char* name);
     static HRESULT Initialize();
     static void Uninitialize();
     static HRESULT CreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object);
