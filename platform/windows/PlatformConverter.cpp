@@ -59,8 +59,11 @@ constexpr bool IsStateful(CharSet::Code code) {
     return code == 65000 || (code >= 50220 && code <= 50229) || code == 52936 || (code >= 57002 && code <= 57011);
 }
 
-/// No byte below it is the second, third or fourth one of a character, in any code page whose characters stand for themselves.
-constexpr unsigned char FIRST_TRAIL_BYTE = 0x30;
+/// Whether a character ends with this byte wherever it stands, alone or behind others, in every code page whose characters stand for
+/// themselves: characters of several bytes begin with one from 0x80 up. A digit may be the second of four bytes.
+constexpr bool EndsCharacter(char byte) {
+    return static_cast<unsigned char>(byte) < 0x80 && (byte < '0' || byte > '9');
+}
 
 /// What a call of the system came to.
 enum class Outcome {
@@ -75,6 +78,7 @@ enum class Outcome {
 struct CharSetConverter::Platform::System {
     CharSet::Code code = CharSet::UNKNOWN;
     bool isLanguageLibrary = false;
+    bool isSingleByte = false;
     bool writes = false;  ///< some code pages can only be read
     DWORD fromWideFlags = 0;
 
@@ -114,6 +118,8 @@ std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::
         system->writes = system->Knows(L"a");
         return system;
     }
+    CPINFO information;
+    system->isSingleByte = GetCPInfo(code, &information) != 0 && information.MaxCharSize == 1;
     system->fromWideFlags = WC_NO_BEST_FIT_CHARS;  // no look-alikes
     system->writes = system->Knows(L"a");
     if (!system->writes) {
@@ -170,7 +176,7 @@ std::uint64_t CharSetConverter::Platform::System::FindCut(const char* data, std:
     if (size <= STEP || IsStateful(code))
         return size;
     std::uint64_t cut = STEP;
-    while (cut < size && static_cast<unsigned char>(data[cut]) >= FIRST_TRAIL_BYTE)
+    while (cut < size && !isSingleByte && !EndsCharacter(data[cut - 1]))
         ++cut;
     return cut;
 }

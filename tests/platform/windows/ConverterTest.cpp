@@ -422,6 +422,71 @@ TEST(WindowsConverterTest, LongStringsAreCutBetweenCharacters) {
         CheckLongStrings(row, (5 << 18) / row.bytes.size());
 }
 
+TEST(WindowsConverterTest, ACutIsWhereACharacterEndsInTextThatIsNoneToo) {
+    const std::size_t step = std::size_t{1} << 20;
+    const ToWideRow rows[] = {
+        // What stands around the end of the first step, and what it comes to.
+        {"a first byte without its second one", 932, "\x83 bcd",
+         KESTRA_WIDE("\u30FB"
+                     "bcd")},
+        {"a first byte in front of a digit", 932,
+         "\x83"
+         "1 bcd",
+         KESTRA_WIDE("\u30FB bcd")},
+        {"two first bytes", 936, "\x81\x20 bcd", KESTRA_WIDE("? bcd")},
+        {"a character", 932, "\x83\x5C bcd", KESTRA_WIDE("\u30BD bcd")},
+    };
+    CharSetConverter converter;
+    for (const ToWideRow& row : rows) {
+        const WideString whole = ToWide(row.code, row.bytes);
+        for (std::size_t offset = 0; offset <= row.bytes.size(); ++offset) {
+            std::string text(step - offset, 'a');
+            text += row.bytes;
+            WideString units;
+            EXPECT_EQ(converter.ToWide(row.code, text.data(), text.size(), &units), RESULT_OK);
+            ASSERT_GE(units.size(), step - offset);
+            EXPECT_EQ(Dump(units.substr(step - offset)), Dump(whole)) << row.note << ", cut at " << offset;
+        }
+    }
+}
+
+TEST(WindowsConverterTest, TextWithoutBlanksIsCutToo) {
+    CharSetConverter converter;
+    WideString units;
+    struct Row {
+        CharSet::Code code;
+        char byte;
+        std::size_t size;
+    };
+    const Row rows[] = {
+        {1251, 'x', 3 << 20},  {1251, '0', 3 << 20}, {1251, '\xCF', 3 << 20},
+        {37, '\x81', 3 << 20}, {932, 'x', 3 << 20},  {949, '~', 3 << 20},
+    };
+    for (const Row& row : rows) {
+        const std::string text(row.size, row.byte);
+        EXPECT_EQ(converter.ToWide(row.code, "a", 1, &units), RESULT_OK);
+        const WideString expected(row.size, ToWide(row.code, std::string(1, row.byte))[0]);
+        WatchedConverters watched;
+        EXPECT_EQ(converter.ToWide(row.code, text.data(), text.size(), &units), RESULT_OK);
+        EXPECT_TRUE(units == expected) << row.code;
+        EXPECT_EQ(watched.longest, 1 << 20) << row.code;
+    }
+}
+
+TEST(WindowsConverterTest, WhatCannotBeCutIsRefusedAboveTheLimitOfTheCalls) {
+    const std::size_t most = std::size_t{1} << 28;
+    for (const CharSet::Code code : {50221U, 932U}) {
+        const std::string text(most + 1, code == 932 ? '\x81' : 'x');
+        CharSetConverter converter;
+        WideString units;
+        EXPECT_EQ(converter.ToWide(code, "a", 1, &units), RESULT_OK);
+        WatchedConverters watched;
+        EXPECT_EQ(converter.ToWide(code, text.data(), text.size(), &units), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_TRUE(units.empty());
+        EXPECT_EQ(watched.calls, 0);
+    }
+}
+
 TEST(WindowsConverterTest, LongStringsAreConvertedInSteps) {
     CharSetConverter converter;
     WideString units;
