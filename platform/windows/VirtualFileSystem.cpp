@@ -76,7 +76,7 @@ private:
 /// A pipe, a console or another device: bytes come once, and their offsets are unknown.
 class DeviceInputStream final : public InputStream {
 public:
-    explicit DeviceInputStream(HANDLE openHandle) : handle(openHandle) {}
+    DeviceInputStream(HANDLE openHandle, bool pipe) : handle(openHandle), isPipe(pipe) {}
     DeviceInputStream(const DeviceInputStream&) = delete;
     DeviceInputStream& operator=(const DeviceInputStream&) = delete;
     ~DeviceInputStream() override {
@@ -92,14 +92,17 @@ public:
             return RESULT_OK;
         if (buffer == nullptr)
             return RESULT_INVALID_ARGUMENT;
-        DWORD count = 0;
         const auto length = static_cast<DWORD>(std::min(size, MAX_TRANSFER));
-        // A pipe whose writer is gone says so by an error.
-        if (ReadFile(handle, buffer, length, &count, nullptr) == 0 && GetLastError() != ERROR_BROKEN_PIPE &&
-            GetLastError() != ERROR_HANDLE_EOF)
-            return RESULT_STREAM_FAILED;
-        endSeen = count == 0;
-        *bytesRead = count;
+        do {
+            DWORD count = 0;
+            if (ReadFile(handle, buffer, length, &count, nullptr) == 0) {
+                // A pipe whose writer is gone says so by an error.
+                endSeen = GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_HANDLE_EOF;
+                return endSeen ? RESULT_END_OF_DATA : RESULT_STREAM_FAILED;
+            }
+            *bytesRead = count;
+        } while (*bytesRead == 0 && isPipe);  // the writer wrote nothing: an empty message, and no end
+        endSeen = *bytesRead == 0;
         return endSeen ? RESULT_END_OF_DATA : RESULT_OK;
     }
 
@@ -117,6 +120,7 @@ public:
 
 private:
     HANDLE handle;
+    bool isPipe;
     bool endSeen = false;
 };
 
@@ -128,8 +132,9 @@ InputStream* MakeStream(HANDLE handle) {
                 return nullptr;
             return new (std::nothrow) FileInputStream(handle, static_cast<std::uint64_t>(size.QuadPart));
         case FILE_TYPE_CHAR:
+            return new (std::nothrow) DeviceInputStream(handle, false);
         case FILE_TYPE_PIPE:
-            return new (std::nothrow) DeviceInputStream(handle);
+            return new (std::nothrow) DeviceInputStream(handle, true);
         default:
             return nullptr;
     }

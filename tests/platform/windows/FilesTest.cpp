@@ -554,12 +554,34 @@ TEST(WindowsDeviceTest, APipeOfMessagesIsReadAsBytes) {
     PipeServer server(PIPE_TYPE_MESSAGE);
     const std::unique_ptr<InputStream> stream = Open(server.GetPath());
     ASSERT_NE(stream, nullptr);
+    server.Write("");
     server.Write("a message of many bytes");
+    server.Write("");
+    server.Write("");
     server.Write("another");
+    server.Write("");
     server.Close();
     const StreamContent content = ReadAll(stream.get(), 4);
-    EXPECT_EQ(content.bytes, "a message of many bytesanother");
+    EXPECT_EQ(content.bytes, "a message of many bytesanother") << "an empty message is no end";
     EXPECT_EQ(content.result, RESULT_END_OF_DATA);
+    EXPECT_TRUE(stream->IsEnd());
+}
+
+TEST(WindowsDeviceTest, ADocumentGoesOnBehindAnEmptyMessage) {
+    PipeServer server(PIPE_TYPE_MESSAGE);
+    std::thread writer([&server] {
+        Sleep(20);
+        server.Write("<p>one");
+        server.Write("");
+        server.Write(" two</p>");
+        server.Close();
+    });
+    HTML::GenericParser parser;
+    EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseFile(server.GetPath().c_str()), 0U);
+    EXPECT_EQ(parser.GetColumn(), 15U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    writer.join();
 }
 
 TEST(WindowsDeviceTest, AReaderWaitsForTheWriter) {
