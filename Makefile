@@ -9,19 +9,21 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
-# What `make test` runs in the optimized build as well: the comparison with the second tokenizer, with more documents.
-OPTIMIZED_TESTS = differential-tests round-trip-tests
+# What `make test` runs in the optimized build as well: the comparison with the second tokenizer, with more documents, and what the parsers
+# take from the heap, with longer ones.
+OPTIMIZED_TESTS = differential-tests round-trip-tests allocation-tests memory-tests
 
 # `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows bench corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
+.PHONY: help run test test-windows test-memory bench corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
 	@echo 'make test           build with sanitizers, run all tests; those of random documents in the release too'
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine'
+	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, run the benchmarks'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
@@ -45,7 +47,7 @@ test:
 	cmake --build --preset sanitize --parallel $(JOBS)
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS) --target $(OPTIMIZED_TESTS)
-	@setup/run-tests sanitize 'release:enumerated|random'
+	@setup/run-tests sanitize 'release:enumerated|random|memory'
 
 test-windows:
 	@setup/install build windows
@@ -56,6 +58,12 @@ test-windows:
 	cmake --build --preset windows-test --parallel $(JOBS)
 	@setup/wine --start
 	@setup/run-tests windows-test; status=$$?; setup/wine --stop; exit $$status
+
+test-memory:
+	@setup/install build
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target memory-tests
+	@setup/run-tests release:gibibyte
 
 bench:
 	@setup/install build

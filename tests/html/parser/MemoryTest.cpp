@@ -1,0 +1,410 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "html/parser/GenericParser.h"
+#include "html/stateless/StatelessHTMLParser.h"
+#include "platform/Results.h"
+#include "tests/html/parser/CountedAllocations.h"
+#include "tests/html/parser/RandomTokens.h"
+#include "tests/support/Flavours.h"
+
+// What a parser takes from the heap depends on the longest token and on the tag with the most attributes, not on the length of the
+// document.
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using HTML::StatelessHTMLParser;
+
+constexpr std::size_t KIB = 1024;
+constexpr std::uint64_t MIB = 1024 * KIB;
+constexpr std::size_t LONG = MIB;            // characters of a long string
+constexpr std::size_t MANY = 10000;          // attributes
+constexpr std::size_t PAGE_UNIT = 64 * KIB;  // the longest read of a stream that a parser makes
+
+constexpr std::uint64_t STREAM_SIZE = KESTRA_MEMORY_TEST_SIZE * MIB;
+constexpr std::uint64_t LONG_STREAM_SIZE = 1024 * MIB;
+constexpr std::uint64_t STREAM_OF_LONG_TOKENS_SIZE = STREAM_SIZE / 4;
+
+/// One part of a document, and what its tokens are bounded by.
+class Page {
+public:
+    /// @param attributes  how many the token has as written, before bare words become a part of a value
+    Page& Add(std::string token, std::size_t attributes = 0) {
+        longest = std::max(longest, token.size());
+        most = std::max(most, attributes);
+        text += token;
+        return *this;
+    }
+
+    /// Several tokens, of which none matters for the bounds.
+    Page& AddAll(const std::string& tokens) {
+        text += tokens;
+        return *this;
+    }
+
+    /// Makes it as long as others, with short tokens. It ends in text that is not empty.
+    Page& FillUpTo(std::size_t size) {
+        constexpr char FILLER[] = "A short text.<p>";
+        while (text.size() + sizeof(FILLER) <= size)
+            text += FILLER;
+        text.append(size - text.size(), '.');
+        return *this;
+    }
+
+    Page& FillUp() {
+        return FillUpTo(((text.size() + PAGE_UNIT) / PAGE_UNIT) * PAGE_UNIT);
+    }
+
+    std::string text;
+    std::size_t longest = 0;
+    std::size_t most = 0;
+};
+
+/// A stream of a given length over pages of one size, in an order that does not repeat; it keeps nothing but the pages.
+class PagedStream final : public VFS::InputStream {
+public:
+    /// Ends with the page that makes it at least `sizeOfStream` bytes long.
+    PagedStream(std::vector<std::string> pagesOfOneSize, std::uint64_t sizeOfStream)
+        : pages(std::move(pagesOfOneSize)), size((sizeOfStream / pages.front().size() + 1) * pages.front().size()) {}
+
+    std::uint32_t Read(void* buffer, std::uint64_t wanted, std::uint64_t* bytesRead) override {
+        *bytesRead = 0;
+        if (position == size)
+            return RESULT_END_OF_DATA;
+        const std::uint64_t pageSize = pages.front().size();
+        while (*bytesRead < wanted && position < size) {
+            const std::string& page = PageAt(position / pageSize);
+            const std::uint64_t offset = position % pageSize;
+            const std::uint64_t count = std::min(wanted - *bytesRead, pageSize - offset);
+            std::memcpy(static_cast<char*>(buffer) + *bytesRead, page.data() + offset, static_cast<std::size_t>(count));
+            *bytesRead += count;
+            position += count;
+        }
+        return RESULT_OK;
+    }
+    std::uint32_t GetPosition(std::uint64_t* out) override {
+        *out = position;
+        return RESULT_OK;
+    }
+    std::uint32_t Seek(std::uint64_t target) override {
+        position = target;
+        return RESULT_OK;
+    }
+    bool IsEnd() override {
+        return position == size;
+    }
+
+private:
+    const std::string& PageAt(std::uint64_t index) const {
+        const std::uint64_t mixed = index * 0x9E3779B97F4A7C15U;  // 2^64 divided by the golden ratio
+        return pages[static_cast<std::size_t>(mixed >> 32) % pages.size()];
+    }
+
+    std::vector<std::string> pages;
+    std::uint64_t size;
+    std::uint64_t position = 0;
+};
+
+/// A kind of document. No document has a token that is longer, or a tag with more attributes, than its pages say.
+struct Document {
+    std::vector<std::string> pages;
+    std::size_t longest = 0;
+    std::size_t most = 0;
+    bool hasJunk = false;
+};
+
+Document OfPages(std::vector<Page> pages, bool hasJunk = false) {
+    Document document;
+    document.hasJunk = hasJunk;
+    std::size_t size = 0;
+    for (Page& page : pages)
+        size = std::max(size, page.FillUp().text.size());
+    for (Page& page : pages) {
+        document.pages.push_back(page.FillUpTo(size).text);
+        document.longest = std::max(document.longest, page.longest);
+        document.most = std::max(document.most, page.most);
+    }
+    return document;
+}
+
+Document ToUtf16(const Document& narrow) {
+    Document wide = narrow;
+    for (std::string& page : wide.pages)
+        page = ToUtf16LE(page);
+    wide.longest *= 2;
+    return wide;
+}
+
+std::size_t BoundOf(const Document& document) {
+    return 512 * KIB + 16 * document.longest + KIB * document.most;
+}
+
+/// The most that `parse` has on the heap, above what is there when it is called.
+std::size_t MeasurePeak(const std::function<void()>& parse) {
+    RestartHeapPeak();
+    const std::size_t before = GetHeapSize();
+    parse();
+    return GetHeapPeak() - before;
+}
+
+/// Keeps nothing.
+template <typename C, typename S>
+class JunkCounter final : public HTML::ParserObserver<C, S> {
+public:
+    void OnJunkData(HTML::JunkData<C, S>*) override {
+        ++count;
+    }
+
+    std::size_t count = 0;
+};
+
+template <typename C, typename S>
+void CheckPeak(const char* flavour, const Document& document, std::uint64_t size, GenericParser::DataStreamType type) {
+    SCOPED_TRACE(flavour);
+    JunkCounter<C, S> counter;
+    PagedStream stream(document.pages, size);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        EXPECT_EQ(parser->StartParse(1252, type), 0U);
+        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
+        EXPECT_EQ(parser->EndParse(), 0U);
+    });
+    EXPECT_EQ(counter.count != 0, document.hasJunk) << counter.count;
+    EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
+    EXPECT_LE(peak, BoundOf(document)) << "longest token " << document.longest << ", attributes " << document.most;
+    testing::Test::RecordProperty(std::string("peak-") + flavour, std::to_string(peak));
+    testing::Test::RecordProperty(std::string("bound-") + flavour, std::to_string(BoundOf(document)));
+}
+
+class TagCounter final : public HTML::StatelessHTMLObserver {
+public:
+    void OnStartTag(const WideChar*, const Attributes*) override {
+        ++count;
+    }
+    void OnEndTag(const WideChar*) override {}
+    void OnScript(const Attributes*, const WideChar*) override {}
+    void OnExternTag(const WideChar*, const Attributes*) override {}
+    void OnEntityTag(const WideChar*, const Tokens*) override {}
+    void OnComment(const WideChar*) override {}
+    void OnText(const WideChar*) override {}
+    void OnStyle(const Attributes*, const WideChar*) override {}
+
+    std::size_t count = 0;
+};
+
+void CheckPeakOfStateless(const Document& document, std::uint64_t size) {
+    SCOPED_TRACE("stateless");
+    TagCounter counter;
+    PagedStream stream(document.pages, size);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<StatelessHTMLParser>();
+        parser->Attach(&counter);
+        EXPECT_EQ(parser->StartParse(1252), 0U);
+        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
+        EXPECT_EQ(parser->EndParse(), 0U);
+    });
+    EXPECT_NE(counter.count, 0U);
+    EXPECT_GE(peak, static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE));
+    EXPECT_LE(peak, BoundOf(document)) << "longest token " << document.longest << ", attributes " << document.most;
+    testing::Test::RecordProperty("peak-stateless", std::to_string(peak));
+    testing::Test::RecordProperty("bound-stateless", std::to_string(BoundOf(document)));
+}
+
+/// A document and the parsers that read it.
+struct Case {
+    const char* name;
+    Document (*make)();
+    bool forStateless = false;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Case& row) {
+    return stream << row.name;
+}
+
+std::string Letters(std::size_t count = LONG) {
+    return std::string(count, 'a');
+}
+
+std::string Blanks(std::size_t count = LONG) {
+    return std::string(count, ' ');
+}
+
+Document OfToken(std::string token) {
+    Page page;
+    page.Add(std::move(token), 2);
+    return OfPages({page});
+}
+
+/// A long token between two short ones, which belong to it.
+Document OfEnclosedToken(const std::string& before, std::string token, const std::string& after) {
+    Page page;
+    page.AddAll(before).Add(std::move(token), 2).AddAll(after);
+    return OfPages({page});
+}
+
+std::string ManyAttributes(const std::string& start, const std::string& attribute, const std::string& end) {
+    std::string tag = start;
+    for (std::size_t i = 0; i < MANY; ++i)
+        tag += attribute;
+    return tag + end;
+}
+
+Document OfManyAttributes(const std::string& start, const std::string& attribute, const std::string& end) {
+    Page page;
+    page.Add(ManyAttributes(start, attribute, end), MANY);
+    return OfPages({page});
+}
+
+Document OfJunk(std::string token, std::size_t attributes = 2) {
+    Page page;
+    page.Add(std::move(token), attributes);
+    return OfPages({page}, true);
+}
+
+/// Random tokens up to a size. @param next  makes one of them
+Page OfRandomTokens(RandomTokens* tokens, std::string (RandomTokens::*next)(), std::size_t size, bool withJunk) {
+    constexpr std::size_t MOST_ATTRIBUTES = 40;
+    Page page;
+    while (page.text.size() < size) {
+        const std::string token = (tokens->*next)();
+        const bool isElement = token.starts_with("<script") || token.starts_with("<style");  // several tokens, all short
+        page.Add(token.substr(0, isElement ? 0 : token.size()), MOST_ATTRIBUTES).AddAll(isElement ? token : "");
+        if (withJunk)
+            page.AddAll(tokens->NextJunk());
+    }
+    return page;
+}
+
+/// @param longestRun  of one string of a token
+Document OfTokens(std::size_t longestRun, bool withJunk) {
+    RandomTokens tokens(1, longestRun);
+    std::vector<Page> pages;
+    while (pages.size() < 16)
+        pages.push_back(OfRandomTokens(&tokens, &RandomTokens::Next, 7 * PAGE_UNIT, withJunk));
+    return OfPages(std::move(pages), withJunk);
+}
+
+/// For the stateless parser no token may be cut: a quote that ends a piece does not end its value.
+Document OfPlainTokens(std::size_t longestRun) {
+    RandomTokens tokens(1, longestRun);
+    std::vector<Page> pages;
+    while (pages.size() < 64)
+        pages.push_back(OfRandomTokens(&tokens, &RandomTokens::NextPlain, PAGE_UNIT / 2, false));
+    return OfPages(std::move(pages));
+}
+
+// clang-format off
+const Case MIXED[] = {
+    {"ShortTokens", [] { return OfTokens(40, false); }},
+    {"ShortTokensAndJunk", [] { return OfTokens(40, true); }},
+    {"PlainTokens", [] { return OfPlainTokens(400); }, true},
+    {"LongPlainTokens", [] { return OfPlainTokens(4000); }, true},
+};
+
+const Case LONG_TOKENS[] = {
+    {"Text", [] { return OfToken(Letters()); }, true},
+    {"TagName", [] { return OfToken("<" + Letters() + ">"); }, true},
+    {"SpaceInFrontOfTagName", [] { return OfToken("<" + Blanks() + "a>"); }, true},
+    {"SpaceAtTheEndOfATag", [] { return OfToken("<a a=b" + Blanks() + ">"); }, true},
+    {"AttributeName", [] { return OfToken("<a " + Letters() + "=b>"); }, true},
+    {"BareAttribute", [] { return OfToken("<a " + Letters() + ">"); }, true},
+    {"BareWordBehindAValue", [] { return OfToken("<a a=b " + Letters() + ">"); }, true},
+    {"SpaceInFrontOfAnAttribute", [] { return OfToken("<a" + Blanks() + "a=b>"); }, true},
+    {"SpaceInFrontOfEquals", [] { return OfToken("<a a" + Blanks() + "=b>"); }, true},
+    {"SpaceBehindEquals", [] { return OfToken("<a a=" + Blanks() + "b>"); }, true},
+    {"SpaceBehindABareAttribute", [] { return OfToken("<a a" + Blanks() + "b>"); }, true},
+    {"UnquotedValue", [] { return OfToken("<a a=" + Letters() + ">"); }, true},
+    {"ValueInSingleQuotes", [] { return OfToken("<a a='" + Letters() + "'>"); }, true},
+    {"ValueInDoubleQuotes", [] { return OfToken("<a a=\"" + Letters() + "\">"); }, true},
+    {"ValueOfAShortTag", [] { return OfToken("<a a=\"" + Letters() + "\"/>"); }, true},
+    {"EndTagName", [] { return OfToken("</" + Letters() + ">"); }, true},
+    {"SpaceBehindEndTagName", [] { return OfToken("</a" + Blanks() + ">"); }},
+    {"ValueOfAnEndTag", [] { return OfToken("</a a=\"" + Letters() + "\">"); }},
+    {"Comment", [] { return OfToken("<!--" + Letters() + "-->"); }, true},
+    {"CdataSection", [] { return OfToken("<![CDATA[" + Letters() + "]]>"); }},
+    {"Condition", [] { return OfToken("<![if " + Letters() + "]>"); }},
+    {"DeclarationKeyword", [] { return OfToken("<!" + Letters() + " a>"); }, true},
+    {"DeclarationItem", [] { return OfToken("<!a " + Letters() + ">"); }, true},
+    {"DeclarationString", [] { return OfToken("<!a \"" + Letters() + "\">"); }, true},
+    {"Instruction", [] { return OfToken("<?a " + Letters() + "?>"); }},
+    {"InstructionTarget", [] { return OfToken("<?" + Letters() + " ?>"); }, true},
+    {"InstructionString", [] { return OfToken("<?a '" + Letters() + "'?>"); }},
+    {"ValueOfAnXmlDeclaration", [] { return OfToken("<?xml a='" + Letters() + "'?>"); }, true},
+    {"Script", [] { return OfEnclosedToken("<i><script>", Letters(), "</script>"); }, true},
+    {"StringInSingleQuotes", [] { return OfEnclosedToken("<i><script>", "'" + Letters() + "'", "</script>"); }, true},
+    {"StringInDoubleQuotes", [] { return OfEnclosedToken("<i><script>", "\"" + Letters() + "\"", "</script>"); }, true},
+    {"BlockComment", [] { return OfEnclosedToken("<i><script>", "/*" + Letters() + "*/", "</script>"); }, true},
+    {"LineComment", [] { return OfEnclosedToken("<i><script>", "//" + Letters() + "\n", "</script>"); }, true},
+    {"RegularExpression", [] { return OfEnclosedToken("<i><script>", "/" + Letters() + "\n", "</script>"); }},
+    {"ForeignEndTag", [] { return OfEnclosedToken("<i><script>", "</" + Letters() + ">", "</script>"); }},
+    {"Style", [] { return OfEnclosedToken("<i><style>", Letters(), "</style>"); }, true},
+
+    {"ManyBareAttributes", [] { return OfManyAttributes("<a", " a", ">"); }, true},
+    {"ManyAttributesWithValues", [] { return OfManyAttributes("<a", " a=\"b\"", ">"); }, true},
+    {"ManyLongAttributes", [] { return OfManyAttributes("<a", Blanks(64) + Letters(64) + Blanks(64) + "=" + Blanks(64) + Letters(64), ">"); },
+        true},
+    {"ManyBareWordsBehindAValue", [] { return OfManyAttributes("<a a=b", " a", ">"); }, true},
+    {"ManyAttributesOfAnEndTag", [] { return OfManyAttributes("</a", " a='b'", ">"); }},
+    {"ManyAttributesOfAnXmlDeclaration", [] { return OfManyAttributes("<?xml", " a='b'", "?>"); }, true},
+    {"ManyItemsOfADeclaration", [] { return OfManyAttributes("<!a", " 'b'", ">"); }, true},
+
+    {"FailedTagWithALongValue", [] { return OfJunk("<a a=\"" + Letters() + "\" / a>"); }},
+    {"FailedTagWithManyAttributes", [] { return OfJunk(ManyAttributes("<a", " a='b'", " / a>"), MANY); }},
+    {"FailedDeclaration", [] { return OfJunk("<!a '" + Letters() + "' <a>"); }},
+    {"FailedSection", [] { return OfJunk("<![" + Letters() + "["); }},
+    {"FailedComment", [] { return OfJunk("<!-" + Letters()); }},
+};
+// clang-format on
+
+void CheckPeaks(const Case& row, std::uint64_t size) {
+    const Document document = row.make();
+    CheckPeak<char, std::string>("8-to-8", document, size, GenericParser::DATA_STREAM_8BIT);
+    CheckPeak<WideChar, WideString>("8-to-16", document, size, GenericParser::DATA_STREAM_8BIT);
+    CheckPeak<WideChar, WideString>("16-to-16", ToUtf16(document), size, GenericParser::DATA_STREAM_UTF16);
+    if (row.forStateless)
+        CheckPeakOfStateless(document, size);
+}
+
+std::string NameOf(const testing::TestParamInfo<Case>& row) {
+    return row.param.name;
+}
+
+class MemoryTest : public testing::TestWithParam<Case> {};
+
+TEST_P(MemoryTest, OfMixedTokens) {
+    CheckPeaks(GetParam(), STREAM_SIZE);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, MemoryTest, testing::ValuesIn(MIXED), NameOf);
+
+class LongTokenMemoryTest : public testing::TestWithParam<Case> {};
+
+TEST_P(LongTokenMemoryTest, OfLongTokens) {
+    CheckPeaks(GetParam(), STREAM_OF_LONG_TOKENS_SIZE);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, LongTokenMemoryTest, testing::ValuesIn(LONG_TOKENS), NameOf);
+
+class LongStreamMemoryTest : public testing::TestWithParam<Case> {};
+
+TEST_P(LongStreamMemoryTest, OfMixedTokens) {
+    CheckPeaks(GetParam(), LONG_STREAM_SIZE);
+}
+
+INSTANTIATE_TEST_SUITE_P(LongStream, LongStreamMemoryTest, testing::ValuesIn(MIXED), NameOf);
+
+}  // namespace
+}  // namespace Kestra::Test
