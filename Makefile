@@ -56,8 +56,7 @@ test-windows:
 	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
 	cmake --preset windows-test
 	cmake --build --preset windows-test --parallel $(JOBS)
-	@setup/wine --start
-	@setup/run-tests windows-test; status=$$?; setup/wine --stop; exit $$status
+	@trap 'setup/wine --stop' EXIT; trap 'exit 130' INT TERM; setup/wine --start && setup/run-tests windows-test
 
 test-memory:
 	@setup/install build
