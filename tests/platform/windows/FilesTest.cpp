@@ -302,7 +302,10 @@ TEST(WindowsPathTest, PathsAroundTheOldLimit) {
 std::wstring Ask(const std::wstring& path) {
     std::wstring asked = L"nothing";
     HookedSystem system;
-    system->createFile = [&asked](const wchar_t* opened) { asked = opened; };
+    system->createFile = [&asked](const wchar_t* opened, DWORD) {
+        asked = opened;
+        return true;
+    };
     Open(path);
     return asked;
 }
@@ -582,6 +585,18 @@ TEST(WindowsDeviceTest, ADocumentGoesOnBehindAnEmptyMessage) {
     EXPECT_EQ(parser.GetColumn(), 15U);
     EXPECT_EQ(parser.EndParse(), 0U);
     writer.join();
+}
+
+TEST(WindowsDeviceTest, TheServerOfAPipeCannotActAsItsReader) {
+    const PipeServer server;
+    DWORD asked = 0;
+    HookedSystem system;
+    system->createFile = [&asked](const wchar_t*, DWORD attributes) {
+        asked = attributes;
+        return true;
+    };
+    ASSERT_NE(Open(server.GetPath()), nullptr);
+    EXPECT_EQ(asked & SECURITY_VALID_SQOS_FLAGS, static_cast<DWORD>(SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION));
 }
 
 TEST(WindowsDeviceTest, AReaderWaitsForTheWriter) {
@@ -887,7 +902,10 @@ TEST(WindowsTemporaryFileTest, ALongFolderAddsThePrefixThatLiftsTheLimit) {
         HookedSystem system;
         std::wstring asked;
         NameFolder(&system, deep + L"\\");
-        system->createFile = [&asked](const wchar_t* path) { asked = path; };
+        system->createFile = [&asked](const wchar_t* path, DWORD) {
+            asked = path;
+            return true;
+        };
         TemporaryFile file;
         EXPECT_EQ(file.Create(), RESULT_OK);
         EXPECT_TRUE(asked.starts_with(L"\\\\?\\" + deep + L"\\kestra-")) << testing::PrintToString(asked);

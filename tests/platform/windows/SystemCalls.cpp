@@ -33,8 +33,9 @@ Call* FindInKernel(const char* name) {
 HANDLE WINAPI CreateFileHooked(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
                                DWORD attributes, HANDLE pattern) {
     static const auto real = FindInKernel<decltype(CreateFileHooked)>("CreateFileW");
-    if (const auto* hook = Get(&SystemHooks::createFile))
-        (*hook)(path);
+    const auto* hook = Get(&SystemHooks::createFile);
+    if (hook != nullptr && !(*hook)(path, attributes))
+        return INVALID_HANDLE_VALUE;
     return real(path, access, share, security, disposition, attributes, pattern);
 }
 

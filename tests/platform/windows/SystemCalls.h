@@ -11,7 +11,7 @@ namespace Kestra::Test {
 
 /// What a test puts in front of calls to the system. An empty one leaves the call alone.
 struct SystemHooks {
-    std::function<void(const wchar_t* path)> createFile;  ///< hears of the call only
+    std::function<bool(const wchar_t* path, DWORD attributes)> createFile;  ///< false for a failure, with the last error that it has set
     std::function<BOOL(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place)> readFile;
     std::function<BOOL(HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place)> writeFile;
     std::function<DWORD(DWORD size, wchar_t* path)> getTempPath;
