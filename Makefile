@@ -24,7 +24,8 @@ help:
 	@echo 'make test           build with sanitizers, run all tests; those of random documents in the release too'
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
-	@echo 'make bench          build the release, run the benchmarks'
+	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
+	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
 	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
@@ -65,10 +66,21 @@ test-memory:
 	@setup/run-tests release:gibibyte
 
 bench:
-	@setup/install build
+	@setup/install build bench
+	setup/bench-corpora build/bench
+	setup/bench-peers build/bench
+	cmake --preset release -DKESTRA_BENCH_PEERS=ON
+	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
+	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large)'
+
+# Memory is kept once it is there: getting it from the system takes longer than most of these inputs, and not in proportion to their size.
+bench-hostile:
+	@setup/install build bench
+	setup/bench-corpora build/bench
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
-	build/release/bin/kestra-bench
+	@GLIBC_TUNABLES=glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=17179869184 \
+	    bench/run build/release/bin/kestra-bench build/bench hostile '^(hostile|web/document/8bit/stream/16K|web-without-scripts/stateless/stream)'
 
 corpus:
 	@setup/install build corpus

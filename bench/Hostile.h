@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/CharSet.h"
+
+namespace Kestra::Bench {
+
+/// Who reads an input, and what it does to him; flags.
+enum HostileKind : unsigned {
+    DOCUMENT = 1,
+    STATELESS = 2,  ///< the stateless parser takes the input to its end
+    BOTH = 3,
+    JUNK = 4,  ///< the document parser finds malformed what it has to read again
+};
+
+/// An input made to be slow: of any size, so that the time can be seen to grow with it and no faster.
+struct HostileInput {
+    const char* name;
+    std::string_view begin;
+    std::string_view unit;  ///< is repeated; a "#" in it is a number that counts up
+    std::string_view end;
+    unsigned kind;                   ///< of HostileKind
+    std::uint64_t size = 4'000'000;  ///< bytes for a benchmark, which reads twice as many as well
+    std::uint64_t piece = 16384;     ///< bytes handed over at once
+    StringNS::CharSet::Code charset = StringNS::CharSet::UTF8;
+};
+
+std::span<const HostileInput> HostileInputs();
+
+/// The input in about so many bytes.
+std::string MakeHostile(const HostileInput& input, std::uint64_t size);
+
+struct HostileReading {
+    bool accepted = false;        ///< the whole input was taken; with the self-check, written back as it is as well
+    std::uint64_t junk = 0;       ///< bytes
+    std::uint64_t handedOut = 0;  ///< bytes that the stream gave, those that were read again included
+};
+
+/// Reads an input from a stream in memory. @param reader  DOCUMENT or STATELESS, which has no self-check
+HostileReading ReadHostile(const HostileInput& input, HostileKind reader, const std::string& document, bool selfCheck);
+
+}  // namespace Kestra::Bench

@@ -1,0 +1,7 @@
+#include "bench/peers/Peers.h"
+
+namespace Kestra::Bench {
+
+void RegisterPeers(const NamedCorpus&, const std::string&) {}
+
+}  // namespace Kestra::Bench
