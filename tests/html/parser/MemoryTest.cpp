@@ -274,35 +274,33 @@ Document OfJunk(std::string token, std::size_t attributes = 2) {
     return OfPages({page}, true);
 }
 
-/// Random tokens up to a size. @param next  makes one of them
-Page OfRandomTokens(RandomTokens* tokens, std::string (RandomTokens::*next)(), std::size_t size, bool withJunk) {
+/// Adds random tokens up to a size. @param next  makes one of them
+void AddRandomTokens(Page* page, RandomTokens* tokens, std::string (RandomTokens::*next)(), std::size_t size, bool withJunk = false) {
     constexpr std::size_t MOST_ATTRIBUTES = 40;
-    Page page;
-    while (page.text.size() < size) {
+    while (page->text.size() < size) {
         const std::string token = (tokens->*next)();
         const bool isElement = token.starts_with("<script") || token.starts_with("<style");  // several tokens, all short
-        page.Add(token.substr(0, isElement ? 0 : token.size()), MOST_ATTRIBUTES).AddAll(isElement ? token : "");
+        page->Add(token.substr(0, isElement ? 0 : token.size()), MOST_ATTRIBUTES).AddAll(isElement ? token : "");
         if (withJunk)
-            page.AddAll(tokens->NextJunk());
+            page->AddAll(tokens->NextJunk());
     }
-    return page;
 }
 
 /// @param longestRun  of one string of a token
 Document OfTokens(std::size_t longestRun, bool withJunk) {
     RandomTokens tokens(1, longestRun);
-    std::vector<Page> pages;
-    while (pages.size() < 16)
-        pages.push_back(OfRandomTokens(&tokens, &RandomTokens::Next, 7 * PAGE_UNIT, withJunk));
+    std::vector<Page> pages(16);
+    for (Page& page : pages)
+        AddRandomTokens(&page, &tokens, &RandomTokens::Next, 7 * PAGE_UNIT, withJunk);
     return OfPages(std::move(pages), withJunk);
 }
 
 /// For the stateless parser no token may be cut: a quote that ends a piece does not end its value.
 Document OfPlainTokens(std::size_t longestRun) {
     RandomTokens tokens(1, longestRun);
-    std::vector<Page> pages;
-    while (pages.size() < 64)
-        pages.push_back(OfRandomTokens(&tokens, &RandomTokens::NextPlain, PAGE_UNIT / 2, false));
+    std::vector<Page> pages(64);
+    for (Page& page : pages)
+        AddRandomTokens(&page, &tokens, &RandomTokens::NextPlain, PAGE_UNIT / 2);
     return OfPages(std::move(pages));
 }
 
