@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -7,29 +8,41 @@
 
 namespace Kestra::VFS {
 
-/// A path that the system takes however long it is: one that is above the old limit of 260 characters, as it stands or in its absolute
-/// form, in that form and with a prefix that lifts the limit; any other one as it is.
-/// @return empty when the path has no absolute form
-inline std::wstring LiftLimit(const std::wstring& path) {
+/// What an absolute path begins with when the old limit of 260 characters is lifted.
+struct LongFront {
+    std::wstring_view text;
+    std::size_t replaced;  ///< characters of the path that it stands for
+};
+
+inline LongFront GetLongFront(std::wstring_view absolute) {
     constexpr std::wstring_view VERBATIM = L"\\\\?\\";
     constexpr std::wstring_view VERBATIM_SHARE = L"\\\\?\\UNC\\";
     constexpr std::wstring_view DEVICE = L"\\\\.\\";
     constexpr std::wstring_view SHARE = L"\\\\";
-    if (path.starts_with(VERBATIM) || path.starts_with(DEVICE))
-        return path;
-    const DWORD room = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);  // with the terminator
-    if (path.size() < MAX_PATH && room > 0 && room <= MAX_PATH)
-        return path;
-    std::wstring absolute(room, L'\0');
-    const DWORD length = room == 0 ? 0 : GetFullPathNameW(path.c_str(), room, absolute.data(), nullptr);
-    if (length == 0 || length >= room)
-        return {};
-    absolute.resize(length);
     if (absolute.starts_with(VERBATIM) || absolute.starts_with(DEVICE))
-        return absolute;
-    if (absolute.starts_with(SHARE))
-        return std::wstring(VERBATIM_SHARE).append(absolute, SHARE.size());
-    return std::wstring(VERBATIM).append(absolute);
+        return {{}, 0};
+    return absolute.starts_with(SHARE) ? LongFront{VERBATIM_SHARE, SHARE.size()} : LongFront{VERBATIM, 0};
+}
+
+/// A path that the system takes however long it is: one that is above the old limit, as it stands or in its absolute form, in that form
+/// and with a prefix that lifts the limit; any other one as it is.
+/// @return empty when the path has no absolute form
+inline std::wstring LiftLimit(const std::wstring& path) {
+    if (GetLongFront(path).text.empty())
+        return path;
+    DWORD length = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);  // with the terminator
+    if (path.size() < MAX_PATH && length > 0 && length <= MAX_PATH)
+        return path;
+    std::wstring absolute;
+    while (length > absolute.size()) {  // again when another thread has changed the folder that the path counts from
+        absolute.resize(length);
+        length = GetFullPathNameW(path.c_str(), length, absolute.data(), nullptr);
+    }
+    absolute.resize(length);
+    if (absolute.empty())
+        return {};
+    const LongFront front = GetLongFront(absolute);
+    return std::wstring(front.text).append(absolute, front.replaced);
 }
 
 }  // namespace Kestra::VFS

@@ -1,9 +1,13 @@
 #include "platform/TemporaryFile.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <charconv>
 #include <cstddef>
-#include <string>
+#include <cstdint>
+#include <limits>
+#include <string_view>
 
 #include "platform/Results.h"
 #include "platform/windows/FileHandle.h"
@@ -19,19 +23,60 @@ HANDLE ToHandle(std::intptr_t handle) {
     return reinterpret_cast<HANDLE>(handle);
 }
 
+constexpr std::size_t MOST_FOLDER = MAX_PATH + 2;  ///< characters that the system may give, and a terminator
+constexpr std::size_t MOST_NAME = 100;             ///< of the front that lifts the limit, and of a name with three numbers
+
+/// A text that takes no memory from the heap: the file is wanted when there is none left.
+class Path {
+public:
+    void Append(std::wstring_view text) {
+        used += text.copy(characters.data() + used, characters.size() - 1 - used);
+    }
+
+    void Append(std::uint64_t number) {
+        std::array<char, std::numeric_limits<std::uint64_t>::digits10 + 1> digits;
+        const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+        for (const char* digit = digits.data(); digit != end; ++digit) {
+            const auto character = static_cast<wchar_t>(*digit);
+            Append(std::wstring_view(&character, 1));
+        }
+    }
+
+    std::wstring_view Get() const {
+        return std::wstring_view(characters.data(), used);
+    }
+
+private:
+    std::array<wchar_t, MOST_FOLDER + MOST_NAME> characters = {};  ///< zeros behind those that are used
+    std::size_t used = 0;
+};
+
 /// A name that no other file of this process has had, and hardly one of another process.
-std::wstring MakeName() {
+void AppendName(Path* path) {
     static std::atomic<unsigned> number = 0;
     LARGE_INTEGER time;
     QueryPerformanceCounter(&time);
-    std::wstring name = L"kestra-";
-    name += std::to_wstring(GetCurrentProcessId());
-    name += L'-';
-    name += std::to_wstring(++number);
-    name += L'-';
-    name += std::to_wstring(time.QuadPart);
-    name += L".tmp";
-    return name;
+    path->Append(L"kestra-");
+    path->Append(std::uint64_t{GetCurrentProcessId()});
+    path->Append(L"-");
+    path->Append(std::uint64_t{++number});
+    path->Append(L"-");
+    path->Append(static_cast<std::uint64_t>(time.QuadPart));
+    path->Append(L".tmp");
+}
+
+/// A path of such a name in an absolute folder, which ends with a separator.
+Path MakePath(std::wstring_view folder) {
+    Path path;
+    path.Append(folder);
+    AppendName(&path);
+    if (path.Get().size() < MAX_PATH)
+        return path;
+    const LongFront front = GetLongFront(folder);
+    Path longPath;
+    longPath.Append(front.text);
+    longPath.Append(path.Get().substr(front.replaced));
+    return longPath;
 }
 
 }  // namespace
@@ -44,14 +89,14 @@ TemporaryFile::~TemporaryFile() {
 }
 
 std::uint32_t TemporaryFile::Create() {
-    std::array<wchar_t, MAX_PATH + 2> folder;
+    std::array<wchar_t, MOST_FOLDER> folder;
     const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
     if (length == 0 || length >= folder.size())
         return RESULT_STREAM_FAILED;
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-        const std::wstring path = LiftLimit(std::wstring(folder.data(), length) + MakeName());
+        const Path path = MakePath(std::wstring_view(folder.data(), length));
         // Shared with nobody, kept in memory while there is room, and removed when the handle is closed, whoever closes it.
-        const HANDLE opened = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
+        const HANDLE opened = CreateFileW(path.Get().data(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                                           FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
         if (opened != INVALID_HANDLE_VALUE) {
             handle = reinterpret_cast<std::intptr_t>(opened);

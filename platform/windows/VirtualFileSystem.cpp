@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 #include "platform/Results.h"
@@ -124,6 +125,17 @@ private:
     bool endSeen = false;
 };
 
+/// @return empty when there is no absolute form of the path, or no memory for it
+std::wstring TryLiftLimit(const wchar_t* path) {
+    try {
+        return LiftLimit(path);
+    } catch (const std::bad_alloc&) {
+        return {};
+    } catch (const std::length_error&) {
+        return {};
+    }
+}
+
 InputStream* MakeStream(HANDLE handle) {
     LARGE_INTEGER size;
     switch (GetFileType(handle)) {
@@ -145,7 +157,7 @@ InputStream* MakeStream(HANDLE handle) {
 InputStream* VirtualFileSystem::GetInputStreamEx(const WideChar* path) {
     if (path == nullptr || *path == 0)
         return nullptr;
-    const std::wstring lifted = LiftLimit(path);
+    const std::wstring lifted = TryLiftLimit(path);
     if (lifted.empty())
         return nullptr;
     // Others may go on writing to the file, rename or delete it, as on other systems. A folder is not opened. The server of a pipe may

@@ -23,6 +23,7 @@
 #include "platform/TemporaryFile.h"
 #include "platform/TmpStream.h"
 #include "platform/VirtualFileSystem.h"
+#include "tests/platform/windows/NoMemory.h"
 #include "tests/platform/windows/SystemCalls.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
@@ -34,6 +35,7 @@ namespace {
 
 using Test::HookedSystem;
 using Test::IsWine;
+using Test::NoMemory;
 using Test::ReadAll;
 using Test::RealSystem;
 using Test::StreamContent;
@@ -341,6 +343,39 @@ TEST(WindowsPathTest, OnlyALongPathGetsThePrefixThatLiftsTheLimit) {
     };
     for (const Row& row : rows)
         EXPECT_TRUE(Ask(row.path) == row.expected) << row.note << ": " << testing::PrintToString(Ask(row.path));
+}
+
+TEST(WindowsPathTest, AnotherThreadMayMoveTheProcessMeanwhile) {
+    const TemporaryFolder folder;
+    LongFolder longFolder(folder);
+    const std::wstring front = GetFolderPath(folder);
+    longFolder.Write(longFolder.GetPath() + L"\\file", "far down");
+    const std::wstring below = longFolder.GetPath().substr(front.size() + 1) + L"\\file";
+    const WorkingFolder working(front);
+    HookedSystem system;
+    int calls = 0;
+    system->getFullPathName = [&calls](const wchar_t* path, DWORD size, wchar_t* absolute) {
+        const DWORD length = RealSystem::GetFullPath(path, size, absolute);
+        return ++calls == 1 ? length - 10 : length;  // the folder had a shorter name then
+    };
+    EXPECT_EQ(ReadWhole(below), "far down");
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(WindowsPathTest, WithoutMemoryNothingIsOpened) {
+    const TemporaryFolder folder;
+    LongFolder longFolder(folder);
+    longFolder.Write(longFolder.GetPath() + L"\\file", "far down");
+    const std::wstring paths[] = {folder.Write("file", "near").wstring(), longFolder.GetPath() + L"\\file"};
+    for (const std::wstring& path : paths) {
+        std::unique_ptr<InputStream> stream;
+        {
+            const NoMemory none;
+            stream.reset(VirtualFileSystem::GetInputStreamEx(path.c_str()));
+        }
+        EXPECT_EQ(stream, nullptr);
+        EXPECT_NE(Open(path), nullptr);
+    }
 }
 
 TEST(WindowsFileTest, AFileThatIsLockedIsNotOpened) {
@@ -913,6 +948,34 @@ TEST(WindowsTemporaryFileTest, ALongFolderAddsThePrefixThatLiftsTheLimit) {
     EXPECT_NE(RemoveDirectoryW((L"\\\\?\\" + deep).c_str()), 0);
 }
 
+TEST(WindowsTemporaryFileTest, ANameThatIsTakenIsTriedNoMore) {
+    struct Row {
+        DWORD error;
+        int failures;
+        std::uint32_t expected;
+        int calls;
+    };
+    const Row rows[] = {
+        {ERROR_FILE_EXISTS, 1, RESULT_OK, 2},
+        {ERROR_FILE_EXISTS, 999, RESULT_OK, 1000},
+        {ERROR_FILE_EXISTS, 1000, RESULT_STREAM_FAILED, 1000},
+        {ERROR_ACCESS_DENIED, 1, RESULT_STREAM_FAILED, 1},
+    };
+    for (const Row& row : rows) {
+        std::vector<std::wstring> names;
+        HookedSystem system;
+        system->createFile = [&](const wchar_t* path, DWORD) {
+            names.emplace_back(path);
+            SetLastError(row.error);
+            return names.size() > static_cast<std::size_t>(row.failures);
+        };
+        TemporaryFile file;
+        EXPECT_EQ(file.Create(), row.expected);
+        EXPECT_EQ(names.size(), static_cast<std::size_t>(row.calls));
+        EXPECT_EQ(std::set<std::wstring>(names.begin(), names.end()).size(), names.size()) << "another name each time";
+    }
+}
+
 TEST(WindowsTemporaryFileTest, WithoutAFolderThereIsNoFile) {
     const TemporaryFolder folder;
     const std::wstring front = GetFolderPath(folder);
@@ -945,6 +1008,35 @@ TEST(WindowsTmpStreamTest, TheFileIsMadeWithTheFirstByteAboveTheLimitAndGoesWith
     EXPECT_EQ(ReadAll(input.get(), 100).bytes, "0123456789x");
     input.reset();
     EXPECT_EQ(GetTemporaryFiles().size(), 0U);
+}
+
+TEST(WindowsTmpStreamTest, TheFileTakesOverWhenThereIsNoMemory) {
+    const TemporaryFolder folder;
+    const std::wstring deep = GetFolderPath(folder) + L"\\" + std::wstring(200, L'x');
+    ASSERT_NE(CreateDirectoryW((L"\\\\?\\" + deep).c_str(), nullptr), 0);
+    for (const std::wstring& path : {GetTemporaryPath(), deep + L"\\"}) {
+        HookedSystem system;
+        NameFolder(&system, path);
+        TmpOutputStream output(std::uint64_t{1} << 40);
+        const std::string piece(65536, 'a');
+        const std::size_t pieces = 100;
+        EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
+        std::uint32_t result = RESULT_OK;
+        {
+            const NoMemory none;
+            for (std::size_t i = 1; i < pieces && result == RESULT_OK; ++i)
+                result = output.Write(piece.data(), piece.size());
+            if (result == RESULT_OK)
+                result = output.Write("end", 3);
+        }
+        EXPECT_EQ(result, RESULT_OK);
+        EXPECT_EQ(output.GetSize(), pieces * piece.size() + 3);
+        TmpInputStream input(output);
+        const StreamContent content = ReadAll(&input, piece.size());
+        EXPECT_TRUE(content.bytes == std::string(pieces * piece.size(), 'a') + "end") << content.bytes.size();
+        EXPECT_EQ(content.result, RESULT_END_OF_DATA);
+    }
+    EXPECT_NE(RemoveDirectoryW((L"\\\\?\\" + deep).c_str()), 0);
 }
 
 TEST(WindowsTmpStreamTest, ManySmallWritesCostFewCalls) {

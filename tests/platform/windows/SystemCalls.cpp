@@ -39,6 +39,12 @@ HANDLE WINAPI CreateFileHooked(const wchar_t* path, DWORD access, DWORD share, S
     return real(path, access, share, security, disposition, attributes, pattern);
 }
 
+DWORD WINAPI GetFullPathNameHooked(const wchar_t* path, DWORD size, wchar_t* absolute, wchar_t** name) {
+    static const auto real = FindInKernel<decltype(GetFullPathNameHooked)>("GetFullPathNameW");
+    const auto* hook = Get(&SystemHooks::getFullPathName);
+    return hook != nullptr ? (*hook)(path, size, absolute) : real(path, size, absolute, name);
+}
+
 BOOL WINAPI ReadFileHooked(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) {
     const auto* hook = Get(&SystemHooks::readFile);
     return hook != nullptr ? (*hook)(handle, buffer, size, count, place) : RealSystem::Read(handle, buffer, size, count, place);
@@ -106,6 +112,11 @@ HRESULT WINAPI CoCreateInstanceHooked(const CLSID& classId, IUnknown* outer, DWO
 }
 
 }  // namespace
+
+DWORD RealSystem::GetFullPath(const wchar_t* path, DWORD size, wchar_t* absolute) {
+    static const auto real = FindInKernel<decltype(GetFullPathNameHooked)>("GetFullPathNameW");
+    return real(path, size, absolute, nullptr);
+}
 
 BOOL RealSystem::Read(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) {
     static const auto real = FindInKernel<decltype(ReadFileHooked)>("ReadFile");
@@ -180,6 +191,7 @@ bool IsWine() {
 // A call that is imported goes through a pointer of this name. Those of the program itself stand in for those that the linker would make.
 extern "C" {
 auto* __imp_CreateFileW = &Kestra::Test::CreateFileHooked;
+auto* __imp_GetFullPathNameW = &Kestra::Test::GetFullPathNameHooked;
 auto* __imp_ReadFile = &Kestra::Test::ReadFileHooked;
 auto* __imp_WriteFile = &Kestra::Test::WriteFileHooked;
 auto* __imp_GetTempPathW = &Kestra::Test::GetTempPathHooked;

@@ -12,6 +12,7 @@ namespace Kestra::Test {
 /// What a test puts in front of calls to the system. An empty one leaves the call alone.
 struct SystemHooks {
     std::function<bool(const wchar_t* path, DWORD attributes)> createFile;  ///< false for a failure, with the last error that it has set
+    std::function<DWORD(const wchar_t* path, DWORD size, wchar_t* absolute)> getFullPathName;
     std::function<BOOL(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place)> readFile;
     std::function<BOOL(HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place)> writeFile;
     std::function<DWORD(DWORD size, wchar_t* path)> getTempPath;
@@ -27,6 +28,7 @@ struct SystemHooks {
 
 /// The calls that a hook may pass on, as the system answers them.
 struct RealSystem {
+    static DWORD GetFullPath(const wchar_t* path, DWORD size, wchar_t* absolute);
     static BOOL Read(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place);
     static BOOL Write(HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place);
     static int ToWide(UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room);
