@@ -21,13 +21,13 @@ constexpr std::uint64_t TEXT_SIZE = 4 * 1024 * 1024;
 constexpr std::string_view CORPORA_OPTION = "--corpora=";
 
 void RegisterAll(const NamedCorpus& corpus, const std::string& list) {
-    RegisterDocumentParser(corpus, true);
     RegisterLimits(corpus);
+    RegisterDocumentParser(corpus, true);
     RegisterPeers(corpus, list);
     // The stateless parser, and what it is compared with, over the same bytes: those that it can take.
     const NamedCorpus withoutScripts(corpus.Name() + "-without-scripts", [corpus] { return WithoutScripts(corpus.Get()); });
     RegisterStatelessParser(withoutScripts);
-    RegisterPeers(withoutScripts, "");
+    RegisterHtmlcxx(withoutScripts);
 }
 
 bool RegisterList(const std::string& folder, const std::string& name) {
@@ -62,8 +62,8 @@ int main(int argc, char** argv) {
     // The example page has junk.
     RegisterDocumentParser(NamedCorpus("example_page", [] { return LoadFolder(KESTRA_EXAMPLE_PAGES); }), false);
     const NamedCorpus text("text", [] { return MakeText(TEXT_SIZE); });
-    RegisterDocumentParser(text, true);
     RegisterLimits(text);
+    RegisterDocumentParser(text, true);
     RegisterHostileInputs();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

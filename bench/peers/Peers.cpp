@@ -3,13 +3,16 @@
 namespace Kestra::Bench {
 
 void RegisterPeers(const NamedCorpus& corpus, const std::string& list) {
-    Register(corpus, "htmlcxx/sax", ReadWithHtmlcxx);
+    RegisterHtmlcxx(corpus);
     Register(corpus, "htmlcxx/sax-attributes", ReadWithHtmlcxxAttributes);
     Register(corpus, "libxml2/push", ReadWithLibxml2);
     Register(corpus, "gumbo/tree", ReadWithGumbo);
     Register(corpus, "hubbub/tokenizer", ReadWithHubbub);
-    if (!list.empty())
-        RegisterHtmlParser2(corpus, list);
+    RegisterHtmlParser2(corpus, list);
+}
+
+void RegisterHtmlcxx(const NamedCorpus& corpus) {
+    Register(corpus, "htmlcxx/sax", ReadWithHtmlcxx);
 }
 
 }  // namespace Kestra::Bench

@@ -12,8 +12,11 @@ namespace Kestra::Bench {
 
 /// Registers every peer for one corpus; none when the peers are not built.
 ///
-/// @param list  of the files of the corpus, for a peer in a process of its own; empty for a corpus that is not in files
+/// @param list  of the files of the corpus, for a peer in a process of its own
 void RegisterPeers(const NamedCorpus& corpus, const std::string& list);
+
+/// Registers htmlcxx alone, which the stateless parser is measured by.
+void RegisterHtmlcxx(const NamedCorpus& corpus);
 
 constexpr std::size_t PEER_PIECE = 65536;  ///< bytes, for peers that take pieces
 
