@@ -84,6 +84,79 @@ TEST_F(FileNames, AreListedFolderByFolderRegardlessOfCase) {
                              "\xC3\xA9.html", "\xC3\x89.xhtml"}));
 }
 
+/// A symbolic link to a folder. Wine makes none itself, and shows those of the system below it.
+class FolderLink {
+public:
+    FolderLink(const fs::path& target, const fs::path& linkPath) : link(linkPath) {
+        if (GetUnixNameCall() == nullptr)
+            CreateSymbolicLinkW(link.c_str(), target.c_str(), SYMBOLIC_LINK_FLAG_DIRECTORY | ALLOW_UNPRIVILEGED);
+        else
+            RunUnix(L"ln", L"-s \"" + GetUnixName(target) + L"\"", true);
+    }
+    FolderLink(const FolderLink&) = delete;
+    FolderLink& operator=(const FolderLink&) = delete;
+    ~FolderLink() {
+        if (GetUnixNameCall() == nullptr)
+            RemoveDirectoryW(link.c_str());
+        else
+            RunUnix(L"rm", L"", false);
+    }
+
+    bool Exists() const {
+        const DWORD attributes = GetFileAttributesW(link.c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    }
+
+private:
+    using UnixNameCall = char*(CDECL*)(const wchar_t* path);
+
+    static constexpr DWORD ALLOW_UNPRIVILEGED = 2;  // SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE, since Windows 10
+
+    /// @return null on Windows itself
+    static UnixNameCall GetUnixNameCall() {
+        return reinterpret_cast<UnixNameCall>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    }
+
+    static std::wstring GetUnixName(const fs::path& path) {
+        char* const name = GetUnixNameCall()(fs::absolute(path).make_preferred().c_str());
+        const std::wstring wide = Tool::ToWide(name);
+        HeapFree(GetProcessHeap(), 0, name);
+        return wide;
+    }
+
+    /// Runs a program of the system below Wine with the link as its last argument. Its end cannot be waited for, but what it does.
+    void RunUnix(const std::wstring& program, const std::wstring& arguments, bool isThereThen) {
+        std::wstring commandLine = program + L" " + arguments + L" \"" + GetUnixName(link) + L"\"";
+        STARTUPINFOW start = {};
+        start.cb = sizeof(start);
+        PROCESS_INFORMATION process = {};
+        Checked(CreateProcessW((L"\\\\?\\unix\\bin\\" + program).c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                               &start, &process),
+                "CreateProcess");
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        for (int i = 0; i < 1000 && Exists() != isThereThen; ++i)
+            Sleep(10);
+    }
+
+    fs::path link;
+};
+
+TEST_F(FileNames, LinksToFoldersAreFollowedOnlyWhenNamed) {
+    Write("real/page.html");
+    Write("real/below/page.html");
+    const FolderLink link(folder.GetPath() / "real", folder.GetPath() / "link");
+    const FolderLink page(folder.GetPath() / "real", folder.GetPath() / "folder-link.html");
+    const FolderLink loop(folder.GetPath(), folder.GetPath() / "real" / "loop");
+    if (!link.Exists())
+        GTEST_SKIP() << "no right to make links";
+    ASSERT_TRUE(loop.Exists() && page.Exists());
+    EXPECT_EQ(List(), (Names{"real\\below\\page.html", "real\\page.html"}));
+    EXPECT_EQ(Shorten(Tool::ListInputs({Path("link")})), (Names{"link\\below\\page.html", "link\\page.html"}));
+    EXPECT_EQ(Expand("*\\page.html"), (Names{"folder-link.html\\page.html", "link\\page.html", "real\\page.html"})) << "named as well";
+}
+
 TEST_F(FileNames, KeepTheSeparatorsThatAreGiven) {
     Write("b/x.html");
     Write("y.html");

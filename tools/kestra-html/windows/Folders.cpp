@@ -13,9 +13,11 @@ namespace Kestra::Tool {
 
 namespace {
 
-/// Links of both kinds: symbolic ones and mount points. Files that a cloud keeps are reparse points too, but no links.
+/// Links of both kinds: symbolic ones and mount points. Files that a cloud keeps are reparse points too, but no links. A point that does
+/// not say what it is may be one, and is not followed.
 bool IsLink(const WIN32_FIND_DATAW& entry) {
-    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(entry.dwReserved0);
+    const DWORD tag = entry.dwReserved0;
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && (tag == 0 || IsReparseTagNameSurrogate(tag));
 }
 
 FolderEntry Describe(const WIN32_FIND_DATAW& entry) {
