@@ -4,4 +4,6 @@ namespace Kestra::Bench {
 
 void RegisterPeers(const NamedCorpus&, const std::string&) {}
 
+void RegisterHtmlcxx(const NamedCorpus&) {}
+
 }  // namespace Kestra::Bench
