@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
@@ -55,6 +58,24 @@ private:
     HANDLE former;
 };
 
+/// Units that one call to the console shows at most; 0 for none, which is no failure.
+DWORD mostShown = MAXDWORD;
+
+BOOL WINAPI WriteConsoleShort(HANDLE console, const void* units, DWORD count, DWORD* written, void* reserved) {
+    using Call = BOOL(WINAPI*)(HANDLE, const void*, DWORD, DWORD*, void*);
+    static const Call real =
+        reinterpret_cast<Call>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteConsoleW")));
+    *written = 0;
+    return mostShown == 0 ? TRUE : real(console, units, std::min(count, mostShown), written, reserved);
+}
+
+std::string Words(DWORD error) {
+    wchar_t text[512];
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
+    const std::wstring_view line(text, length);
+    return Tool::FromWide(line.substr(0, line.find_last_not_of(L" .\r\n") + 1));
+}
+
 ToolRun ShowTokens(const std::string& input, std::vector<std::string> more = {}) {
     ToolSettings settings;
     settings.input = input;
@@ -103,6 +124,40 @@ TEST(Console, LongOutputIsShownInPiecesThatPartNoCharacter) {
     ASSERT_GT(text.size(), 60000U);
     EXPECT_FALSE(Tool::WriteOutput(text));
     EXPECT_EQ(screen.Read(), text);
+}
+
+TEST(Console, WhatACallLeavesOutIsShownByTheNext) {
+    for (const DWORD most : {1U, 7U}) {
+        const Screen screen;
+        const OutputTo output(screen.Get());
+        mostShown = most;
+        EXPECT_FALSE(Tool::WriteOutput("one line\nand a second one"));
+        mostShown = MAXDWORD;
+        EXPECT_EQ(screen.Read(), "one line\nand a second one");
+    }
+}
+
+TEST(Console, AConsoleThatShowsNothingIsAFailure) {
+    const Screen screen;
+    const OutputTo output(screen.Get());
+    mostShown = 0;
+    const std::optional<Tool::WriteFailure> failure = Tool::WriteOutput("text");
+    mostShown = MAXDWORD;
+    ASSERT_TRUE(failure);
+    EXPECT_FALSE(failure->isReaderGone);
+    EXPECT_EQ(failure->reason, Words(ERROR_WRITE_FAULT));
+}
+
+TEST(Console, AFullPipeThatDoesNotWaitIsAFailure) {
+    const std::wstring path = L"\\\\.\\pipe\\kestra-test-full-" + std::to_wstring(GetCurrentProcessId());
+    const Handle writer(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_NOWAIT, 1, 4096, 4096, 0, nullptr));
+    const Handle reader(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    const OutputTo output(writer.Get());
+    std::optional<Tool::WriteFailure> failure;
+    for (int i = 0; i < 1000 && !failure; ++i)
+        failure = Tool::WriteOutput(std::string(10000, 'x'));
+    ASSERT_TRUE(failure) << "nobody reads";
+    EXPECT_FALSE(failure->isReaderGone);
 }
 
 TEST(Console, AFileGetsBytesAsTheyAre) {
@@ -202,4 +257,10 @@ TEST(Console, OfAnotherStreamShowsNoProgress) {
 }
 
 }  // namespace
+
+/// In the place of what the linker would make for the tool's parts in this program.
+extern "C" {
+auto* __imp_WriteConsoleW = &WriteConsoleShort;
+}
+
 }  // namespace Kestra::Test

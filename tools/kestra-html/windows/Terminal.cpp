@@ -71,19 +71,32 @@ std::string Describe(DWORD error) {
     return last == std::wstring_view::npos ? fmt::format("error {}", error) : FromWide(words.substr(0, last + 1));
 }
 
-/// Takes as many bytes off the front of the text as one call shows. @return false when the call failed
+/// A call that succeeds and writes nothing would do so for ever: a full pipe that does not wait, for example. @return false, with an error
+bool IsProgress(DWORD written) {
+    if (written == 0)
+        SetLastError(ERROR_WRITE_FAULT);
+    return written != 0;
+}
+
+/// Takes bytes off the front of the text, and shows them all. @return false when a call failed
 bool ShowFront(HANDLE console, std::string_view* text) {
     const std::size_t count = FindCut(*text, MOST_TEXT);
     const std::wstring units = ToWide(text->substr(0, count));
     text->remove_prefix(count);
-    DWORD written = 0;
-    return WriteConsoleW(console, units.data(), static_cast<DWORD>(units.size()), &written, nullptr) != 0;
+    for (std::wstring_view rest = units; !rest.empty();) {
+        DWORD written = 0;
+        if (WriteConsoleW(console, rest.data(), static_cast<DWORD>(rest.size()), &written, nullptr) == 0 || !IsProgress(written))
+            return false;
+        rest.remove_prefix(written);
+    }
+    return true;
 }
 
 /// Takes as many bytes off the front as one call writes. @return false when the call failed
 bool WriteFront(HANDLE file, std::string_view* bytes) {
     DWORD written = 0;
-    if (WriteFile(file, bytes->data(), static_cast<DWORD>(std::min(bytes->size(), MOST_BYTES)), &written, nullptr) == 0)
+    if (WriteFile(file, bytes->data(), static_cast<DWORD>(std::min(bytes->size(), MOST_BYTES)), &written, nullptr) == 0 ||
+        !IsProgress(written))
         return false;
     bytes->remove_prefix(written);
     return true;
