@@ -1,14 +1,17 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
+#include "html/framework/Block.h"
 #include "html/framework/SimpleParserContext.h"
 
 /// @file
-/// The only place where characters are skipped. A run is found, and line and column kept, in one pass over one table of character
-/// classes; each helper moves the context exactly as `SimpleParserContext::MovePointer` would. Not installed.
+/// The only place where characters are skipped. A run is found, and line and column kept, in one pass: by blocks when it ends at a few
+/// characters, else over one table of character classes. Each helper that consumes moves the context exactly as
+/// `SimpleParserContext::MovePointer` would. Not installed.
 
 namespace Kestra::HTML::Scan {
 
@@ -98,30 +101,169 @@ void Advance(SimpleParserContext<C, S>& context) {
     ++context.position;
 }
 
-/// Consumes characters up to the first one that belongs to `stops`, or to the end of the piece, and returns them.
+/// The lines that end in a run, gathered while the run is passed over.
+template <typename C>
+class Lines {
+public:
+    void Pass(const C* lineFeed) {
+        ++count;
+        lastBegin = lineFeed + 1;
+    }
+
+#if defined(KESTRA_HAS_BLOCKS)
+    void Pass(const C* block, Places<sizeof(C)> lineFeeds) {
+        count += lineFeeds.Count();
+        lastBegin = block + lineFeeds.Last() + 1;
+    }
+#endif
+
+    /// Consumes the run, from the current place to `end`.
+    template <typename S>
+    void Consume(SimpleParserContext<C, S>& context, const C* end) const {
+        const auto length = static_cast<std::size_t>(end - (context.buffer + context.position));
+        context.position += length;
+        context.line += count;
+        context.column = lastBegin == nullptr ? context.column + length : static_cast<std::uint64_t>(end - lastBegin) + 1;
+    }
+
+private:
+    std::uint64_t count = 0;
+    const C* lastBegin = nullptr;  // of the last line, when it begins in the run
+};
+
+#if defined(KESTRA_HAS_BLOCKS)
+
+template <typename C>
+bool HasBlock(const C* begin, const C* end) {
+    return end - begin >= static_cast<std::ptrdiff_t>(Block<C>::LENGTH);
+}
+
+/// Where a block has characters of the classes; white space is none of them.
+template <Classes CLASSES, typename C>
+Places<sizeof(C)> FindInBlock(const Block<C>& block) {
+    static_assert((CLASSES & WHITE_SPACE) == 0, "white space is found by the table");
+    Matches<sizeof(C)> matches;
+    const auto add = [&](Classes of, char character) {
+        if ((CLASSES & of) != 0)
+            matches = matches | block.Find(character);
+    };
+    add(LINE_FEED, '\n');
+    add(LESS_THAN, '<');
+    add(GREATER_THAN, '>');
+    add(EQUALS_SIGN, '=');
+    add(BRACKET, '[');
+    add(BRACKET | CLOSING_BRACKET, ']');
+    add(SLASH, '/');
+    add(APOSTROPHE, '\'');
+    add(QUOTATION_MARK, '"');
+    add(ESCAPE, ESC);
+    add(BACKSLASH, '\\');
+    add(CARRIAGE_RETURN, '\r');
+    add(HYPHEN, '-');
+    add(ASTERISK, '*');
+    add(QUESTION_MARK, '?');
+    return matches.GetPlaces();
+}
+
+#endif
+
+/// The first character from `begin` on that belongs to `stops`, or `end`; consumes nothing. For runs that are mostly short.
+template <typename C>
+const C* FindShort(const C* begin, const C* end, Classes stops) {
+    while (begin != end && (ClassesOf(*begin) & stops) == 0)
+        ++begin;
+    return begin;
+}
+
+/// The same for runs that may be long.
+template <Classes STOPS, typename C>
+const C* FindLong(const C* begin, const C* end) {
+#if defined(KESTRA_HAS_BLOCKS)
+    for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
+        const auto stops = FindInBlock<STOPS>(Block<C>(begin));
+        if (stops.Any())
+            return begin + stops.First();
+    }
+#endif
+    return FindShort(begin, end, STOPS);
+}
+
+/// The first character from `begin` on that is no white space, or `end`; consumes nothing.
+template <typename C>
+const C* SkipWhiteSpace(const C* begin, const C* end) {
+    while (begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0)
+        ++begin;
+    return begin;
+}
+
+/// Consumes all up to `end`, which lies in the piece and not in front of the current place.
+template <typename C, typename S>
+void ConsumeUntil(SimpleParserContext<C, S>& context, const C* end) {
+    const C* next = context.buffer + context.position;
+    Lines<C> lines;
+#if defined(KESTRA_HAS_BLOCKS)
+    for (; HasBlock(next, end); next += Block<C>::LENGTH) {
+        const auto lineFeeds = FindInBlock<LINE_FEED>(Block<C>(next));
+        if (lineFeeds.Any())
+            lines.Pass(next, lineFeeds);
+    }
+#endif
+    for (; next != end; ++next) {
+        if (*next == '\n')
+            lines.Pass(next);
+    }
+    lines.Consume(context, end);
+}
+
+/// Consumes characters up to the first one that belongs to `stops`, or to the end of the piece, and returns them. Where the classes are
+/// known beforehand, the other `RunUntil` is faster.
 template <typename C, typename S>
 std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes stops) {
     const C* const begin = context.buffer + context.position;
     const C* const end = context.buffer + context.length;
-    const C* lineBegin = nullptr;
     const Classes interesting = static_cast<Classes>(stops | LINE_FEED);
     const C* next = begin;
+    Lines<C> lines;
     for (;;) {
-        // Four characters at a time while none of them matters: runs of text and of values are mostly longer.
-        while (end - next >= 4 && ((ClassesOf(next[0]) | ClassesOf(next[1]) | ClassesOf(next[2]) | ClassesOf(next[3])) & interesting) == 0)
-            next += 4;
-        while (next != end && (ClassesOf(*next) & interesting) == 0)
-            ++next;
+        next = FindShort(next, end, interesting);
         if (next == end || (ClassesOf(*next) & stops) != 0)
             break;
+        lines.Pass(next);
         ++next;
-        ++context.line;
-        lineBegin = next;
     }
-    const auto count = static_cast<std::size_t>(next - begin);
-    context.position += count;
-    context.column = lineBegin == nullptr ? context.column + count : static_cast<std::uint64_t>(next - lineBegin) + 1;
-    return {begin, count};
+    lines.Consume(context, next);
+    return {begin, static_cast<std::size_t>(next - begin)};
+}
+
+/// The same for classes without white space that the compiler knows, by blocks.
+template <Classes STOPS, typename C, typename S>
+std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
+    const C* const begin = context.buffer + context.position;
+    const C* const end = context.buffer + context.length;
+    const C* next = begin;
+    Lines<C> lines;
+    bool stopped = false;
+#if defined(KESTRA_HAS_BLOCKS)
+    while (!stopped && HasBlock(next, end)) {
+        const Block<C> block(next);
+        const auto stops = FindInBlock<STOPS>(block);
+        auto lineFeeds = FindInBlock<LINE_FEED>(block);
+        stopped = stops.Any();
+        if (stopped)
+            lineFeeds = lineFeeds.Before(stops.First());
+        if (lineFeeds.Any())
+            lines.Pass(next, lineFeeds);
+        next += stopped ? stops.First() : Block<C>::LENGTH;
+    }
+#endif
+    if (!stopped) {
+        for (; next != end && (ClassesOf(*next) & STOPS) == 0; ++next) {
+            if (*next == '\n')
+                lines.Pass(next);
+        }
+    }
+    lines.Consume(context, next);
+    return {begin, static_cast<std::size_t>(next - begin)};
 }
 
 /// Consumes the white space at the current place and returns it.

@@ -11,6 +11,7 @@
 #include "html/output/ParserObserverOutput.h"
 #include "html/parser/DeclaredCharset.h"
 #include "html/parser/RecordCalls.h"
+#include "html/tags/WholeTag.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/MemoryInputStream.h"
 #include "platform/Results.h"
@@ -105,34 +106,46 @@ struct Parser<C, S>::Construct {
     bool isOpenAtEnd;  // the end of the input leaves it unfinished, so that its bytes must be read again
 };
 
-// The opening slash of a regular expression lies in front of its recorded start; hosts rely on it.
+// In the order of the states. The opening slash of a regular expression lies in front of its recorded start; hosts rely on it.
 // clang-format off
 template <typename C, typename S>
 const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
-    {STATE_GENERIC_TAG, OPENED_BY_TEXT, ParserNames::GENERIC_TAG, 1, nullptr,
-        &Parser::BeginPlain<&Parser::genericTag, &Parser::genericTagData>,
-        &Parser::ParseGenericTag,
-        &Parser::EndUnfinishedTag, true},
     {STATE_TEXT, OPENED_BY_NONE, ParserNames::TEXT, 0, nullptr,
         nullptr,
         &Parser::ParseText,
         &Parser::EndText, false},
+    {STATE_GENERIC_TAG, OPENED_BY_TEXT, ParserNames::GENERIC_TAG, 1, nullptr,
+        &Parser::BeginPlain<&Parser::genericTag, &Parser::genericTagData>,
+        &Parser::ParseGenericTag,
+        &Parser::EndUnfinishedTag, true},
     {STATE_START_TAG, OPENED_BY_TAG, ParserNames::START_TAG, 0, "<",
         &Parser::BeginTag<&Parser::startTag, &Parser::startTagData>,
         &Parser::ParseStartTag,
         &Parser::EndUnfinishedTag, true},
+    {STATE_COMMENT_TAG, OPENED_BY_TAG, ParserNames::COMMENT_TAG, 0, nullptr,
+        &Parser::BeginPlain<&Parser::commentTag, &Parser::commentTagData>,
+        &Parser::ParseConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>,
+        &Parser::EndConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>, false},
+    {STATE_CDATA_TAG, OPENED_BY_TAG, ParserNames::CDATA_TAG, 0, nullptr,
+        &Parser::BeginSection<&Parser::cdataTag, &Parser::cdataTagData>,
+        &Parser::ParseConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>,
+        &Parser::EndConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>, false},
+    {STATE_CONDITIONAL_TAG, OPENED_BY_TAG, ParserNames::CONDITIONAL_TAG, 0, nullptr,
+        &Parser::BeginSection<&Parser::conditionalTag, &Parser::conditionalTagData>,
+        &Parser::ParseConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>,
+        &Parser::EndConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>, false},
     {STATE_END_TAG, OPENED_BY_TAG, ParserNames::END_TAG, 0, nullptr,
         &Parser::BeginTag<&Parser::endTag, &Parser::endTagData>,
         &Parser::ParseEndTag,
         &Parser::EndConstruct<&Parser::endTag, &Parser::endTagData, &Parser::DeliverEndTag>, true},
-    {STATE_S_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::S_QUOTE_STRING, 1, nullptr,
-        &Parser::BeginLiteral<&Parser::sQuoteString, &Parser::sQuoteStringData>,
-        &Parser::ParseConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>,
-        &Parser::EndConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>, true},
-    {STATE_D_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::D_QUOTE_STRING, 1, nullptr,
-        &Parser::BeginDQuoteString,
-        &Parser::ParseConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>,
-        &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>, true},
+    {STATE_ENTITY_TAG, OPENED_BY_TAG, ParserNames::ENTITY_TAG, 0, "<!",
+        &Parser::BeginTag<&Parser::entityTag, &Parser::entityTagData>,
+        &Parser::ParseConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>,
+        &Parser::EndConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>, true},
+    {STATE_EXTERN_TAG, OPENED_BY_TAG, ParserNames::EXTERN_TAG, 0, "<?",
+        &Parser::BeginTag<&Parser::externTag, &Parser::externTagData>,
+        &Parser::ParseConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>,
+        &Parser::EndConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>, true},
     {STATE_C_COMMENT, OPENED_BY_TEXT, ParserNames::C_COMMENT, 2, nullptr,
         &Parser::BeginPlain<&Parser::cComment, &Parser::cCommentData>,
         &Parser::ParseConstruct<&Parser::cComment, &Parser::cCommentData, &Parser::DeliverCComment>,
@@ -145,26 +158,14 @@ const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
         &Parser::BeginLiteral<&Parser::jsRegEx, &Parser::jsRegExData>,
         &Parser::ParseConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>,
         &Parser::EndConstruct<&Parser::jsRegEx, &Parser::jsRegExData, &Parser::DeliverJSRegEx>, false},
-    {STATE_COMMENT_TAG, OPENED_BY_TAG, ParserNames::COMMENT_TAG, 0, nullptr,
-        &Parser::BeginPlain<&Parser::commentTag, &Parser::commentTagData>,
-        &Parser::ParseConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>,
-        &Parser::EndConstruct<&Parser::commentTag, &Parser::commentTagData, &Parser::DeliverCommentTag>, false},
-    {STATE_CONDITIONAL_TAG, OPENED_BY_TAG, ParserNames::CONDITIONAL_TAG, 0, nullptr,
-        &Parser::BeginSection<&Parser::conditionalTag, &Parser::conditionalTagData>,
-        &Parser::ParseConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>,
-        &Parser::EndConstruct<&Parser::conditionalTag, &Parser::conditionalTagData, &Parser::DeliverConditionalTag>, false},
-    {STATE_CDATA_TAG, OPENED_BY_TAG, ParserNames::CDATA_TAG, 0, nullptr,
-        &Parser::BeginSection<&Parser::cdataTag, &Parser::cdataTagData>,
-        &Parser::ParseConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>,
-        &Parser::EndConstruct<&Parser::cdataTag, &Parser::cdataTagData, &Parser::DeliverCDATATag>, false},
-    {STATE_ENTITY_TAG, OPENED_BY_TAG, ParserNames::ENTITY_TAG, 0, "<!",
-        &Parser::BeginTag<&Parser::entityTag, &Parser::entityTagData>,
-        &Parser::ParseConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>,
-        &Parser::EndConstruct<&Parser::entityTag, &Parser::entityTagData, &Parser::DeliverEntityTag>, true},
-    {STATE_EXTERN_TAG, OPENED_BY_TAG, ParserNames::EXTERN_TAG, 0, "<?",
-        &Parser::BeginTag<&Parser::externTag, &Parser::externTagData>,
-        &Parser::ParseConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>,
-        &Parser::EndConstruct<&Parser::externTag, &Parser::externTagData, &Parser::DeliverExternTag>, true},
+    {STATE_S_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::S_QUOTE_STRING, 1, nullptr,
+        &Parser::BeginLiteral<&Parser::sQuoteString, &Parser::sQuoteStringData>,
+        &Parser::ParseConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>,
+        &Parser::EndConstruct<&Parser::sQuoteString, &Parser::sQuoteStringData, &Parser::DeliverSQuoteString>, true},
+    {STATE_D_QUOTE_STRING, OPENED_BY_TEXT, ParserNames::D_QUOTE_STRING, 1, nullptr,
+        &Parser::BeginDQuoteString,
+        &Parser::ParseConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>,
+        &Parser::EndConstruct<&Parser::dQuoteString, &Parser::dQuoteStringData, &Parser::DeliverDQuoteString>, true},
     {STATE_JUNK, OPENED_BY_NONE, ParserNames::JUNK, 0, nullptr,
         nullptr,
         &Parser::ParseJunk,
@@ -174,11 +175,7 @@ const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
 
 template <typename C, typename S>
 auto Parser<C, S>::FindByState(std::uint32_t wanted) -> const Construct* {
-    for (const Construct& construct : CONSTRUCTS) {
-        if (construct.state == wanted)
-            return &construct;
-    }
-    return nullptr;
+    return &CONSTRUCTS[wanted < STATE_C_COMMENT ? wanted : wanted - 1];
 }
 
 template <typename C, typename S>
@@ -286,6 +283,11 @@ std::uint32_t Parser<C, S>::ParseText() {
     textData.allowDQuoteString = inRawText;
     textData.allowJSRegEx = inScript;
     textData.allowEscape2022 = StringNS::CharSet::IsIso2022(charset);
+    if (text.ReadUntilTag(&context, &textData)) {
+        DeliverText();
+        MarkTokenStart(1);
+        return ReadTag();
+    }
     const std::uint32_t result = text.Parse(&context, &textData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
@@ -309,12 +311,38 @@ std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
     const Construct* const construct = FindByName(name, OPENED_BY_TAG);
     if (construct == nullptr)
         return PARSER_UNKNOWN_RECOGNIZER;
-    if ((inScript || inStyle) && construct->textInScript != nullptr) {
-        BackToText(construct->textInScript);
+    BeginTagOrText(*construct);
+    return SP_NEED_MORE_DATA;
+}
+
+/// Behind "<". Start and end tags are known by the next character, and mostly lie in the piece as a whole: for them no recognizer runs.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ReadTag() {
+    const C next = Scan::AtEnd(context) ? C('!') : Scan::Next(context);
+    if (next == '!' || next == '?') {
+        Begin(*FindByState(STATE_GENERIC_TAG));
         return SP_NEED_MORE_DATA;
     }
-    Begin(*construct);
+    if (next == '/')
+        Scan::Advance(context);
+    const Construct& construct = *FindByState(next == '/' ? STATE_END_TAG : STATE_START_TAG);
+    const bool isMarkup = construct.textInScript == nullptr || !(inScript || inStyle);
+    if (isMarkup && !StringNS::CharSet::IsIso2022(charset)) {
+        SetActive(construct);
+        WholeTag<C, S> tag(&context);
+        if (next == '/' ? tag.Read(&endTagData) : tag.Read(&startTagData))
+            return next == '/' ? FinishEndTag() : FinishStartTag();
+    }
+    BeginTagOrText(construct);
     return SP_NEED_MORE_DATA;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::BeginTagOrText(const Construct& construct) {
+    if ((inScript || inStyle) && construct.textInScript != nullptr)
+        BackToText(construct.textInScript);
+    else
+        Begin(construct);
 }
 
 template <typename C, typename S>
@@ -326,8 +354,11 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
         textData.text += startTagData.name;
         return SP_NEED_MORE_DATA;
     }
-    if (result != SP_TOKEN_COMPLETE)
-        return result;
+    return result == SP_TOKEN_COMPLETE ? FinishStartTag() : result;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::FinishStartTag() {
     SettleShortTag(&startTagData);
     DeliverStartTag();
     if (NeedsOtherCharset())
@@ -341,8 +372,11 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
-    if (result != SP_TOKEN_COMPLETE)
-        return result;
+    return result == SP_TOKEN_COMPLETE ? FinishEndTag() : result;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::FinishEndTag() {
     const bool isForeign = (inScript && !EqualsKeyword(endTagData.name, "script")) || (inStyle && !EqualsKeyword(endTagData.name, "style"));
     if (isForeign) {
         BackToText();
@@ -401,6 +435,11 @@ std::uint32_t Parser<C, S>::ParseJunk() {
 template <typename C, typename S>
 void Parser<C, S>::Begin(const Construct& construct) {
     (this->*construct.begin)();
+    SetActive(construct);
+}
+
+template <typename C, typename S>
+void Parser<C, S>::SetActive(const Construct& construct) {
     currentParserName = construct.name;
     state = construct.state;
 }

@@ -124,6 +124,7 @@ private:
 
     // Starting a recognizer: `BeginParse`, then the options of the document.
     void Begin(const Construct& construct);
+    void SetActive(const Construct& construct);
     template <auto RECOGNIZER, auto DATA>
     void BeginPlain();
     template <auto RECOGNIZER, auto DATA>
@@ -136,9 +137,12 @@ private:
 
     // One step of the main loop: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
     std::uint32_t ParseText();
+    std::uint32_t ReadTag();
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
+    std::uint32_t FinishStartTag();
     std::uint32_t ParseEndTag();
+    std::uint32_t FinishEndTag();
     std::uint32_t ParseCPPComment();
     std::uint32_t ParseJunk();
     template <auto RECOGNIZER, auto DATA, auto DELIVER>
@@ -152,6 +156,7 @@ private:
     std::uint32_t EndConstruct();
 
     std::uint32_t BeginNamedTag(WideStringView name);
+    void BeginTagOrText(const Construct& construct);
     void MarkTokenStart(std::uint64_t charactersBack);
     void BackToText();
     void BackToText(const char* prefix);

@@ -96,7 +96,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C,
 /// State 0. Consumes the character that stops it, except for ">".
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseFreeText(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil(*context, FREE_TEXT_STOPS));
+    data->text.append(Scan::RunUntil<FREE_TEXT_STOPS>(*context));
     if (Scan::AtEnd(*context))
         return SP_NEED_MORE_DATA;
     const C stop = Scan::Next(*context);
@@ -140,7 +140,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterSlash(SimpleParser
 /// State 2.
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseBlockComment(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil(*context, Scan::ASTERISK));
+    data->text.append(Scan::RunUntil<Scan::ASTERISK>(*context));
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
         data->state = AFTER_ASTERISK;
@@ -163,7 +163,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterAsterisk(SimplePar
 /// State 4.
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseLineComment(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil(*context, Scan::LINE_FEED));
+    data->text.append(Scan::RunUntil<Scan::LINE_FEED>(*context));
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
         data->text += '\n';

@@ -34,7 +34,7 @@ std::uint32_t CCommentSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
             case BODY:
-                data->text.append(Scan::RunUntil(*context, Scan::ASTERISK));
+                data->text.append(Scan::RunUntil<Scan::ASTERISK>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = AFTER_ASTERISK;

@@ -63,7 +63,7 @@ std::uint32_t CPPCommentSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* con
 /// State 0.
 template <typename C, typename S>
 std::uint32_t CPPCommentSimpleParser<C, S>::ParseBody(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil(*context, Scan::LINE_FEED | Scan::LESS_THAN));
+    data->text.append(Scan::RunUntil<Scan::LINE_FEED | Scan::LESS_THAN>(*context));
     if (Scan::AtEnd(*context))
         return SP_NEED_MORE_DATA;
     if (Scan::Next(*context) == '\n')

@@ -87,7 +87,7 @@ std::uint32_t Escape2022SimpleParser<C, S>::Parse(SimpleParserContext<C, S>* con
                 continue;
             }
             case RUN:
-                data->text.append(Scan::RunUntil(*context, Scan::ESCAPE));
+                data->text.append(Scan::RunUntil<Scan::ESCAPE>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = LATER_ESC;

@@ -15,7 +15,7 @@ std::uint32_t SQuoteStringSimpleParser<C, S>::BeginParse(Data* data) {
 
 template <typename C, typename S>
 std::uint32_t SQuoteStringSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
-    if (!ReadLiteral(context, data, {}, Scan::APOSTROPHE))
+    if (!ReadLiteral<0, Scan::APOSTROPHE>(context, data))
         return SP_NEED_MORE_DATA;
     Scan::Advance(*context);
     return SP_TOKEN_COMPLETE;

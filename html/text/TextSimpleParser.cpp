@@ -29,6 +29,18 @@ Scan::Classes StopsOf(const Data& data) {
     return stops;
 }
 
+constexpr Scan::Classes STOPS_IN_SCRIPT = Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK;
+
+/// The characters up to the next one that stops text.
+template <typename C, typename S>
+std::basic_string_view<C> RunOfText(SimpleParserContext<C, S>& context, Scan::Classes stops) {
+    if (stops == Scan::LESS_THAN)
+        return Scan::RunUntil<Scan::LESS_THAN>(context);
+    if (stops == STOPS_IN_SCRIPT)
+        return Scan::RunUntil<STOPS_IN_SCRIPT>(context);
+    return Scan::RunUntil(context, stops);
+}
+
 }  // namespace
 
 template <typename C, typename S>
@@ -79,18 +91,28 @@ std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, 
     return SP_NEED_MORE_DATA;
 }
 
+template <typename C, typename S>
+bool TextSimpleParser<C, S>::ReadUntilTag(SimpleParserContext<C, S>* context, Data* data) {
+    if (data->state != IN_TEXT)
+        return false;
+    data->text.append(RunOfText(*context, StopsOf<C>(*data)));
+    if (Scan::AtEnd(*context) || Scan::Next(*context) != '<')
+        return false;
+    Scan::Advance(*context);
+    return true;
+}
+
 /// State 0. True when an opener has been consumed and the next recognizer is named.
 template <typename C, typename S>
 bool TextSimpleParser<C, S>::ParseText(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil(*context, StopsOf<C>(*data)));
+    if (ReadUntilTag(context, data)) {
+        data->nextParserName = ParserNames::GENERIC_TAG;
+        return true;
+    }
     if (Scan::AtEnd(*context))
         return false;
     const C stop = Scan::Next(*context);
     Scan::Advance(*context);
-    if (stop == '<') {
-        data->nextParserName = ParserNames::GENERIC_TAG;
-        return true;
-    }
     if (stop == '\'') {
         data->nextParserName = ParserNames::S_QUOTE_STRING;
         return true;

@@ -6,6 +6,9 @@
 
 namespace Kestra::HTML {
 
+template <typename C, typename S>
+class Parser;
+
 /// State of one text run between two pieces of input. The six flags are set by the driver before every `Parse`.
 template <typename C, typename S>
 struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
@@ -39,6 +42,11 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class Parser;
+
+    /// State 0 up to "<", inclusive, without naming the recognizer that runs next. False when the text ends elsewhere: `Parse` goes on.
+    bool ReadUntilTag(SimpleParserContext<C, S>* context, Data* data);
     bool ParseText(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data);
 

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+/// @file
+/// Copies of short runs, which most strings of a token are, without a call. Not installed.
+
+namespace Kestra::HTML {
+
+/// Copies `bytes` bytes, `bytes` being `sizeof(Word)` to twice that, by two moves that may overlap.
+template <typename Word>
+void CopyByTwo(void* to, const void* from, std::size_t bytes) {
+    Word first;
+    Word last;
+    std::memcpy(&first, from, sizeof(Word));
+    std::memcpy(&last, static_cast<const char*>(from) + bytes - sizeof(Word), sizeof(Word));
+    std::memcpy(to, &first, sizeof(Word));
+    std::memcpy(static_cast<char*>(to) + bytes - sizeof(Word), &last, sizeof(Word));
+}
+
+/// As `std::memcpy`, for numbers of bytes that are mostly small.
+inline void CopyShort(void* to, const void* from, std::size_t bytes) {
+    struct Sixteen {
+        std::uint64_t halves[2];
+    };
+    if (bytes > 2 * sizeof(Sixteen))
+        std::memcpy(to, from, bytes);
+    else if (bytes >= sizeof(Sixteen))
+        CopyByTwo<Sixteen>(to, from, bytes);
+    else if (bytes >= sizeof(std::uint64_t))
+        CopyByTwo<std::uint64_t>(to, from, bytes);
+    else if (bytes >= sizeof(std::uint32_t))
+        CopyByTwo<std::uint32_t>(to, from, bytes);
+    else if (bytes >= sizeof(std::uint16_t))
+        CopyByTwo<std::uint16_t>(to, from, bytes);
+    else if (bytes != 0)
+        std::memcpy(to, from, 1);
+}
+
+/// Makes a run the content of a string. What the string held is the room that needs no call: a string that has been longer before is
+/// best handed in as it was, not cleared.
+template <typename S>
+void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
+    const auto length = static_cast<std::size_t>(end - begin);
+    if (length > text->size()) {
+        text->assign(begin, length);
+        return;
+    }
+    text->erase(length);
+    CopyShort(text->data(), begin, length * sizeof(*begin));
+}
+
+}  // namespace Kestra::HTML

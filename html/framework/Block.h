@@ -1,0 +1,84 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+/// @file
+/// Several characters at once, by the vectors that every x86-64 processor has. Elsewhere `KESTRA_HAS_BLOCKS` is not defined, and loops
+/// over single characters do all the work. Not installed.
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define KESTRA_HAS_BLOCKS
+#include <emmintrin.h>
+
+namespace Kestra::HTML::Scan {
+
+/// The places in a block of characters of `WIDTH` bytes, the first one lowest.
+template <unsigned WIDTH>
+class Places {
+public:
+    explicit Places(std::uint32_t byteMask) : mask(byteMask) {}
+
+    bool Any() const {
+        return mask != 0;
+    }
+    std::size_t First() const {
+        return static_cast<std::size_t>(std::countr_zero(mask)) / WIDTH;
+    }
+    std::size_t Last() const {
+        return static_cast<std::size_t>(31 - std::countl_zero(mask)) / WIDTH;
+    }
+    std::size_t Count() const {
+        return static_cast<std::size_t>(std::popcount(mask)) / WIDTH;
+    }
+    /// Those in front of a place.
+    Places Before(std::size_t place) const {
+        return Places(mask & ((std::uint32_t{1} << (place * WIDTH)) - 1));
+    }
+
+private:
+    std::uint32_t mask;
+};
+
+/// Which characters of a block are wanted.
+template <unsigned WIDTH>
+class Matches {
+public:
+    Matches() : vector(_mm_setzero_si128()) {}
+    explicit Matches(__m128i equal) : vector(equal) {}
+
+    Matches operator|(const Matches& other) const {
+        return Matches(_mm_or_si128(vector, other.vector));
+    }
+    Places<WIDTH> GetPlaces() const {
+        return Places<WIDTH>(static_cast<std::uint32_t>(_mm_movemask_epi8(vector)));
+    }
+
+private:
+    __m128i vector;
+};
+
+/// Sixteen bytes of input.
+template <typename C>
+class Block {
+public:
+    static constexpr std::size_t LENGTH = 16 / sizeof(C);  ///< in characters
+
+    /// @param characters  `LENGTH` of them, at any address
+    explicit Block(const C* characters) : vector(_mm_loadu_si128(reinterpret_cast<const __m128i*>(characters))) {}
+
+    Matches<sizeof(C)> Find(char character) const {
+        if constexpr (sizeof(C) == 1)
+            return Matches<1>(_mm_cmpeq_epi8(vector, _mm_set1_epi8(character)));
+        else
+            return Matches<2>(_mm_cmpeq_epi16(vector, _mm_set1_epi16(character)));
+    }
+
+private:
+    __m128i vector;
+};
+
+}  // namespace Kestra::HTML::Scan
+
+#endif
