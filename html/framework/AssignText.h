@@ -44,12 +44,14 @@ inline void CopyShort(void* to, const void* from, std::size_t bytes) {
 template <typename S>
 void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     const auto length = static_cast<std::size_t>(end - begin);
-    if (length > text->size()) {
+    if (length == 0) {
+        text->clear();
+    } else if (length <= text->size()) {
+        text->erase(length);
+        CopyShort(text->data(), begin, length * sizeof(*begin));
+    } else {
         text->assign(begin, length);
-        return;
     }
-    text->erase(length);
-    CopyShort(text->data(), begin, length * sizeof(*begin));
 }
 
 }  // namespace Kestra::HTML

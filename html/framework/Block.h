@@ -29,8 +29,12 @@ public:
     std::size_t Last() const {
         return static_cast<std::size_t>(31 - std::countl_zero(mask)) / WIDTH;
     }
+    /// One by one: there are few, and not every processor can count bits.
     std::size_t Count() const {
-        return static_cast<std::size_t>(std::popcount(mask)) / WIDTH;
+        std::size_t bits = 0;
+        for (std::uint32_t left = mask; left != 0; left &= left - 1)
+            ++bits;
+        return bits / WIDTH;
     }
     /// Those in front of a place.
     Places Before(std::size_t place) const {
@@ -73,6 +77,18 @@ public:
             return Matches<1>(_mm_cmpeq_epi8(vector, _mm_set1_epi8(character)));
         else
             return Matches<2>(_mm_cmpeq_epi16(vector, _mm_set1_epi16(character)));
+    }
+
+    /// Characters that may be white space: all of it, controls, and what is not ASCII when characters are wide.
+    Matches<sizeof(C)> FindLikelyWhiteSpace() const {
+        const __m128i zero = _mm_setzero_si128();
+        if constexpr (sizeof(C) == 1) {
+            return Matches<1>(_mm_cmpeq_epi8(_mm_subs_epu8(vector, _mm_set1_epi8(' ')), zero));
+        } else {
+            const __m128i low = _mm_cmpeq_epi16(_mm_subs_epu16(vector, _mm_set1_epi16(' ')), zero);
+            const __m128i ascii = _mm_cmpeq_epi16(_mm_subs_epu16(vector, _mm_set1_epi16(0x7F)), zero);
+            return Matches<2>(_mm_or_si128(low, _mm_andnot_si128(ascii, _mm_set1_epi16(-1))));
+        }
     }
 
 private:

@@ -138,11 +138,12 @@ bool HasBlock(const C* begin, const C* end) {
     return end - begin >= static_cast<std::ptrdiff_t>(Block<C>::LENGTH);
 }
 
-/// Where a block has characters of the classes; white space is none of them.
+/// Where a block has characters of the classes. With `WHITE_SPACE`, some of the places may be none of it.
 template <Classes CLASSES, typename C>
 Places<sizeof(C)> FindInBlock(const Block<C>& block) {
-    static_assert((CLASSES & WHITE_SPACE) == 0, "white space is found by the table");
     Matches<sizeof(C)> matches;
+    if ((CLASSES & WHITE_SPACE) != 0)
+        matches = block.FindLikelyWhiteSpace();
     const auto add = [&](Classes of, char character) {
         if ((CLASSES & of) != 0)
             matches = matches | block.Find(character);
@@ -167,25 +168,23 @@ Places<sizeof(C)> FindInBlock(const Block<C>& block) {
 
 #endif
 
-/// The first character from `begin` on that belongs to `stops`, or `end`; consumes nothing. For runs that are mostly short.
-template <typename C>
-const C* FindShort(const C* begin, const C* end, Classes stops) {
-    while (begin != end && (ClassesOf(*begin) & stops) == 0)
-        ++begin;
-    return begin;
-}
-
-/// The same for runs that may be long.
+/// The first character from `begin` on that belongs to `STOPS`, or `end`; consumes nothing.
 template <Classes STOPS, typename C>
-const C* FindLong(const C* begin, const C* end) {
+const C* Find(const C* begin, const C* end) {
 #if defined(KESTRA_HAS_BLOCKS)
-    for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
+    while (HasBlock(begin, end)) {
         const auto stops = FindInBlock<STOPS>(Block<C>(begin));
-        if (stops.Any())
-            return begin + stops.First();
+        begin += stops.Any() ? stops.First() : Block<C>::LENGTH;
+        if (!stops.Any())
+            continue;
+        if ((STOPS & WHITE_SPACE) == 0 || (ClassesOf(*begin) & STOPS) != 0)
+            return begin;
+        ++begin;
     }
 #endif
-    return FindShort(begin, end, STOPS);
+    while (begin != end && (ClassesOf(*begin) & STOPS) == 0)
+        ++begin;
+    return begin;
 }
 
 /// The first character from `begin` on that is no white space, or `end`; consumes nothing.
@@ -202,13 +201,17 @@ void ConsumeUntil(SimpleParserContext<C, S>& context, const C* end) {
     const C* next = context.buffer + context.position;
     Lines<C> lines;
 #if defined(KESTRA_HAS_BLOCKS)
-    for (; HasBlock(next, end); next += Block<C>::LENGTH) {
-        const auto lineFeeds = FindInBlock<LINE_FEED>(Block<C>(next));
+    // The last block may reach beyond `end`, but not beyond the piece.
+    const C* const endOfPiece = context.buffer + context.length;
+    for (; next < end && HasBlock(next, endOfPiece); next += Block<C>::LENGTH) {
+        auto lineFeeds = FindInBlock<LINE_FEED>(Block<C>(next));
+        if (!HasBlock(next, end))
+            lineFeeds = lineFeeds.Before(static_cast<std::size_t>(end - next));
         if (lineFeeds.Any())
             lines.Pass(next, lineFeeds);
     }
 #endif
-    for (; next != end; ++next) {
+    for (; next < end; ++next) {
         if (*next == '\n')
             lines.Pass(next);
     }
@@ -225,7 +228,8 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes s
     const C* next = begin;
     Lines<C> lines;
     for (;;) {
-        next = FindShort(next, end, interesting);
+        while (next != end && (ClassesOf(*next) & interesting) == 0)
+            ++next;
         if (next == end || (ClassesOf(*next) & stops) != 0)
             break;
         lines.Pass(next);
@@ -242,6 +246,7 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
     const C* const end = context.buffer + context.length;
     const C* next = begin;
     Lines<C> lines;
+    static_assert((STOPS & WHITE_SPACE) == 0, "a block tells white space only nearly");
     bool stopped = false;
 #if defined(KESTRA_HAS_BLOCKS)
     while (!stopped && HasBlock(next, end)) {

@@ -276,6 +276,8 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseText() {
+    if (IsPlainText())
+        return ParsePlainText();
     const bool inRawText = inScript || inStyle;
     textData.allowCComment = inRawText;
     textData.allowCPPComment = inScript;
@@ -298,6 +300,36 @@ std::uint32_t Parser<C, S>::ParseText() {
     MarkTokenStart(construct->charactersBack);
     Begin(*construct);
     return SP_NEED_MORE_DATA;
+}
+
+/// Text that only a "<" stops.
+template <typename C, typename S>
+bool Parser<C, S>::IsPlainText() const {
+    return state == STATE_TEXT && textData.state == 0 && !inScript && !inStyle && !StringNS::CharSet::IsIso2022(charset);
+}
+
+/// Most of a document: plain text and tags that lie in the piece as a whole, one behind the other. No recognizer runs.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ParsePlainText() {
+    std::uint32_t result = SP_NEED_MORE_DATA;
+    while (result == SP_NEED_MORE_DATA && IsPlainText() && !Scan::AtEnd(context)) {
+        const std::basic_string_view<C> run = Scan::RunUntil<Scan::LESS_THAN>(context);
+        const bool isWhole = textData.text.empty() && !Scan::AtEnd(context);
+        if (!isWhole)
+            textData.text.append(run);
+        if (Scan::AtEnd(context))
+            break;
+        if (!isWhole) {
+            DeliverText();
+        } else if (!run.empty()) {
+            AssignText(run.data(), run.data() + run.size(), &wholeText);
+            Deliver(TextData<C, S>{&wholeText});
+        }
+        MarkTokenStart(0);
+        Scan::Advance(context);
+        result = ReadTag();
+    }
+    return result;
 }
 
 template <typename C, typename S>

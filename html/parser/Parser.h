@@ -137,6 +137,8 @@ private:
 
     // One step of the main loop: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
     std::uint32_t ParseText();
+    bool IsPlainText() const;
+    std::uint32_t ParsePlainText();
     std::uint32_t ReadTag();
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
@@ -199,6 +201,7 @@ private:
 
     TextSimpleParser<C, S> text;
     TextSimpleParserData<C, S> textData;
+    S wholeText;  // text that lies in one piece as a whole; kept for its buffer
     GenericTagSimpleParser<C, S> genericTag;
     GenericTagSimpleParserData<C, S> genericTagData;
     StartTagSimpleParser<C, S> startTag;

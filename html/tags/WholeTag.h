@@ -87,9 +87,10 @@ private:
         return {begin, next};
     }
 
-    Run TakeUntil(Scan::Classes stops) {
+    template <Scan::Classes STOPS>
+    Run TakeUntil() {
         const C* const begin = next;
-        next = Scan::FindShort(begin, end, stops);
+        next = Scan::Find<STOPS>(begin, end);
         return {begin, next};
     }
 
@@ -99,7 +100,7 @@ private:
 
     bool ReadName() {
         prefix = TakeWhiteSpace();
-        name = TakeUntil(TAG_NAME_STOPS);
+        name = TakeUntil<TAG_NAME_STOPS>();
         return !AtEnd();
     }
 
@@ -107,7 +108,7 @@ private:
     bool ReadAttributes(StartTag* data) {
         for (;;) {
             const Run attributePrefix = TakeWhiteSpace();
-            Run attributeName = TakeUntil(ATTRIBUTE_NAME_STOPS);
+            Run attributeName = TakeUntil<ATTRIBUTE_NAME_STOPS>();
             const Run beforeEquals = TakeWhiteSpace();
             if (AtEnd())
                 return false;
@@ -154,13 +155,13 @@ private:
         if (*next == '"' || *next == '\'') {
             quote = *next == '"' ? QUOTE_DOUBLE : QUOTE_SINGLE;
             value.begin = next + 1;
-            value.end = quote == QUOTE_DOUBLE ? Scan::FindLong<Scan::QUOTATION_MARK>(value.begin, end)
-                                              : Scan::FindLong<Scan::APOSTROPHE>(value.begin, end);
+            value.end =
+                quote == QUOTE_DOUBLE ? Scan::Find<Scan::QUOTATION_MARK>(value.begin, end) : Scan::Find<Scan::APOSTROPHE>(value.begin, end);
             if (value.end == end)
                 return false;
             next = value.end + 1;
         } else if (*next != '>') {
-            value = TakeUntil(BARE_VALUE_STOPS);
+            value = TakeUntil<BARE_VALUE_STOPS>();
             if (AtEnd())
                 return false;
             if (*next == '>' && !value.IsEmpty() && value.Last() == '/') {
