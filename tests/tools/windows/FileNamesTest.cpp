@@ -8,6 +8,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Handle.h"
+#include "tools/kestra-html/FileNames.h"
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/InputList.h"
 #include "tools/kestra-html/JsonText.h"
@@ -273,6 +274,19 @@ TEST_F(FileNames, LongerThanTheOldLimit) {
     for (int i = 0; i < 4; ++i) {
         RemoveDirectoryW(path.c_str());
         path.resize(path.size() - level.size() - 1);
+    }
+}
+
+TEST_F(FileNames, ALoneSurrogateNamesNoOtherFile) {
+    for (const wchar_t* const name : {L"a.html", L"a\uFFFD.html", L"a_.html", L"\uFFFD"})
+        folder.Write(name, "another one");
+    const std::string lone = Tool::NameFromWide(std::wstring{L'a', 0xD800} + L".html");
+    EXPECT_EQ(Tool::ToPath(lone).wstring(), (std::wstring{L'a', 0xD800} + L".html"));
+    for (const std::string& name : {lone, Tool::NameFromWide(std::wstring{0xDC00})}) {
+        const ToolRun run = Check({name});
+        EXPECT_EQ(run.status, 3);
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.errors, name + ": cannot be read\n");
     }
 }
 

@@ -18,7 +18,7 @@ namespace {
 std::wstring Quote(const std::string& argument) {
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;
-    for (const wchar_t unit : Tool::ToWide(argument)) {
+    for (const wchar_t unit : Tool::NameToWide(argument)) {
         if (unit == L'"')
             quoted.append(backslashes + 1, L'\\');
         backslashes = unit == L'\\' ? backslashes + 1 : 0;

@@ -54,6 +54,29 @@ TEST(Utf8, WhatIsNoTextIsReplaced) {
     EXPECT_EQ(Tool::FromWide(L"\xDE00"), "\xEF\xBF\xBD");
 }
 
+TEST(Utf8, NamesOfFilesComeBackAsTheyWere) {
+    const struct {
+        std::wstring wide;
+        std::string bytes;
+    } CASES[] = {
+        {FOUR_WIDE, FOUR},
+        {L"", ""},
+        {{0xD800}, "\xED\xA0\x80"},
+        {{L'a', 0xD800, L'.', L'h'}, "a\xED\xA0\x80.h"},
+        {{0xDFFF, 0x20AC}, "\xED\xBF\xBF\xE2\x82\xAC"},
+        {{0xDC00, 0xD83D}, "\xED\xB0\x80\xED\xA0\xBD"},
+        {{0xD83D, 0xD83D, 0xDE00, 0xDE00}, "\xED\xA0\xBD\xF0\x9F\x98\x80\xED\xB8\x80"},
+        {{0xD7FF, 0xE000, 0xFFFD}, "\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD"},
+    };
+    for (const auto& row : CASES) {
+        EXPECT_EQ(Tool::NameFromWide(row.wide), row.bytes);
+        EXPECT_EQ(Tool::NameToWide(row.bytes), row.wide);
+    }
+    EXPECT_EQ(Tool::NameToWide("\xED\xA0"), Tool::ToWide("\xED\xA0")) << "a part of one";
+    EXPECT_EQ(Tool::NameToWide("\xED\xA0z"), Tool::ToWide("\xED\xA0z"));
+    EXPECT_EQ(Tool::NameToWide("a\xFFz"), L"a\uFFFDz");
+}
+
 TEST(Utf8, ACutPartsNoCharacter) {
     EXPECT_EQ(Cut(FOUR, 10), (std::vector<std::string>{FOUR}));
     EXPECT_EQ(Cut(FOUR, 9), (std::vector<std::string>{"a\xC3\xA9\xE2\x82\xAC", "\xF0\x9F\x98\x80"}));

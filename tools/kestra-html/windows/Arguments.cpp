@@ -26,7 +26,7 @@ std::vector<std::string> GetArguments(int, const char* const*) {
     const std::unique_ptr<wchar_t*[], FreeLocal> wide(CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> arguments;
     for (int i = 1; wide != nullptr && i < count; ++i)
-        arguments.push_back(FromWide(wide[static_cast<std::size_t>(i)]));
+        arguments.push_back(NameFromWide(wide[static_cast<std::size_t>(i)]));
     return arguments;
 }
 

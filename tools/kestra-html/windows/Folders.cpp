@@ -23,15 +23,15 @@ bool IsLink(const WIN32_FIND_DATAW& entry) {
 FolderEntry Describe(const WIN32_FIND_DATAW& entry) {
     const bool isDirectory = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     FolderEntry description;
-    description.name = FromWide(entry.cFileName);
+    description.name = NameFromWide(entry.cFileName);
     description.isFolder = isDirectory && !IsLink(entry);
     description.isFile = !isDirectory;
     return description;
 }
 
 bool IsBefore(const FolderEntry& left, const FolderEntry& right) {
-    const std::wstring leftName = ToWide(left.name);
-    const std::wstring rightName = ToWide(right.name);
+    const std::wstring leftName = NameToWide(left.name);
+    const std::wstring rightName = NameToWide(right.name);
     const int order = CompareStringOrdinal(leftName.data(), static_cast<int>(leftName.size()), rightName.data(),
                                            static_cast<int>(rightName.size()), TRUE);
     return order == CSTR_EQUAL ? leftName < rightName : order == CSTR_LESS_THAN;

@@ -57,8 +57,8 @@ bool Matches(std::wstring_view name, std::wstring_view pattern) {
 
 /// "*.*" matches every name: one without a dot counts as one that ends with it, too.
 bool MatchesEntry(const std::string& entry, std::string_view part) {
-    const std::wstring name = ToWide(entry);
-    const std::wstring pattern = ToWide(part);
+    const std::wstring name = NameToWide(entry);
+    const std::wstring pattern = NameToWide(part);
     return Matches(name, pattern) || (name.find(L'.') == std::wstring::npos && Matches(name + L'.', pattern));
 }
 
