@@ -15,6 +15,7 @@
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Screen.h"
 #include "tests/tools/windows/ToolProcess.h"
+#include "tools/kestra-html/Progress.h"
 #include "tools/kestra-html/Terminal.h"
 #include "tools/kestra-html/windows/Utf8.h"
 
@@ -75,6 +76,8 @@ std::string Words(DWORD error) {
     const std::wstring_view line(text, length);
     return Tool::FromWide(line.substr(0, line.find_last_not_of(L" .\r\n") + 1));
 }
+
+using Arguments = std::vector<std::string>;
 
 ToolRun ShowTokens(const std::string& input, std::vector<std::string> more = {}) {
     ToolSettings settings;
@@ -220,28 +223,97 @@ TEST(Console, ColoursCanBeForbidden) {
         EXPECT_EQ(IsColoured({{row.name, row.value}}, PLAIN, {"tokens"}), row.coloured) << row.name << "=" << row.value;
 }
 
-TEST(Console, ShowsHowFarALongRunIs) {
-    const TemporaryFolder folder;
-    folder.Write("first.html", "a");
-    const std::string name = std::string(40, 'a') + "\xD0\x96.html";
-    folder.Write(Tool::ToWide(name), "b");
+/// Starts the tool with these files and "-" behind them. @return what it shows while it waits for its standard input
+std::string ShowWaiting(const TemporaryFolder& folder, Arguments arguments, const std::string& shown, int status) {
     ToolSettings settings;
     settings.folder = folder.GetPath().string();
     const Screen screen;
     Pipe input;
     const Handle nowhere(CreateFileW(L"NUL", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     const Handle errors = screen.Duplicate();
-    const Handle process = StartTool({"tokens", "--format", "json", "none", "first.html", name, "-"}, settings,
-                                     {input.reader.Get(), nowhere.Get(), errors.Get()});
-    // The tool waits for its standard input, so the line stays.
-    const std::string before = "none: cannot be read\n";
-    const std::string shown = before + "[3/4] " + name + " 0%";
+    arguments.emplace_back("-");
+    const Handle process = StartTool(arguments, settings, {input.reader.Get(), nowhere.Get(), errors.Get()});
     for (int i = 0; i < 1000 && screen.Read() != shown; ++i)
         Sleep(20);
-    EXPECT_EQ(screen.Read(), shown);
+    const std::string before = screen.Read();
     input.writer.Close();
-    EXPECT_EQ(WaitForTool(process), 3);
-    EXPECT_EQ(screen.Read(), before) << "the line is gone at the end";
+    EXPECT_EQ(WaitForTool(process), status);
+    EXPECT_EQ(screen.Read(), shown.substr(0, shown.rfind('\n') + 1)) << "the line is gone at the end";
+    return before;
+}
+
+TEST(Console, ShowsHowFarALongRunIs) {
+    const TemporaryFolder folder;
+    folder.Write("first.html", "a");
+    const std::string name = std::string(40, 'a') + "\xD0\x96.html";
+    folder.Write(Tool::ToWide(name), "b");
+    const std::string shown = "none: cannot be read\n[3/4] " + name + " 0%";
+    EXPECT_EQ(ShowWaiting(folder, {"tokens", "--format", "json", "none", "first.html", name}, shown, 3), shown);
+    const std::string events = "[1/2] first.html 0%";
+    EXPECT_EQ(ShowWaiting(folder, {"events", "--format", "json", "first.html"}, events, 0), events);
+}
+
+/// Makes a screen the standard error of this process for a while.
+class ErrorsTo {
+public:
+    explicit ErrorsTo(HANDLE handle) : former(GetStdHandle(STD_ERROR_HANDLE)) {
+        SetStdHandle(STD_ERROR_HANDLE, handle);
+    }
+    ErrorsTo(const ErrorsTo&) = delete;
+    ErrorsTo& operator=(const ErrorsTo&) = delete;
+    ~ErrorsTo() {
+        SetStdHandle(STD_ERROR_HANDLE, former);
+    }
+
+private:
+    HANDLE former;
+};
+
+TEST(Console, ShowsHowFarALargeFileIs) {
+    const Screen screen;
+    const ErrorsTo errors(screen.Get());
+    Tool::Progress progress(Tool::IsErrorTerminal());
+    progress.SetInputCount(1);
+    progress.StartInput(1, "large.html", Tool::Progress::LARGE_INPUT);
+    EXPECT_EQ(screen.Read(), "") << "this one is not large";
+    progress.StartInput(1, "large.html", Tool::Progress::LARGE_INPUT + 1);
+    EXPECT_EQ(screen.Read(), "[1/1] large.html 0%");
+    Sleep(150);
+    progress.Advance((Tool::Progress::LARGE_INPUT + 1) / 2 + 1);
+    EXPECT_EQ(screen.Read(), "[1/1] large.html 50%");
+    progress.Hide();
+    EXPECT_EQ(screen.Read(), "");
+}
+
+TEST(Console, ShowsTheInputThatACheckWaitsFor) {
+    const Screen screen;
+    const ErrorsTo errors(screen.Get());
+    Tool::Progress progress(Tool::IsErrorTerminal());
+    progress.SetInputCount(20);
+    progress.Follow(10, "tenth.html", 1, 2);
+    EXPECT_EQ(screen.Read(), "[10/20] tenth.html 50%");
+    Sleep(150);
+    progress.Follow(11, "next", 0, 0);
+    EXPECT_EQ(screen.Read(), "[11/20] next 100%") << "nothing of the longer line is left";
+}
+
+TEST(Console, ALongNameIsShortenedInTheProgressLine) {
+    const Screen screen;
+    const ErrorsTo errors(screen.Get());
+    Tool::Progress progress(Tool::IsErrorTerminal());
+    progress.SetInputCount(2);
+    // The cut would part the letter.
+    progress.StartInput(1, std::string(30, 'a') + "\xC3\xA9" + std::string(46, 'b'), 1);
+    EXPECT_EQ(screen.Read(), "[1/2] ..." + std::string(46, 'b') + " 0%");
+}
+
+TEST(Console, NoDialogAsksForADisk) {
+    const UINT former = SetErrorMode(SEM_NOGPFAULTERRORBOX);
+    {
+        const Tool::StandardStreams streams;
+        EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX)) << "and what was asked for stays";
+    }
+    SetErrorMode(former);
 }
 
 TEST(Console, OfAnotherStreamShowsNoProgress) {
