@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "tests/platform/windows/ScriptedLanguageService.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+#include "tests/tools/windows/Handle.h"
+#include "tools/kestra-html/CheckCommand.h"
+#include "tools/kestra-html/CommandLine.h"
+#include "tools/kestra-html/Console.h"
+#include "tools/kestra-html/DetectCommand.h"
+#include "tools/kestra-html/EventsCommand.h"
+#include "tools/kestra-html/TokensCommand.h"
+
+// The tool and the answers of the charset detector. The test registers a detector for its own process only, so the commands run in it.
+
+namespace Kestra::Test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Arguments = std::vector<std::string>;
+
+Tool::ExitStatus RunCommand(const Tool::TokensOptions& options, Tool::Console* console) {
+    return Tool::RunTokens(options, console);
+}
+
+Tool::ExitStatus RunCommand(const Tool::EventsOptions& options, Tool::Console* console) {
+    return Tool::RunEvents(options, console);
+}
+
+Tool::ExitStatus RunCommand(const Tool::CheckOptions& options, Tool::Console* console) {
+    return Tool::RunCheck(options, console);
+}
+
+Tool::ExitStatus RunCommand(const Tool::DetectOptions& options, Tool::Console* console) {
+    return Tool::RunDetect(options, console);
+}
+
+/// A standard stream of this process that goes into a file for a while.
+class Redirection {
+public:
+    Redirection(DWORD redirectedStream, const fs::path& filePath)
+        : stream(redirectedStream),
+          former(GetStdHandle(stream)),
+          path(filePath),
+          file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+        SetStdHandle(stream, file.Get());
+    }
+    Redirection(const Redirection&) = delete;
+    Redirection& operator=(const Redirection&) = delete;
+    ~Redirection() {
+        SetStdHandle(stream, former);
+    }
+
+    std::string Read() const {
+        std::ifstream written(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(written), std::istreambuf_iterator<char>()};
+    }
+
+private:
+    DWORD stream;
+    HANDLE former;
+    fs::path path;
+    Handle file;
+};
+
+class ScriptedDetector : public testing::Test {
+protected:
+    ScriptedDetector() : home(fs::current_path()) {
+        Checked(SUCCEEDED(CoInitialize(nullptr)), "CoInitialize");
+        fs::current_path(folder.GetPath());
+    }
+    ~ScriptedDetector() override {
+        fs::current_path(home);
+        CoUninitialize();
+    }
+
+    /// The tool on the file "page" with this content.
+    ToolRun RunOn(std::string_view page, Arguments arguments) {
+        folder.Write("page", page);
+        arguments.push_back("page");
+        const ScriptedLanguageService service(&script);
+        const Redirection output(STD_OUTPUT_HANDLE, folder.GetPath() / "output");
+        const Redirection errors(STD_ERROR_HANDLE, folder.GetPath() / "errors");
+        ToolRun run;
+        {
+            Tool::Console console;
+            const Tool::CommandLine line = Tool::ParseCommandLine(arguments);
+            EXPECT_FALSE(line.answered) << line.answer;
+            run.status = std::visit([&console](const auto& options) { return RunCommand(options, &console); }, line.run);
+        }
+        run.output = output.Read();
+        run.errors = errors.Read();
+        return run;
+    }
+
+    void Answer(UINT code, INT confidence) {
+        script.code = code;
+        script.confidence = confidence;
+    }
+
+    LanguageServiceScript script;
+
+private:
+    TemporaryFolder folder;
+    fs::path home;
+};
+
+std::string Repeat(std::string_view text, unsigned times) {
+    std::string all;
+    for (unsigned i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+std::string Utf16(std::string_view ascii) {
+    std::string bytes;
+    for (const char letter : ascii)
+        bytes.append({letter, '\0'});
+    return bytes;
+}
+
+const std::string UTF8 = Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9</p>\n", 20);
+const std::string UTF16 = Utf16(Repeat("<p>An English text that goes on for a while</p>\n", 20));
+
+constexpr const char* NO_ANSWER = "the charset detector has no usable answer, as for plain ASCII, or cannot be started";
+constexpr const char* NOT_CONFIDENT = "the charset detector is not confident enough";
+
+TEST_F(ScriptedDetector, AnAnswer) {
+    Answer(65001, 90);
+    const ToolRun json = RunOn(UTF8, {"detect", "--format", "json"});
+    EXPECT_EQ(json.status, 0);
+    EXPECT_EQ(json.output, "{\"file\":\"page\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n");
+    EXPECT_EQ(json.errors, "");
+    EXPECT_EQ(RunOn(UTF8, {"detect"}).output, "page: 65001 (UTF-8), confidence 90, 0, success\n");
+    EXPECT_EQ(script.references, 0);
+}
+
+TEST_F(ScriptedDetector, NoUsableAnswer) {
+    Answer(65001, 60);
+    EXPECT_EQ(RunOn(UTF8, {"detect", "--min-confidence", "60"}).status, 0);
+    const ToolRun tooMuch = RunOn(UTF8, {"detect", "--min-confidence", "61"});
+    EXPECT_EQ(tooMuch.status, 1);
+    EXPECT_EQ(tooMuch.output, std::string("page: unknown, confidence 60, 708, ") + NOT_CONFIDENT + "\n");
+    EXPECT_EQ(tooMuch.errors, std::string("page: DetectCharset returned 708: ") + NOT_CONFIDENT + "\n");
+    script.count = 0;
+    EXPECT_EQ(RunOn(UTF8, {"detect"}).output, std::string("page: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n");
+    script.count = 1;
+    Answer(20127, 100);
+    const ToolRun ascii = RunOn(UTF8, {"detect"});
+    EXPECT_EQ(ascii.status, 1);
+    EXPECT_EQ(ascii.output, std::string("page: unknown, confidence 100, 11, ") + NO_ANSWER + "\n");
+    EXPECT_EQ(ascii.errors, std::string("page: DetectCharset returned 11: ") + NO_ANSWER + "\n");
+}
+
+TEST_F(ScriptedDetector, TheLeastData) {
+    Answer(65001, 90);
+    EXPECT_EQ(RunOn(UTF8.substr(0, 255), {"detect"}).status, 1);
+    EXPECT_EQ(script.calls, 0);
+    EXPECT_EQ(RunOn(UTF8.substr(0, 256), {"detect"}).status, 0);
+    EXPECT_EQ(RunOn(UTF8 + std::string(20000, 'x'), {"detect"}).status, 0);
+    EXPECT_LE(script.bytes.size(), 16384U);
+}
+
+TEST_F(ScriptedDetector, AClassThatIsNotRegistered) {
+    script.creation = REGDB_E_CLASSNOTREG;
+    const ToolRun run = RunOn(UTF8, {"detect"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.output.starts_with("page: unknown, ")) << run.output;
+    EXPECT_TRUE(run.output.ends_with(std::string(", 11, ") + NO_ANSWER + "\n")) << run.output;
+    EXPECT_EQ(run.errors, std::string("page: DetectCharset returned 11: ") + NO_ANSWER + "\n");
+    const ToolRun tokens = RunOn(UTF8, {"tokens", "--format", "json"});
+    EXPECT_EQ(tokens.status, 0) << "the text stays as it was read";
+    EXPECT_NE(tokens.output.find("\"parse\":0,\"endParse\":0,"), std::string::npos) << tokens.output;
+    EXPECT_NE(tokens.output.find("\"charset\":0,"), std::string::npos) << tokens.output;
+}
+
+TEST_F(ScriptedDetector, ADetectorThatFails) {
+    script.result = E_FAIL;
+    const ToolRun run = RunOn(UTF8, {"detect", "--format", "json"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.output, "{\"file\":\"page\",\"result\":709,\"code\":0,\"name\":\"\"}\n");
+    const ToolRun tokens = RunOn(UTF8, {"tokens", "--format", "json"});
+    EXPECT_EQ(tokens.status, 1);
+    EXPECT_NE(tokens.output.find("\"parse\":706,"), std::string::npos) << tokens.output;
+    EXPECT_NE(tokens.errors.find("page: parsing returned 706: the charset could not be detected"), std::string::npos) << tokens.errors;
+}
+
+TEST_F(ScriptedDetector, ALateCharsetStartsAgain) {
+    const struct {
+        const char* note;
+        UINT code;
+        const std::string* page;
+        Arguments given;
+    } CASES[] = {
+        {"UTF-8", 65001, &UTF8, {"--charset", "65001"}},
+        {"UTF-16 without a mark", 1200, &UTF16, {"--input", "utf16"}},
+    };
+    for (const auto& row : CASES) {
+        Answer(row.code, 90);
+        const ToolRun detected = RunOn(*row.page, {"tokens", "--format", "json"});
+        EXPECT_EQ(detected.status, 0) << row.note << detected.errors;
+        EXPECT_GT(script.calls, 0) << row.note;
+        script.calls = 0;
+        Arguments arguments = {"tokens", "--format", "json"};
+        arguments.insert(arguments.end(), row.given.begin(), row.given.end());
+        EXPECT_EQ(detected.output, RunOn(*row.page, arguments).output) << row.note << ": nothing of the abandoned pass is there";
+        EXPECT_EQ(script.calls, 0) << row.note << ": it is not asked";
+        const ToolRun once = RunOn(*row.page, {"tokens", "--format", "json", "--no-reparse"});
+        EXPECT_EQ(once.status, 1) << row.note;
+        EXPECT_EQ(once.errors,
+                  "page: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n");
+    }
+}
+
+TEST_F(ScriptedDetector, WhatKeepsTheTextAsItWasRead) {
+    Answer(65001, 90);
+    for (const Arguments& arguments : {Arguments{"--min-confidence", "91"}, Arguments{"--feed", "buffer"}}) {
+        Arguments all = {"tokens", "--format", "json"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const ToolRun run = RunOn(UTF8, all);
+        EXPECT_EQ(run.status, 0) << arguments[0];
+        EXPECT_NE(run.output.find("\"charset\":0,"), std::string::npos) << arguments[0] << run.output;
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test
