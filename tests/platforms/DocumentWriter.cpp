@@ -1,7 +1,7 @@
 /// @file
 /// Writes documents for the comparison of two platforms: those of the differential tests, in 8 bits and in UTF-16.
 ///
-///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ...
+///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with every byte from 0x80 up
 
 #include <cstdint>
 #include <exception>
@@ -38,10 +38,23 @@ std::string Widen(std::string_view bytes, Dice* dice) {
     return units;
 }
 
+/// Every byte of the upper half in a text, a comment and a value, alone and behind the one in front of it.
+std::string MakeDocumentOfBytes() {
+    std::string document;
+    for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {
+        const auto letter = static_cast<char>(static_cast<unsigned char>(byte));
+        const auto before = static_cast<char>(static_cast<unsigned char>(byte == 0x80 ? 0xFF : byte - 1));
+        document.append("<p title='").append({letter, ' ', before, letter}).append("'>");
+        document.append({letter, ' ', before, letter}).append("<!--").append({letter, ' ', before, letter}).append("--></p>\n");
+    }
+    return document;
+}
+
 void WriteDocuments(const std::filesystem::path& folder, std::uint64_t count) {
     const std::vector<std::string> pages = Kestra::Test::ReadPages(KESTRA_EXAMPLE_PAGES);
     Kestra::Test::DocumentMaker maker(&pages);
     std::filesystem::create_directories(folder);
+    Write(folder / "bytes.html", MakeDocumentOfBytes());
     for (std::uint64_t seed = 0; seed < count; ++seed) {
         const std::string document = maker.Make(seed).bytes;
         Dice dice(seed);
