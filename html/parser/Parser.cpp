@@ -319,14 +319,14 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
             textData.text.append(run);
         if (Scan::AtEnd(context))
             break;
+        Scan::Advance(context);
         if (!isWhole) {
             DeliverText();
         } else if (!run.empty()) {
             AssignText(run.data(), run.data() + run.size(), &wholeText);
             Deliver(TextData<C, S>{&wholeText});
         }
-        MarkTokenStart(0);
-        Scan::Advance(context);
+        MarkTokenStart(1);
         result = ReadTag();
     }
     return result;
