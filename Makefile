@@ -22,7 +22,7 @@ FUZZ_SECONDS ?= 3600
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
 	@echo 'make test           build with sanitizers, run all tests; those of random documents in the release too'
-	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine'
+	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
@@ -57,7 +57,9 @@ test-windows:
 	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
 	cmake --preset windows-test
 	cmake --build --preset windows-test --parallel $(JOBS)
-	@trap 'setup/wine --stop' EXIT; trap 'exit 130' INT TERM; setup/wine --start && setup/run-tests windows-test
+	cmake --preset windows
+	cmake --build --preset windows --parallel $(JOBS)
+	@trap 'setup/wine --stop' EXIT; trap 'exit 130' INT TERM; setup/wine --start && setup/run-tests windows-test windows
 
 test-memory:
 	@setup/install build
