@@ -44,14 +44,23 @@ inline void CopyShort(void* to, const void* from, std::size_t bytes) {
 template <typename S>
 void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     const auto length = static_cast<std::size_t>(end - begin);
-    if (length == 0) {
-        text->clear();
-    } else if (length <= text->size()) {
+    if (length <= text->size()) {
         text->erase(length);
         CopyShort(text->data(), begin, length * sizeof(*begin));
     } else {
         text->assign(begin, length);
     }
+}
+
+/// The same for a run that is mostly empty or one character, as white space in tags is.
+template <typename S>
+void AssignSpace(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
+    if (begin == end)
+        text->clear();
+    else if (end - begin == 1 && text->size() == 1)
+        text->front() = *begin;
+    else
+        AssignText(begin, end, text);
 }
 
 }  // namespace Kestra::HTML

@@ -187,35 +187,38 @@ const C* Find(const C* begin, const C* end) {
     return begin;
 }
 
-/// The first character from `begin` on that is no white space, or `end`; consumes nothing.
+/// The first character from `begin` on that is no white space, or `end`. Passes the lines between them.
 template <typename C>
-const C* SkipWhiteSpace(const C* begin, const C* end) {
-    while (begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0)
-        ++begin;
+const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
+    for (; begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0; ++begin) {
+        if (*begin == '\n')
+            lines->Pass(begin);
+    }
     return begin;
 }
 
-/// Consumes all up to `end`, which lies in the piece and not in front of the current place.
-template <typename C, typename S>
-void ConsumeUntil(SimpleParserContext<C, S>& context, const C* end) {
-    const C* next = context.buffer + context.position;
-    Lines<C> lines;
+/// The first character from `begin` on that belongs to `STOPS`, which have no white space, or `end`. Passes the lines between them.
+template <Classes STOPS, typename C>
+const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
+    static_assert((STOPS & WHITE_SPACE) == 0, "a block tells white space only nearly");
 #if defined(KESTRA_HAS_BLOCKS)
-    // The last block may reach beyond `end`, but not beyond the piece.
-    const C* const endOfPiece = context.buffer + context.length;
-    for (; next < end && HasBlock(next, endOfPiece); next += Block<C>::LENGTH) {
-        auto lineFeeds = FindInBlock<LINE_FEED>(Block<C>(next));
-        if (!HasBlock(next, end))
-            lineFeeds = lineFeeds.Before(static_cast<std::size_t>(end - next));
+    for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
+        const Block<C> block(begin);
+        const auto stops = FindInBlock<STOPS>(block);
+        auto lineFeeds = FindInBlock<LINE_FEED>(block);
+        if (stops.Any())
+            lineFeeds = lineFeeds.Before(stops.First());
         if (lineFeeds.Any())
-            lines.Pass(next, lineFeeds);
+            lines->Pass(begin, lineFeeds);
+        if (stops.Any())
+            return begin + stops.First();
     }
 #endif
-    for (; next < end; ++next) {
-        if (*next == '\n')
-            lines.Pass(next);
+    for (; begin != end && (ClassesOf(*begin) & STOPS) == 0; ++begin) {
+        if (*begin == '\n')
+            lines->Pass(begin);
     }
-    lines.Consume(context, end);
+    return begin;
 }
 
 /// Consumes characters up to the first one that belongs to `stops`, or to the end of the piece, and returns them. Where the classes are
@@ -243,32 +246,10 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes s
 template <Classes STOPS, typename C, typename S>
 std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
     const C* const begin = context.buffer + context.position;
-    const C* const end = context.buffer + context.length;
-    const C* next = begin;
     Lines<C> lines;
-    static_assert((STOPS & WHITE_SPACE) == 0, "a block tells white space only nearly");
-    bool stopped = false;
-#if defined(KESTRA_HAS_BLOCKS)
-    while (!stopped && HasBlock(next, end)) {
-        const Block<C> block(next);
-        const auto stops = FindInBlock<STOPS>(block);
-        auto lineFeeds = FindInBlock<LINE_FEED>(block);
-        stopped = stops.Any();
-        if (stopped)
-            lineFeeds = lineFeeds.Before(stops.First());
-        if (lineFeeds.Any())
-            lines.Pass(next, lineFeeds);
-        next += stopped ? stops.First() : Block<C>::LENGTH;
-    }
-#endif
-    if (!stopped) {
-        for (; next != end && (ClassesOf(*next) & STOPS) == 0; ++next) {
-            if (*next == '\n')
-                lines.Pass(next);
-        }
-    }
-    lines.Consume(context, next);
-    return {begin, static_cast<std::size_t>(next - begin)};
+    const C* const end = FindBehindLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
+    lines.Consume(context, end);
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 /// Consumes the white space at the current place and returns it.

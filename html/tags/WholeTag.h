@@ -33,14 +33,14 @@ public:
         data->attributes.clear();
         if (!ReadName() || !ReadAttributes(data))
             return false;
-        AssignText(prefix.begin, prefix.end, &data->prefix);
+        AssignSpace(prefix.begin, prefix.end, &data->prefix);
         AssignText(name.begin, name.end, &data->name);
-        AssignText(suffix.begin, suffix.end, &data->suffix);
+        AssignSpace(suffix.begin, suffix.end, &data->suffix);
         data->selfClosing = selfClosing;
         data->closed = true;
         if (hasBareBehindValue)
             AttributesNormalizer<C, S>::Normalize(&data->attributes);
-        Scan::ConsumeUntil(*context, next);
+        lines.Consume(*context, next);
         return true;
     }
 
@@ -48,18 +48,18 @@ public:
     bool Read(EndTag* data) {
         if (!ReadName())
             return false;
-        suffix = {next, Scan::SkipWhiteSpace(next, end)};
-        if (suffix.end == end || *suffix.end != '>')
+        suffix = TakeWhiteSpace();
+        if (AtEnd() || *next != '>')
             return false;
-        next = suffix.end + 1;
-        AssignText(prefix.begin, prefix.end, &data->prefix);
+        ++next;
+        AssignSpace(prefix.begin, prefix.end, &data->prefix);
         AssignText(name.begin, name.end, &data->name);
-        AssignText(suffix.begin, suffix.end, &data->afterName);
+        AssignSpace(suffix.begin, suffix.end, &data->afterName);
         data->suffix.clear();
         data->attributes.clear();
         data->slashBeforeClose = false;
         data->closed = true;
-        Scan::ConsumeUntil(*context, next);
+        lines.Consume(*context, next);
         return true;
     }
 
@@ -83,7 +83,7 @@ private:
 
     Run TakeWhiteSpace() {
         const C* const begin = next;
-        next = Scan::SkipWhiteSpace(begin, end);
+        next = Scan::FindBehindWhiteSpace(begin, end, &lines);
         return {begin, next};
     }
 
@@ -106,46 +106,45 @@ private:
 
     /// Reads all up to the ">", inclusive.
     bool ReadAttributes(StartTag* data) {
+        Run before = TakeWhiteSpace();
         for (;;) {
-            const Run attributePrefix = TakeWhiteSpace();
             Run attributeName = TakeUntil<ATTRIBUTE_NAME_STOPS>();
-            const Run beforeEquals = TakeWhiteSpace();
+            const Run behind = TakeWhiteSpace();
             if (AtEnd())
                 return false;
             if (*next == '=') {
-                if (!ReadValue(attributePrefix, attributeName, beforeEquals, data))
+                if (!ReadValue(before, attributeName, behind, data))
                     return false;
                 if (selfClosing)
                     return true;
-                continue;
-            }
-            if (attributeName.IsEmpty()) {  // in front of ">"
-                suffix = attributePrefix;
+                before = TakeWhiteSpace();
+            } else if (attributeName.IsEmpty()) {  // in front of ">"
+                suffix = before;
                 ++next;
                 return true;
-            }
-            if (attributeName.Last() == '/') {
-                if (!beforeEquals.IsEmpty())
-                    return false;
-                --attributeName.end;
-                selfClosing = true;
-                ++next;
-                if (attributeName.IsEmpty()) {
-                    suffix = attributePrefix;
-                    return true;
-                }
+            } else if (attributeName.Last() == '/') {
+                return behind.IsEmpty() && ReadClosingMark(before, attributeName, data);
             } else {
-                next = attributeName.end;  // the white space is the next attribute's
-            }
-            AppendWithoutValue(attributePrefix, attributeName, &data->attributes);
-            if (selfClosing) {
-                suffix = {};
-                return true;
+                AppendWithoutValue(before, attributeName, data);
+                before = behind;
             }
         }
     }
 
-    bool ReadValue(const Run& attributePrefix, const Run& attributeName, const Run& beforeEquals, StartTag* data) {
+    /// A word ends in "/", and ">" is next.
+    bool ReadClosingMark(const Run& before, const Run& word, StartTag* data) {
+        const Run attributeName = {word.begin, word.end - 1};
+        if (attributeName.IsEmpty())
+            suffix = before;
+        else
+            AppendWithoutValue(before, attributeName, data);
+        selfClosing = true;
+        ++next;
+        return true;
+    }
+
+    /// Behind a name and its white space, in front of "=".
+    bool ReadValue(const Run& before, const Run& attributeName, const Run& behind, StartTag* data) {
         ++next;
         const Run afterEquals = TakeWhiteSpace();
         if (AtEnd())
@@ -155,8 +154,8 @@ private:
         if (*next == '"' || *next == '\'') {
             quote = *next == '"' ? QUOTE_DOUBLE : QUOTE_SINGLE;
             value.begin = next + 1;
-            value.end =
-                quote == QUOTE_DOUBLE ? Scan::Find<Scan::QUOTATION_MARK>(value.begin, end) : Scan::Find<Scan::APOSTROPHE>(value.begin, end);
+            value.end = quote == QUOTE_DOUBLE ? Scan::FindBehindLines<Scan::QUOTATION_MARK>(value.begin, end, &lines)
+                                              : Scan::FindBehindLines<Scan::APOSTROPHE>(value.begin, end, &lines);
             if (value.end == end)
                 return false;
             next = value.end + 1;
@@ -173,10 +172,10 @@ private:
             }
         }
         Attribute<C, S>& attribute = data->attributes.AppendRecycled();
-        AssignText(attributePrefix.begin, attributePrefix.end, &attribute.prefix);
+        AssignSpace(before.begin, before.end, &attribute.prefix);
         AssignText(attributeName.begin, attributeName.end, &attribute.name);
-        AssignText(beforeEquals.begin, beforeEquals.end, &attribute.beforeEquals);
-        AssignText(afterEquals.begin, afterEquals.end, &attribute.afterEquals);
+        AssignSpace(behind.begin, behind.end, &attribute.beforeEquals);
+        AssignSpace(afterEquals.begin, afterEquals.end, &attribute.afterEquals);
         AssignText(value.begin, value.end, &attribute.value);
         attribute.quote = quote;
         attribute.hasValue = true;
@@ -184,9 +183,9 @@ private:
         return true;
     }
 
-    void AppendWithoutValue(const Run& attributePrefix, const Run& attributeName, Vector<Attribute<C, S>>* attributes) {
-        Attribute<C, S>& attribute = attributes->AppendRecycled();
-        AssignText(attributePrefix.begin, attributePrefix.end, &attribute.prefix);
+    void AppendWithoutValue(const Run& before, const Run& attributeName, StartTag* data) {
+        Attribute<C, S>& attribute = data->attributes.AppendRecycled();
+        AssignSpace(before.begin, before.end, &attribute.prefix);
         AssignText(attributeName.begin, attributeName.end, &attribute.name);
         attribute.beforeEquals.clear();
         attribute.afterEquals.clear();
@@ -199,6 +198,7 @@ private:
     SimpleParserContext<C, S>* context;
     const C* next;
     const C* const end;
+    Scan::Lines<C> lines;  // between the context's place and `next`
 
     Run prefix;
     Run name;
