@@ -26,7 +26,7 @@ public:
     /// subpart in UTF-8. 1200 takes pairs of bytes, low byte first; an odd last byte becomes U+FFFD. On Windows the system's converters
     /// have marks of their own for what is invalid or not assigned: U+30FB in 932, private characters in others.
     /// @param code  0 is the ANSI rule: the process's ANSI code page on Windows, 1252 on POSIX.
-    /// @return 0, or RESULT_UNSUPPORTED_CHARSET with an empty output, also for an empty string.
+    /// @return 0, or RESULT_UNSUPPORTED_CHARSET with an empty output: there is no converter, also for an empty string, or it failed.
     std::uint32_t ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output);
 
     /// Replaces `*output` by the bytes of `size` UTF-16 units in code page `code`; a character that the code page lacks becomes "?",

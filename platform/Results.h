@@ -12,7 +12,7 @@ enum Result : std::uint32_t {
     RESULT_INVALID_ARGUMENT = 2,      ///< a null pointer, an impossible size, a file that does not exist
     RESULT_OUT_OF_MEMORY = 8,         ///< a read buffer could not be allocated
     RESULT_UNAVAILABLE = 11,          ///< the charset detector could not be started
-    RESULT_UNSUPPORTED_CHARSET = 50,  ///< no converter for this code page
+    RESULT_UNSUPPORTED_CHARSET = 50,  ///< no converter for this code page, or it failed
     RESULT_STREAM_FAILED = 512,       ///< a stream could not be read, written or positioned
     RESULT_END_OF_DATA = 513,         ///< a read found the stream at its end
     RESULT_DETECTION_FAILED = 709,    ///< the charset detector was started and failed

@@ -44,12 +44,15 @@ Detection Detect(VFS::InputStream* stream, std::uint64_t minConfidence) {
 }
 
 /// The confidence that the detector has in its answer. The parser does not tell it, but compares it: it is the greatest minimum that
-/// is not too much for it, found by halving in at most seven calls. Nothing when there is no answer.
+/// is not too much for it, found by halving in at most seven calls. Nothing when there is no answer, and when the detector answers the
+/// same whatever the minimum is: then it could not be asked.
 std::optional<std::uint64_t> FindConfidence(VFS::InputStream* stream) {
     const auto isEnough = [stream](std::uint64_t confidence) {
         const std::uint32_t result = Detect(stream, confidence).result;
         return result == HTML::PARSER_OK || result == HTML::PARSER_UNKNOWN_RECOGNIZER;
     };
+    if (isEnough(MOST_CONFIDENCE + 1))
+        return std::nullopt;
     std::uint64_t fewest = 0;  // of the minimums 0 to 100, those that are enough
     std::uint64_t most = MOST_CONFIDENCE + 1;
     while (fewest < most) {
