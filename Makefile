@@ -17,7 +17,7 @@ OPTIMIZED_TESTS = differential-tests round-trip-tests allocation-tests memory-te
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
+.PHONY: help run test test-windows test-memory bench bench-hostile corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
