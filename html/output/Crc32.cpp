@@ -1,15 +1,22 @@
 #include "html/output/Crc32.h"
 
 #include <array>
+#include <cstddef>
 
 namespace Kestra::HTML {
 
 namespace {
 
 constexpr std::uint32_t POLYNOMIAL = 0xEDB88320;
-constexpr unsigned STRIDE = 4;  // bytes per step
+constexpr unsigned STRIDE = 16;       // bytes per step of the tables
+constexpr unsigned SHORT_STRIDE = 4;  // and behind the last one
 
 using Table = std::array<std::array<std::uint32_t, 256>, STRIDE>;
+
+/// A remainder times x. Its highest bit is the coefficient of 1.
+constexpr std::uint32_t TimesX(std::uint32_t remainder) {
+    return (remainder >> 1) ^ ((remainder & 1) != 0 ? POLYNOMIAL : 0);
+}
 
 /// `TABLE[k][b]` is what the byte `b` does to the register when `k` more bytes follow it in the same step.
 constexpr Table MakeTable() {
@@ -17,7 +24,7 @@ constexpr Table MakeTable() {
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
         std::uint32_t remainder = byte;
         for (int bit = 0; bit < 8; ++bit)
-            remainder = (remainder >> 1) ^ ((remainder & 1) != 0 ? POLYNOMIAL : 0);
+            remainder = TimesX(remainder);
         table[0][byte] = remainder;
     }
     for (unsigned distance = 1; distance < STRIDE; ++distance) {
@@ -31,18 +38,105 @@ constexpr Table MakeTable() {
 
 constexpr Table TABLE = MakeTable();
 
-}  // namespace
+/// What `COUNT` bytes do to the register, of which `FOLLOWING` more bytes follow in the same step.
+template <unsigned COUNT, unsigned FOLLOWING>
+std::uint32_t Look(const unsigned char* bytes) {
+    std::uint32_t sum = 0;
+    for (unsigned i = 0; i < COUNT; ++i)
+        sum ^= TABLE[FOLLOWING + COUNT - 1 - i][bytes[i]];
+    return sum;
+}
 
-std::uint32_t UpdateCrc32(std::uint32_t crc, const void* data, std::uint64_t size) {
-    const auto* next = static_cast<const unsigned char*>(data);
-    std::uint32_t value = ~crc;
-    for (; size >= STRIDE; size -= STRIDE, next += STRIDE) {
-        value = TABLE[3][(value ^ next[0]) & 0xFF] ^ TABLE[2][((value >> 8) ^ next[1]) & 0xFF] ^
-                TABLE[1][((value >> 16) ^ next[2]) & 0xFF] ^ TABLE[0][(value >> 24) ^ next[3]];
-    }
+/// What the register itself does in a step of so many bytes: it lies over the first four.
+template <unsigned BYTES>
+std::uint32_t Look(std::uint32_t value, const unsigned char* bytes) {
+    return TABLE[BYTES - 1][(value ^ bytes[0]) & 0xFF] ^ TABLE[BYTES - 2][((value >> 8) ^ bytes[1]) & 0xFF] ^
+           TABLE[BYTES - 3][((value >> 16) ^ bytes[2]) & 0xFF] ^ TABLE[BYTES - 4][(value >> 24) ^ bytes[3]];
+}
+
+/// Takes bytes into the register, which is not inverted here.
+std::uint32_t Take(std::uint32_t value, const unsigned char* next, std::uint64_t size) {
+    for (; size >= STRIDE; size -= STRIDE, next += STRIDE)
+        value = Look<STRIDE>(value, next) ^ Look<STRIDE - SHORT_STRIDE, 0>(next + SHORT_STRIDE);
+    for (; size >= SHORT_STRIDE; size -= SHORT_STRIDE, next += SHORT_STRIDE)
+        value = Look<SHORT_STRIDE>(value, next);
     for (; size > 0; --size, ++next)
         value = (value >> 8) ^ TABLE[0][(value ^ *next) & 0xFF];
-    return ~value;
+    return value;
 }
+
+}  // namespace
+
+std::uint32_t UpdateCrc32ByTables(std::uint32_t crc, const void* data, std::uint64_t size) {
+    return ~Take(~crc, static_cast<const unsigned char*>(data), size);
+}
+
+#if defined(KESTRA_HAS_CARRYLESS_BLOCKS)
+
+namespace {
+
+constexpr std::size_t LANES = 4;  // one multiplication takes several cycles, but the next three need not wait for it
+
+/// The remainder of x^exponent, as a polynomial below x^64.
+constexpr std::uint64_t PowerOfX(unsigned exponent) {
+    std::uint32_t remainder = 0x80000000;
+    for (unsigned i = 0; i < exponent; ++i)
+        remainder = TimesX(remainder);
+    return static_cast<std::uint64_t>(remainder) << 32;
+}
+
+/// The factors that carry a block over as many others without changing the remainder of the whole. A product comes with one x, and the
+/// first half of a block stands 64 places above the second one.
+template <std::size_t BLOCKS>
+CarrylessBlock FactorsOver() {
+    constexpr unsigned PLACES = 8 * CarrylessBlock::LENGTH * BLOCKS - 1;
+    constexpr std::uint64_t FIRST = PowerOfX(PLACES + 64);
+    constexpr std::uint64_t SECOND = PowerOfX(PLACES);
+    return CarrylessBlock(FIRST, SECOND);
+}
+
+}  // namespace
+
+KESTRA_CARRYLESS_FUNCTION std::uint32_t UpdateCrc32ByFolding(std::uint32_t crc, const void* data, std::uint64_t size) {
+    constexpr std::size_t LENGTH = CarrylessBlock::LENGTH;
+    constexpr std::size_t STEP = LANES * LENGTH;
+    const auto* next = static_cast<const unsigned char*>(data);
+    if (size < 2 * STEP)
+        return UpdateCrc32ByTables(crc, data, size);  // faster there: the last block goes through them all the same
+    CarrylessBlock first(next);
+    CarrylessBlock second(next + LENGTH);
+    CarrylessBlock third(next + 2 * LENGTH);
+    CarrylessBlock fourth(next + 3 * LENGTH);
+    first.Add(CarrylessBlock(~crc, 0));
+    const CarrylessBlock overLanes = FactorsOver<LANES>();
+    for (next += STEP, size -= STEP; size >= STEP; next += STEP, size -= STEP) {
+        first.MultiplyAndAdd(overLanes, CarrylessBlock(next));
+        second.MultiplyAndAdd(overLanes, CarrylessBlock(next + LENGTH));
+        third.MultiplyAndAdd(overLanes, CarrylessBlock(next + 2 * LENGTH));
+        fourth.MultiplyAndAdd(overLanes, CarrylessBlock(next + 3 * LENGTH));
+    }
+    const CarrylessBlock overOne = FactorsOver<1>();
+    first.MultiplyAndAdd(overOne, second);
+    first.MultiplyAndAdd(overOne, third);
+    first.MultiplyAndAdd(overOne, fourth);
+    for (; size >= LENGTH; next += LENGTH, size -= LENGTH)
+        first.MultiplyAndAdd(overOne, CarrylessBlock(next));
+    // One block has the remainder of all that came before.
+    unsigned char block[LENGTH];
+    first.Store(block);
+    return ~Take(Take(0, block, LENGTH), next, size);
+}
+
+std::uint32_t UpdateCrc32(std::uint32_t crc, const void* data, std::uint64_t size) {
+    return Base::HasCarrylessMultiplication() ? UpdateCrc32ByFolding(crc, data, size) : UpdateCrc32ByTables(crc, data, size);
+}
+
+#else
+
+std::uint32_t UpdateCrc32(std::uint32_t crc, const void* data, std::uint64_t size) {
+    return UpdateCrc32ByTables(crc, data, size);
+}
+
+#endif
 
 }  // namespace Kestra::HTML
