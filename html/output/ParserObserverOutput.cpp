@@ -1,78 +1,39 @@
 #include "html/output/ParserObserverOutput.h"
 
+#include <cstddef>
+
 #include "html/framework/Instantiate.h"
+#include "html/output/TokenWriter.h"
 
 namespace Kestra::HTML {
 
 namespace {
 
-/// Puts the parts of a record out to a handler, piece by piece.
-template <typename C, typename S>
-class Pieces {
+/// Every fixed character is a piece of its own.
+template <typename C>
+class HandlerSink {
 public:
-    explicit Pieces(ParserObserverOutputHandler* sink) : handler(sink) {}
+    explicit HandlerSink(ParserObserverOutputHandler* receivingHandler) : handler(receivingHandler) {}
 
-    /// Fixed characters, one piece each.
-    void Punctuation(const char* characters) {
-        for (; *characters != 0; ++characters) {
-            const C character = static_cast<C>(*characters);
+    template <std::size_t COUNT>
+    void Punctuation(const C (&characters)[COUNT]) {
+        for (const C& character : characters)
             handler->Write(&character, sizeof(C), true);
-        }
     }
 
-    void String(const S* text) {
-        Write(text, sizeof(C), true);
-    }
-
-    /// The body of a section: as many bytes as it has characters, so only the first half of a wide one; hosts rely on it.
-    void Body(const S* text) {
-        Write(text, 1, false);
-    }
-
-    void Quoted(const S& value, std::uint32_t quote) {
-        switch (quote) {
-            case QUOTE_NONE:
-                String(&value);
-                break;
-            case QUOTE_SINGLE:
-                Punctuation("'");
-                String(&value);
-                Punctuation("'");
-                break;
-            case QUOTE_DOUBLE:
-                Punctuation("\"");
-                String(&value);
-                Punctuation("\"");
-                break;
-        }
-    }
-
-    void Attributes(const Vector<Attribute<C, S>>* attributes) {
-        if (attributes == nullptr)
-            return;
-        for (const Attribute<C, S>& attribute : *attributes) {
-            String(&attribute.prefix);
-            String(&attribute.name);
-            if (!attribute.hasValue)
-                continue;
-            String(&attribute.beforeEquals);
-            Punctuation("=");
-            String(&attribute.afterEquals);
-            Quoted(attribute.value, attribute.quote);
-        }
+    void Piece(const void* data, std::size_t byteCount, bool isMarkup) {
+        handler->Write(data, byteCount, isMarkup);
     }
 
 private:
-    void Write(const S* text, std::uint64_t bytesPerCharacter, bool isMarkup) {
-        static constexpr C NOTHING[1] = {};
-        if (text == nullptr)
-            handler->Write(NOTHING, 0, isMarkup);
-        else
-            handler->Write(text->data(), text->size() * bytesPerCharacter, isMarkup);
-    }
-
     ParserObserverOutputHandler* handler;
 };
+
+template <typename C, typename S, template <typename, typename> typename Record>
+void WriteToHandler(const Record<C, S>* data, ParserObserverOutputHandler* handler) {
+    HandlerSink<C> sink(handler);
+    TokenWriter<C, S, HandlerSink<C>>(&sink).Write(*data);
+}
 
 }  // namespace
 
@@ -105,151 +66,72 @@ ParserObserverOutput<C, S>& ParserObserverOutput<C, S>::operator=(const ParserOb
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetTextOutput(const TextData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.String(data->text);
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetCCommentOutput(const CCommentData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("/*");
-    pieces.String(data->text);
-    pieces.Punctuation("*/");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetCPPCommentOutput(const CPPCommentData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("//");
-    pieces.String(data->text);
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetSQuoteStringOutput(const SQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("'");
-    pieces.String(data->text);
-    pieces.Punctuation("'");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetDQuoteStringOutput(const DQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("\"");
-    pieces.String(data->text);
-    pieces.Punctuation("\"");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetStartTagOutput(const StartTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("<");
-    pieces.String(data->prefix);
-    pieces.String(data->name);
-    pieces.Attributes(data->attributes);
-    if (data->closed) {
-        pieces.String(data->suffix);
-        pieces.Punctuation(">");
-    }
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetShortTagOutput(const ShortTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("<");
-    pieces.String(data->prefix);
-    pieces.String(data->name);
-    pieces.Attributes(data->attributes);
-    pieces.String(data->suffix);
-    pieces.Punctuation("/");
-    if (data->closed)
-        pieces.Punctuation(">");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetEndTagOutput(const EndTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("</");
-    pieces.String(data->prefix);
-    pieces.String(data->name);
-    pieces.String(data->afterName);
-    if (data->attributes != nullptr && !data->attributes->empty()) {
-        pieces.Attributes(data->attributes);
-        pieces.String(data->suffix);
-    }
-    if (data->slashBeforeClose)
-        pieces.Punctuation("/");
-    if (data->closed)
-        pieces.Punctuation(">");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetCDATATagOutput(const CDATATagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("<![");
-    pieces.String(data->keyword);
-    pieces.Body(data->text);
-    if (data->closed)
-        pieces.Punctuation("]]>");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetConditionalTagOutput(const ConditionalTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("<![");
-    pieces.String(data->keyword);
-    pieces.Body(data->condition);
-    if (data->bracketClosed)
-        pieces.Punctuation("]");
-    if (data->tagClosed) {
-        pieces.Body(data->tail);
-        pieces.Punctuation(">");
-    }
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetCommentTagOutput(const CommentTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("<!--");
-    pieces.Body(data->text);
-    if (data->closed)
-        pieces.Punctuation("-->");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetEntityTagOutput(const EntityTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    pieces.Punctuation("<!");
-    pieces.String(data->prefix);
-    pieces.String(data->name);
-    if (data->tokens != nullptr) {
-        for (const EntityToken<C, S>& token : *data->tokens) {
-            pieces.String(&token.prefix);
-            pieces.Quoted(token.value, token.quote);
-        }
-    }
-    pieces.String(data->suffix);
-    pieces.Punctuation(">");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetExternTagOutput(const ExternTagData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<C, S> pieces(sink);
-    if (data->freeStyle) {
-        pieces.String(data->text);
-        return;
-    }
-    pieces.Punctuation("<?");
-    pieces.String(data->prefix);
-    pieces.String(data->name);
-    pieces.Attributes(data->attributes);
-    pieces.String(data->suffix);
-    pieces.Punctuation(data->slashBeforeClose ? "/>" : "?>");
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
 void ParserObserverOutput<C, S>::GetJunkDataOutput(const JunkData<C, S>* data, ParserObserverOutputHandler* sink) {
-    Pieces<char, std::string>(sink).Body(data->text);
+    WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>

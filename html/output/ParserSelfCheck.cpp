@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "html/framework/AssignText.h"
 #include "html/framework/Instantiate.h"
 #include "html/output/Crc32.h"
 #include "platform/Results.h"
@@ -11,19 +12,20 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::size_t GATHER_SIZE = 4096;       // bytes: most pieces are one character, and an update for each costs more than the copying
+constexpr std::size_t GATHER_SIZE = 8192;       // bytes: most pieces are one character, and an update for each costs more than the copying
 constexpr std::uint64_t READ_SIZE = 64 * 1024;  // bytes per read when a copy is verified
 
 }  // namespace
 
 template <typename C, typename S>
-ParserSelfCheck<C, S>::ParserSelfCheck() : outputCrc(0), checkedSize(0), checkedCrc(0), copyLost(false) {}
+ParserSelfCheck<C, S>::ParserSelfCheck() : outputCrc(0), gatheredSize(0), checkedSize(0), checkedCrc(0), copyLost(false) {}
 
 template <typename C, typename S>
 ParserSelfCheck<C, S>::ParserSelfCheck(const ParserSelfCheck& other)
     : ParserObserverOutput<C, S>(other),
       outputCrc(other.outputCrc),
       gathered(other.gathered),
+      gatheredSize(other.gatheredSize),
       checkedSize(0),
       checkedCrc(0),
       copyLost(false) {}
@@ -35,6 +37,7 @@ ParserSelfCheck<C, S>& ParserSelfCheck<C, S>::operator=(const ParserSelfCheck& o
         Reset(false);
         outputCrc = other.outputCrc;
         gathered = other.gathered;
+        gatheredSize = other.gatheredSize;
     }
     return *this;
 }
@@ -44,14 +47,16 @@ ParserSelfCheck<C, S>::~ParserSelfCheck() = default;
 
 template <typename C, typename S>
 void ParserSelfCheck<C, S>::OnOutput(const void* data, std::uint64_t byteCount, bool) {
-    if (byteCount >= GATHER_SIZE - gathered.size()) {
+    if (byteCount > gathered.size() - gatheredSize) {
         Flush();
-        if (byteCount >= GATHER_SIZE) {
+        if (byteCount > GATHER_SIZE) {
             Write(data, byteCount);
             return;
         }
+        gathered.resize(GATHER_SIZE);
     }
-    gathered.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+    CopyShort(gathered.data() + gatheredSize, data, static_cast<std::size_t>(byteCount));
+    gatheredSize += static_cast<std::size_t>(byteCount);
 }
 
 template <typename C, typename S>
@@ -59,7 +64,7 @@ void ParserSelfCheck<C, S>::Reset(bool keepCopy) {
     outputCrc = 0;
     copy = nullptr;
     finishedCopy = nullptr;
-    gathered.clear();
+    gatheredSize = 0;
     checkedSize = 0;
     checkedCrc = 0;
     copyLost = false;
@@ -94,10 +99,10 @@ VFS::InputStream* ParserSelfCheck<C, S>::GetSelfCheckStream() {
 
 template <typename C, typename S>
 void ParserSelfCheck<C, S>::Flush() {
-    if (gathered.empty())
+    if (gatheredSize == 0)
         return;
-    Write(gathered.data(), gathered.size());
-    gathered.clear();
+    Write(gathered.data(), gatheredSize);
+    gatheredSize = 0;
 }
 
 template <typename C, typename S>

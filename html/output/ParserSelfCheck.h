@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -9,6 +10,9 @@
 #include "platform/TmpStream.h"
 
 namespace Kestra::HTML {
+
+template <typename C, typename S>
+class SelfCheckSink;
 
 /// Writes every token back and keeps the CRC-32 of what it wrote (ISO 3309) and, on demand, a copy of it.
 ///
@@ -44,6 +48,8 @@ public:
     VFS::InputStream* GetSelfCheckStream();
 
 private:
+    friend class SelfCheckSink<C, S>;
+
     void Flush();
     void Write(const void* data, std::uint64_t byteCount);
     bool CanReadCopy();
@@ -51,7 +57,8 @@ private:
     std::uint32_t outputCrc;
     std::unique_ptr<VFS::TmpOutputStream> copy;
     std::unique_ptr<VFS::TmpInputStream> finishedCopy;
-    std::string gathered;       ///< small pieces that wait for the next update of the checksum and the copy
+    std::string gathered;       ///< a buffer, empty until the first small piece,
+    std::size_t gatheredSize;   ///< and how many bytes of pieces wait in it for the next update of the checksum and the copy
     std::uint64_t checkedSize;  ///< bytes of the copy that have been read back,
     std::uint32_t checkedCrc;   ///< and their checksum
     bool copyLost;

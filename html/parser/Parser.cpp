@@ -9,6 +9,7 @@
 #include "html/framework/TakeText.h"
 #include "html/output/Crc32.h"
 #include "html/output/ParserObserverOutput.h"
+#include "html/output/SelfCheckSink.h"
 #include "html/parser/DeclaredCharset.h"
 #include "html/parser/RecordCalls.h"
 #include "html/tags/WholeTag.h"
@@ -687,7 +688,7 @@ template <typename C, typename S>
 template <typename Record>
 void Parser<C, S>::Deliver(Record record) {
     if (IsSelfChecking())
-        CallObserver<C, S>(&selfCheck, &record);
+        WriteToSelfCheck(&selfCheck, record);
     DeliverToObserver(&record);
 }
 
@@ -771,7 +772,7 @@ template <typename C, typename S>
 void Parser<C, S>::DeliverCPPComment() {
     CPPCommentData<C, S> record{&cppCommentData.text};
     if (IsSelfChecking())
-        CallObserver<C, S>(&selfCheck, &record);
+        WriteToSelfCheck(&selfCheck, record);
     if (std::is_same_v<C, WideChar> || charObserver == nullptr)
         DeliverToObserver(&record);
 }

@@ -1,0 +1,264 @@
+#include "html/output/ParserSelfCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "html/output/Crc32.h"
+#include "html/output/SelfCheckSink.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/TestStreams.h"
+
+// The two ways into a self-check, its callbacks and the parser's short way, against the serializer that writes to a string.
+
+namespace Kestra::Test {
+namespace {
+
+/// All output in one string.
+class ByteHandler final : public HTML::ParserObserverOutputHandler {
+public:
+    void Write(const void* data, std::uint64_t byteCount, bool) override {
+        bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+    }
+
+    std::string bytes;
+};
+
+template <typename Flavour>
+class ParserSelfCheckTest : public testing::Test {
+protected:
+    using Char = typename Flavour::C;
+    using String = typename Flavour::S;
+    using Output = HTML::ParserObserverOutput<Char, String>;
+    using SelfCheck = HTML::ParserSelfCheck<Char, String>;
+
+    ParserSelfCheckTest() {
+        called.Reset(true);
+        written.Reset(true);
+    }
+
+    /// Takes a record in all three ways.
+    template <typename Record>
+    void Take(void (Output::*callback)(Record*), void (*writer)(const Record*, HTML::ParserObserverOutputHandler*), Record record) {
+        (called.*callback)(&record);
+        HTML::WriteToSelfCheck(&written, record);
+        writer(&record, &expected);
+    }
+
+    void TakeText(const String& text) {
+        Take<HTML::TextData<Char, String>>(&Output::OnText, &Output::GetTextOutput, {&text});
+    }
+
+    /// A string of any characters, mostly short.
+    String MakeString() {
+        const std::size_t limits[] = {1, 2, 2, 5, 20, 70, 300};
+        return Repeated(engine() % limits[engine() % std::size(limits)]);
+    }
+
+    String Repeated(std::size_t length) {
+        String text;
+        for (std::size_t i = 0; i < length; ++i)
+            text.push_back(static_cast<Char>(engine() % 0xFFFF));
+        return text;
+    }
+
+    void MakeAttributes() {
+        attributes.clear();
+        const std::uint32_t count = static_cast<std::uint32_t>(engine() % 5);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            attributes.emplace_back();
+            HTML::Attribute<Char, String>& attribute = attributes.back();
+            attribute.prefix = MakeString();
+            attribute.name = MakeString();
+            attribute.beforeEquals = MakeString();
+            attribute.afterEquals = MakeString();
+            attribute.value = MakeString();
+            attribute.quote = static_cast<std::uint32_t>(engine() % 4);
+            attribute.hasValue = Chance();
+        }
+        tokens.clear();
+        for (std::uint32_t i = 0; i < count; ++i) {
+            tokens.emplace_back();
+            tokens.back().prefix = MakeString();
+            tokens.back().value = MakeString();
+            tokens.back().quote = static_cast<std::uint32_t>(engine() % 4);
+        }
+    }
+
+    bool Chance() {
+        return engine() % 2 == 0;
+    }
+
+    /// Null now and then, as in records that hosts make.
+    const String* Any(const String& text) {
+        return engine() % 20 == 0 ? nullptr : &text;
+    }
+
+    /// A record of a kind from 0 to 13.
+    void TakeRandom(std::uint32_t kind) {
+        const String texts[] = {MakeString(), MakeString(), MakeString(), MakeString()};
+        const String* const one = Any(texts[0]);
+        const String* const two = Any(texts[1]);
+        const String* const three = Any(texts[2]);
+        const std::string junk(engine() % 40, static_cast<char>(engine() % 0x7F));
+        MakeAttributes();
+        const auto* const list = engine() % 20 == 0 ? nullptr : &attributes;
+        switch (kind) {
+            case 0:
+                return Take<HTML::TextData<Char, String>>(&Output::OnText, &Output::GetTextOutput, {one});
+            case 1:
+                return Take<HTML::CCommentData<Char, String>>(&Output::OnCComment, &Output::GetCCommentOutput, {one});
+            case 2:
+                return Take<HTML::CPPCommentData<Char, String>>(&Output::OnCPPComment, &Output::GetCPPCommentOutput, {one});
+            case 3:
+                return Take<HTML::SQuoteStringData<Char, String>>(&Output::OnSQuoteString, &Output::GetSQuoteStringOutput, {one});
+            case 4:
+                return Take<HTML::DQuoteStringData<Char, String>>(&Output::OnDQuoteString, &Output::GetDQuoteStringOutput, {one});
+            case 5:
+                return Take<HTML::StartTagData<Char, String>>(&Output::OnStartTag, &Output::GetStartTagOutput,
+                                                              {one, two, list, three, Chance()});
+            case 6:
+                return Take<HTML::ShortTagData<Char, String>>(&Output::OnShortTag, &Output::GetShortTagOutput,
+                                                              {one, two, list, three, Chance()});
+            case 7:
+                return Take<HTML::EndTagData<Char, String>>(&Output::OnEndTag, &Output::GetEndTagOutput,
+                                                            {one, two, three, Chance(), list, Chance(), Any(texts[3])});
+            case 8:
+                return Take<HTML::CDATATagData<Char, String>>(&Output::OnCDATATag, &Output::GetCDATATagOutput, {one, two, Chance()});
+            case 9:
+                return Take<HTML::ConditionalTagData<Char, String>>(&Output::OnConditionalTag, &Output::GetConditionalTagOutput,
+                                                                    {one, two, three, Chance(), Chance()});
+            case 10:
+                return Take<HTML::CommentTagData<Char, String>>(&Output::OnCommentTag, &Output::GetCommentTagOutput, {one, Chance()});
+            case 11:
+                return Take<HTML::EntityTagData<Char, String>>(&Output::OnEntityTag, &Output::GetEntityTagOutput,
+                                                               {one, two, &tokens, three});
+            case 12:
+                return Take<HTML::ExternTagData<Char, String>>(&Output::OnExternTag, &Output::GetExternTagOutput,
+                                                               {one, two, list, three, Chance(), Any(texts[3]), Chance()});
+            default:
+                return Take<HTML::JunkData<Char, String>>(&Output::OnJunkData, &Output::GetJunkDataOutput, {&junk});
+        }
+    }
+
+    void ExpectSame() {
+        const std::uint32_t crc = HTML::UpdateCrc32ByTables(0, expected.bytes.data(), expected.bytes.size());
+        for (SelfCheck* const selfCheck : {&called, &written}) {
+            ASSERT_EQ(selfCheck->GetOutputCrc(), crc);
+            VFS::InputStream* const stream = selfCheck->GetSelfCheckStream();
+            ASSERT_NE(stream, nullptr);
+            ASSERT_TRUE(ReadAll(stream, 100000).bytes == expected.bytes);
+        }
+    }
+
+    void Reset() {
+        called.Reset(true);
+        written.Reset(true);
+        expected.bytes.clear();
+    }
+
+    std::mt19937 engine{7};
+    Vector<HTML::Attribute<Char, String>> attributes;
+    Vector<HTML::EntityToken<Char, String>> tokens;
+    SelfCheck called;
+    SelfCheck written;
+    ByteHandler expected;
+};
+
+TYPED_TEST_SUITE(ParserSelfCheckTest, Flavours);
+
+TYPED_TEST(ParserSelfCheckTest, RecordsOfEveryKind) {
+    for (std::uint32_t kind = 0; kind < 14; ++kind) {
+        SCOPED_TRACE(kind);
+        for (int i = 0; i < 300; ++i) {
+            this->Reset();
+            this->TakeRandom(kind);
+            this->TakeRandom(kind);
+            this->ExpectSame();
+        }
+    }
+    EXPECT_FALSE(this->expected.bytes.empty());
+}
+
+TYPED_TEST(ParserSelfCheckTest, ManyRecords) {
+    for (int i = 0; i < 20000; ++i)
+        this->TakeRandom(static_cast<std::uint32_t>(this->engine() % 14));
+    EXPECT_GT(this->expected.bytes.size(), std::size_t{1} << 20);
+    this->ExpectSame();
+}
+
+TYPED_TEST(ParserSelfCheckTest, LongStringsBesideShortOnes) {
+    // Around the sizes of a buffer, with what lies in it before.
+    const std::size_t character = sizeof(typename TypeParam::C);
+    for (const std::size_t buffer : {4096, 8192, 16384}) {
+        for (const std::size_t before : {0, 1, 2, 33}) {
+            for (std::size_t length = buffer / character - before - 3; length <= buffer / character + 3; ++length) {
+                SCOPED_TRACE(testing::Message() << before << " and " << length << " characters");
+                this->Reset();
+                this->TakeText(this->Repeated(before));
+                this->TakeText(this->Repeated(length));
+                this->TakeText(this->Repeated(1));
+                this->TakeRandom(5);
+                this->ExpectSame();
+            }
+        }
+    }
+    this->Reset();
+    this->TakeText(this->Repeated(100000));
+    this->TakeText(this->Repeated(7));
+    this->ExpectSame();
+}
+
+TYPED_TEST(ParserSelfCheckTest, BothWaysGatherInOneBuffer) {
+    for (int i = 0; i < 3000; ++i) {
+        const typename TypeParam::S text = this->MakeString();
+        HTML::TextData<typename TypeParam::C, typename TypeParam::S> record = {&text};
+        const bool swapped = this->Chance();
+        (swapped ? this->written : this->called).OnText(&record);
+        HTML::WriteToSelfCheck(swapped ? &this->called : &this->written, record);
+        const std::string mark(this->engine() % 3, '\xFE');
+        this->called.OnBOM(mark.data(), mark.size());
+        this->written.OnBOM(mark.data(), mark.size());
+        TestFixture::Output::GetTextOutput(&record, &this->expected);
+        this->expected.bytes += mark;
+    }
+    this->ExpectSame();
+}
+
+TYPED_TEST(ParserSelfCheckTest, ACopyGoesOnByItself) {
+    using Check = HTML::ParserSelfCheck<typename TypeParam::C, typename TypeParam::S>;
+    const auto crcOf = [](const std::string& bytes) { return HTML::UpdateCrc32ByTables(0, bytes.data(), bytes.size()); };
+    for (const std::size_t length : {0, 3, 5000, 20000}) {
+        this->Reset();
+        this->TakeText(this->Repeated(length));
+        Check copy(this->written);
+        Check assigned;
+        assigned.OnOutput("other", 5, true);
+        assigned = this->written;
+        EXPECT_EQ(copy.GetSelfCheckStream(), nullptr);
+        copy.OnOutput("copy", 4, true);
+        assigned.OnOutput("assigned", 8, true);
+        const std::string before = this->expected.bytes;
+        this->TakeText(this->Repeated(9));
+        EXPECT_EQ(copy.GetOutputCrc(), crcOf(before + "copy"));
+        EXPECT_EQ(assigned.GetOutputCrc(), crcOf(before + "assigned"));
+        this->ExpectSame();
+    }
+}
+
+TYPED_TEST(ParserSelfCheckTest, NothingIsNothing) {
+    this->written.OnOutput(nullptr, 0, true);
+    EXPECT_EQ(this->written.GetOutputCrc(), 0U);
+    this->written.OnOutput("a", 1, true);
+    this->written.OnOutput(nullptr, 0, true);
+    EXPECT_EQ(this->written.GetOutputCrc(), 0xE8B7BE43U);
+    this->written.Reset(false);
+    EXPECT_EQ(this->written.GetOutputCrc(), 0U);
+}
+
+}  // namespace
+}  // namespace Kestra::Test
