@@ -1,9 +1,11 @@
 #include "platform/CharSetConverter.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
+#include <iterator>
 
+#include "platform/AsciiRuns.h"
 #include "platform/PlatformConverter.h"
 #include "platform/Results.h"
 
@@ -19,6 +21,15 @@ constexpr char UNMAPPABLE = '?';
 constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
     0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+// The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and in front of any others, on every
+// platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, 1361
+// with its won sign, and the national variants of seven bits.
+constexpr CharSet::Code KEEPING_ASCII[] = {
+    437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,   862,   863,   865,   866,   869,   874,   932,
+    936,   949,   950,   1250,  1251,  1253,  1254,  1255,  1256,  1257,  1258,  10000, 10006, 10007, 10017, 10029, 10081, 20866, 20932,
+    20936, 20949, 21866, 28592, 28593, 28594, 28595, 28596, 28597, 28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
+static_assert(std::is_sorted(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII)));
 
 /// Makes `*output` `size` characters long without copying what it held when it must grow. @return its first character.
 template <typename S>
@@ -39,47 +50,13 @@ unsigned char ByteAt(const char* place) {
     return static_cast<unsigned char>(*place);
 }
 
-/// Copies the ASCII run at the front of `[from, end)` to `to`, widened. @return its length.
-std::size_t WidenAscii(const char* from, const char* end, WideChar* to) {
-    const auto size = static_cast<std::size_t>(end - from);
-    std::size_t done = 0;
-    for (; size - done >= 16; done += 16) {  // 16 bytes: two words to test, one vector register to widen
-        std::array<std::uint64_t, 2> words;
-        std::memcpy(words.data(), from + done, sizeof words);
-        if (((words[0] | words[1]) & 0x8080808080808080U) != 0)
-            break;
-        // Local copies: the compiler may widen them at once, since nothing that `from` or `to` point to can overlap them.
-        std::array<unsigned char, 16> narrow;
-        std::array<WideChar, 16> wide;
-        std::memcpy(narrow.data(), from + done, sizeof narrow);
-        for (std::size_t i = 0; i < narrow.size(); ++i)
-            wide[i] = narrow[i];
-        std::memcpy(to + done, wide.data(), sizeof wide);
-    }
-    for (; done < size && ByteAt(from + done) < 0x80; ++done)
-        to[done] = static_cast<WideChar>(from[done]);
-    return done;
-}
-
-/// Copies the ASCII run at the front of `[from, end)` to `to`, narrowed. @return its length.
-std::size_t NarrowAscii(const WideChar* from, const WideChar* end, char* to) {
-    const auto size = static_cast<std::size_t>(end - from);
-    std::size_t done = 0;
-    for (; size - done >= 8; done += 8) {
-        std::array<std::uint64_t, 2> words;
-        std::memcpy(words.data(), from + done, sizeof words);
-        if (((words[0] | words[1]) & 0xFF80FF80FF80FF80U) != 0)
-            break;
-        std::array<WideChar, 8> wide;
-        std::array<char, 8> narrow;
-        std::memcpy(wide.data(), from + done, sizeof wide);
-        for (std::size_t i = 0; i < wide.size(); ++i)
-            narrow[i] = static_cast<char>(wide[i]);
-        std::memcpy(to + done, narrow.data(), sizeof narrow);
-    }
-    for (; done < size && from[done] < 0x80; ++done)
-        to[done] = static_cast<char>(from[done]);
-    return done;
+/// Copies the ASCII run at the front of `[*from, end)`, and advances both places behind it. There is room for a character for each one
+/// up to `end`.
+template <typename From, typename To>
+void CopyRun(const From** from, const From* end, To** to) {
+    const std::size_t run = CopyAscii(*from, static_cast<std::size_t>(end - *from), *to);
+    *from += run;
+    *to += run;
 }
 
 constexpr bool IsHighSurrogate(char32_t unit) {
@@ -137,22 +114,43 @@ char32_t ReadUtf8(const char** from, const char* end) {
     return codePoint;
 }
 
+bool IsTrailing(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
+}
+
+/// Reads one code point from U+0080 to U+FFFF, as most beyond ASCII are. @return 0, and nothing is read, when `*from` is not one.
+char32_t ReadShortUtf8(const char** from, const char* end) {
+    const char* const place = *from;
+    const char32_t first = ByteAt(place);
+    const auto left = end - place;
+    if (first >= 0xC2 && first < 0xE0 && left >= 2 && IsTrailing(place[1])) {
+        *from = place + 2;
+        return ((first & 0x1FU) << 6) | (ByteAt(place + 1) & 0x3FU);
+    }
+    if (first < 0xE0 || first > 0xEF || left < 3 || !IsTrailing(place[1]) || !IsTrailing(place[2]))
+        return 0;
+    const char32_t codePoint = ((first & 0x0FU) << 12) | ((ByteAt(place + 1) & 0x3FU) << 6) | (ByteAt(place + 2) & 0x3FU);
+    if (codePoint < 0x800 || IsSurrogate(codePoint))
+        return 0;
+    *from = place + 3;
+    return codePoint;
+}
+
 void Utf8ToWide(const char* from, std::uint64_t size, WideString* output) {
     const char* const end = from + size;
     WideChar* to = Presize(output, size);  // no sequence is shorter than what it becomes
     while (from != end) {
-        if (ByteAt(from) < 0x80) {
-            const std::size_t run = WidenAscii(from, end, to);
-            from += run;
-            to += run;
-            continue;
-        }
-        const char32_t codePoint = ReadUtf8(&from, end);
-        if (codePoint < 0x10000) {
-            *to++ = static_cast<WideChar>(codePoint);
-        } else {
-            *to++ = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
-            *to++ = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
+        CopyRun(&from, end, &to);
+        while (from != end && ByteAt(from) >= 0x80) {
+            char32_t codePoint = ReadShortUtf8(&from, end);
+            if (codePoint == 0)
+                codePoint = ReadUtf8(&from, end);
+            if (codePoint < 0x10000) {
+                *to++ = static_cast<WideChar>(codePoint);
+            } else {
+                *to++ = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
+                *to++ = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
+            }
         }
     }
     CutAt(output, to);
@@ -175,53 +173,48 @@ void WideToUtf8(const WideChar* from, std::uint64_t size, std::string* output) {
     char* to = Presize(output, CountUtf8(from, end));
     const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(static_cast<unsigned char>(byte)); };
     while (from != end) {
-        if (*from < 0x80) {
-            const std::size_t run = NarrowAscii(from, end, to);
-            from += run;
-            to += run;
-            continue;
-        }
-        char32_t codePoint = ReadCodePoint(&from, end);
-        if (IsSurrogate(codePoint))
-            codePoint = REPLACEMENT;
-        if (codePoint < 0x800) {
-            put(0xC0 | (codePoint >> 6));
-        } else {
-            if (codePoint < 0x10000) {
-                put(0xE0 | (codePoint >> 12));
+        CopyRun(&from, end, &to);
+        while (from != end && *from >= 0x80) {
+            char32_t codePoint = ReadCodePoint(&from, end);
+            if (IsSurrogate(codePoint))
+                codePoint = REPLACEMENT;
+            if (codePoint < 0x800) {
+                put(0xC0 | (codePoint >> 6));
             } else {
-                put(0xF0 | (codePoint >> 18));
-                put(0x80 | ((codePoint >> 12) & 0x3F));
+                if (codePoint < 0x10000) {
+                    put(0xE0 | (codePoint >> 12));
+                } else {
+                    put(0xF0 | (codePoint >> 18));
+                    put(0x80 | ((codePoint >> 12) & 0x3F));
+                }
+                put(0x80 | ((codePoint >> 6) & 0x3F));
             }
-            put(0x80 | ((codePoint >> 6) & 0x3F));
+            put(0x80 | (codePoint & 0x3F));
         }
-        put(0x80 | (codePoint & 0x3F));
     }
 }
 
-/// 1252, 28591 and 20127 to UTF-16: a table lookup, a copy, and U+FFFD for the bytes from 0x80 up.
+/// What the bytes from 0x80 up stand for in 1252, 28591 and 20127: the character of the same number but for the table of 1252, and
+/// nothing in 20127.
 template <CharSet::Code CODE>
-WideChar WidenByte(unsigned char byte) {
-    if constexpr (CODE == CharSet::WINDOWS_1252) {
-        if (byte >= 0x80 && byte <= 0x9F)
-            return WINDOWS_1252_HIGH[byte - 0x80U];
-    } else if constexpr (CODE == CharSet::US_ASCII) {
-        if (byte >= 0x80)
-            return static_cast<WideChar>(REPLACEMENT);
+constexpr std::array<WideChar, 128> MakeUpperHalf() {
+    std::array<WideChar, 128> units{};
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const bool isListed = CODE == CharSet::WINDOWS_1252 && i < WINDOWS_1252_HIGH.size();
+        units[i] = isListed ? WINDOWS_1252_HIGH[i] : static_cast<WideChar>(CODE == CharSet::US_ASCII ? REPLACEMENT : 0x80 + i);
     }
-    return byte;
+    return units;
 }
 
 template <CharSet::Code CODE>
 void SingleByteToWide(const char* from, std::uint64_t size, WideString* output) {
+    static constexpr std::array<WideChar, 128> UPPER_HALF = MakeUpperHalf<CODE>();
     const char* const end = from + size;
     WideChar* to = Presize(output, size);
     while (from != end) {
-        const std::size_t run = WidenAscii(from, end, to);
-        from += run;
-        to += run;
+        CopyRun(&from, end, &to);
         for (; from != end && ByteAt(from) >= 0x80; ++from)
-            *to++ = WidenByte<CODE>(ByteAt(from));
+            *to++ = UPPER_HALF[ByteAt(from) - 0x80U];
     }
 }
 
@@ -246,9 +239,7 @@ void WideToSingleByte(const WideChar* from, std::uint64_t size, std::string* out
     const WideChar* const end = from + size;
     char* to = Presize(output, size);
     while (from != end) {
-        const std::size_t run = NarrowAscii(from, end, to);
-        from += run;
-        to += run;
+        CopyRun(&from, end, &to);
         while (from != end && *from >= 0x80)
             *to++ = NarrowCodePoint<CODE>(ReadCodePoint(&from, end));
     }
@@ -289,6 +280,20 @@ CharSetConverter::Platform* CharSetConverter::Open(CharSet::Code code) {
     if (platform == nullptr || platform->GetCode() != code)
         platform = std::make_unique<Platform>(code);
     return platform.get();
+}
+
+bool CharSetConverter::KeepsAscii(CharSet::Code code) {
+    if (code == CharSet::UNKNOWN)
+        code = Platform::GetAnsiCode();
+    switch (code) {
+        case CharSet::UTF8:
+        case CharSet::WINDOWS_1252:
+        case CharSet::US_ASCII:
+        case CharSet::ISO_8859_1:
+            return true;
+        default:
+            return std::binary_search(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII), code) && Open(code)->Converts();
+    }
 }
 
 std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) {

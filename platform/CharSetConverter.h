@@ -34,6 +34,11 @@ public:
     /// "??" for a pair of surrogates.
     std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
 
+    /// Whether this platform converts the code page both ways, and a string of ASCII in it is the same bytes as in ASCII. Whoever knows
+    /// that of a code page needs no call for such a string.
+    /// @param code  0 is the ANSI rule.
+    bool KeepsAscii(CharSet::Code code);
+
 private:
     class Platform;  // `platform/PlatformConverter.h`
 

@@ -27,6 +27,9 @@ public:
     /// The code page given to the constructor.
     CharSet::Code GetCode() const;
 
+    /// Whether the system converts the code page both ways.
+    bool Converts() const;
+
     /// As `CharSetConverter::ToWide`. Starts in the initial state of the code page, whatever the string before left behind.
     std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output);
 

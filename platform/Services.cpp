@@ -1,5 +1,7 @@
 #include "platform/Services.h"
 
+#include <atomic>
+
 namespace Kestra::Base {
 
 namespace {
@@ -20,6 +22,9 @@ std::uint32_t FromWide(StringNS::CharSetConverter* converter, StringNS::CharSet:
 
 thread_local const Services* overriding = nullptr;
 
+/// The overrides of all threads. A thread sees its own at once, and no other thread's matter to it.
+std::atomic<std::uint32_t> overrides = 0;
+
 }  // namespace
 
 const Services PLATFORM_SERVICES = {CharsetDetector::Detect, AdjustBuffer, ToWide, FromWide};
@@ -28,12 +33,18 @@ const Services& GetServices() {
     return overriding != nullptr ? *overriding : PLATFORM_SERVICES;
 }
 
+bool AreServicesReal() {
+    return overrides.load(std::memory_order_relaxed) == 0 || &GetServices() == &PLATFORM_SERVICES;
+}
+
 ServicesOverride::ServicesOverride(const Services& services) : previous(overriding) {
     overriding = &services;
+    overrides.fetch_add(1, std::memory_order_relaxed);
 }
 
 ServicesOverride::~ServicesOverride() {
     overriding = previous;
+    overrides.fetch_sub(1, std::memory_order_relaxed);
 }
 
 }  // namespace Kestra::Base

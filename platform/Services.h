@@ -25,6 +25,9 @@ extern const Services PLATFORM_SERVICES;
 /// The services of the calling thread: the real ones, or those of the innermost `ServicesOverride`.
 const Services& GetServices();
 
+/// Whether `GetServices` answers with the real ones, which is so without a look at the thread where no thread has others.
+bool AreServicesReal();
+
 /// Puts other services in place for the calling thread for as long as it lives.
 class ServicesOverride {
 public:

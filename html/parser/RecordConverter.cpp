@@ -1,6 +1,10 @@
 #include "html/parser/RecordConverter.h"
 
+#include <bit>
+
+#include "html/framework/AssignText.h"
 #include "html/framework/Instantiate.h"
+#include "platform/AsciiRuns.h"
 #include "platform/Services.h"
 
 namespace Kestra::HTML {
@@ -11,10 +15,26 @@ bool ContainsReplacementCharacter(const WideString& text) {
     return text.find(static_cast<WideChar>(0xFFFD)) != WideString::npos;
 }
 
+/// Makes a string so long, without a call where it has been longer. What it holds then is worth nothing.
+template <typename S>
+void MakeLength(std::size_t length, S* text) {
+    if (length <= text->size()) [[likely]]
+        text->erase(length);
+    else
+        text->resize(length);
+}
+
 }  // namespace
 
 template <typename C, typename S>
-RecordConverter<C, S>::RecordConverter() : charset(0), result(0), detectReplacements(false), hasConverted(false), hasReplacements(false) {}
+RecordConverter<C, S>::RecordConverter()
+    : charset(0),
+      charsetShortcut(SHORTCUT_UNKNOWN),
+      shortcut(SHORTCUT_NONE),
+      result(0),
+      detectReplacements(false),
+      hasConverted(false),
+      hasReplacements(false) {}
 
 template <typename C, typename S>
 RecordConverter<C, S>::RecordConverter(const RecordConverter&) = default;
@@ -27,7 +47,11 @@ RecordConverter<C, S>::~RecordConverter() = default;
 
 template <typename C, typename S>
 void RecordConverter<C, S>::Begin(StringNS::CharSet::Code documentCharset, bool detect) {
-    charset = documentCharset;
+    if (documentCharset != charset || charsetShortcut == SHORTCUT_UNKNOWN) {
+        charset = documentCharset;
+        charsetShortcut = FindShortcut();
+    }
+    shortcut = Base::AreServicesReal() ? charsetShortcut : SHORTCUT_NONE;
     result = 0;
     detectReplacements = detect;
     hasConverted = false;
@@ -35,10 +59,43 @@ void RecordConverter<C, S>::Begin(StringNS::CharSet::Code documentCharset, bool 
 }
 
 template <typename C, typename S>
+auto RecordConverter<C, S>::FindShortcut() -> Shortcut {
+    if (charset == StringNS::CharSet::UTF16_LE) {
+        const bool isCopy = std::is_same_v<C, WideChar> && std::endian::native == std::endian::little;
+        return isCopy ? SHORTCUT_COPY : SHORTCUT_NONE;
+    }
+    return converter.KeepsAscii(charset) ? SHORTCUT_ASCII : SHORTCUT_NONE;
+}
+
+/// Most strings of a tag are empty, and most of a document are ASCII; the services are called for what is left.
+template <typename C, typename S>
 void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
+    if (from.empty() && shortcut != SHORTCUT_NONE)
+        to->clear();
+    else
+        ConvertCharacters(from, to);
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::ConvertCharacters(const S& from, OtherString* to) {
+    if (shortcut == SHORTCUT_ASCII) {
+        MakeLength(from.size(), to);
+        if (StringNS::CopyAscii(from.data(), from.size(), to->data()) != from.size())
+            CallServices(from, to);
+    } else if (shortcut == SHORTCUT_COPY) {
+        if constexpr (std::is_same_v<C, WideChar>) {
+            const char* const bytes = reinterpret_cast<const char*>(from.data());
+            AssignText(bytes, bytes + from.size() * sizeof(C), to);
+        }
+    } else {
+        CallServices(from, to);
+    }
+}
+
+template <typename C, typename S>
+void RecordConverter<C, S>::CallServices(const S& from, OtherString* to) {
     if (result != 0)
         return;
-    hasConverted = true;
     const Base::Services& services = Base::GetServices();
     if constexpr (std::is_same_v<C, char>) {
         result = services.toWide(&converter, charset, from.data(), from.size(), to);
@@ -52,6 +109,7 @@ void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
 
 template <typename C, typename S>
 auto RecordConverter<C, S>::Slot(std::size_t slot, const S* from) -> const OtherString* {
+    hasConverted = true;
     ConvertString(*from, &strings[slot]);
     return &strings[slot];
 }

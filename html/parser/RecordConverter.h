@@ -73,7 +73,18 @@ public:
     bool HasReplacements() const;
 
 private:
+    /// What spares strings a call.
+    enum Shortcut : std::uint32_t {
+        SHORTCUT_UNKNOWN,  // no record yet
+        SHORTCUT_NONE,
+        SHORTCUT_ASCII,  // a string of ASCII is the same in both flavours
+        SHORTCUT_COPY,   // wide characters are their own bytes
+    };
+
+    Shortcut FindShortcut();
     void ConvertString(const S& from, OtherString* to);
+    void ConvertCharacters(const S& from, OtherString* to);
+    void CallServices(const S& from, OtherString* to);
     const OtherString* Slot(std::size_t slot, const S* from);
     const Vector<Attribute<OtherCharacter, OtherString>>* Attributes(const Vector<Attribute<C, S>>* from);
     const Vector<EntityToken<OtherCharacter, OtherString>>* Tokens(const Vector<EntityToken<C, S>>* from);
@@ -82,6 +93,8 @@ private:
 
     StringNS::CharSetConverter converter;
     StringNS::CharSet::Code charset;
+    Shortcut charsetShortcut;  ///< of `charset`
+    Shortcut shortcut;         ///< of this record: none where the services are not the real ones
     std::uint32_t result;
     bool detectReplacements;
     bool hasConverted;

@@ -304,6 +304,10 @@ CharSet::Code CharSetConverter::Platform::GetCode() const {
     return code;
 }
 
+bool CharSetConverter::Platform::Converts() const {
+    return system != nullptr;
+}
+
 std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t size, WideString* output) {
     output->clear();
     if (system == nullptr)

@@ -307,6 +307,10 @@ CharSet::Code CharSetConverter::Platform::GetCode() const {
     return code;
 }
 
+bool CharSetConverter::Platform::Converts() const {
+    return system != nullptr && system->writes;
+}
+
 std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t size, WideString* output) {
     output->clear();
     return system == nullptr ? std::uint32_t{RESULT_UNSUPPORTED_CHARSET} : ConvertInSteps(*system, data, size, output);
@@ -314,8 +318,7 @@ std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t
 
 std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::uint64_t size, std::string* output) {
     output->clear();
-    const bool writes = system != nullptr && system->writes;
-    return writes ? ConvertInSteps(*system, data, size, output) : std::uint32_t{RESULT_UNSUPPORTED_CHARSET};
+    return Converts() ? ConvertInSteps(*system, data, size, output) : std::uint32_t{RESULT_UNSUPPORTED_CHARSET};
 }
 
 }  // namespace Kestra::StringNS

@@ -101,5 +101,33 @@ TEST(ServicesTest, AnOverrideIsSeenByItsOwnThreadOnly) {
     EXPECT_EQ(&GetServices(), &services);
 }
 
+TEST(ServicesTest, WhetherTheyAreRealIsAQuestionOfTheThread) {
+    EXPECT_TRUE(AreServicesReal());
+    const Services services = WithFailingBuffer(PLATFORM_SERVICES);
+    bool isRealElsewhere = false;
+    bool isRealInside = true;
+    bool isRealBehind = false;
+    {
+        const ServicesOverride replacement(services);
+        EXPECT_FALSE(AreServicesReal());
+        std::thread thread([&] {
+            isRealElsewhere = AreServicesReal();
+            {
+                const ServicesOverride others(services);
+                isRealInside = AreServicesReal();
+            }
+            isRealBehind = AreServicesReal();
+        });
+        thread.join();
+        EXPECT_FALSE(AreServicesReal());
+        const ServicesOverride real(PLATFORM_SERVICES);
+        EXPECT_TRUE(AreServicesReal());
+    }
+    EXPECT_TRUE(AreServicesReal());
+    EXPECT_TRUE(isRealElsewhere);
+    EXPECT_FALSE(isRealInside);
+    EXPECT_TRUE(isRealBehind);
+}
+
 }  // namespace
 }  // namespace Kestra::Base

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "platform/Characters.h"
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define KESTRA_HAS_ASCII_BLOCKS
+#include <emmintrin.h>
+
+#include <bit>
+#include <cstring>
+#endif
+
+/// @file
+/// Runs of ASCII, which most of a document is, between bytes and UTF-16: sixteen characters at once by the vectors that every x86-64
+/// processor has, elsewhere one by one. Not installed.
+///
+/// Each function copies the run at the front of `size` characters and answers its length. All of `[to, to + size)` may be written; what
+/// lies there behind the run is worth nothing.
+
+namespace Kestra::StringNS {
+
+/// One by one: what the blocks must agree with.
+template <typename From, typename To>
+std::size_t CopyAsciiOneByOne(const From* from, std::size_t size, To* to) {
+    std::size_t done = 0;
+    while (done < size && static_cast<std::make_unsigned_t<From>>(from[done]) < 0x80) {
+        to[done] = static_cast<To>(from[done]);
+        ++done;
+    }
+    return done;
+}
+
+#if defined(KESTRA_HAS_ASCII_BLOCKS)
+
+/// Blocks of bytes to UTF-16. Each function copies a block whatever it holds, and answers a bit for each character that is not ASCII.
+struct WidenedBlocks {
+    static unsigned CopySixteen(const char* from, WideChar* to) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        const __m128i zero = _mm_setzero_si128();
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(bytes, zero));
+        return static_cast<unsigned>(_mm_movemask_epi8(bytes));
+    }
+    static unsigned CopyEight(const char* from, WideChar* to) {
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        return static_cast<unsigned>(_mm_movemask_epi8(bytes));
+    }
+    static unsigned CopyFour(const char* from, WideChar* to) {
+        std::int32_t word;
+        std::memcpy(&word, from, sizeof word);
+        const __m128i bytes = _mm_cvtsi32_si128(word);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        return static_cast<unsigned>(_mm_movemask_epi8(bytes));
+    }
+};
+
+/// The same from UTF-16 to bytes.
+struct NarrowedBlocks {
+    static unsigned CopySixteen(const WideChar* from, char* to) {
+        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 8));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(low, high));
+        return FindOthers(low, high);
+    }
+    static unsigned CopyEight(const WideChar* from, char* to) {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(units, units));
+        return FindOthers(units, _mm_setzero_si128());
+    }
+    static unsigned CopyFour(const WideChar* from, char* to) {
+        const __m128i units = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+        const std::int32_t word = _mm_cvtsi128_si32(_mm_packus_epi16(units, units));
+        std::memcpy(to, &word, sizeof word);
+        return FindOthers(units, _mm_setzero_si128());
+    }
+
+private:
+    static unsigned FindOthers(__m128i low, __m128i high) {
+        const __m128i beyond = _mm_set1_epi16(static_cast<short>(0xFF80));
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i isLow = _mm_cmpeq_epi16(_mm_and_si128(low, beyond), zero);
+        const __m128i isHigh = _mm_cmpeq_epi16(_mm_and_si128(high, beyond), zero);
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(isLow, isHigh))) ^ 0xFFFFU;
+    }
+};
+
+/// A last block ends where the characters end, and begins among those that the one in front of it has copied already.
+template <typename Blocks, typename From, typename To>
+std::size_t CopyAsciiInBlocks(const From* from, std::size_t size, To* to) {
+    // `length` characters at a time; there are so many at least.
+    const auto copyAll = [=](std::size_t length, auto copy) {
+        const std::size_t last = size - length;
+        for (std::size_t place = 0; place < last; place += length) {
+            const unsigned others = copy(from + place, to + place);
+            if (others != 0)
+                return place + static_cast<std::size_t>(std::countr_zero(others));
+        }
+        const unsigned others = copy(from + last, to + last);
+        return others == 0 ? size : last + static_cast<std::size_t>(std::countr_zero(others));
+    };
+    if (size < 4)
+        return CopyAsciiOneByOne(from, size, to);
+    if (size < 8)
+        return copyAll(4, Blocks::CopyFour);
+    if (size < 16)
+        return copyAll(8, Blocks::CopyEight);
+    return copyAll(16, Blocks::CopySixteen);
+}
+
+#endif
+
+/// Bytes to UTF-16.
+inline std::size_t CopyAscii(const char* from, std::size_t size, WideChar* to) {
+#if defined(KESTRA_HAS_ASCII_BLOCKS)
+    return CopyAsciiInBlocks<WidenedBlocks>(from, size, to);
+#else
+    return CopyAsciiOneByOne(from, size, to);
+#endif
+}
+
+/// UTF-16 to bytes.
+inline std::size_t CopyAscii(const WideChar* from, std::size_t size, char* to) {
+#if defined(KESTRA_HAS_ASCII_BLOCKS)
+    return CopyAsciiInBlocks<NarrowedBlocks>(from, size, to);
+#else
+    return CopyAsciiOneByOne(from, size, to);
+#endif
+}
+
+}  // namespace Kestra::StringNS
