@@ -89,27 +89,31 @@ private:
     }
 };
 
-/// A last block ends where the characters end, and begins among those that the one in front of it has copied already.
+/// A last block ends where the characters end, and begins among those that the one in front of it has copied already. Up to 15
+/// characters, as most strings have, it is the second of two.
 template <typename Blocks, typename From, typename To>
 std::size_t CopyAsciiInBlocks(const From* from, std::size_t size, To* to) {
-    // `length` characters at a time; there are so many at least.
-    const auto copyAll = [=](std::size_t length, auto copy) {
+    const auto copyLast = [=](std::size_t length, auto copy) {
         const std::size_t last = size - length;
-        for (std::size_t place = 0; place < last; place += length) {
-            const unsigned others = copy(from + place, to + place);
-            if (others != 0)
-                return place + static_cast<std::size_t>(std::countr_zero(others));
-        }
         const unsigned others = copy(from + last, to + last);
         return others == 0 ? size : last + static_cast<std::size_t>(std::countr_zero(others));
+    };
+    const auto copyTwo = [=](std::size_t length, auto copy) {
+        const unsigned others = copy(from, to);
+        return others == 0 ? copyLast(length, copy) : static_cast<std::size_t>(std::countr_zero(others));
     };
     if (size < 4)
         return CopyAsciiOneByOne(from, size, to);
     if (size < 8)
-        return copyAll(4, Blocks::CopyFour);
+        return copyTwo(4, Blocks::CopyFour);
     if (size < 16)
-        return copyAll(8, Blocks::CopyEight);
-    return copyAll(16, Blocks::CopySixteen);
+        return copyTwo(8, Blocks::CopyEight);
+    for (std::size_t done = 0; done < size - 16; done += 16) {
+        const unsigned others = Blocks::CopySixteen(from + done, to + done);
+        if (others != 0)
+            return done + static_cast<std::size_t>(std::countr_zero(others));
+    }
+    return copyLast(16, Blocks::CopySixteen);
 }
 
 #endif
