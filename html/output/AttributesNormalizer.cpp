@@ -1,8 +1,7 @@
 #include "html/output/AttributesNormalizer.h"
 
-#include <utility>
-
 #include "html/framework/Instantiate.h"
+#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -19,6 +18,18 @@ void AbsorbQuotes(Attribute<C, S>& anchor) {
     anchor.quote = QUOTE_NONE;
 }
 
+/// Puts a record in the place of another one, which is worth nothing.
+template <typename C, typename S>
+void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
+    TakeText(&from->prefix, &to->prefix);
+    TakeText(&from->name, &to->name);
+    TakeText(&from->beforeEquals, &to->beforeEquals);
+    TakeText(&from->afterEquals, &to->afterEquals);
+    TakeText(&from->value, &to->value);
+    to->quote = from->quote;
+    to->hasValue = from->hasValue;
+}
+
 }  // namespace
 
 template <typename C, typename S>
@@ -30,7 +41,7 @@ void AttributesNormalizer<C, S>::Normalize(Vector<Attribute<C, S>>* attributes) 
         if (list[i].hasValue || !hasAnchor) {
             hasAnchor = hasAnchor || list[i].hasValue;
             if (kept != i)
-                std::swap(list[kept], list[i]);
+                ReplaceAttribute(&list[i], &list[kept]);
             ++kept;
             continue;
         }

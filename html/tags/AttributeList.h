@@ -19,7 +19,7 @@ enum class AttributeListStep {
     MALFORMED,       ///< a closing mark and then white space
 };
 
-/// Appends a completed attribute and moves its strings there. Without a value only `prefix` and `name` count.
+/// Appends a completed attribute. Without a value only `prefix` and `name` count.
 template <typename C, typename S>
 void AppendAttribute(AttributeSimpleParserData<C, S>* data, Vector<Attribute<C, S>>* attributes) {
     Attribute<C, S>& attribute = attributes->AppendRecycled();
@@ -82,7 +82,7 @@ AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, Attrib
         step = AttributeListStep::CLOSING_MARK;
         data->name.pop_back();
     }
-    // The white space moves aside while the recognizer restarts; appending leaves `beforeEquals` alone.
+    // The white space moves aside while the recognizer restarts; appending leaves `beforeEquals` alone, and it keeps its buffer.
     if (data->name.empty())
         TakeText(&data->prefix, suffix);
     else
@@ -90,8 +90,8 @@ AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, Attrib
     S carry;
     carry.swap(data->beforeEquals);
     RestartAttribute(attribute, data, iso2022);
-    data->prefix.swap(carry);
-    data->beforeEquals.swap(carry);  // the buffers stay in the record
+    TakeText(&carry, &data->prefix);
+    data->beforeEquals.swap(carry);
     data->state = 1;
     return step;
 }

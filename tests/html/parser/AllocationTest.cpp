@@ -10,6 +10,7 @@
 #include "html/parser/GenericParser.h"
 #include "platform/MemoryInputStream.h"
 #include "tests/html/parser/CountedAllocations.h"
+#include "tests/html/parser/RandomTokens.h"
 #include "tests/support/Flavours.h"
 
 // Once every buffer has seen its longest string, tokens cost none.
@@ -262,6 +263,23 @@ std::string RepeatBlock(std::size_t size) {
     return half;
 }
 
+/// At least `size` bytes of tokens with strings of every length up to 4,000 characters. They repeat, and so do the cuts between the
+/// pieces, after so many bytes that every string has its longest text and all of them together are kept.
+std::string MakeRandomly(std::uint32_t seed, std::size_t size) {
+    constexpr std::size_t PERIOD = 16 * GenericParser::BUFFER_SIZE;
+    constexpr std::string_view FILLER = "<p>.";
+    RandomTokens tokens(seed, 4000);
+    std::string block;
+    while (block.size() < PERIOD)
+        block += tokens.Next();
+    while (block.size() % GenericParser::BUFFER_SIZE != 0)
+        block += FILLER[block.size() % FILLER.size()];
+    std::string half;
+    while (half.size() < size)
+        half += block;
+    return half;
+}
+
 /// Calls a hook when the second half is asked for.
 template <typename Hook>
 class HalvedStream final : public VFS::InputStream {
@@ -391,6 +409,13 @@ void ExpectNoneOfAnyFlavour(const std::string& narrow) {
 
 TEST(AllocationTest, TokensCostNoneOnceWarm) {
     ExpectNoneOfAnyFlavour(RepeatBlock(HALF_SIZE));
+}
+
+TEST(AllocationTest, TokensOfEveryLengthCostNoneOnceWarm) {
+    for (std::uint32_t seed = 1; seed <= 3; ++seed) {
+        SCOPED_TRACE(seed);
+        ExpectNoneOfAnyFlavour(MakeRandomly(seed, HALF_SIZE));
+    }
 }
 
 TEST(AllocationTest, LookingForACharsetCostsNoneOnceWarm) {
