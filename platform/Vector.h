@@ -221,6 +221,11 @@ public:
         return room;
     }
 
+    /// The live elements and, behind them, the kept ones, which `data()` reaches as well.
+    size_type ConstructedSize() const noexcept {
+        return constructed;
+    }
+
     void reserve(size_type number) {
         if (number > room)
             Reallocate(number);

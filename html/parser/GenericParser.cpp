@@ -199,7 +199,7 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
 
 void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover, bool detected) {
     mode = MODE_NARROW;
-    wideParser.DropSelfCheckStream();
+    wideParser.Rest();
     narrowParser.SetCharset(code);
     narrowParser.SetDiscoverCharset(discover);
     narrowParser.Start(markLength, detected);
@@ -207,7 +207,7 @@ void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Cod
 
 void GenericParser::StartWide(std::uint64_t markLength) {
     mode = MODE_WIDE;
-    narrowParser.DropSelfCheckStream();
+    narrowParser.Rest();
     charset = StringNS::CharSet::UTF16_LE;
     wideParser.SetCharset(charset);
     wideParser.SetDiscoverCharset(false);

@@ -11,6 +11,7 @@
 #include "html/output/ParserObserverOutput.h"
 #include "html/output/SelfCheckSink.h"
 #include "html/parser/DeclaredCharset.h"
+#include "html/parser/RecognizerBuffers.h"
 #include "html/parser/RecordCalls.h"
 #include "html/tags/WholeTag.h"
 #include "platform/BufferAllocPolicy.h"
@@ -211,7 +212,8 @@ Parser<C, S>::Parser()
       tokenStartPos(0),
       tokenStartBase(0),
       backingStreamPositioned(false),
-      tokenStartPositioned(false) {}
+      tokenStartPositioned(false),
+      buffersDue(0) {}
 
 template <typename C, typename S>
 Parser<C, S>::Parser(const Parser&) = default;
@@ -231,6 +233,7 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     pieceBase = markLength;
     backingStreamPositioned = false;
     tokenStartPositioned = false;
+    LimitBuffers(true);
     charsetDetectorUsed = detectedCharset;
     charsetFromMarkup = false;
     inScript = false;
@@ -253,6 +256,7 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
         return PARSER_OK;
     if (IsSelfChecking())
         inputCrc = UpdateCrc32(inputCrc, piece, length * sizeof(C));
+    buffersDue -= std::min(buffersDue, context.length);
     context.buffer = piece;
     context.position = 0;
     context.length = length;
@@ -264,6 +268,8 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
     Unwinding unwinding(this);
     std::uint32_t result = PARSER_OK;
     while (result == PARSER_OK && !Scan::AtEnd(context)) {
+        if (context.position >= buffersDue)
+            LimitBuffers(false);
         const Construct* const construct = FindByState(state);
         result = (this->*construct->parse)();
         if (result == SP_NEED_MORE_DATA || result == PARSER_PARSE_AGAIN || construct->state == STATE_JUNK)
@@ -312,8 +318,9 @@ bool Parser<C, S>::IsPlainText() const {
 /// Most of a document: plain text and tags that lie in the piece as a whole, one behind the other. No recognizer runs.
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParsePlainText() {
+    const std::uint64_t pause = std::min(context.length, buffersDue);
     std::uint32_t result = SP_NEED_MORE_DATA;
-    while (result == SP_NEED_MORE_DATA && IsPlainText() && !Scan::AtEnd(context)) {
+    while (result == SP_NEED_MORE_DATA && IsPlainText() && context.position < pause) {
         const std::basic_string_view<C> run = Scan::RunUntil<Scan::LESS_THAN>(context);
         const bool isWhole = textData.text.empty() && !Scan::AtEnd(context);
         if (!isWhole)
@@ -540,6 +547,42 @@ template <typename C, typename S>
 void Parser<C, S>::FinishToken() {
     MarkTokenStart(0);
     BackToText();
+}
+
+/// Looks whether too much memory is kept, when no construct is under way: the text of one may lie in any string.
+template <typename C, typename S>
+void Parser<C, S>::LimitBuffers(bool isNewDocument) {
+    if (state != STATE_TEXT && state != STATE_JUNK)
+        return;
+    const std::uint64_t bytes = Kestra::LimitBuffers(isNewDocument, [this](auto& visit) { VisitBuffers(visit); });
+    buffersDue = context.position + bytes / sizeof(C);
+}
+
+/// Hands a visitor all that is kept for the next tokens, which is all but the text, or the junk, that is being read.
+template <typename C, typename S>
+template <typename Visitor>
+void Parser<C, S>::VisitBuffers(Visitor& visit) {
+    using Buffers = RecognizerBuffers<C, S>;
+    if (textData.text.empty() && textData.state == 0)
+        Buffers::Visit(text, textData, visit);
+    visit(wholeText);
+    Buffers::Visit(genericTag, genericTagData, visit);
+    Buffers::Visit(startTag, startTagData, visit);
+    Buffers::Visit(endTag, endTagData, visit);
+    Buffers::Visit(commentTag, commentTagData, visit);
+    Buffers::Visit(cdataTag, cdataTagData, visit);
+    Buffers::Visit(conditionalTag, conditionalTagData, visit);
+    Buffers::Visit(entityTag, entityTagData, visit);
+    Buffers::Visit(externTag, externTagData, visit);
+    Buffers::Visit(cComment, cCommentData, visit);
+    Buffers::Visit(cppComment, cppCommentData, visit);
+    Buffers::Visit(sQuoteString, sQuoteStringData, visit);
+    Buffers::Visit(dQuoteString, dQuoteStringData, visit);
+    if (state != STATE_JUNK)
+        Buffers::Visit(junk, junkData, visit);
+    Buffers::Visit(jsRegEx, jsRegExData, visit);
+    visit(declaredName);
+    Buffers::Visit(converter, visit);
 }
 
 template <typename C, typename S>
@@ -898,8 +941,11 @@ VFS::InputStream* Parser<C, S>::GetSelfCheckStream() {
 }
 
 template <typename C, typename S>
-void Parser<C, S>::DropSelfCheckStream() {
+void Parser<C, S>::Rest() {
+    BackToText();
     selfCheck.Reset(false);
+    BufferRelease release;
+    VisitBuffers(release);
 }
 
 template <typename C, typename S>

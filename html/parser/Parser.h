@@ -107,7 +107,8 @@ public:
     StringNS::CharSet::Code GetCharset() const;
     std::uint32_t GetSelfCheckMode() const;
     VFS::InputStream* GetSelfCheckStream();
-    void DropSelfCheckStream();
+    /// The parser of the other flavour begins a document: nothing is kept of the last one, neither memory nor the self-check's stream.
+    void Rest();
     bool GetDetectCharsetErrors() const;
     bool HasCharsetErrors() const;
     bool NeedsReparsing() const;
@@ -163,6 +164,9 @@ private:
     void BackToText();
     void BackToText(const char* prefix);
     void FinishToken();
+    void LimitBuffers(bool isNewDocument);
+    template <typename Visitor>
+    void VisitBuffers(Visitor& visit);
 
     std::uint32_t EndOpenConstruct();
     std::uint32_t Recover();
@@ -254,6 +258,7 @@ private:
     std::uint64_t tokenStartBase;  // and that piece's `pieceBase`
     bool backingStreamPositioned;  // the current piece can be read again
     bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
+    std::uint64_t buffersDue;      // where `LimitBuffers` is called next: characters into the piece
 
     RecordConverter<C, S> converter;
     Uninherited<std::unique_ptr<Base::DefaultBufferAllocPolicy>> readBackBuffer;  // made at the first recovery

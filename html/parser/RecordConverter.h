@@ -12,6 +12,9 @@
 
 namespace Kestra::HTML {
 
+template <typename C, typename S>
+class RecognizerBuffers;
+
 /// The flavour that `C` is not.
 template <typename C>
 struct OtherFlavour {
@@ -73,6 +76,9 @@ public:
     bool HasReplacements() const;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     /// What spares strings a call.
     enum Shortcut : std::uint32_t {
         SHORTCUT_UNKNOWN,  // no record yet

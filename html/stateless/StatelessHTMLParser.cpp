@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/BufferAllocPolicy.h"
+#include "platform/KeptBuffers.h"
 #include "platform/Results.h"
 #include "platform/Services.h"
 #include "platform/VirtualFileSystem.h"
@@ -179,7 +180,8 @@ StatelessHTMLParser::StatelessHTMLParser()
       styleState(STYLE_RULES),
       line(1),
       column(1),
-      lastByte(0) {}
+      lastByte(0),
+      buffersDue(0) {}
 
 StatelessHTMLParser::StatelessHTMLParser(const StatelessHTMLParser&) = default;
 
@@ -200,6 +202,7 @@ std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset
     lastByte = 0;
     state = TEXT;
     text.clear();
+    LimitBuffers(true);
     afterNewline = false;
     GetDelegate().Call(ID_START_PARSING);
     started = true;
@@ -345,6 +348,7 @@ std::uint32_t StatelessHTMLParser::ParsePiece(const void* data, std::size_t size
         return STATELESS_NOT_STARTED;
     if (data == nullptr && size > 0)
         return STATELESS_INVALID_ARGUMENT;
+    buffersDue -= std::min(buffersDue, length);
     cursor = static_cast<const unsigned char*>(data);
     position = 0;
     length = size;
@@ -365,6 +369,8 @@ std::uint32_t StatelessHTMLParser::ParsePiece(const void* data, std::size_t size
 std::uint32_t StatelessHTMLParser::RunMachine() {
     std::uint32_t result = STATELESS_OK;
     while (!AtEnd() && result == STATELESS_OK) {
+        if (position >= buffersDue)
+            LimitBuffers(false);
         switch (static_cast<State>(state)) {
             case TEXT:
                 ParseText();
@@ -418,6 +424,24 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
         }
     }
     return result;
+}
+
+/// Looks whether too much memory is kept, when no construct is under way: the text of one may lie in any string.
+void StatelessHTMLParser::LimitBuffers(bool isNewDocument) {
+    if (state != TEXT)
+        return;
+    buffersDue = position + Kestra::LimitBuffers(isNewDocument, [this](auto& visit) {
+                     for (std::string* const string : {&identifier, &value, &tagName})
+                         visit(*string);
+                     if (text.empty())
+                         visit(text);
+                     visit(attributes);
+                     visit(tokens);
+                     visit(wideName);
+                     visit(wideText);
+                     visit(wideAttributes);
+                     visit(wideTokens);
+                 });
 }
 
 /// State 0: the text up to "<", or that "<".

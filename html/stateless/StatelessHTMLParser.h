@@ -113,6 +113,7 @@ private:
 
     // The main machine: one step in each state.
     std::uint32_t RunMachine();
+    void LimitBuffers(bool isNewDocument);
     void ParseText();
     std::uint32_t ParseAfterLessThan();
     std::uint32_t ParseAfterExclamationMark();
@@ -200,6 +201,7 @@ private:
     unsigned char lastByte;  // the last one consumed in an earlier piece of the document, 0 for none
     Uninherited<bool> busy;  // a call that feeds, starts or ends is on the stack
     StringNS::CharSetConverter converter;
+    std::uint64_t buffersDue;  // where `LimitBuffers` is called next: bytes into the piece
     // Kept for their buffers.
     WideString wideName;
     WideString wideText;

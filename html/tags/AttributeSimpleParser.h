@@ -41,6 +41,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     IdentifierSimpleParser<C, S> identifier;
     IdentifierSimpleParserData<C, S> identifierData;
     WhiteSpaceSimpleParser<C, S> whiteSpace;

@@ -45,6 +45,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     bool ParseNext(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data);

@@ -41,6 +41,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     void RestartToken(const Data& data);
     std::uint32_t ParseItem(SimpleParserContext<C, S>* context, Data* data);
 

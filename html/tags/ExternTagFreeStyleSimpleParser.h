@@ -32,6 +32,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     void RestartSQuoteString();
     void RestartDQuoteString(const Data& data);
     std::uint32_t ParseFreeText(SimpleParserContext<C, S>* context, Data* data);

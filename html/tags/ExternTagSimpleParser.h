@@ -47,6 +47,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     void ChooseStyle(Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
     bool TakeClosingSlash(Data* data);

@@ -35,6 +35,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     bool ParseFirst(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterExclamationMark(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ChooseByKeyword(Data* data);

@@ -36,6 +36,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     void ParseFirst(SimpleParserContext<C, S>* context, Data* data);
 
     WhiteSpaceSimpleParser<C, S> whiteSpace;

@@ -32,6 +32,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     GenericTagSimpleParser<C, S> genericTag;
     GenericTagSimpleParserData<C, S> genericTagData;
 };

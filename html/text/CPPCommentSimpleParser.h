@@ -36,6 +36,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     std::uint32_t ParseBody(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseConstruct(SimpleParserContext<C, S>* context, Data* data);
 

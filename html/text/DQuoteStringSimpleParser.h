@@ -35,6 +35,9 @@ public:
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
     std::uint32_t ParseEscape(SimpleParserContext<C, S>* context, Data* data);
 
     Escape2022SimpleParser<C, S> escape;

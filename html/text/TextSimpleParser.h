@@ -44,6 +44,8 @@ public:
 private:
     template <typename, typename>
     friend class Parser;
+    template <typename, typename>
+    friend class RecognizerBuffers;
 
     /// State 0 up to "<", inclusive, without naming the recognizer that runs next. False when the text ends elsewhere: `Parse` goes on.
     bool ReadUntilTag(SimpleParserContext<C, S>* context, Data* data);

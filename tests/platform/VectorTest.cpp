@@ -402,6 +402,19 @@ TEST(VectorTest, ErasedElementsKeepTheirBuffersBehindTheLiveOnes) {
     EXPECT_EQ(v.AppendRecycled().data(), erased);
 }
 
+TEST(VectorTest, ConstructedSizeCountsTheKeptElementsToo) {
+    Vector<std::string> v;
+    EXPECT_EQ(v.ConstructedSize(), 0U);
+    v = {"a", "b", "c"};
+    v.Truncate(1);
+    EXPECT_EQ(v.ConstructedSize(), 3U);
+    EXPECT_EQ(v.data()[2], "c");
+    v.reserve(100);
+    EXPECT_EQ(v.ConstructedSize(), 3U);
+    v.shrink_to_fit();
+    EXPECT_EQ(v.ConstructedSize(), 1U);
+}
+
 TEST(VectorTest, AppendRecycledValueInitializesWhenNothingIsKept) {
     Vector<int> v;
     for (int i = 0; i < 9; ++i)
