@@ -1,22 +1,17 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "platform/Characters.h"
-
-#if defined(__SSE2__) || defined(_M_X64)
-#define KESTRA_HAS_ASCII_BLOCKS
-#include <emmintrin.h>
-
-#include <bit>
-#include <cstring>
-#endif
+#include "platform/Processor.h"
 
 /// @file
-/// Runs of ASCII, which most of a document is, between bytes and UTF-16: sixteen characters at once by the vectors that every x86-64
-/// processor has, elsewhere one by one. Not installed.
+/// Runs of ASCII, which most of a document is, between bytes and UTF-16: sixteen characters at once where there are vectors, elsewhere one
+/// by one. Not installed.
 ///
 /// Each function copies the run at the front of `size` characters and answers its length. All of `[to, to + size)` may be written; what
 /// lies there behind the run is worth nothing.
@@ -34,7 +29,7 @@ std::size_t CopyAsciiOneByOne(const From* from, std::size_t size, To* to) {
     return done;
 }
 
-#if defined(KESTRA_HAS_ASCII_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
 
 /// Blocks of bytes to UTF-16. Each function copies a block whatever it holds, and answers a bit for each character that is not ASCII.
 struct WidenedBlocks {
@@ -120,7 +115,7 @@ std::size_t CopyAsciiInBlocks(const From* from, std::size_t size, To* to) {
 
 /// Bytes to UTF-16.
 inline std::size_t CopyAscii(const char* from, std::size_t size, WideChar* to) {
-#if defined(KESTRA_HAS_ASCII_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
     return CopyAsciiInBlocks<WidenedBlocks>(from, size, to);
 #else
     return CopyAsciiOneByOne(from, size, to);
@@ -129,7 +124,7 @@ inline std::size_t CopyAscii(const char* from, std::size_t size, WideChar* to) {
 
 /// UTF-16 to bytes.
 inline std::size_t CopyAscii(const WideChar* from, std::size_t size, char* to) {
-#if defined(KESTRA_HAS_ASCII_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
     return CopyAsciiInBlocks<NarrowedBlocks>(from, size, to);
 #else
     return CopyAsciiOneByOne(from, size, to);

@@ -1,18 +1,24 @@
 #pragma once
 
 /// @file
-/// What a processor can do beyond the vectors that the compiler takes for granted. Not installed.
+/// The instructions of single processors, in one place: what there is, and what compilers want to hear about it. Not installed.
+///
+/// `KESTRA_HAS_VECTORS` is defined where every processor has vectors of sixteen bytes (SSE2), which is any x86-64; their functions are then
+/// included. Whoever uses them has plain loops for the rest.
 ///
 /// `KESTRA_CARRYLESS_FUNCTION` stands in front of a function that multiplies without carries, as checksums want it: with it GCC and Clang
 /// let the instruction through in this one function; other compilers for x86-64 always do. Where the processor never has the instruction
 /// the macro is not defined.
 
+#if defined(__SSE2__) || defined(_M_X64)
+#define KESTRA_HAS_VECTORS
+#include <emmintrin.h>
+#include <wmmintrin.h>
 #if defined(__clang__) || defined(__GNUC__)
-#if defined(__SSE2__)
 #define KESTRA_CARRYLESS_FUNCTION __attribute__((target("pclmul")))
-#endif
-#elif defined(_M_X64)
+#else
 #define KESTRA_CARRYLESS_FUNCTION
+#endif
 #endif
 
 namespace Kestra::Base {

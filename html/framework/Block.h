@@ -4,13 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 
-/// @file
-/// Several characters at once, by the vectors that every x86-64 processor has. Elsewhere `KESTRA_HAS_BLOCKS` is not defined, and loops
-/// over single characters do all the work. Not installed.
+#include "platform/Processor.h"
 
-#if defined(__SSE2__) || defined(_M_X64)
-#define KESTRA_HAS_BLOCKS
-#include <emmintrin.h>
+/// @file
+/// Several characters at once, where there are vectors; elsewhere loops over single characters do all the work. Not installed.
+
+#if defined(KESTRA_HAS_VECTORS)
 
 namespace Kestra::HTML::Scan {
 

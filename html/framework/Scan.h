@@ -110,7 +110,7 @@ public:
         lastBegin = lineFeed + 1;
     }
 
-#if defined(KESTRA_HAS_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
     void Pass(const C* block, Places<sizeof(C)> lineFeeds) {
         count += lineFeeds.Count();
         lastBegin = block + lineFeeds.Last() + 1;
@@ -131,7 +131,7 @@ private:
     const C* lastBegin = nullptr;  // of the last line, when it begins in the run
 };
 
-#if defined(KESTRA_HAS_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
 
 template <typename C>
 bool HasBlock(const C* begin, const C* end) {
@@ -171,7 +171,7 @@ Places<sizeof(C)> FindInBlock(const Block<C>& block) {
 /// The first character from `begin` on that belongs to `STOPS`, or `end`; consumes nothing.
 template <Classes STOPS, typename C>
 const C* Find(const C* begin, const C* end) {
-#if defined(KESTRA_HAS_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
     while (HasBlock(begin, end)) {
         const auto stops = FindInBlock<STOPS>(Block<C>(begin));
         begin += stops.Any() ? stops.First() : Block<C>::LENGTH;
@@ -201,7 +201,7 @@ const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
 template <Classes STOPS, typename C>
 const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
     static_assert((STOPS & WHITE_SPACE) == 0, "a block tells white space only nearly");
-#if defined(KESTRA_HAS_BLOCKS)
+#if defined(KESTRA_HAS_VECTORS)
     for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
         const Block<C> block(begin);
         const auto stops = FindInBlock<STOPS>(block);

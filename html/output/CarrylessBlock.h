@@ -11,8 +11,6 @@
 
 #if defined(KESTRA_CARRYLESS_FUNCTION)
 #define KESTRA_HAS_CARRYLESS_BLOCKS
-#include <emmintrin.h>
-#include <wmmintrin.h>
 
 namespace Kestra::HTML {
 

@@ -554,7 +554,7 @@ template <typename C, typename S>
 void Parser<C, S>::LimitBuffers(bool isNewDocument) {
     if (state != STATE_TEXT && state != STATE_JUNK)
         return;
-    const std::uint64_t bytes = Kestra::LimitBuffers(isNewDocument, [this](auto& visit) { VisitBuffers(visit); });
+    const std::uint64_t bytes = Kestra::LimitBuffers(isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); });
     buffersDue = context.position + bytes / sizeof(C);
 }
 
