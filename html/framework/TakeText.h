@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 #include "html/framework/AssignText.h"
 
@@ -14,7 +15,7 @@ template <typename S>
 void TakeText(S* gathered, S* record) {
     constexpr std::size_t LONGEST_COPY = 32768 / sizeof(typename S::value_type);
     if (gathered->size() > LONGEST_COPY)
-        record->swap(*gathered);
+        *record = std::move(*gathered);
     else
         AssignText(gathered->data(), gathered->data() + gathered->size(), record);
     gathered->clear();
