@@ -95,7 +95,7 @@ struct Answer {
 };
 
 constexpr HRESULT FAILURE = E_FAIL;
-constexpr HRESULT STUB = E_NOTIMPL;
+constexpr HRESULT WITHOUT_CODE = E_NOTIMPL;
 
 const Answer ANSWERS[] = {
     // note, what the service says, what the detector makes of it, the buffer form, the stream
@@ -112,7 +112,7 @@ const Answer ANSWERS[] = {
     {"S_FALSE with two results", S_FALSE, 2, 1251, 90, RESULT_OK, 2, 708, 0, 0},
     {"a failure, whatever stands in the outputs", FAILURE, 1, 1251, 90, RESULT_DETECTION_FAILED, 0, 709, 0, 706},
     {"a failure without results", FAILURE, 0, 0, 0, RESULT_DETECTION_FAILED, 0, 709, 0, 706},
-    {"a service that is a stub", STUB, 2, 20127, 100, RESULT_DETECTION_FAILED, 0, 709, 0, 706},
+    {"a service without code", WITHOUT_CODE, 2, 20127, 100, RESULT_DETECTION_FAILED, 0, 709, 0, 706},
     {"ASCII is of no use", S_OK, 1, 20127, 100, RESULT_OK, 1, 11, 0, 0},
     {"EUC-JP", S_OK, 1, 51932, 80, RESULT_OK, 1, 0, 20932, 705},
     {"a code page without a name", S_OK, 1, 11, 100, RESULT_OK, 1, 11, 0, 0},
