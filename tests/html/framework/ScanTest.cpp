@@ -1,3 +1,4 @@
+#include "html/framework/AssignText.h"
 #include "html/framework/Scan.h"
 
 #include <gtest/gtest.h>
@@ -92,6 +93,67 @@ TYPED_TEST(ScanTest, RunsAgreeWithTheOneCharacterAdvance) {
         const S white(Scan::RunOfWhiteSpace(context));
         const Outcome<S> expectedWhite = WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
         ASSERT_EQ((Outcome<S>{white, context.position, context.line, context.column}), expectedWhite);
+    }
+}
+
+/// Checks both ways to find `STOPS` by blocks from every place of a piece.
+template <Scan::Classes STOPS, typename C, typename S>
+void ExpectBlocksToAgree(const std::vector<C>& piece) {
+    const auto isStop = [](C character) { return (Scan::ClassesOf(character) & STOPS) != 0; };
+    const C* const end = piece.data() + piece.size();
+    for (std::uint64_t position = 0; position <= piece.size(); ++position) {
+        const Outcome<S> expected = WalkUntil<C, S>(piece, position, isStop);
+        ASSERT_EQ(Scan::Find<STOPS>(piece.data() + position, end), piece.data() + expected.position) << "from " << position;
+        if constexpr ((STOPS & Scan::WHITE_SPACE) == 0) {
+            HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
+            const S run(Scan::RunUntil<STOPS>(context));
+            ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected) << "from " << position;
+        }
+    }
+}
+
+TYPED_TEST(ScanTest, BlocksAgreeWithTheOneCharacterAdvance) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    std::mt19937 random(1926);
+    for (int round = 0; round < 500; ++round) {
+        SCOPED_TRACE(testing::Message() << "round " << round);
+        // Many line feeds or few, stops seldom: several blocks are passed, and lines end in them.
+        const auto rarity = 1 + random() % 40;
+        std::vector<C> piece(random() % 80);
+        for (C& character : piece)
+            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\n\t \x1B-*?\0"[random() % 19])
+                                               : static_cast<C>(random() % (sizeof(C) == 1 ? 256 : 0x3100));
+        ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::LESS_THAN, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::LINE_FEED | Scan::LESS_THAN, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE(
+            (ExpectBlocksToAgree<Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE(
+            (ExpectBlocksToAgree<Scan::CARRIAGE_RETURN | Scan::BACKSLASH | Scan::HYPHEN | Scan::ASTERISK, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::ESCAPE | Scan::QUESTION_MARK | Scan::CLOSING_BRACKET, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE(
+            (ExpectBlocksToAgree<Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN | Scan::BRACKET | Scan::LESS_THAN, C, S>(
+                piece)));
+    }
+}
+
+TYPED_TEST(ScanTest, AStringIsAssignedWhateverItHeld) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    for (std::size_t before = 0; before <= 70; ++before) {
+        for (std::size_t length = 0; length <= 70; ++length) {
+            std::vector<C> run(length);  // a heap block of its exact size
+            for (std::size_t i = 0; i < length; ++i)
+                run[i] = static_cast<C>('a' + i % 25);
+            const S expected(run.begin(), run.end());
+            S text(before, static_cast<C>('z'));
+            HTML::AssignText(run.data(), run.data() + length, &text);
+            ASSERT_EQ(text, expected) << before << " characters before";
+            S space(before, static_cast<C>('z'));
+            HTML::AssignSpace(run.data(), run.data() + length, &space);
+            ASSERT_EQ(space, expected) << before << " characters before";
+        }
     }
 }
 
