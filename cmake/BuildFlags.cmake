@@ -13,3 +13,6 @@ if(KESTRA_HARDEN)
     target_compile_definitions(kestra-build-flags INTERFACE _GLIBCXX_ASSERTIONS _FORTIFY_SOURCE=2)
     target_link_options(kestra-build-flags INTERFACE -fstack-protector-strong)
 endif()
+
+# For single sources: no limit to inlining that a loop of ours would reach.
+set(KESTRA_INLINE_ALL -finline-limit=1000 --param=inline-unit-growth=1000 --param=large-function-growth=5000)

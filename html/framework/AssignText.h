@@ -25,8 +25,13 @@ inline void CopyShort(void* to, const void* from, std::size_t bytes) {
     struct Sixteen {
         std::uint64_t halves[2];
     };
-    if (bytes > 2 * sizeof(Sixteen))
+    struct ThirtyTwo {
+        std::uint64_t quarters[4];
+    };
+    if (bytes > 2 * sizeof(ThirtyTwo))
         std::memcpy(to, from, bytes);
+    else if (bytes > sizeof(ThirtyTwo))
+        CopyByTwo<ThirtyTwo>(to, from, bytes);
     else if (bytes >= sizeof(Sixteen))
         CopyByTwo<Sixteen>(to, from, bytes);
     else if (bytes >= sizeof(std::uint64_t))
@@ -42,19 +47,20 @@ inline void CopyShort(void* to, const void* from, std::size_t bytes) {
 /// Makes a run the content of a string. What the string held is the room that needs no call: a string that has been longer before is
 /// best handed in as it was, not cleared.
 template <typename S>
-void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
+inline void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     const auto length = static_cast<std::size_t>(end - begin);
     if (length <= text->size()) {
         text->erase(length);
         CopyShort(text->data(), begin, length * sizeof(*begin));
     } else {
-        text->assign(begin, length);
+        text->clear();
+        text->append(begin, length);
     }
 }
 
 /// The same for a run that is mostly empty or one character, as white space in tags is.
 template <typename S>
-void AssignSpace(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
+inline void AssignSpace(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     if (begin == end)
         text->clear();
     else if (end - begin == 1 && text->size() == 1)

@@ -78,15 +78,18 @@ public:
             return Matches<2>(_mm_cmpeq_epi16(vector, _mm_set1_epi16(character)));
     }
 
-    /// Characters that may be white space: all of it, controls, and what is not ASCII when characters are wide.
+    /// White space: all of it in ASCII, and when characters are wide all that is not ASCII, which may be white space.
     Matches<sizeof(C)> FindLikelyWhiteSpace() const {
-        const __m128i zero = _mm_setzero_si128();
+        const Matches<sizeof(C)> space = Find(' ');
+        // From "\t" to "\r", which one comparison tells when they are moved up to the highest signed numbers.
         if constexpr (sizeof(C) == 1) {
-            return Matches<1>(_mm_cmpeq_epi8(_mm_subs_epu8(vector, _mm_set1_epi8(' ')), zero));
+            const __m128i moved = _mm_add_epi8(vector, _mm_set1_epi8(0x7F - '\r'));
+            return space | Matches<1>(_mm_cmpgt_epi8(moved, _mm_set1_epi8(0x7F - ('\r' - '\t') - 1)));
         } else {
-            const __m128i low = _mm_cmpeq_epi16(_mm_subs_epu16(vector, _mm_set1_epi16(' ')), zero);
-            const __m128i ascii = _mm_cmpeq_epi16(_mm_subs_epu16(vector, _mm_set1_epi16(0x7F)), zero);
-            return Matches<2>(_mm_or_si128(low, _mm_andnot_si128(ascii, _mm_set1_epi16(-1))));
+            const __m128i moved = _mm_add_epi16(vector, _mm_set1_epi16(0x7FFF - '\r'));
+            const __m128i controls = _mm_cmpgt_epi16(moved, _mm_set1_epi16(0x7FFF - ('\r' - '\t') - 1));
+            const __m128i ascii = _mm_cmpeq_epi16(_mm_subs_epu16(vector, _mm_set1_epi16(0x7F)), _mm_setzero_si128());
+            return space | Matches<2>(_mm_or_si128(controls, _mm_andnot_si128(ascii, _mm_set1_epi16(-1))));
         }
     }
 

@@ -78,6 +78,15 @@ inline Classes ClassesOf(WideChar character) {
     return IsSpace(character) ? WHITE_SPACE : Classes{0};
 }
 
+/// Without a table: true for all white space and a few characters more.
+inline bool MayBeWhiteSpace(char character) {
+    return static_cast<unsigned char>(character) <= ' ';
+}
+
+inline bool MayBeWhiteSpace(WideChar character) {
+    return character <= ' ' || character >= 0x80;
+}
+
 template <typename C, typename S>
 bool AtEnd(const SimpleParserContext<C, S>& context) {
     return context.position >= context.length;
@@ -138,7 +147,11 @@ bool HasBlock(const C* begin, const C* end) {
     return end - begin >= static_cast<std::ptrdiff_t>(Block<C>::LENGTH);
 }
 
-/// Where a block has characters of the classes. With `WHITE_SPACE`, some of the places may be none of it.
+/// Whether a block tells the classes exactly. Of white space beyond ASCII, which only wide characters have, it does not.
+template <Classes CLASSES, typename C>
+constexpr bool IS_EXACT_IN_BLOCK = sizeof(C) == 1 || (CLASSES & WHITE_SPACE) == 0;
+
+/// Where a block has characters of the classes. Where that is not exact, some of the places may be none of them.
 template <Classes CLASSES, typename C>
 Places<sizeof(C)> FindInBlock(const Block<C>& block) {
     Matches<sizeof(C)> matches;
@@ -177,7 +190,7 @@ const C* Find(const C* begin, const C* end) {
         begin += stops.Any() ? stops.First() : Block<C>::LENGTH;
         if (!stops.Any())
             continue;
-        if ((STOPS & WHITE_SPACE) == 0 || (ClassesOf(*begin) & STOPS) != 0)
+        if (IS_EXACT_IN_BLOCK<STOPS, C> || (ClassesOf(*begin) & STOPS) != 0)
             return begin;
         ++begin;
     }
@@ -200,7 +213,7 @@ const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
 /// The first character from `begin` on that belongs to `STOPS`, which have no white space, or `end`. Passes the lines between them.
 template <Classes STOPS, typename C>
 const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
-    static_assert((STOPS & WHITE_SPACE) == 0, "a block tells white space only nearly");
+    static_assert((STOPS & WHITE_SPACE) == 0, "lines end in white space");
 #if defined(KESTRA_HAS_VECTORS)
     for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
         const Block<C> block(begin);

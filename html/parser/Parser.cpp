@@ -292,10 +292,13 @@ std::uint32_t Parser<C, S>::ParseText() {
     textData.allowDQuoteString = inRawText;
     textData.allowJSRegEx = inScript;
     textData.allowEscape2022 = StringNS::CharSet::IsIso2022(charset);
-    if (text.ReadUntilTag(&context, &textData)) {
+    const C opener = text.ReadUntilOpener(&context, &textData);
+    if (opener != 0) {
         DeliverText();
-        MarkTokenStart(1);
-        return ReadTag();
+        if (opener == '<')
+            return ReadTag();
+        BeginBehindText(*FindByState(opener == '"' ? STATE_D_QUOTE_STRING : STATE_S_QUOTE_STRING));
+        return SP_NEED_MORE_DATA;
     }
     const std::uint32_t result = text.Parse(&context, &textData);
     if (result != SP_TOKEN_COMPLETE)
@@ -304,9 +307,15 @@ std::uint32_t Parser<C, S>::ParseText() {
     const Construct* const construct = FindByName(textData.nextParserName, OPENED_BY_TEXT);
     if (construct == nullptr)
         return PARSER_UNKNOWN_RECOGNIZER;
-    MarkTokenStart(construct->charactersBack);
-    Begin(*construct);
+    BeginBehindText(*construct);
     return SP_NEED_MORE_DATA;
+}
+
+/// Behind the opener of a construct, the text in front of it delivered.
+template <typename C, typename S>
+void Parser<C, S>::BeginBehindText(const Construct& construct) {
+    MarkTokenStart(construct.charactersBack);
+    Begin(construct);
 }
 
 /// Text that only a "<" stops.
@@ -334,7 +343,6 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
             AssignText(run.data(), run.data() + run.size(), &wholeText);
             Deliver(TextData<C, S>{&wholeText});
         }
-        MarkTokenStart(1);
         result = ReadTag();
     }
     return result;
@@ -355,25 +363,32 @@ std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
     return SP_NEED_MORE_DATA;
 }
 
-/// Behind "<". Start and end tags are known by the next character, and mostly lie in the piece as a whole: for them no recognizer runs.
+/// Behind "<", the text in front of it delivered. Start and end tags are known by the next character, and mostly lie in the piece as a
+/// whole: for them no recognizer runs.
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ReadTag() {
     const C next = Scan::AtEnd(context) ? C('!') : Scan::Next(context);
     if (next == '!' || next == '?') {
-        Begin(*FindByState(STATE_GENERIC_TAG));
+        BeginBehindText(*FindByState(STATE_GENERIC_TAG));
         return SP_NEED_MORE_DATA;
     }
-    if (next == '/')
+    const bool isWholeTagMarkup = !StringNS::CharSet::IsIso2022(charset);
+    if (next == '/') {
         Scan::Advance(context);
-    const Construct& construct = *FindByState(next == '/' ? STATE_END_TAG : STATE_START_TAG);
-    const bool isMarkup = construct.textInScript == nullptr || !(inScript || inStyle);
-    if (isMarkup && !StringNS::CharSet::IsIso2022(charset)) {
-        SetActive(construct);
-        WholeTag<C, S> tag(&context);
-        if (next == '/' ? tag.Read(&endTagData) : tag.Read(&startTagData))
-            return next == '/' ? FinishEndTag() : FinishStartTag();
+        if (isWholeTagMarkup && WholeTag<C, S>(&context).Read(&endTagData)) {
+            SetActive(*FindByState(STATE_END_TAG));
+            return FinishEndTag<true>();
+        }
+        MarkTokenStart(2);
+        BeginTagOrText(*FindByState(STATE_END_TAG));
+    } else {
+        if (isWholeTagMarkup && !(inScript || inStyle) && WholeTag<C, S>(&context).Read(&startTagData)) {
+            SetActive(*FindByState(STATE_START_TAG));
+            return FinishStartTag<true>();
+        }
+        MarkTokenStart(1);
+        BeginTagOrText(*FindByState(STATE_START_TAG));
     }
-    BeginTagOrText(construct);
     return SP_NEED_MORE_DATA;
 }
 
@@ -394,10 +409,11 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
         textData.text += startTagData.name;
         return SP_NEED_MORE_DATA;
     }
-    return result == SP_TOKEN_COMPLETE ? FinishStartTag() : result;
+    return result == SP_TOKEN_COMPLETE ? FinishStartTag<false>() : result;
 }
 
 template <typename C, typename S>
+template <bool IS_WHOLE>
 std::uint32_t Parser<C, S>::FinishStartTag() {
     SettleShortTag(&startTagData);
     DeliverStartTag();
@@ -405,21 +421,22 @@ std::uint32_t Parser<C, S>::FinishStartTag() {
         return PARSER_PARSE_AGAIN;
     if (!startTagData.selfClosing)
         SettleScriptAndStyle(startTagData.name, true);
-    BackToText();
+    GoOnWithText<IS_WHOLE>();
     return SP_NEED_MORE_DATA;
 }
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
-    return result == SP_TOKEN_COMPLETE ? FinishEndTag() : result;
+    return result == SP_TOKEN_COMPLETE ? FinishEndTag<false>() : result;
 }
 
 template <typename C, typename S>
+template <bool IS_WHOLE>
 std::uint32_t Parser<C, S>::FinishEndTag() {
     const bool isForeign = (inScript && !EqualsKeyword(endTagData.name, "script")) || (inStyle && !EqualsKeyword(endTagData.name, "style"));
     if (isForeign) {
-        BackToText();
+        GoOnWithText<IS_WHOLE>();
         AppendingHandler<C, S> handler(&textData.text);
         const EndTagData<C, S> record = GetRecord(endTagData);
         ParserObserverOutput<C, S>::GetEndTagOutput(&record, &handler);
@@ -427,7 +444,7 @@ std::uint32_t Parser<C, S>::FinishEndTag() {
     }
     DeliverEndTag();
     SettleScriptAndStyle(endTagData.name, false);
-    BackToText();
+    GoOnWithText<IS_WHOLE>();
     return SP_NEED_MORE_DATA;
 }
 
@@ -533,6 +550,16 @@ void Parser<C, S>::BackToText() {
     text.BeginParse(&textData);
     currentParserName = ParserNames::TEXT;
     state = STATE_TEXT;
+}
+
+/// Behind a tag. One that was read as a whole has left the recognizer of text as it was, at the beginning of a text.
+template <typename C, typename S>
+template <bool IS_WHOLE>
+void Parser<C, S>::GoOnWithText() {
+    if (IS_WHOLE)
+        SetActive(*FindByState(STATE_TEXT));
+    else
+        BackToText();
 }
 
 /// What looked like a construct is text, from its first characters on.

@@ -138,13 +138,16 @@ private:
 
     // One step of the main loop: run the recognizer and settle what it answers. SP_NEED_MORE_DATA goes on, anything else has failed.
     std::uint32_t ParseText();
+    void BeginBehindText(const Construct& construct);
     bool IsPlainText() const;
     std::uint32_t ParsePlainText();
     std::uint32_t ReadTag();
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
+    template <bool IS_WHOLE>
     std::uint32_t FinishStartTag();
     std::uint32_t ParseEndTag();
+    template <bool IS_WHOLE>
     std::uint32_t FinishEndTag();
     std::uint32_t ParseCPPComment();
     std::uint32_t ParseJunk();
@@ -163,6 +166,8 @@ private:
     void MarkTokenStart(std::uint64_t charactersBack);
     void BackToText();
     void BackToText(const char* prefix);
+    template <bool IS_WHOLE>
+    void GoOnWithText();
     void FinishToken();
     void LimitBuffers(bool isNewDocument);
     template <typename Visitor>

@@ -8,21 +8,9 @@
 
 namespace Kestra::HTML {
 
-namespace {
-
-enum State : std::uint32_t {
-    PREFIX = 0,
-    NAME = 1,
-    ATTRIBUTES = 2,
-    END_OF_ATTRIBUTES = 3,
-    AFTER_SLASH = 4,
-};
-
-}  // namespace
-
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
-    data->state = PREFIX;
+    data->state = START_TAG_PREFIX;
     data->prefix.clear();
     data->name.clear();
     data->attributes.clear();
@@ -45,36 +33,36 @@ std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
-        switch (static_cast<State>(data->state)) {
-            case PREFIX:
+        switch (static_cast<StartTagState>(data->state)) {
+            case START_TAG_PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&whiteSpaceData.text, &data->prefix);
-                data->state = NAME;
+                data->state = START_TAG_NAME;
                 identifier.BeginParse(&identifierData);
                 continue;
-            case NAME:
+            case START_TAG_NAME:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&identifierData.text, &data->name);
                 if (data->name.size() == 1 && data->name[0] == '<')
                     return SP_NOT_THIS_TOKEN;
-                data->state = ATTRIBUTES;
+                data->state = START_TAG_ATTRIBUTES;
                 RestartAttribute(&attribute, &attributeData, data->iso2022);
                 continue;
-            case ATTRIBUTES: {
+            case START_TAG_ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
                 if (result != SP_NEED_MORE_DATA)
                     return result;
                 continue;
             }
-            case END_OF_ATTRIBUTES: {
+            case START_TAG_END_OF_ATTRIBUTES: {
                 const std::uint32_t result = ParseEndOfAttributes(context, data);
                 if (result != SP_NEED_MORE_DATA)
                     return result;
                 continue;
             }
-            case AFTER_SLASH:
+            case START_TAG_AFTER_SLASH:
                 if (Scan::Next(*context) != '>')
                     return SP_MALFORMED;
                 Scan::Advance(*context);
@@ -97,14 +85,14 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
             return SP_NEED_MORE_DATA;
         case AttributeListStep::CLOSING_MARK:
             data->selfClosing = true;
-            data->state = AFTER_SLASH;
+            data->state = START_TAG_AFTER_SLASH;
             return SP_NEED_MORE_DATA;
         case AttributeListStep::END_OF_LIST:
-            data->state = END_OF_ATTRIBUTES;
+            data->state = START_TAG_END_OF_ATTRIBUTES;
             return SP_NEED_MORE_DATA;
         case AttributeListStep::LONE_MARK:
             data->selfClosing = true;
-            data->state = AFTER_SLASH;
+            data->state = START_TAG_AFTER_SLASH;
             return SP_MALFORMED;
         case AttributeListStep::MALFORMED:
             return SP_MALFORMED;
@@ -119,7 +107,7 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserConte
     if (next == '/') {
         Scan::Advance(*context);
         data->selfClosing = true;
-        data->state = AFTER_SLASH;
+        data->state = START_TAG_AFTER_SLASH;
         return SP_NEED_MORE_DATA;
     }
     if (next != '>' && next != '<')

@@ -10,12 +10,21 @@
 
 namespace Kestra::HTML {
 
+/// The values of `StartTagSimpleParserData::state`.
+enum StartTagState : std::uint32_t {
+    START_TAG_PREFIX = 0,
+    START_TAG_NAME = 1,
+    START_TAG_ATTRIBUTES = 2,
+    START_TAG_END_OF_ATTRIBUTES = 3,  ///< where a tag without a closing "/" stays when it is complete
+    START_TAG_AFTER_SLASH = 4,        ///< where a short tag stays
+};
+
 /// State of one start tag between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API StartTagSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::START_TAG;
 
-    std::uint32_t state = 0;             ///< 0 prefix, 1 name, 2 attributes, 3 end of the attributes, 4 after "/"
+    std::uint32_t state = 0;             ///< a StartTagState
     S prefix;                            ///< white space between "<" and the name
     S name;                              ///< as written
     Vector<Attribute<C, S>> attributes;  ///< in document order

@@ -38,6 +38,7 @@ public:
         AssignSpace(suffix.begin, suffix.end, &data->suffix);
         data->selfClosing = selfClosing;
         data->closed = true;
+        data->state = selfClosing ? START_TAG_AFTER_SLASH : START_TAG_END_OF_ATTRIBUTES;
         if (hasBareBehindValue)
             AttributesNormalizer<C, S>::Normalize(&data->attributes);
         lines.Consume(*context, next);
@@ -83,7 +84,8 @@ private:
 
     Run TakeWhiteSpace() {
         const C* const begin = next;
-        next = Scan::FindBehindWhiteSpace(begin, end, &lines);
+        if (next != end && Scan::MayBeWhiteSpace(*next))
+            next = Scan::FindBehindWhiteSpace(begin, end, &lines);
         return {begin, next};
     }
 

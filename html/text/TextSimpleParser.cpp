@@ -31,6 +31,14 @@ Scan::Classes StopsOf(const Data& data) {
 
 constexpr Scan::Classes STOPS_IN_SCRIPT = Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK;
 
+/// The recognizer behind an opener of one character.
+template <typename C>
+WideStringView NameOf(C opener) {
+    if (opener == '<')
+        return ParserNames::GENERIC_TAG;
+    return opener == '"' ? ParserNames::D_QUOTE_STRING : ParserNames::S_QUOTE_STRING;
+}
+
 /// The characters up to the next one that stops text.
 template <typename C, typename S>
 std::basic_string_view<C> RunOfText(SimpleParserContext<C, S>& context, Scan::Classes stops) {
@@ -92,35 +100,31 @@ std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, 
 }
 
 template <typename C, typename S>
-bool TextSimpleParser<C, S>::ReadUntilTag(SimpleParserContext<C, S>* context, Data* data) {
+C TextSimpleParser<C, S>::ReadUntilOpener(SimpleParserContext<C, S>* context, Data* data) {
     if (data->state != IN_TEXT)
-        return false;
+        return 0;
     data->text.append(RunOfText(*context, StopsOf<C>(*data)));
-    if (Scan::AtEnd(*context) || Scan::Next(*context) != '<')
-        return false;
+    if (Scan::AtEnd(*context))
+        return 0;
+    const C stop = Scan::Next(*context);
+    if (stop != '<' && stop != '\'' && stop != '"')
+        return 0;
     Scan::Advance(*context);
-    return true;
+    return stop;
 }
 
 /// State 0. True when an opener has been consumed and the next recognizer is named.
 template <typename C, typename S>
 bool TextSimpleParser<C, S>::ParseText(SimpleParserContext<C, S>* context, Data* data) {
-    if (ReadUntilTag(context, data)) {
-        data->nextParserName = ParserNames::GENERIC_TAG;
+    const C opener = ReadUntilOpener(context, data);
+    if (opener != 0) {
+        data->nextParserName = NameOf(opener);
         return true;
     }
     if (Scan::AtEnd(*context))
         return false;
     const C stop = Scan::Next(*context);
     Scan::Advance(*context);
-    if (stop == '\'') {
-        data->nextParserName = ParserNames::S_QUOTE_STRING;
-        return true;
-    }
-    if (stop == '"') {
-        data->nextParserName = ParserNames::D_QUOTE_STRING;
-        return true;
-    }
     if (stop == '/') {
         data->state = AFTER_SLASH;
     } else {

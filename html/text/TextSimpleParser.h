@@ -47,8 +47,9 @@ private:
     template <typename, typename>
     friend class RecognizerBuffers;
 
-    /// State 0 up to "<", inclusive, without naming the recognizer that runs next. False when the text ends elsewhere: `Parse` goes on.
-    bool ReadUntilTag(SimpleParserContext<C, S>* context, Data* data);
+    /// State 0 up to "<" or a quote, inclusive, without naming the recognizer that runs next. Returns that opener, or 0 when something else
+    /// stops the text: `Parse` goes on.
+    C ReadUntilOpener(SimpleParserContext<C, S>* context, Data* data);
     bool ParseText(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data);
 

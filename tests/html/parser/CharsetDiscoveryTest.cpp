@@ -497,6 +497,33 @@ TEST(CharsetDiscoveryTest, BytesFedBehindTheStopBreakNothing) {
     }
 }
 
+/// What comes of bytes that are fed behind the stop, the document up to there being fed in two pieces.
+std::string FeedBehindTheStop(std::string_view document, std::size_t cut, std::string_view more) {
+    Bench bench;
+    bench.parser.SetObserver(&bench.wide, false);
+    bench.Start();
+    EXPECT_EQ(bench.Feed(document.substr(0, cut)), 0U);
+    EXPECT_EQ(bench.Feed(document.substr(cut)), 705U);
+    const std::uint32_t result = bench.Feed(more);
+    const std::uint32_t endResult = bench.parser.EndParse();
+    return std::to_string(result) + "\n" + std::to_string(endResult) + "\n" + bench.Take();
+}
+
+TEST(CharsetDiscoveryTest, BytesFedBehindTheStopDoNotTellWhereTheTagWasCut) {
+    for (const std::string_view front : {"", "<a>", "<a b='' />", "<br/>"}) {
+        for (const std::string_view tag : {"<meta charset=koi8-r>", "<meta charset='koi8-r' />", "<meta charset=koi8-r/>"}) {
+            const std::string document = std::string(front) + "x" + std::string(tag);
+            for (const std::string_view more : {"x", "b>y", " b>y", "<b>y", ">", "/>", "/", "'", "</meta>"}) {
+                SCOPED_TRACE(document + more.data());
+                const std::string whole = FeedBehindTheStop(document, front.size() + 1, more);
+                EXPECT_NE(whole.find("koi8-r"), std::string::npos);
+                for (std::size_t cut = 0; cut < document.size(); ++cut)
+                    EXPECT_EQ(FeedBehindTheStop(document, cut, more), whole) << "cut at " << cut;
+            }
+        }
+    }
+}
+
 TEST(CharsetDiscoveryTest, AStreamThatIsStoppedIsFreedAndForgotten) {
     for (const bool owned : {false, true}) {
         Bench bench;
