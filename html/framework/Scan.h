@@ -120,7 +120,7 @@ public:
     }
 
 #if defined(KESTRA_HAS_VECTORS)
-    void Pass(const C* block, Places<sizeof(C)> lineFeeds) {
+    void Pass(const C* block, Places lineFeeds) {
         count += lineFeeds.Count();
         lastBegin = block + lineFeeds.Last() + 1;
     }
@@ -153,8 +153,8 @@ constexpr bool IS_EXACT_IN_BLOCK = sizeof(C) == 1 || (CLASSES & WHITE_SPACE) == 
 
 /// Where a block has characters of the classes. Where that is not exact, some of the places may be none of them.
 template <Classes CLASSES, typename C>
-Places<sizeof(C)> FindInBlock(const Block<C>& block) {
-    Matches<sizeof(C)> matches;
+Places FindInBlock(const Block<C>& block) {
+    Matches matches;
     if ((CLASSES & WHITE_SPACE) != 0)
         matches = block.FindLikelyWhiteSpace();
     const auto add = [&](Classes of, char character) {
