@@ -11,7 +11,7 @@ namespace Kestra::HTML {
 
 /// Copies `bytes` bytes, `bytes` being `sizeof(Word)` to twice that, by two moves that may overlap.
 template <typename Word>
-void CopyByTwo(void* to, const void* from, std::size_t bytes) {
+inline void CopyByTwo(void* to, const void* from, std::size_t bytes) {
     Word first;
     Word last;
     std::memcpy(&first, from, sizeof(Word));

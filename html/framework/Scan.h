@@ -11,7 +11,7 @@
 /// @file
 /// The only place where characters are skipped. A run is found, and line and column kept, in one pass: by blocks when it ends at a few
 /// characters, else over one table of character classes. Each helper that consumes moves the context exactly as
-/// `SimpleParserContext::MovePointer` would. Not installed.
+/// `SimpleParserContext::MovePointer` would. What is marked `inline` belongs into the loop that calls it. Not installed.
 
 namespace Kestra::HTML::Scan {
 
@@ -183,7 +183,7 @@ Places FindInBlock(const Block<C>& block) {
 
 /// The first character from `begin` on that belongs to `STOPS`, or `end`; consumes nothing.
 template <Classes STOPS, typename C>
-const C* Find(const C* begin, const C* end) {
+inline const C* Find(const C* begin, const C* end) {
 #if defined(KESTRA_HAS_VECTORS)
     while (HasBlock(begin, end)) {
         const auto stops = FindInBlock<STOPS>(Block<C>(begin));
@@ -202,7 +202,7 @@ const C* Find(const C* begin, const C* end) {
 
 /// The first character from `begin` on that is no white space, or `end`. Passes the lines between them.
 template <typename C>
-const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
     for (; begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0; ++begin) {
         if (*begin == '\n')
             lines->Pass(begin);
@@ -212,7 +212,7 @@ const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
 
 /// The first character from `begin` on that belongs to `STOPS`, which have no white space, or `end`. Passes the lines between them.
 template <Classes STOPS, typename C>
-const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
     static_assert((STOPS & WHITE_SPACE) == 0, "lines end in white space");
 #if defined(KESTRA_HAS_VECTORS)
     for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
@@ -257,7 +257,7 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes s
 
 /// The same for classes without white space that the compiler knows, by blocks.
 template <Classes STOPS, typename C, typename S>
-std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
+inline std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
     const C* const begin = context.buffer + context.position;
     Lines<C> lines;
     const C* const end = FindBehindLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);

@@ -5,6 +5,7 @@
 #include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
+#include "html/tags/WholeAttributes.h"
 
 namespace Kestra::HTML {
 
@@ -49,6 +50,7 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
                     return SP_NOT_THIS_TOKEN;
                 data->state = START_TAG_ATTRIBUTES;
                 RestartAttribute(&attribute, &attributeData, data->iso2022);
+                TakeWholeAttributes(context, data);
                 continue;
             case START_TAG_ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
@@ -82,6 +84,7 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
         return result;
     switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '/')) {
         case AttributeListStep::NEXT_ATTRIBUTE:
+            TakeWholeAttributes(context, data);
             return SP_NEED_MORE_DATA;
         case AttributeListStep::CLOSING_MARK:
             data->selfClosing = true;
@@ -98,6 +101,13 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
             return SP_MALFORMED;
     }
     return SP_MALFORMED;
+}
+
+/// Between two attributes: those that lie in the piece as a whole need no recognizer.
+template <typename C, typename S>
+void StartTagSimpleParser<C, S>::TakeWholeAttributes(SimpleParserContext<C, S>* context, Data* data) {
+    if (!data->iso2022)
+        WholeAttributes<C, S>(context).Take(&attributeData, &data->attributes);
 }
 
 /// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the next tag.
