@@ -10,8 +10,9 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 MAKEFLAGS += --no-print-directory
 
 # What `make test` runs in the optimized build as well, by label: the tests of whole documents, the comparisons with the second parsers, with
-# more documents, and what the parsers take from the heap, with longer ones. The target `optimized-tests` builds all of them.
-OPTIMIZED_TESTS = optimized,enumerated,random,memory
+# more documents, what the parsers take from the heap, with longer ones, and that the benchmarks run and no input takes more than linear
+# time. The target `optimized-tests` builds all of them.
+OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench
 
 # `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
