@@ -9,9 +9,10 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
-# What `make test` runs in the optimized build as well: the comparison with the second tokenizer, with more documents, and what the parsers
-# take from the heap, with longer ones.
-OPTIMIZED_TESTS = differential-tests round-trip-tests allocation-tests memory-tests
+# What `make test` runs in the optimized build as well, by label: the tests of whole documents, the comparisons with the second parsers, with
+# more documents, what the parsers take from the heap, with longer ones, and that the benchmarks run and no input takes more than linear
+# time. The target `optimized-tests` builds all of them.
+OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench
 
 # `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
@@ -21,7 +22,7 @@ FUZZ_SECONDS ?= 3600
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
-	@echo 'make test           build with sanitizers, run all tests; those of random documents in the release too'
+	@echo 'make test           build with sanitizers, run all tests; those of whole documents in the release too'
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
@@ -47,8 +48,8 @@ test:
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
 	cmake --preset release
-	cmake --build --preset release --parallel $(JOBS) --target $(OPTIMIZED_TESTS)
-	@setup/run-tests sanitize 'release:enumerated|random|memory'
+	cmake --build --preset release --parallel $(JOBS) --target optimized-tests
+	@setup/run-tests sanitize release:$(OPTIMIZED_TESTS)
 
 test-windows:
 	@setup/install build windows

@@ -65,9 +65,9 @@ const HostileInput INPUTS[] = {
     {"openers", "", "<", "", DOCUMENT | JUNK, LONG},
     {"openers-blank", "", "< ", "", DOCUMENT | JUNK, 2 * HALF_A_MILLION},
     {"openers-end-tag", "", "</", "", DOCUMENT | JUNK},
-    {"openers-declaration", "", "<!", "", DOCUMENT | JUNK},
-    {"openers-comment", "", "<!-", "", DOCUMENT | JUNK},
-    {"openers-section", "", "<![", "", DOCUMENT | JUNK},
+    {"openers-declaration", "", "<!", "", DOCUMENT | EARLY_JUNK},
+    {"openers-comment", "", "<!-", "", DOCUMENT | EARLY_JUNK},
+    {"openers-section", "", "<![", "", DOCUMENT | EARLY_JUNK},
     {"openers-instruction", "", "<?", "", DOCUMENT | JUNK},
     {"openers-tag", "", "<a", "", DOCUMENT | JUNK, LONG},
     {"openers-attribute", "", "<a b", "", DOCUMENT | JUNK, 4 * HALF_A_MILLION},
@@ -93,42 +93,53 @@ const HostileInput INPUTS[] = {
     {"foreign-tags", "<script>", "<b ", "</script>", BOTH},
     {"foreign-end-tags-in-style", "<style>", "</b>", "</style>", BOTH},
     // Failures that become junk, each read again.
-    {"failing-tags", "", "<a b / >", "", DOCUMENT | JUNK},
-    {"failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | JUNK, LONG},
-    {"failing-tags-in-text", "", "<p>a</p><a b / >", "", DOCUMENT | JUNK},
-    {"failing-end-tags", "", "</a / >", "", DOCUMENT | JUNK},
-    {"failing-comments", "", "<!-x", "", DOCUMENT | JUNK},
-    {"failing-sections", "", "<![x", "", DOCUMENT | JUNK},
-    {"failing-declarations", "", "<!a", "", DOCUMENT | JUNK},
-    {"failing-instructions", "", "<?xml>", "", DOCUMENT | JUNK},
-    {"failing-script-comments", "", "<script>//<!-comments..</script>", "", DOCUMENT | JUNK},  // 32 bytes: no read cuts its "//"
+    {"failing-tags", "", "<a b / >", "", DOCUMENT | EARLY_JUNK},
+    {"failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | EARLY_JUNK, LONG},
+    {"failing-tags-in-text", "", "<p>a</p><a b / >", "", DOCUMENT | EARLY_JUNK},
+    {"failing-end-tags", "", "</a / >", "", DOCUMENT | EARLY_JUNK},
+    {"failing-comments", "", "<!-x", "", DOCUMENT | EARLY_JUNK},
+    {"failing-sections", "", "<![x", "", DOCUMENT | EARLY_JUNK},
+    {"failing-declarations", "", "<!a", "", DOCUMENT | EARLY_JUNK},
+    {"failing-instructions", "", "<?xml>", "", DOCUMENT | EARLY_JUNK},
+    {"failing-script-comments", "", "<script>//<!-comments..</script>", "", DOCUMENT | EARLY_JUNK},  // 32 bytes: no read cuts its "//"
     // The smallest pieces. Their cost is that of a call for each byte, and only reported.
     {"one-byte-page", "", PAGE, "", BOTH, SIZE, 1},
     {"one-byte-attributes", "<a", " b=1", ">", BOTH, 4 * HALF_A_MILLION, 1},
     {"one-byte-open-value", "<a b='", "text ", "", BOTH | JUNK, SIZE, 1},
     {"one-byte-open-comment", "<!--", "- ", "", BOTH, SIZE, 1},
-    {"one-byte-failing-tags", "", "<a b / >", "", DOCUMENT | JUNK, SIZE, 1},
-    {"one-byte-failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | JUNK, SIZE, 1},
+    {"one-byte-failing-tags", "", "<a b / >", "", DOCUMENT | EARLY_JUNK, SIZE, 1},
+    {"one-byte-failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | EARLY_JUNK, SIZE, 1},
 };
 
-HostileReading ReadDocument(const HostileInput& input, const std::string& document, bool selfCheck) {
+HostileReading ReadDocument(const HostileInput& input, HostileFeed feed, const std::string& document, bool selfCheck) {
     CountingObserver<char, std::string> observer;
     HTML::GenericParser parser;
-    PieceStream stream(document, input.piece);
     parser.SetObserver(&observer, false);
     parser.StartParse(input.charset, HTML::GenericParser::DATA_STREAM_8BIT);
     parser.SetSelfCheck(selfCheck ? HTML::GenericParser::SELF_CHECK_CRC : HTML::GenericParser::SELF_CHECK_OFF);
+    if (feed == HostileFeed::BUFFER) {
+        const std::uint32_t result = parser.ParseBuffer(document.data(), document.size());
+        const std::uint32_t expectedEnd = (input.kind & JUNK) != 0 ? HTML::PARSER_UNTERMINATED : HTML::PARSER_OK;
+        return {result == HTML::PARSER_OK && parser.EndParse() == expectedEnd, observer.junk, document.size()};
+    }
+    PieceStream stream(document, input.piece);
     const std::uint32_t result = parser.ParseStream(&stream, false);
     const std::uint32_t end = parser.EndParse();
     return {result == HTML::PARSER_OK && end == HTML::PARSER_OK, observer.junk, stream.HandedOut()};
 }
 
-HostileReading ReadEvents(const HostileInput& input, const std::string& document) {
+HostileReading ReadEvents(const HostileInput& input, HostileFeed feed, const std::string& document) {
     CountingEventObserver observer;
     HTML::StatelessHTMLParser parser;
-    PieceStream stream(document, input.piece);
     parser.Attach(&observer);
     parser.StartParse(input.charset);
+    if (feed == HostileFeed::BUFFER) {
+        const std::uint32_t result = parser.ParseBuffer(document.data(), document.size());
+        const std::uint32_t end = parser.EndParse();
+        return {(result == HTML::STATELESS_OK || result == HTML::STATELESS_NEED_MORE_DATA) && end == HTML::STATELESS_OK, 0,
+                document.size()};
+    }
+    PieceStream stream(document, input.piece);
     const std::uint32_t result = parser.ParseStream(&stream, false);
     parser.EndParse();
     return {result == HTML::STATELESS_OK, 0, stream.HandedOut()};
@@ -152,8 +163,14 @@ std::string MakeHostile(const HostileInput& input, std::uint64_t size) {
     return text.append(input.end);
 }
 
-HostileReading ReadHostile(const HostileInput& input, HostileKind reader, const std::string& document, bool selfCheck) {
-    return reader == STATELESS ? ReadEvents(input, document) : ReadDocument(input, document, selfCheck);
+bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader) {
+    if (feed == HostileFeed::STREAM)
+        return true;
+    return input.piece != 1 && (reader == STATELESS || (input.kind & EARLY_JUNK) != EARLY_JUNK);
+}
+
+HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document, bool selfCheck) {
+    return reader == STATELESS ? ReadEvents(input, feed, document) : ReadDocument(input, feed, document, selfCheck);
 }
 
 }  // namespace Kestra::Bench

@@ -14,7 +14,14 @@ enum HostileKind : unsigned {
     DOCUMENT = 1,
     STATELESS = 2,  ///< the stateless parser takes the input to its end
     BOTH = 3,
-    JUNK = 4,  ///< the document parser finds malformed what it has to read again
+    JUNK = 4,         ///< the document parser finds malformed what it has to read again
+    EARLY_JUNK = 12,  ///< and finds it before the end of the input
+};
+
+/// How an input is handed over.
+enum class HostileFeed {
+    STREAM,  ///< by reads of its size
+    BUFFER,  ///< as one whole buffer: what is passed over again and again in a piece shows in a large one
 };
 
 /// An input made to be slow: of any size, so that the time can be seen to grow with it and no faster.
@@ -25,7 +32,7 @@ struct HostileInput {
     std::string_view end;
     unsigned kind;                   ///< of HostileKind
     std::uint64_t size = 4'000'000;  ///< bytes for a benchmark, which reads twice as many as well
-    std::uint64_t piece = 16384;     ///< bytes handed over at once
+    std::uint64_t piece = 16384;     ///< bytes that the stream hands over at once
     StringNS::CharSet::Code charset = StringNS::CharSet::UTF8;
 };
 
@@ -35,12 +42,16 @@ std::span<const HostileInput> HostileInputs();
 std::string MakeHostile(const HostileInput& input, std::uint64_t size);
 
 struct HostileReading {
-    bool accepted = false;        ///< the whole input was taken; with the self-check, written back as it is as well
+    bool accepted = false;        ///< the whole input was taken as expected; with the self-check, written back as it is as well
     std::uint64_t junk = 0;       ///< bytes
-    std::uint64_t handedOut = 0;  ///< bytes that the stream gave, those that were read again included
+    std::uint64_t handedOut = 0;  ///< bytes that the stream gave, those that were read again included; those of a buffer
 };
 
-/// Reads an input from a stream in memory. @param reader  DOCUMENT or STATELESS, which has no self-check
-HostileReading ReadHostile(const HostileInput& input, HostileKind reader, const std::string& document, bool selfCheck);
+/// A parser of documents goes no further in a buffer than to what it would have to read again; and a buffer is one piece.
+/// @param reader  DOCUMENT or STATELESS
+bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader);
+
+/// Reads an input that lies in memory. @param reader  DOCUMENT or STATELESS, which has no self-check
+HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document, bool selfCheck);
 
 }  // namespace Kestra::Bench

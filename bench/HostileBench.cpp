@@ -1,4 +1,5 @@
-// The hostile inputs at a size and at twice the size: "hostile/openers/document/n" and ".../2n".
+// The hostile inputs at a size and at twice the size: "hostile/openers/document/n" and ".../2n"; as one buffer each,
+// "hostile/openers/document-buffer/n" and ".../2n".
 
 #include <string>
 
@@ -9,12 +10,12 @@ namespace Kestra::Bench {
 
 namespace {
 
-void RegisterOne(const HostileInput& input, HostileKind reader, const char* readerName, unsigned times) {
-    const auto run = [&input, reader, times](benchmark::State& state) {
+void RegisterOne(const HostileInput& input, HostileKind reader, HostileFeed feed, unsigned times) {
+    const auto run = [&input, reader, feed, times](benchmark::State& state) {
         const std::string document = MakeHostile(input, input.size * times);
         for (auto iteration : state) {
             static_cast<void>(iteration);
-            const HostileReading reading = ReadHostile(input, reader, document, false);
+            const HostileReading reading = ReadHostile(input, reader, feed, document, false);
             if (!reading.accepted) {
                 state.SkipWithError("the input was not taken to its end");
                 return;
@@ -23,7 +24,8 @@ void RegisterOne(const HostileInput& input, HostileKind reader, const char* read
         state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
         state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
     };
-    const std::string name = std::string("hostile/") + input.name + "/" + readerName + (times == 1 ? "/n" : "/2n");
+    const std::string name = std::string("hostile/") + input.name + (reader == DOCUMENT ? "/document" : "/stateless") +
+                             (feed == HostileFeed::BUFFER ? "-buffer" : "") + (times == 1 ? "/n" : "/2n");
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
 }
 
@@ -31,10 +33,13 @@ void RegisterOne(const HostileInput& input, HostileKind reader, const char* read
 
 void RegisterHostileInputs() {
     for (const HostileInput& input : HostileInputs()) {
-        for (const unsigned times : {1U, 2U}) {
-            RegisterOne(input, DOCUMENT, "document", times);
-            if ((input.kind & STATELESS) != 0)
-                RegisterOne(input, STATELESS, "stateless", times);
+        for (const HostileKind reader : {DOCUMENT, STATELESS}) {
+            for (const HostileFeed feed : {HostileFeed::STREAM, HostileFeed::BUFFER}) {
+                if ((input.kind & reader) == 0 || !CanBeFedAs(feed, input, reader))
+                    continue;
+                RegisterOne(input, reader, feed, 1);
+                RegisterOne(input, reader, feed, 2);
+            }
         }
     }
 }

@@ -26,7 +26,7 @@ struct Flavour {
     CharSet::Code charset;
 };
 
-// "wide" observers get UTF-16 made of 8-bit input: by the library's converter, or byte by byte for 1252.
+// "wide" observers get UTF-16 made of 8-bit input: by the library's converters, in which 1252 is simpler.
 constexpr Flavour FLAVOURS[] = {
     {"8bit", false, false, CharSet::UTF8},
     {"8bit-wide-utf8", false, true, CharSet::UTF8},

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "html/parser/GenericParser.h"
+#include "tests/reference/CopyCheck.h"
 #include "tests/reference/DocumentFeeding.h"
 #include "tests/reference/DocumentMaker.h"
 #include "tests/reference/ReferenceTokenizer.h"
@@ -44,7 +45,7 @@ constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>",    "<style
 /// @return true when nothing differs
 bool Check(TracingParser* library, std::string_view document, const ReferenceRun& run, const Feeding& feeding) {
     const Cuts cuts = feeding.Make(document.size());
-    const TokenOutcome expected = ExpectedOf(run, document, cuts);
+    const TokenOutcome expected = ExpectedOf(run, document, cuts, feeding.wide);
     if (library->Parse(document, feeding.charset, feeding.fed, cuts) == expected)
         return true;
     if (Difference(document, feeding).empty()) {
@@ -59,7 +60,7 @@ bool Check(TracingParser* library, std::string_view document, const ReferenceRun
 }
 
 bool Check(TracingParser* library, std::string_view document, const Feeding& feeding) {
-    return Check(library, document, Refer(document, feeding.charset, feeding.fed), feeding);
+    return Check(library, document, Refer(document, feeding.charset, feeding.fed, feeding.wide), feeding);
 }
 
 /// The pages, read once.
@@ -88,6 +89,27 @@ TEST_P(DifferentialTest, RandomDocuments) {
             return CutsOfShortReads(length, &dice);
         };
         ASSERT_TRUE(Check(&library, made.bytes, feeding));
+    }
+}
+
+TEST_P(DifferentialTest, RandomDocumentsInUtf16) {
+    TracingParser library(true);
+    DocumentMaker maker(&Pages());
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.Make(seed);
+        const std::string document = WithoutWideSpaces(made.bytes);
+        Feeding feeding;
+        feeding.charset = made.charset;
+        feeding.wide = true;
+        feeding.fed = seed % 2 == 0 ? Fed::BUFFER : Fed::STREAM;
+        ASSERT_TRUE(Check(&library, document, feeding));
+        feeding.fed = seed % 4 < 2 ? Fed::STREAM : Fed::BUFFER;
+        feeding.cutsFor = [seed](std::size_t length) {
+            Dice dice(seed);
+            return CutsOfShortReads(length, &dice);
+        };
+        ASSERT_TRUE(Check(&library, document, feeding));
     }
 }
 
@@ -164,6 +186,25 @@ TEST(DifferentialCheckTest, SeesADifference) {
     const TokenOutcome open = library.Parse("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {});
     EXPECT_FALSE(open == ExpectedOf("<p", CharSet::WINDOWS_1252, Fed::STREAM, {}));
     EXPECT_TRUE(open == ExpectedOf("<p", CharSet::WINDOWS_1252, Fed::BUFFER, {}));
+}
+
+TEST(DifferentialCheckTest, SeesADifferenceInUtf16) {
+    const auto expectedOf = [](std::string_view document) {
+        return ExpectedOf(Refer(document, CharSet::WINDOWS_1252, Fed::STREAM, true), document, {}, true);
+    };
+    const std::string document = "\\xE9\xE9<p>\x1B$B<![x\xE9<script>//c\\\xE9\n";
+    TracingParser library(true);
+    const TokenOutcome actual = library.Parse(document, CharSet::ISO_2022_JP, Fed::STREAM, {});
+    ASSERT_EQ(Show(actual), Show(expectedOf(document)));
+    EXPECT_EQ(actual.trace, (std::vector<std::string>{"start-parsing", "charset(1200)", "text(\\\\xE9\\u00E9)", "start(|p||)",
+                                                      "text(\\x1B$B)", "junk(<\\x00!\\x00[\\x00x\\x00\\xE9\\x00)", "start(|script||)",
+                                                      "js-start", "cpp-comment(c\\\\\\u00E9)", "text(\\n)", "end-parsing"}));
+    for (const std::size_t place : {std::size_t{0}, document.find('\xE9'), document.find('p'), document.find('$'), document.find("x\xE9<"),
+                                    document.find("\xE9<s"), document.find("c\\")}) {
+        std::string other = document;
+        other[place] = 'q';
+        EXPECT_FALSE(actual == expectedOf(other)) << place;
+    }
 }
 
 TEST(DifferentialCheckTest, ShorteningKeepsOnlyWhatFails) {

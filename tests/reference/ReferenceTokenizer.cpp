@@ -95,6 +95,7 @@ private:
     std::uint32_t charset;
     bool discoverCharset;
     bool canReadBack;
+    bool tellsLineComments;
     bool inScript = false;
     bool inStyle = false;
     bool inJunk = false;   ///< behind a construct that failed, up to the next "<"
@@ -108,7 +109,8 @@ ReferenceTokenizer::ReferenceTokenizer(std::string_view text, const ReferenceSet
       reader(text),
       charset(settings.charset == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : settings.charset),
       discoverCharset(settings.charset == 0),
-      canReadBack(settings.canReadBack) {}
+      canReadBack(settings.canReadBack),
+      tellsLineComments(settings.tellsLineComments) {}
 
 ReferenceRun ReferenceTokenizer::Run() {
     run.trace.push_back("start-parsing");
@@ -243,7 +245,8 @@ void ReferenceTokenizer::ReadScriptComment(std::size_t begin, bool lineComment) 
     std::string word;
     if (!IsAccepted(reader.ReadLineComment(&text, &interrupted, &markup, &word), begin, true))
         return;
-    // An 8-bit observer is not told of line comments.
+    if (tellsLineComments)
+        run.trace.push_back(ReferenceTrace("cpp-comment", text));
     AddStretch(Kind::SCRIPT_COMMENT, begin, "//" + text);
     const std::size_t end = begin + 2 + text.size();
     run.stretches.back().end = end;

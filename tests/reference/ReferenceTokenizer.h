@@ -13,8 +13,9 @@
 namespace Kestra::Test {
 
 struct ReferenceSettings {
-    std::uint32_t charset = 1252;  ///< given to `StartParse` with 8-bit data; 65000 acts as 1252
-    bool canReadBack = true;       ///< fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again
+    std::uint32_t charset = 1252;    ///< given to `StartParse` with 8-bit data; 65000 acts as 1252
+    bool canReadBack = true;         ///< fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again
+    bool tellsLineComments = false;  ///< as an observer of the wide parser is told of them, and one of the 8-bit parser is not
 };
 
 /// One stretch of the input and what became of it, in input order. Stretches touch, and cover the input from its start to the end of what

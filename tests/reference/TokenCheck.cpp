@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tests/reference/CopyCheck.h"
 #include "tests/support/Pieces.h"
 
 namespace Kestra::Test {
@@ -52,6 +53,52 @@ void CutTrace(const ReferenceRun& run, std::string_view document, const Cuts& cu
     }
 }
 
+/// The number that two hexadecimal digits stand for.
+unsigned NumberOf(std::string_view digits) {
+    return static_cast<unsigned>(std::stoul(std::string(digits), nullptr, 16));
+}
+
+/// What an escaped string of the trace language stands for.
+std::string Unescape(std::string_view escaped) {
+    std::string text;
+    for (std::size_t i = 0; i < escaped.size(); ++i) {
+        if (escaped[i] != '\\') {
+            text += escaped[i];
+            continue;
+        }
+        const char kind = escaped[++i];
+        if (kind == 'x') {
+            text += static_cast<char>(static_cast<unsigned char>(NumberOf(escaped.substr(i + 1, 2))));
+            i += 2;
+        } else {
+            text += kind == 'n' ? '\n' : kind == 'r' ? '\r' : kind == 't' ? '\t' : kind;
+        }
+    }
+    return text;
+}
+
+/// The line that the wide parser traces. Its charset is that of UTF-16; its junk is bytes, two for each character; other text has wide
+/// escapes from U+0080 up.
+std::string WideLine(const std::string& line) {
+    constexpr std::string_view JUNK = "junk(";
+    if (line.starts_with("charset("))
+        return Trace::FormatCharset(CharSet::UTF16_LE);
+    if (line.starts_with(JUNK))
+        return std::string(JUNK) + Trace::Escape(Widened(Unescape(line.substr(JUNK.size(), line.size() - JUNK.size() - 1)))) + ")";
+    std::string wide;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        wide += line[i];
+        if (line[i] != '\\')
+            continue;
+        ++i;
+        if (line[i] == 'x' && NumberOf(std::string_view(line).substr(i + 1, 2)) >= 0x80)
+            wide += "u00";
+        else
+            wide += line[i];
+    }
+    return wide;
+}
+
 }  // namespace
 
 std::string Show(const TokenOutcome& outcome) {
@@ -62,19 +109,25 @@ std::string Show(const TokenOutcome& outcome) {
            std::to_string(outcome.line) + ", column " + std::to_string(outcome.column) + "\n";
 }
 
-TracingParser::TracingParser() : observer(&outcome.trace) {
-    parser.SetObserver(&observer, false);
+TracingParser::TracingParser(bool wideFlavour) : wide(wideFlavour), observer(&outcome.trace), wideObserver(&outcome.trace) {
+    if (wide)
+        parser.SetObserver(&wideObserver, false);
+    else
+        parser.SetObserver(&observer, false);
 }
 
 const TokenOutcome& TracingParser::Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
     const SilentDetector noDetection;
+    const std::string widened = wide ? Widened(document) : "";
+    const std::string_view bytes = wide ? widened : document;
+    const Cuts byteCuts = wide ? Scaled(cuts, sizeof(WideChar)) : cuts;
     outcome.trace.clear();
-    parser.StartParse(charset, GenericParser::DATA_STREAM_8BIT);
+    parser.StartParse(charset, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
     if (fed == Fed::STREAM) {
-        stream.Reset(document, cuts);
+        stream.Reset(bytes, byteCuts);
         outcome.parseResult = parser.ParseStream(&stream, false);
     } else {
-        ParsePieces(document, cuts);
+        ParsePieces(bytes, byteCuts);
     }
     outcome.line = parser.GetLine();
     outcome.column = parser.GetColumn();
@@ -93,17 +146,20 @@ void TracingParser::ParsePieces(std::string_view document, const Cuts& cuts) {
     }
 }
 
-ReferenceRun Refer(std::string_view document, CharSet::Code charset, Fed fed) {
+ReferenceRun Refer(std::string_view document, CharSet::Code charset, Fed fed, bool wide) {
     ReferenceSettings settings;
-    settings.charset = charset;
+    settings.charset = wide ? CharSet::WINDOWS_1252 : charset;
+    settings.tellsLineComments = wide;
     settings.canReadBack = fed == Fed::STREAM;
     return ParseByReference(document, settings);
 }
 
-TokenOutcome ExpectedOf(const ReferenceRun& run, std::string_view document, const Cuts& cuts) {
+TokenOutcome ExpectedOf(const ReferenceRun& run, std::string_view document, const Cuts& cuts, bool wide) {
     TokenOutcome expected{run.trace, run.parseResult, run.endResult, run.line, run.column};
     if (!cuts.empty())
         CutTrace(run, document, cuts, &expected.trace);
+    if (wide)
+        std::transform(expected.trace.begin(), expected.trace.end(), expected.trace.begin(), WideLine);
     return expected;
 }
 
@@ -113,19 +169,20 @@ TokenOutcome ExpectedOf(std::string_view document, CharSet::Code charset, Fed fe
 
 Cuts Feeding::Make(std::size_t length) const {
     const Cuts cuts = cutsFor(length);
-    return fed == Fed::STREAM ? CutsAsRead(cuts, length, GenericParser::BUFFER_SIZE) : cuts;
+    const std::size_t readSize = wide ? GenericParser::BUFFER_SIZE / sizeof(WideChar) : GenericParser::BUFFER_SIZE;
+    return fed == Fed::STREAM ? CutsAsRead(cuts, length, readSize) : cuts;
 }
 
 std::string Difference(std::string_view document, const Feeding& feeding) {
     const Cuts cuts = feeding.Make(document.size());
-    const TokenOutcome expected = ExpectedOf(document, feeding.charset, feeding.fed, cuts);
-    TracingParser parser;
+    const TokenOutcome expected = ExpectedOf(Refer(document, feeding.charset, feeding.fed, feeding.wide), document, cuts, feeding.wide);
+    TracingParser parser(feeding.wide);
     const TokenOutcome& actual = parser.Parse(document, feeding.charset, feeding.fed, cuts);
     if (actual == expected)
         return "";
-    return Trace::Escape(document) + "\n" + (feeding.fed == Fed::STREAM ? "read from a stream" : "fed by buffers") + ", charset " +
-           std::to_string(feeding.charset) + ", cut at " + Describe(cuts) + "\nthe library:\n" + Show(actual) + "the reference:\n" +
-           Show(expected);
+    return Trace::Escape(document) + "\n" + (feeding.fed == Fed::STREAM ? "read from a stream" : "fed by buffers") +
+           (feeding.wide ? " in UTF-16" : "") + ", charset " + std::to_string(feeding.charset) + ", cut at " + Describe(cuts) +
+           "\nthe library:\n" + Show(actual) + "the reference:\n" + Show(expected);
 }
 
 }  // namespace Kestra::Test

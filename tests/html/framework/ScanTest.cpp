@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <random>
 #include <string>
@@ -49,6 +51,26 @@ Outcome<S> WalkUntil(const std::vector<C>& piece, std::uint64_t position, Stop i
     return outcome;
 }
 
+/// Any character of the flavour. Wide ones have often the sign bit, or only the low byte of a character that matters, or are white space.
+template <typename C>
+C AnyCharacter(std::mt19937& random) {
+    if (sizeof(C) == 1)
+        return static_cast<C>(random() % 0x100);
+    constexpr std::uint16_t SPACES[] = {0x85, 0xA0, 0x1680, 0x2000, 0x200A, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
+    switch (random() % 5) {
+        case 0:
+            return static_cast<C>(random() % 0x100);
+        case 1:
+            return static_cast<C>(0x8000 + random() % 0x8000);
+        case 2:
+            return static_cast<C>(static_cast<unsigned char>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17]) + 0x100 * (random() % 0x100));
+        case 3:
+            return static_cast<C>(SPACES[random() % std::size(SPACES)]);
+        default:
+            return static_cast<C>(random() % 0x10000);
+    }
+}
+
 template <typename Flavour>
 class ScanTest : public testing::Test {};
 
@@ -73,12 +95,11 @@ TYPED_TEST(ScanTest, RunsAgreeWithTheOneCharacterAdvance) {
     };
     std::mt19937 random(20261);
     for (int round = 0; round < 20000; ++round) {
-        // Few, some or only characters that matter, so that runs of every length around the step of four are met.
+        // Few, some or only characters that matter, so that runs of every length around that of a block are met.
         const auto rarity = 1 + random() % 12;
         std::vector<C> piece(random() % 40);
         for (C& character : piece)
-            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17])
-                                               : static_cast<C>(random() % (sizeof(C) == 1 ? 256 : 0x3100));
+            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17]) : AnyCharacter<C>(random);
         const std::uint64_t position = random() % (piece.size() + 1);
         const Scan::Classes stops = masks[random() % std::size(masks)];
         SCOPED_TRACE(testing::Message() << "round " << round);
@@ -122,8 +143,7 @@ TYPED_TEST(ScanTest, BlocksAgreeWithTheOneCharacterAdvance) {
         const auto rarity = 1 + random() % 40;
         std::vector<C> piece(random() % 80);
         for (C& character : piece)
-            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\n\t \x1B-*?\0"[random() % 19])
-                                               : static_cast<C>(random() % (sizeof(C) == 1 ? 256 : 0x3100));
+            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\n\t \x1B-*?\0"[random() % 19]) : AnyCharacter<C>(random);
         ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::LESS_THAN, C, S>(piece)));
         ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::LINE_FEED | Scan::LESS_THAN, C, S>(piece)));
         ASSERT_NO_FATAL_FAILURE(
@@ -136,6 +156,39 @@ TYPED_TEST(ScanTest, BlocksAgreeWithTheOneCharacterAdvance) {
             (ExpectBlocksToAgree<Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN | Scan::BRACKET | Scan::LESS_THAN, C, S>(
                 piece)));
     }
+}
+
+TYPED_TEST(ScanTest, WhiteSpaceIsPassedAsByTheOneCharacterAdvance) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    std::mt19937 random(2061);
+    std::size_t longRuns = 0;
+    for (int round = 0; round < 5000; ++round) {
+        SCOPED_TRACE(testing::Message() << "round " << round);
+        // White space, with a few other characters or none at all.
+        const auto rarity = 1 + random() % 60;
+        std::vector<C> piece(random() % 80);
+        for (C& character : piece) {
+            do {
+                character = random() % 2 == 0 ? static_cast<C>(" \t\n\r\v\f"[random() % 6]) : AnyCharacter<C>(random);
+            } while (!IsSpace(character) && random() % rarity != 0);
+        }
+        const C* const end = piece.data() + piece.size();
+        for (std::uint64_t position = 0; position <= piece.size(); ++position) {
+            const Outcome<S> expected = WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
+            HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
+            Scan::Lines<C> lines;
+            const C* const found = Scan::FindBehindWhiteSpace(piece.data() + position, end, &lines);
+            ASSERT_EQ(found, piece.data() + expected.position) << "from " << position;
+            lines.Consume(context, found);
+            ASSERT_EQ((Outcome<S>{S(piece.begin() + static_cast<std::ptrdiff_t>(position), piece.begin() + (found - piece.data())),
+                                  context.position, context.line, context.column}),
+                      expected)
+                << "from " << position;
+            longRuns += expected.run.size() > 16 ? 1U : 0U;
+        }
+    }
+    EXPECT_GE(longRuns, 1000U);
 }
 
 TYPED_TEST(ScanTest, AStringIsAssignedWhateverItHeld) {

@@ -1,7 +1,10 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <bit>
+#include <cerrno>
 #include <cstddef>
+#include <cstdint>
 
 #include "tests/html/parser/CountedAllocations.h"
 
@@ -9,10 +12,11 @@
 // other names. `operator new` ends here too. Nothing runs in here that could allocate: the loader calls these before anything is set up.
 
 extern "C" {
-void* __libc_malloc(std::size_t size);                     // NOLINT(bugprone-reserved-identifier)
-void* __libc_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-void* __libc_realloc(void* block, std::size_t size);       // NOLINT(bugprone-reserved-identifier)
-void __libc_free(void* block);                             // NOLINT(bugprone-reserved-identifier)
+void* __libc_malloc(std::size_t size);                           // NOLINT(bugprone-reserved-identifier)
+void* __libc_calloc(std::size_t count, std::size_t size);        // NOLINT(bugprone-reserved-identifier)
+void* __libc_realloc(void* block, std::size_t size);             // NOLINT(bugprone-reserved-identifier)
+void* __libc_memalign(std::size_t alignment, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void __libc_free(void* block);                                   // NOLINT(bugprone-reserved-identifier)
 }
 
 namespace {
@@ -30,6 +34,10 @@ void* Enter(void* block) {
     return block;
 }
 
+void Leave(std::size_t size) {
+    heapSize -= size;
+}
+
 }  // namespace
 
 extern "C" {
@@ -44,14 +52,41 @@ void* calloc(std::size_t count, std::size_t size) noexcept {
 
 void* realloc(void* block, std::size_t size) noexcept {
     const std::size_t before = malloc_usable_size(block);
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
     void* const moved = __libc_realloc(block, size);
-    if (moved != nullptr || size == 0)
-        heapSize -= before;
-    return Enter(moved);
+    if (moved == nullptr) {
+        // Nothing was freed, but for a size of 0.
+        Leave(size == 0 ? before : 0);
+        return nullptr;
+    }
+    // While it moves, both blocks are there.
+    const bool stays = reinterpret_cast<std::uintptr_t>(moved) == address;
+    Leave(stays ? before : 0);
+    Enter(moved);
+    Leave(stays ? 0 : before);
+    return moved;
+}
+
+void* memalign(std::size_t alignment, std::size_t size) noexcept {
+    return Enter(__libc_memalign(alignment, size));
+}
+
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    return Enter(__libc_memalign(alignment, size));
+}
+
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
+    if (!std::has_single_bit(alignment) || alignment % sizeof(void*) != 0)
+        return EINVAL;
+    void* const memory = Enter(__libc_memalign(alignment, size));
+    if (memory == nullptr)
+        return ENOMEM;
+    *block = memory;
+    return 0;
 }
 
 void free(void* block) noexcept {
-    heapSize -= malloc_usable_size(block);
+    Leave(malloc_usable_size(block));
     __libc_free(block);
 }
 
