@@ -372,17 +372,17 @@ std::uint32_t Parser<C, S>::ReadTag() {
         BeginBehindText(*FindByState(STATE_GENERIC_TAG));
         return SP_NEED_MORE_DATA;
     }
-    const bool isWholeTagMarkup = !StringNS::CharSet::IsIso2022(charset);
+    const bool hasNoEscapeRuns = !StringNS::CharSet::IsIso2022(charset);
     if (next == '/') {
         Scan::Advance(context);
-        if (isWholeTagMarkup && WholeTag<C, S>(&context).Read(&endTagData)) {
+        if (hasNoEscapeRuns && WholeTag<C, S>(&context).Read(&endTagData)) {
             SetActive(*FindByState(STATE_END_TAG));
             return FinishEndTag<true>();
         }
         MarkTokenStart(2);
         BeginTagOrText(*FindByState(STATE_END_TAG));
     } else {
-        if (isWholeTagMarkup && !(inScript || inStyle) && WholeTag<C, S>(&context).Read(&startTagData)) {
+        if (hasNoEscapeRuns && !(inScript || inStyle) && WholeTag<C, S>(&context).Read(&startTagData)) {
             SetActive(*FindByState(STATE_START_TAG));
             return FinishStartTag<true>();
         }
@@ -552,7 +552,8 @@ void Parser<C, S>::BackToText() {
     state = STATE_TEXT;
 }
 
-/// Behind a tag. One that was read as a whole has left the recognizer of text as it was, at the beginning of a text.
+/// Behind a tag. One that was read as a whole has left the recognizer of text as it was, at the beginning of a text; what text may hold is
+/// settled when it is read.
 template <typename C, typename S>
 template <bool IS_WHOLE>
 void Parser<C, S>::GoOnWithText() {

@@ -50,7 +50,6 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
                     return SP_NOT_THIS_TOKEN;
                 data->state = START_TAG_ATTRIBUTES;
                 RestartAttribute(&attribute, &attributeData, data->iso2022);
-                TakeWholeAttributes(context, data);
                 continue;
             case START_TAG_ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
@@ -103,10 +102,12 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
     return SP_MALFORMED;
 }
 
-/// Between two attributes: those that lie in the piece as a whole need no recognizer.
+/// Between two attributes: in a long list, those that lie in the piece as a whole need no recognizer. The first ones go through it, so that
+/// its strings are as long as those of most attributes before a cut falls into one that is longer.
 template <typename C, typename S>
 void StartTagSimpleParser<C, S>::TakeWholeAttributes(SimpleParserContext<C, S>* context, Data* data) {
-    if (!data->iso2022)
+    constexpr std::size_t LONG_LIST = 8;
+    if (data->attributes.size() >= LONG_LIST && !data->iso2022)
         WholeAttributes<C, S>(context).Take(&attributeData, &data->attributes);
 }
 

@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "tests/support/Flavours.h"
@@ -189,6 +191,18 @@ TYPED_TEST(ScanTest, WhiteSpaceIsPassedAsByTheOneCharacterAdvance) {
         }
     }
     EXPECT_GE(longRuns, 1000U);
+}
+
+TYPED_TEST(ScanTest, NoWhiteSpaceIsMissedWithoutTheTable) {
+    using C = typename TypeParam::C;
+    unsigned others = 0;
+    for (unsigned code = 0; code <= std::numeric_limits<std::make_unsigned_t<C>>::max(); ++code) {
+        const C character = static_cast<C>(code);
+        const bool mayBe = Scan::MayBeWhiteSpace(character);
+        ASSERT_TRUE(mayBe || !IsSpace(character)) << code;
+        others += mayBe ? 0U : 1U;
+    }
+    EXPECT_GE(others, 95U);  // what tags are made of
 }
 
 TYPED_TEST(ScanTest, AStringIsAssignedWhateverItHeld) {

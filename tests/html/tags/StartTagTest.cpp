@@ -29,6 +29,36 @@ struct Case {
     std::string_view expected;
 };
 
+constexpr std::string_view BARE_LIST = " 1 2 3 4 5 6 7 8";
+constexpr std::string_view BARE_LIST_TRACE = "{ |1}{ |2}{ |3}{ |4}{ |5}{ |6}{ |7}{ |8}";
+constexpr std::string_view VALUED_LIST = " 1=a 2='' 3=\"\" 4 =a 5= a 6=a 7=a 8='a'";
+constexpr std::string_view VALUED_LIST_TRACE = "{ |1|=|a}{ |2|=|''}{ |3|=|\"\"}{ |4| =|a}{ |5|= |a}{ |6|=|a}{ |7|=|a}{ |8|=|'a'}";
+
+/// Checks a row whose attributes stand behind eight others, from where on the recognizer reads them another way.
+template <typename Flavour>
+void CheckBehindList(const Case& c, std::string_view list, std::string_view listTrace) {
+    constexpr std::string_view BEGIN = "19 start(|a|";
+    std::string expected(c.expected);
+    if (expected.compare(0, BEGIN.size(), BEGIN) == 0)
+        expected.insert(BEGIN.size(), listTrace);
+    const std::string input = "a" + std::string(list) + std::string(c.input.substr(1));
+    CheckRow<StartTagSimpleParser, Flavour>(c.note, input, expected);
+}
+
+/// Checks a row, and if it is one of the tag "a" the same behind lists.
+template <typename Flavour>
+void CheckTag(const Case& c) {
+    CheckRow<StartTagSimpleParser, Flavour>(c.note, c.input, c.expected);
+    const std::size_t first = c.input.find_first_not_of(" \n\t", 1);
+    if (c.input.substr(0, 2) != "a " || c.input[first] == '=')
+        return;
+    CheckBehindList<Flavour>(c, BARE_LIST, BARE_LIST_TRACE);
+    // A bare word would become part of the list's last value.
+    const std::string_view firstTrace = c.expected.substr(0, c.expected.find('}'));
+    if (firstTrace.find('=') != std::string_view::npos)
+        CheckBehindList<Flavour>(c, VALUED_LIST, VALUED_LIST_TRACE);
+}
+
 template <typename Flavour>
 class StartTagTest : public testing::Test {};
 
@@ -95,7 +125,7 @@ TYPED_TEST(StartTagTest, Attributes) {
         {"many attributes", "a b=1 c=2 d=3 e=4 f=5 g=6>", "19 start(|a|{ |b|=|1}{ |c|=|2}{ |d|=|3}{ |e|=|4}{ |f|=|5}{ |g|=|6}|)"},
     };
     for (const Case& c : CASES)
-        CheckRow<StartTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
+        CheckTag<TypeParam>(c);
 }
 
 TYPED_TEST(StartTagTest, ShortTags) {
@@ -119,7 +149,7 @@ TYPED_TEST(StartTagTest, ShortTags) {
         {"\"=\" in front closes too", "a=b/>", "19 start(|a|{||=|b}|, short)"},
     };
     for (const Case& c : CASES)
-        CheckRow<StartTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
+        CheckTag<TypeParam>(c);
 }
 
 TYPED_TEST(StartTagTest, Failures) {
@@ -147,7 +177,7 @@ TYPED_TEST(StartTagTest, Failures) {
         {"the input ends behind the closing \"/\"", "br /", "end 16"},
     };
     for (const Case& c : CASES)
-        CheckRow<StartTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
+        CheckTag<TypeParam>(c);
 }
 
 TYPED_TEST(StartTagTest, AttributesAreNormalized) {
@@ -164,7 +194,7 @@ TYPED_TEST(StartTagTest, AttributesAreNormalized) {
         {"an empty value", "a b=''c>", "19 start(|a|{ |b|=|''c}|)"},
     };
     for (const Case& c : CASES)
-        CheckRow<StartTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
+        CheckTag<TypeParam>(c);
 }
 
 TYPED_TEST(StartTagTest, EscapeRunsInQuotedValues) {
