@@ -16,7 +16,7 @@ enum StartTagState : std::uint32_t {
     START_TAG_NAME = 1,
     START_TAG_ATTRIBUTES = 2,
     START_TAG_END_OF_ATTRIBUTES = 3,  ///< where a tag without a closing "/" stays when it is complete
-    START_TAG_AFTER_SLASH = 4,        ///< where a short tag stays
+    START_TAG_AFTER_SLASH = 4,        ///< where a tag stays that has a "/" behind its attributes
 };
 
 /// State of one start tag between two pieces of input.
