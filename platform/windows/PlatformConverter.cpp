@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -22,10 +23,7 @@ struct LanguageLibrary {
     FromWideCall fromWide = nullptr;
 
     /// Loaded with the first code page that needs it, and kept. Both calls are null when there is no such library.
-    static const LanguageLibrary& Get() {
-        static const LanguageLibrary library = Load();
-        return library;
-    }
+    static LanguageLibrary Get();
 
 private:
     template <typename Call>
@@ -45,6 +43,23 @@ private:
         return library;
     }
 };
+
+// What the search found, for the whole process. Not a static object with a constructor: its guard starts a runtime of threads that keeps a
+// thread index and handles of the process, also when the host has freed the library.
+constinit std::atomic<LanguageLibrary::ToWideCall> foundToWide = nullptr;
+constinit std::atomic<LanguageLibrary::FromWideCall> foundFromWide = nullptr;
+constinit std::atomic<bool> hasSearched = false;
+
+LanguageLibrary LanguageLibrary::Get() {
+    if (hasSearched.load(std::memory_order_acquire))
+        return {foundToWide.load(std::memory_order_relaxed), foundFromWide.load(std::memory_order_relaxed)};
+    // Threads that come at the same time each search, and find the same.
+    const LanguageLibrary library = Load();
+    foundToWide.store(library.toWide, std::memory_order_relaxed);
+    foundFromWide.store(library.fromWide, std::memory_order_relaxed);
+    hasSearched.store(true, std::memory_order_release);
+    return library;
+}
 
 /// Numbers that the system call takes for another code page's name: the ANSI, OEM and Macintosh ones of the process or thread, symbols.
 constexpr std::array<CharSet::Code, 5> ALIASES = {0, 1, 2, 3, 42};
@@ -148,7 +163,7 @@ Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, 
         *count = MultiByteToWideChar(code, 0, data, size, output, room);
         return JudgeSystem(*count);
     }
-    const LanguageLibrary& library = LanguageLibrary::Get();
+    const LanguageLibrary library = LanguageLibrary::Get();
     if (library.toWide == nullptr)
         return Outcome::FAILURE;
     DWORD mode = 0;
@@ -163,7 +178,7 @@ Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT si
         *count = WideCharToMultiByte(code, fromWideFlags, data, size, output, room, nullptr, nullptr);
         return JudgeSystem(*count);
     }
-    const LanguageLibrary& library = LanguageLibrary::Get();
+    const LanguageLibrary library = LanguageLibrary::Get();
     if (library.fromWide == nullptr)
         return Outcome::FAILURE;
     DWORD mode = 0;
