@@ -450,6 +450,40 @@ TEST(WindowsConverterTest, ACutIsWhereACharacterEndsInTextThatIsNoneToo) {
     }
 }
 
+/// What a small part of GB18030 comes to: ASCII, the characters of four bytes up to U+0451, and a mark of replacement for any byte else.
+std::wstring ReadFourBytes(std::string_view bytes) {
+    const auto byte = [&bytes](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U; };
+    std::wstring units;
+    for (std::size_t i = 0; i < bytes.size();) {
+        const bool isFour = byte(i) == 0x81 && byte(i + 1) == 0x30 && byte(i + 2) >= 0x81 && byte(i + 3) >= '0' && byte(i + 3) <= '9';
+        const unsigned number = (byte(i + 2) - 0x81) * 10 + byte(i + 3) - '0';
+        units += static_cast<wchar_t>(isFour ? 0x80 + number : byte(i) < 0x80 ? byte(i) : 0xFFFD);
+        i += isFour ? 4 : 1;
+    }
+    return units;
+}
+
+TEST(WindowsConverterTest, ADigitInsideACharacterOfFourBytesIsNoPlaceToCut) {
+    const std::size_t step = std::size_t{1} << 20;
+    HookedSystem system;  // Wine has no such converter
+    system->multiByteToWideChar = [](UINT, DWORD, const char* data, int size, wchar_t* output, int room) {
+        const std::wstring units = ReadFourBytes(std::string_view(data, static_cast<std::size_t>(size)));
+        std::copy_n(units.begin(), std::min(units.size(), static_cast<std::size_t>(room)), output);
+        return static_cast<int>(units.size());
+    };
+    const std::string_view bytes = "\x81\x30\x81\x31\x81\x30\x82\x30 bcd";
+    const std::string expected = Dump(WideString(KESTRA_WIDE("\u0081\u008A bcd")));
+    CharSetConverter converter;
+    for (std::size_t offset = 0; offset <= bytes.size(); ++offset) {
+        std::string text(step - offset, 'a');
+        text += bytes;
+        WideString units;
+        EXPECT_EQ(converter.ToWide(54936, text.data(), text.size(), &units), RESULT_OK);
+        ASSERT_GE(units.size(), step - offset);
+        EXPECT_EQ(Dump(units.substr(step - offset)), expected) << "cut at " << offset;
+    }
+}
+
 TEST(WindowsConverterTest, TextWithoutBlanksIsCutToo) {
     CharSetConverter converter;
     WideString units;

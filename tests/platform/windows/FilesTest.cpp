@@ -9,6 +9,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -499,6 +500,18 @@ std::vector<HANDLE> FindHandles(std::wstring_view ending) {
     return found;
 }
 
+/// All open handles of this process.
+std::vector<HANDLE> GetAllHandles() {
+    std::vector<HANDLE> found;
+    for (std::uintptr_t number = 4; number < 8000; number += 4) {
+        const HANDLE handle = reinterpret_cast<HANDLE>(number);
+        DWORD flags = 0;
+        if (GetHandleInformation(handle, &flags) != 0)
+            found.push_back(handle);
+    }
+    return found;
+}
+
 /// True for a handle that a process started now would have too.
 bool IsInherited(HANDLE handle) {
     DWORD flags = 0;
@@ -716,6 +729,29 @@ TEST(WindowsDeviceTest, ADocumentComesThroughAPipe) {
     EXPECT_EQ(parser.GetColumn(), 15U);
     EXPECT_EQ(parser.EndParse(), 0U);
     writer.join();
+}
+
+TEST(WindowsFailuresTest, AHandleIsClosedWhenNoStreamCanBeMadeOfIt) {
+    const TemporaryFolder folder;
+    PipeServer server;
+    for (const std::wstring& path : {folder.Write("file", "x").wstring(), std::wstring(L"NUL"), server.GetPath()}) {
+        SCOPED_TRACE(testing::PrintToString(path));
+        std::unique_ptr<InputStream> stream;
+        std::vector<HANDLE> before;
+        {
+            HookedSystem system;
+            std::optional<NoMemory> none;
+            system->createFile = [&](const wchar_t*, DWORD) {
+                before = GetAllHandles();
+                none.emplace();
+                return true;
+            };
+            stream.reset(VirtualFileSystem::GetInputStreamEx(path.c_str()));
+        }
+        EXPECT_EQ(stream, nullptr);
+        EXPECT_FALSE(before.empty());
+        EXPECT_EQ(GetAllHandles(), before);
+    }
 }
 
 TEST(WindowsFailuresTest, AReadErrorIsAFailure) {
