@@ -9,10 +9,11 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
-# What `make test` runs in the optimized build as well, by label: the tests of whole documents, the comparisons with the second parsers, with
-# more documents, what the parsers take from the heap, with longer ones, that the benchmarks run and no input takes more than linear
-# time, and the package, whose library exports otherwise than one without link-time optimization. The target `optimized-tests` builds all
-# of them.
+# What `make test` runs in the optimized build as well, by label: the tests of whole documents, the
+# comparisons with the second parsers, with more documents, what the parsers take from the heap,
+# with longer ones, that the benchmarks run and no input takes more than linear time, and the
+# package, whose library exports otherwise than one without link-time optimization. The target
+# `optimized-tests` builds all of them.
 OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 
 # `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.

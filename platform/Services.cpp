@@ -20,7 +20,8 @@ std::uint32_t FromWide(StringNS::CharSetConverter* converter, StringNS::CharSet:
     return converter->FromWide(code, data, size, output);
 }
 
-/// One for the process: on Windows a variable of each thread starts a runtime that outlives the library when a host frees it.
+/// One for the process: on Windows a variable of each thread starts a runtime that outlives the
+/// library when a host frees it.
 constinit std::atomic<const Services*> current = &PLATFORM_SERVICES;
 
 }  // namespace

@@ -28,8 +28,9 @@ const Services& GetServices();
 /// Whether `GetServices` answers with the real ones.
 bool AreServicesReal();
 
-/// Puts other services in place, in the whole process and for as long as it lives. Made for tests: overrides end in the reverse order of
-/// their beginnings, and begin and end while no other thread parses.
+/// Puts other services in place, in the whole process and for as long as it lives. Made for tests:
+/// overrides end in the reverse order of their beginnings, and begin and end while no other thread
+/// parses.
 class ServicesOverride {
 public:
     explicit ServicesOverride(const Services& services);

@@ -1,9 +1,12 @@
 /// @file
-/// The exceptions that a thread is throwing and handling, as the C++ runtime of GCC asks for them (Itanium C++ ABI, 2.2.2).
+/// The exceptions that a thread is throwing and handling, as the C++ runtime of GCC asks for them
+/// (Itanium C++ ABI, 2.2.2).
 ///
-/// The runtime has such a function of its own. Linked into a DLL it starts the runtime of threads with the first exception, which takes an
-/// index of thread storage and two handles of the process and never gives them back: a host that loads, uses and frees the library about a
-/// thousand times has none left. The linker takes the function here instead, and the destructor below returns what it took.
+/// The runtime has such a function of its own. Linked into a DLL it starts the runtime of threads
+/// with the first exception, which takes an index of thread storage and two handles of the process
+/// and never gives them back: a host that loads, uses and frees the library about a thousand times
+/// has none left. The linker takes the function here instead, and the destructor below returns what
+/// it took.
 
 #include <cstdlib>
 
@@ -31,7 +34,8 @@ namespace {
 
 using State = __cxxabiv1::__cxa_eh_globals;
 
-/// The states of so many threads need no memory from the heap: what is thrown may say that there is none left.
+/// The states of so many threads need no memory from the heap: what is thrown may say that there is
+/// none left.
 constexpr std::size_t OWN_STATES = 64;
 
 constinit State ownStates[OWN_STATES] = {};
@@ -48,7 +52,8 @@ State* TakeState() {
     return static_cast<State*>(std::calloc(1, sizeof(State)));
 }
 
-/// Called by the system at the end of a thread, and for the threads that are left when the index is given back.
+/// Called by the system at the end of a thread, and for the threads that are left when the index is
+/// given back.
 void WINAPI GiveBackState(void* value) {
     auto* const state = static_cast<State*>(value);
     for (std::size_t i = 0; i < OWN_STATES; ++i) {

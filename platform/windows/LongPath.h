@@ -26,7 +26,8 @@ inline LongFront GetLongFront(std::wstring_view absolute) {
 }
 
 /// The absolute form of a path: backslashes, no "." and "..", no dots and blanks at its end.
-/// @return empty when there is none; `\\.\` and a name where the system takes the last part for a device
+/// @return empty when there is none; `\\.\` and a name where the system takes the last part for a
+/// device
 inline std::wstring GetFullPath(const std::wstring& path) {
     std::wstring absolute;
     DWORD length = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);  // with the terminator
@@ -38,16 +39,17 @@ inline std::wstring GetFullPath(const std::wstring& path) {
     return absolute;
 }
 
-/// The names of devices are of DOS: such a name, alone or with an extension, is the device in every folder. Here it is the device alone and
-/// with nothing but a colon and blanks after it, as in "NUL", "con:" and "CONIN$".
+/// The names of devices are of DOS: such a name, alone or with an extension, is the device in every
+/// folder. Here it is the device alone and with nothing but a colon and blanks after it, as in
+/// "NUL", "con:" and "CONIN$".
 inline bool IsDeviceAlone(std::wstring_view path) {
     const std::size_t colon = path.find(L':');
     const bool hasMore = colon != path.npos && path.find_first_not_of(L" ", colon + 1) != path.npos;
     return !hasMore && path.find_first_of(L"\\/.") == path.npos;
 }
 
-/// The absolute form of a path whose last part the system would take for a device: that of its folder, and the part as written, less the
-/// dots and blanks at its end.
+/// The absolute form of a path whose last part the system would take for a device: that of its
+/// folder, and the part as written, less the dots and blanks at its end.
 /// @return empty when there is none
 inline std::wstring GetFullPathOfFile(const std::wstring& path) {
     const std::size_t separator = path.find_last_of(L"\\/");
@@ -60,9 +62,10 @@ inline std::wstring GetFullPathOfFile(const std::wstring& path) {
     return absolute.append(path, part, path.find_last_not_of(L". ") + 1 - part);
 }
 
-/// A path that the system takes as it stands, however long it is and whatever its last part is called: the absolute form, with the prefix
-/// for that. Without it the old limit counts, and "folder\nul.html" is the null device. A path that has the prefix, one that begins with
-/// `\\.\`, and a device alone stay as they are.
+/// A path that the system takes as it stands, however long it is and whatever its last part is
+/// called: the absolute form, with the prefix for that. Without it the old limit counts, and
+/// "folder\nul.html" is the null device. A path that has the prefix, one that begins with `\\.\`,
+/// and a device alone stay as they are.
 /// @return empty when the path has no absolute form
 inline std::wstring GetVerbatimPath(const std::wstring& path) {
     if (GetLongFront(path).text.empty())

@@ -44,8 +44,9 @@ private:
     }
 };
 
-// What the search found, for the whole process. Not a static object with a constructor: its guard starts a runtime of threads that keeps a
-// thread index and handles of the process, also when the host has freed the library.
+// What the search found, for the whole process. Not a static object with a constructor: its guard
+// starts a runtime of threads that keeps a thread index and handles of the process, also when the
+// host has freed the library.
 constinit std::atomic<LanguageLibrary::ToWideCall> foundToWide = nullptr;
 constinit std::atomic<LanguageLibrary::FromWideCall> foundFromWide = nullptr;
 constinit std::atomic<bool> hasSearched = false;

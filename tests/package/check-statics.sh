@@ -1,6 +1,7 @@
 #!/bin/sh
-# What would start the runtime of threads in a DLL, which gives back nothing when the DLL is freed: variables of single threads, and static
-# objects of functions whose constructors run with the first call. The DLL has none of ours, and of the first kind none at all.
+# What would start the runtime of threads in a DLL, which gives back nothing when the DLL is freed:
+# variables of single threads, and static objects of functions whose constructors run with the first
+# call. The DLL has none of ours, and of the first kind none at all.
 #
 #     check-statics.sh DLL-WITH-SYMBOLS
 set -eu

@@ -450,7 +450,8 @@ TEST(WindowsConverterTest, ACutIsWhereACharacterEndsInTextThatIsNoneToo) {
     }
 }
 
-/// What a small part of GB18030 comes to: ASCII, the characters of four bytes up to U+0451, and a mark of replacement for any byte else.
+/// What a small part of GB18030 comes to: ASCII, the first characters of four bytes from U+0080 on,
+/// and a mark of replacement for any byte else.
 std::wstring ReadFourBytes(std::string_view bytes) {
     const auto byte = [&bytes](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U; };
     std::wstring units;

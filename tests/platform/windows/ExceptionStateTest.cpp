@@ -10,12 +10,14 @@
 
 #include "platform/windows/WindowsApi.h"
 
-// The state of exceptions that the library puts in the place of the runtime's: this program has it as the DLL does.
+// The state of exceptions that the library puts in the place of the runtime's: this program has it
+// as the DLL does.
 
 namespace Kestra {
 namespace {
 
-/// Throws and handles exceptions inside each other. @return what they say in the order in which they are handled
+/// Throws and handles exceptions inside each other. @return what they say in the order in which
+/// they are handled
 std::string Nest(int depth, const std::string& name) {
     try {
         throw std::runtime_error(name + std::to_string(depth));
@@ -54,7 +56,8 @@ TEST(WindowsExceptionStateTest, AnExceptionOnItsWayIsCounted) {
     EXPECT_EQ(count, 1);
 }
 
-/// More threads than have a state without the heap, twice, all handling an exception of their own at once.
+/// More threads than have a state without the heap, twice, all handling an exception of their own
+/// at once.
 TEST(WindowsExceptionStateTest, EachThreadHandlesItsOwn) {
     const std::size_t size = 100;
     for (int round = 0; round < 2; ++round) {

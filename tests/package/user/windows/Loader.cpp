@@ -1,5 +1,6 @@
-// Loads the DLL, uses it and frees it, again and again, as a host does that loads a plug-in for each piece of work. It is not linked with
-// the DLL. What a cycle takes of the process, the end of the cycle gives back.
+// Loads the DLL, uses it and frees it, again and again, as a host does that loads a plug-in for
+// each piece of work. It is not linked with the DLL. What a cycle takes of the process, the end of
+// the cycle gives back.
 #include <kestra/html/parser/GenericParser.h>
 #include <kestra/platform/CharSet.h>
 #include <kestra/platform/Characters.h>
@@ -155,7 +156,8 @@ void UseException(const Library& library, const wchar_t* page) {
     CHECK(requests > 1);  // the exception's own memory
 }
 
-/// The open handles of this process. Their numbers are multiples of four, the smallest free one first. Wine does not count them.
+/// The open handles of this process. Their numbers are multiples of four, the smallest free one
+/// first. Wine does not count them.
 std::size_t CountHandles() {
     std::size_t count = 0;
     for (std::uintptr_t number = 4; number <= 0x10000; number += 4) {
