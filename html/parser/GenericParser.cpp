@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "html/parser/Parser.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/CharsetDetector.h"
 #include "platform/Results.h"
@@ -33,25 +34,29 @@ StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
     return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
 }
 
-/// Reads the next bytes of a stream; at its end 0 bytes. A stream that delivers nothing again and again fails, and so does one that
-/// claims more bytes than there is room for.
-std::uint32_t ReadSome(VFS::InputStream* stream, char* buffer, std::uint64_t size, std::uint64_t* count) {
-    for (unsigned emptyReads = 0; emptyReads < MOST_EMPTY_READS; ++emptyReads) {
+/// Reads a stream, one read after the other. One that delivers nothing again and again fails, and so does one that claims more bytes than
+/// there is room for.
+class StreamReader {
+public:
+    explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}
+
+    /// @param count  bytes read; with RESULT_OK it may be 0, and the next read delivers more
+    /// @return RESULT_OK, RESULT_END_OF_DATA, or a failure
+    std::uint32_t Read(char* buffer, std::uint64_t size, std::uint64_t* count) {
         *count = 0;
-        if (stream->IsEnd())
-            return RESULT_OK;
         const std::uint32_t result = stream->Read(buffer, size, count);
-        if (result == RESULT_END_OF_DATA) {
-            *count = 0;
-            return RESULT_OK;
-        }
-        if (result != RESULT_OK || *count > size)
-            return result != RESULT_OK ? result : RESULT_STREAM_FAILED;
-        if (*count > 0)
-            return RESULT_OK;
+        if (result != RESULT_OK)
+            return result;
+        if (*count > size)
+            return RESULT_STREAM_FAILED;
+        emptyReads = *count == 0 ? emptyReads + 1 : 0;
+        return emptyReads < MOST_EMPTY_READS ? std::uint32_t{RESULT_OK} : std::uint32_t{PARSER_SHORT_READ};
     }
-    return PARSER_SHORT_READ;
-}
+
+private:
+    VFS::InputStream* stream;
+    unsigned emptyReads = 0;  // in a row
+};
 
 }  // namespace
 
@@ -109,6 +114,8 @@ private:
 GenericParser::GenericParser()
     : mode(MODE_START),
       charset(StringNS::CharSet::UNKNOWN),
+      narrowParser(std::make_unique<Parser<char, std::string>>()),
+      wideParser(std::make_unique<Parser<WideChar, WideString>>()),
       charObserver(nullptr),
       wcharObserver(nullptr),
       ownsObserver(false),
@@ -116,9 +123,31 @@ GenericParser::GenericParser()
       charsetDetected(false),
       ended(false) {}
 
-GenericParser::GenericParser(const GenericParser&) = default;
+GenericParser::GenericParser(const GenericParser& other)
+    : mode(other.mode),
+      charset(other.charset),
+      narrowParser(std::make_unique<Parser<char, std::string>>(*other.narrowParser)),
+      wideParser(std::make_unique<Parser<WideChar, WideString>>(*other.wideParser)),
+      charObserver(other.charObserver),
+      wcharObserver(other.wcharObserver),
+      ownsObserver(other.ownsObserver),
+      chrDetMinConfidence(other.chrDetMinConfidence),
+      charsetDetected(other.charsetDetected),
+      ended(other.ended),
+      observerOwner(other.observerOwner),
+      sharedByCopies(other.sharedByCopies) {
+    narrowParser->SettleCopy();
+    wideParser->SettleCopy();
+}
 
-GenericParser& GenericParser::operator=(const GenericParser&) = default;
+/// All that may fail is done before anything changes.
+GenericParser& GenericParser::operator=(const GenericParser& other) {
+    if (this != &other) {
+        GenericParser copy(other);
+        Swap(&copy);
+    }
+    return *this;
+}
 
 GenericParser::~GenericParser() = default;
 
@@ -132,27 +161,48 @@ std::uint32_t GenericParser::SetObserver(ParserObserver<WideChar, WideString>* o
     return PARSER_OK;
 }
 
+void GenericParser::Swap(GenericParser* other) {
+    std::swap(mode, other->mode);
+    std::swap(charset, other->charset);
+    std::swap(narrowParser, other->narrowParser);
+    std::swap(wideParser, other->wideParser);
+    std::swap(charObserver, other->charObserver);
+    std::swap(wcharObserver, other->wcharObserver);
+    std::swap(ownsObserver, other->ownsObserver);
+    std::swap(chrDetMinConfidence, other->chrDetMinConfidence);
+    std::swap(charsetDetected, other->charsetDetected);
+    std::swap(ended, other->ended);
+    std::swap(observerOwner, other->observerOwner);
+    std::swap(sharedByCopies, other->sharedByCopies);
+    std::swap(keptBytes.Get(), other->keptBytes.Get());
+    std::swap(alignedPiece.Get(), other->alignedPiece.Get());
+}
+
+/// Takes all the memory that it needs before anything changes.
 void GenericParser::BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block,
                                  bool owns) {
+    std::vector<std::shared_ptr<ObserverOwner>>& retired = retiredObservers.Get();
+    if (feeding.Get())
+        retired.reserve(retired.size() + 1);
     std::shared_ptr<ObserverOwner> owner = TakeOwnerOf(block);
+    if (owner == nullptr && owns && block != nullptr)
+        owner = std::make_shared<ObserverOwner>(block);
     if (observerOwner != nullptr) {
         sharedByCopies = observerOwner;
         if (feeding.Get())
-            retiredObservers.Get().push_back(std::move(observerOwner));
+            retired.push_back(std::move(observerOwner));
     }
     if (owner != nullptr && !owns) {
         if (owner.use_count() == 1)
             owner->frees = false;  // given back to the host, which binds the same observer as its own
         sharedByCopies = owner;
     }
-    if (owner == nullptr && owns && block != nullptr)
-        owner = std::make_shared<ObserverOwner>(block);
     observerOwner = owns ? owner : nullptr;
     ownsObserver = observerOwner != nullptr;
     charObserver = narrow;
     wcharObserver = wide;
-    narrowParser.SetObservers(narrow, wide);
-    wideParser.SetObservers(narrow, wide);
+    narrowParser->SetObservers(narrow, wide);
+    wideParser->SetObservers(narrow, wide);
 }
 
 /// The ownership that this parser has, or that its copies still have, of an observer; null for none.
@@ -182,12 +232,16 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     ended = false;
     switch (type) {
         case DATA_STREAM_8BIT:
-            StartNarrow(0, DocumentCharset(code), code == StringNS::CharSet::UNKNOWN, false);
-            narrowParser.OnCharset(narrowParser.GetCharset());
+            StartNarrow(0, false);
+            narrowParser->SetCharset(DocumentCharset(code));
+            narrowParser->OnCharset(DocumentCharset(code));
+            narrowParser->SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
             break;
         case DATA_STREAM_UTF16:
             StartWide(0);
-            wideParser.OnCharset(wideParser.GetCharset());
+            charset = StringNS::CharSet::UTF16_LE;
+            wideParser->SetCharset(charset);
+            wideParser->OnCharset(charset);
             break;
         case DATA_STREAM_AUTO:
         default:
@@ -197,21 +251,17 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     return PARSER_OK;
 }
 
-void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover, bool detected) {
+/// Begins a document with the 8-bit parser, which has the charset of the document before until the new one is set.
+void GenericParser::StartNarrow(std::uint64_t markLength, bool detected) {
     mode = MODE_NARROW;
-    wideParser.Rest();
-    narrowParser.SetCharset(code);
-    narrowParser.SetDiscoverCharset(discover);
-    narrowParser.Start(markLength, detected);
+    wideParser->Rest();
+    narrowParser->Start(markLength, detected);
 }
 
 void GenericParser::StartWide(std::uint64_t markLength) {
     mode = MODE_WIDE;
-    narrowParser.Rest();
-    charset = StringNS::CharSet::UTF16_LE;
-    wideParser.SetCharset(charset);
-    wideParser.SetDiscoverCharset(false);
-    wideParser.Start(markLength, false);
+    narrowParser->Rest();
+    wideParser->Start(markLength, false);
 }
 
 std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
@@ -257,15 +307,21 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            StartNarrow(sizeof(StringNS::BOM_UTF8), charset, false, false);
-            narrowParser.OnBOM(StringNS::BOM_UTF8, sizeof(StringNS::BOM_UTF8));
+            StartNarrow(sizeof(StringNS::BOM_UTF8), false);
+            narrowParser->OnBOM(StringNS::BOM_UTF8, sizeof(StringNS::BOM_UTF8));
+            narrowParser->SetCharset(charset);
+            narrowParser->SetDiscoverCharset(false);
             return FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
+            charset = StringNS::CharSet::UTF16_LE;
+            wideParser->SetCharset(charset);
             StartWide(sizeof(StringNS::BOM_UTF16_LE));
-            wideParser.OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
+            wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
             return FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            StartNarrow(0, DocumentCharset(charset), charset == StringNS::CharSet::UNKNOWN, charsetDetected);
+            StartNarrow(0, charsetDetected);
+            narrowParser->SetCharset(DocumentCharset(charset));
+            narrowParser->SetDiscoverCharset(charset == StringNS::CharSet::UNKNOWN);
             return FeedNarrow(data, size, origin);
         }
     }
@@ -274,7 +330,7 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
 
 std::uint32_t GenericParser::FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     ended = false;
-    return narrowParser.Parse(data, size, origin);
+    return narrowParser->Parse(data, size, origin);
 }
 
 std::uint32_t GenericParser::FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin) {
@@ -285,10 +341,10 @@ std::uint32_t GenericParser::FeedWide(const char* data, std::uint64_t size, cons
     ended = false;
     const std::uint64_t length = size / sizeof(WideChar);
     if (reinterpret_cast<std::uintptr_t>(data) % alignof(WideChar) == 0)
-        return wideParser.Parse(reinterpret_cast<const WideChar*>(data), length, origin);
+        return wideParser->Parse(reinterpret_cast<const WideChar*>(data), length, origin);
     alignedPiece.Get().resize(static_cast<std::size_t>(length));
     std::memcpy(alignedPiece.Get().data(), data, static_cast<std::size_t>(size));
-    return wideParser.Parse(alignedPiece.Get().data(), length, origin);
+    return wideParser->Parse(alignedPiece.Get().data(), length, origin);
 }
 
 std::uint32_t GenericParser::ParseStream(VFS::InputStream* stream, bool ownsStream) {
@@ -300,14 +356,15 @@ std::uint32_t GenericParser::ParseStream(VFS::InputStream* stream, bool ownsStre
     if (stream == nullptr)
         return PARSER_INVALID_ARGUMENT;
     std::uint32_t result = FeedStream(stream);
-    if (result == PARSER_OK)
-        result = DetectLateCharset(stream);
     if (result != PARSER_OK)
+        return result;
+    result = DetectLateCharset(stream);
+    if (result == PARSER_PARSE_AGAIN)
         return result;
     if (ownsStream)
         KeepOpenConstruct();
     use.Keep();
-    return PARSER_OK;
+    return result;
 }
 
 std::uint32_t GenericParser::FeedStream(VFS::InputStream* stream) {
@@ -317,18 +374,19 @@ std::uint32_t GenericParser::FeedStream(VFS::InputStream* stream) {
     if (result != RESULT_OK)
         return result;
     SetBackingStream(stream);
-    while (result == PARSER_OK || result == PARSER_UNTERMINATED) {
+    StreamReader reader(stream);
+    while ((result == PARSER_OK || result == PARSER_UNTERMINATED) && !stream->IsEnd()) {
         PieceOrigin origin;
         origin.fromStream = true;
+        origin.positioned = stream->GetPosition(&origin.offset) == RESULT_OK;
         std::uint64_t count = 0;
-        if (!stream->IsEnd())
-            origin.positioned = stream->GetPosition(&origin.offset) == RESULT_OK;
-        result = ReadSome(stream, buffer.GetData(), BUFFER_SIZE, &count);
-        if (result != RESULT_OK || count == 0)
-            return result;
-        result = FeedBytes(buffer.GetData(), count, origin);
+        result = reader.Read(buffer.GetData(), BUFFER_SIZE, &count);
+        if (result == RESULT_END_OF_DATA)
+            return PARSER_OK;
+        if (result == RESULT_OK && count > 0)
+            result = FeedBytes(buffer.GetData(), count, origin);
     }
-    return result;
+    return result == PARSER_UNTERMINATED ? std::uint32_t{PARSER_OK} : result;
 }
 
 /// A whole stream went by without a charset: asks the detector. A detector that has no usable answer changes nothing.
@@ -352,21 +410,21 @@ std::uint32_t GenericParser::DetectLateCharset(VFS::InputStream* stream) {
 void GenericParser::KeepOpenConstruct() {
     std::unique_ptr<VFS::InputStream> kept;
     if (mode == MODE_NARROW)
-        kept = narrowParser.KeepOpenConstruct();
+        kept = narrowParser->KeepOpenConstruct();
     else if (mode == MODE_WIDE)
-        kept = wideParser.KeepOpenConstruct();
+        kept = wideParser->KeepOpenConstruct();
     if (kept == nullptr) {
         SetBackingStream(nullptr);
         return;
     }
-    narrowParser.ReplaceBackingStream(kept.get());
-    wideParser.ReplaceBackingStream(kept.get());
+    narrowParser->ReplaceBackingStream(kept.get());
+    wideParser->ReplaceBackingStream(kept.get());
     keptBytes = std::move(kept);
 }
 
 void GenericParser::SetBackingStream(VFS::InputStream* stream) {
-    narrowParser.SetBackingStream(stream);
-    wideParser.SetBackingStream(stream);
+    narrowParser->SetBackingStream(stream);
+    wideParser->SetBackingStream(stream);
     keptBytes = nullptr;
 }
 
@@ -385,7 +443,7 @@ std::uint32_t GenericParser::EndParse() {
     if (!isRunning || ended)
         return PARSER_OK;
     ended = true;
-    return mode == MODE_NARROW ? narrowParser.End() : wideParser.End();
+    return mode == MODE_NARROW ? narrowParser->End() : wideParser->End();
 }
 
 std::uint32_t GenericParser::DetectCharset(const void* data, std::uint64_t size, StringNS::CharSet::Code* out) {
@@ -418,25 +476,22 @@ std::uint32_t GenericParser::DetectCharset(VFS::InputStream* stream, StringNS::C
     if (result != RESULT_OK)
         return result;
     std::uint64_t size = 0;
-    while (size < BUFFER_SIZE) {
+    StreamReader reader(stream);
+    while (result == RESULT_OK && size < BUFFER_SIZE && !stream->IsEnd()) {
         std::uint64_t count = 0;
-        result = ReadSome(stream, buffer.GetData() + size, BUFFER_SIZE - size, &count);
-        if (result != RESULT_OK)
-            return result;
-        if (count == 0)
-            break;
+        result = reader.Read(buffer.GetData() + size, BUFFER_SIZE - size, &count);
         size += count;
     }
-    return DetectCharset(buffer.GetData(), size, out);
+    return result == RESULT_OK || result == RESULT_END_OF_DATA ? DetectCharset(buffer.GetData(), size, out) : result;
 }
 
 /// Puts a query to the running parser.
 template <typename Query, typename Answer>
 Answer GenericParser::Ask(Query query, Answer otherwise) const {
     if (mode == MODE_NARROW)
-        return query(narrowParser);
+        return query(std::as_const(*narrowParser));
     if (mode == MODE_WIDE)
-        return query(wideParser);
+        return query(std::as_const(*wideParser));
     return otherwise;
 }
 
@@ -474,13 +529,13 @@ bool GenericParser::WasCharsetDetectorUsed() const {
 
 VFS::InputStream* GenericParser::GetSelfCheckStream() {
     if (mode == MODE_NARROW)
-        return narrowParser.GetSelfCheckStream();
-    return mode == MODE_WIDE ? wideParser.GetSelfCheckStream() : nullptr;
+        return narrowParser->GetSelfCheckStream();
+    return mode == MODE_WIDE ? wideParser->GetSelfCheckStream() : nullptr;
 }
 
 std::uint32_t GenericParser::SetSelfCheck(SelfCheck selfCheck) {
-    narrowParser.SetSelfCheckMode(selfCheck);
-    wideParser.SetSelfCheckMode(selfCheck);
+    narrowParser->SetSelfCheckMode(selfCheck);
+    wideParser->SetSelfCheckMode(selfCheck);
     return PARSER_OK;
 }
 
@@ -489,8 +544,8 @@ GenericParser::SelfCheck GenericParser::GetSelfCheck() const {
 }
 
 std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {
-    narrowParser.SetDetectCharsetErrors(detect);
-    wideParser.SetDetectCharsetErrors(detect);
+    narrowParser->SetDetectCharsetErrors(detect);
+    wideParser->SetDetectCharsetErrors(detect);
     return PARSER_OK;
 }
 

@@ -6,13 +6,18 @@
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/ResultCodes.h"
-#include "html/parser/Parser.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
 #include "platform/Export.h"
 #include "platform/InputStream.h"
+#include "platform/Uninherited.h"
 
 namespace Kestra::HTML {
+
+struct PieceOrigin;
+
+template <typename C, typename S>
+class Parser;
 
 /// Parses one document at a time: bytes in, tokens out to the bound observer.
 ///
@@ -30,7 +35,9 @@ namespace Kestra::HTML {
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
 /// destroyed in a callback.
 /// **Copies**: a copy goes on where the original stood, in the middle of a token too. It inherits neither the stream nor the text that the
-/// self-check keeps: its checksum goes on, and its `GetSelfCheckStream` is null until the next document.
+/// self-check keeps: its checksum goes on, and its `GetSelfCheckStream` is null until the next document. A copy or an assignment for
+/// which there is no memory throws `std::bad_alloc`; the parser assigned to is then as it was before. `SetObserver` does the same when it
+/// takes ownership; the observer then stays the caller's, and the one before stays bound.
 class KESTRA_HTML_API GenericParser {
 public:
     static constexpr std::uint64_t BUFFER_SIZE = 16384;                ///< bytes per read of a stream or file
@@ -77,10 +84,15 @@ public:
 
     /// Parses a stream from its current position to its end. Does not call `EndParse`.
     ///
+    /// Asks the stream for its position before every read. What is read again for junk is never more than has been fed since the construct
+    /// began: a stream whose positions say otherwise makes it a construct that cannot be read again.
+    ///
     /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A borrowed stream must live until
-    ///                    `EndParse`, `StartParse` or the next call that answers an error: junk is re-read from it.
-    /// @return 0; 2 for null; 705 when the charset is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the
-    ///         stream or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
+    ///                    `EndParse`, `StartParse` or the next call that answers an error, because junk is read from it again. With 0 and
+    ///                    with 706 it stays in use after this call; every other answer ends its use.
+    /// @return 0; 2 for null; 705 when the charset is found late: start again with `GetCharset`; 706 when the whole stream has been parsed
+    ///         and its charset could not be detected: `EndParse` then ends the document as after 0; a code of `ParseBuffer`, of the stream
+    ///         or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
     /// Parses a file as `ParseStream` does. @return the same, and 2 when it cannot be opened.
@@ -104,10 +116,13 @@ public:
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
 
-    /// Name of the recognizer at work; in junk, of the one that failed. Empty when no parser runs.
+    /// Name of the recognizer at work; in junk, of the one that failed; in `OnEndParsing`, of the one that ran last. Empty when no parser
+    /// runs.
     WideString GetCurrentParserName() const;
 
-    /// The charset in force; when no parser runs, the one that was given, or found by the detector.
+    /// The charset in force; when no parser runs, the one that was given, or found by the detector. In `OnStartParsing`, and in `OnBOM` for
+    /// a UTF-8 mark, the parser has not yet got the charset of its document and answers that of the one before, 0 in a new parser; with a
+    /// UTF-16 mark it is 1200 at once.
     StringNS::CharSet::Code GetCharset() const;
 
     /// True when the 16-bit parser runs.
@@ -116,7 +131,7 @@ public:
     /// True when `SetDetectCharsetErrors` is on and a string for a wide observer could not be decoded without loss.
     bool HasCharsetErrors() const;
 
-    /// True when a charset declared in the markup came too late: parse again with `GetCharset`.
+    /// True when a charset declared in the markup came too late: parse again with `GetCharset`. Not yet in `OnCharset`.
     bool NeedsReparsing() const;
 
     /// True when the charset was chosen by the detector.
@@ -145,9 +160,10 @@ private:
     template <typename Query, typename Answer>
     Answer Ask(Query query, Answer otherwise) const;
 
+    void Swap(GenericParser* other);
     void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
     std::shared_ptr<ObserverOwner> TakeOwnerOf(const void* block);
-    void StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool discover, bool detected);
+    void StartNarrow(std::uint64_t markLength, bool detected);
     void StartWide(std::uint64_t markLength);
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
@@ -160,8 +176,8 @@ private:
 
     std::uint32_t mode;  // a FeedMode
     StringNS::CharSet::Code charset;
-    Parser<char, std::string> narrowParser;
-    Parser<WideChar, WideString> wideParser;
+    std::unique_ptr<Parser<char, std::string>> narrowParser;
+    std::unique_ptr<Parser<WideChar, WideString>> wideParser;
     ParserObserver<char, std::string>* charObserver;
     ParserObserver<WideChar, WideString>* wcharObserver;
     bool ownsObserver;

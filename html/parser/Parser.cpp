@@ -81,8 +81,10 @@ public:
     Unwinding(const Unwinding&) = delete;
     Unwinding& operator=(const Unwinding&) = delete;
     ~Unwinding() {
-        if (parser != nullptr)
-            parser->BackToText();
+        if (parser == nullptr)
+            return;
+        parser->isWholeTextPending = false;
+        parser->BackToText();
     }
 
     /// The call ends in its ordinary way.
@@ -193,6 +195,7 @@ template <typename C, typename S>
 Parser<C, S>::Parser()
     : state(STATE_TEXT),
       currentParserName(ParserNames::TEXT),
+      isWholeTextPending(false),
       charObserver(nullptr),
       wcharObserver(nullptr),
       inScript(false),
@@ -211,6 +214,8 @@ Parser<C, S>::Parser()
       pieceBase(0),
       tokenStartPos(0),
       tokenStartBase(0),
+      fedBefore(0),
+      tokenStartFed(0),
       backingStreamPositioned(false),
       tokenStartPositioned(false),
       buffersDue(0) {}
@@ -219,10 +224,14 @@ template <typename C, typename S>
 Parser<C, S>::Parser(const Parser&) = default;
 
 template <typename C, typename S>
-Parser<C, S>& Parser<C, S>::operator=(const Parser&) = default;
+Parser<C, S>::~Parser() = default;
 
 template <typename C, typename S>
-Parser<C, S>::~Parser() = default;
+void Parser<C, S>::SettleCopy() {
+    if (isWholeTextPending)
+        textData.text = wholeText;
+    isWholeTextPending = false;
+}
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset) {
@@ -231,6 +240,8 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     tokenStartPos = 0;
     tokenStartBase = markLength;
     pieceBase = markLength;
+    fedBefore = 0;
+    tokenStartFed = 0;
     backingStreamPositioned = false;
     tokenStartPositioned = false;
     LimitBuffers(true);
@@ -256,7 +267,10 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
         return PARSER_OK;
     if (IsSelfChecking())
         inputCrc = UpdateCrc32(inputCrc, piece, length * sizeof(C));
+    if (state == STATE_TEXT)
+        currentParserName = ParserNames::TEXT;  // a copy made in `OnEndParsing` has the name of the last recognizer
     buffersDue -= std::min(buffersDue, context.length);
+    fedBefore += context.length;
     context.buffer = piece;
     context.position = 0;
     context.length = length;
@@ -341,7 +355,9 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
             DeliverText();
         } else if (!run.empty()) {
             AssignText(run.data(), run.data() + run.size(), &wholeText);
+            isWholeTextPending = true;
             Deliver(TextData<C, S>{&wholeText});
+            isWholeTextPending = false;
         }
         result = ReadTag();
     }
@@ -542,6 +558,7 @@ template <typename C, typename S>
 void Parser<C, S>::MarkTokenStart(std::uint64_t charactersBack) {
     tokenStartPos = context.position - std::min(charactersBack, context.position);
     tokenStartBase = pieceBase;
+    tokenStartFed = fedBefore + tokenStartPos;
     tokenStartPositioned = backingStreamPositioned;
 }
 
@@ -616,9 +633,11 @@ void Parser<C, S>::VisitBuffers(Visitor& visit) {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::End() {
     std::uint32_t result = PARSER_OK;
+    WideStringView lastParserName;
     {
         const Unwinding unwinding(this);
         result = EndOpenConstruct();
+        lastParserName = currentParserName;
     }
     SetBackingStream(nullptr);
     if (result != PARSER_OK)
@@ -626,6 +645,8 @@ std::uint32_t Parser<C, S>::End() {
     selfCheck.OnEndParsing();
     if (IsSelfChecking() && (!selfCheck.CheckCopy() || inputCrc != selfCheck.GetOutputCrc()))
         return PARSER_SELF_CHECK_FAILED;
+    currentParserName = lastParserName;
+    const Unwinding unwinding(this);
     Notify([](auto* observer) { observer->OnEndParsing(); });
     return PARSER_OK;
 }
@@ -691,11 +712,15 @@ bool Parser<C, S>::CanReadBack() const {
     return backingStream.Get() != nullptr && backingStreamPositioned && tokenStartPositioned;
 }
 
-/// Reads the token in progress again. Offsets are in bytes; the stream is left where it was.
+/// Reads the token in progress again. Offsets are in bytes; the stream is left where it was. A token has no more bytes than have been fed
+/// since it began, whatever the stream says of its position.
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ReadBack(std::string* bytes) {
     std::uint64_t from = tokenStartBase + tokenStartPos * sizeof(C);
     const std::uint64_t to = pieceBase + context.position * sizeof(C);
+    const std::uint64_t fed = (fedBefore + context.position - tokenStartFed) * sizeof(C);
+    if (from < to && to - from > fed)
+        return PARSER_SHORT_READ;
     if (readBackBuffer.Get() == nullptr)
         readBackBuffer = std::make_unique<Base::DefaultBufferAllocPolicy>();
     Base::DefaultBufferAllocPolicy& buffer = *readBackBuffer.Get();
@@ -881,7 +906,8 @@ void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
     }
 }
 
-/// Applies the charset that a `meta` tag declares, the first one that anybody was told of.
+/// Applies the charset that a `meta` tag declares, the first one that anybody was told of. In `OnCharset` it is in force, and what follows
+/// from it is not yet decided; an exception out of that callback does not change what follows.
 /// @return true when text has been converted with another one: the document must be parsed again
 template <typename C, typename S>
 bool Parser<C, S>::NeedsOtherCharset() {
@@ -891,10 +917,19 @@ bool Parser<C, S>::NeedsOtherCharset() {
     if (declared == StringNS::CharSet::UNKNOWN)
         return false;
     const bool isTooLate = declared != charset && convertedForObserver;
+    const bool isObserved = charObserver != nullptr || wcharObserver != nullptr;
+    const auto settle = [this, isTooLate, isObserved] {
+        charsetFromMarkup = isObserved;
+        needsReparsing = needsReparsing || isTooLate;
+    };
     charset = declared;
-    charsetFromMarkup = charObserver != nullptr || wcharObserver != nullptr;
-    needsReparsing = needsReparsing || isTooLate;
-    OnCharset(declared);
+    try {
+        OnCharset(declared);
+    } catch (...) {
+        settle();
+        throw;
+    }
+    settle();
     return isTooLate;
 }
 

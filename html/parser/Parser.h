@@ -62,21 +62,25 @@ template <typename C, typename S>
 class Parser {
 public:
     Parser();
-    /// A copy goes on in the middle of a token; it has no backing stream.
+    /// A copy goes on in the middle of a token; it has no backing stream. It must be settled.
     Parser(const Parser& other);
-    Parser& operator=(const Parser& other);
+    Parser& operator=(const Parser& other) = delete;
     virtual ~Parser();
 
+    /// Text that was being delivered when this copy was made is the copy's pending text, also when it lay in one piece.
+    void SettleCopy();
+
     /// Begins a document and calls `OnStartParsing`.
-    /// @param markLength        bytes of a byte-order mark in front of the first piece
-    /// @param detectedCharset   the charset was chosen by the detector
+    /// @param markLength       bytes of a byte-order mark before the first piece
+    /// @param detectedCharset  the charset was chosen by the detector
     /// @return 0
     std::uint32_t Start(std::uint64_t markLength, bool detectedCharset);
 
     /// Runs the recognizers over one piece. @return 0 when it is used up, 705, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
 
-    /// The whole input has been given. Leaves the text state with no pending text, whatever it returns.
+    /// The whole input has been given. Leaves the text state with no pending text, whatever it returns. In `OnEndParsing` the parser's name
+    /// is still that of the recognizer that ran last.
     /// @return 0, 704, or the code of a failure that has no recovery; `OnEndParsing` is called only with 0
     std::uint32_t End();
 
@@ -210,7 +214,8 @@ private:
 
     TextSimpleParser<C, S> text;
     TextSimpleParserData<C, S> textData;
-    S wholeText;  // text that lies in one piece as a whole; kept for its buffer
+    S wholeText;              // text that lies in one piece as a whole; kept for its buffer
+    bool isWholeTextPending;  // `wholeText` is being delivered: a copy has it as its pending text
     GenericTagSimpleParser<C, S> genericTag;
     GenericTagSimpleParserData<C, S> genericTagData;
     StartTagSimpleParser<C, S> startTag;
@@ -261,6 +266,8 @@ private:
     std::uint64_t pieceBase;       // offset of the piece's first character in the stream, in bytes
     std::uint64_t tokenStartPos;   // where the token in progress began: characters into a piece,
     std::uint64_t tokenStartBase;  // and that piece's `pieceBase`
+    std::uint64_t fedBefore;       // characters of the document before the piece
+    std::uint64_t tokenStartFed;   // characters of the document before the token in progress
     bool backingStreamPositioned;  // the current piece can be read again
     bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
     std::uint64_t buffersDue;      // where `LimitBuffers` is called next: characters into the piece

@@ -8,22 +8,9 @@
 
 namespace Kestra::HTML {
 
-namespace {
-
-enum State : std::uint32_t {
-    PREFIX = 0,
-    NAME = 1,
-    AFTER_NAME = 2,
-    ATTRIBUTES = 3,
-    END_OF_ATTRIBUTES = 4,
-    DECIDE = 5,
-};
-
-}  // namespace
-
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
-    data->state = PREFIX;
+    data->state = END_TAG_PREFIX;
     data->prefix.clear();
     data->name.clear();
     data->afterName.clear();
@@ -50,38 +37,38 @@ std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
-        switch (static_cast<State>(data->state)) {
-            case PREFIX:
+        switch (static_cast<EndTagState>(data->state)) {
+            case END_TAG_PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&whiteSpaceData.text, &data->prefix);
-                data->state = NAME;
+                data->state = END_TAG_NAME;
                 identifier.BeginParse(&identifierData);
                 continue;
-            case NAME:
+            case END_TAG_NAME:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&identifierData.text, &data->name);
-                data->state = AFTER_NAME;
+                data->state = END_TAG_AFTER_NAME;
                 whiteSpace.BeginParse(&whiteSpaceData);
                 continue;
-            case AFTER_NAME:
+            case END_TAG_AFTER_NAME:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&whiteSpaceData.text, &data->afterName);
-                data->state = DECIDE;
+                data->state = END_TAG_DECIDE;
                 continue;
-            case DECIDE:
+            case END_TAG_DECIDE:
                 if (ParseNext(context, data))
                     return SP_TOKEN_COMPLETE;
                 continue;
-            case ATTRIBUTES: {
+            case END_TAG_ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
-                if (result != SP_NEED_MORE_DATA || data->state == DECIDE)
+                if (result != SP_NEED_MORE_DATA || data->state == END_TAG_DECIDE)
                     return result;
                 continue;
             }
-            case END_OF_ATTRIBUTES:
+            case END_TAG_END_OF_ATTRIBUTES:
                 return ParseEndOfAttributes(context, data);
         }
         return SP_MALFORMED;
@@ -94,7 +81,7 @@ template <typename C, typename S>
 bool EndTagSimpleParser<C, S>::ParseNext(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);
     if (next != '>' && next != '<') {
-        data->state = ATTRIBUTES;
+        data->state = END_TAG_ATTRIBUTES;
         RestartAttribute(&attribute, &attributeData, data->iso2022);
         return false;
     }
@@ -117,14 +104,14 @@ std::uint32_t EndTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S
             return SP_NEED_MORE_DATA;
         case AttributeListStep::CLOSING_MARK:
             data->slashBeforeClose = true;
-            data->state = DECIDE;
+            data->state = END_TAG_DECIDE;
             return SP_NEED_MORE_DATA;
         case AttributeListStep::END_OF_LIST:
-            data->state = END_OF_ATTRIBUTES;
+            data->state = END_TAG_END_OF_ATTRIBUTES;
             return SP_NEED_MORE_DATA;
         case AttributeListStep::LONE_MARK:
             data->slashBeforeClose = true;
-            data->state = DECIDE;
+            data->state = END_TAG_DECIDE;
             return SP_MALFORMED;
         case AttributeListStep::MALFORMED:
             return SP_MALFORMED;
@@ -141,7 +128,7 @@ std::uint32_t EndTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext
     Scan::Advance(*context);
     if (next == '/') {
         data->slashBeforeClose = true;
-        data->state = DECIDE;
+        data->state = END_TAG_DECIDE;
         return SP_NEED_MORE_DATA;
     }
     AttributesNormalizer<C, S>::Normalize(&data->attributes);

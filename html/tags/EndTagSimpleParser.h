@@ -10,12 +10,22 @@
 
 namespace Kestra::HTML {
 
+/// The values of `EndTagSimpleParserData::state`.
+enum EndTagState : std::uint32_t {
+    END_TAG_PREFIX = 0,
+    END_TAG_NAME = 1,
+    END_TAG_AFTER_NAME = 2,
+    END_TAG_ATTRIBUTES = 3,
+    END_TAG_END_OF_ATTRIBUTES = 4,  ///< where a tag with attributes and without a closing "/" stays when it is complete
+    END_TAG_DECIDE = 5,             ///< what comes next; where any other tag stays
+};
+
 /// State of one end tag between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::END_TAG;
 
-    std::uint32_t state = 0;  ///< 0 prefix, 1 name, 2 after the name, 3 attributes, 4 end of the attributes, 5 what comes next
+    std::uint32_t state = 0;  ///< an EndTagState
     S prefix;                 ///< white space between "</" and the name
     S name;                   ///< as written
     S afterName;              ///< white space after the name

@@ -34,6 +34,7 @@ public:
         AssignSpace(suffix.begin, suffix.end, &data->suffix);
         data->selfClosing = selfClosing;
         data->closed = true;
+        data->iso2022 = false;
         data->state = selfClosing ? START_TAG_AFTER_SLASH : START_TAG_END_OF_ATTRIBUTES;
         if (hasBareBehindValue)
             AttributesNormalizer<C, S>::Normalize(&data->attributes);
@@ -56,6 +57,8 @@ public:
         data->attributes.clear();
         data->slashBeforeClose = false;
         data->closed = true;
+        data->iso2022 = false;
+        data->state = END_TAG_DECIDE;
         Base::Consume();
         return true;
     }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "platform/MemoryInputStream.h"
 #include "tests/html/parser/DocumentRows.h"
@@ -427,6 +428,169 @@ TYPED_TEST(ExceptionTest, PassesThroughTheEnd) {
             EXPECT_EQ(parser.EndParse(), 0U);
             EXPECT_EQ(Join(lines),
                       Join({"start-parsing", Trace::FormatCharset(wide ? 1200 : 1252), "text('x')", "start(|b||)", "end-parsing"}));
+        }
+    }
+}
+
+/// What the queries answer inside a callback.
+struct Answers {
+    std::string callback;
+    StringNS::CharSet::Code charset = 0;
+    bool needsReparsing = false;
+    bool isWParser = false;
+};
+
+/// The answers inside each callback of one document.
+class AnswerRecorder {
+public:
+    explicit AnswerRecorder(GenericParser* queriedParser) : parser(queriedParser), observer(&lines) {
+        parser->SetObserver(&observer, false);
+        observer.hook = [this](const std::string& line) {
+            answers.push_back({line, parser->GetCharset(), parser->NeedsReparsing(), parser->IsWParser()});
+        };
+    }
+
+    /// Those of the first callback with this line, since the last `Forget`.
+    Answers In(const std::string& callback) const {
+        for (const Answers& candidate : answers) {
+            if (candidate.callback == callback)
+                return candidate;
+        }
+        ADD_FAILURE() << "no callback " << callback;
+        return {};
+    }
+
+    void Forget() {
+        answers.clear();
+    }
+
+private:
+    GenericParser* parser;
+    Lines lines;
+    WideObserver observer;
+    std::vector<Answers> answers;
+};
+
+TEST(QueryTest, TheCharsetIsSetWhenTheParserHasStarted) {
+    struct Row {
+        const char* note;
+        StringNS::CharSet::Code code;
+        GenericParser::DataStreamType type;
+        std::string bytes;
+        std::string first;  // callback in which the charset is the one of the document, "" for the start
+        StringNS::CharSet::Code charset;
+    };
+    const std::string mark16 = "\xFF\xFE";
+    const Row rows[] = {
+        {"8-bit text", 65001, GenericParser::DATA_STREAM_8BIT, "a<b>", "charset(65001)", 65001},
+        {"UTF-7 is replaced", 65000, GenericParser::DATA_STREAM_8BIT, "a<b>", "charset(1252)", 1252},
+        {"UTF-16", 0, GenericParser::DATA_STREAM_UTF16, BytesFor("a<b>", true), "charset(1200)", 1200},
+        {"no mark", 65001, GenericParser::DATA_STREAM_AUTO, "a<b>", "text(a)", 65001},
+        {"a UTF-8 mark is reported before", 1251, GenericParser::DATA_STREAM_AUTO,
+         "\xEF\xBB\xBF"
+         "a<b>",
+         "text(a)", 65001},
+        {"a UTF-16 mark says it at once", 1251, GenericParser::DATA_STREAM_AUTO, mark16 + BytesFor("a<b>", true), "", 1200},
+    };
+    for (const Row& row : rows) {
+        for (const bool second : {false, true}) {
+            SCOPED_TRACE(std::string(row.note) + (second ? ", second document" : ", first document"));
+            GenericParser parser;
+            AnswerRecorder recorder(&parser);
+            // In the second document both parsers have the charset of one before.
+            StringNS::CharSet::Code before = 0;
+            const bool wide = row.charset == 1200;
+            if (second) {
+                EXPECT_EQ(parser.StartParse(1250, GenericParser::DATA_STREAM_8BIT), 0U);
+                EXPECT_EQ(parser.EndParse(), 0U);
+                if (wide) {
+                    EXPECT_EQ(parser.StartParse(1250, GenericParser::DATA_STREAM_UTF16), 0U);
+                    EXPECT_EQ(parser.EndParse(), 0U);
+                }
+                before = wide ? 1200 : 1250;
+                recorder.Forget();
+            }
+            EXPECT_EQ(parser.StartParse(row.code, row.type), 0U);
+            EXPECT_EQ(parser.ParseBuffer(row.bytes.data(), row.bytes.size()), 0U);
+            const Answers start = recorder.In("start-parsing");
+            EXPECT_EQ(start.charset, row.first.empty() ? row.charset : before);
+            EXPECT_EQ(start.isWParser, wide);
+            if (row.bytes[0] == '\xEF') {
+                EXPECT_EQ(recorder.In("bom(EF BB BF)").charset, before);
+            }
+            if (row.bytes[0] == '\xFF') {
+                EXPECT_EQ(recorder.In("bom(FF FE)").charset, 1200U);
+            }
+            if (!row.first.empty()) {
+                EXPECT_EQ(recorder.In(row.first).charset, row.charset);
+            }
+            EXPECT_EQ(parser.GetCharset(), row.charset);
+        }
+    }
+}
+
+TEST(QueryTest, InTheCallbackForADeclaredCharsetReparsingIsNotYetDecided) {
+    GenericParser parser;
+    AnswerRecorder recorder(&parser);
+    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_8BIT), 0U);
+    const std::string document = "a<meta charset=windows-1251>";
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 705U);
+    const Answers declared = recorder.In("charset(1251)");
+    EXPECT_EQ(declared.charset, 1251U);
+    EXPECT_FALSE(declared.needsReparsing);
+    EXPECT_TRUE(parser.NeedsReparsing());
+}
+
+TEST(QueryTest, AtTheEndTheNameIsThatOfTheRecognizerThatRanLast) {
+    struct Row {
+        const char* note;
+        const char* document;
+        const char* name;
+    };
+    const Row rows[] = {
+        {"text", "a", "TextSimpleParser"},
+        {"nothing", "", "TextSimpleParser"},
+        {"text after a tag", "<a>b", "TextSimpleParser"},
+        {"an open comment", "a<!--b", "CommentTagSimpleParser"},
+        {"an open section", "<![CDATA[b", "CDATATagSimpleParser"},
+        {"an open regular expression", "<script>/a", "JSRegExSimpleParser"},
+        {"a tag that becomes junk at the end", "a<b", "StartTagSimpleParser"},
+        {"a \"<\" that becomes junk at the end", "a<", "GenericTagSimpleParser"},
+        {"in junk, the one that failed", "<a / >b", "StartTagSimpleParser"},
+        {"in junk after an end tag", "</a / >b", "EndTagSimpleParser"},
+    };
+    for (const Row& row : rows) {
+        for (const bool wide : {false, true}) {
+            SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit"));
+            Lines lines;
+            NarrowObserver observer(&lines);
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            std::unique_ptr<GenericParser> copy;
+            std::string name;
+            observer.hook = [&](const std::string& line) {
+                const WideString answer = parser.GetCurrentParserName();
+                name.assign(answer.begin(), answer.end());
+                if (line == "end-parsing" && copy == nullptr)
+                    copy = std::make_unique<GenericParser>(parser);
+            };
+            EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
+            VFS::MemoryInputStream stream(BytesFor(row.document, wide));
+            EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+            EXPECT_EQ(parser.EndParse(), 0U);
+            EXPECT_EQ(name, row.name);
+            EXPECT_TRUE(parser.GetCurrentParserName() == KESTRA_WIDE("TextSimpleParser"));
+
+            // A copy made in that callback goes on with text, as the parser does.
+            ASSERT_NE(copy, nullptr);
+            observer.hook = nullptr;
+            for (GenericParser* const next : {copy.get(), &parser}) {
+                lines.clear();
+                const std::string more = BytesFor("x<y", wide);
+                EXPECT_EQ(next->ParseBuffer(more.data(), 2 * more.size() / 3), 0U);
+                EXPECT_EQ(lines.size(), 1U);
+                EXPECT_FALSE(next->GetCurrentParserName() == KESTRA_WIDE("TextSimpleParser"));
+            }
         }
     }
 }

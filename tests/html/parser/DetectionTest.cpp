@@ -447,13 +447,52 @@ TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainBehindAnAnswerOfNoUse) {
     }
 }
 
-TEST(LateDetectionTest, AfterItsFailureTheStreamIsForgotten) {
-    const ScriptedDetector detector(Failure(709));
+TEST(LateDetectionTest, AfterItsFailureAnOpenConstructIsStillReadAgain) {
+    struct Row {
+        const char* note;
+        const char* open;
+        const char* junk;
+    };
+    const Row rows[] = {
+        {"a start tag", "<a b", "junk(<a b)"},
+        {"half an opener of a comment", "<!-", "junk(<!-)"},
+    };
+    for (const Row& row : rows) {
+        for (const bool owned : {false, true}) {
+            SCOPED_TRACE(std::string(row.note) + (owned ? ", owned stream" : ", borrowed stream"));
+            const ScriptedDetector detector(Failure(709));
+            Lines lines;
+            Trace::TraceObserver<char, std::string> observer(&lines);
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+            int destructions = 0;
+            auto stream = std::make_unique<FaultyInputStream>(DocumentOf(300) + row.open);
+            stream->CountDestructions(&destructions);
+            VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+            EXPECT_EQ(parser.ParseStream(fed, owned), 706U);
+            EXPECT_EQ(destructions, owned ? 1 : 0);
+            EXPECT_EQ(parser.EndParse(), 0U);
+            Lines expected = TokensOf(300);
+            expected.push_back(row.junk);
+            expected.push_back("end-parsing");
+            EXPECT_EQ(Join(lines), Join(expected));
+            // After the end it is forgotten.
+            stream.reset();
+            EXPECT_EQ(parser.ParseBuffer("<c", 2), 0U);
+            EXPECT_EQ(parser.EndParse(), 16U);
+        }
+    }
+}
+
+TEST(LateDetectionTest, WhenTheCharsetIsFoundTheStreamIsForgotten) {
+    const ScriptedDetector detector(Answer(1251));
     GenericParser parser;
     EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
     auto stream = std::make_unique<VFS::MemoryInputStream>(DocumentOf(300) + "<a b");
-    EXPECT_EQ(parser.ParseStream(stream.get(), false), 706U);
+    EXPECT_EQ(parser.ParseStream(stream.get(), false), 705U);
     stream.reset();
+    EXPECT_EQ(parser.ParseBuffer("<c", 2), 0U);
     EXPECT_EQ(parser.EndParse(), 16U);
 }
 

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "html/framework/ResultCodes.h"
 #include "platform/MemoryInputStream.h"
@@ -619,6 +622,86 @@ TEST(JunkRecoveryTest, AnEmptyReadDoesNotMoveThePiece) {
         EXPECT_EQ(run.parseResult, 0U);
         EXPECT_EQ(run.endResult, 0U);
         EXPECT_EQ(run.lines, "text(x)\njunk(<a b / )\njunk(>y)\nend-parsing\n");
+    }
+}
+
+/// Delivers pieces, states any positions, and has as many bytes as are asked for when it has been repositioned.
+class LyingStream final : public VFS::InputStream {
+public:
+    LyingStream(std::vector<std::string> readPieces, std::vector<std::uint64_t> statedPositions, std::uint64_t* bytesReadAgain)
+        : pieces(std::move(readPieces)), positions(std::move(statedPositions)), readAgain(bytesReadAgain) {}
+
+    std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
+        if (isRepositioned) {
+            std::memset(buffer, 'x', static_cast<std::size_t>(size));
+            *bytesRead = size;
+            *readAgain += size;
+            return RESULT_OK;
+        }
+        const std::string& piece = pieces[reads++];
+        std::memcpy(buffer, piece.data(), piece.size());
+        *bytesRead = piece.size();
+        return RESULT_OK;
+    }
+    std::uint32_t GetPosition(std::uint64_t* position) override {
+        *position = positions[std::min(reads, positions.size() - 1)];
+        return RESULT_OK;
+    }
+    std::uint32_t Seek(std::uint64_t) override {
+        isRepositioned = true;
+        return RESULT_OK;
+    }
+    bool IsEnd() override {
+        return reads == pieces.size();
+    }
+
+private:
+    std::vector<std::string> pieces;
+    std::vector<std::uint64_t> positions;
+    std::uint64_t* readAgain;
+    std::size_t reads = 0;
+    bool isRepositioned = false;
+};
+
+TEST(JunkRecoveryTest, NoMoreIsReadAgainThanHasBeenFed) {
+    struct Row {
+        const char* note;
+        std::vector<std::string> pieces;
+        std::vector<std::uint64_t> positions;
+        std::uint32_t parseResult;
+        std::uint32_t endResult;
+        std::uint64_t readAgain;
+    };
+    constexpr std::uint64_t FAR = std::uint64_t{1} << 40;
+    const Row rows[] = {
+        {"as many bytes as were fed", {"<a b", " / >"}, {0, 4}, 0, 0, 7},
+        {"one byte more", {"<a b", " / >"}, {0, 5}, 11, 16, 0},
+        {"far more", {"<a b", " / >"}, {0, FAR}, 11, 16, 0},
+        {"far more, after a token", {"x<c>", "<a b", " / >"}, {0, 4, FAR}, 11, 16, 0},
+        {"what came before the token does not count", {"0123456789<a b", " / >"}, {0, 15}, 11, 16, 0},
+        {"a construct that stays open", {"<a b", "c"}, {0, FAR}, 0, 16, 0},
+        {"an open construct within the bound", {"<a b", "c"}, {0, 4}, 0, 0, 5},
+    };
+    for (const Row& row : rows) {
+        for (const bool wide : {false, true}) {
+            for (const bool owned : {false, true}) {
+                SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit") + (owned ? ", owned stream" : ", borrowed stream"));
+                const std::uint64_t characterSize = wide ? 2 : 1;
+                std::vector<std::string> pieces = row.pieces;
+                std::vector<std::uint64_t> positions = row.positions;
+                for (std::string& piece : pieces)
+                    piece = wide ? ToUtf16LE(piece) : piece;
+                for (std::uint64_t& position : positions)
+                    position *= characterSize;
+                Bench bench(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+                std::uint64_t readAgain = 0;
+                auto stream = std::make_unique<LyingStream>(pieces, positions, &readAgain);
+                VFS::InputStream* const fed = owned ? stream.release() : stream.get();
+                EXPECT_EQ(bench.parser.ParseStream(fed, owned), row.parseResult);
+                EXPECT_EQ(bench.parser.EndParse(), row.endResult);
+                EXPECT_EQ(readAgain, row.readAgain * characterSize);
+            }
+        }
     }
 }
 

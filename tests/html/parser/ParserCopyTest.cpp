@@ -72,6 +72,82 @@ TEST(ParserCopyTest, ACopyFinishesTokensOfEveryKindLikeItsOriginal) {
     }
 }
 
+/// What a copy makes of more input that was taken in callback number `callback`, counted from 0.
+template <typename C, typename S>
+std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback, std::string_view more) {
+    Lines lines;
+    HookedObserver<C, S> observer(&lines);
+    std::unique_ptr<GenericParser> copy;
+    DocumentSettings settings = SettingsFor(route);
+    settings.observed = Observed::NOBODY;
+    settings.prepare = [&](GenericParser* parser) {
+        parser->SetObserver(&observer, false);
+        observer.hook = [&lines, &copy, parser, callback](const std::string&) {
+            if (lines.size() == callback + 1)
+                copy = std::make_unique<GenericParser>(*parser);
+        };
+    };
+    ParseBy(route, document, cuts, settings);
+    if (copy == nullptr)
+        return std::string();
+    const std::string name = lines[callback];
+    lines.clear();
+    observer.hook = nullptr;
+    const std::string bytes = route.wideInput ? ToUtf16LE(more) : std::string(more);
+    const std::uint32_t parseResult = copy->ParseBuffer(bytes.data(), bytes.size());
+    const std::uint32_t endResult = copy->EndParse();
+    return name + "\n" + Join(lines) + std::to_string(parseResult) + ", " + std::to_string(endResult) + ", " +
+           std::to_string(copy->GetLine()) + ":" + std::to_string(copy->GetColumn());
+}
+
+std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback, std::string_view more) {
+    if (route.observed == Observed::WIDE)
+        return GoOnFromCallback<WideChar, WideString>(route, document, cuts, callback, more);
+    return GoOnFromCallback<char, std::string>(route, document, cuts, callback, more);
+}
+
+TEST(ParserCopyTest, ACopyMadeInACallbackDoesNotTellHowTheInputWasCut) {
+    const char* const documents[] = {
+        "ab<i>c", "a</b>c</d e>", "<a b=c d/>x<br/>", "<script>a</p>b'c'</script>d", "<!--a-->b<style>c",
+    };
+    const char* const continuations[] = {"cd", "x>y", " x=y>z", "/>z", "<z>", ">", "'\">"};
+    for (const char* const document : documents) {
+        for (const Route& route : ROUTES) {
+            for (const char* const more : continuations) {
+                for (std::size_t callback = 0;; ++callback) {
+                    const std::string whole = GoOnFromCallback(route, document, {}, callback, more);
+                    if (whole.empty())
+                        break;
+                    SCOPED_TRACE(std::string(document) + ", " + route.name + ", then " + more + " from callback " +
+                                 std::to_string(callback));
+                    ForEverySplit(document,
+                                  [&](const Cuts& cuts) { EXPECT_EQ(GoOnFromCallback(route, document, cuts, callback, more), whole); });
+                }
+            }
+        }
+    }
+}
+
+TEST(ParserCopyTest, ACopyMadeInACallbackGoesOnAsTheRecognizerWould) {
+    struct Row {
+        const char* note;
+        const char* document;
+        std::size_t callback;  // from 0, the start and the charset included
+        const char* more;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {"text is pending until its callback has returned", "ab<i>", 2, "cd", "text(ab)\ntext(abcd)\nend-parsing\n0, 0, 1:6"},
+        {"an end tag looks at what comes next", "</b>", 2, "x>y", "end(|b|||)\nend(|b||{|x}|)\ntext(y)\nend-parsing\n0, 0, 1:8"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        ForEverySplit(row.document, [&](const Cuts& cuts) {
+            EXPECT_EQ(GoOnFromCallback(NARROW_TO_NARROW, row.document, cuts, row.callback, row.more), row.expected);
+        });
+    }
+}
+
 TEST(ParserCopyTest, ACopyFinishesEscapeRunsLikeItsOriginal) {
     const std::string document = "a\x1B$B<'\x1B(B<p a=\"\x1B$B\">\x1B(B\"><script>\"\x1B$B\"\x1B(B\"/\x1B$B/";
     for (const bool assigned : {false, true}) {

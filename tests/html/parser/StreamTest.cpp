@@ -269,6 +269,25 @@ TEST(ParseStreamTest, ReadsOfNothingAreNoEnd) {
     EXPECT_EQ(Join(started.lines), "text(a)\nstart(|b||)\ntext(c)\nend-parsing\n");
 }
 
+TEST(ParseStreamTest, ThePositionIsAskedBeforeEveryRead) {
+    // Also again after a read of no bytes: the position of this stream is known only then.
+    for (const bool wide : {false, true}) {
+        Started started(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        FaultyInputStream stream(wide ? ToUtf16LE(std::string_view("<b")) : "<b");
+        stream.FailGetPosition(1, HOST_CODE).ReadNothing(1);
+        EXPECT_EQ(started.parser.ParseStream(&stream, false), 0U);
+        EXPECT_EQ(stream.GetPositionCalls(), 2U);
+        EXPECT_EQ(started.parser.EndParse(), 0U);
+        EXPECT_EQ(Join(started.lines), wide ? "junk(<\\x00b\\x00)\nend-parsing\n" : "junk(<b)\nend-parsing\n");
+    }
+    Started started;
+    FaultyInputStream stream("a<b>c");
+    stream.ReadNothing(1).ShortenRead(2, 2).ReadNothing(3).ReadNothing(4);
+    EXPECT_EQ(started.parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(stream.GetReadCalls(), 5U);
+    EXPECT_EQ(stream.GetPositionCalls(), 5U);
+}
+
 TEST(ParseStreamTest, AStreamThatNeverDeliversAnythingEndsWith507) {
     struct Idle final : VFS::InputStream {
         std::uint32_t Read(void*, std::uint64_t, std::uint64_t* bytesRead) override {
