@@ -41,6 +41,8 @@ constexpr std::uint64_t LONG_STREAM_OF_LONG_TOKENS_SIZE = 256 * MIB;
 // Where the build is slow, a short stream does not have all pages, so that there is nothing to compare.
 constexpr bool COMPARES_PEAKS = SHORT_STREAM_SIZE >= 16 * MIB;
 
+constexpr std::uint64_t PIECE_SIZE = COMPARES_PEAKS ? 256 * MIB : STREAM_SIZE;
+
 // What the peak of a longer stream may have more: buffers that grow by other steps.
 constexpr std::size_t SLACK = 64 * KIB;
 
@@ -565,6 +567,61 @@ void CheckRests(std::size_t size, GenericParser::DataStreamType next) {
     EXPECT_LE((MeasureRest<WideChar, WideString>(document, NARROW, 1252, next)), most(NARROW));
     EXPECT_LE((MeasureRest<WideChar, WideString>(wideDocument, WIDE, 1252, next)), most(WIDE));
     EXPECT_LE((MeasureRest<char, std::string>(wideDocument, WIDE, 1252, next)), most(WIDE));
+}
+
+/// Whole in memory, in one block that is aligned for both flavours. It ends in a tag.
+std::string LongPiece(bool wide) {
+    constexpr char BLOCK[] =
+        "A short text.<p a=b c='d'>Some <b>more</b> of it.<br/><!-- a comment --><script>f('s', \"d\"); /* c */ // l\n</script>"
+        "<!D e><?xml f?><?g h?><![CDATA[i]]><![if j]></p >";
+    const std::string block = wide ? ToUtf16LE(BLOCK) : BLOCK;
+    std::string piece;
+    piece.reserve(static_cast<std::size_t>(PIECE_SIZE) + block.size());
+    while (piece.size() < PIECE_SIZE)
+        piece += block;
+    return piece;
+}
+
+template <typename C, typename S>
+void CheckPieceIsNotCopied(const std::string& piece, GenericParser::DataStreamType type, GenericParser::SelfCheck selfCheck) {
+    JunkCounter<C, S> counter;
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetSelfCheck(selfCheck);
+        EXPECT_EQ(parser->StartParse(1252, type), 0U);
+        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), 0U);
+        parser->EndParse();
+    });
+    EXPECT_GT(peak, 0U);
+    EXPECT_LE(peak, 64 * KIB) << "of a piece of " << piece.size();
+}
+
+// However long a piece is, only its tokens are copied.
+TEST(KeptMemoryTest, APieceIsNeverCopied) {
+    {
+        const std::string narrow = LongPiece(false);
+        for (const GenericParser::SelfCheck selfCheck : {GenericParser::SELF_CHECK_OFF, GenericParser::SELF_CHECK_CRC}) {
+            SCOPED_TRACE(selfCheck);
+            CheckPieceIsNotCopied<char, std::string>(narrow, GenericParser::DATA_STREAM_8BIT, selfCheck);
+            CheckPieceIsNotCopied<WideChar, WideString>(narrow, GenericParser::DATA_STREAM_8BIT, selfCheck);
+        }
+        CheckPieceIsNotCopied<char, std::string>(narrow, GenericParser::DATA_STREAM_AUTO, GenericParser::SELF_CHECK_OFF);
+        TagCounter counter;
+        const std::size_t peak = MeasurePeak([&] {
+            const auto parser = std::make_unique<StatelessHTMLParser>();
+            parser->Attach(&counter);
+            EXPECT_EQ(parser->StartParse(1252), 0U);
+            parser->ParseBuffer(narrow.data(), narrow.size());
+        });
+        EXPECT_LE(peak, 64 * KIB) << "stateless";
+    }
+    const std::string wide = LongPiece(true);
+    for (const GenericParser::SelfCheck selfCheck : {GenericParser::SELF_CHECK_OFF, GenericParser::SELF_CHECK_CRC}) {
+        SCOPED_TRACE(selfCheck);
+        CheckPieceIsNotCopied<WideChar, WideString>(wide, GenericParser::DATA_STREAM_UTF16, selfCheck);
+        CheckPieceIsNotCopied<char, std::string>(wide, GenericParser::DATA_STREAM_UTF16, selfCheck);
+    }
 }
 
 TEST(KeptMemoryTest, TheNextDocumentDoesNotHaveTheLongBuffersOfTheLastOne) {
