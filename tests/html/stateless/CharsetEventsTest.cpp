@@ -136,6 +136,7 @@ TEST(CharsetEventsTest, Flags) {
             {"beside it either", tag, IS_KOI8_R, WINDOWS_1251, 0xFFFFFFFF},
             {"a second one replaces the first", Meta("charset=windows-1251") + tag, IS_KOI8_R, NONE, 1},
             {"not without the flag", Meta("charset=windows-1251") + tag, IS_WINDOWS_1251, NONE, 0},
+            {"its name is never in the charset it replaces", tag, IS_KOI8_R, UTF16, 1},
             {"an unknown one makes way for a second one", Meta("charset=no-such-charset") + tag, IS_KOI8_R, NONE, 0},
         });
     }

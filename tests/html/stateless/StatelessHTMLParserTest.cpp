@@ -206,6 +206,10 @@ TEST(StatelessHTMLParserTest, AStreamThatFails) {
     };
     EXPECT_EQ(parser.ParseStream(make(), true), 10U);  // by the first piece: nothing was started
     EXPECT_EQ(destructions, 1);
+    FaultyInputStream slow(std::string("<a>"));
+    slow.ReadNothing(1);
+    EXPECT_EQ(parser.ParseStream(&slow, false), 10U);  // which may be empty
+    EXPECT_EQ(slow.GetReadCalls(), 1U);
     parser.StartParse(0);
     auto* const failing = make();
     failing->ShortenRead(1, 3).FailRead(2, 77);
@@ -569,6 +573,48 @@ TEST(StatelessHTMLParserTest, AStringOrACommentLeavesNothingForTheNextDocument) 
                 EXPECT_EQ(lines, (Lines{"start-parsing", row.line}));
             }
         }
+    }
+}
+
+TEST(StatelessHTMLParserTest, AnObserverThatComesLateGetsNothingFromBefore) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.StartParse(0);
+    EXPECT_EQ(parser.ParseBuffer("a<b>c<!--d--><script>e</script>f<!g h>", 38), 0U);
+    parser.Attach(&observer);
+    EXPECT_EQ(parser.ParseBuffer("i<!--j--><script>k</script>l<b>", 31), 0U);
+    EXPECT_EQ(lines, (Lines{"text(i)", "comment(j)", "script(|k)", "text(l)", "start(b|)"}));
+}
+
+// So long that the buffers are given back as soon as they are no longer of use.
+TEST(StatelessHTMLParserTest, LongStringsThatAreCutLoseNothing) {
+    const auto longString = [](std::size_t size) { return std::string(size, 'x'); };
+    const std::string value = longString(500000);
+    const std::string text = longString(700000);
+    const struct {
+        std::string begin;
+        std::string end;
+        Lines lines;
+    } rows[] = {
+        {"<p a='" + value + "' b='" + value + "' ", "c='d'>", {"start(p|{a=" + value + "}{b=" + value + "}{c=d})"}},
+        {"<!a '" + value + "' '" + value + "' ", "b>", {"entity(a|{" + value + "}{" + value + "}{b})"}},
+        {"<p a='" + value + "' b='" + value + "'><script>" + text,
+         "y</script>",
+         {"start(p|{a=" + value + "}{b=" + value + "})", "script(|" + text + "y)"}},
+        {"<p a='" + longString(150000) + "'>" + text,
+         "y<q>",
+         {"start(p|{a=" + longString(150000) + "})", "text(" + text + "y)", "start(q|)"}},
+    };
+    for (const auto& row : rows) {
+        Lines lines;
+        EventTraceObserver observer(&lines);
+        StatelessHTMLParser parser;
+        parser.StartParse(0);
+        parser.Attach(&observer);
+        EXPECT_NE(parser.ParseBuffer(row.begin.data(), row.begin.size()), 2U);
+        EXPECT_EQ(parser.ParseBuffer(row.end.data(), row.end.size()), 0U);
+        EXPECT_TRUE(lines == row.lines) << row.begin.substr(0, 10);
     }
 }
 
