@@ -85,8 +85,8 @@ TEST(Iso2022Test, LongListsOfAttributes) {
     const std::string run = " b=\"\x1B$B\">\x1B(B\"";
     const std::string readRun = "{ |b|=|\"\\x1B$B\">\\x1B(B\"}";
     const DocumentRow rows[] = {
-        {"behind nine empty values", "<p" + repeat(" a=''") + run + ">", {"start(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
-        {"behind nine attributes without a value", "<p" + repeat(" a") + run + ">", {"start(|p|" + repeat("{ |a}") + readRun + "|)"}},
+        {"after nine empty values", "<p" + repeat(" a=''") + run + ">", {"start(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"after nine attributes without a value", "<p" + repeat(" a") + run + ">", {"start(|p|" + repeat("{ |a}") + readRun + "|)"}},
         {"in all of ten values", "<p" + repeat(run) + run + ">", {"start(|p|" + repeat(readRun) + readRun + "|)"}},
         {"in a short tag", "<p" + repeat(" a=''") + run + "/>", {"short(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
         {"in an end tag", "</p c=''" + repeat(" a=''") + run + ">", {"end(|p| |{|c|=|''}" + repeat("{ |a|=|''}") + readRun + "|)"}},
