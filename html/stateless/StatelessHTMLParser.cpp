@@ -5,6 +5,8 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "platform/BufferAllocPolicy.h"
 #include "platform/KeptBuffers.h"
@@ -158,34 +160,21 @@ private:
     StatelessHTMLParser* parser;
 };
 
-StatelessHTMLParser::StatelessHTMLParser()
-    : flags(MARKUP_CHOOSES_CHARSET),
-      started(false),
-      charset(StringNS::CharSet::UNKNOWN),
-      cursor(nullptr),
-      position(0),
-      length(0),
-      state(TEXT),
-      afterNewline(false),
-      attributeState(ATTRIBUTE_NAME),
-      valueState(VALUE_NOT_BEGUN),
-      selfClosing(false),
-      startTagState(TAG_NAME),
-      externTagState(TAG_NAME),
-      entityTagState(TAG_NAME),
-      endTagState(END_TAG_NAME),
-      commentState(COMMENT_BODY),
-      scriptState(SCRIPT_CODE),
-      scriptPrevious(0),
-      styleState(STYLE_RULES),
-      line(1),
-      column(1),
-      lastByte(0),
-      buffersDue(0) {}
+StatelessHTMLParser::StatelessHTMLParser() = default;
 
 StatelessHTMLParser::StatelessHTMLParser(const StatelessHTMLParser&) = default;
 
-StatelessHTMLParser& StatelessHTMLParser::operator=(const StatelessHTMLParser&) = default;
+StatelessHTMLParser& StatelessHTMLParser::operator=(const StatelessHTMLParser& other) {
+    if (this != &other) {
+        StatelessHTMLParserData copy(other);
+        Observable::operator=(other);
+        static_assert(std::is_nothrow_move_assignable_v<StatelessHTMLParserData>);
+        StatelessHTMLParserData::operator=(std::move(copy));
+        busy = other.busy;
+        converter = other.converter;
+    }
+    return *this;
+}
 
 StatelessHTMLParser::~StatelessHTMLParser() = default;
 
