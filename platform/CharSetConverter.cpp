@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <iterator>
+#include <new>
 
 #include "platform/AsciiRuns.h"
 #include "platform/PlatformConverter.h"
@@ -296,7 +297,7 @@ bool CharSetConverter::KeepsAscii(CharSet::Code code) {
     }
 }
 
-std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) {
+std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) try {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
     switch (code) {
@@ -318,9 +319,12 @@ std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std
         default:
             return Open(code)->ToWide(data, size, output);
     }
+} catch (const std::bad_alloc&) {
+    output->clear();
+    return RESULT_OUT_OF_MEMORY;
 }
 
-std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) {
+std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) try {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
     switch (code) {
@@ -342,6 +346,9 @@ std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* dat
         default:
             return Open(code)->FromWide(data, size, output);
     }
+} catch (const std::bad_alloc&) {
+    output->clear();
+    return RESULT_OUT_OF_MEMORY;
 }
 
 }  // namespace Kestra::StringNS

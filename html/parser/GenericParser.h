@@ -25,6 +25,9 @@ namespace Kestra::HTML {
 /// **Results**: 0, or a `ParserResult`, a `RecognizerResult` of a construct that could not be re-read as junk, or a code of the stream.
 /// **Junk**: a construct that fails is re-read from the backing stream and delivered as junk. `ParseBuffer` has no stream behind it, so
 /// there such a construct ends the parse with the recognizer's code.
+/// **Conversion**: a token for an observer of the other flavour that cannot be converted is lost, and the parse goes on;
+/// `GetConversionError` tells why. When memory was lacking the conversion of the next token tries again, and a feeding or ending call that
+/// would have answered 0 answers RESULT_OUT_OF_MEMORY (8): all else is as with 0.
 /// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
@@ -72,14 +75,16 @@ public:
     /// Parses the next piece, of any size.
     /// @param data  borrowed for the call; UTF-16 at an odd address is copied once
     /// @param size  in bytes; 0 changes nothing
-    /// @return 0; 2 for null data with a size, or for UTF-16 in an odd number of bytes; 705 to parse again; the code of a failed construct
+    /// @return 0; 2 for null data with a size, or for UTF-16 in an odd number of bytes; 8 as 0, but a token was lost for want of memory;
+    ///         705 to parse again; the code of a failed construct
     std::uint32_t ParseBuffer(const char* data, std::uint64_t size);
 
     /// Parses a stream from its current position to its end. Does not call `EndParse`.
     ///
     /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A borrowed stream must live until
-    ///                    `EndParse`, `StartParse` or the next call that answers an error: junk is re-read from it.
-    /// @return 0; 2 for null; 705 when the charset is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the
+    ///                    `EndParse`, `StartParse` or the next call that answers an error other than 8: junk is re-read from it.
+    /// @return 0; 2 for null; 8 as 0, but a token was lost for want of memory, or when the buffer cannot be allocated; 705 when the charset
+    /// is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the
     ///         stream or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
@@ -88,7 +93,8 @@ public:
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or called twice, returns 0 without
     /// callbacks. Bytes fed afterwards without `StartParse` continue the document.
-    /// @return 0; without `OnEndParsing` 704 when the self-check finds a difference or lost its copy, and 16 or a recognizer's code when
+    /// @return 0; 8 as 0, but a token was lost for want of memory; without `OnEndParsing` 704 when the self-check finds a difference or
+    /// lost its copy, and 16 or a recognizer's code when
     ///         a construct is open and cannot be re-read as junk
     std::uint32_t EndParse();
 
@@ -113,8 +119,14 @@ public:
     /// True when the 16-bit parser runs.
     bool IsWParser() const;
 
-    /// True when `SetDetectCharsetErrors` is on and a string for a wide observer could not be decoded without loss.
+    /// True when `SetDetectCharsetErrors` is on and a string for a wide observer could not be decoded without loss: a replacement character
+    /// took the place of bytes, or the conversion failed (`GetConversionError`) and the token was lost.
     bool HasCharsetErrors() const;
+
+    /// The code of the document's last conversion that failed, for an observer of the other flavour: RESULT_UNSUPPORTED_CHARSET (50) when
+    /// there is no converter for `GetCharset` or it failed, RESULT_OUT_OF_MEMORY (8). 0 when none has failed, and when no parser runs.
+    /// Needs no setting.
+    std::uint32_t GetConversionError() const;
 
     /// True when a charset declared in the markup came too late: parse again with `GetCharset`.
     bool NeedsReparsing() const;
@@ -154,6 +166,7 @@ private:
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedStream(VFS::InputStream* stream);
+    std::uint32_t AnswerWith(std::uint32_t result);
     std::uint32_t DetectLateCharset(VFS::InputStream* stream);
     void KeepOpenConstruct();
     void SetBackingStream(VFS::InputStream* stream);

@@ -1,10 +1,12 @@
 #include "html/parser/RecordConverter.h"
 
 #include <bit>
+#include <new>
 
 #include "html/framework/AssignText.h"
 #include "html/framework/Instantiate.h"
 #include "platform/AsciiRuns.h"
+#include "platform/Results.h"
 #include "platform/Services.h"
 
 namespace Kestra::HTML {
@@ -47,15 +49,21 @@ RecordConverter<C, S>::~RecordConverter() = default;
 
 template <typename C, typename S>
 void RecordConverter<C, S>::Begin(StringNS::CharSet::Code documentCharset, bool detect) {
-    if (documentCharset != charset || charsetShortcut == SHORTCUT_UNKNOWN) {
-        charset = documentCharset;
-        charsetShortcut = FindShortcut();
-    }
-    shortcut = Base::AreServicesReal() ? charsetShortcut : SHORTCUT_NONE;
     result = 0;
     detectReplacements = detect;
     hasConverted = false;
     hasReplacements = false;
+    if (documentCharset != charset || charsetShortcut == SHORTCUT_UNKNOWN) {
+        charset = documentCharset;
+        charsetShortcut = SHORTCUT_UNKNOWN;
+        try {
+            charsetShortcut = FindShortcut();
+        } catch (const std::bad_alloc&) {
+            result = RESULT_OUT_OF_MEMORY;
+        }
+    }
+    const bool hasShortcut = charsetShortcut != SHORTCUT_UNKNOWN && Base::AreServicesReal();
+    shortcut = hasShortcut ? charsetShortcut : SHORTCUT_NONE;
 }
 
 template <typename C, typename S>
@@ -211,6 +219,7 @@ void RecordConverter<C, S>::Convert(const ExternTagData<C, S>& from, ExternTagDa
 
 template <typename C, typename S>
 void RecordConverter<C, S>::Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to) {
+    result = 0;  // it needs nothing of what `Begin` could not have
     *to = {from.text};
 }
 

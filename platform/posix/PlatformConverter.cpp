@@ -8,6 +8,7 @@
 #include <cstddef>
 
 #include "platform/Results.h"
+#include "platform/posix/IcuResult.h"
 
 namespace Kestra::StringNS {
 
@@ -236,7 +237,7 @@ std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Co
         used = static_cast<std::size_t>(to - output->data());
         if (error == U_BUFFER_OVERFLOW_ERROR) {
             output->resize(2 * output->size() + 64);  // 64: a few characters may need escapes around each
-        } else if (U_FAILURE(error)) {
+        } else if (!HasSucceeded(error)) {
             output->clear();
             return RESULT_UNSUPPORTED_CHARSET;
         } else {
@@ -253,7 +254,7 @@ struct CharSetConverter::Platform::System {
     UConverter* converter = nullptr;
     bool isRotated = false;  ///< `TurnBack` applies
 
-    /// @return an open converter, or null.
+    /// @return an open converter, or null. Throws `std::bad_alloc`.
     static std::unique_ptr<System> Open(CharSet::Code code);
 
     System() = default;
@@ -266,16 +267,21 @@ private:
 };
 
 std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
+    auto system = std::make_unique<System>();
     const auto* const name = std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
     if (name == std::end(CONVERTERS) || name->code != code)
         return nullptr;
-    auto system = std::make_unique<System>();
     UErrorCode error = U_ZERO_ERROR;
     system->converter = ucnv_open(name->name, &error);
     ucnv_setToUCallBack(system->converter, ReplaceBytes, name, nullptr, nullptr, &error);
     ucnv_setFromUCallBack(system->converter, ReplaceCharacter, name, nullptr, nullptr, &error);
-    if (U_FAILURE(error))
+    if (!HasSucceeded(error)) {
+        // Without its list of names, which it may have had no memory to read, ICU takes a name with options for an unknown one.
+        UErrorCode listError = U_ZERO_ERROR;
+        ucnv_countAliases(name->name, &listError);
+        HasSucceeded(listError);
         return nullptr;
+    }
     ucnv_setFallback(system->converter, UsesFallback(code) ? 1 : 0);
     system->isRotated = system->Rotates();
     return system;
@@ -289,7 +295,7 @@ bool CharSetConverter::Platform::System::Rotates() {
     std::array<UChar, 8> units{};
     UErrorCode error = U_ZERO_ERROR;
     const std::int32_t count = ucnv_toUChars(converter, units.data(), static_cast<std::int32_t>(units.size()), "\x1A\x1C\x7F", 3, &error);
-    return U_SUCCESS(error) && count == 3 && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
+    return HasSucceeded(error) && count == 3 && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
 }
 
 CharSetConverter::Platform::Platform(CharSet::Code openedCode) : code(openedCode), system(System::Open(openedCode)) {}
