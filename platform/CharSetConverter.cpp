@@ -264,6 +264,20 @@ void WideToUtf16(const WideChar* from, std::uint64_t size, std::string* output) 
     }
 }
 
+/// Bytes of the smallest character of a code page.
+std::uint64_t GetUnitSize(CharSet::Code code) {
+    switch (code) {
+        case 1200:
+        case 1201:
+            return 2;
+        case 12000:
+        case 12001:
+            return 4;
+        default:
+            return 1;
+    }
+}
+
 }  // namespace
 
 CharSetConverter::CharSetConverter() = default;
@@ -281,6 +295,14 @@ CharSetConverter::Platform* CharSetConverter::Open(CharSet::Code code) {
     if (platform == nullptr || platform->GetCode() != code)
         platform = std::make_unique<Platform>(code);
     return platform.get();
+}
+
+std::uint64_t CharSetConverter::LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size) {
+    const std::uint64_t unit = GetUnitSize(code);
+    const std::uint64_t length = size % unit == 0 ? unit : 1;
+    if (size < length)
+        return size;
+    return std::all_of(data + (size - length), data + size, [](char byte) { return byte == 0; }) ? size - length : size;
 }
 
 bool CharSetConverter::KeepsAscii(CharSet::Code code) {

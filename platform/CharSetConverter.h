@@ -35,6 +35,11 @@ public:
     /// "??" for a pair of surrogates.
     std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
 
+    /// The size of a string without a terminator counted last: one NUL of the code page, or the single NUL byte that ends any `char` string
+    /// and lies behind the last whole character. A NUL byte that completes a unit of UTF-16 or UTF-32 that is not zero stays. The
+    /// terminator is left out before the conversion, so half a character at the end cannot take it for its other half.
+    static std::uint64_t LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size);
+
     /// Whether this platform converts the code page both ways, and a string of ASCII in it is the same bytes as in ASCII. Whoever knows
     /// that of a code page needs no call for such a string. Throws `std::bad_alloc`, and is to be asked again then.
     /// @param code  0 is the ANSI rule.

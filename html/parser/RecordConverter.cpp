@@ -17,6 +17,14 @@ bool ContainsReplacementCharacter(const WideString& text) {
     return text.find(static_cast<WideChar>(0xFFFD)) != WideString::npos;
 }
 
+/// The bytes to convert of a string, which counts with the NUL that ends it: the NUL completes a unit of UTF-16BE or UTF-32 that lacks its
+/// last byte, and is left out anywhere else. In 1200 an odd last byte stays one; hosts rely on it.
+std::uint64_t CountBytes(StringNS::CharSet::Code code, const std::string& text) {
+    if (code == StringNS::CharSet::UTF16_LE)
+        return text.size();
+    return StringNS::CharSetConverter::LeaveOutTerminator(code, text.data(), text.size() + 1);
+}
+
 /// Makes a string so long, without a call where it has been longer. What it holds then is worth nothing.
 template <typename S>
 void MakeLength(std::size_t length, S* text) {
@@ -106,7 +114,7 @@ void RecordConverter<C, S>::CallServices(const S& from, OtherString* to) {
         return;
     const Base::Services& services = Base::GetServices();
     if constexpr (std::is_same_v<C, char>) {
-        result = services.toWide(&converter, charset, from.data(), from.size(), to);
+        result = services.toWide(&converter, charset, from.data(), CountBytes(charset, from), to);
         if (result == 0 && detectReplacements && ContainsReplacementCharacter(*to) &&
             !(charset == StringNS::CharSet::UTF8 && from.find("\xEF\xBF\xBD") != std::string::npos))
             hasReplacements = true;

@@ -21,6 +21,33 @@ TEST(PosixDeliveryTest, FourBytesForACharacter) {
     }
 }
 
+TEST(PosixDeliveryTest, TheTerminatorCompletesTheLastUnit) {
+    const struct {
+        const char* note;
+        StringNS::CharSet::Code charset;
+        std::string input;
+        std::string text;
+    } rows[] = {
+        {"big-endian UTF-16, half a unit", 1201, "\x01", "text(\\u0100)"},
+        {"behind a whole one", 1201, std::string("\0a\x30", 3), "text(a\\u3000)"},
+        {"half a unit of zero is a terminator", 1201, std::string("\0a\0", 3), "text(a)"},
+        {"whole units", 1201, std::string("\0a", 2), "text(a)"},
+        {"a terminator of its own", 1201, std::string("\0a\0\0", 4), "text(a\\x00)"},
+        {"UTF-32 that lacks its last byte", 12000, std::string("\x01\0\0", 3), "text(\\x01)"},
+        {"that lacks two", 12000, std::string("a\0\0\0\x01\0", 6), "text(a\\uFFFD)"},
+        {"big-endian UTF-32 that lacks its last byte", 12001, std::string("\0\0\x01", 3), "text(\\u0100)"},
+        {"1200 keeps its odd byte", 1200, std::string("a\0\x01", 3), "text(a\\uFFFD)"},
+        {"half a character takes no terminator with it", 932, "a\x82", "text(a\\uFFFD)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.note);
+        ForEverySplit(row.input, [&](const Cuts& cuts) {
+            const DocumentRun run = ParseDocument(row.input, cuts, SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, row.charset));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(row.charset), row.text, "end-parsing"}));
+        });
+    }
+}
+
 TEST(PosixDeliveryTest, CharsetErrors) {
     const struct {
         const char* note;
