@@ -24,12 +24,13 @@ constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {
     0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 // The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and in front of any others, on every
-// platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, 1361
-// with its won sign, and the national variants of seven bits.
-constexpr CharSet::Code KEEPING_ASCII[] = {
-    437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,   862,   863,   865,   866,   869,   874,   932,
-    936,   949,   950,   1250,  1251,  1253,  1254,  1255,  1256,  1257,  1258,  10000, 10006, 10007, 10017, 10029, 10081, 20866, 20932,
-    20936, 20949, 21866, 28592, 28593, 28594, 28595, 28596, 28597, 28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
+// platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, T.61, and
+// the national variants of seven bits.
+constexpr CharSet::Code KEEPING_ASCII[] = {437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,
+                                           862,   863,   865,   866,   869,   874,   932,   936,   949,   950,   1250,  1251,
+                                           1253,  1254,  1255,  1256,  1257,  1258,  1361,  10000, 10006, 10007, 10017, 10029,
+                                           10081, 20866, 20932, 20936, 20949, 21866, 28592, 28593, 28594, 28595, 28596, 28597,
+                                           28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
 static_assert(std::is_sorted(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII)));
 
 /// Makes `*output` `size` characters long without copying what it held when it must grow. @return its first character.

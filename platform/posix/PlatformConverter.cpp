@@ -9,6 +9,7 @@
 
 #include "platform/Results.h"
 #include "platform/posix/IcuResult.h"
+#include "platform/posix/OwnCodePages.h"
 
 namespace Kestra::StringNS {
 
@@ -251,6 +252,7 @@ std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Co
 }  // namespace
 
 struct CharSetConverter::Platform::System {
+    std::unique_ptr<OwnCodePage> own;  ///< instead of a converter of ICU's
     UConverter* converter = nullptr;
     bool isRotated = false;  ///< `TurnBack` applies
 
@@ -268,6 +270,9 @@ private:
 
 std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
     auto system = std::make_unique<System>();
+    system->own = OwnCodePage::Open(code);
+    if (system->own != nullptr)
+        return system;
     const auto* const name = std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
     if (name == std::end(CONVERTERS) || name->code != code)
         return nullptr;
@@ -318,6 +323,10 @@ std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t
     output->clear();
     if (system == nullptr)
         return RESULT_UNSUPPORTED_CHARSET;
+    if (system->own != nullptr) {
+        system->own->ToWide(data, size, output);
+        return RESULT_OK;
+    }
     ucnv_resetToUnicode(system->converter);
     const std::uint32_t result =
         ConvertInSteps(data, size, output,
@@ -332,6 +341,10 @@ std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::ui
     output->clear();
     if (system == nullptr)
         return RESULT_UNSUPPORTED_CHARSET;
+    if (system->own != nullptr) {
+        system->own->FromWide(data, size, output);
+        return RESULT_OK;
+    }
     ucnv_resetFromUnicode(system->converter);
     return ConvertInSteps(
         data, size, output,

@@ -263,7 +263,7 @@ TEST(RecordConverterTest, MostCodePagesKeepAscii) {
     for (const CharSet::Code code : {0U, 65001U, 1252U, 28591U, 20127U, 932U, 936U, 949U, 950U, 1251U, 20866U})
         EXPECT_TRUE(converter.KeepsAscii(code)) << code;
     for (const CharSet::Code code :
-         {37U, 864U, 1200U, 1201U, 12000U, 4711U, 50220U, 50221U, 50225U, 50227U, 52936U, 57002U, 65000U})
+         {37U, 864U, 1200U, 1201U, 12000U, 4711U, 20105U, 20106U, 20261U, 20924U, 50220U, 50221U, 50225U, 50227U, 52936U, 57002U, 65000U})
         EXPECT_FALSE(converter.KeepsAscii(code)) << code;
 }
 

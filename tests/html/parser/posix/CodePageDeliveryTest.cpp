@@ -48,6 +48,47 @@ TEST(PosixDeliveryTest, TheTerminatorCompletesTheLastUnit) {
     }
 }
 
+TEST(PosixDeliveryTest, PagesThatDeclareCharsetsWithoutATableInIcu) {
+    const struct {
+        const char* name;
+        StringNS::CharSet::Code charset;
+        std::string bytes;
+        const char* text;
+    } rows[] = {
+        {"johab", 1361, "\x88\x61", "\\uAC00"},
+        {"irv", 20105, "$", "\\u00A4"},
+        {"de", 20106, "@", "\\u00A7"},
+        {"se", 20107, "$", "\\u00A4"},
+        {"no", 20108, "^~", "^\\u203E"},
+        {"t.61", 20261,
+         "\xC2"
+         "e",
+         "\\u00E9"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string input = "<p>abc</p><script>evil()</script><meta charset=" + std::string(row.name) + ">" + row.bytes;
+        const Lines tokens = {"start(|p||)", "text(abc)",    "end(|p|||)",      "start(|script||)",
+                              "js-start",    "text(evil())", "end(|script|||)", "js-end"};
+        DocumentSettings settings = SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, 0);
+        settings.detectCharsetErrors = true;
+        DocumentRun run = ParseDocument(input, {}, settings);
+        EXPECT_EQ(run.parseResult, 705U);
+        EXPECT_EQ(run.charset, row.charset);
+        settings.charset = row.charset;
+        run = ParseDocument(input, {}, settings);
+        Lines expected = {"start-parsing", Trace::FormatCharset(row.charset)};
+        expected.insert(expected.end(), tokens.begin(), tokens.end());
+        expected.push_back("start(|meta|{ |charset|=|" + std::string(row.name) + "}|)");
+        expected.push_back("text(" + std::string(row.text) + ")");
+        expected.push_back("end-parsing");
+        EXPECT_EQ(run.Lines(), Join(expected));
+        EXPECT_EQ(run.parseResult, 0U);
+        EXPECT_EQ(run.endResult, 0U);
+        EXPECT_FALSE(run.hasCharsetErrors);
+    }
+}
+
 TEST(PosixDeliveryTest, CharsetErrors) {
     const struct {
         const char* note;

@@ -121,6 +121,12 @@ struct Row {
 const Row ROWS[] = {
     {932, "\x93\xFA", KESTRA_WIDE("\u65E5")},
     {1251, "\xE0", KESTRA_WIDE("\u0430")},
+    {1361, "\x88\x61", KESTRA_WIDE("\uAC00")},
+    {20106, "[", KESTRA_WIDE("\u00C4")},
+    {20261,
+     "\xC2"
+     "e",
+     KESTRA_WIDE("\u00E9")},
     {50221, "\x1B$B$\"\x1B(B", KESTRA_WIDE("\u3042")},
     {54936, "\xD6\xD0", KESTRA_WIDE("\u4E2D")},
 };
