@@ -398,6 +398,25 @@ TEST(DeliveryTest, WantOfMemoryLeavesTheStreamInUse) {
     }
 }
 
+TEST(DeliveryTest, WantOfMemoryThatNoCallToldOfEndsWithTheDocument) {
+    const LackingMemory lacking;
+    isThrown = false;
+    Lines lines;
+    HookedObserver<WideChar, WideString> observer(&lines);
+    observer.hook = [](const std::string& line) {
+        if (line == "start(|b||)")
+            throw 1;
+    };
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_THROW(parser.ParseBuffer("!<b>", 4), int);
+    EXPECT_EQ(parser.GetConversionError(), 8U);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.ParseBuffer("a<c>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+}
+
 TEST(DeliveryTest, WantOfMemoryYieldsToTheReparse) {
     const LackingMemory lacking;
     isThrown = false;
