@@ -36,7 +36,7 @@ public:
     std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
 
     /// The size of a string without a terminator counted last: one NUL of the code page, or the single NUL byte that ends any `char` string
-    /// and lies behind the last whole character. A NUL byte that completes a unit of UTF-16 or UTF-32 that is not zero stays. The
+    /// and follows the last whole character. A NUL byte that completes a unit of UTF-16 or UTF-32 that is not zero stays. The
     /// terminator is left out before the conversion, so half a character at the end cannot take it for its other half.
     static std::uint64_t LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size);
 

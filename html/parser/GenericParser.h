@@ -83,9 +83,9 @@ public:
     ///
     /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A borrowed stream must live until
     ///                    `EndParse`, `StartParse` or the next call that answers an error other than 8: junk is re-read from it.
-    /// @return 0; 2 for null; 8 as 0, but a token was lost for want of memory, or when the buffer cannot be allocated; 705 when the charset
-    /// is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the
-    ///         stream or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
+    /// @return 0; 2 for null; 8 as 0, but a token was lost for want of memory, or when the buffer cannot be allocated; 705 when the
+    ///         charset is found late: start again with `GetCharset`; 706; a code of `ParseBuffer`, of the stream or of the buffer. 507 when
+    ///         the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
     /// Parses a file as `ParseStream` does. @return the same, and 2 when it cannot be opened.
@@ -93,9 +93,8 @@ public:
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or called twice, returns 0 without
     /// callbacks. Bytes fed afterwards without `StartParse` continue the document.
-    /// @return 0; 8 as 0, but a token was lost for want of memory; without `OnEndParsing` 704 when the self-check finds a difference or
-    /// lost its copy, and 16 or a recognizer's code when
-    ///         a construct is open and cannot be re-read as junk
+    /// @return 0; 8 as 0, but a token was lost for want of memory; without `OnEndParsing` 704 when the self-check finds a difference
+    ///         or lost its copy, and 16 or a recognizer's code when a construct is open and cannot be re-read as junk
     std::uint32_t EndParse();
 
     /// Detects the charset of a buffer; needs DETECTCHARSET_MIN_SIZE bytes and the minimum confidence.

@@ -21,9 +21,10 @@ constexpr WideChar UNMAPPABLE = u'?';
 
 using ByteTable = std::array<WideChar, 256>;
 
-// The 7-bit sets. Source: ISO 646 and the register of coded character sets behind the names that lead here (ISO-IR 2, 21, 10 and 60).
-// The eighth bit is no part of any: a byte from 0x80 up is no character, as in 20127. Windows has later variants under two of the numbers,
-// SEN 850200 C for 20107 and NS 4551-2 for 20108.
+// The 7-bit sets. Source: ISO 646 and the register of coded character sets behind the names that
+// lead here (ISO-IR 2, 21, 10 and 60). The eighth bit is no part of any: a byte from 0x80 up is no
+// character, as in 20127. Windows has later variants under two of the numbers, SEN 850200 C for
+// 20107 and NS 4551-2 for 20108.
 
 /// A byte that is another character than in ASCII.
 struct Variant {
@@ -49,9 +50,10 @@ constexpr ByteTable SWEDISH = MakeSevenBitTable(
 constexpr ByteTable NORWEGIAN =
     MakeSevenBitTable({{'[', 0x00C6}, {'\\', 0x00D8}, {']', 0x00C5}, {'{', 0x00E6}, {'|', 0x00F8}, {'}', 0x00E5}, {'~', 0x203E}});
 
-// The EBCDIC sets. Source: IBM's Character Data Representation Architecture (CDRA), coded character sets 423, 880, 905 and 924, with the
-// characters that Microsoft's tables add to the first three. The controls lie where ICU's tables of EBCDIC have them; so 0x15 is U+0085
-// and 0x25 the line feed.
+// The EBCDIC sets. Source: IBM's Character Data Representation Architecture (CDRA), coded character
+// sets 423, 880, 905 and 924, with the characters that Microsoft's tables add to the first three.
+// The controls lie where ICU's tables of EBCDIC have them; so 0x15 is U+0085 and 0x25 the line
+// feed.
 
 /// Bytes 0x00 to 0x3F.
 constexpr std::array<unsigned char, 64> EBCDIC_CONTROLS = {
@@ -148,9 +150,10 @@ private:
     const ByteTable& table;
 };
 
-// T.61. Source: ITU-T T.61 and ISO-IR 103 for the single bytes. A byte from 0xC0 to 0xCF is an accent and stands before its letter; what
-// both are together is Unicode's canonical composition, which gives all the pairs of T.61 and those that Windows has besides. An accent
-// before a space stands alone; five of these are in ASCII, and in no other place of T.61.
+// T.61. Source: ITU-T T.61 and ISO-IR 103 for the single bytes. A byte from 0xC0 to 0xCF is an
+// accent and stands before its letter; what both are together is Unicode's canonical composition,
+// which gives all the pairs of T.61 and those that Windows has besides. An accent before a space
+// stands alone; five of these are in ASCII, and in no other place of T.61.
 
 constexpr unsigned char FIRST_ACCENT = 0xC0;
 constexpr std::array<WideChar, 16> COMBINING_ACCENTS = {0,      0x0300, 0x0301, 0x0302, 0x0303, 0x0304, 0x0306, 0x0307,
@@ -235,15 +238,16 @@ private:
     const UNormalizer2* normalizer;  ///< ICU's, never freed
 };
 
-// Johab. Source: KS X 1001:1992, annex 3, and Microsoft's table of code page 1361, all of whose pairs are here. The sixteen bits of a pair
-// are
+// Johab. Source: KS X 1001:1992, annex 3, and Microsoft's table of code page 1361, all of whose
+// pairs are here. The sixteen bits of a pair are
 //
 //     1iiiiimm mmmfffff    a Hangul syllable, lead bytes 84 to D3: initial, medial and final letter
 //
-// and a pair of another lead byte is a cell of KS X 1001, two rows of 94 for each lead byte: D9 to DE rows 1 to 12, E0 to F9 rows 42 to 93.
-// The cells are read from ICU's table of code page 949, where row and cell are the two bytes. D8 holds 188 characters of private use. The
-// letters of Hangul in use, in row 4, are not read: a letter alone is a syllable without the others, and one of Unicode's conjoining
-// letters here.
+// and a pair of another lead byte is a cell of KS X 1001, two rows of 94 for each lead byte: D9 to
+// DE rows 1 to 12, E0 to F9 rows 42 to 93. The cells are read from ICU's table of code page 949,
+// where row and cell are the two bytes. D8 holds 188 characters of private use. Row 4 is not read
+// from there: its letters of Hangul in use have no cells here, as a letter alone is a syllable
+// without the others, and its old ones are conjoining letters of Unicode, as those are.
 
 constexpr std::size_t CELLS = 94;              // of a row
 constexpr std::size_t PAIR_CELLS = 2 * CELLS;  // of a lead byte
@@ -256,7 +260,8 @@ constexpr unsigned char FIRST_HANJA_LEAD = 0xE0;
 constexpr unsigned char PRIVATE_LEAD = 0xD8;
 constexpr unsigned FIRST_PRIVATE = 0xE000;
 
-// The letters' fields, in the order of Unicode. Two fields stand for no letter: 2 for no initial or medial, 1 for no final.
+// The letters' fields, in the order of Unicode. Two fields stand for no letter: 2 for no initial or
+// medial, 1 for no final.
 constexpr unsigned FIRST_INITIAL = 2;
 constexpr unsigned INITIALS = 19;
 constexpr unsigned NO_INITIAL = 1;
