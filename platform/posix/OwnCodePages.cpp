@@ -260,8 +260,8 @@ constexpr unsigned char FIRST_HANJA_LEAD = 0xE0;
 constexpr unsigned char PRIVATE_LEAD = 0xD8;
 constexpr unsigned FIRST_PRIVATE = 0xE000;
 
-// The letters' fields, in the order of Unicode. Two fields stand for no letter: 2 for no initial or
-// medial, 1 for no final.
+// The letters' fields, in the order of Unicode. 1 stands for no initial and for no final letter, 2
+// for no medial one.
 constexpr unsigned FIRST_INITIAL = 2;
 constexpr unsigned INITIALS = 19;
 constexpr unsigned NO_INITIAL = 1;
