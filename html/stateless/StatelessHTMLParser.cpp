@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -1040,11 +1041,14 @@ std::uint32_t StatelessHTMLParser::GetCharSetFromExternTag() {
     return CharSetKnown();
 }
 
-/// A charset without a converter falls back to the ANSI rule, so that no event is lost.
+/// A charset without a converter falls back to the ANSI rule, so that no event is lost. Want of memory says nothing of the charset.
 void StatelessHTMLParser::ToWide(StringNS::CharSet::Code code, const std::string& bytes, WideString* output) {
     const Base::Services& services = Base::GetServices();
-    if (services.toWide(&converter, code, bytes.data(), bytes.size(), output) != RESULT_OK)
-        services.toWide(&converter, StringNS::CharSet::UNKNOWN, bytes.data(), bytes.size(), output);
+    std::uint32_t result = services.toWide(&converter, code, bytes.data(), bytes.size(), output);
+    if (result != RESULT_OK && result != RESULT_OUT_OF_MEMORY)
+        result = services.toWide(&converter, StringNS::CharSet::UNKNOWN, bytes.data(), bytes.size(), output);
+    if (result == RESULT_OUT_OF_MEMORY)
+        throw std::bad_alloc();
 }
 
 std::uint32_t StatelessHTMLParser::ConvertStr(const std::string& bytes, WideString* output) {

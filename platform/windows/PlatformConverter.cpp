@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -98,7 +99,7 @@ struct CharSetConverter::Platform::System {
     bool writes = false;  ///< some code pages can only be read
     DWORD fromWideFlags = 0;
 
-    /// @return null when neither converts from the code page
+    /// @return null when neither converts from the code page. Throws `std::bad_alloc`.
     static std::unique_ptr<System> Open(CharSet::Code code);
 
     /// `*count` is what was written, or is needed when there is no room.
@@ -115,6 +116,8 @@ private:
         INT count = 0;
         return Convert(text, 1, nullptr, 0, &count) == Outcome::UNITS;
     }
+
+    // Want of memory, where the system tells of it, leaves as `std::bad_alloc`.
 
     /// @param count  the answer of the system call, in front of which the last error was cleared
     static Outcome JudgeSystem(INT count);
@@ -149,12 +152,16 @@ Outcome CharSetConverter::Platform::System::JudgeSystem(INT count) {
     if (count > 0)
         return Outcome::UNITS;
     const DWORD error = GetLastError();
+    if (error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY)
+        throw std::bad_alloc();
     return error == ERROR_SUCCESS || error == ERROR_NO_UNICODE_TRANSLATION ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
 Outcome CharSetConverter::Platform::System::JudgeLibrary(HRESULT result, INT count) {
     if (result == S_OK && count > 0)
         return Outcome::UNITS;
+    if (result == E_OUTOFMEMORY)
+        throw std::bad_alloc();
     return result == S_OK || result == E_FAIL ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
