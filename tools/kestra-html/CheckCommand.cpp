@@ -18,6 +18,7 @@
 #include "tools/kestra-html/InputList.h"
 #include "tools/kestra-html/JsonLine.h"
 #include "tools/kestra-html/OrderedJobs.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/ResultText.h"
 
 namespace Kestra::Tool {

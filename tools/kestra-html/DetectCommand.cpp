@@ -18,6 +18,7 @@
 #include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/JsonLine.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/ResultText.h"
 
 namespace Kestra::Tool {

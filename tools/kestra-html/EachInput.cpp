@@ -8,6 +8,7 @@
 
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/PrintableName.h"
 
 namespace Kestra::Tool {
 

@@ -1,12 +1,9 @@
 #include "tools/kestra-html/Input.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -72,18 +69,6 @@ bool ReadInputStart(const std::string& name, std::size_t size, std::string* byte
     } catch (const std::length_error&) {
         return false;
     }
-}
-
-std::string PrintableName(const std::string& name) {
-    std::string printable;
-    for (const char character : name) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x20 || byte == 0x7F)
-            fmt::format_to(std::back_inserter(printable), "\\x{:02X}", static_cast<unsigned>(byte));
-        else
-            printable.push_back(character);
-    }
-    return printable;
 }
 
 }  // namespace Kestra::Tool

@@ -12,7 +12,4 @@ bool ReadInput(const std::string& name, std::string* bytes);
 /// Reads a file only as far as its first `size` bytes. Standard input is read to its end all the same.
 bool ReadInputStart(const std::string& name, std::size_t size, std::string* bytes);
 
-/// A file name for one line of text: control characters as `\x1B`, everything else as it is.
-std::string PrintableName(const std::string& name);
-
 }  // namespace Kestra::Tool
