@@ -32,11 +32,8 @@ constexpr std::chrono::milliseconds BETWEEN_LOOKS{100};  // at the progress of t
 /// An input on its way through the command. It belongs to the thread that checks it until that is done; only the two numbers about its
 /// progress are read before.
 struct CheckedInput {
-    enum class State { UNREADABLE, OUT_OF_MEMORY, CHECKED };
-
-    State state = State::UNREADABLE;
-    bool isRead = false;
-    std::string bytes;  ///< from reading to the end of the check
+    ReadResult reading = ReadResult::UNREADABLE;  ///< out of memory also when the check was
+    std::string bytes;                            ///< from reading to the end of the check
     std::uint64_t size = 0;
     CheckOutcome outcome;
 
@@ -141,21 +138,20 @@ private:
 
     void Read(std::size_t index) {
         CheckedInput& input = *SlotOf(index);
-        input.isRead = ReadInput(names[index], &input.bytes);
+        input.reading = ReadInput(names[index], &input.bytes);
     }
 
     void Check(InputChecker* checker, std::size_t index) {
         CheckedInput& input = *SlotOf(index);
         if (names[index] != "-")
             Read(index);
-        if (input.isRead) {
+        if (input.reading == ReadResult::READ) {
             input.size = input.bytes.size();
             input.bytesToDo = input.size;
             try {
                 input.outcome = checker->Check(input.bytes, [&input](std::uint64_t bytes) { input.bytesDone = bytes; });
-                input.state = CheckedInput::State::CHECKED;
             } catch (const std::bad_alloc&) {
-                input.state = CheckedInput::State::OUT_OF_MEMORY;
+                input.reading = ReadResult::OUT_OF_MEMORY;
             }
         }
         input.bytes = std::string();
@@ -163,19 +159,10 @@ private:
 
     /// @throws OutputFailed
     void Report(const std::string& name, const CheckedInput& input) {
-        switch (input.state) {
-            case CheckedInput::State::UNREADABLE:
-                Worsen(EXIT_STATUS_UNREADABLE);
-                ++totals.notChecked;
-                console->Diagnose(name, "cannot be read");
-                return;
-            case CheckedInput::State::OUT_OF_MEMORY:
-                Worsen(EXIT_STATUS_FAILED);
-                ++totals.notChecked;
-                console->Diagnose(name, "not enough memory");
-                return;
-            case CheckedInput::State::CHECKED:
-                break;
+        if (input.reading != ReadResult::READ) {
+            ++totals.notChecked;
+            Worsen(DiagnoseUnread(name, input.reading, console));
+            return;
         }
         ++totals.files;
         totals.bytes += input.size;
