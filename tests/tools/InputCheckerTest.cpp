@@ -94,6 +94,7 @@ TEST(InputChecker, WithoutACopyAnEmptyOneIsCompared) {
     EXPECT_FALSE(lost.hasCopy);
     EXPECT_EQ(lost.firstDifference, 0U);
     EXPECT_EQ(lost.token, "");
+    EXPECT_TRUE(lost.HasLostMark());
 }
 
 TEST(InputChecker, NoTokenIsLookedForWhereNoneIsShown) {

@@ -70,9 +70,22 @@ std::string DescribeDifference(const CheckOutcome& outcome) {
     return fmt::format("{}, in the token from byte {} on: {}", place, outcome.tokenStart, outcome.token);
 }
 
+constexpr const char* LOST_MARK = "the unfinished byte-order mark at its start belongs to no token";
+
 /// For the diagnostic of an input that is not good.
 std::string DescribeTrouble(const CheckOutcome& outcome) {
-    return outcome.result.IsGood() ? fmt::format("is not reproduced, {}", DescribeDifference(outcome)) : DescribeFailures(outcome.result);
+    if (!outcome.result.IsGood())
+        return DescribeFailures(outcome.result);
+    return fmt::format("is not reproduced, {}", outcome.HasLostMark() ? LOST_MARK : DescribeDifference(outcome));
+}
+
+/// The outcome as one line tells it, before the numbers.
+std::string DescribeVerdict(const CheckOutcome& outcome) {
+    if (const std::uint32_t code = outcome.result.GetFirstFailure(); code != 0)
+        return fmt::format("{}, {}", code, GetFailureMeaning(outcome.result));
+    if (outcome.HasLostMark())
+        return fmt::format("0, but not reproduced, {}", LOST_MARK);
+    return outcome.IsReproduced() ? "ok" : "0, but not reproduced";
 }
 
 class CheckCommand {
@@ -194,15 +207,12 @@ private:
 
     void WriteLine(const std::string& name, const CheckedInput& input) {
         const CheckOutcome& outcome = input.outcome;
-        const std::uint32_t code = outcome.result.GetFirstFailure();
-        std::string verdict = "ok";
-        if (code != 0)
-            verdict = fmt::format("{}, {}", code, GetResultMeaning(code));
-        else if (!outcome.IsReproduced())
-            verdict = "0, but not reproduced";
-        const std::string trouble = outcome.IsReproduced() ? "" : fmt::format("; {}", DescribeDifference(outcome));
-        console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), verdict, Counted(input.size, "byte"),
-                                  Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds), trouble));
+        const bool isExplained = outcome.result.IsGood() && outcome.HasLostMark();
+        const bool tellsPlace = outcome.firstDifference && !isExplained;
+        const std::string trouble = tellsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
+        console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
+                                  Counted(input.size, "byte"), Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds),
+                                  trouble));
     }
 
     void WriteSummary(double seconds) {

@@ -64,19 +64,14 @@ void MakeConvertible(ParseStart* start) {
         start->SetCharset(CharSet::WINDOWS_1252);
 }
 
-/// Bytes of a possible mark that end a piece and turn out to be none are dropped by the parser.
-std::uint64_t CountDroppedBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize) {
-    const bool looksForMark = start.GetType() != GenericParser::DATA_STREAM_8BIT && start.GetType() != GenericParser::DATA_STREAM_UTF16;
-    if (!looksForMark || pieceSize == 0 || input.starts_with("\xEF\xBB\xBF") || input.starts_with("\xFF\xFE"))
-        return 0;
-    const std::uint64_t alike = input.starts_with("\xEF\xBB") ? 2 : input.starts_with("\xEF") || input.starts_with("\xFF") ? 1 : 0;
-    return alike / pieceSize * pieceSize;
-}
-
 }  // namespace
 
 bool CheckOutcome::IsReproduced() const {
-    return !firstDifference.has_value();
+    return !result.copyLost && !firstDifference;
+}
+
+bool CheckOutcome::HasLostMark() const {
+    return firstDifference && *firstDifference < lostMarkBytes;
 }
 
 bool CheckOutcome::IsGood() const {
@@ -100,7 +95,9 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
     } while (options.reparse && start.Restart(outcome.result));
     VFS::InputStream* const copy = parser.GetSelfCheckStream();
     outcome.hasCopy = copy != nullptr;
-    outcome.firstDifference = FindFirstDifference(input, copy);
+    outcome.lostMarkBytes = CountLostMarkBytes(input, start, options.pieceSize);
+    if (!outcome.result.copyLost)
+        outcome.firstDifference = FindFirstDifference(input, copy);
     if (outcome.hasCopy && !outcome.IsReproduced() && options.format == OutputFormat::TEXT)
         FindToken(input, start, bytesDone, &outcome);
     return outcome;
@@ -108,7 +105,7 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
 
 /// Parses once more, in the same way.
 void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome) {
-    TokenFinder finder(&parser, input, CountDroppedBytes(input, start, options.pieceSize), *outcome->firstDifference);
+    TokenFinder finder(&parser, input, outcome->lostMarkBytes, *outcome->firstDifference);
     const ObserverBinding binding(&parser, &finder);
     ParseOptions findOptions = options;
     findOptions.selfCheck = GenericParser::SELF_CHECK_OFF;

@@ -17,11 +17,14 @@ struct CheckOutcome {
     std::uint64_t tokens = 0;
     double seconds = 0;                            ///< of that pass alone
     bool hasCopy = false;                          ///< the parser has one; without, an empty one is compared
-    std::optional<std::uint64_t> firstDifference;  ///< byte offset; nothing when the copy equals the input
+    std::optional<std::uint64_t> firstDifference;  ///< byte offset; nothing when the copy equals the input, and when it is lost
+    std::uint64_t lostMarkBytes = 0;               ///< bytes at the start that belong to no token and are in no copy
     std::string token;                             ///< the one that holds that byte, in the trace language; empty when there is none
     std::uint64_t tokenStart = 0;                  ///< byte offset
 
     bool IsReproduced() const;
+    /// True when the copy lacks nothing before what it lacks of a byte-order mark.
+    bool HasLostMark() const;
     bool IsGood() const;
 };
 

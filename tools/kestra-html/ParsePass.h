@@ -55,4 +55,8 @@ private:
 ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
                              const BytesDone& bytesDone);
 
+/// The bytes at the start of an input that belong to no token: those of a byte-order mark that the input, or a piece, ends in and that
+/// does not go on, which the parser drops.
+std::uint64_t CountLostMarkBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize);
+
 }  // namespace Kestra::Tool

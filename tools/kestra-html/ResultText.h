@@ -11,6 +11,9 @@ namespace Kestra::Tool {
 /// What a result code means, in a few words.
 std::string_view GetResultMeaning(std::uint32_t code);
 
+/// The same for the first code of a pass that is not 0.
+std::string_view GetFailureMeaning(const CallResults& results);
+
 /// The same for what `DetectCharset` returns, where 11 is about the detector.
 std::string_view GetDetectionMeaning(std::uint32_t code);
 
