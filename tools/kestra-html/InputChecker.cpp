@@ -55,13 +55,9 @@ std::optional<std::uint64_t> FindFirstDifference(std::string_view input, VFS::In
     return offset == input.size() ? std::nullopt : std::optional(offset);
 }
 
-/// The charset decides two things about the tokens: whether escapes of ISO-2022 are known, and whether it is looked for in the markup.
-/// A charset that there is no converter for would lose the tokens on their way to the observer, so any other one takes its place.
-void MakeConvertible(ParseStart* start) {
+bool HasConverter(CharSet::Code code) {
     WideString text;
-    const CharSet::Code code = start->GetCharset();
-    if (code != CharSet::UNKNOWN && StringNS::StringHelper::GetWideFromGeneric(code, "a", 1, &text) == RESULT_UNSUPPORTED_CHARSET)
-        start->SetCharset(CharSet::WINDOWS_1252);
+    return StringNS::StringHelper::GetWideFromGeneric(code, "a", 1, &text) != RESULT_UNSUPPORTED_CHARSET;
 }
 
 }  // namespace
@@ -78,6 +74,18 @@ bool CheckOutcome::IsGood() const {
     return result.IsGood() && IsReproduced();
 }
 
+CharSet::Code FindConvertible(CharSet::Code code, const std::function<bool(CharSet::Code)>& hasConverter) {
+    if (code == CharSet::UNKNOWN || hasConverter(code))
+        return code;
+    if (CharSet::IsIso2022(code)) {
+        for (const CharSet::Code other : {CharSet::ISO_2022_JP, CharSet::ISO_2022_JP_SISO, CharSet::ISO_2022_KR}) {
+            if (hasConverter(other))
+                return other;
+        }
+    }
+    return CharSet::WINDOWS_1252;
+}
+
 InputChecker::InputChecker(const CheckOptions& checkOptions) : options(checkOptions) {}
 
 CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesDone) {
@@ -85,7 +93,7 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
     ParseStart start(options);
     do {
         using Clock = std::chrono::steady_clock;
-        MakeConvertible(&start);
+        start.SetCharset(FindConvertible(start.GetCharset(), HasConverter));
         TokenCounter counter;
         const ObserverBinding binding(&parser, &counter);
         const Clock::time_point begin = Clock::now();

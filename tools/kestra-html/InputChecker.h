@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "html/parser/GenericParser.h"
+#include "platform/CharSet.h"
 #include "tools/kestra-html/CheckOptions.h"
 #include "tools/kestra-html/ParsePass.h"
 
@@ -27,6 +29,13 @@ struct CheckOutcome {
     bool HasLostMark() const;
     bool IsGood() const;
 };
+
+/// A charset in which a document of the given one has the same tokens, and which can be converted for the observer: one without a converter
+/// would lose the tokens on their way to it.
+///
+/// The charset decides two things about the tokens: whether it is looked for in the markup, and whether the escapes of ISO-2022 are known.
+/// So another ISO-2022 page takes the place of such a one, and 1252 that of every other. Without any ISO-2022 page it is 1252 too.
+StringNS::CharSet::Code FindConvertible(StringNS::CharSet::Code code, const std::function<bool(StringNS::CharSet::Code)>& hasConverter);
 
 /// Parses inputs with the self-check that keeps a copy, and compares the copy with the input. Uses one parser for all of them.
 class InputChecker {
