@@ -28,9 +28,10 @@ using HTML::GenericParser;
 constexpr const char* TOKENS_FOOTER =
     "Text format: one line for each token. It starts with the line and the column of\n"
     "the token, from 1, counted in the observer's characters: UTF-16 units of the\n"
-    "decoded text for a wide observer, bytes for a narrow one. Long texts are cut and\n"
-    "followed by their length: abc...[1200]. A control character is shown as \\n, \\r,\n"
-    "\\t or \\x1B. On a terminal the kind is coloured unless NO_COLOR is set.\n"
+    "decoded text for a wide observer, bytes for a narrow one; of UTF-16 input its\n"
+    "units for either. Long texts are cut and followed by their length:\n"
+    "abc...[1200]. A control character is shown as \\n, \\r, \\t or \\x1B. On a terminal\n"
+    "the kind is coloured unless NO_COLOR is set.\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input.\n"
