@@ -25,6 +25,7 @@ namespace Kestra::HTML {
 /// **Results**: 0, or a `ParserResult`, a `RecognizerResult` of a construct that could not be re-read as junk, or a code of the stream.
 /// **Junk**: a construct that fails is re-read from the backing stream and delivered as junk. `ParseBuffer` has no stream behind it, so
 /// there such a construct ends the parse with the recognizer's code.
+/// **Exceptions**: what a callback or a stream throws, and `std::bad_alloc` where memory is exhausted and no result says so; no others.
 /// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
@@ -100,7 +101,8 @@ public:
     /// Detects over at most BUFFER_SIZE bytes from the stream's current position. The stream stays the caller's.
     std::uint32_t DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out);
 
-    /// Place of the next unread character, from 1, in characters of the running parser.
+    /// Place of the next unread character, from 1, in characters of the running parser. In a callback that is the end of the token; in
+    /// `OnText` it is the place after the opener of the next construct, such as "<", which has been read.
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
 
