@@ -8,7 +8,7 @@
 #include "html/framework/ResultCodes.h"
 #include "platform/InputStream.h"
 #include "platform/Results.h"
-#include "platform/StringHelper.h"
+#include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/TokenFinder.h"
 #include "tools/kestra-html/TokenReceiver.h"
 
@@ -53,11 +53,6 @@ std::optional<std::uint64_t> FindFirstDifference(std::string_view input, VFS::In
             return offset;
     }
     return offset == input.size() ? std::nullopt : std::optional(offset);
-}
-
-bool HasConverter(CharSet::Code code) {
-    WideString text;
-    return StringNS::StringHelper::GetWideFromGeneric(code, "a", 1, &text) != RESULT_UNSUPPORTED_CHARSET;
 }
 
 }  // namespace
