@@ -74,7 +74,7 @@ constexpr const char* LOST_MARK = "the unfinished byte-order mark at its start b
 
 /// For the diagnostic of an input that is not good.
 std::string DescribeTrouble(const CheckOutcome& outcome) {
-    if (!outcome.result.IsGood())
+    if (outcome.result.GetFirstFailure() != 0)
         return DescribeFailures(outcome.result);
     return fmt::format("is not reproduced, {}", outcome.HasLostMark() ? LOST_MARK : DescribeDifference(outcome));
 }
@@ -207,7 +207,7 @@ private:
 
     void WriteLine(const std::string& name, const CheckedInput& input) {
         const CheckOutcome& outcome = input.outcome;
-        const bool isExplained = outcome.result.IsGood() && outcome.HasLostMark();
+        const bool isExplained = outcome.result.GetFirstFailure() == 0 && outcome.HasLostMark();
         const bool tellsPlace = outcome.firstDifference && !isExplained;
         const std::string trouble = tellsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
         console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),

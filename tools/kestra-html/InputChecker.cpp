@@ -66,7 +66,7 @@ bool CheckOutcome::HasLostMark() const {
 }
 
 bool CheckOutcome::IsGood() const {
-    return result.IsGood() && IsReproduced();
+    return result.GetFirstFailure() == HTML::PARSER_OK && IsReproduced();
 }
 
 CharSet::Code FindConvertible(CharSet::Code code, const std::function<bool(CharSet::Code)>& hasConverter) {

@@ -8,7 +8,7 @@
 namespace Kestra::Tool {
 
 bool ParsePassResult::IsGood() const {
-    return GetFirstFailure() == HTML::PARSER_OK;
+    return GetFirstFailure() == HTML::PARSER_OK && conversionError == 0;
 }
 
 ParseStart::ParseStart(const ParseOptions& options) : charset(options.charset), type(options.input) {}
@@ -67,6 +67,7 @@ ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view conte
     result.copyLost = options.selfCheck == HTML::GenericParser::SELF_CHECK_COPY && result.endParse == HTML::PARSER_SELF_CHECK_FAILED &&
                       parser->GetSelfCheckStream() == nullptr;
     result.hasCharsetErrors = parser->HasCharsetErrors();
+    result.conversionError = parser->GetConversionError();
     return result;
 }
 

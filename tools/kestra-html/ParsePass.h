@@ -20,8 +20,11 @@ struct ParsePassResult : CallResults {
     bool isWParser = false;
     bool needsReparsing = false;
 
-    bool hasCharsetErrors = false;  ///< asked just after `EndParse`
+    // Asked just after `EndParse`.
+    bool hasCharsetErrors = false;
+    std::uint32_t conversionError = 0;  ///< the last code of a conversion for the observer that failed: tokens are missing; 0 for none
 
+    /// Every call returned 0 and no token is missing.
     bool IsGood() const;
 };
 

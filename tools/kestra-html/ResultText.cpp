@@ -5,6 +5,7 @@
 #include "html/framework/ResultCodes.h"
 #include "html/stateless/StatelessResults.h"
 #include "platform/Results.h"
+#include "tools/kestra-html/CharsetText.h"
 
 namespace Kestra::Tool {
 
@@ -94,6 +95,16 @@ std::string DescribeFailures(const CallResults& results) {
     if (!text.empty())
         text.append(fmt::format(" (line {}, column {})", results.line, results.column));
     return text;
+}
+
+std::string DescribeFailures(const ParsePassResult& results) {
+    std::string text = DescribeFailures(static_cast<const CallResults&>(results));
+    if (results.conversionError == 0)
+        return text;
+    if (!text.empty())
+        text.append("; ");
+    return text.append(fmt::format("tokens are missing, a conversion from the charset {} returned {}: {}", DescribeCharset(results.charset),
+                                   results.conversionError, GetResultMeaning(results.conversionError)));
 }
 
 }  // namespace Kestra::Tool

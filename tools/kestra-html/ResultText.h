@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "tools/kestra-html/CallResults.h"
+#include "tools/kestra-html/ParsePass.h"
 
 namespace Kestra::Tool {
 
@@ -19,5 +20,8 @@ std::string_view GetDetectionMeaning(std::uint32_t code);
 
 /// Names every call that did not return 0, with its code and the meaning, and the place where the parser stood. Empty when each did.
 std::string DescribeFailures(const CallResults& results);
+
+/// The same, and that tokens are missing because their text could not be converted for the observer.
+std::string DescribeFailures(const ParsePassResult& results);
 
 }  // namespace Kestra::Tool
