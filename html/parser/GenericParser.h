@@ -33,6 +33,7 @@ class Parser;
 /// **Conversion**: a token for an observer of the other flavour that cannot be converted is lost, and the parse goes on;
 /// `GetConversionError` tells why. When memory was lacking the conversion of the next token tries again, and a feeding or ending call that
 /// would have answered 0 answers RESULT_OUT_OF_MEMORY (8): all else is as with 0.
+/// **Exceptions**: what a callback or a stream throws, and `std::bad_alloc` where memory is exhausted and no result says so; no others.
 /// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
@@ -117,7 +118,8 @@ public:
     /// Detects over at most BUFFER_SIZE bytes from the stream's current position. The stream stays the caller's.
     std::uint32_t DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out);
 
-    /// Place of the next unread character, from 1, in characters of the running parser.
+    /// Place of the next unread character, from 1, in characters of the running parser. In a callback that is the end of the token; in
+    /// `OnText` it is the place after the opener of the next construct, such as "<", which has been read.
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
 

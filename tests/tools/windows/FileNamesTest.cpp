@@ -12,6 +12,7 @@
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/InputList.h"
 #include "tools/kestra-html/JsonText.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/Wildcards.h"
 #include "tools/kestra-html/windows/Utf8.h"
 
@@ -239,7 +240,8 @@ TEST_F(FileNames, ArgumentsArriveAsTheyAre) {
     for (const std::string& name : {"a b"s, "a'b"s, "%TEMP%"s, "a^b&c"s, "back\\slash\\"s, "quo\"te"s, "end\\\""s, "\\\\\"x y\\\\"s, ""s}) {
         const ToolRun run = Check({name});
         EXPECT_EQ(run.status, 3);
-        EXPECT_EQ(run.errors, name + ": cannot be read\n");
+        EXPECT_EQ(run.errors, Tool::PrintableName(name) + ": cannot be read\n");
+        EXPECT_EQ(run.errors.find('\xED'), std::string::npos) << "a surrogate is no character of UTF-8";
     }
 }
 
@@ -266,7 +268,7 @@ TEST_F(FileNames, LongerThanTheOldLimit) {
     EXPECT_EQ(Check({"--recursive", relative}).output, line);
     EXPECT_EQ(Tool::ListInputs({Path(relative)}), (Names{Path(relative + "\\page.html")}));
     std::string bytes;
-    EXPECT_TRUE(Tool::ReadInput(Path(relative + "\\page.html"), &bytes));
+    EXPECT_EQ(Tool::ReadInput(Path(relative + "\\page.html"), &bytes), Tool::ReadResult::READ);
     EXPECT_EQ(bytes, "<p>");
     EXPECT_EQ(List(), (Names{relative + "\\page.html"}));
 
@@ -316,7 +318,7 @@ TEST_F(FileNames, ThatAreForbidden) {
     Write("page");
     for (const std::string& name : {"page\0.html"s, "page.html\0"s, "\0"s}) {
         std::string bytes;
-        EXPECT_FALSE(Tool::ReadInput(Path(name), &bytes)) << "what is in front of the NUL would be a file";
+        EXPECT_EQ(Tool::ReadInput(Path(name), &bytes), Tool::ReadResult::UNREADABLE) << "what is in front of the NUL would be a file";
         EXPECT_EQ(bytes, "");
     }
     EXPECT_EQ(Tool::ListInputs({folder.GetPath().string() + "\0x"s}), (Names{folder.GetPath().string() + "\0x"s}));
