@@ -23,8 +23,8 @@ using StringNS::CharSet;
 constexpr char32_t REPLACEMENT = 0xFFFD;
 constexpr char32_t CODE_POINT_END = 0x110000;
 
-// What the numbers from 0x80 to 0x9F stand for. Source: the table in the HTML standard's "Numeric character reference end state"; a number
-// that it leaves out stands for itself.
+// What the numbers from 0x80 to 0x9F stand for. Source: the table in the HTML standard's "Numeric
+// character reference end state"; a number that it leaves out stands for itself.
 constexpr char16_t C1_CONTROLS[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
                                     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
                                     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
@@ -94,7 +94,8 @@ std::size_t LengthOfName(const NamedReference& row) {
     return static_cast<std::size_t>((&row + 1)->name - row.name);
 }
 
-/// Narrows the table down to the names that begin as the text does, by one character a turn: at most 31 turns.
+/// Narrows the table down to the names that begin as the text does, by one character a turn: at
+/// most 31 turns.
 /// @param begin  at "&", which a letter or a digit follows
 template <typename C>
 Reference ReadNamedReference(const C* begin, const C* end, Context context) {

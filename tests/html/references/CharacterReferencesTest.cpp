@@ -350,7 +350,7 @@ constexpr CharSetRow CHAR_SET_ROWS[] = {
     {"other bytes stay as they are", CharSet::WINDOWS_1252, "\xFF\x81&amp\xE9&lt;\x80", "\xFF\x81&\xE9<\x80"},
     {"a charset of the system", 1253, "&alpha;&eacute;&euro;", "\xE1&eacute;\x80"},
     {"two bytes a character", 932, "\x83\x41&alpha;&eacute;&lt;", "\x83\x41\x83\xBF&eacute;<"},
-    {"four bytes a character", 54936, "&Afr;&alpha;&amp;", "\x94\x33\xA4\x32\xA6\xC1&"},
+    {"a second byte that is ASCII", 950, "&alpha;\xA5\x5C&nu;&eacute;&gt", "\xA3\x5C\xA5\x5C\xA3\x68&eacute;>"},
     {"UTF-8 as the others", CharSet::UTF8, "&alpha;&Afr;\xFF&amp;", "\xCE\xB1\xF0\x9D\x94\x84\xFF&"},
     {"UTF-16 as bytes", CharSet::UTF16_LE, "&amp;&lt;", "&amp;&lt;"},
     {"escapes", 50221, "\x1B$B&AMP;\x1B(B&amp;", "\x1B$B&AMP;\x1B(B&amp;"},

@@ -1,6 +1,7 @@
-// Decodes strings from standard input, for the comparison with another decoder. A line is "t" for text or "a" for the value of an
-// attribute, then the UTF-8 of the string in hexadecimal. The answer is a line of four words: "changed" or "same", "=" and the 8-bit
-// result, and the same two of the wide flavour. Results are in hexadecimal, the wide one as UTF-16 with the low byte first.
+// Decodes strings from standard input, for the comparison with another decoder. A line is "t" for
+// text or "a" for the value of an attribute, then the UTF-8 of the string in hexadecimal. The
+// answer is a line of four words: "changed" or "same", "=" and the 8-bit result, and the same two
+// of the wide flavour. Results are in hexadecimal, the wide one as UTF-16 with the low byte first.
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
