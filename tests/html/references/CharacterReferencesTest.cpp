@@ -181,6 +181,7 @@ TEST(CharacterReferencesWideTest, KeepsLoneSurrogates) {
         {"inside a name", {'&', 'l', 0xD83D, 't', ';'}, {'&', 'l', 0xD83D, 't', ';'}},
         {"before a number that is the other half", {0xD83D, '&', '#', '5', '6', '8', '3', '2', ';'}, {0xD83D, 0xFFFD}},
         {"both halves around a reference", {0xD83D, '&', 'l', 't', ';', 0xDE00}, {0xD83D, '<', 0xDE00}},
+        {"no letter inside a name: its low byte alone is", {'&', 'l', 0x0174, ';'}, {'&', 'l', 0x0174, ';'}},
         {"no letters: their low bytes alone are",
          {'&', 0x0161, 'l', 't', ';', '&', 0x016C, 0x0174},
          {'&', 0x0161, 'l', 't', ';', '&', 0x016C, 0x0174}},
