@@ -47,6 +47,7 @@ run:
 
 test:
 	@setup/install build
+	setup/test-peers build/sanitize/test-peers
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
 	cmake --preset release

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Everything of the document parser: `GenericParser`, the observer with its records, the serializer and the recognizers.
+/// Everything of the document parser: `GenericParser`, the observer with its records, the serializer, character references
+/// and the recognizers.
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/ResultCodes.h"
@@ -24,5 +25,6 @@
 #include "html/text/JunkSimpleParser.h"
 #include "html/text/SQuoteStringSimpleParser.h"
 #include "html/text/TextSimpleParser.h"
+#include "html/references/CharacterReferences.h"
 #include "platform/MemoryInputStream.h"
 #include "platform/VirtualFileSystem.h"
