@@ -289,7 +289,7 @@ TEST_F(FileNames, OfDevices) {
     for (const std::string& name : {"nul.html"s, ".\\nul.html"s, Path("nul.html"), "./CON.html"s, "con.html"s, ".\\nul"s, Path("nul")}) {
         EXPECT_EQ(Check({name}).output, Line(name, 3));
         std::string bytes;
-        EXPECT_TRUE(Tool::ReadInput(name.find(':') == std::string::npos ? Path(name) : name, &bytes));
+        EXPECT_EQ(Tool::ReadInput(name.find(':') == std::string::npos ? Path(name) : name, &bytes), Tool::ReadResult::READ);
         EXPECT_EQ(bytes, "<p>");
     }
     EXPECT_EQ(Check({"c*.html"}).output, Line("CON.html", 3));
