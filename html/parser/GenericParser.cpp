@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "html/parser/Parser.h"
+#include "platform/AtScopeEnd.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/CharsetDetector.h"
 #include "platform/Results.h"
@@ -40,15 +41,17 @@ class StreamReader {
 public:
     explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}
 
-    /// @param count  bytes read; with RESULT_OK it may be 0, and the next read delivers more
+    /// @param count  bytes read, 0 unless the answer is RESULT_OK; with that it may be 0 too, and the next read delivers more
     /// @return RESULT_OK, RESULT_END_OF_DATA, or a failure
     std::uint32_t Read(char* buffer, std::uint64_t size, std::uint64_t* count) {
         *count = 0;
-        const std::uint32_t result = stream->Read(buffer, size, count);
-        if (result != RESULT_OK)
+        std::uint32_t result = stream->Read(buffer, size, count);
+        if (result == RESULT_OK && *count > size)
+            result = RESULT_STREAM_FAILED;
+        if (result != RESULT_OK) {
+            *count = 0;
             return result;
-        if (*count > size)
-            return RESULT_STREAM_FAILED;
+        }
         emptyReads = *count == 0 ? emptyReads + 1 : 0;
         return emptyReads < MOST_EMPTY_READS ? std::uint32_t{RESULT_OK} : std::uint32_t{PARSER_SHORT_READ};
     }
@@ -232,16 +235,12 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     ended = false;
     switch (type) {
         case DATA_STREAM_8BIT:
-            StartNarrow(0, false);
-            narrowParser->SetCharset(DocumentCharset(code));
-            narrowParser->OnCharset(DocumentCharset(code));
-            narrowParser->SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
+            StartNarrow(0, DocumentCharset(code), false);
+            narrowParser->OnCharset(narrowParser->GetCharset());
             break;
         case DATA_STREAM_UTF16:
-            StartWide(0);
-            charset = StringNS::CharSet::UTF16_LE;
-            wideParser->SetCharset(charset);
-            wideParser->OnCharset(charset);
+            StartWide(false);
+            wideParser->OnCharset(wideParser->GetCharset());
             break;
         case DATA_STREAM_AUTO:
         default:
@@ -251,17 +250,35 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     return PARSER_OK;
 }
 
-/// Begins a document with the 8-bit parser, which has the charset of the document before until the new one is set.
-void GenericParser::StartNarrow(std::uint64_t markLength, bool detected) {
+/// Begins a document with the 8-bit parser, which has the charset of the document before until the callbacks have returned.
+/// @param markLength  of the UTF-8 mark, 0 without one
+void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool detected) {
     mode = MODE_NARROW;
     wideParser->Rest();
+    const AtScopeEnd settle([this, code] {
+        narrowParser->SetCharset(code);
+        narrowParser->SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
+    });
     narrowParser->Start(markLength, detected);
+    if (markLength > 0)
+        narrowParser->OnBOM(StringNS::BOM_UTF8, markLength);
 }
 
-void GenericParser::StartWide(std::uint64_t markLength) {
+/// Begins a document with the wide parser. A mark settles the charset before the callbacks.
+void GenericParser::StartWide(bool hasMark) {
     mode = MODE_WIDE;
     narrowParser->Rest();
-    wideParser->Start(markLength, false);
+    const auto settle = [this] {
+        charset = StringNS::CharSet::UTF16_LE;
+        wideParser->SetCharset(charset);
+    };
+    if (hasMark)
+        settle();
+    const AtScopeEnd settleAtEnd(settle);
+    wideParser->SetDiscoverCharset(false);
+    wideParser->Start(hasMark ? sizeof(StringNS::BOM_UTF16_LE) : 0, false);
+    if (hasMark)
+        wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
 }
 
 std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
@@ -275,10 +292,13 @@ std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
     return AnswerWith(result);
 }
 
-/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing: only the answer tells of it.
+/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing: only the answer tells of it, the next
+/// one when this call has another.
 std::uint32_t GenericParser::AnswerWith(std::uint32_t result) {
+    if (result != PARSER_OK)
+        return result;
     const bool outOfMemory = mode == MODE_NARROW ? narrowParser->TakeOutOfMemory() : mode == MODE_WIDE && wideParser->TakeOutOfMemory();
-    return result == PARSER_OK && outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : result;
+    return outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : std::uint32_t{PARSER_OK};
 }
 
 std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
@@ -313,21 +333,13 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            StartNarrow(sizeof(StringNS::BOM_UTF8), false);
-            narrowParser->OnBOM(StringNS::BOM_UTF8, sizeof(StringNS::BOM_UTF8));
-            narrowParser->SetCharset(charset);
-            narrowParser->SetDiscoverCharset(false);
+            StartNarrow(sizeof(StringNS::BOM_UTF8), charset, false);
             return FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
-            charset = StringNS::CharSet::UTF16_LE;
-            wideParser->SetCharset(charset);
-            StartWide(sizeof(StringNS::BOM_UTF16_LE));
-            wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
+            StartWide(true);
             return FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            StartNarrow(0, charsetDetected);
-            narrowParser->SetCharset(DocumentCharset(charset));
-            narrowParser->SetDiscoverCharset(charset == StringNS::CharSet::UNKNOWN);
+            StartNarrow(0, DocumentCharset(charset), charsetDetected);
             return FeedNarrow(data, size, origin);
         }
     }
@@ -386,10 +398,10 @@ std::uint32_t GenericParser::FeedStream(VFS::InputStream* stream) {
         origin.fromStream = true;
         origin.positioned = stream->GetPosition(&origin.offset) == RESULT_OK;
         std::uint64_t count = 0;
-        result = reader.Read(buffer.GetData(), BUFFER_SIZE, &count);
-        if (result == RESULT_END_OF_DATA)
-            return PARSER_OK;
-        if (result == RESULT_OK && count > 0)
+        const std::uint32_t readResult = reader.Read(buffer.GetData(), BUFFER_SIZE, &count);
+        if (readResult != RESULT_OK)
+            return readResult == RESULT_END_OF_DATA ? std::uint32_t{PARSER_OK} : readResult;
+        if (count > 0)
             result = FeedBytes(buffer.GetData(), count, origin);
     }
     return result == PARSER_UNTERMINATED ? std::uint32_t{PARSER_OK} : result;

@@ -32,8 +32,9 @@ class Parser;
 /// there such a construct ends the parse with the recognizer's code.
 /// **Conversion**: a token for an observer of the other flavour that cannot be converted is lost, and the parse goes on;
 /// `GetConversionError` tells why. When memory was lacking the conversion of the next token tries again, and a feeding or ending call that
-/// would have answered 0 answers RESULT_OUT_OF_MEMORY (8): all else is as with 0.
-/// **Exceptions**: what a callback or a stream throws, and `std::bad_alloc` where memory is exhausted and no result says so; no others.
+/// would have answered 0 answers RESULT_OUT_OF_MEMORY (8): all else is as with 0. On POSIX a few charsets (ISO-2022, T.61) need tables that
+/// ICU sets up once in a process; when memory is lacking just then, their tokens are lost, with 8, until the process ends.
+/// **Exceptions**: what a callback throws, and `std::bad_alloc` where memory is exhausted and no result says so; no others.
 /// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
@@ -176,8 +177,8 @@ private:
     void Swap(GenericParser* other);
     void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
     std::shared_ptr<ObserverOwner> TakeOwnerOf(const void* block);
-    void StartNarrow(std::uint64_t markLength, bool detected);
-    void StartWide(std::uint64_t markLength);
+    void StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool detected);
+    void StartWide(bool hasMark);
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);

@@ -15,6 +15,7 @@
 #include "html/parser/RecognizerBuffers.h"
 #include "html/parser/RecordCalls.h"
 #include "html/tags/WholeTag.h"
+#include "platform/AtScopeEnd.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/MemoryInputStream.h"
 #include "platform/Results.h"
@@ -922,8 +923,8 @@ void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
     }
 }
 
-/// Applies the charset that a `meta` tag declares, the first one that anybody was told of. In `OnCharset` it is in force, and what follows
-/// from it is not yet decided; an exception out of that callback does not change what follows.
+/// Applies the charset that a `meta` tag declares, the first one that an observer has heard of. In `OnCharset` it is in force, and what
+/// follows from it is not yet decided; an exception out of that callback does not change what follows.
 /// @return true when text has been converted with another one: the document must be parsed again
 template <typename C, typename S>
 bool Parser<C, S>::NeedsOtherCharset() {
@@ -934,18 +935,12 @@ bool Parser<C, S>::NeedsOtherCharset() {
         return false;
     const bool isTooLate = declared != charset && convertedForObserver;
     const bool isObserved = charObserver != nullptr || wcharObserver != nullptr;
-    const auto settle = [this, isTooLate, isObserved] {
+    charset = declared;
+    const AtScopeEnd settle([this, isTooLate, isObserved] {
         charsetFromMarkup = isObserved;
         needsReparsing = needsReparsing || isTooLate;
-    };
-    charset = declared;
-    try {
-        OnCharset(declared);
-    } catch (...) {
-        settle();
-        throw;
-    }
-    settle();
+    });
+    OnCharset(declared);
     return isTooLate;
 }
 

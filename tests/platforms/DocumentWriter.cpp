@@ -53,7 +53,7 @@ std::string PutEscapesInto(std::string_view bytes, Dice* dice) {
     return document.append(dice->Pick(ESCAPES));
 }
 
-/// Every byte of the upper half in a text, a comment and a value, alone and behind the one in front of it.
+/// Every byte of the upper half in a text, a comment and a value, alone and after the one before it.
 std::string MakeDocumentOfBytes() {
     std::string document;
     for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {

@@ -6,6 +6,18 @@
 
 namespace Kestra::Tool {
 
+namespace {
+
+/// Where the section begins that ends a comment, in time in proportion to the comment. In it every other "<!-" and "<![" makes junk.
+std::size_t FindSection(std::string_view rest) {
+    std::size_t found = rest.find("<!");
+    while (found != std::string_view::npos && rest.substr(found + 2, 1) != "-" && rest.substr(found + 2, 1) != "[")
+        found = rest.find("<!", found + 2);
+    return found;
+}
+
+}  // namespace
+
 HiddenComments::HiddenComments(const HTML::GenericParser* observedParser, std::string_view input, std::uint64_t firstByte)
     : parser(observedParser), bytes(input), offset(firstByte) {}
 
@@ -41,7 +53,7 @@ std::uint64_t HiddenComments::CountCommentBytes(TokenKind kind) const {
     if (kind == TokenKind::TEXT)
         end = rest.find('\n');
     else if (kind == TokenKind::COMMENT_TAG || kind == TokenKind::CDATA_TAG || kind == TokenKind::CONDITIONAL_TAG)
-        end = std::min(rest.find("<!--"), rest.find("<!["));  // in a comment every other "<!-" and "<![" makes it junk
+        end = FindSection(rest);
     return end == std::string_view::npos ? 0 : end;
 }
 

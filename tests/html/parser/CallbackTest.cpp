@@ -659,6 +659,54 @@ TEST(QueryTest, TheCharsetIsSetWhenTheParserHasStarted) {
     }
 }
 
+TEST(QueryTest, AnExceptionBeforeTheCharsetIsSetDoesNotKeepItAway) {
+    struct Row {
+        const char* note;
+        GenericParser::DataStreamType type;
+        StringNS::CharSet::Code code;
+        std::string bytes;
+        const char* thrower;
+        StringNS::CharSet::Code charset;
+        bool discovers;
+    };
+    const Row rows[] = {
+        {"at the start", GenericParser::DATA_STREAM_8BIT, 1250, "", "start-parsing", 1250, false},
+        {"at the start, unknown", GenericParser::DATA_STREAM_8BIT, 0, "", "start-parsing", 0, true},
+        {"at the charset", GenericParser::DATA_STREAM_8BIT, 1250, "", "charset(1250)", 1250, false},
+        {"at the charset, unknown", GenericParser::DATA_STREAM_8BIT, 0, "", "charset(0)", 0, true},
+        {"at the start of UTF-16", GenericParser::DATA_STREAM_UTF16, 0, "", "start-parsing", 1200, false},
+        {"at the start of what has no mark", GenericParser::DATA_STREAM_AUTO, 1250, "a", "start-parsing", 1250, false},
+        {"at a UTF-8 mark", GenericParser::DATA_STREAM_AUTO, 0, "\xEF\xBB\xBF", "bom(EF BB BF)", 65001, false},
+        {"at a UTF-16 mark", GenericParser::DATA_STREAM_AUTO, 0, "\xFF\xFE", "bom(FF FE)", 1200, false},
+    };
+    for (const Row& row : rows) {
+        for (const StringNS::CharSet::Code before : {0U, 1251U}) {
+            SCOPED_TRACE(row.note);
+            Lines lines;
+            NarrowObserver observer(&lines);
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            EXPECT_EQ(parser.StartParse(before, GenericParser::DATA_STREAM_8BIT), 0U);
+            EXPECT_EQ(parser.EndParse(), 0U);
+            observer.hook = [&row](const std::string& line) {
+                if (line == row.thrower)
+                    throw ObserverError();
+            };
+            EXPECT_TRUE(Throws([&] {
+                parser.StartParse(row.code, row.type);
+                parser.ParseBuffer(row.bytes.data(), row.bytes.size());
+            }));
+            observer.hook = nullptr;
+            EXPECT_EQ(parser.GetCharset(), row.charset);
+            if (row.charset == 1200)
+                continue;
+            const std::string meta = "<meta charset=koi8-r>";
+            EXPECT_EQ(parser.ParseBuffer(meta.data(), meta.size()), 0U);
+            EXPECT_EQ(parser.GetCharset(), row.discovers ? 20866U : row.charset);
+        }
+    }
+}
+
 TEST(QueryTest, InTheCallbackForADeclaredCharsetReparsingIsNotYetDecided) {
     GenericParser parser;
     AnswerRecorder recorder(&parser);

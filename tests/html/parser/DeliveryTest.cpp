@@ -374,6 +374,9 @@ TEST(DeliveryTest, WantOfMemoryLosesATokenAndIsTheAnswerOfTheCall) {
             EXPECT_EQ(parser.GetConversionError(), 0U);
             EXPECT_EQ(feed("a<b>"), 0U);
             EXPECT_EQ(feed("!<b / >"), 11U) << "other results come first";
+            EXPECT_EQ(parser.EndParse(), 16U);
+            EXPECT_EQ(feed("x"), 8U) << "the next call that has none answers it";
+            EXPECT_EQ(feed("y"), 0U);
             start();
             EXPECT_EQ(feed("a<b>"), 0U) << "and the next document knows nothing of it";
             EXPECT_EQ(parser.EndParse(), 0U);

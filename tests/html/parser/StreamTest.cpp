@@ -288,6 +288,51 @@ TEST(ParseStreamTest, ThePositionIsAskedBeforeEveryRead) {
     EXPECT_EQ(stream.GetPositionCalls(), 5U);
 }
 
+TEST(ParseStreamTest, ACodeOfTheStreamIsReturnedWhateverItMeansElsewhere) {
+    // 16 of a construct lets the reading go on; 16, 705 and 706 of a stream do not.
+    for (const std::uint32_t code : {16U, 705U, 706U}) {
+        for (const std::uint64_t call : {1U, 2U}) {
+            SCOPED_TRACE(code);
+            Started started;
+            FaultyInputStream stream("a<b c");
+            stream.ShortenRead(1, 3).FailReadsFrom(call, code);
+            EXPECT_EQ(started.parser.ParseStream(&stream, false), code);
+            EXPECT_EQ(stream.GetReadCalls(), call);
+            EXPECT_EQ(started.parser.EndParse(), call == 1 ? 0U : 16U) << "the stream is no longer in use";
+        }
+    }
+}
+
+TEST(ParseStreamTest, WhatAFailedReadSaysItReadDoesNotCount) {
+    struct Boaster final : VFS::InputStream {
+        explicit Boaster(std::uint32_t readCode) : code(readCode) {}
+        std::uint32_t Read(void*, std::uint64_t, std::uint64_t* bytesRead) override {
+            *bytesRead = 100000;
+            return code;
+        }
+        std::uint32_t GetPosition(std::uint64_t* position) override {
+            *position = 0;
+            return 0;
+        }
+        std::uint32_t Seek(std::uint64_t) override {
+            return 0;
+        }
+        bool IsEnd() override {
+            return false;
+        }
+        std::uint32_t code;
+    };
+    StringNS::CharSet::Code code = 0;
+    Boaster ended(RESULT_END_OF_DATA);
+    Boaster failed(HOST_CODE);
+    Started started;
+    EXPECT_EQ(started.parser.DetectCharset(&ended, &code), 707U);
+    EXPECT_EQ(started.parser.DetectCharset(&failed, &code), HOST_CODE);
+    EXPECT_EQ(started.parser.ParseStream(&ended, false), 0U);
+    EXPECT_EQ(started.parser.ParseStream(&failed, false), HOST_CODE);
+    EXPECT_EQ(Join(started.lines), "");
+}
+
 TEST(ParseStreamTest, AStreamThatNeverDeliversAnythingEndsWith507) {
     struct Idle final : VFS::InputStream {
         std::uint32_t Read(void*, std::uint64_t, std::uint64_t* bytesRead) override {

@@ -318,7 +318,7 @@ TEST_F(FileNames, ThatAreForbidden) {
     Write("page");
     for (const std::string& name : {"page\0.html"s, "page.html\0"s, "\0"s}) {
         std::string bytes;
-        EXPECT_EQ(Tool::ReadInput(Path(name), &bytes), Tool::ReadResult::UNREADABLE) << "what is in front of the NUL would be a file";
+        EXPECT_EQ(Tool::ReadInput(Path(name), &bytes), Tool::ReadResult::UNREADABLE) << "what comes before the NUL would be a file";
         EXPECT_EQ(bytes, "");
     }
     EXPECT_EQ(Tool::ListInputs({folder.GetPath().string() + "\0x"s}), (Names{folder.GetPath().string() + "\0x"s}));

@@ -29,7 +29,7 @@ TEST(PosixDeliveryTest, TheTerminatorCompletesTheLastUnit) {
         std::string text;
     } rows[] = {
         {"big-endian UTF-16, half a unit", 1201, "\x01", "text(\\u0100)"},
-        {"behind a whole one", 1201, std::string("\0a\x30", 3), "text(a\\u3000)"},
+        {"after a whole one", 1201, std::string("\0a\x30", 3), "text(a\\u3000)"},
         {"half a unit of zero is a terminator", 1201, std::string("\0a\0", 3), "text(a)"},
         {"whole units", 1201, std::string("\0a", 2), "text(a)"},
         {"a terminator of its own", 1201, std::string("\0a\0\0", 4), "text(a\\x00)"},

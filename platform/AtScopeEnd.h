@@ -1,0 +1,22 @@
+#pragma once
+
+#include <utility>
+
+namespace Kestra {
+
+/// Does something at the end of a scope, also when an exception leaves it. The action must not throw.
+template <typename Action>
+class AtScopeEnd {
+public:
+    explicit AtScopeEnd(Action actionAtEnd) : action(std::move(actionAtEnd)) {}
+    AtScopeEnd(const AtScopeEnd&) = delete;
+    AtScopeEnd& operator=(const AtScopeEnd&) = delete;
+    ~AtScopeEnd() {
+        action();
+    }
+
+private:
+    Action action;
+};
+
+}  // namespace Kestra
