@@ -232,7 +232,7 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     ended = false;
     switch (type) {
         case DATA_STREAM_8BIT:
-            StartNarrow(0, false);
+            StartNarrow(0, false, 0);
             narrowParser->SetCharset(DocumentCharset(code));
             narrowParser->OnCharset(DocumentCharset(code));
             narrowParser->SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
@@ -252,16 +252,16 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
 }
 
 /// Begins a document with the 8-bit parser, which has the charset of the document before until the new one is set.
-void GenericParser::StartNarrow(std::uint64_t markLength, bool detected) {
+void GenericParser::StartNarrow(std::uint64_t markLength, bool detected, std::uint64_t bytesDropped) {
     mode = MODE_NARROW;
     wideParser->Rest();
-    narrowParser->Start(markLength, detected);
+    narrowParser->Start(markLength, detected, bytesDropped);
 }
 
 void GenericParser::StartWide(std::uint64_t markLength) {
     mode = MODE_WIDE;
     narrowParser->Rest();
-    wideParser->Start(markLength, false);
+    wideParser->Start(markLength, false, 0);
 }
 
 std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
@@ -295,6 +295,7 @@ std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, con
 //
 // "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible mark in an earlier piece are gone.
 std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
+    const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
     for (std::uint64_t i = 0; i < size; ++i) {
         const auto byte = static_cast<unsigned char>(data[i]);
         PieceOrigin rest = origin;
@@ -307,7 +308,7 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            StartNarrow(sizeof(StringNS::BOM_UTF8), false);
+            StartNarrow(sizeof(StringNS::BOM_UTF8), false, 0);
             narrowParser->OnBOM(StringNS::BOM_UTF8, sizeof(StringNS::BOM_UTF8));
             narrowParser->SetCharset(charset);
             narrowParser->SetDiscoverCharset(false);
@@ -319,7 +320,7 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
             return FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            StartNarrow(0, charsetDetected);
+            StartNarrow(0, charsetDetected, bytesDropped);
             narrowParser->SetCharset(DocumentCharset(charset));
             narrowParser->SetDiscoverCharset(charset == StringNS::CharSet::UNKNOWN);
             return FeedNarrow(data, size, origin);
@@ -493,6 +494,17 @@ Answer GenericParser::Ask(Query query, Answer otherwise) const {
     if (mode == MODE_WIDE)
         return query(std::as_const(*wideParser));
     return otherwise;
+}
+
+TokenPlace GenericParser::GetTokenPlace() const {
+    return Ask([](const auto& parser) { return parser.GetTokenPlace(); }, TokenPlace());
+}
+
+std::uint32_t GenericParser::GetAttributePlace(std::uint64_t index, AttributePlace* place) const {
+    if (place == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    const auto find = [index, place](const auto& parser) { return parser.GetAttributePlace(static_cast<std::size_t>(index), place); };
+    return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
 }
 
 std::uint64_t GenericParser::GetLine() const {
