@@ -9,10 +9,12 @@ CPP_FILES = git ls-files -z '*.h' '*.cpp'
 
 MAKEFLAGS += --no-print-directory
 
-# What `make test` runs in the optimized build as well, by label: the tests of whole documents, the comparisons with the second parsers, with
-# more documents, what the parsers take from the heap, with longer ones, and that the benchmarks run and no input takes more than linear
-# time. The target `optimized-tests` builds all of them.
-OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench
+# What `make test` runs in the optimized build as well, by label: the tests of whole documents, the
+# comparisons with the second parsers, with more documents, what the parsers take from the heap,
+# with longer ones, that the benchmarks run and no input takes more than linear time, and the
+# package, whose library exports otherwise than one without link-time optimization. The target
+# `optimized-tests` builds all of them.
+OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 
 # `make corpus`: the packages whose pages are checked. `make fuzz`: the seconds it runs.
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
@@ -22,7 +24,7 @@ FUZZ_SECONDS ?= 3600
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
-	@echo 'make test           build with sanitizers, run all tests; those of whole documents in the release too'
+	@echo 'make test           build with sanitizers, run all tests; those of whole documents and the package in the release too'
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
@@ -45,6 +47,7 @@ run:
 
 test:
 	@setup/install build
+	setup/test-peers build/sanitize/test-peers
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
 	cmake --preset release

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Everything of the document parser: `GenericParser`, the observer with its records, the serializer and the recognizers.
+/// Everything of the document parser: `GenericParser`, the observer with its records, the serializer, character references
+/// and the recognizers.
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/ResultCodes.h"
@@ -9,6 +10,7 @@
 #include "html/output/ParserObserverOutput.h"
 #include "html/output/StringOutputStreamParserObserverOutputHandler.h"
 #include "html/parser/GenericParser.h"
+#include "html/references/CharacterReferences.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/EntityTagSimpleParser.h"
 #include "html/tags/ExternTagSimpleParser.h"

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <iterator>
+#include <new>
 
 #include "platform/AsciiRuns.h"
 #include "platform/PlatformConverter.h"
@@ -23,12 +24,13 @@ constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {
     0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 // The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and in front of any others, on every
-// platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, 1361
-// with its won sign, and the national variants of seven bits.
-constexpr CharSet::Code KEEPING_ASCII[] = {
-    437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,   862,   863,   865,   866,   869,   874,   932,
-    936,   949,   950,   1250,  1251,  1253,  1254,  1255,  1256,  1257,  1258,  10000, 10006, 10007, 10017, 10029, 10081, 20866, 20932,
-    20936, 20949, 21866, 28592, 28593, 28594, 28595, 28596, 28597, 28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
+// platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, T.61, and
+// the national variants of seven bits.
+constexpr CharSet::Code KEEPING_ASCII[] = {437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,
+                                           862,   863,   865,   866,   869,   874,   932,   936,   949,   950,   1250,  1251,
+                                           1253,  1254,  1255,  1256,  1257,  1258,  1361,  10000, 10006, 10007, 10017, 10029,
+                                           10081, 20866, 20932, 20936, 20949, 21866, 28592, 28593, 28594, 28595, 28596, 28597,
+                                           28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
 static_assert(std::is_sorted(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII)));
 
 /// Makes `*output` `size` characters long without copying what it held when it must grow. @return its first character.
@@ -263,6 +265,20 @@ void WideToUtf16(const WideChar* from, std::uint64_t size, std::string* output) 
     }
 }
 
+/// Bytes of the smallest character of a code page.
+std::uint64_t GetUnitSize(CharSet::Code code) {
+    switch (code) {
+        case 1200:
+        case 1201:
+            return 2;
+        case 12000:
+        case 12001:
+            return 4;
+        default:
+            return 1;
+    }
+}
+
 }  // namespace
 
 CharSetConverter::CharSetConverter() = default;
@@ -282,6 +298,14 @@ CharSetConverter::Platform* CharSetConverter::Open(CharSet::Code code) {
     return platform.get();
 }
 
+std::uint64_t CharSetConverter::LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size) {
+    const std::uint64_t unit = GetUnitSize(code);
+    const std::uint64_t length = size % unit == 0 ? unit : 1;
+    if (size < length)
+        return size;
+    return std::all_of(data + (size - length), data + size, [](char byte) { return byte == 0; }) ? size - length : size;
+}
+
 bool CharSetConverter::KeepsAscii(CharSet::Code code) {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
@@ -296,7 +320,7 @@ bool CharSetConverter::KeepsAscii(CharSet::Code code) {
     }
 }
 
-std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) {
+std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) try {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
     switch (code) {
@@ -318,9 +342,12 @@ std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std
         default:
             return Open(code)->ToWide(data, size, output);
     }
+} catch (const std::bad_alloc&) {
+    output->clear();
+    return RESULT_OUT_OF_MEMORY;
 }
 
-std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) {
+std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) try {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
     switch (code) {
@@ -342,6 +369,9 @@ std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* dat
         default:
             return Open(code)->FromWide(data, size, output);
     }
+} catch (const std::bad_alloc&) {
+    output->clear();
+    return RESULT_OUT_OF_MEMORY;
 }
 
 }  // namespace Kestra::StringNS

@@ -26,7 +26,8 @@ public:
     /// subpart in UTF-8. 1200 takes pairs of bytes, low byte first; an odd last byte becomes U+FFFD. On Windows the system's converters
     /// have marks of their own for what is invalid or not assigned: U+30FB in 932, private characters in others.
     /// @param code  0 is the ANSI rule: the process's ANSI code page on Windows, 1252 on POSIX.
-    /// @return 0, or RESULT_UNSUPPORTED_CHARSET with an empty output: there is no converter, also for an empty string, or it failed.
+    /// @return 0; with an empty output RESULT_UNSUPPORTED_CHARSET: there is no converter, also for an empty string, or it failed; or
+    ///         RESULT_OUT_OF_MEMORY, which says nothing of the code page: the next string tries again.
     std::uint32_t ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output);
 
     /// Replaces `*output` by the bytes of `size` UTF-16 units in code page `code`; a character that the code page lacks becomes "?",
@@ -34,8 +35,13 @@ public:
     /// "??" for a pair of surrogates.
     std::uint32_t FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
 
+    /// The size of a string without a terminator counted last: one NUL of the code page, or the single NUL byte that ends any `char` string
+    /// and follows the last whole character. A NUL byte that completes a unit of UTF-16 or UTF-32 that is not zero stays. The
+    /// terminator is left out before the conversion, so half a character at the end cannot take it for its other half.
+    static std::uint64_t LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size);
+
     /// Whether this platform converts the code page both ways, and a string of ASCII in it is the same bytes as in ASCII. Whoever knows
-    /// that of a code page needs no call for such a string.
+    /// that of a code page needs no call for such a string. Throws `std::bad_alloc`, and is to be asked again then.
     /// @param code  0 is the ANSI rule.
     bool KeepsAscii(CharSet::Code code);
 

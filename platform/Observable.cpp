@@ -44,7 +44,8 @@ MultiDelegate::MultiDelegate(const MultiDelegate& other) : bindings(other.bindin
 
 MultiDelegate& MultiDelegate::operator=(const MultiDelegate& other) {
     if (this != &other) {
-        bindings = other.bindings;
+        std::map<unsigned long, std::vector<Binding>> copy(other.bindings);
+        bindings.swap(copy);
         hasRemoved = other.hasRemoved;
         Sweep();
     }
@@ -101,21 +102,29 @@ void MultiDelegate::Call(unsigned long id, const void* const* arguments) {
 
 Observable::Observable() = default;
 
-Observable::Observable(const Observable& other) : delegate(other.delegate) {
-    AdoptObservers(other);
+Observable::Observable(const Observable& other) : delegate(other.delegate), observers(other.observers) {
+    JoinAll(observers);
 }
 
+/// First all that may fail: until then the observers are attached to both lists, and the delegate is the old one.
 Observable& Observable::operator=(const Observable& other) {
     if (this != &other) {
-        DetachAll();
-        delegate = other.delegate;
-        AdoptObservers(other);
+        std::vector<Observer*> adopted(other.observers);
+        JoinAll(adopted);
+        try {
+            delegate = other.delegate;
+        } catch (...) {
+            LeaveAll(adopted, adopted.size());
+            throw;
+        }
+        observers.swap(adopted);
+        LeaveAll(adopted, adopted.size());
     }
     return *this;
 }
 
 Observable::~Observable() {
-    DetachAll();
+    LeaveAll(observers, observers.size());
 }
 
 void Observable::Attach(Observer* observer) {
@@ -148,19 +157,24 @@ void Observable::Join(Observer* observer) {
     }
 }
 
-void Observable::AdoptObservers(const Observable& other) {
+/// Every observer of the list knows of one attachment more, or, when memory runs out, none does.
+void Observable::JoinAll(const std::vector<Observer*>& list) {
+    std::size_t joined = 0;
     try {
-        for (Observer* observer : other.observers)
-            Join(observer);
+        for (; joined < list.size(); ++joined)
+            list[joined]->attachedTo.push_back(this);
     } catch (...) {
-        DetachAll();
+        LeaveAll(list, joined);
         throw;
     }
 }
 
-void Observable::DetachAll() {
-    while (!observers.empty())
-        Detach(observers.back());
+/// The first observers of the list know of one attachment less.
+void Observable::LeaveAll(const std::vector<Observer*>& list, std::size_t count) noexcept {
+    for (std::size_t i = 0; i < count; ++i) {
+        std::vector<Observable*>& attachedTo = list[i]->attachedTo;
+        attachedTo.erase(std::find(attachedTo.begin(), attachedTo.end(), this));
+    }
 }
 
 }  // namespace Kestra::Base

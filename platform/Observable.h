@@ -42,6 +42,7 @@ public:
     MultiDelegate();
     /// A copy has the same bindings.
     MultiDelegate(const MultiDelegate& other);
+    /// When memory runs out, it throws and changes nothing.
     MultiDelegate& operator=(const MultiDelegate& other);
     ~MultiDelegate();
 
@@ -77,6 +78,7 @@ private:
 
 /// One who raises events. A copy has the same observers attached; they are told of both.
 ///
+/// When memory runs out, an assignment throws `std::bad_alloc` and changes nothing.
 /// It must be neither assigned to nor destroyed while it raises an event. An observable and its observers belong to one thread at a time:
 /// each keeps a list of the others.
 class KESTRA_HTML_API Observable {
@@ -100,8 +102,8 @@ protected:
 private:
     friend class Observer;
     void Join(Observer* observer);
-    void AdoptObservers(const Observable& other);
-    void DetachAll();
+    void JoinAll(const std::vector<Observer*>& list);
+    void LeaveAll(const std::vector<Observer*>& list, std::size_t count) noexcept;
 
     MultiDelegate delegate;
     std::vector<Observer*> observers;  // once for each attachment

@@ -13,7 +13,8 @@ namespace Kestra::StringNS {
 /// The operating system's (on POSIX: ICU's) converter for one code page, opened by the constructor and closed by the destructor.
 ///
 /// A code page without a converter is remembered as such: the object is made all the same, nothing is looked up again, and both
-/// conversions answer RESULT_UNSUPPORTED_CHARSET.
+/// conversions answer RESULT_UNSUPPORTED_CHARSET. For want of memory, the system's included, the constructor and the conversions throw
+/// `std::bad_alloc`: that is no verdict on the code page.
 class CharSetConverter::Platform {
 public:
     explicit Platform(CharSet::Code openedCode);

@@ -1,5 +1,7 @@
 #include "platform/Processor.h"
 
+#include <atomic>
+
 #if defined(KESTRA_CARRYLESS_FUNCTION)
 #if defined(_MSC_VER)
 #include <intrin.h>
@@ -39,11 +41,25 @@ bool AskProcessor() {
 
 #endif
 
+enum class Answer : unsigned char {
+    NONE,
+    NO,
+    YES,
+};
+
+/// Not a static object of the function, whose guard starts the runtime of threads.
+constinit std::atomic<Answer> lastAnswer = Answer::NONE;
+
 }  // namespace
 
 bool HasCarrylessMultiplication() {
-    static const bool answer = AskProcessor();
-    return answer;
+    // Threads that come at the same time may each ask: the answer is the same.
+    Answer answer = lastAnswer.load(std::memory_order_relaxed);
+    if (answer == Answer::NONE) {
+        answer = AskProcessor() ? Answer::YES : Answer::NO;
+        lastAnswer.store(answer, std::memory_order_relaxed);
+    }
+    return answer == Answer::YES;
 }
 
 }  // namespace Kestra::Base

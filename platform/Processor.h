@@ -23,7 +23,8 @@
 
 namespace Kestra::Base {
 
-/// Whether a function marked with `KESTRA_CARRYLESS_FUNCTION` may run. The processor is asked once.
+/// Whether a function marked with `KESTRA_CARRYLESS_FUNCTION` may run. The processor is asked by
+/// the first call.
 bool HasCarrylessMultiplication();
 
 }  // namespace Kestra::Base

@@ -10,7 +10,7 @@ namespace Kestra {
 enum Result : std::uint32_t {
     RESULT_OK = 0,
     RESULT_INVALID_ARGUMENT = 2,      ///< a null pointer, an impossible size, a file that does not exist
-    RESULT_OUT_OF_MEMORY = 8,         ///< a read buffer could not be allocated
+    RESULT_OUT_OF_MEMORY = 8,         ///< a read buffer, or what a conversion needs, could not be allocated
     RESULT_UNAVAILABLE = 11,          ///< the charset detector could not be started
     RESULT_UNSUPPORTED_CHARSET = 50,  ///< no converter for this code page, or it failed
     RESULT_STREAM_FAILED = 512,       ///< a stream could not be read, written or positioned

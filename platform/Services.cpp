@@ -20,31 +20,26 @@ std::uint32_t FromWide(StringNS::CharSetConverter* converter, StringNS::CharSet:
     return converter->FromWide(code, data, size, output);
 }
 
-thread_local const Services* overriding = nullptr;
-
-/// The overrides of all threads. A thread sees its own at once, and no other thread's matter to it.
-std::atomic<std::uint32_t> overrides = 0;
+/// One for the process: on Windows a variable of each thread starts a runtime that outlives the
+/// library when a host frees it.
+constinit std::atomic<const Services*> current = &PLATFORM_SERVICES;
 
 }  // namespace
 
-const Services PLATFORM_SERVICES = {CharsetDetector::Detect, AdjustBuffer, ToWide, FromWide};
+constinit const Services PLATFORM_SERVICES = {CharsetDetector::Detect, AdjustBuffer, ToWide, FromWide};
 
 const Services& GetServices() {
-    return overriding != nullptr ? *overriding : PLATFORM_SERVICES;
+    return *current.load(std::memory_order_acquire);
 }
 
 bool AreServicesReal() {
-    return overrides.load(std::memory_order_relaxed) == 0 || &GetServices() == &PLATFORM_SERVICES;
+    return current.load(std::memory_order_relaxed) == &PLATFORM_SERVICES;
 }
 
-ServicesOverride::ServicesOverride(const Services& services) : previous(overriding) {
-    overriding = &services;
-    overrides.fetch_add(1, std::memory_order_relaxed);
-}
+ServicesOverride::ServicesOverride(const Services& services) : previous(current.exchange(&services, std::memory_order_acq_rel)) {}
 
 ServicesOverride::~ServicesOverride() {
-    overriding = previous;
-    overrides.fetch_sub(1, std::memory_order_relaxed);
+    current.store(previous, std::memory_order_release);
 }
 
 }  // namespace Kestra::Base

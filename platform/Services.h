@@ -22,13 +22,15 @@ struct Services {
 /// The real services.
 extern const Services PLATFORM_SERVICES;
 
-/// The services of the calling thread: the real ones, or those of the innermost `ServicesOverride`.
+/// The real services, or those of the innermost `ServicesOverride`.
 const Services& GetServices();
 
-/// Whether `GetServices` answers with the real ones, which is so without a look at the thread where no thread has others.
+/// Whether `GetServices` answers with the real ones.
 bool AreServicesReal();
 
-/// Puts other services in place for the calling thread for as long as it lives.
+/// Puts other services in place, in the whole process and for as long as it lives. Made for tests:
+/// overrides end in the reverse order of their beginnings, and begin and end while no other thread
+/// parses.
 class ServicesOverride {
 public:
     explicit ServicesOverride(const Services& services);

@@ -1,6 +1,5 @@
 #include "platform/StringHelper.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "platform/CharSetConverter.h"
@@ -12,30 +11,6 @@ const unsigned char BOM_UTF8[3] = {0xEF, 0xBB, 0xBF};
 const unsigned char BOM_UTF16_LE[2] = {0xFF, 0xFE};
 
 namespace {
-
-/// Bytes of the smallest character of a code page.
-std::uint64_t GetUnitSize(CharSet::Code code) {
-    switch (code) {
-        case 1200:
-        case 1201:
-            return 2;
-        case 12000:
-        case 12001:
-            return 4;
-        default:
-            return 1;
-    }
-}
-
-/// The count without a terminator counted last: one NUL of the code page, or the single NUL byte that ends any `char` string and
-/// lies behind the last whole character.
-std::uint64_t LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size) {
-    const std::uint64_t unit = GetUnitSize(code);
-    const std::uint64_t length = size % unit == 0 ? unit : 1;
-    if (size < length)
-        return size;
-    return std::all_of(data + (size - length), data + size, [](char byte) { return byte == 0; }) ? size - length : size;
-}
 
 /// The checks that all conversions share. Empties `*output`. @return 0 when the conversion may go on.
 template <typename C, typename S>
@@ -74,7 +49,7 @@ std::uint32_t StringHelper::GetWideFromGeneric(CharSet::Code code, const char* d
         return result;
     if (conversionType != 0)
         return RESULT_INVALID_ARGUMENT;
-    return CharSetConverter().ToWide(code, data, LeaveOutTerminator(code, data, size), output);
+    return CharSetConverter().ToWide(code, data, CharSetConverter::LeaveOutTerminator(code, data, size), output);
 }
 
 std::uint32_t StringHelper::GetStringFromAnsi(const char* data, std::uint64_t size, WideString* output) {

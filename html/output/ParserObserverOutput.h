@@ -5,12 +5,20 @@
 
 namespace Kestra::HTML {
 
-/// An observer that writes every token back as markup, so that the output of a parse reproduces its input. A host derives from it and
-/// receives the output in `OnOutput`; the static writers put a single record out to any handler.
+/// An observer that writes the tokens it gets back as markup. That is no copy of most documents:
 ///
-/// Each punctuation character is a piece of its own, each string one piece, empty ones too. In the wide flavour the bodies of comments,
-/// CDATA and conditional sections are passed with a byte count equal to their length in characters, so only their first half
-/// arrives; hosts rely on it. Null strings and lists in a record made by a host are written as empty.
+/// - An 8-bit observer of 8-bit text gets no line comments of scripts, so none are written.
+/// - The wide one passes the bodies of markup comments, CDATA sections and conditional sections (condition and tail) with a byte count
+/// equal to
+///   their length in characters, so that only their first half arrives; hosts rely on it. A UTF-16 document with such a body that is
+///   not empty answers 704 to the self-check, which is written by the same writers.
+///
+/// Of 258 real pages (npm, htmlparser-benchmark 1.1.3) 57 come out identical in 8 bits and one in the wide flavour. A copy of an 8-bit
+/// document is what `GenericParser::GetSelfCheckStream` gives: the self-check gets every token of the parser's own flavour.
+///
+/// A host derives from it and receives the output in `OnOutput`; the static writers put a single record out to any handler. Each
+/// punctuation character is a piece of its own, each string one piece, empty ones too. Null strings and lists in a record made by a host
+/// are written as empty.
 template <typename C, typename S>
 class KESTRA_HTML_API ParserObserverOutput : public ParserObserver<C, S> {
 public:

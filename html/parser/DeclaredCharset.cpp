@@ -1,5 +1,7 @@
 #include "html/parser/DeclaredCharset.h"
 
+#include <cstdint>
+#include <new>
 #include <string_view>
 
 #include "platform/Results.h"
@@ -54,7 +56,10 @@ StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::st
     // The conversion would take a NUL at the end for a terminator; no name has one.
     if (name.empty() || name.back() == 0)
         return StringNS::CharSet::UNKNOWN;
-    if (StringNS::StringHelper::GetStringFromAnsi(name.data(), name.size(), buffer) != RESULT_OK)
+    const std::uint32_t result = StringNS::StringHelper::GetStringFromAnsi(name.data(), name.size(), buffer);
+    if (result == RESULT_OUT_OF_MEMORY)
+        throw std::bad_alloc();  // the name is not unknown
+    if (result != RESULT_OK)
         return StringNS::CharSet::UNKNOWN;
     const StringNS::CharSet::Code code = StringNS::CharSet::GetCharSetCode(*buffer);
     return code == StringNS::CharSet::UTF16_LE ? StringNS::CharSet::UNKNOWN : code;

@@ -272,7 +272,13 @@ std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
     const std::uint32_t result = FeedBytes(data, size, PieceOrigin());
     if (result == PARSER_OK)
         use.Keep();
-    return result;
+    return AnswerWith(result);
+}
+
+/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing: only the answer tells of it.
+std::uint32_t GenericParser::AnswerWith(std::uint32_t result) {
+    const bool outOfMemory = mode == MODE_NARROW ? narrowParser->TakeOutOfMemory() : mode == MODE_WIDE && wideParser->TakeOutOfMemory();
+    return result == PARSER_OK && outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : result;
 }
 
 std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
@@ -358,14 +364,14 @@ std::uint32_t GenericParser::ParseStream(VFS::InputStream* stream, bool ownsStre
         return PARSER_INVALID_ARGUMENT;
     std::uint32_t result = FeedStream(stream);
     if (result != PARSER_OK)
-        return result;
+        return AnswerWith(result);
     result = DetectLateCharset(stream);
     if (result == PARSER_PARSE_AGAIN)
-        return result;
+        return AnswerWith(result);
     if (ownsStream)
         KeepOpenConstruct();
     use.Keep();
-    return result;
+    return AnswerWith(result);
 }
 
 std::uint32_t GenericParser::FeedStream(VFS::InputStream* stream) {
@@ -444,7 +450,7 @@ std::uint32_t GenericParser::EndParse() {
     if (!isRunning || ended)
         return PARSER_OK;
     ended = true;
-    return mode == MODE_NARROW ? narrowParser->End() : wideParser->End();
+    return AnswerWith(mode == MODE_NARROW ? narrowParser->End() : wideParser->End());
 }
 
 std::uint32_t GenericParser::DetectCharset(const void* data, std::uint64_t size, StringNS::CharSet::Code* out) {
@@ -529,6 +535,10 @@ bool GenericParser::IsWParser() const {
 
 bool GenericParser::HasCharsetErrors() const {
     return Ask([](const auto& parser) { return parser.HasCharsetErrors(); }, false);
+}
+
+std::uint32_t GenericParser::GetConversionError() const {
+    return Ask([](const auto& parser) { return parser.GetConversionError(); }, std::uint32_t{PARSER_OK});
 }
 
 bool GenericParser::NeedsReparsing() const {

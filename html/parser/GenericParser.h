@@ -31,6 +31,10 @@ class Parser;
 /// **Results**: 0, or a `ParserResult`, a `RecognizerResult` of a construct that could not be re-read as junk, or a code of the stream.
 /// **Junk**: a construct that fails is re-read from the backing stream and delivered as junk. `ParseBuffer` has no stream behind it, so
 /// there such a construct ends the parse with the recognizer's code.
+/// **Conversion**: a token for an observer of the other flavour that cannot be converted is lost, and the parse goes on;
+/// `GetConversionError` tells why. When memory was lacking the conversion of the next token tries again, and a feeding or ending call that
+/// would have answered 0 answers RESULT_OUT_OF_MEMORY (8): all else is as with 0.
+/// **Exceptions**: what a callback or a stream throws, and `std::bad_alloc` where memory is exhausted and no result says so; no others.
 /// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
@@ -80,7 +84,8 @@ public:
     /// Parses the next piece, of any size.
     /// @param data  borrowed for the call; UTF-16 at an odd address is copied once
     /// @param size  in bytes; 0 changes nothing
-    /// @return 0; 2 for null data with a size, or for UTF-16 in an odd number of bytes; 705 to parse again; the code of a failed construct
+    /// @return 0; 2 for null data with a size, or for UTF-16 in an odd number of bytes; 8 as 0, but a token was lost for want of memory;
+    ///         705 to parse again; the code of a failed construct
     std::uint32_t ParseBuffer(const char* data, std::uint64_t size);
 
     /// Parses a stream from its current position to its end. Does not call `EndParse`.
@@ -89,11 +94,12 @@ public:
     /// began: a stream whose positions say otherwise makes it a construct that cannot be read again.
     ///
     /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A borrowed stream must live until
-    ///                    `EndParse`, `StartParse` or the next call that answers an error, because junk is read from it again. With 0 and
-    ///                    with 706 it stays in use after this call; every other answer ends its use.
-    /// @return 0; 2 for null; 705 when the charset is found late: start again with `GetCharset`; 706 when the whole stream has been parsed
-    ///         and its charset could not be detected: `EndParse` then ends the document as after 0; a code of `ParseBuffer`, of the stream
-    ///         or of the buffer. 507 when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
+    ///                    `EndParse`, `StartParse` or the next call that answers an error, because junk is read from it again. With 0,
+    ///                    with 706, and with 8 for a lost token, it stays in use after this call; every other answer ends its use.
+    /// @return 0; 2 for null; 8 as 0, but a token was lost for want of memory, or when the buffer cannot be allocated; 705 when the
+    ///         charset is found late: start again with `GetCharset`; 706 when the whole stream has been parsed and its charset could not
+    ///         be detected: `EndParse` then ends the document as after 0; a code of `ParseBuffer`, of the stream or of the buffer. 507
+    ///         when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
     /// Parses a file as `ParseStream` does. @return the same, and 2 when it cannot be opened.
@@ -101,8 +107,8 @@ public:
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or called twice, returns 0 without
     /// callbacks. Bytes fed afterwards without `StartParse` continue the document.
-    /// @return 0; without `OnEndParsing` 704 when the self-check finds a difference or lost its copy, and 16 or a recognizer's code when
-    ///         a construct is open and cannot be re-read as junk
+    /// @return 0; 8 as 0, but a token was lost for want of memory; without `OnEndParsing` 704 when the self-check finds a difference
+    ///         or lost its copy, and 16 or a recognizer's code when a construct is open and cannot be re-read as junk
     std::uint32_t EndParse();
 
     /// Detects the charset of a buffer; needs DETECTCHARSET_MIN_SIZE bytes and the minimum confidence.
@@ -113,7 +119,8 @@ public:
     /// Detects over at most BUFFER_SIZE bytes from the stream's current position. The stream stays the caller's.
     std::uint32_t DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out);
 
-    /// Place of the next unread character, from 1, in characters of the running parser.
+    /// Place of the next unread character, from 1, in characters of the running parser. In a callback that is the end of the token; in
+    /// `OnText` it is the place after the opener of the next construct, such as "<", which has been read.
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
 
@@ -147,8 +154,14 @@ public:
     /// True when the 16-bit parser runs.
     bool IsWParser() const;
 
-    /// True when `SetDetectCharsetErrors` is on and a string for a wide observer could not be decoded without loss.
+    /// True when `SetDetectCharsetErrors` is on and a string for a wide observer could not be decoded without loss: a replacement character
+    /// took the place of bytes, or the conversion failed (`GetConversionError`) and the token was lost.
     bool HasCharsetErrors() const;
+
+    /// The code of the document's last conversion that failed, for an observer of the other flavour: RESULT_UNSUPPORTED_CHARSET (50) when
+    /// there is no converter for `GetCharset` or it failed, RESULT_OUT_OF_MEMORY (8). 0 when none has failed, and when no parser runs.
+    /// Needs no setting.
+    std::uint32_t GetConversionError() const;
 
     /// True when a charset declared in the markup came too late: parse again with `GetCharset`. Not yet in `OnCharset`.
     bool NeedsReparsing() const;
@@ -189,6 +202,7 @@ private:
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedStream(VFS::InputStream* stream);
+    std::uint32_t AnswerWith(std::uint32_t result);
     std::uint32_t DetectLateCharset(VFS::InputStream* stream);
     void KeepOpenConstruct();
     void SetBackingStream(VFS::InputStream* stream);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "html/framework/Instantiate.h"
@@ -272,6 +273,7 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     selfCheck.Reset(false);
     hasCharsetErrors = false;
     charsetErrors = 0;
+    outOfMemory = false;
     convertedForObserver = false;
     needsReparsing = false;
     Notify([](auto* observer) { observer->OnStartParsing(); });
@@ -829,16 +831,30 @@ void Parser<C, S>::DeliverToObserver(Record* record) {
             CallObserver(observer, record);
         } else {
             typename RecordOfOtherFlavour<Record>::Type converted{};
-            converter.Begin(charset, detectCharsetErrors);
-            converter.Convert(*record, &converted);
+            const std::uint32_t result = ConvertRecord(*record, &converted);
             convertedForObserver = convertedForObserver || converter.HasConverted();
-            hasCharsetErrors = hasCharsetErrors || converter.HasReplacements();
-            if (converter.GetResult() == 0)
+            hasCharsetErrors = hasCharsetErrors || converter.HasReplacements() || (detectCharsetErrors && result != RESULT_OK);
+            if (result == RESULT_OK) {
                 CallObserver(observer, &converted);
-            else
-                charsetErrors = converter.GetResult();
+            } else {
+                charsetErrors = result;
+                outOfMemory = outOfMemory.Get() || result == RESULT_OUT_OF_MEMORY;
+            }
         }
     });
+}
+
+/// @return 0, or why the record is lost
+template <typename C, typename S>
+template <typename Record, typename Converted>
+std::uint32_t Parser<C, S>::ConvertRecord(const Record& record, Converted* converted) {
+    converter.Begin(charset, detectCharsetErrors);
+    try {
+        converter.Convert(record, converted);
+    } catch (const std::bad_alloc&) {
+        return RESULT_OUT_OF_MEMORY;
+    }
+    return converter.GetResult();
 }
 
 template <typename C, typename S>
@@ -1116,6 +1132,16 @@ bool Parser<C, S>::GetDetectCharsetErrors() const {
 template <typename C, typename S>
 bool Parser<C, S>::HasCharsetErrors() const {
     return detectCharsetErrors && hasCharsetErrors;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::GetConversionError() const {
+    return charsetErrors;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::TakeOutOfMemory() {
+    return std::exchange(outOfMemory.Get(), false);
 }
 
 template <typename C, typename S>

@@ -122,6 +122,10 @@ public:
     void Rest();
     bool GetDetectCharsetErrors() const;
     bool HasCharsetErrors() const;
+    /// The last failed conversion of the document, 0 for none.
+    std::uint32_t GetConversionError() const;
+    /// Whether a record has been lost for want of memory since the last call.
+    bool TakeOutOfMemory();
     bool NeedsReparsing() const;
     bool WasCharsetDetectorUsed() const;
 
@@ -215,6 +219,8 @@ private:
     void Deliver(Record record, std::uint64_t charactersAhead = 0);
     template <typename Record>
     void DeliverToObserver(Record* record);
+    template <typename Record, typename Converted>
+    std::uint32_t ConvertRecord(const Record& record, Converted* converted);
     template <typename Callback>
     void Notify(Callback callback);
 
@@ -285,7 +291,8 @@ private:
     bool charsetFromMarkup;
     WideString declaredName;  // kept for its buffer
     bool charsetDetectorUsed;
-    std::uint32_t charsetErrors;  // the last failed conversion, 0 for none
+    std::uint32_t charsetErrors;    // the last failed conversion, 0 for none
+    Uninherited<bool> outOfMemory;  // one has failed for want of memory, and no call has told of it yet
     Uninherited<VFS::InputStream*> backingStream;
     std::uint64_t pieceBase;       // offset of the piece's first character in the stream, in bytes
     std::uint64_t tokenStartPos;   // where the token in progress began: characters into a piece,

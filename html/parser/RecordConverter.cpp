@@ -1,10 +1,12 @@
 #include "html/parser/RecordConverter.h"
 
 #include <bit>
+#include <new>
 
 #include "html/framework/AssignText.h"
 #include "html/framework/Instantiate.h"
 #include "platform/AsciiRuns.h"
+#include "platform/Results.h"
 #include "platform/Services.h"
 
 namespace Kestra::HTML {
@@ -13,6 +15,14 @@ namespace {
 
 bool ContainsReplacementCharacter(const WideString& text) {
     return text.find(static_cast<WideChar>(0xFFFD)) != WideString::npos;
+}
+
+/// The bytes to convert of a string, which counts with the NUL that ends it: the NUL completes a unit of UTF-16BE or UTF-32 that lacks its
+/// last byte, and is left out anywhere else. In 1200 an odd last byte stays one; hosts rely on it.
+std::uint64_t CountBytes(StringNS::CharSet::Code code, const std::string& text) {
+    if (code == StringNS::CharSet::UTF16_LE)
+        return text.size();
+    return StringNS::CharSetConverter::LeaveOutTerminator(code, text.data(), text.size() + 1);
 }
 
 /// Makes a string so long, without a call where it has been longer. What it holds then is worth nothing.
@@ -47,15 +57,21 @@ RecordConverter<C, S>::~RecordConverter() = default;
 
 template <typename C, typename S>
 void RecordConverter<C, S>::Begin(StringNS::CharSet::Code documentCharset, bool detect) {
-    if (documentCharset != charset || charsetShortcut == SHORTCUT_UNKNOWN) {
-        charset = documentCharset;
-        charsetShortcut = FindShortcut();
-    }
-    shortcut = Base::AreServicesReal() ? charsetShortcut : SHORTCUT_NONE;
     result = 0;
     detectReplacements = detect;
     hasConverted = false;
     hasReplacements = false;
+    if (documentCharset != charset || charsetShortcut == SHORTCUT_UNKNOWN) {
+        charset = documentCharset;
+        charsetShortcut = SHORTCUT_UNKNOWN;
+        try {
+            charsetShortcut = FindShortcut();
+        } catch (const std::bad_alloc&) {
+            result = RESULT_OUT_OF_MEMORY;
+        }
+    }
+    const bool hasShortcut = charsetShortcut != SHORTCUT_UNKNOWN && Base::AreServicesReal();
+    shortcut = hasShortcut ? charsetShortcut : SHORTCUT_NONE;
 }
 
 template <typename C, typename S>
@@ -98,7 +114,7 @@ void RecordConverter<C, S>::CallServices(const S& from, OtherString* to) {
         return;
     const Base::Services& services = Base::GetServices();
     if constexpr (std::is_same_v<C, char>) {
-        result = services.toWide(&converter, charset, from.data(), from.size(), to);
+        result = services.toWide(&converter, charset, from.data(), CountBytes(charset, from), to);
         if (result == 0 && detectReplacements && ContainsReplacementCharacter(*to) &&
             !(charset == StringNS::CharSet::UTF8 && from.find("\xEF\xBF\xBD") != std::string::npos))
             hasReplacements = true;
@@ -211,6 +227,7 @@ void RecordConverter<C, S>::Convert(const ExternTagData<C, S>& from, ExternTagDa
 
 template <typename C, typename S>
 void RecordConverter<C, S>::Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to) {
+    result = 0;  // it needs nothing of what `Begin` could not have
     *to = {from.text};
 }
 

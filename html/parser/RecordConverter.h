@@ -49,7 +49,8 @@ public:
     /// @param detect  look for replacements in what 8-bit strings become
     void Begin(StringNS::CharSet::Code documentCharset, bool detect);
 
-    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if `GetResult` is 0.
+    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if `GetResult` is 0. Throws `std::bad_alloc`
+    /// when its own strings and lists cannot grow.
     void Convert(const TextData<C, S>& from, TextData<OtherCharacter, OtherString>* to);
     void Convert(const CCommentData<C, S>& from, CCommentData<OtherCharacter, OtherString>* to);
     void Convert(const CPPCommentData<C, S>& from, CPPCommentData<OtherCharacter, OtherString>* to);
@@ -66,7 +67,8 @@ public:
     /// Junk is bytes in both flavours and crosses unconverted.
     void Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to);
 
-    /// 0, or the code of the first string that could not be converted.
+    /// 0, or the code of the first string that could not be converted. RESULT_OUT_OF_MEMORY says nothing of the charset: the next record
+    /// tries again.
     std::uint32_t GetResult() const;
 
     /// True when a string was converted, or failed to be.
@@ -81,7 +83,7 @@ private:
 
     /// What spares strings a call.
     enum Shortcut : std::uint32_t {
-        SHORTCUT_UNKNOWN,  // no record yet
+        SHORTCUT_UNKNOWN,  // no record yet, or no memory to find out
         SHORTCUT_NONE,
         SHORTCUT_ASCII,  // a string of ASCII is the same in both flavours
         SHORTCUT_COPY,   // wide characters are their own bytes

@@ -4,7 +4,10 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include "platform/BufferAllocPolicy.h"
 #include "platform/KeptBuffers.h"
@@ -158,34 +161,21 @@ private:
     StatelessHTMLParser* parser;
 };
 
-StatelessHTMLParser::StatelessHTMLParser()
-    : flags(MARKUP_CHOOSES_CHARSET),
-      started(false),
-      charset(StringNS::CharSet::UNKNOWN),
-      cursor(nullptr),
-      position(0),
-      length(0),
-      state(TEXT),
-      afterNewline(false),
-      attributeState(ATTRIBUTE_NAME),
-      valueState(VALUE_NOT_BEGUN),
-      selfClosing(false),
-      startTagState(TAG_NAME),
-      externTagState(TAG_NAME),
-      entityTagState(TAG_NAME),
-      endTagState(END_TAG_NAME),
-      commentState(COMMENT_BODY),
-      scriptState(SCRIPT_CODE),
-      scriptPrevious(0),
-      styleState(STYLE_RULES),
-      line(1),
-      column(1),
-      lastByte(0),
-      buffersDue(0) {}
+StatelessHTMLParser::StatelessHTMLParser() = default;
 
 StatelessHTMLParser::StatelessHTMLParser(const StatelessHTMLParser&) = default;
 
-StatelessHTMLParser& StatelessHTMLParser::operator=(const StatelessHTMLParser&) = default;
+StatelessHTMLParser& StatelessHTMLParser::operator=(const StatelessHTMLParser& other) {
+    if (this != &other) {
+        StatelessHTMLParserData copy(other);
+        Observable::operator=(other);
+        static_assert(std::is_nothrow_move_assignable_v<StatelessHTMLParserData>);
+        StatelessHTMLParserData::operator=(std::move(copy));
+        busy = other.busy;
+        converter = other.converter;
+    }
+    return *this;
+}
 
 StatelessHTMLParser::~StatelessHTMLParser() = default;
 
@@ -1051,11 +1041,14 @@ std::uint32_t StatelessHTMLParser::GetCharSetFromExternTag() {
     return CharSetKnown();
 }
 
-/// A charset without a converter falls back to the ANSI rule, so that no event is lost.
+/// A charset without a converter falls back to the ANSI rule, so that no event is lost. Want of memory says nothing of the charset.
 void StatelessHTMLParser::ToWide(StringNS::CharSet::Code code, const std::string& bytes, WideString* output) {
     const Base::Services& services = Base::GetServices();
-    if (services.toWide(&converter, code, bytes.data(), bytes.size(), output) != RESULT_OK)
-        services.toWide(&converter, StringNS::CharSet::UNKNOWN, bytes.data(), bytes.size(), output);
+    std::uint32_t result = services.toWide(&converter, code, bytes.data(), bytes.size(), output);
+    if (result != RESULT_OK && result != RESULT_OUT_OF_MEMORY)
+        result = services.toWide(&converter, StringNS::CharSet::UNKNOWN, bytes.data(), bytes.size(), output);
+    if (result == RESULT_OUT_OF_MEMORY)
+        throw std::bad_alloc();
 }
 
 std::uint32_t StatelessHTMLParser::ConvertStr(const std::string& bytes, WideString* output) {

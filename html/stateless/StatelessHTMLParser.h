@@ -18,6 +18,48 @@
 
 namespace Kestra::HTML {
 
+/// What a `StatelessHTMLParser` remembers between two bytes. A part of its own, so that an assignment can copy all of it before it
+/// changes anything.
+struct StatelessHTMLParserData {
+    std::string identifier;  ///< also the body of a comment
+    std::string value;
+    std::string tagName;
+    std::string text;  ///< also the body of a script or a style sheet
+    std::string scriptEnd;
+    std::string styleEnd;
+    Vector<std::pair<std::string, std::string>> attributes;
+    Vector<std::string> tokens;
+    std::uint32_t flags = 1;
+    bool started = false;
+    StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
+    const unsigned char* cursor = nullptr;
+    std::uint64_t position = 0;
+    std::uint64_t length = 0;
+    std::uint32_t state = 0;  ///< of the main machine
+    bool afterNewline = false;
+    std::uint32_t attributeState = 0;
+    std::uint32_t valueState = 0;
+    bool selfClosing = false;
+    std::uint32_t startTagState = 0;
+    std::uint32_t externTagState = 0;
+    std::uint32_t entityTagState = 0;
+    std::uint32_t endTagState = 0;
+    std::uint32_t commentState = 0;
+    std::uint32_t scriptState = 0;
+    unsigned char scriptPrevious = 0;
+    std::uint32_t styleState = 0;
+    std::uint64_t line = 1;
+    std::uint64_t column = 1;
+
+    unsigned char lastByte = 0;    ///< the last one consumed in an earlier piece of the document, 0 for none
+    std::uint64_t buffersDue = 0;  ///< where the buffers are looked at next: bytes into the piece
+    // Kept for their buffers.
+    WideString wideName;
+    WideString wideText;
+    StatelessHTMLObserver::Attributes wideAttributes;
+    StatelessHTMLObserver::Tokens wideTokens;
+};
+
 /// A small parser for 8-bit markup: bytes in, numbered events out, nothing kept but what is under way.
 ///
 ///     StatelessHTMLParser parser;
@@ -38,8 +80,9 @@ namespace Kestra::HTML {
 /// **Strings**: texts, comments, attribute values and items of declarations are converted by the charset. Names, scripts and style
 /// sheets always follow the rule for 0, the ANSI code page; so does every string while the charset has no converter.
 /// **Threads**: one parser, one thread.
-/// **Copies**: a copy goes on where the original stood and has the same observers attached.
-class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable {
+/// **Copies**: a copy goes on where the original stood and has the same observers attached. When memory runs out, an assignment throws
+/// `std::bad_alloc` and changes nothing.
+class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable, private StatelessHTMLParserData {
 public:
     static constexpr std::int32_t BUFFER_SIZE = 65536;  ///< bytes per read of a stream or file
 
@@ -168,45 +211,8 @@ private:
     void RaiseString(unsigned long id, std::string* bytes);
     void RaiseBody(unsigned long id);
 
-    std::string identifier;  // also the body of a comment
-    std::string value;
-    std::string tagName;
-    std::string text;  // also the body of a script or a style sheet
-    std::string scriptEnd;
-    std::string styleEnd;
-    Vector<std::pair<std::string, std::string>> attributes;
-    Vector<std::string> tokens;
-    std::uint32_t flags;
-    bool started;
-    StringNS::CharSet::Code charset;
-    const unsigned char* cursor;
-    std::uint64_t position;
-    std::uint64_t length;
-    std::uint32_t state;  // of the main machine
-    bool afterNewline;
-    std::uint32_t attributeState;
-    std::uint32_t valueState;
-    bool selfClosing;
-    std::uint32_t startTagState;
-    std::uint32_t externTagState;
-    std::uint32_t entityTagState;
-    std::uint32_t endTagState;
-    std::uint32_t commentState;
-    std::uint32_t scriptState;
-    unsigned char scriptPrevious;
-    std::uint32_t styleState;
-    std::uint64_t line;
-    std::uint64_t column;
-
-    unsigned char lastByte;  // the last one consumed in an earlier piece of the document, 0 for none
     Uninherited<bool> busy;  // a call that feeds, starts or ends is on the stack
     StringNS::CharSetConverter converter;
-    std::uint64_t buffersDue;  // where `LimitBuffers` is called next: bytes into the piece
-    // Kept for their buffers.
-    WideString wideName;
-    WideString wideText;
-    Attributes wideAttributes;
-    Tokens wideTokens;
 };
 
 }  // namespace Kestra::HTML

@@ -8,6 +8,8 @@
 #include <cstddef>
 
 #include "platform/Results.h"
+#include "platform/posix/IcuResult.h"
+#include "platform/posix/OwnCodePages.h"
 
 namespace Kestra::StringNS {
 
@@ -236,7 +238,7 @@ std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Co
         used = static_cast<std::size_t>(to - output->data());
         if (error == U_BUFFER_OVERFLOW_ERROR) {
             output->resize(2 * output->size() + 64);  // 64: a few characters may need escapes around each
-        } else if (U_FAILURE(error)) {
+        } else if (!HasSucceeded(error)) {
             output->clear();
             return RESULT_UNSUPPORTED_CHARSET;
         } else {
@@ -250,10 +252,11 @@ std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Co
 }  // namespace
 
 struct CharSetConverter::Platform::System {
+    std::unique_ptr<OwnCodePage> own;  ///< instead of a converter of ICU's
     UConverter* converter = nullptr;
     bool isRotated = false;  ///< `TurnBack` applies
 
-    /// @return an open converter, or null.
+    /// @return an open converter, or null. Throws `std::bad_alloc`.
     static std::unique_ptr<System> Open(CharSet::Code code);
 
     System() = default;
@@ -266,16 +269,24 @@ private:
 };
 
 std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
+    auto system = std::make_unique<System>();
+    system->own = OwnCodePage::Open(code);
+    if (system->own != nullptr)
+        return system;
     const auto* const name = std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
     if (name == std::end(CONVERTERS) || name->code != code)
         return nullptr;
-    auto system = std::make_unique<System>();
     UErrorCode error = U_ZERO_ERROR;
     system->converter = ucnv_open(name->name, &error);
     ucnv_setToUCallBack(system->converter, ReplaceBytes, name, nullptr, nullptr, &error);
     ucnv_setFromUCallBack(system->converter, ReplaceCharacter, name, nullptr, nullptr, &error);
-    if (U_FAILURE(error))
+    if (!HasSucceeded(error)) {
+        // Without its list of names, which it may have had no memory to read, ICU takes a name with options for an unknown one.
+        UErrorCode listError = U_ZERO_ERROR;
+        ucnv_countAliases(name->name, &listError);
+        HasSucceeded(listError);
         return nullptr;
+    }
     ucnv_setFallback(system->converter, UsesFallback(code) ? 1 : 0);
     system->isRotated = system->Rotates();
     return system;
@@ -289,7 +300,7 @@ bool CharSetConverter::Platform::System::Rotates() {
     std::array<UChar, 8> units{};
     UErrorCode error = U_ZERO_ERROR;
     const std::int32_t count = ucnv_toUChars(converter, units.data(), static_cast<std::int32_t>(units.size()), "\x1A\x1C\x7F", 3, &error);
-    return U_SUCCESS(error) && count == 3 && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
+    return HasSucceeded(error) && count == 3 && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
 }
 
 CharSetConverter::Platform::Platform(CharSet::Code openedCode) : code(openedCode), system(System::Open(openedCode)) {}
@@ -312,6 +323,10 @@ std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t
     output->clear();
     if (system == nullptr)
         return RESULT_UNSUPPORTED_CHARSET;
+    if (system->own != nullptr) {
+        system->own->ToWide(data, size, output);
+        return RESULT_OK;
+    }
     ucnv_resetToUnicode(system->converter);
     const std::uint32_t result =
         ConvertInSteps(data, size, output,
@@ -326,6 +341,10 @@ std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::ui
     output->clear();
     if (system == nullptr)
         return RESULT_UNSUPPORTED_CHARSET;
+    if (system->own != nullptr) {
+        system->own->FromWide(data, size, output);
+        return RESULT_OK;
+    }
     ucnv_resetFromUnicode(system->converter);
     return ConvertInSteps(
         data, size, output,

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -22,10 +24,7 @@ struct LanguageLibrary {
     FromWideCall fromWide = nullptr;
 
     /// Loaded with the first code page that needs it, and kept. Both calls are null when there is no such library.
-    static const LanguageLibrary& Get() {
-        static const LanguageLibrary library = Load();
-        return library;
-    }
+    static LanguageLibrary Get();
 
 private:
     template <typename Call>
@@ -45,6 +44,24 @@ private:
         return library;
     }
 };
+
+// What the search found, for the whole process. Not a static object with a constructor: its guard
+// starts a runtime of threads that keeps a thread index and handles of the process, also when the
+// host has freed the library.
+constinit std::atomic<LanguageLibrary::ToWideCall> foundToWide = nullptr;
+constinit std::atomic<LanguageLibrary::FromWideCall> foundFromWide = nullptr;
+constinit std::atomic<bool> hasSearched = false;
+
+LanguageLibrary LanguageLibrary::Get() {
+    if (hasSearched.load(std::memory_order_acquire))
+        return {foundToWide.load(std::memory_order_relaxed), foundFromWide.load(std::memory_order_relaxed)};
+    // Threads that come at the same time each search, and find the same.
+    const LanguageLibrary library = Load();
+    foundToWide.store(library.toWide, std::memory_order_relaxed);
+    foundFromWide.store(library.fromWide, std::memory_order_relaxed);
+    hasSearched.store(true, std::memory_order_release);
+    return library;
+}
 
 /// Numbers that the system call takes for another code page's name: the ANSI, OEM and Macintosh ones of the process or thread, symbols.
 constexpr std::array<CharSet::Code, 5> ALIASES = {0, 1, 2, 3, 42};
@@ -82,7 +99,7 @@ struct CharSetConverter::Platform::System {
     bool writes = false;  ///< some code pages can only be read
     DWORD fromWideFlags = 0;
 
-    /// @return null when neither converts from the code page
+    /// @return null when neither converts from the code page. Throws `std::bad_alloc`.
     static std::unique_ptr<System> Open(CharSet::Code code);
 
     /// `*count` is what was written, or is needed when there is no room.
@@ -99,6 +116,8 @@ private:
         INT count = 0;
         return Convert(text, 1, nullptr, 0, &count) == Outcome::UNITS;
     }
+
+    // Want of memory, where the system tells of it, leaves as `std::bad_alloc`.
 
     /// @param count  the answer of the system call, in front of which the last error was cleared
     static Outcome JudgeSystem(INT count);
@@ -133,12 +152,16 @@ Outcome CharSetConverter::Platform::System::JudgeSystem(INT count) {
     if (count > 0)
         return Outcome::UNITS;
     const DWORD error = GetLastError();
+    if (error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY)
+        throw std::bad_alloc();
     return error == ERROR_SUCCESS || error == ERROR_NO_UNICODE_TRANSLATION ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
 Outcome CharSetConverter::Platform::System::JudgeLibrary(HRESULT result, INT count) {
     if (result == S_OK && count > 0)
         return Outcome::UNITS;
+    if (result == E_OUTOFMEMORY)
+        throw std::bad_alloc();
     return result == S_OK || result == E_FAIL ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
@@ -148,7 +171,7 @@ Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, 
         *count = MultiByteToWideChar(code, 0, data, size, output, room);
         return JudgeSystem(*count);
     }
-    const LanguageLibrary& library = LanguageLibrary::Get();
+    const LanguageLibrary library = LanguageLibrary::Get();
     if (library.toWide == nullptr)
         return Outcome::FAILURE;
     DWORD mode = 0;
@@ -163,7 +186,7 @@ Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT si
         *count = WideCharToMultiByte(code, fromWideFlags, data, size, output, room, nullptr, nullptr);
         return JudgeSystem(*count);
     }
-    const LanguageLibrary& library = LanguageLibrary::Get();
+    const LanguageLibrary library = LanguageLibrary::Get();
     if (library.fromWide == nullptr)
         return Outcome::FAILURE;
     DWORD mode = 0;

@@ -126,9 +126,9 @@ private:
 };
 
 /// @return empty when there is no absolute form of the path, or no memory for it
-std::wstring TryLiftLimit(const wchar_t* path) {
+std::wstring TryGetVerbatimPath(const wchar_t* path) {
     try {
-        return LiftLimit(path);
+        return GetVerbatimPath(path);
     } catch (const std::bad_alloc&) {
         return {};
     } catch (const std::length_error&) {
@@ -157,12 +157,12 @@ InputStream* MakeStream(HANDLE handle) {
 InputStream* VirtualFileSystem::GetInputStreamEx(const WideChar* path) {
     if (path == nullptr || *path == 0)
         return nullptr;
-    const std::wstring lifted = TryLiftLimit(path);
-    if (lifted.empty())
+    const std::wstring verbatim = TryGetVerbatimPath(path);
+    if (verbatim.empty())
         return nullptr;
     // Others may go on writing to the file, rename or delete it, as on other systems. A folder is not opened. The server of a pipe may
     // learn who reads it, and not act in that name.
-    const HANDLE handle = CreateFileW(lifted.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+    const HANDLE handle = CreateFileW(verbatim.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return nullptr;

@@ -21,7 +21,6 @@ names=$(echo "$tables" | awk '/^\[Ordinal\/Name Pointer\] Table/ { inside = 1; n
 count=$(echo "$tables" | sed -n 's/^\tExport Address Table[ \t]*\([0-9a-f]*\)$/\1/p' | head -n 1)
 [ "$((0x$count))" -eq "$(echo "$names" | wc -l)" ] || complain "$((0x$count)) exports have $(echo "$names" | wc -l) names"
 
-# Nothing is weak in a DLL: a standard template that is exported would be a second definition of it.
 symbols=$(echo "$names" | "$CXXFILT" | sed 's/^/T /')
 check_exports "$prefix/include/kestra" "$user" wchar_t <<SYMBOLS
 $symbols

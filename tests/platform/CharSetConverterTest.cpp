@@ -230,11 +230,13 @@ TEST(CharSetConverterTest, SystemConvertersFromWideOnly) {
 
 TEST(CharSetConverterTest, AsciiIsAsciiInEveryCodePageThatHoldsIt) {
     const std::set<CharSet::Code> otherwise = {
-        37,    500,   870,   875,   1026,  1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147, 1148, 1149,  // EBCDIC
-        20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420, 20424, 20838, 20871, 21025,                    // EBCDIC
-        1200,  1201,  12000, 12001,                                                                                   // wider units
-        864,                                                                                                          // "%" is U+066A
-        50220, 50221, 50222, 50225, 50227, 52936, 65000,                                                              // shifts and escapes
+        37,    500,   870,   875,   1026,  1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,   // EBCDIC
+        20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420, 20423, 20424, 20838, 20871, 20880, 20905, 20924,  // EBCDIC
+        21025,                                                                                                           // EBCDIC
+        20105, 20106, 20107, 20108, 20261,                                                                               // national
+        1200,  1201,  12000, 12001,                                                                                      // wider units
+        864,                                                                                                             // "%" is U+066A
+        50220, 50221, 50222, 50225, 50227, 52936, 65000,  // shifts and escapes
     };
     std::size_t compared = 0;
     for (const CharSet::Code code : GetNamedCodes()) {

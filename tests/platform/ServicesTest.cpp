@@ -79,54 +79,38 @@ TEST(ServicesTest, AnExceptionEndsAnOverride) {
     EXPECT_EQ(&GetServices(), &PLATFORM_SERVICES);
 }
 
-TEST(ServicesTest, AnOverrideIsSeenByItsOwnThreadOnly) {
+TEST(ServicesTest, AnOverrideIsSeenByEveryThread) {
     const Services services = WithFailingBuffer(PLATFORM_SERVICES);
-    const ServicesOverride replacement(services);
-    const Services* seenBefore = nullptr;
-    const Services* seenInside = nullptr;
-    const Services* seenAfter = nullptr;
-    const Services others = WithFailingBuffer(PLATFORM_SERVICES);
-    std::thread thread([&] {
-        seenBefore = &GetServices();
-        {
-            const ServicesOverride othersOverride(others);
-            seenInside = &GetServices();
-        }
-        seenAfter = &GetServices();
-    });
-    thread.join();
-    EXPECT_EQ(seenBefore, &PLATFORM_SERVICES);
-    EXPECT_EQ(seenInside, &others);
-    EXPECT_EQ(seenAfter, &PLATFORM_SERVICES);
-    EXPECT_EQ(&GetServices(), &services);
+    const Services* seen = nullptr;
+    bool isReal = true;
+    const auto look = [&] {
+        seen = &GetServices();
+        isReal = AreServicesReal();
+    };
+    {
+        const ServicesOverride replacement(services);
+        std::thread(look).join();
+        EXPECT_EQ(seen, &services);
+        EXPECT_FALSE(isReal);
+    }
+    std::thread(look).join();
+    EXPECT_EQ(seen, &PLATFORM_SERVICES);
+    EXPECT_TRUE(isReal);
 }
 
-TEST(ServicesTest, WhetherTheyAreRealIsAQuestionOfTheThread) {
+TEST(ServicesTest, AnOverrideByTheRealServicesIsReal) {
     EXPECT_TRUE(AreServicesReal());
     const Services services = WithFailingBuffer(PLATFORM_SERVICES);
-    bool isRealElsewhere = false;
-    bool isRealInside = true;
-    bool isRealBehind = false;
     {
         const ServicesOverride replacement(services);
         EXPECT_FALSE(AreServicesReal());
-        std::thread thread([&] {
-            isRealElsewhere = AreServicesReal();
-            {
-                const ServicesOverride others(services);
-                isRealInside = AreServicesReal();
-            }
-            isRealBehind = AreServicesReal();
-        });
-        thread.join();
+        {
+            const ServicesOverride real(PLATFORM_SERVICES);
+            EXPECT_TRUE(AreServicesReal());
+        }
         EXPECT_FALSE(AreServicesReal());
-        const ServicesOverride real(PLATFORM_SERVICES);
-        EXPECT_TRUE(AreServicesReal());
     }
     EXPECT_TRUE(AreServicesReal());
-    EXPECT_TRUE(isRealElsewhere);
-    EXPECT_FALSE(isRealInside);
-    EXPECT_TRUE(isRealBehind);
 }
 
 }  // namespace

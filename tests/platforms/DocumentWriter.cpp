@@ -1,7 +1,9 @@
 /// @file
 /// Writes documents for the comparison of two platforms: those of the differential tests, in 8 bits and in UTF-16.
 ///
-///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with every byte from 0x80 up
+///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with every byte from 0x80 up;
+///                                         of every tenth also FOLDER/0.escapes.html with escapes of ISO-2022, and the same behind a
+///                                         declared charset, FOLDER/0.iso-2022-kr.html and FOLDER/0.gb18030.html
 
 #include <cstdint>
 #include <exception>
@@ -38,6 +40,19 @@ std::string Widen(std::string_view bytes, Dice* dice) {
     return units;
 }
 
+/// Escapes and shifts of ISO-2022 at random places, and runs that hide markup in a document of such a charset.
+std::string PutEscapesInto(std::string_view bytes, Dice* dice) {
+    static constexpr std::string_view ESCAPES[] = {"\x1B$B", "\x1B(B",        "\x1B$)C",         "\x0E",
+                                                   "\x0F",   "\x1B</*\x1B(B", "\x1B$B<b>\x1B(B", "\x1B"};
+    std::string document;
+    for (const char byte : bytes) {
+        document += byte;
+        if (dice->OneIn(30))
+            document += dice->Pick(ESCAPES);
+    }
+    return document.append(dice->Pick(ESCAPES));
+}
+
 /// Every byte of the upper half in a text, a comment and a value, alone and behind the one in front of it.
 std::string MakeDocumentOfBytes() {
     std::string document;
@@ -60,6 +75,12 @@ void WriteDocuments(const std::filesystem::path& folder, std::uint64_t count) {
         Dice dice(seed);
         Write(folder / (std::to_string(seed) + ".html"), document);
         Write(folder / (std::to_string(seed) + ".utf16"), Widen(document, &dice));
+        if (seed % 10 != 0)
+            continue;
+        const std::string escapes = PutEscapesInto(document, &dice);
+        Write(folder / (std::to_string(seed) + ".escapes.html"), escapes);
+        for (const char* const charset : {"iso-2022-kr", "gb18030"})
+            Write(folder / (std::to_string(seed) + "." + charset + ".html"), std::string("<meta charset=") + charset + ">" + escapes);
     }
 }
 

@@ -12,8 +12,8 @@
 
 namespace Kestra::Test {
 
-/// Puts a charset detector in place that has no answer, for the calling thread and as long as it lives: the reference has none, and those
-/// of the platforms answer differently.
+/// Puts a charset detector in place that has no answer, for as long as it lives: the reference has
+/// none, and those of the platforms answer differently.
 class SilentDetector {
 public:
     SilentDetector();

@@ -201,6 +201,7 @@ DocumentRun ParseDocument(std::string_view bytes, const Cuts& cuts, const Docume
     run.wasCharsetDetectorUsed = parser->WasCharsetDetectorUsed();
     run.endResult = parser->EndParse();
     run.hasCharsetErrors = parser->HasCharsetErrors();
+    run.conversionError = parser->GetConversionError();
     run.lineAfterEnd = parser->GetLine();
     run.columnAfterEnd = parser->GetColumn();
     run.output = settings.observed == Observed::WIDE ? wide.GetOutput() : narrow.GetOutput();

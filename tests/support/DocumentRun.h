@@ -62,9 +62,10 @@ struct DocumentRun {
     bool isWide = false;
     bool needsReparsing = false;
     bool wasCharsetDetectorUsed = false;
-    bool hasCharsetErrors = false;     ///< just after `EndParse`
-    std::uint64_t lineAfterEnd = 0;    ///< just after `EndParse`
-    std::uint64_t columnAfterEnd = 0;  ///< just after `EndParse`
+    bool hasCharsetErrors = false;      ///< just after `EndParse`
+    std::uint32_t conversionError = 0;  ///< just after `EndParse`
+    std::uint64_t lineAfterEnd = 0;     ///< just after `EndParse`
+    std::uint64_t columnAfterEnd = 0;   ///< just after `EndParse`
 
     /// The lines of `trace`, each ended by a line feed.
     std::string Lines() const;

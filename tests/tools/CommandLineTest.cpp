@@ -113,9 +113,16 @@ TEST(CommandLine, CharsetsByNumberAndByName) {
     EXPECT_EQ(ParseGood({"tokens", "--charset", "UTF-8"}).charset, 65001U);
     EXPECT_EQ(ParseGood({"tokens", "--charset", "windows-1251"}).charset, 1251U);
     EXPECT_EQ(ParseGood({"tokens", "--charset", "shift_jis"}).charset, 932U);
-    EXPECT_EQ(ParseGood({"tokens", "--charset", "12345"}).charset, 12345U);
-    EXPECT_EQ(ParseGood({"tokens", "--charset", "4294967295"}).charset, 4294967295U);
-    EXPECT_EQ(ParseGood({"tokens", "--charset", "010"}).charset, 10U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "01252"}).charset, 1252U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "0"}).charset, 0U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "1200"}).charset, 1200U);
+    EXPECT_EQ(ParseGood({"tokens", "--charset", "65000"}).charset, 65000U);
+    // Codes that have names are taken where nothing is decoded, whether the platform can decode them or not.
+    for (const StringNS::CharSet::Code code : {1361U, 20105U, 20924U, 50225U, 54936U}) {
+        const std::string number = std::to_string(code);
+        EXPECT_EQ(ParseGood({"tokens", "--observer", "narrow", "--charset", number.c_str()}).charset, code);
+        EXPECT_EQ(ParseGoodAs<CheckOptions>({"check", "--charset", number.c_str()}).charset, code);
+    }
 }
 
 TEST(CommandLine, OptionsStandBeforeAndBehindFiles) {
@@ -212,6 +219,10 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "a", "-x", "b"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
         {{"tokens", "-1"}, "kestra-html: The following argument was not expected: -1 (see kestra-html --help)"},
         {{"tokens", "--flags", "1"}, "kestra-html: The following argument was not expected: --flags (see kestra-html --help)"},
+        {{"tokens", "--a\nb\x1B\xC2\x9B\xE2\x80\xAE"},
+         "kestra-html: The following argument was not expected: --a\\x0Ab\\x1B\\u009B\\u202E (see kestra-html --help)"},
+        {{"tokens", "--charset", "\x07"},
+         "kestra-html: --charset: \"\\x07\" is neither a number nor a registered charset name (see kestra-html --help)"},
         {{"tokens", "--format"}, "kestra-html: --format: 1 required text|json missing (see kestra-html --help)"},
         {{"tokens", "--format", "xml"}, "kestra-html: --format: xml not in {text,json} (see kestra-html --help)"},
         {{"tokens", "--format", "JSON"}, "kestra-html: --format: JSON not in {text,json} (see kestra-html --help)"},
@@ -226,6 +237,14 @@ TEST(CommandLine, WrongUsage) {
          "kestra-html: --charset: \"4294967296\" is neither a number nor a registered charset name (see kestra-html --help)"},
         {{"tokens", "--charset", ""},
          "kestra-html: --charset: \"\" is neither a number nor a registered charset name (see kestra-html --help)"},
+        {{"tokens", "--charset", "99999"}, "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
+        {{"tokens", "--charset", "10"}, "kestra-html: --charset: there is no converter for the charset 10 (see kestra-html --help)"},
+        {{"tokens", "--charset", "4294967295"},
+         "kestra-html: --charset: there is no converter for the charset 4294967295 (see kestra-html --help)"},
+        {{"tokens", "--charset", "99999", "--observer", "narrow"},
+         "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
+        {{"events", "--charset", "99999"}, "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
+        {{"check", "--charset", "99999"}, "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
         {{"tokens", "--piece-size", "x"}, "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--piece-size=-1"}, "kestra-html: --piece-size: \"-1\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--piece-size", "0x10"}, "kestra-html: --piece-size: \"0x10\" is not a decimal number (see kestra-html --help)"},

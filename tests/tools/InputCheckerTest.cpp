@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Kestra::Test {
 namespace {
@@ -94,6 +96,7 @@ TEST(InputChecker, WithoutACopyAnEmptyOneIsCompared) {
     EXPECT_FALSE(lost.hasCopy);
     EXPECT_EQ(lost.firstDifference, 0U);
     EXPECT_EQ(lost.token, "");
+    EXPECT_TRUE(lost.HasLostMark());
 }
 
 TEST(InputChecker, NoTokenIsLookedForWhereNoneIsShown) {
@@ -131,6 +134,37 @@ TEST(InputChecker, EveryCharsetKeepsItsTokens) {
     EXPECT_EQ(Check("\x1B$B<b>a\x1B(B", options).tokens, 1U);
     options.charset = 12345;
     EXPECT_EQ(Check("\x1B$B<b>a\x1B(B", options).tokens, 3U);
+}
+
+TEST(InputChecker, ACharsetWithoutAConverterIsReplacedByOneOfItsKind) {
+    const struct {
+        const char* note;
+        StringNS::CharSet::Code code;
+        std::vector<StringNS::CharSet::Code> converters;
+        StringNS::CharSet::Code expected;
+    } CASES[] = {
+        {"unknown stays unknown", 0, {1252}, 0},
+        {"what converts stays", 50225, {1252, 50221, 50225}, 50225},
+        {"an ISO-2022 page by another one", 50225, {1252, 50222, 50221}, 50221},
+        {"by the next one", 50221, {1252, 50225, 50222}, 50222},
+        {"by the last one", 50221, {1252, 50225}, 50225},
+        {"by none where there is none", 50222, {1252, 50220}, 1252},
+        {"50220 has no escapes that are known", 50220, {1252, 50221}, 1252},
+        {"every other one by 1252", 54936, {1252, 50221}, 1252},
+    };
+    for (const auto& row : CASES) {
+        const auto hasConverter = [&row](StringNS::CharSet::Code code) {
+            return std::find(row.converters.begin(), row.converters.end(), code) != row.converters.end();
+        };
+        EXPECT_EQ(Tool::FindConvertible(row.code, hasConverter), row.expected) << row.note;
+    }
+    CheckOptions options = Options();
+    for (const StringNS::CharSet::Code code : {50221U, 50222U, 50225U}) {
+        options.charset = code;
+        const CheckOutcome outcome = Check("\x1B</*\x1B(B", options);
+        EXPECT_TRUE(outcome.IsGood()) << code;
+        EXPECT_EQ(outcome.tokens, 1U) << code << ": the escape run hides the tag";
+    }
 }
 
 TEST(InputChecker, OneParserServesManyInputs) {

@@ -89,7 +89,7 @@ TYPED_TEST(PlaceTest, BodiesCountInFull) {
     EXPECT_EQ(this->Behind(HTML::ConditionalTagData<C, S>{ifKeyword, condition, this->Text(""), false, true}), "1:10");
 }
 
-TYPED_TEST(PlaceTest, JunkIsCountedInTheGivenWidth) {
+TYPED_TEST(PlaceTest, JunkIsCountedInTheWidthOfTheDocument) {
     using C = typename TypeParam::C;
     using S = typename TypeParam::S;
     const std::string narrow = "<a\nbc";
@@ -98,11 +98,12 @@ TYPED_TEST(PlaceTest, JunkIsCountedInTheGivenWidth) {
         "b\0",
         8);  // "<", a line feed, U+010A, "b"
     Tool::Place<C, S> place;
-    place.PassJunk({&narrow}, 1);
+    place.PassJunk({&narrow});
     EXPECT_EQ(this->Show(place), "2:3");
-    place.PassJunk({&wide}, 2);
+    place.SetUtf16(true);
+    place.PassJunk({&wide});
     EXPECT_EQ(this->Show(place), "3:3");
-    place.PassJunk({nullptr}, 1);
+    place.PassJunk({nullptr});
     EXPECT_EQ(this->Show(place), "3:3");
 }
 

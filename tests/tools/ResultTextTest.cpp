@@ -46,6 +46,33 @@ TEST(ResultText, FailuresNameTheCallsTheCodesAndThePlace) {
               "EndParse returned 16: the input ended inside a construct (line 3, column 7)");
 }
 
+TEST(ResultText, TokensThatAreMissing) {
+    constexpr const char* MISSING =
+        "tokens are missing, a conversion from the charset 50225 (ISO-2022-KR) returned 50: there is no converter for the charset";
+    Tool::ParsePassResult result;
+    result.charset = 50225;
+    result.conversionError = 50;
+    EXPECT_FALSE(result.IsGood());
+    EXPECT_EQ(Tool::DescribeFailures(result), MISSING);
+    result.endParse = 16;
+    result.line = 3;
+    result.column = 7;
+    EXPECT_EQ(Tool::DescribeFailures(result),
+              "EndParse returned 16: the input ended inside a construct (line 3, column 7); " + std::string(MISSING));
+}
+
+TEST(ResultText, ALostCopyIsNoDifference) {
+    constexpr const char* LOST = "the copy of the tokens could not be written to a temporary file or read back from it";
+    Tool::ParsePassResult result;
+    result.endParse = 704;
+    EXPECT_EQ(Tool::GetFailureMeaning(result), "the tokens written back differ from the input");
+    result.copyLost = true;
+    EXPECT_EQ(Tool::GetFailureMeaning(result), LOST);
+    EXPECT_EQ(Tool::DescribeFailures(result), "EndParse returned 704: " + std::string(LOST) + " (line 0, column 0)");
+    result.parse = 11;
+    EXPECT_EQ(Tool::GetFailureMeaning(result), Tool::GetResultMeaning(11));
+}
+
 TEST(ResultText, EachOfTheThreeCallsCounts) {
     Tool::ParsePassResult result;
     result.startParse = 2;

@@ -140,6 +140,13 @@ TYPED_TEST(TextObserverTest, TheSummary) {
               }));
 
     result = {};
+    result.charset = 4711;
+    result.conversionError = 50;
+    observer.WriteSummary(result, 2, false);
+    EXPECT_EQ(this->lines.Take()[3],
+              "result   tokens are missing, a conversion from the charset 4711 returned 50: there is no converter for the charset");
+
+    result = {};
     result.charset = 1200;
     result.isWParser = true;
     observer.WriteSummary(result, 2, false);

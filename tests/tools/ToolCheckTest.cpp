@@ -97,17 +97,34 @@ TEST_F(ToolCheck, Utf16BodiesAreNotReproduced) {
     EXPECT_EQ(RunOn("\xFF\xFE<\0!\0-\0-\0-\0-\0>\0x\0"s, {}).status, 0) << "an empty body is whole";
 }
 
-TEST_F(ToolCheck, BytesThatNoTokenHolds) {
-    const ToolRun dropped = RunOn("\xEFxy", {"--piece-size", "1"});
-    EXPECT_EQ(dropped.status, 1);
-    EXPECT_EQ(dropped.errors, "-: is not reproduced, first difference at byte 0, in no token\n");
-    EXPECT_NE(dropped.output.find("-: 0, but not reproduced, 3 bytes, 1 token, "), std::string::npos) << dropped.output;
-    EXPECT_NE(dropped.output.find("; first difference at byte 0, in no token\n"), std::string::npos) << dropped.output;
-    const ToolRun lost = RunOn("\xFF", {});
-    EXPECT_EQ(lost.status, 1);
-    EXPECT_EQ(lost.errors, "-: is not reproduced, first difference at byte 0, there is no copy\n");
-    EXPECT_EQ(RunOn("\xFF", {"--format", "json"}).output,
-              "{\"file\":\"-\",\"bytes\":1,\"tokens\":0,\"endParse\":0,\"identical\":false,\"firstDifference\":0}\n");
+TEST_F(ToolCheck, AnUnfinishedMarkBelongsToNoToken) {
+    const struct {
+        std::string input;
+        const char* pieceSize;
+        const char* sizes;
+    } CASES[] = {
+        {"\xEF", "0", "1 byte, 0 tokens"},          {"\xEF\xBB", "0", "2 bytes, 0 tokens"}, {"\xEF\xBB", "1", "2 bytes, 0 tokens"},
+        {"\xFF", "0", "1 byte, 0 tokens"},          {"\xEFxy", "1", "3 bytes, 1 token"},    {"\xEF\xBBx", "1", "3 bytes, 1 token"},
+        {"\xEF\xBBx<b>", "2", "6 bytes, 2 tokens"},
+    };
+    for (const auto& row : CASES) {
+        for (const char* const feed : {"stream", "buffer"}) {
+            const ToolRun run = RunOn(row.input, {"--feed", feed, "--piece-size", row.pieceSize, "--charset", "1252"});
+            EXPECT_EQ(run.status, 1);
+            EXPECT_EQ(run.errors, "-: is not reproduced, the unfinished byte-order mark at its start belongs to no token\n");
+            EXPECT_EQ(WithoutRates(run.output)
+                          .find("-: 0, but not reproduced, the unfinished byte-order mark at its start belongs to no token, " +
+                                std::string(row.sizes) + ", R MB/s\n1 file, "),
+                      0U)
+                << run.output;
+        }
+    }
+    EXPECT_EQ(RunOn("\xEF\xBB", {"--format", "json"}).output,
+              "{\"file\":\"-\",\"bytes\":2,\"tokens\":0,\"endParse\":0,\"identical\":false,\"firstDifference\":0}\n");
+    EXPECT_EQ(RunOn("\xEF\xBBx", {}).status, 0) << "in one piece it is text";
+    EXPECT_EQ(RunOn("\xEF\xBB", {"--input", "8bit"}).status, 0);
+    const ToolRun both = RunOn("\xEF<?xml a/ >", {"--piece-size", "1", "--charset", "1252"});
+    EXPECT_NE(both.output.find("; first difference at byte 0, in no token\n"), std::string::npos) << both.output;
 }
 
 TEST_F(ToolCheck, AnotherResultCode) {

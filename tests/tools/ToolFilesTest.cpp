@@ -64,6 +64,8 @@ TEST_F(ToolFiles, ExitStatus) {
         {{""}, 3, ": cannot be read\n", ""},
         {{"good/x"}, 3, "good/x: cannot be read\n", ""},
         {{"no\nne"}, 3, "no\\x0Ane: cannot be read\n", ""},
+        {{"n\x01o\t\x1B[2J\x7F"}, 3, "n\\x01o\\x09\\x1B[2J\\x7F: cannot be read\n", ""},
+        {{"n\xC2\x9B\xE2\x80\xAElmth"}, 3, "n\\u009B\\u202Elmth: cannot be read\n", ""},
         {{"good", "--bogus"}, 2, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)\n", ""},
     };
     for (const auto& row : CASES) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ struct ToolSettings {
     Sink errors = Sink::CAPTURED;
     std::map<std::string, std::string> environment;  ///< on top of one for colours
     std::string folder;                              ///< to run in; empty for the current one
+    std::optional<std::uint64_t> largestFile;        ///< bytes that a file of the tool can have, as on a full disk; on POSIX only
 };
 
 struct ToolRun {

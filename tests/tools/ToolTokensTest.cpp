@@ -313,6 +313,102 @@ TEST(ToolTokens, PlacesAgreeWithTheParser) {
     EXPECT_NE(wide.output.find("\n    13:4     end-parsing\n"), std::string::npos) << wide.output;
 }
 
+TEST(ToolTokens, LineCommentsThatANarrowObserverDoesNotGetHaveTheirPlace) {
+    const ToolRun run =
+        RunToolOn("<p>\n<script>go() // <a href=\"x\">\nb</script>", {"tokens", "--observer", "narrow", "--charset", "1252"});
+    EXPECT_EQ(run.output.substr(0, run.output.find("bytes")),
+              "     1:1     start-parsing\n"
+              "     1:1     start(|p||)\n"
+              "     1:4     text(\\n)\n"
+              "     2:1     start(|script||)\n"
+              "     2:9     js-start\n"
+              "     2:9     text(go() )\n"
+              "     2:29    text(\\nb)\n"
+              "     3:2     end(|script|||)\n"
+              "     3:11    js-end\n"
+              "     3:11    end-parsing\n");
+}
+
+/// What a wide observer of ASCII text is shown, who gets every token, without the line comments; and what a narrow one is shown.
+std::vector<std::string> ShowToBothObservers(const std::string& page, Arguments more) {
+    std::vector<std::string> shown;
+    for (const char* const observer : {"wide", "narrow"}) {
+        Arguments arguments = {"tokens", "--charset", "1252", "--observer", observer};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const std::string output = RunToolOn(page, arguments).output;
+        std::string lines;
+        for (std::size_t begin = 0; begin < output.size() && output[begin] == ' ';) {
+            const std::size_t end = output.find('\n', begin) + 1;
+            const std::string line = output.substr(begin, end - begin);
+            if (line.find(" cpp-comment(") == std::string::npos)
+                lines += line;
+            begin = end;
+        }
+        shown.push_back(lines);
+    }
+    return shown;
+}
+
+TEST(ToolTokens, ANarrowObserverIsShownThePlacesOfAWideOne) {
+    const struct {
+        const char* note;
+        std::string page;
+    } CASES[] = {
+        {"several comments", "<script>// a\nb // c\n// d\n\n//\ne</script><p>"},
+        {"a comment right after a tag, a string, a comment and a regular expression",
+         "<script>//a\n'b'//c\n\"d\"//e\n/*f*///g\n/h///i\n/j/ //k\n</script>"},
+        {"carriage returns belong to the comment", "<p>\r\n<script>a // b\r\nc // d\r\n</script>\r\n<b>"},
+        {"a markup comment ends it", "<script>a // b <!-- c\n // d --> e // f\n</script>"},
+        {"sections end it", "<script>// b <![CDATA[c]]>d // <![if x]>e // </script> f <![endif]-->g\n</script>"},
+        {"a tag does not", "<script>a // <b> </b> <!b> <?c?> <<</script> </ < \nd</script>"},
+        {"junk within one", "<script>a // <!-b\nc<p>//d\n</script>"},
+        {"junk that begins with two slashes", "<script>a<!b<//c\nd // e\nf</script><q>"},
+        {"one at the end is junk", "<script>a // b"},
+        {"open sections at the end", "<script>a // b <!-- c"},
+        {"an open conditional section at the end", "<script>a // b <![if c"},
+        {"none in a style sheet", "<style>a // b\nc</style>//d\n<e>"},
+        {"none in text", "// a\n<script>b</script>// c\n<d>"},
+        {"text that goes on with it", "<script>a<b // c\n</d>// e\nf / g // h\ni</script>"},
+        {"with a mark", "\xEF\xBB\xBF<script>// a\nb // c\n</script><p>"},
+        {"scripts one after the other", "<script>//\n</script>//\n<script src=x>// a\n</script>\n<script/>//\n<b>"},
+    };
+    for (const auto& row : CASES) {
+        for (const char* const pieceSize : {"0", "1", "5"}) {
+            const std::vector<std::string> shown = ShowToBothObservers(row.page, {"--piece-size", pieceSize});
+            EXPECT_NE(shown[0], "") << row.note;
+            EXPECT_EQ(shown[0], shown[1]) << row.note << ", in pieces of " << pieceSize;
+        }
+    }
+    const std::vector<std::string> dropped = ShowToBothObservers("\xEFx<script>// a\nb // c\n</script><p>", {"--piece-size", "1"});
+    EXPECT_NE(dropped[1].find(" start-parsing\n     1:1     text(x)\n"), std::string::npos) << dropped[1];
+    EXPECT_EQ(dropped[0], dropped[1]) << "bytes of an unfinished mark are no characters";
+}
+
+/// The places of all lines of tokens, and the kind of each.
+std::string ShowPlaces(const std::string& input, Arguments more) {
+    Arguments arguments = {"tokens", "--input", "utf16"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const std::string output = RunToolOn(input, arguments).output;
+    std::string places;
+    for (std::size_t begin = 0; begin < output.size() && output[begin] == ' ';) {
+        const std::size_t end = output.find('\n', begin) + 1;
+        places += output.substr(begin, std::min(output.find('(', begin), end - 1) - begin) + "\n";
+        begin = end;
+    }
+    return places;
+}
+
+TEST(ToolTokens, ANarrowObserverOfUtf16IsShownUnits) {
+    const std::string page = Utf16(
+        "<p a='b\n' c>\n</p >\n<script>a//b<c>\r\n'd'/*e\n*///f<!--g\n-->\n</script>\n<!d \"e\"><?xml f='g'?><![if "
+        "h]><![CDATA[i\n]]><j/>\n<k / >l");
+    const std::string wide = ShowPlaces(page, {});
+    EXPECT_NE(wide.find("cpp-comment\n"), std::string::npos) << wide;
+    EXPECT_NE(wide.find("junk\n"), std::string::npos) << wide;
+    EXPECT_EQ(ShowPlaces(page, {"--observer", "narrow"}), wide);
+    EXPECT_NE(ShowPlaces(Utf16("<b>\n//c<d>"), {"--observer", "narrow"}).find("     2:4     start\n"), std::string::npos);
+}
+
 TEST(ToolTokens, TheExamplePage) {
     const ToolRun run = RunTool({"tokens", KESTRA_EXAMPLE_PAGES "/saltmarsh-point.html"});
     EXPECT_EQ(run.status, 0);

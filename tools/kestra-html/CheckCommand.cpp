@@ -18,6 +18,7 @@
 #include "tools/kestra-html/InputList.h"
 #include "tools/kestra-html/JsonLine.h"
 #include "tools/kestra-html/OrderedJobs.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/ResultText.h"
 
 namespace Kestra::Tool {
@@ -31,11 +32,8 @@ constexpr std::chrono::milliseconds BETWEEN_LOOKS{100};  // at the progress of t
 /// An input on its way through the command. It belongs to the thread that checks it until that is done; only the two numbers about its
 /// progress are read before.
 struct CheckedInput {
-    enum class State { UNREADABLE, OUT_OF_MEMORY, CHECKED };
-
-    State state = State::UNREADABLE;
-    bool isRead = false;
-    std::string bytes;  ///< from reading to the end of the check
+    ReadResult reading = ReadResult::UNREADABLE;  ///< out of memory also when the check was
+    std::string bytes;                            ///< from reading to the end of the check
     std::uint64_t size = 0;
     CheckOutcome outcome;
 
@@ -72,9 +70,22 @@ std::string DescribeDifference(const CheckOutcome& outcome) {
     return fmt::format("{}, in the token from byte {} on: {}", place, outcome.tokenStart, outcome.token);
 }
 
+constexpr const char* LOST_MARK = "the unfinished byte-order mark at its start belongs to no token";
+
 /// For the diagnostic of an input that is not good.
 std::string DescribeTrouble(const CheckOutcome& outcome) {
-    return outcome.result.IsGood() ? fmt::format("is not reproduced, {}", DescribeDifference(outcome)) : DescribeFailures(outcome.result);
+    if (outcome.result.GetFirstFailure() != 0)
+        return DescribeFailures(outcome.result);
+    return fmt::format("is not reproduced, {}", outcome.HasLostMark() ? LOST_MARK : DescribeDifference(outcome));
+}
+
+/// The outcome as one line tells it, before the numbers.
+std::string DescribeVerdict(const CheckOutcome& outcome) {
+    if (const std::uint32_t code = outcome.result.GetFirstFailure(); code != 0)
+        return fmt::format("{}, {}", code, GetFailureMeaning(outcome.result));
+    if (outcome.HasLostMark())
+        return fmt::format("0, but not reproduced, {}", LOST_MARK);
+    return outcome.IsReproduced() ? "ok" : "0, but not reproduced";
 }
 
 class CheckCommand {
@@ -140,21 +151,20 @@ private:
 
     void Read(std::size_t index) {
         CheckedInput& input = *SlotOf(index);
-        input.isRead = ReadInput(names[index], &input.bytes);
+        input.reading = ReadInput(names[index], &input.bytes);
     }
 
     void Check(InputChecker* checker, std::size_t index) {
         CheckedInput& input = *SlotOf(index);
         if (names[index] != "-")
             Read(index);
-        if (input.isRead) {
+        if (input.reading == ReadResult::READ) {
             input.size = input.bytes.size();
             input.bytesToDo = input.size;
             try {
                 input.outcome = checker->Check(input.bytes, [&input](std::uint64_t bytes) { input.bytesDone = bytes; });
-                input.state = CheckedInput::State::CHECKED;
             } catch (const std::bad_alloc&) {
-                input.state = CheckedInput::State::OUT_OF_MEMORY;
+                input.reading = ReadResult::OUT_OF_MEMORY;
             }
         }
         input.bytes = std::string();
@@ -162,19 +172,10 @@ private:
 
     /// @throws OutputFailed
     void Report(const std::string& name, const CheckedInput& input) {
-        switch (input.state) {
-            case CheckedInput::State::UNREADABLE:
-                Worsen(EXIT_STATUS_UNREADABLE);
-                ++totals.notChecked;
-                console->Diagnose(name, "cannot be read");
-                return;
-            case CheckedInput::State::OUT_OF_MEMORY:
-                Worsen(EXIT_STATUS_FAILED);
-                ++totals.notChecked;
-                console->Diagnose(name, "not enough memory");
-                return;
-            case CheckedInput::State::CHECKED:
-                break;
+        if (input.reading != ReadResult::READ) {
+            ++totals.notChecked;
+            Worsen(DiagnoseUnread(name, input.reading, console));
+            return;
         }
         ++totals.files;
         totals.bytes += input.size;
@@ -206,15 +207,12 @@ private:
 
     void WriteLine(const std::string& name, const CheckedInput& input) {
         const CheckOutcome& outcome = input.outcome;
-        const std::uint32_t code = outcome.result.GetFirstFailure();
-        std::string verdict = "ok";
-        if (code != 0)
-            verdict = fmt::format("{}, {}", code, GetResultMeaning(code));
-        else if (!outcome.IsReproduced())
-            verdict = "0, but not reproduced";
-        const std::string trouble = outcome.IsReproduced() ? "" : fmt::format("; {}", DescribeDifference(outcome));
-        console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), verdict, Counted(input.size, "byte"),
-                                  Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds), trouble));
+        const bool isExplained = outcome.result.GetFirstFailure() == 0 && outcome.HasLostMark();
+        const bool tellsPlace = outcome.firstDifference && !isExplained;
+        const std::string trouble = tellsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
+        console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
+                                  Counted(input.size, "byte"), Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds),
+                                  trouble));
     }
 
     void WriteSummary(double seconds) {

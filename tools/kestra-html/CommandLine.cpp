@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/Subcommands.h"
 #include "tools/kestra-html/Wildcards.h"
 
@@ -24,7 +25,7 @@ CommandLine Answer(ExitStatus status, std::string text) {
 }
 
 CommandLine WrongUsage(const std::string& what) {
-    return Answer(EXIT_STATUS_USAGE, fmt::format("kestra-html: {} (see kestra-html --help)", what));
+    return Answer(EXIT_STATUS_USAGE, fmt::format("kestra-html: {} (see kestra-html --help)", PrintableName(what)));
 }
 
 /// @param files  more names of inputs

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/PrintableName.h"
 
 namespace Kestra::Tool {
 

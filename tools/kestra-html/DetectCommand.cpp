@@ -18,6 +18,7 @@
 #include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/JsonLine.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/ResultText.h"
 
 namespace Kestra::Tool {
@@ -86,17 +87,15 @@ public:
 private:
     ExitStatus RunInput(const std::string& name) {
         std::string bytes;
-        if (!ReadInputStart(name, GenericParser::BUFFER_SIZE, &bytes)) {
-            console->Diagnose(name, "cannot be read");
-            return EXIT_STATUS_UNREADABLE;
-        }
+        const ReadResult result = ReadInputStart(name, GenericParser::BUFFER_SIZE, &bytes);
+        if (result != ReadResult::READ)
+            return DiagnoseUnread(name, result, console);
         try {
             const std::size_t size = bytes.size();
             VFS::MemoryInputStream stream(std::move(bytes));
             return Report(name, size, &stream);
         } catch (const std::bad_alloc&) {
-            console->Diagnose(name, "not enough memory");
-            return EXIT_STATUS_FAILED;
+            return DiagnoseUnread(name, ReadResult::OUT_OF_MEMORY, console);
         }
     }
 

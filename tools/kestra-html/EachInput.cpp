@@ -8,6 +8,7 @@
 
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/PrintableName.h"
 
 namespace Kestra::Tool {
 
@@ -15,18 +16,15 @@ ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat form
     const auto runInput = [&](std::size_t index) {
         Input input;
         input.name = names[index];
-        if (!ReadInput(input.name, &input.bytes)) {
-            console->Diagnose(input.name, "cannot be read");
-            return EXIT_STATUS_UNREADABLE;
-        }
+        if (const ReadResult result = ReadInput(input.name, &input.bytes); result != ReadResult::READ)
+            return DiagnoseUnread(input.name, result, console);
         console->GetProgress().StartInput(index + 1, input.name, input.bytes.size());
         if (format == OutputFormat::TEXT && names.size() > 1)
             console->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(input.name)));
         try {
             return run(input);
         } catch (const std::bad_alloc&) {
-            console->Diagnose(input.name, "not enough memory");
-            return EXIT_STATUS_FAILED;
+            return DiagnoseUnread(input.name, ReadResult::OUT_OF_MEMORY, console);
         }
     };
     ExitStatus status = EXIT_STATUS_GOOD;

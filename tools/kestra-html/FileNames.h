@@ -7,7 +7,9 @@ namespace Kestra::Tool {
 
 /// The path that a file name of the tool stands for. Names are bytes as they are, and on Windows UTF-8.
 ///
-/// On Windows the path is one that the system takes however long it is; the old limit is 260 characters.
+/// On Windows the path is absolute, and one that the system takes as it stands: however long it is,
+/// and also when its last part has the name of a device. A device alone ("NUL", "CONIN$") stays
+/// one.
 /// @return empty for a name with a NUL, which no file has
 std::filesystem::path ToPath(const std::string& name);
 

@@ -1,12 +1,9 @@
 #include "tools/kestra-html/Input.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -59,31 +56,26 @@ bool ReadFile(const std::string& name, std::size_t limit, std::string* bytes) {
 
 }  // namespace
 
-bool ReadInput(const std::string& name, std::string* bytes) {
+ReadResult ReadInput(const std::string& name, std::string* bytes) {
     return ReadInputStart(name, NO_LIMIT, bytes);
 }
 
-bool ReadInputStart(const std::string& name, std::size_t size, std::string* bytes) {
+ReadResult ReadInputStart(const std::string& name, std::size_t size, std::string* bytes) {
     bytes->clear();
     try {
-        return name == "-" ? ReadStandardInput(bytes) : ReadFile(name, size, bytes);
+        const bool isRead = name == "-" ? ReadStandardInput(bytes) : ReadFile(name, size, bytes);
+        return isRead ? ReadResult::READ : ReadResult::UNREADABLE;
     } catch (const std::bad_alloc&) {
-        return false;
-    } catch (const std::length_error&) {
-        return false;
+        return ReadResult::OUT_OF_MEMORY;
+    } catch (const std::length_error&) {  // more than a string can have
+        return ReadResult::OUT_OF_MEMORY;
     }
 }
 
-std::string PrintableName(const std::string& name) {
-    std::string printable;
-    for (const char character : name) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x20 || byte == 0x7F)
-            fmt::format_to(std::back_inserter(printable), "\\x{:02X}", static_cast<unsigned>(byte));
-        else
-            printable.push_back(character);
-    }
-    return printable;
+ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, Console* console) {
+    const bool isUnreadable = result == ReadResult::UNREADABLE;
+    console->Diagnose(name, isUnreadable ? "cannot be read" : "not enough memory");
+    return isUnreadable ? EXIT_STATUS_UNREADABLE : EXIT_STATUS_FAILED;
 }
 
 }  // namespace Kestra::Tool

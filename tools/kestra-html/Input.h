@@ -3,16 +3,25 @@
 #include <cstddef>
 #include <string>
 
+#include "tools/kestra-html/Console.h"
+#include "tools/kestra-html/ExitStatus.h"
+
 namespace Kestra::Tool {
 
+/// How the reading of an input ended.
+enum class ReadResult {
+    READ,
+    UNREADABLE,     ///< it cannot be opened, or not be read to its end
+    OUT_OF_MEMORY,  ///< it does not fit the memory
+};
+
 /// Reads a whole file, pipe or device, or standard input for the name "-".
-/// @return false when it cannot be opened, or not be read to its end
-bool ReadInput(const std::string& name, std::string* bytes);
+ReadResult ReadInput(const std::string& name, std::string* bytes);
 
 /// Reads a file only as far as its first `size` bytes. Standard input is read to its end all the same.
-bool ReadInputStart(const std::string& name, std::size_t size, std::string* bytes);
+ReadResult ReadInputStart(const std::string& name, std::size_t size, std::string* bytes);
 
-/// A file name for one line of text: control characters as `\x1B`, everything else as it is.
-std::string PrintableName(const std::string& name);
+/// Says on standard error why an input was not read. @param result  not READ. @return the exit status for it
+ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, Console* console);
 
 }  // namespace Kestra::Tool

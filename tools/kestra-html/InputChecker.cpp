@@ -8,7 +8,7 @@
 #include "html/framework/ResultCodes.h"
 #include "platform/InputStream.h"
 #include "platform/Results.h"
-#include "platform/StringHelper.h"
+#include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/TokenFinder.h"
 #include "tools/kestra-html/TokenReceiver.h"
 
@@ -55,32 +55,30 @@ std::optional<std::uint64_t> FindFirstDifference(std::string_view input, VFS::In
     return offset == input.size() ? std::nullopt : std::optional(offset);
 }
 
-/// The charset decides two things about the tokens: whether escapes of ISO-2022 are known, and whether it is looked for in the markup.
-/// A charset that there is no converter for would lose the tokens on their way to the observer, so any other one takes its place.
-void MakeConvertible(ParseStart* start) {
-    WideString text;
-    const CharSet::Code code = start->GetCharset();
-    if (code != CharSet::UNKNOWN && StringNS::StringHelper::GetWideFromGeneric(code, "a", 1, &text) == RESULT_UNSUPPORTED_CHARSET)
-        start->SetCharset(CharSet::WINDOWS_1252);
-}
-
-/// Bytes of a possible mark that end a piece and turn out to be none are dropped by the parser.
-std::uint64_t CountDroppedBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize) {
-    const bool looksForMark = start.GetType() != GenericParser::DATA_STREAM_8BIT && start.GetType() != GenericParser::DATA_STREAM_UTF16;
-    if (!looksForMark || pieceSize == 0 || input.starts_with("\xEF\xBB\xBF") || input.starts_with("\xFF\xFE"))
-        return 0;
-    const std::uint64_t alike = input.starts_with("\xEF\xBB") ? 2 : input.starts_with("\xEF") || input.starts_with("\xFF") ? 1 : 0;
-    return alike / pieceSize * pieceSize;
-}
-
 }  // namespace
 
 bool CheckOutcome::IsReproduced() const {
-    return !firstDifference.has_value();
+    return !result.copyLost && !firstDifference;
+}
+
+bool CheckOutcome::HasLostMark() const {
+    return firstDifference && *firstDifference < lostMarkBytes;
 }
 
 bool CheckOutcome::IsGood() const {
-    return result.IsGood() && IsReproduced();
+    return result.GetFirstFailure() == HTML::PARSER_OK && IsReproduced();
+}
+
+CharSet::Code FindConvertible(CharSet::Code code, const std::function<bool(CharSet::Code)>& hasConverter) {
+    if (code == CharSet::UNKNOWN || hasConverter(code))
+        return code;
+    if (CharSet::IsIso2022(code)) {
+        for (const CharSet::Code other : {CharSet::ISO_2022_JP, CharSet::ISO_2022_JP_SISO, CharSet::ISO_2022_KR}) {
+            if (hasConverter(other))
+                return other;
+        }
+    }
+    return CharSet::WINDOWS_1252;
 }
 
 InputChecker::InputChecker(const CheckOptions& checkOptions) : options(checkOptions) {}
@@ -90,7 +88,7 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
     ParseStart start(options);
     do {
         using Clock = std::chrono::steady_clock;
-        MakeConvertible(&start);
+        start.SetCharset(FindConvertible(start.GetCharset(), HasConverter));
         TokenCounter counter;
         const ObserverBinding binding(&parser, &counter);
         const Clock::time_point begin = Clock::now();
@@ -100,7 +98,9 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
     } while (options.reparse && start.Restart(outcome.result));
     VFS::InputStream* const copy = parser.GetSelfCheckStream();
     outcome.hasCopy = copy != nullptr;
-    outcome.firstDifference = FindFirstDifference(input, copy);
+    outcome.lostMarkBytes = CountLostMarkBytes(input, start, options.pieceSize);
+    if (!outcome.result.copyLost)
+        outcome.firstDifference = FindFirstDifference(input, copy);
     if (outcome.hasCopy && !outcome.IsReproduced() && options.format == OutputFormat::TEXT)
         FindToken(input, start, bytesDone, &outcome);
     return outcome;
@@ -108,7 +108,7 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
 
 /// Parses once more, in the same way.
 void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome) {
-    TokenFinder finder(&parser, input, CountDroppedBytes(input, start, options.pieceSize), *outcome->firstDifference);
+    TokenFinder finder(&parser, input, outcome->lostMarkBytes, *outcome->firstDifference);
     const ObserverBinding binding(&parser, &finder);
     ParseOptions findOptions = options;
     findOptions.selfCheck = GenericParser::SELF_CHECK_OFF;

@@ -8,7 +8,7 @@
 namespace Kestra::Tool {
 
 bool ParsePassResult::IsGood() const {
-    return GetFirstFailure() == HTML::PARSER_OK;
+    return GetFirstFailure() == HTML::PARSER_OK && conversionError == 0;
 }
 
 ParseStart::ParseStart(const ParseOptions& options) : charset(options.charset), type(options.input) {}
@@ -64,8 +64,22 @@ ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view conte
     result.isWParser = parser->IsWParser();
     result.needsReparsing = parser->NeedsReparsing();
     result.endParse = parser->EndParse();
+    result.copyLost = options.selfCheck == HTML::GenericParser::SELF_CHECK_COPY && result.endParse == HTML::PARSER_SELF_CHECK_FAILED &&
+                      parser->GetSelfCheckStream() == nullptr;
     result.hasCharsetErrors = parser->HasCharsetErrors();
+    result.conversionError = parser->GetConversionError();
     return result;
+}
+
+std::uint64_t CountLostMarkBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize) {
+    const bool looksForMark =
+        start.GetType() != HTML::GenericParser::DATA_STREAM_8BIT && start.GetType() != HTML::GenericParser::DATA_STREAM_UTF16;
+    if (!looksForMark || input.starts_with("\xEF\xBB\xBF") || input.starts_with("\xFF\xFE"))
+        return 0;
+    const std::uint64_t alike = input.starts_with("\xEF\xBB") ? 2 : input.starts_with("\xEF") || input.starts_with("\xFF") ? 1 : 0;
+    if (alike == input.size())
+        return alike;
+    return pieceSize == 0 ? 0 : alike / pieceSize * pieceSize;
 }
 
 }  // namespace Kestra::Tool

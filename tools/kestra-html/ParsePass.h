@@ -20,8 +20,11 @@ struct ParsePassResult : CallResults {
     bool isWParser = false;
     bool needsReparsing = false;
 
-    bool hasCharsetErrors = false;  ///< asked just after `EndParse`
+    // Asked just after `EndParse`.
+    bool hasCharsetErrors = false;
+    std::uint32_t conversionError = 0;  ///< the last code of a conversion for the observer that failed: tokens are missing; 0 for none
 
+    /// Every call returned 0 and no token is missing.
     bool IsGood() const;
 };
 
@@ -54,5 +57,9 @@ private:
 /// @param bytesDone  called with the bytes that have been handed to the parser so far
 ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
                              const BytesDone& bytesDone);
+
+/// The bytes at the start of an input that belong to no token: those of a byte-order mark that the input, or a piece, ends in and that
+/// does not go on, which the parser drops.
+std::uint64_t CountLostMarkBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize);
 
 }  // namespace Kestra::Tool

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "html/output/ParserObserverOutput.h"
 #include "platform/Characters.h"
@@ -16,6 +17,11 @@ std::uint64_t Place<C, S>::GetLine() const {
 template <typename C, typename S>
 std::uint64_t Place<C, S>::GetColumn() const {
     return column;
+}
+
+template <typename C, typename S>
+void Place<C, S>::SetUtf16(bool isUtf16Document) {
+    isUtf16 = isUtf16Document;
 }
 
 template <typename C, typename S>
@@ -98,17 +104,26 @@ void Place<C, S>::Pass(const HTML::ExternTagData<C, S>& data) {
 }
 
 template <typename C, typename S>
-void Place<C, S>::PassJunk(const HTML::JunkData<C, S>& data, std::uint64_t bytesPerCharacter) {
-    if (data.text == nullptr)
-        return;
-    const std::string& bytes = *data.text;
-    const auto step = static_cast<std::size_t>(bytesPerCharacter);
-    for (std::size_t i = 0; i + step <= bytes.size(); i += step)
-        Count(bytes[i] == '\n' && (step == 1 || bytes[i + 1] == 0));  // UTF-16 is low byte first
+void Place<C, S>::Skip(std::uint64_t characters) {
+    column += characters;
 }
 
 template <typename C, typename S>
+void Place<C, S>::PassJunk(const HTML::JunkData<C, S>& data) {
+    if (data.text != nullptr)
+        PassBytes(data.text->data(), data.text->size());
+}
+
+/// What has one byte in an 8-bit observer's record of a UTF-16 document is punctuation, which the serializer adds.
+template <typename C, typename S>
 void Place<C, S>::Write(const void* data, std::uint64_t byteCount, bool) {
+    if constexpr (std::is_same_v<C, char>) {
+        if (byteCount == 1)
+            Count(*static_cast<const char*>(data) == '\n');
+        else
+            PassBytes(static_cast<const char*>(data), byteCount);
+        return;
+    }
     const char* next = static_cast<const char*>(data);
     for (std::uint64_t left = byteCount / sizeof(C); left > 0; --left) {
         C character;
@@ -116,6 +131,14 @@ void Place<C, S>::Write(const void* data, std::uint64_t byteCount, bool) {
         Count(character == '\n');
         next += sizeof(C);
     }
+}
+
+/// Bytes of the document.
+template <typename C, typename S>
+void Place<C, S>::PassBytes(const char* bytes, std::uint64_t size) {
+    const std::uint64_t step = isUtf16 ? 2 : 1;
+    for (std::uint64_t i = 0; i + step <= size; i += step)
+        Count(bytes[i] == '\n' && (step == 1 || bytes[i + 1] == 0));  // UTF-16 is low byte first
 }
 
 template <typename C, typename S>

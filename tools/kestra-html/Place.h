@@ -9,7 +9,7 @@
 
 namespace Kestra::Tool {
 
-/// Line and column, from 1, of the next token, in the characters of the observer.
+/// Line and column, from 1, of the next token, in the characters of the observer; of a UTF-16 document, in its units for either observer.
 ///
 /// A token's extent is what the serializer writes for it, so each record is written back and its characters are counted. A line ends
 /// behind its line feed.
@@ -18,6 +18,9 @@ class Place final : private HTML::ParserObserverOutputHandler {
 public:
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
+
+    /// The document is UTF-16: the strings of an 8-bit observer have two bytes for each unit.
+    void SetUtf16(bool isUtf16Document);
 
     void Pass(const HTML::TextData<C, S>& data);
     void Pass(const HTML::CCommentData<C, S>& data);
@@ -33,15 +36,20 @@ public:
     void Pass(const HTML::EntityTagData<C, S>& data);
     void Pass(const HTML::ExternTagData<C, S>& data);
 
-    /// Junk is bytes in both flavours. @param bytesPerCharacter  2 when the document is UTF-16 and the observer wide, else 1
-    void PassJunk(const HTML::JunkData<C, S>& data, std::uint64_t bytesPerCharacter);
+    /// Characters that no record has, without a line feed.
+    void Skip(std::uint64_t characters);
+
+    /// Junk is bytes in both flavours.
+    void PassJunk(const HTML::JunkData<C, S>& data);
 
 private:
     void Write(const void* data, std::uint64_t byteCount, bool isMarkup) override;
     void Pass(const char* punctuation);
     void Pass(const S* text);
+    void PassBytes(const char* bytes, std::uint64_t size);
     void Count(bool isLineFeed);
 
+    bool isUtf16 = false;
     std::uint64_t line = 1;
     std::uint64_t column = 1;
 };

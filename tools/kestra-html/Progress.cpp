@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/Terminal.h"
 
 namespace Kestra::Tool {

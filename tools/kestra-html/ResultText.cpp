@@ -5,17 +5,24 @@
 #include "html/framework/ResultCodes.h"
 #include "html/stateless/StatelessResults.h"
 #include "platform/Results.h"
+#include "tools/kestra-html/CharsetText.h"
 
 namespace Kestra::Tool {
 
 namespace {
 
-void AppendCall(std::string* text, std::string_view call, std::uint32_t code) {
+std::string_view GetMeaning(std::uint32_t code, bool copyLost) {
+    if (copyLost && code == HTML::PARSER_SELF_CHECK_FAILED)
+        return "the copy of the tokens could not be written to a temporary file or read back from it";
+    return GetResultMeaning(code);
+}
+
+void AppendCall(std::string* text, std::string_view call, std::uint32_t code, bool copyLost = false) {
     if (code == HTML::PARSER_OK)
         return;
     if (!text->empty())
         text->append("; ");
-    text->append(fmt::format("{} returned {}: {}", call, code, GetResultMeaning(code)));
+    text->append(fmt::format("{} returned {}: {}", call, code, GetMeaning(code, copyLost)));
 }
 
 }  // namespace
@@ -70,6 +77,10 @@ std::string_view GetResultMeaning(std::uint32_t code) {
     return "an unknown result code";
 }
 
+std::string_view GetFailureMeaning(const CallResults& results) {
+    return GetMeaning(results.GetFirstFailure(), results.copyLost);
+}
+
 std::string_view GetDetectionMeaning(std::uint32_t code) {
     if (code == RESULT_UNAVAILABLE)
         return "the charset detector has no usable answer, as for plain ASCII, or cannot be started";
@@ -80,10 +91,20 @@ std::string DescribeFailures(const CallResults& results) {
     std::string text;
     AppendCall(&text, "StartParse", results.startParse);
     AppendCall(&text, "parsing", results.parse);
-    AppendCall(&text, "EndParse", results.endParse);
+    AppendCall(&text, "EndParse", results.endParse, results.copyLost);
     if (!text.empty())
         text.append(fmt::format(" (line {}, column {})", results.line, results.column));
     return text;
+}
+
+std::string DescribeFailures(const ParsePassResult& results) {
+    std::string text = DescribeFailures(static_cast<const CallResults&>(results));
+    if (results.conversionError == 0)
+        return text;
+    if (!text.empty())
+        text.append("; ");
+    return text.append(fmt::format("tokens are missing, a conversion from the charset {} returned {}: {}", DescribeCharset(results.charset),
+                                   results.conversionError, GetResultMeaning(results.conversionError)));
 }
 
 }  // namespace Kestra::Tool

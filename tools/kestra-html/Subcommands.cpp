@@ -10,6 +10,7 @@
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
+#include "tools/kestra-html/CharsetText.h"
 
 namespace Kestra::Tool {
 
@@ -24,13 +25,15 @@ const char* const EXIT_STATUS_HELP =
 namespace {
 
 using HTML::GenericParser;
+using StringNS::CharSet;
 
 constexpr const char* TOKENS_FOOTER =
     "Text format: one line for each token. It starts with the line and the column of\n"
     "the token, from 1, counted in the observer's characters: UTF-16 units of the\n"
-    "decoded text for a wide observer, bytes for a narrow one. Long texts are cut and\n"
-    "followed by their length: abc...[1200]. A control character is shown as \\n, \\r,\n"
-    "\\t or \\x1B. On a terminal the kind is coloured unless NO_COLOR is set.\n"
+    "decoded text for a wide observer, bytes for a narrow one; of UTF-16 input its\n"
+    "units for either. Long texts are cut and followed by their length:\n"
+    "abc...[1200]. A control character is shown as \\n, \\r, \\t or \\x1B. On a terminal\n"
+    "the kind is coloured unless NO_COLOR is set.\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input.\n"
@@ -99,15 +102,24 @@ std::uint64_t ToNumber(const std::string& option, const std::string& text) {
 }
 
 /// A code-page number or a registered charset name.
-StringNS::CharSet::Code ToCharset(const std::string& option, const std::string& text) {
+CharSet::Code ReadCharset(const std::string& option, const std::string& text) {
     if (const auto number = ReadNumber(text, UINT32_MAX); number)
-        return static_cast<StringNS::CharSet::Code>(*number);
+        return static_cast<CharSet::Code>(*number);
     WideString name;
     for (const char letter : text)
         name.push_back(static_cast<WideChar>(static_cast<unsigned char>(letter)));
-    const StringNS::CharSet::Code code = StringNS::CharSet::GetCharSetCode(name);
-    if (code == StringNS::CharSet::UNKNOWN)
+    const CharSet::Code code = CharSet::GetCharSetCode(name);
+    if (code == CharSet::UNKNOWN)
         throw CLI::ValidationError(option, fmt::format("\"{}\" is neither a number nor a registered charset name", text));
+    return code;
+}
+
+/// What cannot be decoded would be lost on its way to the observer. Where nothing is decoded, a code that has a name is one all the same.
+CharSet::Code ToCharset(const std::string& option, const std::string& text, bool decodes) {
+    const CharSet::Code code = ReadCharset(option, text);
+    const bool isKnown = code == CharSet::UNKNOWN || HasConverter(code) || (!decodes && !CharSet::GetCharSetName(code).empty());
+    if (!isKnown)
+        throw CLI::ValidationError(option, fmt::format("there is no converter for the charset {}", DescribeCharset(code)));
     return code;
 }
 
@@ -185,8 +197,8 @@ void FeedingSubcommand::AddFeed() {
             "16384 or more, 0 for as many as it asks for");
 }
 
-void FeedingSubcommand::TakeFeedOptions(FeedOptions* options) const {
-    options->charset = ToCharset("--charset", charset);
+void FeedingSubcommand::TakeFeedOptions(FeedOptions* options, bool decodes) const {
+    options->charset = ToCharset("--charset", charset, decodes);
     options->feed = feed == "buffer" ? FeedOptions::Feed::BUFFER : FeedOptions::Feed::STREAM;
     options->pieceSize = ToNumber("--piece-size", pieceSize);
 }
@@ -199,8 +211,8 @@ void ParsingSubcommand::AddNoReparse() {
     AddFlag("--no-reparse", &noReparse, "stop when the charset is found late, instead\nof starting again with it");
 }
 
-void ParsingSubcommand::TakeParseOptions(ParseOptions* options) const {
-    TakeFeedOptions(options);
+void ParsingSubcommand::TakeParseOptions(ParseOptions* options, bool decodes) const {
+    TakeFeedOptions(options, decodes);
     if (input == "8bit")
         options->input = GenericParser::DATA_STREAM_8BIT;
     else if (input == "utf16")
@@ -225,9 +237,9 @@ TokensSubcommand::TokensSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "to
 
 TokensOptions TokensSubcommand::GetOptions() const {
     TokensOptions options;
-    TakeParseOptions(&options);
     options.format = GetFormat();
     options.observer = observer == "narrow" ? TokensOptions::Observer::NARROW : TokensOptions::Observer::WIDE;
+    TakeParseOptions(&options, options.observer == TokensOptions::Observer::WIDE);
     if (selfCheck == "crc")
         options.selfCheck = GenericParser::SELF_CHECK_CRC;
     else if (selfCheck == "copy")
@@ -248,7 +260,7 @@ EventsSubcommand::EventsSubcommand(CLI::App* tool)
 
 EventsOptions EventsSubcommand::GetOptions() const {
     EventsOptions options;
-    TakeFeedOptions(&options);
+    TakeFeedOptions(&options, true);
     options.format = GetFormat();
     options.flags = static_cast<std::uint32_t>(ToNumberWithin("--flags", flags, 0, UINT32_MAX));
     options.inputs = GetFiles();
@@ -269,7 +281,7 @@ CheckSubcommand::CheckSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "chec
 
 CheckOptions CheckSubcommand::GetOptions() const {
     CheckOptions options;
-    TakeParseOptions(&options);
+    TakeParseOptions(&options, false);
     options.format = GetFormat();
     options.selfCheck = GenericParser::SELF_CHECK_COPY;
     options.recursive = recursive;

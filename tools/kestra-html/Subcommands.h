@@ -62,8 +62,9 @@ protected:
     void AddCharset();
     void AddFeed();
 
+    /// @param decodes  the text of the inputs is decoded, so that their charset needs a converter; else it only needs to be one
     /// @throws CLI::ValidationError
-    void TakeFeedOptions(FeedOptions* options) const;
+    void TakeFeedOptions(FeedOptions* options, bool decodes) const;
 
 private:
     std::string charset = "0";
@@ -82,8 +83,8 @@ protected:
     void AddInput();
     void AddNoReparse();
 
-    /// @throws CLI::ValidationError
-    void TakeParseOptions(ParseOptions* options) const;
+    /// @param decodes  as for TakeFeedOptions. @throws CLI::ValidationError
+    void TakeParseOptions(ParseOptions* options, bool decodes) const;
 
 private:
     std::string input = "auto";

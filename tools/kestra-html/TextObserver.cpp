@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <type_traits>
+
 #include "platform/Characters.h"
 #include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/ResultText.h"
@@ -10,8 +12,9 @@
 namespace Kestra::Tool {
 
 template <typename C, typename S>
-TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour)
-    : parser(observedParser), report(lineSink, inColour) {}
+TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, std::string_view input,
+                                 std::uint64_t firstByte)
+    : parser(observedParser), hiddenComments(observedParser, input, firstByte), report(lineSink, inColour) {}
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnStartParsing() {
@@ -26,6 +29,7 @@ void TextObserver<C, S>::OnEndParsing() {
 template <typename C, typename S>
 void TextObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
     Print(TokenKind::EVENT, Trace::FormatBOM(bytes, size));
+    hiddenComments.PassMark(size);
 }
 
 template <typename C, typename S>
@@ -101,11 +105,13 @@ void TextObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
 template <typename C, typename S>
 void TextObserver<C, S>::OnJSTagStart() {
     Print(TokenKind::EVENT, Trace::Format(Trace::Event::JS_TAG_START));
+    hiddenComments.SetInScript(true);
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnJSTagEnd() {
     Print(TokenKind::EVENT, Trace::Format(Trace::Event::JS_TAG_END));
+    hiddenComments.SetInScript(false);
 }
 
 template <typename C, typename S>
@@ -120,13 +126,18 @@ void TextObserver<C, S>::OnCSSTagEnd() {
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
+    PassHiddenComment(TokenKind::JUNK, 0);
     Print(TokenKind::JUNK, Trace::Format(*data, TextReport::STRINGS));
-    place.PassJunk(*data, parser->IsWParser() ? sizeof(C) : 1);
+    place.PassJunk(*data);
 }
 
 template <typename C, typename S>
 template <typename Record>
 void TextObserver<C, S>::Token(TokenKind kind, const Record& data) {
+    std::uint64_t size = 0;
+    if constexpr (std::is_same_v<Record, HTML::TextData<C, S>>)
+        size = data.text == nullptr ? 0 : data.text->size();
+    PassHiddenComment(kind, size);
     Print(kind, Trace::Format(data, TextReport::STRINGS));
     place.Pass(data);
 }
@@ -134,6 +145,15 @@ void TextObserver<C, S>::Token(TokenKind kind, const Record& data) {
 template <typename C, typename S>
 void TextObserver<C, S>::Print(TokenKind kind, std::string_view text) {
     report.Write(kind, place.GetLine(), place.GetColumn(), text);
+}
+
+/// Before a token. Only the 8-bit parser hides comments, and only from an 8-bit observer.
+template <typename C, typename S>
+void TextObserver<C, S>::PassHiddenComment(TokenKind kind, std::uint64_t size) {
+    const bool isUtf16 = parser->IsWParser();
+    place.SetUtf16(isUtf16);
+    if (sizeof(C) == 1 && !isUtf16)
+        place.Skip(hiddenComments.Pass(kind, size));
 }
 
 template <typename C, typename S>

@@ -72,7 +72,7 @@ private:
             result = Parse(&parser, input, start, options);
             observer.WriteResult(result, input.name);
         } else {
-            TextObserver<C, S> observer(console, &parser, colour);
+            TextObserver<C, S> observer(console, &parser, colour, input.bytes, CountLostMarkBytes(input.bytes, start, options.pieceSize));
             parser.SetObserver(&observer, false);
             result = Parse(&parser, input, start, options);
             observer.WriteSummary(result, input.bytes.size(), start.WasRestarted());

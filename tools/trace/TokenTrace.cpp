@@ -62,15 +62,6 @@ void AppendUtf8(std::string* line, unsigned codePoint) {
     put(0x80 | (codePoint & 0x3F));
 }
 
-/// Characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent: C1 controls, separators of lines, marks of
-/// direction, other invisible format characters, noncharacters.
-bool IsInvisible(unsigned codePoint) {
-    return codePoint < 0xA0 || codePoint == 0xAD || codePoint == 0x061C || codePoint == 0x180E ||
-           (codePoint >= 0x200B && codePoint <= 0x200F) || (codePoint >= 0x2028 && codePoint <= 0x202E) ||
-           (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) || codePoint == 0xFEFF ||
-           (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE || (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
-}
-
 bool IsHighSurrogate(unsigned unit) {
     return unit >= 0xD800 && unit <= 0xDBFF;
 }
@@ -184,6 +175,13 @@ std::string FormatStartOrShort(std::string_view kind, const Record& data, const 
 }
 
 }  // namespace
+
+bool IsInvisible(std::uint32_t codePoint) {
+    return codePoint < 0xA0 || codePoint == 0xAD || codePoint == 0x061C || codePoint == 0x180E ||
+           (codePoint >= 0x200B && codePoint <= 0x200F) || (codePoint >= 0x2028 && codePoint <= 0x202E) ||
+           (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) || codePoint == 0xFEFF ||
+           (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE || (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
+}
 
 std::string Escape(std::string_view text, const Options& options) {
     const bool cut = options.cutAt != 0 && text.size() > options.cutAt;

@@ -51,6 +51,10 @@ enum class Event {
     CSS_TAG_END,
 };
 
+/// True of characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent: C1 controls, separators of lines,
+/// marks of direction, other invisible format characters, noncharacters.
+bool IsInvisible(std::uint32_t codePoint);
+
 /// A string in the escapes of the trace language.
 std::string Escape(std::string_view text, const Options& options = {});
 std::string Escape(WideStringView text, const Options& options = {});

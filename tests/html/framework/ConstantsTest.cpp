@@ -16,6 +16,7 @@
 #include "html/text/ConditionalTagSimpleParser.h"
 #include "html/text/DQuoteStringSimpleParser.h"
 #include "html/text/JSRegExSimpleParser.h"
+#include "html/text/JunkSimpleParser.h"
 #include "html/text/SQuoteStringSimpleParser.h"
 #include "html/text/TextSimpleParser.h"
 #include "tests/support/Flavours.h"
@@ -72,6 +73,7 @@ TYPED_TEST(ConstantsTest, NamesOfRecognizers) {
     EXPECT_EQ((HTML::ExternTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("ExternTagSimpleParser"));
     EXPECT_EQ((HTML::CCommentSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CCommentSimpleParser"));
     EXPECT_EQ((HTML::CPPCommentSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CPPCommentSimpleParser"));
+    EXPECT_EQ((HTML::JunkSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("JunkSimpleParser"));
 }
 
 }  // namespace

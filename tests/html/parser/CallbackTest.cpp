@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -10,6 +12,7 @@
 #include "platform/MemoryInputStream.h"
 #include "tests/html/parser/DocumentRows.h"
 #include "tests/support/Flavours.h"
+#include "tests/support/Splits.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
 
@@ -102,6 +105,133 @@ TYPED_TEST(ReentranceTest, CallsThatFeedGive2AndChangeNothing) {
     scene.Play(&parser);
     EXPECT_EQ(Join(lines), Join(scene.Trace()));
     EXPECT_EQ(static_cast<std::size_t>(callbacks), lines.size());
+}
+
+/// The word of a trace line: all of it up to the bracket.
+std::string WordOf(const std::string& line) {
+    return line.substr(0, line.find('('));
+}
+
+// In a callback of a token the name is that of its recognizer, also where the token was read without one.
+TYPED_TEST(ReentranceTest, TheParserNameInACallback) {
+    const std::map<std::string, std::string> names = {
+        {"text", "TextSimpleParser"},
+        {"start", "StartTagSimpleParser"},
+        {"short", "StartTagSimpleParser"},
+        {"js-start", "StartTagSimpleParser"},
+        {"css-start", "StartTagSimpleParser"},
+        {"end", "EndTagSimpleParser"},
+        {"js-end", "EndTagSimpleParser"},
+        {"css-end", "EndTagSimpleParser"},
+        {"comment", "CommentTagSimpleParser"},
+        {"cdata", "CDATATagSimpleParser"},
+        {"conditional", "ConditionalTagSimpleParser"},
+        {"entity", "EntityTagSimpleParser"},
+        {"extern", "ExternTagSimpleParser"},
+        {"extern-text", "ExternTagSimpleParser"},
+        {"s-string", "SQuoteStringSimpleParser"},
+        {"d-string", "DQuoteStringSimpleParser"},
+        {"c-comment", "CCommentSimpleParser"},
+        {"cpp-comment", "CPPCommentSimpleParser"},
+    };
+    const bool isWide = std::is_same_v<TypeParam, WideObserver>;
+    const std::string_view all = EVERY_CALLBACK;
+    const std::string_view document = all.substr(0, all.find("<i j"));  // what follows needs a stream
+    ForEverySplit(document, [&](const Cuts& cuts) {
+        Lines lines;
+        TypeParam observer(&lines);
+        GenericParser parser;
+        std::map<std::string, std::string> found;
+        observer.hook = [&](const std::string& line) {
+            const WideString wideName = parser.GetCurrentParserName();
+            const std::string name(wideName.begin(), wideName.end());
+            const auto expected = names.find(WordOf(line));
+            if (expected == names.end())
+                return;
+            found.insert({expected->first, name});
+            EXPECT_EQ(name, expected->second) << line;
+        };
+        parser.SetObserver(&observer, false);
+        EXPECT_EQ(parser.StartParse(1252, TypeFor(isWide)), 0U);
+        for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+            const std::string bytes = BytesFor(document.substr(begin, end - begin), isWide);
+            EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
+        }
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(found.size(), names.size() - (isWide ? 0 : 1));  // no line comments for 8-bit observers
+    });
+}
+
+/// Looks at the attributes that have no value.
+template <typename C, typename S>
+class BareAttributeObserver final : public HTML::ParserObserver<C, S> {
+public:
+    void OnStartTag(HTML::StartTagData<C, S>* data) override {
+        Check(*data->attributes);
+    }
+    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
+        Check(*data->attributes);
+    }
+    void OnEndTag(HTML::EndTagData<C, S>* data) override {
+        Check(*data->attributes);
+    }
+    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
+        Check(*data->attributes);
+    }
+
+    std::size_t bare = 0;
+    std::size_t others = 0;
+
+private:
+    void Check(const Vector<HTML::Attribute<C, S>>& attributes) {
+        for (const HTML::Attribute<C, S>& attribute : attributes) {
+            ++(attribute.hasValue ? others : bare);
+            if (attribute.hasValue)
+                continue;
+            EXPECT_TRUE(attribute.beforeEquals.empty());
+            EXPECT_TRUE(attribute.afterEquals.empty());
+            EXPECT_TRUE(attribute.value.empty());
+            EXPECT_EQ(attribute.quote, HTML::QUOTE_NONE);
+        }
+    }
+};
+
+template <typename Flavour>
+class BareAttributeTest : public testing::Test {};
+
+TYPED_TEST_SUITE(BareAttributeTest, Flavours);
+
+// Whatever the list held before in that place.
+TYPED_TEST(BareAttributeTest, HasNothingButItsName) {
+    constexpr std::size_t COUNT = 10;  // more than the recognizer reads by itself in a cut tag
+    const struct {
+        const char* start;
+        const char* end;
+    } tags[] = {{"<p", ">"}, {"<p", "/>"}, {"</p", ">"}, {"<?xml", "?>"}};
+    for (const auto& tag : tags) {
+        std::string document = tag.start;
+        for (std::size_t i = 0; i < COUNT; ++i)
+            document += " a  =   'v'";
+        document = document + tag.end + tag.start;
+        const std::size_t bareTag = document.size();
+        for (std::size_t i = 0; i < COUNT; ++i)
+            document += " b";
+        document += tag.end;
+        SCOPED_TRACE(document);
+        for (std::size_t cut = bareTag; cut <= document.size(); ++cut) {
+            BareAttributeObserver<typename TypeParam::C, typename TypeParam::S> observer;
+            GenericParser parser;
+            parser.SetObserver(&observer, false);
+            EXPECT_EQ(parser.StartParse(1252, TypeFor(TypeParam::WIDE)), 0U);
+            for (const std::string& piece : {document.substr(0, cut), document.substr(cut)}) {
+                const std::string bytes = BytesFor(piece, TypeParam::WIDE);
+                EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
+            }
+            EXPECT_EQ(parser.EndParse(), 0U);
+            EXPECT_EQ(observer.bare, COUNT);
+            EXPECT_EQ(observer.others, COUNT);
+        }
+    }
 }
 
 TYPED_TEST(ReentranceTest, QueriesAndSettersWork) {

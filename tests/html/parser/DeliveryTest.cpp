@@ -1,12 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/MemoryInputStream.h"
+#include "platform/Results.h"
 #include "platform/Services.h"
 #include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
 #include "tests/support/RecognizerRun.h"
 
 namespace Kestra::Test {
@@ -166,10 +171,12 @@ TEST(DeliveryTest, WithoutAConverterOnlyTheEventsArrive) {
     EXPECT_EQ(run.parseResult, 0U);
     EXPECT_EQ(run.endResult, 0U);
     EXPECT_EQ(run.column, std::string_view(EVERY_CALLBACK).size() + 1);
+    EXPECT_EQ(run.conversionError, static_cast<std::uint32_t>(RESULT_UNSUPPORTED_CHARSET));
 
     // An 8-bit observer needs none.
     const DocumentRun unconverted = ParseDocument(EVERY_CALLBACK, {}, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, 4711));
     EXPECT_EQ(unconverted.Lines(), Join(WholeTrace(EVERY_CALLBACK_TOKENS, NARROW_TO_NARROW, 4711)));
+    EXPECT_EQ(unconverted.conversionError, 0U);
 }
 
 TEST(DeliveryTest, EventsAndTokensOfEveryKindByEveryRoute) {
@@ -250,11 +257,178 @@ TEST(DeliveryTest, AFailedConversionSkipsOneCallback) {
                     EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace(row.tokens, route)));
                     EXPECT_EQ(run.parseResult, 0U);
                     EXPECT_EQ(run.endResult, 0U);
+                    EXPECT_EQ(run.conversionError, CONVERSION_CODE);
                     EXPECT_EQ((Place{run.line, run.column}), PlaceAfter(std::string_view(row.input), row.input.size()));
                 });
             }
         }
     }
+}
+
+TEST(DeliveryTest, TheConversionErrorIsTheLastOneOfTheDocument) {
+    const Base::Services services = FailingConverters();
+    const Base::ServicesOverride replacement(services);
+    Lines lines;
+    Trace::TraceObserver<WideChar, WideString> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    EXPECT_EQ(parser.GetConversionError(), 0U) << "no parser runs";
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    const auto feed = [&parser](std::string_view text) {
+        EXPECT_EQ(parser.ParseBuffer(text.data(), text.size()), 0U);
+        return parser.GetConversionError();
+    };
+    EXPECT_EQ(feed("a<b>"), 0U);
+    EXPECT_EQ(feed("!<b>"), CONVERSION_CODE);
+    EXPECT_EQ(feed("a<b>"), CONVERSION_CODE) << "what succeeds later does not hide it";
+    EXPECT_FALSE(parser.HasCharsetErrors()) << "not asked for";
+    parser.SetDetectCharsetErrors(true);
+    EXPECT_FALSE(parser.HasCharsetErrors()) << "recorded only while it is on";
+    EXPECT_EQ(feed("!<b>"), CONVERSION_CODE);
+    EXPECT_TRUE(parser.HasCharsetErrors());
+    EXPECT_EQ(GenericParser(parser).GetConversionError(), CONVERSION_CODE);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(parser.GetConversionError(), CONVERSION_CODE);
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.GetConversionError(), 0U) << "no parser runs yet";
+    EXPECT_EQ(feed("a<b>"), 0U);
+    EXPECT_FALSE(parser.HasCharsetErrors());
+}
+
+bool isThrown = false;  // how want of memory shows
+
+template <typename Text>
+std::uint32_t LackMemoryFor(const Text& text) {
+    if (text.find(static_cast<typename Text::value_type>(FAILING)) == Text::npos)
+        return RESULT_OK;
+    if (isThrown)
+        throw std::bad_alloc();
+    return RESULT_OUT_OF_MEMORY;
+}
+
+std::uint32_t ToWideOrLackMemory(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
+                                 WideString* output) {
+    const std::uint32_t result = LackMemoryFor(std::string_view(data, static_cast<std::size_t>(size)));
+    return result != RESULT_OK ? result : Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
+}
+
+std::uint32_t FromWideOrLackMemory(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
+                                   std::uint64_t size, std::string* output) {
+    const std::uint32_t result = LackMemoryFor(WideStringView(data, static_cast<std::size_t>(size)));
+    return result != RESULT_OK ? result : Base::PLATFORM_SERVICES.fromWide(converter, code, data, size, output);
+}
+
+/// Conversions of a text with `FAILING` lack memory.
+class LackingMemory {
+public:
+    LackingMemory() : services(MakeServices()), replacement(services) {}
+
+private:
+    static Base::Services MakeServices() {
+        Base::Services lacking = Base::PLATFORM_SERVICES;
+        lacking.toWide = ToWideOrLackMemory;
+        lacking.fromWide = FromWideOrLackMemory;
+        return lacking;
+    }
+
+    Base::Services services;
+    Base::ServicesOverride replacement;
+};
+
+TEST(DeliveryTest, WantOfMemoryLosesATokenAndIsTheAnswerOfTheCall) {
+    const LackingMemory lacking;
+    for (const bool thrown : {false, true}) {
+        isThrown = thrown;
+        for (const Route& route : {NARROW_TO_WIDE, WIDE_TO_NARROW}) {
+            SCOPED_TRACE(std::string(route.name) + (thrown ? ", thrown" : ", answered"));
+            Lines lines;
+            Trace::TraceObserver<char, std::string> narrow(&lines);
+            Trace::TraceObserver<WideChar, WideString> wide(&lines);
+            GenericParser parser;
+            if (route.wideInput)
+                parser.SetObserver(&narrow, false);
+            else
+                parser.SetObserver(&wide, false);
+            parser.SetDetectCharsetErrors(true);
+            const auto feed = [&](std::string_view latin1) {
+                std::string bytes(latin1);
+                if (route.wideInput)
+                    bytes = ToUtf16LE(To<WideString>(latin1));
+                return parser.ParseBuffer(bytes.data(), bytes.size());
+            };
+            const auto start = [&] {
+                lines.clear();
+                parser.StartParse(1252, route.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+            };
+            start();
+            EXPECT_EQ(feed("a<b>"), 0U);
+            EXPECT_EQ(feed("!<b c='!'>d<e>"), 8U);
+            EXPECT_EQ(parser.GetConversionError(), 8U);
+            EXPECT_TRUE(parser.HasCharsetErrors());
+            EXPECT_EQ(feed("f<g>"), 0U) << "told once";
+            EXPECT_EQ(feed("!"), 0U) << "text is pending";
+            EXPECT_EQ(parser.EndParse(), 8U);
+            EXPECT_EQ(Join(Comparable(lines, route)),
+                      Join(WholeTrace({"text(a)", "start(|b||)", "text(d)", "start(|e||)", "text(f)", "start(|g||)"}, route)));
+            start();
+            EXPECT_EQ(parser.GetConversionError(), 0U);
+            EXPECT_EQ(feed("a<b>"), 0U);
+            EXPECT_EQ(feed("!<b / >"), 11U) << "other results come first";
+            start();
+            EXPECT_EQ(feed("a<b>"), 0U) << "and the next document knows nothing of it";
+            EXPECT_EQ(parser.EndParse(), 0U);
+        }
+    }
+}
+
+TEST(DeliveryTest, WantOfMemoryLeavesTheStreamInUse) {
+    const LackingMemory lacking;
+    isThrown = false;
+    for (const bool owned : {false, true}) {
+        SCOPED_TRACE(owned);
+        Lines lines;
+        Trace::TraceObserver<WideChar, WideString> observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+        auto stream = std::make_unique<VFS::MemoryInputStream>("!<a b / >c<i!><d");
+        EXPECT_EQ(parser.ParseStream(owned ? stream.release() : stream.get(), owned), 8U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(Join(lines), Join({"start-parsing", "charset(1252)", "junk(<a b / )", "junk(>c)", "junk(<d)", "end-parsing"}));
+    }
+}
+
+TEST(DeliveryTest, WantOfMemoryThatNoCallToldOfEndsWithTheDocument) {
+    const LackingMemory lacking;
+    isThrown = false;
+    Lines lines;
+    HookedObserver<WideChar, WideString> observer(&lines);
+    observer.hook = [](const std::string& line) {
+        if (line == "start(|b||)")
+            throw 1;
+    };
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_THROW(parser.ParseBuffer("!<b>", 4), int);
+    EXPECT_EQ(parser.GetConversionError(), 8U);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.ParseBuffer("a<c>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+}
+
+TEST(DeliveryTest, WantOfMemoryYieldsToTheReparse) {
+    const LackingMemory lacking;
+    isThrown = false;
+    Lines lines;
+    Trace::TraceObserver<WideChar, WideString> observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.StartParse(0, GenericParser::DATA_STREAM_8BIT);
+    const std::string_view document = "!<meta charset=koi8-r>";
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 705U);
+    EXPECT_EQ(parser.GetConversionError(), 8U);
+    EXPECT_EQ(parser.GetCharset(), 20866U);
 }
 
 TEST(DeliveryTest, ConversionsHappenOnlyForTheOtherFlavour) {
@@ -319,7 +493,8 @@ TEST(DeliveryTest, ACharsetErrorIsAReplacementInWhatAWideObserverGets) {
         {"932, valid text", 932, "\x82\xA0", false},
         {"1200 as 8-bit text, an odd number of bytes", 1200, "abc", true},
         {"nothing but ASCII", 65001, "<a b='c'>d</a>", false},
-        {"an unsupported charset fails, which is no error of this kind", 4711, "a\xFF", false},
+        {"a charset without a converter: the token is lost", 4711, "a", true},
+        {"junk needs no converter", 4711, "", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.note) + ", " + std::to_string(row.charset));

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "html/parser/GenericParser.h"
-#include "tests/support/FailedAllocations.h"
+#include "tests/support/FailingNew.h"
 #include "tests/support/Flavours.h"
 #include "tools/trace/TokenTrace.h"
 
@@ -44,7 +44,7 @@ private:
         TagCounter* const bound = next;
         next = nullptr;
         try {
-            const FailedAllocation failed(failing);
+            const FailingAllocation failure(failing);
             feedingParser->SetObserver(static_cast<HTML::ParserObserver<C, S>*>(bound), true);
             isNextBound = true;
         } catch (const std::bad_alloc&) {
@@ -94,7 +94,7 @@ TYPED_TEST(OwnedObserverTest, AnObserverThatCannotBeOwnedStaysTheCallers) {
         parser.SetObserver(first, true);
         parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
         try {
-            const FailedAllocation failed(failing);
+            const FailingAllocation failure(failing);
             parser.SetObserver(second, true);
             isBound = true;
         } catch (const std::bad_alloc&) {
@@ -176,7 +176,7 @@ TYPED_TEST(AssignmentTest, TheTargetIsAsBeforeOrAsTheSource) {
             source->Start();
             source->Feed(source->parser.get(), OF_SOURCE);
             try {
-                const FailedAllocation failed(failures + 1);
+                const FailingAllocation failure(failures + 1);
                 *target.parser = *source->parser;
                 isAssigned = true;
             } catch (const std::bad_alloc&) {
@@ -208,7 +208,7 @@ TYPED_TEST(AssignmentTest, ACopyThatFailsLeavesNothing) {
             SCOPED_TRACE(failures + 1);
             ASSERT_LT(failures, TOO_MANY);
             try {
-                const FailedAllocation failed(failures + 1);
+                const FailingAllocation failure(failures + 1);
                 GenericParser copy(*source.parser);
                 isCopied = true;
             } catch (const std::bad_alloc&) {
@@ -237,7 +237,7 @@ TEST(OwnedObserverAssignmentTest, AnOwnedObserverOutlivesAFailure) {
         target.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
         EXPECT_EQ(target.ParseBuffer("<t", 2), 0U);
         try {
-            const FailedAllocation failed(failures + 1);
+            const FailingAllocation failure(failures + 1);
             target = *source;
             isAssigned = true;
         } catch (const std::bad_alloc&) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "tests/html/parser/DocumentRows.h"
 #include "tests/support/Flavours.h"
@@ -69,6 +70,27 @@ TEST(Iso2022Test, Attributes) {
          {"start(|p|{ |a|=|\"\\\\\\x1B$B\"\\x1B(B\"}|)"}},
         {"an escape that designates nothing", "<p a=\"\x1Bx\">", {"start(|p|{ |a|=|\"\\x1Bx\"}|)"}},
         {"an escape that takes the quote", "<p a=\"\x1B\"b\">", {"start(|p|{ |a|=|\"\\x1B\"b\"}|)"}},
+    };
+    CheckInIso2022(rows);
+}
+
+/// The last attributes of a long list are read as the first ones are.
+TEST(Iso2022Test, LongListsOfAttributes) {
+    const auto repeat = [](std::string_view text) {
+        std::string all;
+        for (int i = 0; i < 9; ++i)
+            all += text;
+        return all;
+    };
+    const std::string run = " b=\"\x1B$B\">\x1B(B\"";
+    const std::string readRun = "{ |b|=|\"\\x1B$B\">\\x1B(B\"}";
+    const DocumentRow rows[] = {
+        {"after nine empty values", "<p" + repeat(" a=''") + run + ">", {"start(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"after nine attributes without a value", "<p" + repeat(" a") + run + ">", {"start(|p|" + repeat("{ |a}") + readRun + "|)"}},
+        {"in all of ten values", "<p" + repeat(run) + run + ">", {"start(|p|" + repeat(readRun) + readRun + "|)"}},
+        {"in a short tag", "<p" + repeat(" a=''") + run + "/>", {"short(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"in an end tag", "</p c=''" + repeat(" a=''") + run + ">", {"end(|p| |{|c|=|''}" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"in an XML declaration", "<?xml" + repeat(" a=''") + run + "?>", {"extern(|xml|" + repeat("{ |a|=|''}") + readRun + "|)"}},
     };
     CheckInIso2022(rows);
 }

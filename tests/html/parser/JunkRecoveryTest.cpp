@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -100,6 +102,72 @@ TEST(JunkRecoveryTest, NulsInJunkAreKept) {
             const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route, Feed::STREAM));
             EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1252)", "junk(<a\\x00 b / )", "junk(\\x00>)", "end-parsing"}));
         });
+    }
+}
+
+/// Notes the reads of what has been read before.
+class ReadAgainStream final : public VFS::InputStream {
+public:
+    struct Reading {
+        std::uint64_t offset = 0;
+        std::uint64_t size = 0;  ///< as asked for
+    };
+
+    ReadAgainStream(const std::string& bytes, std::vector<Reading>* target) : content(bytes), readings(target) {}
+
+    std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
+        std::uint64_t offset = 0;
+        content.GetPosition(&offset);
+        if (offset < furthest)
+            readings->push_back({offset, size});
+        const std::uint32_t result = content.Read(buffer, size, bytesRead);
+        furthest = std::max(furthest, offset + *bytesRead);
+        return result;
+    }
+    std::uint32_t GetPosition(std::uint64_t* position) override {
+        return content.GetPosition(position);
+    }
+    std::uint32_t Seek(std::uint64_t position) override {
+        return content.Seek(position);
+    }
+    bool IsEnd() override {
+        return content.IsEnd();
+    }
+
+private:
+    VFS::MemoryInputStream content;
+    std::vector<Reading>* readings;
+    std::uint64_t furthest = 0;
+};
+
+TEST(JunkRecoveryTest, ReadsAgainBy16384Bytes) {
+    constexpr std::uint64_t READ_SIZE = 16384;
+    const std::string start = "<a b='";
+    const std::string end = "' / ";
+    for (const Route& route : ROUTES) {
+        SCOPED_TRACE(route.name);
+        for (const std::size_t length : {11U, 8191U, 8192U, 8193U, 16383U, 16384U, 16385U, 32768U, 40000U}) {
+            SCOPED_TRACE(length);
+            const std::string construct = start + std::string(length - start.size() - end.size(), 'v') + end;
+            std::vector<ReadAgainStream::Reading> readings;
+            DocumentSettings settings = SettingsFor(route, Feed::STREAM);
+            settings.makeStream = [&readings](const std::string& bytes, const Cuts&) {
+                return std::make_unique<ReadAgainStream>(bytes, &readings);
+            };
+            const DocumentRun run = ParseBy(route, "x" + construct + ">y<c>", {}, settings);
+            EXPECT_EQ(Join(Comparable(run.trace, route)),
+                      Join(WholeTrace({"text(x)", "junk(" + construct + ")", "junk(>y)", "start(|c||)"}, route)));
+            const std::uint64_t width = route.wideInput ? 2 : 1;
+            const std::uint64_t bytes = length * width;
+            std::vector<ReadAgainStream::Reading> expected;
+            for (std::uint64_t read = 0; read < bytes; read += READ_SIZE)
+                expected.push_back({width + read, std::min(READ_SIZE, bytes - read)});
+            ASSERT_EQ(readings.size(), expected.size());
+            for (std::size_t i = 0; i < expected.size(); ++i) {
+                EXPECT_EQ(readings[i].offset, expected[i].offset) << "read " << i;
+                EXPECT_EQ(readings[i].size, expected[i].size) << "read " << i;
+            }
+        }
     }
 }
 

@@ -41,6 +41,8 @@ constexpr std::uint64_t LONG_STREAM_OF_LONG_TOKENS_SIZE = 256 * MIB;
 // Where the build is slow, a short stream does not have all pages, so that there is nothing to compare.
 constexpr bool COMPARES_PEAKS = SHORT_STREAM_SIZE >= 16 * MIB;
 
+constexpr std::uint64_t PIECE_SIZE = COMPARES_PEAKS ? 256 * MIB : STREAM_SIZE;
+
 // What the peak of a longer stream may have more: buffers that grow by other steps.
 constexpr std::size_t SLACK = 64 * KIB;
 
@@ -565,6 +567,61 @@ void CheckRests(std::size_t size, GenericParser::DataStreamType next) {
     EXPECT_LE((MeasureRest<WideChar, WideString>(document, NARROW, 1252, next)), most(NARROW));
     EXPECT_LE((MeasureRest<WideChar, WideString>(wideDocument, WIDE, 1252, next)), most(WIDE));
     EXPECT_LE((MeasureRest<char, std::string>(wideDocument, WIDE, 1252, next)), most(WIDE));
+}
+
+/// A block again and again, in one piece of memory that is aligned for both flavours.
+std::string LongPiece(const std::string& block) {
+    std::string piece;
+    piece.reserve(static_cast<std::size_t>(PIECE_SIZE) + block.size());
+    while (piece.size() < PIECE_SIZE)
+        piece += block;
+    return piece;
+}
+
+template <typename C, typename S>
+void CheckPieceIsNotCopied(const std::string& piece, GenericParser::DataStreamType type, GenericParser::SelfCheck selfCheck) {
+    JunkCounter<C, S> counter;
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetSelfCheck(selfCheck);
+        EXPECT_EQ(parser->StartParse(1252, type), 0U);
+        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), 0U);
+        parser->EndParse();
+    });
+    EXPECT_GT(peak, 0U);
+    EXPECT_LE(peak, 64 * KIB) << "of a piece of " << piece.size();
+}
+
+// However long a piece is, only its tokens are copied.
+TEST(KeptMemoryTest, APieceIsNeverCopied) {
+    constexpr auto NARROW = GenericParser::DATA_STREAM_8BIT;
+    constexpr auto WIDE = GenericParser::DATA_STREAM_UTF16;
+    const std::string plain =
+        "A short text.<p a=b c='d'>Some <b>more</b> of it.<br/><!-- a comment --><script>f('s', \"d\"); /* c */ // l\n</script><!D e><?xml "
+        "f?>";
+    const std::string block = plain + "<?g h?><![CDATA[i]]><![if j]></p >";
+    {
+        const std::string narrow = LongPiece(block);
+        CheckPieceIsNotCopied<char, std::string>(narrow, NARROW, GenericParser::SELF_CHECK_OFF);
+        CheckPieceIsNotCopied<WideChar, WideString>(narrow, NARROW, GenericParser::SELF_CHECK_OFF);
+        CheckPieceIsNotCopied<char, std::string>(narrow, GenericParser::DATA_STREAM_AUTO, GenericParser::SELF_CHECK_CRC);
+    }
+    {
+        const std::string wide = LongPiece(ToUtf16LE(block));
+        CheckPieceIsNotCopied<WideChar, WideString>(wide, WIDE, GenericParser::SELF_CHECK_CRC);
+        CheckPieceIsNotCopied<char, std::string>(wide, WIDE, GenericParser::SELF_CHECK_OFF);
+    }
+    const std::string narrow = LongPiece(plain);
+    TagCounter counter;
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<StatelessHTMLParser>();
+        parser->Attach(&counter);
+        EXPECT_EQ(parser->StartParse(1252), 0U);
+        EXPECT_EQ(parser->ParseBuffer(narrow.data(), narrow.size()), 0U);
+    });
+    EXPECT_EQ(counter.count, narrow.size() / plain.size() * 3);
+    EXPECT_LE(peak, 64 * KIB) << "stateless";
 }
 
 TEST(KeptMemoryTest, TheNextDocumentDoesNotHaveTheLongBuffersOfTheLastOne) {

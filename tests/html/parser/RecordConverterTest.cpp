@@ -4,12 +4,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <random>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/Services.h"
+#include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
 
 // Strings that need no call of a converter, and that such a call would give the same.
@@ -19,8 +21,13 @@ namespace {
 
 using HTML::RecordConverter;
 
+/// The bytes that count of a string with its NUL; in 1200, of the string alone.
+std::uint64_t CountBytes(CharSet::Code code, const std::string& text) {
+    return code == CharSet::UTF16_LE ? text.size() : CharSetConverter::LeaveOutTerminator(code, text.c_str(), text.size() + 1);
+}
+
 std::uint32_t CallService(CharSetConverter* converter, CharSet::Code code, const std::string& from, WideString* to) {
-    return Base::PLATFORM_SERVICES.toWide(converter, code, from.data(), from.size(), to);
+    return Base::PLATFORM_SERVICES.toWide(converter, code, from.data(), CountBytes(code, from), to);
 }
 
 std::uint32_t CallService(CharSetConverter* converter, CharSet::Code code, const WideString& from, std::string* to) {
@@ -112,6 +119,50 @@ TEST(RecordConverterTest, RunsBehindAndInFrontOfWhatIsNotAscii) {
             }
         }
     }
+}
+
+/// Strings that end in the middle of a unit or character, and others at random.
+std::vector<std::string> MakeTails() {
+    std::vector<std::string> texts = {""};
+    for (unsigned byte = 0; byte < 0x100; ++byte) {
+        const std::string text(1, static_cast<char>(static_cast<unsigned char>(byte)));
+        texts.push_back(text);
+        texts.push_back("a" + text);
+        texts.push_back(std::string("\0\0", 2) + text);
+    }
+    std::mt19937 random(5);
+    for (std::size_t i = 0; i < 200; ++i) {
+        std::string text;
+        for (std::size_t length = random() % 10; length > 0; --length)
+            text += static_cast<char>(static_cast<unsigned char>(random() % 4 == 0 ? random() % 4 : random() % 0x100));
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+/// The terminator is left out before the conversion: a NUL completes a unit of 1201, 12000 and 12001, and no character of several bytes.
+TEST(RecordConverterTest, AStringIsWhatTheServiceMakesOfItWithItsTerminator) {
+    const std::vector<std::string> texts = MakeTails();
+    std::size_t converted = 0;
+    for (const CharSet::Code code : GetCodes()) {
+        RecordConverter<char, std::string> records;
+        WideString expected;
+        for (const std::string& text : texts) {
+            HTML::TextData<WideChar, WideString> record{};
+            records.Begin(code, false);
+            records.Convert(HTML::TextData<char, std::string>{&text}, &record);
+            const std::uint32_t result = StringNS::StringHelper::GetWideFromGeneric(code, text.c_str(), text.size() + 1, &expected);
+            ASSERT_EQ(records.GetResult(), result) << code << ": " << Dump(text);
+            if (result != 0)
+                continue;
+            ++converted;
+            if (code == CharSet::UTF16_LE && text.size() % 2 != 0)
+                ASSERT_EQ(record.text->back(), 0xFFFD) << Dump(text);
+            else
+                ASSERT_TRUE(*record.text == expected) << code << ": " << Dump(text) << "is " << Dump(*record.text);
+        }
+    }
+    EXPECT_GT(converted, 50 * texts.size());
 }
 
 int calls = 0;
@@ -211,7 +262,8 @@ TEST(RecordConverterTest, MostCodePagesKeepAscii) {
     EXPECT_GT(keeping, 40U);
     for (const CharSet::Code code : {0U, 65001U, 1252U, 28591U, 20127U, 932U, 936U, 949U, 950U, 1251U, 20866U})
         EXPECT_TRUE(converter.KeepsAscii(code)) << code;
-    for (const CharSet::Code code : {37U, 864U, 1200U, 1201U, 12000U, 4711U, 50220U, 50221U, 50225U, 50227U, 52936U, 57002U, 65000U})
+    for (const CharSet::Code code :
+         {37U, 864U, 1200U, 1201U, 12000U, 4711U, 20105U, 20106U, 20261U, 20924U, 50220U, 50221U, 50225U, 50227U, 52936U, 57002U, 65000U})
         EXPECT_FALSE(converter.KeepsAscii(code)) << code;
 }
 

@@ -86,6 +86,11 @@ TEST(CharsetEventsTest, Parameters) {
         {"a blank last one", Meta("charset=koi8-r;charset= "), IS_ANSI},
         {"the last attribute counts", "<meta http-equiv=Content-Type content='charset=windows-1251' content='charset=koi8-r'>", IS_KOI8_R},
         {"a last attribute without one", "<meta http-equiv=Content-Type content='charset=koi8-r' content='text/html'>", IS_KOI8_R},
+        {"an empty last attribute", "<meta http-equiv=Content-Type content='charset=koi8-r' content='charset='>", IS_ANSI},
+        {"an empty last attribute leaves what was given", "<meta http-equiv=Content-Type content='charset=koi8-r' content='charset= '>",
+         IS_WINDOWS_1251, WINDOWS_1251},
+        {"an empty attribute and then another one", "<meta http-equiv=Content-Type content='charset=' content='charset=koi8-r'>",
+         IS_KOI8_R},
         {"more than one \"=\"", Meta("charset=koi8-r=x"), IS_ANSI},
         {"two \"=\" in a row", Meta("charset==koi8-r"), IS_ANSI},
         {"\"=\" in front", Meta("=charset=koi8-r"), IS_ANSI},
@@ -131,6 +136,7 @@ TEST(CharsetEventsTest, Flags) {
             {"beside it either", tag, IS_KOI8_R, WINDOWS_1251, 0xFFFFFFFF},
             {"a second one replaces the first", Meta("charset=windows-1251") + tag, IS_KOI8_R, NONE, 1},
             {"not without the flag", Meta("charset=windows-1251") + tag, IS_WINDOWS_1251, NONE, 0},
+            {"its name is never in the charset it replaces", tag, IS_KOI8_R, UTF16, 1},
             {"an unknown one makes way for a second one", Meta("charset=no-such-charset") + tag, IS_KOI8_R, NONE, 0},
         });
     }

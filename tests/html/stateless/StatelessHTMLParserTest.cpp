@@ -206,6 +206,10 @@ TEST(StatelessHTMLParserTest, AStreamThatFails) {
     };
     EXPECT_EQ(parser.ParseStream(make(), true), 10U);  // by the first piece: nothing was started
     EXPECT_EQ(destructions, 1);
+    FaultyInputStream slow(std::string("<a>"));
+    slow.ReadNothing(1);
+    EXPECT_EQ(parser.ParseStream(&slow, false), 10U);  // which may be empty
+    EXPECT_EQ(slow.GetReadCalls(), 1U);
     parser.StartParse(0);
     auto* const failing = make();
     failing->ShortenRead(1, 3).FailRead(2, 77);
@@ -469,6 +473,148 @@ TEST(StatelessHTMLParserTest, AnotherDocumentBeginsAnew) {
                                     "style(|k)", "comment(l)", "end(m)"}));
             EXPECT_EQ(PositionOf(parser).line, 2U);
         }
+    }
+}
+
+/// Bound to one event only.
+class OneEventObserver final : public Trace::EventLineObserver {
+public:
+    OneEventObserver(unsigned long boundEvent, Lines* lines) : event(boundEvent), tracedLines(lines) {
+        EventLineObserver::RegisterCalls(&all);
+    }
+
+    void RegisterCalls(Base::MultiDelegate* delegate) override {
+        delegate->Bind(event, this, [](Base::Observer* observer, const void* const* arguments) {
+            auto* const self = static_cast<OneEventObserver*>(observer);
+            self->all.Call(self->event, arguments);
+        });
+    }
+
+private:
+    void OnLine(unsigned long, const std::string& line) override {
+        tracedLines->push_back(line);
+    }
+
+    unsigned long event;
+    Lines* tracedLines;
+    Base::MultiDelegate all;
+};
+
+/// Keeps the lines of one event.
+class LinesOfEvent final : public Trace::EventLineObserver {
+public:
+    LinesOfEvent(unsigned long keptEvent, Lines* lines) : event(keptEvent), tracedLines(lines) {}
+
+private:
+    void OnLine(unsigned long lineEvent, const std::string& line) override {
+        if (lineEvent == event)
+            tracedLines->push_back(line);
+    }
+
+    unsigned long event;
+    Lines* tracedLines;
+};
+
+// Who is bound to one event gets what everybody gets: tags nobody is bound to choose the charset all the same, and a short tag still ends.
+TEST(StatelessHTMLParserTest, AnEventDoesNotNeedTheOthers) {
+    // The byte C1 is U+00C1 in the ANSI code page, U+0430 in KOI8-R and U+0411 in Windows-1251.
+    const std::string tokens = "\xC1<!d \xC1><p a=\xC1/><br/></p><!--\xC1--><?x a=\xC1?><script a=\xC1>b</script><style a=\xC1>b</style>";
+    const std::string document = tokens + "<?xml encoding='koi8-r'?>" + tokens +
+                                 "<meta http-equiv=Content-Type content='charset=windows-1251'>" + tokens +
+                                 "<META http-equiv=Content-Type content='charset=koi8-r'/>" + tokens;
+    for (unsigned long event = StatelessHTMLParser::ID_START_PARSING; event <= StatelessHTMLParser::ID_STYLE; ++event) {
+        SCOPED_TRACE(event);
+        Lines lines;
+        Lines expected;
+        OneEventObserver observer(event, &lines);
+        LinesOfEvent all(event, &expected);
+        for (HTML::StatelessHTMLObserver* const attached :
+             {static_cast<HTML::StatelessHTMLObserver*>(&all), static_cast<HTML::StatelessHTMLObserver*>(&observer)}) {
+            StatelessHTMLParser parser;
+            parser.Attach(attached);
+            EXPECT_EQ(parser.StartParse(0), 0U);
+            EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+            EXPECT_EQ(parser.EndParse(), 0U);
+        }
+        EXPECT_FALSE(expected.empty());
+        EXPECT_EQ(lines, expected);
+        if (event == StatelessHTMLParser::ID_TEXT) {
+            EXPECT_EQ(lines, (Lines{"text(\\u00C1)", "text(\\u0430)", "text(\\u0411)", "text(\\u0430)"}));
+        } else if (event == StatelessHTMLParser::ID_END_TAG) {
+            EXPECT_EQ(Lines(lines.end() - 3, lines.end()), (Lines{"end(META)", "end(br)", "end(p)"}));
+        }
+    }
+}
+
+// The character before is that of this string or comment, never one of the document before.
+TEST(StatelessHTMLParserTest, AStringOrACommentLeavesNothingForTheNextDocument) {
+    const struct {
+        const char* script;
+        const char* line;
+    } rows[] = {
+        {"<script>''</script>", "script(|'')"},
+        {"<script>\"\"</script>", "script(|\"\")"},
+        {"<script>/*/a*/b</script>", "script(|b)"},
+    };
+    for (const std::string unfinished : {"<script>'\\", "<script>\"\\", "<script>'a\\", "<script>/*\\", "<script>/**", "<script>/*a*"}) {
+        for (const auto& row : rows) {
+            for (const bool ends : {true, false}) {
+                SCOPED_TRACE(unfinished + " and then " + row.script);
+                Lines lines;
+                EventTraceObserver observer(&lines);
+                StatelessHTMLParser parser;
+                parser.StartParse(0);
+                EXPECT_EQ(parser.ParseBuffer(unfinished.data(), unfinished.size()), 16U);
+                if (ends)
+                    parser.EndParse();
+                parser.Attach(&observer);
+                EXPECT_EQ(parser.StartParse(0), 0U);
+                EXPECT_EQ(parser.ParseBuffer(row.script, std::char_traits<char>::length(row.script)), 0U);
+                EXPECT_EQ(lines, (Lines{"start-parsing", row.line}));
+            }
+        }
+    }
+}
+
+TEST(StatelessHTMLParserTest, AnObserverThatComesLateGetsNothingFromBefore) {
+    Lines lines;
+    EventTraceObserver observer(&lines);
+    StatelessHTMLParser parser;
+    parser.StartParse(0);
+    EXPECT_EQ(parser.ParseBuffer("a<b>c<!--d--><script>e</script>f<!g h>", 38), 0U);
+    parser.Attach(&observer);
+    EXPECT_EQ(parser.ParseBuffer("i<!--j--><script>k</script>l<b>", 31), 0U);
+    EXPECT_EQ(lines, (Lines{"text(i)", "comment(j)", "script(|k)", "text(l)", "start(b|)"}));
+}
+
+// So long that the buffers are given back as soon as they are no longer of use.
+TEST(StatelessHTMLParserTest, LongStringsThatAreCutLoseNothing) {
+    const auto longString = [](std::size_t size) { return std::string(size, 'x'); };
+    const std::string value = longString(500000);
+    const std::string text = longString(700000);
+    const struct {
+        std::string begin;
+        std::string end;
+        Lines lines;
+    } rows[] = {
+        {"<p a='" + value + "' b='" + value + "' ", "c='d'>", {"start(p|{a=" + value + "}{b=" + value + "}{c=d})"}},
+        {"<!a '" + value + "' '" + value + "' ", "b>", {"entity(a|{" + value + "}{" + value + "}{b})"}},
+        {"<p a='" + value + "' b='" + value + "'><script>" + text,
+         "y</script>",
+         {"start(p|{a=" + value + "}{b=" + value + "})", "script(|" + text + "y)"}},
+        {"<p a='" + longString(150000) + "'>" + text,
+         "y<q>",
+         {"start(p|{a=" + longString(150000) + "})", "text(" + text + "y)", "start(q|)"}},
+    };
+    for (const auto& row : rows) {
+        Lines lines;
+        EventTraceObserver observer(&lines);
+        StatelessHTMLParser parser;
+        parser.StartParse(0);
+        parser.Attach(&observer);
+        EXPECT_NE(parser.ParseBuffer(row.begin.data(), row.begin.size()), 2U);
+        EXPECT_EQ(parser.ParseBuffer(row.end.data(), row.end.size()), 0U);
+        EXPECT_TRUE(lines == row.lines) << row.begin.substr(0, 10);
     }
 }
 

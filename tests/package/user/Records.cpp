@@ -6,6 +6,7 @@
 #include <kestra/html/output/ParserObserverOutputHandler.h>
 #include <kestra/html/output/ParserSelfCheck.h>
 #include <kestra/html/output/StringOutputStreamParserObserverOutputHandler.h>
+#include <kestra/html/references/CharacterReferences.h>
 #include <kestra/platform/InputStream.h>
 #include <kestra/platform/Results.h>
 
@@ -87,6 +88,19 @@ void UseNormalizer() {
     CHECK(attributes.size() == 1 && attributes[0].value == Text<S>("'hello' world") && attributes[0].quote == QUOTE_NONE);
 }
 
+template <typename C, typename S>
+void UseReferences() {
+    using References = CharacterReferences<C, S>;
+    const S plain = Text<S>("<\"tea\" & 'milk'>");
+    S written;
+    CHECK(References::EncodeText(plain, &written) && written == Text<S>("&lt;\"tea\" &amp; 'milk'&gt;"));
+    CHECK(References::DecodeText(written, &written) && written == plain);
+    CHECK(!References::DecodeText(plain, &written));
+    CHECK(References::EncodeAttributeValue(plain, QUOTE_DOUBLE, &written) && written == Text<S>("<&quot;tea&quot; &amp; 'milk'>"));
+    CHECK(References::DecodeAttributeValue(written, &written) && written == plain);
+    CHECK(References::DecodeText(Text<S>("&eacute;&zwj;"), &written, Kestra::StringNS::CharSet::WINDOWS_1252) && written != plain);
+}
+
 /// A sink of the host's own.
 class Counter final : public ParserObserverOutputHandler {
 public:
@@ -144,6 +158,7 @@ void UseFlavour() {
     using C = CharacterOf<S>;
     UseWriters<C, S>();
     UseNormalizer<C, S>();
+    UseReferences<C, S>();
     UseHandlers<C, S>();
     UseSelfCheck<C, S>();
 }

@@ -344,41 +344,57 @@ TEST(WindowsConverterTest, AConversionThatFailsOnTheWayIsAFailure) {
     WideString units;
     std::string bytes;
     EXPECT_EQ(converter.ToWide(20866, "a", 1, &units), RESULT_OK);
-    const auto expectFailures = [&](const std::string& text) {
+    const auto expectFailures = [&](const std::string& text, std::uint32_t expected) {
         const WideString wide(text.begin(), text.end());
         units = KESTRA_WIDE("old content");
-        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), expected);
         EXPECT_TRUE(units.empty());
         bytes = "old content";
-        EXPECT_EQ(converter.FromWide(20866, wide.data(), wide.size(), &bytes), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_EQ(converter.FromWide(20866, wide.data(), wide.size(), &bytes), expected);
         EXPECT_TRUE(bytes.empty());
     };
-    for (const DWORD error : {ERROR_NOT_ENOUGH_MEMORY, ERROR_INVALID_PARAMETER, ERROR_SUCCESS}) {
+    const auto getExpected = [](DWORD error) {
+        return error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY ? RESULT_OUT_OF_MEMORY : RESULT_UNSUPPORTED_CHARSET;
+    };
+    for (const DWORD error : {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY, ERROR_INVALID_PARAMETER, ERROR_SUCCESS}) {
         WatchedConverters watched;
         watched.failFrom = 1;
         watched.error = error;
-        expectFailures("abc");
+        expectFailures("abc", getExpected(error));
     }
     for (const DWORD error : {ERROR_NOT_ENOUGH_MEMORY, ERROR_SUCCESS}) {
         WatchedConverters watched;
         watched.failsConversions = true;
         watched.error = error;
-        expectFailures("abc");
+        expectFailures("abc", getExpected(error));
     }
     {
         WatchedConverters watched;
         watched.miscountFrom = 1;
-        expectFailures("abc");
+        expectFailures("abc", RESULT_UNSUPPORTED_CHARSET);
     }
     for (const int call : {3, 4}) {  // the second step of a long string
         const std::string text(3 * 1024 * 1024, ' ');
         WatchedConverters watched;
         watched.failFrom = call;
-        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), RESULT_UNSUPPORTED_CHARSET);
+        EXPECT_EQ(converter.ToWide(20866, text.data(), text.size(), &units), RESULT_OUT_OF_MEMORY);
         EXPECT_TRUE(units.empty());
     }
     EXPECT_EQ(converter.ToWide(20866, "abc", 3, &units), RESULT_OK);
     EXPECT_EQ(Dump(units), "0061 0062 0063 ");
+}
+
+TEST(WindowsConverterTest, WantOfMemoryWhileACodePageOpensIsNotRemembered) {
+    CharSetConverter converter;
+    WideString units = KESTRA_WIDE("old content");
+    {
+        WatchedConverters watched;
+        watched.failFrom = 1;
+        EXPECT_EQ(converter.ToWide(20866, "a", 1, &units), RESULT_OUT_OF_MEMORY);
+        EXPECT_TRUE(units.empty());
+    }
+    EXPECT_EQ(converter.ToWide(20866, "a", 1, &units), RESULT_OK);
+    EXPECT_EQ(Dump(units), "0061 ");
 }
 
 TEST(WindowsConverterTest, AStringWithoutCharactersLeavesOneMark) {
@@ -447,6 +463,41 @@ TEST(WindowsConverterTest, ACutIsWhereACharacterEndsInTextThatIsNoneToo) {
             ASSERT_GE(units.size(), step - offset);
             EXPECT_EQ(Dump(units.substr(step - offset)), Dump(whole)) << row.note << ", cut at " << offset;
         }
+    }
+}
+
+/// What a small part of GB18030 comes to: ASCII, the first characters of four bytes from U+0080 on,
+/// and a mark of replacement for any byte else.
+std::wstring ReadFourBytes(std::string_view bytes) {
+    const auto byte = [&bytes](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U; };
+    std::wstring units;
+    for (std::size_t i = 0; i < bytes.size();) {
+        const bool isFour = byte(i) == 0x81 && byte(i + 1) == 0x30 && byte(i + 2) >= 0x81 && byte(i + 3) >= '0' && byte(i + 3) <= '9';
+        const unsigned number = (byte(i + 2) - 0x81) * 10 + byte(i + 3) - '0';
+        units += static_cast<wchar_t>(isFour ? 0x80 + number : byte(i) < 0x80 ? byte(i) : 0xFFFD);
+        i += isFour ? 4 : 1;
+    }
+    return units;
+}
+
+TEST(WindowsConverterTest, ADigitInsideACharacterOfFourBytesIsNoPlaceToCut) {
+    const std::size_t step = std::size_t{1} << 20;
+    HookedSystem system;  // Wine has no such converter
+    system->multiByteToWideChar = [](UINT, DWORD, const char* data, int size, wchar_t* output, int room) {
+        const std::wstring units = ReadFourBytes(std::string_view(data, static_cast<std::size_t>(size)));
+        std::copy_n(units.begin(), std::min(units.size(), static_cast<std::size_t>(room)), output);
+        return static_cast<int>(units.size());
+    };
+    const std::string_view bytes = "\x81\x30\x81\x31\x81\x30\x82\x30 bcd";
+    const std::string expected = Dump(WideString(KESTRA_WIDE("\u0081\u008A bcd")));
+    CharSetConverter converter;
+    for (std::size_t offset = 0; offset <= bytes.size(); ++offset) {
+        std::string text(step - offset, 'a');
+        text += bytes;
+        WideString units;
+        EXPECT_EQ(converter.ToWide(54936, text.data(), text.size(), &units), RESULT_OK);
+        ASSERT_GE(units.size(), step - offset);
+        EXPECT_EQ(Dump(units.substr(step - offset)), expected) << "cut at " << offset;
     }
 }
 
@@ -635,14 +686,15 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
         {"one unit", {S_OK, 1}, {S_OK, 1}, {S_OK, 1}, {S_OK, 2}, RESULT_OK, 1},
         {"the code page is refused", {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
         {"the string is refused", {S_OK, 1}, {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
-        {"no memory for the size", {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, {S_OK, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
-        {"no memory for the conversion", {S_OK, 1}, {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"no memory for the opening", {E_OUTOFMEMORY, 1}, {S_OK, 1}, {S_OK, 1}, {S_OK, 1}, RESULT_OUT_OF_MEMORY, 0},
+        {"no memory for the size", {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, {S_OK, 1}, RESULT_OUT_OF_MEMORY, 0},
+        {"no memory for the conversion", {S_OK, 1}, {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, RESULT_OUT_OF_MEMORY, 0},
         {"the conversion fails", {S_OK, 1}, {S_OK, 1}, {E_FAIL, 0}, {S_OK, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
         {"no characters", {S_OK, 1}, {S_OK, 0}, {S_OK, 0}, {S_OK, 1}, RESULT_OK, 0},
         {"no characters, which counts as failed", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {S_OK, 1}, RESULT_OK, 0},
         {"nothing with any ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {E_FAIL, 0}, RESULT_OK, 1},
         {"more than a terminator with any ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {S_OK, 2}, RESULT_OK, 1},
-        {"no memory for the ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {E_OUTOFMEMORY, 0}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"no memory for the ending", {S_OK, 1}, {E_FAIL, 0}, {S_OK, 0}, {E_OUTOFMEMORY, 0}, RESULT_OUT_OF_MEMORY, 0},
     };
     int failures = 0;
     for (const Row& row : rows) {

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -312,11 +313,12 @@ std::wstring Ask(const std::wstring& path) {
     return asked;
 }
 
-TEST(WindowsPathTest, OnlyALongPathGetsThePrefixThatLiftsTheLimit) {
+TEST(WindowsPathTest, EveryPathGetsThePrefixThatTakesItAsItStands) {
     const std::wstring name(100, L'x');
     const std::wstring longPath = L"C:\\" + name + L"\\" + name + L"\\" + name;
     const TemporaryFolder folder;
     const std::wstring front = GetFolderPath(folder);
+    const std::wstring drive = front.substr(0, 2);
     const WorkingFolder working(front);
     struct Row {
         const char* note;
@@ -324,11 +326,26 @@ TEST(WindowsPathTest, OnlyALongPathGetsThePrefixThatLiftsTheLimit) {
         std::wstring expected;
     };
     const Row rows[] = {
-        {"short", L"C:\\file", L"C:\\file"},
-        {"short and relative", L"a/../file", L"a/../file"},
+        {"short", L"C:\\file", L"\\\\?\\C:\\file"},
+        {"short and relative", L"a/../file", L"\\\\?\\" + front + L"\\file"},
+        {"dots and blanks at the end", L"file. .", L"\\\\?\\" + front + L"\\file"},
+        {"from the root of the drive", L"\\file", L"\\\\?\\" + drive + L"\\file"},
+        {"from the folder of a drive", drive + L"file", L"\\\\?\\" + front + L"\\file"},
         {"a device", L"NUL", L"NUL"},
+        {"a device with a colon", L"con: ", L"con: "},
+        {"the console", L"CONIN$", L"CONIN$"},
+        {"a device with slashes", L"//./NUL", L"\\\\.\\NUL"},
+        {"the name of a device and an extension", L"nul.html", L"\\\\?\\" + front + L"\\nul.html"},
+        {"the name of a device and a dot", L"nul.", L"\\\\?\\" + front + L"\\nul"},
+        {"the name of a device in a folder", L"C:\\folder/sub\\con", L"\\\\?\\C:\\folder\\sub\\con"},
+        {"the name of a device in this folder", L"./COM1", L"\\\\?\\" + front + L"\\COM1"},
+        {"the name of a device in the folder of a drive", drive + L"aux", L"\\\\?\\" + front + L"\\aux"},
+        {"the name of a device in the root", L"\\PRN", L"\\\\?\\" + drive + L"\\PRN"},
+        {"the name of a device with dots and blanks at the end", L"a\\..\\lpt1.x .. ", L"\\\\?\\" + front + L"\\lpt1.x"},
+        {"the name of a device and a stream", L"nul:stream", L"\\\\?\\" + front + L"\\nul:stream"},
+        {"the name of a device in a share", L"\\\\localhost\\missing\\nul.html", L"\\\\?\\UNC\\localhost\\missing\\nul.html"},
         {"a device by its full name", L"\\\\.\\pipe\\" + name + name + name, L"\\\\.\\pipe\\" + name + name + name},
-        {"a short share", L"\\\\localhost\\missing\\file", L"\\\\localhost\\missing\\file"},
+        {"a short share", L"\\\\localhost\\missing\\file", L"\\\\?\\UNC\\localhost\\missing\\file"},
         {"long", longPath, L"\\\\?\\" + longPath},
         {"long with slashes", L"C:/" + name + L"/" + name + L"//" + name, L"\\\\?\\" + longPath},
         {"long with a way back", L"C:\\" + name + L"\\" + name + L"\\a\\..\\" + name, L"\\\\?\\" + longPath},
@@ -343,6 +360,39 @@ TEST(WindowsPathTest, OnlyALongPathGetsThePrefixThatLiftsTheLimit) {
     };
     for (const Row& row : rows)
         EXPECT_TRUE(Ask(row.path) == row.expected) << row.note << ": " << testing::PrintToString(Ask(row.path));
+}
+
+TEST(WindowsPathTest, AFileMayHaveTheNameOfADevice) {
+    const std::wstring names[] = {
+        L"nul.html", L"CON.html", L"con", L"Aux.x.y", L"COM1", L"LPT9.html", L"prn.", L"CONIN$", L"conout$.html", L"NUL",
+    };
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    const WorkingFolder working(front);
+    for (const std::wstring& name : names) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        const std::wstring file = L"\\\\?\\" + front + L"\\" + name.substr(0, name.find_last_not_of(L'.') + 1);
+        ASSERT_TRUE(WriteFileAt(file, "a file"));
+        EXPECT_EQ(ReadWhole(file), "a file");
+        EXPECT_EQ(ReadWhole(front + L"\\" + name), "a file");
+        EXPECT_EQ(ReadWhole(front + L"/missing/..//" + name), "a file");
+        EXPECT_EQ(ReadWhole(L".\\" + name), "a file");
+        EXPECT_EQ(ReadWhole(L"./" + name), "a file");
+        EXPECT_EQ(ReadWhole(front.substr(0, 2) + name), "a file");
+        if (name.find(L'.') != std::wstring::npos) {
+            EXPECT_EQ(ReadWhole(name), "a file");
+        }
+        HTML::GenericParser parser;
+        EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser.ParseFile((front + L"\\" + name).c_str()), 0U);
+        EXPECT_EQ(parser.GetColumn(), 7U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+        if (name == L"NUL") {
+            EXPECT_EQ(ReadWhole(L"nul"), "") << "alone it is the device";
+        }
+        EXPECT_NE(DeleteFileW(file.c_str()), 0);
+        EXPECT_EQ(Open(front + L"\\" + name), nullptr) << "no device takes its place";
+    }
 }
 
 TEST(WindowsPathTest, AnotherThreadMayMoveTheProcessMeanwhile) {
@@ -445,6 +495,18 @@ std::vector<HANDLE> FindHandles(std::wstring_view ending) {
             continue;
         const DWORD length = GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), 0);
         if (length < path.size() && std::wstring_view(path.data(), length).ends_with(ending))
+            found.push_back(handle);
+    }
+    return found;
+}
+
+/// All open handles of this process.
+std::vector<HANDLE> GetAllHandles() {
+    std::vector<HANDLE> found;
+    for (std::uintptr_t number = 4; number < 8000; number += 4) {
+        const HANDLE handle = reinterpret_cast<HANDLE>(number);
+        DWORD flags = 0;
+        if (GetHandleInformation(handle, &flags) != 0)
             found.push_back(handle);
     }
     return found;
@@ -667,6 +729,29 @@ TEST(WindowsDeviceTest, ADocumentComesThroughAPipe) {
     EXPECT_EQ(parser.GetColumn(), 15U);
     EXPECT_EQ(parser.EndParse(), 0U);
     writer.join();
+}
+
+TEST(WindowsFailuresTest, AHandleIsClosedWhenNoStreamCanBeMadeOfIt) {
+    const TemporaryFolder folder;
+    PipeServer server;
+    for (const std::wstring& path : {folder.Write("file", "x").wstring(), std::wstring(L"NUL"), server.GetPath()}) {
+        SCOPED_TRACE(testing::PrintToString(path));
+        std::unique_ptr<InputStream> stream;
+        std::vector<HANDLE> before;
+        {
+            HookedSystem system;
+            std::optional<NoMemory> none;
+            system->createFile = [&](const wchar_t*, DWORD) {
+                before = GetAllHandles();
+                none.emplace();
+                return true;
+            };
+            stream.reset(VirtualFileSystem::GetInputStreamEx(path.c_str()));
+        }
+        EXPECT_EQ(stream, nullptr);
+        EXPECT_FALSE(before.empty());
+        EXPECT_EQ(GetAllHandles(), before);
+    }
 }
 
 TEST(WindowsFailuresTest, AReadErrorIsAFailure) {

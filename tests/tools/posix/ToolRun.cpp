@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -188,6 +189,11 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& s
         setenv("UBSAN_OPTIONS", "exitcode=99", 1);
         for (const auto& [name, value] : settings.environment)
             setenv(name.c_str(), value.c_str(), 1);
+        if (settings.largestFile) {
+            const rlimit limit = {*settings.largestFile, *settings.largestFile};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            std::signal(SIGXFSZ, SIG_IGN);  // so that a write fails
+        }
         if (settings.folder.empty() || chdir(settings.folder.c_str()) == 0)
             execv(argv[0], argv.data());
         _exit(127);

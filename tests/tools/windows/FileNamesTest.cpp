@@ -12,6 +12,7 @@
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/InputList.h"
 #include "tools/kestra-html/JsonText.h"
+#include "tools/kestra-html/PrintableName.h"
 #include "tools/kestra-html/Wildcards.h"
 #include "tools/kestra-html/windows/Utf8.h"
 
@@ -239,7 +240,8 @@ TEST_F(FileNames, ArgumentsArriveAsTheyAre) {
     for (const std::string& name : {"a b"s, "a'b"s, "%TEMP%"s, "a^b&c"s, "back\\slash\\"s, "quo\"te"s, "end\\\""s, "\\\\\"x y\\\\"s, ""s}) {
         const ToolRun run = Check({name});
         EXPECT_EQ(run.status, 3);
-        EXPECT_EQ(run.errors, name + ": cannot be read\n");
+        EXPECT_EQ(run.errors, Tool::PrintableName(name) + ": cannot be read\n");
+        EXPECT_EQ(run.errors.find('\xED'), std::string::npos) << "a surrogate is no character of UTF-8";
     }
 }
 
@@ -266,7 +268,7 @@ TEST_F(FileNames, LongerThanTheOldLimit) {
     EXPECT_EQ(Check({"--recursive", relative}).output, line);
     EXPECT_EQ(Tool::ListInputs({Path(relative)}), (Names{Path(relative + "\\page.html")}));
     std::string bytes;
-    EXPECT_TRUE(Tool::ReadInput(Path(relative + "\\page.html"), &bytes));
+    EXPECT_EQ(Tool::ReadInput(Path(relative + "\\page.html"), &bytes), Tool::ReadResult::READ);
     EXPECT_EQ(bytes, "<p>");
     EXPECT_EQ(List(), (Names{relative + "\\page.html"}));
 
@@ -277,11 +279,32 @@ TEST_F(FileNames, LongerThanTheOldLimit) {
     }
 }
 
+TEST_F(FileNames, OfDevices) {
+    const std::wstring front = L"\\\\?\\" + folder.GetPath().wstring() + L"\\";
+    const std::wstring files[] = {front + L"nul.html", front + L"CON.html", front + L"nul"};
+    for (const std::wstring& file : files) {
+        const Handle handle(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD written = 0;
+        Checked(WriteFile(handle.Get(), "<p>", 3, &written, nullptr), "WriteFile");
+    }
+    for (const std::string& name : {"nul.html"s, ".\\nul.html"s, Path("nul.html"), "./CON.html"s, "con.html"s, ".\\nul"s, Path("nul")}) {
+        EXPECT_EQ(Check({name}).output, Line(name, 3));
+        std::string bytes;
+        EXPECT_TRUE(Tool::ReadInput(name.find(':') == std::string::npos ? Path(name) : name, &bytes));
+        EXPECT_EQ(bytes, "<p>");
+    }
+    EXPECT_EQ(Check({"c*.html"}).output, Line("CON.html", 3));
+    EXPECT_EQ(Check({"nu?"}).output, Line(".\\nul", 3)) << "alone it is the device";
+    EXPECT_NE(Check({"nul"}).output.find("\"bytes\":0,"), std::string::npos);
+    for (const std::wstring& file : files)
+        EXPECT_NE(DeleteFileW(file.c_str()), 0);
+}
+
 TEST_F(FileNames, ALoneSurrogateNamesNoOtherFile) {
     for (const wchar_t* const name : {L"a.html", L"a\uFFFD.html", L"a_.html", L"\uFFFD"})
         folder.Write(name, "another one");
     const std::string lone = Tool::NameFromWide(std::wstring{L'a', 0xD800} + L".html");
-    EXPECT_EQ(Tool::ToPath(lone).wstring(), (std::wstring{L'a', 0xD800} + L".html"));
+    EXPECT_TRUE(Tool::ToPath(lone).wstring().ends_with(std::wstring{L'\\', L'a', 0xD800} + L".html"));
     for (const std::string& name : {lone, Tool::NameFromWide(std::wstring{0xDC00})}) {
         const ToolRun run = Check({name});
         EXPECT_EQ(run.status, 3);
@@ -295,7 +318,7 @@ TEST_F(FileNames, ThatAreForbidden) {
     Write("page");
     for (const std::string& name : {"page\0.html"s, "page.html\0"s, "\0"s}) {
         std::string bytes;
-        EXPECT_FALSE(Tool::ReadInput(Path(name), &bytes)) << "what is in front of the NUL would be a file";
+        EXPECT_EQ(Tool::ReadInput(Path(name), &bytes), Tool::ReadResult::UNREADABLE) << "what is in front of the NUL would be a file";
         EXPECT_EQ(bytes, "");
     }
     EXPECT_EQ(Tool::ListInputs({folder.GetPath().string() + "\0x"s}), (Names{folder.GetPath().string() + "\0x"s}));

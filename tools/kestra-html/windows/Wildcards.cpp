@@ -66,6 +66,12 @@ bool Exists(const std::string& name) {
     return GetFileAttributesW(ToPath(name).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+/// Whether the name of a file means something else where it stands alone: standard input, or a
+/// device.
+bool IsTakenAlone(const std::string& name) {
+    return name == "-" || ToPath(name).wstring() == NameToWide(name);
+}
+
 /// Appends every match. @param found  the parts in front, with a separator at the end; @param rest  the parts that follow
 void Expand(const std::string& found, std::string_view rest, std::vector<std::string>* matches) {
     const std::size_t begin = std::min(rest.find_first_of(WILDCARDS), rest.size());
@@ -85,7 +91,7 @@ void Expand(const std::string& found, std::string_view rest, std::vector<std::st
             continue;
         const std::string name = folder + entry.name;
         if (partEnd == rest.size())
-            matches->push_back(name == "-" ? ".\\-" : name);  // the name alone would be standard input
+            matches->push_back(folder.empty() && IsTakenAlone(name) ? ".\\" + name : name);
         else if (IsFolder(name))
             Expand(name + std::string(rest.substr(partEnd, nextPart - partEnd)), rest.substr(nextPart), matches);
     }

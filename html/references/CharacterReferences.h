@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/CharSet.h"
+#include "platform/Export.h"
+
+namespace Kestra::HTML {
+
+/// Character references, as in "&lt;" and "&#60;": replaces them by the characters that they stand
+/// for, and writes them for characters that markup needs.
+///
+/// The parsers deliver text and values as they are written. A host that wants to know what they say
+/// decodes them: a text, or what lies between the quotes of a value, as one string, since a
+/// reference that is cut in two is none. There are no references in script and style elements,
+/// comments, CDATA sections and declarations.
+///
+/// Every function answers whether anything changes. When nothing does, it answers false and leaves
+/// the output alone: the text itself is the result. That allocates nothing, unless the text has a
+/// "&" and its charset a converter of the system. Else the output is replaced; it may be the text
+/// itself. An output that is used again and again keeps its memory. The time is in proportion to
+/// the length of the text. Any thread; nothing is thrown but `std::bad_alloc`, after which the
+/// output is unspecified.
+///
+/// 8-bit text must be in a charset that extends ASCII, so that the byte of a "&" is nothing else.
+/// UTF-16, UTF-7, EBCDIC, and charsets with escapes or shifts such as ISO-2022 are none: convert
+/// such text (`StringHelper::GetWideFromGeneric`) and use the wide flavour.
+///
+/// Source: the HTML standard, from "Character reference state" to "Numeric character reference end
+/// state".
+template <typename C, typename S>
+class KESTRA_HTML_API CharacterReferences {
+public:
+    /// Decodes all references in text between tags.
+    ///
+    /// Named ones: the longest of the standard's 2,231 names counts, 106 of which need no ";":
+    /// "&notit;" is the not sign and "it;", and "&notin;" is one character. Numeric ones, decimal
+    /// and hexadecimal: the ";" may be missing; 0, surrogates and what is greater than 0x10FFFF
+    /// stand for U+FFFD, 0x80 to 0x9F for the characters of windows-1252 where it has one,
+    /// everything else for itself, other control characters and noncharacters too. What is no
+    /// reference stays as it is. Text is decoded once: "&amp;lt;" is "&lt;".
+    ///
+    /// @param charset  of 8-bit text; wide text needs none. A reference to what it lacks stays as
+    ///                 it is. 0 is the ANSI rule (the process's code page on Windows, 1252 on
+    ///                 POSIX). In a charset that has no converter, or does not extend ASCII,
+    ///                 nothing is decoded.
+    static bool DecodeText(const S& text, S* decoded, StringNS::CharSet::Code charset = StringNS::CharSet::UTF8);
+
+    /// The same for the value of an attribute, without its quotes. A name without ";" is no
+    /// reference here when "=", a letter or a digit follows: "?a=1&copy=2" stays as it is.
+    static bool DecodeAttributeValue(const S& value, S* decoded, StringNS::CharSet::Code charset = StringNS::CharSet::UTF8);
+
+    /// Writes "&amp;", "&lt;" and "&gt;" for "&", "<" and ">". `DecodeText` gives the text again.
+    ///
+    /// No other character is encoded. That includes U+00A0, for which browsers write "&nbsp;": it
+    /// is a character like any other, and in 8-bit text its bytes depend on the charset.
+    static bool EncodeText(const S& text, S* encoded);
+
+    /// Writes "&amp;" for "&", and "&quot;" or "&#39;" for the quote. `DecodeAttributeValue` gives
+    /// the value again.
+    ///
+    /// @param quote  QUOTE_DOUBLE or QUOTE_SINGLE, the one that is written around the value. Any
+    ///               other number encodes both, for a value whose quotes are not yet known. A value
+    ///               without quotes can need more than that.
+    static bool EncodeAttributeValue(const S& value, std::uint32_t quote, S* encoded);
+};
+
+}  // namespace Kestra::HTML

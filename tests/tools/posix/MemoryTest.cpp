@@ -1,0 +1,188 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+#include "tools/kestra-html/CheckCommand.h"
+#include "tools/kestra-html/DetectCommand.h"
+#include "tools/kestra-html/EventsCommand.h"
+#include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/TokensCommand.h"
+
+/// @file
+/// What becomes of an input that does not fit the memory. The program has an `operator new` of its own, which fails for large blocks when
+/// a test says so: a limit of the system for the address space leaves no room for a sanitizer.
+
+namespace {
+
+std::atomic<std::size_t> largestBlock = static_cast<std::size_t>(-1);
+
+void* Allocate(std::size_t size) noexcept {
+    return size <= largestBlock ? std::malloc(size) : nullptr;
+}
+
+void* AllocateOrThrow(std::size_t size) {
+    if (void* const block = Allocate(size))
+        return block;
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return AllocateOrThrow(size);
+}
+
+void* operator new[](std::size_t size) {
+    return AllocateOrThrow(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return Allocate(size);
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+    std::free(block);
+}
+
+namespace Kestra::Test {
+namespace {
+
+constexpr std::size_t INPUT_SIZE = 3000000;
+constexpr std::size_t TOO_SMALL_FOR_THE_INPUT = 2000000;
+constexpr std::size_t ENOUGH_FOR_THE_INPUT = 5000000;  // but not for the records of its attributes
+
+class ToolMemory : public testing::Test {
+protected:
+    ToolMemory() : large(folder.Write("large", MakeTag()).string()), small(folder.Write("small", "<p>").string()) {}
+
+    /// A tag of many attributes.
+    static std::string MakeTag() {
+        std::string tag = "<p";
+        while (tag.size() < INPUT_SIZE)
+            tag += " a";
+        return tag;
+    }
+
+    /// Over the large input and then the small one, in JSON.
+    template <typename Options>
+    ToolRun RunOnBoth(Tool::ExitStatus (*command)(const Options&, Tool::Console*), std::size_t limit, Options options) {
+        options.format = Tool::OutputFormat::JSON;
+        options.inputs = {large, small};
+        ToolRun run{};
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        {
+            Tool::Console console;
+            largestBlock = limit;
+            run.status = command(options, &console);
+            largestBlock = static_cast<std::size_t>(-1);
+        }
+        run.output = testing::internal::GetCapturedStdout();
+        run.errors = testing::internal::GetCapturedStderr();
+        return run;
+    }
+
+    std::string NotEnough() const {
+        return large + ": not enough memory\n";
+    }
+
+    /// The next input has had its turn.
+    bool HasSmall(const std::string& output) const {
+        return output.find("\"file\":\"" + small + "\"") != std::string::npos;
+    }
+
+    TemporaryFolder folder;
+    std::string large;
+    std::string small;
+};
+
+Tool::CheckOptions CheckOptionsWith(std::size_t jobs) {
+    Tool::CheckOptions options;
+    options.charset = 1252;
+    options.selfCheck = HTML::GenericParser::SELF_CHECK_COPY;
+    options.jobs = jobs;
+    return options;
+}
+
+TEST_F(ToolMemory, AnInputThatCannotBeReadWhole) {
+    std::string bytes;
+    largestBlock = TOO_SMALL_FOR_THE_INPUT;
+    const Tool::ReadResult whole = Tool::ReadInput(large, &bytes);
+    const Tool::ReadResult start = Tool::ReadInputStart(large, 16384, &bytes);
+    largestBlock = static_cast<std::size_t>(-1);
+    EXPECT_EQ(whole, Tool::ReadResult::OUT_OF_MEMORY);
+    EXPECT_EQ(start, Tool::ReadResult::READ);
+    EXPECT_EQ(Tool::ReadInput(large, &bytes), Tool::ReadResult::READ);
+    EXPECT_EQ(bytes.size(), INPUT_SIZE);
+    EXPECT_EQ(Tool::ReadInput(large + "x", &bytes), Tool::ReadResult::UNREADABLE);
+}
+
+TEST_F(ToolMemory, WhileReading) {
+    const ToolRun runs[] = {
+        RunOnBoth(Tool::RunTokens, TOO_SMALL_FOR_THE_INPUT, Tool::TokensOptions()),
+        RunOnBoth(Tool::RunEvents, TOO_SMALL_FOR_THE_INPUT, Tool::EventsOptions()),
+        RunOnBoth(Tool::RunCheck, TOO_SMALL_FOR_THE_INPUT, CheckOptionsWith(1)),
+        RunOnBoth(Tool::RunCheck, TOO_SMALL_FOR_THE_INPUT, CheckOptionsWith(2)),
+    };
+    for (const ToolRun& run : runs) {
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.errors, NotEnough());
+        EXPECT_TRUE(HasSmall(run.output)) << run.output;
+        EXPECT_EQ(run.output.find("\"file\":\"" + large), std::string::npos) << run.output;
+    }
+}
+
+TEST_F(ToolMemory, WhileParsing) {
+    const ToolRun runs[] = {
+        RunOnBoth(Tool::RunTokens, ENOUGH_FOR_THE_INPUT, Tool::TokensOptions()),
+        RunOnBoth(Tool::RunEvents, ENOUGH_FOR_THE_INPUT, Tool::EventsOptions()),
+        RunOnBoth(Tool::RunCheck, ENOUGH_FOR_THE_INPUT, CheckOptionsWith(1)),
+        RunOnBoth(Tool::RunCheck, ENOUGH_FOR_THE_INPUT, CheckOptionsWith(2)),
+    };
+    for (const ToolRun& run : runs) {
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.errors, NotEnough());
+        EXPECT_TRUE(HasSmall(run.output)) << run.output;
+        EXPECT_EQ(run.output.find("\"file\":\"" + large), std::string::npos) << run.output;
+    }
+}
+
+TEST_F(ToolMemory, AFileThatCannotBeReadCountsForMore) {
+    small += "x";
+    const ToolRun run = RunOnBoth(Tool::RunCheck, TOO_SMALL_FOR_THE_INPUT, CheckOptionsWith(1));
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.errors, NotEnough() + small + ": cannot be read\n");
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,67 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+
+namespace Kestra::Test {
+namespace {
+
+/// A name that would clear the terminal, in three ways, and turn the rest of the line around; and how it is shown.
+const std::string NAME =
+    "a\x1B[2J\xC2\x9B"
+    "2J\xE2\x80\xAElmth\x9B.html";
+const std::string SHOWN = "a\\x1B[2J\\u009B2J\\u202Elmth\\x9B.html";
+
+bool IsRaw(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return (byte < 0x20 && byte != '\n' && byte != '\r') || byte >= 0x7F;
+}
+
+/// The bytes of an output that no terminal must see. A progress line begins with a carriage return.
+std::string FindRawBytes(const std::string& output) {
+    std::string raw;
+    for (const char character : output) {
+        if (IsRaw(character))
+            raw.push_back(character);
+    }
+    return raw;
+}
+
+TEST(ToolNames, NothingRawReachesTheTerminal) {
+    const struct {
+        std::vector<std::string> arguments;
+        std::string output;  ///< a part of it
+        std::string errors;  ///< a part of them
+    } CASES[] = {
+        {{"tokens", NAME, NAME}, "==> " + SHOWN + " <==\n", ""},
+        {{"tokens", "--feed", "buffer", "--charset", "1252", NAME}, "", SHOWN + ": parsing returned 11"},
+        {{"events", NAME, NAME}, "==> " + SHOWN + " <==\n", SHOWN + ": parsing returned"},
+        {{"check", NAME}, SHOWN + ": ok, ", ""},
+        {{"check", "--recursive", "."}, SHOWN + ": ok, ", ""},
+        {{"check", "--feed", "buffer", "--charset", "1252", NAME}, SHOWN + ": 11, ", SHOWN + ": parsing returned 11"},
+        {{"detect", NAME}, SHOWN + ": unknown", SHOWN + ": DetectCharset returned"},
+        {{"tokens", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
+        {{"events", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
+        {{"check", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
+        {{"detect", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
+    };
+    const TemporaryFolder folder;
+    folder.Write(NAME, "a<b / >");
+    for (const auto& row : CASES) {
+        ToolSettings settings;
+        settings.folder = folder.GetPath().string();
+        const ToolRun run = RunTool(row.arguments, settings);
+        EXPECT_NE(run.output.find(row.output), std::string::npos) << run.output;
+        EXPECT_NE(run.errors.find(row.errors), std::string::npos) << run.errors;
+        EXPECT_EQ(FindRawBytes(run.output), "") << testing::PrintToString(row.arguments);
+        EXPECT_EQ(FindRawBytes(run.errors), "") << testing::PrintToString(row.arguments);
+        settings.errors = Sink::TERMINAL;
+        EXPECT_EQ(FindRawBytes(RunTool(row.arguments, settings).errors), "") << testing::PrintToString(row.arguments);
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Test
