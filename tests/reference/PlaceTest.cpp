@@ -6,9 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "html/parser/GenericParser.h"
 #include "tests/reference/DocumentFeeding.h"
 #include "tests/reference/DocumentMaker.h"
 #include "tests/reference/PlaceCheck.h"
+#include "tests/support/Flavours.h"
 #include "tests/support/Splits.h"
 #include "tools/trace/TokenTrace.h"
 
@@ -120,6 +122,49 @@ TEST(PagePlaceTest, ExamplePages) {
         }
     }
     EXPECT_GT(seen.tokens, 1000U);
+}
+
+/// Keeps the place of the last start tag, and that of its attribute.
+class LastTag final : public HTML::ParserObserver<char, std::string> {
+public:
+    explicit LastTag(const HTML::GenericParser* observedParser) : parser(observedParser) {}
+
+    void OnStartTag(HTML::StartTagData<char, std::string>*) override {
+        place = parser->GetTokenPlace();
+        parser->GetAttributePlace(0, &attribute);
+    }
+
+    HTML::TokenPlace place;
+    HTML::AttributePlace attribute;
+
+private:
+    const HTML::GenericParser* parser;
+};
+
+TEST(LongPlaceTest, BeyondFourGiB) {
+    constexpr std::uint64_t BLOCK = 65536;
+    constexpr std::uint64_t BLOCKS = (std::uint64_t{1} << 32) / BLOCK + 3;
+    for (const bool wide : {false, true}) {
+        std::string block = wide ? ToUtf16LE(std::string_view("<p>\n")) : "<p>\n";
+        while (block.size() < BLOCK)
+            block += wide ? std::string("x\0", 2) : "x";
+        const std::string end = "<a b=c>";
+        const std::string endBytes = wide ? ToUtf16LE(std::string_view(end)) : end;
+        const std::uint64_t size = wide ? 2 : 1;
+        HTML::GenericParser parser;
+        LastTag observer(&parser);
+        parser.StartParse(1252, wide ? HTML::GenericParser::DATA_STREAM_UTF16 : HTML::GenericParser::DATA_STREAM_8BIT);
+        for (std::uint64_t i = 0; i < BLOCKS; ++i)
+            ASSERT_EQ(parser.ParseBuffer(block.data(), block.size()), 0U);
+        parser.SetObserver(&observer, false);
+        ASSERT_EQ(parser.ParseBuffer(endBytes.data(), endBytes.size()), 0U);
+        EXPECT_EQ(observer.place.begin, BLOCKS * BLOCK);
+        EXPECT_EQ(observer.place.end, BLOCKS * BLOCK + 7 * size);
+        EXPECT_EQ(observer.place.line, BLOCKS + 1);
+        EXPECT_EQ(observer.place.column, (BLOCK - 4 * size) / size + 1);
+        EXPECT_EQ(observer.attribute.nameBegin, BLOCKS * BLOCK + 3 * size);
+        EXPECT_EQ(observer.attribute.valueEnd, BLOCKS * BLOCK + 6 * size);
+    }
 }
 
 }  // namespace
