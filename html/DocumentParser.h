@@ -8,6 +8,7 @@
 #include "html/framework/ResultCodes.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/output/ParserObserverOutput.h"
+#include "html/output/ParserSelfCheck.h"
 #include "html/output/StringOutputStreamParserObserverOutputHandler.h"
 #include "html/parser/GenericParser.h"
 #include "html/references/CharacterReferences.h"

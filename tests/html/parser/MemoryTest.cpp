@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "html/output/ParserSelfCheck.h"
 #include "html/parser/GenericParser.h"
 #include "html/stateless/StatelessHTMLParser.h"
 #include "platform/Results.h"
