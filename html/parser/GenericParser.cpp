@@ -235,7 +235,7 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     ended = false;
     switch (type) {
         case DATA_STREAM_8BIT:
-            StartNarrow(0, DocumentCharset(code), false);
+            StartNarrow(0, 0, DocumentCharset(code), false);
             narrowParser->OnCharset(narrowParser->GetCharset());
             break;
         case DATA_STREAM_UTF16:
@@ -251,15 +251,16 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
 }
 
 /// Begins a document with the 8-bit parser, which has the charset of the document before until the callbacks have returned.
-/// @param markLength  of the UTF-8 mark, 0 without one
-void GenericParser::StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool detected) {
+/// @param markLength    of the UTF-8 mark, 0 without one
+/// @param bytesDropped  of a mark that turned out to be none
+void GenericParser::StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected) {
     mode = MODE_NARROW;
     wideParser->Rest();
     const AtScopeEnd settle([this, code] {
         narrowParser->SetCharset(code);
         narrowParser->SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
     });
-    narrowParser->Start(markLength, detected);
+    narrowParser->Start(markLength, detected, bytesDropped);
     if (markLength > 0)
         narrowParser->OnBOM(StringNS::BOM_UTF8, markLength);
 }
@@ -276,7 +277,7 @@ void GenericParser::StartWide(bool hasMark) {
         settle();
     const AtScopeEnd settleAtEnd(settle);
     wideParser->SetDiscoverCharset(false);
-    wideParser->Start(hasMark ? sizeof(StringNS::BOM_UTF16_LE) : 0, false);
+    wideParser->Start(hasMark ? sizeof(StringNS::BOM_UTF16_LE) : 0, false, 0);
     if (hasMark)
         wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
 }
@@ -321,6 +322,7 @@ std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, con
 //
 // "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible mark in an earlier piece are gone.
 std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
+    const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
     for (std::uint64_t i = 0; i < size; ++i) {
         const auto byte = static_cast<unsigned char>(data[i]);
         PieceOrigin rest = origin;
@@ -333,13 +335,13 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            StartNarrow(sizeof(StringNS::BOM_UTF8), charset, false);
+            StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false);
             return FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
             StartWide(true);
             return FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            StartNarrow(0, DocumentCharset(charset), charsetDetected);
+            StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected);
             return FeedNarrow(data, size, origin);
         }
     }
@@ -511,6 +513,17 @@ Answer GenericParser::Ask(Query query, Answer otherwise) const {
     if (mode == MODE_WIDE)
         return query(std::as_const(*wideParser));
     return otherwise;
+}
+
+TokenPlace GenericParser::GetTokenPlace() const {
+    return Ask([](const auto& parser) { return parser.GetTokenPlace(); }, TokenPlace());
+}
+
+std::uint32_t GenericParser::GetAttributePlace(std::uint64_t index, AttributePlace* place) const {
+    if (place == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    const auto find = [index, place](const auto& parser) { return parser.GetAttributePlace(static_cast<std::size_t>(index), place); };
+    return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
 }
 
 std::uint64_t GenericParser::GetLine() const {

@@ -6,6 +6,7 @@
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/ResultCodes.h"
+#include "html/framework/TokenPlace.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
 #include "platform/Export.h"
@@ -124,6 +125,24 @@ public:
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
 
+    /// The place of the token that is being delivered; outside a callback, of the one that was delivered last.
+    ///
+    /// A token begins where the one before it ended, so that no byte of the document is in two of them. Bytes that are in none: those of
+    /// tokens that reach no observer, which are line comments for an 8-bit observer of the 8-bit parser and records that could not be
+    /// converted; those of a mark that turned out to be none, or stayed unfinished, in an earlier piece; what a call did not parse because
+    /// it failed or a callback threw. A callback without a record answers the place of the tag that caused it, `OnStartParsing` and
+    /// `OnCharset` of `StartParse` the begin of the document, `OnEndParsing` its end. With no parser running it is the begin. A place
+    /// costs nothing until it is asked for; offsets have 64 bits.
+    TokenPlace GetTokenPlace() const;
+
+    /// The place of an attribute of the tag, or instruction, that is being delivered, for observers of both flavours. A value that has
+    /// taken up bare words extends to the last of them, and its quotes are a part of it. Asked for in ascending order, the places of all
+    /// attributes take time in proportion to their number.
+    /// @param index  from 0, as in the record's list
+    /// @param place  untouched when the answer is not 0
+    /// @return 0; 2 for null, or when there is no such attribute
+    std::uint32_t GetAttributePlace(std::uint64_t index, AttributePlace* place) const;
+
     /// Name of the recognizer at work; in junk, of the one that failed; in `OnEndParsing`, of the one that ran last. Empty when no parser
     /// runs.
     WideString GetCurrentParserName() const;
@@ -177,7 +196,7 @@ private:
     void Swap(GenericParser* other);
     void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
     std::shared_ptr<ObserverOwner> TakeOwnerOf(const void* block);
-    void StartNarrow(std::uint64_t markLength, StringNS::CharSet::Code code, bool detected);
+    void StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected);
     void StartWide(bool hasMark);
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);

@@ -63,6 +63,21 @@ EndTagData<C, S> GetRecord(const EndTagSimpleParserData<C, S>& data) {
     return {&data.prefix, &data.name, &data.afterName, data.closed, &data.attributes, data.slashBeforeClose, &data.suffix};
 }
 
+/// Characters of one quote of a value.
+template <typename C, typename S>
+std::uint64_t GetQuoteLength(const Attribute<C, S>& attribute) {
+    return attribute.quote == QUOTE_SINGLE || attribute.quote == QUOTE_DOUBLE ? 1 : 0;
+}
+
+/// Characters that an attribute has in the document.
+template <typename C, typename S>
+std::uint64_t GetWrittenLength(const Attribute<C, S>& attribute) {
+    const std::uint64_t name = attribute.prefix.size() + attribute.name.size();
+    if (!attribute.hasValue)
+        return name;
+    return name + attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + attribute.value.size() + 2 * GetQuoteLength(attribute);
+}
+
 /// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts: "<br/ >" stays the tag "br/".
 template <typename Data>
 void SettleShortTag(Data* data) {
@@ -218,6 +233,8 @@ Parser<C, S>::Parser()
       tokenStartBase(0),
       fedBefore(0),
       tokenStartFed(0),
+      bytesDropped(0),
+      lastEnd(0),
       backingStreamPositioned(false),
       tokenStartPositioned(false),
       buffersDue(0) {}
@@ -236,7 +253,7 @@ void Parser<C, S>::SettleCopy() {
 }
 
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset) {
+std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset, std::uint64_t dropped) {
     context.Init();
     BackToText();
     tokenStartPos = 0;
@@ -244,6 +261,8 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     pieceBase = markLength;
     fedBefore = 0;
     tokenStartFed = 0;
+    bytesDropped = dropped;
+    boundaries[0] = boundaries[1] = Boundary();
     backingStreamPositioned = false;
     tokenStartPositioned = false;
     LimitBuffers(true);
@@ -274,6 +293,8 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
         currentParserName = ParserNames::TEXT;  // a copy made in `OnEndParsing` has the name of the last recognizer
     buffersDue -= std::min(buffersDue, context.length);
     fedBefore += context.length;
+    if (context.position < context.length && state == STATE_TEXT)
+        boundaries[lastEnd].offset = fedBefore;  // the rest of a piece is lost when an observer throws
     context.buffer = piece;
     context.position = 0;
     context.length = length;
@@ -311,7 +332,7 @@ std::uint32_t Parser<C, S>::ParseText() {
     textData.allowEscape2022 = StringNS::CharSet::IsIso2022(charset);
     const C opener = text.ReadUntilOpener(&context, &textData);
     if (opener != 0) {
-        DeliverText();
+        DeliverText(1);
         if (opener == '<')
             return ReadTag();
         BeginBehindText(*FindByState(opener == '"' ? STATE_D_QUOTE_STRING : STATE_S_QUOTE_STRING));
@@ -320,8 +341,9 @@ std::uint32_t Parser<C, S>::ParseText() {
     const std::uint32_t result = text.Parse(&context, &textData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    DeliverText();
     const Construct* const construct = FindByName(textData.nextParserName, OPENED_BY_TEXT);
+    const bool isOpenedByTwo = construct != nullptr && construct->charactersBack == 2;  // "/*" and "//"
+    DeliverText(isOpenedByTwo ? 2 : 1);
     if (construct == nullptr)
         return PARSER_UNKNOWN_RECOGNIZER;
     BeginBehindText(*construct);
@@ -355,11 +377,11 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
             break;
         Scan::Advance(context);
         if (!isWhole) {
-            DeliverText();
+            DeliverText(1);
         } else if (!run.empty()) {
             AssignText(run.data(), run.data() + run.size(), &wholeText);
             isWholeTextPending = true;
-            Deliver(TextData<C, S>{&wholeText});
+            Deliver(TextData<C, S>{&wholeText}, 1);
             isWholeTextPending = false;
         }
         result = ReadTag();
@@ -565,6 +587,14 @@ void Parser<C, S>::MarkTokenStart(std::uint64_t charactersBack) {
     tokenStartPositioned = backingStreamPositioned;
 }
 
+/// The token that is about to be delivered ends so many characters before the current place: those of an opener that has been read already,
+/// in which there is no line feed. It begins where the one before it ended.
+template <typename C, typename S>
+void Parser<C, S>::EndToken(std::uint64_t charactersAhead) {
+    lastEnd ^= 1U;
+    boundaries[lastEnd] = {fedBefore + context.position - charactersAhead, context.line, context.column - charactersAhead};
+}
+
 template <typename C, typename S>
 void Parser<C, S>::BackToText() {
     text.BeginParse(&textData);
@@ -648,6 +678,7 @@ std::uint32_t Parser<C, S>::End() {
     selfCheck.OnEndParsing();
     if (IsSelfChecking() && (!selfCheck.CheckCopy() || inputCrc != selfCheck.GetOutputCrc()))
         return PARSER_SELF_CHECK_FAILED;
+    EndToken(0);  // nothing is left: the end of parsing lies behind the last token
     currentParserName = lastParserName;
     const Unwinding unwinding(this);
     Notify([](auto* observer) { observer->OnEndParsing(); });
@@ -669,7 +700,7 @@ template <typename C, typename S>
 std::uint32_t Parser<C, S>::EndText() {
     const std::uint32_t result = text.EndParse(&textData);
     if (result == SP_TOKEN_COMPLETE)
-        DeliverText();
+        DeliverText(0);
     return result;
 }
 
@@ -785,7 +816,8 @@ bool Parser<C, S>::IsSelfChecking() const {
 /// Hands a record to the self-check, and then to the bound observer.
 template <typename C, typename S>
 template <typename Record>
-void Parser<C, S>::Deliver(Record record) {
+void Parser<C, S>::Deliver(Record record, std::uint64_t charactersAhead) {
+    EndToken(charactersAhead);
     if (IsSelfChecking())
         WriteToSelfCheck(&selfCheck, record);
     DeliverToObserver(&record);
@@ -827,10 +859,10 @@ std::uint32_t Parser<C, S>::ConvertRecord(const Record& record, Converted* conve
 }
 
 template <typename C, typename S>
-void Parser<C, S>::DeliverText() {
+void Parser<C, S>::DeliverText(std::uint64_t charactersAhead) {
     if (textData.text.empty())
         return;
-    Deliver(TextData<C, S>{&textData.text});
+    Deliver(TextData<C, S>{&textData.text}, charactersAhead);
     textData.text.clear();
 }
 
@@ -880,9 +912,14 @@ void Parser<C, S>::DeliverCComment() {
     Deliver(CCommentData<C, S>{&cCommentData.text});
 }
 
-/// An 8-bit observer of the 8-bit parser gets no line comments; hosts rely on it.
+/// An 8-bit observer of the 8-bit parser gets no line comments; hosts rely on it. A section that interrupts one has begun: "<!--", or "<!["
+/// and its word, have been read.
 template <typename C, typename S>
 void Parser<C, S>::DeliverCPPComment() {
+    if (cppCommentData.nextParserName.empty())
+        EndToken(0);
+    else
+        EndToken(cppCommentData.nextParserName == ParserNames::COMMENT_TAG ? 4 : 3 + cppCommentData.keyword.size());
     CPPCommentData<C, S> record{&cppCommentData.text};
     if (IsSelfChecking())
         WriteToSelfCheck(&selfCheck, record);
@@ -946,6 +983,8 @@ bool Parser<C, S>::NeedsOtherCharset() {
 
 template <typename C, typename S>
 void Parser<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
+    fedBefore += size / sizeof(C);
+    EndToken(0);
     if (IsSelfChecking()) {
         inputCrc = UpdateCrc32(inputCrc, bytes, size);
         selfCheck.OnBOM(bytes, size);
@@ -982,6 +1021,64 @@ void Parser<C, S>::SetSelfCheckMode(std::uint32_t mode) {
 template <typename C, typename S>
 void Parser<C, S>::SetDetectCharsetErrors(bool detect) {
     detectCharsetErrors = detect;
+}
+
+template <typename C, typename S>
+TokenPlace Parser<C, S>::GetTokenPlace() const {
+    const Boundary& begin = boundaries[lastEnd ^ 1U];
+    return {ToBytes(begin.offset), ToBytes(boundaries[lastEnd].offset), begin.line, begin.column};
+}
+
+/// From characters of the document to bytes.
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::ToBytes(std::uint64_t offset) const {
+    return bytesDropped + offset * sizeof(C);
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::GetAttributePlace(std::size_t index, AttributePlace* place) const {
+    const std::uint64_t tagBegin = boundaries[lastEnd ^ 1U].offset;
+    switch (state) {
+        case STATE_START_TAG:
+            return FindAttribute(startTagData.attributes, tagBegin + 1 + startTagData.prefix.size() + startTagData.name.size(), index,
+                                 place);
+        case STATE_END_TAG:
+            return FindAttribute(endTagData.attributes,
+                                 tagBegin + 2 + endTagData.prefix.size() + endTagData.name.size() + endTagData.afterName.size(), index,
+                                 place);
+        case STATE_EXTERN_TAG:
+            return FindAttribute(externTagData.attributes, tagBegin + 2 + externTagData.prefix.size() + externTagData.name.size(), index,
+                                 place);
+        default:
+            return false;
+    }
+}
+
+/// Adds up what the attributes before it are written as, from the one that was asked for last.
+/// @param listBegin  where the first attribute begins, in characters
+template <typename C, typename S>
+bool Parser<C, S>::FindAttribute(const Vector<Attribute<C, S>>& attributes, std::uint64_t listBegin, std::size_t index,
+                                 AttributePlace* place) const {
+    if (index >= attributes.size())
+        return false;
+    AttributeCursor& cursor = attributeCursor;
+    if (cursor.listBegin != listBegin || cursor.index > index)
+        cursor = {listBegin, 0, listBegin};
+    for (; cursor.index < index; ++cursor.index)
+        cursor.offset += GetWrittenLength(attributes[cursor.index]);
+    const Attribute<C, S>& attribute = attributes[index];
+    const std::uint64_t nameBegin = cursor.offset + attribute.prefix.size();
+    const std::uint64_t nameEnd = nameBegin + attribute.name.size();
+    std::uint64_t valueBegin = nameEnd;
+    if (attribute.hasValue)
+        valueBegin += attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + GetQuoteLength(attribute);
+    place->begin = ToBytes(cursor.offset);
+    place->end = ToBytes(cursor.offset + GetWrittenLength(attribute));
+    place->nameBegin = ToBytes(nameBegin);
+    place->nameEnd = ToBytes(nameEnd);
+    place->valueBegin = ToBytes(valueBegin);
+    place->valueEnd = ToBytes(valueBegin + (attribute.hasValue ? attribute.value.size() : 0));
+    return true;
 }
 
 template <typename C, typename S>

@@ -6,6 +6,7 @@
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/SimpleParserContext.h"
+#include "html/framework/TokenPlace.h"
 #include "html/output/ParserSelfCheck.h"
 #include "html/parser/RecordConverter.h"
 #include "html/tags/EndTagSimpleParser.h"
@@ -73,8 +74,9 @@ public:
     /// Begins a document and calls `OnStartParsing`.
     /// @param markLength       bytes of a byte-order mark before the first piece
     /// @param detectedCharset  the charset was chosen by the detector
+    /// @param bytesDropped     bytes of the document that came before and belong to nothing
     /// @return 0
-    std::uint32_t Start(std::uint64_t markLength, bool detectedCharset);
+    std::uint32_t Start(std::uint64_t markLength, bool detectedCharset, std::uint64_t bytesDropped);
 
     /// Runs the recognizers over one piece. @return 0 when it is used up, 705, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
@@ -104,6 +106,11 @@ public:
     void SetDiscoverCharset(bool discover);
     void SetSelfCheckMode(std::uint32_t mode);
     void SetDetectCharsetErrors(bool detect);
+
+    /// The place of the token that is being delivered, or was delivered last.
+    TokenPlace GetTokenPlace() const;
+    /// The place of an attribute of the tag that is being delivered. @return false when there is none
+    bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
 
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
@@ -172,6 +179,9 @@ private:
     std::uint32_t BeginNamedTag(WideStringView name);
     void BeginTagOrText(const Construct& construct);
     void MarkTokenStart(std::uint64_t charactersBack);
+    void EndToken(std::uint64_t charactersAhead);
+    std::uint64_t ToBytes(std::uint64_t offset) const;
+    bool FindAttribute(const Vector<Attribute<C, S>>& attributes, std::uint64_t listBegin, std::size_t index, AttributePlace* place) const;
     void BackToText();
     void BackToText(const char* prefix);
     template <bool IS_WHOLE>
@@ -187,7 +197,7 @@ private:
     std::uint32_t ReadBack(std::string* bytes);
 
     // Deliveries: one per recognizer that makes tokens.
-    void DeliverText();
+    void DeliverText(std::uint64_t charactersAhead);
     void DeliverStartTag();
     void DeliverEndTag();
     void DeliverCommentTag();
@@ -206,13 +216,27 @@ private:
 
     bool IsSelfChecking() const;
     template <typename Record>
-    void Deliver(Record record);
+    void Deliver(Record record, std::uint64_t charactersAhead = 0);
     template <typename Record>
     void DeliverToObserver(Record* record);
     template <typename Record, typename Converted>
     std::uint32_t ConvertRecord(const Record& record, Converted* converted);
     template <typename Callback>
     void Notify(Callback callback);
+
+    /// Where a token ends and the next one begins.
+    struct Boundary {
+        std::uint64_t offset = 0;  // in characters, from the first one of the document
+        std::uint64_t line = 1;
+        std::uint64_t column = 1;
+    };
+
+    /// An attribute whose place is known; offsets in characters.
+    struct AttributeCursor {
+        std::uint64_t listBegin = UINT64_MAX;  // of its list; none yet
+        std::size_t index = 0;
+        std::uint64_t offset = 0;
+    };
 
     SimpleParserContext<C, S> context;
     std::uint32_t state;  // a ParserState
@@ -275,6 +299,10 @@ private:
     std::uint64_t tokenStartBase;  // and that piece's `pieceBase`
     std::uint64_t fedBefore;       // characters of the document before the piece
     std::uint64_t tokenStartFed;   // characters of the document before the token in progress
+    std::uint64_t bytesDropped;    // bytes of the document before its first character
+    Boundary boundaries[2];        // the begin and the end of the token that was delivered last, in turn
+    unsigned lastEnd;              // index of the end
+    mutable AttributeCursor attributeCursor;
     bool backingStreamPositioned;  // the current piece can be read again
     bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
     std::uint64_t buffersDue;      // where `LimitBuffers` is called next: characters into the piece

@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::AttributePlace;
+using HTML::GenericParser;
+using HTML::TokenPlace;
+
+std::string Show(const TokenPlace& place) {
+    return std::to_string(place.begin) + "-" + std::to_string(place.end) + "@" + std::to_string(place.line) + ":" +
+           std::to_string(place.column);
+}
+
+/// The lines of a parse, each with its place.
+template <typename C, typename S>
+class PlacedRun {
+public:
+    PlacedRun() : observer(&lines) {
+        parser.SetObserver(&observer, false);
+        observer.hook = [this](const std::string& line) {
+            placed += line + " " + Show(parser.GetTokenPlace()) + "\n";
+            if (line == throwingLine)
+                throw std::runtime_error("an observer's own");
+        };
+    }
+
+    void Start(StringNS::CharSet::Code charset, GenericParser::DataStreamType type) {
+        EXPECT_EQ(parser.StartParse(charset, type), 0U);
+    }
+
+    std::uint32_t Feed(const std::string& piece) {
+        return parser.ParseBuffer(piece.data(), piece.size());
+    }
+
+    GenericParser parser;
+    std::string placed;
+    std::string throwingLine;  // whose callback throws
+
+private:
+    Lines lines;
+    HookedObserver<C, S> observer;
+};
+
+using NarrowRun = PlacedRun<char, std::string>;
+using WideRun = PlacedRun<WideChar, WideString>;
+
+TEST(TokenPlaceTest, Documents) {
+    struct Row {
+        const char* note;
+        GenericParser::DataStreamType type;
+        std::vector<std::string> pieces;
+        const char* placed;
+    };
+    const auto utf16 = [](std::string_view text) { return ToUtf16LE(text); };
+    const Row rows[] = {
+        {"text and tags",
+         GenericParser::DATA_STREAM_8BIT,
+         {"ab\n<b>c</b>"},
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(ab\\n) 0-3@1:1\nstart(|b||) 3-6@2:1\ntext(c) 6-7@2:4\nend(|b|||) 7-11@2:5\n"
+         "end-parsing 11-11@2:9\n"},
+        {"openers that are cut",
+         GenericParser::DATA_STREAM_8BIT,
+         {"a<", "b", ">c<", "/", "b>"},
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) 4-5@1:5\nend(|b|||) 5-9@1:6\n"
+         "end-parsing 9-9@1:10\n"},
+        {"callbacks without a record have the place of their tag",
+         GenericParser::DATA_STREAM_8BIT,
+         {"<script>a</script>"},
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\n"
+         "end(|script|||) 9-18@1:10\njs-end 9-18@1:10\nend-parsing 18-18@1:19\n"},
+        {"an 8-bit observer is not given a line comment, which is a hole",
+         GenericParser::DATA_STREAM_8BIT,
+         {"<script>a//b\nc"},
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ntext(\\nc) "
+         "12-14@1:13\n"
+         "end-parsing 14-14@2:2\n"},
+        {"what stands in a script, and its openers",
+         GenericParser::DATA_STREAM_8BIT,
+         {"<script>a'b'c/*d*/e/f/g</p>"},
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ns-string(b) 9-12@1:10\n"
+         "text(c) 12-13@1:13\nc-comment(d) 13-18@1:14\ntext(e) 18-19@1:19\ntext(/f) 19-21@1:20\ntext(/g) 21-23@1:22\ntext(</p>) 23-27@1:24\nend-parsing "
+         "27-27@1:28\n"},
+        {"a UTF-8 mark",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xEF\xBB\xBF"
+          "a<b>"},
+         "start-parsing 0-0@1:1\nbom(EF BB BF) 0-3@1:1\ntext(a) 3-4@1:1\nstart(|b||) 4-7@1:2\nend-parsing 7-7@1:5\n"},
+        {"a UTF-8 mark in pieces",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xEF", "\xBB", "\xBF", "a<b>"},
+         "start-parsing 0-0@1:1\nbom(EF BB BF) 0-3@1:1\ntext(a) 3-4@1:1\nstart(|b||) 4-7@1:2\nend-parsing 7-7@1:5\n"},
+        {"a UTF-16 mark",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xFF\xFE" + utf16("a<b>")},
+         "start-parsing 0-0@1:1\nbom(FF FE) 0-2@1:1\ntext(a\\x00) 2-4@1:1\nstart(|b\\x00||) 4-10@1:2\nend-parsing 10-10@1:5\n"},
+        {"UTF-16, in bytes, lines and columns in characters",
+         GenericParser::DATA_STREAM_UTF16,
+         {utf16("a\n<b>")},
+         "start-parsing 0-0@1:1\ncharset(1200) 0-0@1:1\ntext(a\\x00\\n\\x00) 0-4@1:1\nstart(|b\\x00||) 4-10@2:1\nend-parsing 10-10@2:4\n"},
+        {"a byte of a mark that is none, in an earlier piece, is in no token",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xEF", "a<b>"},
+         "start-parsing 1-1@1:1\ntext(a) 1-2@1:1\nstart(|b||) 2-5@1:2\nend-parsing 5-5@1:5\n"},
+        {"two bytes of one",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xEF", "\xBB", "a<b>"},
+         "start-parsing 2-2@1:1\ntext(a) 2-3@1:1\nstart(|b||) 3-6@1:2\nend-parsing 6-6@1:5\n"},
+        {"the byte of the other one",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xFF", "a<b>"},
+         "start-parsing 1-1@1:1\ntext(a) 1-2@1:1\nstart(|b||) 2-5@1:2\nend-parsing 5-5@1:5\n"},
+        {"in the piece itself they are text",
+         GenericParser::DATA_STREAM_AUTO,
+         {"\xEF\xBB"
+          "a<b>"},
+         "start-parsing 0-0@1:1\ntext(\\xEF\\xBBa) 0-3@1:1\nstart(|b||) 3-6@1:4\nend-parsing 6-6@1:7\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        NarrowRun run;
+        run.Start(1252, row.type);
+        for (const std::string& piece : row.pieces)
+            EXPECT_EQ(run.Feed(piece), 0U);
+        EXPECT_EQ(run.parser.EndParse(), 0U);
+        EXPECT_EQ(run.placed, row.placed);
+    }
+}
+
+TEST(TokenPlaceTest, EveryDocumentBeginsAnew) {
+    NarrowRun run;
+    for (int document = 0; document < 2; ++document) {
+        run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+        run.placed.clear();
+        EXPECT_EQ(run.Feed("ab<c>d"), 0U);
+        EXPECT_EQ(run.parser.EndParse(), 0U);
+        EXPECT_EQ(run.placed, "text(ab) 0-2@1:1\nstart(|c||) 2-5@1:3\ntext(d) 5-6@1:6\nend-parsing 6-6@1:7\n");
+    }
+}
+
+TEST(TokenPlaceTest, WhatIsLostBehindAnExceptionIsInNoToken) {
+    NarrowRun run;
+    run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+    run.placed.clear();
+    run.throwingLine = "start(|b||)";
+    EXPECT_THROW(run.Feed("a<b>lost"), std::runtime_error);
+    EXPECT_EQ(run.Feed("c<d>"), 0U);
+    EXPECT_EQ(run.placed, "text(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) 8-9@1:5\nstart(|d||) 9-12@1:6\n");
+}
+
+TEST(TokenPlaceTest, ARecordThatCannotBeConvertedIsAHole) {
+    WideRun run;
+    run.Start(99999, GenericParser::DATA_STREAM_8BIT);
+    run.placed.clear();
+    EXPECT_EQ(run.Feed("ab<!-- -->"), 0U);
+    EXPECT_EQ(run.parser.EndParse(), 0U);
+    EXPECT_EQ(run.placed, "end-parsing 10-10@1:11\n");
+}
+
+TEST(TokenPlaceTest, WithoutARunningParserItIsTheBegin) {
+    const GenericParser parser;
+    EXPECT_EQ(Show(parser.GetTokenPlace()), "0-0@1:1");
+    AttributePlace place;
+    EXPECT_EQ(parser.GetAttributePlace(0, &place), 2U);
+    EXPECT_EQ(parser.GetAttributePlace(0, nullptr), 2U);
+}
+
+TEST(TokenPlaceTest, ACopyGoesOnWithThem) {
+    NarrowRun run;
+    run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(run.Feed("ab<c d"), 0U);
+    GenericParser copy(run.parser);
+    Lines lines;
+    HookedObserver<char, std::string> observer(&lines);
+    std::string place;
+    observer.hook = [&](const std::string&) { place = Show(copy.GetTokenPlace()); };
+    copy.SetObserver(&observer, false);
+    EXPECT_EQ(copy.ParseBuffer(">", 1), 0U);
+    EXPECT_EQ(place, "2-7@1:3");
+}
+
+/// "BEGIN NAME-NAME VALUE-VALUE END" of each attribute, as they are asked for.
+template <typename C, typename S>
+std::string AttributesOf(const std::string& bytes, GenericParser::DataStreamType type, const std::vector<std::uint64_t>& order) {
+    Lines lines;
+    HookedObserver<C, S> observer(&lines);
+    GenericParser parser;
+    std::string found;
+    observer.hook = [&](const std::string&) {
+        for (const std::uint64_t index : order) {
+            AttributePlace place;
+            if (parser.GetAttributePlace(index, &place) == 0)
+                found += std::to_string(place.begin) + " " + std::to_string(place.nameBegin) + "-" + std::to_string(place.nameEnd) + " " +
+                         std::to_string(place.valueBegin) + "-" + std::to_string(place.valueEnd) + " " + std::to_string(place.end) + "\n";
+        }
+    };
+    parser.SetObserver(&observer, false);
+    EXPECT_EQ(parser.StartParse(1252, type), 0U);
+    EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
+    return found;
+}
+
+TEST(AttributePlaceTest, Tags) {
+    struct Row {
+        const char* note;
+        const char* document;
+        const char* places;
+    };
+    const Row rows[] = {
+        {"no tag", "a<!-- b=c -->", ""},
+        {"a tag without attributes", "<a>", ""},
+        {"one of each quote", "<a b=c d='e' f=\"g\">", "2 3-4 5-6 6\n6 7-8 10-11 12\n12 13-14 16-17 18\n"},
+        {"white space everywhere", "< a  b = 'c' >", "3 5-6 10-11 12\n"},
+        {"no value, and an empty one", "<a b c=''>", "2 3-4 4-4 4\n4 5-6 8-8 9\n"},
+        {"a value with bare words", "<a href=\"/one\" download>", "2 3-7 8-23 23\n"},
+        {"a short tag", "<a b=c />", "2 3-4 5-6 6\n"},
+        {"an end tag", "</a b=c>", "4 4-5 6-7 7\n"},
+        {"an XML declaration", "x<?xml version='1.0' encoding=\"a\"?>", "6 7-14 16-19 20\n20 21-29 31-32 33\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        const std::vector<std::uint64_t> order = {0, 1, 2, 3};
+        EXPECT_EQ((AttributesOf<char, std::string>(row.document, GenericParser::DATA_STREAM_8BIT, order)), row.places);
+        EXPECT_EQ((AttributesOf<WideChar, WideString>(row.document, GenericParser::DATA_STREAM_8BIT, order)), row.places);
+        // In UTF-16 every offset is twice as far.
+        std::string twice;
+        std::string number;
+        for (const char character : std::string(row.places)) {
+            if (character >= '0' && character <= '9') {
+                number += character;
+                continue;
+            }
+            twice += std::to_string(2 * std::stoul(number)) + character;
+            number.clear();
+        }
+        const std::string utf16 = ToUtf16LE(std::string_view(row.document));
+        EXPECT_EQ((AttributesOf<WideChar, WideString>(utf16, GenericParser::DATA_STREAM_UTF16, order)), twice);
+        EXPECT_EQ((AttributesOf<char, std::string>(utf16, GenericParser::DATA_STREAM_UTF16, order)), twice);
+    }
+}
+
+TEST(AttributePlaceTest, InAnyOrder) {
+    const char* const document = "<a b=c d=e f=g><h i=j>";
+    EXPECT_EQ((AttributesOf<char, std::string>(document, GenericParser::DATA_STREAM_8BIT, {2, 0, 1, 1, 9, 0})),
+              "10 11-12 13-14 14\n2 3-4 5-6 6\n6 7-8 9-10 10\n6 7-8 9-10 10\n2 3-4 5-6 6\n17 18-19 20-21 21\n17 18-19 20-21 21\n");
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,312 @@
+#include "tests/reference/PlaceCheck.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <type_traits>
+
+#include "html/framework/ParserObserver.h"
+#include "html/output/ParserObserverOutput.h"
+#include "html/parser/RecordCalls.h"
+#include "tests/reference/DocumentFeeding.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/Pieces.h"
+
+namespace Kestra::Test {
+
+namespace {
+
+using HTML::AttributePlace;
+using HTML::GenericParser;
+using HTML::TokenPlace;
+
+/// Serializes single records.
+template <typename C, typename S>
+class Writer final : public HTML::ParserObserverOutput<C, S> {
+public:
+    void OnOutput(const void* data, std::uint64_t byteCount, bool) override {
+        bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+    }
+
+    std::string bytes;
+};
+
+/// The bytes that characters have in the document.
+std::string BytesOf(std::string_view text, bool) {
+    return std::string(text);
+}
+
+std::string BytesOf(WideStringView text, bool wideInput) {
+    if (wideInput)
+        return ToUtf16LE(text);
+    std::string bytes;
+    for (const WideChar unit : text)
+        bytes.push_back(static_cast<char>(static_cast<unsigned char>(unit)));
+    return bytes;
+}
+
+/// Looks at every token as it comes.
+template <typename C, typename S>
+class PlaceObserver final : public HTML::ParserObserver<C, S> {
+public:
+    PlaceObserver(const GenericParser* observedParser, std::string_view documentBytes, const PlacedReading& placedReading, bool cut)
+        : parser(observedParser), document(documentBytes), reading(placedReading), isCut(cut) {}
+
+    void OnEndParsing() override {
+        const TokenPlace place = parser->GetTokenPlace();
+        if (place.begin != place.end || place.end != document.size())
+            Blame("the end of parsing is not the end of the document", place);
+        Continue(place);
+    }
+    void OnText(HTML::TextData<C, S>* data) override {
+        Token(data);
+    }
+    void OnCComment(HTML::CCommentData<C, S>* data) override {
+        Token(data);
+    }
+    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
+        Token(data);
+    }
+    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
+        Token(data);
+    }
+    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
+        Token(data);
+    }
+    void OnStartTag(HTML::StartTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnEndTag(HTML::EndTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
+        Token(data);
+    }
+    void OnJunkData(HTML::JunkData<C, S>* data) override {
+        Token(data);
+    }
+    void OnJSTagStart() override {
+        SameAsBefore();
+    }
+    void OnJSTagEnd() override {
+        SameAsBefore();
+    }
+    void OnCSSTagStart() override {
+        SameAsBefore();
+    }
+    void OnCSSTagEnd() override {
+        SameAsBefore();
+    }
+
+    std::string fault;
+    PlacesSeen seen;
+
+private:
+    std::string At(std::uint64_t begin, std::uint64_t end) const {
+        return std::string(document.substr(begin, end - begin));
+    }
+
+    void Blame(const std::string& what, const TokenPlace& place) {
+        if (fault.empty())
+            fault = what + ": [" + std::to_string(place.begin) + ", " + std::to_string(place.end) + ") at " + std::to_string(place.line) +
+                    ":" + std::to_string(place.column) + ", \"" +
+                    At(std::min(place.begin, document.size()), std::min(place.end, document.size())) + "\", the token before ended at " +
+                    std::to_string(last.end);
+    }
+
+    /// Callbacks without a record have the place of their tag.
+    void SameAsBefore() {
+        const TokenPlace place = parser->GetTokenPlace();
+        if (place.begin != last.begin || place.end != last.end || place.line != last.line || place.column != last.column)
+            Blame("not the place of the tag", place);
+    }
+
+    /// Only script line comments may be missing between this token and the one before, and only for one kind of observer.
+    void Continue(const TokenPlace& place) {
+        if (place.begin > place.end || place.end > document.size() || place.begin < last.end) {
+            Blame("no place behind the last one", place);
+            return;
+        }
+        const bool hidesLineComments = !reading.wideInput && !reading.wideObserver;
+        if (place.begin != last.end && !(hidesLineComments && At(last.end, place.begin).starts_with("//")))
+            Blame("a hole", place);
+        seen.holes += place.begin - last.end;
+        Count(last.begin, place.begin);
+        if (line != place.line || column != place.column)
+            Blame("really at " + std::to_string(line) + ":" + std::to_string(column), place);
+        last = place;
+    }
+
+    /// Lines and columns by looking at every character.
+    void Count(std::uint64_t begin, std::uint64_t end) {
+        const std::uint64_t size = reading.wideInput ? 2 : 1;
+        for (std::uint64_t i = begin; i < end; i += size) {
+            const bool isLineFeed = document[i] == '\n' && (size == 1 || document[i + 1] == 0);
+            line += isLineFeed ? 1 : 0;
+            column = isLineFeed ? 1 : column + 1;
+        }
+    }
+
+    template <template <typename, typename> class Record>
+    void Token(Record<C, S>* record) {
+        const TokenPlace place = parser->GetTokenPlace();
+        Continue(place);
+        ++seen.tokens;
+        if (place.begin == place.end && !std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>)
+            Blame("no bytes", place);
+        // Bytes of UTF-16 between the markup of an 8-bit serializer are no document.
+        if (!(reading.wideInput && !reading.wideObserver) && fault.empty()) {
+            CheckText(record, place);
+            if constexpr (requires { record->attributes; })
+                CheckAttributes(*record->attributes, place);
+        }
+    }
+
+    template <template <typename, typename> class Record>
+    void CheckText(Record<C, S>* record, const TokenPlace& place) {
+        const std::string bytes = At(place.begin, place.end);
+        if constexpr (std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>) {
+            // An opener that began in an earlier piece is not read again.
+            if (!bytes.ends_with(*record->text) || bytes.size() > record->text->size() + 2 * sizeof(WideChar))
+                Blame("not the bytes of the junk", place);
+            seen.exact += bytes == *record->text ? 1 : 0;
+        } else {
+            writer.bytes.clear();
+            HTML::CallObserver(static_cast<HTML::ParserObserver<C, S>*>(&writer), record);
+            const std::basic_string_view<C> written(reinterpret_cast<const C*>(writer.bytes.data()), writer.bytes.size() / sizeof(C));
+            if (BytesOf(written, reading.wideInput) == bytes)
+                ++seen.exact;
+            else if (!IsWrittenDifferently(*record, bytes))
+                Blame("not the bytes of the token", place);
+        }
+    }
+
+    /// Sections whose body a wide serializer halves; conditional sections without their end, or with a tail that lies in two pieces; an XML
+    /// declaration with white space after a bare word that ends in a slash.
+    template <template <typename, typename> class Record>
+    bool IsWrittenDifferently(const Record<C, S>& record, const std::string& bytes) const {
+        using Comment = HTML::CommentTagData<C, S>;
+        using CData = HTML::CDATATagData<C, S>;
+        using Conditional = HTML::ConditionalTagData<C, S>;
+        using Extern = HTML::ExternTagData<C, S>;
+        const auto startsWith = [&](std::string_view opener) {
+            return bytes.starts_with(reading.wideInput ? ToUtf16LE(opener) : std::string(opener));
+        };
+        if constexpr (std::is_same_v<Record<C, S>, Conditional>)
+            return startsWith("<![") && (sizeof(C) == 2 || !record.tagClosed || isCut);
+        else if constexpr (std::is_same_v<Record<C, S>, Comment>)
+            return startsWith("<!--") && sizeof(C) == 2;
+        else if constexpr (std::is_same_v<Record<C, S>, CData>)
+            return startsWith("<![") && sizeof(C) == 2;
+        else if constexpr (std::is_same_v<Record<C, S>, Extern>)
+            return startsWith("<?") && !record.freeStyle && record.slashBeforeClose;
+        else
+            return false;
+    }
+
+    void CheckAttributes(const Vector<HTML::Attribute<C, S>>& attributes, const TokenPlace& token) {
+        std::uint64_t end = 0;
+        for (std::size_t i = 0; i < attributes.size(); ++i) {
+            const HTML::Attribute<C, S>& attribute = attributes[i];
+            ++seen.attributes;
+            AttributePlace place;
+            if (parser->GetAttributePlace(i, &place) != 0) {
+                Blame("no place of attribute " + std::to_string(i), token);
+                return;
+            }
+            const std::string prefix = BytesOf(attribute.prefix, reading.wideInput);
+            const std::string name = BytesOf(attribute.name, reading.wideInput);
+            const std::string value = BytesOf(attribute.value, reading.wideInput);
+            const bool isInside = place.begin >= token.begin && place.end <= token.end && place.begin <= place.end;
+            const bool follows = i == 0 || place.begin == end;
+            const bool hasName = At(place.begin, place.nameBegin) == prefix && At(place.nameBegin, place.nameEnd) == name;
+            const bool hasValue = attribute.hasValue
+                                      ? At(place.valueBegin, place.valueEnd) == value && HasQuotes(attribute.quote, place)
+                                      : place.valueBegin == place.nameEnd && place.valueEnd == place.nameEnd && place.end == place.nameEnd;
+            if (!isInside || !follows || !hasName || !hasValue)
+                Blame("a wrong place of attribute " + std::to_string(i) + ": [" + std::to_string(place.begin) + ", " +
+                          std::to_string(place.end) + "), value [" + std::to_string(place.valueBegin) + ", " +
+                          std::to_string(place.valueEnd) + ")",
+                      token);
+            end = place.end;
+        }
+        AttributePlace none;
+        if (parser->GetAttributePlace(attributes.size(), &none) != 2)
+            Blame("an attribute too many", token);
+    }
+
+    bool HasQuotes(std::uint32_t quote, const AttributePlace& place) const {
+        const std::uint64_t size = reading.wideInput ? 2 : 1;
+        if (quote == HTML::QUOTE_NONE)
+            return place.end == place.valueEnd;
+        const char character = quote == HTML::QUOTE_SINGLE ? '\'' : '"';
+        return place.end == place.valueEnd + size && document[place.valueBegin - size] == character &&
+               document[place.valueEnd] == character;
+    }
+
+    const GenericParser* parser;
+    std::string_view document;
+    const PlacedReading& reading;
+    bool isCut;  ///< into several pieces
+    Writer<C, S> writer;
+    TokenPlace last;
+    std::uint64_t line = 1;
+    std::uint64_t column = 1;
+};
+
+template <typename C, typename S>
+std::string Fault(std::string_view document, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+    GenericParser parser;
+    PlaceObserver<C, S> observer(&parser, document, reading, !cuts.empty() || document.size() > GenericParser::BUFFER_SIZE);
+    parser.SetObserver(&observer, false);
+    const StringNS::CharSet::Code charset = reading.wideObserver ? StringNS::CharSet::ISO_8859_1 : reading.charset;
+    parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+    CutInputStream stream;
+    if (reading.fromStream) {
+        stream.Reset(document, cuts);
+        parser.ParseStream(&stream, false);
+    } else {
+        std::uint32_t result = 0;
+        for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+            const HeapPiece<char> piece(document.substr(begin, end - begin));
+            if (result == 0)
+                result = parser.ParseBuffer(piece.Data(), piece.Size());
+        }
+    }
+    parser.EndParse();
+    *seen += observer.seen;
+    return observer.fault;
+}
+
+}  // namespace
+
+PlacesSeen& PlacesSeen::operator+=(const PlacesSeen& other) {
+    tokens += other.tokens;
+    exact += other.exact;
+    attributes += other.attributes;
+    holes += other.holes;
+    return *this;
+}
+
+std::string FaultOfPlaces(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+    const std::string document = reading.wideInput ? ToUtf16LE(latin1) : std::string(latin1);
+    const Cuts byteCuts = Scaled(cuts, reading.wideInput ? 2 : 1);
+    return reading.wideObserver ? Fault<WideChar, WideString>(document, reading, byteCuts, seen)
+                                : Fault<char, std::string>(document, reading, byteCuts, seen);
+}
+
+}  // namespace Kestra::Test
