@@ -678,7 +678,7 @@ std::uint32_t Parser<C, S>::End() {
     selfCheck.OnEndParsing();
     if (IsSelfChecking() && (!selfCheck.CheckCopy() || inputCrc != selfCheck.GetOutputCrc()))
         return PARSER_SELF_CHECK_FAILED;
-    EndToken(0);  // nothing is left: the end of parsing lies behind the last token
+    EndToken(0);  // nothing is left: parsing ends where the last token ended
     currentParserName = lastParserName;
     const Unwinding unwinding(this);
     Notify([](auto* observer) { observer->OnEndParsing(); });

@@ -21,7 +21,7 @@ constexpr WideChar UNMAPPABLE = u'?';
 
 using ByteTable = std::array<WideChar, 256>;
 
-// The 7-bit sets. Source: ISO 646 and the register of coded character sets behind the names that
+// The 7-bit sets. Source: ISO 646 and the register of coded character sets, under the names that
 // lead here (ISO-IR 2, 21, 10 and 60). The eighth bit is no part of any: a byte from 0x80 up is no
 // character, as in 20127. Windows has later variants under two of the numbers, SEN 850200 C for
 // 20107 and NS 4551-2 for 20108.

@@ -138,7 +138,7 @@ private:
     /// Only script line comments may be missing between this token and the one before, and only for one kind of observer.
     void Continue(const TokenPlace& place) {
         if (place.begin > place.end || place.end > document.size() || place.begin < last.end) {
-            Blame("no place behind the last one", place);
+            Blame("no place after the last one", place);
             return;
         }
         const bool hidesLineComments = !reading.wideInput && !reading.wideObserver;

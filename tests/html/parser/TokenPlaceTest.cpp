@@ -84,11 +84,13 @@ TEST(TokenPlaceTest, Documents) {
          "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ntext(\\nc) "
          "12-14@1:13\n"
          "end-parsing 14-14@2:2\n"},
-        {"what stands in a script, and its openers",
+        {"the tokens of a script, and their openers",
          GenericParser::DATA_STREAM_8BIT,
          {"<script>a'b'c/*d*/e/f/g</p>"},
-         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ns-string(b) 9-12@1:10\n"
-         "text(c) 12-13@1:13\nc-comment(d) 13-18@1:14\ntext(e) 18-19@1:19\ntext(/f) 19-21@1:20\ntext(/g) 21-23@1:22\ntext(</p>) 23-27@1:24\nend-parsing "
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ns-string(b) "
+         "9-12@1:10\n"
+         "text(c) 12-13@1:13\nc-comment(d) 13-18@1:14\ntext(e) 18-19@1:19\ntext(/f) 19-21@1:20\ntext(/g) 21-23@1:22\ntext(</p>) "
+         "23-27@1:24\nend-parsing "
          "27-27@1:28\n"},
         {"a UTF-8 mark",
          GenericParser::DATA_STREAM_AUTO,
