@@ -102,6 +102,9 @@ public:
             return;
         parser->isWholeTextPending = false;
         parser->BackToText();
+        // What is left of the piece is in no token.
+        const SimpleParserContext<C, S>& context = parser->context;
+        parser->boundaries[parser->lastEnd] = {parser->fedBefore + context.length, context.line, context.column};
     }
 
     /// The call ends in its ordinary way.
@@ -293,8 +296,6 @@ std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const Pi
         currentParserName = ParserNames::TEXT;  // a copy made in `OnEndParsing` has the name of the last recognizer
     buffersDue -= std::min(buffersDue, context.length);
     fedBefore += context.length;
-    if (context.position < context.length && state == STATE_TEXT)
-        boundaries[lastEnd].offset = fedBefore;  // the rest of a piece is lost when an observer throws
     context.buffer = piece;
     context.position = 0;
     context.length = length;

@@ -157,6 +157,14 @@ TEST(TokenPlaceTest, WhatIsLostBehindAnExceptionIsInNoToken) {
     EXPECT_THROW(run.Feed("a<b>lost"), std::runtime_error);
     EXPECT_EQ(run.Feed("c<d>"), 0U);
     EXPECT_EQ(run.placed, "text(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) 8-9@1:5\nstart(|d||) 9-12@1:6\n");
+
+    // An opener that has been read is lost as well.
+    run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+    run.placed.clear();
+    run.throwingLine = "text(a)";
+    EXPECT_THROW(run.Feed("a<"), std::runtime_error);
+    EXPECT_EQ(run.Feed("c<d>"), 0U);
+    EXPECT_EQ(run.placed, "text(a) 0-1@1:1\ntext(c) 2-3@1:3\nstart(|d||) 3-6@1:4\n");
 }
 
 TEST(TokenPlaceTest, ARecordThatCannotBeConvertedIsAHole) {
