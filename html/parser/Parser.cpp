@@ -103,8 +103,8 @@ public:
         parser->isWholeTextPending = false;
         parser->BackToText();
         // What is left of the piece is in no token.
-        const SimpleParserContext<C, S>& context = parser->context;
-        parser->boundaries[parser->lastEnd] = {parser->fedBefore + context.length, context.line, context.column};
+        const SimpleParserContext<C, S>& left = parser->context;
+        parser->boundaries[parser->lastEnd] = {parser->fedBefore + left.length, left.line, left.column};
     }
 
     /// The call ends in its ordinary way.
