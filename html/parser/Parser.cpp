@@ -266,6 +266,7 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     tokenStartFed = 0;
     bytesDropped = dropped;
     boundaries[0] = boundaries[1] = Boundary();
+    attributeCursor = AttributeCursor();
     backingStreamPositioned = false;
     tokenStartPositioned = false;
     LimitBuffers(true);

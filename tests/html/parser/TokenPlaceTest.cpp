@@ -258,6 +258,20 @@ TEST(AttributePlaceTest, Tags) {
     }
 }
 
+TEST(AttributePlaceTest, NothingIsKeptFromTheDocumentBefore) {
+    Lines lines;
+    HookedObserver<char, std::string> observer(&lines);
+    GenericParser parser;
+    AttributePlace place;
+    observer.hook = [&](const std::string&) { parser.GetAttributePlace(1, &place); };
+    parser.SetObserver(&observer, false);
+    for (const char* const document : {"<a b=c d=e>", "<a long=c d=e>"}) {
+        EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser.ParseBuffer(document, std::string_view(document).size()), 0U);
+        EXPECT_EQ(place.nameBegin, std::string_view(document).find('d'));
+    }
+}
+
 TEST(AttributePlaceTest, InAnyOrder) {
     const char* const document = "<a b=c d=e f=g><h i=j>";
     EXPECT_EQ((AttributesOf<char, std::string>(document, GenericParser::DATA_STREAM_8BIT, {2, 0, 1, 1, 9, 0})),
