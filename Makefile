@@ -78,7 +78,7 @@ bench:
 	setup/bench-peers build/bench
 	cmake --preset release -DKESTRA_BENCH_PEERS=ON
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
-	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large)'
+	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large|scripts)'
 
 # Memory is kept once it is there: getting it from the system takes longer than most of these inputs, and not in proportion to their size.
 bench-hostile:

@@ -54,9 +54,10 @@ constexpr Feed STATELESS_FEEDS[] = {
 template <typename C, typename S>
 class DocumentReader {
 public:
-    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck)
+    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck, GenericParser::ScriptMode scriptMode)
         : flavour(&inputFlavour), feed(&inputFeed), selfCheck(withSelfCheck) {
         parser.SetObserver(&observer, false);
+        parser.SetScriptMode(scriptMode);
     }
 
     std::uint64_t Read(const Corpus& corpus) {
@@ -89,8 +90,9 @@ private:
 };
 
 template <typename C, typename S>
-Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck) {
-    const auto reader = std::make_shared<DocumentReader<C, S>>(flavour, feed, selfCheck);
+Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck,
+                            GenericParser::ScriptMode scriptMode = GenericParser::SCRIPT_AS_TOKENS) {
+    const auto reader = std::make_shared<DocumentReader<C, S>>(flavour, feed, selfCheck, scriptMode);
     return [reader](const Corpus& corpus) { return reader->Read(corpus); };
 }
 
@@ -138,6 +140,16 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers) {
                 });
             }
         }
+    }
+}
+
+void RegisterScriptModes(const NamedCorpus& corpus) {
+    const Feed& feed = FEEDS[2];
+    for (const bool asText : {false, true}) {
+        Register(corpus, std::string("document/8bit-scripts-as-") + (asText ? "text/" : "tokens/") + feed.name, [&feed, asText] {
+            return PrepareDocumentReader<char, std::string>(FLAVOURS[0], feed, false,
+                                                            asText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
+        });
     }
 }
 
