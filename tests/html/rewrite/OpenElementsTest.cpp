@@ -9,6 +9,7 @@
 
 #include "html/rewrite/OpenElements.h"
 #include "html/rewrite/Selectors.h"
+#include "tests/html/parser/CountedAllocations.h"
 #include "tests/html/rewrite/TestTags.h"
 
 // The stack of open elements, and what they match together.
@@ -299,31 +300,95 @@ TEST(OpenElementsTest, TakeAMillionOfEverything) {
     EXPECT_EQ(JoinNames(open), "a");
 }
 
-TEST(OpenElementsTest, ForgetNames) {
-    // Of names that come and go only a few are kept; all of those that stay open are.
-    constexpr std::size_t COUNT = 20000;
+/// What a call adds to the bytes in use.
+template <typename Function>
+std::ptrdiff_t MeasureHeap(Function function) {
+    const auto before = static_cast<std::ptrdiff_t>(GetHeapSize());
+    function();
+    return static_cast<std::ptrdiff_t>(GetHeapSize()) - before;
+}
+
+constexpr std::ptrdiff_t LITTLE = 64 * 1024;
+
+TEST(OpenElementsTest, ForgetNamesThatAreNoLongerOpen) {
+    constexpr std::size_t OPEN = 20;
     const SelectorSet selectors;
     OpenElements open(&selectors);
-    TestTag tag;
+    const TestTag tag;
     std::vector<std::size_t> matches;
-    for (std::size_t i = 0; i < COUNT; ++i) {
-        const std::string number = std::to_string(i);
-        open.Open("open" + number, false, 0, tag, &matches);
-        for (const std::string& name : {"short" + number, std::string(40, 'l') + number}) {
-            open.Open(name, false, 0, tag, &matches);
-            EXPECT_EQ(open.CountClosedBy(name), 1U);
-            open.CloseInnermost();
-            EXPECT_EQ(open.CountClosedBy(name), 0U);
-        }
-    }
-    EXPECT_EQ(open.GetDepth(), COUNT);
-    for (std::size_t i = 0; i < COUNT; ++i)
-        ASSERT_EQ(open.CountClosedBy("open" + std::to_string(i)), COUNT - i);
-    for (std::size_t i = COUNT; i > 0; --i) {
-        ASSERT_EQ(open.GetName(i - 1), "open" + std::to_string(i - 1));
+    for (std::size_t i = 0; i < OPEN; ++i)
+        open.Open("open" + std::to_string(i), false, 0, tag, &matches);
+    const auto comeAndGo = [&](const std::string& beginning) {
+        return MeasureHeap([&] {
+            for (int i = 0; i < 20000; ++i) {
+                const std::string name = beginning + std::to_string(i);
+                open.Open(name, false, 0, tag, &matches);
+                EXPECT_EQ(open.CountClosedBy(name), 1U);
+                open.CloseInnermost();
+                EXPECT_EQ(open.CountClosedBy(name), 0U);
+            }
+        });
+    };
+    EXPECT_LT(comeAndGo("short"), LITTLE);
+    EXPECT_LT(comeAndGo(std::string(1000, 'l')), LITTLE);
+    EXPECT_LT(comeAndGo("again"), LITTLE);
+    // Those that are open stay.
+    for (std::size_t i = 0; i < OPEN; ++i)
+        EXPECT_EQ(open.CountClosedBy("open" + std::to_string(i)), OPEN - i);
+    for (std::size_t i = OPEN; i > 0; --i) {
+        EXPECT_EQ(open.GetName(i - 1), "open" + std::to_string(i - 1));
         open.CloseInnermost();
     }
     EXPECT_EQ(open.CountClosedBy("open0"), 0U);
+}
+
+TEST(OpenElementsTest, KeepManyOpenNames) {
+    constexpr std::size_t COUNT = 20000;
+    const SelectorSet selectors;
+    OpenElements open(&selectors);
+    const TestTag tag;
+    std::vector<std::size_t> matches;
+    for (std::size_t i = 0; i < COUNT; ++i)
+        open.Open("open" + std::to_string(i), false, 0, tag, &matches);
+    for (std::size_t i = 0; i < COUNT; ++i)
+        ASSERT_EQ(open.CountClosedBy("open" + std::to_string(i)), COUNT - i);
+    EXPECT_LT(MeasureHeap([&] { open.Clear(); }), -static_cast<std::ptrdiff_t>(COUNT * 64));
+}
+
+TEST(OpenElementsTest, KeepNoValues) {
+    SelectorSet selectors;
+    ASSERT_TRUE(selectors.Add("[h*=y]", nullptr));
+    ASSERT_TRUE(selectors.Add(".y", nullptr));
+    OpenElements open(&selectors);
+    TestTag tag;
+    tag.name = "a";
+    for (const char* const name : {"h", "class"})
+        tag.attributes.emplace_back(name, std::string(1000000, 'x') + " y");
+    EXPECT_LT(MeasureHeap([&] { EXPECT_EQ(Join(Take(tag, &open)), "0 1"); }), LITTLE);
+}
+
+TEST(OpenElementsTest, ShareWhatElementsMatch) {
+    // A set of all these compounds takes 2,500 bytes; an element with sets of its own has up to two.
+    constexpr std::size_t COUNT = 1000;
+    SelectorSet selectors;
+    for (int i = 0; i < 10000; ++i)
+        ASSERT_TRUE(selectors.Add("a > b", nullptr));
+    struct {
+        const char* note;
+        const char* tags;
+    } const rows[] = {{"nothing", "<c>"}, {"the same as the parent", "<a>"}, {"nothing again", "<c>"}};
+    OpenElements open(&selectors);
+    for (const auto& row : rows) {
+        const TestTag tag = ReadTags(row.tags).front();
+        Take(tag, &open);
+        const std::ptrdiff_t taken = MeasureHeap([&] {
+            for (std::size_t i = 0; i < COUNT; ++i)
+                Take(tag, &open);
+        });
+        EXPECT_LT(taken, static_cast<std::ptrdiff_t>(COUNT * 256)) << row.note;
+    }
+    Take(ReadTags("<a>").front(), &open);
+    EXPECT_EQ(Take(ReadTags("<b>").front(), &open).size(), 10000U);
 }
 
 }  // namespace
