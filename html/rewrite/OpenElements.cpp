@@ -77,16 +77,13 @@ OpenElements::OpenedElement OpenElements::Open(std::string_view name, bool isSho
 /// Gives an element sets of its own where those of its parent do not fit. There must be room for
 /// them.
 void OpenElements::AddSets(Element* element) noexcept {
-    // Most elements match nothing, or the same as their parent.
+    // Most elements match what their parent does, mostly nothing.
     const auto addSet = [&](const auto& wordAt) {
         for (std::size_t i = 0; i < setWords; ++i)
             sets.push_back(wordAt(i));
         return setCount++;
     };
-    const bool matchesNothing = std::all_of(matched.begin(), matched.end(), [](Word word) { return word == 0; });
-    if (matchesNothing)
-        element->matched = 0;
-    else if (!std::ranges::equal(matched, GetSet(element->matched)))
+    if (!std::ranges::equal(matched, GetSet(element->matched)))
         element->matched = addSet([&](std::size_t i) { return matched[i]; });
     const std::size_t outer = element->ancestors;
     bool addsMatches = false;
