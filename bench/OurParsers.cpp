@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "bench/Benchmarks.h"
 #include "bench/CountingObservers.h"
@@ -51,11 +52,26 @@ constexpr Feed STATELESS_FEEDS[] = {
     {"buffer/whole", false, WHOLE},
 };
 
-template <typename C, typename S>
+/// Asks where the token lies.
+struct PlaceQuestion {
+    void operator()() {
+        bytes += Length(parser->GetTokenPlace());
+    }
+    static std::uint64_t Length(const HTML::TokenPlace& place) {
+        return place.end - place.begin;
+    }
+
+    const GenericParser* parser = nullptr;
+    std::uint64_t bytes = 0;
+};
+
+template <typename C, typename S, typename Question = NoQuestion>
 class DocumentReader {
 public:
     DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck)
         : flavour(&inputFlavour), feed(&inputFeed), selfCheck(withSelfCheck) {
+        if constexpr (std::is_same_v<Question, PlaceQuestion>)
+            observer.question.parser = &parser;
         parser.SetObserver(&observer, false);
     }
 
@@ -84,13 +100,13 @@ private:
     const Flavour* flavour;
     const Feed* feed;
     bool selfCheck;
-    CountingObserver<C, S> observer;
+    CountingObserver<C, S, Question> observer;
     GenericParser parser;
 };
 
-template <typename C, typename S>
+template <typename C, typename S, typename Question = NoQuestion>
 Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck) {
-    const auto reader = std::make_shared<DocumentReader<C, S>>(flavour, feed, selfCheck);
+    const auto reader = std::make_shared<DocumentReader<C, S, Question>>(flavour, feed, selfCheck);
     return [reader](const Corpus& corpus) { return reader->Read(corpus); };
 }
 
@@ -139,6 +155,8 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers) {
             }
         }
     }
+    Register(corpus, "document/8bit-places/stream/16K",
+             [] { return PrepareDocumentReader<char, std::string, PlaceQuestion>(FLAVOURS[0], FEEDS[2], false); });
 }
 
 void RegisterStatelessParser(const NamedCorpus& corpus) {

@@ -526,6 +526,13 @@ std::uint32_t GenericParser::GetAttributePlace(std::uint64_t index, AttributePla
     return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
 }
 
+std::uint32_t GenericParser::GetAttributeParts(std::uint64_t index, std::vector<AttributePlace>* places) const {
+    if (places == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    const auto find = [index, places](const auto& parser) { return parser.GetAttributeParts(static_cast<std::size_t>(index), places); };
+    return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
+}
+
 std::uint64_t GenericParser::GetLine() const {
     return Ask([](const auto& parser) { return parser.GetLine(); }, std::uint64_t{1});
 }

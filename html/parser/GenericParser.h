@@ -143,6 +143,12 @@ public:
     /// @return 0; 2 for null, or when there is no such attribute
     std::uint32_t GetAttributePlace(std::uint64_t index, AttributePlace* place) const;
 
+    /// The places of what that attribute was written as: of the attribute with its own value, and then of every bare word that the value
+    /// has taken up. `AttributesNormalizer::Split` gives their texts.
+    /// @param places  receives one place or more; untouched when the answer is not 0
+    /// @return 0; 2 for null, or when there is no such attribute
+    std::uint32_t GetAttributeParts(std::uint64_t index, std::vector<AttributePlace>* places) const;
+
     /// Name of the recognizer at work; in junk, of the one that failed; in `OnEndParsing`, of the one that ran last. Empty when no parser
     /// runs.
     WideString GetCurrentParserName() const;

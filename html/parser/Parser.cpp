@@ -8,6 +8,7 @@
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
+#include "html/output/AttributesNormalizer.h"
 #include "html/output/Crc32.h"
 #include "html/output/ParserObserverOutput.h"
 #include "html/output/SelfCheckSink.h"
@@ -1037,50 +1038,91 @@ std::uint64_t Parser<C, S>::ToBytes(std::uint64_t offset) const {
     return bytesDropped + offset * sizeof(C);
 }
 
+/// The attributes of the tag that is being delivered.
 template <typename C, typename S>
-bool Parser<C, S>::GetAttributePlace(std::size_t index, AttributePlace* place) const {
+auto Parser<C, S>::GetDeliveredAttributes() const -> DeliveredAttributes {
     const std::uint64_t tagBegin = boundaries[lastEnd ^ 1U].offset;
     switch (state) {
         case STATE_START_TAG:
-            return FindAttribute(startTagData.attributes, tagBegin + 1 + startTagData.prefix.size() + startTagData.name.size(), index,
-                                 place);
+            return {&startTagData.attributes, tagBegin + 1 + startTagData.prefix.size() + startTagData.name.size(), true};
         case STATE_END_TAG:
-            return FindAttribute(endTagData.attributes,
-                                 tagBegin + 2 + endTagData.prefix.size() + endTagData.name.size() + endTagData.afterName.size(), index,
-                                 place);
+            return {&endTagData.attributes, tagBegin + 2 + endTagData.prefix.size() + endTagData.name.size() + endTagData.afterName.size(),
+                    false};
         case STATE_EXTERN_TAG:
-            return FindAttribute(externTagData.attributes, tagBegin + 2 + externTagData.prefix.size() + externTagData.name.size(), index,
-                                 place);
+            return {&externTagData.attributes, tagBegin + 2 + externTagData.prefix.size() + externTagData.name.size(), true};
         default:
-            return false;
+            return {nullptr, 0, false};
     }
 }
 
-/// Adds up what the attributes before it are written as, from the one that was asked for last.
-/// @param listBegin  where the first attribute begins, in characters
 template <typename C, typename S>
-bool Parser<C, S>::FindAttribute(const Vector<Attribute<C, S>>& attributes, std::uint64_t listBegin, std::size_t index,
-                                 AttributePlace* place) const {
-    if (index >= attributes.size())
+bool Parser<C, S>::GetAttributePlace(std::size_t index, AttributePlace* place) const {
+    const DeliveredAttributes delivered = GetDeliveredAttributes();
+    if (delivered.list == nullptr || index >= delivered.list->size())
         return false;
+    *place = PlaceOf((*delivered.list)[index], FindAttribute(delivered, index));
+    return true;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const {
+    const DeliveredAttributes delivered = GetDeliveredAttributes();
+    if (delivered.list == nullptr || index >= delivered.list->size())
+        return false;
+    Vector<Attribute<C, S>> parts;
+    const bool mayHaveEscapeRuns = StringNS::CharSet::IsIso2022(charset) && !IsAfterBareValue(delivered, index);
+    AttributesNormalizer<C, S>::Split((*delivered.list)[index], mayHaveEscapeRuns ? SPLIT_ESCAPE_RUNS : SPLIT_PLAIN, &parts);
+    std::vector<AttributePlace> found;
+    std::uint64_t offset = FindAttribute(delivered, index);
+    for (const Attribute<C, S>& part : parts) {
+        found.push_back(PlaceOf(part, offset));
+        offset += GetWrittenLength(part);
+    }
+    places->swap(found);
+    return true;
+}
+
+/// After an unquoted value without words the recognizers of some tags take no escape runs.
+template <typename C, typename S>
+bool Parser<C, S>::IsAfterBareValue(const DeliveredAttributes& delivered, std::size_t index) const {
+    if (!delivered.bareValueEndsEscapeRuns || index == 0)
+        return false;
+    const Attribute<C, S>& before = (*delivered.list)[index - 1];
+    if (!before.hasValue || before.quote != QUOTE_NONE || before.value.empty())
+        return false;
+    Vector<Attribute<C, S>> parts;
+    AttributesNormalizer<C, S>::Split(before, SPLIT_ESCAPE_RUNS, &parts);
+    return parts.size() == 1 && parts[0].quote == QUOTE_NONE;
+}
+
+/// Adds up what the attributes before it are written as, from the one that was asked for last.
+/// @return where the attribute begins, in characters
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::FindAttribute(const DeliveredAttributes& delivered, std::size_t index) const {
     AttributeCursor& cursor = attributeCursor;
-    if (cursor.listBegin != listBegin || cursor.index > index)
-        cursor = {listBegin, 0, listBegin};
+    if (cursor.listBegin != delivered.listBegin || cursor.index > index)
+        cursor = {delivered.listBegin, 0, delivered.listBegin};
     for (; cursor.index < index; ++cursor.index)
-        cursor.offset += GetWrittenLength(attributes[cursor.index]);
-    const Attribute<C, S>& attribute = attributes[index];
-    const std::uint64_t nameBegin = cursor.offset + attribute.prefix.size();
+        cursor.offset += GetWrittenLength((*delivered.list)[cursor.index]);
+    return cursor.offset;
+}
+
+/// @param offset  where it begins, in characters
+template <typename C, typename S>
+AttributePlace Parser<C, S>::PlaceOf(const Attribute<C, S>& attribute, std::uint64_t offset) const {
+    const std::uint64_t nameBegin = offset + attribute.prefix.size();
     const std::uint64_t nameEnd = nameBegin + attribute.name.size();
     std::uint64_t valueBegin = nameEnd;
     if (attribute.hasValue)
         valueBegin += attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + GetQuoteLength(attribute);
-    place->begin = ToBytes(cursor.offset);
-    place->end = ToBytes(cursor.offset + GetWrittenLength(attribute));
-    place->nameBegin = ToBytes(nameBegin);
-    place->nameEnd = ToBytes(nameEnd);
-    place->valueBegin = ToBytes(valueBegin);
-    place->valueEnd = ToBytes(valueBegin + (attribute.hasValue ? attribute.value.size() : 0));
-    return true;
+    AttributePlace place;
+    place.begin = ToBytes(offset);
+    place.end = ToBytes(offset + GetWrittenLength(attribute));
+    place.nameBegin = ToBytes(nameBegin);
+    place.nameEnd = ToBytes(nameEnd);
+    place.valueBegin = ToBytes(valueBegin);
+    place.valueEnd = ToBytes(valueBegin + (attribute.hasValue ? attribute.value.size() : 0));
+    return place;
 }
 
 template <typename C, typename S>

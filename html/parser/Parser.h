@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/SimpleParserContext.h"
@@ -111,6 +112,8 @@ public:
     TokenPlace GetTokenPlace() const;
     /// The place of an attribute of the tag that is being delivered. @return false when there is none
     bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
+    /// The same for what a folded attribute was written as: the attribute itself, and then its bare words.
+    bool GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const;
 
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
@@ -132,6 +135,13 @@ public:
 private:
     struct Construct;
     class Unwinding;
+
+    /// The attributes of a tag, and where the first of them begins, in characters of the document.
+    struct DeliveredAttributes {
+        const Vector<Attribute<C, S>>* list;
+        std::uint64_t listBegin;
+        bool bareValueEndsEscapeRuns;
+    };
 
     static const Construct CONSTRUCTS[];
 
@@ -181,7 +191,10 @@ private:
     void MarkTokenStart(std::uint64_t charactersBack);
     void EndToken(std::uint64_t charactersAhead);
     std::uint64_t ToBytes(std::uint64_t offset) const;
-    bool FindAttribute(const Vector<Attribute<C, S>>& attributes, std::uint64_t listBegin, std::size_t index, AttributePlace* place) const;
+    DeliveredAttributes GetDeliveredAttributes() const;
+    bool IsAfterBareValue(const DeliveredAttributes& delivered, std::size_t index) const;
+    std::uint64_t FindAttribute(const DeliveredAttributes& delivered, std::size_t index) const;
+    AttributePlace PlaceOf(const Attribute<C, S>& attribute, std::uint64_t offset) const;
     void BackToText();
     void BackToText(const char* prefix);
     template <bool IS_WHOLE>
