@@ -71,24 +71,29 @@ public:
     }
 };
 
-/// Frees what is kept when that is more than 384 KiB. A document may keep the largest of its strings on top of that, however long it is.
+/// What a parser may keep, in bytes.
+struct KeptBytes {
+    std::size_t most = 384 * 1024;
+    std::size_t slack = 64 * 1024;  ///< how much more there may be between two looks at it
+};
+
+/// Frees what is kept when that is more than `bytes.most`. A document may keep the largest of its strings on top of that, however long it
+/// is.
 ///
 /// @param isNewDocument  the buffers are those of another document
 /// @param visitBuffers   hands a visitor every string and list whose content is no longer of use
-/// @return the bytes of input behind which it is to be called again; by then 64 KiB more may be kept
+/// @return the bytes of input behind which it is to be called again; by then `bytes.slack` more may be kept
 template <typename VisitBuffers>
-std::uint64_t LimitBuffers(bool isNewDocument, VisitBuffers visitBuffers) {
-    constexpr std::size_t MOST_KEPT = 384 * 1024;
-    constexpr std::size_t SLACK = 64 * 1024;
+std::uint64_t LimitBuffers(bool isNewDocument, VisitBuffers visitBuffers, const KeptBytes& bytes = KeptBytes()) {
     constexpr std::size_t GROWTH = 10;  // bytes that one of input may add: it passes through some strings, half of each to spare, some wide
     BufferMeasure kept;
     visitBuffers(kept);
-    const std::size_t limit = isNewDocument ? MOST_KEPT : MOST_KEPT + kept.largest;
+    const std::size_t limit = isNewDocument ? bytes.most : bytes.most + kept.largest;
     if (kept.total <= limit)
-        return (limit + SLACK - kept.total) / GROWTH;
+        return (limit + bytes.slack - kept.total) / GROWTH;
     BufferRelease release;
     visitBuffers(release);
-    return (MOST_KEPT + SLACK) / GROWTH;
+    return (bytes.most + bytes.slack) / GROWTH;
 }
 
 }  // namespace Kestra

@@ -28,6 +28,8 @@ enum ParserResult : std::uint32_t {
     PARSER_TOO_LITTLE_DATA = 707,         ///< fewer bytes than the detector needs
     PARSER_DETECTOR_NOT_CONFIDENT = 708,  ///< the detector has no answer, or not confidently enough
     PARSER_DETECTOR_FAILED = 709,         ///< the call of the detector failed
+    PARSER_STOPPED = 710,                 ///< a callback has called `Stop`
+    PARSER_LIMIT_EXCEEDED = 711,          ///< a token is longer, or has more attributes, than the host allows
 };
 
 }  // namespace Kestra::HTML

@@ -233,40 +233,51 @@ std::uint32_t GenericParser::StartParse(StringNS::CharSet::Code code, DataStream
     charset = code;
     charsetDetected = false;
     ended = false;
+    std::uint32_t result = PARSER_OK;
     switch (type) {
         case DATA_STREAM_8BIT:
-            StartNarrow(0, 0, DocumentCharset(code), false);
-            narrowParser->OnCharset(narrowParser->GetCharset());
+            result = StartNarrow(0, 0, DocumentCharset(code), false);
             break;
         case DATA_STREAM_UTF16:
-            StartWide(false);
-            wideParser->OnCharset(wideParser->GetCharset());
+            result = StartWide(false);
             break;
         case DATA_STREAM_AUTO:
         default:
             mode = MODE_START;
-            break;
+            return PARSER_OK;
     }
-    return PARSER_OK;
+    return result == PARSER_OK ? AnnounceCharset() : result;
+}
+
+/// Tells the observer of the charset of a document that has begun.
+std::uint32_t GenericParser::AnnounceCharset() {
+    if (mode == MODE_NARROW)
+        narrowParser->OnCharset(narrowParser->GetCharset());
+    else
+        wideParser->OnCharset(wideParser->GetCharset());
+    return IsStopped() ? PARSER_STOPPED : PARSER_OK;
 }
 
 /// Begins a document with the 8-bit parser, which has the charset of the document before until the callbacks have returned.
 /// @param markLength    of the UTF-8 mark, 0 without one
 /// @param bytesDropped  of a mark that turned out to be none
-void GenericParser::StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected) {
+std::uint32_t GenericParser::StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code,
+                                         bool detected) {
     mode = MODE_NARROW;
     wideParser->Rest();
     const AtScopeEnd settle([this, code] {
         narrowParser->SetCharset(code);
         narrowParser->SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
     });
-    narrowParser->Start(markLength, detected, bytesDropped);
-    if (markLength > 0)
-        narrowParser->OnBOM(StringNS::BOM_UTF8, markLength);
+    const std::uint32_t result = narrowParser->Start(markLength, detected, bytesDropped);
+    if (result != PARSER_OK || markLength == 0)
+        return result;
+    narrowParser->OnBOM(StringNS::BOM_UTF8, markLength);
+    return narrowParser->IsStopped() ? PARSER_STOPPED : PARSER_OK;
 }
 
 /// Begins a document with the wide parser. A mark settles the charset before the callbacks.
-void GenericParser::StartWide(bool hasMark) {
+std::uint32_t GenericParser::StartWide(bool hasMark) {
     mode = MODE_WIDE;
     narrowParser->Rest();
     const auto settle = [this] {
@@ -277,9 +288,11 @@ void GenericParser::StartWide(bool hasMark) {
         settle();
     const AtScopeEnd settleAtEnd(settle);
     wideParser->SetDiscoverCharset(false);
-    wideParser->Start(hasMark ? sizeof(StringNS::BOM_UTF16_LE) : 0, false, 0);
-    if (hasMark)
-        wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
+    const std::uint32_t result = wideParser->Start(hasMark ? sizeof(StringNS::BOM_UTF16_LE) : 0, false, 0);
+    if (result != PARSER_OK || !hasMark)
+        return result;
+    wideParser->OnBOM(StringNS::BOM_UTF16_LE, sizeof(StringNS::BOM_UTF16_LE));
+    return wideParser->IsStopped() ? PARSER_STOPPED : PARSER_OK;
 }
 
 std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
@@ -307,6 +320,8 @@ std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, con
         return PARSER_OK;
     if (data == nullptr)
         return PARSER_INVALID_ARGUMENT;
+    if (IsStopped())
+        return PARSER_STOPPED;
     if (mode == MODE_NARROW)
         return FeedNarrow(data, size, origin);
     if (mode == MODE_WIDE)
@@ -335,14 +350,14 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false);
-            return FeedNarrow(data + i + 1, size - i - 1, rest);
+            const std::uint32_t result = StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false);
+            return result != PARSER_OK ? result : FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
-            StartWide(true);
-            return FeedWide(data + i + 1, size - i - 1, rest);
+            const std::uint32_t result = StartWide(true);
+            return result != PARSER_OK ? result : FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected);
-            return FeedNarrow(data, size, origin);
+            const std::uint32_t result = StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected);
+            return result != PARSER_OK ? result : FeedNarrow(data, size, origin);
         }
     }
     return PARSER_OK;
@@ -375,6 +390,8 @@ std::uint32_t GenericParser::ParseStream(VFS::InputStream* stream, bool ownsStre
     StreamUse use(this);
     if (stream == nullptr)
         return PARSER_INVALID_ARGUMENT;
+    if (IsStopped())
+        return PARSER_STOPPED;
     std::uint32_t result = FeedStream(stream);
     if (result != PARSER_OK)
         return AnswerWith(result);
@@ -463,6 +480,8 @@ std::uint32_t GenericParser::EndParse() {
     if (!isRunning || ended)
         return PARSER_OK;
     ended = true;
+    if (Ask([](const auto& parser) { return parser.IsHalted(); }, false))
+        return PARSER_OK;
     return AnswerWith(mode == MODE_NARROW ? narrowParser->End() : wideParser->End());
 }
 
@@ -513,6 +532,42 @@ Answer GenericParser::Ask(Query query, Answer otherwise) const {
     if (mode == MODE_WIDE)
         return query(std::as_const(*wideParser));
     return otherwise;
+}
+
+std::uint32_t GenericParser::Stop() {
+    if (!feeding.Get())
+        return PARSER_INVALID_ARGUMENT;
+    if (mode == MODE_NARROW)
+        narrowParser->Stop();
+    else if (mode == MODE_WIDE)
+        wideParser->Stop();
+    else
+        return PARSER_INVALID_ARGUMENT;
+    return PARSER_OK;
+}
+
+bool GenericParser::IsStopped() const {
+    return Ask([](const auto& parser) { return parser.IsStopped(); }, false);
+}
+
+std::uint32_t GenericParser::SetMaxTokenSize(std::uint64_t bytes) {
+    narrowParser->SetMaxTokenSize(bytes);
+    wideParser->SetMaxTokenSize(bytes);
+    return PARSER_OK;
+}
+
+std::uint64_t GenericParser::GetMaxTokenSize() const {
+    return narrowParser->GetMaxTokenSize();
+}
+
+std::uint32_t GenericParser::SetMaxAttributes(std::uint64_t count) {
+    narrowParser->SetMaxAttributes(count);
+    wideParser->SetMaxAttributes(count);
+    return PARSER_OK;
+}
+
+std::uint64_t GenericParser::GetMaxAttributes() const {
+    return narrowParser->GetMaxAttributes();
 }
 
 TokenPlace GenericParser::GetTokenPlace() const {

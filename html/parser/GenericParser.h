@@ -35,6 +35,8 @@ class Parser;
 /// `GetConversionError` tells why. When memory was lacking the conversion of the next token tries again, and a feeding or ending call that
 /// would have answered 0 answers RESULT_OUT_OF_MEMORY (8): all else is as with 0. On POSIX a few charsets (ISO-2022, T.61) need tables that
 /// ICU sets up once in a process; when memory is lacking just then, their tokens are lost, with 8, until the process ends.
+/// **Stop and limits**: a callback ends the document with `Stop`; `SetMaxTokenSize` and `SetMaxAttributes` limit what a token may take.
+/// Both are off from the start. A limit for a whole document is the host's: it counts what it feeds.
 /// **Exceptions**: what a callback throws, and `std::bad_alloc` where memory is exhausted and no result says so; no others.
 /// **Threads**: one parser, one thread. Every callback runs inside the call that fed the input. A callback that calls `StartParse`,
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
@@ -84,14 +86,14 @@ public:
     /// Begins a document. What an unfinished one left is dropped.
     /// @param code  the charset of 8-bit text; 65000 (UTF-7) is replaced by 1252. With 0, unknown, charset declarations in `meta` tags are
     ///              applied as they come, unless there is a byte-order mark, and `ParseStream` asks the detector at the end
-    /// @return 0
+    /// @return 0; 2 out of a callback; 710 when a callback has stopped the document
     std::uint32_t StartParse(StringNS::CharSet::Code code, DataStreamType type);
 
     /// Parses the next piece, of any size.
     /// @param data  borrowed for the call; UTF-16 at an odd address is copied once
     /// @param size  in bytes; 0 changes nothing
     /// @return 0; 2 for null data with a size, or for UTF-16 in an odd number of bytes; 8 as 0, but a token was lost for want of memory;
-    ///         705 to parse again; the code of a failed construct
+    ///         705 to parse again; 710 stopped; 711 a token went over a limit; the code of a failed construct
     std::uint32_t ParseBuffer(const char* data, std::uint64_t size);
 
     /// Parses a stream from its current position to its end. Does not call `EndParse`.
@@ -104,7 +106,8 @@ public:
     ///                    with 706, and with 8 for a lost token, it stays in use after this call; every other answer ends its use.
     /// @return 0; 2 for null; 8 as 0, but a token was lost for want of memory, or when the buffer cannot be allocated; 705 when the
     ///         charset is found late: start again with `GetCharset`; 706 when the whole stream has been parsed and its charset could not
-    ///         be detected: `EndParse` then ends the document as after 0; a code of `ParseBuffer`, of the stream or of the buffer. 507
+    ///         be detected: `EndParse` then ends the document as after 0; 710 and 711, which end the stream's use too; a code of
+    ///         `ParseBuffer`, of the stream or of the buffer. 507
     ///         when the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
@@ -112,10 +115,48 @@ public:
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or called twice, returns 0 without
-    /// callbacks. Bytes fed afterwards without `StartParse` continue the document.
-    /// @return 0; 8 as 0, but a token was lost for want of memory; without `OnEndParsing` 704 when the self-check finds a difference
+    /// callbacks, and so after 710 and 711. Bytes fed afterwards without `StartParse` continue the document.
+    /// @return 0; 710 when a callback has stopped the document, 711 when the last token went over a limit by its last characters; 8 as 0,
+    /// but a token was lost for want of memory; without `OnEndParsing` 704 when the self-check finds a difference
     ///         or lost its copy, and 16 or a recognizer's code when a construct is open and cannot be re-read as junk
     std::uint32_t EndParse();
+
+    /// Ends the document out of a callback. The call that feeds, starts or ends answers 710 when the callback has returned, and nothing
+    /// more is delivered; an exception out of the same callback passes, and the document is over all the same. `EndParse` then answers 0
+    /// without callbacks, and `GetTokenPlace` still answers the place of the callback's token. Until the next `StartParse` bytes are not
+    /// read: the call answers 710. A stop in `OnEndParsing` changes nothing but the answer of `EndParse`. A copy of a stopped parser is
+    /// stopped.
+    /// @return 0; 2 when no callback is at work, and nothing changes
+    std::uint32_t Stop();
+
+    /// Limits what one token may take.
+    ///
+    /// A token of more bytes of the document ends the call with 711: that is known as soon as so many have been fed, however they are cut
+    /// into pieces, or when the token is complete. Text and junk are tokens too, and so are line comments that reach no observer. Junk is
+    /// delivered in parts: the construct that failed, and what follows it up to the next "<". All tokens before it have been delivered,
+    /// `GetTokenPlace().end` is its first byte, and `GetLine` and `GetColumn` answer the place of that.
+    ///
+    /// After 711 `EndParse` answers 0 without callbacks. Or the host goes on without `StartParse`: the next byte that it feeds has the
+    /// offset `GetTokenPlace().end`, and the parser is where it was before the token, in a script for example. A host that feeds the
+    /// document from there again, with another limit or with none, gets the same tokens as without a limit; one that skips some bytes gets
+    /// the tokens of the rest, at places that are by so much too low. The self-check begins anew: it compares what is fed from then on.
+    ///
+    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB and 16 times the limit, beside what observers and
+    /// streams take. For this a limit bounds the attributes of a tag and the items of a declaration as well: 32 of them and one more
+    /// for every 64 bytes of the limit; one too many ends the call with 711 as if the token were too long. `SetMaxAttributes` sets another
+    /// number for attributes, each of which takes up to 1 KiB.
+    ///
+    /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives `StartParse`, and is a copy's too
+    /// @return 0
+    std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
+    std::uint64_t GetMaxTokenSize() const;
+
+    /// Limits the attributes of a tag or an instruction, as they are written: before bare words become a part of a value. One more ends the
+    /// call with 711, as for `SetMaxTokenSize`.
+    /// @param count  0, the default, for no limit. Takes effect with the next attribute, survives `StartParse`, and is a copy's too
+    /// @return 0
+    std::uint32_t SetMaxAttributes(std::uint64_t count);
+    std::uint64_t GetMaxAttributes() const;
 
     /// Detects the charset of a buffer; needs DETECTCHARSET_MIN_SIZE bytes and the minimum confidence.
     /// @param out  receives the code, 0 when there is none; untouched by 2 and 707
@@ -221,8 +262,10 @@ private:
     void Swap(GenericParser* other);
     void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
     std::shared_ptr<ObserverOwner> TakeOwnerOf(const void* block);
-    void StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected);
-    void StartWide(bool hasMark);
+    std::uint32_t StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected);
+    std::uint32_t StartWide(bool hasMark);
+    std::uint32_t AnnounceCharset();
+    bool IsStopped() const;
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);

@@ -28,6 +28,12 @@ namespace {
 
 constexpr std::uint64_t READ_BACK_SIZE = 16384;  // bytes per read when a construct is read again
 
+// With a limit of the size of a token a parser takes at most 64 KiB and 16 times that limit, its buffer for streams included.
+constexpr std::uint64_t MOST_KEPT_WITH_LIMIT = 8 * 1024;  // bytes, beside the size of a token
+constexpr std::uint64_t SLACK_WITH_LIMIT = 4 * 1024;      // bytes
+constexpr std::uint64_t BYTES_PER_PART = 64;              // of the limit, for each attribute of a tag or item of a declaration,
+constexpr std::uint64_t FEWEST_PARTS = 32;                // beside so many
+
 /// Which recognizer hands over to another one.
 enum Opener : std::uint32_t {
     OPENED_BY_NONE,
@@ -118,7 +124,7 @@ public:
         parser->BackToText();
         // What is left of the piece is in no token.
         const SimpleParserContext<C, S>& left = parser->context;
-        parser->boundaries[parser->lastEnd] = {parser->fedBefore + left.length, left.line, left.column};
+        parser->boundaries[parser->lastEnd] = {parser->fedBefore + parser->pieceLength, left.line, left.column};
     }
 
     /// The call ends in its ordinary way.
@@ -259,7 +265,12 @@ Parser<C, S>::Parser()
       lastEnd(0),
       backingStreamPositioned(false),
       tokenStartPositioned(false),
-      buffersDue(0) {}
+      buffersDue(0),
+      pieceLength(0),
+      maxTokenSize(0),
+      maxAttributes(0),
+      maxTokenLength(UINT64_MAX),
+      halted(PARSER_OK) {}
 
 template <typename C, typename S>
 Parser<C, S>::Parser(const Parser&) = default;
@@ -283,6 +294,8 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     pieceBase = markLength;
     fedBefore = 0;
     tokenStartFed = 0;
+    pieceLength = 0;
+    halted = PARSER_OK;
     bytesDropped = dropped;
     boundaries[0] = boundaries[1] = Boundary();
     attributeCursor = AttributeCursor();
@@ -303,40 +316,58 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
     Notify([](auto* observer) { observer->OnStartParsing(); });
     selfCheck.OnStartParsing();
     selfCheck.Reset(selfCheckMode == 2);
-    return PARSER_OK;
+    return halted;
 }
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin) {
+    if (halted == PARSER_STOPPED)
+        return halted;
     if (length == 0)
         return PARSER_OK;
+    if (halted == PARSER_LIMIT_EXCEEDED) {
+        halted = PARSER_OK;
+        inputCrc = 0;
+        selfCheck.Reset(selfCheckMode == 2);
+    }
     if (IsSelfChecking())
         inputCrc = UpdateCrc32(inputCrc, piece, length * sizeof(C));
     if (state == STATE_TEXT)
         currentParserName = ParserNames::TEXT;  // a copy made in `OnEndParsing` has the name of the last recognizer
-    buffersDue -= std::min(buffersDue, context.length);
-    fedBefore += context.length;
+    buffersDue -= std::min(buffersDue, pieceLength);
+    fedBefore += pieceLength;
+    pieceLength = length;
     context.buffer = piece;
     context.position = 0;
-    context.length = length;
+    BeginSlice();
     backingStreamPositioned = origin.positioned;
     if (origin.positioned)
         pieceBase = origin.offset;
     if (!origin.fromStream)
         tokenStartPositioned = false;
     Unwinding unwinding(this);
-    std::uint32_t result = PARSER_OK;
-    while (result == PARSER_OK && !Scan::AtEnd(context)) {
+    // A limit may have been set since the last piece.
+    std::uint32_t result = IsTooLongUnderWay() ? PARSER_LIMIT_EXCEEDED : PARSER_OK;
+    while (result == PARSER_OK) {
+        if (Scan::AtEnd(context)) {
+            if (halted != PARSER_OK || context.position == pieceLength)
+                break;
+            BeginSlice();
+        }
         if (context.position >= buffersDue)
             LimitBuffers(false);
         const Construct* const construct = FindByState(state);
         result = (this->*construct->parse)();
-        if (result == SP_NEED_MORE_DATA || result == PARSER_PARSE_AGAIN || construct->state == STATE_JUNK)
-            continue;
-        if (Recover() == PARSER_OK)
-            result = PARSER_OK;
+        if (result != SP_NEED_MORE_DATA && construct->state != STATE_JUNK)
+            result = Recover(result);
+        if (result == PARSER_OK && Scan::AtEnd(context) && IsTooLongUnderWay())
+            result = PARSER_LIMIT_EXCEEDED;
     }
     unwinding.Cancel();
+    if (halted != PARSER_OK)
+        return halted;
+    if (result == PARSER_LIMIT_EXCEEDED)
+        GoBackToToken();
     return result;
 }
 
@@ -364,6 +395,9 @@ std::uint32_t Parser<C, S>::ParseText() {
         return result;
     const Construct* const construct = FindByName(textData.nextParserName, OPENED_BY_TEXT);
     const bool isOpenedByTwo = construct != nullptr && construct->charactersBack == 2;  // "/*" and "//"
+    // A "/" may have turned out to be text.
+    if (IsTooLong(isOpenedByTwo ? 2 : 1))
+        return PARSER_LIMIT_EXCEEDED;
     DeliverText(isOpenedByTwo ? 2 : 1);
     if (construct == nullptr)
         return PARSER_UNKNOWN_RECOGNIZER;
@@ -451,6 +485,7 @@ std::uint32_t Parser<C, S>::ParseCutEndTag() {
     DeliverText(1);
     context.position += ahead;
     context.column += ahead;
+    BeginSlice();  // the callback may have stopped, or set a limit
     Begin(*FindByState(STATE_END_TAG));
     if (opener.size() == 1) {
         Scan::Advance(context);  // the "/"
@@ -497,7 +532,7 @@ std::uint32_t Parser<C, S>::ReadTag() {
         MarkTokenStart(2);
         BeginTagOrText(*FindByState(STATE_END_TAG));
     } else {
-        if (hasNoEscapeRuns && !(inScript || inStyle) && WholeTag<C, S>(&context).Read(&startTagData)) {
+        if (hasNoEscapeRuns && !(inScript || inStyle) && ReadWholeStartTag()) {
             SetActive(*FindByState(STATE_START_TAG));
             return FinishStartTag<true>();
         }
@@ -505,6 +540,20 @@ std::uint32_t Parser<C, S>::ReadTag() {
         BeginTagOrText(*FindByState(STATE_START_TAG));
     }
     return SP_NEED_MORE_DATA;
+}
+
+/// A tag that may have too many attributes is left to its recognizer, which counts them: an attribute has two characters at least, but for
+/// a first one that is a "=" alone.
+template <typename C, typename S>
+bool Parser<C, S>::ReadWholeStartTag() {
+    if (startTag.maxParts == SIZE_MAX)
+        return WholeTag<C, S>(&context).Read(&startTagData);
+    const std::uint64_t length = context.length;
+    const std::uint64_t most = 2 * std::min<std::uint64_t>(startTag.maxParts, length);
+    context.length = context.position + std::min(length - context.position, most);
+    const bool isWhole = WholeTag<C, S>(&context).Read(&startTagData);
+    context.length = length;
+    return isWhole;
 }
 
 template <typename C, typename S>
@@ -524,6 +573,8 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
         textData.text += startTagData.name;
         return SP_NEED_MORE_DATA;
     }
+    if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
+        return PARSER_LIMIT_EXCEEDED;
     return result == SP_TOKEN_COMPLETE ? FinishStartTag<false>() : result;
 }
 
@@ -551,6 +602,8 @@ std::uint32_t Parser<C, S>::FinishStartTag() {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
+    if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
+        return PARSER_LIMIT_EXCEEDED;
     return result == SP_TOKEN_COMPLETE ? FinishEndTag<false>() : result;
 }
 
@@ -579,6 +632,8 @@ std::uint32_t Parser<C, S>::ParseConstruct() {
     const std::uint32_t result = (this->*RECOGNIZER).Parse(&context, &(this->*DATA));
     if (result != SP_TOKEN_COMPLETE)
         return result;
+    if (IsTooLong(0))
+        return PARSER_LIMIT_EXCEEDED;
     (this->*DELIVER)();
     FinishToken();
     return SP_NEED_MORE_DATA;
@@ -590,6 +645,9 @@ std::uint32_t Parser<C, S>::ParseCPPComment() {
     const std::uint32_t result = cppComment.Parse(&context, &cppCommentData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
+    // What looked like the opener of a section may have turned out to be none.
+    if (IsTooLong(CountOpenerOfSection()))
+        return PARSER_LIMIT_EXCEEDED;
     DeliverCPPComment();
     FinishToken();
     if (cppCommentData.nextParserName.empty())
@@ -715,7 +773,14 @@ template <typename C, typename S>
 void Parser<C, S>::LimitBuffers(bool isNewDocument) {
     if (state != STATE_TEXT && state != STATE_JUNK)
         return;
-    const std::uint64_t bytes = Kestra::LimitBuffers(isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); });
+    KeptBytes kept;
+    if (maxTokenLength != UINT64_MAX) {
+        kept.most = static_cast<std::size_t>(
+            std::min<std::uint64_t>(kept.most, MOST_KEPT_WITH_LIMIT + std::min<std::uint64_t>(kept.most, maxTokenSize)));
+        kept.slack = SLACK_WITH_LIMIT;
+    }
+    const std::uint64_t bytes = Kestra::LimitBuffers(
+        isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); }, kept);
     buffersDue = context.position + bytes / sizeof(C);
 }
 
@@ -752,9 +817,13 @@ std::uint32_t Parser<C, S>::End() {
     std::uint32_t result = PARSER_OK;
     WideStringView lastParserName;
     {
-        const Unwinding unwinding(this);
+        Unwinding unwinding(this);
         result = EndOpenConstruct();
         lastParserName = currentParserName;
+        if (result == PARSER_LIMIT_EXCEEDED) {
+            unwinding.Cancel();
+            GoBackToToken();
+        }
     }
     SetBackingStream(nullptr);
     if (result != PARSER_OK)
@@ -766,18 +835,18 @@ std::uint32_t Parser<C, S>::End() {
     currentParserName = lastParserName;
     const Unwinding unwinding(this);
     Notify([](auto* observer) { observer->OnEndParsing(); });
-    return PARSER_OK;
+    return halted;
 }
 
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::EndOpenConstruct() {
     const Construct* const construct = FindByState(state);
+    if (IsTooLong(0))
+        return PARSER_LIMIT_EXCEEDED;
     const std::uint32_t result = (this->*construct->end)();
     if (result == SP_TOKEN_COMPLETE)
-        return PARSER_OK;
-    if (construct->state == STATE_JUNK || Recover() != PARSER_OK)
-        return result;
-    return PARSER_OK;
+        return halted;
+    return construct->state == STATE_JUNK ? result : Recover(result);
 }
 
 template <typename C, typename S>
@@ -818,18 +887,145 @@ std::uint32_t Parser<C, S>::EndConstruct() {
 }
 
 /// Delivers the failed construct, from its first character to the current place, as junk, and goes on in the junk state.
+/// @param failure  what the recognizer answered, or what ends the document
+/// @return 0; 711; `failure` when it ends the document, or has no recovery
 template <typename C, typename S>
-std::uint32_t Parser<C, S>::Recover() {
+std::uint32_t Parser<C, S>::Recover(std::uint32_t failure) {
+    if (failure == PARSER_PARSE_AGAIN || failure == PARSER_LIMIT_EXCEEDED)
+        return failure;
+    if (IsTooLong(0))
+        return PARSER_LIMIT_EXCEEDED;
     if (!CanReadBack())
-        return PARSER_RECOVERY_IMPOSSIBLE;
+        return failure;
     junk.BeginParse(&junkData);
-    const std::uint32_t result = ReadBack(&junkData.text);
-    if (result != PARSER_OK)
-        return result;
+    if (ReadBack(&junkData.text) != PARSER_OK)
+        return failure;
     DeliverJunk();
     junk.BeginParse(&junkData);
     state = STATE_JUNK;
     return PARSER_OK;
+}
+
+// Limits and stops cost the loops over text and tags nothing: all of it is done where a piece ends. With a limit of the size a piece is
+// read by slices. One ends where the token under way has as many characters as allowed, so that a longer one never lies in a slice as a
+// whole; the next one, of a single character, tells whether it ends there. A stop ends the slice, and the piece.
+
+/// Without a limit the rest of the piece; with one, as much as the token under way may have.
+template <typename C, typename S>
+void Parser<C, S>::BeginSlice() {
+    context.length = pieceLength;
+    if (halted != PARSER_OK)
+        context.length = context.position;
+    else if (maxTokenLength != UINT64_MAX)
+        context.length =
+            context.position + std::min(pieceLength - context.position,
+                                        std::max<std::uint64_t>(1, maxTokenLength - std::min(maxTokenLength, GetLengthSoFar())));
+    conditionalTag.pieceGoesOn = context.length != pieceLength;
+}
+
+/// Characters between the end of the last token and the current place. After an exception the last token ends with the piece.
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::GetLengthSoFar() const {
+    const std::uint64_t begin = boundaries[lastEnd].offset;
+    return std::max(begin, fedBefore + context.position) - begin;
+}
+
+/// Whether the token that ends so many characters before the current place is longer than allowed.
+template <typename C, typename S>
+bool Parser<C, S>::IsTooLong(std::uint64_t charactersAhead) const {
+    const std::uint64_t length = GetLengthSoFar();
+    return length > charactersAhead && length - charactersAhead > maxTokenLength;
+}
+
+/// Whether the token under way is longer than allowed whatever follows. Characters that may turn out to be the opener of the next token do
+/// not count yet: every way of cutting the document must find the same token too long.
+template <typename C, typename S>
+bool Parser<C, S>::IsTooLongUnderWay() const {
+    if (!IsTooLong(0))
+        return false;
+    if (state == STATE_TEXT)
+        return IsTooLong(textData.state == 1 ? 1 : 0);
+    if (state == STATE_RAW_TEXT)
+        return IsTooLong(rawText.GetBegun());
+    if (state != STATE_CPP_COMMENT)
+        return true;
+    constexpr std::uint64_t LONGEST_SECTION_OPENER = 8;  // "<![CDATA"
+    const std::uint64_t opener = GetLengthSoFar() - 2 - cppCommentData.text.size();
+    return IsTooLong(opener <= LONGEST_SECTION_OPENER ? opener : 0);
+}
+
+template <typename C, typename S>
+void Parser<C, S>::ApplyLimits() {
+    maxTokenLength = maxTokenSize == 0 ? UINT64_MAX : maxTokenSize / sizeof(C);
+    std::uint64_t most = SIZE_MAX;
+    if (maxTokenSize != 0)
+        most = FEWEST_PARTS + maxTokenSize / BYTES_PER_PART;
+    entityTag.maxParts = static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX));
+    if (maxAttributes != 0)
+        most = maxAttributes;
+    startTag.maxParts = static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX));
+    endTag.maxParts = startTag.maxParts;
+    externTag.maxParts = startTag.maxParts;
+    BeginSlice();
+}
+
+/// The token under way is too long: the next call that feeds goes on at its first character.
+template <typename C, typename S>
+void Parser<C, S>::GoBackToToken() {
+    halted = PARSER_LIMIT_EXCEEDED;
+    if (state == STATE_JUNK)
+        junk.BeginParse(&junkData);
+    else if (state == STATE_RAW_TEXT)
+        rawText.Restart();
+    else
+        BackToText();
+    textData.text.clear();
+    const Boundary& begin = boundaries[lastEnd];
+    fedBefore = begin.offset;
+    pieceLength = 0;
+    context.position = 0;
+    context.length = 0;
+    context.line = begin.line;
+    context.column = begin.column;
+    buffersDue = 0;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::Stop() {
+    halted = PARSER_STOPPED;
+    BeginSlice();
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::IsStopped() const {
+    return halted == PARSER_STOPPED;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::IsHalted() const {
+    return halted != PARSER_OK;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::SetMaxTokenSize(std::uint64_t bytes) {
+    maxTokenSize = bytes;
+    ApplyLimits();
+}
+
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::GetMaxTokenSize() const {
+    return maxTokenSize;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::SetMaxAttributes(std::uint64_t count) {
+    maxAttributes = count;
+    ApplyLimits();
+}
+
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::GetMaxAttributes() const {
+    return maxAttributes;
 }
 
 template <typename C, typename S>
@@ -1003,14 +1199,18 @@ void Parser<C, S>::DeliverCComment() {
     Deliver(CCommentData<C, S>{&cCommentData.text});
 }
 
-/// An 8-bit observer of the 8-bit parser gets no line comments; hosts rely on it. A section that interrupts one has begun: "<!--", or "<!["
-/// and its word, have been read.
+/// Characters that have been read of the section that interrupts a line comment: "<!--", or "<![" and its word.
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::CountOpenerOfSection() const {
+    if (cppCommentData.nextParserName.empty())
+        return 0;
+    return cppCommentData.nextParserName == ParserNames::COMMENT_TAG ? 4 : 3 + cppCommentData.keyword.size();
+}
+
+/// An 8-bit observer of the 8-bit parser gets no line comments; hosts rely on it.
 template <typename C, typename S>
 void Parser<C, S>::DeliverCPPComment() {
-    if (cppCommentData.nextParserName.empty())
-        EndToken(0);
-    else
-        EndToken(cppCommentData.nextParserName == ParserNames::COMMENT_TAG ? 4 : 3 + cppCommentData.keyword.size());
+    EndToken(CountOpenerOfSection());
     CPPCommentData<C, S> record{&cppCommentData.text};
     if (IsSelfChecking())
         WriteToSelfCheck(&selfCheck, record);
@@ -1043,10 +1243,12 @@ void Parser<C, S>::DeliverJunk() {
 template <typename C, typename S>
 void Parser<C, S>::SettleScriptAndStyle(std::basic_string_view<C> name, bool starts) {
     if (EqualsKeyword(name, "script")) {
-        Notify([starts](auto* observer) { starts ? observer->OnJSTagStart() : observer->OnJSTagEnd(); });
+        if (halted == PARSER_OK)
+            Notify([starts](auto* observer) { starts ? observer->OnJSTagStart() : observer->OnJSTagEnd(); });
         inScript = starts;
     } else if (EqualsKeyword(name, "style")) {
-        Notify([starts](auto* observer) { starts ? observer->OnCSSTagStart() : observer->OnCSSTagEnd(); });
+        if (halted == PARSER_OK)
+            Notify([starts](auto* observer) { starts ? observer->OnCSSTagStart() : observer->OnCSSTagEnd(); });
         inStyle = starts;
     }
 }
@@ -1054,6 +1256,8 @@ void Parser<C, S>::SettleScriptAndStyle(std::basic_string_view<C> name, bool sta
 /// The same for a tag after which the content is text.
 template <typename C, typename S>
 void Parser<C, S>::NotifyOfRawText(RawTextElement element) {
+    if (halted != PARSER_OK)
+        return;
     if (element == RawTextElement::SCRIPT)
         Notify([](auto* observer) { observer->OnJSTagStart(); });
     else if (element == RawTextElement::STYLE)
@@ -1068,7 +1272,7 @@ bool Parser<C, S>::NeedsOtherCharset() {
     if (!discoverCharset || charsetFromMarkup || !EqualsKeyword(startTagData.name, "meta"))
         return false;
     const StringNS::CharSet::Code declared = FindDeclaredCharset(startTagData.attributes, &declaredName);
-    if (declared == StringNS::CharSet::UNKNOWN)
+    if (declared == StringNS::CharSet::UNKNOWN || halted != PARSER_OK)
         return false;
     const bool isTooLate = declared != charset && convertedForObserver;
     const bool isObserved = charObserver != nullptr || wcharObserver != nullptr;

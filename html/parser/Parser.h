@@ -81,12 +81,13 @@ public:
     /// @return 0
     std::uint32_t Start(std::uint64_t markLength, bool detectedCharset, std::uint64_t bytesDropped);
 
-    /// Runs the recognizers over one piece. @return 0 when it is used up, 705, or the code of a failure that has no recovery
+    /// Runs the recognizers over one piece. @return 0 when it is used up, 705, 710, 711, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
 
     /// The whole input has been given. Leaves the text state with no pending text, whatever it returns. In `OnEndParsing` the parser's name
     /// is still that of the recognizer that ran last.
-    /// @return 0, 704, or the code of a failure that has no recovery; `OnEndParsing` is called only with 0
+    /// @return 0, 704, 710, 711, or the code of a failure that has no recovery; `OnEndParsing` is called only with 0, and with 710 out of
+    /// it
     std::uint32_t End();
 
     /// Takes a byte-order mark into the self-check and tells the observer about it.
@@ -110,6 +111,18 @@ public:
     void SetSelfCheckMode(std::uint32_t mode);
     void SetScriptsAsText(bool asText);
     void SetDetectCharsetErrors(bool detect);
+
+    /// Ends the call that delivers, after the callback at work, with 710, as does every one that feeds until `Start`.
+    void Stop();
+    bool IsStopped() const;
+    /// A stop, or a token that went over, has ended the document, and nothing has been fed since.
+    bool IsHalted() const;
+    /// @param bytes  0 for no limit
+    void SetMaxTokenSize(std::uint64_t bytes);
+    std::uint64_t GetMaxTokenSize() const;
+    /// @param count  0 for no limit
+    void SetMaxAttributes(std::uint64_t count);
+    std::uint64_t GetMaxAttributes() const;
 
     /// The place of the token that is being delivered, or was delivered last.
     TokenPlace GetTokenPlace() const;
@@ -173,6 +186,7 @@ private:
     std::uint32_t ParseRawText();
     std::uint32_t ParseCutEndTag();
     std::uint32_t ReadTag();
+    bool ReadWholeStartTag();
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
     template <bool IS_WHOLE>
@@ -207,12 +221,20 @@ private:
     template <bool IS_WHOLE>
     void GoOnWithText();
     void FinishToken();
+
+    // Limits: the piece is read by slices, so that a token under way is judged before it has grown much.
+    void BeginSlice();
+    std::uint64_t GetLengthSoFar() const;
+    bool IsTooLong(std::uint64_t charactersAhead) const;
+    bool IsTooLongUnderWay() const;
+    void ApplyLimits();
+    void GoBackToToken();
     void LimitBuffers(bool isNewDocument);
     template <typename Visitor>
     void VisitBuffers(Visitor& visit);
 
     std::uint32_t EndOpenConstruct();
-    std::uint32_t Recover();
+    std::uint32_t Recover(std::uint32_t failure);
     bool CanReadBack() const;
     std::uint32_t ReadBack(std::string* bytes);
 
@@ -226,6 +248,7 @@ private:
     void DeliverEntityTag();
     void DeliverExternTag();
     void DeliverCComment();
+    std::uint64_t CountOpenerOfSection() const;
     void DeliverCPPComment();
     void DeliverJSRegEx();
     void DeliverSQuoteString();
@@ -329,6 +352,11 @@ private:
     bool backingStreamPositioned;  // the current piece can be read again
     bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
     std::uint64_t buffersDue;      // where `LimitBuffers` is called next: characters into the piece
+    std::uint64_t pieceLength;     // in characters; the context ends earlier when the piece is read by slices
+    std::uint64_t maxTokenSize;    // as set, in bytes
+    std::uint64_t maxAttributes;   // as set
+    std::uint64_t maxTokenLength;  // in characters; UINT64_MAX for no limit
+    std::uint32_t halted;          // 710 or 711, once it has ended the document
 
     RecordConverter<C, S> converter;
     Uninherited<std::unique_ptr<Base::DefaultBufferAllocPolicy>> readBackBuffer;  // made at the first recovery

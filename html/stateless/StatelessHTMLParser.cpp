@@ -57,6 +57,12 @@ enum StyleState : std::uint32_t { STYLE_RULES = 0, STYLE_LESS_THAN = 1 };
 
 constexpr std::uint32_t MARKUP_CHOOSES_CHARSET = 1;  // a bit of the flags
 
+// With a limit of the size of a token a parser takes no more than 16 times that limit, beside its buffer for streams.
+constexpr std::uint64_t MOST_KEPT_WITH_LIMIT = 8192;  // bytes, beside the size of a token
+constexpr std::size_t SLACK_WITH_LIMIT = 4096;        // bytes
+constexpr std::uint64_t BYTES_PER_PART = 64;          // of the limit, for each attribute of a tag or item of a declaration,
+constexpr std::uint64_t FEWEST_PARTS = 32;            // beside so many
+
 constexpr std::string_view SCRIPT_END = "</script>";
 constexpr std::string_view STYLE_END = "/style>";  // the "<" in front is no longer there to compare
 
@@ -194,9 +200,14 @@ std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset
     text.clear();
     LimitBuffers(true);
     afterNewline = false;
+    stopped = false;
+    wentOver = false;
+    pieceLeft = false;
+    pieceOffset = 0;
+    BeginToken();
     GetDelegate().Call(ID_START_PARSING);
     started = true;
-    return STATELESS_OK;
+    return stopped ? STATELESS_STOPPED : STATELESS_OK;
 }
 
 std::uint32_t StatelessHTMLParser::EndParse() {
@@ -205,7 +216,9 @@ std::uint32_t StatelessHTMLParser::EndParse() {
     const Busy guard(this);
     if (!started)
         return STATELESS_OK;
-    GetDelegate().Call(ID_STOP_PARSING);
+    const bool isOver = stopped || wentOver;
+    if (!isOver)
+        GetDelegate().Call(ID_STOP_PARSING);
     line = 1;
     charset = StringNS::CharSet::UNKNOWN;
     cursor = nullptr;
@@ -213,7 +226,38 @@ std::uint32_t StatelessHTMLParser::EndParse() {
     length = 0;
     started = false;
     column = 1;
+    return stopped && !isOver ? STATELESS_STOPPED : STATELESS_OK;
+}
+
+std::uint32_t StatelessHTMLParser::Stop() {
+    if (!busy.Get())
+        return STATELESS_INVALID_ARGUMENT;
+    stopped = true;
     return STATELESS_OK;
+}
+
+std::uint32_t StatelessHTMLParser::SetMaxTokenSize(std::uint64_t bytes) {
+    maxTokenSize = bytes;
+    ApplyLimits();
+    return STATELESS_OK;
+}
+
+std::uint64_t StatelessHTMLParser::GetMaxTokenSize() const {
+    return maxTokenSize;
+}
+
+std::uint32_t StatelessHTMLParser::SetMaxAttributes(std::uint64_t count) {
+    maxAttributes = count;
+    ApplyLimits();
+    return STATELESS_OK;
+}
+
+std::uint64_t StatelessHTMLParser::GetMaxAttributes() const {
+    return maxAttributes;
+}
+
+std::uint64_t StatelessHTMLParser::GetTokenEnd() const {
+    return tokenOffset;
 }
 
 std::uint32_t StatelessHTMLParser::ParseBuffer(const void* data, std::size_t size) {
@@ -239,6 +283,8 @@ std::uint32_t StatelessHTMLParser::ParseFile(const WideChar* path) {
 }
 
 std::uint32_t StatelessHTMLParser::FeedStream(VFS::InputStream* stream) {
+    if (started && stopped)
+        return STATELESS_STOPPED;
     Base::DefaultBufferAllocPolicy buffer;
     buffer.Initialize();
     std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, BUFFER_SIZE);
@@ -318,6 +364,27 @@ void StatelessHTMLParser::ConsumeContent() {
     Consume();
 }
 
+void StatelessHTMLParser::ConsumeContentRun(std::size_t count) {
+    std::uint64_t newColumn = column;
+    bool isAfterNewline = afterNewline;
+    for (const unsigned char* const end = cursor + count; cursor != end; ++cursor) {
+        if (!Is(*cursor, LINE_END)) {
+            newColumn += 2;
+            isAfterNewline = false;
+        } else if (isAfterNewline) {
+            ++newColumn;
+            isAfterNewline = false;
+        } else {
+            ++line;
+            newColumn = 2;
+            isAfterNewline = true;
+        }
+    }
+    position += count;
+    column = newColumn;
+    afterNewline = isAfterNewline;
+}
+
 /// False when the piece is used up.
 bool StatelessHTMLParser::SkipWhiteSpace() {
     while (!AtEnd() && Is(Next(), WHITE_SPACE)) {
@@ -338,14 +405,73 @@ std::uint32_t StatelessHTMLParser::ParsePiece(const void* data, std::size_t size
         return STATELESS_NOT_STARTED;
     if (data == nullptr && size > 0)
         return STATELESS_INVALID_ARGUMENT;
+    if (stopped && size > 0)
+        return STATELESS_STOPPED;
     buffersDue -= std::min(buffersDue, length);
+    pieceOffset += length;
+    wentOver = wentOver && size == 0;
     cursor = static_cast<const unsigned char*>(data);
     position = 0;
     length = size;
-    const std::uint32_t result = RunMachine();
+    if (pieceLeft)
+        BeginToken();
+    pieceLeft = true;
+    std::uint32_t result = RunMachine();
+    pieceLeft = false;
+    if (result != STATELESS_STOPPED && GoesOver(0))
+        result = STATELESS_LIMIT_EXCEEDED;
     if (position > 0)
         lastByte = cursor[-1];
+    if (result == STATELESS_LIMIT_EXCEEDED)
+        GoBackToToken();
     return result;
+}
+
+// Limits
+
+/// Whether the token under way is longer than allowed with so many more bytes.
+bool StatelessHTMLParser::GoesOver(std::size_t count) const {
+    return pieceOffset + position + count - tokenOffset > maxBytes;
+}
+
+void StatelessHTMLParser::ApplyLimits() {
+    maxBytes = maxTokenSize == 0 ? UINT64_MAX : maxTokenSize;
+    const std::uint64_t most = maxTokenSize == 0 ? UINT64_MAX : FEWEST_PARTS + maxTokenSize / BYTES_PER_PART;
+    maxItems = static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX));
+    maxListed = maxAttributes == 0 ? maxItems : static_cast<std::size_t>(std::min<std::uint64_t>(maxAttributes, SIZE_MAX));
+}
+
+/// The next byte is the first one of a token.
+void StatelessHTMLParser::BeginToken() {
+    tokenOffset = pieceOffset + position;
+    tokenLine = line;
+    tokenColumn = column;
+    tokenAfterNewline = afterNewline;
+}
+
+/// The token under way went over: the next call that feeds goes on at its first byte.
+void StatelessHTMLParser::GoBackToToken() {
+    wentOver = true;
+    state = TEXT;
+    text.clear();
+    pieceOffset = tokenOffset;
+    cursor = nullptr;
+    position = 0;
+    length = 0;
+    buffersDue = 0;
+    line = tokenLine;
+    column = tokenColumn;
+    afterNewline = tokenAfterNewline;
+}
+
+/// A construct is complete: causes its events, unless it went over.
+template <typename Event>
+std::uint32_t StatelessHTMLParser::FinishToken(Event raiseEvent) {
+    if (GoesOver(0))
+        return STATELESS_LIMIT_EXCEEDED;
+    BeginToken();
+    raiseEvent();
+    return stopped ? STATELESS_STOPPED : STATELESS_OK;
 }
 
 // The main machine
@@ -363,7 +489,7 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
             LimitBuffers(false);
         switch (static_cast<State>(state)) {
             case TEXT:
-                ParseText();
+                result = ParseText();
                 break;
             case AFTER_LESS_THAN:
                 result = ParseAfterLessThan();
@@ -371,7 +497,7 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
             case EXTERN_TAG:
                 result = ParseExternTag();
                 if (result == STATELESS_OK)
-                    RaiseExternTag();
+                    result = FinishToken([this] { RaiseExternTag(); });
                 break;
             case AFTER_EXCLAMATION_MARK:
                 result = ParseAfterExclamationMark();
@@ -383,33 +509,33 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
                 result = ParseCommentTag();
                 if (result == STATELESS_OK) {
                     state = TEXT;
-                    RaiseString(ID_COMMENT, &identifier);
+                    result = FinishToken([this] { RaiseString(ID_COMMENT, &identifier); });
                 }
                 break;
             case END_TAG:
                 result = ParseEndTag();
                 if (result == STATELESS_OK)
-                    RaiseEndTag();
+                    result = FinishToken([this] { RaiseEndTag(); });
                 break;
             case START_TAG:
                 result = ParseStartTag();
                 if (result == STATELESS_OK)
-                    FinishStartTag();
+                    result = FinishStartTag();
                 break;
             case ENTITY_TAG:
                 result = ParseEntityTag();
                 if (result == STATELESS_OK)
-                    RaiseEntityTag();
+                    result = FinishToken([this] { RaiseEntityTag(); });
                 break;
             case SCRIPT:
                 result = ParseScriptTag();
                 if (result == STATELESS_OK)
-                    RaiseBody(ID_SCRIPT);
+                    result = FinishToken([this] { RaiseBody(ID_SCRIPT); });
                 break;
             case STYLE:
                 result = ParseStyleTag();
                 if (result == STATELESS_OK)
-                    RaiseBody(ID_STYLE);
+                    result = FinishToken([this] { RaiseBody(ID_STYLE); });
                 break;
         }
     }
@@ -420,32 +546,45 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
 void StatelessHTMLParser::LimitBuffers(bool isNewDocument) {
     if (state != TEXT)
         return;
-    buffersDue = position + Kestra::LimitBuffers(isNewDocument, [this](auto& visit) {
-                     for (std::string* const string : {&identifier, &value, &tagName})
-                         visit(*string);
-                     if (text.empty())
-                         visit(text);
-                     visit(attributes);
-                     visit(tokens);
-                     visit(wideName);
-                     visit(wideText);
-                     visit(wideAttributes);
-                     visit(wideTokens);
-                 });
+    const auto visitBuffers = [this](auto& visit) {
+        for (std::string* const string : {&identifier, &value, &tagName})
+            visit(*string);
+        if (text.empty())
+            visit(text);
+        visit(attributes);
+        visit(tokens);
+        visit(wideName);
+        visit(wideText);
+        visit(wideAttributes);
+        visit(wideTokens);
+    };
+    KeptBytes kept;
+    if (maxTokenSize != 0) {
+        const std::uint64_t most = MOST_KEPT_WITH_LIMIT + std::min<std::uint64_t>(kept.most, maxTokenSize);
+        kept.most = static_cast<std::size_t>(std::min<std::uint64_t>(kept.most, most));
+        kept.slack = SLACK_WITH_LIMIT;
+    }
+    buffersDue = position + Kestra::LimitBuffers(isNewDocument, visitBuffers, kept);
 }
 
 /// State 0: the text up to "<", or that "<".
-void StatelessHTMLParser::ParseText() {
+std::uint32_t StatelessHTMLParser::ParseText() {
     const std::size_t count = RunUntilByte(cursor, length - position, '<');
+    if (GoesOver(count))
+        return STATELESS_LIMIT_EXCEEDED;
     text.append(Characters(cursor), count);
-    for (std::size_t i = 0; i < count; ++i)
-        ConsumeContent();
+    ConsumeContentRun(count);
     if (AtEnd())
-        return;
-    if (!text.empty())
+        return STATELESS_OK;
+    if (!text.empty()) {
+        BeginToken();
         RaiseString(ID_TEXT, &text);
+        if (stopped)
+            return STATELESS_STOPPED;
+    }
     Consume();
     state = AFTER_LESS_THAN;
+    return STATELESS_OK;
 }
 
 /// State 1.
@@ -501,7 +640,7 @@ std::uint32_t StatelessHTMLParser::ParseAfterHyphen() {
 }
 
 /// A script or a style sheet is reported as one, behind its end tag; a "/" in front of the ">" changes nothing about it.
-void StatelessHTMLParser::FinishStartTag() {
+std::uint32_t StatelessHTMLParser::FinishStartTag() {
     if (EqualsKeyword(tagName, "script")) {
         InitScriptTagParser();
         state = SCRIPT;
@@ -509,8 +648,9 @@ void StatelessHTMLParser::FinishStartTag() {
         InitStyleTagParser();
         state = STYLE;
     } else {
-        RaiseStartTag();
+        return FinishToken([this] { RaiseStartTag(); });
     }
+    return STATELESS_OK;
 }
 
 // Names, values and lists
@@ -530,6 +670,8 @@ std::uint32_t StatelessHTMLParser::ParseIdentifier() {
     std::size_t count = 0;
     while (count < length - position && Is(cursor[count], NAME))
         ++count;
+    if (GoesOver(count))
+        return STATELESS_LIMIT_EXCEEDED;
     identifier.append(Characters(cursor), count);
     ConsumeRun(count);
     return AtEnd() ? STATELESS_NEED_MORE_DATA : STATELESS_OK;
@@ -559,6 +701,8 @@ std::uint32_t StatelessHTMLParser::ParseValue() {
     if (valueState != VALUE_UNQUOTED)
         return ReadQuoted(valueState == VALUE_SINGLE_QUOTED ? '\'' : '"');
     const std::size_t count = RunUntil(cursor, length - position, VALUE_STOP);
+    if (GoesOver(count))
+        return STATELESS_LIMIT_EXCEEDED;
     value.append(Characters(cursor), count);
     ConsumeRun(count);
     return AtEnd() ? STATELESS_NEED_MORE_DATA : STATELESS_OK;
@@ -568,6 +712,8 @@ std::uint32_t StatelessHTMLParser::ReadQuoted(char quote) {
     if (AtEnd())
         return STATELESS_NEED_MORE_DATA;
     const std::size_t count = RunUntilByte(cursor, length - position, quote);
+    if (GoesOver(count))
+        return STATELESS_LIMIT_EXCEEDED;
     value.append(Characters(cursor), count);
     ConsumeRun(count);
     if (!AtEnd())
@@ -589,6 +735,8 @@ std::uint32_t StatelessHTMLParser::ParseAttr() {
         const std::uint32_t result = ParseIdentifier();
         if (result == STATELESS_NAME_EXPECTED && Is(Next(), TAG_STOP))
             return STATELESS_OK;
+        if (result == STATELESS_LIMIT_EXCEEDED)
+            return result;
         if (result != STATELESS_OK)
             return SkipBadAttribute();
         attributeState = ATTRIBUTE_EQUALS;
@@ -626,6 +774,8 @@ std::uint32_t StatelessHTMLParser::ParseAttrs() {
         const std::uint32_t result = ParseAttr();
         if (result != STATELESS_OK || identifier.empty())
             return result;
+        if (attributes.size() >= maxListed)
+            return STATELESS_LIMIT_EXCEEDED;
         std::pair<std::string, std::string>& attribute = attributes.AppendRecycled();
         attribute.first.swap(identifier);
         attribute.second.swap(value);
@@ -649,6 +799,8 @@ std::uint32_t StatelessHTMLParser::ParseTokens() {
         const std::uint32_t result = ParseValue();
         if (result != STATELESS_OK)
             return result;
+        if (tokens.size() >= maxItems)
+            return STATELESS_LIMIT_EXCEEDED;
         tokens.AppendRecycled().swap(value);
         InitValueParser();
         if (!SkipWhiteSpace())
@@ -826,6 +978,8 @@ std::uint32_t StatelessHTMLParser::ParseCommentTag() {
         switch (static_cast<CommentState>(commentState)) {
             case COMMENT_BODY: {
                 const std::size_t count = RunUntilByte(cursor, length - position, '-');
+                if (GoesOver(count))
+                    return STATELESS_LIMIT_EXCEEDED;
                 identifier.append(Characters(cursor), count);
                 ConsumeRun(count);
                 if (!AtEnd()) {
@@ -874,9 +1028,10 @@ void StatelessHTMLParser::InitScriptTagParser() {
 std::uint32_t StatelessHTMLParser::ParseScriptTag() {
     while (!AtEnd()) {
         const unsigned char next = Next();
+        std::uint32_t result = STATELESS_OK;
         switch (static_cast<ScriptState>(scriptState)) {
             case SCRIPT_CODE:
-                ParseScriptCode();
+                result = ParseScriptCode();
                 break;
             case SCRIPT_BLOCK_COMMENT:
                 if (next == '/' && scriptPrevious == '*')
@@ -892,30 +1047,28 @@ std::uint32_t StatelessHTMLParser::ParseScriptTag() {
                 break;
             case SCRIPT_SINGLE_QUOTED:
             case SCRIPT_DOUBLE_QUOTED:
-                text += static_cast<char>(next);
-                if (next == (scriptState == SCRIPT_SINGLE_QUOTED ? '\'' : '"') && scriptPrevious != '\\')
-                    scriptState = SCRIPT_CODE;
-                else
-                    scriptPrevious = next;
-                Consume();
+                result = ParseScriptString();
                 break;
             case SCRIPT_LESS_THAN:
                 if (ParseScriptEnd())
                     return STATELESS_OK;
                 break;
         }
+        if (result != STATELESS_OK)
+            return result;
     }
     return STATELESS_NEED_MORE_DATA;
 }
 
 /// State 0: a run of code, or a byte that may end it.
-void StatelessHTMLParser::ParseScriptCode() {
+std::uint32_t StatelessHTMLParser::ParseScriptCode() {
     const std::size_t count = RunUntil(cursor, length - position, SCRIPT_STOP);
+    if (GoesOver(count))
+        return STATELESS_LIMIT_EXCEEDED;
     text.append(Characters(cursor), count);
-    for (std::size_t i = 0; i < count; ++i)
-        ConsumeContent();
+    ConsumeContentRun(count);
     if (AtEnd())
-        return;
+        return STATELESS_OK;
     const unsigned char next = Next();
     const bool isBehindSlash = !text.empty() && text.back() == '/';
     if (next == '<') {
@@ -936,6 +1089,28 @@ void StatelessHTMLParser::ParseScriptCode() {
         text += static_cast<char>(next);
         ConsumeContent();
     }
+    return STATELESS_OK;
+}
+
+/// States 4 and 5: what stands in front of a quote, and that quote.
+std::uint32_t StatelessHTMLParser::ParseScriptString() {
+    const char quote = scriptState == SCRIPT_SINGLE_QUOTED ? '\'' : '"';
+    const std::size_t count = RunUntilByte(cursor, length - position, quote);
+    if (GoesOver(count))
+        return STATELESS_LIMIT_EXCEEDED;
+    text.append(Characters(cursor), count);
+    if (count > 0)
+        scriptPrevious = cursor[count - 1];
+    ConsumeRun(count);
+    if (AtEnd())
+        return STATELESS_OK;
+    text += quote;
+    if (scriptPrevious != '\\')
+        scriptState = SCRIPT_CODE;
+    else
+        scriptPrevious = static_cast<unsigned char>(quote);
+    Consume();
+    return STATELESS_OK;
 }
 
 /// State 6. True when the end tag is complete. A "<" right behind another one begins no end tag; hosts rely on it.
@@ -962,9 +1137,10 @@ std::uint32_t StatelessHTMLParser::ParseStyleTag() {
         switch (static_cast<StyleState>(styleState)) {
             case STYLE_RULES: {
                 const std::size_t count = RunUntilByte(cursor, length - position, '<');
+                if (GoesOver(count))
+                    return STATELESS_LIMIT_EXCEEDED;
                 text.append(Characters(cursor), count);
-                for (std::size_t i = 0; i < count; ++i)
-                    ConsumeContent();
+                ConsumeContentRun(count);
                 if (!AtEnd()) {
                     styleEnd.clear();
                     Consume();
@@ -1085,7 +1261,7 @@ void StatelessHTMLParser::RaiseStartTag() {
         ConvertAttrs(&wideAttributes);
         Raise(ID_START_TAG, wideName.c_str(), &wideAttributes);
     }
-    if (selfClosing)
+    if (selfClosing && !stopped)
         RaiseEndTag();
 }
 

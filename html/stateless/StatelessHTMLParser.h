@@ -53,6 +53,21 @@ struct StatelessHTMLParserData {
 
     unsigned char lastByte = 0;    ///< the last one consumed in an earlier piece of the document, 0 for none
     std::uint64_t buffersDue = 0;  ///< where the buffers are looked at next: bytes into the piece
+
+    std::uint64_t maxTokenSize = 0;
+    std::uint64_t maxAttributes = 0;
+    std::uint64_t maxBytes = UINT64_MAX;  ///< of a token, from `maxTokenSize`
+    std::size_t maxListed = SIZE_MAX;     ///< attributes, from both
+    std::size_t maxItems = SIZE_MAX;      ///< of a declaration, from `maxTokenSize`
+    bool stopped = false;
+    bool wentOver = false;
+    bool pieceLeft = false;         ///< a callback threw: the rest of the piece was not read
+    std::uint64_t pieceOffset = 0;  ///< bytes of the document before the piece
+    std::uint64_t tokenOffset = 0;  ///< bytes of the document before the token under way, and what stands there
+    std::uint64_t tokenLine = 1;
+    std::uint64_t tokenColumn = 1;
+    bool tokenAfterNewline = false;
+
     // Kept for their buffers.
     WideString wideName;
     WideString wideText;
@@ -73,6 +88,8 @@ struct StatelessHTMLParserData {
 ///
 /// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the parser stands at the byte that does not
 /// fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` tell where.
+/// **Stop and limits**: a callback ends the document with `Stop`; `SetMaxTokenSize` and `SetMaxAttributes` limit what a token may take.
+/// Both are off from the start. A limit for a whole document is the host's: it counts what it feeds.
 /// **Callbacks** run inside the call that fed the input. Text is reported when the parser stands in front of the "<" behind it, everything
 /// else when it stands behind the last byte of the construct. A callback must neither assign to the parser nor destroy it; a call that
 /// feeds, starts or ends gets 2 and changes nothing. What a callback throws passes through: the rest of the piece is lost, and the next
@@ -103,27 +120,56 @@ public:
     ~StatelessHTMLParser() override;
 
     /// Begins a document, also when another one is under way. @param charset  0: the ANSI code page, until the markup chooses another one;
-    /// 1200: each two bytes are a unit of UTF-16, an odd last one becomes U+FFFD. @return 0; 2 out of a callback
+    /// 1200: each two bytes are a unit of UTF-16, an odd last one becomes U+FFFD. @return 0; 2 out of a callback; 710 stopped
     std::uint32_t StartParse(StringNS::CharSet::Code charset);
 
     /// Parses the next piece, of any size. @param data  borrowed for the call. @param size  in bytes
     /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2 for null data with a size and out
-    /// of a callback; 701 to 703
+    /// of a callback; 701 to 703; 710 stopped; 711 a token went over a limit
     std::uint32_t ParseBuffer(const void* data, std::size_t size);
 
     /// Parses a stream from where it stands to its end, in reads of BUFFER_SIZE bytes. Neither starts nor ends the document. It goes on
     /// reading for as long as the stream answers 0, also without a byte.
     /// @param release  deletes the stream, whatever the result; a call out of a callback leaves it to the caller
-    /// @return 0, also when the stream ends inside a construct; 2 for null and out of a callback; 10 before `StartParse`; 701 to 703; the
-    ///         code of the stream or of the buffer; 512 for a stream that claims more bytes than it was asked for
+    /// @return 0, also when the stream ends inside a construct; 2 for null and out of a callback; 10 before `StartParse`; 701 to 703, 710,
+    ///         711; the code of the stream or of the buffer; 512 for a stream that claims more bytes than it was asked for
     std::uint32_t ParseStream(VFS::InputStream* stream, bool release);
 
     /// Parses a file as `ParseStream` does. @return the same; 506 when it cannot be opened, or for a null path
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document. Text behind the last tag, and a construct that is not complete, cause no event. Without a document it
-    /// does nothing. @return 0; 2 out of a callback
+    /// does nothing, and after 710 and 711 it causes no event. @return 0; 2 out of a callback; 710 when `OnStopParsing` stopped
     std::uint32_t EndParse();
+
+    /// Ends the document out of a callback. The call that feeds, starts or ends answers 710 when the event has reached all observers, and
+    /// no other event follows, not even the `OnEndTag` of a short tag; an exception out of the same callback passes, and the document is
+    /// over all the same. `EndParse` then answers 0 without an event. Until the next `StartParse` bytes are not read: the call answers 710.
+    /// A copy of a stopped parser is stopped. @return 0; 2 when no callback is at work, and nothing changes
+    std::uint32_t Stop();
+
+    /// Limits what one token may take. A token is a text, or what lies between a "<" and the end of the construct, white space and all; a
+    /// script or a style sheet is one token with its tags. One of more bytes ends the call with 711. All events before it have been caused,
+    /// `GetTokenEnd` is the offset of its first byte, and line and column are those of that byte. `EndParse` then answers 0 without an
+    /// event. Or the host goes on: the next byte that it feeds has that offset, and is read as the first one of a token.
+    ///
+    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB, its buffer, and 16 times the limit, when that is
+    /// at least 4 KiB. For this a limit bounds the attributes of a tag and the items of a declaration as well: 32 of them and one more for
+    /// every 64 bytes of the limit. `SetMaxAttributes` sets another number for attributes.
+    /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives `StartParse`, and is a copy's too
+    /// @return 0
+    std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
+    std::uint64_t GetMaxTokenSize() const;
+
+    /// Limits the attributes of a tag or an instruction. One more ends the call with 711, as for `SetMaxTokenSize`.
+    /// @param count  0, the default, for no limit. Takes effect with the next attribute, survives `StartParse`, and is a copy's too
+    /// @return 0
+    std::uint32_t SetMaxAttributes(std::uint64_t count);
+    std::uint64_t GetMaxAttributes() const;
+
+    /// Where the token ended that was read last, in bytes from the first one fed after `StartParse`. In a callback that is the token of the
+    /// event.
+    std::uint64_t GetTokenEnd() const;
 
     /// Bit 0: the markup may replace a charset that was given or found before. @return 0
     std::uint32_t SetFlags(unsigned long newFlags);
@@ -147,9 +193,18 @@ private:
     void Consume();
     void CountContent(unsigned char byte);
     void ConsumeContent();
+    void ConsumeContentRun(std::size_t count);
     void ConsumeRun(std::size_t count);
     bool SkipWhiteSpace();
     bool IsBehind(char byte) const;
+
+    // Limits.
+    bool GoesOver(std::size_t count) const;
+    void ApplyLimits();
+    void BeginToken();
+    void GoBackToToken();
+    template <typename Event>
+    std::uint32_t FinishToken(Event raiseEvent);
 
     std::uint32_t ParsePiece(const void* data, std::size_t size);
     std::uint32_t FeedStream(VFS::InputStream* stream);
@@ -157,11 +212,11 @@ private:
     // The main machine: one step in each state.
     std::uint32_t RunMachine();
     void LimitBuffers(bool isNewDocument);
-    void ParseText();
+    std::uint32_t ParseText();
     std::uint32_t ParseAfterLessThan();
     std::uint32_t ParseAfterExclamationMark();
     std::uint32_t ParseAfterHyphen();
-    void FinishStartTag();
+    std::uint32_t FinishStartTag();
 
     // The parsers of the constructs and of their parts. 0: complete; 16: the piece is used up; 701 to 703: malformed.
     void InitIdentifierParser();
@@ -186,7 +241,8 @@ private:
     std::uint32_t ParseCommentTag();
     void InitScriptTagParser();
     std::uint32_t ParseScriptTag();
-    void ParseScriptCode();
+    std::uint32_t ParseScriptCode();
+    std::uint32_t ParseScriptString();
     bool ParseScriptEnd();
     void InitStyleTagParser();
     std::uint32_t ParseStyleTag();

@@ -16,6 +16,8 @@ enum StatelessResult : std::uint32_t {
     STATELESS_NAME_EXPECTED = 701,      ///< a name must begin with a letter or "_"
     STATELESS_TAG_END_EXPECTED = 702,   ///< something else stands where a tag, a declaration or an instruction must end
     STATELESS_UNKNOWN_CONSTRUCT = 703,  ///< nothing begins with this character behind "<", "<!" or "<!-"
+    STATELESS_STOPPED = 710,            ///< a callback has called `Stop`
+    STATELESS_LIMIT_EXCEEDED = 711,     ///< a token is longer, or has more attributes, than the host allows
 };
 
 }  // namespace Kestra::HTML

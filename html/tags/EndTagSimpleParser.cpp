@@ -64,6 +64,8 @@ std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context
                 continue;
             case END_TAG_ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
+                if (data->attributes.size() > maxParts)
+                    return PARSER_LIMIT_EXCEEDED;
                 if (result != SP_NEED_MORE_DATA || data->state == END_TAG_DECIDE)
                     return result;
                 continue;

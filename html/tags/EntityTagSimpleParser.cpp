@@ -82,7 +82,7 @@ std::uint32_t EntityTagSimpleParser<C, S>::ParseItem(SimpleParserContext<C, S>* 
         TakeText(&tokenData.value, &item.value);
         item.quote = tokenData.quote;
         RestartToken(*data);
-        return SP_NEED_MORE_DATA;
+        return data->tokens.size() > maxParts ? std::uint32_t{PARSER_LIMIT_EXCEEDED} : std::uint32_t{SP_NEED_MORE_DATA};
     }
     if (Scan::Next(*context) != '>')
         return SP_MALFORMED;

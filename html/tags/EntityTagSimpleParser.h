@@ -10,6 +10,9 @@
 
 namespace Kestra::HTML {
 
+template <typename C, typename S>
+class Parser;
+
 /// State of one declaration between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
@@ -34,13 +37,15 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for a "<" where an item or the ">"
-    ///         may stand; a code of a quoted string, unchanged.
+    ///         may stand; a code of a quoted string, unchanged; 711 for more items than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class Parser;
     template <typename, typename>
     friend class RecognizerBuffers;
 
@@ -53,6 +58,7 @@ private:
     WhiteSpaceSimpleParserData<C, S> whiteSpaceData;
     TokenSimpleParser<C, S> token;
     TokenSimpleParserData<C, S> tokenData;
+    std::size_t maxParts = SIZE_MAX;  // items that are not too many
 };
 
 }  // namespace Kestra::HTML

@@ -73,6 +73,8 @@ std::uint32_t ExternTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
                 continue;
             case ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
+                if (data->attributes.size() > maxParts)
+                    return PARSER_LIMIT_EXCEEDED;
                 if (result != SP_NEED_MORE_DATA)
                     return result;
                 continue;

@@ -11,6 +11,9 @@
 
 namespace Kestra::HTML {
 
+template <typename C, typename S>
+class Parser;
+
 /// State of one processing instruction between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
@@ -40,13 +43,16 @@ public:
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up. In an XML declaration SP_MALFORMED for anything
     ///         but "?" behind the attributes, anything but ">" behind the closing "?" or "/", an unquoted value that is only "?" before
-    ///         ">", and white space behind a name without a value that ends in "?". A code of a member, unchanged.
+    ///         ">", and white space behind a name without a value that ends in "?". A code of a member, unchanged. 711 for more attributes
+    ///         than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class Parser;
     template <typename, typename>
     friend class RecognizerBuffers;
 
@@ -62,6 +68,7 @@ private:
     AttributeSimpleParserData<C, S> attributeData;
     ExternTagFreeStyleSimpleParser<C, S> freeStyle;
     ExternTagFreeStyleSimpleParserData<C, S> freeStyleData;
+    std::size_t maxParts = SIZE_MAX;  // attributes that are not too many
 };
 
 }  // namespace Kestra::HTML

@@ -53,6 +53,8 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
                 continue;
             case START_TAG_ATTRIBUTES: {
                 const std::uint32_t result = ParseAttributes(context, data);
+                if (data->attributes.size() > maxParts)
+                    return PARSER_LIMIT_EXCEEDED;
                 if (result != SP_NEED_MORE_DATA)
                     return result;
                 continue;
@@ -108,7 +110,7 @@ template <typename C, typename S>
 void StartTagSimpleParser<C, S>::TakeWholeAttributes(SimpleParserContext<C, S>* context, Data* data) {
     constexpr std::size_t LONG_LIST = 8;
     if (data->attributes.size() >= LONG_LIST && !data->iso2022)
-        WholeAttributes<C, S>(context).Take(&attributeData, &data->attributes);
+        WholeAttributes<C, S>(context).Take(&attributeData, maxParts, &data->attributes);
 }
 
 /// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the next tag.

@@ -10,6 +10,9 @@
 
 namespace Kestra::HTML {
 
+template <typename C, typename S>
+class Parser;
+
 /// The values of `StartTagSimpleParserData::state`.
 enum StartTagState : std::uint32_t {
     START_TAG_PREFIX = 0,
@@ -47,13 +50,16 @@ public:
 
     /// @return SP_TOKEN_COMPLETE after ">", or after a "<" behind the attributes, with the attributes normalized; SP_NEED_MORE_DATA when
     ///         the piece is used up; SP_NOT_THIS_TOKEN when the name is "<"; SP_MALFORMED for a lone "/" as an unquoted value before ">",
-    ///         a "/" behind white space and before more of it, and anything but ">" behind "/"; a code of a member, unchanged.
+    ///         a "/" behind white space and before more of it, and anything but ">" behind "/"; a code of a member, unchanged; 711 for more
+    ///         attributes than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
 private:
+    template <typename, typename>
+    friend class Parser;
     template <typename, typename>
     friend class RecognizerBuffers;
 
@@ -67,6 +73,7 @@ private:
     WhiteSpaceSimpleParserData<C, S> whiteSpaceData;
     AttributeSimpleParser<C, S> attribute;
     AttributeSimpleParserData<C, S> attributeData;
+    std::size_t maxParts = SIZE_MAX;  // attributes that are not too many
 };
 
 }  // namespace Kestra::HTML

@@ -24,11 +24,12 @@ public:
 
     /// Reads attributes as far as they lie in the piece, up to the end of the list or to one that ends in a "/", for an attribute
     /// recognizer that has just been restarted. It goes on behind them, as if it had read them.
-    void Take(AttributeSimpleParserData<C, S>* restarted, Vector<Attribute<C, S>>* attributes) {
+    /// @param most  attributes that are not too many: reading ends after the first one more
+    void Take(AttributeSimpleParserData<C, S>* restarted, std::size_t most, Vector<Attribute<C, S>>* attributes) {
         // In front of the first attribute there may be white space that has been read already.
         const bool startsAtName = restarted->state != 0;
         Run before = startsAtName ? Run{restarted->prefix.data(), restarted->prefix.data() + restarted->prefix.size()} : TakeWhiteSpace();
-        for (;;) {
+        while (attributes->size() <= most) {
             const Run attributeName = TakeUntil<ATTRIBUTE_NAME_STOPS>();
             const Run behind = TakeWhiteSpace();
             if (AtEnd())

@@ -43,9 +43,13 @@ std::uint32_t ConditionalTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>*
                 continue;
             case TAIL: {
                 const std::basic_string_view<C> run = Scan::RunUntil<Scan::GREATER_THAN>(*context);
+                if (Scan::AtEnd(*context) && !pieceGoesOn) {
+                    data->tail.clear();
+                    continue;
+                }
+                data->tail.append(run);
                 if (Scan::AtEnd(*context))
                     continue;
-                data->tail.append(run);
                 Scan::Advance(*context);
                 return SP_TOKEN_COMPLETE;
             }

@@ -5,6 +5,9 @@
 
 namespace Kestra::HTML {
 
+template <typename C, typename S>
+class Parser;
+
 /// State of one conditional section marker between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ConditionalTagSimpleParserData : SimpleParserData<C, S> {
@@ -32,6 +35,12 @@ public:
 
     /// Leaves the marker open. @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
+
+private:
+    template <typename, typename>
+    friend class Parser;
+
+    bool pieceGoesOn = false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
 };
 
 }  // namespace Kestra::HTML

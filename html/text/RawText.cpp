@@ -62,9 +62,14 @@ RawTextElement RawText<C, S>::FindElement(std::basic_string_view<C> name) {
 template <typename C, typename S>
 void RawText<C, S>::Begin(RawTextElement contentOf, bool hasEscapes) {
     element = contentOf;
+    iso2022 = hasEscapes && std::is_same_v<C, char>;
+    Restart();
+}
+
+template <typename C, typename S>
+void RawText<C, S>::Restart() {
     state = CONTENT;
     begun = 0;
-    iso2022 = hasEscapes && std::is_same_v<C, char>;
     inEscapeRun = false;
     escapeRunEnd = 0;
 }

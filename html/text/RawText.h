@@ -46,6 +46,9 @@ public:
     /// @param hasEscapes  the document may have ISO-2022 runs, in which no character is markup
     void Begin(RawTextElement contentOf, bool hasEscapes);
 
+    /// Goes back to the begin of the content.
+    void Restart();
+
     /// Reads on. What is consumed belongs to `text`, but for what is in `run`, which the caller appends.
     /// @param context  borrowed for the call
     /// @param text     the content up to here, and nothing else; receives what cannot be in `run`

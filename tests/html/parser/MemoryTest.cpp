@@ -8,6 +8,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -650,6 +651,233 @@ TEST(KeptMemoryTest, TheNextDocumentOfTheStatelessParserDoesNotHaveThemEither) {
     EXPECT_GE(GetHeapSize() - before, PAGE_UNIT);
     EXPECT_EQ(parser.StartParse(1252), 0U);
     EXPECT_LE(GetHeapSize() - before, 448 * KIB);
+}
+
+/// A stream that begins with some bytes and goes on with others, again and again.
+class OpenStream final : public VFS::InputStream {
+public:
+    OpenStream(std::string beginning, std::string repeatedPart, std::uint64_t sizeOfStream)
+        : begin(std::move(beginning)), size(sizeOfStream) {
+        while (part.size() < PAGE_UNIT)
+            part += repeatedPart;
+    }
+
+    std::uint32_t Read(void* buffer, std::uint64_t wanted, std::uint64_t* bytesRead) override {
+        *bytesRead = 0;
+        if (position == size)
+            return RESULT_END_OF_DATA;
+        char* const target = static_cast<char*>(buffer);
+        while (*bytesRead < wanted && position < size) {
+            const std::string& source = position < begin.size() ? begin : part;
+            const std::uint64_t offset = position < begin.size() ? position : (position - begin.size()) % part.size();
+            const std::uint64_t count = std::min({wanted - *bytesRead, source.size() - offset, size - position});
+            std::memcpy(target + *bytesRead, source.data() + offset, static_cast<std::size_t>(count));
+            *bytesRead += count;
+            position += count;
+        }
+        return RESULT_OK;
+    }
+    std::uint32_t GetPosition(std::uint64_t* out) override {
+        *out = position;
+        return RESULT_OK;
+    }
+    std::uint32_t Seek(std::uint64_t target) override {
+        position = target;
+        return RESULT_OK;
+    }
+    bool IsEnd() override {
+        return position == size;
+    }
+
+private:
+    std::string begin;
+    std::string part;
+    std::uint64_t size;
+    std::uint64_t position = 0;
+};
+
+/// A construct that is opened and never closed.
+struct OpenConstruct {
+    const char* name;
+    const char* opener;
+    const char* content;       // again and again
+    bool goesOver = true;      // false: it is many short tokens
+    bool forStateless = true;  // false: it fails there
+};
+
+std::ostream& operator<<(std::ostream& stream, const OpenConstruct& row) {
+    return stream << row.name;
+}
+
+/// Tokens of every kind that are just not too long in UTF-16 for the shorter limit, and the tag with the most attributes that it allows.
+const char* LongestTokens() {
+    static const std::string TOKENS = [] {
+        const std::string letters = Letters(2000);
+        std::string tag = "<a";
+        for (int i = 0; i < 95; ++i)
+            tag += " abcdefgh=abcdefgh";
+        return letters + tag + "><" + letters + "><a b='" + letters + "'><a b=\"" + letters + "\"></" + letters + "><!--" + letters +
+               "--><![CDATA[" + letters + "]]><![if " + letters + "]><!a '" + letters + "'><?a " + letters + "?><?xml a='" + letters +
+               "'?><script>" + letters + "'" + letters + "'\"" + letters + "\"/*" + letters + "*///" + letters + "\n</script>";
+    }();
+    return TOKENS.c_str();
+}
+
+const OpenConstruct OPEN_CONSTRUCTS[] = {
+    {"Text", "<a>", "a"},
+    {"TagName", "<", "a"},
+    {"SpaceInFrontOfATagName", "< ", " "},
+    {"SpaceAfterATagName", "<a ", " "},
+    {"AttributeName", "<a ", "a"},
+    {"ManyAttributes", "<a", " a"},
+    {"ManyAttributesWithValues", "<a", " a=b"},
+    {"ManyAttributesOfEightLetters", "<a", " abcdefgh=abcdefgh"},
+    {"ManyLongAttributes", "<a", "         abcdefghijklmnopqrstuvwxyz         =         'abcdefghijklmnopqrstuvwxyz'"},
+    {"SpaceInFrontOfEquals", "<a b ", " "},
+    {"SpaceAfterEquals", "<a b= ", " "},
+    {"UnquotedValue", "<a b=", "a"},
+    {"ValueInSingleQuotes", "<a b='", "a"},
+    {"ValueInDoubleQuotes", "<a b=\"", "a"},
+    {"EndTagName", "</", "a"},
+    {"EndTagAttributes", "</a", " a", true, false},
+    {"EndTagValue", "</a b='", "a", true, false},
+    {"Comment", "<!--", "a"},
+    {"CommentOfDashes", "<!--", "-a"},
+    {"CdataSection", "<![CDATA[", "a", true, false},
+    {"CdataSectionOfBrackets", "<![CDATA[", "]a", true, false},
+    {"Condition", "<![if ", "a", true, false},
+    {"TailOfACondition", "<![if]", "a", true, false},
+    {"SectionKeyword", "<![", "a", true, false},
+    {"DeclarationKeyword", "<!", "a"},
+    {"DeclarationItem", "<!a ", "a"},
+    {"ManyItemsOfADeclaration", "<!a", " a"},
+    {"DeclarationString", "<!a '", "a"},
+    {"InstructionTarget", "<?", "a"},
+    {"Instruction", "<?a ", "a"},
+    {"InstructionString", "<?a '", "a"},
+    {"AttributesOfAnXmlDeclaration", "<?xml", " a='b'"},
+    {"ValueOfAnXmlDeclaration", "<?xml a='", "a"},
+    {"Script", "<script>", "a"},
+    {"ScriptOfTags", "<script>", "<a", false},
+    {"StringInSingleQuotes", "<script>'", "a"},
+    {"StringInDoubleQuotes", "<script>\"", "a"},
+    {"BlockComment", "<script>/*", "a"},
+    {"LineComment", "<script>//", "a"},
+    {"LineCommentOfOpeners", "<script>//", "<a"},
+    {"RegularExpression", "<script>/", "a"},
+    {"ForeignEndTag", "<script></", "a"},
+    {"AttributesOfAForeignEndTag", "<script></a", " a"},
+    {"Style", "<style>", "a"},
+    {"Junk", "<a b=c / ", "a", true, false},
+    {"ManyTags", "", "<a b=c d='e'>f</a>", false},
+    {"EachKindInTurn", "",
+     "text<a bcdefghij='klmnopqrstuvw'></a ><!--abcdefghijklmnopqrstuv--><![CDATA[abcdefghijklmnopqrs]]><![if abcdefghijkl]><!a bcdefghijk "
+     "'l'><?xml a='bcdefghijklmn'?><?abcdefghijkl m?><script>a'abcdefghijklm'\"abcdefghijklmn\"/*abcdefghijkl*///abcdefghij\n</script>",
+     false, false},
+    {"LongestTokensInTurn", "", LongestTokens(), false, false},
+};
+
+// The second one is about what a long token takes, the first one about all the rest.
+constexpr std::uint64_t TOKEN_LIMITS[] = {4096, 65536};
+
+std::size_t BoundOfLimit(std::uint64_t limit) {
+    return 64 * KIB + 16 * static_cast<std::size_t>(limit);
+}
+
+template <typename C, typename S>
+void CheckLimitedPeak(const char* flavour, const OpenConstruct& construct, std::uint64_t size, std::uint64_t limit) {
+    SCOPED_TRACE(std::string(flavour) + ", at most " + std::to_string(limit));
+    const bool wide = std::string_view(flavour).starts_with("16");
+    JunkCounter<C, S> counter;
+    const auto bytes = [wide](const char* text) { return wide ? ToUtf16LE(std::string_view(text)) : std::string(text); };
+    OpenStream stream(bytes(construct.opener), bytes(construct.content), size);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetMaxTokenSize(limit);
+        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+        const std::uint32_t result = parser->ParseStream(&stream, false);
+        EXPECT_EQ(result, construct.goesOver ? HTML::PARSER_LIMIT_EXCEEDED : HTML::PARSER_OK);
+        parser->EndParse();
+    });
+    EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
+    EXPECT_LE(peak, BoundOfLimit(limit));
+    testing::Test::RecordProperty(std::string("peak-") + flavour + "-" + std::to_string(limit), std::to_string(peak));
+}
+
+void CheckLimitedPeakOfStateless(const OpenConstruct& construct, std::uint64_t size, std::uint64_t limit) {
+    SCOPED_TRACE("stateless, at most " + std::to_string(limit));
+    TagCounter counter;
+    OpenStream stream(construct.opener, construct.content, size);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<StatelessHTMLParser>();
+        parser->Attach(&counter);
+        parser->SetMaxTokenSize(limit);
+        EXPECT_EQ(parser->StartParse(1252), 0U);
+        const std::uint32_t result = parser->ParseStream(&stream, false);
+        EXPECT_TRUE(result == HTML::STATELESS_LIMIT_EXCEEDED || !construct.goesOver || std::string_view(construct.name) == "Script")
+            << result;
+        parser->EndParse();
+    });
+    EXPECT_GE(peak, static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE));
+    EXPECT_LE(peak, BoundOfLimit(limit));
+    testing::Test::RecordProperty("peak-stateless-" + std::to_string(limit), std::to_string(peak));
+}
+
+/// What goes over ends the parse, so that a stream of any size is read in no time; the others are read to their end, and are shorter.
+void CheckLimitedPeaks(const OpenConstruct& construct, std::uint64_t streamSize) {
+    const std::uint64_t size = construct.goesOver ? streamSize : std::min(streamSize, 32 * MIB);
+    for (const std::uint64_t limit : TOKEN_LIMITS) {
+        CheckLimitedPeak<char, std::string>("8-to-8", construct, size, limit);
+        CheckLimitedPeak<WideChar, WideString>("8-to-16", construct, size, limit);
+        CheckLimitedPeak<WideChar, WideString>("16-to-16", construct, size, limit);
+        CheckLimitedPeak<char, std::string>("16-to-8", construct, size, limit);
+        if (construct.forStateless)
+            CheckLimitedPeakOfStateless(construct, size, limit);
+    }
+}
+
+std::string NameOfConstruct(const testing::TestParamInfo<OpenConstruct>& row) {
+    return row.param.name;
+}
+
+class LimitedMemoryTest : public testing::TestWithParam<OpenConstruct> {};
+
+TEST_P(LimitedMemoryTest, OfAnOpenConstruct) {
+    CheckLimitedPeaks(GetParam(), MIB);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, LimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOfConstruct);
+
+class LongLimitedMemoryTest : public testing::TestWithParam<OpenConstruct> {};
+
+TEST_P(LongLimitedMemoryTest, OfAnOpenConstruct) {
+    CheckLimitedPeaks(GetParam(), LONG_STREAM_SIZE);
+}
+
+INSTANTIATE_TEST_SUITE_P(LongStream, LongLimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOfConstruct);
+
+// However long a piece is, no more of it is gathered than of a stream.
+TEST(KeptMemoryTest, APieceThatIsAllOneTokenIsNotGathered) {
+    const std::string piece = "<!--" + std::string(static_cast<std::size_t>(16 * MIB), 'a');
+    JunkCounter<char, std::string> counter;
+    TagCounter tagCounter;
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetMaxTokenSize(4096);
+        EXPECT_EQ(parser->StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), std::uint32_t{HTML::PARSER_LIMIT_EXCEEDED});
+    });
+    EXPECT_LE(peak, 128 * KIB);
+    const std::size_t statelessPeak = MeasurePeak([&] {
+        const auto parser = std::make_unique<StatelessHTMLParser>();
+        parser->Attach(&tagCounter);
+        parser->SetMaxTokenSize(4096);
+        EXPECT_EQ(parser->StartParse(1252), 0U);
+        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), std::uint32_t{HTML::STATELESS_LIMIT_EXCEEDED});
+    });
+    EXPECT_LE(statelessPeak, 64 * KIB);
 }
 
 class LongStreamMemoryTest : public testing::TestWithParam<Case> {};

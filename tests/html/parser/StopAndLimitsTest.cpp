@@ -1,0 +1,504 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "platform/MemoryInputStream.h"
+#include "tests/html/parser/DocumentRows.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/Splits.h"
+#include "tests/support/TestStreams.h"
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using HTML::TokenPlace;
+using NarrowObserver = HookedObserver<char, std::string>;
+using WideObserver = HookedObserver<WideChar, WideString>;
+
+constexpr std::uint32_t STOPPED = HTML::PARSER_STOPPED;
+constexpr std::uint32_t OVER = HTML::PARSER_LIMIT_EXCEEDED;
+
+std::string BytesFor(std::string_view latin1, bool wide) {
+    return wide ? ToUtf16LE(latin1) : std::string(latin1);
+}
+
+bool IsSame(const TokenPlace& one, const TokenPlace& other) {
+    return one.begin == other.begin && one.end == other.end && one.line == other.line && one.column == other.column;
+}
+
+/// A parser with an observer that stops it in one of its callbacks.
+template <typename Observer>
+struct StoppedParser {
+    static constexpr bool WIDE = std::is_same_v<Observer, WideObserver>;
+
+    StoppedParser() : observer(&lines) {
+        parser.SetObserver(&observer, false);
+    }
+
+    void StopIn(std::size_t callback) {
+        observer.hook = [this, callback](const std::string&) {
+            if (lines.size() == callback + 1) {
+                EXPECT_EQ(parser.Stop(), 0U);
+                place = parser.GetTokenPlace();
+                parserName = parser.GetCurrentParserName();
+            }
+        };
+    }
+
+    GenericParser parser;
+    Lines lines;
+    Observer observer;
+    TokenPlace place;  // in the callback that stopped
+    WideString parserName;
+};
+
+/// The results of a document, in the order of the calls: StartParse, the calls that feed, EndParse.
+using Results = std::vector<std::uint32_t>;
+
+/// Makes every callback, from a stream or from buffers of some size.
+/// @param beforeEnd  receives the number of callbacks before `EndParse`
+template <typename Observer>
+Results Play(StoppedParser<Observer>* player, bool hasMark, std::size_t pieceSize, std::size_t* beforeEnd) {
+    GenericParser* const parser = &player->parser;
+    constexpr bool WIDE = StoppedParser<Observer>::WIDE;
+    constexpr auto TYPE = WIDE ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT;
+    Results results = {parser->StartParse(1252, hasMark ? GenericParser::DATA_STREAM_AUTO : TYPE)};
+    if (results.back() != 0)
+        return results;
+    const std::string bytes = (!hasMark ? "" : WIDE ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor(EVERY_CALLBACK, WIDE);
+    if (pieceSize == 0) {
+        VFS::MemoryInputStream stream(bytes);
+        results.push_back(parser->ParseStream(&stream, false));
+        *beforeEnd = player->lines.size();
+        results.push_back(parser->EndParse());
+        return results;
+    }
+    for (std::size_t i = 0; i < bytes.size() && results.back() == 0; i += pieceSize)
+        results.push_back(parser->ParseBuffer(bytes.data() + i, std::min(pieceSize, bytes.size() - i)));
+    *beforeEnd = player->lines.size();
+    results.push_back(parser->EndParse());
+    return results;
+}
+
+template <typename Observer>
+class StopTest : public testing::Test {};
+
+using Observers = testing::Types<NarrowObserver, WideObserver>;
+TYPED_TEST_SUITE(StopTest, Observers);
+
+TYPED_TEST(StopTest, InEveryCallback) {
+    for (const bool hasMark : {false, true}) {
+        for (const std::size_t pieceSize : {0, 2, 1000}) {
+            SCOPED_TRACE("pieces of " + std::to_string(pieceSize) + (hasMark ? ", with a mark" : ""));
+            StoppedParser<TypeParam> whole;
+            std::size_t beforeEnd = 0;
+            const Results wholeResults = Play(&whole, hasMark, pieceSize, &beforeEnd);
+            ASSERT_GT(whole.lines.size(), 20U);
+            for (std::size_t i = 0; i < whole.lines.size(); ++i) {
+                SCOPED_TRACE("in " + whole.lines[i]);
+                StoppedParser<TypeParam> stopped;
+                stopped.StopIn(i);
+                std::size_t ignored = 0;
+                const Results results = Play(&stopped, hasMark, pieceSize, &ignored);
+                const bool isInEnd = i >= beforeEnd;
+                // One call answers 710; `EndParse` after it answers 0.
+                ASSERT_EQ(std::count(results.begin(), results.end(), STOPPED), 1);
+                EXPECT_EQ(results.back(), isInEnd || results.size() == 1 ? STOPPED : 0U);
+                EXPECT_TRUE(results.size() == 1 || isInEnd || results[results.size() - 2] == STOPPED);
+                const Lines delivered(whole.lines.begin(), whole.lines.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+                EXPECT_EQ(stopped.lines, delivered);
+                EXPECT_TRUE(IsSame(stopped.parser.GetTokenPlace(), stopped.place));
+                // It stays stopped, and no stream is read.
+                stopped.observer.hook = nullptr;
+                EXPECT_EQ(stopped.parser.Stop(), 2U);
+                EXPECT_EQ(stopped.parser.ParseBuffer("<p>", 3), STOPPED);
+                EXPECT_EQ(stopped.parser.ParseBuffer(nullptr, 0), 0U);
+                FaultyInputStream stream("<p>");
+                EXPECT_EQ(stopped.parser.ParseStream(&stream, false), STOPPED);
+                EXPECT_EQ(stream.GetReadCalls(), 0U);
+                EXPECT_EQ(stopped.parser.EndParse(), 0U);
+                GenericParser copy(stopped.parser);
+                EXPECT_EQ(copy.ParseBuffer("<p>", 3), STOPPED);
+                EXPECT_EQ(stopped.lines, delivered);
+                EXPECT_TRUE(IsSame(stopped.parser.GetTokenPlace(), stopped.place));
+                // The next document is as fresh.
+                stopped.lines.clear();
+                EXPECT_EQ(Play(&stopped, hasMark, pieceSize, &ignored), wholeResults);
+                EXPECT_EQ(stopped.lines, whole.lines);
+            }
+        }
+    }
+}
+
+TYPED_TEST(StopTest, AnExceptionPassesAndTheStopHolds) {
+    StoppedParser<TypeParam> stopped;
+    stopped.observer.hook = [&stopped](const std::string& line) {
+        if (line == "start(|a||)") {
+            EXPECT_EQ(stopped.parser.Stop(), 0U);
+            throw std::runtime_error("an observer's own");
+        }
+    };
+    std::size_t ignored = 0;
+    EXPECT_THROW(Play(&stopped, false, 1000, &ignored), std::runtime_error);
+    const Lines lines = stopped.lines;
+    EXPECT_EQ(lines.back(), "start(|a||)");
+    EXPECT_EQ(stopped.parser.ParseBuffer("text", 4), STOPPED);
+    EXPECT_EQ(stopped.parser.EndParse(), 0U);
+    EXPECT_EQ(stopped.lines, lines);
+}
+
+TEST(StopTest, WithoutADocument) {
+    GenericParser parser;
+    EXPECT_EQ(parser.Stop(), 2U);
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.Stop(), 2U);
+    EXPECT_EQ(parser.ParseBuffer("a<b>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+}
+
+TEST(StopTest, InACharsetThatComesTooLate) {
+    constexpr std::string_view DOCUMENT = "<p><meta charset=utf-8>text";
+    for (const bool stops : {false, true}) {
+        Lines lines;
+        WideObserver observer(&lines);
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        observer.hook = [&](const std::string& line) {
+            if (stops && line == "charset(65001)") {
+                EXPECT_EQ(parser.Stop(), 0U);
+            }
+        };
+        parser.StartParse(0, GenericParser::DATA_STREAM_8BIT);
+        EXPECT_EQ(parser.ParseBuffer(DOCUMENT.data(), DOCUMENT.size()), stops ? STOPPED : HTML::PARSER_PARSE_AGAIN);
+        EXPECT_TRUE(parser.NeedsReparsing());
+        EXPECT_EQ(lines.back(), "charset(65001)");
+    }
+}
+
+TEST(StopTest, InTheContentOfAScriptThatIsText) {
+    for (const std::size_t cut : {9, 10, 11, 12, 15, 18, 30}) {
+        SCOPED_TRACE(cut);
+        StoppedParser<NarrowObserver> stopped;
+        stopped.parser.SetScriptMode(GenericParser::SCRIPT_AS_TEXT);
+        stopped.StopIn(4);
+        const std::string document = "<script>ab</script>c<b>d<e>f<g>h";
+        EXPECT_EQ(stopped.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+        std::uint32_t result = stopped.parser.ParseBuffer(document.data(), cut);
+        if (result == 0)
+            result = stopped.parser.ParseBuffer(document.data() + cut, document.size() - cut);
+        EXPECT_EQ(result, STOPPED);
+        EXPECT_EQ(stopped.parser.EndParse(), 0U);
+        EXPECT_EQ(stopped.lines, (Lines{"start-parsing", "charset(1252)", "start(|script||)", "js-start", "text(ab)"}));
+        EXPECT_EQ(stopped.place.begin, 8U);
+        EXPECT_EQ(stopped.place.end, 10U);
+    }
+}
+
+TEST(StopTest, AnOwnedStreamIsDeleted) {
+    StoppedParser<NarrowObserver> stopped;
+    stopped.StopIn(0);
+    EXPECT_EQ(stopped.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), STOPPED);
+    int destructions = 0;
+    auto stream = std::make_unique<FaultyInputStream>("<p>");
+    stream->CountDestructions(&destructions);
+    EXPECT_EQ(stopped.parser.ParseStream(stream.release(), true), STOPPED);
+    EXPECT_EQ(destructions, 1);
+}
+
+TEST(StopTest, TheSelfCheckOfAStoppedDocumentSaysNothing) {
+    StoppedParser<NarrowObserver> stopped;
+    stopped.parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    stopped.StopIn(2);
+    stopped.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(stopped.parser.ParseBuffer("a<b>c", 5), STOPPED);
+    EXPECT_EQ(stopped.parser.EndParse(), 0U);
+}
+
+/// A token between others that are shorter.
+struct LimitRow {
+    const char* note;
+    std::string before;
+    Lines tokensBefore;
+    std::string token;
+    std::string after;
+    bool isKnownAtEnd = false;  ///< that it is so long, only when the input ends
+    bool needsStream = false;
+};
+
+void CheckLimits(const LimitRow& row, const Route& route, Feed feed) {
+    const std::string document = row.before + row.token + row.after;
+    const std::uint64_t size = row.token.size() * (route.wideInput ? 2 : 1);
+    ForEverySplit(document.size(), [&](const Cuts& cuts) {
+        DocumentSettings settings = SettingsFor(route, feed);
+        const DocumentRun whole = ParseBy(route, document, cuts, settings);
+        settings.prepare = [size](GenericParser* parser) { parser->SetMaxTokenSize(size); };
+        const DocumentRun allowed = ParseBy(route, document, cuts, settings);
+        EXPECT_EQ(allowed.Lines(), whole.Lines()) << "of its size";
+        EXPECT_EQ(allowed.parseResult, whole.parseResult);
+        EXPECT_EQ(allowed.endResult, whole.endResult);
+        settings.prepare = [size](GenericParser* parser) { parser->SetMaxTokenSize(size - 1); };
+        const DocumentRun over = ParseBy(route, document, cuts, settings);
+        EXPECT_EQ(Join(Comparable(over.trace, route)), Join(OpenTrace(row.tokensBefore, route))) << "one less";
+        EXPECT_EQ(over.parseResult, row.isKnownAtEnd ? 0 : OVER);
+        EXPECT_EQ(over.endResult, row.isKnownAtEnd ? OVER : 0);
+        EXPECT_EQ(over.lineAfterEnd, 1U);
+        EXPECT_EQ(over.columnAfterEnd, row.before.size() + 1);
+    });
+}
+
+TEST(LimitTest, EveryKindOfToken) {
+    const Lines tag = {"start(|a||)"};
+    const Lines script = {"start(|script||)", "js-start"};
+    const Lines style = {"start(|style||)", "css-start"};
+    const LimitRow rows[] = {
+        {"text", "<a>", tag, "bcdefghijklm", "<e>"},
+        {"text at the end of the input", "<a>", tag, "bcdefghijklm", ""},
+        {"the first token", "", {}, "bcdefghijklm", "<e>"},
+        {"a start tag", "<a>", tag, "<bcdefgh ijk=lm>", "n"},
+        {"a short tag", "<a>", tag, "<bcdefghijklm/>", "n"},
+        {"an end tag", "<a>", tag, "</bcdefghijklm>", "n"},
+        {"a comment", "<a>", tag, "<!--bcdefghijklm-->", "n"},
+        {"a comment that is not closed", "<a>", tag, "<!--bcdefghijklm--", ""},
+        {"a section", "<a>", tag, "<![CDATA[bcdefg]]>", "n"},
+        {"a section that ends open", "<a>", tag, "<![CDATA[bcdefg]]", "]"},
+        {"a declaration", "<a>", tag, "<!bcdefgh ijk 'l m'>", "n"},
+        {"an XML declaration", "<a>", tag, "<?xml bcdefgh='i'?>", "n"},
+        {"an instruction", "<a>", tag, "<?bcdefgh i?>", "n"},
+        {"text of a script", "<script>", script, "bcdefghijklm", "'n'"},
+        {"text of a script in front of a comment", "<script>", script, "bcdefghijklm", "/*n*/"},
+        {"text of a script with a slash", "<style>", style, "bcdef/ghijklm", "/*n*/"},
+        {"text of a style sheet that ends in a slash", "<style>", style, "bcdefghijklm/", "", true},
+        {"text of a style sheet with a slash in front of a tag", "<style>", style, "bcdefghijklm/", "</style>"},
+        {"what looks like a tag in a script", "<script>", script, "<bcdefghijklm>", "'n'"},
+        {"an end tag in a script, and the text after it", "<script>", script, "</bcdefghijklm>n", "'o'"},
+        {"a string in single quotes", "<script>", script, "'bcdefghijklm'", "n"},
+        {"a string in double quotes", "<script>", script, "\"bcdefghijklm\"", "n"},
+        {"a block comment", "<script>", script, "/*bcdefghij*klm*/", "n"},
+        {"a line comment", "<script>", script, "//bcdefghij<klm", "\nn"},
+        {"a line comment in front of a comment", "<script>", script, "//bcdefghijklm", "<!--n-->"},
+        {"a line comment in front of a section", "<script>", script, "//bcdefghijklm", "<![CDATA[]]>"},
+        {"a line comment in front of a condition", "<script>", script, "//bcdefghijklm", "<![endif]>"},
+        {"a regular expression", "<script>", script, "/bcdefghijklm", "\nn"},
+        {"a construct that fails", "<a>", tag, "<bcdefgh ijk / ", ">l", false, true},
+        {"the rest of its junk", "<a><b c / ", {"start(|a||)", "junk(<b c / )"}, "defghijklmno", "<p>", false, true},
+        {"an instruction that stays open", "<a>", tag, "<?bcdefghijklm", "", false, true},
+    };
+    for (const LimitRow& row : rows) {
+        SCOPED_TRACE(row.note);
+        CheckLimits(row, NARROW_TO_WIDE, Feed::STREAM);
+        CheckLimits(row, WIDE_TO_WIDE, Feed::STREAM);
+        if (row.needsStream)
+            continue;
+        CheckLimits(row, NARROW_TO_NARROW, Feed::BUFFER);
+        CheckLimits(row, WIDE_TO_NARROW, Feed::BUFFER);
+    }
+}
+
+// What is scanned of a tail in an earlier piece is no part of its record, so that a cut decides about it.
+TEST(LimitTest, AConditionIsReadAsWithoutALimit) {
+    for (const std::size_t fill : {0, 1000, 1020, 1023, 1024, 2040, 5000}) {
+        SCOPED_TRACE(fill);
+        const std::string document = "<a><![if " + std::string(fill, 'b') + "]" + std::string(3000, 'c') + "><d>";
+        for (const Cuts& cuts : {Cuts{}, Cuts{2000}, CutsEvery(700, document.size())}) {
+            for (const Route& route : ROUTES) {
+                DocumentSettings settings = SettingsFor(route);
+                const DocumentRun whole = ParseBy(route, document, cuts, settings);
+                settings.prepare = [](GenericParser* parser) { parser->SetMaxTokenSize(100000); };
+                EXPECT_EQ(ParseBy(route, document, cuts, settings).Lines(), whole.Lines());
+                settings.prepare = [](GenericParser* parser) { parser->SetMaxTokenSize(500); };
+                EXPECT_EQ(ParseBy(route, document, cuts, settings).parseResult, OVER);
+            }
+        }
+    }
+}
+
+TEST(LimitTest, Attributes) {
+    struct Row {
+        const char* note;
+        std::string document;
+        std::uint64_t count;
+    };
+    const Row rows[] = {
+        {"a start tag", "<a b c=d e='f'>", 3},
+        {"bare words that become a part of a value", "<a b=c d e f>", 4},
+        {"a short tag", "<a b c d/>", 3},
+        {"a short tag with a value", "<a b c=d/>", 2},
+        {"a long list", "<a b c d e f g h i j k l m n='o' p=q>", 14},
+        {"an end tag", "</a b c=d/>", 2},
+        {"an end tag in a script", "<script></a b c=d></script>", 2},
+        {"an instruction", "<?xml b='c' d=\"e\" f?>", 3},
+        {"an instruction that ends in a slash", "<?xml b='c' d/>", 2},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        for (const Route& route : ROUTES) {
+            ForEverySplit(row.document.size(), [&](const Cuts& cuts) {
+                DocumentSettings settings = SettingsFor(route);
+                const DocumentRun whole = ParseBy(route, row.document, cuts, settings);
+                EXPECT_EQ(whole.parseResult, 0U);
+                settings.prepare = [&row](GenericParser* parser) { parser->SetMaxAttributes(row.count); };
+                EXPECT_EQ(ParseBy(route, row.document, cuts, settings).Lines(), whole.Lines());
+                settings.prepare = [&row](GenericParser* parser) { parser->SetMaxAttributes(row.count - 1); };
+                const DocumentRun over = ParseBy(route, row.document, cuts, settings);
+                EXPECT_EQ(over.parseResult, OVER);
+                EXPECT_EQ(over.endResult, 0U);
+                EXPECT_LT(over.trace.size(), whole.trace.size());
+            });
+        }
+    }
+}
+
+std::string Repeat(std::string_view part, std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+        text += part;
+    return text;
+}
+
+TEST(LimitTest, ALimitOfTheSizeBoundsTheNumberOfAttributesAndItems) {
+    struct Row {
+        const char* note;
+        std::string start;
+        std::string end;
+        std::uint64_t size;
+        std::uint64_t attributes;
+        std::size_t most;
+    };
+    const Row rows[] = {
+        {"32 attributes and one in 64 bytes", "<a", ">", 200, 0, 35},
+        {"of a longer tag", "<a", ">", 12800, 0, 232},
+        {"of an end tag", "</a", ">", 200, 0, 35},
+        {"as many as the host says", "<a", ">", 400, 60, 60},
+        {"items of a declaration", "<!a", ">", 200, 0, 35},
+        {"of which the host says nothing", "<!a", ">", 400, 60, 38},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        for (const Route& route : ROUTES) {
+            DocumentSettings settings = SettingsFor(route);
+            const std::uint64_t factor = route.wideInput ? 2 : 1;
+            settings.prepare = [&row](GenericParser* parser) {
+                parser->SetMaxTokenSize(row.size);
+                parser->SetMaxAttributes(row.attributes);
+            };
+            const std::string allowed = row.start + Repeat(" b", row.most) + row.end;
+            const std::string oneMore = row.start + Repeat(" b", row.most + 1) + row.end;
+            ASSERT_LE(oneMore.size() * factor, row.size);
+            for (const Cuts& cuts : {Cuts{}, CutsEvery(1, allowed.size())}) {
+                EXPECT_EQ(ParseBy(route, allowed, cuts, settings).parseResult, 0U);
+                EXPECT_EQ(ParseBy(route, oneMore, cuts, settings).parseResult, OVER);
+            }
+        }
+    }
+}
+
+TEST(LimitTest, AHostGoesOn) {
+    Lines lines;
+    NarrowObserver observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    parser.SetMaxTokenSize(9);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    const std::string document = "a\n<script>'0123456789'b</script>c";
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), OVER);
+    EXPECT_EQ(parser.GetTokenPlace().end, 10U);
+    EXPECT_EQ(parser.GetLine(), 2U);
+    EXPECT_EQ(parser.GetColumn(), 9U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    const Lines before = {"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start"};
+    EXPECT_EQ(lines, before);
+    // Again, it goes over again.
+    EXPECT_EQ(parser.ParseBuffer(document.data() + 10, document.size() - 10), OVER);
+    EXPECT_EQ(parser.GetTokenPlace().end, 10U);
+    EXPECT_EQ(lines, before);
+    GenericParser copy(parser);
+    // With another limit it does not, and the string is still one of a script.
+    parser.SetMaxTokenSize(12);
+    EXPECT_EQ(parser.ParseBuffer(document.data() + 10, document.size() - 10), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(lines, (Lines{"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start", "s-string(0123456789)",
+                            "text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
+    EXPECT_EQ(parser.GetTokenPlace().end, document.size());
+    EXPECT_EQ(parser.GetLine(), 2U);
+    // A copy goes on as well, and may skip what it likes.
+    lines.clear();
+    EXPECT_EQ(copy.ParseBuffer(document.data() + 22, document.size() - 22), 0U);
+    EXPECT_EQ(copy.EndParse(), 0U);
+    EXPECT_EQ(lines, (Lines{"text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
+    EXPECT_EQ(copy.GetTokenPlace().end, document.size() - 12);
+}
+
+TEST(LimitTest, TheCopyOfTheSelfCheckHasWhatWasDelivered) {
+    GenericParser parser;
+    parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
+    parser.SetMaxTokenSize(3);
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.ParseBuffer("a<b>cdef", 8), OVER);
+    ASSERT_NE(parser.GetSelfCheckStream(), nullptr);
+    EXPECT_EQ(ReadAll(parser.GetSelfCheckStream(), 100).bytes, "a<b>");
+    EXPECT_EQ(parser.ParseBuffer("c<d>", 4), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    ASSERT_NE(parser.GetSelfCheckStream(), nullptr);
+    EXPECT_EQ(ReadAll(parser.GetSelfCheckStream(), 100).bytes, "c<d>");
+}
+
+TEST(LimitTest, SettersAndGetters) {
+    GenericParser parser;
+    EXPECT_EQ(parser.GetMaxTokenSize(), 0U);
+    EXPECT_EQ(parser.GetMaxAttributes(), 0U);
+    EXPECT_EQ(parser.SetMaxTokenSize(7), 0U);
+    EXPECT_EQ(parser.SetMaxAttributes(1), 0U);
+    for (const auto type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
+        const bool wide = type == GenericParser::DATA_STREAM_UTF16;
+        parser.SetMaxTokenSize(wide ? 15 : 7);
+        EXPECT_EQ(parser.StartParse(1252, type), 0U);
+        EXPECT_EQ(parser.GetMaxAttributes(), 1U);
+        GenericParser copy(parser);
+        GenericParser assigned;
+        assigned = parser;
+        for (GenericParser* const each : {&parser, &copy, &assigned}) {
+            EXPECT_EQ(each->GetMaxTokenSize(), wide ? 15U : 7U);
+            const std::string fine = BytesFor("<a bcd>", wide);
+            EXPECT_EQ(each->ParseBuffer(fine.data(), fine.size()), 0U);
+            const std::string many = BytesFor("<a b c>", wide);
+            EXPECT_EQ(each->ParseBuffer(many.data(), many.size()), OVER);
+            const std::string longer = BytesFor("<a bcde>", wide);
+            EXPECT_EQ(each->ParseBuffer(longer.data(), longer.size()), OVER);
+        }
+    }
+    parser.SetMaxTokenSize(UINT64_MAX);
+    parser.SetMaxAttributes(UINT64_MAX);
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.ParseBuffer("<a b c>", 7), 0U);
+}
+
+TEST(LimitTest, ACallbackSetsThem) {
+    Lines lines;
+    NarrowObserver observer(&lines);
+    GenericParser parser;
+    parser.SetObserver(&observer, false);
+    observer.hook = [&](const std::string& line) {
+        if (line == "start(|a||)")
+            parser.SetMaxTokenSize(4);
+        if (line == "start(|b||)")
+            parser.SetMaxTokenSize(0);
+    };
+    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(parser.ParseBuffer("12345678<a>1234<b>12345678<a>12345678<b>", 40), OVER);
+    EXPECT_EQ(parser.GetTokenPlace().end, 29U);
+    EXPECT_EQ(lines.back(), "start(|a||)");
+}
+
+}  // namespace
+}  // namespace Kestra::Test
