@@ -174,6 +174,7 @@ TEST(ScriptModeTest, EscapeRunsOfIso2022) {
         {"and the parts of a script", "<script>\x1B$B<!--<script>\x1B(B</script>", InScript("\\x1B$B<!--<script>\\x1B(B")},
         {"and the end of one", "<script><!--<script>\x1B$B-->\x1B(B</script></script>", InScript("<!--<script>\\x1B$B-->\\x1B(B</script>")},
         {"an escape that designates nothing", "<xmp>\x1Bx</xmp>", {"start(|xmp||)", "text(\\x1Bx)", "end(|xmp|||)"}},
+        {"its characters do not count either", "<script><!--<script>\x1B--></script></script>", InScript("<!--<script>\\x1B--></script>")},
         {"the end of the document in a run", "<xmp>a\x1B$B<", {"start(|xmp||)", "text(a\\x1B$B<)"}},
         {"in a designation", "<xmp>a\x1B$", {"start(|xmp||)", "text(a\\x1B$)"}},
         {"in plain text", "<plaintext>\x1B$B<\x1B(B<", {"start(|plaintext||)", "text(\\x1B$B<\\x1B(B<)"}},
