@@ -141,7 +141,7 @@ public:
     /// What was refused.
     std::string GetMessage() const {
         const auto passed = static_cast<std::size_t>(errorPlace - std::count_if(text.begin(), text.begin() + errorPlace, IsContinuation));
-        return "character " + std::to_string(passed + 1) + ": " + error;
+        return std::string("character ") + std::to_string(passed + 1) + ": " + error;
     }
 
 private:

@@ -308,7 +308,7 @@ std::ptrdiff_t MeasureHeap(Function function) {
     return static_cast<std::ptrdiff_t>(GetHeapSize()) - before;
 }
 
-constexpr std::ptrdiff_t LITTLE = 64 * 1024;
+constexpr std::ptrdiff_t LITTLE = 65536;
 
 TEST(OpenElementsTest, ForgetNamesThatAreNoLongerOpen) {
     constexpr std::size_t OPEN = 20;
