@@ -368,7 +368,8 @@ TEST(OpenElementsTest, KeepNoValues) {
 }
 
 TEST(OpenElementsTest, ShareWhatElementsMatch) {
-    // A set of all these compounds takes 2,500 bytes; an element with sets of its own has up to two.
+    // A set of all these compounds takes 2,500 bytes; an element with sets of its own has up to
+    // two.
     constexpr std::size_t COUNT = 1000;
     SelectorSet selectors;
     for (int i = 0; i < 10000; ++i)

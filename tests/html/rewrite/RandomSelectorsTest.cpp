@@ -16,8 +16,8 @@
 #include "tests/html/rewrite/TestTags.h"
 #include "tests/support/RandomInput.h"
 
-// Random selectors and random tags, beside a matcher that keeps all elements with their attributes, and tries each selector from right to
-// left.
+// Random selectors and random tags, beside a matcher that keeps all elements with their attributes,
+// and tries each selector from right to left.
 
 namespace Kestra::Test {
 namespace {
