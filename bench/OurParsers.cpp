@@ -68,11 +68,12 @@ struct PlaceQuestion {
 template <typename C, typename S, typename Question = NoQuestion>
 class DocumentReader {
 public:
-    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck)
+    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck, GenericParser::ScriptMode scriptMode)
         : flavour(&inputFlavour), feed(&inputFeed), selfCheck(withSelfCheck) {
         if constexpr (std::is_same_v<Question, PlaceQuestion>)
             observer.question.parser = &parser;
         parser.SetObserver(&observer, false);
+        parser.SetScriptMode(scriptMode);
     }
 
     std::uint64_t Read(const Corpus& corpus) {
@@ -105,8 +106,9 @@ private:
 };
 
 template <typename C, typename S, typename Question = NoQuestion>
-Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck) {
-    const auto reader = std::make_shared<DocumentReader<C, S, Question>>(flavour, feed, selfCheck);
+Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck,
+                            GenericParser::ScriptMode scriptMode = GenericParser::SCRIPT_AS_TOKENS) {
+    const auto reader = std::make_shared<DocumentReader<C, S, Question>>(flavour, feed, selfCheck, scriptMode);
     return [reader](const Corpus& corpus) { return reader->Read(corpus); };
 }
 
@@ -157,6 +159,16 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers) {
     }
     Register(corpus, "document/8bit-places/stream/16K",
              [] { return PrepareDocumentReader<char, std::string, PlaceQuestion>(FLAVOURS[0], FEEDS[2], false); });
+}
+
+void RegisterScriptModes(const NamedCorpus& corpus) {
+    const Feed& feed = FEEDS[2];
+    for (const bool asText : {false, true}) {
+        Register(corpus, std::string("document/8bit-scripts-as-") + (asText ? "text/" : "tokens/") + feed.name, [&feed, asText] {
+            return PrepareDocumentReader<char, std::string>(FLAVOURS[0], feed, false,
+                                                            asText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
+        });
+    }
 }
 
 void RegisterStatelessParser(const NamedCorpus& corpus) {

@@ -585,6 +585,18 @@ GenericParser::SelfCheck GenericParser::GetSelfCheck() const {
     return static_cast<SelfCheck>(Ask([](const auto& parser) { return parser.GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
 }
 
+std::uint32_t GenericParser::SetScriptMode(ScriptMode scriptMode) {
+    if (scriptMode != SCRIPT_AS_TOKENS && scriptMode != SCRIPT_AS_TEXT)
+        return PARSER_INVALID_ARGUMENT;
+    narrowParser->SetScriptsAsText(scriptMode == SCRIPT_AS_TEXT);
+    wideParser->SetScriptsAsText(scriptMode == SCRIPT_AS_TEXT);
+    return PARSER_OK;
+}
+
+GenericParser::ScriptMode GenericParser::GetScriptMode() const {
+    return narrowParser->AreScriptsAsText() ? SCRIPT_AS_TEXT : SCRIPT_AS_TOKENS;
+}
+
 std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {
     narrowParser->SetDetectCharsetErrors(detect);
     wideParser->SetDetectCharsetErrors(detect);

@@ -79,6 +79,19 @@ std::uint64_t GetWrittenLength(const Attribute<C, S>& attribute) {
     return name + attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + attribute.value.size() + 2 * GetQuoteLength(attribute);
 }
 
+/// The element whose content follows as text. Browsers see a start tag only where the name follows its "<" at once, and a name only where
+/// white space of theirs, "/" or ">" ends it.
+template <typename C, typename S>
+RawTextElement FindRawTextElement(const StartTagSimpleParserData<C, S>& tag) {
+    const std::basic_string_view<C> name = tag.name;
+    const std::basic_string_view<C> element = RawText<C, S>::CutName(name);
+    if (!tag.closed || !tag.prefix.empty())
+        return RawTextElement::NONE;
+    const S& behind = tag.attributes.empty() ? tag.suffix : tag.attributes[0].prefix;
+    const bool isEnded = behind.empty() ? tag.attributes.empty() : RawText<C, S>::EndsName(behind[0]);
+    return isEnded || element.size() < name.size() ? RawText<C, S>::FindElement(element) : RawTextElement::NONE;
+}
+
 /// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts: "<br/ >" stays the tag "br/".
 template <typename Data>
 void SettleShortTag(Data* data) {
@@ -195,6 +208,10 @@ const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
         nullptr,
         &Parser::ParseJunk,
         &Parser::EndJunk, false},
+    {STATE_RAW_TEXT, OPENED_BY_NONE, ParserNames::TEXT, 0, nullptr,
+        nullptr,
+        &Parser::ParseRawText,
+        &Parser::EndRawText, false},
 };
 // clang-format on
 
@@ -221,6 +238,7 @@ Parser<C, S>::Parser()
       wcharObserver(nullptr),
       inScript(false),
       inStyle(false),
+      scriptsAsText(false),
       selfCheckMode(0),
       inputCrc(0),
       detectCharsetErrors(false),
@@ -392,6 +410,59 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
     return result;
 }
 
+/// The content of an element that has no markup, and its end tag.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ParseRawText() {
+    std::basic_string_view<C> run;
+    const bool isAtEndTag = rawText.Read(&context, &textData.text, &run);
+    if (!isAtEndTag) {
+        textData.text.append(run);
+        const std::uint64_t begun = rawText.GetBegun();
+        if (begun > 0 && begun <= context.position)  // in this piece
+            MarkTokenStart(begun);
+        return SP_NEED_MORE_DATA;
+    }
+    if (rawText.GetBegun() > 0)
+        return ParseCutEndTag();
+    Scan::Advance(context);
+    if (!textData.text.empty()) {
+        textData.text.append(run);
+        DeliverText(1);
+    } else if (!run.empty()) {
+        AssignText(run.data(), run.data() + run.size(), &wholeText);
+        isWholeTextPending = true;
+        Deliver(TextData<C, S>{&wholeText}, 1);
+        isWholeTextPending = false;
+    }
+    return ReadTag();
+}
+
+/// An end tag whose first characters lie in earlier pieces, and were taken for content.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ParseCutEndTag() {
+    const std::size_t contentLength = textData.text.size() - static_cast<std::size_t>(rawText.GetBegun());
+    const S opener = textData.text.substr(contentLength);
+    textData.text.resize(contentLength);
+    rawText.DropBegun();
+    // In the callback only the "<" has been read, wherever the input is cut.
+    const std::uint64_t ahead = opener.size() - 1;
+    context.position -= ahead;
+    context.column -= ahead;
+    DeliverText(1);
+    context.position += ahead;
+    context.column += ahead;
+    Begin(*FindByState(STATE_END_TAG));
+    if (opener.size() == 1) {
+        Scan::Advance(context);  // the "/"
+        return SP_NEED_MORE_DATA;
+    }
+    SimpleParserContext<C, S> name;
+    name.buffer = opener.data();
+    name.position = 2;
+    name.length = opener.size();
+    return endTag.Parse(&name, &endTagData);
+}
+
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseGenericTag() {
     const std::uint32_t result = genericTag.Parse(&context, &genericTagData);
@@ -460,12 +531,20 @@ template <typename C, typename S>
 template <bool IS_WHOLE>
 std::uint32_t Parser<C, S>::FinishStartTag() {
     SettleShortTag(&startTagData);
+    const bool asText = scriptsAsText;
+    const RawTextElement element = asText ? FindRawTextElement(startTagData) : RawTextElement::NONE;
     DeliverStartTag();
     if (NeedsOtherCharset())
         return PARSER_PARSE_AGAIN;
-    if (!startTagData.selfClosing)
+    if (asText)
+        NotifyOfRawText(element);
+    else if (!startTagData.selfClosing)
         SettleScriptAndStyle(startTagData.name, true);
     GoOnWithText<IS_WHOLE>();
+    if (element != RawTextElement::NONE) {
+        rawText.Begin(element, StringNS::CharSet::IsIso2022(charset));
+        SetActive(*FindByState(STATE_RAW_TEXT));
+    }
     return SP_NEED_MORE_DATA;
 }
 
@@ -487,7 +566,8 @@ std::uint32_t Parser<C, S>::FinishEndTag() {
         return SP_NEED_MORE_DATA;
     }
     DeliverEndTag();
-    SettleScriptAndStyle(endTagData.name, false);
+    const std::basic_string_view<C> name = endTagData.name;
+    SettleScriptAndStyle(scriptsAsText ? RawText<C, S>::CutName(name) : name, false);
     GoOnWithText<IS_WHOLE>();
     return SP_NEED_MORE_DATA;
 }
@@ -662,6 +742,7 @@ void Parser<C, S>::VisitBuffers(Visitor& visit) {
     if (state != STATE_JUNK)
         Buffers::Visit(junk, junkData, visit);
     Buffers::Visit(jsRegEx, jsRegExData, visit);
+    Buffers::Visit(rawText, visit);
     visit(declaredName);
     Buffers::Visit(converter, visit);
 }
@@ -705,6 +786,13 @@ std::uint32_t Parser<C, S>::EndText() {
     if (result == SP_TOKEN_COMPLETE)
         DeliverText(0);
     return result;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::EndRawText() {
+    rawText.End(&textData.text);
+    DeliverText(0);
+    return SP_TOKEN_COMPLETE;
 }
 
 template <typename C, typename S>
@@ -953,7 +1041,7 @@ void Parser<C, S>::DeliverJunk() {
 
 /// A `script` or `style` tag was delivered: tells the observer and switches the mode, also when an end tag is a stray one.
 template <typename C, typename S>
-void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
+void Parser<C, S>::SettleScriptAndStyle(std::basic_string_view<C> name, bool starts) {
     if (EqualsKeyword(name, "script")) {
         Notify([starts](auto* observer) { starts ? observer->OnJSTagStart() : observer->OnJSTagEnd(); });
         inScript = starts;
@@ -961,6 +1049,15 @@ void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
         Notify([starts](auto* observer) { starts ? observer->OnCSSTagStart() : observer->OnCSSTagEnd(); });
         inStyle = starts;
     }
+}
+
+/// The same for a tag after which the content is text.
+template <typename C, typename S>
+void Parser<C, S>::NotifyOfRawText(RawTextElement element) {
+    if (element == RawTextElement::SCRIPT)
+        Notify([](auto* observer) { observer->OnJSTagStart(); });
+    else if (element == RawTextElement::STYLE)
+        Notify([](auto* observer) { observer->OnCSSTagStart(); });
 }
 
 /// Applies the charset that a `meta` tag declares, the first one that an observer has heard of. In `OnCharset` it is in force, and what
@@ -1019,6 +1116,11 @@ void Parser<C, S>::SetDiscoverCharset(bool discover) {
 template <typename C, typename S>
 void Parser<C, S>::SetSelfCheckMode(std::uint32_t mode) {
     selfCheckMode = mode;
+}
+
+template <typename C, typename S>
+void Parser<C, S>::SetScriptsAsText(bool asText) {
+    scriptsAsText = asText;
 }
 
 template <typename C, typename S>
@@ -1148,6 +1250,11 @@ StringNS::CharSet::Code Parser<C, S>::GetCharset() const {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::GetSelfCheckMode() const {
     return selfCheckMode;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::AreScriptsAsText() const {
+    return scriptsAsText;
 }
 
 template <typename C, typename S>

@@ -273,6 +273,7 @@ std::string Fault(std::string_view document, const PlacedReading& reading, const
     GenericParser parser;
     PlaceObserver<C, S> observer(&parser, document, reading, !cuts.empty() || document.size() > GenericParser::BUFFER_SIZE);
     parser.SetObserver(&observer, false);
+    parser.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
     const StringNS::CharSet::Code charset = reading.wideObserver ? StringNS::CharSet::ISO_8859_1 : reading.charset;
     parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
     CutInputStream stream;
