@@ -26,8 +26,8 @@ namespace Kestra::HTML {
 ///
 /// A start tag costs time in proportion to the compounds of all selectors, an end tag to what it
 /// closes; both search a map of the names that are open. What depends on attributes is settled when
-/// the tag comes: an open element keeps its name, and sets of compounds where they differ from those
-/// of its parent.
+/// the tag comes: an open element keeps its name, and sets of compounds where they differ from
+/// those of its parent.
 ///
 /// When an allocation fails, or what is asked about a tag throws, the call has changed nothing.
 class OpenElements {

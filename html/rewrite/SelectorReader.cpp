@@ -27,7 +27,8 @@ std::size_t MeasureCharacter(std::string_view text, std::size_t place) {
     if (first < 0x80)
         return 1;
     const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    // The second byte rules out what is longer than it need be, surrogates, and what lies beyond the last code point.
+    // The second byte rules out what is longer than it need be, surrogates, and what lies beyond
+    // the last code point.
     const unsigned low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
     const unsigned high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
     if (first < 0xC2 || first > 0xF4 || byteAt(place + 1) < low || byteAt(place + 1) > high)
@@ -141,7 +142,7 @@ public:
     /// What was refused.
     std::string GetMessage() const {
         const auto passed = static_cast<std::size_t>(errorPlace - std::count_if(text.begin(), text.begin() + errorPlace, IsContinuation));
-        return "character " + std::to_string(passed + 1) + ": " + error;
+        return std::string("character ") + std::to_string(passed + 1) + ": " + error;
     }
 
 private:

@@ -15,8 +15,8 @@ namespace {
 /// Longer values are freed when their tag is done with.
 constexpr std::size_t KEPT_VALUE_SIZE = 1024;
 
-/// The length of the longest border of each begin of `value`: of what is both its begin and its end,
-/// and shorter than itself.
+/// The length of the longest border of each begin of `value`: of what is both its begin and its
+/// end, and shorter than itself.
 std::vector<std::size_t> FindBorders(std::string_view value) {
     std::vector<std::size_t> borders(value.size(), 0);
     for (std::size_t i = 1, length = 0; i < value.size(); ++i) {

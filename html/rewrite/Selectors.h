@@ -33,9 +33,9 @@ public:
 ///
 /// Every compound of every selector has a bit, those of one selector side by side, from left to
 /// right. What an element matches is a set of bits, and the bits of an element follow from those of
-/// its parent and its ancestors: a compound can match where the bit before its own is set there, and
-/// a selector matches where the bit of its last compound is set. So a start tag is tried against
-/// each compound once, whatever its depth.
+/// its parent and its ancestors: a compound can match where the bit before its own is set there,
+/// and a selector matches where the bit of its last compound is set. So a start tag is tried
+/// against each compound once, whatever its depth.
 ///
 /// Types and names of attributes are compared without the case of "A" to "Z"; ids, classes and
 /// values exactly, unless the flag "i" asks for the same. So the attributes whose values browsers
@@ -46,8 +46,8 @@ public:
 
     static constexpr std::size_t WORD_BITS = 64;
 
-    /// What was asked about the tag at hand. Kept from tag to tag, so that memory is allocated once;
-    /// long values are freed.
+    /// What was asked about the tag at hand. Kept from tag to tag, so that memory is allocated
+    /// once; long values are freed.
     class Scratch {
     private:
         friend class SelectorSet;

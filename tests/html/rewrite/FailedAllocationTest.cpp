@@ -11,7 +11,8 @@
 #include "tests/html/rewrite/TestTags.h"
 #include "tests/support/FailingNew.h"
 
-// What is left of selectors and open elements when one allocation fails, for each allocation in turn.
+// What is left of selectors and open elements when one allocation fails, for each allocation in
+// turn.
 
 namespace Kestra::Test {
 namespace {

@@ -308,7 +308,7 @@ std::ptrdiff_t MeasureHeap(Function function) {
     return static_cast<std::ptrdiff_t>(GetHeapSize()) - before;
 }
 
-constexpr std::ptrdiff_t LITTLE = 64 * 1024;
+constexpr std::ptrdiff_t LITTLE = 65536;
 
 TEST(OpenElementsTest, ForgetNamesThatAreNoLongerOpen) {
     constexpr std::size_t OPEN = 20;
@@ -368,7 +368,8 @@ TEST(OpenElementsTest, KeepNoValues) {
 }
 
 TEST(OpenElementsTest, ShareWhatElementsMatch) {
-    // A set of all these compounds takes 2,500 bytes; an element with sets of its own has up to two.
+    // A set of all these compounds takes 2,500 bytes; an element with sets of its own has up to
+    // two.
     constexpr std::size_t COUNT = 1000;
     SelectorSet selectors;
     for (int i = 0; i < 10000; ++i)

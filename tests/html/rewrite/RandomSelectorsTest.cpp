@@ -16,8 +16,8 @@
 #include "tests/html/rewrite/TestTags.h"
 #include "tests/support/RandomInput.h"
 
-// Random selectors and random tags, beside a matcher that keeps all elements with their attributes, and tries each selector from right to
-// left.
+// Random selectors and random tags, beside a matcher that keeps all elements with their attributes,
+// and tries each selector from right to left.
 
 namespace Kestra::Test {
 namespace {
@@ -311,7 +311,7 @@ void Compare(std::uint32_t seed, std::size_t selectorCount, std::size_t tagCount
     }
     std::string names;
     for (auto element = innermost; element != nullptr; element = element->parent)
-        names = element->tag.name + (names.empty() ? "" : " ") + names;
+        names.insert(0, names.empty() ? element->tag.name : element->tag.name + ' ');
     ASSERT_EQ(JoinNames(open), names);
 }
 

@@ -1,13 +1,14 @@
-// Matches the selectors of standard input with the tags that follow them, for the comparison with another matcher. Each line is a letter
-// and words, every text being the UTF-8 of it in hexadecimal:
+// Matches the selectors of standard input with the tags that follow them, for the comparison with
+// another matcher. Each line is a letter and words, every text being the UTF-8 of it in
+// hexadecimal:
 //
 //     n                              a new document, without selectors
 //     s =SELECTOR                    the next selector
 //     o =NAME SHORT (NAME=VALUE)*    a start tag; SHORT is 0 or 1
 //     c =NAME                        an end tag
 //
-// The answer to each is a line: "read" or "refused" to a selector, and to a start tag the numbers of the selectors that match. Others get
-// an empty one.
+// The answer to each is a line: "read" or "refused" to a selector, and to a start tag the numbers
+// of the selectors that match. Others get an empty one.
 #include <cstdlib>
 #include <iostream>
 #include <memory>

@@ -17,8 +17,8 @@ using HTML::ReadSelector;
 using HTML::SelectorCompound;
 using HTML::SelectorCondition;
 
-/// Selectors as they were read: "/" before a child, " " before a descendant; conditions with their operators and values in "{}", with an
-/// "i" where the case is ignored; "!" for what is never true.
+/// Selectors as they were read: "/" before a child, " " before a descendant; conditions with their
+/// operators and values in "{}", with an "i" where the case is ignored; "!" for what is never true.
 std::string Describe(const std::vector<SelectorCompound>& compounds) {
     std::string described;
     for (const SelectorCompound& compound : compounds) {
@@ -242,10 +242,12 @@ TEST(SelectorReaderTest, SaysWhatIsWrong) {
 }
 
 TEST(SelectorReaderTest, ReadsEveryShortTextToItsEnd) {
-    // Whatever the text, it is read or refused at one of its characters, or right after the last one. In heap blocks of its exact size.
+    // Whatever the text, it is read or refused at one of its characters, or right after the last
+    // one. In heap blocks of its exact size.
     constexpr std::string_view CHARACTERS = "a1-*#.[]='\\ \n>i~|";
+    constexpr std::size_t TEXTS = CHARACTERS.size() * CHARACTERS.size() * CHARACTERS.size() * CHARACTERS.size();
     std::size_t read = 0;
-    for (std::size_t number = 0; number < 17 * 17 * 17 * 17; ++number) {
+    for (std::size_t number = 0; number < TEXTS; ++number) {
         std::vector<char> text;
         for (std::size_t rest = number; rest > 0; rest /= CHARACTERS.size())
             text.push_back(CHARACTERS[rest % CHARACTERS.size()]);

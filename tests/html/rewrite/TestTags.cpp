@@ -58,15 +58,19 @@ std::vector<std::size_t> Take(const TestTag& tag, HTML::OpenElements* open) {
 
 std::string Join(const std::vector<std::size_t>& numbers) {
     std::string joined;
-    for (const std::size_t number : numbers)
-        joined += (joined.empty() ? "" : " ") + std::to_string(number);
+    for (const std::size_t number : numbers) {
+        joined += joined.empty() ? "" : " ";
+        joined += std::to_string(number);
+    }
     return joined;
 }
 
 std::string JoinNames(const HTML::OpenElements& open) {
     std::string joined;
-    for (std::size_t i = 0; i < open.GetDepth(); ++i)
-        joined += (joined.empty() ? "" : " ") + std::string(open.GetName(i));
+    for (std::size_t i = 0; i < open.GetDepth(); ++i) {
+        joined += joined.empty() ? "" : " ";
+        joined += open.GetName(i);
+    }
     return joined;
 }
 

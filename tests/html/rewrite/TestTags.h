@@ -22,7 +22,8 @@ struct TestTag final : HTML::TagAttributes {
     mutable std::vector<std::string> questions;  ///< what was asked: a name, with "=" where the value was
 };
 
-/// Reads tags one after another: "<a id='x' class='y z' hidden>", "<b/>", "</a>". Values always have apostrophes.
+/// Reads tags one after another: "<a id='x' class='y z' hidden>", "<b/>", "</a>". Values always
+/// have apostrophes.
 std::vector<TestTag> ReadTags(std::string_view markup);
 
 /// Opens or closes elements. @return the matches of a start tag
