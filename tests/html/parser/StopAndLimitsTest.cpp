@@ -55,6 +55,7 @@ struct StoppedParser {
         };
     }
 
+    std::string document = EVERY_CALLBACK;
     GenericParser parser;
     Lines lines;
     Observer observer;
@@ -75,7 +76,7 @@ Results Play(StoppedParser<Observer>* player, bool hasMark, std::size_t pieceSiz
     Results results = {parser->StartParse(1252, hasMark ? GenericParser::DATA_STREAM_AUTO : TYPE)};
     if (results.back() != 0)
         return results;
-    const std::string bytes = (!hasMark ? "" : WIDE ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor(EVERY_CALLBACK, WIDE);
+    const std::string bytes = (!hasMark ? "" : WIDE ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor(player->document, WIDE);
     if (pieceSize == 0) {
         VFS::MemoryInputStream stream(bytes);
         results.push_back(parser->ParseStream(&stream, false));
@@ -96,17 +97,22 @@ class StopTest : public testing::Test {};
 using Observers = testing::Types<NarrowObserver, WideObserver>;
 TYPED_TEST_SUITE(StopTest, Observers);
 
-TYPED_TEST(StopTest, InEveryCallback) {
+template <typename Observer>
+void CheckStops(const std::string& document, GenericParser::ScriptMode scriptMode) {
     for (const bool hasMark : {false, true}) {
         for (const std::size_t pieceSize : {0, 2, 1000}) {
             SCOPED_TRACE("pieces of " + std::to_string(pieceSize) + (hasMark ? ", with a mark" : ""));
-            StoppedParser<TypeParam> whole;
+            StoppedParser<Observer> whole;
+            whole.document = document;
+            whole.parser.SetScriptMode(scriptMode);
             std::size_t beforeEnd = 0;
             const Results wholeResults = Play(&whole, hasMark, pieceSize, &beforeEnd);
-            ASSERT_GT(whole.lines.size(), 20U);
+            ASSERT_GT(whole.lines.size(), 15U);
             for (std::size_t i = 0; i < whole.lines.size(); ++i) {
                 SCOPED_TRACE("in " + whole.lines[i]);
-                StoppedParser<TypeParam> stopped;
+                StoppedParser<Observer> stopped;
+                stopped.document = document;
+                stopped.parser.SetScriptMode(scriptMode);
                 stopped.StopIn(i);
                 std::size_t ignored = 0;
                 const Results results = Play(&stopped, hasMark, pieceSize, &ignored);
@@ -138,6 +144,15 @@ TYPED_TEST(StopTest, InEveryCallback) {
             }
         }
     }
+}
+
+TYPED_TEST(StopTest, InEveryCallback) {
+    CheckStops<TypeParam>(EVERY_CALLBACK, GenericParser::SCRIPT_AS_TOKENS);
+}
+
+TYPED_TEST(StopTest, AroundScriptsAsText) {
+    CheckStops<TypeParam>("<title>a</title><script>b</script><style>c</style><xmp></xmp><title>d</titled</title>e",
+                          GenericParser::SCRIPT_AS_TEXT);
 }
 
 TYPED_TEST(StopTest, AnExceptionPassesAndTheStopHolds) {
@@ -233,6 +248,7 @@ struct LimitRow {
     std::string after;
     bool isKnownAtEnd = false;  ///< that it is so long, only when the input ends
     bool needsStream = false;
+    GenericParser::ScriptMode scriptMode = GenericParser::SCRIPT_AS_TOKENS;
 };
 
 void CheckLimits(const LimitRow& row, const Route& route, Feed feed) {
@@ -240,6 +256,7 @@ void CheckLimits(const LimitRow& row, const Route& route, Feed feed) {
     const std::uint64_t size = row.token.size() * (route.wideInput ? 2 : 1);
     ForEverySplit(document.size(), [&](const Cuts& cuts) {
         DocumentSettings settings = SettingsFor(route, feed);
+        settings.scriptMode = row.scriptMode;
         const DocumentRun whole = ParseBy(route, document, cuts, settings);
         settings.prepare = [size](GenericParser* parser) { parser->SetMaxTokenSize(size); };
         const DocumentRun allowed = ParseBy(route, document, cuts, settings);
@@ -260,6 +277,8 @@ TEST(LimitTest, EveryKindOfToken) {
     const Lines tag = {"start(|a||)"};
     const Lines script = {"start(|script||)", "js-start"};
     const Lines style = {"start(|style||)", "css-start"};
+    const Lines title = {"start(|title||)"};
+    constexpr GenericParser::ScriptMode AS_TEXT = GenericParser::SCRIPT_AS_TEXT;
     const LimitRow rows[] = {
         {"text", "<a>", tag, "bcdefghijklm", "<e>"},
         {"text at the end of the input", "<a>", tag, "bcdefghijklm", ""},
@@ -289,6 +308,13 @@ TEST(LimitTest, EveryKindOfToken) {
         {"a line comment in front of a section", "<script>", script, "//bcdefghijklm", "<![CDATA[]]>"},
         {"a line comment in front of a condition", "<script>", script, "//bcdefghijklm", "<![endif]>"},
         {"a regular expression", "<script>", script, "/bcdefghijklm", "\nn"},
+        {"a script as text", "<script>", script, "b'defgh//klm", "</script>", false, false, AS_TEXT},
+        {"a script in a script", "<script>", script, "<!--<script></script>-->", "</script >n", false, false, AS_TEXT},
+        {"a style sheet as text", "<style>", style, "b/*def'ghijklm", "</STYLE/>n", false, false, AS_TEXT},
+        {"a title that does not end at once", "<title>", title, "bc</title</tit</titles>", "</title>n", false, false, AS_TEXT},
+        {"a title that the input ends", "<title>", title, "bcdefghijklmn", "", false, false, AS_TEXT},
+        {"and what could begin its end tag", "<title>", title, "bcdefghi</title", "", true, false, AS_TEXT},
+        {"the end tag after a title", "<title>b", {"start(|title||)", "text(b)"}, "</title cdefghijklm>", "n", false, false, AS_TEXT},
         {"a construct that fails", "<a>", tag, "<bcdefgh ijk / ", ">l", false, true},
         {"the rest of its junk", "<a><b c / ", {"start(|a||)", "junk(<b c / )"}, "defghijklmno", "<p>", false, true},
         {"an instruction that stays open", "<a>", tag, "<?bcdefghijklm", "", false, true},
