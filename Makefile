@@ -20,7 +20,7 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench bench-hostile corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
+.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -29,6 +29,7 @@ help:
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
+	@echo 'make compare-scripts  compare where tags lie around scripts as text with another tokenizer, over real pages'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
 	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
@@ -77,7 +78,7 @@ bench:
 	setup/bench-peers build/bench
 	cmake --preset release -DKESTRA_BENCH_PEERS=ON
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
-	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large)'
+	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large|scripts)'
 
 # Memory is kept once it is there: getting it from the system takes longer than most of these inputs, and not in proportion to their size.
 bench-hostile:
@@ -87,6 +88,15 @@ bench-hostile:
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@GLIBC_TUNABLES=glibc.malloc.mmap_max=0:glibc.malloc.trim_threshold=17179869184 \
 	    bench/run build/release/bin/kestra-bench build/bench hostile '^(hostile|web/document/8bit/stream/16K|web-without-scripts/stateless/stream)'
+
+# The web pages of the benchmarks, with scripts as text, by the library and by parse5.
+compare-scripts:
+	@setup/install build bench
+	setup/bench-corpora build/bench
+	setup/test-peers build/release/test-peers
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target tag-lister
+	tests/html/parser/peer/compare-with-peer build/release/test-peers/parse5 build/release/bin/tag-lister build/bench/web.txt
 
 corpus:
 	@setup/install build corpus

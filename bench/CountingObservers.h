@@ -7,8 +7,14 @@
 
 namespace Kestra::Bench {
 
+/// Asks nothing at a token.
+struct NoQuestion {
+    void operator()() {}
+};
+
 /// Counts tokens, attributes and the characters of texts and names, so that every record is looked at.
-template <typename C, typename S>
+/// @tparam Question  called at every token
+template <typename C, typename S, typename Question = NoQuestion>
 class CountingObserver final : public HTML::ParserObserver<C, S> {
 public:
     void OnText(HTML::TextData<C, S>* data) override {
@@ -58,17 +64,20 @@ public:
     void OnJunkData(HTML::JunkData<C, S>* data) override {
         ++tokens;
         junk += data->text->size();
+        question();
     }
 
     std::uint64_t tokens = 0;
     std::uint64_t attributes = 0;  ///< and the items of declarations
     std::uint64_t characters = 0;
     std::uint64_t junk = 0;  ///< bytes
+    Question question;
 
 private:
     void Count(const S& text) {
         ++tokens;
         characters += text.size();
+        question();
     }
 };
 

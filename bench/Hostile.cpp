@@ -9,6 +9,7 @@ namespace Kestra::Bench {
 
 namespace {
 
+using HTML::GenericParser;
 using StringNS::CharSet;
 
 constexpr std::uint64_t HALF_A_MILLION = 500'000;
@@ -92,6 +93,15 @@ const HostileInput INPUTS[] = {
     {"foreign-end-tags-without-name", "<script>", "</", "</script>", BOTH},
     {"foreign-tags", "<script>", "<b ", "</script>", BOTH},
     {"foreign-end-tags-in-style", "<style>", "</b>", "</style>", BOTH},
+    // The same where a script is text, and what counts there.
+    {"text-script-openers", "<script>", "<", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-end-tags-almost", "<script>", "</scrip", "</script>", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-escapes", "<script>", "<!--<script>", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-escapes-closed", "<script>", "<!--<script></script>-->", "</script>", DOCUMENT, SIZE, READ, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-escape-closers", "<script><!-- ", ">", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-contents", "", "<title></title>", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-iso-2022-runs", "<xmp>", "\x1B$B<\x1B(B", "", DOCUMENT, SIZE, READ, CharSet::ISO_2022_JP, GenericParser::SCRIPT_AS_TEXT},
     // Failures that become junk, each read again.
     {"failing-tags", "", "<a b / >", "", DOCUMENT | EARLY_JUNK},
     {"failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | EARLY_JUNK, LONG},
@@ -107,6 +117,7 @@ const HostileInput INPUTS[] = {
     {"one-byte-attributes", "<a", " b=1", ">", BOTH, 4 * HALF_A_MILLION, 1},
     {"one-byte-open-value", "<a b='", "text ", "", BOTH | JUNK, SIZE, 1},
     {"one-byte-open-comment", "<!--", "- ", "", BOTH, SIZE, 1},
+    {"one-byte-text-script", "<script>", "</scrip", "</script>", DOCUMENT, SIZE, 1, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
     {"one-byte-failing-tags", "", "<a b / >", "", DOCUMENT | EARLY_JUNK, SIZE, 1},
     {"one-byte-failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | EARLY_JUNK, SIZE, 1},
 };
@@ -115,6 +126,7 @@ HostileReading ReadDocument(const HostileInput& input, HostileFeed feed, const s
     CountingObserver<char, std::string> observer;
     HTML::GenericParser parser;
     parser.SetObserver(&observer, false);
+    parser.SetScriptMode(input.scriptMode);
     parser.StartParse(input.charset, HTML::GenericParser::DATA_STREAM_8BIT);
     parser.SetSelfCheck(selfCheck ? HTML::GenericParser::SELF_CHECK_CRC : HTML::GenericParser::SELF_CHECK_OFF);
     if (feed == HostileFeed::BUFFER) {

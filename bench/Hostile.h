@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 
 namespace Kestra::Bench {
@@ -34,6 +35,7 @@ struct HostileInput {
     std::uint64_t size = 4'000'000;  ///< bytes for a benchmark, which reads twice as many as well
     std::uint64_t piece = 16384;     ///< bytes that the stream hands over at once
     StringNS::CharSet::Code charset = StringNS::CharSet::UTF8;
+    HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
 };
 
 std::span<const HostileInput> HostileInputs();

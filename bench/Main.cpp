@@ -1,6 +1,7 @@
 // Megabytes per second of the parsers, of the limits and of the peers, over the same documents.
 //
-//     kestra-bench [--corpora=FOLDER] [--benchmark_...]        FOLDER has the lists web.txt, wiki.txt and large.txt
+//     kestra-bench [--corpora=FOLDER] [--benchmark_...]        FOLDER has the lists web.txt, wiki.txt,
+//                                                              large.txt and scripts.txt
 
 #include <benchmark/benchmark.h>
 
@@ -23,6 +24,7 @@ constexpr std::string_view CORPORA_OPTION = "--corpora=";
 void RegisterAll(const NamedCorpus& corpus, const std::string& list) {
     RegisterLimits(corpus);
     RegisterDocumentParser(corpus, true);
+    RegisterScriptModes(corpus);
     RegisterPeers(corpus, list);
     // The stateless parser, and what it is compared with, over the same bytes: those that it can take.
     const NamedCorpus withoutScripts(corpus.Name() + "-without-scripts", [corpus] { return WithoutScripts(corpus.Get()); });
@@ -30,13 +32,13 @@ void RegisterAll(const NamedCorpus& corpus, const std::string& list) {
     RegisterHtmlcxx(withoutScripts);
 }
 
-bool RegisterList(const std::string& folder, const std::string& name) {
+bool RegisterList(const std::string& folder, const std::string& name, void (*registerRows)(const NamedCorpus&, const std::string&)) {
     const std::string list = folder + "/" + name + ".txt";
     if (!std::filesystem::exists(list)) {
         std::fprintf(stderr, "kestra-bench: there is no %s\n", list.c_str());
         return false;
     }
-    RegisterAll(NamedCorpus(name, [list] { return LoadList(list); }), list);
+    registerRows(NamedCorpus(name, [list] { return LoadList(list); }), list);
     return true;
 }
 
@@ -50,9 +52,11 @@ int main(int argc, char** argv) {
     if (argc > 1 && std::string_view(argv[1]).starts_with(CORPORA_OPTION)) {
         const std::string folder = argv[1] + CORPORA_OPTION.size();
         for (const char* name : {"web", "wiki", "large"}) {
-            if (!RegisterList(folder, name))
+            if (!RegisterList(folder, name, RegisterAll))
                 return 2;
         }
+        if (!RegisterList(folder, "scripts", [](const NamedCorpus& corpus, const std::string&) { RegisterScriptModes(corpus); }))
+            return 2;
         argv[1] = argv[0];
         ++argv;
         --argc;

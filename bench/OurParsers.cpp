@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "bench/Benchmarks.h"
 #include "bench/CountingObservers.h"
@@ -51,12 +52,28 @@ constexpr Feed STATELESS_FEEDS[] = {
     {"buffer/whole", false, WHOLE},
 };
 
-template <typename C, typename S>
+/// Asks where the token lies.
+struct PlaceQuestion {
+    void operator()() {
+        bytes += Length(parser->GetTokenPlace());
+    }
+    static std::uint64_t Length(const HTML::TokenPlace& place) {
+        return place.end - place.begin;
+    }
+
+    const GenericParser* parser = nullptr;
+    std::uint64_t bytes = 0;
+};
+
+template <typename C, typename S, typename Question = NoQuestion>
 class DocumentReader {
 public:
-    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck)
+    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck, GenericParser::ScriptMode scriptMode)
         : flavour(&inputFlavour), feed(&inputFeed), selfCheck(withSelfCheck) {
+        if constexpr (std::is_same_v<Question, PlaceQuestion>)
+            observer.question.parser = &parser;
         parser.SetObserver(&observer, false);
+        parser.SetScriptMode(scriptMode);
     }
 
     std::uint64_t Read(const Corpus& corpus) {
@@ -84,13 +101,14 @@ private:
     const Flavour* flavour;
     const Feed* feed;
     bool selfCheck;
-    CountingObserver<C, S> observer;
+    CountingObserver<C, S, Question> observer;
     GenericParser parser;
 };
 
-template <typename C, typename S>
-Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck) {
-    const auto reader = std::make_shared<DocumentReader<C, S>>(flavour, feed, selfCheck);
+template <typename C, typename S, typename Question = NoQuestion>
+Round PrepareDocumentReader(const Flavour& flavour, const Feed& feed, bool selfCheck,
+                            GenericParser::ScriptMode scriptMode = GenericParser::SCRIPT_AS_TOKENS) {
+    const auto reader = std::make_shared<DocumentReader<C, S, Question>>(flavour, feed, selfCheck, scriptMode);
     return [reader](const Corpus& corpus) { return reader->Read(corpus); };
 }
 
@@ -138,6 +156,18 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers) {
                 });
             }
         }
+    }
+    Register(corpus, "document/8bit-places/stream/16K",
+             [] { return PrepareDocumentReader<char, std::string, PlaceQuestion>(FLAVOURS[0], FEEDS[2], false); });
+}
+
+void RegisterScriptModes(const NamedCorpus& corpus) {
+    const Feed& feed = FEEDS[2];
+    for (const bool asText : {false, true}) {
+        Register(corpus, std::string("document/8bit-scripts-as-") + (asText ? "text/" : "tokens/") + feed.name, [&feed, asText] {
+            return PrepareDocumentReader<char, std::string>(FLAVOURS[0], feed, false,
+                                                            asText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
+        });
     }
 }
 

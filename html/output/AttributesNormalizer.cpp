@@ -1,7 +1,10 @@
 #include "html/output/AttributesNormalizer.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/Scan.h"
+#include "html/framework/SimpleParserContext.h"
 #include "html/framework/TakeText.h"
+#include "html/text/DQuoteStringSimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -30,6 +33,83 @@ void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
     to->hasValue = from->hasValue;
 }
 
+/// Takes a folded value apart, from its first character on.
+template <typename C, typename S>
+class ValueSplitter {
+public:
+    ValueSplitter(const S& foldedValue, std::uint32_t splitOptions) : value(foldedValue), options(splitOptions), position(0) {}
+
+    bool AtEnd() const {
+        return position == value.size();
+    }
+
+    /// The value as it was written. One that took words up begins with a quote only when it was quoted.
+    void TakeValue(Attribute<C, S>* part) {
+        const C first = AtEnd() ? C() : value[0];
+        const std::size_t closing = first == '"' || first == '\'' ? FindClosingQuote(first) : S::npos;
+        if (closing == S::npos) {
+            while (!AtEnd() && value[position] != '<' && !IsWhiteSpace(value[position]))
+                ++position;
+            part->value.assign(value, 0, position);
+            return;
+        }
+        part->value.assign(value, 1, closing - 1);
+        part->quote = first == '"' ? QUOTE_DOUBLE : QUOTE_SINGLE;
+        position = closing + 1;
+    }
+
+    /// A bare word and the white space before it; all that is left when it is the last one.
+    void TakeWord(Attribute<C, S>* part) {
+        TakeWhile(&part->prefix, true);
+        TakeWhile(&part->name, false);
+        std::size_t next = position;
+        while (next < value.size() && IsWhiteSpace(value[next]))
+            ++next;
+        if (next != value.size())
+            return;
+        part->beforeEquals.assign(value, position);
+        position = next;
+    }
+
+private:
+    bool IsWhiteSpace(C character) const {
+        return IsSpace(character) && ((options & SPLIT_NARROW_SPACES) == 0 || character < 0x80);
+    }
+
+    void TakeWhile(S* run, bool isWhiteSpace) {
+        const std::size_t begin = position;
+        while (!AtEnd() && IsWhiteSpace(value[position]) == isWhiteSpace)
+            ++position;
+        run->assign(value, begin, position - begin);
+    }
+
+    std::size_t FindClosingQuote(C quote) const {
+        if (quote == '\'' || (options & SPLIT_ESCAPE_RUNS) == 0)
+            return value.find(quote, 1);
+        SimpleParserContext<C, S> context;
+        context.Init();
+        context.buffer = value.data();
+        context.position = 1;
+        context.length = value.size();
+        DQuoteStringSimpleParser<C, S> string;
+        DQuoteStringSimpleParserData<C, S> data;
+        string.BeginParse(&data);
+        data.allowEscape2022 = true;
+        while (!Scan::AtEnd(context)) {
+            const std::uint32_t result = string.Parse(&context, &data);
+            if (result == SP_TOKEN_COMPLETE)
+                return static_cast<std::size_t>(context.position) - 1;
+            if (result != SP_NEED_MORE_DATA)
+                break;
+        }
+        return S::npos;
+    }
+
+    const S& value;
+    std::uint32_t options;
+    std::size_t position;
+};
+
 }  // namespace
 
 template <typename C, typename S>
@@ -52,6 +132,33 @@ void AttributesNormalizer<C, S>::Normalize(Vector<Attribute<C, S>>* attributes) 
         anchor.value += list[i].beforeEquals;
     }
     list.Truncate(kept);
+}
+
+template <typename C, typename S>
+void AttributesNormalizer<C, S>::Split(const Attribute<C, S>& attribute, std::uint32_t options, Vector<Attribute<C, S>>* parts) {
+    parts->clear();
+    if (!attribute.hasValue || attribute.quote != QUOTE_NONE) {
+        parts->push_back(attribute);
+        return;
+    }
+    ValueSplitter<C, S> splitter(attribute.value, options);
+    Attribute<C, S>& first = parts->AppendRecycled();
+    first.prefix = attribute.prefix;
+    first.name = attribute.name;
+    first.beforeEquals = attribute.beforeEquals;
+    first.afterEquals = attribute.afterEquals;
+    first.quote = QUOTE_NONE;
+    first.hasValue = true;
+    splitter.TakeValue(&first);
+    while (!splitter.AtEnd()) {
+        Attribute<C, S>& word = parts->AppendRecycled();
+        word.afterEquals.clear();
+        word.beforeEquals.clear();
+        word.value.clear();
+        word.quote = QUOTE_NONE;
+        word.hasValue = false;
+        splitter.TakeWord(&word);
+    }
 }
 
 KESTRA_HTML_INSTANTIATE(AttributesNormalizer);

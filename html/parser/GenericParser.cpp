@@ -526,6 +526,13 @@ std::uint32_t GenericParser::GetAttributePlace(std::uint64_t index, AttributePla
     return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
 }
 
+std::uint32_t GenericParser::GetAttributeParts(std::uint64_t index, std::vector<AttributePlace>* places) const {
+    if (places == nullptr)
+        return PARSER_INVALID_ARGUMENT;
+    const auto find = [index, places](const auto& parser) { return parser.GetAttributeParts(static_cast<std::size_t>(index), places); };
+    return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
+}
+
 std::uint64_t GenericParser::GetLine() const {
     return Ask([](const auto& parser) { return parser.GetLine(); }, std::uint64_t{1});
 }
@@ -576,6 +583,18 @@ std::uint32_t GenericParser::SetSelfCheck(SelfCheck selfCheck) {
 
 GenericParser::SelfCheck GenericParser::GetSelfCheck() const {
     return static_cast<SelfCheck>(Ask([](const auto& parser) { return parser.GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
+}
+
+std::uint32_t GenericParser::SetScriptMode(ScriptMode scriptMode) {
+    if (scriptMode != SCRIPT_AS_TOKENS && scriptMode != SCRIPT_AS_TEXT)
+        return PARSER_INVALID_ARGUMENT;
+    narrowParser->SetScriptsAsText(scriptMode == SCRIPT_AS_TEXT);
+    wideParser->SetScriptsAsText(scriptMode == SCRIPT_AS_TEXT);
+    return PARSER_OK;
+}
+
+GenericParser::ScriptMode GenericParser::GetScriptMode() const {
+    return narrowParser->AreScriptsAsText() ? SCRIPT_AS_TEXT : SCRIPT_AS_TOKENS;
 }
 
 std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {

@@ -62,6 +62,11 @@ public:
         DATA_STREAM_UTF16 = 2,  ///< UTF-16, low byte first
     };
 
+    enum ScriptMode : std::uint32_t {
+        SCRIPT_AS_TOKENS = 0,  ///< strings and comments in script and style are tokens, and a string may hide an end tag
+        SCRIPT_AS_TEXT = 1,    ///< the content of scripts and the like is one text token, up to where browsers end it
+    };
+
     GenericParser();
     GenericParser(const GenericParser& other);
     GenericParser& operator=(const GenericParser& other);
@@ -143,6 +148,12 @@ public:
     /// @return 0; 2 for null, or when there is no such attribute
     std::uint32_t GetAttributePlace(std::uint64_t index, AttributePlace* place) const;
 
+    /// The places of what that attribute was written as: of the attribute with its own value, and then of every bare word that the value
+    /// has taken up. `AttributesNormalizer::Split` gives their texts.
+    /// @param places  receives one place or more; untouched when the answer is not 0
+    /// @return 0; 2 for null, or when there is no such attribute
+    std::uint32_t GetAttributeParts(std::uint64_t index, std::vector<AttributePlace>* places) const;
+
     /// Name of the recognizer at work; in junk, of the one that failed; in `OnEndParsing`, of the one that ran last. Empty when no parser
     /// runs.
     WideString GetCurrentParserName() const;
@@ -180,6 +191,20 @@ public:
     /// a part of it, and its difference is then an honest answer; a copy is kept only when the mode is set as the document begins.
     std::uint32_t SetSelfCheck(SelfCheck selfCheck);
     SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
+    /// How the content of elements without markup is read, from the next start tag on that is delivered; what has begun goes on as it
+    /// began. It stays for the next documents, and copies have it.
+    ///
+    /// With SCRIPT_AS_TEXT the content of `script`, `style`, `textarea`, `title`, `xmp`, `iframe`, `noembed` and `noframes` is one text
+    /// token, none when it is empty, up to the element's own end tag: "</" and the name, compared without case, followed by white space,
+    /// "/" or ">". In a script the part in `<!--` and `-->` may hold scripts with their end tags, as the HTML standard has it. Nothing ends
+    /// `plaintext`, and the content of `noscript` is markup. No string, comment, regular expression, tag or section is in the content.
+    /// Where a name ends at "/" it is that of the element, so that content follows short tags too. There is no tree, so it
+    /// also follows tags inside `svg` and `math`, where browsers read markup. `OnJSTagStart` and its like come as ever, and after short
+    /// tags. The end of the document, or of a call out of which an exception comes, ends the content.
+    /// @return 0; 2 for another value, and nothing changes
+    std::uint32_t SetScriptMode(ScriptMode scriptMode);
+    ScriptMode GetScriptMode() const;
+
     std::uint32_t SetDetectCharsetErrors(bool detect);
     bool GetDetectCharsetErrors() const;  ///< false when no parser runs
     std::uint32_t SetChrDetMinConfidence(std::uint64_t confidence);

@@ -8,6 +8,7 @@
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
+#include "html/output/AttributesNormalizer.h"
 #include "html/output/Crc32.h"
 #include "html/output/ParserObserverOutput.h"
 #include "html/output/SelfCheckSink.h"
@@ -76,6 +77,19 @@ std::uint64_t GetWrittenLength(const Attribute<C, S>& attribute) {
     if (!attribute.hasValue)
         return name;
     return name + attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + attribute.value.size() + 2 * GetQuoteLength(attribute);
+}
+
+/// The element whose content follows as text. Browsers see a start tag only where the name follows its "<" at once, and a name only where
+/// white space of theirs, "/" or ">" ends it.
+template <typename C, typename S>
+RawTextElement FindRawTextElement(const StartTagSimpleParserData<C, S>& tag) {
+    const std::basic_string_view<C> name = tag.name;
+    const std::basic_string_view<C> element = RawText<C, S>::CutName(name);
+    if (!tag.closed || !tag.prefix.empty())
+        return RawTextElement::NONE;
+    const S& behind = tag.attributes.empty() ? tag.suffix : tag.attributes[0].prefix;
+    const bool isEnded = behind.empty() ? tag.attributes.empty() : RawText<C, S>::EndsName(behind[0]);
+    return isEnded || element.size() < name.size() ? RawText<C, S>::FindElement(element) : RawTextElement::NONE;
 }
 
 /// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts: "<br/ >" stays the tag "br/".
@@ -194,6 +208,10 @@ const typename Parser<C, S>::Construct Parser<C, S>::CONSTRUCTS[] = {
         nullptr,
         &Parser::ParseJunk,
         &Parser::EndJunk, false},
+    {STATE_RAW_TEXT, OPENED_BY_NONE, ParserNames::TEXT, 0, nullptr,
+        nullptr,
+        &Parser::ParseRawText,
+        &Parser::EndRawText, false},
 };
 // clang-format on
 
@@ -220,6 +238,7 @@ Parser<C, S>::Parser()
       wcharObserver(nullptr),
       inScript(false),
       inStyle(false),
+      scriptsAsText(false),
       selfCheckMode(0),
       inputCrc(0),
       detectCharsetErrors(false),
@@ -391,6 +410,59 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
     return result;
 }
 
+/// The content of an element that has no markup, and its end tag.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ParseRawText() {
+    std::basic_string_view<C> run;
+    const bool isAtEndTag = rawText.Read(&context, &textData.text, &run);
+    if (!isAtEndTag) {
+        textData.text.append(run);
+        const std::uint64_t begun = rawText.GetBegun();
+        if (begun > 0 && begun <= context.position)  // in this piece
+            MarkTokenStart(begun);
+        return SP_NEED_MORE_DATA;
+    }
+    if (rawText.GetBegun() > 0)
+        return ParseCutEndTag();
+    Scan::Advance(context);
+    if (!textData.text.empty()) {
+        textData.text.append(run);
+        DeliverText(1);
+    } else if (!run.empty()) {
+        AssignText(run.data(), run.data() + run.size(), &wholeText);
+        isWholeTextPending = true;
+        Deliver(TextData<C, S>{&wholeText}, 1);
+        isWholeTextPending = false;
+    }
+    return ReadTag();
+}
+
+/// An end tag whose first characters lie in earlier pieces, and were taken for content.
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::ParseCutEndTag() {
+    const std::size_t contentLength = textData.text.size() - static_cast<std::size_t>(rawText.GetBegun());
+    const S opener = textData.text.substr(contentLength);
+    textData.text.resize(contentLength);
+    rawText.DropBegun();
+    // In the callback only the "<" has been read, wherever the input is cut.
+    const std::uint64_t ahead = opener.size() - 1;
+    context.position -= ahead;
+    context.column -= ahead;
+    DeliverText(1);
+    context.position += ahead;
+    context.column += ahead;
+    Begin(*FindByState(STATE_END_TAG));
+    if (opener.size() == 1) {
+        Scan::Advance(context);  // the "/"
+        return SP_NEED_MORE_DATA;
+    }
+    SimpleParserContext<C, S> name;
+    name.buffer = opener.data();
+    name.position = 2;
+    name.length = opener.size();
+    return endTag.Parse(&name, &endTagData);
+}
+
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParseGenericTag() {
     const std::uint32_t result = genericTag.Parse(&context, &genericTagData);
@@ -459,12 +531,20 @@ template <typename C, typename S>
 template <bool IS_WHOLE>
 std::uint32_t Parser<C, S>::FinishStartTag() {
     SettleShortTag(&startTagData);
+    const bool asText = scriptsAsText;
+    const RawTextElement element = asText ? FindRawTextElement(startTagData) : RawTextElement::NONE;
     DeliverStartTag();
     if (NeedsOtherCharset())
         return PARSER_PARSE_AGAIN;
-    if (!startTagData.selfClosing)
+    if (asText)
+        NotifyOfRawText(element);
+    else if (!startTagData.selfClosing)
         SettleScriptAndStyle(startTagData.name, true);
     GoOnWithText<IS_WHOLE>();
+    if (element != RawTextElement::NONE) {
+        rawText.Begin(element, StringNS::CharSet::IsIso2022(charset));
+        SetActive(*FindByState(STATE_RAW_TEXT));
+    }
     return SP_NEED_MORE_DATA;
 }
 
@@ -486,7 +566,8 @@ std::uint32_t Parser<C, S>::FinishEndTag() {
         return SP_NEED_MORE_DATA;
     }
     DeliverEndTag();
-    SettleScriptAndStyle(endTagData.name, false);
+    const std::basic_string_view<C> name = endTagData.name;
+    SettleScriptAndStyle(scriptsAsText ? RawText<C, S>::CutName(name) : name, false);
     GoOnWithText<IS_WHOLE>();
     return SP_NEED_MORE_DATA;
 }
@@ -661,6 +742,7 @@ void Parser<C, S>::VisitBuffers(Visitor& visit) {
     if (state != STATE_JUNK)
         Buffers::Visit(junk, junkData, visit);
     Buffers::Visit(jsRegEx, jsRegExData, visit);
+    Buffers::Visit(rawText, visit);
     visit(declaredName);
     Buffers::Visit(converter, visit);
 }
@@ -704,6 +786,13 @@ std::uint32_t Parser<C, S>::EndText() {
     if (result == SP_TOKEN_COMPLETE)
         DeliverText(0);
     return result;
+}
+
+template <typename C, typename S>
+std::uint32_t Parser<C, S>::EndRawText() {
+    rawText.End(&textData.text);
+    DeliverText(0);
+    return SP_TOKEN_COMPLETE;
 }
 
 template <typename C, typename S>
@@ -952,7 +1041,7 @@ void Parser<C, S>::DeliverJunk() {
 
 /// A `script` or `style` tag was delivered: tells the observer and switches the mode, also when an end tag is a stray one.
 template <typename C, typename S>
-void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
+void Parser<C, S>::SettleScriptAndStyle(std::basic_string_view<C> name, bool starts) {
     if (EqualsKeyword(name, "script")) {
         Notify([starts](auto* observer) { starts ? observer->OnJSTagStart() : observer->OnJSTagEnd(); });
         inScript = starts;
@@ -960,6 +1049,15 @@ void Parser<C, S>::SettleScriptAndStyle(const S& name, bool starts) {
         Notify([starts](auto* observer) { starts ? observer->OnCSSTagStart() : observer->OnCSSTagEnd(); });
         inStyle = starts;
     }
+}
+
+/// The same for a tag after which the content is text.
+template <typename C, typename S>
+void Parser<C, S>::NotifyOfRawText(RawTextElement element) {
+    if (element == RawTextElement::SCRIPT)
+        Notify([](auto* observer) { observer->OnJSTagStart(); });
+    else if (element == RawTextElement::STYLE)
+        Notify([](auto* observer) { observer->OnCSSTagStart(); });
 }
 
 /// Applies the charset that a `meta` tag declares, the first one that an observer has heard of. In `OnCharset` it is in force, and what
@@ -1021,6 +1119,11 @@ void Parser<C, S>::SetSelfCheckMode(std::uint32_t mode) {
 }
 
 template <typename C, typename S>
+void Parser<C, S>::SetScriptsAsText(bool asText) {
+    scriptsAsText = asText;
+}
+
+template <typename C, typename S>
 void Parser<C, S>::SetDetectCharsetErrors(bool detect) {
     detectCharsetErrors = detect;
 }
@@ -1037,50 +1140,91 @@ std::uint64_t Parser<C, S>::ToBytes(std::uint64_t offset) const {
     return bytesDropped + offset * sizeof(C);
 }
 
+/// The attributes of the tag that is being delivered.
 template <typename C, typename S>
-bool Parser<C, S>::GetAttributePlace(std::size_t index, AttributePlace* place) const {
+auto Parser<C, S>::GetDeliveredAttributes() const -> DeliveredAttributes {
     const std::uint64_t tagBegin = boundaries[lastEnd ^ 1U].offset;
     switch (state) {
         case STATE_START_TAG:
-            return FindAttribute(startTagData.attributes, tagBegin + 1 + startTagData.prefix.size() + startTagData.name.size(), index,
-                                 place);
+            return {&startTagData.attributes, tagBegin + 1 + startTagData.prefix.size() + startTagData.name.size(), true};
         case STATE_END_TAG:
-            return FindAttribute(endTagData.attributes,
-                                 tagBegin + 2 + endTagData.prefix.size() + endTagData.name.size() + endTagData.afterName.size(), index,
-                                 place);
+            return {&endTagData.attributes, tagBegin + 2 + endTagData.prefix.size() + endTagData.name.size() + endTagData.afterName.size(),
+                    false};
         case STATE_EXTERN_TAG:
-            return FindAttribute(externTagData.attributes, tagBegin + 2 + externTagData.prefix.size() + externTagData.name.size(), index,
-                                 place);
+            return {&externTagData.attributes, tagBegin + 2 + externTagData.prefix.size() + externTagData.name.size(), true};
         default:
-            return false;
+            return {nullptr, 0, false};
     }
 }
 
-/// Adds up what the attributes before it are written as, from the one that was asked for last.
-/// @param listBegin  where the first attribute begins, in characters
 template <typename C, typename S>
-bool Parser<C, S>::FindAttribute(const Vector<Attribute<C, S>>& attributes, std::uint64_t listBegin, std::size_t index,
-                                 AttributePlace* place) const {
-    if (index >= attributes.size())
+bool Parser<C, S>::GetAttributePlace(std::size_t index, AttributePlace* place) const {
+    const DeliveredAttributes delivered = GetDeliveredAttributes();
+    if (delivered.list == nullptr || index >= delivered.list->size())
         return false;
+    *place = PlaceOf((*delivered.list)[index], FindAttribute(delivered, index));
+    return true;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const {
+    const DeliveredAttributes delivered = GetDeliveredAttributes();
+    if (delivered.list == nullptr || index >= delivered.list->size())
+        return false;
+    Vector<Attribute<C, S>> parts;
+    const bool mayHaveEscapeRuns = StringNS::CharSet::IsIso2022(charset) && !IsAfterBareValue(delivered, index);
+    AttributesNormalizer<C, S>::Split((*delivered.list)[index], mayHaveEscapeRuns ? SPLIT_ESCAPE_RUNS : SPLIT_PLAIN, &parts);
+    std::vector<AttributePlace> found;
+    std::uint64_t offset = FindAttribute(delivered, index);
+    for (const Attribute<C, S>& part : parts) {
+        found.push_back(PlaceOf(part, offset));
+        offset += GetWrittenLength(part);
+    }
+    places->swap(found);
+    return true;
+}
+
+/// After an unquoted value without words the recognizers of some tags take no escape runs.
+template <typename C, typename S>
+bool Parser<C, S>::IsAfterBareValue(const DeliveredAttributes& delivered, std::size_t index) const {
+    if (!delivered.bareValueEndsEscapeRuns || index == 0)
+        return false;
+    const Attribute<C, S>& before = (*delivered.list)[index - 1];
+    if (!before.hasValue || before.quote != QUOTE_NONE || before.value.empty())
+        return false;
+    Vector<Attribute<C, S>> parts;
+    AttributesNormalizer<C, S>::Split(before, SPLIT_ESCAPE_RUNS, &parts);
+    return parts.size() == 1 && parts[0].quote == QUOTE_NONE;
+}
+
+/// Adds up what the attributes before it are written as, from the one that was asked for last.
+/// @return where the attribute begins, in characters
+template <typename C, typename S>
+std::uint64_t Parser<C, S>::FindAttribute(const DeliveredAttributes& delivered, std::size_t index) const {
     AttributeCursor& cursor = attributeCursor;
-    if (cursor.listBegin != listBegin || cursor.index > index)
-        cursor = {listBegin, 0, listBegin};
+    if (cursor.listBegin != delivered.listBegin || cursor.index > index)
+        cursor = {delivered.listBegin, 0, delivered.listBegin};
     for (; cursor.index < index; ++cursor.index)
-        cursor.offset += GetWrittenLength(attributes[cursor.index]);
-    const Attribute<C, S>& attribute = attributes[index];
-    const std::uint64_t nameBegin = cursor.offset + attribute.prefix.size();
+        cursor.offset += GetWrittenLength((*delivered.list)[cursor.index]);
+    return cursor.offset;
+}
+
+/// @param offset  where it begins, in characters
+template <typename C, typename S>
+AttributePlace Parser<C, S>::PlaceOf(const Attribute<C, S>& attribute, std::uint64_t offset) const {
+    const std::uint64_t nameBegin = offset + attribute.prefix.size();
     const std::uint64_t nameEnd = nameBegin + attribute.name.size();
     std::uint64_t valueBegin = nameEnd;
     if (attribute.hasValue)
         valueBegin += attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + GetQuoteLength(attribute);
-    place->begin = ToBytes(cursor.offset);
-    place->end = ToBytes(cursor.offset + GetWrittenLength(attribute));
-    place->nameBegin = ToBytes(nameBegin);
-    place->nameEnd = ToBytes(nameEnd);
-    place->valueBegin = ToBytes(valueBegin);
-    place->valueEnd = ToBytes(valueBegin + (attribute.hasValue ? attribute.value.size() : 0));
-    return true;
+    AttributePlace place;
+    place.begin = ToBytes(offset);
+    place.end = ToBytes(offset + GetWrittenLength(attribute));
+    place.nameBegin = ToBytes(nameBegin);
+    place.nameEnd = ToBytes(nameEnd);
+    place.valueBegin = ToBytes(valueBegin);
+    place.valueEnd = ToBytes(valueBegin + (attribute.hasValue ? attribute.value.size() : 0));
+    return place;
 }
 
 template <typename C, typename S>
@@ -1106,6 +1250,11 @@ StringNS::CharSet::Code Parser<C, S>::GetCharset() const {
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::GetSelfCheckMode() const {
     return selfCheckMode;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::AreScriptsAsText() const {
+    return scriptsAsText;
 }
 
 template <typename C, typename S>

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "html/framework/ParserObserver.h"
 #include "html/framework/SimpleParserContext.h"
@@ -22,6 +23,7 @@
 #include "html/text/DQuoteStringSimpleParser.h"
 #include "html/text/JSRegExSimpleParser.h"
 #include "html/text/JunkSimpleParser.h"
+#include "html/text/RawText.h"
 #include "html/text/SQuoteStringSimpleParser.h"
 #include "html/text/TextSimpleParser.h"
 #include "platform/BufferAllocPolicy.h"
@@ -48,6 +50,7 @@ enum ParserState : std::uint32_t {
     STATE_S_QUOTE_STRING = 13,
     STATE_D_QUOTE_STRING = 14,
     STATE_JUNK = 15,
+    STATE_RAW_TEXT = 16,
 };
 
 /// Where a piece comes from.
@@ -105,18 +108,22 @@ public:
     void SetCharset(StringNS::CharSet::Code code);
     void SetDiscoverCharset(bool discover);
     void SetSelfCheckMode(std::uint32_t mode);
+    void SetScriptsAsText(bool asText);
     void SetDetectCharsetErrors(bool detect);
 
     /// The place of the token that is being delivered, or was delivered last.
     TokenPlace GetTokenPlace() const;
     /// The place of an attribute of the tag that is being delivered. @return false when there is none
     bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
+    /// The same for what a folded attribute was written as: the attribute itself, and then its bare words.
+    bool GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const;
 
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
     WideStringView GetCurrentParserName() const;
     StringNS::CharSet::Code GetCharset() const;
     std::uint32_t GetSelfCheckMode() const;
+    bool AreScriptsAsText() const;
     VFS::InputStream* GetSelfCheckStream();
     /// The parser of the other flavour begins a document: nothing is kept of the last one, neither memory nor the self-check's stream.
     void Rest();
@@ -132,6 +139,13 @@ public:
 private:
     struct Construct;
     class Unwinding;
+
+    /// The attributes of a tag, and where the first of them begins, in characters of the document.
+    struct DeliveredAttributes {
+        const Vector<Attribute<C, S>>* list;
+        std::uint64_t listBegin;
+        bool bareValueEndsEscapeRuns;
+    };
 
     static const Construct CONSTRUCTS[];
 
@@ -156,6 +170,8 @@ private:
     void BeginBehindText(const Construct& construct);
     bool IsPlainText() const;
     std::uint32_t ParsePlainText();
+    std::uint32_t ParseRawText();
+    std::uint32_t ParseCutEndTag();
     std::uint32_t ReadTag();
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
@@ -171,6 +187,7 @@ private:
 
     // The end of the input: SP_TOKEN_COMPLETE, or a failure.
     std::uint32_t EndText();
+    std::uint32_t EndRawText();
     std::uint32_t EndUnfinishedTag();
     std::uint32_t EndJunk();
     template <auto RECOGNIZER, auto DATA, auto DELIVER>
@@ -181,7 +198,10 @@ private:
     void MarkTokenStart(std::uint64_t charactersBack);
     void EndToken(std::uint64_t charactersAhead);
     std::uint64_t ToBytes(std::uint64_t offset) const;
-    bool FindAttribute(const Vector<Attribute<C, S>>& attributes, std::uint64_t listBegin, std::size_t index, AttributePlace* place) const;
+    DeliveredAttributes GetDeliveredAttributes() const;
+    bool IsAfterBareValue(const DeliveredAttributes& delivered, std::size_t index) const;
+    std::uint64_t FindAttribute(const DeliveredAttributes& delivered, std::size_t index) const;
+    AttributePlace PlaceOf(const Attribute<C, S>& attribute, std::uint64_t offset) const;
     void BackToText();
     void BackToText(const char* prefix);
     template <bool IS_WHOLE>
@@ -211,7 +231,8 @@ private:
     void DeliverSQuoteString();
     void DeliverDQuoteString();
     void DeliverJunk();
-    void SettleScriptAndStyle(const S& name, bool starts);
+    void SettleScriptAndStyle(std::basic_string_view<C> name, bool starts);
+    void NotifyOfRawText(RawTextElement element);
     bool NeedsOtherCharset();
 
     bool IsSelfChecking() const;
@@ -274,11 +295,13 @@ private:
     JunkSimpleParserData<C, S> junkData;
     JSRegExSimpleParser<C, S> jsRegEx;
     JSRegExSimpleParserData<C, S> jsRegExData;
+    RawText<C, S> rawText;  // its content is gathered in `textData`
 
     ParserObserver<char, std::string>* charObserver;  // called instead of the wide one when both are bound
     ParserObserver<WideChar, WideString>* wcharObserver;
     bool inScript;
     bool inStyle;
+    bool scriptsAsText;  // the content of scripts and the like is one text; `inScript` and `inStyle` are then false
     std::uint32_t selfCheckMode;
     ParserSelfCheck<C, S> selfCheck;
     std::uint32_t inputCrc;

@@ -16,6 +16,7 @@
 #include "html/text/DQuoteStringSimpleParser.h"
 #include "html/text/JSRegExSimpleParser.h"
 #include "html/text/JunkSimpleParser.h"
+#include "html/text/RawText.h"
 #include "html/text/SQuoteStringSimpleParser.h"
 #include "html/text/TextSimpleParser.h"
 #include "platform/KeptBuffers.h"
@@ -150,6 +151,11 @@ public:
         visit(parser.freeStyleData.text);
         Visit(parser.freeStyle.sQuoteString, parser.freeStyle.sQuoteStringData, visit);
         Visit(parser.freeStyle.dQuoteString, parser.freeStyle.dQuoteStringData, visit);
+    }
+
+    template <typename Visitor>
+    static void Visit(RawText<C, S>& rawText, Visitor& visit) {
+        Visit(rawText.escapeData, visit);
     }
 
     template <typename Visitor>

@@ -60,6 +60,8 @@ Outcome RunExample(const Block& input) {
     GenericParser parser;
     parser.SetObserver(&observer, false);
     parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
+    if (input.Has("scripts"))
+        parser.SetScriptMode(GenericParser::SCRIPT_AS_TEXT);
     parser.StartParse(StringNS::CharSet::UTF8, hasMark ? GenericParser::DATA_STREAM_AUTO : GenericParser::DATA_STREAM_8BIT);
     Outcome outcome;
     if (!input.Has("pieces")) {

@@ -85,9 +85,10 @@ SelfCheckingParser::SelfCheckingParser() {
 }
 
 const CopyOutcome& SelfCheckingParser::Parse(std::string_view document, CharSet::Code charset, GenericParser::DataStreamType type,
-                                             const Cuts& cuts) {
+                                             const Cuts& cuts, bool scriptsAsText) {
     const SilentDetector noDetection;
     stream.Reset(document, cuts);
+    parser.SetScriptMode(scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
     parser.StartParse(charset, type);
     outcome.parseResult = parser.ParseStream(&stream, false);
     outcome.endResult = parser.EndParse();
@@ -142,6 +143,7 @@ std::string WithoutWideSpaces(std::string_view document) {
 ReferenceRun Refer(std::string_view document, const Reading& reading) {
     ReferenceSettings settings;
     settings.charset = reading.charset;
+    settings.scriptsAsText = reading.scriptsAsText;
     return ParseByReference(document, settings);
 }
 
@@ -168,14 +170,16 @@ std::string Fault(SelfCheckingParser* parser, std::string_view document, const R
     const Cuts cuts = CutsAsRead(reading.cutsFor(document.size()), document.size(), reading.wide ? READ / sizeof(WideChar) : READ);
     const Expectation expected = Expect(document, run, reading, cuts);
     const CopyOutcome& actual =
-        reading.wide ? parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_UTF16, Scaled(cuts, sizeof(WideChar)))
-                     : parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_8BIT, cuts);
+        reading.wide ? parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_UTF16, Scaled(cuts, sizeof(WideChar)),
+                                     reading.scriptsAsText)
+                     : parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_8BIT, cuts, reading.scriptsAsText);
     const bool isWritten = actual.copy == expected.input;
     if (actual == expected.outcome && isWritten != expected.isException)
         return "";
-    return Trace::Escape(document) + "\n" + (reading.wide ? "wide" : "8-bit") + ", charset " + std::to_string(reading.charset) +
-           ", cut at " + Describe(cuts) + "\n" + (expected.isException ? "an exception\n" : "no exception\n") + "the library:\n" +
-           Show(actual) + "expected:\n" + Show(expected.outcome);
+    return Trace::Escape(document) + "\n" + (reading.wide ? "wide" : "8-bit") + (reading.scriptsAsText ? ", scripts as text" : "") +
+           ", charset " + std::to_string(reading.charset) + ", cut at " + Describe(cuts) + "\n" +
+           (expected.isException ? "an exception\n" : "no exception\n") + "the library:\n" + Show(actual) + "expected:\n" +
+           Show(expected.outcome);
 }
 
 std::string Fault(std::string_view document, const Reading& reading) {

@@ -36,7 +36,7 @@ public:
     /// @param cuts  in bytes
     /// @return valid until the next document
     const CopyOutcome& Parse(std::string_view document, StringNS::CharSet::Code charset, HTML::GenericParser::DataStreamType type,
-                             const Cuts& cuts);
+                             const Cuts& cuts, bool scriptsAsText = false);
 
 private:
     HTML::ParserObserver<char, std::string> observer;
@@ -64,7 +64,8 @@ std::string WithoutWideSpaces(std::string_view document);
 /// How one document is read. The cuts are made anew for each length, so that a document can be shortened.
 struct Reading {
     StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
-    bool wide = false;                                                                     ///< each byte is a character of UTF-16
+    bool wide = false;  ///< each byte is a character of UTF-16
+    bool scriptsAsText = false;
     std::function<Cuts(std::size_t length)> cutsFor = [](std::size_t) { return Cuts(); };  ///< in characters
 };
 

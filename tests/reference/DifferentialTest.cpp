@@ -27,6 +27,7 @@ using HTML::GenericParser;
 using StringNS::CharSet;
 
 constexpr std::uint64_t DOCUMENTS = 50000;
+constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 20000;
 constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
@@ -46,7 +47,7 @@ constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>",    "<style
 bool Check(TracingParser* library, std::string_view document, const ReferenceRun& run, const Feeding& feeding) {
     const Cuts cuts = feeding.Make(document.size());
     const TokenOutcome expected = ExpectedOf(run, document, cuts, feeding.wide);
-    if (library->Parse(document, feeding.charset, feeding.fed, cuts) == expected)
+    if (library->Parse(document, feeding.charset, feeding.fed, cuts, feeding.scriptsAsText) == expected)
         return true;
     if (Difference(document, feeding).empty()) {
         ADD_FAILURE() << "only behind other documents: " << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe reference:\n"
@@ -60,7 +61,7 @@ bool Check(TracingParser* library, std::string_view document, const ReferenceRun
 }
 
 bool Check(TracingParser* library, std::string_view document, const Feeding& feeding) {
-    return Check(library, document, Refer(document, feeding.charset, feeding.fed, feeding.wide), feeding);
+    return Check(library, document, Refer(document, feeding.charset, feeding.fed, feeding.wide, feeding.scriptsAsText), feeding);
 }
 
 /// The pages, read once.
@@ -110,6 +111,28 @@ TEST_P(DifferentialTest, RandomDocumentsInUtf16) {
             return CutsOfShortReads(length, &dice);
         };
         ASSERT_TRUE(Check(&library, document, feeding));
+    }
+}
+
+TEST_P(DifferentialTest, DocumentsWithContents) {
+    TracingParser libraries[] = {TracingParser(), TracingParser(true)};
+    DocumentMaker maker(&Pages());
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.MakeWithContents(seed);
+        const std::uint64_t choice = seed / SHARDS;
+        Feeding feeding;
+        feeding.charset = made.charset;
+        feeding.scriptsAsText = true;
+        feeding.wide = choice % 3 == 0;
+        feeding.fed = choice % 2 == 0 ? Fed::STREAM : Fed::BUFFER;
+        const std::string document = feeding.wide ? WithoutWideSpaces(made.bytes) : made.bytes;
+        ASSERT_TRUE(Check(&libraries[feeding.wide], document, feeding));
+        feeding.cutsFor = [seed](std::size_t length) {
+            Dice dice(seed);
+            return CutsOfShortReads(length, &dice);
+        };
+        ASSERT_TRUE(Check(&libraries[feeding.wide], document, feeding));
     }
 }
 
@@ -163,6 +186,29 @@ TEST_P(EnumeratedDifferentialTest, EverySplit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+
+// Every sequence of what counts in a script that is text, each whole and in pieces.
+TEST(ScriptContentTest, EverySequence) {
+    constexpr std::string_view PARTS[] = {"<!--", "-->", "<Script", "</script", ">", "-", "<", "/"};
+    constexpr std::size_t LONGEST = 4;
+    constexpr std::size_t CHOICES = std::size(PARTS);
+    TracingParser libraries[] = {TracingParser(), TracingParser(true)};
+    Feeding feeding;
+    feeding.scriptsAsText = true;
+    std::size_t count = 1;
+    for (std::size_t length = 0; length <= LONGEST; ++length, count *= CHOICES) {
+        for (std::size_t number = 0; number < count; ++number) {
+            std::string document = "<script>";
+            for (std::size_t rest = number, i = 0; i < length; ++i, rest /= CHOICES)
+                document += PARTS[rest % CHOICES];
+            document += "</script>";
+            feeding.wide = number % 4 == 0;
+            const std::size_t size = number % 5;
+            feeding.cutsFor = [size](std::size_t documentLength) { return size == 0 ? Cuts() : CutsEvery(size, documentLength); };
+            ASSERT_TRUE(Check(&libraries[feeding.wide], document, feeding));
+        }
+    }
+}
 
 // The contexts by themselves, which the enumeration leaves out.
 TEST(DifferentialCheckTest, NothingBehindAContext) {

@@ -171,6 +171,17 @@ constexpr std::string_view SOUP[] = {"<script>"sv,
                                      "\0"sv,
                                      "<meta charset=iso-2022-jp>"sv};
 
+constexpr std::string_view CONTENT_ELEMENTS[] = {"script"sv, "script"sv, "script"sv, "SCRIPT"sv,  "script"sv,   "style"sv,    "Style"sv,
+                                                 "title"sv,  "xmp"sv,    "iframe"sv, "noembed"sv, "noframes"sv, "textarea"sv, "TextArea"sv};
+constexpr std::string_view CONTENT_TAG_ENDS[] = {">"sv,     ">"sv,       ">"sv,   ">"sv,      " >"sv,  "/>"sv, " />"sv,  "\n>"sv,
+                                                 " a=b>"sv, " a='>'>"sv, "/a>"sv, "/ a=b>"sv, "\v>"sv, ""sv,   "[a]>"sv, " / >"sv};
+constexpr std::string_view CONTENT_PARTS[] = {
+    "<!--"sv,     "<!--"sv,     "-->"sv,      "-->"sv,      "--"sv,       "->"sv,        "-"sv,        "<!-"sv,
+    "<!"sv,       "<script"sv,  "<script>"sv, "<Script/"sv, "</script"sv, "</script>"sv, "</scrip"sv,  "</script "sv,
+    "</style>"sv, "</title>"sv, "</xmp/"sv,   "</"sv,       "<"sv,        ">"sv,         "/"sv,        " "sv,
+    "\n"sv,       "'"sv,        "\""sv,       "//"sv,       "/*"sv,       "<b>"sv,       "</b>"sv,     "<![CDATA["sv,
+    "<?"sv,       "\0"sv,       "\x1B"sv,     "\x1B$B"sv,   "\x1B(B"sv,   "\x1B-"sv,     "\xE9\xFF"sv, "\xA0"sv};
+
 /// Makes one document.
 class Making {
 public:
@@ -193,6 +204,28 @@ public:
                 break;
             default:
                 MakeOfGrammar();
+        }
+        made.bytes = std::move(document);
+        return made;
+    }
+
+    MadeDocument MakeWithContents() {
+        MadeDocument made;
+        made.charset = dice.OneIn(3) ? StringNS::CharSet::ISO_2022_JP : StringNS::CharSet::WINDOWS_1252;
+        for (std::size_t items = dice.Between(1, 6); items > 0; --items) {
+            if (dice.OneIn(3))
+                AddItem();
+            const std::string_view element = dice.OneIn(60) ? "plaintext"sv : dice.Pick(CONTENT_ELEMENTS);
+            document += dice.OneIn(40) ? "< "sv : "<"sv;
+            document += element;
+            document += dice.Pick(CONTENT_TAG_ENDS);
+            for (std::size_t parts = dice.Below(10); parts > 0; --parts)
+                document += dice.Pick(CONTENT_PARTS);
+            if (dice.OneIn(8))
+                continue;
+            document += "</";
+            document += element;
+            document += dice.Pick(CONTENT_TAG_ENDS);
         }
         made.bytes = std::move(document);
         return made;
@@ -576,6 +609,10 @@ DocumentMaker::DocumentMaker(const std::vector<std::string>* pages) : sourcePage
 
 MadeDocument DocumentMaker::Make(std::uint64_t seed) {
     return Making(seed, *sourcePages).Make();
+}
+
+MadeDocument DocumentMaker::MakeWithContents(std::uint64_t seed) {
+    return Making(seed, *sourcePages).MakeWithContents();
 }
 
 std::vector<std::string> ReadPages(const std::string& folder) {

@@ -54,6 +54,9 @@ public:
     /// @return the document of this seed, always the same for the same pages
     MadeDocument Make(std::uint64_t seed);
 
+    /// @return the same for a document of elements whose content browsers take for text, with what begins and ends it
+    MadeDocument MakeWithContents(std::uint64_t seed);
+
 private:
     const std::vector<std::string>* sourcePages;
 };

@@ -295,6 +295,7 @@ public:
     /// @return what is wrong, or nothing; valid until the next document
     const std::string& Fault(std::string_view document, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
         observer.Begin(document, reading, !cuts.empty() || document.size() > GenericParser::BUFFER_SIZE);
+        parser.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
         const StringNS::CharSet::Code charset = reading.wideObserver ? StringNS::CharSet::ISO_8859_1 : reading.charset;
         parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
         if (reading.fromStream) {

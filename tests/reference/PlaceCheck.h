@@ -19,6 +19,7 @@ struct PlacedReading {
     bool wideInput = false;     ///< in UTF-16, each byte a character
     bool wideObserver = false;  ///< 8-bit text is then 28591, so that its characters are the bytes
     bool fromStream = true;     ///< what fails is read again as junk
+    bool scriptsAsText = false;
 };
 
 /// What was seen of a document, so that a test can tell that it saw anything.

@@ -18,6 +18,7 @@ namespace Kestra::Test {
 namespace {
 
 constexpr std::uint64_t DOCUMENTS = 20000;
+constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 12000;
 constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
@@ -39,7 +40,7 @@ bool Check(PlaceChecker* checker, std::string_view document, const PlacedReading
     ADD_FAILURE() << (isAlways ? "" : "only after other documents: ") << Trace::Escape(document) << "\ncut at " << Describe(cuts)
                   << (reading.wideInput ? ", wide parser" : ", 8-bit parser")
                   << (reading.wideObserver ? ", wide observer" : ", 8-bit observer") << (reading.fromStream ? ", stream" : ", buffers")
-                  << "\n"
+                  << (reading.scriptsAsText ? ", scripts as text" : "") << "\n"
                   << fault;
     return false;
 }
@@ -75,6 +76,26 @@ TEST_P(PlaceTest, RandomDocuments) {
     EXPECT_GT(seen.exact, seen.tokens / 2);
     EXPECT_GT(seen.attributes, 5000U);
     EXPECT_GT(seen.holes, 0U);
+}
+
+TEST_P(PlaceTest, DocumentsWithContents) {
+    const SilentDetector detector;
+    DocumentMaker maker(&Pages());
+    PlaceChecker checker;
+    PlacesSeen seen;
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.MakeWithContents(seed);
+        Dice dice(seed);
+        PlacedReading reading = READINGS[seed / SHARDS % 8];
+        reading.charset = made.charset;
+        reading.scriptsAsText = true;
+        ASSERT_TRUE(Check(&checker, made.bytes, reading, {}, &seen));
+        ASSERT_TRUE(Check(&checker, made.bytes, reading, CutsOfShortReads(made.bytes.size(), &dice), &seen));
+    }
+    EXPECT_GT(seen.tokens, DOCUMENTS_WITH_CONTENTS / SHARDS * 4);
+    EXPECT_GT(seen.exact, seen.tokens / 2);
+    EXPECT_EQ(seen.holes, 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shards, PlaceTest, testing::Range<std::uint64_t>(0, SHARDS));

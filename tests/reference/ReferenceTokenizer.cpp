@@ -16,6 +16,34 @@ constexpr std::uint32_t UNTERMINATED = 16;
 
 constexpr char ESC = 27;
 
+/// The elements whose content is text. Nothing ends the last one.
+constexpr std::string_view CONTENT_ELEMENTS[] = {"script", "style",   "textarea", "title",    "xmp",
+                                                 "iframe", "noembed", "noframes", "plaintext"};
+
+bool IsBlankOfBrowsers(char character) {
+    return character == ' ' || character == '\t' || character == '\n' || character == '\f' || character == '\r';
+}
+
+std::string UpToSlash(const std::string& name) {
+    return name.substr(0, name.find('/'));
+}
+
+/// The element whose content follows a tag, in lower case, or nothing.
+std::string ContentElement(const ReferenceStartTag& tag) {
+    if (!tag.prefix.empty())
+        return {};
+    if (tag.name.find('/') == std::string::npos) {
+        const std::string& after = tag.attributes.empty() ? tag.suffix : tag.attributes.front().prefix;
+        if (after.empty() ? !tag.attributes.empty() : !IsBlankOfBrowsers(after.front()))
+            return {};
+    }
+    for (const std::string_view element : CONTENT_ELEMENTS) {
+        if (ReferenceSameWord(UpToSlash(tag.name), element))
+            return std::string(element);
+    }
+    return {};
+}
+
 std::vector<std::string> Split(const std::string& text, char separator) {
     std::vector<std::string> parts(1);
     for (const char character : text) {
@@ -74,6 +102,8 @@ private:
     void AddStretch(Kind kind, std::size_t begin, const std::string& copy);
 
     void ReadText();
+    void ReadContent();
+    bool NameStandsAt(std::size_t offset, std::string_view name) const;
     void ReadScriptComment(std::size_t begin, bool lineComment);
     void ReadString(std::size_t begin, char quote);
     void ReadMarkup(std::size_t begin);
@@ -95,6 +125,8 @@ private:
     std::uint32_t charset;
     bool discoverCharset;
     bool canReadBack;
+    bool scriptsAsText;
+    std::string contentElement;  ///< the element in whose content the reader is
     bool tellsLineComments;
     bool inScript = false;
     bool inStyle = false;
@@ -110,6 +142,7 @@ ReferenceTokenizer::ReferenceTokenizer(std::string_view text, const ReferenceSet
       charset(settings.charset == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : settings.charset),
       discoverCharset(settings.charset == 0),
       canReadBack(settings.canReadBack),
+      scriptsAsText(settings.scriptsAsText),
       tellsLineComments(settings.tellsLineComments) {}
 
 ReferenceRun ReferenceTokenizer::Run() {
@@ -118,6 +151,8 @@ ReferenceRun ReferenceTokenizer::Run() {
     while (!stopped && !reader.AtEnd()) {
         if (inJunk)
             ReadJunk();
+        else if (!contentElement.empty())
+            ReadContent();
         else
             ReadText();
     }
@@ -220,6 +255,57 @@ void ReferenceTokenizer::ReadText() {
             reader.ReadEscapeRun(&pendingText);
         else
             pendingText += character;
+    }
+}
+
+/// Whether a name stands there, and what may follow one.
+bool ReferenceTokenizer::NameStandsAt(std::size_t offset, std::string_view name) const {
+    if (offset + name.size() >= document.size() || !ReferenceSameWord(std::string_view(document).substr(offset, name.size()), name))
+        return false;
+    const char next = document[offset + name.size()];
+    return next == '>' || next == '/' || IsBlankOfBrowsers(next);
+}
+
+/// The content of an element up to its end tag, by the states that a browser goes through.
+void ReferenceTokenizer::ReadContent() {
+    enum { DATA, ESCAPED, TWICE_ESCAPED } depth = DATA;
+    const bool isScript = contentElement == "script";
+    unsigned dashes = 0;  // right before the next character, in an escaped part
+    textBegin = reader.Position();
+    while (!reader.AtEnd()) {
+        const std::size_t at = reader.Position();
+        const char character = reader.Peek();
+        if (character == ESC && IsIso2022()) {
+            reader.Take();
+            reader.ReadEscapeRun(&pendingText);
+            dashes = 0;
+            continue;
+        }
+        if (character == '<' && contentElement != "plaintext") {
+            const bool isEndTag = at + 1 < document.size() && document[at + 1] == '/' && NameStandsAt(at + 2, contentElement);
+            if (isEndTag && depth != TWICE_ESCAPED) {
+                contentElement.clear();
+                DeliverText();
+                reader.Take();
+                ReadMarkup(at);
+                return;
+            }
+            if (isEndTag)
+                depth = ESCAPED;
+            else if (isScript && depth == ESCAPED && NameStandsAt(at + 1, "script"))
+                depth = TWICE_ESCAPED;
+        }
+        if (isScript && depth == DATA && std::string_view(document).substr(at, 4) == "<!--") {
+            depth = ESCAPED;
+            dashes = 2;
+            for (int i = 0; i < 4; ++i)
+                pendingText += reader.Take();
+            continue;
+        }
+        if (character == '>' && dashes >= 2)
+            depth = DATA;
+        dashes = character == '-' && depth != DATA ? dashes + 1 : 0;
+        pendingText += reader.Take();
     }
 }
 
@@ -338,6 +424,14 @@ void ReferenceTokenizer::AcceptStartTag(std::size_t begin) {
     run.trace.push_back(ReferenceTrace(tag));
     AddStretch(Kind::TAG, begin, ReferenceCopy(tag));
     DiscoverCharset(tag);
+    if (scriptsAsText) {
+        contentElement = ContentElement(tag);
+        if (contentElement == "script")
+            run.trace.push_back("js-start");
+        if (contentElement == "style")
+            run.trace.push_back("css-start");
+        return;
+    }
     if (tag.isShort)
         return;
     if (ReferenceSameWord(tag.name, "script")) {
@@ -354,8 +448,9 @@ void ReferenceTokenizer::AcceptEndTag(std::size_t begin) {
     ReferenceEndTag tag;
     if (!IsAccepted(reader.ReadEndTag(IsIso2022(), &tag), begin, false))
         return;
-    const bool isScript = ReferenceSameWord(tag.name, "script");
-    const bool isStyle = ReferenceSameWord(tag.name, "style");
+    const std::string name = scriptsAsText ? UpToSlash(tag.name) : tag.name;
+    const bool isScript = ReferenceSameWord(name, "script");
+    const bool isStyle = ReferenceSameWord(name, "style");
     if ((inScript && !isScript) || (inStyle && !isStyle)) {
         textBegin = begin;
         pendingText = ReferenceCopy(tag);

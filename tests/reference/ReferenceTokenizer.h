@@ -15,6 +15,7 @@ namespace Kestra::Test {
 struct ReferenceSettings {
     std::uint32_t charset = 1252;    ///< given to `StartParse` with 8-bit data; 65000 acts as 1252
     bool canReadBack = true;         ///< fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again
+    bool scriptsAsText = false;      ///< the content of scripts and the like is one text
     bool tellsLineComments = false;  ///< as an observer of the wide parser is told of them, and one of the 8-bit parser is not
 };
 

@@ -25,6 +25,7 @@ using HTML::GenericParser;
 using StringNS::CharSet;
 
 constexpr std::uint64_t DOCUMENTS = 50000;
+constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 16000;
 constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
@@ -108,6 +109,22 @@ TEST_P(ReferenceRoundTripTest, WideDocuments) {
         reading.cutsFor = ShortReads(seed);
         return Check(&parser, document, run, reading);
     });
+}
+
+TEST_P(ReferenceRoundTripTest, DocumentsWithContents) {
+    SelfCheckingParser parser;
+    DocumentMaker maker(&Pages());
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.MakeWithContents(seed);
+        Reading reading;
+        reading.scriptsAsText = true;
+        reading.wide = seed / SHARDS % 3 == 0;
+        reading.charset = reading.wide ? CharSet::WINDOWS_1252 : made.charset;
+        reading.cutsFor = ShortReads(seed);
+        const std::string document = reading.wide ? WithoutWideSpaces(made.bytes) : made.bytes;
+        ASSERT_TRUE(Check(&parser, document, Refer(document, reading), reading));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Shards, ReferenceRoundTripTest, testing::Range<std::uint64_t>(0, SHARDS));

@@ -116,12 +116,13 @@ TracingParser::TracingParser(bool wideFlavour) : wide(wideFlavour), observer(&ou
         parser.SetObserver(&observer, false);
 }
 
-const TokenOutcome& TracingParser::Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts) {
+const TokenOutcome& TracingParser::Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts, bool scriptsAsText) {
     const SilentDetector noDetection;
     const std::string widened = wide ? Widened(document) : "";
     const std::string_view bytes = wide ? widened : document;
     const Cuts byteCuts = wide ? Scaled(cuts, sizeof(WideChar)) : cuts;
     outcome.trace.clear();
+    parser.SetScriptMode(scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
     parser.StartParse(charset, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
     if (fed == Fed::STREAM) {
         stream.Reset(bytes, byteCuts);
@@ -146,10 +147,11 @@ void TracingParser::ParsePieces(std::string_view document, const Cuts& cuts) {
     }
 }
 
-ReferenceRun Refer(std::string_view document, CharSet::Code charset, Fed fed, bool wide) {
+ReferenceRun Refer(std::string_view document, CharSet::Code charset, Fed fed, bool wide, bool scriptsAsText) {
     ReferenceSettings settings;
     settings.charset = wide ? CharSet::WINDOWS_1252 : charset;
     settings.tellsLineComments = wide;
+    settings.scriptsAsText = scriptsAsText;
     settings.canReadBack = fed == Fed::STREAM;
     return ParseByReference(document, settings);
 }
@@ -175,14 +177,16 @@ Cuts Feeding::Make(std::size_t length) const {
 
 std::string Difference(std::string_view document, const Feeding& feeding) {
     const Cuts cuts = feeding.Make(document.size());
-    const TokenOutcome expected = ExpectedOf(Refer(document, feeding.charset, feeding.fed, feeding.wide), document, cuts, feeding.wide);
+    const ReferenceRun run = Refer(document, feeding.charset, feeding.fed, feeding.wide, feeding.scriptsAsText);
+    const TokenOutcome expected = ExpectedOf(run, document, cuts, feeding.wide);
     TracingParser parser(feeding.wide);
-    const TokenOutcome& actual = parser.Parse(document, feeding.charset, feeding.fed, cuts);
+    const TokenOutcome& actual = parser.Parse(document, feeding.charset, feeding.fed, cuts, feeding.scriptsAsText);
     if (actual == expected)
         return "";
     return Trace::Escape(document) + "\n" + (feeding.fed == Fed::STREAM ? "read from a stream" : "fed by buffers") +
-           (feeding.wide ? " in UTF-16" : "") + ", charset " + std::to_string(feeding.charset) + ", cut at " + Describe(cuts) +
-           "\nthe library:\n" + Show(actual) + "the reference:\n" + Show(expected);
+           (feeding.wide ? " in UTF-16" : "") + (feeding.scriptsAsText ? ", scripts as text" : "") + ", charset " +
+           std::to_string(feeding.charset) + ", cut at " + Describe(cuts) + "\nthe library:\n" + Show(actual) + "the reference:\n" +
+           Show(expected);
 }
 
 }  // namespace Kestra::Test

@@ -43,7 +43,8 @@ public:
 
     /// @param cuts  in characters
     /// @return valid until the next document
-    const TokenOutcome& Parse(std::string_view document, StringNS::CharSet::Code charset, Fed fed, const Cuts& cuts);
+    const TokenOutcome& Parse(std::string_view document, StringNS::CharSet::Code charset, Fed fed, const Cuts& cuts,
+                              bool scriptsAsText = false);
 
 private:
     void ParsePieces(std::string_view document, const Cuts& cuts);
@@ -58,7 +59,7 @@ private:
 
 /// The reference's answer to a document fed in one piece.
 /// @param wide  in UTF-16, where no charset counts but that: no escape runs, no declarations
-ReferenceRun Refer(std::string_view document, StringNS::CharSet::Code charset, Fed fed, bool wide = false);
+ReferenceRun Refer(std::string_view document, StringNS::CharSet::Code charset, Fed fed, bool wide = false, bool scriptsAsText = false);
 
 /// @param run  of the document uncut
 TokenOutcome ExpectedOf(const ReferenceRun& run, std::string_view document, const Cuts& cuts, bool wide = false);
@@ -69,6 +70,7 @@ struct Feeding {
     StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
     Fed fed = Fed::STREAM;
     bool wide = false;
+    bool scriptsAsText = false;
     std::function<Cuts(std::size_t length)> cutsFor = [](std::size_t) { return Cuts(); };
 
     /// @return in characters

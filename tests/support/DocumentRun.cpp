@@ -176,6 +176,7 @@ DocumentRun ParseDocument(std::string_view bytes, const Cuts& cuts, const Docume
     else if (settings.observed == Observed::WIDE)
         parser->SetObserver(&wide, false);
     parser->SetSelfCheck(settings.selfCheck);
+    parser->SetScriptMode(settings.scriptMode);
     parser->SetDetectCharsetErrors(settings.detectCharsetErrors);
     parser->SetChrDetMinConfidence(settings.minConfidence);
     if (settings.prepare)

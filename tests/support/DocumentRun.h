@@ -33,6 +33,7 @@ struct DocumentSettings {
     Observed observed = Observed::NARROW;
     Feed feed = Feed::BUFFER;
     HTML::GenericParser::SelfCheck selfCheck = HTML::GenericParser::SELF_CHECK_OFF;
+    HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
     bool detectCharsetErrors = false;
     std::uint64_t minConfidence = HTML::GenericParser::DETECTCHARSET_MIN_CONFIDENCE;
     Trace::Options trace;

@@ -196,6 +196,96 @@ TYPED_TEST(AttributesNormalizerTest, WrittenBackTheListGivesTheSameCharacters) {
     }
 }
 
+TYPED_TEST(AttributesNormalizerTest, Splitting) {
+    const std::string_view runOfQuotes = "\"\x1B$B\"\"\x1B(B\" d";
+    struct Case {
+        const char* note;
+        Item folded;
+        std::uint32_t options;
+        std::string expected;
+    };
+    const Case CASES[] = {
+        {"a bare word", Bare(" ", "a"), HTML::SPLIT_PLAIN, "[ |a||||0|bare]"},
+        {"a quoted value took nothing up", Valued(" ", "a", 2, "b c"), HTML::SPLIT_PLAIN, "[ |a|||b c|2|value]"},
+        {"nor did one without white space", Valued(" ", "a", 0, "b=c'd"), HTML::SPLIT_PLAIN, "[ |a|||b=c'd|0|value]"},
+        {"an empty value", Valued(" ", "a", 0, ""), HTML::SPLIT_PLAIN, "[ |a||||0|value]"},
+        {"quotation marks and a word",
+         {" ", "href", "\t", true, "\n", "\"/one\" download"},
+         HTML::SPLIT_PLAIN,
+         "[ |href|\\t|\\n|/one|2|value][ |download||||0|bare]"},
+        {"apostrophes", Valued(" ", "a", 0, "'b c' d"), HTML::SPLIT_PLAIN, "[ |a|||b c|1|value][ |d||||0|bare]"},
+        {"an empty quoted value", Valued(" ", "a", 0, "'' d"), HTML::SPLIT_PLAIN, "[ |a||||1|value][ |d||||0|bare]"},
+        {"a word right after the quote", Valued(" ", "a", 0, "\"b\"c"), HTML::SPLIT_PLAIN, "[ |a|||b|2|value][|c||||0|bare]"},
+        {"no quotes", Valued(" ", "a", 0, "b c\n d"), HTML::SPLIT_PLAIN, "[ |a|||b|0|value][ |c||||0|bare][\\n |d||||0|bare]"},
+        {"quotes inside of words", Valued(" ", "a", 0, "b\"c d\""), HTML::SPLIT_PLAIN, "[ |a|||b\"c|0|value][ |d\"||||0|bare]"},
+        {"a value ends before \"<\"", Valued(" ", "a", 0, "b<c <d"), HTML::SPLIT_PLAIN, "[ |a|||b|0|value][|<c||||0|bare][ |<d||||0|bare]"},
+        {"an empty value before \"<\"", Valued(" ", "a", 0, "<c"), HTML::SPLIT_PLAIN, "[ |a||||0|value][|<c||||0|bare]"},
+        {"white space after the last word", Valued(" ", "a", 0, "b c \n"), HTML::SPLIT_PLAIN, "[ |a|||b|0|value][ |c| \\n|||0|bare]"},
+        {"nothing but white space", Valued(" ", "a", 0, "\"b\" "), HTML::SPLIT_PLAIN, "[ |a|||b|2|value][ |||||0|bare]"},
+        {"a quote that nothing closes is a character", Valued(" ", "a", 0, "\"b c"), HTML::SPLIT_PLAIN,
+         "[ |a|||\"b|0|value][ |c||||0|bare]"},
+        {"a quotation mark in an escape run", Valued(" ", "a", 0, runOfQuotes), HTML::SPLIT_ESCAPE_RUNS,
+         "[ |a|||\\x1B$B\"\"\\x1B(B|2|value][ |d||||0|bare]"},
+        {"which is none unless there are such runs", Valued(" ", "a", 0, runOfQuotes), HTML::SPLIT_PLAIN,
+         "[ |a|||\\x1B$B|2|value][|\"\\x1B(B\"||||0|bare][ |d||||0|bare]"},
+    };
+    for (const Case& c : CASES) {
+        SCOPED_TRACE(c.note);
+        Vector<AttributeOf<TypeParam>> parts = MakeList<TypeParam>({Valued("x", "y", 2, "z"), Bare("u", "v", "w")});
+        Normalizer<TypeParam>::Split(Make<TypeParam>(c.folded), c.options, &parts);
+        EXPECT_EQ(DumpAll(parts), c.expected);
+    }
+}
+
+TYPED_TEST(AttributesNormalizerTest, WhiteSpaceOfTextThatWasConverted) {
+    Vector<AttributeOf<TypeParam>> parts;
+    const AttributeOf<TypeParam> attribute = Make<TypeParam>(Valued(" ", "a", 0,
+                                                                    "b\xA0"
+                                                                    "c\x85"
+                                                                    "d e"));
+    Normalizer<TypeParam>::Split(attribute, HTML::SPLIT_NARROW_SPACES, &parts);
+    EXPECT_EQ(parts.size(), 2U);
+    Normalizer<TypeParam>::Split(attribute, HTML::SPLIT_PLAIN, &parts);
+    EXPECT_EQ(parts.size(), sizeof(typename TypeParam::C) == 1 ? 2U : 4U);
+}
+
+TYPED_TEST(AttributesNormalizerTest, SplittingUndoesFolding) {
+    std::mt19937 random(20261122);
+    const auto pick = [&random](std::initializer_list<std::string_view> choices) { return choices.begin()[random() % choices.size()]; };
+    std::size_t folded = 0;
+    for (int round = 0; round < 3000; ++round) {
+        // As tags are read: what may follow what, and which characters end what.
+        Vector<AttributeOf<TypeParam>> list;
+        bool mayTouch = false;
+        for (auto count = random() % 9; count > 0; --count) {
+            Item item = Bare(mayTouch ? pick({"", " "}) : pick({" ", "\n\t"}), pick({"a", "'", "b\"c", "<d", "/e"}));
+            item.hasValue = random() % 3 == 0;
+            mayTouch = false;
+            if (item.hasValue) {
+                item.quote = static_cast<std::uint32_t>(random() % 3);
+                item.value = item.quote == 0   ? pick({"v", "=", "v'w\"", "/"})
+                             : item.quote == 1 ? pick({"", "v w", "<\""})
+                                               : pick({"", "'> v"});
+                mayTouch = item.quote != 0;
+            }
+            if (!list.empty() && list.back().hasValue && list.back().quote == 0 && item.prefix.empty())
+                item.prefix = " ";
+            list.push_back(Make<TypeParam>(item));
+        }
+        const std::string expected = DumpAll(list);
+        Normalizer<TypeParam>::Normalize(&list);
+        std::string found;
+        Vector<AttributeOf<TypeParam>> parts;
+        for (const AttributeOf<TypeParam>& attribute : list) {
+            Normalizer<TypeParam>::Split(attribute, HTML::SPLIT_PLAIN, &parts);
+            folded += parts.size() - 1;
+            found += DumpAll(parts);
+        }
+        ASSERT_EQ(found, expected);
+    }
+    EXPECT_GT(folded, 1000U);
+}
+
 TYPED_TEST(AttributesNormalizerTest, HasNoData) {
     static_assert(std::is_empty_v<Normalizer<TypeParam>>);
     static_assert(std::is_default_constructible_v<Normalizer<TypeParam>>);

@@ -150,6 +150,7 @@ std::vector<Stretch> BodiesIn(std::string_view latin1, const Lines& tokens) {
 
 void CheckWhole(const DocumentRow& row, const Route& route, Feed feed, const Cuts& cuts) {
     DocumentSettings settings = SettingsFor(route, feed, row.charset);
+    settings.scriptMode = row.scriptMode;
     const bool checked = cuts.size() <= 1;
     settings.selfCheck = checked ? HTML::GenericParser::SELF_CHECK_CRC : HTML::GenericParser::SELF_CHECK_OFF;
     const bool passes = !checked || PassesSelfCheck(row.input, row.tokens, route);
@@ -174,6 +175,7 @@ bool LeavesWhole(const BrokenRow& row, const Cuts& cuts) {
 
 void CheckRecovered(const BrokenRow& row, const Route& route, Feed feed, const Cuts& cuts) {
     DocumentSettings settings = SettingsFor(route, feed);
+    settings.scriptMode = row.scriptMode;
     const bool checked = cuts.size() <= 1;
     settings.selfCheck = checked ? HTML::GenericParser::SELF_CHECK_CRC : HTML::GenericParser::SELF_CHECK_OFF;
     const bool passes = !checked || PassesSelfCheck(row.input, row.tokens, route);
@@ -188,7 +190,9 @@ void CheckRecovered(const BrokenRow& row, const Route& route, Feed feed, const C
 }
 
 void CheckFailed(const BrokenRow& row, const Route& route, Feed feed, const Cuts& cuts) {
-    const DocumentRun run = ParseBy(route, row.input, cuts, SettingsFor(route, feed));
+    DocumentSettings settings = SettingsFor(route, feed);
+    settings.scriptMode = row.scriptMode;
+    const DocumentRun run = ParseBy(route, row.input, cuts, settings);
     EXPECT_EQ(Join(Comparable(run.trace, route)), Join(OpenTrace(row.tokensWithoutStream, route)));
     EXPECT_EQ(run.parseResult, row.parseResult);
     EXPECT_EQ(run.endResult, row.endResult);

@@ -38,6 +38,7 @@ struct DocumentRow {
     std::string input;  ///< Latin-1
     Lines tokens;       ///< between the charset and the end of parsing, as the 8-bit parser makes them, line comments included
     StringNS::CharSet::Code charset = 1252;
+    HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
 };
 
 /// A document with a construct that fails or stays open: junk when its bytes can be read again, a result code when they cannot.
@@ -49,6 +50,7 @@ struct BrokenRow {
     std::uint32_t parseResult;  ///< of the `ParseBuffer` that meets the failure, 0 when the end of the input is the failure
     std::uint32_t endResult;    ///< of `EndParse` behind it
     std::size_t uncut = 0;      ///< no cut falls here, between the two characters of an opener; 0 for no such place
+    HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
 };
 
 /// Checks tokens, results, place and the text written back by all routes: every split, fed by `ParseBuffer` and read from a stream.

@@ -23,7 +23,14 @@ const char* const DOCUMENTS[] = {
     "<!--a--b--->c<![CDATA[d]e]]>f<![if g]>h<![endif]>i<![CDATA[j]]k",
     "<! DOCTYPE a 'b' \"c\"d ><?xml e='f' g h=i ?><?j 'k\\'?>'/*l*///m\n?>n",
     "<script>/*a**b*///c<d</e<!f<?g\n//h<!--i-->j//<![cData[k]]>'l'</script>",
+    "<xmp>a\n</xm</xmp\t>b<xmp>",
+    "<script><!--<SCRIPT></script>--></scripT/><xmp>",
 };
+
+/// Scripts are text in the documents with an example.
+GenericParser::ScriptMode ModeOf(std::string_view document) {
+    return document.find("<xmp>") == std::string_view::npos ? GenericParser::SCRIPT_AS_TOKENS : GenericParser::SCRIPT_AS_TEXT;
+}
 
 /// The pieces go to a copy each; the one it was copied from reads something else and is destroyed.
 void GoOnWithACopy(std::unique_ptr<GenericParser>* parser) {
@@ -52,11 +59,12 @@ TEST(ParserCopyTest, ACopyFinishesTokensOfEveryKindLikeItsOriginal) {
         for (const Route& route : ROUTES) {
             for (const bool assigned : {false, true}) {
                 SCOPED_TRACE(std::string(document) + ", " + route.name + (assigned ? ", assigned" : ", copied"));
-                const DocumentRun whole = ParseBy(route, document, {}, SettingsFor(route));
+                DocumentSettings settings = SettingsFor(route);
+                settings.scriptMode = ModeOf(document);
+                const DocumentRun whole = ParseBy(route, document, {}, settings);
                 EXPECT_EQ(whole.parseResult, 0U);
                 EXPECT_EQ(whole.endResult, 0U);
                 ForEverySplit(document, [&](const Cuts& cuts) {
-                    DocumentSettings settings = SettingsFor(route);
                     settings.betweenPieces = assigned ? GoOnWithAnAssignedOne : GoOnWithACopy;
                     const DocumentRun run = ParseBy(route, document, cuts, settings);
                     EXPECT_EQ(run.Lines(), whole.Lines());
@@ -80,6 +88,7 @@ std::string GoOnFromCallback(const Route& route, std::string_view document, cons
     std::unique_ptr<GenericParser> copy;
     DocumentSettings settings = SettingsFor(route);
     settings.observed = Observed::NOBODY;
+    settings.scriptMode = ModeOf(document);
     settings.prepare = [&](GenericParser* parser) {
         parser->SetObserver(&observer, false);
         observer.hook = [&lines, &copy, parser, callback](const std::string&) {
@@ -108,7 +117,7 @@ std::string GoOnFromCallback(const Route& route, std::string_view document, cons
 
 TEST(ParserCopyTest, ACopyMadeInACallbackDoesNotTellHowTheInputWasCut) {
     const char* const documents[] = {
-        "ab<i>c", "a</b>c</d e>", "<a b=c d/>x<br/>", "<script>a</p>b'c'</script>d", "<!--a-->b<style>c",
+        "ab<i>c", "a</b>c</d e>", "<a b=c d/>x<br/>", "<script>a</p>b'c'</script>d", "<!--a-->b<style>c", "<xmp>a</xm</xmp b>c",
     };
     const char* const continuations[] = {"cd", "x>y", " x=y>z", "/>z", "<z>", ">", "'\">"};
     for (const char* const document : documents) {
@@ -138,6 +147,7 @@ TEST(ParserCopyTest, ACopyMadeInACallbackGoesOnAsTheRecognizerWould) {
     };
     const Row rows[] = {
         {"text is pending until its callback has returned", "ab<i>", 2, "cd", "text(ab)\ntext(abcd)\nend-parsing\n0, 0, 1:6"},
+        {"the content of an example as well", "<xmp>a</xmp>", 3, "b</xmp>", "text(a)\ntext(ab)\nend(|xmp|||)\nend-parsing\n0, 0, 1:15"},
         {"an end tag looks at what comes next", "</b>", 2, "x>y", "end(|b|||)\nend(|b||{|x}|)\ntext(y)\nend-parsing\n0, 0, 1:8"},
     };
     for (const Row& row : rows) {

@@ -182,6 +182,10 @@ TEST(TokenPlaceTest, WithoutARunningParserItIsTheBegin) {
     AttributePlace place;
     EXPECT_EQ(parser.GetAttributePlace(0, &place), 2U);
     EXPECT_EQ(parser.GetAttributePlace(0, nullptr), 2U);
+    std::vector<AttributePlace> parts(3);
+    EXPECT_EQ(parser.GetAttributeParts(0, &parts), 2U);
+    EXPECT_EQ(parts.size(), 3U);
+    EXPECT_EQ(parser.GetAttributeParts(0, nullptr), 2U);
 }
 
 TEST(TokenPlaceTest, ACopyGoesOnWithThem) {
@@ -255,6 +259,69 @@ TEST(AttributePlaceTest, Tags) {
         const std::string utf16 = ToUtf16LE(std::string_view(row.document));
         EXPECT_EQ((AttributesOf<WideChar, WideString>(utf16, GenericParser::DATA_STREAM_UTF16, order)), twice);
         EXPECT_EQ((AttributesOf<char, std::string>(utf16, GenericParser::DATA_STREAM_UTF16, order)), twice);
+    }
+}
+
+/// "NAME-NAME VALUE-VALUE" of each part of each attribute.
+template <typename C, typename S>
+std::string PartsOf(const std::string& bytes, StringNS::CharSet::Code charset, GenericParser::DataStreamType type) {
+    Lines lines;
+    HookedObserver<C, S> observer(&lines);
+    GenericParser parser;
+    std::string found;
+    observer.hook = [&](const std::string&) {
+        std::vector<AttributePlace> parts;
+        AttributePlace whole;
+        for (std::uint64_t index = 0; parser.GetAttributeParts(index, &parts) == 0; ++index) {
+            EXPECT_EQ(parser.GetAttributePlace(index, &whole), 0U);
+            EXPECT_EQ(parts.front().begin, whole.begin);
+            EXPECT_EQ(parts.back().end, whole.end);
+            for (std::size_t i = 0; i < parts.size(); ++i) {
+                EXPECT_EQ(parts[i].begin, i == 0 ? whole.begin : parts[i - 1].end);
+                found += std::to_string(parts[i].nameBegin) + "-" + std::to_string(parts[i].nameEnd) + " " +
+                         std::to_string(parts[i].valueBegin) + "-" + std::to_string(parts[i].valueEnd) + "\n";
+            }
+        }
+    };
+    parser.SetObserver(&observer, false);
+    EXPECT_EQ(parser.StartParse(charset, type), 0U);
+    EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
+    return found;
+}
+
+TEST(AttributePlaceTest, Parts) {
+    struct Row {
+        const char* note;
+        std::string document;
+        std::string places;
+    };
+    const std::string runOfQuotes = "\x1B$B\"\"\x1B(B";
+    const Row rows[] = {
+        {"nothing taken up", "<a b='c d' e>", "3-4 6-9\n11-12 12-12\n"},
+        {"one word", "<a href=\"/one\" download>", "3-7 9-13\n15-23 23-23\n"},
+        {"several", "<a b='c'd e  f=g h />", "3-4 6-7\n8-9 9-9\n10-11 11-11\n13-14 15-16\n17-18 18-18\n"},
+        {"an end tag", "</a b=c d>", "4-5 6-7\n8-9 9-9\n"},
+        {"an instruction folds nothing", "<?xml a='1' b?>", "6-7 9-10\n12-13 13-13\n"},
+        {"white space that only wide text knows",
+         "<a b=c\xA0"
+         "d e>",
+         "3-4 5-8\n9-10 10-10\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        EXPECT_EQ((PartsOf<char, std::string>(row.document, 1252, GenericParser::DATA_STREAM_8BIT)), row.places);
+        EXPECT_EQ((PartsOf<WideChar, WideString>(row.document, 1252, GenericParser::DATA_STREAM_8BIT)), row.places);
+    }
+    const Row iso2022[] = {
+        {"a value with an escape run", "<a b=\"" + runOfQuotes + "\" c>", "3-4 6-14\n16-17 17-17\n"},
+        {"after a value without quotes there are none", "<a b=c d=\"" + runOfQuotes + "\" e>",
+         "3-4 5-6\n7-8 10-13\n14-19 19-19\n20-21 21-21\n"},
+        {"after a word there are", "<a b=c x d=\"" + runOfQuotes + "\" e>", "3-4 5-6\n7-8 8-8\n9-10 12-20\n22-23 23-23\n"},
+        {"so there are in an end tag", "</a b=c d=\"" + runOfQuotes + "\" e>", "4-5 6-7\n8-9 11-19\n21-22 22-22\n"},
+    };
+    for (const Row& row : iso2022) {
+        SCOPED_TRACE(row.note);
+        EXPECT_EQ((PartsOf<char, std::string>(row.document, 50221, GenericParser::DATA_STREAM_8BIT)), row.places);
     }
 }
 

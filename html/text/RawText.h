@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "html/framework/SimpleParserContext.h"
+#include "html/text/Escape2022SimpleParser.h"
+
+/// @file
+/// The content of the elements in which the HTML standard sees no markup. Not installed.
+
+namespace Kestra::HTML {
+
+/// An element whose content is text up to its own end tag.
+enum class RawTextElement : std::uint32_t {
+    NONE,
+    SCRIPT,
+    STYLE,
+    TEXTAREA,
+    TITLE,
+    XMP,
+    IFRAME,
+    NOEMBED,
+    NOFRAMES,
+    PLAINTEXT,  ///< nothing ends it
+};
+
+/// Reads the content of such an element, from after its start tag to before its end tag: "</" and the name, compared without case,
+/// followed by white space, "/" or ">". In a script a part in `<!--` and `-->` may hold scripts with their end tags.
+///
+/// Resumable at every character: a copy has all that it must remember. Never fails.
+/// Source: the tokenizer of the HTML standard, from its RCDATA state to its script data double escape end state.
+template <typename C, typename S>
+class RawText {
+public:
+    /// The name without what follows its first "/", which ends a name in browsers.
+    static std::basic_string_view<C> CutName(std::basic_string_view<C> name);
+
+    /// Whether a character ends a name, as in the HTML standard: the tags of this library know more white space.
+    static bool EndsName(C character);
+
+    /// The element of that name, or `NONE`.
+    static RawTextElement FindElement(std::basic_string_view<C> name);
+
+    /// @param hasEscapes  the document may have ISO-2022 runs, in which no character is markup
+    void Begin(RawTextElement contentOf, bool hasEscapes);
+
+    /// Reads on. What is consumed belongs to `text`, but for what is in `run`, which the caller appends.
+    /// @param context  borrowed for the call
+    /// @param text     the content up to here, and nothing else; receives what cannot be in `run`
+    /// @param run      the last characters consumed
+    /// @return true in front of the end tag: at its "<", or, when `GetBegun` is not 0, after those of its characters that ended an earlier
+    ///         piece; false when the piece is used up
+    bool Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run);
+
+    /// Characters at the end of the content that may begin the end tag, or something else that counts.
+    std::uint64_t GetBegun() const;
+
+    /// They begin the end tag, and the caller takes them out of the content.
+    void DropBegun();
+
+    /// The input ends in the content.
+    void End(S* text);
+
+private:
+    template <typename, typename>
+    friend class RecognizerBuffers;
+
+    enum class Match { NONE, PARTIAL, COMPLETE };
+    enum class Verdict { TEXT, UNDECIDED, END_TAG };
+
+    void SkipToStop(SimpleParserContext<C, S>* context) const;
+    bool ReadEscapeRun(SimpleParserContext<C, S>* context, S* text);
+    Verdict Judge(const C* begin, const C* end);
+    Verdict JudgeBegun(const SimpleParserContext<C, S>& context, const S& text);
+    Verdict SwitchTo(std::uint32_t next, Match match);
+    Match MatchName(const C* begin, const C* end) const;
+
+    RawTextElement element = RawTextElement::NONE;
+    std::uint32_t state = 0;  // 0 content; of a script also 1 escaped and 2 double escaped
+    std::uint64_t begun = 0;  // see `GetBegun`
+    bool iso2022 = false;
+    bool inEscapeRun = false;
+    std::size_t escapeRunEnd = 0;  // of the last escape run: characters of the content
+    Escape2022SimpleParser<C, S> escape;
+    Escape2022SimpleParserData<C, S> escapeData;
+};
+
+}  // namespace Kestra::HTML
