@@ -1,6 +1,8 @@
 // Checks that the time for a hostile input grows with its size and no faster: an input, and one eight times as large. Linear time takes
-// eight times as long, n^1.5 twenty-three times, quadratic time sixty-four times; the bound is twice linear. Each input is read from a
-// stream, and as one whole buffer where that can be. Prints every one; exit status 1 when one breaks a bound.
+// eight times as long, n^1.5 twenty-three times, quadratic time sixty-four times; the bound is twice linear. What grows faster than its
+// input does so at every size, whereas a large input may lie in a slower cache than a small one, most of all on a busy machine: an input is
+// broken when the next one, eight times as large again, breaks the bound too. Each input is read from a stream, and as one whole buffer
+// where that can be. Prints every one; exit status 1 when one breaks a bound.
 //
 //     kestra-bench-hostile [NAME]        the inputs whose names begin so
 
@@ -25,8 +27,9 @@ constexpr std::uint64_t TIMES = 8;                // how much larger the large i
 constexpr double TIME_BOUND = 2.0 * TIMES;        // large to small, for caches and growing buffers
 constexpr std::uint64_t READ_BOUND = 2;           // bytes read, junk included, for each byte of the input
 constexpr std::chrono::seconds LONGEST_PAUSE{1};  // for whatever disturbs
-constexpr int REPETITIONS = 3;                    // of which the shortest counts
-constexpr int ATTEMPTS = 4;                       // to stay within the bound of time
+constexpr int REPETITIONS = 3;                    // of the small input, of which the shortest counts
+constexpr int ATTEMPTS = 6;                       // to stay within the bound of time,
+constexpr int FIRST_ATTEMPTS = 2;                 // these without a pause
 constexpr double MEASURED_TIME = 0.01;            // seconds, ten ticks of the coarsest clock
 constexpr double CACHE_TIME = 0.1e-9;             // seconds for a byte: what takes less goes at the speed of whichever cache it lies in
 
@@ -44,21 +47,22 @@ double Time(const HostileInput& input, HostileKind reader, HostileFeed feed, con
 }
 
 /// How many times as long the large input takes, by the shortest times of both: what disturbs only adds to them. What is slow by itself is
-/// so each time. Nothing counts as faster than the caches.
+/// so each time. Nothing counts as faster than the caches. One reading of the large input that stays within the bound is enough, as
+/// nothing makes it faster than it is; the small one is read more often, since a disturbed one would hide what is slow.
 double TimeRatio(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& small, const std::string& large) {
     const double leastOfSmall = CACHE_TIME * static_cast<double>(small.size());
     const double leastOfLarge = CACHE_TIME * static_cast<double>(large.size());
     double shortestOfSmall = std::numeric_limits<double>::infinity();
     double shortestOfLarge = shortestOfSmall;
     for (int attempt = 1;; ++attempt) {
-        for (int repetition = 0; repetition < REPETITIONS; ++repetition) {
+        for (int repetition = 0; repetition < REPETITIONS; ++repetition)
             shortestOfSmall = std::min(shortestOfSmall, Time(input, reader, feed, small));
-            shortestOfLarge = std::min(shortestOfLarge, Time(input, reader, feed, large));
-        }
+        shortestOfLarge = std::min(shortestOfLarge, Time(input, reader, feed, large));
         const double ratio = std::max(shortestOfLarge, leastOfLarge) / std::max(shortestOfSmall, leastOfSmall);
         if (ratio <= TIME_BOUND || attempt == ATTEMPTS)
             return ratio;
-        std::this_thread::sleep_for(LONGEST_PAUSE * attempt / ATTEMPTS);
+        if (attempt > FIRST_ATTEMPTS)
+            std::this_thread::sleep_for(LONGEST_PAUSE * (attempt - FIRST_ATTEMPTS) / (ATTEMPTS - FIRST_ATTEMPTS));
     }
 }
 
@@ -67,7 +71,11 @@ bool Check(const HostileInput& input, HostileKind reader, HostileFeed feed) {
     const std::string small = MakeHostile(input, size);
     const std::string large = MakeHostile(input, size * TIMES);
     const HostileReading reading = ReadHostile(input, reader, feed, large, true);
-    const double ratio = TimeRatio(input, reader, feed, small, large);
+    double ratio = TimeRatio(input, reader, feed, small, large);
+    if (ratio > TIME_BOUND) {
+        std::printf("%-30s %4.1f times the time of an eighth: once more, eight times as large\n", input.name, ratio);
+        ratio = TimeRatio(input, reader, feed, large, MakeHostile(input, size * TIMES * TIMES));
+    }
 
     const bool isJunkExpected = reader == DOCUMENT && feed == HostileFeed::STREAM && (input.kind & JUNK) != 0;
     const bool isJunkAsExpected = (reading.junk > 0) == isJunkExpected;

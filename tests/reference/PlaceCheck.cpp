@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <type_traits>
 
 #include "html/framework/ParserObserver.h"
@@ -30,26 +31,42 @@ public:
     std::string bytes;
 };
 
-/// The bytes that characters have in the document.
-std::string BytesOf(std::string_view text, bool) {
-    return std::string(text);
+/// Whether these are the bytes that characters have in the document.
+bool HasBytes(std::string_view text, std::string_view bytes, bool) {
+    return text == bytes;
 }
 
-std::string BytesOf(WideStringView text, bool wideInput) {
-    if (wideInput)
-        return ToUtf16LE(text);
-    std::string bytes;
-    for (const WideChar unit : text)
-        bytes.push_back(static_cast<char>(static_cast<unsigned char>(unit)));
-    return bytes;
+bool HasBytes(WideStringView text, std::string_view bytes, bool wideInput) {
+    const std::size_t size = wideInput ? 2 : 1;
+    if (bytes.size() != size * text.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const unsigned low = static_cast<unsigned char>(bytes[size * i]);
+        const unsigned high = wideInput ? static_cast<unsigned char>(bytes[2 * i + 1]) : 0U;
+        if (text[i] != static_cast<WideChar>(high << 8 | low))
+            return false;
+    }
+    return true;
 }
 
 /// Looks at every token as it comes.
 template <typename C, typename S>
 class PlaceObserver final : public HTML::ParserObserver<C, S> {
 public:
-    PlaceObserver(const GenericParser* observedParser, std::string_view documentBytes, const PlacedReading& placedReading, bool cut)
-        : parser(observedParser), document(documentBytes), reading(placedReading), isCut(cut) {}
+    explicit PlaceObserver(const GenericParser* observedParser) : parser(observedParser) {}
+
+    /// @param documentBytes  borrowed until the next document
+    /// @param cut            into several pieces
+    void Begin(std::string_view documentBytes, const PlacedReading& placedReading, bool cut) {
+        document = documentBytes;
+        reading = placedReading;
+        isCut = cut;
+        fault.clear();
+        seen = PlacesSeen();
+        last = TokenPlace();
+        line = 1;
+        column = 1;
+    }
 
     void OnEndParsing() override {
         const TokenPlace place = parser->GetTokenPlace();
@@ -116,16 +133,16 @@ public:
     PlacesSeen seen;
 
 private:
-    std::string At(std::uint64_t begin, std::uint64_t end) const {
-        return std::string(document.substr(begin, end - begin));
+    std::string_view At(std::uint64_t begin, std::uint64_t end) const {
+        return document.substr(begin, end - begin);
     }
 
     void Blame(const std::string& what, const TokenPlace& place) {
         if (fault.empty())
             fault = what + ": [" + std::to_string(place.begin) + ", " + std::to_string(place.end) + ") at " + std::to_string(place.line) +
                     ":" + std::to_string(place.column) + ", \"" +
-                    At(std::min(place.begin, document.size()), std::min(place.end, document.size())) + "\", the token before ended at " +
-                    std::to_string(last.end);
+                    std::string(At(std::min(place.begin, document.size()), std::min(place.end, document.size()))) +
+                    "\", the token before ended at " + std::to_string(last.end);
     }
 
     /// Callbacks without a record have the place of their tag.
@@ -178,7 +195,7 @@ private:
 
     template <template <typename, typename> class Record>
     void CheckText(Record<C, S>* record, const TokenPlace& place) {
-        const std::string bytes = At(place.begin, place.end);
+        const std::string_view bytes = At(place.begin, place.end);
         if constexpr (std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>) {
             // An opener that began in an earlier piece is not read again.
             if (!bytes.ends_with(*record->text) || bytes.size() > record->text->size() + 2 * sizeof(WideChar))
@@ -188,7 +205,7 @@ private:
             writer.bytes.clear();
             HTML::CallObserver(static_cast<HTML::ParserObserver<C, S>*>(&writer), record);
             const std::basic_string_view<C> written(reinterpret_cast<const C*>(writer.bytes.data()), writer.bytes.size() / sizeof(C));
-            if (BytesOf(written, reading.wideInput) == bytes)
+            if (HasBytes(written, bytes, reading.wideInput))
                 ++seen.exact;
             else if (!IsWrittenDifferently(*record, bytes))
                 Blame("not the bytes of the token", place);
@@ -198,7 +215,7 @@ private:
     /// Sections whose body a wide serializer halves; conditional sections without their end, or with a tail that lies in two pieces; an XML
     /// declaration with white space after a bare word that ends in a slash.
     template <template <typename, typename> class Record>
-    bool IsWrittenDifferently(const Record<C, S>& record, const std::string& bytes) const {
+    bool IsWrittenDifferently(const Record<C, S>& record, std::string_view bytes) const {
         using Comment = HTML::CommentTagData<C, S>;
         using CData = HTML::CDATATagData<C, S>;
         using Conditional = HTML::ConditionalTagData<C, S>;
@@ -228,14 +245,13 @@ private:
                 Blame("no place of attribute " + std::to_string(i), token);
                 return;
             }
-            const std::string prefix = BytesOf(attribute.prefix, reading.wideInput);
-            const std::string name = BytesOf(attribute.name, reading.wideInput);
-            const std::string value = BytesOf(attribute.value, reading.wideInput);
             const bool isInside = place.begin >= token.begin && place.end <= token.end && place.begin <= place.end;
             const bool follows = i == 0 || place.begin == end;
-            const bool hasName = At(place.begin, place.nameBegin) == prefix && At(place.nameBegin, place.nameEnd) == name;
+            const bool hasName = HasBytes(attribute.prefix, At(place.begin, place.nameBegin), reading.wideInput) &&
+                                 HasBytes(attribute.name, At(place.nameBegin, place.nameEnd), reading.wideInput);
             const bool hasValue = attribute.hasValue
-                                      ? At(place.valueBegin, place.valueEnd) == value && HasQuotes(attribute.quote, place)
+                                      ? HasBytes(attribute.value, At(place.valueBegin, place.valueEnd), reading.wideInput) &&
+                                            HasQuotes(attribute.quote, place)
                                       : place.valueBegin == place.nameEnd && place.valueEnd == place.nameEnd && place.end == place.nameEnd;
             if (!isInside || !follows || !hasName || !hasValue)
                 Blame("a wrong place of attribute " + std::to_string(i) + ": [" + std::to_string(place.begin) + ", " +
@@ -260,38 +276,49 @@ private:
 
     const GenericParser* parser;
     std::string_view document;
-    const PlacedReading& reading;
-    bool isCut;  ///< into several pieces
+    PlacedReading reading;
+    bool isCut = false;
     Writer<C, S> writer;
     TokenPlace last;
     std::uint64_t line = 1;
     std::uint64_t column = 1;
 };
 
+/// A parser with its observer, for one document after the other.
 template <typename C, typename S>
-std::string Fault(std::string_view document, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
-    GenericParser parser;
-    PlaceObserver<C, S> observer(&parser, document, reading, !cuts.empty() || document.size() > GenericParser::BUFFER_SIZE);
-    parser.SetObserver(&observer, false);
-    parser.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
-    const StringNS::CharSet::Code charset = reading.wideObserver ? StringNS::CharSet::ISO_8859_1 : reading.charset;
-    parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
-    CutInputStream stream;
-    if (reading.fromStream) {
-        stream.Reset(document, cuts);
-        parser.ParseStream(&stream, false);
-    } else {
-        std::uint32_t result = 0;
-        for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
-            const HeapPiece<char> piece(document.substr(begin, end - begin));
-            if (result == 0)
-                result = parser.ParseBuffer(piece.Data(), piece.Size());
-        }
+class PlacedParser {
+public:
+    PlacedParser() : observer(&parser) {
+        parser.SetObserver(&observer, false);
     }
-    parser.EndParse();
-    *seen += observer.seen;
-    return observer.fault;
-}
+
+    /// @return what is wrong, or nothing; valid until the next document
+    const std::string& Fault(std::string_view document, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+        observer.Begin(document, reading, !cuts.empty() || document.size() > GenericParser::BUFFER_SIZE);
+        parser.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
+        const StringNS::CharSet::Code charset = reading.wideObserver ? StringNS::CharSet::ISO_8859_1 : reading.charset;
+        parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        if (reading.fromStream) {
+            stream.Reset(document, cuts);
+            parser.ParseStream(&stream, false);
+        } else {
+            std::uint32_t result = 0;
+            for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+                const HeapPiece<char> piece(document.substr(begin, end - begin));
+                if (result == 0)
+                    result = parser.ParseBuffer(piece.Data(), piece.Size());
+            }
+        }
+        parser.EndParse();
+        *seen += observer.seen;
+        return observer.fault;
+    }
+
+private:
+    GenericParser parser;
+    PlaceObserver<C, S> observer;
+    CutInputStream stream;
+};
 
 }  // namespace
 
@@ -303,11 +330,23 @@ PlacesSeen& PlacesSeen::operator+=(const PlacesSeen& other) {
     return *this;
 }
 
-std::string FaultOfPlaces(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
-    const std::string document = reading.wideInput ? ToUtf16LE(latin1) : std::string(latin1);
-    const Cuts byteCuts = Scaled(cuts, reading.wideInput ? 2 : 1);
-    return reading.wideObserver ? Fault<WideChar, WideString>(document, reading, byteCuts, seen)
-                                : Fault<char, std::string>(document, reading, byteCuts, seen);
+/// The parsers for each kind of reading: what one has of its last document is of the same kind as what the next one needs.
+struct PlaceChecker::Parsers {
+    PlacedParser<char, std::string> narrow[2];   ///< of 8-bit and of wide documents
+    PlacedParser<WideChar, WideString> wide[2];  ///< likewise
+};
+
+PlaceChecker::PlaceChecker() : parsers(std::make_unique<Parsers>()) {}
+
+PlaceChecker::~PlaceChecker() = default;
+
+std::string PlaceChecker::Fault(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+    const std::size_t input = reading.wideInput ? 1 : 0;
+    const auto read = [&](std::string_view document, const Cuts& byteCuts) {
+        return reading.wideObserver ? parsers->wide[input].Fault(document, reading, byteCuts, seen)
+                                    : parsers->narrow[input].Fault(document, reading, byteCuts, seen);
+    };
+    return reading.wideInput ? read(ToUtf16LE(latin1), Scaled(cuts, 2)) : read(latin1, cuts);
 }
 
 }  // namespace Kestra::Test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -31,11 +32,21 @@ struct PlacesSeen {
     PlacesSeen& operator+=(const PlacesSeen& other);
 };
 
-/// Parses a document and looks at the place of every token and every attribute.
-/// @param latin1  borrowed
-/// @param cuts    in characters
-/// @param seen    what was seen is added to it
-/// @return what is wrong, or nothing
-std::string FaultOfPlaces(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen);
+/// Parses one document after the other, and looks at the place of every token and every attribute.
+class PlaceChecker {
+public:
+    PlaceChecker();
+    ~PlaceChecker();
+
+    /// @param latin1  borrowed
+    /// @param cuts    in characters
+    /// @param seen    what was seen is added to it
+    /// @return what is wrong, or nothing
+    std::string Fault(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen);
+
+private:
+    struct Parsers;
+    std::unique_ptr<Parsers> parsers;
+};
 
 }  // namespace Kestra::Test

@@ -32,25 +32,31 @@ std::string EventRun::Describe() const {
 }
 
 EventRun ParseEvents(const std::vector<std::string>& pieces, StringNS::CharSet::Code charset, unsigned long flags) {
+    HTML::StatelessHTMLParser parser;
+    return ParseEvents(&parser, pieces, charset, flags);
+}
+
+EventRun ParseEvents(HTML::StatelessHTMLParser* parser, const std::vector<std::string>& pieces, StringNS::CharSet::Code charset,
+                     unsigned long flags) {
     EventRun run;
     EventTraceObserver observer(&run.trace);
-    HTML::StatelessHTMLParser parser;
-    parser.Attach(&observer);
-    parser.SetFlags(flags);
-    parser.StartParse(charset);
+    parser->Attach(&observer);
+    parser->SetFlags(flags);
+    parser->StartParse(charset);
     for (const std::string& text : pieces) {
         const HeapPiece<char> piece(text);
-        run.parseResults.push_back(parser.ParseBuffer(piece.Data(), piece.Size()));
+        run.parseResults.push_back(parser->ParseBuffer(piece.Data(), piece.Size()));
         if (run.parseResults.back() != 0 && run.parseResults.back() != 16)
             break;
     }
     std::size_t line = 0;
     std::size_t column = 0;
-    parser.GetCurrentLineNumber(&line);
-    parser.GetCurrentColumnNumber(&column);
+    parser->GetCurrentLineNumber(&line);
+    parser->GetCurrentColumnNumber(&column);
     run.line = line;
     run.column = column;
-    run.endResult = parser.EndParse();
+    run.endResult = parser->EndParse();
+    parser->Detach(&observer);
     return run;
 }
 

@@ -1,6 +1,7 @@
 #include "tests/reference/events/StatelessReferenceEvents.h"
 
 #include <cstddef>
+#include <map>
 
 #include "platform/CharSet.h"
 #include "platform/CharSetConverter.h"
@@ -41,12 +42,25 @@ WideString WideByPairs(const std::string& text) {
     return wide;
 }
 
+/// Whether anything converts from a code page. That there is nothing is found out once: a system may search for long each time.
+bool HasConverter(std::uint32_t charset) {
+    static std::map<std::uint32_t, bool> known;
+    const auto [place, isNew] = known.emplace(charset, false);
+    if (isNew) {
+        WideString none;
+        place->second = StringHelper::GetWideFromGeneric(charset, "", 1, &none) == 0;
+    }
+    return place->second;
+}
+
 /// The charset rule: all of the text, by the charset in force, or by the ANSI rule when none is set or it has no converter.
 WideString WideByCharset(const std::string& text, std::uint32_t charset) {
     if (charset == 0)
         return WideByAnsi(text);
     if (charset == 1200)
         return WideByPairs(text);
+    if (!HasConverter(charset))
+        return WideByAnsi(text);
     WideString wide;
     std::uint32_t result = 0;
     // The units of these have two and four bytes: one NUL is no terminator.
