@@ -61,6 +61,18 @@ private:
     unsigned emptyReads = 0;  // in a row
 };
 
+/// Begins a document with the first piece. When a callback throws, that piece is in no token, as any other.
+/// @param bytes  of the document that have come
+template <typename Parser, typename Start>
+std::uint32_t SkipWhenItThrows(Parser* parser, std::uint64_t bytes, Start start) {
+    try {
+        return start();
+    } catch (...) {
+        parser->SkipTo(bytes);
+        throw;
+    }
+}
+
 }  // namespace
 
 /// An observer that parsers own together.
@@ -338,6 +350,7 @@ std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, con
 // "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible mark in an earlier piece are gone.
 std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
+    const std::uint64_t all = bytesDropped + size;
     for (std::uint64_t i = 0; i < size; ++i) {
         const auto byte = static_cast<unsigned char>(data[i]);
         PieceOrigin rest = origin;
@@ -350,13 +363,15 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            const std::uint32_t result = StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false);
+            const std::uint32_t result =
+                SkipWhenItThrows(narrowParser.get(), all, [this] { return StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false); });
             return result != PARSER_OK ? result : FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
-            const std::uint32_t result = StartWide(true);
+            const std::uint32_t result = SkipWhenItThrows(wideParser.get(), all, [this] { return StartWide(true); });
             return result != PARSER_OK ? result : FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            const std::uint32_t result = StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected);
+            const std::uint32_t result = SkipWhenItThrows(
+                narrowParser.get(), all, [&] { return StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected); });
             return result != PARSER_OK ? result : FeedNarrow(data, size, origin);
         }
     }

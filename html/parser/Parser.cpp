@@ -320,6 +320,12 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
 }
 
 template <typename C, typename S>
+void Parser<C, S>::SkipTo(std::uint64_t bytes) {
+    fedBefore = (bytes - bytesDropped) / sizeof(C);
+    boundaries[lastEnd] = {fedBefore, context.line, context.column};
+}
+
+template <typename C, typename S>
 std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin) {
     if (halted == PARSER_STOPPED)
         return halted;

@@ -81,6 +81,9 @@ public:
     /// @return 0
     std::uint32_t Start(std::uint64_t markLength, bool detectedCharset, std::uint64_t bytesDropped);
 
+    /// So many bytes of the document have come, and a callback threw before any of them was parsed.
+    void SkipTo(std::uint64_t bytes);
+
     /// Runs the recognizers over one piece. @return 0 when it is used up, 705, 710, 711, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
 
