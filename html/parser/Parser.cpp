@@ -1394,6 +1394,15 @@ bool Parser<C, S>::GetAttributeParts(std::size_t index, std::vector<AttributePla
     return true;
 }
 
+template <typename C, typename S>
+bool Parser<C, S>::GetTagNameEnd(std::uint64_t* end) const {
+    const DeliveredAttributes delivered = GetDeliveredAttributes();
+    if (delivered.list == nullptr)
+        return false;
+    *end = ToBytes(delivered.listBegin - (state == STATE_END_TAG ? endTagData.afterName.size() : 0));
+    return true;
+}
+
 /// After an unquoted value without words the recognizers of some tags take no escape runs.
 template <typename C, typename S>
 bool Parser<C, S>::IsAfterBareValue(const DeliveredAttributes& delivered, std::size_t index) const {

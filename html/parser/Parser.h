@@ -133,6 +133,8 @@ public:
     bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
     /// The same for what a folded attribute was written as: the attribute itself, and then its bare words.
     bool GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const;
+    /// Where the name of the tag that is being delivered ends. @return false when there is none
+    bool GetTagNameEnd(std::uint64_t* end) const;
 
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;
