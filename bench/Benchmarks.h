@@ -36,6 +36,8 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers);
 void RegisterScriptModes(const NamedCorpus& corpus);
 /// @param corpus  has only documents that this parser takes to their end
 void RegisterStatelessParser(const NamedCorpus& corpus);
+/// The rewriter, without edits and with one attribute set in every start tag.
+void RegisterRewriter(const NamedCorpus& corpus);
 void RegisterLimits(const NamedCorpus& corpus);
 
 /// The hostile inputs, which need no corpus.

@@ -25,6 +25,7 @@ void RegisterAll(const NamedCorpus& corpus, const std::string& list) {
     RegisterLimits(corpus);
     RegisterDocumentParser(corpus, true);
     RegisterScriptModes(corpus);
+    RegisterRewriter(corpus);
     RegisterPeers(corpus, list);
     // The stateless parser, and what it is compared with, over the same bytes: those that it can take.
     const NamedCorpus withoutScripts(corpus.Name() + "-without-scripts", [corpus] { return WithoutScripts(corpus.Get()); });
@@ -64,7 +65,9 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     // The example page has junk.
-    RegisterDocumentParser(NamedCorpus("example_page", [] { return LoadFolder(KESTRA_EXAMPLE_PAGES); }), false);
+    const NamedCorpus examplePage("example_page", [] { return LoadFolder(KESTRA_EXAMPLE_PAGES); });
+    RegisterDocumentParser(examplePage, false);
+    RegisterRewriter(examplePage);
     const NamedCorpus text("text", [] { return MakeText(TEXT_SIZE); });
     RegisterLimits(text);
     RegisterDocumentParser(text, true);

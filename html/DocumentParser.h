@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Everything of the document parser: `GenericParser`, the observer with its records, the serializer, character references
+/// Everything of the document parser: `GenericParser`, the observer with its records, the rewriter, the serializer, character references
 /// and the recognizers.
 
 #include "html/framework/ParserObserver.h"
@@ -12,6 +12,7 @@
 #include "html/output/StringOutputStreamParserObserverOutputHandler.h"
 #include "html/parser/GenericParser.h"
 #include "html/references/CharacterReferences.h"
+#include "html/rewrite/Rewriter.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/EntityTagSimpleParser.h"
 #include "html/tags/ExternTagSimpleParser.h"

@@ -9,6 +9,7 @@ void RegisterPeers(const NamedCorpus& corpus, const std::string& list) {
     Register(corpus, "gumbo/tree", ReadWithGumbo);
     Register(corpus, "hubbub/tokenizer", ReadWithHubbub);
     RegisterHtmlParser2(corpus, list);
+    RegisterParse5RewritingStream(corpus, list);
 }
 
 void RegisterHtmlcxx(const NamedCorpus& corpus) {

@@ -38,4 +38,7 @@ std::uint64_t ReadWithHubbub(const std::string& document);
 /// The tokenizer of htmlparser2, by Node.js in a process of its own.
 void RegisterHtmlParser2(const NamedCorpus& corpus, const std::string& list);
 
+/// The rewriting stream of parse5, which sets an attribute of every start tag, the same way.
+void RegisterParse5RewritingStream(const NamedCorpus& corpus, const std::string& list);
+
 }  // namespace Kestra::Bench

@@ -5,7 +5,7 @@
 
 namespace Kestra::HTML {
 
-/// An observer that writes the tokens it gets back as markup. That is no copy of most documents.
+/// An observer that writes the tokens it gets back as markup. That is no copy of most documents: `Rewriter` makes one, with edits.
 ///
 /// An 8-bit observer of 8-bit text gets no line comments of scripts, so none are written. The wide one passes the bodies of markup
 /// comments, CDATA sections and conditional sections (condition and tail) with a byte count equal to their length in characters, so that

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "html/parser/Parser.h"
+#include "html/parser/StreamReader.h"
 #include "platform/AtScopeEnd.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/CharsetDetector.h"
@@ -28,38 +29,22 @@ enum FeedMode : std::uint32_t {
     MODE_WIDE = 5,
 };
 
-constexpr unsigned MOST_EMPTY_READS = 1000;  // in a row, before a stream that never reaches its end is given up
-
 /// UTF-7 hides markup in shifted runs, so it is read as 1252, in which every byte stands for itself.
 StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
     return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
 }
 
-/// Reads a stream, one read after the other. One that delivers nothing again and again fails, and so does one that claims more bytes than
-/// there is room for.
-class StreamReader {
-public:
-    explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}
-
-    /// @param count  bytes read, 0 unless the answer is RESULT_OK; with that it may be 0 too, and the next read delivers more
-    /// @return RESULT_OK, RESULT_END_OF_DATA, or a failure
-    std::uint32_t Read(char* buffer, std::uint64_t size, std::uint64_t* count) {
-        *count = 0;
-        std::uint32_t result = stream->Read(buffer, size, count);
-        if (result == RESULT_OK && *count > size)
-            result = RESULT_STREAM_FAILED;
-        if (result != RESULT_OK) {
-            *count = 0;
-            return result;
-        }
-        emptyReads = *count == 0 ? emptyReads + 1 : 0;
-        return emptyReads < MOST_EMPTY_READS ? std::uint32_t{RESULT_OK} : std::uint32_t{PARSER_SHORT_READ};
+/// Begins a document with the first piece. When a callback throws, that piece is in no token, as any other.
+/// @param bytes  of the document that have come
+template <typename Parser, typename Start>
+std::uint32_t SkipWhenItThrows(Parser* parser, std::uint64_t bytes, Start start) {
+    try {
+        return start();
+    } catch (...) {
+        parser->SkipTo(bytes);
+        throw;
     }
-
-private:
-    VFS::InputStream* stream;
-    unsigned emptyReads = 0;  // in a row
-};
+}
 
 }  // namespace
 
@@ -306,6 +291,42 @@ std::uint32_t GenericParser::ParseBuffer(const char* data, std::uint64_t size) {
     return AnswerWith(result);
 }
 
+/// Feeds a piece of a document that can be read again, as the pieces of a stream.
+/// @param size     what `CountWholeUnits` has answered
+/// @param backing  borrowed until `StartParse` or `EndParse`, and the same for all pieces: has the token under way and this piece
+/// @param offset   of the piece, in that stream and in the document
+std::uint32_t GenericParser::FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing, std::uint64_t offset) {
+    const Feeding guard(this);
+    StreamUse use(this);
+    SetBackingStream(backing);
+    PieceOrigin origin;
+    origin.fromStream = true;
+    origin.positioned = true;
+    origin.offset = offset;
+    std::uint32_t result = FeedBytes(data, size, origin);
+    if (result == PARSER_UNTERMINATED)
+        result = PARSER_OK;  // as in `FeedStream`
+    if (result == PARSER_OK)
+        use.Keep();
+    return AnswerWith(result);
+}
+
+/// How many bytes of a piece can be fed: all, or all but the last when that is half a unit of UTF-16. Of a byte-order mark that the piece
+/// begins with, or ends, all bytes count.
+std::uint64_t GenericParser::CountWholeUnits(const char* data, std::uint64_t size) const {
+    const auto isByte = [&](std::uint64_t index, unsigned char byte) {
+        return index < size && static_cast<unsigned char>(data[index]) == byte;
+    };
+    std::uint64_t markBytes = 0;
+    if (mode == MODE_START && isByte(0, StringNS::BOM_UTF16_LE[0]) && isByte(1, StringNS::BOM_UTF16_LE[1]))
+        markBytes = 2;
+    else if (mode == MODE_UTF16_MARK_1 && isByte(0, StringNS::BOM_UTF16_LE[1]))
+        markBytes = 1;
+    else if (mode != MODE_WIDE)
+        return size;
+    return markBytes + (size - markBytes) / sizeof(WideChar) * sizeof(WideChar);
+}
+
 /// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing: only the answer tells of it, the next
 /// one when this call has another.
 std::uint32_t GenericParser::AnswerWith(std::uint32_t result) {
@@ -338,6 +359,7 @@ std::uint32_t GenericParser::FeedBytes(const char* data, std::uint64_t size, con
 // "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible mark in an earlier piece are gone.
 std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
+    const std::uint64_t all = bytesDropped + size;
     for (std::uint64_t i = 0; i < size; ++i) {
         const auto byte = static_cast<unsigned char>(data[i]);
         PieceOrigin rest = origin;
@@ -350,13 +372,15 @@ std::uint32_t GenericParser::FeedFirstBytes(const char* data, std::uint64_t size
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            const std::uint32_t result = StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false);
+            const std::uint32_t result =
+                SkipWhenItThrows(narrowParser.get(), all, [this] { return StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false); });
             return result != PARSER_OK ? result : FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
-            const std::uint32_t result = StartWide(true);
+            const std::uint32_t result = SkipWhenItThrows(wideParser.get(), all, [this] { return StartWide(true); });
             return result != PARSER_OK ? result : FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            const std::uint32_t result = StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected);
+            const std::uint32_t result = SkipWhenItThrows(
+                narrowParser.get(), all, [&] { return StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected); });
             return result != PARSER_OK ? result : FeedNarrow(data, size, origin);
         }
     }
@@ -586,6 +610,11 @@ std::uint32_t GenericParser::GetAttributeParts(std::uint64_t index, std::vector<
         return PARSER_INVALID_ARGUMENT;
     const auto find = [index, places](const auto& parser) { return parser.GetAttributeParts(static_cast<std::size_t>(index), places); };
     return Ask(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
+}
+
+/// Where the name of the tag, or the target of the instruction, that is being delivered ends.
+bool GenericParser::GetTagNameEnd(std::uint64_t* end) const {
+    return Ask([end](const auto& parser) { return parser.GetTagNameEnd(end); }, false);
 }
 
 std::uint64_t GenericParser::GetLine() const {

@@ -16,6 +16,7 @@
 namespace Kestra::HTML {
 
 struct PieceOrigin;
+class RewriterEngine;
 
 template <typename C, typename S>
 class Parser;
@@ -252,6 +253,8 @@ public:
     std::uint64_t GetChrDetMinConfidence() const;
 
 private:
+    friend class RewriterEngine;
+
     class Feeding;
     class StreamUse;
     struct ObserverOwner;
@@ -266,6 +269,9 @@ private:
     std::uint32_t StartWide(bool hasMark);
     std::uint32_t AnnounceCharset();
     bool IsStopped() const;
+    std::uint32_t FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing, std::uint64_t offset);
+    std::uint64_t CountWholeUnits(const char* data, std::uint64_t size) const;
+    bool GetTagNameEnd(std::uint64_t* end) const;
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);

@@ -320,6 +320,12 @@ std::uint32_t Parser<C, S>::Start(std::uint64_t markLength, bool detectedCharset
 }
 
 template <typename C, typename S>
+void Parser<C, S>::SkipTo(std::uint64_t bytes) {
+    fedBefore = (bytes - bytesDropped) / sizeof(C);
+    boundaries[lastEnd] = {fedBefore, context.line, context.column};
+}
+
+template <typename C, typename S>
 std::uint32_t Parser<C, S>::Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin) {
     if (halted == PARSER_STOPPED)
         return halted;
@@ -1385,6 +1391,15 @@ bool Parser<C, S>::GetAttributeParts(std::size_t index, std::vector<AttributePla
         offset += GetWrittenLength(part);
     }
     places->swap(found);
+    return true;
+}
+
+template <typename C, typename S>
+bool Parser<C, S>::GetTagNameEnd(std::uint64_t* end) const {
+    const DeliveredAttributes delivered = GetDeliveredAttributes();
+    if (delivered.list == nullptr)
+        return false;
+    *end = ToBytes(delivered.listBegin - (state == STATE_END_TAG ? endTagData.afterName.size() : 0));
     return true;
 }
 

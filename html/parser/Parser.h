@@ -81,6 +81,9 @@ public:
     /// @return 0
     std::uint32_t Start(std::uint64_t markLength, bool detectedCharset, std::uint64_t bytesDropped);
 
+    /// So many bytes of the document have come, and a callback threw before any of them was parsed.
+    void SkipTo(std::uint64_t bytes);
+
     /// Runs the recognizers over one piece. @return 0 when it is used up, 705, 710, 711, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
 
@@ -130,6 +133,8 @@ public:
     bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
     /// The same for what a folded attribute was written as: the attribute itself, and then its bare words.
     bool GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const;
+    /// Where the name of the tag that is being delivered ends. @return false when there is none
+    bool GetTagNameEnd(std::uint64_t* end) const;
 
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;

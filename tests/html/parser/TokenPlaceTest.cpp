@@ -167,6 +167,33 @@ TEST(TokenPlaceTest, WhatIsLostBehindAnExceptionIsInNoToken) {
     EXPECT_EQ(run.placed, "text(a) 0-1@1:1\ntext(c) 2-3@1:3\nstart(|d||) 3-6@1:4\n");
 }
 
+/// So is the first piece when a callback throws before any of it is parsed.
+TEST(TokenPlaceTest, WhatIsLostAtTheVeryBeginIsInNoToken) {
+    NarrowRun run;
+    run.Start(1252, GenericParser::DATA_STREAM_AUTO);
+    run.throwingLine = "start-parsing";
+    EXPECT_THROW(run.Feed("lost"), std::runtime_error);
+    run.placed.clear();
+    EXPECT_EQ(run.Feed("c<d>"), 0U);
+    EXPECT_EQ(run.placed, "text(c) 4-5@1:1\nstart(|d||) 5-8@1:2\n");
+
+    // With a mark that lies in two pieces.
+    run.Start(1252, GenericParser::DATA_STREAM_AUTO);
+    EXPECT_EQ(run.Feed("\xEF"), 0U);
+    EXPECT_THROW(run.Feed("\xBB\xBFlost"), std::runtime_error);
+    run.placed.clear();
+    EXPECT_EQ(run.Feed("c<d>"), 0U);
+    EXPECT_EQ(run.placed, "text(c) 7-8@1:1\nstart(|d||) 8-11@1:2\n");
+
+    WideRun wide;
+    wide.Start(1252, GenericParser::DATA_STREAM_AUTO);
+    wide.throwingLine = "start-parsing";
+    EXPECT_THROW(wide.Feed("\xFF\xFE" + ToUtf16LE(std::string_view("lost"))), std::runtime_error);
+    wide.placed.clear();
+    EXPECT_EQ(wide.Feed(ToUtf16LE(std::string_view("c<d>"))), 0U);
+    EXPECT_EQ(wide.placed, "text(c) 10-12@1:1\nstart(|d||) 12-18@1:2\n");
+}
+
 TEST(TokenPlaceTest, ARecordThatCannotBeConvertedIsAHole) {
     WideRun run;
     run.Start(99999, GenericParser::DATA_STREAM_8BIT);

@@ -23,6 +23,7 @@ using CharacterOf = typename S::value_type;
 void UsePlatform();
 void UseRecognizers();
 void UseRecords();
+void UseRewriter();
 void UseDocuments();
 void UseEvents();
 void UseDetection();

@@ -21,6 +21,7 @@ int main() {
     UsePlatform();
     UseRecognizers();
     UseRecords();
+    UseRewriter();
     UseDocuments();
     UseEvents();
     UseDetection();

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "html/rewrite/RewriterToken.h"
+
+namespace Kestra::HTML {
+
+/// An element whose start tag is being delivered, to be edited. It is over when the callback that got it returns, as a `RewriterToken` is.
+///
+/// The element ends with its end tag. Without one it ends right before the end tag of an element around it, or where the document ends: no
+/// end tag is implied, so that a `p` lasts until `</p>` or until its parent ends. A void element (`br`, `img`, ...) has a start tag alone.
+/// A short tag, "<b/>", opens an element like a start tag, as in browsers; inside `svg` and `math` it closes itself.
+class KESTRA_HTML_API RewriterElement {
+public:
+    /// An element that is over.
+    RewriterElement();
+    RewriterElement(const RewriterElement& other);
+    RewriterElement& operator=(const RewriterElement& other);
+    ~RewriterElement();
+
+    bool IsOver() const;
+    std::string GetName() const;        ///< with "A" to "Z" in lower case
+    RewriterToken GetStartTag() const;  ///< its attributes are those of the element
+    bool HasContent() const;            ///< false for a void element, and for a short tag that closes itself
+
+    std::uint32_t InsertBefore(std::string_view content, RewriteContent kind);  ///< before the start tag
+    std::uint32_t InsertBefore(WideStringView content, RewriteContent kind);
+    std::uint32_t InsertAfter(std::string_view content, RewriteContent kind);  ///< after the end tag
+    std::uint32_t InsertAfter(WideStringView content, RewriteContent kind);
+
+    /// Right after the start tag, after what earlier calls wrote there.
+    /// @return 0; REWRITE_NO_CONTENT; REWRITE_ENDS_EARLY, REWRITE_NOT_IN_CHARSET in a script or its like
+    std::uint32_t Prepend(std::string_view content, RewriteContent kind);
+    std::uint32_t Prepend(WideStringView content, RewriteContent kind);
+
+    /// Right before the end tag, after what earlier calls wrote there. In a script, what would make its end tag together with the last
+    /// characters of the script is left out. @return as `Prepend`
+    std::uint32_t Append(std::string_view content, RewriteContent kind);
+    std::uint32_t Append(WideStringView content, RewriteContent kind);
+
+    /// In place of everything between the two tags, what was written there before included. @return as `Prepend`
+    std::uint32_t SetContent(std::string_view content, RewriteContent kind);
+    std::uint32_t SetContent(WideStringView content, RewriteContent kind);
+
+    /// In place of the element. What was to be written inside it goes with it, what was before and after it stays.
+    std::uint32_t Replace(std::string_view content, RewriteContent kind);
+    std::uint32_t Replace(WideStringView content, RewriteContent kind);
+
+    /// Writes nothing of the element, its content included.
+    std::uint32_t Remove();
+
+    /// Writes the content without the two tags.
+    std::uint32_t Unwrap();
+
+private:
+    friend class RewriterEngine;
+
+    explicit RewriterElement(const RewriterToken& tag);
+
+    RewriterToken startTag;
+};
+
+}  // namespace Kestra::HTML

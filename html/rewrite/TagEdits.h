@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "html/framework/TokenPlace.h"
+#include "html/rewrite/DocumentText.h"
+
+/// @file
+/// The attributes of one tag, and what a host changes of them. Not installed.
+
+namespace Kestra::HTML {
+
+/// Where the parts of a tag lie in its bytes.
+struct TagLayout {
+    std::size_t nameBegin = 0;
+    std::size_t nameEnd = 0;
+    std::vector<AttributePlace> attributes;  ///< bare words too; their offsets are those of the document
+    std::uint64_t offset = 0;                ///< of the tag in the document
+};
+
+/// Edits attributes in the bytes of a tag. Everything that is not edited stays as it is.
+///
+/// Names and values are UTF-8. After an exception the edits are as they were before the call.
+class TagEdits {
+public:
+    /// Takes a tag without edits.
+    /// @param tagBytes  borrowed until `Forget`
+    /// @param charset   of the tag, borrowed too
+    void Load(std::string_view tagBytes, const TagLayout& layout, DocumentText* charset);
+    void Forget();
+
+    bool IsLoaded() const {
+        return text != nullptr;
+    }
+    bool IsChanged() const {
+        return changed;
+    }
+
+    bool Has(std::string_view name) const;
+    /// @return a RewriteResult, like the rest
+    std::uint32_t Get(std::string_view name, std::string* value) const;
+    std::uint32_t Set(std::string_view name, std::string_view value);
+    std::uint32_t Add(std::string_view name, std::string_view value);
+    std::uint32_t Rename(std::string_view name, std::string_view newName);
+    std::uint32_t Remove(std::string_view name);
+
+    /// Appends the bytes of the tag with its edits.
+    void Write(std::string* bytes) const;
+
+private:
+    static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
+
+    struct Part {
+        std::size_t begin = 0;  // all offsets are in the tag's bytes
+        std::size_t nameBegin = 0;
+        std::size_t nameEnd = 0;
+        std::size_t valueBegin = 0;
+        std::size_t valueEnd = 0;
+        std::size_t end = 0;
+        bool isAdded = false;  // has no bytes in the tag
+        bool isRemoved = false;
+        bool hasNewName = false;
+        bool hasNewValue = false;
+        std::string name;   // as it is now
+        std::string value;  // the new one
+
+        bool HasOldValue() const {
+            return valueBegin != nameEnd;
+        }
+        bool HasValue() const {
+            return hasNewValue || HasOldValue();
+        }
+    };
+
+    /// What has been written, as far as it matters for what can follow it.
+    struct Written {
+        std::string* bytes;
+        bool endsInQuote = false;
+        bool endsInBareValue = false;
+        bool endsInMissingValue = false;  // "b="
+        bool isAfterRemoved = false;      // an attribute that was here is gone
+    };
+
+    std::size_t Find(std::string_view name) const;
+    bool CanHaveName(std::string_view name);
+    char GetQuote(const Part& part) const;
+    char ChooseQuote(const Part& part) const;
+    bool NeedsSpace(const Written& written, std::size_t next) const;
+    void SeparateTail(std::size_t tail, Written* written) const;
+    void CompleteValue(Written* written) const;
+    void WritePart(const Part& part, Written* written) const;
+    void WriteNewValue(const Part& part, std::string* bytes) const;
+    void WriteAscii(std::string_view ascii, std::string* bytes) const;
+
+    std::string_view tag;
+    DocumentText* text = nullptr;
+    std::size_t nameBegin = 0;
+    std::size_t nameEnd = 0;
+    bool canChange = false;  // has a name, and its ">"
+    bool isInstruction = false;
+    bool isEndTag = false;
+    bool changed = false;
+    std::vector<Part> parts;
+    std::string nameBytes;  // of the name that is looked at
+};
+
+}  // namespace Kestra::HTML

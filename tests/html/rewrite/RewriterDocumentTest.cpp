@@ -1,0 +1,565 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "html/framework/ParserObserver.h"
+#include "html/framework/ResultCodes.h"
+#include "html/rewrite/Rewriter.h"
+#include "platform/MemoryInputStream.h"
+#include "platform/Results.h"
+#include "tests/html/rewrite/RewriteRun.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/TestStreams.h"
+
+namespace Kestra::Test {
+namespace {
+
+using namespace HTML;
+
+constexpr auto NARROW = GenericParser::DATA_STREAM_8BIT;
+constexpr auto WIDE = GenericParser::DATA_STREAM_UTF16;
+constexpr auto AUTO = GenericParser::DATA_STREAM_AUTO;
+
+std::uint32_t Feed(Rewriter* rewriter, std::string_view bytes) {
+    return rewriter->ParseBuffer(bytes.data(), bytes.size());
+}
+
+/// Does something at every start tag.
+class StartTagObserver final : public ParserObserver<char, std::string> {
+public:
+    explicit StartTagObserver(std::function<void()> callback) : onStartTag(std::move(callback)) {}
+
+    void OnStartTag(StartTagData<char, std::string>*) override {
+        onStartTag();
+    }
+
+private:
+    std::function<void()> onStartTag;
+};
+
+class WideObserver final : public ParserObserver<WideChar, WideString> {};
+
+TEST(RewriterDocumentTest, AnswersTheCodesOfTheParserAndCopies) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    WideObserver observer;
+    rewriter.SetObserver(&observer);
+    // Text has been converted with another charset.
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a\xE4<b>c<meta charset=utf-8>d<b"), std::uint32_t{PARSER_PARSE_AGAIN});
+    EXPECT_TRUE(rewriter.GetParser().NeedsReparsing());
+    EXPECT_EQ(Feed(&rewriter, "e>f"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a\xE4<b>c<meta charset=utf-8>d<be>f");
+    // The next document is parsed again.
+    output.bytes.clear();
+    rewriter.StartParse(65001, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b>"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a<b>");
+    // The halved body of a comment.
+    output.bytes.clear();
+    rewriter.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    rewriter.StartParse(0, WIDE);
+    const std::string document = ToUtf16LE(std::string_view("<!--a-->b"));
+    EXPECT_EQ(Feed(&rewriter, document), 0U);
+    EXPECT_EQ(rewriter.EndParse(), std::uint32_t{PARSER_SELF_CHECK_FAILED});
+    EXPECT_EQ(output.bytes, document);
+}
+
+TEST(RewriterDocumentTest, PiecesDoNotEndInARecognizersCode) {
+    for (const std::string_view document : {"a<b=/>c", "a<b c / >d", "a<!-b>", "a<b", "<script>'", "<script>//a", "a<![x"}) {
+        const RewriteRun run = Rewrite(document, [](Rewriter*) {});
+        EXPECT_EQ(run.output, document);
+        EXPECT_EQ(run.feeding, 0U);
+        EXPECT_EQ(run.ending, 0U);
+    }
+}
+
+TEST(RewriterDocumentTest, AnswersTheCodesOfStreams) {
+    const std::string document = "a<b>c<d>e";
+    const auto run = [&](std::unique_ptr<FaultyInputStream> stream, std::uint32_t expected, std::string_view expectedOutput) {
+        CollectingHandler output;
+        Rewriter rewriter(&output);
+        rewriter.OnElement("d", [](RewriterElement element) { element.Remove(); });
+        rewriter.StartParse(0, NARROW);
+        EXPECT_EQ(rewriter.ParseStream(stream.release(), true), expected);
+        EXPECT_EQ(Feed(&rewriter, "<d>!"), 0U);
+        EXPECT_EQ(rewriter.EndParse(), 0U);
+        EXPECT_EQ(output.bytes, expectedOutput);
+    };
+    const auto make = [&] { return std::make_unique<FaultyInputStream>(document); };
+    auto stream = make();
+    run(std::move(stream), 0, "a<b>c");
+    stream = make();
+    stream->FailRead(1, 999);
+    run(std::move(stream), 999, "<d>!");
+    stream = make();
+    stream->ShortenRead(1, 4).FailRead(2, 999);
+    run(std::move(stream), 999, "a<b><d>!");
+    stream = make();
+    stream->ShortenRead(1, 2).ReadNothing(2).ShortenRead(3, 3);
+    run(std::move(stream), 0, "a<b>c");
+    stream = make();
+    stream->MisreportRead(1, 1U << 30);
+    run(std::move(stream), RESULT_STREAM_FAILED, "<d>!");
+    stream = make();
+    stream->NeverEnd();
+    run(std::move(stream), 0, "a<b>c");
+    // Neither positions nor seeks are needed.
+    stream = make();
+    stream->FailGetPositionsFrom(1, 999).FailSeeksFrom(1, 999);
+    run(std::move(stream), 0, "a<b>c");
+    int destructions = 0;
+    stream = make();
+    stream->CountDestructions(&destructions);
+    run(std::move(stream), 0, "a<b>c");
+    EXPECT_EQ(destructions, 1);
+}
+
+TEST(RewriterDocumentTest, AStreamThatDeliversNothing) {
+    class EmptyStream final : public VFS::InputStream {
+    public:
+        std::uint32_t Read(void*, std::uint64_t, std::uint64_t* bytesRead) override {
+            *bytesRead = 0;
+            return 0;
+        }
+        std::uint32_t GetPosition(std::uint64_t*) override {
+            return 1;
+        }
+        std::uint32_t Seek(std::uint64_t) override {
+            return 1;
+        }
+        bool IsEnd() override {
+            return false;
+        }
+    };
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    EmptyStream stream;
+    EXPECT_EQ(rewriter.ParseStream(&stream, false), std::uint32_t{PARSER_SHORT_READ});
+}
+
+TEST(RewriterDocumentTest, WritesTheRestOfAStreamThatIsNotParsed) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    WideObserver observer;
+    rewriter.SetObserver(&observer);
+    rewriter.StartParse(0, NARROW);
+    const std::string document = "a<meta charset=utf-8>" + std::string(200000, 'b') + "<c>";
+    VFS::MemoryInputStream stream(document);
+    EXPECT_EQ(rewriter.ParseStream(&stream, false), std::uint32_t{PARSER_PARSE_AGAIN});
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, document);
+}
+
+TEST(RewriterDocumentTest, RefusesBadArguments) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b"), 0U);
+    EXPECT_EQ(rewriter.ParseBuffer(nullptr, 1), 2U);
+    EXPECT_EQ(rewriter.ParseBuffer(nullptr, 0), 0U);
+    EXPECT_EQ(rewriter.ParseStream(nullptr, true), 2U);
+    EXPECT_EQ(rewriter.ParseFile(nullptr), 2U);
+    EXPECT_EQ(Feed(&rewriter, ">c"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a<b>c");
+}
+
+TEST(RewriterDocumentTest, CallbacksCannotNest) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    int calls = 0;
+    StartTagObserver observer([&] {
+        ++calls;
+        VFS::MemoryInputStream stream("x");
+        EXPECT_EQ(Feed(&rewriter, "x"), 2U);
+        EXPECT_EQ(rewriter.ParseStream(&stream, false), 2U);
+        EXPECT_EQ(rewriter.ParseFile(KESTRA_WIDE("x")), 2U);
+        EXPECT_EQ(rewriter.StartParse(0, NARROW), 2U);
+        EXPECT_EQ(rewriter.EndParse(), 2U);
+        EXPECT_EQ(rewriter.SetObserver(static_cast<ParserObserver<char, std::string>*>(nullptr)), 2U);
+        EXPECT_EQ(rewriter.SetObserver(static_cast<ParserObserver<WideChar, WideString>*>(nullptr)), 2U);
+        EXPECT_EQ(rewriter.OnElement("a", [](RewriterElement) {}), 2U);
+        EXPECT_EQ(rewriter.OnContent("a", [](RewriterToken) {}), 2U);
+    });
+    rewriter.SetObserver(&observer);
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b>c<d>e"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a<b>c<d>e");
+    EXPECT_EQ(calls, 2);
+}
+
+TEST(RewriterDocumentTest, AnExceptionLosesNothing) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    int tags = 0;
+    StartTagObserver observer([&] {
+        EXPECT_EQ(rewriter.GetToken().Replace("[" + std::to_string(++tags) + "]", CONTENT_TEXT), 0U);
+        if (tags == 2)
+            throw std::runtime_error("enough");
+    });
+    rewriter.SetObserver(&observer);
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b"), 0U);
+    EXPECT_THROW(Feed(&rewriter, ">c<d>e<f>g"), std::runtime_error);
+    EXPECT_EQ(output.bytes, "a[1]c<d>e<f>g");
+    EXPECT_EQ(Feed(&rewriter, "h<i>j"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a[1]c<d>e<f>gh[3]j");
+}
+
+TEST(RewriterDocumentTest, AnExceptionEndsRemovals) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.OnElement("p", [](RewriterElement element) {
+        element.Remove();
+        element.InsertAfter("!", CONTENT_TEXT);
+    });
+    rewriter.OnElement("b", [](RewriterElement) { throw std::runtime_error("enough"); });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_THROW(Feed(&rewriter, "a<p>c<b>d"), std::runtime_error);
+    EXPECT_EQ(Feed(&rewriter, "e</p>f"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a<b>de!f");
+}
+
+/// Whatever came before the exception, the places of the next piece are right.
+TEST(RewriterDocumentTest, AnExceptionAtTheVeryBegin) {
+    class Throwing final : public ParserObserver<char, std::string> {
+    public:
+        void OnStartParsing() override {
+            if (atStart)
+                throw std::runtime_error("at the start");
+        }
+        void OnBOM(const void*, std::uint64_t) override {
+            throw std::runtime_error("at the mark");
+        }
+        void OnStartTag(StartTagData<char, std::string>*) override {
+            EXPECT_EQ(rewriter->GetToken().GetBytes(), rewriter->GetParser().IsWParser() ? std::string_view("<\0b\0>\0", 6) : "<b>");
+            EXPECT_EQ(rewriter->GetToken().Remove(), 0U);
+        }
+
+        Rewriter* rewriter = nullptr;
+        bool atStart = false;
+    };
+    for (const bool atStart : {false, true}) {
+        for (const bool isWide : {false, true}) {
+            for (const std::size_t cut : {0U, 1U, 2U}) {
+                CollectingHandler output;
+                Rewriter rewriter(&output);
+                Throwing observer;
+                observer.rewriter = &rewriter;
+                observer.atStart = atStart;
+                rewriter.SetObserver(&observer);
+                rewriter.StartParse(0, AUTO);
+                const std::string mark = isWide ? "\xFF\xFE" : "\xEF\xBB\xBF";
+                const std::string rest = isWide ? ToUtf16LE(std::string_view("a<i>")) : "a<i>";
+                const std::string next = isWide ? ToUtf16LE(std::string_view("c<b>d")) : "c<b>d";
+                const std::string first = mark + rest;
+                const std::size_t begin = std::min(cut, mark.size() - 1);
+                EXPECT_EQ(Feed(&rewriter, std::string_view(first).substr(0, begin)), 0U);
+                EXPECT_THROW(Feed(&rewriter, std::string_view(first).substr(begin)), std::runtime_error);
+                EXPECT_EQ(Feed(&rewriter, next), 0U);
+                EXPECT_EQ(rewriter.EndParse(), 0U);
+                EXPECT_EQ(output.bytes, first + (isWide ? ToUtf16LE(std::string_view("cd")) : "cd"));
+            }
+        }
+    }
+}
+
+TEST(RewriterDocumentTest, AHandlerThatThrowsGetsTheRest) {
+    class ThrowingHandler final : public ParserObserverOutputHandler {
+    public:
+        void Write(const void* data, std::uint64_t byteCount, bool) override {
+            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+            if (++calls == 2)
+                throw std::runtime_error("full");
+        }
+
+        std::string bytes;
+        int calls = 0;
+    };
+    ThrowingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.OnContent("", [](RewriterToken token) {
+        if (token.GetKind() == TOKEN_START_TAG)
+            token.InsertBefore("!", CONTENT_TEXT);
+    });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_THROW(Feed(&rewriter, "a<b>c<d>e"), std::runtime_error);
+    EXPECT_EQ(Feed(&rewriter, "f<g>"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a!<b>c<d>ef!<g>");
+}
+
+TEST(RewriterDocumentTest, MemoryThatACallbackLacksIsItsOwnAffair) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.OnContent("", [](RewriterToken) { throw std::bad_alloc(); });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_THROW(Feed(&rewriter, "a<b>"), std::bad_alloc);
+    EXPECT_THROW(Feed(&rewriter, "c<d>"), std::bad_alloc);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a<b>c<d>");
+}
+
+TEST(RewriterDocumentTest, LimitsOfTheElements) {
+    const auto run = [](std::uint64_t depth, std::uint64_t attributes, std::string_view document) {
+        return Rewrite(document, [=](Rewriter* rewriter) {
+            rewriter->SetMaxDepth(depth);
+            rewriter->SetMaxOpenAttributes(attributes);
+            rewriter->OnElement("*", [](RewriterElement element) { element.InsertAfter("!", CONTENT_TEXT); });
+        });
+    };
+    EXPECT_EQ(run(0, 0, "<a><b><c>").feeding, 0U);
+    EXPECT_EQ(run(3, 0, "<a><b><c></c><c>").feeding, 0U);
+    const RewriteRun deep = run(2, 0, "<a><b></b><b><c>d</c></b></a>");
+    EXPECT_EQ(deep.feeding, 711U);
+    EXPECT_EQ(deep.ending, 0U);
+    EXPECT_EQ(deep.output, "<a><b></b>!<b><c>d</c></b></a>!!");
+    EXPECT_EQ(run(0, 3, "<a b c><d e></d><d e>").feeding, 0U);
+    EXPECT_EQ(run(0, 3, "<a b c><d e f>").feeding, 711U);
+    EXPECT_EQ(run(0, 3, "<a b c><d e f>").output, "<a b c><d e f>!");
+    // Without callbacks, too; and a removal ends there.
+    const RewriteRun silent = Rewrite("<a><b>c", [](Rewriter* rewriter) { rewriter->SetMaxDepth(1); });
+    EXPECT_EQ(silent.feeding, 711U);
+    EXPECT_EQ(silent.output, "<a><b>c");
+    const RewriteRun removed = Rewrite("1<a>2<b>3</b>4</a>5", [](Rewriter* rewriter) {
+        rewriter->SetMaxDepth(1);
+        rewriter->OnElement("a", [](RewriterElement element) { element.Remove(); });
+    });
+    EXPECT_EQ(removed.feeding, 711U);
+    EXPECT_EQ(removed.output, "1<b>3</b>4</a>5");
+}
+
+TEST(RewriterDocumentTest, StopsAndLimitsOfTheParser) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    EXPECT_EQ(rewriter.Stop(), 2U);
+    rewriter.OnElement("*", [&](RewriterElement element) {
+        EXPECT_EQ(element.InsertBefore("!", CONTENT_TEXT), 0U);
+        EXPECT_EQ(rewriter.Stop(), 0U);
+    });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b>c<d>"), 710U);
+    EXPECT_EQ(Feed(&rewriter, "e<f>"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a!<b>c<d>e<f>");
+    const auto limited = [](std::string_view document) {
+        return Rewrite(document, [](Rewriter* limitedRewriter) {
+            limitedRewriter->SetMaxTokenSize(9);
+            limitedRewriter->SetMaxAttributes(2);
+            limitedRewriter->OnElement("*", [](RewriterElement element) { element.InsertBefore("!", CONTENT_TEXT); });
+        });
+    };
+    for (const std::string_view document : {"<i><b1234567>c<d>", "<i><b c d e><f>"}) {
+        const RewriteRun run = limited(document);
+        EXPECT_EQ(run.feeding, 711U);
+        EXPECT_EQ(run.ending, 0U);
+        EXPECT_EQ(run.output, "!" + std::string(document));
+    }
+    EXPECT_EQ(limited("<i><b c d>").output, "!<i>!<b c d>");
+}
+
+TEST(RewriterDocumentTest, HalvesOfUnitsWaitForTheNextPiece) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.OnContent("", [](RewriterToken token) { token.InsertBefore("!", CONTENT_TEXT); });
+    rewriter.StartParse(0, AUTO);
+    const std::string_view document(
+        "\xFF\xFE"
+        "a\0<\0b\0>\0c",
+        11);
+    for (const char byte : document)
+        EXPECT_EQ(Feed(&rewriter, std::string_view(&byte, 1)), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, std::string("\xFF\xFE!\0a\0!\0<\0b\0>\0c", 15));
+}
+
+TEST(RewriterDocumentTest, AMarkThatIsNone) {
+    for (const std::string_view document : {"\xEF", "\xEF\xBB", "\xFF", "\xEF\xBB<a>", "\xFF<a>", "\xEF<a>"}) {
+        const RewriteSettings settings{0, AUTO};
+        for (const Cuts& cuts : {Cuts{}, CutsEvery(1, document.size())}) {
+            const RewriteRun run = Rewrite(document, settings, cuts, [](Rewriter* rewriter) {
+                rewriter->OnElement("a", [](RewriterElement element) { element.InsertBefore("!", CONTENT_TEXT); });
+            });
+            std::string expected(document);
+            if (const std::size_t tag = expected.find('<'); tag != std::string::npos)
+                expected.insert(tag, "!");
+            EXPECT_EQ(run.output, expected);
+        }
+    }
+}
+
+TEST(RewriterDocumentTest, StartParseCompletesTheDocumentBefore) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.OnElement("p", [](RewriterElement element) { element.InsertAfter("!", CONTENT_TEXT); });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "<p>a<b"), 0U);
+    rewriter.StartParse(0, WIDE);
+    EXPECT_EQ(output.bytes, "<p>a<b!");
+    EXPECT_EQ(Feed(&rewriter, ToUtf16LE(std::string_view("<p>"))), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "<p>a<b!" + ToUtf16LE(std::string_view("<p>!")));
+}
+
+TEST(RewriterDocumentTest, BytesAfterTheEndContinueTheDocument) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    rewriter.OnElement("p", [](RewriterElement element) { element.InsertBefore("!", CONTENT_TEXT); });
+    EXPECT_EQ(Feed(&rewriter, "a<p>b"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(Feed(&rewriter, "c<p>d"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a!<p>bc!<p>d");
+}
+
+TEST(RewriterDocumentTest, WithoutAHandlerNothingIsWritten) {
+    Rewriter rewriter(nullptr);
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b>"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+}
+
+// ------------------------------------------------------------------------------------------------------------- charsets
+
+struct CharsetRow {
+    const char* note;
+    StringNS::CharSet::Code charset;
+    std::string_view text;      // UTF-8
+    std::string_view expected;  // of a text
+    bool fitsScript;            // as it is
+};
+
+TEST(RewriterCharsetTest, WritesWhatTheCharsetHolds) {
+    const CharsetRow rows[] = {
+        {"UTF-8", 65001, "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", true},
+        {"1252", 1252, "a\xC3\xA9\xE2\x82\xAC", "a\xE9\x80", true},
+        {"1252 lacks it", 1252, "\xC3\xA9\xD0\xB6\xC3\xA9", "\xE9&#1078;\xE9", false},
+        {"1252, beyond the first plane", 1252, "\xF0\x9F\x98\x80", "&#128512;", false},
+        {"932", 932, "\xE6\x97\xA5\xE6\x9C\xAC", "\x93\xFA\x96\x7B", true},
+        {"932, a trail byte that is a backslash", 932, "\xE8\xA1\xA8", "\x95\x5C", true},
+        {"932 lacks it", 932, "\xE6\x97\xA5\xC3\xA9", "\x93\xFA&#233;", false},
+        {"936", 936, "\xE4\xB8\xAD", "\xD6\xD0", true},
+        {"54936, four bytes with digits", 54936, "\xC3\xA9\xF0\x9F\x98\x80", "\xA8\xA6\x94\x39\xFC\x36", true},
+        {"50221 has shifts", 50221, "a\xE6\x97\xA5", "a&#26085;", false},
+        {"unknown", 0, "a\xC3\xA9", "a&#233;", false},
+        {"one that does not exist", 99999, "a\xC3\xA9", "a&#233;", false},
+        {"28591", 28591, "\xC3\xA9\xE2\x82\xAC", "\xE9&#8364;", false},
+        {"20127", 20127, "\xC3\xA9", "&#233;", false},
+    };
+    for (const CharsetRow& row : rows) {
+        SCOPED_TRACE(row.note);
+        const RewriteSettings settings{row.charset, NARROW};
+        const std::string expected(row.expected);
+        const RewriteRun text = Rewrite("a<b>", settings, {}, [&](Rewriter* rewriter) {
+            rewriter->OnContent("", [&](RewriterToken token) {
+                const bool isText = token.GetKind() == TOKEN_TEXT;
+                EXPECT_EQ(isText ? token.Replace(row.text, CONTENT_TEXT) : token.SetAttribute("c", row.text), 0U);
+            });
+        });
+        EXPECT_EQ(text.output, expected + "<b c=\"" + expected + "\">");
+        const RewriteRun script = Rewrite("<script>a</script><!--b-->", settings, {}, [&](Rewriter* rewriter) {
+            rewriter->OnContent("", [&](RewriterToken token) {
+                const bool hasText = token.GetKind() == TOKEN_TEXT || token.GetKind() == TOKEN_COMMENT_TAG;
+                const std::uint32_t expectedResult = row.fitsScript ? REWRITE_OK : REWRITE_NOT_IN_CHARSET;
+                EXPECT_EQ(token.SetText(row.text), hasText ? expectedResult : std::uint32_t{REWRITE_WRONG_KIND});
+            });
+        });
+        EXPECT_EQ(script.output,
+                  row.fitsScript ? "<script>" + expected + "</script><!--" + expected + "-->" : "<script>a</script><!--b-->");
+    }
+}
+
+TEST(RewriterCharsetTest, ReadsValuesAndNames) {
+    const struct {
+        const char* note;
+        StringNS::CharSet::Code charset;
+        std::string_view document;
+        std::string_view value;
+    } rows[] = {
+        {"UTF-8", 65001, "<a b=\xC3\xA9>", "\xC3\xA9"},
+        {"ill-formed UTF-8", 65001, "<a b=\xC3>", "\xEF\xBF\xBD"},
+        {"1252", 1252, "<a b=\x80>", "\xE2\x82\xAC"},
+        {"932", 932, "<a b=\x93\xFA>", "\xE6\x97\xA5"},
+        {"50221", 50221, "<a b=\"\x1B$BF|\x1B(B\">", "\xE6\x97\xA5"},
+        {"unknown, as UTF-8", 0, "<a b=\xC3\xA9>", "\xC3\xA9"},
+        {"unknown, as 1252", 0, "<a b=\xE9>", "\xC3\xA9"},
+        {"a reference", 1252, "<a b=&#233;\xE9>", "\xC3\xA9\xC3\xA9"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.note);
+        const RewriteSettings settings{row.charset, NARROW};
+        std::string value;
+        const RewriteRun run = Rewrite(row.document, settings, {}, [&](Rewriter* rewriter) {
+            rewriter->OnContent("", [&](RewriterToken token) {
+                EXPECT_EQ(token.GetAttribute("b", &value), 0U);
+                EXPECT_EQ(token.AddAttribute("c", "d"), 0U);
+            });
+        });
+        EXPECT_EQ(value, row.value);
+        EXPECT_EQ(run.output, std::string(row.document.substr(0, row.document.size() - 1)) + " c=\"d\">");
+    }
+}
+
+TEST(RewriterCharsetTest, NamesThatTheCharsetLacksAreRefused) {
+    const RewriteSettings settings{1252, NARROW};
+    const RewriteRun run = Rewrite("<a \xE9=b>", settings, {}, [&](Rewriter* rewriter) {
+        rewriter->OnContent("", [&](RewriterToken token) {
+            EXPECT_TRUE(token.HasAttribute("\xC3\xA9"));
+            EXPECT_EQ(token.AddAttribute("\xD0\xB6", "c"), std::uint32_t{REWRITE_BAD_NAME});
+            EXPECT_EQ(token.RenameAttribute("\xC3\xA9", "\xC3\xA8"), 0U);
+        });
+    });
+    EXPECT_EQ(run.output, "<a \xE8=b>");
+}
+
+/// The charset in force at the token, also when the markup declares it.
+TEST(RewriterCharsetTest, FollowsTheMarkup) {
+    const RewriteRun run = Rewrite("<a><meta charset=windows-1252><a>", RewriteSettings{0, NARROW}, {}, [](Rewriter* rewriter) {
+        rewriter->OnElement("a", [](RewriterElement element) { element.InsertBefore("\xC3\xA9", CONTENT_TEXT); });
+    });
+    EXPECT_EQ(run.output, "&#233;<a><meta charset=windows-1252>\xE9<a>");
+}
+
+/// Converted observers change nothing of the edits.
+TEST(RewriterCharsetTest, ObserversOfTheOtherFlavour) {
+    class Editor final : public ParserObserver<WideChar, WideString> {
+    public:
+        void OnStartTag(StartTagData<WideChar, WideString>*) override {
+            EXPECT_EQ(rewriter->GetToken().SetAttribute("b", WideStringView(To<WideString>("\xE9"))), 0U);
+        }
+        Rewriter* rewriter = nullptr;
+    };
+    Editor observer;
+    const RewriteRun narrow = Rewrite("<a b='c' d>", RewriteSettings{1252, NARROW}, {}, [&](Rewriter* rewriter) {
+        observer.rewriter = rewriter;
+        rewriter->SetObserver(&observer);
+    });
+    EXPECT_EQ(narrow.output, "<a b='\xE9' d>");
+    std::string names;
+    StartTagObserver narrowObserver([] {});
+    const RewriteRun wide = Rewrite(ToUtf16LE(std::string_view("<A b='c' d>")), RewriteSettings{0, WIDE}, {}, [&](Rewriter* rewriter) {
+        rewriter->SetObserver(&narrowObserver);
+        rewriter->OnElement("a[b=c]", [&](RewriterElement element) {
+            names += element.GetName();
+            EXPECT_EQ(element.GetStartTag().RemoveAttribute("b"), 0U);
+        });
+    });
+    EXPECT_EQ(names, "a");
+    EXPECT_EQ(wide.output, ToUtf16LE(std::string_view("<A d>")));
+}
+
+}  // namespace
+}  // namespace Kestra::Test

@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "html/rewrite/Rewriter.h"
+#include "tests/html/rewrite/RewriteRun.h"
+#include "tests/support/Flavours.h"
+
+namespace Kestra::Test {
+namespace {
+
+using namespace HTML;
+
+using Edit = std::function<std::uint32_t(RewriterElement)>;
+
+struct Row {
+    const char* note;
+    std::string_view document;
+    std::string_view selector;
+    Edit edit;
+    std::string_view expected;
+    std::uint32_t result = REWRITE_OK;
+};
+
+/// Each row with every element that its selector matches.
+void Check(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.note);
+        std::uint32_t result = 12345;
+        ExpectRewritten(row.document, row.expected, [&](Rewriter* rewriter) {
+            ASSERT_EQ(rewriter->OnElement(row.selector, [&](RewriterElement element) { result = row.edit(element); }), REWRITE_OK);
+        });
+        EXPECT_EQ(result, row.result);
+    }
+}
+
+/// Writes a mark wherever something can be written.
+std::uint32_t WriteAround(RewriterElement element) {
+    return element.InsertBefore("1", CONTENT_TEXT) + element.Prepend("2", CONTENT_TEXT) + element.Append("3", CONTENT_TEXT) +
+           element.InsertAfter("4", CONTENT_TEXT);
+}
+
+std::uint32_t Remove(RewriterElement element) {
+    return element.Remove();
+}
+
+std::uint32_t Unwrap(RewriterElement element) {
+    return element.Unwrap();
+}
+
+std::uint32_t Replace(RewriterElement element) {
+    return element.Replace("<r>", CONTENT_MARKUP);
+}
+
+std::uint32_t SetContent(RewriterElement element) {
+    return element.SetContent("<c>", CONTENT_TEXT);
+}
+
+TEST(RewriterElementTest, WritesAroundAndInside) {
+    Check({
+        {"an element", "a<b>c</b>d", "b", WriteAround, "a1<b>2c3</b>4d"},
+        {"an empty one", "a<b></b>d", "b", WriteAround, "a1<b>23</b>4d"},
+        {"in the order of the calls", "<b>c</b>", "b", [](RewriterElement element) { return WriteAround(element) + WriteAround(element); },
+         "11<b>22c33</b>44"},
+        {"without an end tag", "a<b>c", "b", WriteAround, "a1<b>2c34"},
+        {"ended by the element around it", "<p>a<b>c</p>d", "b", WriteAround, "<p>a1<b>2c34</p>d"},
+        {"both", "<p>a<p>c</div></p>d", "p", WriteAround, "1<p>2a1<p>2c</div>3</p>4d34"},
+        {"several that end together, the innermost first", "<p><b><i>x</p>", "p *", WriteAround, "<p>1<b>21<i>2x3434</p>"},
+        {"an end tag of another one", "<b>a</i>c</b>", "b", WriteAround, "1<b>2a</i>c3</b>4"},
+        {"one within another of the name", "<b>a<b>c</b>d</b>", "b", WriteAround, "1<b>2a1<b>2c3</b>4d3</b>4"},
+        {"a short tag that opens", "<b/>a</b>", "b", WriteAround, "1<b/>2a3</b>4"},
+        {"names in any case", "<B>a</b>", "b", WriteAround, "1<B>2a3</b>4"},
+        {"a stray end tag", "</b>a<b>c</b></b>", "b", WriteAround, "</b>a1<b>2c3</b>4</b>"},
+        {"markup", "<b>c</b>", "b", [](RewriterElement element) { return element.Append("<i>", CONTENT_MARKUP); }, "<b>c<i></b>"},
+        {"text", "<b>c</b>", "b", [](RewriterElement element) { return element.Prepend("<i>", CONTENT_TEXT); }, "<b>&lt;i&gt;c</b>"},
+        {"wide text", "<b>c</b>", "b",
+         [](RewriterElement element) { return element.Append(WideStringView(To<WideString>("\xE9")), CONTENT_TEXT); }, "<b>c\xC3\xA9</b>"},
+        {"text after what it could go on with", "<b>&am</b>", "b",
+         [](RewriterElement element) { return element.Append("p;", CONTENT_TEXT); }, "<b>&am&#112;;</b>"},
+    });
+}
+
+TEST(RewriterElementTest, LeavesOut) {
+    Check({
+        {"an element", "a<b>c<i>d</i></b>e", "b", Remove, "ae"},
+        {"without an end tag", "a<b>c<i>d", "b", Remove, "a"},
+        {"one that another element ends", "<p>a<b>c</p>d", "b", Remove, "<p>a</p>d"},
+        {"one within another", "<p>a<b>c</b>d</p>e", "*", Remove, "e"},
+        {"several", "<b>1</b>2<b>3</b>4", "b", Remove, "24"},
+        {"a void element", "a<br>c", "br", Remove, "ac"},
+        {"a short one", "<svg><a/>b</svg>", "a", Remove, "<svg>b</svg>"},
+        {"replaced", "a<b>c</b>d", "b", Replace, "a<r>d"},
+        {"a void element replaced", "a<br>d", "br", Replace, "a<r>d"},
+        {"content", "a<b>c<i>d</i></b>e", "b", SetContent, "a<b>&lt;c&gt;</b>e"},
+        {"content without an end tag", "a<b>c<i>d", "b", SetContent, "a<b>&lt;c&gt;"},
+        {"content that another element ends", "<p>a<b>c</p>d", "b", SetContent, "<p>a<b>&lt;c&gt;</p>d"},
+        {"unwrapped", "a<b>c<i>d</i></b>e", "b", Unwrap, "ac<i>d</i>e"},
+        {"unwrapped without an end tag", "a<b>c", "b", Unwrap, "ac"},
+        {"all unwrapped", "a<b>c<i>d</i></b>e", "*", Unwrap, "acde"},
+        {"a void element unwrapped", "a<br>c", "br", Unwrap, "ac"},
+        {"nothing of what was to be written inside", "a<b>c</b>d", "b",
+         [](RewriterElement element) { return WriteAround(element) + element.Remove() + WriteAround(element); }, "a1144d"},
+        {"content in place of what was to be written inside", "a<b>c</b>d", "b",
+         [](RewriterElement element) { return WriteAround(element) + SetContent(element) + element.Append("5", CONTENT_TEXT); },
+         "a1<b>&lt;c&gt;5</b>4d"},
+        {"what is written inside stays when the tags go", "a<b>c</b>d", "b",
+         [](RewriterElement element) { return WriteAround(element) + element.Unwrap(); }, "a12c34d"},
+        {"removed and then replaced", "a<b>c</b>d", "b", [](RewriterElement element) { return element.Remove() + Replace(element); },
+         "a<r>d"},
+        {"removed and then unwrapped", "a<b>c</b>d", "b", [](RewriterElement element) { return element.Remove() + element.Unwrap(); },
+         "ad"},
+        {"attributes of the start tag", "a<b>c</b>d", "b",
+         [](RewriterElement element) { return element.GetStartTag().SetAttribute("x", "y") + element.InsertAfter("!", CONTENT_TEXT); },
+         "a<b x=\"y\">c</b>!d"},
+    });
+}
+
+TEST(RewriterElementTest, RefusesWhatCannotBe) {
+    const auto inScript = [](std::string_view text, RewriteContent kind) {
+        return [=](RewriterElement element) { return element.Append(text, kind); };
+    };
+    Check({
+        {"content of a void element", "<br>", "br", [](RewriterElement element) { return element.Prepend("x", CONTENT_TEXT); }, "<br>",
+         REWRITE_NO_CONTENT},
+        {"at its end", "<br>", "br", [](RewriterElement element) { return element.Append("x", CONTENT_TEXT); }, "<br>", REWRITE_NO_CONTENT},
+        {"in place of it", "<br>", "br", SetContent, "<br>", REWRITE_NO_CONTENT},
+        {"content of a short tag that closes itself", "<svg><g/></svg>", "g", SetContent, "<svg><g/></svg>", REWRITE_NO_CONTENT},
+        {"ill-formed text", "<b></b>", "b", [](RewriterElement element) { return element.Append("\xFF", CONTENT_TEXT); }, "<b></b>", 2},
+        {"text in a script", "<script>a</script>", "script", inScript("b<c", CONTENT_TEXT), "<script>ab<c</script>"},
+        {"its end tag", "<script>a</script>", "script", inScript("</script>", CONTENT_MARKUP), "<script>a</script>", REWRITE_ENDS_EARLY},
+        {"a script's comment", "<script>a</script>", "script", inScript("<!--", CONTENT_TEXT), "<script>a</script>", REWRITE_ENDS_EARLY},
+        {"the begin of an end tag at the begin", "<script>a</script>", "script",
+         [](RewriterElement element) { return element.Prepend("</", CONTENT_TEXT); }, "<script>a</script>", REWRITE_ENDS_EARLY},
+        {"in place of a script", "<script>a</script>", "script",
+         [](RewriterElement element) { return element.SetContent("</script", CONTENT_TEXT) + element.SetContent("x", CONTENT_TEXT); },
+         "<script>x</script>", REWRITE_ENDS_EARLY},
+    });
+}
+
+TEST(RewriterElementTest, SaysWhatItIs) {
+    std::string seen;
+    ExpectRewritten("<P><br><x-Y a=b/><svg><g/>", "<P><br><x-Y a=b/><svg><g/>", [&](Rewriter* rewriter) {
+        seen.clear();
+        rewriter->OnElement("*", [&](RewriterElement element) {
+            EXPECT_FALSE(element.IsOver());
+            seen += element.GetName() + (element.HasContent() ? "+ " : "- ");
+        });
+    });
+    EXPECT_EQ(seen, "p+ br- x-y+ svg+ g- ");
+}
+
+TEST(RewriterElementTest, SelectorsChoose) {
+    const auto mark = [](RewriterElement element) { element.GetStartTag().AddAttribute("m", ""); };
+    const struct {
+        std::string_view selector;
+        std::string_view expected;
+    } rows[] = {
+        {"a", "<p class='x y'><a m=\"\" href='u'><b></b></a></p><a m=\"\" id=i>"},
+        {"p a", "<p class='x y'><a m=\"\" href='u'><b></b></a></p><a id=i>"},
+        {"p > b", "<p class='x y'><a href='u'><b></b></a></p><a id=i>"},
+        {"a > b", "<p class='x y'><a href='u'><b m=\"\"></b></a></p><a id=i>"},
+        {".y b", "<p class='x y'><a href='u'><b m=\"\"></b></a></p><a id=i>"},
+        {"#i", "<p class='x y'><a href='u'><b></b></a></p><a m=\"\" id=i>"},
+        {"[href^=u]", "<p class='x y'><a m=\"\" href='u'><b></b></a></p><a id=i>"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.selector);
+        const RewriteRun run = Rewrite("<p class='x y'><a href='u'><b></b></a></p><a id=i>",
+                                       [&](Rewriter* rewriter) { EXPECT_EQ(rewriter->OnElement(row.selector, mark), REWRITE_OK); });
+        std::string expected(row.expected);
+        // An attribute is added after the last one.
+        for (const auto& [from, to] :
+             {std::pair<std::string, std::string>{" m=\"\" href='u'", " href='u' m=\"\""}, {" m=\"\" id=i", " id=i m=\"\""}}) {
+            for (std::size_t place = expected.find(from); place != std::string::npos; place = expected.find(from, place + to.size()))
+                expected.replace(place, from.size(), to);
+        }
+        EXPECT_EQ(run.output, expected);
+    }
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    std::string message;
+    EXPECT_EQ(rewriter.OnElement("a,b", mark, &message), REWRITE_BAD_SELECTOR);
+    EXPECT_FALSE(message.empty());
+    EXPECT_EQ(rewriter.OnElement("", mark), REWRITE_BAD_SELECTOR);
+    EXPECT_EQ(rewriter.OnContent(
+                  "a:b", [](RewriterToken) {}, &message),
+              REWRITE_BAD_SELECTOR);
+    EXPECT_EQ(rewriter.OnElement("a", nullptr), 2U);
+    EXPECT_EQ(rewriter.OnContent("a", nullptr), 2U);
+}
+
+TEST(RewriterElementTest, ContentIsWhatLiesBetweenTheTags) {
+    std::string seen;
+    const std::string_view document = "a<p>b<b>c</b><br></p>d<p>e";
+    ExpectRewritten(document, document, [&](Rewriter* rewriter) {
+        seen.clear();
+        rewriter->OnContent("p", [&](RewriterToken token) { seen += std::to_string(token.GetKind()) + " "; });
+    });
+    EXPECT_EQ(seen, "1 6 1 8 6 1 ");
+}
+
+TEST(RewriterElementTest, CallsInTheOrderOfTheCalls) {
+    std::string seen;
+    const RewriteRun run = Rewrite("<p><a>", [&](Rewriter* rewriter) {
+        rewriter->OnContent("", [&](RewriterToken) { seen += "1"; });
+        rewriter->OnElement("a", [&](RewriterElement) { seen += "2"; });
+        rewriter->OnContent("p", [&](RewriterToken) { seen += "3"; });
+        rewriter->OnElement("p a", [&](RewriterElement) { seen += "4"; });
+        rewriter->OnContent("", [&](RewriterToken) { seen += "5"; });
+    });
+    EXPECT_EQ(run.output, "<p><a>");
+    EXPECT_EQ(seen, "1512345");
+}
+
+TEST(RewriterElementTest, IsOverAfterItsCallback) {
+    RewriterElement kept;
+    EXPECT_TRUE(kept.IsOver());
+    const RewriteRun run = Rewrite("<p>a</p>", [&](Rewriter* rewriter) {
+        rewriter->OnElement("p", [&](RewriterElement element) { kept = element; });
+        rewriter->OnElement("p", [&](RewriterElement element) {
+            EXPECT_FALSE(element.IsOver());
+            EXPECT_TRUE(kept.IsOver());
+            EXPECT_EQ(kept.GetName(), "");
+            EXPECT_FALSE(kept.HasContent());
+            EXPECT_TRUE(kept.GetStartTag().IsOver());
+            EXPECT_EQ(kept.InsertBefore("x", CONTENT_TEXT), REWRITE_OVER);
+            EXPECT_EQ(kept.InsertAfter("x", CONTENT_TEXT), REWRITE_OVER);
+            EXPECT_EQ(kept.Prepend("x", CONTENT_TEXT), REWRITE_OVER);
+            EXPECT_EQ(kept.Append("x", CONTENT_TEXT), REWRITE_OVER);
+            EXPECT_EQ(kept.SetContent("x", CONTENT_TEXT), REWRITE_OVER);
+            EXPECT_EQ(kept.Replace("x", CONTENT_TEXT), REWRITE_OVER);
+            EXPECT_EQ(kept.Remove(), REWRITE_OVER);
+            EXPECT_EQ(kept.Unwrap(), REWRITE_OVER);
+        });
+    });
+    EXPECT_EQ(run.output, "<p>a</p>");
+    EXPECT_TRUE(kept.IsOver());
+}
+
+TEST(RewriterElementTest, WhatIsChangedInRemovedContentGoesWithIt) {
+    int calls = 0;
+    ExpectRewritten("a<p>b<i>c</i>d</p>e", "ae", [&](Rewriter* rewriter) {
+        calls = 0;
+        rewriter->OnElement("p", [](RewriterElement element) { element.Remove(); });
+        rewriter->OnElement("i", [](RewriterElement element) { EXPECT_EQ(WriteAround(element), 0U); });
+        rewriter->OnContent("p", [&](RewriterToken token) {
+            ++calls;
+            EXPECT_EQ(token.InsertAfter("x", CONTENT_TEXT), 0U);
+        });
+    });
+    EXPECT_EQ(calls, 5);
+}
+
+}  // namespace
+}  // namespace Kestra::Test

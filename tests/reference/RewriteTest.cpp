@@ -1,0 +1,393 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "html/framework/ParserObserver.h"
+#include "html/output/ParserObserverOutputHandler.h"
+#include "html/rewrite/Rewriter.h"
+#include "tests/reference/DocumentFeeding.h"
+#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/EditedDocument.h"
+#include "tests/support/Flavours.h"
+#include "tests/support/Pieces.h"
+#include "tests/support/Splits.h"
+#include "tools/trace/TokenTrace.h"
+
+/// What goes in comes out: documents of every kind through a rewriter that is asked for nothing.
+
+namespace Kestra::Test {
+namespace {
+
+using HTML::GenericParser;
+using HTML::Rewriter;
+
+constexpr std::uint64_t DOCUMENTS = 20000;
+constexpr std::uint64_t SHARDS = 16;
+constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH - 1;
+constexpr std::size_t CUT_LENGTH = 2;
+
+constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>", "<p a=b", "<script>//"};
+
+class CollectingHandler final : public HTML::ParserObserverOutputHandler {
+public:
+    void Write(const void* data, std::uint64_t byteCount, bool) override {
+        bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+    }
+
+    std::string bytes;
+};
+
+/// Who listens, and what happens then.
+enum class Listener { NOBODY, NARROW, WIDE, CONTENT, ELEMENTS, THROWING, COUNT };
+
+enum class Input { NARROW, NARROW_AUTO, WIDE, WIDE_AUTO, COUNT };
+
+enum class Feeding { BUFFERS, STREAM, COUNT };
+
+struct Reading {
+    Listener listener = Listener::NOBODY;
+    Input input = Input::NARROW;
+    Feeding feeding = Feeding::BUFFERS;
+    StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
+    bool checksItself = false;
+};
+
+std::string DescribeReading(const Reading& reading) {
+    return "listener " + std::to_string(static_cast<int>(reading.listener)) + ", input " + std::to_string(static_cast<int>(reading.input)) +
+           ", feeding " + std::to_string(static_cast<int>(reading.feeding)) + (reading.checksItself ? ", self-check" : "");
+}
+
+/// What was seen in all documents, so that a test can tell that it saw anything.
+struct Seen {
+    std::uint64_t tokens = 0;
+    std::uint64_t failures = 0;
+    std::uint64_t exceptions = 0;
+};
+
+/// Looks at each token, and throws now and then.
+class Listening {
+public:
+    Listening(Rewriter* observedRewriter, bool throwsNowAndThen, Seen* counters)
+        : rewriter(observedRewriter), throws(throwsNowAndThen), seen(counters) {}
+
+    void Look() {
+        const HTML::RewriterToken token = rewriter->GetToken();
+        const HTML::TokenPlace place = token.GetPlace();
+        ++seen->tokens;
+        wrong = wrong || token.IsOver() || token.GetBytes().size() != place.end - place.begin;
+        if (throws && ++calls % 5 == 0) {
+            ++seen->exceptions;
+            throw std::runtime_error("the host has had enough");
+        }
+    }
+
+    bool wrong = false;
+
+private:
+    Rewriter* rewriter;
+    bool throws;
+    Seen* seen;
+    unsigned calls = 0;
+};
+
+template <typename C, typename S>
+class LookingObserver final : public HTML::ParserObserver<C, S> {
+public:
+    explicit LookingObserver(Listening* sharedListening) : listening(sharedListening) {}
+
+    void OnText(HTML::TextData<C, S>*) override {
+        listening->Look();
+    }
+    void OnCPPComment(HTML::CPPCommentData<C, S>*) override {
+        listening->Look();
+    }
+    void OnSQuoteString(HTML::SQuoteStringData<C, S>*) override {
+        listening->Look();
+    }
+    void OnStartTag(HTML::StartTagData<C, S>*) override {
+        listening->Look();
+    }
+    void OnEndTag(HTML::EndTagData<C, S>*) override {
+        listening->Look();
+    }
+    void OnCommentTag(HTML::CommentTagData<C, S>*) override {
+        listening->Look();
+    }
+    void OnJSTagStart() override {
+        listening->Look();
+    }
+    void OnJunkData(HTML::JunkData<C, S>*) override {
+        listening->Look();
+    }
+
+private:
+    Listening* listening;
+};
+
+/// @param document  in bytes, like the cuts
+/// @return what is wrong, or nothing
+std::string FaultOfCopy(std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    Listening listening(&rewriter, reading.listener == Listener::THROWING, seen);
+    LookingObserver<char, std::string> narrow(&listening);
+    LookingObserver<WideChar, WideString> wide(&listening);
+    if (reading.listener == Listener::NARROW || reading.listener == Listener::THROWING)
+        rewriter.SetObserver(&narrow);
+    else if (reading.listener == Listener::WIDE)
+        rewriter.SetObserver(&wide);
+    else if (reading.listener == Listener::CONTENT)
+        rewriter.OnContent("", [&](HTML::RewriterToken) { listening.Look(); });
+    else if (reading.listener == Listener::ELEMENTS)
+        rewriter.OnElement("p > [a], .b a", [&](HTML::RewriterElement) { listening.Look(); });
+    rewriter.SetSelfCheck(reading.checksItself ? GenericParser::SELF_CHECK_CRC : GenericParser::SELF_CHECK_OFF);
+    const bool isAuto = reading.input == Input::NARROW_AUTO || reading.input == Input::WIDE_AUTO;
+    const GenericParser::DataStreamType type = isAuto                         ? GenericParser::DATA_STREAM_AUTO
+                                               : reading.input == Input::WIDE ? GenericParser::DATA_STREAM_UTF16
+                                                                              : GenericParser::DATA_STREAM_8BIT;
+    rewriter.StartParse(reading.charset, type);
+    const auto call = [&](auto&& feed) {
+        try {
+            seen->failures += feed() != 0 ? 1 : 0;
+        } catch (const std::runtime_error&) {
+        }
+    };
+    if (reading.feeding == Feeding::STREAM) {
+        CutInputStream stream;
+        stream.Reset(document, cuts);
+        // After an exception the stream goes on where it stands.
+        do {
+            call([&] { return rewriter.ParseStream(&stream, false); });
+        } while (!stream.IsEnd());
+    } else {
+        for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+            const HeapPiece<char> piece(document.substr(begin, end - begin));
+            call([&] { return rewriter.ParseBuffer(piece.Data(), piece.Size()); });
+        }
+    }
+    call([&] { return rewriter.EndParse(); });
+    if (listening.wrong)
+        return "a token is not as long as its place";
+    return output.bytes == document ? "" : "came out as\n" + Trace::Escape(output.bytes);
+}
+
+std::string InputBytes(std::string_view latin1, Input input) {
+    switch (input) {
+        case Input::WIDE:
+            return ToUtf16LE(latin1);
+        case Input::WIDE_AUTO:
+            return "\xFF\xFE" + ToUtf16LE(latin1);
+        case Input::NARROW_AUTO:
+            return "\xEF\xBB\xBF" + std::string(latin1);
+        case Input::NARROW:
+        case Input::COUNT:
+            break;
+    }
+    return std::string(latin1);
+}
+
+bool Check(std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
+    const std::string fault = FaultOfCopy(document, reading, cuts, seen);
+    if (fault.empty())
+        return true;
+    ADD_FAILURE() << Trace::Escape(document) << "\ncut at " << Describe(cuts) << ", " << DescribeReading(reading) << "\n" << fault;
+    return false;
+}
+
+/// The readings by turns.
+Reading MakeReading(std::uint64_t number) {
+    Reading reading;
+    const auto turn = [&number](auto count) {
+        const auto choice = static_cast<decltype(count)>(number % static_cast<std::uint64_t>(count));
+        number /= static_cast<std::uint64_t>(count);
+        return choice;
+    };
+    reading.listener = turn(Listener::COUNT);
+    reading.input = turn(Input::COUNT);
+    reading.feeding = turn(Feeding::COUNT);
+    reading.checksItself = number % 4 == 0;
+    return reading;
+}
+
+constexpr std::uint64_t READINGS = 6 * 4 * 2;
+constexpr std::uint64_t STEP = 7;  // has no factor in common with the numbers of choices
+
+const std::vector<std::string>& Pages() {
+    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
+    return PAGES;
+}
+
+class CopyTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(CopyTest, RandomDocuments) {
+    DocumentMaker maker(&Pages());
+    Seen seen;
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.Make(seed);
+        Dice dice(seed);
+        for (std::uint64_t i = 0; i < 2; ++i) {
+            Reading reading = MakeReading(seed / SHARDS * 2 * STEP + i * STEP);
+            reading.charset = made.charset;
+            const std::string bytes = InputBytes(made.bytes, reading.input);
+            ASSERT_TRUE(Check(bytes, reading, i == 0 ? Cuts() : CutsOfShortReads(bytes.size(), &dice), &seen));
+        }
+    }
+    EXPECT_GT(seen.tokens, 10000U);
+    EXPECT_GT(seen.failures, 0U);
+    EXPECT_GT(seen.exceptions, 100U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shards, CopyTest, testing::Range<std::uint64_t>(0, SHARDS));
+
+/// By the first character.
+class EnumeratedCopyTest : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(EnumeratedCopyTest, WholeAndByteByByte) {
+    Seen seen;
+    std::uint64_t number = 0;
+    for (const std::string_view context : CONTEXTS) {
+        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
+            const Reading reading = MakeReading(number += STEP);
+            const std::string bytes = InputBytes(document, reading.input);
+            return Check(bytes, reading, {}, &seen) && Check(bytes, reading, CutsEvery(1, bytes.size()), &seen);
+        });
+    }
+}
+
+TEST_P(EnumeratedCopyTest, CutInEveryWay) {
+    Seen seen;
+    std::uint64_t number = GetParam();
+    for (const std::string_view context : CONTEXTS) {
+        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], CUT_LENGTH, [&](std::string_view document) {
+            bool isGood = true;
+            // By turns, a few for each string.
+            constexpr std::uint64_t TURNS = 6;
+            for (std::uint64_t i = 0; i < TURNS; ++i) {
+                const Reading reading = MakeReading(number += STEP);
+                const std::string bytes = InputBytes(document, reading.input);
+                const std::size_t tail = bytes.size() - InputBytes(context, reading.input).size();
+                ForEverySplitOfTheTail(bytes.size(), tail,
+                                       [&](const Cuts& cuts) { return isGood = isGood && Check(bytes, reading, cuts, &seen); });
+            }
+            return isGood;
+        });
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedCopyTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+
+TEST(PageCopyTest, ExamplePages) {
+    Seen seen;
+    for (const std::string& page : Pages()) {
+        for (std::uint64_t i = 0; i < READINGS; ++i) {
+            const Reading reading = MakeReading(i);
+            const std::string bytes = InputBytes(page, reading.input);
+            EXPECT_TRUE(Check(bytes, reading, {}, &seen));
+            for (const std::size_t size : {7U, 4097U})
+                EXPECT_TRUE(Check(bytes, reading, CutsEvery(size, bytes.size()), &seen));
+        }
+    }
+    EXPECT_GT(seen.tokens, 1000U);
+}
+
+// ------------------------------------------------------------------------------------------------------------------ edits
+
+/// Does the edits of a document when their tokens come.
+class Editing {
+public:
+    Editing(Rewriter* editedRewriter, const EditedDocument* editedDocument, std::size_t bytesOfUnit)
+        : rewriter(editedRewriter), document(editedDocument), unit(bytesOfUnit) {}
+
+    void Edit(HTML::RewriterToken token) {
+        const std::uint64_t begin = token.GetPlace().begin;
+        for (; next < document->edits.size() && document->edits[next].tokenBegin * unit == begin; ++next)
+            refused += document->edits[next].edit(token) == 0 ? 0 : 1;
+    }
+
+    void Edit() {
+        Edit(rewriter->GetToken());
+    }
+
+    std::size_t next = 0;
+    std::size_t refused = 0;
+
+private:
+    Rewriter* rewriter;
+    const EditedDocument* document;
+    std::size_t unit;
+};
+
+template <typename C, typename S>
+class EditingObserver final : public HTML::ParserObserver<C, S> {
+public:
+    explicit EditingObserver(Editing* sharedEditing) : editing(sharedEditing) {}
+
+    void OnText(HTML::TextData<C, S>*) override {
+        editing->Edit();
+    }
+    void OnStartTag(HTML::StartTagData<C, S>*) override {
+        editing->Edit();
+    }
+    void OnShortTag(HTML::ShortTagData<C, S>*) override {
+        editing->Edit();
+    }
+    void OnEndTag(HTML::EndTagData<C, S>*) override {
+        editing->Edit();
+    }
+    void OnCommentTag(HTML::CommentTagData<C, S>*) override {
+        editing->Edit();
+    }
+
+private:
+    Editing* editing;
+};
+
+class EditTest : public testing::TestWithParam<std::uint64_t> {};
+
+/// An edit changes exactly its place.
+TEST_P(EditTest, RandomEdits) {
+    std::uint64_t edits = 0;
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+        const EditedDocument document = MakeEditedDocument(seed);
+        const bool isWide = seed / SHARDS % 2 == 1;
+        const std::string bytes = isWide ? ToUtf16LE(document.bytes) : document.bytes;
+        const std::string spliced = ApplySplices(document.bytes, document.splices);
+        Dice dice(seed);
+        const Cuts cuts = CutsOfShortReads(bytes.size(), &dice);
+        CollectingHandler output;
+        Rewriter rewriter(&output);
+        Editing editing(&rewriter, &document, isWide ? 2 : 1);
+        EditingObserver<char, std::string> narrow(&editing);
+        EditingObserver<WideChar, WideString> wide(&editing);
+        const std::size_t listener = dice.Below(3);
+        if (listener == 0)
+            rewriter.SetObserver(&narrow);
+        else if (listener == 1)
+            rewriter.SetObserver(&wide);
+        else
+            rewriter.OnContent("", [&](HTML::RewriterToken token) { editing.Edit(token); });
+        rewriter.StartParse(StringNS::CharSet::ISO_8859_1, isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        for (const auto& [begin, end] : PiecesOf(dice.OneIn(2) ? cuts : Cuts(), bytes.size())) {
+            const HeapPiece<char> piece(std::string_view(bytes).substr(begin, end - begin));
+            ASSERT_EQ(rewriter.ParseBuffer(piece.Data(), piece.Size()), 0U);
+        }
+        ASSERT_EQ(rewriter.EndParse(), 0U);
+        ASSERT_EQ(output.bytes, isWide ? ToUtf16LE(spliced) : spliced) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
+        ASSERT_EQ(editing.next, document.edits.size()) << "seed " << seed;
+        ASSERT_EQ(editing.refused, 0U) << "seed " << seed;
+        edits += document.edits.size();
+    }
+    EXPECT_GT(edits, DOCUMENTS / SHARDS);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shards, EditTest, testing::Range<std::uint64_t>(0, SHARDS));
+
+}  // namespace
+}  // namespace Kestra::Test
