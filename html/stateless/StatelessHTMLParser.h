@@ -33,6 +33,7 @@ struct StatelessHTMLParserData {
     bool started = false;
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
     const unsigned char* cursor = nullptr;
+    std::uint64_t pieceBegin = 0;  ///< offset of the piece in the document
     std::uint64_t position = 0;
     std::uint64_t length = 0;
     std::uint32_t state = 0;  ///< of the main machine
@@ -180,6 +181,11 @@ public:
 
     /// Column, from 1. A byte of text, of a script or of a style sheet counts two. @param out  not null. @return 0
     std::uint32_t GetCurrentColumnNumber(std::size_t* out) const;
+
+    /// Offset of the next unread byte, from the first one fed after `StartParse`. A construct lies between the offsets of the event before
+    /// it, or 0, and of its own; the end tag that a tag ending in "/>" causes lies, without a byte, after that tag.
+    /// @param out  not null. @return 0
+    std::uint32_t GetCurrentOffset(std::uint64_t* out) const;
 
 private:
     class Busy;

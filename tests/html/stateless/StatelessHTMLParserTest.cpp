@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,6 +16,7 @@
 #include "tests/support/Flavours.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
+#include "tools/trace/EventTrace.h"
 
 // The stateless parser as a host uses it: streams, files, observers, copies.
 
@@ -391,6 +394,63 @@ TEST(StatelessHTMLParserTest, LineAndColumnOfADocument) {
     EXPECT_TRUE(PositionOf(parser) == first);
     EXPECT_EQ(parser.ParseBuffer("abc", 3), 10U);
     EXPECT_TRUE(PositionOf(parser) == first);
+}
+
+std::uint64_t OffsetOf(const StatelessHTMLParser& parser) {
+    std::uint64_t offset = 0;
+    EXPECT_EQ(parser.GetCurrentOffset(&offset), 0U);
+    return offset;
+}
+
+TEST(StatelessHTMLParserTest, TheOffsetCountsBytesFromTheStartOfTheDocument) {
+    StatelessHTMLParser parser;
+    EXPECT_EQ(OffsetOf(parser), 0U);
+    parser.StartParse(0);
+    parser.ParseBuffer("a\r\n\n\xC3\xA9", 6);
+    EXPECT_EQ(OffsetOf(parser), 6U);
+    parser.ParseBuffer("", 0);
+    EXPECT_EQ(OffsetOf(parser), 6U);
+    EXPECT_EQ(parser.ParseBuffer(nullptr, 1), 2U);
+    EXPECT_EQ(OffsetOf(parser), 6U);
+    parser.ParseBuffer("<b>c", 4);
+    EXPECT_EQ(OffsetOf(parser), 10U);
+    StatelessHTMLParser copy(parser);
+    EXPECT_EQ(copy.ParseBuffer("<%", 2), 703U);
+    EXPECT_EQ(OffsetOf(copy), 11U) << "the byte that does not fit";
+    copy.ParseBuffer("<d>", 3);
+    EXPECT_EQ(OffsetOf(copy), 12U) << "bytes that were fed and not read count all the same";
+    parser = copy;
+    EXPECT_EQ(OffsetOf(parser), 12U);
+    parser.StartParse(0);
+    EXPECT_EQ(OffsetOf(parser), 0U);
+    parser.ParseBuffer("x", 1);
+    parser.EndParse();
+    EXPECT_EQ(OffsetOf(parser), 0U);
+}
+
+TEST(StatelessHTMLParserTest, TheOffsetInACallback) {
+    const std::string page = "ab<p>\n<!m d><b e><script>c</script><style></style></p>";
+    class OffsetListener final : public Trace::EventLineObserver {
+    public:
+        explicit OffsetListener(const StatelessHTMLParser* listenedParser) : parser(listenedParser) {}
+        void OnLine(unsigned long, const std::string&) override {
+            offsets.push_back(OffsetOf(*parser));
+        }
+        std::vector<std::uint64_t> offsets;
+
+    private:
+        const StatelessHTMLParser* parser;
+    };
+    for (std::size_t pieceSize = 1; pieceSize <= page.size(); ++pieceSize) {
+        StatelessHTMLParser parser;
+        OffsetListener listener(&parser);
+        parser.Attach(&listener);
+        parser.StartParse(0);
+        for (std::size_t begin = 0; begin < page.size(); begin += pieceSize)
+            parser.ParseBuffer(page.data() + begin, std::min(pieceSize, page.size() - begin));
+        parser.EndParse();
+        EXPECT_EQ(listener.offsets, (std::vector<std::uint64_t>{0, 2, 5, 6, 12, 17, 35, 50, 54, 54})) << pieceSize;
+    }
 }
 
 /// The first and the last event come while the place is still, or already, that of the document.

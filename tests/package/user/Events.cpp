@@ -41,6 +41,8 @@ void UseParser() {
     std::size_t column = 0;
     CHECK(parser.GetCurrentLineNumber(&line) == 0 && parser.GetCurrentColumnNumber(&column) == 0);
     CHECK(line == 1 && column == 28);
+    std::uint64_t offset = 0;
+    CHECK(parser.GetCurrentOffset(&offset) == 0 && offset == document.size());
     CHECK(listener.heard == Text<WideString>("teap[class=x]cup"));
     const StatelessHTMLParser copy = parser;
     CHECK(copy.GetFlags() == 1 && parser.SetFlags(0) == 0 && parser.GetFlags() == 0);
