@@ -57,32 +57,17 @@ TEST(CommandLine, Defaults) {
     EXPECT_EQ(options.pieceSize, 0U);
     EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_OFF);
     EXPECT_FALSE(options.detectCharsetErrors);
+    EXPECT_FALSE(options.places);
     EXPECT_EQ(options.minConfidence, 50U);
     EXPECT_TRUE(options.reparse);
     EXPECT_EQ(options.inputs, Names{"-"});
 }
 
 TEST(CommandLine, EveryOption) {
-    const TokensOptions options = ParseGood({"tokens",
-                                             "--format",
-                                             "json",
-                                             "--charset",
-                                             "65001",
-                                             "--input",
-                                             "8bit",
-                                             "--observer",
-                                             "narrow",
-                                             "--feed",
-                                             "buffer",
-                                             "--piece-size",
-                                             "7",
-                                             "--self-check",
-                                             "copy",
-                                             "--detect-charset-errors",
-                                             "--min-confidence",
-                                             "101",
-                                             "--no-reparse",
-                                             "a"});
+    const TokensOptions options =
+        ParseGood({"tokens",   "--format",         "json",   "--charset",    "65001", "--input",      "8bit", "--observer",
+                   "narrow",   "--feed",           "buffer", "--piece-size", "7",     "--self-check", "copy", "--detect-charset-errors",
+                   "--places", "--min-confidence", "101",    "--no-reparse", "a"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
@@ -91,6 +76,7 @@ TEST(CommandLine, EveryOption) {
     EXPECT_EQ(options.pieceSize, 7U);
     EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_COPY);
     EXPECT_TRUE(options.detectCharsetErrors);
+    EXPECT_TRUE(options.places);
     EXPECT_EQ(options.minConfidence, 101U);
     EXPECT_FALSE(options.reparse);
     EXPECT_EQ(options.inputs, Names{"a"});
@@ -183,14 +169,16 @@ TEST(CommandLine, OptionsOfEvents) {
     EXPECT_EQ(defaults.feed, FeedOptions::Feed::STREAM);
     EXPECT_EQ(defaults.pieceSize, 0U);
     EXPECT_EQ(defaults.flags, 1U);
+    EXPECT_FALSE(defaults.places);
     EXPECT_EQ(defaults.inputs, Names{"-"});
     const auto options = ParseGoodAs<EventsOptions>({"events", "--format=json", "a", "--charset", "koi8-r", "--feed", "buffer",
-                                                     "--piece-size", "31", "--flags", "4294967295", "--", "--flags"});
+                                                     "--piece-size", "31", "--flags", "4294967295", "--places", "--", "--flags"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 20866U);
     EXPECT_EQ(options.feed, FeedOptions::Feed::BUFFER);
     EXPECT_EQ(options.pieceSize, 31U);
     EXPECT_EQ(options.flags, 4294967295U);
+    EXPECT_TRUE(options.places);
     EXPECT_EQ(options.inputs, (Names{"a", "--flags"}));
     EXPECT_EQ(ParseGoodAs<EventsOptions>({"events", "--flags=0"}).flags, 0U);
 }
@@ -299,8 +287,8 @@ TEST(CommandLine, HelpAndVersion) {
         for (const char* const part :
              {"Usage: kestra-html tokens [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
               "--input auto|8bit|utf16=auto", "--observer wide|narrow=wide", "--feed stream|buffer=stream", "--piece-size N=0",
-              "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50", "--no-reparse", "observer's characters",
-              "or the output could not be written"}) {
+              "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50", "--no-reparse", "--places",
+              "parser's characters", "or the output could not be written"}) {
             EXPECT_NE(tokensHelp.answer.find(part), std::string::npos) << part;
         }
     }
@@ -317,7 +305,7 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
     const std::string events = Parse({"events", "--help"}).answer;
     for (const char* const part :
          {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--feed stream|buffer=stream",
-          "--piece-size N=0", "--flags N=1", "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
+          "--piece-size N=0", "--places", "--flags N=1", "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
         EXPECT_NE(events.find(part), std::string::npos) << part << "\n" << events;
     }
     const std::string detect = Parse({"detect", "--help"}).answer;

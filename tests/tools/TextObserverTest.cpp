@@ -69,18 +69,18 @@ protected:
 
 TYPED_TEST_SUITE(TextObserverTest, ObserverFlavours);
 
-TYPED_TEST(TextObserverTest, EveryCallbackIsALineWithItsPlace) {
+TYPED_TEST(TextObserverTest, EveryCallbackIsALine) {
     Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false);
     this->ObserveEverything(&observer);
     EXPECT_EQ(
         this->lines.Take(),
         (Lines{
             "     1:1     start-parsing",  "     1:1     bom(EF)",          "     1:1     charset(1252)", "     1:1     text(n)",
-            "     1:2     start(|n||)",    "     1:5     short(|n||)",      "     1:9     end(|n|||)",    "     1:13    comment(n)",
-            "     1:21    cdata(n|)",      "     1:28    conditional(n||)", "     1:34    entity(|n||)",  "     1:38    extern(|n||)",
-            "     1:43    extern-text(n)", "     1:44    js-start",         "     1:44    c-comment(n)",  "     1:49    cpp-comment(n)",
-            "     1:52    s-string(n)",    "     1:55    d-string(n)",      "     1:58    js-end",        "     1:58    css-start",
-            "     1:58    css-end",        "     1:58    junk(<)",          "     1:59    end-parsing",
+            "     1:1     start(|n||)",    "     1:1     short(|n||)",      "     1:1     end(|n|||)",    "     1:1     comment(n)",
+            "     1:1     cdata(n|)",      "     1:1     conditional(n||)", "     1:1     entity(|n||)",  "     1:1     extern(|n||)",
+            "     1:1     extern-text(n)", "     1:1     js-start",         "     1:1     c-comment(n)",  "     1:1     cpp-comment(n)",
+            "     1:1     s-string(n)",    "     1:1     d-string(n)",      "     1:1     js-end",        "     1:1     css-start",
+            "     1:1     css-end",        "     1:1     junk(<)",          "     1:1     end-parsing",
         }));
 }
 
@@ -91,11 +91,46 @@ TYPED_TEST(TextObserverTest, TheKindIsColoured) {
     ASSERT_EQ(all.size(), 23U);
     EXPECT_EQ(all[0], "     1:1     \x1B[2mstart-parsing\x1B[0m");
     EXPECT_EQ(all[3], "     1:1     \x1B[1mtext\x1B[0m(n)");
-    EXPECT_EQ(all[4], "     1:2     \x1B[36mstart\x1B[0m(|n||)");
-    EXPECT_EQ(all[7], "     1:13    \x1B[32mcomment\x1B[0m(n)");
-    EXPECT_EQ(all[10], "     1:34    \x1B[35mentity\x1B[0m(|n||)");
-    EXPECT_EQ(all[16], "     1:52    \x1B[33ms-string\x1B[0m(n)");
-    EXPECT_EQ(all[21], "     1:58    \x1B[31mjunk\x1B[0m(<)");
+    EXPECT_EQ(all[4], "     1:1     \x1B[36mstart\x1B[0m(|n||)");
+    EXPECT_EQ(all[7], "     1:1     \x1B[32mcomment\x1B[0m(n)");
+    EXPECT_EQ(all[10], "     1:1     \x1B[35mentity\x1B[0m(|n||)");
+    EXPECT_EQ(all[16], "     1:1     \x1B[33ms-string\x1B[0m(n)");
+    EXPECT_EQ(all[21], "     1:1     \x1B[31mjunk\x1B[0m(<)");
+}
+
+TYPED_TEST(TextObserverTest, PlacesAreThoseOfTheParser) {
+    const std::string page = "\xEF\xBB\xBF\xC3\xA9\n<meta charset=utf-8><script>\n// c\n</script>\n<b / >";
+    for (const bool withOffsets : {false, true}) {
+        Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false, withOffsets);
+        this->parser.SetObserver(&observer, false);
+        Tool::ParseOptions options;
+        Tool::RunParsePass(&this->parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
+        Lines expected = {
+            "     1:1     [0,0)             start-parsing",
+            "     1:1     [0,3)             bom(EF BB BF)",
+            "     1:1     [3,6)             text(",
+            "     2:1     [6,26)            start(|meta|{ |charset|=|utf-8}|)",
+            "     2:21    [26,34)           start(|script||)",
+            "     2:29    [34,34)           js-start",
+            "     2:29    [34,35)           text(\\n)",
+            "     3:1     [35,39)           cpp-comment( c)",
+            "     3:5     [39,40)           text(\\n)",
+            "     4:1     [40,49)           end(|script|||)",
+            "     4:10    [49,49)           js-end",
+            "     4:10    [49,50)           text(\\n)",
+            "     5:1     [50,55)           junk(<b / )",
+            "     5:6     [55,56)           junk(>)",
+            "     5:7     [56,56)           end-parsing",
+        };
+        if constexpr (sizeof(typename TypeParam::C) == 1)  // gets no line comments
+            expected.erase(expected.begin() + 7);
+        expected[2] += sizeof(typename TypeParam::C) == 1 ? "\\xC3\\xA9\\n)" : "\xC3\xA9\\n)";
+        if (!withOffsets) {
+            for (std::string& line : expected)
+                line.erase(13, 18);
+        }
+        EXPECT_EQ(this->lines.Take(), expected);
+    }
 }
 
 TYPED_TEST(TextObserverTest, LongTextsAreCutWithTheirLength) {
@@ -111,8 +146,8 @@ TYPED_TEST(TextObserverTest, LongTextsAreCutWithTheirLength) {
     observer.OnJunkData(&junk);
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       "     1:1     text(" + std::string(60, 'a') + ")",
-                                      "     1:61    text(" + std::string(60, 'b') + "...[61])",
-                                      "     1:122   junk(" + std::string(60, 'c') + "...[1000])",
+                                      "     1:1     text(" + std::string(60, 'b') + "...[61])",
+                                      "     1:1     junk(" + std::string(60, 'c') + "...[1000])",
                                   }));
 }
 

@@ -18,7 +18,7 @@ using Tool::ParseOptions;
 /// The source of a token, and the token.
 using Piece = std::pair<std::string, std::string>;
 
-/// Every kind of token, every kind behind text and behind others, and all that returns to text.
+/// Every kind of token, every kind after text and after others, and all that returns to text.
 const std::vector<Piece> PIECES = {
     {"\xC3\xA9\xC3\xA9\n", "text(\xC3\xA9\xC3\xA9\\n)"},
     {"<p a='\xC3\xA9'\n>", "start(|p|{ |a|=|'\xC3\xA9'}|\\n)"},
@@ -89,9 +89,9 @@ std::string ToWide(std::string_view utf8) {
     return wide;
 }
 
-std::string Find(std::string_view page, const ParseOptions& options, std::uint64_t byte, std::uint64_t dropped = 0) {
+std::string Find(std::string_view page, const ParseOptions& options, std::uint64_t byte) {
     GenericParser parser;
-    Tool::TokenFinder finder(&parser, page, dropped, byte);
+    Tool::TokenFinder finder(&parser, byte);
     parser.SetObserver(&finder, false);
     Tool::RunParsePass(&parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
     return finder.GetToken().empty() ? "none" : std::to_string(finder.GetTokenStart()) + " " + finder.GetToken();
@@ -144,9 +144,9 @@ TEST(TokenFinder, WhatNoTokenHolds) {
     EXPECT_EQ(Find("\xEF\xBB\xBFx", options, 3), "3 text(x)");
     EXPECT_EQ(Find("", options, 0), "none");
     options.pieceSize = 1;
-    EXPECT_EQ(Find("\xEFxy\n<b>", options, 0, 1), "none");
-    EXPECT_EQ(Find("\xEFxy\n<b>", options, 1, 1), "1 text(xy\\n)");
-    EXPECT_EQ(Find("\xEFxy\n<b>", options, 4, 1), "4 start(|b||)");
+    EXPECT_EQ(Find("\xEFxy\n<b>", options, 0), "none");
+    EXPECT_EQ(Find("\xEFxy\n<b>", options, 1), "1 text(xy\\n)");
+    EXPECT_EQ(Find("\xEFxy\n<b>", options, 4), "4 start(|b||)");
 }
 
 TEST(TokenFinder, ALongTokenIsCut) {

@@ -56,6 +56,31 @@ TEST(ToolEvents, EveryEvent) {
 )");
 }
 
+TEST(ToolEvents, Places) {
+    const std::string page = "ab<p c=d>\n<br/><script>e</script>f";
+    EXPECT_EQ(JsonOf(page, {"--places"}),
+              R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1}
+{"event":"Text","text":"ab","begin":0,"end":2,"line":1,"column":1}
+{"event":"StartTag","name":"p","attributes":[["c","d"]],"begin":2,"end":9,"line":1,"column":5}
+{"event":"Text","text":"\n","begin":9,"end":10,"line":1,"column":12}
+{"event":"StartTag","name":"br","attributes":[],"begin":10,"end":15,"line":2,"column":2}
+{"event":"EndTag","name":"br","begin":15,"end":15,"line":2,"column":7}
+{"event":"Script","attributes":[],"body":"e","begin":15,"end":33,"line":2,"column":7}
+{"event":"StopParsing","begin":34,"end":34,"line":2,"column":36}
+{"event":"Result","startParse":0,"parse":0,"endParse":0,"line":2,"column":36,"file":"-"}
+)");
+    const std::string cut = "ab<p c=d>\n<script>e</script>f";
+    for (const char* const pieceSize : {"1", "2", "7"}) {
+        for (const char* const feed : {"stream", "buffer"}) {
+            const std::string lines =
+                RunToolOn(cut, {"events", "--format", "json", "--places", "--feed", feed, "--piece-size", pieceSize}).output;
+            const std::string expected = JsonOf(cut, {"--places"});
+            EXPECT_EQ(lines.substr(0, lines.rfind("{")), expected.substr(0, expected.rfind("{"))) << feed << " " << pieceSize;
+        }
+    }
+    EXPECT_NE(RunToolOn(page, {"events", "--places"}).output.find("\n     2:7     [15,15)           end(br)\n"), std::string::npos);
+}
+
 TEST(ToolEvents, AnEmptyInput) {
     const std::string expected =
         "{\"event\":\"StartParsing\"}\n{\"event\":\"StopParsing\"}\n"

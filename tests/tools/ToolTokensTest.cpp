@@ -301,8 +301,107 @@ TEST(ToolTokens, TheTextFormat) {
               "result   0, success\n");
 }
 
+/// What follows the first `"name":` of a line, up to the end of a number or null.
+std::string MemberOf(const std::string& line, const std::string& name, std::size_t from = 0) {
+    const std::size_t begin = line.find("\"" + name + "\":", from);
+    if (begin == std::string::npos)
+        return "none";
+    const std::size_t value = begin + name.size() + 3;
+    return line.substr(value, line.find_first_of(",}", value) - value);
+}
+
+/// The bytes between two members of a line.
+std::string BytesOf(const std::string& input, const std::string& line, const char* begin, const char* end, std::size_t from = 0) {
+    const std::string first = MemberOf(line, begin, from);
+    const std::string last = MemberOf(line, end, from);
+    return first == "null" || first == "none" ? first : input.substr(std::stoull(first), std::stoull(last) - std::stoull(first));
+}
+
+TEST(ToolTokens, Places) {
+    const std::string page = "\xC3\xA9\n<p><a b href='/x'  c = \xC3\xA9>//<script>// d\n</script><!--e--><f";
+    const struct {
+        const char* note;
+        std::string mark;
+        bool isUtf16;
+        Arguments more;
+        std::size_t bytesInTokens;
+    } CASES[] = {
+        {"8-bit", "", false, {"--charset", "65001"}, page.size()},
+        {"with a mark, byte by byte", "\xEF\xBB\xBF", false, {"--piece-size", "1"}, page.size()},
+        {"in pieces", "", false, {"--charset", "1252", "--piece-size", "3"}, page.size()},
+        {"a narrow observer gets no line comment", "", false, {"--charset", "1252", "--observer", "narrow"}, page.size() - 4},
+        {"UTF-16", "\xFF\xFE", true, {}, 2 * page.size()},
+        {"UTF-16, a narrow observer", "", true, {"--input", "utf16", "--observer", "narrow"}, 2 * page.size()},
+    };
+    for (const auto& row : CASES) {
+        SCOPED_TRACE(row.note);
+        const auto encode = [&row](const std::string& text) { return row.isUtf16 ? Utf16(text) : text; };
+        const std::string input = row.mark + encode(page);
+        Arguments more = row.more;
+        more.emplace_back("--places");
+        const std::string lines = JsonOf(input, more);
+        std::size_t bytes = 0;
+        std::size_t reached = 0;
+        std::size_t attributes = 0;
+        for (std::size_t begin = 0; begin < lines.size();) {
+            const std::size_t end = lines.find('\n', begin);
+            const std::string line = lines.substr(begin, end - begin);
+            begin = end + 1;
+            const std::size_t members = line.rfind("\"begin\"");
+            if (line.starts_with("{\"event\":\"Result\"")) {
+                EXPECT_EQ(members, std::string::npos);
+                continue;
+            }
+            ASSERT_NE(members, std::string::npos) << line;
+            const std::string source = BytesOf(input, line, "begin", "end", members);
+            if (line.starts_with("{\"event\":\"JSTagStart\"") || line.starts_with("{\"event\":\"JSTagEnd\"")) {
+                EXPECT_EQ(source, encode(line.find("Start") != std::string::npos ? "<script>" : "</script>"));
+                continue;
+            }
+            EXPECT_GE(std::stoull(MemberOf(line, "begin", members)), reached) << line;
+            reached = std::stoull(MemberOf(line, "end", members));
+            bytes += source.size();
+            for (std::size_t at = line.find("\"prefix\":\" "); at != std::string::npos; at = line.find("\"prefix\":\" ", at + 1)) {
+                const char* const EXPECTED[][3] = {{" b", "b", "null"}, {" href='/x'", "href", "/x"}, {"  c = \xC3\xA9", "c", "\xC3\xA9"}};
+                const auto& expected = EXPECTED[attributes % 3];
+                EXPECT_EQ(BytesOf(input, line, "begin", "end", at), encode(expected[0]));
+                EXPECT_EQ(BytesOf(input, line, "nameBegin", "nameEnd", at), encode(expected[1]));
+                EXPECT_EQ(BytesOf(input, line, "valueBegin", "valueEnd", at), attributes == 0 ? "null" : encode(expected[2]));
+                ++attributes;
+            }
+            if (line.starts_with("{\"event\":\"CommentTag\"")) {
+                EXPECT_EQ(source, encode("<!--e-->"));
+                EXPECT_EQ(MemberOf(line, "line", members), "3");
+                EXPECT_EQ(MemberOf(line, "column", members), "10");
+            }
+        }
+        EXPECT_EQ(bytes, row.mark.size() + row.bytesInTokens);
+        EXPECT_EQ(reached, input.size());
+        EXPECT_EQ(attributes, 3U);
+    }
+}
+
+TEST(ToolTokens, WithPlacesNothingElseChanges) {
+    const std::string page = "<p a=b>x</p><script>'y'</script>";
+    const auto without = [](std::string line) {
+        for (std::size_t at = line.find(",\"begin\""); at != std::string::npos; at = line.find(",\"begin\"", at))
+            line.erase(at, line.find('}', at) - at);
+        return line;
+    };
+    const std::string placed = JsonOf(page, {"--charset", "1252", "--places"});
+    EXPECT_NE(placed, without(placed));
+    EXPECT_EQ(without(placed), JsonOf(page, {"--charset", "1252"}));
+    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "1252", "--places"}).output.find("\n     1:8     [7,8)             text(x)\n"),
+              std::string::npos);
+}
+
+TEST(ToolTokens, ColumnsCountTheCharactersOfTheParser) {
+    const std::string page = "\xC3\xA9<b>";
+    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "65001"}).output.find("\n     1:3     start(|b||)\n"), std::string::npos);
+    EXPECT_NE(JsonOf(page, {"--charset", "65001", "--places"}).find("\"begin\":2,\"end\":5,\"line\":1,\"column\":3}"), std::string::npos);
+}
+
 TEST(ToolTokens, PlacesAgreeWithTheParser) {
-    // For a document in the observer's characters, the place behind the last token is the parser's own.
     const std::string page =
         "a\nb <a b = 'c\n'>\r\n</a >\n<script>'x\\'' \"\n\"</script><style>p {}\n</style><br/>\n<1>x\n<p \n/>\n<b /\n>\nend";
     const ToolRun text = RunToolOn(page, {"tokens", "--charset", "1252", "--observer", "narrow"});

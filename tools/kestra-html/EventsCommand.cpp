@@ -17,12 +17,12 @@ EventsPassResult WriteEvents(const Input& input, const EventsOptions& options, C
     HTML::StatelessHTMLParser parser;
     EventsPassResult result;
     if (options.format == OutputFormat::JSON) {
-        JsonEventObserver observer(console);
+        JsonEventObserver observer(console, options.places ? &parser : nullptr);
         parser.Attach(&observer);
         result = RunEventsPass(&parser, input.bytes, options, bytesDone);
         observer.WriteResult(result, input.name);
     } else {
-        TextEventObserver observer(console, &parser, WantsColour());
+        TextEventObserver observer(console, &parser, WantsColour(), options.places);
         parser.Attach(&observer);
         result = RunEventsPass(&parser, input.bytes, options, bytesDone);
         observer.WriteSummary(result, input.bytes.size());

@@ -13,6 +13,7 @@ namespace Kestra::Tool {
 struct EventsOptions : FeedOptions {
     OutputFormat format = OutputFormat::TEXT;
     std::uint32_t flags = 1;          ///< for `SetFlags`
+    bool places = false;              ///< write where each construct lies
     std::vector<std::string> inputs;  ///< file names, "-" for standard input; at least one
 };
 

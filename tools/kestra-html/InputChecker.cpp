@@ -108,7 +108,7 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
 
 /// Parses once more, in the same way.
 void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome) {
-    TokenFinder finder(&parser, input, outcome->lostMarkBytes, *outcome->firstDifference);
+    TokenFinder finder(&parser, *outcome->firstDifference);
     const ObserverBinding binding(&parser, &finder);
     ParseOptions findOptions = options;
     findOptions.selfCheck = GenericParser::SELF_CHECK_OFF;

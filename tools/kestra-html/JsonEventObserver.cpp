@@ -2,14 +2,21 @@
 
 namespace Kestra::Tool {
 
-JsonEventObserver::JsonEventObserver(LineSink* lineSink) : line(lineSink) {}
+JsonEventObserver::JsonEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* placesParser) : line(lineSink) {
+    if (placesParser != nullptr)
+        places.emplace(placesParser);
+}
 
 void JsonEventObserver::OnStartParsing() {
-    Plain("StartParsing");
+    line.Begin("StartParsing");
+    End();
 }
 
 void JsonEventObserver::OnStopParsing() {
-    Plain("StopParsing");
+    line.Begin("StopParsing");
+    if (places)
+        line.Place(places->TakeEnd());
+    line.End();
 }
 
 void JsonEventObserver::OnStartTag(const WideChar* name, const Attributes* attributes) {
@@ -32,7 +39,7 @@ void JsonEventObserver::OnEntityTag(const WideChar* name, const Tokens* tokens) 
     line.Begin("EntityTag");
     line.String("name", name);
     line.List("tokens", tokens);
-    line.End();
+    End();
 }
 
 void JsonEventObserver::OnComment(const WideChar* text) {
@@ -54,8 +61,9 @@ void JsonEventObserver::WriteResult(const EventsPassResult& result, const std::s
     line.End();
 }
 
-void JsonEventObserver::Plain(std::string_view event) {
-    line.Begin(event);
+void JsonEventObserver::End() {
+    if (places)
+        line.Place(places->TakeConstruct());
     line.End();
 }
 
@@ -63,20 +71,20 @@ void JsonEventObserver::Tag(std::string_view event, const WideChar* name, const 
     line.Begin(event);
     line.String("name", name);
     line.List("attributes", attributes);
-    line.End();
+    End();
 }
 
 void JsonEventObserver::Element(std::string_view event, const Attributes* attributes, const WideChar* body) {
     line.Begin(event);
     line.List("attributes", attributes);
     line.String("body", body);
-    line.End();
+    End();
 }
 
 void JsonEventObserver::StringOnly(std::string_view event, const char* member, const WideChar* text) {
     line.Begin(event);
     line.String(member, text);
-    line.End();
+    End();
 }
 
 }  // namespace Kestra::Tool

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "html/stateless/StatelessHTMLObserver.h"
+#include "html/stateless/StatelessHTMLParser.h"
 #include "platform/Characters.h"
+#include "tools/kestra-html/EventPlaces.h"
 #include "tools/kestra-html/EventsPass.h"
 #include "tools/kestra-html/JsonLine.h"
 #include "tools/kestra-html/LineSink.h"
@@ -14,7 +17,8 @@ namespace Kestra::Tool {
 /// Writes one object for each callback: `event` is the callback's name without "On", the other members are its arguments.
 class JsonEventObserver final : public HTML::StatelessHTMLObserver {
 public:
-    explicit JsonEventObserver(LineSink* lineSink);
+    /// @param placesParser  borrowed; asked in each callback where it stands. Null: no places are written
+    explicit JsonEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* placesParser = nullptr);
 
     void OnStartParsing() override;
     void OnStopParsing() override;
@@ -31,11 +35,13 @@ public:
     void WriteResult(const EventsPassResult& result, const std::string& inputName);
 
 private:
-    void Plain(std::string_view event);
     void Tag(std::string_view event, const WideChar* name, const Attributes* attributes);
     void Element(std::string_view event, const Attributes* attributes, const WideChar* body);
     void StringOnly(std::string_view event, const char* member, const WideChar* text);
 
+    void End();
+
+    std::optional<EventPlaces> places;
     JsonLine line;
 };
 

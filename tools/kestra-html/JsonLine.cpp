@@ -98,8 +98,56 @@ void JsonLine::List(const char* name, const Vector<T>* items) {
 }
 
 template <typename C, typename S>
+void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes, const HTML::GenericParser& parser) {
+    writer.Key(name);
+    if (attributes == nullptr) {
+        writer.Null();
+        return;
+    }
+    writer.StartArray();
+    std::uint64_t index = 0;
+    for (const HTML::Attribute<C, S>& attribute : *attributes) {
+        HTML::AttributePlace place;
+        parser.GetAttributePlace(index, &place);
+        writer.StartObject();
+        Fields(attribute);
+        Place(place, attribute.hasValue);
+        writer.EndObject();
+        ++index;
+    }
+    writer.EndArray();
+}
+
+void JsonLine::Place(const HTML::TokenPlace& place) {
+    Number("begin", place.begin);
+    Number("end", place.end);
+    Number("line", place.line);
+    Number("column", place.column);
+}
+
+void JsonLine::Place(const HTML::AttributePlace& place, bool hasValue) {
+    Number("begin", place.begin);
+    Number("end", place.end);
+    Number("nameBegin", place.nameBegin);
+    Number("nameEnd", place.nameEnd);
+    if (hasValue) {
+        Number("valueBegin", place.valueBegin);
+        Number("valueEnd", place.valueEnd);
+    } else {
+        Null("valueBegin");
+        Null("valueEnd");
+    }
+}
+
+template <typename C, typename S>
 void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
     writer.StartObject();
+    Fields(attribute);
+    writer.EndObject();
+}
+
+template <typename C, typename S>
+void JsonLine::Fields(const HTML::Attribute<C, S>& attribute) {
     String("prefix", &attribute.prefix);
     String("name", &attribute.name);
     String("beforeEquals", &attribute.beforeEquals);
@@ -107,7 +155,6 @@ void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
     String("value", &attribute.value);
     Number("quote", attribute.quote);
     Bool("hasValue", attribute.hasValue);
-    writer.EndObject();
 }
 
 template <typename C, typename S>
@@ -133,6 +180,10 @@ void JsonLine::Item(const WideString& text) {
 
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
+template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<char, std::string>>* attributes,
+                                         const HTML::GenericParser& parser);
+template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* attributes,
+                                         const HTML::GenericParser& parser);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<WideChar, WideString>>* items);
 template void JsonLine::List(const char* name, const Vector<std::pair<WideString, WideString>>* items);

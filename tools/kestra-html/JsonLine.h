@@ -10,6 +10,8 @@
 
 #include "html/framework/Attribute.h"
 #include "html/framework/EntityToken.h"
+#include "html/framework/TokenPlace.h"
+#include "html/parser/GenericParser.h"
 #include "platform/Characters.h"
 #include "platform/Vector.h"
 #include "tools/kestra-html/CallResults.h"
@@ -42,10 +44,18 @@ public:
     /// A null list is written as `null`. An item is an object, a string, or for a pair an array of two strings.
     template <typename T>
     void List(const char* name, const Vector<T>* items);
+    /// The attributes of the tag or instruction that a parser is delivering, each with its three places.
+    template <typename C, typename S>
+    void PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes, const HTML::GenericParser& parser);
+    /// The members `begin`, `end`, `line` and `column`.
+    void Place(const HTML::TokenPlace& place);
 
 private:
     template <typename C, typename S>
     void Item(const HTML::Attribute<C, S>& attribute);
+    template <typename C, typename S>
+    void Fields(const HTML::Attribute<C, S>& attribute);
+    void Place(const HTML::AttributePlace& place, bool hasValue);
     template <typename C, typename S>
     void Item(const HTML::EntityToken<C, S>& token);
     template <typename S>

@@ -3,7 +3,7 @@
 namespace Kestra::Tool {
 
 template <typename C, typename S>
-JsonObserver<C, S>::JsonObserver(LineSink* lineSink) : line(lineSink) {}
+JsonObserver<C, S>::JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser) : parser(placesParser), line(lineSink) {}
 
 template <typename C, typename S>
 void JsonObserver<C, S>::OnStartParsing() {
@@ -20,14 +20,14 @@ void JsonObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
     const std::string mark(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
     line.Begin("BOM");
     line.String("bytes", &mark);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
 void JsonObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
     line.Begin("Charset");
     line.Number("code", code);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -60,10 +60,10 @@ void JsonObserver<C, S>::OnStartTag(HTML::StartTagData<C, S>* data) {
     line.Begin("StartTag");
     line.String("prefix", data->prefix);
     line.String("name", data->name);
-    line.List("attributes", data->attributes);
+    Attributes(data->attributes);
     line.String("suffix", data->suffix);
     line.Bool("closed", data->closed);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -71,10 +71,10 @@ void JsonObserver<C, S>::OnShortTag(HTML::ShortTagData<C, S>* data) {
     line.Begin("ShortTag");
     line.String("prefix", data->prefix);
     line.String("name", data->name);
-    line.List("attributes", data->attributes);
+    Attributes(data->attributes);
     line.String("suffix", data->suffix);
     line.Bool("closed", data->closed);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -84,10 +84,10 @@ void JsonObserver<C, S>::OnEndTag(HTML::EndTagData<C, S>* data) {
     line.String("name", data->name);
     line.String("afterName", data->afterName);
     line.Bool("closed", data->closed);
-    line.List("attributes", data->attributes);
+    Attributes(data->attributes);
     line.Bool("slashBeforeClose", data->slashBeforeClose);
     line.String("suffix", data->suffix);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -96,7 +96,7 @@ void JsonObserver<C, S>::OnCDATATag(HTML::CDATATagData<C, S>* data) {
     line.String("keyword", data->keyword);
     line.String("text", data->text);
     line.Bool("closed", data->closed);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -107,7 +107,7 @@ void JsonObserver<C, S>::OnConditionalTag(HTML::ConditionalTagData<C, S>* data) 
     line.String("tail", data->tail);
     line.Bool("bracketClosed", data->bracketClosed);
     line.Bool("tagClosed", data->tagClosed);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -115,7 +115,7 @@ void JsonObserver<C, S>::OnCommentTag(HTML::CommentTagData<C, S>* data) {
     line.Begin("CommentTag");
     line.String("text", data->text);
     line.Bool("closed", data->closed);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -125,7 +125,7 @@ void JsonObserver<C, S>::OnEntityTag(HTML::EntityTagData<C, S>* data) {
     line.String("name", data->name);
     line.List("tokens", data->tokens);
     line.String("suffix", data->suffix);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -133,12 +133,12 @@ void JsonObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
     line.Begin("ExternTag");
     line.String("prefix", data->prefix);
     line.String("name", data->name);
-    line.List("attributes", data->attributes);
+    Attributes(data->attributes);
     line.String("suffix", data->suffix);
     line.Bool("freeStyle", data->freeStyle);
     line.String("text", data->text);
     line.Bool("slashBeforeClose", data->slashBeforeClose);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -182,7 +182,7 @@ void JsonObserver<C, S>::WriteResult(const ParsePassResult& result, const std::s
 template <typename C, typename S>
 void JsonObserver<C, S>::Plain(std::string_view event) {
     line.Begin(event);
-    line.End();
+    End();
 }
 
 template <typename C, typename S>
@@ -190,6 +190,22 @@ template <typename T>
 void JsonObserver<C, S>::TextOnly(std::string_view event, const T* text) {
     line.Begin(event);
     line.String("text", text);
+    End();
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::Attributes(const Vector<HTML::Attribute<C, S>>* attributes) {
+    if (parser == nullptr)
+        line.List("attributes", attributes);
+    else
+        line.PlacedAttributes("attributes", attributes, *parser);
+}
+
+/// Of an object of a callback.
+template <typename C, typename S>
+void JsonObserver<C, S>::End() {
+    if (parser != nullptr)
+        line.Place(parser->GetTokenPlace());
     line.End();
 }
 

@@ -4,9 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "html/framework/Attribute.h"
 #include "html/framework/ParserObserver.h"
 #include "html/framework/TokenRecords.h"
+#include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
+#include "platform/Vector.h"
 #include "tools/kestra-html/JsonLine.h"
 #include "tools/kestra-html/LineSink.h"
 #include "tools/kestra-html/ParsePass.h"
@@ -17,7 +20,8 @@ namespace Kestra::Tool {
 template <typename C, typename S>
 class JsonObserver final : public HTML::ParserObserver<C, S> {
 public:
-    explicit JsonObserver(LineSink* lineSink);
+    /// @param placesParser  borrowed; asked for the place of each token and attribute. Null: no places are written
+    explicit JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser = nullptr);
 
     void OnStartParsing() override;
     void OnEndParsing() override;
@@ -49,7 +53,10 @@ private:
     void Plain(std::string_view event);
     template <typename T>
     void TextOnly(std::string_view event, const T* text);
+    void Attributes(const Vector<HTML::Attribute<C, S>>* attributes);
+    void End();
 
+    const HTML::GenericParser* parser;
     JsonLine line;
 };
 

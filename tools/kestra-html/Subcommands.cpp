@@ -29,14 +29,17 @@ using StringNS::CharSet;
 
 constexpr const char* TOKENS_FOOTER =
     "Text format: one line for each token. It starts with the line and the column of\n"
-    "the token, from 1, counted in the observer's characters: UTF-16 units of the\n"
-    "decoded text for a wide observer, bytes for a narrow one; of UTF-16 input its\n"
-    "units for either. Long texts are cut and followed by their length:\n"
-    "abc...[1200]. A control character is shown as \\n, \\r, \\t or \\x1B. On a terminal\n"
-    "the kind is coloured unless NO_COLOR is set.\n"
+    "the token, from 1, counted in the parser's characters: bytes, and units of\n"
+    "UTF-16 input. An event without a token, such as js-start, stands after the tag\n"
+    "that caused it. Long texts are cut and followed by their length: abc...[1200]. A\n"
+    "control character is shown as \\n, \\r, \\t or \\x1B. On a terminal the kind is\n"
+    "coloured unless NO_COLOR is set. With --places the offsets follow, [begin,end).\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
-    "result of the input.\n"
+    "result of the input. With --places the objects of callbacks get begin, end, line\n"
+    "and column, those without a token the ones of the tag that caused them; and the\n"
+    "attributes begin, end, nameBegin, nameEnd, valueBegin and valueEnd, the last two\n"
+    "null without a value.\n"
     "\n"
     "When the charset is found late, the input is parsed again with it; only the\n"
     "last pass is written.\n"
@@ -52,10 +55,11 @@ constexpr const char* EVENTS_FOOTER =
     "one, and a byte of text, of a script or of a style sheet is two columns. Long\n"
     "texts are cut and followed by their length: abc...[1200]. A control character is\n"
     "shown as \\n, \\r, \\t or \\x1B. On a terminal the kind is coloured unless NO_COLOR\n"
-    "is set.\n"
+    "is set. With --places the offsets follow, [begin,end).\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
-    "result of the input.\n"
+    "result of the input. With --places the objects of callbacks get begin, end, line\n"
+    "and column.\n"
     "\n";
 
 constexpr const char* CHECK_FOOTER =
@@ -232,6 +236,7 @@ TokensSubcommand::TokensSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "to
     AddFlag("--detect-charset-errors", &detectCharsetErrors, "tell in the result whether all text could be\ndecoded without loss");
     AddMinConfidence();
     AddNoReparse();
+    AddFlag("--places", &places, "tell where each token, and in JSON each\nattribute, lies, in bytes from the first one");
     AddFiles("files to read; - or none is standard input", TOKENS_FOOTER);
 }
 
@@ -245,6 +250,7 @@ TokensOptions TokensSubcommand::GetOptions() const {
     else if (selfCheck == "copy")
         options.selfCheck = GenericParser::SELF_CHECK_COPY;
     options.detectCharsetErrors = detectCharsetErrors;
+    options.places = places;
     options.inputs = GetFiles();
     return options;
 }
@@ -255,6 +261,7 @@ EventsSubcommand::EventsSubcommand(CLI::App* tool)
     AddCharset();
     AddFeed();
     AddText("--flags", &flags, "N", "flags of the parser; 1: the markup may replace\nthe charset");
+    AddFlag("--places", &places, "tell where each construct lies, in bytes from\nthe first one");
     AddFiles("files to read; - or none is standard input", EVENTS_FOOTER);
 }
 
@@ -263,6 +270,7 @@ EventsOptions EventsSubcommand::GetOptions() const {
     TakeFeedOptions(&options, true);
     options.format = GetFormat();
     options.flags = static_cast<std::uint32_t>(ToNumberWithin("--flags", flags, 0, UINT32_MAX));
+    options.places = places;
     options.inputs = GetFiles();
     return options;
 }

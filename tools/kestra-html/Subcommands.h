@@ -100,6 +100,7 @@ public:
 
 private:
     std::string observer = "wide";
+    bool places = false;
     std::string selfCheck = "off";
     bool detectCharsetErrors = false;
 };
@@ -113,6 +114,7 @@ public:
 
 private:
     std::string flags;
+    bool places = false;
 };
 
 class CheckSubcommand final : public ParsingSubcommand {

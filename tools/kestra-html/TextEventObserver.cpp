@@ -21,8 +21,8 @@ constexpr std::array<TokenKind, StatelessHTMLParser::ID_STYLE + 1> EVENT_KINDS =
 
 }  // namespace
 
-TextEventObserver::TextEventObserver(LineSink* lineSink, const StatelessHTMLParser* observedParser, bool inColour)
-    : Trace::EventLineObserver(TextReport::STRINGS), parser(observedParser), report(lineSink, inColour) {}
+TextEventObserver::TextEventObserver(LineSink* lineSink, const StatelessHTMLParser* observedParser, bool inColour, bool withOffsets)
+    : Trace::EventLineObserver(TextReport::STRINGS), places(observedParser), report(lineSink, inColour, withOffsets) {}
 
 void TextEventObserver::WriteSummary(const EventsPassResult& result, std::uint64_t size) {
     const std::string failures = DescribeFailures(result);
@@ -32,15 +32,8 @@ void TextEventObserver::WriteSummary(const EventsPassResult& result, std::uint64
 }
 
 void TextEventObserver::OnLine(unsigned long event, const std::string& text) {
-    if (event == StatelessHTMLParser::ID_STOP_PARSING)
-        MoveToParser();
-    report.Write(EVENT_KINDS[event], line, column, text);
-    MoveToParser();
-}
-
-void TextEventObserver::MoveToParser() {
-    parser->GetCurrentLineNumber(&line);
-    parser->GetCurrentColumnNumber(&column);
+    const bool isEnd = event == StatelessHTMLParser::ID_STOP_PARSING;
+    report.Write(EVENT_KINDS[event], isEnd ? places.TakeEnd() : places.TakeConstruct(), text);
 }
 
 }  // namespace Kestra::Tool

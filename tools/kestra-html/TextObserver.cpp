@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <type_traits>
-
 #include "platform/Characters.h"
 #include "tools/kestra-html/CharsetText.h"
 #include "tools/kestra-html/ResultText.h"
@@ -12,29 +10,27 @@
 namespace Kestra::Tool {
 
 template <typename C, typename S>
-TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, std::string_view input,
-                                 std::uint64_t firstByte)
-    : parser(observedParser), hiddenComments(observedParser, input, firstByte), report(lineSink, inColour) {}
+TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, bool withOffsets)
+    : parser(observedParser), report(lineSink, inColour, withOffsets) {}
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnStartParsing() {
-    Print(TokenKind::EVENT, Trace::Format(Trace::Event::START_PARSING));
+    Event(Trace::Format(Trace::Event::START_PARSING));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnEndParsing() {
-    Print(TokenKind::EVENT, Trace::Format(Trace::Event::END_PARSING));
+    Event(Trace::Format(Trace::Event::END_PARSING));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
-    Print(TokenKind::EVENT, Trace::FormatBOM(bytes, size));
-    hiddenComments.PassMark(size);
+    report.Write(TokenKind::EVENT, parser->GetTokenPlace(), Trace::FormatBOM(bytes, size));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
-    Print(TokenKind::EVENT, Trace::FormatCharset(code));
+    Event(Trace::FormatCharset(code));
 }
 
 template <typename C, typename S>
@@ -104,56 +100,40 @@ void TextObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnJSTagStart() {
-    Print(TokenKind::EVENT, Trace::Format(Trace::Event::JS_TAG_START));
-    hiddenComments.SetInScript(true);
+    Event(Trace::Format(Trace::Event::JS_TAG_START));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnJSTagEnd() {
-    Print(TokenKind::EVENT, Trace::Format(Trace::Event::JS_TAG_END));
-    hiddenComments.SetInScript(false);
+    Event(Trace::Format(Trace::Event::JS_TAG_END));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnCSSTagStart() {
-    Print(TokenKind::EVENT, Trace::Format(Trace::Event::CSS_TAG_START));
+    Event(Trace::Format(Trace::Event::CSS_TAG_START));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnCSSTagEnd() {
-    Print(TokenKind::EVENT, Trace::Format(Trace::Event::CSS_TAG_END));
+    Event(Trace::Format(Trace::Event::CSS_TAG_END));
 }
 
 template <typename C, typename S>
 void TextObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
-    PassHiddenComment(TokenKind::JUNK, 0);
-    Print(TokenKind::JUNK, Trace::Format(*data, TextReport::STRINGS));
-    place.PassJunk(*data);
+    Token(TokenKind::JUNK, *data);
 }
 
 template <typename C, typename S>
 template <typename Record>
 void TextObserver<C, S>::Token(TokenKind kind, const Record& data) {
-    std::uint64_t size = 0;
-    if constexpr (std::is_same_v<Record, HTML::TextData<C, S>>)
-        size = data.text == nullptr ? 0 : data.text->size();
-    PassHiddenComment(kind, size);
-    Print(kind, Trace::Format(data, TextReport::STRINGS));
-    place.Pass(data);
+    report.Write(kind, parser->GetTokenPlace(), Trace::Format(data, TextReport::STRINGS));
 }
 
+/// What has no record lies where the parser stands: after the tag that caused it.
 template <typename C, typename S>
-void TextObserver<C, S>::Print(TokenKind kind, std::string_view text) {
-    report.Write(kind, place.GetLine(), place.GetColumn(), text);
-}
-
-/// Before a token. Only the 8-bit parser hides comments, and only from an 8-bit observer.
-template <typename C, typename S>
-void TextObserver<C, S>::PassHiddenComment(TokenKind kind, std::uint64_t size) {
-    const bool isUtf16 = parser->IsWParser();
-    place.SetUtf16(isUtf16);
-    if (sizeof(C) == 1 && !isUtf16)
-        place.Skip(hiddenComments.Pass(kind, size));
+void TextObserver<C, S>::Event(std::string_view text) {
+    const std::uint64_t offset = parser->GetTokenPlace().end;
+    report.Write(TokenKind::EVENT, {offset, offset, parser->GetLine(), parser->GetColumn()}, text);
 }
 
 template <typename C, typename S>

@@ -7,10 +7,8 @@
 #include "html/framework/TokenRecords.h"
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
-#include "tools/kestra-html/HiddenComments.h"
 #include "tools/kestra-html/LineSink.h"
 #include "tools/kestra-html/ParsePass.h"
-#include "tools/kestra-html/Place.h"
 #include "tools/kestra-html/TextReport.h"
 #include "tools/kestra-html/TokenKind.h"
 
@@ -20,11 +18,9 @@ namespace Kestra::Tool {
 template <typename C, typename S>
 class TextObserver final : public HTML::ParserObserver<C, S> {
 public:
-    /// @param observedParser  borrowed; asked whether the document is UTF-16, and where it stands
-    /// @param input           borrowed; the bytes that are parsed
-    /// @param firstByte       offset of the first byte that is parsed, where the start of the input is lost to the tokens
-    TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, std::string_view input = {},
-                 std::uint64_t firstByte = 0);
+    /// @param observedParser  borrowed; asked for the place of each token
+    /// @param withOffsets     lines also tell the offsets in bytes
+    TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, bool withOffsets = false);
 
     void OnStartParsing() override;
     void OnEndParsing() override;
@@ -56,13 +52,10 @@ public:
 private:
     template <typename Record>
     void Token(TokenKind kind, const Record& data);
-    void Print(TokenKind kind, std::string_view text);
-    void PassHiddenComment(TokenKind kind, std::uint64_t size);
+    void Event(std::string_view text);
 
     const HTML::GenericParser* parser;
-    HiddenComments hiddenComments;
     TextReport report;
-    Place<C, S> place;
 };
 
 }  // namespace Kestra::Tool

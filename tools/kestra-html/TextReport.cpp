@@ -7,11 +7,13 @@
 
 namespace Kestra::Tool {
 
-TextReport::TextReport(LineSink* lineSink, bool inColour) : sink(lineSink), colour(inColour) {}
+TextReport::TextReport(LineSink* lineSink, bool inColour, bool withOffsets) : sink(lineSink), colour(inColour), offsets(withOffsets) {}
 
-void TextReport::Write(TokenKind kind, std::uint64_t line, std::uint64_t column, std::string_view text) {
+void TextReport::Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text) {
     ++counts[static_cast<std::size_t>(kind)];
-    const std::string where = fmt::format("{:>6}:{:<5} ", line, column);
+    std::string where = fmt::format("{:>6}:{:<5} ", place.line, place.column);
+    if (offsets)
+        where += fmt::format("{:<17} ", fmt::format("[{},{})", place.begin, place.end));
     if (!colour) {
         sink->Line(where + std::string(text));
         return;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "html/framework/TokenPlace.h"
 #include "tools/kestra-html/LineSink.h"
 #include "tools/kestra-html/TokenKind.h"
 #include "tools/trace/TokenTrace.h"
@@ -17,10 +18,11 @@ public:
     /// How strings are shown: so many characters of each, in UTF-8.
     static constexpr Trace::Options STRINGS = {60, true};
 
-    TextReport(LineSink* lineSink, bool inColour);
+    /// @param withOffsets  lines also tell the offsets of the place
+    TextReport(LineSink* lineSink, bool inColour, bool withOffsets);
 
     /// Writes a line and counts it. @param text  in the trace language; begins with the word that is coloured
-    void Write(TokenKind kind, std::uint64_t line, std::uint64_t column, std::string_view text);
+    void Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text);
 
     /// Writes a line of the summary. @param title  at most eight letters
     void Summarize(std::string_view title, std::string_view text);
@@ -31,6 +33,7 @@ public:
 private:
     LineSink* sink;
     bool colour;
+    bool offsets;
     std::array<std::uint64_t, TOKEN_KIND_COUNT> counts{};
 };
 

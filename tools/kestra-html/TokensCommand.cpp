@@ -67,12 +67,12 @@ private:
         GenericParser parser;
         ParsePassResult result;
         if (options.format == OutputFormat::JSON) {
-            JsonObserver<C, S> observer(console);
+            JsonObserver<C, S> observer(console, options.places ? &parser : nullptr);
             parser.SetObserver(&observer, false);
             result = Parse(&parser, input, start, options);
             observer.WriteResult(result, input.name);
         } else {
-            TextObserver<C, S> observer(console, &parser, colour, input.bytes, CountLostMarkBytes(input.bytes, start, options.pieceSize));
+            TextObserver<C, S> observer(console, &parser, colour, options.places);
             parser.SetObserver(&observer, false);
             result = Parse(&parser, input, start, options);
             observer.WriteSummary(result, input.bytes.size(), start.WasRestarted());

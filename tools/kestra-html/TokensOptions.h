@@ -14,6 +14,7 @@ struct TokensOptions : ParseOptions {
 
     OutputFormat format = OutputFormat::TEXT;
     Observer observer = Observer::WIDE;
+    bool places = false;              ///< write where each token lies
     std::vector<std::string> inputs;  ///< file names, "-" for standard input; at least one
 };
 

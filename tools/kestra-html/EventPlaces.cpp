@@ -1,0 +1,28 @@
+#include "tools/kestra-html/EventPlaces.h"
+
+#include <cstddef>
+
+namespace Kestra::Tool {
+
+EventPlaces::EventPlaces(const HTML::StatelessHTMLParser* observedParser) : parser(observedParser) {}
+
+HTML::TokenPlace EventPlaces::TakeConstruct() {
+    HTML::TokenPlace place = reached;
+    TakeEnd();
+    place.end = reached.begin;
+    return place;
+}
+
+HTML::TokenPlace EventPlaces::TakeEnd() {
+    std::size_t line = 0;
+    std::size_t column = 0;
+    parser->GetCurrentOffset(&reached.begin);
+    parser->GetCurrentLineNumber(&line);
+    parser->GetCurrentColumnNumber(&column);
+    reached.end = reached.begin;
+    reached.line = line;
+    reached.column = column;
+    return reached;
+}
+
+}  // namespace Kestra::Tool
