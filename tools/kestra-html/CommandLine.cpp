@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tools/kestra-html/PrintableName.h"
+#include "tools/kestra-html/RewriteSubcommand.h"
 #include "tools/kestra-html/Subcommands.h"
 #include "tools/kestra-html/Wildcards.h"
 
@@ -40,9 +41,27 @@ CommandLine RunWith(Options options, const std::vector<std::string>& files) {
     return commandLine;
 }
 
+/// True when the first argument that is no option names this subcommand.
+bool IsRewrite(const std::vector<std::string>& arguments) {
+    const auto command =
+        std::find_if(arguments.begin(), arguments.end(), [](const std::string& argument) { return !argument.starts_with('-'); });
+    return command != arguments.end() && *command == "rewrite";
+}
+
+/// Its inputs are known only now.
+CommandLine CheckRewrite(CommandLine commandLine) {
+    const auto& options = std::get<RewriteOptions>(commandLine.run);
+    const bool hasStandardInput = std::find(options.inputs.begin(), options.inputs.end(), "-") != options.inputs.end();
+    if (options.inPlace && hasStandardInput)
+        return WrongUsage("--in-place: standard input is no file");
+    if (!options.inPlace && !options.dryRun && options.inputs.size() > 1)
+        return WrongUsage("rewrite: more than one file needs --in-place or --dry-run");
+    return commandLine;
+}
+
 }  // namespace
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+CommandLine ParseCommandLine(const std::vector<std::string>& allArguments) {
     CLI::App tool("Cuts HTML into tokens that together reproduce every byte of it.", "kestra-html");
     tool.allow_windows_style_options(false);  // a name can begin with a slash
     tool.set_version_flag("--version", "kestra-html " KESTRA_HTML_VERSION);
@@ -52,10 +71,12 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     const EventsSubcommand events(&tool);
     const CheckSubcommand check(&tool);
     const DetectSubcommand detect(&tool);
-    // Behind "--" everything is a file.
-    const auto mark = std::find(arguments.begin(), arguments.end(), "--");
-    const std::vector<std::string> files(mark == arguments.end() ? mark : mark + 1, arguments.end());
+    RewriteSubcommand rewrite(&tool);
     try {
+        const std::vector<std::string> arguments = IsRewrite(allArguments) ? rewrite.TakeEdits(allArguments) : allArguments;
+        // After "--" everything is a file.
+        const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+        const std::vector<std::string> files(mark == arguments.end() ? mark : mark + 1, arguments.end());
         tool.parse(std::vector<std::string>(std::make_reverse_iterator(mark), arguments.rend()));
         if (tokens.IsMeant())
             return RunWith(tokens.GetOptions(), files);
@@ -65,7 +86,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
             return RunWith(check.GetOptions(), files);
         if (detect.IsMeant())
             return RunWith(detect.GetOptions(), files);
-        return WrongUsage("a subcommand is required: tokens, events, check or detect");
+        if (rewrite.IsMeant())
+            return CheckRewrite(RunWith(rewrite.GetOptions(), files));
+        return WrongUsage("a subcommand is required: tokens, events, check, detect or rewrite");
     } catch (const CLI::CallForHelp&) {
         return Answer(EXIT_STATUS_GOOD, tool.help());
     } catch (const CLI::CallForVersion& version) {

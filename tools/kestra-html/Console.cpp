@@ -24,6 +24,15 @@ Console::~Console() {
 void Console::Line(std::string_view line) {
     gathered.append(line);
     gathered.push_back('\n');
+    FlushWhenFull();
+}
+
+void Console::Bytes(std::string_view bytes) {
+    gathered.append(bytes);
+    FlushWhenFull();
+}
+
+void Console::FlushWhenFull() {
     if (gathered.size() >= GATHERED_BYTES)
         Flush();
 }

@@ -19,6 +19,9 @@ public:
     ~Console() override;
 
     void Line(std::string_view line) override;
+    /// Writes bytes as they are.
+    /// @throws OutputFailed
+    void Bytes(std::string_view bytes);
     /// Writes what is gathered. @throws OutputFailed
     void Flush();
 
@@ -33,6 +36,7 @@ public:
 private:
     /// @return false when output has failed, now or earlier
     bool TryFlush();
+    void FlushWhenFull();
 
     std::string gathered;
     std::optional<WriteFailure> failure;  ///< of the first write that failed

@@ -7,6 +7,7 @@
 #include "tools/kestra-html/DetectCommand.h"
 #include "tools/kestra-html/EventsCommand.h"
 #include "tools/kestra-html/ExitStatus.h"
+#include "tools/kestra-html/RewriteCommand.h"
 #include "tools/kestra-html/Terminal.h"
 #include "tools/kestra-html/TokensCommand.h"
 
@@ -44,6 +45,10 @@ ExitStatus Run(const CheckOptions& options, Console* console) {
 
 ExitStatus Run(const DetectOptions& options, Console* console) {
     return RunDetect(options, console);
+}
+
+ExitStatus Run(const RewriteOptions& options, Console* console) {
+    return RunRewrite(options, console);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "html/framework/ResultCodes.h"
+#include "html/rewrite/RewriteResults.h"
 #include "html/stateless/StatelessResults.h"
 #include "platform/Results.h"
 #include "tools/kestra-html/CharsetText.h"
@@ -73,6 +74,22 @@ std::string_view GetResultMeaning(std::uint32_t code) {
             return "the charset detector is not confident enough";
         case HTML::PARSER_DETECTOR_FAILED:
             return "the charset detector failed";
+        case HTML::REWRITE_OVER:
+            return "the token to be edited is over";
+        case HTML::REWRITE_WRONG_KIND:
+            return "this kind of token cannot be edited so";
+        case HTML::REWRITE_NO_ATTRIBUTE:
+            return "the tag has no attribute of that name";
+        case HTML::REWRITE_BAD_NAME:
+            return "this is no name of an attribute, or the charset of the document lacks a character of it";
+        case HTML::REWRITE_NO_CONTENT:
+            return "the element has no content";
+        case HTML::REWRITE_ENDS_EARLY:
+            return "the text would end its script, style sheet or comment";
+        case HTML::REWRITE_NOT_IN_CHARSET:
+            return "the charset of the document lacks a character of the text";
+        case HTML::REWRITE_BAD_SELECTOR:
+            return "the selector cannot be read";
     }
     return "an unknown result code";
 }
