@@ -19,6 +19,7 @@ using Tool::EventsOptions;
 using Tool::FeedOptions;
 using Tool::OutputFormat;
 using Tool::ParseOptions;
+using Tool::RewriteOptions;
 using Tool::TokensOptions;
 
 using Names = std::vector<std::string>;
@@ -199,8 +200,8 @@ TEST(CommandLine, WrongUsage) {
         std::vector<const char*> arguments;
         const char* expected;
     } CASES[] = {
-        {{}, "kestra-html: a subcommand is required: tokens, events, check or detect (see kestra-html --help)"},
-        {{"--"}, "kestra-html: a subcommand is required: tokens, events, check or detect (see kestra-html --help)"},
+        {{}, "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)"},
+        {{"--"}, "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)"},
         {{"page.html"}, "kestra-html: The following argument was not expected: page.html (see kestra-html --help)"},
         {{"--format=json", "tokens"}, "kestra-html: The following argument was not expected: --format=json (see kestra-html --help)"},
         {{"tokens", "--bogus"}, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)"},
@@ -268,6 +269,41 @@ TEST(CommandLine, WrongUsage) {
         EXPECT_EQ(ParseWrong(row.arguments), row.expected);
 }
 
+TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
+    const RewriteOptions defaults = ParseGoodAs<RewriteOptions>({"rewrite"});
+    EXPECT_TRUE(defaults.edits.empty());
+    EXPECT_FALSE(defaults.inPlace);
+    EXPECT_EQ(defaults.backupSuffix, "");
+    EXPECT_FALSE(defaults.dryRun);
+    EXPECT_EQ(defaults.charset, 0U);
+    EXPECT_EQ(defaults.inputs, Names{"-"});
+    const RewriteOptions options =
+        ParseGoodAs<RewriteOptions>({"rewrite", "a", "--set", "p.x=[1,2]", "--replace", "p.x", "[12]", "[3,4]", "b", "--in-place=~",
+                                     "--dry-run", "--charset", "utf-8", "--input", "8bit", "--", "--set"});
+    EXPECT_EQ(options.edits.size(), 2U);
+    EXPECT_EQ(options.edits[0].value, "[1,2]");
+    EXPECT_TRUE(options.inPlace);
+    EXPECT_EQ(options.backupSuffix, "~");
+    EXPECT_TRUE(options.dryRun);
+    EXPECT_EQ(options.charset, 65001U);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(options.inputs, (Names{"a", "b", "--set"}));
+    EXPECT_EQ(ParseGoodAs<RewriteOptions>({"rewrite", "--dry-run", "a", "b"}).inputs.size(), 2U);
+    const struct {
+        std::vector<const char*> arguments;
+        const char* expected;
+    } WRONG[] = {
+        {{"rewrite", "a", "b"}, "kestra-html: rewrite: more than one file needs --in-place or --dry-run (see kestra-html --help)"},
+        {{"rewrite", "--in-place"}, "kestra-html: --in-place: standard input is no file (see kestra-html --help)"},
+        {{"rewrite", "--in-place", "a", "-"}, "kestra-html: --in-place: standard input is no file (see kestra-html --help)"},
+        {{"rewrite", "--set", "a"}, "kestra-html: --set: \"a\" is not ELEMENT.ATTRIBUTE=VALUE (see kestra-html --help)"},
+        {{"rewrite", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
+        {{"tokens", "--set", "a.b=c"}, "kestra-html: The following argument was not expected: --set (see kestra-html --help)"},
+    };
+    for (const auto& row : WRONG)
+        EXPECT_EQ(ParseWrong(row.arguments), row.expected);
+}
+
 TEST(CommandLine, HelpAndVersion) {
     const CommandLine version = Parse({"--version"});
     EXPECT_EQ(version.answered, Tool::EXIT_STATUS_GOOD);
@@ -277,7 +313,7 @@ TEST(CommandLine, HelpAndVersion) {
     EXPECT_EQ(help.answered, Tool::EXIT_STATUS_GOOD);
     EXPECT_NE(help.answer.find("\n  tokens  "), std::string::npos) << help.answer;
     EXPECT_NE(help.answer.find("\n  3  a file cannot be read"), std::string::npos) << help.answer;
-    for (const char* const command : {"\n  events  ", "\n  check  ", "\n  detect  "})
+    for (const char* const command : {"\n  events  ", "\n  check  ", "\n  detect  ", "\n  rewrite  "})
         EXPECT_NE(help.answer.find(command), std::string::npos) << help.answer;
 
     for (const std::vector<const char*>& arguments :
@@ -308,6 +344,12 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
           "--piece-size N=0", "--places", "--flags N=1", "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
         EXPECT_NE(events.find(part), std::string::npos) << part << "\n" << events;
     }
+    const std::string rewrite = Parse({"rewrite", "--help"}).answer;
+    for (const char* const part : {"Usage: kestra-html rewrite [OPTIONS] [FILE...]", "--set ELEMENT.ATTRIBUTE=VALUE",
+                                   "--replace ELEMENT.ATTRIBUTE REGEX REPLACEMENT", "--remove ELEMENT.ATTRIBUTE",
+                                   "--remove-element SELECTOR", "--in-place [=SUFFIX]", "--dry-run", "old -> new", "windows-1252"}) {
+        EXPECT_NE(rewrite.find(part), std::string::npos) << part << "\n" << rewrite;
+    }
     const std::string detect = Parse({"detect", "--help"}).answer;
     for (const char* const part : {"Usage: kestra-html detect [OPTIONS] [FILE...]", "--format text|json=text", "--min-confidence N=50",
                                    "first 16384 bytes", "at least 256"}) {
@@ -317,7 +359,7 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
 }
 
 TEST(CommandLine, HelpFitsATerminal) {
-    for (const char* const command : {"--help", "tokens", "events", "check", "detect"}) {
+    for (const char* const command : {"--help", "tokens", "events", "check", "detect", "rewrite"}) {
         const std::string help = Parse({command, "--help"}).answer;
         std::size_t begin = 0;
         while (begin < help.size()) {

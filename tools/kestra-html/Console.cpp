@@ -24,31 +24,41 @@ Console::~Console() {
 void Console::Line(std::string_view line) {
     gathered.append(line);
     gathered.push_back('\n');
-    FlushWhenFull();
-}
-
-void Console::Bytes(std::string_view bytes) {
-    gathered.append(bytes);
-    FlushWhenFull();
-}
-
-void Console::FlushWhenFull() {
     if (gathered.size() >= GATHERED_BYTES)
         Flush();
 }
 
+void Console::Bytes(std::string_view bytes) {
+    if (gathered.size() + bytes.size() < GATHERED_BYTES) {
+        gathered.append(bytes);
+        return;
+    }
+    TryFlush();
+    Write(bytes);
+    ThrowFailure();
+}
+
 void Console::Flush() {
-    if (!TryFlush())
+    TryFlush();
+    ThrowFailure();
+}
+
+void Console::ThrowFailure() const {
+    if (failure)
         throw OutputFailed(failure->isReaderGone ? "" : fmt::format("standard output: cannot be written: {}", failure->reason));
 }
 
-bool Console::TryFlush() {
-    if (!gathered.empty() && !failure) {
-        progress.Hide();
-        failure = WriteOutput(gathered);
-    }
+void Console::TryFlush() {
+    if (!gathered.empty())
+        Write(gathered);
     gathered.clear();
-    return !failure;
+}
+
+void Console::Write(std::string_view bytes) {
+    if (failure)
+        return;
+    progress.Hide();
+    failure = WriteOutput(bytes);
 }
 
 void Console::Diagnose(const std::string& inputName, std::string_view message) {

@@ -34,9 +34,10 @@ public:
     Progress& GetProgress();
 
 private:
-    /// @return false when output has failed, now or earlier
-    bool TryFlush();
-    void FlushWhenFull();
+    /// Without a word about a failure, now or earlier.
+    void TryFlush();
+    void Write(std::string_view bytes);
+    void ThrowFailure() const;
 
     std::string gathered;
     std::optional<WriteFailure> failure;  ///< of the first write that failed

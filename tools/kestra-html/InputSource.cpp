@@ -20,6 +20,29 @@ namespace {
 constexpr std::uint64_t MOST_IN_MEMORY = std::uint64_t{1} << 20;
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
 
+/// Reads standard input once.
+class StandardInputStream final : public VFS::InputStream {
+public:
+    std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
+        *bytesRead = std::fread(buffer, 1, static_cast<std::size_t>(size), stdin);
+        const bool failed = std::ferror(stdin) != 0;
+        if (*bytesRead < size)
+            std::clearerr(stdin);
+        if (failed)
+            *bytesRead = 0;
+        return failed ? RESULT_STREAM_FAILED : *bytesRead == 0 && size > 0 ? RESULT_END_OF_DATA : RESULT_OK;
+    }
+    std::uint32_t GetPosition(std::uint64_t*) override {
+        return RESULT_STREAM_FAILED;
+    }
+    std::uint32_t Seek(std::uint64_t) override {
+        return RESULT_STREAM_FAILED;
+    }
+    bool IsEnd() override {
+        return false;
+    }
+};
+
 /// @param readBlock  fills a block and returns the bytes in it, 0 at the end
 template <typename ReadBlock>
 OpenedInput Keep(ReadBlock readBlock) {
@@ -89,16 +112,16 @@ bool FileInputStream::IsEnd() {
     return false;
 }
 
-OpenedInput OpenInput(const std::string& name) {
+OpenedInput OpenInput(const std::string& name, bool again) {
     if (name == "-")
-        return KeepStandardInput();
+        return again ? KeepStandardInput() : OpenedInput{std::make_unique<StandardInputStream>()};
     auto file = std::make_unique<FileInputStream>(name);
     if (!file->IsOpen())
         return {};
     std::error_code error;
     const std::filesystem::path path = ToPath(name);
     if (!std::filesystem::is_regular_file(path, error))
-        return KeepFile(file.get());
+        return again ? KeepFile(file.get()) : OpenedInput{std::move(file)};
     const std::uint64_t size = std::filesystem::file_size(path, error);
     return {std::move(file), error ? 0 : size};
 }

@@ -31,8 +31,10 @@ struct OpenedInput {
     std::uint64_t size = 0;                    ///< in bytes
 };
 
-/// Opens a file, or standard input for the name "-", to be read from its begin to its end, and again after a `Seek`. What cannot be read
-/// twice, as a pipe, is kept in a temporary file once it is long.
-OpenedInput OpenInput(const std::string& name);
+/// Opens a file, or standard input for the name "-", to be read piece by piece.
+/// @param again  it can also be read again after a `Seek`. What has only one begin, as a pipe, is kept for that, in a temporary file once
+/// it
+///               is long
+OpenedInput OpenInput(const std::string& name, bool again);
 
 }  // namespace Kestra::Tool

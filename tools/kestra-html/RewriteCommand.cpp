@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "html/framework/ParserObserver.h"
@@ -104,11 +105,11 @@ private:
     ExitStatus RunInput(std::size_t index) {
         const std::string& name = options.inputs[index];
         try {
-            const OpenedInput input = OpenInput(name);
+            OpenedInput input = OpenInput(name, NeedsCharset());
             if (input.stream == nullptr)
                 return DiagnoseUnread(name, ReadResult::UNREADABLE, console);
             console->GetProgress().StartInput(index + 1, name, input.size);
-            return Rewrite(name, input.stream.get());
+            return Rewrite(name, std::move(input.stream));
         } catch (const InputFailed&) {
             return DiagnoseUnread(name, ReadResult::UNREADABLE, console);
         } catch (const InPlaceFailed& failure) {
@@ -120,8 +121,8 @@ private:
     }
 
     /// A file is written only when all of it could be rewritten, and something has changed.
-    ExitStatus Rewrite(const std::string& name, VFS::InputStream* stream) {
-        const CharSet::Code charset = FindCharset(stream);
+    ExitStatus Rewrite(const std::string& name, std::unique_ptr<VFS::InputStream> stream) {
+        const CharSet::Code charset = FindCharset(stream.get());
         std::optional<InPlaceFile> file;
         if (options.inPlace && !options.dryRun)
             file.emplace(name);
@@ -131,7 +132,7 @@ private:
         CallResults results;
         results.startParse = rewriter.StartParse(charset, options.input);
         std::uint64_t done = 0;
-        ReadBlocks(stream, [&](std::string_view block) {
+        ReadBlocks(stream.get(), [&](std::string_view block) {
             const std::uint32_t result = rewriter.ParseBuffer(block.data(), block.size());
             const bool isFirst = results.parse == HTML::PARSER_OK || results.parse == HTML::PARSER_UNTERMINATED;
             if (isFirst) {
@@ -142,6 +143,7 @@ private:
             done += block.size();
             console->GetProgress().Advance(done);
         });
+        stream.reset();  // Windows replaces no file that is open
         results.endParse = rewriter.EndParse();
         if (results.parse == HTML::PARSER_UNTERMINATED)
             results.parse = HTML::PARSER_OK;  // in the middle of a document
@@ -172,10 +174,14 @@ private:
         console->Line(fmt::format("{}:{}:{}: {} -> {}", PrintableName(name), made.place.line, made.place.column, before, after));
     }
 
+    bool NeedsCharset() const {
+        return !options.edits.empty() && options.charset == CharSet::UNKNOWN && options.input != GenericParser::DATA_STREAM_UTF16;
+    }
+
     /// The charset that values are read and written in: that of the command line or of the markup. Without any, UTF-8 when all of the input
     /// is UTF-8, and else windows-1252, in which every byte is a character and stays as it is.
     CharSet::Code FindCharset(VFS::InputStream* stream) {
-        if (options.edits.empty() || options.charset != CharSet::UNKNOWN || options.input == GenericParser::DATA_STREAM_UTF16)
+        if (!NeedsCharset())
             return options.charset;
         HTML::ParserObserver<char, std::string> observer;  // nothing is converted for it, so that no declaration comes too late
         GenericParser parser;

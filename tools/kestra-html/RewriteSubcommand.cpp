@@ -9,12 +9,13 @@ namespace {
 constexpr const char* REWRITE_FOOTER =
     "The input is copied byte for byte, but for the edits. ELEMENT is the name of an\n"
     "element or * for any, ATTRIBUTE that of an attribute; both are compared without\n"
-    "the case of A to Z. SELECTOR is one of CSS: names and *, #id, .class, [attribute]\n"
-    "with its operators, joined by white space or \">\". REGEX is in the syntax of RE2;\n"
-    "every match is replaced, and \\1 to \\9 stand for what its groups matched. Values\n"
-    "are what they say: references such as &amp; are decoded before and written\n"
-    "after. Elements are removed first; the other edits are made in the order of the\n"
-    "options. An element without its end tag lasts until the one around it ends.\n"
+    "the case of A to Z. SELECTOR is one of CSS: a name or *, #id, .class and\n"
+    "[attribute] with its operators, joined by white space or \">\". REGEX is in the\n"
+    "syntax of RE2; every match is replaced, and \\1 to \\9 stand for what its groups\n"
+    "matched. Values are what they say: references such as &amp; are decoded before\n"
+    "and written after. Elements are removed first; the other edits are made in the\n"
+    "order of the options. An element without its end tag lasts until the one around\n"
+    "it ends.\n"
     "\n"
     "With --in-place a file is written beside itself and then put in its place. It\n"
     "keeps its permissions; a link stays one, and what it leads to is written. A file\n"
@@ -49,7 +50,7 @@ std::vector<std::string> RewriteSubcommand::TakeEdits(const std::vector<std::str
 
 RewriteOptions RewriteSubcommand::GetOptions() const {
     RewriteOptions options;
-    TakeParseOptions(&options, false);
+    TakeParseOptions(&options, true);
     options.edits = taken.edits;
     options.inPlace = taken.inPlace;
     options.backupSuffix = taken.backupSuffix;

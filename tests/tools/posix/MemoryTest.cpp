@@ -12,6 +12,8 @@
 #include "tools/kestra-html/DetectCommand.h"
 #include "tools/kestra-html/EventsCommand.h"
 #include "tools/kestra-html/Input.h"
+#include "tools/kestra-html/RewriteCommand.h"
+#include "tools/kestra-html/RewriteEdit.h"
 #include "tools/kestra-html/TokensCommand.h"
 
 /// @file
@@ -175,6 +177,41 @@ TEST_F(ToolMemory, WhileParsing) {
         EXPECT_TRUE(HasSmall(run.output)) << run.output;
         EXPECT_EQ(run.output.find("\"file\":\"" + large), std::string::npos) << run.output;
     }
+}
+
+/// What is written for a file.
+ToolRun RunRewrite(const std::string& file, std::size_t limit) {
+    Tool::RewriteOptions options;
+    options.edits = Tool::TakeRewriteArguments({"--set", "b.c=d"}).edits;
+    options.inputs = {file};
+    ToolRun run{};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    {
+        Tool::Console console;
+        largestBlock = limit;
+        run.status = Tool::RunRewrite(options, &console);
+        largestBlock = static_cast<std::size_t>(-1);
+    }
+    run.output = testing::internal::GetCapturedStdout();
+    run.errors = testing::internal::GetCapturedStderr();
+    return run;
+}
+
+TEST_F(ToolMemory, RewritingTakesMemoryForATokenAndNotForTheInput) {
+    std::string page;
+    while (page.size() < INPUT_SIZE)
+        page += "<p a>text</p>\n<!-- more -->";
+    const ToolRun run = RunRewrite(folder.Write("page", page + "<b>").string(), 500000);
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_TRUE(run.output == page + "<b c=\"d\">");
+}
+
+TEST_F(ToolMemory, ATokenThatDoesNotFitTheMemoryIsCopied) {
+    const ToolRun run = RunRewrite(large, TOO_SMALL_FOR_THE_INPUT);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.errors.find("not enough memory"), std::string::npos) << run.errors;
+    EXPECT_TRUE(run.output == MakeTag());
 }
 
 TEST_F(ToolMemory, AFileThatCannotBeReadCountsForMore) {

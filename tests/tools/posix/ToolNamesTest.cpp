@@ -43,6 +43,10 @@ TEST(ToolNames, NothingRawReachesTheTerminal) {
         {{"check", "--recursive", "."}, SHOWN + ": ok, ", ""},
         {{"check", "--feed", "buffer", "--charset", "1252", NAME}, SHOWN + ": 11, ", SHOWN + ": parsing returned 11"},
         {{"detect", NAME}, SHOWN + ": unknown", SHOWN + ": DetectCharset returned"},
+        {{"rewrite", "--dry-run", "--set", "a.x=" + std::string(NAME.substr(0, 5)), "good" + NAME},
+         "good" + SHOWN + ":1:1: (none) -> a\\x1B[2J\n",
+         ""},
+        {{"rewrite", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
         {{"tokens", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
         {{"events", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
         {{"check", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
@@ -50,6 +54,7 @@ TEST(ToolNames, NothingRawReachesTheTerminal) {
     };
     const TemporaryFolder folder;
     folder.Write(NAME, "a<b / >");
+    folder.Write("good" + NAME, "<a>");
     for (const auto& row : CASES) {
         ToolSettings settings;
         settings.folder = folder.GetPath().string();

@@ -1,0 +1,122 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/ToolRun.h"
+
+// What `--in-place` keeps of a file on POSIX, and what becomes of one when the system says no.
+
+namespace Kestra::Test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ToolRewriteFiles : public testing::Test {
+protected:
+    ToolRewriteFiles() {
+        settings.folder = folder.GetPath().string();
+    }
+
+    ToolRun Run(const std::string& inPlace, const std::string& name) {
+        return RunTool({"rewrite", "--set", "a.b=c", inPlace, name}, settings);
+    }
+
+    std::string Read(const std::string& name) {
+        std::ifstream file(folder.GetPath() / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+    std::size_t CountNames() {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder.GetPath()), fs::directory_iterator()));
+    }
+
+    TemporaryFolder folder;
+    ToolSettings settings;
+};
+
+TEST_F(ToolRewriteFiles, Permissions) {
+    for (const mode_t mode : {0600U, 0644U, 0664U, 0755U, 0222U | 0444U, 02755U}) {
+        const fs::path page = folder.Write("page", "<a>");
+        ASSERT_EQ(chmod(page.c_str(), mode), 0);
+        EXPECT_EQ(Run("--in-place=.bak", "page").status, 0);
+        for (const char* const name : {"page", "page.bak"}) {
+            struct stat state {};
+            ASSERT_EQ(stat((folder.GetPath() / name).c_str(), &state), 0);
+            EXPECT_EQ(state.st_mode & 07777U, mode) << name;
+        }
+        EXPECT_EQ(Read("page"), "<a b=\"c\">");
+    }
+}
+
+TEST_F(ToolRewriteFiles, ALinkIsFollowedAndStays) {
+    folder.Write("page", "<a>");
+    fs::create_directory(folder.GetPath() / "links");
+    fs::create_symlink("../page", folder.GetPath() / "links/first");
+    fs::create_symlink("first", folder.GetPath() / "links/second");
+    EXPECT_EQ(Run("--in-place=.bak", "links/second").status, 0);
+    EXPECT_EQ(Read("page"), "<a b=\"c\">");
+    EXPECT_EQ(Read("page.bak"), "<a>");
+    EXPECT_TRUE(fs::is_symlink(folder.GetPath() / "links/first"));
+    EXPECT_TRUE(fs::is_symlink(folder.GetPath() / "links/second"));
+    EXPECT_EQ(CountNames(), 3U);
+    fs::create_symlink("nowhere", folder.GetPath() / "lost");
+    const ToolRun lost = Run("--in-place", "lost");
+    EXPECT_EQ(lost.status, 3);
+    EXPECT_EQ(lost.errors, "lost: cannot be read\n");
+}
+
+TEST_F(ToolRewriteFiles, ABackupThatIsTheFileItselfIsNoTrouble) {
+    folder.Write("page", "<a>");
+    fs::create_hard_link(folder.GetPath() / "page", folder.GetPath() / "page.bak");
+    EXPECT_EQ(Run("--in-place=.bak", "page").status, 0);
+    EXPECT_EQ(Read("page"), "<a b=\"c\">");
+    EXPECT_EQ(Read("page.bak"), "<a>");
+    EXPECT_EQ(CountNames(), 2U);
+}
+
+TEST_F(ToolRewriteFiles, AFullDiskLeavesTheFile) {
+    std::string page = "<a>";
+    page.append(2000000, 'x');
+    folder.Write("page", page);
+    settings.largestFile = 1000000;
+    const ToolRun run = Run("--in-place=.bak", "page");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, "page: cannot be written: File too large\n");
+    EXPECT_TRUE(Read("page") == page);
+    EXPECT_EQ(CountNames(), 1U);
+}
+
+TEST_F(ToolRewriteFiles, AFolderThatTakesNoFileLeavesTheFile) {
+    const ToolRun run = RunTool({"rewrite", "--in-place", "/proc/self/comm"}, settings);  // its folder takes none, from nobody
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors.find("/proc/self/comm: cannot be written: "), 0U) << run.errors;
+}
+
+TEST_F(ToolRewriteFiles, NamesThatAreTooLong) {
+    const std::string name(255, 'n');
+    folder.Write(name, "<a>");
+    const ToolRun run = Run("--in-place=.bak", name);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, name + ": no backup can be written: File name too long\n");
+    EXPECT_EQ(Read(name), "<a>");
+    EXPECT_EQ(CountNames(), 1U);
+    EXPECT_EQ(Run("--in-place", name).status, 0);
+    EXPECT_EQ(Read(name), "<a b=\"c\">");
+    EXPECT_EQ(CountNames(), 1U);
+}
+
+TEST_F(ToolRewriteFiles, WhatIsNoFileIsNotWritten) {
+    const ToolRun run = RunTool({"rewrite", "--in-place", "/dev/null"}, settings);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.errors, "/dev/null: cannot be written: it is not a regular file\n");
+    EXPECT_EQ(RunTool({"rewrite", "--set", "a.b=c", "/dev/null"}, settings).status, 0);
+}
+
+}  // namespace
+}  // namespace Kestra::Test
