@@ -59,6 +59,7 @@ TEST(CommandLine, Defaults) {
     EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_OFF);
     EXPECT_FALSE(options.detectCharsetErrors);
     EXPECT_FALSE(options.places);
+    EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
     EXPECT_EQ(options.minConfidence, 50U);
     EXPECT_TRUE(options.reparse);
     EXPECT_EQ(options.inputs, Names{"-"});
@@ -66,9 +67,9 @@ TEST(CommandLine, Defaults) {
 
 TEST(CommandLine, EveryOption) {
     const TokensOptions options =
-        ParseGood({"tokens",   "--format",         "json",   "--charset",    "65001", "--input",      "8bit", "--observer",
-                   "narrow",   "--feed",           "buffer", "--piece-size", "7",     "--self-check", "copy", "--detect-charset-errors",
-                   "--places", "--min-confidence", "101",    "--no-reparse", "a"});
+        ParseGood({"tokens",   "--format",  "json",   "--charset",        "65001", "--input",      "8bit", "--observer",
+                   "narrow",   "--feed",    "buffer", "--piece-size",     "7",     "--self-check", "copy", "--detect-charset-errors",
+                   "--places", "--scripts", "text",   "--min-confidence", "101",   "--no-reparse", "a"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
@@ -78,16 +79,18 @@ TEST(CommandLine, EveryOption) {
     EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_COPY);
     EXPECT_TRUE(options.detectCharsetErrors);
     EXPECT_TRUE(options.places);
+    EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TEXT);
     EXPECT_EQ(options.minConfidence, 101U);
     EXPECT_FALSE(options.reparse);
     EXPECT_EQ(options.inputs, Names{"a"});
 }
 
 TEST(CommandLine, TheOtherWords) {
-    const TokensOptions options =
-        ParseGood({"tokens", "--format=text", "--input=utf16", "--observer=wide", "--feed=stream", "--charset=0", "--piece-size=0"});
+    const TokensOptions options = ParseGood({"tokens", "--format=text", "--input=utf16", "--scripts=tokens", "--observer=wide",
+                                             "--feed=stream", "--charset=0", "--piece-size=0"});
     EXPECT_EQ(options.format, OutputFormat::TEXT);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_UTF16);
+    EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
     EXPECT_EQ(options.observer, TokensOptions::Observer::WIDE);
     EXPECT_EQ(options.feed, ParseOptions::Feed::STREAM);
     EXPECT_EQ(ParseGood({"tokens", "--input", "auto"}).input, GenericParser::DATA_STREAM_AUTO);
@@ -217,6 +220,8 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "--format", "JSON"}, "kestra-html: --format: JSON not in {text,json} (see kestra-html --help)"},
         {{"tokens", "--input", "1"}, "kestra-html: --input: 1 not in {auto,8bit,utf16} (see kestra-html --help)"},
         {{"tokens", "--observer", ""}, "kestra-html: --observer:  not in {wide,narrow} (see kestra-html --help)"},
+        {{"tokens", "--scripts", "1"}, "kestra-html: --scripts: 1 not in {tokens,text} (see kestra-html --help)"},
+        {{"events", "--scripts", "text"}, "kestra-html: The following argument was not expected: --scripts (see kestra-html --help)"},
         {{"tokens", "--feed", "file"}, "kestra-html: --feed: file not in {stream,buffer} (see kestra-html --help)"},
         {{"tokens", "--charset", "no-such-charset"},
          "kestra-html: --charset: \"no-such-charset\" is neither a number nor a registered charset name (see kestra-html --help)"},
@@ -324,7 +329,7 @@ TEST(CommandLine, HelpAndVersion) {
              {"Usage: kestra-html tokens [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
               "--input auto|8bit|utf16=auto", "--observer wide|narrow=wide", "--feed stream|buffer=stream", "--piece-size N=0",
               "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50", "--no-reparse", "--places",
-              "parser's characters", "or the output could not be written"}) {
+              "--scripts tokens|text=tokens", "parser's characters", "or the output could not be written"}) {
             EXPECT_NE(tokensHelp.answer.find(part), std::string::npos) << part;
         }
     }
@@ -334,8 +339,8 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
     const std::string check = Parse({"check", "--help"}).answer;
     for (const char* const part :
          {"Usage: kestra-html check [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--input auto|8bit|utf16=auto",
-          "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50", "--no-reparse", "--recursive", "--jobs N=1",
-          "--self-check is copy, --observer is wide", "was not reproduced"}) {
+          "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50", "--no-reparse", "--scripts tokens|text=tokens",
+          "--recursive", "--jobs N=1", "--self-check is copy, --observer is wide", "was not reproduced"}) {
         EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
     }
     const std::string events = Parse({"events", "--help"}).answer;

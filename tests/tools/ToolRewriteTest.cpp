@@ -84,7 +84,12 @@ TEST(ToolRewrite, WithoutEditsTheOutputIsTheInput) {
         ReadFile(KESTRA_EXAMPLE_PAGES "/saltmarsh-point.html"),
     };
     const Arguments options[] = {
-        {}, {"--charset", "1252"}, {"--input", "8bit"}, {"--input", "utf16"}, {"--remove-element", "none"}, {"--replace", "*.none", "$", "y"},
+        {},
+        {"--charset", "1252"},
+        {"--input", "8bit"},
+        {"--input", "utf16"},
+        {"--remove-element", "none"},
+        {"--replace", "*.none", "$", "y"},
     };
     for (const std::string& input : inputs) {
         for (const Arguments& arguments : options)

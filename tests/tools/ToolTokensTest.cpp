@@ -301,6 +301,27 @@ TEST(ToolTokens, TheTextFormat) {
               "result   0, success\n");
 }
 
+TEST(ToolTokens, ScriptsAsText) {
+    const std::string page = "<script>a = b / c; '</p>' // `\n</script><title><b></title><p>";
+    EXPECT_EQ(WithoutLastLine(JsonOf(page, {"--charset", "1252", "--scripts", "text"})),
+              R"({"event":"StartParsing"}
+{"event":"StartTag","prefix":"","name":"script","attributes":[],"suffix":"","closed":true}
+{"event":"JSTagStart"}
+{"event":"Text","text":"a = b / c; '</p>' // `\n"}
+{"event":"EndTag","prefix":"","name":"script","afterName":"","closed":true,"attributes":[],"slashBeforeClose":false,"suffix":""}
+{"event":"JSTagEnd"}
+{"event":"StartTag","prefix":"","name":"title","attributes":[],"suffix":"","closed":true}
+{"event":"Text","text":"<b>"}
+{"event":"EndTag","prefix":"","name":"title","afterName":"","closed":true,"attributes":[],"slashBeforeClose":false,"suffix":""}
+{"event":"StartTag","prefix":"","name":"p","attributes":[],"suffix":"","closed":true}
+{"event":"EndParsing"}
+)");
+    const std::string tokens = JsonOf(page, {"--charset", "1252"});
+    EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--scripts", "tokens"}), tokens);
+    EXPECT_NE(tokens.find("\"event\":\"StartTag\",\"prefix\":\"\",\"name\":\"b\""), std::string::npos);
+    EXPECT_EQ(RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output.find("-: ok, 61 bytes, 7 tokens, "), 0U);
+}
+
 /// What follows the first `"name":` of a line, up to the end of a number or null.
 std::string MemberOf(const std::string& line, const std::string& name, std::size_t from = 0) {
     const std::size_t begin = line.find("\"" + name + "\":", from);

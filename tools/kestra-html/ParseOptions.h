@@ -13,6 +13,7 @@ struct ParseOptions : FeedOptions {
     HTML::GenericParser::SelfCheck selfCheck = HTML::GenericParser::SELF_CHECK_OFF;
     bool detectCharsetErrors = false;
     std::uint64_t minConfidence = HTML::GenericParser::DETECTCHARSET_MIN_CONFIDENCE;
+    HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
     bool reparse = true;  ///< start again when the charset is found late
 };
 

@@ -50,6 +50,7 @@ ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view conte
     parser->SetSelfCheck(options.selfCheck);
     parser->SetDetectCharsetErrors(options.detectCharsetErrors);
     parser->SetChrDetMinConfidence(options.minConfidence);
+    parser->SetScriptMode(options.scriptMode);
 
     ParsePassResult result;
     result.startParse = parser->StartParse(start.GetCharset(), start.GetType());

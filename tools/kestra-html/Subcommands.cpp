@@ -215,12 +215,19 @@ void ParsingSubcommand::AddNoReparse() {
     AddFlag("--no-reparse", &noReparse, "stop when the charset is found late, instead\nof starting again with it");
 }
 
+void ParsingSubcommand::AddScripts() {
+    AddChoice(
+        "--scripts", &scripts, {"tokens", "text"},
+        "cut scripts into tokens, or read the content of\nscript, style, textarea, title and their like as\none text, as browsers do");
+}
+
 void ParsingSubcommand::TakeParseOptions(ParseOptions* options, bool decodes) const {
     TakeFeedOptions(options, decodes);
     if (input == "8bit")
         options->input = GenericParser::DATA_STREAM_8BIT;
     else if (input == "utf16")
         options->input = GenericParser::DATA_STREAM_UTF16;
+    options->scriptMode = scripts == "text" ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS;
     options->minConfidence = GetMinConfidence();
     options->reparse = !noReparse;
 }
@@ -231,6 +238,7 @@ TokensSubcommand::TokensSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "to
     AddInput();
     AddChoice("--observer", &observer, {"wide", "narrow"}, "characters of the tokens: UTF-16, or bytes as\nthey are in the input");
     AddFeed();
+    AddScripts();
     AddChoice("--self-check", &selfCheck, {"off", "crc", "copy"},
               "compare the input with its tokens written\nback, by checksum; copy keeps those, too");
     AddFlag("--detect-charset-errors", &detectCharsetErrors, "tell in the result whether all text could be\ndecoded without loss");
@@ -280,6 +288,7 @@ CheckSubcommand::CheckSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "chec
     AddCharset();
     AddInput();
     AddFeed();
+    AddScripts();
     AddMinConfidence();
     AddNoReparse();
     AddFlag("--recursive", &recursive, "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");

@@ -82,12 +82,14 @@ protected:
 
     void AddInput();
     void AddNoReparse();
+    void AddScripts();
 
     /// @param decodes  as for TakeFeedOptions. @throws CLI::ValidationError
     void TakeParseOptions(ParseOptions* options, bool decodes) const;
 
 private:
     std::string input = "auto";
+    std::string scripts = "tokens";
     bool noReparse = false;
 };
 
