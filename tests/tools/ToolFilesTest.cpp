@@ -137,7 +137,7 @@ TEST_F(ToolFiles, HelpAndVersionReadNothing) {
     const ToolRun nothing = RunTool({}, settings);
     EXPECT_EQ(nothing.status, 2);
     EXPECT_EQ(nothing.output, "");
-    EXPECT_EQ(nothing.errors, "kestra-html: a subcommand is required: tokens, events, check or detect (see kestra-html --help)\n");
+    EXPECT_EQ(nothing.errors, "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)\n");
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ bool IsUtf8(const std::string& text) {
            StringHelper::GetStringFromWide(CharSet::UTF8, wide.data(), wide.size(), &again) == 0 && again == text;
 }
 
-/// Walks over the arguments of one option.
+/// Reads arguments one after the other.
 class ArgumentReader {
 public:
     ArgumentReader(const std::vector<std::string>& allArguments, RewriteArguments* result) : arguments(allArguments), target(result) {}
