@@ -318,7 +318,7 @@ TEST(ToolTokens, ScriptsAsText) {
 )");
     const std::string tokens = JsonOf(page, {"--charset", "1252"});
     EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--scripts", "tokens"}), tokens);
-    EXPECT_NE(tokens.find("\"event\":\"StartTag\",\"prefix\":\"\",\"name\":\"b\""), std::string::npos);
+    EXPECT_NE(tokens.find("{\"event\":\"JunkData\""), std::string::npos) << tokens;
     EXPECT_EQ(RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output.find("-: ok, 61 bytes, 7 tokens, "), 0U);
 }
 

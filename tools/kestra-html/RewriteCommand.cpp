@@ -183,24 +183,32 @@ private:
     CharSet::Code FindCharset(VFS::InputStream* stream) {
         if (!NeedsCharset())
             return options.charset;
-        HTML::ParserObserver<char, std::string> observer;  // nothing is converted for it, so that no declaration comes too late
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE + 51);  // nothing is that sure
-        parser.StartParse(CharSet::UNKNOWN, options.input);
-        parser.ParseStream(stream, false);
-        const CharSet::Code found = parser.IsWParser() ? CharSet::UNKNOWN : parser.GetCharset();
-        const bool isWide = parser.IsWParser();
-        parser.EndParse();
-        if (isWide || (found != CharSet::UNKNOWN && found != CharSet::UTF16_LE)) {
-            Rewind(stream);
-            return found;
-        }
-        Utf8Check utf8;
+        const std::optional<CharSet::Code> declared = FindDeclaredCharset(stream);
         Rewind(stream);
+        if (declared)
+            return *declared;
+        Utf8Check utf8;
         ReadBlocks(stream, [&utf8](std::string_view block) { utf8.Take(block); });
         Rewind(stream);
         return utf8.IsUtf8() ? CharSet::UTF8 : CharSet::WINDOWS_1252;
+    }
+
+    /// That of the markup, or 0 where the rewriter finds UTF-16 by itself; nothing when there is none. A token that does not fit the memory
+    /// ends the search here, and is copied later.
+    std::optional<CharSet::Code> FindDeclaredCharset(VFS::InputStream* stream) const {
+        HTML::ParserObserver<char, std::string> observer;  // nothing is converted for it, so that no declaration comes too late
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE * 2 + 1);  // of 100: nothing is that sure
+        parser.StartParse(CharSet::UNKNOWN, options.input);
+        try {
+            parser.ParseStream(stream, false);
+        } catch (const std::bad_alloc&) {
+        }
+        if (parser.IsWParser())
+            return CharSet::UNKNOWN;
+        const CharSet::Code found = parser.GetCharset();
+        return found == CharSet::UNKNOWN || found == CharSet::UTF16_LE ? std::nullopt : std::optional(found);
     }
 
     const RewriteOptions& options;
