@@ -193,7 +193,6 @@ std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset
     line = 1;
     column = 1;
     cursor = nullptr;
-    pieceBegin = 0;
     position = 0;
     length = 0;
     lastByte = 0;
@@ -223,7 +222,6 @@ std::uint32_t StatelessHTMLParser::EndParse() {
     line = 1;
     charset = StringNS::CharSet::UNKNOWN;
     cursor = nullptr;
-    pieceBegin = 0;
     position = 0;
     length = 0;
     started = false;
@@ -326,7 +324,7 @@ std::uint32_t StatelessHTMLParser::GetCurrentColumnNumber(std::size_t* out) cons
 }
 
 std::uint32_t StatelessHTMLParser::GetCurrentOffset(std::uint64_t* out) const {
-    *out = pieceBegin + position;
+    *out = started ? pieceOffset + position : 0;
     return STATELESS_OK;
 }
 
@@ -418,7 +416,6 @@ std::uint32_t StatelessHTMLParser::ParsePiece(const void* data, std::size_t size
     pieceOffset += length;
     wentOver = wentOver && size == 0;
     cursor = static_cast<const unsigned char*>(data);
-    pieceBegin += length;
     position = 0;
     length = size;
     if (pieceLeft)

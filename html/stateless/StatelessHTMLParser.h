@@ -33,7 +33,6 @@ struct StatelessHTMLParserData {
     bool started = false;
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
     const unsigned char* cursor = nullptr;
-    std::uint64_t pieceBegin = 0;  ///< offset of the piece in the document
     std::uint64_t position = 0;
     std::uint64_t length = 0;
     std::uint32_t state = 0;  ///< of the main machine

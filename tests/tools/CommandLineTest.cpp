@@ -59,6 +59,7 @@ TEST(CommandLine, Defaults) {
     EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_OFF);
     EXPECT_FALSE(options.detectCharsetErrors);
     EXPECT_FALSE(options.places);
+    EXPECT_EQ(options.maxTokenSize, 0U);
     EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
     EXPECT_EQ(options.minConfidence, 50U);
     EXPECT_TRUE(options.reparse);
@@ -67,9 +68,10 @@ TEST(CommandLine, Defaults) {
 
 TEST(CommandLine, EveryOption) {
     const TokensOptions options =
-        ParseGood({"tokens",   "--format",  "json",   "--charset",        "65001", "--input",      "8bit", "--observer",
-                   "narrow",   "--feed",    "buffer", "--piece-size",     "7",     "--self-check", "copy", "--detect-charset-errors",
-                   "--places", "--scripts", "text",   "--min-confidence", "101",   "--no-reparse", "a"});
+        ParseGood({"tokens",   "--format",  "json",   "--charset",    "65001", "--input",          "8bit", "--observer",
+                   "narrow",   "--feed",    "buffer", "--piece-size", "7",     "--self-check",     "copy", "--detect-charset-errors",
+                   "--places", "--scripts", "text",   "--max-token",  "77",    "--min-confidence", "101",  "--no-reparse",
+                   "a"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
@@ -79,6 +81,7 @@ TEST(CommandLine, EveryOption) {
     EXPECT_EQ(options.selfCheck, GenericParser::SELF_CHECK_COPY);
     EXPECT_TRUE(options.detectCharsetErrors);
     EXPECT_TRUE(options.places);
+    EXPECT_EQ(options.maxTokenSize, 77U);
     EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TEXT);
     EXPECT_EQ(options.minConfidence, 101U);
     EXPECT_FALSE(options.reparse);
@@ -175,13 +178,15 @@ TEST(CommandLine, OptionsOfEvents) {
     EXPECT_EQ(defaults.flags, 1U);
     EXPECT_FALSE(defaults.places);
     EXPECT_EQ(defaults.inputs, Names{"-"});
-    const auto options = ParseGoodAs<EventsOptions>({"events", "--format=json", "a", "--charset", "koi8-r", "--feed", "buffer",
-                                                     "--piece-size", "31", "--flags", "4294967295", "--places", "--", "--flags"});
+    const auto options =
+        ParseGoodAs<EventsOptions>({"events", "--format=json", "a", "--charset", "koi8-r", "--feed", "buffer", "--piece-size", "31",
+                                    "--flags", "4294967295", "--max-token", "5", "--places", "--", "--flags"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 20866U);
     EXPECT_EQ(options.feed, FeedOptions::Feed::BUFFER);
     EXPECT_EQ(options.pieceSize, 31U);
     EXPECT_EQ(options.flags, 4294967295U);
+    EXPECT_EQ(options.maxTokenSize, 5U);
     EXPECT_TRUE(options.places);
     EXPECT_EQ(options.inputs, (Names{"a", "--flags"}));
     EXPECT_EQ(ParseGoodAs<EventsOptions>({"events", "--flags=0"}).flags, 0U);
@@ -220,6 +225,7 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "--format", "JSON"}, "kestra-html: --format: JSON not in {text,json} (see kestra-html --help)"},
         {{"tokens", "--input", "1"}, "kestra-html: --input: 1 not in {auto,8bit,utf16} (see kestra-html --help)"},
         {{"tokens", "--observer", ""}, "kestra-html: --observer:  not in {wide,narrow} (see kestra-html --help)"},
+        {{"tokens", "--max-token", "x"}, "kestra-html: --max-token: \"x\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--scripts", "1"}, "kestra-html: --scripts: 1 not in {tokens,text} (see kestra-html --help)"},
         {{"events", "--scripts", "text"}, "kestra-html: The following argument was not expected: --scripts (see kestra-html --help)"},
         {{"tokens", "--feed", "file"}, "kestra-html: --feed: file not in {stream,buffer} (see kestra-html --help)"},
@@ -329,7 +335,7 @@ TEST(CommandLine, HelpAndVersion) {
              {"Usage: kestra-html tokens [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
               "--input auto|8bit|utf16=auto", "--observer wide|narrow=wide", "--feed stream|buffer=stream", "--piece-size N=0",
               "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50", "--no-reparse", "--places",
-              "--scripts tokens|text=tokens", "parser's characters", "or the output could not be written"}) {
+              "--scripts tokens|text=tokens", "--max-token N=0", "parser's characters", "or the output could not be written"}) {
             EXPECT_NE(tokensHelp.answer.find(part), std::string::npos) << part;
         }
     }
@@ -340,13 +346,13 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
     for (const char* const part :
          {"Usage: kestra-html check [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--input auto|8bit|utf16=auto",
           "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50", "--no-reparse", "--scripts tokens|text=tokens",
-          "--recursive", "--jobs N=1", "--self-check is copy, --observer is wide", "was not reproduced"}) {
+          "--max-token N=0", "--recursive", "--jobs N=1", "--self-check is copy, --observer is wide", "was not reproduced"}) {
         EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
     }
     const std::string events = Parse({"events", "--help"}).answer;
-    for (const char* const part :
-         {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--feed stream|buffer=stream",
-          "--piece-size N=0", "--places", "--flags N=1", "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
+    for (const char* const part : {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
+                                   "--feed stream|buffer=stream", "--piece-size N=0", "--places", "--max-token N=0", "--flags N=1",
+                                   "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
         EXPECT_NE(events.find(part), std::string::npos) << part << "\n" << events;
     }
     const std::string rewrite = Parse({"rewrite", "--help"}).answer;

@@ -81,6 +81,15 @@ TEST(ToolEvents, Places) {
     EXPECT_NE(RunToolOn(page, {"events", "--places"}).output.find("\n     2:7     [15,15)           end(br)\n"), std::string::npos);
 }
 
+TEST(ToolEvents, ALongTokenEndsTheInput) {
+    const ToolRun run = RunToolOn("<p>ab<b class=long>", {"events", "--format", "json", "--max-token", "8"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"ab\"}\n{\"event\":\"Result\",\"startParse\":0,\"parse\":711,\"endParse\":0,"),
+              std::string::npos)
+        << run.output;
+    EXPECT_EQ(run.errors.find("-: parsing returned 711: "), 0U) << run.errors;
+}
+
 TEST(ToolEvents, AnEmptyInput) {
     const std::string expected =
         "{\"event\":\"StartParsing\"}\n{\"event\":\"StopParsing\"}\n"

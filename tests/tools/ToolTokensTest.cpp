@@ -322,6 +322,25 @@ TEST(ToolTokens, ScriptsAsText) {
     EXPECT_EQ(RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output.find("-: ok, 61 bytes, 7 tokens, "), 0U);
 }
 
+TEST(ToolTokens, ALongTokenEndsTheInput) {
+    const std::string page = "<p>\nabcd<!--efg--><b>";
+    const std::string all = JsonOf(page, {"--charset", "1252"});
+    EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--max-token", "10"}), all);
+    for (const char* const pieceSize : {"0", "1", "3"}) {
+        for (const char* const feed : {"stream", "buffer"}) {
+            const ToolRun run = RunToolOn(page, Json({"--charset", "1252", "--max-token", "9", "--feed", feed, "--piece-size", pieceSize}));
+            EXPECT_EQ(run.status, 1);
+            const std::size_t begin = all.find("{\"event\":\"CommentTag\"");
+            EXPECT_EQ(WithoutLastLine(run.output), all.substr(0, begin)) << "all before it has been delivered";
+            EXPECT_NE(LastLine(run.output).find("\"parse\":711,\"endParse\":0,"), std::string::npos) << run.output;
+            EXPECT_EQ(run.errors.find("-: parsing returned 711: a token is longer, or has more attributes, than the limit allows (line "),
+                      0U)
+                << run.errors;
+        }
+    }
+    EXPECT_EQ(RunToolOn(page, {"check", "--max-token", "9"}).status, 1);
+}
+
 /// What follows the first `"name":` of a line, up to the end of a number or null.
 std::string MemberOf(const std::string& line, const std::string& name, std::size_t from = 0) {
     const std::size_t begin = line.find("\"" + name + "\":", from);

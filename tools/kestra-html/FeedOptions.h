@@ -12,7 +12,8 @@ struct FeedOptions {
 
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
     Feed feed = Feed::STREAM;
-    std::uint64_t pieceSize = 0;  ///< bytes; 0 for whole buffers, or for reads as long as asked for
+    std::uint64_t maxTokenSize = 0;  ///< bytes; 0 for no limit
+    std::uint64_t pieceSize = 0;     ///< bytes; 0 for whole buffers, or for reads as long as asked for
 };
 
 }  // namespace Kestra::Tool

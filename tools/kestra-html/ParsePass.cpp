@@ -51,6 +51,7 @@ ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view conte
     parser->SetDetectCharsetErrors(options.detectCharsetErrors);
     parser->SetChrDetMinConfidence(options.minConfidence);
     parser->SetScriptMode(options.scriptMode);
+    parser->SetMaxTokenSize(options.maxTokenSize);
 
     ParsePassResult result;
     result.startParse = parser->StartParse(start.GetCharset(), start.GetType());

@@ -74,6 +74,10 @@ std::string_view GetResultMeaning(std::uint32_t code) {
             return "the charset detector is not confident enough";
         case HTML::PARSER_DETECTOR_FAILED:
             return "the charset detector failed";
+        case HTML::PARSER_STOPPED:
+            return "the parse has been stopped";
+        case HTML::PARSER_LIMIT_EXCEEDED:
+            return "a token is longer, or has more attributes, than the limit allows";
         case HTML::REWRITE_OVER:
             return "the token to be edited is over";
         case HTML::REWRITE_WRONG_KIND:

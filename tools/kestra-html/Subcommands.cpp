@@ -201,10 +201,15 @@ void FeedingSubcommand::AddFeed() {
             "16384 or more, 0 for as many as it asks for");
 }
 
+void FeedingSubcommand::AddMaxToken() {
+    AddText("--max-token", &maxToken, "N", "most bytes of a token, 0 for any number; a longer\none ends the input with 711");
+}
+
 void FeedingSubcommand::TakeFeedOptions(FeedOptions* options, bool decodes) const {
     options->charset = ToCharset("--charset", charset, decodes);
     options->feed = feed == "buffer" ? FeedOptions::Feed::BUFFER : FeedOptions::Feed::STREAM;
     options->pieceSize = ToNumber("--piece-size", pieceSize);
+    options->maxTokenSize = ToNumber("--max-token", maxToken);
 }
 
 void ParsingSubcommand::AddInput() {
@@ -239,6 +244,7 @@ TokensSubcommand::TokensSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "to
     AddChoice("--observer", &observer, {"wide", "narrow"}, "characters of the tokens: UTF-16, or bytes as\nthey are in the input");
     AddFeed();
     AddScripts();
+    AddMaxToken();
     AddChoice("--self-check", &selfCheck, {"off", "crc", "copy"},
               "compare the input with its tokens written\nback, by checksum; copy keeps those, too");
     AddFlag("--detect-charset-errors", &detectCharsetErrors, "tell in the result whether all text could be\ndecoded without loss");
@@ -268,6 +274,7 @@ EventsSubcommand::EventsSubcommand(CLI::App* tool)
     AddFormat();
     AddCharset();
     AddFeed();
+    AddMaxToken();
     AddText("--flags", &flags, "N", "flags of the parser; 1: the markup may replace\nthe charset");
     AddFlag("--places", &places, "tell where each construct lies, in bytes from\nthe first one");
     AddFiles("files to read; - or none is standard input", EVENTS_FOOTER);
@@ -289,6 +296,7 @@ CheckSubcommand::CheckSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "chec
     AddInput();
     AddFeed();
     AddScripts();
+    AddMaxToken();
     AddMinConfidence();
     AddNoReparse();
     AddFlag("--recursive", &recursive, "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");

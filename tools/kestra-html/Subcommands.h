@@ -61,6 +61,7 @@ protected:
 
     void AddCharset();
     void AddFeed();
+    void AddMaxToken();
 
     /// @param decodes  the text of the inputs is decoded, so that their charset needs a converter; else it only needs to be one
     /// @throws CLI::ValidationError
@@ -70,6 +71,7 @@ private:
     std::string charset = "0";
     std::string feed = "stream";
     std::string pieceSize = "0";
+    std::string maxToken = "0";
 };
 
 /// A subcommand that cuts its inputs into tokens.
