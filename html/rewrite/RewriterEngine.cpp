@@ -8,6 +8,7 @@
 
 #include "html/parser/StreamReader.h"
 #include "html/references/CharacterReferences.h"
+#include "html/rewrite/MakeRoom.h"
 #include "html/rewrite/RawText.h"
 #include "platform/Results.h"
 #include "platform/VirtualFileSystem.h"
@@ -121,8 +122,8 @@ std::uint32_t RewriterEngine::SetObserver(ParserObserver<char, std::string>* nar
 std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::ElementCallback callback, std::string* message) {
     if (isRunning || !callback)
         return PARSER_INVALID_ARGUMENT;
-    registrations.reserve(registrations.size() + 1);
-    ofSelectors.reserve(ofSelectors.size() + 1);
+    MakeRoom(1, &registrations);
+    MakeRoom(1, &ofSelectors);
     if (!selectors.Add(selector, message))
         return REWRITE_BAD_SELECTOR;
     ofSelectors.push_back(registrations.size());
@@ -134,9 +135,9 @@ std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::Ele
 std::uint32_t RewriterEngine::OnContent(std::string_view selector, Rewriter::TokenCallback callback, std::string* message) {
     if (isRunning || !callback)
         return PARSER_INVALID_ARGUMENT;
-    registrations.reserve(registrations.size() + 1);
-    ofSelectors.reserve(ofSelectors.size() + 1);
-    ofAllContent.reserve(ofAllContent.size() + 1);
+    MakeRoom(1, &registrations);
+    MakeRoom(1, &ofSelectors);
+    MakeRoom(1, &ofAllContent);
     if (selector.empty()) {
         ofAllContent.push_back(registrations.size());
     } else {
@@ -678,7 +679,7 @@ void RewriterEngine::WriteToken() {
         tag.Write(&edits.body.bytes);
     const bool opensEdited = isOpening && elementHasContent && !element.IsEmpty();
     if (opensEdited)
-        elementEdits.reserve(elementEdits.size() + 1);
+        MakeRoom(1, &elementEdits);
     const ElementEdits* const own = closesEdited ? &closing.back() : nullptr;
     CopyUntil(place.begin);
     for (const ElementEdits& ended : closing) {

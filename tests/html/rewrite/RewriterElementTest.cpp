@@ -255,5 +255,18 @@ TEST(RewriterElementTest, WhatIsChangedInRemovedContentGoesWithIt) {
     EXPECT_EQ(calls, 5);
 }
 
+TEST(RewriterElementTest, EditsManyOpenElementsInLinearTime) {
+    // Moving the edits of all open elements for each one would be 5 * 10^9 moves.
+    constexpr std::size_t COUNT = 100000;
+    std::string document;
+    for (std::size_t i = 0; i < COUNT; ++i)
+        document += "<b>";
+    const RewriteRun run = Rewrite(document, [](Rewriter* rewriter) {
+        rewriter->OnElement("b", [](RewriterElement element) { EXPECT_EQ(element.Append("!", CONTENT_TEXT), 0U); });
+    });
+    EXPECT_EQ(run.feeding, 0U);
+    EXPECT_EQ(run.output, document + std::string(COUNT, '!'));
+}
+
 }  // namespace
 }  // namespace Kestra::Test
