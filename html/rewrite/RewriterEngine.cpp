@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -276,10 +277,18 @@ std::uint32_t RewriterEngine::Feed(const char* data, std::uint64_t size) {
         try {
             joined.reserve(static_cast<std::size_t>(size + 1));
         } catch (const std::bad_alloc&) {
-            const std::uint32_t result = Fail(RESULT_OUT_OF_MEMORY);
+            std::exception_ptr failure;
+            try {
+                Fail(RESULT_OUT_OF_MEMORY);
+            } catch (...) {
+                failure = std::current_exception();
+                isCopying = true;
+            }
             CopyPiece(&halfUnit, std::exchange(hasHalfUnit, false) ? 1 : 0);
             CopyPiece(data, size);
-            return result;
+            if (failure != nullptr)
+                std::rethrow_exception(failure);
+            return RESULT_OUT_OF_MEMORY;
         }
         joined.append(1, halfUnit).append(data, static_cast<std::size_t>(size));
         hasHalfUnit = false;
@@ -355,13 +364,17 @@ void RewriterEngine::KeepFrom(std::uint64_t begin) {
 std::uint32_t RewriterEngine::Fail(std::uint32_t result) {
     if (!isCopying && !isOverLimit)
         CopyUntil(std::min(parser.GetTokenPlace().end, fed));
-    CopyAll();
+    const std::exception_ptr failure = CopyAll();
     isCopying = true;
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
     return result;
 }
 
 /// Writes what has been fed as it came in. A handler that throws gets what is left all the same.
-void RewriterEngine::CopyAll() noexcept {
+/// @return what it has thrown first
+std::exception_ptr RewriterEngine::CopyAll() noexcept {
+    std::exception_ptr failure;
     current = 0;
     ClearEdits();
     EndRemovals();
@@ -370,10 +383,13 @@ void RewriterEngine::CopyAll() noexcept {
             CopyUntil(fed);
         } catch (...) {
             isHostsFault = true;
+            if (failure == nullptr)
+                failure = std::current_exception();
         }
     }
     kept.clear();
     keptBegin = fed;
+    return failure;
 }
 
 std::uint32_t RewriterEngine::EndParse() {
@@ -386,6 +402,8 @@ std::uint32_t RewriterEngine::EndParse() {
     if (!isCopying) {
         try {
             result = parser.EndParse();
+            if (isOverLimit)
+                result = Fail(PARSER_LIMIT_EXCEEDED);
         } catch (const std::bad_alloc&) {
             CopyAll();
             if (isHostsFault) {
@@ -398,8 +416,6 @@ std::uint32_t RewriterEngine::EndParse() {
             EndDocument();
             throw;
         }
-        if (isOverLimit)
-            result = Fail(PARSER_LIMIT_EXCEEDED);
     }
     EndDocument();
     return result;

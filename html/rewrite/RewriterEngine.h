@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -186,7 +187,7 @@ private:
     void CopyPiece(const char* data, std::uint64_t size);
     std::uint32_t SettlePiece(std::uint32_t result);
     void KeepFrom(std::uint64_t begin);
-    void CopyAll() noexcept;
+    std::exception_ptr CopyAll() noexcept;
     std::uint32_t Fail(std::uint32_t result);
     void EndDocument();
     void EndRemovals();

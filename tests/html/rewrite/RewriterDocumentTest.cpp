@@ -302,6 +302,45 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsGetsTheRest) {
     EXPECT_EQ(output.bytes, "a!<b>c<d>ef!<g>");
 }
 
+/// An answer other than 0 does not hide that a handler has failed with what is only copied.
+TEST(RewriterDocumentTest, AHandlerThatThrowsIsHeardWhateverTheAnswer) {
+    class FailingHandler final : public ParserObserverOutputHandler {
+    public:
+        void Write(const void* data, std::uint64_t byteCount, bool) override {
+            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+            if (bytes.size() > 5)
+                throw std::runtime_error("full");
+        }
+
+        std::string bytes;
+    };
+    struct Row {
+        const char* note;
+        std::uint64_t maxTokenSize;
+        std::uint64_t maxDepth;
+        bool stops;
+        std::string_view document;
+    };
+    for (const Row& row :
+         {Row{"stop", 0, 0, true, "<a>rest of the page"}, Row{"limit of a token", 10, 0, false, "<a><!-- a long comment -->"},
+          Row{"limit of the elements", 0, 1, false, "<a><b>rest of the page"}}) {
+        SCOPED_TRACE(row.note);
+        FailingHandler output;
+        Rewriter rewriter(&output);
+        rewriter.SetMaxTokenSize(row.maxTokenSize);
+        rewriter.SetMaxDepth(row.maxDepth);
+        rewriter.OnContent("", [&](RewriterToken) {
+            if (row.stops)
+                rewriter.Stop();
+        });
+        rewriter.StartParse(0, NARROW);
+        EXPECT_THROW(Feed(&rewriter, row.document), std::runtime_error);
+        EXPECT_THROW(Feed(&rewriter, "more"), std::runtime_error);
+        EXPECT_EQ(rewriter.EndParse(), 0U);
+        EXPECT_EQ(output.bytes, std::string(row.document) + "more");
+    }
+}
+
 TEST(RewriterDocumentTest, MemoryThatACallbackLacksIsItsOwnAffair) {
     CollectingHandler output;
     Rewriter rewriter(&output);
