@@ -634,6 +634,8 @@ void RewriterEngine::FindCallbacks() {
 
 void RewriterEngine::CallBack() {
     for (const std::size_t index : due) {
+        if (parser.IsStopped())
+            return;
         const Registration& registration = registrations[index];
         current = ++generation;
         const RewriterToken token(self, current);

@@ -394,6 +394,12 @@ TEST(RewriterDocumentTest, StopsAndLimitsOfTheParser) {
     EXPECT_EQ(Feed(&rewriter, "e<f>"), 0U);
     EXPECT_EQ(rewriter.EndParse(), 0U);
     EXPECT_EQ(output.bytes, "a!<b>c<d>e<f>");
+    // What was registered later does not get the token either.
+    int calls = 0;
+    rewriter.OnElement("*", [&](RewriterElement) { ++calls; });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b>c"), 710U);
+    EXPECT_EQ(calls, 0);
     const auto limited = [](std::string_view document) {
         return Rewrite(document, [](Rewriter* limitedRewriter) {
             limitedRewriter->SetMaxTokenSize(9);
