@@ -45,7 +45,8 @@ namespace Kestra::HTML {
 /// **Threads**: as `GenericParser`. Calls out of a callback that feed, start or end a document, bind an observer or register a callback
 /// answer 2.
 /// **Exceptions**: what a callback or the handler throws. The token at hand is then written without its edits and the rest of the piece as
-/// it is, also where an element was being removed; the next piece is rewritten again. When memory is exhausted, the answer is 8.
+/// it is, also where an element was being removed; the next piece is rewritten again. A handler that throws has got the bytes that it was
+/// called with. When memory is exhausted, the answer is 8.
 class KESTRA_HTML_API Rewriter {
 public:
     using ElementCallback = std::function<void(RewriterElement element)>;

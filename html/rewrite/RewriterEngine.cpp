@@ -282,7 +282,6 @@ std::uint32_t RewriterEngine::Feed(const char* data, std::uint64_t size) {
                 Fail(RESULT_OUT_OF_MEMORY);
             } catch (...) {
                 failure = std::current_exception();
-                isCopying = true;
             }
             CopyPiece(&halfUnit, std::exchange(hasHalfUnit, false) ? 1 : 0);
             CopyPiece(data, size);
@@ -320,8 +319,10 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
     piece = data;
     pieceBegin = fed;
     fed += size;
+    std::exception_ptr failure;
+    std::uint32_t result = PARSER_OK;
     try {
-        return SettlePiece(parser.FeedPiece(data, size, backing.get(), pieceBegin));
+        result = SettlePiece(parser.FeedPiece(data, size, backing.get(), pieceBegin), &failure);
     } catch (const std::bad_alloc&) {
         CopyAll();
         if (isHostsFault)
@@ -332,18 +333,27 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
         CopyAll();
         throw;
     }
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
+    return result;
 }
 
-/// Writes all before the token under way, and keeps its bytes.
-std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result) {
+/// Writes all before the token under way, and keeps its bytes, also when the handler throws: the parser goes on with that token.
+/// @param failure  receives what it has thrown
+std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result, std::exception_ptr* failure) {
     if (isOverLimit)
         result = PARSER_LIMIT_EXCEEDED;
     // 8 here is a token that was lost for want of memory.
     if (result != PARSER_OK && result != RESULT_OUT_OF_MEMORY)
         return Fail(result);
     const std::uint64_t end = parser.GetTokenPlace().end;
-    CopyUntil(end);
-    KeepFrom(std::max(end, keptBegin));
+    *failure = CopyWhateverHappens(end);
+    try {
+        KeepFrom(std::max(end, keptBegin));
+    } catch (const std::bad_alloc&) {
+        isCopying = true;
+        throw;
+    }
     return result;
 }
 
@@ -362,33 +372,41 @@ void RewriterEngine::KeepFrom(std::uint64_t begin) {
 
 /// An answer is not 0: from here on everything is copied.
 std::uint32_t RewriterEngine::Fail(std::uint32_t result) {
+    std::exception_ptr failure;
     if (!isCopying && !isOverLimit)
-        CopyUntil(std::min(parser.GetTokenPlace().end, fed));
-    const std::exception_ptr failure = CopyAll();
+        failure = CopyWhateverHappens(std::min(parser.GetTokenPlace().end, fed));
     isCopying = true;
-    if (failure != nullptr)
-        std::rethrow_exception(failure);
+    const std::exception_ptr later = CopyAll();
+    if (failure != nullptr || later != nullptr)
+        std::rethrow_exception(failure != nullptr ? failure : later);
     return result;
 }
 
 /// Writes what has been fed as it came in. A handler that throws gets what is left all the same.
 /// @return what it has thrown first
 std::exception_ptr RewriterEngine::CopyAll() noexcept {
-    std::exception_ptr failure;
     current = 0;
     ClearEdits();
     EndRemovals();
-    while (written < fed) {
+    const std::exception_ptr failure = CopyWhateverHappens(fed);
+    kept.clear();
+    keptBegin = fed;
+    return failure;
+}
+
+/// Settles all up to an offset, as `CopyUntil`, also when the handler throws.
+/// @return what it has thrown first
+std::exception_ptr RewriterEngine::CopyWhateverHappens(std::uint64_t offset) noexcept {
+    std::exception_ptr failure;
+    while (written < offset) {
         try {
-            CopyUntil(fed);
+            CopyUntil(offset);
         } catch (...) {
             isHostsFault = true;
             if (failure == nullptr)
                 failure = std::current_exception();
         }
     }
-    kept.clear();
-    keptBegin = fed;
     return failure;
 }
 
