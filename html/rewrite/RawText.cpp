@@ -20,16 +20,9 @@ constexpr NamedRawElement RAW_ELEMENTS[] = {
 
 enum class Match { NONE, PART, WHOLE };  // PART: all that is there, but more is needed
 
-/// Reads an end tag at `begin`. The parser takes white space before the name, and ends the name where browsers do not.
-/// @param end  receives where a whole one ends, its name's last character and one more
-Match MatchEndTag(std::string_view text, std::size_t begin, std::string_view name, std::size_t* end) {
-    std::size_t place = begin + 1;
-    if (place == text.size())
-        return Match::PART;
-    if (text[place++] != '/')
-        return Match::NONE;
-    while (place < text.size() && IsSpace(text[place]))
-        ++place;
+/// Reads the name of a tag from `place` on. The parser ends it where browsers do not.
+/// @param end  receives where a whole one ends, its last character and one more
+Match MatchName(std::string_view text, std::size_t place, std::string_view name, std::size_t* end) {
     for (const char character : name) {
         if (place == text.size())
             return Match::PART;
@@ -41,6 +34,18 @@ Match MatchEndTag(std::string_view text, std::size_t begin, std::string_view nam
     *end = place + 1;
     const bool isNameOver = IsSpace(text[place]) || std::string_view("/>=<[]").find(text[place]) != std::string_view::npos;
     return isNameOver ? Match::WHOLE : Match::NONE;
+}
+
+/// Reads an end tag at `begin`. The parser takes white space before the name.
+Match MatchEndTag(std::string_view text, std::size_t begin, std::string_view name, std::size_t* end) {
+    std::size_t place = begin + 1;
+    if (place == text.size())
+        return Match::PART;
+    if (text[place++] != '/')
+        return Match::NONE;
+    while (place < text.size() && IsSpace(text[place]))
+        ++place;
+    return MatchName(text, place, name, end);
 }
 
 Match MatchCommentOpener(std::string_view text, std::size_t begin, std::size_t* end) {
@@ -86,6 +91,8 @@ bool EndsRawText(std::uint32_t elements, std::string_view inserted, const RawSur
             if (row.element != RAW_SCRIPT)
                 continue;
             if (const Match match = MatchCommentOpener(text, place, &matchEnd); isNew(match, matchEnd))
+                return true;
+            if (const Match match = MatchName(text, place + 1, row.name, &matchEnd); isNew(match, matchEnd))
                 return true;
         }
     }

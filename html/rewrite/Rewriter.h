@@ -39,11 +39,14 @@ namespace Kestra::HTML {
 /// ISO-2022), every character beyond ASCII becomes a reference. So does one whose bytes could be taken for markup.
 /// **Scripts**: what is written into `script`, `style`, `xmp`, `iframe`, `noembed`, `noframes` or `plaintext` is written as it is, given
 /// as text or as markup, and refused where it would make the element's end tag, alone or with what stands around it, and in a script
-/// "<!--". A text that ends like the begin of an end tag is refused too when what follows is not known.
+/// "<!--" or "<script", which together hide the end tag. A text that ends like the begin of one of them is refused too when what
+/// follows is not known. For the default `SCRIPT_AS_TOKENS` an open quote or a "/" can hide the end tag, so that an element ends where
+/// no browser ends it: who removes or edits scripts should set `SCRIPT_AS_TEXT`.
 /// **Threads**: as `GenericParser`. Calls out of a callback that feed, start or end a document, bind an observer or register a callback
 /// answer 2.
 /// **Exceptions**: what a callback or the handler throws. The token at hand is then written without its edits and the rest of the piece as
-/// it is, also where an element was being removed; the next piece is rewritten again. When memory is exhausted, the answer is 8.
+/// it is, also where an element was being removed; the next piece is rewritten again. A handler that throws has got the bytes that it was
+/// called with. When memory is exhausted, the answer is 8.
 class KESTRA_HTML_API Rewriter {
 public:
     using ElementCallback = std::function<void(RewriterElement element)>;

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <type_traits>
 #include <utility>
 
 #include "html/parser/StreamReader.h"
 #include "html/references/CharacterReferences.h"
+#include "html/rewrite/MakeRoom.h"
 #include "html/rewrite/RawText.h"
 #include "platform/Results.h"
 #include "platform/VirtualFileSystem.h"
@@ -121,8 +123,8 @@ std::uint32_t RewriterEngine::SetObserver(ParserObserver<char, std::string>* nar
 std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::ElementCallback callback, std::string* message) {
     if (isRunning || !callback)
         return PARSER_INVALID_ARGUMENT;
-    registrations.reserve(registrations.size() + 1);
-    ofSelectors.reserve(ofSelectors.size() + 1);
+    MakeRoom(1, &registrations);
+    MakeRoom(1, &ofSelectors);
     if (!selectors.Add(selector, message))
         return REWRITE_BAD_SELECTOR;
     ofSelectors.push_back(registrations.size());
@@ -134,9 +136,9 @@ std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::Ele
 std::uint32_t RewriterEngine::OnContent(std::string_view selector, Rewriter::TokenCallback callback, std::string* message) {
     if (isRunning || !callback)
         return PARSER_INVALID_ARGUMENT;
-    registrations.reserve(registrations.size() + 1);
-    ofSelectors.reserve(ofSelectors.size() + 1);
-    ofAllContent.reserve(ofAllContent.size() + 1);
+    MakeRoom(1, &registrations);
+    MakeRoom(1, &ofSelectors);
+    MakeRoom(1, &ofAllContent);
     if (selector.empty()) {
         ofAllContent.push_back(registrations.size());
     } else {
@@ -275,10 +277,17 @@ std::uint32_t RewriterEngine::Feed(const char* data, std::uint64_t size) {
         try {
             joined.reserve(static_cast<std::size_t>(size + 1));
         } catch (const std::bad_alloc&) {
-            const std::uint32_t result = Fail(RESULT_OUT_OF_MEMORY);
+            std::exception_ptr failure;
+            try {
+                Fail(RESULT_OUT_OF_MEMORY);
+            } catch (...) {
+                failure = std::current_exception();
+            }
             CopyPiece(&halfUnit, std::exchange(hasHalfUnit, false) ? 1 : 0);
             CopyPiece(data, size);
-            return result;
+            if (failure != nullptr)
+                std::rethrow_exception(failure);
+            return RESULT_OUT_OF_MEMORY;
         }
         joined.append(1, halfUnit).append(data, static_cast<std::size_t>(size));
         hasHalfUnit = false;
@@ -310,8 +319,10 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
     piece = data;
     pieceBegin = fed;
     fed += size;
+    std::exception_ptr failure;
+    std::uint32_t result = PARSER_OK;
     try {
-        return SettlePiece(parser.FeedPiece(data, size, backing.get(), pieceBegin));
+        result = SettlePiece(parser.FeedPiece(data, size, backing.get(), pieceBegin), &failure);
     } catch (const std::bad_alloc&) {
         CopyAll();
         if (isHostsFault)
@@ -322,18 +333,27 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
         CopyAll();
         throw;
     }
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
+    return result;
 }
 
-/// Writes all before the token under way, and keeps its bytes.
-std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result) {
+/// Writes all before the token under way, and keeps its bytes, also when the handler throws: the parser goes on with that token.
+/// @param failure  receives what it has thrown
+std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result, std::exception_ptr* failure) {
     if (isOverLimit)
         result = PARSER_LIMIT_EXCEEDED;
     // 8 here is a token that was lost for want of memory.
     if (result != PARSER_OK && result != RESULT_OUT_OF_MEMORY)
         return Fail(result);
     const std::uint64_t end = parser.GetTokenPlace().end;
-    CopyUntil(end);
-    KeepFrom(std::max(end, keptBegin));
+    *failure = CopyWhateverHappens(end);
+    try {
+        KeepFrom(std::max(end, keptBegin));
+    } catch (const std::bad_alloc&) {
+        isCopying = true;
+        throw;
+    }
     return result;
 }
 
@@ -352,27 +372,42 @@ void RewriterEngine::KeepFrom(std::uint64_t begin) {
 
 /// An answer is not 0: from here on everything is copied.
 std::uint32_t RewriterEngine::Fail(std::uint32_t result) {
+    std::exception_ptr failure;
     if (!isCopying && !isOverLimit)
-        CopyUntil(std::min(parser.GetTokenPlace().end, fed));
-    CopyAll();
+        failure = CopyWhateverHappens(std::min(parser.GetTokenPlace().end, fed));
     isCopying = true;
+    const std::exception_ptr later = CopyAll();
+    if (failure != nullptr || later != nullptr)
+        std::rethrow_exception(failure != nullptr ? failure : later);
     return result;
 }
 
 /// Writes what has been fed as it came in. A handler that throws gets what is left all the same.
-void RewriterEngine::CopyAll() noexcept {
+/// @return what it has thrown first
+std::exception_ptr RewriterEngine::CopyAll() noexcept {
     current = 0;
     ClearEdits();
     EndRemovals();
-    while (written < fed) {
-        try {
-            CopyUntil(fed);
-        } catch (...) {
-            isHostsFault = true;
-        }
-    }
+    const std::exception_ptr failure = CopyWhateverHappens(fed);
     kept.clear();
     keptBegin = fed;
+    return failure;
+}
+
+/// Settles all up to an offset, as `CopyUntil`, also when the handler throws.
+/// @return what it has thrown first
+std::exception_ptr RewriterEngine::CopyWhateverHappens(std::uint64_t offset) noexcept {
+    std::exception_ptr failure;
+    while (written < offset) {
+        try {
+            CopyUntil(offset);
+        } catch (...) {
+            isHostsFault = true;
+            if (failure == nullptr)
+                failure = std::current_exception();
+        }
+    }
+    return failure;
 }
 
 std::uint32_t RewriterEngine::EndParse() {
@@ -385,6 +420,8 @@ std::uint32_t RewriterEngine::EndParse() {
     if (!isCopying) {
         try {
             result = parser.EndParse();
+            if (isOverLimit)
+                result = Fail(PARSER_LIMIT_EXCEEDED);
         } catch (const std::bad_alloc&) {
             CopyAll();
             if (isHostsFault) {
@@ -397,8 +434,6 @@ std::uint32_t RewriterEngine::EndParse() {
             EndDocument();
             throw;
         }
-        if (isOverLimit)
-            result = Fail(PARSER_LIMIT_EXCEEDED);
     }
     EndDocument();
     return result;
@@ -617,6 +652,8 @@ void RewriterEngine::FindCallbacks() {
 
 void RewriterEngine::CallBack() {
     for (const std::size_t index : due) {
+        if (parser.IsStopped())
+            return;
         const Registration& registration = registrations[index];
         current = ++generation;
         const RewriterToken token(self, current);
@@ -678,7 +715,7 @@ void RewriterEngine::WriteToken() {
         tag.Write(&edits.body.bytes);
     const bool opensEdited = isOpening && elementHasContent && !element.IsEmpty();
     if (opensEdited)
-        elementEdits.reserve(elementEdits.size() + 1);
+        MakeRoom(1, &elementEdits);
     const ElementEdits* const own = closesEdited ? &closing.back() : nullptr;
     CopyUntil(place.begin);
     for (const ElementEdits& ended : closing) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -184,9 +185,10 @@ private:
     std::uint32_t Feed(const char* data, std::uint64_t size);
     std::uint32_t FeedPiece(const char* data, std::uint64_t size);
     void CopyPiece(const char* data, std::uint64_t size);
-    std::uint32_t SettlePiece(std::uint32_t result);
+    std::uint32_t SettlePiece(std::uint32_t result, std::exception_ptr* failure);
     void KeepFrom(std::uint64_t begin);
-    void CopyAll() noexcept;
+    std::exception_ptr CopyAll() noexcept;
+    std::exception_ptr CopyWhateverHappens(std::uint64_t offset) noexcept;
     std::uint32_t Fail(std::uint32_t result);
     void EndDocument();
     void EndRemovals();

@@ -49,7 +49,8 @@ public:
     std::uint32_t Replace(std::string_view content, RewriteContent kind);
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
-    /// Writes nothing in place of the token.
+    /// Writes nothing in place of the token. The characters around it can then grow together, as those of "&<!---->amp;" do, or those
+    /// of "</<!---->b>" to a tag: where the document is not to be trusted, something should be written there, as a space.
     std::uint32_t Remove();
 
     /// Writes something right before the token, after what earlier calls wrote there.

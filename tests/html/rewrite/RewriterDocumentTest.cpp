@@ -302,6 +302,77 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsGetsTheRest) {
     EXPECT_EQ(output.bytes, "a!<b>c<d>ef!<g>");
 }
 
+/// Between two callbacks, too: the token under way is edited when its rest has come.
+TEST(RewriterDocumentTest, AHandlerThatThrowsDoesNotSpoilTheTokenUnderWay) {
+    class FirstTimeThrowing final : public ParserObserverOutputHandler {
+    public:
+        void Write(const void* data, std::uint64_t byteCount, bool) override {
+            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+            if (++calls == 1)
+                throw std::runtime_error("full");
+        }
+
+        std::string bytes;
+        int calls = 0;
+    };
+    FirstTimeThrowing output;
+    Rewriter rewriter(&output);
+    std::string seen;
+    rewriter.OnElement("b[c]", [&](RewriterElement element) {
+        seen = element.GetStartTag().GetBytes();
+        EXPECT_EQ(element.GetStartTag().SetAttribute("c", "x"), 0U);
+    });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_THROW(Feed(&rewriter, "<i>a</i><b"), std::runtime_error);
+    EXPECT_EQ(Feed(&rewriter, " c=d>e"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(seen, "<b c=d>");
+    EXPECT_EQ(output.bytes, "<i>a</i><b c=x>e");
+}
+
+/// An answer other than 0 does not hide that a handler has failed with what is only copied.
+TEST(RewriterDocumentTest, AHandlerThatThrowsIsHeardWhateverTheAnswer) {
+    class FailingHandler final : public ParserObserverOutputHandler {
+    public:
+        void Write(const void* data, std::uint64_t byteCount, bool) override {
+            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+            if (bytes.size() > most)
+                throw std::runtime_error("full");
+        }
+
+        std::string bytes;
+        std::size_t most = 0;
+    };
+    struct Row {
+        const char* note;
+        std::uint64_t maxTokenSize;
+        std::uint64_t maxDepth;
+        bool stops;
+        std::string_view document;
+    };
+    for (const Row& row :
+         {Row{"stop", 0, 0, true, "<a>rest of the page"}, Row{"limit of a token", 10, 0, false, "<a><!-- a long comment -->"},
+          Row{"limit of the elements", 0, 1, false, "<a><b>rest of the page"}}) {
+        for (const std::size_t most : {std::size_t{0}, std::size_t{5}}) {
+            SCOPED_TRACE(std::string(row.note) + ", after " + std::to_string(most) + " bytes");
+            FailingHandler output;
+            output.most = most;
+            Rewriter rewriter(&output);
+            rewriter.SetMaxTokenSize(row.maxTokenSize);
+            rewriter.SetMaxDepth(row.maxDepth);
+            rewriter.OnContent("", [&](RewriterToken) {
+                if (row.stops)
+                    rewriter.Stop();
+            });
+            rewriter.StartParse(0, NARROW);
+            EXPECT_THROW(Feed(&rewriter, row.document), std::runtime_error);
+            EXPECT_THROW(Feed(&rewriter, "<b>more"), std::runtime_error);
+            EXPECT_EQ(rewriter.EndParse(), 0U);
+            EXPECT_EQ(output.bytes, std::string(row.document) + "<b>more");
+        }
+    }
+}
+
 TEST(RewriterDocumentTest, MemoryThatACallbackLacksIsItsOwnAffair) {
     CollectingHandler output;
     Rewriter rewriter(&output);
@@ -355,6 +426,12 @@ TEST(RewriterDocumentTest, StopsAndLimitsOfTheParser) {
     EXPECT_EQ(Feed(&rewriter, "e<f>"), 0U);
     EXPECT_EQ(rewriter.EndParse(), 0U);
     EXPECT_EQ(output.bytes, "a!<b>c<d>e<f>");
+    // What was registered later does not get the token either.
+    int calls = 0;
+    rewriter.OnElement("*", [&](RewriterElement) { ++calls; });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_EQ(Feed(&rewriter, "a<b>c"), 710U);
+    EXPECT_EQ(calls, 0);
     const auto limited = [](std::string_view document) {
         return Rewrite(document, [](Rewriter* limitedRewriter) {
             limitedRewriter->SetMaxTokenSize(9);

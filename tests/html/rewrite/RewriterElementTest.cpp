@@ -255,5 +255,37 @@ TEST(RewriterElementTest, WhatIsChangedInRemovedContentGoesWithIt) {
     EXPECT_EQ(calls, 5);
 }
 
+TEST(RewriterElementTest, EditsManyOpenElementsInLinearTime) {
+    // Moving the edits of all open elements for each one would be 5 * 10^9 moves.
+    constexpr std::size_t COUNT = 100000;
+    std::string document;
+    for (std::size_t i = 0; i < COUNT; ++i)
+        document += "<b>";
+    const RewriteRun run = Rewrite(document, [](Rewriter* rewriter) {
+        rewriter->OnElement("b", [](RewriterElement element) { EXPECT_EQ(element.Append("!", CONTENT_TEXT), 0U); });
+    });
+    EXPECT_EQ(run.feeding, 0U);
+    EXPECT_EQ(run.output, document + std::string(COUNT, '!'));
+}
+
+TEST(RewriterElementTest, ScriptsEndAsTheirModeSays) {
+    struct ModeRow {
+        GenericParser::ScriptMode mode;
+        std::string_view document;
+        std::string_view expected;
+    };
+    for (const ModeRow& row : {
+             ModeRow{GenericParser::SCRIPT_AS_TEXT, "1<script>a = '</script><p>2", "1<p>2"},
+             ModeRow{GenericParser::SCRIPT_AS_TOKENS, "1<script>a = '</script><p>2", "1"},
+             ModeRow{GenericParser::SCRIPT_AS_TEXT, "1<script><!--<script></script>--></script>2", "12"},
+             ModeRow{GenericParser::SCRIPT_AS_TEXT, "1<xmp><script></xmp>2", "1<xmp><script></xmp>2"},
+         }) {
+        ExpectRewritten(row.document, row.expected, [&](Rewriter* rewriter) {
+            EXPECT_EQ(rewriter->SetScriptMode(row.mode), 0U);
+            EXPECT_EQ(rewriter->OnElement("script", [](RewriterElement element) { EXPECT_EQ(element.Remove(), REWRITE_OK); }), REWRITE_OK);
+        });
+    }
+}
+
 }  // namespace
 }  // namespace Kestra::Test

@@ -160,6 +160,13 @@ TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
          "<script>a<'b'</script>", REWRITE_ENDS_EARLY},
         {"a comment's opener in a script", "<script>a</script>", TOKEN_TEXT, Replace("b<!--c"), "<script>a</script>", REWRITE_ENDS_EARLY},
         {"not in a style sheet", "<style>a</style>", TOKEN_TEXT, Replace("b<!--c"), "<style>b<!--c</style>"},
+        {"a start tag that hides the end tag", "<script>/*<!--*/'a'</script>", TOKEN_S_QUOTE_STRING, After("<script>"),
+         "<script>/*<!--*/'a'</script>", REWRITE_ENDS_EARLY},
+        {"the same without the opener, which may be there", "<script>a</script>", TOKEN_TEXT, Replace("b<sCript c"), "<script>a</script>",
+         REWRITE_ENDS_EARLY},
+        {"its begin", "<script>a</script>", TOKEN_TEXT, Replace("b<scr"), "<script>a</script>", REWRITE_ENDS_EARLY},
+        {"a longer name of one", "<script>a</script>", TOKEN_TEXT, Replace("<scripts>b"), "<script><scripts>b</script>"},
+        {"a start tag in a style sheet", "<style>a</style>", TOKEN_TEXT, Replace("<style>b"), "<style><style>b</style>"},
         {"two edits that would end it together", "<script>a</script>", TOKEN_TEXT,
          [](RewriterToken token) {
              EXPECT_EQ(token.InsertBefore("</scr", CONTENT_TEXT), REWRITE_OK);
