@@ -489,9 +489,11 @@ std::uint32_t Parser<C, S>::ParseCutEndTag() {
     context.position -= ahead;
     context.column -= ahead;
     DeliverText(1);
+    if (halted != PARSER_OK)
+        return SP_NEED_MORE_DATA;
     context.position += ahead;
     context.column += ahead;
-    BeginSlice();  // the callback may have stopped, or set a limit
+    BeginSlice();  // the callback may have set a limit
     Begin(*FindByState(STATE_END_TAG));
     if (opener.size() == 1) {
         Scan::Advance(context);  // the "/"
@@ -850,9 +852,10 @@ std::uint32_t Parser<C, S>::EndOpenConstruct() {
     if (IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
     const std::uint32_t result = (this->*construct->end)();
-    if (result == SP_TOKEN_COMPLETE)
-        return halted;
-    return construct->state == STATE_JUNK ? result : Recover(result);
+    if (result != SP_TOKEN_COMPLETE && construct->state == STATE_JUNK)
+        return result;
+    const std::uint32_t settled = result == SP_TOKEN_COMPLETE ? std::uint32_t{PARSER_OK} : Recover(result);
+    return settled == PARSER_OK ? halted : settled;
 }
 
 template <typename C, typename S>

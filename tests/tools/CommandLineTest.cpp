@@ -287,10 +287,12 @@ TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
     EXPECT_EQ(defaults.backupSuffix, "");
     EXPECT_FALSE(defaults.dryRun);
     EXPECT_EQ(defaults.charset, 0U);
+    EXPECT_EQ(defaults.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
+    EXPECT_EQ(defaults.maxTokenSize, 0U);
     EXPECT_EQ(defaults.inputs, Names{"-"});
-    const RewriteOptions options =
-        ParseGoodAs<RewriteOptions>({"rewrite", "a", "--set", "p.x=[1,2]", "--replace", "p.x", "[12]", "[3,4]", "b", "--in-place=~",
-                                     "--dry-run", "--charset", "utf-8", "--input", "8bit", "--", "--set"});
+    const RewriteOptions options = ParseGoodAs<RewriteOptions>(
+        {"rewrite",   "a",     "--set",   "p.x=[1,2]", "--replace", "p.x",  "[12]",        "[3,4]", "b",  "--in-place=~", "--dry-run",
+         "--charset", "utf-8", "--input", "8bit",      "--scripts", "text", "--max-token", "100",   "--", "--set"});
     EXPECT_EQ(options.edits.size(), 2U);
     EXPECT_EQ(options.edits[0].value, "[1,2]");
     EXPECT_TRUE(options.inPlace);
@@ -298,6 +300,8 @@ TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
     EXPECT_TRUE(options.dryRun);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TEXT);
+    EXPECT_EQ(options.maxTokenSize, 100U);
     EXPECT_EQ(options.inputs, (Names{"a", "b", "--set"}));
     EXPECT_EQ(ParseGoodAs<RewriteOptions>({"rewrite", "--dry-run", "a", "b"}).inputs.size(), 2U);
     const struct {

@@ -128,10 +128,23 @@ TEST(ToolRewrite, Edits) {
         {"with what is in it", {"--remove-element", "div", "--set", "p.a=b"}, "<div><div><p></div><p></div><p>", "<p a=\"b\">"},
         {"in the order of the options", {"--set", "a.b=1", "--replace", "a.b", "1", "2", "--set", "a.c=3"}, "<a>", "<a b=\"2\" c=\"3\">"},
         {"names with other characters", {"--set", "s:a.x:y=b"}, "<s:a><s>", "<s:a x:y=\"b\"><s>"},
+        {"a script may hide tags", {"--set", "a.b=c"}, "<script>`http://`;</script><a>", "<script>`http://`;</script><a>"},
+        {"not when it is text",
+         {"--scripts", "text", "--set", "a.b=c"},
+         "<script>`http://`;</script><a>",
+         "<script>`http://`;</script><a b=\"c\">"},
         {"the rest stays as it is", {"--set", "p.a=b"}, "<p / >\r\n<P\n>\xE9<!-x><p", "<p / >\r\n<P a=\"b\"\n>\xE9<!-x><p"},
     };
     for (const auto& row : CASES)
         EXPECT_EQ(Rewritten(row.input, row.arguments), row.output) << row.note;
+}
+
+TEST(ToolRewrite, ATokenOverTheLimitEndsTheEdits) {
+    const ToolRun run = Rewrite("<a><!-- d --><a>", {"--max-token", "9", "--set", "a.b=c"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.output, "<a b=\"c\"><!-- d --><a>");
+    EXPECT_NE(run.errors.find("711"), std::string::npos) << run.errors;
+    EXPECT_EQ(Rewritten("<a><!-- d --><a>", {"--max-token", "10", "--set", "a.b=c"}), "<a b=\"c\"><!-- d --><a b=\"c\">");
 }
 
 TEST(ToolRewrite, Charsets) {

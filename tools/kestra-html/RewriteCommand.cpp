@@ -128,6 +128,8 @@ private:
             file.emplace(name);
         PageOutput output(console, file ? &*file : nullptr, options.dryRun);
         HTML::Rewriter rewriter(&output);
+        rewriter.SetScriptMode(options.scriptMode);
+        rewriter.SetMaxTokenSize(options.maxTokenSize);
         PageEdits edits(options.edits, &rewriter, [this, &name](const PageEdits::Made& made) { Tell(name, made); });
         CallResults results;
         results.startParse = rewriter.StartParse(charset, options.input);
@@ -199,6 +201,8 @@ private:
         HTML::ParserObserver<char, std::string> observer;  // nothing is converted for it, so that no declaration comes too late
         GenericParser parser;
         parser.SetObserver(&observer, false);
+        parser.SetScriptMode(options.scriptMode);
+        parser.SetMaxTokenSize(options.maxTokenSize);
         parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE * 2 + 1);  // of 100: nothing is that sure
         parser.StartParse(CharSet::UNKNOWN, options.input);
         try {

@@ -27,6 +27,9 @@ constexpr const char* REWRITE_FOOTER =
     "\n"
     "Without --charset it is that of the markup; without any, UTF-8 when all of the\n"
     "input is UTF-8, else windows-1252, in which every byte stays as it is.\n"
+    "\n"
+    "With --scripts tokens a string, a comment or a regular expression of a script\n"
+    "may hide the tags after it from the edits.\n"
     "\n";
 
 }  // namespace
@@ -40,6 +43,8 @@ RewriteSubcommand::RewriteSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "
     AddFlag("--dry-run", &dryRun, "tell the edits and write nothing");
     AddCharset();
     AddInput();
+    AddScripts();
+    AddMaxToken();
     AddFiles("the file to read, with --in-place or --dry-run\nany number; - or none is standard input", REWRITE_FOOTER);
 }
 

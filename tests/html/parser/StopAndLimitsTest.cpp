@@ -216,7 +216,22 @@ TEST(StopTest, InTheContentOfAScriptThatIsText) {
         EXPECT_EQ(stopped.lines, (Lines{"start-parsing", "charset(1252)", "start(|script||)", "js-start", "text(ab)"}));
         EXPECT_EQ(stopped.place.begin, 8U);
         EXPECT_EQ(stopped.place.end, 10U);
+        EXPECT_EQ(stopped.parser.GetColumn(), 12U);
     }
+}
+
+TYPED_TEST(StopTest, InJunkThatTheEndOfTheInputMakes) {
+    StoppedParser<TypeParam> stopped;
+    stopped.document = "a<b";
+    stopped.StopIn(3);
+    std::size_t beforeEnd = 0;
+    EXPECT_EQ(Play(&stopped, false, 0, &beforeEnd), (Results{0, 0, STOPPED}));
+    EXPECT_EQ(beforeEnd, 3U);
+    ASSERT_EQ(stopped.lines.size(), 4U);
+    EXPECT_TRUE(stopped.lines.back().starts_with("junk("));
+    EXPECT_TRUE(IsSame(stopped.parser.GetTokenPlace(), stopped.place));
+    EXPECT_EQ(stopped.parser.EndParse(), 0U);
+    EXPECT_EQ(stopped.lines.size(), 4U);
 }
 
 TEST(StopTest, AnOwnedStreamIsDeleted) {
