@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 /// @file
 /// The order of virtual operations and of fields, as hosts that were compiled before rely on it.
@@ -69,14 +70,22 @@ void ExpectMember(const Composite& composite, std::size_t* end) {
         << "another class at offset " << begin;
 }
 
-/// Expects the private members of a composite object to be objects of the polymorphic classes `Members`, in this order and with nothing
-/// between or behind them.
-template <typename Composite, typename... Members>
-void ExpectMembers() {
+/// Expects the private members of a composite object to be objects of the polymorphic classes `Members`, in this order, with nothing
+/// between them, and after them a setting of the driver alone.
+template <typename Setting, typename Composite, typename... Members>
+void ExpectMembersAndSetting() {
     const Composite composite{};
     std::size_t end = sizeof(void*);
     (ExpectMember<Members>(composite, &end), ...);
+    if constexpr (!std::is_void_v<Setting>)
+        end = (end + alignof(Setting) - 1) / alignof(Setting) * alignof(Setting) + sizeof(Setting);
     EXPECT_EQ(sizeof(Composite), (end + alignof(Composite) - 1) / alignof(Composite) * alignof(Composite));
+}
+
+/// The same with nothing after them.
+template <typename Composite, typename... Members>
+void ExpectMembers() {
+    ExpectMembersAndSetting<void, Composite, Members...>();
 }
 
 }  // namespace Kestra::Test

@@ -527,17 +527,20 @@ TYPED_TEST(LayoutTest, MembersOfRecognizers) {
     using FreeStyle = HTML::ExternTagFreeStyleSimpleParser<C, S>;
     using FreeStyleData = HTML::ExternTagFreeStyleSimpleParserData<C, S>;
     ExpectMembers<Generic, Identifier, IdentifierData>();
-    ExpectMembers<HTML::StartTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute, AttributeData>();
-    ExpectMembers<HTML::EndTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute, AttributeData>();
+    ExpectMembersAndSetting<std::size_t, HTML::StartTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData,
+                            Attribute, AttributeData>();
+    ExpectMembersAndSetting<std::size_t, HTML::EndTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute,
+                            AttributeData>();
     ExpectMembers<HTML::CommentTagSimpleParser<C, S>>();
     ExpectMembers<HTML::CDATATagSimpleParser<C, S>>();
-    ExpectMembers<HTML::ConditionalTagSimpleParser<C, S>>();
+    ExpectMembersAndSetting<bool, HTML::ConditionalTagSimpleParser<C, S>>();
     ExpectMembers<HTML::CCommentSimpleParser<C, S>, Generic, GenericData>();
     ExpectMembers<HTML::CPPCommentSimpleParser<C, S>, Generic, GenericData>();
-    ExpectMembers<HTML::EntityTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Token, TokenData>();
+    ExpectMembersAndSetting<std::size_t, HTML::EntityTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Token,
+                            TokenData>();
     ExpectMembers<FreeStyle, SQuote, SQuoteData, DQuote, DQuoteData>();
-    ExpectMembers<HTML::ExternTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute, AttributeData,
-                  FreeStyle, FreeStyleData>();
+    ExpectMembersAndSetting<std::size_t, HTML::ExternTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData,
+                            Attribute, AttributeData, FreeStyle, FreeStyleData>();
 }
 
 /// The 22 operations of an observer, in their order.
