@@ -17,6 +17,7 @@
 #include "tools/kestra-html/Console.h"
 #include "tools/kestra-html/DetectCommand.h"
 #include "tools/kestra-html/EventsCommand.h"
+#include "tools/kestra-html/RewriteCommand.h"
 #include "tools/kestra-html/TokensCommand.h"
 
 // The tool and the answers of the charset detector. The test registers a detector for its own process only, so the commands run in it.
@@ -42,6 +43,10 @@ Tool::ExitStatus RunCommand(const Tool::CheckOptions& options, Tool::Console* co
 
 Tool::ExitStatus RunCommand(const Tool::DetectOptions& options, Tool::Console* console) {
     return Tool::RunDetect(options, console);
+}
+
+Tool::ExitStatus RunCommand(const Tool::RewriteOptions& options, Tool::Console* console) {
+    return Tool::RunRewrite(options, console);
 }
 
 /// A standard stream of this process that goes into a file for a while.
