@@ -30,7 +30,8 @@ namespace Kestra::HTML {
 /// and other than 8 for a token that was lost, all that is not yet written and all that is still fed until `StartParse` is copied as it
 /// is: go on feeding, the answer is 0. Elements that are being removed end there; what was to be written at the end of an element, or after
 /// it, is written at the end of the document. The output is complete after `EndParse`; destruction writes nothing.
-/// **Junk**: a construct that fails is read again from the bytes at hand, so pieces of a buffer never end in a recognizer's code.
+/// **Junk**: a construct that fails is read again from the bytes at hand, so pieces of a buffer never end in a recognizer's code but for
+/// want of memory.
 /// **Memory**: it keeps the token under way, and of the open elements the names and what was asked for.
 /// **Edits** are made to the token that a callback got: by the observer through `GetToken`, by the callbacks of `OnElement` and `OnContent`
 /// through what they are given. In content that is removed or replaced callbacks come as always, and what they change goes with it.

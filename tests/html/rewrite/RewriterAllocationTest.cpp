@@ -31,7 +31,8 @@ public:
     std::string bytes;
 };
 
-/// Whichever allocation fails: no answer but 8, no exception, and nothing of the document is lost.
+/// Whichever allocation fails: no answer but 8, or that of the construct that cannot be read again, no exception, and nothing of the
+/// document is lost.
 TEST(RewriterAllocationTest, NothingIsLost) {
     const std::string page =
         "<i>begin</i><p class=\"one\">some text that is longer than any small string<a href=u download>b</a>"
@@ -44,8 +45,8 @@ TEST(RewriterAllocationTest, NothingIsLost) {
         Rewriter rewriter(&output);
         bool ranOut = false;
         const auto take = [&](std::uint32_t result) {
-            EXPECT_TRUE(result == 0 || result == 8) << result;
-            ranOut = ranOut || result == 8;
+            EXPECT_TRUE(result == 0 || result == 8 || result == HTML::SP_MALFORMED) << result;
+            ranOut = ranOut || result != 0;
         };
         rewriter.OnElement("p a[href=u]", [&](RewriterElement element) {
             take(element.GetStartTag().AddAttribute("longer-than-any-small-string", "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!"));

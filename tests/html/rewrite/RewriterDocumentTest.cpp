@@ -13,6 +13,7 @@
 #include "html/rewrite/Rewriter.h"
 #include "platform/MemoryInputStream.h"
 #include "platform/Results.h"
+#include "platform/StringHelper.h"
 #include "tests/html/rewrite/RewriteRun.h"
 #include "tests/support/Flavours.h"
 #include "tests/support/TestStreams.h"
@@ -538,6 +539,12 @@ TEST(RewriterCharsetTest, WritesWhatTheCharsetHolds) {
     };
     for (const CharsetRow& row : rows) {
         SCOPED_TRACE(row.note);
+#if defined(_WIN32)
+        // Not every system has the tables of GB18030.
+        std::string converted;
+        if (row.charset == 54936 && StringNS::StringHelper::GetStringFromWide(54936, KESTRA_WIDE("\u00E9"), 1, &converted) != 0)
+            continue;
+#endif
         const RewriteSettings settings{row.charset, NARROW};
         const std::string expected(row.expected);
         const RewriteRun text = Rewrite("a<b>", settings, {}, [&](Rewriter* rewriter) {
