@@ -95,7 +95,7 @@ TEST(Console, TextIsRightInEveryCodePage) {
         const ToolRun run = ShowTokens(TEXT, {"--charset", "65001"});
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(run.output, "     1:1     start-parsing\n     1:1     text(" + TEXT +
-                                  ")\n     1:13    end-parsing\nbytes    18\ntokens   1: text 1\ncharset  65001 (UTF-8)\n"
+                                  ")\n     1:19    end-parsing\nbytes    18\ntokens   1: text 1\ncharset  65001 (UTF-8)\n"
                                   "result   0, success\n")
             << code;
     }
