@@ -82,7 +82,7 @@ struct KeptBytes {
 ///
 /// @param isNewDocument  the buffers are those of another document
 /// @param visitBuffers   hands a visitor every string and list whose content is no longer of use
-/// @return the bytes of input behind which it is to be called again; by then `bytes.slack` more may be kept
+/// @return the bytes of input after which it is to be called again; by then `bytes.slack` more may be kept
 template <typename VisitBuffers>
 std::uint64_t LimitBuffers(bool isNewDocument, VisitBuffers visitBuffers, const KeptBytes& bytes = KeptBytes()) {
     constexpr std::size_t GROWTH = 10;  // bytes that one of input may add: it passes through some strings, half of each to spare, some wide

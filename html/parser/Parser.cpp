@@ -93,8 +93,8 @@ RawTextElement FindRawTextElement(const StartTagSimpleParserData<C, S>& tag) {
     const std::basic_string_view<C> element = RawText<C, S>::CutName(name);
     if (!tag.closed || !tag.prefix.empty())
         return RawTextElement::NONE;
-    const S& behind = tag.attributes.empty() ? tag.suffix : tag.attributes[0].prefix;
-    const bool isEnded = behind.empty() ? tag.attributes.empty() : RawText<C, S>::EndsName(behind[0]);
+    const S& following = tag.attributes.empty() ? tag.suffix : tag.attributes[0].prefix;
+    const bool isEnded = following.empty() ? tag.attributes.empty() : RawText<C, S>::EndsName(following[0]);
     return isEnded || element.size() < name.size() ? RawText<C, S>::FindElement(element) : RawTextElement::NONE;
 }
 

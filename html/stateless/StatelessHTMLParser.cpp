@@ -1097,7 +1097,7 @@ std::uint32_t StatelessHTMLParser::ParseScriptCode() {
     return STATELESS_OK;
 }
 
-/// States 4 and 5: what stands in front of a quote, and that quote.
+/// States 4 and 5: what comes before a quote, and that quote.
 std::uint32_t StatelessHTMLParser::ParseScriptString() {
     const char quote = scriptState == SCRIPT_SINGLE_QUOTED ? '\'' : '"';
     const std::size_t count = RunUntilByte(cursor, length - position, quote);

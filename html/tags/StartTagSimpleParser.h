@@ -50,7 +50,7 @@ public:
 
     /// @return SP_TOKEN_COMPLETE after ">", or after a "<" behind the attributes, with the attributes normalized; SP_NEED_MORE_DATA when
     ///         the piece is used up; SP_NOT_THIS_TOKEN when the name is "<"; SP_MALFORMED for a lone "/" as an unquoted value before ">",
-    ///         a "/" behind white space and before more of it, and anything but ">" behind "/"; a code of a member, unchanged; 711 for more
+    ///         a "/" after white space and before more of it, and anything but ">" after "/"; a code of a member, unchanged; 711 for more
     ///         attributes than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 

@@ -14,7 +14,7 @@ namespace {
 /// In the order of `RawTextElement`.
 constexpr std::string_view NAMES[] = {"", "script", "style", "textarea", "title", "xmp", "iframe", "noembed", "noframes", "plaintext"};
 
-constexpr std::string_view ESCAPE_OPENER = "!--";  // behind "<"
+constexpr std::string_view ESCAPE_OPENER = "!--";  // after "<"
 
 /// Characters from a "<" on that always suffice: "</", the longest name and one more.
 constexpr std::size_t MOST_TO_JUDGE = 12;
@@ -79,7 +79,7 @@ void RawText<C, S>::Restart() {
 //  1 escaped          keep     to 2        end tag      to 0             keep
 //  2 double escaped   keep     keep        to 1         to 0             keep
 //
-// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name. Behind a name must stand white space, "/"
+// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name. After a name must stand white space, "/"
 // or ">". The dashes of "<!--" count for the ">". A name that opens or ends state 2 is kept.
 template <typename C, typename S>
 bool RawText<C, S>::Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run) {

@@ -53,7 +53,7 @@ public:
     /// @param context  borrowed for the call
     /// @param text     the content up to here, and nothing else; receives what cannot be in `run`
     /// @param run      the last characters consumed
-    /// @return true in front of the end tag: at its "<", or, when `GetBegun` is not 0, after those of its characters that ended an earlier
+    /// @return true before the end tag: at its "<", or, when `GetBegun` is not 0, after those of its characters that ended an earlier
     ///         piece; false when the piece is used up
     bool Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run);
 

@@ -247,7 +247,7 @@ std::string FaultOfLimits(const Reading& reading, StringNS::CharSet::Code charse
                                         [&limits](const TokenPlace& token) { return token.end - token.begin > limits.bytes; });
         if (first != full.tokens.end() && (!isOver || limited.end != first->begin) &&
             !(isOver && HasManyItems(bytes.substr(static_cast<std::size_t>(limited.end)))))
-            return "it does not end in front of " + Show(*first);
+            return "it does not end before " + Show(*first);
         if (first == full.tokens.end() && isOver && full.result == 0 && !HasManyItems(bytes.substr(static_cast<std::size_t>(limited.end))))
             return "nothing is too long, and yet it goes over";
         if (first != full.tokens.end() && limited.end > first->begin)

@@ -51,7 +51,7 @@ TEST(ScriptModeTest, TheElements) {
         {"upper and lower case", "<XMP><p></XmP>", {"start(|XMP||)", "text(<p>)", "end(|XmP|||)"}},
         {"an empty content is no text", "<script></script>", {"start(|script||)", "js-start", "end(|script|||)", "js-end"}},
         {"a content ends with the document", "<title>a</titl", {"start(|title||)", "text(a</titl)"}},
-        {"also right behind the tag", "<title>", {"start(|title||)"}},
+        {"also right after the tag", "<title>", {"start(|title||)"}},
         {"other text and tags are as ever", "a<b/>'c'</d>", {"text(a)", "short(|b||)", "text('c')", "end(|d|||)"}},
         {"stray end tags too", "</script></style></title>", {"end(|script|||)", "js-end", "end(|style|||)", "css-end", "end(|title|||)"}},
         {"two in a row",
@@ -74,11 +74,11 @@ TEST(ScriptModeTest, TheTagsThatBeginAContent) {
          "<script/a><b></script/c>d",
          {"start(|script/a||)", "js-start", "text(<b>)", "end(|script/c|||)", "js-end", "text(d)"}},
         {"attributes", "<title a='</title>'>b</title>", {"start(|title|{ |a|=|'</title>'}|)", "text(b)", "end(|title|||)"}},
-        {"white space behind the name", "<title\n>b</title\t>", {"start(|title||\\n)", "text(b)", "end(|title|\\t||)"}},
+        {"white space after the name", "<title\n>b</title\t>", {"start(|title||\\n)", "text(b)", "end(|title|\\t||)"}},
         {"not white space that browsers do not know", "<title\v>b<i>", {"start(|title||\\x0B)", "text(b)", "start(|i||)"}},
-        {"nor in front of the attributes", "<title\v a>b<i>", {"start(|title|{\\x0B |a}|)", "text(b)", "start(|i||)"}},
-        {"not with white space in front of the name", "< script>a<i>", {"start( |script||)", "text(a)", "start(|i||)"}},
-        {"nor with a bracket behind it", "<title[a]><i>", {"start(|title|{|[a]}|)", "start(|i||)"}},
+        {"nor before the attributes", "<title\v a>b<i>", {"start(|title|{\\x0B |a}|)", "text(b)", "start(|i||)"}},
+        {"not with white space before the name", "< script>a<i>", {"start( |script||)", "text(a)", "start(|i||)"}},
+        {"nor with a bracket after it", "<title[a]><i>", {"start(|title|{|[a]}|)", "start(|i||)"}},
         {"nor with an equals sign", "<title=a><i>", {"start(|title|{||=|a}|)", "start(|i||)"}},
         {"nor a longer name", "<titles><scripta><i>", {"start(|titles||)", "start(|scripta||)", "start(|i||)"}},
         {"nor an end tag", "</title><i>", {"end(|title|||)", "start(|i||)"}},
@@ -96,10 +96,10 @@ TEST(ScriptModeTest, TheEndTags) {
          {"start(|xmp||)", "text(</xmps></xmp-></xmp<</xmp\\x0B>)", "end(|xmp|||)", "end(|xmp|\\x0C||)"}},
         {"the carriage return is white space", "<xmp></xmp\r>", {"start(|xmp||)", "end(|xmp|\\r||)"}},
         {"a slash", "<xmp>a</xmp/>b", {"start(|xmp||)", "text(a)", "end(|xmp/|||)", "text(b)"}},
-        {"a slash behind white space", "<xmp>a</xmp />b", {"start(|xmp||)", "text(a)", "end(|xmp| ||, slash)", "text(b)"}},
+        {"a slash after white space", "<xmp>a</xmp />b", {"start(|xmp||)", "text(a)", "end(|xmp| ||, slash)", "text(b)"}},
         {"attributes", "<xmp>a</xmp b='>'>c", {"start(|xmp||)", "text(a)", "end(|xmp| |{|b|=|'>'}|)", "text(c)"}},
         {"what begins like it", "<xmp></</x</xm</xmp></xmp>", {"start(|xmp||)", "text(</</x</xm)", "end(|xmp|||)", "end(|xmp|||)"}},
-        {"white space in front of the name", "<xmp></ xmp></xmp>", {"start(|xmp||)", "text(</ xmp>)", "end(|xmp|||)"}},
+        {"white space before the name", "<xmp></ xmp></xmp>", {"start(|xmp||)", "text(</ xmp>)", "end(|xmp|||)"}},
         {"that of another element", "<xmp></title></xmp>", {"start(|xmp||)", "text(</title>)", "end(|xmp|||)"}},
         {"an end tag that is no more than its name ends a script too",
          "<script></script\n><b>",
@@ -208,7 +208,7 @@ TEST(ScriptModeTest, WhatSwallowsMarkupAsTokens) {
         unsigned tags;  ///< that browsers see
     };
     const Row rows[] = {
-        {"a quote behind a division", "<script>a=b/c*'/';\nd='</i>'</script><p><b>it's</b></p>", 6},
+        {"a quote after a division", "<script>a=b/c*'/';\nd='</i>'</script><p><b>it's</b></p>", 6},
         {"a comment in a template string", "<script>a=`https://x.org/`;</script><p>text</p>", 4},
         {"a division", "<script>x=a/b;y='it\"';z=c/d+\"'\"</script><p><i></i></p>", 6},
         {"an apostrophe in a regular expression", "<script>s.replace(/'/g,'')</script><p>it's</p><script></script>", 6},
@@ -297,7 +297,7 @@ TEST(ScriptModeTest, ItTakesEffectWithTheNextStartTag) {
         Lines lines;
     };
     const Row rows[] = {
-        {"in the text in front of a script",
+        {"in the text before a script",
          "text(a)",
          GenericParser::SCRIPT_AS_TEXT,
          "a<script>'b'</script>",
