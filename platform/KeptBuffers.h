@@ -75,10 +75,10 @@ public:
 struct KeptBytes {
     std::size_t most = 384 * 1024;
     std::size_t slack = 64 * 1024;  ///< how much more there may be between two looks at it
+    bool isLargestExtra = true;     ///< whether a document may keep the largest of its strings on top of that, however long it is
 };
 
-/// Frees what is kept when that is more than `bytes.most`. A document may keep the largest of its strings on top of that, however long it
-/// is.
+/// Frees what is kept when that is more than `bytes.most`.
 ///
 /// @param isNewDocument  the buffers are those of another document
 /// @param visitBuffers   hands a visitor every string and list whose content is no longer of use
@@ -88,7 +88,7 @@ std::uint64_t LimitBuffers(bool isNewDocument, VisitBuffers visitBuffers, const 
     constexpr std::size_t GROWTH = 10;  // bytes that one of input may add: it passes through some strings, half of each to spare, some wide
     BufferMeasure kept;
     visitBuffers(kept);
-    const std::size_t limit = isNewDocument ? bytes.most : bytes.most + kept.largest;
+    const std::size_t limit = isNewDocument || !bytes.isLargestExtra ? bytes.most : bytes.most + kept.largest;
     if (kept.total <= limit)
         return (limit + bytes.slack - kept.total) / GROWTH;
     BufferRelease release;

@@ -8,6 +8,7 @@
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
+#include "html/framework/TokenLimits.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/output/Crc32.h"
 #include "html/output/ParserObserverOutput.h"
@@ -27,12 +28,6 @@ namespace Kestra::HTML {
 namespace {
 
 constexpr std::uint64_t READ_BACK_SIZE = 16384;  // bytes per read when a construct is read again
-
-// With a limit of the size of a token a parser takes at most 64 KiB and 16 times that limit, its buffer for streams included.
-constexpr std::uint64_t MOST_KEPT_WITH_LIMIT = 8 * 1024;  // bytes, beside the size of a token
-constexpr std::uint64_t SLACK_WITH_LIMIT = 4 * 1024;      // bytes
-constexpr std::uint64_t BYTES_PER_PART = 64;              // of the limit, for each attribute of a tag or item of a declaration,
-constexpr std::uint64_t FEWEST_PARTS = 32;                // beside so many
 
 /// Which recognizer hands over to another one.
 enum Opener : std::uint32_t {
@@ -427,9 +422,8 @@ bool Parser<C, S>::IsPlainText() const {
 /// Most of a document: plain text and tags that lie in the piece as a whole, one behind the other. No recognizer runs.
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParsePlainText() {
-    const std::uint64_t pause = std::min(context.length, buffersDue);
     std::uint32_t result = SP_NEED_MORE_DATA;
-    while (result == SP_NEED_MORE_DATA && IsPlainText() && context.position < pause) {
+    while (result == SP_NEED_MORE_DATA && IsPlainText() && context.position < buffersDue) {
         const std::basic_string_view<C> run = Scan::RunUntil<Scan::LESS_THAN>(context);
         const bool isWhole = textData.text.empty() && !Scan::AtEnd(context);
         if (!isWhole)
@@ -561,6 +555,7 @@ bool Parser<C, S>::ReadWholeStartTag() {
     context.length = context.position + std::min(length - context.position, most);
     const bool isWhole = WholeTag<C, S>(&context).Read(&startTagData);
     context.length = length;
+    CountParts(startTagData.attributes.size());
     return isWhole;
 }
 
@@ -583,6 +578,7 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
     }
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
+    CountParts(startTagData.attributes.size());
     return result == SP_TOKEN_COMPLETE ? FinishStartTag<false>() : result;
 }
 
@@ -612,6 +608,7 @@ std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
+    CountParts(endTagData.attributes.size());
     return result == SP_TOKEN_COMPLETE ? FinishEndTag<false>() : result;
 }
 
@@ -781,15 +778,17 @@ template <typename C, typename S>
 void Parser<C, S>::LimitBuffers(bool isNewDocument) {
     if (state != STATE_TEXT && state != STATE_JUNK)
         return;
-    KeptBytes kept;
-    if (maxTokenLength != UINT64_MAX) {
-        kept.most = static_cast<std::size_t>(
-            std::min<std::uint64_t>(kept.most, MOST_KEPT_WITH_LIMIT + std::min<std::uint64_t>(kept.most, maxTokenSize)));
-        kept.slack = SLACK_WITH_LIMIT;
-    }
     const std::uint64_t bytes = Kestra::LimitBuffers(
-        isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); }, kept);
+        isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); }, TokenLimits::GetKeptBytes(maxTokenSize));
     buffersDue = context.position + bytes / sizeof(C);
+}
+
+/// A list of parts takes far more than its characters in the document. With a limit it is looked at as soon as its tag has been read.
+template <typename C, typename S>
+void Parser<C, S>::CountParts(std::size_t parts) {
+    constexpr std::size_t MANY = 16;
+    if (maxTokenSize != 0 && parts > MANY)
+        buffersDue = 0;
 }
 
 /// Hands a visitor all that is kept for the next tokens, which is all but the text, or the junk, that is being read.
@@ -966,13 +965,9 @@ bool Parser<C, S>::IsTooLongUnderWay() const {
 template <typename C, typename S>
 void Parser<C, S>::ApplyLimits() {
     maxTokenLength = maxTokenSize == 0 ? UINT64_MAX : maxTokenSize / sizeof(C);
-    std::uint64_t most = SIZE_MAX;
-    if (maxTokenSize != 0)
-        most = FEWEST_PARTS + maxTokenSize / BYTES_PER_PART;
-    entityTag.maxParts = static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX));
-    if (maxAttributes != 0)
-        most = maxAttributes;
-    startTag.maxParts = static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX));
+    entityTag.maxParts = TokenLimits::GetMostParts(maxTokenSize);
+    startTag.maxParts =
+        maxAttributes == 0 ? entityTag.maxParts : static_cast<std::size_t>(std::min<std::uint64_t>(maxAttributes, SIZE_MAX));
     endTag.maxParts = startTag.maxParts;
     externTag.maxParts = startTag.maxParts;
     BeginSlice();
@@ -1194,11 +1189,13 @@ void Parser<C, S>::DeliverConditionalTag() {
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverEntityTag() {
+    CountParts(entityTagData.tokens.size());
     Deliver(EntityTagData<C, S>{&entityTagData.prefix, &entityTagData.name, &entityTagData.tokens, &entityTagData.suffix});
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverExternTag() {
+    CountParts(externTagData.attributes.size());
     Deliver(ExternTagData<C, S>{&externTagData.prefix, &externTagData.name, &externTagData.attributes, &externTagData.suffix,
                                 externTagData.freeStyle, &externTagData.text, externTagData.slashBeforeClose});
 }

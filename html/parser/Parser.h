@@ -235,6 +235,7 @@ private:
     void ApplyLimits();
     void GoBackToToken();
     void LimitBuffers(bool isNewDocument);
+    void CountParts(std::size_t parts);
     template <typename Visitor>
     void VisitBuffers(Visitor& visit);
 

@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "html/framework/TokenLimits.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/KeptBuffers.h"
 #include "platform/Results.h"
@@ -56,12 +57,6 @@ enum ScriptState : std::uint32_t {
 enum StyleState : std::uint32_t { STYLE_RULES = 0, STYLE_LESS_THAN = 1 };
 
 constexpr std::uint32_t MARKUP_CHOOSES_CHARSET = 1;  // a bit of the flags
-
-// With a limit of the size of a token a parser takes no more than 16 times that limit, beside its buffer for streams.
-constexpr std::uint64_t MOST_KEPT_WITH_LIMIT = 8192;  // bytes, beside the size of a token
-constexpr std::size_t SLACK_WITH_LIMIT = 4096;        // bytes
-constexpr std::uint64_t BYTES_PER_PART = 64;          // of the limit, for each attribute of a tag or item of a declaration,
-constexpr std::uint64_t FEWEST_PARTS = 32;            // beside so many
 
 constexpr std::string_view SCRIPT_END = "</script>";
 constexpr std::string_view STYLE_END = "/style>";  // the "<" in front is no longer there to compare
@@ -441,8 +436,7 @@ bool StatelessHTMLParser::GoesOver(std::size_t count) const {
 
 void StatelessHTMLParser::ApplyLimits() {
     maxBytes = maxTokenSize == 0 ? UINT64_MAX : maxTokenSize;
-    const std::uint64_t most = maxTokenSize == 0 ? UINT64_MAX : FEWEST_PARTS + maxTokenSize / BYTES_PER_PART;
-    maxItems = static_cast<std::size_t>(std::min<std::uint64_t>(most, SIZE_MAX));
+    maxItems = TokenLimits::GetMostParts(maxTokenSize);
     maxListed = maxAttributes == 0 ? maxItems : static_cast<std::size_t>(std::min<std::uint64_t>(maxAttributes, SIZE_MAX));
 }
 
@@ -563,13 +557,7 @@ void StatelessHTMLParser::LimitBuffers(bool isNewDocument) {
         visit(wideAttributes);
         visit(wideTokens);
     };
-    KeptBytes kept;
-    if (maxTokenSize != 0) {
-        const std::uint64_t most = MOST_KEPT_WITH_LIMIT + std::min<std::uint64_t>(kept.most, maxTokenSize);
-        kept.most = static_cast<std::size_t>(std::min<std::uint64_t>(kept.most, most));
-        kept.slack = SLACK_WITH_LIMIT;
-    }
-    buffersDue = position + Kestra::LimitBuffers(isNewDocument, visitBuffers, kept);
+    buffersDue = position + Kestra::LimitBuffers(isNewDocument, visitBuffers, TokenLimits::GetKeptBytes(maxTokenSize));
 }
 
 /// State 0: the text up to "<", or that "<".

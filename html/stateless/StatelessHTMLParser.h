@@ -154,8 +154,8 @@ public:
     /// event. Or the host goes on: the next byte that it feeds has that offset, and is read as the first one of a token.
     ///
     /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB, its buffer, and 16 times the limit, when that is
-    /// at least 4 KiB. For this a limit bounds the attributes of a tag and the items of a declaration as well: 32 of them and one more for
-    /// every 64 bytes of the limit. `SetMaxAttributes` sets another number for attributes.
+    /// at least 4 KiB. For this a limit bounds the attributes of a tag and the items of a declaration as well: 24 of them and one more for
+    /// every 128 bytes of the limit. `SetMaxAttributes` sets another number for attributes.
     /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives `StartParse`, and is a copy's too
     /// @return 0
     std::uint32_t SetMaxTokenSize(std::uint64_t bytes);

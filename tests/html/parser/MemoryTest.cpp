@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -709,20 +710,6 @@ std::ostream& operator<<(std::ostream& stream, const OpenConstruct& row) {
     return stream << row.name;
 }
 
-/// Tokens of every kind that are just not too long in UTF-16 for the shorter limit, and the tag with the most attributes that it allows.
-const char* LongestTokens() {
-    static const std::string TOKENS = [] {
-        const std::string letters = Letters(2000);
-        std::string tag = "<a";
-        for (int i = 0; i < 95; ++i)
-            tag += " abcdefgh=abcdefgh";
-        return letters + tag + "><" + letters + "><a b='" + letters + "'><a b=\"" + letters + "\"></" + letters + "><!--" + letters +
-               "--><![CDATA[" + letters + "]]><![if " + letters + "]><!a '" + letters + "'><?a " + letters + "?><?xml a='" + letters +
-               "'?><script>" + letters + "'" + letters + "'\"" + letters + "\"/*" + letters + "*///" + letters + "\n</script>";
-    }();
-    return TOKENS.c_str();
-}
-
 const OpenConstruct OPEN_CONSTRUCTS[] = {
     {"Text", "<a>", "a"},
     {"TagName", "<", "a"},
@@ -774,7 +761,6 @@ const OpenConstruct OPEN_CONSTRUCTS[] = {
      "text<a bcdefghij='klmnopqrstuvw'></a ><!--abcdefghijklmnopqrstuv--><![CDATA[abcdefghijklmnopqrs]]><![if abcdefghijkl]><!a bcdefghijk "
      "'l'><?xml a='bcdefghijklmn'?><?abcdefghijkl m?><script>a'abcdefghijklm'\"abcdefghijklmn\"/*abcdefghijkl*///abcdefghij\n</script>",
      false, false},
-    {"LongestTokensInTurn", "", LongestTokens(), false, false},
 };
 
 // The second one is about what a long token takes, the first one about all the rest.
@@ -856,6 +842,179 @@ TEST_P(LongLimitedMemoryTest, OfAnOpenConstruct) {
 }
 
 INSTANTIATE_TEST_SUITE_P(LongStream, LongLimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOfConstruct);
+
+// Tokens of all kinds, each as long as the limit allows, one after another in an order that does not repeat: what is kept of one kind is
+// still there while the next one is read.
+
+constexpr std::uint64_t LIMITS_OF_LONG_TOKENS[] = {200, 512, 1100, 1500, 4 * KIB, 32 * KIB, 64 * KIB, MIB};
+
+/// The attributes of a tag, or the items of a declaration, that a limit allows.
+std::size_t GetMostParts(std::uint64_t limit) {
+    return 24 + static_cast<std::size_t>(limit) / 128;
+}
+
+/// @param length  characters of each token at most
+/// @param most    attributes of a tag at most
+std::vector<std::string> MakeLongestTokens(std::size_t length, std::size_t most) {
+    const auto around = [length](const std::string& start, char content, const std::string& end) {
+        return start + std::string(length - start.size() - end.size(), content) + end;
+    };
+    const auto repeated = [length, most](const std::string& start, const std::string& part, const std::string& end) {
+        std::string token = start;
+        for (std::size_t i = 0; i < most && token.size() + part.size() + end.size() <= length; ++i)
+            token += part;
+        return token + end;
+    };
+    const std::string shortPart = " a";
+    const std::string name(std::max<std::size_t>(16, length / most / 2) - 2, 'n');
+    const std::string value(std::max<std::size_t>(16, length / most / 2) - 2, 'v');
+    const std::string part = " " + name + "='" + value + "'";
+    const std::string longPart = " " + std::string(length / 8, 'n') + " = '" + std::string(length / 8, 'v') + "'";
+    std::vector<std::string> tokens;
+    for (const std::string start : {"<a", "</a", "<!a", "<?xml"}) {
+        const std::string end = start == "<?xml" ? "?>" : ">";
+        for (const std::string& attribute : {shortPart, part, longPart, std::string(" a=b"), std::string(" a=bbbbbbbbbbbbbbbb")})
+            tokens.push_back(repeated(start, attribute, end));
+    }
+    tokens.push_back(repeated("<!a", " '" + value + "'", ">"));
+    for (const std::string start : {"<", "</", "<!", "<?"}) {
+        const std::string end = start == "<?" ? "?>" : ">";
+        tokens.push_back(around(start, 'n', end));
+        tokens.push_back(around(start, ' ', "a" + end));
+        tokens.push_back(around(start + "a", ' ', end));
+    }
+    for (const std::string start : {"<a ", "</a ", "<?xml "}) {
+        const std::string end = start == "<?xml " ? "?>" : ">";
+        tokens.push_back(around(start, 'n', end));
+        tokens.push_back(around(start + "a", ' ', "=b" + end));
+        tokens.push_back(around(start + "a=", ' ', "b" + end));
+        tokens.push_back(around(start + "a=", 'v', end));
+        tokens.push_back(around(start + "a='", 'v', "'" + end));
+        tokens.push_back(around(start + "a=\"", 'v', "\"" + end));
+    }
+    tokens.push_back(around("", 't', ""));
+    tokens.push_back(around("<!--", 'c', "-->"));
+    tokens.push_back(around("<![CDATA[", 'c', "]]>"));
+    tokens.push_back(around("<![if ", 'c', "]>"));
+    tokens.push_back(around("<![if]", 'c', ">"));
+    tokens.push_back(around("<!a '", 'v', "'>"));
+    tokens.push_back(around("<!a \"", 'v', "\">"));
+    tokens.push_back(around("<?a ", 'i', "?>"));
+    tokens.push_back(around("<?a '", 'i', "'?>"));
+    tokens.push_back("<script>" + around("", 't', "") + "</script>");
+    tokens.push_back("<script>" + around("'", 's', "'") + "</script>");
+    tokens.push_back("<script>" + around("\"", 's', "\"") + "</script>");
+    tokens.push_back("<script>" + around("/*", 'c', "*/") + "</script>");
+    tokens.push_back("<script>" + around("//", 'c', "\n") + "</script>");
+    tokens.push_back("<script>" + around("/", 'r', "\n") + "</script>");
+    tokens.push_back("<style>" + around("", 't', "") + "</style>");
+    tokens.push_back("<style>" + around("'", 's', "'") + "</style>");
+    return tokens;
+}
+
+/// A tag, a declaration or an instruction with parts of random lengths.
+std::string MakeRandomTag(std::size_t length, std::size_t most, std::mt19937* engine) {
+    const auto below = [engine](std::size_t number) { return (*engine)() % (number + 1); };
+    const auto anyLength = [&] { return below(below(2) == 0 ? length / most : below(2) == 0 ? length / 4 : 40); };
+    const char* const STARTS[] = {"<a", "</a", "<!a", "<?xml", "<?a", "<"};
+    const char* const start = STARTS[below(5)];
+    const std::string end = std::string_view(start).starts_with("<?") ? "?>" : ">";
+    std::string token = start;
+    if (below(3) == 0)
+        token.insert(1, anyLength(), ' ');
+    token.append(below(3) == 0 ? anyLength() : 1, 'n');
+    for (std::size_t i = below(most - 1); i > 0; --i) {
+        std::string part = std::string(below(4) == 0 ? anyLength() : 1, ' ') + "n" + std::string(anyLength(), 'n');
+        if (start[1] != '!' && below(3) > 0)  // one item each
+            part += std::string(below(4) == 0 ? anyLength() : 0, ' ') + "=" + std::string(below(4) == 0 ? anyLength() : 0, ' ') + "'" +
+                    std::string(anyLength(), 'v') + "'";
+        if (token.size() + part.size() + end.size() <= length)
+            token += part;
+    }
+    return token + end;
+}
+
+/// Some in an order that does not repeat, with a little markup between them, so that they are not one text.
+/// @param isUsed  whether a token is one that the parser takes
+Document OfLongestTokens(std::size_t length, std::size_t most, bool (*isUsed)(const std::string&)) {
+    const std::size_t longest = 500 * length;
+    std::mt19937 engine(static_cast<std::uint32_t>(length));
+    const std::vector<std::string> tokens = MakeLongestTokens(length, most);
+    std::string page;
+    while (page.size() < std::min<std::size_t>(longest, STREAM_SIZE)) {
+        const std::string token = engine() % 2 == 0 ? tokens[engine() % tokens.size()] : MakeRandomTag(length, most, &engine);
+        if (isUsed(token))
+            page += token + "<i>";
+    }
+    Document document;
+    document.pages.push_back(page);
+    return document;
+}
+
+template <typename C, typename S>
+void CheckLimitedPeakOfLongTokens(const char* flavour, std::uint64_t limit) {
+    SCOPED_TRACE(flavour);
+    const bool wide = std::string_view(flavour).starts_with("16");
+    // Characters that may belong to the next token count too.
+    const std::size_t length = static_cast<std::size_t>(limit) / (wide ? 2 : 1) - 16;
+    Document document = OfLongestTokens(length, GetMostParts(limit), [](const std::string&) { return true; });
+    if (wide)
+        document = ToUtf16(document);
+    JunkCounter<C, S> counter;
+    PagedStream stream(document.pages, document.pages.front().size() - 1);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetMaxTokenSize(limit);
+        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser->ParseStream(&stream, false), std::uint32_t{HTML::PARSER_OK});
+        EXPECT_EQ(parser->EndParse(), 0U);
+    });
+    EXPECT_EQ(counter.count, 0U);
+    EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
+    EXPECT_LE(peak, BoundOfLimit(limit));
+    testing::Test::RecordProperty(std::string("peak-") + flavour, std::to_string(peak));
+}
+
+bool IsReadByStateless(const std::string& token) {
+    TagCounter counter;
+    StatelessHTMLParser parser;
+    parser.Attach(&counter);
+    return parser.StartParse(1252) == 0 && parser.ParseBuffer(token.data(), token.size()) == 0 && parser.EndParse() == 0;
+}
+
+void CheckLimitedPeakOfLongTokensOfStateless(std::uint64_t limit) {
+    SCOPED_TRACE("stateless");
+    const std::size_t length = static_cast<std::size_t>(limit) - 32;  // a script counts with its tags
+    const Document document = OfLongestTokens(length, GetMostParts(limit), IsReadByStateless);
+    TagCounter counter;
+    PagedStream stream(document.pages, document.pages.front().size() - 1);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<StatelessHTMLParser>();
+        parser->Attach(&counter);
+        parser->SetMaxTokenSize(limit);
+        EXPECT_EQ(parser->StartParse(1252), 0U);
+        EXPECT_EQ(parser->ParseStream(&stream, false), std::uint32_t{HTML::STATELESS_OK});
+        EXPECT_EQ(parser->EndParse(), 0U);
+    });
+    EXPECT_GE(counter.count, 8U);
+    EXPECT_GE(peak, static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE));
+    EXPECT_LE(peak, BoundOfLimit(limit));
+    testing::Test::RecordProperty("peak-stateless", std::to_string(peak));
+}
+
+class LongestTokensMemoryTest : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(LongestTokensMemoryTest, OfAllKinds) {
+    CheckLimitedPeakOfLongTokens<char, std::string>("8-to-8", GetParam());
+    CheckLimitedPeakOfLongTokens<WideChar, WideString>("8-to-16", GetParam());
+    CheckLimitedPeakOfLongTokens<WideChar, WideString>("16-to-16", GetParam());
+    CheckLimitedPeakOfLongTokens<char, std::string>("16-to-8", GetParam());
+    if (GetParam() >= 4 * KIB)  // its buffer takes 64 KiB
+        CheckLimitedPeakOfLongTokensOfStateless(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Stream, LongestTokensMemoryTest, testing::ValuesIn(LIMITS_OF_LONG_TOKENS));
 
 // However long a piece is, no more of it is gathered than of a stream.
 TEST(KeptMemoryTest, APieceThatIsAllOneTokenIsNotGathered) {

@@ -416,12 +416,12 @@ TEST(LimitTest, ALimitOfTheSizeBoundsTheNumberOfAttributesAndItems) {
         std::size_t most;
     };
     const Row rows[] = {
-        {"32 attributes and one in 64 bytes", "<a", ">", 200, 0, 35},
-        {"of a longer tag", "<a", ">", 12800, 0, 232},
-        {"of an end tag", "</a", ">", 200, 0, 35},
+        {"24 attributes and one in 128 bytes", "<a", ">", 200, 0, 25},
+        {"of a longer tag", "<a", ">", 12800, 0, 124},
+        {"of an end tag", "</a", ">", 200, 0, 25},
         {"as many as the host says", "<a", ">", 400, 60, 60},
-        {"items of a declaration", "<!a", ">", 200, 0, 35},
-        {"of which the host says nothing", "<!a", ">", 400, 60, 38},
+        {"items of a declaration", "<!a", ">", 200, 0, 25},
+        {"of which the host says nothing", "<!a", ">", 400, 60, 27},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
