@@ -10,7 +10,7 @@
 #include "html/parser/StreamReader.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/MakeRoom.h"
-#include "html/rewrite/RawText.h"
+#include "html/rewrite/RawElements.h"
 #include "platform/Results.h"
 #include "platform/VirtualFileSystem.h"
 
@@ -526,7 +526,7 @@ void RewriterEngine::EmitEndOfContent(const ElementEdits& edited) {
         return;
     try {
         const std::string before = ViewTail(std::string_view(tail.data(), tailSize), "");
-        if (edited.raw != RAW_NONE && EndsRawText(edited.raw, ViewOf(edited.end.bytes), {before, "</", true}))
+        if (edited.raw != RAW_NONE && EndsRawElement(edited.raw, ViewOf(edited.end.bytes), {before, "</", true}))
             return;
     } catch (const std::bad_alloc&) {
         return;
@@ -851,7 +851,7 @@ std::uint32_t RewriterEngine::SetAttribute(std::string_view name, std::string_vi
             return REWRITE_WRONG_KIND;
         if (!DocumentText::IsWellFormed(name) || !DocumentText::IsWellFormed(value))
             return PARSER_INVALID_ARGUMENT;
-        if (rawBefore != RAW_NONE && EndsRawText(rawBefore, value, {"", "\"", true}))
+        if (rawBefore != RAW_NONE && EndsRawElement(rawBefore, value, {"", "\"", true}))
             return REWRITE_ENDS_EARLY;
         return adds ? tag.Add(name, value) : tag.Set(name, value);
     });
@@ -953,7 +953,7 @@ std::uint32_t RewriterEngine::Write(Spot spot, WideStringView content, RewriteCo
 /// may be replaced by anything.
 bool RewriterEngine::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inserted) {
     const auto fits = [&](std::string_view before, std::string_view after, bool isAfterKnown) {
-        return !EndsRawText(raw, inserted, {before, after, isAfterKnown});
+        return !EndsRawElement(raw, inserted, {before, after, isAfterKnown});
     };
     switch (spot) {
         case Spot::BEFORE: {
@@ -1089,7 +1089,7 @@ std::uint32_t RewriterEngine::SetText(std::string_view newText) {
     return Try([&]() -> std::uint32_t {
         if (!DocumentText::IsWellFormed(newText))
             return PARSER_INVALID_ARGUMENT;
-        if (EndsComment(newText) || (rawBefore != RAW_NONE && EndsRawText(rawBefore, newText, {"", "-->", true})))
+        if (EndsComment(newText) || (rawBefore != RAW_NONE && EndsRawElement(rawBefore, newText, {"", "-->", true})))
             return REWRITE_ENDS_EARLY;
         constexpr std::string_view OPENER = "<!--";
         constexpr std::string_view CLOSER = "-->";
