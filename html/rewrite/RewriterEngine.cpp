@@ -1115,15 +1115,12 @@ std::uint32_t RewriterEngine::SetText(WideStringView newText) {
     return TryWide(newText, [&](std::string_view converted) { return SetText(converted); });
 }
 
-/// What is written in place of the token so far, or its own bytes. Borrowed until the next edit.
+/// What is written in place of the token so far, or its own bytes, as far as it matters for a raw
+/// element. Attributes that are changed do not: such a tag still begins with its "<" and ends with its
+/// ">", and what could end a raw element goes past neither. So the tag is not written for every text
+/// that is inserted there. Borrowed until the next edit.
 std::string_view RewriterEngine::GetBody() {
-    if (edits.hasBody)
-        return edits.body.bytes;
-    if (!tag.IsChanged())
-        return GetBytes();
-    changedTag.clear();
-    tag.Write(&changedTag);
-    return changedTag;
+    return edits.hasBody ? std::string_view(edits.body.bytes) : GetBytes();
 }
 
 /// The last bytes before the token, as they will be written.

@@ -294,7 +294,6 @@ private:
     std::vector<std::size_t> contentMatches;
     std::vector<std::size_t> due;  // registrations
     DocumentText text;
-    std::string changedTag;
 };
 
 }  // namespace Kestra::HTML

@@ -132,6 +132,14 @@ Edit Replace(std::string_view content, RewriteContent kind = CONTENT_TEXT) {
     return [=](RewriterToken token) { return token.Replace(content, kind); };
 }
 
+/// The same after an attribute of the tag has been set.
+Edit AfterChange(const Edit& edit) {
+    return [=](RewriterToken token) {
+        EXPECT_EQ(token.SetAttribute("c", "e"), REWRITE_OK);
+        return edit(token);
+    };
+}
+
 TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
     const Edit remove = [](RewriterToken token) { return token.Remove(); };
     const std::vector<Row> rows = {
@@ -178,6 +186,12 @@ TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
         {"noembed", "<noembed>a</noembed>", TOKEN_TEXT, Replace("</noembed>"), "<noembed>a</noembed>", REWRITE_ENDS_EARLY},
         {"noframes", "<noframes>a</noframes>", TOKEN_TEXT, Replace("</noframes>"), "<noframes>a</noframes>", REWRITE_ENDS_EARLY},
         {"nothing ends plaintext", "<plaintext>a", TOKEN_TEXT, Replace("</plaintext>"), "<plaintext></plaintext>"},
+        {"before a tag that has changed", "<xmp><b c=d/></xmp>", TOKEN_SHORT_TAG, AfterChange(Before("</xm")), "<xmp></xm<b c=e/></xmp>"},
+        {"a name that its \"<\" ends", "<xmp><b c=d/></xmp>", TOKEN_SHORT_TAG, AfterChange(Before("</xmp")), "<xmp><b c=e/></xmp>",
+         REWRITE_ENDS_EARLY},
+        {"after it", "<xmp><b c='</xm'/></xmp>", TOKEN_SHORT_TAG, AfterChange(After("p>")), "<xmp><b c='e'/>p></xmp>"},
+        {"what may go on after it", "<xmp><b c=d/></xmp>", TOKEN_SHORT_TAG, AfterChange(After("</xm")), "<xmp><b c=e/></xmp>",
+         REWRITE_ENDS_EARLY},
         {"a title has references", "<title>a</title>", TOKEN_TEXT, Replace("</title>"), "<title>&lt;/title&gt;</title>"},
         {"the end tag of a script may go", "<script>a</script>b", TOKEN_END_TAG, remove, "<script>ab"},
     };
