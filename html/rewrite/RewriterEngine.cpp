@@ -456,18 +456,23 @@ void RewriterEngine::CloseAll() {
     while (!elementEdits.empty()) {
         const ElementEdits edited = std::move(elementEdits.back());
         elementEdits.pop_back();
-        if (edited.hasNoContent)
-            --removals;
+        EndRemoval(edited);
         EmitEndOfContent(edited);
         EmitInsertion(edited.after);
     }
     elements.Clear();
 }
 
+/// In constant time, as callbacks may throw again and again.
 void RewriterEngine::EndRemovals() {
-    for (ElementEdits& edited : elementEdits)
-        edited.hasNoContent = false;
     removals = 0;
+    ++removalSeries;
+}
+
+/// An element ends, or is forgotten.
+void RewriterEngine::EndRemoval(const ElementEdits& edited) {
+    if (edited.hasNoContent && edited.removalSeries == removalSeries)
+        --removals;
 }
 
 // ------------------------------------------------------------------------------------------------------------------ output
@@ -685,8 +690,6 @@ void RewriterEngine::AbandonToken() {
     closesEdited = endsEdited;
     // From this token on nothing is left out.
     EndRemovals();
-    for (ElementEdits& edited : closing)
-        edited.hasNoContent = false;
     isEdited = !closing.empty();
     try {
         FinishToken();
@@ -719,8 +722,7 @@ void RewriterEngine::WriteToken() {
     const ElementEdits* const own = closesEdited ? &closing.back() : nullptr;
     CopyUntil(place.begin);
     for (const ElementEdits& ended : closing) {
-        if (ended.hasNoContent)
-            --removals;
+        EndRemoval(ended);
         EmitEndOfContent(ended);
         if (&ended != own)
             EmitInsertion(ended.after);
@@ -742,6 +744,7 @@ void RewriterEngine::WriteToken() {
         EmitInsertion(element.after);
     if (opensEdited) {
         removals += element.hasNoContent ? 1 : 0;
+        element.removalSeries = removalSeries;
         elementEdits.push_back(std::move(element));
         elements.SetPayload(elements.GetDepth() - 1, elementEdits.size());
     }

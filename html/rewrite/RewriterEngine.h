@@ -162,7 +162,8 @@ private:
         Insertion end;    // of the content
         Insertion after;  // the element
         std::uint32_t raw = 0;
-        bool hasNoContent = false;  // its content is left out
+        std::uint64_t removalSeries = 0;
+        bool hasNoContent = false;  // its content is left out, unless its series is over
         bool hasNoEndTag = false;
         bool isRemoved = false;  // the whole element
 
@@ -192,6 +193,7 @@ private:
     std::uint32_t Fail(std::uint32_t result);
     void EndDocument();
     void EndRemovals();
+    void EndRemoval(const ElementEdits& edited);
     void CloseAll();
 
     // Output.
@@ -254,7 +256,8 @@ private:
     OpenElements elements;
     bool hasLimits = false;
     std::vector<ElementEdits> elementEdits;  // of the open elements that have any; such an element knows its number, from 1
-    std::uint64_t removals = 0;              // open elements whose content is left out
+    std::uint64_t removals = 0;              // open elements whose content is left out, of the present series:
+    std::uint64_t removalSeries = 0;         // each ends where all content is written again
 
     // The document.
     bool isRunning = false;     // a call of the host is on the stack
