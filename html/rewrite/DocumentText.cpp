@@ -154,6 +154,10 @@ DocumentText::Kind DocumentText::GetKind() {
     return kind;
 }
 
+bool DocumentText::IsPlain(std::string_view bytes) const {
+    return !isWide && CountAscii(bytes) == bytes.size() && !HasNoPlainBytes(charset);
+}
+
 bool DocumentText::Append(std::string_view utf8, Lacking lacking, std::string* bytes) {
     if (isWide)
         return AppendWide(utf8, bytes);
@@ -241,9 +245,8 @@ void DocumentText::Decode(std::string_view bytes, std::string* utf8) {
         AppendFromWide(again, utf8);
         return;
     }
-    const bool isAscii = CountAscii(bytes) == bytes.size();
     const bool maybeUtf8 = charset == CharSet::UTF8 || charset == CharSet::UNKNOWN;
-    if ((isAscii && !HasNoPlainBytes(charset)) || (maybeUtf8 && IsWellFormed(bytes))) {
+    if (IsPlain(bytes) || (maybeUtf8 && IsWellFormed(bytes))) {
         utf8->assign(bytes);
         return;
     }
