@@ -19,7 +19,10 @@ bool IsAscii(char character) {
 }
 
 std::size_t CountAscii(std::string_view text) {
-    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsAscii) - text.begin());
+    std::size_t count = 0;
+    while (count < text.size() && IsAscii(text[count]))
+        ++count;
+    return count;
 }
 
 /// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED, `*place` then means nothing

@@ -669,7 +669,13 @@ void RewriterEngine::CallBack() {
     }
 }
 
+void RewriterEngine::LeaveOutBeforeToken() {
+    CopyUntil(parser.GetTokenPlace().begin);
+}
+
 void RewriterEngine::SettleToken() {
+    if (tokenKind == TOKEN_NONE)
+        return;
     if (isEdited || tag.IsChanged()) {
         WriteToken();
         ClearEdits();
@@ -691,8 +697,9 @@ void RewriterEngine::AbandonToken() {
     // From this token on nothing is left out.
     EndRemovals();
     isEdited = !closing.empty();
+    current = 0;
     try {
-        FinishToken();
+        SettleToken();
     } catch (...) {
         ClearEdits();
     }

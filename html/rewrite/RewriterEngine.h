@@ -104,7 +104,7 @@ public:
         rawBefore = rawElements;
         matches.clear();
         if (removals > 0 && kind != TOKEN_NONE) [[unlikely]]
-            CopyUntil(parser.GetTokenPlace().begin);
+            LeaveOutBeforeToken();
     }
     /// @return false when a limit forbids it: the token reaches nobody
     template <typename S>
@@ -119,7 +119,7 @@ public:
     void CallBack();
     void FinishToken() {
         current = 0;
-        if (tokenKind != TOKEN_NONE && (isEdited || tag.IsLoaded() || removals > 0))
+        if (isEdited || tag.IsLoaded() || removals > 0) [[unlikely]]
             SettleToken();
     }
 
@@ -203,6 +203,7 @@ private:
     void EmitEndOfContent(const ElementEdits& edited);
 
     // The token at hand.
+    void LeaveOutBeforeToken();
     void SettleToken();
     void AbandonToken();
     void ClearEdits();

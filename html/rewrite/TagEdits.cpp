@@ -269,7 +269,10 @@ char TagEdits::ChooseQuote(const Part& part) const {
 }
 
 void TagEdits::WriteAscii(std::string_view ascii, std::string* bytes) const {
-    text->Append(ascii, DocumentText::Lacking::REFERENCE, bytes);
+    if (text->GetUnitSize() == 1)
+        bytes->append(ascii);
+    else
+        text->Append(ascii, DocumentText::Lacking::REFERENCE, bytes);
 }
 
 void TagEdits::WriteNewValue(const Part& part, std::string* bytes) const {
