@@ -126,8 +126,9 @@ const HostileInput INPUTS[] = {
      HostileEdit::INSERT_BEFORE},
     {"edits-after-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
      HostileEdit::INSERT_AFTER},
-    {"edits-throwing", "", "<b>x", "", REWRITER, EDITED, 4, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::THROW_IN_EDITED},
-    {"edits-throwing-in-removed", "", "<b><i>x", "", REWRITER, EDITED, 7, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+    {"edits-throwing", "", "<b>x", "", REWRITER, HALF_A_MILLION, 4, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::THROW_IN_EDITED},
+    {"edits-throwing-in-removed", "", "<b><i>x", "", REWRITER, HALF_A_MILLION, 7, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
      HostileEdit::THROW_IN_REMOVED},
     // The smallest pieces. Their cost is that of a call for each byte, and only reported.
     {"one-byte-page", "", PAGE, "", BOTH, SIZE, 1},
