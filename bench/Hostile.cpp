@@ -1,6 +1,7 @@
 #include "bench/Hostile.h"
 
 #include "bench/CountingObservers.h"
+#include "bench/HostileEdits.h"
 #include "bench/PieceStream.h"
 #include "html/parser/GenericParser.h"
 #include "html/stateless/StatelessHTMLParser.h"
@@ -16,6 +17,7 @@ constexpr std::uint64_t HALF_A_MILLION = 500'000;
 constexpr std::uint64_t SIZE = 4'000'000;   // bytes
 constexpr std::uint64_t LONG = 40'000'000;  // for what takes less than a nanosecond a byte: far more than the caches hold
 constexpr std::uint64_t READ = 16384;
+constexpr std::uint64_t EDITED = 50'000;  // bytes: an index of names is searched up and down, so it has to stay in a cache
 
 // A page as it is, for the smallest pieces.
 constexpr std::string_view PAGE =
@@ -112,6 +114,22 @@ const HostileInput INPUTS[] = {
     {"failing-declarations", "", "<!a", "", DOCUMENT | EARLY_JUNK},
     {"failing-instructions", "", "<?xml>", "", DOCUMENT | EARLY_JUNK},
     {"failing-script-comments", "", "<script>//<!-comments..</script>", "", DOCUMENT | EARLY_JUNK},  // 32 bytes: no read cuts its "//"
+    // What the host of a rewriter edits again and again.
+    {"edits-set", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::SET},
+    {"edits-set-folded", "<a", " b#=1 c", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::SET},
+    {"edits-add", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::ADD},
+    {"edits-rename", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::RENAME},
+    {"edits-remove", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::REMOVE},
+    {"edits-remove-last-first", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::REMOVE_LAST_FIRST},
+    {"edits-before-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::INSERT_BEFORE},
+    {"edits-after-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::INSERT_AFTER},
+    {"edits-throwing", "", "<b>x", "", REWRITER, HALF_A_MILLION, 4, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::THROW_IN_EDITED},
+    {"edits-throwing-in-removed", "", "<b><i>x", "", REWRITER, HALF_A_MILLION, 7, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::THROW_IN_REMOVED},
     // The smallest pieces. Their cost is that of a call for each byte, and only reported.
     {"one-byte-page", "", PAGE, "", BOTH, SIZE, 1},
     {"one-byte-attributes", "<a", " b=1", ">", BOTH, 4 * HALF_A_MILLION, 1},
@@ -178,10 +196,12 @@ std::string MakeHostile(const HostileInput& input, std::uint64_t size) {
 bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader) {
     if (feed == HostileFeed::STREAM)
         return true;
-    return input.piece != 1 && (reader == STATELESS || (input.kind & EARLY_JUNK) != EARLY_JUNK);
+    return reader != REWRITER && input.piece != 1 && (reader == STATELESS || (input.kind & EARLY_JUNK) != EARLY_JUNK);
 }
 
 HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document, bool selfCheck) {
+    if (reader == REWRITER)
+        return RewriteHostile(input, document, selfCheck);
     return reader == STATELESS ? ReadEvents(input, feed, document) : ReadDocument(input, feed, document, selfCheck);
 }
 

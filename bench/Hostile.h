@@ -17,6 +17,22 @@ enum HostileKind : unsigned {
     BOTH = 3,
     JUNK = 4,         ///< the document parser finds malformed what it has to read again
     EARLY_JUNK = 12,  ///< and finds it before the end of the input
+    REWRITER = 16,    ///< a rewriter copies the input with the edits of its host
+};
+
+/// What the host of a rewriter does. For each attribute of a tag:
+enum class HostileEdit {
+    NONE,
+    SET,     ///< it is set,
+    ADD,     ///< or another one is,
+    RENAME,  ///< or it gets another name,
+    REMOVE,  ///< or is removed,
+    REMOVE_LAST_FIRST,
+    INSERT_BEFORE,  ///< or something is written before the tag, of which one attribute has changed,
+    INSERT_AFTER,   ///< or after it.
+    /// Every `b` is edited and every text in it throws.
+    THROW_IN_EDITED,
+    THROW_IN_REMOVED,  ///< And an `i` loses its content, until the exception comes.
 };
 
 /// How an input is handed over.
@@ -36,6 +52,7 @@ struct HostileInput {
     std::uint64_t piece = 16384;     ///< bytes that the stream hands over at once
     StringNS::CharSet::Code charset = StringNS::CharSet::UTF8;
     HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
+    HostileEdit edit = HostileEdit::NONE;  ///< for a rewriter
 };
 
 std::span<const HostileInput> HostileInputs();
@@ -49,11 +66,12 @@ struct HostileReading {
     std::uint64_t handedOut = 0;  ///< bytes that the stream gave, those that were read again included; those of a buffer
 };
 
-/// A parser of documents goes no further in a buffer than to what it would have to read again; and a buffer is one piece.
-/// @param reader  DOCUMENT or STATELESS
+/// A parser of documents goes no further in a buffer than to what it would have to read again; and a buffer is one piece. A rewriter
+/// is fed with pieces only.
+/// @param reader  DOCUMENT, STATELESS or REWRITER
 bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader);
 
-/// Reads an input that lies in memory. @param reader  DOCUMENT or STATELESS, which has no self-check
+/// Reads an input that lies in memory. @param reader  DOCUMENT, REWRITER or STATELESS, which has no self-check
 HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document, bool selfCheck);
 
 }  // namespace Kestra::Bench

@@ -84,11 +84,13 @@ bool Check(const HostileInput& input, HostileKind reader, HostileFeed feed) {
     const bool isReadOnce = reading.handedOut >= large.size() && reading.handedOut <= READ_BOUND * large.size();
     const bool isGood = reading.accepted && isJunkAsExpected && isReadOnce && ratio <= TIME_BOUND;
     std::printf("%-30s %-9s %-6s %8.0f bytes: %4.1f times the time of an eighth, %3.1f times read: %s%s%s%s%s\n", input.name,
-                reader == DOCUMENT ? "document" : "stateless", feed == HostileFeed::STREAM ? "stream" : "buffer",
-                static_cast<double>(large.size()), ratio, static_cast<double>(reading.handedOut) / static_cast<double>(large.size()),
-                isGood ? "good" : "BROKEN", reading.accepted ? "" : ", not taken to its end",
-                isJunkAsExpected ? "" : ", other junk than expected", isReadOnce ? "" : ", read too often",
-                ratio <= TIME_BOUND ? "" : ", more than linear");
+                reader == DOCUMENT    ? "document"
+                : reader == STATELESS ? "stateless"
+                                      : "rewriter",
+                feed == HostileFeed::STREAM ? "stream" : "buffer", static_cast<double>(large.size()), ratio,
+                static_cast<double>(reading.handedOut) / static_cast<double>(large.size()), isGood ? "good" : "BROKEN",
+                reading.accepted ? "" : ", not taken to its end", isJunkAsExpected ? "" : ", other junk than expected",
+                isReadOnce ? "" : ", read too often", ratio <= TIME_BOUND ? "" : ", more than linear");
     return isGood;
 }
 
@@ -104,7 +106,7 @@ int main(int argc, char** argv) {
     for (const HostileInput& input : HostileInputs()) {
         if (!std::string_view(input.name).starts_with(wanted))
             continue;
-        for (const HostileKind reader : {DOCUMENT, STATELESS}) {
+        for (const HostileKind reader : {DOCUMENT, STATELESS, REWRITER}) {
             for (const HostileFeed feed : {HostileFeed::STREAM, HostileFeed::BUFFER}) {
                 if ((input.kind & reader) == 0 || !CanBeFedAs(feed, input, reader))
                     continue;

@@ -33,6 +33,10 @@ public:
     /// the last word becomes that word's `beforeEquals`. `GenericParser::GetAttributeParts` tells where the parts lie in the document.
     /// The 8-bit record of a UTF-16 document holds UTF-16LE, which cannot be split.
     ///
+    /// In an ISO-2022 document, for a wide observer, a word that is nothing but escape sequences is gone:
+    /// they convert to no characters. `GetAttributeParts` still has its place, so there may be more
+    /// places than parts.
+    ///
     /// @param options  a combination of `SplitOption`
     /// @param parts    receives the attribute, and then its bare words; must not be the list that `attribute` is in
     static void Split(const Attribute<C, S>& attribute, std::uint32_t options, Vector<Attribute<C, S>>* parts);

@@ -19,7 +19,10 @@ bool IsAscii(char character) {
 }
 
 std::size_t CountAscii(std::string_view text) {
-    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsAscii) - text.begin());
+    std::size_t count = 0;
+    while (count < text.size() && IsAscii(text[count]))
+        ++count;
+    return count;
 }
 
 /// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED, `*place` then means nothing
@@ -154,6 +157,10 @@ DocumentText::Kind DocumentText::GetKind() {
     return kind;
 }
 
+bool DocumentText::IsPlain(std::string_view bytes) const {
+    return !isWide && CountAscii(bytes) == bytes.size() && !HasNoPlainBytes(charset);
+}
+
 bool DocumentText::Append(std::string_view utf8, Lacking lacking, std::string* bytes) {
     if (isWide)
         return AppendWide(utf8, bytes);
@@ -241,9 +248,8 @@ void DocumentText::Decode(std::string_view bytes, std::string* utf8) {
         AppendFromWide(again, utf8);
         return;
     }
-    const bool isAscii = CountAscii(bytes) == bytes.size();
     const bool maybeUtf8 = charset == CharSet::UTF8 || charset == CharSet::UNKNOWN;
-    if ((isAscii && !HasNoPlainBytes(charset)) || (maybeUtf8 && IsWellFormed(bytes))) {
+    if (IsPlain(bytes) || (maybeUtf8 && IsWellFormed(bytes))) {
         utf8->assign(bytes);
         return;
     }

@@ -42,6 +42,9 @@ public:
     /// Whether the parser takes it for white space.
     bool IsSpaceAt(std::string_view bytes, std::size_t place) const;
 
+    /// Whether some bytes of the document are their own UTF-8, without any conversion.
+    bool IsPlain(std::string_view bytes) const;
+
     /// Appends a text, in time proportional to its length.
     /// @param utf8  well-formed
     /// @return false, with some of it appended, when a character is refused

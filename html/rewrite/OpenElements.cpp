@@ -94,6 +94,9 @@ void OpenElements::AddSets(Element* element) noexcept {
 }
 
 std::size_t OpenElements::CountClosedBy(std::string_view name) const {
+    // Most end tags, and without a search.
+    if (!elements.empty() && elements.back().name->first == name)
+        return 1;
     const auto open = names.find(name);
     return open == names.end() || open->second == NONE ? 0 : elements.size() - open->second;
 }

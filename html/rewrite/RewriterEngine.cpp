@@ -10,7 +10,7 @@
 #include "html/parser/StreamReader.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/MakeRoom.h"
-#include "html/rewrite/RawText.h"
+#include "html/rewrite/RawElements.h"
 #include "platform/Results.h"
 #include "platform/VirtualFileSystem.h"
 
@@ -456,18 +456,23 @@ void RewriterEngine::CloseAll() {
     while (!elementEdits.empty()) {
         const ElementEdits edited = std::move(elementEdits.back());
         elementEdits.pop_back();
-        if (edited.hasNoContent)
-            --removals;
+        EndRemoval(edited);
         EmitEndOfContent(edited);
         EmitInsertion(edited.after);
     }
     elements.Clear();
 }
 
+/// In constant time, as callbacks may throw again and again.
 void RewriterEngine::EndRemovals() {
-    for (ElementEdits& edited : elementEdits)
-        edited.hasNoContent = false;
     removals = 0;
+    ++removalSeries;
+}
+
+/// An element ends, or is forgotten.
+void RewriterEngine::EndRemoval(const ElementEdits& edited) {
+    if (edited.hasNoContent && edited.removalSeries == removalSeries)
+        --removals;
 }
 
 // ------------------------------------------------------------------------------------------------------------------ output
@@ -526,7 +531,7 @@ void RewriterEngine::EmitEndOfContent(const ElementEdits& edited) {
         return;
     try {
         const std::string before = ViewTail(std::string_view(tail.data(), tailSize), "");
-        if (edited.raw != RAW_NONE && EndsRawText(edited.raw, ViewOf(edited.end.bytes), {before, "</", true}))
+        if (edited.raw != RAW_NONE && EndsRawElement(edited.raw, ViewOf(edited.end.bytes), {before, "</", true}))
             return;
     } catch (const std::bad_alloc&) {
         return;
@@ -664,7 +669,13 @@ void RewriterEngine::CallBack() {
     }
 }
 
+void RewriterEngine::LeaveOutBeforeToken() {
+    CopyUntil(parser.GetTokenPlace().begin);
+}
+
 void RewriterEngine::SettleToken() {
+    if (tokenKind == TOKEN_NONE)
+        return;
     if (isEdited || tag.IsChanged()) {
         WriteToken();
         ClearEdits();
@@ -685,11 +696,10 @@ void RewriterEngine::AbandonToken() {
     closesEdited = endsEdited;
     // From this token on nothing is left out.
     EndRemovals();
-    for (ElementEdits& edited : closing)
-        edited.hasNoContent = false;
     isEdited = !closing.empty();
+    current = 0;
     try {
-        FinishToken();
+        SettleToken();
     } catch (...) {
         ClearEdits();
     }
@@ -719,8 +729,7 @@ void RewriterEngine::WriteToken() {
     const ElementEdits* const own = closesEdited ? &closing.back() : nullptr;
     CopyUntil(place.begin);
     for (const ElementEdits& ended : closing) {
-        if (ended.hasNoContent)
-            --removals;
+        EndRemoval(ended);
         EmitEndOfContent(ended);
         if (&ended != own)
             EmitInsertion(ended.after);
@@ -742,6 +751,7 @@ void RewriterEngine::WriteToken() {
         EmitInsertion(element.after);
     if (opensEdited) {
         removals += element.hasNoContent ? 1 : 0;
+        element.removalSeries = removalSeries;
         elementEdits.push_back(std::move(element));
         elements.SetPayload(elements.GetDepth() - 1, elementEdits.size());
     }
@@ -851,7 +861,7 @@ std::uint32_t RewriterEngine::SetAttribute(std::string_view name, std::string_vi
             return REWRITE_WRONG_KIND;
         if (!DocumentText::IsWellFormed(name) || !DocumentText::IsWellFormed(value))
             return PARSER_INVALID_ARGUMENT;
-        if (rawBefore != RAW_NONE && EndsRawText(rawBefore, value, {"", "\"", true}))
+        if (rawBefore != RAW_NONE && EndsRawElement(rawBefore, value, {"", "\"", true}))
             return REWRITE_ENDS_EARLY;
         return adds ? tag.Add(name, value) : tag.Set(name, value);
     });
@@ -953,7 +963,7 @@ std::uint32_t RewriterEngine::Write(Spot spot, WideStringView content, RewriteCo
 /// may be replaced by anything.
 bool RewriterEngine::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inserted) {
     const auto fits = [&](std::string_view before, std::string_view after, bool isAfterKnown) {
-        return !EndsRawText(raw, inserted, {before, after, isAfterKnown});
+        return !EndsRawElement(raw, inserted, {before, after, isAfterKnown});
     };
     switch (spot) {
         case Spot::BEFORE: {
@@ -1089,7 +1099,7 @@ std::uint32_t RewriterEngine::SetText(std::string_view newText) {
     return Try([&]() -> std::uint32_t {
         if (!DocumentText::IsWellFormed(newText))
             return PARSER_INVALID_ARGUMENT;
-        if (EndsComment(newText) || (rawBefore != RAW_NONE && EndsRawText(rawBefore, newText, {"", "-->", true})))
+        if (EndsComment(newText) || (rawBefore != RAW_NONE && EndsRawElement(rawBefore, newText, {"", "-->", true})))
             return REWRITE_ENDS_EARLY;
         constexpr std::string_view OPENER = "<!--";
         constexpr std::string_view CLOSER = "-->";
@@ -1115,15 +1125,12 @@ std::uint32_t RewriterEngine::SetText(WideStringView newText) {
     return TryWide(newText, [&](std::string_view converted) { return SetText(converted); });
 }
 
-/// What is written in place of the token so far, or its own bytes. Borrowed until the next edit.
+/// What is written in place of the token so far, or its own bytes, as far as it matters for a raw
+/// element. Attributes that are changed do not: such a tag still begins with its "<" and ends with its
+/// ">", and what could end a raw element goes past neither. So the tag is not written for every text
+/// that is inserted there. Borrowed until the next edit.
 std::string_view RewriterEngine::GetBody() {
-    if (edits.hasBody)
-        return edits.body.bytes;
-    if (!tag.IsChanged())
-        return GetBytes();
-    changedTag.clear();
-    tag.Write(&changedTag);
-    return changedTag;
+    return edits.hasBody ? std::string_view(edits.body.bytes) : GetBytes();
 }
 
 /// The last bytes before the token, as they will be written.

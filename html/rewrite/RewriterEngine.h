@@ -104,7 +104,7 @@ public:
         rawBefore = rawElements;
         matches.clear();
         if (removals > 0 && kind != TOKEN_NONE) [[unlikely]]
-            CopyUntil(parser.GetTokenPlace().begin);
+            LeaveOutBeforeToken();
     }
     /// @return false when a limit forbids it: the token reaches nobody
     template <typename S>
@@ -119,7 +119,7 @@ public:
     void CallBack();
     void FinishToken() {
         current = 0;
-        if (tokenKind != TOKEN_NONE && (isEdited || tag.IsLoaded() || removals > 0))
+        if (isEdited || tag.IsLoaded() || removals > 0) [[unlikely]]
             SettleToken();
     }
 
@@ -162,7 +162,8 @@ private:
         Insertion end;    // of the content
         Insertion after;  // the element
         std::uint32_t raw = 0;
-        bool hasNoContent = false;  // its content is left out
+        std::uint64_t removalSeries = 0;
+        bool hasNoContent = false;  // its content is left out, unless its series is over
         bool hasNoEndTag = false;
         bool isRemoved = false;  // the whole element
 
@@ -192,6 +193,7 @@ private:
     std::uint32_t Fail(std::uint32_t result);
     void EndDocument();
     void EndRemovals();
+    void EndRemoval(const ElementEdits& edited);
     void CloseAll();
 
     // Output.
@@ -201,6 +203,7 @@ private:
     void EmitEndOfContent(const ElementEdits& edited);
 
     // The token at hand.
+    void LeaveOutBeforeToken();
     void SettleToken();
     void AbandonToken();
     void ClearEdits();
@@ -254,7 +257,8 @@ private:
     OpenElements elements;
     bool hasLimits = false;
     std::vector<ElementEdits> elementEdits;  // of the open elements that have any; such an element knows its number, from 1
-    std::uint64_t removals = 0;              // open elements whose content is left out
+    std::uint64_t removals = 0;              // open elements whose content is left out, of the present series:
+    std::uint64_t removalSeries = 0;         // each ends where all content is written again
 
     // The document.
     bool isRunning = false;     // a call of the host is on the stack
@@ -294,7 +298,6 @@ private:
     std::vector<std::size_t> contentMatches;
     std::vector<std::size_t> due;  // registrations
     DocumentText text;
-    std::string changedTag;
 };
 
 }  // namespace Kestra::HTML

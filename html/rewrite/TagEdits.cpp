@@ -11,9 +11,22 @@ namespace Kestra::HTML {
 
 namespace {
 
+constexpr std::size_t FEW = 32;  // parts, or searches, for which no index is worth while
+
 bool IsSameName(std::string_view one, std::string_view other) {
     return one.size() == other.size() &&
            std::equal(one.begin(), one.end(), other.begin(), [](char left, char right) { return FoldAscii(left) == FoldAscii(right); });
+}
+
+/// @return less than 0, 0, or greater
+int CompareNames(std::string_view left, std::string_view right) {
+    const std::size_t common = std::min(left.size(), right.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        const int difference = FoldAscii(left[i]) - FoldAscii(right[i]);
+        if (difference != 0)
+            return difference;
+    }
+    return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
 
 /// White space beyond ASCII, which ends a value or a name for the 16-bit parser.
@@ -49,9 +62,24 @@ bool NeedsNoQuotes(std::string_view value, char closingMark) {
 
 }  // namespace
 
+bool TagEdits::ByName::operator()(std::size_t left, std::size_t right) const {
+    const int order = CompareNames((*parts)[left].GetName(), (*parts)[right].GetName());
+    return order < 0 || (order == 0 && left < right);
+}
+
+bool TagEdits::ByName::operator()(std::size_t left, std::string_view name) const {
+    return CompareNames((*parts)[left].GetName(), name) < 0;
+}
+
+TagEdits::TagEdits() : byName(ByName(&parts)) {}
+
 void TagEdits::Load(std::string_view tagBytes, const TagLayout& layout, DocumentText* charset) {
     parts.clear();
     parts.reserve(layout.attributes.size());
+    lastPart = NONE;
+    searches = 0;
+    byName.clear();
+    countByName = 0;
     for (const AttributePlace& place : layout.attributes) {
         const auto inTag = [&](std::uint64_t offset) { return static_cast<std::size_t>(offset - layout.offset); };
         Part& part = parts.emplace_back();
@@ -61,7 +89,11 @@ void TagEdits::Load(std::string_view tagBytes, const TagLayout& layout, Document
         part.valueBegin = inTag(place.valueBegin);
         part.valueEnd = inTag(place.valueEnd);
         part.end = inTag(place.end);
-        charset->Decode(tagBytes.substr(part.nameBegin, part.nameEnd - part.nameBegin), &part.name);
+        part.nameInTag = tagBytes.substr(part.nameBegin, part.nameEnd - part.nameBegin);
+        part.hasOwnName = !charset->IsPlain(part.nameInTag);
+        if (part.hasOwnName)
+            charset->Decode(part.nameInTag, &part.ownName);
+        AppendPart(parts.size() - 1);
     }
     tag = tagBytes;
     nameBegin = layout.nameBegin;
@@ -79,19 +111,42 @@ void TagEdits::Forget() {
     changed = false;
 }
 
-std::size_t TagEdits::Find(std::string_view name) const {
+/// Puts a part after the last one that is not removed.
+void TagEdits::AppendPart(std::size_t index) {
+    parts[index].before = lastPart;
+    if (lastPart != NONE)
+        parts[lastPart].after = index;
+    lastPart = index;
+}
+
+/// The first part of a name.
+std::size_t TagEdits::Find(std::string_view name) {
+    if (name.empty())
+        return NONE;
+    if (parts.size() > FEW && ++searches > FEW)
+        return FindByName(name);
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (!parts[i].isRemoved && !parts[i].name.empty() && IsSameName(parts[i].name, name))
+        if (!parts[i].isRemoved && IsSameName(parts[i].GetName(), name))
             return i;
     }
     return NONE;
 }
 
-bool TagEdits::Has(std::string_view name) const {
+/// Puts into the index what it lacks, and searches that.
+std::size_t TagEdits::FindByName(std::string_view name) {
+    for (; countByName < parts.size(); ++countByName) {
+        if (!parts[countByName].isRemoved && !parts[countByName].GetName().empty())
+            byName.insert(countByName);
+    }
+    const auto found = byName.lower_bound(name);
+    return found != byName.end() && IsSameName(parts[*found].GetName(), name) ? *found : NONE;
+}
+
+bool TagEdits::Has(std::string_view name) {
     return Find(name) != NONE;
 }
 
-std::uint32_t TagEdits::Get(std::string_view name, std::string* value) const {
+std::uint32_t TagEdits::Get(std::string_view name, std::string* value) {
     const std::size_t index = Find(name);
     if (index == NONE)
         return REWRITE_NO_ATTRIBUTE;
@@ -139,15 +194,16 @@ std::uint32_t TagEdits::Add(std::string_view name, std::string_view value) {
     if (!CanHaveName(name))
         return REWRITE_BAD_NAME;
     // A bare word that ends like the tag can only stand at the end of it.
-    const auto last = std::find_if(parts.rbegin(), parts.rend(), [](const Part& part) { return !part.isRemoved; });
-    if (last != parts.rend() && !last->HasValue() && last->name.ends_with(isInstruction ? '?' : '/'))
+    if (lastPart != NONE && !parts[lastPart].HasValue() && parts[lastPart].GetName().ends_with(isInstruction ? '?' : '/'))
         return REWRITE_WRONG_KIND;
     Part part;
     part.isAdded = true;
     part.hasNewValue = true;
-    part.name = name;
+    part.hasOwnName = true;
+    part.ownName = name;
     part.value = value;
     parts.push_back(std::move(part));
+    AppendPart(parts.size() - 1);
     changed = true;
     return REWRITE_OK;
 }
@@ -160,8 +216,15 @@ std::uint32_t TagEdits::Rename(std::string_view name, std::string_view newName) 
         return REWRITE_WRONG_KIND;
     if (!CanHaveName(newName))
         return REWRITE_BAD_NAME;
-    parts[index].name = newName;
-    parts[index].hasNewName = true;
+    std::string ownName(newName);
+    // Nothing fails from here on. The index goes by the name, so the part is out of it while that changes.
+    auto entry = byName.extract(index);
+    Part& part = parts[index];
+    part.ownName.swap(ownName);
+    part.hasOwnName = true;
+    part.hasNewName = true;
+    if (!entry.empty())
+        byName.insert(std::move(entry));
     changed = true;
     return REWRITE_OK;
 }
@@ -174,17 +237,20 @@ std::uint32_t TagEdits::Remove(std::string_view name) {
         return REWRITE_NO_ATTRIBUTE;
     if (!canChange)
         return REWRITE_WRONG_KIND;
-    std::size_t next = index + 1;
-    while (next < parts.size() && parts[next].isRemoved)
-        ++next;
-    std::size_t last = index;
-    while (last > 0 && parts[last - 1].isRemoved)
-        --last;
-    const bool becomesValue = next < parts.size() && parts[next].name.empty() && last > 0 && !parts[last - 1].HasValue();
-    const bool endsTag = next < parts.size() && isEndTag && last == 0 && parts[next].name.starts_with('<');
+    Part& part = parts[index];
+    const bool becomesValue =
+        part.after != NONE && parts[part.after].GetName().empty() && part.before != NONE && !parts[part.before].HasValue();
+    const bool endsTag = part.after != NONE && isEndTag && part.before == NONE && parts[part.after].GetName().starts_with('<');
     if (becomesValue || endsTag)
         return REWRITE_WRONG_KIND;
-    parts[index].isRemoved = true;
+    byName.erase(index);
+    if (part.before != NONE)
+        parts[part.before].after = part.after;
+    if (part.after != NONE)
+        parts[part.after].before = part.before;
+    else
+        lastPart = part.before;
+    part.isRemoved = true;
     changed = true;
     return REWRITE_OK;
 }
@@ -203,7 +269,10 @@ char TagEdits::ChooseQuote(const Part& part) const {
 }
 
 void TagEdits::WriteAscii(std::string_view ascii, std::string* bytes) const {
-    text->Append(ascii, DocumentText::Lacking::REFERENCE, bytes);
+    if (text->GetUnitSize() == 1)
+        bytes->append(ascii);
+    else
+        text->Append(ascii, DocumentText::Lacking::REFERENCE, bytes);
 }
 
 void TagEdits::WriteNewValue(const Part& part, std::string* bytes) const {
@@ -237,7 +306,7 @@ void TagEdits::WritePart(const Part& part, Written* written) const {
     if (part.isAdded) {
         CompleteValue(written);
         WriteAscii(" ", bytes);
-        text->Append(part.name, DocumentText::Lacking::REFERENCE, bytes);
+        text->Append(part.GetName(), DocumentText::Lacking::REFERENCE, bytes);
         WriteAscii("=", bytes);
         WriteNewValue(part, bytes);
         written->endsInQuote = true;
@@ -251,7 +320,7 @@ void TagEdits::WritePart(const Part& part, Written* written) const {
     }
     bytes->append(tag, part.begin, part.nameBegin - part.begin);
     if (part.hasNewName)
-        text->Append(part.name, DocumentText::Lacking::REFERENCE, bytes);
+        text->Append(part.GetName(), DocumentText::Lacking::REFERENCE, bytes);
     else
         bytes->append(tag, part.nameBegin, part.nameEnd - part.nameBegin);
     char quote = GetQuote(part);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,8 +26,15 @@ struct TagLayout {
 /// Edits attributes in the bytes of a tag. Everything that is not edited stays as it is.
 ///
 /// Names and values are UTF-8. After an exception the edits are as they were before the call.
+///
+/// A tag with few attributes is searched from its first one on, without an allocation. One with many gets an index when it is
+/// searched often, so that any number of edits takes n log n time.
 class TagEdits {
 public:
+    TagEdits();
+    TagEdits(const TagEdits&) = delete;
+    TagEdits& operator=(const TagEdits&) = delete;
+
     /// Takes a tag without edits.
     /// @param tagBytes  borrowed until `Forget`
     /// @param charset   of the tag, borrowed too
@@ -40,9 +48,9 @@ public:
         return changed;
     }
 
-    bool Has(std::string_view name) const;
+    bool Has(std::string_view name);
     /// @return a RewriteResult, like the rest
-    std::uint32_t Get(std::string_view name, std::string* value) const;
+    std::uint32_t Get(std::string_view name, std::string* value);
     std::uint32_t Set(std::string_view name, std::string_view value);
     std::uint32_t Add(std::string_view name, std::string_view value);
     std::uint32_t Rename(std::string_view name, std::string_view newName);
@@ -61,12 +69,20 @@ private:
         std::size_t valueBegin = 0;
         std::size_t valueEnd = 0;
         std::size_t end = 0;
+        std::size_t before = NONE;  // the nearest parts that are not removed
+        std::size_t after = NONE;
         bool isAdded = false;  // has no bytes in the tag
         bool isRemoved = false;
         bool hasNewName = false;
         bool hasNewValue = false;
-        std::string name;   // as it is now
-        std::string value;  // the new one
+        bool hasOwnName = false;
+        std::string_view nameInTag;
+        std::string ownName;  // where it is not in the tag as UTF-8
+        std::string value;    // the new one
+
+        std::string_view GetName() const {
+            return hasOwnName ? ownName : nameInTag;
+        }
 
         bool HasOldValue() const {
             return valueBegin != nameEnd;
@@ -74,6 +90,20 @@ private:
         bool HasValue() const {
             return hasNewValue || HasOldValue();
         }
+    };
+
+    /// Orders parts by their names without case, and parts of one name as they stand.
+    class ByName {
+    public:
+        using is_transparent = void;
+
+        explicit ByName(const std::vector<Part>* ofParts) : parts(ofParts) {}
+
+        bool operator()(std::size_t left, std::size_t right) const;
+        bool operator()(std::size_t left, std::string_view name) const;
+
+    private:
+        const std::vector<Part>* parts;
     };
 
     /// What has been written, as far as it matters for what can follow it.
@@ -85,7 +115,9 @@ private:
         bool isAfterRemoved = false;      // an attribute that was here is gone
     };
 
-    std::size_t Find(std::string_view name) const;
+    std::size_t Find(std::string_view name);
+    std::size_t FindByName(std::string_view name);
+    void AppendPart(std::size_t index);
     bool CanHaveName(std::string_view name);
     char GetQuote(const Part& part) const;
     char ChooseQuote(const Part& part) const;
@@ -105,7 +137,11 @@ private:
     bool isEndTag = false;
     bool changed = false;
     std::vector<Part> parts;
-    std::string nameBytes;  // of the name that is looked at
+    std::size_t lastPart = NONE;  // that is not removed
+    std::size_t searches = 0;
+    std::set<std::size_t, ByName> byName;  // of the first parts, those that have a name and are not removed
+    std::size_t countByName = 0;           // how many are the first parts
+    std::string nameBytes;                 // of the name that is looked at
 };
 
 }  // namespace Kestra::HTML

@@ -76,5 +76,55 @@ TEST(RewriterAllocationTest, NothingIsLost) {
     EXPECT_GT(failures, 10U);
 }
 
+/// The same for a tag that is edited so often that its names get an index: the edits that were answered with 0 are there, and no others.
+TEST(RewriterAllocationTest, ManyEditsAreMadeOrNot) {
+    constexpr int ATTRIBUTES = 90;
+    std::string page = "<a";
+    for (int i = 0; i < ATTRIBUTES; ++i)
+        page += " b" + std::to_string(i) + "=1";
+    page += ">";
+    bool hasFailed = true;
+    std::size_t failures = 0;
+    for (std::size_t number = 1; hasFailed; ++number) {
+        ASSERT_LT(number, MOST_ALLOCATIONS);
+        ReservedOutput output;
+        Rewriter rewriter(&output);
+        std::string expected;
+        expected.reserve(4096);
+        rewriter.OnElement("a", [&](RewriterElement element) {
+            RewriterToken tag = element.GetStartTag();
+            char name[] = "b00";
+            char newName[] = "c00";
+            expected = "<a";
+            for (int i = 0; i < ATTRIBUTES; ++i) {
+                name[1] = newName[1] = static_cast<char>(i < 10 ? '0' + i : '0' + i / 10);
+                name[2] = newName[2] = static_cast<char>('0' + i % 10);
+                const std::string_view old(name, i < 10 ? 2 : 3);
+                const std::string_view renamed(newName, old.size());
+                const bool isRemoved = i % 4 == 1 && tag.RemoveAttribute(old) == REWRITE_OK;
+                const bool isRenamed = i % 4 == 2 && tag.RenameAttribute(old, renamed) == REWRITE_OK;
+                const bool isSet = i % 4 == 3 && tag.SetAttribute(old, "2") == REWRITE_OK;
+                if (!isRemoved)
+                    expected.append(" ").append(isRenamed ? renamed : old).append(isSet ? "=2" : "=1");
+            }
+            expected += ">";
+        });
+        const HeapPiece<char> piece(page);
+        std::uint32_t result = 0;
+        {
+            const FailingAllocation failing(number);
+            rewriter.StartParse(65001, GenericParser::DATA_STREAM_8BIT);
+            result = rewriter.ParseBuffer(piece.Data(), piece.Size());
+            rewriter.EndParse();
+            hasFailed = failing.HasFailed();
+        }
+        failures += hasFailed ? 1 : 0;
+        EXPECT_TRUE(result == 0 || result == 8) << result;
+        const bool isAsEdited = !expected.empty() && output.bytes == expected;
+        EXPECT_TRUE(isAsEdited || (hasFailed && output.bytes == page)) << "allocation " << number << ": " << output.bytes;
+    }
+    EXPECT_GT(failures, 40U);
+}
+
 }  // namespace
 }  // namespace Kestra::Test

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -225,6 +227,110 @@ TEST(RewriterAttributesTest, SaysWhatTheyHaveBecome) {
             EXPECT_EQ(value, "f");
         });
     });
+}
+
+// ------------------------------------------------------------------------------- many edits, beside a list that is searched
+
+/// What a tag with many attributes should become, the plain way.
+class ListOfAttributes {
+public:
+    std::vector<std::pair<std::string, std::string>> list;
+
+    std::size_t Find(const std::string& name) const {
+        const auto isSame = [&](const auto& attribute) { return Fold(attribute.first) == Fold(name); };
+        return static_cast<std::size_t>(std::find_if(list.begin(), list.end(), isSame) - list.begin());
+    }
+
+    std::string ToTag() const {
+        std::string tag = "<a";
+        for (const auto& [name, value] : list)
+            tag.append(" ").append(name).append("=\"").append(value).append("\"");
+        return tag + ">";
+    }
+
+private:
+    static std::string Fold(std::string name) {
+        for (char& character : name)
+            character = static_cast<char>(character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character);
+        return name;
+    }
+};
+
+/// Makes one random edit of both, or a question to both.
+void EditBoth(std::mt19937* random, RewriterToken* token, ListOfAttributes* model) {
+    const auto choose = [random](std::size_t count) { return (*random)() % count; };
+    const auto makeName = [&] {
+        constexpr std::string_view LETTERS = "bBcC";
+        std::string name(1, LETTERS[choose(LETTERS.size())]);
+        return name + (choose(8) == 0 ? "\xC3\xA4" : "") + std::to_string(choose(40));
+    };
+    const std::string name = makeName();
+    const std::string value = std::to_string(choose(1000));
+    const std::size_t index = model->Find(name);
+    const bool isThere = index < model->list.size();
+    const std::uint32_t expected = isThere ? REWRITE_OK : REWRITE_NO_ATTRIBUTE;
+    switch (choose(6)) {
+        case 0: {
+            std::string found = "as it was";
+            EXPECT_EQ(token->GetAttribute(name, &found), expected);
+            EXPECT_EQ(found, isThere ? model->list[index].second : "as it was");
+            break;
+        }
+        case 1:
+            EXPECT_EQ(token->HasAttribute(name), isThere);
+            break;
+        case 2:
+            EXPECT_EQ(token->SetAttribute(name, value), REWRITE_OK);
+            if (isThere)
+                model->list[index].second = value;
+            else
+                model->list.emplace_back(name, value);
+            break;
+        case 3:
+            EXPECT_EQ(token->AddAttribute(name, value), REWRITE_OK);
+            model->list.emplace_back(name, value);
+            break;
+        case 4: {
+            const std::string newName = makeName();
+            EXPECT_EQ(token->RenameAttribute(name, newName), expected);
+            if (isThere)
+                model->list[index].first = newName;
+            break;
+        }
+        case 5:
+            EXPECT_EQ(token->RemoveAttribute(name), expected);
+            if (isThere)
+                model->list.erase(model->list.begin() + static_cast<std::ptrdiff_t>(index));
+            break;
+    }
+}
+
+/// However many attributes a tag has, and however often it is edited: few of both are searched in another way than many.
+TEST(RewriterAttributesTest, ManyEditsAreThoseOfAList) {
+    std::mt19937 random(42);
+    const RewriteSettings narrow;
+    RewriteSettings wide;
+    wide.type = GenericParser::DATA_STREAM_UTF16;
+    for (const std::size_t attributes : {0U, 3U, 31U, 32U, 33U, 34U, 100U, 300U}) {
+        for (const std::size_t edits : {10U, 40U, 400U}) {
+            for (const bool isWide : {false, true}) {
+                ListOfAttributes model;
+                for (std::size_t i = 0; i < attributes; ++i)
+                    model.list.emplace_back((i % 2 == 0 ? "b" : "C\xC3\xA4") + std::to_string(i / 2 % 40), std::to_string(i));
+                const std::string document = model.ToTag();
+                const RewriteRun run =
+                    Rewrite(isWide ? Utf8ToUtf16LE(document) : document, isWide ? wide : narrow, {}, [&](Rewriter* rewriter) {
+                        rewriter->OnContent("", [&](RewriterToken token) {
+                            for (std::size_t i = 0; i < edits; ++i)
+                                EditBoth(&random, &token, &model);
+                        });
+                    });
+                EXPECT_EQ(run.feeding, 0U);
+                EXPECT_EQ(run.ending, 0U);
+                ASSERT_EQ(run.output, isWide ? Utf8ToUtf16LE(model.ToTag()) : model.ToTag()) << document << ", edits: " << edits;
+            }
+        }
+    }
 }
 
 // ------------------------------------------------------------------------------------- a tag with an edit, parsed again

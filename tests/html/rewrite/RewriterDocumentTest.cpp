@@ -234,6 +234,26 @@ TEST(RewriterDocumentTest, AnExceptionEndsRemovals) {
     EXPECT_EQ(output.bytes, "a<b>de!f");
 }
 
+/// What was removed before an exception neither ends a later removal nor goes on with it.
+TEST(RewriterDocumentTest, RemovalsAfterAnExceptionAreTheirOwn) {
+    CollectingHandler output;
+    Rewriter rewriter(&output);
+    const auto remove = [](RewriterElement element) {
+        element.Remove();
+        element.InsertAfter("!", CONTENT_TEXT);
+    };
+    rewriter.OnElement("p", remove);
+    rewriter.OnElement("q", remove);
+    rewriter.OnElement("b", [](RewriterElement) { throw std::runtime_error("enough"); });
+    rewriter.StartParse(0, NARROW);
+    EXPECT_THROW(Feed(&rewriter, "a<p>c<b>d"), std::runtime_error);
+    EXPECT_EQ(Feed(&rewriter, "e<q>f</q>g<q>h<q>i</p>j<q>k</q>l"), 0U);
+    EXPECT_THROW(Feed(&rewriter, "<p>m<p>n</p>o<b>r</p>s"), std::runtime_error);
+    EXPECT_EQ(Feed(&rewriter, "t</p>u<q>v"), 0U);
+    EXPECT_EQ(rewriter.EndParse(), 0U);
+    EXPECT_EQ(output.bytes, "a<b>de!g!!j!l<b>r</p>st!u!");
+}
+
 /// Whatever came before the exception, the places of the next piece are right.
 TEST(RewriterDocumentTest, AnExceptionAtTheVeryBegin) {
     class Throwing final : public ParserObserver<char, std::string> {

@@ -78,6 +78,11 @@ TEST(RewriterTokenTest, ReplacesRemovesAndInserts) {
          "a12c"},
         {"the last replacement counts", "a<b>c", TOKEN_START_TAG,
          [](RewriterToken token) { return token.Replace("1", CONTENT_TEXT) + token.Remove() + token.Replace("2", CONTENT_TEXT); }, "a2c"},
+        {"what stands around a removed token grows together", "&<!--x-->amp;", TOKEN_COMMENT_TAG,
+         [](RewriterToken token) { return token.Remove(); }, "&amp;"},
+        {"to an end tag", "</<!--x-->b>", TOKEN_COMMENT_TAG, [](RewriterToken token) { return token.Remove(); }, "</b>"},
+        {"unless something stands there", "&<!--x-->amp;", TOKEN_COMMENT_TAG,
+         [](RewriterToken token) { return token.Replace(" ", CONTENT_TEXT); }, "& amp;"},
         {"wide text", "a<b>c", TOKEN_TEXT,
          [](RewriterToken token) { return token.Replace(WideStringView(To<WideString>("<\xE9")), CONTENT_TEXT); }, "&lt;\xC3\xA9<b>c"},
         {"characters beyond the first plane", "a<b>c", TOKEN_TEXT,
@@ -132,6 +137,14 @@ Edit Replace(std::string_view content, RewriteContent kind = CONTENT_TEXT) {
     return [=](RewriterToken token) { return token.Replace(content, kind); };
 }
 
+/// The same after an attribute of the tag has been set.
+Edit AfterChange(const Edit& edit) {
+    return [=](RewriterToken token) {
+        EXPECT_EQ(token.SetAttribute("c", "e"), REWRITE_OK);
+        return edit(token);
+    };
+}
+
 TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
     const Edit remove = [](RewriterToken token) { return token.Remove(); };
     const std::vector<Row> rows = {
@@ -178,6 +191,12 @@ TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
         {"noembed", "<noembed>a</noembed>", TOKEN_TEXT, Replace("</noembed>"), "<noembed>a</noembed>", REWRITE_ENDS_EARLY},
         {"noframes", "<noframes>a</noframes>", TOKEN_TEXT, Replace("</noframes>"), "<noframes>a</noframes>", REWRITE_ENDS_EARLY},
         {"nothing ends plaintext", "<plaintext>a", TOKEN_TEXT, Replace("</plaintext>"), "<plaintext></plaintext>"},
+        {"before a tag that has changed", "<xmp><b c=d/></xmp>", TOKEN_SHORT_TAG, AfterChange(Before("</xm")), "<xmp></xm<b c=e/></xmp>"},
+        {"a name that its \"<\" ends", "<xmp><b c=d/></xmp>", TOKEN_SHORT_TAG, AfterChange(Before("</xmp")), "<xmp><b c=e/></xmp>",
+         REWRITE_ENDS_EARLY},
+        {"after it", "<xmp><b c='</xm'/></xmp>", TOKEN_SHORT_TAG, AfterChange(After("p>")), "<xmp><b c='e'/>p></xmp>"},
+        {"what may go on after it", "<xmp><b c=d/></xmp>", TOKEN_SHORT_TAG, AfterChange(After("</xm")), "<xmp><b c=e/></xmp>",
+         REWRITE_ENDS_EARLY},
         {"a title has references", "<title>a</title>", TOKEN_TEXT, Replace("</title>"), "<title>&lt;/title&gt;</title>"},
         {"the end tag of a script may go", "<script>a</script>b", TOKEN_END_TAG, remove, "<script>ab"},
     };

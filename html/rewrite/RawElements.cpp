@@ -1,4 +1,4 @@
-#include "html/rewrite/RawText.h"
+#include "html/rewrite/RawElements.h"
 
 #include <string>
 
@@ -74,7 +74,7 @@ std::uint32_t FindRawElement(std::string_view name) {
     return RAW_NONE;
 }
 
-bool EndsRawText(std::uint32_t elements, std::string_view inserted, const RawSurroundings& surroundings) {
+bool EndsRawElement(std::uint32_t elements, std::string_view inserted, const RawSurroundings& surroundings) {
     const std::string text = std::string(surroundings.before).append(inserted).append(surroundings.after);
     const std::size_t begin = surroundings.before.size();
     const std::size_t end = begin + inserted.size();

@@ -33,7 +33,7 @@ struct RawSurroundings {
 
 /// Whether an inserted text, which may be empty, makes an end tag of one of the elements, or could together with what comes after it and
 /// is not yet known; in a script also "<!--" or the begin of its start tag, as an end tag does not count after both.
-bool EndsRawText(std::uint32_t elements, std::string_view inserted, const RawSurroundings& surroundings);
+bool EndsRawElement(std::uint32_t elements, std::string_view inserted, const RawSurroundings& surroundings);
 
 /// Whether the text of a comment would end it, or does so in browsers.
 bool EndsComment(std::string_view text);
