@@ -396,20 +396,28 @@ public:
     Editing(Rewriter* editedRewriter, const EditedDocument* editedDocument, std::size_t bytesOfUnit)
         : rewriter(editedRewriter), document(editedDocument), unit(bytesOfUnit) {}
 
-    void Edit(HTML::RewriterToken token) {
-        const std::uint64_t begin = token.GetPlace().begin;
-        for (; next < document->edits.size() && document->edits[next].tokenBegin * unit == begin; ++next)
-            refused += document->edits[next].edit(token) == 0 ? 0 : 1;
+    void DoEdits(HTML::RewriterToken token) {
+        for (; IsAt(token) && document->edits[next].ofToken != nullptr; ++next)
+            wrongAnswers += document->edits[next].ofToken(token) ? 0 : 1;
     }
 
-    void Edit() {
-        Edit(rewriter->GetToken());
+    void DoEdits() {
+        DoEdits(rewriter->GetToken());
+    }
+
+    void DoEdits(HTML::RewriterElement element) {
+        for (; IsAt(element.GetStartTag()) && document->edits[next].ofElement != nullptr; ++next)
+            wrongAnswers += document->edits[next].ofElement(element) ? 0 : 1;
     }
 
     std::size_t next = 0;
-    std::size_t refused = 0;
+    std::size_t wrongAnswers = 0;
 
 private:
+    bool IsAt(HTML::RewriterToken token) const {
+        return next < document->edits.size() && document->edits[next].tokenBegin * unit == token.GetPlace().begin;
+    }
+
     Rewriter* rewriter;
     const EditedDocument* document;
     std::size_t unit;
@@ -421,19 +429,19 @@ public:
     explicit EditingObserver(Editing* sharedEditing) : editing(sharedEditing) {}
 
     void OnText(HTML::TextData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnStartTag(HTML::StartTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnShortTag(HTML::ShortTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnEndTag(HTML::EndTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnCommentTag(HTML::CommentTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
 
 private:
@@ -444,9 +452,9 @@ class EditTest : public testing::TestWithParam<std::uint64_t> {};
 
 /// An edit changes exactly its place.
 TEST_P(EditTest, RandomEdits) {
-    std::uint64_t edits = 0;
+    EditsSeen seen;
     for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        const EditedDocument document = MakeEditedDocument(seed);
+        const EditedDocument document = MakeEditedDocument(seed, &seen);
         const bool isWide = seed / SHARDS % 2 == 1;
         const std::string bytes = isWide ? ToUtf16LE(document.bytes) : document.bytes;
         const std::string spliced = ApplySplices(document.bytes, document.splices);
@@ -463,7 +471,8 @@ TEST_P(EditTest, RandomEdits) {
         else if (listener == 1)
             rewriter.SetObserver(&wide);
         else
-            rewriter.OnContent("", [&](HTML::RewriterToken token) { editing.Edit(token); });
+            rewriter.OnContent("", [&](HTML::RewriterToken token) { editing.DoEdits(token); });
+        rewriter.OnElement("*", [&](HTML::RewriterElement element) { editing.DoEdits(element); });
         rewriter.StartParse(StringNS::CharSet::ISO_8859_1, isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
         for (const auto& [begin, end] : PiecesOf(dice.OneIn(2) ? cuts : Cuts(), bytes.size())) {
             const HeapPiece<char> piece(std::string_view(bytes).substr(begin, end - begin));
@@ -472,10 +481,16 @@ TEST_P(EditTest, RandomEdits) {
         ASSERT_EQ(rewriter.EndParse(), 0U);
         ASSERT_EQ(output.bytes, isWide ? ToUtf16LE(spliced) : spliced) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
         ASSERT_EQ(editing.next, document.edits.size()) << "seed " << seed;
-        ASSERT_EQ(editing.refused, 0U) << "seed " << seed;
-        edits += document.edits.size();
+        ASSERT_EQ(editing.wrongAnswers, 0U) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
     }
-    EXPECT_GT(edits, DOCUMENTS / SHARDS);
+    // It has asked for everything.
+    EXPECT_GT(seen.ofTokens, 1000U);
+    EXPECT_GT(seen.ofAttributes, 500U);
+    EXPECT_GT(seen.ofTexts, 500U);
+    for (const std::uint64_t number : seen.ofElements)
+        EXPECT_GT(number, 200U);
+    EXPECT_GT(seen.refused, 200U);
+    EXPECT_GT(seen.inRemovedContent, 200U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shards, EditTest, testing::Range<std::uint64_t>(0, SHARDS));
