@@ -35,6 +35,9 @@ constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 constexpr std::size_t CUT_LENGTH = KESTRA_ENUMERATED_LENGTH - 2;     // of those that are cut in every way
 
+/// In bytes, where it is limited: short enough for most documents to go over.
+constexpr std::uint64_t LONGEST_TOKEN = 18;
+
 /// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>", "<p a=b", "<script>//"};
 
@@ -56,7 +59,7 @@ public:
 };
 
 /// Who listens, and what happens then.
-enum class Listener { NOBODY, NARROW, WIDE, CONTENT, ELEMENTS, THROWING, COUNT };
+enum class Listener { NOBODY, NARROW, WIDE, CONTENT, ELEMENTS, THROWING, STOPPING, LIMITING, COUNT };
 
 enum class Input { NARROW, NARROW_AUTO, WIDE, WIDE_AUTO, COUNT };
 
@@ -87,7 +90,8 @@ struct Seen {
 /// Looks at each token, and throws now and then.
 class Listening {
 public:
-    Listening(Rewriter* observedRewriter, bool throwsNowAndThen) : rewriter(observedRewriter), throws(throwsNowAndThen) {}
+    Listening(Rewriter* observedRewriter, Listener listener)
+        : rewriter(observedRewriter), throws(listener == Listener::THROWING), stops(listener == Listener::STOPPING) {}
 
     void Begin(Seen* counters) {
         seen = counters;
@@ -100,7 +104,10 @@ public:
         const HTML::TokenPlace place = token.GetPlace();
         ++seen->tokens;
         wrong = wrong || token.IsOver() || token.GetBytes().size() != place.end - place.begin;
-        if (throws && ++calls % 5 == 0) {
+        ++calls;
+        if (stops && calls % 3 == 0)
+            rewriter->Stop();
+        if (throws && calls % 5 == 0) {
             ++seen->exceptions;
             throw std::runtime_error("the host has had enough");
         }
@@ -111,6 +118,7 @@ public:
 private:
     Rewriter* rewriter;
     bool throws;
+    bool stops;
     Seen* seen = nullptr;
     unsigned calls = 0;
 };
@@ -152,9 +160,8 @@ private:
 /// A rewriter with its listener, for one document after the other.
 class CopyingRewriter {
 public:
-    explicit CopyingRewriter(Listener listener)
-        : rewriter(&output), listening(&rewriter, listener == Listener::THROWING), narrow(&listening), wide(&listening) {
-        if (listener == Listener::NARROW || listener == Listener::THROWING)
+    explicit CopyingRewriter(Listener listener) : rewriter(&output), listening(&rewriter, listener), narrow(&listening), wide(&listening) {
+        if (listener == Listener::NARROW || listener == Listener::THROWING || listener == Listener::STOPPING)
             rewriter.SetObserver(&narrow);
         else if (listener == Listener::WIDE)
             rewriter.SetObserver(&wide);
@@ -162,6 +169,12 @@ public:
             rewriter.OnContent("", [this](HTML::RewriterToken) { listening.Look(); });
         else if (listener == Listener::ELEMENTS)
             rewriter.OnElement("p > [a], .b a", [this](HTML::RewriterElement) { listening.Look(); });
+        if (listener == Listener::LIMITING) {
+            rewriter.OnContent("", [this](HTML::RewriterToken) { listening.Look(); });
+            rewriter.SetMaxTokenSize(LONGEST_TOKEN);
+            rewriter.SetMaxAttributes(2);
+            rewriter.SetMaxDepth(3);
+        }
     }
 
     /// @param document  in bytes, like the cuts
@@ -267,7 +280,7 @@ Reading MakeReading(std::uint64_t number) {
     return reading;
 }
 
-constexpr std::uint64_t READINGS = 6 * 4 * 2;
+constexpr std::uint64_t READINGS = 8 * 4 * 2;
 constexpr std::uint64_t STEP = 7;  // has no factor in common with the numbers of choices
 
 /// The next reading, and the same of a document in the other flavour.
