@@ -21,11 +21,14 @@
 namespace {
 
 using Kestra::Test::Dice;
+using Kestra::Test::DocumentMaker;
 using Kestra::Test::MadeDocument;
 
 constexpr std::size_t LONGEST_SEED = 900;  // bytes; the fuzzer is quicker with short ones
 
-std::string MakeDocumentSeed(const MadeDocument& made, Dice* dice) {
+/// Every third is rich in elements whose content is text.
+std::string MakeDocumentSeed(DocumentMaker* maker, std::uint64_t seed, Dice* dice) {
+    const MadeDocument made = seed % 3 == 2 ? maker->MakeWithContents(seed) : maker->Make(seed);
     Kestra::Fuzz::FuzzedDocument document;
     document.charset = made.charset;
     document.bytes = std::string_view(made.bytes).substr(0, LONGEST_SEED);
@@ -33,7 +36,8 @@ std::string MakeDocumentSeed(const MadeDocument& made, Dice* dice) {
     return Kestra::Fuzz::WriteFuzzedDocument(document);
 }
 
-std::string MakeEventSeed(const MadeDocument& made, Dice* dice) {
+std::string MakeEventSeed(DocumentMaker* maker, std::uint64_t seed, Dice* dice) {
+    const MadeDocument made = maker->Make(seed);
     constexpr std::size_t COPYINGS = 4;
     Kestra::Fuzz::FuzzedEvents events;
     events.charset = made.charset;
@@ -51,17 +55,17 @@ std::string MakeEventSeed(const MadeDocument& made, Dice* dice) {
     return Kestra::Fuzz::WriteFuzzedEvents(events);
 }
 
-using MakeSeed = std::string (*)(const MadeDocument& made, Dice* dice);
+using MakeSeed = std::string (*)(DocumentMaker* maker, std::uint64_t seed, Dice* dice);
 
 const std::map<std::string, MakeSeed> FUZZERS = {{"document-fuzzer", &MakeDocumentSeed}, {"event-fuzzer", &MakeEventSeed}};
 
 void WriteSeeds(MakeSeed makeSeed, const std::string& folder, std::uint64_t count) {
     const std::vector<std::string> pages = Kestra::Test::ReadPages(KESTRA_EXAMPLE_PAGES);
-    Kestra::Test::DocumentMaker maker(&pages);
+    DocumentMaker maker(&pages);
     for (std::uint64_t seed = 0; seed < count; ++seed) {
         Dice dice(seed);
         std::ofstream file(folder + "/made-" + std::to_string(seed), std::ios::binary);
-        file << makeSeed(maker.Make(seed), &dice);
+        file << makeSeed(&maker, seed, &dice);
     }
 }
 

@@ -35,6 +35,7 @@ int main(int argc, char** argv) try {
     HTML::Rewriter rewriter(&output);
     for (const char* name : {"href", "src", "action"})
         rewriter.OnElement("[" + std::string(name) + "]", [name](HTML::RewriterElement element) { MakeSafe(element.GetStartTag(), name); });
+    rewriter.SetScriptMode(HTML::GenericParser::SCRIPT_AS_TEXT);  // as browsers read them
     rewriter.StartParse(StringNS::CharSet::UNKNOWN, HTML::GenericParser::DATA_STREAM_AUTO);
     const std::uint32_t result = rewriter.ParseFile(std::filesystem::path(argv[1]).string<WideChar>().c_str());
     if (result == HTML::PARSER_OK && rewriter.EndParse() == HTML::PARSER_OK && output.file.flush())

@@ -510,14 +510,16 @@ void RewriterEngine::Emit(std::string_view bytes) {
 void RewriterEngine::EmitInsertion(const Insertion& insertion) {
     if (removals > 0 || insertion.bytes.empty())
         return;
-    if (!insertion.beginsAsText) {
+    if (insertion.textBegin == Insertion::NO_TEXT) {
         Emit(insertion.bytes);
         return;
     }
     std::string guarded;
     try {
-        guarded = insertion.bytes;
-        Guard(ViewTail(std::string_view(tail.data(), tailSize), ""), &guarded);
+        const std::string_view markup = std::string_view(insertion.bytes).substr(0, insertion.textBegin);
+        std::string guardedText = insertion.bytes.substr(insertion.textBegin);
+        Guard(ViewTail(markup, std::string_view(tail.data(), tailSize)), &guardedText);
+        guarded = std::string(markup).append(guardedText);
     } catch (const std::bad_alloc&) {
         guarded.clear();
     }
@@ -997,7 +999,7 @@ bool RewriterEngine::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inse
 void RewriterEngine::Put(Spot spot, std::string* bytes, bool isText) {
     const auto put = [&](Insertion* insertion) {
         insertion->bytes.swap(*bytes);
-        insertion->beginsAsText = isText;
+        insertion->textBegin = isText ? 0 : Insertion::NO_TEXT;
     };
     switch (spot) {
         case Spot::BEFORE:
@@ -1032,14 +1034,20 @@ void RewriterEngine::Put(Spot spot, std::string* bytes, bool isText) {
 
 /// After what was to be written there before.
 void RewriterEngine::Insert(std::string* bytes, bool isText, Insertion* insertion) const {
-    if (insertion->bytes.empty()) {
+    const std::size_t begin = insertion->bytes.size();
+    if (begin == 0) {
         insertion->bytes.swap(*bytes);
-        insertion->beginsAsText = isText;
+        insertion->textBegin = isText ? 0 : Insertion::NO_TEXT;
         return;
     }
+    const std::size_t size = bytes->size();
     if (isText)
         Guard(ViewTail(insertion->bytes, ""), bytes);
     insertion->bytes.append(*bytes);
+    // All that comes before the first text is known only when it is written.
+    const bool isGuarded = bytes->size() != size;
+    if (isText && size > 0 && !isGuarded && insertion->textBegin == Insertion::NO_TEXT)
+        insertion->textBegin = begin;
 }
 
 /// Of the element nothing is written but what takes its place.
@@ -1114,7 +1122,7 @@ std::uint32_t RewriterEngine::SetText(std::string_view newText) {
         if (isClosed)
             body.append(bytes.substr(bytes.size() - closerSize));
         edits.body.bytes.swap(body);
-        edits.body.beginsAsText = false;
+        edits.body.textBegin = Insertion::NO_TEXT;
         edits.hasBody = true;
         isEdited = true;
         return REWRITE_OK;

@@ -141,12 +141,14 @@ private:
 
     /// What is to be written somewhere, in the bytes of the document.
     struct Insertion {
+        static constexpr std::size_t NO_TEXT = std::string::npos;
+
         std::string bytes;
-        bool beginsAsText = false;  // and not as markup
+        std::size_t textBegin = NO_TEXT;  // of what was given as text first
 
         void Clear() {
             bytes.clear();
-            beginsAsText = false;
+            textBegin = NO_TEXT;
         }
     };
 

@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <memory>
 #include <type_traits>
+#include <vector>
 
 #include "html/framework/ParserObserver.h"
 #include "html/output/ParserObserverOutput.h"
 #include "html/parser/RecordCalls.h"
 #include "tests/reference/DocumentFeeding.h"
+#include "tests/reference/ReferenceReader.h"
 #include "tests/support/Flavours.h"
 #include "tests/support/Pieces.h"
 
@@ -188,8 +190,10 @@ private:
         // Bytes of UTF-16 between the markup of an 8-bit serializer are no document.
         if (!(reading.wideInput && !reading.wideObserver) && fault.empty()) {
             CheckText(record, place);
-            if constexpr (requires { record->attributes; })
+            if constexpr (requires { record->attributes; }) {
                 CheckAttributes(*record->attributes, place);
+                CheckParts(record, place);
+            }
         }
     }
 
@@ -265,6 +269,96 @@ private:
             Blame("an attribute too many", token);
     }
 
+    /// What each attribute was written as, against what the second tokenizer reads at the place of the tag.
+    template <template <typename, typename> class Record>
+    void CheckParts(Record<C, S>* record, const TokenPlace& token) {
+        std::vector<AttributePlace> found;
+        std::vector<AttributePlace> parts;
+        for (std::size_t i = 0; i < record->attributes->size(); ++i) {
+            AttributePlace whole;
+            if (parser->GetAttributeParts(i, &parts) != 0 || parser->GetAttributePlace(i, &whole) != 0 || parts.empty() ||
+                parts.front().begin != whole.begin || parts.back().end != whole.end) {
+                Blame("no parts of attribute " + std::to_string(i), token);
+                return;
+            }
+            found.insert(found.end(), parts.begin(), parts.end());
+        }
+        seen.words += found.size() - record->attributes->size();
+        if (parser->GetAttributeParts(record->attributes->size(), &parts) != 2)
+            Blame("parts of an attribute too many", token);
+        // A tag may end right before the character after it.
+        const std::uint64_t size = reading.wideInput ? 2 : 1;
+        std::string text;
+        for (std::uint64_t i = token.begin; i < std::min<std::uint64_t>(token.end + size, document.size()); i += size)
+            text += document[i];
+        // They are white space in wide text only, which the second tokenizer does not know.
+        if (reading.wideInput && text.find_first_of("\x85\xA0") != std::string::npos)
+            return;
+        const std::vector<AttributePlace> expected = SearchParts<Record>(text, token.begin);
+        if (!std::equal(found.begin(), found.end(), expected.begin(), expected.end(), IsSamePlace))
+            Blame("other parts than are written there: " + Show(found) + "but" + Show(expected), token);
+    }
+
+    static bool IsSamePlace(const AttributePlace& left, const AttributePlace& right) {
+        return left.begin == right.begin && left.end == right.end && left.nameBegin == right.nameBegin && left.nameEnd == right.nameEnd &&
+               left.valueBegin == right.valueBegin && left.valueEnd == right.valueEnd;
+    }
+
+    static std::string Show(const std::vector<AttributePlace>& places) {
+        std::string shown;
+        for (const AttributePlace& place : places)
+            shown += " [" + std::to_string(place.begin) + ", " + std::to_string(place.end) + ") value [" +
+                     std::to_string(place.valueBegin) + ", " + std::to_string(place.valueEnd) + ")";
+        return shown + " ";
+    }
+
+    /// The attributes of a tag as they are written, no bare word folded.
+    template <template <typename, typename> class Record>
+    std::vector<AttributePlace> SearchParts(std::string_view text, std::uint64_t begin) const {
+        const StringNS::CharSet::Code charset = parser->GetCharset();
+        const bool iso2022 =
+            !reading.wideInput && (charset == StringNS::CharSet::ISO_2022_JP || charset == StringNS::CharSet::ISO_2022_JP_SISO ||
+                                   charset == StringNS::CharSet::ISO_2022_KR);
+        const bool isEndTag = std::is_same_v<Record<C, S>, HTML::EndTagData<C, S>>;
+        const bool isInstruction = std::is_same_v<Record<C, S>, HTML::ExternTagData<C, S>>;
+        std::size_t offset = isEndTag || isInstruction ? 2 : 1;
+        ReferenceReader reader(text.substr(offset));
+        ReferenceAttributes attributes;
+        if (isEndTag) {
+            ReferenceEndTag tag;
+            reader.ReadEndTag(iso2022, &tag);
+            offset += tag.prefix.size() + tag.name.size() + tag.afterName.size();
+            attributes = tag.written;
+        } else if (isInstruction) {
+            ReferenceInstruction instruction;
+            reader.ReadInstruction(iso2022, &instruction);
+            offset += instruction.prefix.size() + instruction.name.size();
+            attributes = instruction.attributes;
+        } else {
+            ReferenceStartTag tag;
+            reader.ReadStartTag(iso2022, &tag);
+            offset += tag.prefix.size() + tag.name.size();
+            attributes = tag.written;
+        }
+        std::vector<AttributePlace> places;
+        for (const ReferenceAttribute& attribute : attributes) {
+            std::size_t marks[6] = {offset, 0, offset + attribute.prefix.size()};
+            marks[3] = marks[4] = marks[5] = marks[2] + attribute.name.size();
+            offset = marks[3];
+            if (attribute.hasValue) {
+                const std::size_t quote = attribute.quote == ReferenceQuote::NONE ? 0 : 1;
+                marks[4] = marks[3] + attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + quote;
+                marks[5] = marks[4] + attribute.value.size();
+                offset = marks[5] + quote;
+            }
+            marks[1] = offset;
+            const auto toBytes = [&](std::size_t mark) { return begin + mark * (reading.wideInput ? 2 : 1); };
+            places.push_back(
+                {toBytes(marks[0]), toBytes(marks[1]), toBytes(marks[2]), toBytes(marks[3]), toBytes(marks[4]), toBytes(marks[5])});
+        }
+        return places;
+    }
+
     bool HasQuotes(std::uint32_t quote, const AttributePlace& place) const {
         const std::uint64_t size = reading.wideInput ? 2 : 1;
         if (quote == HTML::QUOTE_NONE)
@@ -326,6 +420,7 @@ PlacesSeen& PlacesSeen::operator+=(const PlacesSeen& other) {
     tokens += other.tokens;
     exact += other.exact;
     attributes += other.attributes;
+    words += other.words;
     holes += other.holes;
     return *this;
 }

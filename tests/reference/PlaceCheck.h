@@ -27,6 +27,7 @@ struct PlacesSeen {
     std::uint64_t tokens = 0;
     std::uint64_t exact = 0;  ///< written back as they stand in the document
     std::uint64_t attributes = 0;
+    std::uint64_t words = 0;  ///< bare ones that the values of attributes have taken up
     std::uint64_t holes = 0;  ///< bytes in no token
 
     PlacesSeen& operator+=(const PlacesSeen& other);

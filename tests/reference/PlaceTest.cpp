@@ -75,6 +75,7 @@ TEST_P(PlaceTest, RandomDocuments) {
     EXPECT_GT(seen.tokens, 50000U);
     EXPECT_GT(seen.exact, seen.tokens / 2);
     EXPECT_GT(seen.attributes, 5000U);
+    EXPECT_GT(seen.words, 1000U);
     EXPECT_GT(seen.holes, 0U);
 }
 

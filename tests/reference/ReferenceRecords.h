@@ -29,6 +29,7 @@ struct ReferenceStartTag {
     std::string prefix;
     std::string name;
     ReferenceAttributes attributes;
+    ReferenceAttributes written;  ///< the same before bare words were folded
     std::string suffix;
     bool isShort = false;  ///< the tag ended with "/>"
 };
@@ -38,6 +39,7 @@ struct ReferenceEndTag {
     std::string name;
     std::string afterName;
     ReferenceAttributes attributes;
+    ReferenceAttributes written;  ///< the same before bare words were folded
     std::string suffix;
     bool slashBeforeClose = false;
     bool closed = true;

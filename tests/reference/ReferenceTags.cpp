@@ -113,7 +113,8 @@ ReferenceOutcome ReferenceReader::ReadStartTag(bool iso2022, ReferenceStartTag* 
         return outcome;
     if (!TakeIf('>'))  // a list is over in front of a ">" only
         return ReferenceOutcome::MALFORMED;
-    tag->attributes = Normalized(tag->attributes);
+    tag->written = tag->attributes;
+    tag->attributes = Normalized(tag->written);
     // A name keeps a "/" that touches it. The document's view of "<br/>" is the short tag "br".
     if (!tag->isShort && tag->attributes.empty() && tag->suffix.empty() && tag->name.size() > 1 && EndsWith(tag->name, '/')) {
         tag->name.pop_back();
@@ -139,7 +140,8 @@ ReferenceOutcome ReferenceReader::ReadEndTag(bool iso2022, ReferenceEndTag* tag)
     }
     if (!TakeIf('>'))
         return ReferenceOutcome::MALFORMED;
-    tag->attributes = Normalized(tag->attributes);
+    tag->written = tag->attributes;
+    tag->attributes = Normalized(tag->written);
     return ReferenceOutcome::COMPLETE;
 }
 

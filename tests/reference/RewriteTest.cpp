@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -28,11 +30,24 @@ using HTML::GenericParser;
 using HTML::Rewriter;
 
 constexpr std::uint64_t DOCUMENTS = 20000;
+constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 12000;
 constexpr std::uint64_t SHARDS = 16;
-constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH - 1;
-constexpr std::size_t CUT_LENGTH = 2;
+constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
+constexpr std::size_t CUT_LENGTH = KESTRA_ENUMERATED_LENGTH - 2;     // of those that are cut in every way
 
+/// In bytes, where it is limited: short enough for most documents to go over.
+constexpr std::uint64_t LONGEST_TOKEN = 18;
+
+/// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>", "<p a=b", "<script>//"};
+
+/// Before those that are cut: the middle of every construct as well.
+constexpr std::string_view CUT_CONTEXTS[] = {
+    "",           "<script>",   "<style>",    "<p a",        "<p a=b",    "<p b='c",     "</p",        "</p a/",
+    "<?xml a",    "<?xml a/",   "<?xml b/c",  "<?xml b='c'", "<?p",       "<!D",         "<!--",       "<![",
+    "<![CDATA",   "<![CDATA[x", "<![if",      "<![if x]y",   "<![endif]", "<script>/",   "<script>//", "<script>//<!",
+    "<script>/*", "<script>'",  "<script>/x", "<style>/*",   "<style>\"", "<script></p", "<title>",    "<script><!--<script",
+};
 
 class CollectingHandler final : public HTML::ParserObserverOutputHandler {
 public:
@@ -44,7 +59,7 @@ public:
 };
 
 /// Who listens, and what happens then.
-enum class Listener { NOBODY, NARROW, WIDE, CONTENT, ELEMENTS, THROWING, COUNT };
+enum class Listener { NOBODY, NARROW, WIDE, CONTENT, ELEMENTS, THROWING, STOPPING, LIMITING, COUNT };
 
 enum class Input { NARROW, NARROW_AUTO, WIDE, WIDE_AUTO, COUNT };
 
@@ -56,11 +71,13 @@ struct Reading {
     Feeding feeding = Feeding::BUFFERS;
     StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
     bool checksItself = false;
+    bool scriptsAsText = false;
 };
 
 std::string DescribeReading(const Reading& reading) {
     return "listener " + std::to_string(static_cast<int>(reading.listener)) + ", input " + std::to_string(static_cast<int>(reading.input)) +
-           ", feeding " + std::to_string(static_cast<int>(reading.feeding)) + (reading.checksItself ? ", self-check" : "");
+           ", feeding " + std::to_string(static_cast<int>(reading.feeding)) + (reading.checksItself ? ", self-check" : "") +
+           (reading.scriptsAsText ? ", scripts as text" : "");
 }
 
 /// What was seen in all documents, so that a test can tell that it saw anything.
@@ -73,15 +90,24 @@ struct Seen {
 /// Looks at each token, and throws now and then.
 class Listening {
 public:
-    Listening(Rewriter* observedRewriter, bool throwsNowAndThen, Seen* counters)
-        : rewriter(observedRewriter), throws(throwsNowAndThen), seen(counters) {}
+    Listening(Rewriter* observedRewriter, Listener listener)
+        : rewriter(observedRewriter), throws(listener == Listener::THROWING), stops(listener == Listener::STOPPING) {}
+
+    void Begin(Seen* counters) {
+        seen = counters;
+        wrong = false;
+        calls = 0;
+    }
 
     void Look() {
         const HTML::RewriterToken token = rewriter->GetToken();
         const HTML::TokenPlace place = token.GetPlace();
         ++seen->tokens;
         wrong = wrong || token.IsOver() || token.GetBytes().size() != place.end - place.begin;
-        if (throws && ++calls % 5 == 0) {
+        ++calls;
+        if (stops && calls % 3 == 0)
+            rewriter->Stop();
+        if (throws && calls % 5 == 0) {
             ++seen->exceptions;
             throw std::runtime_error("the host has had enough");
         }
@@ -92,7 +118,8 @@ public:
 private:
     Rewriter* rewriter;
     bool throws;
-    Seen* seen;
+    bool stops;
+    Seen* seen = nullptr;
     unsigned calls = 0;
 };
 
@@ -130,52 +157,86 @@ private:
     Listening* listening;
 };
 
-/// @param document  in bytes, like the cuts
-/// @return what is wrong, or nothing
-std::string FaultOfCopy(std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
-    Listening listening(&rewriter, reading.listener == Listener::THROWING, seen);
-    LookingObserver<char, std::string> narrow(&listening);
-    LookingObserver<WideChar, WideString> wide(&listening);
-    if (reading.listener == Listener::NARROW || reading.listener == Listener::THROWING)
-        rewriter.SetObserver(&narrow);
-    else if (reading.listener == Listener::WIDE)
-        rewriter.SetObserver(&wide);
-    else if (reading.listener == Listener::CONTENT)
-        rewriter.OnContent("", [&](HTML::RewriterToken) { listening.Look(); });
-    else if (reading.listener == Listener::ELEMENTS)
-        rewriter.OnElement("p > [a], .b a", [&](HTML::RewriterElement) { listening.Look(); });
-    rewriter.SetSelfCheck(reading.checksItself ? GenericParser::SELF_CHECK_CRC : GenericParser::SELF_CHECK_OFF);
-    const bool isAuto = reading.input == Input::NARROW_AUTO || reading.input == Input::WIDE_AUTO;
-    const GenericParser::DataStreamType type = isAuto                         ? GenericParser::DATA_STREAM_AUTO
-                                               : reading.input == Input::WIDE ? GenericParser::DATA_STREAM_UTF16
-                                                                              : GenericParser::DATA_STREAM_8BIT;
-    rewriter.StartParse(reading.charset, type);
-    const auto call = [&](auto&& feed) {
-        try {
-            seen->failures += feed() != 0 ? 1 : 0;
-        } catch (const std::runtime_error&) {
-        }
-    };
-    if (reading.feeding == Feeding::STREAM) {
-        CutInputStream stream;
-        stream.Reset(document, cuts);
-        // After an exception the stream goes on where it stands.
-        do {
-            call([&] { return rewriter.ParseStream(&stream, false); });
-        } while (!stream.IsEnd());
-    } else {
-        for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
-            const HeapPiece<char> piece(document.substr(begin, end - begin));
-            call([&] { return rewriter.ParseBuffer(piece.Data(), piece.Size()); });
+/// A rewriter with its listener, for one document after the other.
+class CopyingRewriter {
+public:
+    explicit CopyingRewriter(Listener listener) : rewriter(&output), listening(&rewriter, listener), narrow(&listening), wide(&listening) {
+        if (listener == Listener::NARROW || listener == Listener::THROWING || listener == Listener::STOPPING)
+            rewriter.SetObserver(&narrow);
+        else if (listener == Listener::WIDE)
+            rewriter.SetObserver(&wide);
+        else if (listener == Listener::CONTENT)
+            rewriter.OnContent("", [this](HTML::RewriterToken) { listening.Look(); });
+        else if (listener == Listener::ELEMENTS)
+            rewriter.OnElement("p > [a], .b a", [this](HTML::RewriterElement) { listening.Look(); });
+        if (listener == Listener::LIMITING) {
+            rewriter.OnContent("", [this](HTML::RewriterToken) { listening.Look(); });
+            rewriter.SetMaxTokenSize(LONGEST_TOKEN);
+            rewriter.SetMaxAttributes(2);
+            rewriter.SetMaxDepth(3);
         }
     }
-    call([&] { return rewriter.EndParse(); });
-    if (listening.wrong)
-        return "a token is not as long as its place";
-    return output.bytes == document ? "" : "came out as\n" + Trace::Escape(output.bytes);
-}
+
+    /// @param document  in bytes, like the cuts
+    /// @return what is wrong, or nothing
+    std::string Fault(std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
+        output.bytes.clear();
+        listening.Begin(seen);
+        rewriter.SetSelfCheck(reading.checksItself ? GenericParser::SELF_CHECK_CRC : GenericParser::SELF_CHECK_OFF);
+        rewriter.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
+        const bool isAuto = reading.input == Input::NARROW_AUTO || reading.input == Input::WIDE_AUTO;
+        const GenericParser::DataStreamType type = isAuto                         ? GenericParser::DATA_STREAM_AUTO
+                                                   : reading.input == Input::WIDE ? GenericParser::DATA_STREAM_UTF16
+                                                                                  : GenericParser::DATA_STREAM_8BIT;
+        rewriter.StartParse(reading.charset, type);
+        const auto call = [&](auto&& feed) {
+            try {
+                seen->failures += feed() != 0 ? 1 : 0;
+            } catch (const std::runtime_error&) {
+            }
+        };
+        if (reading.feeding == Feeding::STREAM) {
+            CutInputStream stream;
+            stream.Reset(document, cuts);
+            // After an exception the stream goes on where it stands.
+            do {
+                call([&] { return rewriter.ParseStream(&stream, false); });
+            } while (!stream.IsEnd());
+        } else {
+            for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+                const HeapPiece<char> piece(document.substr(begin, end - begin));
+                call([&] { return rewriter.ParseBuffer(piece.Data(), piece.Size()); });
+            }
+        }
+        call([&] { return rewriter.EndParse(); });
+        if (listening.wrong)
+            return "a token is not as long as its place";
+        return output.bytes == document ? "" : "came out as\n" + Trace::Escape(output.bytes);
+    }
+
+private:
+    CollectingHandler output;
+    Rewriter rewriter;
+    Listening listening;
+    LookingObserver<char, std::string> narrow;
+    LookingObserver<WideChar, WideString> wide;
+};
+
+/// A rewriter for each listener, which may have copied other documents before.
+class CopyChecker {
+public:
+    CopyChecker() {
+        for (std::size_t i = 0; i < std::size(rewriters); ++i)
+            rewriters[i] = std::make_unique<CopyingRewriter>(static_cast<Listener>(i));
+    }
+
+    std::string Fault(std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
+        return rewriters[static_cast<std::size_t>(reading.listener)]->Fault(document, reading, cuts, seen);
+    }
+
+private:
+    std::unique_ptr<CopyingRewriter> rewriters[static_cast<std::size_t>(Listener::COUNT)];
+};
 
 std::string InputBytes(std::string_view latin1, Input input) {
     switch (input) {
@@ -192,11 +253,14 @@ std::string InputBytes(std::string_view latin1, Input input) {
     return std::string(latin1);
 }
 
-bool Check(std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
-    const std::string fault = FaultOfCopy(document, reading, cuts, seen);
+bool Check(CopyChecker* checker, std::string_view document, const Reading& reading, const Cuts& cuts, Seen* seen) {
+    const std::string fault = checker->Fault(document, reading, cuts, seen);
     if (fault.empty())
         return true;
-    ADD_FAILURE() << Trace::Escape(document) << "\ncut at " << Describe(cuts) << ", " << DescribeReading(reading) << "\n" << fault;
+    const bool isAlways = !CopyChecker().Fault(document, reading, cuts, seen).empty();
+    ADD_FAILURE() << (isAlways ? "" : "only after other documents: ") << Trace::Escape(document) << "\ncut at " << Describe(cuts) << ", "
+                  << DescribeReading(reading) << "\n"
+                  << fault;
     return false;
 }
 
@@ -212,11 +276,23 @@ Reading MakeReading(std::uint64_t number) {
     reading.input = turn(Input::COUNT);
     reading.feeding = turn(Feeding::COUNT);
     reading.checksItself = number % 4 == 0;
+    reading.scriptsAsText = number % 3 == 0;
     return reading;
 }
 
-constexpr std::uint64_t READINGS = 6 * 4 * 2;
+constexpr std::uint64_t READINGS = 8 * 4 * 2;
 constexpr std::uint64_t STEP = 7;  // has no factor in common with the numbers of choices
+
+/// The next reading, and the same of a document in the other flavour.
+std::array<Reading, 2> MakeReadingsOfBothFlavours(std::uint64_t* number) {
+    const Reading reading = MakeReading(*number += STEP);
+    Reading narrow = reading;
+    Reading wide = reading;
+    const bool isAuto = reading.input == Input::NARROW_AUTO || reading.input == Input::WIDE_AUTO;
+    narrow.input = isAuto ? Input::NARROW_AUTO : Input::NARROW;
+    wide.input = isAuto ? Input::WIDE_AUTO : Input::WIDE;
+    return {narrow, wide};
+}
 
 const std::vector<std::string>& Pages() {
     static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
@@ -227,6 +303,7 @@ class CopyTest : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(CopyTest, RandomDocuments) {
     DocumentMaker maker(&Pages());
+    CopyChecker checker;
     Seen seen;
     for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -236,11 +313,32 @@ TEST_P(CopyTest, RandomDocuments) {
             Reading reading = MakeReading(seed / SHARDS * 2 * STEP + i * STEP);
             reading.charset = made.charset;
             const std::string bytes = InputBytes(made.bytes, reading.input);
-            ASSERT_TRUE(Check(bytes, reading, i == 0 ? Cuts() : CutsOfShortReads(bytes.size(), &dice), &seen));
+            ASSERT_TRUE(Check(&checker, bytes, reading, i == 0 ? Cuts() : CutsOfShortReads(bytes.size(), &dice), &seen));
         }
     }
     EXPECT_GT(seen.tokens, 10000U);
     EXPECT_GT(seen.failures, 0U);
+    EXPECT_GT(seen.exceptions, 100U);
+}
+
+TEST_P(CopyTest, DocumentsWithContents) {
+    DocumentMaker maker(&Pages());
+    CopyChecker checker;
+    Seen seen;
+    std::uint64_t number = GetParam();
+    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const MadeDocument made = maker.MakeWithContents(seed);
+        Dice dice(seed);
+        for (Reading reading : MakeReadingsOfBothFlavours(&number)) {
+            reading.charset = made.charset;
+            reading.scriptsAsText = true;
+            const std::string bytes = InputBytes(made.bytes, reading.input);
+            ASSERT_TRUE(Check(&checker, bytes, reading, {}, &seen));
+            ASSERT_TRUE(Check(&checker, bytes, reading, CutsOfShortReads(bytes.size(), &dice), &seen));
+        }
+    }
+    EXPECT_GT(seen.tokens, DOCUMENTS_WITH_CONTENTS / SHARDS * 4);
     EXPECT_GT(seen.exceptions, 100U);
 }
 
@@ -250,48 +348,54 @@ INSTANTIATE_TEST_SUITE_P(Shards, CopyTest, testing::Range<std::uint64_t>(0, SHAR
 class EnumeratedCopyTest : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(EnumeratedCopyTest, WholeAndByteByByte) {
-    Seen seen;
-    std::uint64_t number = 0;
-    for (const std::string_view context : CONTEXTS) {
-        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
-            const Reading reading = MakeReading(number += STEP);
-            const std::string bytes = InputBytes(document, reading.input);
-            return Check(bytes, reading, {}, &seen) && Check(bytes, reading, CutsEvery(1, bytes.size()), &seen);
-        });
-    }
-}
-
-TEST_P(EnumeratedCopyTest, CutInEveryWay) {
+    CopyChecker checker;
     Seen seen;
     std::uint64_t number = GetParam();
     for (const std::string_view context : CONTEXTS) {
+        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
+            for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
+                const std::string bytes = InputBytes(document, reading.input);
+                if (!Check(&checker, bytes, reading, {}, &seen) || !Check(&checker, bytes, reading, CutsEvery(1, bytes.size()), &seen))
+                    return false;
+            }
+            return true;
+        });
+    }
+    EXPECT_GT(seen.tokens, 0U);
+}
+
+/// In UTF-16 in the middle of characters too.
+TEST_P(EnumeratedCopyTest, CutInEveryWay) {
+    CopyChecker checker;
+    Seen seen;
+    std::uint64_t number = GetParam();
+    for (const std::string_view context : CUT_CONTEXTS) {
         ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], CUT_LENGTH, [&](std::string_view document) {
             bool isGood = true;
-            // By turns, a few for each string.
-            constexpr std::uint64_t TURNS = 6;
-            for (std::uint64_t i = 0; i < TURNS; ++i) {
-                const Reading reading = MakeReading(number += STEP);
+            for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
                 const std::string bytes = InputBytes(document, reading.input);
                 const std::size_t tail = bytes.size() - InputBytes(context, reading.input).size();
                 ForEverySplitOfTheTail(bytes.size(), tail,
-                                       [&](const Cuts& cuts) { return isGood = isGood && Check(bytes, reading, cuts, &seen); });
+                                       [&](const Cuts& cuts) { return isGood = isGood && Check(&checker, bytes, reading, cuts, &seen); });
             }
             return isGood;
         });
     }
+    EXPECT_GT(seen.tokens, 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedCopyTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
 
 TEST(PageCopyTest, ExamplePages) {
+    CopyChecker checker;
     Seen seen;
     for (const std::string& page : Pages()) {
         for (std::uint64_t i = 0; i < READINGS; ++i) {
             const Reading reading = MakeReading(i);
             const std::string bytes = InputBytes(page, reading.input);
-            EXPECT_TRUE(Check(bytes, reading, {}, &seen));
+            EXPECT_TRUE(Check(&checker, bytes, reading, {}, &seen));
             for (const std::size_t size : {7U, 4097U})
-                EXPECT_TRUE(Check(bytes, reading, CutsEvery(size, bytes.size()), &seen));
+                EXPECT_TRUE(Check(&checker, bytes, reading, CutsEvery(size, bytes.size()), &seen));
         }
     }
     EXPECT_GT(seen.tokens, 1000U);
@@ -305,20 +409,28 @@ public:
     Editing(Rewriter* editedRewriter, const EditedDocument* editedDocument, std::size_t bytesOfUnit)
         : rewriter(editedRewriter), document(editedDocument), unit(bytesOfUnit) {}
 
-    void Edit(HTML::RewriterToken token) {
-        const std::uint64_t begin = token.GetPlace().begin;
-        for (; next < document->edits.size() && document->edits[next].tokenBegin * unit == begin; ++next)
-            refused += document->edits[next].edit(token) == 0 ? 0 : 1;
+    void DoEdits(HTML::RewriterToken token) {
+        for (; IsAt(token) && document->edits[next].ofToken != nullptr; ++next)
+            wrongAnswers += document->edits[next].ofToken(token) ? 0 : 1;
     }
 
-    void Edit() {
-        Edit(rewriter->GetToken());
+    void DoEdits() {
+        DoEdits(rewriter->GetToken());
+    }
+
+    void DoEdits(HTML::RewriterElement element) {
+        for (; IsAt(element.GetStartTag()) && document->edits[next].ofElement != nullptr; ++next)
+            wrongAnswers += document->edits[next].ofElement(element) ? 0 : 1;
     }
 
     std::size_t next = 0;
-    std::size_t refused = 0;
+    std::size_t wrongAnswers = 0;
 
 private:
+    bool IsAt(HTML::RewriterToken token) const {
+        return next < document->edits.size() && document->edits[next].tokenBegin * unit == token.GetPlace().begin;
+    }
+
     Rewriter* rewriter;
     const EditedDocument* document;
     std::size_t unit;
@@ -330,19 +442,19 @@ public:
     explicit EditingObserver(Editing* sharedEditing) : editing(sharedEditing) {}
 
     void OnText(HTML::TextData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnStartTag(HTML::StartTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnShortTag(HTML::ShortTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnEndTag(HTML::EndTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
     void OnCommentTag(HTML::CommentTagData<C, S>*) override {
-        editing->Edit();
+        editing->DoEdits();
     }
 
 private:
@@ -353,9 +465,9 @@ class EditTest : public testing::TestWithParam<std::uint64_t> {};
 
 /// An edit changes exactly its place.
 TEST_P(EditTest, RandomEdits) {
-    std::uint64_t edits = 0;
+    EditsSeen seen;
     for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        const EditedDocument document = MakeEditedDocument(seed);
+        const EditedDocument document = MakeEditedDocument(seed, &seen);
         const bool isWide = seed / SHARDS % 2 == 1;
         const std::string bytes = isWide ? ToUtf16LE(document.bytes) : document.bytes;
         const std::string spliced = ApplySplices(document.bytes, document.splices);
@@ -372,7 +484,8 @@ TEST_P(EditTest, RandomEdits) {
         else if (listener == 1)
             rewriter.SetObserver(&wide);
         else
-            rewriter.OnContent("", [&](HTML::RewriterToken token) { editing.Edit(token); });
+            rewriter.OnContent("", [&](HTML::RewriterToken token) { editing.DoEdits(token); });
+        rewriter.OnElement("*", [&](HTML::RewriterElement element) { editing.DoEdits(element); });
         rewriter.StartParse(StringNS::CharSet::ISO_8859_1, isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
         for (const auto& [begin, end] : PiecesOf(dice.OneIn(2) ? cuts : Cuts(), bytes.size())) {
             const HeapPiece<char> piece(std::string_view(bytes).substr(begin, end - begin));
@@ -381,10 +494,16 @@ TEST_P(EditTest, RandomEdits) {
         ASSERT_EQ(rewriter.EndParse(), 0U);
         ASSERT_EQ(output.bytes, isWide ? ToUtf16LE(spliced) : spliced) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
         ASSERT_EQ(editing.next, document.edits.size()) << "seed " << seed;
-        ASSERT_EQ(editing.refused, 0U) << "seed " << seed;
-        edits += document.edits.size();
+        ASSERT_EQ(editing.wrongAnswers, 0U) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
     }
-    EXPECT_GT(edits, DOCUMENTS / SHARDS);
+    // It has asked for everything.
+    EXPECT_GT(seen.ofTokens, 1000U);
+    EXPECT_GT(seen.ofAttributes, 500U);
+    EXPECT_GT(seen.ofTexts, 500U);
+    for (const std::uint64_t number : seen.ofElements)
+        EXPECT_GT(number, 200U);
+    EXPECT_GT(seen.refused, 200U);
+    EXPECT_GT(seen.inRemovedContent, 200U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shards, EditTest, testing::Range<std::uint64_t>(0, SHARDS));

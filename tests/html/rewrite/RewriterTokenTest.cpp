@@ -213,6 +213,20 @@ TEST(RewriterTokenTest, TextDoesNotGoOnWithMarkup) {
         {"within what is inserted", "x<b>", TOKEN_TEXT,
          [](RewriterToken token) { return token.InsertAfter("&am", CONTENT_MARKUP) + token.InsertAfter("p;", CONTENT_TEXT); },
          "x&am&#112;;<b>"},
+        {"with a reference that inserted markup goes on with", "x &<b>", TOKEN_TEXT,
+         [](RewriterToken token) { return token.InsertAfter("am", CONTENT_MARKUP) + token.InsertAfter("p;", CONTENT_TEXT); },
+         "x &am&#112;;<b>"},
+        {"with a tag that inserted markup goes on with", "x<b>", TOKEN_TEXT,
+         [](RewriterToken token) {
+             return token.Replace("<", CONTENT_MARKUP) + token.InsertAfter("/", CONTENT_MARKUP) + token.InsertAfter("i", CONTENT_TEXT);
+         },
+         "</&#105;<b>"},
+        {"an empty text between markup makes no text of it", "x &<b>", TOKEN_TEXT,
+         [](RewriterToken token) {
+             return token.InsertAfter("", CONTENT_TEXT) + token.InsertAfter("a", CONTENT_MARKUP) + token.InsertAfter("", CONTENT_TEXT) +
+                    token.InsertAfter("mp;", CONTENT_MARKUP);
+         },
+         "x &amp;<b>"},
         {"markup is the host's affair", "x &am<b>", TOKEN_TEXT, After("p;", CONTENT_MARKUP), "x &amp;<b>"},
         {"nothing to go on with", "x &amp;<b>", TOKEN_TEXT, After("p"), "x &amp;p<b>"},
     };
