@@ -19,6 +19,10 @@
 
 namespace Kestra::HTML {
 
+/// For `LimitBuffers`: there is no string in it.
+template <typename Visitor>
+void ForEachString(StatelessAttributePlace&, Visitor&) {}
+
 namespace {
 
 enum State : std::uint32_t {
@@ -234,6 +238,7 @@ std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset
     wentOver = false;
     pieceLeft = false;
     pieceOffset = 0;
+    attributePlaces.clear();
     BeginToken();
     GetDelegate().Call(ID_START_PARSING);
     started = true;
@@ -247,6 +252,7 @@ std::uint32_t StatelessHTMLParser::EndParse() {
     if (!started)
         return STATELESS_OK;
     const bool isOver = stopped || wentOver;
+    attributePlaces.clear();
     if (!isOver)
         GetDelegate().Call(ID_STOP_PARSING);
     line = 1;
@@ -362,6 +368,13 @@ std::uint32_t StatelessHTMLParser::GetCurrentColumnNumber(std::size_t* out) cons
 
 std::uint32_t StatelessHTMLParser::GetCurrentOffset(std::uint64_t* out) const {
     *out = started ? GetOffset() : 0;
+    return STATELESS_OK;
+}
+
+std::uint32_t StatelessHTMLParser::GetAttributePlace(std::size_t index, StatelessAttributePlace* place) const {
+    if (place == nullptr || !busy.Get() || index >= attributePlaces.size())
+        return STATELESS_INVALID_ARGUMENT;
+    *place = attributePlaces[index];
     return STATELESS_OK;
 }
 
@@ -612,6 +625,7 @@ void StatelessHTMLParser::LimitBuffers(bool isNewDocument) {
         if (text.empty())
             visit(text);
         visit(attributes);
+        visit(attributePlaces);
         visit(tokens);
         visit(wideName);
         visit(wideText);
@@ -765,6 +779,7 @@ std::uint32_t StatelessHTMLParser::ParseValue() {
         valueState = Next() == '\'' ? VALUE_SINGLE_QUOTED : Next() == '"' ? VALUE_DOUBLE_QUOTED : VALUE_UNQUOTED;
         if (valueState != VALUE_UNQUOTED)
             Consume();
+        attributePlace.valueBegin = GetOffset();
     }
     if (valueState != VALUE_UNQUOTED)
         return ReadQuoted(valueState == VALUE_SINGLE_QUOTED ? '\'' : '"');
@@ -793,6 +808,7 @@ void StatelessHTMLParser::InitAttrParser() {
     attributeState = ATTRIBUTE_NAME;
     InitIdentifierParser();
     value.clear();
+    attributePlace.begin = GetOffset();
 }
 
 /// One attribute; completes with an empty name when there is none.
@@ -808,19 +824,25 @@ std::uint32_t StatelessHTMLParser::ParseAttr() {
         if (result != STATELESS_OK)
             return SkipBadAttribute();
         attributeState = ATTRIBUTE_EQUALS;
+        attributePlace.nameEnd = GetOffset();
+        attributePlace.nameBegin = attributePlace.nameEnd - identifier.size();
     }
     if (attributeState == ATTRIBUTE_EQUALS) {
         if (!SkipWhiteSpace())
             return STATELESS_NEED_MORE_DATA;
         if (Next() != '=') {
             value.clear();
+            attributePlace.valueBegin = attributePlace.valueEnd = attributePlace.end = attributePlace.nameEnd;
             return STATELESS_OK;
         }
         Consume();
         attributeState = ATTRIBUTE_VALUE;
         InitValueParser();
     }
-    return ParseValue();
+    const std::uint32_t result = ParseValue();
+    attributePlace.end = GetOffset();
+    attributePlace.valueEnd = attributePlace.end - (valueState == VALUE_UNQUOTED ? 0 : 1);
+    return result;
 }
 
 /// An attribute that begins with a byte that no name begins with takes the rest of the tag with it.
@@ -832,6 +854,7 @@ std::uint32_t StatelessHTMLParser::SkipBadAttribute() {
 
 void StatelessHTMLParser::InitAttrsParser() {
     attributes.clear();
+    attributePlaces.clear();
     InitAttrParser();
 }
 
@@ -847,7 +870,9 @@ std::uint32_t StatelessHTMLParser::ParseAttrs() {
         std::pair<std::string, std::string>& attribute = attributes.AppendRecycled();
         attribute.first.swap(identifier);
         attribute.second.swap(value);
+        attributePlaces.push_back(attributePlace);
         InitAttrParser();
+        attributePlace.begin = attributePlace.end;  // white space after a name has been read already
         if (!SkipWhiteSpace())
             return STATELESS_NEED_MORE_DATA;
         if (Is(Next(), TAG_STOP))
@@ -1448,6 +1473,7 @@ void StatelessHTMLParser::RaiseStartTag() {
 
 void StatelessHTMLParser::RaiseEndTag() {
     state = TEXT;
+    attributePlaces.clear();
     if (!GetDelegate().IsBound(ID_END_TAG))
         return;
     ToWide(StringNS::CharSet::UNKNOWN, tagName, &wideName);
@@ -1476,6 +1502,7 @@ void StatelessHTMLParser::RaiseExternTag() {
 
 void StatelessHTMLParser::RaiseEntityTag() {
     state = TEXT;
+    attributePlaces.clear();
     if (!GetDelegate().IsBound(ID_ENTITY_TAG))
         return;
     ToWide(StringNS::CharSet::UNKNOWN, tagName, &wideName);
@@ -1486,6 +1513,7 @@ void StatelessHTMLParser::RaiseEntityTag() {
 
 /// Text or a comment, which is over before anybody hears of it: an exception out of a callback must not bring it back.
 void StatelessHTMLParser::RaiseString(unsigned long id, std::string* bytes) {
+    attributePlaces.clear();
     const bool isBound = GetDelegate().IsBound(id);
     if (isBound)
         ConvertStr(*bytes, &wideText);

@@ -61,7 +61,7 @@ TEST(ToolEvents, Places) {
     EXPECT_EQ(JsonOf(page, {"--places"}),
               R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1}
 {"event":"Text","text":"ab","begin":0,"end":2,"line":1,"column":1}
-{"event":"StartTag","name":"p","attributes":[["c","d"]],"begin":2,"end":9,"line":1,"column":5}
+{"event":"StartTag","name":"p","attributes":[["c","d"]],"begin":2,"end":9,"line":1,"column":5,"attributePlaces":[{"begin":4,"end":8,"nameBegin":5,"nameEnd":6,"valueBegin":7,"valueEnd":8}]}
 {"event":"Text","text":"\n","begin":9,"end":10,"line":1,"column":12}
 {"event":"StartTag","name":"br","attributes":[],"begin":10,"end":15,"line":2,"column":2}
 {"event":"EndTag","name":"br","begin":15,"end":15,"line":2,"column":7}

@@ -61,7 +61,8 @@ constexpr const char* EVENTS_FOOTER =
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input. With --places the objects of callbacks get begin, end, line\n"
-    "and column.\n"
+    "and column, and attributePlaces when they have attributes: for each begin, end,\n"
+    "nameBegin, nameEnd, valueBegin and valueEnd, the last two null without a value.\n"
     "\n";
 
 constexpr const char* CHECK_FOOTER =
