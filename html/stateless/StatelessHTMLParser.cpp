@@ -21,7 +21,7 @@ namespace Kestra::HTML {
 
 /// For `LimitBuffers`: there is no string in it.
 template <typename Visitor>
-void ForEachString(StatelessAttributePlace&, Visitor&) {}
+void ForEachString(AttributePlace&, Visitor&) {}
 
 namespace {
 
@@ -371,7 +371,7 @@ std::uint32_t StatelessHTMLParser::GetCurrentOffset(std::uint64_t* out) const {
     return STATELESS_OK;
 }
 
-std::uint32_t StatelessHTMLParser::GetAttributePlace(std::size_t index, StatelessAttributePlace* place) const {
+std::uint32_t StatelessHTMLParser::GetAttributePlace(std::size_t index, AttributePlace* place) const {
     if (place == nullptr || !busy.Get() || index >= attributePlaces.size())
         return STATELESS_INVALID_ARGUMENT;
     *place = attributePlaces[index];

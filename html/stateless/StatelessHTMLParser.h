@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "html/framework/TokenPlace.h"
 #include "html/stateless/StatelessHTMLObserver.h"
 #include "html/stateless/StatelessResults.h"
 #include "platform/CharSet.h"
@@ -17,16 +18,6 @@
 #include "platform/Vector.h"
 
 namespace Kestra::HTML {
-
-/// Where an attribute lies that a `StatelessHTMLParser` has read: bytes from the first one fed after `StartParse`, `[begin, end)`.
-struct StatelessAttributePlace {
-    std::uint64_t begin = 0;  ///< of the white space before it
-    std::uint64_t end = 0;    ///< after its value, the closing quote included, or after its name when it has none
-    std::uint64_t nameBegin = 0;
-    std::uint64_t nameEnd = 0;
-    std::uint64_t valueBegin = 0;  ///< without its quotes; `nameEnd` when there is no value
-    std::uint64_t valueEnd = 0;
-};
 
 /// What a `StatelessHTMLParser` remembers between two bytes. A part of its own, so that an assignment can copy all of it before it
 /// changes anything.
@@ -84,8 +75,8 @@ struct StatelessHTMLParserData {
     std::uint32_t rawTextState = 0;
     std::string heldBack;  ///< at the end of a content: may begin its end tag, or something else that counts; not yet counted
 
-    StatelessAttributePlace attributePlace;  ///< of the one under way
-    Vector<StatelessAttributePlace> attributePlaces;
+    AttributePlace attributePlace;  ///< of the one under way
+    Vector<AttributePlace> attributePlaces;
 
     // Kept for their buffers.
     WideString wideName;
@@ -226,7 +217,7 @@ public:
     /// In a callback that gets attributes, the place of one.
     /// @param index  from 0, in document order. @param place  untouched when the answer is not 0
     /// @return 0; 2 for null, in another callback or out of one, or when there is no such attribute
-    std::uint32_t GetAttributePlace(std::size_t index, StatelessAttributePlace* place) const;
+    std::uint32_t GetAttributePlace(std::size_t index, AttributePlace* place) const;
 
 private:
     class Busy;

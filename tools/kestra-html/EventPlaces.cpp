@@ -28,9 +28,9 @@ HTML::TokenPlace EventPlaces::TakeEnd() {
 Vector<HTML::AttributePlace> EventPlaces::GetAttributes(std::size_t count) const {
     Vector<HTML::AttributePlace> places;
     for (std::size_t i = 0; i < count; ++i) {
-        HTML::StatelessAttributePlace place;
+        HTML::AttributePlace place;
         parser->GetAttributePlace(i, &place);
-        places.push_back({place.begin, place.end, place.nameBegin, place.nameEnd, place.valueBegin, place.valueEnd});
+        places.push_back(place);
     }
     return places;
 }

@@ -450,7 +450,7 @@ private:
     }
 
     void Add(std::string line, std::size_t attributes = 0) {
-        HTML::StatelessAttributePlace place;
+        HTML::AttributePlace place;
         for (std::size_t i = 0; i < attributes; ++i) {
             EXPECT_EQ(parser->GetAttributePlace(i, &place), 0U) << line;
             line += " [" + Cut(place.begin, place.end) + "|" + Cut(place.nameBegin, place.nameEnd) + "|";
@@ -473,7 +473,7 @@ Lines AttributePlacesOf(const std::string& document, const Cuts& cuts) {
     for (const auto& [begin, end] : PiecesOf(cuts, document.size()))
         parser.ParseBuffer(document.data() + begin, end - begin);
     parser.EndParse();
-    HTML::StatelessAttributePlace place;
+    HTML::AttributePlace place;
     EXPECT_EQ(parser.GetAttributePlace(0, &place), 2U);
     return listener.lines;
 }
