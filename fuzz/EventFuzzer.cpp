@@ -95,7 +95,8 @@ std::vector<std::uint32_t> ResultsOfStreams(const FuzzedEvents& events, const st
 }
 
 Test::EventRun ExpectedRun(const FuzzedEvents& events, const std::vector<std::string>& pieces) {
-    const Test::StatelessReferenceRun reference = Test::ParseStatelessByReference(pieces, events.charset, events.markupChooses ? 1 : 0);
+    const Test::StatelessReferenceRun reference =
+        Test::ParseStatelessByReference(pieces, events.charset, events.markupChooses ? 1 : 0, events.scriptsAsText);
     Test::EventRun expected;
     expected.trace = reference.trace;
     expected.parseResults = events.byStream ? ResultsOfStreams(events, reference.parseResults) : reference.parseResults;
@@ -135,6 +136,7 @@ std::string Describe(const Test::EventRun& run, const Lines& secondTrace) {
 std::string Describe(const FuzzedEvents& events, const std::vector<std::string>& pieces) {
     std::string shown = "charset " + std::to_string(events.charset) + (events.markupChooses ? ", the markup chooses" : "");
     shown += events.hasReadBefore ? ", has read before" : "";
+    shown += events.scriptsAsText ? ", scripts as text" : "";
     if (events.hasSecondObserver)
         shown +=
             ", second observer attached at " + std::to_string(events.attachedAt) + ", detached at " + std::to_string(events.detachedAt);

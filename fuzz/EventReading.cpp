@@ -22,6 +22,7 @@ void ReadToTheEnd(const FuzzedEvents& events, StatelessHTMLParser* parser) {
 
 EventReading::EventReading(const FuzzedEvents* fuzzedEvents)
     : events(fuzzedEvents), first(&run.trace), second(&secondTrace), parser(std::make_unique<StatelessHTMLParser>()) {
+    parser->SetScriptMode(events->scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS);
     if (events->hasReadBefore)
         ReadToTheEnd(*events, parser.get());
     parser->Attach(&first);

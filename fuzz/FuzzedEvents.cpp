@@ -22,6 +22,7 @@ constexpr unsigned COPYING_SHIFT = 2;
 constexpr unsigned COPYING_MASK = 3;
 constexpr unsigned SECOND_OBSERVER = 1 << 4;
 constexpr unsigned READ_BEFORE = 1 << 5;
+constexpr unsigned SCRIPTS_AS_TEXT = 1 << 6;
 
 constexpr std::size_t HEADER_SIZE = 5;
 
@@ -42,6 +43,7 @@ FuzzedEvents ReadFuzzedEvents(const std::uint8_t* data, std::size_t size) {
     events.copying = static_cast<Copying>(bits >> COPYING_SHIFT & COPYING_MASK);
     events.hasSecondObserver = (bits & SECOND_OBSERVER) != 0;
     events.hasReadBefore = (bits & READ_BEFORE) != 0;
+    events.scriptsAsText = (bits & SCRIPTS_AS_TEXT) != 0;
     const FuzzedCuts fuzzed = ReadFuzzedCuts(data + HEADER_SIZE, size - HEADER_SIZE);
     events.bytes = fuzzed.bytes;
     events.cuts = fuzzed.cuts;
@@ -61,6 +63,7 @@ std::string WriteFuzzedEvents(const FuzzedEvents& events) {
     bits |= events.byStream ? BY_STREAM : 0;
     bits |= events.hasSecondObserver ? SECOND_OBSERVER : 0;
     bits |= events.hasReadBefore ? READ_BEFORE : 0;
+    bits |= events.scriptsAsText ? SCRIPTS_AS_TEXT : 0;
     std::string input;
     input += static_cast<char>(charset == std::end(CHARSETS) ? 0 : charset - std::begin(CHARSETS));
     input += static_cast<char>(bits);

@@ -49,6 +49,7 @@ std::string MakeEventSeed(DocumentMaker* maker, std::uint64_t seed, Dice* dice) 
     events.bytes = std::string_view(made.bytes).substr(0, LONGEST_SEED);
     events.cuts = Kestra::Test::CutsOfShortReads(events.bytes.size(), dice);
     const std::size_t places = events.cuts.size() + 2;
+    events.scriptsAsText = dice->OneIn(2);
     events.copiedAt = dice->Below(places);
     events.attachedAt = dice->Below(places);
     events.detachedAt = dice->Below(places);

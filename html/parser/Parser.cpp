@@ -425,23 +425,29 @@ std::uint32_t Parser<C, S>::ParsePlainText() {
     std::uint32_t result = SP_NEED_MORE_DATA;
     while (result == SP_NEED_MORE_DATA && IsPlainText() && context.position < buffersDue) {
         const std::basic_string_view<C> run = Scan::RunUntil<Scan::LESS_THAN>(context);
-        const bool isWhole = textData.text.empty() && !Scan::AtEnd(context);
-        if (!isWhole)
+        if (Scan::AtEnd(context)) {
             textData.text.append(run);
-        if (Scan::AtEnd(context))
             break;
-        Scan::Advance(context);
-        if (!isWhole) {
-            DeliverText(1);
-        } else if (!run.empty()) {
-            AssignText(run.data(), run.data() + run.size(), &wholeText);
-            isWholeTextPending = true;
-            Deliver(TextData<C, S>{&wholeText}, 1);
-            isWholeTextPending = false;
         }
+        Scan::Advance(context);
+        DeliverTextWith(run);
         result = ReadTag();
     }
     return result;
+}
+
+/// After a "<": the text before it, with its end, which lies in the piece. Most texts do so as a whole.
+template <typename C, typename S>
+void Parser<C, S>::DeliverTextWith(std::basic_string_view<C> run) {
+    if (!textData.text.empty()) {
+        textData.text.append(run);
+        DeliverText(1);
+    } else if (!run.empty()) {
+        AssignText(run.data(), run.data() + run.size(), &wholeText);
+        isWholeTextPending = true;
+        Deliver(TextData<C, S>{&wholeText}, 1);
+        isWholeTextPending = false;
+    }
 }
 
 /// The content of an element that has no markup, and its end tag.
@@ -459,15 +465,7 @@ std::uint32_t Parser<C, S>::ParseRawText() {
     if (rawText.GetBegun() > 0)
         return ParseCutEndTag();
     Scan::Advance(context);
-    if (!textData.text.empty()) {
-        textData.text.append(run);
-        DeliverText(1);
-    } else if (!run.empty()) {
-        AssignText(run.data(), run.data() + run.size(), &wholeText);
-        isWholeTextPending = true;
-        Deliver(TextData<C, S>{&wholeText}, 1);
-        isWholeTextPending = false;
-    }
+    DeliverTextWith(run);
     return ReadTag();
 }
 

@@ -246,6 +246,7 @@ private:
 
     // Deliveries: one per recognizer that makes tokens.
     void DeliverText(std::uint64_t charactersAhead);
+    void DeliverTextWith(std::basic_string_view<C> run);
     void DeliverStartTag();
     void DeliverEndTag();
     void DeliverCommentTag();

@@ -29,10 +29,11 @@ public:
 
     virtual void OnStartParsing();
     virtual void OnStopParsing();
-    /// A start tag, except those of scripts and style sheets. A tag that ends in "/>" causes `OnEndTag` as well.
+    /// A start tag, except those of scripts and style sheets. A tag that ends in "/>" causes `OnEndTag` as well, unless text follows as its
+    /// content.
     virtual void OnStartTag(const WideChar* name, const Attributes* attributes);
     virtual void OnEndTag(const WideChar* name);
-    /// A whole script, from its start tag to its end tag. @param body  without its comments
+    /// A whole script, from its start tag to its end tag. @param body  without its comments, unless scripts are read as text
     virtual void OnScript(const Attributes* attributes, const WideChar* body);
     /// An instruction, "<?name attributes?>".
     virtual void OnExternTag(const WideChar* name, const Attributes* attributes);

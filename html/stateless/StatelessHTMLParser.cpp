@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -18,6 +19,10 @@
 
 namespace Kestra::HTML {
 
+/// For `LimitBuffers`: there is no string in it.
+template <typename Visitor>
+void ForEachString(AttributePlace&, Visitor&) {}
+
 namespace {
 
 enum State : std::uint32_t {
@@ -32,6 +37,8 @@ enum State : std::uint32_t {
     ENTITY_TAG = 8,
     SCRIPT = 9,
     STYLE = 10,
+    RAW_TEXT = 11,
+    RAW_TEXT_END = 12,
 };
 
 enum AttributeState : std::uint32_t { ATTRIBUTE_NAME = 0, ATTRIBUTE_EQUALS = 1, ATTRIBUTE_VALUE = 2 };
@@ -56,6 +63,19 @@ enum ScriptState : std::uint32_t {
 
 enum StyleState : std::uint32_t { STYLE_RULES = 0, STYLE_LESS_THAN = 1 };
 
+enum RawTextState : std::uint32_t { RAW_CONTENT = 0, RAW_ESCAPED = 1, RAW_DOUBLE_ESCAPED = 2 };
+
+/// The elements whose content may be read as text.
+enum RawElement : std::uint32_t { RAW_NONE = 0, RAW_SCRIPT = 1, RAW_STYLE = 2 };
+
+/// The beginnings of their end tags. Nothing ends the last one.
+constexpr std::string_view RAW_ENDS[] = {"",      "</script", "</style",   "</textarea", "</title",
+                                         "</xmp", "</iframe", "</noembed", "</noframes", "</plaintext"};
+constexpr std::uint32_t RAW_PLAINTEXT = std::size(RAW_ENDS) - 1;
+
+constexpr std::string_view ESCAPE_OPENER = "<!-";  // and "-"
+constexpr std::string_view NESTED_SCRIPT = "<script";
+
 constexpr std::uint32_t MARKUP_CHOOSES_CHARSET = 1;  // a bit of the flags
 
 constexpr std::string_view SCRIPT_END = "</script>";
@@ -70,6 +90,7 @@ constexpr Classes TAG_STOP = 1 << 3;     // "?", "/" and ">": an attribute list 
 constexpr Classes VALUE_STOP = 1 << 4;   // ">" and white space
 constexpr Classes SCRIPT_STOP = 1 << 5;  // what may change the state of a script
 constexpr Classes LINE_END = 1 << 6;     // CR and LF
+constexpr Classes RAW_STOP = 1 << 7;     // "<" and ">": what may change the state of an escaped part
 
 /// In the C locale: no byte from 128 up is in any class.
 constexpr std::array<Classes, 256> MakeClassTable() {
@@ -90,6 +111,8 @@ constexpr std::array<Classes, 256> MakeClassTable() {
     table['>'] = TAG_STOP | VALUE_STOP;
     for (const char stop : {'<', '*', '\'', '"'})
         table[static_cast<unsigned char>(stop)] |= SCRIPT_STOP;
+    table['<'] |= RAW_STOP;
+    table['>'] |= RAW_STOP;
     table['\r'] |= LINE_END;
     table['\n'] |= LINE_END;
     return table;
@@ -113,6 +136,21 @@ std::size_t RunUntil(const unsigned char* bytes, std::uint64_t size, Classes sto
 std::size_t RunUntilByte(const unsigned char* bytes, std::uint64_t size, char stop) {
     const void* const found = std::memchr(bytes, stop, static_cast<std::size_t>(size));
     return found == nullptr ? static_cast<std::size_t>(size) : static_cast<std::size_t>(static_cast<const unsigned char*>(found) - bytes);
+}
+
+/// Whether browsers end a name there: they know less white space.
+bool EndsRawName(unsigned char byte) {
+    return byte == '>' || byte == '/' || (Is(byte, WHITE_SPACE) && byte != '\v');
+}
+
+std::uint32_t FindRawElement(std::string_view name) {
+    const auto* const found = std::find_if(std::begin(RAW_ENDS) + 1, std::end(RAW_ENDS),
+                                           [name](std::string_view end) { return EqualsKeyword(name, end.substr(2)); });
+    return found == std::end(RAW_ENDS) ? RAW_NONE : static_cast<std::uint32_t>(found - std::begin(RAW_ENDS));
+}
+
+bool IsScriptOrStyle(std::uint32_t element) {
+    return element == RAW_SCRIPT || element == RAW_STYLE;
 }
 
 const char* Characters(const unsigned char* bytes) {
@@ -193,12 +231,14 @@ std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset
     lastByte = 0;
     state = TEXT;
     text.clear();
+    heldBack.clear();
     LimitBuffers(true);
     afterNewline = false;
     stopped = false;
     wentOver = false;
     pieceLeft = false;
     pieceOffset = 0;
+    attributePlaces.clear();
     BeginToken();
     GetDelegate().Call(ID_START_PARSING);
     started = true;
@@ -212,6 +252,7 @@ std::uint32_t StatelessHTMLParser::EndParse() {
     if (!started)
         return STATELESS_OK;
     const bool isOver = stopped || wentOver;
+    attributePlaces.clear();
     if (!isOver)
         GetDelegate().Call(ID_STOP_PARSING);
     line = 1;
@@ -249,10 +290,6 @@ std::uint32_t StatelessHTMLParser::SetMaxAttributes(std::uint64_t count) {
 
 std::uint64_t StatelessHTMLParser::GetMaxAttributes() const {
     return maxAttributes;
-}
-
-std::uint64_t StatelessHTMLParser::GetTokenEnd() const {
-    return tokenOffset;
 }
 
 std::uint32_t StatelessHTMLParser::ParseBuffer(const void* data, std::size_t size) {
@@ -308,6 +345,17 @@ unsigned long StatelessHTMLParser::GetFlags() const {
     return flags;
 }
 
+std::uint32_t StatelessHTMLParser::SetScriptMode(ScriptMode newMode) {
+    if (newMode != SCRIPT_AS_TOKENS && newMode != SCRIPT_AS_TEXT)
+        return STATELESS_INVALID_ARGUMENT;
+    scriptsAsText = newMode == SCRIPT_AS_TEXT;
+    return STATELESS_OK;
+}
+
+StatelessHTMLParser::ScriptMode StatelessHTMLParser::GetScriptMode() const {
+    return scriptsAsText ? SCRIPT_AS_TEXT : SCRIPT_AS_TOKENS;
+}
+
 std::uint32_t StatelessHTMLParser::GetCurrentLineNumber(std::size_t* out) const {
     *out = static_cast<std::size_t>(line);
     return STATELESS_OK;
@@ -319,11 +367,23 @@ std::uint32_t StatelessHTMLParser::GetCurrentColumnNumber(std::size_t* out) cons
 }
 
 std::uint32_t StatelessHTMLParser::GetCurrentOffset(std::uint64_t* out) const {
-    *out = started ? pieceOffset + position : 0;
+    *out = started ? GetOffset() : 0;
+    return STATELESS_OK;
+}
+
+std::uint32_t StatelessHTMLParser::GetAttributePlace(std::size_t index, AttributePlace* place) const {
+    if (place == nullptr || !busy.Get() || index >= attributePlaces.size())
+        return STATELESS_INVALID_ARGUMENT;
+    *place = attributePlaces[index];
     return STATELESS_OK;
 }
 
 // Walking over the piece
+
+/// What is held back counts as unread.
+std::uint64_t StatelessHTMLParser::GetOffset() const {
+    return pieceOffset + position - heldBack.size();
+}
 
 bool StatelessHTMLParser::AtEnd() const {
     return position >= length;
@@ -413,8 +473,10 @@ std::uint32_t StatelessHTMLParser::ParsePiece(const void* data, std::size_t size
     cursor = static_cast<const unsigned char*>(data);
     position = 0;
     length = size;
-    if (pieceLeft)
+    if (pieceLeft) {
+        heldBack.clear();
         BeginToken();
+    }
     pieceLeft = true;
     std::uint32_t result = RunMachine();
     pieceLeft = false;
@@ -431,7 +493,7 @@ std::uint32_t StatelessHTMLParser::ParsePiece(const void* data, std::size_t size
 
 /// Whether the token under way is longer than allowed with so many more bytes.
 bool StatelessHTMLParser::GoesOver(std::size_t count) const {
-    return pieceOffset + position + count - tokenOffset > maxBytes;
+    return GetOffset() + count - tokenOffset > maxBytes;
 }
 
 void StatelessHTMLParser::ApplyLimits() {
@@ -442,7 +504,7 @@ void StatelessHTMLParser::ApplyLimits() {
 
 /// The next byte is the first one of a token.
 void StatelessHTMLParser::BeginToken() {
-    tokenOffset = pieceOffset + position;
+    tokenOffset = GetOffset();
     tokenLine = line;
     tokenColumn = column;
     tokenAfterNewline = afterNewline;
@@ -451,8 +513,12 @@ void StatelessHTMLParser::BeginToken() {
 /// The token under way went over: the next call that feeds goes on at its first byte.
 void StatelessHTMLParser::GoBackToToken() {
     wentOver = true;
-    state = TEXT;
+    // A script or a style sheet begins with its start tag, another content after it.
+    const bool isInContent = (state == RAW_TEXT || state == RAW_TEXT_END) && !IsScriptOrStyle(rawElement);
+    state = isInContent ? RAW_TEXT : TEXT;
+    rawTextState = RAW_CONTENT;
     text.clear();
+    heldBack.clear();
     pieceOffset = tokenOffset;
     cursor = nullptr;
     position = 0;
@@ -480,7 +546,7 @@ std::uint32_t StatelessHTMLParser::FinishToken(Event raiseEvent) {
 //  1 "<"        703             to 2   to 6   to 3   703    to 7          to 7, unread  703
 //  3 "<!"       703             703    703    703    to 4   to 8          to 8, unread  703
 //  4 "<!-"      703             703    703    703    to 5   703           703           703
-//  2, 5 to 10   the construct's own parser reads on; to 0 when it is complete, from 7 also to 9 or 10
+//  2, 5 to 12   the construct's own parser reads on; to 0 when it is complete, from 7 also to 9, 10 or 11, from 11 to 12
 std::uint32_t StatelessHTMLParser::RunMachine() {
     std::uint32_t result = STATELESS_OK;
     while (!AtEnd() && result == STATELESS_OK) {
@@ -536,6 +602,14 @@ std::uint32_t StatelessHTMLParser::RunMachine() {
                 if (result == STATELESS_OK)
                     result = FinishToken([this] { RaiseBody(ID_STYLE); });
                 break;
+            case RAW_TEXT:
+                result = ParseRawText();
+                break;
+            case RAW_TEXT_END:
+                result = ParseRawTextEnd();
+                if (result == STATELESS_OK)
+                    result = FinishToken([this] { RaiseRawTextEnd(); });
+                break;
         }
     }
     return result;
@@ -551,6 +625,7 @@ void StatelessHTMLParser::LimitBuffers(bool isNewDocument) {
         if (text.empty())
             visit(text);
         visit(attributes);
+        visit(attributePlaces);
         visit(tokens);
         visit(wideName);
         visit(wideText);
@@ -595,7 +670,8 @@ std::uint32_t StatelessHTMLParser::ParseAfterLessThan() {
         Consume();
         state = AFTER_EXCLAMATION_MARK;
     } else if (Is(next, WHITE_SPACE | NAME_START)) {
-        if (Is(next, WHITE_SPACE))
+        isBrowsersName = !Is(next, WHITE_SPACE);
+        if (!isBrowsersName)
             Consume();
         InitStartTagParser();
         state = START_TAG;
@@ -634,6 +710,8 @@ std::uint32_t StatelessHTMLParser::ParseAfterHyphen() {
 
 /// A script or a style sheet is reported as one, behind its end tag; a "/" in front of the ">" changes nothing about it.
 std::uint32_t StatelessHTMLParser::FinishStartTag() {
+    if (scriptsAsText)
+        return FinishStartTagAsText();
     if (EqualsKeyword(tagName, "script")) {
         InitScriptTagParser();
         state = SCRIPT;
@@ -644,6 +722,17 @@ std::uint32_t StatelessHTMLParser::FinishStartTag() {
         return FinishToken([this] { RaiseStartTag(); });
     }
     return STATELESS_OK;
+}
+
+/// The same when contents are text. An exception out of the callback, or what stops the parser there, ends the content.
+std::uint32_t StatelessHTMLParser::FinishStartTagAsText() {
+    rawElement = isBrowsersName ? FindRawElement(tagName) : std::uint32_t{RAW_NONE};
+    const bool hasContent = rawElement != RAW_NONE;
+    selfClosing = selfClosing && !hasContent;
+    const std::uint32_t result = IsScriptOrStyle(rawElement) ? STATELESS_OK : FinishToken([this] { RaiseStartTag(); });
+    if (result == STATELESS_OK && hasContent)
+        InitRawTextParser();
+    return result;
 }
 
 // Names, values and lists
@@ -690,6 +779,7 @@ std::uint32_t StatelessHTMLParser::ParseValue() {
         valueState = Next() == '\'' ? VALUE_SINGLE_QUOTED : Next() == '"' ? VALUE_DOUBLE_QUOTED : VALUE_UNQUOTED;
         if (valueState != VALUE_UNQUOTED)
             Consume();
+        attributePlace.valueBegin = GetOffset();
     }
     if (valueState != VALUE_UNQUOTED)
         return ReadQuoted(valueState == VALUE_SINGLE_QUOTED ? '\'' : '"');
@@ -718,6 +808,7 @@ void StatelessHTMLParser::InitAttrParser() {
     attributeState = ATTRIBUTE_NAME;
     InitIdentifierParser();
     value.clear();
+    attributePlace.begin = GetOffset();
 }
 
 /// One attribute; completes with an empty name when there is none.
@@ -733,19 +824,25 @@ std::uint32_t StatelessHTMLParser::ParseAttr() {
         if (result != STATELESS_OK)
             return SkipBadAttribute();
         attributeState = ATTRIBUTE_EQUALS;
+        attributePlace.nameEnd = GetOffset();
+        attributePlace.nameBegin = attributePlace.nameEnd - identifier.size();
     }
     if (attributeState == ATTRIBUTE_EQUALS) {
         if (!SkipWhiteSpace())
             return STATELESS_NEED_MORE_DATA;
         if (Next() != '=') {
             value.clear();
+            attributePlace.valueBegin = attributePlace.valueEnd = attributePlace.end = attributePlace.nameEnd;
             return STATELESS_OK;
         }
         Consume();
         attributeState = ATTRIBUTE_VALUE;
         InitValueParser();
     }
-    return ParseValue();
+    const std::uint32_t result = ParseValue();
+    attributePlace.end = GetOffset();
+    attributePlace.valueEnd = attributePlace.end - (valueState == VALUE_UNQUOTED ? 0 : 1);
+    return result;
 }
 
 /// An attribute that begins with a byte that no name begins with takes the rest of the tag with it.
@@ -757,6 +854,7 @@ std::uint32_t StatelessHTMLParser::SkipBadAttribute() {
 
 void StatelessHTMLParser::InitAttrsParser() {
     attributes.clear();
+    attributePlaces.clear();
     InitAttrParser();
 }
 
@@ -772,7 +870,9 @@ std::uint32_t StatelessHTMLParser::ParseAttrs() {
         std::pair<std::string, std::string>& attribute = attributes.AppendRecycled();
         attribute.first.swap(identifier);
         attribute.second.swap(value);
+        attributePlaces.push_back(attributePlace);
         InitAttrParser();
+        attributePlace.begin = attributePlace.end;  // white space after a name has been read already
         if (!SkipWhiteSpace())
             return STATELESS_NEED_MORE_DATA;
         if (Is(Next(), TAG_STOP))
@@ -819,6 +919,7 @@ std::uint32_t StatelessHTMLParser::ParseStartTag() {
                 if (result != STATELESS_OK)
                     return result;
                 tagName = identifier;
+                isBrowsersName = isBrowsersName && EndsRawName(Next());
                 startTagState = TAG_LIST;
                 InitAttrsParser();
                 break;
@@ -1161,6 +1262,118 @@ bool StatelessHTMLParser::ParseStyleEnd() {
     return false;
 }
 
+void StatelessHTMLParser::InitRawTextParser() {
+    text.clear();
+    heldBack.clear();
+    rawTextState = RAW_CONTENT;
+    state = RAW_TEXT;
+}
+
+//  state              "<!--"   "<script"   "</script"   ">" after "--"   other
+//  0 content          to 1     keep        complete     keep             keep
+//  1 escaped          keep     to 2        complete     to 0             keep
+//  2 double escaped   keep     keep        to 1         to 0             keep
+//
+// States 1 and 2 are those of a script; other elements stay in state 0 and are complete at their own name. After a name must stand what
+// ends it in browsers. The hyphens of "<!--" count for the ">".
+std::uint32_t StatelessHTMLParser::ParseRawText() {
+    while (!AtEnd()) {
+        if (!heldBack.empty()) {
+            if (JudgeHeldBack())
+                return FinishRawText();
+            continue;
+        }
+        const std::uint64_t left = length - position;
+        std::size_t count = static_cast<std::size_t>(left);
+        if (rawElement != RAW_PLAINTEXT)
+            count = rawTextState == RAW_CONTENT ? RunUntilByte(cursor, left, '<') : RunUntil(cursor, left, RAW_STOP);
+        if (GoesOver(count))
+            return STATELESS_LIMIT_EXCEEDED;
+        text.append(Characters(cursor), count);
+        ConsumeContentRun(count);
+        if (AtEnd())
+            break;
+        if (Next() == '<') {
+            HoldBack();
+        } else {
+            if (text.ends_with("--"))
+                rawTextState = RAW_CONTENT;
+            text += '>';
+            ConsumeContent();
+        }
+    }
+    return IsScriptOrStyle(rawElement) ? STATELESS_NEED_MORE_DATA : STATELESS_OK;
+}
+
+/// The next byte neither belongs to the content nor is it counted until it is known what it is part of.
+void StatelessHTMLParser::HoldBack() {
+    heldBack += static_cast<char>(Next());
+    ++cursor;
+    ++position;
+}
+
+/// Looks at the byte after what is held back. True when it ends the name of the end tag, and it stays unread.
+bool StatelessHTMLParser::JudgeHeldBack() {
+    const char next = static_cast<char>(Next());
+    const auto mayBegin = [&](std::string_view mark) {
+        const std::size_t size = heldBack.size();
+        return size < mark.size() && EqualsKeyword(heldBack, mark.substr(0, size)) &&
+               EqualsKeyword(std::string_view(&next, 1), mark.substr(size, 1));
+    };
+    const std::string_view end = RAW_ENDS[rawElement];
+    std::string_view opener;
+    if (rawElement == RAW_SCRIPT && rawTextState != RAW_DOUBLE_ESCAPED)
+        opener = rawTextState == RAW_CONTENT ? ESCAPE_OPENER : NESTED_SCRIPT;
+    if (mayBegin(end) || mayBegin(opener)) {
+        HoldBack();
+        return false;
+    }
+    if (EqualsKeyword(heldBack, end) && EndsRawName(Next())) {
+        if (rawTextState != RAW_DOUBLE_ESCAPED)
+            return true;
+        rawTextState = RAW_ESCAPED;
+    } else if (EqualsKeyword(heldBack, opener) && (opener == ESCAPE_OPENER ? next == '-' : EndsRawName(Next()))) {
+        ++rawTextState;
+    }
+    for (const char byte : heldBack)
+        CountContent(static_cast<unsigned char>(byte));
+    column += heldBack.size();
+    text += heldBack;
+    heldBack.clear();
+    return false;
+}
+
+/// The content is complete. In its event the parser stands before the end tag, however the input is cut.
+std::uint32_t StatelessHTMLParser::FinishRawText() {
+    if (!IsScriptOrStyle(rawElement) && !text.empty()) {
+        if (GoesOver(0))
+            return STATELESS_LIMIT_EXCEEDED;
+        BeginToken();
+        state = TEXT;  // an exception ends the content
+        RaiseString(ID_TEXT, &text);
+        if (stopped)
+            return STATELESS_STOPPED;
+    }
+    tagName.assign(heldBack, 2);
+    column += heldBack.size();
+    heldBack.clear();
+    state = RAW_TEXT_END;
+    return STATELESS_OK;
+}
+
+/// What stands between the name of such an end tag and its ">" is dropped.
+std::uint32_t StatelessHTMLParser::ParseRawTextEnd() {
+    while (!AtEnd() && Next() != '>') {
+        CountContent(Next());
+        ++cursor;
+        ++position;
+    }
+    if (AtEnd())
+        return STATELESS_NEED_MORE_DATA;
+    Consume();
+    return STATELESS_OK;
+}
+
 // From bytes to events
 
 bool StatelessHTMLParser::MayChangeCharSet() const {
@@ -1260,10 +1473,20 @@ void StatelessHTMLParser::RaiseStartTag() {
 
 void StatelessHTMLParser::RaiseEndTag() {
     state = TEXT;
+    attributePlaces.clear();
     if (!GetDelegate().IsBound(ID_END_TAG))
         return;
     ToWide(StringNS::CharSet::UNKNOWN, tagName, &wideName);
     Raise(ID_END_TAG, wideName.c_str());
+}
+
+void StatelessHTMLParser::RaiseRawTextEnd() {
+    if (rawElement == RAW_SCRIPT)
+        RaiseBody(ID_SCRIPT);
+    else if (rawElement == RAW_STYLE)
+        RaiseBody(ID_STYLE);
+    else
+        RaiseEndTag();
 }
 
 void StatelessHTMLParser::RaiseExternTag() {
@@ -1279,6 +1502,7 @@ void StatelessHTMLParser::RaiseExternTag() {
 
 void StatelessHTMLParser::RaiseEntityTag() {
     state = TEXT;
+    attributePlaces.clear();
     if (!GetDelegate().IsBound(ID_ENTITY_TAG))
         return;
     ToWide(StringNS::CharSet::UNKNOWN, tagName, &wideName);
@@ -1289,6 +1513,7 @@ void StatelessHTMLParser::RaiseEntityTag() {
 
 /// Text or a comment, which is over before anybody hears of it: an exception out of a callback must not bring it back.
 void StatelessHTMLParser::RaiseString(unsigned long id, std::string* bytes) {
+    attributePlaces.clear();
     const bool isBound = GetDelegate().IsBound(id);
     if (isBound)
         ConvertStr(*bytes, &wideText);

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "html/framework/TokenPlace.h"
 #include "html/stateless/StatelessHTMLObserver.h"
 #include "html/stateless/StatelessResults.h"
 #include "platform/CharSet.h"
@@ -68,6 +69,15 @@ struct StatelessHTMLParserData {
     std::uint64_t tokenColumn = 1;
     bool tokenAfterNewline = false;
 
+    bool scriptsAsText = false;
+    bool isBrowsersName = false;   ///< browsers see the name of the start tag under way as well
+    std::uint32_t rawElement = 0;  ///< the one whose content is text
+    std::uint32_t rawTextState = 0;
+    std::string heldBack;  ///< at the end of a content: may begin its end tag, or something else that counts; not yet counted
+
+    AttributePlace attributePlace;  ///< of the one under way
+    Vector<AttributePlace> attributePlaces;
+
     // Kept for their buffers.
     WideString wideName;
     WideString wideText;
@@ -102,6 +112,11 @@ struct StatelessHTMLParserData {
 class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable, private StatelessHTMLParserData {
 public:
     static constexpr std::int32_t BUFFER_SIZE = 65536;  ///< bytes per read of a stream or file
+
+    enum ScriptMode : std::uint32_t {
+        SCRIPT_AS_TOKENS = 0,  ///< strings and comments in scripts are known, and one may hide the end tag
+        SCRIPT_AS_TEXT = 1,    ///< the content of scripts and the like is text, up to where browsers end it
+    };
 
     static constexpr unsigned long ID_START_PARSING = 0;
     static constexpr unsigned long ID_STOP_PARSING = 1;
@@ -150,7 +165,7 @@ public:
 
     /// Limits what one token may take. A token is a text, or what lies between a "<" and the end of the construct, white space and all; a
     /// script or a style sheet is one token with its tags. One of more bytes ends the call with 711. All events before it have been caused,
-    /// `GetTokenEnd` is the offset of its first byte, and line and column are those of that byte. `EndParse` then answers 0 without an
+    /// `GetCurrentOffset` is the offset of its first byte, and line and column are those of that byte. `EndParse` then answers 0 without an
     /// event. Or the host goes on: the next byte that it feeds has that offset, and is read as the first one of a token.
     ///
     /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB, its buffer, and 16 times the limit, when that is
@@ -167,13 +182,25 @@ public:
     std::uint32_t SetMaxAttributes(std::uint64_t count);
     std::uint64_t GetMaxAttributes() const;
 
-    /// Where the token ended that was read last, in bytes from the first one fed after `StartParse`. In a callback that is the token of the
-    /// event.
-    std::uint64_t GetTokenEnd() const;
-
     /// Bit 0: the markup may replace a charset that was given or found before. @return 0
     std::uint32_t SetFlags(unsigned long newFlags);
     unsigned long GetFlags() const;  ///< initially 1
+
+    /// How the content of elements without markup is read, from the next start tag on that is complete; what has begun goes on as it
+    /// began. It stays for the next documents, and copies have it.
+    ///
+    /// With SCRIPT_AS_TEXT the content of `script`, `style`, `textarea`, `title`, `xmp`, `iframe`, `noembed` and `noframes` is text up to
+    /// the element's own end tag: "</" and the name, compared without case, followed by white space, "/" or ">". In a script the part in
+    /// `<!--` and `-->` may hold scripts with their end tags, as the HTML standard has it. `OnScript` and `OnStyle` get the body as it is
+    /// written; of the other elements the events are `OnStartTag`, `OnText` unless the content is empty, and `OnEndTag`. Nothing ends
+    /// `plaintext`, so its content causes no event.
+    ///
+    /// What stands between the name of such an end tag and its first ">" is dropped. A "/" at the end of such a start tag closes nothing.
+    /// A tag whose name browsers would not see there, as in "< title>" and "<title=a>", has no such content; those of scripts and style
+    /// sheets then cause `OnStartTag`. A stop and an exception out of the callback of such a tag or of its text end the content.
+    /// @return 0; 2 for another value, and nothing changes
+    std::uint32_t SetScriptMode(ScriptMode newMode);
+    ScriptMode GetScriptMode() const;
 
     /// Line, from 1. Two line breaks in a row, of any kind, count as one. @param out  not null. @return 0
     std::uint32_t GetCurrentLineNumber(std::size_t* out) const;
@@ -182,9 +209,15 @@ public:
     std::uint32_t GetCurrentColumnNumber(std::size_t* out) const;
 
     /// Offset of the next unread byte, from the first one fed after `StartParse`. A construct lies between the offsets of the event before
-    /// it, or 0, and of its own; the end tag that a tag ending in "/>" causes lies, without a byte, after that tag.
+    /// it, or 0, and of its own; the end tag that a tag ending in "/>" causes lies, without a byte, after that tag. Bytes that may begin
+    /// the end tag of a content that is text count as unread, for line and column too.
     /// @param out  not null. @return 0
     std::uint32_t GetCurrentOffset(std::uint64_t* out) const;
+
+    /// In a callback that gets attributes, the place of one.
+    /// @param index  from 0, in document order. @param place  untouched when the answer is not 0
+    /// @return 0; 2 for null, in another callback or out of one, or when there is no such attribute
+    std::uint32_t GetAttributePlace(std::size_t index, AttributePlace* place) const;
 
 private:
     class Busy;
@@ -193,6 +226,7 @@ private:
     using Tokens = StatelessHTMLObserver::Tokens;
 
     // Walking over the piece.
+    std::uint64_t GetOffset() const;
     bool AtEnd() const;
     unsigned char Next() const;
     void Consume();
@@ -222,6 +256,7 @@ private:
     std::uint32_t ParseAfterExclamationMark();
     std::uint32_t ParseAfterHyphen();
     std::uint32_t FinishStartTag();
+    std::uint32_t FinishStartTagAsText();
 
     // The parsers of the constructs and of their parts. 0: complete; 16: the piece is used up; 701 to 703: malformed.
     void InitIdentifierParser();
@@ -252,6 +287,12 @@ private:
     void InitStyleTagParser();
     std::uint32_t ParseStyleTag();
     bool ParseStyleEnd();
+    void InitRawTextParser();
+    std::uint32_t ParseRawText();
+    void HoldBack();
+    bool JudgeHeldBack();
+    std::uint32_t FinishRawText();
+    std::uint32_t ParseRawTextEnd();
     std::uint32_t SkipBadAttribute();
     std::uint32_t ReadQuoted(char quote);
 
@@ -267,6 +308,7 @@ private:
     void Raise(unsigned long id, const void* first, const void* second = nullptr);
     void RaiseStartTag();
     void RaiseEndTag();
+    void RaiseRawTextEnd();
     void RaiseExternTag();
     void RaiseEntityTag();
     void RaiseString(unsigned long id, std::string* bytes);

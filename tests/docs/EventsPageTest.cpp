@@ -64,6 +64,8 @@ Outcome RunExample(const Block& input) {
     options.feed = Tool::FeedOptions::Feed::BUFFER;
     options.charset = input.GetNumber("charset");
     options.flags = input.GetNumber("flags", 1);
+    if (input.Has("as-text"))
+        options.scriptMode = StatelessHTMLParser::SCRIPT_AS_TEXT;
     options.pieceSize = input.GetNumber("pieces");
     CallbackLines sink(input.Has("all"));
     Tool::JsonEventObserver observer(&sink);
@@ -107,7 +109,7 @@ TEST(EventsPageTest, TheExamplesShowEveryResultOfTheMarkup) {
 }
 
 TEST(EventsPageTest, AnOptionOfAnExampleIsOneThatCounts) {
-    const std::set<std::string> known = {"all", "charset", "column", "flags", "line", "parse", "pieces"};
+    const std::set<std::string> known = {"all", "as-text", "charset", "column", "flags", "line", "parse", "pieces"};
     std::set<std::string> used;
     for (const Example& example : ReadExamples(PAGE)) {
         for (const auto& [option, value] : example.input.options)

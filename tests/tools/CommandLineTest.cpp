@@ -227,7 +227,8 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "--observer", ""}, "kestra-html: --observer:  not in {wide,narrow} (see kestra-html --help)"},
         {{"tokens", "--max-token", "x"}, "kestra-html: --max-token: \"x\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--scripts", "1"}, "kestra-html: --scripts: 1 not in {tokens,text} (see kestra-html --help)"},
-        {{"events", "--scripts", "text"}, "kestra-html: The following argument was not expected: --scripts (see kestra-html --help)"},
+        {{"events", "--scripts", "1"}, "kestra-html: --scripts: 1 not in {tokens,text} (see kestra-html --help)"},
+        {{"detect", "--scripts", "text"}, "kestra-html: The following argument was not expected: --scripts (see kestra-html --help)"},
         {{"tokens", "--feed", "file"}, "kestra-html: --feed: file not in {stream,buffer} (see kestra-html --help)"},
         {{"tokens", "--charset", "no-such-charset"},
          "kestra-html: --charset: \"no-such-charset\" is neither a number nor a registered charset name (see kestra-html --help)"},
@@ -354,9 +355,10 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
         EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
     }
     const std::string events = Parse({"events", "--help"}).answer;
-    for (const char* const part : {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
-                                   "--feed stream|buffer=stream", "--piece-size N=0", "--places", "--max-token N=0", "--flags N=1",
-                                   "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
+    for (const char* const part :
+         {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--feed stream|buffer=stream",
+          "--piece-size N=0", "--places", "--scripts tokens|text=tokens", "--max-token N=0", "--flags N=1", "with 16, is good",
+          "two columns", "JSON Lines", "\n  1  an input ended"}) {
         EXPECT_NE(events.find(part), std::string::npos) << part << "\n" << events;
     }
     const std::string rewrite = Parse({"rewrite", "--help"}).answer;

@@ -42,14 +42,17 @@ TEST(EventPlaces, AConstructLiesBetweenItsEventAndTheOneBefore) {
     const Lines expected = {
         R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1})",
         R"({"event":"Text","text":"ab\r\nc","begin":0,"end":5,"line":1,"column":1})",
-        R"({"event":"StartTag","name":"p","attributes":[["id","x"]],"begin":5,"end":14,"line":2,"column":5})",
+        R"({"event":"StartTag","name":"p","attributes":[["id","x"]],"begin":5,"end":14,"line":2,"column":5,)"
+        R"("attributePlaces":[{"begin":7,"end":12,"nameBegin":8,"nameEnd":10,"valueBegin":11,"valueEnd":12}]})",
         R"({"event":"Text","text":"\n","begin":14,"end":15,"line":2,"column":14})",
         R"({"event":"StartTag","name":"br","attributes":[],"begin":15,"end":20,"line":3,"column":2})",
         R"({"event":"EndTag","name":"br","begin":20,"end":20,"line":3,"column":7})",
         R"({"event":"Comment","text":"c","begin":20,"end":28,"line":3,"column":7})",
-        R"({"event":"ExternTag","name":"xml","attributes":[["v","1"]],"begin":28,"end":41,"line":3,"column":15})",
+        R"({"event":"ExternTag","name":"xml","attributes":[["v","1"]],"begin":28,"end":41,"line":3,"column":15,)"
+        R"("attributePlaces":[{"begin":33,"end":39,"nameBegin":34,"nameEnd":35,"valueBegin":37,"valueEnd":38}]})",
         R"({"event":"EntityTag","name":"m","tokens":["n"],"begin":41,"end":47,"line":3,"column":28})",
-        R"({"event":"Script","attributes":[["a",""]],"body":"x='</p>'","begin":47,"end":86,"line":3,"column":34})",
+        R"({"event":"Script","attributes":[["a",""]],"body":"x='</p>'","begin":47,"end":86,"line":3,"column":34,)"
+        R"("attributePlaces":[{"begin":54,"end":56,"nameBegin":55,"nameEnd":56,"valueBegin":null,"valueEnd":null}]})",
         R"({"event":"Style","attributes":[],"body":"p{}","begin":86,"end":104,"line":3,"column":84})",
         R"({"event":"EndTag","name":"p","begin":104,"end":108,"line":3,"column":112})",
         R"({"event":"StopParsing","begin":111,"end":111,"line":4,"column":5})",

@@ -61,7 +61,7 @@ TEST(ToolEvents, Places) {
     EXPECT_EQ(JsonOf(page, {"--places"}),
               R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1}
 {"event":"Text","text":"ab","begin":0,"end":2,"line":1,"column":1}
-{"event":"StartTag","name":"p","attributes":[["c","d"]],"begin":2,"end":9,"line":1,"column":5}
+{"event":"StartTag","name":"p","attributes":[["c","d"]],"begin":2,"end":9,"line":1,"column":5,"attributePlaces":[{"begin":4,"end":8,"nameBegin":5,"nameEnd":6,"valueBegin":7,"valueEnd":8}]}
 {"event":"Text","text":"\n","begin":9,"end":10,"line":1,"column":12}
 {"event":"StartTag","name":"br","attributes":[],"begin":10,"end":15,"line":2,"column":2}
 {"event":"EndTag","name":"br","begin":15,"end":15,"line":2,"column":7}
@@ -79,6 +79,33 @@ TEST(ToolEvents, Places) {
         }
     }
     EXPECT_NE(RunToolOn(page, {"events", "--places"}).output.find("\n     2:7     [15,15)           end(br)\n"), std::string::npos);
+}
+
+TEST(ToolEvents, Scripts) {
+    const std::string page = "<script>a='</script>';</script><title><b></title ><i>";
+    const std::string asTokens = R"({"event":"Script","attributes":[],"body":"a='</script>';","begin":0,"end":31,"line":1,"column":1}
+{"event":"StartTag","name":"title","attributes":[],"begin":31,"end":38,"line":1,"column":43}
+{"event":"StartTag","name":"b","attributes":[],"begin":38,"end":41,"line":1,"column":50}
+)";
+    const ToolRun tokens = RunJson(page, {"--places", "--scripts", "tokens"});
+    EXPECT_NE(tokens.output.find(asTokens), std::string::npos) << tokens.output;
+    EXPECT_NE(tokens.output.find("\"parse\":702,"), std::string::npos) << tokens.output;
+    EXPECT_EQ(RunJson(page, {"--places"}).output, tokens.output);
+    const std::string asText = R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1}
+{"event":"Script","attributes":[],"body":"a='","begin":0,"end":20,"line":1,"column":1}
+{"event":"Text","text":"';","begin":20,"end":22,"line":1,"column":24}
+{"event":"EndTag","name":"script","begin":22,"end":31,"line":1,"column":28}
+{"event":"StartTag","name":"title","attributes":[],"begin":31,"end":38,"line":1,"column":37}
+{"event":"Text","text":"<b>","begin":38,"end":41,"line":1,"column":44}
+{"event":"EndTag","name":"title","begin":41,"end":50,"line":1,"column":50}
+{"event":"StartTag","name":"i","attributes":[],"begin":50,"end":53,"line":1,"column":59}
+{"event":"StopParsing","begin":53,"end":53,"line":1,"column":62}
+{"event":"Result","startParse":0,"parse":0,"endParse":0,"line":1,"column":62,"file":"-"}
+)";
+    EXPECT_EQ(JsonOf(page, {"--places", "--scripts", "text"}), asText);
+    for (const char* const size : {"1", "5"})
+        EXPECT_EQ(JsonOf(page, {"--places", "--scripts", "text", "--piece-size", size}), asText) << size;
+    EXPECT_NE(RunToolOn(page, {"events", "--scripts", "text"}).output.find("\n     1:44    text(<b>)\n"), std::string::npos);
 }
 
 TEST(ToolEvents, ALongTokenEndsTheInput) {

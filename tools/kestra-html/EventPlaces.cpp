@@ -25,4 +25,14 @@ HTML::TokenPlace EventPlaces::TakeEnd() {
     return reached;
 }
 
+Vector<HTML::AttributePlace> EventPlaces::GetAttributes(std::size_t count) const {
+    Vector<HTML::AttributePlace> places;
+    for (std::size_t i = 0; i < count; ++i) {
+        HTML::AttributePlace place;
+        parser->GetAttributePlace(i, &place);
+        places.push_back(place);
+    }
+    return places;
+}
+
 }  // namespace Kestra::Tool

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
+
 #include "html/framework/TokenPlace.h"
 #include "html/stateless/StatelessHTMLParser.h"
+#include "platform/Vector.h"
 
 namespace Kestra::Tool {
 
@@ -18,6 +21,8 @@ public:
     HTML::TokenPlace TakeConstruct();
     /// The same for the end of the document.
     HTML::TokenPlace TakeEnd();
+    /// In the callback of an event with so many attributes: their places.
+    Vector<HTML::AttributePlace> GetAttributes(std::size_t count) const;
 
 private:
     const HTML::StatelessHTMLParser* parser;

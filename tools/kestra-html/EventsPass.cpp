@@ -18,6 +18,7 @@ EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_vi
                                const BytesDone& bytesDone) {
     EventsPassResult result;
     parser->SetFlags(options.flags);
+    parser->SetScriptMode(options.scriptMode);
     parser->SetMaxTokenSize(options.maxTokenSize);
     result.startParse = parser->StartParse(options.charset);
     if (options.feed == FeedOptions::Feed::STREAM) {

@@ -14,7 +14,8 @@ public:
 };
 
 /// Writes a file anew: beside it first, and then in its place. Until `Commit` the file is as it was, and so it is when that fails. A link
-/// stays one, and the file that it leads to is written. The permissions of the file are kept, and where it can be its owner.
+/// stays one, and the file that it leads to is written. The permissions of the file are kept, and where it can be its owner. Nothing is
+/// left beside it when the tool is interrupted.
 class InPlaceFile {
 public:
     /// @param name  of a regular file that is not read-only. @throws InPlaceFailed

@@ -67,18 +67,30 @@ void JsonEventObserver::End() {
     line.End();
 }
 
+/// A list is written as pairs, so the places of its items are a list beside it.
+void JsonEventObserver::EndWith(const Attributes& attributes) {
+    if (places) {
+        line.Place(places->TakeConstruct());
+        if (!attributes.empty()) {
+            const Vector<HTML::AttributePlace> attributePlaces = places->GetAttributes(attributes.size());
+            line.List("attributePlaces", &attributePlaces);
+        }
+    }
+    line.End();
+}
+
 void JsonEventObserver::Tag(std::string_view event, const WideChar* name, const Attributes* attributes) {
     line.Begin(event);
     line.String("name", name);
     line.List("attributes", attributes);
-    End();
+    EndWith(*attributes);
 }
 
 void JsonEventObserver::Element(std::string_view event, const Attributes* attributes, const WideChar* body) {
     line.Begin(event);
     line.List("attributes", attributes);
     line.String("body", body);
-    End();
+    EndWith(*attributes);
 }
 
 void JsonEventObserver::StringOnly(std::string_view event, const char* member, const WideChar* text) {

@@ -40,6 +40,7 @@ private:
     void StringOnly(std::string_view event, const char* member, const WideChar* text);
 
     void End();
+    void EndWith(const Attributes& attributes);
 
     std::optional<EventPlaces> places;
     JsonLine line;

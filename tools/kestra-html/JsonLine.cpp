@@ -178,6 +178,13 @@ void JsonLine::Item(const WideString& text) {
     Value(text);
 }
 
+void JsonLine::Item(const HTML::AttributePlace& place) {
+    writer.StartObject();
+    Place(place, place.valueBegin != place.nameEnd);
+    writer.EndObject();
+}
+
+template void JsonLine::List(const char* name, const Vector<HTML::AttributePlace>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
 template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<char, std::string>>* attributes,

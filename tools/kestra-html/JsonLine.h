@@ -41,7 +41,8 @@ public:
     void Calls(const CallResults& results);
     /// The member `file`. Names are UTF-8; a byte that is not is written as U+FFFD.
     void File(const std::string& inputName);
-    /// A null list is written as `null`. An item is an object, a string, or for a pair an array of two strings.
+    /// A null list is written as `null`. An item is an object, a string, or for a pair an array of two strings. The place of an attribute
+    /// whose value begins where its name ends is that of one without a value.
     template <typename T>
     void List(const char* name, const Vector<T>* items);
     /// The attributes of the tag or instruction that a parser is delivering, each with its three places.
@@ -61,6 +62,7 @@ private:
     template <typename S>
     void Item(const std::pair<S, S>& nameAndValue);
     void Item(const WideString& text);
+    void Item(const HTML::AttributePlace& place);
     template <typename S>
     void Text(const char* name, const S* text);
     template <typename S>

@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -21,6 +23,7 @@
 #include "platform/CharSet.h"
 #include "platform/Results.h"
 #include "tools/kestra-html/CallResults.h"
+#include "tools/kestra-html/FileNames.h"
 #include "tools/kestra-html/InPlaceFile.h"
 #include "tools/kestra-html/Input.h"
 #include "tools/kestra-html/InputSource.h"
@@ -60,6 +63,13 @@ private:
     InPlaceFile* file;
     bool isSilent;
 };
+
+/// Whether a name is that of a pipe, a device or the like: to open one may wait for ever, and to read it may take what is not there again.
+bool IsSpecialFile(const std::string& name) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(ToPath(name), error);
+    return !error && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) && !std::filesystem::is_directory(status);
+}
 
 /// Reads a stream to its end.
 /// @param take  gets each block
@@ -105,6 +115,8 @@ private:
     ExitStatus RunInput(std::size_t index) {
         const std::string& name = options.inputs[index];
         try {
+            if (options.inPlace && IsSpecialFile(name))
+                throw InPlaceFailed("cannot be written: it is not a regular file");
             OpenedInput input = OpenInput(name, NeedsCharset());
             if (input.stream == nullptr)
                 return DiagnoseUnread(name, ReadResult::UNREADABLE, console);

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "html/parser/GenericParser.h"
+#include "html/stateless/StatelessHTMLParser.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
 #include "tools/kestra-html/CharsetText.h"
@@ -25,6 +26,7 @@ const char* const EXIT_STATUS_HELP =
 namespace {
 
 using HTML::GenericParser;
+using HTML::StatelessHTMLParser;
 using StringNS::CharSet;
 
 constexpr const char* TOKENS_FOOTER =
@@ -59,7 +61,8 @@ constexpr const char* EVENTS_FOOTER =
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input. With --places the objects of callbacks get begin, end, line\n"
-    "and column.\n"
+    "and column, and attributePlaces when they have attributes: for each begin, end,\n"
+    "nameBegin, nameEnd, valueBegin and valueEnd, the last two null without a value.\n"
     "\n";
 
 constexpr const char* CHECK_FOOTER =
@@ -205,6 +208,16 @@ void FeedingSubcommand::AddMaxToken() {
     AddText("--max-token", &maxToken, "N", "most bytes of a token, 0 for any number; a longer\none ends the input with 711");
 }
 
+void FeedingSubcommand::AddScripts() {
+    AddChoice("--scripts", &scripts, {"tokens", "text"},
+              "look for strings and comments in scripts, or\nread the content of script, style, textarea,\ntitle and their like as "
+              "text, as browsers do");
+}
+
+bool FeedingSubcommand::WantsScriptsAsText() const {
+    return scripts == "text";
+}
+
 void FeedingSubcommand::TakeFeedOptions(FeedOptions* options, bool decodes) const {
     options->charset = ToCharset("--charset", charset, decodes);
     options->feed = feed == "buffer" ? FeedOptions::Feed::BUFFER : FeedOptions::Feed::STREAM;
@@ -220,19 +233,13 @@ void ParsingSubcommand::AddNoReparse() {
     AddFlag("--no-reparse", &noReparse, "stop when the charset is found late, instead\nof starting again with it");
 }
 
-void ParsingSubcommand::AddScripts() {
-    AddChoice(
-        "--scripts", &scripts, {"tokens", "text"},
-        "cut scripts into tokens, or read the content of\nscript, style, textarea, title and their like as\none text, as browsers do");
-}
-
 void ParsingSubcommand::TakeParseOptions(ParseOptions* options, bool decodes) const {
     TakeFeedOptions(options, decodes);
     if (input == "8bit")
         options->input = GenericParser::DATA_STREAM_8BIT;
     else if (input == "utf16")
         options->input = GenericParser::DATA_STREAM_UTF16;
-    options->scriptMode = scripts == "text" ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS;
+    options->scriptMode = WantsScriptsAsText() ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS;
     options->minConfidence = GetMinConfidence();
     options->reparse = !noReparse;
 }
@@ -274,6 +281,7 @@ EventsSubcommand::EventsSubcommand(CLI::App* tool)
     AddFormat();
     AddCharset();
     AddFeed();
+    AddScripts();
     AddMaxToken();
     AddText("--flags", &flags, "N", "flags of the parser; 1: the markup may replace\nthe charset");
     AddFlag("--places", &places, "tell where each construct lies, in bytes from\nthe first one");
@@ -285,6 +293,7 @@ EventsOptions EventsSubcommand::GetOptions() const {
     TakeFeedOptions(&options, true);
     options.format = GetFormat();
     options.flags = static_cast<std::uint32_t>(ToNumberWithin("--flags", flags, 0, UINT32_MAX));
+    options.scriptMode = WantsScriptsAsText() ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
     options.places = places;
     options.inputs = GetFiles();
     return options;

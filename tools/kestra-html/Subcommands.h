@@ -62,7 +62,9 @@ protected:
     void AddCharset();
     void AddFeed();
     void AddMaxToken();
+    void AddScripts();
 
+    bool WantsScriptsAsText() const;
     /// @param decodes  the text of the inputs is decoded, so that their charset needs a converter; else it only needs to be one
     /// @throws CLI::ValidationError
     void TakeFeedOptions(FeedOptions* options, bool decodes) const;
@@ -72,6 +74,7 @@ private:
     std::string feed = "stream";
     std::string pieceSize = "0";
     std::string maxToken = "0";
+    std::string scripts = "tokens";
 };
 
 /// A subcommand that cuts its inputs into tokens.
@@ -84,14 +87,12 @@ protected:
 
     void AddInput();
     void AddNoReparse();
-    void AddScripts();
 
     /// @param decodes  as for TakeFeedOptions. @throws CLI::ValidationError
     void TakeParseOptions(ParseOptions* options, bool decodes) const;
 
 private:
     std::string input = "auto";
-    std::string scripts = "tokens";
     bool noReparse = false;
 };
 

@@ -22,7 +22,9 @@ std::string Show(const Outcome& outcome) {
 }
 
 std::string Feed(const EventRow& row, const std::vector<std::string>& pieces) {
-    const EventRun run = ParseEvents(pieces, row.charset, row.flags);
+    HTML::StatelessHTMLParser parser;
+    parser.SetScriptMode(row.scriptMode);
+    const EventRun run = ParseEvents(&parser, pieces, row.charset, row.flags);
     EXPECT_EQ(run.endResult, 0U);
     std::string trace;
     for (const std::string& event : run.trace) {
@@ -109,6 +111,11 @@ EventRow& EventRow::AfterAndBytewise(std::string before, const Outcome& outcome)
 EventRow& EventRow::In(StringNS::CharSet::Code rowCharset, unsigned long rowFlags) {
     charset = rowCharset;
     flags = rowFlags;
+    return *this;
+}
+
+EventRow& EventRow::ScriptsAsText() {
+    scriptMode = HTML::StatelessHTMLParser::SCRIPT_AS_TEXT;
     return *this;
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "html/stateless/StatelessHTMLParser.h"
 #include "platform/CharSet.h"
 
 /// @file
@@ -62,6 +63,9 @@ struct EventRow {
 
     EventRow& In(StringNS::CharSet::Code rowCharset, unsigned long rowFlags = 1);
 
+    /// The contents of scripts and the like are text.
+    EventRow& ScriptsAsText();
+
     struct CutOutcome {
         std::string before;
         Outcome outcome;
@@ -74,6 +78,7 @@ struct EventRow {
     std::optional<Outcome> bytewise;
     StringNS::CharSet::Code charset = 0;
     unsigned long flags = 1;
+    HTML::StatelessHTMLParser::ScriptMode scriptMode = HTML::StatelessHTMLParser::SCRIPT_AS_TOKENS;
 };
 
 /// Feeds each row whole, cut at each place, so with empty pieces in between, and byte by byte.

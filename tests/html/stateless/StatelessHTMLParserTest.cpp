@@ -6,7 +6,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "html/stateless/StatelessHTMLParser.h"
@@ -14,6 +16,7 @@
 #include "platform/Services.h"
 #include "tests/support/EventRun.h"
 #include "tests/support/Flavours.h"
+#include "tests/support/Splits.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
 #include "tools/trace/EventTrace.h"
@@ -400,6 +403,105 @@ std::uint64_t OffsetOf(const StatelessHTMLParser& parser) {
     std::uint64_t offset = 0;
     EXPECT_EQ(parser.GetCurrentOffset(&offset), 0U);
     return offset;
+}
+
+/// In each callback, what can be got of the places of its attributes: the whole, the name and the value between bars.
+class AttributePlaceListener final : public HTML::StatelessHTMLObserver {
+public:
+    AttributePlaceListener(const StatelessHTMLParser* observedParser, std::string documentBytes)
+        : parser(observedParser), document(std::move(documentBytes)) {}
+
+    Lines lines;
+
+private:
+    void OnStartParsing() override {
+        Add("start-parsing");
+    }
+    void OnStopParsing() override {
+        Add("stop-parsing");
+    }
+    void OnStartTag(const WideChar*, const Attributes* attributes) override {
+        Add("start", attributes->size());
+    }
+    void OnEndTag(const WideChar*) override {
+        Add("end");
+    }
+    void OnScript(const Attributes* attributes, const WideChar*) override {
+        Add("script", attributes->size());
+    }
+    void OnExternTag(const WideChar*, const Attributes* attributes) override {
+        Add("extern", attributes->size());
+    }
+    void OnEntityTag(const WideChar*, const Tokens*) override {
+        Add("entity");
+    }
+    void OnComment(const WideChar*) override {
+        Add("comment");
+    }
+    void OnText(const WideChar*) override {
+        Add("text");
+    }
+    void OnStyle(const Attributes* attributes, const WideChar*) override {
+        Add("style", attributes->size());
+    }
+
+    std::string Cut(std::uint64_t begin, std::uint64_t end) const {
+        return document.substr(begin, end - begin);
+    }
+
+    void Add(std::string line, std::size_t attributes = 0) {
+        HTML::AttributePlace place;
+        for (std::size_t i = 0; i < attributes; ++i) {
+            EXPECT_EQ(parser->GetAttributePlace(i, &place), 0U) << line;
+            line += " [" + Cut(place.begin, place.end) + "|" + Cut(place.nameBegin, place.nameEnd) + "|";
+            line += place.valueBegin == place.nameEnd ? "none]" : "'" + Cut(place.valueBegin, place.valueEnd) + "']";
+        }
+        EXPECT_EQ(parser->GetAttributePlace(attributes, &place), 2U) << line;
+        EXPECT_EQ(parser->GetAttributePlace(0, nullptr), 2U);
+        lines.push_back(line);
+    }
+
+    const StatelessHTMLParser* parser;
+    std::string document;
+};
+
+Lines AttributePlacesOf(const std::string& document, const Cuts& cuts) {
+    StatelessHTMLParser parser;
+    AttributePlaceListener listener(&parser, document);
+    parser.Attach(&listener);
+    parser.StartParse(0);
+    for (const auto& [begin, end] : PiecesOf(cuts, document.size()))
+        parser.ParseBuffer(document.data() + begin, end - begin);
+    parser.EndParse();
+    HTML::AttributePlace place;
+    EXPECT_EQ(parser.GetAttributePlace(0, &place), 2U);
+    return listener.lines;
+}
+
+TEST(StatelessHTMLParserTest, PlacesOfAttributes) {
+    const std::string cuttable = "t<a b=c\n d  e = f  ><!g h i></a><script j k=></script><style l=m ></style><n o p=''q>r<";
+    const Lines expected = {"start-parsing",
+                            "text",
+                            "start [ b=c|b|'c'] [\n d|d|none] [  e = f|e|'f']",
+                            "entity",
+                            "end",
+                            "script [ j|j|none] [ k=|k|'']",
+                            "style [ l=m|l|'m']",
+                            "start [ o|o|none] [ p=''|p|''] [q|q|none]",
+                            "text",
+                            "stop-parsing"};
+    ForEverySplit(cuttable.size(), [&](const Cuts& cuts) {
+        const std::size_t quote = cuttable.find("q>");  // a value goes on after a cut there
+        if (std::find(cuts.begin(), cuts.end(), quote) == cuts.end()) {
+            EXPECT_EQ(AttributePlacesOf(cuttable, cuts), expected);
+        }
+    });
+    EXPECT_EQ(AttributePlacesOf("<?xml a='1' b=\"2\"?><c d='e>\"f' g/>x<!--h-->", {}),
+              (Lines{"start-parsing", "extern [ a='1'|a|'1'] [ b=\"2\"|b|'2']", "start [ d='e>\"f'|d|'e>\"f'] [ g|g|none]", "end", "text",
+                     "comment", "stop-parsing"}));
+    EXPECT_EQ(AttributePlacesOf("<a b @c d>", {}), (Lines{"start-parsing", "start [ b|b|none]", "stop-parsing"}));
+    EXPECT_EQ(AttributePlacesOf("<a b='c'd='e'>", {8}), (Lines{"start-parsing", "start [ b='c'd='|b|'c'd='] [e|e|none]", "stop-parsing"}))
+        << "a closing quote that ends a piece does not count";
 }
 
 TEST(StatelessHTMLParserTest, TheOffsetCountsBytesFromTheStartOfTheDocument) {

@@ -41,7 +41,8 @@ private:
     }
 };
 
-Results Play(StatelessHTMLParser* parser, std::string_view document, std::size_t pieceSize) {
+/// From `StartParse` on, for as long as the parser takes the pieces.
+Results Feed(StatelessHTMLParser* parser, std::string_view document, std::size_t pieceSize) {
     Results results = {parser->StartParse(0)};
     for (std::size_t i = 0; i < document.size() && (results.back() == 0 || results.back() == 16); i += pieceSize) {
         const std::size_t size = std::min(pieceSize, document.size() - i);
@@ -49,6 +50,11 @@ Results Play(StatelessHTMLParser* parser, std::string_view document, std::size_t
         std::copy_n(document.data() + i, size, piece.get());
         results.push_back(parser->ParseBuffer(piece.get(), size));
     }
+    return results;
+}
+
+Results Play(StatelessHTMLParser* parser, std::string_view document, std::size_t pieceSize) {
+    Results results = Feed(parser, document, pieceSize);
     results.push_back(parser->EndParse());
     return results;
 }
@@ -117,7 +123,15 @@ struct LimitRow {
     std::string token;
     std::string after;
     bool isCuttable = true;  ///< false: a cut changes what it is
+    bool scriptsAsText = false;
+    std::size_t contentBefore = 0;  ///< bytes that count twice in columns
 };
+
+std::uint64_t OffsetOf(const StatelessHTMLParser& parser) {
+    std::uint64_t offset = 0;
+    EXPECT_EQ(parser.GetCurrentOffset(&offset), 0U);
+    return offset;
+}
 
 TEST(StatelessLimitTest, EveryKindOfToken) {
     const Lines tag = {"start-parsing", "start(a|)"};
@@ -137,6 +151,15 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
         {"an open script", "<a>", tag, "<script>'0123456789", ""},
         {"a style sheet", "<a>", tag, "<style>bcd<efg</style>", "n"},
         {"a tag that fails", "<a>", tag, "<bcdefghijklmn ", "?=", false},
+        {"a script as text", "<a>", tag, "<script>b'</b></script>", "n", true, true},
+        {"with much after the name of its end tag", "<a>", tag, "<style></style        >", "n", true, true},
+        {"a script that is open before its end tag", "<a>", tag, "<script>0123456789", "</script", true, true},
+        {"a text as content", "<xmp>", {"start-parsing", "start(xmp|)"}, "bcde</b>fghijk", "</xmp>n<o>", true, true},
+        {"one that looks like its end tag", "<xmp>", {"start-parsing", "start(xmp|)"}, "bcde</xm</xmfg", "</xmp >n<o>", true, true},
+        {"an open one", "<xmp>", {"start-parsing", "start(xmp|)"}, "bcdefghijklm", "</xm", true, true},
+        {"the end tag of a content", "<xmp>b", {"start-parsing", "start(xmp|)", "text(b)"}, "</xmp b=c d >", "n<o>", true, true, 1},
+        {"of an empty one", "<xmp>", {"start-parsing", "start(xmp|)"}, "</xmp b=c d >", "n<o>", true, true},
+        {"plain text", "<plaintext>", {"start-parsing", "start(plaintext|)"}, "b<c></plaintext>", "", true, true},
     };
     for (const LimitRow& row : rows) {
         SCOPED_TRACE(row.note);
@@ -149,6 +172,9 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
                 HookedListener listener;
                 StatelessHTMLParser unlimited;
                 StatelessHTMLParser parser;
+                const auto mode = row.scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
+                unlimited.SetScriptMode(mode);
+                parser.SetScriptMode(mode);
                 unlimited.Attach(&whole);
                 parser.Attach(&listener);
                 parser.SetMaxTokenSize(row.token.size() - (isOver ? 1 : 0));
@@ -168,13 +194,13 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
                 }
                 EXPECT_EQ(result, OVER);
                 EXPECT_EQ(listener.lines, row.events);
-                EXPECT_EQ(parser.GetTokenEnd(), row.before.size());
+                EXPECT_EQ(OffsetOf(parser), row.before.size());
                 std::size_t line = 0;
                 std::size_t column = 0;
                 parser.GetCurrentLineNumber(&line);
                 parser.GetCurrentColumnNumber(&column);
                 EXPECT_EQ(line, 1U);
-                EXPECT_EQ(column, row.before.size() + 1);
+                EXPECT_EQ(column, row.before.size() + row.contentBefore + 1);
                 // A host goes on at the first byte of the token.
                 StatelessHTMLParser copy(parser);
                 EXPECT_EQ(copy.EndParse(), 0U);
@@ -184,7 +210,7 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
                 if (cuts.empty()) {
                     EXPECT_EQ(result, wholeResult);
                     EXPECT_EQ(listener.lines, whole.lines);
-                    EXPECT_EQ(parser.GetTokenEnd(), unlimited.GetTokenEnd());
+                    EXPECT_EQ(OffsetOf(parser), OffsetOf(unlimited));
                     std::size_t wholeColumn = 0;
                     unlimited.GetCurrentColumnNumber(&wholeColumn);
                     parser.GetCurrentColumnNumber(&column);
@@ -251,11 +277,11 @@ TEST(StatelessLimitTest, SettersAndGetters) {
         EXPECT_EQ(each->GetMaxTokenSize(), 7U);
         EXPECT_EQ(each->GetMaxAttributes(), 1U);
         EXPECT_EQ(each->ParseBuffer("<a bcd>", 7), 0U);
-        EXPECT_EQ(each->GetTokenEnd(), 7U);
+        EXPECT_EQ(OffsetOf(*each), 7U);
         EXPECT_EQ(each->ParseBuffer("<a b c>", 7), OVER);
-        EXPECT_EQ(each->GetTokenEnd(), 7U);
+        EXPECT_EQ(OffsetOf(*each), 7U);
         EXPECT_EQ(each->ParseBuffer("<a bcde>", 8), OVER);
-        EXPECT_EQ(each->GetTokenEnd(), 7U);
+        EXPECT_EQ(OffsetOf(*each), 7U);
     }
 }
 
@@ -266,20 +292,24 @@ struct Reading {
     std::uint64_t end = 0;
 };
 
-Reading Read(std::string_view document, std::size_t pieceSize, std::uint64_t maxTokenSize) {
+Reading Read(std::string_view document, std::size_t pieceSize, std::uint64_t maxTokenSize, StatelessHTMLParser::ScriptMode scriptMode) {
     HookedListener listener;
     StatelessHTMLParser parser;
     parser.Attach(&listener);
+    parser.SetScriptMode(scriptMode);
     parser.SetMaxTokenSize(maxTokenSize);
-    const Results results = Play(&parser, document, pieceSize);
-    return {listener.lines, results[results.size() - 2], parser.GetTokenEnd()};
+    const Results results = Feed(&parser, document, pieceSize);
+    const std::uint64_t end = OffsetOf(parser);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    return {listener.lines, results.back(), end};
 }
 
 // A cut decides about quotes, comments, marks that close a tag, and attributes that are none: only where it changes no event is the
 // document compared.
 TEST(StatelessLimitTest, RandomDocuments) {
-    constexpr std::string_view PARTS[] = {"<a",       "<b c",      " d=e",   "=f",       ">",  "</g>", "text",  " ", "\n",
-                                          "<script>", "</script>", "<style", "</style>", "//", "\\",   "<!h i", "<", "12"};
+    constexpr std::string_view PARTS[] = {"<a", "<b c",     " d=e",      "=f",     ">",        "</g>", "text", " ",
+                                          "\n", "<script>", "</script>", "<style", "</style>", "//",   "\\",   "<!h i",
+                                          "<",  "12",       "<xmp>",     "</xmp",  "</xm",     "<!--", "--"};
     std::mt19937 engine(1);
     const auto below = [&engine](std::size_t bound) { return engine() % bound; };
     std::size_t timesOver = 0;
@@ -290,8 +320,9 @@ TEST(StatelessLimitTest, RandomDocuments) {
             document += PARTS[below(std::size(PARTS))];
         const std::uint64_t limit = 1 + below(30);
         SCOPED_TRACE(Trace::Escape(document) + ", at most " + std::to_string(limit));
-        const Reading whole = Read(document, document.size(), 0);
-        const Reading limited = Read(document, document.size(), limit);
+        const auto mode = i % 2 == 0 ? StatelessHTMLParser::SCRIPT_AS_TOKENS : StatelessHTMLParser::SCRIPT_AS_TEXT;
+        const Reading whole = Read(document, document.size(), 0, mode);
+        const Reading limited = Read(document, document.size(), limit, mode);
         timesOver += limited.result == OVER ? 1 : 0;
         if (limited.result != OVER) {
             ASSERT_EQ(limited.lines, whole.lines);
@@ -300,11 +331,11 @@ TEST(StatelessLimitTest, RandomDocuments) {
         ASSERT_LE(limited.lines.size(), whole.lines.size());
         ASSERT_TRUE(std::equal(limited.lines.begin(), limited.lines.end(), whole.lines.begin()));
         for (const std::size_t pieceSize : {1, 2, 7}) {
-            const Reading cutWhole = Read(document, pieceSize, 0);
+            const Reading cutWhole = Read(document, pieceSize, 0, mode);
             if (cutWhole.lines != whole.lines || cutWhole.result != whole.result)
                 continue;
             ++compared;
-            const Reading cut = Read(document, pieceSize, limit);
+            const Reading cut = Read(document, pieceSize, limit, mode);
             ASSERT_EQ(cut.result, limited.result) << pieceSize;
             ASSERT_EQ(cut.lines, limited.lines) << pieceSize;
             ASSERT_EQ(cut.end, limited.end) << pieceSize;

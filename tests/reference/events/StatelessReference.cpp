@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "tests/reference/events/ReferenceContent.h"
 #include "tests/reference/events/StatelessReferenceEvents.h"
 
 namespace Kestra::Test {
@@ -39,6 +40,8 @@ enum class State {
     SCRIPT_OPENER,  ///< behind "<" in a script
     STYLE,
     STYLE_OPENER,  ///< behind "<" in a style
+    CONTENT,       ///< of an element, as text
+    CONTENT_END,   ///< after the name of its end tag
 };
 
 /// What became of a byte: taken, to be looked at again in the new state, or refused with a result code.
@@ -66,6 +69,11 @@ struct Machine {
     char quote = 0;     ///< of the value or the script string
     char previous = 0;  ///< in a script comment or string
     bool selfClosing = false;
+
+    bool scriptsAsText = false;
+    bool isBrowsersName = false;  ///< nothing stands before the name, and browsers end it there too
+    ReferenceContent content;
+    std::size_t counted = 0;  ///< bytes of it, in line and column
 
     std::vector<std::string> trace;
 };
@@ -120,7 +128,16 @@ Step Again(Machine* machine, State next) {
     return Step::AGAIN;
 }
 
+bool EndsBrowsersName(char byte) {
+    return byte == '/' || byte == '>' || (byte != '\v' && IsWhiteSpace(byte));
+}
+
+bool IsScriptOrStyle(const std::string& name) {
+    return EqualsFolded(name, "script") || EqualsFolded(name, "style");
+}
+
 Step BeginTag(Machine* machine, TagKind kind) {
+    machine->isBrowsersName = false;
     machine->kind = kind;
     machine->identifier.clear();
     machine->entered = true;
@@ -129,27 +146,38 @@ Step BeginTag(Machine* machine, TagKind kind) {
 
 /// The byte is the first one of the name.
 Step BeginTagHere(Machine* machine, TagKind kind) {
+    machine->isBrowsersName = true;
     machine->kind = kind;
     machine->identifier.clear();
     return Again(machine, State::BEFORE_NAME);
 }
 
 void FinishStartTag(Machine* machine) {
-    if (EqualsFolded(machine->tagName, "script")) {
+    const bool hasContent = machine->scriptsAsText && machine->isBrowsersName && ReferenceContent::IsContentOf(machine->tagName);
+    if (hasContent) {
+        machine->content = ReferenceContent(machine->tagName);
+        machine->counted = 0;
+        machine->entered = true;
+    }
+    if (hasContent && IsScriptOrStyle(machine->tagName)) {
+        machine->state = State::CONTENT;
+        return;
+    }
+    if (!machine->scriptsAsText && EqualsFolded(machine->tagName, "script")) {
         machine->state = State::SCRIPT;
         machine->entered = true;
         return;
     }
-    if (EqualsFolded(machine->tagName, "style")) {
+    if (!machine->scriptsAsText && EqualsFolded(machine->tagName, "style")) {
         machine->state = State::STYLE;
         machine->entered = true;
         return;
     }
     machine->charset = CharsetAfterStartTag(machine->tagName, machine->attributes, machine->charset, machine->flags);
     machine->trace.push_back(StartLine(machine->tagName, machine->attributes, machine->charset));
-    if (machine->selfClosing)
+    if (machine->selfClosing && !hasContent)
         machine->trace.push_back(EndLine(machine->tagName));
-    machine->state = State::TEXT;
+    machine->state = hasContent ? State::CONTENT : State::TEXT;
 }
 
 void FinishTag(Machine* machine) {
@@ -259,6 +287,7 @@ Step StepName(Machine* machine, char byte) {
         return TakeMark(machine);
     }
     machine->tagName = machine->identifier;
+    machine->isBrowsersName = machine->isBrowsersName && EndsBrowsersName(byte);
     machine->identifier.clear();
     machine->value.clear();
     switch (machine->kind) {
@@ -459,6 +488,39 @@ Step StepStyle(Machine* machine, char byte) {
     return TakeContent(machine, byte);
 }
 
+Step StepContent(Machine* machine, char byte) {
+    const bool isOver = machine->content.Take(byte);
+    const std::string& bytes = machine->content.GetBytes();
+    const std::size_t endSize = machine->tagName.size() + 2;
+    const std::size_t certain = bytes.size() - (isOver ? endSize : machine->content.CountOpen());
+    for (; machine->counted < certain; ++machine->counted)
+        TakeContent(machine, bytes[machine->counted]);
+    if (!isOver)
+        return Step::TAKEN;
+    machine->text = bytes.substr(0, certain);
+    machine->column += endSize;
+    if (!IsScriptOrStyle(machine->tagName)) {
+        if (certain > 0)
+            machine->trace.push_back(TextLine(machine->text, machine->charset));
+        machine->tagName = bytes.substr(certain + 2);
+    }
+    return Again(machine, State::CONTENT_END);
+}
+
+/// Whatever stands there is dropped.
+Step StepContentEnd(Machine* machine, char byte) {
+    if (byte != '>')
+        return TakeSpace(machine, byte);
+    if (EqualsFolded(machine->tagName, "script"))
+        machine->trace.push_back(ScriptLine(machine->attributes, machine->text, machine->charset));
+    else if (EqualsFolded(machine->tagName, "style"))
+        machine->trace.push_back(StyleLine(machine->attributes, machine->text, machine->charset));
+    else
+        machine->trace.push_back(EndLine(machine->tagName));
+    machine->text.clear();
+    return TakeMark(machine, State::TEXT);
+}
+
 Step StepByte(Machine* machine, char byte) {
     switch (machine->state) {
         case State::TEXT:
@@ -517,6 +579,10 @@ Step StepByte(Machine* machine, char byte) {
             return StepStyle(machine, byte);
         case State::STYLE_OPENER:
             return StepBodyEnd(machine, byte, "/style>", State::STYLE);
+        case State::CONTENT:
+            return StepContent(machine, byte);
+        case State::CONTENT_END:
+            return StepContentEnd(machine, byte);
     }
     return Step::NO_CONSTRUCT;
 }
@@ -531,6 +597,8 @@ std::uint32_t EndPiece(Machine* machine) {
         case State::DECLARATION:
         case State::DASH:
             return 0;
+        case State::CONTENT:
+            return IsScriptOrStyle(machine->tagName) ? 16 : 0;
         case State::COMMENT:
         case State::COMMENT_DASH:
         case State::COMMENT_DASHES:
@@ -565,6 +633,7 @@ std::uint32_t EndPiece(Machine* machine) {
         case State::SCRIPT_OPENER:
         case State::STYLE:
         case State::STYLE_OPENER:
+        case State::CONTENT_END:
             break;
     }
     return 16;
@@ -587,8 +656,10 @@ std::uint32_t ParsePiece(Machine* machine, const std::string& piece) {
 
 }  // namespace
 
-StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset, std::uint32_t flags) {
+StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset, std::uint32_t flags,
+                                                bool scriptsAsText) {
     Machine machine;
+    machine.scriptsAsText = scriptsAsText;
     machine.charset = charset;
     machine.flags = flags;
     machine.trace.push_back("start-parsing");

@@ -32,6 +32,8 @@ struct StatelessReferenceRun {
 /// Runs one parse from `StartParse` to `EndParse`. Pieces are fed while the result is 0 or 16; any other result ends the feeding.
 /// @param charset  given to `StartParse`; 0 is the ANSI rule and lets the markup choose.
 /// @param flags  bit 0 lets the markup replace a charset that is set.
-StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset = 0, std::uint32_t flags = 1);
+/// @param scriptsAsText  the content of scripts and the like is text.
+StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset = 0, std::uint32_t flags = 1,
+                                                bool scriptsAsText = false);
 
 }  // namespace Kestra::Test

@@ -1,10 +1,18 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
@@ -116,6 +124,116 @@ TEST_F(ToolRewriteFiles, WhatIsNoFileIsNotWritten) {
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.errors, "/dev/null: cannot be written: it is not a regular file\n");
     EXPECT_EQ(RunTool({"rewrite", "--set", "a.b=c", "/dev/null"}, settings).status, 0);
+}
+
+TEST_F(ToolRewriteFiles, APipeIsNotEvenOpened) {
+    const fs::path pipe = folder.GetPath() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    fs::create_symlink("pipe", folder.GetPath() / "link");
+    folder.Write("page", "<a>");
+    for (const char* const name : {"pipe", "link", "/dev/zero", "/dev/tty"}) {
+        for (const char* const option : {"--in-place", "--in-place=.bak", "--dry-run"}) {
+            std::vector<std::string> arguments = {"rewrite", "--set", "a.b=c", "--in-place", option, name, "page"};
+            const ToolRun run = RunTool(arguments, settings);
+            EXPECT_EQ(run.status, 1) << name;
+            EXPECT_EQ(run.errors, std::string(name) + ": cannot be written: it is not a regular file\n");
+        }
+        EXPECT_EQ(Read("page"), "<a b=\"c\">");
+    }
+    EXPECT_TRUE(fs::is_fifo(pipe));
+}
+
+TEST_F(ToolRewriteFiles, OtherNamesKeepTheOldBytes) {
+    for (const char* const inPlace : {"--in-place", "--in-place=.bak"}) {
+        folder.Write("page", "<a>");
+        fs::remove(folder.GetPath() / "other");
+        fs::create_hard_link(folder.GetPath() / "page", folder.GetPath() / "other");
+        EXPECT_EQ(Run(inPlace, "page").status, 0);
+        EXPECT_EQ(Read("page"), "<a b=\"c\">");
+        EXPECT_EQ(Read("other"), "<a>");
+    }
+    std::ofstream(folder.GetPath() / "other", std::ios::app) << "<later>";
+    EXPECT_EQ(Read("other"), "<a><later>");
+    EXPECT_EQ(Read("page.bak"), "<a>");
+    EXPECT_EQ(CountNames(), 3U);
+}
+
+/// A running tool that waits with the file beside the page open: it has something to say, and nobody reads its standard error.
+class WaitingTool {
+public:
+    /// @param ignoredSignal  0 for none
+    WaitingTool(const fs::path& path, int ignoredSignal) {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+            throw std::system_error(errno, std::generic_category(), "pipe2");
+        while (write(ends[1], "x", 1) == 1) {
+        }
+        fcntl(ends[1], F_SETFL, 0);
+        reader = ends[0];
+        child = fork();
+        if (child == 0) {
+            if (ignoredSignal != 0)
+                signal(ignoredSignal, SIG_IGN);
+            dup2(ends[1], STDERR_FILENO);
+            if (chdir(path.c_str()) == 0)
+                execl(KESTRA_TOOL, KESTRA_TOOL, "rewrite", "--set", "a.b=c", "--max-token", "5", "--in-place=.bak", "page", nullptr);
+            _exit(127);
+        }
+        close(ends[1]);
+    }
+    WaitingTool(const WaitingTool&) = delete;
+    WaitingTool& operator=(const WaitingTool&) = delete;
+    ~WaitingTool() {
+        close(reader);
+    }
+
+    void Signal(int number) const {
+        EXPECT_EQ(kill(child, number), 0);
+    }
+
+    /// Lets the tool speak.
+    void Read() const {
+        char block[4096];
+        fcntl(reader, F_SETFL, 0);
+        while (read(reader, block, sizeof(block)) > 0) {
+        }
+    }
+
+    int WaitForEnd() const {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return status;
+    }
+
+private:
+    int reader = -1;
+    pid_t child = -1;
+};
+
+TEST_F(ToolRewriteFiles, ASignalLeavesNothingBesideTheFile) {
+    folder.Write("page", "<a><longer>");
+    const auto waitForFileBeside = [this] {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (CountNames() < 2 && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_EQ(CountNames(), 2U);
+    };
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        const WaitingTool tool(folder.GetPath(), 0);
+        waitForFileBeside();
+        tool.Signal(number);
+        const int status = tool.WaitForEnd();
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == number) << number << ": " << status;
+        EXPECT_EQ(CountNames(), 1U) << number;
+        EXPECT_EQ(Read("page"), "<a><longer>");
+    }
+    const WaitingTool ignoring(folder.GetPath(), SIGHUP);
+    waitForFileBeside();
+    ignoring.Signal(SIGHUP);
+    ignoring.Read();
+    const int status = ignoring.WaitForEnd();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_EQ(CountNames(), 1U);
 }
 
 }  // namespace

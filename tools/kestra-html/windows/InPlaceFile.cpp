@@ -59,6 +59,13 @@ struct InPlaceFile::Files {
             DeleteFileW(written.c_str());
     }
 
+    /// Whether the file beside the target is deleted when it is closed, which the system does when the tool is ended.
+    bool SetDeletedOnClose(bool isDeleted) const {
+        FILE_DISPOSITION_INFO disposition = {};
+        disposition.DeleteFile = isDeleted ? TRUE : FALSE;
+        return SetFileInformationByHandle(handle, FileDispositionInfo, &disposition, sizeof(disposition)) != 0;
+    }
+
     bool Close() {
         const HANDLE open = std::exchange(handle, INVALID_HANDLE_VALUE);
         return open == INVALID_HANDLE_VALUE || CloseHandle(open) != 0;
@@ -70,12 +77,13 @@ struct InPlaceFile::Files {
         const std::uint64_t start = GetTickCount64() ^ (std::uint64_t{GetCurrentProcessId()} << 32U);
         for (int i = 0; handle == INVALID_HANDLE_VALUE; ++i) {
             const std::wstring name = folder + NameToWide(fmt::format(".kestra-html-{:x}", start + static_cast<std::uint64_t>(i)));
-            handle = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+            handle = CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
             if (handle != INVALID_HANDLE_VALUE)
                 written = name;
             else if (GetLastError() != ERROR_FILE_EXISTS || i == MOST_NAMES)
                 Fail(GetLastError());
         }
+        SetDeletedOnClose(true);  // not every file system knows that
     }
 };
 
@@ -104,7 +112,7 @@ void InPlaceFile::Write(std::string_view bytes) {
 }
 
 void InPlaceFile::Commit(const std::string& backupSuffix) {
-    if (FlushFileBuffers(files->handle) == 0 || !files->Close())
+    if (FlushFileBuffers(files->handle) == 0 || !files->SetDeletedOnClose(false) || !files->Close())
         Fail(GetLastError());
     const std::wstring backup = backupSuffix.empty() ? std::wstring() : files->target + NameToWide(backupSuffix);
     if (!backup.empty() && CopyFileW(files->target.c_str(), backup.c_str(), FALSE) == 0) {
