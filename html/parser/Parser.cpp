@@ -27,7 +27,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::uint64_t READ_BACK_SIZE = 16384;  // bytes per read when a construct is read again
+constexpr std::uint64_t READ_BACK_SIZE = 16384;       // bytes per read when a construct is read again
+constexpr std::uint64_t LEAST_READ_BACK_SIZE = 1024;  // with a limit, as that construct is hardly longer than the limit
 
 /// Which recognizer hands over to another one.
 enum Opener : std::uint32_t {
@@ -1047,14 +1048,15 @@ std::uint32_t Parser<C, S>::ReadBack(std::string* bytes) {
     if (readBackBuffer.Get() == nullptr)
         readBackBuffer = std::make_unique<Base::DefaultBufferAllocPolicy>();
     Base::DefaultBufferAllocPolicy& buffer = *readBackBuffer.Get();
-    std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, READ_BACK_SIZE);
+    const std::uint64_t size = maxTokenSize == 0 ? READ_BACK_SIZE : std::min(READ_BACK_SIZE, std::max(maxTokenSize, LEAST_READ_BACK_SIZE));
+    std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, size);
     std::uint64_t place = 0;
     if (result == RESULT_OK)
         result = backingStream.Get()->GetPosition(&place);
     if (result == RESULT_OK)
         result = backingStream.Get()->Seek(from);
     while (result == RESULT_OK && from < to) {
-        const std::uint64_t wanted = std::min(READ_BACK_SIZE, to - from);
+        const std::uint64_t wanted = std::min(size, to - from);
         std::uint64_t count = 0;
         result = backingStream.Get()->Read(buffer.GetData(), wanted, &count);
         if (result == RESULT_OK && count != wanted)
