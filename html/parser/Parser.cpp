@@ -262,6 +262,7 @@ Parser<C, S>::Parser()
       backingStreamPositioned(false),
       tokenStartPositioned(false),
       buffersDue(0),
+      roomOfLists(0),
       pieceLength(0),
       maxTokenSize(0),
       maxAttributes(0),
@@ -554,7 +555,7 @@ bool Parser<C, S>::ReadWholeStartTag() {
     context.length = context.position + std::min(length - context.position, most);
     const bool isWhole = WholeTag<C, S>(&context).Read(&startTagData);
     context.length = length;
-    CountParts(startTagData.attributes.size());
+    CountParts();
     return isWhole;
 }
 
@@ -577,7 +578,7 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
     }
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
-    CountParts(startTagData.attributes.size());
+    CountParts();
     return result == SP_TOKEN_COMPLETE ? FinishStartTag<false>() : result;
 }
 
@@ -607,7 +608,7 @@ std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
-    CountParts(endTagData.attributes.size());
+    CountParts();
     return result == SP_TOKEN_COMPLETE ? FinishEndTag<false>() : result;
 }
 
@@ -780,14 +781,21 @@ void Parser<C, S>::LimitBuffers(bool isNewDocument) {
     const std::uint64_t bytes = Kestra::LimitBuffers(
         isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); }, TokenLimits::GetKeptBytes(maxTokenSize));
     buffersDue = context.position + bytes / sizeof(C);
+    roomOfLists = GetRoomOfLists();
 }
 
-/// A list of parts takes far more than its characters in the document. With a limit it is looked at as soon as its tag has been read.
+/// A list of parts takes far more than its characters in the document. With a limit the buffers are looked at as soon as a list has grown.
 template <typename C, typename S>
-void Parser<C, S>::CountParts(std::size_t parts) {
-    constexpr std::size_t MANY = 16;
-    if (maxTokenSize != 0 && parts > MANY)
+void Parser<C, S>::CountParts() {
+    if (maxTokenSize != 0 && GetRoomOfLists() > roomOfLists)
         buffersDue = 0;
+}
+
+/// The attributes and items that there is memory for.
+template <typename C, typename S>
+std::size_t Parser<C, S>::GetRoomOfLists() const {
+    return startTagData.attributes.capacity() + endTagData.attributes.capacity() + externTagData.attributes.capacity() +
+           entityTagData.tokens.capacity();
 }
 
 /// Hands a visitor all that is kept for the next tokens, which is all but the text, or the junk, that is being read.
@@ -1189,13 +1197,13 @@ void Parser<C, S>::DeliverConditionalTag() {
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverEntityTag() {
-    CountParts(entityTagData.tokens.size());
+    CountParts();
     Deliver(EntityTagData<C, S>{&entityTagData.prefix, &entityTagData.name, &entityTagData.tokens, &entityTagData.suffix});
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverExternTag() {
-    CountParts(externTagData.attributes.size());
+    CountParts();
     Deliver(ExternTagData<C, S>{&externTagData.prefix, &externTagData.name, &externTagData.attributes, &externTagData.suffix,
                                 externTagData.freeStyle, &externTagData.text, externTagData.slashBeforeClose});
 }
