@@ -26,7 +26,7 @@ public:
         KeptBytes kept;
         if (maxTokenSize == 0)
             return kept;
-        constexpr std::uint64_t FEWEST = 8 * 1024;
+        constexpr std::uint64_t FEWEST = 12 * 1024;
         kept.most =
             static_cast<std::size_t>(std::min<std::uint64_t>(kept.most, FEWEST + std::min<std::uint64_t>(kept.most, maxTokenSize / 2)));
         kept.slack = 4 * 1024;

@@ -142,10 +142,11 @@ public:
     /// document from there again, with another limit or with none, gets the same tokens as without a limit; one that skips some bytes gets
     /// the tokens of the rest, at places that are by so much too low. The self-check begins anew: it compares what is fed from then on.
     ///
-    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB and 16 times the limit, beside what observers and
-    /// streams take. For this a limit bounds the attributes of a tag and the items of a declaration as well: 24 of them and one more for
-    /// every 128 bytes of the limit; one too many ends the call with 711 as if the token were too long.
-    /// `SetMaxAttributes` sets another number for attributes, each of which takes up to 1 KiB.
+    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB and 16 times the limit, beside what observers,
+    /// streams, a kept self-check and the charset detector take, and the tables of charsets, which are loaded once. For this a limit bounds
+    /// the attributes of a tag and the items of a declaration as well: 24 of them and one more for every 128 bytes of the limit; one too
+    /// many ends the call with 711 as if the token were too long. `SetMaxAttributes` sets another number for attributes, each of which
+    /// takes up to 1 KiB.
     ///
     /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives `StartParse`, and is a copy's too
     /// @return 0

@@ -27,7 +27,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::uint64_t READ_BACK_SIZE = 16384;  // bytes per read when a construct is read again
+constexpr std::uint64_t READ_BACK_SIZE = 16384;       // bytes per read when a construct is read again
+constexpr std::uint64_t LEAST_READ_BACK_SIZE = 1024;  // with a limit, as that construct is hardly longer than the limit
 
 /// Which recognizer hands over to another one.
 enum Opener : std::uint32_t {
@@ -261,6 +262,7 @@ Parser<C, S>::Parser()
       backingStreamPositioned(false),
       tokenStartPositioned(false),
       buffersDue(0),
+      roomOfLists(0),
       pieceLength(0),
       maxTokenSize(0),
       maxAttributes(0),
@@ -553,7 +555,7 @@ bool Parser<C, S>::ReadWholeStartTag() {
     context.length = context.position + std::min(length - context.position, most);
     const bool isWhole = WholeTag<C, S>(&context).Read(&startTagData);
     context.length = length;
-    CountParts(startTagData.attributes.size());
+    CountParts();
     return isWhole;
 }
 
@@ -576,7 +578,7 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
     }
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
-    CountParts(startTagData.attributes.size());
+    CountParts();
     return result == SP_TOKEN_COMPLETE ? FinishStartTag<false>() : result;
 }
 
@@ -606,7 +608,7 @@ std::uint32_t Parser<C, S>::ParseEndTag() {
     const std::uint32_t result = endTag.Parse(&context, &endTagData);
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
-    CountParts(endTagData.attributes.size());
+    CountParts();
     return result == SP_TOKEN_COMPLETE ? FinishEndTag<false>() : result;
 }
 
@@ -779,14 +781,21 @@ void Parser<C, S>::LimitBuffers(bool isNewDocument) {
     const std::uint64_t bytes = Kestra::LimitBuffers(
         isNewDocument, [this](auto& visit) { this->VisitBuffers(visit); }, TokenLimits::GetKeptBytes(maxTokenSize));
     buffersDue = context.position + bytes / sizeof(C);
+    roomOfLists = GetRoomOfLists();
 }
 
-/// A list of parts takes far more than its characters in the document. With a limit it is looked at as soon as its tag has been read.
+/// A list of parts takes far more than its characters in the document. With a limit the buffers are looked at as soon as a list has grown.
 template <typename C, typename S>
-void Parser<C, S>::CountParts(std::size_t parts) {
-    constexpr std::size_t MANY = 16;
-    if (maxTokenSize != 0 && parts > MANY)
+void Parser<C, S>::CountParts() {
+    if (maxTokenSize != 0 && GetRoomOfLists() > roomOfLists)
         buffersDue = 0;
+}
+
+/// The attributes and items that there is memory for.
+template <typename C, typename S>
+std::size_t Parser<C, S>::GetRoomOfLists() const {
+    return startTagData.attributes.capacity() + endTagData.attributes.capacity() + externTagData.attributes.capacity() +
+           entityTagData.tokens.capacity();
 }
 
 /// Hands a visitor all that is kept for the next tokens, which is all but the text, or the junk, that is being read.
@@ -1047,14 +1056,15 @@ std::uint32_t Parser<C, S>::ReadBack(std::string* bytes) {
     if (readBackBuffer.Get() == nullptr)
         readBackBuffer = std::make_unique<Base::DefaultBufferAllocPolicy>();
     Base::DefaultBufferAllocPolicy& buffer = *readBackBuffer.Get();
-    std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, READ_BACK_SIZE);
+    const std::uint64_t size = maxTokenSize == 0 ? READ_BACK_SIZE : std::min(READ_BACK_SIZE, std::max(maxTokenSize, LEAST_READ_BACK_SIZE));
+    std::uint32_t result = Base::GetServices().adjustBuffer(&buffer, size);
     std::uint64_t place = 0;
     if (result == RESULT_OK)
         result = backingStream.Get()->GetPosition(&place);
     if (result == RESULT_OK)
         result = backingStream.Get()->Seek(from);
     while (result == RESULT_OK && from < to) {
-        const std::uint64_t wanted = std::min(READ_BACK_SIZE, to - from);
+        const std::uint64_t wanted = std::min(size, to - from);
         std::uint64_t count = 0;
         result = backingStream.Get()->Read(buffer.GetData(), wanted, &count);
         if (result == RESULT_OK && count != wanted)
@@ -1187,13 +1197,13 @@ void Parser<C, S>::DeliverConditionalTag() {
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverEntityTag() {
-    CountParts(entityTagData.tokens.size());
+    CountParts();
     Deliver(EntityTagData<C, S>{&entityTagData.prefix, &entityTagData.name, &entityTagData.tokens, &entityTagData.suffix});
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverExternTag() {
-    CountParts(externTagData.attributes.size());
+    CountParts();
     Deliver(ExternTagData<C, S>{&externTagData.prefix, &externTagData.name, &externTagData.attributes, &externTagData.suffix,
                                 externTagData.freeStyle, &externTagData.text, externTagData.slashBeforeClose});
 }

@@ -235,7 +235,8 @@ private:
     void ApplyLimits();
     void GoBackToToken();
     void LimitBuffers(bool isNewDocument);
-    void CountParts(std::size_t parts);
+    void CountParts();
+    std::size_t GetRoomOfLists() const;
     template <typename Visitor>
     void VisitBuffers(Visitor& visit);
 
@@ -359,6 +360,7 @@ private:
     bool backingStreamPositioned;  // the current piece can be read again
     bool tokenStartPositioned;     // so can the piece in which the token began, in the same stream
     std::uint64_t buffersDue;      // where `LimitBuffers` is called next: characters into the piece
+    std::size_t roomOfLists;       // `GetRoomOfLists` at the last look
     std::uint64_t pieceLength;     // in characters; the context ends earlier when the piece is read by slices
     std::uint64_t maxTokenSize;    // as set, in bytes
     std::uint64_t maxAttributes;   // as set

@@ -50,7 +50,8 @@ public:
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
     /// Writes nothing in place of the token. The characters around it can then grow together, as those of "&<!---->amp;" do, or those
-    /// of "</<!---->b>" to a tag: where the document is not to be trusted, something should be written there, as a space.
+    /// of "</<!---->b>" to a tag: where the document is not to be trusted, an empty comment should be written there, as
+    /// markup. A text does not help after "</".
     std::uint32_t Remove();
 
     /// Writes something right before the token, after what earlier calls wrote there.

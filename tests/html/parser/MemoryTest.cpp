@@ -1039,6 +1039,31 @@ TEST(KeptMemoryTest, APieceThatIsAllOneTokenIsNotGathered) {
     EXPECT_LE(statelessPeak, 64 * KIB);
 }
 
+/// The peak for many junk constructs, each of which is read again from the stream.
+std::size_t MeasurePeakOfJunk(std::uint64_t limit) {
+    std::string text;
+    for (std::size_t i = 0; i < 100; ++i)
+        text += "<a b=c / d>text<i>";
+    JunkCounter<char, std::string> counter;
+    PagedStream stream({text}, text.size() - 1);
+    const std::size_t peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetMaxTokenSize(limit);
+        EXPECT_EQ(parser->StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
+        EXPECT_EQ(parser->EndParse(), 0U);
+    });
+    EXPECT_GE(counter.count, 100U);
+    return peak;
+}
+
+// A construct that fails is as long as the limit at most, so nothing longer is needed to read it again.
+TEST(KeptMemoryTest, WhatIsReadAgainTakesLessWithALimit) {
+    EXPECT_LE(MeasurePeakOfJunk(200) + 12 * KIB, MeasurePeakOfJunk(0));
+    EXPECT_LE(MeasurePeakOfJunk(8 * KIB) + 4 * KIB, MeasurePeakOfJunk(0));
+}
+
 class LongStreamMemoryTest : public testing::TestWithParam<Case> {};
 
 TEST_P(LongStreamMemoryTest, OfMixedTokens) {
