@@ -847,8 +847,10 @@ std::uint32_t StatelessHTMLParser::ParseAttr() {
 
 /// An attribute that begins with a byte that no name begins with takes the rest of the tag with it.
 std::uint32_t StatelessHTMLParser::SkipBadAttribute() {
-    if (!AtEnd())
+    if (!AtEnd()) {
         ConsumeRun(RunUntilByte(cursor, length - position, '>'));
+        attributePlace.begin = GetOffset();  // of the attribute that the next piece begins with
+    }
     return AtEnd() ? STATELESS_NEED_MORE_DATA : STATELESS_OK;
 }
 

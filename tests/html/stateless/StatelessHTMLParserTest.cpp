@@ -502,6 +502,10 @@ TEST(StatelessHTMLParserTest, PlacesOfAttributes) {
     EXPECT_EQ(AttributePlacesOf("<a b @c d>", {}), (Lines{"start-parsing", "start [ b|b|none]", "stop-parsing"}));
     EXPECT_EQ(AttributePlacesOf("<a b='c'd='e'>", {8}), (Lines{"start-parsing", "start [ b='c'd='|b|'c'd='] [e|e|none]", "stop-parsing"}))
         << "a closing quote that ends a piece does not count";
+    EXPECT_EQ(AttributePlacesOf("<a @b c=d>", {5}), (Lines{"start-parsing", "start [ c=d|c|'d']", "stop-parsing"}))
+        << "what is bad ends with its piece";
+    EXPECT_EQ(AttributePlacesOf("<a b %c=d e>", {4, 8}),
+              (Lines{"start-parsing", "start [ b|b|none] [d|d|none] [ e|e|none]", "stop-parsing"}));
 }
 
 TEST(StatelessHTMLParserTest, TheOffsetCountsBytesFromTheStartOfTheDocument) {

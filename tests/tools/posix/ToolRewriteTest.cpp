@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -174,6 +175,8 @@ public:
         if (child == 0) {
             if (ignoredSignal != 0)
                 signal(ignoredSignal, SIG_IGN);
+            const rlimit noCore = {0, 0};  // some of the signals make a file of that name
+            setrlimit(RLIMIT_CORE, &noCore);
             dup2(ends[1], STDERR_FILENO);
             if (chdir(path.c_str()) == 0)
                 execl(KESTRA_TOOL, KESTRA_TOOL, "rewrite", "--set", "a.b=c", "--max-token", "5", "--in-place=.bak", "page", nullptr);
@@ -218,7 +221,7 @@ TEST_F(ToolRewriteFiles, ASignalLeavesNothingBesideTheFile) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         EXPECT_EQ(CountNames(), 2U);
     };
-    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ}) {
         const WaitingTool tool(folder.GetPath(), 0);
         waitForFileBeside();
         tool.Signal(number);

@@ -26,7 +26,7 @@ constexpr mode_t PERMISSIONS = 07777;
     throw InPlaceFailed(fmt::format("cannot be written: {}", std::strerror(error)));
 }
 
-constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGTERM};
+constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ};
 
 /// Of files that a signal removes before it ends the tool: one beside the target, and the backup before it has its name. Null for none.
 std::array<std::atomic<const char*>, 2> namesToRemove;

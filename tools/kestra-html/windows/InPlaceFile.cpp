@@ -49,6 +49,7 @@ struct InPlaceFile::Files {
     std::wstring target;
     std::wstring written;
     HANDLE handle = INVALID_HANDLE_VALUE;
+    bool isDeletedOnClose = false;
 
     Files() = default;
     Files(const Files&) = delete;
@@ -71,6 +72,11 @@ struct InPlaceFile::Files {
         return open == INVALID_HANDLE_VALUE || CloseHandle(open) != 0;
     }
 
+    /// Whether the old file is gone after `ReplaceFileW` has failed, which it may be after this one error.
+    bool HasLostTarget(DWORD error) const {
+        return error == ERROR_UNABLE_TO_MOVE_REPLACEMENT && GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES;
+    }
+
     /// Opens a file for writing beside the target, with a name that none has.
     void MakeBeside() {
         const std::wstring folder = target.substr(0, target.rfind(L'\\') + 1);
@@ -83,7 +89,7 @@ struct InPlaceFile::Files {
             else if (GetLastError() != ERROR_FILE_EXISTS || i == MOST_NAMES)
                 Fail(GetLastError());
         }
-        SetDeletedOnClose(true);  // not every file system knows that
+        isDeletedOnClose = SetDeletedOnClose(true);  // not every file system knows that
     }
 };
 
@@ -112,15 +118,23 @@ void InPlaceFile::Write(std::string_view bytes) {
 }
 
 void InPlaceFile::Commit(const std::string& backupSuffix) {
-    if (FlushFileBuffers(files->handle) == 0 || !files->SetDeletedOnClose(false) || !files->Close())
+    const bool isWritten = FlushFileBuffers(files->handle) != 0;
+    if (!isWritten || (files->isDeletedOnClose && !files->SetDeletedOnClose(false)) || !files->Close())
         Fail(GetLastError());
     const std::wstring backup = backupSuffix.empty() ? std::wstring() : files->target + NameToWide(backupSuffix);
     if (!backup.empty() && CopyFileW(files->target.c_str(), backup.c_str(), FALSE) == 0) {
         throw InPlaceFailed(fmt::format("no backup can be written: {}", std::system_category().message(static_cast<int>(GetLastError()))));
     }
     // The new file takes over the attributes and the rights of the old one.
-    if (ReplaceFileW(files->target.c_str(), files->written.c_str(), nullptr, 0, nullptr, nullptr) == 0)
-        Fail(GetLastError());
+    if (ReplaceFileW(files->target.c_str(), files->written.c_str(), nullptr, 0, nullptr, nullptr) == 0) {
+        const DWORD error = GetLastError();
+        if (!files->HasLostTarget(error))
+            Fail(error);
+        // What was written is all that is left, so it stays even when it gets no other name.
+        const std::wstring last = std::exchange(files->written, std::wstring());
+        if (MoveFileW(last.c_str(), files->target.c_str()) == 0)
+            Fail(GetLastError());
+    }
     files->written.clear();
 }
 
