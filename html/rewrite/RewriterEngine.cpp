@@ -492,11 +492,15 @@ void RewriterEngine::CopyUntil(std::uint64_t offset) {
 void RewriterEngine::Emit(std::string_view bytes) {
     if (removals > 0 || bytes.empty())
         return;
-    const std::size_t fresh = std::min(bytes.size(), TAIL_SIZE);
-    const std::size_t old = std::min(tailSize, TAIL_SIZE - fresh);
-    std::memmove(tail.data(), tail.data() + (tailSize - old), old);
-    std::memcpy(tail.data() + old, bytes.data() + (bytes.size() - fresh), fresh);
-    tailSize = old + fresh;
+    if (bytes.size() >= TAIL_SIZE) {
+        std::memcpy(tail.data(), bytes.data() + (bytes.size() - TAIL_SIZE), TAIL_SIZE);
+        tailSize = TAIL_SIZE;
+    } else {
+        const std::size_t old = std::min(tailSize, TAIL_SIZE - bytes.size());
+        std::memmove(tail.data(), tail.data() + (tailSize - old), old);
+        std::memcpy(tail.data() + old, bytes.data(), bytes.size());
+        tailSize = old + bytes.size();
+    }
     if (output == nullptr)
         return;
     try {
@@ -712,7 +716,7 @@ void RewriterEngine::ClearEdits() {
     edits.body.Clear();
     edits.after.Clear();
     edits.hasBody = false;
-    element = ElementEdits();
+    element.Clear();
     closing.clear();
     closesEdited = false;
     isEdited = false;
@@ -761,7 +765,10 @@ void RewriterEngine::WriteToken() {
 
 /// The bytes of a token lie in the piece or, when it began earlier, in the kept ones, which then get the rest of it.
 std::string_view RewriterEngine::GetBytes() {
-    const TokenPlace place = parser.GetTokenPlace();
+    return GetBytes(parser.GetTokenPlace());
+}
+
+std::string_view RewriterEngine::GetBytes(const TokenPlace& place) {
     const auto size = static_cast<std::size_t>(place.end - place.begin);
     if (size == 0 || place.begin < std::min(keptBegin, pieceBegin) || place.end > fed)
         return {};
@@ -811,10 +818,11 @@ bool RewriterEngine::LoadTag() {
         return false;
     if (tag.IsLoaded())
         return true;
-    const std::string_view bytes = GetBytes();
+    const TokenPlace tokenPlace = parser.GetTokenPlace();
+    const std::string_view bytes = GetBytes(tokenPlace);
     DocumentText& charset = Text();
     std::uint64_t nameEnd = 0;
-    layout.offset = parser.GetTokenPlace().begin;
+    layout.offset = tokenPlace.begin;
     if (!parser.GetTagNameEnd(&nameEnd))
         return false;
     const std::size_t unit = charset.GetUnitSize();

@@ -169,6 +169,13 @@ private:
         bool hasNoEndTag = false;
         bool isRemoved = false;  // the whole element
 
+        void Clear() {
+            end.Clear();
+            after.Clear();
+            raw = 0;
+            removalSeries = 0;
+            hasNoContent = hasNoEndTag = isRemoved = false;
+        }
         bool IsEmpty() const {
             return end.bytes.empty() && after.bytes.empty() && !hasNoContent && !hasNoEndTag && !isRemoved;
         }
@@ -205,6 +212,7 @@ private:
     void EmitEndOfContent(const ElementEdits& edited);
 
     // The token at hand.
+    std::string_view GetBytes(const TokenPlace& place);
     void LeaveOutBeforeToken();
     void SettleToken();
     void AbandonToken();

@@ -11,7 +11,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::size_t FEW = 32;  // parts, or searches, for which no index is worth while
+constexpr std::size_t FEW = 32;                // parts, or searches, for which no index is worth while
+constexpr std::size_t LONGEST_KEPT_NAME = 64;  // bytes
 
 bool IsSameName(std::string_view one, std::string_view other) {
     return one.size() == other.size() &&
@@ -29,9 +30,13 @@ int CompareNames(std::string_view left, std::string_view right) {
     return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
 
+bool IsAscii(char character) {
+    return static_cast<unsigned char>(character) < 0x80;
+}
+
 /// White space beyond ASCII, which ends a value or a name for the 16-bit parser.
 bool HasWideSpace(std::string_view utf8) {
-    if (std::all_of(utf8.begin(), utf8.end(), [](char character) { return static_cast<unsigned char>(character) < 0x80; }))
+    if (std::all_of(utf8.begin(), utf8.end(), IsAscii))
         return false;
     constexpr std::string_view SPACES[] = {"\xC2\x85",     "\xC2\xA0",     "\xE1\x9A\x80", "\xE2\x80\xA8",
                                            "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F", "\xE3\x80\x80"};
@@ -166,11 +171,20 @@ std::uint32_t TagEdits::Get(std::string_view name, std::string* value) {
 
 /// A name that both flavours of the parser, and browsers, read as one.
 bool TagEdits::CanHaveName(std::string_view name) {
+    if (!isInstruction && !name.empty() && name == lastName)  // hosts mostly set the same attribute again and again
+        return true;
     const auto endsName = [this](char character) {
-        return IsControlOrSpace(character) || std::string_view("\"'=<>/").find(character) != std::string_view::npos ||
-               (isInstruction && character == '?');
+        return IsControlOrSpace(character) || character == '"' || character == '\'' || character == '=' || character == '<' ||
+               character == '>' || character == '/' || (isInstruction && character == '?');
     };
-    if (name.empty() || std::any_of(name.begin(), name.end(), endsName) || HasWideSpace(name))
+    if (name.empty() || std::any_of(name.begin(), name.end(), endsName))
+        return false;
+    if (std::all_of(name.begin(), name.end(), IsAscii)) {
+        if (name.size() <= LONGEST_KEPT_NAME)
+            lastName.assign(name);
+        return true;
+    }
+    if (HasWideSpace(name))
         return false;
     nameBytes.clear();
     return text->Append(name, DocumentText::Lacking::REFUSED, &nameBytes);
@@ -278,10 +292,16 @@ void TagEdits::WriteAscii(std::string_view ascii, std::string* bytes) const {
 void TagEdits::WriteNewValue(const Part& part, std::string* bytes) const {
     const char quote = ChooseQuote(part);
     const std::string_view quotes(&quote, quote == '\0' ? 0 : 1);
-    std::string encoded(part.value);
-    CharacterReferences<char, std::string>::EncodeAttributeValue(encoded, quote == '\'' ? QUOTE_SINGLE : QUOTE_DOUBLE, &encoded);
+    const bool isPlain = std::none_of(part.value.begin(), part.value.end(),
+                                      [](char character) { return character == '&' || character == '"' || character == '\''; });
     WriteAscii(quotes, bytes);
-    text->Append(encoded, DocumentText::Lacking::REFERENCE, bytes);
+    if (isPlain) {
+        text->Append(part.value, DocumentText::Lacking::REFERENCE, bytes);
+    } else {
+        std::string encoded(part.value);
+        CharacterReferences<char, std::string>::EncodeAttributeValue(encoded, quote == '\'' ? QUOTE_SINGLE : QUOTE_DOUBLE, &encoded);
+        text->Append(encoded, DocumentText::Lacking::REFERENCE, bytes);
+    }
     WriteAscii(quotes, bytes);
 }
 
@@ -335,6 +355,11 @@ void TagEdits::WritePart(const Part& part, Written* written) const {
     } else {
         bytes->append(tag, part.nameEnd, part.end - part.nameEnd);
     }
+    EndPart(part, quote, written);
+}
+
+/// An attribute of the tag has been written with a quote around its value, or without one.
+void TagEdits::EndPart(const Part& part, char quote, Written* written) {
     written->endsInQuote = quote != '\0';
     written->endsInBareValue = part.HasValue() && quote == '\0';
     written->endsInMissingValue = written->endsInBareValue && !part.hasNewValue && part.valueBegin == part.valueEnd;
@@ -356,11 +381,23 @@ void TagEdits::SeparateTail(std::size_t tail, Written* written) const {
 void TagEdits::Write(std::string* bytes) const {
     Written written{bytes};
     std::size_t tail = nameEnd;
-    const auto first = std::find_if(parts.begin(), parts.end(), [](const Part& part) { return !part.isAdded; });
-    bytes->append(tag, 0, first != parts.end() ? first->begin : nameEnd);
+    std::size_t copied = 0;  // so many bytes of the tag are written, or are left out
+    const auto copyUntil = [&](std::size_t end) {
+        bytes->append(tag, copied, end - copied);
+        copied = end;
+    };
     for (const Part& part : parts) {
-        if (!part.isAdded)
+        if (part.isAdded) {
+            copyUntil(tail);
+        } else {
             tail = part.end;
+            if (part.IsAsItWas() && !written.isAfterRemoved) {
+                EndPart(part, GetQuote(part), &written);
+                continue;
+            }
+            copyUntil(part.begin);
+            copied = part.end;
+        }
         if (part.isRemoved)
             written.isAfterRemoved = written.isAfterRemoved || !part.isAdded;
         else
@@ -368,7 +405,7 @@ void TagEdits::Write(std::string* bytes) const {
     }
     if (written.isAfterRemoved)
         SeparateTail(tail, &written);
-    bytes->append(tag, tail);
+    copyUntil(tag.size());
 }
 
 }  // namespace Kestra::HTML

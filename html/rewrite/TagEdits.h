@@ -84,6 +84,9 @@ private:
             return hasOwnName ? ownName : nameInTag;
         }
 
+        bool IsAsItWas() const {
+            return !isRemoved && !hasNewName && !hasNewValue;
+        }
         bool HasOldValue() const {
             return valueBegin != nameEnd;
         }
@@ -125,6 +128,7 @@ private:
     void SeparateTail(std::size_t tail, Written* written) const;
     void CompleteValue(Written* written) const;
     void WritePart(const Part& part, Written* written) const;
+    static void EndPart(const Part& part, char quote, Written* written);
     void WriteNewValue(const Part& part, std::string* bytes) const;
     void WriteAscii(std::string_view ascii, std::string* bytes) const;
 
@@ -142,6 +146,7 @@ private:
     std::set<std::size_t, ByName> byName;  // of the first parts, those that have a name and are not removed
     std::size_t countByName = 0;           // how many are the first parts
     std::string nameBytes;                 // of the name that is looked at
+    std::string lastName;                  // in ASCII, that every tag may have
 };
 
 }  // namespace Kestra::HTML
