@@ -1276,8 +1276,8 @@ void StatelessHTMLParser::InitRawTextParser() {
 //  1 escaped          keep     to 2        complete     to 0             keep
 //  2 double escaped   keep     keep        to 1         to 0             keep
 //
-// States 1 and 2 are those of a script; other elements stay in state 0 and are complete at their own name. After a name must stand what
-// ends it in browsers. The hyphens of "<!--" count for the ">".
+// States 1 and 2 are those of a script; other elements stay in state 0 and are complete at their own name. A name counts only
+// with what ends it in browsers after it. The hyphens of "<!--" count for the ">".
 std::uint32_t StatelessHTMLParser::ParseRawText() {
     while (!AtEnd()) {
         if (!heldBack.empty()) {
@@ -1345,7 +1345,7 @@ bool StatelessHTMLParser::JudgeHeldBack() {
     return false;
 }
 
-/// The content is complete. In its event the parser stands before the end tag, however the input is cut.
+/// The content is complete. In its event the parser is before the end tag, however the input is cut.
 std::uint32_t StatelessHTMLParser::FinishRawText() {
     if (!IsScriptOrStyle(rawElement) && !text.empty()) {
         if (GoesOver(0))

@@ -195,7 +195,7 @@ public:
     /// written; of the other elements the events are `OnStartTag`, `OnText` unless the content is empty, and `OnEndTag`. Nothing ends
     /// `plaintext`, so its content causes no event.
     ///
-    /// What stands between the name of such an end tag and its first ">" is dropped. A "/" at the end of such a start tag closes nothing.
+    /// What lies between the name of such an end tag and its first ">" is dropped. A "/" at the end of such a start tag closes nothing.
     /// A tag whose name browsers would not see there, as in "< title>" and "<title=a>", has no such content; those of scripts and style
     /// sheets then cause `OnStartTag`. A stop and an exception out of the callback of such a tag or of its text end the content.
     /// @return 0; 2 for another value, and nothing changes
