@@ -7,6 +7,8 @@
 
 #include "platform/Vector.h"
 #include "tests/tools/ObserverTest.h"
+#include "tools/kestra-html/TextReport.h"
+#include "tools/kestra-html/TokenKind.h"
 
 namespace Kestra::Test {
 namespace {
@@ -190,6 +192,16 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result.isWParser = false;
     observer.WriteSummary(result, 2, false);
     EXPECT_EQ(this->lines.Take()[2], "charset  4711");
+}
+
+TEST(TextObserverFlavours, AKindWithoutARowIsCountedAsAnother) {
+    EXPECT_EQ(Tool::FindTokenKind("junk"), Tool::TokenKind::JUNK);
+    EXPECT_EQ(Tool::FindTokenKind("imaginary"), Tool::TokenKind::OTHER);
+    KeptLines lines;
+    Tool::TextReport report(&lines, true, false);
+    report.Write(Tool::TokenKind::OTHER, {}, "imaginary(a)");
+    EXPECT_EQ(lines.Take(), Lines{"     1:1     \x1B[1mimaginary\x1B[0m(a)"});
+    EXPECT_EQ(report.DescribeCounts(), "1: other 1");
 }
 
 TEST(TextObserverFlavours, LettersOutsideAscii) {

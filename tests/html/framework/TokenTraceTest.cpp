@@ -207,8 +207,8 @@ TEST(TokenTraceTest, ACutNeverPartsAPair) {
 }
 
 TEST(TokenTraceTest, Events) {
-    EXPECT_EQ(Trace::Format(Trace::Event::START_PARSING), "start-parsing");
-    EXPECT_EQ(Trace::Format(Trace::Event::CSS_TAG_END), "css-end");
+    EXPECT_EQ(Trace::Format(HTML::ObserverEvent::StartParsing), "start-parsing");
+    EXPECT_EQ(Trace::Format(HTML::ObserverEvent::CSSTagEnd), "css-end");
     EXPECT_EQ(Trace::FormatBOM("\xFF\xFE", 2), "bom(FF FE)");
     EXPECT_EQ(Trace::FormatBOM("", 0), "bom()");
     EXPECT_EQ(Trace::FormatCharset(0), "charset(0)");
