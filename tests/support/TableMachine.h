@@ -66,6 +66,7 @@ struct TableMachine {
     std::vector<std::vector<Codes>> sequences;   // and these, which no two symbols are
     std::function<bool(char16_t)> isSpace;
     std::set<std::string> ignoredHeads;                                    // columns of characters that are not allowed
+    std::map<std::uint32_t, std::set<std::string>> ignoredIn;              // the same, in single states
     std::map<std::uint32_t, std::string> rowNames;                         // of states with more than one row
     std::set<std::uint32_t> states;                                        // that it can be put into; all when there are none
     bool statesEndAtTable = true;                                          // a state without a row is answered with `failResult`

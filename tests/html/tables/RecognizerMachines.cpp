@@ -322,6 +322,14 @@ private:
         TableMachine& markup = add("markup alone", [](Text* data) { data->allowJSRegEx = true; });
         markup.ignoredHeads = {"\"'\"", "'\"'", "\"/\"", "\"*\"", "ESC"};
         markup.rowNames = {{1, "\"/\", expressions"}};
+        TableMachine& blocks = add("block comments", [](Text* data) { data->allowCComment = true; });
+        blocks.ignoredHeads = {"\"'\"", "'\"'", "ESC"};
+        blocks.ignoredIn[1] = {"\"/\""};
+        blocks.rowNames = {{1, "\"/\", none"}};
+        TableMachine& lines = add("line comments", [](Text* data) { data->allowCPPComment = true; });
+        lines.ignoredHeads = {"\"'\"", "'\"'", "ESC"};
+        lines.ignoredIn[1] = {"\"*\""};
+        lines.rowNames = {{1, "\"/\", none"}};
         TableMachine& escapes = add("markup and escape runs", [](Text* data) { data->allowEscape2022 = true; });
         escapes.ignoredHeads.insert({"\"'\"", "'\"'", "\"/\"", "\"*\""});
         escapes.rowNames = {{1, "\"/\", none"}};
