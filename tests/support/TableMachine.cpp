@@ -11,7 +11,7 @@ namespace {
 
 using Kind = TableAction::Kind;
 
-constexpr std::size_t MOST_STEPS = 20;  // without consuming a symbol: a table that goes round in a circle
+constexpr std::size_t MOST_STEPS = 20;  // without a symbol consumed: the table goes round
 
 const std::vector<TableAction>& ReadKnownCell(const std::string& cell) {
     static std::map<std::string, std::vector<TableAction>> known;

@@ -84,7 +84,8 @@ Codes ToCodes(const S& text) {
     return codes;
 }
 
-/// Every character of the 8-bit flavour; of the other one also some whose low or high byte is that of a character that counts.
+/// Every character of the 8-bit flavour; of the other one also some whose low or high byte is that
+/// of a character that counts.
 template <typename C>
 std::vector<Codes> AllCharacters() {
     std::vector<Codes> symbols;
