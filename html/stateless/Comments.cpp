@@ -13,12 +13,12 @@ void InitCommentTagParser(Data& data) {
     data.identifier.clear();
 }
 
-//  state     "-"            ">"          other        end of the piece
-//  0 body    to 1           keep         keep         complete (kept)
-//  1 "-"     to 2           keep, to 0   keep, to 0   complete (kept)
-//  2 "--"    "---", to 0    complete     "--", to 0   complete (kept)
+//  state    "-"                  ">"                 other
+//  0 body   to 1                 keep                keep
+//  1 "-"    to 2                 keep, to 0 (kept)   keep, to 0 (kept)
+//  2 "--"   "---", to 0 (kept)   complete            "--", keep, to 0
 //
-// A hyphen that no other one follows is lost (kept).
+// So a hyphen that no other one follows is lost. A comment is complete with its piece (kept).
 std::uint32_t ParseCommentTag(Data& data) {
     while (!AtEnd(data)) {
         switch (static_cast<CommentState>(data.commentState)) {

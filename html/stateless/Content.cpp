@@ -101,15 +101,20 @@ std::uint32_t ParseScriptString(Data& data) {
 
 }  // namespace
 
-//  state               "/"           "*"           "'"       '"'       "<"    CR, LF   other
-//  0 code              keep, or      keep, or      to 4      to 5      to 6   keep     keep
-//                      "//": to 3    "/*": to 2
-//  2 block comment     "*/": to 0    drop          drop      drop      drop   drop     drop
-//  3 line comment      drop          drop          drop      drop      drop   to 0     drop
-//  4, 5 quoted         keep          keep          4: to 0   5: to 0   keep   keep     keep
-//  6 after "<"         compared with the end tag: complete when it is there; back to the code, to 0, when it is not
+//  state             "/"       "*"       "'"          '"'          "<"     "\"          line break   other
+//  0 code            to 1      keep      keep, to 4   keep, to 5   to 6    keep         keep         keep
+//  1 code, "/"       to 3      to 2      other        other        other   other        other        "/", as 0
+//  2 block comment   drop      to 7      drop         drop         drop    drop         drop         drop
+//  3 line comment    drop      drop      drop         drop         drop    drop         to 0         drop
+//  4 in "'"          keep      keep      keep, to 0   keep         keep    keep, to 8   keep         keep
+//  5 in '"'          keep      keep      keep         keep, to 0   keep    keep, to 9   keep         keep
+//  6 after "<"       the end tag recognizer reads on: "/Script>": complete; "a": "<a", to 0; "/'": "</'", to 0;
+//                    "<": "<<", to 0 (kept); "/script ": "</script ", to 0
+//  7 comment, "*"    to 0      drop      other        other        other   other        other        as 2
+//  8 in "'", "\"     other     other     other        other        other   keep         other        keep, to 4
+//  9 in '"', "\"     other     other     other        other        other   keep (kept)  other        keep, to 5
 //
-// A "<" right after another one begins no end tag (kept).
+// States 1 and 7 to 9 are states 0, 2, 4 and 5 with the byte before.
 std::uint32_t ParseScriptTag(Data& data) {
     while (!AtEnd(data)) {
         const unsigned char next = Next(data);
@@ -159,9 +164,9 @@ void InitStyleTagParser(Data& data) {
     data.styleState = STYLE_RULES;
 }
 
-//  state          "<"    other
-//  0 rules        to 1   keep
-//  1 after "<"    compared with the end tag: complete when it is there; back to the rules, to 0, when it is not
+//  state         "<"    other
+//  0 rules       to 1   keep
+//  1 after "<"   the end tag recognizer reads on: "/Style>": complete; "a": "a", to 0; "/x": "/x", to 0; "<": "<", to 0
 //
 // A "<" that does not begin the end tag is lost (kept).
 std::uint32_t ParseStyleTag(Data& data) {
@@ -210,13 +215,15 @@ void InitRawTextParser(Data& data) {
 
 namespace {
 
-/// The next byte neither belongs to the content nor is it counted until it is known what it is part of.
+/// The next byte neither belongs to the content nor is it counted until it is known what it is part
+/// of.
 void HoldBack(Data& data) {
     data.heldBack += static_cast<char>(Next(data));
     PassByte(data);
 }
 
-/// Looks at the byte after what is held back. True when it ends the name of the end tag, and it stays unread.
+/// Looks at the byte after what is held back. True when it ends the name of the end tag, and it
+/// stays unread.
 bool JudgeHeldBack(Data& data) {
     const char next = static_cast<char>(Next(data));
     const auto mayBegin = [&](std::string_view mark) {
@@ -259,13 +266,14 @@ std::size_t CountRawText(const Data& data) {
 
 }  // namespace
 
-//  state              "<!--"   "<script"   "</script"   ">" after "--"   other
-//  0 content          to 1     keep        complete     keep             keep
-//  1 escaped          keep     to 2        complete     to 0             keep
-//  2 double escaped   keep     keep        to 1         to 0             keep
+//  state              "<!--"       "<script"    "</script"         ">" after "--"   other
+//  0 content          keep, to 1   keep         complete, unread   keep             keep
+//  1 escaped          keep         keep, to 2   complete, unread   keep, to 0       keep
+//  2 double escaped   keep         keep         keep, to 1         keep, to 0       keep
 //
-// States 1 and 2 are those of a script; other elements stay in state 0 and are complete at their own name. A name counts only
-// with what ends it in browsers after it. The hyphens of "<!--" count for the ">".
+// States 1 and 2 are those of a script; other elements stay in state 0 and are complete at their
+// own name. A name counts only with what ends it in browsers after it. The hyphens of "<!--" count
+// for the ">".
 std::uint32_t ParseRawText(Data& data) {
     while (!AtEnd(data)) {
         if (!data.heldBack.empty()) {

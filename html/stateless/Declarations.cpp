@@ -30,11 +30,12 @@ std::uint32_t ParseTokens(Data& data) {
     }
 }
 
-//  state     white space   "/"    ">"            other   end of the piece
-//  0 name    the name is read; to 1 with it
-//  1 list    the items are read; to 2 with the last one
-//  2 end     skip          to 3   to 3, unread   702     16
-//  3 last    702           702    complete       702     complete (kept)
+//  state    white space   "/"    ">"        other
+//  0 name   the name recognizer reads on: "a" before " ": to 1; " a" before ">": to 1; before "1": 701
+//  1 list   the item recognizer reads on: before ">": to 2; " a b" before ">": to 2; "'a'" before "/": to 2;
+//           "a " before "/": to 2
+//  2 end    drop          to 3   as 3       702
+//  3 last   702           702    complete   702
 struct EntityTag {
     static constexpr std::uint32_t Data::*STATE = &Data::entityTagState;
 
@@ -56,13 +57,15 @@ struct EntityTag {
     }
 };
 
-//  state     white space   "?"    ">"                 other               end of the piece
-//  0 name    the name is read; to 1 with it
-//  1 list    the attributes are read; to 2 with the last one
-//  2 end     skip          to 3   702; after "?" to 3, unread   702; after "?": to 3, unread   16
-//  3 last    702           702    complete            702                 complete (kept)
+//  state            white space   "?"    ">"        other
+//  0 name           the name recognizer reads on: "a" before "?": to 1; " a" before " ": to 1; before "1": 701
+//  1 list           the attribute recognizer reads on: before "?": to 2; " a='b' " before "?": to 2; " a=b?" before ">": to 4;
+//                   " a" before ">": to 2; "%?" before ">": to 4
+//  2 end            drop          to 3   702        702
+//  3 last           702           702    complete   702
+//  4 end after "?"  to 2          to 3   as 3       as 3
 //
-// An unquoted value takes the "?" with it: so one that was consumed last counts as well.
+// State 4 is state 2 after a "?" that is not its own: an unquoted value takes it.
 struct ExternTag {
     static constexpr std::uint32_t Data::*STATE = &Data::externTagState;
 

@@ -5,7 +5,8 @@
 #include "html/stateless/Scan.h"
 
 /// @file
-/// Declarations, "<!name items>", and instructions, "<?name attributes?>". The functions are like those for tags. Not installed.
+/// Declarations, "<!name items>", and instructions, "<?name attributes?>". The functions are like
+/// those for tags. Not installed.
 
 namespace Kestra::HTML::Stateless {
 

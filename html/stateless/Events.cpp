@@ -26,7 +26,8 @@ std::string_view StripBlanks(std::string_view part) {
     return first == std::string_view::npos ? part.substr(0, 0) : part.substr(first, part.find_last_not_of(' ') - first + 1);
 }
 
-/// The last parameter "charset=name" of a content type; null for none. A part with more than one "=" is none.
+/// The last parameter "charset=name" of a content type; null for none. A part with more than one
+/// "=" is none.
 std::string_view FindCharSet(std::string_view content) {
     std::string_view name;
     while (content.data() != nullptr) {
@@ -58,7 +59,8 @@ void Events::SetCharSet(const std::string& name) {
     data.charset = StringNS::CharSet::GetCharSetCode(data.wideName);
 }
 
-/// `<meta http-equiv=Content-Type content='...; charset=name'>`; the attribute `charset` is not looked at.
+/// `<meta http-equiv=Content-Type content='...; charset=name'>`; the attribute `charset` is not
+/// looked at.
 std::uint32_t Events::GetCharSetFromStartTag() {
     if (!MayChangeCharSet())
         return STATELESS_INVALID_ARGUMENT;
@@ -95,7 +97,8 @@ std::uint32_t Events::GetCharSetFromExternTag() {
 
 // From bytes to wide strings
 
-/// A charset without a converter falls back to the ANSI rule, so that no event is lost. A lack of memory says nothing about the charset.
+/// A charset without a converter falls back to the ANSI rule, so that no event is lost. A lack of
+/// memory says nothing about the charset.
 void Events::ToWide(StringNS::CharSet::Code code, const std::string& bytes, WideString* output) {
     const Base::Services& services = Base::GetServices();
     std::uint32_t result = services.toWide(&converter, code, bytes.data(), bytes.size(), output);

@@ -25,8 +25,7 @@ void ApplyLimits(Data& data) {
 void GoBackToToken(Data& data) {
     data.wentOver = true;
     // A script or a style sheet begins with its start tag, another content after it.
-    const bool isInContent =
-        (data.state == STATE_RAW_TEXT || data.state == STATE_RAW_TEXT_END) && !IsScriptOrStyle(GetRawElement(data));
+    const bool isInContent = (data.state == STATE_RAW_TEXT || data.state == STATE_RAW_TEXT_END) && !IsScriptOrStyle(GetRawElement(data));
     data.state = isInContent ? STATE_RAW_TEXT : STATE_TEXT;
     InitRawTextParser(data);
     data.pieceOffset = data.tokenOffset;

@@ -12,7 +12,8 @@
 
 namespace Kestra::HTML::Stateless {
 
-/// Passes on what a parser of a construct answers. When the construct is complete, causes its events, unless it went over a limit.
+/// Passes on what a parser of a construct answers. When the construct is complete, causes its
+/// events, unless it went over a limit.
 template <typename Event>
 std::uint32_t Machine::Finish(std::uint32_t result, Event raiseEvent) {
     if (result != STATELESS_OK)
@@ -24,12 +25,23 @@ std::uint32_t Machine::Finish(std::uint32_t result, Event raiseEvent) {
     return data.stopped ? STATELESS_STOPPED : STATELESS_OK;
 }
 
-//  state        "<"             "?"    "/"    "!"    "-"    white space   letter, "_"   other
-//  0 text       text; to 1      keep                                                    keep
-//  1 "<"        703             to 2   to 6   to 3   703    to 7          to 7, unread  703
-//  3 "<!"       703             703    703    703    to 4   to 8          to 8, unread  703
-//  4 "<!-"      703             703    703    703    to 5   703           703           703
-//  2, 5 to 12   the construct's own parser reads on; to 0 when it is complete, from 7 also to 9, 10 or 11, from 11 to 12
+//  state            "<"    "?"    "/"    "!"    "-"    white space   letter, "_"   other
+//  0 text           to 1   keep   keep   keep   keep   keep          keep          keep
+//  1 "<"            703    to 2   to 6   to 3   703    to 7          as 7          703
+//  2 instruction    the instruction recognizer reads on: "a?>": to 0; before "1": 701
+//  3 "<!"           703    703    703    703    to 4   to 8          as 8          703
+//  4 "<!-"          703    703    703    703    to 5   703           703           703
+//  5 comment        the comment recognizer reads on: "a-->": to 0
+//  6 end tag        the end tag recognizer reads on: "a>": to 0; before "1": 701; "a" before " ": 702
+//  7 start tag      the start tag recognizer reads on: "a b=c>": to 0; "a/>": to 0; "script>": to 9; "style>": to 10
+//  8 declaration    the declaration recognizer reads on: "a b>": to 0
+//  9 script         the script recognizer reads on: "a</script>": to 0
+//  10 style sheet   the style sheet recognizer reads on: "a</style>": to 0
+//  11 content       the content recognizer reads on: "a</title" before " ": to 12
+//  12 its end tag   the end tag recognizer reads on: " a>": to 0
+//
+// Where contents are text, an element without markup goes from 7 to 11. A text is reported before
+// its "<" is read.
 std::uint32_t Machine::Run() {
     std::uint32_t result = STATELESS_OK;
     while (!AtEnd(data) && result == STATELESS_OK) {
@@ -52,8 +64,7 @@ std::uint32_t Machine::Run() {
                 result = ParseAfterHyphen();
                 break;
             case STATE_COMMENT:
-                result = Finish(ParseCommentTag(data),
-                                [this] { events.RaiseString(StatelessHTMLParser::ID_COMMENT, &data.identifier); });
+                result = Finish(ParseCommentTag(data), [this] { events.RaiseString(StatelessHTMLParser::ID_COMMENT, &data.identifier); });
                 break;
             case STATE_END_TAG:
                 result = Finish(ParseEndTag(data), [this] { events.RaiseEndTag(); });
@@ -153,7 +164,8 @@ std::uint32_t Machine::ParseAfterHyphen() {
     return STATELESS_OK;
 }
 
-/// From state 7. A script or a style sheet is reported as one, after its end tag; a "/" before the ">" changes nothing about it.
+/// From state 7. A script or a style sheet is reported as one, after its end tag; a "/" before the
+/// ">" changes nothing about it.
 std::uint32_t Machine::FinishStartTag() {
     if (data.scriptsAsText)
         return FinishStartTagAsText();
@@ -169,15 +181,14 @@ std::uint32_t Machine::FinishStartTag() {
     return STATELESS_OK;
 }
 
-/// The same when contents are text. An exception out of the callback, or what stops the parser there, ends the content.
+/// The same when contents are text. An exception out of the callback, or what stops the parser
+/// there, ends the content.
 std::uint32_t Machine::FinishStartTagAsText() {
-    const RawTextElement element =
-        data.isBrowsersName ? FindRawTextElement(std::string_view(data.tagName)) : RawTextElement::NONE;
+    const RawTextElement element = data.isBrowsersName ? FindRawTextElement(std::string_view(data.tagName)) : RawTextElement::NONE;
     const bool hasContent = element != RawTextElement::NONE;
     data.rawElement = static_cast<std::uint32_t>(element);
     data.selfClosing = data.selfClosing && !hasContent;
-    const std::uint32_t result =
-        IsScriptOrStyle(element) ? STATELESS_OK : Finish(STATELESS_OK, [this] { events.RaiseStartTag(); });
+    const std::uint32_t result = IsScriptOrStyle(element) ? STATELESS_OK : Finish(STATELESS_OK, [this] { events.RaiseStartTag(); });
     if (result == STATELESS_OK && hasContent) {
         InitRawTextParser(data);
         data.state = STATE_RAW_TEXT;

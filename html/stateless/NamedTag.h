@@ -6,7 +6,8 @@
 #include "html/stateless/Tags.h"
 
 /// @file
-/// What start tags, declarations and instructions share: a name, a list, and what ends them. Not installed.
+/// What start tags, declarations and instructions share: a name, a list, and what ends them. Not
+/// installed.
 
 namespace Kestra::HTML::Stateless {
 
@@ -34,14 +35,16 @@ void InitNamedTag(Data& data) {
     InitIdentifierParser(data);
 }
 
-/// Reads a construct up to its ">". The table of its states is above the class that names its parts:
+/// Reads a construct up to its ">". The table of its states is above the class that names its
+/// parts:
 ///
 ///     static constexpr std::uint32_t Data::*STATE;
 ///     static void InitList(Data& data);            // before the byte after the name
 ///     static std::uint32_t ParseList(Data& data);
 ///     static bool ParseEnd(Data& data);            // the byte before the ">", if there is one; false for a byte that does not fit
 ///
-/// A piece that ends right before the ">" completes the construct, and the ">" in the next piece is text (kept).
+/// A piece that ends right before the ">" completes the construct, and the ">" in the next piece is
+/// text (kept).
 template <typename Construct>
 std::uint32_t ParseNamedTag(Data& data) {
     std::uint32_t& state = data.*Construct::STATE;

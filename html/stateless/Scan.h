@@ -9,8 +9,8 @@
 #include "html/stateless/StatelessHTMLParser.h"
 
 /// @file
-/// Walking over the piece, with the line and the column of the place. What is `inline` here belongs into the loop that calls it. Not
-/// installed.
+/// Walking over the piece, with the line and the column of the place. What is `inline` here belongs
+/// into the loop that calls it. Not installed.
 
 namespace Kestra::HTML::Stateless {
 
@@ -156,7 +156,8 @@ inline bool GoesOver(const Data& data, std::size_t count) {
     return GetOffset(data) + count - data.tokenOffset > data.maxBytes;
 }
 
-/// Consumes a run and appends it to `text`. False, and nothing happens, when the token would go over its limit.
+/// Consumes a run and appends it to `text`. False, and nothing happens, when the token would go
+/// over its limit.
 [[nodiscard]] inline bool AppendRun(Data& data, std::size_t count, std::string* text) {
     if (GoesOver(data, count))
         return false;

@@ -28,9 +28,9 @@ void InitIdentifierParser(Data& data) {
     data.identifier.clear();
 }
 
-//  name         white space        letter, "_"   digit, ":", "-"   other              end of the piece
-//  not begun    skip               keep          701               701                16
-//  begun        complete, unread   keep          keep              complete, unread   16
+//  state         white space        letter, "_"   digit, ":", "-"    other
+//  0 not begun   drop               keep, to 1    701                701
+//  1 begun       complete, unread   keep          keep               complete, unread
 //
 // It has begun when it has a byte.
 std::uint32_t ParseIdentifier(Data& data) {
@@ -67,13 +67,14 @@ std::uint32_t ParseQuoted(Data& data, char quote) {
 
 }  // namespace
 
-//  state               "'"        '"'        ">"                white space        other
-//  0 not begun         to 2       to 3       to 1, unread       skip               to 1, unread
-//  1 unquoted          keep       keep       complete, unread   complete, unread   keep
-//  2 single-quoted     complete   keep       keep               keep               keep
-//  3 double-quoted     keep       complete   keep               keep               keep
+//  state             "'"        '"'        ">"                white space        other
+//  0 not begun       to 2       to 3       as 1               drop               as 1
+//  1 unquoted        keep       keep       complete, unread   complete, unread   keep
+//  2 single-quoted   complete   keep       keep               keep               keep
+//  3 double-quoted   keep       complete   keep               keep               keep
 //
-// A closing quote that ends the piece does not complete: the value goes on in the next piece, up to another quote (kept).
+// A closing quote that ends the piece does not complete: the value goes on in the next piece, up to
+// another quote (kept).
 std::uint32_t ParseValue(Data& data) {
     if (data.valueState == VALUE_NOT_BEGUN) {
         if (!SkipWhiteSpace(data))
@@ -92,8 +93,6 @@ std::uint32_t ParseValue(Data& data) {
 
 // Attributes
 
-namespace {
-
 void InitAttrParser(Data& data) {
     data.attributeState = ATTRIBUTE_NAME;
     InitIdentifierParser(data);
@@ -101,7 +100,9 @@ void InitAttrParser(Data& data) {
     data.attributePlace.begin = GetOffset(data);
 }
 
-/// An attribute that begins with a byte that no name begins with takes the rest of the tag with it.
+namespace {
+
+/// For an attribute that begins with a byte that no name begins with.
 std::uint32_t DropToTagEnd(Data& data) {
     if (!AtEnd(data)) {
         ConsumeRun(data, CountUntilByte(data, '>'));
@@ -110,13 +111,16 @@ std::uint32_t DropToTagEnd(Data& data) {
     return AtEndOrComplete(data);
 }
 
-//  state       white space   letter, "_"        "="                "/", "?", ">"      other              end of the piece
-//  0 name      skip          name; to 1         drop; complete     complete, unread   drop; complete     16
-//  1 equals    skip          complete, unread   to 2               complete, unread   complete, unread   16
-//  2 value     the value is read; complete with it
+}  // namespace
+
+//  state      white space   "="    other
+//  0 name     the name recognizer reads on: "a" before "=": to 1; " a" before ">": to 1; "a" before "%": to 1;
+//             before ">": complete; " " before "/": complete; before "?": complete; "%b" before ">": complete (kept);
+//             "=b c/" before ">": complete (kept)
+//  1 equals   drop          to 2   complete, unread
+//  2 value    the value recognizer reads on: "a" before " ": complete; "'>'" before "b": complete; before ">": complete
 //
-// A name is read whole: to 1 before the byte after it. "Drop": the bytes up to ">" are no attribute, but for those in the next piece, which
-// begins a new one (kept). An empty name means that there is no attribute.
+// An empty name means that there is no attribute.
 std::uint32_t ParseAttr(Data& data) {
     AttributePlace& place = data.attributePlace;
     if (AtEnd(data))
@@ -151,8 +155,6 @@ std::uint32_t ParseAttr(Data& data) {
     return result;
 }
 
-}  // namespace
-
 void InitAttrsParser(Data& data) {
     data.attributes.clear();
     data.attributePlaces.clear();
@@ -185,11 +187,12 @@ std::uint32_t ParseAttrs(Data& data) {
 
 namespace {
 
-//  state     white space   "/"    ">"            other   end of the piece
-//  0 name    the name is read; to 1 with it
-//  1 list    the attributes are read; to 2 with the last one
-//  2 end     skip          to 3   to 3, unread   702     16
-//  3 last    702           702    complete       702     complete (kept)
+//  state    white space   "/"    ">"        other
+//  0 name   the name recognizer reads on: "a" before " ": to 1; " a" before "/": to 1; "a" before ">": to 1; before "1": 701
+//  1 list   the attribute recognizer reads on: before ">": to 2; " a=b" before ">": to 2; " a" before "/": to 2;
+//           "a='>'b " before "?": to 2; "%" before ">": to 2
+//  2 end    drop          to 3   as 3       702
+//  3 last   702           702    complete   702
 struct StartTag {
     static constexpr std::uint32_t Data::*STATE = &Data::startTagState;
 
@@ -226,9 +229,9 @@ void InitEndTagParser(Data& data) {
     InitIdentifierParser(data);
 }
 
-//  state     ">"        other
-//  0 name    the name is read; to 1 with it
-//  1 last    complete   702
+//  state    ">"        other
+//  0 name   the name recognizer reads on: "a" before ">": to 1; " a" before " ": to 1; before "1": 701
+//  1 last   complete   702
 std::uint32_t ParseEndTag(Data& data) {
     if (data.endTagState == END_TAG_NAME) {
         const std::uint32_t result = ParseTagName(data);
