@@ -37,7 +37,7 @@ std::uint32_t Machine::Finish(std::uint32_t result, Event raiseEvent) {
 //  8 declaration    the declaration recognizer reads on: "a b>": to 0
 //  9 script         the script recognizer reads on: "a</script>": to 0
 //  10 style sheet   the style sheet recognizer reads on: "a</style>": to 0
-//  11 content       the content recognizer reads on: "a</title" before " ": to 12
+//  11 content       the content recognizer reads on: "a</title" before " ": "a", to 12
 //  12 its end tag   the end tag recognizer reads on: " a>": to 0
 //
 // Where contents are text, an element without markup goes from 7 to 11. A text is reported before
