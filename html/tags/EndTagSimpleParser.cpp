@@ -35,7 +35,8 @@ std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
 //                        "/ " before "a": fail
 //  4 end of attributes   fail          to 5   complete   fail                     fail            fail
 //
-// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag swallows.
+// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag
+// swallows.
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -11,7 +11,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-// "$(" is before the longer sequences that begin with it, so it completes first and they never match (kept).
+// "$(" is before the longer sequences that begin with it, so it completes first and they never
+// match (kept).
 constexpr std::string_view OPENING_SEQUENCES[] = {"$@",  "$B",  "$(",  "$A",  "$(C", "$(O", "$(P", "$(Q", "$)C",
                                                   "$)A", "$)G", "$*H", "$)E", "$+I", "$+J", "$+K", "$+L", "$+M"};
 
@@ -29,7 +30,8 @@ enum class Match {
     COMPLETE,
 };
 
-/// Searches the table in order for an entry that begins with `pending`; the first one of the same length completes.
+/// Searches the table in order for an entry that begins with `pending`; the first one of the same
+/// length completes.
 template <typename S>
 Match MatchSequence(const S& pending, std::span<const std::string_view> table) {
     Match best = Match::NONE;

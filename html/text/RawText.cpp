@@ -68,8 +68,8 @@ void RawText<C, S>::Restart() {
 //  1 escaped          keep         keep, to 2   complete, unread   keep, to 0       keep
 //  2 double escaped   keep         keep         keep, to 1         keep, to 0       keep
 //
-// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name. After a name there must be white
-// space, "/" or ">". The dashes of "<!--" count for the ">".
+// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name.
+// After a name there must be white space, "/" or ">". The dashes of "<!--" count for the ">".
 template <typename C, typename S>
 bool RawText<C, S>::Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run) {
     const C* begin = context->buffer + context->position;

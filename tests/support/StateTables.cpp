@@ -90,7 +90,8 @@ std::optional<std::uint32_t> ReadNumber(std::string_view text) {
     return static_cast<std::uint32_t>(std::stoul(std::string(text)));
 }
 
-/// Where the parts of a line begin that two spaces or more separate. Spaces in quotes separate nothing.
+/// Where the parts of a line begin that two spaces or more separate. Spaces in quotes separate
+/// nothing.
 std::vector<std::size_t> FindCells(std::string_view line) {
     std::vector<std::size_t> cells;
     bool separated = true;

@@ -15,9 +15,10 @@
 ///     //  1 "-"      "-", as 0 (kept)        ...
 ///     //  2 value    the value recognizer reads on: "a": hold; "a" before " ": complete; end of input: fail
 ///
-/// Cells begin in the column of their heads and at least two spaces after the cell before. A head lists characters or texts in quotes,
-/// or names a class: "white space", "line feed", "ESC", "other" (every character that no other column has), "end of piece", "end of
-/// input", or one that only the machine knows. A cell says what happens, in this order, separated by commas:
+/// Cells begin in the column of their heads and at least two spaces after the cell before. A head
+/// lists characters or texts in quotes, or names a class: "white space", "line feed", "ESC",
+/// "other" (every character that no other column has), "end of piece", "end of input", or one that
+/// only the machine knows. A cell says what happens, in this order, separated by commas:
 ///
 ///     "text"             is added to what the state gathers; so is ESC
 ///     release            what is held is added
@@ -30,10 +31,11 @@
 ///     unread             after "complete": the character is left
 ///     open               any other word: what the machine knows by that name; the name of a recognizer completes as well
 ///
-/// "never" says that a character of that class does not come there, "other" that it is treated as the last column of characters says, and
-/// "(kept)" at the end that this is odd and stays. A row of "reads on" belongs to another recognizer and gives examples: a text, or "end
-/// of input", and what happens after it: hold, or how the state is left ("to 1, fail" too). "before" says which text comes next, which
-/// only a state that is left can leave. The row may go on in further lines.
+/// "never" says that a character of that class does not come there, "other" that it is treated as
+/// the last column of characters says, and "(kept)" at the end that this is odd and stays. A row of
+/// "reads on" belongs to another recognizer and gives examples: a text, or "end of input", and what
+/// happens after it: hold, or how the state is left ("to 1, fail" too). "before" says which text
+/// comes next, which only a state that is left can leave. The row may go on in further lines.
 
 namespace Kestra::Test {
 
@@ -92,7 +94,8 @@ struct StateTable {
 /// The tables of a source. @throw std::runtime_error for one that is not in the form above
 std::vector<StateTable> ReadStateTables(const std::string& file, std::string_view source);
 
-/// The lines that look like those of a table: its head, or a state's number and name and then cells.
+/// The lines that look like those of a table: its head, or a state's number and name and then
+/// cells.
 std::vector<std::size_t> FindTableLines(std::string_view source);
 
 /// The sources below a folder, from the root.

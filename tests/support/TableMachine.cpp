@@ -11,7 +11,7 @@ namespace {
 
 using Kind = TableAction::Kind;
 
-constexpr std::size_t MOST_STEPS = 20;  // without consuming a symbol: a table that goes round in a circle
+constexpr std::size_t MOST_STEPS = 20;  // without a symbol consumed: the table goes round
 
 const std::vector<TableAction>& ReadKnownCell(const std::string& cell) {
     static std::map<std::string, std::vector<TableAction>> known;
@@ -54,7 +54,9 @@ std::optional<std::size_t> FindColumn(const StateTable& table, const TableMachin
     }
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const TableColumn& column = table.columns[i];
+        const auto ignored = machine.ignoredIn.find(place.state);
         if (machine.ignoredHeads.count(column.head) == 0 &&
+            (ignored == machine.ignoredIn.end() || ignored->second.count(column.head) == 0) &&
             std::find(column.texts.begin(), column.texts.end(), symbol) != column.texts.end())
             return i;
     }

@@ -11,14 +11,15 @@
 
 #include "tests/support/StateTables.h"
 
-/// @file
-/// Compares a state table with the machine below it. A table is carried out as it is written, one input after the other, and the machine
-/// has to end with the same result, place, state, texts and words. Every state is entered with every character, alone, before the end of
-/// the input, and before and after characters of every column; so each cell is used, and what it says shows.
+/// @file Compares a state table with the machine below it. A table is carried out as it is written,
+/// one input after the other, and the machine has to end with the same result, place, state, texts
+/// and words. Every state is entered with every character, alone, before the end of the input, and
+/// before and after characters of every column; so each cell is used, and what it says shows.
 
 namespace Kestra::Test {
 
-/// What a machine has in each field before it begins. A field that is set has it no longer, one that grows begins with it.
+/// What a machine has in each field before it begins. A field that is set has it no longer, one
+/// that grows begins with it.
 inline constexpr char16_t UNTOUCHED[] = u"\u00FE";
 
 /// What a machine, or a table, makes of an input.
@@ -59,20 +60,45 @@ struct TableField {
 struct TableMachine {
     std::string note;
     std::function<TableOutcome(const TableInput&)> run;
-    std::map<std::uint32_t, TableField> fields;  // by the states that gather text
-    std::set<std::string> fieldNames;            // these and others of the outcome
-    std::map<std::uint32_t, Codes> held;         // what a state begins with that is held
-    std::vector<Codes> symbols;                  // what every state is given
-    std::vector<std::vector<Codes>> sequences;   // and these, which no two symbols are
+
+    /// By the states that gather text.
+    std::map<std::uint32_t, TableField> fields;
+
+    /// These fields, and others of the outcome.
+    std::set<std::string> fieldNames;
+
+    /// What is held already in a state that is entered with nothing read.
+    std::map<std::uint32_t, Codes> held;
+
+    /// What every state is given, and sequences of symbols besides.
+    std::vector<Codes> symbols;
+    std::vector<std::vector<Codes>> sequences;
+
     std::function<bool(char16_t)> isSpace;
-    std::set<std::string> ignoredHeads;                                    // columns of characters that are not allowed
-    std::map<std::uint32_t, std::string> rowNames;                         // of states with more than one row
-    std::set<std::uint32_t> states;                                        // that it can be put into; all when there are none
-    bool statesEndAtTable = true;                                          // a state without a row is answered with `failResult`
-    std::function<std::string(const TablePlace&, const Codes&)> classify;  // the head for a symbol, for classes of its own
-    std::function<bool(const Codes&)> choosesFirst;                        // of "as 1 or 2", by the text gathered
-    std::set<std::string> recognizers;                                     // words that complete
-    std::set<std::string> words;                                           // other words that the machine knows
+
+    /// Columns of characters that are not allowed, in all states or in one.
+    std::set<std::string> ignoredHeads;
+    std::map<std::uint32_t, std::set<std::string>> ignoredIn;
+
+    /// Of states with more than one row.
+    std::map<std::uint32_t, std::string> rowNames;
+
+    /// The states that it can be put into; all when there are none here.
+    std::set<std::uint32_t> states;
+
+    /// A state without a row is answered with `failResult`.
+    bool statesEndAtTable = true;
+
+    /// The head for a symbol, for classes that only the machine knows.
+    std::function<std::string(const TablePlace&, const Codes&)> classify;
+
+    /// Of "as 1 or 2", by the text gathered.
+    std::function<bool(const Codes&)> choosesFirst;
+
+    /// Words that complete, and others that the machine knows.
+    std::set<std::string> recognizers;
+    std::set<std::string> words;
+
     std::uint32_t failResult = 11;
     std::uint32_t completeResult = 19;
     std::uint32_t unterminatedResult = 16;
@@ -120,13 +146,14 @@ private:
     const TableOutcome& RunFrom(const TableInput& input) const;
     TableOutcome RunExample(const TableRow& row, const TableExample& example) const;
 
-    /// Only the fields that a state of the table gathers: examples do not say what the other recognizer leaves in the rest.
+    /// Only the fields that a state of the table gathers: examples do not say what the other
+    /// recognizer leaves in the rest.
     TableOutcome WithoutDetails(TableOutcome outcome) const;
 
     StateTable table;
     TableMachine machine;
     std::vector<Run> runs;
-    std::map<CellPlace, std::vector<std::size_t>> users;  // the samples among the runs, by the cells that they use
+    std::map<CellPlace, std::vector<std::size_t>> users;  // runs of samples, by the cells they use
     mutable std::map<TableInput, TableOutcome> known;
 };
 
@@ -136,7 +163,8 @@ StateTable ReplaceCell(const StateTable& table, const CellPlace& place, const st
 /// The cell, or the example's.
 std::string GetCell(const StateTable& table, const CellPlace& place);
 
-/// What a slip could put into that cell: all that the table has elsewhere, and more. Not the same in other words.
+/// What a slip could put into that cell: all that the table has elsewhere, and more. Not the same
+/// in other words.
 std::set<std::string> OtherCells(const StateTable& table, const CellPlace& place);
 
 std::string ToLine(const TableOutcome& outcome);

@@ -84,7 +84,8 @@ Codes ToCodes(const S& text) {
     return codes;
 }
 
-/// Every character of the 8-bit flavour; of the other one also some whose low or high byte is that of a character that counts.
+/// Every character of the 8-bit flavour; of the other one also some whose low or high byte is that
+/// of a character that counts.
 template <typename C>
 std::vector<Codes> AllCharacters() {
     std::vector<Codes> symbols;
@@ -322,6 +323,14 @@ private:
         TableMachine& markup = add("markup alone", [](Text* data) { data->allowJSRegEx = true; });
         markup.ignoredHeads = {"\"'\"", "'\"'", "\"/\"", "\"*\"", "ESC"};
         markup.rowNames = {{1, "\"/\", expressions"}};
+        TableMachine& blocks = add("block comments", [](Text* data) { data->allowCComment = true; });
+        blocks.ignoredHeads = {"\"'\"", "'\"'", "ESC"};
+        blocks.ignoredIn[1] = {"\"/\""};
+        blocks.rowNames = {{1, "\"/\", none"}};
+        TableMachine& lines = add("line comments", [](Text* data) { data->allowCPPComment = true; });
+        lines.ignoredHeads = {"\"'\"", "'\"'", "ESC"};
+        lines.ignoredIn[1] = {"\"*\""};
+        lines.rowNames = {{1, "\"/\", none"}};
         TableMachine& escapes = add("markup and escape runs", [](Text* data) { data->allowEscape2022 = true; });
         escapes.ignoredHeads.insert({"\"'\"", "'\"'", "\"/\"", "\"*\""});
         escapes.rowNames = {{1, "\"/\", none"}};

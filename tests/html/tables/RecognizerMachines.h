@@ -8,7 +8,8 @@
 
 namespace Kestra::Test {
 
-/// The recognizers that have a state table, by their sources: in both flavours, and once for each set of options that counts.
+/// The recognizers that have a state table, by their sources: in both flavours, and once for each
+/// set of options that counts.
 std::map<std::string, std::vector<TableMachine>> MakeRecognizerMachines();
 
 }  // namespace Kestra::Test
