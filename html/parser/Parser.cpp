@@ -56,16 +56,6 @@ bool IsSameName(WideStringView one, WideStringView other) {
     return one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size() * sizeof(WideChar)) == 0;
 }
 
-template <typename C, typename S>
-StartTagData<C, S> GetRecord(const StartTagSimpleParserData<C, S>& data) {
-    return {&data.prefix, &data.name, &data.attributes, &data.suffix, data.closed};
-}
-
-template <typename C, typename S>
-EndTagData<C, S> GetRecord(const EndTagSimpleParserData<C, S>& data) {
-    return {&data.prefix, &data.name, &data.afterName, data.closed, &data.attributes, data.slashBeforeClose, &data.suffix};
-}
-
 /// Characters of one quote of a value.
 template <typename C, typename S>
 std::uint64_t GetQuoteLength(const Attribute<C, S>& attribute) {
@@ -619,7 +609,7 @@ std::uint32_t Parser<C, S>::FinishEndTag() {
     if (isForeign) {
         GoOnWithText<IS_WHOLE>();
         AppendingHandler<C, S> handler(&textData.text);
-        const EndTagData<C, S> record = GetRecord(endTagData);
+        const EndTagData<C, S> record = MakeRecord<EndTagData>(endTagData);
         ParserObserverOutput<C, S>::GetEndTagOutput(&record, &handler);
         return SP_NEED_MORE_DATA;
     }
@@ -1161,56 +1151,53 @@ template <typename C, typename S>
 void Parser<C, S>::DeliverText(std::uint64_t charactersAhead) {
     if (textData.text.empty())
         return;
-    Deliver(TextData<C, S>{&textData.text}, charactersAhead);
+    Deliver(MakeRecord<TextData>(textData), charactersAhead);
     textData.text.clear();
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverStartTag() {
-    const StartTagData<C, S> record = GetRecord(startTagData);
     if (startTagData.selfClosing)
-        Deliver(ShortTagData<C, S>{record.prefix, record.name, record.attributes, record.suffix, record.closed});
+        Deliver(MakeRecord<ShortTagData>(startTagData));
     else
-        Deliver(record);
+        Deliver(MakeRecord<StartTagData>(startTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverEndTag() {
-    Deliver(GetRecord(endTagData));
+    Deliver(MakeRecord<EndTagData>(endTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverCommentTag() {
-    Deliver(CommentTagData<C, S>{&commentTagData.text, commentTagData.closed});
+    Deliver(MakeRecord<CommentTagData>(commentTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverCDATATag() {
-    Deliver(CDATATagData<C, S>{&cdataTagData.keyword, &cdataTagData.text, cdataTagData.closed});
+    Deliver(MakeRecord<CDATATagData>(cdataTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverConditionalTag() {
-    Deliver(ConditionalTagData<C, S>{&conditionalTagData.keyword, &conditionalTagData.condition, &conditionalTagData.tail,
-                                     conditionalTagData.bracketClosed, conditionalTagData.tagClosed});
+    Deliver(MakeRecord<ConditionalTagData>(conditionalTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverEntityTag() {
     CountParts();
-    Deliver(EntityTagData<C, S>{&entityTagData.prefix, &entityTagData.name, &entityTagData.tokens, &entityTagData.suffix});
+    Deliver(MakeRecord<EntityTagData>(entityTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverExternTag() {
     CountParts();
-    Deliver(ExternTagData<C, S>{&externTagData.prefix, &externTagData.name, &externTagData.attributes, &externTagData.suffix,
-                                externTagData.freeStyle, &externTagData.text, externTagData.slashBeforeClose});
+    Deliver(MakeRecord<ExternTagData>(externTagData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverCComment() {
-    Deliver(CCommentData<C, S>{&cCommentData.text});
+    Deliver(MakeRecord<CCommentData>(cCommentData));
 }
 
 /// Characters that have been read of the section that interrupts a line comment: "<!--", or "<![" and its word.
@@ -1225,7 +1212,7 @@ std::uint64_t Parser<C, S>::CountOpenerOfSection() const {
 template <typename C, typename S>
 void Parser<C, S>::DeliverCPPComment() {
     EndToken(CountOpenerOfSection());
-    CPPCommentData<C, S> record{&cppCommentData.text};
+    CPPCommentData<C, S> record = MakeRecord<CPPCommentData>(cppCommentData);
     if (IsSelfChecking())
         WriteToSelfCheck(&selfCheck, record);
     if (std::is_same_v<C, WideChar> || charObserver == nullptr)
@@ -1235,22 +1222,22 @@ void Parser<C, S>::DeliverCPPComment() {
 /// A regular expression is text to an observer.
 template <typename C, typename S>
 void Parser<C, S>::DeliverJSRegEx() {
-    Deliver(TextData<C, S>{&jsRegExData.text});
+    Deliver(MakeRecord<TextData>(jsRegExData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverSQuoteString() {
-    Deliver(SQuoteStringData<C, S>{&sQuoteStringData.text});
+    Deliver(MakeRecord<SQuoteStringData>(sQuoteStringData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverDQuoteString() {
-    Deliver(DQuoteStringData<C, S>{&dQuoteStringData.text});
+    Deliver(MakeRecord<DQuoteStringData>(dQuoteStringData));
 }
 
 template <typename C, typename S>
 void Parser<C, S>::DeliverJunk() {
-    Deliver(JunkData<C, S>{&junkData.text});
+    Deliver(MakeRecord<JunkData>(junkData));
 }
 
 /// A `script` or `style` tag was delivered: tells the observer and switches the mode, also when an end tag is a stray one.
