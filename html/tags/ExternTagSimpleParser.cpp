@@ -18,8 +18,6 @@ enum State : std::uint32_t {
     EXPECT_END = 5,
 };
 
-constexpr std::uint32_t FREE_STYLE_AFTER_QUESTION_MARK = 7;  // a state of the free-style reader
-
 /// "xml", or anything that begins with "xml:" or "xml-".
 template <typename S>
 bool IsXmlTarget(const S& target) {
