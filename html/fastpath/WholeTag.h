@@ -1,143 +1,129 @@
 #pragma once
 
+#include <algorithm>
+#include <optional>
+
+#include "html/fastpath/WholeAttributes.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/StartTagSimpleParser.h"
-#include "html/tags/WholeAttributes.h"
-
-/// @file
-/// Tags that lie in one piece as a whole, which nearly all do: read by pointers, straight into the record, without a recognizer.
-///
-/// A tag that leaves this way, because the piece ends or because something odd stands in it, has not been consumed, and its recognizer
-/// begins at its first character. Not installed.
 
 namespace Kestra::HTML {
 
-/// Reads one tag.
+/// A tag that has been read from its first character to its ">" in one go. Only `WholeTagReader` makes one: whoever has one knows that no
+/// recognizer has run since the text before the tag, which has left the recognizer of text at the beginning of a text.
+class WholeTag {
+private:
+    template <typename, typename>
+    friend class WholeTagReader;
+
+    WholeTag() {}
+};
+
+/// Reads one tag without escape runs in its values, or declines.
+///
+/// Either the tag is read: then the record, its state included, and the place in the context are those that the recognizer leaves. Or the
+/// reader declines: then the context is as it was, and the recognizer must begin the record and read the tag from its first character.
 template <typename C, typename S>
-class WholeTag : private WholeAttributes<C, S> {
+class WholeTagReader : private WholeAttributes<C, S> {
 public:
     using StartTag = StartTagSimpleParserData<C, S>;
     using EndTag = EndTagSimpleParserData<C, S>;
 
-    /// @param tagContext  at the first character behind "<" or "</"
-    explicit WholeTag(SimpleParserContext<C, S>* tagContext) : WholeAttributes<C, S>(tagContext) {}
+    /// @param tagContext  at the first character after "<" or "</"
+    explicit WholeTagReader(SimpleParserContext<C, S>* tagContext) : Base(tagContext) {}
 
-    /// Reads a start tag or a short tag with its ">". Values must not have escape runs.
-    /// @param data  its fields are those of the tag when true is returned; otherwise it must be begun anew
-    bool Read(StartTag* data) {
+    /// @param mostAttributes  a tag that may have more of them is left to the recognizer, which counts them
+    WholeTagReader(SimpleParserContext<C, S>* tagContext, std::size_t mostAttributes)
+        : Base(tagContext, FindReach(*tagContext, mostAttributes)) {}
+
+    /// Reads a start tag or a short tag with its ">".
+    std::optional<WholeTag> Read(StartTag* data) {
         data->attributes.clear();
-        if (!ReadName() || !ReadAttributes(data))
-            return false;
+        if (!ReadName())
+            return std::nullopt;
+        FoldedWords words;
+        const AttributeListStep step = Base::ReadList(Base::TakeWhiteSpace(), &data->attributes, &words);
+        if (step == AttributeListStep::NEXT_ATTRIBUTE)
+            return std::nullopt;
+        const bool isShort = HasClosingMark(step);
         AssignSpace(prefix.begin, prefix.end, &data->prefix);
         AssignText(name.begin, name.end, &data->name);
-        AssignSpace(suffix.begin, suffix.end, &data->suffix);
-        data->selfClosing = selfClosing;
+        AssignSpace(Base::suffix.begin, Base::suffix.end, &data->suffix);
+        data->selfClosing = isShort;
         data->closed = true;
         data->iso2022 = false;
-        data->state = selfClosing ? START_TAG_AFTER_SLASH : START_TAG_END_OF_ATTRIBUTES;
-        if (hasBareBehindValue)
+        data->state = isShort ? START_TAG_AFTER_SLASH : START_TAG_END_OF_ATTRIBUTES;
+        if (words.AreThere())
             AttributesNormalizer<C, S>::Normalize(&data->attributes);
-        Base::Consume();
-        return true;
+        return Finish();
     }
 
     /// Reads an end tag without attributes, with its ">".
-    bool Read(EndTag* data) {
+    std::optional<WholeTag> Read(EndTag* data) {
         if (!ReadName())
-            return false;
-        suffix = Base::TakeWhiteSpace();
-        if (Base::AtEnd() || *next != '>')
-            return false;
-        ++next;
+            return std::nullopt;
+        const Run afterName = Base::TakeWhiteSpace();
+        if (Base::AtEnd() || Base::Next() != '>')
+            return std::nullopt;
         AssignSpace(prefix.begin, prefix.end, &data->prefix);
         AssignText(name.begin, name.end, &data->name);
-        AssignSpace(suffix.begin, suffix.end, &data->afterName);
+        AssignSpace(afterName.begin, afterName.end, &data->afterName);
         data->suffix.clear();
         data->attributes.clear();
         data->slashBeforeClose = false;
         data->closed = true;
         data->iso2022 = false;
         data->state = END_TAG_DECIDE;
-        Base::Consume();
-        return true;
+        return Finish();
     }
 
 private:
     using Base = WholeAttributes<C, S>;
     using Run = typename Base::Run;
-    using Base::next;
 
-    static constexpr Scan::Classes TAG_NAME_STOPS =
-        Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN | Scan::BRACKET | Scan::LESS_THAN;
+    /// Whether there are words that become part of a value: without them the list is normal already.
+    class FoldedWords {
+    public:
+        static bool MayGoOn() {
+            return true;
+        }
+        void AfterValue() {
+            hasValue = true;
+        }
+        void AfterWord(const Run&) {
+            hasWordAfterValue = hasWordAfterValue || hasValue;
+        }
+        bool AreThere() const {
+            return hasWordAfterValue;
+        }
+
+    private:
+        bool hasValue = false;
+        bool hasWordAfterValue = false;
+    };
+
+    /// An attribute has two characters at least, but for a first one that is a "=" alone.
+    static const C* FindReach(const SimpleParserContext<C, S>& tagContext, std::size_t mostAttributes) {
+        const std::uint64_t left = tagContext.length - tagContext.position;
+        const std::uint64_t reach = mostAttributes < left ? std::min<std::uint64_t>(left, 2 * mostAttributes) : left;
+        return tagContext.buffer + tagContext.position + reach;
+    }
 
     bool ReadName() {
         prefix = Base::TakeWhiteSpace();
-        name = Base::template TakeUntil<TAG_NAME_STOPS>();
+        name = Base::template TakeUntil<TagGrammar::TAG_NAME_STOPS>();
         return !Base::AtEnd();
     }
 
-    /// Reads all up to the ">", inclusive.
-    bool ReadAttributes(StartTag* data) {
-        Run before = Base::TakeWhiteSpace();
-        for (;;) {
-            const Run attributeName = Base::template TakeUntil<Base::ATTRIBUTE_NAME_STOPS>();
-            const Run behind = Base::TakeWhiteSpace();
-            if (Base::AtEnd())
-                return false;
-            if (*next == '=') {
-                typename Base::Value value;
-                if (!Base::ReadValue(&value))
-                    return false;
-                const bool isLast = Base::IsClosingMark(value);
-                if (isLast && --value.text.end == value.text.begin)
-                    return false;
-                Base::Append(before, attributeName, behind, value, &data->attributes);
-                if (isLast)
-                    return Close();
-                hasValue = true;
-                before = Base::TakeWhiteSpace();
-            } else if (attributeName.IsEmpty()) {  // in front of ">"
-                suffix = before;
-                ++next;
-                return true;
-            } else if (attributeName.Last() == '/') {
-                return behind.IsEmpty() && ReadClosingMark(before, attributeName, data);
-            } else {
-                AppendWithoutValue(before, attributeName, data);
-                before = behind;
-            }
-        }
-    }
-
-    /// A word ends in "/", and ">" is next.
-    bool ReadClosingMark(const Run& before, const Run& word, StartTag* data) {
-        const Run attributeName = {word.begin, word.end - 1};
-        if (attributeName.IsEmpty())
-            suffix = before;
-        else
-            AppendWithoutValue(before, attributeName, data);
-        return Close();
-    }
-
-    void AppendWithoutValue(const Run& before, const Run& attributeName, StartTag* data) {
-        Base::AppendWithoutValue(before, attributeName, &data->attributes);
-        hasBareBehindValue = hasBareBehindValue || hasValue;
-    }
-
-    /// Takes the ">" behind a "/".
-    bool Close() {
-        selfClosing = true;
-        ++next;
-        return true;
+    WholeTag Finish() {
+        Base::TakeEndOfTag();
+        Base::Consume();
+        return WholeTag();
     }
 
     Run prefix;
     Run name;
-    Run suffix;
-    bool selfClosing = false;
-    bool hasValue = false;
-    bool hasBareBehindValue = false;
 };
 
 }  // namespace Kestra::HTML
