@@ -159,8 +159,7 @@ private:
         }
         void AfterValue() {
             reader->Consume();
-            restarted->state = ATTRIBUTE_PREFIX;
-            restarted->prefix.clear();
+            restarted->state = ATTRIBUTE_PREFIX;  // where the prefix is read anew
         }
         void AfterWord(const Run& space) {
             reader->Consume();
