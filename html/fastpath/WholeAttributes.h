@@ -11,24 +11,27 @@
 #include "platform/Vector.h"
 
 /// @file
-/// Attributes that lie in one piece as a whole, read by pointers straight into the list. `WholeTag.h` says why that agrees with their
-/// recognizer. Not installed.
+/// Attributes that lie in one piece as a whole, read by pointers straight into the list.
+/// `WholeTag.h` says why that agrees with their recognizer. Not installed.
 
 namespace Kestra::HTML {
 
-/// Reads attributes, and the runs that they and tags are made of. Nothing is consumed before `Consume`.
+/// Reads attributes, and the runs that they and tags are made of. Nothing is consumed before
+/// `Consume`.
 template <typename C, typename S>
 class WholeAttributes {
 public:
     explicit WholeAttributes(SimpleParserContext<C, S>* tagContext)
         : WholeAttributes(tagContext, tagContext->buffer + tagContext->length) {}
 
-    /// Reads on in the list of a start tag after an attribute that its recognizer has completed, without escape runs in values. Attributes
-    /// that lie in the piece are consumed one by one; where the next one does not, the recognizer goes on as if it had read them.
+    /// Reads on in the list of a start tag after an attribute that its recognizer has completed,
+    /// without escape runs in values. Attributes that lie in the piece are consumed one by one;
+    /// where the next one does not, the recognizer goes on as if it had read them.
     /// @param restarted  the record of the attribute recognizer, which has been restarted
-    /// @param tag        receives attributes and suffix
+    /// @param tag  receives attributes and suffix
     /// @param mostAttributes  that are not too many: reading ends after the first one more
-    /// @return NEXT_ATTRIBUTE when the recognizer must go on; CLOSING_MARK or END_OF_LIST with all up to the ">" consumed, exclusive
+    /// @return NEXT_ATTRIBUTE when the recognizer must go on; CLOSING_MARK or END_OF_LIST with all
+    /// up to the ">" consumed, exclusive
     template <typename Tag>
     AttributeListStep ReadOn(AttributeSimpleParserData<C, S>* restarted, Tag* tag, std::size_t mostAttributes) {
         // Before the first attribute there may be white space that has been read already.
@@ -84,10 +87,12 @@ protected:
         return {begin, next};
     }
 
-    /// The one loop over attributes, from a name on to the ">" after the list, exclusive. Leaves `suffix`.
+    /// The one loop over attributes, from a name on to the ">" after the list, exclusive. Leaves
+    /// `suffix`.
     ///
-    /// @param before    white space before the name
-    /// @param progress  hears of each attribute that more may follow: `MayGoOn`, `AfterValue`, `AfterWord`
+    /// @param before  white space before the name
+    /// @param progress  its `MayGoOn` is asked before each attribute; `AfterValue` or `AfterWord` is
+    /// called after one that another may follow
     /// @return CLOSING_MARK or END_OF_LIST at ">"; NEXT_ATTRIBUTE where a recognizer must go on
     template <typename Progress>
     AttributeListStep ReadList(Run before, Vector<Attribute<C, S>>* attributes, Progress* progress) {
@@ -168,8 +173,8 @@ private:
         }
     };
 
-    /// Reads "=", which is next, and what follows up to the end of the value. False when the piece ends. After an unquoted value there is
-    /// another character.
+    /// Reads "=", which is next, and what follows up to the end of the value. False when the piece
+    /// ends. After an unquoted value there is another character.
     bool ReadValue(Value* value) {
         ++next;
         value->afterEquals = TakeWhiteSpace();

@@ -13,7 +13,7 @@ namespace Kestra::HTML {
 template <typename C>
 struct WholeText {
     std::basic_string_view<C> characters;  ///< in the piece
-    bool endsAtTag;                        ///< the "<" has been read too; false: the text may go on in the next piece
+    bool endsAtTag;                        ///< the "<" has been read too
 };
 
 template <typename C, typename S>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "html/framework/Attribute.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 #include "html/tags/AttributeSimpleParser.h"
@@ -15,7 +16,7 @@ namespace Kestra::HTML {
 /// What a tag does next.
 enum class AttributeListStep {
     NEXT_ATTRIBUTE,  ///< the attribute is in the list, and its recognizer reads the next one
-    CLOSING_MARK,    ///< the attribute ended in the closing mark, which is taken off it: the end of the tag must follow
+    CLOSING_MARK,    ///< the attribute ended in the closing mark, which is taken off it: ">" must follow
     END_OF_LIST,     ///< there was no attribute, only white space before ">"
     LONE_MARK,       ///< the closing mark was the whole unquoted value: malformed after the mark
     MALFORMED,       ///< a closing mark and then white space
@@ -79,11 +80,14 @@ public:
 
     /// Settles the completed attribute: with a value, without one, or none at all.
     ///
-    /// The white space after an attribute without a value becomes the prefix of the next one, which then goes on at its name.
+    /// The white space after an attribute without a value becomes the prefix of the next one, which
+    /// then goes on at its name.
     ///
-    /// @param context      one character is left: an attribute completes before it, or after a closing quote
+    /// @param context  one character is left: an attribute completes before it, or after a closing
+    /// quote
     /// @param closingMark  "/", or "?" of an XML declaration
-    /// @param bareValueKeepsIso2022  false: the restart after a non-empty unquoted value leaves `iso2022` off
+    /// @param bareValueKeepsIso2022  false: the restart after a non-empty unquoted value leaves
+    /// `iso2022` off
     AttributeListStep Settle(const SimpleParserContext<C, S>& context, C closingMark, bool bareValueKeepsIso2022) {
         if (data->hasValue != 0)
             return SettleValue(context, closingMark, bareValueKeepsIso2022);
@@ -103,7 +107,8 @@ public:
         return isClosed ? AttributeListStep::CLOSING_MARK : AttributeListStep::NEXT_ATTRIBUTE;
     }
 
-    /// Settles a name from which the closing mark has been taken: of "/" alone only the white space before it is left.
+    /// Settles a name from which the closing mark has been taken: of "/" alone only the white space
+    /// before it is left.
     void AppendNameOrSuffix() {
         if (data->name.empty())
             TakeText(&data->prefix, suffix);
@@ -135,7 +140,8 @@ private:
         RestartAttribute(recognizer, data, allowEscapeRuns);
     }
 
-    /// The white space moves aside while the recognizer restarts, and `beforeEquals` keeps its buffer.
+    /// The white space moves aside while the recognizer restarts, and `beforeEquals` keeps its
+    /// buffer.
     void RestartAtName() {
         S carry;
         carry.swap(data->beforeEquals);

@@ -7,7 +7,8 @@
 #include "tests/html/tags/TagRow.h"
 
 /// @file
-/// The rows of end tags, for the tests of its recognizer and of the fast path: what follows the "</", and what becomes of it.
+/// The rows of end tags, for the tests of its recognizer and of the fast path: what follows the
+/// "</", and what becomes of it.
 
 namespace Kestra::Test {
 

@@ -7,7 +7,8 @@
 #include "tests/html/tags/TagRow.h"
 
 /// @file
-/// The rows of start tags, for the tests of its recognizer and of the fast path: what follows the "<", and what becomes of it.
+/// The rows of start tags, for the tests of its recognizer and of the fast path: what follows the
+/// "<", and what becomes of it.
 
 namespace Kestra::Test {
 
@@ -141,8 +142,7 @@ inline constexpr TagRow START_TAG_ESCAPE_RUNS[] = {
      "19 start(|p|{ |a|=|\"x\"}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
     {"after an empty quoted value it has", "p a=''b=\"\033$B\" c=\"\033(B\">", "19 start(|p|{ |a|=|''}{|b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
     {"after an empty bare value it has", "p a=<b=\"\033$B\" c=\"\033(B\">", "19 start(|p|{ |a|=|}{|<b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-    {"after an attribute without a value it has", "p a b=\"\033$B\" c=\"\033(B\">",
-     "19 start(|p|{ |a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after an attribute without a value it has", "p a b=\"\033$B\" c=\"\033(B\">", "19 start(|p|{ |a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
     {"only the very next attribute is concerned: a quoted one follows", "p a=x b='y' c=\"\033$B\" d=\"\033(B\">",
      "19 start(|p|{ |a|=|x}{ |b|=|'y'}{ |c|=|\"\\x1B$B\" d=\"\\x1B(B\"}|)"},
     {"a bare word in between restores them", "p a=x y c=\"\033$B\" d=\"\033(B\">",
