@@ -20,7 +20,7 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
+.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers check-rooms tidy clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -37,6 +37,7 @@ help:
 	@echo 'make format         format all sources'
 	@echo 'make check-format   fail when a source is not formatted'
 	@echo 'make check-headers  compile every public header alone'
+	@echo 'make check-rooms    fail when a folder includes what is above it'
 	@echo 'make tidy           run clang-tidy over all sources'
 	@echo 'make clean          remove the build folder'
 
@@ -137,6 +138,10 @@ check-headers:
 	@setup/install build
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS) --target all_verify_interface_header_sets
+
+check-rooms:
+	@setup/install build
+	setup/check-rooms
 
 tidy:
 	@setup/install build tidy

@@ -157,7 +157,7 @@ private:
         Part(text, sizeof(C), true);
     }
 
-    /// The body of a section: as many bytes as it has characters, so only the first half of a wide one; hosts rely on it.
+    /// The body of a section: as many bytes as it has characters, so only the first half of a wide one (kept).
     template <typename Text>
     void Body(const Text* text) {
         Part(text, 1, false);

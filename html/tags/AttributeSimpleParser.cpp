@@ -24,14 +24,13 @@ std::uint32_t AttributeSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state              white space   "="        ">"               other
-//  0 prefix           keep          to 1       to 1              to 1
-//  1 name             to 2          to 2       to 2              keep
-//  2 after the name   keep          to 3       to 3              to 3
-//  3 "=" or not                     to 4       complete          complete
-//  4 value            the value recognizer reads it and completes
-//
-// Nothing but the "=" and the value is consumed from state 3 on.
+//  state              white space        "="    ">"                other
+//  0 prefix           keep               as 1   as 1               as 1
+//  1 name             as 2               as 2   as 2               keep
+//  2 after the name   keep               as 3   as 3               as 3
+//  3 "=" or not       complete, unread   to 4   complete, unread   complete, unread
+//  4 value            the value recognizer reads on: " a": hold; "a" before " ": complete; "a" before ">": complete;
+//                     before ">": complete; "'a": hold; "'a>'": complete
 template <typename C, typename S>
 std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -25,15 +25,18 @@ std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state                 white space   "/"    ">"        "<"               other
-//  0 prefix              keep          to 1   to 1       to 1              to 1
-//  1 name                to 2          keep   to 2       to 2              keep; to 2 at "=", "[", "]"
-//  2 after the name      keep          to 5   to 5       to 5              to 5
-//  5 what comes next     to 3          to 3   complete   complete, open    to 3
-//  3 attributes          the attribute recognizer reads on: to 5 behind a closing "/", to 4 in front of ">"
-//  4 end of attributes   fail          to 5   complete   fail              fail
+//  state                 white space   "/"    ">"        "<"                      "=", "[", "]"   other
+//  0 prefix              keep          as 1   as 1       as 1                     as 1            as 1
+//  1 name                as 2          keep   as 2       as 2                     as 2            keep
+//  2 after the name      keep          as 5   as 5       as 5                     as 5            as 5
+//  5 what comes next     as 3          as 3   complete   complete, unread, open   as 3            as 3
+//  3 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 4;
+//                        "a/" before ">": to 5; "/" before ">": to 5; "a=b/" before ">": to 5; "a=/" before ">": to 5, fail;
+//                        "/ " before "a": fail
+//  4 end of attributes   fail          to 5   complete   fail                     fail            fail
 //
-// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag swallows.
+// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag
+// swallows.
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -36,10 +36,11 @@ void EntityTagSimpleParser<C, S>::RestartToken(const Data& data) {
     tokenData.iso2022 = data.iso2022;
 }
 
-//  state         white space   ">"        "<"     other
-//  0 prefix      keep          to 1       to 1    to 1
-//  1 keyword     to 2          to 2       to 2    keep; to 2 at "=", "[", "]"
-//  2 items       the value recognizer reads item after item: complete behind ">", fail in front of "<"
+//  state       white space   ">"    "<"    "=", "[", "]"   other
+//  0 prefix    keep          as 1   as 1   as 1            as 1
+//  1 keyword   as 2          as 2   as 2   as 2            keep
+//  2 items     the value recognizer reads on: "a ": hold; "'>'": hold; ">": complete; "a>": complete; before "<": fail;
+//              "a" before "<": fail
 template <typename C, typename S>
 std::uint32_t EntityTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -35,17 +35,15 @@ void ExternTagFreeStyleSimpleParser<C, S>::RestartDQuoteString(const Data& data)
     dQuoteStringData.allowEscape2022 = data.iso2022;
 }
 
-//  state              "?"        "'"       '"'       "/"        "*"       LF       ">"             other
-//  0 free text        to 7       to 5      to 6      to 1       keep      keep     to 7, unread    keep
-//  1 after "/"        "/", to 0  as "?"    as "?"    "//", to 4 "/*",to 2 as "?"   as "?"          as "?"
-//  2 block comment    keep       keep      keep      keep       to 3      keep     keep            keep
-//  3 "*" in it        "*", to 0  as "?"    as "?"    "*/", to 0 as "?"    as "?"   as "?"          as "?"
-//  4 line comment     keep       keep      keep      keep       keep      to 0     keep            keep
-//  5, 6 quoted        the string recognizer reads on; to 0 when it completes
-//  7 after "?"        to 0       to 0      to 0      to 0       to 0      to 0     complete        to 0
-//
-// "To 0" from 1, 3 and 7 leaves the character unread; a "*" that no "/" follows ends the block comment, and hosts rely on it. Behind a
-// bare ">" state 7 has no "?" to write.
+//  state             "?"          "'"     '"'     "/"          "*"          line feed    ">"                       other
+//  0 free text       hold, to 7   to 5    to 6    to 1         keep         keep         as 7                      keep
+//  1 after "/"       other        other   other   "//", to 4   "/*", to 2   other        other                     "/", as 0
+//  2 block comment   keep         keep    keep    keep         to 3         keep         keep                      keep
+//  3 "*" in it       other        other   other   "*/", to 0   other        other        other                     "*", as 0 (kept)
+//  4 line comment    keep         keep    keep    keep         keep         keep, to 0   keep                      keep
+//  5 in "'"          the string recognizer reads on: '>"': hold; "a'": "'a'", to 0; "a\'": hold
+//  6 in '"'          the string recognizer reads on: ">'": hold; 'a"': '"a"', to 0; 'a\"': hold
+//  7 after "?"       other        other   other   other        other        other        release, keep, complete   release, as 0
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -45,13 +45,17 @@ std::uint32_t ExternTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state            white space   "?"         ">"                          other
-//  0 prefix         keep          to 1        to 1                         to 1
-//  1 target         to 2 or 4     keep        to 2 or 4                    keep; to 2 or 4 at "=", "[", "]", "<"
-//  2 attributes     the attribute recognizer reads on: to 5 behind a closing "?" or "/", to 3 in front of ">"
-//  3 expecting "?"  fail          to 5        fail                         fail
-//  4 free style     the free-style reader reads on and completes
-//  5 expecting ">"  fail          fail        complete                     fail
+//  state             white space   "?"    ">"         "=", "[", "]", "<"   other
+//  0 prefix          keep          as 1   as 1        as 1                 as 1
+//  1 target          as 2 or 4     keep   as 2 or 4   as 2 or 4            keep
+//  2 attributes      the attribute recognizer reads on: "a ": hold; " " before ">": to 3; "a?" before ">": to 5;
+//                    "?" before ">": to 5; "a=b?" before ">": to 5; "a/" before ">": to 5; "/ " before ">": to 5 (kept);
+//                    "a=?" before ">": to 5, fail; "? " before "a": fail
+//  3 expecting "?"   fail          to 5   fail        fail                 fail
+//  4 free style      the free-style recognizer reads on: "a": hold; "'>'": hold; "a?": hold; "a?>": complete; ">": complete
+//  5 expecting ">"   fail          fail   complete    fail                 fail
+//
+// State 1 goes to 2 with the targets "xml", "xml:..." and "xml-...".
 template <typename C, typename S>
 std::uint32_t ExternTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -33,12 +33,14 @@ std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state                 white space   "/"               ">"               "<"                other
-//  0 prefix              keep          to 1              to 1              to 1               to 1
-//  1 name                to 2          keep              to 2              to 2 (or no tag)   keep; to 2 at "=", "[", "]"
-//  2 attributes          the attribute recognizer reads on: to 4 behind a closing "/", to 3 in front of ">"
-//  3 end of attributes   fail          to 4              complete          complete, open     fail
-//  4 after "/"           fail          fail              complete          fail               fail
+//  state                 white space   "/"    ">"        "<"              "=", "[", "]"   other
+//  0 prefix              keep          as 1   as 1       as 1             as 1            as 1
+//  1 name                as 2          keep   as 2       as 2             as 2            keep
+//  2 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 3;
+//                        "a/" before ">": to 4; "/" before ">": to 4; "a=b/" before ">": to 4; "a=/" before ">": to 4, fail;
+//                        "/ " before "a": fail
+//  3 end of attributes   fail          to 4   complete   complete, open   fail            fail
+//  4 after "/"           fail          fail   complete   fail             fail            fail
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -32,14 +32,12 @@ std::uint32_t TokenSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state            "'"            quotation mark   ">"        white space   "<"        other
-//  0 white space    to 1           to 1             to 1       keep          to 1       to 1
-//  1 first          to 3           to 4             complete                 to 2       to 2
-//  2 unquoted       keep           keep             complete   complete      complete   keep
-//  3 in "'"         complete       keep             keep       keep          keep       keep
-//  4 in '"'         keep           complete         keep       keep          keep       keep
-//
-// Only a closing quote is consumed on completion.
+//  state           "'"        '"'        ">"                white space        "<"                other
+//  0 white space   as 1       as 1       as 1               keep               as 1               as 1
+//  1 first         to 3       to 4       complete, unread   as 2               as 2               as 2
+//  2 unquoted      keep       keep       complete, unread   complete, unread   complete, unread   keep
+//  3 in "'"        complete   keep       keep               keep               keep               keep
+//  4 in '"'        keep       complete   keep               keep               keep               keep
 template <typename C, typename S>
 std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

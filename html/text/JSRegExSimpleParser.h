@@ -16,8 +16,8 @@ struct KESTRA_HTML_API JSRegExSimpleParserData : SimpleParserData<C, S> {
 };
 
 /// Reads a script regular expression, from after its opening "/" to the character that ends it, exclusive: an unescaped "/", or a "<",
-/// line feed or carriage return, escaped or not. The closing "/" is thus read as what follows; hosts rely on it. Classes in brackets and
-/// flags get no treatment.
+/// line feed or carriage return, escaped or not. The closing "/" is thus read as what follows (kept). Classes in brackets and flags
+/// get no treatment.
 template <typename C, typename S>
 class KESTRA_HTML_API JSRegExSimpleParser final : public SimpleParser<C, S, JSRegExSimpleParserData<C, S>> {
 public:

@@ -74,13 +74,13 @@ void RawText<C, S>::Restart() {
     escapeRunEnd = 0;
 }
 
-//  state              "<!--"   "<script"   "</script"   ">" after "--"   other
-//  0 content          to 1     keep        end tag      keep             keep
-//  1 escaped          keep     to 2        end tag      to 0             keep
-//  2 double escaped   keep     keep        to 1         to 0             keep
+//  state              "<!--"       "<script"    "</script"         ">" after "--"   other
+//  0 content          keep, to 1   keep         complete, unread   keep             keep
+//  1 escaped          keep         keep, to 2   complete, unread   keep, to 0       keep
+//  2 double escaped   keep         keep         keep, to 1         keep, to 0       keep
 //
-// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name. After a name must stand white space, "/"
-// or ">". The dashes of "<!--" count for the ">". A name that opens or ends state 2 is kept.
+// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name.
+// After a name there must be white space, "/" or ">". The dashes of "<!--" count for the ">".
 template <typename C, typename S>
 bool RawText<C, S>::Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run) {
     const C* begin = context->buffer + context->position;
