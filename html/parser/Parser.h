@@ -9,6 +9,7 @@
 #include "html/framework/SimpleParserContext.h"
 #include "html/framework/TokenPlace.h"
 #include "html/output/ParserSelfCheck.h"
+#include "html/parser/PieceOrigin.h"
 #include "html/parser/RecordConverter.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/EntityTagSimpleParser.h"
@@ -51,13 +52,6 @@ enum ParserState : std::uint32_t {
     STATE_D_QUOTE_STRING = 14,
     STATE_JUNK = 15,
     STATE_RAW_TEXT = 16,
-};
-
-/// Where a piece comes from.
-struct PieceOrigin {
-    bool fromStream = false;   ///< the piece was read from the backing stream, not fed by the host
-    bool positioned = false;   ///< and at a known offset, so it can be read again
-    std::uint64_t offset = 0;  ///< of the piece's first byte in that stream
 };
 
 /// Drives the recognizers of one flavour over a document: decides at every point which one runs, delivers finished tokens, and turns a
