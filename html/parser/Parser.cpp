@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "html/fastpath/WholeTag.h"
+#include "html/fastpath/WholeText.h"
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
@@ -16,7 +18,7 @@
 #include "html/parser/DeclaredCharset.h"
 #include "html/parser/RecognizerBuffers.h"
 #include "html/parser/RecordCalls.h"
-#include "html/tags/WholeTag.h"
+#include "html/tags/TagGrammar.h"
 #include "platform/AtScopeEnd.h"
 #include "platform/BufferAllocPolicy.h"
 #include "platform/MemoryInputStream.h"
@@ -92,16 +94,6 @@ RawTextElement FindRawTextElement(const StartTagSimpleParserData<C, S>& tag) {
     const S& following = tag.attributes.empty() ? tag.suffix : tag.attributes[0].prefix;
     const bool isEnded = following.empty() ? tag.attributes.empty() : RawText<C, S>::EndsName(following[0]);
     return isEnded || element.size() < name.size() ? RawText<C, S>::FindElement(element) : RawTextElement::NONE;
-}
-
-/// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts: "<br/ >" stays the tag "br/".
-template <typename Data>
-void SettleShortTag(Data* data) {
-    if (!data->selfClosing && data->closed && data->attributes.empty() && data->suffix.empty() && data->name.size() > 1 &&
-        data->name.back() == '/') {
-        data->name.pop_back();
-        data->selfClosing = true;
-    }
 }
 
 }  // namespace
@@ -421,18 +413,17 @@ bool Parser<C, S>::IsPlainText() const {
     return state == STATE_TEXT && textData.state == 0 && !inScript && !inStyle && !StringNS::CharSet::IsIso2022(charset);
 }
 
-/// Most of a document: plain text and tags that lie in the piece as a whole, one behind the other. No recognizer runs.
+/// Most of a document: plain text and tags that lie in the piece as a whole, one after the other. No recognizer runs.
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParsePlainText() {
     std::uint32_t result = SP_NEED_MORE_DATA;
     while (result == SP_NEED_MORE_DATA && IsPlainText() && context.position < buffersDue) {
-        const std::basic_string_view<C> run = Scan::RunUntil<Scan::LESS_THAN>(context);
-        if (Scan::AtEnd(context)) {
-            textData.text.append(run);
+        const WholeText<C> run = ReadWholeText(&context);
+        if (!run.endsAtTag) {
+            textData.text.append(run.characters);
             break;
         }
-        Scan::Advance(context);
-        DeliverTextWith(run);
+        DeliverTextWith(run.characters);
         result = ReadTag();
     }
     return result;
@@ -515,8 +506,8 @@ std::uint32_t Parser<C, S>::BeginNamedTag(WideStringView name) {
     return SP_NEED_MORE_DATA;
 }
 
-/// Behind "<", the text in front of it delivered. Start and end tags are known by the next character, and mostly lie in the piece as a
-/// whole: for them no recognizer runs.
+/// After "<", the text before it delivered. Start and end tags are known by the next character, and mostly lie in the piece as a whole:
+/// for them no recognizer runs.
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ReadTag() {
     const C next = Scan::AtEnd(context) ? C('!') : Scan::Next(context);
@@ -527,36 +518,27 @@ std::uint32_t Parser<C, S>::ReadTag() {
     const bool hasNoEscapeRuns = !StringNS::CharSet::IsIso2022(charset);
     if (next == '/') {
         Scan::Advance(context);
-        if (hasNoEscapeRuns && WholeTag<C, S>(&context).Read(&endTagData)) {
-            SetActive(*FindByState(STATE_END_TAG));
-            return FinishEndTag<true>();
+        if (hasNoEscapeRuns) {
+            if (const std::optional<WholeTag> tag = WholeTagReader<C, S>(&context).Read(&endTagData)) {
+                SetActive(*FindByState(STATE_END_TAG));
+                return FinishEndTag(*tag);
+            }
         }
         MarkTokenStart(2);
         BeginTagOrText(*FindByState(STATE_END_TAG));
-    } else {
-        if (hasNoEscapeRuns && !(inScript || inStyle) && ReadWholeStartTag()) {
-            SetActive(*FindByState(STATE_START_TAG));
-            return FinishStartTag<true>();
-        }
-        MarkTokenStart(1);
-        BeginTagOrText(*FindByState(STATE_START_TAG));
+        return SP_NEED_MORE_DATA;
     }
+    if (hasNoEscapeRuns && !(inScript || inStyle)) {
+        const std::optional<WholeTag> tag = WholeTagReader<C, S>(&context, startTag.maxParts).Read(&startTagData);
+        CountParts();
+        if (tag) {
+            SetActive(*FindByState(STATE_START_TAG));
+            return FinishStartTag(*tag);
+        }
+    }
+    MarkTokenStart(1);
+    BeginTagOrText(*FindByState(STATE_START_TAG));
     return SP_NEED_MORE_DATA;
-}
-
-/// A tag that may have too many attributes is left to its recognizer, which counts them: an attribute has two characters at least, but for
-/// a first one that is a "=" alone.
-template <typename C, typename S>
-bool Parser<C, S>::ReadWholeStartTag() {
-    if (startTag.maxParts == SIZE_MAX)
-        return WholeTag<C, S>(&context).Read(&startTagData);
-    const std::uint64_t length = context.length;
-    const std::uint64_t most = 2 * std::min<std::uint64_t>(startTag.maxParts, length);
-    context.length = context.position + std::min(length - context.position, most);
-    const bool isWhole = WholeTag<C, S>(&context).Read(&startTagData);
-    context.length = length;
-    CountParts();
-    return isWhole;
 }
 
 template <typename C, typename S>
@@ -579,13 +561,13 @@ std::uint32_t Parser<C, S>::ParseStartTag() {
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
     CountParts();
-    return result == SP_TOKEN_COMPLETE ? FinishStartTag<false>() : result;
+    return result == SP_TOKEN_COMPLETE ? FinishStartTag(RecognizedTag()) : result;
 }
 
 template <typename C, typename S>
-template <bool IS_WHOLE>
-std::uint32_t Parser<C, S>::FinishStartTag() {
-    SettleShortTag(&startTagData);
+template <typename Tag>
+std::uint32_t Parser<C, S>::FinishStartTag(Tag tag) {
+    TagGrammar::SettleShortTag(&startTagData);
     const bool asText = scriptsAsText;
     const RawTextElement element = asText ? FindRawTextElement(startTagData) : RawTextElement::NONE;
     DeliverStartTag();
@@ -595,7 +577,7 @@ std::uint32_t Parser<C, S>::FinishStartTag() {
         NotifyOfRawText(element);
     else if (!startTagData.selfClosing)
         SettleScriptAndStyle(startTagData.name, true);
-    GoOnWithText<IS_WHOLE>();
+    ReturnToText(tag);
     if (element != RawTextElement::NONE) {
         rawText.Begin(element, StringNS::CharSet::IsIso2022(charset));
         SetActive(*FindByState(STATE_RAW_TEXT));
@@ -609,15 +591,15 @@ std::uint32_t Parser<C, S>::ParseEndTag() {
     if (result == SP_TOKEN_COMPLETE && IsTooLong(0))
         return PARSER_LIMIT_EXCEEDED;
     CountParts();
-    return result == SP_TOKEN_COMPLETE ? FinishEndTag<false>() : result;
+    return result == SP_TOKEN_COMPLETE ? FinishEndTag(RecognizedTag()) : result;
 }
 
 template <typename C, typename S>
-template <bool IS_WHOLE>
-std::uint32_t Parser<C, S>::FinishEndTag() {
+template <typename Tag>
+std::uint32_t Parser<C, S>::FinishEndTag(Tag tag) {
     const bool isForeign = (inScript && !EqualsKeyword(endTagData.name, "script")) || (inStyle && !EqualsKeyword(endTagData.name, "style"));
     if (isForeign) {
-        GoOnWithText<IS_WHOLE>();
+        ReturnToText(tag);
         AppendingHandler<C, S> handler(&textData.text);
         const EndTagData<C, S> record = GetRecord(endTagData);
         ParserObserverOutput<C, S>::GetEndTagOutput(&record, &handler);
@@ -626,7 +608,7 @@ std::uint32_t Parser<C, S>::FinishEndTag() {
     DeliverEndTag();
     const std::basic_string_view<C> name = endTagData.name;
     SettleScriptAndStyle(scriptsAsText ? RawText<C, S>::CutName(name) : name, false);
-    GoOnWithText<IS_WHOLE>();
+    ReturnToText(tag);
     return SP_NEED_MORE_DATA;
 }
 
@@ -748,15 +730,15 @@ void Parser<C, S>::BackToText() {
     state = STATE_TEXT;
 }
 
-/// Behind a tag. One that was read as a whole has left the recognizer of text as it was, at the beginning of a text; what text may hold is
-/// settled when it is read.
+/// After a tag without a recognizer that of text is as it was, at the beginning of a text; what text may hold is settled when it is read.
 template <typename C, typename S>
-template <bool IS_WHOLE>
-void Parser<C, S>::GoOnWithText() {
-    if (IS_WHOLE)
-        SetActive(*FindByState(STATE_TEXT));
-    else
-        BackToText();
+void Parser<C, S>::ReturnToText(WholeTag) {
+    SetActive(*FindByState(STATE_TEXT));
+}
+
+template <typename C, typename S>
+void Parser<C, S>::ReturnToText(RecognizedTag) {
+    BackToText();
 }
 
 /// What looked like a construct is text, from its first characters on.

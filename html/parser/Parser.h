@@ -34,6 +34,8 @@
 
 namespace Kestra::HTML {
 
+class WholeTag;
+
 /// Which recognizer is active. No state 9 exists.
 enum ParserState : std::uint32_t {
     STATE_TEXT = 0,
@@ -150,6 +152,7 @@ public:
 
 private:
     struct Construct;
+    struct RecognizedTag {};  // a tag that its recognizer has completed; the other way is `WholeTag`
     class Unwinding;
 
     /// The attributes of a tag, and where the first of them begins, in characters of the document.
@@ -185,14 +188,13 @@ private:
     std::uint32_t ParseRawText();
     std::uint32_t ParseCutEndTag();
     std::uint32_t ReadTag();
-    bool ReadWholeStartTag();
     std::uint32_t ParseGenericTag();
     std::uint32_t ParseStartTag();
-    template <bool IS_WHOLE>
-    std::uint32_t FinishStartTag();
+    template <typename Tag>
+    std::uint32_t FinishStartTag(Tag tag);
     std::uint32_t ParseEndTag();
-    template <bool IS_WHOLE>
-    std::uint32_t FinishEndTag();
+    template <typename Tag>
+    std::uint32_t FinishEndTag(Tag tag);
     std::uint32_t ParseCPPComment();
     std::uint32_t ParseJunk();
     template <auto RECOGNIZER, auto DATA, auto DELIVER>
@@ -217,8 +219,8 @@ private:
     AttributePlace PlaceOf(const Attribute<C, S>& attribute, std::uint64_t offset) const;
     void BackToText();
     void BackToText(const char* prefix);
-    template <bool IS_WHOLE>
-    void GoOnWithText();
+    void ReturnToText(WholeTag tag);
+    void ReturnToText(RecognizedTag tag);
     void FinishToken();
 
     // Limits: the piece is read by slices, so that a token under way is judged before it has grown much.

@@ -95,33 +95,19 @@ bool EndTagSimpleParser<C, S>::ParseNext(SimpleParserContext<C, S>* context, Dat
     return true;
 }
 
-/// State 3, one attribute. A closing "/" ends the call even with characters left; hosts rely on it.
+/// State 3, one attribute. A closing "/" ends the call even with characters left (kept).
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, true, '/')) {
-        case AttributeListStep::NEXT_ATTRIBUTE:
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::CLOSING_MARK:
-            data->slashBeforeClose = true;
-            data->state = END_TAG_DECIDE;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::END_OF_LIST:
-            data->state = END_TAG_END_OF_ATTRIBUTES;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::LONE_MARK:
-            data->slashBeforeClose = true;
-            data->state = END_TAG_DECIDE;
-            return SP_MALFORMED;
-        case AttributeListStep::MALFORMED:
-            return SP_MALFORMED;
-    }
-    return SP_MALFORMED;
+    const AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '/', true);
+    if (HasClosingMark(step))
+        data->slashBeforeClose = true;
+    return LeaveAttribute(step, {END_TAG_DECIDE, END_TAG_END_OF_ATTRIBUTES}, &data->state);
 }
 
-/// State 4. A "/" ends the call even with characters left; hosts rely on it.
+/// State 4. A "/" ends the call even with characters left (kept).
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);

@@ -7,24 +7,13 @@ namespace Kestra::HTML {
 
 namespace {
 
-enum State : std::uint32_t {
-    FREE_TEXT = 0,
-    AFTER_SLASH = 1,
-    BLOCK_COMMENT = 2,
-    AFTER_ASTERISK = 3,
-    LINE_COMMENT = 4,
-    SINGLE_QUOTED = 5,
-    DOUBLE_QUOTED = 6,
-    AFTER_QUESTION_MARK = 7,
-};
-
 constexpr Scan::Classes FREE_TEXT_STOPS = Scan::QUESTION_MARK | Scan::APOSTROPHE | Scan::QUOTATION_MARK | Scan::SLASH | Scan::GREATER_THAN;
 
 }  // namespace
 
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::BeginParse(Data* data) {
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     data->questionPending = false;
     data->text.clear();
     data->iso2022 = false;
@@ -61,29 +50,29 @@ template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         std::uint32_t result = SP_MALFORMED;
-        switch (static_cast<State>(data->state)) {
-            case FREE_TEXT:
+        switch (static_cast<ExternTagFreeStyleState>(data->state)) {
+            case FREE_STYLE_TEXT:
                 result = ParseFreeText(context, data);
                 break;
-            case AFTER_SLASH:
+            case FREE_STYLE_AFTER_SLASH:
                 result = ParseAfterSlash(context, data);
                 break;
-            case BLOCK_COMMENT:
+            case FREE_STYLE_BLOCK_COMMENT:
                 result = ParseBlockComment(context, data);
                 break;
-            case AFTER_ASTERISK:
+            case FREE_STYLE_AFTER_ASTERISK:
                 result = ParseAfterAsterisk(context, data);
                 break;
-            case LINE_COMMENT:
+            case FREE_STYLE_LINE_COMMENT:
                 result = ParseLineComment(context, data);
                 break;
-            case SINGLE_QUOTED:
+            case FREE_STYLE_SINGLE_QUOTED:
                 result = ParseString(context, data, &sQuoteString, &sQuoteStringData, '\'');
                 break;
-            case DOUBLE_QUOTED:
+            case FREE_STYLE_DOUBLE_QUOTED:
                 result = ParseString(context, data, &dQuoteString, &dQuoteStringData, '"');
                 break;
-            case AFTER_QUESTION_MARK:
+            case FREE_STYLE_AFTER_QUESTION_MARK:
                 result = ParseQuestionMark(context, data);
                 break;
         }
@@ -101,20 +90,20 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseFreeText(SimpleParserCo
         return SP_NEED_MORE_DATA;
     const C stop = Scan::Next(*context);
     if (stop == '>') {
-        data->state = AFTER_QUESTION_MARK;
+        data->state = FREE_STYLE_AFTER_QUESTION_MARK;
         data->questionPending = false;
         return SP_NEED_MORE_DATA;
     }
     if (stop == '\'') {
         RestartSQuoteString();
-        data->state = SINGLE_QUOTED;
+        data->state = FREE_STYLE_SINGLE_QUOTED;
     } else if (stop == '"') {
         RestartDQuoteString(*data);
-        data->state = DOUBLE_QUOTED;
+        data->state = FREE_STYLE_DOUBLE_QUOTED;
     } else if (stop == '/') {
-        data->state = AFTER_SLASH;
+        data->state = FREE_STYLE_AFTER_SLASH;
     } else if (stop == '?') {
-        data->state = AFTER_QUESTION_MARK;
+        data->state = FREE_STYLE_AFTER_QUESTION_MARK;
         data->questionPending = true;
     } else {
         return SP_UNEXPECTED_CHAR;  // a guard: no other character stops the run
@@ -128,11 +117,11 @@ template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);
     data->text += '/';
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     if (next == '*' || next == '/') {
         Scan::Advance(*context);
         data->text += next;
-        data->state = next == '*' ? BLOCK_COMMENT : LINE_COMMENT;
+        data->state = next == '*' ? FREE_STYLE_BLOCK_COMMENT : FREE_STYLE_LINE_COMMENT;
     }
     return SP_NEED_MORE_DATA;
 }
@@ -143,7 +132,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseBlockComment(SimplePars
     data->text.append(Scan::RunUntil<Scan::ASTERISK>(*context));
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
-        data->state = AFTER_ASTERISK;
+        data->state = FREE_STYLE_AFTER_ASTERISK;
     }
     return SP_NEED_MORE_DATA;
 }
@@ -156,7 +145,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterAsterisk(SimplePar
         Scan::Advance(*context);
         data->text += '/';
     }
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     return SP_NEED_MORE_DATA;
 }
 
@@ -167,7 +156,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseLineComment(SimpleParse
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
         data->text += '\n';
-        data->state = FREE_TEXT;
+        data->state = FREE_STYLE_TEXT;
     }
     return SP_NEED_MORE_DATA;
 }
@@ -183,7 +172,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseQuestionMark(SimplePars
         return SP_TOKEN_COMPLETE;
     }
     data->questionPending = false;
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     return SP_NEED_MORE_DATA;
 }
 
@@ -198,7 +187,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseString(SimpleParserCont
     data->text += quote;
     data->text += parserData->text;
     data->text += quote;
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     return SP_NEED_MORE_DATA;
 }
 

@@ -6,10 +6,22 @@
 
 namespace Kestra::HTML {
 
+/// The values of `ExternTagFreeStyleSimpleParserData::state`.
+enum ExternTagFreeStyleState : std::uint32_t {
+    FREE_STYLE_TEXT = 0,
+    FREE_STYLE_AFTER_SLASH = 1,
+    FREE_STYLE_BLOCK_COMMENT = 2,
+    FREE_STYLE_AFTER_ASTERISK = 3,  ///< in a block comment
+    FREE_STYLE_LINE_COMMENT = 4,
+    FREE_STYLE_SINGLE_QUOTED = 5,
+    FREE_STYLE_DOUBLE_QUOTED = 6,
+    FREE_STYLE_AFTER_QUESTION_MARK = 7,
+};
+
 /// State of the raw text of one processing instruction between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ExternTagFreeStyleSimpleParserData : SimpleParserData<C, S> {
-    std::uint32_t state = 0;  ///< 0 free text, 1 after "/", 2 block comment, 3 "*" in it, 4 line comment, 5 in "'", 6 in '"', 7 after "?"
+    std::uint32_t state = 0;       ///< an ExternTagFreeStyleState
     bool questionPending = false;  ///< a "?" has been read that is not yet in `text`
     S text;                        ///< the raw text
     bool iso2022 = false;          ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`

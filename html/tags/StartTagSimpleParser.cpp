@@ -1,13 +1,21 @@
 #include "html/tags/StartTagSimpleParser.h"
 
+#include "html/fastpath/WholeAttributes.h"
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
-#include "html/tags/WholeAttributes.h"
 
 namespace Kestra::HTML {
+
+namespace {
+
+/// Attributes of a list from which on those that lie in the piece as a whole need no recognizer. The first ones go through it, so that its
+/// strings are as long as those of most attributes before a cut falls into one that is longer.
+constexpr std::size_t LONG_LIST = 8;
+
+}  // namespace
 
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
@@ -77,40 +85,18 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
     return SP_NEED_MORE_DATA;
 }
 
-/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute behind it; hosts rely on it.
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it (kept).
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '/')) {
-        case AttributeListStep::NEXT_ATTRIBUTE:
-            TakeWholeAttributes(context, data);
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::CLOSING_MARK:
-            data->selfClosing = true;
-            data->state = START_TAG_AFTER_SLASH;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::END_OF_LIST:
-            data->state = START_TAG_END_OF_ATTRIBUTES;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::LONE_MARK:
-            data->selfClosing = true;
-            data->state = START_TAG_AFTER_SLASH;
-            return SP_MALFORMED;
-        case AttributeListStep::MALFORMED:
-            return SP_MALFORMED;
-    }
-    return SP_MALFORMED;
-}
-
-/// Between two attributes: in a long list, those that lie in the piece as a whole need no recognizer. The first ones go through it, so that
-/// its strings are as long as those of most attributes before a cut falls into one that is longer.
-template <typename C, typename S>
-void StartTagSimpleParser<C, S>::TakeWholeAttributes(SimpleParserContext<C, S>* context, Data* data) {
-    constexpr std::size_t LONG_LIST = 8;
-    if (data->attributes.size() >= LONG_LIST && !data->iso2022)
-        WholeAttributes<C, S>(context).Take(&attributeData, maxParts, &data->attributes);
+    AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '/', false);
+    if (step == AttributeListStep::NEXT_ATTRIBUTE && data->attributes.size() >= LONG_LIST && !data->iso2022)
+        step = WholeAttributes<C, S>(context).ReadOn(&attributeData, data, maxParts);
+    if (HasClosingMark(step))
+        data->selfClosing = true;
+    return LeaveAttribute(step, {START_TAG_AFTER_SLASH, START_TAG_END_OF_ATTRIBUTES}, &data->state);
 }
 
 /// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the next tag.

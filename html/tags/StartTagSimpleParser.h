@@ -64,7 +64,6 @@ private:
     friend class RecognizerBuffers;
 
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
-    void TakeWholeAttributes(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data);
 
     IdentifierSimpleParser<C, S> identifier;

@@ -3,6 +3,7 @@
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
+#include "html/tags/TagGrammar.h"
 
 namespace Kestra::HTML {
 
@@ -55,7 +56,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
                 ParseFirst(context, data);
                 continue;
             case UNQUOTED:
-                data->value.append(Scan::RunUntil(*context, Scan::WHITE_SPACE | Scan::GREATER_THAN | Scan::LESS_THAN));
+                data->value.append(Scan::RunUntil(*context, TagGrammar::BARE_VALUE_STOPS));
                 return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
             case SINGLE_QUOTED: {
                 const std::uint32_t result = singleQuoted.Parse(context, &singleQuotedData);
