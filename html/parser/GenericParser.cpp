@@ -118,33 +118,34 @@ bool GenericParser::IsWParser() const {
 }
 
 bool GenericParser::HasCharsetErrors() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.HasCharsetErrors(); }, false);
+    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().HasCharsetErrors(); }, false);
 }
 
 std::uint32_t GenericParser::GetConversionError() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.GetConversionError(); }, std::uint32_t{PARSER_OK});
+    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetConversionError(); }, std::uint32_t{PARSER_OK});
 }
 
 bool GenericParser::NeedsReparsing() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.NeedsReparsing(); }, false);
+    return engine->QueryRunning([](const auto& parser) { return parser.GetMarkupCharset().NeedsReparsing(); }, false);
 }
 
 bool GenericParser::WasCharsetDetectorUsed() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.WasCharsetDetectorUsed(); }, false);
+    return engine->QueryRunning([](const auto& parser) { return parser.GetMarkupCharset().WasDetectorUsed(); }, false);
 }
 
 VFS::InputStream* GenericParser::GetSelfCheckStream() {
-    return engine->CallRunning([](auto& parser) { return parser.GetSelfCheckStream(); }, static_cast<VFS::InputStream*>(nullptr));
+    return engine->CallRunning([](auto& parser) { return parser.GetDelivery().GetSelfCheckStream(); },
+                               static_cast<VFS::InputStream*>(nullptr));
 }
 
 std::uint32_t GenericParser::SetSelfCheck(SelfCheck selfCheck) {
-    engine->ForEachParser([selfCheck](auto& parser) { parser.SetSelfCheckMode(selfCheck); });
+    engine->ForEachParser([selfCheck](auto& parser) { parser.GetDelivery().SetSelfCheckMode(selfCheck); });
     return PARSER_OK;
 }
 
 GenericParser::SelfCheck GenericParser::GetSelfCheck() const {
     return static_cast<SelfCheck>(
-        engine->QueryRunning([](const auto& parser) { return parser.GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
+        engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
 }
 
 std::uint32_t GenericParser::SetScriptMode(ScriptMode scriptMode) {
@@ -159,12 +160,12 @@ GenericParser::ScriptMode GenericParser::GetScriptMode() const {
 }
 
 std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {
-    engine->ForEachParser([detect](auto& parser) { parser.SetDetectCharsetErrors(detect); });
+    engine->ForEachParser([detect](auto& parser) { parser.GetDelivery().SetDetectCharsetErrors(detect); });
     return PARSER_OK;
 }
 
 bool GenericParser::GetDetectCharsetErrors() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.GetDetectCharsetErrors(); }, false);
+    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetDetectCharsetErrors(); }, false);
 }
 
 std::uint32_t GenericParser::SetChrDetMinConfidence(std::uint64_t confidence) {

@@ -14,12 +14,14 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// UTF-7 hides markup in shifted runs, so it is read as 1252, in which every byte stands for itself.
+/// UTF-7 hides markup in shifted runs, so it is read as 1252, in which every byte stands for
+/// itself.
 StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
     return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
 }
 
-/// Begins a document with the first piece. When a callback throws, that piece is in no token, as any other.
+/// Begins a document with the first piece. When a callback throws, that piece is in no token, as
+/// any other.
 /// @param bytes  of the document that have come
 template <typename Parser, typename Start>
 std::uint32_t SkipWhenItThrows(Parser& parser, std::uint64_t bytes, Start start) {
@@ -43,9 +45,7 @@ GenericParserEngine::GenericParserEngine(const GenericParserEngine& other)
       observers(other.observers),
       detection(other.detection),
       charsetDetected(other.charsetDetected),
-      ended(other.ended) {
-    ForEachParser([](auto& parser) { parser.SettleCopy(); });
-}
+      ended(other.ended) {}
 
 GenericParserEngine::~GenericParserEngine() = default;
 
@@ -58,7 +58,8 @@ auto GenericParserEngine::BeginCall() {
     });
 }
 
-/// Makes both parsers forget their stream when a call fails or an observer throws. Cancelled, the stream stays in use.
+/// Makes both parsers forget their stream when a call fails or an observer throws. Cancelled, the
+/// stream stays in use.
 auto GenericParserEngine::BeginStreamUse() {
     return AtScopeEnd([this] { SetBackingStream(nullptr); });
 }
@@ -89,23 +90,25 @@ std::uint32_t GenericParserEngine::StartParse(StringNS::CharSet::Code code, Gene
 
 /// Tells the observer of the charset of a document that has begun.
 std::uint32_t GenericParserEngine::AnnounceCharset() {
-    if (mode == MODE_NARROW)
-        narrowParser.OnCharset(narrowParser.GetCharset());
-    else
-        wideParser.OnCharset(wideParser.GetCharset());
+    const auto announce = [](auto& parser) {
+        parser.GetDelivery().OnCharset(parser.GetDelivery().GetCharset());
+        return true;
+    };
+    CallRunning(announce, false);
     return IsStopped() ? PARSER_STOPPED : PARSER_OK;
 }
 
-/// Begins a document with the 8-bit parser, which has the charset of the document before until the callbacks have returned.
+/// Begins a document with the 8-bit parser, which has the charset of the document before until the
+/// callbacks have returned.
 /// @param markLength    of the UTF-8 mark, 0 without one
 /// @param bytesDropped  of a mark that turned out to be none
 std::uint32_t GenericParserEngine::StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code,
                                                bool detected) {
     mode = MODE_NARROW;
-    wideParser.Rest();
+    wideParser.Release();
     const AtScopeEnd settle([this, code] {
-        narrowParser.SetCharset(code);
-        narrowParser.SetDiscoverCharset(code == StringNS::CharSet::UNKNOWN);
+        narrowParser.GetDelivery().SetCharset(code);
+        narrowParser.GetMarkupCharset().SetDiscovery(code == StringNS::CharSet::UNKNOWN);
     });
     const std::uint32_t result = narrowParser.Start(markLength, detected, bytesDropped);
     if (result != PARSER_OK || markLength == 0)
@@ -117,15 +120,15 @@ std::uint32_t GenericParserEngine::StartNarrow(std::uint64_t markLength, std::ui
 /// Begins a document with the wide parser. A mark settles the charset before the callbacks.
 std::uint32_t GenericParserEngine::StartWide(bool hasMark) {
     mode = MODE_WIDE;
-    narrowParser.Rest();
+    narrowParser.Release();
     const auto settle = [this] {
         charset = StringNS::CharSet::UTF16_LE;
-        wideParser.SetCharset(charset);
+        wideParser.GetDelivery().SetCharset(charset);
     };
     if (hasMark)
         settle();
     const AtScopeEnd settleAtEnd(settle);
-    wideParser.SetDiscoverCharset(false);
+    wideParser.GetMarkupCharset().SetDiscovery(false);
     const std::uint32_t result = wideParser.Start(hasMark ? sizeof(StringNS::BOM_UTF16_LE) : 0, false, 0);
     if (result != PARSER_OK || !hasMark)
         return result;
@@ -174,12 +177,12 @@ std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64
     return markBytes + (size - markBytes) / sizeof(WideChar) * sizeof(WideChar);
 }
 
-/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing: only the answer tells of it, the next
-/// one when this call has another.
+/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing:
+/// only the answer tells of it, the next one when this call has another.
 std::uint32_t GenericParserEngine::AnswerWith(std::uint32_t result) {
     if (result != PARSER_OK)
         return result;
-    const bool outOfMemory = CallRunning([](auto& parser) { return parser.TakeOutOfMemory(); }, false);
+    const bool outOfMemory = CallRunning([](auto& parser) { return parser.GetDelivery().TakeOutOfMemory(); }, false);
     return outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : std::uint32_t{PARSER_OK};
 }
 
@@ -294,9 +297,11 @@ std::uint32_t GenericParserEngine::FeedStream(VFS::InputStream* stream) {
     return result == PARSER_UNTERMINATED ? std::uint32_t{PARSER_OK} : result;
 }
 
-/// A whole stream went by without a charset: asks the detector. A detector that has no usable answer changes nothing.
+/// A whole stream went by without a charset: asks the detector. A detector that has no usable
+/// answer changes nothing.
 std::uint32_t GenericParserEngine::DetectLateCharset(VFS::InputStream* stream) {
-    const bool isUnknown = QueryRunning([](const auto& parser) { return parser.GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
+    const bool isUnknown =
+        QueryRunning([](const auto& parser) { return parser.GetDelivery().GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
     if (!isUnknown || stream->Seek(0) != RESULT_OK)
         return PARSER_OK;
     StringNS::CharSet::Code code = StringNS::CharSet::UNKNOWN;
@@ -367,7 +372,7 @@ bool GenericParserEngine::GetTagNameEnd(std::uint64_t* end) const {
 }
 
 StringNS::CharSet::Code GenericParserEngine::GetCharset() const {
-    return QueryRunning([](const auto& parser) { return parser.GetCharset(); }, charset);
+    return QueryRunning([](const auto& parser) { return parser.GetDelivery().GetCharset(); }, charset);
 }
 
 bool GenericParserEngine::IsWide() const {

@@ -18,8 +18,8 @@
 
 namespace Kestra::HTML {
 
-/// What `GenericParser` does: it feeds bytes to the parser of one of the two flavours. Methods of the same names answer what is documented
-/// there. Not installed.
+/// What `GenericParser` does: it feeds bytes to the parser of one of the two flavours. Methods of
+/// the same names answer what is documented there. Not installed.
 class GenericParserEngine {
 public:
     GenericParserEngine();
@@ -31,7 +31,7 @@ public:
     template <typename C, typename S>
     void BindObserver(ParserObserver<C, S>* observer, bool owns) {
         observers.Bind(observer, owns, isBusy.Get());
-        ForEachParser([this](auto& parser) { parser.SetObservers(observers.GetNarrow(), observers.GetWide()); });
+        ForEachParser([this](auto& parser) { parser.GetDelivery().SetObservers(observers.GetNarrow(), observers.GetWide()); });
     }
 
     std::uint32_t StartParse(StringNS::CharSet::Code code, GenericParser::DataStreamType type);
@@ -44,15 +44,17 @@ public:
 
     /// Feeds a piece of a document that can be read again, as the pieces of a stream.
     /// @param size     what `CountWholeUnits` has answered
-    /// @param backing  borrowed until `StartParse` or `EndParse`, and the same for all pieces: has the token under way and this piece
+    /// @param backing  borrowed until `StartParse` or `EndParse`, and the same for all pieces: has
+    ///                 the token under way and this piece
     /// @param offset   of the piece, in that stream and in the document
     std::uint32_t FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing, std::uint64_t offset);
 
-    /// How many bytes of a piece can be fed: all, or all but the last when that is half a unit of UTF-16. Of a byte-order mark that the
-    /// piece begins with, or ends, all bytes count.
+    /// How many bytes of a piece can be fed: all, or all but the last when that is half a unit of
+    /// UTF-16. Of a byte-order mark that the piece begins with, or ends, all bytes count.
     std::uint64_t CountWholeUnits(const char* data, std::uint64_t size) const;
 
-    /// Where the name of the tag, or the target of the instruction, that is being delivered ends. @return false when there is none
+    /// Where the name of the tag, or the target of the instruction, that is being delivered ends.
+    /// @return false when there is none
     bool GetTagNameEnd(std::uint64_t* end) const;
 
     StringNS::CharSet::Code GetCharset() const;

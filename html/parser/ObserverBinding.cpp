@@ -63,7 +63,8 @@ void ObserverBinding::SetOwner(void* block, bool owns, bool inCallback) {
     currentOwner = owns ? std::move(owner) : nullptr;
 }
 
-/// The ownership that this parser has, or that its copies still have, of an observer; null for none.
+/// The ownership that this parser has, or that its copies still have, of an observer; null for
+/// none.
 std::shared_ptr<ObserverBinding::Owner> ObserverBinding::TakeOwnerOf(const void* block) {
     if (block == nullptr)
         return nullptr;

@@ -12,11 +12,12 @@ namespace Kestra::HTML {
 
 /// The observer that a parser calls, and who frees it. Not installed.
 ///
-/// Copies of a parser own an observer together: the last of them frees it. An observer that is replaced while one of its callbacks runs is
-/// freed later, by `FreeReplaced`.
+/// Copies of a parser own an observer together: the last of them frees it. An observer that is
+/// replaced while one of its callbacks runs is freed later, by `FreeReplaced`.
 class ObserverBinding {
 public:
-    /// Binds an observer of one flavour, or none, in place of the one before. Takes all the memory that it needs before anything changes.
+    /// Binds an observer of one flavour, or none, in place of the one before. Takes all the memory
+    /// that it needs before anything changes.
     /// @param owns         frees the observer when it is replaced, or with the last copy
     /// @param inCallback   the observer before is at work and must live until `FreeReplaced`
     void Bind(ParserObserver<char, std::string>* observer, bool owns, bool inCallback);
