@@ -8,6 +8,65 @@
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/StartTagSimpleParser.h"
 
+/// @file
+/// The fast path: text and tags that lie in a piece of input as a whole, read by pointers. Not installed.
+///
+/// **Two ways.** A document comes in pieces, and a piece may end at any character. The recognizers
+/// in `html/text` and `html/tags` can stop and go on anywhere: they keep a state and gather what they
+/// have read in a record. That costs several calls and copies for each word. Yet nearly every tag,
+/// and nearly every text, begins and ends in the same piece. For these a pointer that moves from the
+/// first character to the last one is enough: it finds the runs of a tag, and each run is copied
+/// once, into the string of the record where the recognizer would have put it.
+///
+/// **One grammar.** Both ways must read the same language, so what they decide is written once:
+///
+/// * `html/tags/TagGrammar.h` has the characters that stop names and bare values, and says whether a
+///   "/" closes the tag. Recognizers and fast path ask the same functions.
+/// * `html/framework/Scan.h` finds the ends of runs and counts lines for both.
+/// * `WholeAttributes::ReadList` is the one loop over attributes of the fast path. It follows the
+///   tables of `AttributeSimpleParser` and `TokenSimpleParser` through the states in which a piece
+///   goes on, and it answers the same `AttributeListStep` as `AttributeList`.
+/// * `AttributesNormalizer` makes bare words a part of the value before them. A list without such
+///   words is normal already, and the fast path leaves out the call.
+///
+/// **When each runs.** `WholeText` reads plain text: no script or style is open, and the charset has
+/// no escape runs. `WholeTagReader` is asked after each "<" or "</". The driver does not ask
+///
+/// * in an ISO-2022 document, in whose values an escape run may hide a quote;
+/// * for a start tag in a script or style, whose "<" is text;
+/// * for what begins with "<!" or "<?", which is rare.
+///
+/// `WholeAttributes::ReadOn` serves a start tag that is already in its recognizer, for example
+/// because a piece ended in it: from the ninth attribute on, those that lie in the piece are read
+/// here, one by one. After each of them the attribute recognizer is where it would be, so that it
+/// can go on at any time.
+///
+/// **What makes the fast path decline.** A start tag is declined when
+///
+/// * the piece, or what a limit of the token's size lets the driver see of it, ends before the ">";
+/// * a "/" is the whole unquoted value before ">", or white space follows a "/" that ends a word:
+///   the recognizer fails there, and the driver makes junk of the tag;
+/// * it is so long that it might have more attributes than allowed: the recognizer counts them.
+///
+/// An end tag is declined when the piece ends in it, and when anything but white space lies between
+/// its name and its ">". Browsers and authors write nothing there.
+///
+/// A tag that is declined has not been consumed: the context is as it was before. The record is
+/// unspecified, and the recognizer begins it anew. So each tag is read to its end by one way only,
+/// and declining costs time, never a result. It costs at most one more pass over the tag in a piece.
+///
+/// **Why they agree.** At the ">" both leave the same record, the same state in it (the recognizers'
+/// own names, such as START_TAG_AFTER_SLASH), and the same position, line and column. The driver then
+/// finishes the tag by the same function. One difference is left: a recognizer has run or has not.
+/// After a recognizer the driver begins the recognizer of text anew. After a whole tag it need not,
+/// since nothing has touched that recognizer since the text before the tag, at whose end it was as
+/// good as new. That is what the type `WholeTag` says: only the reader makes one, and the function
+/// that finishes a tag takes one or the mark of the other way. A tag cannot be finished as whole by
+/// mistake.
+///
+/// `tests/html/fastpath` reads each row of the tables of tags, and random tags, both ways, and
+/// compares all of that. It also asserts that complete tags are not declined without a reason.
+
 namespace Kestra::HTML {
 
 /// A tag that has been read from its first character to its ">" in one go. Only `WholeTagReader` makes one: whoever has one knows that no
