@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/AsciiRuns.h"
+#include "platform/CodePoints.h"
 #include "platform/PlatformConverter.h"
 #include "platform/Results.h"
 
@@ -14,7 +15,6 @@ namespace Kestra::StringNS {
 
 namespace {
 
-constexpr char32_t REPLACEMENT = 0xFFFD;
 constexpr char UNMAPPABLE = '?';
 
 // Bytes 0x80 to 0x9F of code page 1252. Source: Microsoft's best-fit table bestfit1252; it gives the five bytes that the registered
@@ -61,75 +61,16 @@ void CopyRun(const From** from, const From* end, To** to) {
     *to += run;
 }
 
-constexpr bool IsHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-constexpr bool IsLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-constexpr bool IsSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDFFF;
-}
-
-/// Reads the code point at `*from`, which is before `end`; a lone surrogate is returned as it is.
-char32_t ReadCodePoint(const WideChar** from, const WideChar* end) {
-    const char32_t unit = *(*from)++;
-    if (!IsHighSurrogate(unit) || *from == end || !IsLowSurrogate(**from))
-        return unit;
-    const char32_t low = *(*from)++;
-    return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
-}
-
-/// What the first byte of a UTF-8 sequence says about the rest. Source: table 3-7 of the Unicode Standard.
-struct Utf8Lead {
-    int trailing;            ///< bytes to follow; 0 for a byte that starts no sequence
-    unsigned char smallest;  ///< bounds of the second byte, narrower behind four of the first bytes: what they leave out is an overlong
-    unsigned char greatest;  ///< form, a surrogate or beyond U+10FFFF
-};
-
-Utf8Lead ClassifyUtf8(unsigned char byte) {
-    if (byte < 0xC2 || byte > 0xF4)
-        return {0, 0, 0};
-    if (byte < 0xE0)
-        return {1, 0x80, 0xBF};
-    const auto smallest = static_cast<unsigned char>(byte == 0xE0 ? 0xA0 : byte == 0xF0 ? 0x90 : 0x80);
-    const auto greatest = static_cast<unsigned char>(byte == 0xED ? 0x9F : byte == 0xF4 ? 0x8F : 0xBF);
-    return {byte < 0xF0 ? 2 : 3, smallest, greatest};
-}
-
-/// Reads one code point from `*from`, which is a byte from 0x80 up before `end`. An invalid sequence is consumed up to the first byte
-/// that cannot continue it (its maximal subpart) and read as U+FFFD.
-char32_t ReadUtf8(const char** from, const char* end) {
-    const unsigned char first = ByteAt((*from)++);
-    const Utf8Lead lead = ClassifyUtf8(first);
-    if (lead.trailing == 0 || *from == end || ByteAt(*from) < lead.smallest || ByteAt(*from) > lead.greatest)
-        return REPLACEMENT;
-    char32_t codePoint = first & (0x3FU >> lead.trailing);
-    codePoint = (codePoint << 6) | (ByteAt((*from)++) & 0x3FU);
-    for (int i = 1; i < lead.trailing; ++i) {
-        if (*from == end || (ByteAt(*from) & 0xC0U) != 0x80)
-            return REPLACEMENT;
-        codePoint = (codePoint << 6) | (ByteAt((*from)++) & 0x3FU);
-    }
-    return codePoint;
-}
-
-bool IsTrailing(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
-}
-
 /// Reads one code point from U+0080 to U+FFFF, as most beyond ASCII are. @return 0, and nothing is read, when `*from` is not one.
 char32_t ReadShortUtf8(const char** from, const char* end) {
     const char* const place = *from;
     const char32_t first = ByteAt(place);
     const auto left = end - place;
-    if (first >= 0xC2 && first < 0xE0 && left >= 2 && IsTrailing(place[1])) {
+    if (first >= 0xC2 && first < 0xE0 && left >= 2 && IsTrailingByte(place[1])) {
         *from = place + 2;
         return ((first & 0x1FU) << 6) | (ByteAt(place + 1) & 0x3FU);
     }
-    if (first < 0xE0 || first > 0xEF || left < 3 || !IsTrailing(place[1]) || !IsTrailing(place[2]))
+    if (first < 0xE0 || first > 0xEF || left < 3 || !IsTrailingByte(place[1]) || !IsTrailingByte(place[2]))
         return 0;
     const char32_t codePoint = ((first & 0x0FU) << 12) | ((ByteAt(place + 1) & 0x3FU) << 6) | (ByteAt(place + 2) & 0x3FU);
     if (codePoint < 0x800 || IsSurrogate(codePoint))
@@ -147,12 +88,7 @@ void Utf8ToWide(const char* from, std::uint64_t size, WideString* output) {
             char32_t codePoint = ReadShortUtf8(&from, end);
             if (codePoint == 0)
                 codePoint = ReadUtf8(&from, end);
-            if (codePoint < 0x10000) {
-                *to++ = static_cast<WideChar>(codePoint);
-            } else {
-                *to++ = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
-                *to++ = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
-            }
+            WriteUtf16(codePoint == ILL_FORMED ? REPLACEMENT_CHARACTER : codePoint, [&to](WideChar unit) { *to++ = unit; });
         }
     }
     CutAt(output, to);
@@ -173,25 +109,11 @@ std::uint64_t CountUtf8(const WideChar* from, const WideChar* end) {
 void WideToUtf8(const WideChar* from, std::uint64_t size, std::string* output) {
     const WideChar* const end = from + size;
     char* to = Presize(output, CountUtf8(from, end));
-    const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(static_cast<unsigned char>(byte)); };
     while (from != end) {
         CopyRun(&from, end, &to);
         while (from != end && *from >= 0x80) {
-            char32_t codePoint = ReadCodePoint(&from, end);
-            if (IsSurrogate(codePoint))
-                codePoint = REPLACEMENT;
-            if (codePoint < 0x800) {
-                put(0xC0 | (codePoint >> 6));
-            } else {
-                if (codePoint < 0x10000) {
-                    put(0xE0 | (codePoint >> 12));
-                } else {
-                    put(0xF0 | (codePoint >> 18));
-                    put(0x80 | ((codePoint >> 12) & 0x3F));
-                }
-                put(0x80 | ((codePoint >> 6) & 0x3F));
-            }
-            put(0x80 | (codePoint & 0x3F));
+            const char32_t codePoint = ReadUtf16(&from, end);
+            WriteUtf8(IsSurrogate(codePoint) ? REPLACEMENT_CHARACTER : codePoint, [&to](char byte) { *to++ = byte; });
         }
     }
 }
@@ -203,7 +125,7 @@ constexpr std::array<WideChar, 128> MakeUpperHalf() {
     std::array<WideChar, 128> units{};
     for (std::size_t i = 0; i < units.size(); ++i) {
         const bool isListed = CODE == CharSet::WINDOWS_1252 && i < WINDOWS_1252_HIGH.size();
-        units[i] = isListed ? WINDOWS_1252_HIGH[i] : static_cast<WideChar>(CODE == CharSet::US_ASCII ? REPLACEMENT : 0x80 + i);
+        units[i] = isListed ? WINDOWS_1252_HIGH[i] : static_cast<WideChar>(CODE == CharSet::US_ASCII ? REPLACEMENT_CHARACTER : 0x80 + i);
     }
     return units;
 }
@@ -243,7 +165,7 @@ void WideToSingleByte(const WideChar* from, std::uint64_t size, std::string* out
     while (from != end) {
         CopyRun(&from, end, &to);
         while (from != end && *from >= 0x80)
-            *to++ = NarrowCodePoint<CODE>(ReadCodePoint(&from, end));
+            *to++ = NarrowCodePoint<CODE>(ReadUtf16(&from, end));
     }
     CutAt(output, to);
 }
@@ -254,7 +176,7 @@ void Utf16ToWide(const char* from, std::uint64_t size, WideString* output) {
     for (std::uint64_t i = 0; i < pairs; ++i)
         to[i] = static_cast<WideChar>(ByteAt(from + 2 * i) | ByteAt(from + 2 * i + 1) << 8);
     if (size % 2 != 0)
-        to[pairs] = static_cast<WideChar>(REPLACEMENT);
+        to[pairs] = static_cast<WideChar>(REPLACEMENT_CHARACTER);
 }
 
 void WideToUtf16(const WideChar* from, std::uint64_t size, std::string* output) {

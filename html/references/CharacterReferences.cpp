@@ -12,6 +12,7 @@
 #include "html/framework/QuoteKind.h"
 #include "html/references/NamedReferences.h"
 #include "platform/CharSetConverter.h"
+#include "platform/CodePoints.h"
 #include "platform/Results.h"
 
 namespace Kestra::HTML {
@@ -19,9 +20,6 @@ namespace Kestra::HTML {
 namespace {
 
 using StringNS::CharSet;
-
-constexpr char32_t REPLACEMENT = 0xFFFD;
-constexpr char32_t CODE_POINT_END = 0x110000;
 
 // What the numbers from 0x80 to 0x9F stand for. Source: the table in the HTML standard's "Numeric
 // character reference end state"; a number that it leaves out stands for itself.
@@ -58,8 +56,8 @@ std::uint32_t DigitValue(C character, std::uint32_t base) {
 
 /// What a number stands for.
 char32_t ResolveNumber(char32_t number) {
-    if (number == 0 || number >= CODE_POINT_END || (number >= 0xD800 && number <= 0xDFFF))
-        return REPLACEMENT;
+    if (number == 0 || number >= CODE_POINT_END || IsSurrogate(number))
+        return REPLACEMENT_CHARACTER;
     if (number >= 0x80 && number <= 0x9F)
         return C1_CONTROLS[number - 0x80];
     return number;
@@ -154,12 +152,7 @@ public:
 
 private:
     void Add(char32_t codePoint) {
-        if (codePoint < 0x10000) {
-            units[count++] = static_cast<WideChar>(codePoint);
-        } else {
-            units[count++] = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
-            units[count++] = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
-        }
+        WriteUtf16(codePoint, [this](WideChar unit) { units[count++] = unit; });
     }
 
     WideChar units[4] = {};

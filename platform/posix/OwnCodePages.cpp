@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/CodePoints.h"
 #include "platform/posix/IcuResult.h"
 
 namespace Kestra::StringNS {
@@ -462,14 +463,13 @@ void OwnCodePage::ToWide(const char* data, std::uint64_t size, WideString* outpu
 }
 
 void OwnCodePage::FromWide(const WideChar* data, std::uint64_t size, std::string* output) const {
-    const auto isBetween = [](WideChar unit, WideChar first, WideChar last) { return unit >= first && unit <= last; };
     const auto put = [output](std::int32_t byte) { output->push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
     const WideChar* const end = data + size;
     output->clear();
     output->reserve(static_cast<std::size_t>(size));
     while (data != end) {
         const WideChar unit = *data++;
-        if (isBetween(unit, 0xD800, 0xDBFF) && data != end && isBetween(*data, 0xDC00, 0xDFFF))
+        if (IsHighSurrogate(unit) && data != end && IsLowSurrogate(*data))
             ++data;  // a pair is one character, which no code page here has
         std::int32_t bytes = FindBytes(unit);
         if (bytes < 0)

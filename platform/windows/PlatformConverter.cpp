@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/CodePoints.h"
 #include "platform/Results.h"
 #include "platform/windows/WindowsApi.h"
 
@@ -207,7 +208,7 @@ std::uint64_t CharSetConverter::Platform::System::FindCut(const char* data, std:
 std::uint64_t CharSetConverter::Platform::System::FindCut(const WideChar* data, std::uint64_t size) const {
     if (size <= STEP || IsStateful(code))
         return size;
-    const bool splitsPair = data[STEP] >= 0xDC00 && data[STEP] <= 0xDFFF;
+    const bool splitsPair = IsLowSurrogate(data[STEP]);
     return splitsPair ? STEP - 1 : STEP;
 }
 
