@@ -10,7 +10,7 @@
 #include "html/parser/OpenConstruct.h"
 #include "html/parser/ParserInput.h"
 #include "html/parser/Recognizers.h"
-#include "html/parser/StateRecords.h"
+#include "html/parser/RecordCalls.h"
 #include "html/parser/TokenDelivery.h"
 #include "html/parser/TokenLimit.h"
 #include "html/parser/TokenPlaces.h"

@@ -6,9 +6,9 @@
 #include <type_traits>
 
 #include "html/framework/ParserObserver.h"
+#include "html/framework/RecordFields.h"
 #include "html/output/ParserSelfCheck.h"
 #include "html/output/SelfCheckSink.h"
-#include "html/parser/RecordCalls.h"
 #include "html/parser/RecordConverter.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"

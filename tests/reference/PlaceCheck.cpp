@@ -6,9 +6,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "html/framework/ParserObserver.h"
+#include "html/framework/TokenObserver.h"
 #include "html/output/ParserObserverOutput.h"
-#include "html/parser/RecordCalls.h"
 #include "tests/reference/DocumentFeeding.h"
 #include "tests/reference/ReferenceReader.h"
 #include "tests/support/Flavours.h"
@@ -53,7 +52,7 @@ bool HasBytes(WideStringView text, std::string_view bytes, bool wideInput) {
 
 /// Looks at every token as it comes.
 template <typename C, typename S>
-class PlaceObserver final : public HTML::ParserObserver<C, S> {
+class PlaceObserver final : public HTML::EventObserver<PlaceObserver<C, S>, C, S> {
 public:
     explicit PlaceObserver(const GenericParser* observedParser) : parser(observedParser) {}
 
@@ -70,65 +69,35 @@ public:
         column = 1;
     }
 
-    void OnEndParsing() override {
+    /// Callbacks without a record have the place of their tag.
+    void OnEvent(HTML::ObserverEvent event) {
+        if (event == HTML::ObserverEvent::StartParsing)
+            return;
         const TokenPlace place = parser->GetTokenPlace();
-        if (place.begin != place.end || place.end != document.size())
-            Blame("the end of parsing is not the end of the document", place);
+        if (event == HTML::ObserverEvent::EndParsing) {
+            if (place.begin != place.end || place.end != document.size())
+                Blame("the end of parsing is not the end of the document", place);
+            Continue(place);
+        } else if (place.begin != last.begin || place.end != last.end || place.line != last.line || place.column != last.column) {
+            Blame("not the place of the tag", place);
+        }
+    }
+
+    template <template <typename, typename> class Record>
+    void OnToken(Record<C, S>* record) {
+        const TokenPlace place = parser->GetTokenPlace();
         Continue(place);
-    }
-    void OnText(HTML::TextData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCComment(HTML::CCommentData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
-        Token(data);
-    }
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
-        Token(data);
-    }
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
-        Token(data);
-    }
-    void OnStartTag(HTML::StartTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnEndTag(HTML::EndTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnJunkData(HTML::JunkData<C, S>* data) override {
-        Token(data);
-    }
-    void OnJSTagStart() override {
-        SameAsBefore();
-    }
-    void OnJSTagEnd() override {
-        SameAsBefore();
-    }
-    void OnCSSTagStart() override {
-        SameAsBefore();
-    }
-    void OnCSSTagEnd() override {
-        SameAsBefore();
+        ++seen.tokens;
+        if (place.begin == place.end && !std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>)
+            Blame("no bytes", place);
+        // Bytes of UTF-16 between the markup of an 8-bit serializer are no document.
+        if (!(reading.wideInput && !reading.wideObserver) && fault.empty()) {
+            CheckText(record, place);
+            if constexpr (requires { record->attributes; }) {
+                CheckAttributes(*record->attributes, place);
+                CheckParts(record, place);
+            }
+        }
     }
 
     std::string fault;
@@ -145,13 +114,6 @@ private:
                     ":" + std::to_string(place.column) + ", \"" +
                     std::string(At(std::min(place.begin, document.size()), std::min(place.end, document.size()))) +
                     "\", the token before ended at " + std::to_string(last.end);
-    }
-
-    /// Callbacks without a record have the place of their tag.
-    void SameAsBefore() {
-        const TokenPlace place = parser->GetTokenPlace();
-        if (place.begin != last.begin || place.end != last.end || place.line != last.line || place.column != last.column)
-            Blame("not the place of the tag", place);
     }
 
     /// Only script line comments may be missing between this token and the one before, and only for one kind of observer.
@@ -177,23 +139,6 @@ private:
             const bool isLineFeed = document[i] == '\n' && (size == 1 || document[i + 1] == 0);
             line += isLineFeed ? 1 : 0;
             column = isLineFeed ? 1 : column + 1;
-        }
-    }
-
-    template <template <typename, typename> class Record>
-    void Token(Record<C, S>* record) {
-        const TokenPlace place = parser->GetTokenPlace();
-        Continue(place);
-        ++seen.tokens;
-        if (place.begin == place.end && !std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>)
-            Blame("no bytes", place);
-        // Bytes of UTF-16 between the markup of an 8-bit serializer are no document.
-        if (!(reading.wideInput && !reading.wideObserver) && fault.empty()) {
-            CheckText(record, place);
-            if constexpr (requires { record->attributes; }) {
-                CheckAttributes(*record->attributes, place);
-                CheckParts(record, place);
-            }
         }
     }
 

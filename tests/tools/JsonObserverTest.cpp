@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "html/parser/GenericParser.h"
+#include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
 #include "tools/kestra-html/ParsePass.h"
 
@@ -18,6 +19,11 @@ using Lines = std::vector<std::string>;
 template <typename Flavour>
 class JsonObserverTest : public ObserverTest<Flavour> {
 protected:
+    /// Calls the observer as for the token of a line in the trace language.
+    void Observe(std::string_view line) {
+        CallNoted<typename Flavour::C, typename Flavour::S>(&observer, line);
+    }
+
     Tool::JsonObserver<typename Flavour::C, typename Flavour::S> observer{&this->lines};
 };
 
@@ -47,18 +53,11 @@ TYPED_TEST(JsonObserverTest, EventsWithoutRecord) {
 }
 
 TYPED_TEST(JsonObserverTest, TextRecords) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    HTML::TextData<C, S> text{this->Text("a\xE9")};
-    HTML::CCommentData<C, S> cComment{this->Text(" c ")};
-    HTML::CPPCommentData<C, S> cppComment{this->Text(" cpp")};
-    HTML::SQuoteStringData<C, S> sQuoteString{this->Text("s")};
-    HTML::DQuoteStringData<C, S> dQuoteString{this->Text("d")};
-    this->observer.OnText(&text);
-    this->observer.OnCComment(&cComment);
-    this->observer.OnCPPComment(&cppComment);
-    this->observer.OnSQuoteString(&sQuoteString);
-    this->observer.OnDQuoteString(&dQuoteString);
+    this->Observe("text(a\\xE9)");
+    this->Observe("c-comment( c )");
+    this->Observe("cpp-comment( cpp)");
+    this->Observe("s-string(s)");
+    this->Observe("d-string(d)");
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       R"({"event":"Text","text":"a\u00e9"})",
                                       R"({"event":"CComment","text":" c "})",
@@ -69,28 +68,15 @@ TYPED_TEST(JsonObserverTest, TextRecords) {
 }
 
 TYPED_TEST(JsonObserverTest, JunkIsBytesInBothFlavours) {
-    const std::string bytes("<\0b\xFF", 4);
-    HTML::JunkData<typename TypeParam::C, typename TypeParam::S> junk{&bytes};
-    this->observer.OnJunkData(&junk);
+    this->Observe("junk(<\\x00b\\xFF)");
     EXPECT_EQ(this->lines.Take(), (Lines{R"({"event":"JunkData","text":"<\u0000b\u00ff"})"}));
 }
 
 TYPED_TEST(JsonObserverTest, Tags) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    Vector<HTML::Attribute<C, S>> attributes;
-    attributes.push_back({TypeParam::Text(" "), TypeParam::Text("href"), {}, TypeParam::Text("\n"), TypeParam::Text("x"), 1, true});
-    attributes.push_back({TypeParam::Text("\t"), TypeParam::Text("b"), TypeParam::Text(" "), {}, {}, 0, true});
-    attributes.push_back({TypeParam::Text(" "), TypeParam::Text("c"), {}, {}, {}, 0, false});
-    const Vector<HTML::Attribute<C, S>> none;
-    HTML::StartTagData<C, S> start{this->Text(""), this->Text("a"), &attributes, this->Text(" "), true};
-    HTML::StartTagData<C, S> openStart{this->Text(" "), this->Text("a"), &none, this->Text(""), false};
-    HTML::ShortTagData<C, S> shortTag{this->Text(""), this->Text("br"), &none, this->Text(" "), true};
-    HTML::EndTagData<C, S> end{this->Text(" "), this->Text("a"), this->Text("\n"), false, &none, true, this->Text("x")};
-    this->observer.OnStartTag(&start);
-    this->observer.OnStartTag(&openStart);
-    this->observer.OnShortTag(&shortTag);
-    this->observer.OnEndTag(&end);
+    this->Observe("start(|a|{ |href|=\\n|'x'}{\\t|b| =|}{ |c}| )");
+    this->Observe("start( |a||, open)");
+    this->Observe("short(|br|| )");
+    this->Observe("end( |a|\\n||x, slash, open)");
     EXPECT_EQ(this->lines.Take(),
               (Lines{
                   R"({"event":"StartTag","prefix":"","name":"a","attributes":[)"
@@ -106,19 +92,10 @@ TYPED_TEST(JsonObserverTest, Tags) {
 }
 
 TYPED_TEST(JsonObserverTest, Declarations) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    Vector<HTML::EntityToken<C, S>> tokens;
-    tokens.push_back({TypeParam::Text(" "), TypeParam::Text("html"), 0});
-    tokens.push_back({TypeParam::Text("\n"), TypeParam::Text("-//W3C"), 2});
-    HTML::CDATATagData<C, S> cdata{this->Text("CDATA"), this->Text("[x"), true};
-    HTML::ConditionalTagData<C, S> conditional{this->Text("if"), this->Text(" IE 6"), this->Text("-"), true, false};
-    HTML::CommentTagData<C, S> comment{this->Text(" c "), false};
-    HTML::EntityTagData<C, S> entity{this->Text(""), this->Text("DOCTYPE"), &tokens, this->Text(" ")};
-    this->observer.OnCDATATag(&cdata);
-    this->observer.OnConditionalTag(&conditional);
-    this->observer.OnCommentTag(&comment);
-    this->observer.OnEntityTag(&entity);
+    this->Observe("cdata(CDATA|[x)");
+    this->Observe("conditional(if| IE 6|-, open)");
+    this->Observe("comment( c , open)");
+    this->Observe("entity(|DOCTYPE|{ |html}{\\n|\"-//W3C\"}| )");
     EXPECT_EQ(this->lines.Take(),
               (Lines{
                   R"({"event":"CDATATag","keyword":"CDATA","text":"[x","closed":true})",
@@ -130,13 +107,14 @@ TYPED_TEST(JsonObserverTest, Declarations) {
 }
 
 TYPED_TEST(JsonObserverTest, ProcessingInstructions) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    const Vector<HTML::Attribute<C, S>> none;
-    HTML::ExternTagData<C, S> externTag{this->Text(""), this->Text("xml"), &none, this->Text(" "), false, this->Text(""), true};
-    HTML::ExternTagData<C, S> freeStyle{this->Text(""), this->Text("php"), nullptr, this->Text(""), true, this->Text("<?php ?>"), false};
-    this->observer.OnExternTag(&externTag);
-    this->observer.OnExternTag(&freeStyle);
+    using Instruction = NotedRecord<HTML::ExternTagData, typename TypeParam::C, typename TypeParam::S>;
+    Instruction declaration("extern(|xml|| , slash)");
+    Instruction instruction("extern-text(<?php ?>)");
+    declaration.record.text = this->Text("");
+    instruction.record.name = this->Text("php");
+    instruction.record.attributes = nullptr;
+    this->observer.OnExternTag(&declaration.record);
+    this->observer.OnExternTag(&instruction.record);
     const std::string expectedTag = R"({"event":"ExternTag","prefix":"","name":"xml","attributes":[],"suffix":" ","freeStyle":false,)"
                                     R"("text":"","slashBeforeClose":true})";
     const std::string expectedFreeStyle = R"({"event":"ExternTag","prefix":"","name":"php","attributes":null,"suffix":"","freeStyle":true,)"
@@ -145,12 +123,8 @@ TYPED_TEST(JsonObserverTest, ProcessingInstructions) {
 }
 
 TYPED_TEST(JsonObserverTest, WhatIsAbsentIsNull) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    HTML::StartTagData<C, S> start{nullptr, nullptr, nullptr, nullptr, true};
-    HTML::EntityTagData<C, S> entity{nullptr, nullptr, nullptr, nullptr};
-    this->observer.OnStartTag(&start);
-    this->observer.OnEntityTag(&entity);
+    this->Observe("start(null|null|null|null)");
+    this->Observe("entity(null|null|null|null)");
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       R"({"event":"StartTag","prefix":null,"name":null,"attributes":null,"suffix":null,"closed":true})",
                                       R"({"event":"EntityTag","prefix":null,"name":null,"tokens":null,"suffix":null})",

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "platform/Vector.h"
+#include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
+#include "tools/kestra-html/TextReport.h"
+#include "tools/kestra-html/TokenKind.h"
 
 namespace Kestra::Test {
 namespace {
@@ -19,48 +22,20 @@ protected:
     /// Calls every callback that has a token, in the order of the summary.
     template <typename C, typename S>
     void ObserveEverything(Tool::TextObserver<C, S>* observer) {
-        const Vector<HTML::Attribute<C, S>> attributes;
-        const Vector<HTML::EntityToken<C, S>> tokens;
-        const S* const none = this->Text("");
-        const S* const name = this->Text("n");
-        const std::string bytes = "<";
-        HTML::TextData<C, S> text{name};
-        HTML::StartTagData<C, S> start{none, name, &attributes, none, true};
-        HTML::ShortTagData<C, S> shortTag{none, name, &attributes, none, true};
-        HTML::EndTagData<C, S> end{none, name, none, true, &attributes, false, none};
-        HTML::CommentTagData<C, S> comment{name, true};
-        HTML::CDATATagData<C, S> cdata{name, none, true};
-        HTML::ConditionalTagData<C, S> conditional{name, none, none, true, true};
-        HTML::EntityTagData<C, S> entity{none, name, &tokens, none};
-        HTML::ExternTagData<C, S> externTag{none, name, &attributes, none, false, none, false};
-        HTML::ExternTagData<C, S> freeStyle{none, name, &attributes, none, true, name, false};
-        HTML::CCommentData<C, S> cComment{name};
-        HTML::CPPCommentData<C, S> cppComment{name};
-        HTML::SQuoteStringData<C, S> sQuoteString{name};
-        HTML::DQuoteStringData<C, S> dQuoteString{name};
-        HTML::JunkData<C, S> junk{&bytes};
+        const auto observe = [observer](std::string_view line) { CallNoted<C, S>(observer, line); };
         observer->OnStartParsing();
         observer->OnBOM("\xEF", 1);
         observer->OnCharset(1252);
-        observer->OnText(&text);
-        observer->OnStartTag(&start);
-        observer->OnShortTag(&shortTag);
-        observer->OnEndTag(&end);
-        observer->OnCommentTag(&comment);
-        observer->OnCDATATag(&cdata);
-        observer->OnConditionalTag(&conditional);
-        observer->OnEntityTag(&entity);
-        observer->OnExternTag(&externTag);
-        observer->OnExternTag(&freeStyle);
+        for (const std::string_view line : {"text(n)", "start(|n||)", "short(|n||)", "end(|n|||)", "comment(n)", "cdata(n|)",
+                                            "conditional(n||)", "entity(|n||)", "extern(|n||)", "extern-text(n)"})
+            observe(line);
         observer->OnJSTagStart();
-        observer->OnCComment(&cComment);
-        observer->OnCPPComment(&cppComment);
-        observer->OnSQuoteString(&sQuoteString);
-        observer->OnDQuoteString(&dQuoteString);
+        for (const std::string_view line : {"c-comment(n)", "cpp-comment(n)", "s-string(n)", "d-string(n)"})
+            observe(line);
         observer->OnJSTagEnd();
         observer->OnCSSTagStart();
         observer->OnCSSTagEnd();
-        observer->OnJunkData(&junk);
+        observe("junk(<)");
         observer->OnEndParsing();
     }
 
@@ -137,13 +112,9 @@ TYPED_TEST(TextObserverTest, LongTextsAreCutWithTheirLength) {
     using C = typename TypeParam::C;
     using S = typename TypeParam::S;
     Tool::TextObserver<C, S> observer(&this->lines, &this->parser, false);
-    HTML::TextData<C, S> whole{this->Text(std::string(60, 'a'))};
-    HTML::TextData<C, S> cut{this->Text(std::string(61, 'b'))};
-    const std::string bytes(1000, 'c');
-    HTML::JunkData<C, S> junk{&bytes};
-    observer.OnText(&whole);
-    observer.OnText(&cut);
-    observer.OnJunkData(&junk);
+    CallNoted<C, S>(&observer, "text(" + std::string(60, 'a') + ")");
+    CallNoted<C, S>(&observer, "text(" + std::string(61, 'b') + ")");
+    CallNoted<C, S>(&observer, "junk(" + std::string(1000, 'c') + ")");
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       "     1:1     text(" + std::string(60, 'a') + ")",
                                       "     1:1     text(" + std::string(60, 'b') + "...[61])",
@@ -190,6 +161,16 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result.isWParser = false;
     observer.WriteSummary(result, 2, false);
     EXPECT_EQ(this->lines.Take()[2], "charset  4711");
+}
+
+TEST(TextObserverFlavours, AKindWithoutARowIsCountedAsAnother) {
+    EXPECT_EQ(Tool::FindTokenKind("junk"), Tool::TokenKind::JUNK);
+    EXPECT_EQ(Tool::FindTokenKind("imaginary"), Tool::TokenKind::OTHER);
+    KeptLines lines;
+    Tool::TextReport report(&lines, true, false);
+    report.Write(Tool::TokenKind::OTHER, {}, "imaginary(a)");
+    EXPECT_EQ(lines.Take(), Lines{"     1:1     \x1B[1mimaginary\x1B[0m(a)"});
+    EXPECT_EQ(report.DescribeCounts(), "1: other 1");
 }
 
 TEST(TextObserverFlavours, LettersOutsideAscii) {

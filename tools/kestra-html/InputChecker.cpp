@@ -9,8 +9,8 @@
 #include "platform/InputStream.h"
 #include "platform/Results.h"
 #include "tools/kestra-html/CharsetText.h"
+#include "tools/kestra-html/TokenCounter.h"
 #include "tools/kestra-html/TokenFinder.h"
-#include "tools/kestra-html/TokenReceiver.h"
 
 namespace Kestra::Tool {
 

@@ -52,13 +52,15 @@ public:
     void Place(const HTML::TokenPlace& place);
 
 private:
-    template <typename C, typename S>
-    void Item(const HTML::Attribute<C, S>& attribute);
-    template <typename C, typename S>
-    void Fields(const HTML::Attribute<C, S>& attribute);
+    template <template <typename, typename> class Part, typename C, typename S>
+    void Item(const Part<C, S>& part);
+    template <template <typename, typename> class Part, typename C, typename S>
+    void Fields(const Part<C, S>& part);
+    template <typename S>
+    void Field(const char* name, const S& text);
+    void Field(const char* name, std::uint32_t number);
+    void Field(const char* name, bool value);
     void Place(const HTML::AttributePlace& place, bool hasValue);
-    template <typename C, typename S>
-    void Item(const HTML::EntityToken<C, S>& token);
     template <typename S>
     void Item(const std::pair<S, S>& nameAndValue);
     void Item(const WideString& text);

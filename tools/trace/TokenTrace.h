@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "html/framework/ParserObserver.h"
-#include "html/framework/TokenRecords.h"
+#include "html/framework/RecordFields.h"
+#include "html/framework/TokenObserver.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
 
@@ -41,16 +41,6 @@ struct Options {
     bool utf8 = false;        ///< printable wide characters from U+0080 up as UTF-8; controls and lone surrogates stay escapes
 };
 
-/// The callbacks without a record or argument.
-enum class Event {
-    START_PARSING,
-    END_PARSING,
-    JS_TAG_START,
-    JS_TAG_END,
-    CSS_TAG_START,
-    CSS_TAG_END,
-};
-
 /// True of characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent: C1 controls, separators of lines,
 /// marks of direction, other invisible format characters, noncharacters.
 bool IsInvisible(std::uint32_t codePoint);
@@ -59,73 +49,38 @@ bool IsInvisible(std::uint32_t codePoint);
 std::string Escape(std::string_view text, const Options& options = {});
 std::string Escape(WideStringView text, const Options& options = {});
 
-std::string Format(Event event);
+/// A callback without a record or argument.
+std::string Format(HTML::ObserverEvent event);
 std::string FormatBOM(const void* bytes, std::uint64_t size);
 std::string FormatCharset(StringNS::CharSet::Code code);
 
-template <typename C, typename S>
-std::string Format(const HTML::Attribute<C, S>& attribute, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::EntityToken<C, S>& token, const Options& options = {});
-
-template <typename C, typename S>
-std::string Format(const HTML::TextData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::CCommentData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::CPPCommentData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::SQuoteStringData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::DQuoteStringData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::JunkData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::StartTagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::ShortTagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::EndTagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::CDATATagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::ConditionalTagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::CommentTagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::EntityTagData<C, S>& data, const Options& options = {});
-template <typename C, typename S>
-std::string Format(const HTML::ExternTagData<C, S>& data, const Options& options = {});
+/// The record of a token, an attribute or a part of a declaration.
+template <template <typename, typename> class Record, typename C, typename S>
+std::string Format(const Record<C, S>& record, const Options& options = {});
 
 /// Appends one line for each callback to a list of its owner.
 template <typename C, typename S>
-class TraceObserver : public HTML::ParserObserver<C, S> {
+class TraceObserver : public HTML::EventObserver<TraceObserver<C, S>, C, S> {
 public:
     /// @param lines  borrowed; must live as long as callbacks come
-    explicit TraceObserver(std::vector<std::string>* lines, const Options& options = {});
+    explicit TraceObserver(std::vector<std::string>* lines, const Options& options = {}) : tracedLines(lines), traceOptions(options) {}
 
-    void OnStartParsing() override;
-    void OnEndParsing() override;
-    void OnBOM(const void* bytes, std::uint64_t size) override;
-    void OnCharset(StringNS::CharSet::Code code) override;
-    void OnText(HTML::TextData<C, S>* data) override;
-    void OnCComment(HTML::CCommentData<C, S>* data) override;
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override;
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override;
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override;
-    void OnStartTag(HTML::StartTagData<C, S>* data) override;
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override;
-    void OnEndTag(HTML::EndTagData<C, S>* data) override;
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override;
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override;
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override;
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override;
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override;
-    void OnJSTagStart() override;
-    void OnJSTagEnd() override;
-    void OnCSSTagStart() override;
-    void OnCSSTagEnd() override;
-    void OnJunkData(HTML::JunkData<C, S>* data) override;
+    void OnBOM(const void* bytes, std::uint64_t size) override {
+        tracedLines->push_back(FormatBOM(bytes, size));
+    }
+
+    void OnCharset(StringNS::CharSet::Code code) override {
+        tracedLines->push_back(FormatCharset(code));
+    }
+
+    void OnEvent(HTML::ObserverEvent event) {
+        tracedLines->push_back(Format(event));
+    }
+
+    template <typename Record>
+    void OnToken(const Record* record) {
+        tracedLines->push_back(Format(*record, traceOptions));
+    }
 
 private:
     std::vector<std::string>* tracedLines;

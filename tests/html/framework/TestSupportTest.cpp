@@ -166,13 +166,13 @@ struct Fields {
 
 TEST(TestSupportTest, FieldsOutOfOrderAreFound) {
     const Fields fields;
-    FieldWalk<Fields>(fields, 0).Next("first", &Fields::first).Next("second", &Fields::second).Next("third", &Fields::third).Last();
+    FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Next("third", fields.third).Last();
     testing::TestPartResultArray failures;
     {
         testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
                                                            &failures);
-        FieldWalk<Fields>(fields, 0).Next("second", &Fields::second);
-        FieldWalk<Fields>(fields, 0).Next("first", &Fields::first).Next("second", &Fields::second).Last();
+        FieldWalk<Fields>(fields, 0).Next("second", fields.second);
+        FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Last();
     }
     EXPECT_EQ(failures.size(), 2);
 }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "html/framework/TokenObserver.h"
 #include "tests/support/DocumentRun.h"
 #include "tests/support/Splits.h"
 #include "tools/trace/TokenTrace.h"
@@ -93,115 +94,27 @@ std::string WrittenBack(std::string_view latin1, const Lines& tokens, const Rout
 /// True when the self-check of a route takes the tokens for what was read: always, unless the wide serializer halves a body.
 bool PassesSelfCheck(std::string_view latin1, const Lines& tokens, const Route& route);
 
-/// A trace observer that calls back after each line it has written.
+/// Traces every callback, and then calls back.
 template <typename C, typename S>
-class HookedObserver : public Trace::TraceObserver<C, S> {
+class HookedObserver final : public HTML::CallbackObserver<HookedObserver<C, S>, C, S> {
 public:
-    using Base = Trace::TraceObserver<C, S>;
-
     /// @param target  borrowed
-    explicit HookedObserver(Lines* target) : Base(target), lines(target) {}
+    explicit HookedObserver(Lines* target) : tracer(target), lines(target) {}
 
     /// Called with the line of each callback, inside the callback.
     std::function<void(const std::string&)> hook;
 
-    void OnStartParsing() override {
-        Base::OnStartParsing();
-        CallHook();
-    }
-    void OnEndParsing() override {
-        Base::OnEndParsing();
-        CallHook();
-    }
-    void OnBOM(const void* bytes, std::uint64_t size) override {
-        Base::OnBOM(bytes, size);
-        CallHook();
-    }
-    void OnCharset(StringNS::CharSet::Code code) override {
-        Base::OnCharset(code);
-        CallHook();
-    }
-    void OnText(HTML::TextData<C, S>* data) override {
-        Base::OnText(data);
-        CallHook();
-    }
-    void OnCComment(HTML::CCommentData<C, S>* data) override {
-        Base::OnCComment(data);
-        CallHook();
-    }
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
-        Base::OnCPPComment(data);
-        CallHook();
-    }
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
-        Base::OnSQuoteString(data);
-        CallHook();
-    }
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
-        Base::OnDQuoteString(data);
-        CallHook();
-    }
-    void OnStartTag(HTML::StartTagData<C, S>* data) override {
-        Base::OnStartTag(data);
-        CallHook();
-    }
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
-        Base::OnShortTag(data);
-        CallHook();
-    }
-    void OnEndTag(HTML::EndTagData<C, S>* data) override {
-        Base::OnEndTag(data);
-        CallHook();
-    }
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
-        Base::OnCDATATag(data);
-        CallHook();
-    }
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
-        Base::OnConditionalTag(data);
-        CallHook();
-    }
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
-        Base::OnCommentTag(data);
-        CallHook();
-    }
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
-        Base::OnEntityTag(data);
-        CallHook();
-    }
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
-        Base::OnExternTag(data);
-        CallHook();
-    }
-    void OnJSTagStart() override {
-        Base::OnJSTagStart();
-        CallHook();
-    }
-    void OnJSTagEnd() override {
-        Base::OnJSTagEnd();
-        CallHook();
-    }
-    void OnCSSTagStart() override {
-        Base::OnCSSTagStart();
-        CallHook();
-    }
-    void OnCSSTagEnd() override {
-        Base::OnCSSTagEnd();
-        CallHook();
-    }
-    void OnJunkData(HTML::JunkData<C, S>* data) override {
-        Base::OnJunkData(data);
-        CallHook();
-    }
-
-private:
-    void CallHook() {
+    template <typename Call>
+    void OnCallback(Call call) {
+        call(&tracer);
         if (hook) {
             const std::string line = lines->back();
             hook(line);
         }
     }
 
+private:
+    Trace::TraceObserver<C, S> tracer;
     Lines* lines;
 };
 

@@ -8,12 +8,15 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "platform/Results.h"
 #include "platform/Services.h"
 #include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
+#include "tests/support/NotedRecord.h"
+#include "tools/trace/TokenTrace.h"
 
 // Strings that need no call of a converter, and that such a call would give the same.
 
@@ -244,20 +247,48 @@ TEST(RecordConverterTest, StringsOfAnyLengthFollowEachOther) {
 
 TEST(RecordConverterTest, TheFirstFailureOfARecordStays) {
     RecordConverter<char, std::string> records;
-    const std::string bad = "\xFF";
-    const std::string good = "good";
-    Vector<HTML::Attribute<char, std::string>> attributes;
+    const NotedRecord<HTML::StartTagData, char, std::string> tag("start(good|\\xFF||good)");
     HTML::StartTagData<WideChar, WideString> converted{};
     records.Begin(4711, false);
-    records.Convert(HTML::StartTagData<char, std::string>{&good, &bad, &attributes, &good, true}, &converted);
+    records.Convert(tag.record, &converted);
     EXPECT_EQ(records.GetResult(), RESULT_UNSUPPORTED_CHARSET);
     records.Begin(CharSet::UTF8, true);
-    records.Convert(HTML::StartTagData<char, std::string>{&good, &bad, &attributes, &good, true}, &converted);
+    records.Convert(tag.record, &converted);
     EXPECT_EQ(records.GetResult(), 0U);
     EXPECT_TRUE(records.HasReplacements());
     EXPECT_EQ(*converted.prefix, KESTRA_WIDE("good"));
     EXPECT_EQ(*converted.name, KESTRA_WIDE("\uFFFD"));
     EXPECT_EQ(*converted.suffix, KESTRA_WIDE("good"));
+}
+
+/// Converts the record of a line to the other flavour, and traces it.
+template <typename C, typename S>
+std::string TraceConverted(std::string_view line) {
+    using Converter = RecordConverter<C, S>;
+    Converter records;
+    std::string trace;
+    UseNotedRecord<C, S>(line, [&]<template <typename, typename> class Record>(const Record<C, S>* record) {
+        Record<typename Converter::OtherCharacter, typename Converter::OtherString> converted{};
+        // Every flag of the result is set by the conversion, whatever it was.
+        HTML::ForEachField(&converted, [](const char*, auto* field) {
+            if constexpr (std::is_same_v<decltype(field), bool*>)
+                *field = true;
+        });
+        records.Begin(CharSet::UTF8, true);
+        records.Convert(*record, &converted);
+        EXPECT_EQ(records.GetResult(), 0U);
+        trace = Trace::Format(converted);
+    });
+    return trace;
+}
+
+TEST(RecordConverterTest, EveryFieldOfEveryKindCrosses) {
+    for (const std::string& line : MakeLinesOfEveryKind()) {
+        EXPECT_EQ((TraceConverted<char, std::string>(line)), line);
+        EXPECT_EQ((TraceConverted<WideChar, WideString>(line)), line);
+    }
+    EXPECT_EQ((TraceConverted<char, std::string>("junk(a\\xE9\\x00)")), "junk(a\\xE9\\x00)");
+    EXPECT_EQ((TraceConverted<WideChar, WideString>("junk(a\\xE9\\x00)")), "junk(a\\xE9\\x00)");
 }
 
 TEST(RecordConverterTest, MostCodePagesKeepAscii) {

@@ -206,31 +206,6 @@ TYPED_TEST(AttributeTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
 }
 
-TYPED_TEST(AttributeTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.hasValue, 0U);
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 4;
-    data.hasValue = 1;
-    data.prefix = data.name = data.beforeEquals = data.afterEquals = data.value = To<S>("left over");
-    data.quote = 2;
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.hasValue, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.beforeEquals.empty());
-    EXPECT_TRUE(data.afterEquals.empty());
-    EXPECT_TRUE(data.value.empty());
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-}
-
 TEST(AttributeTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<AttributeSimpleParser, Narrow>("a byte from 128 up is no white space",
                                             "\xA0"

@@ -276,58 +276,6 @@ TYPED_TEST(EndTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(6);
 }
 
-TYPED_TEST(EndTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_TRUE(data.closed);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 5;
-    data.prefix = data.name = data.afterName = data.suffix = To<S>("left over");
-    data.attributes.emplace_back();
-    data.slashBeforeClose = true;
-    data.closed = false;
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.afterName.empty());
-    EXPECT_TRUE(data.suffix.empty());
-    EXPECT_TRUE(data.attributes.empty());
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_TRUE(data.closed);
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(EndTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 3;
-    data.prefix = To<S>("p");
-    data.name = To<S>("n");
-    data.afterName = To<S>("f");
-    data.suffix = To<S>("s");
-    data.attributes.emplace_back();
-    data.attributes.back().name = To<S>("a name that is longer than any string keeps inside");
-    data.slashBeforeClose = true;
-    data.closed = false;
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.attributes.front().name[0] = 'A';
-    data.attributes.clear();
-    data.name[0] = 'N';
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 3U);
-        EXPECT_EQ(Dump(*other), "end(p|n|f|{|a name that is longer than any string keeps inside}|s, slash, open)");
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TEST(EndTagTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<EndTagSimpleParser, Narrow>("bytes from 128 up are no white space",
                                          "\xA0"

@@ -242,53 +242,6 @@ TYPED_TEST(EntityTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(3);
 }
 
-TYPED_TEST(EntityTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.iso2022);
-    EXPECT_EQ(Dump(data), "entity(|||)");
-    data.state = 2;
-    data.prefix = data.name = data.suffix = To<S>("left over");
-    data.tokens.emplace_back();
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.tokens.empty());
-    EXPECT_TRUE(data.suffix.empty());
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(EntityTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 2;
-    data.prefix = To<S>("p");
-    data.name = To<S>("n");
-    data.tokens.emplace_back();
-    data.tokens.back().prefix = To<S>("q");
-    data.tokens.back().value = To<S>("a value that is longer than any string keeps inside");
-    data.tokens.back().quote = HTML::QUOTE_DOUBLE;
-    data.suffix = To<S>("s");
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.tokens.front().value[0] = 'A';
-    data.tokens.clear();
-    data.name[0] = 'N';
-    data.state = 0;
-    data.iso2022 = false;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 2U);
-        EXPECT_EQ(Dump(*other), "entity(p|n|{q|\"a value that is longer than any string keeps inside\"}|s)");
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TYPED_TEST(EntityTagTest, EveryPartMayBeLong) {
     using S = typename TypeParam::S;
     const std::string word(100000, 'x');

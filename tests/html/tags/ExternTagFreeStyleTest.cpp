@@ -301,45 +301,6 @@ TYPED_TEST(ExternTagFreeStyleTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(8);
 }
 
-TYPED_TEST(ExternTagFreeStyleTest, BeginParseClearsEverything) {
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.questionPending);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_FALSE(data.iso2022);
-    data.state = 7;
-    data.questionPending = true;
-    data.text = To<typename TypeParam::S>("left over");
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.questionPending);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(ExternTagFreeStyleTest, ACopyOfTheRecordHasEveryField) {
-    Data<TypeParam> data;
-    data.state = 7;
-    data.questionPending = true;
-    data.text = To<typename TypeParam::S>("a text that is longer than any string keeps inside");
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.state = 0;
-    data.questionPending = false;
-    data.text[0] = 'A';
-    data.iso2022 = false;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 7U);
-        EXPECT_TRUE(other->questionPending);
-        EXPECT_EQ(Dump(*other), "text(a text that is longer than any string keeps inside)");
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TYPED_TEST(ExternTagFreeStyleTest, EveryPartMayBeLong) {
     const std::string run(50000, 'x');
     const std::string input = run + "'" + run + "'\"" + run + "\"/*" + run + "*///" + run + "\n" + std::string(50000, '?') + ">";

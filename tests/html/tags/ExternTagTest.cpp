@@ -412,63 +412,6 @@ TYPED_TEST(ExternTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(6);
 }
 
-TYPED_TEST(ExternTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.freeStyle);
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 5;
-    data.freeStyle = true;
-    data.slashBeforeClose = true;
-    data.prefix = data.name = data.text = data.suffix = To<S>("left over");
-    data.attributes.emplace_back();
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.freeStyle);
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.attributes.empty());
-    EXPECT_TRUE(data.suffix.empty());
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(ExternTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 5;
-    data.freeStyle = true;
-    data.slashBeforeClose = true;
-    data.prefix = To<S>("p");
-    data.name = To<S>("n");
-    data.text = To<S>("a text that is longer than any string keeps inside");
-    data.attributes.emplace_back();
-    data.attributes.back().name = To<S>("a name that is longer than any string keeps inside");
-    data.suffix = To<S>("s");
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.attributes.front().name[0] = 'A';
-    data.attributes.clear();
-    data.text[0] = 'A';
-    data.name[0] = 'N';
-    data.state = 0;
-    data.freeStyle = false;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 5U);
-        EXPECT_EQ(Dump(*other),
-                  "extern(p|n|{|a name that is longer than any string keeps inside}|s, slash) "
-                  "free(a text that is longer than any string keeps inside)");
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TEST(ExternTagTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<ExternTagSimpleParser, Narrow>("bytes from 128 up are no white space", "xml\xA0?>",
                                             "19 extern(|xml\\xA0?||) free(<?xml\\xA0?>)");

@@ -170,25 +170,6 @@ TYPED_TEST(GenericTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(4);
 }
 
-TYPED_TEST(GenericTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.reserved, 0U);
-    data.state = 3;
-    data.reserved = 7;
-    data.text = To<S>("left over");
-    data.keyword = To<S>("left over");
-    data.nextParser = KESTRA_WIDE("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.reserved, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.keyword.empty());
-    EXPECT_TRUE(data.nextParser.empty());
-}
-
 TEST(GenericTagTest, WideUnitsAreComparedWhole) {
     // The low bytes are those of "/", "!", "?", "-" and "[".
     for (const WideChar first : WideString{0x012F, 0x0121, 0x013F}) {

@@ -264,62 +264,6 @@ TYPED_TEST(StartTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
 }
 
-TYPED_TEST(StartTagTest, BeginParseLeavesOnlyTheCharsetOptionAlone) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.selfClosing);
-    EXPECT_TRUE(data.closed);
-    EXPECT_FALSE(data.iso2022);
-    for (const bool iso2022 : {true, false}) {
-        data.state = 4;
-        data.prefix = data.name = data.suffix = To<S>("left over");
-        data.attributes.emplace_back();
-        data.wideName = KESTRA_WIDE("left over");
-        data.selfClosing = true;
-        data.closed = false;
-        data.iso2022 = iso2022;
-        EXPECT_EQ(parser.BeginParse(&data), 0U);
-        EXPECT_EQ(data.state, 0U);
-        EXPECT_TRUE(data.prefix.empty());
-        EXPECT_TRUE(data.name.empty());
-        EXPECT_TRUE(data.attributes.empty());
-        EXPECT_TRUE(data.suffix.empty());
-        EXPECT_TRUE(data.wideName.empty());
-        EXPECT_FALSE(data.selfClosing);
-        EXPECT_TRUE(data.closed);
-        EXPECT_EQ(data.iso2022, iso2022);
-    }
-}
-
-TYPED_TEST(StartTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 3;
-    data.prefix = To<S>("p");
-    data.name = To<S>("n");
-    data.attributes.emplace_back();
-    data.attributes.back().name = To<S>("a name that is longer than any string keeps inside");
-    data.suffix = To<S>("s");
-    data.wideName = KESTRA_WIDE("w");
-    data.selfClosing = true;
-    data.closed = false;
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.attributes.front().name[0] = 'A';
-    data.attributes.clear();
-    data.name[0] = 'N';
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 3U);
-        EXPECT_EQ(Dump(*other), "start(p|n|{|a name that is longer than any string keeps inside}|s, short, open)");
-        EXPECT_EQ(other->wideName, KESTRA_WIDE("w"));
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TEST(StartTagTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<StartTagSimpleParser, Narrow>("bytes from 128 up are no white space",
                                            "\xA0"

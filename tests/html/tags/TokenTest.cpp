@@ -219,26 +219,6 @@ TYPED_TEST(TokenTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
 }
 
-TYPED_TEST(TokenTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 4;
-    data.prefix = To<S>("left over");
-    data.value = To<S>("left over");
-    data.quote = 2;
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.value.empty());
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-}
-
 TEST(TokenTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<TokenSimpleParser, Narrow>("a byte from 128 up is no white space", "\xA0x\x85>", "19 {|\\xA0x\\x85} rest(>)");
     CheckRow<TokenSimpleParser, Wide>("U+00A0 in front and U+0085 behind", "\xA0x\x85>", "19 {\\u00A0|x} rest(\\u0085>)");

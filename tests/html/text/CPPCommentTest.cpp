@@ -200,42 +200,6 @@ TYPED_TEST(CPPCommentTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(2);
 }
 
-TYPED_TEST(CPPCommentTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(Dump(data), "text()");
-    data.state = 1;
-    data.text = data.keyword = To<S>("left over");
-    data.nextParserName = KESTRA_WIDE("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.keyword.empty());
-    EXPECT_TRUE(data.nextParserName.empty());
-}
-
-TYPED_TEST(CPPCommentTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 1;
-    data.text = To<S>("a body that is longer than any string keeps inside");
-    data.keyword = To<S>("k");
-    data.nextParserName = KESTRA_WIDE("n");
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.state = 0;
-    data.text[0] = 'A';
-    data.keyword.clear();
-    data.nextParserName.clear();
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 1U);
-        EXPECT_EQ(Dump(*other), "text(a body that is longer than any string keeps inside) next(n) keyword(k)");
-    }
-}
-
 TYPED_TEST(CPPCommentTest, ABodyMayBeLong) {
     using S = typename TypeParam::S;
     for (const char filling : {'x', '<', '\r'}) {

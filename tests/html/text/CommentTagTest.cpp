@@ -146,40 +146,6 @@ TYPED_TEST(CommentTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(3);
 }
 
-TYPED_TEST(CommentTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.closed);
-    data.state = 2;
-    data.text = To<S>("left over");
-    data.closed = false;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.closed);
-}
-
-TYPED_TEST(CommentTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 2;
-    data.text = To<S>("a body that is longer than any string keeps inside");
-    data.closed = false;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.state = 0;
-    data.text[0] = 'A';
-    data.closed = true;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 2U);
-        EXPECT_EQ(Dump(*other), "comment(a body that is longer than any string keeps inside, open)");
-    }
-}
-
 TYPED_TEST(CommentTagTest, ABodyMayBeLong) {
     using S = typename TypeParam::S;
     const std::string body(200000, 'x');

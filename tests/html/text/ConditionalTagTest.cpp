@@ -228,53 +228,6 @@ TYPED_TEST(ConditionalTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(2);
 }
 
-TYPED_TEST(ConditionalTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.keyword.empty());
-    EXPECT_TRUE(data.condition.empty());
-    EXPECT_TRUE(data.tail.empty());
-    EXPECT_TRUE(data.bracketClosed);
-    EXPECT_TRUE(data.tagClosed);
-    data.state = 1;
-    data.keyword = data.condition = data.tail = To<S>("left over");
-    data.bracketClosed = false;
-    data.tagClosed = false;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.keyword.empty());
-    EXPECT_TRUE(data.condition.empty());
-    EXPECT_TRUE(data.tail.empty());
-    EXPECT_TRUE(data.bracketClosed);
-    EXPECT_TRUE(data.tagClosed);
-}
-
-TYPED_TEST(ConditionalTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 1;
-    data.keyword = To<S>("k");
-    data.condition = To<S>("a condition that is longer than any string keeps inside");
-    data.tail = To<S>("t");
-    data.bracketClosed = false;
-    data.tagClosed = false;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.state = 0;
-    data.keyword.clear();
-    data.condition[0] = 'A';
-    data.tail.clear();
-    data.bracketClosed = true;
-    data.tagClosed = true;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 1U);
-        EXPECT_EQ(Dump(*other), "conditional(k|a condition that is longer than any string keeps inside|t, no-bracket, open)");
-    }
-}
-
 TYPED_TEST(ConditionalTagTest, AConditionAndATailMayBeLong) {
     using S = typename TypeParam::S;
     const std::string condition(200000, 'x');

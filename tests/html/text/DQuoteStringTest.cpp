@@ -185,27 +185,6 @@ TYPED_TEST(DQuoteStringTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) 
     CheckRow<DQuoteStringSimpleParser, TypeParam>("ESC", "\033$B\"x", "19 text(\\x1B$B) rest(x)", prepare);
 }
 
-TYPED_TEST(DQuoteStringTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes || data.allowEscape2022);
-    data.state = 1;
-    data.text = To<S>("left over");
-    data.lastChar = '\\';
-    data.allowEscapes = true;
-    data.allowEscape2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-    EXPECT_FALSE(data.allowEscape2022);
-}
-
 TEST(DQuoteStringTest, WideUnitsAreComparedWhole) {
     const WideString input = {0x0122, 0x2200, 0x015C, 0x011B, '"'};  // the low or high byte is that of a mark, backslash or ESC
     CheckRecognizer<Parser<Wide>>(input, "19 text(\\u0122\\u2200\\u015C\\u011B)", Options<Wide>("ae"));

@@ -183,21 +183,6 @@ TYPED_TEST(Escape2022Test, ASequenceCutOffByTheEndIsKeptUpToItsFirstNul) {
     }
 }
 
-TYPED_TEST(Escape2022Test, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty() && data.pending.empty());
-    data.state = 2;
-    data.text = To<S>("left over");
-    data.pending = To<S>("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.pending.empty());
-}
-
 TEST(Escape2022Test, WideUnitsAreComparedWhole) {
     const WideString designation = {0x0124, 'B'};  // the low byte is "$"
     CheckRecognizer<Parser<Wide>>(designation, "19 text(\\x1B\\u0124) rest(B)");

@@ -119,22 +119,6 @@ TYPED_TEST(JSRegExTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) {
     CheckRow<JSRegExSimpleParser, TypeParam>("a \"<\" is never escaped", "<x/", "19 text(/) rest(<x/)", prepare);
 }
 
-TYPED_TEST(JSRegExTest, BeginParseClearsEverythingButTheOpeningSlash) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-    data.text = To<S>("left over");
-    data.lastChar = '\\';
-    data.allowEscapes = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.text, To<S>("/"));
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-}
-
 TEST(JSRegExTest, WideUnitsAreComparedWhole) {
     // The low or high byte is that of "/", "<", line feed, carriage return and backslash.
     const WideString input = {0x012F, 0x2F00, 0x013C, 0x010A, 0x010D, 0x2028, 0x015C, '/'};

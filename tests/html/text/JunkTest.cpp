@@ -59,15 +59,6 @@ TYPED_TEST(JunkTest, JunkIsKeptByteForByte) {
     }
 }
 
-TYPED_TEST(JunkTest, BeginParseEmptiesTheRecord) {
-    JunkSimpleParser<typename TypeParam::C, typename TypeParam::S> parser;
-    JunkSimpleParserData<typename TypeParam::C, typename TypeParam::S> data;
-    EXPECT_TRUE(data.text.empty());
-    data.text = "left over";
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_TRUE(data.text.empty());
-}
-
 TEST(JunkTest, WideJunkIsTwoBytesForEachCharacter) {
     JunkSimpleParser<WideChar, WideString> parser;
     JunkSimpleParserData<WideChar, WideString> data;

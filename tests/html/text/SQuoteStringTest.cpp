@@ -107,22 +107,6 @@ TYPED_TEST(SQuoteStringTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) 
     CheckRow<SQuoteStringSimpleParser, TypeParam>("a backslash", "\\'x", "19 text(\\\\) rest(x)", prepare);
 }
 
-TYPED_TEST(SQuoteStringTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-    data.text = To<S>("left over");
-    data.lastChar = '\\';
-    data.allowEscapes = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-}
-
 TYPED_TEST(SQuoteStringTest, AStringMayBeLong) {
     using S = typename TypeParam::S;
     const std::string content(200000, 'x');

@@ -256,30 +256,5 @@ TYPED_TEST(TextTest, AnEmptyPieceIsAnsweredAtOnce) {
     }
 }
 
-TYPED_TEST(TextTest, BeginParseClearsOptionsToo) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    TextSimpleParser<C, S> parser;
-    TextSimpleParserData<C, S> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.allowCComment || data.allowCPPComment || data.allowSQuoteString || data.allowDQuoteString || data.allowJSRegEx ||
-                 data.allowEscape2022);
-    EXPECT_TRUE(data.text.empty() && data.nextParserName.empty());
-    SetOptions(&data, "cpsdre");
-    data.state = 2;
-    data.text = To<S>("left over");
-    data.nextParserName = KESTRA_WIDE("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.allowCComment);
-    EXPECT_FALSE(data.allowCPPComment);
-    EXPECT_FALSE(data.allowSQuoteString);
-    EXPECT_FALSE(data.allowDQuoteString);
-    EXPECT_FALSE(data.allowJSRegEx);
-    EXPECT_FALSE(data.allowEscape2022);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.nextParserName.empty());
-}
-
 }  // namespace
 }  // namespace Kestra::Test
