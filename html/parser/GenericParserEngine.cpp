@@ -1,6 +1,5 @@
 #include "html/parser/GenericParserEngine.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "html/framework/ResultCodes.h"
