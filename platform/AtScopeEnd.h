@@ -12,11 +12,18 @@ public:
     AtScopeEnd(const AtScopeEnd&) = delete;
     AtScopeEnd& operator=(const AtScopeEnd&) = delete;
     ~AtScopeEnd() {
-        action();
+        if (!isCancelled)
+            action();
+    }
+
+    /// The scope ends without the action.
+    void Cancel() {
+        isCancelled = true;
     }
 
 private:
     Action action;
+    bool isCancelled = false;
 };
 
 }  // namespace Kestra

@@ -9,10 +9,6 @@
 
 namespace Kestra::HTML {
 
-/// Private to the library: reaches the strings that a composite recognizer keeps in its members.
-template <typename C, typename S>
-class RecognizerBuffers;
-
 /// The base of every state record: no fields, a virtual destructor.
 ///
 /// A record holds all that a recognizer must remember between two pieces of input: the state of its machine, the text gathered, flags.

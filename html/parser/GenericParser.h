@@ -11,15 +11,10 @@
 #include "platform/Characters.h"
 #include "platform/Export.h"
 #include "platform/InputStream.h"
-#include "platform/Uninherited.h"
 
 namespace Kestra::HTML {
 
-struct PieceOrigin;
-class RewriterEngine;
-
-template <typename C, typename S>
-class Parser;
+class GenericParserEngine;
 
 /// Parses one document at a time: bytes in, tokens out to the bound observer.
 ///
@@ -253,53 +248,11 @@ public:
     std::uint32_t SetChrDetMinConfidence(std::uint64_t confidence);
     std::uint64_t GetChrDetMinConfidence() const;
 
+    /// Defined inside the library only.
+    struct Internals;
+
 private:
-    friend class RewriterEngine;
-
-    class Feeding;
-    class StreamUse;
-    struct ObserverOwner;
-
-    template <typename Query, typename Answer>
-    Answer Ask(Query query, Answer otherwise) const;
-
-    void Swap(GenericParser* other);
-    void BindObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide, void* block, bool owns);
-    std::shared_ptr<ObserverOwner> TakeOwnerOf(const void* block);
-    std::uint32_t StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected);
-    std::uint32_t StartWide(bool hasMark);
-    std::uint32_t AnnounceCharset();
-    bool IsStopped() const;
-    std::uint32_t FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing, std::uint64_t offset);
-    std::uint64_t CountWholeUnits(const char* data, std::uint64_t size) const;
-    bool GetTagNameEnd(std::uint64_t* end) const;
-    std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
-    std::uint32_t FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
-    std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);
-    std::uint32_t FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin);
-    std::uint32_t FeedStream(VFS::InputStream* stream);
-    std::uint32_t AnswerWith(std::uint32_t result);
-    std::uint32_t DetectLateCharset(VFS::InputStream* stream);
-    void KeepOpenConstruct();
-    void SetBackingStream(VFS::InputStream* stream);
-
-    std::uint32_t mode;  // a FeedMode
-    StringNS::CharSet::Code charset;
-    std::unique_ptr<Parser<char, std::string>> narrowParser;
-    std::unique_ptr<Parser<WideChar, WideString>> wideParser;
-    ParserObserver<char, std::string>* charObserver;
-    ParserObserver<WideChar, WideString>* wcharObserver;
-    bool ownsObserver;
-    std::uint64_t chrDetMinConfidence;
-
-    bool charsetDetected;                          // `charset` is the detector's, for the next document fed without `StartParse`
-    bool ended;                                    // `EndParse` has been called and nothing fed since
-    Uninherited<bool> feeding;                     // a call that feeds input is on the stack
-    std::shared_ptr<ObserverOwner> observerOwner;  // shared by copies
-    std::weak_ptr<ObserverOwner> sharedByCopies;   // of the observer given up last: copies may own it still
-    Uninherited<std::vector<std::shared_ptr<ObserverOwner>>> retiredObservers;  // replaced in a callback, freed behind the feeding call
-    Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;                   // the open construct of an owned stream that is gone
-    Uninherited<std::vector<WideChar>> alignedPiece;                            // a UTF-16 piece from an odd address
+    std::unique_ptr<GenericParserEngine> engine;
 };
 
 }  // namespace Kestra::HTML

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "html/parser/GenericParserEngine.h"
 #include "html/parser/StreamReader.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/MakeRoom.h"
@@ -295,7 +296,7 @@ std::uint32_t RewriterEngine::Feed(const char* data, std::uint64_t size) {
         ++size;
     }
     if (!isCopying) {
-        const std::uint64_t count = parser.CountWholeUnits(data, size);
+        const std::uint64_t count = GenericParser::Internals::GetEngine(parser).CountWholeUnits(data, size);
         hasHalfUnit = count < size;
         if (hasHalfUnit)
             halfUnit = data[count];
@@ -322,7 +323,7 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
     std::exception_ptr failure;
     std::uint32_t result = PARSER_OK;
     try {
-        result = SettlePiece(parser.FeedPiece(data, size, backing.get(), pieceBegin), &failure);
+        result = SettlePiece(GenericParser::Internals::GetEngine(parser).FeedPiece(data, size, backing.get(), pieceBegin), &failure);
     } catch (const std::bad_alloc&) {
         CopyAll();
         if (isHostsFault)
@@ -663,7 +664,7 @@ void RewriterEngine::FindCallbacks() {
 
 void RewriterEngine::CallBack() {
     for (const std::size_t index : due) {
-        if (parser.IsStopped())
+        if (GenericParser::Internals::GetEngine(parser).IsStopped())
             return;
         const Registration& registration = registrations[index];
         current = ++generation;
@@ -823,7 +824,7 @@ bool RewriterEngine::LoadTag() {
     DocumentText& charset = Text();
     std::uint64_t nameEnd = 0;
     layout.offset = tokenPlace.begin;
-    if (!parser.GetTagNameEnd(&nameEnd))
+    if (!GenericParser::Internals::GetEngine(parser).GetTagNameEnd(&nameEnd))
         return false;
     const std::size_t unit = charset.GetUnitSize();
     layout.nameEnd = static_cast<std::size_t>(nameEnd - layout.offset);

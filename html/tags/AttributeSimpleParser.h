@@ -49,10 +49,10 @@ public:
     /// @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     IdentifierSimpleParser<C, S> identifier;
     IdentifierSimpleParserData<C, S> identifierData;
     WhiteSpaceSimpleParser<C, S> whiteSpace;

@@ -10,9 +10,6 @@
 
 namespace Kestra::HTML {
 
-template <typename C, typename S>
-class Parser;
-
 /// The values of `EndTagSimpleParserData::state`.
 enum EndTagState : std::uint32_t {
     END_TAG_PREFIX = 0,
@@ -57,12 +54,10 @@ public:
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     bool ParseNext(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data);

@@ -10,9 +10,6 @@
 
 namespace Kestra::HTML {
 
-template <typename C, typename S>
-class Parser;
-
 /// State of one declaration between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
@@ -43,12 +40,10 @@ public:
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void RestartToken(const Data& data);
     std::uint32_t ParseItem(SimpleParserContext<C, S>* context, Data* data);
 

@@ -43,10 +43,10 @@ public:
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void RestartSQuoteString();
     void RestartDQuoteString(const Data& data);
     std::uint32_t ParseFreeText(SimpleParserContext<C, S>* context, Data* data);

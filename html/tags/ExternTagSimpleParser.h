@@ -11,9 +11,6 @@
 
 namespace Kestra::HTML {
 
-template <typename C, typename S>
-class Parser;
-
 /// State of one processing instruction between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
@@ -50,12 +47,10 @@ public:
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void ChooseStyle(Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
     bool TakeClosingSlash(Data* data);

@@ -34,10 +34,10 @@ public:
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     bool ParseFirst(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterExclamationMark(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ChooseByKeyword(Data* data);

@@ -35,10 +35,10 @@ public:
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void ParseFirst(SimpleParserContext<C, S>* context, Data* data);
 
     WhiteSpaceSimpleParser<C, S> whiteSpace;

@@ -31,10 +31,10 @@ public:
     /// @return SP_UNTERMINATED; the record stays as it is.
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     GenericTagSimpleParser<C, S> genericTag;
     GenericTagSimpleParserData<C, S> genericTagData;
 };

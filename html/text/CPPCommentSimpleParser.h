@@ -35,10 +35,10 @@ public:
     /// @return SP_UNTERMINATED; the record stays as it is.
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     std::uint32_t ParseBody(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseConstruct(SimpleParserContext<C, S>* context, Data* data);
 

@@ -5,9 +5,6 @@
 
 namespace Kestra::HTML {
 
-template <typename C, typename S>
-class Parser;
-
 /// State of one conditional section marker between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ConditionalTagSimpleParserData : SimpleParserData<C, S> {
@@ -36,10 +33,10 @@ public:
     /// Leaves the marker open. @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     bool pieceGoesOn = false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
 };
 

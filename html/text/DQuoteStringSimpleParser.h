@@ -34,10 +34,10 @@ public:
     /// @return SP_UNTERMINATED; `text` holds what was read.
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     std::uint32_t ParseEscape(SimpleParserContext<C, S>* context, Data* data);
 
     Escape2022SimpleParser<C, S> escape;

@@ -6,9 +6,6 @@
 
 namespace Kestra::HTML {
 
-template <typename C, typename S>
-class Parser;
-
 /// State of one text run between two pieces of input. The six flags are set by the driver before every `Parse`.
 template <typename C, typename S>
 struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
@@ -41,12 +38,10 @@ public:
     /// Settles a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape recognizer.
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     /// State 0 up to "<" or a quote, inclusive, without naming the recognizer that runs next. Returns that opener, or 0 when something else
     /// stops the text: `Parse` goes on.
     C ReadUntilOpener(SimpleParserContext<C, S>* context, Data* data);

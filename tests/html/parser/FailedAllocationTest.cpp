@@ -231,7 +231,7 @@ TEST(OwnedObserverAssignmentTest, AnOwnedObserverOutlivesAFailure) {
         auto source = std::make_unique<GenericParser>();
         source->SetObserver(ofSource, true);
         source->StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-        EXPECT_EQ(source->ParseBuffer("A text that is longer than a short string<s", 43), 0U);
+        EXPECT_EQ(source->ParseBuffer("A text that is longer than a short string<s-as-long-as-well", 59), 0U);
         GenericParser target;
         target.SetObserver(ofTarget, true);
         target.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
