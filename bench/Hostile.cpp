@@ -24,7 +24,7 @@ constexpr std::string_view PAGE =
     "<div class=\"entry\" id=a1><p>The tide tables hang <b>beside</b> the door.<br/><!-- spring --><img src='tide.png' "
     "alt=tide></p></div>\n";
 
-// A failure behind a value of a thousand characters.
+// A failure after a value of a thousand characters.
 const std::string LONG_FAILURE = "<a b='" + std::string(1000, 'x') + "' c / >";
 
 const HostileInput INPUTS[] = {
@@ -32,8 +32,8 @@ const HostileInput INPUTS[] = {
     {"attributes-distinct", "<a", " b#=1", ">", BOTH, 10 * HALF_A_MILLION},
     {"attributes-equal", "<a", " b=1", ">", BOTH, 4 * HALF_A_MILLION},
     {"attributes-without-value", "<a", " b", ">", BOTH, 2 * HALF_A_MILLION},
-    {"words-behind-a-value", "<a b=1", " c", ">", BOTH, 2 * HALF_A_MILLION},
-    {"words-behind-a-quoted-value", "<a b='1'", " c", ">", BOTH, 2 * HALF_A_MILLION},
+    {"words-after-a-value", "<a b=1", " c", ">", BOTH, 2 * HALF_A_MILLION},
+    {"words-after-a-quoted-value", "<a b='1'", " c", ">", BOTH, 2 * HALF_A_MILLION},
     {"end-tag-attributes", "</a", " b=1", ">", DOCUMENT, 4 * HALF_A_MILLION},
     {"declaration-words", "<!DOCTYPE", " a", ">", BOTH, 2 * HALF_A_MILLION},
     {"declaration-strings", "<!DOCTYPE", " \"a\"", ">", BOTH, 4 * HALF_A_MILLION},

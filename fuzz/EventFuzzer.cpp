@@ -59,7 +59,7 @@ void Copy(Copying copying, Readings* readings) {
     }
 }
 
-/// Parses the document. The copy that goes on by itself is fed in front of the original.
+/// Parses the document. The copy that goes on by itself is fed before the original.
 Readings Read(const FuzzedEvents& events) {
     Readings readings;
     readings.push_back(std::make_unique<EventReading>(&events));

@@ -26,7 +26,7 @@ public:
     ~EventReading() = default;
 
     /// Feeds the pieces from `begin` to before `end`: by buffers one by one, for as long as the result is 0 or 16; or by one stream, which
-    /// reads them one by one. Feeds nothing behind a failure, and no stream without a piece.
+    /// reads them one by one. Feeds nothing after a failure, and no stream without a piece.
     void Feed(std::size_t begin, std::size_t end);
 
     void AttachSecondObserver();

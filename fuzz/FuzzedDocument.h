@@ -10,7 +10,7 @@
 
 namespace Kestra::Fuzz {
 
-/// A document as the fuzzer makes it: how it is fed stands in front of its bytes, so that mutations reach that as well.
+/// A document as the fuzzer makes it: how it is fed comes before its bytes, so that mutations reach that as well.
 ///
 ///     byte 0          the charset, an index modulo their number
 ///     the rest        the document in pieces; see `FuzzedCuts`

@@ -49,7 +49,7 @@ FuzzedEvents ReadFuzzedEvents(const std::uint8_t* data, std::size_t size) {
     events.cuts = fuzzed.cuts;
     if (events.byStream)
         events.cuts = Test::CutsAsRead(fuzzed.cuts, fuzzed.bytes.size(), HTML::StatelessHTMLParser::BUFFER_SIZE);
-    const std::size_t places = events.cuts.size() + 2;  // one in front of each piece, one behind the last
+    const std::size_t places = events.cuts.size() + 2;  // one before each piece, one after the last
     events.copiedAt = data[2] % places;
     events.attachedAt = data[3] % places;
     events.detachedAt = data[4] % places;

@@ -14,7 +14,7 @@
 /// by one. Not installed.
 ///
 /// Each function copies the run at the front of `size` characters and answers its length. All of `[to, to + size)` may be written; what
-/// lies there behind the run is worth nothing.
+/// lies there after the run is worth nothing.
 
 namespace Kestra::StringNS {
 
@@ -84,7 +84,7 @@ private:
     }
 };
 
-/// A last block ends where the characters end, and begins among those that the one in front of it has copied already. Up to 15
+/// A last block ends where the characters end, and begins among those that the one before it has copied already. Up to 15
 /// characters, as most strings have, it is the second of two.
 template <typename Blocks, typename From, typename To>
 std::size_t CopyAsciiInBlocks(const From* from, std::size_t size, To* to) {

@@ -23,7 +23,7 @@ constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
     0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-// The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and in front of any others, on every
+// The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and before any others, on every
 // platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, T.61, and
 // the national variants of seven bits.
 constexpr CharSet::Code KEEPING_ASCII[] = {437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,
@@ -42,7 +42,7 @@ typename S::value_type* Presize(S* output, std::uint64_t size) {
     return output->data();
 }
 
-/// Cuts a presized string behind the last character written.
+/// Cuts a presized string after the last character written.
 template <typename S>
 void CutAt(S* output, const typename S::value_type* end) {
     output->resize(static_cast<std::size_t>(end - output->data()));
@@ -52,7 +52,7 @@ unsigned char ByteAt(const char* place) {
     return static_cast<unsigned char>(*place);
 }
 
-/// Copies the ASCII run at the front of `[*from, end)`, and advances both places behind it. There is room for a character for each one
+/// Copies the ASCII run at the front of `[*from, end)`, and advances both places after it. There is room for a character for each one
 /// up to `end`.
 template <typename From, typename To>
 void CopyRun(const From** from, const From* end, To** to) {

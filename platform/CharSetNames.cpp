@@ -152,7 +152,7 @@ struct Name {
     CharSet::Code code = 0;
 };
 
-/// Below, equal to or above zero as the left name sorts before, with or behind the right one, ASCII case ignored.
+/// Below, equal to or above zero as the left name sorts before, with or after the right one, ASCII case ignored.
 template <typename C>
 constexpr int CompareFolded(std::basic_string_view<C> left, std::string_view right) {
     const std::size_t common = std::min(left.size(), right.size());

@@ -7,7 +7,7 @@
 #include "platform/Characters.h"
 
 /// @file
-/// The table of charset names behind `CharSet`. Not exported.
+/// The table of charset names after `CharSet`. Not exported.
 ///
 /// Sources of the names and of the codes that they lead to:
 /// - the IANA registry of character sets (RFC 2978): every name and alias, spelled as registered, of a charset that has a Windows

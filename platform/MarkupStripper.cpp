@@ -126,7 +126,7 @@ private:
             position = end + 1;
     }
 
-    /// Stops in front of the end tag, which is then skipped like any other.
+    /// Stops before the end tag, which is then skipped like any other.
     void SkipRawText(std::string_view name) {
         for (;;) {
             position = markup.find("</", position);

@@ -31,7 +31,7 @@ public:
     /// Whether the system converts the code page both ways.
     bool Converts() const;
 
-    /// As `CharSetConverter::ToWide`. Starts in the initial state of the code page, whatever the string before left behind.
+    /// As `CharSetConverter::ToWide`. Starts in the initial state of the code page, whatever state the string before ended in.
     std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output);
 
     /// As `CharSetConverter::FromWide`; a stateful code page ends in its initial state.

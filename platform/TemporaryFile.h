@@ -22,7 +22,7 @@ public:
     /// @return 0; RESULT_STREAM_FAILED when the disk is full or broken, some of the bytes may then have been written.
     std::uint32_t Write(std::uint64_t position, const void* data, std::uint64_t size);
 
-    /// Reads from `position` until the buffer is full or the file ends; behind the end there are 0 bytes, which is no failure.
+    /// Reads from `position` until the buffer is full or the file ends; after the end there are 0 bytes, which is no failure.
     /// @return 0; RESULT_STREAM_FAILED with `*bytesRead` 0.
     std::uint32_t Read(std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) const;
 

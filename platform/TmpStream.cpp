@@ -14,7 +14,7 @@
 
 namespace Kestra::VFS {
 
-/// The bytes of one temporary stream: those in the file, if there is one, and behind them those in memory.
+/// The bytes of one temporary stream: those in the file, if there is one, and after them those in memory.
 ///
 /// Once the file exists, the memory only gathers small writes, so that not each of them costs a system call.
 class TmpStorage {
@@ -109,7 +109,7 @@ private:
     std::uint64_t memoryLimit;
     std::vector<char> memory;
     std::optional<TemporaryFile> file;
-    std::uint64_t fileSize = 0;  ///< bytes of the stream that are in the file; a failed write may have left others behind them
+    std::uint64_t fileSize = 0;  ///< bytes of the stream that are in the file; a failed write may have left others after them
     std::uint32_t result = RESULT_OK;
 };
 

@@ -17,7 +17,7 @@ namespace Kestra {
 
 /// A growable array with the interface of `std::vector` that keeps what it drops.
 ///
-/// An element dropped by `clear`, `pop_back`, `erase`, `resize` or `Truncate` is not destroyed: it stays constructed behind `size()`,
+/// An element dropped by `clear`, `pop_back`, `erase`, `resize` or `Truncate` is not destroyed: it stays constructed after `size()`,
 /// and the next one appended is assigned into it. A list of strings that is filled, cleared and filled again therefore stops
 /// allocating as soon as its strings are long enough. What follows from that:
 ///
@@ -221,7 +221,7 @@ public:
         return room;
     }
 
-    /// The live elements and, behind them, the kept ones, which `data()` reaches as well.
+    /// The live elements and, after them, the kept ones, which `data()` reaches as well.
     size_type ConstructedSize() const noexcept {
         return constructed;
     }
@@ -324,7 +324,7 @@ public:
         return erase(place, place + 1);
     }
 
-    /// Closes the gap by swapping, so that the dropped elements and their buffers end up behind `size()`.
+    /// Closes the gap by swapping, so that the dropped elements and their buffers end up after `size()`.
     iterator erase(const_iterator first, const_iterator last) {
         const size_type gap = IndexOf(first);
         const size_type number = static_cast<size_type>(last - first);
@@ -541,7 +541,7 @@ private:
         transaction.Commit();
     }
 
-    /// Moves the elements from `appended` to the end in front of `index`.
+    /// Moves the elements from `appended` to the end before `index`.
     iterator RotateIn(size_type index, size_type appended) {
         std::rotate(storage + index, storage + appended, storage + live);
         return storage + index;
@@ -549,7 +549,7 @@ private:
 
     T* storage = nullptr;
     size_type live = 0;         ///< elements in the vector
-    size_type constructed = 0;  ///< the live ones and, behind them, the kept ones
+    size_type constructed = 0;  ///< the live ones and, after them, the kept ones
     size_type room = 0;         ///< elements that fit into the storage
 };
 

@@ -76,7 +76,7 @@ protected:
     Run TakeWhiteSpace() {
         const C* const begin = next;
         if (next != end && Scan::MayBeWhiteSpace(*next))
-            next = Scan::FindBehindWhiteSpace(begin, end, &lines);
+            next = Scan::FindAfterWhiteSpace(begin, end, &lines);
         return {begin, next};
     }
 
@@ -183,8 +183,8 @@ private:
         if (*next == '"' || *next == '\'') {
             value->quote = *next == '"' ? QUOTE_DOUBLE : QUOTE_SINGLE;
             value->text.begin = next + 1;
-            value->text.end = value->quote == QUOTE_DOUBLE ? Scan::FindBehindLines<Scan::QUOTATION_MARK>(value->text.begin, end, &lines)
-                                                           : Scan::FindBehindLines<Scan::APOSTROPHE>(value->text.begin, end, &lines);
+            value->text.end = value->quote == QUOTE_DOUBLE ? Scan::FindAfterLines<Scan::QUOTATION_MARK>(value->text.begin, end, &lines)
+                                                           : Scan::FindAfterLines<Scan::APOSTROPHE>(value->text.begin, end, &lines);
             if (value->text.end == end)
                 return false;
             next = value->text.end + 1;

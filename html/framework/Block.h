@@ -34,7 +34,7 @@ public:
             ++count;
         return count;
     }
-    /// Those in front of a place.
+    /// Those before a place.
     Places Before(std::size_t place) const {
         return Places(mask & ((std::uint32_t{1} << place) - 1));
     }

@@ -26,7 +26,7 @@ public:
     virtual void OnEndParsing();
     /// A byte-order mark at the start of the document: its bytes and their count.
     virtual void OnBOM(const void* bytes, std::uint64_t size);
-    /// The charset in force from here on: that of `StartParse`, right behind `OnStartParsing`; one declared by a `meta` tag, behind the
+    /// The charset in force from here on: that of `StartParse`, right after `OnStartParsing`; one declared by a `meta` tag, after the
     /// callback of that tag. Not called for one found by a byte-order mark or by the detector.
     virtual void OnCharset(StringNS::CharSet::Code code);
     virtual void OnText(TextData<C, S>* data);

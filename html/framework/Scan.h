@@ -202,7 +202,7 @@ inline const C* Find(const C* begin, const C* end) {
 
 /// The first character from `begin` on that is no white space, or `end`. Passes the lines between them.
 template <typename C>
-inline const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindAfterWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
     for (; begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0; ++begin) {
         if (*begin == '\n')
             lines->Pass(begin);
@@ -212,7 +212,7 @@ inline const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lin
 
 /// The first character from `begin` on that belongs to `STOPS`, which have no white space, or `end`. Passes the lines between them.
 template <Classes STOPS, typename C>
-inline const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindAfterLines(const C* begin, const C* end, Lines<C>* lines) {
     static_assert((STOPS & WHITE_SPACE) == 0, "lines end in white space");
 #if defined(KESTRA_HAS_VECTORS)
     for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
@@ -260,7 +260,7 @@ template <Classes STOPS, typename C, typename S>
 inline std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
     const C* const begin = context.buffer + context.position;
     Lines<C> lines;
-    const C* const end = FindBehindLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
+    const C* const end = FindAfterLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
     lines.Consume(context, end);
     return {begin, static_cast<std::size_t>(end - begin)};
 }

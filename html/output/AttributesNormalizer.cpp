@@ -115,7 +115,7 @@ private:
 template <typename C, typename S>
 void AttributesNormalizer<C, S>::Normalize(Vector<Attribute<C, S>>* attributes) {
     Vector<Attribute<C, S>>& list = *attributes;
-    std::size_t kept = 0;  // the records in front of this index are done; behind the first value, the last of them is the anchor
+    std::size_t kept = 0;  // the records before this index are done; after the first value, the last of them is the anchor
     bool hasAnchor = false;
     for (std::size_t i = 0; i < list.size(); ++i) {
         if (list[i].hasValue || !hasAnchor) {

@@ -23,7 +23,7 @@ public:
     /// Folds every bare word that follows an attribute with a value into that value, so that "title=hello world" is one attribute.
     ///
     /// The quotes of a value that takes words up become part of it, and it counts as unquoted from then on; written back, the list gives
-    /// the same characters as before. Bare words in front of the first value stay. Linear in the length of the list and its strings.
+    /// the same characters as before. Bare words before the first value stay. Linear in the length of the list and its strings.
     static void Normalize(Vector<Attribute<C, S>>* attributes);
 
     /// The inverse: what one attribute of a normalized list was before. `<a href="/one" download>` has the value `"/one" download`, which

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t POLYNOMIAL = 0xEDB88320;
 constexpr unsigned STRIDE = 16;       // bytes per step of the tables
-constexpr unsigned SHORT_STRIDE = 4;  // and behind the last one
+constexpr unsigned SHORT_STRIDE = 4;  // and after the last one
 
 using Table = std::array<std::array<std::uint32_t, 256>, STRIDE>;
 

@@ -36,7 +36,7 @@ public:
     static void GetStartTagOutput(const StartTagData<C, S>* data, ParserObserverOutputHandler* sink);
     /// The suffix and the "/" are always written.
     static void GetShortTagOutput(const ShortTagData<C, S>* data, ParserObserverOutputHandler* sink);
-    /// The suffix is written only behind attributes.
+    /// The suffix is written only after attributes.
     static void GetEndTagOutput(const EndTagData<C, S>* data, ParserObserverOutputHandler* sink);
     static void GetCDATATagOutput(const CDATATagData<C, S>* data, ParserObserverOutputHandler* sink);
     static void GetConditionalTagOutput(const ConditionalTagData<C, S>* data, ParserObserverOutputHandler* sink);

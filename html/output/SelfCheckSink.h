@@ -41,7 +41,7 @@ public:
         }
     }
 
-    /// The self-check has the pieces; to be called behind the last one.
+    /// The self-check has the pieces; to be called after the last one.
     void Finish() {
         selfCheck->gatheredSize = selfCheck->gathered.size() - room;
     }

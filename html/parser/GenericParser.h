@@ -25,7 +25,7 @@ class GenericParserEngine;
 ///     result = parser.EndParse();
 ///
 /// **Results**: 0, or a `ParserResult`, a `RecognizerResult` of a construct that could not be re-read as junk, or a code of the stream.
-/// **Junk**: a construct that fails is re-read from the backing stream and delivered as junk. `ParseBuffer` has no stream behind it, so
+/// **Junk**: a construct that fails is re-read from the backing stream and delivered as junk. `ParseBuffer` has no stream to read from, so
 /// there such a construct ends the parse with the recognizer's code.
 /// **Conversion**: a token for an observer of the other flavour that cannot be converted is lost, and the parse goes on;
 /// `GetConversionError` tells why. When memory was lacking the conversion of the next token tries again, and a feeding or ending call that

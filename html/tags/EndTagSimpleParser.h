@@ -45,8 +45,8 @@ public:
     /// Clears `iso2022` as well, unlike the start tag: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece is used up, and also behind a closing
-    ///         "/" that follows the attributes; SP_MALFORMED for a lone "/" as an unquoted value before ">", a "/" behind white space and
+    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece is used up, and also after a closing
+    ///         "/" that follows the attributes; SP_MALFORMED for a lone "/" as an unquoted value before ">", a "/" after white space and
     ///         before more of it, and anything but "/" or ">" after the attributes; a code of a member, unchanged; 711 for more attributes
     ///         than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;

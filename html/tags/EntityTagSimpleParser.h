@@ -25,7 +25,7 @@ struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
 
 /// Reads a declaration such as "<!DOCTYPE html>", from after its "<!" to its ">", inclusive.
 ///
-/// "=" and "/" belong to bare words, and so do quotes behind the first character. An empty quoted string is an item.
+/// "=" and "/" belong to bare words, and so do quotes after the first character. An empty quoted string is an item.
 template <typename C, typename S>
 class KESTRA_HTML_API EntityTagSimpleParser final : public SimpleParser<C, S, EntityTagSimpleParserData<C, S>> {
 public:

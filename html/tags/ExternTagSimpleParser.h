@@ -39,7 +39,7 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up. In an XML declaration SP_MALFORMED for anything
-    ///         but "?" behind the attributes, anything but ">" behind the closing "?" or "/", an unquoted value that is only "?" before
+    ///         but "?" after the attributes, anything but ">" after the closing "?" or "/", an unquoted value that is only "?" before
     ///         ">", and white space after a name without a value that ends in "?". A code of a member, unchanged. 711 for more attributes
     ///         than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;

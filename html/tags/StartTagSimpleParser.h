@@ -16,7 +16,7 @@ enum StartTagState : std::uint32_t {
     START_TAG_NAME = 1,
     START_TAG_ATTRIBUTES = 2,
     START_TAG_END_OF_ATTRIBUTES = 3,  ///< where a tag without a closing "/" stays when it is complete
-    START_TAG_AFTER_SLASH = 4,        ///< where a tag stays that has a "/" behind its attributes
+    START_TAG_AFTER_SLASH = 4,        ///< where a tag stays that has a "/" after its attributes
 };
 
 /// State of one start tag between two pieces of input.
@@ -45,7 +45,7 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">", or after a "<" behind the attributes, with the attributes normalized; SP_NEED_MORE_DATA when
+    /// @return SP_TOKEN_COMPLETE after ">", or after a "<" after the attributes, with the attributes normalized; SP_NEED_MORE_DATA when
     ///         the piece is used up; SP_NOT_THIS_TOKEN when the name is "<"; SP_MALFORMED for a lone "/" as an unquoted value before ">",
     ///         a "/" after white space and before more of it, and anything but ">" after "/"; a code of a member, unchanged; 711 for more
     ///         attributes than the driver allows.

@@ -78,7 +78,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
     return SP_NEED_MORE_DATA;
 }
 
-/// State 1 in front of anything but ">": consumes an opening quote, leaves every other character.
+/// State 1 before anything but ">": consumes an opening quote, leaves every other character.
 template <typename C, typename S>
 void TokenSimpleParser<C, S>::ParseFirst(SimpleParserContext<C, S>* context, Data* data) {
     const C first = Scan::Next(*context);

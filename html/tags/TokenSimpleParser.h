@@ -19,7 +19,7 @@ struct KESTRA_HTML_API TokenSimpleParserData : SimpleParserData<C, S> {
 };
 
 /// Reads the value of an attribute, or one item of a declaration: white space, then a quoted string up to its closing quote, inclusive,
-/// or a bare word up to white space, ">" or "<", exclusive. In front of ">" the value is empty.
+/// or a bare word up to white space, ">" or "<", exclusive. Before ">" the value is empty.
 template <typename C, typename S>
 class KESTRA_HTML_API TokenSimpleParser final : public SimpleParser<C, S, TokenSimpleParserData<C, S>> {
 public:

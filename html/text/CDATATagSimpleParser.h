@@ -12,7 +12,7 @@ struct KESTRA_HTML_API CDATATagSimpleParserData : SimpleParserData<C, S> {
 
     std::uint32_t state = 0;  ///< 0 in the body, 1 "]" pending, 2 "]]" pending; pending brackets are not yet in `text`
     S keyword;                ///< the word after "<![" as written; the owner sets it after `BeginParse`
-    S text;                   ///< the body, from the "[" behind the keyword on
+    S text;                   ///< the body, from the "[" after the keyword on
     bool closed = true;       ///< false when "]]" was not followed by ">", or the input ended before
 };
 
@@ -26,7 +26,7 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after "]]>", or in front of the character behind any other "]]"; SP_NEED_MORE_DATA when the piece is
+    /// @return SP_TOKEN_COMPLETE after "]]>", or before the character after any other "]]"; SP_NEED_MORE_DATA when the piece is
     ///         used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 

@@ -26,7 +26,7 @@ public:
     /// Puts the "/" into `text` and clears `allowEscapes`: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE in front of the character that ends it; SP_NEED_MORE_DATA when the piece is used up.
+    /// @return SP_TOKEN_COMPLETE before the character that ends it; SP_NEED_MORE_DATA when the piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

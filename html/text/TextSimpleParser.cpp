@@ -31,7 +31,7 @@ Scan::Classes StopsOf(const Data& data) {
 
 constexpr Scan::Classes STOPS_IN_SCRIPT = Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK;
 
-/// The recognizer behind an opener of one character.
+/// The recognizer after an opener of one character.
 template <typename C>
 WideStringView NameOf(C opener) {
     if (opener == '<')

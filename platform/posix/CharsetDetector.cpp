@@ -111,7 +111,7 @@ bool IsUtf8(std::string_view bytes) {
 /// ICU's detector over one buffer.
 class IcuEngine {
 public:
-    /// @param bytes  borrowed for as long as the engine lives; what lies behind 2 GB is left out.
+    /// @param bytes  borrowed for as long as the engine lives; what follows 2 GB is left out.
     std::uint32_t Run(std::string_view bytes) {
         UErrorCode status = U_ZERO_ERROR;
         detector.reset(ucsdet_open(&status));
@@ -210,7 +210,7 @@ bool CanStandAlone(const Answer& uchardetAnswer) {
 }
 
 /// The engines contradict each other: how far ICU leans towards the answer is the confidence, on a scale that stays low. ICU ranks
-/// UTF-8 with a damaged character behind every charset that happens to fit, so uchardet needs no more than its consent there.
+/// UTF-8 with a damaged character after every charset that happens to fit, so uchardet needs no more than its consent there.
 DetectedCharset ChooseDisputed(const Answer& icuAnswer, const Answer& uchardetAnswer) {
     if (uchardetAnswer.code == CharSet::UTF8 && icuAnswer.utf8 >= ICU_DAMAGED_UTF8)
         return {CharSet::UTF8, DISPUTED_LIMIT};

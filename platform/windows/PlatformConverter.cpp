@@ -72,12 +72,12 @@ constexpr std::size_t STEP = std::size_t{1} << 20;
 
 constexpr std::uint64_t MOST_PER_CALL = std::uint64_t{1} << 28;  ///< four bytes for each unit still fit into 31 bits
 
-/// In these code pages an escape, or a shift, says what the bytes behind it mean.
+/// In these code pages an escape, or a shift, says what the bytes after it mean.
 constexpr bool IsStateful(CharSet::Code code) {
     return code == 65000 || (code >= 50220 && code <= 50229) || code == 52936 || (code >= 57002 && code <= 57011);
 }
 
-/// Whether a character ends with this byte wherever it stands, alone or behind others, in every code page whose characters stand for
+/// Whether a character ends with this byte wherever it stands, alone or after others, in every code page whose characters stand for
 /// themselves: characters of several bytes begin with one from 0x80 up. A digit may be the second of four bytes.
 constexpr bool EndsCharacter(char byte) {
     return static_cast<unsigned char>(byte) < 0x80 && (byte < '0' || byte > '9');
@@ -120,7 +120,7 @@ private:
 
     // Want of memory, where the system tells of it, leaves as `std::bad_alloc`.
 
-    /// @param count  the answer of the system call, in front of which the last error was cleared
+    /// @param count  the answer of the system call, before which the last error was cleared
     static Outcome JudgeSystem(INT count);
     /// The library says "failed" of a string without characters, too.
     static Outcome JudgeLibrary(HRESULT result, INT count);
@@ -214,8 +214,8 @@ std::uint64_t CharSetConverter::Platform::System::FindCut(const WideChar* data, 
 
 namespace {
 
-/// What is put behind a string that comes to no characters: it ends inside an escape, or is nothing else. A terminator is one character for
-/// certain, and is taken away again; a change to ASCII goes in front of it where the terminator alone would be half of a character.
+/// What is put after a string that comes to no characters: it ends inside an escape, or is nothing else. A terminator is one character for
+/// certain, and is taken away again; a change to ASCII goes before it where the terminator alone would be half of a character.
 constexpr std::array<std::string_view, 2> ENDINGS = {std::string_view("\0", 1), std::string_view("\x1B(B\0", 4)};
 
 /// Bytes of an escape, "ESC $ ( D" for example: so many at the end of a string may be a part of one, or of a character.
@@ -228,7 +228,7 @@ constexpr std::size_t GetEndingCount(CharSet::Code code) {
     return hasEscapes ? ENDINGS.size() : ENDINGS.size() - 1;
 }
 
-/// Asks for the size, then converts, behind what is there. The output stays as it was where there are no units.
+/// Asks for the size, then converts, after what is there. The output stays as it was where there are no units.
 template <typename System, typename In, typename Out>
 Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out* output) {
     const INT length = static_cast<INT>(size);
@@ -246,7 +246,7 @@ Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out
 }
 
 /// Takes away the terminator of an ending, and leaves a character that had been waiting for what follows it: katakana waits for a mark.
-/// Bytes do not wait so; with an ending behind them, half an escape may become any character.
+/// Bytes do not wait so; with an ending after them, half an escape may become any character.
 /// @param used  where the output of the string begins
 /// @return false, and the output ends there, when there is more than the terminator
 template <typename Out>
@@ -302,7 +302,7 @@ bool ConvertStep(const System& system, const In* data, std::size_t size, Out* ou
     return true;
 }
 
-/// Converts each step behind what is there.
+/// Converts each step after what is there.
 template <typename System, typename In, typename Out>
 std::uint32_t ConvertInSteps(const System& system, const In* data, std::uint64_t size, Out* output) {
     while (size > 0) {

@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    std::array<wchar_t, MOST_FOLDER + MOST_NAME> characters = {};  ///< zeros behind those that are used
+    std::array<wchar_t, MOST_FOLDER + MOST_NAME> characters = {};  ///< zeros after those that are used
     std::size_t used = 0;
 };
 

@@ -15,7 +15,7 @@
 namespace Kestra::StringNS {
 namespace {
 
-/// Copies out of and into blocks of memory of their exact sizes, the latter behind `offset` characters and in front of one that stays.
+/// Copies out of and into blocks of memory of their exact sizes, the latter after `offset` characters and before one that stays.
 template <typename To, typename From>
 void Check(const std::vector<From>& from, std::size_t offset) {
     std::vector<To> expected(from.size());

@@ -101,7 +101,7 @@ TEST(CharSetConverterTest, OwnConvertersFromWide) {
         {"a lone surrogate is U+FFFD in UTF-8", 65001, WideStringView(KESTRA_WIDE("\xD800z\xDC00"), 3), "\xEF\xBF\xBDz\xEF\xBF\xBD"},
         {"surrogates the wrong way round", 65001, WideStringView(KESTRA_WIDE("\xDC00\xD800"), 2), "\xEF\xBF\xBD\xEF\xBF\xBD"},
         {"a high surrogate before a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xD83D\xDE00"), 3), "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
-        {"a low surrogate behind a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xDE00\xDE00"), 3), "\xF0\x9F\x98\x80\xEF\xBF\xBD"},
+        {"a low surrogate after a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xDE00\xDE00"), 3), "\xF0\x9F\x98\x80\xEF\xBF\xBD"},
         {"1252", 1252, KESTRA_WIDE("\u20AC\u0152\u0178\u00A0\u00FF"), "\x80\x8C\x9F\xA0\xFF"},
         {"the five undefined bytes of 1252", 1252, KESTRA_WIDE("\u0081\u008D\u008F\u0090\u009D"), "\x81\x8D\x8F\x90\x9D"},
         {"the other C1 controls are not in 1252", 1252, KESTRA_WIDE("\u0080\u0082\u009F"), "???"},
@@ -204,7 +204,7 @@ TEST(CharSetConverterTest, SystemConvertersToWideOnly) {
         {"an empty string", 932, "", KESTRA_WIDE("")},
         {"a change to ASCII is no character", 50221, "\x1B(B", KESTRA_WIDE("")},
         {"nor is one to two bytes", 50221, "\x1B$B", KESTRA_WIDE("")},
-        {"behind a character neither", 50221, "a\x1B$B", KESTRA_WIDE("a")},
+        {"after a character neither", 50221, "a\x1B$B", KESTRA_WIDE("a")},
         {"UTF-7 that starts a sequence of nothing", 65000, "+", KESTRA_WIDE("")},
     };
     CheckToWide(rows);
@@ -251,7 +251,7 @@ TEST(CharSetConverterTest, AsciiIsAsciiInEveryCodePageThatHoldsIt) {
             units += static_cast<WideChar>(byte);
         }
         EXPECT_EQ(Dump(ToWide(code, bytes)), Dump(units)) << code;
-        if (code < 57002 || code > 57011) {  // ISCII repeats its script behind each line feed
+        if (code < 57002 || code > 57011) {  // ISCII repeats its script after each line feed
             EXPECT_EQ(Dump(FromWide(code, units)), Dump(bytes)) << code;
         }
     }

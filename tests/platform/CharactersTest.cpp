@@ -53,7 +53,7 @@ TEST(CharactersTest, KeywordsAreComparedOverTheFullLength) {
         {"capitals count as small letters", "ScRIPT", "script", true},
         {"a longer word", "scripts", "script", false},
         {"a shorter word", "scrip", "script", false},
-        {"a NUL behind the word is a character", "script\0"sv, "script", false},
+        {"a NUL after the word is a character", "script\0"sv, "script", false},
         {"a NUL inside the word does not end it", "scr\0ipt"sv, "script", false},
         {"two empty words", "", "", true},
         {"an empty word", "", "a", false},

@@ -125,7 +125,7 @@ inline void CheckUnsupported(CharSet::Code code) {
     }
 }
 
-/// Converts the text of a row `times` times in one string, behind up to four characters, so that steps of any even size cut characters.
+/// Converts the text of a row `times` times in one string, after up to four characters, so that steps of any even size cut characters.
 inline void CheckLongStrings(const ConversionRow& row, std::size_t times) {
     CharSetConverter converter;
     for (std::size_t offset = 0; offset < 5; ++offset) {
@@ -141,10 +141,10 @@ inline void CheckLongStrings(const ConversionRow& row, std::size_t times) {
         }
         WideString wide;
         EXPECT_EQ(converter.ToWide(row.code, bytes.data(), bytes.size(), &wide), RESULT_OK);
-        EXPECT_TRUE(wide == units) << row.code << ", behind " << offset;
+        EXPECT_TRUE(wide == units) << row.code << ", after " << offset;
         std::string narrow;
         EXPECT_EQ(converter.FromWide(row.code, units.data(), units.size(), &narrow), RESULT_OK);
-        EXPECT_TRUE(narrow == bytes) << row.code << ", behind " << offset;
+        EXPECT_TRUE(narrow == bytes) << row.code << ", after " << offset;
     }
 }
 

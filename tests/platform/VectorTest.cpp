@@ -210,7 +210,7 @@ TEST(VectorTest, Editing) {
         {"insert at the front", [](Strings& v) { return v.insert(v.begin(), "x") - v.begin(); }, {"x", "a", "b", "c", "d", "e"}, 0},
         {"insert in the middle", [](Strings& v) { return v.insert(v.begin() + 2, "x") - v.begin(); }, {"a", "b", "x", "c", "d", "e"}, 2},
         {"insert at the end", [](Strings& v) { return v.insert(v.end(), "x") - v.begin(); }, {"a", "b", "c", "d", "e", "x"}, 5},
-        {"insert an own element behind the place",
+        {"insert an own element after the place",
          [](Strings& v) { return v.insert(v.begin() + 1, v[3]) - v.begin(); },
          {"a", "d", "b", "c", "d", "e"},
          1},
@@ -232,11 +232,11 @@ TEST(VectorTest, Editing) {
         {"erase the first", [](Strings& v) { return v.erase(v.begin()) - v.begin(); }, {"b", "c", "d", "e"}, 0},
         {"erase in the middle", [](Strings& v) { return v.erase(v.begin() + 2) - v.begin(); }, {"a", "b", "d", "e"}, 2},
         {"erase the last", [](Strings& v) { return v.erase(v.end() - 1) - v.begin(); }, {"a", "b", "c", "d"}, 4},
-        {"erase a range with more behind it than in it",
+        {"erase a range with more after it than in it",
          [](Strings& v) { return v.erase(v.begin(), v.begin() + 2) - v.begin(); },
          {"c", "d", "e"},
          0},
-        {"erase a range with less behind it than in it",
+        {"erase a range with less after it than in it",
          [](Strings& v) { return v.erase(v.begin() + 1, v.begin() + 4) - v.begin(); },
          {"a", "e"},
          1},
@@ -249,7 +249,7 @@ TEST(VectorTest, Editing) {
          },
          {"a", "b"},
          2},
-        {"truncate behind the end",
+        {"truncate after the end",
          [](Strings& v) {
              v.Truncate(9);
              return v.end() - v.begin();
@@ -289,7 +289,7 @@ TEST(VectorTest, Editing) {
     };
     for (const Row& row : rows) {
         for (const bool roomy : {false, true}) {
-            SCOPED_TRACE(std::string(row.note) + (roomy ? ", kept elements behind" : ", storage full"));
+            SCOPED_TRACE(std::string(row.note) + (roomy ? ", kept elements after" : ", storage full"));
             Strings v = {"a", "b", "c", "d", "e"};
             if (roomy) {
                 v.resize(12, LONG);
@@ -393,7 +393,7 @@ TEST(VectorTest, AppendingReusesTheBuffersOfDroppedElements) {
     }
 }
 
-TEST(VectorTest, ErasedElementsKeepTheirBuffersBehindTheLiveOnes) {
+TEST(VectorTest, ErasedElementsKeepTheirBuffersAfterTheLiveOnes) {
     Vector<std::vector<int>> v(4, std::vector<int>(10));
     const int* const erased = v[1].data();
     const int* const last = v[3].data();

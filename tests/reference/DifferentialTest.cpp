@@ -32,10 +32,10 @@ constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 
-/// In front of the enumerated strings.
+/// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
 
-/// In front of those that are cut: the middle of every construct as well.
+/// Before those that are cut: the middle of every construct as well.
 constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>",    "<style>",     "<p a",        "<p b=c",    "</p",
                                              "<?xml a",   "<?xml b='c'", "<?p",         "<!D",         "<!--",      "<![CDATA[x",
                                              "<![if",     "<![if x]y",   "<script>//",  "<script>/*",  "<script>'", "<script>/x",
@@ -50,7 +50,7 @@ bool Check(TracingParser* library, std::string_view document, const ReferenceRun
     if (library->Parse(document, feeding.charset, feeding.fed, cuts, feeding.scriptsAsText) == expected)
         return true;
     if (Difference(document, feeding).empty()) {
-        ADD_FAILURE() << "only behind other documents: " << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe reference:\n"
+        ADD_FAILURE() << "only after other documents: " << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe reference:\n"
                       << Show(expected);
         return false;
     }
@@ -211,7 +211,7 @@ TEST(ScriptContentTest, EverySequence) {
 }
 
 // The contexts by themselves, which the enumeration leaves out.
-TEST(DifferentialCheckTest, NothingBehindAContext) {
+TEST(DifferentialCheckTest, NothingAfterAContext) {
     TracingParser library;
     for (const std::string_view context : CUT_CONTEXTS) {
         Feeding feeding;

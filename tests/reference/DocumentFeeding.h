@@ -39,7 +39,7 @@ public:
 private:
     std::string_view bytes;
     const Cuts* cuts = nullptr;
-    std::size_t nextCut = 0;  // index of the first cut behind the bytes delivered so far
+    std::size_t nextCut = 0;  // index of the first cut after the bytes delivered so far
     std::size_t next = 0;
     std::size_t delivered = 0;  // the most that was ever read, as an offset
 };
@@ -54,7 +54,7 @@ Cuts CutsOfShortReads(std::size_t length, Dice* dice);
 /// Where the piece with the character at `index` begins.
 std::size_t PieceBegin(const Cuts& cuts, std::size_t index);
 
-/// Calls `run` for every way to cut a document of `length` characters in front of its last `tail` ones or between them, each with the
+/// Calls `run` for every way to cut a document of `length` characters before its last `tail` ones or between them, each with the
 /// characters before them in one piece, and with each of them alone. Stops when `run` answers false.
 void ForEverySplitOfTheTail(std::size_t length, std::size_t tail, const std::function<bool(const Cuts&)>& run);
 

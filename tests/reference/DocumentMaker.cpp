@@ -636,7 +636,7 @@ std::vector<std::string> ReadPages(const std::string& folder) {
 
 void ForEachString(std::string_view prefix, char first, std::size_t maxLength, const std::function<bool(std::string_view)>& run) {
     for (std::size_t length = 1; length <= maxLength; ++length) {
-        // The characters behind the first one count like digits.
+        // The characters after the first one count like digits.
         std::vector<std::size_t> digits(length - 1);
         std::string text = std::string(prefix) + first + std::string(length - 1, ENUMERATED_CHARACTERS[0]);
         const std::size_t begin = prefix.size() + 1;

@@ -69,7 +69,7 @@ inline constexpr std::string_view ENUMERATED_CHARACTERS = "<>/!-[]?\"'= a\\\n*";
 
 /// Calls `run` for every string of 1 to `maxLength` characters of ENUMERATED_CHARACTERS that begins with the character `first`, the
 /// shorter ones in front. Stops when `run` answers false. The view is valid for the call.
-/// @param prefix  stands in front of each string
+/// @param prefix  comes before each string
 void ForEachString(std::string_view prefix, char first, std::size_t maxLength, const std::function<bool(std::string_view)>& run);
 
 /// Removes bytes for as long as the rest still fails: ever smaller pieces, down to single bytes, in at most 20,000 attempts.

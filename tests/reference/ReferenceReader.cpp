@@ -255,7 +255,7 @@ void ReferenceReader::ReadComment(ReferenceComment* comment) {
     std::string* text = &comment->text;
     while (!AtEnd()) {
         *text += Take();
-        // Two dashes that are the last of their run, in front of ">": the body may be empty, the opener's dashes do not count.
+        // Two dashes that are the last of their run, before ">": the body may be empty, the opener's dashes do not count.
         if (text->size() >= 2 && text->substr(text->size() - 2) == "--" && TakeIf('>')) {
             text->resize(text->size() - 2);
             return;

@@ -53,7 +53,7 @@ struct ReferenceInstruction {
     bool slashBeforeClose = false;
     bool freeStyle = false;
     std::string text;                 ///< the whole instruction when it is free style
-    bool swapsSlashAndSpace = false;  ///< white space stood behind the slash; it is written in front of it
+    bool swapsSlashAndSpace = false;  ///< white space stood after the slash; it is written before it
 };
 
 /// A word or string of a declaration.

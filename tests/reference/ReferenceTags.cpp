@@ -18,12 +18,12 @@ bool TakesMarkFromValue(const ReferenceAttribute& attribute, char mark) {
     return attribute.hasValue && attribute.quote == ReferenceQuote::NONE && EndsWith(attribute.value, mark);
 }
 
-/// Whether the attribute behind this one, which has a value, reads ISO-2022 runs: behind an unquoted value that is not empty it does not.
+/// Whether the attribute after this one, which has a value, reads ISO-2022 runs: after an unquoted value that is not empty it does not.
 bool HandsOnIso2022(const ReferenceAttribute& attribute) {
     return attribute.quote != ReferenceQuote::NONE || attribute.value.empty();
 }
 
-/// The list with its bare words folded into the value in front of them.
+/// The list with its bare words folded into the value before them.
 ReferenceAttributes Normalized(const ReferenceAttributes& attributes) {
     ReferenceAttributes result;
     bool anchored = false;
@@ -48,7 +48,7 @@ ReferenceAttributes Normalized(const ReferenceAttributes& attributes) {
     return result;
 }
 
-/// An attribute without a value: the white space behind its name belongs to what follows.
+/// An attribute without a value: the white space after its name belongs to what follows.
 ReferenceAttribute Bare(const std::string& prefix, const std::string& name) {
     ReferenceAttribute attribute;
     attribute.prefix = prefix;
@@ -111,7 +111,7 @@ ReferenceOutcome ReferenceReader::ReadStartTag(bool iso2022, ReferenceStartTag* 
     const ReferenceOutcome outcome = ReadAttributeList(false, iso2022, &tag->attributes, &tag->suffix, &tag->isShort);
     if (outcome != ReferenceOutcome::COMPLETE)
         return outcome;
-    if (!TakeIf('>'))  // a list is over in front of a ">" only
+    if (!TakeIf('>'))  // a list is over before a ">" only
         return ReferenceOutcome::MALFORMED;
     tag->written = tag->attributes;
     tag->attributes = Normalized(tag->written);
@@ -210,7 +210,7 @@ ReferenceOutcome ReferenceReader::ReadFreeStyle(bool iso2022, ReferenceInstructi
     while (!AtEnd()) {
         const char character = Take();
         text += character;
-        if (character == '>')  // with or without a "?" in front of it
+        if (character == '>')  // with or without a "?" before it
             return ReferenceOutcome::COMPLETE;
         if (character == '\'' || character == '"') {
             if (ReadQuoted(character, true, iso2022, &text) != ReferenceOutcome::COMPLETE)
@@ -220,7 +220,7 @@ ReferenceOutcome ReferenceReader::ReadFreeStyle(bool iso2022, ReferenceInstructi
             text += '*' + ReadUntil("*");
             if (AtEnd())
                 return ReferenceOutcome::OPEN;
-            text += Take();  // the first "*" ends the comment, with a "/" behind it or not
+            text += Take();  // the first "*" ends the comment, with a "/" after it or not
             if (TakeIf('/'))
                 text += '/';
         } else if (character == '/' && TakeIf('/')) {

@@ -130,7 +130,7 @@ private:
     bool tellsLineComments;
     bool inScript = false;
     bool inStyle = false;
-    bool inJunk = false;   ///< behind a construct that failed, up to the next "<"
+    bool inJunk = false;   ///< after a construct that failed, up to the next "<"
     bool stopped = false;  ///< a construct failed or stayed open, and could not be read again
     std::string pendingText;
     std::size_t textBegin = 0;
@@ -341,7 +341,7 @@ void ReferenceTokenizer::ReadScriptComment(std::size_t begin, bool lineComment) 
         ReadSection(end, markup, word);
 }
 
-/// From behind the "<" at `begin`.
+/// From after the "<" at `begin`.
 void ReferenceTokenizer::ReadMarkup(std::size_t begin) {
     ReferenceMarkup markup = ReferenceMarkup::START_TAG;
     std::string word;
@@ -376,7 +376,7 @@ void ReferenceTokenizer::ReadMarkup(std::size_t begin) {
     }
 }
 
-/// The constructs that never fail, from behind the opener that began at `begin`.
+/// The constructs that never fail, from after the opener that began at `begin`.
 void ReferenceTokenizer::ReadSection(std::size_t begin, ReferenceMarkup markup, const std::string& word) {
     if (markup == ReferenceMarkup::COMMENT) {
         ReferenceComment comment;
@@ -401,7 +401,7 @@ void ReferenceTokenizer::ReadSection(std::size_t begin, ReferenceMarkup markup, 
     }
 }
 
-/// Behind a failed construct: everything up to the next "<", and the markup there.
+/// After a failed construct: everything up to the next "<", and the markup there.
 void ReferenceTokenizer::ReadJunk() {
     const std::size_t begin = reader.Position();
     const std::string junk = reader.ReadUntil("<");

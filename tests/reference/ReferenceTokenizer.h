@@ -27,7 +27,7 @@ struct ReferenceStretch {
     Kind kind = Kind::TEXT;
     std::size_t begin = 0;  ///< [begin, end) in bytes; a regular expression includes its opening slash
     std::size_t end = 0;
-    std::size_t tailBegin = 0;         ///< CONDITIONAL: the first byte behind its first "]"; `end` when there is none, and for other kinds
+    std::size_t tailBegin = 0;         ///< CONDITIONAL: the first byte after its first "]"; `end` when there is none, and for other kinds
     bool closed = true;                ///< CONDITIONAL: the ">" was found; true for other kinds
     bool swapsSlashAndSpace = false;   ///< INSTRUCTION: an XML declaration whose last name ended in "/", then white space, then ">"
     bool failedScriptComment = false;  ///< JUNK that came of a script comment which failed or was open at the end of the input

@@ -31,10 +31,10 @@ constexpr std::size_t CUT_LENGTH = 3;                                // of the e
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 constexpr std::uint32_t CHECK_FAILED = HTML::PARSER_SELF_CHECK_FAILED;
 
-/// In front of the enumerated strings.
+/// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
 
-/// In front of those that are cut: what is written back differently, too.
+/// Before those that are cut: what is written back differently, too.
 constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>", "<style>",    "<![if",    "<![if x]y", "<![endif]",    "<?xml a/",
                                              "<?xml b/c", "<!--",     "<![CDATA[x", "<![CDATA", "<script>/", "<script>//<!", "<script>/*",
                                              "<style>/*", "</p a/",   "<p a=b"};
@@ -51,7 +51,7 @@ bool Check(SelfCheckingParser* parser, std::string_view document, const Referenc
         return true;
     const auto fails = [&](std::string_view candidate) { return !Fault(candidate, reading).empty(); };
     if (!fails(document)) {
-        ADD_FAILURE() << "only behind other documents: " << fault;
+        ADD_FAILURE() << "only after other documents: " << fault;
         return false;
     }
     const std::string shortest = Shorten(std::string(document), fails);
@@ -195,7 +195,7 @@ struct Beginning {
     enum class Kind { NOTHING_RUNS, EIGHT_BIT, UTF8, UTF16 };
 
     Kind kind = Kind::NOTHING_RUNS;
-    std::size_t content = 0;  ///< where the text begins: behind the mark, or behind the pieces that held only a possible mark
+    std::size_t content = 0;  ///< where the text begins: after the mark, or after the pieces that held only a possible mark
 };
 
 Beginning BeginningOf(std::string_view document, const Cuts& cuts) {
@@ -214,7 +214,7 @@ Beginning BeginningOf(std::string_view document, const Cuts& cuts) {
     return {Beginning::Kind::NOTHING_RUNS, document.size()};
 }
 
-/// The cuts behind `begin`, counted from there.
+/// The cuts after `begin`, counted from there.
 Cuts CutsFrom(const Cuts& cuts, std::size_t begin, std::size_t unit) {
     Cuts later;
     for (const std::size_t cut : cuts) {
@@ -224,8 +224,8 @@ Cuts CutsFrom(const Cuts& cuts, std::size_t begin, std::size_t unit) {
     return later;
 }
 
-/// @param cuts  in bytes, as the document is read; even behind a mark of UTF-16
-/// @param latin1  the text behind a mark of UTF-16, in 8 bits
+/// @param cuts  in bytes, as the document is read; even after a mark of UTF-16
+/// @param latin1  the text after a mark of UTF-16, in 8 bits
 CopyOutcome ExpectMarked(std::string_view document, const Cuts& cuts, std::string_view latin1) {
     const Beginning beginning = BeginningOf(document, cuts);
     const std::string_view text = document.substr(beginning.content);
@@ -279,7 +279,7 @@ TEST_P(ReferenceRoundTripTest, DocumentsThatMayBeginWithAMark) {
         if (dice.OneIn(2))
             even.insert(even.begin(), 1);
         even.erase(std::unique(even.begin(), even.end()), even.end());
-        // The mark cut in two is an odd piece and another one; behind it the pieces are even.
+        // The mark cut in two is an odd piece and another one; after it the pieces are even.
         CheckMarked(&parser, document, CutsAsRead(even, document.size(), GenericParser::BUFFER_SIZE), latin1);
         return !HasFatalFailure();
     });
@@ -346,7 +346,7 @@ TEST(ReferenceMarkTest, WhatEndsAPieceAndIsNoMarkIsGone) {
         {"uncut, nothing is gone", "\xEF\xBB<p>", {}, "\xEF\xBB<p>"},
         {"half a mark of UTF-16", "\xFFx", {1}, "x"},
         {"a mark in pieces is one", "\xEF\xBB\xBFx", {1, 2}, "\xEF\xBB\xBFx"},
-        {"junk behind lost bytes is read from the right place", "\xEF<p a=/><q>", {1}, "<p a=/><q>"},
+        {"junk after lost bytes is read from the right place", "\xEF<p a=/><q>", {1}, "<p a=/><q>"},
     };
     SelfCheckingParser parser;
     for (const MarkRow& row : rows) {
@@ -370,7 +370,7 @@ TEST(RoundTripRuleTest, TheExceptions) {
         {"a tail loses what lies in an earlier piece", "<![if x]abc>d", {10}, "<![if x]c>d"},
         {"also when only its end is left", "<![if x]abc>d", {11}, "<![if x]>d"},
         {"an open tail is lost", "<![if x]abc", {}, "<![if x]"},
-        {"a slash before white space comes back behind it", "<?xml a/ >", {}, "<?xml a />"},
+        {"a slash before white space comes back after it", "<?xml a/ >", {}, "<?xml a />"},
         {"a failed line comment whose opener is cut loses its slash", "<script>//<!-x", {9}, "<script>/<!-x"},
         {"an open block comment too", "<script>/*x", {9}, "<script>*x"},
         {"uncut it is kept", "<script>/*x", {}, "<script>/*x"},

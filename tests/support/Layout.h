@@ -76,7 +76,7 @@ void ExpectFieldsOfList(std::size_t baseSize) {
     walk.Last();
 }
 
-/// Expects that an object of the polymorphic class `Member` begins at the next aligned offset behind `*end`: it must start with the
+/// Expects that an object of the polymorphic class `Member` begins at the next aligned offset after `*end`: it must start with the
 /// pointer to the table of its class.
 template <typename Member, typename Composite>
 void ExpectMember(const Composite& composite, std::size_t* end) {

@@ -59,7 +59,7 @@ inline std::string ToWideEscapes(std::string_view expected) {
     return wide;
 }
 
-/// Checks one row at every split, with the recognizer and its record going on as they are, copied, assigned, and behind empty pieces;
+/// Checks one row at every split, with the recognizer and its record going on as they are, copied, assigned, and after empty pieces;
 /// then again on objects that were used before. Line and column are checked each time.
 /// @param prepare  sets options in the record after each `BeginParse`
 template <typename Parser>

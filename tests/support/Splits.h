@@ -23,7 +23,7 @@ void ForEverySplit(std::size_t length, const std::function<void(const Cuts&)>& r
 void ForEverySplit(std::string_view input, const std::function<void(const Cuts&)>& run);
 void ForEverySplit(WideStringView input, const std::function<void(const Cuts&)>& run);
 
-/// Calls `run` with 0, 1 and so on up to `count` - 1, and stops behind the first call that brings a failure.
+/// Calls `run` with 0, 1 and so on up to `count` - 1, and stops after the first call that brings a failure.
 void ForEachUntilFailure(std::size_t count, const std::function<void(std::size_t)>& run);
 
 /// The cuts of an input of `length` characters into pieces of `size` characters.

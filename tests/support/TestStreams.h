@@ -18,7 +18,7 @@ using ReadBound = std::function<std::uint64_t(std::uint64_t size)>;
 /// At most `limit` bytes in each read.
 ReadBound AtMost(std::uint64_t limit);
 
-/// The first read delivers at most `sizes[0]` bytes and so on; reads behind the list are whole. A size of 0 is a read of no bytes
+/// The first read delivers at most `sizes[0]` bytes and so on; reads after the list are whole. A size of 0 is a read of no bytes
 /// with code 0.
 ReadBound InSizes(std::vector<std::uint64_t> sizes);
 

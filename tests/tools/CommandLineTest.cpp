@@ -118,7 +118,7 @@ TEST(CommandLine, CharsetsByNumberAndByName) {
     }
 }
 
-TEST(CommandLine, OptionsStandBeforeAndBehindFiles) {
+TEST(CommandLine, OptionsStandBeforeAndAfterFiles) {
     const TokensOptions options = ParseGood({"tokens", "a", "--format", "json", "b", "--no-reparse", "c"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_FALSE(options.reparse);

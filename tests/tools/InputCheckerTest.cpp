@@ -33,7 +33,7 @@ TEST(InputChecker, AReproducedInput) {
     EXPECT_TRUE(outcome.IsReproduced());
     EXPECT_TRUE(outcome.hasCopy);
     EXPECT_EQ(outcome.firstDifference, std::nullopt);
-    EXPECT_EQ(outcome.tokens, 8U) << "line comments are tokens, and so are the texts behind them";
+    EXPECT_EQ(outcome.tokens, 8U) << "line comments are tokens, and so are the texts after them";
     EXPECT_EQ(outcome.token, "");
     EXPECT_GT(outcome.seconds, 0);
 }
@@ -128,7 +128,7 @@ TEST(InputChecker, EveryCharsetKeepsItsTokens) {
         EXPECT_TRUE(outcome.IsGood()) << code;
         EXPECT_EQ(outcome.tokens, 2U) << code;
     }
-    // Behind ESC $ B a "<" is half a character, where the charset knows that.
+    // After ESC $ B a "<" is half a character, where the charset knows that.
     CheckOptions options = Options();
     options.charset = 50221;
     EXPECT_EQ(Check("\x1B$B<b>a\x1B(B", options).tokens, 1U);

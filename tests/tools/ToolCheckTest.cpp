@@ -146,7 +146,7 @@ TEST_F(ToolCheck, AnEmptyInput) {
 }
 
 TEST_F(ToolCheck, TheOptionsOfThePassAreUsed) {
-    // As UTF-16, as 8-bit text behind what is no mark then, and in pieces that cut the condition in two.
+    // As UTF-16, as 8-bit text after what is no mark then, and in pieces that cut the condition in two.
     EXPECT_NE(RunOn("a\0b\0"s, {"--input", "utf16", "--format", "json"}).output.find("\"tokens\":1,"), std::string::npos);
     EXPECT_EQ(RunOn("abc", {"--input", "utf16"}).status, 1);
     EXPECT_EQ(RunOn("\xEF", {"--input", "8bit"}).status, 0);

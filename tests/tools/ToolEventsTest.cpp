@@ -180,7 +180,7 @@ TEST(ToolEvents, MalformedMarkup) {
         {"</a >", "\"parse\":702,\"endParse\":0,\"line\":1,\"column\":4,",
          "-: parsing returned 702: malformed markup, a tag, a declaration or an instruction must end here (line 1, column 4)\n"},
         {"a\n <= b", "\"parse\":703,\"endParse\":0,\"line\":2,\"column\":5,",
-         "-: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "-: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\" "
          "(line 2, column 5)\n"},
     };
     for (const auto& row : CASES) {
@@ -197,7 +197,7 @@ TEST(ToolEvents, MalformedMarkup) {
 TEST(ToolEvents, AnErrorEndsTheFeeding) {
     const ToolRun run = RunJson("a<=<b>", {"--feed", "buffer", "--piece-size", "1"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output.find("StartTag"), std::string::npos) << "the pieces behind the error would be good";
+    EXPECT_EQ(run.output.find("StartTag"), std::string::npos) << "the pieces after the error would be good";
     EXPECT_NE(run.output.find("\"parse\":703,"), std::string::npos) << run.output;
 }
 
@@ -274,12 +274,12 @@ TEST(ToolEvents, Files) {
         {{"good", "open", "-"}, 0, ""},
         {{"good", "bad", "open"},
          1,
-         "bad: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "bad: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\" "
          "(line 1, column 2)\n"},
         {{"none", "bad"},
          3,
          "none: cannot be read\n"
-         "bad: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "bad: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\" "
          "(line 1, column 2)\n"},
         {{"none", "good"}, 3, "none: cannot be read\n"},
     };

@@ -189,7 +189,7 @@ TEST(ToolTokens, BrokenMarkupIsTheSameJunkForEveryPieceSizeOfAStream) {
         EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--piece-size", size}), expected) << size;
 }
 
-/// The charset is declared behind a text that a wide observer has been given already.
+/// The charset is declared after a text that a wide observer has been given already.
 const std::string DECLARED_LATE = "<p>\xC1\xC2</p>\n<meta charset=koi8-r>\n<b>\xC1</b>";
 
 TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
@@ -222,8 +222,8 @@ TEST(ToolTokens, WithoutReparsingTheDeclaredCharsetEndsThePass) {
               "{\"event\":\"Result\",\"startParse\":0,\"parse\":705,\"endParse\":16,\"line\":2,\"column\":22,\"currentParserName\":"
               "\"StartTagSimpleParser\",\"charset\":20866,\"isWParser\":false,\"hasCharsetErrors\":false,\"needsReparsing\":true,"
               "\"file\":\"-\"}");
-    EXPECT_EQ(run.output.find("\\u0430"), std::string::npos) << "text in front of it is in the old charset";
-    EXPECT_EQ(run.output.find("\"name\":\"b\""), std::string::npos) << "nothing behind it is delivered";
+    EXPECT_EQ(run.output.find("\\u0430"), std::string::npos) << "text before it is in the old charset";
+    EXPECT_EQ(run.output.find("\"name\":\"b\""), std::string::npos) << "nothing after it is delivered";
     EXPECT_EQ(run.errors,
               "-: parsing returned 705: another charset was found, the input must be parsed again; "
               "EndParse returned 16: the input ended inside a construct (line 2, column 22)\n");

@@ -25,7 +25,7 @@ public:
     /// Writes what is gathered. @throws OutputFailed
     void Flush();
 
-    /// Writes one line about an input to standard error, behind the output so far.
+    /// Writes one line about an input to standard error, after the output so far.
     void Diagnose(const std::string& inputName, std::string_view message);
 
     /// Writes one line that is about no input to standard error; nothing for an empty message.

@@ -49,7 +49,7 @@ constexpr const char* TOKENS_FOOTER =
 
 constexpr const char* EVENTS_FOOTER =
     "The events are those of the stateless parser, which takes 8-bit text. A comment\n"
-    "ends with its piece, and text behind the last tag causes no event. A parse that\n"
+    "ends with its piece, and text after the last tag causes no event. A parse that\n"
     "ends inside a construct, with 16, is good.\n"
     "\n"
     "Text format: one line for each event. It starts with the line and the column of\n"

@@ -27,7 +27,7 @@ public:
     /// Writes a line of the summary. @param title  at most eight letters
     void Summarize(std::string_view title, std::string_view text);
 
-    /// The number of lines so far and, behind it, that of each kind. Those of `TokenKind::EVENT` are not counted.
+    /// The number of lines so far and, after it, that of each kind. Those of `TokenKind::EVENT` are not counted.
     std::string DescribeCounts() const;
 
 private:

@@ -12,7 +12,7 @@
 
 /// @file
 /// The trace language: one line of ASCII text for each callback of an observer, the same for both flavours as long as the input is
-/// ASCII. Parameters stand in parentheses and are separated by "|", flags follow behind ", ".
+/// ASCII. Parameters stand in parentheses and are separated by "|", flags follow after ", ".
 ///
 ///     start-parsing  end-parsing  js-start  js-end  css-start  css-end
 ///     bom(EF BB BF)                                   bytes in hexadecimal

@@ -207,7 +207,7 @@ TYPED_TEST(LayoutTest, Observers) {
     EXPECT_EQ(SlotOf(&Output::OnOutput), 22U);
     static_assert(!std::has_virtual_destructor_v<Output>);
 
-    // The self-check writes through `OnOutput`; its destructor and `Reset` stand behind everything that an observer has.
+    // The self-check writes through `OnOutput`; its destructor and `Reset` stand after everything that an observer has.
     using SelfCheck = HTML::ParserSelfCheck<C, S>;
     CheckObserverSlots<SelfCheck>();
     EXPECT_EQ(SlotOf(&SelfCheck::OnOutput), 22U);

@@ -22,7 +22,7 @@ namespace {
 
 namespace Scan = HTML::Scan;
 
-/// What a run leaves behind.
+/// What a run leaves in the context.
 template <typename S>
 struct Outcome {
     S run;
@@ -180,7 +180,7 @@ TYPED_TEST(ScanTest, WhiteSpaceIsPassedAsByTheOneCharacterAdvance) {
             const Outcome<S> expected = WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
             HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
             Scan::Lines<C> lines;
-            const C* const found = Scan::FindBehindWhiteSpace(piece.data() + position, end, &lines);
+            const C* const found = Scan::FindAfterWhiteSpace(piece.data() + position, end, &lines);
             ASSERT_EQ(found, piece.data() + expected.position) << "from " << position;
             lines.Consume(context, found);
             ASSERT_EQ((Outcome<S>{S(piece.begin() + static_cast<std::ptrdiff_t>(position), piece.begin() + (found - piece.data())),

@@ -101,13 +101,13 @@ TYPED_TEST(AttributesNormalizerTest, Folding) {
         {"quoted values without words keep their quotes",
          {Valued("", "a", 1, "1"), Valued(" ", "b", 2, "2")},
          "[|a|||1|1|value][ |b|||2|2|value]"},
-        {"each value takes the words behind it",
+        {"each value takes the words after it",
          {Bare("", "x"), Valued(" ", "a", 0, "1"), Bare(" ", "b"), Valued(" ", "c", 2, "2"), Bare(" ", "d"), Bare("\n", "e"),
           Valued(" ", "f", 0, "3")},
          "[|x||||0|bare][ |a|||1 b|0|value][ |c|||\"2\" d\\ne|0|value][ |f|||3|0|value]"},
         {"an empty bare value takes words too", {Valued(" ", "a", 0, ""), Bare(" ", "b")}, "[ |a||| b|0|value]"},
         {"an empty quoted value keeps its quotes inside", {Valued(" ", "a", 1, ""), Bare(" ", "b")}, "[ |a|||'' b|0|value]"},
-        {"the white space behind the word is taken up", {Valued(" ", "a", 0, "1"), Bare(" ", "b", "\n ")}, "[ |a|||1 b\\n |0|value]"},
+        {"the white space after the word is taken up", {Valued(" ", "a", 0, "1"), Bare(" ", "b", "\n ")}, "[ |a|||1 b\\n |0|value]"},
         {"value and white space of a bare record are never copied",
          {Valued(" ", "a", 0, "1"), {" ", "b", "\t", false, "AFTER", "VALUE", 2}},
          "[ |a|||1 b\\t|0|value]"},
@@ -135,7 +135,7 @@ TYPED_TEST(AttributesNormalizerTest, ANormalizedListStaysAsItIs) {
     EXPECT_EQ(DumpAll(list), once);
 }
 
-TYPED_TEST(AttributesNormalizerTest, HalfAMillionWordsBehindOneValue) {
+TYPED_TEST(AttributesNormalizerTest, HalfAMillionWordsAfterOneValue) {
     using S = typename TypeParam::S;
     constexpr std::size_t COUNT = 500000;
     Vector<AttributeOf<TypeParam>> list;

@@ -78,7 +78,7 @@ constexpr const char* KIND_NAMES[KINDS] = {"text",
                                            "string in single quotes",
                                            "string in double quotes",
                                            "start tag",
-                                           "start tag with space in front of its name",
+                                           "start tag with space before its name",
                                            "start tag with space at its end",
                                            "attribute without a value",
                                            "unquoted value",
@@ -231,7 +231,7 @@ private:
 /// Every kind of token but junk, with strings too long for the small-string buffer in every place.
 constexpr char BLOCK[] =
     "A stretch of text that is longer than a short string.\n"
-    "<a-name-longer-than-a-short-string first-attribute-name  =  \"a double quoted value\"   a-bare-word-behind-a-value  "
+    "<a-name-longer-than-a-short-string first-attribute-name  =  \"a double quoted value\"   a-bare-word-after-a-value  "
     "second-attribute-name='a single quoted value' third-attribute-name=an-unquoted-value-of-some-length                       >"
     "<input                    first-bare-attribute-name                    second-bare-attribute-name                    />"
     "<br/>                                        <                    b empty-value='' another-one=>"

@@ -265,7 +265,7 @@ TYPED_TEST(ReentranceTest, AnObserverBoundInACallbackGetsTheNextOne) {
     const Scene scene{std::is_same_v<TypeParam, WideObserver>};
     const Lines trace = scene.Trace();
     for (std::size_t handOver = 0; handOver < trace.size(); ++handOver) {
-        SCOPED_TRACE("behind " + trace[handOver]);
+        SCOPED_TRACE("after " + trace[handOver]);
         Lines lines;
         Lines linesOfSecond;
         TypeParam observer(&lines);
@@ -288,7 +288,7 @@ TYPED_TEST(ReentranceTest, AnObserverUnboundInACallbackGetsNothingMore) {
     const Scene scene{std::is_same_v<TypeParam, WideObserver>};
     const Lines trace = scene.Trace();
     for (std::size_t last = 0; last < trace.size(); ++last) {
-        SCOPED_TRACE("behind " + trace[last]);
+        SCOPED_TRACE("after " + trace[last]);
         Lines lines;
         TypeParam observer(&lines);
         GenericParser parser;
@@ -456,7 +456,7 @@ TYPED_TEST(ExceptionTest, PassesThroughEveryCallback) {
                 if (!thrown) {
                     VFS::InputStream* const fed = owned ? stream.release() : stream.get();
                     thrown = Throws([&] { parser->ParseStream(fed, owned); });
-                    // The end of the stream is behind every token but the last junk.
+                    // The end of the stream is after every token but the last junk.
                     EXPECT_EQ(destructions, owned ? 1 : 0);
                     if (!thrown)
                         thrown = Throws([&] { parser->EndParse(); });

@@ -35,7 +35,7 @@ struct MetaRow {
     StringNS::CharSet::Code charset;
 };
 
-/// The row, and behind the tag text, for an 8-bit observer: the charset in force, and one `OnCharset` right behind the tag or none.
+/// The row, and after the tag text, for an 8-bit observer: the charset in force, and one `OnCharset` right after the tag or none.
 void CheckMeta(const MetaRow& row) {
     for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
         for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
@@ -82,7 +82,7 @@ TEST(CharsetDiscoveryTest, TheTag) {
         {"any case", "<MeTa CHARset=UTF-8>", 65001},
         {"a blank before the name", "< meta charset=utf-8>", 65001},
         {"blanks around \"=\"", "<meta charset = utf-8>", 65001},
-        {"a line feed behind the name", "<meta\ncharset=\"utf-8\">", 65001},
+        {"a line feed after the name", "<meta\ncharset=\"utf-8\">", 65001},
         {"a longer name", "<metal charset=utf-8>", 0},
         {"a shorter name", "<met charset=utf-8>", 0},
         {"a name with a slash", "<meta/ charset=utf-8>", 0},
@@ -121,11 +121,11 @@ TEST(CharsetDiscoveryTest, TheCharsetAttribute) {
         {"also when it is unknown", "<meta charset=koi8-r charset=x-unknown>", 0},
         {"also when it is empty", "<meta charset=koi8-r charset=''>", 0},
         {"an earlier one without a value is replaced", "<meta charset charset=utf-8>", 65001},
-        {"a bare word behind the value belongs to it", "<meta charset=utf-8 x>", 0},
+        {"a bare word after the value belongs to it", "<meta charset=utf-8 x>", 0},
         {"a name without a value too", "<meta charset=utf-8 charset>", 0},
-        {"behind a quoted value too", "<meta charset='utf-8' x>", 0},
-        {"but not behind the next attribute", "<meta charset=utf-8 a=b x>", 65001},
-        {"nor in front of it", "<meta x charset=utf-8>", 65001},
+        {"after a quoted value too", "<meta charset='utf-8' x>", 0},
+        {"but not after the next attribute", "<meta charset=utf-8 a=b x>", 65001},
+        {"nor before it", "<meta x charset=utf-8>", 65001},
     };
     CheckMetas(rows);
 }
@@ -140,13 +140,13 @@ TEST(CharsetDiscoveryTest, TheContentAttribute) {
         {"\"http-equiv\" alone", "<meta http-equiv='text/html; charset=koi8-r'>", 0},
         {"any case", "<meta CONTENT='TEXT/HTML; CHARSET=KOI8-R'>", 20866},
         {"without quotes", "<meta content=text/html;charset=koi8-r>", 20866},
-        {"without quotes and behind a blank it is an attribute of its own", "<meta content=text/html; charset=koi8-r>", 20866},
+        {"without quotes and after a blank it is an attribute of its own", "<meta content=text/html; charset=koi8-r>", 20866},
         {"no parameter", "<meta content='text/html'>", 0},
         {"an empty value", "<meta content=''>", 0},
         {"no value", "<meta content>", 0},
         {"the later one of two counts", "<meta content='charset=koi8-r' content='charset=utf-8'>", 65001},
         {"even without a charset", "<meta content='charset=koi8-r' content='text/html'>", 0},
-        {"a bare word behind it belongs to it, its quotes too", "<meta content='charset=koi8-r' x>", 0},
+        {"a bare word after it belongs to it, its quotes too", "<meta content='charset=koi8-r' x>", 0},
         {"which leaves other parameters alone", "<meta content='a;charset=koi8-r;b' x>", 20866},
         {"the charset attribute comes first", "<meta charset=utf-8 content='charset=koi8-r'>", 65001},
         {"in any order", "<meta content='charset=koi8-r' charset=utf-8>", 65001},
@@ -166,14 +166,14 @@ TEST(CharsetDiscoveryTest, TheParametersOfContent) {
     };
     const Row rows[] = {
         {"alone", "charset=koi8-r", 20866},
-        {"in front of others", "charset=koi8-r; text/html", 20866},
+        {"before others", "charset=koi8-r; text/html", 20866},
         {"between empty ones", ";;charset=koi8-r;;", 20866},
         {"blanks around it", "  charset=koi8-r  ", 20866},
         {"blanks around both parts", "a;  charset  =  koi8-r  ;b", 20866},
-        {"a tab is no blank, in front of it", "\tcharset=koi8-r", 0},
-        {"behind the name", "charset\t=koi8-r", 0},
-        {"in front of the value", "charset=\tkoi8-r", 0},
-        {"behind it", "charset=koi8-r\t", 0},
+        {"a tab is no blank, before it", "\tcharset=koi8-r", 0},
+        {"after the name", "charset\t=koi8-r", 0},
+        {"before the value", "charset=\tkoi8-r", 0},
+        {"after it", "charset=koi8-r\t", 0},
         {"nor is a line feed", "a;\ncharset=koi8-r", 0},
         {"a blank inside the name", "char set=koi8-r", 0},
         {"quotes are part of the value", "charset=\"koi8-r\"", 0},
@@ -381,7 +381,7 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
          {"start(|meta|{ |charset|=|windows-1252}|)", "charset(1252)"},
          1252,
          28},
-        {"behind declarations that were not applied",
+        {"after declarations that were not applied",
          "<meta charset=x><meta charset=utf-16><meta charset=utf-8><p>",
          {"start(|meta|{ |charset|=|x}|)", "start(|meta|{ |charset|=|utf-16}|)", "start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
          65001,
@@ -478,7 +478,7 @@ TEST(CharsetDiscoveryTest, TheNeedIsRememberedUntilTheNextDocument) {
     EXPECT_EQ(bench.parser.EndParse(), 0U);
 }
 
-TEST(CharsetDiscoveryTest, BytesFedBehindTheStopBreakNothing) {
+TEST(CharsetDiscoveryTest, BytesFedAfterTheStopBreakNothing) {
     for (const char* const more : {"x", ">", "<a>", "</meta>", "/", "'", KOI8_R}) {
         SCOPED_TRACE(more);
         Bench bench;
@@ -497,8 +497,8 @@ TEST(CharsetDiscoveryTest, BytesFedBehindTheStopBreakNothing) {
     }
 }
 
-/// What comes of bytes that are fed behind the stop, the document up to there being fed in two pieces.
-std::string FeedBehindTheStop(std::string_view document, std::size_t cut, std::string_view more) {
+/// What comes of bytes that are fed after the stop, the document up to there being fed in two pieces.
+std::string FeedAfterTheStop(std::string_view document, std::size_t cut, std::string_view more) {
     Bench bench;
     bench.parser.SetObserver(&bench.wide, false);
     bench.Start();
@@ -509,16 +509,16 @@ std::string FeedBehindTheStop(std::string_view document, std::size_t cut, std::s
     return std::to_string(result) + "\n" + std::to_string(endResult) + "\n" + bench.Take();
 }
 
-TEST(CharsetDiscoveryTest, BytesFedBehindTheStopDoNotTellWhereTheTagWasCut) {
+TEST(CharsetDiscoveryTest, BytesFedAfterTheStopDoNotTellWhereTheTagWasCut) {
     for (const std::string_view front : {"", "<a>", "<a b='' />", "<br/>"}) {
         for (const std::string_view tag : {"<meta charset=koi8-r>", "<meta charset='koi8-r' />", "<meta charset=koi8-r/>"}) {
             const std::string document = std::string(front) + "x" + std::string(tag);
             for (const std::string_view more : {"x", "b>y", " b>y", "<b>y", ">", "/>", "/", "'", "</meta>"}) {
                 SCOPED_TRACE(document + more.data());
-                const std::string whole = FeedBehindTheStop(document, front.size() + 1, more);
+                const std::string whole = FeedAfterTheStop(document, front.size() + 1, more);
                 EXPECT_NE(whole.find("koi8-r"), std::string::npos);
                 for (std::size_t cut = 0; cut < document.size(); ++cut)
-                    EXPECT_EQ(FeedBehindTheStop(document, cut, more), whole) << "cut at " << cut;
+                    EXPECT_EQ(FeedAfterTheStop(document, cut, more), whole) << "cut at " << cut;
             }
         }
     }
@@ -582,7 +582,7 @@ TEST(CharsetDiscoveryTest, AFailedConversionCountsToo) {
 TEST(CharsetDiscoveryTest, WhatCountsAsAConversion) {
     struct Row {
         const char* note;
-        const char* first;  ///< for the wide observer; the declaration behind it goes to an 8-bit one
+        const char* first;  ///< for the wide observer; the declaration after it goes to an 8-bit one
         bool converts;
     };
     const Row rows[] = {

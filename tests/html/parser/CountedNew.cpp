@@ -10,7 +10,7 @@
 
 namespace {
 
-// In front of each block lies its size, in the space of one maximal alignment.
+// Before each block lies its size, in the space of one maximal alignment.
 constexpr std::size_t HEAD_SIZE = alignof(std::max_align_t) > sizeof(std::size_t) ? alignof(std::max_align_t) : sizeof(std::size_t);
 
 std::size_t allocations = 0;

@@ -489,7 +489,7 @@ TEST(DeliveryTest, ACharsetErrorIsAReplacementInWhatAWideObserverGets) {
         {"beside an invalid byte in another string of the tag", 65001, "<a b='\xEF\xBF\xBD' c='\xFF'>", true},
         {"UTF-8, valid text", 65001, "\xC3\xA9\xF0\x9F\x98\x80", false},
         {"UTF-8, a character that the end of the token cuts", 65001, "\xC3<a>", true},
-        {"UTF-8, an invalid byte behind a NUL", 65001, std::string("\0\xFF", 2), true},
+        {"UTF-8, an invalid byte after a NUL", 65001, std::string("\0\xFF", 2), true},
         {"1252 has a character for every byte", 1252, "\x81\xFF\xEF\xBF\xBD", false},
         {"20127 has none from 128 up", 20127, "\x80", true},
         {"20127, the bytes EF BF BD are an error like any other", 20127, "\xEF\xBF\xBD", true},
@@ -556,7 +556,7 @@ TEST(DeliveryTest, CharsetErrorsBelongToOneDocument) {
 }
 
 TEST(DeliveryTest, ThePlaceInsideACallback) {
-    // The parser stands behind the token; behind text it has also read the character that ended it.
+    // The parser stands after the token; after text it has also read the character that ended it.
     struct Step {
         const char* line;
         std::uint64_t lineNumber;

@@ -244,7 +244,7 @@ Lines TokensOf(std::size_t size) {
     return {"start-parsing", "start(|p||)", "text(" + std::string(size - 7, 'x') + ")", "end(|p|||)"};
 }
 
-TEST(LateDetectionTest, TheDetectorsAnswersBehindAStream) {
+TEST(LateDetectionTest, TheDetectorsAnswersAfterAStream) {
     for (const AnswerRow& row : ANSWERS) {
         for (const bool owned : {false, true}) {
             SCOPED_TRACE(row.note);
@@ -428,7 +428,7 @@ TEST(LateDetectionTest, AStreamThatCannotBeReadAgainIsNotDetected) {
     }
 }
 
-TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainBehindAnAnswerOfNoUse) {
+TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainAfterAnAnswerOfNoUse) {
     for (const bool owned : {false, true}) {
         const ScriptedDetector detector(Answer(20127));
         Lines lines;

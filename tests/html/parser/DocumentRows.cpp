@@ -24,7 +24,7 @@ std::size_t EscapedLength(std::string_view text, std::size_t index) {
     return text[index + 1] == 'x' ? 4 : text[index + 1] == 'u' ? 6 : 2;
 }
 
-/// The junk of an 8-bit document as the wide parser finds it: the high byte behind each low one.
+/// The junk of an 8-bit document as the wide parser finds it: the high byte after each low one.
 std::string WidenJunk(const std::string& line) {
     std::string widened(JUNK);
     for (std::size_t i = JUNK.size(); i + 1 < line.size();) {

@@ -49,7 +49,7 @@ struct BrokenRow {
     Lines tokens;               ///< read from a stream
     Lines tokensWithoutStream;  ///< fed by `ParseBuffer`, up to the failure
     std::uint32_t parseResult;  ///< of the `ParseBuffer` that meets the failure, 0 when the end of the input is the failure
-    std::uint32_t endResult;    ///< of `EndParse` behind it
+    std::uint32_t endResult;    ///< of `EndParse` after it
     std::size_t uncut = 0;      ///< no cut falls here, between the two characters of an opener; 0 for no such place
     HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
 };

@@ -26,13 +26,13 @@ constexpr std::uint32_t HOST_CODE = 4711;  // a failure that only the host's str
 
 TEST(JunkRecoveryTest, ConstructsThatFail) {
     const BrokenRow rows[] = {
-        {"a slash and a blank behind an attribute",
+        {"a slash and a blank after an attribute",
          "x<a b / >y<c>",
          {"text(x)", "junk(<a b / )", "junk(>y)", "start(|c||)"},
          {"text(x)"},
          11,
          16},
-        {"the same behind a value", "<a b=1 / c>d", {"junk(<a b=1 / )", "junk(c>d)"}, {}, 11, 16},
+        {"the same after a value", "<a b=1 / c>d", {"junk(<a b=1 / )", "junk(c>d)"}, {}, 11, 16},
         {"a value that is a slash", "<a href=/>y", {"junk(<a href=/)", "junk(>y)"}, {}, 11, 16},
         {"a slash that is followed by a blank, not by \">\"", "<a b/ c>d", {"junk(<a b/ )", "junk(c>d)"}, {}, 11, 16},
         {"an end tag with a slash and a blank", "</div / >x", {"junk(</div / )", "junk(>x)"}, {}, 11, 16},
@@ -41,15 +41,15 @@ TEST(JunkRecoveryTest, ConstructsThatFail) {
         {"a \"<![\" with an unknown word", "a<![x[<c>", {"text(a)", "junk(<![x)", "junk([)", "start(|c||)"}, {"text(a)"}, 11, 16},
         {"a \"<![\" without a word", "<![[x]]>", {"junk(<![)", "junk([x]]>)"}, {}, 11, 16},
         {"two failures in a row", "<!-<!-<a>", {"junk(<!-)", "junk(<!-)", "start(|a||)"}, {}, 11, 16},
-        {"junk behind junk up to the next \"<\"",
+        {"junk after junk up to the next \"<\"",
          "<a b / >1<a b / >2",
          {"junk(<a b / )", "junk(>1)", "junk(<a b / )", "junk(>2)"},
          {},
          11,
          16},
-        {"an end tag behind junk", "<a b / ></a>", {"junk(<a b / )", "junk(>)", "end(|a|||)"}, {}, 11, 16},
-        {"a script behind junk", "<!-<script>'", {"junk(<!-)", "start(|script||)", "js-start", "junk(')"}, {}, 11, 16},
-        {"text never comes right behind junk", "<!-x'y", {"junk(<!-)", "junk(x'y)"}, {}, 11, 16},
+        {"an end tag after junk", "<a b / ></a>", {"junk(<a b / )", "junk(>)", "end(|a|||)"}, {}, 11, 16},
+        {"a script after junk", "<!-<script>'", {"junk(<!-)", "start(|script||)", "js-start", "junk(')"}, {}, 11, 16},
+        {"text never comes right after junk", "<!-x'y", {"junk(<!-)", "junk(x'y)"}, {}, 11, 16},
         {"line feeds in junk are counted",
          "<a\nb\n/\n>\n\n<c>\n",
          {"junk(<a\\nb\\n/\\n)", "junk(>\\n\\n)", "start(|c||)", "text(\\n)"},
@@ -66,12 +66,12 @@ TEST(JunkRecoveryTest, ConstructsThatTheInputLeavesOpen) {
         {"a \"<\"", "a<", {"text(a)", "junk(<)"}, {"text(a)"}, 0, 16},
         {"only a \"<\"", "<", {"junk(<)"}, {}, 0, 16},
         {"a tag name", "<b", {"junk(<b)"}, {}, 0, 16},
-        {"a tag name behind a blank", "< b", {"junk(< b)"}, {}, 0, 16},
+        {"a tag name after a blank", "< b", {"junk(< b)"}, {}, 0, 16},
         {"an attribute", "x<div class=", {"text(x)", "junk(<div class=)"}, {"text(x)"}, 0, 16},
         {"a value", "<div class=a", {"junk(<div class=a)"}, {}, 0, 16},
         {"a quoted value", "<div class='a>\n</div>", {"junk(<div class='a>\\n</div>)"}, {}, 0, 16},
         {"a slash of a short tag", "<br /", {"junk(<br /)"}, {}, 0, 16},
-        {"a slash behind a name", "<br/", {"junk(<br/)"}, {}, 0, 16},
+        {"a slash after a name", "<br/", {"junk(<br/)"}, {}, 0, 16},
         {"an end tag without a name", "</", {"junk(</)"}, {}, 0, 16},
         {"an end tag", "<a></div", {"start(|a||)", "junk(</div)"}, {"start(|a||)"}, 0, 16},
         {"an end tag with a slash", "</div a /", {"junk(</div a /)"}, {}, 0, 16},
@@ -79,7 +79,7 @@ TEST(JunkRecoveryTest, ConstructsThatTheInputLeavesOpen) {
         {"a \"<!\"", "a<!", {"text(a)", "junk(<!)"}, {"text(a)"}, 0, 16},
         {"a \"<!-\"", "a<!-", {"text(a)", "junk(<!-)"}, {"text(a)"}, 0, 16},
         {"a \"<![\"", "a<![", {"text(a)", "junk(<![)"}, {"text(a)"}, 0, 16},
-        {"a word behind \"<![\"", "a<![cd", {"text(a)", "junk(<![cd)"}, {"text(a)"}, 0, 16},
+        {"a word after \"<![\"", "a<![cd", {"text(a)", "junk(<![cd)"}, {"text(a)"}, 0, 16},
     };
     CheckRows(rows);
 }
@@ -203,7 +203,7 @@ TEST(JunkRecoveryTest, LongOpenConstructsAreKeptFromAnOwnedStream) {
 }
 
 TEST(JunkRecoveryTest, OffsetsCountFromTheStartOfTheStream) {
-    // The stream stands behind 1,000 bytes that are not part of the document, or its first byte has a high offset.
+    // The stream stands after 1,000 bytes that are not part of the document, or its first byte has a high offset.
     const std::string document = "ab<c d / >e<f g='";
     const Lines tokens = {"text(ab)", "junk(<c d / )", "junk(>e)", "junk(<f g=')"};
     for (const Route& route : ROUTES) {
@@ -234,7 +234,7 @@ TEST(JunkRecoveryTest, OffsetsCountFromTheStartOfTheStream) {
     }
 }
 
-TEST(JunkRecoveryTest, OffsetsCountBehindAMark) {
+TEST(JunkRecoveryTest, OffsetsCountAfterAMark) {
     struct Row {
         const char* note;
         std::string bytes;
@@ -296,7 +296,7 @@ struct Bench {
     GenericParser parser;
 };
 
-TEST(JunkRecoveryTest, AHostsPieceBehindAStreamCannotBeReadAgain) {
+TEST(JunkRecoveryTest, AHostsPieceAfterAStreamCannotBeReadAgain) {
     Bench bench;
     VFS::MemoryInputStream stream("x<a b");
     EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
@@ -318,7 +318,7 @@ TEST(JunkRecoveryTest, AnOpenConstructThatReachesIntoAHostsPieceCannotBeReadAgai
     }
 }
 
-TEST(JunkRecoveryTest, AnEmptyPieceBehindAStreamChangesNothing) {
+TEST(JunkRecoveryTest, AnEmptyPieceAfterAStreamChangesNothing) {
     for (const bool owned : {false, true}) {
         Bench bench;
         auto stream = std::make_unique<VFS::MemoryInputStream>("x<a b");
@@ -347,7 +347,7 @@ TEST(JunkRecoveryTest, AConstructThatBeganInAHostsPieceCannotBeReadAgain) {
     EXPECT_EQ(open.Take(), "text(x)\n");
 }
 
-TEST(JunkRecoveryTest, AConstructThatBeginsBehindAHostsPieceIsReadAgain) {
+TEST(JunkRecoveryTest, AConstructThatBeginsAfterAHostsPieceIsReadAgain) {
     Bench bench;
     EXPECT_EQ(bench.Feed("xyz<b>"), 0U);
     VFS::MemoryInputStream stream("x<a b / >y<c");
@@ -501,7 +501,7 @@ StreamRun RunStream(std::unique_ptr<FaultyInputStream> stream, bool owned, Strin
     run.destructionsBeforeEnd = run.destructions;
     run.endResult = bench.parser.EndParse();
     run.lines = bench.Take();
-    // A borrowed stream is not needed behind `EndParse`.
+    // A borrowed stream is not needed after `EndParse`.
     stream.reset();
     return run;
 }
@@ -511,7 +511,7 @@ std::unique_ptr<FaultyInputStream> MakeFaulty(const std::string& bytes, std::uin
         std::make_unique<BoundedInputStream>(bytes, OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(pieceSize))));
 }
 
-/// A document and the lines in front of the construct that would have to be read again.
+/// A document and the lines before the construct that would have to be read again.
 struct Started {
     const char* bytes;
     const char* lines;
@@ -869,7 +869,7 @@ TEST(JunkRecoveryTest, AfterAFailureTheNextDocumentIsSound) {
 }
 
 TEST(JunkRecoveryTest, WhateverFollowsAFailureHasACodeAndAnEnd) {
-    // Bytes fed behind a failure give a result code, and nothing but a new document is promised; nothing may break.
+    // Bytes fed after a failure give a result code, and nothing but a new document is promised; nothing may break.
     for (const char* const broken : {"<a b / >", "</a / >", "<!-x", "<![x[", "<!x<", "<?xml>", "<script>//<!-x"}) {
         for (const char* const more : {"x", ">", "<a>", "/", "'", "<", "</script>"}) {
             SCOPED_TRACE(std::string(broken) + " and then " + more);

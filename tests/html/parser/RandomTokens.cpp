@@ -62,7 +62,7 @@ std::string RandomTokens::Phrase() {
     return Text(Length());
 }
 
-/// With the white space in front of it.
+/// With the white space before it.
 std::string RandomTokens::Attribute() {
     const std::string start = Join({Space(), Word()});
     const std::string equals = Join({OptionalSpace(), "=", OptionalSpace()});

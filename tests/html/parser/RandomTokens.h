@@ -18,7 +18,7 @@ public:
     /// The next token or, for a script or a style sheet, the next element. Nothing in it is junk.
     std::string Next();
 
-    /// A construct that is given up, and is junk together with the text behind it.
+    /// A construct that is given up, and is junk together with the text after it.
     std::string NextJunk();
 
     /// Tokens of which each has the same meaning for the stateless parser.

@@ -73,7 +73,7 @@ std::set<CharSet::Code> GetCodes() {
     return codes;
 }
 
-TEST(RecordConverterTest, EveryAsciiByteAloneAndInFrontOfEveryByte) {
+TEST(RecordConverterTest, EveryAsciiByteAloneAndBeforeEveryByte) {
     for (const CharSet::Code code : GetCodes()) {
         Comparison<char, std::string> comparison(code);
         comparison.Check("");
@@ -89,7 +89,7 @@ TEST(RecordConverterTest, EveryAsciiByteAloneAndInFrontOfEveryByte) {
     }
 }
 
-TEST(RecordConverterTest, EveryAsciiUnitAloneAndInFrontOfOthers) {
+TEST(RecordConverterTest, EveryAsciiUnitAloneAndBeforeOthers) {
     for (const CharSet::Code code : GetCodes()) {
         Comparison<WideChar, WideString> comparison(code);
         comparison.Check(WideString());
@@ -105,7 +105,7 @@ TEST(RecordConverterTest, EveryAsciiUnitAloneAndInFrontOfOthers) {
     }
 }
 
-TEST(RecordConverterTest, RunsBehindAndInFrontOfWhatIsNotAscii) {
+TEST(RecordConverterTest, RunsAfterAndBeforeWhatIsNotAscii) {
     const std::string_view parts[] = {
         "0123456789abcdef", "~",     "{",        "\\",       "\x1B(J",       "\x1B$B",           "\x0E", "\x0F", "+", "&AOk-", "\n", "\x80",
         "\x81\x5C",         "\x83~", "\xA4\xA2", "\xC3\xA9", "\xE3\x81\x82", "\xF0\x9F\x98\x80", "\xF0", "\xFF",

@@ -346,7 +346,7 @@ bool EndsWith(std::string_view text, std::string_view back) {
     return text.size() >= back.size() && text.substr(text.size() - back.size()) == back;
 }
 
-/// The part of a line of a conditional section in front of its tail, and the part behind it.
+/// The part of a line of a conditional section before its tail, and the part after it.
 struct ConditionalLine {
     explicit ConditionalLine(std::string_view line) {
         if (!StartsWith(line, "conditional("))
@@ -373,7 +373,7 @@ bool IsJunkComment(std::string_view line) {
            StartsWith(line, "junk(/\\x00*");
 }
 
-/// The bytes of junk without the slashes in front of them: a comment in a script that begins with several loses only one at a cut.
+/// The bytes of junk without the slashes before them: a comment in a script that begins with several loses only one at a cut.
 std::string WithoutSlashes(std::string bytes) {
     while (StartsWith(bytes, "/"))
         bytes.erase(0, StartsWith(bytes, "/\\x00") ? 5 : 1);
@@ -395,14 +395,14 @@ struct Oddities {
         }
     }
 
-    bool losesTail = false;       ///< a conditional section is open behind its bracket
+    bool losesTail = false;       ///< a conditional section is open after its bracket
     bool hasTail = false;         ///< a conditional section has a tail, which a cut may shorten
-    bool movesBlank = false;      ///< an XML declaration with a blank behind, or in front of, its slash
+    bool movesBlank = false;      ///< an XML declaration with a blank after, or before, its slash
     bool hasJunkComment = false;  ///< a comment of a script became junk, whose opener may be cut
     bool hasBody = false;         ///< a comment, CDATA or conditional section has a body, which the wide serializer halves
 };
 
-/// The lines without what a cut may change: the tails of conditional sections and the slashes in front of junk.
+/// The lines without what a cut may change: the tails of conditional sections and the slashes before junk.
 std::string WhatNoCutChanges(const DocumentRun& run) {
     std::string text;
     for (const std::string& line : run.trace) {

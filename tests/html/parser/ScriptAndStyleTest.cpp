@@ -47,22 +47,21 @@ TEST(ScriptAndStyleTest, WhatBeginsAndEndsThem) {
         {"an unclosed end tag is a tag",
          "<script></script<p>",
          {"start(|script||)", "js-start", "end(|script|||, open)", "js-end", "start(|p||)"}},
-        {"a slash behind the end tag's name",
+        {"a slash after the end tag's name",
          "<script></script />x",
          {"start(|script||)", "js-start", "end(|script| ||, slash)", "js-end", "text(x)"}},
-        {"script behind script",
+        {"script after script",
          "<script>'</script><script>'\"</script>\"</script>x",
          {"start(|script||)", "js-start", "s-string(</script><script>)", "d-string(</script>)", "end(|script|||)", "js-end", "text(x)"}},
         {"the input may end in a script", "<script>x", {"start(|script||)", "js-start", "text(x)"}},
         {"and in a style", "<style>x", {"start(|style||)", "css-start", "text(x)"}},
-        {"or right behind the tag", "<script>", {"start(|script||)", "js-start"}},
+        {"or right after the tag", "<script>", {"start(|script||)", "js-start"}},
     };
     CheckRows(rows);
 }
 
 TEST(ScriptAndStyleTest, ANulIsNoEndOfTheName) {
-    const DocumentRow row{
-        "a NUL behind \"script\"", std::string("<script\0><b>'", 13), {"start(|script\\x00||)", "start(|b||)", "text(')"}};
+    const DocumentRow row{"a NUL after \"script\"", std::string("<script\0><b>'", 13), {"start(|script\\x00||)", "start(|b||)", "text(')"}};
     for (const Route& route : {NARROW_TO_NARROW, NARROW_TO_WIDE, WIDE_TO_WIDE})
         CheckRow(row, route);
 }
@@ -84,22 +83,22 @@ TEST(ScriptAndStyleTest, TagsThatAreTextInScript) {
     const Row rows[] = {
         {"a comparison", "if(a<b)x='</b>';", {"text(if(a)", "text(<b)x=)", "s-string(</b>)", "text(;)"}},
         {"a start tag", "<p>x", {"text(<p>x)"}},
-        {"a start tag behind text", "a<p>", {"text(a)", "text(<p>)"}},
+        {"a start tag after text", "a<p>", {"text(a)", "text(<p>)"}},
         {"a short tag", "a<br/>b", {"text(a)", "text(<br)", "text(/>b)"}},
         {"two \"<\"", "a<<b", {"text(a)", "text(<)", "text(<b)"}},
-        {"a \"<\" in front of a string", "a<'b'", {"text(a)", "text(<)", "s-string(b)"}},
+        {"a \"<\" before a string", "a<'b'", {"text(a)", "text(<)", "s-string(b)"}},
         {"a declaration", "a<!b>", {"text(a)", "text(<!b>)"}},
         {"a processing instruction", "a<?b?>", {"text(a)", "text(<?b?>)"}},
         {"a foreign end tag", "x</p>", {"text(x)", "text(</p>)"}},
         {"a foreign end tag with everything in it", "x</ p\ta = 'b'  c=\"d\" />y", {"text(x)", "text(</ p\\ta = 'b'  c=\"d\" />y)"}},
         {"a foreign end tag that is not closed", "x</b", {"text(x)", "text(</b)"}},
         {"a foreign end tag that takes words up", "</p a=1 b c>;", {"text(</p a=1 b c>;)"}},
-        {"a foreign end tag with a slash behind a value", "</p a=1/>", {"text(</p a=1/>)"}},
+        {"a foreign end tag with a slash after a value", "</p a=1/>", {"text(</p a=1/>)"}},
         {"an end tag without a name", "</>", {"text(</>)"}},
         {"the end tag of style", "a</style>b", {"text(a)", "text(</style>b)"}},
         {"a longer name", "a</scripts>b", {"text(a)", "text(</scripts>b)"}},
         {"a name that ends with a slash", "a</script/>b", {"text(a)", "text(</script/>b)"}},
-        {"text goes on behind a foreign end tag", "a</b>c</d>e", {"text(a)", "text(</b>c)", "text(</d>e)"}},
+        {"text goes on after a foreign end tag", "a</b>c</d>e", {"text(a)", "text(</b>c)", "text(</d>e)"}},
     };
     for (const Row& row : rows) {
         const std::string script = row.script;
@@ -141,7 +140,7 @@ TEST(ScriptAndStyleTest, RegularExpressionsAreText) {
     const Row rows[] = {
         {"the closing slash begins the next text", "x=/ab+/g", {"text(x=)", "text(/ab+)", "text(/g)"}},
         {"quotes inside", "x=/'\"/;'a'", {"text(x=)", "text(/'\")", "text(/;'a')"}},
-        {"a quote behind a line feed is a string again", "x=/'/\n'a'", {"text(x=)", "text(/')", "text(/)", "text(\\n)", "s-string(a)"}},
+        {"a quote after a line feed is a string again", "x=/'/\n'a'", {"text(x=)", "text(/')", "text(/)", "text(\\n)", "s-string(a)"}},
         {"an escaped slash", "/a\\/b/ \n", {"text(/a\\\\/b)", "text(/ )", "text(\\n)"}},
         {"an escaped backslash", "/\\\\/\n", {"text(/\\\\\\\\)", "text(/)", "text(\\n)"}},
         {"a division", "a/b\nc", {"text(a)", "text(/b)", "text(\\nc)"}},
@@ -149,7 +148,7 @@ TEST(ScriptAndStyleTest, RegularExpressionsAreText) {
         {"a line feed ends it, escaped as well", "/a\\\nb", {"text(/a\\\\)", "text(\\nb)"}},
         {"so does \"<\"", "/a<b/", {"text(/a)", "text(<b)", "text(/)"}},
         {"a slash in brackets ends it", "/[/]/\n", {"text(/[)", "text(/])", "text(/)", "text(\\n)"}},
-        {"a lone slash in front of the end tag", "a/", {"text(a)", "text(/)"}},
+        {"a lone slash before the end tag", "a/", {"text(a)", "text(/)"}},
     };
     for (const Row& row : rows) {
         const std::string script = row.script;
@@ -180,7 +179,7 @@ TEST(ScriptAndStyleTest, Style) {
         {"the end tag of script is text", "<style>a</script>b</style>", InStyle({"text(a)", "text(</script>b)"})},
         {"the end tag of style in a script is text", "<script></style>'</script>'</script>",
          InScript({"text(</style>)", "s-string(</script>)"})},
-        {"a script behind a style",
+        {"a script after a style",
          "<style>a/b</style><script>a/b</script>",
          {"start(|style||)", "css-start", "text(a/b)", "end(|style|||)", "css-end", "start(|script||)", "js-start", "text(a)", "text(/b)",
           "end(|script|||)", "js-end"}},

@@ -46,7 +46,7 @@ TEST(ScriptCommentTest, BlockComments) {
     const ContentRow rows[] = {
         {"between text", "a/*b*/c", {"text(a)", "c-comment(b)", "text(c)"}},
         {"an empty one", "/**/", {"c-comment()"}},
-        {"an asterisk in front of the end", "/* a **/", {"c-comment( a *)"}},
+        {"an asterisk before the end", "/* a **/", {"c-comment( a *)"}},
         {"three asterisks", "/***/", {"c-comment(*)"}},
         {"the opener's asterisk is not the end's", "/*/a*/", {"c-comment(/a)"}},
         {"asterisks and slashes inside", "/* * / */", {"c-comment( * / )"}},
@@ -75,16 +75,16 @@ TEST(ScriptCommentTest, LineComments) {
         {"comment openers inside", "//a//b/*c\nd*/", {"cpp-comment(a//b/*c)", "text(\\nd*)", "text(/)"}},
         {"three slashes", "///a\n", {"cpp-comment(/a)", "text(\\n)"}},
         {"quotes inside", "//it's \"\n'a'", {"cpp-comment(it's \")", "text(\\n)", "s-string(a)"}},
-        {"a line comment behind a line comment", "//a\n//b\n", {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
-        {"a block comment behind a line comment", "//a\n/*b*/", {"cpp-comment(a)", "text(\\n)", "c-comment(b)"}},
-        {"a line comment behind a block comment", "/*a*///b\n", {"c-comment(a)", "cpp-comment(b)", "text(\\n)"}},
+        {"a line comment after a line comment", "//a\n//b\n", {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
+        {"a block comment after a line comment", "//a\n/*b*/", {"cpp-comment(a)", "text(\\n)", "c-comment(b)"}},
+        {"a line comment after a block comment", "/*a*///b\n", {"c-comment(a)", "cpp-comment(b)", "text(\\n)"}},
         {"an address", "x=http://a/b\n", {"text(x=http:)", "cpp-comment(a/b)", "text(\\n)"}},
         {"tags inside", "//a<b c='d'>e\n", {"cpp-comment(a<b c='d'>e)", "text(\\n)"}},
         {"an end tag inside", "// a </b> c\n", {"cpp-comment( a </b> c)", "text(\\n)"}},
         {"the end tag of the script too", "//</script>\n'a'", {"cpp-comment(</script>)", "text(\\n)", "s-string(a)"}},
         {"a declaration inside", "//<!a>\n", {"cpp-comment(<!a>)", "text(\\n)"}},
         {"a processing instruction inside", "//<?a?>\n", {"cpp-comment(<?a?>)", "text(\\n)"}},
-        {"a \"<\" in front of the line feed", "//<\n", {"cpp-comment(<)", "text(\\n)"}},
+        {"a \"<\" before the line feed", "//<\n", {"cpp-comment(<)", "text(\\n)"}},
         {"a \"</\"", "//</\n", {"cpp-comment(</)", "text(\\n)"}},
         {"a \"<!\"", "//<!\n", {"cpp-comment(<!)", "text(\\n)"}},
         {"a \"<?\"", "//<?\n", {"cpp-comment(<?)", "text(\\n)"}},
@@ -107,9 +107,9 @@ TEST(ScriptCommentTest, SectionsThatEndALineComment) {
          "//a<![if b]>c<![EndIf]>d",
          {"cpp-comment(a)", "conditional(if| b|)", "text(c)", "conditional(EndIf||)", "text(d)"}},
         {"an end of one", "//<![endif]>//a\n", {"cpp-comment()", "conditional(endif||)", "cpp-comment(a)", "text(\\n)"}},
-        {"behind a \"<\"", "//<<!--a-->", {"cpp-comment(<)", "comment(a)"}},
-        {"behind a \"<!\"", "//<!<!--a-->", {"cpp-comment(<!)", "comment(a)"}},
-        {"behind an end tag", "//</a><!--b-->", {"cpp-comment(</a>)", "comment(b)"}},
+        {"after a \"<\"", "//<<!--a-->", {"cpp-comment(<)", "comment(a)"}},
+        {"after a \"<!\"", "//<!<!--a-->", {"cpp-comment(<!)", "comment(a)"}},
+        {"after an end tag", "//</a><!--b-->", {"cpp-comment(</a>)", "comment(b)"}},
         {"one section after the other",
          "//a<!--b-->//c<![CDATA[d]]>//e<![if f]>//g\n",
          {"cpp-comment(a)", "comment(b)", "cpp-comment(c)", "cdata(CDATA|[d)", "cpp-comment(e)", "conditional(if| f|)", "cpp-comment(g)",
@@ -120,7 +120,7 @@ TEST(ScriptCommentTest, SectionsThatEndALineComment) {
     CheckInside("script", rows);
 }
 
-TEST(ScriptCommentTest, SectionsBehindALineCommentThatTheInputLeavesOpen) {
+TEST(ScriptCommentTest, SectionsAfterALineCommentThatTheInputLeavesOpen) {
     const DocumentRow rows[] = {
         {"a comment", "<script>//a<!--b-", Open("script") + Lines{"cpp-comment(a)", "comment(b-, open)"}},
         {"a CDATA section", "<script>//a<![CDATA[b]", Open("script") + Lines{"cpp-comment(a)", "cdata(CDATA|[b], open)"}},
@@ -132,10 +132,10 @@ TEST(ScriptCommentTest, SectionsBehindALineCommentThatTheInputLeavesOpen) {
 TEST(ScriptCommentTest, StyleHasNoLineComments) {
     const ContentRow rows[] = {
         {"two slashes", "a//b\n'c'", {"text(a//b\\n)", "s-string(c)"}},
-        {"a block comment behind a slash", "a//*b*/c", {"text(a/)", "c-comment(b)", "text(c)"}},
+        {"a block comment after a slash", "a//*b*/c", {"text(a/)", "c-comment(b)", "text(c)"}},
         {"an address", "url(http://a)/*b*/", {"text(url(http://a))", "c-comment(b)"}},
-        {"a slash in front of a string", "a/'b'", {"text(a/)", "s-string(b)"}},
-        {"a section behind two slashes", "//<!--a-->", {"text(//)", "comment(a)"}},
+        {"a slash before a string", "a/'b'", {"text(a/)", "s-string(b)"}},
+        {"a section after two slashes", "//<!--a-->", {"text(//)", "comment(a)"}},
     };
     CheckInside("style", rows);
 }
@@ -143,14 +143,14 @@ TEST(ScriptCommentTest, StyleHasNoLineComments) {
 TEST(ScriptCommentTest, OutsideOfScriptAndStyleTheyAreText) {
     const DocumentRow rows[] = {
         {"block and line comments", "a/*b*///c\n<d>/*<e>*/", {"text(a/*b*///c\\n)", "start(|d||)", "text(/*)", "start(|e||)", "text(*/)"}},
-        {"behind a script", "<script>/*a*/</script>/*b*/", Inside("script", {"c-comment(a)"}) + Lines{"text(/*b*/)"}},
+        {"after a script", "<script>/*a*/</script>/*b*/", Inside("script", {"c-comment(a)"}) + Lines{"text(/*b*/)"}},
     };
     CheckRows(rows);
 }
 
 TEST(ScriptCommentTest, BesideRegularExpressions) {
     const ContentRow rows[] = {
-        {"an asterisk behind the slash makes it a comment", "x=/*a*/1", {"text(x=)", "c-comment(a)", "text(1)"}},
+        {"an asterisk after the slash makes it a comment", "x=/*a*/1", {"text(x=)", "c-comment(a)", "text(1)"}},
         {"a comment's end is no expression", "/*a*/ /b/\n", {"c-comment(a)", "text( )", "text(/b)", "text(/)", "text(\\n)"}},
         {"an expression cannot hold \"//\"", "/a//b\n", {"text(/a)", "cpp-comment(b)", "text(\\n)"}},
         {"its end and an asterisk open a comment", "/a/*b*/", {"text(/a)", "c-comment(b)"}},
@@ -161,27 +161,27 @@ TEST(ScriptCommentTest, BesideRegularExpressions) {
 
 // No cut between the two characters of the opener: see the next table.
 TEST(ScriptCommentTest, CommentsThatTheInputLeavesOpen) {
-    constexpr std::size_t BEHIND_SCRIPT = 9;  // between the two characters that follow "<script>"
-    constexpr std::size_t BEHIND_STYLE = 8;
+    constexpr std::size_t AFTER_SCRIPT = 9;  // between the two characters that follow "<script>"
+    constexpr std::size_t AFTER_STYLE = 8;
     const Lines script = Open("script");
     const Lines style = Open("style");
     const BrokenRow rows[] = {
-        {"a block comment", "<script>/*a", script + Lines{"junk(/*a)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind its opener", "<script>/*", script + Lines{"junk(/*)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind an asterisk", "<script>/*a\n*", script + Lines{"junk(/*a\\n*)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"tags inside", "<script>/*</script><b", script + Lines{"junk(/*</script><b)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"in a style", "<style>/*a*", style + Lines{"junk(/*a*)"}, style, 0, 16, BEHIND_STYLE},
-        {"a line comment", "<script>//a", script + Lines{"junk(//a)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind its opener", "<script>//", script + Lines{"junk(//)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind a \"<\"", "<script>//a<", script + Lines{"junk(//a<)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind a \"<!\"", "<script>//a<!", script + Lines{"junk(//a<!)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind a \"<!-\"", "<script>//a<!-", script + Lines{"junk(//a<!-)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"a block comment", "<script>/*a", script + Lines{"junk(/*a)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after its opener", "<script>/*", script + Lines{"junk(/*)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after an asterisk", "<script>/*a\n*", script + Lines{"junk(/*a\\n*)"}, script, 0, 16, AFTER_SCRIPT},
+        {"tags inside", "<script>/*</script><b", script + Lines{"junk(/*</script><b)"}, script, 0, 16, AFTER_SCRIPT},
+        {"in a style", "<style>/*a*", style + Lines{"junk(/*a*)"}, style, 0, 16, AFTER_STYLE},
+        {"a line comment", "<script>//a", script + Lines{"junk(//a)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after its opener", "<script>//", script + Lines{"junk(//)"}, script, 0, 16, AFTER_SCRIPT},
+        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after a \"<\"", "<script>//a<", script + Lines{"junk(//a<)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after a \"<!\"", "<script>//a<!", script + Lines{"junk(//a<!)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after a \"<!-\"", "<script>//a<!-", script + Lines{"junk(//a<!-)"}, script, 0, 16, AFTER_SCRIPT},
+        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16, AFTER_SCRIPT},
     };
     CheckRows(rows);
     const BrokenRow behindText[] = {
-        {"behind text", "<script>x /*a", script + Lines{"text(x )", "junk(/*a)"}, script + Lines{"text(x )"}, 0, 16, 11},
+        {"after text", "<script>x /*a", script + Lines{"text(x )", "junk(/*a)"}, script + Lines{"text(x )"}, 0, 16, 11},
     };
     CheckRows(behindText);
 }
@@ -194,13 +194,13 @@ TEST(ScriptCommentTest, LineCommentsThatFail) {
          script + Lines{"junk(// a <!-)", "junk(x\\n'b)", "end(|script|||)", "js-end", "text(c)"}, script, 11, 16, OPENER},
         {"an unknown word", "<script>//<![x[<a", script + Lines{"junk(//<![x)", "junk([)", "text(<a)"}, script, 11, 16, OPENER},
         {"no word", "<script>//<![[", script + Lines{"junk(//<![)", "junk([)"}, script, 11, 16, OPENER},
-        {"a line feed behind \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16, OPENER},
-        {"a line feed behind the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11, 16, OPENER},
+        {"a line feed after \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16, OPENER},
+        {"a line feed after the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11, 16, OPENER},
     };
     CheckRows(rows);
 }
 
-// A table of its own: where the opener is cut, the slash in front of the cut is lost when the comment becomes junk.
+// A table of its own: where the opener is cut, the slash before the cut is lost when the comment becomes junk.
 TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
     struct Row {
         const char* note;
@@ -245,7 +245,7 @@ TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
     }
 }
 
-// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does it in front of anything else.
+// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does it before anything else.
 TEST(ScriptCommentTest, ASlashAtTheEndOfAPieceIsJudgedByTheNextOne) {
     const ContentRow rows[] = {
         {"no comment", "a/b\n", {"text(a)", "text(/b)", "text(\\n)"}},

@@ -118,7 +118,7 @@ TEST(ByteOrderMarkTest, MarksAndWhatIsNone) {
          1252},
         {"FF, then EF BB BF", {"\xFF", "\xEF\xBB\xBF<b>"}, {"start-parsing", "text(\\xEF\\xBB\\xBF)", "start(|b||)"}, 0, 1252},
         {"a big-endian mark is none", {"\xFE\xFF<b>"}, {"start-parsing", "text(\\xFE\\xFF)", "start(|b||)"}, 0, 1252},
-        {"a mark behind a character is none", {"A\xEF\xBB\xBF<b>"}, {"start-parsing", "text(A\\xEF\\xBB\\xBF)", "start(|b||)"}, 0, 1252},
+        {"a mark after a character is none", {"A\xEF\xBB\xBF<b>"}, {"start-parsing", "text(A\\xEF\\xBB\\xBF)", "start(|b||)"}, 0, 1252},
         {"empty pieces before and inside the mark",
          {"", "\xEF", "", "\xBB", "", "\xBF", "", "<b>"},
          {"start-parsing", "bom(EF BB BF)", "start(|b||)"},
@@ -129,7 +129,7 @@ TEST(ByteOrderMarkTest, MarksAndWhatIsNone) {
          {"start-parsing", "bom(EF BB BF)", "start(|b||)"},
          0,
          65001},
-        {"an odd number of bytes behind a UTF-16 mark", {"\xFF\xFE<"}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
+        {"an odd number of bytes after a UTF-16 mark", {"\xFF\xFE<"}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
         {"an odd number in the piece that ends the mark", {"\xFF", "\xFE<"}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
         {"a later piece with an odd number", {"\xFF\xFE", std::string("<\0p\0>", 5)}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
         {"nothing but empty pieces", {"", ""}, {}, 0, 1252},
@@ -299,7 +299,7 @@ TEST(StartParseTest, WithoutARunningParserTheQueriesHaveTheirOwnAnswers) {
         EXPECT_EQ(std::string(name.begin(), name.end()), "TextSimpleParser");
     }
 
-    // A parser that ran no longer runs behind an automatic `StartParse`.
+    // A parser that ran no longer runs after an automatic `StartParse`.
     EXPECT_EQ(parser.ParseBuffer("a\n\n\0", 4), 0U);
     EXPECT_EQ(parser.StartParse(1250, GenericParser::DATA_STREAM_AUTO), 0U);
     expectNoParser(&parser, 1250);
@@ -482,12 +482,12 @@ TEST(EndParseTest, BytesFedAfterItContinueTheDocument) {
         {"text", "a", 0, "b", 0, "text(a)\nend-parsing\ntext(b)\nend-parsing\n", 1, 3},
         {"tags and lines", "a<b>\nc", 0, "\nd</b>", 0,
          "text(a)\nstart(|b||)\ntext(\\nc)\nend-parsing\ntext(\\nd)\nend(|b|||)\nend-parsing\n", 3, 6},
-        {"behind an open tag the text state is left", "<a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 5},
-        {"behind an open end tag too", "</a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 6},
-        {"behind a \"<\" too", "x<", 16, "b>", 0, "text(x)\ntext(b>)\nend-parsing\n", 1, 5},
+        {"after an open tag the text state is left", "<a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 5},
+        {"after an open end tag too", "</a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 6},
+        {"after a \"<\" too", "x<", 16, "b>", 0, "text(x)\ntext(b>)\nend-parsing\n", 1, 5},
         {"a script goes on", "<script>a", 0, "'</b>'", 0, "start(|script||)\njs-start\ntext(a)\nend-parsing\ns-string(</b>)\nend-parsing\n",
          1, 16},
-        {"behind an open string the script goes on", "<script>'a", 16, "b'c'", 0,
+        {"after an open string the script goes on", "<script>'a", 16, "b'c'", 0,
          "start(|script||)\njs-start\ntext(b)\ns-string(c)\nend-parsing\n", 1, 15},
         {"a pending slash is not taken along", "<style>a/", 0, "*b", 0,
          "start(|style||)\ncss-start\ntext(a/)\nend-parsing\ntext(*b)\nend-parsing\n", 1, 12},

@@ -218,7 +218,7 @@ TEST(ParseStreamTest, OnlyAnOpenConstructIsKeptFromAnOwnedStream) {
     }
 }
 
-TEST(ParseStreamTest, ABorrowedStreamIsForgottenBehindEveryEnd) {
+TEST(ParseStreamTest, ABorrowedStreamIsForgottenAfterEveryEnd) {
     // The stream is destroyed at once; what comes next must not touch it.
     enum class Next { START_8BIT, START_AUTO, END, DESTROY, ASSIGN };
     for (const Next next : {Next::START_8BIT, Next::START_AUTO, Next::END, Next::DESTROY, Next::ASSIGN}) {

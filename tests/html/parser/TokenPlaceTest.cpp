@@ -149,7 +149,7 @@ TEST(TokenPlaceTest, EveryDocumentBeginsAnew) {
     }
 }
 
-TEST(TokenPlaceTest, WhatIsLostBehindAnExceptionIsInNoToken) {
+TEST(TokenPlaceTest, WhatIsLostAfterAnExceptionIsInNoToken) {
     NarrowRun run;
     run.Start(1252, GenericParser::DATA_STREAM_8BIT);
     run.placed.clear();

@@ -10,7 +10,7 @@
 namespace Kestra::Test {
 namespace {
 
-/// What stands behind a name.
+/// What follows a name.
 struct Form {
     const char* note;
     std::string bytes;
@@ -24,10 +24,10 @@ const Form FORMS[] = {
     {"no value", "", "", 0, false, {"", 0, 0}},
     {"a value", "=v", "v", 0, true, {"", 0, 2}},
     {"blanks around \"=\"", " = v", "v", 0, true, {"", 0, 4}},
-    {"a blank in front of \"=\"", " =v", "v", 0, true, {"", 0, 3}},
-    {"a blank behind \"=\"", "= v", "v", 0, true, {"", 0, 3}},
+    {"a blank before \"=\"", " =v", "v", 0, true, {"", 0, 3}},
+    {"a blank after \"=\"", "= v", "v", 0, true, {"", 0, 3}},
     {"line breaks around \"=\" are a pair", "\n=\nv", "v", 0, true, {"", 1, 3}},
-    {"a pair of line breaks behind \"=\"", "\t=\r\nv", "v", 0, true, {"", 1, 2}},
+    {"a pair of line breaks after \"=\"", "\t=\r\nv", "v", 0, true, {"", 1, 2}},
     {"a value of two bytes", "=vw", "vw", 0, true, {"", 0, 3}},
     {"two \"=\"", "==", "=", 0, true, {"", 0, 2}},
     {"\"=\" in the value", "=a=b", "a=b", 0, true, {"", 0, 4}},
@@ -36,7 +36,7 @@ const Form FORMS[] = {
     {"single quotes", "='q'", "q", '\'', false, {"", 0, 4}},
     {"double quotes", "=\"q\"", "q", '"', false, {"", 0, 4}},
     {"quotes and blanks", " = 'q r'", "q r", '\'', false, {"", 0, 8}},
-    {"a line break in front of the quote", "=\n\"q\"", "q", '"', false, {"", 1, 4}},
+    {"a line break before the quote", "=\n\"q\"", "q", '"', false, {"", 1, 4}},
 };
 
 TEST(AttrEventsTest, InEachForm) {

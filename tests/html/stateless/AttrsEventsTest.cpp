@@ -73,7 +73,7 @@ TEST(AttrsEventsTest, InAnInstruction) {
         const std::string blanks(white.bytes);
         rows.emplace_back("an instruction", "<?p a" + blanks + "b=1?>",
                           Outcome{"extern(p|{a=}{b=1?})\n", Place().Bytes(5).Skip(white).Bytes(5)});
-        rows.emplace_back("behind a value", "<?p a=1" + blanks + "b=2?>",
+        rows.emplace_back("after a value", "<?p a=1" + blanks + "b=2?>",
                           Outcome{"extern(p|{a=1}{b=2?})\n", Place().Bytes(7).Skip(white).Bytes(5)});
     }
     CheckRows(rows);
@@ -82,7 +82,7 @@ TEST(AttrsEventsTest, InAnInstruction) {
 TEST(AttrsEventsTest, OfAnyLength) {
     CheckRows({
         {"none", "<p>", {"start(p|)\n", {1, 4}}},
-        {"none, behind white space", "<p \t>", {"start(p|)\n", {1, 6}}},
+        {"none, after white space", "<p \t>", {"start(p|)\n", {1, 6}}},
         {"the same name again", "<p a a a>", {"start(p|{a=}{a=}{a=})\n", {1, 10}}},
         {"the same name with other values", "<p b=2 a=1 b=1>", {"start(p|{b=2}{a=1}{b=1})\n", {1, 16}}},
         {"names that differ in case", "<p A=1 a=2>", {"start(p|{A=1}{a=2})\n", {1, 12}}},
@@ -90,14 +90,14 @@ TEST(AttrsEventsTest, OfAnyLength) {
         {"lines in between", "<p a=1\n\n\nb=2>", {"start(p|{a=1}{b=2})\n", {3, 5}}},
         {"a line break at the end", "<p a=1 b\n>", {"start(p|{a=1}{b=})\n", {2, 2}}},
         {"\"?\" ends the list of a start tag", "<p a b ?>", {"", {1, 8}, 702}},
-        {"\"?\" right behind a name", "<p a b?>", {"", {1, 7}, 702}},
+        {"\"?\" right after a name", "<p a b?>", {"", {1, 7}, 702}},
         {"an instruction whose list ends at \"/\"", "<?p a b/>", {"", {1, 8}, 702}},
         {"a bad one ends the list", "<p a b=1 \">", {"start(p|{a=}{b=1})\n", {1, 12}}},
-        {"a bad one right behind a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
-        EventRow("a quote behind a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}}).Bytewise({"", {1, 11}, 16}),
-        {"not over behind a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
-        {"not over behind the second name", "<p a=1 b", {"", {1, 9}, 16}},
-        {"not over behind line breaks", "<p a\r\n", {"", {2, 1}, 16}},
+        {"a bad one right after a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
+        EventRow("a quote after a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}}).Bytewise({"", {1, 11}, 16}),
+        {"not over after a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
+        {"not over after the second name", "<p a=1 b", {"", {1, 9}, 16}},
+        {"not over after line breaks", "<p a\r\n", {"", {2, 1}, 16}},
     });
 }
 

@@ -26,8 +26,8 @@ constexpr const char* IS_KOI8_R = "text(\\u0430)";
 constexpr const char* IS_WINDOWS_1251 = "text(\\u0411)";
 constexpr const char* IS_ANSI = "text(\\u00C1)";
 
-/// The event of a text behind a tag, which is in front of another tag.
-std::string TextBehind(const std::string& tag, StringNS::CharSet::Code charset, unsigned long flags) {
+/// The event of a text after a tag, which is before another tag.
+std::string TextAfter(const std::string& tag, StringNS::CharSet::Code charset, unsigned long flags) {
     const EventRun run = ParseEvents({tag + "\xC1<p>"}, charset, flags);
     return run.trace.size() < 3 ? run.Describe() : run.trace[run.trace.size() - 3];
 }
@@ -35,14 +35,14 @@ std::string TextBehind(const std::string& tag, StringNS::CharSet::Code charset, 
 struct Discovery {
     const char* note;
     std::string tag;
-    std::string text;  ///< the event of the text behind it
+    std::string text;  ///< the event of the text after it
     StringNS::CharSet::Code charset = NONE;
     unsigned long flags = 1;
 };
 
 void CheckDiscoveries(const std::vector<Discovery>& discoveries) {
     for (const Discovery& discovery : discoveries)
-        EXPECT_EQ(TextBehind(discovery.tag, discovery.charset, discovery.flags), discovery.text) << discovery.note << ": " << discovery.tag;
+        EXPECT_EQ(TextAfter(discovery.tag, discovery.charset, discovery.flags), discovery.text) << discovery.note << ": " << discovery.tag;
 }
 
 TEST(CharsetEventsTest, MetaTags) {
@@ -80,7 +80,7 @@ TEST(CharsetEventsTest, Parameters) {
         {"tabs are not, at the name", Meta("charset\t=koi8-r"), IS_ANSI},
         {"tabs are not, at the value", Meta("charset=koi8-r\t"), IS_ANSI},
         {"empty parameters", Meta(";;charset=koi8-r;;"), IS_KOI8_R},
-        {"parameters behind it", Meta("charset=koi8-r; a=b"), IS_KOI8_R},
+        {"parameters after it", Meta("charset=koi8-r; a=b"), IS_KOI8_R},
         {"the last one counts", Meta("charset=windows-1251;charset=koi8-r"), IS_KOI8_R},
         {"an empty last one", Meta("charset=koi8-r;charset="), IS_ANSI},
         {"a blank last one", Meta("charset=koi8-r;charset= "), IS_ANSI},
@@ -163,7 +163,7 @@ TEST(CharsetEventsTest, FromTheTagOn) {
             .AfterAndBytewise("<!--\xC1", {"comment(\\u0430)\n", Place().Bytes(5).Content(3)})
             .After("<!--\xC1-", {"comment(\\u0430)\n", Place().Bytes(6).Content(2)})
             .After("<!--\xC1--", {"comment(\\u0430)\n", Place().Bytes(7).Content(1)}),
-        EventRow("not the body of a script, but the values in front of it", "<script a=\xC1>'\xC1'</script>\xC1<p>",
+        EventRow("not the body of a script, but the values before it", "<script a=\xC1>'\xC1'</script>\xC1<p>",
                  {"script({a=\\u0430}|'\\u00C1')\ntext(\\u0430)\nstart(p|)\n", Place().Bytes(12 + 3 + 1).Content(8).Content(1).Bytes(3)})
             .In(KOI8_R),
         EventRow("nor that of a style sheet", "<style a=\xC1>\xC1</style>\xC1<p>",

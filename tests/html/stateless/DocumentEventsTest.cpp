@@ -14,7 +14,7 @@ namespace {
 TEST(DocumentEventsTest, InOnePieceAndCut) {
     CheckRows({
         {"text and tags", "a<b>c</b>", {"text(a)\nstart(b|)\ntext(c)\nend(b)\n", {1, 12}}},
-        {"text behind the last tag is not reported", "a<b>c</b>d", {"text(a)\nstart(b|)\ntext(c)\nend(b)\n", {1, 14}}},
+        {"text after the last tag is not reported", "a<b>c</b>d", {"text(a)\nstart(b|)\ntext(c)\nend(b)\n", {1, 14}}},
         {"text and no tag is not reported", "abc", {"", {1, 7}}},
         {"text is reported at the next \"<\"", "abc<", {"text(abc)\n", {1, 8}}},
         {"between tags no text", "<a><b>", {"start(a|)\nstart(b|)\n", {1, 7}}},
@@ -54,7 +54,7 @@ TEST(DocumentEventsTest, Lines) {
     });
 }
 
-/// The bytes that `known` does not contain begin no construct behind `before`.
+/// The bytes that `known` does not contain begin no construct after `before`.
 void AddUnknown(const std::string& before, const std::string& known, std::vector<EventRow>* rows) {
     for (unsigned code = 0; code < 256; ++code) {
         const char byte = static_cast<char>(code);
@@ -76,8 +76,8 @@ TEST(DocumentEventsTest, WhatFollowsALessThanSign) {
         rows.emplace_back("a declaration", "<!" + name + ">", Outcome{"entity(" + name + "|{})\n", {1, 5}});
     }
     for (const char byte : blanks) {  // line breaks are columns here
-        rows.emplace_back("a start tag behind white space", "<" + std::string(1, byte) + "a>", Outcome{"start(a|)\n", {1, 5}});
-        rows.emplace_back("a declaration behind white space", "<!" + std::string(1, byte) + "a>", Outcome{"entity(a|{})\n", {1, 6}});
+        rows.emplace_back("a start tag after white space", "<" + std::string(1, byte) + "a>", Outcome{"start(a|)\n", {1, 5}});
+        rows.emplace_back("a declaration after white space", "<!" + std::string(1, byte) + "a>", Outcome{"entity(a|{})\n", {1, 6}});
     }
     CheckRows(rows, 256);
 }
@@ -95,7 +95,7 @@ TEST(DocumentEventsTest, Failures) {
     });
 }
 
-/// A piece ends between two constructs, or right behind the bytes that begin one, with 0, and inside of one with 16.
+/// A piece ends between two constructs, or right after the bytes that begin one, with 0, and inside of one with 16.
 TEST(DocumentEventsTest, ResultsOfAPiece) {
     CheckRows({
         {"a text", "ab", {"", {1, 5}, 0}},

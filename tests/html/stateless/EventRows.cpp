@@ -57,10 +57,10 @@ void CheckRow(const EventRow& row) {
     EXPECT_EQ(Feed(row, {row.input}), Show(row.whole)) << "whole";
     for (std::size_t cut = 1; cut < row.input.size(); ++cut) {
         const std::string before = row.input.substr(0, cut);
-        const std::string behind = row.input.substr(cut);
+        const std::string after = row.input.substr(cut);
         const std::string expected = Show(AtCut(row, cut));
-        EXPECT_EQ(Feed(row, {before, behind}), expected) << "cut at " << cut;
-        EXPECT_EQ(Feed(row, {"", before, "", behind}), expected) << "cut at " << cut << ", with empty pieces";
+        EXPECT_EQ(Feed(row, {before, after}), expected) << "cut at " << cut;
+        EXPECT_EQ(Feed(row, {"", before, "", after}), expected) << "cut at " << cut << ", with empty pieces";
     }
     std::vector<std::string> bytes;
     for (const char byte : row.input)

@@ -19,7 +19,7 @@ namespace Kestra::Test {
 struct White {
     std::string_view bytes;
     std::uint64_t lines;    ///< line breaks that count
-    std::uint64_t columns;  ///< behind a line break the new column, otherwise the columns added
+    std::uint64_t columns;  ///< after a line break the new column, otherwise the columns added
 };
 
 /// A line and a column. A row states its place step by step.
@@ -33,7 +33,7 @@ struct Place {
     /// Bytes of text, scripts and style sheets, except line breaks: two columns each.
     Place Content(std::uint64_t count) const;
 
-    /// @param lines  line breaks that count. @param newColumn  the column behind the last one
+    /// @param lines  line breaks that count. @param newColumn  the column after the last one
     Place Lines(std::uint64_t lines, std::uint64_t newColumn) const;
 
     Place Skip(const White& white) const;
@@ -45,7 +45,7 @@ extern const std::vector<White> WHITES;
 /// What becomes of an input that is fed in one particular way.
 struct Outcome {
     std::string events;        ///< between the first and the last one, each ended by a line feed
-    Place place;               ///< behind the input, or at the byte that does not fit
+    Place place;               ///< after the input, or at the byte that does not fit
     std::uint32_t result = 0;  ///< of the last piece
 };
 
@@ -53,7 +53,7 @@ struct Outcome {
 struct EventRow {
     EventRow(std::string rowNote, std::string rowInput, Outcome outcome);
 
-    /// The outcome of the cut behind `before`, with which the input begins.
+    /// The outcome of the cut after `before`, with which the input begins.
     EventRow& After(std::string before, Outcome outcome);
 
     /// The outcome when each byte is a piece. Every row with an `After` has one; without, it is that of the whole input.

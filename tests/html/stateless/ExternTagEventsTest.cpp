@@ -51,7 +51,7 @@ TEST(ExternTagEventsTest, AnUnquotedValueTakesTheQuestionMark) {
     std::vector<EventRow> rows;
     for (const std::string value : {"1", "1.0", "a?b", "?", "", "/", "a=b", "x'y", "<"}) {
         const std::string input = "<?xml v=" + value + "?>";
-        rows.emplace_back("and it is over behind it", input, Outcome{"extern(xml|{v=" + value + "?})\n", Place().Bytes(input.size())});
+        rows.emplace_back("and it is over after it", input, Outcome{"extern(xml|{v=" + value + "?})\n", Place().Bytes(input.size())});
     }
     for (const White& white : WHITES) {
         const std::string before = "<?a v=1?" + std::string(white.bytes);
@@ -77,7 +77,7 @@ TEST(ExternTagEventsTest, ABadAttribute) {
     });
 }
 
-TEST(ExternTagEventsTest, BehindAQuestionMark) {
+TEST(ExternTagEventsTest, AfterAQuestionMark) {
     std::vector<EventRow> rows;
     for (const char byte : std::string(" ?/b='\"%\xE9\0", 10)) {
         const std::string rest = byte + std::string("c");
@@ -91,23 +91,23 @@ TEST(ExternTagEventsTest, BehindAQuestionMark) {
     rows.push_back(EventRow("text and tags", "<?a?>b<c>", {"extern(a|)\ntext(b)\nstart(c|)\n", Place().Bytes(5).Content(1).Bytes(3)})
                        .AfterAndBytewise("<?a?", {"extern(a|)\ntext(>b)\nstart(c|)\n", Place().Bytes(4).Content(2).Bytes(3)}));
     rows.emplace_back("nothing yet", "<?a?", Outcome{"extern(a|)\n", Place().Bytes(4)});
-    rows.emplace_back("nothing yet, behind an attribute", "<?a b ?", Outcome{"extern(a|{b=})\n", Place().Bytes(7)});
+    rows.emplace_back("nothing yet, after an attribute", "<?a b ?", Outcome{"extern(a|{b=})\n", Place().Bytes(7)});
     CheckRows(rows);
 }
 
 TEST(ExternTagEventsTest, WithoutAQuestionMark) {
     CheckRows({
-        {"behind the name", "<?a>", {"", Place().Bytes(3), 702}},
-        {"behind white space", "<?a >", {"", Place().Bytes(4), 702}},
-        {"behind a line break", "<?a\n>", {"", {2, 1}, 702}},
-        {"behind an attribute", "<?a b>", {"", Place().Bytes(5), 702}},
-        {"behind a value", "<?a b=c>", {"", Place().Bytes(7), 702}},
-        {"behind a value that has one inside", "<?a b=c?d>", {"", Place().Bytes(9), 702}},
-        {"behind a value that takes the slash", "<?a b=c/>", {"", Place().Bytes(8), 702}},
-        {"behind another attribute", "<?a b=c? d>", {"", Place().Bytes(10), 702}},
-        {"a slash behind the name", "<?a/>", {"", Place().Bytes(3), 702}},
-        {"a slash behind an attribute", "<?a b/>", {"", Place().Bytes(5), 702}},
-        {"a slash behind white space", "<?a b />", {"", Place().Bytes(6), 702}},
+        {"after the name", "<?a>", {"", Place().Bytes(3), 702}},
+        {"after white space", "<?a >", {"", Place().Bytes(4), 702}},
+        {"after a line break", "<?a\n>", {"", {2, 1}, 702}},
+        {"after an attribute", "<?a b>", {"", Place().Bytes(5), 702}},
+        {"after a value", "<?a b=c>", {"", Place().Bytes(7), 702}},
+        {"after a value that has one inside", "<?a b=c?d>", {"", Place().Bytes(9), 702}},
+        {"after a value that takes the slash", "<?a b=c/>", {"", Place().Bytes(8), 702}},
+        {"after another attribute", "<?a b=c? d>", {"", Place().Bytes(10), 702}},
+        {"a slash after the name", "<?a/>", {"", Place().Bytes(3), 702}},
+        {"a slash after an attribute", "<?a b/>", {"", Place().Bytes(5), 702}},
+        {"a slash after white space", "<?a b />", {"", Place().Bytes(6), 702}},
         EventRow("one in quotes", "<?a b='?'>", {"", Place().Bytes(9), 702}).AfterAndBytewise("<?a b='?'", {"", Place().Bytes(10), 16}),
     });
 }
@@ -134,7 +134,7 @@ TEST(ExternTagEventsTest, NotOver) {
         {"a value with its question mark", "<?xml a=b?", {"", {1, 11}, 16}},
         {"no name", "<?>", {"", {1, 3}, 701}},
         {"a question mark for a name", "<?\?>", {"", {1, 3}, 701}},
-        {"no name behind a line break", "<?\n?>", {"", {2, 1}, 701}},
+        {"no name after a line break", "<?\n?>", {"", {2, 1}, 701}},
     });
 }
 

@@ -33,7 +33,7 @@ void ParseAll(StatelessHTMLParser* parser, std::string_view document = EVERY_EVE
     EXPECT_EQ(parser->EndParse(), 0U);
 }
 
-/// Writes its name in front of each line, and calls a hook behind it.
+/// Writes its name before each line, and calls a hook after it.
 class NamedObserver : public Trace::EventLineObserver {
 public:
     NamedObserver(std::string observerName, Lines* target) : name(std::move(observerName)), lines(target) {}

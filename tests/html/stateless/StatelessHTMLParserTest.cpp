@@ -792,21 +792,21 @@ struct Resumption {
     std::string event;
 };
 
-/// The byte that does not fit is not consumed, and everything else stays as it was: what fits goes on behind it.
-TEST(StatelessHTMLParserTest, GoesOnBehindAFailure) {
+/// The byte that does not fit is not consumed, and everything else stays as it was: what fits goes on after it.
+TEST(StatelessHTMLParserTest, GoesOnAfterAFailure) {
     const Resumption resumptions[] = {
-        {"behind \"<\"", "<=", 703, "a>", "start(a|)"},
-        {"behind \"<!\"", "<!=", 703, "a b>", "entity(a|{b})"},
-        {"behind \"<!-\"", "<!-=", 703, "-a", "comment(a)"},
-        {"behind \"</\"", "</=", 701, "a>", "end(a)"},
-        {"behind \"<?\"", "<?=", 701, "a b=?>", "extern(a|{b=?})"},
-        {"behind a blank", "< =", 701, "a>", "start(a|)"},
-        {"behind the name of an end tag", "</a ", 702, ">", "end(a)"},
-        {"behind an attribute", "<a b?", 702, ">", "start(a|{b=})"},
-        {"behind a slash", "<a b/=", 702, ">", "start(a|{b=})"},
-        {"behind a question mark", "<?a b?=", 702, ">", "extern(a|{b=})"},
+        {"after \"<\"", "<=", 703, "a>", "start(a|)"},
+        {"after \"<!\"", "<!=", 703, "a b>", "entity(a|{b})"},
+        {"after \"<!-\"", "<!-=", 703, "-a", "comment(a)"},
+        {"after \"</\"", "</=", 701, "a>", "end(a)"},
+        {"after \"<?\"", "<?=", 701, "a b=?>", "extern(a|{b=?})"},
+        {"after a blank", "< =", 701, "a>", "start(a|)"},
+        {"after the name of an end tag", "</a ", 702, ">", "end(a)"},
+        {"after an attribute", "<a b?", 702, ">", "start(a|{b=})"},
+        {"after a slash", "<a b/=", 702, ">", "start(a|{b=})"},
+        {"after a question mark", "<?a b?=", 702, ">", "extern(a|{b=})"},
         {"without a question mark", "<?a b>", 702, "?>", "extern(a|{b=})"},
-        {"behind the slash of a declaration", "<!a b /=", 702, ">", "entity(a|{b})"},
+        {"after the slash of a declaration", "<!a b /=", 702, ">", "entity(a|{b})"},
     };
     for (const Resumption& resumption : resumptions) {
         SCOPED_TRACE(resumption.note);

@@ -47,13 +47,13 @@ std::vector<Content> Contents() {
     };
 }
 
-/// Where a value stands, with a name behind it.
+/// Where a value stands, with a name after it.
 struct Setting {
     const char* note;
     std::string before;
-    std::string behind;
+    std::string after;
     std::string eventBefore;
-    std::string eventBehind;
+    std::string eventAfter;
 };
 
 const Setting SETTINGS[] = {
@@ -70,10 +70,10 @@ TEST(ValueEventsTest, Quoted) {
                 if (content.bytes.find(quote) != std::string::npos)
                     continue;
                 const std::string before = setting.before + quote + content.bytes + quote;
-                const std::string input = before + setting.behind;
+                const std::string input = before + setting.after;
                 // Line breaks inside quotes are columns.
                 const Place place = Place().Bytes(input.size());
-                rows.push_back(EventRow(setting.note, input, {setting.eventBefore + content.shown + setting.eventBehind, place})
+                rows.push_back(EventRow(setting.note, input, {setting.eventBefore + content.shown + setting.eventAfter, place})
                                    .AfterAndBytewise(before, {"", place, 16}));  // the rest belongs to the value
             }
         }
@@ -88,9 +88,9 @@ TEST(ValueEventsTest, Unquoted) {
             if (content.bytes.find_first_of(" \t\r\n>") != std::string::npos || content.bytes.find_first_of("'\"") == 0 ||
                 content.bytes.empty())
                 continue;
-            const std::string input = setting.before + content.bytes + setting.behind;
+            const std::string input = setting.before + content.bytes + setting.after;
             rows.emplace_back(setting.note, input,
-                              Outcome{setting.eventBefore + content.shown + setting.eventBehind, Place().Bytes(input.size())});
+                              Outcome{setting.eventBefore + content.shown + setting.eventAfter, Place().Bytes(input.size())});
         }
     }
     const std::vector<EventRow> byHand = {
@@ -98,7 +98,7 @@ TEST(ValueEventsTest, Unquoted) {
         {"\"/\" does not", "<p a=1/>", {"start(p|{a=1/})\n", {1, 9}}},
         {"\"?\" does not", "<p a=1?>", {"start(p|{a=1?})\n", {1, 9}}},
         {"quotes inside", "<p a=b'c\"d'>", {"start(p|{a=b'c\"d'})\n", {1, 13}}},
-        {"nothing in front of \">\"", "<p a=>", {"start(p|{a=})\n", {1, 7}}},
+        {"nothing before \">\"", "<p a=>", {"start(p|{a=})\n", {1, 7}}},
         {"white space and nothing", "<p a= >", {"start(p|{a=})\n", {1, 8}}},
         {"a line break and nothing", "<p a=\n>", {"start(p|{a=})\n", {2, 2}}},
         {"what follows white space is the value", "<p a= b>", {"start(p|{a=b})\n", {1, 9}}},
@@ -114,7 +114,7 @@ TEST(ValueEventsTest, Unquoted) {
     CheckRows(rows);
 }
 
-TEST(ValueEventsTest, BehindWhiteSpaceWhoseLinesCount) {
+TEST(ValueEventsTest, AfterWhiteSpaceWhoseLinesCount) {
     std::vector<EventRow> rows;
     for (const White& white : WHITES) {
         const std::string blanks(white.bytes);
@@ -128,7 +128,7 @@ TEST(ValueEventsTest, BehindWhiteSpaceWhoseLinesCount) {
     CheckRows(rows);
 }
 
-TEST(ValueEventsTest, RunsOnBehindAQuoteThatEndsThePiece) {
+TEST(ValueEventsTest, RunsOnAfterAQuoteThatEndsThePiece) {
     CheckRows({
         EventRow("up to the next quote", "<p a='1'>x'>", {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
             .After("<p a='1'", {"start(p|{a=1>x})\n", {1, 13}})
@@ -155,7 +155,7 @@ TEST(ValueEventsTest, RunsOnBehindAQuoteThatEndsThePiece) {
             .After("<a b='\"'", {"start(a|{b=\" c=\"})\n", {1, 16}})
             .After("<a b='\"' c=\"'\"", {"", {1, 16}, 16})
             .Bytewise({"", {1, 16}, 16}),
-        EventRow("a name right behind the quote", "<a b='1'c>", {"start(a|{b=1}{c=})\n", {1, 11}})
+        EventRow("a name right after the quote", "<a b='1'c>", {"start(a|{b=1}{c=})\n", {1, 11}})
             .AfterAndBytewise("<a b='1'", {"", {1, 11}, 16}),
     });
 }
@@ -163,12 +163,12 @@ TEST(ValueEventsTest, RunsOnBehindAQuoteThatEndsThePiece) {
 TEST(ValueEventsTest, NotOver) {
     CheckRows({
         {"without a closing quote", "<p a='v", {"", {1, 8}, 16}},
-        {"without anything behind the opening quote", "<p a='", {"", {1, 7}, 16}},
-        {"without anything behind the closing quote", "<p a='v'", {"", {1, 9}, 16}},
-        {"a backslash in front of the quote means nothing", "<p a='\\'", {"", {1, 9}, 16}},
+        {"without anything after the opening quote", "<p a='", {"", {1, 7}, 16}},
+        {"without anything after the closing quote", "<p a='v'", {"", {1, 9}, 16}},
+        {"a backslash before the quote means nothing", "<p a='\\'", {"", {1, 9}, 16}},
         {"unquoted", "<p a=v", {"", {1, 7}, 16}},
         {"not begun", "<p a=", {"", {1, 6}, 16}},
-        {"not begun, behind white space", "<p a=\n", {"", {2, 1}, 16}},
+        {"not begun, after white space", "<p a=\n", {"", {2, 1}, 16}},
         {"an item without a closing quote", "<!p \"v>", {"", {1, 8}, 16}},
         {"an item that is unquoted", "<!p v", {"", {1, 6}, 16}},
         {"the quote of another kind", "<p a='v\">", {"", {1, 10}, 16}},

@@ -74,7 +74,7 @@ private:
         return !AtEnd();
     }
 
-    /// From the opening quote to behind the closing one. False when the input ends first.
+    /// From the opening quote to after the closing one. False when the input ends first.
     bool ReadQuoted(bool runs, bool escapes, std::string* content) {
         const char quote = input[place++];
         for (bool escaped = false; !AtEnd();) {
@@ -108,13 +108,13 @@ private:
             ++place;
             if (character == '>')
                 return "19 extern(" + Target() + "|) free(" + Trace::Escape(text) + ")" + Rest();
-            const std::string_view behind = input.substr(place);
-            if (character != '/' || !(behind.starts_with('/') || behind.starts_with('*')))
+            const std::string_view after = input.substr(place);
+            if (character != '/' || !(after.starts_with('/') || after.starts_with('*')))
                 continue;
             // A block comment ends at the first "*", be it followed by "/" or not.
-            text += behind[0];
+            text += after[0];
             ++place;
-            const char last = behind[0] == '/' ? '\n' : '*';
+            const char last = after[0] == '/' ? '\n' : '*';
             text += ModelRun(input, &place, std::string_view(&last, 1));
             if (AtEnd())
                 return "end 16";
@@ -149,10 +149,10 @@ private:
             afterName = input[place] != '=';
             if (!afterName) {
                 ++place;
-                const std::string behind(ModelSpaces(input, &place));
+                const std::string after(ModelSpaces(input, &place));
                 if (AtEnd())
                     return "end 16";
-                const std::string begin = "|" + Trace::Escape(spaces) + "=" + Trace::Escape(behind) + "|";
+                const std::string begin = "|" + Trace::Escape(spaces) + "=" + Trace::Escape(after) + "|";
                 std::string value;
                 if (input[place] == '\'' || input[place] == '"') {
                     const std::string mark(1, input[place]);
@@ -174,7 +174,7 @@ private:
                 append(attribute, begin + Trace::Escape(value));
                 if (closing)
                     return finish("", false);
-                // Behind a bare value the next attribute has no runs.
+                // After a bare value the next attribute has no runs.
                 runs = iso2022 && value.empty();
                 continue;
             }

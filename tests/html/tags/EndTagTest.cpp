@@ -101,9 +101,9 @@ TYPED_TEST(EndTagTest, ARecordMayStandInAnyState) {
     }
 }
 
-TYPED_TEST(EndTagTest, ACallEndsBehindASlash) {
+TYPED_TEST(EndTagTest, ACallEndsAfterASlash) {
     struct Row {
-        std::string_view input;  // up to the character in front of which the first call ends
+        std::string_view input;  // up to the character before which the first call ends
         std::string_view next;
         CallOutcome outcome;  // of the second call
         std::string_view record;
@@ -127,7 +127,7 @@ TYPED_TEST(EndTagTest, ACallEndsBehindASlash) {
     }
 }
 
-TYPED_TEST(EndTagTest, BehindASlashFurtherAttributesMayFollow) {
+TYPED_TEST(EndTagTest, AfterASlashFurtherAttributesMayFollow) {
     Parser<TypeParam> parser;
     Data<TypeParam> data;
     parser.BeginParse(&data);
@@ -143,7 +143,7 @@ TYPED_TEST(EndTagTest, BehindASlashFurtherAttributesMayFollow) {
     EXPECT_EQ(Dump(data), "end(||||, slash, open)");
 }
 
-/// An end tag that has read "a b=c d" and the "e" behind it, put into another state: each exit from there must normalize.
+/// An end tag that has read "a b=c d" and the "e" after it, put into another state: each exit from there must normalize.
 TYPED_TEST(EndTagTest, EveryExitNormalizes) {
     struct Row {
         std::uint32_t state;

@@ -29,7 +29,7 @@ TYPED_TEST_SUITE(GenericTagTest, Flavours);
 TYPED_TEST(GenericTagTest, Decisions) {
     struct Case {
         const char* note;
-        std::string_view input;  // behind the "<"
+        std::string_view input;  // after the "<"
         std::string_view expected;
     };
     const Case CASES[] = {
@@ -77,12 +77,12 @@ TYPED_TEST(GenericTagTest, Decisions) {
         {"a NUL does not end the keyword", "![CDATA\0["sv, "11 next() rest([)"},
         {"a NUL and more do not end the keyword", "![if\0x "sv, "11 next() rest( )"},
         {"an empty keyword is malformed", "![[", "11 next() rest([)"},
-        {"white space in front of the keyword is malformed", "![ CDATA[", "11 next() rest( CDATA[)"},
+        {"white space before the keyword is malformed", "![ CDATA[", "11 next() rest( CDATA[)"},
         {"\"![>\" is malformed", "![>", "11 next() rest(>)"},
         {"the input ends at once", "", "end 16 next()"},
-        {"the input ends behind \"!\"", "!", "end 16 next()"},
-        {"the input ends behind \"!-\"", "!-", "end 16 next()"},
-        {"the input ends behind \"![\"", "![", "end 16 next()"},
+        {"the input ends after \"!\"", "!", "end 16 next()"},
+        {"the input ends after \"!-\"", "!-", "end 16 next()"},
+        {"the input ends after \"![\"", "![", "end 16 next()"},
         {"the input ends in the keyword", "![CDATA", "end 16 next()"},
     };
     for (const Case& c : CASES)

@@ -28,9 +28,9 @@ constexpr std::string_view BARE_LIST_TRACE = "{ |1}{ |2}{ |3}{ |4}{ |5}{ |6}{ |7
 constexpr std::string_view VALUED_LIST = " 1=a 2='' 3=\"\" 4 =a 5= a 6=a 7=a 8='a'";
 constexpr std::string_view VALUED_LIST_TRACE = "{ |1|=|a}{ |2|=|''}{ |3|=|\"\"}{ |4| =|a}{ |5|= |a}{ |6|=|a}{ |7|=|a}{ |8|=|'a'}";
 
-/// Checks a row whose attributes stand behind eight others, from where on the recognizer reads them another way.
+/// Checks a row whose attributes stand after eight others, from where on the recognizer reads them another way.
 template <typename Flavour>
-void CheckBehindList(const TagRow& c, std::string_view list, std::string_view listTrace) {
+void CheckAfterList(const TagRow& c, std::string_view list, std::string_view listTrace) {
     constexpr std::string_view BEGIN = "19 start(|a|";
     std::string expected(c.expected);
     if (expected.compare(0, BEGIN.size(), BEGIN) == 0)
@@ -39,18 +39,18 @@ void CheckBehindList(const TagRow& c, std::string_view list, std::string_view li
     CheckRow<StartTagSimpleParser, Flavour>(c.note, input, expected);
 }
 
-/// Checks a row, and if it is one of the tag "a" the same behind lists.
+/// Checks a row, and if it is one of the tag "a" the same after lists.
 template <typename Flavour>
 void CheckTag(const TagRow& c) {
     CheckRow<StartTagSimpleParser, Flavour>(c.note, c.input, c.expected);
     const std::size_t first = c.input.find_first_not_of(" \n\t", 1);
     if (c.input.substr(0, 2) != "a " || c.input[first] == '=')
         return;
-    CheckBehindList<Flavour>(c, BARE_LIST, BARE_LIST_TRACE);
+    CheckAfterList<Flavour>(c, BARE_LIST, BARE_LIST_TRACE);
     // A bare word would become part of the list's last value.
     const std::string_view firstTrace = c.expected.substr(0, c.expected.find('}'));
     if (firstTrace.find('=') != std::string_view::npos)
-        CheckBehindList<Flavour>(c, VALUED_LIST, VALUED_LIST_TRACE);
+        CheckAfterList<Flavour>(c, VALUED_LIST, VALUED_LIST_TRACE);
 }
 
 template <typename Flavour>
@@ -133,7 +133,7 @@ TYPED_TEST(StartTagTest, ARecordMayStandInAnyState) {
     }
 }
 
-/// A start tag that has read "a b=c d" and the "e" behind it, put into another state: each exit from there must normalize.
+/// A start tag that has read "a b=c d" and the "e" after it, put into another state: each exit from there must normalize.
 TYPED_TEST(StartTagTest, EveryExitNormalizes) {
     struct Row {
         std::uint32_t state;

@@ -69,7 +69,7 @@ private:
                         return Fail();
                     slash = true;
                 }
-                // Behind a bare value a start tag forgets about escape runs for one attribute.
+                // After a bare value a start tag forgets about escape runs for one attribute.
                 runs = iso2022 && (endTag || attribute.quote != 0 || attribute.value.empty());
                 attributes.push_back(attribute);
             } else if (attribute.name.empty()) {

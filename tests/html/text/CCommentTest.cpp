@@ -30,14 +30,14 @@ TYPED_TEST_SUITE(CCommentTest, Flavours);
 TYPED_TEST(CCommentTest, Comments) {
     struct Case {
         const char* note;
-        std::string_view input;  // behind "/*"
+        std::string_view input;  // after "/*"
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a comment ends behind \"*/\"", " a */", "19 text( a )"},
+        {"a comment ends after \"*/\"", " a */", "19 text( a )"},
         {"the rest of the piece is left", "a*/b*/", "19 text(a) rest(b*/)"},
         {"a comment may be empty", "*/", "19 text()"},
-        {"a star in front of the end is content", " a **/", "19 text( a *)"},
+        {"a star before the end is content", " a **/", "19 text( a *)"},
         {"a run of stars keeps all but the last", "*****/", "19 text(****)"},
         {"a star in the middle is content", "a*b* c*/", "19 text(a*b* c)"},
         {"white space between star and slash", "* /*/", "19 text(* /)"},
@@ -54,8 +54,8 @@ TYPED_TEST(CCommentTest, Comments) {
         {"characters from 128 up are content", "\xAA\xAF*/", "19 text(\\xAA\\xAF)"},
         {"the input ends in the body", " a", "end 16 text( a)"},
         {"the input ends at once", "", "end 16 text()"},
-        {"the input ends behind a star, which is lost", " a *", "end 16 text( a )"},
-        {"the input ends behind stars, of which the last is lost", "a***", "end 16 text(a**)"},
+        {"the input ends after a star, which is lost", " a *", "end 16 text( a )"},
+        {"the input ends after stars, of which the last is lost", "a***", "end 16 text(a**)"},
     };
     for (const Case& c : CASES)
         CheckRow<CCommentSimpleParser, TypeParam>(c.note, c.input, c.expected);

@@ -22,7 +22,7 @@ using Parser = CDATATagSimpleParser<typename Flavour::C, typename Flavour::S>;
 template <typename Flavour>
 using Data = CDATATagSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind "<![CDATA", and what becomes of it.
+/// A row: what follows "<![CDATA", and what becomes of it.
 struct Case {
     const char* note;
     std::string_view input;
@@ -42,7 +42,7 @@ TYPED_TEST_SUITE(CDATATagTest, Flavours);
 
 TYPED_TEST(CDATATagTest, Sections) {
     const Case CASES[] = {
-        {"a section ends behind \"]]>\" and keeps its \"[\"", "[x]]>", "19 cdata(CDATA|[x)"},
+        {"a section ends after \"]]>\" and keeps its \"[\"", "[x]]>", "19 cdata(CDATA|[x)"},
         {"the rest of the piece is left", "[x]]>y]]>", "19 cdata(CDATA|[x) rest(y]]>)"},
         {"a section may be empty", "[]]>", "19 cdata(CDATA|[)"},
         {"a section need not begin with \"[\"", " x]]>", "19 cdata(CDATA| x)"},
@@ -68,8 +68,8 @@ TYPED_TEST(CDATATagTest, TwoBracketsEndASectionWhateverFollows) {
         {"white space is left unread", "[x]] >", "19 cdata(CDATA|[x]], open) rest( >)"},
         {"a line feed is left unread", "[x]]\n>", "19 cdata(CDATA|[x]], open) rest(\\n>)"},
         {"\"<\" is left unread", "[x]]<p>", "19 cdata(CDATA|[x]], open) rest(<p>)"},
-        {"in front of any content", "]]y", "19 cdata(CDATA|]], open) rest(y)"},
-        {"behind a single bracket that was content", "[a]b]]c", "19 cdata(CDATA|[a]b]], open) rest(c)"},
+        {"before any content", "]]y", "19 cdata(CDATA|]], open) rest(y)"},
+        {"after a single bracket that was content", "[a]b]]c", "19 cdata(CDATA|[a]b]], open) rest(c)"},
         {"a NUL is left unread", "[]]\0>"sv, "19 cdata(CDATA|[]], open) rest(\\x00>)"},
     };
     for (const Case& c : CASES)

@@ -22,7 +22,7 @@ using Parser = CPPCommentSimpleParser<typename Flavour::C, typename Flavour::S>;
 template <typename Flavour>
 using Data = CPPCommentSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind "//", and what becomes of it.
+/// A row: what follows "//", and what becomes of it.
 struct Case {
     const char* note;
     std::string_view input;
@@ -36,10 +36,10 @@ TYPED_TEST_SUITE(CPPCommentTest, Flavours);
 
 TYPED_TEST(CPPCommentTest, Comments) {
     const Case CASES[] = {
-        {"a comment ends in front of the line feed", " a\nb", "19 text( a) rest(\\nb)"},
+        {"a comment ends before the line feed", " a\nb", "19 text( a) rest(\\nb)"},
         {"the line feed may be the last character", " a\n", "19 text( a) rest(\\n)"},
         {"a comment may be empty", "\n", "19 text() rest(\\n)"},
-        {"a carriage return in front of the line feed is content", " a\r\n", "19 text( a\\r) rest(\\n)"},
+        {"a carriage return before the line feed is content", " a\r\n", "19 text( a\\r) rest(\\n)"},
         {"a carriage return alone ends nothing", "a\rb\n", "19 text(a\\rb) rest(\\n)"},
         {"other white space ends nothing", "a \t\v\fb\n", "19 text(a \\t\\x0B\\x0Cb) rest(\\n)"},
         {"slashes, stars and quotes are content", "// /* */ ' \"\n", "19 text(// /* */ ' \") rest(\\n)"},
@@ -50,7 +50,7 @@ TYPED_TEST(CPPCommentTest, Comments) {
         {"characters from 128 up are content", "\x85\x8A\xBC\n", "19 text(\\x85\\x8A\\xBC) rest(\\n)"},
         {"the input ends inside the comment", " a", "end 16 text( a)"},
         {"the input ends at once", "", "end 16 text()"},
-        {"the input ends behind a carriage return", " a\r", "end 16 text( a\\r)"},
+        {"the input ends after a carriage return", " a\r", "end 16 text( a\\r)"},
     };
     for (const Case& c : CASES)
         CheckRow<CPPCommentSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -63,21 +63,21 @@ TYPED_TEST(CPPCommentTest, TagsAreContent) {
         {"a start tag", "<p a='b'>\n", "19 text(<p a='b'>) rest(\\n)"},
         {"a declaration", "<!DOCTYPE html>\n", "19 text(<!DOCTYPE html>) rest(\\n)"},
         {"a processing instruction", "<?php ?>\n", "19 text(<?php ?>) rest(\\n)"},
-        {"one behind the other", "<a></a><?b?><!c>\n", "19 text(<a></a><?b?><!c>) rest(\\n)"},
+        {"one after the other", "<a></a><?b?><!c>\n", "19 text(<a></a><?b?><!c>) rest(\\n)"},
         {"\"<\" twice", "<<p\n", "19 text(<<p) rest(\\n)"},
         {"\"<!\" and \"<\"", "<!<p\n", "19 text(<!<p) rest(\\n)"},
         {"\"</\" and \"<\"", "</<?<\n", "19 text(</<?<) rest(\\n)"},
-        {"a line feed directly behind \"<\"", "a<\n", "19 text(a<) rest(\\n)"},
-        {"a line feed directly behind \"</\"", "a</\n", "19 text(a</) rest(\\n)"},
-        {"a line feed directly behind \"<!\"", "a<!\n", "19 text(a<!) rest(\\n)"},
-        {"a line feed directly behind \"<?\"", "a<?\n", "19 text(a<?) rest(\\n)"},
+        {"a line feed directly after \"<\"", "a<\n", "19 text(a<) rest(\\n)"},
+        {"a line feed directly after \"</\"", "a</\n", "19 text(a</) rest(\\n)"},
+        {"a line feed directly after \"<!\"", "a<!\n", "19 text(a<!) rest(\\n)"},
+        {"a line feed directly after \"<?\"", "a<?\n", "19 text(a<?) rest(\\n)"},
         {"\"<!]\" and \"<!>\"", "<!]<!>\n", "19 text(<!]<!>) rest(\\n)"},
-        {"white space, a digit, a NUL behind \"<\"", "< <1<\0\n"sv, "19 text(< <1<\\x00) rest(\\n)"},
-        {"the input ends behind a tag", "</b>", "end 16 text(</b>)"},
-        {"the input ends behind \"<\", which is lost", "a<", "end 16 text(a)"},
-        {"the input ends behind \"</\"", "a</", "end 16 text(a</)"},
-        {"the input ends behind \"<?\"", "a<?", "end 16 text(a<?)"},
-        {"the input ends behind \"<!\", which is lost", "a<!", "end 16 text(a)"},
+        {"white space, a digit, a NUL after \"<\"", "< <1<\0\n"sv, "19 text(< <1<\\x00) rest(\\n)"},
+        {"the input ends after a tag", "</b>", "end 16 text(</b>)"},
+        {"the input ends after \"<\", which is lost", "a<", "end 16 text(a)"},
+        {"the input ends after \"</\"", "a</", "end 16 text(a</)"},
+        {"the input ends after \"<?\"", "a<?", "end 16 text(a<?)"},
+        {"the input ends after \"<!\", which is lost", "a<!", "end 16 text(a)"},
     };
     for (const Case& c : CASES)
         CheckRow<CPPCommentSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -94,11 +94,11 @@ TYPED_TEST(CPPCommentTest, SectionsTakeOver) {
         {"a CDATA section without its bracket", "<![CDATA\n", "19 text() next(CDATATagSimpleParser) keyword(CDATA) rest(\\n)"},
         {"a conditional section", "a<![if !IE]>", "19 text(a) next(ConditionalTagSimpleParser) keyword(if) rest( !IE]>)"},
         {"its end", "a<![EndIf]>", "19 text(a) next(ConditionalTagSimpleParser) keyword(EndIf) rest(]>)"},
-        {"behind tags", "<a></a><!b<!--c", "19 text(<a></a><!b) next(CommentTagSimpleParser) rest(c)"},
-        {"behind \"<\"", "<<!--c", "19 text(<) next(CommentTagSimpleParser) rest(c)"},
-        {"behind \"<!\"", "<!<![if ", "19 text(<!) next(ConditionalTagSimpleParser) keyword(if) rest( )"},
+        {"after tags", "<a></a><!b<!--c", "19 text(<a></a><!b) next(CommentTagSimpleParser) rest(c)"},
+        {"after \"<\"", "<<!--c", "19 text(<) next(CommentTagSimpleParser) rest(c)"},
+        {"after \"<!\"", "<!<![if ", "19 text(<!) next(ConditionalTagSimpleParser) keyword(if) rest( )"},
         {"the input ends in the opener of a comment", "a<!-", "end 16 text(a)"},
-        {"the input ends behind \"<![\"", "a<![", "end 16 text(a)"},
+        {"the input ends after \"<![\"", "a<![", "end 16 text(a)"},
         {"the input ends in a keyword", "a<![CDATA", "end 16 text(a)"},
     };
     for (const Case& c : CASES)
@@ -109,12 +109,12 @@ TYPED_TEST(CPPCommentTest, MalformedConstructs) {
     const Case CASES[] = {
         {"\"<!-\" without a second hyphen", " a <!-x", "11 text( a ) rest(x)"},
         {"\"<!->\"", "<!->\n", "11 text() rest(>\\n)"},
-        {"\"<!-\" in front of the line feed", "a<!-\n", "11 text(a) rest(\\n)"},
+        {"\"<!-\" before the line feed", "a<!-\n", "11 text(a) rest(\\n)"},
         {"\"<![\" and an unknown word", "a<![x[", "11 text(a) rest([)"},
         {"\"<![\" without a word", "a<![[", "11 text(a) rest([)"},
-        {"\"<![\" in front of the line feed", "a<![\n", "11 text(a) rest(\\n)"},
+        {"\"<![\" before the line feed", "a<![\n", "11 text(a) rest(\\n)"},
         {"the beginning of a keyword", "a<![CDAT\n", "11 text(a) rest(\\n)"},
-        {"behind tags", "<a></a><!-b", "11 text(<a></a>) rest(b)"},
+        {"after tags", "<a></a><!-b", "11 text(<a></a>) rest(b)"},
     };
     for (const Case& c : CASES)
         CheckRow<CPPCommentSimpleParser, TypeParam>(c.note, c.input, c.expected);

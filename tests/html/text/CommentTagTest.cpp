@@ -22,7 +22,7 @@ using Parser = CommentTagSimpleParser<typename Flavour::C, typename Flavour::S>;
 template <typename Flavour>
 using Data = CommentTagSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind the "<!--", and what becomes of it.
+/// A row: what follows the "<!--", and what becomes of it.
 struct Case {
     const char* note;
     std::string_view input;
@@ -36,16 +36,16 @@ TYPED_TEST_SUITE(CommentTagTest, Flavours);
 
 TYPED_TEST(CommentTagTest, Comments) {
     const Case CASES[] = {
-        {"a comment ends behind \"-->\"", " a -->", "19 comment( a )"},
+        {"a comment ends after \"-->\"", " a -->", "19 comment( a )"},
         {"the rest of the piece is left", "a-->b-->", "19 comment(a) rest(b-->)"},
         {"a comment may be empty", "-->", "19 comment()"},
         {"hyphens in the body are content", " a -- b -->", "19 comment( a -- b )"},
         {"a single hyphen is content", "a-b - c-->", "19 comment(a-b - c)"},
-        {"a hyphen in front of the end is content", " a --->", "19 comment( a -)"},
+        {"a hyphen before the end is content", " a --->", "19 comment( a -)"},
         {"a run of hyphens keeps all but its last two", "a------>", "19 comment(a----)"},
         {"nothing but hyphens", "---->", "19 comment(--)"},
-        {"white space behind the hyphens does not end it", "a-- >-->", "19 comment(a-- >)"},
-        {"a line end behind the hyphens does not end it", "a--\n>-->", "19 comment(a--\\n>)"},
+        {"white space after the hyphens does not end it", "a-- >-->", "19 comment(a-- >)"},
+        {"a line end after the hyphens does not end it", "a--\n>-->", "19 comment(a--\\n>)"},
         {"\">\" at once is content", ">-->", "19 comment(>)"},
         {"\"->\" at once is content", "->-->", "19 comment(->)"},
         {"\"--!>\" does not end it", "a--!>b-->", "19 comment(a--!>b)"},

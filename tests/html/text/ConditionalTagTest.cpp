@@ -23,7 +23,7 @@ using Parser = ConditionalTagSimpleParser<typename Flavour::C, typename Flavour:
 template <typename Flavour>
 using Data = ConditionalTagSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind "<![if", and what becomes of it.
+/// A row: what follows "<![if", and what becomes of it.
 struct Case {
     const char* note;
     std::string_view input;
@@ -82,10 +82,10 @@ TYPED_TEST_SUITE(ConditionalTagTest, Flavours);
 
 TYPED_TEST(ConditionalTagTest, Markers) {
     const Case CASES[] = {
-        {"a marker ends behind \"]>\"", " !IE]>", "19 conditional(if| !IE|)"},
+        {"a marker ends after \"]>\"", " !IE]>", "19 conditional(if| !IE|)"},
         {"the rest of the piece is left", " IE]>x]>", "19 conditional(if| IE|) rest(x]>)"},
         {"a condition may be empty", "]>", "19 conditional(if||)"},
-        {"\">\" and \"[\" in front of the bracket belong to the condition", "[a>b[]>", "19 conditional(if|[a>b[|)"},
+        {"\">\" and \"[\" before the bracket belong to the condition", "[a>b[]>", "19 conditional(if|[a>b[|)"},
         {"quotes mean nothing", " \"a]>\"", "19 conditional(if| \"a|) rest(\")"},
         {"line ends in the condition are kept and count", "\r\na\n]>\n", "19 conditional(if|\\r\\na\\n|) rest(\\n)"},
         {"a NUL in the condition", " \0]>"sv, "19 conditional(if| \\x00|)"},
@@ -99,7 +99,7 @@ TYPED_TEST(ConditionalTagTest, Markers) {
 TYPED_TEST(ConditionalTagTest, TheTailIsWhatLiesInThePieceOfTheEnd) {
     const TailCase CASES[] = {
         {"hyphens", "]-->", ""},
-        {"behind a condition", " IE]--> x", " IE"},
+        {"after a condition", " IE]--> x", " IE"},
         {"one character", "]->", ""},
         {"white space and line ends", " a] \r\n\n >\n>", " a"},
         {"more brackets", " a]]b]>", " a"},
@@ -123,9 +123,9 @@ TYPED_TEST(ConditionalTagTest, TailsThatAreCut) {
         {"uncut: the whole tail", "]abcd>", {}, "19 conditional(if||abcd)"},
         {"cut in the tail: only the second part", "]abcd>", {3}, "19 conditional(if||cd)"},
         {"cut twice in the tail: only the last part", "]abcd>", {2, 4}, "19 conditional(if||d)"},
-        {"cut in front of the \">\": nothing", "]abcd>", {5}, "19 conditional(if||)"},
-        {"cut behind the \"]\": everything", "]abcd>", {1}, "19 conditional(if||abcd)"},
-        {"cut in front of the \"]\": everything", " a]bcd>", {2}, "19 conditional(if| a|bcd)"},
+        {"cut before the \">\": nothing", "]abcd>", {5}, "19 conditional(if||)"},
+        {"cut after the \"]\": everything", "]abcd>", {1}, "19 conditional(if||abcd)"},
+        {"cut before the \"]\": everything", " a]bcd>", {2}, "19 conditional(if| a|bcd)"},
         {"the condition keeps its parts", " abc]bcd>", {1, 3}, "19 conditional(if| abc|bcd)"},
         {"in single characters: nothing", "]ab>", {1, 2, 3}, "19 conditional(if||)"},
     };
@@ -146,7 +146,7 @@ TYPED_TEST(ConditionalTagTest, OpenMarkers) {
         {"the input ends in the condition", " IE", "end 19 conditional(if| IE|, no-bracket, open)"},
         {"the input ends at once", "", "end 19 conditional(if||, no-bracket, open)"},
         {"\">\" without a bracket ends nothing", " a>b", "end 19 conditional(if| a>b|, no-bracket, open)"},
-        {"the input ends behind the bracket", " IE]", "end 19 conditional(if| IE|, open)"},
+        {"the input ends after the bracket", " IE]", "end 19 conditional(if| IE|, open)"},
         {"the tail of an open marker is lost", " IE]--\n", "end 19 conditional(if| IE|, open)"},
         {"further brackets end nothing", " a]]]", "end 19 conditional(if| a|, open)"},
         {"nothing but the bracket", "]", "end 19 conditional(if||, open)"},

@@ -33,7 +33,7 @@ TYPED_TEST_SUITE(Escape2022Test, Flavours);
 TYPED_TEST(Escape2022Test, Runs) {
     struct Case {
         const char* note;
-        std::string_view input;  // behind the opening ESC
+        std::string_view input;  // after the opening ESC
         std::string_view expected;
     };
     const Case CASES[] = {
@@ -43,8 +43,8 @@ TYPED_TEST(Escape2022Test, Runs) {
         {"a NUL inside the run is data", "$Ba\0b\033(B<"sv, "19 text(\\x1B$Ba\\x00b\\x1B(B) rest(<)"},
         {"characters from 128 up inside the run are data", "$B\x80\xFF\033(B<", "19 text(\\x1B$B\\x80\\xFF\\x1B(B) rest(<)"},
         {"\"$(\" completes at once: a return may follow directly", "$(\033(Bz", "19 text(\\x1B$(\\x1B(B) rest(z)"},
-        {"the character behind \"$(\" belongs to the run", "$(C\033(Bz", "19 text(\\x1B$(C\\x1B(B) rest(z)"},
-        {"whatever stands behind \"$(\"", "$(<\033(Bz", "19 text(\\x1B$(<\\x1B(B) rest(z)"},
+        {"the character after \"$(\" belongs to the run", "$(C\033(Bz", "19 text(\\x1B$(C\\x1B(B) rest(z)"},
+        {"whatever follows \"$(\"", "$(<\033(Bz", "19 text(\\x1B$(<\\x1B(B) rest(z)"},
         {"an escape that designates nothing ends at its first character", "xy", "19 text(\\x1Bx) rest(y)"},
         {"a \"<\" may be that character", "<y", "19 text(\\x1B<) rest(y)"},
         {"a second ESC may be that character", "\033$B", "19 text(\\x1B\\x1B) rest($B)"},
@@ -56,20 +56,20 @@ TYPED_TEST(Escape2022Test, Runs) {
         {"\"$)\" and a wrong third character", "$)By", "19 text(\\x1B$)B) rest(y)"},
         {"\"$*\" and a wrong third character", "$*Iy", "19 text(\\x1B$*I) rest(y)"},
         {"\"$+\" and a letter before the first", "$+Hy", "19 text(\\x1B$+H) rest(y)"},
-        {"\"$+\" and a letter behind the last", "$+Ny", "19 text(\\x1B$+N) rest(y)"},
+        {"\"$+\" and a letter after the last", "$+Ny", "19 text(\\x1B$+N) rest(y)"},
         {"letters are compared exactly", "$by", "19 text(\\x1B$b) rest(y)"},
         {"a designation inside a run is data", "$Ba\033$Bb\033(Bc", "19 text(\\x1B$Ba\\x1B$Bb\\x1B(B) rest(c)"},
         {"\"(\" and a wrong character inside a run are data", "$Ba\033(X\033(Bc", "19 text(\\x1B$Ba\\x1B(X\\x1B(B) rest(c)"},
         {"\".\" and a wrong character inside a run are data", "$Ba\033.B\033(Bc", "19 text(\\x1B$Ba\\x1B.B\\x1B(B) rest(c)"},
-        {"ESC behind ESC does not begin a return", "$Ba\033\033(Bc", "end 19 text(\\x1B$Ba\\x1B\\x1B(Bc)"},
-        {"ESC behind \"(\" does not begin a return", "$Ba\033(\033(Bc", "end 19 text(\\x1B$Ba\\x1B(\\x1B(Bc)"},
+        {"ESC after ESC does not begin a return", "$Ba\033\033(Bc", "end 19 text(\\x1B$Ba\\x1B\\x1B(Bc)"},
+        {"ESC after \"(\" does not begin a return", "$Ba\033(\033(Bc", "end 19 text(\\x1B$Ba\\x1B(\\x1B(Bc)"},
         {"the run goes on until a return comes", "$Ba\033\033(Bc\033(Bd", "19 text(\\x1B$Ba\\x1B\\x1B(Bc\\x1B(B) rest(d)"},
-        {"the input ends behind the opening ESC", "", "end 19 text(\\x1B)"},
+        {"the input ends after the opening ESC", "", "end 19 text(\\x1B)"},
         {"the input ends inside a designation", "$", "end 19 text(\\x1B$)"},
         {"the input ends inside a longer designation", "$)", "end 19 text(\\x1B$))"},
         {"the input ends inside the run", "$Bab", "end 19 text(\\x1B$Bab)"},
-        {"the input ends behind a designation", "$B", "end 19 text(\\x1B$B)"},
-        {"the input ends behind a later ESC", "$Bab\033", "end 19 text(\\x1B$Bab\\x1B)"},
+        {"the input ends after a designation", "$B", "end 19 text(\\x1B$B)"},
+        {"the input ends after a later ESC", "$Bab\033", "end 19 text(\\x1B$Bab\\x1B)"},
         {"the input ends inside a return", "$Bab\033(", "end 19 text(\\x1B$Bab\\x1B()"},
         {"lines are counted", "$B\n\n\033(B\n", "19 text(\\x1B$B\\n\\n\\x1B(B) rest(\\n)"},
     };

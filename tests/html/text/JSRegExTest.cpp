@@ -36,16 +36,16 @@ TYPED_TEST(JSRegExTest, Expressions) {
     struct Case {
         const char* note;
         bool allowEscapes;
-        std::string_view input;  // behind the opening "/"
+        std::string_view input;  // after the opening "/"
         std::string_view expected;
     };
     const Case CASES[] = {
         {"the closing \"/\" is left", true, "ab/g", "19 text(/ab) rest(/g)"},
         {"the closing \"/\" is left without escapes too", false, "ab/g", "19 text(/ab) rest(/g)"},
         {"an empty expression", true, "/", "19 text(/) rest(/)"},
-        {"an expression ends in front of \"<\"", true, "a<b/", "19 text(/a) rest(<b/)"},
-        {"an expression ends in front of a line feed", true, "ab\nc/", "19 text(/ab) rest(\\nc/)"},
-        {"an expression ends in front of a carriage return", true, "ab\r\nc/", "19 text(/ab) rest(\\r\\nc/)"},
+        {"an expression ends before \"<\"", true, "a<b/", "19 text(/a) rest(<b/)"},
+        {"an expression ends before a line feed", true, "ab\nc/", "19 text(/ab) rest(\\nc/)"},
+        {"an expression ends before a carriage return", true, "ab\r\nc/", "19 text(/ab) rest(\\r\\nc/)"},
         {"brackets give no shelter", true, "[/]/", "19 text(/[) rest(/]/)"},
         {"quotes give no shelter", true, "'/'", "19 text(/') rest(/')"},
         {"an escaped \"/\" is content", true, "a\\/b/", "19 text(/a\\\\/b) rest(/)"},
@@ -58,8 +58,8 @@ TYPED_TEST(JSRegExTest, Expressions) {
         {"other characters are content", true, "\t\v\0>*'\"\033\x85\xFF/"sv, "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
         {"an expression up to the end of the input is complete", true, "abc", "end 19 text(/abc)"},
         {"an expression of nothing but its \"/\"", true, "", "end 19 text(/)"},
-        {"the input ends behind a backslash", true, "a\\", "end 19 text(/a\\\\)"},
-        {"the input ends behind an escaped \"/\"", true, "a\\/", "end 19 text(/a\\\\/)"},
+        {"the input ends after a backslash", true, "a\\", "end 19 text(/a\\\\)"},
+        {"the input ends after an escaped \"/\"", true, "a\\/", "end 19 text(/a\\\\/)"},
     };
     for (const Case& c : CASES)
         CheckRow<JSRegExSimpleParser, TypeParam>(c.note, c.input, c.expected, Escapes<TypeParam>(c.allowEscapes));

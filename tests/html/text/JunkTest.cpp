@@ -25,7 +25,7 @@ struct Case {
 };
 
 constexpr Case CASES[] = {
-    {"junk ends in front of \"<\"", "abc<def", "19", "abc", " rest(<def)"},
+    {"junk ends before \"<\"", "abc<def", "19", "abc", " rest(<def)"},
     {"junk may be empty", "<a", "19", "", " rest(<a)"},
     {"junk up to the end of the input is complete", "abc", "end 19", "abc", ""},
     {"no input at all is complete empty junk", "", "end 19", "", ""},

@@ -7,7 +7,7 @@
 
 /// @file
 /// Slow second opinions: what the recognizers of text must make of a whole narrow input, written as plain searches over it. A function
-/// takes the place to begin at and moves it behind what it has read.
+/// takes the place to begin at and moves it after what it has read.
 
 namespace Kestra::Test {
 
@@ -30,7 +30,7 @@ inline std::string_view ModelSpaces(std::string_view input, std::size_t* place) 
     return input.substr(begin, *place - begin);
 }
 
-/// Appends an escape run, from behind its opening ESC on. False when the input ends first.
+/// Appends an escape run, from after its opening ESC on. False when the input ends first.
 inline bool ModelEscapeRun(std::string_view input, std::size_t* place, std::string* text) {
     // Of the designations that begin with "$(" none but that itself can ever complete.
     constexpr std::array<std::string_view, 14> DESIGNATIONS = {"$@",  "$B",  "$(",  "$A",  "$)C", "$)A", "$)G",

@@ -26,7 +26,7 @@ TYPED_TEST(WhiteSpaceTest, Runs) {
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a run ends in front of the first other character", " \tx", "19 text( \\t) rest(x)"},
+        {"a run ends before the first other character", " \tx", "19 text( \\t) rest(x)"},
         {"a run may be empty", "x ", "19 text() rest(x )"},
         {"all six kinds of white space", " \t\n\v\f\r<", "19 text( \\t\\n\\x0B\\x0C\\r) rest(<)"},
         {"a run at the end of the input is complete", "  ", "end 19 text(  )"},

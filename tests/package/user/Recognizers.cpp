@@ -36,7 +36,7 @@ namespace {
 template <typename C, typename S, template <typename, typename> class Parser, template <typename, typename> class Record>
 struct Reading {
     /// Feeds the text one character a piece.
-    /// @param options  called behind `BeginParse`
+    /// @param options  called after `BeginParse`
     template <typename Options>
     Reading(const std::string& ascii, Options options) {
         const S text = Text<S>(ascii);

@@ -345,7 +345,7 @@ inline constexpr char16_t POLISH[] =
     u"\u017Cd\u017Ce i z komina bucha bia\u0142y k\u0142\u0105b pary. Droga powrotna trwa kr\u00F3cej, ni\u017C by si\u0119 chcia"
     u"\u0142o.";
 
-// Czech: bees behind a house.
+// Czech: bees after a house.
 inline constexpr char16_t CZECH[] =
     u"Str\u00FDc choval v\u010Dely na zahrad\u011B za domem, hned vedle star\u00E9 hru\u0161n\u011B. \u00DAly nat\u00EDral ka\u017Ed"
     u"\u00E9 jaro jinou barvou, proto\u017Ee pr\u00FD v\u010Dely poznaj\u00ED, kde bydl\u00ED, podle odst\u00EDnu. Kdy\u017E jsme k n"
@@ -680,7 +680,7 @@ inline std::vector<CharsetSample> MakeCharsetSamples() {
 
 /// The sample at the end of a page that begins with 12 KB of script. The page ends with the sample, as a read buffer may end
 /// anywhere.
-inline std::string PutBehindScript(const CharsetSample& sample) {
+inline std::string PutAfterScript(const CharsetSample& sample) {
     std::string markup = "<!DOCTYPE html>\n<html>\n<head>\n<script type=\"text/javascript\">\n";
     const std::size_t scriptStart = markup.size();
     for (int panel = 1; markup.size() - scriptStart < 12 * 1024; ++panel) {

@@ -30,7 +30,7 @@ bool isOpeningBroken = false;  // whether they fail
 #define KESTRA_TEST_TEXT(name) #name
 #define KESTRA_TEST_TEXT_OF(macro) KESTRA_TEST_TEXT(macro)
 
-// Stands in front of ICU's own function in the whole test program: it counts, and fails when a test says so.
+// Stands before ICU's own function in the whole test program: it counts, and fails when a test says so.
 extern "C" UConverter* ucnv_open(const char* name, UErrorCode* error) {
     ++openings;
     if (isOpeningBroken) {

@@ -173,19 +173,19 @@ TEST(WindowsConverterTest, StringsOfTheLanguageLibraryThatEndInsideAnEscape) {
     const ToWideRow rows[] = {
         {"a change to ASCII alone", 50221, "\x1B(B", KESTRA_WIDE("")},
         {"a change to two bytes alone", 50221, "\x1B$B", KESTRA_WIDE("")},
-        {"and behind characters", 50221, "ab\x1B$B", KESTRA_WIDE("ab")},
+        {"and after characters", 50221, "ab\x1B$B", KESTRA_WIDE("ab")},
         {"several changes", 50222, "\x1B$B\x1B(B\x1B$B\x1B(B", KESTRA_WIDE("")},
-        {"an escape character behind characters", 50220, "ab\x1B", KESTRA_WIDE("ab\uFFFD")},
-        {"and behind a change", 50221, "ab\x1B$B\x1B", KESTRA_WIDE("ab\uFFFD")},
+        {"an escape character after characters", 50220, "ab\x1B", KESTRA_WIDE("ab\uFFFD")},
+        {"and after a change", 50221, "ab\x1B$B\x1B", KESTRA_WIDE("ab\uFFFD")},
         {"half a character", 50221, "ab\x1B$B$\"D", KESTRA_WIDE("ab\u3042\uFFFD")},
         {"half a character alone", 50221, "\x1B$BD", KESTRA_WIDE("\uFFFD")},
-        {"an unknown change behind characters", 50221, "ab\x1B$(D", KESTRA_WIDE("ab\uFFFD")},
+        {"an unknown change after characters", 50221, "ab\x1B$(D", KESTRA_WIDE("ab\uFFFD")},
         {"nothing but the start of an escape", 50221, "\x1B$", KESTRA_WIDE("\uFFFD")},
         {"nothing but an escape character", 50220, "\x1B", KESTRA_WIDE("\uFFFD")},
         {"nothing but an escape character", 50221, "\x1B", KESTRA_WIDE("\uFFFD")},
         {"nothing but an escape character", 50222, "\x1B", KESTRA_WIDE("\uFFFD")},
-        {"an escape character behind a change to ASCII", 50221, "\x1B(B\x1B", KESTRA_WIDE("\uFFFD")},
-        {"an escape character behind a change to two bytes", 50221, "\x1B$B\x1B", KESTRA_WIDE("\uFFFD")},
+        {"an escape character after a change to ASCII", 50221, "\x1B(B\x1B", KESTRA_WIDE("\uFFFD")},
+        {"an escape character after a change to two bytes", 50221, "\x1B$B\x1B", KESTRA_WIDE("\uFFFD")},
         {"the start of a change to ASCII", 50221, "\x1B(", KESTRA_WIDE("\uFFFD")},
         {"a change that the library does not know", 50221, "\x1B$(D", KESTRA_WIDE("\uFFFD")},
         {"a NUL at the end is a character", 50221, "a\0"sv, WideStringView(KESTRA_WIDE("a\0"), 2)},
@@ -196,7 +196,7 @@ TEST(WindowsConverterTest, StringsOfTheLanguageLibraryThatEndInsideAnEscape) {
     const FromWideRow katakana[] = {
         // It waits for the sound mark that may follow.
         {"half-width katakana at the end", 50220, KESTRA_WIDE("\uFF76"), "\x1B$B%+\x1B(B"},
-        {"behind others", 50220, KESTRA_WIDE("\u3042\uFF76"), "\x1B$B$\"%+\x1B(B"},
+        {"after others", 50220, KESTRA_WIDE("\u3042\uFF76"), "\x1B$B$\"%+\x1B(B"},
         {"with its mark", 50220, KESTRA_WIDE("\uFF76\uFF9E"), "\x1B$B%,\x1B(B"},
     };
     CheckFromWide(katakana);
@@ -445,7 +445,7 @@ TEST(WindowsConverterTest, ACutIsWhereACharacterEndsInTextThatIsNoneToo) {
         {"a first byte without its second one", 932, "\x83 bcd",
          KESTRA_WIDE("\u30FB"
                      "bcd")},
-        {"a first byte in front of a digit", 932,
+        {"a first byte before a digit", 932,
          "\x83"
          "1 bcd",
          KESTRA_WIDE("\u30FB bcd")},
@@ -668,7 +668,7 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
             return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ScriptedFromWide));
         return RealSystem::FindCall(library, name);
     };
-    /// What the library answers to a string of one character "x", behind the opening; and to that with a terminator.
+    /// What the library answers to a string of one character "x", after the opening; and to that with a terminator.
     struct Answer {
         HRESULT result;
         INT room;

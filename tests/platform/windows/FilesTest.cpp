@@ -667,7 +667,7 @@ TEST(WindowsDeviceTest, APipeOfMessagesIsReadAsBytes) {
     EXPECT_TRUE(stream->IsEnd());
 }
 
-TEST(WindowsDeviceTest, ADocumentGoesOnBehindAnEmptyMessage) {
+TEST(WindowsDeviceTest, ADocumentGoesOnAfterAnEmptyMessage) {
     PipeServer server(PIPE_TYPE_MESSAGE);
     std::thread writer([&server] {
         Sleep(20);
@@ -781,7 +781,7 @@ TEST(WindowsFailuresTest, AReadErrorIsAFailure) {
     EXPECT_EQ(parser.ParseFile(path.c_str()), 512U);
 }
 
-TEST(WindowsFailuresTest, AReadErrorBehindTheFirstByteEndsTheReadOnly) {
+TEST(WindowsFailuresTest, AReadErrorAfterTheFirstByteEndsTheReadOnly) {
     const TemporaryFolder folder;
     const std::unique_ptr<InputStream> stream = Open(folder.Write("file", "0123456789").wstring());
     ASSERT_NE(stream, nullptr);

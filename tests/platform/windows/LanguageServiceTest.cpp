@@ -527,7 +527,7 @@ TEST(LanguageServiceComTest, WithoutComTheServiceIsUnavailableAndNothingIsUndone
     });
 }
 
-TEST(LanguageServiceComTest, ManyDetectionsLeaveNothingBehind) {
+TEST(LanguageServiceComTest, ManyDetectionsLeaveNothing) {
     for (const Com com : {Com::SINGLE_THREADED, Com::MULTI_THREADED}) {
         OnThread(com, [] {
             LanguageServiceScript script;

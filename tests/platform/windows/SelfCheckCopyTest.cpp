@@ -198,7 +198,7 @@ TEST(WindowsSelfCheckCopyTest, ACopyThatIsSpoiltWhenItIsTakenEarlyIsNone) {
     }
 }
 
-TEST(WindowsSelfCheckCopyTest, BytesBehindTheEndAreReadBackToo) {
+TEST(WindowsSelfCheckCopyTest, BytesAfterTheEndAreReadBackToo) {
     const std::string bytes = MakeDocument<char>(6 << 20);
     const std::string more = MakeDocument<char>(1 << 20);
     CopiedDocument<char, std::string> document;

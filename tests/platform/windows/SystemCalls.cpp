@@ -5,7 +5,7 @@
 // After the header above, which it needs.
 #include <winternl.h>
 
-/// What GetProcAddress itself calls, so that it can be called behind the hook of that.
+/// What GetProcAddress itself calls, so that it can be called after the hook of that.
 extern "C" NTSYSAPI NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, const ANSI_STRING* name, ULONG ordinal, void** address);
 
 namespace Kestra::Test {

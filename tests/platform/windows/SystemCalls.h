@@ -9,7 +9,7 @@
 
 namespace Kestra::Test {
 
-/// What a test puts in front of calls to the system. An empty one leaves the call alone.
+/// What a test puts before calls to the system. An empty one leaves the call alone.
 struct SystemHooks {
     std::function<bool(const wchar_t* path, DWORD attributes)> createFile;  ///< false for a failure, with the last error that it has set
     std::function<DWORD(const wchar_t* path, DWORD size, wchar_t* absolute)> getFullPathName;
@@ -40,7 +40,7 @@ struct RealSystem {
     static HRESULT CreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object);
 };
 
-/// Hooks in front of all such calls of this program, the library's among them, for as long as it lives. One at a time.
+/// Hooks before all such calls of this program, the library's among them, for as long as it lives. One at a time.
 class HookedSystem {
 public:
     HookedSystem();

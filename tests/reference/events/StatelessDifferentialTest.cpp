@@ -141,7 +141,7 @@ TEST_P(StatelessDifferentialTest, RandomDocuments) {
         HTML::StatelessHTMLParser parser;
         const auto mode = dice.OneIn(2) ? HTML::StatelessHTMLParser::SCRIPT_AS_TEXT : HTML::StatelessHTMLParser::SCRIPT_AS_TOKENS;
         parser.SetScriptMode(mode);
-        // Behind a failure nothing is fed; the rest of the document is tried from there on.
+        // After a failure nothing is fed; the rest of the document is tried from there on.
         std::string rest = document;
         for (int attempt = 0; attempt < 4 && !rest.empty(); ++attempt) {
             std::string difference = Difference(&parser, {rest}, charset, flags);

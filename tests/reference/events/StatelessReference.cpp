@@ -13,33 +13,33 @@ enum class TagKind { START, END, ENTITY, EXTERN };
 /// Where the next byte is. Between two pieces it is all that is known of the place.
 enum class State {
     TEXT,
-    OPENER,       ///< behind "<"
-    DECLARATION,  ///< behind "<!"
-    DASH,         ///< behind "<!-"
+    OPENER,       ///< after "<"
+    DECLARATION,  ///< after "<!"
+    DASH,         ///< after "<!-"
     COMMENT,
-    COMMENT_DASH,    ///< behind "-" in a comment
-    COMMENT_DASHES,  ///< behind "--" in a comment
+    COMMENT_DASH,    ///< after "-" in a comment
+    COMMENT_DASHES,  ///< after "--" in a comment
     BEFORE_NAME,
     NAME,
-    END_TAG_CLOSE,  ///< behind the name of an end tag
+    END_TAG_CLOSE,  ///< after the name of an end tag
     BEFORE_ATTRIBUTE,
     ATTRIBUTE_NAME,
-    BEHIND_ATTRIBUTE_NAME,
+    AFTER_ATTRIBUTE_NAME,
     BAD_ATTRIBUTE,
     BEFORE_VALUE,
     UNQUOTED_VALUE,
     QUOTED_VALUE,
-    CLOSED_VALUE,  ///< behind the closing quote
-    BEHIND_TOKEN,
+    CLOSED_VALUE,  ///< after the closing quote
+    AFTER_TOKEN,
     TAG_CLOSE,   ///< at the mark that ends the tag
     LAST_BRACE,  ///< only ">" can follow
     SCRIPT,
     SCRIPT_BLOCK_COMMENT,
     SCRIPT_LINE_COMMENT,
     SCRIPT_STRING,
-    SCRIPT_OPENER,  ///< behind "<" in a script
+    SCRIPT_OPENER,  ///< after "<" in a script
     STYLE,
-    STYLE_OPENER,  ///< behind "<" in a style
+    STYLE_OPENER,  ///< after "<" in a style
     CONTENT,       ///< of an element, as text
     CONTENT_END,   ///< after the name of its end tag
 };
@@ -337,12 +337,12 @@ Step KeepAttribute(Machine* machine) {
 
 Step StepAttributeName(Machine* machine, char byte) {
     if (!ContinuesName(byte))
-        return Again(machine, State::BEHIND_ATTRIBUTE_NAME);
+        return Again(machine, State::AFTER_ATTRIBUTE_NAME);
     machine->identifier += byte;
     return TakeMark(machine);
 }
 
-Step StepBehindAttributeName(Machine* machine, char byte) {
+Step StepAfterAttributeName(Machine* machine, char byte) {
     if (IsWhiteSpace(byte))
         return TakeSpace(machine, byte);
     if (byte != '=')
@@ -365,7 +365,7 @@ Step KeepValue(Machine* machine) {
         return KeepAttribute(machine);
     machine->tokens.push_back(machine->value);
     machine->value.clear();
-    return Again(machine, State::BEHIND_TOKEN);
+    return Again(machine, State::AFTER_TOKEN);
 }
 
 Step StepUnquotedValue(Machine* machine, char byte) {
@@ -382,7 +382,7 @@ Step StepQuotedValue(Machine* machine, char byte) {
     return TakeMark(machine);
 }
 
-Step StepBehindToken(Machine* machine, char byte) {
+Step StepAfterToken(Machine* machine, char byte) {
     if (IsWhiteSpace(byte))
         return TakeSpace(machine, byte);
     if (byte == '/' || byte == '>')
@@ -547,8 +547,8 @@ Step StepByte(Machine* machine, char byte) {
             return StepBeforeAttribute(machine, byte);
         case State::ATTRIBUTE_NAME:
             return StepAttributeName(machine, byte);
-        case State::BEHIND_ATTRIBUTE_NAME:
-            return StepBehindAttributeName(machine, byte);
+        case State::AFTER_ATTRIBUTE_NAME:
+            return StepAfterAttributeName(machine, byte);
         case State::BAD_ATTRIBUTE:
             return StepBadAttribute(machine, byte);
         case State::BEFORE_VALUE:
@@ -559,8 +559,8 @@ Step StepByte(Machine* machine, char byte) {
             return StepQuotedValue(machine, byte);
         case State::CLOSED_VALUE:
             return KeepValue(machine);
-        case State::BEHIND_TOKEN:
-            return StepBehindToken(machine, byte);
+        case State::AFTER_TOKEN:
+            return StepAfterToken(machine, byte);
         case State::TAG_CLOSE:
             return StepTagClose(machine, byte);
         case State::LAST_BRACE:
@@ -613,7 +613,7 @@ std::uint32_t EndPiece(Machine* machine) {
         case State::BAD_ATTRIBUTE:
             machine->state = State::BEFORE_ATTRIBUTE;
             return 16;
-        case State::BEHIND_TOKEN:
+        case State::AFTER_TOKEN:
             machine->state = State::BEFORE_VALUE;  // a ">" that follows makes an empty token
             return 16;
         case State::BEFORE_NAME:
@@ -621,7 +621,7 @@ std::uint32_t EndPiece(Machine* machine) {
         case State::END_TAG_CLOSE:
         case State::BEFORE_ATTRIBUTE:
         case State::ATTRIBUTE_NAME:
-        case State::BEHIND_ATTRIBUTE_NAME:
+        case State::AFTER_ATTRIBUTE_NAME:
         case State::BEFORE_VALUE:
         case State::UNQUOTED_VALUE:
         case State::QUOTED_VALUE:

@@ -20,10 +20,10 @@ using ReferencePairs = std::vector<ReferencePair>;
 /// Whether two strings are the same when "A" to "Z" are folded; a NUL is a byte like any other.
 bool EqualsFolded(const std::string& left, const std::string& right);
 
-/// The charset in force behind a start tag, before its event. Bit 0 of `flags` lets the markup replace a charset that is set.
+/// The charset in force after a start tag, before its event. Bit 0 of `flags` lets the markup replace a charset that is set.
 std::uint32_t CharsetAfterStartTag(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset, std::uint32_t flags);
 
-/// The charset in force behind a "<?...?>" tag, before its event.
+/// The charset in force after a "<?...?>" tag, before its event.
 std::uint32_t CharsetAfterExternTag(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset, std::uint32_t flags);
 
 std::string StartLine(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset);

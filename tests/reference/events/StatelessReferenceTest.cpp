@@ -45,34 +45,34 @@ void CheckAll(const Case (&rows)[COUNT]) {
 const Case TAGS[] = {
     {"no piece at all", {}, {}, {}},
     {"an empty piece", {""}, {}},
-    {"text and tags; text behind the last tag is not reported", {"a<b>c</b>d"}, {"text(a)", "start(b|)", "text(c)", "end(b)"}},
+    {"text and tags; text after the last tag is not reported", {"a<b>c</b>d"}, {"text(a)", "start(b|)", "text(c)", "end(b)"}},
     {"text alone", {"abc"}, {}},
-    {"a slash behind the name closes the tag", {"<br/>"}, {"start(br|)", "end(br)"}},
-    {"white space in front of the slash", {"<br />"}, {"start(br|)", "end(br)"}},
+    {"a slash after the name closes the tag", {"<br/>"}, {"start(br|)", "end(br)"}},
+    {"white space before the slash", {"<br />"}, {"start(br|)", "end(br)"}},
     {"the next tag is not self-closing", {"<br/><b>"}, {"start(br|)", "end(br)", "start(b|)"}},
     {"a slash that something other than \">\" follows", {"<br/x"}, {}, {702}},
     {"a question mark does not end a start tag", {"<a ?>"}, {}, {702}},
     {"values of all kinds", {"<p a=1 b='2\"' c=\"3'\">"}, {"start(p|{a=1}{b=2\"}{c=3'})"}},
     {"duplicates are kept, in order", {"<p b=1 a=2 b=3>"}, {"start(p|{b=1}{a=2}{b=3})"}},
     {"an attribute without a value", {"<input checked>"}, {"start(input|{checked=})"}},
-    {"white space in front of a value is skipped", {"<input a= b=''>"}, {"start(input|{a=b=''})"}},
+    {"white space before a value is skipped", {"<input a= b=''>"}, {"start(input|{a=b=''})"}},
     {"an empty unquoted value", {"<input a= >"}, {"start(input|{a=})"}},
     {"white space around the equals sign", {"<p a\n=\t1\rb>"}, {"start(p|{a=1}{b=})"}},
     {"an unquoted value takes slashes, question marks and quotes", {"<p a=b/c?'\"/>"}, {"start(p|{a=b/c?'\"/})"}},
     {"values may touch the next name", {"<p a='1'b=\"2\"c>"}, {"start(p|{a=1}{b=2}{c=})"}},
     {"an attribute that begins badly takes the rest of the tag", {"<a %x>"}, {"start(a|)"}},
-    {"what stood in front of it stays", {"<a b=1 =c d=2 />e<f>"}, {"start(a|{b=1})", "text(e)", "start(f|)"}},
+    {"what stood before it stays", {"<a b=1 =c d=2 />e<f>"}, {"start(a|{b=1})", "text(e)", "start(f|)"}},
     {"letters of a name", {"<_a:b-c9 D_e:f-g1=x>"}, {"start(_a:b-c9|{D_e:f-g1=x})"}},
     {"bytes from 128 up are no letters", {"<\xE9>"}, {}, {703}},
     {"such a byte ends a name and spoils the attribute", {"<a\xE9 b>"}, {"start(a|)"}},
-    {"white space in front of the name", {"< \n a>"}, {"start(a|)"}},
+    {"white space before the name", {"< \n a>"}, {"start(a|)"}},
     {"white space and no name", {"< 1>"}, {}, {701}},
     {"a comparison in text", {"a <= b"}, {"text(a )"}, {703}},
     {"two openers", {"<<a>"}, {}, {703}},
     {"an end tag", {"</a>"}, {"end(a)"}},
-    {"an end tag with white space in front of the name", {"</ a>"}, {"end(a)"}},
+    {"an end tag with white space before the name", {"</ a>"}, {"end(a)"}},
     {"an end tag without a name", {"</>"}, {}, {701}},
-    {"white space behind the name of an end tag", {"</a >"}, {}, {702}},
+    {"white space after the name of an end tag", {"</a >"}, {}, {702}},
     {"attributes of an end tag", {"</a/>"}, {}, {702}},
     {"an error ends the feeding", {"a<b", "/c", "<d>"}, {"text(a)"}, {16, 702}},
     {"a NUL ends text for its reader", {"a\0b<c>"s}, {"text(a)", "start(c|)"}},
@@ -88,8 +88,8 @@ const Case DECLARATIONS[] = {
     {"a declaration without tokens has an empty one", {"<!DOCTYPE>"}, {"entity(DOCTYPE|{})"}},
     {"tokens with and without quotes", {"<!DOCTYPE html PUBLIC \"x\">"}, {"entity(DOCTYPE|{html}{PUBLIC}{x})"}},
     {"tokens may touch", {"<!a 'b''c'd>"}, {"entity(a|{b}{c}{d})"}},
-    {"white space behind the last token", {"<!a b >"}, {"entity(a|{b})"}},
-    {"white space in front of the name", {"<! a>"}, {"entity(a|{})"}},
+    {"white space after the last token", {"<!a b >"}, {"entity(a|{b})"}},
+    {"white space before the name", {"<! a>"}, {"entity(a|{})"}},
     {"only the first token may begin with a slash", {"<!a /b '/'/>"}, {"entity(a|{/b}{/})"}},
     {"a slash that something other than \">\" follows", {"<!a 'b'/c"}, {}, {702}},
     {"tokens keep their NULs", {"<!a b\0c '\0'>"s}, {"entity(a|{b\\x00c}{\\x00})"}},
@@ -105,7 +105,7 @@ const Case DECLARATIONS[] = {
     {"an instruction ended by a slash", {"<?xml/>"}, {}, {702}},
     {"a question mark that something other than \">\" follows", {"<?xml ?a"}, {}, {702}},
     {"an instruction without a name", {"<?>"}, {}, {701}},
-    {"white space in front of the name", {"<? xml?>"}, {"extern(xml|)"}},
+    {"white space before the name", {"<? xml?>"}, {"extern(xml|)"}},
 };
 
 TEST(StatelessReference, DeclarationsAndInstructions) {
@@ -117,7 +117,7 @@ const Case COMMENTS[] = {
     {"three dashes do not close", {"<!--a--->b-->"}, {"comment(a--->b)"}},
     {"two dashes inside", {"<!--a--b-->"}, {"comment(a--b)"}},
     {"an empty comment", {"<!---->"}, {"comment()"}},
-    {"a brace behind the opener is body", {"<!-->-->"}, {"comment(>)"}},
+    {"a brace after the opener is body", {"<!-->-->"}, {"comment(>)"}},
     {"a NUL ends the body for its reader", {"<!--a\0b-->"s}, {"comment(a)"}},
     {"comments do not share a body", {"<!--a--><!--b-->"}, {"comment(a)", "comment(b)"}},
     {"one dash only", {"<!-x"}, {}, {703}},
@@ -138,7 +138,7 @@ const Case BODIES[] = {
     {"a second opener is a mismatch", {"<script><</script>a</script>"}, {"script(|<</script>a)"}},
     {"a mismatch late in the end tag", {"<script></scripx></script >a</SCRIPT>"}, {"script(|</scripx></script >a)"}},
     {"two slashes of a mismatch open no comment", {"<script><//a\nb</script>"}, {"script(|<//a\\nb)"}},
-    {"a slash in front of the end tag opens none", {"<script>a<b/</script>"}, {"script(|a<b/)"}},
+    {"a slash before the end tag opens none", {"<script>a<b/</script>"}, {"script(|a<b/)"}},
     {"the slash that a mismatch left opens a comment", {"<script></a<///b\nc</script>"}, {"script(|</a</c)"}},
     {"one slash is code", {"<script>a/b</script>"}, {"script(|a/b)"}},
     {"the attributes of a script", {"<SCRIPT a=1 b='2'>x</script>"}, {"script({a=1}{b=2}|x)"}},
@@ -165,8 +165,8 @@ const Case PIECES[] = {
     {"a name runs on", {"<p cla", "ss=x>"}, {"start(p|{class=x})"}, {16, 0}},
     {"empty pieces change nothing", {"<p cla", "", "ss=x>", ""}, {"start(p|{class=x})"}, {16, 0, 0, 0}},
     {"text runs on", {"a", "b", "<c>"}, {"text(ab)", "start(c|)"}, {0, 0, 0}},
-    {"behind the opener nothing is missing yet", {"<", "a>"}, {"start(a|)"}, {0, 0}},
-    {"nor behind the other openers",
+    {"after the opener nothing is missing yet", {"<", "a>"}, {"start(a|)"}, {0, 0}},
+    {"nor after the other openers",
      {"</", "a><?", "b?><!", "c>< ", "d><! ", "e>"},
      {"end(a)", "extern(b|)", "entity(c|{})", "start(d|)", "entity(e|{})"},
      {0, 0, 0, 0, 0, 0}},
@@ -185,10 +185,10 @@ const Case PIECES[] = {
     {"it ends at white space in the next piece", {"<a b=c", " d>"}, {"start(a|{b=c}{d=})"}, {16, 0}},
     {"a closing quote at the end of a piece closes nothing", {"<a b='1'", " c='2'>"}, {"start(a|{b=1 c=})"}, {16, 0}},
     {"a comment is cut", {"<!-- ab", "cd --><x>"}, {"comment( ab)", "text(cd -->)", "start(x|)"}, {0, 0}},
-    {"a comment cut behind its opener is not", {"<!--", "ab--><x>"}, {"comment(ab)", "start(x|)"}, {0, 0}},
+    {"a comment cut after its opener is not", {"<!--", "ab--><x>"}, {"comment(ab)", "start(x|)"}, {0, 0}},
     {"the openers of a comment", {"<!", "-", "-", "ab-->"}, {"comment(ab)"}, {0, 0, 0, 0}},
-    {"a comment cut behind a dash loses it", {"<!--a-", "-><x>"}, {"comment(a)", "text(->)", "start(x|)"}, {0, 0}},
-    {"behind two dashes it loses both", {"<!--a--", "><x>"}, {"comment(a)", "text(>)", "start(x|)"}, {0, 0}},
+    {"a comment cut after a dash loses it", {"<!--a-", "-><x>"}, {"comment(a)", "text(->)", "start(x|)"}, {0, 0}},
+    {"after two dashes it loses both", {"<!--a--", "><x>"}, {"comment(a)", "text(>)", "start(x|)"}, {0, 0}},
     {"a comment that ends with the piece", {"<!--a-->", "b<x>"}, {"comment(a)", "text(b)", "start(x|)"}, {0, 0}},
     {"a slash that ends a piece ends the tag", {"<br/", "><x>"}, {"start(br|)", "end(br)", "text(>)", "start(x|)"}, {0, 0}},
     {"a script too, and the brace is body", {"<script/", ">a</script>"}, {"script(|>a)"}, {0, 0}},
@@ -199,16 +199,16 @@ const Case PIECES[] = {
     {"across an empty piece", {"<?a b=c?", "", ">"}, {"extern(a|{b=c?})"}, {16, 0, 0}},
     {"but it is the last byte that counts", {"<?a b=c?", " ", ">"}, {}, {16, 16, 702}},
     {"a skip of a bad attribute ends with the piece", {"<a %b", "c=d>"}, {"start(a|{c=d})"}, {16, 0}},
-    {"white space behind a token begins a new one", {"<!a b ", "><x>"}, {"entity(a|{b}{})", "start(x|)"}, {16, 0}},
+    {"white space after a token begins a new one", {"<!a b ", "><x>"}, {"entity(a|{b}{})", "start(x|)"}, {16, 0}},
     {"and the new one may begin with a slash", {"<!a b ", "/>"}, {"entity(a|{b}{/})"}, {16, 0}},
-    {"white space in front of the first token does not", {"<!a ", "><x>"}, {"entity(a|{})", "start(x|)"}, {16, 0}},
+    {"white space before the first token does not", {"<!a ", "><x>"}, {"entity(a|{})", "start(x|)"}, {16, 0}},
 };
 
 TEST(StatelessReference, Pieces) {
     CheckAll(PIECES);
 }
 
-/// An input, and line and column behind it or at the byte that failed.
+/// An input, and line and column after it or at the byte that failed.
 struct PlaceCase {
     const char* note;
     std::string input;
@@ -230,16 +230,16 @@ const PlaceCase PLACES[] = {
     {"other white space parts a pair", "<a\n \nb>", 3, 3},
     {"marks do not part a pair", "a\n<b>\nc", 2, 8},
     {"line breaks in values count as marks", "<a b = 'x\ny'>", 1, 14},
-    {"a line break behind the opener", "<\na>", 1, 5},
-    {"a line break behind the declaration's opener", "<!\na>", 1, 6},
+    {"a line break after the opener", "<\na>", 1, 5},
+    {"a line break after the declaration's opener", "<!\na>", 1, 6},
     {"line breaks in a bad attribute", "<a %\n>", 1, 7},
-    {"in a comment only the byte behind dashes counts lines", "<!--a\nb-\n-->", 2, 5},
-    {"the byte behind two dashes is content", "<!----x-->", 1, 12},
+    {"in a comment only the byte after dashes counts lines", "<!--a\nb-\n-->", 2, 5},
+    {"the byte after two dashes is content", "<!----x-->", 1, 12},
     {"a script", "<script>a\n//b\nc/*\n*/'\n'</script>", 2, 35},
     {"a style", "<style>a<b</style>", 1, 28},
     {"a failure in text", "a <= b", 1, 6, 703},
     {"a failure in an end tag", "</a >", 1, 4, 702},
-    {"white space in front of a failure is taken", "< \n1", 2, 1, 701},
+    {"white space before a failure is taken", "< \n1", 2, 1, 701},
 };
 
 TEST(StatelessReference, LinesAndColumns) {
@@ -293,7 +293,7 @@ const CharsetCase DISCOVERY[] = {
      1,
      {"text(\\u00C1)", "start(meta|{http-equiv=Content-Type}{content=text/html; charset=koi8-r}{a=\\u0430})", "text(\\u0430)", "start(b|)"},
      20866},
-    {"content in front of http-equiv",
+    {"content before http-equiv",
      "<META a=\xC1 CONTENT='CHARSET=KOI8-R' HTTP-EQUIV=CONTENT-TYPE>",
      0,
      1,
@@ -447,7 +447,7 @@ const std::string UNCUT[] = {
     "<meta http-equiv=Content-Type content=charset=koi8-r >\xC1<b>",
 };
 
-/// The pieces of an input that is cut in front of the bytes at `first` and `second`.
+/// The pieces of an input that is cut before the bytes at `first` and `second`.
 Pieces CutAt(const std::string& input, std::size_t first, std::size_t second) {
     return {input.substr(0, first), input.substr(first, second - first), input.substr(second)};
 }

@@ -14,7 +14,7 @@ namespace Kestra::Test {
 
 namespace {
 
-/// One argument in the form from which the program gets it back: within quotes, where backslashes in front of a quote count twice.
+/// One argument in the form from which the program gets it back: within quotes, where backslashes before a quote count twice.
 std::wstring Quote(const std::string& argument) {
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;

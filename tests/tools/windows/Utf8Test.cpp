@@ -99,8 +99,8 @@ TEST(Utf8, EveryPieceIsTextOfItsOwn) {
 }
 
 TEST(Utf8, WhereThereIsNoTextACutIsAnywhere) {
-    const std::string behind(10, '\x80');
-    EXPECT_EQ(Cut(behind, 4), (std::vector<std::string>{behind.substr(0, 4), behind.substr(0, 4), behind.substr(0, 2)}));
+    const std::string after(10, '\x80');
+    EXPECT_EQ(Cut(after, 4), (std::vector<std::string>{after.substr(0, 4), after.substr(0, 4), after.substr(0, 2)}));
     const std::string leads(5, '\xF0');
     EXPECT_EQ(Cut(leads, 4), (std::vector<std::string>{leads.substr(0, 4), leads.substr(0, 1)}));
 }

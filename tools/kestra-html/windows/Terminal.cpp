@@ -118,7 +118,7 @@ std::optional<WriteFailure> Write(DWORD stream, std::string_view bytes) {
 
 StandardStreams::StandardStreams() {
     _setmode(_fileno(stdin), _O_BINARY);  // output does not pass through the C runtime
-    // A drive without a disk is an error like others, and no question to somebody in front of a window.
+    // A drive without a disk is an error like others, and not a question in a window.
     SetErrorMode(SetErrorMode(0) | SEM_FAILCRITICALERRORS);
 }
 

@@ -43,7 +43,7 @@ struct Outcome {
     bool isWhole = false;  ///< and the copy equals the document
 };
 
-/// Parses a document of one tag behind the other, and takes a look at the copy.
+/// Parses a document of one tag after the other, and takes a look at the copy.
 /// @param askEarly  for the copy, when half of the document has been fed
 template <typename C, typename S>
 Outcome ParseWithCopy(const std::string& bytes, bool askEarly = false) {
@@ -248,7 +248,7 @@ TEST(SelfCheckCopyTest, TheNextDocumentDropsTheCopyWhateverItsFlavour) {
     EXPECT_EQ(FindTemporaryFile(), -1);
 }
 
-TEST(SelfCheckCopyTest, BytesBehindTheEndAreReadBackToo) {
+TEST(SelfCheckCopyTest, BytesAfterTheEndAreReadBackToo) {
     GenericParser parser;
     FeedLongDocument(&parser, GenericParser::DATA_STREAM_8BIT);
     EXPECT_EQ(parser.EndParse(), 0U);
