@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "Characters.h"
+#include "Export.h"
 
 namespace Kestra::StringNS {
 

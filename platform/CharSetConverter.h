@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
+#include "CharSet.h"
+#include "Characters.h"
 
 namespace Kestra::StringNS {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/Export.h"
+#include "Export.h"
 
 namespace Kestra::VFS {
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "platform/Export.h"
+#include "Export.h"
 
 namespace Kestra::Base {
 

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/Vector.h"
+#include "CharSet.h"
+#include "Characters.h"
+#include "Export.h"
+#include "Vector.h"
 
 namespace Kestra::StringNS {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "Export.h"
+#include "InputStream.h"
 
 namespace Kestra::VFS {
 

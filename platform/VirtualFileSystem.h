@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "Characters.h"
+#include "Export.h"
+#include "InputStream.h"
 
 namespace Kestra::VFS {
 

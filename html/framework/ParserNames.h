@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Characters.h"
+#include "../../platform/Characters.h"
 
 /// @file
 /// The names by which one recognizer hands over to another, and by which `GenericParser::GetCurrentParserName` tells which one runs.

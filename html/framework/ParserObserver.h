@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include "html/framework/TokenRecords.h"
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "TokenRecords.h"
 
 namespace Kestra::HTML {
 

@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include "html/framework/ResultCodes.h"
-#include "html/framework/SimpleParserContext.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "ResultCodes.h"
+#include "SimpleParserContext.h"
 
 namespace Kestra::HTML {
 

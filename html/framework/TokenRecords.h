@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "html/framework/Attribute.h"
-#include "html/framework/EntityToken.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "Attribute.h"
+#include "EntityToken.h"
 
 /// @file
 /// The records in which tokens reach an observer. A record and all that its pointers show is borrowed for the one callback; an observer

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "html/framework/Attribute.h"
-#include "platform/Export.h"
-#include "platform/Vector.h"
+#include "../../platform/Export.h"
+#include "../../platform/Vector.h"
+#include "../framework/Attribute.h"
 
 namespace Kestra::HTML {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "html/framework/ParserObserver.h"
-#include "html/output/ParserObserverOutputHandler.h"
+#include "../framework/ParserObserver.h"
+#include "ParserObserverOutputHandler.h"
 
 namespace Kestra::HTML {
 

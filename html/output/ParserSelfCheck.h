@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "html/output/ParserObserverOutput.h"
-#include "platform/InputStream.h"
-#include "platform/TmpStream.h"
+#include "../../platform/InputStream.h"
+#include "../../platform/TmpStream.h"
+#include "ParserObserverOutput.h"
 
 namespace Kestra::HTML {
 

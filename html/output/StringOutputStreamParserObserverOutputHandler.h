@@ -3,8 +3,8 @@
 #include <sstream>
 #include <string>
 
-#include "html/output/ParserObserverOutputHandler.h"
-#include "platform/Characters.h"
+#include "../../platform/Characters.h"
+#include "ParserObserverOutputHandler.h"
 
 namespace Kestra::HTML {
 

@@ -4,13 +4,13 @@
 #include <memory>
 #include <vector>
 
-#include "html/framework/ParserObserver.h"
-#include "html/framework/ResultCodes.h"
-#include "html/framework/TokenPlace.h"
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../../platform/InputStream.h"
+#include "../framework/ParserObserver.h"
+#include "../framework/ResultCodes.h"
+#include "../framework/TokenPlace.h"
 
 namespace Kestra::HTML {
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "platform/CharSet.h"
-#include "platform/Export.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/Export.h"
 
 namespace Kestra::HTML {
 

@@ -6,15 +6,15 @@
 #include <string>
 #include <string_view>
 
-#include "html/framework/ParserObserver.h"
-#include "html/output/ParserObserverOutputHandler.h"
-#include "html/parser/GenericParser.h"
-#include "html/rewrite/RewriterElement.h"
-#include "html/rewrite/RewriterToken.h"
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../../platform/InputStream.h"
+#include "../framework/ParserObserver.h"
+#include "../output/ParserObserverOutputHandler.h"
+#include "../parser/GenericParser.h"
+#include "RewriterElement.h"
+#include "RewriterToken.h"
 
 namespace Kestra::HTML {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "html/rewrite/RewriterToken.h"
+#include "RewriterToken.h"
 
 namespace Kestra::HTML {
 

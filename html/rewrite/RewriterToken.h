@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-#include "html/framework/TokenKind.h"
-#include "html/framework/TokenPlace.h"
-#include "html/rewrite/RewriteResults.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../framework/TokenKind.h"
+#include "../framework/TokenPlace.h"
+#include "RewriteResults.h"
 
 namespace Kestra::HTML {
 

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/Observable.h"
-#include "platform/Vector.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../../platform/Observable.h"
+#include "../../platform/Vector.h"
 
 namespace Kestra::HTML {
 

@@ -5,17 +5,17 @@
 #include <string>
 #include <utility>
 
-#include "html/framework/TokenPlace.h"
-#include "html/stateless/StatelessHTMLObserver.h"
-#include "html/stateless/StatelessResults.h"
-#include "platform/CharSet.h"
-#include "platform/CharSetConverter.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/InputStream.h"
-#include "platform/Observable.h"
-#include "platform/Uninherited.h"
-#include "platform/Vector.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/CharSetConverter.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../../platform/InputStream.h"
+#include "../../platform/Observable.h"
+#include "../../platform/Uninherited.h"
+#include "../../platform/Vector.h"
+#include "../framework/TokenPlace.h"
+#include "StatelessHTMLObserver.h"
+#include "StatelessResults.h"
 
 namespace Kestra::HTML {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "html/framework/SimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
-#include "html/tags/TokenSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
+#include "../framework/SimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
+#include "IdentifierSimpleParser.h"
+#include "TokenSimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "html/framework/EntityToken.h"
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
-#include "html/tags/TokenSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "../framework/EntityToken.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
+#include "IdentifierSimpleParser.h"
+#include "TokenSimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "html/framework/SimpleParser.h"
-#include "html/text/DQuoteStringSimpleParser.h"
-#include "html/text/SQuoteStringSimpleParser.h"
+#include "../framework/SimpleParser.h"
+#include "../text/DQuoteStringSimpleParser.h"
+#include "../text/SQuoteStringSimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "IdentifierSimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "html/framework/Attribute.h"
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/AttributeSimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "../framework/Attribute.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
+#include "AttributeSimpleParser.h"
+#include "IdentifierSimpleParser.h"
 
 namespace Kestra::HTML {
 

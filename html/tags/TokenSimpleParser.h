@@ -1,10 +1,10 @@
 #pragma once
 
-#include "html/framework/QuoteKind.h"
-#include "html/framework/SimpleParser.h"
-#include "html/text/DQuoteStringSimpleParser.h"
-#include "html/text/SQuoteStringSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
+#include "../framework/QuoteKind.h"
+#include "../framework/SimpleParser.h"
+#include "../text/DQuoteStringSimpleParser.h"
+#include "../text/SQuoteStringSimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/GenericTagSimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../tags/GenericTagSimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/text/Escape2022SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "Escape2022SimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "html/framework/SimpleParser.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
