@@ -20,7 +20,7 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers check-rooms tidy clean
+.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers check-rooms tidy pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -39,6 +39,7 @@ help:
 	@echo 'make check-headers  compile every public header alone'
 	@echo 'make check-rooms    fail when a folder includes what is above it'
 	@echo 'make tidy           run clang-tidy over all sources'
+	@echo 'make pictures       draw the pictures of the documents'
 	@echo 'make clean          remove the build folder'
 
 run:
@@ -147,6 +148,10 @@ tidy:
 	@setup/install build tidy
 	cmake --preset dev
 	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS) '\.cpp$$'
+
+pictures:
+	@setup/install pictures
+	for picture in docs/pictures/*.dot; do dot -Tsvg -o "$${picture%.dot}.svg" "$$picture"; done
 
 clean:
 	rm -rf build

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/CodePoints.h"
 #include "tools/trace/RecordNotation.h"
 
 namespace Kestra::Trace {
@@ -50,27 +51,8 @@ void AppendAscii(std::string* line, unsigned unit) {
     }
 }
 
-void AppendUtf8(std::string* line, unsigned codePoint) {
-    const auto put = [line](unsigned byte) { line->push_back(static_cast<char>(byte)); };
-    if (codePoint < 0x800) {
-        put(0xC0 | (codePoint >> 6));
-    } else if (codePoint < 0x10000) {
-        put(0xE0 | (codePoint >> 12));
-        put(0x80 | ((codePoint >> 6) & 0x3F));
-    } else {
-        put(0xF0 | (codePoint >> 18));
-        put(0x80 | ((codePoint >> 12) & 0x3F));
-        put(0x80 | ((codePoint >> 6) & 0x3F));
-    }
-    put(0x80 | (codePoint & 0x3F));
-}
-
-bool IsHighSurrogate(unsigned unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(unsigned unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
+void AppendUtf8(std::string* line, char32_t codePoint) {
+    WriteUtf8(codePoint, [line](char byte) { line->push_back(byte); });
 }
 
 void AppendEscapedUnit(std::string* line, unsigned unit) {
@@ -83,7 +65,7 @@ std::size_t AppendWide(std::string* line, WideStringView text, std::size_t index
     const auto unit = static_cast<unsigned>(text[index]);
     const auto next = index + 1 < text.size() ? static_cast<unsigned>(text[index + 1]) : 0U;
     if (utf8 && IsHighSurrogate(unit) && IsLowSurrogate(next)) {
-        const unsigned codePoint = 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00);
+        const char32_t codePoint = JoinSurrogates(unit, next);
         if (IsInvisible(codePoint)) {
             AppendEscapedUnit(line, unit);
             AppendEscapedUnit(line, next);
@@ -92,7 +74,7 @@ std::size_t AppendWide(std::string* line, WideStringView text, std::size_t index
         }
         return 2;
     }
-    if (utf8 && !IsHighSurrogate(unit) && !IsLowSurrogate(unit) && !IsInvisible(unit))
+    if (utf8 && !IsSurrogate(unit) && !IsInvisible(unit))
         AppendUtf8(line, unit);
     else
         AppendEscapedUnit(line, unit);
