@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "html/framework/RawTextElements.h"
 #include "html/framework/SimpleParserContext.h"
 #include "html/text/Escape2022SimpleParser.h"
 
@@ -11,20 +12,6 @@
 /// The content of the elements in which the HTML standard sees no markup. Not installed.
 
 namespace Kestra::HTML {
-
-/// An element whose content is text up to its own end tag.
-enum class RawTextElement : std::uint32_t {
-    NONE,
-    SCRIPT,
-    STYLE,
-    TEXTAREA,
-    TITLE,
-    XMP,
-    IFRAME,
-    NOEMBED,
-    NOFRAMES,
-    PLAINTEXT,  ///< nothing ends it
-};
 
 /// Reads the content of such an element, from after its start tag to before its end tag: "</" and the name, compared without case,
 /// followed by white space, "/" or ">". In a script a part in `<!--` and `-->` may hold scripts with their end tags.
