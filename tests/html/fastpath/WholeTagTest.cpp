@@ -415,6 +415,20 @@ TYPED_TEST(WholeTagTest, ALimitThatIsReached) {
     EXPECT_EQ(startTags.GetCounts().leftByLimit, 3U);
 }
 
+/// Attributes of two characters each, the shortest that there are: a limit that is too low never
+/// lets them pass.
+TYPED_TEST(WholeTagTest, ALimitOfTheShortestAttributes) {
+    StartTags<TypeParam> startTags;
+    for (std::size_t number = 1; number <= 20; ++number) {
+        std::string list;
+        for (std::size_t i = 0; i < number; ++i)
+            list += " b";
+        for (std::size_t most = 0; most <= number + 1; ++most)
+            startTags.Compare("a" + list + ">", most);
+    }
+    EXPECT_EQ(startTags.GetCounts().read, 20U);
+}
+
 /// In one piece the recognizer reads the attributes after the eighth as a whole, character by
 /// character it cannot.
 TYPED_TEST(WholeTagTest, TheRestOfALongListIsReadAsTheRecognizerReadsIt) {
