@@ -14,7 +14,7 @@
 /// by one. Not installed.
 ///
 /// Each function copies the run at the front of `size` characters and answers its length. All of `[to, to + size)` may be written; what
-/// lies there after the run is worth nothing.
+/// lies there after the run is unspecified.
 
 namespace Kestra::StringNS {
 

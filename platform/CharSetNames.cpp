@@ -8,7 +8,7 @@ namespace Kestra::StringNS {
 
 namespace {
 
-// The sources stand in the header. Every table here is built by the compiler: a lookup during static initialization finds it whole.
+// The header names the sources. Every table here is built by the compiler: a lookup during static initialization finds it whole.
 constexpr CharSetRow ROWS[] = {
     {37, "IBM037 cp037 ebcdic-cp-us ebcdic-cp-ca ebcdic-cp-wt ebcdic-cp-nl csIBM037"},
     {437, "IBM437 cp437 437 csPC8CodePage437 windows-437"},

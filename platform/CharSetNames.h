@@ -27,7 +27,7 @@ struct CharSetRow {
     std::string_view names;  ///< ASCII, separated by single spaces, the preferred one first
 };
 
-/// The code pages that names lead to, by ascending code. No name stands twice, ASCII case ignored.
+/// The code pages that names lead to, by ascending code. No name is listed twice, ASCII case ignored.
 std::span<const CharSetRow> GetCharSetRows();
 
 /// Code pages that are called by a name that leads to another one ("EUC-JP" is 51932, and 20932 is called so too), by ascending code.

@@ -76,7 +76,7 @@ private:
     bool hasRemoved;
 };
 
-/// One who raises events. A copy has the same observers attached; they are told of both.
+/// One who raises events. A copy has the same observers attached; they hear of both.
 ///
 /// When memory runs out, an assignment throws `std::bad_alloc` and changes nothing.
 /// It must be neither assigned to nor destroyed while it raises an event. An observable and its observers belong to one thread at a time:

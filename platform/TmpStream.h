@@ -38,7 +38,7 @@ private:
 };
 
 /// Reads back what a `TmpOutputStream` collected, from its first byte on. It shares the storage: the output stream may be destroyed,
-/// and must not be written to any more once an input stream stands over it.
+/// and must not be written to any more once an input stream reads it.
 ///
 /// Where a write failed, the bytes before it can be read; at their end `Read` returns the code of that write in place of
 /// RESULT_END_OF_DATA, and `IsEnd` stays false. A `Seek` after the last byte fails with RESULT_STREAM_FAILED.

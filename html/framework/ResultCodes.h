@@ -9,7 +9,7 @@ enum RecognizerResult : std::uint32_t {
     SP_NEED_MORE_DATA = 0,    ///< not yet complete: call `Parse` again while the piece has characters left, else with the next one
     SP_NOT_THIS_TOKEN = 2,    ///< what follows "<" is no start tag; the characters gathered are text
     SP_MALFORMED = 11,        ///< a required character or part is missing
-    SP_UNEXPECTED_CHAR = 12,  ///< a character that cannot stand here
+    SP_UNEXPECTED_CHAR = 12,  ///< a character that is not allowed here
     SP_UNTERMINATED = 16,     ///< from `EndParse`: the input ended inside the construct
     SP_TOKEN_COMPLETE = 19,   ///< complete, or handed over to another recognizer; the text is in the record
 };

@@ -147,7 +147,7 @@ bool HasBlock(const C* begin, const C* end) {
     return end - begin >= static_cast<std::ptrdiff_t>(Block<C>::LENGTH);
 }
 
-/// Whether a block tells the classes exactly. Of white space beyond ASCII, which only wide characters have, it does not.
+/// Whether a block decides the classes exactly. Of white space beyond ASCII, which only wide characters have, it does not.
 template <Classes CLASSES, typename C>
 constexpr bool IS_EXACT_IN_BLOCK = sizeof(C) == 1 || (CLASSES & WHITE_SPACE) == 0;
 

@@ -44,7 +44,7 @@ struct DQuoteStringData {
     const S* text;
 };
 
-/// Input that fits no construct: bytes as they stand in the input, in both flavours (two per wide character).
+/// Input that fits no construct: bytes as they are in the input, in both flavours (two per wide character).
 template <typename C, typename S>
 struct JunkData {
     const std::string* text;

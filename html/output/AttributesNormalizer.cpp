@@ -21,7 +21,7 @@ void AbsorbQuotes(Attribute<C, S>& anchor) {
     anchor.quote = QUOTE_NONE;
 }
 
-/// Puts a record in the place of another one, which is worth nothing.
+/// Moves a record into the place of another one, whose contents are not needed.
 template <typename C, typename S>
 void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
     TakeText(&from->prefix, &to->prefix);

@@ -30,7 +30,7 @@ public:
     /// becomes href with the value `/one` in quotation marks, and the bare word download.
     ///
     /// A value that took no words up stays as it is. Written back, the parts give the same characters as the attribute. White space after
-    /// the last word becomes that word's `beforeEquals`. `GenericParser::GetAttributeParts` tells where the parts lie in the document.
+    /// the last word becomes that word's `beforeEquals`. `GenericParser::GetAttributeParts` says where the parts lie in the document.
     /// The 8-bit record of a UTF-16 document holds UTF-16LE, which cannot be split.
     ///
     /// In an ISO-2022 document, for a wide observer, a word that is nothing but escape sequences is gone:

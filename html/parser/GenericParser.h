@@ -38,7 +38,7 @@ class GenericParserEngine;
 /// `ParseBuffer`, `ParseStream`, `ParseFile` or `EndParse` of its own parser gets 2 and nothing changes (a stream stays the caller's);
 /// queries, setters and `SetObserver` work there and take effect from the next callback. The parser must not be assigned to or
 /// destroyed in a callback.
-/// **Copies**: a copy goes on where the original stood, in the middle of a token too. It inherits neither the stream nor the text that the
+/// **Copies**: a copy goes on where the original was, in the middle of a token too. It inherits neither the stream nor the text that the
 /// self-check keeps: its checksum goes on, and its `GetSelfCheckStream` is null until the next document. A copy or an assignment for
 /// which there is no memory throws `std::bad_alloc`; the parser assigned to is then as it was before. `SetObserver` does the same when it
 /// takes ownership; the observer then stays the caller's, and the one before stays bound.

@@ -87,7 +87,7 @@ std::uint32_t GenericParserEngine::StartParse(StringNS::CharSet::Code code, Gene
     return result == PARSER_OK ? AnnounceCharset() : result;
 }
 
-/// Tells the observer of the charset of a document that has begun.
+/// Calls `OnCharset` for a document that has begun.
 std::uint32_t GenericParserEngine::AnnounceCharset() {
     const auto announce = [](auto& parser) {
         parser.GetDelivery().OnCharset(parser.GetDelivery().GetCharset());
@@ -177,7 +177,7 @@ std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64
 }
 
 /// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing:
-/// only the answer tells of it, the next one when this call has another.
+/// only the answer says so, the next one when this call has another.
 std::uint32_t GenericParserEngine::AnswerWith(std::uint32_t result) {
     if (result != PARSER_OK)
         return result;

@@ -75,7 +75,7 @@ public:
     /// True when a string was converted, or failed to be.
     bool HasConverted() const;
 
-    /// True when a byte sequence without a meaning became U+FFFD. One that stood in a UTF-8 document as such does not count.
+    /// True when a byte sequence without a meaning became U+FFFD. One that the UTF-8 document has itself does not count.
     bool HasReplacements() const;
 
 private:

@@ -13,7 +13,7 @@ namespace Kestra::HTML {
 ///
 /// All of it is done where a piece ends. With a limit of the size a piece is read by slices. One
 /// ends where the token under way has as many characters as allowed, so that a longer one never
-/// lies in a slice as a whole; the next one, of a single character, tells whether it ends there. A
+/// lies in a slice as a whole; the next one, of a single character, shows whether it ends there. A
 /// stop ends the slice, and the piece.
 template <typename C>
 class TokenLimit {

@@ -21,8 +21,8 @@ namespace {
 
 using StringNS::CharSet;
 
-// What the numbers from 0x80 to 0x9F stand for. Source: the table in the HTML standard's "Numeric
-// character reference end state"; a number that it leaves out stands for itself.
+// The characters that the numbers from 0x80 to 0x9F mean. Source: the table in the HTML standard's "Numeric
+// character reference end state"; a number that it leaves out means itself.
 constexpr char16_t C1_CONTROLS[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
                                     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
                                     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
@@ -30,7 +30,7 @@ static_assert(std::size(C1_CONTROLS) == 32);
 
 enum class Context { TEXT, ATTRIBUTE_VALUE };
 
-/// A reference in the text, and what it stands for.
+/// A reference in the text, and what it means.
 struct Reference {
     std::size_t length = 0;  ///< in characters, "&" and ";" included; 0 for what is no reference
     char32_t first = 0;
@@ -54,7 +54,7 @@ std::uint32_t DigitValue(C character, std::uint32_t base) {
     return base;
 }
 
-/// What a number stands for.
+/// The character that a number means.
 char32_t ResolveNumber(char32_t number) {
     if (number == 0 || number >= CODE_POINT_END || IsSurrogate(number))
         return REPLACEMENT_CHARACTER;
@@ -78,7 +78,7 @@ Reference ReadNumericReference(const C* begin, const C* end) {
         const std::uint32_t digit = DigitValue(*place, base);
         if (digit == base)
             break;
-        // The first number that is too great stands for all of them.
+        // The first number that is too great is as good as any of them.
         number = std::min<char32_t>(number * base + digit, CODE_POINT_END);
     }
     if (place == digits)

@@ -14,7 +14,7 @@
 
 namespace Kestra::HTML {
 
-/// Writes UTF-8 in the charset of a document, and reads what stands there as UTF-8.
+/// Writes UTF-8 in the charset of a document, and reads text of the document as UTF-8.
 ///
 /// A character is written in a charset only when its bytes convert back to it and none of them can be
 /// taken for markup. ASCII is written as its bytes in every charset: that is how the parsers read it.

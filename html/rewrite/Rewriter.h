@@ -39,7 +39,7 @@ namespace Kestra::HTML {
 /// **Charsets**: texts are written in the charset in force at the token. While it is unknown (0), and in one with shifts or escapes (as
 /// ISO-2022), every character beyond ASCII becomes a reference. So does one whose bytes could be taken for markup.
 /// **Scripts**: what is written into `script`, `style`, `xmp`, `iframe`, `noembed`, `noframes` or `plaintext` is written as it is, given
-/// as text or as markup, and refused where it would make the element's end tag, alone or with what stands around it, and in a script
+/// as text or as markup, and refused where it would make the element's end tag, alone or with its neighbours, and in a script
 /// "<!--" or "<script", which together hide the end tag. A text that ends like the begin of one of them is refused too when what
 /// follows is not known. For the default `SCRIPT_AS_TOKENS` an open quote or a "/" can hide the end tag, so that an element ends where
 /// no browser ends it: who removes or edits scripts should set `SCRIPT_AS_TEXT`.

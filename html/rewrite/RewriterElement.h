@@ -49,7 +49,7 @@ public:
     std::uint32_t Replace(std::string_view content, RewriteContent kind);
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
-    /// Writes nothing of the element, its content included. What stands around it can grow together, as with `RewriterToken::Remove`.
+    /// Writes nothing of the element, its content included. Its neighbours can grow together, as with `RewriterToken::Remove`.
     std::uint32_t Remove();
 
     /// Writes the content without the two tags. That of a script or its like is markup then, also what was written into it as text.

@@ -11,7 +11,7 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::size_t FEW = 32;                // parts, or searches, for which no index is worth while
+constexpr std::size_t FEW = 32;                // parts, or searches, for which no index pays
 constexpr std::size_t LONGEST_KEPT_NAME = 64;  // bytes
 
 bool IsSameName(std::string_view one, std::string_view other) {
@@ -56,7 +56,7 @@ bool IsControlOrSpace(char character) {
     return static_cast<unsigned char>(character) <= ' ' || character == 0x7F;
 }
 
-/// Whether a value can stand without quotes, for the parser and for browsers.
+/// Whether a value can be written without quotes, for the parser and for browsers.
 bool NeedsNoQuotes(std::string_view value, char closingMark) {
     const auto needsQuotes = [](char character) {
         return IsControlOrSpace(character) || std::string_view("\"'=<>`").find(character) != std::string_view::npos;
@@ -207,7 +207,7 @@ std::uint32_t TagEdits::Add(std::string_view name, std::string_view value) {
         return REWRITE_WRONG_KIND;
     if (!CanHaveName(name))
         return REWRITE_BAD_NAME;
-    // A bare word that ends like the tag can only stand at the end of it.
+    // A bare word that ends like the tag can only be at the end of it.
     if (lastPart != NONE && !parts[lastPart].HasValue() && parts[lastPart].GetName().ends_with(isInstruction ? '?' : '/'))
         return REWRITE_WRONG_KIND;
     Part part;
@@ -311,7 +311,7 @@ bool TagEdits::NeedsSpace(const Written& written, std::size_t next) const {
     return !written.endsInQuote && !text->IsSpaceAt(tag, next) && !text->IsSpaceAt(bytes, bytes.size() - text->GetUnitSize());
 }
 
-/// A value that is missing would take what comes to stand after it.
+/// A value that is missing would take what follows it.
 void TagEdits::CompleteValue(Written* written) const {
     if (!written->endsInMissingValue)
         return;

@@ -95,7 +95,7 @@ private:
         }
     };
 
-    /// Orders parts by their names without case, and parts of one name as they stand.
+    /// Orders parts by their names without case, and parts of one name by their places.
     class ByName {
     public:
         using is_transparent = void;

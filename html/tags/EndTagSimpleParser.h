@@ -31,7 +31,7 @@ struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
     S afterName;              ///< white space after the name
     S suffix;                 ///< white space after the last attribute
     Vector<Attribute<C, S>> attributes;
-    bool slashBeforeClose = false;  ///< a "/" stood after the attributes
+    bool slashBeforeClose = false;  ///< there was a "/" after the attributes
     bool closed = true;             ///< false when a "<" ended the tag
     bool iso2022 = false;           ///< double-quoted values may hold ISO-2022 escape runs
 };

@@ -31,7 +31,7 @@ constexpr std::uint32_t AGREEMENT_BASE = 90;        ///< both engines agree: 90 
 constexpr std::uint32_t SINGLE_LIMIT = 60;          ///< only one engine answers
 constexpr std::size_t SINGLE_PER_BYTE = 3;          ///< and each byte from 128 up is worth three: 17 of them reach 50
 constexpr std::uint32_t DISPUTED_LIMIT = 40;        ///< the engines disagree
-constexpr std::uint32_t CONTRADICTED_LIMIT = 20;    ///< a NUL stands in what is to be 8-bit text
+constexpr std::uint32_t CONTRADICTED_LIMIT = 20;    ///< there is a NUL in what is to be 8-bit text
 constexpr std::uint32_t ICU_PREFERRED_FROM = 50;    ///< in a disagreement; right more often than any other limit
 constexpr std::uint32_t ICU_DAMAGED_UTF8 = 25;      ///< ICU: for each bad sequence, more than ten good ones
 constexpr std::uint32_t ICU_NO_INDICATION = 10;     ///< ICU: the bytes can be read as this charset, and nothing else speaks for it
@@ -140,7 +140,7 @@ public:
         return GetConfidence(CharSet::UTF8, &answer->utf8);
     }
 
-    /// The confidence of one charset wherever it stands among the matches, 0 when it does not.
+    /// The confidence of one charset wherever it is among the matches, 0 when it does not.
     std::uint32_t GetConfidence(CharSet::Code code, std::uint32_t* confidence) const {
         *confidence = 0;
         for (std::int32_t i = 0; i < matchCount; ++i) {

@@ -4,7 +4,7 @@
 
 namespace Kestra::Tool {
 
-/// What a parser answered to the calls of one pass over an input, and where it stood.
+/// What a parser answered to the calls of one pass over an input, and where it was.
 struct CallResults {
     std::uint32_t startParse = 0;
     std::uint32_t parse = 0;  ///< of `ParseStream`, or of the last `ParseBuffer`

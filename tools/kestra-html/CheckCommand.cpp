@@ -41,7 +41,7 @@ struct CheckedInput {
     std::atomic<std::uint64_t> bytesDone = 0;
 };
 
-/// What the summary tells of all inputs.
+/// What the summary says of all inputs.
 struct CheckTotals {
     std::uint64_t files = 0;  ///< without those that could not be checked
     std::uint64_t bytes = 0;
@@ -79,7 +79,7 @@ std::string DescribeTrouble(const CheckOutcome& outcome) {
     return fmt::format("is not reproduced, {}", outcome.HasLostMark() ? LOST_MARK : DescribeDifference(outcome));
 }
 
-/// The outcome as one line tells it, before the numbers.
+/// The outcome in one line, before the numbers.
 std::string DescribeVerdict(const CheckOutcome& outcome) {
     if (const std::uint32_t code = outcome.result.GetFirstFailure(); code != 0)
         return fmt::format("{}, {}", code, GetFailureMeaning(outcome.result));
@@ -115,7 +115,7 @@ public:
     }
 
 private:
-    /// The threads check; this one waits, tells how far they are, and writes.
+    /// The threads check; this one waits, shows their progress, and writes.
     void CheckInputs() {
         console->GetProgress().SetInputCount(names.size());
         const auto makeWorker = [this] {

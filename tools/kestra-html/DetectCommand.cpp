@@ -44,7 +44,7 @@ Detection Detect(VFS::InputStream* stream, std::uint64_t minConfidence) {
     return detection;
 }
 
-/// The confidence that the detector has in its answer. The parser does not tell it, but compares it: it is the greatest minimum that
+/// The confidence that the detector has in its answer. The parser does not give it, but compares it: it is the greatest minimum that
 /// is not too much for it, found by halving in at most seven calls. Nothing when there is no answer, and when the detector answers the
 /// same whatever the minimum is: then it could not be asked.
 std::optional<std::uint64_t> FindConfidence(VFS::InputStream* stream) {

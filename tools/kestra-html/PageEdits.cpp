@@ -13,7 +13,7 @@ using HTML::RewriterToken;
 
 PageEdits::PageEdits(const std::vector<RewriteEdit>& edits, HTML::Rewriter* rewriter, Listener listener)
     : parser(rewriter->GetParser()), listen(std::move(listener)) {
-    // What is removed needs no other edit, and tells none. So it is found first: callbacks come in the order in which they are bound.
+    // What is removed needs no other edit, and reports none. So it is found first: callbacks come in the order in which they are bound.
     for (const RewriteEdit& edit : edits) {
         if (edit.kind == RewriteEdit::Kind::REMOVE_ELEMENT)
             rewriter->OnElement(edit.selector + " *",

@@ -13,7 +13,7 @@
 
 namespace Kestra::Tool {
 
-/// Makes the edits of a command line in a document, and tells each of them.
+/// Makes the edits of a command line in a document, and reports each of them.
 class PageEdits {
 public:
     /// An edit that was made.

@@ -28,7 +28,7 @@ struct ParsePassResult : CallResults {
     bool IsGood() const;
 };
 
-/// How a pass begins: what `StartParse` is told.
+/// How a pass begins: the arguments of `StartParse`.
 class ParseStart {
 public:
     static constexpr unsigned MOST_RESTARTS = 2;  ///< passes that may be abandoned for another charset

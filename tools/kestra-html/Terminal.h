@@ -34,7 +34,7 @@ struct WriteFailure {
 /// @return nothing when all of them have been written
 std::optional<WriteFailure> WriteOutput(std::string_view bytes);
 
-/// The same for standard error. When it fails, there is nobody left to tell.
+/// The same for standard error. When it fails, there is no place left to say so.
 void WriteErrors(std::string_view bytes);
 
 }  // namespace Kestra::Tool

@@ -15,7 +15,7 @@ namespace Kestra::Tool {
 /// Writes one line for each callback, for reading: where the construct starts, and its line of the trace language with long strings cut.
 class TextEventObserver final : public Trace::EventLineObserver {
 public:
-    /// @param observedParser  borrowed; asked in each callback where it stands
+    /// @param observedParser  borrowed; asked in each callback where it is
     /// @param withOffsets     lines also tell the offsets in bytes
     TextEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* observedParser, bool inColour, bool withOffsets = false);
 

@@ -36,7 +36,7 @@ void TextObserver<C, S>::OnToken(Record<C, S>* record) {
     report.Write(KIND, parser->GetTokenPlace(), Trace::Format(*record, TextReport::STRINGS));
 }
 
-/// What has no record lies where the parser stands: after the tag that caused it.
+/// What has no record lies where the parser is: after the tag that caused it.
 template <typename C, typename S>
 void TextObserver<C, S>::WriteEvent(std::string_view text) {
     const std::uint64_t offset = parser->GetTokenPlace().end;

@@ -12,7 +12,7 @@
 
 /// @file
 /// The trace language: one line of ASCII text for each callback of an observer, the same for both flavours as long as the input is
-/// ASCII. Parameters stand in parentheses and are separated by "|", flags follow after ", ".
+/// ASCII. Parameters are in parentheses and are separated by "|", flags follow after ", ".
 ///
 ///     start-parsing  end-parsing  js-start  js-end  css-start  css-end
 ///     bom(EF BB BF)                                   bytes in hexadecimal
@@ -29,7 +29,7 @@
 ///     extern-text(text)                               free style
 ///
 /// An attribute is {prefix|name}, or {prefix|name|beforeEquals=afterEquals|value} with the value in the quotes that it had. A value of
-/// an unknown quote kind stands between question marks. A null string or list is written as `null`.
+/// an unknown quote kind is written between question marks. A null string or list is written as `null`.
 ///
 /// In strings, a backslash is `\\`, line feed `\n`, carriage return `\r`, tab `\t`, every other control character `\x1B`, a byte from
 /// 128 up `\xE9` and a wide unit from U+0080 up `\u00E9`. All other characters stand for themselves.

@@ -66,7 +66,7 @@ bool Exists(const std::string& name) {
     return GetFileAttributesW(ToPath(name).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-/// Whether the name of a file means something else where it stands alone: standard input, or a
+/// Whether the name of a file means something else when it is alone: standard input, or a
 /// device.
 bool IsTakenAlone(const std::string& name) {
     return name == "-" || ToPath(name).wstring() == NameToWide(name);
