@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -377,7 +378,7 @@ bool StateTable::HasClass(std::string_view name) const {
 
 std::vector<StateTable> ReadStateTables(const std::string& file, std::string_view source) {
     std::vector<StateTable> tables;
-    std::optional<TableReader> reader;
+    std::unique_ptr<TableReader> reader;
     std::size_t number = 0;
     const auto finish = [&] {
         if (reader) {
@@ -394,7 +395,7 @@ std::vector<StateTable> ReadStateTables(const std::string& file, std::string_vie
                 finish();
             } else if (IsHead(*comment)) {
                 finish();
-                reader.emplace(file, number);
+                reader = std::make_unique<TableReader>(file, number);
                 reader->ReadHead(*comment);
             } else if (reader && IsDigit(Trim(*comment)[0])) {
                 reader->EndRow();
