@@ -30,7 +30,7 @@ headers=$(find include/kestra -name '*.h')
 [ "$(echo "$headers" | wc -l)" -gt 40 ] || complain "only these headers were found:" $headers
 for header in $headers; do
     for included in $(sed -n 's/^#include "\(.*\)"/\1/p' "$header"); do
-        [ -f "include/kestra/$included" ] || complain "$header includes $included, which is missing"
+        [ -f "$(dirname "$header")/$included" ] || complain "$header includes $included, which is missing"
     done
 done
 
