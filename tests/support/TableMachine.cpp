@@ -113,7 +113,7 @@ private:
     void Begin(std::uint32_t state) {
         outcome.state = state;
         for (const std::string& name : machine.fieldNames)
-            outcome.fields[name] = UNTOUCHED;
+            outcome.fields.emplace(name, UNTOUCHED);
         const auto begin = machine.held.find(state);
         if (begin != machine.held.end())
             held = begin->second;
@@ -422,7 +422,7 @@ std::string TableChecker::Describe(const TableInput& input) {
     std::string line = "state " + std::to_string(input.state) + ",";
     for (const std::vector<Codes>& piece : input.pieces) {
         for (const Codes& symbol : piece)
-            line += " " + ToLine(symbol);
+            line.append(" ").append(ToLine(symbol));
         line += ";";
     }
     return line + (input.endOfInput ? " end of input" : "");
@@ -549,7 +549,7 @@ std::string ToLine(const Codes& codes) {
         if (code > ' ' && code < 127)
             line += static_cast<char>(code);
         else
-            line += "<" + std::to_string(static_cast<unsigned>(code)) + ">";
+            line.append("<").append(std::to_string(static_cast<unsigned>(code))).append(">");
     }
     return line.empty() ? "nothing" : line;
 }
@@ -560,9 +560,9 @@ std::string ToLine(const TableOutcome& outcome) {
     std::string line =
         std::to_string(outcome.result) + " after " + std::to_string(outcome.consumed) + " in state " + std::to_string(outcome.state);
     for (const auto& [name, text] : outcome.fields)
-        line += " " + name + "(" + (text == UNTOUCHED ? "untouched" : ToLine(text)) + ")";
+        line.append(" ").append(name).append("(").append(text == UNTOUCHED ? "untouched" : ToLine(text)).append(")");
     for (const std::string& word : outcome.words)
-        line += " " + word;
+        line.append(" ").append(word);
     return line;
 }
 
