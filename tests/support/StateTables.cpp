@@ -439,6 +439,16 @@ std::vector<std::size_t> FindTableLines(std::string_view source) {
     return found;
 }
 
+std::vector<std::size_t> ListTableLines(const std::vector<StateTable>& tables) {
+    std::vector<std::size_t> lines;
+    for (const StateTable& table : tables) {
+        lines.push_back(table.line);
+        for (const TableRow& row : table.rows)
+            lines.push_back(row.line);
+    }
+    return lines;
+}
+
 std::vector<std::string> ListSources(const std::filesystem::path& root, const std::string& folder) {
     std::vector<std::string> files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root / folder)) {

@@ -98,6 +98,9 @@ std::vector<StateTable> ReadStateTables(const std::string& file, std::string_vie
 /// cells.
 std::vector<std::size_t> FindTableLines(std::string_view source);
 
+/// The lines of tables that have been read: the same lines, unless one was left out.
+std::vector<std::size_t> ListTableLines(const std::vector<StateTable>& tables);
+
 /// The sources below a folder, from the root.
 std::vector<std::string> ListSources(const std::filesystem::path& root, const std::string& folder);
 

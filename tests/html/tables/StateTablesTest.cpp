@@ -73,13 +73,7 @@ TEST(StateTablesTest, EveryLineThatLooksLikeATableIsOfOneThatIsRead) {
                     << file << ":" << lines.front() << ": a table that no test reads";
                 continue;
             }
-            std::vector<std::size_t> read;
-            for (const StateTable& table : ReadStateTables(file, source)) {
-                read.push_back(table.line);
-                for (const TableRow& row : table.rows)
-                    read.push_back(row.line);
-            }
-            EXPECT_EQ(lines, read) << file;
+            EXPECT_EQ(lines, ListTableLines(ReadStateTables(file, source))) << file;
         }
     }
 }
