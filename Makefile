@@ -1,5 +1,6 @@
-# The two commands of the README and the daily chores. Each target sets up the machine by itself (Debian 12, root or sudo); the
-# building is done by CMake, whose presets can be used without this file.
+# The two commands of the README and the daily chores. Each target sets up the machine by itself
+# (Debian 12, root or sudo); the building is done by CMake, whose presets can be used without this
+# file.
 
 PAGE ?= examples/pages/saltmarsh-point.html
 JOBS ?= $(shell nproc)
@@ -35,7 +36,7 @@ help:
 	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
 	@echo 'make coverage       which lines of the library the tests reach'
 	@echo 'make format         format all sources'
-	@echo 'make check-format   fail when a source is not formatted'
+	@echo 'make check-format   fail when a source is not formatted, or too wide'
 	@echo 'make check-headers  compile every public header alone'
 	@echo 'make check-rooms    fail when a folder includes what is above it'
 	@echo 'make tidy           run clang-tidy over all sources'
@@ -82,7 +83,8 @@ bench:
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large|scripts)'
 
-# Memory is kept once it is there: getting it from the system takes longer than most of these inputs, and not in proportion to their size.
+# Memory is kept once it is there: getting it from the system takes longer than most of these
+# inputs, and not in proportion to their size.
 bench-hostile:
 	@setup/install build bench
 	setup/bench-corpora build/bench
@@ -134,6 +136,7 @@ format:
 check-format:
 	@setup/install format
 	$(CPP_FILES) | xargs -0 -r $(CLANG_FORMAT) --dry-run -Werror --ferror-limit=1
+	setup/check-widths
 
 check-headers:
 	@setup/install build

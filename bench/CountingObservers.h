@@ -13,7 +13,8 @@ struct NoQuestion {
     void operator()() {}
 };
 
-/// Counts tokens, attributes and the characters of texts and names, so that every record is looked at.
+/// Counts tokens, attributes and the characters of texts and names, so that every record is looked
+/// at.
 /// @tparam Question  called at every token
 template <typename C, typename S, typename Question = NoQuestion>
 class CountingObserver final : public HTML::TokenObserver<CountingObserver<C, S, Question>, C, S> {

@@ -14,7 +14,8 @@ namespace {
 using StringNS::CharSet;
 
 // The last one has no converter.
-constexpr CharSet::Code CHARSETS[] = {CharSet::UNKNOWN, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
+constexpr CharSet::Code CHARSETS[] = {
+    CharSet::UNKNOWN, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
 
 constexpr unsigned MARKUP_CHOOSES = 1 << 0;
 constexpr unsigned BY_STREAM = 1 << 1;

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// Everything of the document parser: `GenericParser`, the observer with its records, the rewriter, the serializer, character references
-/// and the recognizers.
+/// Everything of the document parser: `GenericParser`, the observer with its records, the rewriter,
+/// the serializer, character references and the recognizers.
 
 #include "../platform/MemoryInputStream.h"
 #include "../platform/VirtualFileSystem.h"

@@ -4,7 +4,8 @@
 
 namespace Kestra {
 
-/// Does something at the end of a scope, also when an exception leaves it. The action must not throw.
+/// Does something at the end of a scope, also when an exception leaves it. The action must not
+/// throw.
 template <typename Action>
 class AtScopeEnd {
 public:

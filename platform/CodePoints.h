@@ -34,10 +34,12 @@ constexpr bool IsTrailingByte(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
 }
 
-/// What the first byte of a UTF-8 sequence says about the others. Source: table 3-7 of the Unicode Standard.
+/// What the first byte of a UTF-8 sequence says about the others. Source: table 3-7 of the Unicode
+/// Standard.
 struct Utf8Lead {
     unsigned trailing;       ///< bytes to follow; 0 for a byte that starts no sequence of several bytes
-    unsigned char smallest;  ///< bounds of the second byte. After four of the first bytes they are narrower: they leave out overlong
+    unsigned char smallest;  ///< bounds of the second byte. After four of the first bytes they are narrower: they leave
+                             ///< out overlong
     unsigned char greatest;  ///< forms, surrogates, and what lies beyond the last code point
 };
 
@@ -53,7 +55,8 @@ constexpr Utf8Lead ClassifyUtf8Lead(unsigned char byte) noexcept {
 }
 
 /// Reads the code point at `*from`, which is before `end`, and moves after it.
-/// @return ILL_FORMED for an invalid sequence, which is read up to the first byte that cannot continue it (its maximal subpart)
+/// @return ILL_FORMED for an invalid sequence, which is read up to the first byte that cannot
+/// continue it (its maximal subpart)
 constexpr char32_t ReadUtf8(const char** from, const char* end) noexcept {
     const auto first = static_cast<unsigned char>(*(*from)++);
     if (first < 0x80)
@@ -95,7 +98,8 @@ constexpr void WriteUtf8(char32_t codePoint, Put put) {
     putByte(0x80 | (codePoint & 0x3F));
 }
 
-/// Reads the code point at `*from`, which is before `end`, and moves after it. A lone surrogate is answered as it is.
+/// Reads the code point at `*from`, which is before `end`, and moves after it. A lone surrogate is
+/// answered as it is.
 constexpr char32_t ReadUtf16(const WideChar** from, const WideChar* end) noexcept {
     const char32_t unit = *(*from)++;
     if (!IsHighSurrogate(unit) || *from == end || !IsLowSurrogate(**from))

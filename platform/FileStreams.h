@@ -11,7 +11,8 @@
 
 namespace Kestra::VFS {
 
-/// Checks the arguments of `Read`. @return RESULT_OK, with no bytes read so far; or what `Read` must answer
+/// Checks the arguments of `Read`. @return RESULT_OK, with no bytes read so far; or what `Read`
+/// must answer
 inline std::uint32_t BeginRead(const void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
     if (bytesRead == nullptr)
         return RESULT_INVALID_ARGUMENT;
@@ -19,7 +20,8 @@ inline std::uint32_t BeginRead(const void* buffer, std::uint64_t size, std::uint
     return buffer == nullptr && size != 0 ? RESULT_INVALID_ARGUMENT : RESULT_OK;
 }
 
-/// A file on a disk. Reads are positioned, so the position that the system keeps for the file plays no part.
+/// A file on a disk. Reads are positioned, so the position that the system keeps for the file plays
+/// no part.
 /// @tparam File  owns an open file, and has `ReadAt` and `GetSize`
 template <typename File>
 class FileInputStream final : public InputStream {
@@ -60,7 +62,8 @@ public:
     bool IsEnd() override {
         if (next < knownSize)
             return false;
-        // The file may have grown, and some files have more bytes than the size they state: only a read knows.
+        // The file may have grown, and some files have more bytes than the size they state: only a
+        // read knows.
         char probe;
         std::uint64_t found = 0;
         return file.ReadAt(next, &probe, 1, &found) && found == 0;
@@ -69,7 +72,8 @@ public:
 private:
     File file;
     std::uint64_t next = 0;
-    std::uint64_t knownSize;  ///< the size the system last stated, or the end of the last byte read when that is further
+    std::uint64_t
+        knownSize;  ///< the size the system last stated, or the end of the last byte read when that is further
 };
 
 /// A pipe, a terminal or another device: bytes come once, and their offsets are unknown.

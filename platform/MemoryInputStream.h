@@ -10,7 +10,8 @@ namespace Kestra::VFS {
 
 /// A stream over bytes in memory, which it owns.
 ///
-/// `firstOffset` is the position of the first byte, so that a part of another stream keeps the offsets it had there; a `Seek` before
+/// `firstOffset` is the position of the first byte, so that a part of another stream keeps the
+/// offsets it had there; a `Seek` before
 ///  it or after the last byte fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API MemoryInputStream final : public InputStream {
 public:

@@ -36,7 +36,8 @@ public:
     AttributeListStep ReadOn(AttributeSimpleParserData<C, S>* restarted, Tag* tag, std::size_t mostAttributes) {
         // Before the first attribute there may be white space that has been read already.
         const S& prefix = restarted->prefix;
-        const Run before = restarted->state == ATTRIBUTE_NAME ? Run{prefix.data(), prefix.data() + prefix.size()} : TakeWhiteSpace();
+        const Run before =
+            restarted->state == ATTRIBUTE_NAME ? Run{prefix.data(), prefix.data() + prefix.size()} : TakeWhiteSpace();
         Resumption progress{this, restarted, &tag->attributes, mostAttributes};
         const AttributeListStep step = ReadList(before, &tag->attributes, &progress);
         if (step != AttributeListStep::NEXT_ATTRIBUTE) {
@@ -91,8 +92,8 @@ protected:
     /// `suffix`.
     ///
     /// @param before  white space before the name
-    /// @param progress  its `MayGoOn` is asked before each attribute; `AfterValue` or `AfterWord` is
-    /// called after one that another may follow
+    /// @param progress  its `MayGoOn` is asked before each attribute; `AfterValue` or `AfterWord`
+    /// is called after one that another may follow
     /// @return CLOSING_MARK or END_OF_LIST at ">"; NEXT_ATTRIBUTE where a recognizer must go on
     template <typename Progress>
     AttributeListStep ReadList(Run before, Vector<Attribute<C, S>>* attributes, Progress* progress) {
@@ -106,8 +107,9 @@ protected:
                 Value value;
                 if (!ReadValue(&value))
                     return AttributeListStep::NEXT_ATTRIBUTE;
-                const ClosingMark mark =
-                    value.quote == QUOTE_NONE ? TagGrammar::FindMarkOfBareValue<C>(value.text.View(), *next, '/') : ClosingMark::NONE;
+                const ClosingMark mark = value.quote == QUOTE_NONE
+                                             ? TagGrammar::FindMarkOfBareValue<C>(value.text.View(), *next, '/')
+                                             : ClosingMark::NONE;
                 if (mark == ClosingMark::LONE)
                     return AttributeListStep::NEXT_ATTRIBUTE;
                 if (mark == ClosingMark::CLOSES)
@@ -183,8 +185,9 @@ private:
         if (*next == '"' || *next == '\'') {
             value->quote = *next == '"' ? QUOTE_DOUBLE : QUOTE_SINGLE;
             value->text.begin = next + 1;
-            value->text.end = value->quote == QUOTE_DOUBLE ? Scan::FindAfterLines<Scan::QUOTATION_MARK>(value->text.begin, end, &lines)
-                                                           : Scan::FindAfterLines<Scan::APOSTROPHE>(value->text.begin, end, &lines);
+            value->text.end = value->quote == QUOTE_DOUBLE
+                                  ? Scan::FindAfterLines<Scan::QUOTATION_MARK>(value->text.begin, end, &lines)
+                                  : Scan::FindAfterLines<Scan::APOSTROPHE>(value->text.begin, end, &lines);
             if (value->text.end == end)
                 return false;
             next = value->text.end + 1;
@@ -198,7 +201,8 @@ private:
 
     /// @param word  the last one, without the mark; of "/" alone nothing is left, and no attribute
     template <typename Progress>
-    AttributeListStep EndWithMark(const Run& before, const Run& word, Vector<Attribute<C, S>>* attributes, Progress* progress) {
+    AttributeListStep EndWithMark(const Run& before, const Run& word, Vector<Attribute<C, S>>* attributes,
+                                  Progress* progress) {
         if (word.IsEmpty()) {
             suffix = before;
         } else {

@@ -3,7 +3,8 @@
 #include "../../platform/Characters.h"
 
 /// @file
-/// The names by which one recognizer hands over to another, and which `GenericParser::GetCurrentParserName` answers for the one that runs.
+/// The names by which one recognizer hands over to another, and which
+/// `GenericParser::GetCurrentParserName` answers for the one that runs.
 
 namespace Kestra::HTML::ParserNames {
 

@@ -46,8 +46,8 @@ constexpr std::string_view GetRawTextName(RawTextElement element) {
 /// Whether browsers end a name at the character: the tags of this library know more white space.
 template <typename C>
 constexpr bool EndsRawTextName(C character) {
-    return character == '>' || character == '/' || character == ' ' || character == '\t' || character == '\n' || character == '\f' ||
-           character == '\r';
+    return character == '>' || character == '/' || character == ' ' || character == '\t' || character == '\n' ||
+           character == '\f' || character == '\r';
 }
 
 /// The element of a name, compared without case, or `NONE`.
@@ -55,7 +55,8 @@ template <typename C>
 RawTextElement FindRawTextElement(std::basic_string_view<C> name) {
     const auto* const found = std::find_if(std::begin(RAW_TEXT_ENDS) + 1, std::end(RAW_TEXT_ENDS),
                                            [name](std::string_view end) { return EqualsKeyword(name, end.substr(2)); });
-    return found == std::end(RAW_TEXT_ENDS) ? RawTextElement::NONE : static_cast<RawTextElement>(found - std::begin(RAW_TEXT_ENDS));
+    return found == std::end(RAW_TEXT_ENDS) ? RawTextElement::NONE
+                                            : static_cast<RawTextElement>(found - std::begin(RAW_TEXT_ENDS));
 }
 
 }  // namespace Kestra::HTML

@@ -13,8 +13,8 @@
 #include "platform/Vector.h"
 
 /// @file
-/// The one list of the kinds of tokens and of the fields of records: one line a kind, and one line a
-/// field, in the order of the memory. It is followed by the conversion between the flavours, the
+/// The one list of the kinds of tokens and of the fields of records: one line a kind, and one line
+/// a field, in the order of the memory. It is followed by the conversion between the flavours, the
 /// trace and the JSON of the tool, the observers that treat all kinds alike, and the tests of
 /// layouts, of copies and of what `BeginParse` clears. Not installed.
 ///
@@ -107,8 +107,8 @@ struct OwnListField {
 using OwnAttributesField = OwnListField<Attribute>;
 using OwnTokensField = OwnListField<EntityToken>;
 
-/// A line of a list. It finds the field by its name, in a record of either flavour, and in any other
-/// record that has a field of this name.
+/// A line of a list. It finds the field by its name, in a record of either flavour, and in any
+/// other record that has a field of this name.
 template <typename TypeOfField, typename Getter>
 struct RecordField {
     using Tag = TypeOfField;

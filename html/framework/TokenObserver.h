@@ -32,7 +32,8 @@ public:
 #undef OVERRIDE
 };
 
-/// Passes every operation to `OnCallback(call)`: `call(observer)` is the same call for another observer.
+/// Passes every operation to `OnCallback(call)`: `call(observer)` is the same call for another
+/// observer.
 template <typename Derived, typename C, typename S>
 class CallbackObserver : public EventObserver<CallbackObserver<Derived, C, S>, C, S> {
 public:

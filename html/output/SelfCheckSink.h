@@ -8,7 +8,8 @@
 #include "html/output/TokenWriter.h"
 
 /// @file
-/// The short way into the self-check, for the parser that owns it: no call per piece. Not installed.
+/// The short way into the self-check, for the parser that owns it: no call per piece. Not
+/// installed.
 
 namespace Kestra::HTML {
 

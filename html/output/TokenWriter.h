@@ -14,7 +14,8 @@ namespace Kestra::HTML {
 /// Writes records back as markup, part by part. A sink has two operations:
 ///
 ///     void Punctuation(const C (&characters)[COUNT]);                      // for every `COUNT` from 1 on
-///     void Piece(const void* data, std::size_t byteCount, bool isMarkup);  // a string, empty ones too; `data` is never null
+///     void Piece(const void* data, std::size_t byteCount, bool isMarkup);  // a string, empty ones too; `data` is
+///     never null
 template <typename C, typename S, typename Sink>
 class TokenWriter {
 public:
@@ -169,8 +170,8 @@ private:
 
     void Field(bool) {}
 
-    /// The body of a section: as many bytes as it has characters, so only the first half of a wide one
-    /// (kept).
+    /// The body of a section: as many bytes as it has characters, so only the first half of a wide
+    /// one (kept).
     template <typename Text>
     void Body(const Text* text) {
         Part(text, 1, false);

@@ -6,7 +6,8 @@ namespace Kestra::HTML {
 
 GenericParser::GenericParser() : engine(std::make_unique<GenericParserEngine>()) {}
 
-GenericParser::GenericParser(const GenericParser& other) : engine(std::make_unique<GenericParserEngine>(*other.engine)) {}
+GenericParser::GenericParser(const GenericParser& other)
+    : engine(std::make_unique<GenericParserEngine>(*other.engine)) {}
 
 /// All that may fail is done before anything changes.
 GenericParser& GenericParser::operator=(const GenericParser& other) {
@@ -86,14 +87,18 @@ TokenPlace GenericParser::GetTokenPlace() const {
 std::uint32_t GenericParser::GetAttributePlace(std::uint64_t index, AttributePlace* place) const {
     if (place == nullptr)
         return PARSER_INVALID_ARGUMENT;
-    const auto find = [index, place](const auto& parser) { return parser.GetAttributePlace(static_cast<std::size_t>(index), place); };
+    const auto find = [index, place](const auto& parser) {
+        return parser.GetAttributePlace(static_cast<std::size_t>(index), place);
+    };
     return engine->QueryRunning(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
 }
 
 std::uint32_t GenericParser::GetAttributeParts(std::uint64_t index, std::vector<AttributePlace>* places) const {
     if (places == nullptr)
         return PARSER_INVALID_ARGUMENT;
-    const auto find = [index, places](const auto& parser) { return parser.GetAttributeParts(static_cast<std::size_t>(index), places); };
+    const auto find = [index, places](const auto& parser) {
+        return parser.GetAttributeParts(static_cast<std::size_t>(index), places);
+    };
     return engine->QueryRunning(find, false) ? PARSER_OK : PARSER_INVALID_ARGUMENT;
 }
 
@@ -106,7 +111,8 @@ std::uint64_t GenericParser::GetColumn() const {
 }
 
 WideString GenericParser::GetCurrentParserName() const {
-    return WideString(engine->QueryRunning([](const auto& parser) { return parser.GetCurrentParserName(); }, WideStringView()));
+    return WideString(
+        engine->QueryRunning([](const auto& parser) { return parser.GetCurrentParserName(); }, WideStringView()));
 }
 
 StringNS::CharSet::Code GenericParser::GetCharset() const {
@@ -122,7 +128,8 @@ bool GenericParser::HasCharsetErrors() const {
 }
 
 std::uint32_t GenericParser::GetConversionError() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetConversionError(); }, std::uint32_t{PARSER_OK});
+    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetConversionError(); },
+                                std::uint32_t{PARSER_OK});
 }
 
 bool GenericParser::NeedsReparsing() const {
@@ -144,8 +151,8 @@ std::uint32_t GenericParser::SetSelfCheck(SelfCheck selfCheck) {
 }
 
 GenericParser::SelfCheck GenericParser::GetSelfCheck() const {
-    return static_cast<SelfCheck>(
-        engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
+    return static_cast<SelfCheck>(engine->QueryRunning(
+        [](const auto& parser) { return parser.GetDelivery().GetSelfCheckMode(); }, std::uint32_t{SELF_CHECK_OFF}));
 }
 
 std::uint32_t GenericParser::SetScriptMode(ScriptMode scriptMode) {
@@ -156,7 +163,8 @@ std::uint32_t GenericParser::SetScriptMode(ScriptMode scriptMode) {
 }
 
 GenericParser::ScriptMode GenericParser::GetScriptMode() const {
-    return engine->QuerySetting([](const auto& parser) { return parser.AreScriptsAsText(); }) ? SCRIPT_AS_TEXT : SCRIPT_AS_TOKENS;
+    return engine->QuerySetting([](const auto& parser) { return parser.AreScriptsAsText(); }) ? SCRIPT_AS_TEXT
+                                                                                              : SCRIPT_AS_TOKENS;
 }
 
 std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {
@@ -165,7 +173,8 @@ std::uint32_t GenericParser::SetDetectCharsetErrors(bool detect) {
 }
 
 bool GenericParser::GetDetectCharsetErrors() const {
-    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetDetectCharsetErrors(); }, false);
+    return engine->QueryRunning([](const auto& parser) { return parser.GetDelivery().GetDetectCharsetErrors(); },
+                                false);
 }
 
 std::uint32_t GenericParser::SetChrDetMinConfidence(std::uint64_t confidence) {

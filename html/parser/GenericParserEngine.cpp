@@ -101,8 +101,8 @@ std::uint32_t GenericParserEngine::AnnounceCharset() {
 /// callbacks have returned.
 /// @param markLength    of the UTF-8 mark, 0 without one
 /// @param bytesDropped  of a mark that turned out to be none
-std::uint32_t GenericParserEngine::StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code,
-                                               bool detected) {
+std::uint32_t GenericParserEngine::StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped,
+                                               StringNS::CharSet::Code code, bool detected) {
     mode = MODE_NARROW;
     wideParser.Release();
     const AtScopeEnd settle([this, code] {
@@ -146,7 +146,8 @@ std::uint32_t GenericParserEngine::ParseBuffer(const char* data, std::uint64_t s
     return AnswerWith(result);
 }
 
-std::uint32_t GenericParserEngine::FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing, std::uint64_t offset) {
+std::uint32_t GenericParserEngine::FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing,
+                                             std::uint64_t offset) {
     const auto call = BeginCall();
     auto use = BeginStreamUse();
     SetBackingStream(backing);
@@ -205,7 +206,8 @@ std::uint32_t GenericParserEngine::FeedBytes(const char* data, std::uint64_t siz
 //  2 EF BB    text   text   mark, to 4  text   text         text
 //  3 FF       text   text   text        text   mark, to 5   text
 //
-// "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible mark in an earlier piece are gone.
+// "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible
+// mark in an earlier piece are gone.
 std::uint32_t GenericParserEngine::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
     const std::uint64_t all = bytesDropped + size;
@@ -221,15 +223,16 @@ std::uint32_t GenericParserEngine::FeedFirstBytes(const char* data, std::uint64_
             mode = MODE_UTF8_MARK_2;
         } else if (mode == MODE_UTF8_MARK_2 && byte == StringNS::BOM_UTF8[2]) {
             charset = StringNS::CharSet::UTF8;
-            const std::uint32_t result =
-                SkipWhenItThrows(narrowParser, all, [this] { return StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false); });
+            const std::uint32_t result = SkipWhenItThrows(
+                narrowParser, all, [this] { return StartNarrow(sizeof(StringNS::BOM_UTF8), 0, charset, false); });
             return result != PARSER_OK ? result : FeedNarrow(data + i + 1, size - i - 1, rest);
         } else if (mode == MODE_UTF16_MARK_1 && byte == StringNS::BOM_UTF16_LE[1]) {
             const std::uint32_t result = SkipWhenItThrows(wideParser, all, [this] { return StartWide(true); });
             return result != PARSER_OK ? result : FeedWide(data + i + 1, size - i - 1, rest);
         } else {
-            const std::uint32_t result = SkipWhenItThrows(
-                narrowParser, all, [&] { return StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected); });
+            const std::uint32_t result = SkipWhenItThrows(narrowParser, all, [&] {
+                return StartNarrow(0, bytesDropped, DocumentCharset(charset), charsetDetected);
+            });
             return result != PARSER_OK ? result : FeedNarrow(data, size, origin);
         }
     }
@@ -299,8 +302,8 @@ std::uint32_t GenericParserEngine::FeedStream(VFS::InputStream* stream) {
 /// A whole stream went by without a charset: asks the detector. A detector that has no usable
 /// answer changes nothing.
 std::uint32_t GenericParserEngine::DetectLateCharset(VFS::InputStream* stream) {
-    const bool isUnknown =
-        QueryRunning([](const auto& parser) { return parser.GetDelivery().GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
+    const bool isUnknown = QueryRunning(
+        [](const auto& parser) { return parser.GetDelivery().GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
     if (!isUnknown || stream->Seek(0) != RESULT_OK)
         return PARSER_OK;
     StringNS::CharSet::Code code = StringNS::CharSet::UNKNOWN;

@@ -31,7 +31,8 @@ public:
     template <typename C, typename S>
     void BindObserver(ParserObserver<C, S>* observer, bool owns) {
         observers.Bind(observer, owns, isBusy.Get());
-        ForEachParser([this](auto& parser) { parser.GetDelivery().SetObservers(observers.GetNarrow(), observers.GetWide()); });
+        ForEachParser(
+            [this](auto& parser) { parser.GetDelivery().SetObservers(observers.GetNarrow(), observers.GetWide()); });
     }
 
     std::uint32_t StartParse(StringNS::CharSet::Code code, GenericParser::DataStreamType type);
@@ -106,7 +107,8 @@ private:
 
     auto BeginCall();
     auto BeginStreamUse();
-    std::uint32_t StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code, bool detected);
+    std::uint32_t StartNarrow(std::uint64_t markLength, std::uint64_t bytesDropped, StringNS::CharSet::Code code,
+                              bool detected);
     std::uint32_t StartWide(bool hasMark);
     std::uint32_t AnnounceCharset();
     std::uint32_t FeedBytes(const char* data, std::uint64_t size, const PieceOrigin& origin);
@@ -127,7 +129,7 @@ private:
     CharsetDetection detection;
     bool charsetDetected = false;  // `charset` is the detector's, for the next document fed without `StartParse`
     bool ended = false;            // `EndParse` has been called and nothing fed since
-    Uninherited<bool> isBusy;      // a call that feeds, starts or ends is on the stack: callbacks cannot nest another one
+    Uninherited<bool> isBusy;  // a call that feeds, starts or ends is on the stack: callbacks cannot nest another one
     Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;  // the open construct of an owned stream that is gone
     Uninherited<std::vector<WideChar>> alignedPiece;           // a UTF-16 piece from an odd address
 };

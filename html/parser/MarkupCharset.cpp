@@ -19,7 +19,8 @@ void MarkupCharset<C, S>::SetDiscovery(bool discover) {
 }
 
 template <typename C, typename S>
-bool MarkupCharset<C, S>::Apply(const StartTagSimpleParserData<C, S>& tag, bool isHalted, TokenDelivery<C, S>* delivery) {
+bool MarkupCharset<C, S>::Apply(const StartTagSimpleParserData<C, S>& tag, bool isHalted,
+                                TokenDelivery<C, S>* delivery) {
     const StringNS::CharSet::Code declared = FindDeclaredCharset(tag.attributes, &declaredName);
     if (declared == StringNS::CharSet::UNKNOWN || isHalted)
         return false;

@@ -71,7 +71,8 @@ std::shared_ptr<ObserverBinding::Owner> ObserverBinding::TakeOwnerOf(const void*
     if (currentOwner != nullptr && currentOwner->block == block)
         return std::exchange(currentOwner, nullptr);
     std::vector<std::shared_ptr<Owner>>& owners = replaced.Get();
-    const auto found = std::find_if(owners.begin(), owners.end(), [block](const auto& owner) { return owner->block == block; });
+    const auto found =
+        std::find_if(owners.begin(), owners.end(), [block](const auto& owner) { return owner->block == block; });
     if (found != owners.end()) {
         std::shared_ptr<Owner> owner = std::move(*found);
         owners.erase(found);

@@ -38,8 +38,8 @@ private:
 
     ParserObserver<char, std::string>* charObserver = nullptr;
     ParserObserver<WideChar, WideString>* wcharObserver = nullptr;
-    std::shared_ptr<Owner> currentOwner;                        // null for an observer that is the host's
-    std::weak_ptr<Owner> sharedByCopies;                        // of the observer given up last: copies may own it still
+    std::shared_ptr<Owner> currentOwner;  // null for an observer that is the host's
+    std::weak_ptr<Owner> sharedByCopies;  // of the observer given up last: copies may own it still
     Uninherited<std::vector<std::shared_ptr<Owner>>> replaced;  // in a callback
 };
 

@@ -56,7 +56,8 @@ bool OpenConstruct<C, S>::CanReadBack() const {
 }
 
 template <typename C, typename S>
-std::uint32_t OpenConstruct<C, S>::ReadBack(const ParserInput<C, S>& input, std::uint64_t maxTokenSize, std::string* bytes) {
+std::uint32_t OpenConstruct<C, S>::ReadBack(const ParserInput<C, S>& input, std::uint64_t maxTokenSize,
+                                            std::string* bytes) {
     std::uint64_t from = GetStartOffset();
     const std::uint64_t to = pieceBase + input.context.position * sizeof(C);
     const std::uint64_t fed = (input.GetOffset() - startFed) * sizeof(C);
@@ -65,7 +66,8 @@ std::uint32_t OpenConstruct<C, S>::ReadBack(const ParserInput<C, S>& input, std:
     if (buffer.Get() == nullptr)
         buffer = std::make_unique<Base::DefaultBufferAllocPolicy>();
     Base::DefaultBufferAllocPolicy& memory = *buffer.Get();
-    const std::uint64_t size = maxTokenSize == 0 ? READ_SIZE : std::min(READ_SIZE, std::max(maxTokenSize, LEAST_READ_SIZE));
+    const std::uint64_t size =
+        maxTokenSize == 0 ? READ_SIZE : std::min(READ_SIZE, std::max(maxTokenSize, LEAST_READ_SIZE));
     std::uint32_t result = Base::GetServices().adjustBuffer(&memory, size);
     std::uint64_t place = 0;
     if (result == RESULT_OK)
@@ -86,7 +88,8 @@ std::uint32_t OpenConstruct<C, S>::ReadBack(const ParserInput<C, S>& input, std:
 }
 
 template <typename C, typename S>
-std::unique_ptr<VFS::InputStream> OpenConstruct<C, S>::CopyToMemory(const ParserInput<C, S>& input, std::uint64_t maxTokenSize) {
+std::unique_ptr<VFS::InputStream> OpenConstruct<C, S>::CopyToMemory(const ParserInput<C, S>& input,
+                                                                    std::uint64_t maxTokenSize) {
     std::string bytes;
     if (!CanReadBack() || ReadBack(input, maxTokenSize, &bytes) != PARSER_OK)
         return nullptr;

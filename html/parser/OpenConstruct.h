@@ -57,12 +57,12 @@ private:
     std::uint64_t GetStartOffset() const;
 
     Uninherited<VFS::InputStream*> stream;
-    std::uint64_t pieceBase = 0;                                          // offset of the piece's first character in the stream, in bytes
-    std::uint64_t startPosition = 0;                                      // where the token in progress began: characters into a piece,
-    std::uint64_t startBase = 0;                                          // that piece's `pieceBase`,
-    std::uint64_t startFed = 0;                                           // and characters of the document before it
-    bool isPiecePositioned = false;                                       // the current piece can be read again
-    bool isStartPositioned = false;                                       // so can the piece in which the token began, in the same stream
+    std::uint64_t pieceBase = 0;      // offset of the piece's first character in the stream, in bytes
+    std::uint64_t startPosition = 0;  // where the token in progress began: characters into a piece,
+    std::uint64_t startBase = 0;      // that piece's `pieceBase`,
+    std::uint64_t startFed = 0;       // and characters of the document before it
+    bool isPiecePositioned = false;   // the current piece can be read again
+    bool isStartPositioned = false;   // so can the piece in which the token began, in the same stream
     Uninherited<std::unique_ptr<Base::DefaultBufferAllocPolicy>> buffer;  // made at the first recovery
 };
 

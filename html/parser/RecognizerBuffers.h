@@ -39,7 +39,8 @@ public:
     static void Visit(Recognizer& recognizer, typename Recognizer::Data& data, Visitor& visit) {
         VisitRecord(data, visit);
         if constexpr (requires { Recognizer::Internals::VisitMembers(recognizer, [](auto&, auto&) {}); })
-            Recognizer::Internals::VisitMembers(recognizer, [&visit](auto& member, auto& memberData) { Visit(member, memberData, visit); });
+            Recognizer::Internals::VisitMembers(
+                recognizer, [&visit](auto& member, auto& memberData) { Visit(member, memberData, visit); });
     }
 
     template <typename Visitor>

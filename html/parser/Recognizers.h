@@ -73,8 +73,8 @@ struct Recognizers {
 
     /// The attributes and items that there is memory for.
     std::size_t GetRoomOfLists() const {
-        return startTag.data.attributes.capacity() + endTag.data.attributes.capacity() + externTag.data.attributes.capacity() +
-               entityTag.data.tokens.capacity();
+        return startTag.data.attributes.capacity() + endTag.data.attributes.capacity() +
+               externTag.data.attributes.capacity() + entityTag.data.tokens.capacity();
     }
 
     /// Hands a visitor all that is retained for the next tokens, which is all but the text, or the

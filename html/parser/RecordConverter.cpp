@@ -17,9 +17,9 @@ bool ContainsReplacementCharacter(const WideString& text) {
     return text.find(static_cast<WideChar>(0xFFFD)) != WideString::npos;
 }
 
-/// The bytes to convert of a string and the NUL that ends it. The NUL completes a unit of UTF-16BE or
-/// UTF-32 that lacks its last byte, and is left out anywhere else. In 1200 an odd last byte stays
-/// (kept).
+/// The bytes to convert of a string and the NUL that ends it. The NUL completes a unit of UTF-16BE
+/// or UTF-32 that lacks its last byte, and is left out anywhere else. In 1200 an odd last byte
+/// stays (kept).
 std::uint64_t CountBytes(StringNS::CharSet::Code code, const std::string& text) {
     if (code == StringNS::CharSet::UTF16_LE)
         return text.size();
@@ -85,8 +85,8 @@ auto RecordConverter<C, S>::FindShortcut() -> Shortcut {
     return converter.KeepsAscii(charset) ? SHORTCUT_ASCII : SHORTCUT_NONE;
 }
 
-/// Most strings of a tag are empty, and most of a document are ASCII; the services are called for the
-/// others.
+/// Most strings of a tag are empty, and most of a document are ASCII; the services are called for
+/// the others.
 template <typename C, typename S>
 void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
     if (from.empty() && shortcut != SHORTCUT_NONE)
@@ -139,23 +139,26 @@ void RecordConverter<C, S>::ConvertList(const Vector<Item<C, S>>& from, Vector<I
     to->clear();
     for (const Item<C, S>& source : from) {
         Item<OtherCharacter, OtherString>& target = to->AppendRecycled();
-        ForEachField<Item>([this, &source, &target]<typename Tag, typename Getter>(const RecordField<Tag, Getter>& field) {
-            if constexpr (std::is_same_v<Tag, StringField>)
-                this->ConvertString(field.In(source), &field.In(target));
-            else
-                field.In(target) = field.In(source);
-        });
+        ForEachField<Item>(
+            [this, &source, &target]<typename Tag, typename Getter>(const RecordField<Tag, Getter>& field) {
+                if constexpr (std::is_same_v<Tag, StringField>)
+                    this->ConvertString(field.In(source), &field.In(target));
+                else
+                    field.In(target) = field.In(source);
+            });
     }
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::ConvertField(const Vector<Attribute<C, S>>* from) -> const Vector<Attribute<OtherCharacter, OtherString>>* {
+auto RecordConverter<C, S>::ConvertField(const Vector<Attribute<C, S>>* from)
+    -> const Vector<Attribute<OtherCharacter, OtherString>>* {
     ConvertList(*from, &attributes);
     return &attributes;
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::ConvertField(const Vector<EntityToken<C, S>>* from) -> const Vector<EntityToken<OtherCharacter, OtherString>>* {
+auto RecordConverter<C, S>::ConvertField(const Vector<EntityToken<C, S>>* from)
+    -> const Vector<EntityToken<OtherCharacter, OtherString>>* {
     ConvertList(*from, &tokens);
     return &tokens;
 }
@@ -166,14 +169,15 @@ void RecordConverter<C, S>::Convert(const Record<C, S>& from, Record<OtherCharac
     if constexpr (std::is_same_v<Record<C, S>, JunkData<C, S>>)
         result = 0;  // it needs nothing of what `Begin` could not have
     OtherString* string = strings.data();
-    ForEachField<Record>([this, &from, to, &string]<typename Tag, typename Getter>(const RecordField<Tag, Getter>& field) {
-        if constexpr (std::is_same_v<Tag, TextField>)
-            field.In(*to) = this->ConvertField(field.In(from), string++);
-        else if constexpr (std::is_same_v<Tag, AttributesField> || std::is_same_v<Tag, TokensField>)
-            field.In(*to) = this->ConvertField(field.In(from));
-        else
-            field.In(*to) = field.In(from);
-    });
+    ForEachField<Record>(
+        [this, &from, to, &string]<typename Tag, typename Getter>(const RecordField<Tag, Getter>& field) {
+            if constexpr (std::is_same_v<Tag, TextField>)
+                field.In(*to) = this->ConvertField(field.In(from), string++);
+            else if constexpr (std::is_same_v<Tag, AttributesField> || std::is_same_v<Tag, TokensField>)
+                field.In(*to) = this->ConvertField(field.In(from));
+            else
+                field.In(*to) = field.In(from);
+        });
 }
 
 template <typename C, typename S>
@@ -193,9 +197,11 @@ bool RecordConverter<C, S>::HasReplacements() const {
 
 KESTRA_HTML_INSTANTIATE(RecordConverter);
 
-#define INSTANTIATE(NAME, RECORD, WORD)                                                                                         \
-    template void RecordConverter<char, std::string>::Convert(const RECORD<char, std::string>&, RECORD<WideChar, WideString>*); \
-    template void RecordConverter<WideChar, WideString>::Convert(const RECORD<WideChar, WideString>&, RECORD<char, std::string>*);
+#define INSTANTIATE(NAME, RECORD, WORD)                                                               \
+    template void RecordConverter<char, std::string>::Convert(const RECORD<char, std::string>&,       \
+                                                              RECORD<WideChar, WideString>*);         \
+    template void RecordConverter<WideChar, WideString>::Convert(const RECORD<WideChar, WideString>&, \
+                                                                 RECORD<char, std::string>*);
 KESTRA_HTML_FOR_EACH_KIND(INSTANTIATE)
 #undef INSTANTIATE
 

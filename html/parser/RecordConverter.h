@@ -37,14 +37,16 @@ constexpr std::size_t CountMostTexts() {
     std::size_t most = 0;
     ForEachKind([&most]<template <typename, typename> class Record>() {
         std::size_t count = 0;
-        ForEachField<Record>(
-            [&count]<typename Tag, typename Getter>(const RecordField<Tag, Getter>&) { count += std::is_same_v<Tag, TextField> ? 1 : 0; });
+        ForEachField<Record>([&count]<typename Tag, typename Getter>(const RecordField<Tag, Getter>&) {
+            count += std::is_same_v<Tag, TextField> ? 1 : 0;
+        });
         most = count > most ? count : most;
     });
     return most;
 }
 
-/// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that the next record reuses.
+/// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that
+/// the next record reuses.
 ///
 /// Not exported. A copy opens its own converter at its first use.
 template <typename C, typename S>
@@ -58,24 +60,26 @@ public:
     RecordConverter& operator=(const RecordConverter& other);
     ~RecordConverter();
 
-    /// Prepares for one record: 8-bit strings are in `documentCharset`, wide ones become bytes of it.
+    /// Prepares for one record: 8-bit strings are in `documentCharset`, wide ones become bytes of
+    /// it.
     /// @param detect  look for replacements in what 8-bit strings become
     void Begin(StringNS::CharSet::Code documentCharset, bool detect);
 
-    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if `GetResult` is 0. Throws `std::bad_alloc`
-    /// when its own strings and lists cannot grow.
-    /// Junk is bytes in both flavours and crosses unconverted.
+    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if
+    /// `GetResult` is 0. Throws `std::bad_alloc` when its own strings and lists cannot grow. Junk
+    /// is bytes in both flavours and crosses unconverted.
     template <template <typename, typename> class Record>
     void Convert(const Record<C, S>& from, Record<OtherCharacter, OtherString>* to);
 
-    /// 0, or the code of the first string that could not be converted. RESULT_OUT_OF_MEMORY says nothing of the charset: the next record
-    /// tries again.
+    /// 0, or the code of the first string that could not be converted. RESULT_OUT_OF_MEMORY says
+    /// nothing of the charset: the next record tries again.
     std::uint32_t GetResult() const;
 
     /// True when a string was converted, or failed to be.
     bool HasConverted() const;
 
-    /// True when a byte sequence without a meaning became U+FFFD. One that the UTF-8 document has itself does not count.
+    /// True when a byte sequence without a meaning became U+FFFD. One that the UTF-8 document has
+    /// itself does not count.
     bool HasReplacements() const;
 
 private:

@@ -201,7 +201,8 @@ std::uint32_t TextAndTags<C, S>::ReadTag(Core& core) {
     if (next == '/') {
         Scan::Advance(context);
         if (hasNoEscapeRuns) {
-            if (const std::optional<WholeTag> tag = WholeTagReader<C, S>(&context).Read(&core.recognizers.endTag.data)) {
+            if (const std::optional<WholeTag> tag =
+                    WholeTagReader<C, S>(&context).Read(&core.recognizers.endTag.data)) {
                 core.SetActive(STATE_END_TAG, ParserNames::END_TAG);
                 return FinishEndTag(core, *tag);
             }
@@ -286,7 +287,8 @@ template <typename C, typename S>
 template <typename Tag>
 std::uint32_t TextAndTags<C, S>::FinishEndTag(Core& core, Tag tag) {
     const EndTagSimpleParserData<C, S>& data = core.recognizers.endTag.data;
-    const bool isForeign = (core.inScript && !EqualsKeyword(data.name, "script")) || (core.inStyle && !EqualsKeyword(data.name, "style"));
+    const bool isForeign =
+        (core.inScript && !EqualsKeyword(data.name, "script")) || (core.inStyle && !EqualsKeyword(data.name, "style"));
     if (isForeign) {
         ReturnToText(core, tag);
         AppendingHandler<C, S> handler(&core.recognizers.text.data.text);
@@ -315,11 +317,13 @@ template <typename C, typename S>
 void TextAndTags<C, S>::SettleScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts) {
     if (EqualsKeyword(name, "script")) {
         if (!core.IsHalted())
-            core.delivery.Notify([starts](auto* observer) { starts ? observer->OnJSTagStart() : observer->OnJSTagEnd(); });
+            core.delivery.Notify(
+                [starts](auto* observer) { starts ? observer->OnJSTagStart() : observer->OnJSTagEnd(); });
         core.inScript = starts;
     } else if (EqualsKeyword(name, "style")) {
         if (!core.IsHalted())
-            core.delivery.Notify([starts](auto* observer) { starts ? observer->OnCSSTagStart() : observer->OnCSSTagEnd(); });
+            core.delivery.Notify(
+                [starts](auto* observer) { starts ? observer->OnCSSTagStart() : observer->OnCSSTagEnd(); });
         core.inStyle = starts;
     }
 }

@@ -8,7 +8,8 @@
 namespace Kestra::HTML {
 
 template <typename C, typename S>
-void TokenDelivery<C, S>::SetObservers(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide) {
+void TokenDelivery<C, S>::SetObservers(ParserObserver<char, std::string>* narrow,
+                                       ParserObserver<WideChar, WideString>* wide) {
     charObserver = narrow;
     wcharObserver = wide;
 }

@@ -121,7 +121,8 @@ private:
     bool Convert(const Record& record, Converted* converted) {
         const std::uint32_t result = TryToConvert(record, converted);
         convertedForObserver = convertedForObserver || converter.HasConverted();
-        hasCharsetErrors = hasCharsetErrors || converter.HasReplacements() || (detectCharsetErrors && result != RESULT_OK);
+        hasCharsetErrors =
+            hasCharsetErrors || converter.HasReplacements() || (detectCharsetErrors && result != RESULT_OK);
         if (result == RESULT_OK)
             return true;
         charsetErrors = result;

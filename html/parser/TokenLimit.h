@@ -61,7 +61,9 @@ public:
 
 private:
     void CountAttributes() {
-        mostAttributes = maxAttributes == 0 ? GetMostItems() : static_cast<std::size_t>(std::min<std::uint64_t>(maxAttributes, SIZE_MAX));
+        mostAttributes = maxAttributes == 0
+                             ? GetMostItems()
+                             : static_cast<std::size_t>(std::min<std::uint64_t>(maxAttributes, SIZE_MAX));
     }
 
     std::uint64_t maxTokenSize = 0;             // as set, in bytes

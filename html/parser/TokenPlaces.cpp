@@ -19,7 +19,8 @@ std::uint64_t GetWrittenLength(const Attribute<C, S>& attribute) {
     const std::uint64_t name = attribute.prefix.size() + attribute.name.size();
     if (!attribute.hasValue)
         return name;
-    return name + attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + attribute.value.size() + 2 * GetQuoteLength(attribute);
+    return name + attribute.beforeEquals.size() + 1 + attribute.afterEquals.size() + attribute.value.size() +
+           2 * GetQuoteLength(attribute);
 }
 
 }  // namespace
@@ -66,7 +67,8 @@ std::uint64_t TokenPlaces<C, S>::ToBytes(std::uint64_t offset) const {
 }
 
 template <typename C, typename S>
-bool TokenPlaces<C, S>::GetAttributePlace(const DeliveredAttributes<C, S>& delivered, std::size_t index, AttributePlace* place) const {
+bool TokenPlaces<C, S>::GetAttributePlace(const DeliveredAttributes<C, S>& delivered, std::size_t index,
+                                          AttributePlace* place) const {
     if (delivered.list == nullptr || index >= delivered.list->size())
         return false;
     *place = PlaceOf((*delivered.list)[index], FindAttribute(delivered, index));
@@ -80,7 +82,8 @@ bool TokenPlaces<C, S>::GetAttributeParts(const DeliveredAttributes<C, S>& deliv
         return false;
     Vector<Attribute<C, S>> parts;
     const bool mayHaveEscapeRuns = isIso2022 && !IsAfterBareValue(delivered, index);
-    AttributesNormalizer<C, S>::Split((*delivered.list)[index], mayHaveEscapeRuns ? SPLIT_ESCAPE_RUNS : SPLIT_PLAIN, &parts);
+    AttributesNormalizer<C, S>::Split((*delivered.list)[index], mayHaveEscapeRuns ? SPLIT_ESCAPE_RUNS : SPLIT_PLAIN,
+                                      &parts);
     std::vector<AttributePlace> found;
     std::uint64_t offset = FindAttribute(delivered, index);
     for (const Attribute<C, S>& part : parts) {

@@ -17,7 +17,8 @@ struct DeliveredAttributes {
     const Vector<Attribute<C, S>>* list = nullptr;  ///< null when the token has none
     std::uint64_t nameEnd = 0;                      ///< of the tag's name
     std::uint64_t listBegin = 0;                    ///< where the first attribute begins
-    bool bareValueEndsEscapeRuns = false;           ///< after an unquoted value without words the recognizer takes no escape runs
+    bool bareValueEndsEscapeRuns =
+        false;  ///< after an unquoted value without words the recognizer takes no escape runs
 };
 
 /// Where the token that is being delivered, or was delivered last, begins and ends. Not installed.
@@ -33,7 +34,8 @@ public:
     /// those of an opener that has been read already, in which there is no line feed.
     void EndToken(const ParserInput<C, S>& input, std::uint64_t charactersAhead) {
         lastEnd ^= 1U;
-        boundaries[lastEnd] = {input.GetOffset() - charactersAhead, input.context.line, input.context.column - charactersAhead};
+        boundaries[lastEnd] = {input.GetOffset() - charactersAhead, input.context.line,
+                               input.context.column - charactersAhead};
     }
 
     /// The next token begins where the piece ends: what is left of it is in none.

@@ -21,11 +21,12 @@ namespace {
 
 using StringNS::CharSet;
 
-// The characters that the numbers from 0x80 to 0x9F mean. Source: the table in the HTML standard's "Numeric
-// character reference end state"; a number that it leaves out means itself.
-constexpr char16_t C1_CONTROLS[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-                                    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-                                    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+// The characters that the numbers from 0x80 to 0x9F mean. Source: the table in the HTML standard's
+// "Numeric character reference end state"; a number that it leaves out means itself.
+constexpr char16_t C1_CONTROLS[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 static_assert(std::size(C1_CONTROLS) == 32);
 
 enum class Context { TEXT, ATTRIBUTE_VALUE };
@@ -106,8 +107,10 @@ Reference ReadNamedReference(const C* begin, const C* end, Context context) {
         const auto depth = static_cast<std::size_t>(place - name);
         const auto character = static_cast<char>(*place);
         const auto characterOf = [depth](const NamedReference& row) { return REFERENCE_NAMES[row.name + depth]; };
-        low = std::lower_bound(low, high, character, [&](const NamedReference& row, char wanted) { return characterOf(row) < wanted; });
-        high = std::upper_bound(low, high, character, [&](char wanted, const NamedReference& row) { return wanted < characterOf(row); });
+        low = std::lower_bound(low, high, character,
+                               [&](const NamedReference& row, char wanted) { return characterOf(row) < wanted; });
+        high = std::upper_bound(low, high, character,
+                                [&](char wanted, const NamedReference& row) { return wanted < characterOf(row); });
         if (low == high)
             break;
         // A name sorts before those that begin with it.
@@ -122,7 +125,8 @@ Reference ReadNamedReference(const C* begin, const C* end, Context context) {
     }
     if (longest == nullptr)
         return {};
-    if (context == Context::ATTRIBUTE_VALUE && after[-1] != ';' && after != end && (*after == '=' || IsAlphanumeric(*after)))
+    if (context == Context::ATTRIBUTE_VALUE && after[-1] != ';' && after != end &&
+        (*after == '=' || IsAlphanumeric(*after)))
         return {};
     return {static_cast<std::size_t>(after - begin), longest->first, longest->second};
 }
@@ -190,7 +194,8 @@ public:
         if (converter.FromWide(charset, wide.data(), wide.size(), &bytes) != RESULT_OK)
             return {};
         // Converters write a mark, or a character that looks alike, for what the charset lacks.
-        if (charset != CharSet::UTF8 && (converter.ToWide(charset, bytes.data(), bytes.size(), &again) != RESULT_OK || again != wide))
+        if (charset != CharSet::UTF8 &&
+            (converter.ToWide(charset, bytes.data(), bytes.size(), &again) != RESULT_OK || again != wide))
             return {};
         return bytes;
     }

@@ -24,7 +24,8 @@ std::size_t CountAscii(std::string_view text) {
     return count;
 }
 
-/// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED; `*place` is then unspecified
+/// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED; `*place` is then
+/// unspecified
 char32_t ReadCharacter(std::string_view utf8, std::size_t* place) {
     const char* next = utf8.data() + *place;
     const char32_t character = ReadUtf8(&next, utf8.data() + utf8.size());
@@ -50,15 +51,16 @@ bool AppendFromWide(WideStringView wide, std::string* utf8) {
     return isWellFormed;
 }
 
-/// ISO-2022 and its like, EBCDIC with shifts, HZ, UTF-7, and those whose characters have two or four bytes: what a byte of theirs means
-/// depends on others.
+/// ISO-2022 and its like, EBCDIC with shifts, HZ, UTF-7, and those whose characters have two or
+/// four bytes: what a byte of theirs means depends on others.
 bool HasNoPlainBytes(CharSet::Code code) {
-    return (code >= 50220 && code <= 50229) || (code >= 50930 && code <= 50939) || code == 52936 || code == CharSet::UTF7 ||
-           code == CharSet::UTF16_LE || code == 1201 || code == 12000 || code == 12001 || code == 65005 || code == 65006;
+    return (code >= 50220 && code <= 50229) || (code >= 50930 && code <= 50939) || code == 52936 ||
+           code == CharSet::UTF7 || code == CharSet::UTF16_LE || code == 1201 || code == 12000 || code == 12001 ||
+           code == 65005 || code == 65006;
 }
 
-/// A byte of a character beyond ASCII, not the first: a digit, or what the trail bytes of multi-byte charsets are. None of white space,
-/// quotes and the marks of tags and comments.
+/// A byte of a character beyond ASCII, not the first: a digit, or what the trail bytes of
+/// multi-byte charsets are. None of white space, quotes and the marks of tags and comments.
 bool IsHarmlessTrail(char byte) {
     return !IsAscii(byte) || (byte >= '0' && byte <= '9') || (byte >= '@' && byte <= '~');
 }
@@ -169,8 +171,8 @@ bool DocumentText::AppendBeyondAscii(std::string_view run, Lacking lacking, std:
     return true;
 }
 
-/// Converts characters beyond ASCII. All bytes of ASCII stand for themselves, so a byte of ASCII that begins a character would not convert
-/// back to one beyond it.
+/// Converts characters beyond ASCII. All bytes of ASCII stand for themselves, so a byte of ASCII
+/// that begins a character would not convert back to one beyond it.
 /// @return whether `converted` has what can be written
 bool DocumentText::Convert(WideStringView characters) {
     if (converter.FromWide(charset, characters.data(), characters.size(), &converted) != RESULT_OK || converted.empty())

@@ -32,7 +32,8 @@ void RewriterObserver<C, S>::Notify(Callback callback) {
 template <typename C, typename S>
 template <template <typename, typename> class Record>
 void RewriterObserver<C, S>::OnToken(Record<C, S>* record) {
-    constexpr bool IS_OPENING = std::is_same_v<Record<C, S>, StartTagData<C, S>> || std::is_same_v<Record<C, S>, ShortTagData<C, S>>;
+    constexpr bool IS_OPENING =
+        std::is_same_v<Record<C, S>, StartTagData<C, S>> || std::is_same_v<Record<C, S>, ShortTagData<C, S>>;
     constexpr bool IS_END = std::is_same_v<Record<C, S>, EndTagData<C, S>>;
     if (engine->IsOverLimit())
         return;

@@ -96,7 +96,8 @@ public:
 
     /// What was refused.
     std::string GetMessage() const {
-        const auto passed = static_cast<std::size_t>(errorPlace - std::count_if(text.begin(), text.begin() + errorPlace, IsTrailingByte));
+        const auto passed = static_cast<std::size_t>(
+            errorPlace - std::count_if(text.begin(), text.begin() + errorPlace, IsTrailingByte));
         return std::string("character ") + std::to_string(passed + 1) + ": " + error;
     }
 
@@ -130,7 +131,8 @@ private:
         const char character = Peek();
         if (character > ' ' && character < 0x7F)
             return Refuse(place, std::string("\"") + character + "\" is not expected here");
-        return Refuse(place, IsSelectorSpace(character) ? "white space is not expected here" : "this character is not expected here");
+        return Refuse(place, IsSelectorSpace(character) ? "white space is not expected here"
+                                                        : "this character is not expected here");
     }
 
     /// Refuses what is at hand where a compound should begin or go on.
@@ -390,7 +392,8 @@ private:
         if (condition->ignoresCase)
             FoldText(&condition->value);
         const bool takesWord = condition->kind == SelectorCondition::INCLUDES;
-        const bool takesEmpty = condition->kind == SelectorCondition::EQUAL || condition->kind == SelectorCondition::DASH_MATCH;
+        const bool takesEmpty =
+            condition->kind == SelectorCondition::EQUAL || condition->kind == SelectorCondition::DASH_MATCH;
         if (takesWord ? !IsWord(condition->value) : condition->value.empty() && !takesEmpty)
             condition->kind = SelectorCondition::NEVER;
         return true;

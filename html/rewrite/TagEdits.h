@@ -27,8 +27,8 @@ struct TagLayout {
 ///
 /// Names and values are UTF-8. After an exception the edits are as they were before the call.
 ///
-/// A tag with few attributes is searched from its first one on, without an allocation. One with many gets an index when it is
-/// searched often, so that any number of edits takes n log n time.
+/// A tag with few attributes is searched from its first one on, without an allocation. One with
+/// many gets an index when it is searched often, so that any number of edits takes n log n time.
 class TagEdits {
 public:
     TagEdits();

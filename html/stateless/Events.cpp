@@ -23,7 +23,8 @@ std::string_view CutPart(std::string_view* rest, char separator) {
 
 std::string_view StripBlanks(std::string_view part) {
     const std::size_t first = part.find_first_not_of(' ');
-    return first == std::string_view::npos ? part.substr(0, 0) : part.substr(first, part.find_last_not_of(' ') - first + 1);
+    return first == std::string_view::npos ? part.substr(0, 0)
+                                           : part.substr(first, part.find_last_not_of(' ') - first + 1);
 }
 
 /// The last parameter "charset=name" of a content type; null for none. A part with more than one
@@ -33,7 +34,8 @@ std::string_view FindCharSet(std::string_view content) {
     while (content.data() != nullptr) {
         std::string_view parameter = CutPart(&content, ';');
         const std::string_view key = CutPart(&parameter, '=');
-        if (parameter.data() != nullptr && parameter.find('=') == std::string_view::npos && EqualsKeyword(StripBlanks(key), "charset"))
+        if (parameter.data() != nullptr && parameter.find('=') == std::string_view::npos &&
+            EqualsKeyword(StripBlanks(key), "charset"))
             name = StripBlanks(parameter);
     }
     return name;
@@ -88,8 +90,9 @@ std::uint32_t Events::GetCharSetFromExternTag() {
         return STATELESS_INVALID_ARGUMENT;
     if (!EqualsKeyword(data.tagName, "xml"))
         return CharSetKnown();
-    const auto encoding = std::find_if(data.attributes.begin(), data.attributes.end(),
-                                       [](const auto& attribute) { return EqualsKeyword(attribute.first, "encoding"); });
+    const auto encoding = std::find_if(data.attributes.begin(), data.attributes.end(), [](const auto& attribute) {
+        return EqualsKeyword(attribute.first, "encoding");
+    });
     if (encoding != data.attributes.end())
         SetCharSet(encoding->second);
     return CharSetKnown();

@@ -18,14 +18,16 @@ namespace Stateless {
 void ApplyLimits(Data& data) {
     data.maxBytes = data.maxTokenSize == 0 ? UINT64_MAX : data.maxTokenSize;
     data.maxItems = TokenLimits::GetMostParts(data.maxTokenSize);
-    data.maxListed =
-        data.maxAttributes == 0 ? data.maxItems : static_cast<std::size_t>(std::min<std::uint64_t>(data.maxAttributes, SIZE_MAX));
+    data.maxListed = data.maxAttributes == 0
+                         ? data.maxItems
+                         : static_cast<std::size_t>(std::min<std::uint64_t>(data.maxAttributes, SIZE_MAX));
 }
 
 void GoBackToToken(Data& data) {
     data.wentOver = true;
     // A script or a style sheet begins with its start tag, another content after it.
-    const bool isInContent = (data.state == STATE_RAW_TEXT || data.state == STATE_RAW_TEXT_END) && !IsScriptOrStyle(GetRawElement(data));
+    const bool isInContent =
+        (data.state == STATE_RAW_TEXT || data.state == STATE_RAW_TEXT_END) && !IsScriptOrStyle(GetRawElement(data));
     data.state = isInContent ? STATE_RAW_TEXT : STATE_TEXT;
     InitRawTextParser(data);
     data.pieceOffset = data.tokenOffset;
@@ -54,7 +56,8 @@ void LimitBuffers(Data& data, bool isNewDocument) {
         visit(data.wideAttributes);
         visit(data.wideTokens);
     };
-    data.buffersDue = data.position + Kestra::LimitBuffers(isNewDocument, visitBuffers, TokenLimits::GetKeptBytes(data.maxTokenSize));
+    data.buffersDue =
+        data.position + Kestra::LimitBuffers(isNewDocument, visitBuffers, TokenLimits::GetKeptBytes(data.maxTokenSize));
 }
 
 }  // namespace Stateless

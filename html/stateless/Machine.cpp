@@ -64,7 +64,8 @@ std::uint32_t Machine::Run() {
                 result = ParseAfterHyphen();
                 break;
             case STATE_COMMENT:
-                result = Finish(ParseCommentTag(data), [this] { events.RaiseString(StatelessHTMLParser::ID_COMMENT, &data.identifier); });
+                result = Finish(ParseCommentTag(data),
+                                [this] { events.RaiseString(StatelessHTMLParser::ID_COMMENT, &data.identifier); });
                 break;
             case STATE_END_TAG:
                 result = Finish(ParseEndTag(data), [this] { events.RaiseEndTag(); });
@@ -184,11 +185,13 @@ std::uint32_t Machine::FinishStartTag() {
 /// The same when contents are text. An exception out of the callback, or what stops the parser
 /// there, ends the content.
 std::uint32_t Machine::FinishStartTagAsText() {
-    const RawTextElement element = data.isBrowsersName ? FindRawTextElement(std::string_view(data.tagName)) : RawTextElement::NONE;
+    const RawTextElement element =
+        data.isBrowsersName ? FindRawTextElement(std::string_view(data.tagName)) : RawTextElement::NONE;
     const bool hasContent = element != RawTextElement::NONE;
     data.rawElement = static_cast<std::uint32_t>(element);
     data.selfClosing = data.selfClosing && !hasContent;
-    const std::uint32_t result = IsScriptOrStyle(element) ? STATELESS_OK : Finish(STATELESS_OK, [this] { events.RaiseStartTag(); });
+    const std::uint32_t result =
+        IsScriptOrStyle(element) ? STATELESS_OK : Finish(STATELESS_OK, [this] { events.RaiseStartTag(); });
     if (result == STATELESS_OK && hasContent) {
         InitRawTextParser(data);
         data.state = STATE_RAW_TEXT;

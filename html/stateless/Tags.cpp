@@ -12,7 +12,12 @@ namespace {
 
 enum AttributeState : std::uint32_t { ATTRIBUTE_NAME = 0, ATTRIBUTE_EQUALS = 1, ATTRIBUTE_VALUE = 2 };
 
-enum ValueState : std::uint32_t { VALUE_NOT_BEGUN = 0, VALUE_UNQUOTED = 1, VALUE_SINGLE_QUOTED = 2, VALUE_DOUBLE_QUOTED = 3 };
+enum ValueState : std::uint32_t {
+    VALUE_NOT_BEGUN = 0,
+    VALUE_UNQUOTED = 1,
+    VALUE_SINGLE_QUOTED = 2,
+    VALUE_DOUBLE_QUOTED = 3
+};
 
 enum EndTagState : std::uint32_t { END_TAG_NAME = 0, END_TAG_LAST = 1 };
 
@@ -79,7 +84,9 @@ std::uint32_t ParseValue(Data& data) {
     if (data.valueState == VALUE_NOT_BEGUN) {
         if (!SkipWhiteSpace(data))
             return STATELESS_NEED_MORE_DATA;
-        data.valueState = Next(data) == '\'' ? VALUE_SINGLE_QUOTED : Next(data) == '"' ? VALUE_DOUBLE_QUOTED : VALUE_UNQUOTED;
+        data.valueState = Next(data) == '\''  ? VALUE_SINGLE_QUOTED
+                          : Next(data) == '"' ? VALUE_DOUBLE_QUOTED
+                                              : VALUE_UNQUOTED;
         if (data.valueState != VALUE_UNQUOTED)
             Consume(data);
         data.attributePlace.valueBegin = GetOffset(data);
@@ -188,8 +195,9 @@ std::uint32_t ParseAttrs(Data& data) {
 namespace {
 
 //  state    white space   "/"    ">"        other
-//  0 name   the name recognizer reads on: "a" before " ": to 1; " a" before "/": to 1; "a" before ">": to 1; before "1": 701
-//  1 list   the attribute recognizer reads on: before ">": to 2; " a=b" before ">": to 2; " a" before "/": to 2;
+//  0 name   the name recognizer reads on: "a" before " ": to 1; " a" before "/": to 1; "a" before ">": to 1; before
+//  "1": 701 1 list   the attribute recognizer reads on: before ">": to 2; " a=b" before ">": to 2; " a" before "/": to
+//  2;
 //           "a='>'b " before "?": to 2; "%" before ">": to 2
 //  2 end    drop          to 3   as 3       702
 //  3 last   702           702    complete   702

@@ -39,7 +39,8 @@ inline std::uint32_t LeaveAttribute(AttributeListStep step, const AttributeListE
         *state = exits.afterMark;
     else if (step == AttributeListStep::END_OF_LIST)
         *state = exits.atEnd;
-    return step == AttributeListStep::LONE_MARK || step == AttributeListStep::MALFORMED ? SP_MALFORMED : SP_NEED_MORE_DATA;
+    return step == AttributeListStep::LONE_MARK || step == AttributeListStep::MALFORMED ? SP_MALFORMED
+                                                                                        : SP_NEED_MORE_DATA;
 }
 
 /// Appends a completed attribute. Without a value only `prefix` and `name` count.
@@ -75,8 +76,13 @@ public:
     /// @param attributeRecognizer  and its record: those that have completed the attribute
     /// @param tag  the record of a tag with `attributes`, `suffix` and `iso2022`
     template <typename Tag>
-    AttributeList(AttributeSimpleParser<C, S>* attributeRecognizer, AttributeSimpleParserData<C, S>* attributeData, Tag* tag)
-        : recognizer(attributeRecognizer), data(attributeData), attributes(&tag->attributes), suffix(&tag->suffix), iso2022(tag->iso2022) {}
+    AttributeList(AttributeSimpleParser<C, S>* attributeRecognizer, AttributeSimpleParserData<C, S>* attributeData,
+                  Tag* tag)
+        : recognizer(attributeRecognizer),
+          data(attributeData),
+          attributes(&tag->attributes),
+          suffix(&tag->suffix),
+          iso2022(tag->iso2022) {}
 
     /// Settles the completed attribute: with a value, without one, or none at all.
     ///

@@ -30,10 +30,12 @@ struct KESTRA_HTML_API AttributeSimpleParserData : SimpleParserData<C, S> {
     bool iso2022 = false;              ///< handed on to the value
 };
 
-/// Reads one attribute: white space, a name that may be empty, and "=" with a value if there is one. Without "=" it ends before the
-/// first character that is neither name nor white space, and that white space is in `beforeEquals`.
+/// Reads one attribute: white space, a name that may be empty, and "=" with a value if there is
+/// one. Without "=" it ends before the first character that is neither name nor white space, and
+/// that white space is in `beforeEquals`.
 ///
-/// An owner may, after `BeginParse`, preset `prefix` and set `state` to ATTRIBUTE_NAME to go on at the name.
+/// An owner may, after `BeginParse`, preset `prefix` and set `state` to ATTRIBUTE_NAME to go on at
+/// the name.
 template <typename C, typename S>
 class KESTRA_HTML_API AttributeSimpleParser final : public SimpleParser<C, S, AttributeSimpleParserData<C, S>> {
 public:
@@ -42,8 +44,8 @@ public:
     /// Clears `iso2022` as well: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE; SP_NEED_MORE_DATA when the piece is used up, or after an escape run in a quoted value; a code of the
-    ///         value recognizer, unchanged.
+    /// @return SP_TOKEN_COMPLETE; SP_NEED_MORE_DATA when the piece is used up, or after an escape
+    ///         run in a quoted value; a code of the value recognizer, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

@@ -31,7 +31,8 @@ std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
 //  2 after the name      keep          as 5   as 5       as 5                     as 5            as 5
 //  5 what comes next     as 3          as 3   complete   complete, unread, open   as 3            as 3
 //  3 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 4;
-//                        "a/" before ">": to 5; "/" before ">": to 5; "a=b/" before ">": to 5; "a=/" before ">": to 5, fail;
+//                        "a/" before ">": to 5; "/" before ">": to 5; "a=b/" before ">": to 5; "a=/" before ">": to 5,
+//                        fail;
 //                        "/ " before "a": fail
 //  4 end of attributes   fail          to 5   complete   fail                     fail            fail
 //

@@ -36,7 +36,8 @@ struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
     bool iso2022 = false;           ///< double-quoted values may hold ISO-2022 escape runs
 };
 
-/// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place, exclusive. Attributes and a stray "/" are kept.
+/// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place,
+/// exclusive. Attributes and a stray "/" are kept.
 template <typename C, typename S>
 class KESTRA_HTML_API EndTagSimpleParser final : public SimpleParser<C, S, EndTagSimpleParserData<C, S>> {
 public:
@@ -45,10 +46,11 @@ public:
     /// Clears `iso2022` as well, unlike the start tag: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece is used up, and also after a closing
-    ///         "/" that follows the attributes; SP_MALFORMED for a lone "/" as an unquoted value before ">", a "/" after white space and
-    ///         before more of it, and anything but "/" or ">" after the attributes; a code of a member, unchanged; 711 for more attributes
-    ///         than the driver allows.
+    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece
+    ///         is used up, and also after a closing "/" that follows the attributes; SP_MALFORMED
+    ///         for a lone "/" as an unquoted value before ">", a "/" after white space and before
+    ///         more of it, and anything but "/" or ">" after the attributes; a code of a member,
+    ///         unchanged; 711 for more attributes than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED

@@ -20,12 +20,14 @@ struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
     S name;                            ///< the keyword as written, for example "DOCTYPE"
     Vector<EntityToken<C, S>> tokens;  ///< words and quoted strings in document order
     S suffix;                          ///< white space before the closing ">"
-    bool iso2022 = false;              ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    bool iso2022 =
+        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
 };
 
 /// Reads a declaration such as "<!DOCTYPE html>", from after its "<!" to its ">", inclusive.
 ///
-/// "=" and "/" belong to bare words, and so do quotes after the first character. An empty quoted string is an item.
+/// "=" and "/" belong to bare words, and so do quotes after the first character. An empty quoted
+/// string is an item.
 template <typename C, typename S>
 class KESTRA_HTML_API EntityTagSimpleParser final : public SimpleParser<C, S, EntityTagSimpleParserData<C, S>> {
 public:
@@ -33,8 +35,9 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for a "<" where an item or the ">"
-    ///         may stand; a code of a quoted string, unchanged; 711 for more items than the driver allows.
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up;
+    ///         SP_MALFORMED for a "<" where an item or the ">" may stand; a code of a quoted
+    ///         string, unchanged; 711 for more items than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED

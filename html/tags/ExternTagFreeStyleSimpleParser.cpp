@@ -7,7 +7,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr Scan::Classes FREE_TEXT_STOPS = Scan::QUESTION_MARK | Scan::APOSTROPHE | Scan::QUOTATION_MARK | Scan::SLASH | Scan::GREATER_THAN;
+constexpr Scan::Classes FREE_TEXT_STOPS =
+    Scan::QUESTION_MARK | Scan::APOSTROPHE | Scan::QUOTATION_MARK | Scan::SLASH | Scan::GREATER_THAN;
 
 }  // namespace
 
@@ -35,15 +36,15 @@ void ExternTagFreeStyleSimpleParser<C, S>::RestartDQuoteString(const Data& data)
     dQuoteStringData.allowEscape2022 = data.iso2022;
 }
 
-//  state             "?"          "'"     '"'     "/"          "*"          line feed    ">"                       other
-//  0 free text       hold, to 7   to 5    to 6    to 1         keep         keep         as 7                      keep
-//  1 after "/"       other        other   other   "//", to 4   "/*", to 2   other        other                     "/", as 0
-//  2 block comment   keep         keep    keep    keep         to 3         keep         keep                      keep
-//  3 "*" in it       other        other   other   "*/", to 0   other        other        other                     "*", as 0 (kept)
-//  4 line comment    keep         keep    keep    keep         keep         keep, to 0   keep                      keep
-//  5 in "'"          the string recognizer reads on: '>"': hold; "a'": "'a'", to 0; "a\'": hold
-//  6 in '"'          the string recognizer reads on: ">'": hold; 'a"': '"a"', to 0; 'a\"': hold
-//  7 after "?"       other        other   other   other        other        other        release, keep, complete   release, as 0
+//  state             "?"          "'"     '"'     "/"          "*"          line feed    ">" other 0 free text hold, to
+//  7   to 5    to 6    to 1         keep         keep         as 7                      keep 1 after "/"       other
+//  other   other   "//", to 4   "/*", to 2   other        other                     "/", as 0 2 block comment   keep
+//  keep    keep    keep         to 3         keep         keep                      keep 3 "*" in it       other other
+//  other   "*/", to 0   other        other        other                     "*", as 0 (kept) 4 line comment    keep
+//  keep    keep    keep         keep         keep, to 0   keep                      keep 5 in "'"          the string
+//  recognizer reads on: '>"': hold; "a'": "'a'", to 0; "a\'": hold 6 in '"'          the string recognizer reads on:
+//  ">'": hold; 'a"': '"a"', to 0; 'a\"': hold 7 after "?"       other        other   other   other        other other
+//  release, keep, complete   release, as 0
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -177,8 +178,8 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseQuestionMark(SimplePars
 /// States 5 and 6.
 template <typename C, typename S>
 template <typename Parser, typename ParserData>
-std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser,
-                                                                ParserData* parserData, C quote) {
+std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseString(SimpleParserContext<C, S>* context, Data* data,
+                                                                Parser* parser, ParserData* parserData, C quote) {
     const std::uint32_t result = parser->Parse(context, parserData);
     if (result != SP_TOKEN_COMPLETE)
         return result;

@@ -24,20 +24,24 @@ struct KESTRA_HTML_API ExternTagFreeStyleSimpleParserData : SimpleParserData<C, 
     std::uint32_t state = 0;       ///< an ExternTagFreeStyleState
     bool questionPending = false;  ///< a "?" has been read that is not yet in `text`
     S text;                        ///< the raw text
-    bool iso2022 = false;          ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    bool iso2022 =
+        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
 };
 
 /// Reads the raw text of a processing instruction, from after its target to its ">", inclusive.
 ///
-/// "?>" and a bare ">" end it, but not inside quotes, where a backslash escapes, and not inside script comments.
+/// "?>" and a bare ">" end it, but not inside quotes, where a backslash escapes, and not inside
+/// script comments.
 template <typename C, typename S>
-class KESTRA_HTML_API ExternTagFreeStyleSimpleParser final : public SimpleParser<C, S, ExternTagFreeStyleSimpleParserData<C, S>> {
+class KESTRA_HTML_API ExternTagFreeStyleSimpleParser final
+    : public SimpleParser<C, S, ExternTagFreeStyleSimpleParserData<C, S>> {
 public:
     using Data = ExternTagFreeStyleSimpleParserData<C, S>;
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; a code of a quoted string, unchanged.
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; a code of
+    /// a quoted string, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
@@ -56,7 +60,8 @@ private:
     std::uint32_t ParseLineComment(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseQuestionMark(SimpleParserContext<C, S>* context, Data* data);
     template <typename Parser, typename ParserData>
-    std::uint32_t ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser, ParserData* parserData, C quote);
+    std::uint32_t ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser, ParserData* parserData,
+                              C quote);
 
     SQuoteStringSimpleParser<C, S> sQuoteString;
     SQuoteStringSimpleParserData<C, S> sQuoteStringData;

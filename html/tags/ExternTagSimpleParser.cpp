@@ -49,11 +49,11 @@ std::uint32_t ExternTagSimpleParser<C, S>::BeginParse(Data* data) {
 //  0 prefix          keep          as 1   as 1        as 1                 as 1
 //  1 target          as 2 or 4     keep   as 2 or 4   as 2 or 4            keep
 //  2 attributes      the attribute recognizer reads on: "a ": hold; " " before ">": to 3; "a?" before ">": to 5;
-//                    "?" before ">": to 5; "a=b?" before ">": to 5; "a/" before ">": to 5; "/ " before ">": to 5 (kept);
-//                    "a=?" before ">": to 5, fail; "? " before "a": fail
+//                    "?" before ">": to 5; "a=b?" before ">": to 5; "a/" before ">": to 5; "/ " before ">": to 5
+//                    (kept); "a=?" before ">": to 5, fail; "? " before "a": fail
 //  3 expecting "?"   fail          to 5   fail        fail                 fail
-//  4 free style      the free-style recognizer reads on: "a": hold; "'>'": hold; "a?": hold; "a?>": complete; ">": complete
-//  5 expecting ">"   fail          fail   complete    fail                 fail
+//  4 free style      the free-style recognizer reads on: "a": hold; "'>'": hold; "a?": hold; "a?>": complete; ">":
+//  complete 5 expecting ">"   fail          fail   complete    fail                 fail
 //
 // State 1 goes to 2 with the targets "xml", "xml:..." and "xml-...".
 template <typename C, typename S>
@@ -125,7 +125,8 @@ void ExternTagSimpleParser<C, S>::ChooseStyle(Data* data) {
         freeStyleData.state = FREE_STYLE_AFTER_QUESTION_MARK;
 }
 
-/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it (kept).
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it
+/// (kept).
 template <typename C, typename S>
 std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
@@ -137,7 +138,8 @@ std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C
     return LeaveAttribute(step, {EXPECT_END, EXPECT_QUESTION_MARK}, &data->state);
 }
 
-/// A name without a value that ends in "/" ends the declaration. White space after that "/" moves before it (kept).
+/// A name without a value that ends in "/" ends the declaration. White space after that "/" moves
+/// before it (kept).
 template <typename C, typename S>
 bool ExternTagSimpleParser<C, S>::TakeClosingSlash(Data* data) {
     constexpr bool WHITE_SPACE_COUNTS = false;

@@ -18,8 +18,9 @@ struct KESTRA_HTML_API GenericTagSimpleParserData : SimpleParserData<C, S> {
     WideString nextParser;       ///< after SP_TOKEN_COMPLETE: who must run next
 };
 
-/// Reads the characters after a "<" that decide which recognizer must run, and no more: "/", "?", "!", "!--", "![" with its keyword, or
-/// nothing for a start tag. After "![" and the keyword the next character, normally "[", is left.
+/// Reads the characters after a "<" that decide which recognizer must run, and no more: "/", "?",
+/// "!", "!--", "![" with its keyword, or nothing for a start tag. After "![" and the keyword the
+/// next character, normally "[", is left.
 template <typename C, typename S>
 class KESTRA_HTML_API GenericTagSimpleParser final : public SimpleParser<C, S, GenericTagSimpleParserData<C, S>> {
 public:
@@ -27,8 +28,9 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE with `nextParser` set; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for "<!-" without a
-    ///         second "-", and for "<![" with any other keyword.
+    /// @return SP_TOKEN_COMPLETE with `nextParser` set; SP_NEED_MORE_DATA when the piece is used
+    ///         up; SP_MALFORMED for "<!-" without a second "-", and for "<![" with any other
+    ///         keyword.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED

@@ -11,8 +11,9 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// Attributes of a list from which on those that lie in the piece as a whole need no recognizer. The first ones go through it, so that its
-/// strings are as long as those of most attributes before a cut falls into one that is longer.
+/// Attributes of a list from which on those that lie in the piece as a whole need no recognizer.
+/// The first ones go through it, so that its strings are as long as those of most attributes before
+/// a cut falls into one that is longer.
 constexpr std::size_t LONG_LIST = 8;
 
 }  // namespace
@@ -37,7 +38,8 @@ std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
 //  0 prefix              keep          as 1   as 1       as 1             as 1            as 1
 //  1 name                as 2          keep   as 2       as 2             as 2            keep
 //  2 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 3;
-//                        "a/" before ">": to 4; "/" before ">": to 4; "a=b/" before ">": to 4; "a=/" before ">": to 4, fail;
+//                        "a/" before ">": to 4; "/" before ">": to 4; "a=b/" before ">": to 4; "a=/" before ">": to 4,
+//                        fail;
 //                        "/ " before "a": fail
 //  3 end of attributes   fail          to 4   complete   complete, open   fail            fail
 //  4 after "/"           fail          fail   complete   fail             fail            fail
@@ -87,7 +89,8 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
     return SP_NEED_MORE_DATA;
 }
 
-/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it (kept).
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it
+/// (kept).
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
@@ -101,7 +104,8 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
     return LeaveAttribute(step, {START_TAG_AFTER_SLASH, START_TAG_END_OF_ATTRIBUTES}, &data->state);
 }
 
-/// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the next tag.
+/// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the
+/// next tag.
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);

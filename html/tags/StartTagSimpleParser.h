@@ -32,12 +32,13 @@ struct KESTRA_HTML_API StartTagSimpleParserData : SimpleParserData<C, S> {
     WideString wideName;                 ///< reserved; always empty
     bool selfClosing = false;            ///< the tag ends with "/>"
     bool closed = true;                  ///< false when a "<" ended the tag
-    bool iso2022 = false;                ///< double-quoted values may hold ISO-2022 escape runs; `BeginParse` leaves it alone
+    bool iso2022 = false;  ///< double-quoted values may hold ISO-2022 escape runs; `BeginParse` leaves it alone
 };
 
 /// Reads a start tag or a short tag, from after its "<" to its ">", inclusive.
 ///
-/// A "/" belongs to a name: "br/>" is the tag "br/". It makes a short tag only at the end of the attribute list: "br />", "a href=x/>".
+/// A "/" belongs to a name: "br/>" is the tag "br/". It makes a short tag only at the end of the
+/// attribute list: "br />", "a href=x/>".
 template <typename C, typename S>
 class KESTRA_HTML_API StartTagSimpleParser final : public SimpleParser<C, S, StartTagSimpleParserData<C, S>> {
 public:
@@ -45,10 +46,12 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">", or after a "<" after the attributes, with the attributes normalized; SP_NEED_MORE_DATA when
-    ///         the piece is used up; SP_NOT_THIS_TOKEN when the name is "<"; SP_MALFORMED for a lone "/" as an unquoted value before ">",
-    ///         a "/" after white space and before more of it, and anything but ">" after "/"; a code of a member, unchanged; 711 for more
-    ///         attributes than the driver allows.
+    /// @return SP_TOKEN_COMPLETE after ">", or after a "<" after the attributes, with the
+    ///         attributes normalized; SP_NEED_MORE_DATA when the piece is used up;
+    ///         SP_NOT_THIS_TOKEN when the name is "<"; SP_MALFORMED for a lone "/" as an unquoted
+    ///         value before ">", a "/" after white space and before more of it, and anything but
+    ///         ">" after "/"; a code of a member, unchanged; 711 for more attributes than the
+    ///         driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED

@@ -17,7 +17,8 @@ struct KESTRA_HTML_API CCommentSimpleParserData : SimpleParserData<C, S> {
     WideString nextParserName;  ///< always empty
 };
 
-/// Reads a script block comment, from after its opener to its closer, inclusive. Nothing interrupts it, markup included. Never fails.
+/// Reads a script block comment, from after its opener to its closer, inclusive. Nothing interrupts
+/// it, markup included. Never fails.
 template <typename C, typename S>
 class KESTRA_HTML_API CCommentSimpleParser final : public SimpleParser<C, S, CCommentSimpleParserData<C, S>> {
 public:

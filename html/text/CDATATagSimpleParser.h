@@ -18,7 +18,8 @@ struct KESTRA_HTML_API CDATATagSimpleParserData : SimpleParserData<C, S> {
 
 /// Reads a CDATA section, from after its keyword to "]]>", inclusive. Never fails.
 ///
-/// "]]" ends the section whatever follows; anything but ">" is left unread and the section stays open.
+/// "]]" ends the section whatever follows; anything but ">" is left unread and the section stays
+/// open.
 template <typename C, typename S>
 class KESTRA_HTML_API CDATATagSimpleParser final : public SimpleParser<C, S, CDATATagSimpleParserData<C, S>> {
 public:
@@ -26,8 +27,8 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after "]]>", or before the character after any other "]]"; SP_NEED_MORE_DATA when the piece is
-    ///         used up.
+    /// @return SP_TOKEN_COMPLETE after "]]>", or before the character after any other "]]";
+    ///         SP_NEED_MORE_DATA when the piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// Leaves the section open, with its pending brackets in `text`. @return SP_TOKEN_COMPLETE

@@ -13,7 +13,8 @@ enum State : std::uint32_t {
     CONSTRUCT = 1,
 };
 
-/// A construct that does not interrupt the comment, and what has been consumed of it: content of the comment after all.
+/// A construct that does not interrupt the comment, and what has been consumed of it: content of
+/// the comment after all.
 struct PlainOpener {
     WideStringView parserName;
     const char* characters;

@@ -18,10 +18,11 @@ struct KESTRA_HTML_API ConditionalTagSimpleParserData : SimpleParserData<C, S> {
     bool tagClosed = true;      ///< false only when the input ended before the ">"
 };
 
-/// Reads a conditional section marker such as "<![if !IE]>" or "<![endif]-->", from after its keyword to its ">", inclusive.
-/// Never fails.
+/// Reads a conditional section marker such as "<![if !IE]>" or "<![endif]-->", from after its
+/// keyword to its ">", inclusive. Never fails.
 template <typename C, typename S>
-class KESTRA_HTML_API ConditionalTagSimpleParser final : public SimpleParser<C, S, ConditionalTagSimpleParserData<C, S>> {
+class KESTRA_HTML_API ConditionalTagSimpleParser final
+    : public SimpleParser<C, S, ConditionalTagSimpleParserData<C, S>> {
 public:
     using Data = ConditionalTagSimpleParserData<C, S>;
 
@@ -37,7 +38,8 @@ public:
     struct Internals;
 
 private:
-    bool pieceGoesOn = false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
+    bool pieceGoesOn =
+        false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
 };
 
 }  // namespace Kestra::HTML

@@ -37,8 +37,9 @@ std::uint32_t DQuoteStringSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* c
         return SP_NEED_MORE_DATA;
     switch (static_cast<State>(data->state)) {
         case IN_STRING: {
-            const bool stopped = data->allowEscape2022 ? ReadLiteral<0, Scan::QUOTATION_MARK | Scan::ESCAPE>(context, data)
-                                                       : ReadLiteral<0, Scan::QUOTATION_MARK>(context, data);
+            const bool stopped = data->allowEscape2022
+                                     ? ReadLiteral<0, Scan::QUOTATION_MARK | Scan::ESCAPE>(context, data)
+                                     : ReadLiteral<0, Scan::QUOTATION_MARK>(context, data);
             if (!stopped)
                 return SP_NEED_MORE_DATA;
             const C stop = Scan::Next(*context);

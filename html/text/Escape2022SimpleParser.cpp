@@ -70,10 +70,11 @@ std::uint32_t Escape2022SimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state           sequence complete         sequence begun   no such sequence          ESC          other   end of input
-//  0 designation   release, keep, to 1       hold             release, keep, complete   never        never   release, complete
-//  1 run           never                     never            never                     hold, to 2   keep    complete
-//  2 later ESC     release, keep, complete   hold             release, keep, to 1       never        never   release, complete
+//  state           sequence complete         sequence begun   no such sequence          ESC          other   end of
+//  input 0 designation   release, keep, to 1       hold             release, keep, complete   never        never
+//  release, complete 1 run           never                     never            never                     hold, to 2
+//  keep    complete 2 later ESC     release, keep, complete   hold             release, keep, to 1       never never
+//  release, complete
 //
 // Held is a sequence from its ESC on.
 template <typename C, typename S>

@@ -7,7 +7,8 @@
 
 namespace Kestra::HTML {
 
-/// The junk gathered so far: bytes in both flavours. The wide flavour stores the two bytes of each character in memory order.
+/// The junk gathered so far: bytes in both flavours. The wide flavour stores the two bytes of each
+/// character in memory order.
 template <typename C, typename S>
 struct KESTRA_HTML_API JunkSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::JUNK;

@@ -66,11 +66,12 @@ std::uint32_t TextSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state                "<"     "'"             '"'             "/"            "*"             ESC     other                end of input
-//  0 text               tag     single-quoted   double-quoted   to 1           keep            to 2    keep                 complete
-//  1 "/", expressions   other   other           other           line comment   block comment   other   expression, unread   "/", complete
-//  1 "/", none          other   other           other           line comment   block comment   other   "/", as 0            "/", complete
-//  2 escape run         the escape recognizer reads on: "a": ESC "a", to 0; "$B": hold; "$B<" ESC "(B": ESC "$B<" ESC "(B", to 0;
+//  state                "<"     "'"             '"'             "/"            "*"             ESC     other end of
+//  input 0 text               tag     single-quoted   double-quoted   to 1           keep            to 2    keep
+//  complete 1 "/", expressions   other   other           other           line comment   block comment   other
+//  expression, unread   "/", complete 1 "/", none          other   other           other           line comment   block
+//  comment   other   "/", as 0            "/", complete 2 escape run         the escape recognizer reads on: "a": ESC
+//  "a", to 0; "$B": hold; "$B<" ESC "(B": ESC "$B<" ESC "(B", to 0;
 //                       end of input: ESC, complete
 //
 // A quote or an ESC that is not allowed is another character. A "/" goes to 1 when one of the two

@@ -57,10 +57,12 @@ private:
     int descriptor;
 };
 
-constexpr std::size_t PATH_BUFFER_SIZE = PATH_MAX + 5;  ///< one character of four bytes may begin at PATH_MAX; then the terminator
+constexpr std::size_t PATH_BUFFER_SIZE =
+    PATH_MAX + 5;  ///< one character of four bytes may begin at PATH_MAX; then the terminator
 
 /// Converts a NUL-terminated path to UTF-8, terminated as well.
-/// @return false for an empty path, a lone surrogate, or more than PATH_MAX bytes, which name nothing on this system.
+/// @return false for an empty path, a lone surrogate, or more than PATH_MAX bytes, which name
+/// nothing on this system.
 bool ConvertPath(const WideChar* path, char (&converted)[PATH_BUFFER_SIZE]) {
     const WideChar* const end = path + WideStringView(path).size();
     std::size_t length = 0;
@@ -91,7 +93,8 @@ InputStream* VirtualFileSystem::GetInputStreamEx(const WideChar* path) {
     struct stat status;
     if (fstat(descriptor, &status) == 0 && !S_ISDIR(status.st_mode)) {
         if (S_ISREG(status.st_mode))
-            stream = new (std::nothrow) FileInputStream<Descriptor>(descriptor, static_cast<std::uint64_t>(status.st_size));
+            stream =
+                new (std::nothrow) FileInputStream<Descriptor>(descriptor, static_cast<std::uint64_t>(status.st_size));
         else
             stream = new (std::nothrow) DeviceInputStream<Descriptor>(descriptor);
     }

@@ -91,10 +91,11 @@ InputStream* VirtualFileSystem::GetInputStreamEx(const WideChar* path) {
     const std::wstring verbatim = TryGetVerbatimPath(path);
     if (verbatim.empty())
         return nullptr;
-    // Others may go on writing to the file, rename or delete it, as on other systems. A folder is not opened. The server of a pipe may
-    // learn who reads it, and not act in that name.
-    const HANDLE handle = CreateFileW(verbatim.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr);
+    // Others may go on writing to the file, rename or delete it, as on other systems. A folder is
+    // not opened. The server of a pipe may learn who reads it, and not act in that name.
+    const HANDLE handle =
+        CreateFileW(verbatim.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return nullptr;
     InputStream* const stream = MakeStream(handle);

@@ -18,7 +18,8 @@ Block ReadFence(std::string_view fence, std::size_t line) {
         if (begin == 0)
             block.language = word;
         else
-            block.options[std::string(word.substr(0, equals))] = equals == std::string_view::npos ? "" : word.substr(equals + 1);
+            block.options[std::string(word.substr(0, equals))] =
+                equals == std::string_view::npos ? "" : word.substr(equals + 1);
         begin = end + 1;
     }
     return block;

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Compiles every installed header in a project whose own folders have files of the same names: none of those may come between.
+# Compiles every installed header in a project whose own folders have files of the same names: none
+# of those may come between.
 #
 #     check-clashes.sh INCLUDE-FOLDER FOLDER
 #

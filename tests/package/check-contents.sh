@@ -1,10 +1,12 @@
 #!/bin/sh
-# What an unpacked package holds beside the headers is what is listed and the documents, no less and no more; whatever a header includes of
-# ours is there; and the links between the documents lead somewhere.
+# What an unpacked package holds beside the headers is what is listed and the documents, no less and
+# no more; whatever a header includes of ours is there; and the links between the documents lead
+# somewhere.
 #
 #     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
 #
-# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below PREFIX that documents are installed in.
+# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below
+# PREFIX that documents are installed in.
 set -eu
 
 prefix=$1

@@ -122,7 +122,8 @@ TEST(MarkupStripperTest, TakesLinearTime) {
     EXPECT_EQ(StripMarkup("<style>" + Repeat("</script", MANY)), "");
     EXPECT_EQ(StripMarkup("<script>" + Repeat("</", MANY)), "");
     EXPECT_EQ(StripMarkup(Repeat("<a b=\">", MANY)), "");
-    EXPECT_EQ(StripMarkup(Repeat("<a b='>c", MANY / 2) + Repeat("<a b=\">c", MANY / 2)), Repeat("c ", MANY / 2 - 1) + "c");
+    EXPECT_EQ(StripMarkup(Repeat("<a b='>c", MANY / 2) + Repeat("<a b=\">c", MANY / 2)),
+              Repeat("c ", MANY / 2 - 1) + "c");
     EXPECT_EQ(StripMarkup(Repeat("a\x1B$B", MANY)), Repeat("a\x1B$B", MANY));
     EXPECT_EQ(StripMarkup(Repeat("\x1B$)\x0E", MANY)), Repeat("\x1B$)\x0E", MANY));
     EXPECT_EQ(StripMarkup(Repeat("a<b>", MANY)), Repeat("a ", MANY - 1) + "a");

@@ -97,7 +97,8 @@ std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
 void ForEverySplitOfTheTail(std::size_t length, std::size_t tail, const std::function<bool(const Cuts&)>& run) {
     const std::size_t head = length - tail;
     const bool headHasCuts = head > 1;
-    // Bit i of a choice cuts before the character i of the tail. Nothing is cut before the whole document.
+    // Bit i of a choice cuts before the character i of the tail. Nothing is cut before the whole
+    // document.
     for (std::size_t choice = 0; choice < (std::size_t{1} << tail); ++choice) {
         if (head == 0 && (choice & 1) != 0)
             continue;

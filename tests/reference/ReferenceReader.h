@@ -18,10 +18,11 @@ enum class ReferenceOutcome {
 /// What follows a "<".
 enum class ReferenceMarkup { START_TAG, END_TAG, INSTRUCTION, DECLARATION, COMMENT, CDATA, CONDITIONAL };
 
-/// A place in a document, and what can be read from there on. Nothing is ever skipped: what is consumed is in some string.
+/// A place in a document, and what can be read from there on. Nothing is ever skipped: what is
+/// consumed is in some string.
 ///
-/// A name, a run of white space or an unquoted value is over only where another character stands: at the end of the document, whatever
-/// contains it is open.
+/// A name, a run of white space or an unquoted value is over only where another character stands:
+/// at the end of the document, whatever contains it is open.
 class ReferenceReader {
 public:
     explicit ReferenceReader(std::string_view text);
@@ -42,13 +43,16 @@ public:
     /// From after the opening quote to after the closing one.
     ReferenceOutcome ReadQuoted(char quote, bool escapes, bool iso2022, std::string* text);
 
-    /// From after an ESC. Adds everything to `text`, the ESC included. False when the document ended inside.
+    /// From after an ESC. Adds everything to `text`, the ESC included. False when the document
+    /// ended inside.
     bool ReadEscapeRun(std::string* text);
 
-    /// From after the opening slash, which is added to `text`, up to the character that ends the expression.
+    /// From after the opening slash, which is added to `text`, up to the character that ends the
+    /// expression.
     void ReadRegularExpression(std::string* text);
 
-    /// White space and then a quoted string, an unquoted value, or nothing before ">". An empty unquoted value is complete as well.
+    /// White space and then a quoted string, an unquoted value, or nothing before ">". An empty
+    /// unquoted value is complete as well.
     ReferenceOutcome ReadValue(bool iso2022, ReferenceItem* item);
 
     /// One attribute, with or without a value; its name may be empty.
@@ -73,8 +77,8 @@ public:
     ReferenceOutcome ReadLineComment(std::string* text, bool* interrupted, ReferenceMarkup* markup, std::string* word);
 
 private:
-    ReferenceOutcome ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022, ReferenceAttributes* attributes, std::string* suffix,
-                                       bool* slash);
+    ReferenceOutcome ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022, ReferenceAttributes* attributes,
+                                       std::string* suffix, bool* slash);
     ReferenceOutcome ReadXMLDeclaration(bool iso2022, ReferenceInstruction* instruction);
     ReferenceOutcome ReadFreeStyle(bool iso2022, ReferenceInstruction* instruction);
 

@@ -5,7 +5,8 @@
 #include <vector>
 
 /// @file
-/// The tokens of the reference tokenizer, each as a line of the trace language and as the text that it is written back to.
+/// The tokens of the reference tokenizer, each as a line of the trace language and as the text that
+/// it is written back to.
 
 namespace Kestra::Test {
 

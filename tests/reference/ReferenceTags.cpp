@@ -18,7 +18,8 @@ bool TakesMarkFromValue(const ReferenceAttribute& attribute, char mark) {
     return attribute.hasValue && attribute.quote == ReferenceQuote::NONE && EndsWith(attribute.value, mark);
 }
 
-/// Whether the attribute after this one, which has a value, reads ISO-2022 runs: after an unquoted value that is not empty it does not.
+/// Whether the attribute after this one, which has a value, reads ISO-2022 runs: after an unquoted
+/// value that is not empty it does not.
 bool HandsOnIso2022(const ReferenceAttribute& attribute) {
     return attribute.quote != ReferenceQuote::NONE || attribute.value.empty();
 }
@@ -58,8 +59,8 @@ ReferenceAttribute Bare(const std::string& prefix, const std::string& name) {
 
 }  // namespace
 
-ReferenceOutcome ReferenceReader::ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022, ReferenceAttributes* attributes,
-                                                    std::string* suffix, bool* slash) {
+ReferenceOutcome ReferenceReader::ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022,
+                                                    ReferenceAttributes* attributes, std::string* suffix, bool* slash) {
     std::optional<std::string> prefix;
     bool attributeIso2022 = iso2022;
     for (;;) {
@@ -116,7 +117,8 @@ ReferenceOutcome ReferenceReader::ReadStartTag(bool iso2022, ReferenceStartTag* 
     tag->written = tag->attributes;
     tag->attributes = Normalized(tag->written);
     // A name keeps a "/" that touches it. The document's view of "<br/>" is the short tag "br".
-    if (!tag->isShort && tag->attributes.empty() && tag->suffix.empty() && tag->name.size() > 1 && EndsWith(tag->name, '/')) {
+    if (!tag->isShort && tag->attributes.empty() && tag->suffix.empty() && tag->name.size() > 1 &&
+        EndsWith(tag->name, '/')) {
         tag->name.pop_back();
         tag->isShort = true;
     }
@@ -134,7 +136,8 @@ ReferenceOutcome ReferenceReader::ReadEndTag(bool iso2022, ReferenceEndTag* tag)
         return ReferenceOutcome::COMPLETE;
     }
     if (!NextIs('>')) {
-        const ReferenceOutcome outcome = ReadAttributeList(true, iso2022, &tag->attributes, &tag->suffix, &tag->slashBeforeClose);
+        const ReferenceOutcome outcome =
+            ReadAttributeList(true, iso2022, &tag->attributes, &tag->suffix, &tag->slashBeforeClose);
         if (outcome != ReferenceOutcome::COMPLETE)
             return outcome;
     }
@@ -151,7 +154,8 @@ ReferenceOutcome ReferenceReader::ReadInstruction(bool iso2022, ReferenceInstruc
     if (AtEnd())
         return ReferenceOutcome::OPEN;
     const std::string beginning = instruction->name.substr(0, 4);
-    if (ReferenceSameWord(instruction->name, "xml") || ReferenceSameWord(beginning, "xml:") || ReferenceSameWord(beginning, "xml-"))
+    if (ReferenceSameWord(instruction->name, "xml") || ReferenceSameWord(beginning, "xml:") ||
+        ReferenceSameWord(beginning, "xml-"))
         return ReadXMLDeclaration(iso2022, instruction);
     return ReadFreeStyle(iso2022, instruction);
 }

@@ -191,7 +191,8 @@ void ReferenceTokenizer::DeliverText() {
     pendingText.clear();
 }
 
-/// False when the construct that began at `begin` failed or stayed open. It has become junk then, or the parse has stopped.
+/// False when the construct that began at `begin` failed or stayed open. It has become junk then,
+/// or the parse has stopped.
 bool ReferenceTokenizer::IsAccepted(ReferenceOutcome outcome, std::size_t begin, bool scriptComment) {
     if (outcome == ReferenceOutcome::COMPLETE)
         return true;
@@ -260,7 +261,8 @@ void ReferenceTokenizer::ReadText() {
 
 /// Whether a name stands there, and what may follow one.
 bool ReferenceTokenizer::NameStandsAt(std::size_t offset, std::string_view name) const {
-    if (offset + name.size() >= document.size() || !ReferenceSameWord(std::string_view(document).substr(offset, name.size()), name))
+    if (offset + name.size() >= document.size() ||
+        !ReferenceSameWord(std::string_view(document).substr(offset, name.size()), name))
         return false;
     const char next = document[offset + name.size()];
     return next == '>' || next == '/' || IsBlankOfBrowsers(next);
@@ -282,7 +284,8 @@ void ReferenceTokenizer::ReadContent() {
             continue;
         }
         if (character == '<' && contentElement != "plaintext") {
-            const bool isEndTag = at + 1 < document.size() && document[at + 1] == '/' && NameStandsAt(at + 2, contentElement);
+            const bool isEndTag =
+                at + 1 < document.size() && document[at + 1] == '/' && NameStandsAt(at + 2, contentElement);
             if (isEndTag && depth != TWICE_ESCAPED) {
                 contentElement.clear();
                 DeliverText();
@@ -348,8 +351,8 @@ void ReferenceTokenizer::ReadMarkup(std::size_t begin) {
     if (!IsAccepted(reader.ReadMarkupOpener(&markup, &word), begin, false))
         return;
     const bool inCode = inScript || inStyle;
-    const bool isTextInCode =
-        markup == ReferenceMarkup::START_TAG || markup == ReferenceMarkup::DECLARATION || markup == ReferenceMarkup::INSTRUCTION;
+    const bool isTextInCode = markup == ReferenceMarkup::START_TAG || markup == ReferenceMarkup::DECLARATION ||
+                              markup == ReferenceMarkup::INSTRUCTION;
     if (inCode && isTextInCode) {
         textBegin = begin;
         pendingText = document.substr(begin, reader.Position() - begin);

@@ -34,7 +34,8 @@ Lines TokensOf(const ReferenceRun& run, std::uint32_t charset) {
     return tokens;
 }
 
-/// Where the stretches of a run end, when they touch from the start of the document on and none is empty; else npos.
+/// Where the stretches of a run end, when they touch from the start of the document on and none is
+/// empty; else npos.
 std::size_t Covered(const ReferenceRun& run) {
     std::size_t end = 0;
     for (const ReferenceStretch& stretch : run.stretches) {
@@ -137,7 +138,9 @@ const Case DECLARATIONS[] = {
 };
 
 const Case INSTRUCTIONS[] = {
-    {"an XML declaration", "<?xml version=\"1.0\" encoding='a'?>", {"extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'a'}|)"}},
+    {"an XML declaration",
+     "<?xml version=\"1.0\" encoding='a'?>",
+     {"extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'a'}|)"}},
     {"its white space at the end", "<?xml version='1.0' ?>", {"extern(|xml|{ |version|=|'1.0'}| )"}},
     {"ignoring case", "<?XML-stylesheet href=a?>", {"extern(|XML-stylesheet|{ |href|=|a}|)"}},
     {"a name after a colon", "<?xml:a b?>", {"extern(|xml:a|{ |b}|)"}},
@@ -216,13 +219,15 @@ const Case JUNK[] = {
 const Case CODE[] = {
     {"strings hide markup",
      "<script>if(a<b)x='</b>';</script>",
-     {"start(|script||)", "js-start", "text(if(a)", "text(<b)x=)", "s-string(</b>)", "text(;)", "end(|script|||)", "js-end"}},
+     {"start(|script||)", "js-start", "text(if(a)", "text(<b)x=)", "s-string(</b>)", "text(;)", "end(|script|||)",
+      "js-end"}},
     {"another end tag is text",
      "<script>x</p></script>",
      {"start(|script||)", "js-start", "text(x)", "text(</p>)", "end(|script|||)", "js-end"}},
     {"end tags that are text, each as written",
      "<script></ p a='b' c / </p </p/></SCRIPT >",
-     {"start(|script||)", "js-start", "junk(</ p a='b' c / )", "text(</p )", "text(</p/>)", "end(|SCRIPT| ||)", "js-end"}},
+     {"start(|script||)", "js-start", "junk(</ p a='b' c / )", "text(</p )", "text(</p/>)", "end(|SCRIPT| ||)",
+      "js-end"}},
     {"an end tag with attributes is text",
      "<style></p a=\"b\" c ></style x>",
      {"start(|style||)", "css-start", "text(</p a=\"b\" c >)", "end(|style| |{|x}|)", "css-end"}},
@@ -241,9 +246,13 @@ const Case CODE[] = {
     {"an expression is text, and its closing slash opens another",
      "<script>x=/ab+/g;\n",
      {"start(|script||)", "js-start", "text(x=)", "text(/ab+)", "text(/g;)", "text(\\n)"}},
-    {"a backslash protects a slash", "<script>/\\/\\\\/", {"start(|script||)", "js-start", "text(/\\\\/\\\\\\\\)", "text(/)"}},
+    {"a backslash protects a slash",
+     "<script>/\\/\\\\/",
+     {"start(|script||)", "js-start", "text(/\\\\/\\\\\\\\)", "text(/)"}},
     {"an opener ends an expression", "<script>/a<b/", {"start(|script||)", "js-start", "text(/a)", "text(<b/)"}},
-    {"an escaped opener ends an expression too", "<script>/\\<", {"start(|script||)", "js-start", "text(/\\\\)", "junk(<)"}},
+    {"an escaped opener ends an expression too",
+     "<script>/\\<",
+     {"start(|script||)", "js-start", "text(/\\\\)", "junk(<)"}},
     {"a line end ends an expression",
      "<script>/a\n/b\rc",
      {"start(|script||)", "js-start", "text(/a)", "text(\\n)", "text(/b)", "text(\\rc)"}},
@@ -255,24 +264,36 @@ const Case CODE[] = {
     {"strings with escapes",
      "<script>'it\\'s' \"\\\\\"\"\\\"\"",
      {"start(|script||)", "js-start", "s-string(it\\\\'s)", "text( )", "d-string(\\\\\\\\)", "d-string(\\\\\")"}},
-    {"strings in a style", "<style>'<' \"</style>\"", {"start(|style||)", "css-start", "s-string(<)", "text( )", "d-string(</style>)"}},
+    {"strings in a style",
+     "<style>'<' \"</style>\"",
+     {"start(|style||)", "css-start", "s-string(<)", "text( )", "d-string(</style>)"}},
     {"quotes outside are text", "'a' \"b\" /*c*/ //d", {"text('a' \"b\" /*c*/ //d)"}},
-    {"an open string is junk", "<script>a'b</script>", {"start(|script||)", "js-start", "text(a)", "junk('b</script>)"}},
+    {"an open string is junk",
+     "<script>a'b</script>",
+     {"start(|script||)", "js-start", "text(a)", "junk('b</script>)"}},
     {"a block comment", "<script>/* a */b", {"start(|script||)", "js-start", "c-comment( a )", "text(b)"}},
     {"a star run keeps all but its last", "<script>/* a **/", {"start(|script||)", "js-start", "c-comment( a *)"}},
     {"the opener's star does not close", "<script>/*/*/", {"start(|script||)", "js-start", "c-comment(/)"}},
-    {"nothing interrupts a block comment", "<script>/* a\n<!-- b */", {"start(|script||)", "js-start", "c-comment( a\\n<!-- b )"}},
+    {"nothing interrupts a block comment",
+     "<script>/* a\n<!-- b */",
+     {"start(|script||)", "js-start", "c-comment( a\\n<!-- b )"}},
     {"an open block comment is junk", "<script>x/* a *", {"start(|script||)", "js-start", "text(x)", "junk(/* a *)"}},
     {"a line comment is not delivered", "<script>x// a\ny", {"start(|script||)", "js-start", "text(x)", "text(\\ny)"}},
     {"a line comment keeps a carriage return", "<script>// a\r\n", {"start(|script||)", "js-start", "text(\\n)"}},
-    {"tags do not end a line comment", "<script>// a </script> <b <!c <?d\n", {"start(|script||)", "js-start", "text(\\n)"}},
+    {"tags do not end a line comment",
+     "<script>// a </script> <b <!c <?d\n",
+     {"start(|script||)", "js-start", "text(\\n)"}},
     {"an open line comment is junk", "<script>// a", {"start(|script||)", "js-start", "junk(// a)"}},
     {"a line comment that ends in an opener is junk", "<script>//<", {"start(|script||)", "js-start", "junk(//<)"}},
     {"a comment takes over from a line comment",
      "<script>// a <!-- b\n-->c",
      {"start(|script||)", "js-start", "comment( b\\n)", "text(c)"}},
-    {"a section takes over", "<script>// a <![CDATA[b]]>c", {"start(|script||)", "js-start", "cdata(CDATA|[b)", "text(c)"}},
-    {"a condition takes over", "<script>//<![if b]>c", {"start(|script||)", "js-start", "conditional(if| b|)", "text(c)"}},
+    {"a section takes over",
+     "<script>// a <![CDATA[b]]>c",
+     {"start(|script||)", "js-start", "cdata(CDATA|[b)", "text(c)"}},
+    {"a condition takes over",
+     "<script>//<![if b]>c",
+     {"start(|script||)", "js-start", "conditional(if| b|)", "text(c)"}},
     {"an open comment takes over", "<script>//<!--", {"start(|script||)", "js-start", "comment(, open)"}},
     {"a malformed comment opener fails the line comment",
      "<script>a// b <!-x\n<b",
@@ -315,7 +336,8 @@ TEST(ReferenceTokenizerTest, Code) {
 
 TEST(ReferenceTokenizerTest, CommentsAndSections) {
     CheckAll(SECTIONS);
-    CheckTokens({"the tail of an open condition is lost", "<![if a]b", {"conditional(if| a|, open)"}}, 1252, "<![if a]");
+    CheckTokens({"the tail of an open condition is lost", "<![if a]b", {"conditional(if| a|, open)"}}, 1252,
+                "<![if a]");
 }
 
 TEST(ReferenceTokenizerTest, WhiteSpaceAfterASlashIsWrittenBeforeIt) {
@@ -336,12 +358,18 @@ const Case ESCAPES[] = {
     {"a run in a double-quoted value", "<p a=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"none in a single-quoted value", "<p a='\x1B$B'>", {"start(|p|{ |a|=|'\\x1B$B'}|)"}},
     {"none in the value after an unquoted one", "<p a=x b=\"\x1B$B\">", {"start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
-    {"one in the value after a quoted one", "<p a='x' b=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|'x'}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
-    {"one after an empty unquoted value", "<p a=<b=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|}{|<b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+    {"one in the value after a quoted one",
+     "<p a='x' b=\"\x1B$B\">\x1B(B\">",
+     {"start(|p|{ |a|=|'x'}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+    {"one after an empty unquoted value",
+     "<p a=<b=\"\x1B$B\">\x1B(B\">",
+     {"start(|p|{ |a|=|}{|<b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"one after an unquoted value and a bare word",
      "<p a=x c b=\"\x1B$B\">\x1B(B\">",
      {"start(|p|{ |a|=|x c}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
-    {"end tags read it after unquoted values", "</p a=x b=\"\x1B$B\">\x1B(B\">", {"end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+    {"end tags read it after unquoted values",
+     "</p a=x b=\"\x1B$B\">\x1B(B\">",
+     {"end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"one in a declaration", "<!A \"\x1B$B\">\x1B(B\">", {"entity(|A|{ |\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"one in an XML declaration", "<?xml a=\"\x1B$B\">\x1B(B\"?>", {"extern(|xml|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"none after an unquoted value of one", "<?xml a=x b=\"\x1B$B\"?>", {"extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
@@ -349,7 +377,9 @@ const Case ESCAPES[] = {
     {"one in a script string",
      "<script>\"\x1B$B\"\x1B(B\"'\x1B$B'",
      {"start(|script||)", "js-start", "d-string(\\x1B$B\"\\x1B(B)", "s-string(\\x1B$B)"}},
-    {"a backslash makes it ordinary", "<script>\"\\\x1B$B\"", {"start(|script||)", "js-start", "d-string(\\\\\\x1B$B)"}},
+    {"a backslash makes it ordinary",
+     "<script>\"\\\x1B$B\"",
+     {"start(|script||)", "js-start", "d-string(\\\\\\x1B$B)"}},
     {"an open run in a string is junk", "<p a=\"\x1B$B\">", {"junk(<p a=\"\\x1B$B\">)"}},
 };
 
@@ -369,13 +399,17 @@ TEST(ReferenceTokenizerTest, CharsetsOfMetaTags) {
         Lines charsets;
     } rows[] = {
         {"a charset attribute", "<meta charset=utf-8>", {"charset(65001)"}},
-        {"a content attribute", "<meta http-equiv='Content-Type' content='text/html; charset=koi8-r'>", {"charset(20866)"}},
+        {"a content attribute",
+         "<meta http-equiv='Content-Type' content='text/html; charset=koi8-r'>",
+         {"charset(20866)"}},
         {"content without http-equiv, any case", "<META CONTENT='CHARSET = UTF-8 '/>", {"charset(65001)"}},
         {"a short tag", "<meta charset='utf-8'/>", {"charset(65001)"}},
         {"an unknown name", "<meta content='charset = x-unknown'>", {}},
         {"16-bit text", "<meta charset=utf-16>", {}},
         {"7-bit Unicode is taken as it is", "<meta charset=utf-7>", {"charset(65000)"}},
-        {"the first known one counts", "<meta charset=x-none><meta charset=utf-8><meta charset=koi8-r>", {"charset(65001)"}},
+        {"the first known one counts",
+         "<meta charset=x-none><meta charset=utf-8><meta charset=koi8-r>",
+         {"charset(65001)"}},
         {"the charset attribute wins", "<meta content='charset=koi8-r' charset=utf-8>", {"charset(65001)"}},
         {"an unknown charset attribute wins as well", "<meta content='charset=koi8-r' charset=x-none>", {}},
         {"an empty one does not", "<meta content='charset=koi8-r' charset=''>", {"charset(20866)"}},
@@ -411,8 +445,9 @@ TEST(ReferenceTokenizerTest, CharsetsOfMetaTags) {
 }
 
 TEST(ReferenceTokenizerTest, TheNoticeComesAfterItsTagAndAppliesFromThereOn) {
-    const Lines expected = {"start-parsing",  "charset(0)",       "text(\\x1B$B)", "start(|meta|{ |charset|=|iso-2022-jp}|)",
-                            "charset(50221)", "text(\\x1B$B<b>)", "end-parsing"};
+    const Lines expected = {
+        "start-parsing",  "charset(0)",       "text(\\x1B$B)", "start(|meta|{ |charset|=|iso-2022-jp}|)",
+        "charset(50221)", "text(\\x1B$B<b>)", "end-parsing"};
     EXPECT_EQ(ParseByReference("\x1B$B<meta charset=iso-2022-jp>\x1B$B<b>", {.charset = 0}).trace, expected);
 }
 

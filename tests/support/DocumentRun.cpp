@@ -46,7 +46,8 @@ private:
     Collector<C, S> collector;
 };
 
-std::unique_ptr<VFS::InputStream> MakeStream(const std::string& bytes, const Cuts& cuts, const DocumentSettings& settings) {
+std::unique_ptr<VFS::InputStream> MakeStream(const std::string& bytes, const Cuts& cuts,
+                                             const DocumentSettings& settings) {
     if (settings.makeStream)
         return settings.makeStream(bytes, cuts);
     std::unique_ptr<VFS::InputStream> stream = MakeCutStream(bytes, cuts);
@@ -59,8 +60,8 @@ std::unique_ptr<VFS::InputStream> MakeStream(const std::string& bytes, const Cut
 }
 
 /// @param parser  replaced when `settings.betweenPieces` does so
-void FeedPieces(std::unique_ptr<HTML::GenericParser>* parser, const std::string& bytes, const Cuts& cuts, const DocumentSettings& settings,
-                DocumentRun* run) {
+void FeedPieces(std::unique_ptr<HTML::GenericParser>* parser, const std::string& bytes, const Cuts& cuts,
+                const DocumentSettings& settings, DocumentRun* run) {
     for (const auto& [begin, end] : PiecesOf(cuts, bytes.size())) {
         if (begin > 0 && settings.betweenPieces)
             settings.betweenPieces(parser);
@@ -135,7 +136,8 @@ std::unique_ptr<VFS::InputStream> MakeCutStream(std::string bytes, const Cuts& c
     std::vector<std::uint64_t> sizes;
     for (const auto& [begin, end] : PiecesOf(cuts, bytes.size()))
         sizes.push_back(end - begin);
-    return std::make_unique<BoundedInputStream>(std::move(bytes), OnlyFrom(HTML::GenericParser::BUFFER_SIZE, InSizes(std::move(sizes))));
+    return std::make_unique<BoundedInputStream>(std::move(bytes),
+                                                OnlyFrom(HTML::GenericParser::BUFFER_SIZE, InSizes(std::move(sizes))));
 }
 
 }  // namespace Kestra::Test

@@ -14,10 +14,12 @@
 
 namespace Kestra::Test {
 
-/// The entry of a virtual operation in its class's table, from 0. A virtual destructor takes two entries.
+/// The entry of a virtual operation in its class's table, from 0. A virtual destructor takes two
+/// entries.
 ///
-/// Reads the representation that the Itanium C++ ABI gives to a pointer to a virtual member function: 1 plus the offset of the entry in
-/// bytes. GCC and Clang keep to it on every platform of ours, MinGW included.
+/// Reads the representation that the Itanium C++ ABI gives to a pointer to a virtual member
+/// function: 1 plus the offset of the entry in bytes. GCC and Clang keep to it on every platform of
+/// ours, MinGW included.
 template <typename Operation>
 std::size_t SlotOf(Operation operation) {
     struct Representation {
@@ -30,7 +32,8 @@ std::size_t SlotOf(Operation operation) {
     return static_cast<std::size_t>(representation.function / sizeof(void*));
 }
 
-/// Walks over the fields of an object in order, and expects each one right after the one before, as its alignment allows.
+/// Walks over the fields of an object in order, and expects each one right after the one before, as
+/// its alignment allows.
 template <typename T>
 class FieldWalk {
 public:
@@ -61,7 +64,8 @@ private:
     std::size_t end;
 };
 
-/// Expects a record to have the fields of the list, in this order and of these types, and no others.
+/// Expects a record to have the fields of the list, in this order and of these types, and no
+/// others.
 /// @param baseSize  bytes before the first field
 template <template <typename, typename> class Record, typename C, typename S>
 void ExpectFieldsOfList(std::size_t baseSize) {
@@ -76,20 +80,23 @@ void ExpectFieldsOfList(std::size_t baseSize) {
     walk.Last();
 }
 
-/// Expects that an object of the polymorphic class `Member` begins at the next aligned offset after `*end`: it must start with the
-/// pointer to the table of its class.
+/// Expects that an object of the polymorphic class `Member` begins at the next aligned offset after
+/// `*end`: it must start with the pointer to the table of its class.
 template <typename Member, typename Composite>
 void ExpectMember(const Composite& composite, std::size_t* end) {
     const Member sample{};
     const std::size_t begin = (*end + alignof(Member) - 1) / alignof(Member) * alignof(Member);
     *end = begin + sizeof(Member);
     ASSERT_LE(*end, sizeof(Composite));
-    EXPECT_EQ(std::memcmp(reinterpret_cast<const char*>(&composite) + begin, reinterpret_cast<const char*>(&sample), sizeof(void*)), 0)
+    EXPECT_EQ(std::memcmp(reinterpret_cast<const char*>(&composite) + begin, reinterpret_cast<const char*>(&sample),
+                          sizeof(void*)),
+              0)
         << "another class at offset " << begin;
 }
 
-/// Expects the private members of a composite object to be objects of the polymorphic classes `Members`, in this order, with nothing
-/// between them, and after them a setting of the driver alone.
+/// Expects the private members of a composite object to be objects of the polymorphic classes
+/// `Members`, in this order, with nothing between them, and after them a setting of the driver
+/// alone.
 template <typename Setting, typename Composite, typename... Members>
 void ExpectMembersAndSetting() {
     const Composite composite{};

@@ -18,13 +18,13 @@
 /// Records of tokens from lines of the trace language, the inverse of the trace.
 ///
 /// A character of a string that would end the string is written as an escape: `\x7C` for "|",
-/// `\x7D` for "}" in an attribute, `\x22` for a quotation mark at the start of a bare value. `\xE9` is
-/// a byte, or in the wide flavour the unit of this code; other units are `\u3042`.
+/// `\x7D` for "}" in an attribute, `\x22` for a quotation mark at the start of a bare value. `\xE9`
+/// is a byte, or in the wide flavour the unit of this code; other units are `\u3042`.
 
 namespace Kestra::Test {
 
-/// Reads a line of the trace language from its start to its end. Throws `std::invalid_argument` when
-/// the line has another form.
+/// Reads a line of the trace language from its start to its end. Throws `std::invalid_argument`
+/// when the line has another form.
 class NotationReader {
 public:
     explicit NotationReader(std::string_view notedLine) : line(notedLine), rest(notedLine) {}
@@ -79,7 +79,8 @@ public:
             }
             const char letter = ++i < escaped.size() ? escaped[i] : '\0';
             const std::size_t digits = letter == 'x' ? 2 : letter == 'u' ? 4 : 0;
-            text.push_back(static_cast<typename S::value_type>(digits == 0 ? GetShortEscape(letter) : GetCode(escaped, i + 1, digits)));
+            text.push_back(static_cast<typename S::value_type>(digits == 0 ? GetShortEscape(letter)
+                                                                           : GetCode(escaped, i + 1, digits)));
             i += digits;
         }
         return text;
@@ -107,7 +108,8 @@ private:
     unsigned GetCode(std::string_view escaped, std::size_t begin, std::size_t digits) const {
         unsigned code = 0;
         for (std::size_t i = begin; i < begin + digits; ++i) {
-            const std::size_t value = i < escaped.size() ? std::string_view("0123456789ABCDEF").find(escaped[i]) : std::string_view::npos;
+            const std::size_t value =
+                i < escaped.size() ? std::string_view("0123456789ABCDEF").find(escaped[i]) : std::string_view::npos;
             if (value == std::string_view::npos)
                 Fail("an escape without its digits");
             code = code << 4 | static_cast<unsigned>(value);
@@ -124,7 +126,8 @@ template <typename Part>
 void ReadQuoted(NotationReader* reader, std::string_view noted, Part* part) {
     part->quote = HTML::QUOTE_NONE;
     for (std::uint32_t quote = 1; quote <= Trace::QUOTE_MARKS.size(); ++quote) {
-        const std::string_view mark = quote < Trace::QUOTE_MARKS.size() ? Trace::QUOTE_MARKS[quote] : Trace::UNKNOWN_QUOTE_MARK;
+        const std::string_view mark =
+            quote < Trace::QUOTE_MARKS.size() ? Trace::QUOTE_MARKS[quote] : Trace::UNKNOWN_QUOTE_MARK;
         if (part->quote == HTML::QUOTE_NONE && noted.size() >= 2 && noted.starts_with(mark) && noted.ends_with(mark)) {
             part->quote = quote;
             noted = noted.substr(1, noted.size() - 2);
@@ -159,7 +162,8 @@ void ReadPart(NotationReader* reader, HTML::EntityToken<C, S>* token) {
 }
 
 template <template <typename, typename> class Record>
-inline constexpr bool IS_INSTRUCTION = std::is_same_v<Record<char, std::string>, HTML::ExternTagData<char, std::string>>;
+inline constexpr bool IS_INSTRUCTION =
+    std::is_same_v<Record<char, std::string>, HTML::ExternTagData<char, std::string>>;
 
 /// A record of a token, and all that it shows.
 template <template <typename, typename> class Record, typename C, typename S>
@@ -178,7 +182,8 @@ public:
         bool isFirst = true;
         HTML::ForEachField(&record, [&](std::string_view name, auto* field) {
             if constexpr (std::is_pointer_v<std::remove_pointer_t<decltype(field)>>) {
-                const bool isOfOther = IS_INSTRUCTION<Record> && Trace::IsFieldOfRawInstruction(name) != isRawInstruction;
+                const bool isOfOther =
+                    IS_INSTRUCTION<Record> && Trace::IsFieldOfRawInstruction(name) != isRawInstruction;
                 if (!isOfOther && !isFirst)
                     reader.Expect("|");
                 isFirst = isFirst && isOfOther;
@@ -210,7 +215,8 @@ private:
             HTML::ForEachField(&record, [&](std::string_view name, auto* field) {
                 if constexpr (std::is_same_v<decltype(field), bool*>) {
                     if (name == notation.field)
-                        *field = (!isRawInstruction && reader->SkipLast(", " + std::string(notation.word))) == notation.value;
+                        *field = (!isRawInstruction && reader->SkipLast(", " + std::string(notation.word))) ==
+                                 notation.value;
                 }
             });
         }
@@ -222,7 +228,8 @@ private:
         if (noted == Trace::NULL_WORD)
             return;
         auto& kept = GetStrings<Character>();
-        kept.push_back(std::make_unique<std::basic_string<Character>>(reader->Unescape<std::basic_string<Character>>(noted)));
+        kept.push_back(
+            std::make_unique<std::basic_string<Character>>(reader->Unescape<std::basic_string<Character>>(noted)));
         *field = kept.back().get();
     }
 
@@ -285,15 +292,16 @@ std::vector<std::string> GetFlagWords() {
                 if (notation.field == field.name)
                     words.emplace_back(notation.word);
             }
-            if (!Trace::HasFlagNotation(field.name) && !(IS_INSTRUCTION<Record> && Trace::IsFieldOfRawInstruction(field.name)))
+            if (!Trace::HasFlagNotation(field.name) &&
+                !(IS_INSTRUCTION<Record> && Trace::IsFieldOfRawInstruction(field.name)))
                 words.emplace_back(field.name);
         }
     });
     return words;
 }
 
-/// Lines of the trace language, made from the list of fields: for each kind one without flags, and one
-/// for each of its flags.
+/// Lines of the trace language, made from the list of fields: for each kind one without flags, and
+/// one for each of its flags.
 inline std::vector<std::string> MakeLinesOfEveryKind() {
     std::vector<std::string> lines;
     HTML::ForEachKind([&lines]<template <typename, typename> class Record>() {

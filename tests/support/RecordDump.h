@@ -31,8 +31,8 @@
 #include "tools/trace/TokenTrace.h"
 
 /// @file
-/// What a recognizer gathered, as one line in the escapes of the trace language. States, options and other means of a machine are left
-/// out.
+/// What a recognizer gathered, as one line in the escapes of the trace language. States, options
+/// and other means of a machine are left out.
 ///
 ///     text(t)                                  white space, names, strings, escape runs, junk, free-style instructions
 ///     text(t) next(Recognizer)                 text that has handed over
@@ -59,7 +59,8 @@ std::string DumpText(const Data& data) {
 /// A hand-over, and what it leaves.
 template <typename Name, typename S>
 std::string DumpHandOver(const Name& next, const S& keyword) {
-    return (next.empty() ? "" : " next(" + Trace::Escape(next) + ")") + (keyword.empty() ? "" : " keyword(" + Trace::Escape(keyword) + ")");
+    return (next.empty() ? "" : " next(" + Trace::Escape(next) + ")") +
+           (keyword.empty() ? "" : " keyword(" + Trace::Escape(keyword) + ")");
 }
 
 /// Of a recognizer whose record has a text alone.
@@ -98,10 +99,12 @@ std::string Dump(const HTML::TokenSimpleParserData<C, S>& data) {
 template <typename C, typename S>
 std::string Dump(const HTML::AttributeSimpleParserData<C, S>& data) {
     if (data.hasValue == 0)
-        return "{" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|" + Trace::Escape(data.beforeEquals) + "}";
+        return "{" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|" +
+               Trace::Escape(data.beforeEquals) + "}";
     HTML::Attribute<C, S> attribute;
-    HTML::ForEachField<HTML::Attribute>(
-        [&](const auto& field) { field.In(attribute) = static_cast<std::remove_cvref_t<decltype(field.In(attribute))>>(field.In(data)); });
+    HTML::ForEachField<HTML::Attribute>([&](const auto& field) {
+        field.In(attribute) = static_cast<std::remove_cvref_t<decltype(field.In(attribute))>>(field.In(data));
+    });
     return Trace::Format(attribute);
 }
 

@@ -168,7 +168,8 @@ public:
             TableColumn column;
             column.head = head;
             for (const std::string_view item : SplitOutsideQuotes(head, ',')) {
-                const std::optional<Codes> text = item.starts_with('"') || item.starts_with('\'') ? ReadText(item) : std::nullopt;
+                const std::optional<Codes> text =
+                    item.starts_with('"') || item.starts_with('\'') ? ReadText(item) : std::nullopt;
                 if (text)
                     column.texts.push_back(*text);
                 else
@@ -191,7 +192,8 @@ public:
         row.name = Trim(title.substr(space));
         if (cells.size() < 2 || cells[0] != begins[0] || cells[1] != begins[1])
             throw std::runtime_error("a row does not begin in the columns of the head");
-        readsOn = comment.substr(cells[1]).starts_with("the ") && comment.find(" recognizer reads on: ") != comment.npos;
+        readsOn =
+            comment.substr(cells[1]).starts_with("the ") && comment.find(" recognizer reads on: ") != comment.npos;
         if (readsOn) {
             examples = comment.substr(comment.find(" reads on: ") + 11);
         } else {
@@ -225,7 +227,8 @@ public:
             if (!example.atEndOfInput) {
                 const std::size_t before = FindBefore(sides[0]);
                 const std::optional<Codes> text = ReadText(sides[0].substr(0, before));
-                const std::optional<Codes> next = before == sides[0].npos ? Codes() : ReadText(sides[0].substr(before + 6));
+                const std::optional<Codes> next =
+                    before == sides[0].npos ? Codes() : ReadText(sides[0].substr(before + 6));
                 if (!text || !next || (text->empty() && next->empty()))
                     throw std::runtime_error("no text in quotes: " + std::string(sides[0]));
                 example.text = *text;
@@ -261,7 +264,9 @@ private:
 
 std::vector<TableAction> ReadCell(std::string_view cell) {
     using Kind = TableAction::Kind;
-    const auto wrong = [&](const char* why) { return std::runtime_error("the cell [" + std::string(cell) + "]: " + why); };
+    const auto wrong = [&](const char* why) {
+        return std::runtime_error("the cell [" + std::string(cell) + "]: " + why);
+    };
     std::vector<TableAction> actions;
     int ends = 0;
     bool left = false;
@@ -326,7 +331,8 @@ std::vector<TableAction> ReadCell(std::string_view cell) {
         throw wrong("two ends");
     if (left && consumes)
         throw wrong("the character is both consumed and left");
-    if (actions.size() > 1 && std::any_of(actions.begin(), actions.end(), [](const TableAction& a) { return a.kind == Kind::NEVER; }))
+    if (actions.size() > 1 &&
+        std::any_of(actions.begin(), actions.end(), [](const TableAction& a) { return a.kind == Kind::NEVER; }))
         throw wrong("never, and more");
     return actions;
 }

@@ -39,14 +39,16 @@ std::optional<std::size_t> FindHead(const StateTable& table, std::string_view he
 std::optional<std::size_t> FindClass(const StateTable& table, const TableMachine& machine, std::string_view name) {
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
         const std::vector<std::string>& classes = table.columns[i].classes;
-        if (machine.ignoredHeads.count(table.columns[i].head) == 0 && std::find(classes.begin(), classes.end(), name) != classes.end())
+        if (machine.ignoredHeads.count(table.columns[i].head) == 0 &&
+            std::find(classes.begin(), classes.end(), name) != classes.end())
             return i;
     }
     return std::nullopt;
 }
 
 /// The column of a symbol.
-std::optional<std::size_t> FindColumn(const StateTable& table, const TableMachine& machine, const TablePlace& place, const Codes& symbol) {
+std::optional<std::size_t> FindColumn(const StateTable& table, const TableMachine& machine, const TablePlace& place,
+                                      const Codes& symbol) {
     if (machine.classify) {
         const std::string head = machine.classify(place, symbol);
         if (!head.empty())
@@ -143,7 +145,8 @@ private:
                 return Fail("no row");
             if (!row->examples.empty())
                 return HandOver();
-            const std::optional<std::size_t> column = FindColumn(table, machine, {outcome.state, held, Gathered()}, symbols[next]);
+            const std::optional<std::size_t> column =
+                FindColumn(table, machine, {outcome.state, held, Gathered()}, symbols[next]);
             if (!column)
                 return Fail("no column for " + ToLine(symbols[next]));
             std::string cell = row->cells[*column];
@@ -204,8 +207,9 @@ private:
         rest.state = outcome.state;
         rest.endOfInput = endOfInput;
         for (std::size_t i = piece; i < pieces.size(); ++i) {
-            rest.pieces.emplace_back(i == piece ? std::vector<Codes>(pieces[i].begin() + static_cast<std::ptrdiff_t>(next), pieces[i].end())
-                                                : pieces[i]);
+            rest.pieces.emplace_back(
+                i == piece ? std::vector<Codes>(pieces[i].begin() + static_cast<std::ptrdiff_t>(next), pieces[i].end())
+                           : pieces[i]);
         }
         const TableOutcome& other = owner.RunFrom(rest);
         outcome.result = other.result;
@@ -224,7 +228,8 @@ private:
 
     const Codes& Gathered() {
         const auto field = machine.fields.find(outcome.state);
-        return field == machine.fields.end() || field->second.isSetOnLeaving ? gathered : outcome.fields[field->second.name];
+        return field == machine.fields.end() || field->second.isSetOnLeaving ? gathered
+                                                                             : outcome.fields[field->second.name];
     }
 
     void Add(const Codes& text) {
@@ -260,7 +265,8 @@ private:
         isLeft = false;
         bool isSettled = false;
         const std::vector<TableAction>& actions = ReadKnownCell(cell);
-        const bool leaves = std::any_of(actions.begin(), actions.end(), [](const TableAction& a) { return a.kind == Kind::UNREAD; });
+        const bool leaves =
+            std::any_of(actions.begin(), actions.end(), [](const TableAction& a) { return a.kind == Kind::UNREAD; });
         for (const TableAction& action : actions) {
             switch (action.kind) {
                 case Kind::ADD:
@@ -467,8 +473,10 @@ std::vector<TableDifference> TableChecker::Compare(std::set<CellPlace>* used, st
             continue;
         for (std::size_t i = 0; i < row.examples.size(); ++i) {
             const TableExample& example = row.examples[i];
-            compare("state " + std::to_string(row.state) + ", " + ToLine(example.text) + " before " + ToLine(example.before),
-                    WithoutDetails(Walk(*this, table, used).CarryExample(row, i)), WithoutDetails(RunExample(row, example)));
+            compare("state " + std::to_string(row.state) + ", " + ToLine(example.text) + " before " +
+                        ToLine(example.before),
+                    WithoutDetails(Walk(*this, table, used).CarryExample(row, i)),
+                    WithoutDetails(RunExample(row, example)));
         }
     }
     return differences;
@@ -529,11 +537,13 @@ std::set<std::string> OtherCells(const StateTable& table, const CellPlace& place
         const std::string changed = cell == "other" && isExample ? "fail" : plain(cell);
         const std::vector<TableAction>& actions = ReadKnownCell(changed);
         const auto has = [&](Kind kind) {
-            return std::any_of(actions.begin(), actions.end(), [&](const TableAction& action) { return action.kind == kind; });
+            return std::any_of(actions.begin(), actions.end(),
+                               [&](const TableAction& action) { return action.kind == kind; });
         };
         if (isExample && !IsExampleCell(actions, row.state, !row.examples[place.index].before.empty()))
             continue;
-        if ((isEnd && (has(Kind::UNREAD) || has(Kind::KEEP) || has(Kind::HOLD))) || changed == "drop" || changed == "to" + own)
+        if ((isEnd && (has(Kind::UNREAD) || has(Kind::KEEP) || has(Kind::HOLD))) || changed == "drop" ||
+            changed == "to" + own)
             continue;
         cells.insert(changed);
     }
@@ -557,8 +567,8 @@ std::string ToLine(const Codes& codes) {
 std::string ToLine(const TableOutcome& outcome) {
     if (!outcome.trouble.empty())
         return outcome.trouble;
-    std::string line =
-        std::to_string(outcome.result) + " after " + std::to_string(outcome.consumed) + " in state " + std::to_string(outcome.state);
+    std::string line = std::to_string(outcome.result) + " after " + std::to_string(outcome.consumed) + " in state " +
+                       std::to_string(outcome.state);
     for (const auto& [name, text] : outcome.fields)
         line.append(" ").append(name).append("(").append(text == UNTOUCHED ? "untouched" : ToLine(text)).append(")");
     for (const std::string& word : outcome.words)

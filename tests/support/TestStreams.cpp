@@ -51,7 +51,8 @@ std::uint32_t FaultyInputStream::Script::Next() {
 
 FaultyInputStream::FaultyInputStream(std::unique_ptr<VFS::InputStream> innerStream) : inner(std::move(innerStream)) {}
 
-FaultyInputStream::FaultyInputStream(std::string bytes) : FaultyInputStream(std::make_unique<VFS::MemoryInputStream>(std::move(bytes))) {}
+FaultyInputStream::FaultyInputStream(std::string bytes)
+    : FaultyInputStream(std::make_unique<VFS::MemoryInputStream>(std::move(bytes))) {}
 
 FaultyInputStream::~FaultyInputStream() {
     if (destructions != nullptr)

@@ -49,11 +49,12 @@ TEST(InputChecker, TheFirstDifferenceAndItsToken) {
         std::string token;
         std::uint64_t start;
     } CASES[] = {
-        {"the slash of the name is written back at the end", "ab<?xml a/ >c", GenericParser::DATA_STREAM_AUTO, 0, 704, 9,
-         "extern(|xml|{ |a}| , slash)", 2},
-        {"the second half of a UTF-16 body is missing", "x\0<\0!\0-\0-\0a\0b\0-\0-\0>\0y\0"s, GenericParser::DATA_STREAM_UTF16, 0, 704, 12,
-         "comment(ab)", 2},
-        {"a condition is cut in two", "<![if x] tail>y", GenericParser::DATA_STREAM_8BIT, 10, 704, 8, "conditional(if| x|ail)", 0},
+        {"the slash of the name is written back at the end", "ab<?xml a/ >c", GenericParser::DATA_STREAM_AUTO, 0, 704,
+         9, "extern(|xml|{ |a}| , slash)", 2},
+        {"the second half of a UTF-16 body is missing", "x\0<\0!\0-\0-\0a\0b\0-\0-\0>\0y\0"s,
+         GenericParser::DATA_STREAM_UTF16, 0, 704, 12, "comment(ab)", 2},
+        {"a condition is cut in two", "<![if x] tail>y", GenericParser::DATA_STREAM_8BIT, 10, 704, 8,
+         "conditional(if| x|ail)", 0},
         {"bytes of a possible mark end a piece", "\xEFxy", GenericParser::DATA_STREAM_AUTO, 1, 0, 0, "", 0},
     };
     for (const auto& row : CASES) {

@@ -26,8 +26,9 @@ protected:
         observer->OnStartParsing();
         observer->OnBOM("\xEF", 1);
         observer->OnCharset(1252);
-        for (const std::string_view line : {"text(n)", "start(|n||)", "short(|n||)", "end(|n|||)", "comment(n)", "cdata(n|)",
-                                            "conditional(n||)", "entity(|n||)", "extern(|n||)", "extern-text(n)"})
+        for (const std::string_view line :
+             {"text(n)", "start(|n||)", "short(|n||)", "end(|n|||)", "comment(n)", "cdata(n|)", "conditional(n||)",
+              "entity(|n||)", "extern(|n||)", "extern-text(n)"})
             observe(line);
         observer->OnJSTagStart();
         for (const std::string_view line : {"c-comment(n)", "cpp-comment(n)", "s-string(n)", "d-string(n)"})
@@ -47,16 +48,17 @@ TYPED_TEST_SUITE(TextObserverTest, ObserverFlavours);
 TYPED_TEST(TextObserverTest, EveryCallbackIsALine) {
     Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false);
     this->ObserveEverything(&observer);
-    EXPECT_EQ(
-        this->lines.Take(),
-        (Lines{
-            "     1:1     start-parsing",  "     1:1     bom(EF)",          "     1:1     charset(1252)", "     1:1     text(n)",
-            "     1:1     start(|n||)",    "     1:1     short(|n||)",      "     1:1     end(|n|||)",    "     1:1     comment(n)",
-            "     1:1     cdata(n|)",      "     1:1     conditional(n||)", "     1:1     entity(|n||)",  "     1:1     extern(|n||)",
-            "     1:1     extern-text(n)", "     1:1     js-start",         "     1:1     c-comment(n)",  "     1:1     cpp-comment(n)",
-            "     1:1     s-string(n)",    "     1:1     d-string(n)",      "     1:1     js-end",        "     1:1     css-start",
-            "     1:1     css-end",        "     1:1     junk(<)",          "     1:1     end-parsing",
-        }));
+    EXPECT_EQ(this->lines.Take(),
+              (Lines{
+                  "     1:1     start-parsing",    "     1:1     bom(EF)",      "     1:1     charset(1252)",
+                  "     1:1     text(n)",          "     1:1     start(|n||)",  "     1:1     short(|n||)",
+                  "     1:1     end(|n|||)",       "     1:1     comment(n)",   "     1:1     cdata(n|)",
+                  "     1:1     conditional(n||)", "     1:1     entity(|n||)", "     1:1     extern(|n||)",
+                  "     1:1     extern-text(n)",   "     1:1     js-start",     "     1:1     c-comment(n)",
+                  "     1:1     cpp-comment(n)",   "     1:1     s-string(n)",  "     1:1     d-string(n)",
+                  "     1:1     js-end",           "     1:1     css-start",    "     1:1     css-end",
+                  "     1:1     junk(<)",          "     1:1     end-parsing",
+              }));
 }
 
 TYPED_TEST(TextObserverTest, TheKindIsColoured) {
@@ -76,7 +78,8 @@ TYPED_TEST(TextObserverTest, TheKindIsColoured) {
 TYPED_TEST(TextObserverTest, PlacesAreThoseOfTheParser) {
     const std::string page = "\xEF\xBB\xBF\xC3\xA9\n<meta charset=utf-8><script>\n// c\n</script>\n<b / >";
     for (const bool withOffsets : {false, true}) {
-        Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false, withOffsets);
+        Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false,
+                                                                                  withOffsets);
         this->parser.SetObserver(&observer, false);
         Tool::ParseOptions options;
         Tool::RunParsePass(&this->parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
@@ -136,21 +139,23 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result.column = 3;
     result.hasCharsetErrors = true;
     observer.WriteSummary(result, 1234, true);
-    EXPECT_EQ(this->lines.Take(),
-              (Lines{
-                  "bytes    1234",
-                  "tokens   15: text 1, start 1, short 1, end 1, comment 1, cdata 1, conditional 1, entity 1, extern 2, c-comment 1, "
-                  "cpp-comment 1, s-string 1, d-string 1, junk 1",
-                  "charset  65001 (UTF-8), found in a first pass, with decoding errors",
-                  "result   parsing returned 11: malformed markup, a required part is missing or cannot be recognized (line 2, column 3)",
-              }));
+    EXPECT_EQ(this->lines.Take(), (Lines{
+                                      "bytes    1234",
+                                      "tokens   15: text 1, start 1, short 1, end 1, comment 1, cdata 1, conditional "
+                                      "1, entity 1, extern 2, c-comment 1, "
+                                      "cpp-comment 1, s-string 1, d-string 1, junk 1",
+                                      "charset  65001 (UTF-8), found in a first pass, with decoding errors",
+                                      "result   parsing returned 11: malformed markup, a required part is missing or "
+                                      "cannot be recognized (line 2, column 3)",
+                                  }));
 
     result = {};
     result.charset = 4711;
     result.conversionError = 50;
     observer.WriteSummary(result, 2, false);
     EXPECT_EQ(this->lines.Take()[3],
-              "result   tokens are missing, a conversion from the charset 4711 returned 50: there is no converter for the charset");
+              "result   tokens are missing, a conversion from the charset 4711 returned 50: there is no converter for "
+              "the charset");
 
     result = {};
     result.charset = 1200;

@@ -12,7 +12,8 @@ namespace Kestra::Tool {
 
 /// Standard output and standard error of the tool.
 ///
-/// Output is gathered and written in whole lines, so that a progress line or a diagnostic on the same terminal never cuts one.
+/// Output is gathered and written in whole lines, so that a progress line or a diagnostic on the
+/// same terminal never cuts one.
 class Console final : public LineSink {
 public:
     Console();

@@ -99,7 +99,8 @@ void JsonLine::List(const char* name, const Vector<T>* items) {
 }
 
 template <typename C, typename S>
-void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes, const HTML::GenericParser& parser) {
+void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes,
+                                const HTML::GenericParser& parser) {
     writer.Key(name);
     if (attributes == nullptr) {
         writer.Null();
@@ -189,7 +190,8 @@ template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
 template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<char, std::string>>* attributes,
                                          const HTML::GenericParser& parser);
-template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* attributes,
+template void JsonLine::PlacedAttributes(const char* name,
+                                         const Vector<HTML::Attribute<WideChar, WideString>>* attributes,
                                          const HTML::GenericParser& parser);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<WideChar, WideString>>* items);

@@ -3,7 +3,8 @@
 namespace Kestra::Tool {
 
 template <typename C, typename S>
-JsonObserver<C, S>::JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser) : parser(placesParser), line(lineSink) {}
+JsonObserver<C, S>::JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser)
+    : parser(placesParser), line(lineSink) {}
 
 template <typename C, typename S>
 void JsonObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {

@@ -16,11 +16,13 @@
 
 namespace Kestra::Tool {
 
-/// Writes one object for each callback: `event` is the callback's name without "On", the other members are the fields of its record.
+/// Writes one object for each callback: `event` is the callback's name without "On", the other
+/// members are the fields of its record.
 template <typename C, typename S>
 class JsonObserver final : public HTML::EventObserver<JsonObserver<C, S>, C, S> {
 public:
-    /// @param placesParser  borrowed; asked for the place of each token and attribute. Null: no places are written
+    /// @param placesParser  borrowed; asked for the place of each token and attribute. Null: no
+    /// places are written
     explicit JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser = nullptr);
 
     void OnBOM(const void* bytes, std::uint64_t size) override;

@@ -124,8 +124,9 @@ std::string DescribeFailures(const ParsePassResult& results) {
         return text;
     if (!text.empty())
         text.append("; ");
-    return text.append(fmt::format("tokens are missing, a conversion from the charset {} returned {}: {}", DescribeCharset(results.charset),
-                                   results.conversionError, GetResultMeaning(results.conversionError)));
+    return text.append(fmt::format("tokens are missing, a conversion from the charset {} returned {}: {}",
+                                   DescribeCharset(results.charset), results.conversionError,
+                                   GetResultMeaning(results.conversionError)));
 }
 
 }  // namespace Kestra::Tool

@@ -11,7 +11,8 @@
 namespace Kestra::Tool {
 
 template <typename C, typename S>
-TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, bool withOffsets)
+TextObserver<C, S>::TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour,
+                                 bool withOffsets)
     : parser(observedParser), report(lineSink, inColour, withOffsets) {}
 
 template <typename C, typename S>
@@ -49,7 +50,8 @@ void TextObserver<C, S>::WriteSummary(const ParsePassResult& result, std::uint64
     report.Summarize("tokens", report.DescribeCounts());
     report.Summarize("charset",
                      fmt::format("{}{}{}{}", DescribeCharset(result.charset), result.isWParser ? ", 16-bit parser" : "",
-                                 restarted ? ", found in a first pass" : "", result.hasCharsetErrors ? ", with decoding errors" : ""));
+                                 restarted ? ", found in a first pass" : "",
+                                 result.hasCharsetErrors ? ", with decoding errors" : ""));
     report.Summarize("result", result.IsGood() ? "0, success" : DescribeFailures(result));
 }
 

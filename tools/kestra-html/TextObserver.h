@@ -12,13 +12,15 @@
 
 namespace Kestra::Tool {
 
-/// Writes one line for each callback, for reading: where the token starts, and the token in the trace language with its long texts cut.
+/// Writes one line for each callback, for reading: where the token starts, and the token in the
+/// trace language with its long texts cut.
 template <typename C, typename S>
 class TextObserver final : public HTML::EventObserver<TextObserver<C, S>, C, S> {
 public:
     /// @param observedParser  borrowed; asked for the place of each token
     /// @param withOffsets     lines also tell the offsets in bytes
-    TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour, bool withOffsets = false);
+    TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour,
+                 bool withOffsets = false);
 
     void OnBOM(const void* bytes, std::uint64_t size) override;
     void OnCharset(StringNS::CharSet::Code code) override;

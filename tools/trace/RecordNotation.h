@@ -32,7 +32,8 @@ constexpr bool HasFlagNotation(std::string_view field) {
     return false;
 }
 
-/// An instruction that was read as raw text is its text alone, under this word. Any other has no text.
+/// An instruction that was read as raw text is its text alone, under this word. Any other has no
+/// text.
 inline constexpr std::string_view RAW_INSTRUCTION = "extern-text";
 
 constexpr bool IsFieldOfRawInstruction(std::string_view field) {

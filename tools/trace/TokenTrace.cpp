@@ -151,8 +151,8 @@ template <typename C, typename S>
 std::string FormatPart(const HTML::Attribute<C, S>& attribute, const Options& options) {
     std::string item = Concatenate({"{", Escape(attribute.prefix, options), "|", Escape(attribute.name, options)});
     if (attribute.hasValue) {
-        item += Concatenate({"|", Escape(attribute.beforeEquals, options), "=", Escape(attribute.afterEquals, options), "|",
-                             Quoted(attribute.value, attribute.quote, options)});
+        item += Concatenate({"|", Escape(attribute.beforeEquals, options), "=", Escape(attribute.afterEquals, options),
+                             "|", Quoted(attribute.value, attribute.quote, options)});
     }
     return item + "}";
 }
@@ -201,8 +201,9 @@ std::string FormatRecord(const Record<C, S>& record, const Options& options) {
 bool IsInvisible(std::uint32_t codePoint) {
     return codePoint < 0xA0 || codePoint == 0xAD || codePoint == 0x061C || codePoint == 0x180E ||
            (codePoint >= 0x200B && codePoint <= 0x200F) || (codePoint >= 0x2028 && codePoint <= 0x202E) ||
-           (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) || codePoint == 0xFEFF ||
-           (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE || (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
+           (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) ||
+           codePoint == 0xFEFF || (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE ||
+           (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
 }
 
 std::string Escape(std::string_view text, const Options& options) {
@@ -227,7 +228,8 @@ std::string Escape(WideStringView text, const Options& options) {
     const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
     std::size_t end = cut ? static_cast<std::size_t>(options.cutAt) : text.size();
     // A cut never parts the two halves of a character.
-    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) && IsLowSurrogate(static_cast<unsigned>(text[end])))
+    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) &&
+        IsLowSurrogate(static_cast<unsigned>(text[end])))
         ++end;
     std::string line;
     line.reserve(text.size());

@@ -11,8 +11,9 @@
 #include "platform/Characters.h"
 
 /// @file
-/// The trace language: one line of ASCII text for each callback of an observer, the same for both flavours as long as the input is
-/// ASCII. Parameters are in parentheses and are separated by "|", flags follow after ", ".
+/// The trace language: one line of ASCII text for each callback of an observer, the same for both
+/// flavours as long as the input is ASCII. Parameters are in parentheses and are separated by "|",
+/// flags follow after ", ".
 ///
 ///     start-parsing  end-parsing  js-start  js-end  css-start  css-end
 ///     bom(EF BB BF)                                   bytes in hexadecimal
@@ -28,21 +29,26 @@
 ///     extern(prefix|name|attributes|suffix)           ", slash" for slashBeforeClose
 ///     extern-text(text)                               free style
 ///
-/// An attribute is {prefix|name}, or {prefix|name|beforeEquals=afterEquals|value} with the value in the quotes that it had. A value of
-/// an unknown quote kind is written between question marks. A null string or list is written as `null`.
+/// An attribute is {prefix|name}, or {prefix|name|beforeEquals=afterEquals|value} with the value in
+/// the quotes that it had. A value of an unknown quote kind is written between question marks. A
+/// null string or list is written as `null`.
 ///
-/// In strings, a backslash is `\\`, line feed `\n`, carriage return `\r`, tab `\t`, every other control character `\x1B`, a byte from
-/// 128 up `\xE9` and a wide unit from U+0080 up `\u00E9`. All other characters stand for themselves.
+/// In strings, a backslash is `\\`, line feed `\n`, carriage return `\r`, tab `\t`, every other
+/// control character `\x1B`, a byte from 128 up `\xE9` and a wide unit from U+0080 up `\u00E9`. All
+/// other characters stand for themselves.
 
 namespace Kestra::Trace {
 
 struct Options {
-    std::uint64_t cutAt = 0;  ///< strings of more characters are cut there and followed by `...[LENGTH]`; 0 cuts nothing
-    bool utf8 = false;        ///< printable wide characters from U+0080 up as UTF-8; controls and lone surrogates stay escapes
+    std::uint64_t cutAt =
+        0;  ///< strings of more characters are cut there and followed by `...[LENGTH]`; 0 cuts nothing
+    bool utf8 =
+        false;  ///< printable wide characters from U+0080 up as UTF-8; controls and lone surrogates stay escapes
 };
 
-/// True of characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent: C1 controls, separators of lines,
-/// marks of direction, other invisible format characters, noncharacters.
+/// True of characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent:
+/// C1 controls, separators of lines, marks of direction, other invisible format characters,
+/// noncharacters.
 bool IsInvisible(std::uint32_t codePoint);
 
 /// A string in the escapes of the trace language.
@@ -63,7 +69,8 @@ template <typename C, typename S>
 class TraceObserver : public HTML::EventObserver<TraceObserver<C, S>, C, S> {
 public:
     /// @param lines  borrowed; must live as long as callbacks come
-    explicit TraceObserver(std::vector<std::string>* lines, const Options& options = {}) : tracedLines(lines), traceOptions(options) {}
+    explicit TraceObserver(std::vector<std::string>* lines, const Options& options = {})
+        : tracedLines(lines), traceOptions(options) {}
 
     void OnBOM(const void* bytes, std::uint64_t size) override {
         tracedLines->push_back(FormatBOM(bytes, size));

@@ -26,7 +26,8 @@ namespace {
 
 using HTML::WholeTag;
 
-static_assert(!std::is_default_constructible_v<WholeTag> && !std::is_aggregate_v<WholeTag>, "only its reader makes one");
+static_assert(!std::is_default_constructible_v<WholeTag> && !std::is_aggregate_v<WholeTag>,
+              "only its reader makes one");
 
 constexpr std::size_t NO_LIMIT = SIZE_MAX;
 
@@ -44,15 +45,16 @@ struct Counts {
 
 template <typename C, typename S>
 bool operator==(const HTML::SimpleParserContext<C, S>& one, const HTML::SimpleParserContext<C, S>& other) {
-    return one.buffer == other.buffer && one.position == other.position && one.length == other.length && one.line == other.line &&
-           one.column == other.column;
+    return one.buffer == other.buffer && one.position == other.position && one.length == other.length &&
+           one.line == other.line && one.column == other.column;
 }
 
 /// All fields, those of an attribute without a value too, which no trace shows.
 template <typename C, typename S>
 bool IsSame(const HTML::Attribute<C, S>& one, const HTML::Attribute<C, S>& other) {
     return one.prefix == other.prefix && one.name == other.name && one.beforeEquals == other.beforeEquals &&
-           one.afterEquals == other.afterEquals && one.value == other.value && one.quote == other.quote && one.hasValue == other.hasValue;
+           one.afterEquals == other.afterEquals && one.value == other.value && one.quote == other.quote &&
+           one.hasValue == other.hasValue;
 }
 
 template <typename C, typename S>
@@ -63,15 +65,16 @@ bool IsSame(const Vector<HTML::Attribute<C, S>>& one, const Vector<HTML::Attribu
 
 template <typename C, typename S>
 bool IsSame(const HTML::StartTagSimpleParserData<C, S>& one, const HTML::StartTagSimpleParserData<C, S>& other) {
-    return one.state == other.state && one.prefix == other.prefix && one.name == other.name && one.suffix == other.suffix &&
-           one.wideName == other.wideName && one.selfClosing == other.selfClosing && one.closed == other.closed &&
-           one.iso2022 == other.iso2022 && IsSame(one.attributes, other.attributes);
+    return one.state == other.state && one.prefix == other.prefix && one.name == other.name &&
+           one.suffix == other.suffix && one.wideName == other.wideName && one.selfClosing == other.selfClosing &&
+           one.closed == other.closed && one.iso2022 == other.iso2022 && IsSame(one.attributes, other.attributes);
 }
 
 template <typename C, typename S>
 bool IsSame(const HTML::EndTagSimpleParserData<C, S>& one, const HTML::EndTagSimpleParserData<C, S>& other) {
-    return one.state == other.state && one.prefix == other.prefix && one.name == other.name && one.afterName == other.afterName &&
-           one.suffix == other.suffix && one.slashBeforeClose == other.slashBeforeClose && one.closed == other.closed &&
+    return one.state == other.state && one.prefix == other.prefix && one.name == other.name &&
+           one.afterName == other.afterName && one.suffix == other.suffix &&
+           one.slashBeforeClose == other.slashBeforeClose && one.closed == other.closed &&
            one.iso2022 == other.iso2022 && IsSame(one.attributes, other.attributes);
 }
 
@@ -122,13 +125,14 @@ bool IsShort(const HTML::EndTagSimpleParserData<C, S>& data) {
 }
 
 template <typename C, typename S>
-std::optional<WholeTag> ReadAsWhole(HTML::SimpleParserContext<C, S>* context, HTML::StartTagSimpleParserData<C, S>* data,
-                                    std::size_t mostAttributes) {
+std::optional<WholeTag> ReadAsWhole(HTML::SimpleParserContext<C, S>* context,
+                                    HTML::StartTagSimpleParserData<C, S>* data, std::size_t mostAttributes) {
     return HTML::WholeTagReader<C, S>(context, mostAttributes).Read(data);
 }
 
 template <typename C, typename S>
-std::optional<WholeTag> ReadAsWhole(HTML::SimpleParserContext<C, S>* context, HTML::EndTagSimpleParserData<C, S>* data, std::size_t) {
+std::optional<WholeTag> ReadAsWhole(HTML::SimpleParserContext<C, S>* context, HTML::EndTagSimpleParserData<C, S>* data,
+                                    std::size_t) {
     return HTML::WholeTagReader<C, S>(context).Read(data);
 }
 
@@ -195,7 +199,8 @@ public:
             return;
         }
         ASSERT_TRUE(isComplete) << "read as " << Dump(data);
-        EXPECT_TRUE(end == expectedEnd) << "position " << end.position << " line " << end.line << " column " << end.column;
+        EXPECT_TRUE(end == expectedEnd) << "position " << end.position << " line " << end.line << " column "
+                                        << end.column;
         EXPECT_TRUE(IsSame(data, expected)) << Describe(data) << " instead of " << Describe(expected);
         const std::size_t written = CountWrittenAttributes(data.attributes);
         EXPECT_LE(written, mostAttributes);
@@ -312,15 +317,17 @@ private:
 
     std::string NextAttribute() {
         const char* const SPACES[] = {" ", " ", " ", "\n", "\t ", "\r\n\t", "\xA0", "\x93", ""};
-        const char* const VALUES[] = {"",        "",     " ",   "=b",   "=\"c\"",     "='d'",      "= e", " =f", "=",
-                                      "=\"\n\"", "='/'", "=g/", "=h/i", "=\"j > k\"", "='l\n\nm'", "=<",  "/",   "=\"\""};
+        const char* const VALUES[] = {"",     "",           " ",         "=b",      "=\"c\"", "='d'",
+                                      "= e",  " =f",        "=",         "=\"\n\"", "='/'",   "=g/",
+                                      "=h/i", "=\"j > k\"", "='l\n\nm'", "=<",      "/",      "=\"\""};
         std::string attribute = SPACES[random.Below(std::size(SPACES))];
         attribute += random.Below(10) == 0 ? random.Next(2) : "n" + std::to_string(random.Below(100));
         return attribute + VALUES[random.Below(std::size(VALUES))];
     }
 
     std::string End() {
-        const char* const ENDS[] = {">", ">", ">", "/>", " />", " >", "\n>", "/ >", "//>", "=/>", "", "<", ">text", "/>\n<b>"};
+        const char* const ENDS[] = {">",   ">",   ">",   "/>", " />", " >",    "\n>",
+                                    "/ >", "//>", "=/>", "",   "<",   ">text", "/>\n<b>"};
         return ENDS[random.Below(std::size(ENDS))];
     }
 
@@ -454,7 +461,8 @@ TYPED_TEST(WholeTagTest, TheRestOfALongListIsReadAsTheRecognizerReadsIt) {
             EXPECT_EQ(outcome.consumed, expected.consumed);
             EXPECT_EQ(outcome.line, expected.line);
             EXPECT_EQ(outcome.column, expected.column);
-            EXPECT_TRUE(IsSame(outcome.data, expected.data)) << Describe(outcome.data) << " instead of " << Describe(expected.data);
+            EXPECT_TRUE(IsSame(outcome.data, expected.data))
+                << Describe(outcome.data) << " instead of " << Describe(expected.data);
         }
         ASSERT_FALSE(this->HasFailure()) << testing::PrintToString(tag);
         complete += expected.result == HTML::SP_TOKEN_COMPLETE ? 1 : 0;

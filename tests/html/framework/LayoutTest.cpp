@@ -41,8 +41,10 @@ TYPED_TEST(LayoutTest, Context) {
     FieldWalk<Record> walk(record, 0);
     walk.Next("buffer", record.buffer).Next("position", record.position).Next("length", record.length);
     walk.Next("line", record.line).Next("column", record.column).Last();
-    static_assert(std::is_same_v<decltype(record.position), std::uint64_t> && std::is_same_v<decltype(record.length), std::uint64_t>);
-    static_assert(std::is_same_v<decltype(record.line), std::uint64_t> && std::is_same_v<decltype(record.column), std::uint64_t>);
+    static_assert(std::is_same_v<decltype(record.position), std::uint64_t> &&
+                  std::is_same_v<decltype(record.length), std::uint64_t>);
+    static_assert(std::is_same_v<decltype(record.line), std::uint64_t> &&
+                  std::is_same_v<decltype(record.column), std::uint64_t>);
     static_assert(std::is_same_v<decltype(record.buffer), const C*>);
 }
 
@@ -67,8 +69,9 @@ void CheckStateRecord(const Data<C, S>*) {
 }
 
 TYPED_TEST(LayoutTest, StateRecords) {
-    ForEachRecognizer<TypeParam>(
-        []<typename Parser>(std::string_view) { CheckStateRecord(static_cast<const typename Parser::Data*>(nullptr)); });
+    ForEachRecognizer<TypeParam>([]<typename Parser>(std::string_view) {
+        CheckStateRecord(static_cast<const typename Parser::Data*>(nullptr));
+    });
 }
 
 /// What holds for each recognizer and its record.
@@ -80,8 +83,10 @@ void CheckRecognizerClass(const Parser<C, S>*, const Data<C, S>*) {
     static_assert(std::is_base_of_v<HTML::SimpleParser<C, S, D>, P>);
     static_assert(std::is_base_of_v<HTML::SimpleParserData<C, S>, D>);
     static_assert(std::has_virtual_destructor_v<P> && std::has_virtual_destructor_v<D>);
-    static_assert(std::is_default_constructible_v<P> && std::is_copy_constructible_v<P> && std::is_copy_assignable_v<P>);
-    static_assert(std::is_default_constructible_v<D> && std::is_copy_constructible_v<D> && std::is_copy_assignable_v<D>);
+    static_assert(std::is_default_constructible_v<P> && std::is_copy_constructible_v<P> &&
+                  std::is_copy_assignable_v<P>);
+    static_assert(std::is_default_constructible_v<D> && std::is_copy_constructible_v<D> &&
+                  std::is_copy_assignable_v<D>);
     static_assert(std::is_same_v<decltype(&P::BeginParse), std::uint32_t (P::*)(D*)>);
     static_assert(std::is_same_v<decltype(&P::Parse), std::uint32_t (P::*)(HTML::SimpleParserContext<C, S>*, D*)>);
     static_assert(std::is_same_v<decltype(&P::EndParse), std::uint32_t (P::*)(D*)>);
@@ -146,20 +151,20 @@ TYPED_TEST(LayoutTest, MembersOfRecognizers) {
     using FreeStyle = HTML::ExternTagFreeStyleSimpleParser<C, S>;
     using FreeStyleData = HTML::ExternTagFreeStyleSimpleParserData<C, S>;
     ExpectMembers<Generic, Identifier, IdentifierData>();
-    ExpectMembersAndSetting<std::size_t, HTML::StartTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData,
-                            Attribute, AttributeData>();
-    ExpectMembersAndSetting<std::size_t, HTML::EndTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Attribute,
-                            AttributeData>();
+    ExpectMembersAndSetting<std::size_t, HTML::StartTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace,
+                            WhiteSpaceData, Attribute, AttributeData>();
+    ExpectMembersAndSetting<std::size_t, HTML::EndTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace,
+                            WhiteSpaceData, Attribute, AttributeData>();
     ExpectMembers<HTML::CommentTagSimpleParser<C, S>>();
     ExpectMembers<HTML::CDATATagSimpleParser<C, S>>();
     ExpectMembersAndSetting<bool, HTML::ConditionalTagSimpleParser<C, S>>();
     ExpectMembers<HTML::CCommentSimpleParser<C, S>, Generic, GenericData>();
     ExpectMembers<HTML::CPPCommentSimpleParser<C, S>, Generic, GenericData>();
-    ExpectMembersAndSetting<std::size_t, HTML::EntityTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData, Token,
-                            TokenData>();
+    ExpectMembersAndSetting<std::size_t, HTML::EntityTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace,
+                            WhiteSpaceData, Token, TokenData>();
     ExpectMembers<FreeStyle, SQuote, SQuoteData, DQuote, DQuoteData>();
-    ExpectMembersAndSetting<std::size_t, HTML::ExternTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace, WhiteSpaceData,
-                            Attribute, AttributeData, FreeStyle, FreeStyleData>();
+    ExpectMembersAndSetting<std::size_t, HTML::ExternTagSimpleParser<C, S>, Identifier, IdentifierData, WhiteSpace,
+                            WhiteSpaceData, Attribute, AttributeData, FreeStyle, FreeStyleData>();
 }
 
 /// The 22 operations of an observer, in their order.
@@ -207,7 +212,8 @@ TYPED_TEST(LayoutTest, Observers) {
     EXPECT_EQ(SlotOf(&Output::OnOutput), 22U);
     static_assert(!std::has_virtual_destructor_v<Output>);
 
-    // The self-check writes through `OnOutput`; its destructor and `Reset` stand after everything that an observer has.
+    // The self-check writes through `OnOutput`; its destructor and `Reset` stand after everything
+    // that an observer has.
     using SelfCheck = HTML::ParserSelfCheck<C, S>;
     CheckObserverSlots<SelfCheck>();
     EXPECT_EQ(SlotOf(&SelfCheck::OnOutput), 22U);
@@ -228,7 +234,8 @@ TEST(LayoutTest, ObserversOfHosts) {
 
 TYPED_TEST(LayoutTest, OutputHandlers) {
     using Handler = HTML::ParserObserverOutputHandler;
-    using StringHandler = HTML::StringOutputStreamParserObserverOutputHandler<typename TypeParam::C, typename TypeParam::S>;
+    using StringHandler =
+        HTML::StringOutputStreamParserObserverOutputHandler<typename TypeParam::C, typename TypeParam::S>;
     EXPECT_EQ(SlotOf(&Handler::Write), AFTER_DESTRUCTOR);
     EXPECT_EQ(SlotOf(&StringHandler::Write), AFTER_DESTRUCTOR);
     static_assert(std::has_virtual_destructor_v<Handler>);

@@ -134,10 +134,11 @@ TEST(RecordFieldsTest, LinesAreMadeFromTheList) {
     const std::vector<std::string> made = MakeLinesOfEveryKind();
     const std::string_view LISTS[] = {"{ |n|\\t=\\n|v}{\\r|o|=|'w'}{|p|=|\"x\"}{ |q}", "{ |v}{\\n|'w'}{|\"x\"}"};
     const std::string attributes(LISTS[0]);
-    for (const std::string& line : {std::string("text(a)"), "end(a|b|c|" + attributes + "|d)", "end(a|b|c|" + attributes + "|d, open)",
-                                    "end(a|b|c|" + attributes + "|d, slash)", std::string("conditional(a|b|c, no-bracket)"),
-                                    "entity(a|b|" + std::string(LISTS[1]) + "|c)", "extern(a|b|" + attributes + "|c)",
-                                    "extern(a|b|" + attributes + "|c, slash)", std::string("extern-text(a)"), std::string("junk(a)")})
+    for (const std::string& line :
+         {std::string("text(a)"), "end(a|b|c|" + attributes + "|d)", "end(a|b|c|" + attributes + "|d, open)",
+          "end(a|b|c|" + attributes + "|d, slash)", std::string("conditional(a|b|c, no-bracket)"),
+          "entity(a|b|" + std::string(LISTS[1]) + "|c)", "extern(a|b|" + attributes + "|c)",
+          "extern(a|b|" + attributes + "|c, slash)", std::string("extern-text(a)"), std::string("junk(a)")})
         EXPECT_EQ(std::count(made.begin(), made.end(), line), 1) << line;
 }
 

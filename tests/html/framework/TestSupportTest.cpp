@@ -78,7 +78,15 @@ struct FaultyData : HTML::SimpleParserData<char, std::string> {
     std::uint32_t answers = 0;
 };
 
-enum class Fault { NONE, FORGETS_ITS_TEXT, DOES_NOT_COUNT, READS_AFTER_A_STOP, STANDS_STILL, FORGETS_TO_BEGIN, REFUSES_EMPTY_PIECES };
+enum class Fault {
+    NONE,
+    FORGETS_ITS_TEXT,
+    DOES_NOT_COUNT,
+    READS_AFTER_A_STOP,
+    STANDS_STILL,
+    FORGETS_TO_BEGIN,
+    REFUSES_EMPTY_PIECES
+};
 
 template <typename C, typename S>
 class FaultySimpleParser {
@@ -139,8 +147,8 @@ TEST(TestSupportTest, ARecognizerWithoutFaultsPasses) {
 int CountFaults(Fault fault) {
     testing::TestPartResultArray failures;
     {
-        testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
-                                                           &failures);
+        testing::ScopedFakeTestPartResultReporter reporter(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
         Faulty::fault = fault;
         CheckFaulty();
         Faulty::fault = Fault::NONE;
@@ -166,11 +174,15 @@ struct Fields {
 
 TEST(TestSupportTest, FieldsOutOfOrderAreFound) {
     const Fields fields;
-    FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Next("third", fields.third).Last();
+    FieldWalk<Fields>(fields, 0)
+        .Next("first", fields.first)
+        .Next("second", fields.second)
+        .Next("third", fields.third)
+        .Last();
     testing::TestPartResultArray failures;
     {
-        testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
-                                                           &failures);
+        testing::ScopedFakeTestPartResultReporter reporter(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
         FieldWalk<Fields>(fields, 0).Next("second", fields.second);
         FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Last();
     }

@@ -32,7 +32,8 @@ TYPED_TEST(TokenTraceTest, EventsAndCharsets) {
     observer.OnCSSTagEnd();
     observer.OnEndParsing();
     const std::vector<std::string> expected = {
-        "start-parsing", "bom(EF BB BF)", "bom(0F)", "charset(65001)", "js-start", "js-end", "css-start", "css-end", "end-parsing",
+        "start-parsing", "bom(EF BB BF)", "bom(0F)", "charset(65001)", "js-start",
+        "js-end",        "css-start",     "css-end", "end-parsing",
     };
     EXPECT_EQ(lines, expected);
 }
@@ -68,14 +69,17 @@ TYPED_TEST(TokenTraceTest, Lines) {
     EXPECT_EQ(format(HTML::ShortTagData<C, S>{&empty, &a, &none, &empty, true}), "short(|a||)");
     EXPECT_EQ(format(HTML::ShortTagData<C, S>{&empty, &a, &none, &blank, false}), "short(|a|| , open)");
     EXPECT_EQ(format(HTML::EndTagData<C, S>{&empty, &a, &blank, true, &none, false, &empty}), "end(|a| ||)");
-    EXPECT_EQ(format(HTML::EndTagData<C, S>{&empty, &a, &empty, false, nullptr, true, nullptr}), "end(|a||null|null, slash, open)");
+    EXPECT_EQ(format(HTML::EndTagData<C, S>{&empty, &a, &empty, false, nullptr, true, nullptr}),
+              "end(|a||null|null, slash, open)");
     EXPECT_EQ(format(HTML::CDATATagData<C, S>{&a, &blank, true}), "cdata(a| )");
     EXPECT_EQ(format(HTML::CDATATagData<C, S>{&a, &blank, false}), "cdata(a| , open)");
     EXPECT_EQ(format(HTML::ConditionalTagData<C, S>{&a, &blank, &empty, true, true}), "conditional(a| |)");
-    EXPECT_EQ(format(HTML::ConditionalTagData<C, S>{&a, &blank, &empty, false, false}), "conditional(a| |, no-bracket, open)");
+    EXPECT_EQ(format(HTML::ConditionalTagData<C, S>{&a, &blank, &empty, false, false}),
+              "conditional(a| |, no-bracket, open)");
     EXPECT_EQ(format(HTML::CommentTagData<C, S>{&a, true}), "comment(a)");
     EXPECT_EQ(format(HTML::CommentTagData<C, S>{&a, false}), "comment(a, open)");
-    EXPECT_EQ(format(HTML::EntityTagData<C, S>{&blank, &a, &tokens, &empty}), "entity( |a|{ |a}{ |'a'}{ |\"a\"}{ |?a?}|)");
+    EXPECT_EQ(format(HTML::EntityTagData<C, S>{&blank, &a, &tokens, &empty}),
+              "entity( |a|{ |a}{ |'a'}{ |\"a\"}{ |?a?}|)");
     EXPECT_EQ(format(HTML::ExternTagData<C, S>{&empty, &a, &none, &blank, false, &a, false}), "extern(|a|| )");
     EXPECT_EQ(format(HTML::ExternTagData<C, S>{&empty, &a, &none, &blank, false, &a, true}), "extern(|a|| , slash)");
     EXPECT_EQ(format(HTML::ExternTagData<C, S>{&empty, &a, &none, &blank, true, &a, true}), "extern-text(a)");
@@ -116,11 +120,16 @@ TEST(TokenTraceTest, CharactersBeyondAscii) {
 TEST(TokenTraceTest, WhatCannotBeSeenStaysEscaped) {
     Trace::Options options;
     options.utf8 = true;
-    // Controls, soft hyphen, marks of direction, separators of lines, byte-order mark, noncharacters.
-    const WideString text = {0x0085, 0x009F, 0x00AD, 0x061C, 0x200B, 0x200F, 0x2028, 0x202E, 0x2066, 0xFDD0, 0xFEFF, 0xFFFE};
-    EXPECT_EQ(Trace::Escape(text, options), "\\u0085\\u009F\\u00AD\\u061C\\u200B\\u200F\\u2028\\u202E\\u2066\\uFDD0\\uFEFF\\uFFFE");
-    EXPECT_EQ(Trace::Escape(WideString{0xDB40, 0xDC01, 0xD83F, 0xDFFE}, options), "\\uDB40\\uDC01\\uD83F\\uDFFE") << "a tag and U+1FFFE";
-    EXPECT_EQ(Trace::Escape(WideString{0x00A0, 0x2010, 0xE000, 0xFFFD}, options), "\xC2\xA0\xE2\x80\x90\xEE\x80\x80\xEF\xBF\xBD");
+    // Controls, soft hyphen, marks of direction, separators of lines, byte-order mark,
+    // noncharacters.
+    const WideString text = {0x0085, 0x009F, 0x00AD, 0x061C, 0x200B, 0x200F,
+                             0x2028, 0x202E, 0x2066, 0xFDD0, 0xFEFF, 0xFFFE};
+    EXPECT_EQ(Trace::Escape(text, options),
+              "\\u0085\\u009F\\u00AD\\u061C\\u200B\\u200F\\u2028\\u202E\\u2066\\uFDD0\\uFEFF\\uFFFE");
+    EXPECT_EQ(Trace::Escape(WideString{0xDB40, 0xDC01, 0xD83F, 0xDFFE}, options), "\\uDB40\\uDC01\\uD83F\\uDFFE")
+        << "a tag and U+1FFFE";
+    EXPECT_EQ(Trace::Escape(WideString{0x00A0, 0x2010, 0xE000, 0xFFFD}, options),
+              "\xC2\xA0\xE2\x80\x90\xEE\x80\x80\xEF\xBF\xBD");
 }
 
 TEST(TokenTraceTest, LoneSurrogatesStayEscaped) {

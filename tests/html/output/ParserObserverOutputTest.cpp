@@ -51,8 +51,8 @@ public:
     PieceSink sink;
 };
 
-/// Each piece in brackets, one that is no markup in braces. A wide piece must be whole characters, one that is no markup need not be:
-/// its bytes are shown.
+/// Each piece in brackets, one that is no markup in braces. A wide piece must be whole characters,
+/// one that is no markup need not be: its bytes are shown.
 template <typename Flavour>
 std::string Show(const std::vector<Piece>& pieces) {
     std::string line;
@@ -85,11 +85,13 @@ std::string Written(const Record<typename Flavour::C, typename Flavour::S>& reco
 template <typename Flavour>
 std::string WrittenLine(std::string_view line) {
     std::string written;
-    UseNotedRecord<typename Flavour::C, typename Flavour::S>(line, [&](const auto* record) { written = Written<Flavour>(*record); });
+    UseNotedRecord<typename Flavour::C, typename Flavour::S>(
+        line, [&](const auto* record) { written = Written<Flavour>(*record); });
     return written;
 }
 
-/// What is written of a body: as many bytes as it has characters, so only the first half of a wide one.
+/// What is written of a body: as many bytes as it has characters, so only the first half of a wide
+/// one.
 template <typename Flavour>
 std::string ShowBodies(std::string_view expected) {
     std::string shown;
@@ -134,7 +136,8 @@ TYPED_TEST(ParserObserverOutputTest, Pieces) {
         {"a start tag", "start(|a||)", "[<][][a][][>]"},
         {"a start tag with white space", "start( |a||\\n)", "[<][ ][a][\\n][>]"},
         {"an unclosed tag loses its suffix together with its closing mark", "start( |a||\\n, open)", "[<][ ][a]"},
-        {"a start tag with attributes", "start(|a|{ |b| = |'c'}{ |d}| )", "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d][ ][>]"},
+        {"a start tag with attributes", "start(|a|{ |b| = |'c'}{ |d}| )",
+         "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d][ ][>]"},
         {"unclosed", "start(|a|{ |b| = |'c'}{ |d}| , open)", "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d]"},
 
         {"a short tag", "short(|br||)", "[<][][br][][/][>]"},
@@ -146,9 +149,11 @@ TYPED_TEST(ParserObserverOutputTest, Pieces) {
         {"a bare value", "start(|a|{ |b|\\t=\\n|c}|)", "[<][][a][ ][b][\\t][=][\\n][c][][>]"},
         {"a value in apostrophes", "start(|a|{ |b|\\t=\\n|'c'}|)", "[<][][a][ ][b][\\t][=][\\n]['][c]['][][>]"},
         {"a value in quotation marks", "start(|a|{ |b|\\t=\\n|\"c\"}|)", "[<][][a][ ][b][\\t][=][\\n][\"][c][\"][][>]"},
-        {"any other kind writes nothing for the value", "start(|a|{ |b|\\t=\\n|?c?}|)", "[<][][a][ ][b][\\t][=][\\n][][>]"},
+        {"any other kind writes nothing for the value", "start(|a|{ |b|\\t=\\n|?c?}|)",
+         "[<][][a][ ][b][\\t][=][\\n][][>]"},
         {"an empty bare value is an empty piece", "start(|a|{ |b|\\t=\\n|}|)", "[<][][a][ ][b][\\t][=][\\n][][][>]"},
-        {"an empty quoted value is an empty piece", "start(|a|{ |b|\\t=\\n|\"\"}|)", "[<][][a][ ][b][\\t][=][\\n][\"][][\"][][>]"},
+        {"an empty quoted value is an empty piece", "start(|a|{ |b|\\t=\\n|\"\"}|)",
+         "[<][][a][ ][b][\\t][=][\\n][\"][][\"][][>]"},
 
         {"an end tag", "end(|a| ||)", "[<][/][][a][ ][>]"},
         {"an unclosed end tag", "end( |a|||, open)", "[<][/][ ][a][]"},
@@ -156,12 +161,16 @@ TYPED_TEST(ParserObserverOutputTest, Pieces) {
         {"unclosed with a slash", "end(|a| ||, slash, open)", "[<][/][][a][ ][/]"},
         {"an empty list takes the suffix with it", "end(|a| ||\\n)", "[<][/][][a][ ][>]"},
         {"so does no list at all", "end(|a| |null|\\n)", "[<][/][][a][ ][>]"},
-        {"an end tag with attributes", "end(|a| |{|x}{ |y|=|'z'}|\\n, slash)", "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n][/][>]"},
-        {"an unclosed end tag keeps its suffix", "end(|a| |{|x}{ |y|=|'z'}|\\n, open)", "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n]"},
+        {"an end tag with attributes", "end(|a| |{|x}{ |y|=|'z'}|\\n, slash)",
+         "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n][/][>]"},
+        {"an unclosed end tag keeps its suffix", "end(|a| |{|x}{ |y|=|'z'}|\\n, open)",
+         "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n]"},
 
         {"a declaration", "entity(|DOCTYPE||)", "[<][!][][DOCTYPE][][>]"},
-        {"with items", "entity( |DOCTYPE|{ |html}{\\n|'a'}{|\"b\"}|\\t)", "[<][!][ ][DOCTYPE][ ][html][\\n]['][a]['][][\"][b][\"][\\t][>]"},
-        {"an XML declaration", "extern(|xml|{ |version|=|\"1.0\"}{ |x}| )", "[<][?][][xml][ ][version][][=][][\"][1.0][\"][ ][x][ ][?][>]"},
+        {"with items", "entity( |DOCTYPE|{ |html}{\\n|'a'}{|\"b\"}|\\t)",
+         "[<][!][ ][DOCTYPE][ ][html][\\n]['][a]['][][\"][b][\"][\\t][>]"},
+        {"an XML declaration", "extern(|xml|{ |version|=|\"1.0\"}{ |x}| )",
+         "[<][?][][xml][ ][version][][=][][\"][1.0][\"][ ][x][ ][?][>]"},
 
         {"a comment", "comment( x-y)", "[<][!][-][-]{ x-y}[-][-][>]"},
         {"an open comment", "comment( x-, open)", "[<][!][-][-]{ x-}"},
@@ -202,9 +211,11 @@ TYPED_TEST(ParserObserverOutputTest, FieldsThatMeanNothing) {
     auto attributes = *tag.record.attributes;
     tag.record.attributes = &attributes;
     attributes.back().quote = 0xFFFFFFFF;
-    EXPECT_EQ(Written<TypeParam>(tag.record), "[<][][a][ ][b][\\t][=][\\n][][>]") << "a huge kind writes nothing for the value";
+    EXPECT_EQ(Written<TypeParam>(tag.record), "[<][][a][ ][b][\\t][=][\\n][][>]")
+        << "a huge kind writes nothing for the value";
     attributes.back().hasValue = false;
-    EXPECT_EQ(Written<TypeParam>(tag.record), "[<][][a][ ][b][][>]") << "without a value only prefix and name mean something";
+    EXPECT_EQ(Written<TypeParam>(tag.record), "[<][][a][ ][b][][>]")
+        << "without a value only prefix and name mean something";
 
     const auto ignored = To<typename TypeParam::S>("ignored");
     typename TestFixture::template Noted<HTML::ExternTagData> declaration("extern( |xml||\\n)");
@@ -329,7 +340,8 @@ public:
 };
 
 TEST(ParserObserverOutputTest, TheSerializerOfHosts) {
-    static_assert(std::is_base_of_v<HTML::ParserObserverOutput<WideChar, WideString>, HTML::GenericParserObserverOutput>);
+    static_assert(
+        std::is_base_of_v<HTML::ParserObserverOutput<WideChar, WideString>, HTML::GenericParserObserverOutput>);
     static_assert(std::is_abstract_v<HTML::GenericParserObserverOutput>);
     const WideString text = KESTRA_WIDE("t");
     HTML::TextData<WideChar, WideString> record = {&text};

@@ -18,7 +18,8 @@
 #include "tests/support/RecordWriter.h"
 #include "tests/support/TestStreams.h"
 
-// The two ways into a self-check, its callbacks and the parser's short way, against the serializer that writes to a string.
+// The two ways into a self-check, its callbacks and the parser's short way, against the serializer
+// that writes to a string.
 
 namespace Kestra::Test {
 namespace {
@@ -75,7 +76,8 @@ protected:
         return engine() % 2 == 0;
     }
 
-    // The fields of records of any kind, each string and list null now and then, as in records that hosts make.
+    // The fields of records of any kind, each string and list null now and then, as in records that
+    // hosts make.
 
     void Fill(bool* flag) {
         *flag = Chance();
@@ -221,7 +223,9 @@ TYPED_TEST(ParserSelfCheckTest, BothWaysGatherInOneBuffer) {
 
 TYPED_TEST(ParserSelfCheckTest, ACopyGoesOnByItself) {
     using Check = HTML::ParserSelfCheck<typename TypeParam::C, typename TypeParam::S>;
-    const auto crcOf = [](const std::string& bytes) { return HTML::UpdateCrc32ByTables(0, bytes.data(), bytes.size()); };
+    const auto crcOf = [](const std::string& bytes) {
+        return HTML::UpdateCrc32ByTables(0, bytes.data(), bytes.size());
+    };
     for (const std::size_t length : {0, 3, 5000, 20000}) {
         this->Reset();
         this->TakeText(this->Repeated(length));

@@ -35,10 +35,12 @@ struct MetaRow {
     StringNS::CharSet::Code charset;
 };
 
-/// The row, and after the tag text, for an 8-bit observer: the charset in force, and one `OnCharset` right after the tag or none.
+/// The row, and after the tag text, for an 8-bit observer: the charset in force, and one
+/// `OnCharset` right after the tag or none.
 void CheckMeta(const MetaRow& row) {
     for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
-        for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
+        for (const GenericParser::DataStreamType type :
+             {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
             SCOPED_TRACE(std::string(row.note) + ": " + Trace::Escape(row.input));
             const std::string document = row.input + "x";
             ForEverySplit(document, [&](const Cuts& cuts) {
@@ -57,7 +59,8 @@ void CheckMeta(const MetaRow& row) {
                 const std::size_t tag = front.size();
                 ASSERT_GT(run.trace.size(), tag);
                 expected.push_back(run.trace[tag]);
-                EXPECT_TRUE(run.trace[tag].substr(0, 6) == "start(" || run.trace[tag].substr(0, 6) == "short(") << run.trace[tag];
+                EXPECT_TRUE(run.trace[tag].substr(0, 6) == "start(" || run.trace[tag].substr(0, 6) == "short(")
+                    << run.trace[tag];
                 if (row.charset != 0)
                     expected.push_back(Trace::FormatCharset(row.charset));
                 expected.push_back("text(x)");
@@ -140,7 +143,8 @@ TEST(CharsetDiscoveryTest, TheContentAttribute) {
         {"\"http-equiv\" alone", "<meta http-equiv='text/html; charset=koi8-r'>", 0},
         {"any case", "<meta CONTENT='TEXT/HTML; CHARSET=KOI8-R'>", 20866},
         {"without quotes", "<meta content=text/html;charset=koi8-r>", 20866},
-        {"without quotes and after a blank it is an attribute of its own", "<meta content=text/html; charset=koi8-r>", 20866},
+        {"without quotes and after a blank it is an attribute of its own", "<meta content=text/html; charset=koi8-r>",
+         20866},
         {"no parameter", "<meta content='text/html'>", 0},
         {"an empty value", "<meta content=''>", 0},
         {"no value", "<meta content>", 0},
@@ -369,12 +373,21 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
     const Row rows[] = {
         {"text, and then a declaration",
          "a<meta http-equiv='Content-Type' content='text/html; charset=koi8-r'>b<c>",
-         {"text(a)", "start(|meta|{ |http-equiv|=|'Content-Type'}{ |content|=|'text/html; charset=koi8-r'}|)", "charset(20866)"},
+         {"text(a)", "start(|meta|{ |http-equiv|=|'Content-Type'}{ |content|=|'text/html; charset=koi8-r'}|)",
+          "charset(20866)"},
          20866,
          70},
-        {"the first tag of the document", "<meta charset=utf-8>b", {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"}, 65001, 21},
+        {"the first tag of the document",
+         "<meta charset=utf-8>b",
+         {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
+         65001,
+         21},
         {"a short tag", "<meta charset=utf-8 />b", {"short(|meta|{ |charset|=|utf-8}| )", "charset(65001)"}, 65001, 23},
-        {"at the end of the input", "<meta charset=utf-8>", {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"}, 65001, 21},
+        {"at the end of the input",
+         "<meta charset=utf-8>",
+         {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
+         65001,
+         21},
         {"UTF-7", "<meta charset=utf-7><p>", {"start(|meta|{ |charset|=|utf-7}|)", "charset(65000)"}, 65000, 21},
         {"1252, as which the text was read all the time",
          "<meta charset=windows-1252><p>",
@@ -383,7 +396,8 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
          28},
         {"after declarations that were not applied",
          "<meta charset=x><meta charset=utf-16><meta charset=utf-8><p>",
-         {"start(|meta|{ |charset|=|x}|)", "start(|meta|{ |charset|=|utf-16}|)", "start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
+         {"start(|meta|{ |charset|=|x}|)", "start(|meta|{ |charset|=|utf-16}|)", "start(|meta|{ |charset|=|utf-8}|)",
+          "charset(65001)"},
          65001,
          58},
     };
@@ -402,7 +416,8 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
                 EXPECT_EQ(run.parserName, "StartTagSimpleParser");
                 EXPECT_EQ(run.line, 1U);
                 EXPECT_EQ(run.column, row.column);
-                // The tag is still the construct at work, and nothing is left to read it again from.
+                // The tag is still the construct at work, and nothing is left to read it again
+                // from.
                 EXPECT_EQ(run.endResult, 16U);
             });
         }
@@ -413,7 +428,8 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
 struct Bench {
     Bench() : narrow(&lines), wide(&lines) {}
 
-    void Start(StringNS::CharSet::Code charset = 0, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT) {
+    void Start(StringNS::CharSet::Code charset = 0,
+               GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT) {
         EXPECT_EQ(parser.StartParse(charset, type), 0U);
     }
 
@@ -443,14 +459,16 @@ TEST(CharsetDiscoveryTest, TheDocumentIsParsedAgainWithTheCharsetFound) {
     const std::string document = std::string("\xC6") + KOI8_R + "\xC6";
     EXPECT_EQ(bench.Feed(document), 705U);
     EXPECT_TRUE(bench.parser.NeedsReparsing());
-    EXPECT_EQ(bench.Take(), "start-parsing\ncharset(0)\ntext(\\u00C6)\nstart(|meta|{ |charset|=|koi8-r}|)\ncharset(20866)\n");
+    EXPECT_EQ(bench.Take(),
+              "start-parsing\ncharset(0)\ntext(\\u00C6)\nstart(|meta|{ |charset|=|koi8-r}|)\ncharset(20866)\n");
     bench.Start(bench.parser.GetCharset());
     EXPECT_FALSE(bench.parser.NeedsReparsing());
     EXPECT_EQ(bench.Feed(document), 0U);
     EXPECT_EQ(bench.parser.EndParse(), 0U);
     EXPECT_FALSE(bench.parser.NeedsReparsing());
     EXPECT_EQ(bench.Take(),
-              "start-parsing\ncharset(20866)\ntext(\\u0444)\nstart(|meta|{ |charset|=|koi8-r}|)\ntext(\\u0444)\nend-parsing\n");
+              "start-parsing\ncharset(20866)\ntext(\\u0444)\nstart(|meta|{ "
+              "|charset|=|koi8-r}|)\ntext(\\u0444)\nend-parsing\n");
 }
 
 TEST(CharsetDiscoveryTest, TheNeedIsRememberedUntilTheNextDocument) {
@@ -497,7 +515,8 @@ TEST(CharsetDiscoveryTest, BytesFedAfterTheStopBreakNothing) {
     }
 }
 
-/// What comes of bytes that are fed after the stop, the document up to there being fed in two pieces.
+/// What comes of bytes that are fed after the stop, the document up to there being fed in two
+/// pieces.
 std::string FeedAfterTheStop(std::string_view document, std::size_t cut, std::string_view more) {
     Bench bench;
     bench.parser.SetObserver(&bench.wide, false);
@@ -511,7 +530,8 @@ std::string FeedAfterTheStop(std::string_view document, std::size_t cut, std::st
 
 TEST(CharsetDiscoveryTest, BytesFedAfterTheStopDoNotTellWhereTheTagWasCut) {
     for (const std::string_view front : {"", "<a>", "<a b='' />", "<br/>"}) {
-        for (const std::string_view tag : {"<meta charset=koi8-r>", "<meta charset='koi8-r' />", "<meta charset=koi8-r/>"}) {
+        for (const std::string_view tag :
+             {"<meta charset=koi8-r>", "<meta charset='koi8-r' />", "<meta charset=koi8-r/>"}) {
             const std::string document = std::string(front) + "x" + std::string(tag);
             for (const std::string_view more : {"x", "b>y", " b>y", "<b>y", ">", "/>", "/", "'", "</meta>"}) {
                 SCOPED_TRACE(document + more.data());
@@ -546,14 +566,14 @@ TEST(CharsetDiscoveryTest, TheStreamIsReadNoFurther) {
     Bench bench;
     bench.parser.SetObserver(&bench.wide, false);
     bench.Start();
-    FaultyInputStream stream(
-        std::make_unique<BoundedInputStream>(std::string(KOI8_R) + "<a><b><c>", OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(21))));
+    FaultyInputStream stream(std::make_unique<BoundedInputStream>(std::string(KOI8_R) + "<a><b><c>",
+                                                                  OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(21))));
     EXPECT_EQ(bench.parser.ParseStream(&stream, false), 705U);
     EXPECT_EQ(stream.GetReadCalls(), 1U);
 }
 
-std::uint32_t CodeFailingOn(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
-                            WideString* output) {
+std::uint32_t CodeFailingOn(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data,
+                            std::uint64_t size, WideString* output) {
     if (std::string_view(data, static_cast<std::size_t>(size)).find('!') != std::string_view::npos)
         return 815;
     return Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
@@ -601,7 +621,8 @@ TEST(CharsetDiscoveryTest, WhatCountsAsAConversion) {
         bench.Start();
         EXPECT_EQ(bench.Feed(row.first), 0U);
         bench.parser.SetObserver(&bench.narrow, false);
-        const std::string_view opener = std::string_view(row.first).empty() ? KOI8_R : std::string_view(KOI8_R).substr(1);
+        const std::string_view opener =
+            std::string_view(row.first).empty() ? KOI8_R : std::string_view(KOI8_R).substr(1);
         EXPECT_EQ(bench.Feed(opener), row.converts ? 705U : 0U);
         EXPECT_EQ(bench.parser.NeedsReparsing(), row.converts);
         EXPECT_EQ(bench.parser.GetCharset(), 20866U);
@@ -621,7 +642,8 @@ TEST(CharsetDiscoveryTest, JunkIsNotConverted) {
     EXPECT_FALSE(bench.parser.NeedsReparsing());
     EXPECT_EQ(bench.parser.EndParse(), 0U);
     EXPECT_EQ(bench.Take(),
-              "start-parsing\ncharset(0)\njunk(<!-)\njunk(x)\nstart(|meta|{ |charset|=|koi8-r}|)\ncharset(20866)\ntext(y)\nend-parsing\n");
+              "start-parsing\ncharset(0)\njunk(<!-)\njunk(x)\nstart(|meta|{ "
+              "|charset|=|koi8-r}|)\ncharset(20866)\ntext(y)\nend-parsing\n");
 }
 
 TEST(CharsetDiscoveryTest, TheSameCharsetAgainStopsNothing) {
@@ -753,7 +775,8 @@ TEST(CharsetDiscoveryTest, EscapeRunsFollowTheNewCharset) {
         StringNS::CharSet::Code code;
         bool hidden;
     };
-    const Row rows[] = {{"iso-2022-jp", 50221, true}, {"iso-2022-kr", 50225, true}, {"koi8-r", 20866, false}, {"x-unknown", 0, false}};
+    const Row rows[] = {
+        {"iso-2022-jp", 50221, true}, {"iso-2022-kr", 50225, true}, {"koi8-r", 20866, false}, {"x-unknown", 0, false}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.charset);
         const std::string run = "\x1B$B<b>\x1B(B";
@@ -762,11 +785,13 @@ TEST(CharsetDiscoveryTest, EscapeRunsFollowTheNewCharset) {
         for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
             ForEverySplit(document, [&](const Cuts& cuts) {
                 const DocumentRun parsed = ParseDocument(document, cuts, Unknown(Observed::NARROW, feed));
-                Lines expected{"start-parsing", "charset(0)",    "text(\\x1B$B)",
-                               "start(|b||)",   "text(\\x1B(B)", "start(|meta|{ |charset|=|" + std::string(row.charset) + "}|)"};
+                Lines expected{"start-parsing", "charset(0)",
+                               "text(\\x1B$B)", "start(|b||)",
+                               "text(\\x1B(B)", "start(|meta|{ |charset|=|" + std::string(row.charset) + "}|)"};
                 if (row.code != 0)
                     expected.push_back(Trace::FormatCharset(row.code));
-                const Lines hidden{"text(\\x1B$B<b>\\x1B(B)", "start(|p|{ |q|=|\"\\x1B$B\"\\x1B(B\"}|)", "start(|script||)", "js-start"};
+                const Lines hidden{"text(\\x1B$B<b>\\x1B(B)", "start(|p|{ |q|=|\"\\x1B$B\"\\x1B(B\"}|)",
+                                   "start(|script||)", "js-start"};
                 const Lines plain{"text(\\x1B$B)",
                                   "start(|b||)",
                                   "text(\\x1B(B)",

@@ -37,8 +37,18 @@ TEST(JunkRecoveryTest, ConstructsThatFail) {
         {"a slash that is followed by a blank, not by \">\"", "<a b/ c>d", {"junk(<a b/ )", "junk(c>d)"}, {}, 11, 16},
         {"an end tag with a slash and a blank", "</div / >x", {"junk(</div / )", "junk(>x)"}, {}, 11, 16},
         {"an end tag with a value that is a slash", "</a b=/>x", {"junk(</a b=/)", "junk(>x)"}, {}, 11, 16},
-        {"a \"<!-\" without a second dash", "a<!-x>b<c>", {"text(a)", "junk(<!-)", "junk(x>b)", "start(|c||)"}, {"text(a)"}, 11, 16},
-        {"a \"<![\" with an unknown word", "a<![x[<c>", {"text(a)", "junk(<![x)", "junk([)", "start(|c||)"}, {"text(a)"}, 11, 16},
+        {"a \"<!-\" without a second dash",
+         "a<!-x>b<c>",
+         {"text(a)", "junk(<!-)", "junk(x>b)", "start(|c||)"},
+         {"text(a)"},
+         11,
+         16},
+        {"a \"<![\" with an unknown word",
+         "a<![x[<c>",
+         {"text(a)", "junk(<![x)", "junk([)", "start(|c||)"},
+         {"text(a)"},
+         11,
+         16},
         {"a \"<![\" without a word", "<![[x]]>", {"junk(<![)", "junk([x]]>)"}, {}, 11, 16},
         {"two failures in a row", "<!-<!-<a>", {"junk(<!-)", "junk(<!-)", "start(|a||)"}, {}, 11, 16},
         {"junk after junk up to the next \"<\"",
@@ -56,7 +66,12 @@ TEST(JunkRecoveryTest, ConstructsThatFail) {
          {},
          11,
          16},
-        {"bytes from 128 up and backslashes", "<\xE9 \\ / >\xE9\\", {"junk(<\\xE9 \\\\ / )", "junk(>\\xE9\\\\)"}, {}, 11, 16},
+        {"bytes from 128 up and backslashes",
+         "<\xE9 \\ / >\xE9\\",
+         {"junk(<\\xE9 \\\\ / )", "junk(>\\xE9\\\\)"},
+         {},
+         11,
+         16},
     };
     CheckRows(rows);
 }
@@ -89,8 +104,8 @@ TEST(JunkRecoveryTest, WideJunkIsBytes) {
     for (const Route& route : {WIDE_TO_WIDE, WIDE_TO_NARROW}) {
         ForEverySplit(WideStringView(input), [&](const Cuts& cuts) {
             const DocumentRun run = ParseDocument(input, cuts, SettingsFor(route, Feed::STREAM));
-            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0 \\x00/\\x00 \\x00)", "junk(>\\x00\\xE9\\x00)",
-                                         "end-parsing"}));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0 \\x00/\\x00 \\x00)",
+                                         "junk(>\\x00\\xE9\\x00)", "end-parsing"}));
         });
     }
 }
@@ -100,7 +115,8 @@ TEST(JunkRecoveryTest, NulsInJunkAreKept) {
     for (const Route& route : {NARROW_TO_NARROW, NARROW_TO_WIDE}) {
         ForEverySplit(input, [&](const Cuts& cuts) {
             const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route, Feed::STREAM));
-            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1252)", "junk(<a\\x00 b / )", "junk(\\x00>)", "end-parsing"}));
+            EXPECT_EQ(run.Lines(),
+                      Join({"start-parsing", "charset(1252)", "junk(<a\\x00 b / )", "junk(\\x00>)", "end-parsing"}));
         });
     }
 }
@@ -172,14 +188,17 @@ TEST(JunkRecoveryTest, ReadsAgainBy16384Bytes) {
 }
 
 TEST(JunkRecoveryTest, LongConstructsAreReadAgainInSeveralReads) {
-    // 40,000 characters: three reads of at most 16,384 bytes, and pieces of the same size in between.
+    // 40,000 characters: three reads of at most 16,384 bytes, and pieces of the same size in
+    // between.
     const std::string value(40000, 'v');
     const std::string input = "x<a b='" + value + "' / >y<c>";
     for (const Route& route : ROUTES) {
         SCOPED_TRACE(route.name);
         for (const Feed feed : {Feed::STREAM, Feed::OWNED_STREAM}) {
             DocumentSettings settings = SettingsFor(route, feed);
-            settings.makeStream = [](const std::string& bytes, const Cuts&) { return std::make_unique<VFS::MemoryInputStream>(bytes); };
+            settings.makeStream = [](const std::string& bytes, const Cuts&) {
+                return std::make_unique<VFS::MemoryInputStream>(bytes);
+            };
             const DocumentRun run = ParseBy(route, input, {}, settings);
             EXPECT_EQ(Join(Comparable(run.trace, route)),
                       Join(WholeTrace({"text(x)", "junk(<a b='" + value + "' / )", "junk(>y)", "start(|c||)"}, route)));
@@ -195,15 +214,19 @@ TEST(JunkRecoveryTest, LongOpenConstructsAreKeptFromAnOwnedStream) {
     for (const Route& route : ROUTES) {
         SCOPED_TRACE(route.name);
         DocumentSettings settings = SettingsFor(route, Feed::OWNED_STREAM);
-        settings.makeStream = [](const std::string& bytes, const Cuts&) { return std::make_unique<VFS::MemoryInputStream>(bytes); };
+        settings.makeStream = [](const std::string& bytes, const Cuts&) {
+            return std::make_unique<VFS::MemoryInputStream>(bytes);
+        };
         const DocumentRun run = ParseBy(route, input, {}, settings);
-        EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace({"text(x)", "junk(<a b='" + value + ")"}, route)));
+        EXPECT_EQ(Join(Comparable(run.trace, route)),
+                  Join(WholeTrace({"text(x)", "junk(<a b='" + value + ")"}, route)));
         EXPECT_EQ(run.endResult, 0U);
     }
 }
 
 TEST(JunkRecoveryTest, OffsetsCountFromTheStartOfTheStream) {
-    // The stream stands after 1,000 bytes that are not part of the document, or its first byte has a high offset.
+    // The stream stands after 1,000 bytes that are not part of the document, or its first byte has
+    // a high offset.
     const std::string document = "ab<c d / >e<f g='";
     const Lines tokens = {"text(ab)", "junk(<c d / )", "junk(>e)", "junk(<f g=')"};
     for (const Route& route : ROUTES) {
@@ -247,7 +270,8 @@ TEST(JunkRecoveryTest, OffsetsCountAfterAMark) {
         {"UTF-8", "\xEF\xBB\xBF" + document, "bom(EF BB BF)", NARROW_TO_NARROW},
         {"UTF-8 for a wide observer", "\xEF\xBB\xBF" + document, "bom(EF BB BF)", NARROW_TO_WIDE},
         {"UTF-16", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)", WIDE_TO_WIDE},
-        {"UTF-16 for an 8-bit observer", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)", WIDE_TO_NARROW},
+        {"UTF-16 for an 8-bit observer", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)",
+         WIDE_TO_NARROW},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
@@ -273,7 +297,8 @@ TEST(JunkRecoveryTest, OffsetsCountAfterAMark) {
 
 /// A parser with a trace, for tests that feed it step by step.
 struct Bench {
-    explicit Bench(StringNS::CharSet::Code charset = 1252, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
+    explicit Bench(StringNS::CharSet::Code charset = 1252,
+                   GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
         : observer(&lines) {
         parser.SetObserver(&observer, false);
         EXPECT_EQ(parser.StartParse(charset, type), 0U);
@@ -367,10 +392,13 @@ TEST(JunkRecoveryTest, TwoStreamsInOneDocument) {
             EXPECT_EQ(bench.parser.ParseStream(owned ? first.release() : first.get(), owned), 0U);
             EXPECT_EQ(bench.parser.ParseStream(owned ? second.release() : second.get(), owned), 0U);
             EXPECT_EQ(bench.parser.EndParse(), 0U);
-            EXPECT_EQ(bench.Take(), "text(a)\njunk(<b / )\njunk(>c)\nstart(|d||)\ntext(e)\njunk(<f / )\njunk(>g)\njunk(<h)\nend-parsing\n");
+            EXPECT_EQ(
+                bench.Take(),
+                "text(a)\njunk(<b / )\njunk(>c)\nstart(|d||)\ntext(e)\njunk(<f / )\njunk(>g)\njunk(<h)\nend-parsing\n");
         }
         {
-            // A construct that reaches from one stream into the other is parsed, but cannot be read again.
+            // A construct that reaches from one stream into the other is parsed, but cannot be read
+            // again.
             Bench bench;
             auto first = std::make_unique<VFS::MemoryInputStream>("a<b c");
             auto second = std::make_unique<VFS::MemoryInputStream>("=d><e f");
@@ -396,7 +424,8 @@ TEST(JunkRecoveryTest, TwoStreamsInOneDocument) {
 }
 
 TEST(JunkRecoveryTest, AnEmptySecondStreamLeavesAnOpenConstructAlone) {
-    // The junk may still come from the first stream, or not at all; what never comes is the junk of the wrong stream.
+    // The junk may still come from the first stream, or not at all; what never comes is the junk of
+    // the wrong stream.
     Bench bench;
     VFS::MemoryInputStream first("a<b c");
     VFS::MemoryInputStream second("");
@@ -506,7 +535,8 @@ StreamRun RunStream(std::unique_ptr<FaultyInputStream> stream, bool owned, Strin
     return run;
 }
 
-std::unique_ptr<FaultyInputStream> MakeFaulty(const std::string& bytes, std::uint64_t pieceSize = GenericParser::BUFFER_SIZE) {
+std::unique_ptr<FaultyInputStream> MakeFaulty(const std::string& bytes,
+                                              std::uint64_t pieceSize = GenericParser::BUFFER_SIZE) {
     return std::make_unique<FaultyInputStream>(
         std::make_unique<BoundedInputStream>(bytes, OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(pieceSize))));
 }
@@ -536,8 +566,8 @@ TEST(JunkRecoveryTest, AFailureWhileReadingAgainLeavesTheRecognizersCode) {
         const char* note;
         void (*spoil)(FaultyInputStream*);
     };
-    // The first read is the piece, the second one reads the construct again. The first seek goes to the construct, the second one back.
-    // The first position is that of the piece.
+    // The first read is the piece, the second one reads the construct again. The first seek goes to
+    // the construct, the second one back. The first position is that of the piece.
     const Row rows[] = {
         {"the position cannot be remembered", [](FaultyInputStream* stream) { stream->FailGetPosition(2, HOST_CODE); }},
         {"the seek to the construct fails", [](FaultyInputStream* stream) { stream->FailSeek(1, HOST_CODE); }},
@@ -574,7 +604,8 @@ TEST(JunkRecoveryTest, AFailureWhileReadingAgainAtTheEndLeaves16) {
         void (*spoil)(FaultyInputStream*);
     };
     const Row rows[] = {
-        {"the position cannot be remembered", [](FaultyInputStream* stream) { stream->FailGetPositionsFrom(2, HOST_CODE); }},
+        {"the position cannot be remembered",
+         [](FaultyInputStream* stream) { stream->FailGetPositionsFrom(2, HOST_CODE); }},
         {"the seek to the construct fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(1, HOST_CODE); }},
         {"the read fails", [](FaultyInputStream* stream) { stream->FailReadsFrom(2, HOST_CODE); }},
         {"the seek back fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(2, HOST_CODE); }},
@@ -639,7 +670,8 @@ TEST(JunkRecoveryTest, APieceWithoutAPositionCannotBeReadAgain) {
 }
 
 TEST(JunkRecoveryTest, APieceWithoutAPositionDoesNotDisturbOtherPieces) {
-    // Pieces of five characters: "<a b>", "text ", "<c / ", ">". The second piece holds no construct.
+    // Pieces of five characters: "<a b>", "text ", "<c / ", ">". The second piece holds no
+    // construct.
     std::unique_ptr<FaultyInputStream> stream = MakeFaulty("<a b>text <c / >", 5);
     stream->FailGetPosition(2, HOST_CODE);
     const StreamRun run = RunStream(std::move(stream), false);
@@ -649,7 +681,8 @@ TEST(JunkRecoveryTest, APieceWithoutAPositionDoesNotDisturbOtherPieces) {
 }
 
 TEST(JunkRecoveryTest, APieceInTheMiddleOfAConstructNeedsNoPosition) {
-    // Pieces of three characters; the construct begins in the first piece, passes through the second and fails in the third.
+    // Pieces of three characters; the construct begins in the first piece, passes through the
+    // second and fails in the third.
     std::unique_ptr<FaultyInputStream> stream = MakeFaulty("<a b / >", 3);
     stream->FailGetPosition(2, HOST_CODE);
     const StreamRun run = RunStream(std::move(stream), false);
@@ -683,7 +716,8 @@ TEST(JunkRecoveryTest, AnEmptyReadDoesNotMoveThePiece) {
         stream->ReadNothing(call);
         const StreamRun run = RunStream(std::move(stream), false);
         if (call == 4) {
-            // The fourth read is the one that reads the construct again: nothing instead of seven bytes.
+            // The fourth read is the one that reads the construct again: nothing instead of seven
+            // bytes.
             EXPECT_EQ(run.parseResult, 11U);
             continue;
         }
@@ -693,10 +727,12 @@ TEST(JunkRecoveryTest, AnEmptyReadDoesNotMoveThePiece) {
     }
 }
 
-/// Delivers pieces, states any positions, and has as many bytes as are asked for when it has been repositioned.
+/// Delivers pieces, states any positions, and has as many bytes as are asked for when it has been
+/// repositioned.
 class LyingStream final : public VFS::InputStream {
 public:
-    LyingStream(std::vector<std::string> readPieces, std::vector<std::uint64_t> statedPositions, std::uint64_t* bytesReadAgain)
+    LyingStream(std::vector<std::string> readPieces, std::vector<std::uint64_t> statedPositions,
+                std::uint64_t* bytesReadAgain)
         : pieces(std::move(readPieces)), positions(std::move(statedPositions)), readAgain(bytesReadAgain) {}
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
@@ -753,7 +789,8 @@ TEST(JunkRecoveryTest, NoMoreIsReadAgainThanHasBeenFed) {
     for (const Row& row : rows) {
         for (const bool wide : {false, true}) {
             for (const bool owned : {false, true}) {
-                SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit") + (owned ? ", owned stream" : ", borrowed stream"));
+                SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit") +
+                             (owned ? ", owned stream" : ", borrowed stream"));
                 const std::uint64_t characterSize = wide ? 2 : 1;
                 std::vector<std::string> pieces = row.pieces;
                 std::vector<std::uint64_t> positions = row.positions;
@@ -863,13 +900,15 @@ TEST(JunkRecoveryTest, AfterAFailureTheNextDocumentIsSound) {
     VFS::MemoryInputStream stream("<script>'</b>'</script><a b / >");
     EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
     EXPECT_EQ(bench.parser.EndParse(), 0U);
-    EXPECT_EQ(bench.Take(),
-              "text(x)\nstart-parsing\ncharset(1252)\nstart(|script||)\njs-start\ns-string(</b>)\nend(|script|||)\njs-end\n"
-              "junk(<a b / )\njunk(>)\nend-parsing\n");
+    EXPECT_EQ(
+        bench.Take(),
+        "text(x)\nstart-parsing\ncharset(1252)\nstart(|script||)\njs-start\ns-string(</b>)\nend(|script|||)\njs-end\n"
+        "junk(<a b / )\njunk(>)\nend-parsing\n");
 }
 
 TEST(JunkRecoveryTest, WhateverFollowsAFailureHasACodeAndAnEnd) {
-    // Bytes fed after a failure give a result code, and nothing but a new document is promised; nothing may break.
+    // Bytes fed after a failure give a result code, and nothing but a new document is promised;
+    // nothing may break.
     for (const char* const broken : {"<a b / >", "</a / >", "<!-x", "<![x[", "<!x<", "<?xml>", "<script>//<!-x"}) {
         for (const char* const more : {"x", ">", "<a>", "/", "'", "<", "</script>"}) {
             SCOPED_TRACE(std::string(broken) + " and then " + more);

@@ -30,8 +30,12 @@ TEST(MarkupSectionsTest, Comments) {
         {"after and before tags", "<a><!--b--></a>", {"start(|a||)", "comment(b)", "end(|a|||)"}},
         {"line feeds are counted", "<!--\n\r\n--\n-->\nx", {"comment(\\n\\r\\n--\\n)", "text(\\nx)"}},
         {"bytes from 128 up", "<!--\xE9-\xFF-->\xE9", {"comment(\\xE9-\\xFF)", "text(\\xE9)"}},
-        {"a conditional comment hides its content", "<!--[if IE]>x<![endif]-->y", {"comment([if IE]>x<![endif])", "text(y)"}},
-        {"a revealed one does not", "<!--[if !IE]><!-->y<!--<![endif]-->", {"comment([if !IE]><!)", "text(y)", "comment(<![endif])"}},
+        {"a conditional comment hides its content",
+         "<!--[if IE]>x<![endif]-->y",
+         {"comment([if IE]>x<![endif])", "text(y)"}},
+        {"a revealed one does not",
+         "<!--[if !IE]><!-->y<!--<![endif]-->",
+         {"comment([if !IE]><!)", "text(y)", "comment(<![endif])"}},
     };
     CheckRows(rows);
 }
@@ -84,7 +88,9 @@ TEST(MarkupSectionsTest, CDATASectionsThatTheInputLeavesOpen) {
 
 TEST(MarkupSectionsTest, ConditionalSections) {
     const DocumentRow rows[] = {
-        {"with a condition", "<![if !IE]>a<![endif]>b", {"conditional(if| !IE|)", "text(a)", "conditional(endif||)", "text(b)"}},
+        {"with a condition",
+         "<![if !IE]>a<![endif]>b",
+         {"conditional(if| !IE|)", "text(a)", "conditional(endif||)", "text(b)"}},
         {"the keyword as written", "<![IF x]><![EndIf]>", {"conditional(IF| x|)", "conditional(EndIf||)"}},
         {"an empty condition", "<![if]>", {"conditional(if||)"}},
         {"a \">\" in the condition does not end it", "<![if gt IE 5>6]>x", {"conditional(if| gt IE 5>6|)", "text(x)"}},
@@ -134,13 +140,15 @@ TEST(MarkupSectionsTest, TailsOfConditionalSectionsDependOnTheCuts) {
                             begin = cut;
                     }
                     const std::string kept = input.substr(begin, end - begin);
-                    Lines tokens{"conditional(" + std::string(row.keywordAndCondition) + "|" + Trace::Escape(kept) + ")"};
+                    Lines tokens{"conditional(" + std::string(row.keywordAndCondition) + "|" + Trace::Escape(kept) +
+                                 ")"};
                     tokens.insert(tokens.end(), row.tokensAfter.begin(), row.tokensAfter.end());
                     DocumentSettings settings = SettingsFor(route, feed);
                     settings.selfCheck = GenericParser::SELF_CHECK_CRC;
                     const DocumentRun run = ParseBy(route, input, cuts, settings);
                     const bool passes = kept == row.tail && !route.wideInput;
-                    EXPECT_EQ(Join(Comparable(run.trace, route)), Join(passes ? WholeTrace(tokens, route) : OpenTrace(tokens, route)));
+                    EXPECT_EQ(Join(Comparable(run.trace, route)),
+                              Join(passes ? WholeTrace(tokens, route) : OpenTrace(tokens, route)));
                     EXPECT_EQ(run.parseResult, 0U);
                     EXPECT_EQ(run.endResult, passes ? 0U : 704U);
                     if (route.name == NARROW_TO_NARROW.name) {
@@ -207,7 +215,12 @@ TEST(MarkupSectionsTest, Declarations) {
 
 TEST(MarkupSectionsTest, DeclarationsThatFail) {
     const BrokenRow rows[] = {
-        {"a \"<\" after a word", "a<!DOCTYPE x<y>z", {"text(a)", "junk(<!DOCTYPE x)", "start(|y||)", "text(z)"}, {"text(a)"}, 11, 16},
+        {"a \"<\" after a word",
+         "a<!DOCTYPE x<y>z",
+         {"text(a)", "junk(<!DOCTYPE x)", "start(|y||)", "text(z)"},
+         {"text(a)"},
+         11,
+         16},
         {"after the keyword", "<!a<b>", {"junk(<!a)", "start(|b||)"}, {}, 11, 16},
         {"after a blank", "<!a b <c>", {"junk(<!a b )", "start(|c||)"}, {}, 11, 16},
         {"in the place of the keyword", "<!<b>", {"junk(<!)", "start(|b||)"}, {}, 11, 16},
@@ -234,14 +247,18 @@ TEST(MarkupSectionsTest, ProcessingInstructions) {
         {"between text", "a<?b c?>d", {"text(a)", "extern-text(<?b c?>)", "text(d)"}},
         {"a string hides the end", "<?php echo '?>'; ?>", {"extern-text(<?php echo '?>'; ?>)"}},
         {"either kind of string", "<?php \"?>'\"'\"?>'?>x", {"extern-text(<?php \"?>'\"'\"?>'?>)", "text(x)"}},
-        {"a backslash escapes a quote", "<?php 'it\\'s ?>' \"\\\"?>\" ?>", {"extern-text(<?php 'it\\\\'s ?>' \"\\\\\"?>\" ?>)"}},
+        {"a backslash escapes a quote",
+         "<?php 'it\\'s ?>' \"\\\"?>\" ?>",
+         {"extern-text(<?php 'it\\\\'s ?>' \"\\\\\"?>\" ?>)"}},
         {"and another backslash", "<?php '\\\\'?>'x", {"extern-text(<?php '\\\\\\\\'?>)", "text('x)"}},
         {"a backslash outside of strings escapes nothing", "<?a \\'?>' ?>", {"extern-text(<?a \\\\'?>' ?>)"}},
         {"a block comment hides the end", "<?php /* ?> ' */ ?>", {"extern-text(<?php /* ?> ' */ ?>)"}},
         {"an asterisk inside ends a block comment", "<?a /* * > */ ?>", {"extern-text(<?a /* * >)", "text( */ ?>)"}},
         {"so does the first of two at its end", "<?a /* ' **/ ?>", {"extern-text(<?a /* ' **/ ?>)"}},
         {"an empty block comment", "<?a /**/>x", {"extern-text(<?a /**/>)", "text(x)"}},
-        {"a line comment hides the end up to the line feed", "<?a // ?> '\n?>x", {"extern-text(<?a // ?> '\\n?>)", "text(x)"}},
+        {"a line comment hides the end up to the line feed",
+         "<?a // ?> '\n?>x",
+         {"extern-text(<?a // ?> '\\n?>)", "text(x)"}},
         {"a slash", "<?a / ?>", {"extern-text(<?a / ?>)"}},
         {"a slash before the end", "<?a />x", {"extern-text(<?a />)", "text(x)"}},
         {"a slash before a string", "<?a /'>' ?>", {"extern-text(<?a /'>' ?>)"}},
@@ -262,7 +279,9 @@ TEST(MarkupSectionsTest, ProcessingInstructions) {
         {"the end after \"xml\" makes it another target", "<?xml?>x", {"extern-text(<?xml?>)", "text(x)"}},
         {"so does a slash", "<?xml/>x", {"extern-text(<?xml/>)", "text(x)"}},
         {"tags inside", "<?a <b>c", {"extern-text(<?a <b>)", "text(c)"}},
-        {"line feeds are counted", "<?a\n'\n'/*\n*///\n?>\nx", {"extern-text(<?a\\n'\\n'/*\\n*///\\n?>)", "text(\\nx)"}},
+        {"line feeds are counted",
+         "<?a\n'\n'/*\n*///\n?>\nx",
+         {"extern-text(<?a\\n'\\n'/*\\n*///\\n?>)", "text(\\nx)"}},
         {"bytes from 160 up", "<?\xE9 '\xE8' \xE7?>\xE6", {"extern-text(<?\\xE9 '\\xE8' \\xE7?>)", "text(\\xE6)"}},
     };
     CheckRows(rows);
@@ -299,7 +318,9 @@ TEST(MarkupSectionsTest, XmlDeclarations) {
         {"quotes hide the end", "<?xml a='?>' b=\"?>\"?>", {"extern(|xml|{ |a|=|'?>'}{ |b|=|\"?>\"}|)"}},
         {"attributes without values", "<?xml a  b?>", {"extern(|xml|{ |a}{  |b}|)"}},
         {"a blank after one", "<?xml a ?>", {"extern(|xml|{ |a}| )"}},
-        {"bare words after a value stay attributes", "<?xml a='b' c d=e f?>", {"extern(|xml|{ |a|=|'b'}{ |c}{ |d|=|e}{ |f}|)"}},
+        {"bare words after a value stay attributes",
+         "<?xml a='b' c d=e f?>",
+         {"extern(|xml|{ |a|=|'b'}{ |c}{ |d|=|e}{ |f}|)"}},
         {"no blank between two attributes", "<?xml a='b'c='d'?>", {"extern(|xml|{ |a|=|'b'}{|c|=|'d'}|)"}},
         {"a name that holds question marks", "<?xml a?b?>", {"extern(|xml|{ |a?b}|)"}},
         {"a slash in place of the question mark", "<?xml a='b'/>x", {"extern(|xml|{ |a|=|'b'}|, slash)", "text(x)"}},
@@ -312,7 +333,9 @@ TEST(MarkupSectionsTest, XmlDeclarations) {
         {"a value without a name", "<?xml =b?>", {"extern(|xml|{ ||=|b}|)"}},
         {"an attribute right after the name", "<?xml=a?><?xml[a]?>", {"extern(|xml|{||=|a}|)", "extern(|xml|{|[a]}|)"}},
         {"a \"<\" belongs to a name", "<?xml <a?>", {"extern(|xml|{ |<a}|)"}},
-        {"line feeds are counted", "<?xml\na\n=\n'\n'\n?>\nx", {"extern(|xml|{\\n|a|\\n=\\n|'\\n'}|\\n)", "text(\\nx)"}},
+        {"line feeds are counted",
+         "<?xml\na\n=\n'\n'\n?>\nx",
+         {"extern(|xml|{\\n|a|\\n=\\n|'\\n'}|\\n)", "text(\\nx)"}},
         {"bytes from 160 up", "<?xml \xE9='\xE8'?>", {"extern(|xml|{ |\\xE9|=|'\\xE8'}|)"}},
         {"twice, the second one without the first one's attributes",
          "<?xml a='b' ?><?xml c?>",
@@ -323,7 +346,8 @@ TEST(MarkupSectionsTest, XmlDeclarations) {
     CheckRows(rows);
 }
 
-// A table of its own: the blank after such a slash is written back before it, which the self-check does not pass.
+// A table of its own: the blank after such a slash is written back before it, which the self-check
+// does not pass.
 TEST(MarkupSectionsTest, ABlankAfterTheSlashOfAnXmlDeclaration) {
     struct Row {
         const char* note;
@@ -389,16 +413,21 @@ TEST(MarkupSectionsTest, XmlDeclarationsThatTheInputLeavesOpen) {
     CheckRows(rows);
 }
 
-// The tables for documents with a NUL stand alone: the zero bytes of UTF-16 are left out of the comparison for an 8-bit observer.
+// The tables for documents with a NUL stand alone: the zero bytes of UTF-16 are left out of the
+// comparison for an 8-bit observer.
 TEST(MarkupSectionsTest, NulsAreKept) {
     const DocumentRow rows[] = {
         {"a comment", std::string("<!--a\0-\0-->\0", 12), {"comment(a\\x00-\\x00)", "text(\\x00)"}},
         {"a CDATA section", std::string("<![CDATA[\0]\0]]>", 15), {"cdata(CDATA|[\\x00]\\x00)"}},
         {"a conditional section", std::string("<![if \0]>", 9), {"conditional(if| \\x00|)"}},
         {"a declaration", std::string("<!a\0 \0 '\0'>", 11), {"entity(|a\\x00|{ |\\x00}{ |'\\x00'}|)"}},
-        {"a processing instruction", std::string("<?a\0 \0'\0'?\0?>", 13), {"extern-text(<?a\\x00 \\x00'\\x00'?\\x00?>)"}},
+        {"a processing instruction",
+         std::string("<?a\0 \0'\0'?\0?>", 13),
+         {"extern-text(<?a\\x00 \\x00'\\x00'?\\x00?>)"}},
         {"an XML declaration", std::string("<?xml \0='\0'?>", 13), {"extern(|xml|{ |\\x00|=|'\\x00'}|)"}},
-        {"a NUL after \"xml\" makes it another target", std::string("<?xml\0 a?>", 10), {"extern-text(<?xml\\x00 a?>)"}},
+        {"a NUL after \"xml\" makes it another target",
+         std::string("<?xml\0 a?>", 10),
+         {"extern-text(<?xml\\x00 a?>)"}},
         {"but after \"xml-\" the name goes on", std::string("<?xml-\0 a?>", 11), {"extern(|xml-\\x00|{ |a}|)"}},
     };
     for (const DocumentRow& row : rows) {
@@ -451,7 +480,9 @@ TEST(MarkupSectionsTest, InScriptAndStyle) {
         {"a CDATA section", "a<![CDATA[</script>]]>\"b\"", {"text(a)", "cdata(CDATA|[</script>)", "d-string(b)"}},
         {"two brackets end it", "<![cdata[a]]b", {"cdata(cdata|[a]], open)", "text(b)"}},
         {"a conditional section", "a<![if !x</style>]>b", {"text(a)", "conditional(if| !x</style>|)", "text(b)"}},
-        {"a section after a section", "<!--a--><![endif]><![CDATA[]]>", {"comment(a)", "conditional(endif||)", "cdata(CDATA|[)"}},
+        {"a section after a section",
+         "<!--a--><![endif]><![CDATA[]]>",
+         {"comment(a)", "conditional(endif||)", "cdata(CDATA|[)"}},
         {"an opener in a string is none", "'<!--'\"<![CDATA[\"", {"s-string(<!--)", "d-string(<![CDATA[)"}},
         {"a declaration is text", "a<!DOCTYPE html>b", {"text(a)", "text(<!DOCTYPE html>b)"}},
         {"whatever it is", "<!a'b'>", {"text(<!a)", "s-string(b)", "text(>)"}},
@@ -461,15 +492,17 @@ TEST(MarkupSectionsTest, InScriptAndStyle) {
     for (const Row& row : rows) {
         for (const char* const element : {"script", "style"}) {
             const std::string tag(element);
-            CheckRow(DocumentRow{row.note, "<" + tag + ">" + row.content + "</" + tag + ">", Inside(element, row.tokens)});
+            CheckRow(
+                DocumentRow{row.note, "<" + tag + ">" + row.content + "</" + tag + ">", Inside(element, row.tokens)});
         }
     }
 }
 
 TEST(MarkupSectionsTest, InAScriptThatIsHiddenInTheClassicalWay) {
-    const DocumentRow row{"a script inside a comment",
-                          "<script><!--\nx='a';\n//--></script><p>",
-                          {"start(|script||)", "js-start", "comment(\\nx='a';\\n//)", "end(|script|||)", "js-end", "start(|p||)"}};
+    const DocumentRow row{
+        "a script inside a comment",
+        "<script><!--\nx='a';\n//--></script><p>",
+        {"start(|script||)", "js-start", "comment(\\nx='a';\\n//)", "end(|script|||)", "js-end", "start(|p||)"}};
     CheckRow(row);
 }
 
@@ -477,7 +510,9 @@ TEST(MarkupSectionsTest, SectionsThatTheInputLeavesOpenInAScript) {
     const DocumentRow rows[] = {
         {"a comment", "<script><!--a</script>", {"start(|script||)", "js-start", "comment(a</script>, open)"}},
         {"a CDATA section", "<script><![CDATA[a]", {"start(|script||)", "js-start", "cdata(CDATA|[a], open)"}},
-        {"a conditional section", "<style><![if a", {"start(|style||)", "css-start", "conditional(if| a|, no-bracket, open)"}},
+        {"a conditional section",
+         "<style><![if a",
+         {"start(|style||)", "css-start", "conditional(if| a|, no-bracket, open)"}},
     };
     CheckRows(rows);
 }
@@ -507,7 +542,8 @@ TEST(MarkupSectionsTest, WideWhiteSpace) {
         const char* token;
     };
     const Row rows[] = {
-        {"separates the items of a declaration", KESTRA_WIDE("<!\u3000a\u00A0b\u2028>"), "entity(\\u3000|a|{\\u00A0|b}|\\u2028)"},
+        {"separates the items of a declaration", KESTRA_WIDE("<!\u3000a\u00A0b\u2028>"),
+         "entity(\\u3000|a|{\\u00A0|b}|\\u2028)"},
         {"and the attributes of an XML declaration", KESTRA_WIDE("<?\u3000xml\u0085a\u3000=\u3000'b'\u3000?>"),
          "extern(\\u3000|xml|{\\u0085|a|\\u3000=\\u3000|'b'}|\\u3000)"},
         {"ends the target of an instruction", KESTRA_WIDE("<?a\u3000?>"), "extern-text(<?a\\u3000?>)"},

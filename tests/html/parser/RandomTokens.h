@@ -8,9 +8,11 @@
 
 namespace Kestra::Test {
 
-/// Makes markup of every kind, one token after another, with random content and of random length; the same for the same seed.
+/// Makes markup of every kind, one token after another, with random content and of random length;
+/// the same for the same seed.
 ///
-/// Most lengths are below 40 characters, one in sixteen below 400, one in 256 up to the longest, none above it. Everything is ASCII.
+/// Most lengths are below 40 characters, one in sixteen below 400, one in 256 up to the longest,
+/// none above it. Everything is ASCII.
 class RandomTokens {
 public:
     RandomTokens(std::uint32_t seed, std::size_t longestRun) : engine(seed), longest(longestRun) {}

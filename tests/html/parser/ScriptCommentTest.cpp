@@ -39,7 +39,8 @@ template <std::size_t N>
 void CheckInside(const char* element, const ContentRow (&rows)[N]) {
     const std::string name(element);
     for (const ContentRow& row : rows)
-        CheckRow(DocumentRow{row.note, "<" + name + ">" + row.content + "</" + name + ">", Inside(element, row.tokens)});
+        CheckRow(
+            DocumentRow{row.note, "<" + name + ">" + row.content + "</" + name + ">", Inside(element, row.tokens)});
 }
 
 TEST(ScriptCommentTest, BlockComments) {
@@ -75,7 +76,9 @@ TEST(ScriptCommentTest, LineComments) {
         {"comment openers inside", "//a//b/*c\nd*/", {"cpp-comment(a//b/*c)", "text(\\nd*)", "text(/)"}},
         {"three slashes", "///a\n", {"cpp-comment(/a)", "text(\\n)"}},
         {"quotes inside", "//it's \"\n'a'", {"cpp-comment(it's \")", "text(\\n)", "s-string(a)"}},
-        {"a line comment after a line comment", "//a\n//b\n", {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
+        {"a line comment after a line comment",
+         "//a\n//b\n",
+         {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
         {"a block comment after a line comment", "//a\n/*b*/", {"cpp-comment(a)", "text(\\n)", "c-comment(b)"}},
         {"a line comment after a block comment", "/*a*///b\n", {"c-comment(a)", "cpp-comment(b)", "text(\\n)"}},
         {"an address", "x=http://a/b\n", {"text(x=http:)", "cpp-comment(a/b)", "text(\\n)"}},
@@ -98,24 +101,32 @@ TEST(ScriptCommentTest, LineComments) {
 
 TEST(ScriptCommentTest, SectionsThatEndALineComment) {
     const ContentRow rows[] = {
-        {"a comment", "// a <!-- b -->c'd'\n", {"cpp-comment( a )", "comment( b )", "text(c)", "s-string(d)", "text(\\n)"}},
+        {"a comment",
+         "// a <!-- b -->c'd'\n",
+         {"cpp-comment( a )", "comment( b )", "text(c)", "s-string(d)", "text(\\n)"}},
         {"a comment over several lines", "//<!--\n\n-->\n", {"cpp-comment()", "comment(\\n\\n)", "text(\\n)"}},
         {"a comment that hides the end tag", "//<!--</script>-->", {"cpp-comment()", "comment(</script>)"}},
-        {"a CDATA section, with its word as written", "// a <![cData[b]]>c", {"cpp-comment( a )", "cdata(cData|[b)", "text(c)"}},
+        {"a CDATA section, with its word as written",
+         "// a <![cData[b]]>c",
+         {"cpp-comment( a )", "cdata(cData|[b)", "text(c)"}},
         {"one that ends unclosed", "//<![CDATA[b]]c", {"cpp-comment()", "cdata(CDATA|[b]], open)", "text(c)"}},
         {"a conditional section",
          "//a<![if b]>c<![EndIf]>d",
          {"cpp-comment(a)", "conditional(if| b|)", "text(c)", "conditional(EndIf||)", "text(d)"}},
-        {"an end of one", "//<![endif]>//a\n", {"cpp-comment()", "conditional(endif||)", "cpp-comment(a)", "text(\\n)"}},
+        {"an end of one",
+         "//<![endif]>//a\n",
+         {"cpp-comment()", "conditional(endif||)", "cpp-comment(a)", "text(\\n)"}},
         {"after a \"<\"", "//<<!--a-->", {"cpp-comment(<)", "comment(a)"}},
         {"after a \"<!\"", "//<!<!--a-->", {"cpp-comment(<!)", "comment(a)"}},
         {"after an end tag", "//</a><!--b-->", {"cpp-comment(</a>)", "comment(b)"}},
         {"one section after the other",
          "//a<!--b-->//c<![CDATA[d]]>//e<![if f]>//g\n",
-         {"cpp-comment(a)", "comment(b)", "cpp-comment(c)", "cdata(CDATA|[d)", "cpp-comment(e)", "conditional(if| f|)", "cpp-comment(g)",
-          "text(\\n)"}},
+         {"cpp-comment(a)", "comment(b)", "cpp-comment(c)", "cdata(CDATA|[d)", "cpp-comment(e)", "conditional(if| f|)",
+          "cpp-comment(g)", "text(\\n)"}},
         {"the classical end of a hidden script", "<!--\na\n//-->\n", {"comment(\\na\\n//)", "text(\\n)"}},
-        {"and of a CDATA section", "//<![CDATA[\na\n//]]>\nb", {"cpp-comment()", "cdata(CDATA|[\\na\\n//)", "text(\\nb)"}},
+        {"and of a CDATA section",
+         "//<![CDATA[\na\n//]]>\nb",
+         {"cpp-comment()", "cdata(CDATA|[\\na\\n//)", "text(\\nb)"}},
     };
     CheckInside("script", rows);
 }
@@ -123,8 +134,10 @@ TEST(ScriptCommentTest, SectionsThatEndALineComment) {
 TEST(ScriptCommentTest, SectionsAfterALineCommentThatTheInputLeavesOpen) {
     const DocumentRow rows[] = {
         {"a comment", "<script>//a<!--b-", Open("script") + Lines{"cpp-comment(a)", "comment(b-, open)"}},
-        {"a CDATA section", "<script>//a<![CDATA[b]", Open("script") + Lines{"cpp-comment(a)", "cdata(CDATA|[b], open)"}},
-        {"a conditional section", "<script>//<![if b", Open("script") + Lines{"cpp-comment()", "conditional(if| b|, no-bracket, open)"}},
+        {"a CDATA section", "<script>//a<![CDATA[b]",
+         Open("script") + Lines{"cpp-comment(a)", "cdata(CDATA|[b], open)"}},
+        {"a conditional section", "<script>//<![if b",
+         Open("script") + Lines{"cpp-comment()", "conditional(if| b|, no-bracket, open)"}},
     };
     CheckRows(rows);
 }
@@ -142,7 +155,9 @@ TEST(ScriptCommentTest, StyleHasNoLineComments) {
 
 TEST(ScriptCommentTest, OutsideOfScriptAndStyleTheyAreText) {
     const DocumentRow rows[] = {
-        {"block and line comments", "a/*b*///c\n<d>/*<e>*/", {"text(a/*b*///c\\n)", "start(|d||)", "text(/*)", "start(|e||)", "text(*/)"}},
+        {"block and line comments",
+         "a/*b*///c\n<d>/*<e>*/",
+         {"text(a/*b*///c\\n)", "start(|d||)", "text(/*)", "start(|e||)", "text(*/)"}},
         {"after a script", "<script>/*a*/</script>/*b*/", Inside("script", {"c-comment(a)"}) + Lines{"text(/*b*/)"}},
     };
     CheckRows(rows);
@@ -151,7 +166,9 @@ TEST(ScriptCommentTest, OutsideOfScriptAndStyleTheyAreText) {
 TEST(ScriptCommentTest, BesideRegularExpressions) {
     const ContentRow rows[] = {
         {"an asterisk after the slash makes it a comment", "x=/*a*/1", {"text(x=)", "c-comment(a)", "text(1)"}},
-        {"a comment's end is no expression", "/*a*/ /b/\n", {"c-comment(a)", "text( )", "text(/b)", "text(/)", "text(\\n)"}},
+        {"a comment's end is no expression",
+         "/*a*/ /b/\n",
+         {"c-comment(a)", "text( )", "text(/b)", "text(/)", "text(\\n)"}},
         {"an expression cannot hold \"//\"", "/a//b\n", {"text(/a)", "cpp-comment(b)", "text(\\n)"}},
         {"its end and an asterisk open a comment", "/a/*b*/", {"text(/a)", "c-comment(b)"}},
         {"an escaped slash in it opens none", "/a\\//b\n", {"text(/a\\\\/)", "text(/b)", "text(\\n)"}},
@@ -173,11 +190,13 @@ TEST(ScriptCommentTest, CommentsThatTheInputLeavesOpen) {
         {"in a style", "<style>/*a*", style + Lines{"junk(/*a*)"}, style, 0, 16, AFTER_STYLE},
         {"a line comment", "<script>//a", script + Lines{"junk(//a)"}, script, 0, 16, AFTER_SCRIPT},
         {"after its opener", "<script>//", script + Lines{"junk(//)"}, script, 0, 16, AFTER_SCRIPT},
-        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16, AFTER_SCRIPT},
+        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16,
+         AFTER_SCRIPT},
         {"after a \"<\"", "<script>//a<", script + Lines{"junk(//a<)"}, script, 0, 16, AFTER_SCRIPT},
         {"after a \"<!\"", "<script>//a<!", script + Lines{"junk(//a<!)"}, script, 0, 16, AFTER_SCRIPT},
         {"after a \"<!-\"", "<script>//a<!-", script + Lines{"junk(//a<!-)"}, script, 0, 16, AFTER_SCRIPT},
-        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16, AFTER_SCRIPT},
+        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16,
+         AFTER_SCRIPT},
     };
     CheckRows(rows);
     const BrokenRow behindText[] = {
@@ -191,16 +210,21 @@ TEST(ScriptCommentTest, LineCommentsThatFail) {
     const Lines script = Open("script");
     const BrokenRow rows[] = {
         {"a \"<!-\" without a second dash", "<script>// a <!-x\n'b</script>c",
-         script + Lines{"junk(// a <!-)", "junk(x\\n'b)", "end(|script|||)", "js-end", "text(c)"}, script, 11, 16, OPENER},
-        {"an unknown word", "<script>//<![x[<a", script + Lines{"junk(//<![x)", "junk([)", "text(<a)"}, script, 11, 16, OPENER},
+         script + Lines{"junk(// a <!-)", "junk(x\\n'b)", "end(|script|||)", "js-end", "text(c)"}, script, 11, 16,
+         OPENER},
+        {"an unknown word", "<script>//<![x[<a", script + Lines{"junk(//<![x)", "junk([)", "text(<a)"}, script, 11, 16,
+         OPENER},
         {"no word", "<script>//<![[", script + Lines{"junk(//<![)", "junk([)"}, script, 11, 16, OPENER},
-        {"a line feed after \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16, OPENER},
-        {"a line feed after the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11, 16, OPENER},
+        {"a line feed after \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16,
+         OPENER},
+        {"a line feed after the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11,
+         16, OPENER},
     };
     CheckRows(rows);
 }
 
-// A table of its own: where the opener is cut, the slash before the cut is lost when the comment becomes junk.
+// A table of its own: where the opener is cut, the slash before the cut is lost when the comment
+// becomes junk.
 TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
     struct Row {
         const char* note;
@@ -214,7 +238,8 @@ TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
         {"an open block comment", "<script>a/*b", 10, Open("script") + Lines{"text(a)", "junk(*b)"}, "<script>a*b", 0},
         {"an open line comment", "<script>a//b", 10, Open("script") + Lines{"text(a)", "junk(/b)"}, "<script>a/b", 0},
         {"an open comment in a style", "<style>/*b", 8, Open("style") + Lines{"junk(*b)"}, "<style>*b", 0},
-        {"a line comment that fails", "<script>//<!-x", 9, Open("script") + Lines{"junk(/<!-)", "junk(x)"}, "<script>/<!-x", 11},
+        {"a line comment that fails", "<script>//<!-x", 9, Open("script") + Lines{"junk(/<!-)", "junk(x)"},
+         "<script>/<!-x", 11},
     };
     for (const Row& row : rows) {
         for (const Route& route : ROUTES) {
@@ -245,7 +270,8 @@ TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
     }
 }
 
-// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does it before anything else.
+// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does
+// it before anything else.
 TEST(ScriptCommentTest, ASlashAtTheEndOfAPieceIsJudgedByTheNextOne) {
     const ContentRow rows[] = {
         {"no comment", "a/b\n", {"text(a)", "text(/b)", "text(\\n)"}},
@@ -258,12 +284,14 @@ TEST(ScriptCommentTest, ASlashAtTheEndOfAPieceIsJudgedByTheNextOne) {
 
 TEST(ScriptCommentTest, The8BitObserverOfThe8BitParserIsNotGivenLineComments) {
     const std::string document = "<script>a//b\n//c<!--d-->//e<![CDATA[f]]>//g<![endif]>/*h*/</script>";
-    const Lines unheard = Open("script") + Lines{"text(a)",      "text(\\n)",       "comment(d)", "cdata(CDATA|[f)", "conditional(endif||)",
-                                                 "c-comment(h)", "end(|script|||)", "js-end"};
-    const Lines heard =
-        Open("script") + Lines{"text(a)",         "cpp-comment(b)",  "text(\\n)",      "cpp-comment(c)",       "comment(d)",
-                               "cpp-comment(e)",  "cdata(CDATA|[f)", "cpp-comment(g)", "conditional(endif||)", "c-comment(h)",
-                               "end(|script|||)", "js-end"};
+    const Lines unheard =
+        Open("script") +
+        Lines{"text(a)",      "text(\\n)",       "comment(d)", "cdata(CDATA|[f)", "conditional(endif||)",
+              "c-comment(h)", "end(|script|||)", "js-end"};
+    const Lines heard = Open("script") + Lines{"text(a)",         "cpp-comment(b)",  "text(\\n)",
+                                               "cpp-comment(c)",  "comment(d)",      "cpp-comment(e)",
+                                               "cdata(CDATA|[f)", "cpp-comment(g)",  "conditional(endif||)",
+                                               "c-comment(h)",    "end(|script|||)", "js-end"};
     for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
         for (const Route& route : ROUTES) {
             SCOPED_TRACE(route.name);

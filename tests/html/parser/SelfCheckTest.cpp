@@ -71,7 +71,8 @@ TEST(Crc32Test, EveryLengthAndPlaceInMemory) {
                                           bytes.begin() + static_cast<std::ptrdiff_t>(begin + length));
             const std::string_view piece(block.data(), block.size());
             EXPECT_EQ(FastCrc32(0x12345678, piece), SlowCrc32(0x12345678, piece)) << begin << ", " << length;
-            EXPECT_EQ(FastCrc32(0, std::string_view(bytes).substr(begin, length)), SlowCrc32(0, piece)) << begin << ", " << length;
+            EXPECT_EQ(FastCrc32(0, std::string_view(bytes).substr(begin, length)), SlowCrc32(0, piece))
+                << begin << ", " << length;
         }
     }
 }
@@ -90,9 +91,11 @@ TEST(Crc32Test, PiecesGiveWhatTheWholeGives) {
     EXPECT_EQ(HTML::UpdateCrc32(0xCBF43926, nullptr, 0), 0xCBF43926U);
 }
 
-/// A parser with the self-check that is fed step by step; its observers write down what they are given.
+/// A parser with the self-check that is fed step by step; its observers write down what they are
+/// given.
 struct Bench {
-    explicit Bench(GenericParser::SelfCheck check = GenericParser::SELF_CHECK_COPY, bool observed = true) : narrow(&lines), wide(&lines) {
+    explicit Bench(GenericParser::SelfCheck check = GenericParser::SELF_CHECK_COPY, bool observed = true)
+        : narrow(&lines), wide(&lines) {
         if (observed)
             parser.SetObserver(&narrow, false);
         parser.SetSelfCheck(check);
@@ -296,7 +299,8 @@ TEST(SelfCheckTest, AMismatchTakesOnlyTheEndOfParsingAway) {
 }
 
 TEST(SelfCheckTest, AMarkBelongsToBothSides) {
-    const std::string documents[] = {"\xEF\xBB\xBF<p>x", "\xFF\xFE" + ToUtf16LE(std::string_view("<p>x")), "\xEF\xBB\xBF", "\xFF\xFE"};
+    const std::string documents[] = {"\xEF\xBB\xBF<p>x", "\xFF\xFE" + ToUtf16LE(std::string_view("<p>x")),
+                                     "\xEF\xBB\xBF", "\xFF\xFE"};
     for (const std::string& document : documents) {
         const bool wide = document[0] == '\xFF';
         for (const bool observed : {true, false}) {
@@ -370,7 +374,8 @@ TEST(SelfCheckTest, TheCopyIsOneStreamFromItsFirstByteOn) {
 }
 
 TEST(SelfCheckTest, AnEmptyDocumentHasAnEmptyCopy) {
-    for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
+    for (const GenericParser::DataStreamType type :
+         {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
         Bench bench;
         bench.Start(type);
         EXPECT_EQ(bench.parser.EndParse(), 0U);

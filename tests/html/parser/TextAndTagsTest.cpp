@@ -14,8 +14,12 @@ TEST(TextAndTagsTest, Text) {
         {"text before, between and after tags", "a<b>c", {"text(a)", "start(|b||)", "text(c)"}},
         {"a whole element", "a<b>c</b>", {"text(a)", "start(|b||)", "text(c)", "end(|b|||)"}},
         {"no empty text between two tags", "<a><b>", {"start(|a||)", "start(|b||)"}},
-        {"white space is text", "<a>\r\n\t <b>\v\f", {"start(|a||)", "text(\\r\\n\\t )", "start(|b||)", "text(\\x0B\\x0C)"}},
-        {"quotes, slashes and \">\" are text outside of scripts", "it's \"a/b\" // /* x > y", {"text(it's \"a/b\" // /* x > y)"}},
+        {"white space is text",
+         "<a>\r\n\t <b>\v\f",
+         {"start(|a||)", "text(\\r\\n\\t )", "start(|b||)", "text(\\x0B\\x0C)"}},
+        {"quotes, slashes and \">\" are text outside of scripts",
+         "it's \"a/b\" // /* x > y",
+         {"text(it's \"a/b\" // /* x > y)"}},
         {"a slash at the end of the input is text", "ab/", {"text(ab/)"}},
         {"an ESC is text without an ISO-2022 charset", "a\x1B$B<b>", {"text(a\\x1B$B)", "start(|b||)"}},
         {"a carriage return is a column, a line feed a line", "a\rb\r\nc\n\nd", {"text(a\\rb\\r\\nc\\n\\nd)"}},
@@ -44,7 +48,9 @@ TEST(TextAndTagsTest, AnEmptyDocumentHasOnlyItsEvents) {
 TEST(TextAndTagsTest, StartTags) {
     const DocumentRow rows[] = {
         {"a quoted value", "<a href='x'>", {"start(|a|{ |href|=|'x'}|)"}},
-        {"both quotes and none", "<div class=a id='b' x=\"c\">", {"start(|div|{ |class|=|a}{ |id|=|'b'}{ |x|=|\"c\"}|)"}},
+        {"both quotes and none",
+         "<div class=a id='b' x=\"c\">",
+         {"start(|div|{ |class|=|a}{ |id|=|'b'}{ |x|=|\"c\"}|)"}},
         {"blanks around \"=\" are kept", "<a b = 'c'\td>", {"start(|a|{ |b| = |'c'\\td}|)"}},
         {"blanks before the name and after the last attribute", "< a b='c'\r\n>", {"start( |a|{ |b|=|'c'}|\\r\\n)"}},
         {"a blank after the name is the suffix", "<p >", {"start(|p|| )"}},
@@ -67,7 +73,9 @@ TEST(TextAndTagsTest, StartTags) {
         {"an unquoted value holds quotes, slashes and \"=\"", "<a b=c'd/e=f\"g>", {"start(|a|{ |b|=|c'd/e=f\"g}|)"}},
         {"a \"<\" ends an unquoted value and begins a name", "<a b=c<d e=f>", {"start(|a|{ |b|=|c<d}{ |e|=|f}|)"}},
         {"bare words after a value belong to it", "<a title=hello world>", {"start(|a|{ |title|=|hello world}|)"}},
-        {"a quoted value takes words up with its quotes", "<a title=\"a b\" c d>", {"start(|a|{ |title|=|\"a b\" c d}|)"}},
+        {"a quoted value takes words up with its quotes",
+         "<a title=\"a b\" c d>",
+         {"start(|a|{ |title|=|\"a b\" c d}|)"}},
         {"bare words before the first value stay", "<a b c=1 d=2>", {"start(|a|{ |b}{ |c|=|1}{ |d|=|2}|)"}},
         {"names keep their case", "<DiV ClAsS=A>", {"start(|DiV|{ |ClAsS|=|A}|)"}},
         {"a form feed is white space", "<a\fb>", {"start(|a|{\\x0C|b}|)"}},
@@ -124,7 +132,8 @@ TEST(TextAndTagsTest, EndTags) {
     CheckRows(rows);
 }
 
-// A table of its own for the wide parser: these characters are white space there and letters for the 8-bit parser.
+// A table of its own for the wide parser: these characters are white space there and letters for
+// the 8-bit parser.
 TEST(TextAndTagsTest, WideWhiteSpaceInTags) {
     struct Row {
         const char* note;
@@ -132,7 +141,8 @@ TEST(TextAndTagsTest, WideWhiteSpaceInTags) {
         const char* token;
     };
     const Row rows[] = {
-        {"an ideographic space separates attributes", KESTRA_WIDE("<p\u3000a\u3000b>"), "start(|p|{\\u3000|a}{\\u3000|b}|)"},
+        {"an ideographic space separates attributes", KESTRA_WIDE("<p\u3000a\u3000b>"),
+         "start(|p|{\\u3000|a}{\\u3000|b}|)"},
         {"so does a next-line character", KESTRA_WIDE("<p\u0085a>"), "start(|p|{\\u0085|a}|)"},
         {"and a no-break space", KESTRA_WIDE("<p\u00A0a=b\u00A0>"), "start(|p|{\\u00A0|a|=|b}|\\u00A0)"},
         {"line and paragraph separator", KESTRA_WIDE("</p\u2028a\u2029>"), "end(|p|\\u2028|{|a}|\\u2029)"},

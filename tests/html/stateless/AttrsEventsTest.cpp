@@ -34,7 +34,8 @@ const Separator SEPARATORS[] = {
     {{" ", 0, 1}, " "}, {{"  ", 0, 2}, "  "}, {{"\t", 0, 1}, "\\t"}, {{"\n", 1, 1}, "\\n"}, {{"\r\n", 1, 1}, "\\r\\n"},
 };
 
-/// Two attributes. A closing quote that ends a piece makes its value run on, through the separator, up to a quote of its kind.
+/// Two attributes. A closing quote that ends a piece makes its value run on, through the separator,
+/// up to a quote of its kind.
 EventRow MakePair(const Attribute& first, const Separator& separator, const Attribute& second) {
     const std::string before = "<p " + first.bytes;
     const std::string list = before + std::string(separator.white.bytes) + second.bytes;
@@ -48,7 +49,8 @@ EventRow MakePair(const Attribute& first, const Separator& separator, const Attr
         Outcome runsOn{"", asColumns, 16};
         row.Bytewise(runsOn);
         if (second.quote == first.quote)  // its opening quote ends the value, and its content begins no attribute
-            runsOn = {"start(p|{" + first.name + "=" + first.value + separator.shown + second.name + "=})\n", asColumns};
+            runsOn = {"start(p|{" + first.name + "=" + first.value + separator.shown + second.name + "=})\n",
+                      asColumns};
         row.After(before, runsOn);
     }
     return row;
@@ -86,7 +88,9 @@ TEST(AttrsEventsTest, OfAnyLength) {
         {"the same name again", "<p a a a>", {"start(p|{a=}{a=}{a=})\n", {1, 10}}},
         {"the same name with other values", "<p b=2 a=1 b=1>", {"start(p|{b=2}{a=1}{b=1})\n", {1, 16}}},
         {"names that differ in case", "<p A=1 a=2>", {"start(p|{A=1}{a=2})\n", {1, 12}}},
-        {"ten of them", "<p a b=1 c d=2 e f=3 g h=4 i j=5>", {"start(p|{a=}{b=1}{c=}{d=2}{e=}{f=3}{g=}{h=4}{i=}{j=5})\n", {1, 34}}},
+        {"ten of them",
+         "<p a b=1 c d=2 e f=3 g h=4 i j=5>",
+         {"start(p|{a=}{b=1}{c=}{d=2}{e=}{f=3}{g=}{h=4}{i=}{j=5})\n", {1, 34}}},
         {"lines in between", "<p a=1\n\n\nb=2>", {"start(p|{a=1}{b=2})\n", {3, 5}}},
         {"a line break at the end", "<p a=1 b\n>", {"start(p|{a=1}{b=})\n", {2, 2}}},
         {"\"?\" ends the list of a start tag", "<p a b ?>", {"", {1, 8}, 702}},
@@ -94,7 +98,8 @@ TEST(AttrsEventsTest, OfAnyLength) {
         {"an instruction whose list ends at \"/\"", "<?p a b/>", {"", {1, 8}, 702}},
         {"a bad one ends the list", "<p a b=1 \">", {"start(p|{a=}{b=1})\n", {1, 12}}},
         {"a bad one right after a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
-        EventRow("a quote after a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}}).Bytewise({"", {1, 11}, 16}),
+        EventRow("a quote after a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}})
+            .Bytewise({"", {1, 11}, 16}),
         {"not over after a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
         {"not over after the second name", "<p a=1 b", {"", {1, 9}, 16}},
         {"not over after line breaks", "<p a\r\n", {"", {2, 1}, 16}},

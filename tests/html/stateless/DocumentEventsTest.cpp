@@ -46,10 +46,13 @@ TEST(DocumentEventsTest, Lines) {
         {"a tag with a blank does", "\n<p >\n", {"text(\\n)\n" + p, Place().Lines(2, 2)}},
         {"one of the text and one of the tag", "\n<p\n>", {"text(\\n)\n" + p, Place().Lines(1, 2).Bytes(2).Bytes(1)}},
         {"one of the tag and one of the text", "<p\n>\n", {p, Place().Lines(1, 1).Bytes(1).Bytes(1)}},
-        EventRow("a comment in between does not", "\n<!---->\n", {"text(\\n)\ncomment()\n", Place().Lines(1, 2).Bytes(7).Bytes(1)})
+        EventRow("a comment in between does not", "\n<!---->\n",
+                 {"text(\\n)\ncomment()\n", Place().Lines(1, 2).Bytes(7).Bytes(1)})
             .AfterAndBytewise("\n<!---", {"text(\\n)\ncomment()\n", Place().Lines(2, 2)})
             .After("\n<!----", {"text(\\n)\ncomment()\n", Place().Lines(2, 2)}),
-        {"a vertical tab and a form feed are no line breaks", "\v\f<p>", {"text(\\x0B\\x0C)\n" + p, Place().Content(2).Bytes(3)}},
+        {"a vertical tab and a form feed are no line breaks",
+         "\v\f<p>",
+         {"text(\\x0B\\x0C)\n" + p, Place().Content(2).Bytes(3)}},
         {"a tab is one byte of text", "\t<p>", {"text(\\t)\n" + p, Place().Content(1).Bytes(3)}},
     });
 }
@@ -76,8 +79,10 @@ TEST(DocumentEventsTest, WhatFollowsALessThanSign) {
         rows.emplace_back("a declaration", "<!" + name + ">", Outcome{"entity(" + name + "|{})\n", {1, 5}});
     }
     for (const char byte : blanks) {  // line breaks are columns here
-        rows.emplace_back("a start tag after white space", "<" + std::string(1, byte) + "a>", Outcome{"start(a|)\n", {1, 5}});
-        rows.emplace_back("a declaration after white space", "<!" + std::string(1, byte) + "a>", Outcome{"entity(a|{})\n", {1, 6}});
+        rows.emplace_back("a start tag after white space", "<" + std::string(1, byte) + "a>",
+                          Outcome{"start(a|)\n", {1, 5}});
+        rows.emplace_back("a declaration after white space", "<!" + std::string(1, byte) + "a>",
+                          Outcome{"entity(a|{})\n", {1, 6}});
     }
     CheckRows(rows, 256);
 }
@@ -95,7 +100,8 @@ TEST(DocumentEventsTest, Failures) {
     });
 }
 
-/// A piece ends between two constructs, or right after the bytes that begin one, with 0, and inside of one with 16.
+/// A piece ends between two constructs, or right after the bytes that begin one, with 0, and inside
+/// of one with 16.
 TEST(DocumentEventsTest, ResultsOfAPiece) {
     CheckRows({
         {"a text", "ab", {"", {1, 5}, 0}},

@@ -13,7 +13,8 @@ namespace {
 TEST(EndTagEventsTest, EachName) {
     std::vector<EventRow> rows;
     for (const std::string name : {"a", "P", "_", "h1", "x:y", "a-b", "script", "STYLE"}) {
-        rows.emplace_back("an end tag", "</" + name + ">", Outcome{"end(" + name + ")\n", Place().Bytes(name.size() + 3)});
+        rows.emplace_back("an end tag", "</" + name + ">",
+                          Outcome{"end(" + name + ")\n", Place().Bytes(name.size() + 3)});
         for (const White& white : WHITES) {
             rows.emplace_back("white space before the name", "</" + std::string(white.bytes) + name + ">",
                               Outcome{"end(" + name + ")\n", Place().Bytes(2).Skip(white).Bytes(name.size() + 1)});
@@ -24,10 +25,11 @@ TEST(EndTagEventsTest, EachName) {
 
 TEST(EndTagEventsTest, NothingBetweenNameAndEnd) {
     std::vector<EventRow> rows;
-    for (const std::string rest :
-         {" >", "\t>", "\n>", "\r\n>", "  >", "/>", " />", "?>", "=b>", " b>", " b='c'>", "<", "<b>", "'>", "\xE9>", "!"}) {
+    for (const std::string rest : {" >", "\t>", "\n>", "\r\n>", "  >", "/>", " />", "?>", "=b>", " b>", " b='c'>", "<",
+                                   "<b>", "'>", "\xE9>", "!"}) {
         for (const std::string name : {"a", "body"})
-            rows.emplace_back("no end after the name", "</" + name + rest, Outcome{"", Place().Bytes(2 + name.size()), 702});
+            rows.emplace_back("no end after the name", "</" + name + rest,
+                              Outcome{"", Place().Bytes(2 + name.size()), 702});
     }
     rows.emplace_back("a text in front", "a\n</b c>", Outcome{"text(a\\n)\n", {2, 5}, 702});
     CheckRows(rows);

@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Declarations, up to ">" or "/>" after an item. A "/" that ends its piece completes the declaration, and what follows is text.
+// Declarations, up to ">" or "/>" after an item. A "/" that ends its piece completes the
+// declaration, and what follows is text.
 
 namespace Kestra::Test {
 namespace {
@@ -35,9 +36,10 @@ TEST(EntityTagEventsTest, EachEnd) {
             rows.emplace_back("an item", tag + " t>", Outcome{begin + "{t})\n", place.Bytes(3)});
             rows.push_back(EventRow("an item and white space", tag + " t >", {begin + "{t})\n", place.Bytes(4)})
                                .AfterAndBytewise(tag + " t ", {begin + "{t}{})\n", place.Bytes(4)}));
-            rows.push_back(EventRow("an item, white space and a slash", tag + " t />", {begin + "{t})\n", place.Bytes(5)})
-                               .After(tag + " t /", {begin + "{t})\n", place.Bytes(4).Content(1)})
-                               .AfterAndBytewise(tag + " t ", {begin + "{t}{/})\n", place.Bytes(5)}));
+            rows.push_back(
+                EventRow("an item, white space and a slash", tag + " t />", {begin + "{t})\n", place.Bytes(5)})
+                    .After(tag + " t /", {begin + "{t})\n", place.Bytes(4).Content(1)})
+                    .AfterAndBytewise(tag + " t ", {begin + "{t}{/})\n", place.Bytes(5)}));
             rows.push_back(EventRow("a quote and a slash", tag + " 'q'/>", {begin + "{q})\n", place.Bytes(6)})
                                .After(tag + " 'q'/", {begin + "{q})\n", place.Bytes(5).Content(1)})
                                .AfterAndBytewise(tag + " 'q'", {"", place.Bytes(6), 16}));
@@ -66,14 +68,19 @@ TEST(EntityTagEventsTest, AfterASlash) {
 
 TEST(EntityTagEventsTest, InADocument) {
     CheckRows({
-        {"between texts", "a<!d t>b<p>", {"text(a)\nentity(d|{t})\ntext(b)\nstart(p|)\n", Place().Content(1).Bytes(6).Content(1).Bytes(3)}},
-        {"items of the declaration in front are gone", "<!d a b><!e c>", {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
+        {"between texts",
+         "a<!d t>b<p>",
+         {"text(a)\nentity(d|{t})\ntext(b)\nstart(p|)\n", Place().Content(1).Bytes(6).Content(1).Bytes(3)}},
+        {"items of the declaration in front are gone",
+         "<!d a b><!e c>",
+         {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
         {"two line breaks are a pair across an item", "<!d\na\nb>", {"entity(d|{a}{b})\n", {2, 4}}},
         {"and none with a blank in between", "<!d\na \nb>", {"entity(d|{a}{b})\n", {3, 3}}},
         {"a name ends at a bracket", "<!d[t]>", {"entity(d|{[t]})\n", {1, 8}}},
         {"a name ends at a quote", "<!d't>", {"", {1, 7}, 16}},
         {"a section of characters is no declaration", "<![CDATA[x]]>", {"", {1, 3}, 703}},
-        EventRow("the text after a slash that ends its piece", "<!d 'a'/>b<p>", {"entity(d|{a})\ntext(b)\nstart(p|)\n", {1, 15}})
+        EventRow("the text after a slash that ends its piece", "<!d 'a'/>b<p>",
+                 {"entity(d|{a})\ntext(b)\nstart(p|)\n", {1, 15}})
             .After("<!d 'a'/", {"entity(d|{a})\ntext(>b)\nstart(p|)\n", {1, 16}})
             .AfterAndBytewise("<!d 'a'", {"", {1, 14}, 16}),
     });

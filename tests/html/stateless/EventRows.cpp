@@ -14,11 +14,13 @@ namespace Kestra::Test {
 namespace {
 
 std::string Show(const std::string& trace, std::uint32_t result, std::uint64_t line, std::uint64_t column) {
-    return trace + "result " + std::to_string(result) + ", line " + std::to_string(line) + ", column " + std::to_string(column) + "\n";
+    return trace + "result " + std::to_string(result) + ", line " + std::to_string(line) + ", column " +
+           std::to_string(column) + "\n";
 }
 
 std::string Show(const Outcome& outcome) {
-    return Show("start-parsing\n" + outcome.events + "stop-parsing\n", outcome.result, outcome.place.line, outcome.place.column);
+    return Show("start-parsing\n" + outcome.events + "stop-parsing\n", outcome.result, outcome.place.line,
+                outcome.place.column);
 }
 
 std::string Feed(const EventRow& row, const std::vector<std::string>& pieces) {
@@ -71,8 +73,9 @@ void CheckRow(const EventRow& row) {
 }  // namespace
 
 const std::vector<White> WHITES = {
-    {" ", 0, 1},    {"\t", 0, 1},   {"\v\f", 0, 2},  {"  ", 0, 2},     {"\n", 1, 1},    {"\r", 1, 1},       {"\r\n", 1, 1},  {"\n\r", 1, 1},
-    {"\n\n", 1, 1}, {"\r\r", 1, 1}, {" \n\t", 1, 2}, {"\n\n\n", 2, 1}, {"\n \n", 2, 1}, {"\r\n\r\n", 2, 1}, {"\n\n ", 1, 2},
+    {" ", 0, 1},     {"\t", 0, 1},     {"\v\f", 0, 2},  {"  ", 0, 2},       {"\n", 1, 1},
+    {"\r", 1, 1},    {"\r\n", 1, 1},   {"\n\r", 1, 1},  {"\n\n", 1, 1},     {"\r\r", 1, 1},
+    {" \n\t", 1, 2}, {"\n\n\n", 2, 1}, {"\n \n", 2, 1}, {"\r\n\r\n", 2, 1}, {"\n\n ", 1, 2},
 };
 
 Place Place::Bytes(std::uint64_t count) const {

@@ -11,7 +11,8 @@
 #include "platform/CharSet.h"
 
 /// @file
-/// The tables of the stateless parser: an input, what it means as one piece, and what it means where a cut decides.
+/// The tables of the stateless parser: an input, what it means as one piece, and what it means
+/// where a cut decides.
 
 namespace Kestra::Test {
 
@@ -56,7 +57,8 @@ struct EventRow {
     /// The outcome of the cut after `before`, with which the input begins.
     EventRow& After(std::string before, Outcome outcome);
 
-    /// The outcome when each byte is a piece. Every row with an `After` has one; without, it is that of the whole input.
+    /// The outcome when each byte is a piece. Every row with an `After` has one; without, it is
+    /// that of the whole input.
     EventRow& Bytewise(Outcome outcome);
 
     EventRow& AfterAndBytewise(std::string before, const Outcome& outcome);
@@ -83,7 +85,8 @@ struct EventRow {
 
 /// Feeds each row whole, cut at each place, so with empty pieces in between, and byte by byte.
 ///
-/// A table with less than `leastRows` different inputs fails, and so does a cut that is mentioned and changes nothing.
+/// A table with less than `leastRows` different inputs fails, and so does a cut that is mentioned
+/// and changes nothing.
 void CheckRows(const std::vector<EventRow>& rows, std::size_t leastRows = 1);
 
 /// A table for one construct or one part of it.

@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Names of tags and of attributes: a letter or "_", then letters, digits, "_", ":" and "-", in ASCII only.
+// Names of tags and of attributes: a letter or "_", then letters, digits, "_", ":" and "-", in
+// ASCII only.
 
 namespace Kestra::Test {
 namespace {
@@ -36,13 +37,17 @@ TEST(IdentifierEventsTest, AfterWhiteSpaceWhoseLinesCount) {
     std::vector<EventRow> rows;
     for (const White& white : WHITES) {
         const std::string blanks(white.bytes);
-        rows.emplace_back("an end tag", "</" + blanks + "ab>", Outcome{"end(ab)\n", Place().Bytes(2).Skip(white).Bytes(3)});
+        rows.emplace_back("an end tag", "</" + blanks + "ab>",
+                          Outcome{"end(ab)\n", Place().Bytes(2).Skip(white).Bytes(3)});
         rows.emplace_back("an instruction", "<?" + blanks + "ab v=1?>",
                           Outcome{"extern(ab|{v=1?})\n", Place().Bytes(2).Skip(white).Bytes(8)});
-        rows.emplace_back("an attribute", "<p" + blanks + "ab=1>", Outcome{"start(p|{ab=1})\n", Place().Bytes(2).Skip(white).Bytes(5)});
+        rows.emplace_back("an attribute", "<p" + blanks + "ab=1>",
+                          Outcome{"start(p|{ab=1})\n", Place().Bytes(2).Skip(white).Bytes(5)});
         // The main machine takes the first blank, and counts a column for it and no line.
-        rows.emplace_back("a start tag", "< " + blanks + "ab>", Outcome{"start(ab|)\n", Place().Bytes(2).Skip(white).Bytes(3)});
-        rows.emplace_back("a declaration", "<! " + blanks + "ab t>", Outcome{"entity(ab|{t})\n", Place().Bytes(3).Skip(white).Bytes(5)});
+        rows.emplace_back("a start tag", "< " + blanks + "ab>",
+                          Outcome{"start(ab|)\n", Place().Bytes(2).Skip(white).Bytes(3)});
+        rows.emplace_back("a declaration", "<! " + blanks + "ab t>",
+                          Outcome{"entity(ab|{t})\n", Place().Bytes(3).Skip(white).Bytes(5)});
     }
     const std::vector<EventRow> byHand = {
         {"a line break after \"<\" is a column", "<\na>", {"start(a|)\n", {1, 5}}},

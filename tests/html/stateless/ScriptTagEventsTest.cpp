@@ -6,7 +6,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Scripts: comments are removed, strings kept verbatim, and "</script>" outside of both is the end. A cut changes nothing about a body.
+// Scripts: comments are removed, strings kept verbatim, and "</script>" outside of both is the end.
+// A cut changes nothing about a body.
 
 namespace Kestra::Test {
 namespace {
@@ -19,9 +20,10 @@ struct Part {
 };
 
 const Part PARTS[] = {
-    {"a=1;", "a=1;", {"", 0, 8}}, {"n\nm", "n\\nm", {"", 1, 4}},       {"b/c", "b/c", {"", 0, 6}}, {"d*e", "d*e", {"", 0, 6}},
-    {"'s'", "'s'", {"", 0, 3}},   {"\"t\n\"", "\"t\\n\"", {"", 0, 4}}, {"//u\n", "", {"", 0, 5}},  {"/*v\n*/", "", {"", 0, 7}},
-    {"<w", "<w", {"", 0, 3}},     {"</sx", "</sx", {"", 0, 7}},        {"<<", "<<", {"", 0, 3}},
+    {"a=1;", "a=1;", {"", 0, 8}}, {"n\nm", "n\\nm", {"", 1, 4}}, {"b/c", "b/c", {"", 0, 6}},
+    {"d*e", "d*e", {"", 0, 6}},   {"'s'", "'s'", {"", 0, 3}},    {"\"t\n\"", "\"t\\n\"", {"", 0, 4}},
+    {"//u\n", "", {"", 0, 5}},    {"/*v\n*/", "", {"", 0, 7}},   {"<w", "<w", {"", 0, 3}},
+    {"</sx", "</sx", {"", 0, 7}}, {"<<", "<<", {"", 0, 3}},
 };
 
 std::string Script(const std::string& body) {
@@ -40,8 +42,9 @@ Outcome Reports(const std::string& shown, std::uint64_t columns) {
 TEST(ScriptTagEventsTest, Pairs) {
     std::vector<EventRow> rows;
     for (const Part& first : PARTS) {
-        rows.emplace_back("one part", Script(first.bytes),
-                          Outcome{"script(|" + first.shown + ")\n", Place().Bytes(8).Skip(first.place).Bytes(1).Content(8)});
+        rows.emplace_back(
+            "one part", Script(first.bytes),
+            Outcome{"script(|" + first.shown + ")\n", Place().Bytes(8).Skip(first.place).Bytes(1).Content(8)});
         for (const Part& second : PARTS) {
             rows.emplace_back("two parts", Script(first.bytes + second.bytes),
                               Outcome{"script(|" + first.shown + second.shown + ")\n",
@@ -61,7 +64,9 @@ TEST(ScriptTagEventsTest, Code) {
         {"a hyphen and \">\"", Script("-->"), Reports("-->", 6)},
         {"a division at the end", Script("a/"), Reports("a/", 4)},
         {"a star and a slash", Script("a*/b"), Reports("a*/b", 8)},
-        {"two line breaks are one line", Script("\n\n"), {"script(|\\n\\n)\n", Place().Lines(1, 3).Bytes(1).Content(8)}},
+        {"two line breaks are one line",
+         Script("\n\n"),
+         {"script(|\\n\\n)\n", Place().Lines(1, 3).Bytes(1).Content(8)}},
         {"CR and LF are one", Script("\r\n"), {"script(|\\r\\n)\n", Place().Lines(1, 3).Bytes(1).Content(8)}},
         {"three are two", Script("\n\n\n"), {"script(|\\n\\n\\n)\n", Place().Lines(2, 2).Bytes(1).Content(8)}},
         {"a string in between leaves them a pair",
@@ -73,7 +78,9 @@ TEST(ScriptTagEventsTest, Code) {
 TEST(ScriptTagEventsTest, Comments) {
     CheckRows({
         {"of a line, up to its line break", Script("a//b\nc"), Reports("ac", 2 + 3 + 1 + 1 + 2)},
-        {"up to CR, and LF is code", Script("a//b\r\nc"), {"script(|a\\nc)\n", Place().Lines(1, 2).Content(1).Bytes(1).Content(8)}},
+        {"up to CR, and LF is code",
+         Script("a//b\r\nc"),
+         {"script(|a\\nc)\n", Place().Lines(1, 2).Content(1).Bytes(1).Content(8)}},
         {"with an end tag inside", Script("//</script>\na"), Reports("a", 3 + 9 + 1 + 2)},
         {"with a quote inside", Script("//'\na"), Reports("a", 3 + 1 + 1 + 2)},
         {"with another comment inside", Script("///*b\na"), Reports("a", 3 + 3 + 1 + 2)},
@@ -95,7 +102,8 @@ TEST(ScriptTagEventsTest, Comments) {
         {"a blank between slashes", Script("/ /a"), Reports("/ /a", 8)},
         {"a slash in a string begins none", Script("'/'/a"), Reports("'/'/a", 3 + 4)},
         {"a string after a slash", Script("/'/'"), Reports("/'/'", 2 + 3)},
-        // "<//" is no end tag. Its last slash and the next one open a comment, and the slash in front stays to open another one.
+        // "<//" is no end tag. Its last slash and the next one open a comment, and the slash in
+        // front stays to open another one.
         {"a slash of an end tag that was none", Script("<///b\nc"), Reports("</c", 5 + 1 + 1 + 1 + 2)},
         {"and again with the slash before it", Script("<///b\n/d\ne"), Reports("<e", 5 + 1 + 1 + 1 + 1 + 1 + 1 + 2)},
         {"a star after an end tag that was none", Script("<//*b*/c"), Reports("</c", 5 + 1 + 3 + 2)},
@@ -135,15 +143,20 @@ TEST(ScriptTagEventsTest, EndTags) {
         {"a markup comment", Script("<!--a-->"), Reports("<!--a-->", 1 + 2 * 7)},
         {"a \"<\" before the \"<\" hides it", Script("<</script>"), Reports("<</script>", 1 + 2 * 9)},
         {"but not two", Script("<<"), Reports("<<", 3)},
-        {"a line break after \"<\" counts", Script("<\n"), {"script(|<\\n)\n", Place().Lines(1, 2).Bytes(1).Content(8)}},
+        {"a line break after \"<\" counts",
+         Script("<\n"),
+         {"script(|<\\n)\n", Place().Lines(1, 2).Bytes(1).Content(8)}},
         {"a quote after \"<\" opens nothing", Script("<'a"), Reports("<'a", 1 + 4)},
-        {"one that breaks off at another one", Script("</scr</script>a"), Reports("</scr</script>a", 1 + 2 * 5 + 2 * 8 + 2)},
+        {"one that breaks off at another one", Script("</scr</script>a"),
+         Reports("</scr</script>a", 1 + 2 * 5 + 2 * 8 + 2)},
     });
 }
 
 TEST(ScriptTagEventsTest, StartTags) {
     CheckRows({
-        {"attributes", "<script a b=c>d</script>", {"script({a=}{b=c}|d)\n", Place().Bytes(14).Content(1).Bytes(1).Content(8)}},
+        {"attributes",
+         "<script a b=c>d</script>",
+         {"script({a=}{b=c}|d)\n", Place().Bytes(14).Content(1).Bytes(1).Content(8)}},
         {"after a blank", "< script>d</script>", {"script(|d)\n", Place().Bytes(9).Content(1).Bytes(1).Content(8)}},
         EventRow("a quoted attribute", "<script a='b'>c</script>'>",
                  {"script({a=b}|c)\n", Place().Bytes(14).Content(1).Bytes(1).Content(8).Content(2)})
@@ -155,14 +168,18 @@ TEST(ScriptTagEventsTest, StartTags) {
         {"a name that only begins like it",
          "<scripts>d</script>",
          {"start(scripts|)\ntext(d)\nend(script)\n", Place().Bytes(9).Content(1).Bytes(9)}},
-        {"a name with a prefix", "<x:script>d<b>", {"start(x:script|)\ntext(d)\nstart(b|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
+        {"a name with a prefix",
+         "<x:script>d<b>",
+         {"start(x:script|)\ntext(d)\nstart(b|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
         {"a script after a script",
          "<script>a</script><script>b</script>",
          {"script(|a)\nscript(|b)\n", After(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
         {"its attributes are its own",
          "<script a>b</script><script>c</script>",
          {"script({a=}|b)\nscript(|c)\n", After(4).Bytes(8).Content(1).Bytes(1).Content(8)}},
-        {"a text after it begins anew", "<script>a</script>b<c>", {"script(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
+        {"a text after it begins anew",
+         "<script>a</script>b<c>",
+         {"script(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
         {"a text before it is not part of it",
          "b<script>a</script>",
          {"text(b)\nscript(|a)\n", Place().Content(1).Bytes(8).Content(1).Bytes(1).Content(8)}},

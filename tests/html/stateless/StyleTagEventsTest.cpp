@@ -6,7 +6,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Style sheets, up to "</style>" wherever it stands. Every other "<" is lost. A cut changes nothing about a body.
+// Style sheets, up to "</style>" wherever it stands. Every other "<" is lost. A cut changes nothing
+// about a body.
 
 namespace Kestra::Test {
 namespace {
@@ -40,8 +41,9 @@ Outcome Reports(const std::string& shown, std::uint64_t columns) {
 TEST(StyleTagEventsTest, Pairs) {
     std::vector<EventRow> rows;
     for (const Part& first : PARTS) {
-        rows.emplace_back("one part", Style(first.bytes),
-                          Outcome{"style(|" + first.shown + ")\n", Place().Bytes(7).Skip(first.place).Bytes(1).Content(7)});
+        rows.emplace_back(
+            "one part", Style(first.bytes),
+            Outcome{"style(|" + first.shown + ")\n", Place().Bytes(7).Skip(first.place).Bytes(1).Content(7)});
         for (const Part& second : PARTS) {
             rows.emplace_back("two parts", Style(first.bytes + second.bytes),
                               Outcome{"style(|" + first.shown + second.shown + ")\n",
@@ -65,7 +67,9 @@ TEST(StyleTagEventsTest, Bodies) {
         {"a \"<\" in between leaves them a pair",
          Style("\n<\n"),
          {"style(|\\n\\n)\n", Place().Lines(1, 2).Bytes(1).Bytes(1).Bytes(1).Content(7)}},
-        {"CR and LF are one", Style("a\r\nb"), {"style(|a\\r\\nb)\n", Place().Lines(1, 3).Content(1).Bytes(1).Content(7)}},
+        {"CR and LF are one",
+         Style("a\r\nb"),
+         {"style(|a\\r\\nb)\n", Place().Lines(1, 3).Content(1).Bytes(1).Content(7)}},
     });
 }
 
@@ -89,7 +93,9 @@ TEST(StyleTagEventsTest, EndTags) {
 
 TEST(StyleTagEventsTest, StartTags) {
     CheckRows({
-        {"attributes", "<style a b=c>d</style>", {"style({a=}{b=c}|d)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7)}},
+        {"attributes",
+         "<style a b=c>d</style>",
+         {"style({a=}{b=c}|d)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7)}},
         {"after a blank", "< style>d</style>", {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)}},
         EventRow("a quoted attribute", "<style a='b'>c</style>'>",
                  {"style({a=b}|c)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7).Content(2)})
@@ -98,17 +104,22 @@ TEST(StyleTagEventsTest, StartTags) {
         EventRow("a slash at its end changes nothing", "<style/>d</style>",
                  {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)})
             .AfterAndBytewise("<style/", {"style(|>d)\n", Place().Bytes(7).Content(2).Bytes(1).Content(7)}),
-        {"a name that only begins like it", "<styles>d<b>", {"start(styles|)\ntext(d)\nstart(b|)\n", Place().Bytes(8).Content(1).Bytes(3)}},
+        {"a name that only begins like it",
+         "<styles>d<b>",
+         {"start(styles|)\ntext(d)\nstart(b|)\n", Place().Bytes(8).Content(1).Bytes(3)}},
         {"a style sheet after a script",
          "<script>a</script><style>b</style>",
-         {"script(|a)\nstyle(|b)\n", Place().Bytes(8).Content(1).Bytes(1).Content(8).Bytes(7).Content(1).Bytes(1).Content(7)}},
+         {"script(|a)\nstyle(|b)\n",
+          Place().Bytes(8).Content(1).Bytes(1).Content(8).Bytes(7).Content(1).Bytes(1).Content(7)}},
         {"a script after a style sheet",
          "<style>a</style><script>b</script>",
          {"style(|a)\nscript(|b)\n", After(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
         {"its attributes are its own",
          "<style a>b</style><style>c</style>",
          {"style({a=}|b)\nstyle(|c)\n", After(4).Bytes(7).Content(1).Bytes(1).Content(7)}},
-        {"a text after it begins anew", "<style>a</style>b<c>", {"style(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
+        {"a text after it begins anew",
+         "<style>a</style>b<c>",
+         {"style(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
         {"a text before it is not part of it",
          "b<style>a</style>",
          {"text(b)\nstyle(|a)\n", Place().Content(1).Bytes(7).Content(1).Bytes(1).Content(7)}},

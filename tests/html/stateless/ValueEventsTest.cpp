@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Values of attributes, and items of declarations: quoted, without escapes, or up to white space or ">".
+// Values of attributes, and items of declarations: quoted, without escapes, or up to white space or
+// ">".
 
 namespace Kestra::Test {
 namespace {
@@ -73,8 +74,9 @@ TEST(ValueEventsTest, Quoted) {
                 const std::string input = before + setting.after;
                 // Line breaks inside quotes are columns.
                 const Place place = Place().Bytes(input.size());
-                rows.push_back(EventRow(setting.note, input, {setting.eventBefore + content.shown + setting.eventAfter, place})
-                                   .AfterAndBytewise(before, {"", place, 16}));  // the rest belongs to the value
+                rows.push_back(
+                    EventRow(setting.note, input, {setting.eventBefore + content.shown + setting.eventAfter, place})
+                        .AfterAndBytewise(before, {"", place, 16}));  // the rest belongs to the value
             }
         }
     }
@@ -85,12 +87,13 @@ TEST(ValueEventsTest, Unquoted) {
     std::vector<EventRow> rows;
     for (const Setting& setting : SETTINGS) {
         for (const Content& content : Contents()) {
-            if (content.bytes.find_first_of(" \t\r\n>") != std::string::npos || content.bytes.find_first_of("'\"") == 0 ||
-                content.bytes.empty())
+            if (content.bytes.find_first_of(" \t\r\n>") != std::string::npos ||
+                content.bytes.find_first_of("'\"") == 0 || content.bytes.empty())
                 continue;
             const std::string input = setting.before + content.bytes + setting.after;
-            rows.emplace_back(setting.note, input,
-                              Outcome{setting.eventBefore + content.shown + setting.eventAfter, Place().Bytes(input.size())});
+            rows.emplace_back(
+                setting.note, input,
+                Outcome{setting.eventBefore + content.shown + setting.eventAfter, Place().Bytes(input.size())});
         }
     }
     const std::vector<EventRow> byHand = {
@@ -120,7 +123,8 @@ TEST(ValueEventsTest, AfterWhiteSpaceWhoseLinesCount) {
         const std::string blanks(white.bytes);
         rows.emplace_back("an attribute", "<p a=" + blanks + "v b>",
                           Outcome{"start(p|{a=v}{b=})\n", Place().Bytes(5).Skip(white).Bytes(4)});
-        rows.emplace_back("an item", "<!p" + blanks + "v b>", Outcome{"entity(p|{v}{b})\n", Place().Bytes(3).Skip(white).Bytes(4)});
+        rows.emplace_back("an item", "<!p" + blanks + "v b>",
+                          Outcome{"entity(p|{v}{b})\n", Place().Bytes(3).Skip(white).Bytes(4)});
         const Place quoted = Place().Bytes(5).Skip(white).Bytes(6);
         rows.push_back(EventRow("a quoted value", "<p a=" + blanks + "'v' b>", {"start(p|{a=v}{b=})\n", quoted})
                            .AfterAndBytewise("<p a=" + blanks + "'v'", {"", quoted, 16}));
@@ -133,7 +137,8 @@ TEST(ValueEventsTest, RunsOnAfterAQuoteThatEndsThePiece) {
         EventRow("up to the next quote", "<p a='1'>x'>", {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
             .After("<p a='1'", {"start(p|{a=1>x})\n", {1, 13}})
             .Bytewise({"", {1, 13}, 16}),
-        EventRow("up to the next quote of its kind", "<p a=\"1\">'\">", {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
+        EventRow("up to the next quote of its kind", "<p a=\"1\">'\">",
+                 {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
             .After("<p a=\"1\"", {"start(p|{a=1>'})\n", {1, 13}})
             .Bytewise({"", {1, 13}, 16}),
         EventRow("in an instruction", "<?p a='1'?>x' ?>", {"extern(p|{a=1})\n", Place().Bytes(11).Content(5)})

@@ -131,7 +131,8 @@ TableOutcome RunRecognizerFrom(const View<C, S, P>& view, const TableInput& inpu
         context.buffer = piece.Data();
         context.length = piece.Size();
         std::size_t calls = 0;
-        while (outcome.result == HTML::SP_NEED_MORE_DATA && context.position < context.length && ++calls <= 2 * text.size() + 2)
+        while (outcome.result == HTML::SP_NEED_MORE_DATA && context.position < context.length &&
+               ++calls <= 2 * text.size() + 2)
             outcome.result = parser.Parse(&context, &data);
         outcome.consumed += static_cast<std::size_t>(context.position);
     }
@@ -197,7 +198,8 @@ public:
 private:
     /// A machine for the recognizer of that name, in `html/text/` or `html/tags/`.
     template <typename P>
-    TableMachine& Add(const std::string& source, const std::string& note, std::map<std::uint32_t, TableField> fields, View<C, S, P> view) {
+    TableMachine& Add(const std::string& source, const std::string& note, std::map<std::uint32_t, TableField> fields,
+                      View<C, S, P> view) {
         TableMachine machine;
         machine.note = (sizeof(C) == 1 ? "8-bit" : "16-bit") + (note.empty() ? ""s : ", " + note);
         machine.fields = std::move(fields);
@@ -231,14 +233,15 @@ private:
             ViewOf<HTML::CDATATagSimpleParser>{{{"text", &Section::text}}, {}, ReadOpen<Section>});
         using Conditional = DataOf<HTML::ConditionalTagSimpleParser>;
         Add("html/text/ConditionalTagSimpleParser.cpp", "", {{0, {"condition", false}}, {1, {"tail", false}}},
-            ViewOf<HTML::ConditionalTagSimpleParser>{{{"condition", &Conditional::condition}, {"tail", &Conditional::tail}},
-                                                     {},
-                                                     [](const Conditional& data, std::set<std::string>* words) {
-                                                         if (!data.tagClosed)
-                                                             words->insert("open");
-                                                         if (!data.bracketClosed)
-                                                             words->insert("no bracket");
-                                                     }});
+            ViewOf<HTML::ConditionalTagSimpleParser>{
+                {{"condition", &Conditional::condition}, {"tail", &Conditional::tail}},
+                {},
+                [](const Conditional& data, std::set<std::string>* words) {
+                    if (!data.tagClosed)
+                        words->insert("open");
+                    if (!data.bracketClosed)
+                        words->insert("no bracket");
+                }});
     }
 
     void MakeScriptParts() {
@@ -250,7 +253,8 @@ private:
             ViewOf<HTML::CPPCommentSimpleParser>{{{"text", &Line::text}}, {}, ReadNextName<Line>});
         using String = DataOf<HTML::DQuoteStringSimpleParser>;
         Add("html/text/DQuoteStringSimpleParser.cpp", "with escape runs", GrowingText(2),
-            ViewOf<HTML::DQuoteStringSimpleParser>{{{"text", &String::text}}, [](String* data) { data->allowEscape2022 = true; }, {}});
+            ViewOf<HTML::DQuoteStringSimpleParser>{
+                {{"text", &String::text}}, [](String* data) { data->allowEscape2022 = true; }, {}});
         Add("html/text/DQuoteStringSimpleParser.cpp", "without", GrowingText(2),
             ViewOf<HTML::DQuoteStringSimpleParser>{{{"text", &String::text}}, {}, {}})
             .ignoredHeads = {"ESC"};
@@ -301,8 +305,9 @@ private:
     void MakeText() {
         using Text = DataOf<HTML::TextSimpleParser>;
         const auto add = [&](const char* note, std::function<void(Text*)> prepare) -> TableMachine& {
-            TableMachine& machine = Add("html/text/TextSimpleParser.cpp", note, GrowingText(3),
-                                        ViewOf<HTML::TextSimpleParser>{{{"text", &Text::text}}, std::move(prepare), ReadNextName<Text>});
+            TableMachine& machine =
+                Add("html/text/TextSimpleParser.cpp", note, GrowingText(3),
+                    ViewOf<HTML::TextSimpleParser>{{{"text", &Text::text}}, std::move(prepare), ReadNextName<Text>});
             if (sizeof(C) > 1)
                 machine.ignoredHeads.insert("ESC");
             return machine;
@@ -347,7 +352,9 @@ private:
                                u"--",        u"<b>",        u"</b>",     u"</style>", u"</style ",  u"<!-x",
                                u"<scripts>", u"</scripts>", u" ",        u"\n",       u"<!-->"};
             machine.isSpace = [](char16_t code) { return IsSpace(static_cast<C>(code)); };
-            machine.classify = [isScript](const TablePlace& place, const Codes& symbol) { return ClassifyRaw(isScript, place, symbol); };
+            machine.classify = [isScript](const TablePlace& place, const Codes& symbol) {
+                return ClassifyRaw(isScript, place, symbol);
+            };
             if (!isScript)
                 machine.states = {0};
             machine.statesEndAtTable = false;
@@ -438,7 +445,8 @@ private:
             {{0, {"prefix", true}}, {2, {"value", false}}, {3, {"value", true}}, {4, {"value", true}}},
             ViewOf<HTML::TokenSimpleParser>{{{"prefix", &Token::prefix}, {"value", &Token::value}}, {}, {}});
         using Attribute = DataOf<HTML::AttributeSimpleParser>;
-        Add("html/tags/AttributeSimpleParser.cpp", "", {{0, {"prefix", true}}, {1, {"name", true}}, {2, {"beforeEquals", true}}},
+        Add("html/tags/AttributeSimpleParser.cpp", "",
+            {{0, {"prefix", true}}, {1, {"name", true}}, {2, {"beforeEquals", true}}},
             ViewOf<HTML::AttributeSimpleParser>{{{"prefix", &Attribute::prefix},
                                                  {"name", &Attribute::name},
                                                  {"beforeEquals", &Attribute::beforeEquals},
@@ -454,31 +462,41 @@ private:
     void MakeTags() {
         using Start = DataOf<HTML::StartTagSimpleParser>;
         Add("html/tags/StartTagSimpleParser.cpp", "", {{0, {"prefix", true}}, {1, {"name", true}}},
-            ViewOf<HTML::StartTagSimpleParser>{{{"prefix", &Start::prefix}, {"name", &Start::name}, {"suffix", &Start::suffix}},
-                                               {},
-                                               ReadOpen<Start>,
-                                               JoinAttributes<S, Start>});
-        using End = DataOf<HTML::EndTagSimpleParser>;
-        Add("html/tags/EndTagSimpleParser.cpp", "", {{0, {"prefix", true}}, {1, {"name", true}}, {2, {"afterName", true}}},
-            ViewOf<HTML::EndTagSimpleParser>{
-                {{"prefix", &End::prefix}, {"name", &End::name}, {"afterName", &End::afterName}, {"suffix", &End::suffix}},
+            ViewOf<HTML::StartTagSimpleParser>{
+                {{"prefix", &Start::prefix}, {"name", &Start::name}, {"suffix", &Start::suffix}},
                 {},
-                ReadOpen<End>,
-                JoinAttributes<S, End>});
+                ReadOpen<Start>,
+                JoinAttributes<S, Start>});
+        using End = DataOf<HTML::EndTagSimpleParser>;
+        Add("html/tags/EndTagSimpleParser.cpp", "",
+            {{0, {"prefix", true}}, {1, {"name", true}}, {2, {"afterName", true}}},
+            ViewOf<HTML::EndTagSimpleParser>{{{"prefix", &End::prefix},
+                                              {"name", &End::name},
+                                              {"afterName", &End::afterName},
+                                              {"suffix", &End::suffix}},
+                                             {},
+                                             ReadOpen<End>,
+                                             JoinAttributes<S, End>});
         using Entity = DataOf<HTML::EntityTagSimpleParser>;
         Add("html/tags/EntityTagSimpleParser.cpp", "", {{0, {"prefix", true}}, {1, {"name", true}}},
             ViewOf<HTML::EntityTagSimpleParser>{
-                {{"prefix", &Entity::prefix}, {"name", &Entity::name}, {"suffix", &Entity::suffix}}, {}, {}, [](const Entity& data) {
+                {{"prefix", &Entity::prefix}, {"name", &Entity::name}, {"suffix", &Entity::suffix}},
+                {},
+                {},
+                [](const Entity& data) {
                     S joined;
                     for (const auto& item : data.tokens)
                         joined += item.prefix + item.value;
                     return joined;
                 }});
         using Extern = DataOf<HTML::ExternTagSimpleParser>;
-        TableMachine& instruction = Add(
-            "html/tags/ExternTagSimpleParser.cpp", "", {{0, {"prefix", true}}, {1, {"name", true}}},
-            ViewOf<HTML::ExternTagSimpleParser>{
-                {{"prefix", &Extern::prefix}, {"name", &Extern::name}, {"suffix", &Extern::suffix}}, {}, {}, JoinAttributes<S, Extern>});
+        TableMachine& instruction =
+            Add("html/tags/ExternTagSimpleParser.cpp", "", {{0, {"prefix", true}}, {1, {"name", true}}},
+                ViewOf<HTML::ExternTagSimpleParser>{
+                    {{"prefix", &Extern::prefix}, {"name", &Extern::name}, {"suffix", &Extern::suffix}},
+                    {},
+                    {},
+                    JoinAttributes<S, Extern>});
         // Targets of an XML declaration are "xml" and what begins with "xml:" or "xml-".
         instruction.symbols.push_back(u"xml");
         instruction.symbols.push_back(u"Xml-a");

@@ -28,7 +28,8 @@ constexpr const char* OTHER_TABLES[] = {
 };
 
 bool StartsWithAny(const std::string& file, const auto& prefixes) {
-    return std::any_of(std::begin(prefixes), std::end(prefixes), [&](const char* prefix) { return file.starts_with(prefix); });
+    return std::any_of(std::begin(prefixes), std::end(prefixes),
+                       [&](const char* prefix) { return file.starts_with(prefix); });
 }
 
 /// One table and the machines that it belongs to.
@@ -91,10 +92,12 @@ TEST(StateTablesTest, EveryTableIsTrue) {
         for (std::size_t row = 0; row < table.rows.size(); ++row) {
             for (std::size_t i = 0; i < table.rows[row].cells.size(); ++i) {
                 const std::size_t expected = table.rows[row].cells[i] == "never" ? 0 : 1;
-                EXPECT_EQ(used.count({row, i}), expected) << "line " << table.rows[row].line << ": " << table.columns[i].head;
+                EXPECT_EQ(used.count({row, i}), expected)
+                    << "line " << table.rows[row].line << ": " << table.columns[i].head;
             }
             for (std::size_t i = 0; i < table.rows[row].examples.size(); ++i)
-                EXPECT_EQ(used.count({row, i}), 1U) << "line " << table.rows[row].line << ": an example that is not used";
+                EXPECT_EQ(used.count({row, i}), 1U)
+                    << "line " << table.rows[row].line << ": an example that is not used";
         }
     }
 }
@@ -109,7 +112,8 @@ TEST(StateTablesTest, NoStateIsMissing) {
             for (std::uint32_t state = 0; machine.statesEndAtTable && state < 16; ++state) {
                 const TableOutcome outcome = machine.run({state, {{u"\x0C"}}, false});
                 const bool isKnown = outcome.result != machine.failResult || outcome.consumed != 0;
-                EXPECT_TRUE(states.count(state) != 0 || !isKnown) << "state " << state << " has no row, and the machine knows it";
+                EXPECT_TRUE(states.count(state) != 0 || !isKnown)
+                    << "state " << state << " has no row, and the machine knows it";
             }
         }
     }
@@ -166,19 +170,21 @@ TEST(StateTablesTest, EveryWrongCellIsFound) {
         }
         for (const CellPlace& place : used) {
             const TableRow& row = table.rows[place.row];
-            const std::string column = row.examples.empty() ? table.columns[place.index].head : ToLine(row.examples[place.index].text);
+            const std::string column =
+                row.examples.empty() ? table.columns[place.index].head : ToLine(row.examples[place.index].text);
             for (const std::string& cell : OtherCells(table, place)) {
                 ++wrong;
-                const bool found =
-                    std::any_of(checkers.begin(), checkers.end(), [&](const TableChecker& c) { return c.FindsWrong(place, cell); });
+                const bool found = std::any_of(checkers.begin(), checkers.end(),
+                                               [&](const TableChecker& c) { return c.FindsWrong(place, cell); });
                 const auto* const same = std::find_if(std::begin(SAME), std::end(SAME), [&](const SameCell& entry) {
-                    return table.file == entry.source && row.state == entry.state && column == entry.column && cell == entry.cell;
+                    return table.file == entry.source && row.state == entry.state && column == entry.column &&
+                           cell == entry.cell;
                 });
                 const bool isSame = same != std::end(SAME);
                 if (isSame)
                     met.insert(same);
-                EXPECT_NE(found, isSame) << "state " << row.state << ", " << column << ": [" << GetCell(table, place) << "] became ["
-                                         << cell << "]";
+                EXPECT_NE(found, isSame) << "state " << row.state << ", " << column << ": [" << GetCell(table, place)
+                                         << "] became [" << cell << "]";
             }
         }
     }
@@ -205,9 +211,12 @@ TEST(StateTablesTest, ATableInAnotherFormIsNotRead) {
         {"two ends", "//  state   \"a\"\n//  0 x     to 1, complete\n", "x.cpp:2: the cell [to 1, complete]: two ends"},
         {"consumed and left", "//  state   \"a\"\n//  0 x     keep, as 1\n",
          "x.cpp:2: the cell [keep, as 1]: the character is both consumed and left"},
-        {"a state that is no number", "//  state   \"a\"\n//  0 x     as one\n", "x.cpp:2: the cell [as one]: \"as\" without a state"},
-        {"never and more", "//  state   \"a\"\n//  0 x     never, keep\n", "x.cpp:2: the cell [never, keep]: never, and more"},
-        {"a quote that is not closed", "//  state   \"a\"\n//  0 x     \"b, to 1\n", "x.cpp:2: a quote is not closed:   0 x     \"b, to 1"},
+        {"a state that is no number", "//  state   \"a\"\n//  0 x     as one\n",
+         "x.cpp:2: the cell [as one]: \"as\" without a state"},
+        {"never and more", "//  state   \"a\"\n//  0 x     never, keep\n",
+         "x.cpp:2: the cell [never, keep]: never, and more"},
+        {"a quote that is not closed", "//  state   \"a\"\n//  0 x     \"b, to 1\n",
+         "x.cpp:2: a quote is not closed:   0 x     \"b, to 1"},
         {"an example without a colon", "//  state   \"a\"\n//  0 x     the y recognizer reads on: \"b\" to 1\n",
          "x.cpp:2: an example is not a text, a colon and a cell: \"b\" to 1"},
         {"an example without a text", "//  state   \"a\"\n//  0 x     the y recognizer reads on: b: to 1\n",

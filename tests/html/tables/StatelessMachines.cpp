@@ -136,13 +136,14 @@ TableMachine MakeMachine(Part part, std::uint32_t textStates) {
 }
 
 TableMachine MakeNames() {
-    TableMachine machine = MakeMachine(
-        {[](Data* data, std::uint32_t state) {
-             if (state == 0)
-                 data->identifier.clear();
-         },
-         HTML::Stateless::ParseIdentifier, [](const Data& data) { return data.identifier.empty() ? 0U : 1U; }, &Data::identifier},
-        2);
+    TableMachine machine =
+        MakeMachine({[](Data* data, std::uint32_t state) {
+                         if (state == 0)
+                             data->identifier.clear();
+                     },
+                     HTML::Stateless::ParseIdentifier,
+                     [](const Data& data) { return data.identifier.empty() ? 0U : 1U; }, &Data::identifier},
+                    2);
     machine.classify = [](const TablePlace&, const Codes& symbol) -> std::string {
         if (IsLetter(symbol[0]))
             return "letter, \"_\"";
@@ -212,33 +213,35 @@ TableMachine MakeInstructions() {
 }
 
 TableMachine MakeComments() {
-    return MakeMachine({[](Data* data, std::uint32_t state) { data->commentState = state; }, HTML::Stateless::ParseCommentTag,
-                        [](const Data& data) { return data.commentState; }, &Data::identifier},
-                       3);
+    return MakeMachine(
+        {[](Data* data, std::uint32_t state) { data->commentState = state; }, HTML::Stateless::ParseCommentTag,
+         [](const Data& data) { return data.commentState; }, &Data::identifier},
+        3);
 }
 
 /// Some states of the table are one of the machine and the byte before.
 TableMachine MakeScripts() {
-    TableMachine machine = MakeMachine({[](Data* data, std::uint32_t state) {
-                                            const std::uint32_t states[] = {0, 0, 2, 3, 4, 5, 6, 2, 4, 5};
-                                            data->scriptState = states[state];
-                                            data->scriptPrevious = state == 7 ? '*' : state > 7 ? '\\' : ' ';
-                                            data->scriptEnd = "<";
-                                            if (state == 1)
-                                                data->text += '/';
-                                        },
-                                        HTML::Stateless::ParseScriptTag,
-                                        [](const Data& data) -> std::uint32_t {
-                                            if (data.scriptState == 0)
-                                                return data.text.ends_with('/') ? 1 : 0;
-                                            if (data.scriptState == 2)
-                                                return data.scriptPrevious == '*' ? 7 : 2;
-                                            if (data.scriptState == 4 || data.scriptState == 5)
-                                                return data.scriptPrevious == '\\' ? data.scriptState + 4 : data.scriptState;
-                                            return data.scriptState;
-                                        },
-                                        &Data::text, true},
-                                       10);
+    TableMachine machine =
+        MakeMachine({[](Data* data, std::uint32_t state) {
+                         const std::uint32_t states[] = {0, 0, 2, 3, 4, 5, 6, 2, 4, 5};
+                         data->scriptState = states[state];
+                         data->scriptPrevious = state == 7 ? '*' : state > 7 ? '\\' : ' ';
+                         data->scriptEnd = "<";
+                         if (state == 1)
+                             data->text += '/';
+                     },
+                     HTML::Stateless::ParseScriptTag,
+                     [](const Data& data) -> std::uint32_t {
+                         if (data.scriptState == 0)
+                             return data.text.ends_with('/') ? 1 : 0;
+                         if (data.scriptState == 2)
+                             return data.scriptPrevious == '*' ? 7 : 2;
+                         if (data.scriptState == 4 || data.scriptState == 5)
+                             return data.scriptPrevious == '\\' ? data.scriptState + 4 : data.scriptState;
+                         return data.scriptState;
+                     },
+                     &Data::text, true},
+                    10);
     machine.classify = [](const TablePlace&, const Codes& symbol) -> std::string {
         return symbol == u"\r" || symbol == u"\n" ? "line break" : "";
     };
@@ -246,8 +249,8 @@ TableMachine MakeScripts() {
 }
 
 TableMachine MakeStyleSheets() {
-    return MakeMachine({[](Data* data, std::uint32_t state) { data->styleState = state; }, HTML::Stateless::ParseStyleTag,
-                        [](const Data& data) { return data.styleState; }, &Data::text},
+    return MakeMachine({[](Data* data, std::uint32_t state) { data->styleState = state; },
+                        HTML::Stateless::ParseStyleTag, [](const Data& data) { return data.styleState; }, &Data::text},
                        2);
 }
 
@@ -269,18 +272,21 @@ std::string ClassifyContent(bool isScript, const TablePlace& place, const Codes&
 }
 
 TableMachine MakeContents(bool isScript) {
-    TableMachine machine = MakeMachine({[isScript](Data* data, std::uint32_t state) {
-                                            data->rawElement =
-                                                static_cast<std::uint32_t>(isScript ? RawTextElement::SCRIPT : RawTextElement::STYLE);
-                                            data->rawTextState = state;
-                                        },
-                                        HTML::Stateless::ParseRawText, [](const Data& data) { return data.rawTextState; }, &Data::text},
-                                       3);
+    TableMachine machine = MakeMachine(
+        {[isScript](Data* data, std::uint32_t state) {
+             data->rawElement = static_cast<std::uint32_t>(isScript ? RawTextElement::SCRIPT : RawTextElement::STYLE);
+             data->rawTextState = state;
+         },
+         HTML::Stateless::ParseRawText, [](const Data& data) { return data.rawTextState; }, &Data::text},
+        3);
     machine.note = isScript ? "a script" : "a style sheet";
-    machine.symbols = {u"<!--", u"<script>", u"<SCRIPT ",  u"<script/",   u"</script>", u"</Script\n", u"</script/", u"-->",
-                       u">",    u"a",        u"-",         u"--",         u"<b>",       u"</b>",       u"</style>",  u"</style ",
-                       u"<!-x", u"<!->",     u"<scripts>", u"</scripts>", u"<script\v", u"</script\v", u" ",         u"\n"};
-    machine.classify = [isScript](const TablePlace& place, const Codes& symbol) { return ClassifyContent(isScript, place, symbol); };
+    machine.symbols = {u"<!--",      u"<script>",   u"<SCRIPT ",  u"<script/",   u"</script>", u"</Script\n",
+                       u"</script/", u"-->",        u">",         u"a",          u"-",         u"--",
+                       u"<b>",       u"</b>",       u"</style>",  u"</style ",   u"<!-x",      u"<!->",
+                       u"<scripts>", u"</scripts>", u"<script\v", u"</script\v", u" ",         u"\n"};
+    machine.classify = [isScript](const TablePlace& place, const Codes& symbol) {
+        return ClassifyContent(isScript, place, symbol);
+    };
     if (!isScript)
         machine.states = {0};
     return machine;
@@ -342,7 +348,9 @@ TableMachine MakeMain() {
     machine.fieldNames = {"text"};
     machine.symbols.erase(machine.symbols.begin());  // an observer sees a text up to its first NUL
     machine.run = [](const TableInput& input) { return RunMain(input); };
-    machine.classify = [](const TablePlace&, const Codes& symbol) { return IsLetter(symbol[0]) ? "letter, \"_\"" : ""; };
+    machine.classify = [](const TablePlace&, const Codes& symbol) {
+        return IsLetter(symbol[0]) ? "letter, \"_\"" : "";
+    };
     return machine;
 }
 

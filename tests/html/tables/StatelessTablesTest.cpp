@@ -70,7 +70,8 @@ TEST(StatelessTablesTest, EveryTableIsTrue) {
         for (std::size_t row = 0; row < table.rows.size(); ++row) {
             const std::size_t count = std::max(table.rows[row].cells.size(), table.rows[row].examples.size());
             for (std::size_t i = 0; i < count; ++i)
-                EXPECT_EQ(used.count({row, i}), 1U) << "line " << table.rows[row].line << ": cell " << i << " is not used";
+                EXPECT_EQ(used.count({row, i}), 1U)
+                    << "line " << table.rows[row].line << ": cell " << i << " is not used";
         }
     }
 }
@@ -92,7 +93,8 @@ TEST(StatelessTablesTest, AWrongCellIsFound) {
             for (const char* wrong : {"999", "drop, to 15", "as 15"}) {
                 EXPECT_TRUE(std::any_of(checkers.begin(), checkers.end(),
                                         [&](const TableChecker& checker) { return checker.FindsWrong(place, wrong); }))
-                    << "state " << table.rows[place.row].state << ", cell " << place.index << ": [" << cell << "] became [" << wrong << "]";
+                    << "state " << table.rows[place.row].state << ", cell " << place.index << ": [" << cell
+                    << "] became [" << wrong << "]";
                 ++cells;
             }
         }

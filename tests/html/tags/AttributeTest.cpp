@@ -79,7 +79,8 @@ TYPED_TEST(AttributeTest, EscapeRuns) {
                                                "19 { |a|= |\"\\x1B$B\"} rest(\\x1B(B\"b)");
     CheckRow<AttributeSimpleParser, TypeParam>("a value in apostrophes has no runs", "a='\033$B'\033(B'",
                                                "19 {|a|=|'\\x1B$B'} rest(\\x1B(B')", on);
-    CheckRow<AttributeSimpleParser, TypeParam>("a name has no runs", "\033$B=\033(B ", "19 {|\\x1B$B|=|\\x1B(B} rest( )", on);
+    CheckRow<AttributeSimpleParser, TypeParam>("a name has no runs", "\033$B=\033(B ",
+                                               "19 {|\\x1B$B|=|\\x1B(B} rest( )", on);
     CheckRow<AttributeSimpleParser, TypeParam>("the input ends inside the run", "a=\"\033$B\"", "end 19", on);
 }
 
@@ -90,8 +91,10 @@ TYPED_TEST(AttributeTest, AnOwnerMayGoOnAtTheName) {
         data->state = 1;
     };
     CheckRow<AttributeSimpleParser, TypeParam>("the preset prefix stays", "b=1 ", "19 { \\n|b|=|1} rest( )", prepare);
-    CheckRow<AttributeSimpleParser, TypeParam>("the name is an attribute name", "b<[c] d", "19 { \\n|b<[c]| } rest(d)", prepare);
-    CheckRow<AttributeSimpleParser, TypeParam>("white space ends the name at once", " b", "19 { \\n|| } rest(b)", prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("the name is an attribute name", "b<[c] d", "19 { \\n|b<[c]| } rest(d)",
+                                               prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("white space ends the name at once", " b", "19 { \\n|| } rest(b)",
+                                               prepare);
     CheckRow<AttributeSimpleParser, TypeParam>("there may be no name", ">", "19 { \\n||} rest(>)", prepare);
 }
 

@@ -19,7 +19,8 @@ constexpr std::string_view NAME_STOPS = "\t\n\v\f\r =[]<>";
 constexpr std::string_view ATTRIBUTE_NAME_STOPS = "\t\n\v\f\r =>";
 constexpr std::string_view VALUE_STOPS = "\t\n\v\f\r <>";
 
-/// A second opinion on "<!" and "<?": reads the whole input with plain searches. An outcome other than 19 has no record.
+/// A second opinion on "<!" and "<?": reads the whole input with plain searches. An outcome other
+/// than 19 has no record.
 class DeclarationModel {
 public:
     DeclarationModel(std::string_view wholeInput, bool allowRuns) : input(wholeInput), iso2022(allowRuns) {}
@@ -137,7 +138,8 @@ private:
             if (input[place] != '>')
                 return Fail();
             ++place;
-            return "19 extern(" + Target() + attributes + "|" + Trace::Escape(suffix) + (slash ? ", slash)" : ")") + Rest();
+            return "19 extern(" + Target() + attributes + "|" + Trace::Escape(suffix) + (slash ? ", slash)" : ")") +
+                   Rest();
         };
         for (;;) {
             if (!afterName)
@@ -255,8 +257,8 @@ protected:
 TYPED_TEST_SUITE(DeclarationModelTest, Flavours);
 
 TYPED_TEST(DeclarationModelTest, RandomDeclarations) {
-    RandomInput random(31,
-                       {"D", "a", " ", " ", "\n", "=", "/", "[", "]", "-", "'", "'b'", "\"", "\"c\"", "''", "<", "\\", "\033$B", "\033(B"});
+    RandomInput random(31, {"D", "a", " ", " ", "\n", "=", "/", "[", "]", "-", "'", "'b'", "\"", "\"c\"", "''", "<",
+                            "\\", "\033$B", "\033(B"});
     for (int round = 0; round < ROUNDS; ++round) {
         const std::string input = random.Next(12) + (random.Flip() ? ">x" : "");
         ASSERT_NO_FATAL_FAILURE(this->CheckEntity(input, random.Flip(), &random));
@@ -265,8 +267,9 @@ TYPED_TEST(DeclarationModelTest, RandomDeclarations) {
 }
 
 TYPED_TEST(DeclarationModelTest, RandomXmlDeclarations) {
-    RandomInput random(32, {"a", "b", " ",      " ",      "\n",           "=", "=", "?", "?", "/", "/", "'b'", "\"c\"", "'", "\"", "=d",
-                            "<", "[", "\033$B", "\033(B", " e=\"\033$B\""});
+    RandomInput random(32, {"a",  "b",  " ", " ", "\n",     "=",      "=",
+                            "?",  "?",  "/", "/", "'b'",    "\"c\"",  "'",
+                            "\"", "=d", "<", "[", "\033$B", "\033(B", " e=\"\033$B\""});
     constexpr std::string_view TARGETS[] = {"xml", "xml ", " XML ", "xml-a ", "Xml:"};
     for (int round = 0; round < 2 * ROUNDS; ++round) {
         const std::string target(TARGETS[random.Below(std::size(TARGETS))]);

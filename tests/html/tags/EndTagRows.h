@@ -93,16 +93,21 @@ inline constexpr TagRow END_TAG_ESCAPE_RUNS[] = {
     {"the first attribute", "p b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
     {"after a bare value too, unlike in a start tag", "p a=x b=\"\033$B\" c=\"\033(B\">",
      "19 end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-    {"after a quoted value", "p a='x' b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|a|=|'x'}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-    {"after an empty bare value", "p a=<b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|a|=|}{|<b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-    {"after an attribute without a value", "p a b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-    {"values in apostrophes never have runs", "p b='\033$B' c='\033(B'>", "19 end(|p| |{|b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
+    {"after a quoted value", "p a='x' b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a|=|'x'}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after an empty bare value", "p a=<b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a|=|}{|<b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after an attribute without a value", "p a b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"values in apostrophes never have runs", "p b='\033$B' c='\033(B'>",
+     "19 end(|p| |{|b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
     {"the input ends inside a run", "p b=\"\033$B\">", "end 16"},
 };
 
 inline constexpr std::array END_TAG_TABLES = {
-    std::span<const TagRow>(END_TAG_NAMES),    std::span<const TagRow>(END_TAG_ATTRIBUTES),  std::span<const TagRow>(END_TAG_SLASHES),
-    std::span<const TagRow>(END_TAG_FAILURES), std::span<const TagRow>(END_TAG_ESCAPE_RUNS),
+    std::span<const TagRow>(END_TAG_NAMES),       std::span<const TagRow>(END_TAG_ATTRIBUTES),
+    std::span<const TagRow>(END_TAG_SLASHES),     std::span<const TagRow>(END_TAG_FAILURES),
+    std::span<const TagRow>(END_TAG_ESCAPE_RUNS),
 };
 
 }  // namespace Kestra::Test

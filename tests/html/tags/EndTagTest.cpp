@@ -119,7 +119,8 @@ TYPED_TEST(EndTagTest, ACallEndsAfterASlash) {
         Parser<TypeParam> parser;
         Data<TypeParam> data;
         parser.BeginParse(&data);
-        EXPECT_EQ(ParseOnce(&parser, &data, std::string(row.input) + std::string(row.next)), (CallOutcome{0, row.input.size()}));
+        EXPECT_EQ(ParseOnce(&parser, &data, std::string(row.input) + std::string(row.next)),
+                  (CallOutcome{0, row.input.size()}));
         EXPECT_EQ(data.state, 5U);
         EXPECT_TRUE(data.slashBeforeClose);
         EXPECT_EQ(ParseOnce(&parser, &data, row.next), row.outcome);
@@ -143,7 +144,8 @@ TYPED_TEST(EndTagTest, AfterASlashFurtherAttributesMayFollow) {
     EXPECT_EQ(Dump(data), "end(||||, slash, open)");
 }
 
-/// An end tag that has read "a b=c d" and the "e" after it, put into another state: each exit from there must normalize.
+/// An end tag that has read "a b=c d" and the "e" after it, put into another state: each exit from
+/// there must normalize.
 TYPED_TEST(EndTagTest, EveryExitNormalizes) {
     struct Row {
         std::uint32_t state;
@@ -249,7 +251,8 @@ TYPED_TEST(EndTagTest, WhatTheRecordHeldBeforeIsReplaced) {
         data->suffix.clear();
     };
     CheckRow<EndTagSimpleParser, TypeParam>("prefix and name", " p a=x>", "19 end( |p| |{|a|=|x}|)", withoutSuffix);
-    CheckRow<EndTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 end( |p|\\t||before)", prepare);
+    CheckRow<EndTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 end( |p|\\t||before)",
+                                            prepare);
 }
 
 /// The list keeps the elements that it dropped: nothing of an earlier tag may show in them.

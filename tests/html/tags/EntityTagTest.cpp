@@ -66,7 +66,8 @@ TYPED_TEST(EntityTagTest, Items) {
         {"quoted items", "D html PUBLIC \"-//a\" \"b\">", "19 entity(|D|{ |html}{ |PUBLIC}{ |\"-//a\"}{ |\"b\"}|)"},
         {"single-quoted items", "D 'a' 'b c'>", "19 entity(|D|{ |'a'}{ |'b c'}|)"},
         {"an item may hold the other quote", "D 'a\"b' \"c'd\">", "19 entity(|D|{ |'a\"b'}{ |\"c'd\"}|)"},
-        {"an item may hold \">\", \"<\" and line ends", "D '>\n<' \"<\n>\">", "19 entity(|D|{ |'>\\n<'}{ |\"<\\n>\"}|)"},
+        {"an item may hold \">\", \"<\" and line ends", "D '>\n<' \"<\n>\">",
+         "19 entity(|D|{ |'>\\n<'}{ |\"<\\n>\"}|)"},
         {"an empty quoted item is an item", "D ''>", "19 entity(|D|{ |''}|)"},
         {"an empty item in quotation marks is an item", "D \"\" x>", "19 entity(|D|{ |\"\"}{ |x}|)"},
         {"empty items one after the other", "D ''\"\"''>", "19 entity(|D|{ |''}{|\"\"}{|''}|)"},
@@ -114,7 +115,8 @@ TYPED_TEST(EntityTagTest, EscapeRunsInQuotedItems) {
         {"the first item", "D \"\033$B\" \"\033(B\">", "19 entity(|D|{ |\"\\x1B$B\" \"\\x1B(B\"}|)"},
         {"after a word", "D x \"\033$B\" \"\033(B\">", "19 entity(|D|{ |x}{ |\"\\x1B$B\" \"\\x1B(B\"}|)"},
         {"after a quoted item", "D 'x'\"\033$B\" \"\033(B\">", "19 entity(|D|{ |'x'}{|\"\\x1B$B\" \"\\x1B(B\"}|)"},
-        {"after an item in quotation marks", "D \"\" \"\033$B\" \"\033(B\">", "19 entity(|D|{ |\"\"}{ |\"\\x1B$B\" \"\\x1B(B\"}|)"},
+        {"after an item in quotation marks", "D \"\" \"\033$B\" \"\033(B\">",
+         "19 entity(|D|{ |\"\"}{ |\"\\x1B$B\" \"\\x1B(B\"}|)"},
         {"items in apostrophes never have runs", "D '\033$B' '\033(B'>", "19 entity(|D|{ |'\\x1B$B'}{ |'\\x1B(B'}|)"},
         {"words never have runs", "D \033$B>", "19 entity(|D|{ |\\x1B$B}|)"},
         {"the input ends inside a run", "D \"\033$B\">", "end 16 entity(|D||)"},
@@ -176,8 +178,9 @@ TYPED_TEST(EntityTagTest, BeginParseBeginsTheMembersToo) {
         std::string_view record;
     };
     const Row ROWS[] = {
-        {"  ", 0, " D>", "entity( |D||)"},     {"abc", 1, "D>", "entity(|D||)"},      {"D 'a", 2, "b>", "entity(||{|b}|)"},
-        {"D  ", 2, " b>", "entity(||{ |b}|)"}, {"D a", 2, " b>", "entity(||{ |b}|)"},
+        {"  ", 0, " D>", "entity( |D||)"},     {"abc", 1, "D>", "entity(|D||)"},
+        {"D 'a", 2, "b>", "entity(||{|b}|)"},  {"D  ", 2, " b>", "entity(||{ |b}|)"},
+        {"D a", 2, " b>", "entity(||{ |b}|)"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(row.abandoned);
@@ -216,7 +219,9 @@ TYPED_TEST(EntityTagTest, AMemberIsBegunWhereItsStateIsEntered) {
 }
 
 TYPED_TEST(EntityTagTest, WhatTheRecordHeldBeforeIsReplaced) {
-    const auto prepare = [](Data<TypeParam>* data) { data->prefix = data->name = data->suffix = To<typename TypeParam::S>("before"); };
+    const auto prepare = [](Data<TypeParam>* data) {
+        data->prefix = data->name = data->suffix = To<typename TypeParam::S>("before");
+    };
     CheckRow<EntityTagSimpleParser, TypeParam>("with white space", " D\t>", "19 entity( |D||\\t)", prepare);
     CheckRow<EntityTagSimpleParser, TypeParam>("without", "D>", "19 entity(|D||)", prepare);
 }

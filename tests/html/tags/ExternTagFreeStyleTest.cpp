@@ -131,7 +131,8 @@ TYPED_TEST(ExternTagFreeStyleTest, EscapeRuns) {
         {"a run hides the closing quotation mark", "\"\033$B\">\033(B\">x", "19 text(\"\\x1B$B\">\\x1B(B\">) rest(x)"},
         {"in every string", "\"a\"\"\033$B\">\033(B\">x", "19 text(\"a\"\"\\x1B$B\">\\x1B(B\">) rest(x)"},
         {"after a string in apostrophes", "'a' \"\033$B\">\033(B\">x", "19 text('a' \"\\x1B$B\">\\x1B(B\">) rest(x)"},
-        {"two runs in one string", "\"\033$B\"\033(B\033$B\"\033(B\">", "19 text(\"\\x1B$B\"\\x1B(B\\x1B$B\"\\x1B(B\">)"},
+        {"two runs in one string", "\"\033$B\"\033(B\033$B\"\033(B\">",
+         "19 text(\"\\x1B$B\"\\x1B(B\\x1B$B\"\\x1B(B\">)"},
         {"characters after a run", "\"\033$B\"\033(Ba\">", "19 text(\"\\x1B$B\"\\x1B(Ba\">)"},
         {"a backslash before ESC makes it ordinary", "\"\\\033$B\">x", "19 text(\"\\\\\\x1B$B\">) rest(x)"},
         {"strings in apostrophes have no runs", "'\033$B'>\033(B'", "19 text('\\x1B$B'>) rest(\\x1B(B')"},
@@ -173,8 +174,9 @@ TYPED_TEST(ExternTagFreeStyleTest, APendingQuestionMarkIsNotYetInTheText) {
         std::string_view record;
     };
     const Row ROWS[] = {
-        {"a", false, "text(a)"},       {"a?", true, "text(a)"},    {"a?b", false, "text(a?b)"}, {"a??", true, "text(a?)"},
-        {"a??b", false, "text(a??b)"}, {"a?'", false, "text(a?)"}, {"a?/", false, "text(a?)"},
+        {"a", false, "text(a)"},    {"a?", true, "text(a)"},       {"a?b", false, "text(a?b)"},
+        {"a??", true, "text(a?)"},  {"a??b", false, "text(a??b)"}, {"a?'", false, "text(a?)"},
+        {"a?/", false, "text(a?)"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(row.input);
@@ -227,8 +229,8 @@ TYPED_TEST(ExternTagFreeStyleTest, ARecordMayStandInAnyState) {
         {7, true, "'>'>x", "19 text(?'>'>) rest(x)"},
     };
     for (const Row& row : ROWS) {
-        CheckRow<ExternTagFreeStyleSimpleParser, TypeParam>("state " + std::to_string(row.state), row.input, row.expected,
-                                                            [&row](Data<TypeParam>* data) {
+        CheckRow<ExternTagFreeStyleSimpleParser, TypeParam>("state " + std::to_string(row.state), row.input,
+                                                            row.expected, [&row](Data<TypeParam>* data) {
                                                                 data->state = row.state;
                                                                 data->questionPending = row.questionPending;
                                                             });
@@ -303,7 +305,8 @@ TYPED_TEST(ExternTagFreeStyleTest, UnknownStates) {
 
 TYPED_TEST(ExternTagFreeStyleTest, EveryPartMayBeLong) {
     const std::string run(50000, 'x');
-    const std::string input = run + "'" + run + "'\"" + run + "\"/*" + run + "*///" + run + "\n" + std::string(50000, '?') + ">";
+    const std::string input =
+        run + "'" + run + "'\"" + run + "\"/*" + run + "*///" + run + "\n" + std::string(50000, '?') + ">";
     Parser<TypeParam> parser;
     Data<TypeParam> data;
     parser.BeginParse(&data);
@@ -319,9 +322,11 @@ TYPED_TEST(ExternTagFreeStyleTest, EveryPartMayBeLong) {
 
 TEST(ExternTagFreeStyleTest, WideUnitsAreComparedWhole) {
     // The low bytes are those of "?", ">", the quotes, "/", "*" and a line feed.
-    CheckRecognizer<Parser<Wide>>(WideString{0x013F, 0x013E, 0x0127, 0x0122, 0x012F, '*', '/', 0x012A, '/', '/', 0x010A, '>', '\n', '>'},
-                                  "19 text(\\u013F\\u013E\\u0127\\u0122\\u012F*/\\u012A//\\u010A>\\n>)");
-    CheckRecognizer<Parser<Wide>>(WideString{'?', 0x013E, '/', '*', 0x012A, '/', '*', 0x012F, '>'}, "19 text(?\\u013E/*\\u012A/*\\u012F>)");
+    CheckRecognizer<Parser<Wide>>(
+        WideString{0x013F, 0x013E, 0x0127, 0x0122, 0x012F, '*', '/', 0x012A, '/', '/', 0x010A, '>', '\n', '>'},
+        "19 text(\\u013F\\u013E\\u0127\\u0122\\u012F*/\\u012A//\\u010A>\\n>)");
+    CheckRecognizer<Parser<Wide>>(WideString{'?', 0x013E, '/', '*', 0x012A, '/', '*', 0x012F, '>'},
+                                  "19 text(?\\u013E/*\\u012A/*\\u012F>)");
 }
 
 }  // namespace

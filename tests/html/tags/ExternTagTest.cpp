@@ -88,7 +88,8 @@ TYPED_TEST(ExternTagTest, FreeStyle) {
         {"quotes in the target mean nothing", "'a>'", "19 extern(|'a||) free(<?'a>) rest(')"},
         {"a comment does not begin in the target", "a/*>*/", "19 extern(|a/*||) free(<?a/*>) rest(*/)"},
         {"line ends count", "a\n'\n'\r\n?>\n", "19 extern(|a||) free(<?a\\n'\\n'\\r\\n?>) rest(\\n)"},
-        {"NUL and characters from 128 up", "\0\xE9 \0\xBE?>"sv, "19 extern(|\\x00\\xE9||) free(<?\\x00\\xE9 \\x00\\xBE?>)"},
+        {"NUL and characters from 128 up", "\0\xE9 \0\xBE?>"sv,
+         "19 extern(|\\x00\\xE9||) free(<?\\x00\\xE9 \\x00\\xBE?>)"},
     };
     for (const Case& c : CASES)
         CheckRow<ExternTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -96,11 +97,13 @@ TYPED_TEST(ExternTagTest, FreeStyle) {
 
 TYPED_TEST(ExternTagTest, Declarations) {
     const Case CASES[] = {
-        {"two quoted values", "xml version=\"1.0\" encoding='x'?>", "19 extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'x'}|)"},
+        {"two quoted values", "xml version=\"1.0\" encoding='x'?>",
+         "19 extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'x'}|)"},
         {"the rest of the piece is left", "xml a='b'?>?>", "19 extern(|xml|{ |a|=|'b'}|) rest(?>)"},
         {"white space after the last value is the suffix", "xml a='1.0' ?>", "19 extern(|xml|{ |a|=|'1.0'}| )"},
         {"white space alone is the suffix", "xml \n?>", "19 extern(|xml|| \\n)"},
-        {"white space around \"=\"", "xml a = 'b'\td\n=\r\"e\"?>", "19 extern(|xml|{ |a| = |'b'}{\\t|d|\\n=\\r|\"e\"}|)"},
+        {"white space around \"=\"", "xml a = 'b'\td\n=\r\"e\"?>",
+         "19 extern(|xml|{ |a| = |'b'}{\\t|d|\\n=\\r|\"e\"}|)"},
         {"a bare value loses the closing \"?\"", "xml a=b?>", "19 extern(|xml|{ |a|=|b}|)"},
         {"only the last \"?\" closes", "xml a=b??\?>", "19 extern(|xml|{ |a|=|b??}|)"},
         {"white space after \"=\" and a bare value", "xml a= \nb?>", "19 extern(|xml|{ |a|= \\n|b}|)"},
@@ -122,7 +125,8 @@ TYPED_TEST(ExternTagTest, Declarations) {
         {"a name may have \"?\" in the middle", "xml a?b?>", "19 extern(|xml|{ |a?b}|)"},
         {"an attribute without a name", "xml ='b'?>", "19 extern(|xml|{ ||=|'b'}|)"},
         {"attributes are not normalized", "xml a=b c d='e' f?>", "19 extern(|xml|{ |a|=|b}{ |c}{ |d|=|'e'}{ |f}|)"},
-        {"many attributes", "xml a=1 b=2 c=3 d=4 e=5?>", "19 extern(|xml|{ |a|=|1}{ |b|=|2}{ |c|=|3}{ |d|=|4}{ |e|=|5}|)"},
+        {"many attributes", "xml a=1 b=2 c=3 d=4 e=5?>",
+         "19 extern(|xml|{ |a|=|1}{ |b|=|2}{ |c|=|3}{ |d|=|4}{ |e|=|5}|)"},
         {"NUL and ESC are ordinary", "xml \0=\033$B?>"sv, "19 extern(|xml|{ |\\x00|=|\\x1B$B}|)"},
     };
     for (const Case& c : CASES)
@@ -203,7 +207,8 @@ TYPED_TEST(ExternTagTest, Failures) {
 TYPED_TEST(ExternTagTest, EscapeRunsInQuotedValues) {
     const auto on = [](Data<TypeParam>* data) { data->iso2022 = true; };
     const Case WITH[] = {
-        {"the first attribute", "xml b=\"\033$B\" c=\"\033(B\"?>", "19 extern(|xml|{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+        {"the first attribute", "xml b=\"\033$B\" c=\"\033(B\"?>",
+         "19 extern(|xml|{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
         {"after a bare value the next attribute has no runs", "xml a=x b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}{ |c|=|\"\\x1B(B\"}|)"},
         {"after a quoted value it has", "xml a='x' b=\"\033$B\" c=\"\033(B\"?>",
@@ -220,11 +225,13 @@ TYPED_TEST(ExternTagTest, EscapeRunsInQuotedValues) {
          "19 extern(|xml|{ |a|=|x}{ |b|=|'y'}{ |c|=|\"\\x1B$B\" d=\"\\x1B(B\"}|)"},
         {"a bare word in between restores them", "xml a=x y c=\"\033$B\" d=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|x}{ |y}{ |c|=|\"\\x1B$B\" d=\"\\x1B(B\"}|)"},
-        {"values in apostrophes never have runs", "xml b='\033$B' c='\033(B'?>", "19 extern(|xml|{ |b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
+        {"values in apostrophes never have runs", "xml b='\033$B' c='\033(B'?>",
+         "19 extern(|xml|{ |b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
         {"the input ends inside a run", "xml b=\"\033$B\"?>", "end 16 extern(|xml||)"},
         {"free text hands the option on", "php \"\033$B\"?>\033(B\" ?>x",
          "19 extern(|php||) free(<?php \"\\x1B$B\"?>\\x1B(B\" ?>) rest(x)"},
-        {"to every string of it", "php \"a\" \"\033$B\"?>\033(B\"?>", "19 extern(|php||) free(<?php \"a\" \"\\x1B$B\"?>\\x1B(B\"?>)"},
+        {"to every string of it", "php \"a\" \"\033$B\"?>\033(B\"?>",
+         "19 extern(|php||) free(<?php \"a\" \"\\x1B$B\"?>\\x1B(B\"?>)"},
     };
     for (const Case& c : WITH)
         CheckRow<ExternTagSimpleParser, TypeParam>(c.note, c.input, c.expected, on);
@@ -382,7 +389,8 @@ TYPED_TEST(ExternTagTest, WhatTheRecordHeldBeforeIsReplaced) {
     const auto prepare = [](Data<TypeParam>* data) { data->prefix = data->name = data->suffix = To<S>("before"); };
     const auto withText = [](Data<TypeParam>* data) { data->prefix = data->name = data->text = To<S>("before"); };
     CheckRow<ExternTagSimpleParser, TypeParam>("prefix, name and suffix", " xml\t?>", "19 extern( |xml||\\t)", prepare);
-    CheckRow<ExternTagSimpleParser, TypeParam>("by nothing, too", "xml a='b'?>", "19 extern(|xml|{ |a|=|'b'}|)", prepare);
+    CheckRow<ExternTagSimpleParser, TypeParam>("by nothing, too", "xml a='b'?>", "19 extern(|xml|{ |a|=|'b'}|)",
+                                               prepare);
     CheckRow<ExternTagSimpleParser, TypeParam>("the text", "php?>", "19 extern(|php?||) free(<?php?>)", withText);
 }
 
@@ -416,7 +424,8 @@ TEST(ExternTagTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<ExternTagSimpleParser, Narrow>("bytes from 128 up are no white space", "xml\xA0?>",
                                             "19 extern(|xml\\xA0?||) free(<?xml\\xA0?>)");
     CheckRow<ExternTagSimpleParser, Wide>("U+00A0 and U+0085", "\x85xml\xA0?>", "19 extern(\\u0085|xml||\\u00A0)");
-    const WideString input = {0x3000, 'x', 'm', 'l', 0x2028, 'b', 0x2003, '=', 0x3000, '"', 0x3042, '"', 0x202F, '?', '>'};
+    const WideString input = {0x3000, 'x', 'm',    'l', 0x2028, 'b', 0x2003, '=',
+                              0x3000, '"', 0x3042, '"', 0x202F, '?', '>'};
     CheckRecognizer<Parser<Wide>>(input, "19 extern(\\u3000|xml|{\\u2028|b|\\u2003=\\u3000|\"\\u3042\"}|\\u202F)");
 }
 
@@ -424,9 +433,12 @@ TEST(ExternTagTest, OnlyAsciiLettersFoldInTargets) {
     // Fullwidth letters, and units whose low bytes are those of "x" and "-".
     CheckRecognizer<Parser<Wide>>(WideString{0xFF38, 0xFF2D, 0xFF2C, '?', '>'},
                                   "19 extern(|\\uFF38\\uFF2D\\uFF2C?||) free(<?\\uFF38\\uFF2D\\uFF2C?>)");
-    CheckRecognizer<Parser<Wide>>(WideString{0x0178, 'm', 'l', ' ', '>'}, "19 extern(|\\u0178ml||) free(<?\\u0178ml >)");
-    CheckRecognizer<Parser<Wide>>(WideString{'x', 'm', 'l', 0x012D, '>'}, "19 extern(|xml\\u012D||) free(<?xml\\u012D>)");
-    CheckRow<ExternTagSimpleParser, Narrow>("the high bit set", "\xF8ml ?>", "19 extern(|\\xF8ml||) free(<?\\xF8ml ?>)");
+    CheckRecognizer<Parser<Wide>>(WideString{0x0178, 'm', 'l', ' ', '>'},
+                                  "19 extern(|\\u0178ml||) free(<?\\u0178ml >)");
+    CheckRecognizer<Parser<Wide>>(WideString{'x', 'm', 'l', 0x012D, '>'},
+                                  "19 extern(|xml\\u012D||) free(<?xml\\u012D>)");
+    CheckRow<ExternTagSimpleParser, Narrow>("the high bit set", "\xF8ml ?>",
+                                            "19 extern(|\\xF8ml||) free(<?\\xF8ml ?>)");
 }
 
 TEST(ExternTagTest, WideUnitsAreComparedWhole) {

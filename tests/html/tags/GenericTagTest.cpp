@@ -58,10 +58,12 @@ TYPED_TEST(GenericTagTest, Decisions) {
         {"\"!->\" is malformed", "!->", "11 next() rest(>)"},
         {"\"!-\" and a line feed is malformed", "!-\n", "11 next() rest(\\n)"},
         {"\"![CDATA[\" is a section", "![CDATA[x", "19 next(CDATATagSimpleParser) keyword(CDATA) rest([x)"},
-        {"keywords ignore case and stay as written", "![cdata[", "19 next(CDATATagSimpleParser) keyword(cdata) rest([)"},
+        {"keywords ignore case and stay as written", "![cdata[",
+         "19 next(CDATATagSimpleParser) keyword(cdata) rest([)"},
         {"mixed case", "![CdAtA[", "19 next(CDATATagSimpleParser) keyword(CdAtA) rest([)"},
         {"white space may follow the keyword", "![CDATA [", "19 next(CDATATagSimpleParser) keyword(CDATA) rest( [)"},
-        {"any stop character may follow the keyword", "![CDATA>", "19 next(CDATATagSimpleParser) keyword(CDATA) rest(>)"},
+        {"any stop character may follow the keyword", "![CDATA>",
+         "19 next(CDATATagSimpleParser) keyword(CDATA) rest(>)"},
         {"\"<\" may follow the keyword", "![CDATA<", "19 next(CDATATagSimpleParser) keyword(CDATA) rest(<)"},
         {"\"=\" may follow the keyword", "![CDATA=", "19 next(CDATATagSimpleParser) keyword(CDATA) rest(=)"},
         {"\"]\" may follow the keyword", "![CDATA]", "19 next(CDATATagSimpleParser) keyword(CDATA) rest(])"},
@@ -178,7 +180,8 @@ TEST(GenericTagTest, WideUnitsAreComparedWhole) {
     }
     for (const WideChar second : WideString{0x012D, 0x015B}) {
         const WideString input = {'!', second, '-'};
-        CheckRecognizer<Parser<Wide>>(input, "19 next(EntityTagSimpleParser) rest(" + Trace::Escape(input.substr(1)) + ")");
+        CheckRecognizer<Parser<Wide>>(input,
+                                      "19 next(EntityTagSimpleParser) rest(" + Trace::Escape(input.substr(1)) + ")");
     }
 }
 

@@ -26,9 +26,11 @@ using Data = StartTagSimpleParserData<typename Flavour::C, typename Flavour::S>;
 constexpr std::string_view BARE_LIST = " 1 2 3 4 5 6 7 8";
 constexpr std::string_view BARE_LIST_TRACE = "{ |1}{ |2}{ |3}{ |4}{ |5}{ |6}{ |7}{ |8}";
 constexpr std::string_view VALUED_LIST = " 1=a 2='' 3=\"\" 4 =a 5= a 6=a 7=a 8='a'";
-constexpr std::string_view VALUED_LIST_TRACE = "{ |1|=|a}{ |2|=|''}{ |3|=|\"\"}{ |4| =|a}{ |5|= |a}{ |6|=|a}{ |7|=|a}{ |8|=|'a'}";
+constexpr std::string_view VALUED_LIST_TRACE =
+    "{ |1|=|a}{ |2|=|''}{ |3|=|\"\"}{ |4| =|a}{ |5|= |a}{ |6|=|a}{ |7|=|a}{ |8|=|'a'}";
 
-/// Checks a row whose attributes stand after eight others, from where on the recognizer reads them another way.
+/// Checks a row whose attributes stand after eight others, from where on the recognizer reads them
+/// another way.
 template <typename Flavour>
 void CheckAfterList(const TagRow& c, std::string_view list, std::string_view listTrace) {
     constexpr std::string_view BEGIN = "19 start(|a|";
@@ -133,7 +135,8 @@ TYPED_TEST(StartTagTest, ARecordMayStandInAnyState) {
     }
 }
 
-/// A start tag that has read "a b=c d" and the "e" after it, put into another state: each exit from there must normalize.
+/// A start tag that has read "a b=c d" and the "e" after it, put into another state: each exit from
+/// there must normalize.
 TYPED_TEST(StartTagTest, EveryExitNormalizes) {
     struct Row {
         std::uint32_t state;
@@ -231,7 +234,9 @@ TYPED_TEST(StartTagTest, AMemberIsBegunWhereItsStateIsEntered) {
 }
 
 TYPED_TEST(StartTagTest, WhatTheRecordHeldBeforeIsReplaced) {
-    const auto prepare = [](Data<TypeParam>* data) { data->prefix = data->name = data->suffix = To<typename TypeParam::S>("before"); };
+    const auto prepare = [](Data<TypeParam>* data) {
+        data->prefix = data->name = data->suffix = To<typename TypeParam::S>("before");
+    };
     const auto withoutSuffix = [prepare](Data<TypeParam>* data) {
         prepare(data);
         data->suffix.clear();

@@ -61,7 +61,8 @@ TYPED_TEST(TokenTest, Values) {
         {"a quoted value may be empty", "''>", "19 {|''} rest(>)"},
         {"a value in quotation marks may be empty", "\"\"", "19 {|\"\"}"},
         {"anything but the quote belongs to a value in apostrophes", "' <>=\n/\"]'>", "19 {|' <>=\\n/\"]'} rest(>)"},
-        {"anything but the quote belongs to a value in quotation marks", "\" <>=\n/']\">", "19 {|\" <>=\\n/']\"} rest(>)"},
+        {"anything but the quote belongs to a value in quotation marks", "\" <>=\n/']\">",
+         "19 {|\" <>=\\n/']\"} rest(>)"},
         {"a backslash escapes nothing", "'a\\'b'", "19 {|'a\\\\'} rest(b')"},
         {"a backslash escapes nothing in quotation marks", "\"a\\\"b\"", "19 {|\"a\\\\\"} rest(b\")"},
         {"the input ends in a bare value", "x", "end 16"},
@@ -87,7 +88,8 @@ TYPED_TEST(TokenTest, EscapeRuns) {
         {"without the option a run is no run", false, "\"a\033$B\"\033(Bb\">", "19 {|\"a\\x1B$B\"} rest(\\x1B(Bb\">)"},
         {"a value in apostrophes has no runs", true, "'a\033$B'\033(Bb'>", "19 {|'a\\x1B$B'} rest(\\x1B(Bb'>)"},
         {"a bare value has no runs", true, "a\033$B>\033(B ", "19 {|a\\x1B$B} rest(>\\x1B(B )"},
-        {"a backslash before ESC means nothing", true, "\"\\\033$B\"\033(B\">", "19 {|\"\\\\\\x1B$B\"\\x1B(B\"} rest(>)"},
+        {"a backslash before ESC means nothing", true, "\"\\\033$B\"\033(B\">",
+         "19 {|\"\\\\\\x1B$B\"\\x1B(B\"} rest(>)"},
         {"the input ends after a run", true, "\"\033$B\"\033(B", "end 16 {|}"},
     };
     for (const Row& row : ROWS)
@@ -124,8 +126,9 @@ TYPED_TEST(TokenTest, ARecordMayStandInAnyState) {
         std::string_view record;
     };
     const Row ROWS[] = {
-        {1, "x>", {19, 1}, "{|x}"},     {1, " x>", {19, 0}, "{|}"}, {1, "'x'", {19, 3}, "{|'x'}"},     {1, ">", {19, 0}, "{|}"},
-        {2, "'x'>", {19, 3}, "{|'x'}"}, {2, " ", {19, 0}, "{|}"},   {3, "x\"'y", {19, 3}, "{|'x\"'}"}, {4, "x'\"y", {19, 3}, "{|\"x'\"}"},
+        {1, "x>", {19, 1}, "{|x}"},        {1, " x>", {19, 0}, "{|}"},         {1, "'x'", {19, 3}, "{|'x'}"},
+        {1, ">", {19, 0}, "{|}"},          {2, "'x'>", {19, 3}, "{|'x'}"},     {2, " ", {19, 0}, "{|}"},
+        {3, "x\"'y", {19, 3}, "{|'x\"'}"}, {4, "x'\"y", {19, 3}, "{|\"x'\"}"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(std::to_string(row.state) + " " + std::string(row.input));
@@ -220,8 +223,10 @@ TYPED_TEST(TokenTest, UnknownStates) {
 }
 
 TEST(TokenTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
-    CheckRow<TokenSimpleParser, Narrow>("a byte from 128 up is no white space", "\xA0x\x85>", "19 {|\\xA0x\\x85} rest(>)");
-    CheckRow<TokenSimpleParser, Wide>("U+00A0 in front and U+0085 after", "\xA0x\x85>", "19 {\\u00A0|x} rest(\\u0085>)");
+    CheckRow<TokenSimpleParser, Narrow>("a byte from 128 up is no white space", "\xA0x\x85>",
+                                        "19 {|\\xA0x\\x85} rest(>)");
+    CheckRow<TokenSimpleParser, Wide>("U+00A0 in front and U+0085 after", "\xA0x\x85>",
+                                      "19 {\\u00A0|x} rest(\\u0085>)");
     const WideString input = {0x3000, 'x', 0x0127, 0x013E, 0x013C, 0x2003};
     CheckRecognizer<Parser<Wide>>(input, "19 {\\u3000|x\\u0127\\u013E\\u013C} rest(\\u2003)");
 }

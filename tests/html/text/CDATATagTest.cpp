@@ -148,7 +148,8 @@ TYPED_TEST(CDATATagTest, EndParseOpensTheSectionAndAppendsWhatIsPending) {
         std::uint32_t state;
         std::string_view record;
     };
-    const Row ROWS[] = {{0, "cdata(|[a, open)"}, {1, "cdata(|[a], open)"}, {2, "cdata(|[a]], open)"}, {3, "cdata(|[a, open)"}};
+    const Row ROWS[] = {
+        {0, "cdata(|[a, open)"}, {1, "cdata(|[a], open)"}, {2, "cdata(|[a]], open)"}, {3, "cdata(|[a, open)"}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(row.state);
         Parser<TypeParam> parser;
@@ -177,7 +178,8 @@ TYPED_TEST(CDATATagTest, ABodyMayBeLong) {
 
 TEST(CDATATagTest, WideUnitsAreComparedWhole) {
     // The low or the high bytes are those of "]" and ">".
-    CheckRecognizer<Parser<Wide>>(WideString{'[', 0x015D, 0x5D00, ']', 0x015D, '>', ']', ']', '>'}, "19 cdata(|[\\u015D\\u5D00]\\u015D>)");
+    CheckRecognizer<Parser<Wide>>(WideString{'[', 0x015D, 0x5D00, ']', 0x015D, '>', ']', ']', '>'},
+                                  "19 cdata(|[\\u015D\\u5D00]\\u015D>)");
     CheckRecognizer<Parser<Wide>>(WideString{'[', ']', ']', 0x013E}, "19 cdata(|[]], open) rest(\\u013E)");
 }
 

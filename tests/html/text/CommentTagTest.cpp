@@ -91,7 +91,8 @@ TYPED_TEST(CommentTagTest, PendingHyphensAreNotYetInTheText) {
         std::string_view input;
         std::string_view record;
     };
-    const Row ROWS[] = {{"a-", "comment(a)"}, {"a--", "comment(a)"}, {"a---", "comment(a-)"}, {"a--b", "comment(a--b)"}};
+    const Row ROWS[] = {
+        {"a-", "comment(a)"}, {"a--", "comment(a)"}, {"a---", "comment(a-)"}, {"a--b", "comment(a--b)"}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(row.input);
         Parser<TypeParam> parser;
@@ -129,7 +130,8 @@ TYPED_TEST(CommentTagTest, EndParseOpensTheCommentAndAppendsWhatIsPending) {
         std::uint32_t state;
         std::string_view record;
     };
-    const Row ROWS[] = {{0, "comment(a, open)"}, {1, "comment(a-, open)"}, {2, "comment(a--, open)"}, {3, "comment(a, open)"}};
+    const Row ROWS[] = {
+        {0, "comment(a, open)"}, {1, "comment(a-, open)"}, {2, "comment(a--, open)"}, {3, "comment(a, open)"}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(row.state);
         Parser<TypeParam> parser;

@@ -30,7 +30,8 @@ struct Case {
     std::string_view expected;
 };
 
-/// A row whose marker has a tail: where the marker is cut, the tail begins with the piece that holds its ">".
+/// A row whose marker has a tail: where the marker is cut, the tail begins with the piece that
+/// holds its ">".
 struct TailCase {
     const char* note;
     std::string_view input;
@@ -235,14 +236,16 @@ TYPED_TEST(ConditionalTagTest, AConditionAndATailMayBeLong) {
     Parser<TypeParam> parser;
     Data<TypeParam> data;
     parser.BeginParse(&data);
-    EXPECT_EQ(ParseOnce(&parser, &data, condition + "]" + tail + ">"), (CallOutcome{19, condition.size() + tail.size() + 2}));
+    EXPECT_EQ(ParseOnce(&parser, &data, condition + "]" + tail + ">"),
+              (CallOutcome{19, condition.size() + tail.size() + 2}));
     EXPECT_EQ(data.condition, To<S>(condition));
     EXPECT_EQ(data.tail, To<S>(tail));
 }
 
 TEST(ConditionalTagTest, WideUnitsAreComparedWhole) {
     // The low or the high bytes are those of "]" and ">".
-    CheckRecognizer<Parser<Wide>>(WideString{0x015D, 0x5D00, '>', ']', '>', 'x'}, "19 conditional(|\\u015D\\u5D00>|) rest(x)");
+    CheckRecognizer<Parser<Wide>>(WideString{0x015D, 0x5D00, '>', ']', '>', 'x'},
+                                  "19 conditional(|\\u015D\\u5D00>|) rest(x)");
     CheckRecognizer<Parser<Wide>>(WideString{'a', ']', 0x013E, 0x3E00}, "end 19 conditional(|a|, open)");
 }
 

@@ -56,7 +56,8 @@ TYPED_TEST(DQuoteStringTest, Strings) {
         {"an escaped backslash escapes nothing", "a", "a\\\\\"b", "19 text(a\\\\\\\\) rest(b)"},
         {"three backslashes escape the mark", "a", "a\\\\\\\"b\"", "19 text(a\\\\\\\\\\\\\"b)"},
         {"a mark as the escaped character and another one", "a", "\\\"\"", "19 text(\\\\\")"},
-        {"without its option ESC is content, escaped or not", "a", "\033$B\\\033\"x", "19 text(\\x1B$B\\\\\\x1B) rest(x)"},
+        {"without its option ESC is content, escaped or not", "a", "\033$B\\\033\"x",
+         "19 text(\\x1B$B\\\\\\x1B) rest(x)"},
         {"the input ends inside the string", "", "abc", "end 16 text(abc)"},
         {"the input ends at once", "", "", "end 16 text()"},
         {"the input ends after a backslash", "a", "abc\\", "end 16 text(abc\\\\)"},
@@ -74,10 +75,13 @@ TYPED_TEST(DQuoteStringTest, EscapeRuns) {
         {"a mark directly after ESC is content", "e", "a\033\"b\"", "19 text(a\\x1B\"b)"},
         {"with escapes, a backslash before ESC makes it content", "ae", "\\\033$B\"x", "19 text(\\\\\\x1B$B) rest(x)"},
         {"two backslashes do not", "ae", "\\\\\033$B\"\033(B\"", "19 text(\\\\\\\\\\x1B$B\"\\x1B(B)"},
-        {"without escapes a backslash before ESC means nothing", "e", "\\\033$B\"\033(B\"x", "19 text(\\\\\\x1B$B\"\\x1B(B) rest(x)"},
-        {"a backslash at the end of a run escapes nothing", "ae", "\033$Bx\\\033(B\"y", "19 text(\\x1B$Bx\\\\\\x1B(B) rest(y)"},
+        {"without escapes a backslash before ESC means nothing", "e", "\\\033$B\"\033(B\"x",
+         "19 text(\\\\\\x1B$B\"\\x1B(B) rest(x)"},
+        {"a backslash at the end of a run escapes nothing", "ae", "\033$Bx\\\033(B\"y",
+         "19 text(\\x1B$Bx\\\\\\x1B(B) rest(y)"},
         {"a backslash after a run escapes as ever", "ae", "\033$B\"\033(B\\\"\"", "19 text(\\x1B$B\"\\x1B(B\\\\\")"},
-        {"lines are counted inside a run", "e", "\n\033$B\n\"\n\033(B\"x", "19 text(\\n\\x1B$B\\n\"\\n\\x1B(B) rest(x)"},
+        {"lines are counted inside a run", "e", "\n\033$B\n\"\n\033(B\"x",
+         "19 text(\\n\\x1B$B\\n\"\\n\\x1B(B) rest(x)"},
         {"without the option a run is no run", "", "\033$B\"\033(B\"", "19 text(\\x1B$B) rest(\\x1B(B\")"},
         {"the input ends after a run", "e", "a\033$B\"\033(B", "end 16 text(a\\x1B$B\"\\x1B(B)"},
         {"the input ends inside a run", "e", "a\033$B\"", "end 16"},
@@ -145,7 +149,8 @@ TYPED_TEST(DQuoteStringTest, TheLastCharacterIsTracked) {
         std::string_view input;
         char lastChar;
     };
-    const Row ROWS[] = {{"", '*'}, {"a", 'a'}, {"a\\", '\\'}, {"a\\\"", '*'}, {"\\\\", '*'}, {"\\\\b", 'b'}, {"\\\033", '*'}};
+    const Row ROWS[] = {{"", '*'},     {"a", 'a'},     {"a\\", '\\'},  {"a\\\"", '*'},
+                        {"\\\\", '*'}, {"\\\\b", 'b'}, {"\\\033", '*'}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(Trace::Escape(row.input));
         Parser<TypeParam> parser;
@@ -186,7 +191,8 @@ TYPED_TEST(DQuoteStringTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) 
 }
 
 TEST(DQuoteStringTest, WideUnitsAreComparedWhole) {
-    const WideString input = {0x0122, 0x2200, 0x015C, 0x011B, '"'};  // the low or high byte is that of a mark, backslash or ESC
+    const WideString input = {0x0122, 0x2200, 0x015C, 0x011B,
+                              '"'};  // the low or high byte is that of a mark, backslash or ESC
     CheckRecognizer<Parser<Wide>>(input, "19 text(\\u0122\\u2200\\u015C\\u011B)", Options<Wide>("ae"));
 }
 

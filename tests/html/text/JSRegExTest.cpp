@@ -55,7 +55,8 @@ TYPED_TEST(JSRegExTest, Expressions) {
         {"an escaped line feed ends it all the same", true, "a\\\nb/", "19 text(/a\\\\) rest(\\nb/)"},
         {"an escaped carriage return ends it all the same", true, "a\\\rb/", "19 text(/a\\\\) rest(\\rb/)"},
         {"without escapes a backslash is content", false, "a\\/b/", "19 text(/a\\\\) rest(/b/)"},
-        {"other characters are content", true, "\t\v\0>*'\"\033\x85\xFF/"sv, "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
+        {"other characters are content", true, "\t\v\0>*'\"\033\x85\xFF/"sv,
+         "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
         {"an expression up to the end of the input is complete", true, "abc", "end 19 text(/abc)"},
         {"an expression of nothing but its \"/\"", true, "", "end 19 text(/)"},
         {"the input ends after a backslash", true, "a\\", "end 19 text(/a\\\\)"},
@@ -71,7 +72,8 @@ TYPED_TEST(JSRegExTest, TheLastCharacterIsTracked) {
         std::string_view input;
         char lastChar;
     };
-    const Row ROWS[] = {{"", '*'}, {"a", 'a'}, {"a\\", '\\'}, {"a\\/", '*'}, {"\\\\", '*'}, {"\\\\b", 'b'}, {"ab/", 'b'}, {"/", '*'}};
+    const Row ROWS[] = {{"", '*'},     {"a", 'a'},     {"a\\", '\\'}, {"a\\/", '*'},
+                        {"\\\\", '*'}, {"\\\\b", 'b'}, {"ab/", 'b'},  {"/", '*'}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(Trace::Escape(row.input));
         Parser<TypeParam> parser;
@@ -104,10 +106,14 @@ TYPED_TEST(JSRegExTest, OnlyASlashLeftInTheRecordTakesTheStopCharacter) {
     };
     CheckRow<JSRegExSimpleParser, TypeParam>("a \"/\" in front", "/x", "19 text(//) rest(x)", prepare);
     CheckRow<JSRegExSimpleParser, TypeParam>("a \"<\" in front becomes a \"/\"", "<x", "19 text(//) rest(x)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("a line feed in front becomes a \"/\"", "\nx", "19 text(//) rest(x)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("content in between takes its place", "a/x", "19 text(/a) rest(/x)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("an escaped \"/\" in between too", "\\/</", "19 text(/\\\\/) rest(</)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("without a stop character nothing is added", "", "end 19 text(/)", prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("a line feed in front becomes a \"/\"", "\nx", "19 text(//) rest(x)",
+                                             prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("content in between takes its place", "a/x", "19 text(/a) rest(/x)",
+                                             prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("an escaped \"/\" in between too", "\\/</", "19 text(/\\\\/) rest(</)",
+                                             prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("without a stop character nothing is added", "", "end 19 text(/)",
+                                             prepare);
 }
 
 TYPED_TEST(JSRegExTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) {
@@ -122,7 +128,8 @@ TYPED_TEST(JSRegExTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) {
 TEST(JSRegExTest, WideUnitsAreComparedWhole) {
     // The low or high byte is that of "/", "<", line feed, carriage return and backslash.
     const WideString input = {0x012F, 0x2F00, 0x013C, 0x010A, 0x010D, 0x2028, 0x015C, '/'};
-    CheckRecognizer<Parser<Wide>>(input, "19 text(/\\u012F\\u2F00\\u013C\\u010A\\u010D\\u2028\\u015C) rest(/)", Escapes<Wide>(true));
+    CheckRecognizer<Parser<Wide>>(input, "19 text(/\\u012F\\u2F00\\u013C\\u010A\\u010D\\u2028\\u015C) rest(/)",
+                                  Escapes<Wide>(true));
 }
 
 }  // namespace

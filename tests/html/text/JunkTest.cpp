@@ -55,7 +55,8 @@ TYPED_TEST(JunkTest, JunkIsKeptByteForByte) {
         std::string rest = c.rest;
         if (TypeParam::WIDE)
             rest = ToWideEscapes(rest);
-        CheckRecognizer<JunkSimpleParser<C, S>>(To<S>(c.input), std::string(c.result) + " " + MemoryOf(To<S>(c.text)) + rest);
+        CheckRecognizer<JunkSimpleParser<C, S>>(To<S>(c.input),
+                                                std::string(c.result) + " " + MemoryOf(To<S>(c.text)) + rest);
     }
 }
 

@@ -6,8 +6,9 @@
 #include <string_view>
 
 /// @file
-/// Slow second opinions: what the recognizers of text must make of a whole narrow input, written as plain searches over it. A function
-/// takes the place to begin at and moves it after what it has read.
+/// Slow second opinions: what the recognizers of text must make of a whole narrow input, written as
+/// plain searches over it. A function takes the place to begin at and moves it after what it has
+/// read.
 
 namespace Kestra::Test {
 
@@ -36,7 +37,8 @@ inline bool ModelEscapeRun(std::string_view input, std::size_t* place, std::stri
     constexpr std::array<std::string_view, 14> DESIGNATIONS = {"$@",  "$B",  "$(",  "$A",  "$)C", "$)A", "$)G",
                                                                "$*H", "$)E", "$+I", "$+J", "$+K", "$+L", "$+M"};
     constexpr std::array<std::string_view, 5> RETURNS = {"(B", "(J", ".F", ".A", "(I"};
-    // Reads one character at a time while the sequence is the beginning of an entry; true for a complete one.
+    // Reads one character at a time while the sequence is the beginning of an entry; true for a
+    // complete one.
     const auto matches = [&](const auto& table, bool* ended) {
         std::string sequence;
         for (;;) {

@@ -16,7 +16,8 @@ using namespace std::string_view_literals;
 using HTML::TextSimpleParser;
 using HTML::TextSimpleParserData;
 
-/// Sets the options that letters name: "/*" as c, "//" as p, "'" as s, the quotation mark as d, regular expressions as r, ESC as e.
+/// Sets the options that letters name: "/*" as c, "//" as p, "'" as s, the quotation mark as d,
+/// regular expressions as r, ESC as e.
 template <typename Data>
 void SetOptions(Data* data, std::string_view letters) {
     const auto has = [letters](char letter) { return letters.find(letter) != letters.npos; };
@@ -54,9 +55,11 @@ TYPED_TEST(TextTest, Markup) {
         {"no input at all is a complete empty text", "", "", "end 19 text()"},
         {"without options only \"<\" ends text", "", "a'b\"c/d/*e*/f//g\033$Bh>&amp;\n<",
          "19 text(a'b\"c/d/*e*/f//g\\x1B$Bh>&amp;\\n) next(GenericTagSimpleParser)"},
-        {"lines and columns are counted", "", "a\r\nb\n\nc\td\n<e", "19 text(a\\r\\nb\\n\\nc\\td\\n) next(GenericTagSimpleParser) rest(e)"},
+        {"lines and columns are counted", "", "a\r\nb\n\nc\td\n<e",
+         "19 text(a\\r\\nb\\n\\nc\\td\\n) next(GenericTagSimpleParser) rest(e)"},
         {"a NUL is text", "", "a\0b<"sv, "19 text(a\\x00b) next(GenericTagSimpleParser)"},
-        {"characters from 128 up are text", "", "\x80\xA0\xBC\xFF<", "19 text(\\x80\\xA0\\xBC\\xFF) next(GenericTagSimpleParser)"},
+        {"characters from 128 up are text", "", "\x80\xA0\xBC\xFF<",
+         "19 text(\\x80\\xA0\\xBC\\xFF) next(GenericTagSimpleParser)"},
     };
     for (const Case& c : CASES)
         CheckRow<TextSimpleParser, TypeParam>(c.note, c.input, c.expected, Options<TypeParam>(c.options));
@@ -66,14 +69,17 @@ TYPED_TEST(TextTest, ScriptOpeners) {
     const Case CASES[] = {
         {"\"/*\" opens a block comment", "cp", "x/*y", "19 text(x) next(CCommentSimpleParser) rest(y)"},
         {"\"//\" opens a line comment", "cp", "x//y", "19 text(x) next(CPPCommentSimpleParser) rest(y)"},
-        {"a third \"/\" belongs to the line comment", "cp", "x///y", "19 text(x) next(CPPCommentSimpleParser) rest(/y)"},
+        {"a third \"/\" belongs to the line comment", "cp", "x///y",
+         "19 text(x) next(CPPCommentSimpleParser) rest(/y)"},
         {"an opener may come first", "cp", "/*", "19 text() next(CCommentSimpleParser)"},
         {"\"/*\" wins over a regular expression", "cpr", "a/*b", "19 text(a) next(CCommentSimpleParser) rest(b)"},
         {"\"//\" wins over a regular expression", "cpr", "a//b", "19 text(a) next(CPPCommentSimpleParser) rest(b)"},
         {"any other \"/\" opens a regular expression", "cpr", "a/b", "19 text(a) next(JSRegExSimpleParser) rest(b)"},
         {"a regular expression may begin with \"<\"", "cpr", "/<", "19 text() next(JSRegExSimpleParser) rest(<)"},
-        {"a regular expression may begin with a line feed", "cpr", "/\n", "19 text() next(JSRegExSimpleParser) rest(\\n)"},
-        {"a quote after \"/\" belongs to the regular expression", "cprsd", "/'", "19 text() next(JSRegExSimpleParser) rest(')"},
+        {"a regular expression may begin with a line feed", "cpr", "/\n",
+         "19 text() next(JSRegExSimpleParser) rest(\\n)"},
+        {"a quote after \"/\" belongs to the regular expression", "cprsd", "/'",
+         "19 text() next(JSRegExSimpleParser) rest(')"},
         {"an apostrophe opens a string", "s", "a'b", "19 text(a) next(SQuoteStringSimpleParser) rest(b)"},
         {"a quotation mark opens a string", "d", "a\"b", "19 text(a) next(DQuoteStringSimpleParser) rest(b)"},
         {"the first of two openers wins", "sd", "\"'", "19 text() next(DQuoteStringSimpleParser) rest(')"},
@@ -95,12 +101,16 @@ TYPED_TEST(TextTest, Slashes) {
         {"a \"/\" directly before an apostrophe", "cps", "a/'", "19 text(a/) next(SQuoteStringSimpleParser)"},
         {"a \"/\" directly before a quotation mark", "cpd", "a/\"", "19 text(a/) next(DQuoteStringSimpleParser)"},
         {"only block comments: \"//\" is text", "c", "x//y<", "19 text(x//y) next(GenericTagSimpleParser)"},
-        {"only block comments: the second \"/\" of \"//*\" opens one", "c", "x//*y", "19 text(x/) next(CCommentSimpleParser) rest(y)"},
+        {"only block comments: the second \"/\" of \"//*\" opens one", "c", "x//*y",
+         "19 text(x/) next(CCommentSimpleParser) rest(y)"},
         {"only line comments: \"/*\" is text", "p", "x/*y<", "19 text(x/*y) next(GenericTagSimpleParser)"},
         {"only line comments: \"/*/\" and \"/\"", "p", "x/*//", "19 text(x/*) next(CPPCommentSimpleParser)"},
-        {"block comments and regular expressions: \"//\" opens the latter", "cr", "a//b", "19 text(a) next(JSRegExSimpleParser) rest(/b)"},
-        {"line comments and regular expressions: \"/*\" opens the latter", "pr", "a/*b", "19 text(a) next(JSRegExSimpleParser) rest(*b)"},
-        {"regular expressions alone never stop text", "r", "a/b/*c//d<", "19 text(a/b/*c//d) next(GenericTagSimpleParser)"},
+        {"block comments and regular expressions: \"//\" opens the latter", "cr", "a//b",
+         "19 text(a) next(JSRegExSimpleParser) rest(/b)"},
+        {"line comments and regular expressions: \"/*\" opens the latter", "pr", "a/*b",
+         "19 text(a) next(JSRegExSimpleParser) rest(*b)"},
+        {"regular expressions alone never stop text", "r", "a/b/*c//d<",
+         "19 text(a/b/*c//d) next(GenericTagSimpleParser)"},
         {"regular expressions alone never stop text, at the end either", "r", "a/b", "end 19 text(a/b)"},
         {"a \"/\" at the end of the input is text", "cp", "a/", "end 19 text(a/)"},
         {"a \"/\" at the end of the input is text with regular expressions too", "cpr", "a/", "end 19 text(a/)"},
@@ -115,13 +125,19 @@ TEST(TextTest, NarrowEscapeRuns) {
     const Case CASES[] = {
         {"markup inside a run is text", "e", "a\033$B<'/\"\033(Bb<c",
          "19 text(a\\x1B$B<'/\"\\x1B(Bb) next(GenericTagSimpleParser) rest(c)"},
-        {"openers inside a run are text", "ecpsdr", "\033$B/*//'\"\033(J/*", "19 text(\\x1B$B/*//'\"\\x1B(J) next(CCommentSimpleParser)"},
-        {"two runs in a row", "e", "\033$B<\033(B\033$@<\033(J<", "19 text(\\x1B$B<\\x1B(B\\x1B$@<\\x1B(J) next(GenericTagSimpleParser)"},
-        {"an escape that designates nothing is text", "e", "a\033x<b", "19 text(a\\x1Bx) next(GenericTagSimpleParser) rest(b)"},
+        {"openers inside a run are text", "ecpsdr", "\033$B/*//'\"\033(J/*",
+         "19 text(\\x1B$B/*//'\"\\x1B(J) next(CCommentSimpleParser)"},
+        {"two runs in a row", "e", "\033$B<\033(B\033$@<\033(J<",
+         "19 text(\\x1B$B<\\x1B(B\\x1B$@<\\x1B(J) next(GenericTagSimpleParser)"},
+        {"an escape that designates nothing is text", "e", "a\033x<b",
+         "19 text(a\\x1Bx) next(GenericTagSimpleParser) rest(b)"},
         {"a \"<\" directly after ESC is text", "e", "a\033<b<", "19 text(a\\x1B<b) next(GenericTagSimpleParser)"},
-        {"an escape after a pending \"/\"", "ecp", "/\033$B<\033(B<", "19 text(/\\x1B$B<\\x1B(B) next(GenericTagSimpleParser)"},
-        {"a \"/\" after a run is judged as ever", "ecp", "\033$B<\033(B/*", "19 text(\\x1B$B<\\x1B(B) next(CCommentSimpleParser)"},
-        {"a \"/\" before a run and one after it open nothing", "ecp", "/\033xy/<", "19 text(/\\x1Bxy/) next(GenericTagSimpleParser)"},
+        {"an escape after a pending \"/\"", "ecp", "/\033$B<\033(B<",
+         "19 text(/\\x1B$B<\\x1B(B) next(GenericTagSimpleParser)"},
+        {"a \"/\" after a run is judged as ever", "ecp", "\033$B<\033(B/*",
+         "19 text(\\x1B$B<\\x1B(B) next(CCommentSimpleParser)"},
+        {"a \"/\" before a run and one after it open nothing", "ecp", "/\033xy/<",
+         "19 text(/\\x1Bxy/) next(GenericTagSimpleParser)"},
         {"the input ends after ESC", "e", "a\033", "end 19 text(a\\x1B)"},
         {"the input ends inside a designation", "e", "a\033$", "end 19 text(a\\x1B$)"},
         {"the input ends inside a run", "e", "a\033$B<x", "end 19 text(a\\x1B$B<x)"},
@@ -137,10 +153,12 @@ TEST(TextTest, NarrowEscapeRuns) {
 
 TEST(TextTest, WideTextNeverStopsAtAnEscape) {
     const Case CASES[] = {
-        {"markup after a designation is markup", "e", "a\033$B<b", "19 text(a\\x1B$B) next(GenericTagSimpleParser) rest(b)"},
+        {"markup after a designation is markup", "e", "a\033$B<b",
+         "19 text(a\\x1B$B) next(GenericTagSimpleParser) rest(b)"},
         {"ESC before \"<\"", "e", "\033<b", "19 text(\\x1B) next(GenericTagSimpleParser) rest(b)"},
         {"ESC after a pending \"/\"", "ecp", "/\033<", "19 text(/\\x1B) next(GenericTagSimpleParser)"},
-        {"ESC after a pending \"/\" opens a regular expression", "ecpr", "/\033<", "19 text() next(JSRegExSimpleParser) rest(\\x1B<)"},
+        {"ESC after a pending \"/\" opens a regular expression", "ecpr", "/\033<",
+         "19 text() next(JSRegExSimpleParser) rest(\\x1B<)"},
         {"ESC at the end of the input", "e", "a\033", "end 19 text(a\\x1B)"},
     };
     for (const Case& c : CASES)
@@ -152,7 +170,8 @@ TEST(TextTest, WideUnitsAreComparedWhole) {
     // The low bytes are those of "<", "/", "*", the quotes and line feed.
     const WideString input = {0x013C, 0x3C00, 0x012F, 0x012A, 0x2F2F, 0x0127, 0x0122, 0x010A, '<'};
     CheckRecognizer<TextSimpleParser<WideChar, WideString>>(
-        input, "19 text(\\u013C\\u3C00\\u012F\\u012A\\u2F2F\\u0127\\u0122\\u010A) next(GenericTagSimpleParser)", Options<Wide>("cpsdr"));
+        input, "19 text(\\u013C\\u3C00\\u012F\\u012A\\u2F2F\\u0127\\u0122\\u010A) next(GenericTagSimpleParser)",
+        Options<Wide>("cpsdr"));
 }
 
 TYPED_TEST(TextTest, States) {

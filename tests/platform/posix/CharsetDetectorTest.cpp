@@ -36,7 +36,8 @@ namespace Texts = Test::CharsetTexts;
 
 constexpr std::uint32_t CONFIDENT = 50;  ///< what the front end asks for unless the host says otherwise
 
-/// Detects over a heap block of the exact size, so that sanitizers see a read after it. Code 0 stands for no result.
+/// Detects over a heap block of the exact size, so that sanitizers see a read after it. Code 0
+/// stands for no result.
 DetectedCharset Detect(std::string_view bytes) {
     const std::unique_ptr<char[]> block(new char[bytes.size()]);
     bytes.copy(block.get(), bytes.size());
@@ -72,7 +73,8 @@ struct SampleOutcome {
     Outcome behindScript;
 };
 
-// What the engines make of each sample, their errors among it. They are confident of nothing that reads the text wrong.
+// What the engines make of each sample, their errors among it. They are confident of nothing that
+// reads the text wrong.
 const SampleOutcome SAMPLE_OUTCOMES[] = {
     {"Russian letter, windows-1251", {1251, true}, {1251, true}},
     {"Russian letter, UTF-8", {65001, true}, {65001, true}},
@@ -207,8 +209,8 @@ std::string FormatScoreTable() {
     std::ostringstream table;
     table << "| Sample | Bytes | Code page | Alone | After 12 KB of script |\n| --- | ---: | ---: | --- | --- |\n";
     for (const CharsetSample& sample : Samples()) {
-        table << "| " << sample.note << " | " << sample.bytes.size() << " | " << sample.code << " | " << FormatScore(sample, sample.bytes)
-              << " | " << FormatScore(sample, PutAfterScript(sample)) << " |\n";
+        table << "| " << sample.note << " | " << sample.bytes.size() << " | " << sample.code << " | "
+              << FormatScore(sample, sample.bytes) << " | " << FormatScore(sample, PutAfterScript(sample)) << " |\n";
     }
     return table.str();
 }
@@ -339,7 +341,8 @@ TEST(CharsetDetectorTest, WithoutTextThereIsNoResult) {
     EXPECT_EQ(Detect("<script>alert('\xCF\xF0\xE8\xE2\xE5\xF2')").code, CharSet::UNKNOWN);
 }
 
-/// The bytes that matter went with the markup: what is left is English for one engine and ASCII for the other.
+/// The bytes that matter went with the markup: what is left is English for one engine and ASCII for
+/// the other.
 TEST(CharsetDetectorTest, SevenBitTextSaysNothingAboutItsMarkup) {
     const std::string text = EncodeText(Texts::ENGLISH, "US-ASCII");
     const DetectedCharset detected = Detect("<p title=\"\xCF\xF0\xE8\xE2\xE5\xF2\">" + text);
@@ -363,8 +366,9 @@ TEST(CharsetDetectorTest, NoMatchIsNoFailure) {
 }
 
 TEST(CharsetDetectorTest, OneDamagedCharacterKeepsUtf8) {
-    for (const std::u16string_view text : {std::u16string_view(Texts::RUSSIAN), std::u16string_view(Texts::JAPANESE),
-                                           std::u16string_view(Texts::HEBREW), std::u16string_view(Texts::FRENCH_LONG)}) {
+    for (const std::u16string_view text :
+         {std::u16string_view(Texts::RUSSIAN), std::u16string_view(Texts::JAPANESE), std::u16string_view(Texts::HEBREW),
+          std::u16string_view(Texts::FRENCH_LONG)}) {
         std::string bytes = EncodeText(text, "UTF-8");
         bytes.insert(bytes.size() / 2, "\xE9 ");
         const DetectedCharset detected = Detect(bytes);
@@ -374,7 +378,8 @@ TEST(CharsetDetectorTest, OneDamagedCharacterKeepsUtf8) {
     }
 }
 
-/// What lies between the confidence of an agreement and that of a disagreement: one engine keeps silent. A few bytes are no evidence.
+/// What lies between the confidence of an agreement and that of a disagreement: one engine keeps
+/// silent. A few bytes are no evidence.
 TEST(CharsetDetectorTest, ASingleAnswerNeedsEvidence) {
     const std::string thai = EncodeText(Texts::THAI, "windows-874");  // ICU knows no Thai
     const struct {

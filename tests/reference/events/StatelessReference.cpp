@@ -44,7 +44,8 @@ enum class State {
     CONTENT_END,   ///< after the name of its end tag
 };
 
-/// What became of a byte: taken, to be looked at again in the new state, or refused with a result code.
+/// What became of a byte: taken, to be looked at again in the new state, or refused with a result
+/// code.
 enum class Step : std::uint32_t { TAKEN = 0, AGAIN = 1, NO_NAME = 701, NO_CLOSE = 702, NO_CONSTRUCT = 703 };
 
 struct Machine {
@@ -90,8 +91,8 @@ bool ContinuesName(char byte) {
     return StartsName(byte) || (byte >= '0' && byte <= '9') || byte == ':' || byte == '-';
 }
 
-// Three ways to take a byte: a mark counts one column, white space also counts lines, and content counts like white space and then
-// one column more.
+// Three ways to take a byte: a mark counts one column, white space also counts lines, and content
+// counts like white space and then one column more.
 
 Step TakeMark(Machine* machine) {
     machine->column += 1;
@@ -153,7 +154,8 @@ Step BeginTagHere(Machine* machine, TagKind kind) {
 }
 
 void FinishStartTag(Machine* machine) {
-    const bool hasContent = machine->scriptsAsText && machine->isBrowsersName && ReferenceContent::IsContentOf(machine->tagName);
+    const bool hasContent =
+        machine->scriptsAsText && machine->isBrowsersName && ReferenceContent::IsContentOf(machine->tagName);
     if (hasContent) {
         machine->content = ReferenceContent(machine->tagName);
         machine->counted = 0;
@@ -192,7 +194,8 @@ void FinishTag(Machine* machine) {
             machine->trace.push_back(EntityLine(machine->tagName, machine->tokens, machine->charset));
             break;
         case TagKind::EXTERN:
-            machine->charset = CharsetAfterExternTag(machine->tagName, machine->attributes, machine->charset, machine->flags);
+            machine->charset =
+                CharsetAfterExternTag(machine->tagName, machine->attributes, machine->charset, machine->flags);
             machine->trace.push_back(ExternLine(machine->tagName, machine->attributes, machine->charset));
             break;
     }
@@ -471,8 +474,9 @@ Step StepBodyEnd(Machine* machine, char byte, const std::string& wanted, State b
         machine->text += machine->bodyEnd;
         machine->state = body;
     } else if (machine->bodyEnd.size() == wanted.size()) {
-        machine->trace.push_back(body == State::SCRIPT ? ScriptLine(machine->attributes, machine->text, machine->charset)
-                                                       : StyleLine(machine->attributes, machine->text, machine->charset));
+        machine->trace.push_back(body == State::SCRIPT
+                                     ? ScriptLine(machine->attributes, machine->text, machine->charset)
+                                     : StyleLine(machine->attributes, machine->text, machine->charset));
         machine->text.clear();
         machine->state = State::TEXT;
     }
@@ -587,7 +591,8 @@ Step StepByte(Machine* machine, char byte) {
     return Step::NO_CONSTRUCT;
 }
 
-/// What the end of a piece does, which is not nothing in five places. @return 0 or 16, the result for the piece.
+/// What the end of a piece does, which is not nothing in five places. @return 0 or 16, the result
+/// for the piece.
 std::uint32_t EndPiece(Machine* machine) {
     if (machine->entered)
         return 0;
@@ -656,8 +661,8 @@ std::uint32_t ParsePiece(Machine* machine, const std::string& piece) {
 
 }  // namespace
 
-StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset, std::uint32_t flags,
-                                                bool scriptsAsText) {
+StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset,
+                                                std::uint32_t flags, bool scriptsAsText) {
     Machine machine;
     machine.scriptsAsText = scriptsAsText;
     machine.charset = charset;

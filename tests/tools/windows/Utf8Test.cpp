@@ -10,7 +10,8 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Every character has another length in UTF-8, from one byte to four, and the last one two units of UTF-16.
+/// Every character has another length in UTF-8, from one byte to four, and the last one two units
+/// of UTF-16.
 const std::string FOUR = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
 const std::wstring FOUR_WIDE = L"a\u00E9\u20AC\xD83D\xDE00";
 

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::size_t MOST_TRAILING_BYTES = 3;  ///< bytes of a character after its first one
 
-/// The three bytes of a lone surrogate, as UTF-8 would have them if it had any: ED, A0 to BF, 80 to BF.
+/// The three bytes of a lone surrogate, as UTF-8 would have them if it had any: ED, A0 to BF, 80 to
+/// BF.
 constexpr std::size_t SURROGATE_SIZE = 3;
 
 bool BeginsWithSurrogate(std::string_view bytes) {
@@ -36,7 +37,9 @@ std::string FromWide(std::wstring_view text) {
     if (text.empty())
         return {};
     const int size = static_cast<int>(text.size());
-    std::string bytes(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)), '\0');
+    std::string bytes(
+        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)),
+        '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), size, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr);
     return bytes;
 }

@@ -17,7 +17,8 @@
 #include "tests/support/Flavours.h"
 #include "tests/support/TestStreams.h"
 
-// The copy of the self-check on a disk that is full, and from a file that is spoilt: it is whole, or there is none.
+// The copy of the self-check on a disk that is full, and from a file that is spoilt: it is whole,
+// or there is none.
 
 namespace Kestra::Test {
 namespace {
@@ -82,7 +83,8 @@ std::string MakeDocument(std::size_t size) {
     return sizeof(C) == 1 ? text : ToUtf16LE(std::string_view(text));
 }
 
-/// Runs `check` in a process of its own, in which no file may grow above `limit` bytes. It answers 0 when all is well.
+/// Runs `check` in a process of its own, in which no file may grow above `limit` bytes. It answers
+/// 0 when all is well.
 template <typename Check>
 void OnADiskOf(rlim_t size, Check check) {
     const auto run = [&check, size] {
@@ -222,7 +224,8 @@ TEST(SelfCheckCopyTest, AFileThatCannotBeReadIsNoCopy) {
 void FeedLongDocument(GenericParser* parser, GenericParser::DataStreamType type) {
     parser->SetSelfCheck(GenericParser::SELF_CHECK_COPY);
     parser->StartParse(1252, type);
-    const std::string document = type == GenericParser::DATA_STREAM_UTF16 ? MakeDocument<WideChar>(6 << 20) : MakeDocument<char>(6 << 20);
+    const std::string document =
+        type == GenericParser::DATA_STREAM_UTF16 ? MakeDocument<WideChar>(6 << 20) : MakeDocument<char>(6 << 20);
     ASSERT_EQ(parser->ParseBuffer(document.data(), document.size()), 0U);
     ASSERT_GE(FindTemporaryFile(), 0);
 }
