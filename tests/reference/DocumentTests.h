@@ -25,8 +25,10 @@
 namespace Kestra::Test {
 
 inline constexpr std::uint64_t SHARDS = 16;
-inline constexpr std::size_t CUT_LENGTH = 3;  ///< of the enumerated strings that are cut in every way
-inline constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  ///< of the longest enumerated strings
+
+/// Characters of the longest enumerated strings, and of the longest that are cut in every way.
+inline constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;
+inline constexpr std::size_t CUT_LENGTH = 3;
 
 /// The pages, read once.
 inline const std::vector<std::string>& Pages() {
@@ -37,7 +39,7 @@ inline const std::vector<std::string>& Pages() {
 /// Takes every sixteenth seed.
 class ShardTest : public testing::TestWithParam<std::uint64_t> {
 protected:
-    /// Calls `run` with the seeds of this shard that are below `end`, up to the first fatal failure.
+    /// Calls `run` with the seeds of this shard below `end`, up to the first fatal failure.
     void ForEachSeed(std::uint64_t end, const std::function<void(std::uint64_t seed)>& run) const {
         for (std::uint64_t seed = GetParam(); seed < end && !HasFatalFailure(); seed += SHARDS) {
             SCOPED_TRACE("seed " + std::to_string(seed));
