@@ -71,12 +71,11 @@ private:
         }
         Part part;
         while (!text.empty() && text.front() != '|' && text.front() != '}') {
-            if (Skip("{{")) {
-                part.text += '{';
-            } else if (Skip("{")) {
+            if (Skip("{")) {
                 ReadReference(&part);
                 alternative.parts.push_back(std::exchange(part, Part()));
             } else {
+                Skip("`");
                 part.text += text.front();
                 text.remove_prefix(1);
             }

@@ -42,7 +42,7 @@ private:
 ///     {name}          what the rule of this name makes; "byte" is a rule that makes any byte
 ///     {name*2-5}      that two to five times, each time anew
 ///     {a|b{name}}     one of the alternatives, in the middle of another one
-///     {{              a brace
+///     `{              a brace: a backtick makes the next character one of the text
 ///     #abc            the text of a whole rule: a run of these characters, of random length
 class RandomGrammar {
 public:
