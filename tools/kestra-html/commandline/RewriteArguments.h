@@ -3,16 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/kestra-html/rewriting/RewriteEdit.h"
+#include "tools/kestra-html/commands/RewriteCommand.h"
 
 namespace Kestra::Tool {
 
 /// The options of a command line that more than one value or an optional value belongs to, and the
 /// arguments that are left.
-struct RewriteArguments {
-    std::vector<RewriteEdit> edits;  ///< in their order
-    bool inPlace = false;
-    std::string backupSuffix;
+struct RewriteArguments : EditOptions {
     std::vector<std::string> rest;
 };
 

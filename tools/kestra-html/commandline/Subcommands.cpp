@@ -2,10 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <cstdint>
-#include <optional>
-#include <system_error>
+#include <functional>
+#include <string>
 
 #include "html/parser/GenericParser.h"
 #include "html/stateless/StatelessHTMLParser.h"
@@ -14,14 +13,6 @@
 #include "tools/kestra-html/output/CharsetText.h"
 
 namespace Kestra::Tool {
-
-const char* const EXIT_STATUS_HELP =
-    "Exit status:\n"
-    "  0  all inputs are good\n"
-    "  1  an input ended with a result code other than 0 or was not reproduced (the\n"
-    "     others are processed all the same), or the output could not be written\n"
-    "  2  wrong usage\n"
-    "  3  a file cannot be read\n";
 
 namespace {
 
@@ -92,21 +83,31 @@ constexpr const char* DETECT_FOOTER =
     "JSON format: JSON Lines, one object for each input.\n"
     "\n";
 
-std::optional<std::uint64_t> ReadNumber(const std::string& text, std::uint64_t most) {
-    std::uint64_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [next, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || next != end || number > most)
-        return std::nullopt;
-    return number;
-}
-
-std::uint64_t ToNumber(const std::string& option, const std::string& text) {
-    const auto number = ReadNumber(text, UINT64_MAX);
-    if (!number)
-        throw CLI::ValidationError(option, fmt::format("\"{}\" is not a decimal number", text));
-    return *number;
-}
+constexpr const char* REWRITE_FOOTER =
+    "The input is copied byte for byte, but for the edits. ELEMENT is the name of an\n"
+    "element or * for any, ATTRIBUTE that of an attribute; both are compared without\n"
+    "the case of A to Z. SELECTOR is one of CSS: a name or *, #id, .class and\n"
+    "[attribute] with its operators, joined by white space or \">\". REGEX is in the\n"
+    "syntax of RE2; every match is replaced, and \\1 to \\9 stand for what its groups\n"
+    "matched. Values are what they say: references such as &amp; are decoded before\n"
+    "and written after. Elements are removed first; the other edits are made in the\n"
+    "order of the options. An element without its end tag lasts until the one around\n"
+    "it ends.\n"
+    "\n"
+    "With --in-place a file is written beside itself and then put in its place. It\n"
+    "keeps its permissions; a link stays one, and what it leads to is written. A file\n"
+    "that is read-only, has nothing to edit, or cannot be rewritten to its end, stays\n"
+    "as it is. SUFFIX is added to the file's name for a copy of it as it was.\n"
+    "\n"
+    "With --dry-run nothing is written but a line for each edit, with the place of\n"
+    "the tag: file:line:column: old -> new. What is not there is (none).\n"
+    "\n"
+    "Without --charset it is that of the markup; without any, UTF-8 when all of the\n"
+    "input is UTF-8, else windows-1252, in which every byte stays as it is.\n"
+    "\n"
+    "With --scripts tokens a string, a comment or a regular expression of a script\n"
+    "may hide the tags after it from the edits.\n"
+    "\n";
 
 /// A code-page number or a registered charset name.
 CharSet::Code ReadCharset(const std::string& option, const std::string& text) {
@@ -134,227 +135,150 @@ CharSet::Code ToCharset(const std::string& option, const std::string& text, bool
     return code;
 }
 
-std::uint64_t ToNumberWithin(const std::string& option, const std::string& text, std::uint64_t least,
-                             std::uint64_t most) {
-    const auto number = ReadNumber(text, most);
-    if (!number || *number < least)
-        throw CLI::ValidationError(option, fmt::format("\"{}\" is not a number from {} to {}", text, least, most));
-    return *number;
+void AddFormat(Subcommand* command, OutputFormat* format) {
+    command->AddChoice("--format", format, {{"text", OutputFormat::TEXT}, {"json", OutputFormat::JSON}},
+                       "for people, or JSON Lines for programs");
+}
+
+/// @param decodes  whether the text of the inputs is decoded; called when words and flags are known
+void AddCharset(Subcommand* command, CharSet::Code* charset, const std::function<bool()>& decodes) {
+    const std::string option = "--charset";
+    command->AddValue(option, "CHARSET", std::to_string(*charset),
+                      "charset of the input: a code-page number or a\nregistered name; 0 is unknown",
+                      [=](const std::string& text) { *charset = ToCharset(option, text, decodes()); });
+}
+
+bool DecodesAlways() {
+    return true;
+}
+
+bool DecodesNever() {
+    return false;
+}
+
+void AddInput(Subcommand* command, ParseOptions* options) {
+    command->AddChoice("--input", &options->input,
+                       {{"auto", GenericParser::DATA_STREAM_AUTO},
+                        {"8bit", GenericParser::DATA_STREAM_8BIT},
+                        {"utf16", GenericParser::DATA_STREAM_UTF16}},
+                       "look for a byte-order mark, or take the input\nas 8-bit text or as UTF-16");
+}
+
+void AddFeed(Subcommand* command, FeedOptions* options) {
+    command->AddChoice("--feed", &options->feed,
+                       {{"stream", FeedOptions::Feed::STREAM}, {"buffer", FeedOptions::Feed::BUFFER}},
+                       "hand the input over as one stream, or piece by\npiece");
+    command->AddNumber("--piece-size", &options->pieceSize,
+                       "buffer: bytes of a piece, 0 for all in one;\n"
+                       "stream: most bytes for a read that asks for\n"
+                       "16384 or more, 0 for as many as it asks for");
+}
+
+/// @param mode  of either parser
+template <typename Mode>
+void AddScripts(Subcommand* command, Mode* mode, Mode asTokens, Mode asText) {
+    command->AddChoice("--scripts", mode, {{"tokens", asTokens}, {"text", asText}},
+                       "look for strings and comments in scripts, or\n"
+                       "read the content of script, style, textarea,\n"
+                       "title and their like as text, as browsers do");
+}
+
+void AddScripts(Subcommand* command, ParseOptions* options) {
+    AddScripts(command, &options->scriptMode, GenericParser::SCRIPT_AS_TOKENS, GenericParser::SCRIPT_AS_TEXT);
+}
+
+void AddMaxToken(Subcommand* command, FeedOptions* options) {
+    command->AddNumber("--max-token", &options->maxTokenSize,
+                       "most bytes of a token, 0 for any number; a longer\none ends the input with 711");
+}
+
+void AddMinConfidence(Subcommand* command, std::uint64_t* minConfidence) {
+    command->AddNumber("--min-confidence", minConfidence, "least confidence, of 100, of a detected charset");
+}
+
+void AddNoReparse(Subcommand* command, ParseOptions* options) {
+    command->AddNegativeFlag("--no-reparse", &options->reparse,
+                             "stop when the charset is found late, instead\nof starting again with it");
 }
 
 }  // namespace
 
-Subcommand::Subcommand(CLI::App* tool, const std::string& name, const std::string& description)
-    : app(tool->add_subcommand(name, description)),
-      minConfidence(std::to_string(GenericParser::DETECTCHARSET_MIN_CONFIDENCE)) {}
-
-bool Subcommand::IsMeant() const {
-    return app->parsed();
+void DeclareOptions(Subcommand* command, TokensOptions* options) {
+    using Observer = TokensOptions::Observer;
+    AddFormat(command, &options->format);
+    AddCharset(command, &options->charset, [options] { return options->observer == Observer::WIDE; });
+    AddInput(command, options);
+    command->AddChoice("--observer", &options->observer, {{"wide", Observer::WIDE}, {"narrow", Observer::NARROW}},
+                       "characters of the tokens: UTF-16, or bytes as\nthey are in the input");
+    AddFeed(command, options);
+    AddScripts(command, options);
+    AddMaxToken(command, options);
+    command->AddChoice("--self-check", &options->selfCheck,
+                       {{"off", GenericParser::SELF_CHECK_OFF},
+                        {"crc", GenericParser::SELF_CHECK_CRC},
+                        {"copy", GenericParser::SELF_CHECK_COPY}},
+                       "compare the input with its tokens written\nback, by checksum; copy keeps those, too");
+    command->AddFlag("--detect-charset-errors", &options->detectCharsetErrors,
+                     "tell in the result whether all text could be\ndecoded without loss");
+    AddMinConfidence(command, &options->minConfidence);
+    AddNoReparse(command, options);
+    command->AddFlag("--places", &options->places,
+                     "tell where each token, and in JSON each\nattribute, lies, in bytes from the first one");
+    command->AddFiles(&options->inputs, "files to read; - or none is standard input", TOKENS_FOOTER);
 }
 
-void Subcommand::AddText(const std::string& name, std::string* value, const std::string& typeName,
-                         const std::string& description) {
-    app->add_option(name, *value, description)->type_name(typeName)->take_last()->capture_default_str();
+void DeclareOptions(Subcommand* command, EventsOptions* options) {
+    AddFormat(command, &options->format);
+    AddCharset(command, &options->charset, DecodesAlways);
+    AddFeed(command, options);
+    AddScripts(command, &options->scriptMode, StatelessHTMLParser::SCRIPT_AS_TOKENS,
+               StatelessHTMLParser::SCRIPT_AS_TEXT);
+    AddMaxToken(command, options);
+    command->AddNumberWithin("--flags", &options->flags, std::uint32_t{0}, UINT32_MAX,
+                             "flags of the parser; 1: the markup may replace\nthe charset");
+    command->AddFlag("--places", &options->places, "tell where each construct lies, in bytes from\nthe first one");
+    command->AddFiles(&options->inputs, "files to read; - or none is standard input", EVENTS_FOOTER);
 }
 
-void Subcommand::AddChoice(const std::string& name, std::string* value, const std::vector<std::string>& choices,
-                           const std::string& description) {
-    AddText(name, value, CLI::detail::join(choices, "|"), description);
-    app->get_option(name)->check(CLI::IsMember(choices).description(""));
+void DeclareOptions(Subcommand* command, CheckOptions* options) {
+    options->selfCheck = GenericParser::SELF_CHECK_COPY;
+    AddFormat(command, &options->format);
+    AddCharset(command, &options->charset, DecodesNever);
+    AddInput(command, options);
+    AddFeed(command, options);
+    AddScripts(command, options);
+    AddMaxToken(command, options);
+    AddMinConfidence(command, &options->minConfidence);
+    AddNoReparse(command, options);
+    command->AddFlag("--recursive", &options->recursive,
+                     "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");
+    command->AddNumberWithin("--jobs", &options->jobs, std::size_t{1}, CheckOptions::MOST_JOBS,
+                             "threads; the output stays in the order of the\ninputs");
+    command->AddFiles(&options->inputs,
+                      "files to read, with --recursive directories,\ntoo; - or none is standard input", CHECK_FOOTER);
 }
 
-void Subcommand::AddFlag(const std::string& name, bool* value, const std::string& description) {
-    app->add_flag(name, *value, description);
+void DeclareOptions(Subcommand* command, DetectOptions* options) {
+    AddFormat(command, &options->format);
+    AddMinConfidence(command, &options->minConfidence);
+    command->AddFiles(&options->inputs, "files to read; - or none is standard input", DETECT_FOOTER);
 }
 
-void Subcommand::AddFormat() {
-    AddChoice("--format", &format, {"text", "json"}, "for people, or JSON Lines for programs");
-}
-
-void Subcommand::AddMinConfidence() {
-    AddText("--min-confidence", &minConfidence, "N", "least confidence, of 100, of a detected charset");
-}
-
-/// The option is for the help only. It accepts nothing: as a list, the parser of options would read
-/// "[a,b]" as two names.
-void Subcommand::AddFiles(const std::string& description, const std::string& footer) {
-    app->add_option("FILE...", helpOnly, description)->type_name("")->expected(0)->allow_extra_args(false);
-    app->allow_extras();
-    app->footer(footer + EXIT_STATUS_HELP);
-}
-
-OutputFormat Subcommand::GetFormat() const {
-    return format == "json" ? OutputFormat::JSON : OutputFormat::TEXT;
-}
-
-std::uint64_t Subcommand::GetMinConfidence() const {
-    return ToNumber("--min-confidence", minConfidence);
-}
-
-std::vector<std::string> Subcommand::GetFiles() const {
-    std::vector<std::string> files = app->remaining();
-    for (const std::string& file : files) {
-        if (file.size() > 1 && file.front() == '-')
-            throw CLI::ExtrasError(app->get_name(), {file});
-    }
-    return files;
-}
-
-void FeedingSubcommand::AddCharset() {
-    AddText("--charset", &charset, "CHARSET",
-            "charset of the input: a code-page number or a\nregistered name; 0 is unknown");
-}
-
-void FeedingSubcommand::AddFeed() {
-    AddChoice("--feed", &feed, {"stream", "buffer"}, "hand the input over as one stream, or piece by\npiece");
-    AddText("--piece-size", &pieceSize, "N",
-            "buffer: bytes of a piece, 0 for all in one;\n"
-            "stream: most bytes for a read that asks for\n"
-            "16384 or more, 0 for as many as it asks for");
-}
-
-void FeedingSubcommand::AddMaxToken() {
-    AddText("--max-token", &maxToken, "N",
-            "most bytes of a token, 0 for any number; a longer\none ends the input with 711");
-}
-
-void FeedingSubcommand::AddScripts() {
-    AddChoice("--scripts", &scripts, {"tokens", "text"},
-              "look for strings and comments in scripts, or\nread the content of script, style, textarea,\ntitle and "
-              "their like as "
-              "text, as browsers do");
-}
-
-bool FeedingSubcommand::WantsScriptsAsText() const {
-    return scripts == "text";
-}
-
-void FeedingSubcommand::TakeFeedOptions(FeedOptions* options, bool decodes) const {
-    options->charset = ToCharset("--charset", charset, decodes);
-    options->feed = feed == "buffer" ? FeedOptions::Feed::BUFFER : FeedOptions::Feed::STREAM;
-    options->pieceSize = ToNumber("--piece-size", pieceSize);
-    options->maxTokenSize = ToNumber("--max-token", maxToken);
-}
-
-void ParsingSubcommand::AddInput() {
-    AddChoice("--input", &input, {"auto", "8bit", "utf16"},
-              "look for a byte-order mark, or take the input\nas 8-bit text or as UTF-16");
-}
-
-void ParsingSubcommand::AddNoReparse() {
-    AddFlag("--no-reparse", &noReparse, "stop when the charset is found late, instead\nof starting again with it");
-}
-
-void ParsingSubcommand::TakeParseOptions(ParseOptions* options, bool decodes) const {
-    TakeFeedOptions(options, decodes);
-    if (input == "8bit")
-        options->input = GenericParser::DATA_STREAM_8BIT;
-    else if (input == "utf16")
-        options->input = GenericParser::DATA_STREAM_UTF16;
-    options->scriptMode = WantsScriptsAsText() ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS;
-    options->minConfidence = GetMinConfidence();
-    options->reparse = !noReparse;
-}
-
-TokensSubcommand::TokensSubcommand(CLI::App* tool)
-    : ParsingSubcommand(tool, "tokens", "Print the token stream of every input") {
-    AddFormat();
-    AddCharset();
-    AddInput();
-    AddChoice("--observer", &observer, {"wide", "narrow"},
-              "characters of the tokens: UTF-16, or bytes as\nthey are in the input");
-    AddFeed();
-    AddScripts();
-    AddMaxToken();
-    AddChoice("--self-check", &selfCheck, {"off", "crc", "copy"},
-              "compare the input with its tokens written\nback, by checksum; copy keeps those, too");
-    AddFlag("--detect-charset-errors", &detectCharsetErrors,
-            "tell in the result whether all text could be\ndecoded without loss");
-    AddMinConfidence();
-    AddNoReparse();
-    AddFlag("--places", &places,
-            "tell where each token, and in JSON each\nattribute, lies, in bytes from the first one");
-    AddFiles("files to read; - or none is standard input", TOKENS_FOOTER);
-}
-
-TokensOptions TokensSubcommand::GetOptions() const {
-    TokensOptions options;
-    options.format = GetFormat();
-    options.observer = observer == "narrow" ? TokensOptions::Observer::NARROW : TokensOptions::Observer::WIDE;
-    TakeParseOptions(&options, options.observer == TokensOptions::Observer::WIDE);
-    if (selfCheck == "crc")
-        options.selfCheck = GenericParser::SELF_CHECK_CRC;
-    else if (selfCheck == "copy")
-        options.selfCheck = GenericParser::SELF_CHECK_COPY;
-    options.detectCharsetErrors = detectCharsetErrors;
-    options.places = places;
-    options.inputs = GetFiles();
-    return options;
-}
-
-EventsSubcommand::EventsSubcommand(CLI::App* tool)
-    : FeedingSubcommand(tool, "events", "Print the event stream of every input"),
-      flags(std::to_string(EventsOptions().flags)) {
-    AddFormat();
-    AddCharset();
-    AddFeed();
-    AddScripts();
-    AddMaxToken();
-    AddText("--flags", &flags, "N", "flags of the parser; 1: the markup may replace\nthe charset");
-    AddFlag("--places", &places, "tell where each construct lies, in bytes from\nthe first one");
-    AddFiles("files to read; - or none is standard input", EVENTS_FOOTER);
-}
-
-EventsOptions EventsSubcommand::GetOptions() const {
-    EventsOptions options;
-    TakeFeedOptions(&options, true);
-    options.format = GetFormat();
-    options.flags = static_cast<std::uint32_t>(ToNumberWithin("--flags", flags, 0, UINT32_MAX));
-    options.scriptMode =
-        WantsScriptsAsText() ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
-    options.places = places;
-    options.inputs = GetFiles();
-    return options;
-}
-
-CheckSubcommand::CheckSubcommand(CLI::App* tool)
-    : ParsingSubcommand(tool, "check", "Check that the tokens reproduce every input") {
-    AddFormat();
-    AddCharset();
-    AddInput();
-    AddFeed();
-    AddScripts();
-    AddMaxToken();
-    AddMinConfidence();
-    AddNoReparse();
-    AddFlag("--recursive", &recursive, "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");
-    AddText("--jobs", &jobs, "N", "threads; the output stays in the order of the\ninputs");
-    AddFiles("files to read, with --recursive directories,\ntoo; - or none is standard input", CHECK_FOOTER);
-}
-
-CheckOptions CheckSubcommand::GetOptions() const {
-    CheckOptions options;
-    TakeParseOptions(&options, false);
-    options.format = GetFormat();
-    options.selfCheck = GenericParser::SELF_CHECK_COPY;
-    options.recursive = recursive;
-    options.jobs = static_cast<std::size_t>(ToNumberWithin("--jobs", jobs, 1, CheckOptions::MOST_JOBS));
-    options.inputs = GetFiles();
-    return options;
-}
-
-DetectSubcommand::DetectSubcommand(CLI::App* tool) : Subcommand(tool, "detect", "Detect the charset of every input") {
-    AddFormat();
-    AddMinConfidence();
-    AddFiles("files to read; - or none is standard input", DETECT_FOOTER);
-}
-
-DetectOptions DetectSubcommand::GetOptions() const {
-    DetectOptions options;
-    options.format = GetFormat();
-    options.minConfidence = GetMinConfidence();
-    options.inputs = GetFiles();
-    return options;
+void DeclareOptions(Subcommand* command, RewriteOptions* options) {
+    command->AddToHelp("--set", "ELEMENT.ATTRIBUTE=VALUE", "give an attribute a value, or add it");
+    command->AddToHelp("--replace", "ELEMENT.ATTRIBUTE REGEX REPLACEMENT",
+                       "replace what matches in the value of an\nattribute");
+    command->AddToHelp("--remove", "ELEMENT.ATTRIBUTE", "remove an attribute");
+    command->AddToHelp("--remove-element", "SELECTOR", "remove elements with their content");
+    command->AddToHelp("--in-place", "[=SUFFIX]", "write into the files, with a backup or without");
+    command->AddFlag("--dry-run", &options->dryRun, "tell the edits and write nothing");
+    AddCharset(command, &options->charset, DecodesAlways);
+    AddInput(command, options);
+    AddScripts(command, options);
+    AddMaxToken(command, options);
+    command->AddFiles(&options->inputs,
+                      "the file to read, with --in-place or --dry-run\nany number; - or none is standard input",
+                      REWRITE_FOOTER);
 }
 
 }  // namespace Kestra::Tool
