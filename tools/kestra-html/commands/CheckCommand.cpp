@@ -214,8 +214,8 @@ private:
     void WriteLine(const std::string& name, const CheckedInput& input) {
         const CheckOutcome& outcome = input.outcome;
         const bool isExplained = outcome.result.GetFirstFailure() == 0 && outcome.HasLostMark();
-        const bool tellsPlace = outcome.firstDifference && !isExplained;
-        const std::string trouble = tellsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
+        const bool showsPlace = outcome.firstDifference && !isExplained;
+        const std::string trouble = showsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
         console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
                                   Counted(input.size, "byte"), Counted(outcome.tokens, "token"),
                                   Rate(input.size, outcome.seconds), trouble));

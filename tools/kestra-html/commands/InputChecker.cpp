@@ -58,7 +58,7 @@ private:
     GenericParser* parser;
 };
 
-/// @param copy  null stands for an empty copy; what cannot be read counts as missing
+/// @param copy  null for an empty copy; what cannot be read counts as missing
 std::optional<std::uint64_t> FindFirstDifference(std::string_view input, VFS::InputStream* copy) {
     std::vector<char> block(BLOCK_SIZE);
     std::uint64_t offset = 0;

@@ -144,7 +144,7 @@ private:
         HTML::Rewriter rewriter(&output);
         rewriter.SetScriptMode(options.scriptMode);
         rewriter.SetMaxTokenSize(options.maxTokenSize);
-        PageEdits edits(options.edits, &rewriter, [this, &name](const PageEdits::Made& made) { Tell(name, made); });
+        PageEdits edits(options.edits, &rewriter, [this, &name](const PageEdits::Made& made) { ListEdit(name, made); });
         CallResults results;
         results.startParse = rewriter.StartParse(charset, options.input);
         std::uint64_t done = 0;
@@ -182,7 +182,7 @@ private:
         return EXIT_STATUS_FAILED;
     }
 
-    void Tell(const std::string& name, const PageEdits::Made& made) {
+    void ListEdit(const std::string& name, const PageEdits::Made& made) {
         static constexpr std::string_view NONE = "(none)";
         if (!options.dryRun)
             return;
@@ -208,7 +208,7 @@ private:
         if (declared)
             return *declared;
         Utf8Check utf8;
-        ReadBlocks(stream, [&utf8](std::string_view block) { utf8.Take(block); });
+        ReadBlocks(stream, [&utf8](std::string_view block) { utf8.Check(block); });
         Rewind(stream);
         return utf8.IsUtf8() ? CharSet::UTF8 : CharSet::WINDOWS_1252;
     }

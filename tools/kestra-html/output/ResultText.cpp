@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "html/framework/ResultCodes.h"
 #include "html/rewrite/RewriteResults.h"
 #include "html/stateless/StatelessResults.h"
@@ -11,6 +14,47 @@
 namespace Kestra::Tool {
 
 namespace {
+
+struct ResultMeaning {
+    std::uint32_t code;
+    std::string_view text;
+};
+
+constexpr ResultMeaning MEANINGS[] = {
+    {HTML::PARSER_OK, "success"},
+    {HTML::PARSER_INVALID_ARGUMENT, "an invalid argument, such as an odd number of bytes of UTF-16"},
+    {HTML::PARSER_RECOVERY_IMPOSSIBLE, "a broken construct cannot be read again"},
+    {RESULT_OUT_OF_MEMORY, "not enough memory"},
+    {HTML::STATELESS_NOT_STARTED, "no document has been started"},
+    {HTML::SP_MALFORMED, "malformed markup, a required part is missing or cannot be recognized"},
+    {HTML::SP_UNEXPECTED_CHAR, "malformed markup, a character that cannot stand there"},
+    {HTML::PARSER_UNTERMINATED, "the input ended inside a construct"},
+    {RESULT_UNSUPPORTED_CHARSET, "there is no converter for the charset"},
+    {HTML::STATELESS_FILE_NOT_OPENED, "the file could not be opened"},
+    {HTML::PARSER_SHORT_READ, "the input delivered fewer bytes than expected"},
+    {RESULT_STREAM_FAILED, "the input could not be read or positioned"},
+    {RESULT_END_OF_DATA, "the end of the data"},
+    {HTML::STATELESS_NAME_EXPECTED, "malformed markup, a name must begin with a letter or \"_\""},
+    {HTML::STATELESS_TAG_END_EXPECTED, "malformed markup, a tag, a declaration or an instruction must end here"},
+    {HTML::STATELESS_UNKNOWN_CONSTRUCT,
+     "malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\""},
+    {HTML::PARSER_SELF_CHECK_FAILED, "the tokens written back differ from the input"},
+    {HTML::PARSER_PARSE_AGAIN, "another charset was found, the input must be parsed again"},
+    {HTML::PARSER_CHARSET_NOT_DETECTED, "the charset could not be detected"},
+    {HTML::PARSER_TOO_LITTLE_DATA, "too little data to detect the charset"},
+    {HTML::PARSER_DETECTOR_NOT_CONFIDENT, "the charset detector is not confident enough"},
+    {HTML::PARSER_DETECTOR_FAILED, "the charset detector failed"},
+    {HTML::PARSER_STOPPED, "the parse has been stopped"},
+    {HTML::PARSER_LIMIT_EXCEEDED, "a token is longer, or has more attributes, than the limit allows"},
+    {HTML::REWRITE_OVER, "the token to be edited is over"},
+    {HTML::REWRITE_WRONG_KIND, "this kind of token cannot be edited so"},
+    {HTML::REWRITE_NO_ATTRIBUTE, "the tag has no attribute of that name"},
+    {HTML::REWRITE_BAD_NAME, "this is no name of an attribute, or the charset of the document lacks a character of it"},
+    {HTML::REWRITE_NO_CONTENT, "the element has no content"},
+    {HTML::REWRITE_ENDS_EARLY, "the text would end its script, style sheet or comment"},
+    {HTML::REWRITE_NOT_IN_CHARSET, "the charset of the document lacks a character of the text"},
+    {HTML::REWRITE_BAD_SELECTOR, "the selector cannot be read"},
+};
 
 std::string_view GetMeaning(std::uint32_t code, bool copyLost) {
     if (copyLost && code == HTML::PARSER_SELF_CHECK_FAILED)
@@ -29,73 +73,9 @@ void AppendCall(std::string* text, std::string_view call, std::uint32_t code, bo
 }  // namespace
 
 std::string_view GetResultMeaning(std::uint32_t code) {
-    switch (code) {
-        case HTML::PARSER_OK:
-            return "success";
-        case HTML::PARSER_INVALID_ARGUMENT:
-            return "an invalid argument, such as an odd number of bytes of UTF-16";
-        case HTML::PARSER_RECOVERY_IMPOSSIBLE:
-            return "a broken construct cannot be read again";
-        case RESULT_OUT_OF_MEMORY:
-            return "not enough memory";
-        case HTML::STATELESS_NOT_STARTED:
-            return "no document has been started";
-        case HTML::SP_MALFORMED:
-            return "malformed markup, a required part is missing or cannot be recognized";
-        case HTML::SP_UNEXPECTED_CHAR:
-            return "malformed markup, a character that cannot stand there";
-        case HTML::PARSER_UNTERMINATED:
-            return "the input ended inside a construct";
-        case RESULT_UNSUPPORTED_CHARSET:
-            return "there is no converter for the charset";
-        case HTML::STATELESS_FILE_NOT_OPENED:
-            return "the file could not be opened";
-        case HTML::PARSER_SHORT_READ:
-            return "the input delivered fewer bytes than expected";
-        case RESULT_STREAM_FAILED:
-            return "the input could not be read or positioned";
-        case RESULT_END_OF_DATA:
-            return "the end of the data";
-        case HTML::STATELESS_NAME_EXPECTED:
-            return "malformed markup, a name must begin with a letter or \"_\"";
-        case HTML::STATELESS_TAG_END_EXPECTED:
-            return "malformed markup, a tag, a declaration or an instruction must end here";
-        case HTML::STATELESS_UNKNOWN_CONSTRUCT:
-            return "malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\"";
-        case HTML::PARSER_SELF_CHECK_FAILED:
-            return "the tokens written back differ from the input";
-        case HTML::PARSER_PARSE_AGAIN:
-            return "another charset was found, the input must be parsed again";
-        case HTML::PARSER_CHARSET_NOT_DETECTED:
-            return "the charset could not be detected";
-        case HTML::PARSER_TOO_LITTLE_DATA:
-            return "too little data to detect the charset";
-        case HTML::PARSER_DETECTOR_NOT_CONFIDENT:
-            return "the charset detector is not confident enough";
-        case HTML::PARSER_DETECTOR_FAILED:
-            return "the charset detector failed";
-        case HTML::PARSER_STOPPED:
-            return "the parse has been stopped";
-        case HTML::PARSER_LIMIT_EXCEEDED:
-            return "a token is longer, or has more attributes, than the limit allows";
-        case HTML::REWRITE_OVER:
-            return "the token to be edited is over";
-        case HTML::REWRITE_WRONG_KIND:
-            return "this kind of token cannot be edited so";
-        case HTML::REWRITE_NO_ATTRIBUTE:
-            return "the tag has no attribute of that name";
-        case HTML::REWRITE_BAD_NAME:
-            return "this is no name of an attribute, or the charset of the document lacks a character of it";
-        case HTML::REWRITE_NO_CONTENT:
-            return "the element has no content";
-        case HTML::REWRITE_ENDS_EARLY:
-            return "the text would end its script, style sheet or comment";
-        case HTML::REWRITE_NOT_IN_CHARSET:
-            return "the charset of the document lacks a character of the text";
-        case HTML::REWRITE_BAD_SELECTOR:
-            return "the selector cannot be read";
-    }
-    return "an unknown result code";
+    const auto meaning = std::find_if(std::begin(MEANINGS), std::end(MEANINGS),
+                                      [code](const ResultMeaning& row) { return row.code == code; });
+    return meaning == std::end(MEANINGS) ? "an unknown result code" : meaning->text;
 }
 
 std::string_view GetFailureMeaning(const CallResults& results) {

@@ -4,11 +4,11 @@
 
 namespace Kestra::Tool {
 
-void Utf8Check::Take(std::string_view piece) {
+void Utf8Check::Check(std::string_view piece) {
     for (const char letter : piece) {
         const auto byte = static_cast<unsigned char>(letter);
         if (left == 0) {
-            TakeFirst(byte);
+            CheckFirst(byte);
         } else {
             isBroken = isBroken || byte < least || byte > most;
             least = 0x80;
@@ -22,7 +22,7 @@ bool Utf8Check::IsUtf8() const {
     return !isBroken && left == 0;
 }
 
-void Utf8Check::TakeFirst(unsigned char byte) {
+void Utf8Check::CheckFirst(unsigned char byte) {
     if (byte < 0x80)
         return;
     const Utf8Lead lead = ClassifyUtf8Lead(byte);

@@ -8,12 +8,12 @@ namespace Kestra::Tool {
 /// beyond U+10FFFF, nothing cut at the end.
 class Utf8Check {
 public:
-    void Take(std::string_view piece);
+    void Check(std::string_view piece);
     /// Of all bytes so far.
     bool IsUtf8() const;
 
 private:
-    void TakeFirst(unsigned char byte);
+    void CheckFirst(unsigned char byte);
 
     unsigned left = 0;           ///< bytes that the character under way still needs
     unsigned char least = 0x80;  ///< of the next one of them
