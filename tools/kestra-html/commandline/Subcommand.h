@@ -59,7 +59,8 @@ public:
     void AddNumberWithin(const std::string& name, Number* field, Number least, Number most,
                          const std::string& description);
 
-    /// An option with a value of its own kind. @param defaultText  read when the option is not given
+    /// An option with another kind of value.
+    /// @param defaultText  is read when the option is not given
     void AddValue(const std::string& name, const std::string& typeName, const std::string& defaultText,
                   const std::string& description, ReadText readText);
 

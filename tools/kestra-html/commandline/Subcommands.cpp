@@ -23,16 +23,16 @@ using StringNS::CharSet;
 constexpr const char* TOKENS_FOOTER =
     "Text format: one line for each token. It starts with the line and the column of\n"
     "the token, from 1, counted in the parser's characters: bytes, and units of\n"
-    "UTF-16 input. An event without a token, such as js-start, stands after the tag\n"
-    "that caused it. Long texts are cut and followed by their length: abc...[1200]. A\n"
+    "UTF-16 input. An event without a token, such as js-start, follows the tag that\n"
+    "caused it. Long texts are cut and followed by their length: abc...[1200]. A\n"
     "control character is shown as \\n, \\r, \\t or \\x1B. On a terminal the kind is\n"
     "coloured unless NO_COLOR is set. With --places the offsets follow, [begin,end).\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input. With --places the objects of callbacks get begin, end, line\n"
-    "and column, those without a token the ones of the tag that caused them; and the\n"
-    "attributes begin, end, nameBegin, nameEnd, valueBegin and valueEnd, the last two\n"
-    "null without a value.\n"
+    "and column. Those without a token get the place of the tag that caused them.\n"
+    "Attributes get begin, end, nameBegin, nameEnd, valueBegin and valueEnd; the last\n"
+    "two are null without a value.\n"
     "\n"
     "When the charset is found late, the input is parsed again with it; only the\n"
     "last pass is written.\n"
@@ -52,15 +52,16 @@ constexpr const char* EVENTS_FOOTER =
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input. With --places the objects of callbacks get begin, end, line\n"
-    "and column, and attributePlaces when they have attributes: for each begin, end,\n"
-    "nameBegin, nameEnd, valueBegin and valueEnd, the last two null without a value.\n"
+    "and column, and attributePlaces when they have attributes. Each place has begin,\n"
+    "end, nameBegin, nameEnd, valueBegin and valueEnd; the last two are null without\n"
+    "a value.\n"
     "\n";
 
 constexpr const char* CHECK_FOOTER =
     "Each input is parsed with the self-check that keeps a copy of the tokens written\n"
     "back, and the copy is compared with the input byte for byte. Three options of\n"
-    "tokens do not apply: --self-check is copy, --observer is wide, and what could\n"
-    "not be decoded is not told, as the copy is never decoded.\n"
+    "tokens do not apply: --self-check is copy, --observer is wide, and decoding\n"
+    "errors are not reported, because the copy is never decoded.\n"
     "\n"
     "Text format: one line for each input, with ok or the result code, and a summary.\n"
     "The rate is that of the parse with its self-check, in millions of bytes per\n"
@@ -74,36 +75,37 @@ constexpr const char* CHECK_FOOTER =
     "\n";
 
 constexpr const char* DETECT_FOOTER =
-    "The first 16384 bytes are looked at; at least 256 are needed.\n"
+    "The first 16384 bytes are examined; at least 256 are needed.\n"
     "\n"
-    "Text format: one line for each input: the code page and its name, how sure the\n"
-    "detector is, of 100, and the result code. An answer that is not sure enough is\n"
-    "not given; its confidence is.\n"
+    "Text format: one line for each input: the code page and its name, the confidence\n"
+    "of the detector, at most 100, and the result code. An answer of too little\n"
+    "confidence is left out, but its confidence is written.\n"
     "\n"
     "JSON format: JSON Lines, one object for each input.\n"
     "\n";
 
 constexpr const char* REWRITE_FOOTER =
-    "The input is copied byte for byte, but for the edits. ELEMENT is the name of an\n"
-    "element or * for any, ATTRIBUTE that of an attribute; both are compared without\n"
-    "the case of A to Z. SELECTOR is one of CSS: a name or *, #id, .class and\n"
+    "Except for the edits the input is copied byte for byte. ELEMENT is the name of\n"
+    "an element or * for any, ATTRIBUTE that of an attribute; both are compared\n"
+    "without the case of A to Z. SELECTOR is one of CSS: a name or *, #id, .class and\n"
     "[attribute] with its operators, joined by white space or \">\". REGEX is in the\n"
-    "syntax of RE2; every match is replaced, and \\1 to \\9 stand for what its groups\n"
-    "matched. Values are what they say: references such as &amp; are decoded before\n"
-    "and written after. Elements are removed first; the other edits are made in the\n"
-    "order of the options. An element without its end tag lasts until the one around\n"
-    "it ends.\n"
+    "syntax of RE2; every match is replaced, and \\1 to \\9 are what its groups\n"
+    "matched. Values are plain text: references such as &amp; are decoded before an\n"
+    "edit, and written where a value needs them. Elements are removed first; the\n"
+    "other edits are made in the order of the options. An element without its end tag\n"
+    "lasts until the one around it ends.\n"
     "\n"
     "With --in-place a file is written beside itself and then put in its place. It\n"
     "keeps its permissions; a link stays one, and what it leads to is written. A file\n"
     "that is read-only, has nothing to edit, or cannot be rewritten to its end, stays\n"
     "as it is. SUFFIX is added to the file's name for a copy of it as it was.\n"
     "\n"
-    "With --dry-run nothing is written but a line for each edit, with the place of\n"
-    "the tag: file:line:column: old -> new. What is not there is (none).\n"
+    "With --dry-run only a line for each edit is written, with the place of the tag:\n"
+    "file:line:column: old -> new. A value that does not exist is (none).\n"
     "\n"
-    "Without --charset it is that of the markup; without any, UTF-8 when all of the\n"
-    "input is UTF-8, else windows-1252, in which every byte stays as it is.\n"
+    "Without --charset the charset is that of the markup. If that names none, it is\n"
+    "UTF-8 when all of the input is UTF-8, and otherwise windows-1252, in which every\n"
+    "byte stays as it is.\n"
     "\n"
     "With --scripts tokens a string, a comment or a regular expression of a script\n"
     "may hide the tags after it from the edits.\n"
@@ -217,13 +219,13 @@ void DeclareOptions(Subcommand* command, TokensOptions* options) {
                        {{"off", GenericParser::SELF_CHECK_OFF},
                         {"crc", GenericParser::SELF_CHECK_CRC},
                         {"copy", GenericParser::SELF_CHECK_COPY}},
-                       "compare the input with its tokens written\nback, by checksum; copy keeps those, too");
+                       "compare the input with its tokens written\nback, by checksum; copy also keeps the text");
     command->AddFlag("--detect-charset-errors", &options->detectCharsetErrors,
-                     "tell in the result whether all text could be\ndecoded without loss");
+                     "say in the result whether all text could be\ndecoded without loss");
     AddMinConfidence(command, &options->minConfidence);
     AddNoReparse(command, options);
     command->AddFlag("--places", &options->places,
-                     "tell where each token, and in JSON each\nattribute, lies, in bytes from the first one");
+                     "write the place of each token, and in JSON of\neach attribute, in bytes from the first one");
     command->AddFiles(&options->inputs, "files to read; - or none is standard input", TOKENS_FOOTER);
 }
 
@@ -236,7 +238,7 @@ void DeclareOptions(Subcommand* command, EventsOptions* options) {
     AddMaxToken(command, options);
     command->AddNumberWithin("--flags", &options->flags, std::uint32_t{0}, UINT32_MAX,
                              "flags of the parser; 1: the markup may replace\nthe charset");
-    command->AddFlag("--places", &options->places, "tell where each construct lies, in bytes from\nthe first one");
+    command->AddFlag("--places", &options->places, "write the place of each construct, in bytes\nfrom the first one");
     command->AddFiles(&options->inputs, "files to read; - or none is standard input", EVENTS_FOOTER);
 }
 
@@ -271,7 +273,7 @@ void DeclareOptions(Subcommand* command, RewriteOptions* options) {
     command->AddToHelp("--remove", "ELEMENT.ATTRIBUTE", "remove an attribute");
     command->AddToHelp("--remove-element", "SELECTOR", "remove elements with their content");
     command->AddToHelp("--in-place", "[=SUFFIX]", "write into the files, with a backup or without");
-    command->AddFlag("--dry-run", &options->dryRun, "tell the edits and write nothing");
+    command->AddFlag("--dry-run", &options->dryRun, "list the edits and change nothing");
     AddCharset(command, &options->charset, DecodesAlways);
     AddInput(command, options);
     AddScripts(command, options);

@@ -17,7 +17,7 @@ namespace Kestra::Tool {
 class TextEventObserver final : public Trace::EventLineObserver {
 public:
     /// @param observedParser  borrowed; asked in each callback where it is
-    /// @param withOffsets     lines also tell the offsets in bytes
+    /// @param withOffsets     lines also have the offsets in bytes
     TextEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* observedParser, bool inColour,
                       bool withOffsets = false);
 

@@ -18,7 +18,7 @@ template <typename C, typename S>
 class TextObserver final : public HTML::EventObserver<TextObserver<C, S>, C, S> {
 public:
     /// @param observedParser  borrowed; asked for the place of each token
-    /// @param withOffsets     lines also tell the offsets in bytes
+    /// @param withOffsets     lines also have the offsets in bytes
     TextObserver(LineSink* lineSink, const HTML::GenericParser* observedParser, bool inColour,
                  bool withOffsets = false);
 

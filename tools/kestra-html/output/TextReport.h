@@ -90,7 +90,7 @@ public:
     /// How strings are shown: so many characters of each, in UTF-8.
     static constexpr Trace::Options STRINGS = {60, true};
 
-    /// @param withOffsets  lines also tell the offsets of the place
+    /// @param withOffsets  lines also have the offsets of the place
     TextReport(LineSink* lineSink, bool inColour, bool withOffsets);
 
     /// Writes a line and counts it. @param text  in the trace language; begins with the word that

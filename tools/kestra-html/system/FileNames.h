@@ -5,7 +5,7 @@
 
 namespace Kestra::Tool {
 
-/// The path that a file name of the tool stands for. Names are bytes as they are, and on Windows
+/// The path of a file name of the tool. Names are bytes as they are, and on Windows
 /// UTF-8.
 ///
 /// On Windows the path is absolute, and one that the system takes as it is: however long it is,

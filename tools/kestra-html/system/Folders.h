@@ -19,8 +19,8 @@ bool IsFolder(const std::string& name);
 /// @return false when it cannot be read to its end
 bool ListFolder(const std::string& folder, std::vector<FolderEntry>* entries);
 
-/// The name of an entry with its folder's in front, parted as the system does it: by a backslash on
-/// Windows, unless the folder's name ends with a separator.
+/// The name of a folder and of an entry in it, joined as the system does it: by a backslash on
+/// Windows, unless the name of the folder ends with a separator.
 std::string JoinNames(const std::string& folder, const std::string& entry);
 
 }  // namespace Kestra::Tool

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A link that leads nowhere counts as a file: that it cannot be read is worth a word.
+/// A link that leads nowhere counts as a file, so that the tool says that it cannot be read.
 FolderEntry Describe(const fs::directory_entry& entry) {
     std::error_code error;
     const bool isLink = entry.is_symlink(error);

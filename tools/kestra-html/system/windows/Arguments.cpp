@@ -48,7 +48,7 @@ bool Matches(std::wstring_view name, std::wstring_view pattern) {
     std::size_t at = 0;
     std::size_t inPattern = 0;
     std::size_t lastStar = std::wstring_view::npos;
-    std::size_t starEnd = 0;  // of what the last "*" stands for
+    std::size_t starEnd = 0;  // of what the last "*" matches
     while (at < name.size()) {
         if (inPattern < pattern.size() && pattern[inPattern] == L'*') {
             lastStar = inPattern++;
@@ -84,8 +84,9 @@ bool IsTakenAlone(const std::string& name) {
     return name == "-" || ToPath(name).wstring() == NameToWide(name);
 }
 
-/// Appends every match. @param found  the parts in front, with a separator at the end;
-/// @param rest  the parts that follow
+/// Appends every match.
+/// @param found  the parts before, with a separator at the end
+/// @param rest   the parts that follow
 void Expand(const std::string& found, std::string_view rest, std::vector<std::string>* matches) {
     const std::size_t begin = std::min(rest.find_first_of(WILDCARDS), rest.size());
     if (begin == rest.size()) {

@@ -13,8 +13,8 @@ std::wstring ToWide(std::string_view text);
 std::string FromWide(std::wstring_view text);
 
 /// The same for names of files, which the system makes of any units: a lone surrogate becomes three
-/// bytes, which are no UTF-8, and comes back from them. So a name of the system stands for the same
-/// file on its way through the tool.
+/// bytes, which are no UTF-8, and comes back from them. So a name of the system means the same file
+/// on its way through the tool.
 std::wstring NameToWide(std::string_view name);
 std::string NameFromWide(std::wstring_view name);
 
