@@ -1,39 +1,10 @@
-#include "platform/CharSetConverter.h"
-
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <set>
-#include <string>
-#include <string_view>
-
-#include "platform/Characters.h"
-#include "platform/Results.h"
 #include "tests/platform/ConverterCheck.h"
 
 // What holds on every platform: the library's own converters, and those answers of the system's
 // ones that all systems give.
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-using Test::CheckConversions;
-using Test::CheckFromWide;
-using Test::CheckLongStrings;
-using Test::CheckThereAndBack;
-using Test::CheckToWide;
-using Test::CheckUnsupported;
-using Test::ConversionRow;
-using Test::Dump;
-using Test::ForEverySequence;
-using Test::FromWide;
-using Test::FromWideRow;
-using Test::GetNamedCodes;
-using Test::ToWide;
-using Test::ToWideRow;
 
 TEST(CharSetConverterTest, Utf16IsACopyOfItsBytes) {
     const std::string alphabet("\x00\x01\x7F\x80\xA0\xD7\xD8\xDB\xDC\xDF\xE0\xFD\xFE\xFF", 14);
@@ -339,4 +310,4 @@ TEST(CharSetConverterTest, CopiesStartClosed) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <set>
 #include <span>
 #include <string>
@@ -14,6 +17,7 @@
 #include "platform/CharSetNames.h"
 #include "platform/Characters.h"
 #include "platform/Results.h"
+#include "platform/StringHelper.h"
 
 /// @file
 /// What the tests of the charset conversions share: on every platform, and of the system's own
@@ -21,8 +25,12 @@
 
 namespace Kestra::Test {
 
+using namespace std::string_view_literals;
+
 using StringNS::CharSet;
 using StringNS::CharSetConverter;
+using StringNS::CharSetRow;
+using StringNS::StringHelper;
 
 /// The units of a string in hexadecimal, so that a failure shows them.
 template <typename C>
@@ -179,9 +187,9 @@ std::size_t ForEverySequence(const S& alphabet, const std::function<void(const S
 /// The code pages that have a name.
 inline std::set<CharSet::Code> GetNamedCodes() {
     std::set<CharSet::Code> codes;
-    for (const StringNS::CharSetRow& row : StringNS::GetCharSetRows())
+    for (const CharSetRow& row : StringNS::GetCharSetRows())
         codes.insert(row.code);
-    for (const StringNS::CharSetRow& row : StringNS::GetSharedCharSetNames())
+    for (const CharSetRow& row : StringNS::GetSharedCharSetNames())
         codes.insert(row.code);
     return codes;
 }

@@ -1,25 +1,11 @@
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-
-#include "platform/CharSetConverter.h"
-#include "platform/Characters.h"
-#include "platform/Results.h"
-#include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
 
 // What the charset conversions owe to ICU: the library's own converters are held against it, all
 // others are ICU's.
-
-#include "platform/Results.h"
-#include "platform/StringHelper.h"
 
 namespace {
 
@@ -44,25 +30,8 @@ extern "C" UConverter* ucnv_open(const char* name, UErrorCode* error) {
     return original(name, error);
 }
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-using Test::CheckConversions;
-using Test::CheckFromWide;
-using Test::CheckLongStrings;
-using Test::CheckThereAndBack;
-using Test::CheckToWide;
-using Test::CheckUnsupported;
-using Test::ConversionRow;
-using Test::Dump;
-using Test::ForEverySequence;
-using Test::FromWide;
-using Test::FromWideRow;
-using Test::GetNamedCodes;
-using Test::ToWide;
-using Test::ToWideRow;
 
 /// ICU as the oracle.
 class Oracle {
@@ -323,7 +292,7 @@ TEST(PosixConverterTest, EveryNamedCodePageConverts) {
 
 TEST(PosixConverterTest, EveryNameLeadsToACodePageThatConverts) {
     std::size_t names = 0;
-    for (const CharSetRow& row : GetCharSetRows()) {
+    for (const CharSetRow& row : StringNS::GetCharSetRows()) {
         for (std::size_t begin = 0; begin <= row.names.size(); ++names) {
             const std::size_t end = std::min(row.names.find(' ', begin), row.names.size());
             const std::string name(row.names.substr(begin, end - begin));
@@ -449,4 +418,4 @@ TEST(PosixStringHelperTest, ConversionsToWideLeaveOutTheTerminatorCountedLast) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

@@ -1,46 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
-#include <functional>
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "html/parser/GenericParser.h"
-#include "platform/CharSetConverter.h"
-#include "platform/Characters.h"
-#include "platform/Results.h"
-#include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
 #include "tests/platform/windows/SystemCalls.h"
 
 // What the charset conversions owe to Windows: which of its two converters is asked, how often, and
 // for what.
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-using Test::CheckConversions;
-using Test::CheckFromWide;
-using Test::CheckLongStrings;
-using Test::CheckToWide;
-using Test::CheckUnsupported;
-using Test::ConversionRow;
-using Test::Dump;
-using Test::FromWide;
-using Test::FromWideRow;
-using Test::GetNamedCodes;
-using Test::HookedSystem;
-using Test::IsWine;
-using Test::RealSystem;
-using Test::ToWide;
-using Test::ToWideRow;
 
 /// Notes what the system's converters are asked, and lets them fail.
 class WatchedConverters {
@@ -763,4 +731,4 @@ TEST(WindowsConverterDeathTest, EveryAnswerOfTheLanguageLibrary) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test
