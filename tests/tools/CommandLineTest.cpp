@@ -1,4 +1,4 @@
-#include "tools/kestra-html/CommandLine.h"
+#include "tools/kestra-html/commandline/CommandLine.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
-#include "tools/kestra-html/Console.h"
+#include "tools/kestra-html/output/Console.h"
 
 namespace Kestra::Test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/Utf8Check.h"
+#include "tools/kestra-html/rewriting/Utf8Check.h"
 
 #include <gtest/gtest.h>
 

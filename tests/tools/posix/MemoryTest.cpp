@@ -8,13 +8,13 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
-#include "tools/kestra-html/CheckCommand.h"
-#include "tools/kestra-html/DetectCommand.h"
-#include "tools/kestra-html/EventsCommand.h"
-#include "tools/kestra-html/Input.h"
-#include "tools/kestra-html/RewriteCommand.h"
-#include "tools/kestra-html/RewriteEdit.h"
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commandline/RewriteArguments.h"
+#include "tools/kestra-html/commands/CheckCommand.h"
+#include "tools/kestra-html/commands/DetectCommand.h"
+#include "tools/kestra-html/commands/EventsCommand.h"
+#include "tools/kestra-html/commands/RewriteCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/input/Input.h"
 
 /// @file
 /// What becomes of an input that does not fit the memory. The program has an `operator new` of its

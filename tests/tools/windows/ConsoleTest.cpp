@@ -15,9 +15,9 @@
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Screen.h"
 #include "tests/tools/windows/ToolProcess.h"
-#include "tools/kestra-html/Progress.h"
-#include "tools/kestra-html/Terminal.h"
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/output/Progress.h"
+#include "tools/kestra-html/system/Terminal.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 namespace {

@@ -8,13 +8,13 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Handle.h"
-#include "tools/kestra-html/FileNames.h"
-#include "tools/kestra-html/Input.h"
-#include "tools/kestra-html/InputList.h"
-#include "tools/kestra-html/JsonText.h"
-#include "tools/kestra-html/PrintableName.h"
-#include "tools/kestra-html/Wildcards.h"
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/input/Input.h"
+#include "tools/kestra-html/input/InputList.h"
+#include "tools/kestra-html/output/JsonText.h"
+#include "tools/kestra-html/output/PrintableName.h"
+#include "tools/kestra-html/system/Arguments.h"
+#include "tools/kestra-html/system/FileNames.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 namespace {

@@ -12,13 +12,13 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Handle.h"
-#include "tools/kestra-html/CheckCommand.h"
-#include "tools/kestra-html/CommandLine.h"
-#include "tools/kestra-html/Console.h"
-#include "tools/kestra-html/DetectCommand.h"
-#include "tools/kestra-html/EventsCommand.h"
-#include "tools/kestra-html/RewriteCommand.h"
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commandline/CommandLine.h"
+#include "tools/kestra-html/commands/CheckCommand.h"
+#include "tools/kestra-html/commands/DetectCommand.h"
+#include "tools/kestra-html/commands/EventsCommand.h"
+#include "tools/kestra-html/commands/RewriteCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/output/Console.h"
 
 // The tool and the answers of the charset detector. The test registers a detector for its own
 // process only, so the commands run in it.

@@ -12,7 +12,7 @@
 #include "tests/tools/windows/Handle.h"
 #include "tests/tools/windows/Screen.h"
 #include "tests/tools/windows/ToolProcess.h"
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 
