@@ -162,7 +162,7 @@ public:
         if (place >= endOfFile)
             return 0;
         const std::int64_t count = transfer(std::min({size, largestPart, badPlace - place, endOfFile - place}));
-        if (changedByte >= place && static_cast<std::int64_t>(changedByte - place) < count)
+        if (changedByte >= place && count > 0 && changedByte - place < static_cast<std::uint64_t>(count))
             static_cast<char*>(buffer)[changedByte - place] = '?';
         return count;
     }
@@ -184,9 +184,9 @@ private:
 std::size_t CountTemporaryFiles();
 
 struct OpenFile {
-    std::uintptr_t handle;  ///< or descriptor
+    std::uintptr_t handle;       ///< or descriptor
     std::filesystem::path name;  ///< empty where the system has none
-    bool isInherited;  ///< a process started now would have it too
+    bool isInherited;            ///< a process started now would have it too
 };
 
 /// The files and character devices that this process has open.

@@ -62,8 +62,8 @@ std::vector<OpenFile> GetOpenFiles() {
             length = GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), 0);
         DWORD flags = 0;
         EXPECT_NE(GetHandleInformation(handle, &flags), 0);
-        found.push_back({number, std::wstring(path.data(), length < path.size() ? length : 0),
-                         (flags & HANDLE_FLAG_INHERIT) != 0});
+        found.push_back(
+            {number, std::wstring(path.data(), length < path.size() ? length : 0), (flags & HANDLE_FLAG_INHERIT) != 0});
     }
     return found;
 }
