@@ -300,7 +300,6 @@ TEST_F(ToolEvents, OutputThatCannotBeWritten) {
         page += "<p>x</p>\n";
     for (const char* const feed : {"stream", "buffer"}) {
         for (const char* const format : {"text", "json"}) {
-            ToolSettings settings;
             settings.input = page;
             settings.output = Sink::UNWRITABLE;
             EXPECT_TRUE(Ended(RunTool({"events", "--feed", feed, "--format", format}, settings), 1,

@@ -9,7 +9,6 @@ TEST_F(ToolOutput, OutputThatCannotBeWritten) {
     const std::string large(3000000, 'x');
     for (const std::string& input : {std::string("a"), large}) {
         for (const char* const format : {"text", "json"}) {
-            ToolSettings settings;
             settings.input = input;
             settings.output = Sink::CLOSED_PIPE;
             EXPECT_TRUE(Ended(RunTool({"tokens", "--charset", "1252", "--format", format}, settings), 1, ""))
@@ -49,7 +48,6 @@ TEST_F(ToolOutput, HelpThatCannotBeWritten) {
 
 TEST_F(ToolOutput, DiagnosticsThatCannotBeWritten) {
     for (const Sink sink : {Sink::CLOSED, Sink::CLOSED_PIPE, Sink::UNWRITABLE}) {
-        ToolSettings settings;
         settings.errors = sink;
         settings.input = "a";
         const ToolRun run = RunTool({"tokens", "--format", "json", "none", "-"}, settings);

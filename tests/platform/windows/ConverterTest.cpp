@@ -540,20 +540,6 @@ TEST(WindowsConverterTest, LongStringsAreConvertedInSteps) {
     }
 }
 
-TEST(WindowsConverterTest, EmptyStrings) {
-    CharSetConverter converter;
-    for (const CharSet::Code code : {0U, 932U, 1251U, 1252U, 50221U, 51932U, 65000U}) {
-        for (const bool isNull : {false, true}) {
-            WideString units = KESTRA_WIDE("old content");
-            EXPECT_EQ(converter.ToWide(code, isNull ? nullptr : "", 0, &units), RESULT_OK) << code;
-            EXPECT_TRUE(units.empty()) << code;
-            std::string bytes = "old content";
-            EXPECT_EQ(converter.FromWide(code, isNull ? nullptr : KESTRA_WIDE(""), 0, &bytes), RESULT_OK) << code;
-            EXPECT_TRUE(bytes.empty()) << code;
-        }
-    }
-}
-
 /// Code pages with a name that Wine 8 does not convert. Windows has converters for most of them.
 const std::set<CharSet::Code> WITHOUT_CONVERTER = {
     858,   870,   1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,  1201,  12000,

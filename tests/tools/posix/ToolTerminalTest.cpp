@@ -25,10 +25,9 @@ TEST_F(ToolTerminal, ColourCanBeForbidden) {
         {"TERM", "dumb", false},  {"TERM", "", false},      {"TERM", "xterm-256color", true},
     };
     for (const auto& row : CASES) {
-        ToolSettings settings;
         settings.input = "a";
         settings.output = Sink::TERMINAL;
-        settings.environment[row.name] = row.value;
+        settings.environment = {{row.name, row.value}};
         const ToolRun run = RunTool({"tokens"}, settings);
         EXPECT_EQ(run.output.find(COLOURED) != std::string::npos, row.coloured) << row.name << "=" << row.value;
         EXPECT_EQ(run.output.find('\x1B') != std::string::npos, row.coloured) << row.name << "=" << row.value;

@@ -16,16 +16,10 @@ using Names = std::vector<std::string>;
 const std::string RUSSIAN = "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82.html";
 const std::string EMOJI = "\xF0\x9F\x98\x80 \xC3\xA9.html";
 
-class FileNames : public testing::Test {
+class FileNames : public ToolTest {
 protected:
-    FileNames() {
-        settings.folder = folder.GetPath().string();
-    }
-
     void Write(const std::string& name, std::string_view bytes = "a") {
-        const fs::path path = Tool::ToWide(name);
-        fs::create_directories((folder.GetPath() / path).parent_path());
-        folder.Write(path, bytes);
+        ToolTest::Write(name, bytes);
     }
 
     std::string Path(const std::string& name) const {
@@ -61,9 +55,6 @@ protected:
         return line + ",\"bytes\":" + std::to_string(size) +
                ",\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
     }
-
-    TemporaryFolder folder;
-    ToolSettings settings;
 };
 
 TEST_F(FileNames, AreListedFolderByFolderRegardlessOfCase) {
