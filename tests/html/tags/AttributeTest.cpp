@@ -76,13 +76,13 @@ constexpr RecognizerCall ANY_STATE[] = {
 
 /// Members begin with `BeginParse`, and where their states are entered.
 constexpr RecognizerCall MEMBERS[] = {
-    {NEW_RECORD, "", "  ", {0, 2}, "{||}"},       {BEGUN_AGAIN, "state=0", " x>", {19, 3}, "{ |x|}"},
-    {NEW_RECORD, "", "abc", {0, 3}, "{||}"},      {BEGUN_AGAIN, "state=1", "x<y>", {19, 4}, "{|x<y|}"},
-    {NEW_RECORD, "", "abc  ", {0, 5}, "{|abc|}"}, {BEGUN_AGAIN, "state=2", " >", {19, 2}, "{|| }"},
+    {NEW_RECORD, "", "  ", {0, 2}, "{||}"},       {BEGUN_AGAIN, "state=0", " x>", {19, 2}, "{ |x|}"},
+    {NEW_RECORD, "", "abc", {0, 3}, "{||}"},      {BEGUN_AGAIN, "state=1", "x<y>", {19, 3}, "{|x<y|}"},
+    {NEW_RECORD, "", "abc  ", {0, 5}, "{|abc|}"}, {BEGUN_AGAIN, "state=2", " >", {19, 1}, "{|| }"},
     {NEW_RECORD, "", "a='abc", {0, 6}, "{|a|}"},  {BEGUN_AGAIN, "state=4", "'x'", {19, 3}, "{||=|'x'}"},
-    {NEW_RECORD, "", "a=  ", {0, 4}, "{|a|}"},    {BEGUN_AGAIN, "state=4", " x>", {19, 3}, "{||= |x}"},
-    {NEW_RECORD, "", "abc", {0, 3}, "{||}"},      {CONTINUED, "state=0", " x<y>", {19, 5}, "{ |x<y|}"},
-    {NEW_RECORD, "", "a  ", {0, 3}, "{|a|}"},     {CONTINUED, "state=1", "x >", {19, 3}, "{|x| }"},
+    {NEW_RECORD, "", "a=  ", {0, 4}, "{|a|}"},    {BEGUN_AGAIN, "state=4", " x>", {19, 2}, "{||= |x}"},
+    {NEW_RECORD, "", "abc", {0, 3}, "{||}"},      {CONTINUED, "state=0", " x<y>", {19, 4}, "{ |x<y|}"},
+    {NEW_RECORD, "", "a  ", {0, 3}, "{|a|}"},     {CONTINUED, "state=1", "x >", {19, 2}, "{|x| }"},
     {NEW_RECORD, "", "a='abc", {0, 6}, "{|a|}"},  {CONTINUED, "state=3", "='x'", {19, 4}, "{|a|=|'x'}"},
 };
 

@@ -113,7 +113,7 @@ constexpr RecognizerCall MEMBERS[] = {
 
 /// The list keeps the elements that it dropped: nothing of an earlier declaration may show in them.
 constexpr RecognizerCall DECLARATIONS_IN_TURN[] = {
-    {NEW_RECORD, "", "D \t'a' \n\"b\">", {19, 13}, "entity(|D|{ \\t|'a'}{ \\n|\"b\"}|)"},
+    {NEW_RECORD, "", "D \t'a' \n\"b\">", {19, 12}, "entity(|D|{ \\t|'a'}{ \\n|\"b\"}|)"},
     {BEGUN_AGAIN, "", "D''c>", {19, 5}, "entity(|D''c||)"},
     {BEGUN_AGAIN, "", "D ''c>", {19, 6}, "entity(|D|{ |''}{|c}|)"},
 };

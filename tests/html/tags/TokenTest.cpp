@@ -69,7 +69,7 @@ constexpr RecognizerCall ANY_STATE[] = {
 /// Members begin with `BeginParse`, and where their states are entered.
 constexpr RecognizerCall MEMBERS[] = {
     {NEW_RECORD, "iso2022", "  ", {0, 2}, "{|}"},
-    {BEGUN_AGAIN, "state=0", " x>", {19, 3}, "{ |x}"},
+    {BEGUN_AGAIN, "state=0", " x>", {19, 2}, "{ |x}"},
     {NEW_RECORD, "iso2022", "'abc", {0, 4}, "{|}"},
     {BEGUN_AGAIN, "state=3", "x'", {19, 2}, "{|'x'}"},
     {NEW_RECORD, "iso2022", "\"abc", {0, 4}, "{|}"},
