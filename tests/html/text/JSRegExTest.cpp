@@ -32,9 +32,9 @@ constexpr RecognizerRow EXPRESSIONS[] = {
 };
 
 constexpr RecognizerRow SLASHES_BEFORE[] = {
-    {"a \"/\" in front", "/x", "19 text(//) rest(x)"},
-    {"a \"<\" in front becomes a \"/\"", "<x", "19 text(//) rest(x)"},
-    {"a line feed in front becomes a \"/\"", "\nx", "19 text(//) rest(x)"},
+    {"a \"/\" before it", "/x", "19 text(//) rest(x)"},
+    {"a \"<\" before it becomes a \"/\"", "<x", "19 text(//) rest(x)"},
+    {"a line feed before it becomes a \"/\"", "\nx", "19 text(//) rest(x)"},
     {"content in between takes its place", "a/x", "19 text(/a) rest(/x)"},
     {"an escaped \"/\" in between too", "\\/</", "19 text(/\\\\/) rest(</)"},
     {"without a stop character nothing is added", "", "end 19 text(/)"},
