@@ -2,20 +2,17 @@
 
 #include <array>
 #include <span>
-#include <string_view>
 
-#include "tests/html/tags/TagRow.h"
+#include "tests/support/RecognizerSuite.h"
 
 /// @file
-/// The rows of start tags, for the tests of its recognizer and of the fast path: what follows the
-/// "<", and what becomes of it.
+/// The rows of tags, for the tests of their recognizers and of the fast path: what follows the "<"
+/// or the "</", and what becomes of it.
 
 namespace Kestra::Test {
 
-using namespace std::string_view_literals;
-
-/// Names and the white space around them.
-inline constexpr TagRow START_TAG_NAMES[] = {
+/// Start tags: names and the white space around them.
+inline constexpr RecognizerRow START_TAG_NAMES[] = {
     {"a tag is its name", "p>", "19 start(|p||)"},
     {"the rest of the piece is left", "p>x<", "19 start(|p||) rest(x<)"},
     {"case is kept", "DiV>", "19 start(|DiV||)"},
@@ -41,7 +38,7 @@ inline constexpr TagRow START_TAG_NAMES[] = {
 };
 
 /// Attributes in every notation.
-inline constexpr TagRow START_TAG_ATTRIBUTES[] = {
+inline constexpr RecognizerRow START_TAG_ATTRIBUTES[] = {
     {"a bare value and a quoted one", "div class=a id='b'>", "19 start(|div|{ |class|=|a}{ |id|=|'b'}|)"},
     {"a value in quotation marks", "a b=\"c\">", "19 start(|a|{ |b|=|\"c\"}|)"},
     {"attributes without values", "input disabled checked>", "19 start(|input|{ |disabled}{ |checked}|)"},
@@ -78,7 +75,7 @@ inline constexpr TagRow START_TAG_ATTRIBUTES[] = {
 };
 
 /// A "/" before the end.
-inline constexpr TagRow START_TAG_SHORT_TAGS[] = {
+inline constexpr RecognizerRow START_TAG_SHORT_TAGS[] = {
     {"\"/\" after white space closes the tag", "br />", "19 start(|br|| , short)"},
     {"the white space is the suffix", "br \n />x", "19 start(|br|| \\n , short) rest(x)"},
     {"a \"/\" at the end of an attribute without a value", "a b/>", "19 start(|a|{ |b}|, short)"},
@@ -95,11 +92,11 @@ inline constexpr TagRow START_TAG_SHORT_TAGS[] = {
     {"a \"/\" before white space belongs to the value", "a b=c/ d=e>", "19 start(|a|{ |b|=|c/}{ |d|=|e}|)"},
     {"a \"/\" before \"<\" belongs to the value", "a b=c/<d=e>", "19 start(|a|{ |b|=|c/}{|<d|=|e}|)"},
     {"a name of nothing but slashes that closes a tag without a name", " />", "19 start( |/||)"},
-    {"\"=\" in front closes too", "a=b/>", "19 start(|a|{||=|b}|, short)"},
+    {"\"=\" before it closes too", "a=b/>", "19 start(|a|{||=|b}|, short)"},
 };
 
 /// Malformed and unfinished tags.
-inline constexpr TagRow START_TAG_FAILURES[] = {
+inline constexpr RecognizerRow START_TAG_FAILURES[] = {
     {"a lone \"/\" as a bare value before \">\"", "a href=/>", "11 rest(>)"},
     {"a lone \"/\" after white space", "a href= />x", "11 rest(>x)"},
     {"a lone \"/\" after other attributes", "a b=c d=/>", "11 rest(>)"},
@@ -124,7 +121,7 @@ inline constexpr TagRow START_TAG_FAILURES[] = {
 };
 
 /// Bare words that become a part of the value before them.
-inline constexpr TagRow START_TAG_FOLDED_WORDS[] = {
+inline constexpr RecognizerRow START_TAG_FOLDED_WORDS[] = {
     {"bare words after a bare value", "a title=hello big  world>", "19 start(|a|{ |title|=|hello big  world}|)"},
     {"bare words after a quoted value", "a title='x y' z>", "19 start(|a|{ |title|=|'x y' z}|)"},
     {"bare words after a value and before another", "a b=c d e='f' g h=i>",
@@ -139,7 +136,7 @@ inline constexpr TagRow START_TAG_FOLDED_WORDS[] = {
 };
 
 /// Escape runs in values, where the charset has them.
-inline constexpr TagRow START_TAG_ESCAPE_RUNS[] = {
+inline constexpr RecognizerRow START_TAG_ESCAPE_RUNS[] = {
     {"the first attribute", "p b=\"\033$B\" c=\"\033(B\">", "19 start(|p|{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
     {"after a bare value the next attribute has no runs", "p a=x b=\"\033$B\" c=\"\033(B\">",
      "19 start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}{ |c|=|\"\\x1B(B\"}|)"},
@@ -166,9 +163,105 @@ inline constexpr TagRow START_TAG_ESCAPE_RUNS[] = {
 };
 
 inline constexpr std::array START_TAG_TABLES = {
-    std::span<const TagRow>(START_TAG_NAMES),        std::span<const TagRow>(START_TAG_ATTRIBUTES),
-    std::span<const TagRow>(START_TAG_SHORT_TAGS),   std::span<const TagRow>(START_TAG_FAILURES),
-    std::span<const TagRow>(START_TAG_FOLDED_WORDS), std::span<const TagRow>(START_TAG_ESCAPE_RUNS),
+    std::span<const RecognizerRow>(START_TAG_NAMES),        std::span<const RecognizerRow>(START_TAG_ATTRIBUTES),
+    std::span<const RecognizerRow>(START_TAG_SHORT_TAGS),   std::span<const RecognizerRow>(START_TAG_FAILURES),
+    std::span<const RecognizerRow>(START_TAG_FOLDED_WORDS), std::span<const RecognizerRow>(START_TAG_ESCAPE_RUNS),
+};
+
+/// End tags: names and the white space around them.
+inline constexpr RecognizerRow END_TAG_NAMES[] = {
+    {"an end tag is its name", "div>", "19 end(|div|||)"},
+    {"the rest of the piece is left", "div>x<", "19 end(|div|||) rest(x<)"},
+    {"white space on both sides of the name", " div >", "19 end( |div| ||)"},
+    {"any white space", "\n\tdiv\r\n>", "19 end(\\n\\t|div|\\r\\n||)"},
+    {"case is kept", "DiV>", "19 end(|DiV|||)"},
+    {"a \"<\" ends the tag and is left", "div<", "19 end(|div|||, open) rest(<)"},
+    {"a \"<\" after white space ends the tag and is left", "div \n<b>", "19 end(|div| \\n||, open) rest(<b>)"},
+    {"a \"<\" at once ends the tag and is left", "<", "19 end(||||, open) rest(<)"},
+    {"a \"<\" after the prefix ends the tag and is left", " <", "19 end( ||||, open) rest(<)"},
+    {"a name may be empty", ">", "19 end(||||)"},
+    {"an empty name after a prefix", " >", "19 end( ||||)"},
+    {"a \"/\" belongs to the name", "div/>", "19 end(|div/|||)"},
+    {"the name is not checked", "/!'\"&;>", "19 end(|/!'\"&;|||)"},
+    {"a NUL belongs to the name", "a\0b>"sv, "19 end(|a\\x00b|||)"},
+    {"characters from 128 up belong to the name", "\x80\xBC>", "19 end(|\\x80\\xBC|||)"},
+};
+
+/// Attributes in every notation.
+inline constexpr RecognizerRow END_TAG_ATTRIBUTES[] = {
+    {"one attribute; the white space before it is that after the name", "div class=x>", "19 end(|div| |{|class|=|x}|)"},
+    {"attributes of every kind", "div a b='c' d = \"e\" >", "19 end(|div| |{|a}{ |b|=|'c'}{ |d| = |\"e\"}| )"},
+    {"an attribute without a value", "div a>", "19 end(|div| |{|a}|)"},
+    {"white space after an attribute without a value is the suffix", "div a \n>", "19 end(|div| |{|a}| \\n)"},
+    {"white space after a value is the suffix", "div a=b >", "19 end(|div| |{|a|=|b}| )"},
+    {"\"=\" ends the name and begins an attribute", "div=x>", "19 end(|div||{||=|x}|)"},
+    {"\"[\" ends the name and begins an attribute", "div[x]>", "19 end(|div||{|[x]}|)"},
+    {"a \"<\" after an attribute's name belongs to it", "div a<b>", "19 end(|div| |{|a<b}|)"},
+    {"an empty value", "div a=>", "19 end(|div| |{|a|=|}|)"},
+    {"an empty value before \"<\"", "div a=<b=c>", "19 end(|div| |{|a|=|}{|<b|=|c}|)"},
+    {"an attribute without a name", "div =x>", "19 end(|div| |{||=|x}|)"},
+    {"bare words are folded into the value before them", "div a=b c 'd'>", "19 end(|div| |{|a|=|b c 'd'}|)"},
+    {"bare words after a quoted value", "div a='b' c>", "19 end(|div| |{|a|=|'b' c}|)"},
+    {"a \"<\" after a value", "div a=b<c>", "19 end(|div| |{|a|=|b<c}|)"},
+};
+
+/// A "/" before the end.
+inline constexpr RecognizerRow END_TAG_SLASHES[] = {
+    {"a \"/\" after white space stands before the close", "div />", "19 end(|div| ||, slash)"},
+    {"a \"/\" after an attribute", "div a />", "19 end(|div| |{|a}| , slash)"},
+    {"a \"/\" at the end of an attribute", "div a/>", "19 end(|div| |{|a}|, slash)"},
+    {"a \"/\" at the end of a bare value", "div a=x/>", "19 end(|div| |{|a|=|x}|, slash)"},
+    {"a \"/\" after a bare value", "div a=x />", "19 end(|div| |{|a|=|x}| , slash)"},
+    {"a \"/\" directly after a quoted value", "div a='x'/>", "19 end(|div| |{|a|=|'x'}|, slash)"},
+    {"the last of two slashes stands before the close", "div //>", "19 end(|div| |{|/}|, slash)"},
+    {"the last of two slashes of a value", "div a=x//>", "19 end(|div| |{|a|=|x/}|, slash)"},
+    {"a \"/\" before white space belongs to the value", "div a=x/ b=y>", "19 end(|div| |{|a|=|x/}{ |b|=|y}|)"},
+    {"a \"/\" before \"<\" belongs to the value", "div a=x/<b=y>", "19 end(|div| |{|a|=|x/}{|<b|=|y}|)"},
+    {"bare words before the \"/\" are folded", "div a=b c/>", "19 end(|div| |{|a|=|b c}|, slash)"},
+    {"after the \"=\" of a name", "div=x/>", "19 end(|div||{||=|x}|, slash)"},
+};
+
+/// Malformed and unfinished tags.
+inline constexpr RecognizerRow END_TAG_FAILURES[] = {
+    {"a \"/\" with white space before \">\"", "div / >", "11 rest(>)"},
+    {"a \"/\" with white space before an attribute", "div / a>", "11 rest(a>)"},
+    {"a \"/\" with white space before \"/\"", "div / />", "11 rest(/>)"},
+    {"a \"/\" at the end of an attribute with white space before \">\"", "div a/ >", "11 rest(>)"},
+    {"a \"/\" after an attribute with white space before \">\"", "div a / >", "11 rest(>)"},
+    {"a \"/\" after a quoted value with white space before \">\"", "div a='b'/\n>", "11 rest(>)"},
+    {"a lone \"/\" as a bare value before \">\"", "div a=/>", "11 rest(>)"},
+    {"a lone \"/\" after white space", "div a= />", "11 rest(>)"},
+    {"the input ends in the name", "div", "end 16"},
+    {"the input ends at once", "", "end 16 end(||||)"},
+    {"the input ends in the prefix", " ", "end 16"},
+    {"the input ends after the name", "div ", "end 16"},
+    {"the input ends in an attribute's name", "div a", "end 16"},
+    {"the input ends in a bare value", "div a=b", "end 16"},
+    {"the input ends in a quoted value", "div a='b>", "end 16"},
+    {"the input ends after a quoted value", "div a='b'", "end 16 end(|div| |{|a|=|'b'}|)"},
+    {"the input ends after the \"/\"", "div /", "end 16"},
+};
+
+/// Escape runs in values, where the charset has them.
+inline constexpr RecognizerRow END_TAG_ESCAPE_RUNS[] = {
+    {"the first attribute", "p b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after a bare value too, unlike in a start tag", "p a=x b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after a quoted value", "p a='x' b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a|=|'x'}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after an empty bare value", "p a=<b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a|=|}{|<b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"after an attribute without a value", "p a b=\"\033$B\" c=\"\033(B\">",
+     "19 end(|p| |{|a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+    {"values in apostrophes never have runs", "p b='\033$B' c='\033(B'>",
+     "19 end(|p| |{|b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
+    {"the input ends inside a run", "p b=\"\033$B\">", "end 16"},
+};
+
+inline constexpr std::array END_TAG_TABLES = {
+    std::span<const RecognizerRow>(END_TAG_NAMES),       std::span<const RecognizerRow>(END_TAG_ATTRIBUTES),
+    std::span<const RecognizerRow>(END_TAG_SLASHES),     std::span<const RecognizerRow>(END_TAG_FAILURES),
+    std::span<const RecognizerRow>(END_TAG_ESCAPE_RUNS),
 };
 
 }  // namespace Kestra::Test
