@@ -3,39 +3,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/CharSet.h"
+#include "tests/support/RandomGrammar.h"
 
 namespace Kestra::Test {
-
-/// Random choices that are the same on every platform for the same seed.
-class Dice {
-public:
-    explicit Dice(std::uint64_t seed);
-
-    /// A number from 0 to `bound` - 1.
-    std::size_t Below(std::size_t bound);
-
-    /// A number from `least` to `most`.
-    std::size_t Between(std::size_t least, std::size_t most);
-
-    /// True once in `bound` times.
-    bool OneIn(std::size_t bound);
-
-    char Byte();
-
-    template <std::size_t N>
-    std::string_view Pick(const std::string_view (&choices)[N]) {
-        return choices[Below(N)];
-    }
-
-private:
-    std::mt19937_64 engine;
-};
 
 /// A document and the charset that it is parsed in.
 struct MadeDocument {
