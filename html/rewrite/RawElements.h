@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/Characters.h"
+
 /// @file
 /// What may not be written into elements whose content is no markup, and into comments. Not
 /// installed.
@@ -24,6 +26,16 @@ enum RawElement : std::uint32_t {
 /// @param name  in lower case
 /// @return RAW_NONE for every other element
 std::uint32_t FindRawElement(std::string_view name);
+
+/// Whether a name, in any flavour, may be that of a raw element: those begin with one of five
+/// letters.
+template <typename S>
+bool MayBeRawElement(const S& name) {
+    if (name.size() < 3)
+        return false;
+    const auto first = FoldAscii(name[0]);
+    return first == 's' || first == 'x' || first == 'i' || first == 'n' || first == 'p';
+}
 
 /// What lies around something that is written into a raw element. Characters beyond ASCII may be
 /// any bytes from 0x80 up.
