@@ -72,8 +72,7 @@ public:
 private:
     File file;
     std::uint64_t next = 0;
-    std::uint64_t
-        knownSize;  ///< the size the system last stated, or the end of the last byte read when that is further
+    std::uint64_t knownSize;  ///< the last size from the system, or the end of the last byte read if that is larger
 };
 
 /// A pipe, a terminal or another device: bytes come once, and their offsets are unknown.

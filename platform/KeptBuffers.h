@@ -77,8 +77,7 @@ public:
 struct KeptBytes {
     std::size_t most = 384 * 1024;
     std::size_t slack = 64 * 1024;  ///< how much more there may be between two looks at it
-    bool isLargestExtra =
-        true;  ///< whether a document may keep the largest of its strings on top of that, however long it is
+    bool isLargestExtra = true;     ///< a document may keep its largest string on top of that, however long it is
 };
 
 /// Frees what is kept when that is more than `bytes.most`.
@@ -89,8 +88,9 @@ struct KeptBytes {
 /// be kept
 template <typename VisitBuffers>
 std::uint64_t LimitBuffers(bool isNewDocument, VisitBuffers visitBuffers, const KeptBytes& bytes = KeptBytes()) {
-    constexpr std::size_t GROWTH =
-        10;  // bytes that one of input may add: it passes through some strings, half of each to spare, some wide
+    // Bytes that one of input may add: it passes through some strings, half of each to spare, some
+    // wide.
+    constexpr std::size_t GROWTH = 10;
     BufferMeasure kept;
     visitBuffers(kept);
     const std::size_t limit = isNewDocument || !bytes.isLargestExtra ? bytes.most : bytes.most + kept.largest;

@@ -4,8 +4,8 @@
 #include <type_traits>
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/parser/TextAndTags.h"
 
 namespace Kestra::HTML {
@@ -45,7 +45,7 @@ private:
     template <auto RECOGNITION>
     static void BeginSection(Core& core) {
         Begin<RECOGNITION>(core);
-        TakeText(&core.recognizers.genericTag.data.keyword, &(core.recognizers.*RECOGNITION).data.keyword);
+        MoveText(&core.recognizers.genericTag.data.keyword, &(core.recognizers.*RECOGNITION).data.keyword);
     }
 
     /// A literal of a script or a style sheet.
@@ -105,7 +105,7 @@ private:
         core.FinishToken();
         if (data.nextParserName.empty())
             return SP_NEED_MORE_DATA;
-        TakeText(&data.keyword, &core.recognizers.genericTag.data.keyword);
+        MoveText(&data.keyword, &core.recognizers.genericTag.data.keyword);
         return BeginNamed(core, data.nextParserName);
     }
 

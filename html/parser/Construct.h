@@ -25,7 +25,7 @@ struct Construct {
     WideStringView name;
     std::uint64_t charactersBack;  ///< from the current place to its first character, when text hands over to it
     const char*
-        textInScript;  ///< inside script and style it is no markup, and these characters are text; null: as outside
+        textInScript;  ///< inside script and style these characters are text, not markup; null: markup there too
     bool isOpenAtEnd;  ///< the end of the input leaves it unfinished, so that its bytes must be read again
 
     void (*beginRecord)(Core& core);  ///< `BeginParse` and the options of the document; null: nobody hands over to it

@@ -143,7 +143,7 @@ std::uint32_t GenericParserEngine::ParseBuffer(const char* data, std::uint64_t s
     const std::uint32_t result = FeedBytes(data, size, PieceOrigin());
     if (result == PARSER_OK)
         use.Cancel();
-    return AnswerWith(result);
+    return ReportLostToken(result);
 }
 
 std::uint32_t GenericParserEngine::FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing,
@@ -160,7 +160,7 @@ std::uint32_t GenericParserEngine::FeedPiece(const char* data, std::uint64_t siz
         result = PARSER_OK;  // as in `FeedStream`
     if (result == PARSER_OK)
         use.Cancel();
-    return AnswerWith(result);
+    return ReportLostToken(result);
 }
 
 std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64_t size) const {
@@ -179,10 +179,10 @@ std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64
 
 /// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing:
 /// only the answer says so, the next one when this call has another.
-std::uint32_t GenericParserEngine::AnswerWith(std::uint32_t result) {
+std::uint32_t GenericParserEngine::ReportLostToken(std::uint32_t result) {
     if (result != PARSER_OK)
         return result;
-    const bool outOfMemory = CallRunning([](auto& parser) { return parser.GetDelivery().TakeOutOfMemory(); }, false);
+    const bool outOfMemory = CallRunning([](auto& parser) { return parser.GetDelivery().ClearOutOfMemory(); }, false);
     return outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : std::uint32_t{PARSER_OK};
 }
 
@@ -270,14 +270,14 @@ std::uint32_t GenericParserEngine::ParseStream(VFS::InputStream* stream, bool ow
         return PARSER_STOPPED;
     std::uint32_t result = FeedStream(stream);
     if (result != PARSER_OK)
-        return AnswerWith(result);
+        return ReportLostToken(result);
     result = DetectLateCharset(stream);
     if (result == PARSER_PARSE_AGAIN)
-        return AnswerWith(result);
+        return ReportLostToken(result);
     if (ownsStream)
         KeepOpenConstruct();
     use.Cancel();
-    return AnswerWith(result);
+    return ReportLostToken(result);
 }
 
 std::uint32_t GenericParserEngine::FeedStream(VFS::InputStream* stream) {
@@ -352,7 +352,7 @@ std::uint32_t GenericParserEngine::EndParse() {
     ended = true;
     if (QueryRunning([](const auto& parser) { return parser.IsHalted(); }, false))
         return PARSER_OK;
-    return AnswerWith(CallRunning([](auto& parser) { return parser.End(); }, std::uint32_t{PARSER_OK}));
+    return ReportLostToken(CallRunning([](auto& parser) { return parser.End(); }, std::uint32_t{PARSER_OK}));
 }
 
 std::uint32_t GenericParserEngine::Stop() {

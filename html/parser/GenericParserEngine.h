@@ -116,7 +116,7 @@ private:
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedStream(VFS::InputStream* stream);
-    std::uint32_t AnswerWith(std::uint32_t result);
+    std::uint32_t ReportLostToken(std::uint32_t result);
     std::uint32_t DetectLateCharset(VFS::InputStream* stream);
     void KeepOpenConstruct();
     void SetBackingStream(VFS::InputStream* stream);

@@ -34,7 +34,7 @@ private:
     struct Owner;
 
     void SetOwner(void* block, bool owns, bool inCallback);
-    std::shared_ptr<Owner> TakeOwnerOf(const void* block);
+    std::shared_ptr<Owner> ExtractOwnerOf(const void* block);
 
     ParserObserver<char, std::string>* charObserver = nullptr;
     ParserObserver<WideChar, WideString>* wcharObserver = nullptr;

@@ -77,10 +77,10 @@ void Parser<C, S>::BeginPiece(const C* piece, std::uint64_t length, const PieceO
         core.halted = PARSER_OK;
         core.delivery.RestartSelfCheck();
     }
-    core.delivery.TakeInput(piece, length * sizeof(C));
+    core.delivery.AddToInputCheck(piece, length * sizeof(C));
     if (core.state == STATE_TEXT)
-        core.currentParserName =
-            ParserNames::TEXT;  // a copy made in `OnEndParsing` has the name of the last recognizer
+        // A copy made in `OnEndParsing` has the name of the last recognizer.
+        core.currentParserName = ParserNames::TEXT;
     ParserInput<C, S>& input = core.input;
     core.buffersDue -= std::min(core.buffersDue, input.pieceLength);
     input.fedBefore += input.pieceLength;

@@ -52,7 +52,7 @@ struct ParserCore {
     bool inScript = false;
     bool inStyle = false;
     bool scriptsAsText =
-        false;  ///< the content of scripts and the like is one text; `inScript` and `inStyle` are then false
+        false;  ///< the content of scripts and the like is one text; then `inScript` and `inStyle` stay false
     TokenPlaces<C, S> places;
     TokenDelivery<C, S> delivery;
     MarkupCharset<C, S> markupCharset;

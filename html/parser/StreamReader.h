@@ -31,8 +31,8 @@ public:
     }
 
 private:
-    static constexpr unsigned MOST_EMPTY_READS =
-        1000;  // in a row, before a stream that never reaches its end is given up
+    // In a row, before a stream that never reaches its end is given up.
+    static constexpr unsigned MOST_EMPTY_READS = 1000;
 
     VFS::InputStream* stream;
     unsigned emptyReads = 0;  // in a row

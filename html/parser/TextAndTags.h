@@ -37,7 +37,7 @@ private:
     template <typename Tag>
     static std::uint32_t FinishEndTag(Core& core, Tag tag);
     static void DeliverStartTag(Core& core);
-    static void SettleScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts);
+    static void SwitchScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts);
     static void NotifyOfRawText(Core& core, RawTextElement element);
     static void ReturnToText(Core& core, WholeTag tag);
     static void ReturnToText(Core& core, RecognizedTag tag);

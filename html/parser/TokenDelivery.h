@@ -51,7 +51,7 @@ public:
     void OnBOM(const void* bytes, std::uint64_t size);
     void OnCharset(StringNS::CharSet::Code code);
     /// Takes a piece of the input into the self-check.
-    void TakeInput(const void* bytes, std::uint64_t size);
+    void AddToInputCheck(const void* bytes, std::uint64_t size);
     /// The self-check compares what is fed from here on.
     void RestartSelfCheck();
     /// All tokens have been delivered. @return false when the self-check has found a difference, or
@@ -104,7 +104,7 @@ public:
     /// The last failed conversion of the document, 0 for none.
     std::uint32_t GetConversionError() const;
     /// Whether a record has been lost for want of memory since the last call.
-    bool TakeOutOfMemory();
+    bool ClearOutOfMemory();
 
     /// What is retained for the next record.
     RecordConverter<C, S>& GetConverter() {

@@ -17,8 +17,7 @@ struct DeliveredAttributes {
     const Vector<Attribute<C, S>>* list = nullptr;  ///< null when the token has none
     std::uint64_t nameEnd = 0;                      ///< of the tag's name
     std::uint64_t listBegin = 0;                    ///< where the first attribute begins
-    bool bareValueEndsEscapeRuns =
-        false;  ///< after an unquoted value without words the recognizer takes no escape runs
+    bool bareValueEndsEscapeRuns = false;  ///< after an unquoted value without words values have no escape runs
 };
 
 /// Where the token that is being delivered, or was delivered last, begins and ends. Not installed.

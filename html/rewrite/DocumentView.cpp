@@ -35,7 +35,7 @@ std::string DocumentView::ViewHead(std::string_view bytes, std::string_view befo
 void DocumentView::Guard(std::string_view before, std::string* bytes) const {
     const std::size_t unit = parser->IsWParser() ? 2 : 1;
     const std::string first = ViewOf(std::string_view(*bytes).substr(0, unit));
-    if (first.empty() || static_cast<unsigned char>(first[0]) >= 0x80 || !GoesOnWithMarkup(before, first[0]))
+    if (first.empty() || static_cast<unsigned char>(first[0]) >= 0x80 || !ContinuesMarkup(before, first[0]))
         return;
     const std::string reference = "&#" + std::to_string(static_cast<unsigned>(first[0])) + ";";
     std::string guarded;

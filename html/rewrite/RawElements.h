@@ -57,6 +57,6 @@ bool EndsComment(std::string_view text);
 /// or the name of a tag that they begin.
 /// @param before  the last characters before it, as many as the longest name of a reference has, or
 /// all
-bool GoesOnWithMarkup(std::string_view before, char first);
+bool ContinuesMarkup(std::string_view before, char first);
 
 }  // namespace Kestra::HTML

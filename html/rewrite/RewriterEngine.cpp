@@ -347,7 +347,7 @@ bool RewriterEngine::OpenElement(const S& name, std::uint64_t attributeCount) {
     token.BeginElement();
     if (!TracksElements() && !MayBeRawElement(name))
         return true;
-    token.TakeTagName(name);
+    token.SetTagName(name);
     return OpenTag(attributeCount);
 }
 
@@ -355,7 +355,7 @@ template <typename S>
 void RewriterEngine::CloseElements(const S& name) {
     if (!TracksElements() && (!token.HasOpenRawElements() || !MayBeRawElement(name)))
         return;
-    token.TakeTagName(name);
+    token.SetTagName(name);
     token.CloseRawElement();
     if (TracksElements())
         elementEdits.Close(token.GetTagName(), token.GetEdits());

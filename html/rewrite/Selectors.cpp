@@ -194,13 +194,14 @@ bool SelectorSet::Matches(const Condition& condition, const TagAttributes& tag, 
     if (condition.kind == SelectorCondition::CLASS)
         return HasClass(condition, tag, scratch);
     const bool asksForValue = condition.kind != SelectorCondition::PRESENT;
-    if (!Ask(condition, asksForValue, tag, scratch))
+    if (!HasAttribute(condition, asksForValue, tag, scratch))
         return false;
     return !asksForValue || MatchesValue(scratch->attributes[condition.attribute].value, condition);
 }
 
 /// Whether the tag has the attribute of a condition; with its value, when that is asked for.
-bool SelectorSet::Ask(const Condition& condition, bool asksForValue, const TagAttributes& tag, Scratch* scratch) {
+bool SelectorSet::HasAttribute(const Condition& condition, bool asksForValue, const TagAttributes& tag,
+                               Scratch* scratch) {
     Scratch::Attribute& attribute = scratch->attributes[condition.attribute];
     if (attribute.state == Scratch::UNKNOWN || (asksForValue && attribute.state == Scratch::PRESENT)) {
         if (attribute.state == Scratch::UNKNOWN)
@@ -216,7 +217,7 @@ bool SelectorSet::Ask(const Condition& condition, bool asksForValue, const TagAt
 bool SelectorSet::HasClass(const Condition& condition, const TagAttributes& tag, Scratch* scratch) const {
     if (!scratch->hasClasses) {
         scratch->classes.assign((classNumbers.size() + WORD_BITS - 1) / WORD_BITS, 0);
-        if (Ask(condition, true, tag, scratch)) {
+        if (HasAttribute(condition, true, tag, scratch)) {
             AnyWord(scratch->attributes[condition.attribute].value, [&](std::string_view word) {
                 const auto found = classNumbers.find(word);
                 if (found != classNumbers.end())

@@ -126,7 +126,7 @@ private:
     };
 
     static Numbers::const_iterator Number(std::string_view name, Numbers* numbers);
-    static bool Ask(const Condition& condition, bool asksForValue, const TagAttributes& tag, Scratch* scratch);
+    static bool HasAttribute(const Condition& condition, bool asksForValue, const TagAttributes& tag, Scratch* scratch);
     static bool MatchesValue(std::string_view value, const Condition& condition);
     static bool Equals(std::string_view value, const Condition& condition);
     static bool Contains(std::string_view value, const Condition& condition);

@@ -19,7 +19,7 @@ bool IsScriptOrStyle(std::uint32_t raw) {
 TokenAtHand::TokenAtHand(const GenericParser* documentParser, RewriterOutput* documentOutput)
     : parser(documentParser), output(documentOutput), view(documentOutput->GetView()) {}
 
-void TokenAtHand::TakeTagName(const std::string& name) {
+void TokenAtHand::SetTagName(const std::string& name) {
     const bool isAscii = std::all_of(name.begin(), name.end(),
                                      [](char character) { return static_cast<unsigned char>(character) < 0x80; });
     if (isAscii && !parser->IsWParser())
@@ -29,7 +29,7 @@ void TokenAtHand::TakeTagName(const std::string& name) {
     std::transform(tagName.begin(), tagName.end(), tagName.begin(), FoldAscii<char>);
 }
 
-void TokenAtHand::TakeTagName(const WideString& name) {
+void TokenAtHand::SetTagName(const WideString& name) {
     DocumentText::FromWide(name, &tagName);
     std::transform(tagName.begin(), tagName.end(), tagName.begin(), FoldAscii<char>);
 }
@@ -411,8 +411,8 @@ std::uint32_t TokenAtHand::SetText(WideStringView newText) {
 }
 
 /// What is written in place of the token so far, or its own bytes, as far as it matters for a raw
-/// edits.element. Attributes that are changed do not: such a tag still begins with its "<" and ends with
-/// its ">", and what could end a raw element goes past neither. So the tag is not written for every
+/// element. Changed attributes do not matter: such a tag still begins with its "<" and ends with
+/// its ">", and what could end a raw element crosses neither. So the tag is not written for every
 /// text that is inserted there. Borrowed until the next edit.
 std::string_view TokenAtHand::GetBody() {
     return edits.hasBody ? std::string_view(edits.body.bytes) : GetBytes();

@@ -60,8 +60,8 @@ public:
     }
     /// @param name  as an 8-bit observer gets it: in the charset of the document, also when that is
     /// UTF-16
-    void TakeTagName(const std::string& name);
-    void TakeTagName(const WideString& name);
+    void SetTagName(const std::string& name);
+    void SetTagName(const WideString& name);
     /// Notes the raw element that the tag opens, if it does. A short tag opens no script for a
     /// parser that cuts scripts into tokens.
     void OpenRawElement();

@@ -73,8 +73,9 @@ struct StatelessHTMLParserData {
     bool isBrowsersName = false;   ///< browsers see the name of the start tag under way as well
     std::uint32_t rawElement = 0;  ///< the one whose content is text
     std::uint32_t rawTextState = 0;
-    std::string
-        heldBack;  ///< at the end of a content: may begin its end tag, or something else that counts; not yet counted
+    /// The end of a content, which may begin its end tag or something else that counts. `line`
+    /// and `column` are those before it.
+    std::string heldBack;
 
     AttributePlace attributePlace;  ///< of the one under way
     Vector<AttributePlace> attributePlaces;

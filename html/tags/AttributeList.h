@@ -1,8 +1,8 @@
 #pragma once
 
 #include "html/framework/Attribute.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/tags/AttributeSimpleParser.h"
 #include "html/tags/TagGrammar.h"
 #include "platform/Vector.h"
@@ -47,13 +47,13 @@ inline std::uint32_t LeaveAttribute(AttributeListStep step, const AttributeListE
 template <typename C, typename S>
 void AppendAttribute(AttributeSimpleParserData<C, S>* data, Vector<Attribute<C, S>>* attributes) {
     Attribute<C, S>& attribute = attributes->AppendRecycled();
-    TakeText(&data->prefix, &attribute.prefix);
-    TakeText(&data->name, &attribute.name);
+    MoveText(&data->prefix, &attribute.prefix);
+    MoveText(&data->name, &attribute.name);
     attribute.hasValue = data->hasValue != 0;
     if (attribute.hasValue) {
-        TakeText(&data->beforeEquals, &attribute.beforeEquals);
-        TakeText(&data->afterEquals, &attribute.afterEquals);
-        TakeText(&data->value, &attribute.value);
+        MoveText(&data->beforeEquals, &attribute.beforeEquals);
+        MoveText(&data->afterEquals, &attribute.afterEquals);
+        MoveText(&data->value, &attribute.value);
         attribute.quote = data->quote;
     } else {
         attribute.beforeEquals.clear();
@@ -98,7 +98,7 @@ public:
         if (data->hasValue != 0)
             return SettleValue(context, closingMark, bareValueKeepsIso2022);
         if (data->name.empty()) {
-            TakeText(&data->prefix, suffix);
+            MoveText(&data->prefix, suffix);
             Restart(iso2022);
             return AttributeListStep::END_OF_LIST;
         }
@@ -117,7 +117,7 @@ public:
     /// before it is left.
     void AppendNameOrSuffix() {
         if (data->name.empty())
-            TakeText(&data->prefix, suffix);
+            MoveText(&data->prefix, suffix);
         else
             AppendAttribute(data, attributes);
     }
@@ -152,7 +152,7 @@ private:
         S carry;
         carry.swap(data->beforeEquals);
         Restart(iso2022);
-        TakeText(&carry, &data->prefix);
+        MoveText(&carry, &data->prefix);
         data->beforeEquals.swap(carry);
         data->state = ATTRIBUTE_NAME;
     }

@@ -24,8 +24,9 @@ struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
     S text;                              ///< a free-style instruction from "<?" to ">", inclusive
     Vector<Attribute<C, S>> attributes;  ///< of an XML declaration, in document order, not normalized
     S suffix;                            ///< white space after the last attribute
-    bool iso2022 =
-        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    /// Double-quoted strings may contain ISO-2022 escape runs; set by the owner after
+    /// `BeginParse`.
+    bool iso2022 = false;
 };
 
 /// Reads a processing instruction, from after its "<?" to its ">", inclusive.
@@ -55,7 +56,7 @@ public:
 private:
     void ChooseStyle(Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
-    bool TakeClosingSlash(Data* data);
+    bool RemoveClosingSlash(Data* data);
 
     IdentifierSimpleParser<C, S> identifier;
     IdentifierSimpleParserData<C, S> identifierData;

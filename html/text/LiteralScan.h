@@ -19,7 +19,7 @@ bool ReadLiteral(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint64_t begin = context->position;
     constexpr auto ENDS = static_cast<Scan::Classes>(ALWAYS | UNESCAPED);
     if (!data->allowEscapes) {
-        Scan::RunUntil<ENDS>(*context);
+        Scan::ConsumeUntil<ENDS>(*context);
     } else {
         while (!Scan::AtEnd(*context)) {
             if (data->lastChar == '\\') {
@@ -29,7 +29,7 @@ bool ReadLiteral(SimpleParserContext<C, S>* context, Data* data) {
                 Scan::Advance(*context);
                 continue;
             }
-            const std::basic_string_view<C> run = Scan::RunUntil<ENDS | Scan::BACKSLASH>(*context);
+            const std::basic_string_view<C> run = Scan::ConsumeUntil<ENDS | Scan::BACKSLASH>(*context);
             if (!run.empty())
                 data->lastChar = run.back();
             if (Scan::AtEnd(*context) || (Scan::ClassesOf(Scan::Next(*context)) & ENDS) != 0)

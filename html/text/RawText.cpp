@@ -39,16 +39,6 @@ std::basic_string_view<C> RawText<C, S>::CutName(std::basic_string_view<C> name)
 }
 
 template <typename C, typename S>
-bool RawText<C, S>::EndsName(C character) {
-    return EndsRawTextName(character);
-}
-
-template <typename C, typename S>
-RawTextElement RawText<C, S>::FindElement(std::basic_string_view<C> name) {
-    return FindRawTextElement(name);
-}
-
-template <typename C, typename S>
 void RawText<C, S>::Begin(RawTextElement contentOf, bool hasEscapes) {
     element = contentOf;
     iso2022 = hasEscapes && std::is_same_v<C, char>;
@@ -131,11 +121,11 @@ template <typename C, typename S>
 void RawText<C, S>::SkipToStop(SimpleParserContext<C, S>* context) const {
     constexpr Scan::Classes ESCAPED_STOPS = Scan::LESS_THAN | Scan::GREATER_THAN;
     if (iso2022)
-        Scan::RunUntil(*context, (state == CONTENT ? Scan::LESS_THAN : ESCAPED_STOPS) | Scan::ESCAPE);
+        Scan::ConsumeUntil(*context, (state == CONTENT ? Scan::LESS_THAN : ESCAPED_STOPS) | Scan::ESCAPE);
     else if (state == CONTENT)
-        Scan::RunUntil<Scan::LESS_THAN>(*context);
+        Scan::ConsumeUntil<Scan::LESS_THAN>(*context);
     else
-        Scan::RunUntil<ESCAPED_STOPS>(*context);
+        Scan::ConsumeUntil<ESCAPED_STOPS>(*context);
 }
 
 /// @return false when the piece is used up

@@ -26,13 +26,6 @@ public:
     /// The name without what follows its first "/", which ends a name in browsers.
     static std::basic_string_view<C> CutName(std::basic_string_view<C> name);
 
-    /// Whether a character ends a name, as in the HTML standard: the tags of this library know more
-    /// white space.
-    static bool EndsName(C character);
-
-    /// The element of that name, or `NONE`.
-    static RawTextElement FindElement(std::basic_string_view<C> name);
-
     /// @param hasEscapes  the document may have ISO-2022 runs, in which no character is markup
     void Begin(RawTextElement contentOf, bool hasEscapes);
 

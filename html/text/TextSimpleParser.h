@@ -17,8 +17,9 @@ struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
     bool allowCPPComment = false;  ///< "//" starts a script line comment
     bool allowSQuoteString = false;
     bool allowDQuoteString = false;
-    bool allowJSRegEx =
-        false;  ///< a "/" that opens no comment starts a regular expression; it stops text only beside a comment flag
+    /// A "/" that opens no comment starts a regular expression. It stops text only where comments
+    /// are allowed too.
+    bool allowJSRegEx = false;
     bool allowEscape2022 = false;  ///< ESC starts an ISO-2022 run; 8-bit flavour only
     S text;                        ///< the text so far, without the opener of what follows
     WideString nextParserName;     ///< after SP_TOKEN_COMPLETE: who must run next
