@@ -71,7 +71,7 @@
 namespace Kestra::HTML {
 
 /// A tag that has been read from its first character to its ">" in one go. Only `WholeTagReader`
-/// makes one: whoever has one knows that no recognizer has run since the text before the tag, which
+/// makes one, so it proves that no recognizer has run since the text before the tag, which
 /// has left the recognizer of text at the beginning of a text.
 class WholeTag {
 private:

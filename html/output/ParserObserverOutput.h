@@ -5,8 +5,8 @@
 
 namespace Kestra::HTML {
 
-/// An observer that writes the tokens it gets back as markup. That is no copy of most documents:
-/// `Rewriter` makes one, with edits.
+/// An observer that writes the tokens back as markup. For most documents the output is not an exact
+/// copy: `Rewriter` makes one, with edits.
 ///
 /// An 8-bit observer of 8-bit text gets no line comments of scripts, so none are written. The wide
 /// one passes the bodies of markup comments, CDATA sections and conditional sections (condition and

@@ -53,7 +53,7 @@ private:
         room -= byteCount;
     }
 
-    /// The room does not suffice.
+    /// There is not enough room: writes what is gathered first.
     void PutAside(const void* data, std::size_t byteCount, bool isMarkup) {
         Finish();
         selfCheck->OnOutput(data, byteCount, isMarkup);

@@ -177,8 +177,8 @@ std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64
     return markBytes + (size - markBytes) / sizeof(WideChar) * sizeof(WideChar);
 }
 
-/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing:
-/// only the answer says so, the next one when this call has another.
+/// The answer of a call that feeds or ends. A token that was lost because memory was lacking ends
+/// nothing; it is reported by the first call that would answer 0.
 std::uint32_t GenericParserEngine::ReportLostToken(std::uint32_t result) {
     if (result != PARSER_OK)
         return result;

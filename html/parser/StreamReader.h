@@ -9,7 +9,7 @@
 namespace Kestra::HTML {
 
 /// Reads a stream, one read after the other. One that delivers nothing again and again fails, and
-/// so does one that claims more bytes than there is room for. Not installed.
+/// so does one that claims more bytes than the buffer has. Not installed.
 class StreamReader {
 public:
     explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}

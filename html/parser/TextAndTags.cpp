@@ -339,8 +339,8 @@ void TextAndTags<C, S>::NotifyOfRawText(Core& core, RawTextElement element) {
         core.delivery.Notify([](auto* observer) { observer->OnCSSTagStart(); });
 }
 
-/// After a tag without a recognizer that of text is as it was, at the beginning of a text; what
-/// text may hold is settled when it is read.
+/// After a tag that no recognizer has read, the recognizer of text is unchanged, at the beginning
+/// of a text; its options are set when text is read.
 template <typename C, typename S>
 void TextAndTags<C, S>::ReturnToText(Core& core, WholeTag) {
     core.SetActive(STATE_TEXT, ParserNames::TEXT);

@@ -103,7 +103,7 @@ public:
     bool HasCharsetErrors() const;
     /// The last failed conversion of the document, 0 for none.
     std::uint32_t GetConversionError() const;
-    /// Whether a record has been lost for want of memory since the last call.
+    /// Whether a record has been lost because memory was lacking, since the last call.
     bool ClearOutOfMemory();
 
     /// What is retained for the next record.

@@ -109,7 +109,7 @@ private:
     enum class Content : std::uint8_t { HTML, SVG, MATH };
 
     /// The index of the innermost open element by name, NONE where there is none any more. Ordered,
-    /// as nobody can choose names that make it slow.
+    /// so that no choice of names makes it slow.
     using Names = std::map<std::string, std::size_t, std::less<>>;
 
     struct Element {

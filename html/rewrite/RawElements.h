@@ -6,7 +6,7 @@
 #include "platform/Characters.h"
 
 /// @file
-/// What may not be written into elements whose content is no markup, and into comments. Not
+/// What must not be written into elements whose content is not markup, and into comments. Not
 /// installed.
 
 namespace Kestra::HTML {
@@ -37,7 +37,7 @@ bool MayBeRawElement(const S& name) {
     return first == 's' || first == 'x' || first == 'i' || first == 'n' || first == 'p';
 }
 
-/// What lies around something that is written into a raw element. Characters beyond ASCII may be
+/// The text around something that is written into a raw element. Characters beyond ASCII may be
 /// any bytes from 0x80 up.
 struct RawSurroundings {
     std::string_view before;   ///< the last characters before it, 40 of them or all

@@ -253,7 +253,7 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
 std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result, std::exception_ptr* failure) {
     if (isOverLimit)
         result = PARSER_LIMIT_EXCEEDED;
-    // 8 here is a token that was lost for want of memory.
+    // 8 here means that a token was lost because memory was lacking.
     if (result != PARSER_OK && result != RESULT_OUT_OF_MEMORY)
         return Fail(result);
     const std::uint64_t end = parser.GetTokenPlace().end;
@@ -267,7 +267,7 @@ std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result, std::exception_p
     return result;
 }
 
-/// An answer is not 0: from here on everything is copied.
+/// After an answer other than 0 everything is copied.
 std::uint32_t RewriterEngine::Fail(std::uint32_t result) {
     std::exception_ptr failure;
     if (!isCopying && !isOverLimit)
@@ -279,7 +279,7 @@ std::uint32_t RewriterEngine::Fail(std::uint32_t result) {
     return result;
 }
 
-/// Writes what has been fed as it came in. A handler that throws gets what is left all the same.
+/// Writes what has been fed as it came in. A handler that throws still gets the rest.
 /// @return what it has thrown first
 std::exception_ptr RewriterEngine::CopyAll() noexcept {
     current = 0;

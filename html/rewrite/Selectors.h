@@ -46,7 +46,7 @@ public:
 
     static constexpr std::size_t WORD_BITS = 64;
 
-    /// What was asked about the tag at hand. Kept from tag to tag, so that memory is allocated
+    /// What was asked about the current tag. Kept from tag to tag, so that memory is allocated
     /// once; long values are freed.
     class Scratch {
     private:
@@ -105,7 +105,7 @@ public:
 private:
     static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 
-    // Ordered, as nobody can choose names that make it slow.
+    // Ordered, so that no choice of names makes it slow.
     using Numbers = std::map<std::string, std::size_t, std::less<>>;
 
     struct Condition {

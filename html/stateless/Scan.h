@@ -151,7 +151,7 @@ inline void BeginToken(Data& data) {
     data.tokenAfterNewline = data.afterNewline;
 }
 
-/// Whether the token under way is longer than allowed with so many more bytes.
+/// Whether the unfinished token would exceed the limit with that many more bytes.
 inline bool GoesOver(const Data& data, std::size_t count) {
     return GetOffset(data) + count - data.tokenOffset > data.maxBytes;
 }

@@ -146,8 +146,8 @@ private:
         RestartAttribute(recognizer, data, allowEscapeRuns);
     }
 
-    /// The white space moves aside while the recognizer restarts, and `beforeEquals` keeps its
-    /// buffer.
+    /// Saves the white space while the recognizer restarts, and gives `beforeEquals` its buffer
+    /// back.
     void RestartAtName() {
         S carry;
         carry.swap(data->beforeEquals);

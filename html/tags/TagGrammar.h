@@ -42,8 +42,8 @@ inline ClosingMark FindMarkOfName(std::basic_string_view<C> name, bool whiteSpac
     return whiteSpaceFollows ? ClosingMark::DETACHED : ClosingMark::CLOSES;
 }
 
-/// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts:
-/// "<br/ >" stays the tag "br/".
+/// Makes a short tag of "<br/>", which the recognizer reads as the tag "br/". Only a tag that is
+/// nothing but a name changes: "<br/ >" stays the tag "br/".
 /// @param data  the record of a complete start tag
 template <typename Data>
 inline void SettleShortTag(Data* data) {
