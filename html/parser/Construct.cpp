@@ -17,7 +17,7 @@ bool IsSameName(WideStringView one, WideStringView other) {
     return one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size() * sizeof(WideChar)) == 0;
 }
 
-/// The table of constructs, and the functions in it but those of text and tags. `RECOGNITION` is a
+/// The table of constructs, and its functions except those of text and tags. `RECOGNITION` is a
 /// member of `Recognizers`.
 template <typename C, typename S>
 class ConstructTable {
@@ -60,7 +60,7 @@ private:
         core.recognizers.dQuoteString.data.allowEscape2022 = core.MayHaveEscapeRuns();
     }
 
-    /// A construct whose recognizer either needs more or yields one token.
+    /// A construct whose recognizer either needs more input or completes one token.
     template <auto RECOGNITION>
     static std::uint32_t Parse(Core& core) {
         auto& [recognizer, data] = core.recognizers.*RECOGNITION;

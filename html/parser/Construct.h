@@ -14,8 +14,8 @@ enum class Opener : std::uint32_t {
     TAG,   ///< after "<"
 };
 
-/// All that the driver knows about one construct: who names it, how it starts, and what a piece and
-/// the end of the input do to it. Not installed.
+/// Everything that the driver knows about one construct: which recognizers name it, how it begins,
+/// and how a piece and the end of the input are handled. Not installed.
 template <typename C, typename S>
 struct Construct {
     using Core = ParserCore<C, S>;
@@ -30,8 +30,8 @@ struct Construct {
 
     void (*beginRecord)(Core& core);  ///< `BeginParse` and the options of the document; null: nobody hands over to it
 
-    /// Runs the recognizer over the piece and settles what it answers.
-    /// @return SP_NEED_MORE_DATA goes on, anything else has failed
+    /// Runs the recognizer over the piece and handles its result.
+    /// @return SP_NEED_MORE_DATA to go on; everything else is a failure
     std::uint32_t (*parse)(Core& core);
 
     /// The input ends. @return SP_TOKEN_COMPLETE, or a failure

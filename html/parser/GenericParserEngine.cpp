@@ -19,9 +19,8 @@ StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
     return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
 }
 
-/// Begins a document with the first piece. When a callback throws, that piece is in no token, as
-/// any other.
-/// @param bytes  of the document that have come
+/// Begins a document with the first piece. When a callback throws, that piece is in no token.
+/// @param bytes  of the document so far
 template <typename Parser, typename Start>
 std::uint32_t SkipWhenItThrows(Parser& parser, std::uint64_t bytes, Start start) {
     try {
@@ -116,7 +115,7 @@ std::uint32_t GenericParserEngine::StartNarrow(std::uint64_t markLength, std::ui
     return narrowParser.IsStopped() ? PARSER_STOPPED : PARSER_OK;
 }
 
-/// Begins a document with the wide parser. A mark settles the charset before the callbacks.
+/// Begins a document with the wide parser. A mark decides the charset before the callbacks.
 std::uint32_t GenericParserEngine::StartWide(bool hasMark) {
     mode = MODE_WIDE;
     narrowParser.Release();
@@ -207,7 +206,7 @@ std::uint32_t GenericParserEngine::FeedBytes(const char* data, std::uint64_t siz
 //  3 FF       text   text   text        text   mark, to 5   text
 //
 // "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible
-// mark in an earlier piece are gone.
+// mark in an earlier piece are dropped.
 std::uint32_t GenericParserEngine::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
     const std::uint64_t all = bytesDropped + size;
@@ -299,8 +298,8 @@ std::uint32_t GenericParserEngine::FeedStream(VFS::InputStream* stream) {
     return result == PARSER_UNTERMINATED ? std::uint32_t{PARSER_OK} : result;
 }
 
-/// A whole stream went by without a charset: asks the detector. A detector that has no usable
-/// answer changes nothing.
+/// A whole stream was parsed without a charset: calls the detector. Without a usable answer nothing
+/// changes.
 std::uint32_t GenericParserEngine::DetectLateCharset(VFS::InputStream* stream) {
     const bool isUnknown = QueryRunning(
         [](const auto& parser) { return parser.GetDelivery().GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
@@ -318,7 +317,7 @@ std::uint32_t GenericParserEngine::DetectLateCharset(VFS::InputStream* stream) {
     return PARSER_PARSE_AGAIN;
 }
 
-/// An owned stream is about to be freed: what `EndParse` may have to read again goes into memory.
+/// An owned stream is about to be freed: copies into memory what `EndParse` may have to re-read.
 void GenericParserEngine::KeepOpenConstruct() {
     std::unique_ptr<VFS::InputStream> kept =
         CallRunning([](auto& parser) { return parser.KeepOpenConstruct(); }, std::unique_ptr<VFS::InputStream>());

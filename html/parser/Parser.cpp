@@ -43,8 +43,8 @@ void Parser<C, S>::SkipTo(std::uint64_t bytes) {
     core.input.fedBefore = core.places.SkipTo(core.input, bytes);
 }
 
-/// Brings the driver back to a clean text state when an observer throws, so that the next call
-/// starts from there. Cancelled, the call has ended in its ordinary way.
+/// Resets the driver to text when an observer throws, so that the next call starts from there.
+/// Cancelled when the call ends as usual.
 template <typename C, typename S>
 auto Parser<C, S>::BeginDelivering() {
     return AtScopeEnd([this] {

@@ -8,8 +8,8 @@
 
 namespace Kestra::HTML {
 
-/// Reads a stream, one read after the other. One that delivers nothing again and again fails, and
-/// so does one that claims more bytes than the buffer has. Not installed.
+/// Reads a stream. Fails for a stream that delivers nothing again and again, and for one that
+/// claims more bytes than the buffer has. Not installed.
 class StreamReader {
 public:
     explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}

@@ -102,8 +102,8 @@ std::uint32_t TextAndTags<C, S>::ParsePlainText(Core& core) {
     return result;
 }
 
-/// After a "<": the text before it, with its end, which lies in the piece. Most texts do so as a
-/// whole.
+/// After a "<": delivers the text before it. The end of the text is in the piece, mostly the whole
+/// text.
 template <typename C, typename S>
 void TextAndTags<C, S>::DeliverTextWith(Core& core, std::basic_string_view<C> run) {
     S& pending = core.recognizers.text.data.text;
@@ -187,8 +187,8 @@ std::uint32_t TextAndTags<C, S>::EndRawText(Core& core) {
     return SP_TOKEN_COMPLETE;
 }
 
-/// After "<", the text before it delivered. Start and end tags are known by the next character, and
-/// mostly lie in the piece as a whole: for them no recognizer runs.
+/// After a "<", when the text before it has been delivered. The next character shows whether it is
+/// a start tag or an end tag. Most of these are in the piece as a whole and need no recognizer.
 template <typename C, typename S>
 std::uint32_t TextAndTags<C, S>::ReadTag(Core& core) {
     SimpleParserContext<C, S>& context = core.input.context;
@@ -311,8 +311,8 @@ std::uint32_t TextAndTags<C, S>::EndEndTag(Core& core) {
     return result;
 }
 
-/// A `script` or `style` tag was delivered: notifies the observer and switches the mode, also when
-/// an end tag is a stray one.
+/// A `script` or `style` tag was delivered: notifies the observer and switches the mode, also for a
+/// stray end tag.
 template <typename C, typename S>
 void TextAndTags<C, S>::SwitchScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts) {
     if (EqualsKeyword(name, "script")) {

@@ -12,8 +12,8 @@
 
 namespace Kestra::HTML {
 
-/// The characters around a place of the document: enough of them to say what an inserted text would
-/// become there.
+/// Reads the characters around a place of the document, as many as decide what an inserted text
+/// would mean there.
 class DocumentView {
 public:
     static constexpr std::size_t SURROUNDING_UNITS = 40;  ///< more than an end tag, or the name of a reference, has
@@ -25,7 +25,7 @@ public:
     /// The characters of some bytes of the document, every one beyond ASCII as the byte 0x80.
     std::string ViewOf(std::string_view bytes) const;
 
-    /// The last bytes of `before` and `bytes`, one after the other: as many as matter.
+    /// The last bytes of `before` and `bytes`, joined: as many as matter.
     static std::string LastOf(std::string_view bytes, std::string_view before);
 
     /// The last characters of `before` and `bytes`.
@@ -34,7 +34,7 @@ public:
     /// The first characters of `before` and `bytes`.
     std::string ViewHead(std::string_view bytes, std::string_view before) const;
 
-    /// Writes the first character of a text as a reference where it would go on with the reference,
+    /// Writes the first character of a text as a reference where it would continue the reference,
     /// or the tag, that the characters before it begin.
     void Guard(std::string_view before, std::string* bytes) const;
 

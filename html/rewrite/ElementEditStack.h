@@ -14,7 +14,7 @@
 
 namespace Kestra::HTML {
 
-/// Keeps what was asked for open elements, and writes tokens with the edits of elements that they
+/// Keeps the edits of open elements, and writes tokens with the edits of the elements that they
 /// open and close.
 class ElementEditStack {
 public:
@@ -24,13 +24,13 @@ public:
     /// An end tag closes elements: moves their edits to those of its token.
     void Close(const std::string& tagName, TokenEdits* edits);
 
-    /// Writes a token with its edits, and what was asked for the elements that it ends. All memory
-    /// is taken first.
+    /// Writes a token with its edits, and the edits of the elements that it ends. Allocates before
+    /// anything is written.
     /// @param opensContent  the token opens an element that has content
-    /// @param opensEmpty  it opens one that has none
+    /// @param opensEmpty    it opens one that has none
     void WriteToken(const TokenPlace& place, bool opensContent, bool opensEmpty, TokenEdits* edits);
 
-    /// The document ends: writes what was asked for the elements that are still open.
+    /// The document ends: writes the edits of the elements that are still open.
     void CloseAll();
 
 private:

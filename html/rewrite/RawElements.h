@@ -46,15 +46,15 @@ struct RawSurroundings {
 };
 
 /// Whether an inserted text, which may be empty, makes an end tag of one of the elements, or could
-/// together with what comes after it and is not yet known; in a script also "<!--" or the begin of
-/// its start tag, as an end tag does not count after both.
+/// together with what comes after it and is not yet known; in a script also "<!--" or the beginning
+/// of its start tag, since an end tag does not count after both.
 bool EndsRawElement(std::uint32_t elements, std::string_view inserted, const RawSurroundings& surroundings);
 
 /// Whether the text of a comment would end it, or does so in browsers.
 bool EndsComment(std::string_view text);
 
-/// Whether a text would change its meaning after these characters: it would go on with a reference
-/// or the name of a tag that they begin.
+/// Whether a text would change its meaning after these characters: it would continue a reference or
+/// the name of a tag that they begin.
 /// @param before  the last characters before it, as many as the longest name of a reference has, or
 /// all
 bool ContinuesMarkup(std::string_view before, char first);

@@ -8,7 +8,7 @@ namespace {
 
 using Spot = TokenAtHand::Spot;
 
-/// Puts an edit to the token of an element.
+/// Makes an edit, unless the element is over.
 template <typename Edit>
 std::uint32_t EditElement(const RewriterToken& startTag, Edit edit) {
     TokenAtHand* const found = RewriterEngine::Find(startTag);

@@ -10,7 +10,7 @@ namespace {
 
 using Spot = TokenAtHand::Spot;
 
-/// Puts an edit to the engine of a token.
+/// Makes an edit, unless the token is over.
 template <typename Edit>
 std::uint32_t EditToken(const RewriterToken& token, Edit edit) {
     TokenAtHand* const found = RewriterEngine::Find(token);

@@ -168,7 +168,7 @@ void SelectorSet::Scratch::Clear() noexcept {
     hasClasses = false;
 }
 
-/// Makes room for the answers about one tag.
+/// Resizes the lists of answers about one tag.
 void SelectorSet::PrepareScratch(Scratch* scratch) const {
     scratch->Clear();
     if (scratch->attributes.size() < attributeNumbers.size()) {
@@ -212,8 +212,7 @@ bool SelectorSet::HasAttribute(const Condition& condition, bool asksForValue, co
     return attribute.state != Scratch::ABSENT;
 }
 
-/// Whether the tag has a class. Its classes are looked up together, when the first of them is asked
-/// for.
+/// Whether the tag has a class. All its classes are looked up together, at the first question.
 bool SelectorSet::HasClass(const Condition& condition, const TagAttributes& tag, Scratch* scratch) const {
     if (!scratch->hasClasses) {
         scratch->classes.assign((classNumbers.size() + WORD_BITS - 1) / WORD_BITS, 0);
@@ -260,7 +259,7 @@ bool SelectorSet::Equals(std::string_view value, const Condition& condition) {
     return EqualsKeyword(value, condition.value);
 }
 
-/// Searches a value in linear time, whatever it repeats.
+/// Searches a value in linear time, also when it repeats itself.
 /// Source: the algorithm of Knuth, Morris and Pratt.
 bool SelectorSet::Contains(std::string_view value, const Condition& condition) {
     const std::string_view expected = condition.value;

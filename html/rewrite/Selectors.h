@@ -12,11 +12,11 @@
 #include "html/rewrite/SelectorReader.h"
 
 /// @file
-/// Compiled selectors, and what they say of one start tag. Not installed.
+/// Compiled selectors, and how a start tag is matched. Not installed.
 
 namespace Kestra::HTML {
 
-/// What the selectors may ask about a start tag.
+/// The attributes of a start tag, as the selectors need them.
 class TagAttributes {
 public:
     virtual ~TagAttributes() = default;
@@ -71,9 +71,9 @@ public:
     SelectorSet(const SelectorSet&) = delete;
     SelectorSet& operator=(const SelectorSet&) = delete;
 
-    /// Adds a selector, with the number that `GetCount` has said.
+    /// Adds a selector; its number is the present `GetCount`.
     ///
-    /// Elements that are open match it only as far as they are asked from now on.
+    /// An element that is open already matches none of its compounds.
     /// @return as `ReadSelector`. Whatever fails, an allocation too, changes nothing.
     bool Add(std::string_view text, std::string* message);
 
@@ -99,7 +99,7 @@ public:
     /// Counts the selectors whose last compound is in a set, which may have fewer words.
     std::size_t CountSelectors(std::span<const Word> set) const;
 
-    /// Puts their numbers in place of those in `*selectors`, in ascending order.
+    /// Replaces the numbers in `*selectors` by theirs, in ascending order.
     void GetSelectors(std::span<const Word> set, std::vector<std::size_t>* selectors) const;
 
 private:

@@ -30,8 +30,8 @@ bool TagLayoutReader::Read(const GenericParser& parser, TokenKind kind, std::str
     return true;
 }
 
-/// Only a value without quotes has taken up bare words, and then there is white space, a quote or a
-/// "<" in it.
+/// Bare words are folded only into values that count as unquoted, and these then contain white
+/// space, a quote or a "<".
 bool TagLayoutReader::MayBeFolded(const AttributePlace& place, std::string_view bytes) const {
     if (place.valueBegin == place.nameEnd || place.end != place.valueEnd)
         return false;

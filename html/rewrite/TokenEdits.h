@@ -6,8 +6,7 @@
 #include <vector>
 
 /// @file
-/// What the host has asked for a token, and for the elements that it opens and closes. Not
-/// installed.
+/// The edits of a token, and of the elements that it opens and closes. Not installed.
 
 namespace Kestra::HTML {
 
@@ -24,7 +23,7 @@ struct Insertion {
     }
 };
 
-/// What becomes of an element when it ends.
+/// The edits that are made when an element ends.
 struct ElementEdits {
     Insertion end;                    ///< of the content
     Insertion after;                  ///< the element

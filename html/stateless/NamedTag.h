@@ -6,7 +6,7 @@
 #include "html/stateless/Tags.h"
 
 /// @file
-/// What start tags, declarations and instructions share: a name, a list, and what ends them. Not
+/// The parts that start tags, declarations and instructions share: a name, a list, and an end. Not
 /// installed.
 
 namespace Kestra::HTML::Stateless {
