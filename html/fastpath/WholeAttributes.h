@@ -16,8 +16,8 @@
 
 namespace Kestra::HTML {
 
-/// Reads attributes, and the runs that they and tags are made of. Nothing is consumed before
-/// `Consume`.
+/// Reads attributes, and the runs of which they and tags consist. `Read...` moves `next`; the
+/// context does not move before `Consume`.
 template <typename C, typename S>
 class WholeAttributes {
 public:

@@ -21,7 +21,7 @@ void AbsorbQuotes(Attribute<C, S>& anchor) {
     anchor.quote = QUOTE_NONE;
 }
 
-/// Moves a record into the place of another one, whose contents are not needed.
+/// Moves a record over another one, whose contents are not needed.
 template <typename C, typename S>
 void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
     MoveText(&from->prefix, &to->prefix);
@@ -33,7 +33,7 @@ void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
     to->hasValue = from->hasValue;
 }
 
-/// Takes a folded value apart, from its first character on.
+/// Splits a folded value, from its first character on.
 template <typename C, typename S>
 class ValueSplitter {
 public:
@@ -44,7 +44,7 @@ public:
         return position == value.size();
     }
 
-    /// The value as it was written. One that took words up begins with a quote only when it was
+    /// The value as it was written. A value with folded words begins with a quote only when it was
     /// quoted.
     void ReadValue(Attribute<C, S>* part) {
         const C first = AtEnd() ? C() : value[0];

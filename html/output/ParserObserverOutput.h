@@ -19,7 +19,7 @@ namespace Kestra::HTML {
 /// the self-check gets every token of the parser's own flavour.
 ///
 /// A host derives from it and receives the output in `OnOutput`; the static writers put a single
-/// record out to any handler. Each punctuation character is a piece of its own, each string one
+/// record out to any handler. Each punctuation character is a separate piece, each string one
 /// piece, empty ones too. Null strings and lists in a record made by a host are written as empty.
 template <typename C, typename S>
 class KESTRA_HTML_API ParserObserverOutput : public ParserObserver<C, S> {

@@ -86,7 +86,7 @@ private:
     template <typename, typename>
     friend class RecognizerBuffers;
 
-    /// Knows which strings need no conversion service.
+    /// Which strings can be converted without the conversion services.
     enum Shortcut : std::uint32_t {
         SHORTCUT_UNKNOWN,  // no record yet, or no memory to find out
         SHORTCUT_NONE,

@@ -70,7 +70,7 @@ public:
     void Emit(std::string_view bytes);
     void EmitInsertion(const Insertion& insertion);
     /// Text that would end its script together with the last characters of the script is left out,
-    /// and so is one of which there is no memory to decide that.
+    /// and so is text for which there is no memory to decide that.
     void EmitEndOfContent(const ElementEdits& edited);
     /// @}
 

@@ -8,8 +8,8 @@
 #include "platform/Vector.h"
 
 /// @file
-/// What a tag does with each attribute that its attribute recognizer has completed. Shared by the
-/// recognizers of tags; not installed.
+/// Adds completed attributes to the list of a tag. Shared by the recognizers of tags; not
+/// installed.
 
 namespace Kestra::HTML {
 
@@ -69,7 +69,7 @@ void RestartAttribute(AttributeSimpleParser<C, S>* attribute, AttributeSimplePar
     data->iso2022 = iso2022;
 }
 
-/// Settles the attributes of one tag, each when its recognizer has completed it.
+/// Handles the attributes of one tag, each when its recognizer has completed it.
 template <typename C, typename S>
 class AttributeList {
 public:
@@ -84,13 +84,13 @@ public:
           suffix(&tag->suffix),
           iso2022(tag->iso2022) {}
 
-    /// Settles the completed attribute: with a value, without one, or none at all.
+    /// Handles the completed attribute: with a value, without one, or no attribute at all.
     ///
     /// The white space after an attribute without a value becomes the prefix of the next one, which
     /// then goes on at its name.
     ///
-    /// @param context  one character is left: an attribute completes before it, or after a closing
-    /// quote
+    /// @param context  at least one character is left, unless the attribute ended with a closing
+    ///                 quote
     /// @param closingMark  "/", or "?" of an XML declaration
     /// @param bareValueKeepsIso2022  false: the restart after a non-empty unquoted value leaves
     /// `iso2022` off
@@ -113,8 +113,8 @@ public:
         return isClosed ? AttributeListStep::CLOSING_MARK : AttributeListStep::NEXT_ATTRIBUTE;
     }
 
-    /// Settles a name from which the closing mark has been taken: of "/" alone only the white space
-    /// before it is left.
+    /// Handles a name without its closing mark. If nothing is left of the name, the white space
+    /// before it becomes the suffix.
     void AppendNameOrSuffix() {
         if (data->name.empty())
             MoveText(&data->prefix, suffix);

@@ -71,8 +71,8 @@ std::uint32_t EntityTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
     return SP_NEED_MORE_DATA;
 }
 
-/// State 2, one item. An empty bare word ends the list: it comes before ">", or of the "<" that may
-/// not come here.
+/// State 2, one item. An empty bare word ends the list: it is before a ">", or before a "<", which
+/// must not come here.
 template <typename C, typename S>
 std::uint32_t EntityTagSimpleParser<C, S>::ParseItem(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = token.Parse(context, &tokenData);

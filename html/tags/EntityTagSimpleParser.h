@@ -37,7 +37,7 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up;
-    ///         SP_MALFORMED for a "<" where an item or the ">" may stand; a code of a quoted
+    ///         SP_MALFORMED for a "<" where an item or the ">" may be; a code of a quoted
     ///         string, unchanged; 711 for more items than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 

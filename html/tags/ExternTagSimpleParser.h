@@ -32,7 +32,7 @@ struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
 /// Reads a processing instruction, from after its "<?" to its ">", inclusive.
 ///
 /// The targets "xml", "xml:..." and "xml-..." make it an XML declaration with attributes; any other
-/// one is raw text, in which quotes and script comments are understood.
+/// one is raw text, in which quotes and script comments are recognized.
 template <typename C, typename S>
 class KESTRA_HTML_API ExternTagSimpleParser final : public SimpleParser<C, S, ExternTagSimpleParserData<C, S>> {
 public:

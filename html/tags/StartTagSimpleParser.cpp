@@ -11,9 +11,9 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// Attributes of a list from which on those that lie in the piece as a whole need no recognizer.
-/// The first ones go through it, so that its strings are as long as those of most attributes before
-/// a cut falls into one that is longer.
+/// After this many attributes, those that are in the piece as a whole are read without their
+/// recognizer. The first ones go through it, so that its strings have the capacity for most
+/// attributes before the end of a piece cuts a longer one.
 constexpr std::size_t LONG_LIST = 8;
 
 }  // namespace

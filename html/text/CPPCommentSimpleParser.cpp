@@ -13,8 +13,8 @@ enum State : std::uint32_t {
     CONSTRUCT = 1,
 };
 
-/// A construct that does not interrupt the comment, and what has been consumed of it: content of
-/// the comment after all.
+/// The characters consumed of a construct that does not interrupt the comment: they are content of
+/// the comment.
 struct PlainOpener {
     WideStringView parserName;
     const char* characters;

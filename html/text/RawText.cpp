@@ -10,7 +10,7 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// Characters from a "<" on that always suffice: "</", the longest name and one more.
+/// Characters from a "<" on that are always enough to decide: "</", the longest name and one more.
 constexpr std::size_t MOST_TO_JUDGE = 12;
 
 enum State : std::uint32_t {
@@ -139,7 +139,7 @@ bool RawText<C, S>::ReadEscapeRun(SimpleParserContext<C, S>* context, S* text) {
     return true;
 }
 
-/// What a "<" and what follows it are.
+/// Decides what a "<" and the characters after it are.
 template <typename C, typename S>
 auto RawText<C, S>::Judge(const C* begin, const C* end) -> Verdict {
     if (element == RawTextElement::PLAINTEXT)

@@ -73,8 +73,10 @@ std::uint32_t TextSimpleParser<C, S>::BeginParse(Data* data) {
 //  2 escape run  the escape recognizer reads on: "a": ESC "a", to 0; "$B": hold;
 //                "$B<" ESC "(B": ESC "$B<" ESC "(B", to 0; end of input: ESC, complete
 //
-// A quote or an ESC that is not allowed is another character. A "/" goes to 1 when one of the two
-// comments is allowed; the opener of the other one is another character there.
+// "single" and "double" are the recognizers of quoted strings; "RegEx" is for texts in which
+// regular expressions are allowed. A quote or an ESC that is not allowed is another character. A
+// "/" goes to 1 when one of the two comments is allowed; the opener of the other one is another
+// character there.
 template <typename C, typename S>
 std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -39,7 +39,7 @@ public:
     ///         the piece is used up; a code of the escape recognizer, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Settles a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape
+    /// Completes a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape
     /// recognizer.
     std::uint32_t EndParse(Data* data) override;
 
@@ -48,7 +48,7 @@ public:
 
 private:
     /// State 0 up to "<" or a quote, inclusive, without naming the recognizer that runs next.
-    /// Returns that opener, or 0 when something else stops the text: `Parse` goes on.
+    /// Returns that opener, or 0 when something else stops the text: then call `Parse`.
     C ReadUntilOpener(SimpleParserContext<C, S>* context, Data* data);
     bool ParseText(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data);
