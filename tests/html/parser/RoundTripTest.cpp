@@ -1,22 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <random>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/Flavours.h"
 #include "tests/support/RecognizerRun.h"
 
 namespace Kestra::Test {
 namespace {
-
-using HTML::GenericParser;
 
 /// Documents per flavour, in shards that can run side by side.
 constexpr std::uint64_t DOCUMENTS = 20000;
@@ -458,7 +446,7 @@ std::string FaultOf(const DocumentRun& run, const std::string& bytes, const Oddi
 /// @return what is wrong with the document, or nothing
 template <typename Text>
 std::string Fault(const Text& text, DocumentSettings settings, std::uint64_t cutSeed) {
-    settings.selfCheck = GenericParser::SELF_CHECK_COPY;
+    settings.selfCheck = SELF_CHECK_COPY;
     std::string bytes;
     if constexpr (std::is_same_v<Text, WideString>)
         bytes = ToUtf16LE(WideStringView(text));
@@ -524,7 +512,7 @@ TEST_P(RoundTripTest, EightBitDocuments) {
             settings.charset = 50221;
         const bool mayBeginAMark = !document.empty() && (document[0] == '\xEF' || document[0] == '\xFF');
         if (dice.OneIn(2) && !mayBeginAMark)
-            settings.type = GenericParser::DATA_STREAM_AUTO;
+            settings.type = DATA_STREAM_AUTO;
         Check(document, settings, seed);
         if (HasFailure())
             return;
