@@ -15,7 +15,7 @@ enum RecognizerResult : std::uint32_t {
     SP_TOKEN_COMPLETE = 19,   ///< complete, or handed over to another recognizer; the text is in the record
 };
 
-/// What a parse answers, beside the codes of a recognizer that failed and the codes of the stream
+/// What a parse answers, besides the codes of a recognizer that failed and the codes of the stream
 /// (`platform/Results.h`).
 enum ParserResult : std::uint32_t {
     PARSER_OK = 0,

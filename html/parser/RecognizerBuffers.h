@@ -29,9 +29,9 @@ void ForEachString(EntityToken<C, S>& token, Visitor& visit) {
     visit(token.value);
 }
 
-/// Hands a visitor (`platform/KeptBuffers.h`) every string and list that a record and its
-/// recognizer retain, those of the recognizer's members included, or those of the converter. The
-/// names of recognizers, and what is always empty, do not count. Not installed.
+/// Calls a visitor (`platform/KeptBuffers.h`) with every string and list that a record and its
+/// recognizer, with its members, or the converter retain. Names of recognizers, and strings that
+/// are always empty, are left out. Not installed.
 template <typename C, typename S>
 class RecognizerBuffers {
 public:
@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    /// A record without a string but its text.
+    /// A record whose only string is its text.
     template <typename Data, typename Visitor>
     static void VisitRecord(Data& data, Visitor& visit) {
         visit(data.text);
