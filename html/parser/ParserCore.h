@@ -51,8 +51,8 @@ struct ParserCore {
     bool isWholeTextPending = false;  ///< `wholeText` is being delivered: a copy has it as its pending text
     bool inScript = false;
     bool inStyle = false;
-    bool scriptsAsText =
-        false;  ///< the content of scripts and the like is one text; then `inScript` and `inStyle` stay false
+    /// The content of scripts and the like is one text; `inScript` and `inStyle` stay false.
+    bool scriptsAsText = false;
     TokenPlaces<C, S> places;
     TokenDelivery<C, S> delivery;
     MarkupCharset<C, S> markupCharset;

@@ -18,10 +18,11 @@ class PageEdits {
 public:
     /// An edit that was made.
     struct Made {
-        HTML::TokenPlace place;             ///< of the start tag
-        std::optional<std::string> before;  ///< the value of the attribute, or the start tag of a removed element; in
-                                            ///< UTF-8. Nothing: there was no such attribute
-        std::optional<std::string> after;   ///< the same after it
+        HTML::TokenPlace place;  ///< of the start tag
+        /// The value of the attribute, or the start tag of a removed element; in UTF-8. Nothing:
+        /// there was no such attribute.
+        std::optional<std::string> before;
+        std::optional<std::string> after;  ///< the same after it
     };
     using Listener = std::function<void(const Made& made)>;
 
