@@ -1,5 +1,6 @@
-# The two commands of the README and the daily chores. Each target sets up the machine by itself (Debian 12, root or sudo); the
-# building is done by CMake, whose presets can be used without this file.
+# The two commands of the README and the daily chores. Each target sets up the machine by itself
+# (Debian 12, root or sudo); the building is done by CMake, whose presets can be used without this
+# file.
 
 PAGE ?= examples/pages/saltmarsh-point.html
 JOBS ?= $(shell nproc)
@@ -20,7 +21,7 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers tidy clean
+.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers check-rooms tidy pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -35,9 +36,11 @@ help:
 	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
 	@echo 'make coverage       which lines of the library the tests reach'
 	@echo 'make format         format all sources'
-	@echo 'make check-format   fail when a source is not formatted'
+	@echo 'make check-format   fail when a source is not formatted, or too wide'
 	@echo 'make check-headers  compile every public header alone'
+	@echo 'make check-rooms    fail when a folder includes what is above it'
 	@echo 'make tidy           run clang-tidy over all sources'
+	@echo 'make pictures       draw the pictures of the documents'
 	@echo 'make clean          remove the build folder'
 
 run:
@@ -80,7 +83,8 @@ bench:
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large|scripts)'
 
-# Memory is kept once it is there: getting it from the system takes longer than most of these inputs, and not in proportion to their size.
+# Memory is kept once it is there: getting it from the system takes longer than most of these
+# inputs, and not in proportion to their size.
 bench-hostile:
 	@setup/install build bench
 	setup/bench-corpora build/bench
@@ -132,16 +136,25 @@ format:
 check-format:
 	@setup/install format
 	$(CPP_FILES) | xargs -0 -r $(CLANG_FORMAT) --dry-run -Werror --ferror-limit=1
+	setup/check-widths
 
 check-headers:
 	@setup/install build
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS) --target all_verify_interface_header_sets
 
+check-rooms:
+	@setup/install build
+	setup/check-rooms
+
 tidy:
 	@setup/install build tidy
 	cmake --preset dev
 	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS) '\.cpp$$'
+
+pictures:
+	@setup/install pictures
+	for picture in docs/pictures/*.dot; do dot -Tsvg -o "$${picture%.dot}.svg" "$$picture"; done
 
 clean:
 	rm -rf build

@@ -9,12 +9,13 @@
 #include "bench/Corpora.h"
 
 /// @file
-/// What the benchmarks are made of. Their names are paths, "web/document/8bit/stream/16K": the corpus, who reads it, and how;
-/// `bench/table` takes them apart.
+/// What the benchmarks are made of. Their names are paths, "web/document/8bit/stream/16K": the
+/// corpus, who reads it, and how; `bench/table` takes them apart.
 
 namespace Kestra::Bench {
 
-/// Reads all documents of a corpus once. @return something it was told of them; 0 makes the benchmark fail
+/// Reads all documents of a corpus once. @return something it was told of them; 0 makes the
+/// benchmark fail
 using Round = std::function<std::uint64_t(const Corpus& corpus)>;
 
 /// Looks at one document. @return the same

@@ -22,7 +22,8 @@ std::string LoadFile(const std::filesystem::path& path) {
 bool IsWithoutJunk(const std::string& document) {
     HTML::GenericParser parser;
     parser.StartParse(StringNS::CharSet::UTF8, HTML::GenericParser::DATA_STREAM_8BIT);
-    return parser.ParseBuffer(document.data(), document.size()) == HTML::PARSER_OK && parser.EndParse() == HTML::PARSER_OK;
+    return parser.ParseBuffer(document.data(), document.size()) == HTML::PARSER_OK &&
+           parser.EndParse() == HTML::PARSER_OK;
 }
 
 bool IsAcceptedByStatelessParser(const std::string& document) {
@@ -74,7 +75,8 @@ Corpus LoadList(const std::string& list) {
 Corpus LoadFolder(const std::string& folder) {
     std::error_code error;
     std::vector<std::filesystem::path> paths;
-    for (std::filesystem::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    for (std::filesystem::recursive_directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
         if (entry->is_regular_file() && entry->path().extension() == ".html")
             paths.push_back(entry->path());
     }
@@ -86,7 +88,8 @@ Corpus LoadFolder(const std::string& folder) {
 }
 
 Corpus MakeText(std::uint64_t size) {
-    static constexpr std::string_view LINE = "The harbour lay quiet under a thin mist, and nobody on the quay spoke above a whisper.\n";
+    static constexpr std::string_view LINE =
+        "The harbour lay quiet under a thin mist, and nobody on the quay spoke above a whisper.\n";
     std::string text(static_cast<std::size_t>(size), ' ');
     for (std::size_t i = 0; i < text.size(); ++i)
         text[i] = LINE[i % LINE.size()];

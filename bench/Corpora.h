@@ -51,11 +51,13 @@ Corpus MakeText(std::uint64_t size);
 /// The same documents as UTF-16, low byte first, one unit for each byte.
 Corpus Widen(const Corpus& corpus);
 
-/// The documents that the document parser takes to their end without a stream: none of them has anything that becomes junk.
+/// The documents that the document parser takes to their end without a stream: none of them has
+/// anything that becomes junk.
 Corpus WithoutJunk(const Corpus& corpus);
 
-/// The documents without their scripts, from "<script" to "</script>", as far as the stateless parser takes them to their end. It stops
-/// at malformed markup, and a quote in a script that is never closed would take the rest of a page along.
+/// The documents without their scripts, from "<script" to "</script>", as far as the stateless
+/// parser takes them to their end. It stops at malformed markup, and a quote in a script that is
+/// never closed would take the rest of a page along.
 Corpus WithoutScripts(const Corpus& corpus);
 
 }  // namespace Kestra::Bench

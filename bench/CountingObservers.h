@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
-#include "html/framework/ParserObserver.h"
+#include "html/framework/TokenObserver.h"
 #include "html/stateless/StatelessHTMLObserver.h"
 
 namespace Kestra::Bench {
@@ -12,58 +13,23 @@ struct NoQuestion {
     void operator()() {}
 };
 
-/// Counts tokens, attributes and the characters of texts and names, so that every record is looked at.
+/// Counts tokens, attributes and the characters of texts and names, so that every record is looked
+/// at.
 /// @tparam Question  called at every token
 template <typename C, typename S, typename Question = NoQuestion>
-class CountingObserver final : public HTML::ParserObserver<C, S> {
+class CountingObserver final : public HTML::TokenObserver<CountingObserver<C, S, Question>, C, S> {
 public:
-    void OnText(HTML::TextData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnCComment(HTML::CCommentData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnStartTag(HTML::StartTagData<C, S>* data) override {
-        Count(*data->name);
-        attributes += data->attributes->size();
-    }
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
-        Count(*data->name);
-        attributes += data->attributes->size();
-    }
-    void OnEndTag(HTML::EndTagData<C, S>* data) override {
-        Count(*data->name);
-        attributes += data->attributes->size();
-    }
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
-        Count(*data->condition);
-    }
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
-        Count(*data->text);
-    }
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
-        Count(*data->name);
-        attributes += data->tokens->size();
-    }
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
-        Count(*data->name);
-        attributes += data->attributes->size();
-    }
-    void OnJunkData(HTML::JunkData<C, S>* data) override {
+    template <typename Record>
+    void OnToken(const Record* record) {
         ++tokens;
-        junk += data->text->size();
+        if constexpr (std::is_same_v<Record, HTML::JunkData<C, S>>)
+            junk += record->text->size();
+        else
+            characters += GetMainText(*record).size();
+        if constexpr (requires { record->attributes; })
+            attributes += record->attributes->size();
+        else if constexpr (requires { record->tokens; })
+            attributes += record->tokens->size();
         question();
     }
 
@@ -74,10 +40,15 @@ public:
     Question question;
 
 private:
-    void Count(const S& text) {
-        ++tokens;
-        characters += text.size();
-        question();
+    /// The name of a tag, a condition, or else the text.
+    template <typename Record>
+    static const S& GetMainText(const Record& record) {
+        if constexpr (requires { record.name; })
+            return *record.name;
+        else if constexpr (requires { record.condition; })
+            return *record.condition;
+        else
+            return *record.text;
     }
 };
 

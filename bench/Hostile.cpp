@@ -14,17 +14,19 @@ using HTML::GenericParser;
 using StringNS::CharSet;
 
 constexpr std::uint64_t HALF_A_MILLION = 500'000;
-constexpr std::uint64_t SIZE = 4'000'000;   // bytes
-constexpr std::uint64_t LONG = 40'000'000;  // for what takes less than a nanosecond a byte: far more than the caches hold
+constexpr std::uint64_t SIZE = 4'000'000;  // bytes
+constexpr std::uint64_t LONG =
+    40'000'000;  // for what takes less than a nanosecond a byte: far more than the caches hold
 constexpr std::uint64_t READ = 16384;
-constexpr std::uint64_t EDITED = 50'000;  // bytes: an index of names is searched up and down, so it has to stay in a cache
+constexpr std::uint64_t EDITED =
+    50'000;  // bytes: an index of names is searched up and down, so it has to stay in a cache
 
 // A page as it is, for the smallest pieces.
 constexpr std::string_view PAGE =
     "<div class=\"entry\" id=a1><p>The tide tables hang <b>beside</b> the door.<br/><!-- spring --><img src='tide.png' "
     "alt=tide></p></div>\n";
 
-// A failure behind a value of a thousand characters.
+// A failure after a value of a thousand characters.
 const std::string LONG_FAILURE = "<a b='" + std::string(1000, 'x') + "' c / >";
 
 const HostileInput INPUTS[] = {
@@ -32,8 +34,8 @@ const HostileInput INPUTS[] = {
     {"attributes-distinct", "<a", " b#=1", ">", BOTH, 10 * HALF_A_MILLION},
     {"attributes-equal", "<a", " b=1", ">", BOTH, 4 * HALF_A_MILLION},
     {"attributes-without-value", "<a", " b", ">", BOTH, 2 * HALF_A_MILLION},
-    {"words-behind-a-value", "<a b=1", " c", ">", BOTH, 2 * HALF_A_MILLION},
-    {"words-behind-a-quoted-value", "<a b='1'", " c", ">", BOTH, 2 * HALF_A_MILLION},
+    {"words-after-a-value", "<a b=1", " c", ">", BOTH, 2 * HALF_A_MILLION},
+    {"words-after-a-quoted-value", "<a b='1'", " c", ">", BOTH, 2 * HALF_A_MILLION},
     {"end-tag-attributes", "</a", " b=1", ">", DOCUMENT, 4 * HALF_A_MILLION},
     {"declaration-words", "<!DOCTYPE", " a", ">", BOTH, 2 * HALF_A_MILLION},
     {"declaration-strings", "<!DOCTYPE", " \"a\"", ">", BOTH, 4 * HALF_A_MILLION},
@@ -97,13 +99,17 @@ const HostileInput INPUTS[] = {
     {"foreign-end-tags-in-style", "<style>", "</b>", "</style>", BOTH},
     // The same where a script is text, and what counts there.
     {"text-script-openers", "<script>", "<", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
-    {"text-script-end-tags-almost", "<script>", "</scrip", "</script>", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
-    {"text-script-escapes", "<script>", "<!--<script>", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
-    {"text-script-escapes-closed", "<script>", "<!--<script></script>-->", "</script>", DOCUMENT, SIZE, READ, CharSet::UTF8,
+    {"text-script-end-tags-almost", "<script>", "</scrip", "</script>", DOCUMENT, SIZE, READ, CharSet::UTF8,
      GenericParser::SCRIPT_AS_TEXT},
-    {"text-script-escape-closers", "<script><!-- ", ">", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-escapes", "<script>", "<!--<script>", "", DOCUMENT, SIZE, READ, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-escapes-closed", "<script>", "<!--<script></script>-->", "</script>", DOCUMENT, SIZE, READ,
+     CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"text-script-escape-closers", "<script><!-- ", ">", "", DOCUMENT, SIZE, READ, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TEXT},
     {"text-contents", "", "<title></title>", "", DOCUMENT, SIZE, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
-    {"text-iso-2022-runs", "<xmp>", "\x1B$B<\x1B(B", "", DOCUMENT, SIZE, READ, CharSet::ISO_2022_JP, GenericParser::SCRIPT_AS_TEXT},
+    {"text-iso-2022-runs", "<xmp>", "\x1B$B<\x1B(B", "", DOCUMENT, SIZE, READ, CharSet::ISO_2022_JP,
+     GenericParser::SCRIPT_AS_TEXT},
     // Failures that become junk, each read again.
     {"failing-tags", "", "<a b / >", "", DOCUMENT | EARLY_JUNK},
     {"failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | EARLY_JUNK, LONG},
@@ -113,29 +119,36 @@ const HostileInput INPUTS[] = {
     {"failing-sections", "", "<![x", "", DOCUMENT | EARLY_JUNK},
     {"failing-declarations", "", "<!a", "", DOCUMENT | EARLY_JUNK},
     {"failing-instructions", "", "<?xml>", "", DOCUMENT | EARLY_JUNK},
-    {"failing-script-comments", "", "<script>//<!-comments..</script>", "", DOCUMENT | EARLY_JUNK},  // 32 bytes: no read cuts its "//"
+    {"failing-script-comments", "", "<script>//<!-comments..</script>", "",
+     DOCUMENT | EARLY_JUNK},  // 32 bytes: no read cuts its "//"
     // What the host of a rewriter edits again and again.
-    {"edits-set", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::SET},
-    {"edits-set-folded", "<a", " b#=1 c", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::SET},
-    {"edits-add", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::ADD},
-    {"edits-rename", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::RENAME},
-    {"edits-remove", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS, HostileEdit::REMOVE},
-    {"edits-remove-last-first", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
-     HostileEdit::REMOVE_LAST_FIRST},
-    {"edits-before-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
-     HostileEdit::INSERT_BEFORE},
-    {"edits-after-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
-     HostileEdit::INSERT_AFTER},
+    {"edits-set", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::SET},
+    {"edits-set-folded", "<a", " b#=1 c", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::SET},
+    {"edits-add", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::ADD},
+    {"edits-rename", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::RENAME},
+    {"edits-remove", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
+     HostileEdit::REMOVE},
+    {"edits-remove-last-first", "<a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TOKENS, HostileEdit::REMOVE_LAST_FIRST},
+    {"edits-before-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TOKENS, HostileEdit::INSERT_BEFORE},
+    {"edits-after-in-raw", "<xmp><a", " b#=1", ">", REWRITER, EDITED, READ, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TOKENS, HostileEdit::INSERT_AFTER},
     {"edits-throwing", "", "<b>x", "", REWRITER, HALF_A_MILLION, 4, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
      HostileEdit::THROW_IN_EDITED},
-    {"edits-throwing-in-removed", "", "<b><i>x", "", REWRITER, HALF_A_MILLION, 7, CharSet::UTF8, GenericParser::SCRIPT_AS_TOKENS,
-     HostileEdit::THROW_IN_REMOVED},
+    {"edits-throwing-in-removed", "", "<b><i>x", "", REWRITER, HALF_A_MILLION, 7, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TOKENS, HostileEdit::THROW_IN_REMOVED},
     // The smallest pieces. Their cost is that of a call for each byte, and only reported.
     {"one-byte-page", "", PAGE, "", BOTH, SIZE, 1},
     {"one-byte-attributes", "<a", " b=1", ">", BOTH, 4 * HALF_A_MILLION, 1},
     {"one-byte-open-value", "<a b='", "text ", "", BOTH | JUNK, SIZE, 1},
     {"one-byte-open-comment", "<!--", "- ", "", BOTH, SIZE, 1},
-    {"one-byte-text-script", "<script>", "</scrip", "</script>", DOCUMENT, SIZE, 1, CharSet::UTF8, GenericParser::SCRIPT_AS_TEXT},
+    {"one-byte-text-script", "<script>", "</scrip", "</script>", DOCUMENT, SIZE, 1, CharSet::UTF8,
+     GenericParser::SCRIPT_AS_TEXT},
     {"one-byte-failing-tags", "", "<a b / >", "", DOCUMENT | EARLY_JUNK, SIZE, 1},
     {"one-byte-failing-tags-long", "", LONG_FAILURE, "", DOCUMENT | EARLY_JUNK, SIZE, 1},
 };
@@ -166,8 +179,8 @@ HostileReading ReadEvents(const HostileInput& input, HostileFeed feed, const std
     if (feed == HostileFeed::BUFFER) {
         const std::uint32_t result = parser.ParseBuffer(document.data(), document.size());
         const std::uint32_t end = parser.EndParse();
-        return {(result == HTML::STATELESS_OK || result == HTML::STATELESS_NEED_MORE_DATA) && end == HTML::STATELESS_OK, 0,
-                document.size()};
+        return {(result == HTML::STATELESS_OK || result == HTML::STATELESS_NEED_MORE_DATA) && end == HTML::STATELESS_OK,
+                0, document.size()};
     }
     PieceStream stream(document, input.piece);
     const std::uint32_t result = parser.ParseStream(&stream, false);
@@ -199,7 +212,8 @@ bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader)
     return reader != REWRITER && input.piece != 1 && (reader == STATELESS || (input.kind & EARLY_JUNK) != EARLY_JUNK);
 }
 
-HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document, bool selfCheck) {
+HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document,
+                           bool selfCheck) {
     if (reader == REWRITER)
         return RewriteHostile(input, document, selfCheck);
     return reader == STATELESS ? ReadEvents(input, feed, document) : ReadDocument(input, feed, document, selfCheck);

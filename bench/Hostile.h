@@ -41,7 +41,8 @@ enum class HostileFeed {
     BUFFER,  ///< as one whole buffer: what is passed over again and again in a piece shows in a large one
 };
 
-/// An input made to be slow: of any size, so that the time can be seen to grow with it and no faster.
+/// An input made to be slow: of any size, so that the time can be seen to grow with it and no
+/// faster.
 struct HostileInput {
     const char* name;
     std::string_view begin;
@@ -61,17 +62,21 @@ std::span<const HostileInput> HostileInputs();
 std::string MakeHostile(const HostileInput& input, std::uint64_t size);
 
 struct HostileReading {
-    bool accepted = false;        ///< the whole input was taken as expected; with the self-check, written back as it is as well
-    std::uint64_t junk = 0;       ///< bytes
-    std::uint64_t handedOut = 0;  ///< bytes that the stream gave, those that were read again included; those of a buffer
+    bool accepted =
+        false;  ///< the whole input was taken as expected; with the self-check, written back as it is as well
+    std::uint64_t junk = 0;  ///< bytes
+    std::uint64_t handedOut =
+        0;  ///< bytes that the stream gave, those that were read again included; those of a buffer
 };
 
-/// A parser of documents goes no further in a buffer than to what it would have to read again; and a buffer is one piece. A rewriter
-/// is fed with pieces only.
+/// A parser of documents goes no further in a buffer than to what it would have to read again; and
+/// a buffer is one piece. A rewriter is fed with pieces only.
 /// @param reader  DOCUMENT, STATELESS or REWRITER
 bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader);
 
-/// Reads an input that lies in memory. @param reader  DOCUMENT, REWRITER or STATELESS, which has no self-check
-HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document, bool selfCheck);
+/// Reads an input that lies in memory. @param reader  DOCUMENT, REWRITER or STATELESS, which has no
+/// self-check
+HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document,
+                           bool selfCheck);
 
 }  // namespace Kestra::Bench

@@ -1,5 +1,5 @@
-// The hostile inputs at a size and at twice the size: "hostile/openers/document/n" and ".../2n"; as one buffer each,
-// "hostile/openers/document-buffer/n" and ".../2n".
+// The hostile inputs at a size and at twice the size: "hostile/openers/document/n" and ".../2n"; as
+// one buffer each, "hostile/openers/document-buffer/n" and ".../2n".
 
 #include <algorithm>
 #include <string>
@@ -12,7 +12,8 @@ namespace Kestra::Bench {
 
 namespace {
 
-/// Fills the caches with something else: no part of an input is there beforehand, whatever its size.
+/// Fills the caches with something else: no part of an input is there beforehand, whatever its
+/// size.
 void EmptyCaches() {
     static std::vector<char> other(std::size_t{64} << 20);  // bytes, more than caches hold
     static char fill = 0;

@@ -1,8 +1,10 @@
-// Checks that the time for a hostile input grows with its size and no faster: an input, and one eight times as large. Linear time takes
-// eight times as long, n^1.5 twenty-three times, quadratic time sixty-four times; the bound is twice linear. What grows faster than its
-// input does so at every size, whereas a large input may lie in a slower cache than a small one, most of all on a busy machine: an input is
-// broken when the next one, eight times as large again, breaks the bound too. Each input is read from a stream, and as one whole buffer
-// where that can be. Prints every one; exit status 1 when one breaks a bound.
+// Checks that the time for a hostile input grows with its size and no faster: an input, and one
+// eight times as large. Linear time takes eight times as long, n^1.5 twenty-three times, quadratic
+// time sixty-four times; the bound is twice linear. What grows faster than its input does so at
+// every size, whereas a large input may lie in a slower cache than a small one, most of all on a
+// busy machine: an input is broken when the next one, eight times as large again, breaks the bound
+// too. Each input is read from a stream, and as one whole buffer where that can be. Prints every
+// one; exit status 1 when one breaks a bound.
 //
 //     kestra-bench-hostile [NAME]        the inputs whose names begin so
 
@@ -31,8 +33,8 @@ constexpr int REPETITIONS = 3;                    // of the small input, of whic
 constexpr int ATTEMPTS = 6;                       // to stay within the bound of time,
 constexpr int FIRST_ATTEMPTS = 2;                 // these without a pause
 constexpr double MEASURED_TIME = 0.01;            // seconds, ten ticks of the coarsest clock
-// Seconds for a byte. A reading moves each one up to eight times; what takes less than that goes at the speed of whichever cache
-// it lies in.
+// Seconds for a byte. A reading moves each one up to eight times; what takes less than that goes at
+// the speed of whichever cache it lies in.
 constexpr double CACHE_TIME = 0.3e-9;
 
 /// Seconds of the processor for one reading.
@@ -48,10 +50,12 @@ double Time(const HostileInput& input, HostileKind reader, HostileFeed feed, con
     return seconds / readings;
 }
 
-/// How many times as long the large input takes, by the shortest times of both: what disturbs only adds to them. What is slow by itself is
-/// so each time. Nothing counts as faster than the caches. One reading of the large input that stays within the bound is enough, as
-/// nothing makes it faster than it is; the small one is read more often, since a disturbed one would hide what is slow.
-double TimeRatio(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& small, const std::string& large) {
+/// How many times as long the large input takes, by the shortest times of both: what disturbs only
+/// adds to them. What is slow by itself is so each time. Nothing counts as faster than the caches.
+/// One reading of the large input that stays within the bound is enough, as nothing makes it faster
+/// than it is; the small one is read more often, since a disturbed one would hide what is slow.
+double TimeRatio(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& small,
+                 const std::string& large) {
     const double leastOfSmall = CACHE_TIME * static_cast<double>(small.size());
     const double leastOfLarge = CACHE_TIME * static_cast<double>(large.size());
     double shortestOfSmall = std::numeric_limits<double>::infinity();
@@ -83,7 +87,8 @@ bool Check(const HostileInput& input, HostileKind reader, HostileFeed feed) {
     const bool isJunkAsExpected = (reading.junk > 0) == isJunkExpected;
     const bool isReadOnce = reading.handedOut >= large.size() && reading.handedOut <= READ_BOUND * large.size();
     const bool isGood = reading.accepted && isJunkAsExpected && isReadOnce && ratio <= TIME_BOUND;
-    std::printf("%-30s %-9s %-6s %8.0f bytes: %4.1f times the time of an eighth, %3.1f times read: %s%s%s%s%s\n", input.name,
+    std::printf("%-30s %-9s %-6s %8.0f bytes: %4.1f times the time of an eighth, %3.1f times read: %s%s%s%s%s\n",
+                input.name,
                 reader == DOCUMENT    ? "document"
                 : reader == STATELESS ? "stateless"
                                       : "rewriter",

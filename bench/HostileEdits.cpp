@@ -96,7 +96,8 @@ HostileReading RewriteHostile(const HostileInput& input, const std::string& docu
     Editor editor(input.edit, &rewriter);
     const bool throws = input.edit == HostileEdit::THROW_IN_EDITED || input.edit == HostileEdit::THROW_IN_REMOVED;
     if (throws) {
-        rewriter.OnElement("b", [&](HTML::RewriterElement element) { editor.Take(element.InsertAfter("y", HTML::CONTENT_TEXT), 1); });
+        rewriter.OnElement(
+            "b", [&](HTML::RewriterElement element) { editor.Take(element.InsertAfter("y", HTML::CONTENT_TEXT), 1); });
         if (input.edit == HostileEdit::THROW_IN_REMOVED)
             rewriter.OnElement("i", [](HTML::RewriterElement element) { element.SetContent("", HTML::CONTENT_TEXT); });
         rewriter.OnContent("b", [](RewriterToken token) {
@@ -108,7 +109,8 @@ HostileReading RewriteHostile(const HostileInput& input, const std::string& docu
     }
     rewriter.SetScriptMode(input.scriptMode);
     rewriter.StartParse(input.charset, GenericParser::DATA_STREAM_8BIT);
-    // After an exception the rest of the piece is copied without being read, so there is nothing to compare.
+    // After an exception the rest of the piece is copied without being read, so there is nothing to
+    // compare.
     rewriter.SetSelfCheck(selfCheck && !throws ? GenericParser::SELF_CHECK_CRC : GenericParser::SELF_CHECK_OFF);
     bool accepted = true;
     std::uint64_t thrown = 0;
@@ -125,7 +127,8 @@ HostileReading RewriteHostile(const HostileInput& input, const std::string& docu
     }
     run([&] { return rewriter.EndParse(); });
     accepted = accepted && editor.edits > 0 && !editor.isRefused && (thrown > 0) == throws;
-    accepted = accepted && static_cast<std::int64_t>(output.bytes) == static_cast<std::int64_t>(document.size()) + editor.growth;
+    accepted = accepted &&
+               static_cast<std::int64_t>(output.bytes) == static_cast<std::int64_t>(document.size()) + editor.growth;
     return {accepted, 0, document.size()};
 }
 

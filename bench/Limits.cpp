@@ -29,7 +29,8 @@ std::uint64_t FindOpeners(const std::string& document) {
     const char* next = document.data();
     const char* const end = next + document.size();
     std::uint64_t found = 0;
-    while (next != end && (next = static_cast<const char*>(std::memchr(next, '<', static_cast<std::size_t>(end - next)))) != nullptr) {
+    while (next != end &&
+           (next = static_cast<const char*>(std::memchr(next, '<', static_cast<std::size_t>(end - next)))) != nullptr) {
         ++found;
         ++next;
     }
@@ -88,7 +89,8 @@ std::uint64_t Crc32(const std::string& document) {
         std::uint32_t four = 0;
         std::memcpy(&four, document.data() + i, 4);
         crc ^= four;
-        crc = TABLES[3][crc & 0xFF] ^ TABLES[2][(crc >> 8) & 0xFF] ^ TABLES[1][(crc >> 16) & 0xFF] ^ TABLES[0][crc >> 24];
+        crc =
+            TABLES[3][crc & 0xFF] ^ TABLES[2][(crc >> 8) & 0xFF] ^ TABLES[1][(crc >> 16) & 0xFF] ^ TABLES[0][crc >> 24];
     }
     for (; i < document.size(); ++i)
         crc = (crc >> 8) ^ TABLES[0][(crc ^ static_cast<unsigned char>(document[i])) & 0xFF];

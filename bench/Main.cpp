@@ -27,13 +27,16 @@ void RegisterAll(const NamedCorpus& corpus, const std::string& list) {
     RegisterScriptModes(corpus);
     RegisterRewriter(corpus);
     RegisterPeers(corpus, list);
-    // The stateless parser, and what it is compared with, over the same bytes: those that it can take.
-    const NamedCorpus withoutScripts(corpus.Name() + "-without-scripts", [corpus] { return WithoutScripts(corpus.Get()); });
+    // The stateless parser, and what it is compared with, over the same bytes: those that it can
+    // take.
+    const NamedCorpus withoutScripts(corpus.Name() + "-without-scripts",
+                                     [corpus] { return WithoutScripts(corpus.Get()); });
     RegisterStatelessParser(withoutScripts);
     RegisterHtmlcxx(withoutScripts);
 }
 
-bool RegisterList(const std::string& folder, const std::string& name, void (*registerRows)(const NamedCorpus&, const std::string&)) {
+bool RegisterList(const std::string& folder, const std::string& name,
+                  void (*registerRows)(const NamedCorpus&, const std::string&)) {
     const std::string list = folder + "/" + name + ".txt";
     if (!std::filesystem::exists(list)) {
         std::fprintf(stderr, "kestra-bench: there is no %s\n", list.c_str());
@@ -56,7 +59,8 @@ int main(int argc, char** argv) {
             if (!RegisterList(folder, name, RegisterAll))
                 return 2;
         }
-        if (!RegisterList(folder, "scripts", [](const NamedCorpus& corpus, const std::string&) { RegisterScriptModes(corpus); }))
+        if (!RegisterList(folder, "scripts",
+                          [](const NamedCorpus& corpus, const std::string&) { RegisterScriptModes(corpus); }))
             return 2;
         argv[1] = argv[0];
         ++argv;

@@ -1,4 +1,5 @@
-// The document parser in every flavour, with and without self-check, over every way to feed it; the stateless parser.
+// The document parser in every flavour, with and without self-check, over every way to feed it; the
+// stateless parser.
 
 #include <memory>
 #include <string>
@@ -27,7 +28,8 @@ struct Flavour {
     CharSet::Code charset;
 };
 
-// "wide" observers get UTF-16 made of 8-bit input: by the library's converters, in which 1252 is simpler.
+// "wide" observers get UTF-16 made of 8-bit input: by the library's converters, in which 1252 is
+// simpler.
 constexpr Flavour FLAVOURS[] = {
     {"8bit", false, false, CharSet::UTF8},
     {"8bit-wide-utf8", false, true, CharSet::UTF8},
@@ -68,7 +70,8 @@ struct PlaceQuestion {
 template <typename C, typename S, typename Question = NoQuestion>
 class DocumentReader {
 public:
-    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck, GenericParser::ScriptMode scriptMode)
+    DocumentReader(const Flavour& inputFlavour, const Feed& inputFeed, bool withSelfCheck,
+                   GenericParser::ScriptMode scriptMode)
         : flavour(&inputFlavour), feed(&inputFeed), selfCheck(withSelfCheck) {
         if constexpr (std::is_same_v<Question, PlaceQuestion>)
             observer.question.parser = &parser;
@@ -87,15 +90,19 @@ public:
 
 private:
     bool Read(const std::string& document) {
-        parser.StartParse(flavour->charset, flavour->wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        parser.StartParse(flavour->charset,
+                          flavour->wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
         parser.SetSelfCheck(selfCheck ? GenericParser::SELF_CHECK_CRC : GenericParser::SELF_CHECK_OFF);
         PieceStream stream(document, feed->piece);
-        const std::uint32_t result = feed->stream ? parser.ParseStream(&stream, false)
-                                                  : FeedPieces(&parser, document, feed->piece, HTML::PARSER_OK, HTML::PARSER_OK);
+        const std::uint32_t result = feed->stream
+                                         ? parser.ParseStream(&stream, false)
+                                         : FeedPieces(&parser, document, feed->piece, HTML::PARSER_OK, HTML::PARSER_OK);
         const std::uint32_t end = parser.EndParse();
-        // The self-check costs the same where its checksums differ: half of a comment's body is written back in UTF-16, and not all of
-        // the tail of a conditional section that is cut between two pieces.
-        return result == HTML::PARSER_OK && (end == HTML::PARSER_OK || (end == HTML::PARSER_SELF_CHECK_FAILED && selfCheck));
+        // The self-check costs the same where its checksums differ: half of a comment's body is
+        // written back in UTF-16, and not all of the tail of a conditional section that is cut
+        // between two pieces.
+        return result == HTML::PARSER_OK &&
+               (end == HTML::PARSER_OK || (end == HTML::PARSER_SELF_CHECK_FAILED && selfCheck));
     }
 
     const Flavour* flavour;
@@ -124,9 +131,9 @@ Round PrepareStatelessReader(const Feed& feed) {
         for (const std::string& document : corpus.documents) {
             reader->parser.StartParse(CharSet::UTF8);
             PieceStream stream(document, feed.piece);
-            const std::uint32_t result =
-                feed.stream ? reader->parser.ParseStream(&stream, false)
-                            : FeedPieces(&reader->parser, document, feed.piece, HTML::STATELESS_OK, HTML::STATELESS_NEED_MORE_DATA);
+            const std::uint32_t result = feed.stream ? reader->parser.ParseStream(&stream, false)
+                                                     : FeedPieces(&reader->parser, document, feed.piece,
+                                                                  HTML::STATELESS_OK, HTML::STATELESS_NEED_MORE_DATA);
             reader->parser.EndParse();
             if (result != HTML::STATELESS_OK)
                 return 0;
@@ -149,7 +156,8 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers) {
                     continue;
                 const NamedCorpus& narrowInput = feed.stream ? corpus : withoutJunk;
                 const NamedCorpus& wideInput = feed.stream ? wide : wideWithoutJunk;
-                const std::string name = std::string("document/") + flavour.name + (selfCheck ? "-crc/" : "/") + feed.name;
+                const std::string name =
+                    std::string("document/") + flavour.name + (selfCheck ? "-crc/" : "/") + feed.name;
                 Register(flavour.wideInput ? wideInput : narrowInput, name, [&flavour, &feed, selfCheck] {
                     return flavour.wideObserver ? PrepareDocumentReader<WideChar, WideString>(flavour, feed, selfCheck)
                                                 : PrepareDocumentReader<char, std::string>(flavour, feed, selfCheck);
@@ -164,10 +172,12 @@ void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers) {
 void RegisterScriptModes(const NamedCorpus& corpus) {
     const Feed& feed = FEEDS[2];
     for (const bool asText : {false, true}) {
-        Register(corpus, std::string("document/8bit-scripts-as-") + (asText ? "text/" : "tokens/") + feed.name, [&feed, asText] {
-            return PrepareDocumentReader<char, std::string>(FLAVOURS[0], feed, false,
-                                                            asText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
-        });
+        Register(corpus, std::string("document/8bit-scripts-as-") + (asText ? "text/" : "tokens/") + feed.name,
+                 [&feed, asText] {
+                     return PrepareDocumentReader<char, std::string>(
+                         FLAVOURS[0], feed, false,
+                         asText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
+                 });
     }
 }
 

@@ -10,14 +10,16 @@
 
 namespace Kestra::Bench {
 
-/// A stream over borrowed bytes in memory that hands out at most so many new bytes in a read, and counts all. Bytes that it has handed
-/// out before it gives again in one read, as a parser wants that reads junk back.
+/// A stream over borrowed bytes in memory that hands out at most so many new bytes in a read, and
+/// counts all. Bytes that it has handed out before it gives again in one read, as a parser wants
+/// that reads junk back.
 class PieceStream final : public VFS::InputStream {
 public:
     PieceStream(const std::string& bytes, std::uint64_t bytesPerRead) : content(&bytes), piece(bytesPerRead) {}
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
-        const std::uint64_t available = next < furthest ? furthest - next : std::min<std::uint64_t>(piece, content->size() - next);
+        const std::uint64_t available =
+            next < furthest ? furthest - next : std::min<std::uint64_t>(piece, content->size() - next);
         *bytesRead = std::min(size, available);
         std::memcpy(buffer, content->data() + next, static_cast<std::size_t>(*bytesRead));
         next += *bytesRead;
@@ -50,9 +52,11 @@ private:
     std::uint64_t handedOut = 0;
 };
 
-/// Feeds a buffer in pieces of so many bytes, until a call answers something else than one of the two good codes.
+/// Feeds a buffer in pieces of so many bytes, until a call answers something else than one of the
+/// two good codes.
 template <typename Parser>
-std::uint32_t FeedPieces(Parser* parser, const std::string& document, std::uint64_t piece, std::uint32_t good, std::uint32_t alsoGood) {
+std::uint32_t FeedPieces(Parser* parser, const std::string& document, std::uint64_t piece, std::uint32_t good,
+                         std::uint32_t alsoGood) {
     std::uint32_t result = good;
     for (std::uint64_t fed = 0; fed < document.size() && (result == good || result == alsoGood); fed += piece) {
         const std::uint64_t size = std::min<std::uint64_t>(piece, document.size() - fed);

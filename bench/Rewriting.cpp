@@ -52,7 +52,8 @@ struct Copier {
         rewriter.SetObserver(&observer);
     }
 
-    /// @return how many tokens were counted; 0 when an answer was wrong, or the output is smaller than the input
+    /// @return how many tokens were counted; 0 when an answer was wrong, or the output is smaller
+    /// than the input
     std::uint64_t Copy(const Corpus& corpus) {
         observer.tokens = 0;
         for (const std::string& document : corpus.documents) {

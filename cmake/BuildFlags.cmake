@@ -1,4 +1,5 @@
-# Warnings and sanitizers of the project's own build. Never installed, so a user of the package inherits none of it.
+# Warnings and sanitizers of the project's own build. Never installed, so a user of the package
+# inherits none of it.
 add_library(kestra-build-flags INTERFACE)
 target_compile_options(kestra-build-flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 
@@ -14,8 +15,8 @@ if(KESTRA_HARDEN)
     target_link_options(kestra-build-flags INTERFACE -fstack-protector-strong)
 endif()
 
-# Optimization across files does its work at each link. Most test programs go without and are linked in a moment, when the objects that
-# they share with the others are compiled for both.
+# Optimization across files does its work at each link. Most test programs go without and are linked
+# in a moment, when the objects that they share with the others are compiled for both.
 set(KESTRA_FAT_OBJECTS OFF)
 if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND KESTRA_BUILD_TESTS AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     set(KESTRA_FAT_OBJECTS ON)

@@ -1,11 +1,12 @@
-# What is installed: the library, the headers under include/kestra, a CMake package that names it Kestra::html, a pkg-config file, and the
-# documents. The tool installs itself.
+# What is installed: the library, the headers under include/kestra, a CMake package that names it
+# Kestra::html, a pkg-config file, and the documents. The tool installs itself.
 include(CMakePackageConfigHelpers)
 
 set(KESTRA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kestra-html)
 set(KESTRA_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The headers include each other from the root of the tree, users write <kestra/html/...>: both folders are exported.
+# Users write <kestra/html/...>. The headers include each other by relative paths, so that no folder
+# of a user's can come between.
 target_include_directories(kestra-html INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 
 install(TARGETS kestra-html EXPORT kestra-html-targets

@@ -1,7 +1,8 @@
 # What a library or a program for Windows carries beside its code.
 enable_language(RC)
 
-# A loader that may place the image anywhere in 64 bits, and no execution of data: the defaults of newer linkers, asked for by name.
+# A loader that may place the image anywhere in 64 bits, and no execution of data: the defaults of
+# newer linkers, asked for by name.
 add_link_options(-Wl,--dynamicbase,--high-entropy-va,--nxcompat)
 
 # Gives a target a version resource: the project's version, the name of its file and a description.

@@ -1,8 +1,9 @@
 /// @file
-/// Feeds a document to the library in every way and aborts when something is not as the reference tokenizer says: the tokens, results,
-/// line and column, by stream and by buffers, in one piece and in several; and what the tokens give when they are written back, in both
-/// flavours. In the wide flavour, for which there is no reference, the tokens of the cut document are compared with those of the whole one.
-/// All of it with scripts as tokens and with scripts as text.
+/// Feeds a document to the library in every way and aborts when something is not as the reference
+/// tokenizer says: the tokens, results, line and column, by stream and by buffers, in one piece and
+/// in several; and what the tokens give when they are written back, in both flavours. In the wide
+/// flavour, for which there is no reference, the tokens of the cut document are compared with those
+/// of the whole one. All of it with scripts as tokens and with scripts as text.
 
 #include <cstddef>
 #include <cstdint>
@@ -55,8 +56,8 @@ void CheckWideCopy(const std::string& latin1, const FuzzedDocument& document, bo
 
 /// All that a cut must not change.
 std::string Describe(const Test::DocumentRun& run) {
-    return run.Lines() + std::to_string(run.parseResult) + " " + std::to_string(run.endResult) + " " + std::to_string(run.line) + " " +
-           std::to_string(run.column) + "\n";
+    return run.Lines() + std::to_string(run.parseResult) + " " + std::to_string(run.endResult) + " " +
+           std::to_string(run.line) + " " + std::to_string(run.column) + "\n";
 }
 
 void CheckWideTokens(const std::string& latin1, const FuzzedDocument& document, bool scriptsAsText) {
@@ -71,12 +72,14 @@ void CheckWideTokens(const std::string& latin1, const FuzzedDocument& document, 
         Test::DocumentSettings settings;
         settings.observed = Test::Observed::WIDE;
         settings.feed = feed;
-        settings.scriptMode = scriptsAsText ? HTML::GenericParser::SCRIPT_AS_TEXT : HTML::GenericParser::SCRIPT_AS_TOKENS;
+        settings.scriptMode =
+            scriptsAsText ? HTML::GenericParser::SCRIPT_AS_TEXT : HTML::GenericParser::SCRIPT_AS_TOKENS;
         const std::string whole = Describe(Test::ParseDocument(text, {}, settings));
         const std::string cut = Describe(Test::ParseDocument(text, document.cuts, settings));
         if (whole != cut)
-            Expect(std::string("wide") + (scriptsAsText ? ", scripts as text" : "") + ", cut at " + Test::Describe(document.cuts) + ", " +
-                   Trace::Escape(latin1) + "\nwhole:\n" + whole + "cut:\n" + cut);
+            Expect(std::string("wide") + (scriptsAsText ? ", scripts as text" : "") + ", cut at " +
+                   Test::Describe(document.cuts) + ", " + Trace::Escape(latin1) + "\nwhole:\n" + whole + "cut:\n" +
+                   cut);
     }
 }
 

@@ -1,6 +1,7 @@
 /// @file
-/// Feeds a document to the stateless parser and aborts when something is not as the reference parser says: the events, the result of each
-/// piece and of the end, line and column. In the middle of it the parser may be copied, and a second observer may come and go.
+/// Feeds a document to the stateless parser and aborts when something is not as the reference
+/// parser says: the events, the result of each piece and of the end, line and column. In the middle
+/// of it the parser may be copied, and a second observer may come and go.
 
 #include <algorithm>
 #include <cstddef>
@@ -59,7 +60,7 @@ void Copy(Copying copying, Readings* readings) {
     }
 }
 
-/// Parses the document. The copy that goes on by itself is fed in front of the original.
+/// Parses the document. The copy that goes on by itself is fed before the original.
 Readings Read(const FuzzedEvents& events) {
     Readings readings;
     readings.push_back(std::make_unique<EventReading>(&events));
@@ -81,8 +82,10 @@ Readings Read(const FuzzedEvents& events) {
     return readings;
 }
 
-/// The result of each stream of a feeding by streams. @param pieceResults  one for each piece up to the first failure
-std::vector<std::uint32_t> ResultsOfStreams(const FuzzedEvents& events, const std::vector<std::uint32_t>& pieceResults) {
+/// The result of each stream of a feeding by streams. @param pieceResults  one for each piece up to
+/// the first failure
+std::vector<std::uint32_t> ResultsOfStreams(const FuzzedEvents& events,
+                                            const std::vector<std::uint32_t>& pieceResults) {
     std::vector<std::uint32_t> results;
     std::size_t begin = 0;
     for (const std::size_t stop : StopsOf(events)) {
@@ -134,14 +137,16 @@ std::string Describe(const Test::EventRun& run, const Lines& secondTrace) {
 }
 
 std::string Describe(const FuzzedEvents& events, const std::vector<std::string>& pieces) {
-    std::string shown = "charset " + std::to_string(events.charset) + (events.markupChooses ? ", the markup chooses" : "");
+    std::string shown =
+        "charset " + std::to_string(events.charset) + (events.markupChooses ? ", the markup chooses" : "");
     shown += events.hasReadBefore ? ", has read before" : "";
     shown += events.scriptsAsText ? ", scripts as text" : "";
     if (events.hasSecondObserver)
-        shown +=
-            ", second observer attached at " + std::to_string(events.attachedAt) + ", detached at " + std::to_string(events.detachedAt);
+        shown += ", second observer attached at " + std::to_string(events.attachedAt) + ", detached at " +
+                 std::to_string(events.detachedAt);
     if (events.copying != Copying::NONE)
-        shown += ", copy " + std::to_string(static_cast<int>(events.copying)) + " at " + std::to_string(events.copiedAt);
+        shown +=
+            ", copy " + std::to_string(static_cast<int>(events.copying)) + " at " + std::to_string(events.copiedAt);
     shown += events.byStream ? ", by streams:\n" : ", by buffers:\n";
     for (const std::string& piece : pieces)
         shown += "  " + Trace::Escape(piece) + "\n";

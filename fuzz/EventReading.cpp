@@ -22,7 +22,8 @@ void ReadToTheEnd(const FuzzedEvents& events, StatelessHTMLParser* parser) {
 
 EventReading::EventReading(const FuzzedEvents* fuzzedEvents)
     : events(fuzzedEvents), first(&run.trace), second(&secondTrace), parser(std::make_unique<StatelessHTMLParser>()) {
-    parser->SetScriptMode(events->scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS);
+    parser->SetScriptMode(events->scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT
+                                                : StatelessHTMLParser::SCRIPT_AS_TOKENS);
     if (events->hasReadBefore)
         ReadToTheEnd(*events, parser.get());
     parser->Attach(&first);

@@ -12,21 +12,24 @@
 
 namespace Kestra::Fuzz {
 
-/// A stateless parser in a fuzzed document, with two observers: one from the start, one that comes and goes.
+/// A stateless parser in a fuzzed document, with two observers: one from the start, one that comes
+/// and goes.
 class EventReading {
 public:
     /// Starts the document. @param fuzzedEvents  borrowed
     explicit EventReading(const FuzzedEvents* fuzzedEvents);
 
-    /// Goes on with a copy of the original's parser, which has observers of its own: they have seen what the original's have seen.
+    /// Goes on with a copy of the original's parser, which has observers of its own: they have seen
+    /// what the original's have seen.
     explicit EventReading(EventReading* original);
 
     EventReading(const EventReading&) = delete;
     EventReading& operator=(const EventReading&) = delete;
     ~EventReading() = default;
 
-    /// Feeds the pieces from `begin` to before `end`: by buffers one by one, for as long as the result is 0 or 16; or by one stream, which
-    /// reads them one by one. Feeds nothing behind a failure, and no stream without a piece.
+    /// Feeds the pieces from `begin` to before `end`: by buffers one by one, for as long as the
+    /// result is 0 or 16; or by one stream, which reads them one by one. Feeds nothing after a
+    /// failure, and no stream without a piece.
     void Feed(std::size_t begin, std::size_t end);
 
     void AttachSecondObserver();

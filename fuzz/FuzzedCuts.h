@@ -12,10 +12,10 @@ namespace Kestra::Fuzz {
 /// A document in pieces, as the end of an input of a fuzzer:
 ///
 ///     byte 0          how many cuts follow, 0 to 63 (modulo 64)
-///     one byte each   the length of the piece in front of the cut
+///     one byte each   the length of the piece before the cut
 ///     the rest        the document
 struct FuzzedCuts {
-    Test::Cuts cuts;  ///< none behind the end of the document; a piece may be empty
+    Test::Cuts cuts;  ///< none after the end of the document; a piece may be empty
     std::string_view bytes;
 };
 

@@ -11,8 +11,10 @@ namespace {
 
 using StringNS::CharSet;
 
-// Unknown: `meta` tags are looked at. The others: every byte stands for itself, or escape runs are protected.
-constexpr CharSet::Code CHARSETS[] = {CharSet::WINDOWS_1252, CharSet::UNKNOWN, CharSet::ISO_2022_JP, CharSet::ISO_2022_KR, CharSet::UTF8};
+// Unknown: `meta` tags are looked at. The others: every byte stands for itself, or escape runs are
+// protected.
+constexpr CharSet::Code CHARSETS[] = {CharSet::WINDOWS_1252, CharSet::UNKNOWN, CharSet::ISO_2022_JP,
+                                      CharSet::ISO_2022_KR, CharSet::UTF8};
 
 }  // namespace
 

@@ -10,7 +10,8 @@
 
 namespace Kestra::Fuzz {
 
-/// A document as the fuzzer makes it: how it is fed stands in front of its bytes, so that mutations reach that as well.
+/// A document as the fuzzer makes it: how it is fed comes before its bytes, so that mutations reach
+/// that as well.
 ///
 ///     byte 0          the charset, an index modulo their number
 ///     the rest        the document in pieces; see `FuzzedCuts`
@@ -23,7 +24,8 @@ struct FuzzedDocument {
 /// @param data  borrowed by the result
 FuzzedDocument ReadFuzzedDocument(const std::uint8_t* data, std::size_t size);
 
-/// The input of the fuzzer that `ReadFuzzedDocument` reads as this document. Pieces are cut to 255 bytes.
+/// The input of the fuzzer that `ReadFuzzedDocument` reads as this document. Pieces are cut to 255
+/// bytes.
 std::string WriteFuzzedDocument(const FuzzedDocument& document);
 
 }  // namespace Kestra::Fuzz

@@ -14,7 +14,8 @@ namespace {
 using StringNS::CharSet;
 
 // The last one has no converter.
-constexpr CharSet::Code CHARSETS[] = {CharSet::UNKNOWN, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
+constexpr CharSet::Code CHARSETS[] = {
+    CharSet::UNKNOWN, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
 
 constexpr unsigned MARKUP_CHOOSES = 1 << 0;
 constexpr unsigned BY_STREAM = 1 << 1;
@@ -49,7 +50,7 @@ FuzzedEvents ReadFuzzedEvents(const std::uint8_t* data, std::size_t size) {
     events.cuts = fuzzed.cuts;
     if (events.byStream)
         events.cuts = Test::CutsAsRead(fuzzed.cuts, fuzzed.bytes.size(), HTML::StatelessHTMLParser::BUFFER_SIZE);
-    const std::size_t places = events.cuts.size() + 2;  // one in front of each piece, one behind the last
+    const std::size_t places = events.cuts.size() + 2;  // one before each piece, one after the last
     events.copiedAt = data[2] % places;
     events.attachedAt = data[3] % places;
     events.detachedAt = data[4] % places;

@@ -18,15 +18,17 @@ enum class Copying {
     SEPARATED,  ///< both go on, each with observers of its own
 };
 
-/// A document for the stateless parser as the fuzzer makes it, with what else happens while it is parsed:
+/// A document for the stateless parser as the fuzzer makes it, with what else happens while it is
+/// parsed:
 ///
 ///     byte 0          the charset, an index modulo their number
-///     byte 1          bit 0: the markup may replace the charset; bit 1: fed by streams, not by buffers; bits 2 and 3: a `Copying`;
-///                     bit 4: a second observer; bit 5: the parser has read the document before, to an end in the middle;
-///                     bit 6: the contents of scripts and the like are text
-///     byte 2          the piece in front of which the parser is copied, modulo their number plus one, like the next two
-///     byte 3          the piece in front of which the second observer is attached
-///     byte 4          the piece in front of which it is detached
+///     byte 1          bit 0: the markup may replace the charset; bit 1: fed by streams, not by buffers; bits 2 and 3:
+///     a `Copying`;
+///                     bit 4: a second observer; bit 5: the parser has read the document before, to an end in the
+///                     middle; bit 6: the contents of scripts and the like are text
+///     byte 2          the piece before which the parser is copied, modulo their number plus one, like the next two
+///     byte 3          the piece before which the second observer is attached
+///     byte 4          the piece before which it is detached
 ///     the rest        the document in pieces; see `FuzzedCuts`
 struct FuzzedEvents {
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
@@ -46,7 +48,8 @@ struct FuzzedEvents {
 /// @param data  borrowed by the result
 FuzzedEvents ReadFuzzedEvents(const std::uint8_t* data, std::size_t size);
 
-/// The input of the fuzzer that `ReadFuzzedEvents` reads as this. Pieces are cut to 255 bytes, places to the 255th piece.
+/// The input of the fuzzer that `ReadFuzzedEvents` reads as this. Pieces are cut to 255 bytes,
+/// places to the 255th piece.
 std::string WriteFuzzedEvents(const FuzzedEvents& events);
 
 }  // namespace Kestra::Fuzz

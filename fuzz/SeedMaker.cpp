@@ -58,7 +58,8 @@ std::string MakeEventSeed(DocumentMaker* maker, std::uint64_t seed, Dice* dice) 
 
 using MakeSeed = std::string (*)(DocumentMaker* maker, std::uint64_t seed, Dice* dice);
 
-const std::map<std::string, MakeSeed> FUZZERS = {{"document-fuzzer", &MakeDocumentSeed}, {"event-fuzzer", &MakeEventSeed}};
+const std::map<std::string, MakeSeed> FUZZERS = {{"document-fuzzer", &MakeDocumentSeed},
+                                                 {"event-fuzzer", &MakeEventSeed}};
 
 void WriteSeeds(MakeSeed makeSeed, const std::string& folder, std::uint64_t count) {
     const std::vector<std::string> pages = Kestra::Test::ReadPages(KESTRA_EXAMPLE_PAGES);

@@ -10,11 +10,11 @@
 #include "platform/Processor.h"
 
 /// @file
-/// Runs of ASCII, which most of a document is, between bytes and UTF-16: sixteen characters at once where there are vectors, elsewhere one
-/// by one. Not installed.
+/// Runs of ASCII, which most of a document is, between bytes and UTF-16: sixteen characters at once
+/// where there are vectors, elsewhere one by one. Not installed.
 ///
-/// Each function copies the run at the front of `size` characters and answers its length. All of `[to, to + size)` may be written; what
-/// lies there behind the run is worth nothing.
+/// Each function copies the run at the front of `size` characters and answers its length. All of
+/// `[to, to + size)` may be written; what lies there after the run is unspecified.
 
 namespace Kestra::StringNS {
 
@@ -31,7 +31,8 @@ std::size_t CopyAsciiOneByOne(const From* from, std::size_t size, To* to) {
 
 #if defined(KESTRA_HAS_VECTORS)
 
-/// Blocks of bytes to UTF-16. Each function copies a block whatever it holds, and answers a bit for each character that is not ASCII.
+/// Blocks of bytes to UTF-16. Each function copies a block whatever it holds, and answers a bit for
+/// each character that is not ASCII.
 struct WidenedBlocks {
     static unsigned CopySixteen(const char* from, WideChar* to) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
@@ -84,8 +85,8 @@ private:
     }
 };
 
-/// A last block ends where the characters end, and begins among those that the one in front of it has copied already. Up to 15
-/// characters, as most strings have, it is the second of two.
+/// A last block ends where the characters end, and begins among those that the one before it has
+/// copied already. Up to 15 characters, as most strings have, it is the second of two.
 template <typename Blocks, typename From, typename To>
 std::size_t CopyAsciiInBlocks(const From* from, std::size_t size, To* to) {
     const auto copyLast = [=](std::size_t length, auto copy) {

@@ -4,7 +4,8 @@
 
 namespace Kestra {
 
-/// Does something at the end of a scope, also when an exception leaves it. The action must not throw.
+/// Does something at the end of a scope, also when an exception leaves it. The action must not
+/// throw.
 template <typename Action>
 class AtScopeEnd {
 public:
@@ -12,11 +13,18 @@ public:
     AtScopeEnd(const AtScopeEnd&) = delete;
     AtScopeEnd& operator=(const AtScopeEnd&) = delete;
     ~AtScopeEnd() {
-        action();
+        if (!isCancelled)
+            action();
+    }
+
+    /// The scope ends without the action.
+    void Cancel() {
+        isCancelled = true;
     }
 
 private:
     Action action;
+    bool isCancelled = false;
 };
 
 }  // namespace Kestra

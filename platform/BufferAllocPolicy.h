@@ -2,11 +2,12 @@
 
 #include <cstdint>
 
-#include "platform/Export.h"
+#include "Export.h"
 
 namespace Kestra::Base {
 
-/// Owns the read buffer of one parser call. Not copyable; `Release` is called by the destructor as well.
+/// Owns the read buffer of one parser call. Not copyable; `Release` is called by the destructor as
+/// well.
 class KESTRA_HTML_API DefaultBufferAllocPolicy {
 public:
     DefaultBufferAllocPolicy();
@@ -17,7 +18,8 @@ public:
     /// Starts without memory: null data, size 0. What an earlier use left is released.
     void Initialize();
 
-    /// Makes the buffer at least `size` bytes long; its content is undefined afterwards when it had to grow.
+    /// Makes the buffer at least `size` bytes long; its content is undefined afterwards when it had
+    /// to grow.
     /// @return 0, or RESULT_OUT_OF_MEMORY; the buffer is then unchanged.
     std::uint32_t AdjustTo(std::uint64_t size);
 

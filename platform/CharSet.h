@@ -3,12 +3,13 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "Characters.h"
+#include "Export.h"
 
 namespace Kestra::StringNS {
 
-/// Character sets are Windows code-page numbers. This class maps them to registered charset names and back.
+/// Character sets are Windows code-page numbers. This class maps them to registered charset names
+/// and back.
 class KESTRA_HTML_API CharSet {
 public:
     using Code = std::uint32_t;
@@ -26,13 +27,16 @@ public:
     static constexpr Code UTF7 = 65000;
     static constexpr Code UTF8 = 65001;
 
-    /// The code of a registered charset name or alias: ASCII case is ignored, nothing is trimmed. 0 for an unknown name.
+    /// The code of a registered charset name or alias: ASCII case is ignored, nothing is trimmed. 0
+    /// for an unknown name.
     static Code GetCharSetCode(const WideString& name);
 
-    /// The preferred name of a code, spelled as registered ("UTF-8", "Shift_JIS"); empty for a code without one.
+    /// The preferred name of a code, spelled as registered ("UTF-8", "Shift_JIS"); empty for a code
+    /// without one.
     static WideString GetCharSetName(Code code);
 
-    /// True for the three ISO-2022 code pages whose escape runs hide markup characters: 50221, 50222 and 50225.
+    /// True for the three ISO-2022 code pages whose escape runs hide markup characters: 50221,
+    /// 50222 and 50225.
     static bool IsIso2022(Code code);
 };
 

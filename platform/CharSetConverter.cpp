@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/AsciiRuns.h"
+#include "platform/CodePoints.h"
 #include "platform/PlatformConverter.h"
 #include "platform/Results.h"
 
@@ -14,26 +15,29 @@ namespace Kestra::StringNS {
 
 namespace {
 
-constexpr char32_t REPLACEMENT = 0xFFFD;
 constexpr char UNMAPPABLE = '?';
 
-// Bytes 0x80 to 0x9F of code page 1252. Source: Microsoft's best-fit table bestfit1252; it gives the five bytes that the registered
-// windows-1252 leaves undefined (81, 8D, 8F, 90, 9D) the C1 control of the same number.
-constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+// Bytes 0x80 to 0x9F of code page 1252. Source: Microsoft's best-fit table bestfit1252; it gives
+// the five bytes that the registered windows-1252 leaves undefined (81, 8D, 8F, 90, 9D) the C1
+// control of the same number.
+constexpr std::array<WideChar, 32> WINDOWS_1252_HIGH = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                        0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                                        0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                        0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-// The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and in front of any others, on every
-// platform. Not among them: EBCDIC, wider units, escapes and shifts (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, T.61, and
-// the national variants of seven bits.
-constexpr CharSet::Code KEEPING_ASCII[] = {437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,
-                                           862,   863,   865,   866,   869,   874,   932,   936,   949,   950,   1250,  1251,
-                                           1253,  1254,  1255,  1256,  1257,  1258,  1361,  10000, 10006, 10007, 10017, 10029,
-                                           10081, 20866, 20932, 20936, 20949, 21866, 28592, 28593, 28594, 28595, 28596, 28597,
-                                           28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
+// The code pages of the platform's converters in which the bytes from 0 to 127 are ASCII, alone and
+// before any others, on every platform. Not among them: EBCDIC, wider units, escapes and shifts
+// (ISO-2022, HZ, UTF-7, ISCII), 864 with its own per cent sign, T.61, and the national variants of
+// seven bits.
+constexpr CharSet::Code KEEPING_ASCII[] = {
+    437,   708,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,   862,   863,   865,
+    866,   869,   874,   932,   936,   949,   950,   1250,  1251,  1253,  1254,  1255,  1256,  1257,  1258,
+    1361,  10000, 10006, 10007, 10017, 10029, 10081, 20866, 20932, 20936, 20949, 21866, 28592, 28593, 28594,
+    28595, 28596, 28597, 28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
 static_assert(std::is_sorted(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII)));
 
-/// Makes `*output` `size` characters long without copying what it held when it must grow. @return its first character.
+/// Makes `*output` `size` characters long without copying what it held when it must grow.
+/// @return its first character.
 template <typename S>
 typename S::value_type* Presize(S* output, std::uint64_t size) {
     if (output->capacity() < size)
@@ -42,7 +46,7 @@ typename S::value_type* Presize(S* output, std::uint64_t size) {
     return output->data();
 }
 
-/// Cuts a presized string behind the last character written.
+/// Cuts a presized string after the last character written.
 template <typename S>
 void CutAt(S* output, const typename S::value_type* end) {
     output->resize(static_cast<std::size_t>(end - output->data()));
@@ -52,8 +56,8 @@ unsigned char ByteAt(const char* place) {
     return static_cast<unsigned char>(*place);
 }
 
-/// Copies the ASCII run at the front of `[*from, end)`, and advances both places behind it. There is room for a character for each one
-/// up to `end`.
+/// Copies the ASCII run at the front of `[*from, end)`, and advances both places after it. There is
+/// room for a character for each one up to `end`.
 template <typename From, typename To>
 void CopyRun(const From** from, const From* end, To** to) {
     const std::size_t run = CopyAscii(*from, static_cast<std::size_t>(end - *from), *to);
@@ -61,77 +65,20 @@ void CopyRun(const From** from, const From* end, To** to) {
     *to += run;
 }
 
-constexpr bool IsHighSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-constexpr bool IsLowSurrogate(char32_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-constexpr bool IsSurrogate(char32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDFFF;
-}
-
-/// Reads the code point at `*from`, which is before `end`; a lone surrogate is returned as it is.
-char32_t ReadCodePoint(const WideChar** from, const WideChar* end) {
-    const char32_t unit = *(*from)++;
-    if (!IsHighSurrogate(unit) || *from == end || !IsLowSurrogate(**from))
-        return unit;
-    const char32_t low = *(*from)++;
-    return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
-}
-
-/// What the first byte of a UTF-8 sequence says about the rest. Source: table 3-7 of the Unicode Standard.
-struct Utf8Lead {
-    int trailing;            ///< bytes to follow; 0 for a byte that starts no sequence
-    unsigned char smallest;  ///< bounds of the second byte, narrower behind four of the first bytes: what they leave out is an overlong
-    unsigned char greatest;  ///< form, a surrogate or beyond U+10FFFF
-};
-
-Utf8Lead ClassifyUtf8(unsigned char byte) {
-    if (byte < 0xC2 || byte > 0xF4)
-        return {0, 0, 0};
-    if (byte < 0xE0)
-        return {1, 0x80, 0xBF};
-    const auto smallest = static_cast<unsigned char>(byte == 0xE0 ? 0xA0 : byte == 0xF0 ? 0x90 : 0x80);
-    const auto greatest = static_cast<unsigned char>(byte == 0xED ? 0x9F : byte == 0xF4 ? 0x8F : 0xBF);
-    return {byte < 0xF0 ? 2 : 3, smallest, greatest};
-}
-
-/// Reads one code point from `*from`, which is a byte from 0x80 up before `end`. An invalid sequence is consumed up to the first byte
-/// that cannot continue it (its maximal subpart) and read as U+FFFD.
-char32_t ReadUtf8(const char** from, const char* end) {
-    const unsigned char first = ByteAt((*from)++);
-    const Utf8Lead lead = ClassifyUtf8(first);
-    if (lead.trailing == 0 || *from == end || ByteAt(*from) < lead.smallest || ByteAt(*from) > lead.greatest)
-        return REPLACEMENT;
-    char32_t codePoint = first & (0x3FU >> lead.trailing);
-    codePoint = (codePoint << 6) | (ByteAt((*from)++) & 0x3FU);
-    for (int i = 1; i < lead.trailing; ++i) {
-        if (*from == end || (ByteAt(*from) & 0xC0U) != 0x80)
-            return REPLACEMENT;
-        codePoint = (codePoint << 6) | (ByteAt((*from)++) & 0x3FU);
-    }
-    return codePoint;
-}
-
-bool IsTrailing(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
-}
-
-/// Reads one code point from U+0080 to U+FFFF, as most beyond ASCII are. @return 0, and nothing is read, when `*from` is not one.
+/// Reads one code point from U+0080 to U+FFFF, as most beyond ASCII are. @return 0, and nothing is
+/// read, when `*from` is not one.
 char32_t ReadShortUtf8(const char** from, const char* end) {
     const char* const place = *from;
     const char32_t first = ByteAt(place);
     const auto left = end - place;
-    if (first >= 0xC2 && first < 0xE0 && left >= 2 && IsTrailing(place[1])) {
+    if (first >= 0xC2 && first < 0xE0 && left >= 2 && IsTrailingByte(place[1])) {
         *from = place + 2;
         return ((first & 0x1FU) << 6) | (ByteAt(place + 1) & 0x3FU);
     }
-    if (first < 0xE0 || first > 0xEF || left < 3 || !IsTrailing(place[1]) || !IsTrailing(place[2]))
+    if (first < 0xE0 || first > 0xEF || left < 3 || !IsTrailingByte(place[1]) || !IsTrailingByte(place[2]))
         return 0;
-    const char32_t codePoint = ((first & 0x0FU) << 12) | ((ByteAt(place + 1) & 0x3FU) << 6) | (ByteAt(place + 2) & 0x3FU);
+    const char32_t codePoint =
+        ((first & 0x0FU) << 12) | ((ByteAt(place + 1) & 0x3FU) << 6) | (ByteAt(place + 2) & 0x3FU);
     if (codePoint < 0x800 || IsSurrogate(codePoint))
         return 0;
     *from = place + 3;
@@ -147,12 +94,8 @@ void Utf8ToWide(const char* from, std::uint64_t size, WideString* output) {
             char32_t codePoint = ReadShortUtf8(&from, end);
             if (codePoint == 0)
                 codePoint = ReadUtf8(&from, end);
-            if (codePoint < 0x10000) {
-                *to++ = static_cast<WideChar>(codePoint);
-            } else {
-                *to++ = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
-                *to++ = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
-            }
+            WriteUtf16(codePoint == ILL_FORMED ? REPLACEMENT_CHARACTER : codePoint,
+                       [&to](WideChar unit) { *to++ = unit; });
         }
     }
     CutAt(output, to);
@@ -173,37 +116,24 @@ std::uint64_t CountUtf8(const WideChar* from, const WideChar* end) {
 void WideToUtf8(const WideChar* from, std::uint64_t size, std::string* output) {
     const WideChar* const end = from + size;
     char* to = Presize(output, CountUtf8(from, end));
-    const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(static_cast<unsigned char>(byte)); };
     while (from != end) {
         CopyRun(&from, end, &to);
         while (from != end && *from >= 0x80) {
-            char32_t codePoint = ReadCodePoint(&from, end);
-            if (IsSurrogate(codePoint))
-                codePoint = REPLACEMENT;
-            if (codePoint < 0x800) {
-                put(0xC0 | (codePoint >> 6));
-            } else {
-                if (codePoint < 0x10000) {
-                    put(0xE0 | (codePoint >> 12));
-                } else {
-                    put(0xF0 | (codePoint >> 18));
-                    put(0x80 | ((codePoint >> 12) & 0x3F));
-                }
-                put(0x80 | ((codePoint >> 6) & 0x3F));
-            }
-            put(0x80 | (codePoint & 0x3F));
+            const char32_t codePoint = ReadUtf16(&from, end);
+            WriteUtf8(IsSurrogate(codePoint) ? REPLACEMENT_CHARACTER : codePoint, [&to](char byte) { *to++ = byte; });
         }
     }
 }
 
-/// What the bytes from 0x80 up stand for in 1252, 28591 and 20127: the character of the same number but for the table of 1252, and
-/// nothing in 20127.
+/// What the bytes from 0x80 up stand for in 1252, 28591 and 20127: the character of the same number
+/// but for the table of 1252, and nothing in 20127.
 template <CharSet::Code CODE>
 constexpr std::array<WideChar, 128> MakeUpperHalf() {
     std::array<WideChar, 128> units{};
     for (std::size_t i = 0; i < units.size(); ++i) {
         const bool isListed = CODE == CharSet::WINDOWS_1252 && i < WINDOWS_1252_HIGH.size();
-        units[i] = isListed ? WINDOWS_1252_HIGH[i] : static_cast<WideChar>(CODE == CharSet::US_ASCII ? REPLACEMENT : 0x80 + i);
+        units[i] = isListed ? WINDOWS_1252_HIGH[i]
+                            : static_cast<WideChar>(CODE == CharSet::US_ASCII ? REPLACEMENT_CHARACTER : 0x80 + i);
     }
     return units;
 }
@@ -243,7 +173,7 @@ void WideToSingleByte(const WideChar* from, std::uint64_t size, std::string* out
     while (from != end) {
         CopyRun(&from, end, &to);
         while (from != end && *from >= 0x80)
-            *to++ = NarrowCodePoint<CODE>(ReadCodePoint(&from, end));
+            *to++ = NarrowCodePoint<CODE>(ReadUtf16(&from, end));
     }
     CutAt(output, to);
 }
@@ -254,7 +184,7 @@ void Utf16ToWide(const char* from, std::uint64_t size, WideString* output) {
     for (std::uint64_t i = 0; i < pairs; ++i)
         to[i] = static_cast<WideChar>(ByteAt(from + 2 * i) | ByteAt(from + 2 * i + 1) << 8);
     if (size % 2 != 0)
-        to[pairs] = static_cast<WideChar>(REPLACEMENT);
+        to[pairs] = static_cast<WideChar>(REPLACEMENT_CHARACTER);
 }
 
 void WideToUtf16(const WideChar* from, std::uint64_t size, std::string* output) {
@@ -316,11 +246,13 @@ bool CharSetConverter::KeepsAscii(CharSet::Code code) {
         case CharSet::ISO_8859_1:
             return true;
         default:
-            return std::binary_search(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII), code) && Open(code)->Converts();
+            return std::binary_search(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII), code) &&
+                   Open(code)->Converts();
     }
 }
 
-std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output) try {
+std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size,
+                                       WideString* output) try {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
     switch (code) {
@@ -347,7 +279,8 @@ std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std
     return RESULT_OUT_OF_MEMORY;
 }
 
-std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) try {
+std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size,
+                                         std::string* output) try {
     if (code == CharSet::UNKNOWN)
         code = Platform::GetAnsiCode();
     switch (code) {

@@ -8,7 +8,8 @@ namespace Kestra::StringNS {
 
 namespace {
 
-// The sources stand in the header. Every table here is built by the compiler: a lookup during static initialization finds it whole.
+// The header names the sources. Every table here is built by the compiler: a lookup during static
+// initialization finds it whole.
 constexpr CharSetRow ROWS[] = {
     {37, "IBM037 cp037 ebcdic-cp-us ebcdic-cp-ca ebcdic-cp-wt ebcdic-cp-nl csIBM037"},
     {437, "IBM437 cp437 437 csPC8CodePage437 windows-437"},
@@ -32,12 +33,15 @@ constexpr CharSetRow ROWS[] = {
     {870, "IBM870 CP870 ebcdic-cp-roece ebcdic-cp-yu csIBM870"},
     {874, "windows-874 cswindows874 TIS-620 csTIS620 ISO-8859-11 iso8859-11 iso885911 DOS-874 x-windows-874 MS874"},
     {875, "cp875 IBM875"},
-    {932, "Shift_JIS MS_Kanji csShiftJIS Windows-31J csWindows31J shift-jis sjis x-sjis cp932 MS932 x-ms-cp932 windows-932"},
+    {932,
+     "Shift_JIS MS_Kanji csShiftJIS Windows-31J csWindows31J shift-jis sjis x-sjis cp932 MS932 x-ms-cp932 windows-932"},
     {936,
-     "GBK CP936 MS936 windows-936 csGBK x-gbk GB2312 csGB2312 gb_2312 cn-gb GB_2312-80 gb2312-80 gb231280 iso-ir-58 chinese "
+     "GBK CP936 MS936 windows-936 csGBK x-gbk GB2312 csGB2312 gb_2312 cn-gb GB_2312-80 gb2312-80 gb231280 iso-ir-58 "
+     "chinese "
      "csISO58GB231280 csGB231280"},
     {949,
-     "KS_C_5601-1987 KS_C_5601-1989 KSC_5601 korean iso-ir-149 csKSC56011987 ks_c_5601 ks_c_5601_1987 ks-c-5601 ks-c5601 ksc5601 "
+     "KS_C_5601-1987 KS_C_5601-1989 KSC_5601 korean iso-ir-149 csKSC56011987 ks_c_5601 ks_c_5601_1987 ks-c-5601 "
+     "ks-c5601 ksc5601 "
      "EUC-KR csEUCKR cp949 MS949 windows-949 uhc"},
     {950, "Big5 csBig5 Big5-HKSCS csBig5HKSCS cn-big5 x-x-big5 x-big5 cp950 MS950 windows-950 x-windows-950"},
     {1026, "IBM1026 CP1026 csIBM1026"},
@@ -76,7 +80,9 @@ constexpr CharSetRow ROWS[] = {
     {20106, "DIN_66003 iso-ir-21 de ISO646-DE csISO21German german x-IA5-German"},
     {20107, "SEN_850200_B iso-ir-10 FI ISO646-FI ISO646-SE se csISO10Swedish swedish x-IA5-Swedish"},
     {20108, "NS_4551-1 iso-ir-60 ISO646-NO no csISO60DanishNorwegian csISO60Norwegian1 norwegian x-IA5-Norwegian"},
-    {20127, "US-ASCII ASCII ANSI_X3.4-1968 ANSI_X3.4-1986 ISO_646.irv:1991 ISO646-US us iso-ir-6 IBM367 cp367 csASCII windows-20127"},
+    {20127,
+     "US-ASCII ASCII ANSI_X3.4-1968 ANSI_X3.4-1986 ISO_646.irv:1991 ISO646-US us iso-ir-6 IBM367 cp367 csASCII "
+     "windows-20127"},
     {20261, "T.61-8bit T.61 iso-ir-103 csISO103T618bit x-cp20261"},
     {20273, "IBM273 CP273 csIBM273"},
     {20277, "IBM277 EBCDIC-CP-DK EBCDIC-CP-NO csIBM277"},
@@ -103,12 +109,15 @@ constexpr CharSetRow ROWS[] = {
     {28592, "ISO-8859-2 ISO_8859-2:1987 ISO_8859-2 iso8859-2 iso88592 iso-ir-101 latin2 l2 csISOLatin2 windows-28592"},
     {28593, "ISO-8859-3 ISO_8859-3:1988 ISO_8859-3 iso8859-3 iso88593 iso-ir-109 latin3 l3 csISOLatin3 windows-28593"},
     {28594, "ISO-8859-4 ISO_8859-4:1988 ISO_8859-4 iso8859-4 iso88594 iso-ir-110 latin4 l4 csISOLatin4 windows-28594"},
-    {28595, "ISO-8859-5 ISO_8859-5:1988 ISO_8859-5 iso8859-5 iso88595 iso-ir-144 cyrillic csISOLatinCyrillic windows-28595"},
+    {28595,
+     "ISO-8859-5 ISO_8859-5:1988 ISO_8859-5 iso8859-5 iso88595 iso-ir-144 cyrillic csISOLatinCyrillic windows-28595"},
     {28596,
-     "ISO-8859-6 ISO_8859-6:1987 ISO_8859-6 iso8859-6 iso88596 iso-ir-127 ECMA-114 ASMO-708 arabic csISOLatinArabic windows-28596 "
+     "ISO-8859-6 ISO_8859-6:1987 ISO_8859-6 iso8859-6 iso88596 iso-ir-127 ECMA-114 ASMO-708 arabic csISOLatinArabic "
+     "windows-28596 "
      "ISO-8859-6-E ISO_8859-6-E csISO88596E ISO-8859-6-I ISO_8859-6-I csISO88596I"},
     {28597,
-     "ISO-8859-7 ISO_8859-7:1987 ISO_8859-7 iso8859-7 iso88597 iso-ir-126 ELOT_928 ECMA-118 greek greek8 sun_eu_greek csISOLatinGreek "
+     "ISO-8859-7 ISO_8859-7:1987 ISO_8859-7 iso8859-7 iso88597 iso-ir-126 ELOT_928 ECMA-118 greek greek8 sun_eu_greek "
+     "csISOLatinGreek "
      "windows-28597"},
     {28598,
      "ISO-8859-8 ISO_8859-8:1988 ISO_8859-8 iso8859-8 iso88598 iso-ir-138 hebrew visual csISOLatinHebrew windows-28598 "
@@ -121,7 +130,8 @@ constexpr CharSetRow ROWS[] = {
     {50221, "ISO-2022-JP csISO2022JP JIS_Encoding csJISEncoding"},
     {50225, "ISO-2022-KR csISO2022KR"},
     {50227, "ISO-2022-CN csISO2022CN ISO-2022-CN-EXT csISO2022CNEXT x-cp50227"},
-    {51932, "EUC-JP Extended_UNIX_Code_Packed_Format_for_Japanese csEUCPkdFmtJapanese CP51932 csCP51932 x-euc-jp x-euc"},
+    {51932,
+     "EUC-JP Extended_UNIX_Code_Packed_Format_for_Japanese csEUCPkdFmtJapanese CP51932 csCP51932 x-euc-jp x-euc"},
     {51936, "EUC-CN x-euc-cn"},
     {51950, "EUC-TW x-euc-tw"},
     {52936, "HZ-GB-2312"},
@@ -136,9 +146,12 @@ constexpr CharSetRow ROWS[] = {
     {57009, "x-iscii-ma windows-57009"},
     {57010, "x-iscii-gu windows-57010"},
     {57011, "x-iscii-pa windows-57011"},
-    {65000, "UTF-7 csUTF7 UNICODE-1-1-UTF-7 csUnicode11UTF7 unicode-2-0-utf-7 x-unicode-1-1-utf-7 x-unicode-2-0-utf-7 windows-65000"},
+    {65000,
+     "UTF-7 csUTF7 UNICODE-1-1-UTF-7 csUnicode11UTF7 unicode-2-0-utf-7 x-unicode-1-1-utf-7 x-unicode-2-0-utf-7 "
+     "windows-65000"},
     {65001,
-     "UTF-8 csUTF8 utf8 unicode-1-1-utf-8 unicode-2-0-utf-8 unicode11utf8 unicode20utf8 x-unicode20utf8 x-unicode-1-1-utf-8 "
+     "UTF-8 csUTF8 utf8 unicode-1-1-utf-8 unicode-2-0-utf-8 unicode11utf8 unicode20utf8 x-unicode20utf8 "
+     "x-unicode-1-1-utf-8 "
      "x-unicode-2-0-utf-8 cp65001 windows-65001"},
 };
 
@@ -152,7 +165,8 @@ struct Name {
     CharSet::Code code = 0;
 };
 
-/// Below, equal to or above zero as the left name sorts before, with or behind the right one, ASCII case ignored.
+/// Below, equal to or above zero as the left name sorts before, with or after the right one, ASCII
+/// case ignored.
 template <typename C>
 constexpr int CompareFolded(std::basic_string_view<C> left, std::string_view right) {
     const std::size_t common = std::min(left.size(), right.size());
@@ -188,7 +202,8 @@ constexpr auto SortNames() {
             rest.remove_prefix(first.size() + 1);
         }
     }
-    std::sort(names.begin(), names.end(), [](const Name& left, const Name& right) { return CompareFolded(left.text, right.text) < 0; });
+    std::sort(names.begin(), names.end(),
+              [](const Name& left, const Name& right) { return CompareFolded(left.text, right.text) < 0; });
     return names;
 }
 
@@ -230,8 +245,9 @@ std::span<const CharSetRow> GetSharedCharSetNames() {
 }
 
 CharSet::Code FindCharSetCode(WideStringView name) {
-    const auto found = std::lower_bound(NAMES.begin(), NAMES.end(), name,
-                                        [](const Name& entry, WideStringView wanted) { return CompareFolded(wanted, entry.text) > 0; });
+    const auto found = std::lower_bound(NAMES.begin(), NAMES.end(), name, [](const Name& entry, WideStringView wanted) {
+        return CompareFolded(wanted, entry.text) > 0;
+    });
     return found != NAMES.end() && CompareFolded(name, found->text) == 0 ? found->code : CharSet::UNKNOWN;
 }
 

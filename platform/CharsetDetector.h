@@ -12,7 +12,8 @@ struct DetectedCharset {
     std::uint32_t confidence = 0;      ///< 0 to 100
 };
 
-/// Guesses the charset of marked-up text: the system's language service on Windows, uchardet and ICU on POSIX. Not exported.
+/// Guesses the charset of marked-up text: the system's language service on Windows, uchardet and
+/// ICU on POSIX. Not exported.
 ///
 /// Keeps nothing between two calls; any number of threads may call at once.
 class CharsetDetector {
@@ -20,10 +21,11 @@ public:
     /// Detects over `size` bytes with room for one answer. Takes time in proportion to the size.
     ///
     /// @param data   borrowed for the call; null only with a size of 0, for which nothing fits.
-    /// @param count  stores the number of results: 1 with `*detected` filled, 0 when nothing fits. (The Windows service can count
-    ///               more than there is room for.)
-    /// @return 0; RESULT_INVALID_ARGUMENT (2) for a null pointer; RESULT_UNAVAILABLE (11) when the service cannot be started;
-    ///         RESULT_DETECTION_FAILED (709) when the call fails. After a failure neither output is meaningful.
+    /// @param count  stores the number of results: 1 with `*detected` filled, 0 when nothing fits.
+    ///               (The Windows service can count more than there is room for.)
+    /// @return 0; RESULT_INVALID_ARGUMENT (2) for a null pointer; RESULT_UNAVAILABLE (11) when the
+    ///         service cannot be started; RESULT_DETECTION_FAILED (709) when the call fails. After
+    ///         a failure neither output is meaningful.
     static std::uint32_t Detect(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count);
 };
 

@@ -1,11 +1,12 @@
 #pragma once
 
 /// @file
-/// The two spellings that differ between compilers: what a shared library exports, and nothing else.
+/// The two spellings that differ between compilers: what a shared library exports, and nothing
+/// else.
 ///
-/// `KESTRA_HTML_API` stands on every public class and class template. With GCC and Clang it raises the default
-/// visibility; on Windows it exports while the library is built and imports for everyone else.
-/// `KESTRA_HTML_STATIC` leaves it empty, for programs that link the objects themselves.
+/// `KESTRA_HTML_API` marks every public class and class template. With GCC and Clang it raises the
+/// default visibility; on Windows it exports while the library is built and imports for everyone
+/// else. `KESTRA_HTML_STATIC` leaves it empty, for programs that link the objects themselves.
 
 #if defined(KESTRA_HTML_STATIC)
 #define KESTRA_HTML_API

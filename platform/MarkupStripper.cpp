@@ -49,7 +49,8 @@ private:
     }
 
     bool OpensConstruct() const {
-        return position + 1 < markup.size() && (IsLetter(markup[position + 1]) || NextIs('/') || NextIs('!') || NextIs('?'));
+        return position + 1 < markup.size() &&
+               (IsLetter(markup[position + 1]) || NextIs('/') || NextIs('!') || NextIs('?'));
     }
 
     /// Copies at least one byte, whatever it is.
@@ -67,7 +68,8 @@ private:
         position = end;
     }
 
-    /// ESC "$" ")" only announces the runs between SO and SI; every other ESC "$" opens a run that lasts to the next ESC "(".
+    /// ESC "$" ")" only announces the runs between SO and SI; every other ESC "$" opens a run that
+    /// lasts to the next ESC "(".
     void CopyDesignation() {
         if (position + 2 < markup.size() && markup[position + 2] == ')') {
             inIso2022Kr = true;
@@ -118,15 +120,16 @@ private:
         }
     }
 
-    /// A quote that never closes is a character like any other. The search for it runs to the end once per kind of quote: had it
-    /// found nothing, no later quote of that kind could have come here.
+    /// A quote that never closes is a character like any other. The search for it runs to the end
+    /// once per kind of quote: had it found nothing, no later quote of that kind could have come
+    /// here.
     void SkipQuoted(char quote) {
         const std::size_t end = markup.find(quote, position);
         if (end != std::string_view::npos)
             position = end + 1;
     }
 
-    /// Stops in front of the end tag, which is then skipped like any other.
+    /// Stops before the end tag, which is then skipped like any other.
     void SkipRawText(std::string_view name) {
         for (;;) {
             position = markup.find("</", position);
@@ -135,7 +138,8 @@ private:
                 return;
             }
             const std::size_t end = position + 2 + name.size();
-            if (EqualsKeyword(markup.substr(position + 2, name.size()), name) && (end >= markup.size() || EndsName(markup[end])))
+            if (EqualsKeyword(markup.substr(position + 2, name.size()), name) &&
+                (end >= markup.size() || EndsName(markup[end])))
                 return;
             position += 2;
         }

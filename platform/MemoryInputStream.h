@@ -3,15 +3,16 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "Export.h"
+#include "InputStream.h"
 
 namespace Kestra::VFS {
 
 /// A stream over bytes in memory, which it owns.
 ///
-/// `firstOffset` is the position of the first byte, so that a part of another stream keeps the offsets it had there; a `Seek` in front
-/// of it or behind the last byte fails with RESULT_STREAM_FAILED.
+/// `firstOffset` is the position of the first byte, so that a part of another stream keeps the
+/// offsets it had there; a `Seek` before
+///  it or after the last byte fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API MemoryInputStream final : public InputStream {
 public:
     explicit MemoryInputStream(std::string bytes, std::uint64_t firstOffset = 0);

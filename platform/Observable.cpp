@@ -19,7 +19,8 @@ Observer::~Observer() {
 
 void Observer::RegisterCalls(MultiDelegate*) {}
 
-/// An event under way. Lists keep their order and length until the last one is over, so that the places in them stay valid.
+/// An event under way. Lists keep their order and length until the last one is over, so that the
+/// places in them stay valid.
 class MultiDelegate::Calling {
 public:
     explicit Calling(MultiDelegate* callingDelegate) : delegate(callingDelegate) {
@@ -38,7 +39,8 @@ private:
 
 MultiDelegate::MultiDelegate() : callsUnderWay(0), hasRemoved(false) {}
 
-MultiDelegate::MultiDelegate(const MultiDelegate& other) : bindings(other.bindings), callsUnderWay(0), hasRemoved(other.hasRemoved) {
+MultiDelegate::MultiDelegate(const MultiDelegate& other)
+    : bindings(other.bindings), callsUnderWay(0), hasRemoved(other.hasRemoved) {
     Sweep();
 }
 
@@ -106,7 +108,8 @@ Observable::Observable(const Observable& other) : delegate(other.delegate), obse
     JoinAll(observers);
 }
 
-/// First all that may fail: until then the observers are attached to both lists, and the delegate is the old one.
+/// First all that may fail: until then the observers are attached to both lists, and the delegate
+/// is the old one.
 Observable& Observable::operator=(const Observable& other) {
     if (this != &other) {
         std::vector<Observer*> adopted(other.observers);

@@ -4,7 +4,7 @@
 #include <map>
 #include <vector>
 
-#include "platform/Export.h"
+#include "Export.h"
 
 namespace Kestra::Base {
 
@@ -13,8 +13,8 @@ class Observable;
 
 /// One who wants to be called: binds its callbacks to the events of an `Observable`.
 ///
-/// An observer may be attached to several observables, and to one several times. Destroyed, it detaches itself from all of them. A copy
-/// is attached to nothing.
+/// An observer may be attached to several observables, and to one several times. Destroyed, it
+/// detaches itself from all of them. A copy is attached to nothing.
 class KESTRA_HTML_API Observer {
 public:
     Observer();
@@ -22,7 +22,8 @@ public:
     Observer& operator=(const Observer& other);
     virtual ~Observer();
 
-    /// Binds the callbacks. Called by `Observable::Attach`; a second call binds them once more, so every event comes twice.
+    /// Binds the callbacks. Called by `Observable::Attach`; a second call binds them once more, so
+    /// every event comes twice.
     virtual void RegisterCalls(MultiDelegate* delegate);
 
 private:
@@ -30,13 +31,15 @@ private:
     std::vector<Observable*> attachedTo;  // once for each attachment
 };
 
-/// The callbacks that are bound to events: for each identifier a list, called in the order of binding.
+/// The callbacks that are bound to events: for each identifier a list, called in the order of
+/// binding.
 ///
-/// Callbacks may bind and remove: one that is removed is called no more, not even for the event under way; one that is added gets the next
-/// event.
+/// Callbacks may bind and remove: one that is removed is called no more, not even for the event
+/// under way; one that is added gets the next event.
 class KESTRA_HTML_API MultiDelegate {
 public:
-    /// Makes the call to an observer. @param arguments  pointers to the values of the event, as many as it has
+    /// Makes the call to an observer. @param arguments  pointers to the values of the event, as
+    /// many as it has
     using Trampoline = void (*)(Observer* observer, const void* const* arguments);
 
     MultiDelegate();
@@ -76,11 +79,11 @@ private:
     bool hasRemoved;
 };
 
-/// One who raises events. A copy has the same observers attached; they are told of both.
+/// One who raises events. A copy has the same observers attached; they hear of both.
 ///
-/// When memory runs out, an assignment throws `std::bad_alloc` and changes nothing.
-/// It must be neither assigned to nor destroyed while it raises an event. An observable and its observers belong to one thread at a time:
-/// each keeps a list of the others.
+/// When memory runs out, an assignment throws `std::bad_alloc` and changes nothing. It must be
+/// neither assigned to nor destroyed while it raises an event. An observable and its observers
+/// belong to one thread at a time: each keeps a list of the others.
 class KESTRA_HTML_API Observable {
 public:
     Observable();
@@ -88,8 +91,8 @@ public:
     Observable& operator=(const Observable& other);
     virtual ~Observable();
 
-    /// Lets the observer bind its callbacks. Null is ignored. When `RegisterCalls` throws, the observer stays attached with
-    /// what it has bound.
+    /// Lets the observer bind its callbacks. Null is ignored. When `RegisterCalls` throws, the
+    /// observer stays attached with what it has bound.
     /// @param observer  borrowed; it may be destroyed while attached
     void Attach(Observer* observer);
 

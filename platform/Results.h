@@ -3,7 +3,8 @@
 #include <cstdint>
 
 /// @file
-/// Result codes of the platform services. Every operation that can fail returns one; 0 is success, and nothing is thrown.
+/// Result codes of the platform services. Every operation that can fail returns one; 0 is success,
+/// and nothing is thrown.
 
 namespace Kestra {
 

@@ -10,13 +10,13 @@ std::uint32_t AdjustBuffer(DefaultBufferAllocPolicy* buffer, std::uint64_t size)
     return buffer->AdjustTo(size);
 }
 
-std::uint32_t ToWide(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
-                     WideString* output) {
+std::uint32_t ToWide(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data,
+                     std::uint64_t size, WideString* output) {
     return converter->ToWide(code, data, size, output);
 }
 
-std::uint32_t FromWide(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data, std::uint64_t size,
-                       std::string* output) {
+std::uint32_t FromWide(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
+                       std::uint64_t size, std::string* output) {
     return converter->FromWide(code, data, size, output);
 }
 
@@ -36,7 +36,8 @@ bool AreServicesReal() {
     return current.load(std::memory_order_relaxed) == &PLATFORM_SERVICES;
 }
 
-ServicesOverride::ServicesOverride(const Services& services) : previous(current.exchange(&services, std::memory_order_acq_rel)) {}
+ServicesOverride::ServicesOverride(const Services& services)
+    : previous(current.exchange(&services, std::memory_order_acq_rel)) {}
 
 ServicesOverride::~ServicesOverride() {
     current.store(previous, std::memory_order_release);

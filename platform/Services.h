@@ -8,15 +8,16 @@
 
 namespace Kestra::Base {
 
-/// The platform services whose failures a test must be able to bring about. The parsers reach them through this table, never directly.
-/// Not exported: a host cannot replace them.
+/// The platform services whose failures a test must be able to bring about. The parsers reach them
+/// through this table, never directly. Not exported: a host cannot replace them.
 struct Services {
-    std::uint32_t (*detectCharset)(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count);
+    std::uint32_t (*detectCharset)(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                   std::uint32_t* count);
     std::uint32_t (*adjustBuffer)(DefaultBufferAllocPolicy* buffer, std::uint64_t size);
-    std::uint32_t (*toWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
-                            WideString* output);
-    std::uint32_t (*fromWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data, std::uint64_t size,
-                              std::string* output);
+    std::uint32_t (*toWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data,
+                            std::uint64_t size, WideString* output);
+    std::uint32_t (*fromWide)(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
+                              std::uint64_t size, std::string* output);
 };
 
 /// The real services.

@@ -12,7 +12,8 @@ const unsigned char BOM_UTF16_LE[2] = {0xFF, 0xFE};
 
 namespace {
 
-/// The checks that all conversions share. Empties `*output`. @return 0 when the conversion may go on.
+/// The checks that all conversions share. Empties `*output`. @return 0 when the conversion may go
+/// on.
 template <typename C, typename S>
 std::uint32_t CheckArguments(const C* data, std::uint64_t size, S* output) {
     if (output == nullptr)
@@ -42,8 +43,8 @@ void Strip(S* text, std::uint32_t mode, const S& set) {
 
 }  // namespace
 
-std::uint32_t StringHelper::GetWideFromGeneric(CharSet::Code code, const char* data, std::uint64_t size, WideString* output,
-                                               std::uint32_t conversionType) {
+std::uint32_t StringHelper::GetWideFromGeneric(CharSet::Code code, const char* data, std::uint64_t size,
+                                               WideString* output, std::uint32_t conversionType) {
     const std::uint32_t result = CheckArguments(data, size, output);
     if (result != RESULT_OK)
         return result;
@@ -60,7 +61,8 @@ std::uint32_t StringHelper::GetAnsiFromWide(const WideChar* data, std::uint64_t 
     return GetStringFromWide(CharSet::UNKNOWN, data, size, output);
 }
 
-std::uint32_t StringHelper::GetStringFromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output) {
+std::uint32_t StringHelper::GetStringFromWide(CharSet::Code code, const WideChar* data, std::uint64_t size,
+                                              std::string* output) {
     const std::uint32_t result = CheckArguments(data, size, output);
     if (result != RESULT_OK)
         return result;

@@ -3,24 +3,26 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/Vector.h"
+#include "CharSet.h"
+#include "Characters.h"
+#include "Export.h"
+#include "Vector.h"
 
 namespace Kestra::StringNS {
 
-/// The UTF-8 byte-order mark, three bytes, and the UTF-16 little-endian one, two bytes. Neither is NUL-terminated.
+/// The UTF-8 byte-order mark, three bytes, and the UTF-16 little-endian one, two bytes. Neither is
+/// NUL-terminated.
 extern KESTRA_HTML_API const unsigned char BOM_UTF8[3];
 extern KESTRA_HTML_API const unsigned char BOM_UTF16_LE[2];
 
 /// String conversions and small string services.
 ///
-/// A conversion takes a count of characters. When the last character counted is a NUL terminator, the result leaves it out;
-/// every other NUL is kept. Each call opens its converter anew: parsers keep a `CharSetConverter` instead.
-/// Conversions return 0, RESULT_INVALID_ARGUMENT (a null pointer with a count, a null output), RESULT_UNSUPPORTED_CHARSET, when there is no
-/// converter or when it failed, or RESULT_OUT_OF_MEMORY; after a failure the output is empty. On Windows a string of more than 256 MB in an
-/// encoding with states, or without a place to cut it, is such a failure.
+/// A conversion takes a count of characters. When the last character counted is a NUL terminator,
+/// the result leaves it out; every other NUL is kept. Each call opens its converter anew: parsers
+/// keep a `CharSetConverter` instead. Conversions return 0, RESULT_INVALID_ARGUMENT (a null pointer
+/// with a count, a null output), RESULT_UNSUPPORTED_CHARSET, when there is no converter or when it
+/// failed, or RESULT_OUT_OF_MEMORY; after a failure the output is empty. On Windows a string of
+/// more than 256 MB in an encoding with states, or without a place to cut it, is such a failure.
 class KESTRA_HTML_API StringHelper {
 public:
     /// What `StripAnsiChars` and `StripWideChars` strip.
@@ -30,9 +32,10 @@ public:
         STRIP_BOTH = 3,
     };
 
-    /// From the bytes of a code page to UTF-16; code 0 is the ANSI rule. `conversionType` is reserved and must be 0.
-    static std::uint32_t GetWideFromGeneric(CharSet::Code code, const char* data, std::uint64_t size, WideString* output,
-                                            std::uint32_t conversionType = 0);
+    /// From the bytes of a code page to UTF-16; code 0 is the ANSI rule. `conversionType` is
+    /// reserved and must be 0.
+    static std::uint32_t GetWideFromGeneric(CharSet::Code code, const char* data, std::uint64_t size,
+                                            WideString* output, std::uint32_t conversionType = 0);
 
     /// From the ANSI code page (1252 on POSIX) to UTF-16.
     static std::uint32_t GetStringFromAnsi(const char* data, std::uint64_t size, WideString* output);
@@ -41,9 +44,11 @@ public:
     static std::uint32_t GetAnsiFromWide(const WideChar* data, std::uint64_t size, std::string* output);
 
     /// From UTF-16 to the bytes of a code page; code 0 is the ANSI rule.
-    static std::uint32_t GetStringFromWide(CharSet::Code code, const WideChar* data, std::uint64_t size, std::string* output);
+    static std::uint32_t GetStringFromWide(CharSet::Code code, const WideChar* data, std::uint64_t size,
+                                           std::string* output);
 
-    /// Splits at every occurrence of the separator. Empty parts are kept, so the parts are always one more than the separators.
+    /// Splits at every occurrence of the separator. Empty parts are kept, so the parts are always
+    /// one more than the separators.
     static void SplitAnsiString(const std::string& text, char separator, Vector<std::string>* parts);
     static void SplitWideString(const WideString& text, WideChar separator, Vector<WideString>* parts);
 

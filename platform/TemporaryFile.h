@@ -4,10 +4,12 @@
 
 namespace Kestra::VFS {
 
-/// A file that nobody else can open, and whose space is given back when it is closed, at the latest with the process.
+/// A file that nobody else can open, and whose space is given back when it is closed, at the latest
+/// with the process.
 ///
-/// On POSIX it has no name and lies in the system's fixed folder for temporary files; the environment is not asked for another one. On
-/// Windows it lies where the system says, and its name vanishes with its last handle. Not exported.
+/// On POSIX it has no name and lies in the system's fixed folder for temporary files; the
+/// environment is not asked for another one. On Windows it lies where the system says, and its name
+/// vanishes with its last handle. Not exported.
 class TemporaryFile {
 public:
     TemporaryFile();
@@ -19,10 +21,12 @@ public:
     std::uint32_t Create();
 
     /// Writes all `size` bytes at `position`, counted from the start of the file.
-    /// @return 0; RESULT_STREAM_FAILED when the disk is full or broken, some of the bytes may then have been written.
+    /// @return 0; RESULT_STREAM_FAILED when the disk is full or broken, some of the bytes may then
+    /// have been written.
     std::uint32_t Write(std::uint64_t position, const void* data, std::uint64_t size);
 
-    /// Reads from `position` until the buffer is full or the file ends; behind the end there are 0 bytes, which is no failure.
+    /// Reads from `position` until the buffer is full or the file ends; after the end there are 0
+    /// bytes, which is no failure.
     /// @return 0; RESULT_STREAM_FAILED with `*bytesRead` 0.
     std::uint32_t Read(std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) const;
 

@@ -14,9 +14,11 @@
 
 namespace Kestra::VFS {
 
-/// The bytes of one temporary stream: those in the file, if there is one, and behind them those in memory.
+/// The bytes of one temporary stream: those in the file, if there is one, and after them those in
+/// memory.
 ///
-/// Once the file exists, the memory only gathers small writes, so that not each of them costs a system call.
+/// Once the file exists, the memory only gathers small writes, so that not each of them costs a
+/// system call.
 class TmpStorage {
 public:
     explicit TmpStorage(std::uint64_t limit) : memoryLimit(limit) {}
@@ -40,7 +42,8 @@ public:
                 return RESULT_STREAM_FAILED;
         }
         if (wanted != fromFile)
-            std::memcpy(buffer + fromFile, memory.data() + (position + fromFile - fileSize), static_cast<std::size_t>(wanted - fromFile));
+            std::memcpy(buffer + fromFile, memory.data() + (position + fromFile - fileSize),
+                        static_cast<std::size_t>(wanted - fromFile));
         *bytesRead = wanted;
         return RESULT_OK;
     }
@@ -71,16 +74,19 @@ private:
         return written;
     }
 
-    /// @return false, and nothing is changed, when the limit or the memory is exhausted; the file takes over then.
+    /// @return false, and nothing is changed, when the limit or the memory is exhausted; the file
+    /// takes over then.
     bool AppendToMemory(const char* data, std::uint64_t number) {
         const std::uint64_t limit = file ? std::min(memoryLimit, WRITE_BUFFER_SIZE) : memoryLimit;
         const std::uint64_t needed = memory.size() + number;
         if (needed > limit)
             return false;
         try {
-            // Doubled, but never beyond the limit: it holds for the memory taken, not only for the bytes in it.
+            // Doubled, but never beyond the limit: it holds for the memory taken, not only for the
+            // bytes in it.
             if (needed > memory.capacity())
-                memory.reserve(static_cast<std::size_t>(std::min(limit, std::max<std::uint64_t>(needed, memory.capacity() * 2))));
+                memory.reserve(
+                    static_cast<std::size_t>(std::min(limit, std::max<std::uint64_t>(needed, memory.capacity() * 2))));
             memory.insert(memory.end(), data, data + number);
             return true;
         } catch (const std::bad_alloc&) {
@@ -109,7 +115,8 @@ private:
     std::uint64_t memoryLimit;
     std::vector<char> memory;
     std::optional<TemporaryFile> file;
-    std::uint64_t fileSize = 0;  ///< bytes of the stream that are in the file; a failed write may have left others behind them
+    std::uint64_t fileSize =
+        0;  ///< bytes of the stream that are in the file; a failed write may have left others after them
     std::uint32_t result = RESULT_OK;
 };
 

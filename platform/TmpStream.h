@@ -3,27 +3,30 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "Export.h"
+#include "InputStream.h"
 
 namespace Kestra::VFS {
 
-/// What a temporary stream holds: bytes in memory, or an unnamed temporary file. Private to the two classes below.
+/// What a temporary stream holds: bytes in memory, or an unnamed temporary file. Private to the two
+/// classes below.
 class TmpStorage;
 
-/// Collects bytes to be read back later: in memory up to a limit, from then on in a temporary file that has no name and is gone
-/// with its last user.
+/// Collects bytes to be read back later: in memory up to a limit, from then on in a temporary file
+/// that has no name and is gone with its last user.
 class KESTRA_HTML_API TmpOutputStream {
 public:
-    /// @param memoryLimit  bytes kept in memory; one byte more moves everything into the file, and so does the first byte for which
-    ///                     there is no memory. Nothing is reserved ahead.
+    /// @param memoryLimit  bytes kept in memory; one byte more moves everything into the file, and
+    ///                     so does the first byte for which there is no memory. Nothing is reserved
+    ///                     ahead.
     explicit TmpOutputStream(std::uint64_t memoryLimit);
     TmpOutputStream(const TmpOutputStream&) = delete;
     TmpOutputStream& operator=(const TmpOutputStream&) = delete;
     ~TmpOutputStream();
 
-    /// Appends `size` bytes. @return 0; RESULT_STREAM_FAILED when the temporary file cannot be made or written. A failure is
-    /// remembered: every later write returns it too, so that no copy with a hole in it looks whole.
+    /// Appends `size` bytes. @return 0; RESULT_STREAM_FAILED when the temporary file cannot be made
+    /// or written. A failure is remembered: every later write returns it too, so that no copy with
+    /// a hole in it looks whole.
     std::uint32_t Write(const void* data, std::uint64_t size);
 
     /// Bytes written so far, without those of writes that failed.
@@ -37,11 +40,13 @@ private:
     std::shared_ptr<TmpStorage> storage;
 };
 
-/// Reads back what a `TmpOutputStream` collected, from its first byte on. It shares the storage: the output stream may be destroyed,
-/// and must not be written to any more once an input stream stands over it.
+/// Reads back what a `TmpOutputStream` collected, from its first byte on. It shares the storage:
+/// the output stream may be destroyed, and must not be written to any more once an input stream
+/// reads it.
 ///
-/// Where a write failed, the bytes in front of it can be read; at their end `Read` returns the code of that write in place of
-/// RESULT_END_OF_DATA, and `IsEnd` stays false. A `Seek` behind the last byte fails with RESULT_STREAM_FAILED.
+/// Where a write failed, the bytes before it can be read; at their end `Read` returns the code of
+/// that write in place of RESULT_END_OF_DATA, and `IsEnd` stays false. A `Seek` after the last byte
+/// fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API TmpInputStream final : public InputStream {
 public:
     explicit TmpInputStream(const TmpOutputStream& output);

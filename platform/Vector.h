@@ -17,20 +17,25 @@ namespace Kestra {
 
 /// A growable array with the interface of `std::vector` that keeps what it drops.
 ///
-/// An element dropped by `clear`, `pop_back`, `erase`, `resize` or `Truncate` is not destroyed: it stays constructed behind `size()`,
-/// and the next one appended is assigned into it. A list of strings that is filled, cleared and filled again therefore stops
-/// allocating as soon as its strings are long enough. What follows from that:
+/// An element dropped by `clear`, `pop_back`, `erase`, `resize` or `Truncate` is not destroyed: it
+/// stays constructed after `size()`, and the next one appended is assigned into it. A list of
+/// strings that is filled, cleared and filled again therefore stops allocating as soon as its
+/// strings are long enough. What follows from that:
 ///
-/// * Destructors of dropped elements run late: when the vector is destroyed, is assigned to by a move, or by `shrink_to_fit`. An
-///   element that owns a file or a lock is better reset before it is dropped.
-/// * An element appended where one is kept is made by assignment. `emplace_back` with constructor arguments builds a temporary and
-///   moves it in, so only `push_back`, `assign`, `insert`, `resize` and `AppendRecycled` reuse buffers.
+/// * Destructors of dropped elements run late: when the vector is destroyed, is assigned to by a
+///   move, or by `shrink_to_fit`. An element that owns a file or a lock is better reset before it
+///   is dropped.
+/// * An element appended where one is kept is made by assignment. `emplace_back` with constructor
+///   arguments builds a temporary and moves it in, so only `push_back`, `assign`, `insert`,
+///   `resize` and `AppendRecycled` reuse buffers.
 /// * A copy holds the live elements only; a move takes the storage, kept elements included.
 ///
-/// Iterators are plain pointers. They become invalid as those of `std::vector` do: all of them when the storage grows, otherwise
-/// those from the place of the change on. Where `std::vector` promises that a failed operation changes nothing, so does this class;
-/// any other exception leaves valid elements. `insert` and `erase` need elements that can be swapped. An element type without
-/// assignment works for everything that does not need it; its kept elements are destroyed by the next append.
+/// Iterators are plain pointers. They become invalid as those of `std::vector` do: all of them when
+/// the storage grows, otherwise those from the place of the change on. Where `std::vector` promises
+/// that a failed operation changes nothing, so does this class; any other exception leaves valid
+/// elements. `insert` and `erase` need elements that can be swapped. An element type without
+/// assignment works for everything that does not need it; its kept elements are destroyed by the
+/// next append.
 template <typename T>
 class Vector {
 public:
@@ -114,7 +119,8 @@ public:
         assign(values.begin(), values.end());
     }
 
-    /// @throws std::out_of_range  when `index` is not below `size()`, even if an element is kept there.
+    /// @throws std::out_of_range when `index` is not below `size()`, even if an element is kept
+    /// there.
     reference at(size_type index) {
         CheckIndex(index);
         return storage[index];
@@ -221,7 +227,7 @@ public:
         return room;
     }
 
-    /// The live elements and, behind them, the kept ones, which `data()` reaches as well.
+    /// The live elements and, after them, the kept ones, which `data()` reaches as well.
     size_type ConstructedSize() const noexcept {
         return constructed;
     }
@@ -273,8 +279,8 @@ public:
         }
     }
 
-    /// Appends an element with whatever content a dropped one left there, or a value-initialized one when none is kept. The caller
-    /// sets every field.
+    /// Appends an element with whatever content a dropped one left there, or a value-initialized
+    /// one when none is kept. The caller sets every field.
     reference AppendRecycled() {
         if (live == constructed) [[unlikely]]
             return Construct();
@@ -324,7 +330,8 @@ public:
         return erase(place, place + 1);
     }
 
-    /// Closes the gap by swapping, so that the dropped elements and their buffers end up behind `size()`.
+    /// Closes the gap by swapping, so that the dropped elements and their buffers end up after
+    /// `size()`.
     iterator erase(const_iterator first, const_iterator last) {
         const size_type gap = IndexOf(first);
         const size_type number = static_cast<size_type>(last - first);
@@ -378,7 +385,8 @@ private:
 
     /// True for exactly one argument that is an element itself.
     template <typename... Arguments>
-    static constexpr bool IS_ELEMENT = sizeof...(Arguments) == 1 && (std::is_same_v<std::remove_cvref_t<Arguments>, T> && ...);
+    static constexpr bool IS_ELEMENT = sizeof...(Arguments) == 1 &&
+                                       (std::is_same_v<std::remove_cvref_t<Arguments>, T> && ...);
 
     /// Raw memory that is given back unless a vector adopts it.
     struct Block {
@@ -440,7 +448,8 @@ private:
             throw std::out_of_range("Kestra::Vector");
     }
 
-    /// Takes a block whose first `number` elements are constructed. The vector has no storage before.
+    /// Takes a block whose first `number` elements are constructed. The vector has no storage
+    /// before.
     void Adopt(Block* block, size_type number) noexcept {
         storage = std::exchange(block->memory, nullptr);
         room = block->capacity;
@@ -453,7 +462,8 @@ private:
         constructed = live;
     }
 
-    /// Moves all constructed elements into the beginning of `memory`, or copies them when a move could throw half-way.
+    /// Moves all constructed elements into the beginning of `memory`, or copies them when a move
+    /// could throw half-way.
     void Relocate(T* memory) {
         if constexpr (std::is_nothrow_move_constructible_v<T> || !std::is_copy_constructible_v<T>)
             std::uninitialized_move_n(storage, constructed, memory);
@@ -468,7 +478,8 @@ private:
         std::swap(room, block->capacity);
     }
 
-    /// @param number  not below `constructed`; the maximum below only shows the compiler that the elements fit
+    /// @param number  not below `constructed`; the maximum below only shows the compiler that the
+    /// elements fit
     void Reallocate(size_type number) {
         Block block(std::max(number, constructed));
         Relocate(block.memory);
@@ -541,7 +552,7 @@ private:
         transaction.Commit();
     }
 
-    /// Moves the elements from `appended` to the end in front of `index`.
+    /// Moves the elements from `appended` to the end before `index`.
     iterator RotateIn(size_type index, size_type appended) {
         std::rotate(storage + index, storage + appended, storage + live);
         return storage + index;
@@ -549,7 +560,7 @@ private:
 
     T* storage = nullptr;
     size_type live = 0;         ///< elements in the vector
-    size_type constructed = 0;  ///< the live ones and, behind them, the kept ones
+    size_type constructed = 0;  ///< the live ones and, after them, the kept ones
     size_type room = 0;         ///< elements that fit into the storage
 };
 

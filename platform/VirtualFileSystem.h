@@ -1,19 +1,22 @@
 #pragma once
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/InputStream.h"
+#include "Characters.h"
+#include "Export.h"
+#include "InputStream.h"
 
 namespace Kestra::VFS {
 
 /// Opens files of the host's file system.
 class KESTRA_HTML_API VirtualFileSystem {
 public:
-    /// Opens a file for reading, in binary. Its stream reads until the buffer is full, and a `Seek` behind the end of the file fails.
-    /// A pipe or a device (on POSIX "/dev/stdin", for example) has no positions: `GetPosition` and `Seek` fail, `Read` returns what is
-    /// there, and `IsEnd` is true once a `Read` has met the end.
-    /// @param path  NUL-terminated; on POSIX it is converted to UTF-8, a lone surrogate names no file.
-    /// @return a stream that the caller deletes, or null: a null or empty path, a missing file, a folder, no permission.
+    /// Opens a file for reading, in binary. Its stream reads until the buffer is full, and a `Seek`
+    /// after the end of the file fails. A pipe or a device (on POSIX "/dev/stdin", for example) has
+    /// no positions: `GetPosition` and `Seek` fail, `Read` returns what is there, and `IsEnd` is
+    /// true once a `Read` has met the end.
+    /// @param path  NUL-terminated; on POSIX it is converted to UTF-8, a lone surrogate names no
+    /// file.
+    /// @return a stream that the caller deletes, or null: a null or empty path, a missing file, a
+    /// folder, no permission.
     static InputStream* GetInputStreamEx(const WideChar* path);
 };
 

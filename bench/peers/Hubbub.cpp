@@ -16,7 +16,8 @@ struct Reader {
 
 /// The elements whose content is no markup, as the tree builder treats them.
 hubbub_content_model ContentModel(std::string_view name) {
-    if (name == "script" || name == "style" || name == "xmp" || name == "iframe" || name == "noembed" || name == "noframes")
+    if (name == "script" || name == "style" || name == "xmp" || name == "iframe" || name == "noembed" ||
+        name == "noframes")
         return HUBBUB_CONTENT_MODEL_CDATA;
     if (name == "title" || name == "textarea")
         return HUBBUB_CONTENT_MODEL_RCDATA;

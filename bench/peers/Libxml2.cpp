@@ -41,7 +41,8 @@ std::uint64_t ReadWithLibxml2(const std::string& document) {
     handler.cdataBlock = Characters;
     handler.ignorableWhitespace = Characters;
     handler.comment = Comment;
-    const htmlParserCtxtPtr parser = htmlCreatePushParserCtxt(&handler, &counted, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8);
+    const htmlParserCtxtPtr parser =
+        htmlCreatePushParserCtxt(&handler, &counted, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8);
     if (parser == nullptr)
         return 0;
     htmlCtxtUseOptions(parser, HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);

@@ -18,7 +18,8 @@ double RunScript(const char* script, const char* modules, const std::string& lis
     return pclose(output) == 0 && printed ? seconds : 0;
 }
 
-void RegisterScript(const NamedCorpus& corpus, const char* name, const char* script, const char* modules, const std::string& list) {
+void RegisterScript(const NamedCorpus& corpus, const char* name, const char* script, const char* modules,
+                    const std::string& list) {
     const auto run = [=](benchmark::State& state) {
         for (auto iteration : state) {
             static_cast<void>(iteration);
@@ -31,7 +32,10 @@ void RegisterScript(const NamedCorpus& corpus, const char* name, const char* scr
         }
         SetRoundSize(state, corpus.Get());
     };
-    benchmark::RegisterBenchmark((corpus.Name() + "/" + name).c_str(), run)->Unit(benchmark::kMillisecond)->Iterations(1)->UseManualTime();
+    benchmark::RegisterBenchmark((corpus.Name() + "/" + name).c_str(), run)
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(1)
+        ->UseManualTime();
 }
 
 }  // namespace

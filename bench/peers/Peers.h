@@ -6,7 +6,8 @@
 #include "bench/Benchmarks.h"
 
 /// @file
-/// The other tokenizers and parsers. Each is used as its documentation tells and counts something that it is given.
+/// The other tokenizers and parsers. Each is used as its documentation tells and counts something
+/// that it is given.
 
 namespace Kestra::Bench {
 

@@ -21,7 +21,8 @@ private:
         for (const auto& attribute : attributes) {
             if (EqualsKeyword(name, "a") && EqualsKeyword(attribute.name, "href")) {
                 std::string text;
-                StringNS::StringHelper::GetStringFromWide(StringNS::CharSet::UTF8, attribute.value.data(), attribute.value.size(), &text);
+                StringNS::StringHelper::GetStringFromWide(StringNS::CharSet::UTF8, attribute.value.data(),
+                                                          attribute.value.size(), &text);
                 std::cout << text << '\n';
             }
         }

@@ -1,4 +1,5 @@
-// Prints where the links of a page lead, one a line, in UTF-8. The first malformed markup ends the list.
+// Prints where the links of a page lead, one a line, in UTF-8. The first malformed markup ends the
+// list.
 #include <kestra/html/StatelessParser.h>
 #include <kestra/platform/StringHelper.h>
 

@@ -34,7 +34,8 @@ int main(int argc, char** argv) try {
     Output output(argv[2]);
     HTML::Rewriter rewriter(&output);
     for (const char* name : {"href", "src", "action"})
-        rewriter.OnElement("[" + std::string(name) + "]", [name](HTML::RewriterElement element) { MakeSafe(element.GetStartTag(), name); });
+        rewriter.OnElement("[" + std::string(name) + "]",
+                           [name](HTML::RewriterElement element) { MakeSafe(element.GetStartTag(), name); });
     rewriter.SetScriptMode(HTML::GenericParser::SCRIPT_AS_TEXT);  // as browsers read them
     rewriter.StartParse(StringNS::CharSet::UNKNOWN, HTML::GenericParser::DATA_STREAM_AUTO);
     const std::uint32_t result = rewriter.ParseFile(std::filesystem::path(argv[1]).string<WideChar>().c_str());

@@ -44,8 +44,8 @@ inline void CopyShort(void* to, const void* from, std::size_t bytes) {
         std::memcpy(to, from, 1);
 }
 
-/// Makes a run the content of a string. What the string held is the room that needs no call: a string that has been longer before is
-/// best handed in as it was, not cleared.
+/// Makes a run the content of a string. What the string held is the room that needs no call: a
+/// string that has been longer before is best handed in as it was, not cleared.
 template <typename S>
 inline void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     const auto length = static_cast<std::size_t>(end - begin);

@@ -2,13 +2,14 @@
 
 #include <string>
 
-#include "html/framework/QuoteKind.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "QuoteKind.h"
 
 namespace Kestra::HTML {
 
-/// One attribute of a tag, as written: together the strings hold every character of it but the "=" and the quotes.
+/// One attribute of a tag, as written: together the strings hold every character of it but the "="
+/// and the quotes.
 template <typename C, typename S>
 struct KESTRA_HTML_API Attribute {
     S prefix;                          ///< white space before the name
@@ -17,7 +18,8 @@ struct KESTRA_HTML_API Attribute {
     S afterEquals;                     ///< white space between "=" and the value
     S value;                           ///< without its quotes
     std::uint32_t quote = QUOTE_NONE;  ///< a QuoteKind
-    bool hasValue = false;  ///< "=" and a value, which may be empty, were there; otherwise only `prefix` and `name` mean something
+    bool hasValue =
+        false;  ///< "=" and a value, which may be empty, were there; otherwise only `prefix` and `name` mean something
 };
 
 }  // namespace Kestra::HTML

@@ -7,7 +7,8 @@
 #include "platform/Processor.h"
 
 /// @file
-/// Several characters at once, where there are vectors; elsewhere loops over single characters do all the work. Not installed.
+/// Several characters at once, where there are vectors; elsewhere loops over single characters do
+/// all the work. Not installed.
 
 #if defined(KESTRA_HAS_VECTORS)
 
@@ -34,7 +35,7 @@ public:
             ++count;
         return count;
     }
-    /// Those in front of a place.
+    /// Those before a place.
     Places Before(std::size_t place) const {
         return Places(mask & ((std::uint32_t{1} << place) - 1));
     }
@@ -60,8 +61,9 @@ private:
     __m128i vector;
 };
 
-/// Sixteen characters of input, a byte each. Of a wide one the byte tells whether it is ASCII, and which: what is above 255 becomes 255, or
-/// 0 from 0x8000 on, and no character that anybody looks for is either.
+/// Sixteen characters of input, a byte each. Of a wide one the byte says whether it is ASCII, and
+/// which: what is above 255 becomes 255, or 0 from 0x8000 on, and no character that anybody looks
+/// for is either.
 template <typename C>
 class Block {
 public:
@@ -79,9 +81,11 @@ public:
         return Matches(_mm_cmpeq_epi8(vector, _mm_set1_epi8(character)));
     }
 
-    /// White space: all of it in ASCII, and when characters are wide what may be white space beyond.
+    /// White space: all of it in ASCII, and when characters are wide what may be white space
+    /// beyond.
     Matches FindLikelyWhiteSpace() const {
-        // From "\t" to "\r", which one comparison tells when they are moved up to the highest signed numbers.
+        // From "\t" to "\r", which one comparison finds when they are moved up to the highest
+        // signed numbers.
         const __m128i moved = _mm_add_epi8(vector, _mm_set1_epi8(0x7F - '\r'));
         const Matches ascii = Find(' ') | Matches(_mm_cmpgt_epi8(moved, _mm_set1_epi8(0x7F - ('\r' - '\t') - 1)));
         if constexpr (sizeof(C) == 1)

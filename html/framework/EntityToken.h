@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "html/framework/QuoteKind.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "QuoteKind.h"
 
 namespace Kestra::HTML {
 

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "platform/Characters.h"
+#include "../../platform/Characters.h"
 
 /// @file
-/// The names by which one recognizer hands over to another, and by which `GenericParser::GetCurrentParserName` tells which one runs.
+/// The names by which one recognizer hands over to another, and which
+/// `GenericParser::GetCurrentParserName` answers for the one that runs.
 
 namespace Kestra::HTML::ParserNames {
 

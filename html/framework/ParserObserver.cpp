@@ -1,6 +1,7 @@
 #include "html/framework/ParserObserver.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/RecordFields.h"
 
 namespace Kestra::HTML {
 
@@ -13,11 +14,11 @@ ParserObserver<C, S>::ParserObserver(const ParserObserver&) = default;
 template <typename C, typename S>
 ParserObserver<C, S>& ParserObserver<C, S>::operator=(const ParserObserver&) = default;
 
-template <typename C, typename S>
-void ParserObserver<C, S>::OnStartParsing() {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnEndParsing() {}
+#define DO_NOTHING_AT_EVENT(NAME, WORD) \
+    template <typename C, typename S>   \
+    void ParserObserver<C, S>::On##NAME() {}
+KESTRA_HTML_FOR_EACH_EVENT(DO_NOTHING_AT_EVENT)
+#undef DO_NOTHING_AT_EVENT
 
 template <typename C, typename S>
 void ParserObserver<C, S>::OnBOM(const void*, std::uint64_t) {}
@@ -25,59 +26,11 @@ void ParserObserver<C, S>::OnBOM(const void*, std::uint64_t) {}
 template <typename C, typename S>
 void ParserObserver<C, S>::OnCharset(StringNS::CharSet::Code) {}
 
-template <typename C, typename S>
-void ParserObserver<C, S>::OnText(TextData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnCComment(CCommentData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnCPPComment(CPPCommentData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnSQuoteString(SQuoteStringData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnDQuoteString(DQuoteStringData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnStartTag(StartTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnShortTag(ShortTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnEndTag(EndTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnCDATATag(CDATATagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnConditionalTag(ConditionalTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnCommentTag(CommentTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnEntityTag(EntityTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnExternTag(ExternTagData<C, S>*) {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnJSTagStart() {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnJSTagEnd() {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnCSSTagStart() {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnCSSTagEnd() {}
-
-template <typename C, typename S>
-void ParserObserver<C, S>::OnJunkData(JunkData<C, S>*) {}
+#define DO_NOTHING_AT_TOKEN(NAME, RECORD, WORD) \
+    template <typename C, typename S>           \
+    void ParserObserver<C, S>::On##NAME(RECORD<C, S>*) {}
+KESTRA_HTML_FOR_EACH_KIND(DO_NOTHING_AT_TOKEN)
+#undef DO_NOTHING_AT_TOKEN
 
 KESTRA_HTML_INSTANTIATE(ParserObserver);
 

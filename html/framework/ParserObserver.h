@@ -2,18 +2,21 @@
 
 #include <cstdint>
 
-#include "html/framework/TokenRecords.h"
-#include "platform/CharSet.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "TokenRecords.h"
 
 namespace Kestra::HTML {
 
-/// Receives the tokens of a parse in document order, on the caller's thread, inside the call that fed the input.
+/// Receives the tokens of a parse in document order, on the caller's thread, inside the call that
+/// fed the input.
 ///
-/// Every operation does nothing by default. There is no virtual destructor: a parser that owns its observer frees it with plain
-/// `::operator delete(void*)`, so an owned observer needs no destruction and lies at the start of its block. An exception that an
-/// operation throws passes through the call that fed the input; `StartParse`, `EndParse`, the queries and destruction are safe afterwards.
+/// Every operation does nothing by default. There is no virtual destructor: a parser that owns its
+/// observer frees it with plain `::operator delete(void*)`, so an owned observer needs no
+/// destruction and lies at the start of its block. An exception that an operation throws passes
+/// through the call that fed the input; `StartParse`, `EndParse`, the queries and destruction are
+/// safe afterwards.
 template <typename C, typename S>
 class KESTRA_HTML_API ParserObserver {
 public:
@@ -26,8 +29,9 @@ public:
     virtual void OnEndParsing();
     /// A byte-order mark at the start of the document: its bytes and their count.
     virtual void OnBOM(const void* bytes, std::uint64_t size);
-    /// The charset in force from here on: that of `StartParse`, right behind `OnStartParsing`; one declared by a `meta` tag, behind the
-    /// callback of that tag. Not called for one found by a byte-order mark or by the detector.
+    /// The charset in force from here on: that of `StartParse`, right after `OnStartParsing`; one
+    /// declared by a `meta` tag, after the callback of that tag. Not called for one found by a
+    /// byte-order mark or by the detector.
     virtual void OnCharset(StringNS::CharSet::Code code);
     virtual void OnText(TextData<C, S>* data);
     virtual void OnCComment(CCommentData<C, S>* data);

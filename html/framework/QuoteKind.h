@@ -4,7 +4,7 @@
 
 namespace Kestra::HTML {
 
-/// How a value stood in the input.
+/// The quotes of a value in the input.
 enum QuoteKind : std::uint32_t {
     QUOTE_NONE = 0,
     QUOTE_SINGLE = 1,  ///< "'"

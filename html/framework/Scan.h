@@ -9,9 +9,10 @@
 #include "html/framework/SimpleParserContext.h"
 
 /// @file
-/// The only place where characters are skipped. A run is found, and line and column kept, in one pass: by blocks when it ends at a few
-/// characters, else over one table of character classes. Each helper that consumes moves the context exactly as
-/// `SimpleParserContext::MovePointer` would. What is marked `inline` belongs into the loop that calls it. Not installed.
+/// The only place where characters are skipped. A run is found, and line and column kept, in one
+/// pass: by blocks when it ends at a few characters, else over one table of character classes. Each
+/// helper that consumes moves the context exactly as `SimpleParserContext::MovePointer` would. What
+/// is marked `inline` belongs into the loop that calls it. Not installed.
 
 namespace Kestra::HTML::Scan {
 
@@ -36,7 +37,8 @@ constexpr Classes QUESTION_MARK = 1 << 15;
 
 constexpr char ESC = 27;
 
-/// The classes of the characters 0 to 255 in the flavour `C`. The flavours differ in U+0085 and U+00A0, white space only when wide.
+/// The classes of the characters 0 to 255 in the flavour `C`. The flavours differ in U+0085 and
+/// U+00A0, white space only when wide.
 template <typename C>
 constexpr std::array<Classes, 256> MakeClassTable() {
     std::array<Classes, 256> table{};
@@ -62,7 +64,8 @@ constexpr std::array<Classes, 256> MakeClassTable() {
     return table;
 }
 
-/// Holds the table of one flavour. A member stays inside the library; a variable template would be exported.
+/// Holds the table of one flavour. A member stays inside the library; a variable template would be
+/// exported.
 template <typename C>
 struct ClassTable {
     static constexpr std::array<Classes, 256> CLASSES = MakeClassTable<C>();
@@ -132,7 +135,8 @@ public:
         const auto length = static_cast<std::size_t>(end - (context.buffer + context.position));
         context.position += length;
         context.line += count;
-        context.column = lastBegin == nullptr ? context.column + length : static_cast<std::uint64_t>(end - lastBegin) + 1;
+        context.column =
+            lastBegin == nullptr ? context.column + length : static_cast<std::uint64_t>(end - lastBegin) + 1;
     }
 
 private:
@@ -147,11 +151,13 @@ bool HasBlock(const C* begin, const C* end) {
     return end - begin >= static_cast<std::ptrdiff_t>(Block<C>::LENGTH);
 }
 
-/// Whether a block tells the classes exactly. Of white space beyond ASCII, which only wide characters have, it does not.
+/// Whether a block decides the classes exactly. Of white space beyond ASCII, which only wide
+/// characters have, it does not.
 template <Classes CLASSES, typename C>
 constexpr bool IS_EXACT_IN_BLOCK = sizeof(C) == 1 || (CLASSES & WHITE_SPACE) == 0;
 
-/// Where a block has characters of the classes. Where that is not exact, some of the places may be none of them.
+/// Where a block has characters of the classes. Where that is not exact, some of the places may be
+/// none of them.
 template <Classes CLASSES, typename C>
 Places FindInBlock(const Block<C>& block) {
     Matches matches;
@@ -200,9 +206,10 @@ inline const C* Find(const C* begin, const C* end) {
     return begin;
 }
 
-/// The first character from `begin` on that is no white space, or `end`. Passes the lines between them.
+/// The first character from `begin` on that is no white space, or `end`. Passes the lines between
+/// them.
 template <typename C>
-inline const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindAfterWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
     for (; begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0; ++begin) {
         if (*begin == '\n')
             lines->Pass(begin);
@@ -210,9 +217,10 @@ inline const C* FindBehindWhiteSpace(const C* begin, const C* end, Lines<C>* lin
     return begin;
 }
 
-/// The first character from `begin` on that belongs to `STOPS`, which have no white space, or `end`. Passes the lines between them.
+/// The first character from `begin` on that belongs to `STOPS`, which have no white space, or
+/// `end`. Passes the lines between them.
 template <Classes STOPS, typename C>
-inline const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindAfterLines(const C* begin, const C* end, Lines<C>* lines) {
     static_assert((STOPS & WHITE_SPACE) == 0, "lines end in white space");
 #if defined(KESTRA_HAS_VECTORS)
     for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
@@ -234,8 +242,8 @@ inline const C* FindBehindLines(const C* begin, const C* end, Lines<C>* lines) {
     return begin;
 }
 
-/// Consumes characters up to the first one that belongs to `stops`, or to the end of the piece, and returns them. Where the classes are
-/// known beforehand, the other `RunUntil` is faster.
+/// Consumes characters up to the first one that belongs to `stops`, or to the end of the piece, and
+/// returns them. Where the classes are known beforehand, the other `RunUntil` is faster.
 template <typename C, typename S>
 std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes stops) {
     const C* const begin = context.buffer + context.position;
@@ -260,7 +268,7 @@ template <Classes STOPS, typename C, typename S>
 inline std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
     const C* const begin = context.buffer + context.position;
     Lines<C> lines;
-    const C* const end = FindBehindLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
+    const C* const end = FindAfterLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
     lines.Consume(context, end);
     return {begin, static_cast<std::size_t>(end - begin)};
 }

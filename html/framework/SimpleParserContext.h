@@ -3,16 +3,17 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
 
 namespace Kestra::HTML {
 
 /// The piece of input at hand, and the place reached in it.
 ///
-/// The piece is borrowed from whoever feeds the parser. `position` never exceeds `length`; `buffer[position]` may be read only while
-/// `position` is less than `length`. Line and column count over the whole document and describe the next unread character: only a line
-/// feed begins a line, a carriage return or a tab is one column.
+/// The piece is borrowed from whoever feeds the parser. `position` never exceeds `length`;
+/// `buffer[position]` may be read only while `position` is less than `length`. Line and column
+/// count over the whole document and describe the next unread character: only a line feed begins a
+/// line, a carriage return or a tab is one column.
 template <typename C, typename S>
 struct KESTRA_HTML_API SimpleParserContext {
     const C* buffer = nullptr;   ///< first character of the piece
@@ -24,7 +25,8 @@ struct KESTRA_HTML_API SimpleParserContext {
     /// No piece, line 1, column 1. Called once per document, never between its pieces.
     void Init();
 
-    /// Advances over up to `n` characters and keeps line and column. Stops at the end of the piece, which is no error.
+    /// Advances over up to `n` characters and keeps line and column. Stops at the end of the piece,
+    /// which is no error.
     void MovePointer(std::uint64_t n);
 };
 

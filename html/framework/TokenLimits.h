@@ -8,9 +8,10 @@
 
 namespace Kestra::HTML {
 
-/// What follows from a limit of the size of a token, in bytes of the document; 0 is no limit. With one a parser takes at most 64 KiB and
-/// 16 times the limit, its buffer for streams included. Most of that is for the attributes of the longest tag, and for their copies for an
-/// observer of the other flavour. Not installed.
+/// What follows from a limit of the size of a token, in bytes of the document; 0 is no limit. With
+/// one a parser takes at most 64 KiB and 16 times the limit, its buffer for streams included. Most
+/// of that is for the attributes of the longest tag, and for their copies for an observer of the
+/// other flavour. Not installed.
 class TokenLimits {
 public:
     /// The attributes of a tag, or the items of a declaration, that are not too many.
@@ -27,8 +28,8 @@ public:
         if (maxTokenSize == 0)
             return kept;
         constexpr std::uint64_t FEWEST = 12 * 1024;
-        kept.most =
-            static_cast<std::size_t>(std::min<std::uint64_t>(kept.most, FEWEST + std::min<std::uint64_t>(kept.most, maxTokenSize / 2)));
+        kept.most = static_cast<std::size_t>(
+            std::min<std::uint64_t>(kept.most, FEWEST + std::min<std::uint64_t>(kept.most, maxTokenSize / 2)));
         kept.slack = 4 * 1024;
         kept.isLargestExtra = false;
         return kept;

@@ -6,7 +6,8 @@ namespace Kestra::HTML {
 
 /// Where a token lies in the document.
 ///
-/// Offsets are in bytes from the first one fed after `StartParse`, a byte-order mark included, and `[begin, end)`.
+/// Offsets are in bytes from the first one fed after `StartParse`, a byte-order mark included, and
+/// `[begin, end)`.
 struct TokenPlace {
     std::uint64_t begin = 0;
     std::uint64_t end = 0;

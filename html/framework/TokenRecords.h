@@ -2,15 +2,17 @@
 
 #include <string>
 
-#include "html/framework/Attribute.h"
-#include "html/framework/EntityToken.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "Attribute.h"
+#include "EntityToken.h"
 
 /// @file
-/// The records in which tokens reach an observer. A record and all that its pointers show is borrowed for the one callback; an observer
-/// copies what it keeps. Strings are in characters as written, without the punctuation that the record's kind implies.
+/// The records in which tokens reach an observer. A record and all that its pointers show is
+/// borrowed for the one callback; an observer copies what it keeps. Strings are in characters as
+/// written, without the punctuation that the record's kind implies.
 ///
-/// A list pointer may be null in a record that a host makes for the serializer, and then counts as an empty list; so does a null string.
+/// A list pointer may be null in a record that a host makes for the serializer, and then counts as
+/// an empty list; so does a null string.
 
 namespace Kestra::HTML {
 
@@ -44,7 +46,8 @@ struct DQuoteStringData {
     const S* text;
 };
 
-/// Input that fits no construct: bytes as they stand in the input, in both flavours (two per wide character).
+/// Input that fits no construct: bytes as they are in the input, in both flavours (two per wide
+/// character).
 template <typename C, typename S>
 struct JunkData {
     const std::string* text;
@@ -60,7 +63,8 @@ struct StartTagData {
     bool closed;      ///< the ">" was there
 };
 
-/// "<" `prefix` `name` attributes `suffix` "/"; ">" only when `closed`. Unlike a start tag it keeps its `suffix` when unclosed.
+/// "<" `prefix` `name` attributes `suffix` "/"; ">" only when `closed`. Unlike a start tag it keeps
+/// its `suffix` when unclosed.
 template <typename C, typename S>
 struct ShortTagData {
     const S* prefix;
@@ -70,7 +74,8 @@ struct ShortTagData {
     bool closed;
 };
 
-/// "</" `prefix` `name` `afterName`; attributes and `suffix` when there are attributes; "/" when `slashBeforeClose`; ">" when `closed`.
+/// "</" `prefix` `name` `afterName`; attributes and `suffix` when there are attributes; "/" when
+/// `slashBeforeClose`; ">" when `closed`.
 template <typename C, typename S>
 struct EndTagData {
     const S* prefix;  ///< white space between "</" and the name
@@ -116,7 +121,8 @@ struct EntityTagData {
     const S* suffix;  ///< white space before ">"
 };
 
-/// `text` alone when `freeStyle`; otherwise "<?" `prefix` `name` attributes `suffix`, "/" when `slashBeforeClose` or else "?", ">".
+/// `text` alone when `freeStyle`; otherwise "<?" `prefix` `name` attributes `suffix`, "/" when
+/// `slashBeforeClose` or else "?", ">".
 template <typename C, typename S>
 struct ExternTagData {
     const S* prefix;  ///< white space between "<?" and the target

@@ -21,7 +21,7 @@ void AbsorbQuotes(Attribute<C, S>& anchor) {
     anchor.quote = QUOTE_NONE;
 }
 
-/// Puts a record in the place of another one, which is worth nothing.
+/// Moves a record into the place of another one, whose contents are not needed.
 template <typename C, typename S>
 void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
     TakeText(&from->prefix, &to->prefix);
@@ -37,13 +37,15 @@ void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
 template <typename C, typename S>
 class ValueSplitter {
 public:
-    ValueSplitter(const S& foldedValue, std::uint32_t splitOptions) : value(foldedValue), options(splitOptions), position(0) {}
+    ValueSplitter(const S& foldedValue, std::uint32_t splitOptions)
+        : value(foldedValue), options(splitOptions), position(0) {}
 
     bool AtEnd() const {
         return position == value.size();
     }
 
-    /// The value as it was written. One that took words up begins with a quote only when it was quoted.
+    /// The value as it was written. One that took words up begins with a quote only when it was
+    /// quoted.
     void TakeValue(Attribute<C, S>* part) {
         const C first = AtEnd() ? C() : value[0];
         const std::size_t closing = first == '"' || first == '\'' ? FindClosingQuote(first) : S::npos;
@@ -115,7 +117,8 @@ private:
 template <typename C, typename S>
 void AttributesNormalizer<C, S>::Normalize(Vector<Attribute<C, S>>* attributes) {
     Vector<Attribute<C, S>>& list = *attributes;
-    std::size_t kept = 0;  // the records in front of this index are done; behind the first value, the last of them is the anchor
+    std::size_t kept =
+        0;  // the records before this index are done; after the first value, the last of them is the anchor
     bool hasAnchor = false;
     for (std::size_t i = 0; i < list.size(); ++i) {
         if (list[i].hasValue || !hasAnchor) {
@@ -135,7 +138,8 @@ void AttributesNormalizer<C, S>::Normalize(Vector<Attribute<C, S>>* attributes) 
 }
 
 template <typename C, typename S>
-void AttributesNormalizer<C, S>::Split(const Attribute<C, S>& attribute, std::uint32_t options, Vector<Attribute<C, S>>* parts) {
+void AttributesNormalizer<C, S>::Split(const Attribute<C, S>& attribute, std::uint32_t options,
+                                       Vector<Attribute<C, S>>* parts) {
     parts->clear();
     if (!attribute.hasValue || attribute.quote != QUOTE_NONE) {
         parts->push_back(attribute);

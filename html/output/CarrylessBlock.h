@@ -6,8 +6,8 @@
 #include "platform/Processor.h"
 
 /// @file
-/// Sixteen bytes as a polynomial over GF(2), for processors that multiply such polynomials. Elsewhere `KESTRA_HAS_CARRYLESS_BLOCKS` is not
-/// defined. Not installed.
+/// Sixteen bytes as a polynomial over GF(2), for processors that multiply such polynomials.
+/// Elsewhere `KESTRA_HAS_CARRYLESS_BLOCKS` is not defined. Not installed.
 
 #if defined(KESTRA_CARRYLESS_FUNCTION)
 #define KESTRA_HAS_CARRYLESS_BLOCKS
@@ -20,7 +20,8 @@ public:
     static constexpr std::size_t LENGTH = 16;  ///< in bytes
 
     /// @param bytes  `LENGTH` of them, at any address
-    explicit CarrylessBlock(const unsigned char* bytes) : vector(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))) {}
+    explicit CarrylessBlock(const unsigned char* bytes)
+        : vector(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))) {}
 
     /// Two polynomials below x^64, the one with the higher place first.
     CarrylessBlock(std::uint64_t first, std::uint64_t second)
@@ -30,7 +31,8 @@ public:
         vector = _mm_xor_si128(vector, other.vector);
     }
 
-    /// Replaces each half by its product with the same half of `factors` and x, and adds both to `other`.
+    /// Replaces each half by its product with the same half of `factors` and x, and adds both to
+    /// `other`.
     KESTRA_CARRYLESS_FUNCTION void MultiplyAndAdd(const CarrylessBlock& factors, const CarrylessBlock& other) {
         const __m128i first = _mm_clmulepi64_si128(vector, factors.vector, 0x00);
         const __m128i second = _mm_clmulepi64_si128(vector, factors.vector, 0x11);

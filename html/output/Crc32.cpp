@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t POLYNOMIAL = 0xEDB88320;
 constexpr unsigned STRIDE = 16;       // bytes per step of the tables
-constexpr unsigned SHORT_STRIDE = 4;  // and behind the last one
+constexpr unsigned SHORT_STRIDE = 4;  // and after the last one
 
 using Table = std::array<std::array<std::uint32_t, 256>, STRIDE>;
 
@@ -18,7 +18,8 @@ constexpr std::uint32_t TimesX(std::uint32_t remainder) {
     return (remainder >> 1) ^ ((remainder & 1) != 0 ? POLYNOMIAL : 0);
 }
 
-/// `TABLE[k][b]` is what the byte `b` does to the register when `k` more bytes follow it in the same step.
+/// `TABLE[k][b]` is what the byte `b` does to the register when `k` more bytes follow it in the
+/// same step.
 constexpr Table MakeTable() {
     Table table{};
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
@@ -85,8 +86,8 @@ constexpr std::uint64_t PowerOfX(unsigned exponent) {
     return static_cast<std::uint64_t>(remainder) << 32;
 }
 
-/// The factors that carry a block over as many others without changing the remainder of the whole. A product comes with one x, and the
-/// first half of a block stands 64 places above the second one.
+/// The factors that carry a block over as many others without changing the remainder of the whole.
+/// A product comes with one x, and the first half of a block stands 64 places above the second one.
 template <std::size_t BLOCKS>
 CarrylessBlock FactorsOver() {
     constexpr unsigned PLACES = 8 * CarrylessBlock::LENGTH * BLOCKS - 1;
@@ -128,7 +129,8 @@ KESTRA_CARRYLESS_FUNCTION std::uint32_t UpdateCrc32ByFolding(std::uint32_t crc, 
 }
 
 std::uint32_t UpdateCrc32(std::uint32_t crc, const void* data, std::uint64_t size) {
-    return Base::HasCarrylessMultiplication() ? UpdateCrc32ByFolding(crc, data, size) : UpdateCrc32ByTables(crc, data, size);
+    return Base::HasCarrylessMultiplication() ? UpdateCrc32ByFolding(crc, data, size)
+                                              : UpdateCrc32ByTables(crc, data, size);
 }
 
 #else

@@ -5,7 +5,8 @@
 #include "html/output/CarrylessBlock.h"
 
 /// @file
-/// The CRC-32 of ISO 3309: reflected polynomial 0xEDB88320, register inverted before and after. Not installed.
+/// The CRC-32 of ISO 3309: reflected polynomial 0xEDB88320, register inverted before and after. Not
+/// installed.
 
 namespace Kestra::HTML {
 
@@ -20,7 +21,8 @@ std::uint32_t UpdateCrc32ByTables(std::uint32_t crc, const void* data, std::uint
 
 #if defined(KESTRA_HAS_CARRYLESS_BLOCKS)
 
-/// The same where `Base::HasCarrylessMultiplication`, 64 bytes a step: several times as fast on long runs.
+/// The same where `Base::HasCarrylessMultiplication`, 64 bytes a step: several times as fast on
+/// long runs.
 std::uint32_t UpdateCrc32ByFolding(std::uint32_t crc, const void* data, std::uint64_t size);
 
 #endif

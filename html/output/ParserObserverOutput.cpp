@@ -38,7 +38,8 @@ void WriteToHandler(const Record<C, S>* data, ParserObserverOutputHandler* handl
 }  // namespace
 
 template <typename C, typename S>
-ParserObserverOutput<C, S>::MyParserObserverOutputHandler::MyParserObserverOutputHandler(ParserObserverOutput* owningOutput)
+ParserObserverOutput<C, S>::MyParserObserverOutputHandler::MyParserObserverOutputHandler(
+    ParserObserverOutput* owningOutput)
     : owner(owningOutput) {}
 
 template <typename C, typename S>
@@ -47,7 +48,8 @@ void ParserObserverOutput<C, S>::MyParserObserverOutputHandler::Bind(ParserObser
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::MyParserObserverOutputHandler::Write(const void* data, std::uint64_t byteCount, bool isMarkup) {
+void ParserObserverOutput<C, S>::MyParserObserverOutputHandler::Write(const void* data, std::uint64_t byteCount,
+                                                                      bool isMarkup) {
     if (owner != nullptr)
         owner->OnOutput(data, byteCount, isMarkup);
 }
@@ -56,7 +58,8 @@ template <typename C, typename S>
 ParserObserverOutput<C, S>::ParserObserverOutput() : handler(this) {}
 
 template <typename C, typename S>
-ParserObserverOutput<C, S>::ParserObserverOutput(const ParserObserverOutput& other) : ParserObserver<C, S>(other), handler(this) {}
+ParserObserverOutput<C, S>::ParserObserverOutput(const ParserObserverOutput& other)
+    : ParserObserver<C, S>(other), handler(this) {}
 
 template <typename C, typename S>
 ParserObserverOutput<C, S>& ParserObserverOutput<C, S>::operator=(const ParserObserverOutput& other) {
@@ -75,17 +78,20 @@ void ParserObserverOutput<C, S>::GetCCommentOutput(const CCommentData<C, S>* dat
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetCPPCommentOutput(const CPPCommentData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetCPPCommentOutput(const CPPCommentData<C, S>* data,
+                                                     ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetSQuoteStringOutput(const SQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetSQuoteStringOutput(const SQuoteStringData<C, S>* data,
+                                                       ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetDQuoteStringOutput(const DQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetDQuoteStringOutput(const DQuoteStringData<C, S>* data,
+                                                       ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 
@@ -110,22 +116,26 @@ void ParserObserverOutput<C, S>::GetCDATATagOutput(const CDATATagData<C, S>* dat
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetConditionalTagOutput(const ConditionalTagData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetConditionalTagOutput(const ConditionalTagData<C, S>* data,
+                                                         ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetCommentTagOutput(const CommentTagData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetCommentTagOutput(const CommentTagData<C, S>* data,
+                                                     ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetEntityTagOutput(const EntityTagData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetEntityTagOutput(const EntityTagData<C, S>* data,
+                                                    ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 
 template <typename C, typename S>
-void ParserObserverOutput<C, S>::GetExternTagOutput(const ExternTagData<C, S>* data, ParserObserverOutputHandler* sink) {
+void ParserObserverOutput<C, S>::GetExternTagOutput(const ExternTagData<C, S>* data,
+                                                    ParserObserverOutputHandler* sink) {
     WriteToHandler(data, sink);
 }
 

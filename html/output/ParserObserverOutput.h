@@ -1,23 +1,26 @@
 #pragma once
 
-#include "html/framework/ParserObserver.h"
-#include "html/output/ParserObserverOutputHandler.h"
+#include "../framework/ParserObserver.h"
+#include "ParserObserverOutputHandler.h"
 
 namespace Kestra::HTML {
 
-/// An observer that writes the tokens it gets back as markup. That is no copy of most documents: `Rewriter` makes one, with edits.
+/// An observer that writes the tokens it gets back as markup. That is no copy of most documents:
+/// `Rewriter` makes one, with edits.
 ///
-/// An 8-bit observer of 8-bit text gets no line comments of scripts, so none are written. The wide one passes the bodies of markup
-/// comments, CDATA sections and conditional sections (condition and tail) with a byte count equal to their length in characters, so that
-/// only their first half arrives; hosts rely on it. A UTF-16 document with such a body that is not empty answers 704 to the self-check,
-/// which is written by the same writers.
+/// An 8-bit observer of 8-bit text gets no line comments of scripts, so none are written. The wide
+/// one passes the bodies of markup comments, CDATA sections and conditional sections (condition and
+/// tail) with a byte count equal to their length in characters, so that only their first half
+/// arrives (kept). A UTF-16 document with such a body that is not empty answers 704 to the
+/// self-check, which is written by the same writers.
 ///
-/// Of 258 real pages (npm, htmlparser-benchmark 1.1.3) 57 come out identical in 8 bits and one in the wide flavour. A copy of an 8-bit
-/// document is what `GenericParser::GetSelfCheckStream` gives: the self-check gets every token of the parser's own flavour.
+/// Of 258 real pages (npm, htmlparser-benchmark 1.1.3) 57 come out identical in 8 bits and one in
+/// the wide flavour. A copy of an 8-bit document is what `GenericParser::GetSelfCheckStream` gives:
+/// the self-check gets every token of the parser's own flavour.
 ///
-/// A host derives from it and receives the output in `OnOutput`; the static writers put a single record out to any handler. Each
-/// punctuation character is a piece of its own, each string one piece, empty ones too. Null strings and lists in a record made by a host
-/// are written as empty.
+/// A host derives from it and receives the output in `OnOutput`; the static writers put a single
+/// record out to any handler. Each punctuation character is a piece of its own, each string one
+/// piece, empty ones too. Null strings and lists in a record made by a host are written as empty.
 template <typename C, typename S>
 class KESTRA_HTML_API ParserObserverOutput : public ParserObserver<C, S> {
 public:
@@ -36,7 +39,7 @@ public:
     static void GetStartTagOutput(const StartTagData<C, S>* data, ParserObserverOutputHandler* sink);
     /// The suffix and the "/" are always written.
     static void GetShortTagOutput(const ShortTagData<C, S>* data, ParserObserverOutputHandler* sink);
-    /// The suffix is written only behind attributes.
+    /// The suffix is written only after attributes.
     static void GetEndTagOutput(const EndTagData<C, S>* data, ParserObserverOutputHandler* sink);
     static void GetCDATATagOutput(const CDATATagData<C, S>* data, ParserObserverOutputHandler* sink);
     static void GetConditionalTagOutput(const ConditionalTagData<C, S>* data, ParserObserverOutputHandler* sink);
@@ -72,8 +75,8 @@ public:
     virtual void OnOutput(const void* data, std::uint64_t byteCount, bool isMarkup) = 0;
 
 private:
-    /// Forwards to its owner, or writes nothing without one. Exported by itself: not every compiler exports a nested class with its
-    /// template.
+    /// Forwards to its owner, or writes nothing without one. Exported by itself: not every compiler
+    /// exports a nested class with its template.
     class KESTRA_HTML_API MyParserObserverOutputHandler final : public ParserObserverOutputHandler {
     public:
         explicit MyParserObserverOutputHandler(ParserObserverOutput* owningOutput);

@@ -12,13 +12,15 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::size_t GATHER_SIZE = 8192;       // bytes: most pieces are one character, and an update for each costs more than the copying
+constexpr std::size_t GATHER_SIZE =
+    8192;  // bytes: most pieces are one character, and an update for each costs more than the copying
 constexpr std::uint64_t READ_SIZE = 64 * 1024;  // bytes per read when a copy is verified
 
 }  // namespace
 
 template <typename C, typename S>
-ParserSelfCheck<C, S>::ParserSelfCheck() : outputCrc(0), gatheredSize(0), checkedSize(0), checkedCrc(0), copyLost(false) {}
+ParserSelfCheck<C, S>::ParserSelfCheck()
+    : outputCrc(0), gatheredSize(0), checkedSize(0), checkedCrc(0), copyLost(false) {}
 
 template <typename C, typename S>
 ParserSelfCheck<C, S>::ParserSelfCheck(const ParserSelfCheck& other)

@@ -8,7 +8,8 @@
 #include "html/output/TokenWriter.h"
 
 /// @file
-/// The short way into the self-check, for the parser that owns it: no call per piece. Not installed.
+/// The short way into the self-check, for the parser that owns it: no call per piece. Not
+/// installed.
 
 namespace Kestra::HTML {
 
@@ -41,7 +42,7 @@ public:
         }
     }
 
-    /// The self-check has the pieces; to be called behind the last one.
+    /// The self-check has the pieces; to be called after the last one.
     void Finish() {
         selfCheck->gatheredSize = selfCheck->gathered.size() - room;
     }

@@ -13,7 +13,8 @@ template <typename C, typename S, typename Stream>
 StringOutputStreamParserObserverOutputHandler<C, S, Stream>::~StringOutputStreamParserObserverOutputHandler() = default;
 
 template <typename C, typename S, typename Stream>
-void StringOutputStreamParserObserverOutputHandler<C, S, Stream>::Write(const void* data, std::uint64_t byteCount, bool) {
+void StringOutputStreamParserObserverOutputHandler<C, S, Stream>::Write(const void* data, std::uint64_t byteCount,
+                                                                        bool) {
     S characters(static_cast<std::size_t>(byteCount / sizeof(C)), C());
     if (characters.empty())
         return;

@@ -3,8 +3,8 @@
 #include <sstream>
 #include <string>
 
-#include "html/output/ParserObserverOutputHandler.h"
-#include "platform/Characters.h"
+#include "../../platform/Characters.h"
+#include "ParserObserverOutputHandler.h"
 
 namespace Kestra::HTML {
 
@@ -14,11 +14,12 @@ class KESTRA_HTML_API StringOutputStreamParserObserverOutputHandler : public Par
 public:
     StringOutputStreamParserObserverOutputHandler();
     StringOutputStreamParserObserverOutputHandler(const StringOutputStreamParserObserverOutputHandler&) = delete;
-    StringOutputStreamParserObserverOutputHandler& operator=(const StringOutputStreamParserObserverOutputHandler&) = delete;
+    StringOutputStreamParserObserverOutputHandler& operator=(const StringOutputStreamParserObserverOutputHandler&) =
+        delete;
     ~StringOutputStreamParserObserverOutputHandler() override;
 
-    /// Appends the whole characters in `byteCount` bytes. Output is unformatted, since streams of the wide flavour lack the facets
-    /// that formatted output needs.
+    /// Appends the whole characters in `byteCount` bytes. Output is unformatted, since streams of
+    /// the wide flavour lack the facets that formatted output needs.
     void Write(const void* data, std::uint64_t byteCount, bool isMarkup) override;
 
     Stream& GetStream();

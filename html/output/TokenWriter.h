@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "html/framework/RecordFields.h"
 #include "html/framework/TokenRecords.h"
 
 /// @file
@@ -13,14 +14,17 @@ namespace Kestra::HTML {
 /// Writes records back as markup, part by part. A sink has two operations:
 ///
 ///     void Punctuation(const C (&characters)[COUNT]);                      // for every `COUNT` from 1 on
-///     void Piece(const void* data, std::size_t byteCount, bool isMarkup);  // a string, empty ones too; `data` is never null
+///     void Piece(const void* data, std::size_t byteCount, bool isMarkup);  // a string, empty ones too; `data` is
+///     never null
 template <typename C, typename S, typename Sink>
 class TokenWriter {
 public:
     explicit TokenWriter(Sink* receivingSink) : sink(receivingSink) {}
 
-    void Write(const TextData<C, S>& data) {
-        String(data.text);
+    /// A record of a kind without an overload of its own: its strings and lists in their order.
+    template <template <typename, typename> class Record>
+    void Write(const Record<C, S>& data) {
+        ForEachField(data, [this](const char*, const auto& value) { this->Field(value); });
     }
 
     void Write(const CCommentData<C, S>& data) {
@@ -114,12 +118,7 @@ public:
         Punctuation("<!");
         String(data.prefix);
         String(data.name);
-        if (data.tokens != nullptr) {
-            for (const EntityToken<C, S>& token : *data.tokens) {
-                String(&token.prefix);
-                Quoted(token.value, token.quote);
-            }
-        }
+        Tokens(data.tokens);
         String(data.suffix);
         Punctuation(">");
     }
@@ -157,7 +156,22 @@ private:
         Part(text, sizeof(C), true);
     }
 
-    /// The body of a section: as many bytes as it has characters, so only the first half of a wide one; hosts rely on it.
+    void Field(const S* text) {
+        String(text);
+    }
+
+    void Field(const Vector<Attribute<C, S>>* attributes) {
+        Attributes(attributes);
+    }
+
+    void Field(const Vector<EntityToken<C, S>>* tokens) {
+        Tokens(tokens);
+    }
+
+    void Field(bool) {}
+
+    /// The body of a section: as many bytes as it has characters, so only the first half of a wide
+    /// one (kept).
     template <typename Text>
     void Body(const Text* text) {
         Part(text, 1, false);
@@ -202,6 +216,15 @@ private:
             Punctuation("=");
             String(&attribute.afterEquals);
             Quoted(attribute.value, attribute.quote);
+        }
+    }
+
+    void Tokens(const Vector<EntityToken<C, S>>* tokens) {
+        if (tokens == nullptr)
+            return;
+        for (const EntityToken<C, S>& token : *tokens) {
+            String(&token.prefix);
+            Quoted(token.value, token.quote);
         }
     }
 

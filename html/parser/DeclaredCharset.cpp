@@ -20,7 +20,8 @@ std::string_view WithoutBlanks(std::string_view text) {
     return text;
 }
 
-/// The value of a parameter "charset = value"; a null view for any other parameter. A second "=" makes it another one.
+/// The value of a parameter "charset = value"; a null view for any other parameter. A second "="
+/// makes it another one.
 std::string_view CharsetParameter(std::string_view parameter) {
     const std::size_t equals = parameter.find('=');
     if (equals == std::string_view::npos || parameter.find('=', equals + 1) != std::string_view::npos)
@@ -30,7 +31,8 @@ std::string_view CharsetParameter(std::string_view parameter) {
     return WithoutBlanks(parameter.substr(equals + 1));
 }
 
-/// The first charset parameter of a content type such as "text/html; charset=koi8-r"; empty for none.
+/// The first charset parameter of a content type such as "text/html; charset=koi8-r"; empty for
+/// none.
 std::string_view CharsetOfContentType(std::string_view content) {
     for (;;) {
         const std::size_t end = content.find(';');
@@ -43,7 +45,8 @@ std::string_view CharsetOfContentType(std::string_view content) {
 
 }  // namespace
 
-StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::string>>& attributes, WideString* buffer) {
+StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::string>>& attributes,
+                                            WideString* buffer) {
     std::string_view content;
     std::string_view charset;
     for (const Attribute<char, std::string>& attribute : attributes) {

@@ -9,14 +9,17 @@
 
 namespace Kestra::HTML {
 
-/// The charset that the attributes of a `meta` tag declare: `charset`, or else the first parameter of that name in `content`, whatever
-/// `http-equiv` says. Not installed.
+/// The charset that the attributes of a `meta` tag declare: `charset`, or else the first parameter
+/// of that name in `content`, whatever `http-equiv` says. Not installed.
 ///
-/// @param buffer  keeps its memory from one call to the next; what it holds is of no use to the caller
-/// @return 0 when they declare none or an unknown one, and for 1200 (UTF-16, low byte first): bytes of it were not read as 8-bit text
+/// @param buffer  keeps its memory from one call to the next; what it holds is of no use to the
+/// caller
+/// @return 0 when they declare none or an unknown one, and for 1200 (UTF-16, low byte first): bytes
+/// of it were not read as 8-bit text
 StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::string>>& attributes, WideString* buffer);
 
 /// A document in UTF-16 has its charset already. @return 0
-StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<WideChar, WideString>>& attributes, WideString* buffer);
+StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<WideChar, WideString>>& attributes,
+                                            WideString* buffer);
 
 }  // namespace Kestra::HTML

@@ -2,23 +2,14 @@
 
 #include "html/framework/Attribute.h"
 #include "html/framework/EntityToken.h"
+#include "html/parser/RecognizerInternals.h"
 #include "html/parser/RecordConverter.h"
-#include "html/tags/EndTagSimpleParser.h"
-#include "html/tags/EntityTagSimpleParser.h"
-#include "html/tags/ExternTagSimpleParser.h"
-#include "html/tags/GenericTagSimpleParser.h"
-#include "html/tags/StartTagSimpleParser.h"
-#include "html/text/CCommentSimpleParser.h"
+#include "html/tags/IdentifierSimpleParser.h"
 #include "html/text/CDATATagSimpleParser.h"
-#include "html/text/CPPCommentSimpleParser.h"
 #include "html/text/CommentTagSimpleParser.h"
-#include "html/text/ConditionalTagSimpleParser.h"
-#include "html/text/DQuoteStringSimpleParser.h"
-#include "html/text/JSRegExSimpleParser.h"
-#include "html/text/JunkSimpleParser.h"
+#include "html/text/Escape2022SimpleParser.h"
 #include "html/text/RawText.h"
-#include "html/text/SQuoteStringSimpleParser.h"
-#include "html/text/TextSimpleParser.h"
+#include "html/text/WhiteSpaceSimpleParser.h"
 #include "platform/KeptBuffers.h"
 
 namespace Kestra::HTML {
@@ -38,124 +29,23 @@ void ForEachString(EntityToken<C, S>& token, Visitor& visit) {
     visit(token.value);
 }
 
-/// Hands a visitor (`platform/KeptBuffers.h`) every string and list that a record and its recognizer keep, those of the recognizer's
-/// members included, or those of the converter. The names of recognizers, and what is always empty, do not count. Not installed.
+/// Hands a visitor (`platform/KeptBuffers.h`) every string and list that a record and its
+/// recognizer retain, those of the recognizer's members included, or those of the converter. The
+/// names of recognizers, and what is always empty, do not count. Not installed.
 template <typename C, typename S>
 class RecognizerBuffers {
 public:
-    template <typename Visitor>
-    static void Visit(TextSimpleParser<C, S>& parser, TextSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-        Visit(parser.escapeData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(DQuoteStringSimpleParser<C, S>& parser, DQuoteStringSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-        Visit(parser.escapeData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(SQuoteStringSimpleParser<C, S>&, SQuoteStringSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-    }
-
-    template <typename Visitor>
-    static void Visit(JSRegExSimpleParser<C, S>&, JSRegExSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-    }
-
-    template <typename Visitor>
-    static void Visit(JunkSimpleParser<C, S>&, JunkSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-    }
-
-    template <typename Visitor>
-    static void Visit(CommentTagSimpleParser<C, S>&, CommentTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-    }
-
-    template <typename Visitor>
-    static void Visit(CDATATagSimpleParser<C, S>&, CDATATagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.keyword);
-        visit(data.text);
-    }
-
-    template <typename Visitor>
-    static void Visit(ConditionalTagSimpleParser<C, S>&, ConditionalTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.keyword);
-        visit(data.condition);
-        visit(data.tail);
-    }
-
-    template <typename Visitor>
-    static void Visit(CCommentSimpleParser<C, S>& parser, CCommentSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-        visit(data.keyword);
-        Visit(parser.genericTag, parser.genericTagData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(CPPCommentSimpleParser<C, S>& parser, CPPCommentSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.text);
-        visit(data.keyword);
-        Visit(parser.genericTag, parser.genericTagData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(GenericTagSimpleParser<C, S>& parser, GenericTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.keyword);
-        visit(parser.identifierData.text);
-    }
-
-    template <typename Visitor>
-    static void Visit(StartTagSimpleParser<C, S>& parser, StartTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.prefix);
-        visit(data.name);
-        visit(data.attributes);
-        visit(data.suffix);
-        VisitTag(parser, visit);
-        Visit(parser.attribute, parser.attributeData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(EndTagSimpleParser<C, S>& parser, EndTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.prefix);
-        visit(data.name);
-        visit(data.afterName);
-        visit(data.suffix);
-        visit(data.attributes);
-        VisitTag(parser, visit);
-        Visit(parser.attribute, parser.attributeData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(EntityTagSimpleParser<C, S>& parser, EntityTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.prefix);
-        visit(data.name);
-        visit(data.tokens);
-        visit(data.suffix);
-        VisitTag(parser, visit);
-        Visit(parser.token, parser.tokenData, visit);
-    }
-
-    template <typename Visitor>
-    static void Visit(ExternTagSimpleParser<C, S>& parser, ExternTagSimpleParserData<C, S>& data, Visitor& visit) {
-        visit(data.prefix);
-        visit(data.name);
-        visit(data.text);
-        visit(data.attributes);
-        visit(data.suffix);
-        VisitTag(parser, visit);
-        Visit(parser.attribute, parser.attributeData, visit);
-        visit(parser.freeStyleData.text);
-        Visit(parser.freeStyle.sQuoteString, parser.freeStyle.sQuoteStringData, visit);
-        Visit(parser.freeStyle.dQuoteString, parser.freeStyle.dQuoteStringData, visit);
+    template <typename Recognizer, typename Visitor>
+    static void Visit(Recognizer& recognizer, typename Recognizer::Data& data, Visitor& visit) {
+        VisitRecord(data, visit);
+        if constexpr (requires { Recognizer::Internals::VisitMembers(recognizer, [](auto&, auto&) {}); })
+            Recognizer::Internals::VisitMembers(
+                recognizer, [&visit](auto& member, auto& memberData) { Visit(member, memberData, visit); });
     }
 
     template <typename Visitor>
     static void Visit(RawText<C, S>& rawText, Visitor& visit) {
-        Visit(rawText.escapeData, visit);
+        VisitRecord(rawText.escapeData, visit);
     }
 
     template <typename Visitor>
@@ -167,37 +57,95 @@ public:
     }
 
 private:
+    /// A record without a string but its text.
+    template <typename Data, typename Visitor>
+    static void VisitRecord(Data& data, Visitor& visit) {
+        visit(data.text);
+    }
+
     template <typename Visitor>
-    static void Visit(Escape2022SimpleParserData<C, S>& data, Visitor& visit) {
+    static void VisitRecord(Escape2022SimpleParserData<C, S>& data, Visitor& visit) {
         visit(data.text);
         visit(data.pending);
     }
 
     template <typename Visitor>
-    static void Visit(AttributeSimpleParser<C, S>& parser, AttributeSimpleParserData<C, S>& data, Visitor& visit) {
+    static void VisitRecord(CDATATagSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.keyword);
+        visit(data.text);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(ConditionalTagSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.keyword);
+        visit(data.condition);
+        visit(data.tail);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(CCommentSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.text);
+        visit(data.keyword);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(CPPCommentSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.text);
+        visit(data.keyword);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(GenericTagSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.keyword);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(TokenSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.prefix);
+        visit(data.value);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(AttributeSimpleParserData<C, S>& data, Visitor& visit) {
         visit(data.prefix);
         visit(data.name);
         visit(data.beforeEquals);
         visit(data.afterEquals);
         visit(data.value);
-        VisitTag(parser, visit);
-        Visit(parser.token, parser.tokenData, visit);
     }
 
     template <typename Visitor>
-    static void Visit(TokenSimpleParser<C, S>& parser, TokenSimpleParserData<C, S>& data, Visitor& visit) {
+    static void VisitRecord(StartTagSimpleParserData<C, S>& data, Visitor& visit) {
         visit(data.prefix);
-        visit(data.value);
-        visit(parser.whiteSpaceData.text);
-        Visit(parser.singleQuoted, parser.singleQuotedData, visit);
-        Visit(parser.doubleQuoted, parser.doubleQuotedData, visit);
+        visit(data.name);
+        visit(data.attributes);
+        visit(data.suffix);
     }
 
-    /// The members that attributes and all tags have.
-    template <typename Parser, typename Visitor>
-    static void VisitTag(Parser& parser, Visitor& visit) {
-        visit(parser.identifierData.text);
-        visit(parser.whiteSpaceData.text);
+    template <typename Visitor>
+    static void VisitRecord(EndTagSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.prefix);
+        visit(data.name);
+        visit(data.afterName);
+        visit(data.suffix);
+        visit(data.attributes);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(EntityTagSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.prefix);
+        visit(data.name);
+        visit(data.tokens);
+        visit(data.suffix);
+    }
+
+    template <typename Visitor>
+    static void VisitRecord(ExternTagSimpleParserData<C, S>& data, Visitor& visit) {
+        visit(data.prefix);
+        visit(data.name);
+        visit(data.text);
+        visit(data.attributes);
+        visit(data.suffix);
     }
 };
 

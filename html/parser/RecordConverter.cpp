@@ -17,17 +17,19 @@ bool ContainsReplacementCharacter(const WideString& text) {
     return text.find(static_cast<WideChar>(0xFFFD)) != WideString::npos;
 }
 
-/// The bytes to convert of a string, which counts with the NUL that ends it: the NUL completes a unit of UTF-16BE or UTF-32 that lacks its
-/// last byte, and is left out anywhere else. In 1200 an odd last byte stays one; hosts rely on it.
+/// The bytes to convert of a string and the NUL that ends it. The NUL completes a unit of UTF-16BE
+/// or UTF-32 that lacks its last byte, and is left out anywhere else. In 1200 an odd last byte
+/// stays (kept).
 std::uint64_t CountBytes(StringNS::CharSet::Code code, const std::string& text) {
     if (code == StringNS::CharSet::UTF16_LE)
         return text.size();
     return StringNS::CharSetConverter::LeaveOutTerminator(code, text.data(), text.size() + 1);
 }
 
-/// Makes a string so long, without a call where it has been longer. What it holds then is worth nothing.
+/// Resizes the string without a library call if it was ever this long; its contents are then
+/// unspecified.
 template <typename S>
-void MakeLength(std::size_t length, S* text) {
+void ResizeUnspecified(std::size_t length, S* text) {
     if (length <= text->size()) [[likely]]
         text->erase(length);
     else
@@ -83,7 +85,8 @@ auto RecordConverter<C, S>::FindShortcut() -> Shortcut {
     return converter.KeepsAscii(charset) ? SHORTCUT_ASCII : SHORTCUT_NONE;
 }
 
-/// Most strings of a tag are empty, and most of a document are ASCII; the services are called for what is left.
+/// Most strings of a tag are empty, and most of a document are ASCII; the services are called for
+/// the others.
 template <typename C, typename S>
 void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
     if (from.empty() && shortcut != SHORTCUT_NONE)
@@ -95,7 +98,7 @@ void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
 template <typename C, typename S>
 void RecordConverter<C, S>::ConvertCharacters(const S& from, OtherString* to) {
     if (shortcut == SHORTCUT_ASCII) {
-        MakeLength(from.size(), to);
+        ResizeUnspecified(from.size(), to);
         if (StringNS::CopyAscii(from.data(), from.size(), to->data()) != from.size())
             CallServices(from, to);
     } else if (shortcut == SHORTCUT_COPY) {
@@ -124,111 +127,57 @@ void RecordConverter<C, S>::CallServices(const S& from, OtherString* to) {
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::Slot(std::size_t slot, const S* from) -> const OtherString* {
+auto RecordConverter<C, S>::ConvertField(const S* from, OtherString* to) -> const OtherString* {
     hasConverted = true;
-    ConvertString(*from, &strings[slot]);
-    return &strings[slot];
+    ConvertString(*from, to);
+    return to;
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::Attributes(const Vector<Attribute<C, S>>* from) -> const Vector<Attribute<OtherCharacter, OtherString>>* {
-    attributes.clear();
-    for (const Attribute<C, S>& source : *from) {
-        Attribute<OtherCharacter, OtherString>& attribute = attributes.AppendRecycled();
-        ConvertString(source.prefix, &attribute.prefix);
-        ConvertString(source.name, &attribute.name);
-        ConvertString(source.beforeEquals, &attribute.beforeEquals);
-        ConvertString(source.afterEquals, &attribute.afterEquals);
-        ConvertString(source.value, &attribute.value);
-        attribute.quote = source.quote;
-        attribute.hasValue = source.hasValue;
+template <template <typename, typename> class Item>
+void RecordConverter<C, S>::ConvertList(const Vector<Item<C, S>>& from, Vector<Item<OtherCharacter, OtherString>>* to) {
+    to->clear();
+    for (const Item<C, S>& source : from) {
+        Item<OtherCharacter, OtherString>& target = to->AppendRecycled();
+        ForEachField<Item>(
+            [this, &source, &target]<typename Tag, typename Getter>(const RecordField<Tag, Getter>& field) {
+                if constexpr (std::is_same_v<Tag, StringField>)
+                    this->ConvertString(field.In(source), &field.In(target));
+                else
+                    field.In(target) = field.In(source);
+            });
     }
+}
+
+template <typename C, typename S>
+auto RecordConverter<C, S>::ConvertField(const Vector<Attribute<C, S>>* from)
+    -> const Vector<Attribute<OtherCharacter, OtherString>>* {
+    ConvertList(*from, &attributes);
     return &attributes;
 }
 
 template <typename C, typename S>
-auto RecordConverter<C, S>::Tokens(const Vector<EntityToken<C, S>>* from) -> const Vector<EntityToken<OtherCharacter, OtherString>>* {
-    tokens.clear();
-    for (const EntityToken<C, S>& source : *from) {
-        EntityToken<OtherCharacter, OtherString>& token = tokens.AppendRecycled();
-        ConvertString(source.prefix, &token.prefix);
-        ConvertString(source.value, &token.value);
-        token.quote = source.quote;
-    }
+auto RecordConverter<C, S>::ConvertField(const Vector<EntityToken<C, S>>* from)
+    -> const Vector<EntityToken<OtherCharacter, OtherString>>* {
+    ConvertList(*from, &tokens);
     return &tokens;
 }
 
 template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const TextData<C, S>& from, TextData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.text)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CCommentData<C, S>& from, CCommentData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.text)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CPPCommentData<C, S>& from, CPPCommentData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.text)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.text)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.text)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const StartTagData<C, S>& from, StartTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix), from.closed};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const ShortTagData<C, S>& from, ShortTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix), from.closed};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const EndTagData<C, S>& from, EndTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.prefix),        Slot(1, from.name),    Slot(2, from.afterName), from.closed,
-           Attributes(from.attributes), from.slashBeforeClose, Slot(3, from.suffix)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CDATATagData<C, S>& from, CDATATagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.keyword), Slot(1, from.text), from.closed};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.keyword), Slot(1, from.condition), Slot(2, from.tail), from.bracketClosed, from.tagClosed};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const CommentTagData<C, S>& from, CommentTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.text), from.closed};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const EntityTagData<C, S>& from, EntityTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.prefix), Slot(1, from.name), Tokens(from.tokens), Slot(2, from.suffix)};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const ExternTagData<C, S>& from, ExternTagData<OtherCharacter, OtherString>* to) {
-    *to = {Slot(0, from.prefix), Slot(1, from.name), Attributes(from.attributes), Slot(2, from.suffix),
-           from.freeStyle,       Slot(3, from.text), from.slashBeforeClose};
-}
-
-template <typename C, typename S>
-void RecordConverter<C, S>::Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to) {
-    result = 0;  // it needs nothing of what `Begin` could not have
-    *to = {from.text};
+template <template <typename, typename> class Record>
+void RecordConverter<C, S>::Convert(const Record<C, S>& from, Record<OtherCharacter, OtherString>* to) {
+    if constexpr (std::is_same_v<Record<C, S>, JunkData<C, S>>)
+        result = 0;  // it needs nothing of what `Begin` could not have
+    OtherString* string = strings.data();
+    ForEachField<Record>(
+        [this, &from, to, &string]<typename Tag, typename Getter>(const RecordField<Tag, Getter>& field) {
+            if constexpr (std::is_same_v<Tag, TextField>)
+                field.In(*to) = this->ConvertField(field.In(from), string++);
+            else if constexpr (std::is_same_v<Tag, AttributesField> || std::is_same_v<Tag, TokensField>)
+                field.In(*to) = this->ConvertField(field.In(from));
+            else
+                field.In(*to) = field.In(from);
+        });
 }
 
 template <typename C, typename S>
@@ -247,5 +196,13 @@ bool RecordConverter<C, S>::HasReplacements() const {
 }
 
 KESTRA_HTML_INSTANTIATE(RecordConverter);
+
+#define INSTANTIATE(NAME, RECORD, WORD)                                                               \
+    template void RecordConverter<char, std::string>::Convert(const RECORD<char, std::string>&,       \
+                                                              RECORD<WideChar, WideString>*);         \
+    template void RecordConverter<WideChar, WideString>::Convert(const RECORD<WideChar, WideString>&, \
+                                                                 RECORD<char, std::string>*);
+KESTRA_HTML_FOR_EACH_KIND(INSTANTIATE)
+#undef INSTANTIATE
 
 }  // namespace Kestra::HTML

@@ -5,6 +5,7 @@
 #include <string>
 #include <type_traits>
 
+#include "html/framework/RecordFields.h"
 #include "html/framework/TokenRecords.h"
 #include "platform/CharSet.h"
 #include "platform/CharSetConverter.h"
@@ -31,7 +32,21 @@ struct RecordOfOtherFlavour<Record<C, S>> {
     using Type = Record<typename OtherFlavour<C>::Character, typename OtherFlavour<C>::String>;
 };
 
-/// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that the next record reuses.
+/// How many strings of the flavour the fields of a record of any kind show at most.
+constexpr std::size_t CountMostTexts() {
+    std::size_t most = 0;
+    ForEachKind([&most]<template <typename, typename> class Record>() {
+        std::size_t count = 0;
+        ForEachField<Record>([&count]<typename Tag, typename Getter>(const RecordField<Tag, Getter>&) {
+            count += std::is_same_v<Tag, TextField> ? 1 : 0;
+        });
+        most = count > most ? count : most;
+    });
+    return most;
+}
+
+/// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that
+/// the next record reuses.
 ///
 /// Not exported. A copy opens its own converter at its first use.
 template <typename C, typename S>
@@ -45,36 +60,26 @@ public:
     RecordConverter& operator=(const RecordConverter& other);
     ~RecordConverter();
 
-    /// Prepares for one record: 8-bit strings are in `documentCharset`, wide ones become bytes of it.
+    /// Prepares for one record: 8-bit strings are in `documentCharset`, wide ones become bytes of
+    /// it.
     /// @param detect  look for replacements in what 8-bit strings become
     void Begin(StringNS::CharSet::Code documentCharset, bool detect);
 
-    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if `GetResult` is 0. Throws `std::bad_alloc`
-    /// when its own strings and lists cannot grow.
-    void Convert(const TextData<C, S>& from, TextData<OtherCharacter, OtherString>* to);
-    void Convert(const CCommentData<C, S>& from, CCommentData<OtherCharacter, OtherString>* to);
-    void Convert(const CPPCommentData<C, S>& from, CPPCommentData<OtherCharacter, OtherString>* to);
-    void Convert(const SQuoteStringData<C, S>& from, SQuoteStringData<OtherCharacter, OtherString>* to);
-    void Convert(const DQuoteStringData<C, S>& from, DQuoteStringData<OtherCharacter, OtherString>* to);
-    void Convert(const StartTagData<C, S>& from, StartTagData<OtherCharacter, OtherString>* to);
-    void Convert(const ShortTagData<C, S>& from, ShortTagData<OtherCharacter, OtherString>* to);
-    void Convert(const EndTagData<C, S>& from, EndTagData<OtherCharacter, OtherString>* to);
-    void Convert(const CDATATagData<C, S>& from, CDATATagData<OtherCharacter, OtherString>* to);
-    void Convert(const ConditionalTagData<C, S>& from, ConditionalTagData<OtherCharacter, OtherString>* to);
-    void Convert(const CommentTagData<C, S>& from, CommentTagData<OtherCharacter, OtherString>* to);
-    void Convert(const EntityTagData<C, S>& from, EntityTagData<OtherCharacter, OtherString>* to);
-    void Convert(const ExternTagData<C, S>& from, ExternTagData<OtherCharacter, OtherString>* to);
-    /// Junk is bytes in both flavours and crosses unconverted.
-    void Convert(const JunkData<C, S>& from, JunkData<OtherCharacter, OtherString>* to);
+    /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if
+    /// `GetResult` is 0. Throws `std::bad_alloc` when its own strings and lists cannot grow. Junk
+    /// is bytes in both flavours and crosses unconverted.
+    template <template <typename, typename> class Record>
+    void Convert(const Record<C, S>& from, Record<OtherCharacter, OtherString>* to);
 
-    /// 0, or the code of the first string that could not be converted. RESULT_OUT_OF_MEMORY says nothing of the charset: the next record
-    /// tries again.
+    /// 0, or the code of the first string that could not be converted. RESULT_OUT_OF_MEMORY says
+    /// nothing of the charset: the next record tries again.
     std::uint32_t GetResult() const;
 
     /// True when a string was converted, or failed to be.
     bool HasConverted() const;
 
-    /// True when a byte sequence without a meaning became U+FFFD. One that stood in a UTF-8 document as such does not count.
+    /// True when a byte sequence without a meaning became U+FFFD. One that the UTF-8 document has
+    /// itself does not count.
     bool HasReplacements() const;
 
 private:
@@ -93,11 +98,13 @@ private:
     void ConvertString(const S& from, OtherString* to);
     void ConvertCharacters(const S& from, OtherString* to);
     void CallServices(const S& from, OtherString* to);
-    const OtherString* Slot(std::size_t slot, const S* from);
-    const Vector<Attribute<OtherCharacter, OtherString>>* Attributes(const Vector<Attribute<C, S>>* from);
-    const Vector<EntityToken<OtherCharacter, OtherString>>* Tokens(const Vector<EntityToken<C, S>>* from);
+    const OtherString* ConvertField(const S* from, OtherString* to);
+    const Vector<Attribute<OtherCharacter, OtherString>>* ConvertField(const Vector<Attribute<C, S>>* from);
+    const Vector<EntityToken<OtherCharacter, OtherString>>* ConvertField(const Vector<EntityToken<C, S>>* from);
+    template <template <typename, typename> class Item>
+    void ConvertList(const Vector<Item<C, S>>& from, Vector<Item<OtherCharacter, OtherString>>* to);
 
-    static constexpr std::size_t MOST_STRINGS = 4;  // of one record, its lists apart
+    static constexpr std::size_t MOST_STRINGS = CountMostTexts();  // of one record, its lists apart
 
     StringNS::CharSetConverter converter;
     StringNS::CharSet::Code charset;

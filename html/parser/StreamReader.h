@@ -8,13 +8,14 @@
 
 namespace Kestra::HTML {
 
-/// Reads a stream, one read after the other. One that delivers nothing again and again fails, and so does one that claims more bytes than
-/// there is room for. Not installed.
+/// Reads a stream, one read after the other. One that delivers nothing again and again fails, and
+/// so does one that claims more bytes than there is room for. Not installed.
 class StreamReader {
 public:
     explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}
 
-    /// @param count  bytes read, 0 unless the answer is RESULT_OK; with that it may be 0 too, and the next read delivers more
+    /// @param count  bytes read, 0 unless the answer is RESULT_OK; with that it may be 0 too, and
+    /// the next read delivers more
     /// @return RESULT_OK, RESULT_END_OF_DATA, or a failure
     std::uint32_t Read(char* buffer, std::uint64_t size, std::uint64_t* count) {
         *count = 0;
@@ -30,7 +31,8 @@ public:
     }
 
 private:
-    static constexpr unsigned MOST_EMPTY_READS = 1000;  // in a row, before a stream that never reaches its end is given up
+    static constexpr unsigned MOST_EMPTY_READS =
+        1000;  // in a row, before a stream that never reaches its end is given up
 
     VFS::InputStream* stream;
     unsigned emptyReads = 0;  // in a row

@@ -12,6 +12,7 @@
 #include "html/framework/QuoteKind.h"
 #include "html/references/NamedReferences.h"
 #include "platform/CharSetConverter.h"
+#include "platform/CodePoints.h"
 #include "platform/Results.h"
 
 namespace Kestra::HTML {
@@ -20,19 +21,17 @@ namespace {
 
 using StringNS::CharSet;
 
-constexpr char32_t REPLACEMENT = 0xFFFD;
-constexpr char32_t CODE_POINT_END = 0x110000;
-
-// What the numbers from 0x80 to 0x9F stand for. Source: the table in the HTML standard's "Numeric
-// character reference end state"; a number that it leaves out stands for itself.
-constexpr char16_t C1_CONTROLS[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-                                    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-                                    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+// The characters that the numbers from 0x80 to 0x9F mean. Source: the table in the HTML standard's
+// "Numeric character reference end state"; a number that it leaves out means itself.
+constexpr char16_t C1_CONTROLS[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 static_assert(std::size(C1_CONTROLS) == 32);
 
 enum class Context { TEXT, ATTRIBUTE_VALUE };
 
-/// A reference in the text, and what it stands for.
+/// A reference in the text, and what it means.
 struct Reference {
     std::size_t length = 0;  ///< in characters, "&" and ";" included; 0 for what is no reference
     char32_t first = 0;
@@ -56,10 +55,10 @@ std::uint32_t DigitValue(C character, std::uint32_t base) {
     return base;
 }
 
-/// What a number stands for.
+/// The character that a number means.
 char32_t ResolveNumber(char32_t number) {
-    if (number == 0 || number >= CODE_POINT_END || (number >= 0xD800 && number <= 0xDFFF))
-        return REPLACEMENT;
+    if (number == 0 || number >= CODE_POINT_END || IsSurrogate(number))
+        return REPLACEMENT_CHARACTER;
     if (number >= 0x80 && number <= 0x9F)
         return C1_CONTROLS[number - 0x80];
     return number;
@@ -80,7 +79,7 @@ Reference ReadNumericReference(const C* begin, const C* end) {
         const std::uint32_t digit = DigitValue(*place, base);
         if (digit == base)
             break;
-        // The first number that is too great stands for all of them.
+        // The first number that is too great is as good as any of them.
         number = std::min<char32_t>(number * base + digit, CODE_POINT_END);
     }
     if (place == digits)
@@ -108,8 +107,10 @@ Reference ReadNamedReference(const C* begin, const C* end, Context context) {
         const auto depth = static_cast<std::size_t>(place - name);
         const auto character = static_cast<char>(*place);
         const auto characterOf = [depth](const NamedReference& row) { return REFERENCE_NAMES[row.name + depth]; };
-        low = std::lower_bound(low, high, character, [&](const NamedReference& row, char wanted) { return characterOf(row) < wanted; });
-        high = std::upper_bound(low, high, character, [&](char wanted, const NamedReference& row) { return wanted < characterOf(row); });
+        low = std::lower_bound(low, high, character,
+                               [&](const NamedReference& row, char wanted) { return characterOf(row) < wanted; });
+        high = std::upper_bound(low, high, character,
+                                [&](char wanted, const NamedReference& row) { return wanted < characterOf(row); });
         if (low == high)
             break;
         // A name sorts before those that begin with it.
@@ -124,7 +125,8 @@ Reference ReadNamedReference(const C* begin, const C* end, Context context) {
     }
     if (longest == nullptr)
         return {};
-    if (context == Context::ATTRIBUTE_VALUE && after[-1] != ';' && after != end && (*after == '=' || IsAlphanumeric(*after)))
+    if (context == Context::ATTRIBUTE_VALUE && after[-1] != ';' && after != end &&
+        (*after == '=' || IsAlphanumeric(*after)))
         return {};
     return {static_cast<std::size_t>(after - begin), longest->first, longest->second};
 }
@@ -154,12 +156,7 @@ public:
 
 private:
     void Add(char32_t codePoint) {
-        if (codePoint < 0x10000) {
-            units[count++] = static_cast<WideChar>(codePoint);
-        } else {
-            units[count++] = static_cast<WideChar>(0xD7C0 + (codePoint >> 10));  // 0xD800 - (0x10000 >> 10)
-            units[count++] = static_cast<WideChar>(0xDC00 | (codePoint & 0x3FF));
-        }
+        WriteUtf16(codePoint, [this](WideChar unit) { units[count++] = unit; });
     }
 
     WideChar units[4] = {};
@@ -197,7 +194,8 @@ public:
         if (converter.FromWide(charset, wide.data(), wide.size(), &bytes) != RESULT_OK)
             return {};
         // Converters write a mark, or a character that looks alike, for what the charset lacks.
-        if (charset != CharSet::UTF8 && (converter.ToWide(charset, bytes.data(), bytes.size(), &again) != RESULT_OK || again != wide))
+        if (charset != CharSet::UTF8 &&
+            (converter.ToWide(charset, bytes.data(), bytes.size(), &again) != RESULT_OK || again != wide))
             return {};
         return bytes;
     }

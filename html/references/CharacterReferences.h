@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "platform/CharSet.h"
-#include "platform/Export.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/Export.h"
 
 namespace Kestra::HTML {
 
@@ -48,7 +48,8 @@ public:
 
     /// The same for the value of an attribute, without its quotes. A name without ";" is no
     /// reference here when "=", a letter or a digit follows: "?a=1&copy=2" stays as it is.
-    static bool DecodeAttributeValue(const S& value, S* decoded, StringNS::CharSet::Code charset = StringNS::CharSet::UTF8);
+    static bool DecodeAttributeValue(const S& value, S* decoded,
+                                     StringNS::CharSet::Code charset = StringNS::CharSet::UTF8);
 
     /// Writes "&amp;", "&lt;" and "&gt;" for "&", "<" and ">". `DecodeText` gives the text again.
     ///

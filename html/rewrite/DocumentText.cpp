@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/CodePoints.h"
 #include "platform/Results.h"
 
 namespace Kestra::HTML {
@@ -10,8 +11,6 @@ namespace {
 
 using StringNS::CharSet;
 
-constexpr char32_t REPLACEMENT = 0xFFFD;
-constexpr char32_t ILL_FORMED = 0xFFFFFFFF;
 constexpr std::size_t CHUNK = 64;  // characters that are converted at once, and one by one when that fails
 
 bool IsAscii(char character) {
@@ -25,89 +24,43 @@ std::size_t CountAscii(std::string_view text) {
     return count;
 }
 
-/// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED, `*place` then means nothing
+/// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED; `*place` is then
+/// unspecified
 char32_t ReadCharacter(std::string_view utf8, std::size_t* place) {
-    const auto lead = static_cast<unsigned char>(utf8[(*place)++]);
-    if (lead < 0x80)
-        return lead;
-    const std::size_t more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    if (lead < 0xC2 || lead > 0xF4 || utf8.size() - *place < more)
-        return ILL_FORMED;
-    char32_t character = lead & (0x3FU >> more);
-    for (std::size_t i = 0; i < more; ++i) {
-        const auto trail = static_cast<unsigned char>(utf8[(*place)++]);
-        if ((trail & 0xC0U) != 0x80)
-            return ILL_FORMED;
-        character = character << 6 | (trail & 0x3FU);
-    }
-    const char32_t least = more == 3 ? 0x10000 : more == 2 ? 0x800 : 0x80;
-    const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
-    return character < least || character > 0x10FFFF || isSurrogate ? ILL_FORMED : character;
-}
-
-void AppendUtf8(char32_t character, std::string* utf8) {
-    const auto add = [utf8](char32_t byte) { utf8->push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
-    if (character < 0x80) {
-        add(character);
-        return;
-    }
-    if (character < 0x800) {
-        add(0xC0 | character >> 6);
-    } else {
-        if (character < 0x10000) {
-            add(0xE0 | character >> 12);
-        } else {
-            add(0xF0 | character >> 18);
-            add(0x80 | (character >> 12 & 0x3F));
-        }
-        add(0x80 | (character >> 6 & 0x3F));
-    }
-    add(0x80 | (character & 0x3F));
+    const char* next = utf8.data() + *place;
+    const char32_t character = ReadUtf8(&next, utf8.data() + utf8.size());
+    *place = static_cast<std::size_t>(next - utf8.data());
+    return character;
 }
 
 void AppendUtf16(char32_t character, WideString* wide) {
-    if (character < 0x10000) {
-        wide->push_back(static_cast<WideChar>(character));
-    } else {
-        wide->push_back(static_cast<WideChar>(0xD7C0 + (character >> 10)));  // 0xD800 - (0x10000 >> 10)
-        wide->push_back(static_cast<WideChar>(0xDC00 | (character & 0x3FF)));
-    }
-}
-
-bool IsHighSurrogate(WideChar unit) {
-    return (static_cast<unsigned>(unit) & 0xFC00U) == 0xD800U;
-}
-
-bool IsLowSurrogate(WideChar unit) {
-    return (static_cast<unsigned>(unit) & 0xFC00U) == 0xDC00U;
+    WriteUtf16(character, [wide](WideChar unit) { wide->push_back(unit); });
 }
 
 /// @return whether all of it is well-formed; a surrogate alone is appended as U+FFFD
 bool AppendFromWide(WideStringView wide, std::string* utf8) {
     bool isWellFormed = true;
-    for (std::size_t i = 0; i < wide.size(); ++i) {
-        char32_t character = static_cast<unsigned>(wide[i]) & 0xFFFFU;
-        if (IsHighSurrogate(wide[i]) && i + 1 < wide.size() && IsLowSurrogate(wide[i + 1])) {
-            character = 0x10000 + ((character & 0x3FF) << 10) + (static_cast<unsigned>(wide[i + 1]) & 0x3FFU);
-            ++i;
-        } else if (IsHighSurrogate(wide[i]) || IsLowSurrogate(wide[i])) {
-            character = REPLACEMENT;
-            isWellFormed = false;
-        }
-        AppendUtf8(character, utf8);
+    const WideChar* next = wide.data();
+    const WideChar* const end = next + wide.size();
+    while (next != end) {
+        const char32_t character = ReadUtf16(&next, end);
+        const bool isLone = IsSurrogate(character);
+        isWellFormed = isWellFormed && !isLone;
+        WriteUtf8(isLone ? REPLACEMENT_CHARACTER : character, [utf8](char byte) { utf8->push_back(byte); });
     }
     return isWellFormed;
 }
 
-/// ISO-2022 and its like, EBCDIC with shifts, HZ, UTF-7, and those whose characters have two or four bytes: what a byte of theirs means
-/// depends on others.
+/// ISO-2022 and its like, EBCDIC with shifts, HZ, UTF-7, and those whose characters have two or
+/// four bytes: what a byte of theirs means depends on others.
 bool HasNoPlainBytes(CharSet::Code code) {
-    return (code >= 50220 && code <= 50229) || (code >= 50930 && code <= 50939) || code == 52936 || code == CharSet::UTF7 ||
-           code == CharSet::UTF16_LE || code == 1201 || code == 12000 || code == 12001 || code == 65005 || code == 65006;
+    return (code >= 50220 && code <= 50229) || (code >= 50930 && code <= 50939) || code == 52936 ||
+           code == CharSet::UTF7 || code == CharSet::UTF16_LE || code == 1201 || code == 12000 || code == 12001 ||
+           code == 65005 || code == 65006;
 }
 
-/// A byte of a character beyond ASCII, not the first: a digit, or what the trail bytes of multi-byte charsets are. None of white space,
-/// quotes and the marks of tags and comments.
+/// A byte of a character beyond ASCII, not the first: a digit, or what the trail bytes of
+/// multi-byte charsets are. None of white space, quotes and the marks of tags and comments.
 bool IsHarmlessTrail(char byte) {
     return !IsAscii(byte) || (byte >= '0' && byte <= '9') || (byte >= '@' && byte <= '~');
 }
@@ -218,8 +171,8 @@ bool DocumentText::AppendBeyondAscii(std::string_view run, Lacking lacking, std:
     return true;
 }
 
-/// Converts characters beyond ASCII. All bytes of ASCII stand for themselves, so a byte of ASCII that begins a character would not convert
-/// back to one beyond it.
+/// Converts characters beyond ASCII. All bytes of ASCII stand for themselves, so a byte of ASCII
+/// that begins a character would not convert back to one beyond it.
 /// @return whether `converted` has what can be written
 bool DocumentText::Convert(WideStringView characters) {
     if (converter.FromWide(charset, characters.data(), characters.size(), &converted) != RESULT_OK || converted.empty())

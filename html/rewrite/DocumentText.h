@@ -14,10 +14,11 @@
 
 namespace Kestra::HTML {
 
-/// Writes UTF-8 in the charset of a document, and reads what stands there as UTF-8.
+/// Writes UTF-8 in the charset of a document, and reads text of the document as UTF-8.
 ///
-/// A character is written in a charset only when its bytes convert back to it and none of them can be
-/// taken for markup. ASCII is written as its bytes in every charset: that is how the parsers read it.
+/// A character is written in a charset only when its bytes convert back to it and none of them can
+/// be taken for markup. ASCII is written as its bytes in every charset: that is how the parsers
+/// read it.
 class DocumentText {
 public:
     /// What becomes of a character that the charset lacks.
@@ -50,8 +51,8 @@ public:
     /// @return false, with some of it appended, when a character is refused
     bool Append(std::string_view utf8, Lacking lacking, std::string* bytes);
 
-    /// Replaces `*utf8` by what the bytes say; what is ill-formed becomes U+FFFD. Bytes of an unknown
-    /// charset are UTF-8 when they can be, and 1252 otherwise.
+    /// Replaces `*utf8` by what the bytes say; what is ill-formed becomes U+FFFD. Bytes of an
+    /// unknown charset are UTF-8 when they can be, and 1252 otherwise.
     void Decode(std::string_view bytes, std::string* utf8);
 
 private:

@@ -11,8 +11,9 @@ namespace {
 
 /// Sorted. Source: the HTML standard, "Void elements", and the void elements of "Serializing HTML
 /// fragments" that are obsolete; "command" was one in early drafts.
-constexpr std::string_view VOID_ELEMENTS[] = {"area", "base",  "basefont", "bgsound", "br",   "col",   "command", "embed", "frame", "hr",
-                                              "img",  "input", "keygen",   "link",    "meta", "param", "source",  "track", "wbr"};
+constexpr std::string_view VOID_ELEMENTS[] = {"area",  "base",  "basefont", "bgsound", "br",    "col",    "command",
+                                              "embed", "frame", "hr",       "img",     "input", "keygen", "link",
+                                              "meta",  "param", "source",   "track",   "wbr"};
 static_assert(std::is_sorted(std::begin(VOID_ELEMENTS), std::end(VOID_ELEMENTS)));
 
 /// Names that no element has any more are kept as long as they are short and not many: the next
@@ -39,8 +40,9 @@ OpenElements::OpenedElement OpenElements::Open(std::string_view name, bool isSho
     if (content == Content::SVG && (name == "foreignobject" || name == "desc" || name == "title"))
         content = Content::HTML;
     // Subtracted, as a sum could be too great.
-    if (hasContent && ((maxDepth != 0 && elements.size() >= maxDepth) ||
-                       (maxAttributes != 0 && (attributeTotal > maxAttributes || attributeCount > maxAttributes - attributeTotal)))) {
+    if (hasContent &&
+        ((maxDepth != 0 && elements.size() >= maxDepth) ||
+         (maxAttributes != 0 && (attributeTotal > maxAttributes || attributeCount > maxAttributes - attributeTotal)))) {
         matches->clear();
         return {false, true};
     }

@@ -50,8 +50,8 @@ public:
     /// @param attributeCount  of the tag, for the limit
     /// @param matches         receives the numbers of the selectors that the element matches, in
     ///                        ascending order
-    OpenedElement Open(std::string_view name, bool isShortTag, std::uint64_t attributeCount, const TagAttributes& attributes,
-                       std::vector<std::size_t>* matches);
+    OpenedElement Open(std::string_view name, bool isShortTag, std::uint64_t attributeCount,
+                       const TagAttributes& attributes, std::vector<std::size_t>* matches);
 
     /// How many elements an end tag of a name closes: those inside the innermost one of that name,
     /// and that one. 0: a stray one.

@@ -14,8 +14,9 @@ struct NamedRawElement {
 };
 
 constexpr NamedRawElement RAW_ELEMENTS[] = {
-    {RAW_SCRIPT, "script"},     {RAW_STYLE, "style"},         {RAW_XMP, "xmp"}, {RAW_IFRAME, "iframe"}, {RAW_NOEMBED, "noembed"},
-    {RAW_NOFRAMES, "noframes"}, {RAW_PLAINTEXT, "plaintext"},
+    {RAW_SCRIPT, "script"},       {RAW_STYLE, "style"},     {RAW_XMP, "xmp"},
+    {RAW_IFRAME, "iframe"},       {RAW_NOEMBED, "noembed"}, {RAW_NOFRAMES, "noframes"},
+    {RAW_PLAINTEXT, "plaintext"},
 };
 
 enum class Match { NONE, PART, WHOLE };  // PART: all that is there, but more is needed
@@ -32,7 +33,8 @@ Match MatchName(std::string_view text, std::size_t place, std::string_view name,
     if (place == text.size())
         return Match::PART;
     *end = place + 1;
-    const bool isNameOver = IsSpace(text[place]) || std::string_view("/>=<[]").find(text[place]) != std::string_view::npos;
+    const bool isNameOver =
+        IsSpace(text[place]) || std::string_view("/>=<[]").find(text[place]) != std::string_view::npos;
     return isNameOver ? Match::WHOLE : Match::NONE;
 }
 
@@ -100,12 +102,13 @@ bool EndsRawElement(std::uint32_t elements, std::string_view inserted, const Raw
 }
 
 bool EndsComment(std::string_view text) {
-    return text.starts_with('>') || text.starts_with("->") || text.ends_with('-') || text.find("-->") != std::string_view::npos ||
-           text.find("--!>") != std::string_view::npos;
+    return text.starts_with('>') || text.starts_with("->") || text.ends_with('-') ||
+           text.find("-->") != std::string_view::npos || text.find("--!>") != std::string_view::npos;
 }
 
 bool GoesOnWithMarkup(std::string_view before, char first) {
-    if (before.ends_with('<') || before.ends_with("</") || before.ends_with("<!") || before.ends_with("<?") || before.ends_with("<!-"))
+    if (before.ends_with('<') || before.ends_with("</") || before.ends_with("<!") || before.ends_with("<?") ||
+        before.ends_with("<!-"))
         return true;
     if (!IsWordCharacter(first) && first != '#' && first != ';')
         return false;

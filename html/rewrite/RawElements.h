@@ -4,7 +4,8 @@
 #include <string_view>
 
 /// @file
-/// What may not be written into elements whose content is no markup, and into comments. Not installed.
+/// What may not be written into elements whose content is no markup, and into comments. Not
+/// installed.
 
 namespace Kestra::HTML {
 
@@ -24,23 +25,26 @@ enum RawElement : std::uint32_t {
 /// @return RAW_NONE for every other element
 std::uint32_t FindRawElement(std::string_view name);
 
-/// What lies around something that is written into a raw element. Characters beyond ASCII may be any bytes from 0x80 up.
+/// What lies around something that is written into a raw element. Characters beyond ASCII may be
+/// any bytes from 0x80 up.
 struct RawSurroundings {
     std::string_view before;   ///< the last characters before it, 40 of them or all
     std::string_view after;    ///< the first ones after it, as far as they are known
     bool isAfterKnown = true;  ///< nothing is known after `after`, or what comes is longer than any end tag
 };
 
-/// Whether an inserted text, which may be empty, makes an end tag of one of the elements, or could together with what comes after it and
-/// is not yet known; in a script also "<!--" or the begin of its start tag, as an end tag does not count after both.
+/// Whether an inserted text, which may be empty, makes an end tag of one of the elements, or could
+/// together with what comes after it and is not yet known; in a script also "<!--" or the begin of
+/// its start tag, as an end tag does not count after both.
 bool EndsRawElement(std::uint32_t elements, std::string_view inserted, const RawSurroundings& surroundings);
 
 /// Whether the text of a comment would end it, or does so in browsers.
 bool EndsComment(std::string_view text);
 
-/// Whether a text would change its meaning after these characters: it would go on with a reference or the name of a tag that
-/// they begin.
-/// @param before  the last characters before it, as many as the longest name of a reference has, or all
+/// Whether a text would change its meaning after these characters: it would go on with a reference
+/// or the name of a tag that they begin.
+/// @param before  the last characters before it, as many as the longest name of a reference has, or
+/// all
 bool GoesOnWithMarkup(std::string_view before, char first);
 
 }  // namespace Kestra::HTML

@@ -59,43 +59,53 @@ std::uint32_t RewriterElement::InsertBefore(WideStringView content, RewriteConte
 }
 
 std::uint32_t RewriterElement::InsertAfter(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::AFTER_ELEMENT, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::AFTER_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertAfter(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::AFTER_ELEMENT, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::AFTER_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Prepend(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_BEGIN, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_BEGIN, content, kind); });
 }
 
 std::uint32_t RewriterElement::Prepend(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_BEGIN, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_BEGIN, content, kind); });
 }
 
 std::uint32_t RewriterElement::Append(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_END, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_END, content, kind); });
 }
 
 std::uint32_t RewriterElement::Append(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_END, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_END, content, kind); });
 }
 
 std::uint32_t RewriterElement::SetContent(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::SetContent(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Replace(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Replace(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
+    return EditElement(startTag,
+                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
 }
 
 }  // namespace Kestra::HTML

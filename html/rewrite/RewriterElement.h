@@ -4,15 +4,18 @@
 #include <string>
 #include <string_view>
 
-#include "html/rewrite/RewriterToken.h"
+#include "RewriterToken.h"
 
 namespace Kestra::HTML {
 
-/// An element whose start tag is being delivered, to be edited. It is over when the callback that got it returns, as a `RewriterToken` is.
+/// An element whose start tag is being delivered, to be edited. It is over when the callback that
+/// got it returns, as a `RewriterToken` is.
 ///
-/// The element ends with its end tag. Without one it ends right before the end tag of an element around it, or where the document ends: no
-/// end tag is implied, so that a `p` lasts until `</p>` or until its parent ends. A void element (`br`, `img`, ...) has a start tag alone.
-/// A short tag, "<b/>", opens an element like a start tag, as in browsers; inside `svg` and `math` it closes itself.
+/// The element ends with its end tag. Without one it ends right before the end tag of an element
+/// around it, or where the document ends: no end tag is implied, so that a `p` lasts until `</p>`
+/// or until its parent ends. A void element (`br`, `img`, ...) has a start tag alone. A short tag,
+/// "<b/>", opens an element like a start tag, as in browsers; inside `svg` and `math` it closes
+/// itself.
 class KESTRA_HTML_API RewriterElement {
 public:
     /// An element that is over.
@@ -32,28 +35,34 @@ public:
     std::uint32_t InsertAfter(WideStringView content, RewriteContent kind);
 
     /// Right after the start tag, after what earlier calls wrote there.
-    /// @return 0; REWRITE_NO_CONTENT; REWRITE_ENDS_EARLY, REWRITE_NOT_IN_CHARSET in a script or its like
+    /// @return 0; REWRITE_NO_CONTENT; REWRITE_ENDS_EARLY, REWRITE_NOT_IN_CHARSET in a script or its
+    /// like
     std::uint32_t Prepend(std::string_view content, RewriteContent kind);
     std::uint32_t Prepend(WideStringView content, RewriteContent kind);
 
-    /// Right before the end tag, after what earlier calls wrote there. In a script, what would make its end tag together with the last
-    /// characters of the script is left out. @return as `Prepend`
+    /// Right before the end tag, after what earlier calls wrote there. In a script, what would make
+    /// its end tag together with the last characters of the script is left out. @return as
+    /// `Prepend`
     std::uint32_t Append(std::string_view content, RewriteContent kind);
     std::uint32_t Append(WideStringView content, RewriteContent kind);
 
-    /// In place of everything between the two tags, what was written there before included. @return as `Prepend`
+    /// In place of everything between the two tags, what was written there before included.
+    /// @return as `Prepend`
     std::uint32_t SetContent(std::string_view content, RewriteContent kind);
     std::uint32_t SetContent(WideStringView content, RewriteContent kind);
 
-    /// In place of the element. What was to be written inside it goes with it, what was before and after it stays.
+    /// In place of the element. What was to be written inside it goes with it, what was before and
+    /// after it stays.
     std::uint32_t Replace(std::string_view content, RewriteContent kind);
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
-    /// Writes nothing of the element, its content included. What stands around it can grow together, as with `RewriterToken::Remove`.
+    /// Writes nothing of the element, its content included. Its neighbours can grow together, as
+    /// with `RewriterToken::Remove`.
     std::uint32_t Remove();
 
-    /// Writes the content without the two tags. That of a script or its like is markup then, also what was written into it as text.
-    /// Characters can grow together as with `RewriterToken::Remove`.
+    /// Writes the content without the two tags. That of a script or its like is markup then, also
+    /// what was written into it as text. Characters can grow together as with
+    /// `RewriterToken::Remove`.
     std::uint32_t Unwrap();
 
 private:

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "html/parser/GenericParserEngine.h"
 #include "html/parser/StreamReader.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/MakeRoom.h"
@@ -109,9 +110,11 @@ RewriterEngine::~RewriterEngine() {
     *self = nullptr;
 }
 
-// ---------------------------------------------------------------------------------------------------------------- settings
+// -------------------------------------------------------------------------------------------------
+// settings
 
-std::uint32_t RewriterEngine::SetObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide) {
+std::uint32_t RewriterEngine::SetObserver(ParserObserver<char, std::string>* narrow,
+                                          ParserObserver<WideChar, WideString>* wide) {
     if (isRunning)
         return PARSER_INVALID_ARGUMENT;
     narrowObserver.SetHost(narrow);
@@ -120,7 +123,8 @@ std::uint32_t RewriterEngine::SetObserver(ParserObserver<char, std::string>* nar
     return PARSER_OK;
 }
 
-std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::ElementCallback callback, std::string* message) {
+std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::ElementCallback callback,
+                                        std::string* message) {
     if (isRunning || !callback)
         return PARSER_INVALID_ARGUMENT;
     MakeRoom(1, &registrations);
@@ -133,7 +137,8 @@ std::uint32_t RewriterEngine::OnElement(std::string_view selector, Rewriter::Ele
     return REWRITE_OK;
 }
 
-std::uint32_t RewriterEngine::OnContent(std::string_view selector, Rewriter::TokenCallback callback, std::string* message) {
+std::uint32_t RewriterEngine::OnContent(std::string_view selector, Rewriter::TokenCallback callback,
+                                        std::string* message) {
     if (isRunning || !callback)
         return PARSER_INVALID_ARGUMENT;
     MakeRoom(1, &registrations);
@@ -166,7 +171,8 @@ void RewriterEngine::SetMaxOpenAttributes(std::uint64_t count) {
         Bind();
 }
 
-/// The observer of the host decides the flavour; without one nothing is converted, and without callbacks nothing is delivered.
+/// The observer of the host decides the flavour; without one nothing is converted, and without
+/// callbacks nothing is delivered.
 void RewriterEngine::Bind() {
     if (isOverLimit)
         return;
@@ -192,7 +198,8 @@ void RewriterEngine::BindFlavour() {
         parser.SetObserver(&narrowObserver, false);
 }
 
-// ----------------------------------------------------------------------------------------------------------------- feeding
+// -------------------------------------------------------------------------------------------------
+// feeding
 
 std::uint32_t RewriterEngine::StartParse(StringNS::CharSet::Code code, GenericParser::DataStreamType type) {
     if (isRunning)
@@ -295,7 +302,7 @@ std::uint32_t RewriterEngine::Feed(const char* data, std::uint64_t size) {
         ++size;
     }
     if (!isCopying) {
-        const std::uint64_t count = parser.CountWholeUnits(data, size);
+        const std::uint64_t count = GenericParser::Internals::GetEngine(parser).CountWholeUnits(data, size);
         hasHalfUnit = count < size;
         if (hasHalfUnit)
             halfUnit = data[count];
@@ -322,7 +329,8 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
     std::exception_ptr failure;
     std::uint32_t result = PARSER_OK;
     try {
-        result = SettlePiece(parser.FeedPiece(data, size, backing.get(), pieceBegin), &failure);
+        result = SettlePiece(
+            GenericParser::Internals::GetEngine(parser).FeedPiece(data, size, backing.get(), pieceBegin), &failure);
     } catch (const std::bad_alloc&) {
         CopyAll();
         if (isHostsFault)
@@ -338,7 +346,8 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
     return result;
 }
 
-/// Writes all before the token under way, and keeps its bytes, also when the handler throws: the parser goes on with that token.
+/// Writes all before the token under way, and keeps its bytes, also when the handler throws: the
+/// parser goes on with that token.
 /// @param failure  receives what it has thrown
 std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result, std::exception_ptr* failure) {
     if (isOverLimit)
@@ -475,7 +484,8 @@ void RewriterEngine::EndRemoval(const ElementEdits& edited) {
         --removals;
 }
 
-// ------------------------------------------------------------------------------------------------------------------ output
+// -------------------------------------------------------------------------------------------------
+// output
 
 /// Settles all up to an offset: writes it as it came in, or leaves it out.
 void RewriterEngine::CopyUntil(std::uint64_t offset) {
@@ -530,8 +540,8 @@ void RewriterEngine::EmitInsertion(const Insertion& insertion) {
     Emit(guarded.empty() ? insertion.bytes : guarded);
 }
 
-/// Text that would end its script together with the last characters of the script is left out, and so is one of which that cannot be told
-/// for want of memory.
+/// Text that would end its script together with the last characters of the script is left out, and
+/// so is one of which that cannot be told for want of memory.
 void RewriterEngine::EmitEndOfContent(const ElementEdits& edited) {
     if (edited.isRemoved || edited.end.bytes.empty())
         return;
@@ -545,7 +555,8 @@ void RewriterEngine::EmitEndOfContent(const ElementEdits& edited) {
     EmitInsertion(edited.end);
 }
 
-// ------------------------------------------------------------------------------------------------------- the token at hand
+// -------------------------------------------------------------------------------------------------
+// the token at hand
 
 template <typename S>
 bool RewriterEngine::OpenElement(const S& name, std::uint64_t attributeCount) {
@@ -570,7 +581,8 @@ template bool RewriterEngine::OpenElement(const WideString& name, std::uint64_t 
 template void RewriterEngine::CloseElements(const std::string& name);
 template void RewriterEngine::CloseElements(const WideString& name);
 
-/// Whether a name, in any flavour, may be that of a raw element: those begin with one of five letters.
+/// Whether a name, in any flavour, may be that of a raw element: those begin with one of five
+/// letters.
 template <typename S>
 bool RewriterEngine::MayBeRaw(const S& name) {
     if (name.size() < 3)
@@ -581,7 +593,8 @@ bool RewriterEngine::MayBeRaw(const S& name) {
 
 /// A name as an 8-bit observer gets it: in the charset of the document, also when that is UTF-16.
 void RewriterEngine::TakeTagName(const std::string& name) {
-    const bool isAscii = std::all_of(name.begin(), name.end(), [](char character) { return static_cast<unsigned char>(character) < 0x80; });
+    const bool isAscii = std::all_of(name.begin(), name.end(),
+                                     [](char character) { return static_cast<unsigned char>(character) < 0x80; });
     if (isAscii && !parser.IsWParser())
         tagName = name;
     else
@@ -599,7 +612,8 @@ bool RewriterEngine::OpenTag(std::uint64_t attributeCount) {
     const bool isShort = tokenKind == TOKEN_SHORT_TAG;
     if (TracksElements()) {
         FindContentMatches();
-        const OpenElements::OpenedElement opened = elements.Open(tagName, isShort, attributeCount, AttributesOfTag(this), &matches);
+        const OpenElements::OpenedElement opened =
+            elements.Open(tagName, isShort, attributeCount, AttributesOfTag(this), &matches);
         if (opened.isOverLimit) {
             CopyUntil(parser.GetTokenPlace().begin);
             EndRemovals();
@@ -649,7 +663,8 @@ void RewriterEngine::AddDue(const std::vector<std::size_t>& matched, bool isCont
     }
 }
 
-/// What was registered for the token, in that order. A tag is in the content of the elements around its own.
+/// What was registered for the token, in that order. A tag is in the content of the elements around
+/// its own.
 void RewriterEngine::FindCallbacks() {
     due = ofAllContent;
     if (ofSelectors.empty())
@@ -663,7 +678,7 @@ void RewriterEngine::FindCallbacks() {
 
 void RewriterEngine::CallBack() {
     for (const std::size_t index : due) {
-        if (parser.IsStopped())
+        if (GenericParser::Internals::GetEngine(parser).IsStopped())
             return;
         const Registration& registration = registrations[index];
         current = ++generation;
@@ -691,7 +706,8 @@ void RewriterEngine::SettleToken() {
     tag.Forget();
 }
 
-/// The host has thrown: nothing of what it asked for counts, but for what was asked about the elements that end here.
+/// The host has thrown: nothing of what it asked for counts, but for what was asked about the
+/// elements that end here.
 void RewriterEngine::AbandonToken() {
     isHostsFault = true;
     std::vector<ElementEdits> ended;
@@ -723,7 +739,8 @@ void RewriterEngine::ClearEdits() {
     tag.Forget();
 }
 
-/// Writes the token at hand with its edits, and what the elements that it ends have asked for. All memory is taken first.
+/// Writes the token at hand with its edits, and what the elements that it ends have asked for. All
+/// memory is taken first.
 void RewriterEngine::WriteToken() {
     const TokenPlace place = parser.GetTokenPlace();
     const bool hasBody = edits.hasBody || tag.IsChanged();
@@ -763,7 +780,8 @@ void RewriterEngine::WriteToken() {
     }
 }
 
-/// The bytes of a token lie in the piece or, when it began earlier, in the kept ones, which then get the rest of it.
+/// The bytes of a token lie in the piece or, when it began earlier, in the kept ones, which then
+/// get the rest of it.
 std::string_view RewriterEngine::GetBytes() {
     return GetBytes(parser.GetTokenPlace());
 }
@@ -810,7 +828,8 @@ DocumentText& RewriterEngine::Text() {
     return text;
 }
 
-// -------------------------------------------------------------------------------------------------------------- attributes
+// -------------------------------------------------------------------------------------------------
+// attributes
 
 /// Takes the attributes of the tag at hand apart, once.
 bool RewriterEngine::LoadTag() {
@@ -823,7 +842,7 @@ bool RewriterEngine::LoadTag() {
     DocumentText& charset = Text();
     std::uint64_t nameEnd = 0;
     layout.offset = tokenPlace.begin;
-    if (!parser.GetTagNameEnd(&nameEnd))
+    if (!GenericParser::Internals::GetEngine(parser).GetTagNameEnd(&nameEnd))
         return false;
     const std::size_t unit = charset.GetUnitSize();
     layout.nameEnd = static_cast<std::size_t>(nameEnd - layout.offset);
@@ -842,15 +861,16 @@ bool RewriterEngine::LoadTag() {
     return true;
 }
 
-/// Only a value without quotes has taken up bare words, and then there is white space, a quote or a "<" in it.
+/// Only a value without quotes has taken up bare words, and then there is white space, a quote or a
+/// "<" in it.
 bool RewriterEngine::MayBeFolded(const AttributePlace& place, std::string_view bytes) const {
     if (place.valueBegin == place.nameEnd || place.end != place.valueEnd)
         return false;
     const auto begin = static_cast<std::size_t>(place.valueBegin - layout.offset);
     const std::string_view value = bytes.substr(begin, static_cast<std::size_t>(place.valueEnd - place.valueBegin));
     const auto isTelling = [](char byte) {
-        return static_cast<unsigned char>(byte) <= ' ' || static_cast<unsigned char>(byte) >= 0x80 || byte == '"' || byte == '\'' ||
-               byte == '<';
+        return static_cast<unsigned char>(byte) <= ' ' || static_cast<unsigned char>(byte) >= 0x80 || byte == '"' ||
+               byte == '\'' || byte == '<';
     };
     return std::any_of(value.begin(), value.end(), isTelling);
 }
@@ -893,7 +913,8 @@ std::uint32_t RewriterEngine::RemoveAttribute(std::string_view name) {
     return Try([&]() -> std::uint32_t { return LoadTag() ? tag.Remove(name) : std::uint32_t{REWRITE_WRONG_KIND}; });
 }
 
-// ------------------------------------------------------------------------------------------------------------------- edits
+// -------------------------------------------------------------------------------------------------
+// edits
 
 template <typename Edit>
 std::uint32_t RewriterEngine::Try(Edit edit) {
@@ -908,7 +929,8 @@ template <typename Edit>
 std::uint32_t RewriterEngine::TryWide(WideStringView wide, Edit edit) {
     return Try([&]() -> std::uint32_t {
         std::string converted;
-        return DocumentText::FromWide(wide, &converted) ? edit(std::string_view(converted)) : std::uint32_t{PARSER_INVALID_ARGUMENT};
+        return DocumentText::FromWide(wide, &converted) ? edit(std::string_view(converted))
+                                                        : std::uint32_t{PARSER_INVALID_ARGUMENT};
     });
 }
 
@@ -930,7 +952,8 @@ std::uint32_t RewriterEngine::GetRawElements(Spot spot) const {
 }
 
 /// @param raw  not RAW_NONE
-std::uint32_t RewriterEngine::Encode(std::string_view utf8Text, RewriteContent kind, std::uint32_t raw, std::string* bytes) {
+std::uint32_t RewriterEngine::Encode(std::string_view utf8Text, RewriteContent kind, std::uint32_t raw,
+                                     std::string* bytes) {
     if (!DocumentText::IsWellFormed(utf8Text) || (kind != CONTENT_TEXT && kind != CONTENT_MARKUP))
         return PARSER_INVALID_ARGUMENT;
     if (raw != RAW_NONE)
@@ -949,7 +972,8 @@ std::uint32_t RewriterEngine::Write(Spot spot, std::string_view content, Rewrite
     return Try([&]() -> std::uint32_t {
         if (tokenKind == TOKEN_NONE)
             return REWRITE_WRONG_KIND;
-        const bool isInside = spot == Spot::CONTENT_BEGIN || spot == Spot::CONTENT_END || spot == Spot::INSTEAD_OF_CONTENT;
+        const bool isInside =
+            spot == Spot::CONTENT_BEGIN || spot == Spot::CONTENT_END || spot == Spot::INSTEAD_OF_CONTENT;
         if (isInside && !elementHasContent)
             return REWRITE_NO_CONTENT;
         const std::uint32_t raw = GetRawElements(spot);
@@ -969,8 +993,8 @@ std::uint32_t RewriterEngine::Write(Spot spot, WideStringView content, RewriteCo
     return TryWide(content, [&](std::string_view converted) { return Write(spot, converted, kind); });
 }
 
-/// Whether the text would end the raw elements that it is written into, together with what lies around it. An end tag that ends one itself
-/// may be replaced by anything.
+/// Whether the text would end the raw elements that it is written into, together with what lies
+/// around it. An end tag that ends one itself may be replaced by anything.
 bool RewriterEngine::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inserted) {
     const auto fits = [&](std::string_view before, std::string_view after, bool isAfterKnown) {
         return !EndsRawElement(raw, inserted, {before, after, isAfterKnown});
@@ -1125,8 +1149,8 @@ std::uint32_t RewriterEngine::SetText(std::string_view newText) {
         if (!Text().Append(newText, DocumentText::Lacking::REFUSED, &body))
             return REWRITE_NOT_IN_CHARSET;
         const std::size_t closerSize = CLOSER.size() * unit;
-        const bool isClosed =
-            bytes.size() >= (OPENER.size() + CLOSER.size()) * unit && ViewOf(bytes.substr(bytes.size() - closerSize)) == CLOSER;
+        const bool isClosed = bytes.size() >= (OPENER.size() + CLOSER.size()) * unit &&
+                              ViewOf(bytes.substr(bytes.size() - closerSize)) == CLOSER;
         if (isClosed)
             body.append(bytes.substr(bytes.size() - closerSize));
         edits.body.bytes.swap(body);
@@ -1142,9 +1166,9 @@ std::uint32_t RewriterEngine::SetText(WideStringView newText) {
 }
 
 /// What is written in place of the token so far, or its own bytes, as far as it matters for a raw
-/// element. Attributes that are changed do not: such a tag still begins with its "<" and ends with its
-/// ">", and what could end a raw element goes past neither. So the tag is not written for every text
-/// that is inserted there. Borrowed until the next edit.
+/// element. Attributes that are changed do not: such a tag still begins with its "<" and ends with
+/// its ">", and what could end a raw element goes past neither. So the tag is not written for every
+/// text that is inserted there. Borrowed until the next edit.
 std::string_view RewriterEngine::GetBody() {
     return edits.hasBody ? std::string_view(edits.body.bytes) : GetBytes();
 }
@@ -1156,7 +1180,8 @@ std::string RewriterEngine::GetTail() const {
     if (removals > 0 || written >= end)
         return bytes;
     for (std::uint64_t place = std::max(written, end - std::min<std::uint64_t>(end, TAIL_SIZE)); place < end; ++place)
-        bytes.push_back(place < pieceBegin ? kept[static_cast<std::size_t>(place - keptBegin)] : piece[place - pieceBegin]);
+        bytes.push_back(place < pieceBegin ? kept[static_cast<std::size_t>(place - keptBegin)]
+                                           : piece[place - pieceBegin]);
     return bytes;
 }
 
@@ -1190,8 +1215,8 @@ std::string RewriterEngine::ViewHead(std::string_view bytes, std::string_view be
     return ViewOf(std::string(before.substr(0, countBefore)).append(bytes.substr(0, TAIL_SIZE - countBefore)));
 }
 
-/// Writes the first character of a text as a reference where it would go on with the reference, or the tag, that the characters before it
-/// begin.
+/// Writes the first character of a text as a reference where it would go on with the reference, or
+/// the tag, that the characters before it begin.
 void RewriterEngine::Guard(std::string_view before, std::string* bytes) const {
     const std::size_t unit = parser.IsWParser() ? 2 : 1;
     const std::string first = ViewOf(std::string_view(*bytes).substr(0, unit));

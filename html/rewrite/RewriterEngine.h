@@ -22,9 +22,11 @@
 /// @file
 /// What `Rewriter` does. Not installed.
 ///
-/// All offsets are those of the document. What lies before `written` has been settled: written as it came in, written with edits, or left
-/// out. A token's edits settle all up to its end; the end of a feeding call settles what lies before the token under way, in one write.
-/// The bytes of that token are kept until they are settled, and the parser reads them from there when a construct has failed.
+/// All offsets are those of the document. What lies before `written` has been settled: written as
+/// it came in, written with edits, or left out. A token's edits settle all up to its end; the end
+/// of a feeding call settles what lies before the token under way, in one write. The bytes of that
+/// token are kept until they are settled, and the parser reads them from there when a construct has
+/// failed.
 
 namespace Kestra::HTML {
 
@@ -266,9 +268,10 @@ private:
     std::size_t contentSelectors = 0;       // selectors that are for content
     OpenElements elements;
     bool hasLimits = false;
-    std::vector<ElementEdits> elementEdits;  // of the open elements that have any; such an element knows its number, from 1
-    std::uint64_t removals = 0;              // open elements whose content is left out, of the present series:
-    std::uint64_t removalSeries = 0;         // each ends where all content is written again
+    std::vector<ElementEdits>
+        elementEdits;                 // of the open elements that have any; such an element knows its number, from 1
+    std::uint64_t removals = 0;       // open elements whose content is left out, of the present series:
+    std::uint64_t removalSeries = 0;  // each ends where all content is written again
 
     // The document.
     bool isRunning = false;     // a call of the host is on the stack
@@ -301,9 +304,10 @@ private:
     TagEdits tag;
     TagLayout layout;
     std::vector<AttributePlace> attributeParts;
-    ElementEdits element;               // of the one that the token opens
-    std::vector<ElementEdits> closing;  // of the elements that the token closes, innermost first; only those that have any
-    bool closesEdited = false;          // the last of them is the element of the end tag
+    ElementEdits element;  // of the one that the token opens
+    std::vector<ElementEdits>
+        closing;                // of the elements that the token closes, innermost first; only those that have any
+    bool closesEdited = false;  // the last of them is the element of the end tag
     std::vector<std::size_t> matches;
     std::vector<std::size_t> contentMatches;
     std::vector<std::size_t> due;  // registrations

@@ -1,7 +1,6 @@
 #include "html/rewrite/RewriterObserver.h"
 
 #include "html/framework/Instantiate.h"
-#include "html/parser/RecordCalls.h"
 #include "html/rewrite/RewriterEngine.h"
 
 namespace Kestra::HTML {
@@ -31,38 +30,31 @@ void RewriterObserver<C, S>::Notify(Callback callback) {
 }
 
 template <typename C, typename S>
-template <typename Record>
-void RewriterObserver<C, S>::Deliver(TokenKind kind, Record* record) {
+template <template <typename, typename> class Record>
+void RewriterObserver<C, S>::OnToken(Record<C, S>* record) {
+    constexpr bool IS_OPENING =
+        std::is_same_v<Record<C, S>, StartTagData<C, S>> || std::is_same_v<Record<C, S>, ShortTagData<C, S>>;
+    constexpr bool IS_END = std::is_same_v<Record<C, S>, EndTagData<C, S>>;
     if (engine->IsOverLimit())
         return;
-    bool hasAttributes = false;
-    if constexpr (std::is_same_v<Record, EndTagData<C, S>>)
-        hasAttributes = true;
-    else if constexpr (std::is_same_v<Record, ExternTagData<C, S>>)
+    bool hasAttributes = IS_OPENING || IS_END;
+    if constexpr (std::is_same_v<Record<C, S>, ExternTagData<C, S>>)
         hasAttributes = !record->freeStyle;
-    engine->BeginToken(kind, hasAttributes);
-    if constexpr (std::is_same_v<Record, EndTagData<C, S>>)
+    engine->BeginToken(RecordKind<Record>::KIND_OF_TOKEN, hasAttributes);
+    if constexpr (IS_OPENING) {
+        if (!engine->OpenElement(*record->name, record->attributes->size()))
+            return;
+    } else if constexpr (IS_END) {
         engine->CloseElements(*record->name);
-    const bool hasCallbacks = engine->HasCallbacks();
-    if (hasCallbacks)
-        engine->FindCallbacks();
-    engine->Call([&] {
-        if (host != nullptr)
-            CallObserver(host, record);
-        if (hasCallbacks)
-            engine->CallBack();
-    });
+    }
+    CallBack(record);
     engine->FinishToken();
 }
 
+/// First the observer of the host, then its callbacks for this token.
 template <typename C, typename S>
 template <typename Record>
-void RewriterObserver<C, S>::DeliverOpeningTag(TokenKind kind, Record* record) {
-    if (engine->IsOverLimit())
-        return;
-    engine->BeginToken(kind, true);
-    if (!engine->OpenElement(*record->name, record->attributes->size()))
-        return;
+void RewriterObserver<C, S>::CallBack(Record* record) {
     const bool hasCallbacks = engine->HasCallbacks();
     if (hasCallbacks)
         engine->FindCallbacks();
@@ -72,18 +64,13 @@ void RewriterObserver<C, S>::DeliverOpeningTag(TokenKind kind, Record* record) {
         if (hasCallbacks)
             engine->CallBack();
     });
-    engine->FinishToken();
 }
 
 template <typename C, typename S>
-void RewriterObserver<C, S>::OnStartParsing() {
-    engine->BindFlavour();
-    Notify([](auto* observer) { observer->OnStartParsing(); });
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnEndParsing() {
-    Notify([](auto* observer) { observer->OnEndParsing(); });
+void RewriterObserver<C, S>::OnEvent(ObserverEvent event) {
+    if (event == ObserverEvent::StartParsing)
+        engine->BindFlavour();
+    Notify([event](auto* observer) { CallObserver(observer, event); });
 }
 
 template <typename C, typename S>
@@ -96,96 +83,12 @@ void RewriterObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
     Notify([code](auto* observer) { observer->OnCharset(code); });
 }
 
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnText(TextData<C, S>* data) {
-    Deliver(TOKEN_TEXT, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnCComment(CCommentData<C, S>* data) {
-    Deliver(TOKEN_C_COMMENT, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnCPPComment(CPPCommentData<C, S>* data) {
-    Deliver(TOKEN_CPP_COMMENT, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnSQuoteString(SQuoteStringData<C, S>* data) {
-    Deliver(TOKEN_S_QUOTE_STRING, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnDQuoteString(DQuoteStringData<C, S>* data) {
-    Deliver(TOKEN_D_QUOTE_STRING, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnStartTag(StartTagData<C, S>* data) {
-    DeliverOpeningTag(TOKEN_START_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnShortTag(ShortTagData<C, S>* data) {
-    DeliverOpeningTag(TOKEN_SHORT_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnEndTag(EndTagData<C, S>* data) {
-    Deliver(TOKEN_END_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnCDATATag(CDATATagData<C, S>* data) {
-    Deliver(TOKEN_CDATA_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnConditionalTag(ConditionalTagData<C, S>* data) {
-    Deliver(TOKEN_CONDITIONAL_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnCommentTag(CommentTagData<C, S>* data) {
-    Deliver(TOKEN_COMMENT_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnEntityTag(EntityTagData<C, S>* data) {
-    Deliver(TOKEN_ENTITY_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnExternTag(ExternTagData<C, S>* data) {
-    Deliver(TOKEN_EXTERN_TAG, data);
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnJSTagStart() {
-    Notify([](auto* observer) { observer->OnJSTagStart(); });
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnJSTagEnd() {
-    Notify([](auto* observer) { observer->OnJSTagEnd(); });
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnCSSTagStart() {
-    Notify([](auto* observer) { observer->OnCSSTagStart(); });
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnCSSTagEnd() {
-    Notify([](auto* observer) { observer->OnCSSTagEnd(); });
-}
-
-template <typename C, typename S>
-void RewriterObserver<C, S>::OnJunkData(JunkData<C, S>* data) {
-    Deliver(TOKEN_JUNK, data);
-}
-
 KESTRA_HTML_INSTANTIATE(RewriterObserver);
+
+#define INSTANTIATE(NAME, RECORD, WORD)                                                     \
+    template void RewriterObserver<char, std::string>::OnToken(RECORD<char, std::string>*); \
+    template void RewriterObserver<WideChar, WideString>::OnToken(RECORD<WideChar, WideString>*);
+KESTRA_HTML_FOR_EACH_KIND(INSTANTIATE)
+#undef INSTANTIATE
 
 }  // namespace Kestra::HTML

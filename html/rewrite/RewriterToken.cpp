@@ -24,7 +24,8 @@ RewriterToken::RewriterToken(const RewriterToken& other) = default;
 RewriterToken& RewriterToken::operator=(const RewriterToken& other) = default;
 RewriterToken::~RewriterToken() = default;
 
-RewriterToken::RewriterToken(std::shared_ptr<RewriterEngine*> owner, std::uint64_t number) : engine(std::move(owner)), generation(number) {}
+RewriterToken::RewriterToken(std::shared_ptr<RewriterEngine*> owner, std::uint64_t number)
+    : engine(std::move(owner)), generation(number) {}
 
 bool RewriterToken::IsOver() const {
     return RewriterEngine::Find(*this) == nullptr;

@@ -5,70 +5,25 @@
 #include <utility>
 
 #include "platform/Characters.h"
+#include "platform/CodePoints.h"
 
 namespace Kestra::HTML {
 
 namespace {
 
 constexpr std::size_t NOWHERE = static_cast<std::size_t>(-1);
-constexpr std::uint32_t REPLACEMENT = 0xFFFD;
-constexpr std::uint32_t CODE_POINT_END = 0x110000;
 constexpr int MOST_HEX_DIGITS = 6;
-
-bool IsContinuation(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-/// The length of the character at `place`, 0 when it is not well-formed.
-/// Source: the table "Well-Formed UTF-8 Byte Sequences" of the Unicode Standard.
-std::size_t MeasureCharacter(std::string_view text, std::size_t place) {
-    const auto byteAt = [&](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
-    const unsigned first = byteAt(place);
-    if (first < 0x80)
-        return 1;
-    const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    // The second byte rules out what is longer than it need be, surrogates, and what lies beyond
-    // the last code point.
-    const unsigned low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-    const unsigned high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-    if (first < 0xC2 || first > 0xF4 || byteAt(place + 1) < low || byteAt(place + 1) > high)
-        return 0;
-    for (std::size_t i = 2; i < length; ++i) {
-        if ((byteAt(place + i) & 0xC0) != 0x80)
-            return 0;
-    }
-    return length;
-}
 
 /// The place of the first character that is not well-formed, or NOWHERE.
 std::size_t FindIllFormed(std::string_view text) {
-    for (std::size_t place = 0; place < text.size();) {
-        const std::size_t length = MeasureCharacter(text, place);
-        if (length == 0)
-            return place;
-        place += length;
+    const char* next = text.data();
+    const char* const end = next + text.size();
+    while (next != end) {
+        const char* const begin = next;
+        if (ReadUtf8(&next, end) == ILL_FORMED)
+            return static_cast<std::size_t>(begin - text.data());
     }
     return NOWHERE;
-}
-
-void AppendCodePoint(std::uint32_t code, std::string* text) {
-    const auto append = [&](std::uint32_t byte) { text->push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
-    if (code < 0x80) {
-        append(code);
-        return;
-    }
-    if (code < 0x800) {
-        append(0xC0 | code >> 6);
-    } else {
-        if (code < 0x10000) {
-            append(0xE0 | code >> 12);
-        } else {
-            append(0xF0 | code >> 18);
-            append(0x80 | (code >> 12 & 0x3F));
-        }
-        append(0x80 | (code >> 6 & 0x3F));
-    }
-    append(0x80 | (code & 0x3F));
 }
 
 bool IsLineEnd(char character) {
@@ -141,7 +96,8 @@ public:
 
     /// What was refused.
     std::string GetMessage() const {
-        const auto passed = static_cast<std::size_t>(errorPlace - std::count_if(text.begin(), text.begin() + errorPlace, IsContinuation));
+        const auto passed = static_cast<std::size_t>(
+            errorPlace - std::count_if(text.begin(), text.begin() + errorPlace, IsTrailingByte));
         return std::string("character ") + std::to_string(passed + 1) + ": " + error;
     }
 
@@ -175,7 +131,8 @@ private:
         const char character = Peek();
         if (character > ' ' && character < 0x7F)
             return Refuse(place, std::string("\"") + character + "\" is not expected here");
-        return Refuse(place, IsSelectorSpace(character) ? "white space is not expected here" : "this character is not expected here");
+        return Refuse(place, IsSelectorSpace(character) ? "white space is not expected here"
+                                                        : "this character is not expected here");
     }
 
     /// Refuses what is at hand where a compound should begin or go on.
@@ -236,15 +193,15 @@ private:
         if (digits == 0) {
             do
                 decoded->push_back(text[place++]);
-            while (IsContinuation(Peek()));
+            while (IsTrailingByte(Peek()));
             return;
         }
         if (Peek() == '\r' && Peek(1) == '\n')
             ++place;
         if (IsSelectorSpace(Peek()))
             ++place;
-        const bool isCharacter = code != 0 && code < CODE_POINT_END && (code < 0xD800 || code > 0xDFFF);
-        AppendCodePoint(isCharacter ? code : REPLACEMENT, decoded);
+        const bool isCharacter = code != 0 && code < CODE_POINT_END && !IsSurrogate(code);
+        WriteUtf8(isCharacter ? code : REPLACEMENT_CHARACTER, [decoded](char byte) { decoded->push_back(byte); });
     }
 
     /// Reads the name that is at hand: letters, digits, dashes, low lines, everything beyond ASCII,
@@ -435,7 +392,8 @@ private:
         if (condition->ignoresCase)
             FoldText(&condition->value);
         const bool takesWord = condition->kind == SelectorCondition::INCLUDES;
-        const bool takesEmpty = condition->kind == SelectorCondition::EQUAL || condition->kind == SelectorCondition::DASH_MATCH;
+        const bool takesEmpty =
+            condition->kind == SelectorCondition::EQUAL || condition->kind == SelectorCondition::DASH_MATCH;
         if (takesWord ? !IsWord(condition->value) : condition->value.empty() && !takesEmpty)
             condition->kind = SelectorCondition::NEVER;
         return true;

@@ -108,8 +108,8 @@ void SelectorSet::Match(std::string_view name, const TagAttributes& attributes, 
     Word parentCarry = 0;
     Word ancestorCarry = 0;
     for (std::size_t i = 0; i < last.size(); ++i) {
-        const Word candidates =
-            first[i] | (child[i] & (parent[i] << 1 | parentCarry)) | (descendant[i] & (ancestors[i] << 1 | ancestorCarry));
+        const Word candidates = first[i] | (child[i] & (parent[i] << 1 | parentCarry)) |
+                                (descendant[i] & (ancestors[i] << 1 | ancestorCarry));
         parentCarry = parent[i] >> (WORD_BITS - 1);
         ancestorCarry = ancestors[i] >> (WORD_BITS - 1);
         Word result = 0;
@@ -133,7 +133,8 @@ void SelectorSet::GetSelectors(std::span<const Word> set, std::vector<std::size_
     selectors->reserve(CountSelectors(set));
     selectors->clear();
     for (std::size_t i = 0; i < set.size(); ++i)
-        ForEachBit(set[i] & last[i], i * WORD_BITS, [&](std::size_t bit) { selectors->push_back(compounds[bit].selector); });
+        ForEachBit(set[i] & last[i], i * WORD_BITS,
+                   [&](std::size_t bit) { selectors->push_back(compounds[bit].selector); });
 }
 
 /// Gives the next number to a name that has none.
@@ -176,7 +177,8 @@ void SelectorSet::PrepareScratch(Scratch* scratch) const {
     }
 }
 
-bool SelectorSet::Matches(const Compound& compound, std::size_t type, const TagAttributes& tag, Scratch* scratch) const {
+bool SelectorSet::Matches(const Compound& compound, std::size_t type, const TagAttributes& tag,
+                          Scratch* scratch) const {
     if (compound.type != NONE && compound.type != type)
         return false;
     for (std::size_t i = compound.begin; i < compound.end; ++i) {

@@ -93,8 +93,8 @@ public:
     /// @param ancestors  those that it or an element around it matches
     /// @param matched    receives those that the tag matches; unspecified after an exception. All
     ///                   three have `GetWordCount` words.
-    void Match(std::string_view name, const TagAttributes& attributes, std::span<const Word> parent, std::span<const Word> ancestors,
-               Scratch* scratch, std::span<Word> matched) const;
+    void Match(std::string_view name, const TagAttributes& attributes, std::span<const Word> parent,
+               std::span<const Word> ancestors, Scratch* scratch, std::span<Word> matched) const;
 
     /// Counts the selectors whose last compound is in a set, which may have fewer words.
     std::size_t CountSelectors(std::span<const Word> set) const;

@@ -11,12 +11,13 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::size_t FEW = 32;                // parts, or searches, for which no index is worth while
+constexpr std::size_t FEW = 32;                // parts, or searches, for which no index pays
 constexpr std::size_t LONGEST_KEPT_NAME = 64;  // bytes
 
 bool IsSameName(std::string_view one, std::string_view other) {
-    return one.size() == other.size() &&
-           std::equal(one.begin(), one.end(), other.begin(), [](char left, char right) { return FoldAscii(left) == FoldAscii(right); });
+    return one.size() == other.size() && std::equal(one.begin(), one.end(), other.begin(), [](char left, char right) {
+               return FoldAscii(left) == FoldAscii(right);
+           });
 }
 
 /// @return less than 0, 0, or greater
@@ -44,7 +45,8 @@ bool HasWideSpace(std::string_view utf8) {
         if (utf8.find(space) != std::string_view::npos)
             return true;
     }
-    for (std::size_t place = utf8.find("\xE2\x80"); place != std::string_view::npos; place = utf8.find("\xE2\x80", place + 1)) {
+    for (std::size_t place = utf8.find("\xE2\x80"); place != std::string_view::npos;
+         place = utf8.find("\xE2\x80", place + 1)) {
         const auto last = static_cast<unsigned char>(utf8[place + 2]);
         if (last >= 0x80 && last <= 0x8A)  // U+2000 to U+200A
             return true;
@@ -56,13 +58,13 @@ bool IsControlOrSpace(char character) {
     return static_cast<unsigned char>(character) <= ' ' || character == 0x7F;
 }
 
-/// Whether a value can stand without quotes, for the parser and for browsers.
+/// Whether a value can be written without quotes, for the parser and for browsers.
 bool NeedsNoQuotes(std::string_view value, char closingMark) {
     const auto needsQuotes = [](char character) {
         return IsControlOrSpace(character) || std::string_view("\"'=<>`").find(character) != std::string_view::npos;
     };
-    return !value.empty() && value.back() != '/' && value.back() != closingMark && std::none_of(value.begin(), value.end(), needsQuotes) &&
-           !HasWideSpace(value);
+    return !value.empty() && value.back() != '/' && value.back() != closingMark &&
+           std::none_of(value.begin(), value.end(), needsQuotes) && !HasWideSpace(value);
 }
 
 }  // namespace
@@ -174,8 +176,8 @@ bool TagEdits::CanHaveName(std::string_view name) {
     if (!isInstruction && !name.empty() && name == lastName)  // hosts mostly set the same attribute again and again
         return true;
     const auto endsName = [this](char character) {
-        return IsControlOrSpace(character) || character == '"' || character == '\'' || character == '=' || character == '<' ||
-               character == '>' || character == '/' || (isInstruction && character == '?');
+        return IsControlOrSpace(character) || character == '"' || character == '\'' || character == '=' ||
+               character == '<' || character == '>' || character == '/' || (isInstruction && character == '?');
     };
     if (name.empty() || std::any_of(name.begin(), name.end(), endsName))
         return false;
@@ -207,8 +209,9 @@ std::uint32_t TagEdits::Add(std::string_view name, std::string_view value) {
         return REWRITE_WRONG_KIND;
     if (!CanHaveName(name))
         return REWRITE_BAD_NAME;
-    // A bare word that ends like the tag can only stand at the end of it.
-    if (lastPart != NONE && !parts[lastPart].HasValue() && parts[lastPart].GetName().ends_with(isInstruction ? '?' : '/'))
+    // A bare word that ends like the tag can only be at the end of it.
+    if (lastPart != NONE && !parts[lastPart].HasValue() &&
+        parts[lastPart].GetName().ends_with(isInstruction ? '?' : '/'))
         return REWRITE_WRONG_KIND;
     Part part;
     part.isAdded = true;
@@ -231,7 +234,8 @@ std::uint32_t TagEdits::Rename(std::string_view name, std::string_view newName) 
     if (!CanHaveName(newName))
         return REWRITE_BAD_NAME;
     std::string ownName(newName);
-    // Nothing fails from here on. The index goes by the name, so the part is out of it while that changes.
+    // Nothing fails from here on. The index goes by the name, so the part is out of it while that
+    // changes.
     auto entry = byName.extract(index);
     Part& part = parts[index];
     part.ownName.swap(ownName);
@@ -243,8 +247,9 @@ std::uint32_t TagEdits::Rename(std::string_view name, std::string_view newName) 
     return REWRITE_OK;
 }
 
-/// Refused where the next attribute would be read in another way: one without a name, `="2"`, would become the value of a bare word before
-/// it, and a "<" ends an end tag that has no attribute before it.
+/// Refused where the next attribute would be read in another way: one without a name, `="2"`, would
+/// become the value of a bare word before it, and a "<" ends an end tag that has no attribute
+/// before it.
 std::uint32_t TagEdits::Remove(std::string_view name) {
     const std::size_t index = Find(name);
     if (index == NONE)
@@ -252,9 +257,10 @@ std::uint32_t TagEdits::Remove(std::string_view name) {
     if (!canChange)
         return REWRITE_WRONG_KIND;
     Part& part = parts[index];
-    const bool becomesValue =
-        part.after != NONE && parts[part.after].GetName().empty() && part.before != NONE && !parts[part.before].HasValue();
-    const bool endsTag = part.after != NONE && isEndTag && part.before == NONE && parts[part.after].GetName().starts_with('<');
+    const bool becomesValue = part.after != NONE && parts[part.after].GetName().empty() && part.before != NONE &&
+                              !parts[part.before].HasValue();
+    const bool endsTag =
+        part.after != NONE && isEndTag && part.before == NONE && parts[part.after].GetName().starts_with('<');
     if (becomesValue || endsTag)
         return REWRITE_WRONG_KIND;
     byName.erase(index);
@@ -292,14 +298,16 @@ void TagEdits::WriteAscii(std::string_view ascii, std::string* bytes) const {
 void TagEdits::WriteNewValue(const Part& part, std::string* bytes) const {
     const char quote = ChooseQuote(part);
     const std::string_view quotes(&quote, quote == '\0' ? 0 : 1);
-    const bool isPlain = std::none_of(part.value.begin(), part.value.end(),
-                                      [](char character) { return character == '&' || character == '"' || character == '\''; });
+    const bool isPlain = std::none_of(part.value.begin(), part.value.end(), [](char character) {
+        return character == '&' || character == '"' || character == '\'';
+    });
     WriteAscii(quotes, bytes);
     if (isPlain) {
         text->Append(part.value, DocumentText::Lacking::REFERENCE, bytes);
     } else {
         std::string encoded(part.value);
-        CharacterReferences<char, std::string>::EncodeAttributeValue(encoded, quote == '\'' ? QUOTE_SINGLE : QUOTE_DOUBLE, &encoded);
+        CharacterReferences<char, std::string>::EncodeAttributeValue(
+            encoded, quote == '\'' ? QUOTE_SINGLE : QUOTE_DOUBLE, &encoded);
         text->Append(encoded, DocumentText::Lacking::REFERENCE, bytes);
     }
     WriteAscii(quotes, bytes);
@@ -308,10 +316,11 @@ void TagEdits::WriteNewValue(const Part& part, std::string* bytes) const {
 /// Whether what has been written and what comes next would grow together.
 bool TagEdits::NeedsSpace(const Written& written, std::size_t next) const {
     const std::string& bytes = *written.bytes;
-    return !written.endsInQuote && !text->IsSpaceAt(tag, next) && !text->IsSpaceAt(bytes, bytes.size() - text->GetUnitSize());
+    return !written.endsInQuote && !text->IsSpaceAt(tag, next) &&
+           !text->IsSpaceAt(bytes, bytes.size() - text->GetUnitSize());
 }
 
-/// A value that is missing would take what comes to stand after it.
+/// A value that is missing would take what follows it.
 void TagEdits::CompleteValue(Written* written) const {
     if (!written->endsInMissingValue)
         return;
@@ -366,14 +375,16 @@ void TagEdits::EndPart(const Part& part, char quote, Written* written) {
     written->isAfterRemoved = false;
 }
 
-/// The mark at the end of the tag must not become a part of a value, nor the end of a value or a name such a mark.
+/// The mark at the end of the tag must not become a part of a value, nor the end of a value or a
+/// name such a mark.
 void TagEdits::SeparateTail(std::size_t tail, Written* written) const {
     const char32_t next = text->GetUnit(tag, tail);
     const char32_t last = text->GetUnit(*written->bytes, written->bytes->size() - text->GetUnitSize());
     const bool isMark = next == U'/' || next == U'?';
     if (next != U'>')
         CompleteValue(written);
-    const bool growsTogether = isMark ? written->endsInBareValue : next == U'>' && last == (isInstruction ? U'?' : U'/');
+    const bool growsTogether =
+        isMark ? written->endsInBareValue : next == U'>' && last == (isInstruction ? U'?' : U'/');
     if (growsTogether && !written->endsInQuote)
         WriteAscii(" ", written->bytes);
 }

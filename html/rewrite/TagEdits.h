@@ -27,8 +27,8 @@ struct TagLayout {
 ///
 /// Names and values are UTF-8. After an exception the edits are as they were before the call.
 ///
-/// A tag with few attributes is searched from its first one on, without an allocation. One with many gets an index when it is
-/// searched often, so that any number of edits takes n log n time.
+/// A tag with few attributes is searched from its first one on, without an allocation. One with
+/// many gets an index when it is searched often, so that any number of edits takes n log n time.
 class TagEdits {
 public:
     TagEdits();
@@ -95,7 +95,7 @@ private:
         }
     };
 
-    /// Orders parts by their names without case, and parts of one name as they stand.
+    /// Orders parts by their names without case, and parts of one name by their places.
     class ByName {
     public:
         using is_transparent = void;

@@ -20,7 +20,8 @@ struct Trampoline<CALLBACK> {
 
 private:
     template <std::size_t... INDEX>
-    static void CallWith(StatelessHTMLObserver* observer, [[maybe_unused]] const void* const* arguments, std::index_sequence<INDEX...>) {
+    static void CallWith(StatelessHTMLObserver* observer, [[maybe_unused]] const void* const* arguments,
+                         std::index_sequence<INDEX...>) {
         (observer->*CALLBACK)(static_cast<const Arguments*>(arguments[INDEX])...);
     }
 };

@@ -2,18 +2,20 @@
 
 #include <utility>
 
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/Observable.h"
-#include "platform/Vector.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../../platform/Observable.h"
+#include "../../platform/Vector.h"
 
 namespace Kestra::HTML {
 
-/// Receives the events of a `StatelessHTMLParser`. A host derives from it, overrides what it needs, and attaches it with `Attach`.
+/// Receives the events of a `StatelessHTMLParser`. A host derives from it, overrides what it needs,
+/// and attaches it with `Attach`.
 ///
-/// Every callback does nothing by default. Strings and lists are valid for the call only. Names, texts and bodies are NUL-terminated and
-/// end at their first NUL; values of attributes and items of declarations are whole. A callback must not feed, start or end its parser:
-/// such a call gets 2 and nothing changes.
+/// Every callback does nothing by default. Strings and lists are valid for the call only. Names,
+/// texts and bodies are NUL-terminated and end at their first NUL; values of attributes and items
+/// of declarations are whole. A callback must not feed, start or end its parser: such a call gets 2
+/// and nothing changes.
 class KESTRA_HTML_API StatelessHTMLObserver : public Base::Observer {
 public:
     using Attributes = Vector<std::pair<WideString, WideString>>;  ///< names and values, in document order
@@ -29,18 +31,19 @@ public:
 
     virtual void OnStartParsing();
     virtual void OnStopParsing();
-    /// A start tag, except those of scripts and style sheets. A tag that ends in "/>" causes `OnEndTag` as well, unless text follows as its
-    /// content.
+    /// A start tag, except those of scripts and style sheets. A tag that ends in "/>" causes
+    /// `OnEndTag` as well, unless text follows as its content.
     virtual void OnStartTag(const WideChar* name, const Attributes* attributes);
     virtual void OnEndTag(const WideChar* name);
-    /// A whole script, from its start tag to its end tag. @param body  without its comments, unless scripts are read as text
+    /// A whole script, from its start tag to its end tag. @param body  without its comments, unless
+    /// scripts are read as text
     virtual void OnScript(const Attributes* attributes, const WideChar* body);
     /// An instruction, "<?name attributes?>".
     virtual void OnExternTag(const WideChar* name, const Attributes* attributes);
     /// A declaration, "<!name tokens>".
     virtual void OnEntityTag(const WideChar* name, const Tokens* tokens);
     virtual void OnComment(const WideChar* text);
-    /// Text in front of a "<". Text behind the last tag of a document causes no event.
+    /// Text before a "<". Text after the last tag of a document causes no event.
     virtual void OnText(const WideChar* text);
     /// A whole style sheet, from its start tag to its end tag.
     virtual void OnStyle(const Attributes* attributes, const WideChar* body);

@@ -5,22 +5,22 @@
 #include <string>
 #include <utility>
 
-#include "html/framework/TokenPlace.h"
-#include "html/stateless/StatelessHTMLObserver.h"
-#include "html/stateless/StatelessResults.h"
-#include "platform/CharSet.h"
-#include "platform/CharSetConverter.h"
-#include "platform/Characters.h"
-#include "platform/Export.h"
-#include "platform/InputStream.h"
-#include "platform/Observable.h"
-#include "platform/Uninherited.h"
-#include "platform/Vector.h"
+#include "../../platform/CharSet.h"
+#include "../../platform/CharSetConverter.h"
+#include "../../platform/Characters.h"
+#include "../../platform/Export.h"
+#include "../../platform/InputStream.h"
+#include "../../platform/Observable.h"
+#include "../../platform/Uninherited.h"
+#include "../../platform/Vector.h"
+#include "../framework/TokenPlace.h"
+#include "StatelessHTMLObserver.h"
+#include "StatelessResults.h"
 
 namespace Kestra::HTML {
 
-/// What a `StatelessHTMLParser` remembers between two bytes. A part of its own, so that an assignment can copy all of it before it
-/// changes anything.
+/// What a `StatelessHTMLParser` remembers between two bytes. A part of its own, so that an
+/// assignment can copy all of it before it changes anything.
 struct StatelessHTMLParserData {
     std::string identifier;  ///< also the body of a comment
     std::string value;
@@ -64,7 +64,7 @@ struct StatelessHTMLParserData {
     bool wentOver = false;
     bool pieceLeft = false;         ///< a callback threw: the rest of the piece was not read
     std::uint64_t pieceOffset = 0;  ///< bytes of the document before the piece
-    std::uint64_t tokenOffset = 0;  ///< bytes of the document before the token under way, and what stands there
+    std::uint64_t tokenOffset = 0;  ///< bytes of the document before the token under way, and its place
     std::uint64_t tokenLine = 1;
     std::uint64_t tokenColumn = 1;
     bool tokenAfterNewline = false;
@@ -73,7 +73,8 @@ struct StatelessHTMLParserData {
     bool isBrowsersName = false;   ///< browsers see the name of the start tag under way as well
     std::uint32_t rawElement = 0;  ///< the one whose content is text
     std::uint32_t rawTextState = 0;
-    std::string heldBack;  ///< at the end of a content: may begin its end tag, or something else that counts; not yet counted
+    std::string
+        heldBack;  ///< at the end of a content: may begin its end tag, or something else that counts; not yet counted
 
     AttributePlace attributePlace;  ///< of the one under way
     Vector<AttributePlace> attributePlaces;
@@ -85,7 +86,8 @@ struct StatelessHTMLParserData {
     StatelessHTMLObserver::Tokens wideTokens;
 };
 
-/// A small parser for 8-bit markup: bytes in, numbered events out, nothing kept but what is under way.
+/// A small parser for 8-bit markup: bytes in, numbered events out, nothing kept but what is under
+/// way.
 ///
 ///     StatelessHTMLParser parser;
 ///     parser.Attach(&observer);
@@ -93,22 +95,27 @@ struct StatelessHTMLParserData {
 ///     result = parser.ParseStream(stream, true);   // or ParseBuffer, any number of times; 0 and 16 are good
 ///     parser.EndParse();
 ///
-/// It reports each start tag, end tag, comment, text, declaration, script and style sheet by itself, the moment it is complete. It is not
-/// lossless: white space inside tags, script comments and the text behind the last tag are dropped, and a comment ends with its piece.
+/// It reports each start tag, end tag, comment, text, declaration, script and style sheet by
+/// itself, the moment it is complete. It is not lossless: white space inside tags, script comments
+/// and the text after the last tag are dropped, and a comment ends with its piece.
 ///
-/// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the parser stands at the byte that does not
-/// fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` tell where.
-/// **Stop and limits**: a callback ends the document with `Stop`; `SetMaxTokenSize` and `SetMaxAttributes` limit what a token may take.
-/// Both are off from the start. A limit for a whole document is the host's: it counts what it feeds.
-/// **Callbacks** run inside the call that fed the input. Text is reported when the parser stands in front of the "<" behind it, everything
-/// else when it stands behind the last byte of the construct. A callback must neither assign to the parser nor destroy it; a call that
-/// feeds, starts or ends gets 2 and changes nothing. What a callback throws passes through: the rest of the piece is lost, and the next
-/// call goes on behind the construct.
-/// **Strings**: texts, comments, attribute values and items of declarations are converted by the charset. Names, scripts and style
-/// sheets always follow the rule for 0, the ANSI code page; so does every string while the charset has no converter.
+/// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the
+/// parser is at the byte that does not fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` say
+/// where.
+/// **Stop and limits**: a callback ends the document with `Stop`; `SetMaxTokenSize` and
+/// `SetMaxAttributes` limit what a token may take. Both are off from the start. A limit for a whole
+/// document is the host's: it counts what it feeds.
+/// **Callbacks** run inside the call that fed the input. Text is reported when the parser is before
+/// the "<" that ends it, everything else when it is after the last byte of the construct. A
+/// callback must neither assign to the parser nor destroy it; a call that feeds, starts or ends
+/// gets 2 and changes nothing. What a callback throws passes through: the rest of the piece is
+/// lost, and the next call goes on after the construct.
+/// **Strings**: texts, comments, attribute values and items of declarations are converted by the
+/// charset. Names, scripts and style sheets always follow the rule for 0, the ANSI code page; so
+/// does every string while the charset has no converter.
 /// **Threads**: one parser, one thread.
-/// **Copies**: a copy goes on where the original stood and has the same observers attached. When memory runs out, an assignment throws
-/// `std::bad_alloc` and changes nothing.
+/// **Copies**: a copy goes on where the original was and has the same observers attached. When
+/// memory runs out, an assignment throws `std::bad_alloc` and changes nothing.
 class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable, private StatelessHTMLParserData {
 public:
     static constexpr std::int32_t BUFFER_SIZE = 65536;  ///< bytes per read of a stream or file
@@ -134,50 +141,66 @@ public:
     StatelessHTMLParser& operator=(const StatelessHTMLParser& other);
     ~StatelessHTMLParser() override;
 
-    /// Begins a document, also when another one is under way. @param charset  0: the ANSI code page, until the markup chooses another one;
-    /// 1200: each two bytes are a unit of UTF-16, an odd last one becomes U+FFFD. @return 0; 2 out of a callback; 710 stopped
+    /// Begins a document, also when another one is under way. @param charset  0: the ANSI code
+    /// page, until the markup chooses another one; 1200: each two bytes are a unit of UTF-16, an
+    /// odd last one becomes U+FFFD. @return 0; 2 out of a callback; 710 stopped
     std::uint32_t StartParse(StringNS::CharSet::Code charset);
 
-    /// Parses the next piece, of any size. @param data  borrowed for the call. @param size  in bytes
-    /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2 for null data with a size and out
-    /// of a callback; 701 to 703; 710 stopped; 711 a token went over a limit
+    /// Parses the next piece, of any size. @param data  borrowed for the call. @param size  in
+    /// bytes
+    /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2
+    /// for null data with a size and out of a callback; 701 to 703; 710 stopped; 711 a token went
+    /// over a limit
     std::uint32_t ParseBuffer(const void* data, std::size_t size);
 
-    /// Parses a stream from where it stands to its end, in reads of BUFFER_SIZE bytes. Neither starts nor ends the document. It goes on
-    /// reading for as long as the stream answers 0, also without a byte.
-    /// @param release  deletes the stream, whatever the result; a call out of a callback leaves it to the caller
-    /// @return 0, also when the stream ends inside a construct; 2 for null and out of a callback; 10 before `StartParse`; 701 to 703, 710,
-    ///         711; the code of the stream or of the buffer; 512 for a stream that claims more bytes than it was asked for
+    /// Parses a stream from its current place to its end, in reads of BUFFER_SIZE bytes. Neither
+    /// starts nor ends the document. It goes on reading for as long as the stream answers 0, also
+    /// without a byte.
+    /// @param release  deletes the stream, whatever the result; a call out of a callback leaves it
+    /// to the caller
+    /// @return 0, also when the stream ends inside a construct; 2 for null and out of a callback;
+    /// 10 before `StartParse`; 701 to 703, 710, 711; the code of the stream or of the buffer; 512
+    /// for a stream that claims more bytes than it was asked for
     std::uint32_t ParseStream(VFS::InputStream* stream, bool release);
 
-    /// Parses a file as `ParseStream` does. @return the same; 506 when it cannot be opened, or for a null path
+    /// Parses a file as `ParseStream` does. @return the same; 506 when it cannot be opened, or for
+    /// a null path
     std::uint32_t ParseFile(const WideChar* path);
 
-    /// Ends the document. Text behind the last tag, and a construct that is not complete, cause no event. Without a document it
-    /// does nothing, and after 710 and 711 it causes no event. @return 0; 2 out of a callback; 710 when `OnStopParsing` stopped
+    /// Ends the document. Text after the last tag, and a construct that is not complete, cause no
+    /// event. Without a document it does nothing, and after 710 and 711 it causes no event. @return
+    /// 0; 2 out of a callback; 710 when `OnStopParsing` stopped
     std::uint32_t EndParse();
 
-    /// Ends the document out of a callback. The call that feeds, starts or ends answers 710 when the event has reached all observers, and
-    /// no other event follows, not even the `OnEndTag` of a short tag; an exception out of the same callback passes, and the document is
-    /// over all the same. `EndParse` then answers 0 without an event. Until the next `StartParse` bytes are not read: the call answers 710.
-    /// A copy of a stopped parser is stopped. @return 0; 2 when no callback is at work, and nothing changes
+    /// Ends the document out of a callback. The call that feeds, starts or ends answers 710 when
+    /// the event has reached all observers, and no other event follows, not even the `OnEndTag` of
+    /// a short tag; an exception out of the same callback passes, and the document is over all the
+    /// same. `EndParse` then answers 0 without an event. Until the next `StartParse` bytes are not
+    /// read: the call answers 710. A copy of a stopped parser is stopped. @return 0; 2 when no
+    /// callback is at work, and nothing changes
     std::uint32_t Stop();
 
-    /// Limits what one token may take. A token is a text, or what lies between a "<" and the end of the construct, white space and all; a
-    /// script or a style sheet is one token with its tags. One of more bytes ends the call with 711. All events before it have been caused,
-    /// `GetCurrentOffset` is the offset of its first byte, and line and column are those of that byte. `EndParse` then answers 0 without an
-    /// event. Or the host goes on: the next byte that it feeds has that offset, and is read as the first one of a token.
+    /// Limits what one token may take. A token is a text, or what lies between a "<" and the end of
+    /// the construct, white space and all; a script or a style sheet is one token with its tags.
+    /// One of more bytes ends the call with 711. All events before it have been caused,
+    /// `GetCurrentOffset` is the offset of its first byte, and line and column are those of that
+    /// byte. `EndParse` then answers 0 without an event. Or the host goes on: the next byte that it
+    /// feeds has that offset, and is read as the first one of a token.
     ///
-    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB, its buffer, and 16 times the limit, when that is
-    /// at least 4 KiB. For this a limit bounds the attributes of a tag and the items of a declaration as well: 24 of them and one more for
+    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB, its
+    /// buffer, and 16 times the limit, when that is at least 4 KiB. For this a limit bounds the
+    /// attributes of a tag and the items of a declaration as well: 24 of them and one more for
     /// every 128 bytes of the limit. `SetMaxAttributes` sets another number for attributes.
-    /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives `StartParse`, and is a copy's too
+    /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives
+    /// `StartParse`, and is a copy's too
     /// @return 0
     std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
     std::uint64_t GetMaxTokenSize() const;
 
-    /// Limits the attributes of a tag or an instruction. One more ends the call with 711, as for `SetMaxTokenSize`.
-    /// @param count  0, the default, for no limit. Takes effect with the next attribute, survives `StartParse`, and is a copy's too
+    /// Limits the attributes of a tag or an instruction. One more ends the call with 711, as for
+    /// `SetMaxTokenSize`.
+    /// @param count  0, the default, for no limit. Takes effect with the next attribute, survives
+    /// `StartParse`, and is a copy's too
     /// @return 0
     std::uint32_t SetMaxAttributes(std::uint64_t count);
     std::uint64_t GetMaxAttributes() const;
@@ -186,31 +209,39 @@ public:
     std::uint32_t SetFlags(unsigned long newFlags);
     unsigned long GetFlags() const;  ///< initially 1
 
-    /// How the content of elements without markup is read, from the next start tag on that is complete; what has begun goes on as it
-    /// began. It stays for the next documents, and copies have it.
+    /// How the content of elements without markup is read, from the next start tag on that is
+    /// complete; what has begun goes on as it began. It stays for the next documents, and copies
+    /// have it.
     ///
-    /// With SCRIPT_AS_TEXT the content of `script`, `style`, `textarea`, `title`, `xmp`, `iframe`, `noembed` and `noframes` is text up to
-    /// the element's own end tag: "</" and the name, compared without case, followed by white space, "/" or ">". In a script the part in
-    /// `<!--` and `-->` may hold scripts with their end tags, as the HTML standard has it. `OnScript` and `OnStyle` get the body as it is
-    /// written; of the other elements the events are `OnStartTag`, `OnText` unless the content is empty, and `OnEndTag`. Nothing ends
-    /// `plaintext`, so its content causes no event.
+    /// With SCRIPT_AS_TEXT the content of `script`, `style`, `textarea`, `title`, `xmp`, `iframe`,
+    /// `noembed` and `noframes` is text up to the element's own end tag: "</" and the name,
+    /// compared without case, followed by white space, "/" or ">". In a script the part in `<!--`
+    /// and `-->` may hold scripts with their end tags, as the HTML standard has it. `OnScript` and
+    /// `OnStyle` get the body as it is written; of the other elements the events are `OnStartTag`,
+    /// `OnText` unless the content is empty, and `OnEndTag`. Nothing ends `plaintext`, so its
+    /// content causes no event.
     ///
-    /// What lies between the name of such an end tag and its first ">" is dropped. A "/" at the end of such a start tag closes nothing.
-    /// A tag whose name browsers would not see there, as in "< title>" and "<title=a>", has no such content; those of scripts and style
-    /// sheets then cause `OnStartTag`. A stop and an exception out of the callback of such a tag or of its text end the content.
+    /// What lies between the name of such an end tag and its first ">" is dropped. A "/" at the end
+    /// of such a start tag closes nothing. A tag whose name browsers would not see there, as in "<
+    /// title>" and "<title=a>", has no such content; those of scripts and style sheets then cause
+    /// `OnStartTag`. A stop and an exception out of the callback of such a tag or of its text end
+    /// the content.
     /// @return 0; 2 for another value, and nothing changes
     std::uint32_t SetScriptMode(ScriptMode newMode);
     ScriptMode GetScriptMode() const;
 
-    /// Line, from 1. Two line breaks in a row, of any kind, count as one. @param out  not null. @return 0
+    /// Line, from 1. Two line breaks in a row, of any kind, count as one. @param out  not null.
+    /// @return 0
     std::uint32_t GetCurrentLineNumber(std::size_t* out) const;
 
-    /// Column, from 1. A byte of text, of a script or of a style sheet counts two. @param out  not null. @return 0
+    /// Column, from 1. A byte of text, of a script or of a style sheet counts two. @param out  not
+    /// null. @return 0
     std::uint32_t GetCurrentColumnNumber(std::size_t* out) const;
 
-    /// Offset of the next unread byte, from the first one fed after `StartParse`. A construct lies between the offsets of the event before
-    /// it, or 0, and of its own; the end tag that a tag ending in "/>" causes lies, without a byte, after that tag. Bytes that may begin
-    /// the end tag of a content that is text count as unread, for line and column too.
+    /// Offset of the next unread byte, from the first one fed after `StartParse`. A construct lies
+    /// between the offsets of the event before it, or 0, and of its own; the end tag that a tag
+    /// ending in "/>" causes lies, without a byte, after that tag. Bytes that may begin the end tag
+    /// of a content that is text count as unread, for line and column too.
     /// @param out  not null. @return 0
     std::uint32_t GetCurrentOffset(std::uint64_t* out) const;
 
@@ -220,100 +251,6 @@ public:
     std::uint32_t GetAttributePlace(std::size_t index, AttributePlace* place) const;
 
 private:
-    class Busy;
-
-    using Attributes = StatelessHTMLObserver::Attributes;
-    using Tokens = StatelessHTMLObserver::Tokens;
-
-    // Walking over the piece.
-    std::uint64_t GetOffset() const;
-    bool AtEnd() const;
-    unsigned char Next() const;
-    void Consume();
-    void CountContent(unsigned char byte);
-    void ConsumeContent();
-    void ConsumeContentRun(std::size_t count);
-    void ConsumeRun(std::size_t count);
-    bool SkipWhiteSpace();
-    bool IsBehind(char byte) const;
-
-    // Limits.
-    bool GoesOver(std::size_t count) const;
-    void ApplyLimits();
-    void BeginToken();
-    void GoBackToToken();
-    template <typename Event>
-    std::uint32_t FinishToken(Event raiseEvent);
-
-    std::uint32_t ParsePiece(const void* data, std::size_t size);
-    std::uint32_t FeedStream(VFS::InputStream* stream);
-
-    // The main machine: one step in each state.
-    std::uint32_t RunMachine();
-    void LimitBuffers(bool isNewDocument);
-    std::uint32_t ParseText();
-    std::uint32_t ParseAfterLessThan();
-    std::uint32_t ParseAfterExclamationMark();
-    std::uint32_t ParseAfterHyphen();
-    std::uint32_t FinishStartTag();
-    std::uint32_t FinishStartTagAsText();
-
-    // The parsers of the constructs and of their parts. 0: complete; 16: the piece is used up; 701 to 703: malformed.
-    void InitIdentifierParser();
-    std::uint32_t ParseIdentifier();
-    void InitValueParser();
-    std::uint32_t ParseValue();
-    void InitAttrParser();
-    std::uint32_t ParseAttr();
-    void InitAttrsParser();
-    std::uint32_t ParseAttrs();
-    void InitTokensParser();
-    std::uint32_t ParseTokens();
-    void InitStartTagParser();
-    std::uint32_t ParseStartTag();
-    void InitEndTagParser();
-    std::uint32_t ParseEndTag();
-    void InitEntityTagParser();
-    std::uint32_t ParseEntityTag();
-    void InitExternTagParser();
-    std::uint32_t ParseExternTag();
-    void InitCommentTagParser();
-    std::uint32_t ParseCommentTag();
-    void InitScriptTagParser();
-    std::uint32_t ParseScriptTag();
-    std::uint32_t ParseScriptCode();
-    std::uint32_t ParseScriptString();
-    bool ParseScriptEnd();
-    void InitStyleTagParser();
-    std::uint32_t ParseStyleTag();
-    bool ParseStyleEnd();
-    void InitRawTextParser();
-    std::uint32_t ParseRawText();
-    void HoldBack();
-    bool JudgeHeldBack();
-    std::uint32_t FinishRawText();
-    std::uint32_t ParseRawTextEnd();
-    std::uint32_t SkipBadAttribute();
-    std::uint32_t ReadQuoted(char quote);
-
-    // From bytes to events.
-    std::uint32_t GetCharSetFromStartTag();
-    std::uint32_t GetCharSetFromExternTag();
-    bool MayChangeCharSet() const;
-    std::uint32_t CharSetKnown() const;
-    void ToWide(StringNS::CharSet::Code code, const std::string& bytes, WideString* output);
-    std::uint32_t ConvertStr(const std::string& bytes, WideString* output);
-    std::uint32_t ConvertAttrs(Attributes* output);
-    std::uint32_t ConvertTokens(Tokens* output);
-    void Raise(unsigned long id, const void* first, const void* second = nullptr);
-    void RaiseStartTag();
-    void RaiseEndTag();
-    void RaiseRawTextEnd();
-    void RaiseExternTag();
-    void RaiseEntityTag();
-    void RaiseString(unsigned long id, std::string* bytes);
-    void RaiseBody(unsigned long id);
-
     Uninherited<bool> busy;  // a call that feeds, starts or ends is on the stack
     StringNS::CharSetConverter converter;
 };

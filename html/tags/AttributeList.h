@@ -1,23 +1,47 @@
 #pragma once
 
+#include "html/framework/Attribute.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 #include "html/tags/AttributeSimpleParser.h"
+#include "html/tags/TagGrammar.h"
 #include "platform/Vector.h"
 
 /// @file
-/// What a tag does with each attribute that its attribute recognizer has completed. Shared by the recognizers of tags; not installed.
+/// What a tag does with each attribute that its attribute recognizer has completed. Shared by the
+/// recognizers of tags; not installed.
 
 namespace Kestra::HTML {
 
 /// What a tag does next.
 enum class AttributeListStep {
-    NEXT_ATTRIBUTE,  ///< the attribute is in the list, the recognizer is restarted
-    CLOSING_MARK,    ///< the attribute ended in the closing mark ("/"), which is taken off it: the end of the tag must follow
-    END_OF_LIST,     ///< there was no attribute, only white space in front of ">"
-    LONE_MARK,       ///< the closing mark was the whole unquoted value: malformed behind the mark
+    NEXT_ATTRIBUTE,  ///< the attribute is in the list, and its recognizer reads the next one
+    CLOSING_MARK,    ///< the attribute ended in the closing mark, which is taken off it: ">" must follow
+    END_OF_LIST,     ///< there was no attribute, only white space before ">"
+    LONE_MARK,       ///< the closing mark was the whole unquoted value: malformed after the mark
     MALFORMED,       ///< a closing mark and then white space
 };
+
+/// The states of a tag after its attributes.
+struct AttributeListExits {
+    std::uint32_t afterMark;
+    std::uint32_t atEnd;
+};
+
+inline bool HasClosingMark(AttributeListStep step) {
+    return step == AttributeListStep::CLOSING_MARK || step == AttributeListStep::LONE_MARK;
+}
+
+/// @param state  receives the next state of the tag, if there is another one
+/// @return SP_NEED_MORE_DATA to go on in that state, or SP_MALFORMED
+inline std::uint32_t LeaveAttribute(AttributeListStep step, const AttributeListExits& exits, std::uint32_t* state) {
+    if (HasClosingMark(step))
+        *state = exits.afterMark;
+    else if (step == AttributeListStep::END_OF_LIST)
+        *state = exits.atEnd;
+    return step == AttributeListStep::LONE_MARK || step == AttributeListStep::MALFORMED ? SP_MALFORMED
+                                                                                        : SP_NEED_MORE_DATA;
+}
 
 /// Appends a completed attribute. Without a value only `prefix` and `name` count.
 template <typename C, typename S>
@@ -45,55 +69,99 @@ void RestartAttribute(AttributeSimpleParser<C, S>* attribute, AttributeSimplePar
     data->iso2022 = iso2022;
 }
 
-/// Settles the attribute that `attribute` has just completed: with a value, without one, or none at all.
-///
-/// The white space behind an attribute without a value becomes the prefix of the next one, which then goes on at its name.
-///
-/// @param context  one character is left: an attribute completes in front of it, or behind a closing quote
-/// @param suffix   receives white space that belongs to no attribute
-/// @param bareValueKeepsIso2022  false: the restart behind a non-empty unquoted value leaves `iso2022` off
+/// Settles the attributes of one tag, each when its recognizer has completed it.
 template <typename C, typename S>
-AttributeListStep TakeAttribute(const SimpleParserContext<C, S>& context, AttributeSimpleParser<C, S>* attribute,
-                                AttributeSimpleParserData<C, S>* data, Vector<Attribute<C, S>>* attributes, S* suffix, bool iso2022,
-                                bool bareValueKeepsIso2022, C closingMark) {
-    if (data->hasValue != 0) {
-        const bool bare = data->quote == QUOTE_NONE && !data->value.empty();
-        if (bare && data->value.back() == closingMark && !Scan::AtEnd(context) && Scan::Next(context) == '>') {
-            data->value.pop_back();
-            if (data->value.empty())
-                return AttributeListStep::LONE_MARK;
+class AttributeList {
+public:
+    /// @param attributeRecognizer  and its record: those that have completed the attribute
+    /// @param tag  the record of a tag with `attributes`, `suffix` and `iso2022`
+    template <typename Tag>
+    AttributeList(AttributeSimpleParser<C, S>* attributeRecognizer, AttributeSimpleParserData<C, S>* attributeData,
+                  Tag* tag)
+        : recognizer(attributeRecognizer),
+          data(attributeData),
+          attributes(&tag->attributes),
+          suffix(&tag->suffix),
+          iso2022(tag->iso2022) {}
+
+    /// Settles the completed attribute: with a value, without one, or none at all.
+    ///
+    /// The white space after an attribute without a value becomes the prefix of the next one, which
+    /// then goes on at its name.
+    ///
+    /// @param context  one character is left: an attribute completes before it, or after a closing
+    /// quote
+    /// @param closingMark  "/", or "?" of an XML declaration
+    /// @param bareValueKeepsIso2022  false: the restart after a non-empty unquoted value leaves
+    /// `iso2022` off
+    AttributeListStep Settle(const SimpleParserContext<C, S>& context, C closingMark, bool bareValueKeepsIso2022) {
+        if (data->hasValue != 0)
+            return SettleValue(context, closingMark, bareValueKeepsIso2022);
+        if (data->name.empty()) {
+            TakeText(&data->prefix, suffix);
+            Restart(iso2022);
+            return AttributeListStep::END_OF_LIST;
+        }
+        const auto mark = TagGrammar::FindMarkOfName<C>(data->name, !data->beforeEquals.empty(), closingMark);
+        if (mark == TagGrammar::ClosingMark::DETACHED)
+            return AttributeListStep::MALFORMED;
+        const bool isClosed = mark == TagGrammar::ClosingMark::CLOSES;
+        if (isClosed)
+            data->name.pop_back();
+        AppendNameOrSuffix();
+        RestartAtName();
+        return isClosed ? AttributeListStep::CLOSING_MARK : AttributeListStep::NEXT_ATTRIBUTE;
+    }
+
+    /// Settles a name from which the closing mark has been taken: of "/" alone only the white space
+    /// before it is left.
+    void AppendNameOrSuffix() {
+        if (data->name.empty())
+            TakeText(&data->prefix, suffix);
+        else
             AppendAttribute(data, attributes);
-            RestartAttribute(attribute, data, iso2022);
-            return AttributeListStep::CLOSING_MARK;
+    }
+
+private:
+    AttributeListStep SettleValue(const SimpleParserContext<C, S>& context, C closingMark, bool bareValueKeepsIso2022) {
+        const bool isBare = data->quote == QUOTE_NONE && !data->value.empty();
+        if (isBare && !Scan::AtEnd(context)) {
+            const auto mark = TagGrammar::FindMarkOfBareValue<C>(data->value, Scan::Next(context), closingMark);
+            if (mark != TagGrammar::ClosingMark::NONE)
+                data->value.pop_back();
+            if (mark == TagGrammar::ClosingMark::LONE)
+                return AttributeListStep::LONE_MARK;
+            if (mark == TagGrammar::ClosingMark::CLOSES) {
+                AppendAttribute(data, attributes);
+                Restart(iso2022);
+                return AttributeListStep::CLOSING_MARK;
+            }
         }
         AppendAttribute(data, attributes);
-        RestartAttribute(attribute, data, iso2022 && (!bare || bareValueKeepsIso2022));
+        Restart(iso2022 && (!isBare || bareValueKeepsIso2022));
         return AttributeListStep::NEXT_ATTRIBUTE;
     }
-    if (data->name.empty()) {
-        TakeText(&data->prefix, suffix);
-        RestartAttribute(attribute, data, iso2022);
-        return AttributeListStep::END_OF_LIST;
+
+    void Restart(bool allowEscapeRuns) {
+        RestartAttribute(recognizer, data, allowEscapeRuns);
     }
-    AttributeListStep step = AttributeListStep::NEXT_ATTRIBUTE;
-    if (data->name.back() == closingMark) {
-        if (!data->beforeEquals.empty())
-            return AttributeListStep::MALFORMED;
-        step = AttributeListStep::CLOSING_MARK;
-        data->name.pop_back();
+
+    /// The white space moves aside while the recognizer restarts, and `beforeEquals` keeps its
+    /// buffer.
+    void RestartAtName() {
+        S carry;
+        carry.swap(data->beforeEquals);
+        Restart(iso2022);
+        TakeText(&carry, &data->prefix);
+        data->beforeEquals.swap(carry);
+        data->state = ATTRIBUTE_NAME;
     }
-    // The white space moves aside while the recognizer restarts; appending leaves `beforeEquals` alone, and it keeps its buffer.
-    if (data->name.empty())
-        TakeText(&data->prefix, suffix);
-    else
-        AppendAttribute(data, attributes);
-    S carry;
-    carry.swap(data->beforeEquals);
-    RestartAttribute(attribute, data, iso2022);
-    TakeText(&carry, &data->prefix);
-    data->beforeEquals.swap(carry);
-    data->state = 1;
-    return step;
-}
+
+    AttributeSimpleParser<C, S>* recognizer;
+    AttributeSimpleParserData<C, S>* data;
+    Vector<Attribute<C, S>>* attributes;
+    S* suffix;
+    bool iso2022;
+};
 
 }  // namespace Kestra::HTML

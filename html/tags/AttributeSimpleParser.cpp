@@ -6,21 +6,9 @@
 
 namespace Kestra::HTML {
 
-namespace {
-
-enum State : std::uint32_t {
-    PREFIX = 0,
-    NAME = 1,
-    AFTER_NAME = 2,
-    EXPECT_EQUALS = 3,
-    VALUE = 4,
-};
-
-}  // namespace
-
 template <typename C, typename S>
 std::uint32_t AttributeSimpleParser<C, S>::BeginParse(Data* data) {
-    data->state = PREFIX;
+    data->state = ATTRIBUTE_PREFIX;
     data->hasValue = 0;
     data->prefix.clear();
     data->name.clear();
@@ -36,50 +24,49 @@ std::uint32_t AttributeSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state              white space   "="        ">"               other
-//  0 prefix           keep          to 1       to 1              to 1
-//  1 name             to 2          to 2       to 2              keep
-//  2 after the name   keep          to 3       to 3              to 3
-//  3 "=" or not                     to 4       complete          complete
-//  4 value            the value recognizer reads it and completes
-//
-// Nothing but the "=" and the value is consumed from state 3 on.
+//  state              white space        "="    ">"                other
+//  0 prefix           keep               as 1   as 1               as 1
+//  1 name             as 2               as 2   as 2               keep
+//  2 after the name   keep               as 3   as 3               as 3
+//  3 "=" or not       complete, unread   to 4   complete, unread   complete, unread
+//  4 value            the value recognizer reads on: " a": hold; "a" before " ": complete; "a" before ">": complete;
+//                     before ">": complete; "'a": hold; "'a>'": complete
 template <typename C, typename S>
 std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
-        switch (static_cast<State>(data->state)) {
-            case PREFIX:
+        switch (static_cast<AttributeState>(data->state)) {
+            case ATTRIBUTE_PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&whiteSpaceData.text, &data->prefix);
-                data->state = NAME;
+                data->state = ATTRIBUTE_NAME;
                 identifier.BeginParse(&identifierData);
                 identifierData.attributeNameMode = true;
                 continue;
-            case NAME:
+            case ATTRIBUTE_NAME:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&identifierData.text, &data->name);
-                data->state = AFTER_NAME;
+                data->state = ATTRIBUTE_AFTER_NAME;
                 whiteSpace.BeginParse(&whiteSpaceData);
                 continue;
-            case AFTER_NAME:
+            case ATTRIBUTE_AFTER_NAME:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
                 TakeText(&whiteSpaceData.text, &data->beforeEquals);
-                data->state = EXPECT_EQUALS;
+                data->state = ATTRIBUTE_EXPECT_EQUALS;
                 continue;
-            case EXPECT_EQUALS:
+            case ATTRIBUTE_EXPECT_EQUALS:
                 if (Scan::Next(*context) != '=') {
                     data->hasValue = 0;
                     return SP_TOKEN_COMPLETE;
                 }
                 Scan::Advance(*context);
-                data->state = VALUE;
+                data->state = ATTRIBUTE_VALUE;
                 token.BeginParse(&tokenData);
                 tokenData.iso2022 = data->iso2022;
                 continue;
-            case VALUE: {
+            case ATTRIBUTE_VALUE: {
                 const std::uint32_t result = token.Parse(context, &tokenData);
                 if (result == SP_TOKEN_COMPLETE) {
                     data->hasValue = 1;

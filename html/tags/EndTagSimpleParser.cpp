@@ -25,15 +25,19 @@ std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state                 white space   "/"    ">"        "<"               other
-//  0 prefix              keep          to 1   to 1       to 1              to 1
-//  1 name                to 2          keep   to 2       to 2              keep; to 2 at "=", "[", "]"
-//  2 after the name      keep          to 5   to 5       to 5              to 5
-//  5 what comes next     to 3          to 3   complete   complete, open    to 3
-//  3 attributes          the attribute recognizer reads on: to 5 behind a closing "/", to 4 in front of ">"
-//  4 end of attributes   fail          to 5   complete   fail              fail
+//  state                 white space   "/"    ">"        "<"                      "=", "[", "]"   other
+//  0 prefix              keep          as 1   as 1       as 1                     as 1            as 1
+//  1 name                as 2          keep   as 2       as 2                     as 2            keep
+//  2 after the name      keep          as 5   as 5       as 5                     as 5            as 5
+//  5 what comes next     as 3          as 3   complete   complete, unread, open   as 3            as 3
+//  3 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 4;
+//                        "a/" before ">": to 5; "/" before ">": to 5; "a=b/" before ">": to 5; "a=/" before ">": to 5,
+//                        fail;
+//                        "/ " before "a": fail
+//  4 end of attributes   fail          to 5   complete   fail                     fail            fail
 //
-// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag swallows.
+// The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag
+// swallows.
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -95,33 +99,19 @@ bool EndTagSimpleParser<C, S>::ParseNext(SimpleParserContext<C, S>* context, Dat
     return true;
 }
 
-/// State 3, one attribute. A closing "/" ends the call even with characters left; hosts rely on it.
+/// State 3, one attribute. A closing "/" ends the call even with characters left (kept).
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, true, '/')) {
-        case AttributeListStep::NEXT_ATTRIBUTE:
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::CLOSING_MARK:
-            data->slashBeforeClose = true;
-            data->state = END_TAG_DECIDE;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::END_OF_LIST:
-            data->state = END_TAG_END_OF_ATTRIBUTES;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::LONE_MARK:
-            data->slashBeforeClose = true;
-            data->state = END_TAG_DECIDE;
-            return SP_MALFORMED;
-        case AttributeListStep::MALFORMED:
-            return SP_MALFORMED;
-    }
-    return SP_MALFORMED;
+    const AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '/', true);
+    if (HasClosingMark(step))
+        data->slashBeforeClose = true;
+    return LeaveAttribute(step, {END_TAG_DECIDE, END_TAG_END_OF_ATTRIBUTES}, &data->state);
 }
 
-/// State 4. A "/" ends the call even with characters left; hosts rely on it.
+/// State 4. A "/" ends the call even with characters left (kept).
 template <typename C, typename S>
 std::uint32_t EndTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);

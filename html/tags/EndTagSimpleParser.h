@@ -1,17 +1,14 @@
 #pragma once
 
-#include "html/framework/Attribute.h"
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/AttributeSimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "../framework/Attribute.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
+#include "AttributeSimpleParser.h"
+#include "IdentifierSimpleParser.h"
 
 namespace Kestra::HTML {
-
-template <typename C, typename S>
-class Parser;
 
 /// The values of `EndTagSimpleParserData::state`.
 enum EndTagState : std::uint32_t {
@@ -34,12 +31,13 @@ struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
     S afterName;              ///< white space after the name
     S suffix;                 ///< white space after the last attribute
     Vector<Attribute<C, S>> attributes;
-    bool slashBeforeClose = false;  ///< a "/" stood after the attributes
+    bool slashBeforeClose = false;  ///< there was a "/" after the attributes
     bool closed = true;             ///< false when a "<" ended the tag
     bool iso2022 = false;           ///< double-quoted values may hold ISO-2022 escape runs
 };
 
-/// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place, exclusive. Attributes and a stray "/" are kept.
+/// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place,
+/// exclusive. Attributes and a stray "/" are kept.
 template <typename C, typename S>
 class KESTRA_HTML_API EndTagSimpleParser final : public SimpleParser<C, S, EndTagSimpleParserData<C, S>> {
 public:
@@ -48,21 +46,20 @@ public:
     /// Clears `iso2022` as well, unlike the start tag: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece is used up, and also behind a closing
-    ///         "/" that follows the attributes; SP_MALFORMED for a lone "/" as an unquoted value before ">", a "/" behind white space and
-    ///         before more of it, and anything but "/" or ">" after the attributes; a code of a member, unchanged; 711 for more attributes
-    ///         than the driver allows.
+    /// @return SP_TOKEN_COMPLETE with the attributes normalized; SP_NEED_MORE_DATA when the piece
+    ///         is used up, and also after a closing "/" that follows the attributes; SP_MALFORMED
+    ///         for a lone "/" as an unquoted value before ">", a "/" after white space and before
+    ///         more of it, and anything but "/" or ">" after the attributes; a code of a member,
+    ///         unchanged; 711 for more attributes than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     bool ParseNext(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data);

@@ -36,10 +36,11 @@ void EntityTagSimpleParser<C, S>::RestartToken(const Data& data) {
     tokenData.iso2022 = data.iso2022;
 }
 
-//  state         white space   ">"        "<"     other
-//  0 prefix      keep          to 1       to 1    to 1
-//  1 keyword     to 2          to 2       to 2    keep; to 2 at "=", "[", "]"
-//  2 items       the value recognizer reads item after item: complete behind ">", fail in front of "<"
+//  state       white space   ">"    "<"    "=", "[", "]"   other
+//  0 prefix    keep          as 1   as 1   as 1            as 1
+//  1 keyword   as 2          as 2   as 2   as 2            keep
+//  2 items     the value recognizer reads on: "a ": hold; "'>'": hold; ">": complete; "a>": complete; before "<": fail;
+//              "a" before "<": fail
 template <typename C, typename S>
 std::uint32_t EntityTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -70,7 +71,8 @@ std::uint32_t EntityTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
     return SP_NEED_MORE_DATA;
 }
 
-/// State 2, one item. An empty bare word ends the list: it stands in front of ">", or of the "<" that may not come here.
+/// State 2, one item. An empty bare word ends the list: it comes before ">", or of the "<" that may
+/// not come here.
 template <typename C, typename S>
 std::uint32_t EntityTagSimpleParser<C, S>::ParseItem(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = token.Parse(context, &tokenData);

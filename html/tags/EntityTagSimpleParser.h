@@ -1,17 +1,14 @@
 #pragma once
 
-#include "html/framework/EntityToken.h"
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
-#include "html/tags/TokenSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "../framework/EntityToken.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
+#include "IdentifierSimpleParser.h"
+#include "TokenSimpleParser.h"
 
 namespace Kestra::HTML {
-
-template <typename C, typename S>
-class Parser;
 
 /// State of one declaration between two pieces of input.
 template <typename C, typename S>
@@ -23,12 +20,14 @@ struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
     S name;                            ///< the keyword as written, for example "DOCTYPE"
     Vector<EntityToken<C, S>> tokens;  ///< words and quoted strings in document order
     S suffix;                          ///< white space before the closing ">"
-    bool iso2022 = false;              ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    bool iso2022 =
+        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
 };
 
 /// Reads a declaration such as "<!DOCTYPE html>", from after its "<!" to its ">", inclusive.
 ///
-/// "=" and "/" belong to bare words, and so do quotes behind the first character. An empty quoted string is an item.
+/// "=" and "/" belong to bare words, and so do quotes after the first character. An empty quoted
+/// string is an item.
 template <typename C, typename S>
 class KESTRA_HTML_API EntityTagSimpleParser final : public SimpleParser<C, S, EntityTagSimpleParserData<C, S>> {
 public:
@@ -36,19 +35,18 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for a "<" where an item or the ">"
-    ///         may stand; a code of a quoted string, unchanged; 711 for more items than the driver allows.
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up;
+    ///         SP_MALFORMED for a "<" where an item or the ">" may stand; a code of a quoted
+    ///         string, unchanged; 711 for more items than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void RestartToken(const Data& data);
     std::uint32_t ParseItem(SimpleParserContext<C, S>* context, Data* data);
 

@@ -7,24 +7,14 @@ namespace Kestra::HTML {
 
 namespace {
 
-enum State : std::uint32_t {
-    FREE_TEXT = 0,
-    AFTER_SLASH = 1,
-    BLOCK_COMMENT = 2,
-    AFTER_ASTERISK = 3,
-    LINE_COMMENT = 4,
-    SINGLE_QUOTED = 5,
-    DOUBLE_QUOTED = 6,
-    AFTER_QUESTION_MARK = 7,
-};
-
-constexpr Scan::Classes FREE_TEXT_STOPS = Scan::QUESTION_MARK | Scan::APOSTROPHE | Scan::QUOTATION_MARK | Scan::SLASH | Scan::GREATER_THAN;
+constexpr Scan::Classes FREE_TEXT_STOPS =
+    Scan::QUESTION_MARK | Scan::APOSTROPHE | Scan::QUOTATION_MARK | Scan::SLASH | Scan::GREATER_THAN;
 
 }  // namespace
 
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::BeginParse(Data* data) {
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     data->questionPending = false;
     data->text.clear();
     data->iso2022 = false;
@@ -46,44 +36,42 @@ void ExternTagFreeStyleSimpleParser<C, S>::RestartDQuoteString(const Data& data)
     dQuoteStringData.allowEscape2022 = data.iso2022;
 }
 
-//  state              "?"        "'"       '"'       "/"        "*"       LF       ">"             other
-//  0 free text        to 7       to 5      to 6      to 1       keep      keep     to 7, unread    keep
-//  1 after "/"        "/", to 0  as "?"    as "?"    "//", to 4 "/*",to 2 as "?"   as "?"          as "?"
-//  2 block comment    keep       keep      keep      keep       to 3      keep     keep            keep
-//  3 "*" in it        "*", to 0  as "?"    as "?"    "*/", to 0 as "?"    as "?"   as "?"          as "?"
-//  4 line comment     keep       keep      keep      keep       keep      to 0     keep            keep
-//  5, 6 quoted        the string recognizer reads on; to 0 when it completes
-//  7 after "?"        to 0       to 0      to 0      to 0       to 0      to 0     complete        to 0
-//
-// "To 0" from 1, 3 and 7 leaves the character unread; a "*" that no "/" follows ends the block comment, and hosts rely on it. Behind a
-// bare ">" state 7 has no "?" to write.
+//  state             "?"          "'"     '"'     "/"          "*"          line feed    ">" other 0 free text hold, to
+//  7   to 5    to 6    to 1         keep         keep         as 7                      keep 1 after "/"       other
+//  other   other   "//", to 4   "/*", to 2   other        other                     "/", as 0 2 block comment   keep
+//  keep    keep    keep         to 3         keep         keep                      keep 3 "*" in it       other other
+//  other   "*/", to 0   other        other        other                     "*", as 0 (kept) 4 line comment    keep
+//  keep    keep    keep         keep         keep, to 0   keep                      keep 5 in "'"          the string
+//  recognizer reads on: '>"': hold; "a'": "'a'", to 0; "a\'": hold 6 in '"'          the string recognizer reads on:
+//  ">'": hold; 'a"': '"a"', to 0; 'a\"': hold 7 after "?"       other        other   other   other        other other
+//  release, keep, complete   release, as 0
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
         std::uint32_t result = SP_MALFORMED;
-        switch (static_cast<State>(data->state)) {
-            case FREE_TEXT:
+        switch (static_cast<ExternTagFreeStyleState>(data->state)) {
+            case FREE_STYLE_TEXT:
                 result = ParseFreeText(context, data);
                 break;
-            case AFTER_SLASH:
+            case FREE_STYLE_AFTER_SLASH:
                 result = ParseAfterSlash(context, data);
                 break;
-            case BLOCK_COMMENT:
+            case FREE_STYLE_BLOCK_COMMENT:
                 result = ParseBlockComment(context, data);
                 break;
-            case AFTER_ASTERISK:
+            case FREE_STYLE_AFTER_ASTERISK:
                 result = ParseAfterAsterisk(context, data);
                 break;
-            case LINE_COMMENT:
+            case FREE_STYLE_LINE_COMMENT:
                 result = ParseLineComment(context, data);
                 break;
-            case SINGLE_QUOTED:
+            case FREE_STYLE_SINGLE_QUOTED:
                 result = ParseString(context, data, &sQuoteString, &sQuoteStringData, '\'');
                 break;
-            case DOUBLE_QUOTED:
+            case FREE_STYLE_DOUBLE_QUOTED:
                 result = ParseString(context, data, &dQuoteString, &dQuoteStringData, '"');
                 break;
-            case AFTER_QUESTION_MARK:
+            case FREE_STYLE_AFTER_QUESTION_MARK:
                 result = ParseQuestionMark(context, data);
                 break;
         }
@@ -101,20 +89,20 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseFreeText(SimpleParserCo
         return SP_NEED_MORE_DATA;
     const C stop = Scan::Next(*context);
     if (stop == '>') {
-        data->state = AFTER_QUESTION_MARK;
+        data->state = FREE_STYLE_AFTER_QUESTION_MARK;
         data->questionPending = false;
         return SP_NEED_MORE_DATA;
     }
     if (stop == '\'') {
         RestartSQuoteString();
-        data->state = SINGLE_QUOTED;
+        data->state = FREE_STYLE_SINGLE_QUOTED;
     } else if (stop == '"') {
         RestartDQuoteString(*data);
-        data->state = DOUBLE_QUOTED;
+        data->state = FREE_STYLE_DOUBLE_QUOTED;
     } else if (stop == '/') {
-        data->state = AFTER_SLASH;
+        data->state = FREE_STYLE_AFTER_SLASH;
     } else if (stop == '?') {
-        data->state = AFTER_QUESTION_MARK;
+        data->state = FREE_STYLE_AFTER_QUESTION_MARK;
         data->questionPending = true;
     } else {
         return SP_UNEXPECTED_CHAR;  // a guard: no other character stops the run
@@ -128,11 +116,11 @@ template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);
     data->text += '/';
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     if (next == '*' || next == '/') {
         Scan::Advance(*context);
         data->text += next;
-        data->state = next == '*' ? BLOCK_COMMENT : LINE_COMMENT;
+        data->state = next == '*' ? FREE_STYLE_BLOCK_COMMENT : FREE_STYLE_LINE_COMMENT;
     }
     return SP_NEED_MORE_DATA;
 }
@@ -143,7 +131,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseBlockComment(SimplePars
     data->text.append(Scan::RunUntil<Scan::ASTERISK>(*context));
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
-        data->state = AFTER_ASTERISK;
+        data->state = FREE_STYLE_AFTER_ASTERISK;
     }
     return SP_NEED_MORE_DATA;
 }
@@ -156,7 +144,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterAsterisk(SimplePar
         Scan::Advance(*context);
         data->text += '/';
     }
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     return SP_NEED_MORE_DATA;
 }
 
@@ -167,7 +155,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseLineComment(SimpleParse
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
         data->text += '\n';
-        data->state = FREE_TEXT;
+        data->state = FREE_STYLE_TEXT;
     }
     return SP_NEED_MORE_DATA;
 }
@@ -183,22 +171,22 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseQuestionMark(SimplePars
         return SP_TOKEN_COMPLETE;
     }
     data->questionPending = false;
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     return SP_NEED_MORE_DATA;
 }
 
 /// States 5 and 6.
 template <typename C, typename S>
 template <typename Parser, typename ParserData>
-std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser,
-                                                                ParserData* parserData, C quote) {
+std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseString(SimpleParserContext<C, S>* context, Data* data,
+                                                                Parser* parser, ParserData* parserData, C quote) {
     const std::uint32_t result = parser->Parse(context, parserData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
     data->text += quote;
     data->text += parserData->text;
     data->text += quote;
-    data->state = FREE_TEXT;
+    data->state = FREE_STYLE_TEXT;
     return SP_NEED_MORE_DATA;
 }
 

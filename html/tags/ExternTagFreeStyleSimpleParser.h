@@ -1,40 +1,56 @@
 #pragma once
 
-#include "html/framework/SimpleParser.h"
-#include "html/text/DQuoteStringSimpleParser.h"
-#include "html/text/SQuoteStringSimpleParser.h"
+#include "../framework/SimpleParser.h"
+#include "../text/DQuoteStringSimpleParser.h"
+#include "../text/SQuoteStringSimpleParser.h"
 
 namespace Kestra::HTML {
+
+/// The values of `ExternTagFreeStyleSimpleParserData::state`.
+enum ExternTagFreeStyleState : std::uint32_t {
+    FREE_STYLE_TEXT = 0,
+    FREE_STYLE_AFTER_SLASH = 1,
+    FREE_STYLE_BLOCK_COMMENT = 2,
+    FREE_STYLE_AFTER_ASTERISK = 3,  ///< in a block comment
+    FREE_STYLE_LINE_COMMENT = 4,
+    FREE_STYLE_SINGLE_QUOTED = 5,
+    FREE_STYLE_DOUBLE_QUOTED = 6,
+    FREE_STYLE_AFTER_QUESTION_MARK = 7,
+};
 
 /// State of the raw text of one processing instruction between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ExternTagFreeStyleSimpleParserData : SimpleParserData<C, S> {
-    std::uint32_t state = 0;  ///< 0 free text, 1 after "/", 2 block comment, 3 "*" in it, 4 line comment, 5 in "'", 6 in '"', 7 after "?"
+    std::uint32_t state = 0;       ///< an ExternTagFreeStyleState
     bool questionPending = false;  ///< a "?" has been read that is not yet in `text`
     S text;                        ///< the raw text
-    bool iso2022 = false;          ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    bool iso2022 =
+        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
 };
 
 /// Reads the raw text of a processing instruction, from after its target to its ">", inclusive.
 ///
-/// "?>" and a bare ">" end it, but not inside quotes, where a backslash escapes, and not inside script comments.
+/// "?>" and a bare ">" end it, but not inside quotes, where a backslash escapes, and not inside
+/// script comments.
 template <typename C, typename S>
-class KESTRA_HTML_API ExternTagFreeStyleSimpleParser final : public SimpleParser<C, S, ExternTagFreeStyleSimpleParserData<C, S>> {
+class KESTRA_HTML_API ExternTagFreeStyleSimpleParser final
+    : public SimpleParser<C, S, ExternTagFreeStyleSimpleParserData<C, S>> {
 public:
     using Data = ExternTagFreeStyleSimpleParserData<C, S>;
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; a code of a quoted string, unchanged.
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; a code of
+    /// a quoted string, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void RestartSQuoteString();
     void RestartDQuoteString(const Data& data);
     std::uint32_t ParseFreeText(SimpleParserContext<C, S>* context, Data* data);
@@ -44,7 +60,8 @@ private:
     std::uint32_t ParseLineComment(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ParseQuestionMark(SimpleParserContext<C, S>* context, Data* data);
     template <typename Parser, typename ParserData>
-    std::uint32_t ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser, ParserData* parserData, C quote);
+    std::uint32_t ParseString(SimpleParserContext<C, S>* context, Data* data, Parser* parser, ParserData* parserData,
+                              C quote);
 
     SQuoteStringSimpleParser<C, S> sQuoteString;
     SQuoteStringSimpleParserData<C, S> sQuoteStringData;

@@ -18,8 +18,6 @@ enum State : std::uint32_t {
     EXPECT_END = 5,
 };
 
-constexpr std::uint32_t FREE_STYLE_AFTER_QUESTION_MARK = 7;  // a state of the free-style reader
-
 /// "xml", or anything that begins with "xml:" or "xml-".
 template <typename S>
 bool IsXmlTarget(const S& target) {
@@ -47,13 +45,17 @@ std::uint32_t ExternTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state            white space   "?"         ">"                          other
-//  0 prefix         keep          to 1        to 1                         to 1
-//  1 target         to 2 or 4     keep        to 2 or 4                    keep; to 2 or 4 at "=", "[", "]", "<"
-//  2 attributes     the attribute recognizer reads on: to 5 behind a closing "?" or "/", to 3 in front of ">"
-//  3 expecting "?"  fail          to 5        fail                         fail
-//  4 free style     the free-style reader reads on and completes
-//  5 expecting ">"  fail          fail        complete                     fail
+//  state             white space   "?"    ">"         "=", "[", "]", "<"   other
+//  0 prefix          keep          as 1   as 1        as 1                 as 1
+//  1 target          as 2 or 4     keep   as 2 or 4   as 2 or 4            keep
+//  2 attributes      the attribute recognizer reads on: "a ": hold; " " before ">": to 3; "a?" before ">": to 5;
+//                    "?" before ">": to 5; "a=b?" before ">": to 5; "a/" before ">": to 5; "/ " before ">": to 5
+//                    (kept); "a=?" before ">": to 5, fail; "? " before "a": fail
+//  3 expecting "?"   fail          to 5   fail        fail                 fail
+//  4 free style      the free-style recognizer reads on: "a": hold; "'>'": hold; "a?": hold; "a?>": complete; ">":
+//  complete 5 expecting ">"   fail          fail   complete    fail                 fail
+//
+// State 1 goes to 2 with the targets "xml", "xml:..." and "xml-...".
 template <typename C, typename S>
 std::uint32_t ExternTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -123,7 +125,8 @@ void ExternTagSimpleParser<C, S>::ChooseStyle(Data* data) {
         freeStyleData.state = FREE_STYLE_AFTER_QUESTION_MARK;
 }
 
-/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute behind it; hosts rely on it.
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it
+/// (kept).
 template <typename C, typename S>
 std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
@@ -131,34 +134,20 @@ std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C
         return result;
     if (TakeClosingSlash(data))
         return SP_NEED_MORE_DATA;
-    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '?')) {
-        case AttributeListStep::NEXT_ATTRIBUTE:
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::CLOSING_MARK:
-            data->state = EXPECT_END;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::END_OF_LIST:
-            data->state = EXPECT_QUESTION_MARK;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::LONE_MARK:
-            data->state = EXPECT_END;
-            return SP_MALFORMED;
-        case AttributeListStep::MALFORMED:
-            return SP_MALFORMED;
-    }
-    return SP_MALFORMED;
+    const AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '?', false);
+    return LeaveAttribute(step, {EXPECT_END, EXPECT_QUESTION_MARK}, &data->state);
 }
 
-/// A name without a value that ends in "/" ends the declaration. White space behind that "/" moves in front of it; hosts rely on it.
+/// A name without a value that ends in "/" ends the declaration. White space after that "/" moves
+/// before it (kept).
 template <typename C, typename S>
 bool ExternTagSimpleParser<C, S>::TakeClosingSlash(Data* data) {
-    if (attributeData.hasValue != 0 || attributeData.name.empty() || attributeData.name.back() != '/')
+    constexpr bool WHITE_SPACE_COUNTS = false;
+    const auto mark = TagGrammar::FindMarkOfName<C>(attributeData.name, WHITE_SPACE_COUNTS, '/');
+    if (attributeData.hasValue != 0 || mark != TagGrammar::ClosingMark::CLOSES)
         return false;
     attributeData.name.pop_back();
-    if (attributeData.name.empty())
-        TakeText(&attributeData.prefix, &data->suffix);
-    else
-        AppendAttribute(&attributeData, &data->attributes);
+    AttributeList<C, S>(&attribute, &attributeData, data).AppendNameOrSuffix();
     data->suffix += attributeData.beforeEquals;
     data->slashBeforeClose = true;
     RestartAttribute(&attribute, &attributeData, data->iso2022);

@@ -1,39 +1,37 @@
 #pragma once
 
-#include "html/framework/Attribute.h"
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/AttributeSimpleParser.h"
-#include "html/tags/ExternTagFreeStyleSimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
-#include "platform/Vector.h"
+#include "../../platform/Vector.h"
+#include "../framework/Attribute.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
+#include "AttributeSimpleParser.h"
+#include "ExternTagFreeStyleSimpleParser.h"
+#include "IdentifierSimpleParser.h"
 
 namespace Kestra::HTML {
-
-template <typename C, typename S>
-class Parser;
 
 /// State of one processing instruction between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::EXTERN_TAG;
 
-    std::uint32_t state = 0;             ///< 0 white space, 1 target, 2 attributes, 3 expecting "?", 4 free style, 5 expecting ">"
-    bool freeStyle = false;              ///< read as raw text: `text` has all of it
+    std::uint32_t state = 0;  ///< 0 white space, 1 target, 2 attributes, 3 expecting "?", 4 free style, 5 expecting ">"
+    bool freeStyle = false;   ///< read as raw text: `text` has all of it
     bool slashBeforeClose = false;       ///< an XML declaration ended with "/>"
     S prefix;                            ///< white space between "<?" and the target
     S name;                              ///< the target as written
     S text;                              ///< a free-style instruction from "<?" to ">", inclusive
     Vector<Attribute<C, S>> attributes;  ///< of an XML declaration, in document order, not normalized
     S suffix;                            ///< white space after the last attribute
-    bool iso2022 = false;                ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    bool iso2022 =
+        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
 };
 
 /// Reads a processing instruction, from after its "<?" to its ">", inclusive.
 ///
-/// The targets "xml", "xml:..." and "xml-..." make it an XML declaration with attributes; any other one is raw text, in which quotes and
-/// script comments are understood.
+/// The targets "xml", "xml:..." and "xml-..." make it an XML declaration with attributes; any other
+/// one is raw text, in which quotes and script comments are understood.
 template <typename C, typename S>
 class KESTRA_HTML_API ExternTagSimpleParser final : public SimpleParser<C, S, ExternTagSimpleParserData<C, S>> {
 public:
@@ -41,21 +39,20 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up. In an XML declaration SP_MALFORMED for anything
-    ///         but "?" behind the attributes, anything but ">" behind the closing "?" or "/", an unquoted value that is only "?" before
-    ///         ">", and white space after a name without a value that ends in "?". A code of a member, unchanged. 711 for more attributes
-    ///         than the driver allows.
+    /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up. In an XML
+    ///         declaration SP_MALFORMED for anything but "?" after the attributes, anything but ">"
+    ///         after the closing "?" or "/", an unquoted value that is only "?" before ">", and
+    ///         white space after a name without a value that ends in "?". A code of a member,
+    ///         unchanged. 711 for more attributes than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void ChooseStyle(Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
     bool TakeClosingSlash(Data* data);

@@ -28,11 +28,12 @@ std::uint32_t GenericTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state        "/"         "?"          "!"    "-"        "["    other
-//  0 "<"        end tag     extern tag   to 1   start tag left unread
-//  1 "<!"       entity tag left unread          to 2       to 3   entity tag left unread
-//  2 "<!-"      fail        fail         fail   comment    fail   fail
-//  3 "<!["      a keyword: CDATA, or conditional for "if" and "endif"; any other word fails
+//  state     "/"       "?"           "!"     "-"       "["     other
+//  0 "<"     end tag   instruction   to 1    other     other   start tag, unread
+//  1 "<!"    other     other         other   to 2      to 3    declaration, unread
+//  2 "<!-"   fail      fail          fail    comment   fail    fail
+//  3 "<!["   the name recognizer reads on: "CD": hold; "CDATA" before "[": section; "if" before " ": conditional;
+//            "EndIf" before "]": conditional; "ifs" before "[": fail; before "[": fail
 template <typename C, typename S>
 std::uint32_t GenericTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

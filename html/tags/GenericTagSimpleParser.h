@@ -1,8 +1,8 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/IdentifierSimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "IdentifierSimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -18,8 +18,9 @@ struct KESTRA_HTML_API GenericTagSimpleParserData : SimpleParserData<C, S> {
     WideString nextParser;       ///< after SP_TOKEN_COMPLETE: who must run next
 };
 
-/// Reads the characters after a "<" that decide which recognizer must run, and no more: "/", "?", "!", "!--", "![" with its keyword, or
-/// nothing for a start tag. After "![" and the keyword the next character, normally "[", is left.
+/// Reads the characters after a "<" that decide which recognizer must run, and no more: "/", "?",
+/// "!", "!--", "![" with its keyword, or nothing for a start tag. After "![" and the keyword the
+/// next character, normally "[", is left.
 template <typename C, typename S>
 class KESTRA_HTML_API GenericTagSimpleParser final : public SimpleParser<C, S, GenericTagSimpleParserData<C, S>> {
 public:
@@ -27,17 +28,18 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE with `nextParser` set; SP_NEED_MORE_DATA when the piece is used up; SP_MALFORMED for "<!-" without a
-    ///         second "-", and for "<![" with any other keyword.
+    /// @return SP_TOKEN_COMPLETE with `nextParser` set; SP_NEED_MORE_DATA when the piece is used
+    ///         up; SP_MALFORMED for "<!-" without a second "-", and for "<![" with any other
+    ///         keyword.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     bool ParseFirst(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterExclamationMark(SimpleParserContext<C, S>* context, Data* data);
     std::uint32_t ChooseByKeyword(Data* data);

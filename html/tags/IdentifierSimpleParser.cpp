@@ -2,15 +2,9 @@
 
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
+#include "html/tags/TagGrammar.h"
 
 namespace Kestra::HTML {
-
-namespace {
-
-constexpr Scan::Classes ATTRIBUTE_NAME_STOPS = Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN;
-constexpr Scan::Classes TAG_NAME_STOPS = ATTRIBUTE_NAME_STOPS | Scan::BRACKET | Scan::LESS_THAN;
-
-}  // namespace
 
 template <typename C, typename S>
 std::uint32_t IdentifierSimpleParser<C, S>::BeginParse(Data* data) {
@@ -21,7 +15,8 @@ std::uint32_t IdentifierSimpleParser<C, S>::BeginParse(Data* data) {
 
 template <typename C, typename S>
 std::uint32_t IdentifierSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil(*context, data->attributeNameMode ? ATTRIBUTE_NAME_STOPS : TAG_NAME_STOPS));
+    const Scan::Classes stops = data->attributeNameMode ? TagGrammar::ATTRIBUTE_NAME_STOPS : TagGrammar::TAG_NAME_STOPS;
+    data->text.append(Scan::RunUntil(*context, stops));
     return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
 }
 

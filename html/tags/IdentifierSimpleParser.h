@@ -1,6 +1,6 @@
 #pragma once
 
-#include "html/framework/SimpleParser.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -11,8 +11,8 @@ struct KESTRA_HTML_API IdentifierSimpleParserData : SimpleParserData<C, S> {
     bool attributeNameMode = false;  ///< false: tag name; true: attribute name, to which "<", "[" and "]" belong
 };
 
-/// Reads a name, which may be empty. A tag name stops in front of white space, "=", "[", "]", ">" and "<", an attribute name in front of
-/// white space, "=" and ">"; "/" belongs to both. Never fails.
+/// Reads a name, which may be empty. A tag name stops before white space, "=", "[", "]", ">" and
+/// "<", an attribute name before white space, "=" and ">"; "/" belongs to both. Never fails.
 template <typename C, typename S>
 class KESTRA_HTML_API IdentifierSimpleParser final : public SimpleParser<C, S, IdentifierSimpleParserData<C, S>> {
 public:
@@ -20,7 +20,8 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE in front of the stop character; SP_NEED_MORE_DATA when the piece is used up.
+    /// @return SP_TOKEN_COMPLETE before the stop character; SP_NEED_MORE_DATA when the piece is
+    /// used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

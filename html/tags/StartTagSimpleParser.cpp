@@ -1,13 +1,22 @@
 #include "html/tags/StartTagSimpleParser.h"
 
+#include "html/fastpath/WholeAttributes.h"
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
-#include "html/tags/WholeAttributes.h"
 
 namespace Kestra::HTML {
+
+namespace {
+
+/// Attributes of a list from which on those that lie in the piece as a whole need no recognizer.
+/// The first ones go through it, so that its strings are as long as those of most attributes before
+/// a cut falls into one that is longer.
+constexpr std::size_t LONG_LIST = 8;
+
+}  // namespace
 
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
@@ -25,12 +34,15 @@ std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state                 white space   "/"               ">"               "<"                other
-//  0 prefix              keep          to 1              to 1              to 1               to 1
-//  1 name                to 2          keep              to 2              to 2 (or no tag)   keep; to 2 at "=", "[", "]"
-//  2 attributes          the attribute recognizer reads on: to 4 behind a closing "/", to 3 in front of ">"
-//  3 end of attributes   fail          to 4              complete          complete, open     fail
-//  4 after "/"           fail          fail              complete          fail               fail
+//  state                 white space   "/"    ">"        "<"              "=", "[", "]"   other
+//  0 prefix              keep          as 1   as 1       as 1             as 1            as 1
+//  1 name                as 2          keep   as 2       as 2             as 2            keep
+//  2 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 3;
+//                        "a/" before ">": to 4; "/" before ">": to 4; "a=b/" before ">": to 4; "a=/" before ">": to 4,
+//                        fail;
+//                        "/ " before "a": fail
+//  3 end of attributes   fail          to 4   complete   complete, open   fail            fail
+//  4 after "/"           fail          fail   complete   fail             fail            fail
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -77,43 +89,23 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
     return SP_NEED_MORE_DATA;
 }
 
-/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute behind it; hosts rely on it.
+/// State 2, one attribute. An unquoted value leaves `iso2022` off for the attribute after it
+/// (kept).
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = attribute.Parse(context, &attributeData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    switch (TakeAttribute<C, S>(*context, &attribute, &attributeData, &data->attributes, &data->suffix, data->iso2022, false, '/')) {
-        case AttributeListStep::NEXT_ATTRIBUTE:
-            TakeWholeAttributes(context, data);
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::CLOSING_MARK:
-            data->selfClosing = true;
-            data->state = START_TAG_AFTER_SLASH;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::END_OF_LIST:
-            data->state = START_TAG_END_OF_ATTRIBUTES;
-            return SP_NEED_MORE_DATA;
-        case AttributeListStep::LONE_MARK:
-            data->selfClosing = true;
-            data->state = START_TAG_AFTER_SLASH;
-            return SP_MALFORMED;
-        case AttributeListStep::MALFORMED:
-            return SP_MALFORMED;
-    }
-    return SP_MALFORMED;
+    AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '/', false);
+    if (step == AttributeListStep::NEXT_ATTRIBUTE && data->attributes.size() >= LONG_LIST && !data->iso2022)
+        step = WholeAttributes<C, S>(context).ReadOn(&attributeData, data, maxParts);
+    if (HasClosingMark(step))
+        data->selfClosing = true;
+    return LeaveAttribute(step, {START_TAG_AFTER_SLASH, START_TAG_END_OF_ATTRIBUTES}, &data->state);
 }
 
-/// Between two attributes: in a long list, those that lie in the piece as a whole need no recognizer. The first ones go through it, so that
-/// its strings are as long as those of most attributes before a cut falls into one that is longer.
-template <typename C, typename S>
-void StartTagSimpleParser<C, S>::TakeWholeAttributes(SimpleParserContext<C, S>* context, Data* data) {
-    constexpr std::size_t LONG_LIST = 8;
-    if (data->attributes.size() >= LONG_LIST && !data->iso2022)
-        WholeAttributes<C, S>(context).Take(&attributeData, maxParts, &data->attributes);
-}
-
-/// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the next tag.
+/// State 3. A "<" that ends the tag is swallowed: the driver goes on as if it had been read for the
+/// next tag.
 template <typename C, typename S>
 std::uint32_t StartTagSimpleParser<C, S>::ParseEndOfAttributes(SimpleParserContext<C, S>* context, Data* data) {
     const C next = Scan::Next(*context);

@@ -3,6 +3,7 @@
 #include "html/framework/Instantiate.h"
 #include "html/framework/Scan.h"
 #include "html/framework/TakeText.h"
+#include "html/tags/TagGrammar.h"
 
 namespace Kestra::HTML {
 
@@ -31,14 +32,12 @@ std::uint32_t TokenSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state            "'"            quotation mark   ">"        white space   "<"        other
-//  0 white space    to 1           to 1             to 1       keep          to 1       to 1
-//  1 first          to 3           to 4             complete                 to 2       to 2
-//  2 unquoted       keep           keep             complete   complete      complete   keep
-//  3 in "'"         complete       keep             keep       keep          keep       keep
-//  4 in '"'         keep           complete         keep       keep          keep       keep
-//
-// Only a closing quote is consumed on completion.
+//  state           "'"        '"'        ">"                white space        "<"                other
+//  0 white space   as 1       as 1       as 1               keep               as 1               as 1
+//  1 first         to 3       to 4       complete, unread   as 2               as 2               as 2
+//  2 unquoted      keep       keep       complete, unread   complete, unread   complete, unread   keep
+//  3 in "'"        complete   keep       keep               keep               keep               keep
+//  4 in '"'        keep       complete   keep               keep               keep               keep
 template <typename C, typename S>
 std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -55,7 +54,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
                 ParseFirst(context, data);
                 continue;
             case UNQUOTED:
-                data->value.append(Scan::RunUntil(*context, Scan::WHITE_SPACE | Scan::GREATER_THAN | Scan::LESS_THAN));
+                data->value.append(Scan::RunUntil(*context, TagGrammar::BARE_VALUE_STOPS));
                 return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
             case SINGLE_QUOTED: {
                 const std::uint32_t result = singleQuoted.Parse(context, &singleQuotedData);
@@ -79,7 +78,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
     return SP_NEED_MORE_DATA;
 }
 
-/// State 1 in front of anything but ">": consumes an opening quote, leaves every other character.
+/// State 1 before anything but ">": consumes an opening quote, leaves every other character.
 template <typename C, typename S>
 void TokenSimpleParser<C, S>::ParseFirst(SimpleParserContext<C, S>* context, Data* data) {
     const C first = Scan::Next(*context);

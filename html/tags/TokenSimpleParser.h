@@ -1,10 +1,10 @@
 #pragma once
 
-#include "html/framework/QuoteKind.h"
-#include "html/framework/SimpleParser.h"
-#include "html/text/DQuoteStringSimpleParser.h"
-#include "html/text/SQuoteStringSimpleParser.h"
-#include "html/text/WhiteSpaceSimpleParser.h"
+#include "../framework/QuoteKind.h"
+#include "../framework/SimpleParser.h"
+#include "../text/DQuoteStringSimpleParser.h"
+#include "../text/SQuoteStringSimpleParser.h"
+#include "../text/WhiteSpaceSimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -18,8 +18,9 @@ struct KESTRA_HTML_API TokenSimpleParserData : SimpleParserData<C, S> {
     bool iso2022 = false;              ///< a double-quoted value may hold ISO-2022 escape runs
 };
 
-/// Reads the value of an attribute, or one item of a declaration: white space, then a quoted string up to its closing quote, inclusive,
-/// or a bare word up to white space, ">" or "<", exclusive. In front of ">" the value is empty.
+/// Reads the value of an attribute, or one item of a declaration: white space, then a quoted string
+/// up to its closing quote, inclusive, or a bare word up to white space, ">" or "<", exclusive.
+/// Before ">" the value is empty.
 template <typename C, typename S>
 class KESTRA_HTML_API TokenSimpleParser final : public SimpleParser<C, S, TokenSimpleParserData<C, S>> {
 public:
@@ -28,17 +29,17 @@ public:
     /// Clears `iso2022` as well: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE; SP_NEED_MORE_DATA when the piece is used up, or after an escape run in a quoted value; a code of the
-    ///         quoted-string recognizers, unchanged.
+    /// @return SP_TOKEN_COMPLETE; SP_NEED_MORE_DATA when the piece is used up, or after an escape
+    ///         run in a quoted value; a code of the quoted-string recognizers, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     void ParseFirst(SimpleParserContext<C, S>* context, Data* data);
 
     WhiteSpaceSimpleParser<C, S> whiteSpace;

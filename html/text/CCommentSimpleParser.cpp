@@ -24,11 +24,9 @@ std::uint32_t CCommentSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state     "*"         "/"        other       end of input
-//  0 body    to 2        keep       keep        unterminated
-//  2 "*"     "*", to 0   complete   "*", to 0   unterminated
-//
-// "To 0" leaves the character unread.
+//  state    "*"         "/"        other       end of input
+//  0 body   to 2        keep       keep        unterminated
+//  2 "*"    "*", as 0   complete   "*", as 0   unterminated
 template <typename C, typename S>
 std::uint32_t CCommentSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/tags/GenericTagSimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "../tags/GenericTagSimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -17,7 +17,8 @@ struct KESTRA_HTML_API CCommentSimpleParserData : SimpleParserData<C, S> {
     WideString nextParserName;  ///< always empty
 };
 
-/// Reads a script block comment, from after its opener to its closer, inclusive. Nothing interrupts it, markup included. Never fails.
+/// Reads a script block comment, from after its opener to its closer, inclusive. Nothing interrupts
+/// it, markup included. Never fails.
 template <typename C, typename S>
 class KESTRA_HTML_API CCommentSimpleParser final : public SimpleParser<C, S, CCommentSimpleParserData<C, S>> {
 public:
@@ -31,10 +32,10 @@ public:
     /// @return SP_UNTERMINATED; the record stays as it is.
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
+private:
     GenericTagSimpleParser<C, S> genericTag;
     GenericTagSimpleParserData<C, S> genericTagData;
 };

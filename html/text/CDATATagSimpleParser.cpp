@@ -24,12 +24,10 @@ std::uint32_t CDATATagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state     "]"                    ">"        other                  end of input
-//  0 body    to 1                   keep       keep                   open
-//  1 "]"     to 2                   "]", to 0  "]", to 0              "]", open
-//  2 "]]"    "]]", complete, open   complete   "]]", complete, open   "]]", open
-//
-// "To 0" and "complete, open" leave the character unread. A third "]" ends the section open; hosts rely on it.
+//  state    "]"                                   ">"         other                          end of input
+//  0 body   to 1                                  keep        keep                           complete, open
+//  1 "]"    to 2                                  "]", as 0   "]", as 0                      "]", complete, open
+//  2 "]]"   "]]", complete, unread, open (kept)   complete    "]]", complete, unread, open   "]]", complete, open
 template <typename C, typename S>
 std::uint32_t CDATATagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

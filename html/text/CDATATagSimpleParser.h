@@ -1,7 +1,7 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -12,13 +12,14 @@ struct KESTRA_HTML_API CDATATagSimpleParserData : SimpleParserData<C, S> {
 
     std::uint32_t state = 0;  ///< 0 in the body, 1 "]" pending, 2 "]]" pending; pending brackets are not yet in `text`
     S keyword;                ///< the word after "<![" as written; the owner sets it after `BeginParse`
-    S text;                   ///< the body, from the "[" behind the keyword on
+    S text;                   ///< the body, from the "[" after the keyword on
     bool closed = true;       ///< false when "]]" was not followed by ">", or the input ended before
 };
 
 /// Reads a CDATA section, from after its keyword to "]]>", inclusive. Never fails.
 ///
-/// "]]" ends the section whatever follows; anything but ">" is left unread and the section stays open.
+/// "]]" ends the section whatever follows; anything but ">" is left unread and the section stays
+/// open.
 template <typename C, typename S>
 class KESTRA_HTML_API CDATATagSimpleParser final : public SimpleParser<C, S, CDATATagSimpleParserData<C, S>> {
 public:
@@ -26,8 +27,8 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after "]]>", or in front of the character behind any other "]]"; SP_NEED_MORE_DATA when the piece is
-    ///         used up.
+    /// @return SP_TOKEN_COMPLETE after "]]>", or before the character after any other "]]";
+    ///         SP_NEED_MORE_DATA when the piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// Leaves the section open, with its pending brackets in `text`. @return SP_TOKEN_COMPLETE

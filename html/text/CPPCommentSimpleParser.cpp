@@ -13,7 +13,8 @@ enum State : std::uint32_t {
     CONSTRUCT = 1,
 };
 
-/// A construct that does not interrupt the comment, and what has been consumed of it: content of the comment after all.
+/// A construct that does not interrupt the comment, and what has been consumed of it: content of
+/// the comment after all.
 struct PlainOpener {
     WideStringView parserName;
     const char* characters;
@@ -38,10 +39,11 @@ std::uint32_t CPPCommentSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state          line feed           "<"     other   end of input
-//  0 body         complete, unread    to 1    keep    unterminated
-//  1 construct    the generic tag recognizer reads on. Sections: complete, they take over; tags: their opener
-//                 is content, to 0; malformed: fail                                 end of input: unterminated
+//  state         line feed          "<"    other   end of input
+//  0 body        complete, unread   to 1   keep    unterminated
+//  1 construct   the generic tag recognizer reads on: "!--": comment; "![CDATA" before "[": section;
+//                "![if" before " ": conditional; before "a": "<", to 0; "/": "</", to 0; "!" before "a": "<!", to 0;
+//                "?": "<?", to 0; "!-" before "a": fail; "![a" before "[": fail; end of input: unterminated
 template <typename C, typename S>
 std::uint32_t CPPCommentSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

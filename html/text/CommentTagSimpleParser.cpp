@@ -23,12 +23,10 @@ std::uint32_t CommentTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state     "-"             ">"        other             end of input
-//  0 body    to 1            keep       keep              open
-//  1 "-"     to 2            "-", to 0  "-", to 0         "-", open
-//  2 "--"    keep "-"        complete   "--", to 0        "--", open
-//
-// "To 0" leaves the character unread.
+//  state    "-"    ">"         other        end of input
+//  0 body   to 1   keep        keep         complete, open
+//  1 "-"    to 2   "-", as 0   "-", as 0    "-", complete, open
+//  2 "--"   keep   complete    "--", as 0   "--", complete, open
 template <typename C, typename S>
 std::uint32_t CommentTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 

@@ -25,11 +25,9 @@ std::uint32_t ConditionalTagSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state          "]"     ">"        other   end of piece            end of input
-//  0 condition    to 1    keep       keep    keep                    open, without a bracket
-//  1 tail         keep    complete   keep    drop what was scanned   open
-//
-// Only the part of the tail that lies in the piece of the ">" is kept; hosts rely on it.
+//  state         "]"    ">"        other   end of piece   end of input
+//  0 condition   to 1   keep       keep    keep           complete, open, no bracket
+//  1 tail        keep   complete   keep    drop (kept)    complete, open
 template <typename C, typename S>
 std::uint32_t ConditionalTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -1,12 +1,9 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
-
-template <typename C, typename S>
-class Parser;
 
 /// State of one conditional section marker between two pieces of input.
 template <typename C, typename S>
@@ -21,10 +18,11 @@ struct KESTRA_HTML_API ConditionalTagSimpleParserData : SimpleParserData<C, S> {
     bool tagClosed = true;      ///< false only when the input ended before the ">"
 };
 
-/// Reads a conditional section marker such as "<![if !IE]>" or "<![endif]-->", from after its keyword to its ">", inclusive.
-/// Never fails.
+/// Reads a conditional section marker such as "<![if !IE]>" or "<![endif]-->", from after its
+/// keyword to its ">", inclusive. Never fails.
 template <typename C, typename S>
-class KESTRA_HTML_API ConditionalTagSimpleParser final : public SimpleParser<C, S, ConditionalTagSimpleParserData<C, S>> {
+class KESTRA_HTML_API ConditionalTagSimpleParser final
+    : public SimpleParser<C, S, ConditionalTagSimpleParserData<C, S>> {
 public:
     using Data = ConditionalTagSimpleParserData<C, S>;
 
@@ -36,11 +34,12 @@ public:
     /// Leaves the marker open. @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
+    /// Defined inside the library only.
+    struct Internals;
 
-    bool pieceGoesOn = false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
+private:
+    bool pieceGoesOn =
+        false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
 };
 
 }  // namespace Kestra::HTML

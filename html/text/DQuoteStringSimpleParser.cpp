@@ -25,17 +25,21 @@ std::uint32_t DQuoteStringSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state          quotation mark   ESC (if allowed)   other
-//  0 string       complete         to 1               keep
-//  1 escape run   the escape recognizer reads on; when it completes, its text is kept, back to 0
+//  state          '"'        ESC    other   end of input
+//  0 string       complete   to 1   keep    unterminated
+//  1 escape run   the escape recognizer reads on: "a": ESC "a", to 0; "$B": hold;
+//                 '$B"' ESC "(B": ESC '$B"' ESC "(B", to 0; end of input: unterminated
+//
+// ESC is another character when escape runs are not allowed.
 template <typename C, typename S>
 std::uint32_t DQuoteStringSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     if (Scan::AtEnd(*context))
         return SP_NEED_MORE_DATA;
     switch (static_cast<State>(data->state)) {
         case IN_STRING: {
-            const bool stopped = data->allowEscape2022 ? ReadLiteral<0, Scan::QUOTATION_MARK | Scan::ESCAPE>(context, data)
-                                                       : ReadLiteral<0, Scan::QUOTATION_MARK>(context, data);
+            const bool stopped = data->allowEscape2022
+                                     ? ReadLiteral<0, Scan::QUOTATION_MARK | Scan::ESCAPE>(context, data)
+                                     : ReadLiteral<0, Scan::QUOTATION_MARK>(context, data);
             if (!stopped)
                 return SP_NEED_MORE_DATA;
             const C stop = Scan::Next(*context);
@@ -52,7 +56,7 @@ std::uint32_t DQuoteStringSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* c
     return SP_MALFORMED;
 }
 
-/// State 1. A finished run answers SP_NEED_MORE_DATA even with characters left; hosts rely on it.
+/// State 1. A finished run answers SP_NEED_MORE_DATA even with characters left (kept).
 template <typename C, typename S>
 std::uint32_t DQuoteStringSimpleParser<C, S>::ParseEscape(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = escape.Parse(context, &escapeData);

@@ -11,7 +11,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-// "$(" stands before the longer sequences that begin with it, so it completes first and they never match; hosts rely on it.
+// "$(" is before the longer sequences that begin with it, so it completes first and they never
+// match (kept).
 constexpr std::string_view OPENING_SEQUENCES[] = {"$@",  "$B",  "$(",  "$A",  "$(C", "$(O", "$(P", "$(Q", "$)C",
                                                   "$)A", "$)G", "$*H", "$)E", "$+I", "$+J", "$+K", "$+L", "$+M"};
 
@@ -29,7 +30,8 @@ enum class Match {
     COMPLETE,
 };
 
-/// Searches the table in order for an entry that begins with `pending`; the first one of the same length completes.
+/// Searches the table in order for an entry that begins with `pending`; the first one of the same
+/// length completes.
 template <typename S>
 Match MatchSequence(const S& pending, std::span<const std::string_view> table) {
     Match best = Match::NONE;
@@ -68,10 +70,13 @@ std::uint32_t Escape2022SimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state           sequence complete   sequence possible   no such sequence          ESC      other
-//  0 designation   keep, to 1          read on             keep, complete
-//  1 run                                                                             to 2     keep
-//  2 later ESC     keep, complete      read on             keep, to 1
+//  state           sequence complete         sequence begun   no such sequence          ESC          other   end of
+//  input 0 designation   release, keep, to 1       hold             release, keep, complete   never        never
+//  release, complete 1 run           never                     never            never                     hold, to 2
+//  keep    complete 2 later ESC     release, keep, complete   hold             release, keep, to 1       never never
+//  release, complete
+//
+// Held is a sequence from its ESC on.
 template <typename C, typename S>
 std::uint32_t Escape2022SimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -10,14 +10,14 @@ template <typename C, typename S>
 struct KESTRA_HTML_API JSRegExSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::JS_REG_EX;
 
-    S text;                     ///< the expression from its opening "/" on
-    C lastChar = '*';           ///< the previous content character, "*" after an escaped pair; used only with `allowEscapes`
+    S text;            ///< the expression from its opening "/" on
+    C lastChar = '*';  ///< the previous content character, "*" after an escaped pair; used only with `allowEscapes`
     bool allowEscapes = false;  ///< a backslash takes the meaning of a following "/" away
 };
 
-/// Reads a script regular expression, from after its opening "/" to the character that ends it, exclusive: an unescaped "/", or a "<",
-/// line feed or carriage return, escaped or not. The closing "/" is thus read as what follows; hosts rely on it. Classes in brackets and
-/// flags get no treatment.
+/// Reads a script regular expression, from after its opening "/" to the character that ends it,
+/// exclusive: an unescaped "/", or a "<", line feed or carriage return, escaped or not. The closing
+/// "/" is thus read as what follows (kept). Classes in brackets and flags get no treatment.
 template <typename C, typename S>
 class KESTRA_HTML_API JSRegExSimpleParser final : public SimpleParser<C, S, JSRegExSimpleParserData<C, S>> {
 public:
@@ -26,7 +26,8 @@ public:
     /// Puts the "/" into `text` and clears `allowEscapes`: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE in front of the character that ends it; SP_NEED_MORE_DATA when the piece is used up.
+    /// @return SP_TOKEN_COMPLETE before the character that ends it; SP_NEED_MORE_DATA when the
+    /// piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

@@ -2,12 +2,13 @@
 
 #include <string>
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
-/// The junk gathered so far: bytes in both flavours. The wide flavour stores the two bytes of each character in memory order.
+/// The junk gathered so far: bytes in both flavours. The wide flavour stores the two bytes of each
+/// character in memory order.
 template <typename C, typename S>
 struct KESTRA_HTML_API JunkSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::JUNK;
@@ -23,7 +24,7 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE in front of a "<"; SP_NEED_MORE_DATA when the piece is used up.
+    /// @return SP_TOKEN_COMPLETE before a "<"; SP_NEED_MORE_DATA when the piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

@@ -4,11 +4,12 @@
 
 namespace Kestra::HTML {
 
-/// Reads the content of a literal up to a character that ends it, and appends it to `data->text` in one operation. Shared by the
-/// recognizers of quoted strings and regular expressions.
+/// Reads the content of a literal up to a character that ends it, and appends it to `data->text` in
+/// one operation. Shared by the recognizers of quoted strings and regular expressions.
 ///
-/// With `allowEscapes` an unescaped backslash makes the next character content, unless that one belongs to `ALWAYS`.
-/// `data->lastChar` carries a pending backslash over the end of a piece; without `allowEscapes` it is neither read nor changed.
+/// With `allowEscapes` an unescaped backslash makes the next character content, unless that one
+/// belongs to `ALWAYS`. `data->lastChar` carries a pending backslash over the end of a piece;
+/// without `allowEscapes` it is neither read nor changed.
 ///
 /// @tparam ALWAYS     classes that end the literal whether escaped or not
 /// @tparam UNESCAPED  classes that end it unless escaped

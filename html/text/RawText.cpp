@@ -1,7 +1,6 @@
 #include "html/text/RawText.h"
 
 #include <algorithm>
-#include <iterator>
 #include <type_traits>
 
 #include "html/framework/Instantiate.h"
@@ -10,11 +9,6 @@
 namespace Kestra::HTML {
 
 namespace {
-
-/// In the order of `RawTextElement`.
-constexpr std::string_view NAMES[] = {"", "script", "style", "textarea", "title", "xmp", "iframe", "noembed", "noframes", "plaintext"};
-
-constexpr std::string_view ESCAPE_OPENER = "!--";  // after "<"
 
 /// Characters from a "<" on that always suffice: "</", the longest name and one more.
 constexpr std::size_t MOST_TO_JUDGE = 12;
@@ -46,17 +40,12 @@ std::basic_string_view<C> RawText<C, S>::CutName(std::basic_string_view<C> name)
 
 template <typename C, typename S>
 bool RawText<C, S>::EndsName(C character) {
-    return character == '>' || character == '/' || character == ' ' || character == '\t' || character == '\n' || character == '\f' ||
-           character == '\r';
+    return EndsRawTextName(character);
 }
 
 template <typename C, typename S>
 RawTextElement RawText<C, S>::FindElement(std::basic_string_view<C> name) {
-    for (std::size_t i = 1; i < std::size(NAMES); ++i) {
-        if (EqualsKeyword(name, NAMES[i]))
-            return static_cast<RawTextElement>(i);
-    }
-    return RawTextElement::NONE;
+    return FindRawTextElement(name);
 }
 
 template <typename C, typename S>
@@ -74,13 +63,13 @@ void RawText<C, S>::Restart() {
     escapeRunEnd = 0;
 }
 
-//  state              "<!--"   "<script"   "</script"   ">" after "--"   other
-//  0 content          to 1     keep        end tag      keep             keep
-//  1 escaped          keep     to 2        end tag      to 0             keep
-//  2 double escaped   keep     keep        to 1         to 0             keep
+//  state              "<!--"       "<script"    "</script"         ">" after "--"   other
+//  0 content          keep, to 1   keep         complete, unread   keep             keep
+//  1 escaped          keep         keep, to 2   complete, unread   keep, to 0       keep
+//  2 double escaped   keep         keep         keep, to 1         keep, to 0       keep
 //
-// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name. After a name must stand white space, "/"
-// or ">". The dashes of "<!--" count for the ">". A name that opens or ends state 2 is kept.
+// States 1 and 2 are those of a script; other elements stay in state 0 and end at their own name.
+// After a name there must be white space, "/" or ">". The dashes of "<!--" count for the ">".
 template <typename C, typename S>
 bool RawText<C, S>::Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run) {
     const C* begin = context->buffer + context->position;
@@ -178,10 +167,11 @@ auto RawText<C, S>::Judge(const C* begin, const C* end) -> Verdict {
         return Verdict::TEXT;
     if (state == ESCAPED)
         return SwitchTo(DOUBLE_ESCAPED, MatchName(begin, end));
-    const auto length = std::min(static_cast<std::size_t>(end - begin), ESCAPE_OPENER.size());
-    if (!std::equal(begin, begin + length, ESCAPE_OPENER.begin()))
+    constexpr std::string_view OPENER = SCRIPT_ESCAPE_OPENER.substr(1);
+    const auto length = std::min(static_cast<std::size_t>(end - begin), OPENER.size());
+    if (!std::equal(begin, begin + length, OPENER.begin()))
         return Verdict::TEXT;
-    return SwitchTo(ESCAPED, length == ESCAPE_OPENER.size() ? Match::COMPLETE : Match::PARTIAL);
+    return SwitchTo(ESCAPED, length == OPENER.size() ? Match::COMPLETE : Match::PARTIAL);
 }
 
 /// The same for a "<" in an earlier piece.
@@ -204,7 +194,7 @@ auto RawText<C, S>::SwitchTo(std::uint32_t next, Match match) -> Verdict {
 /// The element's name and what ends it.
 template <typename C, typename S>
 auto RawText<C, S>::MatchName(const C* begin, const C* end) const -> Match {
-    for (const char expected : NAMES[static_cast<std::size_t>(element)]) {
+    for (const char expected : GetRawTextName(element)) {
         if (begin == end)
             return Match::PARTIAL;
         if (FoldAscii(*begin) != static_cast<C>(expected))
@@ -213,7 +203,7 @@ auto RawText<C, S>::MatchName(const C* begin, const C* end) const -> Match {
     }
     if (begin == end)
         return Match::PARTIAL;
-    return EndsName(*begin) ? Match::COMPLETE : Match::NONE;
+    return EndsRawTextName(*begin) ? Match::COMPLETE : Match::NONE;
 }
 
 template <typename C, typename S>

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "html/framework/RawTextElements.h"
 #include "html/framework/SimpleParserContext.h"
 #include "html/text/Escape2022SimpleParser.h"
 
@@ -12,32 +13,21 @@
 
 namespace Kestra::HTML {
 
-/// An element whose content is text up to its own end tag.
-enum class RawTextElement : std::uint32_t {
-    NONE,
-    SCRIPT,
-    STYLE,
-    TEXTAREA,
-    TITLE,
-    XMP,
-    IFRAME,
-    NOEMBED,
-    NOFRAMES,
-    PLAINTEXT,  ///< nothing ends it
-};
-
-/// Reads the content of such an element, from after its start tag to before its end tag: "</" and the name, compared without case,
-/// followed by white space, "/" or ">". In a script a part in `<!--` and `-->` may hold scripts with their end tags.
+/// Reads the content of such an element, from after its start tag to before its end tag: "</" and
+/// the name, compared without case, followed by white space, "/" or ">". In a script a part in
+/// `<!--` and `-->` may hold scripts with their end tags.
 ///
-/// Resumable at every character: a copy has all that it must remember. Never fails.
-/// Source: the tokenizer of the HTML standard, from its RCDATA state to its script data double escape end state.
+/// Resumable at every character: a copy has all that it must remember. Never fails. Source: the
+/// tokenizer of the HTML standard, from its RCDATA state to its script data double escape end
+/// state.
 template <typename C, typename S>
 class RawText {
 public:
     /// The name without what follows its first "/", which ends a name in browsers.
     static std::basic_string_view<C> CutName(std::basic_string_view<C> name);
 
-    /// Whether a character ends a name, as in the HTML standard: the tags of this library know more white space.
+    /// Whether a character ends a name, as in the HTML standard: the tags of this library know more
+    /// white space.
     static bool EndsName(C character);
 
     /// The element of that name, or `NONE`.
@@ -49,15 +39,17 @@ public:
     /// Goes back to the begin of the content.
     void Restart();
 
-    /// Reads on. What is consumed belongs to `text`, but for what is in `run`, which the caller appends.
+    /// Reads on. What is consumed belongs to `text`, but for what is in `run`, which the caller
+    /// appends.
     /// @param context  borrowed for the call
     /// @param text     the content up to here, and nothing else; receives what cannot be in `run`
     /// @param run      the last characters consumed
-    /// @return true before the end tag: at its "<", or, when `GetBegun` is not 0, after those of its characters that ended an earlier
-    ///         piece; false when the piece is used up
+    /// @return true before the end tag: at its "<", or, when `GetBegun` is not 0, after those of
+    ///         its characters that ended an earlier piece; false when the piece is used up
     bool Read(SimpleParserContext<C, S>* context, S* text, std::basic_string_view<C>* run);
 
-    /// Characters at the end of the content that may begin the end tag, or something else that counts.
+    /// Characters at the end of the content that may begin the end tag, or something else that
+    /// counts.
     std::uint64_t GetBegun() const;
 
     /// They begin the end tag, and the caller takes them out of the content.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -10,12 +10,13 @@ template <typename C, typename S>
 struct KESTRA_HTML_API SQuoteStringSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::S_QUOTE_STRING;
 
-    S text;                     ///< the content without its quotes, escapes as written
-    C lastChar = '*';           ///< the previous content character, "*" after an escaped pair; used only with `allowEscapes`
+    S text;            ///< the content without its quotes, escapes as written
+    C lastChar = '*';  ///< the previous content character, "*" after an escaped pair; used only with `allowEscapes`
     bool allowEscapes = false;  ///< a backslash takes the next character's meaning away
 };
 
-/// Reads a single-quoted string, from after its opening "'" to the closing one, inclusive. Any length, line feeds included.
+/// Reads a single-quoted string, from after its opening "'" to the closing one, inclusive. Any
+/// length, line feeds included.
 template <typename C, typename S>
 class KESTRA_HTML_API SQuoteStringSimpleParser final : public SimpleParser<C, S, SQuoteStringSimpleParserData<C, S>> {
 public:
@@ -24,7 +25,8 @@ public:
     /// Clears `allowEscapes` as well: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after the closing "'"; SP_NEED_MORE_DATA when the piece is used up.
+    /// @return SP_TOKEN_COMPLETE after the closing "'"; SP_NEED_MORE_DATA when the piece is used
+    /// up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED; `text` holds what was read.

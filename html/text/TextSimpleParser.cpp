@@ -31,7 +31,7 @@ Scan::Classes StopsOf(const Data& data) {
 
 constexpr Scan::Classes STOPS_IN_SCRIPT = Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK;
 
-/// The recognizer behind an opener of one character.
+/// The recognizer after an opener of one character.
 template <typename C>
 WideStringView NameOf(C opener) {
     if (opener == '<')
@@ -66,13 +66,16 @@ std::uint32_t TextSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state          "<", quote   "/"          "*"          ESC     other             end of input
-//  0 text         hand over    to 1         keep         to 2    keep              complete
-//  1 after "/"    as other     line         block        as      expression, or    "/", complete
-//                              comment      comment      other   "/" and to 0
-//  2 escape run   the escape recognizer reads on; back to 0 when it completes      its text, complete
+//  state                "<"     "'"             '"'             "/"            "*"             ESC     other end of
+//  input 0 text               tag     single-quoted   double-quoted   to 1           keep            to 2    keep
+//  complete 1 "/", expressions   other   other           other           line comment   block comment   other
+//  expression, unread   "/", complete 1 "/", none          other   other           other           line comment   block
+//  comment   other   "/", as 0            "/", complete 2 escape run         the escape recognizer reads on: "a": ESC
+//  "a", to 0; "$B": hold; "$B<" ESC "(B": ESC "$B<" ESC "(B", to 0;
+//                       end of input: ESC, complete
 //
-// A character stops state 0 only when its flag is set; a "/" does when one of the two comment flags is.
+// A quote or an ESC that is not allowed is another character. A "/" goes to 1 when one of the two
+// comments is allowed; the opener of the other one is another character there.
 template <typename C, typename S>
 std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

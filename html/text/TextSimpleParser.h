@@ -1,15 +1,13 @@
 #pragma once
 
-#include "html/framework/ParserNames.h"
-#include "html/framework/SimpleParser.h"
-#include "html/text/Escape2022SimpleParser.h"
+#include "../framework/ParserNames.h"
+#include "../framework/SimpleParser.h"
+#include "Escape2022SimpleParser.h"
 
 namespace Kestra::HTML {
 
-template <typename C, typename S>
-class Parser;
-
-/// State of one text run between two pieces of input. The six flags are set by the driver before every `Parse`.
+/// State of one text run between two pieces of input. The six flags are set by the driver before
+/// every `Parse`.
 template <typename C, typename S>
 struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::TEXT;
@@ -19,14 +17,16 @@ struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
     bool allowCPPComment = false;  ///< "//" starts a script line comment
     bool allowSQuoteString = false;
     bool allowDQuoteString = false;
-    bool allowJSRegEx = false;     ///< a "/" that opens no comment starts a regular expression; it stops text only beside a comment flag
+    bool allowJSRegEx =
+        false;  ///< a "/" that opens no comment starts a regular expression; it stops text only beside a comment flag
     bool allowEscape2022 = false;  ///< ESC starts an ISO-2022 run; 8-bit flavour only
     S text;                        ///< the text so far, without the opener of what follows
     WideString nextParserName;     ///< after SP_TOKEN_COMPLETE: who must run next
 };
 
-/// Reads character data and names the recognizer that must run next, from the first character of the text to the opener of what
-/// follows, inclusive ("<", a quote, "/*", "//", or the "/" of a regular expression). Never rejects input.
+/// Reads character data and names the recognizer that must run next, from the first character of
+/// the text to the opener of what follows, inclusive ("<", a quote, "/*", "//", or the "/" of a
+/// regular expression). Never rejects input.
 template <typename C, typename S>
 class KESTRA_HTML_API TextSimpleParser final : public SimpleParser<C, S, TextSimpleParserData<C, S>> {
 public:
@@ -34,21 +34,20 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE after an opener, with `nextParserName` set; SP_NEED_MORE_DATA when the piece is used up; a code of the
-    ///         escape recognizer, unchanged.
+    /// @return SP_TOKEN_COMPLETE after an opener, with `nextParserName` set; SP_NEED_MORE_DATA when
+    ///         the piece is used up; a code of the escape recognizer, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Settles a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape recognizer.
+    /// Settles a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape
+    /// recognizer.
     std::uint32_t EndParse(Data* data) override;
 
-private:
-    template <typename, typename>
-    friend class Parser;
-    template <typename, typename>
-    friend class RecognizerBuffers;
+    /// Defined inside the library only.
+    struct Internals;
 
-    /// State 0 up to "<" or a quote, inclusive, without naming the recognizer that runs next. Returns that opener, or 0 when something else
-    /// stops the text: `Parse` goes on.
+private:
+    /// State 0 up to "<" or a quote, inclusive, without naming the recognizer that runs next.
+    /// Returns that opener, or 0 when something else stops the text: `Parse` goes on.
     C ReadUntilOpener(SimpleParserContext<C, S>* context, Data* data);
     bool ParseText(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "html/framework/SimpleParser.h"
+#include "../framework/SimpleParser.h"
 
 namespace Kestra::HTML {
 
@@ -18,7 +18,8 @@ public:
 
     std::uint32_t BeginParse(Data* data) override;
 
-    /// @return SP_TOKEN_COMPLETE in front of the first other character; SP_NEED_MORE_DATA when the piece is used up.
+    /// @return SP_TOKEN_COMPLETE before the first other character; SP_NEED_MORE_DATA when the piece
+    /// is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

@@ -16,8 +16,9 @@
 #include "platform/posix/DetectorCodePages.h"
 
 /// @file
-/// Two engines judge the text, and only what both say counts as certain: ICU's own confidence is the same for right and for wrong
-/// answers, and uchardet has none. docs/charset-detection.md holds the rules, their reasons and the measured scores.
+/// Two engines judge the text, and only what both say counts as certain: ICU's own confidence is
+/// the same for right and for wrong answers, and uchardet has none. docs/charset-detection.md holds
+/// the rules, their reasons and the measured scores.
 
 namespace Kestra::Base {
 
@@ -31,10 +32,11 @@ constexpr std::uint32_t AGREEMENT_BASE = 90;        ///< both engines agree: 90 
 constexpr std::uint32_t SINGLE_LIMIT = 60;          ///< only one engine answers
 constexpr std::size_t SINGLE_PER_BYTE = 3;          ///< and each byte from 128 up is worth three: 17 of them reach 50
 constexpr std::uint32_t DISPUTED_LIMIT = 40;        ///< the engines disagree
-constexpr std::uint32_t CONTRADICTED_LIMIT = 20;    ///< a NUL stands in what is to be 8-bit text
+constexpr std::uint32_t CONTRADICTED_LIMIT = 20;    ///< there is a NUL in what is to be 8-bit text
 constexpr std::uint32_t ICU_PREFERRED_FROM = 50;    ///< in a disagreement; right more often than any other limit
 constexpr std::uint32_t ICU_DAMAGED_UTF8 = 25;      ///< ICU: for each bad sequence, more than ten good ones
-constexpr std::uint32_t ICU_NO_INDICATION = 10;     ///< ICU: the bytes can be read as this charset, and nothing else speaks for it
+constexpr std::uint32_t ICU_NO_INDICATION =
+    10;  ///< ICU: the bytes can be read as this charset, and nothing else speaks for it
 
 struct CloseIcu {
     void operator()(UCharsetDetector* detector) const {
@@ -81,7 +83,8 @@ bool IsBlank(std::string_view bytes) {
 /// Source: the table of well-formed byte sequences in the Unicode Standard, chapter 3.
 bool IsUtf8(std::string_view bytes) {
     std::uint32_t missing = 0;
-    unsigned lowest = 0x80;  // bounds of the next trail byte: they keep out overlong forms, surrogates and what lies above 10FFFF
+    unsigned lowest =
+        0x80;  // bounds of the next trail byte: they keep out overlong forms, surrogates and what lies above 10FFFF
     unsigned highest = 0xBF;
     for (const char character : bytes) {
         const unsigned byte = static_cast<unsigned char>(character);
@@ -111,7 +114,7 @@ bool IsUtf8(std::string_view bytes) {
 /// ICU's detector over one buffer.
 class IcuEngine {
 public:
-    /// @param bytes  borrowed for as long as the engine lives; what lies behind 2 GB is left out.
+    /// @param bytes  borrowed for as long as the engine lives; what follows 2 GB is left out.
     std::uint32_t Run(std::string_view bytes) {
         UErrorCode status = U_ZERO_ERROR;
         detector.reset(ucsdet_open(&status));
@@ -140,7 +143,7 @@ public:
         return GetConfidence(CharSet::UTF8, &answer->utf8);
     }
 
-    /// The confidence of one charset wherever it stands among the matches, 0 when it does not.
+    /// The confidence of one charset wherever it is among the matches, 0 when it does not.
     std::uint32_t GetConfidence(CharSet::Code code, std::uint32_t* confidence) const {
         *confidence = 0;
         for (std::int32_t i = 0; i < matchCount; ++i) {
@@ -203,14 +206,17 @@ std::uint32_t AskIcu(std::string_view text, Answer* answer) {
     return result == RESULT_OK ? engine.GetAnswer(answer) : result;
 }
 
-/// Whole buffers in UTF-8 and ASCII are recognized before the engines are asked, so uchardet alone is wrong about them: it takes
-/// short Cyrillic text for UTF-8, and text whose other bytes went with the markup for ASCII.
+/// Whole buffers in UTF-8 and ASCII are recognized before the engines are asked, so uchardet alone
+/// is wrong about them: it takes short Cyrillic text for UTF-8, and text whose other bytes went
+/// with the markup for ASCII.
 bool CanStandAlone(const Answer& uchardetAnswer) {
-    return uchardetAnswer.code != CharSet::UNKNOWN && uchardetAnswer.code != CharSet::UTF8 && uchardetAnswer.code != CharSet::US_ASCII;
+    return uchardetAnswer.code != CharSet::UNKNOWN && uchardetAnswer.code != CharSet::UTF8 &&
+           uchardetAnswer.code != CharSet::US_ASCII;
 }
 
-/// The engines contradict each other: how far ICU leans towards the answer is the confidence, on a scale that stays low. ICU ranks
-/// UTF-8 with a damaged character behind every charset that happens to fit, so uchardet needs no more than its consent there.
+/// The engines contradict each other: how far ICU leans towards the answer is the confidence, on a
+/// scale that stays low. ICU ranks UTF-8 with a damaged character after every charset that happens
+/// to fit, so uchardet needs no more than its consent there.
 DetectedCharset ChooseDisputed(const Answer& icuAnswer, const Answer& uchardetAnswer) {
     if (uchardetAnswer.code == CharSet::UTF8 && icuAnswer.utf8 >= ICU_DAMAGED_UTF8)
         return {CharSet::UTF8, DISPUTED_LIMIT};
@@ -225,8 +231,10 @@ DetectedCharset ChooseDisputed(const Answer& icuAnswer, const Answer& uchardetAn
 
 /// What a single answer can reach: a few bytes fit any charset.
 std::uint32_t FindSingleLimit(std::string_view text) {
-    const auto highBytes = static_cast<std::size_t>(std::ranges::count_if(text, [](char byte) { return (byte & 0x80) != 0; }));
-    return highBytes >= SINGLE_LIMIT / SINGLE_PER_BYTE ? SINGLE_LIMIT : static_cast<std::uint32_t>(highBytes * SINGLE_PER_BYTE);
+    const auto highBytes =
+        static_cast<std::size_t>(std::ranges::count_if(text, [](char byte) { return (byte & 0x80) != 0; }));
+    return highBytes >= SINGLE_LIMIT / SINGLE_PER_BYTE ? SINGLE_LIMIT
+                                                       : static_cast<std::uint32_t>(highBytes * SINGLE_PER_BYTE);
 }
 
 /// Weighs the two answers about a text. Code 0 when none of them can be given.
@@ -249,7 +257,8 @@ bool HoldsNuls(CharSet::Code code) {
 
 }  // namespace
 
-std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count) {
+std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                      std::uint32_t* count) {
     if (detected == nullptr || count == nullptr || (data == nullptr && size > 0))
         return RESULT_INVALID_ARGUMENT;
     *count = 0;
@@ -263,7 +272,8 @@ std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, Dete
         return RESULT_OK;
     };
 
-    // Without a NUL and without a mark there is no UTF-16 that ICU would be sure of: then the bytes need not be asked for it.
+    // Without a NUL and without a mark there is no UTF-16 that ICU would be sure of: then the bytes
+    // need not be asked for it.
     const ByteKinds kinds = FindKinds(bytes);
     if (kinds.nul || bytes.starts_with("\xFF\xFE")) {
         IcuEngine engine;

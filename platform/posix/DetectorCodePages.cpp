@@ -69,7 +69,8 @@ std::span<const DetectorCodePage> DetectorCodePages() {
 }
 
 CharSet::Code FindDetectorCodePage(std::string_view name) {
-    const auto* found = std::ranges::find_if(CODE_PAGES, [name](const DetectorCodePage& row) { return SameName(row.name, name); });
+    const auto* found =
+        std::ranges::find_if(CODE_PAGES, [name](const DetectorCodePage& row) { return SameName(row.name, name); });
     return found == std::ranges::end(CODE_PAGES) ? CharSet::UNKNOWN : found->code;
 }
 

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/CodePoints.h"
 #include "platform/posix/IcuResult.h"
 
 namespace Kestra::StringNS {
@@ -43,12 +44,24 @@ constexpr ByteTable MakeSevenBitTable(const Variant (&variants)[COUNT]) {
 }
 
 constexpr ByteTable INTERNATIONAL = MakeSevenBitTable({{'$', 0x00A4}, {'~', 0x203E}});
-constexpr ByteTable GERMAN = MakeSevenBitTable(
-    {{'@', 0x00A7}, {'[', 0x00C4}, {'\\', 0x00D6}, {']', 0x00DC}, {'{', 0x00E4}, {'|', 0x00F6}, {'}', 0x00FC}, {'~', 0x00DF}});
-constexpr ByteTable SWEDISH = MakeSevenBitTable(
-    {{'$', 0x00A4}, {'[', 0x00C4}, {'\\', 0x00D6}, {']', 0x00C5}, {'{', 0x00E4}, {'|', 0x00F6}, {'}', 0x00E5}, {'~', 0x203E}});
-constexpr ByteTable NORWEGIAN =
-    MakeSevenBitTable({{'[', 0x00C6}, {'\\', 0x00D8}, {']', 0x00C5}, {'{', 0x00E6}, {'|', 0x00F8}, {'}', 0x00E5}, {'~', 0x203E}});
+constexpr ByteTable GERMAN = MakeSevenBitTable({{'@', 0x00A7},
+                                                {'[', 0x00C4},
+                                                {'\\', 0x00D6},
+                                                {']', 0x00DC},
+                                                {'{', 0x00E4},
+                                                {'|', 0x00F6},
+                                                {'}', 0x00FC},
+                                                {'~', 0x00DF}});
+constexpr ByteTable SWEDISH = MakeSevenBitTable({{'$', 0x00A4},
+                                                 {'[', 0x00C4},
+                                                 {'\\', 0x00D6},
+                                                 {']', 0x00C5},
+                                                 {'{', 0x00E4},
+                                                 {'|', 0x00F6},
+                                                 {'}', 0x00E5},
+                                                 {'~', 0x203E}});
+constexpr ByteTable NORWEGIAN = MakeSevenBitTable(
+    {{'[', 0x00C6}, {'\\', 0x00D8}, {']', 0x00C5}, {'{', 0x00E6}, {'|', 0x00F8}, {'}', 0x00E5}, {'~', 0x203E}});
 
 // The EBCDIC sets. Source: IBM's Character Data Representation Architecture (CDRA), coded character
 // sets 423, 880, 905 and 924, with the characters that Microsoft's tables add to the first three.
@@ -57,9 +70,10 @@ constexpr ByteTable NORWEGIAN =
 
 /// Bytes 0x00 to 0x3F.
 constexpr std::array<unsigned char, 64> EBCDIC_CONTROLS = {
-    0x00, 0x01, 0x02, 0x03, 0x9C, 0x09, 0x86, 0x7F, 0x97, 0x8D, 0x8E, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x9D, 0x85,
-    0x08, 0x87, 0x18, 0x19, 0x92, 0x8F, 0x1C, 0x1D, 0x1E, 0x1F, 0x80, 0x81, 0x82, 0x83, 0x84, 0x0A, 0x17, 0x1B, 0x88, 0x89, 0x8A, 0x8B,
-    0x8C, 0x05, 0x06, 0x07, 0x90, 0x91, 0x16, 0x93, 0x94, 0x95, 0x96, 0x04, 0x98, 0x99, 0x9A, 0x9B, 0x14, 0x15, 0x9E, 0x1A};
+    0x00, 0x01, 0x02, 0x03, 0x9C, 0x09, 0x86, 0x7F, 0x97, 0x8D, 0x8E, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F,
+    0x10, 0x11, 0x12, 0x13, 0x9D, 0x85, 0x08, 0x87, 0x18, 0x19, 0x92, 0x8F, 0x1C, 0x1D, 0x1E, 0x1F,
+    0x80, 0x81, 0x82, 0x83, 0x84, 0x0A, 0x17, 0x1B, 0x88, 0x89, 0x8A, 0x8B, 0x8C, 0x05, 0x06, 0x07,
+    0x90, 0x91, 0x16, 0x93, 0x94, 0x95, 0x96, 0x04, 0x98, 0x99, 0x9A, 0x9B, 0x14, 0x15, 0x9E, 0x1A};
 
 /// @param graphics  bytes 0x40 to 0xFE; the last byte is the control U+009F
 constexpr ByteTable MakeEbcdicTable(const WideChar (&graphics)[192]) {
@@ -267,7 +281,8 @@ constexpr unsigned INITIALS = 19;
 constexpr unsigned NO_INITIAL = 1;
 constexpr unsigned NO_MEDIAL = 2;
 constexpr unsigned NO_FINAL = 1;
-constexpr std::array<unsigned char, 21> MEDIALS = {3, 4, 5, 6, 7, 10, 11, 12, 13, 14, 15, 18, 19, 20, 21, 22, 23, 26, 27, 28, 29};
+constexpr std::array<unsigned char, 21> MEDIALS = {3,  4,  5,  6,  7,  10, 11, 12, 13, 14, 15,
+                                                   18, 19, 20, 21, 22, 23, 26, 27, 28, 29};
 constexpr std::array<unsigned char, 28> FINALS = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14,
                                                   15, 16, 17, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29};
 constexpr unsigned FIRST_SYLLABLE = 0xAC00;
@@ -315,9 +330,10 @@ private:
         }
         cells.resize(pairs.size() / 2);
         UErrorCode error = U_ZERO_ERROR;
-        const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open("windows-949-2000", &error), ucnv_close);
-        const std::int32_t count = ucnv_toUChars(converter.get(), cells.data(), static_cast<std::int32_t>(cells.size()), pairs.data(),
-                                                 static_cast<std::int32_t>(pairs.size()), &error);
+        const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open("windows-949-2000", &error),
+                                                                           ucnv_close);
+        const std::int32_t count = ucnv_toUChars(converter.get(), cells.data(), static_cast<std::int32_t>(cells.size()),
+                                                 pairs.data(), static_cast<std::int32_t>(pairs.size()), &error);
         if (!HasSucceeded(error) || static_cast<std::size_t>(count) != cells.size())
             return false;
         const auto letters = cells.begin() + LETTERS_ROW * CELLS;
@@ -335,7 +351,8 @@ private:
     WideChar GetDouble(unsigned char lead, unsigned char trail) const override {
         if (lead < 0x84 || lead > 0xF9 || (lead > 0xD3 && lead < PRIVATE_LEAD) || lead == 0xDF)
             return 0;
-        const WideChar unit = lead < PRIVATE_LEAD ? GetHangul(static_cast<unsigned>(lead << 8 | trail)) : GetCell(lead, trail);
+        const WideChar unit =
+            lead < PRIVATE_LEAD ? GetHangul(static_cast<unsigned>(lead << 8 | trail)) : GetCell(lead, trail);
         return unit == REPLACEMENT && (trail < 0x81 || trail == 0xFF) ? WideChar{0} : unit;
     }
 
@@ -348,10 +365,12 @@ private:
         const unsigned medial = FindLetter(MEDIALS, medialField);
         const unsigned finalLetter = FindLetter(FINALS, finalField);
         const bool hasMedial = medial < MEDIALS.size();
-        if (finalLetter >= FINALS.size() || !(hasMedial || medialField == NO_MEDIAL) || !(hasInitial || initialField == NO_INITIAL))
+        if (finalLetter >= FINALS.size() || !(hasMedial || medialField == NO_MEDIAL) ||
+            !(hasInitial || initialField == NO_INITIAL))
             return REPLACEMENT;
         if (hasInitial && hasMedial)
-            return static_cast<WideChar>(FIRST_SYLLABLE + (initial * MEDIALS.size() + medial) * FINALS.size() + finalLetter);
+            return static_cast<WideChar>(FIRST_SYLLABLE + (initial * MEDIALS.size() + medial) * FINALS.size() +
+                                         finalLetter);
         if (hasInitial && finalField == NO_FINAL)
             return static_cast<WideChar>(FIRST_CONJOINING_INITIAL + initial);
         if (hasMedial && finalField == NO_FINAL)
@@ -367,8 +386,9 @@ private:
         const std::size_t cell = static_cast<std::size_t>(trail) - (trail < 0x7F ? 0x31 : 0x43);
         if (lead == PRIVATE_LEAD)
             return static_cast<WideChar>(FIRST_PRIVATE + cell);
-        const std::size_t row = lead < FIRST_HANJA_LEAD ? static_cast<std::size_t>(2 * (lead - FIRST_SYMBOL_LEAD))
-                                                        : SYMBOL_ROWS + static_cast<std::size_t>(2 * (lead - FIRST_HANJA_LEAD));
+        const std::size_t row = lead < FIRST_HANJA_LEAD
+                                    ? static_cast<std::size_t>(2 * (lead - FIRST_SYMBOL_LEAD))
+                                    : SYMBOL_ROWS + static_cast<std::size_t>(2 * (lead - FIRST_HANJA_LEAD));
         return cells[row * CELLS + cell];
     }
 
@@ -378,8 +398,8 @@ private:
         if (unit >= FIRST_SYLLABLE && unit < FIRST_SYLLABLE + SYLLABLES) {
             const unsigned place = unit - FIRST_SYLLABLE;
             const std::size_t letters = place / FINALS.size();
-            return JoinFields(FIRST_INITIAL + static_cast<unsigned>(letters / MEDIALS.size()), MEDIALS[letters % MEDIALS.size()],
-                              FINALS[place % FINALS.size()]);
+            return JoinFields(FIRST_INITIAL + static_cast<unsigned>(letters / MEDIALS.size()),
+                              MEDIALS[letters % MEDIALS.size()], FINALS[place % FINALS.size()]);
         }
         if (unit >= FIRST_CONJOINING_INITIAL && unit < FIRST_CONJOINING_INITIAL + INITIALS)
             return JoinFields(FIRST_INITIAL + unit - FIRST_CONJOINING_INITIAL, NO_MEDIAL, NO_FINAL);
@@ -393,13 +413,15 @@ private:
         if (unit == REPLACEMENT || place == places.end() || place->first != unit)
             return -1;
         const std::size_t symbols = SYMBOL_ROWS * CELLS;
-        return place->second < symbols ? JoinCell(FIRST_SYMBOL_LEAD, place->second) : JoinCell(FIRST_HANJA_LEAD, place->second - symbols);
+        return place->second < symbols ? JoinCell(FIRST_SYMBOL_LEAD, place->second)
+                                       : JoinCell(FIRST_HANJA_LEAD, place->second - symbols);
     }
 
     /// @param cell  counted from the first one of `firstLead`
     static std::int32_t JoinCell(unsigned char firstLead, std::size_t cell) {
         const std::size_t trail = cell % PAIR_CELLS;
-        return static_cast<std::int32_t>((firstLead + cell / PAIR_CELLS) << 8 | (trail < 0x7F - 0x31 ? trail + 0x31 : trail + 0x43));
+        return static_cast<std::int32_t>((firstLead + cell / PAIR_CELLS) << 8 |
+                                         (trail < 0x7F - 0x31 ? trail + 0x31 : trail + 0x43));
     }
 
     std::vector<WideChar> cells;                             ///< of the rows, in the order of Johab; 0xFFFD for none
@@ -462,14 +484,15 @@ void OwnCodePage::ToWide(const char* data, std::uint64_t size, WideString* outpu
 }
 
 void OwnCodePage::FromWide(const WideChar* data, std::uint64_t size, std::string* output) const {
-    const auto isBetween = [](WideChar unit, WideChar first, WideChar last) { return unit >= first && unit <= last; };
-    const auto put = [output](std::int32_t byte) { output->push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
+    const auto put = [output](std::int32_t byte) {
+        output->push_back(static_cast<char>(static_cast<unsigned char>(byte)));
+    };
     const WideChar* const end = data + size;
     output->clear();
     output->reserve(static_cast<std::size_t>(size));
     while (data != end) {
         const WideChar unit = *data++;
-        if (isBetween(unit, 0xD800, 0xDBFF) && data != end && isBetween(*data, 0xDC00, 0xDFFF))
+        if (IsHighSurrogate(unit) && data != end && IsLowSurrogate(*data))
             ++data;  // a pair is one character, which no code page here has
         std::int32_t bytes = FindBytes(unit);
         if (bytes < 0)

@@ -23,8 +23,9 @@ struct ConverterName {
     const char* name;
 };
 
-// Sources: ICU's converter names (convrtrs.txt) and Microsoft's list of code-page identifiers. Where ICU has several tables for a code
-// page, it is the one with Microsoft's mappings: the names with "windows", ibm-943_P15A for 932, the 2007 table for EUC-JP.
+// Sources: ICU's converter names (convrtrs.txt) and Microsoft's list of code-page identifiers.
+// Where ICU has several tables for a code page, it is the one with Microsoft's mappings: the names
+// with "windows", ibm-943_P15A for 932, the 2007 table for EUC-JP.
 constexpr ConverterName CONVERTERS[] = {
     {37, "ibm-37_P100-1995"},
     {437, "ibm-437_P100-1995"},
@@ -144,15 +145,16 @@ constexpr bool HasReplacement(CharSet::Code code) {
     return code == 1201 || code == 12000 || code == 12001 || code == 54936 || code == 65000;
 }
 
-/// Whether ICU's one-way mappings apply from UTF-16: in these two they write half-width katakana as full-width ones. Elsewhere they
-/// would write look-alikes.
+/// Whether ICU's one-way mappings apply from UTF-16: in these two they write half-width katakana as
+/// full-width ones. Elsewhere they would write look-alikes.
 constexpr bool UsesFallback(CharSet::Code code) {
     return code == 50220 || code == 50221;
 }
 
 static_assert(std::is_sorted(std::begin(CONVERTERS), std::end(CONVERTERS), ByCode));
 
-/// Source units that one ICU call takes, far below the 2^31 bytes that it accepts: sizes have 64 bits here.
+/// Source units that one ICU call takes, far below the 2^31 bytes that it accepts: sizes have 64
+/// bits here.
 constexpr std::size_t STEP = 4096;
 
 /// Target units that one call may fill: more than any step makes, below ICU's limit of 2^30.
@@ -173,11 +175,11 @@ constexpr SingleByte SINGLE_BYTES[] = {
     {932, 0x80, 0x0080}, {932, 0xA0, 0xF8F0}, {932, 0xFD, 0xF8F1}, {932, 0xFE, 0xF8F2}, {932, 0xFF, 0xF8F3},
 };
 
-/// Writes what ICU's table lacks, and U+FFFD for an invalid or unassigned byte sequence. ICU's own callback writes U+001A for single
-/// bytes of some code pages.
+/// Writes what ICU's table lacks, and U+FFFD for an invalid or unassigned byte sequence. ICU's own
+/// callback writes U+001A for single bytes of some code pages.
 /// @param context  the converter's row in `CONVERTERS`.
-extern "C" void ReplaceBytes(const void* context, UConverterToUnicodeArgs* arguments, const char* bytes, std::int32_t size,
-                             UConverterCallbackReason reason, UErrorCode* error) {
+extern "C" void ReplaceBytes(const void* context, UConverterToUnicodeArgs* arguments, const char* bytes,
+                             std::int32_t size, UConverterCallbackReason reason, UErrorCode* error) {
     if (reason > UCNV_IRREGULAR)
         return;  // a reset, a copy or the closing of the converter
     const CharSet::Code code = static_cast<const ConverterName*>(context)->code;
@@ -190,10 +192,11 @@ extern "C" void ReplaceBytes(const void* context, UConverterToUnicodeArgs* argum
     ucnv_cbToUWriteUChars(arguments, &unit, 1, 0, error);
 }
 
-/// Writes what ICU's table lacks, and "?" or U+FFFD for a character that the code page lacks, once per code point or lone surrogate.
+/// Writes what ICU's table lacks, and "?" or U+FFFD for a character that the code page lacks, once
+/// per code point or lone surrogate.
 /// @param context  the converter's row in `CONVERTERS`.
-extern "C" void ReplaceCharacter(const void* context, UConverterFromUnicodeArgs* arguments, const UChar*, std::int32_t, UChar32 codePoint,
-                                 UConverterCallbackReason reason, UErrorCode* error) {
+extern "C" void ReplaceCharacter(const void* context, UConverterFromUnicodeArgs* arguments, const UChar*, std::int32_t,
+                                 UChar32 codePoint, UConverterCallbackReason reason, UErrorCode* error) {
     if (reason > UCNV_IRREGULAR)
         return;
     *error = U_ZERO_ERROR;
@@ -210,8 +213,9 @@ extern "C" void ReplaceCharacter(const void* context, UConverterFromUnicodeArgs*
     ucnv_cbFromUWriteUChars(arguments, &source, source + 1, 0, error);
 }
 
-/// Several IBM tables rotate three controls: byte 1A is U+001C, 1C is U+007F and 7F is U+001A. The Windows code pages leave all three
-/// where they are. Undoes the rotation on the Unicode side, where no other byte gives these characters.
+/// Several IBM tables rotate three controls: byte 1A is U+001C, 1C is U+007F and 7F is U+001A. The
+/// Windows code pages leave all three where they are. Undoes the rotation on the Unicode side,
+/// where no other byte gives these characters.
 WideChar TurnBack(WideChar unit) {
     return unit == 0x1C ? WideChar{0x1A} : unit == 0x7F ? WideChar{0x1C} : unit == 0x1A ? WideChar{0x7F} : unit;
 }
@@ -222,7 +226,8 @@ WideChar TurnForth(WideChar unit) {
 }
 
 /// Converts `size` units in steps, and gives `*output` more room whenever ICU asks for it.
-/// @param convert  one ICU call: (to, its end, from, its end, whether the input ends there, error), advancing `*to` and `*from`.
+/// @param convert  one ICU call: (to, its end, from, its end, whether the input ends there, error),
+/// advancing `*to` and `*from`.
 template <typename In, typename Out, typename Convert>
 std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Convert convert) {
     if (size == 0)
@@ -234,7 +239,8 @@ std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Co
         const In* const stepEnd = from + std::min(STEP, static_cast<std::size_t>(end - from));
         typename Out::value_type* to = output->data() + used;
         UErrorCode error = U_ZERO_ERROR;
-        convert(&to, output->data() + std::min(output->size(), used + MAX_ROOM), &from, stepEnd, stepEnd == end ? 1 : 0, &error);
+        convert(&to, output->data() + std::min(output->size(), used + MAX_ROOM), &from, stepEnd, stepEnd == end ? 1 : 0,
+                &error);
         used = static_cast<std::size_t>(to - output->data());
         if (error == U_BUFFER_OVERFLOW_ERROR) {
             output->resize(2 * output->size() + 64);  // 64: a few characters may need escapes around each
@@ -273,7 +279,8 @@ std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::
     system->own = OwnCodePage::Open(code);
     if (system->own != nullptr)
         return system;
-    const auto* const name = std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
+    const auto* const name =
+        std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
     if (name == std::end(CONVERTERS) || name->code != code)
         return nullptr;
     UErrorCode error = U_ZERO_ERROR;
@@ -281,7 +288,8 @@ std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::
     ucnv_setToUCallBack(system->converter, ReplaceBytes, name, nullptr, nullptr, &error);
     ucnv_setFromUCallBack(system->converter, ReplaceCharacter, name, nullptr, nullptr, &error);
     if (!HasSucceeded(error)) {
-        // Without its list of names, which it may have had no memory to read, ICU takes a name with options for an unknown one.
+        // Without its list of names, which it may have had no memory to read, ICU takes a name with
+        // options for an unknown one.
         UErrorCode listError = U_ZERO_ERROR;
         ucnv_countAliases(name->name, &listError);
         HasSucceeded(listError);
@@ -299,7 +307,8 @@ CharSetConverter::Platform::System::~System() {
 bool CharSetConverter::Platform::System::Rotates() {
     std::array<UChar, 8> units{};
     UErrorCode error = U_ZERO_ERROR;
-    const std::int32_t count = ucnv_toUChars(converter, units.data(), static_cast<std::int32_t>(units.size()), "\x1A\x1C\x7F", 3, &error);
+    const std::int32_t count =
+        ucnv_toUChars(converter, units.data(), static_cast<std::int32_t>(units.size()), "\x1A\x1C\x7F", 3, &error);
     return HasSucceeded(error) && count == 3 && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
 }
 
@@ -330,8 +339,10 @@ std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t
     ucnv_resetToUnicode(system->converter);
     const std::uint32_t result =
         ConvertInSteps(data, size, output,
-                       [this](WideChar** to, const WideChar* toEnd, const char** from, const char* fromEnd, UBool isLast,
-                              UErrorCode* error) { ucnv_toUnicode(system->converter, to, toEnd, from, fromEnd, nullptr, isLast, error); });
+                       [this](WideChar** to, const WideChar* toEnd, const char** from, const char* fromEnd,
+                              UBool isLast, UErrorCode* error) {
+                           ucnv_toUnicode(system->converter, to, toEnd, from, fromEnd, nullptr, isLast, error);
+                       });
     if (system->isRotated)
         std::transform(output->begin(), output->end(), output->begin(), TurnBack);
     return result;
@@ -346,19 +357,20 @@ std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::ui
         return RESULT_OK;
     }
     ucnv_resetFromUnicode(system->converter);
-    return ConvertInSteps(
-        data, size, output,
-        [this](char** to, const char* toEnd, const WideChar** from, const WideChar* fromEnd, UBool isLast, UErrorCode* error) {
-            if (!system->isRotated) {
-                ucnv_fromUnicode(system->converter, to, toEnd, from, fromEnd, nullptr, isLast, error);
-                return;
-            }
-            std::array<WideChar, STEP> turned;
-            const WideChar* const turnedEnd = std::transform(*from, fromEnd, turned.data(), TurnForth);
-            const WideChar* next = turned.data();
-            ucnv_fromUnicode(system->converter, to, toEnd, &next, turnedEnd, nullptr, isLast, error);
-            *from += next - turned.data();
-        });
+    return ConvertInSteps(data, size, output,
+                          [this](char** to, const char* toEnd, const WideChar** from, const WideChar* fromEnd,
+                                 UBool isLast, UErrorCode* error) {
+                              if (!system->isRotated) {
+                                  ucnv_fromUnicode(system->converter, to, toEnd, from, fromEnd, nullptr, isLast, error);
+                                  return;
+                              }
+                              std::array<WideChar, STEP> turned;
+                              const WideChar* const turnedEnd =
+                                  std::transform(*from, fromEnd, turned.data(), TurnForth);
+                              const WideChar* next = turned.data();
+                              ucnv_fromUnicode(system->converter, to, toEnd, &next, turnedEnd, nullptr, isLast, error);
+                              *from += next - turned.data();
+                          });
 }
 
 }  // namespace Kestra::StringNS

@@ -52,7 +52,8 @@ std::uint32_t TemporaryFile::Write(std::uint64_t position, const void* data, std
     return RESULT_OK;
 }
 
-std::uint32_t TemporaryFile::Read(std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) const {
+std::uint32_t TemporaryFile::Read(std::uint64_t position, void* buffer, std::uint64_t size,
+                                  std::uint64_t* bytesRead) const {
     return ReadAt(static_cast<int>(handle), position, buffer, size, bytesRead) ? RESULT_OK : RESULT_STREAM_FAILED;
 }
 

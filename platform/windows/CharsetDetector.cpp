@@ -16,7 +16,8 @@ namespace Kestra::Base {
 namespace {
 
 constexpr CLSID LANGUAGE_SERVICE = {0x275C23E2, 0x3747, 0x11D0, {0x9F, 0xEA, 0x00, 0xAA, 0x00, 0x3F, 0x86, 0x46}};
-constexpr IID LANGUAGE_SERVICE_INTERFACE = {0xDCCFC164, 0x2B38, 0x11D2, {0xB7, 0xEC, 0x00, 0xC0, 0x4F, 0x8F, 0x5D, 0x9A}};
+constexpr IID LANGUAGE_SERVICE_INTERFACE = {
+    0xDCCFC164, 0x2B38, 0x11D2, {0xB7, 0xEC, 0x00, 0xC0, 0x4F, 0x8F, 0x5D, 0x9A}};
 
 constexpr DWORD NO_PREFERENCE = 0;
 constexpr DWORD ANY_SERVER = CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
@@ -25,7 +26,8 @@ constexpr INT ROOM = 1;  // results
 static_assert(ANY_SERVER == 23);
 static_assert(MLDETECTCP_HTML == 8);
 
-/// COM on the calling thread. A thread that has it in another apartment already keeps that one: the service works in both.
+/// COM on the calling thread. A thread that has it in another apartment already keeps that one: the
+/// service works in both.
 class Apartment {
 public:
     Apartment() : result(CoInitialize(nullptr)) {}
@@ -57,7 +59,8 @@ LanguageService StartLanguageService() {
 
 }  // namespace
 
-std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count) {
+std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                      std::uint32_t* count) {
     if (detected == nullptr || count == nullptr || (data == nullptr && size > 0))
         return RESULT_INVALID_ARGUMENT;
     *count = 0;
@@ -72,8 +75,8 @@ std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, Dete
     INT length = static_cast<INT>(std::min<std::uint64_t>(size, std::numeric_limits<INT>::max()));
     DetectEncodingInfo answer = {};
     INT answers = ROOM;
-    const HRESULT result = service->DetectInputCodepage(MLDETECTCP_HTML, NO_PREFERENCE, static_cast<CHAR*>(const_cast<void*>(data)),
-                                                        &length, &answer, &answers);
+    const HRESULT result = service->DetectInputCodepage(
+        MLDETECTCP_HTML, NO_PREFERENCE, static_cast<CHAR*>(const_cast<void*>(data)), &length, &answer, &answers);
     if (FAILED(result))
         return RESULT_DETECTION_FAILED;
     *count = static_cast<std::uint32_t>(std::max<INT>(answers, 0));

@@ -11,10 +11,10 @@ namespace Kestra::VFS {
 constexpr std::wstring_view VERBATIM = L"\\\\?\\";
 constexpr std::wstring_view DEVICE = L"\\\\.\\";
 
-/// What an absolute path begins with when the system takes it as it stands, however long it is.
+/// What an absolute path begins with when the system takes it as it is, however long it is.
 struct LongFront {
     std::wstring_view text;
-    std::size_t replaced;  ///< characters of the path that it stands for
+    std::size_t replaced;  ///< characters of the path that it replaces
 };
 
 inline LongFront GetLongFront(std::wstring_view absolute) {
@@ -62,7 +62,7 @@ inline std::wstring GetFullPathOfFile(const std::wstring& path) {
     return absolute.append(path, part, path.find_last_not_of(L". ") + 1 - part);
 }
 
-/// A path that the system takes as it stands, however long it is and whatever its last part is
+/// A path that the system takes as it is, however long it is and whatever its last part is
 /// called: the absolute form, with the prefix for that. Without it the old limit counts, and
 /// "folder\nul.html" is the null device. A path that has the prefix, one that begins with `\\.\`,
 /// and a device alone stay as they are.

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/CodePoints.h"
 #include "platform/Results.h"
 #include "platform/windows/WindowsApi.h"
 
@@ -15,15 +16,19 @@ namespace Kestra::StringNS {
 
 namespace {
 
-/// The string conversion of the language library, which knows code pages that the system call refuses, EUC-JP (51932) among them.
+/// The string conversion of the language library, which knows code pages that the system call
+/// refuses, EUC-JP (51932) among them.
 struct LanguageLibrary {
-    using ToWideCall = HRESULT(WINAPI*)(DWORD* mode, DWORD code, const char* source, INT* sourceSize, WideChar* target, INT* targetSize);
-    using FromWideCall = HRESULT(WINAPI*)(DWORD* mode, DWORD code, const WideChar* source, INT* sourceSize, char* target, INT* targetSize);
+    using ToWideCall = HRESULT(WINAPI*)(DWORD* mode, DWORD code, const char* source, INT* sourceSize, WideChar* target,
+                                        INT* targetSize);
+    using FromWideCall = HRESULT(WINAPI*)(DWORD* mode, DWORD code, const WideChar* source, INT* sourceSize,
+                                          char* target, INT* targetSize);
 
     ToWideCall toWide = nullptr;
     FromWideCall fromWide = nullptr;
 
-    /// Loaded with the first code page that needs it, and kept. Both calls are null when there is no such library.
+    /// Loaded with the first code page that needs it, and kept. Both calls are null when there is
+    /// no such library.
     static LanguageLibrary Get();
 
 private:
@@ -63,21 +68,24 @@ LanguageLibrary LanguageLibrary::Get() {
     return library;
 }
 
-/// Numbers that the system call takes for another code page's name: the ANSI, OEM and Macintosh ones of the process or thread, symbols.
+/// Numbers that the system call takes for another code page's name: the ANSI, OEM and Macintosh
+/// ones of the process or thread, symbols.
 constexpr std::array<CharSet::Code, 5> ALIASES = {0, 1, 2, 3, 42};
 
-/// What one call converts. Long strings are cut between two characters, as the calls count with 31 bits.
+/// What one call converts. Long strings are cut between two characters, as the calls count with 31
+/// bits.
 constexpr std::size_t STEP = std::size_t{1} << 20;
 
 constexpr std::uint64_t MOST_PER_CALL = std::uint64_t{1} << 28;  ///< four bytes for each unit still fit into 31 bits
 
-/// In these code pages an escape, or a shift, says what the bytes behind it mean.
+/// In these code pages an escape, or a shift, says what the bytes after it mean.
 constexpr bool IsStateful(CharSet::Code code) {
     return code == 65000 || (code >= 50220 && code <= 50229) || code == 52936 || (code >= 57002 && code <= 57011);
 }
 
-/// Whether a character ends with this byte wherever it stands, alone or behind others, in every code page whose characters stand for
-/// themselves: characters of several bytes begin with one from 0x80 up. A digit may be the second of four bytes.
+/// Whether a character ends with this byte wherever it stands, alone or after others, in every code
+/// page whose characters stand for themselves: characters of several bytes begin with one from 0x80
+/// up. A digit may be the second of four bytes.
 constexpr bool EndsCharacter(char byte) {
     return static_cast<unsigned char>(byte) < 0x80 && (byte < '0' || byte > '9');
 }
@@ -119,7 +127,7 @@ private:
 
     // Want of memory, where the system tells of it, leaves as `std::bad_alloc`.
 
-    /// @param count  the answer of the system call, in front of which the last error was cleared
+    /// @param count  the answer of the system call, before which the last error was cleared
     static Outcome JudgeSystem(INT count);
     /// The library says "failed" of a string without characters, too.
     static Outcome JudgeLibrary(HRESULT result, INT count);
@@ -165,7 +173,8 @@ Outcome CharSetConverter::Platform::System::JudgeLibrary(HRESULT result, INT cou
     return result == S_OK || result == E_FAIL ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
-Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, WideChar* output, INT room, INT* count) const {
+Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, WideChar* output, INT room,
+                                                    INT* count) const {
     if (!isLanguageLibrary) {
         SetLastError(ERROR_SUCCESS);
         *count = MultiByteToWideChar(code, 0, data, size, output, room);
@@ -180,7 +189,8 @@ Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, 
     return JudgeLibrary(result, *count);
 }
 
-Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT size, char* output, INT room, INT* count) const {
+Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT size, char* output, INT room,
+                                                    INT* count) const {
     if (!isLanguageLibrary) {
         SetLastError(ERROR_SUCCESS);
         *count = WideCharToMultiByte(code, fromWideFlags, data, size, output, room, nullptr, nullptr);
@@ -207,17 +217,19 @@ std::uint64_t CharSetConverter::Platform::System::FindCut(const char* data, std:
 std::uint64_t CharSetConverter::Platform::System::FindCut(const WideChar* data, std::uint64_t size) const {
     if (size <= STEP || IsStateful(code))
         return size;
-    const bool splitsPair = data[STEP] >= 0xDC00 && data[STEP] <= 0xDFFF;
+    const bool splitsPair = IsLowSurrogate(data[STEP]);
     return splitsPair ? STEP - 1 : STEP;
 }
 
 namespace {
 
-/// What is put behind a string that comes to no characters: it ends inside an escape, or is nothing else. A terminator is one character for
-/// certain, and is taken away again; a change to ASCII goes in front of it where the terminator alone would be half of a character.
+/// What is put after a string that comes to no characters: it ends inside an escape, or is nothing
+/// else. A terminator is one character for certain, and is taken away again; a change to ASCII goes
+/// before it where the terminator alone would be half of a character.
 constexpr std::array<std::string_view, 2> ENDINGS = {std::string_view("\0", 1), std::string_view("\x1B(B\0", 4)};
 
-/// Bytes of an escape, "ESC $ ( D" for example: so many at the end of a string may be a part of one, or of a character.
+/// Bytes of an escape, "ESC $ ( D" for example: so many at the end of a string may be a part of
+/// one, or of a character.
 constexpr std::size_t LONGEST_ESCAPE = 4;
 
 /// How many endings are tried: only bytes have escapes.
@@ -227,7 +239,8 @@ constexpr std::size_t GetEndingCount(CharSet::Code code) {
     return hasEscapes ? ENDINGS.size() : ENDINGS.size() - 1;
 }
 
-/// Asks for the size, then converts, behind what is there. The output stays as it was where there are no units.
+/// Asks for the size, then converts, after what is there. The output stays as it was where there
+/// are no units.
 template <typename System, typename In, typename Out>
 Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out* output) {
     const INT length = static_cast<INT>(size);
@@ -244,8 +257,9 @@ Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out
     return Outcome::FAILURE;  // not of the string, whose size was known
 }
 
-/// Takes away the terminator of an ending, and leaves a character that had been waiting for what follows it: katakana waits for a mark.
-/// Bytes do not wait so; with an ending behind them, half an escape may become any character.
+/// Takes away the terminator of an ending, and leaves a character that had been waiting for what
+/// follows it: katakana waits for a mark. Bytes do not wait so; with an ending after them, half an
+/// escape may become any character.
 /// @param used  where the output of the string begins
 /// @return false, and the output ends there, when there is more than the terminator
 template <typename Out>
@@ -259,7 +273,8 @@ bool TakeTerminator(std::size_t used, Out* output) {
     return false;
 }
 
-/// Whether the system converts another string of this size, so that it was not the system that failed.
+/// Whether the system converts another string of this size, so that it was not the system that
+/// failed.
 template <typename System, typename In>
 bool ConvertsOthers(const System& system, const In*, std::size_t size) {
     const std::basic_string<In> other(size, static_cast<In>('a'));
@@ -283,7 +298,8 @@ Outcome ConvertEnded(const System& system, const In* data, std::size_t size, Out
     return outcome;
 }
 
-/// Appends what the step comes to. Where the system makes nothing of the last bytes, or of any, a mark of replacement stands for them.
+/// Appends what the step comes to. Where the system makes nothing of the last bytes, or of any, a
+/// mark of replacement stands for them.
 /// @return false when the system failed
 template <typename System, typename In, typename Out>
 bool ConvertStep(const System& system, const In* data, std::size_t size, Out* output) {
@@ -297,11 +313,12 @@ bool ConvertStep(const System& system, const In* data, std::size_t size, Out* ou
         outcome = ConvertWhole(system, data, size - cut, output);
     if (outcome == Outcome::FAILURE || (outcome == Outcome::NOTHING && !ConvertsOthers(system, data, size)))
         return false;
-    output->push_back(sizeof(In) == 1 ? static_cast<typename Out::value_type>(0xFFFD) : static_cast<typename Out::value_type>('?'));
+    output->push_back(sizeof(In) == 1 ? static_cast<typename Out::value_type>(0xFFFD)
+                                      : static_cast<typename Out::value_type>('?'));
     return true;
 }
 
-/// Converts each step behind what is there.
+/// Converts each step after what is there.
 template <typename System, typename In, typename Out>
 std::uint32_t ConvertInSteps(const System& system, const In* data, std::uint64_t size, Out* output) {
     while (size > 0) {

@@ -24,7 +24,7 @@ HANDLE ToHandle(std::intptr_t handle) {
 }
 
 constexpr std::size_t MOST_FOLDER = MAX_PATH + 2;  ///< characters that the system may give, and a terminator
-constexpr std::size_t MOST_NAME = 100;             ///< of the front that lifts the limit, and of a name with three numbers
+constexpr std::size_t MOST_NAME = 100;  ///< of the front that lifts the limit, and of a name with three numbers
 
 /// A text that takes no memory from the heap: the file is wanted when there is none left.
 class Path {
@@ -47,7 +47,7 @@ public:
     }
 
 private:
-    std::array<wchar_t, MOST_FOLDER + MOST_NAME> characters = {};  ///< zeros behind those that are used
+    std::array<wchar_t, MOST_FOLDER + MOST_NAME> characters = {};  ///< zeros after those that are used
     std::size_t used = 0;
 };
 
@@ -95,9 +95,10 @@ std::uint32_t TemporaryFile::Create() {
         return RESULT_STREAM_FAILED;
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
         const Path path = MakePath(std::wstring_view(folder.data(), length));
-        // Shared with nobody, kept in memory while there is room, and removed when the handle is closed, whoever closes it.
-        const HANDLE opened = CreateFileW(path.Get().data(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
-                                          FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        // Shared with nobody, kept in memory while there is room, and removed when the handle is
+        // closed, whoever closes it.
+        const HANDLE opened = CreateFileW(path.Get().data(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
+                                          CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
         if (opened != INVALID_HANDLE_VALUE) {
             handle = reinterpret_cast<std::intptr_t>(opened);
             return RESULT_OK;
@@ -125,7 +126,8 @@ std::uint32_t TemporaryFile::Write(std::uint64_t position, const void* data, std
     return RESULT_OK;
 }
 
-std::uint32_t TemporaryFile::Read(std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) const {
+std::uint32_t TemporaryFile::Read(std::uint64_t position, void* buffer, std::uint64_t size,
+                                  std::uint64_t* bytesRead) const {
     return ReadAt(ToHandle(handle), position, buffer, size, bytesRead) ? RESULT_OK : RESULT_STREAM_FAILED;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The system's header, without the macros that would stand in the way of C++ names.
+/// The system's header, without the macros that would hide C++ names.
 
 #if !defined(NOMINMAX)
 #define NOMINMAX

@@ -18,10 +18,20 @@ Block ReadFence(std::string_view fence, std::size_t line) {
         if (begin == 0)
             block.language = word;
         else
-            block.options[std::string(word.substr(0, equals))] = equals == std::string_view::npos ? "" : word.substr(equals + 1);
+            block.options[std::string(word.substr(0, equals))] =
+                equals == std::string_view::npos ? "" : word.substr(equals + 1);
         begin = end + 1;
     }
     return block;
+}
+
+/// A callback may go on in lines that begin with two spaces.
+std::string JoinContinued(std::string_view text) {
+    constexpr std::string_view CONTINUED = "\n  ";
+    std::string joined(text);
+    for (std::size_t at = joined.find(CONTINUED); at != std::string::npos; at = joined.find(CONTINUED, at))
+        joined.erase(at, CONTINUED.size());
+    return joined;
 }
 
 }  // namespace
@@ -61,7 +71,7 @@ std::vector<Example> ReadExamples(const std::string& page) {
         if (block.language == "html")
             examples.push_back({block, "", block.text});
         else if (block.language == "json")
-            examples.back().callbacks = block.text;
+            examples.back().callbacks = JoinContinued(block.text);
         else if (block.language == "text")
             examples.back().writtenBack = block.text;
     }

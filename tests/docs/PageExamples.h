@@ -10,7 +10,7 @@
 
 namespace Kestra::Test {
 
-/// A block of code of a page: what stands behind its opening fence, and its lines.
+/// A block of code of a page: what follows its opening fence, and its lines.
 struct Block {
     std::size_t line = 0;  ///< of the opening fence
     std::string language;

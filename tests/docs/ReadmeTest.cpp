@@ -11,7 +11,8 @@
 #include "platform/MemoryInputStream.h"
 
 /// @file
-/// What README.md and the headers of the document parser say of documents that the tokens do not give back, of places and of exceptions.
+/// What README.md and the headers of the document parser say of documents that the tokens do not
+/// give back, of places and of exceptions.
 
 namespace Kestra::Test {
 namespace {
@@ -47,7 +48,8 @@ public:
 
 /// @param pieceSize  0 for a stream
 template <typename C, typename S>
-Outcome Parse(const std::string& bytes, std::size_t pieceSize, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_AUTO) {
+Outcome Parse(const std::string& bytes, std::size_t pieceSize,
+              GenericParser::DataStreamType type = GenericParser::DATA_STREAM_AUTO) {
     Writer<C, S> writer;
     GenericParser parser;
     parser.SetObserver(&writer, false);
@@ -75,7 +77,8 @@ TEST(Readme, WhatTheTokensDoNotGiveBack) {
         std::uint32_t end;
         std::string written;
     } CASES[] = {
-        {"a page in order", "<p a='b'>c</p><!--d--><script>e</script>", 0, 0, 0, "<p a='b'>c</p><!--d--><script>e</script>"},
+        {"a page in order", "<p a='b'>c</p><!--d--><script>e</script>", 0, 0, 0,
+         "<p a='b'>c</p><!--d--><script>e</script>"},
         {"an unfinished mark", "\xEF\xBB", 0, 0, 0, ""},
         {"an unfinished mark in a piece", "\xEF\xBB<b>", 2, 0, 0, "<b>"},
         {"a mark as text", "\xEF\xBB<b>", 0, 0, 0, "\xEF\xBB<b>"},

@@ -62,7 +62,8 @@ Outcome RunExample(const Block& input) {
     parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
     if (input.Has("scripts"))
         parser.SetScriptMode(GenericParser::SCRIPT_AS_TEXT);
-    parser.StartParse(StringNS::CharSet::UTF8, hasMark ? GenericParser::DATA_STREAM_AUTO : GenericParser::DATA_STREAM_8BIT);
+    parser.StartParse(StringNS::CharSet::UTF8,
+                      hasMark ? GenericParser::DATA_STREAM_AUTO : GenericParser::DATA_STREAM_8BIT);
     Outcome outcome;
     if (!input.Has("pieces")) {
         outcome.parseResult = parser.ParseStream(&stream, false);
@@ -101,9 +102,10 @@ TEST(TokensPageTest, NoKindIsMissing) {
     for (const Example& example : ReadExamples(PAGE))
         AddCallbackNames(example.callbacks, &shown);
     const std::set<std::string> kinds = {
-        "BOM",          "CComment", "CDATATag",  "CPPComment", "CSSTagEnd", "CSSTagStart", "CommentTag", "ConditionalTag",
-        "DQuoteString", "EndTag",   "EntityTag", "ExternTag",  "JSTagEnd",  "JSTagStart",  "JunkData",   "SQuoteString",
-        "ShortTag",     "StartTag", "Text",
+        "BOM",          "CComment",   "CDATATag",       "CPPComment",   "CSSTagEnd",
+        "CSSTagStart",  "CommentTag", "ConditionalTag", "DQuoteString", "EndTag",
+        "EntityTag",    "ExternTag",  "JSTagEnd",       "JSTagStart",   "JunkData",
+        "SQuoteString", "ShortTag",   "StartTag",       "Text",
     };
     EXPECT_EQ(shown, kinds);
 }

@@ -1,6 +1,7 @@
 # Runs a program that rewrites a page, and compares the bytes that it writes with those of a file.
 #
-#     cmake [-D EMULATOR=...] -D PROGRAM=... -D PAGE=... -D WRITTEN=... -D EXPECTED=... -P CompareRewritten.cmake
+#     cmake [-D EMULATOR=...] -D PROGRAM=... -D PAGE=... -D WRITTEN=... -D EXPECTED=... -P
+#     CompareRewritten.cmake
 cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE ${WRITTEN})

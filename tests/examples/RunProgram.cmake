@@ -1,9 +1,10 @@
 # Runs an example program and compares what it does with what is expected.
 #
-#     cmake [-D EMULATOR=...] -D PROGRAM=... -D PAGE=... -D STATUS=... [-D OUTPUT=file] [-D ERRORS=text] -P RunProgram.cmake
+#     cmake [-D EMULATOR=...] -D PROGRAM=... -D PAGE=... -D STATUS=... [-D OUTPUT=file] [-D
+#     ERRORS=text] -P RunProgram.cmake
 #
-# EMULATOR starts a program that this system cannot start by itself. PAGE is the argument of the program; without it there is none. Without
-# OUTPUT or ERRORS nothing may be written there.
+# EMULATOR starts a program that this system cannot start by itself. PAGE is the argument of the
+# program; without it there is none. Without OUTPUT or ERRORS nothing may be written there.
 cmake_minimum_required(VERSION 3.25)
 
 set(expectedOutput "")

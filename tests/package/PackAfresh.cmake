@@ -1,7 +1,8 @@
-# Packs a build as `cpack` does and unpacks the archive as a user does, into a folder that holds nothing else. What earlier users were
-# built from is dropped.
+# Packs a build as `cpack` does and unpacks the archive as a user does, into a folder that holds
+# nothing else. What earlier users were built from is dropped.
 #
-#     cmake -D CPACK=... -D CONFIG=CPackConfig.cmake -D ARCHIVE=name -D FOLDER=... -D PREFIX=... -D USERS=... -P PackAfresh.cmake
+#     cmake -D CPACK=... -D CONFIG=CPackConfig.cmake -D ARCHIVE=name -D FOLDER=... -D PREFIX=... -D
+#     USERS=... -P PackAfresh.cmake
 cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE_RECURSE ${FOLDER} ${PREFIX} ${USERS})

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds a program of one source against an installed package that pkg-config finds. A DLL is put beside it.
+# Builds a program of one source against an installed package that pkg-config finds. A DLL is put
+# beside it.
 #
 #     build-with-pkg-config.sh PREFIX LIBRARY-FOLDER SOURCE PROGRAM
 #

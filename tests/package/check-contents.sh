@@ -1,10 +1,12 @@
 #!/bin/sh
-# What an unpacked package holds beside the headers is what is listed and the documents, no less and no more; whatever a header includes of
-# ours is there; and the links between the documents lead somewhere.
+# What an unpacked package holds beside the headers is what is listed and the documents, no less and
+# no more; whatever a header includes of ours is there; and the links between the documents lead
+# somewhere.
 #
 #     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
 #
-# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below PREFIX that documents are installed in.
+# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below
+# PREFIX that documents are installed in.
 set -eu
 
 prefix=$1
@@ -30,7 +32,7 @@ headers=$(find include/kestra -name '*.h')
 [ "$(echo "$headers" | wc -l)" -gt 40 ] || complain "only these headers were found:" $headers
 for header in $headers; do
     for included in $(sed -n 's/^#include "\(.*\)"/\1/p' "$header"); do
-        [ -f "include/kestra/$included" ] || complain "$header includes $included, which is missing"
+        [ -f "$(dirname "$header")/$included" ] || complain "$header includes $included, which is missing"
     done
 done
 

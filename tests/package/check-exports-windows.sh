@@ -1,5 +1,6 @@
 #!/bin/sh
-# What an installed DLL exports is what its headers mark with KESTRA_HTML_API, no less and no more, and its import library offers the same.
+# What an installed DLL exports is what its headers mark with KESTRA_HTML_API, no less and no more,
+# and its import library offers the same.
 #
 #     check-exports-windows.sh PREFIX USER-SOURCES
 set -eu

@@ -1,5 +1,6 @@
 #!/bin/sh
-# What an installed shared library exports is what its headers mark with KESTRA_HTML_API, no less and no more.
+# What an installed shared library exports is what its headers mark with KESTRA_HTML_API, no less
+# and no more.
 #
 #     check-exports.sh LIBRARY-FOLDER HEADER-FOLDER USER-SOURCES VERSION
 set -eu

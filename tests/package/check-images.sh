@@ -1,6 +1,7 @@
 #!/bin/sh
-# What an image for Windows needs and allows: no library but those of the system and the DLL beside it, an address chosen by the loader from
-# all 64 bits, no execution of data. The DLL and the tool carry the version of the project.
+# What an image for Windows needs and allows: no library but those of the system and the DLL beside
+# it, an address chosen by the loader from all 64 bits, no execution of data. The DLL and the tool
+# carry the version of the project.
 #
 #     check-images.sh VERSION IMAGE...
 set -eu
@@ -15,7 +16,8 @@ complain() {
     failed=1
 }
 
-# What every Windows has. The runtime of the compiler is none of them: libgcc, libstdc++ and libwinpthread are linked in.
+# What every Windows has. The runtime of the compiler is none of them: libgcc, libstdc++ and
+# libwinpthread are linked in.
 system=' advapi32.dll kernel32.dll msvcrt.dll ole32.dll shell32.dll user32.dll '
 
 check_headers() {

@@ -7,7 +7,8 @@ complain() {
     failed=1
 }
 
-# Prints the public names of installed headers, one a line: "template NAME", "class NAME" or "object NAME".
+# Prints the public names of installed headers, one a line: "template NAME", "class NAME" or "object
+# NAME".
 #
 #     public_names HEADER-FOLDER
 public_names() {
@@ -26,8 +27,9 @@ public_names() {
         { previous = $0 }' {} +
 }
 
-# Reads exported symbols, each a line of one letter and the demangled name, and says which of them should not be exported and which public
-# names are not. An instantiation of a standard template is a stranger, too.
+# Reads exported symbols, each a line of one letter and the demangled name, and says which of them
+# should not be exported and which public names are not. An instantiation of a standard template is
+# a stranger, too.
 #
 #     compare_exports PUBLIC-NAMES WIDE-CHARACTER-TYPE
 compare_exports() {
@@ -78,8 +80,8 @@ compare_exports() {
         }'
 }
 
-# Complains about what is wrong with the exports, and about public names that a user program does not use: linking it proves more than a
-# symbol table can.
+# Complains about what is wrong with the exports, and about public names that a user program does
+# not use: linking it proves more than a symbol table can.
 #
 #     check_exports HEADER-FOLDER USER-SOURCES WIDE-CHARACTER-TYPE <SYMBOLS
 check_exports() {

@@ -15,7 +15,8 @@
 namespace Kestra::StringNS {
 namespace {
 
-/// Copies out of and into blocks of memory of their exact sizes, the latter behind `offset` characters and in front of one that stays.
+/// Copies out of and into blocks of memory of their exact sizes, the latter after `offset`
+/// characters and before one that stays.
 template <typename To, typename From>
 void Check(const std::vector<From>& from, std::size_t offset) {
     std::vector<To> expected(from.size());
@@ -23,7 +24,8 @@ void Check(const std::vector<From>& from, std::size_t offset) {
     std::vector<To> to(offset + from.size() + 1, To{'#'});
     ASSERT_EQ(CopyAscii(from.data(), from.size(), to.data() + offset), run) << "of " << from.size();
     const auto begin = to.begin() + static_cast<std::ptrdiff_t>(offset);
-    ASSERT_TRUE(std::equal(begin, begin + static_cast<std::ptrdiff_t>(run), expected.begin())) << run << " of " << from.size();
+    ASSERT_TRUE(std::equal(begin, begin + static_cast<std::ptrdiff_t>(run), expected.begin()))
+        << run << " of " << from.size();
     ASSERT_TRUE(std::all_of(to.begin(), begin, [](To character) { return character == '#'; })) << from.size();
     ASSERT_EQ(to.back(), To{'#'}) << from.size();
 }
@@ -50,7 +52,8 @@ void CheckEveryPlace(const std::vector<From>& others) {
 
 TEST(AsciiRunsTest, EveryLengthWithOneOtherCharacterAtEveryPlace) {
     CheckEveryPlace<WideChar>(std::vector<char>{'\x80', '\xC3', '\xFF'});
-    CheckEveryPlace<char>(std::vector<WideChar>{0x80, 0xFF, 0x100, 0x141, 0x7F00, 0x7FFF, 0x8000, 0x8041, 0xD83D, 0xFF41, 0xFFFF});
+    CheckEveryPlace<char>(
+        std::vector<WideChar>{0x80, 0xFF, 0x100, 0x141, 0x7F00, 0x7FFF, 0x8000, 0x8041, 0xD83D, 0xFF41, 0xFFFF});
 }
 
 TEST(AsciiRunsTest, EveryCharacterIsAsciiOrNot) {

@@ -12,7 +12,8 @@
 namespace Kestra::Base {
 namespace {
 
-static_assert(!std::is_copy_constructible_v<DefaultBufferAllocPolicy> && !std::is_copy_assignable_v<DefaultBufferAllocPolicy>);
+static_assert(!std::is_copy_constructible_v<DefaultBufferAllocPolicy> &&
+              !std::is_copy_assignable_v<DefaultBufferAllocPolicy>);
 
 /// Touches both ends of the buffer, so that a sanitizer sees one that is too short.
 void Fill(const DefaultBufferAllocPolicy& buffer) {

@@ -12,7 +12,8 @@
 #include "platform/Results.h"
 #include "tests/platform/ConverterCheck.h"
 
-// What holds on every platform: the library's own converters, and those answers of the system's ones that all systems give.
+// What holds on every platform: the library's own converters, and those answers of the system's
+// ones that all systems give.
 
 namespace Kestra::StringNS {
 namespace {
@@ -82,7 +83,8 @@ TEST(CharSetConverterTest, OwnConvertersToWide) {
                      "0123456789abcdef\u00E9"
                      "0123456789abcdefg\uFFFDx")},
         {"1252", 1252, "\x80\x8C\x9F\xA0\xFF", KESTRA_WIDE("\u20AC\u0152\u0178\u00A0\u00FF")},
-        {"the five undefined bytes of 1252", 1252, "\x81\x8D\x8F\x90\x9D", KESTRA_WIDE("\u0081\u008D\u008F\u0090\u009D")},
+        {"the five undefined bytes of 1252", 1252, "\x81\x8D\x8F\x90\x9D",
+         KESTRA_WIDE("\u0081\u008D\u008F\u0090\u009D")},
         {"28591 has C1 controls", 28591, "\x80\x9F\xE9", KESTRA_WIDE("\u0080\u009F\u00E9")},
         {"20127 ends at 127", 20127, "a\x7F\x80\xFFz", KESTRA_WIDE("a\u007F\uFFFD\uFFFDz")},
         {"1200", 1200, "a\0\x42\x30"sv, KESTRA_WIDE("a\u3042")},
@@ -98,14 +100,20 @@ TEST(CharSetConverterTest, OwnConvertersFromWide) {
         {"an empty string", 65001, KESTRA_WIDE(""), ""},
         {"one to four bytes", 65001, KESTRA_WIDE("a\u00E9\u3042\U0001F600"), "a\xC3\xA9\xE3\x81\x82\xF0\x9F\x98\x80"},
         {"a NUL is a character", 65001, WideStringView(KESTRA_WIDE("a\0b\0"), 4), "a\0b\0"sv},
-        {"a lone surrogate is U+FFFD in UTF-8", 65001, WideStringView(KESTRA_WIDE("\xD800z\xDC00"), 3), "\xEF\xBF\xBDz\xEF\xBF\xBD"},
-        {"surrogates the wrong way round", 65001, WideStringView(KESTRA_WIDE("\xDC00\xD800"), 2), "\xEF\xBF\xBD\xEF\xBF\xBD"},
-        {"a high surrogate before a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xD83D\xDE00"), 3), "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
-        {"a low surrogate behind a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xDE00\xDE00"), 3), "\xF0\x9F\x98\x80\xEF\xBF\xBD"},
+        {"a lone surrogate is U+FFFD in UTF-8", 65001, WideStringView(KESTRA_WIDE("\xD800z\xDC00"), 3),
+         "\xEF\xBF\xBDz\xEF\xBF\xBD"},
+        {"surrogates the wrong way round", 65001, WideStringView(KESTRA_WIDE("\xDC00\xD800"), 2),
+         "\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"a high surrogate before a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xD83D\xDE00"), 3),
+         "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
+        {"a low surrogate after a pair", 65001, WideStringView(KESTRA_WIDE("\xD83D\xDE00\xDE00"), 3),
+         "\xF0\x9F\x98\x80\xEF\xBF\xBD"},
         {"1252", 1252, KESTRA_WIDE("\u20AC\u0152\u0178\u00A0\u00FF"), "\x80\x8C\x9F\xA0\xFF"},
-        {"the five undefined bytes of 1252", 1252, KESTRA_WIDE("\u0081\u008D\u008F\u0090\u009D"), "\x81\x8D\x8F\x90\x9D"},
+        {"the five undefined bytes of 1252", 1252, KESTRA_WIDE("\u0081\u008D\u008F\u0090\u009D"),
+         "\x81\x8D\x8F\x90\x9D"},
         {"the other C1 controls are not in 1252", 1252, KESTRA_WIDE("\u0080\u0082\u009F"), "???"},
-        {"one \"?\" for a pair and for a lone surrogate", 1252, WideStringView(KESTRA_WIDE("a\xD83D\xDE00z\xD800"), 5), "a?z?"},
+        {"one \"?\" for a pair and for a lone surrogate", 1252, WideStringView(KESTRA_WIDE("a\xD83D\xDE00z\xD800"), 5),
+         "a?z?"},
         {"no look-alikes", 1252, KESTRA_WIDE("\uFF21\u0101"), "??"},
         {"28591", 28591, KESTRA_WIDE("\u0080\u00FF\u0100\u20AC"), "\x80\xFF??"},
         {"20127", 20127, KESTRA_WIDE("a\u007F\u0080\u00E9z"), "a\x7F??z"},
@@ -165,7 +173,8 @@ TEST(CharSetConverterTest, SystemConvertersBothWays) {
         {866, "\x80\xA0", KESTRA_WIDE("\u0410\u0430")},
         {874, "\xA1\x80", KESTRA_WIDE("\u0E01\u20AC")},
         {932, "\x83\x5C\x93\xFA\x96\x7B\xB1\\~", KESTRA_WIDE("\u30BD\u65E5\u672C\uFF71\\~")},
-        {932, "\x81\x60\x81\x7C\x87\x40", KESTRA_WIDE("\uFF5E\uFF0D\u2460")},  // Microsoft's mappings, not those of JIS X 0208
+        {932, "\x81\x60\x81\x7C\x87\x40",
+         KESTRA_WIDE("\uFF5E\uFF0D\u2460")},  // Microsoft's mappings, not those of JIS X 0208
         {932, "a\x80\xA0\xFD\xFE\xFFz", KESTRA_WIDE("a\u0080\uF8F0\uF8F1\uF8F2\uF8F3z")},
         {936, "\xD6\xD0\x81\x40\x80", KESTRA_WIDE("\u4E2D\u4E02\u20AC")},
         {949, "\xB0\xA1\x81\x41", KESTRA_WIDE("\uAC00\uAC02")},
@@ -204,7 +213,7 @@ TEST(CharSetConverterTest, SystemConvertersToWideOnly) {
         {"an empty string", 932, "", KESTRA_WIDE("")},
         {"a change to ASCII is no character", 50221, "\x1B(B", KESTRA_WIDE("")},
         {"nor is one to two bytes", 50221, "\x1B$B", KESTRA_WIDE("")},
-        {"behind a character neither", 50221, "a\x1B$B", KESTRA_WIDE("a")},
+        {"after a character neither", 50221, "a\x1B$B", KESTRA_WIDE("a")},
         {"UTF-7 that starts a sequence of nothing", 65000, "+", KESTRA_WIDE("")},
     };
     CheckToWide(rows);
@@ -230,13 +239,15 @@ TEST(CharSetConverterTest, SystemConvertersFromWideOnly) {
 
 TEST(CharSetConverterTest, AsciiIsAsciiInEveryCodePageThatHoldsIt) {
     const std::set<CharSet::Code> otherwise = {
-        37,    500,   870,   875,   1026,  1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,   // EBCDIC
-        20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420, 20423, 20424, 20838, 20871, 20880, 20905, 20924,  // EBCDIC
-        21025,                                                                                                           // EBCDIC
-        20105, 20106, 20107, 20108, 20261,                                                                               // national
-        1200,  1201,  12000, 12001,                                                                                      // wider units
-        864,                                                                                                             // "%" is U+066A
-        50220, 50221, 50222, 50225, 50227, 52936, 65000,  // shifts and escapes
+        37,    500,   870,   875,   1026,  1047,  1140,  1141,
+        1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,  // EBCDIC
+        20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297,
+        20420, 20423, 20424, 20838, 20871, 20880, 20905, 20924,  // EBCDIC
+        21025,                                                   // EBCDIC
+        20105, 20106, 20107, 20108, 20261,                       // national
+        1200,  1201,  12000, 12001,                              // wider units
+        864,                                                     // "%" is U+066A
+        50220, 50221, 50222, 50225, 50227, 52936, 65000,         // shifts and escapes
     };
     std::size_t compared = 0;
     for (const CharSet::Code code : GetNamedCodes()) {
@@ -251,7 +262,7 @@ TEST(CharSetConverterTest, AsciiIsAsciiInEveryCodePageThatHoldsIt) {
             units += static_cast<WideChar>(byte);
         }
         EXPECT_EQ(Dump(ToWide(code, bytes)), Dump(units)) << code;
-        if (code < 57002 || code > 57011) {  // ISCII repeats its script behind each line feed
+        if (code < 57002 || code > 57011) {  // ISCII repeats its script after each line feed
             EXPECT_EQ(Dump(FromWide(code, units)), Dump(bytes)) << code;
         }
     }

@@ -116,9 +116,10 @@ TEST(CharSetTest, DeclaredNamesLeadToTheCodePageTheirTextIsIn) {
 
 TEST(CharSetTest, UnknownNamesHaveNoCode) {
     const std::string_view names[] = {
-        "",     " ",      "x-unknown", "bogus",  " utf-8",     "utf-8 ",     "utf-8\t",       "\"utf-8\"", "utf-8\0"sv,  "utf\0-8"sv,
-        "utf-", "utf-88", "tf-8",      "UTF_8",  "0",          "65001",      "windows",       "cp",        "zzzzzzzzzz", "-",
-        "!",    "~",      "koi8-r\n",  "iso-88", "windows-12", "iso 8859-1", "iso-2022-jp-2", "viscii",
+        "",           " ",          "x-unknown",     "bogus",  " utf-8", "utf-8 ", "utf-8\t",  "\"utf-8\"",
+        "utf-8\0"sv,  "utf\0-8"sv,  "utf-",          "utf-88", "tf-8",   "UTF_8",  "0",        "65001",
+        "windows",    "cp",         "zzzzzzzzzz",    "-",      "!",      "~",      "koi8-r\n", "iso-88",
+        "windows-12", "iso 8859-1", "iso-2022-jp-2", "viscii",
     };
     for (const std::string_view name : names)
         EXPECT_EQ(CharSet::GetCharSetCode(Widen(name)), CharSet::UNKNOWN) << name;
@@ -127,11 +128,13 @@ TEST(CharSetTest, UnknownNamesHaveNoCode) {
 
 TEST(CharSetTest, OnlyAsciiLettersAreFolded) {
     EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("UtF-8")), 65001U);
-    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("\u212AOI8-R")), CharSet::UNKNOWN);          // KELVIN SIGN
-    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("\u017Fhift_ji\u017F")), CharSet::UNKNOWN);  // LATIN SMALL LETTER LONG S
-    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("\u0175tf-8")), CharSet::UNKNOWN);           // the low byte is "u"
+    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("\u212AOI8-R")), CharSet::UNKNOWN);  // KELVIN SIGN
+    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("\u017Fhift_ji\u017F")),
+              CharSet::UNKNOWN);                                                      // LATIN SMALL LETTER LONG S
+    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("\u0175tf-8")), CharSet::UNKNOWN);  // the low byte is "u"
     EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("utf-\uFF18")), CharSet::UNKNOWN);
-    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("iso\r8859-1")), CharSet::UNKNOWN);  // "-" and CR differ by the bit of case
+    EXPECT_EQ(CharSet::GetCharSetCode(KESTRA_WIDE("iso\r8859-1")),
+              CharSet::UNKNOWN);  // "-" and CR differ by the bit of case
 }
 
 TEST(CharSetTest, EveryNameLeadsToItsRowInAnyCase) {
@@ -194,7 +197,8 @@ TEST(CharSetTest, CodesHaveTheirRegisteredNames) {
 
 TEST(CharSetTest, ThreeCodePagesHideMarkupInEscapeRuns) {
     for (const CharSetRow& row : GetCharSetRows())
-        EXPECT_EQ(CharSet::IsIso2022(row.code), row.code == 50221 || row.code == 50222 || row.code == 50225) << row.code;
+        EXPECT_EQ(CharSet::IsIso2022(row.code), row.code == 50221 || row.code == 50222 || row.code == 50225)
+            << row.code;
     EXPECT_TRUE(CharSet::IsIso2022(50222));
     EXPECT_FALSE(CharSet::IsIso2022(0));
 }

@@ -21,8 +21,9 @@ TEST(CharactersTest, NarrowWhiteSpaceIsSixBytes) {
 }
 
 TEST(CharactersTest, WideWhiteSpaceIsOneFixedTable) {
-    const unsigned table[] = {9,      10,     11,     12,     13,     32,     0x85,   0xA0,   0x1680, 0x2000, 0x2001, 0x2002, 0x2003,
-                              0x2004, 0x2005, 0x2006, 0x2007, 0x2008, 0x2009, 0x200A, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
+    const unsigned table[] = {9,      10,     11,     12,     13,     32,     0x85,   0xA0,   0x1680,
+                              0x2000, 0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008,
+                              0x2009, 0x200A, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
     for (unsigned code = 0; code < 0x10000; ++code) {
         const bool expected = std::find(std::begin(table), std::end(table), code) != std::end(table);
         EXPECT_EQ(IsSpace(static_cast<WideChar>(code)), expected) << code;
@@ -53,7 +54,7 @@ TEST(CharactersTest, KeywordsAreComparedOverTheFullLength) {
         {"capitals count as small letters", "ScRIPT", "script", true},
         {"a longer word", "scripts", "script", false},
         {"a shorter word", "scrip", "script", false},
-        {"a NUL behind the word is a character", "script\0"sv, "script", false},
+        {"a NUL after the word is a character", "script\0"sv, "script", false},
         {"a NUL inside the word does not end it", "scr\0ipt"sv, "script", false},
         {"two empty words", "", "", true},
         {"an empty word", "", "a", false},

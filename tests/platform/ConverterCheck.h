@@ -16,7 +16,8 @@
 #include "platform/Results.h"
 
 /// @file
-/// What the tests of the charset conversions share: on every platform, and of the system's own ones.
+/// What the tests of the charset conversions share: on every platform, and of the system's own
+/// ones.
 
 namespace Kestra::Test {
 
@@ -97,8 +98,8 @@ inline void CheckFromWide(std::span<const FromWideRow> rows) {
 
 /// Parts of a text of many lengths and alignments come back as they were.
 inline void CheckThereAndBack(CharSet::Code code) {
-    const WideString sample =
-        KESTRA_WIDE("The quick brown fox, \u00FCber \u20AC 5 \u2014 jumps over the lazy dog. 0123456789 0123456789 \u00E9");
+    const WideString sample = KESTRA_WIDE(
+        "The quick brown fox, \u00FCber \u20AC 5 \u2014 jumps over the lazy dog. 0123456789 0123456789 \u00E9");
     CharSetConverter converter;
     std::string bytes;
     WideString units;
@@ -117,15 +118,19 @@ inline void CheckUnsupported(CharSet::Code code) {
     CharSetConverter converter;
     for (const std::size_t size : {3U, 0U}) {
         WideString units = KESTRA_WIDE("old content");
-        EXPECT_EQ(converter.ToWide(code, size == 0 ? nullptr : "abc", size, &units), RESULT_UNSUPPORTED_CHARSET) << code;
+        EXPECT_EQ(converter.ToWide(code, size == 0 ? nullptr : "abc", size, &units), RESULT_UNSUPPORTED_CHARSET)
+            << code;
         EXPECT_TRUE(units.empty()) << code;
         std::string bytes = "old content";
-        EXPECT_EQ(converter.FromWide(code, size == 0 ? nullptr : KESTRA_WIDE("abc"), size, &bytes), RESULT_UNSUPPORTED_CHARSET) << code;
+        EXPECT_EQ(converter.FromWide(code, size == 0 ? nullptr : KESTRA_WIDE("abc"), size, &bytes),
+                  RESULT_UNSUPPORTED_CHARSET)
+            << code;
         EXPECT_TRUE(bytes.empty()) << code;
     }
 }
 
-/// Converts the text of a row `times` times in one string, behind up to four characters, so that steps of any even size cut characters.
+/// Converts the text of a row `times` times in one string, after up to four characters, so that
+/// steps of any even size cut characters.
 inline void CheckLongStrings(const ConversionRow& row, std::size_t times) {
     CharSetConverter converter;
     for (std::size_t offset = 0; offset < 5; ++offset) {
@@ -141,10 +146,10 @@ inline void CheckLongStrings(const ConversionRow& row, std::size_t times) {
         }
         WideString wide;
         EXPECT_EQ(converter.ToWide(row.code, bytes.data(), bytes.size(), &wide), RESULT_OK);
-        EXPECT_TRUE(wide == units) << row.code << ", behind " << offset;
+        EXPECT_TRUE(wide == units) << row.code << ", after " << offset;
         std::string narrow;
         EXPECT_EQ(converter.FromWide(row.code, units.data(), units.size(), &narrow), RESULT_OK);
-        EXPECT_TRUE(narrow == bytes) << row.code << ", behind " << offset;
+        EXPECT_TRUE(narrow == bytes) << row.code << ", after " << offset;
     }
 }
 

@@ -22,14 +22,14 @@ const Case CASES[] = {
     {"nothing", "", ""},
     {"plain text", "a text", "a text"},
     {"a tag between words leaves a space", "one<br>two", "one two"},
-    {"white space in front of a tag is enough", "one <b>two", "one two"},
+    {"white space before a tag is enough", "one <b>two", "one two"},
     {"no space at the start", "<p>one", "one"},
     {"no space at the end", "one</p>", "one"},
     {"an end tag", "one</b >two", "one two"},
     {"a declaration", "<!DOCTYPE html>one", "one"},
     {"a processing instruction", "<?xml version=\"1.0\"?>one", "one"},
-    {"a less-than sign in front of a space is text", "1 < 2", "1 < 2"},
-    {"a less-than sign in front of a digit is text", "1<2", "1<2"},
+    {"a less-than sign before a space is text", "1 < 2", "1 < 2"},
+    {"a less-than sign before a digit is text", "1<2", "1<2"},
     {"a less-than sign at the end is text", "one<", "one<"},
     {"two less-than signs are text and a tag", "<<b>one", "< one"},
     {"a greater-than sign is text", "1>2", "1>2"},
@@ -76,7 +76,7 @@ TEST(MarkupStripperTest, Utf16KeepsItsTags) {
     EXPECT_EQ(StripMarkup(page), page);
 }
 
-/// From a heap block of the exact size, so that sanitizers see a read behind it.
+/// From a heap block of the exact size, so that sanitizers see a read after it.
 std::string StripExact(std::string_view markup) {
     const std::unique_ptr<char[]> block(new char[markup.size()]);
     markup.copy(block.get(), markup.size());
@@ -122,7 +122,8 @@ TEST(MarkupStripperTest, TakesLinearTime) {
     EXPECT_EQ(StripMarkup("<style>" + Repeat("</script", MANY)), "");
     EXPECT_EQ(StripMarkup("<script>" + Repeat("</", MANY)), "");
     EXPECT_EQ(StripMarkup(Repeat("<a b=\">", MANY)), "");
-    EXPECT_EQ(StripMarkup(Repeat("<a b='>c", MANY / 2) + Repeat("<a b=\">c", MANY / 2)), Repeat("c ", MANY / 2 - 1) + "c");
+    EXPECT_EQ(StripMarkup(Repeat("<a b='>c", MANY / 2) + Repeat("<a b=\">c", MANY / 2)),
+              Repeat("c ", MANY / 2 - 1) + "c");
     EXPECT_EQ(StripMarkup(Repeat("a\x1B$B", MANY)), Repeat("a\x1B$B", MANY));
     EXPECT_EQ(StripMarkup(Repeat("\x1B$)\x0E", MANY)), Repeat("\x1B$)\x0E", MANY));
     EXPECT_EQ(StripMarkup(Repeat("a<b>", MANY)), Repeat("a ", MANY - 1) + "a");

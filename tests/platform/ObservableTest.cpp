@@ -143,7 +143,7 @@ TEST(ObservableTest, AnEventInsideAnEvent) {
     EXPECT_EQ(heard, "a1a2a3b3");
 }
 
-TEST(ObservableTest, AnExceptionLeavesNothingBehind) {
+TEST(ObservableTest, AnExceptionLeavesNothing) {
     std::string heard;
     Listener a('a', &heard);
     Listener b('b', &heard);

@@ -58,7 +58,8 @@ std::unique_ptr<InputStream> MakeTmpStream(const std::string& bytes, std::uint64
     return std::make_unique<TmpInputStream>(output);
 }
 
-/// What every stream of the library has in common that knows its position: each row is one of them over the same 1000 bytes.
+/// What every stream of the library has in common that knows its position: each row is one of them
+/// over the same 1000 bytes.
 struct StreamKind {
     const char* name;
     std::uint64_t firstOffset;
@@ -74,7 +75,8 @@ const StreamKind STREAM_KINDS[] = {
      [](const std::string& bytes, const TemporaryFolder&) -> std::unique_ptr<InputStream> {
          return std::make_unique<MemoryInputStream>(bytes, 5000000000);
      }},
-    {"TmpInMemory", 0, [](const std::string& bytes, const TemporaryFolder&) { return MakeTmpStream(bytes, bytes.size()); }},
+    {"TmpInMemory", 0,
+     [](const std::string& bytes, const TemporaryFolder&) { return MakeTmpStream(bytes, bytes.size()); }},
     {"TmpInFile", 0, [](const std::string& bytes, const TemporaryFolder&) { return MakeTmpStream(bytes, 0); }},
     {"TmpInFileAndMemory", 0,
      [](const std::string& bytes, const TemporaryFolder&) -> std::unique_ptr<InputStream> {
@@ -83,7 +85,8 @@ const StreamKind STREAM_KINDS[] = {
              EXPECT_EQ(output.Write(bytes.data() + i, std::min<std::size_t>(150, bytes.size() - i)), RESULT_OK);
          return std::make_unique<TmpInputStream>(output);
      }},
-    {"File", 0, [](const std::string& bytes, const TemporaryFolder& folder) { return Open(folder.Write("file.bin", bytes)); }},
+    {"File", 0,
+     [](const std::string& bytes, const TemporaryFolder& folder) { return Open(folder.Write("file.bin", bytes)); }},
     {"TestBounded", 0,
      [](const std::string& bytes, const TemporaryFolder&) -> std::unique_ptr<InputStream> {
          return std::make_unique<BoundedInputStream>(bytes, AtMost(bytes.size()));
@@ -456,7 +459,12 @@ TEST(TestStreamsTest, ScriptedFaults) {
     int destructions = 0;
     {
         FaultyInputStream stream("abcdefgh");
-        stream.FailRead(2, 77).ReadNothing(3).ShortenRead(4, 1).MisreportRead(5, 9).FailReadsFrom(7, 88).CountDestructions(&destructions);
+        stream.FailRead(2, 77)
+            .ReadNothing(3)
+            .ShortenRead(4, 1)
+            .MisreportRead(5, 9)
+            .FailReadsFrom(7, 88)
+            .CountDestructions(&destructions);
         struct Row {
             const char* note;
             std::uint32_t code;

@@ -57,7 +57,8 @@ TEST(StringHelperTest, ConversionsToWideLeaveOutTheTerminatorCountedLast) {
     };
     for (const Case& c : cases) {
         WideString output = KESTRA_WIDE("old content");
-        EXPECT_EQ(StringHelper::GetWideFromGeneric(c.code, c.bytes.data(), c.bytes.size(), &output), RESULT_OK) << c.note;
+        EXPECT_EQ(StringHelper::GetWideFromGeneric(c.code, c.bytes.data(), c.bytes.size(), &output), RESULT_OK)
+            << c.note;
         EXPECT_TRUE(output == c.expected) << c.note << ": " << output.size() << " units";
         if (c.code == 0) {
             EXPECT_EQ(StringHelper::GetStringFromAnsi(c.bytes.data(), c.bytes.size(), &output), RESULT_OK) << c.note;
@@ -85,7 +86,8 @@ TEST(StringHelperTest, ConversionsFromWideLeaveOutTheTerminatorCountedLast) {
     };
     for (const Case& c : cases) {
         std::string output = "old content";
-        EXPECT_EQ(StringHelper::GetStringFromWide(c.code, c.units.data(), c.units.size(), &output), RESULT_OK) << c.note;
+        EXPECT_EQ(StringHelper::GetStringFromWide(c.code, c.units.data(), c.units.size(), &output), RESULT_OK)
+            << c.note;
         EXPECT_EQ(output, c.expected) << c.note;
         if (c.code == 0) {
             EXPECT_EQ(StringHelper::GetAnsiFromWide(c.units.data(), c.units.size(), &output), RESULT_OK) << c.note;

@@ -100,7 +100,8 @@ std::vector<T> Live(const Vector<T>& vector) {
 }
 
 static_assert(std::ranges::contiguous_range<Vector<std::string>>);
-static_assert(std::is_nothrow_move_constructible_v<Vector<Tracked>> && std::is_nothrow_move_assignable_v<Vector<Tracked>>);
+static_assert(std::is_nothrow_move_constructible_v<Vector<Tracked>> &&
+              std::is_nothrow_move_assignable_v<Vector<Tracked>>);
 static_assert(std::is_same_v<decltype(Vector<double>() <=> Vector<double>()), std::partial_ordering>);
 
 TEST(VectorTest, ConstructorsAndAssignments) {
@@ -121,7 +122,11 @@ TEST(VectorTest, ConstructorsAndAssignments) {
         {"no copies", [] { return Vector<std::string>(0, "x"); }, {}},
         {"a range", [&] { return Vector<std::string>(source.begin(), source.end()); }, source},
         {"a range that can be read once",
-         [&] { return Vector<std::string>(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()); }, source},
+         [&] {
+             return Vector<std::string>(std::istream_iterator<std::string>(words),
+                                        std::istream_iterator<std::string>());
+         },
+         source},
         {"an initializer list",
          [] {
              return Vector<std::string>{"one", "two", "three"};
@@ -207,10 +212,19 @@ TEST(VectorTest, Editing) {
     };
     const Row rows[] = {
         // on "a", "b", "c", "d", "e"
-        {"insert at the front", [](Strings& v) { return v.insert(v.begin(), "x") - v.begin(); }, {"x", "a", "b", "c", "d", "e"}, 0},
-        {"insert in the middle", [](Strings& v) { return v.insert(v.begin() + 2, "x") - v.begin(); }, {"a", "b", "x", "c", "d", "e"}, 2},
-        {"insert at the end", [](Strings& v) { return v.insert(v.end(), "x") - v.begin(); }, {"a", "b", "c", "d", "e", "x"}, 5},
-        {"insert an own element behind the place",
+        {"insert at the front",
+         [](Strings& v) { return v.insert(v.begin(), "x") - v.begin(); },
+         {"x", "a", "b", "c", "d", "e"},
+         0},
+        {"insert in the middle",
+         [](Strings& v) { return v.insert(v.begin() + 2, "x") - v.begin(); },
+         {"a", "b", "x", "c", "d", "e"},
+         2},
+        {"insert at the end",
+         [](Strings& v) { return v.insert(v.end(), "x") - v.begin(); },
+         {"a", "b", "c", "d", "e", "x"},
+         5},
+        {"insert an own element after the place",
          [](Strings& v) { return v.insert(v.begin() + 1, v[3]) - v.begin(); },
          {"a", "d", "b", "c", "d", "e"},
          1},
@@ -218,7 +232,10 @@ TEST(VectorTest, Editing) {
          [](Strings& v) { return v.insert(v.begin() + 1, 2, v[4]) - v.begin(); },
          {"a", "e", "e", "b", "c", "d", "e"},
          1},
-        {"insert no copies", [](Strings& v) { return v.insert(v.begin() + 1, 0, "x") - v.begin(); }, {"a", "b", "c", "d", "e"}, 1},
+        {"insert no copies",
+         [](Strings& v) { return v.insert(v.begin() + 1, 0, "x") - v.begin(); },
+         {"a", "b", "c", "d", "e"},
+         1},
         {"insert a list",
          [](Strings& v) {
              return v.insert(v.begin() + 4, {"x", "y"}) - v.begin();
@@ -232,16 +249,19 @@ TEST(VectorTest, Editing) {
         {"erase the first", [](Strings& v) { return v.erase(v.begin()) - v.begin(); }, {"b", "c", "d", "e"}, 0},
         {"erase in the middle", [](Strings& v) { return v.erase(v.begin() + 2) - v.begin(); }, {"a", "b", "d", "e"}, 2},
         {"erase the last", [](Strings& v) { return v.erase(v.end() - 1) - v.begin(); }, {"a", "b", "c", "d"}, 4},
-        {"erase a range with more behind it than in it",
+        {"erase a range with more after it than in it",
          [](Strings& v) { return v.erase(v.begin(), v.begin() + 2) - v.begin(); },
          {"c", "d", "e"},
          0},
-        {"erase a range with less behind it than in it",
+        {"erase a range with less after it than in it",
          [](Strings& v) { return v.erase(v.begin() + 1, v.begin() + 4) - v.begin(); },
          {"a", "e"},
          1},
         {"erase everything", [](Strings& v) { return v.erase(v.begin(), v.end()) - v.begin(); }, {}, 0},
-        {"erase nothing", [](Strings& v) { return v.erase(v.begin() + 3, v.begin() + 3) - v.begin(); }, {"a", "b", "c", "d", "e"}, 3},
+        {"erase nothing",
+         [](Strings& v) { return v.erase(v.begin() + 3, v.begin() + 3) - v.begin(); },
+         {"a", "b", "c", "d", "e"},
+         3},
         {"truncate",
          [](Strings& v) {
              v.Truncate(2);
@@ -249,7 +269,7 @@ TEST(VectorTest, Editing) {
          },
          {"a", "b"},
          2},
-        {"truncate behind the end",
+        {"truncate after the end",
          [](Strings& v) {
              v.Truncate(9);
              return v.end() - v.begin();
@@ -289,7 +309,7 @@ TEST(VectorTest, Editing) {
     };
     for (const Row& row : rows) {
         for (const bool roomy : {false, true}) {
-            SCOPED_TRACE(std::string(row.note) + (roomy ? ", kept elements behind" : ", storage full"));
+            SCOPED_TRACE(std::string(row.note) + (roomy ? ", kept elements after" : ", storage full"));
             Strings v = {"a", "b", "c", "d", "e"};
             if (roomy) {
                 v.resize(12, LONG);
@@ -359,13 +379,14 @@ TEST(VectorTest, AppendingReusesTheBuffersOfDroppedElements) {
     };
     const Row rows[] = {
         {"truncate, recycle", [](Strings& v) { v.Truncate(1); }, [](Strings& v) { v.AppendRecycled() = "x"; }, "x"},
-        {"truncate, recycle as it was", [](Strings& v) { v.Truncate(1); }, [](Strings& v) { v.AppendRecycled(); }, LONG.c_str()},
+        {"truncate, recycle as it was", [](Strings& v) { v.Truncate(1); }, [](Strings& v) { v.AppendRecycled(); },
+         LONG.c_str()},
         {"resize, push back", [](Strings& v) { v.resize(1); }, [](Strings& v) { v.push_back(v[0]); }, LONG.c_str()},
         {"pop back, resize", [](Strings& v) { v.pop_back(), v.pop_back(); }, [](Strings& v) { v.resize(2); }, ""},
-        {"erase the first, insert", [](Strings& v) { v.erase(v.begin(), v.begin() + 2); }, [](Strings& v) { v.insert(v.end(), {"x"}); },
-         "x"},
-        {"erase the last, resize with a value", [](Strings& v) { v.erase(v.begin() + 1, v.end()); }, [](Strings& v) { v.resize(2, "x"); },
-         "x"},
+        {"erase the first, insert", [](Strings& v) { v.erase(v.begin(), v.begin() + 2); },
+         [](Strings& v) { v.insert(v.end(), {"x"}); }, "x"},
+        {"erase the last, resize with a value", [](Strings& v) { v.erase(v.begin() + 1, v.end()); },
+         [](Strings& v) { v.resize(2, "x"); }, "x"},
         {"clear, assign", [](Strings& v) { v.clear(); },
          [](Strings& v) {
              v.assign({LONG, "x"});
@@ -393,7 +414,7 @@ TEST(VectorTest, AppendingReusesTheBuffersOfDroppedElements) {
     }
 }
 
-TEST(VectorTest, ErasedElementsKeepTheirBuffersBehindTheLiveOnes) {
+TEST(VectorTest, ErasedElementsKeepTheirBuffersAfterTheLiveOnes) {
     Vector<std::vector<int>> v(4, std::vector<int>(10));
     const int* const erased = v[1].data();
     const int* const last = v[3].data();
@@ -581,7 +602,8 @@ TEST(VectorTest, BoolIsAnElementLikeAnyOther) {
     EXPECT_EQ(v, (Vector<bool>{false, false}));
 }
 
-/// Every operation that copies, with the failure in each of its copies in turn: nothing leaks, and nothing is appended half.
+/// Every operation that copies, with the failure in each of its copies in turn: nothing leaks, and
+/// nothing is appended half.
 TEST(VectorTest, AFailedCopyLeavesTheVectorAsItWas) {
     using Trackeds = Vector<Tracked>;
     const std::vector<Tracked> source(3, Tracked(8));
@@ -607,7 +629,8 @@ TEST(VectorTest, AFailedCopyLeavesTheVectorAsItWas) {
         for (const std::size_t kept : {0U, 2U, 8U}) {
             bool failed = true;
             for (int copy = 1; failed; ++copy) {
-                SCOPED_TRACE(std::string(row.note) + ", kept " + std::to_string(kept) + ", copy " + std::to_string(copy));
+                SCOPED_TRACE(std::string(row.note) + ", kept " + std::to_string(kept) + ", copy " +
+                             std::to_string(copy));
                 const int before = Tracked::alive;
                 {
                     Trackeds v(expected.begin(), expected.end());

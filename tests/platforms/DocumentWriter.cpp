@@ -1,9 +1,12 @@
 /// @file
-/// Writes documents for the comparison of two platforms: those of the differential tests, in 8 bits and in UTF-16.
+/// Writes documents for the comparison of two platforms: those of the differential tests, in 8 bits
+/// and in UTF-16.
 ///
-///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with every byte from 0x80 up;
-///                                         of every tenth also FOLDER/0.escapes.html with escapes of ISO-2022, and the same after a
-///                                         declared charset, FOLDER/0.iso-2022-kr.html and FOLDER/0.gb18030.html
+///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with every
+///     byte from 0x80 up;
+///                                         of every tenth also FOLDER/0.escapes.html with escapes of ISO-2022, and the
+///                                         same after a declared charset, FOLDER/0.iso-2022-kr.html and
+///                                         FOLDER/0.gb18030.html
 
 #include <cstdint>
 #include <exception>
@@ -27,7 +30,8 @@ void Write(const std::filesystem::path& path, std::string_view bytes) {
     file.close();
 }
 
-/// Each byte as one unit, and now and then any other unit in its place: lone surrogates, wide spaces, everything.
+/// Each byte as one unit, and now and then any other unit in its place: lone surrogates, wide
+/// spaces, everything.
 std::string Widen(std::string_view bytes, Dice* dice) {
     std::string units;
     if (dice->OneIn(4))
@@ -40,7 +44,8 @@ std::string Widen(std::string_view bytes, Dice* dice) {
     return units;
 }
 
-/// Escapes and shifts of ISO-2022 at random places, and runs that hide markup in a document of such a charset.
+/// Escapes and shifts of ISO-2022 at random places, and runs that hide markup in a document of such
+/// a charset.
 std::string PutEscapesInto(std::string_view bytes, Dice* dice) {
     static constexpr std::string_view ESCAPES[] = {"\x1B$B", "\x1B(B",        "\x1B$)C",         "\x0E",
                                                    "\x0F",   "\x1B</*\x1B(B", "\x1B$B<b>\x1B(B", "\x1B"};
@@ -53,14 +58,18 @@ std::string PutEscapesInto(std::string_view bytes, Dice* dice) {
     return document.append(dice->Pick(ESCAPES));
 }
 
-/// Every byte of the upper half in a text, a comment and a value, alone and after the one before it.
+/// Every byte of the upper half in a text, a comment and a value, alone and after the one before
+/// it.
 std::string MakeDocumentOfBytes() {
     std::string document;
     for (unsigned byte = 0x80; byte <= 0xFF; ++byte) {
         const auto letter = static_cast<char>(static_cast<unsigned char>(byte));
         const auto before = static_cast<char>(static_cast<unsigned char>(byte == 0x80 ? 0xFF : byte - 1));
         document.append("<p title='").append({letter, ' ', before, letter}).append("'>");
-        document.append({letter, ' ', before, letter}).append("<!--").append({letter, ' ', before, letter}).append("--></p>\n");
+        document.append({letter, ' ', before, letter})
+            .append("<!--")
+            .append({letter, ' ', before, letter})
+            .append("--></p>\n");
     }
     return document;
 }
@@ -80,7 +89,8 @@ void WriteDocuments(const std::filesystem::path& folder, std::uint64_t count) {
         const std::string escapes = PutEscapesInto(document, &dice);
         Write(folder / (std::to_string(seed) + ".escapes.html"), escapes);
         for (const char* const charset : {"iso-2022-kr", "gb18030"})
-            Write(folder / (std::to_string(seed) + "." + charset + ".html"), std::string("<meta charset=") + charset + ">" + escapes);
+            Write(folder / (std::to_string(seed) + "." + charset + ".html"),
+                  std::string("<meta charset=") + charset + ">" + escapes);
     }
 }
 

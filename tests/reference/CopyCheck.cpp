@@ -12,7 +12,8 @@ namespace {
 using HTML::GenericParser;
 using StringNS::CharSet;
 
-/// The characters of a conditional tail that are kept: none when it is never closed, else those in the piece with its ">".
+/// The characters of a conditional tail that are kept: none when it is never closed, else those in
+/// the piece with its ">".
 std::size_t KeptTailBegin(const ReferenceStretch& stretch, const Cuts& cuts) {
     return stretch.closed ? std::max(stretch.tailBegin, PieceBegin(cuts, stretch.end - 1)) : stretch.end;
 }
@@ -47,7 +48,8 @@ Conditional DivideConditional(std::string_view text) {
     const bool isIf = text[IF.size() - 2] == 'i' || text[IF.size() - 2] == 'I';
     const std::size_t openerEnd = (isIf ? IF : ENDIF).size();
     const std::size_t conditionEnd = std::min(text.find(']'), text.size());
-    return {text.substr(0, openerEnd), text.substr(openerEnd, conditionEnd - openerEnd), text.substr(conditionEnd).substr(0, 1)};
+    return {text.substr(0, openerEnd), text.substr(openerEnd, conditionEnd - openerEnd),
+            text.substr(conditionEnd).substr(0, 1)};
 }
 
 std::string WideCopy(std::string_view document, const ReferenceStretch& stretch, const Cuts& cuts) {
@@ -75,8 +77,8 @@ std::string WideCopy(std::string_view document, const ReferenceStretch& stretch,
 }  // namespace
 
 std::string Show(const CopyOutcome& outcome) {
-    return "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) + "\n  copy " +
-           Trace::Escape(outcome.copy) + "\n";
+    return "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) +
+           "\n  copy " + Trace::Escape(outcome.copy) + "\n";
 }
 
 SelfCheckingParser::SelfCheckingParser() {
@@ -84,8 +86,8 @@ SelfCheckingParser::SelfCheckingParser() {
     parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
 }
 
-const CopyOutcome& SelfCheckingParser::Parse(std::string_view document, CharSet::Code charset, GenericParser::DataStreamType type,
-                                             const Cuts& cuts, bool scriptsAsText) {
+const CopyOutcome& SelfCheckingParser::Parse(std::string_view document, CharSet::Code charset,
+                                             GenericParser::DataStreamType type, const Cuts& cuts, bool scriptsAsText) {
     const SilentDetector noDetection;
     stream.Reset(document, cuts);
     parser.SetScriptMode(scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
@@ -117,9 +119,11 @@ bool HasBody(std::string_view document, const ReferenceStretch& stretch) {
         case ReferenceStretch::Kind::COMMENT:
             return text != "<!---->" && text != "<!--";
         case ReferenceStretch::Kind::CDATA:
-            return text.size() > std::string_view("<![CDATA").size() && text.substr(std::string_view("<![CDATA").size()) != "]]>";
+            return text.size() > std::string_view("<![CDATA").size() &&
+                   text.substr(std::string_view("<![CDATA").size()) != "]]>";
         case ReferenceStretch::Kind::CONDITIONAL:
-            return !DivideConditional(text).condition.empty() || stretch.tailBegin < stretch.end - (stretch.closed ? 1 : 0);
+            return !DivideConditional(text).condition.empty() ||
+                   stretch.tailBegin < stretch.end - (stretch.closed ? 1 : 0);
         default:
             return false;
     }
@@ -153,7 +157,8 @@ Expectation Expect(std::string_view document, const ReferenceRun& run, const Rea
     if (!reading.wide)
         expected.outcome.copy = CopyByReference(run, document, cuts);
     for (const ReferenceStretch& stretch : run.stretches) {
-        expected.isException = expected.isException || IsException(stretch, cuts) || (reading.wide && HasBody(document, stretch));
+        expected.isException =
+            expected.isException || IsException(stretch, cuts) || (reading.wide && HasBody(document, stretch));
         if (reading.wide)
             expected.outcome.copy += WideCopy(document, stretch, cuts);
     }
@@ -165,21 +170,24 @@ Expectation Expect(std::string_view document, const Reading& reading, const Cuts
     return Expect(document, Refer(document, reading), reading, cuts);
 }
 
-std::string Fault(SelfCheckingParser* parser, std::string_view document, const ReferenceRun& run, const Reading& reading) {
+std::string Fault(SelfCheckingParser* parser, std::string_view document, const ReferenceRun& run,
+                  const Reading& reading) {
     constexpr std::size_t READ = GenericParser::BUFFER_SIZE;
-    const Cuts cuts = CutsAsRead(reading.cutsFor(document.size()), document.size(), reading.wide ? READ / sizeof(WideChar) : READ);
+    const Cuts cuts =
+        CutsAsRead(reading.cutsFor(document.size()), document.size(), reading.wide ? READ / sizeof(WideChar) : READ);
     const Expectation expected = Expect(document, run, reading, cuts);
-    const CopyOutcome& actual =
-        reading.wide ? parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_UTF16, Scaled(cuts, sizeof(WideChar)),
-                                     reading.scriptsAsText)
-                     : parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_8BIT, cuts, reading.scriptsAsText);
+    const CopyOutcome& actual = reading.wide
+                                    ? parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_UTF16,
+                                                    Scaled(cuts, sizeof(WideChar)), reading.scriptsAsText)
+                                    : parser->Parse(expected.input, reading.charset, GenericParser::DATA_STREAM_8BIT,
+                                                    cuts, reading.scriptsAsText);
     const bool isWritten = actual.copy == expected.input;
     if (actual == expected.outcome && isWritten != expected.isException)
         return "";
-    return Trace::Escape(document) + "\n" + (reading.wide ? "wide" : "8-bit") + (reading.scriptsAsText ? ", scripts as text" : "") +
-           ", charset " + std::to_string(reading.charset) + ", cut at " + Describe(cuts) + "\n" +
-           (expected.isException ? "an exception\n" : "no exception\n") + "the library:\n" + Show(actual) + "expected:\n" +
-           Show(expected.outcome);
+    return Trace::Escape(document) + "\n" + (reading.wide ? "wide" : "8-bit") +
+           (reading.scriptsAsText ? ", scripts as text" : "") + ", charset " + std::to_string(reading.charset) +
+           ", cut at " + Describe(cuts) + "\n" + (expected.isException ? "an exception\n" : "no exception\n") +
+           "the library:\n" + Show(actual) + "expected:\n" + Show(expected.outcome);
 }
 
 std::string Fault(std::string_view document, const Reading& reading) {

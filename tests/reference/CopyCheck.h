@@ -13,7 +13,8 @@
 #include "tests/support/Splits.h"
 
 /// @file
-/// What the tokens of a document give when they are written back, in both flavours, against what the reference tokenizer says.
+/// What the tokens of a document give when they are written back, in both flavours, against what
+/// the reference tokenizer says.
 
 namespace Kestra::Test {
 
@@ -35,8 +36,8 @@ public:
 
     /// @param cuts  in bytes
     /// @return valid until the next document
-    const CopyOutcome& Parse(std::string_view document, StringNS::CharSet::Code charset, HTML::GenericParser::DataStreamType type,
-                             const Cuts& cuts, bool scriptsAsText = false);
+    const CopyOutcome& Parse(std::string_view document, StringNS::CharSet::Code charset,
+                             HTML::GenericParser::DataStreamType type, const Cuts& cuts, bool scriptsAsText = false);
 
 private:
     HTML::ParserObserver<char, std::string> observer;
@@ -45,23 +46,27 @@ private:
     CutInputStream stream;
 };
 
-/// True when the opener of a script comment is cut between its two characters, and its comment fails or is open at the end.
+/// True when the opener of a script comment is cut between its two characters, and its comment
+/// fails or is open at the end.
 bool LosesItsSlash(const ReferenceStretch& stretch, const Cuts& cuts);
 
 /// True for the stretches that an 8-bit parser does not write back as they stood.
 bool IsException(const ReferenceStretch& stretch, const Cuts& cuts);
 
-/// True for the stretches that a wide parser does not write back as they stood, although an 8-bit parser does: those with a body.
+/// True for the stretches that a wide parser does not write back as they stood, although an 8-bit
+/// parser does: those with a body.
 bool HasBody(std::string_view document, const ReferenceStretch& stretch);
 
 /// The bytes of the characters in UTF-16; of a body only the first half of them.
 std::string Widened(std::string_view latin1);
 std::string WidenedBody(std::string_view latin1);
 
-/// 0x85 and 0xA0 are white space in wide text only, so that a wide document with them has other tokens. They become another character.
+/// 0x85 and 0xA0 are white space in wide text only, so that a wide document with them has other
+/// tokens. They become another character.
 std::string WithoutWideSpaces(std::string_view document);
 
-/// How one document is read. The cuts are made anew for each length, so that a document can be shortened.
+/// How one document is read. The cuts are made anew for each length, so that a document can be
+/// shortened.
 struct Reading {
     StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
     bool wide = false;  ///< each byte is a character of UTF-16
@@ -86,7 +91,8 @@ Expectation Expect(std::string_view document, const Reading& reading, const Cuts
 /// @param parser  may have parsed other documents before
 /// @param run  of the document, in the charset of the reading
 /// @return what is wrong, or nothing
-std::string Fault(SelfCheckingParser* parser, std::string_view document, const ReferenceRun& run, const Reading& reading);
+std::string Fault(SelfCheckingParser* parser, std::string_view document, const ReferenceRun& run,
+                  const Reading& reading);
 
 /// @return the same for a parser of its own
 std::string Fault(std::string_view document, const Reading& reading);

@@ -29,17 +29,17 @@ using StringNS::CharSet;
 constexpr std::uint64_t DOCUMENTS = 50000;
 constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 20000;
 constexpr std::uint64_t SHARDS = 16;
-constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
+constexpr std::size_t CUT_LENGTH = 3;  // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 
-/// In front of the enumerated strings.
+/// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
 
-/// In front of those that are cut: the middle of every construct as well.
-constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>",    "<style>",     "<p a",        "<p b=c",    "</p",
-                                             "<?xml a",   "<?xml b='c'", "<?p",         "<!D",         "<!--",      "<![CDATA[x",
-                                             "<![if",     "<![if x]y",   "<script>//",  "<script>/*",  "<script>'", "<script>/x",
-                                             "<style>/*", "<style>\"",   "<script>//<", "<script></p", "<![",       "<?xml a='b' x/"};
+/// Before those that are cut: the middle of every construct as well.
+constexpr std::string_view CUT_CONTEXTS[] = {
+    "",          "<script>",   "<style>",   "<p a",       "<p b=c",      "</p",         "<?xml a",    "<?xml b='c'",
+    "<?p",       "<!D",        "<!--",      "<![CDATA[x", "<![if",       "<![if x]y",   "<script>//", "<script>/*",
+    "<script>'", "<script>/x", "<style>/*", "<style>\"",  "<script>//<", "<script></p", "<![",        "<?xml a='b' x/"};
 
 /// Checks a document with a parser that has parsed others before.
 /// @param run  of the document uncut, fed in the same way
@@ -50,18 +50,20 @@ bool Check(TracingParser* library, std::string_view document, const ReferenceRun
     if (library->Parse(document, feeding.charset, feeding.fed, cuts, feeding.scriptsAsText) == expected)
         return true;
     if (Difference(document, feeding).empty()) {
-        ADD_FAILURE() << "only behind other documents: " << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe reference:\n"
+        ADD_FAILURE() << "only after other documents: " << Trace::Escape(document) << "\ncut at " << Describe(cuts)
+                      << "\nthe reference:\n"
                       << Show(expected);
         return false;
     }
-    const std::string shortest =
-        Shorten(std::string(document), [&](std::string_view candidate) { return !Difference(candidate, feeding).empty(); });
+    const std::string shortest = Shorten(
+        std::string(document), [&](std::string_view candidate) { return !Difference(candidate, feeding).empty(); });
     ADD_FAILURE() << "the shortest document with a difference: " << Difference(shortest, feeding);
     return false;
 }
 
 bool Check(TracingParser* library, std::string_view document, const Feeding& feeding) {
-    return Check(library, document, Refer(document, feeding.charset, feeding.fed, feeding.wide, feeding.scriptsAsText), feeding);
+    return Check(library, document, Refer(document, feeding.charset, feeding.fed, feeding.wide, feeding.scriptsAsText),
+                 feeding);
 }
 
 /// The pages, read once.
@@ -185,7 +187,8 @@ TEST_P(EnumeratedDifferentialTest, EverySplit) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest,
+                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
 
 // Every sequence of what counts in a script that is text, each whole and in pieces.
 TEST(ScriptContentTest, EverySequence) {
@@ -204,14 +207,16 @@ TEST(ScriptContentTest, EverySequence) {
             document += "</script>";
             feeding.wide = number % 4 == 0;
             const std::size_t size = number % 5;
-            feeding.cutsFor = [size](std::size_t documentLength) { return size == 0 ? Cuts() : CutsEvery(size, documentLength); };
+            feeding.cutsFor = [size](std::size_t documentLength) {
+                return size == 0 ? Cuts() : CutsEvery(size, documentLength);
+            };
             ASSERT_TRUE(Check(&libraries[feeding.wide], document, feeding));
         }
     }
 }
 
 // The contexts by themselves, which the enumeration leaves out.
-TEST(DifferentialCheckTest, NothingBehindAContext) {
+TEST(DifferentialCheckTest, NothingAfterAContext) {
     TracingParser library;
     for (const std::string_view context : CUT_CONTEXTS) {
         Feeding feeding;
@@ -242,11 +247,12 @@ TEST(DifferentialCheckTest, SeesADifferenceInUtf16) {
     TracingParser library(true);
     const TokenOutcome actual = library.Parse(document, CharSet::ISO_2022_JP, Fed::STREAM, {});
     ASSERT_EQ(Show(actual), Show(expectedOf(document)));
-    EXPECT_EQ(actual.trace, (std::vector<std::string>{"start-parsing", "charset(1200)", "text(\\\\xE9\\u00E9)", "start(|p||)",
-                                                      "text(\\x1B$B)", "junk(<\\x00!\\x00[\\x00x\\x00\\xE9\\x00)", "start(|script||)",
-                                                      "js-start", "cpp-comment(c\\\\\\u00E9)", "text(\\n)", "end-parsing"}));
-    for (const std::size_t place : {std::size_t{0}, document.find('\xE9'), document.find('p'), document.find('$'), document.find("x\xE9<"),
-                                    document.find("\xE9<s"), document.find("c\\")}) {
+    EXPECT_EQ(actual.trace,
+              (std::vector<std::string>{"start-parsing", "charset(1200)", "text(\\\\xE9\\u00E9)", "start(|p||)",
+                                        "text(\\x1B$B)", "junk(<\\x00!\\x00[\\x00x\\x00\\xE9\\x00)", "start(|script||)",
+                                        "js-start", "cpp-comment(c\\\\\\u00E9)", "text(\\n)", "end-parsing"}));
+    for (const std::size_t place : {std::size_t{0}, document.find('\xE9'), document.find('p'), document.find('$'),
+                                    document.find("x\xE9<"), document.find("\xE9<s"), document.find("c\\")}) {
         std::string other = document;
         other[place] = 'q';
         EXPECT_FALSE(actual == expectedOf(other)) << place;
@@ -291,11 +297,12 @@ TEST(DifferentialCheckTest, TheSplitsAreAllThere) {
 
 // A document of a seed never changes, and together they reach every kind of token and every result.
 TEST(DifferentialCheckTest, TheDocumentsHoldEveryKindOfToken) {
-    const char* const kinds[] = {"text(",        "start(",   "short(",       "end(",           "s-string(",      "d-string(",
-                                 "junk(",        "js-start", "js-end",       "css-start",      "css-end",        ", slash",
-                                 "|'",           "|\"",      "c-comment(",   "comment(",       "cdata(",         "conditional(",
-                                 "entity(",      "extern(",  "extern-text(", "charset(50221)", "charset(65001)", "conditional(endif|",
-                                 ", no-bracket", "\\x1B"};
+    const char* const kinds[] = {
+        "text(",        "start(",   "short(",       "end(",           "s-string(",      "d-string(",
+        "junk(",        "js-start", "js-end",       "css-start",      "css-end",        ", slash",
+        "|'",           "|\"",      "c-comment(",   "comment(",       "cdata(",         "conditional(",
+        "entity(",      "extern(",  "extern-text(", "charset(50221)", "charset(65001)", "conditional(endif|",
+        ", no-bracket", "\\x1B"};
     std::map<std::string, int> counts;
     std::map<std::uint32_t, int> results;
     std::size_t severalReads = 0;

@@ -90,14 +90,15 @@ Cuts CutsOfShortReads(std::size_t length, Dice* dice) {
 }
 
 std::size_t PieceBegin(const Cuts& cuts, std::size_t index) {
-    const auto behind = std::upper_bound(cuts.begin(), cuts.end(), index);
-    return behind == cuts.begin() ? 0 : *std::prev(behind);
+    const auto after = std::upper_bound(cuts.begin(), cuts.end(), index);
+    return after == cuts.begin() ? 0 : *std::prev(after);
 }
 
 void ForEverySplitOfTheTail(std::size_t length, std::size_t tail, const std::function<bool(const Cuts&)>& run) {
     const std::size_t head = length - tail;
     const bool headHasCuts = head > 1;
-    // Bit i of a choice cuts in front of the character i of the tail. Nothing is cut in front of the whole document.
+    // Bit i of a choice cuts before the character i of the tail. Nothing is cut before the whole
+    // document.
     for (std::size_t choice = 0; choice < (std::size_t{1} << tail); ++choice) {
         if (head == 0 && (choice & 1) != 0)
             continue;

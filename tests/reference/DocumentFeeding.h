@@ -23,8 +23,9 @@ private:
     Base::ServicesOverride replacement;
 };
 
-/// A stream over borrowed bytes, to be used for any number of documents. A read of new bytes ends at the next cut at the latest; bytes
-/// that were delivered before, those of a token being re-read, are delivered as far as they were.
+/// A stream over borrowed bytes, to be used for any number of documents. A read of new bytes ends
+/// at the next cut at the latest; bytes that were delivered before, those of a token being re-read,
+/// are delivered as far as they were.
 class CutInputStream final : public VFS::InputStream {
 public:
     /// Begins another document.
@@ -39,12 +40,13 @@ public:
 private:
     std::string_view bytes;
     const Cuts* cuts = nullptr;
-    std::size_t nextCut = 0;  // index of the first cut behind the bytes delivered so far
+    std::size_t nextCut = 0;  // index of the first cut after the bytes delivered so far
     std::size_t next = 0;
     std::size_t delivered = 0;  // the most that was ever read, as an offset
 };
 
-/// The cuts at which a stream is read in fact: a piece that is longer than one read is read in several.
+/// The cuts at which a stream is read in fact: a piece that is longer than one read is read in
+/// several.
 /// @param readSize  of the longest read, in the unit of the cuts
 Cuts CutsAsRead(const Cuts& cuts, std::size_t length, std::size_t readSize);
 
@@ -54,8 +56,9 @@ Cuts CutsOfShortReads(std::size_t length, Dice* dice);
 /// Where the piece with the character at `index` begins.
 std::size_t PieceBegin(const Cuts& cuts, std::size_t index);
 
-/// Calls `run` for every way to cut a document of `length` characters in front of its last `tail` ones or between them, each with the
-/// characters before them in one piece, and with each of them alone. Stops when `run` answers false.
+/// Calls `run` for every way to cut a document of `length` characters before its last `tail` ones
+/// or between them, each with the characters before them in one piece, and with each of them alone.
+/// Stops when `run` answers false.
 void ForEverySplitOfTheTail(std::size_t length, std::size_t tail, const std::function<bool(const Cuts&)>& run);
 
 }  // namespace Kestra::Test

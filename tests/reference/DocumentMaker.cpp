@@ -17,20 +17,23 @@ constexpr std::size_t READ_SIZE = 16384;   // bytes of one read of a stream
 constexpr std::size_t MOST_BYTES = 40000;  // of a long document
 constexpr unsigned MOST_ATTEMPTS = 20000;  // of shortening one document
 
-constexpr std::string_view NAMES[] = {"p"sv, "a"sv,    "br"sv,   "DIV"sv, "h1"sv, "x:y"sv,  "b/"sv, "\xE9"sv, "scripts"sv,
-                                      ""sv,  "a[b]"sv, "meta"sv, "img"sv, "/"sv,  "x\0y"sv, "!"sv,  "td"sv,   "styl"sv};
+constexpr std::string_view NAMES[] = {"p"sv,   "a"sv,    "br"sv,      "DIV"sv, "h1"sv,   "x:y"sv,
+                                      "b/"sv,  "\xE9"sv, "scripts"sv, ""sv,    "a[b]"sv, "meta"sv,
+                                      "img"sv, "/"sv,    "x\0y"sv,    "!"sv,   "td"sv,   "styl"sv};
 constexpr std::string_view SCRIPTS[] = {"script"sv, "SCRIPT"sv, "Script"sv, "script"sv};
 constexpr std::string_view STYLES[] = {"style"sv, "STYLE"sv, "style"sv};
 constexpr std::string_view SPACES[] = {" "sv, "\n"sv, "\t "sv, "  "sv, "\r\n"sv, " \f"sv, "\v"sv, "\x85"sv, "\xA0"sv};
-constexpr std::string_view WORDS[] = {"a"sv,        "word"sv, "x y"sv, "\n"sv,  "\r\n"sv,  "1>0"sv, "it's"sv, "\""sv,
-                                      "="sv,        "/"sv,    "\t"sv,  "a/b"sv, "&amp;"sv, "["sv,   "-"sv,    "]"sv,
-                                      "\xE9\xFF"sv, "?"sv,    "\0"sv,  "*/"sv,  "\x85"sv,  "--"sv,  "]]>"sv,  "\xEF\xBB\xBF"sv};
+constexpr std::string_view WORDS[] = {"a"sv,     "word"sv, "x y"sv,  "\n"sv, "\r\n"sv,     "1>0"sv,
+                                      "it's"sv,  "\""sv,   "="sv,    "/"sv,  "\t"sv,       "a/b"sv,
+                                      "&amp;"sv, "["sv,    "-"sv,    "]"sv,  "\xE9\xFF"sv, "?"sv,
+                                      "\0"sv,    "*/"sv,   "\x85"sv, "--"sv, "]]>"sv,      "\xEF\xBB\xBF"sv};
 constexpr std::string_view QUOTES[] = {"'"sv, "\""sv, ""sv};
 constexpr std::string_view VALUES[] = {"v"sv,   ""sv,     "a b"sv, "x/"sv,   "/"sv,
                                        "<p>"sv, "a='b"sv, "\\"sv,  "\n"sv,   "?"sv,
                                        "x?"sv,  "\xE9"sv, "<"sv,   "it's"sv, "\x1B$B'\"<\x1B(B"sv,
                                        "\0"sv,  "//"sv,   "\\'"sv};
-constexpr std::string_view START_TAG_ENDS[] = {">"sv, ">"sv, ">"sv, "/>"sv, " />"sv, " >"sv, "/ >"sv, ""sv, "<"sv, "/"sv};
+constexpr std::string_view START_TAG_ENDS[] = {">"sv,  ">"sv,   ">"sv, "/>"sv, " />"sv,
+                                               " >"sv, "/ >"sv, ""sv,  "<"sv,  "/"sv};
 constexpr std::string_view END_TAG_ENDS[] = {">"sv, ">"sv, ">"sv, " >"sv, " />"sv, "/ >"sv, ""sv, "<"sv, "/x>"sv};
 constexpr std::string_view SCRIPT_PARTS[] = {"x=1;"sv,
                                              "'a\\'b'"sv,
@@ -68,17 +71,23 @@ constexpr std::string_view SCRIPT_PARTS[] = {"x=1;"sv,
                                              "]]>"sv,
                                              "\\\"'"sv,
                                              "/>"sv};
-constexpr std::string_view LINE_COMMENT_PARTS[] = {" a"sv,   "<"sv,  "</script>"sv, "<b>"sv,       "<!D"sv,       "<?x"sv,          "'"sv,
-                                                   "<!--"sv, "*/"sv, "//"sv,        "<![CDATA["sv, "<![if x]>"sv, "<![endif]-->"sv, "\r"sv,
-                                                   "<!-x"sv, "</"sv, "<![x"sv,      "<<"sv,        "<!"sv,        "<?"sv,           "\\"sv};
-constexpr std::string_view BODY_PARTS[] = {" a "sv, "-"sv,  "--"sv, "->"sv, "]"sv,       "]]"sv,   "]>"sv,   ">"sv,  "<"sv,   "<p>"sv,
-                                           "'"sv,   "\""sv, "\n"sv, "!"sv,  "[if IE]"sv, "-- >"sv, "\xE9"sv, "\0"sv, "<!--"sv};
+constexpr std::string_view LINE_COMMENT_PARTS[] = {
+    " a"sv,   "<"sv,  "</script>"sv, "<b>"sv,       "<!D"sv,       "<?x"sv,          "'"sv,
+    "<!--"sv, "*/"sv, "//"sv,        "<![CDATA["sv, "<![if x]>"sv, "<![endif]-->"sv, "\r"sv,
+    "<!-x"sv, "</"sv, "<![x"sv,      "<<"sv,        "<!"sv,        "<?"sv,           "\\"sv};
+constexpr std::string_view BODY_PARTS[] = {" a "sv,     "-"sv,    "--"sv,   "->"sv, "]"sv,   "]]"sv, "]>"sv,
+                                           ">"sv,       "<"sv,    "<p>"sv,  "'"sv,  "\""sv,  "\n"sv, "!"sv,
+                                           "[if IE]"sv, "-- >"sv, "\xE9"sv, "\0"sv, "<!--"sv};
 constexpr std::string_view COMMENT_ENDS[] = {"-->"sv, "-->"sv, "-->"sv, "--->"sv, "--"sv, "-"sv, ""sv, "--!>"sv};
 constexpr std::string_view CDATA_ENDS[] = {"]]>"sv, "]]>"sv, "]]>"sv, "]]"sv, "]"sv, "]]]>"sv, ""sv, "]] >"sv};
-constexpr std::string_view CDATA_WORDS[] = {"CDATA["sv, "CDATA["sv, "cdata["sv, "CDATA"sv, "CDATA "sv, "CDAT["sv, "CDATAX["sv};
-constexpr std::string_view CONDITIONAL_WORDS[] = {"if IE"sv, "if"sv, "endif"sv, "EndIf"sv, "if !(IE 6)"sv, "IF x"sv, "iff"sv, "else"sv};
-constexpr std::string_view CONDITIONAL_TAILS[] = {">"sv, ">"sv, "-->"sv, " a\nb >"sv, "]]>"sv, "tail"sv, ""sv, "<!-->"sv, "<>"sv};
-constexpr std::string_view KEYWORDS[] = {"DOCTYPE"sv, "doctype"sv, "ENTITY"sv, ""sv, "ELEMENT"sv, " DOCTYPE"sv, "X=Y"sv, ">"sv, "A[B"sv};
+constexpr std::string_view CDATA_WORDS[] = {"CDATA["sv, "CDATA["sv, "cdata["sv, "CDATA"sv,
+                                            "CDATA "sv, "CDAT["sv,  "CDATAX["sv};
+constexpr std::string_view CONDITIONAL_WORDS[] = {"if IE"sv,      "if"sv,   "endif"sv, "EndIf"sv,
+                                                  "if !(IE 6)"sv, "IF x"sv, "iff"sv,   "else"sv};
+constexpr std::string_view CONDITIONAL_TAILS[] = {">"sv,    ">"sv, "-->"sv,   " a\nb >"sv, "]]>"sv,
+                                                  "tail"sv, ""sv,  "<!-->"sv, "<>"sv};
+constexpr std::string_view KEYWORDS[] = {"DOCTYPE"sv,  "doctype"sv, "ENTITY"sv, ""sv,   "ELEMENT"sv,
+                                         " DOCTYPE"sv, "X=Y"sv,     ">"sv,      "A[B"sv};
 constexpr std::string_view ITEMS[] = {"html"sv,    "PUBLIC"sv, "\"-//W3C//DTD\""sv,
                                       "'x>y'"sv,   "\"\""sv,   "''"sv,
                                       "x<y"sv,     "a='b'"sv,  "[x]"sv,
@@ -87,37 +96,43 @@ constexpr std::string_view ITEMS[] = {"html"sv,    "PUBLIC"sv, "\"-//W3C//DTD\""
                                       "\\'"sv,     "?"sv};
 constexpr std::string_view TARGETS[] = {"php"sv,  "pi"sv,  "xsl"sv, ""sv,  " php"sv, "php?"sv,
                                         "xmlx"sv, "a=b"sv, "[x"sv,  "?"sv, "xm"sv,   "1"sv};
-constexpr std::string_view XML_TARGETS[] = {"xml"sv, "XML"sv, "xml-stylesheet"sv, "Xml:x"sv, " xml"sv, "xml-"sv, "xml:?"sv, "xml/"sv};
-constexpr std::string_view XML_ENDS[] = {"?>"sv, "?>"sv, " ?>"sv, "/>"sv,  " />"sv, "/ >"sv,   "a/\n>"sv, ">"sv,     "? >"sv, ""sv,
-                                         "<"sv,  "?"sv,  "x?>"sv, "x/>"sv, "=?>"sv, "x=y?>"sv, "x=/>"sv,  " x ?>"sv, "?\?>"sv};
+constexpr std::string_view XML_TARGETS[] = {"xml"sv,  "XML"sv,  "xml-stylesheet"sv, "Xml:x"sv,
+                                            " xml"sv, "xml-"sv, "xml:?"sv,          "xml/"sv};
+constexpr std::string_view XML_ENDS[] = {"?>"sv,  "?>"sv,    " ?>"sv,  "/>"sv,    " />"sv, "/ >"sv, "a/\n>"sv,
+                                         ">"sv,   "? >"sv,   ""sv,     "<"sv,     "?"sv,   "x?>"sv, "x/>"sv,
+                                         "=?>"sv, "x=y?>"sv, "x=/>"sv, " x ?>"sv, "?\?>"sv};
 constexpr std::string_view FREE_PARTS[] = {"echo "sv,   "'a'"sv,    "\"b\""sv,     "?"sv,        "'?>'"sv,
                                            "/* > */"sv, "// x\n"sv, "/"sv,         "*"sv,        "/*"sv,
                                            "//"sv,      "'\\''"sv,  "\n"sv,        "\"\\\"\""sv, "\"\x1B$B\"\x1B(B\""sv,
                                            "??"sv,      "*/"sv,     "/* * > */"sv, "'"sv,        "\""sv,
                                            "<b"sv,      "a/b"sv,    "/?"sv,        "/'"sv};
 constexpr std::string_view FREE_ENDS[] = {"?>"sv, "?>"sv, ">"sv, " ?>"sv, "? >"sv, ""sv, "?"sv, "/>"sv};
-constexpr std::string_view CHARSET_NAMES[] = {"utf-8"sv,      "iso-2022-jp"sv, "iso-2022-kr"sv, "windows-1252"sv, "koi8-r"sv, "utf-16"sv,
-                                              ""sv,           "x-unknown"sv,   "UTF-7"sv,       "Shift_JIS"sv,    " utf-8"sv, "utf-8 "sv,
-                                              "csISO2022JP"sv};
-constexpr std::string_view CONTENTS[] = {"text/html; charset="sv, "charset="sv, "charset = "sv, "a;CHARSET="sv, "charset=a=b;charset="sv,
-                                         "text/html"sv,           ";;"sv,       "charset"sv,    "charset==x"sv, " charset\t="sv};
+constexpr std::string_view CHARSET_NAMES[] = {
+    "utf-8"sv,     "iso-2022-jp"sv, "iso-2022-kr"sv, "windows-1252"sv, "koi8-r"sv, "utf-16"sv,     ""sv,
+    "x-unknown"sv, "UTF-7"sv,       "Shift_JIS"sv,   " utf-8"sv,       "utf-8 "sv, "csISO2022JP"sv};
+constexpr std::string_view CONTENTS[] = {"text/html; charset="sv,  "charset="sv,   "charset = "sv, "a;CHARSET="sv,
+                                         "charset=a=b;charset="sv, "text/html"sv,  ";;"sv,         "charset"sv,
+                                         "charset==x"sv,           " charset\t="sv};
 constexpr std::string_view DESIGNATIONS[] = {"$B"sv, "$@"sv, "$(C"sv, "$(D"sv, "$)C"sv, "$*H"sv,   "$+I"sv,
                                              "$A"sv, "$"sv,  "x"sv,   ""sv,    "(B"sv,  "\x1B$B"sv};
-constexpr std::string_view RETURNS[] = {"(B"sv, "(B"sv, "(J"sv, ".F"sv, ".A"sv, "(I"sv, "("sv, "$B"sv, ""sv, "\x1B(B"sv};
+constexpr std::string_view RETURNS[] = {"(B"sv, "(B"sv, "(J"sv, ".F"sv, ".A"sv,
+                                        "(I"sv, "("sv,  "$B"sv, ""sv,   "\x1B(B"sv};
 constexpr std::string_view RUN_PARTS[] = {"<b>"sv, "\"'"sv, "/"sv, "AB"sv, "\n"sv, "\xA4"sv, "//"sv, "\0"sv, "\\"sv};
 constexpr std::string_view MARKS[] = {"\xEF\xBB\xBF"sv, "\xEF\xBB"sv, "\xFF\xFE"sv, "\xFE\xFF"sv, "\xFF"sv, "\xEF"sv};
-constexpr std::string_view BROKEN[] = {"<"sv,        "<!"sv,        "<?"sv,        "<!-"sv,      "<!--"sv,
-                                       "<!["sv,      "<![CDATA["sv, "<![if x]>"sv, "<![endif"sv, "</"sv,
-                                       "</ "sv,      "<>"sv,        "</>"sv,       "< "sv,       "<a / >"sv,
-                                       "<a b=/>"sv,  "</a / >"sv,   "<a b='"sv,    "<a b=\""sv,  "/>"sv,
-                                       "-->"sv,      "]]>"sv,       "<<"sv,        "?>"sv,       "<?xml x/ >"sv,
-                                       "<script>"sv, "</script>"sv, "<style>"sv,   "</style>"sv, "<script/>"sv,
-                                       "/*"sv,       "//"sv,        "*/"sv,        "'"sv,        "\""sv,
-                                       "\\"sv,       "]"sv,         "<!-->"sv,     "<!--->"sv,   "<![CDATA]]>"sv,
-                                       "<![if]>"sv,  "<![if x"sv,   "<!>"sv,       "<?>"sv,      "<?\?>"sv,
-                                       "<!-x"sv,     "<![x]"sv,     "<a b=c/"sv,   "<br/>"sv,    "<meta charset=utf-8>"sv,
-                                       "\x1B$B"sv,   "\x1B(B"sv,    "\x1B"sv};
-constexpr char SIGNS[] = {'<', '>', '/', '\'', '"', '=', ' ', '\n', '!', '-', '[', ']', '?', '\\', 's', '*', '\x1B', '\0'};
+constexpr std::string_view BROKEN[] = {
+    "<"sv,        "<!"sv,        "<?"sv,        "<!-"sv,      "<!--"sv,
+    "<!["sv,      "<![CDATA["sv, "<![if x]>"sv, "<![endif"sv, "</"sv,
+    "</ "sv,      "<>"sv,        "</>"sv,       "< "sv,       "<a / >"sv,
+    "<a b=/>"sv,  "</a / >"sv,   "<a b='"sv,    "<a b=\""sv,  "/>"sv,
+    "-->"sv,      "]]>"sv,       "<<"sv,        "?>"sv,       "<?xml x/ >"sv,
+    "<script>"sv, "</script>"sv, "<style>"sv,   "</style>"sv, "<script/>"sv,
+    "/*"sv,       "//"sv,        "*/"sv,        "'"sv,        "\""sv,
+    "\\"sv,       "]"sv,         "<!-->"sv,     "<!--->"sv,   "<![CDATA]]>"sv,
+    "<![if]>"sv,  "<![if x"sv,   "<!>"sv,       "<?>"sv,      "<?\?>"sv,
+    "<!-x"sv,     "<![x]"sv,     "<a b=c/"sv,   "<br/>"sv,    "<meta charset=utf-8>"sv,
+    "\x1B$B"sv,   "\x1B(B"sv,    "\x1B"sv};
+constexpr char SIGNS[] = {'<', '>', '/', '\'', '"',  '=', ' ', '\n',   '!',
+                          '-', '[', ']', '?',  '\\', 's', '*', '\x1B', '\0'};
 
 /// What opens, closes or continues a construct; in soup often only its beginning.
 constexpr std::string_view SOUP[] = {"<script>"sv,
@@ -171,10 +186,12 @@ constexpr std::string_view SOUP[] = {"<script>"sv,
                                      "\0"sv,
                                      "<meta charset=iso-2022-jp>"sv};
 
-constexpr std::string_view CONTENT_ELEMENTS[] = {"script"sv, "script"sv, "script"sv, "SCRIPT"sv,  "script"sv,   "style"sv,    "Style"sv,
-                                                 "title"sv,  "xmp"sv,    "iframe"sv, "noembed"sv, "noframes"sv, "textarea"sv, "TextArea"sv};
-constexpr std::string_view CONTENT_TAG_ENDS[] = {">"sv,     ">"sv,       ">"sv,   ">"sv,      " >"sv,  "/>"sv, " />"sv,  "\n>"sv,
-                                                 " a=b>"sv, " a='>'>"sv, "/a>"sv, "/ a=b>"sv, "\v>"sv, ""sv,   "[a]>"sv, " / >"sv};
+constexpr std::string_view CONTENT_ELEMENTS[] = {"script"sv,  "script"sv,   "script"sv,   "SCRIPT"sv,  "script"sv,
+                                                 "style"sv,   "Style"sv,    "title"sv,    "xmp"sv,     "iframe"sv,
+                                                 "noembed"sv, "noframes"sv, "textarea"sv, "TextArea"sv};
+constexpr std::string_view CONTENT_TAG_ENDS[] = {">"sv,   ">"sv,   ">"sv,     ">"sv,       " >"sv,  "/>"sv,
+                                                 " />"sv, "\n>"sv, " a=b>"sv, " a='>'>"sv, "/a>"sv, "/ a=b>"sv,
+                                                 "\v>"sv, ""sv,    "[a]>"sv,  " / >"sv};
 constexpr std::string_view CONTENT_PARTS[] = {
     "<!--"sv,     "<!--"sv,     "-->"sv,      "-->"sv,      "--"sv,       "->"sv,        "-"sv,        "<!-"sv,
     "<!"sv,       "<script"sv,  "<script>"sv, "<Script/"sv, "</script"sv, "</script>"sv, "</scrip"sv,  "</script "sv,
@@ -233,7 +250,8 @@ public:
 
 private:
     StringNS::CharSet::Code MakeCharset() {
-        constexpr StringNS::CharSet::Code OTHERS[] = {50220, 50221, 50222, 50225, 50221, 50225, 0, 0, 0, 65000, 65001, 932};
+        constexpr StringNS::CharSet::Code OTHERS[] = {50220, 50221, 50222, 50225, 50221, 50225,
+                                                      0,     0,     0,     65000, 65001, 932};
         return dice.OneIn(3) ? OTHERS[dice.Below(std::size(OTHERS))] : StringNS::CharSet::WINDOWS_1252;
     }
 
@@ -259,7 +277,8 @@ private:
             document.resize(dice.Below(document.size() + 1));
     }
 
-    /// One token of such a length that the next construct lies across the end of a read, or nearly so.
+    /// One token of such a length that the next construct lies across the end of a read, or nearly
+    /// so.
     void FillUpToTheEndOfARead() {
         const std::size_t margin = dice.Below(24) + 8;
         const std::size_t used = document.size() % READ_SIZE;
@@ -537,7 +556,8 @@ private:
     void Mutate(std::size_t mutations) {
         for (; mutations > 0 && !document.empty(); --mutations) {
             const std::size_t at = dice.Below(document.size());
-            const std::size_t length = 1 + dice.Below(std::min<std::size_t>(dice.OneIn(4) ? 40 : 6, document.size() - at));
+            const std::size_t length =
+                1 + dice.Below(std::min<std::size_t>(dice.OneIn(4) ? 40 : 6, document.size() - at));
             MutateAt(at, length);
         }
     }
@@ -634,9 +654,10 @@ std::vector<std::string> ReadPages(const std::string& folder) {
     return pages;
 }
 
-void ForEachString(std::string_view prefix, char first, std::size_t maxLength, const std::function<bool(std::string_view)>& run) {
+void ForEachString(std::string_view prefix, char first, std::size_t maxLength,
+                   const std::function<bool(std::string_view)>& run) {
     for (std::size_t length = 1; length <= maxLength; ++length) {
-        // The characters behind the first one count like digits.
+        // The characters after the first one count like digits.
         std::vector<std::size_t> digits(length - 1);
         std::string text = std::string(prefix) + first + std::string(length - 1, ENUMERATED_CHARACTERS[0]);
         const std::size_t begin = prefix.size() + 1;

@@ -34,7 +34,8 @@ std::string Encoded(std::string_view utf8) {
     std::string encoded;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
         const auto byte = static_cast<unsigned char>(utf8[i]);
-        encoded += byte < 0x80 ? utf8[i] : static_cast<char>((byte & 3U) << 6 | (static_cast<unsigned char>(utf8[++i]) & 0x3FU));
+        encoded += byte < 0x80 ? utf8[i]
+                               : static_cast<char>((byte & 3U) << 6 | (static_cast<unsigned char>(utf8[++i]) & 0x3FU));
     }
     return encoded;
 }
@@ -144,7 +145,8 @@ private:
         return document.bytes.size();
     }
 
-    // ----------------------------------------------------------------------------------------------------------- splices
+    // ---------------------------------------------------------------------------------------------
+    // splices
 
     /// In content that is left out nothing is written.
     void AddSplice(std::size_t begin, std::size_t end, std::string_view text, bool isText = false) {
@@ -174,7 +176,8 @@ private:
         return piece;
     }
 
-    // ---------------------------------------------------------------------------------------------------------- elements
+    // ---------------------------------------------------------------------------------------------
+    // elements
 
     bool IsInSvg() const {
         return std::any_of(open.begin(), open.end(), [](const Element& element) { return element.name == "svg"; });
@@ -186,7 +189,8 @@ private:
         open.push_back(std::move(element));
     }
 
-    /// Ends the innermost element here. What comes after it is written unless an end tag of its own comes first.
+    /// Ends the innermost element here. What comes after it is written unless an end tag of its own
+    /// comes first.
     Element End(bool hasEndTag = false) {
         Element element = std::move(open.back());
         open.pop_back();
@@ -204,7 +208,8 @@ private:
     void AddEndTag(std::string_view name, bool isEdited) {
         const std::string lower = ToLower(name);
         const std::size_t begin = Size();
-        const bool isOpen = std::any_of(open.begin(), open.end(), [&](const Element& element) { return element.name == lower; });
+        const bool isOpen =
+            std::any_of(open.begin(), open.end(), [&](const Element& element) { return element.name == lower; });
         while (isOpen && open.back().name != lower)
             End();
         Element own;
@@ -250,8 +255,8 @@ private:
     /// @param inside      receives what comes after the start tag, in the element
     /// @param instead     receives what takes the place of the start tag, if anything does
     /// @return what the host does
-    std::function<bool(RewriterElement)> EditElement(bool hasContent, bool isRaw, Element* element, Pieces* before, Pieces* inside,
-                                                     std::optional<Piece>* instead) {
+    std::function<bool(RewriterElement)> EditElement(bool hasContent, bool isRaw, Element* element, Pieces* before,
+                                                     Pieces* inside, std::optional<Piece>* instead) {
         using Call = std::function<bool(RewriterElement)>;
         std::vector<Call> calls;
         for (std::size_t i = dice.Between(1, 4); i > 0; --i) {
@@ -269,7 +274,8 @@ private:
             seen->refused += answer != 0 ? 1 : 0;
             const bool isLost = answer != 0 || (isInside && element->isRemoved);
             const auto write = [&](auto method) {
-                calls.push_back([=](RewriterElement edited) { return (edited.*method)(piece.given, piece.kind) == answer; });
+                calls.push_back(
+                    [=](RewriterElement edited) { return (edited.*method)(piece.given, piece.kind) == answer; });
             };
             using Method = std::uint32_t (RewriterElement::*)(std::string_view, HTML::RewriteContent);
             switch (kind) {
@@ -326,7 +332,8 @@ private:
         };
     }
 
-    // ------------------------------------------------------------------------------------------------------------ tokens
+    // ---------------------------------------------------------------------------------------------
+    // tokens
 
     void AddTag(std::string_view tagName, bool isRaw = false) {
         std::string& bytes = document.bytes;
@@ -351,7 +358,8 @@ private:
         std::vector<Splice> changes;
         const std::size_t kind = dice.Below(isRaw ? 2 : 4);
         if (kind == 0) {
-            document.edits.push_back({begin, nullptr, EditElement(hasContent, isRaw, &element, &before, &inside, &instead)});
+            document.edits.push_back(
+                {begin, nullptr, EditElement(hasContent, isRaw, &element, &before, &inside, &instead)});
         } else if (kind == 1 && !attributes.empty()) {
             EditAttribute(begin, listEnd, attributes[dice.Below(attributes.size())], &changes);
         } else if (kind == 2) {
@@ -460,7 +468,8 @@ private:
             case 2:
                 *before = {piece, other};
                 AddEdit(begin, [piece, other](RewriterToken token) {
-                    return token.InsertBefore(piece.given, piece.kind) + token.InsertBefore(other.given, other.kind) == 0;
+                    return token.InsertBefore(piece.given, piece.kind) + token.InsertBefore(other.given, other.kind) ==
+                           0;
                 });
                 break;
             case 3:
@@ -503,7 +512,8 @@ private:
                 else if (attribute.quote != '\0')
                     changes->push_back({attribute.valueBegin, attribute.end - 1, Escaped(value, quote)});
                 else
-                    changes->push_back({attribute.valueBegin, attribute.end, staysBare ? value : '"' + Escaped(value, '"') + '"'});
+                    changes->push_back(
+                        {attribute.valueBegin, attribute.end, staysBare ? value : '"' + Escaped(value, '"') + '"'});
                 AddEdit(begin, [name, value](RewriterToken token) { return token.SetAttribute(name, value) == 0; });
                 break;
             }
@@ -531,7 +541,9 @@ private:
 
 /// Whether a character would go on with the reference that the last ones of some text begin.
 bool GoesOnWithReference(std::string_view before, char character) {
-    const auto isOfWord = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '#'; };
+    const auto isOfWord = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '#';
+    };
     if (!isOfWord(character) && character != ';')
         return false;
     std::size_t end = before.size();
@@ -553,7 +565,8 @@ std::string ApplySplices(std::string_view bytes, const std::vector<Splice>& spli
         result.append(bytes.substr(place, splice.begin - place));
         place = splice.end;
         if (splice.isText && !splice.text.empty() && GoesOnWithReference(result, splice.text[0]))
-            result.append("&#" + std::to_string(static_cast<unsigned>(splice.text[0])) + ";").append(splice.text.substr(1));
+            result.append("&#" + std::to_string(static_cast<unsigned>(splice.text[0])) + ";")
+                .append(splice.text.substr(1));
         else
             result.append(splice.text);
     }

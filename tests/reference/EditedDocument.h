@@ -29,7 +29,8 @@ struct Edit {
     std::function<bool(HTML::RewriterElement)> ofElement;
 };
 
-/// A document made of tokens whose places are known because each was put there by itself, with edits of some of them and of elements.
+/// A document made of tokens whose places are known because each was put there by itself, with
+/// edits of some of them and of elements.
 struct EditedDocument {
     std::string bytes;
     std::vector<Edit> edits;      ///< in the order of the tokens

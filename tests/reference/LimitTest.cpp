@@ -18,8 +18,9 @@
 #include "tests/support/Splits.h"
 #include "tools/trace/TokenTrace.h"
 
-// A document that is read with limits against the same document without: the tokens up to the first one that goes over are the same, it
-// goes over at the same token however the document is cut, and a host that goes on from there gets all the others.
+// A document that is read with limits against the same document without: the tokens up to the first
+// one that goes over are the same, it goes over at the same token however the document is cut, and
+// a host that goes on from there gets all the others.
 
 namespace Kestra::Test {
 namespace {
@@ -79,9 +80,13 @@ template <typename C, typename S>
 class Reader {
 public:
     /// @param documentBytes  borrowed, like the cuts, which are in bytes
-    Reader(const Reading& reading, StringNS::CharSet::Code charset, std::string_view documentBytes, const Cuts& pieceCuts,
-           Limits tokenLimits)
-        : bytes(documentBytes), cuts(pieceCuts), limits(tokenLimits), fromStream(reading.fromStream), observer(&outcome.lines) {
+    Reader(const Reading& reading, StringNS::CharSet::Code charset, std::string_view documentBytes,
+           const Cuts& pieceCuts, Limits tokenLimits)
+        : bytes(documentBytes),
+          cuts(pieceCuts),
+          limits(tokenLimits),
+          fromStream(reading.fromStream),
+          observer(&outcome.lines) {
         parser.SetObserver(&observer, false);
         SetLimits(limits);
         observer.hook = [this](const std::string& line) {
@@ -95,7 +100,8 @@ public:
         };
         parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
         parser.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
-        parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        parser.StartParse(charset,
+                          reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
     }
 
     /// Reads up to what ends it.
@@ -104,7 +110,8 @@ public:
         return TakeOutcome();
     }
 
-    /// Whenever a token goes over, goes on at its first byte without limits, which come back with the next token.
+    /// Whenever a token goes over, goes on at its first byte without limits, which come back with
+    /// the next token.
     Outcome ReadAll() {
         outcome.result = FeedFrom(0);
         while (outcome.result == HTML::PARSER_LIMIT_EXCEEDED && outcome.timesOver <= bytes.size()) {
@@ -159,7 +166,8 @@ private:
 
 /// Calls `run` with a reader of the flavour that a reading observes.
 template <typename Run>
-Outcome ReadBy(const Reading& reading, StringNS::CharSet::Code charset, std::string_view bytes, const Cuts& cuts, Limits limits, Run run) {
+Outcome ReadBy(const Reading& reading, StringNS::CharSet::Code charset, std::string_view bytes, const Cuts& cuts,
+               Limits limits, Run run) {
     const Cuts byteCuts = Scaled(cuts, reading.wideInput ? 2 : 1);
     if (reading.wideObserver) {
         Reader<WideChar, WideString> reader(reading, 28591, bytes, byteCuts, limits);
@@ -179,16 +187,18 @@ std::string OneByOne(const Lines& lines) {
 /// The first line of a document that differs from that of another one.
 std::string FirstDifference(const Outcome& one, const Outcome& other) {
     std::size_t i = 0;
-    while (i < std::min(one.lines.size(), other.lines.size()) && one.lines[i] == other.lines[i] && one.places[i] == other.places[i])
+    while (i < std::min(one.lines.size(), other.lines.size()) && one.lines[i] == other.lines[i] &&
+           one.places[i] == other.places[i])
         ++i;
     const auto show = [i](const Outcome& outcome) {
-        return i < outcome.lines.size() ? outcome.lines[i] + " " + outcome.places[i] : "result " + std::to_string(outcome.result);
+        return i < outcome.lines.size() ? outcome.lines[i] + " " + outcome.places[i]
+                                        : "result " + std::to_string(outcome.result);
     };
     return show(one) + "\n" + show(other);
 }
 
-/// What is wrong with a document that was read by going on, or nothing. The self-check begins anew whenever it goes on, and then does not
-/// see a fault before that.
+/// What is wrong with a document that was read by going on, or nothing. The self-check begins anew
+/// whenever it goes on, and then does not see a fault before that.
 std::string FaultOfGoingOn(Outcome goneOn, const Outcome& full, bool comparesLines) {
     if (full.result == HTML::PARSER_SELF_CHECK_FAILED && goneOn.result == 0 && goneOn.timesOver > 0) {
         goneOn.result = full.result;
@@ -196,7 +206,8 @@ std::string FaultOfGoingOn(Outcome goneOn, const Outcome& full, bool comparesLin
         goneOn.places.pop_back();
     }
     if (goneOn.result != full.result || goneOn.places != full.places || (comparesLines && goneOn.lines != full.lines))
-        return "gone on, it has other tokens, or another result: " + std::to_string(goneOn.result) + "\n" + FirstDifference(goneOn, full);
+        return "gone on, it has other tokens, or another result: " + std::to_string(goneOn.result) + "\n" +
+               FirstDifference(goneOn, full);
     return "";
 }
 
@@ -214,8 +225,8 @@ bool HasManyItems(std::string_view bytes) {
     if (bytes.substr(0, 2) != "<!" && bytes.substr(0, 3) != std::string_view("<\0!", 3))
         return false;
     const std::string_view declaration = bytes.substr(0, bytes.find('>'));
-    return std::count_if(declaration.begin(), declaration.end(), [](char c) { return c == ' ' || c == '\n' || c == '\'' || c == '"'; }) >
-           FEWEST_ITEMS;
+    return std::count_if(declaration.begin(), declaration.end(),
+                         [](char c) { return c == ' ' || c == '\n' || c == '\'' || c == '"'; }) > FEWEST_ITEMS;
 }
 
 /// How many documents went over, so that a test can tell that some did and some did not.
@@ -226,8 +237,8 @@ struct Seen {
 };
 
 /// @return what is wrong with a document that is cut in some way, or nothing
-std::string FaultOfLimits(const Reading& reading, StringNS::CharSet::Code charset, std::string_view bytes, Limits limits,
-                          const std::vector<Cuts>& waysToCut, Seen* seen) {
+std::string FaultOfLimits(const Reading& reading, StringNS::CharSet::Code charset, std::string_view bytes,
+                          Limits limits, const std::vector<Cuts>& waysToCut, Seen* seen) {
     const Outcome full = ReadBy(reading, charset, bytes, {}, {}, READ);
     const Outcome limited = ReadBy(reading, charset, bytes, {}, limits, READ);
     const bool isOver = limited.result == HTML::PARSER_LIMIT_EXCEEDED;
@@ -236,35 +247,41 @@ std::string FaultOfLimits(const Reading& reading, StringNS::CharSet::Code charse
         return "nothing goes over, and yet it reads otherwise";
     if (!IsPrefix(limited.lines, full.lines) || !IsPrefix(limited.places, full.places))
         return "the tokens before the one that goes over are others\n" + OneByOne(limited.lines);
-    if (limited.tokens.empty() ? limited.end != 0 && reading.wideObserver && isOver : limited.end < limited.tokens.back().end)
+    if (limited.tokens.empty() ? limited.end != 0 && reading.wideObserver && isOver
+                               : limited.end < limited.tokens.back().end)
         return "the place is not the end of the last token";
     for (const TokenPlace& token : limited.tokens) {
         if (limits.bytes != 0 && token.end - token.begin > limits.bytes)
             return "a token goes over and is delivered: " + Show(token);
     }
-    if (reading.wideObserver && (limits.attributes == 0 || limits.attributes == MANY_ATTRIBUTES)) {  // every token is seen
-        const auto first = std::find_if(full.tokens.begin(), full.tokens.end(),
-                                        [&limits](const TokenPlace& token) { return token.end - token.begin > limits.bytes; });
+    if (reading.wideObserver &&
+        (limits.attributes == 0 || limits.attributes == MANY_ATTRIBUTES)) {  // every token is seen
+        const auto first = std::find_if(full.tokens.begin(), full.tokens.end(), [&limits](const TokenPlace& token) {
+            return token.end - token.begin > limits.bytes;
+        });
         if (first != full.tokens.end() && (!isOver || limited.end != first->begin) &&
             !(isOver && HasManyItems(bytes.substr(static_cast<std::size_t>(limited.end)))))
             return "it does not end before " + Show(*first);
-        if (first == full.tokens.end() && isOver && full.result == 0 && !HasManyItems(bytes.substr(static_cast<std::size_t>(limited.end))))
+        if (first == full.tokens.end() && isOver && full.result == 0 &&
+            !HasManyItems(bytes.substr(static_cast<std::size_t>(limited.end))))
             return "nothing is too long, and yet it goes over";
         if (first != full.tokens.end() && limited.end > first->begin)
             return "it ends after " + Show(*first);
     }
     for (const Cuts& cuts : waysToCut) {
-        // A cut decides about a few records, and so about the self-check, but never about what goes over.
+        // A cut decides about a few records, and so about the self-check, but never about what goes
+        // over.
         const Outcome cutFull = ReadBy(reading, charset, bytes, cuts, {}, READ);
         const Outcome cut = ReadBy(reading, charset, bytes, cuts, limits, READ);
         const Outcome& expected = isOver ? limited : cutFull;
-        const bool isSame =
-            cut.result == expected.result && cut.places == expected.places && cut.end == limited.end && cut.next == limited.next;
+        const bool isSame = cut.result == expected.result && cut.places == expected.places && cut.end == limited.end &&
+                            cut.next == limited.next;
         if (!isSame || !IsPrefix(cut.lines, cutFull.lines))
-            return "cut at " + Describe(cuts) + " it ends with " + std::to_string(cut.result) + " at " + std::to_string(cut.end) + ", " +
-                   cut.next + "; whole with " + std::to_string(limited.result) + " at " + std::to_string(limited.end) + ", " +
-                   limited.next + "; cut, without limits, with " + std::to_string(cutFull.result) + "\n" + OneByOne(cut.lines) +
-                   OneByOne(cut.places) + OneByOne(limited.places);
+            return "cut at " + Describe(cuts) + " it ends with " + std::to_string(cut.result) + " at " +
+                   std::to_string(cut.end) + ", " + cut.next + "; whole with " + std::to_string(limited.result) +
+                   " at " + std::to_string(limited.end) + ", " + limited.next + "; cut, without limits, with " +
+                   std::to_string(cutFull.result) + "\n" + OneByOne(cut.lines) + OneByOne(cut.places) +
+                   OneByOne(limited.places);
         const Outcome goneOn = ReadBy(reading, charset, bytes, cuts, limits, READ_ALL);
         seen->goneOn += goneOn.timesOver;
         const std::string fault = FaultOfGoingOn(goneOn, cutFull, false);
@@ -273,7 +290,8 @@ std::string FaultOfLimits(const Reading& reading, StringNS::CharSet::Code charse
     }
     const Outcome goneOn = ReadBy(reading, charset, bytes, {}, limits, READ_ALL);
     seen->goneOn += goneOn.timesOver;
-    // A stream that is read from another place on has other reads, which decide about the tail of a section.
+    // A stream that is read from another place on has other reads, which decide about the tail of a
+    // section.
     return FaultOfGoingOn(goneOn, full, !reading.fromStream || bytes.size() <= GenericParser::BUFFER_SIZE);
 }
 
@@ -338,15 +356,17 @@ TEST_P(EnumeratedLimitTest, CutIntoCharacters) {
         ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
             ++turn;
             const Cuts characters = CutsEvery(1, document.size());
-            const Limits limits = {context == "<script>" || context.empty() ? 1 + turn % 3 : context.size() + turn % 4, 0};
-            return Check(READINGS[turn / 4 % std::size(READINGS)], 1252, document, context == "<script>" ? Limits{8 + turn % 2, 0} : limits,
-                         {characters}, &seen);
+            const Limits limits = {context == "<script>" || context.empty() ? 1 + turn % 3 : context.size() + turn % 4,
+                                   0};
+            return Check(READINGS[turn / 4 % std::size(READINGS)], 1252, document,
+                         context == "<script>" ? Limits{8 + turn % 2, 0} : limits, {characters}, &seen);
         });
     }
     EXPECT_GT(seen.over, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedLimitTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedLimitTest,
+                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
 
 }  // namespace
 }  // namespace Kestra::Test

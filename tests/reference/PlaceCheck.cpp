@@ -6,9 +6,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "html/framework/ParserObserver.h"
+#include "html/framework/TokenObserver.h"
 #include "html/output/ParserObserverOutput.h"
-#include "html/parser/RecordCalls.h"
 #include "tests/reference/DocumentFeeding.h"
 #include "tests/reference/ReferenceReader.h"
 #include "tests/support/Flavours.h"
@@ -53,7 +52,7 @@ bool HasBytes(WideStringView text, std::string_view bytes, bool wideInput) {
 
 /// Looks at every token as it comes.
 template <typename C, typename S>
-class PlaceObserver final : public HTML::ParserObserver<C, S> {
+class PlaceObserver final : public HTML::EventObserver<PlaceObserver<C, S>, C, S> {
 public:
     explicit PlaceObserver(const GenericParser* observedParser) : parser(observedParser) {}
 
@@ -70,65 +69,36 @@ public:
         column = 1;
     }
 
-    void OnEndParsing() override {
+    /// Callbacks without a record have the place of their tag.
+    void OnEvent(HTML::ObserverEvent event) {
+        if (event == HTML::ObserverEvent::StartParsing)
+            return;
         const TokenPlace place = parser->GetTokenPlace();
-        if (place.begin != place.end || place.end != document.size())
-            Blame("the end of parsing is not the end of the document", place);
+        if (event == HTML::ObserverEvent::EndParsing) {
+            if (place.begin != place.end || place.end != document.size())
+                Blame("the end of parsing is not the end of the document", place);
+            Continue(place);
+        } else if (place.begin != last.begin || place.end != last.end || place.line != last.line ||
+                   place.column != last.column) {
+            Blame("not the place of the tag", place);
+        }
+    }
+
+    template <template <typename, typename> class Record>
+    void OnToken(Record<C, S>* record) {
+        const TokenPlace place = parser->GetTokenPlace();
         Continue(place);
-    }
-    void OnText(HTML::TextData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCComment(HTML::CCommentData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
-        Token(data);
-    }
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
-        Token(data);
-    }
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
-        Token(data);
-    }
-    void OnStartTag(HTML::StartTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnEndTag(HTML::EndTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
-        Token(data);
-    }
-    void OnJunkData(HTML::JunkData<C, S>* data) override {
-        Token(data);
-    }
-    void OnJSTagStart() override {
-        SameAsBefore();
-    }
-    void OnJSTagEnd() override {
-        SameAsBefore();
-    }
-    void OnCSSTagStart() override {
-        SameAsBefore();
-    }
-    void OnCSSTagEnd() override {
-        SameAsBefore();
+        ++seen.tokens;
+        if (place.begin == place.end && !std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>)
+            Blame("no bytes", place);
+        // Bytes of UTF-16 between the markup of an 8-bit serializer are no document.
+        if (!(reading.wideInput && !reading.wideObserver) && fault.empty()) {
+            CheckText(record, place);
+            if constexpr (requires { record->attributes; }) {
+                CheckAttributes(*record->attributes, place);
+                CheckParts(record, place);
+            }
+        }
     }
 
     std::string fault;
@@ -141,20 +111,14 @@ private:
 
     void Blame(const std::string& what, const TokenPlace& place) {
         if (fault.empty())
-            fault = what + ": [" + std::to_string(place.begin) + ", " + std::to_string(place.end) + ") at " + std::to_string(place.line) +
-                    ":" + std::to_string(place.column) + ", \"" +
+            fault = what + ": [" + std::to_string(place.begin) + ", " + std::to_string(place.end) + ") at " +
+                    std::to_string(place.line) + ":" + std::to_string(place.column) + ", \"" +
                     std::string(At(std::min(place.begin, document.size()), std::min(place.end, document.size()))) +
                     "\", the token before ended at " + std::to_string(last.end);
     }
 
-    /// Callbacks without a record have the place of their tag.
-    void SameAsBefore() {
-        const TokenPlace place = parser->GetTokenPlace();
-        if (place.begin != last.begin || place.end != last.end || place.line != last.line || place.column != last.column)
-            Blame("not the place of the tag", place);
-    }
-
-    /// Only script line comments may be missing between this token and the one before, and only for one kind of observer.
+    /// Only script line comments may be missing between this token and the one before, and only for
+    /// one kind of observer.
     void Continue(const TokenPlace& place) {
         if (place.begin > place.end || place.end > document.size() || place.begin < last.end) {
             Blame("no place after the last one", place);
@@ -181,23 +145,6 @@ private:
     }
 
     template <template <typename, typename> class Record>
-    void Token(Record<C, S>* record) {
-        const TokenPlace place = parser->GetTokenPlace();
-        Continue(place);
-        ++seen.tokens;
-        if (place.begin == place.end && !std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>)
-            Blame("no bytes", place);
-        // Bytes of UTF-16 between the markup of an 8-bit serializer are no document.
-        if (!(reading.wideInput && !reading.wideObserver) && fault.empty()) {
-            CheckText(record, place);
-            if constexpr (requires { record->attributes; }) {
-                CheckAttributes(*record->attributes, place);
-                CheckParts(record, place);
-            }
-        }
-    }
-
-    template <template <typename, typename> class Record>
     void CheckText(Record<C, S>* record, const TokenPlace& place) {
         const std::string_view bytes = At(place.begin, place.end);
         if constexpr (std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>) {
@@ -208,7 +155,8 @@ private:
         } else {
             writer.bytes.clear();
             HTML::CallObserver(static_cast<HTML::ParserObserver<C, S>*>(&writer), record);
-            const std::basic_string_view<C> written(reinterpret_cast<const C*>(writer.bytes.data()), writer.bytes.size() / sizeof(C));
+            const std::basic_string_view<C> written(reinterpret_cast<const C*>(writer.bytes.data()),
+                                                    writer.bytes.size() / sizeof(C));
             if (HasBytes(written, bytes, reading.wideInput))
                 ++seen.exact;
             else if (!IsWrittenDifferently(*record, bytes))
@@ -216,8 +164,9 @@ private:
         }
     }
 
-    /// Sections whose body a wide serializer halves; conditional sections without their end, or with a tail that lies in two pieces; an XML
-    /// declaration with white space after a bare word that ends in a slash.
+    /// Sections whose body a wide serializer halves; conditional sections without their end, or
+    /// with a tail that lies in two pieces; an XML declaration with white space after a bare word
+    /// that ends in a slash.
     template <template <typename, typename> class Record>
     bool IsWrittenDifferently(const Record<C, S>& record, std::string_view bytes) const {
         using Comment = HTML::CommentTagData<C, S>;
@@ -253,10 +202,12 @@ private:
             const bool follows = i == 0 || place.begin == end;
             const bool hasName = HasBytes(attribute.prefix, At(place.begin, place.nameBegin), reading.wideInput) &&
                                  HasBytes(attribute.name, At(place.nameBegin, place.nameEnd), reading.wideInput);
-            const bool hasValue = attribute.hasValue
-                                      ? HasBytes(attribute.value, At(place.valueBegin, place.valueEnd), reading.wideInput) &&
-                                            HasQuotes(attribute.quote, place)
-                                      : place.valueBegin == place.nameEnd && place.valueEnd == place.nameEnd && place.end == place.nameEnd;
+            const bool hasValue =
+                attribute.hasValue
+                    ? HasBytes(attribute.value, At(place.valueBegin, place.valueEnd), reading.wideInput) &&
+                          HasQuotes(attribute.quote, place)
+                    : place.valueBegin == place.nameEnd && place.valueEnd == place.nameEnd &&
+                          place.end == place.nameEnd;
             if (!isInside || !follows || !hasName || !hasValue)
                 Blame("a wrong place of attribute " + std::to_string(i) + ": [" + std::to_string(place.begin) + ", " +
                           std::to_string(place.end) + "), value [" + std::to_string(place.valueBegin) + ", " +
@@ -269,15 +220,16 @@ private:
             Blame("an attribute too many", token);
     }
 
-    /// What each attribute was written as, against what the second tokenizer reads at the place of the tag.
+    /// What each attribute was written as, against what the second tokenizer reads at the place of
+    /// the tag.
     template <template <typename, typename> class Record>
     void CheckParts(Record<C, S>* record, const TokenPlace& token) {
         std::vector<AttributePlace> found;
         std::vector<AttributePlace> parts;
         for (std::size_t i = 0; i < record->attributes->size(); ++i) {
             AttributePlace whole;
-            if (parser->GetAttributeParts(i, &parts) != 0 || parser->GetAttributePlace(i, &whole) != 0 || parts.empty() ||
-                parts.front().begin != whole.begin || parts.back().end != whole.end) {
+            if (parser->GetAttributeParts(i, &parts) != 0 || parser->GetAttributePlace(i, &whole) != 0 ||
+                parts.empty() || parts.front().begin != whole.begin || parts.back().end != whole.end) {
                 Blame("no parts of attribute " + std::to_string(i), token);
                 return;
             }
@@ -300,8 +252,8 @@ private:
     }
 
     static bool IsSamePlace(const AttributePlace& left, const AttributePlace& right) {
-        return left.begin == right.begin && left.end == right.end && left.nameBegin == right.nameBegin && left.nameEnd == right.nameEnd &&
-               left.valueBegin == right.valueBegin && left.valueEnd == right.valueEnd;
+        return left.begin == right.begin && left.end == right.end && left.nameBegin == right.nameBegin &&
+               left.nameEnd == right.nameEnd && left.valueBegin == right.valueBegin && left.valueEnd == right.valueEnd;
     }
 
     static std::string Show(const std::vector<AttributePlace>& places) {
@@ -316,9 +268,9 @@ private:
     template <template <typename, typename> class Record>
     std::vector<AttributePlace> SearchParts(std::string_view text, std::uint64_t begin) const {
         const StringNS::CharSet::Code charset = parser->GetCharset();
-        const bool iso2022 =
-            !reading.wideInput && (charset == StringNS::CharSet::ISO_2022_JP || charset == StringNS::CharSet::ISO_2022_JP_SISO ||
-                                   charset == StringNS::CharSet::ISO_2022_KR);
+        const bool iso2022 = !reading.wideInput && (charset == StringNS::CharSet::ISO_2022_JP ||
+                                                    charset == StringNS::CharSet::ISO_2022_JP_SISO ||
+                                                    charset == StringNS::CharSet::ISO_2022_KR);
         const bool isEndTag = std::is_same_v<Record<C, S>, HTML::EndTagData<C, S>>;
         const bool isInstruction = std::is_same_v<Record<C, S>, HTML::ExternTagData<C, S>>;
         std::size_t offset = isEndTag || isInstruction ? 2 : 1;
@@ -353,8 +305,8 @@ private:
             }
             marks[1] = offset;
             const auto toBytes = [&](std::size_t mark) { return begin + mark * (reading.wideInput ? 2 : 1); };
-            places.push_back(
-                {toBytes(marks[0]), toBytes(marks[1]), toBytes(marks[2]), toBytes(marks[3]), toBytes(marks[4]), toBytes(marks[5])});
+            places.push_back({toBytes(marks[0]), toBytes(marks[1]), toBytes(marks[2]), toBytes(marks[3]),
+                              toBytes(marks[4]), toBytes(marks[5])});
         }
         return places;
     }
@@ -387,11 +339,13 @@ public:
     }
 
     /// @return what is wrong, or nothing; valid until the next document
-    const std::string& Fault(std::string_view document, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+    const std::string& Fault(std::string_view document, const PlacedReading& reading, const Cuts& cuts,
+                             PlacesSeen* seen) {
         observer.Begin(document, reading, !cuts.empty() || document.size() > GenericParser::BUFFER_SIZE);
         parser.SetScriptMode(reading.scriptsAsText ? GenericParser::SCRIPT_AS_TEXT : GenericParser::SCRIPT_AS_TOKENS);
         const StringNS::CharSet::Code charset = reading.wideObserver ? StringNS::CharSet::ISO_8859_1 : reading.charset;
-        parser.StartParse(charset, reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        parser.StartParse(charset,
+                          reading.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
         if (reading.fromStream) {
             stream.Reset(document, cuts);
             parser.ParseStream(&stream, false);
@@ -425,7 +379,8 @@ PlacesSeen& PlacesSeen::operator+=(const PlacesSeen& other) {
     return *this;
 }
 
-/// The parsers for each kind of reading: what one has of its last document is of the same kind as what the next one needs.
+/// The parsers for each kind of reading: what one has of its last document is of the same kind as
+/// what the next one needs.
 struct PlaceChecker::Parsers {
     PlacedParser<char, std::string> narrow[2];   ///< of 8-bit and of wide documents
     PlacedParser<WideChar, WideString> wide[2];  ///< likewise
@@ -435,7 +390,8 @@ PlaceChecker::PlaceChecker() : parsers(std::make_unique<Parsers>()) {}
 
 PlaceChecker::~PlaceChecker() = default;
 
-std::string PlaceChecker::Fault(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+std::string PlaceChecker::Fault(std::string_view latin1, const PlacedReading& reading, const Cuts& cuts,
+                                PlacesSeen* seen) {
     const std::size_t input = reading.wideInput ? 1 : 0;
     const auto read = [&](std::string_view document, const Cuts& byteCuts) {
         return reading.wideObserver ? parsers->wide[input].Fault(document, reading, byteCuts, seen)

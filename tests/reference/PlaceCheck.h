@@ -9,7 +9,8 @@
 #include "tests/support/Splits.h"
 
 /// @file
-/// The places of the tokens of a document against the document itself: what is found there by looking at its bytes.
+/// The places of the tokens of a document against the document itself: what is found there by
+/// looking at its bytes.
 
 namespace Kestra::Test {
 

@@ -21,7 +21,7 @@ constexpr std::uint64_t DOCUMENTS = 20000;
 constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 12000;
 constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
-constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
+constexpr std::size_t CUT_LENGTH = 3;  // of the enumerated strings that are cut in every way
 
 /// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>", "<p a=b", "<script>//"};
@@ -32,14 +32,16 @@ constexpr PlacedReading READINGS[] = {
     {1252, false, false, false}, {1252, true, true, false}, {1252, false, true, false}, {1252, true, false, false},
 };
 
-bool Check(PlaceChecker* checker, std::string_view document, const PlacedReading& reading, const Cuts& cuts, PlacesSeen* seen) {
+bool Check(PlaceChecker* checker, std::string_view document, const PlacedReading& reading, const Cuts& cuts,
+           PlacesSeen* seen) {
     const std::string fault = checker->Fault(document, reading, cuts, seen);
     if (fault.empty())
         return true;
     const bool isAlways = !PlaceChecker().Fault(document, reading, cuts, seen).empty();
-    ADD_FAILURE() << (isAlways ? "" : "only after other documents: ") << Trace::Escape(document) << "\ncut at " << Describe(cuts)
-                  << (reading.wideInput ? ", wide parser" : ", 8-bit parser")
-                  << (reading.wideObserver ? ", wide observer" : ", 8-bit observer") << (reading.fromStream ? ", stream" : ", buffers")
+    ADD_FAILURE() << (isAlways ? "" : "only after other documents: ") << Trace::Escape(document) << "\ncut at "
+                  << Describe(cuts) << (reading.wideInput ? ", wide parser" : ", 8-bit parser")
+                  << (reading.wideObserver ? ", wide observer" : ", 8-bit observer")
+                  << (reading.fromStream ? ", stream" : ", buffers")
                   << (reading.scriptsAsText ? ", scripts as text" : "") << "\n"
                   << fault;
     return false;
@@ -112,7 +114,8 @@ TEST_P(EnumeratedPlaceTest, WholeAndInShortReads) {
         ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
             const Cuts shortReads = CutsOfShortReads(document.size(), &dice);
             for (const PlacedReading& reading : {READINGS[0], READINGS[1], READINGS[2]}) {
-                if (!Check(&checker, document, reading, {}, &seen) || !Check(&checker, document, reading, shortReads, &seen))
+                if (!Check(&checker, document, reading, {}, &seen) ||
+                    !Check(&checker, document, reading, shortReads, &seen))
                     return false;
             }
             return true;
@@ -136,7 +139,8 @@ TEST_P(EnumeratedPlaceTest, CutInEveryWay) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedPlaceTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedPlaceTest,
+                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
 
 TEST(PagePlaceTest, ExamplePages) {
     const SilentDetector detector;

@@ -10,7 +10,8 @@ bool IsWhiteSpace(char character) {
 }
 
 bool IsInTagName(char character) {
-    return !IsWhiteSpace(character) && character != '=' && character != '[' && character != ']' && character != '>' && character != '<';
+    return !IsWhiteSpace(character) && character != '=' && character != '[' && character != ']' && character != '>' &&
+           character != '<';
 }
 
 bool IsInAttributeName(char character) {
@@ -27,7 +28,8 @@ char Lower(char character) {
 
 enum class Match { NONE, BEGINNING, WHOLE };
 
-/// The first entry that is as long as `text` and equal wins, so "$(" is whole and never the beginning of "$(C".
+/// The first entry that is as long as `text` and equal wins, so "$(" is whole and never the
+/// beginning of "$(C".
 template <std::size_t COUNT>
 Match MatchEscape(const std::string_view (&table)[COUNT], std::string_view text) {
     Match match = Match::NONE;
@@ -195,7 +197,8 @@ ReferenceOutcome ReferenceReader::ReadValue(bool iso2022, ReferenceItem* item) {
     return AtEnd() ? ReferenceOutcome::OPEN : ReferenceOutcome::COMPLETE;
 }
 
-ReferenceOutcome ReferenceReader::ReadAttribute(const std::string* prefix, bool iso2022, ReferenceAttribute* attribute) {
+ReferenceOutcome ReferenceReader::ReadAttribute(const std::string* prefix, bool iso2022,
+                                                ReferenceAttribute* attribute) {
     attribute->prefix = prefix != nullptr ? *prefix : ReadWhiteSpace();
     attribute->name = ReadWhile(IsInAttributeName);
     attribute->beforeEquals = ReadWhiteSpace();
@@ -255,7 +258,8 @@ void ReferenceReader::ReadComment(ReferenceComment* comment) {
     std::string* text = &comment->text;
     while (!AtEnd()) {
         *text += Take();
-        // Two dashes that are the last of their run, in front of ">": the body may be empty, the opener's dashes do not count.
+        // Two dashes that are the last of their run, before ">": the body may be empty, the
+        // opener's dashes do not count.
         if (text->size() >= 2 && text->substr(text->size() - 2) == "--" && TakeIf('>')) {
             text->resize(text->size() - 2);
             return;
@@ -302,7 +306,8 @@ ReferenceOutcome ReferenceReader::ReadBlockComment(std::string* text) {
     return ReferenceOutcome::OPEN;
 }
 
-ReferenceOutcome ReferenceReader::ReadLineComment(std::string* text, bool* interrupted, ReferenceMarkup* markup, std::string* word) {
+ReferenceOutcome ReferenceReader::ReadLineComment(std::string* text, bool* interrupted, ReferenceMarkup* markup,
+                                                  std::string* word) {
     for (;;) {
         *text += ReadUntil("<\n");
         if (AtEnd())
@@ -314,7 +319,8 @@ ReferenceOutcome ReferenceReader::ReadLineComment(std::string* text, bool* inter
         const ReferenceOutcome outcome = ReadMarkupOpener(markup, word);
         if (outcome != ReferenceOutcome::COMPLETE)
             return outcome;
-        *interrupted = *markup == ReferenceMarkup::COMMENT || *markup == ReferenceMarkup::CDATA || *markup == ReferenceMarkup::CONDITIONAL;
+        *interrupted = *markup == ReferenceMarkup::COMMENT || *markup == ReferenceMarkup::CDATA ||
+                       *markup == ReferenceMarkup::CONDITIONAL;
         if (*interrupted)
             return ReferenceOutcome::COMPLETE;
         *text += document.substr(begin, position - begin);

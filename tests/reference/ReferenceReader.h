@@ -15,13 +15,14 @@ enum class ReferenceOutcome {
     MALFORMED  ///< the character at the reader's position cannot stand there
 };
 
-/// What stands behind a "<".
+/// What follows a "<".
 enum class ReferenceMarkup { START_TAG, END_TAG, INSTRUCTION, DECLARATION, COMMENT, CDATA, CONDITIONAL };
 
-/// A place in a document, and what can be read from there on. Nothing is ever skipped: what is consumed is in some string.
+/// A place in a document, and what can be read from there on. Nothing is ever skipped: what is
+/// consumed is in some string.
 ///
-/// A name, a run of white space or an unquoted value is over only where another character stands: at the end of the document, whatever
-/// contains it is open.
+/// A name, a run of white space or an unquoted value is over only where another character stands:
+/// at the end of the document, whatever contains it is open.
 class ReferenceReader {
 public:
     explicit ReferenceReader(std::string_view text);
@@ -39,24 +40,27 @@ public:
     std::string ReadWhiteSpace();
     std::string ReadTagName();  ///< "/" belongs to it, "<", "[" and "]" do not
 
-    /// From behind the opening quote to behind the closing one.
+    /// From after the opening quote to after the closing one.
     ReferenceOutcome ReadQuoted(char quote, bool escapes, bool iso2022, std::string* text);
 
-    /// From behind an ESC. Adds everything to `text`, the ESC included. False when the document ended inside.
+    /// From after an ESC. Adds everything to `text`, the ESC included. False when the document
+    /// ended inside.
     bool ReadEscapeRun(std::string* text);
 
-    /// From behind the opening slash, which is added to `text`, up to the character that ends the expression.
+    /// From after the opening slash, which is added to `text`, up to the character that ends the
+    /// expression.
     void ReadRegularExpression(std::string* text);
 
-    /// White space and then a quoted string, an unquoted value, or nothing in front of ">". An empty unquoted value is complete as well.
+    /// White space and then a quoted string, an unquoted value, or nothing before ">". An empty
+    /// unquoted value is complete as well.
     ReferenceOutcome ReadValue(bool iso2022, ReferenceItem* item);
 
     /// One attribute, with or without a value; its name may be empty.
     /// @param prefix  white space that has been read before; null to read it here.
     ReferenceOutcome ReadAttribute(const std::string* prefix, bool iso2022, ReferenceAttribute* attribute);
 
-    /// From behind "<" to where the construct's own reading begins.
-    /// @param word  gets the word behind "<![".
+    /// From after "<" to where the construct's own reading begins.
+    /// @param word  gets the word after "<![".
     ReferenceOutcome ReadMarkupOpener(ReferenceMarkup* markup, std::string* word);
 
     ReferenceOutcome ReadStartTag(bool iso2022, ReferenceStartTag* tag);
@@ -68,13 +72,13 @@ public:
     void ReadConditional(ReferenceConditional* section, std::size_t* tailBegin);  ///< `tailBegin`: see ReferenceStretch
     ReferenceOutcome ReadBlockComment(std::string* text);
 
-    /// From behind "//" to the line end, or to behind the opener of the section that interrupts it.
+    /// From after "//" to the line end, or to after the opener of the section that interrupts it.
     /// @param interrupted  set when a section interrupts it, which `markup` and `word` name.
     ReferenceOutcome ReadLineComment(std::string* text, bool* interrupted, ReferenceMarkup* markup, std::string* word);
 
 private:
-    ReferenceOutcome ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022, ReferenceAttributes* attributes, std::string* suffix,
-                                       bool* slash);
+    ReferenceOutcome ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022, ReferenceAttributes* attributes,
+                                       std::string* suffix, bool* slash);
     ReferenceOutcome ReadXMLDeclaration(bool iso2022, ReferenceInstruction* instruction);
     ReferenceOutcome ReadFreeStyle(bool iso2022, ReferenceInstruction* instruction);
 

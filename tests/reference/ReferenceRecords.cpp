@@ -60,7 +60,8 @@ std::string AttributesCopy(const ReferenceAttributes& attributes) {
     for (const ReferenceAttribute& attribute : attributes) {
         text += Joined({attribute.prefix, attribute.name});
         if (attribute.hasValue)
-            text += Joined({attribute.beforeEquals, "=", attribute.afterEquals, Quoted(attribute.value, attribute.quote)});
+            text +=
+                Joined({attribute.beforeEquals, "=", attribute.afterEquals, Quoted(attribute.value, attribute.quote)});
     }
     return text;
 }
@@ -76,28 +77,30 @@ std::string ReferenceTrace(std::string_view kind, std::string_view text) {
 }
 
 std::string ReferenceTrace(const ReferenceStartTag& tag) {
-    return Joined({tag.isShort ? "short(" : "start(", Escaped(tag.prefix), "|", Escaped(tag.name), "|", AttributesTrace(tag.attributes),
-                   "|", Escaped(tag.suffix), ")"});
+    return Joined({tag.isShort ? "short(" : "start(", Escaped(tag.prefix), "|", Escaped(tag.name), "|",
+                   AttributesTrace(tag.attributes), "|", Escaped(tag.suffix), ")"});
 }
 
 std::string ReferenceTrace(const ReferenceEndTag& tag) {
-    return Joined({"end(", Escaped(tag.prefix), "|", Escaped(tag.name), "|", Escaped(tag.afterName), "|", AttributesTrace(tag.attributes),
-                   "|", Escaped(tag.suffix), tag.slashBeforeClose ? ", slash" : "", OpenFlag(tag.closed), ")"});
+    return Joined({"end(", Escaped(tag.prefix), "|", Escaped(tag.name), "|", Escaped(tag.afterName), "|",
+                   AttributesTrace(tag.attributes), "|", Escaped(tag.suffix), tag.slashBeforeClose ? ", slash" : "",
+                   OpenFlag(tag.closed), ")"});
 }
 
 std::string ReferenceTrace(const ReferenceInstruction& instruction) {
     if (instruction.freeStyle)
         return ReferenceTrace("extern-text", instruction.text);
-    return Joined({"extern(", Escaped(instruction.prefix), "|", Escaped(instruction.name), "|", AttributesTrace(instruction.attributes),
-                   "|", Escaped(instruction.suffix), instruction.slashBeforeClose ? ", slash" : "", ")"});
+    return Joined({"extern(", Escaped(instruction.prefix), "|", Escaped(instruction.name), "|",
+                   AttributesTrace(instruction.attributes), "|", Escaped(instruction.suffix),
+                   instruction.slashBeforeClose ? ", slash" : "", ")"});
 }
 
 std::string ReferenceTrace(const ReferenceDeclaration& declaration) {
     std::string items;
     for (const ReferenceItem& item : declaration.items)
         items += Joined({"{", Escaped(item.prefix), "|", Quoted(Escaped(item.value), item.quote), "}"});
-    return Joined(
-        {"entity(", Escaped(declaration.prefix), "|", Escaped(declaration.name), "|", items, "|", Escaped(declaration.suffix), ")"});
+    return Joined({"entity(", Escaped(declaration.prefix), "|", Escaped(declaration.name), "|", items, "|",
+                   Escaped(declaration.suffix), ")"});
 }
 
 std::string ReferenceTrace(const ReferenceComment& comment) {
@@ -109,8 +112,9 @@ std::string ReferenceTrace(const ReferenceCDATA& section) {
 }
 
 std::string ReferenceTrace(const ReferenceConditional& section) {
-    return Joined({"conditional(", Escaped(section.keyword), "|", Escaped(section.condition), "|", Escaped(section.tail),
-                   section.bracketClosed ? "" : ", no-bracket", OpenFlag(section.tagClosed), ")"});
+    return Joined({"conditional(", Escaped(section.keyword), "|", Escaped(section.condition), "|",
+                   Escaped(section.tail), section.bracketClosed ? "" : ", no-bracket", OpenFlag(section.tagClosed),
+                   ")"});
 }
 
 std::string ReferenceCopy(const ReferenceStartTag& tag) {
@@ -121,14 +125,15 @@ std::string ReferenceCopy(const ReferenceEndTag& tag) {
     std::string attributes;
     if (!tag.attributes.empty())
         attributes = Joined({AttributesCopy(tag.attributes), tag.suffix});
-    return Joined({"</", tag.prefix, tag.name, tag.afterName, attributes, tag.slashBeforeClose ? "/" : "", tag.closed ? ">" : ""});
+    return Joined({"</", tag.prefix, tag.name, tag.afterName, attributes, tag.slashBeforeClose ? "/" : "",
+                   tag.closed ? ">" : ""});
 }
 
 std::string ReferenceCopy(const ReferenceInstruction& instruction) {
     if (instruction.freeStyle)
         return instruction.text;
-    return Joined({"<?", instruction.prefix, instruction.name, AttributesCopy(instruction.attributes), instruction.suffix,
-                   instruction.slashBeforeClose ? "/>" : "?>"});
+    return Joined({"<?", instruction.prefix, instruction.name, AttributesCopy(instruction.attributes),
+                   instruction.suffix, instruction.slashBeforeClose ? "/>" : "?>"});
 }
 
 std::string ReferenceCopy(const ReferenceDeclaration& declaration) {
@@ -147,8 +152,8 @@ std::string ReferenceCopy(const ReferenceCDATA& section) {
 }
 
 std::string ReferenceCopy(const ReferenceConditional& section) {
-    return Joined(
-        {"<![", section.keyword, section.condition, section.bracketClosed ? "]" : "", section.tail, section.tagClosed ? ">" : ""});
+    return Joined({"<![", section.keyword, section.condition, section.bracketClosed ? "]" : "", section.tail,
+                   section.tagClosed ? ">" : ""});
 }
 
 }  // namespace Kestra::Test

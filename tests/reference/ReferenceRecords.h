@@ -5,7 +5,8 @@
 #include <vector>
 
 /// @file
-/// The tokens of the reference tokenizer, each as a line of the trace language and as the text that it is written back to.
+/// The tokens of the reference tokenizer, each as a line of the trace language and as the text that
+/// it is written back to.
 
 namespace Kestra::Test {
 
@@ -53,7 +54,7 @@ struct ReferenceInstruction {
     bool slashBeforeClose = false;
     bool freeStyle = false;
     std::string text;                 ///< the whole instruction when it is free style
-    bool swapsSlashAndSpace = false;  ///< white space stood behind the slash; it is written in front of it
+    bool swapsSlashAndSpace = false;  ///< white space stood after the slash; it is written before it
 };
 
 /// A word or string of a declaration.

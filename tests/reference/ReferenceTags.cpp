@@ -18,12 +18,13 @@ bool TakesMarkFromValue(const ReferenceAttribute& attribute, char mark) {
     return attribute.hasValue && attribute.quote == ReferenceQuote::NONE && EndsWith(attribute.value, mark);
 }
 
-/// Whether the attribute behind this one, which has a value, reads ISO-2022 runs: behind an unquoted value that is not empty it does not.
+/// Whether the attribute after this one, which has a value, reads ISO-2022 runs: after an unquoted
+/// value that is not empty it does not.
 bool HandsOnIso2022(const ReferenceAttribute& attribute) {
     return attribute.quote != ReferenceQuote::NONE || attribute.value.empty();
 }
 
-/// The list with its bare words folded into the value in front of them.
+/// The list with its bare words folded into the value before them.
 ReferenceAttributes Normalized(const ReferenceAttributes& attributes) {
     ReferenceAttributes result;
     bool anchored = false;
@@ -48,7 +49,7 @@ ReferenceAttributes Normalized(const ReferenceAttributes& attributes) {
     return result;
 }
 
-/// An attribute without a value: the white space behind its name belongs to what follows.
+/// An attribute without a value: the white space after its name belongs to what follows.
 ReferenceAttribute Bare(const std::string& prefix, const std::string& name) {
     ReferenceAttribute attribute;
     attribute.prefix = prefix;
@@ -58,8 +59,8 @@ ReferenceAttribute Bare(const std::string& prefix, const std::string& name) {
 
 }  // namespace
 
-ReferenceOutcome ReferenceReader::ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022, ReferenceAttributes* attributes,
-                                                    std::string* suffix, bool* slash) {
+ReferenceOutcome ReferenceReader::ReadAttributeList(bool everyRestartKeepsIso2022, bool iso2022,
+                                                    ReferenceAttributes* attributes, std::string* suffix, bool* slash) {
     std::optional<std::string> prefix;
     bool attributeIso2022 = iso2022;
     for (;;) {
@@ -111,12 +112,13 @@ ReferenceOutcome ReferenceReader::ReadStartTag(bool iso2022, ReferenceStartTag* 
     const ReferenceOutcome outcome = ReadAttributeList(false, iso2022, &tag->attributes, &tag->suffix, &tag->isShort);
     if (outcome != ReferenceOutcome::COMPLETE)
         return outcome;
-    if (!TakeIf('>'))  // a list is over in front of a ">" only
+    if (!TakeIf('>'))  // a list is over before a ">" only
         return ReferenceOutcome::MALFORMED;
     tag->written = tag->attributes;
     tag->attributes = Normalized(tag->written);
     // A name keeps a "/" that touches it. The document's view of "<br/>" is the short tag "br".
-    if (!tag->isShort && tag->attributes.empty() && tag->suffix.empty() && tag->name.size() > 1 && EndsWith(tag->name, '/')) {
+    if (!tag->isShort && tag->attributes.empty() && tag->suffix.empty() && tag->name.size() > 1 &&
+        EndsWith(tag->name, '/')) {
         tag->name.pop_back();
         tag->isShort = true;
     }
@@ -134,7 +136,8 @@ ReferenceOutcome ReferenceReader::ReadEndTag(bool iso2022, ReferenceEndTag* tag)
         return ReferenceOutcome::COMPLETE;
     }
     if (!NextIs('>')) {
-        const ReferenceOutcome outcome = ReadAttributeList(true, iso2022, &tag->attributes, &tag->suffix, &tag->slashBeforeClose);
+        const ReferenceOutcome outcome =
+            ReadAttributeList(true, iso2022, &tag->attributes, &tag->suffix, &tag->slashBeforeClose);
         if (outcome != ReferenceOutcome::COMPLETE)
             return outcome;
     }
@@ -151,7 +154,8 @@ ReferenceOutcome ReferenceReader::ReadInstruction(bool iso2022, ReferenceInstruc
     if (AtEnd())
         return ReferenceOutcome::OPEN;
     const std::string beginning = instruction->name.substr(0, 4);
-    if (ReferenceSameWord(instruction->name, "xml") || ReferenceSameWord(beginning, "xml:") || ReferenceSameWord(beginning, "xml-"))
+    if (ReferenceSameWord(instruction->name, "xml") || ReferenceSameWord(beginning, "xml:") ||
+        ReferenceSameWord(beginning, "xml-"))
         return ReadXMLDeclaration(iso2022, instruction);
     return ReadFreeStyle(iso2022, instruction);
 }
@@ -210,7 +214,7 @@ ReferenceOutcome ReferenceReader::ReadFreeStyle(bool iso2022, ReferenceInstructi
     while (!AtEnd()) {
         const char character = Take();
         text += character;
-        if (character == '>')  // with or without a "?" in front of it
+        if (character == '>')  // with or without a "?" before it
             return ReferenceOutcome::COMPLETE;
         if (character == '\'' || character == '"') {
             if (ReadQuoted(character, true, iso2022, &text) != ReferenceOutcome::COMPLETE)
@@ -220,7 +224,7 @@ ReferenceOutcome ReferenceReader::ReadFreeStyle(bool iso2022, ReferenceInstructi
             text += '*' + ReadUntil("*");
             if (AtEnd())
                 return ReferenceOutcome::OPEN;
-            text += Take();  // the first "*" ends the comment, with a "/" behind it or not
+            text += Take();  // the first "*" ends the comment, with a "/" after it or not
             if (TakeIf('/'))
                 text += '/';
         } else if (character == '/' && TakeIf('/')) {

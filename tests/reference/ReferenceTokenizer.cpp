@@ -130,7 +130,7 @@ private:
     bool tellsLineComments;
     bool inScript = false;
     bool inStyle = false;
-    bool inJunk = false;   ///< behind a construct that failed, up to the next "<"
+    bool inJunk = false;   ///< after a construct that failed, up to the next "<"
     bool stopped = false;  ///< a construct failed or stayed open, and could not be read again
     std::string pendingText;
     std::size_t textBegin = 0;
@@ -191,7 +191,8 @@ void ReferenceTokenizer::DeliverText() {
     pendingText.clear();
 }
 
-/// False when the construct that began at `begin` failed or stayed open. It has become junk then, or the parse has stopped.
+/// False when the construct that began at `begin` failed or stayed open. It has become junk then,
+/// or the parse has stopped.
 bool ReferenceTokenizer::IsAccepted(ReferenceOutcome outcome, std::size_t begin, bool scriptComment) {
     if (outcome == ReferenceOutcome::COMPLETE)
         return true;
@@ -260,7 +261,8 @@ void ReferenceTokenizer::ReadText() {
 
 /// Whether a name stands there, and what may follow one.
 bool ReferenceTokenizer::NameStandsAt(std::size_t offset, std::string_view name) const {
-    if (offset + name.size() >= document.size() || !ReferenceSameWord(std::string_view(document).substr(offset, name.size()), name))
+    if (offset + name.size() >= document.size() ||
+        !ReferenceSameWord(std::string_view(document).substr(offset, name.size()), name))
         return false;
     const char next = document[offset + name.size()];
     return next == '>' || next == '/' || IsBlankOfBrowsers(next);
@@ -282,7 +284,8 @@ void ReferenceTokenizer::ReadContent() {
             continue;
         }
         if (character == '<' && contentElement != "plaintext") {
-            const bool isEndTag = at + 1 < document.size() && document[at + 1] == '/' && NameStandsAt(at + 2, contentElement);
+            const bool isEndTag =
+                at + 1 < document.size() && document[at + 1] == '/' && NameStandsAt(at + 2, contentElement);
             if (isEndTag && depth != TWICE_ESCAPED) {
                 contentElement.clear();
                 DeliverText();
@@ -341,15 +344,15 @@ void ReferenceTokenizer::ReadScriptComment(std::size_t begin, bool lineComment) 
         ReadSection(end, markup, word);
 }
 
-/// From behind the "<" at `begin`.
+/// From after the "<" at `begin`.
 void ReferenceTokenizer::ReadMarkup(std::size_t begin) {
     ReferenceMarkup markup = ReferenceMarkup::START_TAG;
     std::string word;
     if (!IsAccepted(reader.ReadMarkupOpener(&markup, &word), begin, false))
         return;
     const bool inCode = inScript || inStyle;
-    const bool isTextInCode =
-        markup == ReferenceMarkup::START_TAG || markup == ReferenceMarkup::DECLARATION || markup == ReferenceMarkup::INSTRUCTION;
+    const bool isTextInCode = markup == ReferenceMarkup::START_TAG || markup == ReferenceMarkup::DECLARATION ||
+                              markup == ReferenceMarkup::INSTRUCTION;
     if (inCode && isTextInCode) {
         textBegin = begin;
         pendingText = document.substr(begin, reader.Position() - begin);
@@ -376,7 +379,7 @@ void ReferenceTokenizer::ReadMarkup(std::size_t begin) {
     }
 }
 
-/// The constructs that never fail, from behind the opener that began at `begin`.
+/// The constructs that never fail, from after the opener that began at `begin`.
 void ReferenceTokenizer::ReadSection(std::size_t begin, ReferenceMarkup markup, const std::string& word) {
     if (markup == ReferenceMarkup::COMMENT) {
         ReferenceComment comment;
@@ -401,7 +404,7 @@ void ReferenceTokenizer::ReadSection(std::size_t begin, ReferenceMarkup markup, 
     }
 }
 
-/// Behind a failed construct: everything up to the next "<", and the markup there.
+/// After a failed construct: everything up to the next "<", and the markup there.
 void ReferenceTokenizer::ReadJunk() {
     const std::size_t begin = reader.Position();
     const std::string junk = reader.ReadUntil("<");

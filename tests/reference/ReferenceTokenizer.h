@@ -7,31 +7,49 @@
 #include <vector>
 
 /// @file
-/// A second tokenizer of the 8-bit document parser's language: the whole document at once, character by character, nothing shared with
-/// the library. Tests compare the two.
+/// A second tokenizer of the 8-bit document parser's language: the whole document at once,
+/// character by character, nothing shared with the library. Tests compare the two.
 
 namespace Kestra::Test {
 
 struct ReferenceSettings {
-    std::uint32_t charset = 1252;    ///< given to `StartParse` with 8-bit data; 65000 acts as 1252
-    bool canReadBack = true;         ///< fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again
-    bool scriptsAsText = false;      ///< the content of scripts and the like is one text
-    bool tellsLineComments = false;  ///< as an observer of the wide parser is told of them, and one of the 8-bit parser is not
+    std::uint32_t charset = 1252;  ///< given to `StartParse` with 8-bit data; 65000 acts as 1252
+    bool canReadBack =
+        true;  ///< fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again
+    bool scriptsAsText = false;  ///< the content of scripts and the like is one text
+    bool tellsLineComments =
+        false;  ///< as an observer of the wide parser is told of them, and one of the 8-bit parser is not
 };
 
-/// One stretch of the input and what became of it, in input order. Stretches touch, and cover the input from its start to the end of what
-/// became tokens: to the end of the input, or to the start of the construct that could not be read again.
+/// One stretch of the input and what became of it, in input order. Stretches touch, and cover the
+/// input from its start to the end of what became tokens: to the end of the input, or to the start
+/// of the construct that could not be read again.
 struct ReferenceStretch {
-    enum class Kind { TEXT, TAG, COMMENT, CDATA, CONDITIONAL, DECLARATION, INSTRUCTION, STRING, SCRIPT_COMMENT, REGULAR_EXPRESSION, JUNK };
+    enum class Kind {
+        TEXT,
+        TAG,
+        COMMENT,
+        CDATA,
+        CONDITIONAL,
+        DECLARATION,
+        INSTRUCTION,
+        STRING,
+        SCRIPT_COMMENT,
+        REGULAR_EXPRESSION,
+        JUNK
+    };
 
     Kind kind = Kind::TEXT;
     std::size_t begin = 0;  ///< [begin, end) in bytes; a regular expression includes its opening slash
     std::size_t end = 0;
-    std::size_t tailBegin = 0;         ///< CONDITIONAL: the first byte behind its first "]"; `end` when there is none, and for other kinds
-    bool closed = true;                ///< CONDITIONAL: the ">" was found; true for other kinds
-    bool swapsSlashAndSpace = false;   ///< INSTRUCTION: an XML declaration whose last name ended in "/", then white space, then ">"
-    bool failedScriptComment = false;  ///< JUNK that came of a script comment which failed or was open at the end of the input
-    std::string copy;                  ///< what the tokens of this stretch, written back, give when the input is one piece
+    std::size_t tailBegin =
+        0;  ///< CONDITIONAL: the first byte after its first "]"; `end` when there is none, and for other kinds
+    bool closed = true;  ///< CONDITIONAL: the ">" was found; true for other kinds
+    bool swapsSlashAndSpace =
+        false;  ///< INSTRUCTION: an XML declaration whose last name ended in "/", then white space, then ">"
+    bool failedScriptComment =
+        false;         ///< JUNK that came of a script comment which failed or was open at the end of the input
+    std::string copy;  ///< what the tokens of this stretch, written back, give when the input is one piece
 };
 
 struct ReferenceRun {
@@ -47,9 +65,10 @@ struct ReferenceRun {
 /// Tokenizes a document that arrives in one piece.
 ReferenceRun ParseByReference(std::string_view document, const ReferenceSettings& settings = {});
 
-/// What the written-back copy is when the document is fed in pieces cut at `cuts` (byte offsets in ascending order) of one positioned
-/// stream. Two things depend on cuts: of the tail of a conditional section only the part in the piece with its ">" is kept, and the junk
-/// of a failed or open script comment starts at the second character of its opener if the piece does.
+/// What the written-back copy is when the document is fed in pieces cut at `cuts` (byte offsets in
+/// ascending order) of one positioned stream. Two things depend on cuts: of the tail of a
+/// conditional section only the part in the piece with its ">" is kept, and the junk of a failed or
+/// open script comment starts at the second character of its opener if the piece does.
 /// @param run  of the same document.
 std::string CopyByReference(const ReferenceRun& run, std::string_view document, const std::vector<std::size_t>& cuts);
 

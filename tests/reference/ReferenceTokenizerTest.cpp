@@ -34,7 +34,8 @@ Lines TokensOf(const ReferenceRun& run, std::uint32_t charset) {
     return tokens;
 }
 
-/// Where the stretches of a run end, when they touch from the start of the document on and none is empty; else npos.
+/// Where the stretches of a run end, when they touch from the start of the document on and none is
+/// empty; else npos.
 std::size_t Covered(const ReferenceRun& run) {
     std::size_t end = 0;
     for (const ReferenceStretch& stretch : run.stretches) {
@@ -67,20 +68,20 @@ const Case TAGS[] = {
     {"text, a tag, text", "a<b>c", {"text(a)", "start(|b||)", "text(c)"}},
     {"values of all kinds", "<div class=a id='b' x=\"c\">", {"start(|div|{ |class|=|a}{ |id|=|'b'}{ |x|=|\"c\"}|)"}},
     {"white space around everything", "< p a = 'x' >", {"start( |p|{ |a| = |'x'}| )"}},
-    {"a slash behind white space makes a short tag", "<br />", {"short(|br|| )"}},
+    {"a slash after white space makes a short tag", "<br />", {"short(|br|| )"}},
     {"a slash at the name makes a short tag too", "<br/>", {"short(|br||)"}},
     {"only one slash is taken from the name", "<br//>", {"short(|br/||)"}},
-    {"behind the name's slash, white space leaves a start tag", "<br/ >", {"start(|br/|| )"}},
+    {"after the name's slash, white space leaves a start tag", "<br/ >", {"start(|br/|| )"}},
     {"a name that is a slash stays", "< />", {"start( |/||)"}},
     {"a name with a slash and attributes stays", "<br/ a>", {"start(|br/|{ |a}|)"}},
     {"a name with a slash and another slash", "<br/ />", {"short(|br/|| )"}},
     {"the slash of an unquoted value", "<a href=x/>", {"short(|a|{ |href|=|x}|)"}},
-    {"the slash behind a quoted value", "<a href='x'/>", {"short(|a|{ |href|=|'x'}|)"}},
+    {"the slash after a quoted value", "<a href='x'/>", {"short(|a|{ |href|=|'x'}|)"}},
     {"the slash of a bare name", "<a b/>", {"short(|a|{ |b}|)"}},
     {"a slash inside a value", "<a href=x/y>", {"start(|a|{ |href|=|x/y}|)"}},
     {"a slash that white space follows stays in the value", "<a b=x/ >", {"start(|a|{ |b|=|x/}| )"}},
     {"a value that is only a slash is malformed", "<a href=/>x", {"junk(<a href=/)", "junk(>x)"}},
-    {"a bare slash in front of white space is malformed", "<a b / >", {"junk(<a b / )", "junk(>)"}},
+    {"a bare slash before white space is malformed", "<a b / >", {"junk(<a b / )", "junk(>)"}},
     {"bare words", "<input disabled checked>", {"start(|input|{ |disabled}{ |checked}|)"}},
     {"an empty value", "<a b=>", {"start(|a|{ |b|=|}|)"}},
     {"an empty name with a value", "<a =b>", {"start(|a|{ ||=|b}|)"}},
@@ -118,7 +119,7 @@ const Case END_TAGS[] = {
     {"a slash alone", "</div />", {"end(|div| ||, slash)"}},
     {"a slash from a value", "</div a=b/>", {"end(|div| |{|a|=|b}|, slash)"}},
     {"a slash at the name", "</div/>", {"end(|div/|||)"}},
-    {"a slash in front of white space is malformed", "</div / >", {"junk(</div / )", "junk(>)"}},
+    {"a slash before white space is malformed", "</div / >", {"junk(</div / )", "junk(>)"}},
     {"a value that is only a slash is malformed", "</a b=/>", {"junk(</a b=/)", "junk(>)"}},
     {"no name", "</>", {"end(||||)"}},
 };
@@ -137,21 +138,23 @@ const Case DECLARATIONS[] = {
 };
 
 const Case INSTRUCTIONS[] = {
-    {"an XML declaration", "<?xml version=\"1.0\" encoding='a'?>", {"extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'a'}|)"}},
+    {"an XML declaration",
+     "<?xml version=\"1.0\" encoding='a'?>",
+     {"extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'a'}|)"}},
     {"its white space at the end", "<?xml version='1.0' ?>", {"extern(|xml|{ |version|=|'1.0'}| )"}},
     {"ignoring case", "<?XML-stylesheet href=a?>", {"extern(|XML-stylesheet|{ |href|=|a}|)"}},
-    {"a name behind a colon", "<?xml:a b?>", {"extern(|xml:a|{ |b}|)"}},
+    {"a name after a colon", "<?xml:a b?>", {"extern(|xml:a|{ |b}|)"}},
     {"no attributes", "<?xml ?>", {"extern(|xml|| )"}},
     {"white space in front", "<? xml a?>", {"extern( |xml|{ |a}|)"}},
     {"a slash in place of the question mark", "<?xml a/>", {"extern(|xml|{ |a}|, slash)"}},
     {"a slash alone", "<?xml a='b' />", {"extern(|xml|{ |a|=|'b'}| , slash)"}},
     {"a value keeps its slash", "<?xml a=b/?>", {"extern(|xml|{ |a|=|b/}|)"}},
     {"its attributes are not folded", "<?xml a=b c?>", {"extern(|xml|{ |a|=|b}{ |c}|)"}},
-    {"a slash in front of the question mark", "<?xml /?>", {"extern(|xml|{ |/}|)"}},
+    {"a slash before the question mark", "<?xml /?>", {"extern(|xml|{ |/}|)"}},
     {"no question mark", "<?xml a='b'>", {"junk(<?xml a='b')", "junk(>)"}},
-    {"a question mark in front of white space", "<?xml a ? >", {"junk(<?xml a ? )", "junk(>)"}},
+    {"a question mark before white space", "<?xml a ? >", {"junk(<?xml a ? )", "junk(>)"}},
     {"a value that is only a question mark", "<?xml a=?>", {"junk(<?xml a=?)", "junk(>)"}},
-    {"a slash in front of white space and a word", "<?xml a/ b?>", {"junk(<?xml a/ )", "junk(b?>)"}},
+    {"a slash before white space and a word", "<?xml a/ b?>", {"junk(<?xml a/ )", "junk(b?>)"}},
     {"a question mark at the target makes it free style", "<?xml?>", {"extern-text(<?xml?>)"}},
     {"a quoted end is none", "<?php echo '?>'; ?>", {"extern-text(<?php echo '?>'; ?>)"}},
     {"a backslash protects a quote", "<?php '\\'>' \"\\\">\" ?>", {"extern-text(<?php '\\\\'>' \"\\\\\">\" ?>)"}},
@@ -169,7 +172,7 @@ const Case SECTIONS[] = {
     {"an empty comment", "<!---->", {"comment()"}},
     {"dashes in a comment", "<!-- a -- b -->", {"comment( a -- b )"}},
     {"a dash run keeps all but its last two", "<!-- a --->", {"comment( a -)"}},
-    {"a dash run in front of more", "<!----a--->", {"comment(--a-)"}},
+    {"a dash run before more", "<!----a--->", {"comment(--a-)"}},
     {"the opener's dashes do not close", "<!-->-->", {"comment(>)"}},
     {"the opener's dashes and one more do not close", "<!--->-->", {"comment(->)"}},
     {"an open comment", "<!-- a", {"comment( a, open)"}},
@@ -216,13 +219,15 @@ const Case JUNK[] = {
 const Case CODE[] = {
     {"strings hide markup",
      "<script>if(a<b)x='</b>';</script>",
-     {"start(|script||)", "js-start", "text(if(a)", "text(<b)x=)", "s-string(</b>)", "text(;)", "end(|script|||)", "js-end"}},
+     {"start(|script||)", "js-start", "text(if(a)", "text(<b)x=)", "s-string(</b>)", "text(;)", "end(|script|||)",
+      "js-end"}},
     {"another end tag is text",
      "<script>x</p></script>",
      {"start(|script||)", "js-start", "text(x)", "text(</p>)", "end(|script|||)", "js-end"}},
     {"end tags that are text, each as written",
      "<script></ p a='b' c / </p </p/></SCRIPT >",
-     {"start(|script||)", "js-start", "junk(</ p a='b' c / )", "text(</p )", "text(</p/>)", "end(|SCRIPT| ||)", "js-end"}},
+     {"start(|script||)", "js-start", "junk(</ p a='b' c / )", "text(</p )", "text(</p/>)", "end(|SCRIPT| ||)",
+      "js-end"}},
     {"an end tag with attributes is text",
      "<style></p a=\"b\" c ></style x>",
      {"start(|style||)", "css-start", "text(</p a=\"b\" c >)", "end(|style| |{|x}|)", "css-end"}},
@@ -241,9 +246,13 @@ const Case CODE[] = {
     {"an expression is text, and its closing slash opens another",
      "<script>x=/ab+/g;\n",
      {"start(|script||)", "js-start", "text(x=)", "text(/ab+)", "text(/g;)", "text(\\n)"}},
-    {"a backslash protects a slash", "<script>/\\/\\\\/", {"start(|script||)", "js-start", "text(/\\\\/\\\\\\\\)", "text(/)"}},
+    {"a backslash protects a slash",
+     "<script>/\\/\\\\/",
+     {"start(|script||)", "js-start", "text(/\\\\/\\\\\\\\)", "text(/)"}},
     {"an opener ends an expression", "<script>/a<b/", {"start(|script||)", "js-start", "text(/a)", "text(<b/)"}},
-    {"an escaped opener ends an expression too", "<script>/\\<", {"start(|script||)", "js-start", "text(/\\\\)", "junk(<)"}},
+    {"an escaped opener ends an expression too",
+     "<script>/\\<",
+     {"start(|script||)", "js-start", "text(/\\\\)", "junk(<)"}},
     {"a line end ends an expression",
      "<script>/a\n/b\rc",
      {"start(|script||)", "js-start", "text(/a)", "text(\\n)", "text(/b)", "text(\\rc)"}},
@@ -255,24 +264,36 @@ const Case CODE[] = {
     {"strings with escapes",
      "<script>'it\\'s' \"\\\\\"\"\\\"\"",
      {"start(|script||)", "js-start", "s-string(it\\\\'s)", "text( )", "d-string(\\\\\\\\)", "d-string(\\\\\")"}},
-    {"strings in a style", "<style>'<' \"</style>\"", {"start(|style||)", "css-start", "s-string(<)", "text( )", "d-string(</style>)"}},
+    {"strings in a style",
+     "<style>'<' \"</style>\"",
+     {"start(|style||)", "css-start", "s-string(<)", "text( )", "d-string(</style>)"}},
     {"quotes outside are text", "'a' \"b\" /*c*/ //d", {"text('a' \"b\" /*c*/ //d)"}},
-    {"an open string is junk", "<script>a'b</script>", {"start(|script||)", "js-start", "text(a)", "junk('b</script>)"}},
+    {"an open string is junk",
+     "<script>a'b</script>",
+     {"start(|script||)", "js-start", "text(a)", "junk('b</script>)"}},
     {"a block comment", "<script>/* a */b", {"start(|script||)", "js-start", "c-comment( a )", "text(b)"}},
     {"a star run keeps all but its last", "<script>/* a **/", {"start(|script||)", "js-start", "c-comment( a *)"}},
     {"the opener's star does not close", "<script>/*/*/", {"start(|script||)", "js-start", "c-comment(/)"}},
-    {"nothing interrupts a block comment", "<script>/* a\n<!-- b */", {"start(|script||)", "js-start", "c-comment( a\\n<!-- b )"}},
+    {"nothing interrupts a block comment",
+     "<script>/* a\n<!-- b */",
+     {"start(|script||)", "js-start", "c-comment( a\\n<!-- b )"}},
     {"an open block comment is junk", "<script>x/* a *", {"start(|script||)", "js-start", "text(x)", "junk(/* a *)"}},
     {"a line comment is not delivered", "<script>x// a\ny", {"start(|script||)", "js-start", "text(x)", "text(\\ny)"}},
     {"a line comment keeps a carriage return", "<script>// a\r\n", {"start(|script||)", "js-start", "text(\\n)"}},
-    {"tags do not end a line comment", "<script>// a </script> <b <!c <?d\n", {"start(|script||)", "js-start", "text(\\n)"}},
+    {"tags do not end a line comment",
+     "<script>// a </script> <b <!c <?d\n",
+     {"start(|script||)", "js-start", "text(\\n)"}},
     {"an open line comment is junk", "<script>// a", {"start(|script||)", "js-start", "junk(// a)"}},
     {"a line comment that ends in an opener is junk", "<script>//<", {"start(|script||)", "js-start", "junk(//<)"}},
     {"a comment takes over from a line comment",
      "<script>// a <!-- b\n-->c",
      {"start(|script||)", "js-start", "comment( b\\n)", "text(c)"}},
-    {"a section takes over", "<script>// a <![CDATA[b]]>c", {"start(|script||)", "js-start", "cdata(CDATA|[b)", "text(c)"}},
-    {"a condition takes over", "<script>//<![if b]>c", {"start(|script||)", "js-start", "conditional(if| b|)", "text(c)"}},
+    {"a section takes over",
+     "<script>// a <![CDATA[b]]>c",
+     {"start(|script||)", "js-start", "cdata(CDATA|[b)", "text(c)"}},
+    {"a condition takes over",
+     "<script>//<![if b]>c",
+     {"start(|script||)", "js-start", "conditional(if| b|)", "text(c)"}},
     {"an open comment takes over", "<script>//<!--", {"start(|script||)", "js-start", "comment(, open)"}},
     {"a malformed comment opener fails the line comment",
      "<script>a// b <!-x\n<b",
@@ -280,7 +301,7 @@ const Case CODE[] = {
     {"a malformed section opener fails the line comment",
      "<script>//<![a[</script>",
      {"start(|script||)", "js-start", "junk(//<![a)", "junk([)", "end(|script|||)", "js-end"}},
-    {"code behind junk is junk up to the next opener",
+    {"code after junk is junk up to the next opener",
      "<script><!-'</p>'</script>'",
      {"start(|script||)", "js-start", "junk(<!-)", "junk(')", "text(</p>)", "s-string(</script>)"}},
 };
@@ -315,12 +336,13 @@ TEST(ReferenceTokenizerTest, Code) {
 
 TEST(ReferenceTokenizerTest, CommentsAndSections) {
     CheckAll(SECTIONS);
-    CheckTokens({"the tail of an open condition is lost", "<![if a]b", {"conditional(if| a|, open)"}}, 1252, "<![if a]");
+    CheckTokens({"the tail of an open condition is lost", "<![if a]b", {"conditional(if| a|, open)"}}, 1252,
+                "<![if a]");
 }
 
-TEST(ReferenceTokenizerTest, WhiteSpaceBehindASlashIsWrittenInFrontOfIt) {
-    CheckTokens({"behind a name", "<?xml a/ >", {"extern(|xml|{ |a}| , slash)"}}, 1252, "<?xml a />");
-    CheckTokens({"behind a slash alone", "<?xml a\t/ >", {"extern(|xml|{ |a}|\\t , slash)"}}, 1252, "<?xml a\t />");
+TEST(ReferenceTokenizerTest, WhiteSpaceAfterASlashIsWrittenBeforeIt) {
+    CheckTokens({"after a name", "<?xml a/ >", {"extern(|xml|{ |a}| , slash)"}}, 1252, "<?xml a />");
+    CheckTokens({"after a slash alone", "<?xml a\t/ >", {"extern(|xml|{ |a}|\\t , slash)"}}, 1252, "<?xml a\t />");
 }
 
 const Case ESCAPES[] = {
@@ -328,28 +350,36 @@ const Case ESCAPES[] = {
     {"the shorter opener wins", "\x1B$(C<\x1B(J<d>", {"text(\\x1B$(C<\\x1B(J)", "start(|d||)"}},
     {"a later opener belongs to the run", "\x1B$A<\x1B$B<\x1B.A<d>", {"text(\\x1B$A<\\x1B$B<\\x1B.A)", "start(|d||)"}},
     {"what opens no run is text", "\x1Bx<d>", {"text(\\x1Bx)", "start(|d||)"}},
-    {"the character behind is swallowed", "\x1B<d>", {"text(\\x1B<d>)"}},
+    {"the character after is swallowed", "\x1B<d>", {"text(\\x1B<d>)"}},
     {"an escape cut off", "\x1B$", {"text(\\x1B$)"}},
     {"a closer cut off", "\x1B$B<\x1B(", {"text(\\x1B$B<\\x1B()"}},
     {"an escape alone", "\x1B", {"text(\\x1B)"}},
-    {"an escape behind an escape opens nothing", "\x1B\x1B$B<d>", {"text(\\x1B\\x1B$B)", "start(|d||)"}},
+    {"an escape after an escape opens nothing", "\x1B\x1B$B<d>", {"text(\\x1B\\x1B$B)", "start(|d||)"}},
     {"a run in a double-quoted value", "<p a=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"none in a single-quoted value", "<p a='\x1B$B'>", {"start(|p|{ |a|=|'\\x1B$B'}|)"}},
-    {"none in the value behind an unquoted one", "<p a=x b=\"\x1B$B\">", {"start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
-    {"one in the value behind a quoted one", "<p a='x' b=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|'x'}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
-    {"one behind an empty unquoted value", "<p a=<b=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|}{|<b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
-    {"one behind an unquoted value and a bare word",
+    {"none in the value after an unquoted one", "<p a=x b=\"\x1B$B\">", {"start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
+    {"one in the value after a quoted one",
+     "<p a='x' b=\"\x1B$B\">\x1B(B\">",
+     {"start(|p|{ |a|=|'x'}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+    {"one after an empty unquoted value",
+     "<p a=<b=\"\x1B$B\">\x1B(B\">",
+     {"start(|p|{ |a|=|}{|<b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+    {"one after an unquoted value and a bare word",
      "<p a=x c b=\"\x1B$B\">\x1B(B\">",
      {"start(|p|{ |a|=|x c}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
-    {"end tags read it behind unquoted values", "</p a=x b=\"\x1B$B\">\x1B(B\">", {"end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+    {"end tags read it after unquoted values",
+     "</p a=x b=\"\x1B$B\">\x1B(B\">",
+     {"end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"one in a declaration", "<!A \"\x1B$B\">\x1B(B\">", {"entity(|A|{ |\"\\x1B$B\">\\x1B(B\"}|)"}},
     {"one in an XML declaration", "<?xml a=\"\x1B$B\">\x1B(B\"?>", {"extern(|xml|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
-    {"none behind an unquoted value of one", "<?xml a=x b=\"\x1B$B\"?>", {"extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
+    {"none after an unquoted value of one", "<?xml a=x b=\"\x1B$B\"?>", {"extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
     {"one in a free-style string", "<?a \"\x1B$B\">\x1B(B\"?>", {"extern-text(<?a \"\\x1B$B\">\\x1B(B\"?>)"}},
     {"one in a script string",
      "<script>\"\x1B$B\"\x1B(B\"'\x1B$B'",
      {"start(|script||)", "js-start", "d-string(\\x1B$B\"\\x1B(B)", "s-string(\\x1B$B)"}},
-    {"a backslash makes it ordinary", "<script>\"\\\x1B$B\"", {"start(|script||)", "js-start", "d-string(\\\\\\x1B$B)"}},
+    {"a backslash makes it ordinary",
+     "<script>\"\\\x1B$B\"",
+     {"start(|script||)", "js-start", "d-string(\\\\\\x1B$B)"}},
     {"an open run in a string is junk", "<p a=\"\x1B$B\">", {"junk(<p a=\"\\x1B$B\">)"}},
 };
 
@@ -369,13 +399,17 @@ TEST(ReferenceTokenizerTest, CharsetsOfMetaTags) {
         Lines charsets;
     } rows[] = {
         {"a charset attribute", "<meta charset=utf-8>", {"charset(65001)"}},
-        {"a content attribute", "<meta http-equiv='Content-Type' content='text/html; charset=koi8-r'>", {"charset(20866)"}},
+        {"a content attribute",
+         "<meta http-equiv='Content-Type' content='text/html; charset=koi8-r'>",
+         {"charset(20866)"}},
         {"content without http-equiv, any case", "<META CONTENT='CHARSET = UTF-8 '/>", {"charset(65001)"}},
         {"a short tag", "<meta charset='utf-8'/>", {"charset(65001)"}},
         {"an unknown name", "<meta content='charset = x-unknown'>", {}},
         {"16-bit text", "<meta charset=utf-16>", {}},
         {"7-bit Unicode is taken as it is", "<meta charset=utf-7>", {"charset(65000)"}},
-        {"the first known one counts", "<meta charset=x-none><meta charset=utf-8><meta charset=koi8-r>", {"charset(65001)"}},
+        {"the first known one counts",
+         "<meta charset=x-none><meta charset=utf-8><meta charset=koi8-r>",
+         {"charset(65001)"}},
         {"the charset attribute wins", "<meta content='charset=koi8-r' charset=utf-8>", {"charset(65001)"}},
         {"an unknown charset attribute wins as well", "<meta content='charset=koi8-r' charset=x-none>", {}},
         {"an empty one does not", "<meta content='charset=koi8-r' charset=''>", {"charset(20866)"}},
@@ -410,9 +444,10 @@ TEST(ReferenceTokenizerTest, CharsetsOfMetaTags) {
     }
 }
 
-TEST(ReferenceTokenizerTest, TheNoticeComesBehindItsTagAndAppliesFromThereOn) {
-    const Lines expected = {"start-parsing",  "charset(0)",       "text(\\x1B$B)", "start(|meta|{ |charset|=|iso-2022-jp}|)",
-                            "charset(50221)", "text(\\x1B$B<b>)", "end-parsing"};
+TEST(ReferenceTokenizerTest, TheNoticeComesAfterItsTagAndAppliesFromThereOn) {
+    const Lines expected = {
+        "start-parsing",  "charset(0)",       "text(\\x1B$B)", "start(|meta|{ |charset|=|iso-2022-jp}|)",
+        "charset(50221)", "text(\\x1B$B<b>)", "end-parsing"};
     EXPECT_EQ(ParseByReference("\x1B$B<meta charset=iso-2022-jp>\x1B$B<b>", {.charset = 0}).trace, expected);
 }
 
@@ -453,7 +488,7 @@ TEST(ReferenceTokenizerTest, NothingCanBeReadBack) {
         std::size_t covered;
     } rows[] = {
         {"an open tag", "a<b", {"text(a)"}, 0, 16, 4, 1},
-        {"a malformed opener stops in front of the character", "a<!-x<b>", {"text(a)"}, 11, 16, 5, 1},
+        {"a malformed opener stops before the character", "a<!-x<b>", {"text(a)"}, 11, 16, 5, 1},
         {"a malformed declaration", "<!A b<c>", {}, 11, 16, 6, 0},
         {"a malformed attribute", "<a b / >", {}, 11, 16, 8, 0},
         {"a malformed line comment", "<script>//<!-a", {"start(|script||)", "js-start"}, 11, 16, 14, 8},
@@ -546,10 +581,10 @@ TEST(ReferenceTokenizerTest, WhatCutsLose) {
         std::string_view copy;
     } rows[] = {
         {"no cut", "<![if a]bcd>e", {}, "<![if a]bcd>e"},
-        {"the part of a tail in front of the cut", "<![if a]bcd>e", {10}, "<![if a]d>e"},
-        {"the last cut in front of the end counts", "<![if a]bcd>e", {9, 10, 12}, "<![if a]d>e"},
+        {"the part of a tail before the cut", "<![if a]bcd>e", {10}, "<![if a]d>e"},
+        {"the last cut before the end counts", "<![if a]bcd>e", {9, 10, 12}, "<![if a]d>e"},
         {"all of it when the end begins its piece", "<![if a]bcd>e", {11}, "<![if a]>e"},
-        {"nothing when the cut is in front of the tail", "<![if a]bcd>e", {3, 8}, "<![if a]bcd>e"},
+        {"nothing when the cut is before the tail", "<![if a]bcd>e", {3, 8}, "<![if a]bcd>e"},
         {"an open tail is lost with and without cuts", "<![if a]bcd", {9}, "<![if a]"},
         {"a comment keeps a cut opener", "<style>/*a*/", {8}, "<style>/*a*/"},
         {"an open one loses the first character", "<style>/*a", {8}, "<style>*a"},

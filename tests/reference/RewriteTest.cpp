@@ -43,10 +43,14 @@ constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>", "<p a=b", "<
 
 /// Before those that are cut: the middle of every construct as well.
 constexpr std::string_view CUT_CONTEXTS[] = {
-    "",           "<script>",   "<style>",    "<p a",        "<p a=b",    "<p b='c",     "</p",        "</p a/",
-    "<?xml a",    "<?xml a/",   "<?xml b/c",  "<?xml b='c'", "<?p",       "<!D",         "<!--",       "<![",
-    "<![CDATA",   "<![CDATA[x", "<![if",      "<![if x]y",   "<![endif]", "<script>/",   "<script>//", "<script>//<!",
-    "<script>/*", "<script>'",  "<script>/x", "<style>/*",   "<style>\"", "<script></p", "<title>",    "<script><!--<script",
+    "",           "<script>",    "<style>",    "<p a",
+    "<p a=b",     "<p b='c",     "</p",        "</p a/",
+    "<?xml a",    "<?xml a/",    "<?xml b/c",  "<?xml b='c'",
+    "<?p",        "<!D",         "<!--",       "<![",
+    "<![CDATA",   "<![CDATA[x",  "<![if",      "<![if x]y",
+    "<![endif]",  "<script>/",   "<script>//", "<script>//<!",
+    "<script>/*", "<script>'",   "<script>/x", "<style>/*",
+    "<style>\"",  "<script></p", "<title>",    "<script><!--<script",
 };
 
 class CollectingHandler final : public HTML::ParserObserverOutputHandler {
@@ -75,8 +79,9 @@ struct Reading {
 };
 
 std::string DescribeReading(const Reading& reading) {
-    return "listener " + std::to_string(static_cast<int>(reading.listener)) + ", input " + std::to_string(static_cast<int>(reading.input)) +
-           ", feeding " + std::to_string(static_cast<int>(reading.feeding)) + (reading.checksItself ? ", self-check" : "") +
+    return "listener " + std::to_string(static_cast<int>(reading.listener)) + ", input " +
+           std::to_string(static_cast<int>(reading.input)) + ", feeding " +
+           std::to_string(static_cast<int>(reading.feeding)) + (reading.checksItself ? ", self-check" : "") +
            (reading.scriptsAsText ? ", scripts as text" : "");
 }
 
@@ -160,7 +165,8 @@ private:
 /// A rewriter with its listener, for one document after the other.
 class CopyingRewriter {
 public:
-    explicit CopyingRewriter(Listener listener) : rewriter(&output), listening(&rewriter, listener), narrow(&listening), wide(&listening) {
+    explicit CopyingRewriter(Listener listener)
+        : rewriter(&output), listening(&rewriter, listener), narrow(&listening), wide(&listening) {
         if (listener == Listener::NARROW || listener == Listener::THROWING || listener == Listener::STOPPING)
             rewriter.SetObserver(&narrow);
         else if (listener == Listener::WIDE)
@@ -258,8 +264,8 @@ bool Check(CopyChecker* checker, std::string_view document, const Reading& readi
     if (fault.empty())
         return true;
     const bool isAlways = !CopyChecker().Fault(document, reading, cuts, seen).empty();
-    ADD_FAILURE() << (isAlways ? "" : "only after other documents: ") << Trace::Escape(document) << "\ncut at " << Describe(cuts) << ", "
-                  << DescribeReading(reading) << "\n"
+    ADD_FAILURE() << (isAlways ? "" : "only after other documents: ") << Trace::Escape(document) << "\ncut at "
+                  << Describe(cuts) << ", " << DescribeReading(reading) << "\n"
                   << fault;
     return false;
 }
@@ -313,7 +319,8 @@ TEST_P(CopyTest, RandomDocuments) {
             Reading reading = MakeReading(seed / SHARDS * 2 * STEP + i * STEP);
             reading.charset = made.charset;
             const std::string bytes = InputBytes(made.bytes, reading.input);
-            ASSERT_TRUE(Check(&checker, bytes, reading, i == 0 ? Cuts() : CutsOfShortReads(bytes.size(), &dice), &seen));
+            ASSERT_TRUE(
+                Check(&checker, bytes, reading, i == 0 ? Cuts() : CutsOfShortReads(bytes.size(), &dice), &seen));
         }
     }
     EXPECT_GT(seen.tokens, 10000U);
@@ -355,7 +362,8 @@ TEST_P(EnumeratedCopyTest, WholeAndByteByByte) {
         ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
             for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
                 const std::string bytes = InputBytes(document, reading.input);
-                if (!Check(&checker, bytes, reading, {}, &seen) || !Check(&checker, bytes, reading, CutsEvery(1, bytes.size()), &seen))
+                if (!Check(&checker, bytes, reading, {}, &seen) ||
+                    !Check(&checker, bytes, reading, CutsEvery(1, bytes.size()), &seen))
                     return false;
             }
             return true;
@@ -375,8 +383,9 @@ TEST_P(EnumeratedCopyTest, CutInEveryWay) {
             for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
                 const std::string bytes = InputBytes(document, reading.input);
                 const std::size_t tail = bytes.size() - InputBytes(context, reading.input).size();
-                ForEverySplitOfTheTail(bytes.size(), tail,
-                                       [&](const Cuts& cuts) { return isGood = isGood && Check(&checker, bytes, reading, cuts, &seen); });
+                ForEverySplitOfTheTail(bytes.size(), tail, [&](const Cuts& cuts) {
+                    return isGood = isGood && Check(&checker, bytes, reading, cuts, &seen);
+                });
             }
             return isGood;
         });
@@ -384,7 +393,8 @@ TEST_P(EnumeratedCopyTest, CutInEveryWay) {
     EXPECT_GT(seen.tokens, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedCopyTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedCopyTest,
+                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
 
 TEST(PageCopyTest, ExamplePages) {
     CopyChecker checker;
@@ -401,7 +411,8 @@ TEST(PageCopyTest, ExamplePages) {
     EXPECT_GT(seen.tokens, 1000U);
 }
 
-// ------------------------------------------------------------------------------------------------------------------ edits
+// -------------------------------------------------------------------------------------------------
+// edits
 
 /// Does the edits of a document when their tokens come.
 class Editing {
@@ -486,13 +497,15 @@ TEST_P(EditTest, RandomEdits) {
         else
             rewriter.OnContent("", [&](HTML::RewriterToken token) { editing.DoEdits(token); });
         rewriter.OnElement("*", [&](HTML::RewriterElement element) { editing.DoEdits(element); });
-        rewriter.StartParse(StringNS::CharSet::ISO_8859_1, isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+        rewriter.StartParse(StringNS::CharSet::ISO_8859_1,
+                            isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
         for (const auto& [begin, end] : PiecesOf(dice.OneIn(2) ? cuts : Cuts(), bytes.size())) {
             const HeapPiece<char> piece(std::string_view(bytes).substr(begin, end - begin));
             ASSERT_EQ(rewriter.ParseBuffer(piece.Data(), piece.Size()), 0U);
         }
         ASSERT_EQ(rewriter.EndParse(), 0U);
-        ASSERT_EQ(output.bytes, isWide ? ToUtf16LE(spliced) : spliced) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
+        ASSERT_EQ(output.bytes, isWide ? ToUtf16LE(spliced) : spliced) << "seed " << seed << "\n"
+                                                                       << Trace::Escape(document.bytes);
         ASSERT_EQ(editing.next, document.edits.size()) << "seed " << seed;
         ASSERT_EQ(editing.wrongAnswers, 0U) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
     }

@@ -27,17 +27,17 @@ using StringNS::CharSet;
 constexpr std::uint64_t DOCUMENTS = 50000;
 constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 16000;
 constexpr std::uint64_t SHARDS = 16;
-constexpr std::size_t CUT_LENGTH = 3;                                // of the enumerated strings that are cut in every way
+constexpr std::size_t CUT_LENGTH = 3;  // of the enumerated strings that are cut in every way
 constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 constexpr std::uint32_t CHECK_FAILED = HTML::PARSER_SELF_CHECK_FAILED;
 
-/// In front of the enumerated strings.
+/// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
 
-/// In front of those that are cut: what is written back differently, too.
-constexpr std::string_view CUT_CONTEXTS[] = {"",          "<script>", "<style>",    "<![if",    "<![if x]y", "<![endif]",    "<?xml a/",
-                                             "<?xml b/c", "<!--",     "<![CDATA[x", "<![CDATA", "<script>/", "<script>//<!", "<script>/*",
-                                             "<style>/*", "</p a/",   "<p a=b"};
+/// Before those that are cut: what is written back differently, too.
+constexpr std::string_view CUT_CONTEXTS[] = {
+    "",           "<script>", "<style>",   "<![if",        "<![if x]y",  "<![endif]", "<?xml a/", "<?xml b/c", "<!--",
+    "<![CDATA[x", "<![CDATA", "<script>/", "<script>//<!", "<script>/*", "<style>/*", "</p a/",   "<p a=b"};
 
 /// The bytes of the marks that begin a document whose kind is not given.
 constexpr std::string_view UTF8_MARK = "\xEF\xBB\xBF";
@@ -51,7 +51,7 @@ bool Check(SelfCheckingParser* parser, std::string_view document, const Referenc
         return true;
     const auto fails = [&](std::string_view candidate) { return !Fault(candidate, reading).empty(); };
     if (!fails(document)) {
-        ADD_FAILURE() << "only behind other documents: " << fault;
+        ADD_FAILURE() << "only after other documents: " << fault;
         return false;
     }
     const std::string shortest = Shorten(std::string(document), fails);
@@ -186,7 +186,8 @@ TEST_P(EnumeratedRoundTripTest, EverySplit) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedRoundTripTest, testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedRoundTripTest,
+                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
 
 // Documents whose kind is found out by a mark
 
@@ -195,7 +196,8 @@ struct Beginning {
     enum class Kind { NOTHING_RUNS, EIGHT_BIT, UTF8, UTF16 };
 
     Kind kind = Kind::NOTHING_RUNS;
-    std::size_t content = 0;  ///< where the text begins: behind the mark, or behind the pieces that held only a possible mark
+    std::size_t content =
+        0;  ///< where the text begins: after the mark, or after the pieces that held only a possible mark
 };
 
 Beginning BeginningOf(std::string_view document, const Cuts& cuts) {
@@ -214,7 +216,7 @@ Beginning BeginningOf(std::string_view document, const Cuts& cuts) {
     return {Beginning::Kind::NOTHING_RUNS, document.size()};
 }
 
-/// The cuts behind `begin`, counted from there.
+/// The cuts after `begin`, counted from there.
 Cuts CutsFrom(const Cuts& cuts, std::size_t begin, std::size_t unit) {
     Cuts later;
     for (const std::size_t cut : cuts) {
@@ -224,8 +226,8 @@ Cuts CutsFrom(const Cuts& cuts, std::size_t begin, std::size_t unit) {
     return later;
 }
 
-/// @param cuts  in bytes, as the document is read; even behind a mark of UTF-16
-/// @param latin1  the text behind a mark of UTF-16, in 8 bits
+/// @param cuts  in bytes, as the document is read; even after a mark of UTF-16
+/// @param latin1  the text after a mark of UTF-16, in 8 bits
 CopyOutcome ExpectMarked(std::string_view document, const Cuts& cuts, std::string_view latin1) {
     const Beginning beginning = BeginningOf(document, cuts);
     const std::string_view text = document.substr(beginning.content);
@@ -279,7 +281,7 @@ TEST_P(ReferenceRoundTripTest, DocumentsThatMayBeginWithAMark) {
         if (dice.OneIn(2))
             even.insert(even.begin(), 1);
         even.erase(std::unique(even.begin(), even.end()), even.end());
-        // The mark cut in two is an odd piece and another one; behind it the pieces are even.
+        // The mark cut in two is an odd piece and another one; after it the pieces are even.
         CheckMarked(&parser, document, CutsAsRead(even, document.size(), GenericParser::BUFFER_SIZE), latin1);
         return !HasFatalFailure();
     });
@@ -303,7 +305,8 @@ TEST(ReferenceMarkTest, EveryBeginningAndSplit) {
                 const Beginning beginning = BeginningOf(document, cuts);
                 CopyOutcome expected;
                 if (beginning.kind == Beginning::Kind::UTF16) {
-                    // Two bytes of this set are no "<" of UTF-16, so every whole character is text. A piece with half of one is refused.
+                    // Two bytes of this set are no "<" of UTF-16, so every whole character is text.
+                    // A piece with half of one is refused.
                     expected.copy = document;
                     for (const auto& [begin, end] : PiecesOf(cuts, length)) {
                         if (end > beginning.content && (end - std::max(begin, beginning.content)) % 2 != 0) {
@@ -316,10 +319,12 @@ TEST(ReferenceMarkTest, EveryBeginningAndSplit) {
                 } else {
                     expected = ExpectMarked(document, cuts, "");
                 }
-                const CopyOutcome& actual = parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
-                EXPECT_TRUE(actual == expected) << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe library:\n"
-                                                << Show(actual) << "expected:\n"
-                                                << Show(expected);
+                const CopyOutcome& actual =
+                    parser.Parse(document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, cuts);
+                EXPECT_TRUE(actual == expected)
+                    << Trace::Escape(document) << "\ncut at " << Describe(cuts) << "\nthe library:\n"
+                    << Show(actual) << "expected:\n"
+                    << Show(expected);
                 return actual == expected;
             });
             ASSERT_FALSE(HasFailure());
@@ -346,11 +351,12 @@ TEST(ReferenceMarkTest, WhatEndsAPieceAndIsNoMarkIsGone) {
         {"uncut, nothing is gone", "\xEF\xBB<p>", {}, "\xEF\xBB<p>"},
         {"half a mark of UTF-16", "\xFFx", {1}, "x"},
         {"a mark in pieces is one", "\xEF\xBB\xBFx", {1, 2}, "\xEF\xBB\xBFx"},
-        {"junk behind lost bytes is read from the right place", "\xEF<p a=/><q>", {1}, "<p a=/><q>"},
+        {"junk after lost bytes is read from the right place", "\xEF<p a=/><q>", {1}, "<p a=/><q>"},
     };
     SelfCheckingParser parser;
     for (const MarkRow& row : rows) {
-        const CopyOutcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, row.cuts);
+        const CopyOutcome& actual =
+            parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_AUTO, row.cuts);
         EXPECT_EQ(Show(actual), Show(CopyOutcome{0, 0, std::string(row.copy)})) << row.note;
         EXPECT_EQ(Show(ExpectMarked(row.document, row.cuts, "")), Show(actual)) << row.note;
     }
@@ -370,7 +376,7 @@ TEST(RoundTripRuleTest, TheExceptions) {
         {"a tail loses what lies in an earlier piece", "<![if x]abc>d", {10}, "<![if x]c>d"},
         {"also when only its end is left", "<![if x]abc>d", {11}, "<![if x]>d"},
         {"an open tail is lost", "<![if x]abc", {}, "<![if x]"},
-        {"a slash before white space comes back behind it", "<?xml a/ >", {}, "<?xml a />"},
+        {"a slash before white space comes back after it", "<?xml a/ >", {}, "<?xml a />"},
         {"a failed line comment whose opener is cut loses its slash", "<script>//<!-x", {9}, "<script>/<!-x"},
         {"an open block comment too", "<script>/*x", {9}, "<script>*x"},
         {"uncut it is kept", "<script>/*x", {}, "<script>/*x"},
@@ -380,8 +386,11 @@ TEST(RoundTripRuleTest, TheExceptions) {
     for (const ExceptionRow& row : rows) {
         Reading reading;
         reading.cutsFor = [&](std::size_t) { return row.cuts; };
-        const CopyOutcome& actual = parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, row.cuts);
-        EXPECT_EQ(Show(actual), Show(CopyOutcome{0, row.copy == row.document ? 0 : CHECK_FAILED, std::string(row.copy)})) << row.note;
+        const CopyOutcome& actual =
+            parser.Parse(row.document, CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT, row.cuts);
+        EXPECT_EQ(Show(actual),
+                  Show(CopyOutcome{0, row.copy == row.document ? 0 : CHECK_FAILED, std::string(row.copy)}))
+            << row.note;
         EXPECT_EQ(Expect(row.document, reading, row.cuts).isException, row.copy != row.document) << row.note;
     }
 }
@@ -411,7 +420,8 @@ TEST(RoundTripRuleTest, TheBodiesOfTheWideFlavour) {
         std::string copy = Widened(row.document);
         if (!row.body.empty())
             copy.replace(copy.rfind(Widened(row.body)), row.body.size() * 2, WidenedBody(row.body));
-        const CopyOutcome& actual = parser.Parse(Widened(row.document), CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_UTF16, {});
+        const CopyOutcome& actual =
+            parser.Parse(Widened(row.document), CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_UTF16, {});
         EXPECT_EQ(Show(actual), Show(CopyOutcome{0, row.body.empty() ? 0 : CHECK_FAILED, copy})) << row.note;
         Reading reading;
         reading.wide = true;
@@ -445,7 +455,8 @@ TEST(RoundTripRuleTest, TheDocumentsHoldEveryException) {
     DocumentMaker maker(&Pages());
     for (std::uint64_t seed = 0; seed < 6000; ++seed) {
         const MadeDocument made = maker.Make(seed);
-        const Cuts cuts = CutsAsRead(ShortReads(seed)(made.bytes.size()), made.bytes.size(), GenericParser::BUFFER_SIZE);
+        const Cuts cuts =
+            CutsAsRead(ShortReads(seed)(made.bytes.size()), made.bytes.size(), GenericParser::BUFFER_SIZE);
         bool body = false;
         ReferenceSettings settings;
         settings.charset = made.charset;

@@ -32,8 +32,8 @@ private:
     std::size_t next = 0;
 };
 
-/// Of the tail of a conditional section only the part in the piece with its ">" is kept, and a failed script comment whose opener is
-/// cut in two becomes junk without the first half.
+/// Of the tail of a conditional section only the part in the piece with its ">" is kept, and a
+/// failed script comment whose opener is cut in two becomes junk without the first half.
 void CutTrace(const ReferenceRun& run, std::string_view document, const Cuts& cuts, std::vector<std::string>* trace) {
     LinesOfKind lines(trace);
     for (const ReferenceStretch& stretch : run.stretches) {
@@ -43,7 +43,8 @@ void CutTrace(const ReferenceRun& run, std::string_view document, const Cuts& cu
                 continue;
             const std::size_t tailEnd = stretch.end - 1;
             const std::size_t kept = std::max(stretch.tailBegin, PieceBegin(cuts, tailEnd));
-            line.resize(line.size() - Trace::Escape(document.substr(stretch.tailBegin, tailEnd - stretch.tailBegin)).size() - 1);
+            line.resize(line.size() -
+                        Trace::Escape(document.substr(stretch.tailBegin, tailEnd - stretch.tailBegin)).size() - 1);
             line += Trace::Escape(document.substr(kept, tailEnd - kept)) + ")";
         } else if (stretch.kind == ReferenceStretch::Kind::JUNK) {
             std::string& line = lines.Next("junk(");
@@ -77,14 +78,15 @@ std::string Unescape(std::string_view escaped) {
     return text;
 }
 
-/// The line that the wide parser traces. Its charset is that of UTF-16; its junk is bytes, two for each character; other text has wide
-/// escapes from U+0080 up.
+/// The line that the wide parser traces. Its charset is that of UTF-16; its junk is bytes, two for
+/// each character; other text has wide escapes from U+0080 up.
 std::string WideLine(const std::string& line) {
     constexpr std::string_view JUNK = "junk(";
     if (line.starts_with("charset("))
         return Trace::FormatCharset(CharSet::UTF16_LE);
     if (line.starts_with(JUNK))
-        return std::string(JUNK) + Trace::Escape(Widened(Unescape(line.substr(JUNK.size(), line.size() - JUNK.size() - 1)))) + ")";
+        return std::string(JUNK) +
+               Trace::Escape(Widened(Unescape(line.substr(JUNK.size(), line.size() - JUNK.size() - 1)))) + ")";
     std::string wide;
     for (std::size_t i = 0; i < line.size(); ++i) {
         wide += line[i];
@@ -105,18 +107,20 @@ std::string Show(const TokenOutcome& outcome) {
     std::string shown;
     for (const std::string& line : outcome.trace)
         shown += "  " + line + "\n";
-    return shown + "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) + ", line " +
-           std::to_string(outcome.line) + ", column " + std::to_string(outcome.column) + "\n";
+    return shown + "  results " + std::to_string(outcome.parseResult) + " and " + std::to_string(outcome.endResult) +
+           ", line " + std::to_string(outcome.line) + ", column " + std::to_string(outcome.column) + "\n";
 }
 
-TracingParser::TracingParser(bool wideFlavour) : wide(wideFlavour), observer(&outcome.trace), wideObserver(&outcome.trace) {
+TracingParser::TracingParser(bool wideFlavour)
+    : wide(wideFlavour), observer(&outcome.trace), wideObserver(&outcome.trace) {
     if (wide)
         parser.SetObserver(&wideObserver, false);
     else
         parser.SetObserver(&observer, false);
 }
 
-const TokenOutcome& TracingParser::Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts, bool scriptsAsText) {
+const TokenOutcome& TracingParser::Parse(std::string_view document, CharSet::Code charset, Fed fed, const Cuts& cuts,
+                                         bool scriptsAsText) {
     const SilentDetector noDetection;
     const std::string widened = wide ? Widened(document) : "";
     const std::string_view bytes = wide ? widened : document;
@@ -185,8 +189,8 @@ std::string Difference(std::string_view document, const Feeding& feeding) {
         return "";
     return Trace::Escape(document) + "\n" + (feeding.fed == Fed::STREAM ? "read from a stream" : "fed by buffers") +
            (feeding.wide ? " in UTF-16" : "") + (feeding.scriptsAsText ? ", scripts as text" : "") + ", charset " +
-           std::to_string(feeding.charset) + ", cut at " + Describe(cuts) + "\nthe library:\n" + Show(actual) + "the reference:\n" +
-           Show(expected);
+           std::to_string(feeding.charset) + ", cut at " + Describe(cuts) + "\nthe library:\n" + Show(actual) +
+           "the reference:\n" + Show(expected);
 }
 
 }  // namespace Kestra::Test

@@ -15,8 +15,8 @@
 #include "tools/trace/TokenTrace.h"
 
 /// @file
-/// The tokens of a document against those of the reference tokenizer, however the document is cut: the 8-bit parser's, and those of the
-/// wide parser for the same characters in UTF-16.
+/// The tokens of a document against those of the reference tokenizer, however the document is cut:
+/// the 8-bit parser's, and those of the wide parser for the same characters in UTF-16.
 
 namespace Kestra::Test {
 
@@ -38,7 +38,8 @@ std::string Show(const TokenOutcome& outcome);
 /// Parses one document after the other with the same parser.
 class TracingParser {
 public:
-    /// @param wideFlavour  documents are handed over in UTF-16, each byte a character; one with 0x85 or 0xA0 has other tokens there
+    /// @param wideFlavour  documents are handed over in UTF-16, each byte a character; one with
+    /// 0x85 or 0xA0 has other tokens there
     explicit TracingParser(bool wideFlavour = false);
 
     /// @param cuts  in characters
@@ -59,13 +60,15 @@ private:
 
 /// The reference's answer to a document fed in one piece.
 /// @param wide  in UTF-16, where no charset counts but that: no escape runs, no declarations
-ReferenceRun Refer(std::string_view document, StringNS::CharSet::Code charset, Fed fed, bool wide = false, bool scriptsAsText = false);
+ReferenceRun Refer(std::string_view document, StringNS::CharSet::Code charset, Fed fed, bool wide = false,
+                   bool scriptsAsText = false);
 
 /// @param run  of the document uncut
 TokenOutcome ExpectedOf(const ReferenceRun& run, std::string_view document, const Cuts& cuts, bool wide = false);
 TokenOutcome ExpectedOf(std::string_view document, StringNS::CharSet::Code charset, Fed fed, const Cuts& cuts);
 
-/// How one document is fed. The cuts are made anew for each length, so that a document can be shortened.
+/// How one document is fed. The cuts are made anew for each length, so that a document can be
+/// shortened.
 struct Feeding {
     StringNS::CharSet::Code charset = StringNS::CharSet::WINDOWS_1252;
     Fed fed = Fed::STREAM;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "html/framework/TokenObserver.h"
 #include "html/output/ParserObserverOutput.h"
 #include "platform/Results.h"
 #include "tests/support/Flavours.h"
@@ -26,110 +27,27 @@ public:
 
 /// Traces every callback and writes it back.
 template <typename C, typename S>
-class DocumentObserver final : public Trace::TraceObserver<C, S> {
+class DocumentObserver final : public HTML::CallbackObserver<DocumentObserver<C, S>, C, S> {
 public:
-    using Base = Trace::TraceObserver<C, S>;
-
-    DocumentObserver(std::vector<std::string>* lines, const Trace::Options& options) : Base(lines, options) {}
+    DocumentObserver(std::vector<std::string>* lines, const Trace::Options& options) : tracer(lines, options) {}
 
     const std::string& GetOutput() const {
         return collector.collected;
     }
 
-    void OnStartParsing() override {
-        Base::OnStartParsing();
-        collector.OnStartParsing();
-    }
-    void OnEndParsing() override {
-        Base::OnEndParsing();
-        collector.OnEndParsing();
-    }
-    void OnBOM(const void* bytes, std::uint64_t size) override {
-        Base::OnBOM(bytes, size);
-        collector.OnBOM(bytes, size);
-    }
-    void OnCharset(StringNS::CharSet::Code code) override {
-        Base::OnCharset(code);
-        collector.OnCharset(code);
-    }
-    void OnText(HTML::TextData<C, S>* data) override {
-        Base::OnText(data);
-        collector.OnText(data);
-    }
-    void OnCComment(HTML::CCommentData<C, S>* data) override {
-        Base::OnCComment(data);
-        collector.OnCComment(data);
-    }
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
-        Base::OnCPPComment(data);
-        collector.OnCPPComment(data);
-    }
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
-        Base::OnSQuoteString(data);
-        collector.OnSQuoteString(data);
-    }
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
-        Base::OnDQuoteString(data);
-        collector.OnDQuoteString(data);
-    }
-    void OnStartTag(HTML::StartTagData<C, S>* data) override {
-        Base::OnStartTag(data);
-        collector.OnStartTag(data);
-    }
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
-        Base::OnShortTag(data);
-        collector.OnShortTag(data);
-    }
-    void OnEndTag(HTML::EndTagData<C, S>* data) override {
-        Base::OnEndTag(data);
-        collector.OnEndTag(data);
-    }
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
-        Base::OnCDATATag(data);
-        collector.OnCDATATag(data);
-    }
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
-        Base::OnConditionalTag(data);
-        collector.OnConditionalTag(data);
-    }
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
-        Base::OnCommentTag(data);
-        collector.OnCommentTag(data);
-    }
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
-        Base::OnEntityTag(data);
-        collector.OnEntityTag(data);
-    }
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
-        Base::OnExternTag(data);
-        collector.OnExternTag(data);
-    }
-    void OnJSTagStart() override {
-        Base::OnJSTagStart();
-        collector.OnJSTagStart();
-    }
-    void OnJSTagEnd() override {
-        Base::OnJSTagEnd();
-        collector.OnJSTagEnd();
-    }
-    void OnCSSTagStart() override {
-        Base::OnCSSTagStart();
-        collector.OnCSSTagStart();
-    }
-    void OnCSSTagEnd() override {
-        Base::OnCSSTagEnd();
-        collector.OnCSSTagEnd();
-    }
-    void OnJunkData(HTML::JunkData<C, S>* data) override {
-        Base::OnJunkData(data);
-        collector.OnJunkData(data);
+    template <typename Call>
+    void OnCallback(Call call) {
+        call(&tracer);
+        call(&collector);
     }
 
 private:
+    Trace::TraceObserver<C, S> tracer;
     Collector<C, S> collector;
 };
 
-std::unique_ptr<VFS::InputStream> MakeStream(const std::string& bytes, const Cuts& cuts, const DocumentSettings& settings) {
+std::unique_ptr<VFS::InputStream> MakeStream(const std::string& bytes, const Cuts& cuts,
+                                             const DocumentSettings& settings) {
     if (settings.makeStream)
         return settings.makeStream(bytes, cuts);
     std::unique_ptr<VFS::InputStream> stream = MakeCutStream(bytes, cuts);
@@ -142,8 +60,8 @@ std::unique_ptr<VFS::InputStream> MakeStream(const std::string& bytes, const Cut
 }
 
 /// @param parser  replaced when `settings.betweenPieces` does so
-void FeedPieces(std::unique_ptr<HTML::GenericParser>* parser, const std::string& bytes, const Cuts& cuts, const DocumentSettings& settings,
-                DocumentRun* run) {
+void FeedPieces(std::unique_ptr<HTML::GenericParser>* parser, const std::string& bytes, const Cuts& cuts,
+                const DocumentSettings& settings, DocumentRun* run) {
     for (const auto& [begin, end] : PiecesOf(cuts, bytes.size())) {
         if (begin > 0 && settings.betweenPieces)
             settings.betweenPieces(parser);
@@ -218,7 +136,8 @@ std::unique_ptr<VFS::InputStream> MakeCutStream(std::string bytes, const Cuts& c
     std::vector<std::uint64_t> sizes;
     for (const auto& [begin, end] : PiecesOf(cuts, bytes.size()))
         sizes.push_back(end - begin);
-    return std::make_unique<BoundedInputStream>(std::move(bytes), OnlyFrom(HTML::GenericParser::BUFFER_SIZE, InSizes(std::move(sizes))));
+    return std::make_unique<BoundedInputStream>(std::move(bytes),
+                                                OnlyFrom(HTML::GenericParser::BUFFER_SIZE, InSizes(std::move(sizes))));
 }
 
 }  // namespace Kestra::Test

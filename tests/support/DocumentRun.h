@@ -44,11 +44,13 @@ struct DocumentSettings {
     /// Called before `StartParse`, after the settings above have been made.
     std::function<void(HTML::GenericParser*)> prepare;
 
-    /// Called in `Feed::BUFFER` between two pieces with the parser in place; may replace it by a copy.
+    /// Called in `Feed::BUFFER` between two pieces with the parser in place; may replace it by a
+    /// copy.
     std::function<void(std::unique_ptr<HTML::GenericParser>*)> betweenPieces;
 };
 
-/// What became of a document. The queries are answered just before `EndParse`, unless it says otherwise.
+/// What became of a document. The queries are answered just before `EndParse`, unless it says
+/// otherwise.
 struct DocumentRun {
     std::vector<std::string> trace;  ///< of all callbacks; adjacent text tokens are not merged
     std::string output;              ///< the bytes of all tokens written back
@@ -72,16 +74,17 @@ struct DocumentRun {
     std::string Lines() const;
 };
 
-/// Parses the bytes of a document with a `GenericParser` of its own: `StartParse`, the pieces for as long as the result is 0 or 16,
-/// `EndParse`. A result of 705 is not followed up.
+/// Parses the bytes of a document with a `GenericParser` of its own: `StartParse`, the pieces for
+/// as long as the result is 0 or 16, `EndParse`. A result of 705 is not followed up.
 /// @param cuts  in bytes: the pieces of a buffer, or the sizes of the long reads of a stream
 DocumentRun ParseDocument(std::string_view bytes, const Cuts& cuts, const DocumentSettings& settings = {});
 
-/// The same for a document in UTF-16: `settings.type` is taken as DATA_STREAM_UTF16, and the cuts are in characters.
+/// The same for a document in UTF-16: `settings.type` is taken as DATA_STREAM_UTF16, and the cuts
+/// are in characters.
 DocumentRun ParseDocument(WideStringView text, const Cuts& cuts, DocumentSettings settings = {});
 
-/// A stream over `bytes` whose reads of at least `GenericParser::BUFFER_SIZE` bytes deliver the pieces between the cuts. Shorter reads,
-/// those of a token being re-read, are served whole.
+/// A stream over `bytes` whose reads of at least `GenericParser::BUFFER_SIZE` bytes deliver the
+/// pieces between the cuts. Shorter reads, those of a token being re-read, are served whole.
 std::unique_ptr<VFS::InputStream> MakeCutStream(std::string bytes, const Cuts& cuts);
 
 }  // namespace Kestra::Test

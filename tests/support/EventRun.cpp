@@ -36,8 +36,8 @@ EventRun ParseEvents(const std::vector<std::string>& pieces, StringNS::CharSet::
     return ParseEvents(&parser, pieces, charset, flags);
 }
 
-EventRun ParseEvents(HTML::StatelessHTMLParser* parser, const std::vector<std::string>& pieces, StringNS::CharSet::Code charset,
-                     unsigned long flags) {
+EventRun ParseEvents(HTML::StatelessHTMLParser* parser, const std::vector<std::string>& pieces,
+                     StringNS::CharSet::Code charset, unsigned long flags) {
     EventRun run;
     EventTraceObserver observer(&run.trace);
     parser->Attach(&observer);

@@ -33,12 +33,14 @@ struct EventRun {
     std::string Describe() const;
 };
 
-/// Feeds the pieces, each a heap block of its exact size that is freed before the next one, for as long as the result is 0 or 16.
-EventRun ParseEvents(const std::vector<std::string>& pieces, StringNS::CharSet::Code charset = 0, unsigned long flags = 1);
+/// Feeds the pieces, each a heap block of its exact size that is freed before the next one, for as
+/// long as the result is 0 or 16.
+EventRun ParseEvents(const std::vector<std::string>& pieces, StringNS::CharSet::Code charset = 0,
+                     unsigned long flags = 1);
 
-/// The same with a parser that has no observer, and has none afterwards. Whatever it read before makes no difference; its limits and its
-/// script mode are its own.
-EventRun ParseEvents(HTML::StatelessHTMLParser* parser, const std::vector<std::string>& pieces, StringNS::CharSet::Code charset,
-                     unsigned long flags);
+/// The same with a parser that has no observer, and has none afterwards. Whatever it read before
+/// makes no difference; its limits and its script mode are its own.
+EventRun ParseEvents(HTML::StatelessHTMLParser* parser, const std::vector<std::string>& pieces,
+                     StringNS::CharSet::Code charset, unsigned long flags);
 
 }  // namespace Kestra::Test

@@ -7,7 +7,8 @@
 
 namespace Kestra::Test {
 
-/// A piece of input in a heap block of its exact size, so that sanitizers see a read behind it, and a pointer kept into it.
+/// A piece of input in a heap block of its exact size, so that sanitizers see a read after it, and
+/// a pointer kept into it.
 template <typename C>
 class HeapPiece {
 public:

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// What most tests include and no change of ours touches, compiled once for all of them. Each file still includes what it names.
+/// What most tests include and no change of ours touches, compiled once for all of them. Each file
+/// still includes what it names.
 
 #include <gtest/gtest.h>
 

@@ -25,8 +25,8 @@
 namespace Kestra::Test {
 
 template <typename Parser>
-std::string DescribeOutcome(const RecognizerOutcome<Parser>& outcome, std::basic_string_view<typename RecognizerFlavour<Parser>::C> input,
-                            bool withRecord) {
+std::string DescribeOutcome(const RecognizerOutcome<Parser>& outcome,
+                            std::basic_string_view<typename RecognizerFlavour<Parser>::C> input, bool withRecord) {
     if (!outcome.progressing)
         return "no progress";
     std::string line = (outcome.atEnd ? "end " : "") + std::to_string(outcome.result);
@@ -59,8 +59,9 @@ inline std::string ToWideEscapes(std::string_view expected) {
     return wide;
 }
 
-/// Checks one row at every split, with the recognizer and its record going on as they are, copied, assigned, and behind empty pieces;
-/// then again on objects that were used before. Line and column are checked each time.
+/// Checks one row at every split, with the recognizer and its record going on as they are, copied,
+/// assigned, and after empty pieces; then again on objects that were used before. Line and column
+/// are checked each time.
 /// @param prepare  sets options in the record after each `BeginParse`
 template <typename Parser>
 void CheckRecognizer(std::basic_string_view<typename RecognizerFlavour<Parser>::C> input, const std::string& expected,
@@ -104,13 +105,14 @@ void CheckRecognizer(std::basic_string_view<typename RecognizerFlavour<Parser>::
 
 /// One row for a flavour, its input given in Latin-1.
 template <template <typename, typename> class Parser, typename Flavour>
-void CheckRow(std::string_view note, std::string_view latin1, std::string_view expected,
-              const std::function<void(typename Parser<typename Flavour::C, typename Flavour::S>::Data*)>& prepare = {}) {
+void CheckRow(
+    std::string_view note, std::string_view latin1, std::string_view expected,
+    const std::function<void(typename Parser<typename Flavour::C, typename Flavour::S>::Data*)>& prepare = {}) {
     SCOPED_TRACE(note);
     using C = typename Flavour::C;
     const auto input = To<typename Flavour::S>(latin1);
-    CheckRecognizer<Parser<C, typename Flavour::S>>(std::basic_string_view<C>(input),
-                                                    Flavour::WIDE ? ToWideEscapes(expected) : std::string(expected), prepare);
+    CheckRecognizer<Parser<C, typename Flavour::S>>(
+        std::basic_string_view<C>(input), Flavour::WIDE ? ToWideEscapes(expected) : std::string(expected), prepare);
 }
 
 /// The answer of a single `Parse`, and where it left the context.
@@ -159,7 +161,8 @@ std::uint32_t StateAfter(std::string_view latin1, const std::function<void(typen
     return data.state;
 }
 
-/// A record in a state that its machine does not have: 11 as soon as a character is there, 0 before, and nothing consumed or gathered.
+/// A record in a state that its machine does not have: 11 as soon as a character is there, 0
+/// before, and nothing consumed or gathered.
 /// @param states  how many states there are, from 0 on
 template <typename Parser>
 void CheckUnknownStates(std::uint32_t states) {

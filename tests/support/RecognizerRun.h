@@ -17,9 +17,9 @@ namespace Kestra::Test {
 
 /// How a recognizer is passed from one piece to the next.
 enum class Handing {
-    SAME,        ///< the same objects go on
-    COPIED,      ///< copies go on; the originals then read something else and are destroyed
-    ASSIGNED,    ///< objects that have read something else are assigned to and go on; the originals are treated as above
+    SAME,      ///< the same objects go on
+    COPIED,    ///< copies go on; the originals then read something else and are destroyed
+    ASSIGNED,  ///< objects that have read something else are assigned to and go on; the originals are treated as above
     EMPTY_PIECE  ///< the same objects, with an empty piece between each two
 };
 
@@ -37,8 +37,9 @@ template <typename Parser>
 struct RecognizerOutcome {
     typename Parser::Data data;
     std::uint32_t result = 0;
-    bool atEnd = false;                  ///< `result` is that of `EndParse`: the whole input was given before it was complete
-    bool progressing = true;             ///< false: `Parse` answered 0 again and again without consuming anything, and was given up
+    bool atEnd = false;  ///< `result` is that of `EndParse`: the whole input was given before it was complete
+    bool progressing =
+        true;  ///< false: `Parse` answered 0 again and again without consuming anything, and was given up
     std::uint32_t emptyPieceResult = 0;  ///< the first answer other than 0 to an empty piece
     std::uint64_t consumed = 0;          ///< characters, from the start of the input
     std::uint64_t line = 0;
@@ -54,8 +55,9 @@ struct RecognizerFlavour<Parser<CharacterType, StringType>> {
     using S = StringType;
 };
 
-/// Feeds the pieces of an input to a recognizer as its owner does: `BeginParse`, the options, `Parse` while it answers 0 and the piece
-/// has characters left, then the next piece, and `EndParse` at the end of the input.
+/// Feeds the pieces of an input to a recognizer as its owner does: `BeginParse`, the options,
+/// `Parse` while it answers 0 and the piece has characters left, then the next piece, and
+/// `EndParse` at the end of the input.
 template <typename Parser>
 class RecognizerRunner {
 public:
@@ -149,10 +151,11 @@ private:
         }
     }
 
-    /// Lets a recognizer read on in something that opens attributes, strings and an escape run, so that whatever a copy shares with it
-    /// changes under the copy.
+    /// Lets a recognizer read on in something that opens attributes, strings and an escape run, so
+    /// that whatever a copy shares with it changes under the copy.
     static void Spoil(Parser* spoiled, Data* record) {
-        static constexpr char TEXT[] = {'z', ' ', 'z', '=', '\'', 'z', '\'', ' ', 'z', '=', '"', 'z', 27, '$', 'B', 'z'};
+        static constexpr char TEXT[] = {'z', ' ', 'z', '=', '\'', 'z', '\'', ' ',
+                                        'z', '=', '"', 'z', 27,   '$', 'B',  'z'};
         const S text(std::begin(TEXT), std::end(TEXT));
         SimpleParserContextOf other;
         other.buffer = text.data();
@@ -172,12 +175,13 @@ private:
 };
 
 template <typename Parser>
-RecognizerOutcome<Parser> RunRecognizer(std::basic_string_view<typename RecognizerFlavour<Parser>::C> input, const Cuts& cuts,
-                                        const RecognizerOptions<Parser>& options = {}) {
+RecognizerOutcome<Parser> RunRecognizer(std::basic_string_view<typename RecognizerFlavour<Parser>::C> input,
+                                        const Cuts& cuts, const RecognizerOptions<Parser>& options = {}) {
     return RecognizerRunner<Parser>(options).Run(input, cuts);
 }
 
-/// Line and column of the character that follows the first `count` characters of an input, counted one by one.
+/// Line and column of the character that follows the first `count` characters of an input, counted
+/// one by one.
 struct Place {
     std::uint64_t line = 1;
     std::uint64_t column = 1;

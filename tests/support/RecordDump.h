@@ -2,9 +2,11 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "html/framework/Attribute.h"
 #include "html/framework/EntityToken.h"
+#include "html/parser/RecordCalls.h"
 #include "html/tags/AttributeSimpleParser.h"
 #include "html/tags/EndTagSimpleParser.h"
 #include "html/tags/EntityTagSimpleParser.h"
@@ -29,8 +31,8 @@
 #include "tools/trace/TokenTrace.h"
 
 /// @file
-/// What a recognizer gathered, as one line in the escapes of the trace language. States, options and other means of a machine are left
-/// out.
+/// What a recognizer gathered, as one line in the escapes of the trace language. States, options
+/// and other means of a machine are left out.
 ///
 ///     text(t)                                  white space, names, strings, escape runs, junk, free-style instructions
 ///     text(t) next(Recognizer)                 text that has handed over
@@ -54,148 +56,97 @@ std::string DumpText(const Data& data) {
     return "text(" + Trace::Escape(data.text) + ")";
 }
 
-template <typename C, typename S>
-std::string Dump(const HTML::WhiteSpaceSimpleParserData<C, S>& data) {
-    return DumpText(data);
+/// A hand-over, and what it leaves.
+template <typename Name, typename S>
+std::string DumpHandOver(const Name& next, const S& keyword) {
+    return (next.empty() ? "" : " next(" + Trace::Escape(next) + ")") +
+           (keyword.empty() ? "" : " keyword(" + Trace::Escape(keyword) + ")");
 }
 
-template <typename C, typename S>
-std::string Dump(const HTML::IdentifierSimpleParserData<C, S>& data) {
-    return DumpText(data);
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::SQuoteStringSimpleParserData<C, S>& data) {
-    return DumpText(data);
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::DQuoteStringSimpleParserData<C, S>& data) {
-    return DumpText(data);
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::JSRegExSimpleParserData<C, S>& data) {
-    return DumpText(data);
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::Escape2022SimpleParserData<C, S>& data) {
-    return DumpText(data);
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::JunkSimpleParserData<C, S>& data) {
+/// Of a recognizer whose record has a text alone.
+template <template <typename, typename> class Data, typename C, typename S>
+std::string Dump(const Data<C, S>& data) {
     return DumpText(data);
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::TextSimpleParserData<C, S>& data) {
-    const std::string next = data.nextParserName.empty() ? "" : " next(" + Trace::Escape(data.nextParserName) + ")";
-    return DumpText(data) + next;
+    return DumpText(data) + DumpHandOver(data.nextParserName, std::string());
+}
+
+template <typename C, typename S>
+std::string Dump(const HTML::CCommentSimpleParserData<C, S>& data) {
+    return DumpText(data) + DumpHandOver(data.nextParserName, data.keyword);
+}
+
+template <typename C, typename S>
+std::string Dump(const HTML::CPPCommentSimpleParserData<C, S>& data) {
+    return DumpText(data) + DumpHandOver(data.nextParserName, data.keyword);
+}
+
+template <typename C, typename S>
+std::string Dump(const HTML::GenericTagSimpleParserData<C, S>& data) {
+    return "next(" + Trace::Escape(data.nextParser) + ")" + DumpHandOver(WideString(), data.keyword);
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::TokenSimpleParserData<C, S>& data) {
     HTML::EntityToken<C, S> token;
-    token.prefix = data.prefix;
-    token.value = data.value;
-    token.quote = data.quote;
+    HTML::ForEachField<HTML::EntityToken>([&](const auto& field) { field.In(token) = field.In(data); });
     return Trace::Format(token);
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::AttributeSimpleParserData<C, S>& data) {
     if (data.hasValue == 0)
-        return "{" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|" + Trace::Escape(data.beforeEquals) + "}";
+        return "{" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|" +
+               Trace::Escape(data.beforeEquals) + "}";
     HTML::Attribute<C, S> attribute;
-    attribute.prefix = data.prefix;
-    attribute.name = data.name;
-    attribute.beforeEquals = data.beforeEquals;
-    attribute.afterEquals = data.afterEquals;
-    attribute.value = data.value;
-    attribute.quote = data.quote;
-    attribute.hasValue = true;
+    HTML::ForEachField<HTML::Attribute>([&](const auto& field) {
+        field.In(attribute) = static_cast<std::remove_cvref_t<decltype(field.In(attribute))>>(field.In(data));
+    });
     return Trace::Format(attribute);
 }
 
 template <typename C, typename S>
-std::string Dump(const HTML::GenericTagSimpleParserData<C, S>& data) {
-    const std::string next = "next(" + Trace::Escape(data.nextParser) + ")";
-    return data.keyword.empty() ? next : next + " keyword(" + Trace::Escape(data.keyword) + ")";
-}
-
-template <typename C, typename S>
 std::string Dump(const HTML::StartTagSimpleParserData<C, S>& data) {
-    std::string line = "start(" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|";
-    for (const HTML::Attribute<C, S>& attribute : data.attributes)
-        line += Trace::Format(attribute);
-    line += "|" + Trace::Escape(data.suffix);
-    return line + (data.selfClosing ? ", short" : "") + (data.closed ? "" : ", open") + ")";
+    const HTML::StartTagData<C, S> record = HTML::MakeRecord<HTML::StartTagData>(data);
+    std::string line = Trace::Format(record);
+    if (data.selfClosing)
+        line.insert(line.size() - (data.closed ? 1 : std::string_view(", open)").size()), ", short");
+    return line;
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::EndTagSimpleParserData<C, S>& data) {
-    std::string line = "end(" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|" + Trace::Escape(data.afterName) + "|";
-    for (const HTML::Attribute<C, S>& attribute : data.attributes)
-        line += Trace::Format(attribute);
-    line += "|" + Trace::Escape(data.suffix);
-    return line + (data.slashBeforeClose ? ", slash" : "") + (data.closed ? "" : ", open") + ")";
+    return Trace::Format(HTML::MakeRecord<HTML::EndTagData>(data));
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::CommentTagSimpleParserData<C, S>& data) {
-    return "comment(" + Trace::Escape(data.text) + (data.closed ? "" : ", open") + ")";
+    return Trace::Format(HTML::MakeRecord<HTML::CommentTagData>(data));
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::CDATATagSimpleParserData<C, S>& data) {
-    return "cdata(" + Trace::Escape(data.keyword) + "|" + Trace::Escape(data.text) + (data.closed ? "" : ", open") + ")";
+    return Trace::Format(HTML::MakeRecord<HTML::CDATATagData>(data));
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::ConditionalTagSimpleParserData<C, S>& data) {
-    const std::string strings = Trace::Escape(data.keyword) + "|" + Trace::Escape(data.condition) + "|" + Trace::Escape(data.tail);
-    return "conditional(" + strings + (data.bracketClosed ? "" : ", no-bracket") + (data.tagClosed ? "" : ", open") + ")";
-}
-
-/// Text with what a hand-over leaves beside it.
-template <typename Data>
-std::string DumpScriptComment(const Data& data) {
-    const std::string next = data.nextParserName.empty() ? "" : " next(" + Trace::Escape(data.nextParserName) + ")";
-    const std::string keyword = data.keyword.empty() ? "" : " keyword(" + Trace::Escape(data.keyword) + ")";
-    return DumpText(data) + next + keyword;
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::CCommentSimpleParserData<C, S>& data) {
-    return DumpScriptComment(data);
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::CPPCommentSimpleParserData<C, S>& data) {
-    return DumpScriptComment(data);
+    return Trace::Format(HTML::MakeRecord<HTML::ConditionalTagData>(data));
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::EntityTagSimpleParserData<C, S>& data) {
-    std::string line = "entity(" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|";
-    for (const HTML::EntityToken<C, S>& token : data.tokens)
-        line += Trace::Format(token);
-    return line + "|" + Trace::Escape(data.suffix) + ")";
-}
-
-template <typename C, typename S>
-std::string Dump(const HTML::ExternTagFreeStyleSimpleParserData<C, S>& data) {
-    return DumpText(data);
+    return Trace::Format(HTML::MakeRecord<HTML::EntityTagData>(data));
 }
 
 template <typename C, typename S>
 std::string Dump(const HTML::ExternTagSimpleParserData<C, S>& data) {
-    std::string line = "extern(" + Trace::Escape(data.prefix) + "|" + Trace::Escape(data.name) + "|";
-    for (const HTML::Attribute<C, S>& attribute : data.attributes)
-        line += Trace::Format(attribute);
-    line += "|" + Trace::Escape(data.suffix) + (data.slashBeforeClose ? ", slash" : "") + ")";
+    HTML::ExternTagData<C, S> record = HTML::MakeRecord<HTML::ExternTagData>(data);
+    record.freeStyle = false;
+    const std::string line = Trace::Format(record);
     if (data.freeStyle)
         return line + " free(" + Trace::Escape(data.text) + ")";
     return data.text.empty() ? line : line + " " + DumpText(data);

@@ -11,7 +11,8 @@ namespace Kestra::Test {
 TemporaryFolder::TemporaryFolder() {
     std::random_device random;
     do {
-        path = std::filesystem::temp_directory_path() / ("kestra-test-" + std::to_string(random()) + "-" + std::to_string(random()));
+        path = std::filesystem::temp_directory_path() /
+               ("kestra-test-" + std::to_string(random()) + "-" + std::to_string(random()));
     } while (!std::filesystem::create_directory(path));  // false when it is there already: tests run side by side
 }
 

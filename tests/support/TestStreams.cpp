@@ -51,7 +51,8 @@ std::uint32_t FaultyInputStream::Script::Next() {
 
 FaultyInputStream::FaultyInputStream(std::unique_ptr<VFS::InputStream> innerStream) : inner(std::move(innerStream)) {}
 
-FaultyInputStream::FaultyInputStream(std::string bytes) : FaultyInputStream(std::make_unique<VFS::MemoryInputStream>(std::move(bytes))) {}
+FaultyInputStream::FaultyInputStream(std::string bytes)
+    : FaultyInputStream(std::make_unique<VFS::MemoryInputStream>(std::move(bytes))) {}
 
 FaultyInputStream::~FaultyInputStream() {
     if (destructions != nullptr)
@@ -156,7 +157,7 @@ std::uint64_t FaultyInputStream::GetSeekCalls() const {
 StreamContent ReadAll(VFS::InputStream* stream, std::uint64_t pieceSize) {
     StreamContent content;
     for (int emptyReads = 0; emptyReads < 1000;) {
-        // A block of its own for each read, so that sanitizers see a byte written behind it.
+        // A block of its own for each read, so that sanitizers see a byte written after it.
         std::vector<char> piece(static_cast<std::size_t>(pieceSize));
         std::uint64_t bytesRead = 0;
         content.result = stream->Read(piece.data(), pieceSize, &bytesRead);

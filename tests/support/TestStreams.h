@@ -12,17 +12,19 @@
 
 namespace Kestra::Test {
 
-/// Answers how many of the bytes asked for one read may deliver. It is called once for each read and may count them.
+/// Answers how many of the bytes asked for one read may deliver. It is called once for each read
+/// and may count them.
 using ReadBound = std::function<std::uint64_t(std::uint64_t size)>;
 
 /// At most `limit` bytes in each read.
 ReadBound AtMost(std::uint64_t limit);
 
-/// The first read delivers at most `sizes[0]` bytes and so on; reads behind the list are whole. A size of 0 is a read of no bytes
-/// with code 0.
+/// The first read delivers at most `sizes[0]` bytes and so on; reads after the list are whole. A
+/// size of 0 is a read of no bytes with code 0.
 ReadBound InSizes(std::vector<std::uint64_t> sizes);
 
-/// Bounds only the reads of at least `minimum` bytes. Shorter ones are served whole and not counted.
+/// Bounds only the reads of at least `minimum` bytes. Shorter ones are served whole and not
+/// counted.
 ReadBound OnlyFrom(std::uint64_t minimum, ReadBound bound);
 
 /// A stream over bytes in memory whose reads are cut short.
@@ -41,10 +43,12 @@ private:
     ReadBound bound;
 };
 
-/// A stream that passes every call on to another one, except for those that a script says shall go wrong.
+/// A stream that passes every call on to another one, except for those that a script says shall go
+/// wrong.
 ///
-/// Calls are counted from 1, for each operation by itself; a call that fails by the script does not reach the inner stream. The
-/// methods of the script return the stream, so that they can be chained.
+/// Calls are counted from 1, for each operation by itself; a call that fails by the script does not
+/// reach the inner stream. The methods of the script return the stream, so that they can be
+/// chained.
 class FaultyInputStream final : public VFS::InputStream {
 public:
     explicit FaultyInputStream(std::unique_ptr<VFS::InputStream> innerStream);
@@ -118,8 +122,8 @@ struct StreamContent {
     std::uint64_t reads = 0;   ///< reads that delivered at least one byte
 };
 
-/// Reads a stream, `pieceSize` bytes at a time, until a read does not return 0. Gives up with result 0 after 1000 reads in a row
-/// without a byte.
+/// Reads a stream, `pieceSize` bytes at a time, until a read does not return 0. Gives up with
+/// result 0 after 1000 reads in a row without a byte.
 StreamContent ReadAll(VFS::InputStream* stream, std::uint64_t pieceSize);
 
 }  // namespace Kestra::Test

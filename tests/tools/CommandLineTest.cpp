@@ -67,11 +67,13 @@ TEST(CommandLine, Defaults) {
 }
 
 TEST(CommandLine, EveryOption) {
-    const TokensOptions options =
-        ParseGood({"tokens",   "--format",  "json",   "--charset",    "65001", "--input",          "8bit", "--observer",
-                   "narrow",   "--feed",    "buffer", "--piece-size", "7",     "--self-check",     "copy", "--detect-charset-errors",
-                   "--places", "--scripts", "text",   "--max-token",  "77",    "--min-confidence", "101",  "--no-reparse",
-                   "a"});
+    const TokensOptions options = ParseGood({"tokens",   "--format",         "json",   "--charset",
+                                             "65001",    "--input",          "8bit",   "--observer",
+                                             "narrow",   "--feed",           "buffer", "--piece-size",
+                                             "7",        "--self-check",     "copy",   "--detect-charset-errors",
+                                             "--places", "--scripts",        "text",   "--max-token",
+                                             "77",       "--min-confidence", "101",    "--no-reparse",
+                                             "a"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
@@ -89,8 +91,8 @@ TEST(CommandLine, EveryOption) {
 }
 
 TEST(CommandLine, TheOtherWords) {
-    const TokensOptions options = ParseGood({"tokens", "--format=text", "--input=utf16", "--scripts=tokens", "--observer=wide",
-                                             "--feed=stream", "--charset=0", "--piece-size=0"});
+    const TokensOptions options = ParseGood({"tokens", "--format=text", "--input=utf16", "--scripts=tokens",
+                                             "--observer=wide", "--feed=stream", "--charset=0", "--piece-size=0"});
     EXPECT_EQ(options.format, OutputFormat::TEXT);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_UTF16);
     EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
@@ -110,7 +112,8 @@ TEST(CommandLine, CharsetsByNumberAndByName) {
     EXPECT_EQ(ParseGood({"tokens", "--charset", "0"}).charset, 0U);
     EXPECT_EQ(ParseGood({"tokens", "--charset", "1200"}).charset, 1200U);
     EXPECT_EQ(ParseGood({"tokens", "--charset", "65000"}).charset, 65000U);
-    // Codes that have names are taken where nothing is decoded, whether the platform can decode them or not.
+    // Codes that have names are taken where nothing is decoded, whether the platform can decode
+    // them or not.
     for (const StringNS::CharSet::Code code : {1361U, 20105U, 20924U, 50225U, 54936U}) {
         const std::string number = std::to_string(code);
         EXPECT_EQ(ParseGood({"tokens", "--observer", "narrow", "--charset", number.c_str()}).charset, code);
@@ -118,7 +121,7 @@ TEST(CommandLine, CharsetsByNumberAndByName) {
     }
 }
 
-TEST(CommandLine, OptionsStandBeforeAndBehindFiles) {
+TEST(CommandLine, OptionsStandBeforeAndAfterFiles) {
     const TokensOptions options = ParseGood({"tokens", "a", "--format", "json", "b", "--no-reparse", "c"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_FALSE(options.reparse);
@@ -132,8 +135,10 @@ TEST(CommandLine, TheLastOfAnOptionCounts) {
 
 TEST(CommandLine, NamesOfFiles) {
     EXPECT_EQ(ParseGood({"tokens", "-", "-"}).inputs, (Names{"-", "-"}));
-    EXPECT_EQ(ParseGood({"tokens", "tokens", "[a,b]", "{}", "%%", "", "a b"}).inputs, (Names{"tokens", "[a,b]", "{}", "%%", "", "a b"}));
-    EXPECT_EQ(ParseGood({"tokens", "a", "--", "--format", "-x", "--", "-"}).inputs, (Names{"a", "--format", "-x", "--", "-"}));
+    EXPECT_EQ(ParseGood({"tokens", "tokens", "[a,b]", "{}", "%%", "", "a b"}).inputs,
+              (Names{"tokens", "[a,b]", "{}", "%%", "", "a b"}));
+    EXPECT_EQ(ParseGood({"tokens", "a", "--", "--format", "-x", "--", "-"}).inputs,
+              (Names{"a", "--format", "-x", "--", "-"}));
     EXPECT_EQ(ParseGood({"tokens", "--"}).inputs, (Names{"-"}));
     EXPECT_EQ(ParseGood({"tokens", "/format", "/jobs=2", "/"}).inputs, (Names{"/format", "/jobs=2", "/"}));
 }
@@ -154,9 +159,9 @@ TEST(CommandLine, DefaultsOfCheck) {
 }
 
 TEST(CommandLine, EveryOptionOfCheck) {
-    const auto options =
-        ParseGoodAs<CheckOptions>({"check", "a", "--format=json", "--charset=utf-8", "--input=utf16", "--feed=buffer", "--piece-size=3",
-                                   "--min-confidence=7", "--no-reparse", "--recursive", "--jobs=1024", "b", "--", "--jobs"});
+    const auto options = ParseGoodAs<CheckOptions>({"check", "a", "--format=json", "--charset=utf-8", "--input=utf16",
+                                                    "--feed=buffer", "--piece-size=3", "--min-confidence=7",
+                                                    "--no-reparse", "--recursive", "--jobs=1024", "b", "--", "--jobs"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 65001U);
     EXPECT_EQ(options.input, GenericParser::DATA_STREAM_UTF16);
@@ -178,9 +183,9 @@ TEST(CommandLine, OptionsOfEvents) {
     EXPECT_EQ(defaults.flags, 1U);
     EXPECT_FALSE(defaults.places);
     EXPECT_EQ(defaults.inputs, Names{"-"});
-    const auto options =
-        ParseGoodAs<EventsOptions>({"events", "--format=json", "a", "--charset", "koi8-r", "--feed", "buffer", "--piece-size", "31",
-                                    "--flags", "4294967295", "--max-token", "5", "--places", "--", "--flags"});
+    const auto options = ParseGoodAs<EventsOptions>({"events", "--format=json", "a", "--charset", "koi8-r", "--feed",
+                                                     "buffer", "--piece-size", "31", "--flags", "4294967295",
+                                                     "--max-token", "5", "--places", "--", "--flags"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.charset, 20866U);
     EXPECT_EQ(options.feed, FeedOptions::Feed::BUFFER);
@@ -197,7 +202,8 @@ TEST(CommandLine, OptionsOfDetect) {
     EXPECT_EQ(defaults.format, OutputFormat::TEXT);
     EXPECT_EQ(defaults.minConfidence, 50U);
     EXPECT_EQ(defaults.inputs, Names{"-"});
-    const auto options = ParseGoodAs<DetectOptions>({"detect", "--format", "json", "a", "--min-confidence", "0", "--", "-b"});
+    const auto options =
+        ParseGoodAs<DetectOptions>({"detect", "--format", "json", "a", "--min-confidence", "0", "--", "-b"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.minConfidence, 0U);
     EXPECT_EQ(options.inputs, (Names{"a", "-b"}));
@@ -208,74 +214,111 @@ TEST(CommandLine, WrongUsage) {
         std::vector<const char*> arguments;
         const char* expected;
     } CASES[] = {
-        {{}, "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)"},
-        {{"--"}, "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)"},
+        {{},
+         "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)"},
+        {{"--"},
+         "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)"},
         {{"page.html"}, "kestra-html: The following argument was not expected: page.html (see kestra-html --help)"},
-        {{"--format=json", "tokens"}, "kestra-html: The following argument was not expected: --format=json (see kestra-html --help)"},
-        {{"tokens", "--bogus"}, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)"},
-        {{"tokens", "a", "-x", "b"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
+        {{"--format=json", "tokens"},
+         "kestra-html: The following argument was not expected: --format=json (see kestra-html --help)"},
+        {{"tokens", "--bogus"},
+         "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)"},
+        {{"tokens", "a", "-x", "b"},
+         "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
         {{"tokens", "-1"}, "kestra-html: The following argument was not expected: -1 (see kestra-html --help)"},
-        {{"tokens", "--flags", "1"}, "kestra-html: The following argument was not expected: --flags (see kestra-html --help)"},
+        {{"tokens", "--flags", "1"},
+         "kestra-html: The following argument was not expected: --flags (see kestra-html --help)"},
         {{"tokens", "--a\nb\x1B\xC2\x9B\xE2\x80\xAE"},
          "kestra-html: The following argument was not expected: --a\\x0Ab\\x1B\\u009B\\u202E (see kestra-html --help)"},
         {{"tokens", "--charset", "\x07"},
-         "kestra-html: --charset: \"\\x07\" is neither a number nor a registered charset name (see kestra-html --help)"},
+         "kestra-html: --charset: \"\\x07\" is neither a number nor a registered charset name (see kestra-html "
+         "--help)"},
         {{"tokens", "--format"}, "kestra-html: --format: 1 required text|json missing (see kestra-html --help)"},
         {{"tokens", "--format", "xml"}, "kestra-html: --format: xml not in {text,json} (see kestra-html --help)"},
         {{"tokens", "--format", "JSON"}, "kestra-html: --format: JSON not in {text,json} (see kestra-html --help)"},
         {{"tokens", "--input", "1"}, "kestra-html: --input: 1 not in {auto,8bit,utf16} (see kestra-html --help)"},
         {{"tokens", "--observer", ""}, "kestra-html: --observer:  not in {wide,narrow} (see kestra-html --help)"},
-        {{"tokens", "--max-token", "x"}, "kestra-html: --max-token: \"x\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--max-token", "x"},
+         "kestra-html: --max-token: \"x\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--scripts", "1"}, "kestra-html: --scripts: 1 not in {tokens,text} (see kestra-html --help)"},
         {{"events", "--scripts", "1"}, "kestra-html: --scripts: 1 not in {tokens,text} (see kestra-html --help)"},
-        {{"detect", "--scripts", "text"}, "kestra-html: The following argument was not expected: --scripts (see kestra-html --help)"},
+        {{"detect", "--scripts", "text"},
+         "kestra-html: The following argument was not expected: --scripts (see kestra-html --help)"},
         {{"tokens", "--feed", "file"}, "kestra-html: --feed: file not in {stream,buffer} (see kestra-html --help)"},
         {{"tokens", "--charset", "no-such-charset"},
-         "kestra-html: --charset: \"no-such-charset\" is neither a number nor a registered charset name (see kestra-html --help)"},
+         "kestra-html: --charset: \"no-such-charset\" is neither a number nor a registered charset name (see "
+         "kestra-html --help)"},
         {{"tokens", "--charset", " utf-8"},
-         "kestra-html: --charset: \" utf-8\" is neither a number nor a registered charset name (see kestra-html --help)"},
+         "kestra-html: --charset: \" utf-8\" is neither a number nor a registered charset name (see kestra-html "
+         "--help)"},
         {{"tokens", "--charset", "4294967296"},
-         "kestra-html: --charset: \"4294967296\" is neither a number nor a registered charset name (see kestra-html --help)"},
+         "kestra-html: --charset: \"4294967296\" is neither a number nor a registered charset name (see kestra-html "
+         "--help)"},
         {{"tokens", "--charset", ""},
          "kestra-html: --charset: \"\" is neither a number nor a registered charset name (see kestra-html --help)"},
-        {{"tokens", "--charset", "99999"}, "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
-        {{"tokens", "--charset", "10"}, "kestra-html: --charset: there is no converter for the charset 10 (see kestra-html --help)"},
+        {{"tokens", "--charset", "99999"},
+         "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
+        {{"tokens", "--charset", "10"},
+         "kestra-html: --charset: there is no converter for the charset 10 (see kestra-html --help)"},
         {{"tokens", "--charset", "4294967295"},
          "kestra-html: --charset: there is no converter for the charset 4294967295 (see kestra-html --help)"},
         {{"tokens", "--charset", "99999", "--observer", "narrow"},
          "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
-        {{"events", "--charset", "99999"}, "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
-        {{"check", "--charset", "99999"}, "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
-        {{"tokens", "--piece-size", "x"}, "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
-        {{"tokens", "--piece-size=-1"}, "kestra-html: --piece-size: \"-1\" is not a decimal number (see kestra-html --help)"},
-        {{"tokens", "--piece-size", "0x10"}, "kestra-html: --piece-size: \"0x10\" is not a decimal number (see kestra-html --help)"},
-        {{"tokens", "--piece-size", "1k"}, "kestra-html: --piece-size: \"1k\" is not a decimal number (see kestra-html --help)"},
+        {{"events", "--charset", "99999"},
+         "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
+        {{"check", "--charset", "99999"},
+         "kestra-html: --charset: there is no converter for the charset 99999 (see kestra-html --help)"},
+        {{"tokens", "--piece-size", "x"},
+         "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--piece-size=-1"},
+         "kestra-html: --piece-size: \"-1\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--piece-size", "0x10"},
+         "kestra-html: --piece-size: \"0x10\" is not a decimal number (see kestra-html --help)"},
+        {{"tokens", "--piece-size", "1k"},
+         "kestra-html: --piece-size: \"1k\" is not a decimal number (see kestra-html --help)"},
         {{"tokens", "--min-confidence", "18446744073709551616"},
          "kestra-html: --min-confidence: \"18446744073709551616\" is not a decimal number (see kestra-html --help)"},
-        {{"tokens", "--self-check", "on"}, "kestra-html: --self-check: on not in {off,crc,copy} (see kestra-html --help)"},
-        {{"tokens", "--recursive"}, "kestra-html: The following argument was not expected: --recursive (see kestra-html --help)"},
-        {{"events", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
-        {{"events", "--input", "8bit"}, "kestra-html: The following argument was not expected: --input (see kestra-html --help)"},
-        {{"events", "--no-reparse"}, "kestra-html: The following argument was not expected: --no-reparse (see kestra-html --help)"},
-        {{"events", "--flags", "x"}, "kestra-html: --flags: \"x\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
+        {{"tokens", "--self-check", "on"},
+         "kestra-html: --self-check: on not in {off,crc,copy} (see kestra-html --help)"},
+        {{"tokens", "--recursive"},
+         "kestra-html: The following argument was not expected: --recursive (see kestra-html --help)"},
+        {{"events", "--observer", "wide"},
+         "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
+        {{"events", "--input", "8bit"},
+         "kestra-html: The following argument was not expected: --input (see kestra-html --help)"},
+        {{"events", "--no-reparse"},
+         "kestra-html: The following argument was not expected: --no-reparse (see kestra-html --help)"},
+        {{"events", "--flags", "x"},
+         "kestra-html: --flags: \"x\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
         {{"events", "--flags", "4294967296"},
          "kestra-html: --flags: \"4294967296\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
-        {{"events", "--flags=-1"}, "kestra-html: --flags: \"-1\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
+        {{"events", "--flags=-1"},
+         "kestra-html: --flags: \"-1\" is not a number from 0 to 4294967295 (see kestra-html --help)"},
         {{"events", "--charset", "x"},
          "kestra-html: --charset: \"x\" is neither a number nor a registered charset name (see kestra-html --help)"},
-        {{"events", "--piece-size", "x"}, "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
-        {{"check", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
-        {{"check", "--self-check", "copy"}, "kestra-html: The following argument was not expected: --self-check (see kestra-html --help)"},
+        {{"events", "--piece-size", "x"},
+         "kestra-html: --piece-size: \"x\" is not a decimal number (see kestra-html --help)"},
+        {{"check", "--observer", "wide"},
+         "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
+        {{"check", "--self-check", "copy"},
+         "kestra-html: The following argument was not expected: --self-check (see kestra-html --help)"},
         {{"check", "--charset", "x"},
          "kestra-html: --charset: \"x\" is neither a number nor a registered charset name (see kestra-html --help)"},
-        {{"check", "--jobs", "0"}, "kestra-html: --jobs: \"0\" is not a number from 1 to 1024 (see kestra-html --help)"},
-        {{"check", "--jobs", "1025"}, "kestra-html: --jobs: \"1025\" is not a number from 1 to 1024 (see kestra-html --help)"},
-        {{"check", "--jobs", "all"}, "kestra-html: --jobs: \"all\" is not a number from 1 to 1024 (see kestra-html --help)"},
-        {{"check", "--jobs", "-1"}, "kestra-html: --jobs: \"-1\" is not a number from 1 to 1024 (see kestra-html --help)"},
-        {{"detect", "--charset", "1252"}, "kestra-html: The following argument was not expected: --charset (see kestra-html --help)"},
+        {{"check", "--jobs", "0"},
+         "kestra-html: --jobs: \"0\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"check", "--jobs", "1025"},
+         "kestra-html: --jobs: \"1025\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"check", "--jobs", "all"},
+         "kestra-html: --jobs: \"all\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"check", "--jobs", "-1"},
+         "kestra-html: --jobs: \"-1\" is not a number from 1 to 1024 (see kestra-html --help)"},
+        {{"detect", "--charset", "1252"},
+         "kestra-html: The following argument was not expected: --charset (see kestra-html --help)"},
         {{"detect", "--format", "xml"}, "kestra-html: --format: xml not in {text,json} (see kestra-html --help)"},
-        {{"detect", "--min-confidence", "x"}, "kestra-html: --min-confidence: \"x\" is not a decimal number (see kestra-html --help)"},
-        {{"detect", "check", "-x"}, "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
+        {{"detect", "--min-confidence", "x"},
+         "kestra-html: --min-confidence: \"x\" is not a decimal number (see kestra-html --help)"},
+        {{"detect", "check", "-x"},
+         "kestra-html: The following argument was not expected: -x (see kestra-html --help)"},
     };
     for (const auto& row : CASES)
         EXPECT_EQ(ParseWrong(row.arguments), row.expected);
@@ -292,8 +335,9 @@ TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
     EXPECT_EQ(defaults.maxTokenSize, 0U);
     EXPECT_EQ(defaults.inputs, Names{"-"});
     const RewriteOptions options = ParseGoodAs<RewriteOptions>(
-        {"rewrite",   "a",     "--set",   "p.x=[1,2]", "--replace", "p.x",  "[12]",        "[3,4]", "b",  "--in-place=~", "--dry-run",
-         "--charset", "utf-8", "--input", "8bit",      "--scripts", "text", "--max-token", "100",   "--", "--set"});
+        {"rewrite", "a",         "--set",        "p.x=[1,2]",   "--replace", "p.x",   "[12]",
+         "[3,4]",   "b",         "--in-place=~", "--dry-run",   "--charset", "utf-8", "--input",
+         "8bit",    "--scripts", "text",         "--max-token", "100",       "--",    "--set"});
     EXPECT_EQ(options.edits.size(), 2U);
     EXPECT_EQ(options.edits[0].value, "[1,2]");
     EXPECT_TRUE(options.inPlace);
@@ -309,12 +353,17 @@ TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
         std::vector<const char*> arguments;
         const char* expected;
     } WRONG[] = {
-        {{"rewrite", "a", "b"}, "kestra-html: rewrite: more than one file needs --in-place or --dry-run (see kestra-html --help)"},
+        {{"rewrite", "a", "b"},
+         "kestra-html: rewrite: more than one file needs --in-place or --dry-run (see kestra-html --help)"},
         {{"rewrite", "--in-place"}, "kestra-html: --in-place: standard input is no file (see kestra-html --help)"},
-        {{"rewrite", "--in-place", "a", "-"}, "kestra-html: --in-place: standard input is no file (see kestra-html --help)"},
-        {{"rewrite", "--set", "a"}, "kestra-html: --set: \"a\" is not ELEMENT.ATTRIBUTE=VALUE (see kestra-html --help)"},
-        {{"rewrite", "--observer", "wide"}, "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
-        {{"tokens", "--set", "a.b=c"}, "kestra-html: The following argument was not expected: --set (see kestra-html --help)"},
+        {{"rewrite", "--in-place", "a", "-"},
+         "kestra-html: --in-place: standard input is no file (see kestra-html --help)"},
+        {{"rewrite", "--set", "a"},
+         "kestra-html: --set: \"a\" is not ELEMENT.ATTRIBUTE=VALUE (see kestra-html --help)"},
+        {{"rewrite", "--observer", "wide"},
+         "kestra-html: The following argument was not expected: --observer (see kestra-html --help)"},
+        {{"tokens", "--set", "a.b=c"},
+         "kestra-html: The following argument was not expected: --set (see kestra-html --help)"},
     };
     for (const auto& row : WRONG)
         EXPECT_EQ(ParseWrong(row.arguments), row.expected);
@@ -338,9 +387,10 @@ TEST(CommandLine, HelpAndVersion) {
         EXPECT_EQ(tokensHelp.answered, Tool::EXIT_STATUS_GOOD);
         for (const char* const part :
              {"Usage: kestra-html tokens [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
-              "--input auto|8bit|utf16=auto", "--observer wide|narrow=wide", "--feed stream|buffer=stream", "--piece-size N=0",
-              "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50", "--no-reparse", "--places",
-              "--scripts tokens|text=tokens", "--max-token N=0", "parser's characters", "or the output could not be written"}) {
+              "--input auto|8bit|utf16=auto", "--observer wide|narrow=wide", "--feed stream|buffer=stream",
+              "--piece-size N=0", "--self-check off|crc|copy=off", "--detect-charset-errors", "--min-confidence N=50",
+              "--no-reparse", "--places", "--scripts tokens|text=tokens", "--max-token N=0", "parser's characters",
+              "or the output could not be written"}) {
             EXPECT_NE(tokensHelp.answer.find(part), std::string::npos) << part;
         }
     }
@@ -349,27 +399,29 @@ TEST(CommandLine, HelpAndVersion) {
 TEST(CommandLine, HelpOfCheckAndDetect) {
     const std::string check = Parse({"check", "--help"}).answer;
     for (const char* const part :
-         {"Usage: kestra-html check [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--input auto|8bit|utf16=auto",
-          "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50", "--no-reparse", "--scripts tokens|text=tokens",
-          "--max-token N=0", "--recursive", "--jobs N=1", "--self-check is copy, --observer is wide", "was not reproduced"}) {
+         {"Usage: kestra-html check [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
+          "--input auto|8bit|utf16=auto", "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50",
+          "--no-reparse", "--scripts tokens|text=tokens", "--max-token N=0", "--recursive", "--jobs N=1",
+          "--self-check is copy, --observer is wide", "was not reproduced"}) {
         EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
     }
     const std::string events = Parse({"events", "--help"}).answer;
     for (const char* const part :
-         {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0", "--feed stream|buffer=stream",
-          "--piece-size N=0", "--places", "--scripts tokens|text=tokens", "--max-token N=0", "--flags N=1", "with 16, is good",
-          "two columns", "JSON Lines", "\n  1  an input ended"}) {
+         {"Usage: kestra-html events [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
+          "--feed stream|buffer=stream", "--piece-size N=0", "--places", "--scripts tokens|text=tokens",
+          "--max-token N=0", "--flags N=1", "with 16, is good", "two columns", "JSON Lines", "\n  1  an input ended"}) {
         EXPECT_NE(events.find(part), std::string::npos) << part << "\n" << events;
     }
     const std::string rewrite = Parse({"rewrite", "--help"}).answer;
-    for (const char* const part : {"Usage: kestra-html rewrite [OPTIONS] [FILE...]", "--set ELEMENT.ATTRIBUTE=VALUE",
-                                   "--replace ELEMENT.ATTRIBUTE REGEX REPLACEMENT", "--remove ELEMENT.ATTRIBUTE",
-                                   "--remove-element SELECTOR", "--in-place [=SUFFIX]", "--dry-run", "old -> new", "windows-1252"}) {
+    for (const char* const part :
+         {"Usage: kestra-html rewrite [OPTIONS] [FILE...]", "--set ELEMENT.ATTRIBUTE=VALUE",
+          "--replace ELEMENT.ATTRIBUTE REGEX REPLACEMENT", "--remove ELEMENT.ATTRIBUTE", "--remove-element SELECTOR",
+          "--in-place [=SUFFIX]", "--dry-run", "old -> new", "windows-1252"}) {
         EXPECT_NE(rewrite.find(part), std::string::npos) << part << "\n" << rewrite;
     }
     const std::string detect = Parse({"detect", "--help"}).answer;
-    for (const char* const part : {"Usage: kestra-html detect [OPTIONS] [FILE...]", "--format text|json=text", "--min-confidence N=50",
-                                   "first 16384 bytes", "at least 256"}) {
+    for (const char* const part : {"Usage: kestra-html detect [OPTIONS] [FILE...]", "--format text|json=text",
+                                   "--min-confidence N=50", "first 16384 bytes", "at least 256"}) {
         EXPECT_NE(detect.find(part), std::string::npos) << part << "\n" << detect;
     }
     EXPECT_EQ(detect.find("--charset"), std::string::npos);

@@ -17,9 +17,11 @@ namespace {
 using HTML::StatelessHTMLParser;
 using Lines = std::vector<std::string>;
 
-/// The kinds of constructs; tags that close themselves, of which two events come; text after the last tag.
+/// The kinds of constructs; tags that close themselves, of which two events come; text after the
+/// last tag.
 constexpr std::string_view PAGE =
-    "ab\r\nc<p id=x >\n<br/><!--c--><?xml v='1'?><!m n><script a>x='</p>'//</script>\n</script><style>p{}</style></p>\n\nd";
+    "ab\r\nc<p id=x >\n<br/><!--c--><?xml v='1'?><!m n><script "
+    "a>x='</p>'//</script>\n</script><style>p{}</style></p>\n\nd";
 
 /// Runs a document through an observer of the tool.
 template <typename Observer, typename... Arguments>
@@ -71,7 +73,8 @@ TEST(EventPlaces, AConstructLiesBetweenItsEventAndTheOneBefore) {
 }
 
 TEST(EventPlaces, CutsChangeNone) {
-    const std::string page = "ab\r\nc<p id=x >\n<!m n><script a>x='</p>'//</script>\n</script><style>p{}</style></p>\n\nd";
+    const std::string page =
+        "ab\r\nc<p id=x >\n<!m n><script a>x='</p>'//</script>\n</script><style>p{}</style></p>\n\nd";
     const Lines expected = Observe<Tool::JsonEventObserver>(page, page.size());
     EXPECT_EQ(expected.size(), 9U);
     for (std::size_t pieceSize = 1; pieceSize < page.size(); ++pieceSize)

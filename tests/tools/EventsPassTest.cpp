@@ -101,7 +101,8 @@ TEST(EventsPass, CharsetAndFlags) {
         HTML::StatelessHTMLParser parser;
         LastText observer;
         parser.Attach(&observer);
-        const EventsPassResult result = Tool::RunEventsPass(&parser, "<?xml encoding='koi8-r'?>\xC1<", options, IgnoreProgress);
+        const EventsPassResult result =
+            Tool::RunEventsPass(&parser, "<?xml encoding='koi8-r'?>\xC1<", options, IgnoreProgress);
         EXPECT_TRUE(result.IsGood());
         EXPECT_EQ(parser.GetFlags(), row.flags);
         EXPECT_EQ(observer.text, row.text) << row.charset << " " << row.flags;

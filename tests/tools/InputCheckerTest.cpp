@@ -33,7 +33,7 @@ TEST(InputChecker, AReproducedInput) {
     EXPECT_TRUE(outcome.IsReproduced());
     EXPECT_TRUE(outcome.hasCopy);
     EXPECT_EQ(outcome.firstDifference, std::nullopt);
-    EXPECT_EQ(outcome.tokens, 8U) << "line comments are tokens, and so are the texts behind them";
+    EXPECT_EQ(outcome.tokens, 8U) << "line comments are tokens, and so are the texts after them";
     EXPECT_EQ(outcome.token, "");
     EXPECT_GT(outcome.seconds, 0);
 }
@@ -49,11 +49,12 @@ TEST(InputChecker, TheFirstDifferenceAndItsToken) {
         std::string token;
         std::uint64_t start;
     } CASES[] = {
-        {"the slash of the name is written back at the end", "ab<?xml a/ >c", GenericParser::DATA_STREAM_AUTO, 0, 704, 9,
-         "extern(|xml|{ |a}| , slash)", 2},
-        {"the second half of a UTF-16 body is missing", "x\0<\0!\0-\0-\0a\0b\0-\0-\0>\0y\0"s, GenericParser::DATA_STREAM_UTF16, 0, 704, 12,
-         "comment(ab)", 2},
-        {"a condition is cut in two", "<![if x] tail>y", GenericParser::DATA_STREAM_8BIT, 10, 704, 8, "conditional(if| x|ail)", 0},
+        {"the slash of the name is written back at the end", "ab<?xml a/ >c", GenericParser::DATA_STREAM_AUTO, 0, 704,
+         9, "extern(|xml|{ |a}| , slash)", 2},
+        {"the second half of a UTF-16 body is missing", "x\0<\0!\0-\0-\0a\0b\0-\0-\0>\0y\0"s,
+         GenericParser::DATA_STREAM_UTF16, 0, 704, 12, "comment(ab)", 2},
+        {"a condition is cut in two", "<![if x] tail>y", GenericParser::DATA_STREAM_8BIT, 10, 704, 8,
+         "conditional(if| x|ail)", 0},
         {"bytes of a possible mark end a piece", "\xEFxy", GenericParser::DATA_STREAM_AUTO, 1, 0, 0, "", 0},
     };
     for (const auto& row : CASES) {
@@ -128,7 +129,7 @@ TEST(InputChecker, EveryCharsetKeepsItsTokens) {
         EXPECT_TRUE(outcome.IsGood()) << code;
         EXPECT_EQ(outcome.tokens, 2U) << code;
     }
-    // Behind ESC $ B a "<" is half a character, where the charset knows that.
+    // After ESC $ B a "<" is half a character, where the charset knows that.
     CheckOptions options = Options();
     options.charset = 50221;
     EXPECT_EQ(Check("\x1B$B<b>a\x1B(B", options).tokens, 1U);

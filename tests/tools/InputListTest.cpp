@@ -39,8 +39,8 @@ protected:
 };
 
 TEST_F(InputList, PagesByTheEndOfTheirNames) {
-    for (const char* const name :
-         {"a.html", "b.HTML", "c.htm", "d.Htm", "e.xhtml", "f.XhtmL", "g.txt", "h", "html", "i.html.gz", "j.htmlx", "k.shtml", ".html"}) {
+    for (const char* const name : {"a.html", "b.HTML", "c.htm", "d.Htm", "e.xhtml", "f.XhtmL", "g.txt", "h", "html",
+                                   "i.html.gz", "j.htmlx", "k.shtml", ".html"}) {
         Write(name);
     }
     EXPECT_EQ(List(), (Names{".html", "a.html", "b.HTML", "c.htm", "d.Htm", "e.xhtml", "f.XhtmL"}));

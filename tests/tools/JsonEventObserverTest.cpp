@@ -17,18 +17,19 @@ TEST(JsonEventObserver, EveryCallbackIsAnObjectWithItsArguments) {
     KeptLines lines;
     Tool::JsonEventObserver observer(&lines);
     CallEverything(&observer);
-    EXPECT_EQ(lines.Take(), (Lines{
-                                R"({"event":"StartParsing"})",
-                                R"({"event":"StartTag","name":"a","attributes":[["href","x\u0000\n"],["checked",""]]})",
-                                R"({"event":"EndTag","name":"a"})",
-                                R"({"event":"Script","attributes":[],"body":"x=1"})",
-                                R"({"event":"ExternTag","name":"xml","attributes":[["href","x\u0000\n"],["checked",""]]})",
-                                R"({"event":"EntityTag","name":"DOCTYPE","tokens":["html",""]})",
-                                R"({"event":"Comment","text":" c\u00e9"})",
-                                R"({"event":"Text","text":"t"})",
-                                R"({"event":"Style","attributes":[["href","x\u0000\n"],["checked",""]],"body":""})",
-                                R"({"event":"StopParsing"})",
-                            }));
+    EXPECT_EQ(lines.Take(),
+              (Lines{
+                  R"({"event":"StartParsing"})",
+                  R"({"event":"StartTag","name":"a","attributes":[["href","x\u0000\n"],["checked",""]]})",
+                  R"({"event":"EndTag","name":"a"})",
+                  R"({"event":"Script","attributes":[],"body":"x=1"})",
+                  R"({"event":"ExternTag","name":"xml","attributes":[["href","x\u0000\n"],["checked",""]]})",
+                  R"({"event":"EntityTag","name":"DOCTYPE","tokens":["html",""]})",
+                  R"({"event":"Comment","text":" c\u00e9"})",
+                  R"({"event":"Text","text":"t"})",
+                  R"({"event":"Style","attributes":[["href","x\u0000\n"],["checked",""]],"body":""})",
+                  R"({"event":"StopParsing"})",
+              }));
 }
 
 TEST(JsonEventObserver, TheResult) {
@@ -41,8 +42,10 @@ TEST(JsonEventObserver, TheResult) {
     result.line = 3;
     result.column = 5;
     observer.WriteResult(result, "a\xC3\xA9.html");
-    EXPECT_EQ(lines.Take(),
-              (Lines{R"({"event":"Result","startParse":1,"parse":703,"endParse":2,"line":3,"column":5,"file":"a\u00e9.html"})"}));
+    EXPECT_EQ(
+        lines.Take(),
+        (Lines{
+            R"({"event":"Result","startParse":1,"parse":703,"endParse":2,"line":3,"column":5,"file":"a\u00e9.html"})"}));
 }
 
 }  // namespace

@@ -56,7 +56,8 @@ TEST(JsonLine, ListsOfStringsAndOfPairs) {
     line.List("strings", &strings);
     line.List("pairs", &pairs);
     line.End();
-    EXPECT_EQ(lines.Take(), (Lines{R"({"empty":[],"none":null,"strings":["a\u0000b",""],"pairs":[["n","\"v"],["m",""]]})"}));
+    EXPECT_EQ(lines.Take(),
+              (Lines{R"({"empty":[],"none":null,"strings":["a\u0000b",""],"pairs":[["n","\"v"],["m",""]]})"}));
 }
 
 TEST(JsonLine, ResultsOfCalls) {

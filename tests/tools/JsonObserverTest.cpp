@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "html/parser/GenericParser.h"
+#include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
 #include "tools/kestra-html/ParsePass.h"
 
@@ -18,6 +19,11 @@ using Lines = std::vector<std::string>;
 template <typename Flavour>
 class JsonObserverTest : public ObserverTest<Flavour> {
 protected:
+    /// Calls the observer as for the token of a line in the trace language.
+    void Observe(std::string_view line) {
+        CallNoted<typename Flavour::C, typename Flavour::S>(&observer, line);
+    }
+
     Tool::JsonObserver<typename Flavour::C, typename Flavour::S> observer{&this->lines};
 };
 
@@ -47,18 +53,11 @@ TYPED_TEST(JsonObserverTest, EventsWithoutRecord) {
 }
 
 TYPED_TEST(JsonObserverTest, TextRecords) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    HTML::TextData<C, S> text{this->Text("a\xE9")};
-    HTML::CCommentData<C, S> cComment{this->Text(" c ")};
-    HTML::CPPCommentData<C, S> cppComment{this->Text(" cpp")};
-    HTML::SQuoteStringData<C, S> sQuoteString{this->Text("s")};
-    HTML::DQuoteStringData<C, S> dQuoteString{this->Text("d")};
-    this->observer.OnText(&text);
-    this->observer.OnCComment(&cComment);
-    this->observer.OnCPPComment(&cppComment);
-    this->observer.OnSQuoteString(&sQuoteString);
-    this->observer.OnDQuoteString(&dQuoteString);
+    this->Observe("text(a\\xE9)");
+    this->Observe("c-comment( c )");
+    this->Observe("cpp-comment( cpp)");
+    this->Observe("s-string(s)");
+    this->Observe("d-string(d)");
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       R"({"event":"Text","text":"a\u00e9"})",
                                       R"({"event":"CComment","text":" c "})",
@@ -69,92 +68,72 @@ TYPED_TEST(JsonObserverTest, TextRecords) {
 }
 
 TYPED_TEST(JsonObserverTest, JunkIsBytesInBothFlavours) {
-    const std::string bytes("<\0b\xFF", 4);
-    HTML::JunkData<typename TypeParam::C, typename TypeParam::S> junk{&bytes};
-    this->observer.OnJunkData(&junk);
+    this->Observe("junk(<\\x00b\\xFF)");
     EXPECT_EQ(this->lines.Take(), (Lines{R"({"event":"JunkData","text":"<\u0000b\u00ff"})"}));
 }
 
 TYPED_TEST(JsonObserverTest, Tags) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    Vector<HTML::Attribute<C, S>> attributes;
-    attributes.push_back({TypeParam::Text(" "), TypeParam::Text("href"), {}, TypeParam::Text("\n"), TypeParam::Text("x"), 1, true});
-    attributes.push_back({TypeParam::Text("\t"), TypeParam::Text("b"), TypeParam::Text(" "), {}, {}, 0, true});
-    attributes.push_back({TypeParam::Text(" "), TypeParam::Text("c"), {}, {}, {}, 0, false});
-    const Vector<HTML::Attribute<C, S>> none;
-    HTML::StartTagData<C, S> start{this->Text(""), this->Text("a"), &attributes, this->Text(" "), true};
-    HTML::StartTagData<C, S> openStart{this->Text(" "), this->Text("a"), &none, this->Text(""), false};
-    HTML::ShortTagData<C, S> shortTag{this->Text(""), this->Text("br"), &none, this->Text(" "), true};
-    HTML::EndTagData<C, S> end{this->Text(" "), this->Text("a"), this->Text("\n"), false, &none, true, this->Text("x")};
-    this->observer.OnStartTag(&start);
-    this->observer.OnStartTag(&openStart);
-    this->observer.OnShortTag(&shortTag);
-    this->observer.OnEndTag(&end);
-    EXPECT_EQ(this->lines.Take(),
-              (Lines{
-                  R"({"event":"StartTag","prefix":"","name":"a","attributes":[)"
-                  R"({"prefix":" ","name":"href","beforeEquals":"","afterEquals":"\n","value":"x","quote":1,"hasValue":true},)"
-                  R"({"prefix":"\t","name":"b","beforeEquals":" ","afterEquals":"","value":"","quote":0,"hasValue":true},)"
-                  R"({"prefix":" ","name":"c","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false}],)"
-                  R"("suffix":" ","closed":true})",
-                  R"({"event":"StartTag","prefix":" ","name":"a","attributes":[],"suffix":"","closed":false})",
-                  R"({"event":"ShortTag","prefix":"","name":"br","attributes":[],"suffix":" ","closed":true})",
-                  R"({"event":"EndTag","prefix":" ","name":"a","afterName":"\n","closed":false,"attributes":[],"slashBeforeClose":true,)"
-                  R"("suffix":"x"})",
-              }));
+    this->Observe("start(|a|{ |href|=\\n|'x'}{\\t|b| =|}{ |c}| )");
+    this->Observe("start( |a||, open)");
+    this->Observe("short(|br|| )");
+    this->Observe("end( |a|\\n||x, slash, open)");
+    EXPECT_EQ(
+        this->lines.Take(),
+        (Lines{
+            R"({"event":"StartTag","prefix":"","name":"a","attributes":[)"
+            R"({"prefix":" ","name":"href","beforeEquals":"","afterEquals":"\n","value":"x","quote":1,"hasValue":true},)"
+            R"({"prefix":"\t","name":"b","beforeEquals":" ","afterEquals":"","value":"","quote":0,"hasValue":true},)"
+            R"({"prefix":" ","name":"c","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false}],)"
+            R"("suffix":" ","closed":true})",
+            R"({"event":"StartTag","prefix":" ","name":"a","attributes":[],"suffix":"","closed":false})",
+            R"({"event":"ShortTag","prefix":"","name":"br","attributes":[],"suffix":" ","closed":true})",
+            R"({"event":"EndTag","prefix":" ","name":"a","afterName":"\n","closed":false,"attributes":[],"slashBeforeClose":true,)"
+            R"("suffix":"x"})",
+        }));
 }
 
 TYPED_TEST(JsonObserverTest, Declarations) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    Vector<HTML::EntityToken<C, S>> tokens;
-    tokens.push_back({TypeParam::Text(" "), TypeParam::Text("html"), 0});
-    tokens.push_back({TypeParam::Text("\n"), TypeParam::Text("-//W3C"), 2});
-    HTML::CDATATagData<C, S> cdata{this->Text("CDATA"), this->Text("[x"), true};
-    HTML::ConditionalTagData<C, S> conditional{this->Text("if"), this->Text(" IE 6"), this->Text("-"), true, false};
-    HTML::CommentTagData<C, S> comment{this->Text(" c "), false};
-    HTML::EntityTagData<C, S> entity{this->Text(""), this->Text("DOCTYPE"), &tokens, this->Text(" ")};
-    this->observer.OnCDATATag(&cdata);
-    this->observer.OnConditionalTag(&conditional);
-    this->observer.OnCommentTag(&comment);
-    this->observer.OnEntityTag(&entity);
-    EXPECT_EQ(this->lines.Take(),
-              (Lines{
-                  R"({"event":"CDATATag","keyword":"CDATA","text":"[x","closed":true})",
-                  R"({"event":"ConditionalTag","keyword":"if","condition":" IE 6","tail":"-","bracketClosed":true,"tagClosed":false})",
-                  R"({"event":"CommentTag","text":" c ","closed":false})",
-                  R"({"event":"EntityTag","prefix":"","name":"DOCTYPE","tokens":[{"prefix":" ","value":"html","quote":0},)"
-                  R"({"prefix":"\n","value":"-//W3C","quote":2}],"suffix":" "})",
-              }));
+    this->Observe("cdata(CDATA|[x)");
+    this->Observe("conditional(if| IE 6|-, open)");
+    this->Observe("comment( c , open)");
+    this->Observe("entity(|DOCTYPE|{ |html}{\\n|\"-//W3C\"}| )");
+    EXPECT_EQ(
+        this->lines.Take(),
+        (Lines{
+            R"({"event":"CDATATag","keyword":"CDATA","text":"[x","closed":true})",
+            R"({"event":"ConditionalTag","keyword":"if","condition":" IE 6","tail":"-","bracketClosed":true,"tagClosed":false})",
+            R"({"event":"CommentTag","text":" c ","closed":false})",
+            R"({"event":"EntityTag","prefix":"","name":"DOCTYPE","tokens":[{"prefix":" ","value":"html","quote":0},)"
+            R"({"prefix":"\n","value":"-//W3C","quote":2}],"suffix":" "})",
+        }));
 }
 
 TYPED_TEST(JsonObserverTest, ProcessingInstructions) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    const Vector<HTML::Attribute<C, S>> none;
-    HTML::ExternTagData<C, S> externTag{this->Text(""), this->Text("xml"), &none, this->Text(" "), false, this->Text(""), true};
-    HTML::ExternTagData<C, S> freeStyle{this->Text(""), this->Text("php"), nullptr, this->Text(""), true, this->Text("<?php ?>"), false};
-    this->observer.OnExternTag(&externTag);
-    this->observer.OnExternTag(&freeStyle);
-    const std::string expectedTag = R"({"event":"ExternTag","prefix":"","name":"xml","attributes":[],"suffix":" ","freeStyle":false,)"
-                                    R"("text":"","slashBeforeClose":true})";
-    const std::string expectedFreeStyle = R"({"event":"ExternTag","prefix":"","name":"php","attributes":null,"suffix":"","freeStyle":true,)"
-                                          R"("text":"<?php ?>","slashBeforeClose":false})";
+    using Instruction = NotedRecord<HTML::ExternTagData, typename TypeParam::C, typename TypeParam::S>;
+    Instruction declaration("extern(|xml|| , slash)");
+    Instruction instruction("extern-text(<?php ?>)");
+    declaration.record.text = this->Text("");
+    instruction.record.name = this->Text("php");
+    instruction.record.attributes = nullptr;
+    this->observer.OnExternTag(&declaration.record);
+    this->observer.OnExternTag(&instruction.record);
+    const std::string expectedTag =
+        R"({"event":"ExternTag","prefix":"","name":"xml","attributes":[],"suffix":" ","freeStyle":false,)"
+        R"("text":"","slashBeforeClose":true})";
+    const std::string expectedFreeStyle =
+        R"({"event":"ExternTag","prefix":"","name":"php","attributes":null,"suffix":"","freeStyle":true,)"
+        R"("text":"<?php ?>","slashBeforeClose":false})";
     EXPECT_EQ(this->lines.Take(), (Lines{expectedTag, expectedFreeStyle}));
 }
 
 TYPED_TEST(JsonObserverTest, WhatIsAbsentIsNull) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    HTML::StartTagData<C, S> start{nullptr, nullptr, nullptr, nullptr, true};
-    HTML::EntityTagData<C, S> entity{nullptr, nullptr, nullptr, nullptr};
-    this->observer.OnStartTag(&start);
-    this->observer.OnEntityTag(&entity);
-    EXPECT_EQ(this->lines.Take(), (Lines{
-                                      R"({"event":"StartTag","prefix":null,"name":null,"attributes":null,"suffix":null,"closed":true})",
-                                      R"({"event":"EntityTag","prefix":null,"name":null,"tokens":null,"suffix":null})",
-                                  }));
+    this->Observe("start(null|null|null|null)");
+    this->Observe("entity(null|null|null|null)");
+    EXPECT_EQ(this->lines.Take(),
+              (Lines{
+                  R"({"event":"StartTag","prefix":null,"name":null,"attributes":null,"suffix":null,"closed":true})",
+                  R"({"event":"EntityTag","prefix":null,"name":null,"tokens":null,"suffix":null})",
+              }));
 }
 
 /// The lines for a document, with places.
@@ -167,7 +146,8 @@ Lines ObservePlaces(const std::string& page, HTML::GenericParser::DataStreamType
     Tool::ParseOptions options;
     options.charset = 1252;
     options.input = type;
-    const Tool::ParsePassResult result = Tool::RunParsePass(&parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
+    const Tool::ParsePassResult result =
+        Tool::RunParsePass(&parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
     EXPECT_TRUE(result.IsGood());
     observer.WriteResult(result, "-");
     return lines.Take();
@@ -175,46 +155,49 @@ Lines ObservePlaces(const std::string& page, HTML::GenericParser::DataStreamType
 
 TYPED_TEST(JsonObserverTest, PlacesFollowTheOwnMembers) {
     const std::string page = "a\n<a b c='d'\te=f g h = \"\" >\n<br i/></a j><?xml k='l'?><!m n><script></script>";
-    Lines placed = ObservePlaces<typename TypeParam::C, typename TypeParam::S>(page, HTML::GenericParser::DATA_STREAM_AUTO);
+    Lines placed =
+        ObservePlaces<typename TypeParam::C, typename TypeParam::S>(page, HTML::GenericParser::DATA_STREAM_AUTO);
     EXPECT_EQ(placed.back().find("\"begin\""), std::string::npos) << "the result has no place";
     placed.pop_back();
-    EXPECT_EQ(placed, (Lines{
-                          R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1})",
-                          R"({"event":"Text","text":"a\n","begin":0,"end":2,"line":1,"column":1})",
-                          R"({"event":"StartTag","prefix":"","name":"a","attributes":[)"
-                          R"({"prefix":" ","name":"b","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false,)"
-                          R"("begin":4,"end":6,"nameBegin":5,"nameEnd":6,"valueBegin":null,"valueEnd":null},)"
-                          R"({"prefix":" ","name":"c","beforeEquals":"","afterEquals":"","value":"d","quote":1,"hasValue":true,)"
-                          R"("begin":6,"end":12,"nameBegin":7,"nameEnd":8,"valueBegin":10,"valueEnd":11},)"
-                          R"({"prefix":"\t","name":"e","beforeEquals":"","afterEquals":"","value":"f g","quote":0,)"
-                          R"("hasValue":true,"begin":12,"end":18,"nameBegin":13,"nameEnd":14,"valueBegin":15,"valueEnd":18},)"
-                          R"({"prefix":" ","name":"h","beforeEquals":" ","afterEquals":" ","value":"","quote":2,"hasValue":true,)"
-                          R"("begin":18,"end":25,"nameBegin":19,"nameEnd":20,"valueBegin":24,"valueEnd":24}],)"
-                          R"("suffix":" ","closed":true,"begin":2,"end":27,"line":2,"column":1})",
-                          R"({"event":"Text","text":"\n","begin":27,"end":28,"line":2,"column":26})",
-                          R"({"event":"ShortTag","prefix":"","name":"br","attributes":[)"
-                          R"({"prefix":" ","name":"i","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false,)"
-                          R"("begin":31,"end":33,"nameBegin":32,"nameEnd":33,"valueBegin":null,"valueEnd":null}],)"
-                          R"("suffix":"","closed":true,"begin":28,"end":35,"line":3,"column":1})",
-                          R"({"event":"EndTag","prefix":"","name":"a","afterName":" ","closed":true,"attributes":[)"
-                          R"({"prefix":"","name":"j","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false,)"
-                          R"("begin":39,"end":40,"nameBegin":39,"nameEnd":40,"valueBegin":null,"valueEnd":null}],)"
-                          R"("slashBeforeClose":false,"suffix":"","begin":35,"end":41,"line":3,"column":8})",
-                          R"({"event":"ExternTag","prefix":"","name":"xml","attributes":[)"
-                          R"({"prefix":" ","name":"k","beforeEquals":"","afterEquals":"","value":"l","quote":1,"hasValue":true,)"
-                          R"("begin":46,"end":52,"nameBegin":47,"nameEnd":48,"valueBegin":50,"valueEnd":51}],)"
-                          R"("suffix":"","freeStyle":false,"text":"","slashBeforeClose":false,"begin":41,"end":54,"line":3,)"
-                          R"("column":14})",
-                          R"({"event":"EntityTag","prefix":"","name":"m","tokens":[{"prefix":" ","value":"n","quote":0}],)"
-                          R"("suffix":"","begin":54,"end":60,"line":3,"column":27})",
-                          R"({"event":"StartTag","prefix":"","name":"script","attributes":[],)"
-                          R"("suffix":"","closed":true,"begin":60,"end":68,"line":3,"column":33})",
-                          R"({"event":"JSTagStart","begin":60,"end":68,"line":3,"column":33})",
-                          R"({"event":"EndTag","prefix":"","name":"script","afterName":"","closed":true,"attributes":[],)"
-                          R"("slashBeforeClose":false,"suffix":"","begin":68,"end":77,"line":3,"column":41})",
-                          R"({"event":"JSTagEnd","begin":68,"end":77,"line":3,"column":41})",
-                          R"({"event":"EndParsing","begin":77,"end":77,"line":3,"column":50})",
-                      }));
+    EXPECT_EQ(
+        placed,
+        (Lines{
+            R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1})",
+            R"({"event":"Text","text":"a\n","begin":0,"end":2,"line":1,"column":1})",
+            R"({"event":"StartTag","prefix":"","name":"a","attributes":[)"
+            R"({"prefix":" ","name":"b","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false,)"
+            R"("begin":4,"end":6,"nameBegin":5,"nameEnd":6,"valueBegin":null,"valueEnd":null},)"
+            R"({"prefix":" ","name":"c","beforeEquals":"","afterEquals":"","value":"d","quote":1,"hasValue":true,)"
+            R"("begin":6,"end":12,"nameBegin":7,"nameEnd":8,"valueBegin":10,"valueEnd":11},)"
+            R"({"prefix":"\t","name":"e","beforeEquals":"","afterEquals":"","value":"f g","quote":0,)"
+            R"("hasValue":true,"begin":12,"end":18,"nameBegin":13,"nameEnd":14,"valueBegin":15,"valueEnd":18},)"
+            R"({"prefix":" ","name":"h","beforeEquals":" ","afterEquals":" ","value":"","quote":2,"hasValue":true,)"
+            R"("begin":18,"end":25,"nameBegin":19,"nameEnd":20,"valueBegin":24,"valueEnd":24}],)"
+            R"("suffix":" ","closed":true,"begin":2,"end":27,"line":2,"column":1})",
+            R"({"event":"Text","text":"\n","begin":27,"end":28,"line":2,"column":26})",
+            R"({"event":"ShortTag","prefix":"","name":"br","attributes":[)"
+            R"({"prefix":" ","name":"i","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false,)"
+            R"("begin":31,"end":33,"nameBegin":32,"nameEnd":33,"valueBegin":null,"valueEnd":null}],)"
+            R"("suffix":"","closed":true,"begin":28,"end":35,"line":3,"column":1})",
+            R"({"event":"EndTag","prefix":"","name":"a","afterName":" ","closed":true,"attributes":[)"
+            R"({"prefix":"","name":"j","beforeEquals":"","afterEquals":"","value":"","quote":0,"hasValue":false,)"
+            R"("begin":39,"end":40,"nameBegin":39,"nameEnd":40,"valueBegin":null,"valueEnd":null}],)"
+            R"("slashBeforeClose":false,"suffix":"","begin":35,"end":41,"line":3,"column":8})",
+            R"({"event":"ExternTag","prefix":"","name":"xml","attributes":[)"
+            R"({"prefix":" ","name":"k","beforeEquals":"","afterEquals":"","value":"l","quote":1,"hasValue":true,)"
+            R"("begin":46,"end":52,"nameBegin":47,"nameEnd":48,"valueBegin":50,"valueEnd":51}],)"
+            R"("suffix":"","freeStyle":false,"text":"","slashBeforeClose":false,"begin":41,"end":54,"line":3,)"
+            R"("column":14})",
+            R"({"event":"EntityTag","prefix":"","name":"m","tokens":[{"prefix":" ","value":"n","quote":0}],)"
+            R"("suffix":"","begin":54,"end":60,"line":3,"column":27})",
+            R"({"event":"StartTag","prefix":"","name":"script","attributes":[],)"
+            R"("suffix":"","closed":true,"begin":60,"end":68,"line":3,"column":33})",
+            R"({"event":"JSTagStart","begin":60,"end":68,"line":3,"column":33})",
+            R"({"event":"EndTag","prefix":"","name":"script","afterName":"","closed":true,"attributes":[],)"
+            R"("slashBeforeClose":false,"suffix":"","begin":68,"end":77,"line":3,"column":41})",
+            R"({"event":"JSTagEnd","begin":68,"end":77,"line":3,"column":41})",
+            R"({"event":"EndParsing","begin":77,"end":77,"line":3,"column":50})",
+        }));
 }
 
 TYPED_TEST(JsonObserverTest, TheResult) {
@@ -230,9 +213,10 @@ TYPED_TEST(JsonObserverTest, TheResult) {
     result.hasCharsetErrors = false;
     result.needsReparsing = true;
     this->observer.WriteResult(result, "a\"\xC3\xA9\xFF\xF0\x9F\x98\x80.html");
-    EXPECT_EQ(this->lines.Take(), (Lines{R"({"event":"Result","startParse":1,"parse":705,"endParse":16,"line":3,"column":5,)"
-                                         R"("currentParserName":"TextSimpleParser","charset":1252,"isWParser":true,)"
-                                         R"("hasCharsetErrors":false,"needsReparsing":true,"file":"a\"\u00e9\ufffd\ud83d\ude00.html"})"}));
+    EXPECT_EQ(this->lines.Take(),
+              (Lines{R"({"event":"Result","startParse":1,"parse":705,"endParse":16,"line":3,"column":5,)"
+                     R"("currentParserName":"TextSimpleParser","charset":1252,"isWParser":true,)"
+                     R"("hasCharsetErrors":false,"needsReparsing":true,"file":"a\"\u00e9\ufffd\ud83d\ude00.html"})"}));
 }
 
 }  // namespace

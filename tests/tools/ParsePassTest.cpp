@@ -75,12 +75,14 @@ TEST(ParseStart, TheThirdPassCountsWhateverItAnswers) {
 
 TEST(ParsePass, TheSelfCheckIsSwitchedOn) {
     const std::string page("<\0!\0-\0-\0a\0-\0-\0>\0", 16);  // its body is written back by half
-    for (const auto mode : {GenericParser::SELF_CHECK_OFF, GenericParser::SELF_CHECK_CRC, GenericParser::SELF_CHECK_COPY}) {
+    for (const auto mode :
+         {GenericParser::SELF_CHECK_OFF, GenericParser::SELF_CHECK_CRC, GenericParser::SELF_CHECK_COPY}) {
         GenericParser parser;
         ParseOptions options;
         options.input = GenericParser::DATA_STREAM_UTF16;
         options.selfCheck = mode;
-        const ParsePassResult result = Tool::RunParsePass(&parser, page, ParseStart(options), options, [](std::uint64_t) {});
+        const ParsePassResult result =
+            Tool::RunParsePass(&parser, page, ParseStart(options), options, [](std::uint64_t) {});
         EXPECT_EQ(result.parse, 0U);
         EXPECT_EQ(result.endParse, mode == GenericParser::SELF_CHECK_OFF ? 0U : 704U);
         EXPECT_EQ(parser.GetSelfCheckStream() != nullptr, mode == GenericParser::SELF_CHECK_COPY);

@@ -11,8 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
-/// What is fed to a parser that gives these answers, one for each piece: the pieces, each followed by "|" and the bytes that are done,
-/// and the result.
+/// What is fed to a parser that gives these answers, one for each piece: the pieces, each followed
+/// by "|" and the bytes that are done, and the result.
 std::string Feed(std::string_view content, std::uint64_t pieceSize, std::vector<std::uint32_t> answers) {
     std::string trace;
     std::size_t calls = 0;

@@ -14,14 +14,15 @@ TEST(ResultText, EveryCodeHasAMeaningOfItsOwn) {
     const std::string unknown(Tool::GetResultMeaning(4711));
     EXPECT_EQ(unknown, "an unknown result code");
     std::set<std::string> meanings = {unknown};
-    for (const std::uint32_t code :
-         {0U, 2U, 5U, 8U, 10U, 11U, 12U, 16U, 50U, 506U, 507U, 512U, 513U, 701U, 702U, 703U, 704U, 705U, 706U, 707U, 708U, 709U}) {
+    for (const std::uint32_t code : {0U,   2U,   5U,   8U,   10U,  11U,  12U,  16U,  50U,  506U, 507U,
+                                     512U, 513U, 701U, 702U, 703U, 704U, 705U, 706U, 707U, 708U, 709U}) {
         EXPECT_TRUE(meanings.emplace(Tool::GetResultMeaning(code)).second) << code;
     }
 }
 
 TEST(ResultText, ADetectorThatAnswers11IsNoMalformedMarkup) {
-    EXPECT_EQ(Tool::GetDetectionMeaning(11), "the charset detector has no usable answer, as for plain ASCII, or cannot be started");
+    EXPECT_EQ(Tool::GetDetectionMeaning(11),
+              "the charset detector has no usable answer, as for plain ASCII, or cannot be started");
     EXPECT_EQ(Tool::GetDetectionMeaning(707), "too little data to detect the charset");
     EXPECT_EQ(Tool::GetDetectionMeaning(0), "success");
 }
@@ -36,7 +37,8 @@ TEST(ResultText, FailuresNameTheCallsTheCodesAndThePlace) {
     result.endParse = 16;
     EXPECT_FALSE(result.IsGood());
     EXPECT_EQ(result.GetFirstFailure(), 16U);
-    EXPECT_EQ(Tool::DescribeFailures(result), "EndParse returned 16: the input ended inside a construct (line 3, column 7)");
+    EXPECT_EQ(Tool::DescribeFailures(result),
+              "EndParse returned 16: the input ended inside a construct (line 3, column 7)");
     result.startParse = 2;
     EXPECT_EQ(result.GetFirstFailure(), 2U);
     result.parse = 4711;
@@ -48,7 +50,8 @@ TEST(ResultText, FailuresNameTheCallsTheCodesAndThePlace) {
 
 TEST(ResultText, TokensThatAreMissing) {
     constexpr const char* MISSING =
-        "tokens are missing, a conversion from the charset 50225 (ISO-2022-KR) returned 50: there is no converter for the charset";
+        "tokens are missing, a conversion from the charset 50225 (ISO-2022-KR) returned 50: there is no converter for "
+        "the charset";
     Tool::ParsePassResult result;
     result.charset = 50225;
     result.conversionError = 50;

@@ -31,21 +31,22 @@ std::string Show(const RewriteEdit& edit) {
 }
 
 TEST(RewriteEdit, EditsAreTakenInTheirOrder) {
-    const RewriteArguments taken =
-        Tool::TakeRewriteArguments({"rewrite", "--remove", "a.onclick", "f", "--set=A.rel=x=y", "--dry-run", "--replace", "*.src", "[0-9]",
-                                    "(\\0)", "--remove-element", "p > .b", "--set", "b.c.d=", "--in-place=.bak", "g"});
+    const RewriteArguments taken = Tool::TakeRewriteArguments(
+        {"rewrite", "--remove", "a.onclick", "f", "--set=A.rel=x=y", "--dry-run", "--replace", "*.src", "[0-9]",
+         "(\\0)", "--remove-element", "p > .b", "--set", "b.c.d=", "--in-place=.bak", "g"});
     Words edits;
     for (const RewriteEdit& edit : taken.edits)
         edits.push_back(Show(edit));
-    EXPECT_EQ(edits, (Words{"remove a onclick", "set A rel x=y", "replace * src x1y x(1)y", "remove-element p > .b", "set b c.d "}));
+    EXPECT_EQ(edits, (Words{"remove a onclick", "set A rel x=y", "replace * src x1y x(1)y", "remove-element p > .b",
+                            "set b c.d "}));
     EXPECT_EQ(taken.rest, (Words{"rewrite", "f", "--dry-run", "g"}));
     EXPECT_TRUE(taken.inPlace);
     EXPECT_EQ(taken.backupSuffix, ".bak");
 }
 
 TEST(RewriteEdit, ValuesMayLookLikeOptions) {
-    const RewriteArguments taken =
-        Tool::TakeRewriteArguments({"rewrite", "--replace", "a.b", "--", "--set", "--set", "a.b=--set", "--in-place", "--", "--set"});
+    const RewriteArguments taken = Tool::TakeRewriteArguments(
+        {"rewrite", "--replace", "a.b", "--", "--set", "--set", "a.b=--set", "--in-place", "--", "--set"});
     ASSERT_EQ(taken.edits.size(), 2U);
     std::string value = "a--b";
     EXPECT_TRUE(taken.edits[0].replacement->Apply(&value));
@@ -96,7 +97,8 @@ TEST(RewriteEdit, WhatIsWrongIsSaid) {
         }
         EXPECT_EQ(what.substr(0, row.expected.size()), row.expected) << what;
     }
-    EXPECT_THROW(Tool::TakeRewriteArguments({"--replace", "a.b", "x", "\\1"}), CLI::ParseError) << "there is no such group";
+    EXPECT_THROW(Tool::TakeRewriteArguments({"--replace", "a.b", "x", "\\1"}), CLI::ParseError)
+        << "there is no such group";
     EXPECT_THROW(Tool::TakeRewriteArguments({"--replace", "a.b", "x", "\\"}), CLI::ParseError);
 }
 
@@ -115,7 +117,8 @@ TEST(RewriteEdit, NamesOfElementsAsSelectors) {
 
 TEST(Replacement, EveryMatchInTimeInProportionToTheText) {
     std::string value(20000, 'a');
-    EXPECT_FALSE(Tool::Replacement("(a*)*b", "x").Apply(&value)) << "an engine that goes back never comes to an end here";
+    EXPECT_FALSE(Tool::Replacement("(a*)*b", "x").Apply(&value))
+        << "an engine that goes back never comes to an end here";
     EXPECT_EQ(value.size(), 20000U);
     std::string text = "http://a http://\xC3\xA9";
     EXPECT_TRUE(Tool::Replacement("http://(.)", "https://\\1\\\\").Apply(&text));

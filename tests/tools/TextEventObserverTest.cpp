@@ -78,7 +78,7 @@ TEST(TextEventObserver, AConstructStartsWhereTheOneBeforeItEnds) {
                                                         }));
 }
 
-TEST(TextEventObserver, TextBehindTheLastTagLiesBeforeTheEnd) {
+TEST(TextEventObserver, TextAfterTheLastTagLiesBeforeTheEnd) {
     EXPECT_EQ(Observe("</a>\n\nbc"), (Lines{
                                          "     1:1     start-parsing",
                                          "     1:1     end(a)",

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "platform/Vector.h"
+#include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
+#include "tools/kestra-html/TextReport.h"
+#include "tools/kestra-html/TokenKind.h"
 
 namespace Kestra::Test {
 namespace {
@@ -19,48 +22,21 @@ protected:
     /// Calls every callback that has a token, in the order of the summary.
     template <typename C, typename S>
     void ObserveEverything(Tool::TextObserver<C, S>* observer) {
-        const Vector<HTML::Attribute<C, S>> attributes;
-        const Vector<HTML::EntityToken<C, S>> tokens;
-        const S* const none = this->Text("");
-        const S* const name = this->Text("n");
-        const std::string bytes = "<";
-        HTML::TextData<C, S> text{name};
-        HTML::StartTagData<C, S> start{none, name, &attributes, none, true};
-        HTML::ShortTagData<C, S> shortTag{none, name, &attributes, none, true};
-        HTML::EndTagData<C, S> end{none, name, none, true, &attributes, false, none};
-        HTML::CommentTagData<C, S> comment{name, true};
-        HTML::CDATATagData<C, S> cdata{name, none, true};
-        HTML::ConditionalTagData<C, S> conditional{name, none, none, true, true};
-        HTML::EntityTagData<C, S> entity{none, name, &tokens, none};
-        HTML::ExternTagData<C, S> externTag{none, name, &attributes, none, false, none, false};
-        HTML::ExternTagData<C, S> freeStyle{none, name, &attributes, none, true, name, false};
-        HTML::CCommentData<C, S> cComment{name};
-        HTML::CPPCommentData<C, S> cppComment{name};
-        HTML::SQuoteStringData<C, S> sQuoteString{name};
-        HTML::DQuoteStringData<C, S> dQuoteString{name};
-        HTML::JunkData<C, S> junk{&bytes};
+        const auto observe = [observer](std::string_view line) { CallNoted<C, S>(observer, line); };
         observer->OnStartParsing();
         observer->OnBOM("\xEF", 1);
         observer->OnCharset(1252);
-        observer->OnText(&text);
-        observer->OnStartTag(&start);
-        observer->OnShortTag(&shortTag);
-        observer->OnEndTag(&end);
-        observer->OnCommentTag(&comment);
-        observer->OnCDATATag(&cdata);
-        observer->OnConditionalTag(&conditional);
-        observer->OnEntityTag(&entity);
-        observer->OnExternTag(&externTag);
-        observer->OnExternTag(&freeStyle);
+        for (const std::string_view line :
+             {"text(n)", "start(|n||)", "short(|n||)", "end(|n|||)", "comment(n)", "cdata(n|)", "conditional(n||)",
+              "entity(|n||)", "extern(|n||)", "extern-text(n)"})
+            observe(line);
         observer->OnJSTagStart();
-        observer->OnCComment(&cComment);
-        observer->OnCPPComment(&cppComment);
-        observer->OnSQuoteString(&sQuoteString);
-        observer->OnDQuoteString(&dQuoteString);
+        for (const std::string_view line : {"c-comment(n)", "cpp-comment(n)", "s-string(n)", "d-string(n)"})
+            observe(line);
         observer->OnJSTagEnd();
         observer->OnCSSTagStart();
         observer->OnCSSTagEnd();
-        observer->OnJunkData(&junk);
+        observe("junk(<)");
         observer->OnEndParsing();
     }
 
@@ -72,16 +48,17 @@ TYPED_TEST_SUITE(TextObserverTest, ObserverFlavours);
 TYPED_TEST(TextObserverTest, EveryCallbackIsALine) {
     Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false);
     this->ObserveEverything(&observer);
-    EXPECT_EQ(
-        this->lines.Take(),
-        (Lines{
-            "     1:1     start-parsing",  "     1:1     bom(EF)",          "     1:1     charset(1252)", "     1:1     text(n)",
-            "     1:1     start(|n||)",    "     1:1     short(|n||)",      "     1:1     end(|n|||)",    "     1:1     comment(n)",
-            "     1:1     cdata(n|)",      "     1:1     conditional(n||)", "     1:1     entity(|n||)",  "     1:1     extern(|n||)",
-            "     1:1     extern-text(n)", "     1:1     js-start",         "     1:1     c-comment(n)",  "     1:1     cpp-comment(n)",
-            "     1:1     s-string(n)",    "     1:1     d-string(n)",      "     1:1     js-end",        "     1:1     css-start",
-            "     1:1     css-end",        "     1:1     junk(<)",          "     1:1     end-parsing",
-        }));
+    EXPECT_EQ(this->lines.Take(),
+              (Lines{
+                  "     1:1     start-parsing",    "     1:1     bom(EF)",      "     1:1     charset(1252)",
+                  "     1:1     text(n)",          "     1:1     start(|n||)",  "     1:1     short(|n||)",
+                  "     1:1     end(|n|||)",       "     1:1     comment(n)",   "     1:1     cdata(n|)",
+                  "     1:1     conditional(n||)", "     1:1     entity(|n||)", "     1:1     extern(|n||)",
+                  "     1:1     extern-text(n)",   "     1:1     js-start",     "     1:1     c-comment(n)",
+                  "     1:1     cpp-comment(n)",   "     1:1     s-string(n)",  "     1:1     d-string(n)",
+                  "     1:1     js-end",           "     1:1     css-start",    "     1:1     css-end",
+                  "     1:1     junk(<)",          "     1:1     end-parsing",
+              }));
 }
 
 TYPED_TEST(TextObserverTest, TheKindIsColoured) {
@@ -101,7 +78,8 @@ TYPED_TEST(TextObserverTest, TheKindIsColoured) {
 TYPED_TEST(TextObserverTest, PlacesAreThoseOfTheParser) {
     const std::string page = "\xEF\xBB\xBF\xC3\xA9\n<meta charset=utf-8><script>\n// c\n</script>\n<b / >";
     for (const bool withOffsets : {false, true}) {
-        Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false, withOffsets);
+        Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false,
+                                                                                  withOffsets);
         this->parser.SetObserver(&observer, false);
         Tool::ParseOptions options;
         Tool::RunParsePass(&this->parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
@@ -137,13 +115,9 @@ TYPED_TEST(TextObserverTest, LongTextsAreCutWithTheirLength) {
     using C = typename TypeParam::C;
     using S = typename TypeParam::S;
     Tool::TextObserver<C, S> observer(&this->lines, &this->parser, false);
-    HTML::TextData<C, S> whole{this->Text(std::string(60, 'a'))};
-    HTML::TextData<C, S> cut{this->Text(std::string(61, 'b'))};
-    const std::string bytes(1000, 'c');
-    HTML::JunkData<C, S> junk{&bytes};
-    observer.OnText(&whole);
-    observer.OnText(&cut);
-    observer.OnJunkData(&junk);
+    CallNoted<C, S>(&observer, "text(" + std::string(60, 'a') + ")");
+    CallNoted<C, S>(&observer, "text(" + std::string(61, 'b') + ")");
+    CallNoted<C, S>(&observer, "junk(" + std::string(1000, 'c') + ")");
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       "     1:1     text(" + std::string(60, 'a') + ")",
                                       "     1:1     text(" + std::string(60, 'b') + "...[61])",
@@ -165,21 +139,23 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result.column = 3;
     result.hasCharsetErrors = true;
     observer.WriteSummary(result, 1234, true);
-    EXPECT_EQ(this->lines.Take(),
-              (Lines{
-                  "bytes    1234",
-                  "tokens   15: text 1, start 1, short 1, end 1, comment 1, cdata 1, conditional 1, entity 1, extern 2, c-comment 1, "
-                  "cpp-comment 1, s-string 1, d-string 1, junk 1",
-                  "charset  65001 (UTF-8), found in a first pass, with decoding errors",
-                  "result   parsing returned 11: malformed markup, a required part is missing or cannot be recognized (line 2, column 3)",
-              }));
+    EXPECT_EQ(this->lines.Take(), (Lines{
+                                      "bytes    1234",
+                                      "tokens   15: text 1, start 1, short 1, end 1, comment 1, cdata 1, conditional "
+                                      "1, entity 1, extern 2, c-comment 1, "
+                                      "cpp-comment 1, s-string 1, d-string 1, junk 1",
+                                      "charset  65001 (UTF-8), found in a first pass, with decoding errors",
+                                      "result   parsing returned 11: malformed markup, a required part is missing or "
+                                      "cannot be recognized (line 2, column 3)",
+                                  }));
 
     result = {};
     result.charset = 4711;
     result.conversionError = 50;
     observer.WriteSummary(result, 2, false);
     EXPECT_EQ(this->lines.Take()[3],
-              "result   tokens are missing, a conversion from the charset 4711 returned 50: there is no converter for the charset");
+              "result   tokens are missing, a conversion from the charset 4711 returned 50: there is no converter for "
+              "the charset");
 
     result = {};
     result.charset = 1200;
@@ -190,6 +166,16 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result.isWParser = false;
     observer.WriteSummary(result, 2, false);
     EXPECT_EQ(this->lines.Take()[2], "charset  4711");
+}
+
+TEST(TextObserverFlavours, AKindWithoutARowIsCountedAsAnother) {
+    EXPECT_EQ(Tool::FindTokenKind("junk"), Tool::TokenKind::JUNK);
+    EXPECT_EQ(Tool::FindTokenKind("imaginary"), Tool::TokenKind::OTHER);
+    KeptLines lines;
+    Tool::TextReport report(&lines, true, false);
+    report.Write(Tool::TokenKind::OTHER, {}, "imaginary(a)");
+    EXPECT_EQ(lines.Take(), Lines{"     1:1     \x1B[1mimaginary\x1B[0m(a)"});
+    EXPECT_EQ(report.DescribeCounts(), "1: other 1");
 }
 
 TEST(TextObserverFlavours, LettersOutsideAscii) {

@@ -152,7 +152,8 @@ TEST(TokenFinder, WhatNoTokenHolds) {
 TEST(TokenFinder, ALongTokenIsCut) {
     ParseOptions options;
     options.charset = 1252;
-    EXPECT_EQ(Find("<!--" + std::string(41, 'x') + "-->", options, 7), "0 comment(" + std::string(40, 'x') + "...[41])");
+    EXPECT_EQ(Find("<!--" + std::string(41, 'x') + "-->", options, 7),
+              "0 comment(" + std::string(40, 'x') + "...[41])");
 }
 
 }  // namespace

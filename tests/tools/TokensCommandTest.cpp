@@ -11,7 +11,8 @@
 namespace Kestra::Test {
 namespace {
 
-constexpr StringNS::CharSet::Code NO_CHARSET = 99999;  // the command line takes none without a converter; markup may lead to one
+constexpr StringNS::CharSet::Code NO_CHARSET =
+    99999;  // the command line takes none without a converter; markup may lead to one
 
 constexpr const char* MISSING =
     "tokens are missing, a conversion from the charset 99999 returned 50: there is no converter for the charset\n";
@@ -44,7 +45,8 @@ TEST(TokensCommand, TokensThatCannotBeConvertedAreToldOf) {
     const ToolRun json = RunHere(options);
     EXPECT_EQ(json.status, 1);
     EXPECT_EQ(json.errors, page + ": " + MISSING);
-    EXPECT_NE(json.output.find("{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,"), std::string::npos) << json.output;
+    EXPECT_NE(json.output.find("{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,"), std::string::npos)
+        << json.output;
 
     options.observer = Tool::TokensOptions::Observer::NARROW;
     const ToolRun narrow = RunHere(options);
@@ -58,7 +60,8 @@ TEST(TokensCommand, AnotherInputHasAllItsTokens) {
     Tool::TokensOptions options;
     options.charset = NO_CHARSET;
     const std::string page = folder.Write("page", "<p>").string();
-    options.inputs = {page, folder.Write("utf-16", std::string("\xFF\xFEx\0", 4)).string(), folder.Write("empty", "").string()};
+    options.inputs = {page, folder.Write("utf-16", std::string("\xFF\xFEx\0", 4)).string(),
+                      folder.Write("empty", "").string()};
     const ToolRun run = RunHere(options);
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.errors, page + ": " + MISSING);

@@ -23,7 +23,8 @@ std::string WithoutRates(std::string_view output) {
     static constexpr std::string_view UNIT = " MB/s";
     std::string text;
     std::size_t copied = 0;
-    for (std::size_t end = output.find(UNIT); end != std::string_view::npos; end = output.find(UNIT, end + UNIT.size())) {
+    for (std::size_t end = output.find(UNIT); end != std::string_view::npos;
+         end = output.find(UNIT, end + UNIT.size())) {
         const std::size_t begin = output.rfind(' ', end - 1) + 1;
         EXPECT_EQ(output.find_first_not_of("0123456789.", begin), end) << output;
         text.append(output.substr(copied, begin - copied)).push_back('R');
@@ -77,7 +78,8 @@ TEST_F(ToolCheck, TextOfAReproducedInput) {
     const ToolRun run = RunOn("<p>a</p>", {});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(WithoutRates(run.output), "-: ok, 8 bytes, 3 tokens, R MB/s\n1 file, 8 bytes, 3 tokens, R MB/s, 1 reproduced\n");
+    EXPECT_EQ(WithoutRates(run.output),
+              "-: ok, 8 bytes, 3 tokens, R MB/s\n1 file, 8 bytes, 3 tokens, R MB/s, 1 reproduced\n");
 }
 
 TEST_F(ToolCheck, TextOfADifferenceNamesTheByteAndItsToken) {
@@ -93,7 +95,9 @@ TEST_F(ToolCheck, TextOfADifferenceNamesTheByteAndItsToken) {
 TEST_F(ToolCheck, Utf16BodiesAreNotReproduced) {
     const ToolRun run = RunOn("\xFF\xFE<\0!\0-\0-\0a\0-\0-\0>\0x\0"s, {});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("first difference at byte 11, in the token from byte 2 on: comment(a)\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("first difference at byte 11, in the token from byte 2 on: comment(a)\n"),
+              std::string::npos)
+        << run.output;
     EXPECT_EQ(RunOn("\xFF\xFE<\0!\0-\0-\0-\0-\0>\0x\0"s, {}).status, 0) << "an empty body is whole";
 }
 
@@ -103,19 +107,23 @@ TEST_F(ToolCheck, AnUnfinishedMarkBelongsToNoToken) {
         const char* pieceSize;
         const char* sizes;
     } CASES[] = {
-        {"\xEF", "0", "1 byte, 0 tokens"},          {"\xEF\xBB", "0", "2 bytes, 0 tokens"}, {"\xEF\xBB", "1", "2 bytes, 0 tokens"},
-        {"\xFF", "0", "1 byte, 0 tokens"},          {"\xEFxy", "1", "3 bytes, 1 token"},    {"\xEF\xBBx", "1", "3 bytes, 1 token"},
+        {"\xEF", "0", "1 byte, 0 tokens"},          {"\xEF\xBB", "0", "2 bytes, 0 tokens"},
+        {"\xEF\xBB", "1", "2 bytes, 0 tokens"},     {"\xFF", "0", "1 byte, 0 tokens"},
+        {"\xEFxy", "1", "3 bytes, 1 token"},        {"\xEF\xBBx", "1", "3 bytes, 1 token"},
         {"\xEF\xBBx<b>", "2", "6 bytes, 2 tokens"},
     };
     for (const auto& row : CASES) {
         for (const char* const feed : {"stream", "buffer"}) {
             const ToolRun run = RunOn(row.input, {"--feed", feed, "--piece-size", row.pieceSize, "--charset", "1252"});
             EXPECT_EQ(run.status, 1);
-            EXPECT_EQ(run.errors, "-: is not reproduced, the unfinished byte-order mark at its start belongs to no token\n");
-            EXPECT_EQ(WithoutRates(run.output)
-                          .find("-: 0, but not reproduced, the unfinished byte-order mark at its start belongs to no token, " +
-                                std::string(row.sizes) + ", R MB/s\n1 file, "),
-                      0U)
+            EXPECT_EQ(run.errors,
+                      "-: is not reproduced, the unfinished byte-order mark at its start belongs to no token\n");
+            EXPECT_EQ(
+                WithoutRates(run.output)
+                    .find(
+                        "-: 0, but not reproduced, the unfinished byte-order mark at its start belongs to no token, " +
+                        std::string(row.sizes) + ", R MB/s\n1 file, "),
+                0U)
                 << run.output;
         }
     }
@@ -130,10 +138,13 @@ TEST_F(ToolCheck, AnUnfinishedMarkBelongsToNoToken) {
 TEST_F(ToolCheck, AnotherResultCode) {
     const ToolRun run = RunOn("a<b / >", {"--feed", "buffer", "--charset", "1252"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("-: 11, malformed markup, a required part is missing or cannot be recognized, 7 bytes, 1 token, "),
+    EXPECT_NE(run.output.find(
+                  "-: 11, malformed markup, a required part is missing or cannot be recognized, 7 bytes, 1 token, "),
               std::string::npos)
         << run.output;
-    EXPECT_NE(run.output.find("; first difference at byte 1, in the token from byte 0 on: text(a)\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("; first difference at byte 1, in the token from byte 0 on: text(a)\n"),
+              std::string::npos)
+        << run.output;
     EXPECT_NE(run.errors.find("-: parsing returned 11: "), std::string::npos) << run.errors;
     EXPECT_EQ(RunOn("a<b / >", {"--charset", "1252"}).status, 0) << "a stream is read again";
 }
@@ -141,21 +152,27 @@ TEST_F(ToolCheck, AnotherResultCode) {
 TEST_F(ToolCheck, AnEmptyInput) {
     const ToolRun run = RunOn("", {"--format", "json"});
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.output, "{\"file\":\"-\",\"bytes\":0,\"tokens\":0,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n");
-    EXPECT_EQ(RunOn("", {}).output, "-: ok, 0 bytes, 0 tokens, 0.0 MB/s\n1 file, 0 bytes, 0 tokens, 0.0 MB/s, 1 reproduced\n");
+    EXPECT_EQ(run.output,
+              "{\"file\":\"-\",\"bytes\":0,\"tokens\":0,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n");
+    EXPECT_EQ(RunOn("", {}).output,
+              "-: ok, 0 bytes, 0 tokens, 0.0 MB/s\n1 file, 0 bytes, 0 tokens, 0.0 MB/s, 1 reproduced\n");
 }
 
 TEST_F(ToolCheck, TheOptionsOfThePassAreUsed) {
-    // As UTF-16, as 8-bit text behind what is no mark then, and in pieces that cut the condition in two.
-    EXPECT_NE(RunOn("a\0b\0"s, {"--input", "utf16", "--format", "json"}).output.find("\"tokens\":1,"), std::string::npos);
+    // As UTF-16, as 8-bit text after what is no mark then, and in pieces that cut the condition in
+    // two.
+    EXPECT_NE(RunOn("a\0b\0"s, {"--input", "utf16", "--format", "json"}).output.find("\"tokens\":1,"),
+              std::string::npos);
     EXPECT_EQ(RunOn("abc", {"--input", "utf16"}).status, 1);
     EXPECT_EQ(RunOn("\xEF", {"--input", "8bit"}).status, 0);
     EXPECT_EQ(RunOn("<![if x] tail>y", {}).status, 0);
     EXPECT_EQ(RunOn("<![if x] tail>y", {"--piece-size", "10"}).status, 1);
     EXPECT_EQ(RunOn("<![if x] tail>y", {"--piece-size", "10", "--feed", "buffer"}).status, 1);
     const std::string escaped = "\x1B$B<b>a\x1B(B";
-    EXPECT_NE(RunOn(escaped, {"--charset", "50221", "--format", "json"}).output.find("\"tokens\":1,"), std::string::npos);
-    EXPECT_NE(RunOn(escaped, {"--charset", "1252", "--format", "json"}).output.find("\"tokens\":3,"), std::string::npos);
+    EXPECT_NE(RunOn(escaped, {"--charset", "50221", "--format", "json"}).output.find("\"tokens\":1,"),
+              std::string::npos);
+    EXPECT_NE(RunOn(escaped, {"--charset", "1252", "--format", "json"}).output.find("\"tokens\":3,"),
+              std::string::npos);
 }
 
 TEST_F(ToolCheck, ALateCharsetIsFollowed) {
@@ -166,7 +183,8 @@ TEST_F(ToolCheck, ALateCharsetIsFollowed) {
     const ToolRun stopped = RunOn(declared, {"--format", "json", "--no-reparse"});
     EXPECT_EQ(stopped.status, 1);
     EXPECT_NE(stopped.output.find("\"identical\":false"), std::string::npos) << stopped.output;
-    EXPECT_NE(stopped.errors.find("-: parsing returned 705: another charset was found"), std::string::npos) << stopped.errors;
+    EXPECT_NE(stopped.errors.find("-: parsing returned 705: another charset was found"), std::string::npos)
+        << stopped.errors;
 }
 
 TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
@@ -211,7 +229,9 @@ TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
     }
     const ToolRun json = Run({"--format", "json", "none", "good"});
     EXPECT_EQ(json.status, 3);
-    EXPECT_EQ(json.output, "{\"file\":\"good\",\"bytes\":3,\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n")
+    EXPECT_EQ(
+        json.output,
+        "{\"file\":\"good\",\"bytes\":3,\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n")
         << "no summary, and nothing of what was not checked";
 }
 
@@ -224,7 +244,8 @@ TEST_F(ToolCheck, FoldersAreWalked) {
     const ToolRun run = Run({"--recursive", "--format", "json", "notes.txt", "site"});
     EXPECT_EQ(run.status, 0) << run.errors;
     std::string files;
-    for (std::size_t at = run.output.find("\"file\":\""); at != std::string::npos; at = run.output.find("\"file\":\"", at + 1))
+    for (std::size_t at = run.output.find("\"file\":\""); at != std::string::npos;
+         at = run.output.find("\"file\":\"", at + 1))
         files += run.output.substr(at + 8, run.output.find('"', at + 8) - at - 8) + ";";
     for (std::size_t at = files.find("\\\\"); at != std::string::npos; at = files.find("\\\\"))
         files.replace(at, 2, "/");  // the separator of Windows
@@ -258,7 +279,8 @@ TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
             continue;
         }
         Write(name, std::string(size, 'x'));
-        expected += "{\"file\":\"" + name + "\",\"bytes\":" + std::to_string(size) + ",\"tokens\":" + (size > 0 ? "1" : "0") +
+        expected += "{\"file\":\"" + name + "\",\"bytes\":" + std::to_string(size) +
+                    ",\"tokens\":" + (size > 0 ? "1" : "0") +
                     ",\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
     }
     for (const char* const jobs : {"1", "2", "16", "1024"}) {
@@ -301,7 +323,8 @@ TEST_F(ToolCheck, OutputThatCannotBeWritten) {
     EXPECT_EQ(disk.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
     const ToolRun unreadable = Run({"none", "page"});
     EXPECT_EQ(unreadable.status, 3);
-    EXPECT_EQ(unreadable.errors, "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
+    EXPECT_EQ(unreadable.errors,
+              "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
     settings.output = Sink::CLOSED_PIPE;
     const ToolRun pipe = Run(arguments);
     EXPECT_EQ(pipe.status, 1);

@@ -20,7 +20,8 @@ ToolRun Detect(std::string_view input, Arguments arguments = {}) {
 TEST(ToolDetectFailures, TooLittleDataSaysSoAndWhy) {
     for (const std::size_t size : {0U, 1U, 255U}) {
         const std::string input = std::string(size, 'x');
-        const std::string why = "too little data to detect the charset: " + std::to_string(size) + " of at least 256 bytes\n";
+        const std::string why =
+            "too little data to detect the charset: " + std::to_string(size) + " of at least 256 bytes\n";
         const ToolRun run = Detect(input);
         EXPECT_EQ(run.status, 1);
         EXPECT_EQ(run.output, "-: unknown, no confidence, 707, " + why);

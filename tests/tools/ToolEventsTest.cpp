@@ -38,9 +38,10 @@ std::string EventsOf(std::string_view input, Arguments more = {}) {
 }
 
 TEST(ToolEvents, EveryEvent) {
-    EXPECT_EQ(JsonOf("<a href=x checked></a><script defer>x=1</script><?xml version='1.0'?><!DOCTYPE html><!-- c -->a<br/>"
-                     "<style>p{}</style>tail"),
-              R"({"event":"StartParsing"}
+    EXPECT_EQ(
+        JsonOf("<a href=x checked></a><script defer>x=1</script><?xml version='1.0'?><!DOCTYPE html><!-- c -->a<br/>"
+               "<style>p{}</style>tail"),
+        R"({"event":"StartParsing"}
 {"event":"StartTag","name":"a","attributes":[["href","x"],["checked",""]]}
 {"event":"EndTag","name":"a"}
 {"event":"Script","attributes":[["defer",""]],"body":"x=1"}
@@ -73,17 +74,21 @@ TEST(ToolEvents, Places) {
     for (const char* const pieceSize : {"1", "2", "7"}) {
         for (const char* const feed : {"stream", "buffer"}) {
             const std::string lines =
-                RunToolOn(cut, {"events", "--format", "json", "--places", "--feed", feed, "--piece-size", pieceSize}).output;
+                RunToolOn(cut, {"events", "--format", "json", "--places", "--feed", feed, "--piece-size", pieceSize})
+                    .output;
             const std::string expected = JsonOf(cut, {"--places"});
-            EXPECT_EQ(lines.substr(0, lines.rfind("{")), expected.substr(0, expected.rfind("{"))) << feed << " " << pieceSize;
+            EXPECT_EQ(lines.substr(0, lines.rfind("{")), expected.substr(0, expected.rfind("{")))
+                << feed << " " << pieceSize;
         }
     }
-    EXPECT_NE(RunToolOn(page, {"events", "--places"}).output.find("\n     2:7     [15,15)           end(br)\n"), std::string::npos);
+    EXPECT_NE(RunToolOn(page, {"events", "--places"}).output.find("\n     2:7     [15,15)           end(br)\n"),
+              std::string::npos);
 }
 
 TEST(ToolEvents, Scripts) {
     const std::string page = "<script>a='</script>';</script><title><b></title ><i>";
-    const std::string asTokens = R"({"event":"Script","attributes":[],"body":"a='</script>';","begin":0,"end":31,"line":1,"column":1}
+    const std::string asTokens =
+        R"({"event":"Script","attributes":[],"body":"a='</script>';","begin":0,"end":31,"line":1,"column":1}
 {"event":"StartTag","name":"title","attributes":[],"begin":31,"end":38,"line":1,"column":43}
 {"event":"StartTag","name":"b","attributes":[],"begin":38,"end":41,"line":1,"column":50}
 )";
@@ -105,13 +110,15 @@ TEST(ToolEvents, Scripts) {
     EXPECT_EQ(JsonOf(page, {"--places", "--scripts", "text"}), asText);
     for (const char* const size : {"1", "5"})
         EXPECT_EQ(JsonOf(page, {"--places", "--scripts", "text", "--piece-size", size}), asText) << size;
-    EXPECT_NE(RunToolOn(page, {"events", "--scripts", "text"}).output.find("\n     1:44    text(<b>)\n"), std::string::npos);
+    EXPECT_NE(RunToolOn(page, {"events", "--scripts", "text"}).output.find("\n     1:44    text(<b>)\n"),
+              std::string::npos);
 }
 
 TEST(ToolEvents, ALongTokenEndsTheInput) {
     const ToolRun run = RunToolOn("<p>ab<b class=long>", {"events", "--format", "json", "--max-token", "8"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"ab\"}\n{\"event\":\"Result\",\"startParse\":0,\"parse\":711,\"endParse\":0,"),
+    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"ab\"}\n{\"event\":\"Result\",\"startParse\":0,\"parse\":"
+                              "711,\"endParse\":0,"),
               std::string::npos)
         << run.output;
     EXPECT_EQ(run.errors.find("-: parsing returned 711: "), 0U) << run.errors;
@@ -155,17 +162,20 @@ TEST(ToolEvents, CharsetsAndFlags) {
 
 TEST(ToolEvents, AnInputThatEndsInsideAConstructIsGood) {
     // The result of a stream does not tell of it.
-    EXPECT_EQ(EventsOf("<p\nid"),
-              "{\"event\":\"StopParsing\"}\n"
-              "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
-    EXPECT_EQ(EventsOf("<p\nid", {"--feed", "buffer"}),
-              "{\"event\":\"StopParsing\"}\n"
-              "{\"event\":\"Result\",\"startParse\":0,\"parse\":16,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
+    EXPECT_EQ(
+        EventsOf("<p\nid"),
+        "{\"event\":\"StopParsing\"}\n"
+        "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
+    EXPECT_EQ(
+        EventsOf("<p\nid", {"--feed", "buffer"}),
+        "{\"event\":\"StopParsing\"}\n"
+        "{\"event\":\"Result\",\"startParse\":0,\"parse\":16,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
     const ToolRun text = RunToolOn("<p\nid", {"events", "--feed", "buffer"});
     EXPECT_EQ(text.status, 0);
     EXPECT_EQ(text.errors, "");
-    EXPECT_NE(text.output.find("\nresult   parsing returned 16: the input ended inside a construct (line 2, column 3)\n"),
-              std::string::npos)
+    EXPECT_NE(
+        text.output.find("\nresult   parsing returned 16: the input ended inside a construct (line 2, column 3)\n"),
+        std::string::npos)
         << text.output;
 }
 
@@ -178,9 +188,10 @@ TEST(ToolEvents, MalformedMarkup) {
         {"</1>", "\"parse\":701,\"endParse\":0,\"line\":1,\"column\":3,",
          "-: parsing returned 701: malformed markup, a name must begin with a letter or \"_\" (line 1, column 3)\n"},
         {"</a >", "\"parse\":702,\"endParse\":0,\"line\":1,\"column\":4,",
-         "-: parsing returned 702: malformed markup, a tag, a declaration or an instruction must end here (line 1, column 4)\n"},
+         "-: parsing returned 702: malformed markup, a tag, a declaration or an instruction must end here (line 1, "
+         "column 4)\n"},
         {"a\n <= b", "\"parse\":703,\"endParse\":0,\"line\":2,\"column\":5,",
-         "-: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "-: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\" "
          "(line 2, column 5)\n"},
     };
     for (const auto& row : CASES) {
@@ -197,7 +208,7 @@ TEST(ToolEvents, MalformedMarkup) {
 TEST(ToolEvents, AnErrorEndsTheFeeding) {
     const ToolRun run = RunJson("a<=<b>", {"--feed", "buffer", "--piece-size", "1"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output.find("StartTag"), std::string::npos) << "the pieces behind the error would be good";
+    EXPECT_EQ(run.output.find("StartTag"), std::string::npos) << "the pieces after the error would be good";
     EXPECT_NE(run.output.find("\"parse\":703,"), std::string::npos) << run.output;
 }
 
@@ -223,14 +234,16 @@ TEST(ToolEvents, ReadsOfAStreamAre65536Bytes) {
     const std::string cut = "{\"event\":\"Comment\",\"text\":\"a\"}\n{\"event\":\"Text\",\"text\":\"bc-->\"}\n";
     const std::string whole = "{\"event\":\"Comment\",\"text\":\"abc\"}\n";
     EXPECT_NE(EventsOf(page).find(cut), std::string::npos);
-    EXPECT_NE(EventsOf(page, {"--piece-size", "100000"}).find(cut), std::string::npos) << "a read gets no more than it asks for";
+    EXPECT_NE(EventsOf(page, {"--piece-size", "100000"}).find(cut), std::string::npos)
+        << "a read gets no more than it asks for";
     EXPECT_NE(EventsOf(page, {"--feed", "buffer"}).find(whole), std::string::npos);
     EXPECT_NE(EventsOf(page, {"--feed", "buffer", "--piece-size", "100000"}).find(whole), std::string::npos);
 }
 
 TEST(ToolEvents, OtherConstructsAreTheSameForEveryPieceSize) {
     const std::string page =
-        "Caf\xE9 <p class=x id =\nab checked>t</p><script>if(a<b)//c\nx='</script>'</script><style>a b</style >\n</style>"
+        "Caf\xE9 <p class=x id =\nab checked>t</p><script>if(a<b)//c\nx='</script>'</script><style>a b</style "
+        ">\n</style>"
         "<!DOCTYPE html PUBLIC x><i>";
     const std::string expected = JsonOf(page, {"--feed", "buffer"});
     EXPECT_NE(expected.find(R"({"event":"StartTag","name":"i","attributes":[]})"), std::string::npos) << expected;
@@ -274,12 +287,14 @@ TEST(ToolEvents, Files) {
         {{"good", "open", "-"}, 0, ""},
         {{"good", "bad", "open"},
          1,
-         "bad: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "bad: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or "
+         "\"<!-\" "
          "(line 1, column 2)\n"},
         {{"none", "bad"},
          3,
          "none: cannot be read\n"
-         "bad: parsing returned 703: malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\" "
+         "bad: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or "
+         "\"<!-\" "
          "(line 1, column 2)\n"},
         {{"none", "good"}, 3, "none: cannot be read\n"},
     };

@@ -10,7 +10,8 @@
 namespace Kestra::Test {
 namespace {
 
-/// Runs the tool in a folder with a good file "good" and a file "bad" whose parse fails when it is fed as a buffer.
+/// Runs the tool in a folder with a good file "good" and a file "bad" whose parse fails when it is
+/// fed as a buffer.
 class ToolFiles : public testing::Test {
 protected:
     ToolFiles() {
@@ -66,7 +67,10 @@ TEST_F(ToolFiles, ExitStatus) {
         {{"no\nne"}, 3, "no\\x0Ane: cannot be read\n", ""},
         {{"n\x01o\t\x1B[2J\x7F"}, 3, "n\\x01o\\x09\\x1B[2J\\x7F: cannot be read\n", ""},
         {{"n\xC2\x9B\xE2\x80\xAElmth"}, 3, "n\\u009B\\u202Elmth: cannot be read\n", ""},
-        {{"good", "--bogus"}, 2, "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)\n", ""},
+        {{"good", "--bogus"},
+         2,
+         "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)\n",
+         ""},
     };
     for (const auto& row : CASES) {
         std::vector<std::string> arguments = row.files;
@@ -85,7 +89,8 @@ TEST_F(ToolFiles, StandardInput) {
     EXPECT_EQ(twice.status, 0);
     EXPECT_EQ(Files(twice.output), "-;-;");
     EXPECT_NE(twice.output.find("\"text\":\"s\""), std::string::npos);
-    EXPECT_EQ(twice.output.find("\"text\":\"s\""), twice.output.rfind("\"text\":\"s\""));  // the second time it is at its end
+    EXPECT_EQ(twice.output.find("\"text\":\"s\""),
+              twice.output.rfind("\"text\":\"s\""));  // the second time it is at its end
 
     settings.input.reset();
     const ToolRun closed = Run({"--format", "json", "-", "good"});
@@ -107,7 +112,8 @@ TEST_F(ToolFiles, BytesArriveAsTheyAre) {
         bytes.push_back(static_cast<char>(i == '<' ? 'x' : i));
     folder.Write("bytes", bytes);
     const ToolRun file = Run({"--format", "json", "--observer", "narrow", "bytes"});
-    EXPECT_NE(file.output.find(R"("\u0000\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e)"), std::string::npos);
+    EXPECT_NE(file.output.find(R"("\u0000\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e)"),
+              std::string::npos);
     EXPECT_NE(file.output.find(R"(\u0019\u001a\u001b)"), std::string::npos);
     EXPECT_NE(file.output.find(R"(~\u007f\u0080)"), std::string::npos);
     EXPECT_NE(file.output.find(R"(\u00fe\u00ff")"), std::string::npos);
@@ -137,7 +143,9 @@ TEST_F(ToolFiles, HelpAndVersionReadNothing) {
     const ToolRun nothing = RunTool({}, settings);
     EXPECT_EQ(nothing.status, 2);
     EXPECT_EQ(nothing.output, "");
-    EXPECT_EQ(nothing.errors, "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)\n");
+    EXPECT_EQ(
+        nothing.errors,
+        "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)\n");
 }
 
 }  // namespace

@@ -47,7 +47,8 @@ TEST(ToolOutput, AFullDiskEndsTheRunInTheMiddle) {
     EXPECT_EQ(run.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
     const ToolRun unreadable = RunTool({"tokens", "none", "page"}, settings);
     EXPECT_EQ(unreadable.status, 3);
-    EXPECT_EQ(unreadable.errors, "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
+    EXPECT_EQ(unreadable.errors,
+              "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
 }
 
 TEST(ToolOutput, HelpThatCannotBeWritten) {

@@ -93,9 +93,11 @@ TEST(ToolRewrite, WithoutEditsTheOutputIsTheInput) {
     };
     for (const std::string& input : inputs) {
         for (const Arguments& arguments : options)
-            EXPECT_TRUE(Rewritten(input, arguments) == input) << input.substr(0, 30) << testing::PrintToString(arguments);
+            EXPECT_TRUE(Rewritten(input, arguments) == input)
+                << input.substr(0, 30) << testing::PrintToString(arguments);
     }
-    EXPECT_TRUE(RunTool({"rewrite", KESTRA_EXAMPLE_PAGES "/saltmarsh-point.html"}).output == inputs[std::size(inputs) - 1]);
+    EXPECT_TRUE(RunTool({"rewrite", KESTRA_EXAMPLE_PAGES "/saltmarsh-point.html"}).output ==
+                inputs[std::size(inputs) - 1]);
 }
 
 TEST(ToolRewrite, Edits) {
@@ -111,7 +113,10 @@ TEST(ToolRewrite, Edits) {
         {"every element", {"--set", "*.a=b"}, "<x a=c></x><br a=d/>", "<x a=b></x><br a=b/>"},
         {"a value that is so already stays as it is", {"--set", "a.b=<"}, "<a b='&lt;'>", "<a b='&lt;'>"},
         {"characters of markup become references", {"--set", "a.b=<&>\"'"}, "<a b=\"c\">", "<a b=\"<&amp;>&quot;'\">"},
-        {"every match is replaced", {"--replace", "a.href", "[xy]", "(\\0)"}, "<a href=\"xay\" x=x>", "<a href=\"(x)a(y)\" x=x>"},
+        {"every match is replaced",
+         {"--replace", "a.href", "[xy]", "(\\0)"},
+         "<a href=\"xay\" x=x>",
+         "<a href=\"(x)a(y)\" x=x>"},
         {"references are decoded for it", {"--replace", "a.b", "&", "+"}, "<a b='c&amp;d&#38;e'>", "<a b='c+d+e'>"},
         {"no match", {"--replace", "a.b", "^x", "y"}, "<a b='c&d'>", "<a b='c&d'>"},
         {"bare words after it stay",
@@ -125,15 +130,27 @@ TEST(ToolRewrite, Edits) {
          {"--remove-element", "div > p.x"},
          "<div><p class='x y'>a</p><p>b</p></div><p class=x>",
          "<div><p>b</p></div><p class=x>"},
-        {"with what is in it", {"--remove-element", "div", "--set", "p.a=b"}, "<div><div><p></div><p></div><p>", "<p a=\"b\">"},
-        {"in the order of the options", {"--set", "a.b=1", "--replace", "a.b", "1", "2", "--set", "a.c=3"}, "<a>", "<a b=\"2\" c=\"3\">"},
+        {"with what is in it",
+         {"--remove-element", "div", "--set", "p.a=b"},
+         "<div><div><p></div><p></div><p>",
+         "<p a=\"b\">"},
+        {"in the order of the options",
+         {"--set", "a.b=1", "--replace", "a.b", "1", "2", "--set", "a.c=3"},
+         "<a>",
+         "<a b=\"2\" c=\"3\">"},
         {"names with other characters", {"--set", "s:a.x:y=b"}, "<s:a><s>", "<s:a x:y=\"b\"><s>"},
-        {"a script may hide tags", {"--set", "a.b=c"}, "<script>`http://`;</script><a>", "<script>`http://`;</script><a>"},
+        {"a script may hide tags",
+         {"--set", "a.b=c"},
+         "<script>`http://`;</script><a>",
+         "<script>`http://`;</script><a>"},
         {"not when it is text",
          {"--scripts", "text", "--set", "a.b=c"},
          "<script>`http://`;</script><a>",
          "<script>`http://`;</script><a b=\"c\">"},
-        {"the rest stays as it is", {"--set", "p.a=b"}, "<p / >\r\n<P\n>\xE9<!-x><p", "<p / >\r\n<P a=\"b\"\n>\xE9<!-x><p"},
+        {"the rest stays as it is",
+         {"--set", "p.a=b"},
+         "<p / >\r\n<P\n>\xE9<!-x><p",
+         "<p / >\r\n<P a=\"b\"\n>\xE9<!-x><p"},
     };
     for (const auto& row : CASES)
         EXPECT_EQ(Rewritten(row.input, row.arguments), row.output) << row.note;
@@ -144,7 +161,8 @@ TEST(ToolRewrite, ATokenOverTheLimitEndsTheEdits) {
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.output, "<a b=\"c\"><!-- d --><a>");
     EXPECT_NE(run.errors.find("711"), std::string::npos) << run.errors;
-    EXPECT_EQ(Rewritten("<a><!-- d --><a>", {"--max-token", "10", "--set", "a.b=c"}), "<a b=\"c\"><!-- d --><a b=\"c\">");
+    EXPECT_EQ(Rewritten("<a><!-- d --><a>", {"--max-token", "10", "--set", "a.b=c"}),
+              "<a b=\"c\"><!-- d --><a b=\"c\">");
 }
 
 TEST(ToolRewrite, Charsets) {
@@ -154,15 +172,27 @@ TEST(ToolRewrite, Charsets) {
         std::string input;
         std::string output;
     } CASES[] = {
-        {"UTF-8 that says nothing", {"--replace", "a.b", "c", "\xE2\x82\xAC"}, "<a b='c\xC3\xA9'>", "<a b='\xE2\x82\xAC\xC3\xA9'>"},
-        {"what is no UTF-8 stays byte by byte", {"--replace", "a.b", "c", "d"}, "<a b='c\xE9\x81\x80'>", "<a b='d\xE9\x81\x80'>"},
+        {"UTF-8 that says nothing",
+         {"--replace", "a.b", "c", "\xE2\x82\xAC"},
+         "<a b='c\xC3\xA9'>",
+         "<a b='\xE2\x82\xAC\xC3\xA9'>"},
+        {"what is no UTF-8 stays byte by byte",
+         {"--replace", "a.b", "c", "d"},
+         "<a b='c\xE9\x81\x80'>",
+         "<a b='d\xE9\x81\x80'>"},
         {"windows-1252 has a euro", {"--replace", "a.b", "c", "\xE2\x82\xAC"}, "<a b='c\xE9'>", "<a b='\x80\xE9'>"},
         {"a charset that is declared",
          {"--set", "a.b=\xD0\xB9"},
          "<meta charset=windows-1251><a b=c>",
          "<meta charset=windows-1251><a b=\xE9>"},
-        {"declared later", {"--set", "a.b=\xD0\xB9"}, "<a b=c><meta charset=windows-1251>", "<a b=\xE9><meta charset=windows-1251>"},
-        {"of the command line", {"--charset", "windows-1251", "--set", "a.b=\xD0\xB9"}, "<a b=c>\xC3\xA9", "<a b=\xE9>\xC3\xA9"},
+        {"declared later",
+         {"--set", "a.b=\xD0\xB9"},
+         "<a b=c><meta charset=windows-1251>",
+         "<a b=\xE9><meta charset=windows-1251>"},
+        {"of the command line",
+         {"--charset", "windows-1251", "--set", "a.b=\xD0\xB9"},
+         "<a b=c>\xC3\xA9",
+         "<a b=\xE9>\xC3\xA9"},
         {"what a charset lacks is a reference", {"--set", "a.b=\xE6\x97\xA5"}, "<a b=c>\xE9", "<a b=&#26085;>\xE9"},
         {"UTF-16 with a mark", {"--set", "a.b=d"}, "\xFF\xFE" + Utf16("<a b=c>e"), "\xFF\xFE" + Utf16("<a b=d>e")},
         {"UTF-16 by its type", {"--input", "utf16", "--remove", "a.b"}, Utf16("<a b=c>e"), Utf16("<a>e")},
@@ -199,7 +229,8 @@ TEST(ToolRewrite, ADryRunTellsEveryEdit) {
               "-:2:2: 2 -> (none)\n"
               "-:2:40: <i> -> (none)\n"
               "-:3:3: (none) -> \xC3\xA9\\x0A\n");
-    EXPECT_EQ(Rewritten(Utf16(" <s>"), {"--input", "utf16", "--dry-run", "--remove-element", "s"}), "-:1:2: <s> -> (none)\n");
+    EXPECT_EQ(Rewritten(Utf16(" <s>"), {"--input", "utf16", "--dry-run", "--remove-element", "s"}),
+              "-:1:2: <s> -> (none)\n");
     EXPECT_EQ(Rewritten(input, {"--dry-run"}), "");
 }
 
@@ -291,10 +322,10 @@ TEST_F(ToolRewriteInPlace, AnEditThatCannotBeMadeLeavesTheFile) {
     inPlace.insert(inPlace.end(), {"--in-place=.bak", "page"});
     const ToolRun run = RunTool(inPlace, settings);
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(
-        run.errors,
-        "page: an edit returned 723: this is no name of an attribute, or the charset of the document lacks a character of it (line 1, "
-        "column 4)\n");
+    EXPECT_EQ(run.errors,
+              "page: an edit returned 723: this is no name of an attribute, or the charset of the document lacks a "
+              "character of it (line 1, "
+              "column 4)\n");
     EXPECT_EQ(Read("page"), "<p><a>\xE9");
     EXPECT_EQ(NamesIn(folder.GetPath()), Arguments{"page"});
     const ToolRun copied = RunToolOn("<p><a>\xE9", arguments);

@@ -12,7 +12,8 @@ namespace Kestra::Test {
 /// How one of the tool's output streams is set up.
 enum class Sink {
     CAPTURED,     ///< a file
-    TERMINAL,     ///< a terminal that changes nothing; at most one stream at a time. On Windows a console, and what it shows at the end
+    TERMINAL,     ///< a terminal that changes nothing; at most one stream at a time. On Windows a console, and what it
+                  ///< shows at the end
     CLOSED,       ///< not open at all
     CLOSED_PIPE,  ///< a pipe whose reader is gone
     UNWRITABLE    ///< every write fails: the disk is full, or on Windows the file may only be read
@@ -24,7 +25,8 @@ struct ToolSettings {
     Sink errors = Sink::CAPTURED;
     std::map<std::string, std::string> environment;  ///< on top of one for colours
     std::string folder;                              ///< to run in; empty for the current one
-    std::optional<std::uint64_t> largestFile;        ///< bytes that a file of the tool can have, as on a full disk; on POSIX only
+    std::optional<std::uint64_t>
+        largestFile;  ///< bytes that a file of the tool can have, as on a full disk; on POSIX only
 };
 
 struct ToolRun {

@@ -32,7 +32,8 @@ std::string LastLine(const std::string& output) {
     if (output.empty() || output.back() != '\n')
         return "(no line)";
     const std::size_t before = output.rfind('\n', output.size() - 2);
-    return output.substr(before == std::string::npos ? 0 : before + 1, output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
+    return output.substr(before == std::string::npos ? 0 : before + 1,
+                         output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
 }
 
 std::string WithoutLastLine(const std::string& output) {
@@ -87,13 +88,15 @@ TEST(ToolTokens, AllKindsThatTheParserDelivers) {
 TEST(ToolTokens, TheStreamType) {
     EXPECT_EQ(WithoutLastLine(JsonOf("a", {"--input", "auto", "--charset", "1252"})),
               "{\"event\":\"StartParsing\"}\n{\"event\":\"Text\",\"text\":\"a\"}\n{\"event\":\"EndParsing\"}\n");
-    EXPECT_EQ(WithoutLastLine(JsonOf("a", {"--input", "8bit", "--charset", "1252"})),
-              "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1252}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
-              "{\"event\":\"EndParsing\"}\n");
+    EXPECT_EQ(
+        WithoutLastLine(JsonOf("a", {"--input", "8bit", "--charset", "1252"})),
+        "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1252}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
+        "{\"event\":\"EndParsing\"}\n");
     const std::string wide = JsonOf(Utf16("a"), {"--input", "utf16", "--charset", "1252"});
-    EXPECT_EQ(WithoutLastLine(wide),
-              "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1200}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
-              "{\"event\":\"EndParsing\"}\n");
+    EXPECT_EQ(
+        WithoutLastLine(wide),
+        "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1200}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
+        "{\"event\":\"EndParsing\"}\n");
     EXPECT_NE(LastLine(wide).find("\"charset\":1200,\"isWParser\":true"), std::string::npos) << wide;
 }
 
@@ -120,7 +123,8 @@ TEST(ToolTokens, CharsetAndObserver) {
 TEST(ToolTokens, JunkIsBytesForBothObservers) {
     for (const char* const observer : {"wide", "narrow"}) {
         EXPECT_EQ(WithoutLastLine(JsonOf("<b \xC3\xA9", {"--charset", "65001", "--observer", observer})),
-                  "{\"event\":\"StartParsing\"}\n{\"event\":\"JunkData\",\"text\":\"<b \\u00c3\\u00a9\"}\n{\"event\":\"EndParsing\"}\n");
+                  "{\"event\":\"StartParsing\"}\n{\"event\":\"JunkData\",\"text\":\"<b "
+                  "\\u00c3\\u00a9\"}\n{\"event\":\"EndParsing\"}\n");
         EXPECT_EQ(WithoutLastLine(JsonOf(Utf16("<b"), {"--input", "utf16", "--observer", observer})),
                   "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1200}\n"
                   "{\"event\":\"JunkData\",\"text\":\"<\\u0000b\\u0000\"}\n{\"event\":\"EndParsing\"}\n");
@@ -129,9 +133,11 @@ TEST(ToolTokens, JunkIsBytesForBothObservers) {
 
 TEST(ToolTokens, CharsetErrorsAreCountedOnlyWhenAskedFor) {
     const std::string broken = "a\xFF";
-    EXPECT_NE(JsonOf(broken, {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":true"), std::string::npos);
+    EXPECT_NE(JsonOf(broken, {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":true"),
+              std::string::npos);
     EXPECT_NE(JsonOf(broken, {"--charset", "65001"}).find("\"hasCharsetErrors\":false"), std::string::npos);
-    EXPECT_NE(JsonOf("ab", {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":false"), std::string::npos);
+    EXPECT_NE(JsonOf("ab", {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":false"),
+              std::string::npos);
 }
 
 TEST(ToolTokens, TheResultIsAskedBeforeTheEnd) {
@@ -140,7 +146,8 @@ TEST(ToolTokens, TheResultIsAskedBeforeTheEnd) {
     EXPECT_EQ(run.output,
               "{\"event\":\"StartParsing\"}\n{\"event\":\"Text\",\"text\":\"a\\nb\"}\n"
               "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":16,\"line\":2,\"column\":4,"
-              "\"currentParserName\":\"StartTagSimpleParser\",\"charset\":1252,\"isWParser\":false,\"hasCharsetErrors\":false,"
+              "\"currentParserName\":\"StartTagSimpleParser\",\"charset\":1252,\"isWParser\":false,"
+              "\"hasCharsetErrors\":false,"
               "\"needsReparsing\":false,\"file\":\"-\"}\n");
     EXPECT_EQ(run.errors, "-: EndParse returned 16: the input ended inside a construct (line 2, column 4)\n");
 }
@@ -154,21 +161,25 @@ TEST(ToolTokens, AResultOtherThan0And16EndsTheFeeding) {
     EXPECT_EQ(std::count(whole.errors.begin(), whole.errors.end(), '\n'), 1);
 
     // The second piece alone would be good.
-    const ToolRun odd = RunToolOn(Utf16("ab") + "c", Json({"--input", "utf16", "--feed", "buffer", "--piece-size", "3"}));
+    const ToolRun odd =
+        RunToolOn(Utf16("ab") + "c", Json({"--input", "utf16", "--feed", "buffer", "--piece-size", "3"}));
     EXPECT_EQ(odd.status, 1);
     EXPECT_NE(LastLine(odd.output).find("\"parse\":2,"), std::string::npos) << odd.output;
     EXPECT_EQ(odd.output.find("\"event\":\"Text\""), std::string::npos) << odd.output;
 }
 
 TEST(ToolTokens, PieceSizesChangeNoToken) {
-    const std::string page = Repeat("Text &amp; more <p class=x id='a b'>\xC3\xA9\n<br /><script>if (a < 'b') \"c\";</script></p >\n", 300);
+    const std::string page =
+        Repeat("Text &amp; more <p class=x id='a b'>\xC3\xA9\n<br /><script>if (a < 'b') \"c\";</script></p >\n", 300);
     ASSERT_GT(page.size(), 16384U);
     for (const char* const observer : {"wide", "narrow"}) {
         const std::string expected = JsonOf(page, {"--charset", "65001", "--observer", observer});
         ASSERT_GT(std::count(expected.begin(), expected.end(), '\n'), 3000);
         for (const char* const feed : {"stream", "buffer"}) {
             for (const char* const size : {"0", "1", "2", "3", "7", "16384"}) {
-                EXPECT_EQ(JsonOf(page, {"--charset", "65001", "--observer", observer, "--feed", feed, "--piece-size", size}), expected)
+                EXPECT_EQ(
+                    JsonOf(page, {"--charset", "65001", "--observer", observer, "--feed", feed, "--piece-size", size}),
+                    expected)
                     << observer << " " << feed << " " << size;
             }
         }
@@ -177,7 +188,8 @@ TEST(ToolTokens, PieceSizesChangeNoToken) {
     const std::string expected = JsonOf(wide, {"--input", "utf16"});
     for (const char* const feed : {"stream", "buffer"}) {
         for (const char* const size : {"2", "6", "16384"})
-            EXPECT_EQ(JsonOf(wide, {"--input", "utf16", "--feed", feed, "--piece-size", size}), expected) << feed << " " << size;
+            EXPECT_EQ(JsonOf(wide, {"--input", "utf16", "--feed", feed, "--piece-size", size}), expected)
+                << feed << " " << size;
     }
 }
 
@@ -189,7 +201,7 @@ TEST(ToolTokens, BrokenMarkupIsTheSameJunkForEveryPieceSizeOfAStream) {
         EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--piece-size", size}), expected) << size;
 }
 
-/// The charset is declared behind a text that a wide observer has been given already.
+/// The charset is declared after a text that a wide observer has been given already.
 const std::string DECLARED_LATE = "<p>\xC1\xC2</p>\n<meta charset=koi8-r>\n<b>\xC1</b>";
 
 TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
@@ -203,15 +215,18 @@ TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
         for (const char* const size : {"0", "1", "7"})
             EXPECT_EQ(JsonOf(DECLARED_LATE, {"--feed", feed, "--piece-size", size}), lines) << feed << size;
     }
-    EXPECT_EQ(JsonOf(DECLARED_LATE, {"--input", "8bit"}), JsonOf(DECLARED_LATE, {"--input", "8bit", "--charset", "20866"}));
+    EXPECT_EQ(JsonOf(DECLARED_LATE, {"--input", "8bit"}),
+              JsonOf(DECLARED_LATE, {"--input", "8bit", "--charset", "20866"}));
     const ToolRun text = RunToolOn(DECLARED_LATE, {"tokens"});
-    EXPECT_NE(text.output.find("\ncharset  20866 (KOI8-R), found in a first pass\nresult   0, success\n"), std::string::npos)
+    EXPECT_NE(text.output.find("\ncharset  20866 (KOI8-R), found in a first pass\nresult   0, success\n"),
+              std::string::npos)
         << text.output;
 }
 
 TEST(ToolTokens, ADeclaredCharsetDoesNotStartAgainWhenNothingWasConverted) {
     const std::string lines = JsonOf(DECLARED_LATE, {"--observer", "narrow"});
-    EXPECT_NE(lines.find("{\"event\":\"Charset\",\"code\":20866}"), std::string::npos) << "the only pass, which is told of it";
+    EXPECT_NE(lines.find("{\"event\":\"Charset\",\"code\":20866}"), std::string::npos)
+        << "the only pass, which is told of it";
     EXPECT_NE(LastLine(lines).find("\"charset\":20866,"), std::string::npos) << lines;
 }
 
@@ -219,11 +234,13 @@ TEST(ToolTokens, WithoutReparsingTheDeclaredCharsetEndsThePass) {
     const ToolRun run = RunToolOn(DECLARED_LATE, Json({"--no-reparse"}));
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(LastLine(run.output),
-              "{\"event\":\"Result\",\"startParse\":0,\"parse\":705,\"endParse\":16,\"line\":2,\"column\":22,\"currentParserName\":"
-              "\"StartTagSimpleParser\",\"charset\":20866,\"isWParser\":false,\"hasCharsetErrors\":false,\"needsReparsing\":true,"
+              "{\"event\":\"Result\",\"startParse\":0,\"parse\":705,\"endParse\":16,\"line\":2,\"column\":22,"
+              "\"currentParserName\":"
+              "\"StartTagSimpleParser\",\"charset\":20866,\"isWParser\":false,\"hasCharsetErrors\":false,"
+              "\"needsReparsing\":true,"
               "\"file\":\"-\"}");
-    EXPECT_EQ(run.output.find("\\u0430"), std::string::npos) << "text in front of it is in the old charset";
-    EXPECT_EQ(run.output.find("\"name\":\"b\""), std::string::npos) << "nothing behind it is delivered";
+    EXPECT_EQ(run.output.find("\\u0430"), std::string::npos) << "text before it is in the old charset";
+    EXPECT_EQ(run.output.find("\"name\":\"b\""), std::string::npos) << "nothing after it is delivered";
     EXPECT_EQ(run.errors,
               "-: parsing returned 705: another charset was found, the input must be parsed again; "
               "EndParse returned 16: the input ended inside a construct (line 2, column 22)\n");
@@ -234,18 +251,22 @@ TEST(ToolTokens, TheSelfCheckAnswers704) {
     for (const char* const mode : {"crc", "copy"}) {
         const ToolRun run = RunToolOn(different, Json({"--charset", "1252", "--self-check", mode}));
         EXPECT_EQ(run.status, 1) << mode;
-        EXPECT_EQ(run.errors, "-: EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n");
+        EXPECT_EQ(run.errors,
+                  "-: EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n");
         EXPECT_NE(LastLine(run.output).find("\"parse\":0,\"endParse\":704,"), std::string::npos) << run.output;
         EXPECT_EQ(run.output.find("\"EndParsing\""), std::string::npos) << mode;
         EXPECT_NE(run.output.find("\"event\":\"ExternTag\""), std::string::npos) << mode;
         const ToolRun text = RunToolOn(different, {"tokens", "--charset", "1252", "--self-check", mode});
-        EXPECT_NE(text.output.find("\nresult   EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n"),
+        EXPECT_NE(text.output.find("\nresult   EndParse returned 704: the tokens written back differ from the input "
+                                   "(line 1, column 12)\n"),
                   std::string::npos)
             << text.output;
         EXPECT_NE(LastLine(JsonOf("a<b>", {"--self-check", mode})).find("\"endParse\":0,"), std::string::npos) << mode;
     }
-    EXPECT_NE(LastLine(JsonOf(different, {"--charset", "1252", "--self-check", "off"})).find("\"endParse\":0,"), std::string::npos);
-    EXPECT_NE(JsonOf(different, {"--charset", "1252"}).find("\"EndParsing\""), std::string::npos) << "off is the default";
+    EXPECT_NE(LastLine(JsonOf(different, {"--charset", "1252", "--self-check", "off"})).find("\"endParse\":0,"),
+              std::string::npos);
+    EXPECT_NE(JsonOf(different, {"--charset", "1252"}).find("\"EndParsing\""), std::string::npos)
+        << "off is the default";
 }
 
 TEST(ToolTokens, TheSelfCheckComparesThePassThatCounts) {
@@ -253,8 +274,9 @@ TEST(ToolTokens, TheSelfCheckComparesThePassThatCounts) {
 }
 
 TEST(ToolTokens, DeclarationsCommentsAndSections) {
-    EXPECT_EQ(WithoutLastLine(JsonOf("<!DOCTYPE html><!--c--><![CDATA[d]]><![if IE]><?xml v='1'?><?php e?><script>/*f*/ //g\n</script>",
-                                     {"--charset", "1252"})),
+    EXPECT_EQ(WithoutLastLine(JsonOf(
+                  "<!DOCTYPE html><!--c--><![CDATA[d]]><![if IE]><?xml v='1'?><?php e?><script>/*f*/ //g\n</script>",
+                  {"--charset", "1252"})),
               R"({"event":"StartParsing"}
 {"event":"EntityTag","prefix":"","name":"DOCTYPE","tokens":[{"prefix":" ","value":"html","quote":0}],"suffix":""}
 {"event":"CommentTag","text":"c","closed":true}
@@ -276,7 +298,8 @@ TEST(ToolTokens, DeclarationsCommentsAndSections) {
 
 TEST(ToolTokens, AnEmptyInput) {
     const std::string expected =
-        "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":1,\"column\":1,\"currentParserName\":\"\",\"charset\":"
+        "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":1,\"column\":1,"
+        "\"currentParserName\":\"\",\"charset\":"
         "0,"
         "\"isWParser\":false,\"hasCharsetErrors\":false,\"needsReparsing\":false,\"file\":\"-\"}\n";
     EXPECT_EQ(JsonOf(""), expected);
@@ -319,7 +342,9 @@ TEST(ToolTokens, ScriptsAsText) {
     const std::string tokens = JsonOf(page, {"--charset", "1252"});
     EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--scripts", "tokens"}), tokens);
     EXPECT_NE(tokens.find("{\"event\":\"JunkData\""), std::string::npos) << tokens;
-    EXPECT_EQ(RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output.find("-: ok, 61 bytes, 7 tokens, "), 0U);
+    EXPECT_EQ(
+        RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output.find("-: ok, 61 bytes, 7 tokens, "),
+        0U);
 }
 
 TEST(ToolTokens, ALongTokenEndsTheInput) {
@@ -328,13 +353,16 @@ TEST(ToolTokens, ALongTokenEndsTheInput) {
     EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--max-token", "10"}), all);
     for (const char* const pieceSize : {"0", "1", "3"}) {
         for (const char* const feed : {"stream", "buffer"}) {
-            const ToolRun run = RunToolOn(page, Json({"--charset", "1252", "--max-token", "9", "--feed", feed, "--piece-size", pieceSize}));
+            const ToolRun run = RunToolOn(
+                page, Json({"--charset", "1252", "--max-token", "9", "--feed", feed, "--piece-size", pieceSize}));
             EXPECT_EQ(run.status, 1);
             const std::size_t begin = all.find("{\"event\":\"CommentTag\"");
             EXPECT_EQ(WithoutLastLine(run.output), all.substr(0, begin)) << "all before it has been delivered";
             EXPECT_NE(LastLine(run.output).find("\"parse\":711,\"endParse\":0,"), std::string::npos) << run.output;
-            EXPECT_EQ(run.errors.find("-: parsing returned 711: a token is longer, or has more attributes, than the limit allows (line "),
-                      0U)
+            EXPECT_EQ(
+                run.errors.find(
+                    "-: parsing returned 711: a token is longer, or has more attributes, than the limit allows (line "),
+                0U)
                 << run.errors;
         }
     }
@@ -351,10 +379,13 @@ std::string MemberOf(const std::string& line, const std::string& name, std::size
 }
 
 /// The bytes between two members of a line.
-std::string BytesOf(const std::string& input, const std::string& line, const char* begin, const char* end, std::size_t from = 0) {
+std::string BytesOf(const std::string& input, const std::string& line, const char* begin, const char* end,
+                    std::size_t from = 0) {
     const std::string first = MemberOf(line, begin, from);
     const std::string last = MemberOf(line, end, from);
-    return first == "null" || first == "none" ? first : input.substr(std::stoull(first), std::stoull(last) - std::stoull(first));
+    return first == "null" || first == "none"
+               ? first
+               : input.substr(std::stoull(first), std::stoull(last) - std::stoull(first));
 }
 
 TEST(ToolTokens, Places) {
@@ -369,7 +400,11 @@ TEST(ToolTokens, Places) {
         {"8-bit", "", false, {"--charset", "65001"}, page.size()},
         {"with a mark, byte by byte", "\xEF\xBB\xBF", false, {"--piece-size", "1"}, page.size()},
         {"in pieces", "", false, {"--charset", "1252", "--piece-size", "3"}, page.size()},
-        {"a narrow observer gets no line comment", "", false, {"--charset", "1252", "--observer", "narrow"}, page.size() - 4},
+        {"a narrow observer gets no line comment",
+         "",
+         false,
+         {"--charset", "1252", "--observer", "narrow"},
+         page.size() - 4},
         {"UTF-16", "\xFF\xFE", true, {}, 2 * page.size()},
         {"UTF-16, a narrow observer", "", true, {"--input", "utf16", "--observer", "narrow"}, 2 * page.size()},
     };
@@ -401,12 +436,15 @@ TEST(ToolTokens, Places) {
             EXPECT_GE(std::stoull(MemberOf(line, "begin", members)), reached) << line;
             reached = std::stoull(MemberOf(line, "end", members));
             bytes += source.size();
-            for (std::size_t at = line.find("\"prefix\":\" "); at != std::string::npos; at = line.find("\"prefix\":\" ", at + 1)) {
-                const char* const EXPECTED[][3] = {{" b", "b", "null"}, {" href='/x'", "href", "/x"}, {"  c = \xC3\xA9", "c", "\xC3\xA9"}};
+            for (std::size_t at = line.find("\"prefix\":\" "); at != std::string::npos;
+                 at = line.find("\"prefix\":\" ", at + 1)) {
+                const char* const EXPECTED[][3] = {
+                    {" b", "b", "null"}, {" href='/x'", "href", "/x"}, {"  c = \xC3\xA9", "c", "\xC3\xA9"}};
                 const auto& expected = EXPECTED[attributes % 3];
                 EXPECT_EQ(BytesOf(input, line, "begin", "end", at), encode(expected[0]));
                 EXPECT_EQ(BytesOf(input, line, "nameBegin", "nameEnd", at), encode(expected[1]));
-                EXPECT_EQ(BytesOf(input, line, "valueBegin", "valueEnd", at), attributes == 0 ? "null" : encode(expected[2]));
+                EXPECT_EQ(BytesOf(input, line, "valueBegin", "valueEnd", at),
+                          attributes == 0 ? "null" : encode(expected[2]));
                 ++attributes;
             }
             if (line.starts_with("{\"event\":\"CommentTag\"")) {
@@ -431,19 +469,23 @@ TEST(ToolTokens, WithPlacesNothingElseChanges) {
     const std::string placed = JsonOf(page, {"--charset", "1252", "--places"});
     EXPECT_NE(placed, without(placed));
     EXPECT_EQ(without(placed), JsonOf(page, {"--charset", "1252"}));
-    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "1252", "--places"}).output.find("\n     1:8     [7,8)             text(x)\n"),
+    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "1252", "--places"})
+                  .output.find("\n     1:8     [7,8)             text(x)\n"),
               std::string::npos);
 }
 
 TEST(ToolTokens, ColumnsCountTheCharactersOfTheParser) {
     const std::string page = "\xC3\xA9<b>";
-    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "65001"}).output.find("\n     1:3     start(|b||)\n"), std::string::npos);
-    EXPECT_NE(JsonOf(page, {"--charset", "65001", "--places"}).find("\"begin\":2,\"end\":5,\"line\":1,\"column\":3}"), std::string::npos);
+    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "65001"}).output.find("\n     1:3     start(|b||)\n"),
+              std::string::npos);
+    EXPECT_NE(JsonOf(page, {"--charset", "65001", "--places"}).find("\"begin\":2,\"end\":5,\"line\":1,\"column\":3}"),
+              std::string::npos);
 }
 
 TEST(ToolTokens, PlacesAgreeWithTheParser) {
     const std::string page =
-        "a\nb <a b = 'c\n'>\r\n</a >\n<script>'x\\'' \"\n\"</script><style>p {}\n</style><br/>\n<1>x\n<p \n/>\n<b /\n>\nend";
+        "a\nb <a b = 'c\n'>\r\n</a >\n<script>'x\\'' \"\n\"</script><style>p {}\n</style><br/>\n<1>x\n<p \n/>\n<b "
+        "/\n>\nend";
     const ToolRun text = RunToolOn(page, {"tokens", "--charset", "1252", "--observer", "narrow"});
     const std::string result = LastLine(JsonOf(page, {"--charset", "1252", "--observer", "narrow"}));
     EXPECT_NE(result.find("\"line\":13,\"column\":4,"), std::string::npos) << result;
@@ -453,8 +495,8 @@ TEST(ToolTokens, PlacesAgreeWithTheParser) {
 }
 
 TEST(ToolTokens, LineCommentsThatANarrowObserverDoesNotGetHaveTheirPlace) {
-    const ToolRun run =
-        RunToolOn("<p>\n<script>go() // <a href=\"x\">\nb</script>", {"tokens", "--observer", "narrow", "--charset", "1252"});
+    const ToolRun run = RunToolOn("<p>\n<script>go() // <a href=\"x\">\nb</script>",
+                                  {"tokens", "--observer", "narrow", "--charset", "1252"});
     EXPECT_EQ(run.output.substr(0, run.output.find("bytes")),
               "     1:1     start-parsing\n"
               "     1:1     start(|p||)\n"
@@ -468,7 +510,8 @@ TEST(ToolTokens, LineCommentsThatANarrowObserverDoesNotGetHaveTheirPlace) {
               "     3:11    end-parsing\n");
 }
 
-/// What a wide observer of ASCII text is shown, who gets every token, without the line comments; and what a narrow one is shown.
+/// What a wide observer of ASCII text is shown, who gets every token, without the line comments;
+/// and what a narrow one is shown.
 std::vector<std::string> ShowToBothObservers(const std::string& page, Arguments more) {
     std::vector<std::string> shown;
     for (const char* const observer : {"wide", "narrow"}) {
@@ -518,7 +561,8 @@ TEST(ToolTokens, ANarrowObserverIsShownThePlacesOfAWideOne) {
             EXPECT_EQ(shown[0], shown[1]) << row.note << ", in pieces of " << pieceSize;
         }
     }
-    const std::vector<std::string> dropped = ShowToBothObservers("\xEFx<script>// a\nb // c\n</script><p>", {"--piece-size", "1"});
+    const std::vector<std::string> dropped =
+        ShowToBothObservers("\xEFx<script>// a\nb // c\n</script><p>", {"--piece-size", "1"});
     EXPECT_NE(dropped[1].find(" start-parsing\n     1:1     text(x)\n"), std::string::npos) << dropped[1];
     EXPECT_EQ(dropped[0], dropped[1]) << "bytes of an unfinished mark are no characters";
 }
@@ -545,7 +589,8 @@ TEST(ToolTokens, ANarrowObserverOfUtf16IsShownUnits) {
     EXPECT_NE(wide.find("cpp-comment\n"), std::string::npos) << wide;
     EXPECT_NE(wide.find("junk\n"), std::string::npos) << wide;
     EXPECT_EQ(ShowPlaces(page, {"--observer", "narrow"}), wide);
-    EXPECT_NE(ShowPlaces(Utf16("<b>\n//c<d>"), {"--observer", "narrow"}).find("     2:4     start\n"), std::string::npos);
+    EXPECT_NE(ShowPlaces(Utf16("<b>\n//c<d>"), {"--observer", "narrow"}).find("     2:4     start\n"),
+              std::string::npos);
 }
 
 TEST(ToolTokens, TheExamplePage) {

@@ -6,7 +6,8 @@
 
 namespace Kestra::Tool {
 
-/// A charset for one line of text: its code page and, in parentheses, its registered name; "unknown" for 0.
+/// A charset for one line of text: its code page and, in parentheses, its registered name;
+/// "unknown" for 0.
 std::string DescribeCharset(StringNS::CharSet::Code code);
 
 /// False of a charset that the platform cannot decode.

@@ -29,8 +29,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds BETWEEN_LOOKS{100};  // at the progress of the input that is waited for
 
-/// An input on its way through the command. It belongs to the thread that checks it until that is done; only the two numbers about its
-/// progress are read before.
+/// An input on its way through the command. It belongs to the thread that checks it until that is
+/// done; only the two numbers about its progress are read before.
 struct CheckedInput {
     ReadResult reading = ReadResult::UNREADABLE;  ///< out of memory also when the check was
     std::string bytes;                            ///< from reading to the end of the check
@@ -41,7 +41,7 @@ struct CheckedInput {
     std::atomic<std::uint64_t> bytesDone = 0;
 };
 
-/// What the summary tells of all inputs.
+/// What the summary says of all inputs.
 struct CheckTotals {
     std::uint64_t files = 0;  ///< without those that could not be checked
     std::uint64_t bytes = 0;
@@ -79,7 +79,7 @@ std::string DescribeTrouble(const CheckOutcome& outcome) {
     return fmt::format("is not reproduced, {}", outcome.HasLostMark() ? LOST_MARK : DescribeDifference(outcome));
 }
 
-/// The outcome as one line tells it, before the numbers.
+/// The outcome in one line, before the numbers.
 std::string DescribeVerdict(const CheckOutcome& outcome) {
     if (const std::uint32_t code = outcome.result.GetFirstFailure(); code != 0)
         return fmt::format("{}, {}", code, GetFailureMeaning(outcome.result));
@@ -91,7 +91,10 @@ std::string DescribeVerdict(const CheckOutcome& outcome) {
 class CheckCommand {
 public:
     CheckCommand(const CheckOptions& checkOptions, Console* toolConsole)
-        : options(checkOptions), console(toolConsole), line(toolConsole), inputs(options.jobs * OrderedJobs::MOST_AHEAD) {
+        : options(checkOptions),
+          console(toolConsole),
+          line(toolConsole),
+          inputs(options.jobs * OrderedJobs::MOST_AHEAD) {
         for (std::unique_ptr<CheckedInput>& input : inputs)
             input = std::make_unique<CheckedInput>();
     }
@@ -115,13 +118,16 @@ public:
     }
 
 private:
-    /// The threads check; this one waits, tells how far they are, and writes.
+    /// The threads check; this one waits, shows their progress, and writes.
     void CheckInputs() {
         console->GetProgress().SetInputCount(names.size());
         const auto makeWorker = [this] {
-            return [this, checker = std::make_shared<InputChecker>(options)](std::size_t index) { Check(checker.get(), index); };
+            return [this, checker = std::make_shared<InputChecker>(options)](std::size_t index) {
+                Check(checker.get(), index);
+            };
         };
-        // Standard input can be named more than once, and the first one gets it all: so it is read in its turn.
+        // Standard input can be named more than once, and the first one gets it all: so it is read
+        // in its turn.
         const auto readInTurn = [this](std::size_t index) {
             if (names[index] == "-")
                 Read(index);
@@ -211,14 +217,15 @@ private:
         const bool tellsPlace = outcome.firstDifference && !isExplained;
         const std::string trouble = tellsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
         console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
-                                  Counted(input.size, "byte"), Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds),
-                                  trouble));
+                                  Counted(input.size, "byte"), Counted(outcome.tokens, "token"),
+                                  Rate(input.size, outcome.seconds), trouble));
     }
 
     void WriteSummary(double seconds) {
         const std::string notChecked = totals.notChecked == 0 ? "" : fmt::format(", {} not checked", totals.notChecked);
-        console->Line(fmt::format("{}, {}, {}, {:.1f} MB/s, {} reproduced{}", Counted(totals.files, "file"), Counted(totals.bytes, "byte"),
-                                  Counted(totals.tokens, "token"), Rate(totals.bytes, seconds), totals.reproduced, notChecked));
+        console->Line(fmt::format("{}, {}, {}, {:.1f} MB/s, {} reproduced{}", Counted(totals.files, "file"),
+                                  Counted(totals.bytes, "byte"), Counted(totals.tokens, "token"),
+                                  Rate(totals.bytes, seconds), totals.reproduced, notChecked));
     }
 
     void Worsen(ExitStatus other) {

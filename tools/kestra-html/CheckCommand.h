@@ -6,7 +6,8 @@
 
 namespace Kestra::Tool {
 
-/// Runs `kestra-html check`: writes for every input whether its tokens reproduce it, and a diagnostic for every one that is not good.
+/// Runs `kestra-html check`: writes for every input whether its tokens reproduce it, and a
+/// diagnostic for every one that is not good.
 ExitStatus RunCheck(const CheckOptions& options, Console* console);
 
 }  // namespace Kestra::Tool

@@ -43,8 +43,8 @@ CommandLine RunWith(Options options, const std::vector<std::string>& files) {
 
 /// True when the first argument that is no option names this subcommand.
 bool IsRewrite(const std::vector<std::string>& arguments) {
-    const auto command =
-        std::find_if(arguments.begin(), arguments.end(), [](const std::string& argument) { return !argument.starts_with('-'); });
+    const auto command = std::find_if(arguments.begin(), arguments.end(),
+                                      [](const std::string& argument) { return !argument.starts_with('-'); });
     return command != arguments.end() && *command == "rewrite";
 }
 
@@ -73,7 +73,8 @@ CommandLine ParseCommandLine(const std::vector<std::string>& allArguments) {
     const DetectSubcommand detect(&tool);
     RewriteSubcommand rewrite(&tool);
     try {
-        const std::vector<std::string> arguments = IsRewrite(allArguments) ? rewrite.TakeEdits(allArguments) : allArguments;
+        const std::vector<std::string> arguments =
+            IsRewrite(allArguments) ? rewrite.TakeEdits(allArguments) : allArguments;
         // After "--" everything is a file.
         const auto mark = std::find(arguments.begin(), arguments.end(), "--");
         const std::vector<std::string> files(mark == arguments.end() ? mark : mark + 1, arguments.end());

@@ -45,7 +45,8 @@ void Console::Flush() {
 
 void Console::ThrowFailure() const {
     if (failure)
-        throw OutputFailed(failure->isReaderGone ? "" : fmt::format("standard output: cannot be written: {}", failure->reason));
+        throw OutputFailed(
+            failure->isReaderGone ? "" : fmt::format("standard output: cannot be written: {}", failure->reason));
 }
 
 void Console::TryFlush() {

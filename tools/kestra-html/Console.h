@@ -12,7 +12,8 @@ namespace Kestra::Tool {
 
 /// Standard output and standard error of the tool.
 ///
-/// Output is gathered and written in whole lines, so that a progress line or a diagnostic on the same terminal never cuts one.
+/// Output is gathered and written in whole lines, so that a progress line or a diagnostic on the
+/// same terminal never cuts one.
 class Console final : public LineSink {
 public:
     Console();
@@ -25,7 +26,7 @@ public:
     /// Writes what is gathered. @throws OutputFailed
     void Flush();
 
-    /// Writes one line about an input to standard error, behind the output so far.
+    /// Writes one line about an input to standard error, after the output so far.
     void Diagnose(const std::string& inputName, std::string_view message);
 
     /// Writes one line that is about no input to standard error; nothing for an empty message.

@@ -44,9 +44,10 @@ Detection Detect(VFS::InputStream* stream, std::uint64_t minConfidence) {
     return detection;
 }
 
-/// The confidence that the detector has in its answer. The parser does not tell it, but compares it: it is the greatest minimum that
-/// is not too much for it, found by halving in at most seven calls. Nothing when there is no answer, and when the detector answers the
-/// same whatever the minimum is: then it could not be asked.
+/// The confidence that the detector has in its answer. The parser does not give it, but compares
+/// it: it is the greatest minimum that is not too much for it, found by halving in at most seven
+/// calls. Nothing when there is no answer, and when the detector answers the same whatever the
+/// minimum is: then it could not be asked.
 std::optional<std::uint64_t> FindConfidence(VFS::InputStream* stream) {
     const auto isEnough = [stream](std::uint64_t confidence) {
         const std::uint32_t result = Detect(stream, confidence).result;
@@ -108,7 +109,8 @@ private:
             WriteLine(name, detection, Explain(detection, size), stream);
         if (detection.result == HTML::PARSER_OK)
             return EXIT_STATUS_GOOD;
-        console->Diagnose(name, fmt::format("DetectCharset returned {}: {}", detection.result, Explain(detection, size)));
+        console->Diagnose(name,
+                          fmt::format("DetectCharset returned {}: {}", detection.result, Explain(detection, size)));
         return EXIT_STATUS_FAILED;
     }
 
@@ -129,10 +131,12 @@ private:
         line.End();
     }
 
-    void WriteLine(const std::string& name, const Detection& detection, const std::string& explanation, VFS::InputStream* stream) {
+    void WriteLine(const std::string& name, const Detection& detection, const std::string& explanation,
+                   VFS::InputStream* stream) {
         const std::optional<std::uint64_t> confidence = FindConfidence(stream);
         console->Line(fmt::format("{}: {}, {}, {}, {}", PrintableName(name), DescribeCharset(detection.code),
-                                  confidence ? fmt::format("confidence {}", *confidence) : "no confidence", detection.result, explanation));
+                                  confidence ? fmt::format("confidence {}", *confidence) : "no confidence",
+                                  detection.result, explanation));
     }
 
     const DetectOptions& options;

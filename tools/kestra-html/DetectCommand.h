@@ -6,7 +6,8 @@
 
 namespace Kestra::Tool {
 
-/// Runs `kestra-html detect`: writes for every input what `DetectCharset` answers, and a diagnostic for every one without a charset.
+/// Runs `kestra-html detect`: writes for every input what `DetectCharset` answers, and a diagnostic
+/// for every one without a charset.
 ExitStatus RunDetect(const DetectOptions& options, Console* console);
 
 }  // namespace Kestra::Tool

@@ -12,7 +12,8 @@
 
 namespace Kestra::Tool {
 
-ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat format, Console* console, const RunInput& run) {
+ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat format, Console* console,
+                        const RunInput& run) {
     const auto runInput = [&](std::size_t index) {
         Input input;
         input.name = names[index];

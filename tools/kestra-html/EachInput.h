@@ -16,12 +16,15 @@ struct Input {
     std::string bytes;
 };
 
-/// Parses an input, writes what it finds and says what is wrong. @return how it ended. @throws OutputFailed, std::bad_alloc
+/// Parses an input, writes what it finds and says what is wrong. @return how it ended.
+/// @throws OutputFailed, std::bad_alloc
 using RunInput = std::function<ExitStatus(const Input& input)>;
 
-/// Runs a subcommand over its inputs, one after the other: reads each of them, announces it to the progress line and, in the text format
-/// of several inputs, by a header. What cannot be read or does not fit the memory gets a diagnostic, and the next one its turn.
+/// Runs a subcommand over its inputs, one after the other: reads each of them, announces it to the
+/// progress line and, in the text format of several inputs, by a header. What cannot be read or
+/// does not fit the memory gets a diagnostic, and the next one its turn.
 /// @return how the worst one ended
-ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat format, Console* console, const RunInput& run);
+ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat format, Console* console,
+                        const RunInput& run);
 
 }  // namespace Kestra::Tool

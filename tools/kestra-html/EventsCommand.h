@@ -6,7 +6,8 @@
 
 namespace Kestra::Tool {
 
-/// Runs `kestra-html events`: writes the events of every input, and a diagnostic for every one that fails.
+/// Runs `kestra-html events`: writes the events of every input, and a diagnostic for every one that
+/// fails.
 ExitStatus RunEvents(const EventsOptions& options, Console* console);
 
 }  // namespace Kestra::Tool

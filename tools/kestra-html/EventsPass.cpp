@@ -14,8 +14,8 @@ bool EventsPassResult::IsGood() const {
     return strict.GetFirstFailure() == HTML::STATELESS_OK;
 }
 
-EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content, const EventsOptions& options,
-                               const BytesDone& bytesDone) {
+EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content,
+                               const EventsOptions& options, const BytesDone& bytesDone) {
     EventsPassResult result;
     parser->SetFlags(options.flags);
     parser->SetScriptMode(options.scriptMode);
@@ -25,7 +25,9 @@ EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_vi
         PieceStream stream(content, options.pieceSize, bytesDone);
         result.parse = parser->ParseStream(&stream, false);
     } else {
-        const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) { return parser->ParseBuffer(piece, size); };
+        const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) {
+            return parser->ParseBuffer(piece, size);
+        };
         result.parse = FeedPieces(content, options.pieceSize, parsePiece, bytesDone);
     }
     std::size_t line = 0;

@@ -15,9 +15,10 @@ struct EventsPassResult : CallResults {
     bool IsGood() const;
 };
 
-/// Parses an input once, from `StartParse` to `EndParse`, for the observers that are attached to the parser.
+/// Parses an input once, from `StartParse` to `EndParse`, for the observers that are attached to
+/// the parser.
 /// @param bytesDone  called with the bytes that have been handed to the parser so far
-EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content, const EventsOptions& options,
-                               const BytesDone& bytesDone);
+EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content,
+                               const EventsOptions& options, const BytesDone& bytesDone);
 
 }  // namespace Kestra::Tool

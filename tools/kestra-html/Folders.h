@@ -14,12 +14,13 @@ struct FolderEntry {
 /// True for a folder and for a link to one.
 bool IsFolder(const std::string& name);
 
-/// The entries of a folder in the order of their names: byte by byte, and on Windows regardless of case, as folders are listed there.
+/// The entries of a folder in the order of their names: byte by byte, and on Windows regardless of
+/// case, as folders are listed there.
 /// @return false when it cannot be read to its end
 bool ListFolder(const std::string& folder, std::vector<FolderEntry>* entries);
 
-/// The name of an entry with its folder's in front, parted as the system does it: by a backslash on Windows, unless the folder's name ends
-/// with a separator.
+/// The name of an entry with its folder's in front, parted as the system does it: by a backslash on
+/// Windows, unless the folder's name ends with a separator.
 std::string JoinNames(const std::string& folder, const std::string& entry);
 
 }  // namespace Kestra::Tool

@@ -7,15 +7,17 @@
 
 namespace Kestra::Tool {
 
-/// Thrown when a file cannot be written in place; the message is for the user. The file is as it was.
+/// Thrown when a file cannot be written in place; the message is for the user. The file is as it
+/// was.
 class InPlaceFailed : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Writes a file anew: beside it first, and then in its place. Until `Commit` the file is as it was, and so it is when that fails. A link
-/// stays one, and the file that it leads to is written. The permissions of the file are kept, and where it can be its owner. Nothing is
-/// left beside it when the tool is interrupted.
+/// Writes a file anew: beside it first, and then in its place. Until `Commit` the file is as it
+/// was, and so it is when that fails. A link stays one, and the file that it leads to is written.
+/// The permissions of the file are kept, and where it can be its owner. Nothing is left beside it
+/// when the tool is interrupted.
 class InPlaceFile {
 public:
     /// @param name  of a regular file that is not read-only. @throws InPlaceFailed
@@ -29,7 +31,8 @@ public:
     void Write(std::string_view bytes);
 
     /// Puts what was written in place of the file.
-    /// @param backupSuffix  the file as it was gets its name with this at the end, in place of one that has that name; empty for none
+    /// @param backupSuffix  the file as it was gets its name with this at the end, in place of one
+    /// that has that name; empty for none
     /// @throws InPlaceFailed
     void Commit(const std::string& backupSuffix);
 

@@ -9,8 +9,8 @@
 #include "platform/InputStream.h"
 #include "platform/Results.h"
 #include "tools/kestra-html/CharsetText.h"
+#include "tools/kestra-html/TokenCounter.h"
 #include "tools/kestra-html/TokenFinder.h"
-#include "tools/kestra-html/TokenReceiver.h"
 
 namespace Kestra::Tool {
 
@@ -24,7 +24,8 @@ constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
 /// Binds an observer for the duration of a pass.
 class ObserverBinding {
 public:
-    ObserverBinding(GenericParser* boundParser, HTML::ParserObserver<WideChar, WideString>* observer) : parser(boundParser) {
+    ObserverBinding(GenericParser* boundParser, HTML::ParserObserver<WideChar, WideString>* observer)
+        : parser(boundParser) {
         parser->SetObserver(observer, false);
     }
     ObserverBinding(const ObserverBinding&) = delete;
@@ -107,7 +108,8 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
 }
 
 /// Parses once more, in the same way.
-void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome) {
+void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone,
+                             CheckOutcome* outcome) {
     TokenFinder finder(&parser, *outcome->firstDifference);
     const ObserverBinding binding(&parser, &finder);
     ParseOptions findOptions = options;

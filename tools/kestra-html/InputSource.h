@@ -32,8 +32,8 @@ struct OpenedInput {
 };
 
 /// Opens a file, or standard input for the name "-", to be read piece by piece.
-/// @param again  it can also be read again after a `Seek`. What has only one begin, as a pipe, is kept for that, in a temporary file once
-/// it
+/// @param again  it can also be read again after a `Seek`. What has only one begin, as a pipe, is
+/// kept for that, in a temporary file once it
 ///               is long
 OpenedInput OpenInput(const std::string& name, bool again);
 

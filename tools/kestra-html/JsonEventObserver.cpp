@@ -2,7 +2,8 @@
 
 namespace Kestra::Tool {
 
-JsonEventObserver::JsonEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* placesParser) : line(lineSink) {
+JsonEventObserver::JsonEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* placesParser)
+    : line(lineSink) {
     if (placesParser != nullptr)
         places.emplace(placesParser);
 }

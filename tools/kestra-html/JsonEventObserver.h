@@ -14,10 +14,12 @@
 
 namespace Kestra::Tool {
 
-/// Writes one object for each callback: `event` is the callback's name without "On", the other members are its arguments.
+/// Writes one object for each callback: `event` is the callback's name without "On", the other
+/// members are its arguments.
 class JsonEventObserver final : public HTML::StatelessHTMLObserver {
 public:
-    /// @param placesParser  borrowed; asked in each callback where it stands. Null: no places are written
+    /// @param placesParser  borrowed; asked in each callback where it is. Null: no places are
+    /// written
     explicit JsonEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* placesParser = nullptr);
 
     void OnStartParsing() override;

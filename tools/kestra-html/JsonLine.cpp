@@ -1,5 +1,6 @@
 #include "tools/kestra-html/JsonLine.h"
 
+#include "html/framework/RecordFields.h"
 #include "platform/CharSet.h"
 #include "platform/StringHelper.h"
 #include "tools/kestra-html/JsonText.h"
@@ -98,7 +99,8 @@ void JsonLine::List(const char* name, const Vector<T>* items) {
 }
 
 template <typename C, typename S>
-void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes, const HTML::GenericParser& parser) {
+void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes,
+                                const HTML::GenericParser& parser) {
     writer.Key(name);
     if (attributes == nullptr) {
         writer.Null();
@@ -139,31 +141,30 @@ void JsonLine::Place(const HTML::AttributePlace& place, bool hasValue) {
     }
 }
 
-template <typename C, typename S>
-void JsonLine::Item(const HTML::Attribute<C, S>& attribute) {
+/// An attribute, or a part of a declaration.
+template <template <typename, typename> class Part, typename C, typename S>
+void JsonLine::Item(const Part<C, S>& part) {
     writer.StartObject();
-    Fields(attribute);
+    Fields(part);
     writer.EndObject();
 }
 
-template <typename C, typename S>
-void JsonLine::Fields(const HTML::Attribute<C, S>& attribute) {
-    String("prefix", &attribute.prefix);
-    String("name", &attribute.name);
-    String("beforeEquals", &attribute.beforeEquals);
-    String("afterEquals", &attribute.afterEquals);
-    String("value", &attribute.value);
-    Number("quote", attribute.quote);
-    Bool("hasValue", attribute.hasValue);
+template <template <typename, typename> class Part, typename C, typename S>
+void JsonLine::Fields(const Part<C, S>& part) {
+    HTML::ForEachField(part, [this](const char* name, const auto& value) { Field(name, value); });
 }
 
-template <typename C, typename S>
-void JsonLine::Item(const HTML::EntityToken<C, S>& token) {
-    writer.StartObject();
-    String("prefix", &token.prefix);
-    String("value", &token.value);
-    Number("quote", token.quote);
-    writer.EndObject();
+template <typename S>
+void JsonLine::Field(const char* name, const S& text) {
+    String(name, &text);
+}
+
+void JsonLine::Field(const char* name, std::uint32_t number) {
+    Number(name, number);
+}
+
+void JsonLine::Field(const char* name, bool value) {
+    Bool(name, value);
 }
 
 template <typename S>
@@ -189,7 +190,8 @@ template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char
 template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
 template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<char, std::string>>* attributes,
                                          const HTML::GenericParser& parser);
-template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* attributes,
+template void JsonLine::PlacedAttributes(const char* name,
+                                         const Vector<HTML::Attribute<WideChar, WideString>>* attributes,
                                          const HTML::GenericParser& parser);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<char, std::string>>* items);
 template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<WideChar, WideString>>* items);

@@ -41,24 +41,29 @@ public:
     void Calls(const CallResults& results);
     /// The member `file`. Names are UTF-8; a byte that is not is written as U+FFFD.
     void File(const std::string& inputName);
-    /// A null list is written as `null`. An item is an object, a string, or for a pair an array of two strings. The place of an attribute
-    /// whose value begins where its name ends is that of one without a value.
+    /// A null list is written as `null`. An item is an object, a string, or for a pair an array of
+    /// two strings. The place of an attribute whose value begins where its name ends is that of one
+    /// without a value.
     template <typename T>
     void List(const char* name, const Vector<T>* items);
-    /// The attributes of the tag or instruction that a parser is delivering, each with its three places.
+    /// The attributes of the tag or instruction that a parser is delivering, each with its three
+    /// places.
     template <typename C, typename S>
-    void PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes, const HTML::GenericParser& parser);
+    void PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes,
+                          const HTML::GenericParser& parser);
     /// The members `begin`, `end`, `line` and `column`.
     void Place(const HTML::TokenPlace& place);
 
 private:
-    template <typename C, typename S>
-    void Item(const HTML::Attribute<C, S>& attribute);
-    template <typename C, typename S>
-    void Fields(const HTML::Attribute<C, S>& attribute);
+    template <template <typename, typename> class Part, typename C, typename S>
+    void Item(const Part<C, S>& part);
+    template <template <typename, typename> class Part, typename C, typename S>
+    void Fields(const Part<C, S>& part);
+    template <typename S>
+    void Field(const char* name, const S& text);
+    void Field(const char* name, std::uint32_t number);
+    void Field(const char* name, bool value);
     void Place(const HTML::AttributePlace& place, bool hasValue);
-    template <typename C, typename S>
-    void Item(const HTML::EntityToken<C, S>& token);
     template <typename S>
     void Item(const std::pair<S, S>& nameAndValue);
     void Item(const WideString& text);

@@ -3,17 +3,8 @@
 namespace Kestra::Tool {
 
 template <typename C, typename S>
-JsonObserver<C, S>::JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser) : parser(placesParser), line(lineSink) {}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnStartParsing() {
-    Plain("StartParsing");
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnEndParsing() {
-    Plain("EndParsing");
-}
+JsonObserver<C, S>::JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser)
+    : parser(placesParser), line(lineSink) {}
 
 template <typename C, typename S>
 void JsonObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
@@ -31,139 +22,17 @@ void JsonObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
 }
 
 template <typename C, typename S>
-void JsonObserver<C, S>::OnText(HTML::TextData<C, S>* data) {
-    TextOnly("Text", data->text);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnCComment(HTML::CCommentData<C, S>* data) {
-    TextOnly("CComment", data->text);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnCPPComment(HTML::CPPCommentData<C, S>* data) {
-    TextOnly("CPPComment", data->text);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnSQuoteString(HTML::SQuoteStringData<C, S>* data) {
-    TextOnly("SQuoteString", data->text);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnDQuoteString(HTML::DQuoteStringData<C, S>* data) {
-    TextOnly("DQuoteString", data->text);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnStartTag(HTML::StartTagData<C, S>* data) {
-    line.Begin("StartTag");
-    line.String("prefix", data->prefix);
-    line.String("name", data->name);
-    Attributes(data->attributes);
-    line.String("suffix", data->suffix);
-    line.Bool("closed", data->closed);
+void JsonObserver<C, S>::OnEvent(HTML::ObserverEvent event) {
+    line.Begin(HTML::GetEventNames(event).name);
     End();
 }
 
 template <typename C, typename S>
-void JsonObserver<C, S>::OnShortTag(HTML::ShortTagData<C, S>* data) {
-    line.Begin("ShortTag");
-    line.String("prefix", data->prefix);
-    line.String("name", data->name);
-    Attributes(data->attributes);
-    line.String("suffix", data->suffix);
-    line.Bool("closed", data->closed);
+template <template <typename, typename> class Record>
+void JsonObserver<C, S>::OnToken(Record<C, S>* record) {
+    line.Begin(HTML::RecordKind<Record>::NAME);
+    HTML::ForEachField(*record, [this](const char* name, const auto& value) { this->Member(name, value); });
     End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnEndTag(HTML::EndTagData<C, S>* data) {
-    line.Begin("EndTag");
-    line.String("prefix", data->prefix);
-    line.String("name", data->name);
-    line.String("afterName", data->afterName);
-    line.Bool("closed", data->closed);
-    Attributes(data->attributes);
-    line.Bool("slashBeforeClose", data->slashBeforeClose);
-    line.String("suffix", data->suffix);
-    End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnCDATATag(HTML::CDATATagData<C, S>* data) {
-    line.Begin("CDATATag");
-    line.String("keyword", data->keyword);
-    line.String("text", data->text);
-    line.Bool("closed", data->closed);
-    End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnConditionalTag(HTML::ConditionalTagData<C, S>* data) {
-    line.Begin("ConditionalTag");
-    line.String("keyword", data->keyword);
-    line.String("condition", data->condition);
-    line.String("tail", data->tail);
-    line.Bool("bracketClosed", data->bracketClosed);
-    line.Bool("tagClosed", data->tagClosed);
-    End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnCommentTag(HTML::CommentTagData<C, S>* data) {
-    line.Begin("CommentTag");
-    line.String("text", data->text);
-    line.Bool("closed", data->closed);
-    End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnEntityTag(HTML::EntityTagData<C, S>* data) {
-    line.Begin("EntityTag");
-    line.String("prefix", data->prefix);
-    line.String("name", data->name);
-    line.List("tokens", data->tokens);
-    line.String("suffix", data->suffix);
-    End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
-    line.Begin("ExternTag");
-    line.String("prefix", data->prefix);
-    line.String("name", data->name);
-    Attributes(data->attributes);
-    line.String("suffix", data->suffix);
-    line.Bool("freeStyle", data->freeStyle);
-    line.String("text", data->text);
-    line.Bool("slashBeforeClose", data->slashBeforeClose);
-    End();
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnJSTagStart() {
-    Plain("JSTagStart");
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnJSTagEnd() {
-    Plain("JSTagEnd");
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnCSSTagStart() {
-    Plain("CSSTagStart");
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnCSSTagEnd() {
-    Plain("CSSTagEnd");
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
-    TextOnly("JunkData", data->text);
 }
 
 template <typename C, typename S>
@@ -180,25 +49,31 @@ void JsonObserver<C, S>::WriteResult(const ParsePassResult& result, const std::s
 }
 
 template <typename C, typename S>
-void JsonObserver<C, S>::Plain(std::string_view event) {
-    line.Begin(event);
-    End();
+void JsonObserver<C, S>::Member(const char* name, bool value) {
+    line.Bool(name, value);
 }
 
 template <typename C, typename S>
-template <typename T>
-void JsonObserver<C, S>::TextOnly(std::string_view event, const T* text) {
-    line.Begin(event);
-    line.String("text", text);
-    End();
+void JsonObserver<C, S>::Member(const char* name, const std::string* bytes) {
+    line.String(name, bytes);
 }
 
 template <typename C, typename S>
-void JsonObserver<C, S>::Attributes(const Vector<HTML::Attribute<C, S>>* attributes) {
+void JsonObserver<C, S>::Member(const char* name, const WideString* text) {
+    line.String(name, text);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::Member(const char* name, const Vector<HTML::Attribute<C, S>>* attributes) {
     if (parser == nullptr)
-        line.List("attributes", attributes);
+        line.List(name, attributes);
     else
-        line.PlacedAttributes("attributes", attributes, *parser);
+        line.PlacedAttributes(name, attributes, *parser);
+}
+
+template <typename C, typename S>
+void JsonObserver<C, S>::Member(const char* name, const Vector<HTML::EntityToken<C, S>>* tokens) {
+    line.List(name, tokens);
 }
 
 /// Of an object of a callback.
@@ -211,5 +86,11 @@ void JsonObserver<C, S>::End() {
 
 template class JsonObserver<char, std::string>;
 template class JsonObserver<WideChar, WideString>;
+
+#define INSTANTIATE(NAME, RECORD, WORD)                                                       \
+    template void JsonObserver<char, std::string>::OnToken(HTML::RECORD<char, std::string>*); \
+    template void JsonObserver<WideChar, WideString>::OnToken(HTML::RECORD<WideChar, WideString>*);
+KESTRA_HTML_FOR_EACH_KIND(INSTANTIATE)
+#undef INSTANTIATE
 
 }  // namespace Kestra::Tool

@@ -2,13 +2,13 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "html/framework/Attribute.h"
-#include "html/framework/ParserObserver.h"
-#include "html/framework/TokenRecords.h"
+#include "html/framework/EntityToken.h"
+#include "html/framework/TokenObserver.h"
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
+#include "platform/Characters.h"
 #include "platform/Vector.h"
 #include "tools/kestra-html/JsonLine.h"
 #include "tools/kestra-html/LineSink.h"
@@ -16,44 +16,30 @@
 
 namespace Kestra::Tool {
 
-/// Writes one object for each callback: `event` is the callback's name without "On", the other members are the fields of its record.
+/// Writes one object for each callback: `event` is the callback's name without "On", the other
+/// members are the fields of its record.
 template <typename C, typename S>
-class JsonObserver final : public HTML::ParserObserver<C, S> {
+class JsonObserver final : public HTML::EventObserver<JsonObserver<C, S>, C, S> {
 public:
-    /// @param placesParser  borrowed; asked for the place of each token and attribute. Null: no places are written
+    /// @param placesParser  borrowed; asked for the place of each token and attribute. Null: no
+    /// places are written
     explicit JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser = nullptr);
 
-    void OnStartParsing() override;
-    void OnEndParsing() override;
     void OnBOM(const void* bytes, std::uint64_t size) override;
     void OnCharset(StringNS::CharSet::Code code) override;
-    void OnText(HTML::TextData<C, S>* data) override;
-    void OnCComment(HTML::CCommentData<C, S>* data) override;
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override;
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override;
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override;
-    void OnStartTag(HTML::StartTagData<C, S>* data) override;
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override;
-    void OnEndTag(HTML::EndTagData<C, S>* data) override;
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override;
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override;
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override;
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override;
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override;
-    void OnJSTagStart() override;
-    void OnJSTagEnd() override;
-    void OnCSSTagStart() override;
-    void OnCSSTagEnd() override;
-    void OnJunkData(HTML::JunkData<C, S>* data) override;
+    void OnEvent(HTML::ObserverEvent event);
+    template <template <typename, typename> class Record>
+    void OnToken(Record<C, S>* record);
 
     /// Writes the last line of an input. @param inputName  as given on the command line
     void WriteResult(const ParsePassResult& result, const std::string& inputName);
 
 private:
-    void Plain(std::string_view event);
-    template <typename T>
-    void TextOnly(std::string_view event, const T* text);
-    void Attributes(const Vector<HTML::Attribute<C, S>>* attributes);
+    void Member(const char* name, bool value);
+    void Member(const char* name, const std::string* bytes);
+    void Member(const char* name, const WideString* text);
+    void Member(const char* name, const Vector<HTML::Attribute<C, S>>* attributes);
+    void Member(const char* name, const Vector<HTML::EntityToken<C, S>>* tokens);
     void End();
 
     const HTML::GenericParser* parser;

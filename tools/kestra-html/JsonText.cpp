@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::string_view HEXADECIMAL = "0123456789abcdef";
 
-/// The letter behind the backslash of a short escape, or 0.
+/// The letter after the backslash of a short escape, or 0.
 char ShortEscape(unsigned unit) {
     switch (unit) {
         case '"':

@@ -7,7 +7,8 @@
 
 namespace Kestra::Tool {
 
-/// Appends a JSON string, quotation marks included, in pure ASCII: control characters and everything from U+007F up are escaped.
+/// Appends a JSON string, quotation marks included, in pure ASCII: control characters and
+/// everything from U+007F up are escaped.
 
 /// Each byte is one code point, U+0000 to U+00FF.
 void AppendJsonString(std::string* json, std::string_view bytes);

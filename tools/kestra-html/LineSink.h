@@ -5,8 +5,8 @@
 
 namespace Kestra::Tool {
 
-/// Thrown when output cannot be written: the reader of a pipe is gone, the disk is full. Nothing more can be said then, so it ends the
-/// run, out of an observer's callback too.
+/// Thrown when output cannot be written: the reader of a pipe is gone, the disk is full. Nothing
+/// more can be said then, so it ends the run, out of an observer's callback too.
 class OutputFailed : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

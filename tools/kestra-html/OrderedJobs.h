@@ -10,7 +10,8 @@
 
 namespace Kestra::Tool {
 
-/// Runs numbered jobs on several threads, taken up in their order, while their owner waits for them one after the other.
+/// Runs numbered jobs on several threads, taken up in their order, while their owner waits for them
+/// one after the other.
 ///
 /// The threads are at most MOST_AHEAD jobs per thread ahead of the one that is waited for.
 class OrderedJobs {
@@ -23,9 +24,11 @@ public:
     using MakeWorker = std::function<Job()>;
 
     /// Starts at once.
-    /// @param threads  at least 1; no more are started than there are jobs, or than the system has room for
+    /// @param threads  at least 1; no more are started than there are jobs, or than the system has
+    /// room for
     /// @param begin    called for each job before the next one is taken up, one call at a time and in order
-    /// @throws std::exception  what the first thread failed with; when a later one fails, those before it do the work
+    /// @throws std::exception what the first thread failed with; when a later one fails, those
+    /// before it do the work
     OrderedJobs(std::size_t jobs, std::size_t threads, const MakeWorker& makeWorker, Job begin);
     OrderedJobs(const OrderedJobs&) = delete;
     OrderedJobs& operator=(const OrderedJobs&) = delete;

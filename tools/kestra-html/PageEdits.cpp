@@ -13,11 +13,13 @@ using HTML::RewriterToken;
 
 PageEdits::PageEdits(const std::vector<RewriteEdit>& edits, HTML::Rewriter* rewriter, Listener listener)
     : parser(rewriter->GetParser()), listen(std::move(listener)) {
-    // What is removed needs no other edit, and tells none. So it is found first: callbacks come in the order in which they are bound.
+    // What is removed needs no other edit, and reports none. So it is found first: callbacks come
+    // in the order in which they are bound.
     for (const RewriteEdit& edit : edits) {
         if (edit.kind == RewriteEdit::Kind::REMOVE_ELEMENT)
-            rewriter->OnElement(edit.selector + " *",
-                                [this](const RewriterElement& inside) { removed = inside.GetStartTag().GetPlace().begin; });
+            rewriter->OnElement(edit.selector + " *", [this](const RewriterElement& inside) {
+                removed = inside.GetStartTag().GetPlace().begin;
+            });
     }
     for (const RewriteEdit& edit : edits) {
         if (edit.kind == RewriteEdit::Kind::REMOVE_ELEMENT)
@@ -118,8 +120,9 @@ std::string PageEdits::ShowBytes(const RewriterToken& tag) const {
     const std::string_view bytes = tag.GetBytes();
     WideString wide;
     std::string text;
-    const bool isConverted = StringHelper::GetWideFromGeneric(parser.GetCharset(), bytes.data(), bytes.size(), &wide) == 0 &&
-                             StringHelper::GetStringFromWide(CharSet::UTF8, wide.data(), wide.size(), &text) == 0;
+    const bool isConverted =
+        StringHelper::GetWideFromGeneric(parser.GetCharset(), bytes.data(), bytes.size(), &wide) == 0 &&
+        StringHelper::GetStringFromWide(CharSet::UTF8, wide.data(), wide.size(), &text) == 0;
     return isConverted ? text : std::string(bytes);
 }
 

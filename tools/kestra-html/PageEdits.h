@@ -13,14 +13,14 @@
 
 namespace Kestra::Tool {
 
-/// Makes the edits of a command line in a document, and tells each of them.
+/// Makes the edits of a command line in a document, and reports each of them.
 class PageEdits {
 public:
     /// An edit that was made.
     struct Made {
         HTML::TokenPlace place;             ///< of the start tag
-        std::optional<std::string> before;  ///< the value of the attribute, or the start tag of a removed element; in UTF-8. Nothing:
-                                            ///< there was no such attribute
+        std::optional<std::string> before;  ///< the value of the attribute, or the start tag of a removed element; in
+                                            ///< UTF-8. Nothing: there was no such attribute
         std::optional<std::string> after;   ///< the same after it
     };
     using Listener = std::function<void(const Made& made)>;
@@ -57,7 +57,8 @@ private:
     Listener listen;
     std::uint64_t count = 0;
     Failure failure;
-    std::optional<std::uint64_t> removed;  ///< begin of the last tag that is removed, by itself or with an element around it
+    std::optional<std::uint64_t>
+        removed;  ///< begin of the last tag that is removed, by itself or with an element around it
 };
 
 }  // namespace Kestra::Tool

@@ -30,7 +30,8 @@ bool ParseStart::WasRestarted() const {
 }
 
 bool ParseStart::CanRestart() const {
-    return charset == StringNS::CharSet::UNKNOWN && type != HTML::GenericParser::DATA_STREAM_UTF16 && restarts < MOST_RESTARTS;
+    return charset == StringNS::CharSet::UNKNOWN && type != HTML::GenericParser::DATA_STREAM_UTF16 &&
+           restarts < MOST_RESTARTS;
 }
 
 bool ParseStart::Restart(const ParsePassResult& result) {
@@ -43,10 +44,12 @@ bool ParseStart::Restart(const ParsePassResult& result) {
     return true;
 }
 
-ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
-                             const BytesDone& bytesDone) {
+ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start,
+                             const ParseOptions& options, const BytesDone& bytesDone) {
     PieceStream stream(content, options.pieceSize, bytesDone);  // the parser re-reads it until `EndParse`
-    const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) { return parser->ParseBuffer(piece, size); };
+    const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) {
+        return parser->ParseBuffer(piece, size);
+    };
     parser->SetSelfCheck(options.selfCheck);
     parser->SetDetectCharsetErrors(options.detectCharsetErrors);
     parser->SetChrDetMinConfidence(options.minConfidence);
@@ -66,19 +69,21 @@ ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view conte
     result.isWParser = parser->IsWParser();
     result.needsReparsing = parser->NeedsReparsing();
     result.endParse = parser->EndParse();
-    result.copyLost = options.selfCheck == HTML::GenericParser::SELF_CHECK_COPY && result.endParse == HTML::PARSER_SELF_CHECK_FAILED &&
-                      parser->GetSelfCheckStream() == nullptr;
+    result.copyLost = options.selfCheck == HTML::GenericParser::SELF_CHECK_COPY &&
+                      result.endParse == HTML::PARSER_SELF_CHECK_FAILED && parser->GetSelfCheckStream() == nullptr;
     result.hasCharsetErrors = parser->HasCharsetErrors();
     result.conversionError = parser->GetConversionError();
     return result;
 }
 
 std::uint64_t CountLostMarkBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize) {
-    const bool looksForMark =
-        start.GetType() != HTML::GenericParser::DATA_STREAM_8BIT && start.GetType() != HTML::GenericParser::DATA_STREAM_UTF16;
+    const bool looksForMark = start.GetType() != HTML::GenericParser::DATA_STREAM_8BIT &&
+                              start.GetType() != HTML::GenericParser::DATA_STREAM_UTF16;
     if (!looksForMark || input.starts_with("\xEF\xBB\xBF") || input.starts_with("\xFF\xFE"))
         return 0;
-    const std::uint64_t alike = input.starts_with("\xEF\xBB") ? 2 : input.starts_with("\xEF") || input.starts_with("\xFF") ? 1 : 0;
+    const std::uint64_t alike = input.starts_with("\xEF\xBB")                            ? 2
+                                : input.starts_with("\xEF") || input.starts_with("\xFF") ? 1
+                                                                                         : 0;
     if (alike == input.size())
         return alike;
     return pieceSize == 0 ? 0 : alike / pieceSize * pieceSize;

@@ -22,13 +22,14 @@ struct ParsePassResult : CallResults {
 
     // Asked just after `EndParse`.
     bool hasCharsetErrors = false;
-    std::uint32_t conversionError = 0;  ///< the last code of a conversion for the observer that failed: tokens are missing; 0 for none
+    std::uint32_t conversionError =
+        0;  ///< the last code of a conversion for the observer that failed: tokens are missing; 0 for none
 
     /// Every call returned 0 and no token is missing.
     bool IsGood() const;
 };
 
-/// How a pass begins: what `StartParse` is told.
+/// How a pass begins: the arguments of `StartParse`.
 class ParseStart {
 public:
     static constexpr unsigned MOST_RESTARTS = 2;  ///< passes that may be abandoned for another charset
@@ -40,11 +41,13 @@ public:
     HTML::GenericParser::DataStreamType GetType() const;
     bool WasRestarted() const;
 
-    /// True when a pass may be abandoned for another charset: only a document of unknown charset is.
+    /// True when a pass may be abandoned for another charset: only a document of unknown charset
+    /// is.
     bool CanRestart() const;
 
     /// Takes over the charset that a pass was abandoned for.
-    /// @return false when the pass counts: it was not abandoned, or there have been MOST_RESTARTS before. Nothing changes then.
+    /// @return false when the pass counts: it was not abandoned, or there have been MOST_RESTARTS
+    /// before. Nothing changes then.
     bool Restart(const ParsePassResult& result);
 
 private:
@@ -53,13 +56,14 @@ private:
     unsigned restarts = 0;
 };
 
-/// Parses an input once, from `StartParse` to `EndParse`, for the observer that is bound to the parser.
+/// Parses an input once, from `StartParse` to `EndParse`, for the observer that is bound to the
+/// parser.
 /// @param bytesDone  called with the bytes that have been handed to the parser so far
-ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start, const ParseOptions& options,
-                             const BytesDone& bytesDone);
+ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start,
+                             const ParseOptions& options, const BytesDone& bytesDone);
 
-/// The bytes at the start of an input that belong to no token: those of a byte-order mark that the input, or a piece, ends in and that
-/// does not go on, which the parser drops.
+/// The bytes at the start of an input that belong to no token: those of a byte-order mark that the
+/// input, or a piece, ends in and that does not go on, which the parser drops.
 std::uint64_t CountLostMarkBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize);
 
 }  // namespace Kestra::Tool

@@ -13,8 +13,9 @@ using BytesDone = std::function<void(std::uint64_t)>;
 
 /// A stream over bytes in memory whose long reads can be cut into pieces.
 ///
-/// A read that asks for at least LONG_READ bytes, as every read for the next piece of a document does, gets at most `pieceSize` of
-/// them. Shorter reads are those of a construct that is read again; they are served whole.
+/// A read that asks for at least LONG_READ bytes, as every read for the next piece of a document
+/// does, gets at most `pieceSize` of them. Shorter reads are those of a construct that is read
+/// again; they are served whole.
 class PieceStream final : public VFS::InputStream {
 public:
     static constexpr std::uint64_t LONG_READ = 16384;

@@ -7,8 +7,9 @@
 
 namespace Kestra::Tool {
 
-/// One line on standard error that says how far a long run is. It is drawn on a terminal only, and only for more than one input or for
-/// one of more than LARGE_INPUT bytes; other output hides it first.
+/// One line on standard error that says how far a long run is. It is drawn on a terminal only, and
+/// only for more than one input or for one of more than LARGE_INPUT bytes; other output hides it
+/// first.
 class Progress {
 public:
     static constexpr std::uint64_t LARGE_INPUT = std::uint64_t{16} * 1024 * 1024;

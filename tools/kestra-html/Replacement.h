@@ -5,7 +5,8 @@
 
 namespace Kestra::Tool {
 
-/// Replaces what a regular expression matches. It takes time in proportion to the text, whatever the expression is.
+/// Replaces what a regular expression matches. It takes time in proportion to the text, whatever
+/// the expression is.
 class Replacement {
 public:
     /// @param regex  in the syntax of RE2
@@ -18,7 +19,8 @@ public:
     /// What is wrong with the two, in English; empty for nothing.
     const std::string& GetFault() const;
 
-    /// Replaces every match, from left to right. @param value  in UTF-8. @return false when there is none
+    /// Replaces every match, from left to right. @param value  in UTF-8. @return false when there
+    /// is none
     bool Apply(std::string* value) const;
 
 private:

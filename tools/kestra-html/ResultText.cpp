@@ -61,7 +61,7 @@ std::string_view GetResultMeaning(std::uint32_t code) {
         case HTML::STATELESS_TAG_END_EXPECTED:
             return "malformed markup, a tag, a declaration or an instruction must end here";
         case HTML::STATELESS_UNKNOWN_CONSTRUCT:
-            return "malformed markup, nothing begins with this character behind \"<\", \"<!\" or \"<!-\"";
+            return "malformed markup, nothing begins with this character after \"<\", \"<!\" or \"<!-\"";
         case HTML::PARSER_SELF_CHECK_FAILED:
             return "the tokens written back differ from the input";
         case HTML::PARSER_PARSE_AGAIN:
@@ -124,8 +124,9 @@ std::string DescribeFailures(const ParsePassResult& results) {
         return text;
     if (!text.empty())
         text.append("; ");
-    return text.append(fmt::format("tokens are missing, a conversion from the charset {} returned {}: {}", DescribeCharset(results.charset),
-                                   results.conversionError, GetResultMeaning(results.conversionError)));
+    return text.append(fmt::format("tokens are missing, a conversion from the charset {} returned {}: {}",
+                                   DescribeCharset(results.charset), results.conversionError,
+                                   GetResultMeaning(results.conversionError)));
 }
 
 }  // namespace Kestra::Tool

@@ -64,11 +64,13 @@ private:
     bool isSilent;
 };
 
-/// Whether a name is that of a pipe, a device or the like: to open one may wait for ever, and to read it may take what is not there again.
+/// Whether a name is that of a pipe, a device or the like: to open one may wait for ever, and to
+/// read it may take what is not there again.
 bool IsSpecialFile(const std::string& name) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(ToPath(name), error);
-    return !error && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) && !std::filesystem::is_directory(status);
+    return !error && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+           !std::filesystem::is_directory(status);
 }
 
 /// Reads a stream to its end.
@@ -94,7 +96,8 @@ void Rewind(VFS::InputStream* stream) {
 
 class RewriteCommand {
 public:
-    RewriteCommand(const RewriteOptions& rewriteOptions, Console* toolConsole) : options(rewriteOptions), console(toolConsole) {}
+    RewriteCommand(const RewriteOptions& rewriteOptions, Console* toolConsole)
+        : options(rewriteOptions), console(toolConsole) {}
 
     ExitStatus Run() {
         ExitStatus status = EXIT_STATUS_GOOD;
@@ -172,8 +175,9 @@ private:
         if (results.GetFirstFailure() != HTML::PARSER_OK)
             console->Diagnose(name, DescribeFailures(results));
         else if (failure.code != HTML::REWRITE_OK)
-            console->Diagnose(name, fmt::format("an edit returned {}: {} (line {}, column {})", failure.code,
-                                                GetResultMeaning(failure.code), failure.place.line, failure.place.column));
+            console->Diagnose(name,
+                              fmt::format("an edit returned {}: {} (line {}, column {})", failure.code,
+                                          GetResultMeaning(failure.code), failure.place.line, failure.place.column));
         else
             return EXIT_STATUS_GOOD;
         return EXIT_STATUS_FAILED;
@@ -185,15 +189,18 @@ private:
             return;
         const std::string before = made.before ? PrintableName(*made.before) : std::string(NONE);
         const std::string after = made.after ? PrintableName(*made.after) : std::string(NONE);
-        console->Line(fmt::format("{}:{}:{}: {} -> {}", PrintableName(name), made.place.line, made.place.column, before, after));
+        console->Line(
+            fmt::format("{}:{}:{}: {} -> {}", PrintableName(name), made.place.line, made.place.column, before, after));
     }
 
     bool NeedsCharset() const {
-        return !options.edits.empty() && options.charset == CharSet::UNKNOWN && options.input != GenericParser::DATA_STREAM_UTF16;
+        return !options.edits.empty() && options.charset == CharSet::UNKNOWN &&
+               options.input != GenericParser::DATA_STREAM_UTF16;
     }
 
-    /// The charset that values are read and written in: that of the command line or of the markup. Without any, UTF-8 when all of the input
-    /// is UTF-8, and else windows-1252, in which every byte is a character and stays as it is.
+    /// The charset that values are read and written in: that of the command line or of the markup.
+    /// Without any, UTF-8 when all of the input is UTF-8, and else windows-1252, in which every
+    /// byte is a character and stays as it is.
     CharSet::Code FindCharset(VFS::InputStream* stream) {
         if (!NeedsCharset())
             return options.charset;
@@ -207,15 +214,17 @@ private:
         return utf8.IsUtf8() ? CharSet::UTF8 : CharSet::WINDOWS_1252;
     }
 
-    /// That of the markup, or 0 where the rewriter finds UTF-16 by itself; nothing when there is none. A token that does not fit the memory
-    /// ends the search here, and is copied later.
+    /// That of the markup, or 0 where the rewriter finds UTF-16 by itself; nothing when there is
+    /// none. A token that does not fit the memory ends the search here, and is copied later.
     std::optional<CharSet::Code> FindDeclaredCharset(VFS::InputStream* stream) const {
-        HTML::ParserObserver<char, std::string> observer;  // nothing is converted for it, so that no declaration comes too late
+        HTML::ParserObserver<char, std::string>
+            observer;  // nothing is converted for it, so that no declaration comes too late
         GenericParser parser;
         parser.SetObserver(&observer, false);
         parser.SetScriptMode(options.scriptMode);
         parser.SetMaxTokenSize(options.maxTokenSize);
-        parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE * 2 + 1);  // of 100: nothing is that sure
+        parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE * 2 +
+                                      1);  // of 100: nothing is that sure
         parser.StartParse(CharSet::UNKNOWN, options.input);
         try {
             parser.ParseStream(stream, false);

@@ -6,7 +6,8 @@
 
 namespace Kestra::Tool {
 
-/// Runs `kestra-html rewrite`: copies every input with its edits, or tells the edits, and says what fails.
+/// Runs `kestra-html rewrite`: copies every input with its edits, or lists the edits, and says what
+/// fails.
 ExitStatus RunRewrite(const RewriteOptions& options, Console* console);
 
 }  // namespace Kestra::Tool

@@ -32,7 +32,8 @@ bool IsUtf8(const std::string& text) {
 /// Reads arguments one after the other.
 class ArgumentReader {
 public:
-    ArgumentReader(const std::vector<std::string>& allArguments, RewriteArguments* result) : arguments(allArguments), target(result) {}
+    ArgumentReader(const std::vector<std::string>& allArguments, RewriteArguments* result)
+        : arguments(allArguments), target(result) {}
 
     void Run() {
         while (next < arguments.size()) {
@@ -116,7 +117,8 @@ private:
         RewriteEdit edit;
         edit.kind = kind;
         edit.attribute = dot == std::string::npos ? "" : name.substr(dot + 1);
-        const bool isName = !element.empty() && !edit.attribute.empty() && name.find_first_of(NO_NAME) == std::string::npos;
+        const bool isName =
+            !element.empty() && !edit.attribute.empty() && name.find_first_of(NO_NAME) == std::string::npos;
         if (!isName)
             Refuse(fmt::format("\"{}\" is not ELEMENT.ATTRIBUTE", name));
         edit.selector = ToSelector(element);
@@ -151,8 +153,8 @@ private:
 };
 
 bool IsIdentifierByte(unsigned char byte) {
-    return byte >= 0x80 || (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == '-' ||
-           byte == '_';
+    return byte >= 0x80 || (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+           (byte >= 'a' && byte <= 'z') || byte == '-' || byte == '_';
 }
 
 }  // namespace
@@ -170,7 +172,8 @@ std::string ToSelector(const std::string& elementName) {
     std::string selector;
     for (const char letter : elementName) {
         const auto byte = static_cast<unsigned char>(letter);
-        const bool canBegin = byte >= 0x80 || (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == '_';
+        const bool canBegin =
+            byte >= 0x80 || (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == '_';
         if (selector.empty() ? canBegin : IsIdentifierByte(byte))
             selector += letter;
         else

@@ -24,7 +24,8 @@ struct RewriteEdit {
     std::shared_ptr<const Replacement> replacement;  ///< for REPLACE
 };
 
-/// The options of a command line that more than one value or an optional value belongs to, and the arguments that are left.
+/// The options of a command line that more than one value or an optional value belongs to, and the
+/// arguments that are left.
 struct RewriteArguments {
     std::vector<RewriteEdit> edits;  ///< in their order
     bool inPlace = false;
@@ -32,8 +33,9 @@ struct RewriteArguments {
     std::vector<std::string> rest;
 };
 
-/// Takes `--set`, `--replace`, `--remove`, `--remove-element` and `--in-place` out of arguments, up to a "--". They are read here because
-/// the parser of options would take a value like "[0-9]" for a list, and the order of the edits counts.
+/// Takes `--set`, `--replace`, `--remove`, `--remove-element` and `--in-place` out of arguments, up
+/// to a "--". They are read here because the parser of options would take a value like "[0-9]" for
+/// a list, and the order of the edits counts.
 /// @throws CLI::ParseError  for what is wrong with them
 RewriteArguments TakeRewriteArguments(const std::vector<std::string>& arguments);
 

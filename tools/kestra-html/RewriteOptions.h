@@ -8,13 +8,13 @@
 
 namespace Kestra::Tool {
 
-/// What the command line says about `kestra-html rewrite`. Of the options for parsing, charset, input, the mode of scripts
-/// and the limit of a token are used.
+/// What the command line says about `kestra-html rewrite`. Of the options for parsing, charset,
+/// input, the mode of scripts and the limit of a token are used.
 struct RewriteOptions : ParseOptions {
     std::vector<RewriteEdit> edits;  ///< in the order of the command line
     bool inPlace = false;            ///< write into the files
     std::string backupSuffix;        ///< for the name of the file as it was; empty for no backup
-    bool dryRun = false;             ///< tell the edits and write nothing
+    bool dryRun = false;             ///< list the edits and write nothing
     std::vector<std::string> inputs;
 };
 

@@ -34,9 +34,11 @@ constexpr const char* REWRITE_FOOTER =
 
 }  // namespace
 
-RewriteSubcommand::RewriteSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "rewrite", "Copy an input and edit its tags") {
+RewriteSubcommand::RewriteSubcommand(CLI::App* tool)
+    : ParsingSubcommand(tool, "rewrite", "Copy an input and edit its tags") {
     AddText("--set", &helpOnly, "ELEMENT.ATTRIBUTE=VALUE", "give an attribute a value, or add it");
-    AddText("--replace", &helpOnly, "ELEMENT.ATTRIBUTE REGEX REPLACEMENT", "replace what matches in the value of an\nattribute");
+    AddText("--replace", &helpOnly, "ELEMENT.ATTRIBUTE REGEX REPLACEMENT",
+            "replace what matches in the value of an\nattribute");
     AddText("--remove", &helpOnly, "ELEMENT.ATTRIBUTE", "remove an attribute");
     AddText("--remove-element", &helpOnly, "SELECTOR", "remove elements with their content");
     AddText("--in-place", &helpOnly, "[=SUFFIX]", "write into the files, with a backup or without");

@@ -14,7 +14,8 @@ class RewriteSubcommand final : public ParsingSubcommand {
 public:
     explicit RewriteSubcommand(CLI::App* tool);
 
-    /// Takes the edits out of the arguments. @return what is left for the parser of options. @throws CLI::ParseError
+    /// Takes the edits out of the arguments. @return what is left for the parser of options.
+    /// @throws CLI::ParseError
     std::vector<std::string> TakeEdits(const std::vector<std::string>& arguments);
 
     /// What the options mean. @throws CLI::ParseError

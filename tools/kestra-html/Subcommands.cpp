@@ -49,7 +49,7 @@ constexpr const char* TOKENS_FOOTER =
 
 constexpr const char* EVENTS_FOOTER =
     "The events are those of the stateless parser, which takes 8-bit text. A comment\n"
-    "ends with its piece, and text behind the last tag causes no event. A parse that\n"
+    "ends with its piece, and text after the last tag causes no event. A parse that\n"
     "ends inside a construct, with 16, is good.\n"
     "\n"
     "Text format: one line for each event. It starts with the line and the column of\n"
@@ -117,20 +117,25 @@ CharSet::Code ReadCharset(const std::string& option, const std::string& text) {
         name.push_back(static_cast<WideChar>(static_cast<unsigned char>(letter)));
     const CharSet::Code code = CharSet::GetCharSetCode(name);
     if (code == CharSet::UNKNOWN)
-        throw CLI::ValidationError(option, fmt::format("\"{}\" is neither a number nor a registered charset name", text));
+        throw CLI::ValidationError(option,
+                                   fmt::format("\"{}\" is neither a number nor a registered charset name", text));
     return code;
 }
 
-/// What cannot be decoded would be lost on its way to the observer. Where nothing is decoded, a code that has a name is one all the same.
+/// What cannot be decoded would be lost on its way to the observer. Where nothing is decoded, a
+/// code that has a name is one all the same.
 CharSet::Code ToCharset(const std::string& option, const std::string& text, bool decodes) {
     const CharSet::Code code = ReadCharset(option, text);
-    const bool isKnown = code == CharSet::UNKNOWN || HasConverter(code) || (!decodes && !CharSet::GetCharSetName(code).empty());
+    const bool isKnown =
+        code == CharSet::UNKNOWN || HasConverter(code) || (!decodes && !CharSet::GetCharSetName(code).empty());
     if (!isKnown)
-        throw CLI::ValidationError(option, fmt::format("there is no converter for the charset {}", DescribeCharset(code)));
+        throw CLI::ValidationError(option,
+                                   fmt::format("there is no converter for the charset {}", DescribeCharset(code)));
     return code;
 }
 
-std::uint64_t ToNumberWithin(const std::string& option, const std::string& text, std::uint64_t least, std::uint64_t most) {
+std::uint64_t ToNumberWithin(const std::string& option, const std::string& text, std::uint64_t least,
+                             std::uint64_t most) {
     const auto number = ReadNumber(text, most);
     if (!number || *number < least)
         throw CLI::ValidationError(option, fmt::format("\"{}\" is not a number from {} to {}", text, least, most));
@@ -140,13 +145,15 @@ std::uint64_t ToNumberWithin(const std::string& option, const std::string& text,
 }  // namespace
 
 Subcommand::Subcommand(CLI::App* tool, const std::string& name, const std::string& description)
-    : app(tool->add_subcommand(name, description)), minConfidence(std::to_string(GenericParser::DETECTCHARSET_MIN_CONFIDENCE)) {}
+    : app(tool->add_subcommand(name, description)),
+      minConfidence(std::to_string(GenericParser::DETECTCHARSET_MIN_CONFIDENCE)) {}
 
 bool Subcommand::IsMeant() const {
     return app->parsed();
 }
 
-void Subcommand::AddText(const std::string& name, std::string* value, const std::string& typeName, const std::string& description) {
+void Subcommand::AddText(const std::string& name, std::string* value, const std::string& typeName,
+                         const std::string& description) {
     app->add_option(name, *value, description)->type_name(typeName)->take_last()->capture_default_str();
 }
 
@@ -168,7 +175,8 @@ void Subcommand::AddMinConfidence() {
     AddText("--min-confidence", &minConfidence, "N", "least confidence, of 100, of a detected charset");
 }
 
-/// The option is for the help only. It accepts nothing: as a list, the parser of options would read "[a,b]" as two names.
+/// The option is for the help only. It accepts nothing: as a list, the parser of options would read
+/// "[a,b]" as two names.
 void Subcommand::AddFiles(const std::string& description, const std::string& footer) {
     app->add_option("FILE...", helpOnly, description)->type_name("")->expected(0)->allow_extra_args(false);
     app->allow_extras();
@@ -193,7 +201,8 @@ std::vector<std::string> Subcommand::GetFiles() const {
 }
 
 void FeedingSubcommand::AddCharset() {
-    AddText("--charset", &charset, "CHARSET", "charset of the input: a code-page number or a\nregistered name; 0 is unknown");
+    AddText("--charset", &charset, "CHARSET",
+            "charset of the input: a code-page number or a\nregistered name; 0 is unknown");
 }
 
 void FeedingSubcommand::AddFeed() {
@@ -205,12 +214,14 @@ void FeedingSubcommand::AddFeed() {
 }
 
 void FeedingSubcommand::AddMaxToken() {
-    AddText("--max-token", &maxToken, "N", "most bytes of a token, 0 for any number; a longer\none ends the input with 711");
+    AddText("--max-token", &maxToken, "N",
+            "most bytes of a token, 0 for any number; a longer\none ends the input with 711");
 }
 
 void FeedingSubcommand::AddScripts() {
     AddChoice("--scripts", &scripts, {"tokens", "text"},
-              "look for strings and comments in scripts, or\nread the content of script, style, textarea,\ntitle and their like as "
+              "look for strings and comments in scripts, or\nread the content of script, style, textarea,\ntitle and "
+              "their like as "
               "text, as browsers do");
 }
 
@@ -226,7 +237,8 @@ void FeedingSubcommand::TakeFeedOptions(FeedOptions* options, bool decodes) cons
 }
 
 void ParsingSubcommand::AddInput() {
-    AddChoice("--input", &input, {"auto", "8bit", "utf16"}, "look for a byte-order mark, or take the input\nas 8-bit text or as UTF-16");
+    AddChoice("--input", &input, {"auto", "8bit", "utf16"},
+              "look for a byte-order mark, or take the input\nas 8-bit text or as UTF-16");
 }
 
 void ParsingSubcommand::AddNoReparse() {
@@ -244,20 +256,24 @@ void ParsingSubcommand::TakeParseOptions(ParseOptions* options, bool decodes) co
     options->reparse = !noReparse;
 }
 
-TokensSubcommand::TokensSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "tokens", "Print the token stream of every input") {
+TokensSubcommand::TokensSubcommand(CLI::App* tool)
+    : ParsingSubcommand(tool, "tokens", "Print the token stream of every input") {
     AddFormat();
     AddCharset();
     AddInput();
-    AddChoice("--observer", &observer, {"wide", "narrow"}, "characters of the tokens: UTF-16, or bytes as\nthey are in the input");
+    AddChoice("--observer", &observer, {"wide", "narrow"},
+              "characters of the tokens: UTF-16, or bytes as\nthey are in the input");
     AddFeed();
     AddScripts();
     AddMaxToken();
     AddChoice("--self-check", &selfCheck, {"off", "crc", "copy"},
               "compare the input with its tokens written\nback, by checksum; copy keeps those, too");
-    AddFlag("--detect-charset-errors", &detectCharsetErrors, "tell in the result whether all text could be\ndecoded without loss");
+    AddFlag("--detect-charset-errors", &detectCharsetErrors,
+            "tell in the result whether all text could be\ndecoded without loss");
     AddMinConfidence();
     AddNoReparse();
-    AddFlag("--places", &places, "tell where each token, and in JSON each\nattribute, lies, in bytes from the first one");
+    AddFlag("--places", &places,
+            "tell where each token, and in JSON each\nattribute, lies, in bytes from the first one");
     AddFiles("files to read; - or none is standard input", TOKENS_FOOTER);
 }
 
@@ -277,7 +293,8 @@ TokensOptions TokensSubcommand::GetOptions() const {
 }
 
 EventsSubcommand::EventsSubcommand(CLI::App* tool)
-    : FeedingSubcommand(tool, "events", "Print the event stream of every input"), flags(std::to_string(EventsOptions().flags)) {
+    : FeedingSubcommand(tool, "events", "Print the event stream of every input"),
+      flags(std::to_string(EventsOptions().flags)) {
     AddFormat();
     AddCharset();
     AddFeed();
@@ -293,13 +310,15 @@ EventsOptions EventsSubcommand::GetOptions() const {
     TakeFeedOptions(&options, true);
     options.format = GetFormat();
     options.flags = static_cast<std::uint32_t>(ToNumberWithin("--flags", flags, 0, UINT32_MAX));
-    options.scriptMode = WantsScriptsAsText() ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
+    options.scriptMode =
+        WantsScriptsAsText() ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
     options.places = places;
     options.inputs = GetFiles();
     return options;
 }
 
-CheckSubcommand::CheckSubcommand(CLI::App* tool) : ParsingSubcommand(tool, "check", "Check that the tokens reproduce every input") {
+CheckSubcommand::CheckSubcommand(CLI::App* tool)
+    : ParsingSubcommand(tool, "check", "Check that the tokens reproduce every input") {
     AddFormat();
     AddCharset();
     AddInput();

@@ -31,8 +31,10 @@ public:
 protected:
     ~Subcommand() = default;
 
-    void AddText(const std::string& name, std::string* value, const std::string& typeName, const std::string& description);
-    void AddChoice(const std::string& name, std::string* value, const std::vector<std::string>& choices, const std::string& description);
+    void AddText(const std::string& name, std::string* value, const std::string& typeName,
+                 const std::string& description);
+    void AddChoice(const std::string& name, std::string* value, const std::vector<std::string>& choices,
+                   const std::string& description);
     void AddFlag(const std::string& name, bool* value, const std::string& description);
     void AddFormat();
     void AddMinConfidence();
@@ -65,7 +67,8 @@ protected:
     void AddScripts();
 
     bool WantsScriptsAsText() const;
-    /// @param decodes  the text of the inputs is decoded, so that their charset needs a converter; else it only needs to be one
+    /// @param decodes  the text of the inputs is decoded, so that their charset needs a converter;
+    /// else it only needs to be one
     /// @throws CLI::ValidationError
     void TakeFeedOptions(FeedOptions* options, bool decodes) const;
 

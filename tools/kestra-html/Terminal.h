@@ -6,8 +6,9 @@
 
 namespace Kestra::Tool {
 
-/// The standard streams for the life of the program: they carry bytes as they are, and a pipe without a reader is a failed write instead of
-/// the end of the process. What `WantsColour` changes is undone at the end.
+/// The standard streams for the life of the program: they carry bytes as they are, and a pipe
+/// without a reader is a failed write instead of the end of the process. What `WantsColour` changes
+/// is undone at the end.
 class StandardStreams {
 public:
     StandardStreams();
@@ -19,8 +20,8 @@ public:
 bool IsOutputTerminal();
 bool IsErrorTerminal();
 
-/// True when standard output is a terminal that shows colours and NO_COLOR does not forbid them. A console of Windows is switched to them
-/// by the call.
+/// True when standard output is a terminal that shows colours and NO_COLOR does not forbid them. A
+/// console of Windows is switched to them by the call.
 bool WantsColour();
 
 /// Why bytes could not be written.
@@ -29,12 +30,13 @@ struct WriteFailure {
     std::string reason;         ///< in the system's words
 };
 
-/// Writes bytes to standard output at once. A console of Windows gets them as text: they are taken for UTF-8, and shown right in every
-/// code page of the console. @param bytes  whole lines, or a part of one that ends between two characters
+/// Writes bytes to standard output at once. A console of Windows gets them as text: they are taken
+/// for UTF-8, and shown right in every code page of the console. @param bytes  whole lines, or a
+/// part of one that ends between two characters
 /// @return nothing when all of them have been written
 std::optional<WriteFailure> WriteOutput(std::string_view bytes);
 
-/// The same for standard error. When it fails, there is nobody left to tell.
+/// The same for standard error. When it fails, there is no place left to say so.
 void WriteErrors(std::string_view bytes);
 
 }  // namespace Kestra::Tool

@@ -21,7 +21,8 @@ constexpr std::array<TokenKind, StatelessHTMLParser::ID_STYLE + 1> EVENT_KINDS =
 
 }  // namespace
 
-TextEventObserver::TextEventObserver(LineSink* lineSink, const StatelessHTMLParser* observedParser, bool inColour, bool withOffsets)
+TextEventObserver::TextEventObserver(LineSink* lineSink, const StatelessHTMLParser* observedParser, bool inColour,
+                                     bool withOffsets)
     : Trace::EventLineObserver(TextReport::STRINGS), places(observedParser), report(lineSink, inColour, withOffsets) {}
 
 void TextEventObserver::WriteSummary(const EventsPassResult& result, std::uint64_t size) {

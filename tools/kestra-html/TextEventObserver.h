@@ -12,12 +12,14 @@
 
 namespace Kestra::Tool {
 
-/// Writes one line for each callback, for reading: where the construct starts, and its line of the trace language with long strings cut.
+/// Writes one line for each callback, for reading: where the construct starts, and its line of the
+/// trace language with long strings cut.
 class TextEventObserver final : public Trace::EventLineObserver {
 public:
-    /// @param observedParser  borrowed; asked in each callback where it stands
+    /// @param observedParser  borrowed; asked in each callback where it is
     /// @param withOffsets     lines also tell the offsets in bytes
-    TextEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* observedParser, bool inColour, bool withOffsets = false);
+    TextEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* observedParser, bool inColour,
+                      bool withOffsets = false);
 
     /// Writes what became of the input: bytes, events by kind, result.
     void WriteSummary(const EventsPassResult& result, std::uint64_t size);

@@ -7,7 +7,8 @@
 
 namespace Kestra::Tool {
 
-TextReport::TextReport(LineSink* lineSink, bool inColour, bool withOffsets) : sink(lineSink), colour(inColour), offsets(withOffsets) {}
+TextReport::TextReport(LineSink* lineSink, bool inColour, bool withOffsets)
+    : sink(lineSink), colour(inColour), offsets(withOffsets) {}
 
 void TextReport::Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text) {
     ++counts[static_cast<std::size_t>(kind)];
@@ -19,8 +20,8 @@ void TextReport::Write(TokenKind kind, const HTML::TokenPlace& place, std::strin
         return;
     }
     const std::size_t wordLength = std::min(text.find('('), text.size());
-    sink->Line(
-        fmt::format("{}{}{}{}{}", where, GetTokenKindInfo(kind).colour, text.substr(0, wordLength), COLOUR_END, text.substr(wordLength)));
+    sink->Line(fmt::format("{}{}{}{}{}", where, GetTokenKindInfo(kind).colour, text.substr(0, wordLength), COLOUR_END,
+                           text.substr(wordLength)));
 }
 
 void TextReport::Summarize(std::string_view title, std::string_view text) {

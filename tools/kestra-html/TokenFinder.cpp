@@ -2,7 +2,8 @@
 
 namespace Kestra::Tool {
 
-TokenFinder::TokenFinder(const HTML::GenericParser* observedParser, std::uint64_t byte) : parser(observedParser), wanted(byte) {}
+TokenFinder::TokenFinder(const HTML::GenericParser* observedParser, std::uint64_t byte)
+    : parser(observedParser), wanted(byte) {}
 
 const std::string& TokenFinder::GetToken() const {
     return token;

@@ -24,18 +24,58 @@ enum class TokenKind {
     SCRIPT,  ///< a whole script, from its start tag to its end tag
     STYLE,   ///< a whole style sheet
     JUNK,
+    OTHER,  ///< a kind without a row of its own
     EVENT,  ///< what is not counted: start and end of the document, of scripts and styles; the mark and the charset
+};
+
+struct TokenKindInfo {
+    std::string_view name;    ///< as the trace language spells it
+    std::string_view colour;  ///< the terminal's escape sequence: ECMA-48, select graphic rendition
 };
 
 inline constexpr std::size_t TOKEN_KIND_COUNT = static_cast<std::size_t>(TokenKind::EVENT) + 1;
 
-struct TokenKindInfo {
-    std::string_view name;    ///< as the trace language spells it
-    std::string_view colour;  ///< the terminal's escape sequence
-};
-
-const TokenKindInfo& GetTokenKindInfo(TokenKind kind);
-
+inline constexpr std::string_view BOLD = "\x1B[1m";
+inline constexpr std::string_view FAINT = "\x1B[2m";
+inline constexpr std::string_view RED = "\x1B[31m";
+inline constexpr std::string_view GREEN = "\x1B[32m";
+inline constexpr std::string_view YELLOW = "\x1B[33m";
+inline constexpr std::string_view MAGENTA = "\x1B[35m";
+inline constexpr std::string_view CYAN = "\x1B[36m";
 inline constexpr std::string_view COLOUR_END = "\x1B[0m";
+
+inline constexpr std::array<TokenKindInfo, TOKEN_KIND_COUNT> TOKEN_KINDS = {{
+    {"text", BOLD},
+    {"start", CYAN},
+    {"short", CYAN},
+    {"end", CYAN},
+    {"comment", GREEN},
+    {"cdata", MAGENTA},
+    {"conditional", MAGENTA},
+    {"entity", MAGENTA},
+    {"extern", MAGENTA},
+    {"c-comment", GREEN},
+    {"cpp-comment", GREEN},
+    {"s-string", YELLOW},
+    {"d-string", YELLOW},
+    {"script", YELLOW},
+    {"style", YELLOW},
+    {"junk", RED},
+    {"other", BOLD},
+    {"event", FAINT},
+}};
+
+constexpr const TokenKindInfo& GetTokenKindInfo(TokenKind kind) {
+    return TOKEN_KINDS[static_cast<std::size_t>(kind)];
+}
+
+/// The kind of tokens with this word in the trace language, or `OTHER`.
+constexpr TokenKind FindTokenKind(std::string_view word) {
+    for (std::size_t i = 0; i < TOKEN_KIND_COUNT; ++i) {
+        if (TOKEN_KINDS[i].name == word)
+            return static_cast<TokenKind>(i);
+    }
+    return TokenKind::OTHER;
+}
 
 }  // namespace Kestra::Tool

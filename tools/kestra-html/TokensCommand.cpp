@@ -24,7 +24,8 @@ public:
         : options(tokensOptions), console(toolConsole), colour(WantsColour()) {}
 
     ExitStatus Run() {
-        return RunEachInput(options.inputs, options.format, console, [this](const Input& input) { return RunPasses(input); });
+        return RunEachInput(options.inputs, options.format, console,
+                            [this](const Input& input) { return RunPasses(input); });
     }
 
 private:
@@ -39,22 +40,23 @@ private:
         return EXIT_STATUS_FAILED;
     }
 
-    /// A document that may have to be started again is parsed ahead without output, so that no token of a pass that has to be abandoned
-    /// is written, and nothing has to be stored.
+    /// A document that may have to be started again is parsed ahead without output, so that no
+    /// token of a pass that has to be abandoned is written, and nothing has to be stored.
     ParseStart FindStart(const Input& input) {
         ParseStart start(options);
         bool isAbandoned = true;
         while (isAbandoned && start.CanRestart()) {
-            isAbandoned =
-                start.Restart(options.observer == TokensOptions::Observer::NARROW ? ParseSilently<char, std::string>(input, start)
-                                                                                  : ParseSilently<WideChar, WideString>(input, start));
+            isAbandoned = start.Restart(options.observer == TokensOptions::Observer::NARROW
+                                            ? ParseSilently<char, std::string>(input, start)
+                                            : ParseSilently<WideChar, WideString>(input, start));
         }
         return start;
     }
 
     template <typename C, typename S>
     ParsePassResult ParseSilently(const Input& input, const ParseStart& start) {
-        HTML::ParserObserver<C, S> observer;  // its flavour decides whether text is converted, and so where a parse is abandoned
+        HTML::ParserObserver<C, S>
+            observer;  // its flavour decides whether text is converted, and so where a parse is abandoned
         GenericParser parser;
         parser.SetObserver(&observer, false);
         ParseOptions silentOptions = options;
@@ -80,7 +82,8 @@ private:
         return result;
     }
 
-    ParsePassResult Parse(GenericParser* parser, const Input& input, const ParseStart& start, const ParseOptions& parseOptions) {
+    ParsePassResult Parse(GenericParser* parser, const Input& input, const ParseStart& start,
+                          const ParseOptions& parseOptions) {
         const BytesDone bytesDone = [this](std::uint64_t bytes) { console->GetProgress().Advance(bytes); };
         return RunParsePass(parser, input.bytes, start, parseOptions, bytesDone);
     }

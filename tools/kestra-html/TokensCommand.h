@@ -6,7 +6,8 @@
 
 namespace Kestra::Tool {
 
-/// Runs `kestra-html tokens`: writes the token stream of every input, and a diagnostic for every one that fails.
+/// Runs `kestra-html tokens`: writes the token stream of every input, and a diagnostic for every
+/// one that fails.
 ExitStatus RunTokens(const TokensOptions& options, Console* console);
 
 }  // namespace Kestra::Tool

@@ -4,7 +4,8 @@
 
 namespace Kestra::Tool {
 
-/// Tells whether bytes that come piece by piece are UTF-8: no overlong form, no surrogate, nothing beyond U+10FFFF, nothing cut at the end.
+/// Checks whether bytes that come piece by piece are UTF-8: no overlong form, no surrogate, nothing
+/// beyond U+10FFFF, nothing cut at the end.
 class Utf8Check {
 public:
     void Take(std::string_view piece);

@@ -7,7 +7,8 @@
 #include "tools/trace/TokenTrace.h"
 
 /// @file
-/// The trace language of events: one line of text for each callback of an observer of the stateless parser.
+/// The trace language of events: one line of text for each callback of an observer of the stateless
+/// parser.
 ///
 ///     start-parsing  stop-parsing
 ///     start(name|attributes)     extern(name|attributes)     end(name)
@@ -15,7 +16,8 @@
 ///     entity(name|tokens)
 ///     comment(text)              text(text)
 ///
-/// An attribute is {name=value}, a token {token}; strings have the escapes of the tokens' trace language.
+/// An attribute is {name=value}, a token {token}; strings have the escapes of the tokens' trace
+/// language.
 
 namespace Kestra::Trace {
 

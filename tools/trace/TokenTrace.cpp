@@ -3,7 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <type_traits>
 #include <utility>
+
+#include "platform/CodePoints.h"
+#include "tools/trace/RecordNotation.h"
 
 namespace Kestra::Trace {
 
@@ -47,27 +51,8 @@ void AppendAscii(std::string* line, unsigned unit) {
     }
 }
 
-void AppendUtf8(std::string* line, unsigned codePoint) {
-    const auto put = [line](unsigned byte) { line->push_back(static_cast<char>(byte)); };
-    if (codePoint < 0x800) {
-        put(0xC0 | (codePoint >> 6));
-    } else if (codePoint < 0x10000) {
-        put(0xE0 | (codePoint >> 12));
-        put(0x80 | ((codePoint >> 6) & 0x3F));
-    } else {
-        put(0xF0 | (codePoint >> 18));
-        put(0x80 | ((codePoint >> 12) & 0x3F));
-        put(0x80 | ((codePoint >> 6) & 0x3F));
-    }
-    put(0x80 | (codePoint & 0x3F));
-}
-
-bool IsHighSurrogate(unsigned unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(unsigned unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
+void AppendUtf8(std::string* line, char32_t codePoint) {
+    WriteUtf8(codePoint, [line](char byte) { line->push_back(byte); });
 }
 
 void AppendEscapedUnit(std::string* line, unsigned unit) {
@@ -80,7 +65,7 @@ std::size_t AppendWide(std::string* line, WideStringView text, std::size_t index
     const auto unit = static_cast<unsigned>(text[index]);
     const auto next = index + 1 < text.size() ? static_cast<unsigned>(text[index + 1]) : 0U;
     if (utf8 && IsHighSurrogate(unit) && IsLowSurrogate(next)) {
-        const unsigned codePoint = 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00);
+        const char32_t codePoint = JoinSurrogates(unit, next);
         if (IsInvisible(codePoint)) {
             AppendEscapedUnit(line, unit);
             AppendEscapedUnit(line, next);
@@ -89,12 +74,17 @@ std::size_t AppendWide(std::string* line, WideStringView text, std::size_t index
         }
         return 2;
     }
-    if (utf8 && !IsHighSurrogate(unit) && !IsLowSurrogate(unit) && !IsInvisible(unit))
+    if (utf8 && !IsSurrogate(unit) && !IsInvisible(unit))
         AppendUtf8(line, unit);
     else
         AppendEscapedUnit(line, unit);
     return 1;
 }
+
+template <typename C, typename S>
+std::string FormatPart(const HTML::Attribute<C, S>& attribute, const Options& options);
+template <typename C, typename S>
+std::string FormatPart(const HTML::EntityToken<C, S>& token, const Options& options);
 
 /// Builds one line.
 class Line {
@@ -103,11 +93,11 @@ public:
         line.push_back('(');
     }
 
-    template <typename S>
-    Line& Field(const S* text) {
+    template <typename C>
+    Line& Field(const std::basic_string<C>* text) {
         Separate();
         if (text == nullptr)
-            line.append("null");
+            line.append(NULL_WORD);
         else
             line.append(Escape(*text, options));
         return *this;
@@ -115,13 +105,13 @@ public:
 
     /// A list of attributes or of tokens.
     template <typename T>
-    Line& List(const Vector<T>* items) {
+    Line& Field(const Vector<T>* items) {
         Separate();
         if (items == nullptr) {
-            line.append("null");
+            line.append(NULL_WORD);
         } else {
             for (const T& item : *items)
-                line.append(Format(item, options));
+                line.append(FormatPart(item, options));
         }
         return *this;
     }
@@ -153,25 +143,57 @@ private:
 
 template <typename S>
 std::string Quoted(const S& value, std::uint32_t quote, const Options& options) {
-    constexpr std::array<std::string_view, 3> MARKS = {"", "'", "\""};
-    const std::string_view mark = quote < MARKS.size() ? MARKS[quote] : "?";
-    return std::string(mark) + Escape(value, options) + std::string(mark);
+    const std::string_view mark = quote < QUOTE_MARKS.size() ? QUOTE_MARKS[quote] : UNKNOWN_QUOTE_MARK;
+    return Concatenate({mark, Escape(value, options), mark});
 }
 
-template <typename Record>
-std::string FormatTextOnly(std::string_view kind, const Record& data, const Options& options) {
-    return Line(kind, options).Field(data.text).Finish();
+template <typename C, typename S>
+std::string FormatPart(const HTML::Attribute<C, S>& attribute, const Options& options) {
+    std::string item = Concatenate({"{", Escape(attribute.prefix, options), "|", Escape(attribute.name, options)});
+    if (attribute.hasValue) {
+        item += Concatenate({"|", Escape(attribute.beforeEquals, options), "=", Escape(attribute.afterEquals, options),
+                             "|", Quoted(attribute.value, attribute.quote, options)});
+    }
+    return item + "}";
 }
 
-template <typename Record>
-std::string FormatStartOrShort(std::string_view kind, const Record& data, const Options& options) {
-    return Line(kind, options)
-        .Field(data.prefix)
-        .Field(data.name)
-        .List(data.attributes)
-        .Field(data.suffix)
-        .Flag(!data.closed, "open")
-        .Finish();
+template <typename C, typename S>
+std::string FormatPart(const HTML::EntityToken<C, S>& token, const Options& options) {
+    return Concatenate({"{", Escape(token.prefix, options), "|", Quoted(token.value, token.quote, options), "}"});
+}
+
+/// The words after the parameters.
+template <template <typename, typename> class Record, typename C, typename S>
+void AppendFlags(const Record<C, S>& record, Line* line) {
+    constexpr bool IS_INSTRUCTION = std::is_same_v<Record<C, S>, HTML::ExternTagData<C, S>>;
+    for (const FlagNotation& notation : FLAG_NOTATIONS) {
+        HTML::ForEachField(record, [line, &notation](std::string_view name, const auto& value) {
+            if constexpr (std::is_same_v<decltype(value), const bool&>)
+                line->Flag(name == notation.field && value == notation.value, notation.word);
+        });
+    }
+    HTML::ForEachField(record, [line](std::string_view name, const auto& value) {
+        if constexpr (std::is_same_v<decltype(value), const bool&>)
+            line->Flag(value && !HasFlagNotation(name) && !(IS_INSTRUCTION && IsFieldOfRawInstruction(name)), name);
+    });
+}
+
+template <template <typename, typename> class Record, typename C, typename S>
+std::string FormatRecord(const Record<C, S>& record, const Options& options) {
+    constexpr bool IS_INSTRUCTION = std::is_same_v<Record<C, S>, HTML::ExternTagData<C, S>>;
+    if constexpr (IS_INSTRUCTION) {
+        if (record.freeStyle)
+            return Line(RAW_INSTRUCTION, options).Field(record.text).Finish();
+    }
+    Line line(HTML::RecordKind<Record>::WORD, options);
+    HTML::ForEachField(record, [&line](std::string_view name, const auto& value) {
+        if constexpr (!std::is_same_v<decltype(value), const bool&>) {
+            if (!IS_INSTRUCTION || !IsFieldOfRawInstruction(name))
+                line.Field(value);
+        }
+    });
+    AppendFlags(record, &line);
+    return line.Finish();
 }
 
 }  // namespace
@@ -179,8 +201,9 @@ std::string FormatStartOrShort(std::string_view kind, const Record& data, const 
 bool IsInvisible(std::uint32_t codePoint) {
     return codePoint < 0xA0 || codePoint == 0xAD || codePoint == 0x061C || codePoint == 0x180E ||
            (codePoint >= 0x200B && codePoint <= 0x200F) || (codePoint >= 0x2028 && codePoint <= 0x202E) ||
-           (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) || codePoint == 0xFEFF ||
-           (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE || (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
+           (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) ||
+           codePoint == 0xFEFF || (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE ||
+           (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
 }
 
 std::string Escape(std::string_view text, const Options& options) {
@@ -205,7 +228,8 @@ std::string Escape(WideStringView text, const Options& options) {
     const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
     std::size_t end = cut ? static_cast<std::size_t>(options.cutAt) : text.size();
     // A cut never parts the two halves of a character.
-    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) && IsLowSurrogate(static_cast<unsigned>(text[end])))
+    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) &&
+        IsLowSurrogate(static_cast<unsigned>(text[end])))
         ++end;
     std::string line;
     line.reserve(text.size());
@@ -223,22 +247,8 @@ std::string Escape(WideStringView text, const Options& options) {
     return line;
 }
 
-std::string Format(Event event) {
-    switch (event) {
-        case Event::START_PARSING:
-            return "start-parsing";
-        case Event::END_PARSING:
-            return "end-parsing";
-        case Event::JS_TAG_START:
-            return "js-start";
-        case Event::JS_TAG_END:
-            return "js-end";
-        case Event::CSS_TAG_START:
-            return "css-start";
-        case Event::CSS_TAG_END:
-            return "css-end";
-    }
-    return {};
+std::string Format(HTML::ObserverEvent event) {
+    return HTML::GetEventNames(event).word;
 }
 
 std::string FormatBOM(const void* bytes, std::uint64_t size) {
@@ -256,248 +266,20 @@ std::string FormatCharset(StringNS::CharSet::Code code) {
     return "charset(" + std::to_string(code) + ")";
 }
 
-template <typename C, typename S>
-std::string Format(const HTML::Attribute<C, S>& attribute, const Options& options) {
-    std::string item = Concatenate({"{", Escape(attribute.prefix, options), "|", Escape(attribute.name, options)});
-    if (attribute.hasValue) {
-        item += Concatenate({"|", Escape(attribute.beforeEquals, options), "=", Escape(attribute.afterEquals, options), "|",
-                             Quoted(attribute.value, attribute.quote, options)});
-    }
-    return item + "}";
+template <template <typename, typename> class Record, typename C, typename S>
+std::string Format(const Record<C, S>& record, const Options& options) {
+    if constexpr (requires { FormatPart(record, options); })
+        return FormatPart(record, options);
+    else
+        return FormatRecord(record, options);
 }
 
-template <typename C, typename S>
-std::string Format(const HTML::EntityToken<C, S>& token, const Options& options) {
-    return Concatenate({"{", Escape(token.prefix, options), "|", Quoted(token.value, token.quote, options), "}"});
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::TextData<C, S>& data, const Options& options) {
-    return FormatTextOnly("text", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::CCommentData<C, S>& data, const Options& options) {
-    return FormatTextOnly("c-comment", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::CPPCommentData<C, S>& data, const Options& options) {
-    return FormatTextOnly("cpp-comment", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::SQuoteStringData<C, S>& data, const Options& options) {
-    return FormatTextOnly("s-string", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::DQuoteStringData<C, S>& data, const Options& options) {
-    return FormatTextOnly("d-string", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::JunkData<C, S>& data, const Options& options) {
-    return FormatTextOnly("junk", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::StartTagData<C, S>& data, const Options& options) {
-    return FormatStartOrShort("start", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::ShortTagData<C, S>& data, const Options& options) {
-    return FormatStartOrShort("short", data, options);
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::EndTagData<C, S>& data, const Options& options) {
-    return Line("end", options)
-        .Field(data.prefix)
-        .Field(data.name)
-        .Field(data.afterName)
-        .List(data.attributes)
-        .Field(data.suffix)
-        .Flag(data.slashBeforeClose, "slash")
-        .Flag(!data.closed, "open")
-        .Finish();
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::CDATATagData<C, S>& data, const Options& options) {
-    return Line("cdata", options).Field(data.keyword).Field(data.text).Flag(!data.closed, "open").Finish();
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::ConditionalTagData<C, S>& data, const Options& options) {
-    return Line("conditional", options)
-        .Field(data.keyword)
-        .Field(data.condition)
-        .Field(data.tail)
-        .Flag(!data.bracketClosed, "no-bracket")
-        .Flag(!data.tagClosed, "open")
-        .Finish();
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::CommentTagData<C, S>& data, const Options& options) {
-    return Line("comment", options).Field(data.text).Flag(!data.closed, "open").Finish();
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::EntityTagData<C, S>& data, const Options& options) {
-    return Line("entity", options).Field(data.prefix).Field(data.name).List(data.tokens).Field(data.suffix).Finish();
-}
-
-template <typename C, typename S>
-std::string Format(const HTML::ExternTagData<C, S>& data, const Options& options) {
-    if (data.freeStyle)
-        return FormatTextOnly("extern-text", data, options);
-    return Line("extern", options)
-        .Field(data.prefix)
-        .Field(data.name)
-        .List(data.attributes)
-        .Field(data.suffix)
-        .Flag(data.slashBeforeClose, "slash")
-        .Finish();
-}
-
-template <typename C, typename S>
-TraceObserver<C, S>::TraceObserver(std::vector<std::string>* lines, const Options& options) : tracedLines(lines), traceOptions(options) {}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnStartParsing() {
-    tracedLines->push_back(Format(Event::START_PARSING));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnEndParsing() {
-    tracedLines->push_back(Format(Event::END_PARSING));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnBOM(const void* bytes, std::uint64_t size) {
-    tracedLines->push_back(FormatBOM(bytes, size));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCharset(StringNS::CharSet::Code code) {
-    tracedLines->push_back(FormatCharset(code));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnText(HTML::TextData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCComment(HTML::CCommentData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCPPComment(HTML::CPPCommentData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnSQuoteString(HTML::SQuoteStringData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnDQuoteString(HTML::DQuoteStringData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnStartTag(HTML::StartTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnShortTag(HTML::ShortTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnEndTag(HTML::EndTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCDATATag(HTML::CDATATagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnConditionalTag(HTML::ConditionalTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCommentTag(HTML::CommentTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnEntityTag(HTML::EntityTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnExternTag(HTML::ExternTagData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnJSTagStart() {
-    tracedLines->push_back(Format(Event::JS_TAG_START));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnJSTagEnd() {
-    tracedLines->push_back(Format(Event::JS_TAG_END));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCSSTagStart() {
-    tracedLines->push_back(Format(Event::CSS_TAG_START));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnCSSTagEnd() {
-    tracedLines->push_back(Format(Event::CSS_TAG_END));
-}
-
-template <typename C, typename S>
-void TraceObserver<C, S>::OnJunkData(HTML::JunkData<C, S>* data) {
-    tracedLines->push_back(Format(*data, traceOptions));
-}
-
-template class TraceObserver<char, std::string>;
-template class TraceObserver<WideChar, WideString>;
-
-#define KESTRA_TRACE_INSTANTIATE_FORMAT(Record)                                          \
-    template std::string Format(const HTML::Record<char, std::string>&, const Options&); \
-    template std::string Format(const HTML::Record<WideChar, WideString>&, const Options&)
-
-KESTRA_TRACE_INSTANTIATE_FORMAT(Attribute);
-KESTRA_TRACE_INSTANTIATE_FORMAT(EntityToken);
-KESTRA_TRACE_INSTANTIATE_FORMAT(TextData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(CCommentData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(CPPCommentData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(SQuoteStringData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(DQuoteStringData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(JunkData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(StartTagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(ShortTagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(EndTagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(CDATATagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(ConditionalTagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(CommentTagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(EntityTagData);
-KESTRA_TRACE_INSTANTIATE_FORMAT(ExternTagData);
+#define INSTANTIATE(NAME, RECORD, WORD)                                                  \
+    template std::string Format(const HTML::RECORD<char, std::string>&, const Options&); \
+    template std::string Format(const HTML::RECORD<WideChar, WideString>&, const Options&);
+KESTRA_HTML_FOR_EACH_KIND(INSTANTIATE)
+INSTANTIATE(, Attribute, )
+INSTANTIATE(, EntityToken, )
+#undef INSTANTIATE
 
 }  // namespace Kestra::Trace

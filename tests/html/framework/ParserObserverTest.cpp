@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "html/framework/RecordFields.h"
 #include "tests/support/Flavours.h"
 
 namespace Kestra::Test {
@@ -10,28 +11,14 @@ namespace {
 /// Calls every operation; a default that looked at its argument would read through a null pointer.
 template <typename Observer>
 void CallEverything(Observer* observer) {
-    observer->OnStartParsing();
-    observer->OnEndParsing();
     observer->OnBOM(nullptr, 3);
     observer->OnCharset(65001);
-    observer->OnText(nullptr);
-    observer->OnCComment(nullptr);
-    observer->OnCPPComment(nullptr);
-    observer->OnSQuoteString(nullptr);
-    observer->OnDQuoteString(nullptr);
-    observer->OnStartTag(nullptr);
-    observer->OnShortTag(nullptr);
-    observer->OnEndTag(nullptr);
-    observer->OnCDATATag(nullptr);
-    observer->OnConditionalTag(nullptr);
-    observer->OnCommentTag(nullptr);
-    observer->OnEntityTag(nullptr);
-    observer->OnExternTag(nullptr);
-    observer->OnJSTagStart();
-    observer->OnJSTagEnd();
-    observer->OnCSSTagStart();
-    observer->OnCSSTagEnd();
-    observer->OnJunkData(nullptr);
+#define CALL_TOKEN(NAME, RECORD, WORD) observer->On##NAME(nullptr);
+    KESTRA_HTML_FOR_EACH_KIND(CALL_TOKEN)
+#undef CALL_TOKEN
+#define CALL_EVENT(NAME, WORD) observer->On##NAME();
+    KESTRA_HTML_FOR_EACH_EVENT(CALL_EVENT)
+#undef CALL_EVENT
 }
 
 template <typename Flavour>

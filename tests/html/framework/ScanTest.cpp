@@ -22,7 +22,7 @@ namespace {
 
 namespace Scan = HTML::Scan;
 
-/// What a run leaves behind.
+/// What a run leaves in the context.
 template <typename S>
 struct Outcome {
     S run;
@@ -53,7 +53,8 @@ Outcome<S> WalkUntil(const std::vector<C>& piece, std::uint64_t position, Stop i
     return outcome;
 }
 
-/// Any character of the flavour. Wide ones have often the sign bit, or only the low byte of a character that matters, or are white space.
+/// Any character of the flavour. Wide ones have often the sign bit, or only the low byte of a
+/// character that matters, or are white space.
 template <typename C>
 C AnyCharacter(std::mt19937& random) {
     if (sizeof(C) == 1)
@@ -65,7 +66,8 @@ C AnyCharacter(std::mt19937& random) {
         case 1:
             return static_cast<C>(0x8000 + random() % 0x8000);
         case 2:
-            return static_cast<C>(static_cast<unsigned char>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17]) + 0x100 * (random() % 0x100));
+            return static_cast<C>(static_cast<unsigned char>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17]) +
+                                  0x100 * (random() % 0x100));
         case 3:
             return static_cast<C>(SPACES[random() % std::size(SPACES)]);
         default:
@@ -97,24 +99,27 @@ TYPED_TEST(ScanTest, RunsAgreeWithTheOneCharacterAdvance) {
     };
     std::mt19937 random(20261);
     for (int round = 0; round < 20000; ++round) {
-        // Few, some or only characters that matter, so that runs of every length around that of a block are met.
+        // Few, some or only characters that matter, so that runs of every length around that of a
+        // block are met.
         const auto rarity = 1 + random() % 12;
         std::vector<C> piece(random() % 40);
         for (C& character : piece)
-            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17]) : AnyCharacter<C>(random);
+            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\t \x1B-*?"[random() % 17])
+                                               : AnyCharacter<C>(random);
         const std::uint64_t position = random() % (piece.size() + 1);
         const Scan::Classes stops = masks[random() % std::size(masks)];
         SCOPED_TRACE(testing::Message() << "round " << round);
 
         HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
         const S run(Scan::RunUntil(context, stops));
-        const Outcome<S> expected =
-            WalkUntil<C, S>(piece, position, [stops](C character) { return (Scan::ClassesOf(character) & stops) != 0; });
+        const Outcome<S> expected = WalkUntil<C, S>(
+            piece, position, [stops](C character) { return (Scan::ClassesOf(character) & stops) != 0; });
         ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected);
 
         context = MakeContext<C, S>(piece, position);
         const S white(Scan::RunOfWhiteSpace(context));
-        const Outcome<S> expectedWhite = WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
+        const Outcome<S> expectedWhite =
+            WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
         ASSERT_EQ((Outcome<S>{white, context.position, context.line, context.column}), expectedWhite);
     }
 }
@@ -126,11 +131,13 @@ void ExpectBlocksToAgree(const std::vector<C>& piece) {
     const C* const end = piece.data() + piece.size();
     for (std::uint64_t position = 0; position <= piece.size(); ++position) {
         const Outcome<S> expected = WalkUntil<C, S>(piece, position, isStop);
-        ASSERT_EQ(Scan::Find<STOPS>(piece.data() + position, end), piece.data() + expected.position) << "from " << position;
+        ASSERT_EQ(Scan::Find<STOPS>(piece.data() + position, end), piece.data() + expected.position)
+            << "from " << position;
         if constexpr ((STOPS & Scan::WHITE_SPACE) == 0) {
             HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
             const S run(Scan::RunUntil<STOPS>(context));
-            ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected) << "from " << position;
+            ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected)
+                << "from " << position;
         }
     }
 }
@@ -145,17 +152,21 @@ TYPED_TEST(ScanTest, BlocksAgreeWithTheOneCharacterAdvance) {
         const auto rarity = 1 + random() % 40;
         std::vector<C> piece(random() % 80);
         for (C& character : piece)
-            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\n\t \x1B-*?\0"[random() % 19]) : AnyCharacter<C>(random);
+            character = random() % rarity == 0 ? static_cast<C>("<>=[]/'\"\\\r\n\n\t \x1B-*?\0"[random() % 19])
+                                               : AnyCharacter<C>(random);
         ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::LESS_THAN, C, S>(piece)));
         ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::LINE_FEED | Scan::LESS_THAN, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE((
+            ExpectBlocksToAgree<Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK, C, S>(piece)));
+        ASSERT_NO_FATAL_FAILURE((
+            ExpectBlocksToAgree<Scan::CARRIAGE_RETURN | Scan::BACKSLASH | Scan::HYPHEN | Scan::ASTERISK, C, S>(piece)));
         ASSERT_NO_FATAL_FAILURE(
-            (ExpectBlocksToAgree<Scan::LESS_THAN | Scan::SLASH | Scan::APOSTROPHE | Scan::QUOTATION_MARK, C, S>(piece)));
+            (ExpectBlocksToAgree<Scan::ESCAPE | Scan::QUESTION_MARK | Scan::CLOSING_BRACKET, C, S>(piece)));
         ASSERT_NO_FATAL_FAILURE(
-            (ExpectBlocksToAgree<Scan::CARRIAGE_RETURN | Scan::BACKSLASH | Scan::HYPHEN | Scan::ASTERISK, C, S>(piece)));
-        ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::ESCAPE | Scan::QUESTION_MARK | Scan::CLOSING_BRACKET, C, S>(piece)));
-        ASSERT_NO_FATAL_FAILURE((ExpectBlocksToAgree<Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN, C, S>(piece)));
+            (ExpectBlocksToAgree<Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN, C, S>(piece)));
         ASSERT_NO_FATAL_FAILURE(
-            (ExpectBlocksToAgree<Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN | Scan::BRACKET | Scan::LESS_THAN, C, S>(
+            (ExpectBlocksToAgree<
+                Scan::WHITE_SPACE | Scan::EQUALS_SIGN | Scan::GREATER_THAN | Scan::BRACKET | Scan::LESS_THAN, C, S>(
                 piece)));
     }
 }
@@ -177,13 +188,15 @@ TYPED_TEST(ScanTest, WhiteSpaceIsPassedAsByTheOneCharacterAdvance) {
         }
         const C* const end = piece.data() + piece.size();
         for (std::uint64_t position = 0; position <= piece.size(); ++position) {
-            const Outcome<S> expected = WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
+            const Outcome<S> expected =
+                WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
             HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
             Scan::Lines<C> lines;
-            const C* const found = Scan::FindBehindWhiteSpace(piece.data() + position, end, &lines);
+            const C* const found = Scan::FindAfterWhiteSpace(piece.data() + position, end, &lines);
             ASSERT_EQ(found, piece.data() + expected.position) << "from " << position;
             lines.Consume(context, found);
-            ASSERT_EQ((Outcome<S>{S(piece.begin() + static_cast<std::ptrdiff_t>(position), piece.begin() + (found - piece.data())),
+            ASSERT_EQ((Outcome<S>{S(piece.begin() + static_cast<std::ptrdiff_t>(position),
+                                    piece.begin() + (found - piece.data())),
                                   context.position, context.line, context.column}),
                       expected)
                 << "from " << position;

@@ -62,7 +62,7 @@ TYPED_TEST(SimpleParserContextTest, MovesOverLinesAndColumns) {
         {"a move over nothing does nothing, on a line feed either", "\n", 0, 0, 1, 1},
         {"one character is one column", "ab", 1, 1, 1, 2},
         {"a move to the very end", "ab", 2, 2, 1, 3},
-        {"a move by five over two characters stops behind them", "ab", 5, 2, 1, 3},
+        {"a move by five over two characters stops after them", "ab", 5, 2, 1, 3},
         {"a move over an empty piece stays", "", 3, 0, 1, 1},
         {"a line feed begins a line", "a\nb", 2, 2, 2, 1},
         {"carriage return, line feed, a: one line more, column 2", "\r\na", 3, 3, 2, 2},
@@ -85,7 +85,7 @@ TYPED_TEST(SimpleParserContextTest, MovesOverLinesAndColumns) {
     }
 }
 
-TYPED_TEST(SimpleParserContextTest, AMoveBehindTheEndChangesNothing) {
+TYPED_TEST(SimpleParserContextTest, AMoveAfterTheEndChangesNothing) {
     using C = typename TypeParam::C;
     using S = typename TypeParam::S;
     const S input = To<S>("a\n");

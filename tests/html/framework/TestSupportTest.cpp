@@ -72,13 +72,21 @@ TEST(TestSupportTest, ExpectedLinesWithAndWithoutARecord) {
     EXPECT_EQ(ToWideEscapes("a\\x1B\\xE9\\x80\\\\x9"), "a\\x1B\\u00E9\\u0080\\\\x9");
 }
 
-/// State of a recognizer that ends in front of "." and has one fault.
+/// State of a recognizer that ends before "." and has one fault.
 struct FaultyData : HTML::SimpleParserData<char, std::string> {
     std::string text;
     std::uint32_t answers = 0;
 };
 
-enum class Fault { NONE, FORGETS_ITS_TEXT, DOES_NOT_COUNT, READS_BEHIND_A_STOP, STANDS_STILL, FORGETS_TO_BEGIN, REFUSES_EMPTY_PIECES };
+enum class Fault {
+    NONE,
+    FORGETS_ITS_TEXT,
+    DOES_NOT_COUNT,
+    READS_AFTER_A_STOP,
+    STANDS_STILL,
+    FORGETS_TO_BEGIN,
+    REFUSES_EMPTY_PIECES
+};
 
 template <typename C, typename S>
 class FaultySimpleParser {
@@ -100,7 +108,7 @@ public:
             data->text.clear();
         while (context->position < context->length) {
             const C character = context->buffer[context->position];
-            if (character == '.' && fault == Fault::READS_BEHIND_A_STOP)
+            if (character == '.' && fault == Fault::READS_AFTER_A_STOP)
                 context->MovePointer(1);
             if (character == '.')
                 return HTML::SP_TOKEN_COMPLETE;
@@ -139,8 +147,8 @@ TEST(TestSupportTest, ARecognizerWithoutFaultsPasses) {
 int CountFaults(Fault fault) {
     testing::TestPartResultArray failures;
     {
-        testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
-                                                           &failures);
+        testing::ScopedFakeTestPartResultReporter reporter(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
         Faulty::fault = fault;
         CheckFaulty();
         Faulty::fault = Fault::NONE;
@@ -152,7 +160,7 @@ TEST(TestSupportTest, EachFaultIsFound) {
     EXPECT_EQ(CountFaults(Fault::NONE), 0);
     EXPECT_GT(CountFaults(Fault::FORGETS_ITS_TEXT), 0);
     EXPECT_GT(CountFaults(Fault::DOES_NOT_COUNT), 0);
-    EXPECT_GT(CountFaults(Fault::READS_BEHIND_A_STOP), 0);
+    EXPECT_GT(CountFaults(Fault::READS_AFTER_A_STOP), 0);
     EXPECT_GT(CountFaults(Fault::STANDS_STILL), 0);
     EXPECT_GT(CountFaults(Fault::FORGETS_TO_BEGIN), 0);
     EXPECT_GT(CountFaults(Fault::REFUSES_EMPTY_PIECES), 0);
@@ -166,13 +174,17 @@ struct Fields {
 
 TEST(TestSupportTest, FieldsOutOfOrderAreFound) {
     const Fields fields;
-    FieldWalk<Fields>(fields, 0).Next("first", &Fields::first).Next("second", &Fields::second).Next("third", &Fields::third).Last();
+    FieldWalk<Fields>(fields, 0)
+        .Next("first", fields.first)
+        .Next("second", fields.second)
+        .Next("third", fields.third)
+        .Last();
     testing::TestPartResultArray failures;
     {
-        testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
-                                                           &failures);
-        FieldWalk<Fields>(fields, 0).Next("second", &Fields::second);
-        FieldWalk<Fields>(fields, 0).Next("first", &Fields::first).Next("second", &Fields::second).Last();
+        testing::ScopedFakeTestPartResultReporter reporter(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
+        FieldWalk<Fields>(fields, 0).Next("second", fields.second);
+        FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Last();
     }
     EXPECT_EQ(failures.size(), 2);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/Flavours.h"
+#include "tests/support/NotedRecord.h"
 
 namespace Kestra::Test {
 namespace {
@@ -18,6 +19,26 @@ class TokenTraceTest : public testing::Test {};
 
 TYPED_TEST_SUITE(TokenTraceTest, Flavours);
 
+TYPED_TEST(TokenTraceTest, EventsAndCharsets) {
+    std::vector<std::string> lines;
+    Trace::TraceObserver<typename TypeParam::C, typename TypeParam::S> observer(&lines);
+    observer.OnStartParsing();
+    observer.OnBOM("\xEF\xBB\xBF", 3);
+    observer.OnBOM("\x0F", 1);
+    observer.OnCharset(65001);
+    observer.OnJSTagStart();
+    observer.OnJSTagEnd();
+    observer.OnCSSTagStart();
+    observer.OnCSSTagEnd();
+    observer.OnEndParsing();
+    const std::vector<std::string> expected = {
+        "start-parsing", "bom(EF BB BF)", "bom(0F)", "charset(65001)", "js-start",
+        "js-end",        "css-start",     "css-end", "end-parsing",
+    };
+    EXPECT_EQ(lines, expected);
+}
+
+/// Records field by field, one of each list and flag; `RecordFieldsTest` reads such lines back.
 TYPED_TEST(TokenTraceTest, Lines) {
     using C = typename TypeParam::C;
     using S = typename TypeParam::S;
@@ -27,120 +48,41 @@ TYPED_TEST(TokenTraceTest, Lines) {
     const std::string junk = "<b\xE9\n";
     Vector<HTML::Attribute<C, S>> attributes;
     const Vector<HTML::Attribute<C, S>> none;
-    for (const std::uint32_t quote : {0U, 1U, 2U, 3U}) {
-        HTML::Attribute<C, S>& attribute = attributes.emplace_back();
-        attribute.prefix = blank;
-        attribute.name = a;
-        attribute.afterEquals = blank;
-        attribute.value = To<S>("v");
-        attribute.quote = quote;
-        attribute.hasValue = true;
-    }
+    for (const std::uint32_t quote : {0U, 1U, 2U, 3U})
+        attributes.push_back({blank, a, empty, blank, To<S>("v"), quote, true});
     attributes.emplace_back().name = a;
     Vector<HTML::EntityToken<C, S>> tokens;
-    for (const std::uint32_t quote : {0U, 1U, 2U, 3U}) {
-        HTML::EntityToken<C, S>& token = tokens.emplace_back();
-        token.prefix = blank;
-        token.value = a;
-        token.quote = quote;
-    }
-
-    HTML::TextData<C, S> text = {&a};
-    HTML::TextData<C, S> nullText = {nullptr};
-    HTML::CCommentData<C, S> cComment = {&a};
-    HTML::CPPCommentData<C, S> cppComment = {&a};
-    HTML::SQuoteStringData<C, S> sQuoteString = {&a};
-    HTML::DQuoteStringData<C, S> dQuoteString = {&a};
-    HTML::JunkData<C, S> junkData = {&junk};
-    HTML::StartTagData<C, S> startTag = {&blank, &a, &attributes, &empty, true};
-    HTML::StartTagData<C, S> openStartTag = {&empty, &a, &none, &blank, false};
-    HTML::StartTagData<C, S> nullStartTag = {nullptr, nullptr, nullptr, nullptr, true};
-    HTML::ShortTagData<C, S> shortTag = {&empty, &a, &none, &empty, true};
-    HTML::ShortTagData<C, S> openShortTag = {&empty, &a, &none, &blank, false};
-    HTML::EndTagData<C, S> endTag = {&empty, &a, &blank, true, &none, false, &empty};
-    HTML::EndTagData<C, S> openEndTag = {&empty, &a, &empty, false, nullptr, true, nullptr};
-    HTML::CDATATagData<C, S> cdataTag = {&a, &blank, true};
-    HTML::CDATATagData<C, S> openCdataTag = {&a, &blank, false};
-    HTML::ConditionalTagData<C, S> conditionalTag = {&a, &blank, &empty, true, true};
-    HTML::ConditionalTagData<C, S> openConditionalTag = {&a, &blank, &empty, false, false};
-    HTML::CommentTagData<C, S> commentTag = {&a, true};
-    HTML::CommentTagData<C, S> openCommentTag = {&a, false};
-    HTML::EntityTagData<C, S> entityTag = {&blank, &a, &tokens, &empty};
-    HTML::ExternTagData<C, S> externTag = {&empty, &a, &none, &blank, false, &a, false};
-    HTML::ExternTagData<C, S> slashExternTag = {&empty, &a, &none, &blank, false, &a, true};
-    HTML::ExternTagData<C, S> freeExternTag = {&empty, &a, &none, &blank, true, &a, true};
-
-    std::vector<std::string> lines;
-    Trace::TraceObserver<C, S> observer(&lines);
-    observer.OnStartParsing();
-    observer.OnBOM("\xEF\xBB\xBF", 3);
-    observer.OnBOM("\x0F", 1);
-    observer.OnCharset(65001);
-    observer.OnText(&text);
-    observer.OnText(&nullText);
-    observer.OnCComment(&cComment);
-    observer.OnCPPComment(&cppComment);
-    observer.OnSQuoteString(&sQuoteString);
-    observer.OnDQuoteString(&dQuoteString);
-    observer.OnJunkData(&junkData);
-    observer.OnStartTag(&startTag);
-    observer.OnStartTag(&openStartTag);
-    observer.OnStartTag(&nullStartTag);
-    observer.OnShortTag(&shortTag);
-    observer.OnShortTag(&openShortTag);
-    observer.OnEndTag(&endTag);
-    observer.OnEndTag(&openEndTag);
-    observer.OnCDATATag(&cdataTag);
-    observer.OnCDATATag(&openCdataTag);
-    observer.OnConditionalTag(&conditionalTag);
-    observer.OnConditionalTag(&openConditionalTag);
-    observer.OnCommentTag(&commentTag);
-    observer.OnCommentTag(&openCommentTag);
-    observer.OnEntityTag(&entityTag);
-    observer.OnExternTag(&externTag);
-    observer.OnExternTag(&slashExternTag);
-    observer.OnExternTag(&freeExternTag);
-    observer.OnJSTagStart();
-    observer.OnJSTagEnd();
-    observer.OnCSSTagStart();
-    observer.OnCSSTagEnd();
-    observer.OnEndParsing();
-    const std::vector<std::string> expected = {
-        "start-parsing",
-        "bom(EF BB BF)",
-        "bom(0F)",
-        "charset(65001)",
-        "text(a)",
-        "text(null)",
-        "c-comment(a)",
-        "cpp-comment(a)",
-        "s-string(a)",
-        "d-string(a)",
-        "junk(<b\\xE9\\n)",
-        "start( |a|{ |a|= |v}{ |a|= |'v'}{ |a|= |\"v\"}{ |a|= |?v?}{|a}|)",
-        "start(|a|| , open)",
-        "start(null|null|null|null)",
-        "short(|a||)",
-        "short(|a|| , open)",
-        "end(|a| ||)",
-        "end(|a||null|null, slash, open)",
-        "cdata(a| )",
-        "cdata(a| , open)",
-        "conditional(a| |)",
-        "conditional(a| |, no-bracket, open)",
-        "comment(a)",
-        "comment(a, open)",
-        "entity( |a|{ |a}{ |'a'}{ |\"a\"}{ |?a?}|)",
-        "extern(|a|| )",
-        "extern(|a|| , slash)",
-        "extern-text(a)",
-        "js-start",
-        "js-end",
-        "css-start",
-        "css-end",
-        "end-parsing",
-    };
-    EXPECT_EQ(lines, expected);
+    for (const std::uint32_t quote : {0U, 1U, 2U, 3U})
+        tokens.push_back({blank, a, quote});
+    const auto format = [](const auto& record) { return Trace::Format(record); };
+    EXPECT_EQ(format(HTML::TextData<C, S>{&a}), "text(a)");
+    EXPECT_EQ(format(HTML::TextData<C, S>{nullptr}), "text(null)");
+    EXPECT_EQ(format(HTML::CCommentData<C, S>{&a}), "c-comment(a)");
+    EXPECT_EQ(format(HTML::CPPCommentData<C, S>{&a}), "cpp-comment(a)");
+    EXPECT_EQ(format(HTML::SQuoteStringData<C, S>{&a}), "s-string(a)");
+    EXPECT_EQ(format(HTML::DQuoteStringData<C, S>{&a}), "d-string(a)");
+    EXPECT_EQ(format(HTML::JunkData<C, S>{&junk}), "junk(<b\\xE9\\n)");
+    EXPECT_EQ(format(HTML::StartTagData<C, S>{&blank, &a, &attributes, &empty, true}),
+              "start( |a|{ |a|= |v}{ |a|= |'v'}{ |a|= |\"v\"}{ |a|= |?v?}{|a}|)");
+    EXPECT_EQ(format(HTML::StartTagData<C, S>{&empty, &a, &none, &blank, false}), "start(|a|| , open)");
+    EXPECT_EQ(format(HTML::StartTagData<C, S>{nullptr, nullptr, nullptr, nullptr, true}), "start(null|null|null|null)");
+    EXPECT_EQ(format(HTML::ShortTagData<C, S>{&empty, &a, &none, &empty, true}), "short(|a||)");
+    EXPECT_EQ(format(HTML::ShortTagData<C, S>{&empty, &a, &none, &blank, false}), "short(|a|| , open)");
+    EXPECT_EQ(format(HTML::EndTagData<C, S>{&empty, &a, &blank, true, &none, false, &empty}), "end(|a| ||)");
+    EXPECT_EQ(format(HTML::EndTagData<C, S>{&empty, &a, &empty, false, nullptr, true, nullptr}),
+              "end(|a||null|null, slash, open)");
+    EXPECT_EQ(format(HTML::CDATATagData<C, S>{&a, &blank, true}), "cdata(a| )");
+    EXPECT_EQ(format(HTML::CDATATagData<C, S>{&a, &blank, false}), "cdata(a| , open)");
+    EXPECT_EQ(format(HTML::ConditionalTagData<C, S>{&a, &blank, &empty, true, true}), "conditional(a| |)");
+    EXPECT_EQ(format(HTML::ConditionalTagData<C, S>{&a, &blank, &empty, false, false}),
+              "conditional(a| |, no-bracket, open)");
+    EXPECT_EQ(format(HTML::CommentTagData<C, S>{&a, true}), "comment(a)");
+    EXPECT_EQ(format(HTML::CommentTagData<C, S>{&a, false}), "comment(a, open)");
+    EXPECT_EQ(format(HTML::EntityTagData<C, S>{&blank, &a, &tokens, &empty}),
+              "entity( |a|{ |a}{ |'a'}{ |\"a\"}{ |?a?}|)");
+    EXPECT_EQ(format(HTML::ExternTagData<C, S>{&empty, &a, &none, &blank, false, &a, false}), "extern(|a|| )");
+    EXPECT_EQ(format(HTML::ExternTagData<C, S>{&empty, &a, &none, &blank, false, &a, true}), "extern(|a|| , slash)");
+    EXPECT_EQ(format(HTML::ExternTagData<C, S>{&empty, &a, &none, &blank, true, &a, true}), "extern-text(a)");
 }
 
 TYPED_TEST(TokenTraceTest, AsciiEscapes) {
@@ -161,12 +103,8 @@ TYPED_TEST(TokenTraceTest, LongStringsAreCut) {
     EXPECT_EQ(Trace::Escape(To<S>("\n\n\n\n\n"), options), "\\n\\n\\n...[5]") << "characters are counted, not escapes";
     options.cutAt = 1;
     EXPECT_EQ(Trace::Escape(To<S>("ab"), options), "a...[2]");
-    const S name = To<S>("long");
-    const S empty;
-    Vector<HTML::Attribute<typename TypeParam::C, S>> attributes;
-    attributes.emplace_back().name = name;
-    const HTML::StartTagData<typename TypeParam::C, S> tag = {&empty, &name, &attributes, &empty, true};
-    EXPECT_EQ(Trace::Format(tag, options), "start(|l...[4]|{|l...[4]}|)");
+    const NotedRecord<HTML::StartTagData, typename TypeParam::C, S> tag("start(|long|{|long}|)");
+    EXPECT_EQ(Trace::Format(tag.record, options), "start(|l...[4]|{|l...[4]}|)");
 }
 
 TEST(TokenTraceTest, CharactersBeyondAscii) {
@@ -182,11 +120,16 @@ TEST(TokenTraceTest, CharactersBeyondAscii) {
 TEST(TokenTraceTest, WhatCannotBeSeenStaysEscaped) {
     Trace::Options options;
     options.utf8 = true;
-    // Controls, soft hyphen, marks of direction, separators of lines, byte-order mark, noncharacters.
-    const WideString text = {0x0085, 0x009F, 0x00AD, 0x061C, 0x200B, 0x200F, 0x2028, 0x202E, 0x2066, 0xFDD0, 0xFEFF, 0xFFFE};
-    EXPECT_EQ(Trace::Escape(text, options), "\\u0085\\u009F\\u00AD\\u061C\\u200B\\u200F\\u2028\\u202E\\u2066\\uFDD0\\uFEFF\\uFFFE");
-    EXPECT_EQ(Trace::Escape(WideString{0xDB40, 0xDC01, 0xD83F, 0xDFFE}, options), "\\uDB40\\uDC01\\uD83F\\uDFFE") << "a tag and U+1FFFE";
-    EXPECT_EQ(Trace::Escape(WideString{0x00A0, 0x2010, 0xE000, 0xFFFD}, options), "\xC2\xA0\xE2\x80\x90\xEE\x80\x80\xEF\xBF\xBD");
+    // Controls, soft hyphen, marks of direction, separators of lines, byte-order mark,
+    // noncharacters.
+    const WideString text = {0x0085, 0x009F, 0x00AD, 0x061C, 0x200B, 0x200F,
+                             0x2028, 0x202E, 0x2066, 0xFDD0, 0xFEFF, 0xFFFE};
+    EXPECT_EQ(Trace::Escape(text, options),
+              "\\u0085\\u009F\\u00AD\\u061C\\u200B\\u200F\\u2028\\u202E\\u2066\\uFDD0\\uFEFF\\uFFFE");
+    EXPECT_EQ(Trace::Escape(WideString{0xDB40, 0xDC01, 0xD83F, 0xDFFE}, options), "\\uDB40\\uDC01\\uD83F\\uDFFE")
+        << "a tag and U+1FFFE";
+    EXPECT_EQ(Trace::Escape(WideString{0x00A0, 0x2010, 0xE000, 0xFFFD}, options),
+              "\xC2\xA0\xE2\x80\x90\xEE\x80\x80\xEF\xBF\xBD");
 }
 
 TEST(TokenTraceTest, LoneSurrogatesStayEscaped) {
@@ -207,8 +150,8 @@ TEST(TokenTraceTest, ACutNeverPartsAPair) {
 }
 
 TEST(TokenTraceTest, Events) {
-    EXPECT_EQ(Trace::Format(Trace::Event::START_PARSING), "start-parsing");
-    EXPECT_EQ(Trace::Format(Trace::Event::CSS_TAG_END), "css-end");
+    EXPECT_EQ(Trace::Format(HTML::ObserverEvent::StartParsing), "start-parsing");
+    EXPECT_EQ(Trace::Format(HTML::ObserverEvent::CSSTagEnd), "css-end");
     EXPECT_EQ(Trace::FormatBOM("\xFF\xFE", 2), "bom(FF FE)");
     EXPECT_EQ(Trace::FormatBOM("", 0), "bom()");
     EXPECT_EQ(Trace::FormatCharset(0), "charset(0)");

@@ -75,7 +75,8 @@ TEST(Crc32Test, EveryLengthInItsOwnBlock) {
         for (std::size_t length = 0; length <= bytes.size(); ++length) {
             const Bytes block(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));
             for (const Way& way : Ways())
-                ASSERT_EQ(way.update(begin, block.data(), length), expected[length]) << way.name << ", " << length << " bytes";
+                ASSERT_EQ(way.update(begin, block.data(), length), expected[length])
+                    << way.name << ", " << length << " bytes";
         }
     }
 }
@@ -116,7 +117,8 @@ TEST(Crc32Test, LongRunsOfOneByte) {
         const Bytes bytes(1000, static_cast<unsigned char>(*byte));
         const std::vector<std::uint32_t> expected = ChecksumsBitByBit(0, bytes);
         for (const Way& way : Ways())
-            EXPECT_EQ(way.update(0, bytes.data(), bytes.size()), expected.back()) << way.name << ", " << static_cast<unsigned>(bytes[0]);
+            EXPECT_EQ(way.update(0, bytes.data(), bytes.size()), expected.back())
+                << way.name << ", " << static_cast<unsigned>(bytes[0]);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -11,6 +12,8 @@
 #include <vector>
 
 #include "tests/support/Flavours.h"
+#include "tests/support/NotedRecord.h"
+#include "tests/support/RecordWriter.h"
 #include "tools/trace/TokenTrace.h"
 
 namespace Kestra::Test {
@@ -48,8 +51,8 @@ public:
     PieceSink sink;
 };
 
-/// Each piece in brackets, one that is no markup in braces. A wide piece must be whole characters, one that is no markup need not be:
-/// its bytes are shown.
+/// Each piece in brackets, one that is no markup in braces. A wide piece must be whole characters,
+/// one that is no markup need not be: its bytes are shown.
 template <typename Flavour>
 std::string Show(const std::vector<Piece>& pieces) {
     std::string line;
@@ -71,240 +74,161 @@ std::string Show(const std::vector<Piece>& pieces) {
 }
 
 /// The pieces that a static writer gives for a record.
-template <typename Flavour, typename Record>
-std::string Written(void (*writer)(const Record*, HTML::ParserObserverOutputHandler*), const Record& record) {
+template <typename Flavour, template <typename, typename> class Record>
+std::string Written(const Record<typename Flavour::C, typename Flavour::S>& record) {
     PieceSink sink;
-    writer(&record, &sink);
+    WriteRecord(record, &sink);
     return Show<Flavour>(sink.pieces);
 }
 
-/// The records and the serializer of a flavour.
+/// The same for the record that a line of the trace language tells.
 template <typename Flavour>
-struct Records {
-    using C = typename Flavour::C;
-    using S = typename Flavour::S;
-    using Output = HTML::ParserObserverOutput<C, S>;
-    using Text = HTML::TextData<C, S>;
-    using CComment = HTML::CCommentData<C, S>;
-    using CPPComment = HTML::CPPCommentData<C, S>;
-    using SQuoteString = HTML::SQuoteStringData<C, S>;
-    using DQuoteString = HTML::DQuoteStringData<C, S>;
-    using Junk = HTML::JunkData<C, S>;
-    using StartTag = HTML::StartTagData<C, S>;
-    using ShortTag = HTML::ShortTagData<C, S>;
-    using EndTag = HTML::EndTagData<C, S>;
-    using CDATATag = HTML::CDATATagData<C, S>;
-    using ConditionalTag = HTML::ConditionalTagData<C, S>;
-    using CommentTag = HTML::CommentTagData<C, S>;
-    using EntityTag = HTML::EntityTagData<C, S>;
-    using ExternTag = HTML::ExternTagData<C, S>;
-};
+std::string WrittenLine(std::string_view line) {
+    std::string written;
+    UseNotedRecord<typename Flavour::C, typename Flavour::S>(
+        line, [&](const auto* record) { written = Written<Flavour>(*record); });
+    return written;
+}
 
-/// Makes strings and lists for records to point to; they live as long as the test.
+/// What is written of a body: as many bytes as it has characters, so only the first half of a wide
+/// one.
+template <typename Flavour>
+std::string ShowBodies(std::string_view expected) {
+    std::string shown;
+    while (!expected.empty()) {
+        const std::size_t begin = std::min(expected.find('{'), expected.size());
+        shown += expected.substr(0, begin);
+        if (begin == expected.size())
+            break;
+        const std::size_t end = expected.find('}', begin);
+        const auto body = To<typename Flavour::S>(expected.substr(begin + 1, end - begin - 1));
+        shown += "{" + Trace::Escape(std::string(reinterpret_cast<const char*>(body.data()), body.size())) + "}";
+        expected.remove_prefix(end + 1);
+    }
+    return shown;
+}
+
 template <typename Flavour>
 class ParserObserverOutputTest : public testing::Test {
 protected:
-    using Char = typename Flavour::C;
-    using String = typename Flavour::S;
-
-    const String* Str(std::string_view latin1) {
-        strings.push_back(std::make_unique<String>(To<String>(latin1)));
-        return strings.back().get();
-    }
-
-    void Add(std::string_view prefix, std::string_view name) {
-        HTML::Attribute<Char, String> attribute;
-        attribute.prefix = To<String>(prefix);
-        attribute.name = To<String>(name);
-        attributes.push_back(attribute);
-    }
-
-    void Add(std::string_view prefix, std::string_view name, std::string_view beforeEquals, std::string_view afterEquals,
-             std::string_view value, std::uint32_t quote) {
-        Add(prefix, name);
-        attributes.back().beforeEquals = To<String>(beforeEquals);
-        attributes.back().afterEquals = To<String>(afterEquals);
-        attributes.back().value = To<String>(value);
-        attributes.back().quote = quote;
-        attributes.back().hasValue = true;
-    }
-
-    void AddToken(std::string_view prefix, std::string_view value, std::uint32_t quote) {
-        HTML::EntityToken<Char, String> token;
-        token.prefix = To<String>(prefix);
-        token.value = To<String>(value);
-        token.quote = quote;
-        tokens.push_back(token);
-    }
-
-    Vector<HTML::Attribute<Char, String>> attributes;
-    Vector<HTML::EntityToken<Char, String>> tokens;
-
-private:
-    std::vector<std::unique_ptr<String>> strings;
+    template <template <typename, typename> class Record>
+    using Noted = NotedRecord<Record, typename Flavour::C, typename Flavour::S>;
 };
 
 TYPED_TEST_SUITE(ParserObserverOutputTest, Flavours);
 
-TYPED_TEST(ParserObserverOutputTest, TextAndScriptTokens) {
-    using R = Records<TypeParam>;
-    using Output = typename R::Output;
-    EXPECT_EQ((Written<TypeParam>(&Output::GetTextOutput, {this->Str("a<b")})), "[a<b]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetTextOutput, {this->Str("")})), "[]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetTextOutput, {this->Str("a\0b"sv)})), "[a\\x00b]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCCommentOutput, {this->Str(" c ")})), "[/][*][ c ][*][/]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCCommentOutput, {this->Str("")})), "[/][*][][*][/]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCPPCommentOutput, {this->Str(" c")})), "[/][/][ c]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetSQuoteStringOutput, {this->Str("s\\'")})), "['][s\\\\'][']");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetDQuoteStringOutput, {this->Str("d\\\"")})), "[\"][d\\\\\"][\"]");
-}
-
-TYPED_TEST(ParserObserverOutputTest, StartTags) {
-    using R = Records<TypeParam>;
-    using StartTag = typename R::StartTag;
-    const auto write = [](const StartTag& record) { return Written<TypeParam>(&R::Output::GetStartTagOutput, record); };
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), &this->attributes, this->Str(""), true}), "[<][][a][][>]");
-    EXPECT_EQ(write({this->Str(" "), this->Str("a"), &this->attributes, this->Str("\n"), true}), "[<][ ][a][\\n][>]");
-    EXPECT_EQ(write({this->Str(" "), this->Str("a"), &this->attributes, this->Str("\n"), false}), "[<][ ][a]")
-        << "an unclosed tag loses its suffix together with its closing mark";
-    this->Add(" ", "b", " ", " ", "c", 1);
-    this->Add(" ", "d");
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), &this->attributes, this->Str(" "), true}),
-              "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d][ ][>]");
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), &this->attributes, this->Str(" "), false}), "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d]");
-}
-
-TYPED_TEST(ParserObserverOutputTest, ShortTags) {
-    using R = Records<TypeParam>;
-    using ShortTag = typename R::ShortTag;
-    const auto write = [](const ShortTag& record) { return Written<TypeParam>(&R::Output::GetShortTagOutput, record); };
-    EXPECT_EQ(write({this->Str(""), this->Str("br"), &this->attributes, this->Str(""), true}), "[<][][br][][/][>]");
-    EXPECT_EQ(write({this->Str(" "), this->Str("br"), &this->attributes, this->Str(" "), true}), "[<][ ][br][ ][/][>]");
-    EXPECT_EQ(write({this->Str(" "), this->Str("br"), &this->attributes, this->Str(" "), false}), "[<][ ][br][ ][/]")
-        << "an unclosed short tag keeps its suffix and its slash";
-    this->Add(" ", "b", "", "", "c", 2);
-    EXPECT_EQ(write({this->Str(""), this->Str("br"), &this->attributes, this->Str(""), true}), "[<][][br][ ][b][][=][][\"][c][\"][][/][>]");
-    EXPECT_EQ(write({this->Str(""), this->Str("br"), &this->attributes, this->Str(""), false}), "[<][][br][ ][b][][=][][\"][c][\"][][/]");
-}
-
-TYPED_TEST(ParserObserverOutputTest, AttributeValuesAndTheirQuotes) {
-    using R = Records<TypeParam>;
-    using StartTag = typename R::StartTag;
-    const auto write = [](const StartTag& record) { return Written<TypeParam>(&R::Output::GetStartTagOutput, record); };
+TYPED_TEST(ParserObserverOutputTest, Pieces) {
     struct Case {
         const char* note;
-        std::string_view value;
-        std::uint32_t quote;
+        std::string_view record;
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"bare", "c", 0, "[<][][a][ ][b][\\t][=][\\n][c][][>]"},
-        {"in apostrophes", "c", 1, "[<][][a][ ][b][\\t][=][\\n]['][c]['][][>]"},
-        {"in quotation marks", "c", 2, "[<][][a][ ][b][\\t][=][\\n][\"][c][\"][][>]"},
-        {"any other kind writes nothing for the value", "c", 3, "[<][][a][ ][b][\\t][=][\\n][][>]"},
-        {"a huge kind writes nothing for the value", "c", 0xFFFFFFFF, "[<][][a][ ][b][\\t][=][\\n][][>]"},
-        {"an empty bare value is an empty piece", "", 0, "[<][][a][ ][b][\\t][=][\\n][][][>]"},
-        {"an empty quoted value is an empty piece", "", 2, "[<][][a][ ][b][\\t][=][\\n][\"][][\"][][>]"},
+        {"text", "text(a<b)", "[a<b]"},
+        {"empty text is an empty piece", "text()", "[]"},
+        {"text with a NUL", "text(a\\x00b)", "[a\\x00b]"},
+        {"a block comment", "c-comment( c )", "[/][*][ c ][*][/]"},
+        {"an empty block comment", "c-comment()", "[/][*][][*][/]"},
+        {"a line comment", "cpp-comment( c)", "[/][/][ c]"},
+        {"a string in apostrophes", "s-string(s\\\\')", "['][s\\\\'][']"},
+        {"a string in quotation marks", "d-string(d\\\\\")", "[\"][d\\\\\"][\"]"},
+
+        {"a start tag", "start(|a||)", "[<][][a][][>]"},
+        {"a start tag with white space", "start( |a||\\n)", "[<][ ][a][\\n][>]"},
+        {"an unclosed tag loses its suffix together with its closing mark", "start( |a||\\n, open)", "[<][ ][a]"},
+        {"a start tag with attributes", "start(|a|{ |b| = |'c'}{ |d}| )",
+         "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d][ ][>]"},
+        {"unclosed", "start(|a|{ |b| = |'c'}{ |d}| , open)", "[<][][a][ ][b][ ][=][ ]['][c]['][ ][d]"},
+
+        {"a short tag", "short(|br||)", "[<][][br][][/][>]"},
+        {"a short tag with white space", "short( |br|| )", "[<][ ][br][ ][/][>]"},
+        {"an unclosed short tag keeps its suffix and its slash", "short( |br|| , open)", "[<][ ][br][ ][/]"},
+        {"a short tag with an attribute", "short(|br|{ |b|=|\"c\"}|)", "[<][][br][ ][b][][=][][\"][c][\"][][/][>]"},
+        {"unclosed", "short(|br|{ |b|=|\"c\"}|, open)", "[<][][br][ ][b][][=][][\"][c][\"][][/]"},
+
+        {"a bare value", "start(|a|{ |b|\\t=\\n|c}|)", "[<][][a][ ][b][\\t][=][\\n][c][][>]"},
+        {"a value in apostrophes", "start(|a|{ |b|\\t=\\n|'c'}|)", "[<][][a][ ][b][\\t][=][\\n]['][c]['][][>]"},
+        {"a value in quotation marks", "start(|a|{ |b|\\t=\\n|\"c\"}|)", "[<][][a][ ][b][\\t][=][\\n][\"][c][\"][][>]"},
+        {"any other kind writes nothing for the value", "start(|a|{ |b|\\t=\\n|?c?}|)",
+         "[<][][a][ ][b][\\t][=][\\n][][>]"},
+        {"an empty bare value is an empty piece", "start(|a|{ |b|\\t=\\n|}|)", "[<][][a][ ][b][\\t][=][\\n][][][>]"},
+        {"an empty quoted value is an empty piece", "start(|a|{ |b|\\t=\\n|\"\"}|)",
+         "[<][][a][ ][b][\\t][=][\\n][\"][][\"][][>]"},
+
+        {"an end tag", "end(|a| ||)", "[<][/][][a][ ][>]"},
+        {"an unclosed end tag", "end( |a|||, open)", "[<][/][ ][a][]"},
+        {"an end tag with a slash", "end(|a| ||, slash)", "[<][/][][a][ ][/][>]"},
+        {"unclosed with a slash", "end(|a| ||, slash, open)", "[<][/][][a][ ][/]"},
+        {"an empty list takes the suffix with it", "end(|a| ||\\n)", "[<][/][][a][ ][>]"},
+        {"so does no list at all", "end(|a| |null|\\n)", "[<][/][][a][ ][>]"},
+        {"an end tag with attributes", "end(|a| |{|x}{ |y|=|'z'}|\\n, slash)",
+         "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n][/][>]"},
+        {"an unclosed end tag keeps its suffix", "end(|a| |{|x}{ |y|=|'z'}|\\n, open)",
+         "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n]"},
+
+        {"a declaration", "entity(|DOCTYPE||)", "[<][!][][DOCTYPE][][>]"},
+        {"with items", "entity( |DOCTYPE|{ |html}{\\n|'a'}{|\"b\"}|\\t)",
+         "[<][!][ ][DOCTYPE][ ][html][\\n]['][a]['][][\"][b][\"][\\t][>]"},
+        {"an XML declaration", "extern(|xml|{ |version|=|\"1.0\"}{ |x}| )",
+         "[<][?][][xml][ ][version][][=][][\"][1.0][\"][ ][x][ ][?][>]"},
+
+        {"a comment", "comment( x-y)", "[<][!][-][-]{ x-y}[-][-][>]"},
+        {"an open comment", "comment( x-, open)", "[<][!][-][-]{ x-}"},
+        {"an empty comment", "comment()", "[<][!][-][-]{}[-][-][>]"},
+        {"a CDATA section", "cdata(CDATA|[x)", "[<][!][[][CDATA]{[x}[]][]][>]"},
+        {"an open CDATA section", "cdata(cdata|[x], open)", "[<][!][[][cdata]{[x]}"},
+        {"a conditional section", "conditional(if| IE 6| --)", "[<][!][[][if]{ IE 6}[]]{ --}[>]"},
+        {"without its end", "conditional(if| IE 6| --, open)", "[<][!][[][if]{ IE 6}[]]"},
+        {"without its bracket", "conditional(if| IE 6| --, no-bracket)", "[<][!][[][if]{ IE 6}{ --}[>]"},
+        {"without either", "conditional(if| IE 6| --, no-bracket, open)", "[<][!][[][if]{ IE 6}"},
+
+        {"null: text", "text(null)", "[]"},
+        {"null: a block comment", "c-comment(null)", "[/][*][][*][/]"},
+        {"null: a line comment", "cpp-comment(null)", "[/][/][]"},
+        {"null: a string in apostrophes", "s-string(null)", "['][][']"},
+        {"null: a string in quotation marks", "d-string(null)", "[\"][][\"]"},
+        {"null: junk", "junk(null)", "{}"},
+        {"null: a start tag", "start(null|null|null|null)", "[<][][][][>]"},
+        {"null: a short tag", "short(null|null|null|null)", "[<][][][][/][>]"},
+        {"null: an end tag", "end(null|null|null|null|null, slash)", "[<][/][][][][/][>]"},
+        {"null: an end tag with an attribute", "end(null|null|null|{|x}|null)", "[<][/][][][][][x][][>]"},
+        {"null: a CDATA section", "cdata(null|null)", "[<][!][[][]{}[]][]][>]"},
+        {"null: a conditional section", "conditional(null|null|null)", "[<][!][[][]{}[]]{}[>]"},
+        {"null: a comment", "comment(null)", "[<][!][-][-]{}[-][-][>]"},
+        {"null: a declaration", "entity(null|null|null|null)", "[<][!][][][][>]"},
+        {"null: an XML declaration", "extern(null|null|null|null)", "[<][?][][][][?][>]"},
+        {"null: an instruction", "extern-text(null)", "[]"},
     };
     for (const Case& c : CASES) {
         SCOPED_TRACE(c.note);
-        this->attributes.clear();
-        this->Add(" ", "b", "\t", "\n", c.value, c.quote);
-        EXPECT_EQ(write({this->Str(""), this->Str("a"), &this->attributes, this->Str(""), true}), c.expected);
+        EXPECT_EQ(WrittenLine<TypeParam>(c.record), ShowBodies<TypeParam>(c.expected));
     }
-    this->attributes.back().hasValue = false;
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), &this->attributes, this->Str(""), true}), "[<][][a][ ][b][][>]")
+}
+
+/// What the notation cannot tell.
+TYPED_TEST(ParserObserverOutputTest, FieldsThatMeanNothing) {
+    typename TestFixture::template Noted<HTML::StartTagData> tag("start(|a|{ |b|\\t=\\n|c}|)");
+    auto attributes = *tag.record.attributes;
+    tag.record.attributes = &attributes;
+    attributes.back().quote = 0xFFFFFFFF;
+    EXPECT_EQ(Written<TypeParam>(tag.record), "[<][][a][ ][b][\\t][=][\\n][][>]")
+        << "a huge kind writes nothing for the value";
+    attributes.back().hasValue = false;
+    EXPECT_EQ(Written<TypeParam>(tag.record), "[<][][a][ ][b][][>]")
         << "without a value only prefix and name mean something";
-}
 
-TYPED_TEST(ParserObserverOutputTest, EndTags) {
-    using R = Records<TypeParam>;
-    using EndTag = typename R::EndTag;
-    const auto write = [](const EndTag& record) { return Written<TypeParam>(&R::Output::GetEndTagOutput, record); };
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), true, &this->attributes, false, this->Str("")}), "[<][/][][a][ ][>]");
-    EXPECT_EQ(write({this->Str(" "), this->Str("a"), this->Str(""), false, &this->attributes, false, this->Str("")}), "[<][/][ ][a][]");
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), true, &this->attributes, true, this->Str("")}), "[<][/][][a][ ][/][>]");
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), false, &this->attributes, true, this->Str("")}), "[<][/][][a][ ][/]");
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), true, &this->attributes, false, this->Str("\n")}), "[<][/][][a][ ][>]")
-        << "an empty list takes the suffix with it";
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), true, nullptr, false, this->Str("\n")}), "[<][/][][a][ ][>]")
-        << "so does no list at all";
-    this->Add("", "x");
-    this->Add(" ", "y", "", "", "z", 1);
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), true, &this->attributes, true, this->Str("\n")}),
-              "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n][/][>]");
-    EXPECT_EQ(write({this->Str(""), this->Str("a"), this->Str(" "), false, &this->attributes, false, this->Str("\n")}),
-              "[<][/][][a][ ][][x][ ][y][][=][]['][z]['][\\n]")
-        << "an unclosed end tag keeps its suffix";
-}
-
-TYPED_TEST(ParserObserverOutputTest, Declarations) {
-    using R = Records<TypeParam>;
-    using EntityTag = typename R::EntityTag;
-    const auto write = [](const EntityTag& record) { return Written<TypeParam>(&R::Output::GetEntityTagOutput, record); };
-    EXPECT_EQ(write({this->Str(""), this->Str("DOCTYPE"), &this->tokens, this->Str("")}), "[<][!][][DOCTYPE][][>]");
-    this->AddToken(" ", "html", 0);
-    this->AddToken("\n", "a", 1);
-    this->AddToken("", "b", 2);
-    EXPECT_EQ(write({this->Str(" "), this->Str("DOCTYPE"), &this->tokens, this->Str("\t")}),
-              "[<][!][ ][DOCTYPE][ ][html][\\n]['][a]['][][\"][b][\"][\\t][>]");
-}
-
-TYPED_TEST(ParserObserverOutputTest, ExternTags) {
-    using R = Records<TypeParam>;
-    using ExternTag = typename R::ExternTag;
-    const auto write = [](const ExternTag& record) { return Written<TypeParam>(&R::Output::GetExternTagOutput, record); };
-    EXPECT_EQ(write({this->Str(" "), this->Str("xml"), &this->attributes, this->Str("\n"), false, this->Str("ignored"), false}),
-              "[<][?][ ][xml][\\n][?][>]");
-    EXPECT_EQ(write({this->Str(""), this->Str("xml"), &this->attributes, this->Str(""), false, this->Str("ignored"), true}),
-              "[<][?][][xml][][/][>]");
-    this->Add(" ", "version", "", "", "1.0", 2);
-    this->Add(" ", "x");
-    EXPECT_EQ(write({this->Str(""), this->Str("xml"), &this->attributes, this->Str(" "), false, this->Str(""), false}),
-              "[<][?][][xml][ ][version][][=][][\"][1.0][\"][ ][x][ ][?][>]");
-    EXPECT_EQ(write({this->Str(" "), this->Str("php"), &this->attributes, this->Str(" "), true, this->Str("<?php a ?>"), true}),
-              "[<?php a ?>]")
-        << "free style is its text and nothing else";
-}
-
-/// The bytes of the first `count` bytes of a body in memory.
-template <typename S>
-std::string BodyBytes(const S& body, std::size_t count) {
-    return std::string(reinterpret_cast<const char*>(body.data()), count);
-}
-
-TYPED_TEST(ParserObserverOutputTest, Sections) {
-    using R = Records<TypeParam>;
-    using Output = typename R::Output;
-    // As many bytes as the body has characters: the whole narrow body, the first half of the wide one.
-    const auto body = [this](std::string_view latin1) { return "{" + Trace::Escape(BodyBytes(*this->Str(latin1), latin1.size())) + "}"; };
-    const typename R::CommentTag comment = {this->Str(" x-y"), true};
-    EXPECT_EQ(Written<TypeParam>(&Output::GetCommentTagOutput, comment), "[<][!][-][-]" + body(" x-y") + "[-][-][>]");
-    const typename R::CommentTag openComment = {this->Str(" x-"), false};
-    EXPECT_EQ(Written<TypeParam>(&Output::GetCommentTagOutput, openComment), "[<][!][-][-]" + body(" x-"));
-    const typename R::CommentTag emptyComment = {this->Str(""), true};
-    EXPECT_EQ(Written<TypeParam>(&Output::GetCommentTagOutput, emptyComment), "[<][!][-][-]{}[-][-][>]");
-
-    const typename R::CDATATag cdata = {this->Str("CDATA"), this->Str("[x"), true};
-    EXPECT_EQ(Written<TypeParam>(&Output::GetCDATATagOutput, cdata), "[<][!][[][CDATA]" + body("[x") + "[]][]][>]");
-    const typename R::CDATATag openCdata = {this->Str("cdata"), this->Str("[x]"), false};
-    EXPECT_EQ(Written<TypeParam>(&Output::GetCDATATagOutput, openCdata), "[<][!][[][cdata]" + body("[x]"));
-
-    struct Case {
-        bool bracketClosed;
-        bool tagClosed;
-        std::string expected;
-    };
-    const Case CASES[] = {
-        {true, true, "[<][!][[][if]" + body(" IE 6") + "[]]" + body(" --") + "[>]"},
-        {true, false, "[<][!][[][if]" + body(" IE 6") + "[]]"},
-        {false, true, "[<][!][[][if]" + body(" IE 6") + body(" --") + "[>]"},
-        {false, false, "[<][!][[][if]" + body(" IE 6")},
-    };
-    for (const Case& c : CASES) {
-        const typename R::ConditionalTag record = {this->Str("if"), this->Str(" IE 6"), this->Str(" --"), c.bracketClosed, c.tagClosed};
-        EXPECT_EQ(Written<TypeParam>(&Output::GetConditionalTagOutput, record), c.expected);
-    }
+    const auto ignored = To<typename TypeParam::S>("ignored");
+    typename TestFixture::template Noted<HTML::ExternTagData> declaration("extern( |xml||\\n)");
+    declaration.record.text = &ignored;
+    EXPECT_EQ(Written<TypeParam>(declaration.record), "[<][?][ ][xml][\\n][?][>]");
+    typename TestFixture::template Noted<HTML::ExternTagData> slash("extern(|xml||, slash)");
+    slash.record.text = &ignored;
+    EXPECT_EQ(Written<TypeParam>(slash.record), "[<][?][][xml][][/][>]");
+    typename TestFixture::template Noted<HTML::ExternTagData> instruction("extern-text(<?php a ?>)");
+    instruction.record.prefix = instruction.record.name = instruction.record.suffix = &ignored;
+    instruction.record.attributes = &attributes;
+    instruction.record.slashBeforeClose = true;
+    EXPECT_EQ(Written<TypeParam>(instruction.record), "[<?php a ?>]") << "free style is its text and nothing else";
 }
 
 TEST(ParserObserverOutputTest, OnlyTheFirstHalfOfAWideBodyIsWritten) {
@@ -321,81 +245,35 @@ TEST(ParserObserverOutputTest, OnlyTheFirstHalfOfAWideBodyIsWritten) {
 }
 
 TYPED_TEST(ParserObserverOutputTest, JunkIsWrittenByteForByte) {
-    using Output = typename Records<TypeParam>::Output;
-    const std::string bytes = "<b\0\xE9\x01"s;
-    EXPECT_EQ((Written<TypeParam>(&Output::GetJunkDataOutput, {&bytes})), "{<b\\x00\\xE9\\x01}");
-}
-
-TYPED_TEST(ParserObserverOutputTest, NullStringsAndListsCountAsEmpty) {
-    using R = Records<TypeParam>;
-    using Output = typename R::Output;
-    EXPECT_EQ((Written<TypeParam>(&Output::GetTextOutput, {nullptr})), "[]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCCommentOutput, {nullptr})), "[/][*][][*][/]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCPPCommentOutput, {nullptr})), "[/][/][]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetSQuoteStringOutput, {nullptr})), "['][][']");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetDQuoteStringOutput, {nullptr})), "[\"][][\"]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetJunkDataOutput, {nullptr})), "{}");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetStartTagOutput, {nullptr, nullptr, nullptr, nullptr, true})), "[<][][][][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetShortTagOutput, {nullptr, nullptr, nullptr, nullptr, true})), "[<][][][][/][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetEndTagOutput, {nullptr, nullptr, nullptr, true, nullptr, true, nullptr})),
-              "[<][/][][][][/][>]");
-    this->Add("", "x");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetEndTagOutput, {nullptr, nullptr, nullptr, true, &this->attributes, false, nullptr})),
-              "[<][/][][][][][x][][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCDATATagOutput, {nullptr, nullptr, true})), "[<][!][[][]{}[]][]][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetConditionalTagOutput, {nullptr, nullptr, nullptr, true, true})), "[<][!][[][]{}[]]{}[>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetCommentTagOutput, {nullptr, true})), "[<][!][-][-]{}[-][-][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetEntityTagOutput, {nullptr, nullptr, nullptr, nullptr})), "[<][!][][][][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetExternTagOutput, {nullptr, nullptr, nullptr, nullptr, false, nullptr, false})),
-              "[<][?][][][][?][>]");
-    EXPECT_EQ((Written<TypeParam>(&Output::GetExternTagOutput, {nullptr, nullptr, nullptr, nullptr, true, nullptr, false})), "[]");
+    EXPECT_EQ(WrittenLine<TypeParam>("junk(<b\\x00\\xE9\\x01)"), "{<b\\x00\\xE9\\x01}");
 }
 
 TYPED_TEST(ParserObserverOutputTest, EveryCallbackCallsItsWriter) {
-    using R = Records<TypeParam>;
-    using Output = typename R::Output;
-    this->Add(" ", "x");
-    this->AddToken(" ", "t", 1);
-    const std::string junkBytes = "<j";
-    typename R::Text text = {this->Str("t")};
-    typename R::CComment cComment = {this->Str("c")};
-    typename R::CPPComment cppComment = {this->Str("p")};
-    typename R::SQuoteString sQuoteString = {this->Str("s")};
-    typename R::DQuoteString dQuoteString = {this->Str("d")};
-    typename R::StartTag startTag = {this->Str(""), this->Str("a"), &this->attributes, this->Str(" "), true};
-    typename R::ShortTag shortTag = {this->Str(""), this->Str("b"), &this->attributes, this->Str(" "), true};
-    typename R::EndTag endTag = {this->Str(""), this->Str("e"), this->Str(" "), true, &this->attributes, true, this->Str("")};
-    typename R::CDATATag cdataTag = {this->Str("CDATA"), this->Str("[x"), true};
-    typename R::ConditionalTag conditionalTag = {this->Str("if"), this->Str(" c"), this->Str("t"), true, true};
-    typename R::CommentTag commentTag = {this->Str("m"), true};
-    typename R::EntityTag entityTag = {this->Str(""), this->Str("DOCTYPE"), &this->tokens, this->Str(" ")};
-    typename R::ExternTag externTag = {this->Str(""), this->Str("xml"), &this->attributes, this->Str(""), false, this->Str(""), true};
-    typename R::Junk junk = {&junkBytes};
-
-    PieceOutput<typename TypeParam::C, typename TypeParam::S> output;
-    PieceSink expected;
-    const auto check = [&](auto callback, auto writer, auto* record) {
-        (output.*callback)(record);
-        writer(record, &expected);
-        EXPECT_GT(expected.pieces.size(), 0U);
-        EXPECT_EQ(Show<TypeParam>(output.sink.pieces), Show<TypeParam>(expected.pieces));
-        output.sink.pieces.clear();
-        expected.pieces.clear();
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    const std::string_view LINES[] = {
+        "text(t)",
+        "c-comment(c)",
+        "cpp-comment(p)",
+        "s-string(s)",
+        "d-string(d)",
+        "start(|a|{ |x}| )",
+        "short(|b|{ |x}| )",
+        "end(|e| |{ |x}|, slash)",
+        "cdata(CDATA|[x)",
+        "conditional(if| c|t)",
+        "comment(m)",
+        "entity(|DOCTYPE|{ |'t'}| )",
+        "extern(|xml|{ |x}|, slash)",
+        "junk(<j)",
     };
-    check(&Output::OnText, &Output::GetTextOutput, &text);
-    check(&Output::OnCComment, &Output::GetCCommentOutput, &cComment);
-    check(&Output::OnCPPComment, &Output::GetCPPCommentOutput, &cppComment);
-    check(&Output::OnSQuoteString, &Output::GetSQuoteStringOutput, &sQuoteString);
-    check(&Output::OnDQuoteString, &Output::GetDQuoteStringOutput, &dQuoteString);
-    check(&Output::OnStartTag, &Output::GetStartTagOutput, &startTag);
-    check(&Output::OnShortTag, &Output::GetShortTagOutput, &shortTag);
-    check(&Output::OnEndTag, &Output::GetEndTagOutput, &endTag);
-    check(&Output::OnCDATATag, &Output::GetCDATATagOutput, &cdataTag);
-    check(&Output::OnConditionalTag, &Output::GetConditionalTagOutput, &conditionalTag);
-    check(&Output::OnCommentTag, &Output::GetCommentTagOutput, &commentTag);
-    check(&Output::OnEntityTag, &Output::GetEntityTagOutput, &entityTag);
-    check(&Output::OnExternTag, &Output::GetExternTagOutput, &externTag);
-    check(&Output::OnJunkData, &Output::GetJunkDataOutput, &junk);
+    PieceOutput<C, S> output;
+    for (const std::string_view line : LINES) {
+        CallNoted<C, S>(&output, line);
+        EXPECT_GT(output.sink.pieces.size(), 0U);
+        EXPECT_EQ(Show<TypeParam>(output.sink.pieces), WrittenLine<TypeParam>(line));
+        output.sink.pieces.clear();
+    }
 }
 
 TYPED_TEST(ParserObserverOutputTest, AMarkIsWrittenAsItIs) {
@@ -420,8 +298,10 @@ TYPED_TEST(ParserObserverOutputTest, TheOtherCallbacksWriteNothing) {
 
 TYPED_TEST(ParserObserverOutputTest, EachCopyWritesToItself) {
     using Output = PieceOutput<typename TypeParam::C, typename TypeParam::S>;
-    typename Records<TypeParam>::Text first = {this->Str("first")};
-    typename Records<TypeParam>::Text second = {this->Str("second")};
+    typename TestFixture::template Noted<HTML::TextData> firstText("text(first)");
+    typename TestFixture::template Noted<HTML::TextData> secondText("text(second)");
+    auto& first = firstText.record;
+    auto& second = secondText.record;
     auto original = std::make_unique<Output>();
     original->OnText(&first);
     Output copy(*original);
@@ -460,7 +340,8 @@ public:
 };
 
 TEST(ParserObserverOutputTest, TheSerializerOfHosts) {
-    static_assert(std::is_base_of_v<HTML::ParserObserverOutput<WideChar, WideString>, HTML::GenericParserObserverOutput>);
+    static_assert(
+        std::is_base_of_v<HTML::ParserObserverOutput<WideChar, WideString>, HTML::GenericParserObserverOutput>);
     static_assert(std::is_abstract_v<HTML::GenericParserObserverOutput>);
     const WideString text = KESTRA_WIDE("t");
     HTML::TextData<WideChar, WideString> record = {&text};
@@ -477,9 +358,9 @@ TEST(ParserObserverOutputTest, TheSerializerOfHosts) {
 }
 
 TYPED_TEST(ParserObserverOutputTest, IsAbstract) {
-    static_assert(std::is_abstract_v<typename Records<TypeParam>::Output>);
-    static_assert(
-        std::is_base_of_v<HTML::ParserObserver<typename TypeParam::C, typename TypeParam::S>, typename Records<TypeParam>::Output>);
+    using Output = HTML::ParserObserverOutput<typename TypeParam::C, typename TypeParam::S>;
+    static_assert(std::is_abstract_v<Output>);
+    static_assert(std::is_base_of_v<HTML::ParserObserver<typename TypeParam::C, typename TypeParam::S>, Output>);
 }
 
 TEST(ParserObserverOutputHandlerTest, TheBaseDoesNothing) {

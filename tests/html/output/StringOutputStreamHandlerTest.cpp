@@ -43,7 +43,8 @@ TYPED_TEST(StringOutputStreamHandlerTest, AppendsWhatIsWritten) {
 TYPED_TEST(StringOutputStreamHandlerTest, TheStreamIsOneOfTheFlavour) {
     using C = typename TypeParam::C;
     using S = typename TypeParam::S;
-    static_assert(std::is_same_v<decltype(std::declval<Handler<TypeParam>&>().GetStream()), std::basic_ostringstream<C>&>);
+    static_assert(
+        std::is_same_v<decltype(std::declval<Handler<TypeParam>&>().GetStream()), std::basic_ostringstream<C>&>);
     static_assert(std::is_base_of_v<HTML::ParserObserverOutputHandler, Handler<TypeParam>>);
     static_assert(!std::is_copy_constructible_v<Handler<TypeParam>>);
     static_assert(!std::is_copy_assignable_v<Handler<TypeParam>>);

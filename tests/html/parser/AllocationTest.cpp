@@ -78,7 +78,7 @@ constexpr const char* KIND_NAMES[KINDS] = {"text",
                                            "string in single quotes",
                                            "string in double quotes",
                                            "start tag",
-                                           "start tag with space in front of its name",
+                                           "start tag with space before its name",
                                            "start tag with space at its end",
                                            "attribute without a value",
                                            "unquoted value",
@@ -168,8 +168,11 @@ public:
     void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
         Count(ENTITY_TAG);
         for (const auto& token : *data->tokens) {
-            Count(token.quote == HTML::QUOTE_NONE ? UNQUOTED_ITEM : token.quote == HTML::QUOTE_SINGLE ? S_QUOTED_ITEM : D_QUOTED_ITEM);
-            Count(DOCTYPE_WITH_SUBSET, data->name->front() == 'D' && token.value.size() == 1 && token.value.front() == '[');
+            Count(token.quote == HTML::QUOTE_NONE     ? UNQUOTED_ITEM
+                  : token.quote == HTML::QUOTE_SINGLE ? S_QUOTED_ITEM
+                                                      : D_QUOTED_ITEM);
+            Count(DOCTYPE_WITH_SUBSET,
+                  data->name->front() == 'D' && token.value.size() == 1 && token.value.front() == '[');
         }
     }
     void OnExternTag(HTML::ExternTagData<C, S>* data) override {
@@ -231,22 +234,31 @@ private:
 /// Every kind of token but junk, with strings too long for the small-string buffer in every place.
 constexpr char BLOCK[] =
     "A stretch of text that is longer than a short string.\n"
-    "<a-name-longer-than-a-short-string first-attribute-name  =  \"a double quoted value\"   a-bare-word-behind-a-value  "
-    "second-attribute-name='a single quoted value' third-attribute-name=an-unquoted-value-of-some-length                       >"
-    "<input                    first-bare-attribute-name                    second-bare-attribute-name                    />"
+    "<a-name-longer-than-a-short-string first-attribute-name  =  \"a double quoted value\"   a-bare-word-after-a-value "
+    " "
+    "second-attribute-name='a single quoted value' third-attribute-name=an-unquoted-value-of-some-length               "
+    "        >"
+    "<input                    first-bare-attribute-name                    second-bare-attribute-name                 "
+    "   />"
     "<br/>                                        <                    b empty-value='' another-one=>"
     "<script type=\"text/javascript\">var a = 'a single quoted string', b = \"a double quoted string\"; "
     "if (a < b) c = /a-regular-expression/\n; x = '</p>'; </p-is-foreign-here-and-long ></script>"
-    "<style>p { content: 'a single quoted string' } /* a comment of a style that is longer than a short string */</style>"
+    "<style>p { content: 'a single quoted string' } /* a comment of a style that is longer than a short string "
+    "*/</style>"
     "<!-- a markup comment that is longer than a short string -- with dashes inside --->"
     "<!--[if a condition in a comment]> something that is longer than a short string <![endif]-->"
-    "<![CDATA[ a section ] that is longer than a short string ]]><![CDATA[ a section that two brackets end, which is long too ]]"
+    "<![CDATA[ a section ] that is longer than a short string ]]><![CDATA[ a section that two brackets end, which is "
+    "long too ]]"
     "<![if a condition that is longer than a short string]><![endif] and a tail that is longer than a short string>"
-    "<!                      DOCTYPE-with-a-long-name a-bare-item-of-some-length  'an item in single quotes'  \"an item in double quotes\""
+    "<!                      DOCTYPE-with-a-long-name a-bare-item-of-some-length  'an item in single quotes'  \"an "
+    "item in double quotes\""
     "                      ><!DOCTYPE with-a-subset-that-is-long [ %a-parameter-entity-that-is-long; ]>"
-    "<?                      xml-with-a-long-name first-attribute-of-a-declaration=\"a double quoted value\" second-attribute='another one'"
-    "                      ?><?xml first-attribute-of-a-declaration=\"a double quoted value\" a-bare-word-of-a-declaration/>"
-    "<?a-long-target-of-an-instruction 'a single quoted ?> string' /* a comment > inside */ \"a double quoted ?> string\" // a line >\n?>"
+    "<?                      xml-with-a-long-name first-attribute-of-a-declaration=\"a double quoted value\" "
+    "second-attribute='another one'"
+    "                      ?><?xml first-attribute-of-a-declaration=\"a double quoted value\" "
+    "a-bare-word-of-a-declaration/>"
+    "<?a-long-target-of-an-instruction 'a single quoted ?> string' /* a comment > inside */ \"a double quoted ?> "
+    "string\" // a line >\n?>"
     "<%@ a-directive-of-a-server=\"a double quoted value\" %><% a-statement-of-a-server and-what-belongs-to-it %>"
     "<script>/* a block comment that is longer than a short string **/ // a line comment < that is </long too>\n"
     "// a line comment that a markup comment ends <!-- which is longer than a short string -->"
@@ -263,8 +275,9 @@ std::string RepeatBlock(std::size_t size) {
     return half;
 }
 
-/// At least `size` bytes of tokens with strings of every length up to 4,000 characters. They repeat, and so do the cuts between the
-/// pieces, after so many bytes that every string has its longest text and all of them together are kept.
+/// At least `size` bytes of tokens with strings of every length up to 4,000 characters. They
+/// repeat, and so do the cuts between the pieces, after so many bytes that every string has its
+/// longest text and all of them together are kept.
 std::string MakeRandomly(std::uint32_t seed, std::size_t size) {
     constexpr std::size_t PERIOD = 16 * GenericParser::BUFFER_SIZE;
     constexpr std::string_view FILLER = "<p>.";
@@ -317,7 +330,8 @@ private:
 template <typename C, typename S>
 class Feeding {
 public:
-    Feeding(const std::string& halfOfDocument, GenericParser::DataStreamType dataStreamType, StringNS::CharSet::Code documentCharset)
+    Feeding(const std::string& halfOfDocument, GenericParser::DataStreamType dataStreamType,
+            StringNS::CharSet::Code documentCharset)
         : half(halfOfDocument), type(dataStreamType), charset(documentCharset) {}
 
     /// @return the allocations of the second half
@@ -327,7 +341,9 @@ public:
             if (part == 1)
                 BeginSecondHalf();
             for (std::uint64_t offset = 0; offset < half.size(); offset += pieceSize)
-                EXPECT_EQ(parser.ParseBuffer(half.data() + offset, std::min<std::uint64_t>(pieceSize, half.size() - offset)), 0U);
+                EXPECT_EQ(
+                    parser.ParseBuffer(half.data() + offset, std::min<std::uint64_t>(pieceSize, half.size() - offset)),
+                    0U);
         }
         const std::size_t count = CountAllocations() - before;
         EXPECT_EQ(parser.EndParse(), 0U);
@@ -421,7 +437,9 @@ TEST(AllocationTest, TokensOfEveryLengthCostNoneOnceWarm) {
 TEST(AllocationTest, LookingForACharsetCostsNoneOnceWarm) {
     std::string half;
     for (int i = 0; i < 500; ++i)
-        half += "<meta charset='a name longer than a short string'><meta content='text/html; charset=another name that is long'>";
+        half +=
+            "<meta charset='a name longer than a short string'><meta content='text/html; charset=another name that is "
+            "long'>";
     for (const std::uint64_t pieceSize : {64U, 4096U}) {
         EXPECT_EQ((Feeding<char, std::string>(half, GenericParser::DATA_STREAM_8BIT, 0).ByBuffers(pieceSize)), 0U);
         EXPECT_EQ((Feeding<WideChar, WideString>(half, GenericParser::DATA_STREAM_8BIT, 0).ByBuffers(pieceSize)), 0U);

@@ -32,7 +32,8 @@ GenericParser::DataStreamType TypeFor(bool wide) {
     return wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT;
 }
 
-/// Two documents that make every callback together, and the lines of both for the observer of their parser's flavour.
+/// Two documents that make every callback together, and the lines of both for the observer of their
+/// parser's flavour.
 struct Scene {
     bool wide = false;
 
@@ -50,8 +51,8 @@ struct Scene {
 
     Lines Trace() const {
         Lines lines = WholeTrace(EVERY_CALLBACK_TOKENS, wide ? WIDE_TO_WIDE : NARROW_TO_NARROW);
-        for (const char* const line :
-             {"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)", "text(c)", "end-parsing"})
+        for (const char* const line : {"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)",
+                                       "text(c)", "end-parsing"})
             lines.push_back(line);
         return lines;
     }
@@ -112,7 +113,8 @@ std::string WordOf(const std::string& line) {
     return line.substr(0, line.find('('));
 }
 
-// In a callback of a token the name is that of its recognizer, also where the token was read without one.
+// In a callback of a token the name is that of its recognizer, also where the token was read
+// without one.
 TYPED_TEST(ReentranceTest, TheParserNameInACallback) {
     const std::map<std::string, std::string> names = {
         {"text", "TextSimpleParser"},
@@ -265,7 +267,7 @@ TYPED_TEST(ReentranceTest, AnObserverBoundInACallbackGetsTheNextOne) {
     const Scene scene{std::is_same_v<TypeParam, WideObserver>};
     const Lines trace = scene.Trace();
     for (std::size_t handOver = 0; handOver < trace.size(); ++handOver) {
-        SCOPED_TRACE("behind " + trace[handOver]);
+        SCOPED_TRACE("after " + trace[handOver]);
         Lines lines;
         Lines linesOfSecond;
         TypeParam observer(&lines);
@@ -288,7 +290,7 @@ TYPED_TEST(ReentranceTest, AnObserverUnboundInACallbackGetsNothingMore) {
     const Scene scene{std::is_same_v<TypeParam, WideObserver>};
     const Lines trace = scene.Trace();
     for (std::size_t last = 0; last < trace.size(); ++last) {
-        SCOPED_TRACE("behind " + trace[last]);
+        SCOPED_TRACE("after " + trace[last]);
         Lines lines;
         TypeParam observer(&lines);
         GenericParser parser;
@@ -315,8 +317,8 @@ TEST(ObserverTest, AnObserverOfTheOtherFlavourBoundInACallbackGetsTheNextOne) {
     const std::string document = "\xE9<\xE9>\xE9</\xE9>\xE9";
     EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(Join(lines), Join({"start-parsing", "charset(1252)", "text(\\xE9)", "start(|\\u00E9||)", "text(\\xE9)", "end(|\\u00E9|||)",
-                                 "text(\\xE9)", "end-parsing"}));
+    EXPECT_EQ(Join(lines), Join({"start-parsing", "charset(1252)", "text(\\xE9)", "start(|\\u00E9||)", "text(\\xE9)",
+                                 "end(|\\u00E9|||)", "text(\\xE9)", "end-parsing"}));
 }
 
 TEST(ObserverTest, ACallbackMayFeedAnotherParser) {
@@ -437,7 +439,8 @@ TYPED_TEST_SUITE(ExceptionTest, Observers);
 TYPED_TEST(ExceptionTest, PassesThroughEveryCallback) {
     const bool wide = std::is_same_v<TypeParam, WideObserver>;
     const Lines trace = WholeTrace(EVERY_CALLBACK_TOKENS, wide ? WIDE_TO_WIDE : NARROW_TO_NARROW);
-    for (const AfterException after : {AfterException::START, AfterException::END, AfterException::DESTROY, AfterException::FEED}) {
+    for (const AfterException after :
+         {AfterException::START, AfterException::END, AfterException::DESTROY, AfterException::FEED}) {
         for (const bool owned : {false, true}) {
             for (std::size_t throwing = 0; throwing < trace.size(); ++throwing) {
                 SCOPED_TRACE("from " + trace[throwing] + (owned ? ", owned stream" : ", borrowed stream"));
@@ -456,13 +459,14 @@ TYPED_TEST(ExceptionTest, PassesThroughEveryCallback) {
                 if (!thrown) {
                     VFS::InputStream* const fed = owned ? stream.release() : stream.get();
                     thrown = Throws([&] { parser->ParseStream(fed, owned); });
-                    // The end of the stream is behind every token but the last junk.
+                    // The end of the stream is after every token but the last junk.
                     EXPECT_EQ(destructions, owned ? 1 : 0);
                     if (!thrown)
                         thrown = Throws([&] { parser->EndParse(); });
                 }
                 EXPECT_TRUE(thrown);
-                EXPECT_EQ(Join(lines), Join(Lines(trace.begin(), trace.begin() + static_cast<std::ptrdiff_t>(throwing) + 1)));
+                EXPECT_EQ(Join(lines),
+                          Join(Lines(trace.begin(), trace.begin() + static_cast<std::ptrdiff_t>(throwing) + 1)));
 
                 EXPECT_GE(parser->GetLine(), 1U);
                 EXPECT_FALSE(parser->NeedsReparsing());
@@ -522,7 +526,8 @@ TYPED_TEST(ExceptionTest, PassesThroughAMark) {
         EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
         EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines), Join({"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)", "end-parsing"}));
+        EXPECT_EQ(Join(lines), Join({"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)",
+                                     "end-parsing"}));
     }
 }
 
@@ -556,8 +561,8 @@ TYPED_TEST(ExceptionTest, PassesThroughTheEnd) {
             EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
             EXPECT_EQ(parser.ParseBuffer(next.data(), next.size()), 0U);
             EXPECT_EQ(parser.EndParse(), 0U);
-            EXPECT_EQ(Join(lines),
-                      Join({"start-parsing", Trace::FormatCharset(wide ? 1200 : 1252), "text('x')", "start(|b||)", "end-parsing"}));
+            EXPECT_EQ(Join(lines), Join({"start-parsing", Trace::FormatCharset(wide ? 1200 : 1252), "text('x')",
+                                         "start(|b||)", "end-parsing"}));
         }
     }
 }
@@ -620,7 +625,8 @@ TEST(QueryTest, TheCharsetIsSetWhenTheParserHasStarted) {
          "\xEF\xBB\xBF"
          "a<b>",
          "text(a)", 65001},
-        {"a UTF-16 mark says it at once", 1251, GenericParser::DATA_STREAM_AUTO, mark16 + BytesFor("a<b>", true), "", 1200},
+        {"a UTF-16 mark says it at once", 1251, GenericParser::DATA_STREAM_AUTO, mark16 + BytesFor("a<b>", true), "",
+         1200},
     };
     for (const Row& row : rows) {
         for (const bool second : {false, true}) {

@@ -35,10 +35,12 @@ struct MetaRow {
     StringNS::CharSet::Code charset;
 };
 
-/// The row, and behind the tag text, for an 8-bit observer: the charset in force, and one `OnCharset` right behind the tag or none.
+/// The row, and after the tag text, for an 8-bit observer: the charset in force, and one
+/// `OnCharset` right after the tag or none.
 void CheckMeta(const MetaRow& row) {
     for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
-        for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
+        for (const GenericParser::DataStreamType type :
+             {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
             SCOPED_TRACE(std::string(row.note) + ": " + Trace::Escape(row.input));
             const std::string document = row.input + "x";
             ForEverySplit(document, [&](const Cuts& cuts) {
@@ -57,7 +59,8 @@ void CheckMeta(const MetaRow& row) {
                 const std::size_t tag = front.size();
                 ASSERT_GT(run.trace.size(), tag);
                 expected.push_back(run.trace[tag]);
-                EXPECT_TRUE(run.trace[tag].substr(0, 6) == "start(" || run.trace[tag].substr(0, 6) == "short(") << run.trace[tag];
+                EXPECT_TRUE(run.trace[tag].substr(0, 6) == "start(" || run.trace[tag].substr(0, 6) == "short(")
+                    << run.trace[tag];
                 if (row.charset != 0)
                     expected.push_back(Trace::FormatCharset(row.charset));
                 expected.push_back("text(x)");
@@ -82,7 +85,7 @@ TEST(CharsetDiscoveryTest, TheTag) {
         {"any case", "<MeTa CHARset=UTF-8>", 65001},
         {"a blank before the name", "< meta charset=utf-8>", 65001},
         {"blanks around \"=\"", "<meta charset = utf-8>", 65001},
-        {"a line feed behind the name", "<meta\ncharset=\"utf-8\">", 65001},
+        {"a line feed after the name", "<meta\ncharset=\"utf-8\">", 65001},
         {"a longer name", "<metal charset=utf-8>", 0},
         {"a shorter name", "<met charset=utf-8>", 0},
         {"a name with a slash", "<meta/ charset=utf-8>", 0},
@@ -121,11 +124,11 @@ TEST(CharsetDiscoveryTest, TheCharsetAttribute) {
         {"also when it is unknown", "<meta charset=koi8-r charset=x-unknown>", 0},
         {"also when it is empty", "<meta charset=koi8-r charset=''>", 0},
         {"an earlier one without a value is replaced", "<meta charset charset=utf-8>", 65001},
-        {"a bare word behind the value belongs to it", "<meta charset=utf-8 x>", 0},
+        {"a bare word after the value belongs to it", "<meta charset=utf-8 x>", 0},
         {"a name without a value too", "<meta charset=utf-8 charset>", 0},
-        {"behind a quoted value too", "<meta charset='utf-8' x>", 0},
-        {"but not behind the next attribute", "<meta charset=utf-8 a=b x>", 65001},
-        {"nor in front of it", "<meta x charset=utf-8>", 65001},
+        {"after a quoted value too", "<meta charset='utf-8' x>", 0},
+        {"but not after the next attribute", "<meta charset=utf-8 a=b x>", 65001},
+        {"nor before it", "<meta x charset=utf-8>", 65001},
     };
     CheckMetas(rows);
 }
@@ -140,13 +143,14 @@ TEST(CharsetDiscoveryTest, TheContentAttribute) {
         {"\"http-equiv\" alone", "<meta http-equiv='text/html; charset=koi8-r'>", 0},
         {"any case", "<meta CONTENT='TEXT/HTML; CHARSET=KOI8-R'>", 20866},
         {"without quotes", "<meta content=text/html;charset=koi8-r>", 20866},
-        {"without quotes and behind a blank it is an attribute of its own", "<meta content=text/html; charset=koi8-r>", 20866},
+        {"without quotes and after a blank it is an attribute of its own", "<meta content=text/html; charset=koi8-r>",
+         20866},
         {"no parameter", "<meta content='text/html'>", 0},
         {"an empty value", "<meta content=''>", 0},
         {"no value", "<meta content>", 0},
         {"the later one of two counts", "<meta content='charset=koi8-r' content='charset=utf-8'>", 65001},
         {"even without a charset", "<meta content='charset=koi8-r' content='text/html'>", 0},
-        {"a bare word behind it belongs to it, its quotes too", "<meta content='charset=koi8-r' x>", 0},
+        {"a bare word after it belongs to it, its quotes too", "<meta content='charset=koi8-r' x>", 0},
         {"which leaves other parameters alone", "<meta content='a;charset=koi8-r;b' x>", 20866},
         {"the charset attribute comes first", "<meta charset=utf-8 content='charset=koi8-r'>", 65001},
         {"in any order", "<meta content='charset=koi8-r' charset=utf-8>", 65001},
@@ -166,14 +170,14 @@ TEST(CharsetDiscoveryTest, TheParametersOfContent) {
     };
     const Row rows[] = {
         {"alone", "charset=koi8-r", 20866},
-        {"in front of others", "charset=koi8-r; text/html", 20866},
+        {"before others", "charset=koi8-r; text/html", 20866},
         {"between empty ones", ";;charset=koi8-r;;", 20866},
         {"blanks around it", "  charset=koi8-r  ", 20866},
         {"blanks around both parts", "a;  charset  =  koi8-r  ;b", 20866},
-        {"a tab is no blank, in front of it", "\tcharset=koi8-r", 0},
-        {"behind the name", "charset\t=koi8-r", 0},
-        {"in front of the value", "charset=\tkoi8-r", 0},
-        {"behind it", "charset=koi8-r\t", 0},
+        {"a tab is no blank, before it", "\tcharset=koi8-r", 0},
+        {"after the name", "charset\t=koi8-r", 0},
+        {"before the value", "charset=\tkoi8-r", 0},
+        {"after it", "charset=koi8-r\t", 0},
         {"nor is a line feed", "a;\ncharset=koi8-r", 0},
         {"a blank inside the name", "char set=koi8-r", 0},
         {"quotes are part of the value", "charset=\"koi8-r\"", 0},
@@ -369,21 +373,31 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
     const Row rows[] = {
         {"text, and then a declaration",
          "a<meta http-equiv='Content-Type' content='text/html; charset=koi8-r'>b<c>",
-         {"text(a)", "start(|meta|{ |http-equiv|=|'Content-Type'}{ |content|=|'text/html; charset=koi8-r'}|)", "charset(20866)"},
+         {"text(a)", "start(|meta|{ |http-equiv|=|'Content-Type'}{ |content|=|'text/html; charset=koi8-r'}|)",
+          "charset(20866)"},
          20866,
          70},
-        {"the first tag of the document", "<meta charset=utf-8>b", {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"}, 65001, 21},
+        {"the first tag of the document",
+         "<meta charset=utf-8>b",
+         {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
+         65001,
+         21},
         {"a short tag", "<meta charset=utf-8 />b", {"short(|meta|{ |charset|=|utf-8}| )", "charset(65001)"}, 65001, 23},
-        {"at the end of the input", "<meta charset=utf-8>", {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"}, 65001, 21},
+        {"at the end of the input",
+         "<meta charset=utf-8>",
+         {"start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
+         65001,
+         21},
         {"UTF-7", "<meta charset=utf-7><p>", {"start(|meta|{ |charset|=|utf-7}|)", "charset(65000)"}, 65000, 21},
         {"1252, as which the text was read all the time",
          "<meta charset=windows-1252><p>",
          {"start(|meta|{ |charset|=|windows-1252}|)", "charset(1252)"},
          1252,
          28},
-        {"behind declarations that were not applied",
+        {"after declarations that were not applied",
          "<meta charset=x><meta charset=utf-16><meta charset=utf-8><p>",
-         {"start(|meta|{ |charset|=|x}|)", "start(|meta|{ |charset|=|utf-16}|)", "start(|meta|{ |charset|=|utf-8}|)", "charset(65001)"},
+         {"start(|meta|{ |charset|=|x}|)", "start(|meta|{ |charset|=|utf-16}|)", "start(|meta|{ |charset|=|utf-8}|)",
+          "charset(65001)"},
          65001,
          58},
     };
@@ -402,7 +416,8 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
                 EXPECT_EQ(run.parserName, "StartTagSimpleParser");
                 EXPECT_EQ(run.line, 1U);
                 EXPECT_EQ(run.column, row.column);
-                // The tag is still the construct at work, and nothing is left to read it again from.
+                // The tag is still the construct at work, and nothing is left to read it again
+                // from.
                 EXPECT_EQ(run.endResult, 16U);
             });
         }
@@ -413,7 +428,8 @@ TEST(CharsetDiscoveryTest, AfterAConversionAChangeStopsTheParse) {
 struct Bench {
     Bench() : narrow(&lines), wide(&lines) {}
 
-    void Start(StringNS::CharSet::Code charset = 0, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT) {
+    void Start(StringNS::CharSet::Code charset = 0,
+               GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT) {
         EXPECT_EQ(parser.StartParse(charset, type), 0U);
     }
 
@@ -443,14 +459,16 @@ TEST(CharsetDiscoveryTest, TheDocumentIsParsedAgainWithTheCharsetFound) {
     const std::string document = std::string("\xC6") + KOI8_R + "\xC6";
     EXPECT_EQ(bench.Feed(document), 705U);
     EXPECT_TRUE(bench.parser.NeedsReparsing());
-    EXPECT_EQ(bench.Take(), "start-parsing\ncharset(0)\ntext(\\u00C6)\nstart(|meta|{ |charset|=|koi8-r}|)\ncharset(20866)\n");
+    EXPECT_EQ(bench.Take(),
+              "start-parsing\ncharset(0)\ntext(\\u00C6)\nstart(|meta|{ |charset|=|koi8-r}|)\ncharset(20866)\n");
     bench.Start(bench.parser.GetCharset());
     EXPECT_FALSE(bench.parser.NeedsReparsing());
     EXPECT_EQ(bench.Feed(document), 0U);
     EXPECT_EQ(bench.parser.EndParse(), 0U);
     EXPECT_FALSE(bench.parser.NeedsReparsing());
     EXPECT_EQ(bench.Take(),
-              "start-parsing\ncharset(20866)\ntext(\\u0444)\nstart(|meta|{ |charset|=|koi8-r}|)\ntext(\\u0444)\nend-parsing\n");
+              "start-parsing\ncharset(20866)\ntext(\\u0444)\nstart(|meta|{ "
+              "|charset|=|koi8-r}|)\ntext(\\u0444)\nend-parsing\n");
 }
 
 TEST(CharsetDiscoveryTest, TheNeedIsRememberedUntilTheNextDocument) {
@@ -478,7 +496,7 @@ TEST(CharsetDiscoveryTest, TheNeedIsRememberedUntilTheNextDocument) {
     EXPECT_EQ(bench.parser.EndParse(), 0U);
 }
 
-TEST(CharsetDiscoveryTest, BytesFedBehindTheStopBreakNothing) {
+TEST(CharsetDiscoveryTest, BytesFedAfterTheStopBreakNothing) {
     for (const char* const more : {"x", ">", "<a>", "</meta>", "/", "'", KOI8_R}) {
         SCOPED_TRACE(more);
         Bench bench;
@@ -497,8 +515,9 @@ TEST(CharsetDiscoveryTest, BytesFedBehindTheStopBreakNothing) {
     }
 }
 
-/// What comes of bytes that are fed behind the stop, the document up to there being fed in two pieces.
-std::string FeedBehindTheStop(std::string_view document, std::size_t cut, std::string_view more) {
+/// What comes of bytes that are fed after the stop, the document up to there being fed in two
+/// pieces.
+std::string FeedAfterTheStop(std::string_view document, std::size_t cut, std::string_view more) {
     Bench bench;
     bench.parser.SetObserver(&bench.wide, false);
     bench.Start();
@@ -509,16 +528,17 @@ std::string FeedBehindTheStop(std::string_view document, std::size_t cut, std::s
     return std::to_string(result) + "\n" + std::to_string(endResult) + "\n" + bench.Take();
 }
 
-TEST(CharsetDiscoveryTest, BytesFedBehindTheStopDoNotTellWhereTheTagWasCut) {
+TEST(CharsetDiscoveryTest, BytesFedAfterTheStopDoNotTellWhereTheTagWasCut) {
     for (const std::string_view front : {"", "<a>", "<a b='' />", "<br/>"}) {
-        for (const std::string_view tag : {"<meta charset=koi8-r>", "<meta charset='koi8-r' />", "<meta charset=koi8-r/>"}) {
+        for (const std::string_view tag :
+             {"<meta charset=koi8-r>", "<meta charset='koi8-r' />", "<meta charset=koi8-r/>"}) {
             const std::string document = std::string(front) + "x" + std::string(tag);
             for (const std::string_view more : {"x", "b>y", " b>y", "<b>y", ">", "/>", "/", "'", "</meta>"}) {
                 SCOPED_TRACE(document + more.data());
-                const std::string whole = FeedBehindTheStop(document, front.size() + 1, more);
+                const std::string whole = FeedAfterTheStop(document, front.size() + 1, more);
                 EXPECT_NE(whole.find("koi8-r"), std::string::npos);
                 for (std::size_t cut = 0; cut < document.size(); ++cut)
-                    EXPECT_EQ(FeedBehindTheStop(document, cut, more), whole) << "cut at " << cut;
+                    EXPECT_EQ(FeedAfterTheStop(document, cut, more), whole) << "cut at " << cut;
             }
         }
     }
@@ -546,14 +566,14 @@ TEST(CharsetDiscoveryTest, TheStreamIsReadNoFurther) {
     Bench bench;
     bench.parser.SetObserver(&bench.wide, false);
     bench.Start();
-    FaultyInputStream stream(
-        std::make_unique<BoundedInputStream>(std::string(KOI8_R) + "<a><b><c>", OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(21))));
+    FaultyInputStream stream(std::make_unique<BoundedInputStream>(std::string(KOI8_R) + "<a><b><c>",
+                                                                  OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(21))));
     EXPECT_EQ(bench.parser.ParseStream(&stream, false), 705U);
     EXPECT_EQ(stream.GetReadCalls(), 1U);
 }
 
-std::uint32_t CodeFailingOn(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
-                            WideString* output) {
+std::uint32_t CodeFailingOn(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data,
+                            std::uint64_t size, WideString* output) {
     if (std::string_view(data, static_cast<std::size_t>(size)).find('!') != std::string_view::npos)
         return 815;
     return Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
@@ -582,7 +602,7 @@ TEST(CharsetDiscoveryTest, AFailedConversionCountsToo) {
 TEST(CharsetDiscoveryTest, WhatCountsAsAConversion) {
     struct Row {
         const char* note;
-        const char* first;  ///< for the wide observer; the declaration behind it goes to an 8-bit one
+        const char* first;  ///< for the wide observer; the declaration after it goes to an 8-bit one
         bool converts;
     };
     const Row rows[] = {
@@ -601,7 +621,8 @@ TEST(CharsetDiscoveryTest, WhatCountsAsAConversion) {
         bench.Start();
         EXPECT_EQ(bench.Feed(row.first), 0U);
         bench.parser.SetObserver(&bench.narrow, false);
-        const std::string_view opener = std::string_view(row.first).empty() ? KOI8_R : std::string_view(KOI8_R).substr(1);
+        const std::string_view opener =
+            std::string_view(row.first).empty() ? KOI8_R : std::string_view(KOI8_R).substr(1);
         EXPECT_EQ(bench.Feed(opener), row.converts ? 705U : 0U);
         EXPECT_EQ(bench.parser.NeedsReparsing(), row.converts);
         EXPECT_EQ(bench.parser.GetCharset(), 20866U);
@@ -621,7 +642,8 @@ TEST(CharsetDiscoveryTest, JunkIsNotConverted) {
     EXPECT_FALSE(bench.parser.NeedsReparsing());
     EXPECT_EQ(bench.parser.EndParse(), 0U);
     EXPECT_EQ(bench.Take(),
-              "start-parsing\ncharset(0)\njunk(<!-)\njunk(x)\nstart(|meta|{ |charset|=|koi8-r}|)\ncharset(20866)\ntext(y)\nend-parsing\n");
+              "start-parsing\ncharset(0)\njunk(<!-)\njunk(x)\nstart(|meta|{ "
+              "|charset|=|koi8-r}|)\ncharset(20866)\ntext(y)\nend-parsing\n");
 }
 
 TEST(CharsetDiscoveryTest, TheSameCharsetAgainStopsNothing) {
@@ -753,7 +775,8 @@ TEST(CharsetDiscoveryTest, EscapeRunsFollowTheNewCharset) {
         StringNS::CharSet::Code code;
         bool hidden;
     };
-    const Row rows[] = {{"iso-2022-jp", 50221, true}, {"iso-2022-kr", 50225, true}, {"koi8-r", 20866, false}, {"x-unknown", 0, false}};
+    const Row rows[] = {
+        {"iso-2022-jp", 50221, true}, {"iso-2022-kr", 50225, true}, {"koi8-r", 20866, false}, {"x-unknown", 0, false}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.charset);
         const std::string run = "\x1B$B<b>\x1B(B";
@@ -762,11 +785,13 @@ TEST(CharsetDiscoveryTest, EscapeRunsFollowTheNewCharset) {
         for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
             ForEverySplit(document, [&](const Cuts& cuts) {
                 const DocumentRun parsed = ParseDocument(document, cuts, Unknown(Observed::NARROW, feed));
-                Lines expected{"start-parsing", "charset(0)",    "text(\\x1B$B)",
-                               "start(|b||)",   "text(\\x1B(B)", "start(|meta|{ |charset|=|" + std::string(row.charset) + "}|)"};
+                Lines expected{"start-parsing", "charset(0)",
+                               "text(\\x1B$B)", "start(|b||)",
+                               "text(\\x1B(B)", "start(|meta|{ |charset|=|" + std::string(row.charset) + "}|)"};
                 if (row.code != 0)
                     expected.push_back(Trace::FormatCharset(row.code));
-                const Lines hidden{"text(\\x1B$B<b>\\x1B(B)", "start(|p|{ |q|=|\"\\x1B$B\"\\x1B(B\"}|)", "start(|script||)", "js-start"};
+                const Lines hidden{"text(\\x1B$B<b>\\x1B(B)", "start(|p|{ |q|=|\"\\x1B$B\"\\x1B(B\"}|)",
+                                   "start(|script||)", "js-start"};
                 const Lines plain{"text(\\x1B$B)",
                                   "start(|b||)",
                                   "text(\\x1B(B)",

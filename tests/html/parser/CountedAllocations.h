@@ -3,9 +3,10 @@
 #include <cstddef>
 
 /// @file
-/// What the program takes from the heap. A program gets it by one of two sources: `CountedNew.cpp` replaces `operator new` and counts what
-/// it gives out; `posix/CountedMalloc.cpp` replaces `malloc` and sees what the libraries take as well, but no sanitizer admits it. The
-/// first counts the bytes asked for, the second those given. One thread only.
+/// What the program takes from the heap. A program gets it by one of two sources: `CountedNew.cpp`
+/// replaces `operator new` and counts what it gives out; `posix/CountedMalloc.cpp` replaces
+/// `malloc` and sees what the libraries take as well, but no sanitizer admits it. The first counts
+/// the bytes asked for, the second those given. One thread only.
 
 namespace Kestra::Test {
 

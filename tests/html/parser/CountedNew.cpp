@@ -5,13 +5,14 @@
 
 #include "tests/html/parser/CountedAllocations.h"
 
-// All forms are replaced but those for more than the ordinary alignment: a runtime that has replaced them itself does not come here from
-// one form to another.
+// All forms are replaced but those for more than the ordinary alignment: a runtime that has
+// replaced them itself does not come here from one form to another.
 
 namespace {
 
-// In front of each block lies its size, in the space of one maximal alignment.
-constexpr std::size_t HEAD_SIZE = alignof(std::max_align_t) > sizeof(std::size_t) ? alignof(std::max_align_t) : sizeof(std::size_t);
+// Before each block lies its size, in the space of one maximal alignment.
+constexpr std::size_t HEAD_SIZE = alignof(std::max_align_t) > sizeof(std::size_t) ? alignof(std::max_align_t)
+                                                                                  : sizeof(std::size_t);
 
 std::size_t allocations = 0;
 std::size_t heapSize = 0;

@@ -35,14 +35,23 @@ TEST(DeliveryTest, A8BitDocumentForAWideObserver) {
          "\xD0\x96<p t=\"\xE3\x81\x82\">\xF0\x9F\x98\x80</\xC3\xA9>",
          {"text(\\u0416)", "start(|p|{ |t|=|\"\\u3042\"}|)", "text(\\uD83D\\uDE00)", "end(|\\u00E9|||)"}},
         {"UTF-8, what is invalid", 65001, "a\xFF<b c=\xE3\x81>", {"text(a\\uFFFD)", "start(|b|{ |c|=|\\uFFFD}|)"}},
-        {"932, with a second byte that is a backslash", 932, "\x83\x5C<a b='\x82\xA0'>", {"text(\\u30BD)", "start(|a|{ |b|=|'\\u3042'}|)"}},
+        {"932, with a second byte that is a backslash",
+         932,
+         "\x83\x5C<a b='\x82\xA0'>",
+         {"text(\\u30BD)", "start(|a|{ |b|=|'\\u3042'}|)"}},
         {"1251", 1251, "\xC6<\xE6>", {"text(\\u0416)", "start(|\\u0436||)"}},
         {"20866", 20866, "\xF6", {"text(\\u0416)"}},
-        {"1200 read as bytes: pairs make a character, an odd last byte none", 1200, "a\x30<bc>", {"text(\\u3061)", "start(|\\u6362||)"}},
+        {"1200 read as bytes: pairs make a character, an odd last byte none",
+         1200,
+         "a\x30<bc>",
+         {"text(\\u3061)", "start(|\\u6362||)"}},
         {"28591", 28591, "\x80\xE9", {"text(\\u0080\\u00E9)"}},
         {"20127: bytes from 128 up have no meaning", 20127, "a\xE9", {"text(a\\uFFFD)"}},
         {"0 means 1252", 0, "\x80", {"text(\\u20AC)"}},
-        {"NULs are kept", 1252, std::string("a\0b\0<c d='\0'>\0", 14), {"text(a\\x00b\\x00)", "start(|c|{ |d|=|'\\x00'}|)", "text(\\x00)"}},
+        {"NULs are kept",
+         1252,
+         std::string("a\0b\0<c d='\0'>\0", 14),
+         {"text(a\\x00b\\x00)", "start(|c|{ |d|=|'\\x00'}|)", "text(\\x00)"}},
         {"every field of a start tag",
          1252,
          "< \xE9 \xE8 \xEA = '\xEB' \n>",
@@ -51,14 +60,23 @@ TEST(DeliveryTest, A8BitDocumentForAWideObserver) {
          1252,
          "< \xE9 \xE8 \xEA\t=\t'\xEB' />",
          {"short( |\\u00E9|{ |\\u00E8}{ |\\u00EA|\\t=\\t|'\\u00EB'}| )"}},
-        {"every field of an end tag", 1252, "</ \xE9\t\xE8 = \"\xEB\" />", {"end( |\\u00E9|\\t|{|\\u00E8| = |\"\\u00EB\"}| , slash)"}},
+        {"every field of an end tag",
+         1252,
+         "</ \xE9\t\xE8 = \"\xEB\" />",
+         {"end( |\\u00E9|\\t|{|\\u00E8| = |\"\\u00EB\"}| , slash)"}},
         {"an end tag that is not closed", 1252, "</\xE9<a>", {"end(|\\u00E9|||, open)", "start(|a||)"}},
         {"script strings",
          1252,
          "<script>'\xE9'\"\xE8\"\xEA",
          {"start(|script||)", "js-start", "s-string(\\u00E9)", "d-string(\\u00E8)", "text(\\u00EA)"}},
-        {"a comment, and one that is open", 1252, "<!--\xE9--><!--\x80", {"comment(\\u00E9)", "comment(\\u20AC, open)"}},
-        {"CDATA sections", 1252, "<![cdata[\xE9]]><![CDATA[\x80]]x", {"cdata(cdata|[\\u00E9)", "cdata(CDATA|[\\u20AC]], open)", "text(x)"}},
+        {"a comment, and one that is open",
+         1252,
+         "<!--\xE9--><!--\x80",
+         {"comment(\\u00E9)", "comment(\\u20AC, open)"}},
+        {"CDATA sections",
+         1252,
+         "<![cdata[\xE9]]><![CDATA[\x80]]x",
+         {"cdata(cdata|[\\u00E9)", "cdata(CDATA|[\\u20AC]], open)", "text(x)"}},
         {"conditional sections",
          1252,
          "<![if \xE9]><![endif]><![IF \x80",
@@ -117,13 +135,16 @@ TEST(DeliveryTest, AWideDocumentForAn8BitObserver) {
          {"text(a\\x00\\xFD\\xFF\\x00\\xD8\\x00\\xDC\\x01\\xDC)"}},
         {"script strings",
          KESTRA_WIDE("<script>'\u00E9'\"\u0416\""),
-         {"start(|s\\x00c\\x00r\\x00i\\x00p\\x00t\\x00||)", "js-start", "s-string(\\xE9\\x00)", "d-string(\\x16\\x04)"}},
+         {"start(|s\\x00c\\x00r\\x00i\\x00p\\x00t\\x00||)", "js-start", "s-string(\\xE9\\x00)",
+          "d-string(\\x16\\x04)"}},
         {"a NUL", WideString(KESTRA_WIDE("a\0b"), 3), {"text(a\\x00\\x00\\x00b\\x00)"}},
         {"a comment", KESTRA_WIDE("<!--\u0416-->"), {"comment(\\x16\\x04)"}},
         {"a CDATA section",
          KESTRA_WIDE("<![CDATA \u0416]]x"),
          {"cdata(C\\x00D\\x00A\\x00T\\x00A\\x00| \\x00\\x16\\x04]\\x00]\\x00, open)", "text(x\\x00)"}},
-        {"a conditional section", KESTRA_WIDE("<![if \u0416"), {"conditional(i\\x00f\\x00| \\x00\\x16\\x04|, no-bracket, open)"}},
+        {"a conditional section",
+         KESTRA_WIDE("<![if \u0416"),
+         {"conditional(i\\x00f\\x00| \\x00\\x16\\x04|, no-bracket, open)"}},
         {"a declaration", KESTRA_WIDE("<! a \u0416 >"), {"entity( \\x00|a\\x00|{ \\x00|\\x16\\x04}| \\x00)"}},
         {"an XML declaration",
          KESTRA_WIDE("<? xml b='\u0416' />"),
@@ -131,8 +152,8 @@ TEST(DeliveryTest, AWideDocumentForAn8BitObserver) {
         {"a processing instruction", KESTRA_WIDE("<?\u0416>"), {"extern-text(<\\x00?\\x00\\x16\\x04>\\x00)"}},
         {"script comments",
          KESTRA_WIDE("<script>/*\u0416*///\u00E9\n"),
-         {"start(|s\\x00c\\x00r\\x00i\\x00p\\x00t\\x00||)", "js-start", "c-comment(\\x16\\x04)", "cpp-comment(\\xE9\\x00)",
-          "text(\\n\\x00)"}},
+         {"start(|s\\x00c\\x00r\\x00i\\x00p\\x00t\\x00||)", "js-start", "c-comment(\\x16\\x04)",
+          "cpp-comment(\\xE9\\x00)", "text(\\n\\x00)"}},
     };
     for (const Row& row : rows) {
         for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
@@ -156,25 +177,27 @@ TEST(DeliveryTest, JunkCrossesUnconverted) {
         DocumentSettings settings = SettingsFor(NARROW_TO_WIDE, Feed::STREAM, charset);
         settings.detectCharsetErrors = true;
         const DocumentRun run = ParseDocument("<\xFF / >\xC3\xA9", {}, settings);
-        EXPECT_EQ(run.Lines(),
-                  Join({"start-parsing", Trace::FormatCharset(charset), "junk(<\\xFF / )", "junk(>\\xC3\\xA9)", "end-parsing"}));
+        EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(charset), "junk(<\\xFF / )",
+                                     "junk(>\\xC3\\xA9)", "end-parsing"}));
         EXPECT_FALSE(run.hasCharsetErrors);
     }
-    const DocumentRun run = ParseDocument(WideStringView(KESTRA_WIDE("<\u3042")), {}, SettingsFor(WIDE_TO_NARROW, Feed::STREAM));
+    const DocumentRun run =
+        ParseDocument(WideStringView(KESTRA_WIDE("<\u3042")), {}, SettingsFor(WIDE_TO_NARROW, Feed::STREAM));
     EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0)", "end-parsing"}));
 }
 
 TEST(DeliveryTest, WithoutAConverterOnlyTheEventsArrive) {
     const DocumentRun run = ParseDocument(EVERY_CALLBACK, {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM, 4711));
-    EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(4711)", "js-start", "js-end", "css-start", "css-end", "junk(<i j / )", "junk(>)",
-                                 "end-parsing"}));
+    EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(4711)", "js-start", "js-end", "css-start", "css-end",
+                                 "junk(<i j / )", "junk(>)", "end-parsing"}));
     EXPECT_EQ(run.parseResult, 0U);
     EXPECT_EQ(run.endResult, 0U);
     EXPECT_EQ(run.column, std::string_view(EVERY_CALLBACK).size() + 1);
     EXPECT_EQ(run.conversionError, static_cast<std::uint32_t>(RESULT_UNSUPPORTED_CHARSET));
 
     // An 8-bit observer needs none.
-    const DocumentRun unconverted = ParseDocument(EVERY_CALLBACK, {}, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, 4711));
+    const DocumentRun unconverted =
+        ParseDocument(EVERY_CALLBACK, {}, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, 4711));
     EXPECT_EQ(unconverted.Lines(), Join(WholeTrace(EVERY_CALLBACK_TOKENS, NARROW_TO_NARROW, 4711)));
     EXPECT_EQ(unconverted.conversionError, 0U);
 }
@@ -196,8 +219,8 @@ constexpr std::uint32_t CONVERSION_CODE = 815;
 int conversions = 0;
 std::vector<StringNS::CharSet::Code> conversionCodes;
 
-std::uint32_t ToWideOrFail(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
-                           WideString* output) {
+std::uint32_t ToWideOrFail(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data,
+                           std::uint64_t size, WideString* output) {
     ++conversions;
     conversionCodes.push_back(code);
     if (std::string_view(data, static_cast<std::size_t>(size)).find(FAILING) != std::string_view::npos)
@@ -205,11 +228,12 @@ std::uint32_t ToWideOrFail(StringNS::CharSetConverter* converter, StringNS::Char
     return Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
 }
 
-std::uint32_t FromWideOrFail(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data, std::uint64_t size,
-                             std::string* output) {
+std::uint32_t FromWideOrFail(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
+                             std::uint64_t size, std::string* output) {
     ++conversions;
     conversionCodes.push_back(code);
-    if (WideStringView(data, static_cast<std::size_t>(size)).find(static_cast<WideChar>(FAILING)) != WideStringView::npos)
+    if (WideStringView(data, static_cast<std::size_t>(size)).find(static_cast<WideChar>(FAILING)) !=
+        WideStringView::npos)
         return CONVERSION_CODE;
     return Base::PLATFORM_SERVICES.fromWide(converter, code, data, size, output);
 }
@@ -243,7 +267,9 @@ TEST(DeliveryTest, AFailedConversionSkipsOneCallback) {
         {"script comments",
          "<script>/*!*//*a*///!\n//b\n",
          {"start(|script||)", "js-start", "c-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
-        {"a script begins although its tag is skipped", "<script a=!>'<'</script b=!>'", {"js-start", "s-string(<)", "js-end", "text(')"}},
+        {"a script begins although its tag is skipped",
+         "<script a=!>'<'</script b=!>'",
+         {"js-start", "s-string(<)", "js-end", "text(')"}},
         {"a style too", "<style a=!>'<'</style b=!>'", {"css-start", "s-string(<)", "css-end", "text(')"}},
     };
     const Base::Services services = FailingConverters();
@@ -306,14 +332,14 @@ std::uint32_t LackMemoryFor(const Text& text) {
     return RESULT_OUT_OF_MEMORY;
 }
 
-std::uint32_t ToWideOrLackMemory(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data, std::uint64_t size,
-                                 WideString* output) {
+std::uint32_t ToWideOrLackMemory(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const char* data,
+                                 std::uint64_t size, WideString* output) {
     const std::uint32_t result = LackMemoryFor(std::string_view(data, static_cast<std::size_t>(size)));
     return result != RESULT_OK ? result : Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
 }
 
-std::uint32_t FromWideOrLackMemory(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code, const WideChar* data,
-                                   std::uint64_t size, std::string* output) {
+std::uint32_t FromWideOrLackMemory(StringNS::CharSetConverter* converter, StringNS::CharSet::Code code,
+                                   const WideChar* data, std::uint64_t size, std::string* output) {
     const std::uint32_t result = LackMemoryFor(WideStringView(data, static_cast<std::size_t>(size)));
     return result != RESULT_OK ? result : Base::PLATFORM_SERVICES.fromWide(converter, code, data, size, output);
 }
@@ -358,7 +384,8 @@ TEST(DeliveryTest, WantOfMemoryLosesATokenAndIsTheAnswerOfTheCall) {
             };
             const auto start = [&] {
                 lines.clear();
-                parser.StartParse(1252, route.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+                parser.StartParse(1252,
+                                  route.wideInput ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
             };
             start();
             EXPECT_EQ(feed("a<b>"), 0U);
@@ -369,7 +396,8 @@ TEST(DeliveryTest, WantOfMemoryLosesATokenAndIsTheAnswerOfTheCall) {
             EXPECT_EQ(feed("!"), 0U) << "text is pending";
             EXPECT_EQ(parser.EndParse(), 8U);
             EXPECT_EQ(Join(Comparable(lines, route)),
-                      Join(WholeTrace({"text(a)", "start(|b||)", "text(d)", "start(|e||)", "text(f)", "start(|g||)"}, route)));
+                      Join(WholeTrace({"text(a)", "start(|b||)", "text(d)", "start(|e||)", "text(f)", "start(|g||)"},
+                                      route)));
             start();
             EXPECT_EQ(parser.GetConversionError(), 0U);
             EXPECT_EQ(feed("a<b>"), 0U);
@@ -397,7 +425,8 @@ TEST(DeliveryTest, WantOfMemoryLeavesTheStreamInUse) {
         auto stream = std::make_unique<VFS::MemoryInputStream>("!<a b / >c<i!><d");
         EXPECT_EQ(parser.ParseStream(owned ? stream.release() : stream.get(), owned), 8U);
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines), Join({"start-parsing", "charset(1252)", "junk(<a b / )", "junk(>c)", "junk(<d)", "end-parsing"}));
+        EXPECT_EQ(Join(lines),
+                  Join({"start-parsing", "charset(1252)", "junk(<a b / )", "junk(>c)", "junk(<d)", "end-parsing"}));
     }
 }
 
@@ -489,7 +518,7 @@ TEST(DeliveryTest, ACharsetErrorIsAReplacementInWhatAWideObserverGets) {
         {"beside an invalid byte in another string of the tag", 65001, "<a b='\xEF\xBF\xBD' c='\xFF'>", true},
         {"UTF-8, valid text", 65001, "\xC3\xA9\xF0\x9F\x98\x80", false},
         {"UTF-8, a character that the end of the token cuts", 65001, "\xC3<a>", true},
-        {"UTF-8, an invalid byte behind a NUL", 65001, std::string("\0\xFF", 2), true},
+        {"UTF-8, an invalid byte after a NUL", 65001, std::string("\0\xFF", 2), true},
         {"1252 has a character for every byte", 1252, "\x81\xFF\xEF\xBF\xBD", false},
         {"20127 has none from 128 up", 20127, "\x80", true},
         {"20127, the bytes EF BF BD are an error like any other", 20127, "\xEF\xBF\xBD", true},
@@ -556,7 +585,7 @@ TEST(DeliveryTest, CharsetErrorsBelongToOneDocument) {
 }
 
 TEST(DeliveryTest, ThePlaceInsideACallback) {
-    // The parser stands behind the token; behind text it has also read the character that ended it.
+    // The parser stands after the token; after text it has also read the character that ended it.
     struct Step {
         const char* line;
         std::uint64_t lineNumber;

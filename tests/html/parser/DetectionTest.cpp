@@ -33,7 +33,8 @@ struct DetectorScript {
 
 DetectorScript* script = nullptr;
 
-std::uint32_t DetectByScript(const void* data, std::uint64_t size, Base::DetectedCharset* detected, std::uint32_t* count) {
+std::uint32_t DetectByScript(const void* data, std::uint64_t size, Base::DetectedCharset* detected,
+                             std::uint32_t* count) {
     ++script->calls;
     script->data.assign(static_cast<const char*>(data), static_cast<std::size_t>(size));
     if (script->result != 0)
@@ -47,7 +48,8 @@ std::uint32_t DetectByScript(const void* data, std::uint64_t size, Base::Detecte
 /// Puts a scripted detector in place.
 class ScriptedDetector {
 public:
-    explicit ScriptedDetector(DetectorScript newScript) : running(std::move(newScript)), services(WithScript()), replacement(services) {
+    explicit ScriptedDetector(DetectorScript newScript)
+        : running(std::move(newScript)), services(WithScript()), replacement(services) {
         script = &running;
     }
 
@@ -158,7 +160,8 @@ TEST(DetectCharsetTest, TheStreamFormReadsUpTo16384BytesHoweverShortTheReadsAre)
         std::uint64_t size;
     };
     const Row rows[] = {
-        {16384, 0, 20000}, {1, 0, 20000}, {100, 0, 20000}, {5000, 0, 16384}, {7, 0, 300}, {7, 1000, 20000}, {16384, 19700, 20000},
+        {16384, 0, 20000}, {1, 0, 20000},    {100, 0, 20000},       {5000, 0, 16384},
+        {7, 0, 300},       {7, 1000, 20000}, {16384, 19700, 20000},
     };
     for (const Row& row : rows) {
         const ScriptedDetector detector(Answer(1251));
@@ -169,7 +172,8 @@ TEST(DetectCharsetTest, TheStreamFormReadsUpTo16384BytesHoweverShortTheReadsAre)
         EXPECT_EQ(parser.DetectCharset(&stream, &code), 0U);
         EXPECT_EQ(code, 1251U);
         const std::uint64_t expected = std::min<std::uint64_t>(row.size - row.start, 16384);
-        EXPECT_EQ(detector.running.data, text.substr(static_cast<std::size_t>(row.start), static_cast<std::size_t>(expected)));
+        EXPECT_EQ(detector.running.data,
+                  text.substr(static_cast<std::size_t>(row.start), static_cast<std::size_t>(expected)));
         std::uint64_t position = 0;
         EXPECT_EQ(stream.GetPosition(&position), 0U);
         EXPECT_EQ(position, row.start + expected);
@@ -244,7 +248,7 @@ Lines TokensOf(std::size_t size) {
     return {"start-parsing", "start(|p||)", "text(" + std::string(size - 7, 'x') + ")", "end(|p|||)"};
 }
 
-TEST(LateDetectionTest, TheDetectorsAnswersBehindAStream) {
+TEST(LateDetectionTest, TheDetectorsAnswersAfterAStream) {
     for (const AnswerRow& row : ANSWERS) {
         for (const bool owned : {false, true}) {
             SCOPED_TRACE(row.note);
@@ -332,7 +336,8 @@ TEST(LateDetectionTest, DataFedAgainWithoutStartParseUsesTheDetectedCharset) {
 }
 
 TEST(LateDetectionTest, StartingAgainWithTheDetectedCharset) {
-    for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_AUTO, GenericParser::DATA_STREAM_8BIT}) {
+    for (const GenericParser::DataStreamType type :
+         {GenericParser::DATA_STREAM_AUTO, GenericParser::DATA_STREAM_8BIT}) {
         const ScriptedDetector detector(Answer(1251));
         Lines lines;
         Trace::TraceObserver<WideChar, WideString> observer(&lines);
@@ -428,7 +433,7 @@ TEST(LateDetectionTest, AStreamThatCannotBeReadAgainIsNotDetected) {
     }
 }
 
-TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainBehindAnAnswerOfNoUse) {
+TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainAfterAnAnswerOfNoUse) {
     for (const bool owned : {false, true}) {
         const ScriptedDetector detector(Answer(20127));
         Lines lines;

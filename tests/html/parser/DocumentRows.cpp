@@ -24,7 +24,7 @@ std::size_t EscapedLength(std::string_view text, std::size_t index) {
     return text[index + 1] == 'x' ? 4 : text[index + 1] == 'u' ? 6 : 2;
 }
 
-/// The junk of an 8-bit document as the wide parser finds it: the high byte behind each low one.
+/// The junk of an 8-bit document as the wide parser finds it: the high byte after each low one.
 std::string WidenJunk(const std::string& line) {
     std::string widened(JUNK);
     for (std::size_t i = JUNK.size(); i + 1 < line.size();) {
@@ -36,7 +36,8 @@ std::string WidenJunk(const std::string& line) {
     return widened + ")";
 }
 
-/// The characters from 128 up as a wide observer sees them: those of Latin-1, which charset 1252 shares from A0 up.
+/// The characters from 128 up as a wide observer sees them: those of Latin-1, which charset 1252
+/// shares from A0 up.
 std::string WidenText(const std::string& line) {
     std::string widened;
     for (std::size_t i = 0; i < line.size();) {
@@ -77,7 +78,10 @@ std::string Unescape(std::string_view escaped) {
         if (length == 4)
             text.push_back(static_cast<char>(std::stoi(std::string(escaped.substr(i + 2, 2)), nullptr, 16)));
         else if (length == 2)
-            text.push_back(escaped[i + 1] == 'n' ? '\n' : escaped[i + 1] == 'r' ? '\r' : escaped[i + 1] == 't' ? '\t' : '\\');
+            text.push_back(escaped[i + 1] == 'n'   ? '\n'
+                           : escaped[i + 1] == 'r' ? '\r'
+                           : escaped[i + 1] == 't' ? '\t'
+                                                   : '\\');
         else
             text.push_back(escaped[i]);
         i += length;
@@ -180,7 +184,8 @@ void CheckRecovered(const BrokenRow& row, const Route& route, Feed feed, const C
     settings.selfCheck = checked ? HTML::GenericParser::SELF_CHECK_CRC : HTML::GenericParser::SELF_CHECK_OFF;
     const bool passes = !checked || PassesSelfCheck(row.input, row.tokens, route);
     const DocumentRun run = ParseBy(route, row.input, cuts, settings);
-    EXPECT_EQ(Join(Comparable(run.trace, route)), Join(passes ? WholeTrace(row.tokens, route) : OpenTrace(row.tokens, route)));
+    EXPECT_EQ(Join(Comparable(run.trace, route)),
+              Join(passes ? WholeTrace(row.tokens, route) : OpenTrace(row.tokens, route)));
     EXPECT_EQ(run.parseResult, 0U);
     EXPECT_EQ(run.endResult, passes ? 0U : 704U);
     ExpectPlace(row.input, run.line, run.column);
@@ -244,7 +249,8 @@ Lines WholeTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Cod
 }
 
 Lines Comparable(Lines lines, const Route& route) {
-    // An 8-bit observer of the wide parser sees the bytes of UTF-16; rows that look at those bytes themselves stand elsewhere.
+    // An 8-bit observer of the wide parser sees the bytes of UTF-16; rows that look at those bytes
+    // themselves stand elsewhere.
     if (route.wideInput && route.observed == Observed::NARROW)
         std::transform(lines.begin(), lines.end(), lines.begin(), WithoutZeros);
     return lines;
@@ -257,8 +263,8 @@ std::string WrittenBack(std::string_view latin1, const Lines& tokens, const Rout
         for (const std::string& token : tokens) {
             if (IsHeard(token, route) || !IsLineComment(token))
                 continue;
-            const std::string comment =
-                "//" + Unescape(std::string_view(token).substr(LINE_COMMENT.size(), token.size() - LINE_COMMENT.size() - 1));
+            const std::string comment = "//" + Unescape(std::string_view(token).substr(
+                                                   LINE_COMMENT.size(), token.size() - LINE_COMMENT.size() - 1));
             next = text.find(comment, next);
             text.erase(next, comment.size());
         }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "html/framework/TokenObserver.h"
 #include "tests/support/DocumentRun.h"
 #include "tests/support/Splits.h"
 #include "tools/trace/TokenTrace.h"
@@ -32,29 +33,34 @@ inline constexpr Route WIDE_TO_WIDE{"wide parser, wide observer", true, Observed
 inline constexpr Route WIDE_TO_NARROW{"wide parser, 8-bit observer", true, Observed::NARROW};
 inline constexpr Route ROUTES[] = {NARROW_TO_NARROW, NARROW_TO_WIDE, WIDE_TO_WIDE, WIDE_TO_NARROW};
 
-/// A document in which every construct is whole: the same tokens whatever feeds it and wherever it is cut.
+/// A document in which every construct is whole: the same tokens whatever feeds it and wherever it
+/// is cut.
 struct DocumentRow {
     const char* note;
     std::string input;  ///< Latin-1
-    Lines tokens;       ///< between the charset and the end of parsing, as the 8-bit parser makes them, line comments included
+    Lines
+        tokens;  ///< between the charset and the end of parsing, as the 8-bit parser makes them, line comments included
     StringNS::CharSet::Code charset = 1252;
     HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
 };
 
-/// A document with a construct that fails or stays open: junk when its bytes can be read again, a result code when they cannot.
+/// A document with a construct that fails or stays open: junk when its bytes can be read again, a
+/// result code when they cannot.
 struct BrokenRow {
     const char* note;
     std::string input;
     Lines tokens;               ///< read from a stream
     Lines tokensWithoutStream;  ///< fed by `ParseBuffer`, up to the failure
-    std::uint32_t parseResult;  ///< of the `ParseBuffer` that meets the failure, 0 when the end of the input is the failure
-    std::uint32_t endResult;    ///< of `EndParse` behind it
-    std::size_t uncut = 0;      ///< no cut falls here, between the two characters of an opener; 0 for no such place
+    std::uint32_t
+        parseResult;  ///< of the `ParseBuffer` that meets the failure, 0 when the end of the input is the failure
+    std::uint32_t endResult;  ///< of `EndParse` after it
+    std::size_t uncut = 0;    ///< no cut falls here, between the two characters of an opener; 0 for no such place
     HTML::GenericParser::ScriptMode scriptMode = HTML::GenericParser::SCRIPT_AS_TOKENS;
 };
 
-/// Checks tokens, results, place and the text written back by all routes: every split, fed by `ParseBuffer` and read from a stream.
-/// The uncut document and those in two pieces are parsed with the self-check.
+/// Checks tokens, results, place and the text written back by all routes: every split, fed by
+/// `ParseBuffer` and read from a stream. The uncut document and those in two pieces are parsed with
+/// the self-check.
 void CheckRow(const DocumentRow& row);
 void CheckRow(const BrokenRow& row);
 
@@ -70,11 +76,12 @@ void CheckRows(const Row (&rows)[N]) {
 /// The settings for a route: type 1 in `charset`, or type 2.
 DocumentSettings SettingsFor(const Route& route, Feed feed = Feed::BUFFER, StringNS::CharSet::Code charset = 1252);
 
-/// Parses Latin-1 text by a route; for the wide parser every byte becomes one character, and the cuts are in characters.
+/// Parses Latin-1 text by a route; for the wide parser every byte becomes one character, and the
+/// cuts are in characters.
 DocumentRun ParseBy(const Route& route, std::string_view latin1, const Cuts& cuts, const DocumentSettings& settings);
 
-/// The trace of a whole document: the tokens between the events that surround them. Line comments are left out for the 8-bit observer of
-/// the 8-bit parser, which is not given them.
+/// The trace of a whole document: the tokens between the events that surround them. Line comments
+/// are left out for the 8-bit observer of the 8-bit parser, which is not given them.
 /// @param tokens  as the 8-bit parser makes them in charset 1252
 Lines WholeTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Code charset = 1252);
 
@@ -84,128 +91,43 @@ Lines OpenTrace(const Lines& tokens, const Route& route, StringNS::CharSet::Code
 /// The lines by a route, in a form that can be compared with `WholeTrace`.
 Lines Comparable(Lines lines, const Route& route);
 
-/// The bytes that the tokens of an unchanged document are written back as by an observer of the parser's own flavour: those of the
-/// document without the line comments that it is not given, and of every body of a wide comment, CDATA or conditional section only the
-/// first half.
-/// @param tokens  as the 8-bit parser makes them; no other part of the document looks like one of their sections
+/// The bytes that the tokens of an unchanged document are written back as by an observer of the
+/// parser's own flavour: those of the document without the line comments that it is not given, and
+/// of every body of a wide comment, CDATA or conditional section only the first half.
+/// @param tokens  as the 8-bit parser makes them; no other part of the document looks like one of
+/// their sections
 std::string WrittenBack(std::string_view latin1, const Lines& tokens, const Route& route);
 
-/// True when the self-check of a route takes the tokens for what was read: always, unless the wide serializer halves a body.
+/// True when the self-check of a route takes the tokens for what was read: always, unless the wide
+/// serializer halves a body.
 bool PassesSelfCheck(std::string_view latin1, const Lines& tokens, const Route& route);
 
-/// A trace observer that calls back after each line it has written.
+/// Traces every callback, and then calls back.
 template <typename C, typename S>
-class HookedObserver : public Trace::TraceObserver<C, S> {
+class HookedObserver final : public HTML::CallbackObserver<HookedObserver<C, S>, C, S> {
 public:
-    using Base = Trace::TraceObserver<C, S>;
-
     /// @param target  borrowed
-    explicit HookedObserver(Lines* target) : Base(target), lines(target) {}
+    explicit HookedObserver(Lines* target) : tracer(target), lines(target) {}
 
     /// Called with the line of each callback, inside the callback.
     std::function<void(const std::string&)> hook;
 
-    void OnStartParsing() override {
-        Base::OnStartParsing();
-        CallHook();
-    }
-    void OnEndParsing() override {
-        Base::OnEndParsing();
-        CallHook();
-    }
-    void OnBOM(const void* bytes, std::uint64_t size) override {
-        Base::OnBOM(bytes, size);
-        CallHook();
-    }
-    void OnCharset(StringNS::CharSet::Code code) override {
-        Base::OnCharset(code);
-        CallHook();
-    }
-    void OnText(HTML::TextData<C, S>* data) override {
-        Base::OnText(data);
-        CallHook();
-    }
-    void OnCComment(HTML::CCommentData<C, S>* data) override {
-        Base::OnCComment(data);
-        CallHook();
-    }
-    void OnCPPComment(HTML::CPPCommentData<C, S>* data) override {
-        Base::OnCPPComment(data);
-        CallHook();
-    }
-    void OnSQuoteString(HTML::SQuoteStringData<C, S>* data) override {
-        Base::OnSQuoteString(data);
-        CallHook();
-    }
-    void OnDQuoteString(HTML::DQuoteStringData<C, S>* data) override {
-        Base::OnDQuoteString(data);
-        CallHook();
-    }
-    void OnStartTag(HTML::StartTagData<C, S>* data) override {
-        Base::OnStartTag(data);
-        CallHook();
-    }
-    void OnShortTag(HTML::ShortTagData<C, S>* data) override {
-        Base::OnShortTag(data);
-        CallHook();
-    }
-    void OnEndTag(HTML::EndTagData<C, S>* data) override {
-        Base::OnEndTag(data);
-        CallHook();
-    }
-    void OnCDATATag(HTML::CDATATagData<C, S>* data) override {
-        Base::OnCDATATag(data);
-        CallHook();
-    }
-    void OnConditionalTag(HTML::ConditionalTagData<C, S>* data) override {
-        Base::OnConditionalTag(data);
-        CallHook();
-    }
-    void OnCommentTag(HTML::CommentTagData<C, S>* data) override {
-        Base::OnCommentTag(data);
-        CallHook();
-    }
-    void OnEntityTag(HTML::EntityTagData<C, S>* data) override {
-        Base::OnEntityTag(data);
-        CallHook();
-    }
-    void OnExternTag(HTML::ExternTagData<C, S>* data) override {
-        Base::OnExternTag(data);
-        CallHook();
-    }
-    void OnJSTagStart() override {
-        Base::OnJSTagStart();
-        CallHook();
-    }
-    void OnJSTagEnd() override {
-        Base::OnJSTagEnd();
-        CallHook();
-    }
-    void OnCSSTagStart() override {
-        Base::OnCSSTagStart();
-        CallHook();
-    }
-    void OnCSSTagEnd() override {
-        Base::OnCSSTagEnd();
-        CallHook();
-    }
-    void OnJunkData(HTML::JunkData<C, S>* data) override {
-        Base::OnJunkData(data);
-        CallHook();
-    }
-
-private:
-    void CallHook() {
+    template <typename Call>
+    void OnCallback(Call call) {
+        call(&tracer);
         if (hook) {
             const std::string line = lines->back();
             hook(line);
         }
     }
 
+private:
+    Trace::TraceObserver<C, S> tracer;
     Lines* lines;
 };
 
-/// A document that makes every callback but that of a mark, when it is read from a stream. Its sections have empty bodies.
+/// A document that makes every callback but that of a mark, when it is read from a stream. Its
+/// sections have empty bodies.
 extern const char EVERY_CALLBACK[];
 
 /// Its trace from the first token to the last, line comments included.

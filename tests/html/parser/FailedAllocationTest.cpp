@@ -25,7 +25,8 @@ constexpr std::size_t TOO_MANY = 2000;
 GenericParser* feedingParser = nullptr;
 bool isNextBound = false;
 
-/// Counts its start tags. It has nothing to destroy, as an owned observer is freed without its destructor.
+/// Counts its start tags. It has nothing to destroy, as an owned observer is freed without its
+/// destructor.
 template <typename C, typename S>
 class TagCounter final : public HTML::ParserObserver<C, S> {
 public:
@@ -72,8 +73,8 @@ TYPED_TEST(OwnedObserverTest, ACallbackThatCannotBindAnotherOneKeepsItsOwn) {
         first->next = second;
         first->failing = failing;
         isNextBound = false;
-        // The callback of <b> binds the second one; what comes after it must reach an observer that lives. The first one is freed with the
-        // call that fed <b>, once it has been replaced.
+        // The callback of <b> binds the second one; what comes after it must reach an observer that
+        // lives. The first one is freed with the call that fed <b>, once it has been replaced.
         EXPECT_EQ(parser.ParseBuffer("<b>", 3), 0U);
         isBound = isNextBound;
         EXPECT_EQ(parser.ParseBuffer("<c><d>", 6), 0U);
@@ -121,7 +122,8 @@ struct Scene {
     }
 
     void Start() {
-        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
+                  0U);
     }
 
     /// @return the lines that it makes
@@ -145,7 +147,8 @@ constexpr char OF_SOURCE[] =
     "<p>A text that is longer than a short string<!-- a comment that is longer than a short string -->"
     "<a first-attribute-of-the-source='its value is longer than a short string' second-attribute-of-the-source";
 constexpr char OF_TARGET[] =
-    "<i a-long-attribute-of-the-target='a value that is longer than a short string'>Another text, as long as the first one</i"
+    "<i a-long-attribute-of-the-target='a value that is longer than a short string'>Another text, as long as the first "
+    "one</i"
     " third-attribute-of-the-target";
 constexpr char REST[] = "=value>";
 constexpr char SOURCE_DONE[] =
@@ -231,7 +234,7 @@ TEST(OwnedObserverAssignmentTest, AnOwnedObserverOutlivesAFailure) {
         auto source = std::make_unique<GenericParser>();
         source->SetObserver(ofSource, true);
         source->StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-        EXPECT_EQ(source->ParseBuffer("A text that is longer than a short string<s", 43), 0U);
+        EXPECT_EQ(source->ParseBuffer("A text that is longer than a short string<s-as-long-as-well", 59), 0U);
         GenericParser target;
         target.SetObserver(ofTarget, true);
         target.StartParse(1252, GenericParser::DATA_STREAM_8BIT);

@@ -13,7 +13,8 @@
 #include "platform/Services.h"
 #include "tests/support/TestStreams.h"
 
-// Calls in an unlucky order, streams that lie and observers that throw: nothing is read that is gone, and no token comes twice.
+// Calls in an unlucky order, streams that lie and observers that throw: nothing is read that is
+// gone, and no token comes twice.
 
 namespace Kestra::Test {
 namespace {
@@ -46,7 +47,8 @@ TEST(HazardTest, EveryErrorForgetsABorrowedStream) {
     };
     const Row rows[] = {
         {"a stream that is null", [](GenericParser* parser) { return parser->ParseStream(nullptr, false); }},
-        {"a file that does not exist", [](GenericParser* parser) { return parser->ParseFile(KESTRA_WIDE("/nonexistent/page.html")); }},
+        {"a file that does not exist",
+         [](GenericParser* parser) { return parser->ParseFile(KESTRA_WIDE("/nonexistent/page.html")); }},
         {"null data with a size", [](GenericParser* parser) { return parser->ParseBuffer(nullptr, 3); }},
     };
     for (const Row& row : rows) {

@@ -24,17 +24,23 @@ void CheckInIso2022(const DocumentRow (&rows)[N]) {
 
 TEST(Iso2022Test, Text) {
     const DocumentRow rows[] = {
-        {"markup characters in a run are text", "a\x1B$B<b>'\"/\x1B(Bc<d>", {"text(a\\x1B$B<b>'\"/\\x1B(Bc)", "start(|d||)"}},
+        {"markup characters in a run are text",
+         "a\x1B$B<b>'\"/\x1B(Bc<d>",
+         {"text(a\\x1B$B<b>'\"/\\x1B(Bc)", "start(|d||)"}},
         {"a run that begins the document", "\x1B$@<\x1B(J<a>", {"text(\\x1B$@<\\x1B(J)", "start(|a||)"}},
         {"the shorter designation completes first: the C is part of the run",
          "\x1B$(C<\x1B(B<a>",
          {"text(\\x1B$(C<\\x1B(B)", "start(|a||)"}},
         {"the designations with \")\"", "\x1B$)C<\x1B.F<a>", {"text(\\x1B$)C<\\x1B.F)", "start(|a||)"}},
         {"an escape that designates nothing", "\x1Bx<a>", {"text(\\x1Bx)", "start(|a||)"}},
-        {"a NUL behind an escape is kept", std::string("\x1B\0<a>", 5), {"text(\\x1B\\x00)", "start(|a||)"}},
-        {"NULs in a run are kept", std::string("\x1B$B\0<\x1B\0\x1B(B<a>", 13), {"text(\\x1B$B\\x00<\\x1B\\x00\\x1B(B)", "start(|a||)"}},
-        {"an escape in front of a tag takes the \"<\"", "\x1B<a>b<c>", {"text(\\x1B<a>b)", "start(|c||)"}},
-        {"a designation inside a run does not end it", "\x1B$B<\x1B$B>\x1B(B<a>", {"text(\\x1B$B<\\x1B$B>\\x1B(B)", "start(|a||)"}},
+        {"a NUL after an escape is kept", std::string("\x1B\0<a>", 5), {"text(\\x1B\\x00)", "start(|a||)"}},
+        {"NULs in a run are kept",
+         std::string("\x1B$B\0<\x1B\0\x1B(B<a>", 13),
+         {"text(\\x1B$B\\x00<\\x1B\\x00\\x1B(B)", "start(|a||)"}},
+        {"an escape before a tag takes the \"<\"", "\x1B<a>b<c>", {"text(\\x1B<a>b)", "start(|c||)"}},
+        {"a designation inside a run does not end it",
+         "\x1B$B<\x1B$B>\x1B(B<a>",
+         {"text(\\x1B$B<\\x1B$B>\\x1B(B)", "start(|a||)"}},
         {"a run that is not closed", "\x1B$B<a>", {"text(\\x1B$B<a>)"}},
         {"a document that ends in a designation", "a\x1B$", {"text(a\\x1B$)"}},
         {"a document that ends in a closing sequence", "\x1B$B<\x1B(", {"text(\\x1B$B<\\x1B()"}},
@@ -47,25 +53,33 @@ TEST(Iso2022Test, Text) {
 
 TEST(Iso2022Test, Attributes) {
     const DocumentRow rows[] = {
-        {"a run hides the quote of a double-quoted value", "<p a=\"\x1B$B\">\x1B(B\">", {"start(|p|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
+        {"a run hides the quote of a double-quoted value",
+         "<p a=\"\x1B$B\">\x1B(B\">",
+         {"start(|p|{ |a|=|\"\\x1B$B\">\\x1B(B\"}|)"}},
         {"in every double-quoted value",
          "<p a=\"\x1B$B\"\x1B(B\" b=\"\x1B$B\"\x1B(B\">",
          {"start(|p|{ |a|=|\"\\x1B$B\"\\x1B(B\"}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"also behind an attribute without a value", "<p a b=\"\x1B$B\"\x1B(B\">", {"start(|p|{ |a}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"also behind an empty value", "<p a='' b=\"\x1B$B\"\x1B(B\">", {"start(|p|{ |a|=|''}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"not right behind an unquoted value", "<p a=x b=\"\x1B$B\">", {"start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
-        {"but again behind the next one",
+        {"also after an attribute without a value",
+         "<p a b=\"\x1B$B\"\x1B(B\">",
+         {"start(|p|{ |a}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"also after an empty value",
+         "<p a='' b=\"\x1B$B\"\x1B(B\">",
+         {"start(|p|{ |a|=|''}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"not right after an unquoted value", "<p a=x b=\"\x1B$B\">", {"start(|p|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
+        {"but again after the next one",
          "<p a=x b='' c=\"\x1B$B\"\x1B(B\">",
          {"start(|p|{ |a|=|x}{ |b|=|''}{ |c|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"in the next tag too", "<p a=x><p b=\"\x1B$B\"\x1B(B\">", {"start(|p|{ |a|=|x}|)", "start(|p|{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
+        {"in the next tag too",
+         "<p a=x><p b=\"\x1B$B\"\x1B(B\">",
+         {"start(|p|{ |a|=|x}|)", "start(|p|{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
         {"in an end tag", "</p a=\"\x1B$B\"\x1B(B\">", {"end(|p| |{|a|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"in an end tag behind an unquoted value too",
+        {"in an end tag after an unquoted value too",
          "</p a=x b=\"\x1B$B\"\x1B(B\">",
          {"end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
         {"never in a single-quoted value", "<p a='\x1B$B'>\x1B(B", {"start(|p|{ |a|=|'\\x1B$B'}|)", "text(\\x1B(B)"}},
         {"nor in an unquoted one", "<p a=\x1B$B>\x1B(B", {"start(|p|{ |a|=|\\x1B$B}|)", "text(\\x1B(B)"}},
         {"nor in a name", "<p\x1B$B>", {"start(|p\\x1B$B||)"}},
-        {"a backslash in front of the escape protects nothing",
+        {"a backslash before the escape protects nothing",
          "<p a=\"\\\x1B$B\"\x1B(B\">",
          {"start(|p|{ |a|=|\"\\\\\\x1B$B\"\\x1B(B\"}|)"}},
         {"an escape that designates nothing", "<p a=\"\x1Bx\">", {"start(|p|{ |a|=|\"\\x1Bx\"}|)"}},
@@ -85,12 +99,20 @@ TEST(Iso2022Test, LongListsOfAttributes) {
     const std::string run = " b=\"\x1B$B\">\x1B(B\"";
     const std::string readRun = "{ |b|=|\"\\x1B$B\">\\x1B(B\"}";
     const DocumentRow rows[] = {
-        {"after nine empty values", "<p" + repeat(" a=''") + run + ">", {"start(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
-        {"after nine attributes without a value", "<p" + repeat(" a") + run + ">", {"start(|p|" + repeat("{ |a}") + readRun + "|)"}},
+        {"after nine empty values",
+         "<p" + repeat(" a=''") + run + ">",
+         {"start(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"after nine attributes without a value",
+         "<p" + repeat(" a") + run + ">",
+         {"start(|p|" + repeat("{ |a}") + readRun + "|)"}},
         {"in all of ten values", "<p" + repeat(run) + run + ">", {"start(|p|" + repeat(readRun) + readRun + "|)"}},
         {"in a short tag", "<p" + repeat(" a=''") + run + "/>", {"short(|p|" + repeat("{ |a|=|''}") + readRun + "|)"}},
-        {"in an end tag", "</p c=''" + repeat(" a=''") + run + ">", {"end(|p| |{|c|=|''}" + repeat("{ |a|=|''}") + readRun + "|)"}},
-        {"in an XML declaration", "<?xml" + repeat(" a=''") + run + "?>", {"extern(|xml|" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"in an end tag",
+         "</p c=''" + repeat(" a=''") + run + ">",
+         {"end(|p| |{|c|=|''}" + repeat("{ |a|=|''}") + readRun + "|)"}},
+        {"in an XML declaration",
+         "<?xml" + repeat(" a=''") + run + "?>",
+         {"extern(|xml|" + repeat("{ |a|=|''}") + readRun + "|)"}},
     };
     CheckInIso2022(rows);
 }
@@ -103,7 +125,7 @@ TEST(Iso2022Test, ScriptAndStyle) {
         {"a run in a double-quoted string",
          "<script>\"\x1B$B\"</script>\x1B(B\"</script>",
          {"start(|script||)", "js-start", "d-string(\\x1B$B\"</script>\\x1B(B)", "end(|script|||)", "js-end"}},
-        {"a backslash in front of the escape makes it content",
+        {"a backslash before the escape makes it content",
          "<script>\"\\\x1B$B\"</script>",
          {"start(|script||)", "js-start", "d-string(\\\\\\x1B$B)", "end(|script|||)", "js-end"}},
         {"a backslash at the end of a run escapes nothing",
@@ -114,7 +136,8 @@ TEST(Iso2022Test, ScriptAndStyle) {
          {"start(|script||)", "js-start", "s-string(\\x1B$B)", "end(|script|||)", "js-end"}},
         {"style",
          "<style>\"\x1B$B\"\x1B(B\"\x1B$B<\x1B(B</style>",
-         {"start(|style||)", "css-start", "d-string(\\x1B$B\"\\x1B(B)", "text(\\x1B$B<\\x1B(B)", "end(|style|||)", "css-end"}},
+         {"start(|style||)", "css-start", "d-string(\\x1B$B\"\\x1B(B)", "text(\\x1B$B<\\x1B(B)", "end(|style|||)",
+          "css-end"}},
         {"a foreign end tag",
          "<script></p a=\"\x1B$B\">\x1B(B\"></script>",
          {"start(|script||)", "js-start", "text(</p a=\"\\x1B$B\">\\x1B(B\">)", "end(|script|||)", "js-end"}},
@@ -127,21 +150,27 @@ TEST(Iso2022Test, DeclarationsAndInstructions) {
         {"in every double-quoted item of a declaration",
          "<!a \"\x1B$B\">\x1B(B\" \"\x1B$B\"\x1B(B\">",
          {"entity(|a|{ |\"\\x1B$B\">\\x1B(B\"}{ |\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"also behind a word", "<!a b \"\x1B$B\">\x1B(B\">", {"entity(|a|{ |b}{ |\"\\x1B$B\">\\x1B(B\"}|)"}},
+        {"also after a word", "<!a b \"\x1B$B\">\x1B(B\">", {"entity(|a|{ |b}{ |\"\\x1B$B\">\\x1B(B\"}|)"}},
         {"not in a single-quoted one", "<!a '\x1B$B'>\x1B(B", {"entity(|a|{ |'\\x1B$B'}|)", "text(\\x1B(B)"}},
         {"nor in a word", "<!a \x1B$B>\x1B(B", {"entity(|a|{ |\\x1B$B}|)", "text(\\x1B(B)"}},
         {"in every double-quoted value of an XML declaration",
          "<?xml a=\"\x1B$B\"?>\x1B(B\" b=\"\x1B$B\"\x1B(B\"?>",
          {"extern(|xml|{ |a|=|\"\\x1B$B\"?>\\x1B(B\"}{ |b|=|\"\\x1B$B\"\\x1B(B\"}|)"}},
-        {"also behind an attribute without a value",
+        {"also after an attribute without a value",
          "<?xml a b=\"\x1B$B\"?>\x1B(B\"?>",
          {"extern(|xml|{ |a}{ |b|=|\"\\x1B$B\"?>\\x1B(B\"}|)"}},
-        {"not right behind an unquoted value", "<?xml a=x b=\"\x1B$B\"?>", {"extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
+        {"not right after an unquoted value",
+         "<?xml a=x b=\"\x1B$B\"?>",
+         {"extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}|)"}},
         {"in every double-quoted string of an instruction",
          "<?a \"\x1B$B\"?>\x1B(B\"b\"\x1B$B\"?>\x1B(B\"?>",
          {"extern-text(<?a \"\\x1B$B\"?>\\x1B(B\"b\"\\x1B$B\"?>\\x1B(B\"?>)"}},
-        {"also behind a single-quoted one", "<?a 'b'\"\x1B$B\"?>\x1B(B\"?>", {"extern-text(<?a 'b'\"\\x1B$B\"?>\\x1B(B\"?>)"}},
-        {"a backslash in front of the escape makes it content", "<?a \"\\\x1B$B\"?>", {"extern-text(<?a \"\\\\\\x1B$B\"?>)"}},
+        {"also after a single-quoted one",
+         "<?a 'b'\"\x1B$B\"?>\x1B(B\"?>",
+         {"extern-text(<?a 'b'\"\\x1B$B\"?>\\x1B(B\"?>)"}},
+        {"a backslash before the escape makes it content",
+         "<?a \"\\\x1B$B\"?>",
+         {"extern-text(<?a \"\\\\\\x1B$B\"?>)"}},
         {"not in a single-quoted one of an instruction", "<?a '\x1B$B'?>", {"extern-text(<?a '\\x1B$B'?>)"}},
         {"nor outside of its strings", "<?a \x1B$B>\x1B(B", {"extern-text(<?a \\x1B$B>)", "text(\\x1B(B)"}},
     };
@@ -195,9 +224,10 @@ TEST(Iso2022Test, AWideObserverGetsTheCharacters) {
     const std::string input = "a\x1B$B$<\x1B(B<p t=\"\x1B$B$\"\x1B(B\">";
     for (const StringNS::CharSet::Code charset : {50221U, 50222U}) {
         ForEverySplit(input, [&](const Cuts& cuts) {
-            const DocumentRun run = ParseBy(NARROW_TO_WIDE, input, cuts, SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, charset));
-            EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(charset), "text(a\\u305C)", "start(|p|{ |t|=|\"\\u3042\"}|)",
-                                         "end-parsing"}));
+            const DocumentRun run =
+                ParseBy(NARROW_TO_WIDE, input, cuts, SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, charset));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(charset), "text(a\\u305C)",
+                                         "start(|p|{ |t|=|\"\\u3042\"}|)", "end-parsing"}));
         });
     }
 }
@@ -207,8 +237,10 @@ TEST(Iso2022Test, RunsThatAreOpenInJunk) {
     const std::string input = "<p a=\"\x1B$B\">";
     for (const StringNS::CharSet::Code charset : ISO_2022_CHARSETS) {
         ForEverySplit(input, [&](const Cuts& cuts) {
-            const DocumentRun run = ParseBy(NARROW_TO_NARROW, input, cuts, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, charset));
-            EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(charset), "junk(<p a=\"\\x1B$B\">)", "end-parsing"}));
+            const DocumentRun run =
+                ParseBy(NARROW_TO_NARROW, input, cuts, SettingsFor(NARROW_TO_NARROW, Feed::STREAM, charset));
+            EXPECT_EQ(run.Lines(),
+                      Join({"start-parsing", Trace::FormatCharset(charset), "junk(<p a=\"\\x1B$B\">)", "end-parsing"}));
         });
     }
 }

@@ -26,37 +26,52 @@ constexpr std::uint32_t HOST_CODE = 4711;  // a failure that only the host's str
 
 TEST(JunkRecoveryTest, ConstructsThatFail) {
     const BrokenRow rows[] = {
-        {"a slash and a blank behind an attribute",
+        {"a slash and a blank after an attribute",
          "x<a b / >y<c>",
          {"text(x)", "junk(<a b / )", "junk(>y)", "start(|c||)"},
          {"text(x)"},
          11,
          16},
-        {"the same behind a value", "<a b=1 / c>d", {"junk(<a b=1 / )", "junk(c>d)"}, {}, 11, 16},
+        {"the same after a value", "<a b=1 / c>d", {"junk(<a b=1 / )", "junk(c>d)"}, {}, 11, 16},
         {"a value that is a slash", "<a href=/>y", {"junk(<a href=/)", "junk(>y)"}, {}, 11, 16},
         {"a slash that is followed by a blank, not by \">\"", "<a b/ c>d", {"junk(<a b/ )", "junk(c>d)"}, {}, 11, 16},
         {"an end tag with a slash and a blank", "</div / >x", {"junk(</div / )", "junk(>x)"}, {}, 11, 16},
         {"an end tag with a value that is a slash", "</a b=/>x", {"junk(</a b=/)", "junk(>x)"}, {}, 11, 16},
-        {"a \"<!-\" without a second dash", "a<!-x>b<c>", {"text(a)", "junk(<!-)", "junk(x>b)", "start(|c||)"}, {"text(a)"}, 11, 16},
-        {"a \"<![\" with an unknown word", "a<![x[<c>", {"text(a)", "junk(<![x)", "junk([)", "start(|c||)"}, {"text(a)"}, 11, 16},
+        {"a \"<!-\" without a second dash",
+         "a<!-x>b<c>",
+         {"text(a)", "junk(<!-)", "junk(x>b)", "start(|c||)"},
+         {"text(a)"},
+         11,
+         16},
+        {"a \"<![\" with an unknown word",
+         "a<![x[<c>",
+         {"text(a)", "junk(<![x)", "junk([)", "start(|c||)"},
+         {"text(a)"},
+         11,
+         16},
         {"a \"<![\" without a word", "<![[x]]>", {"junk(<![)", "junk([x]]>)"}, {}, 11, 16},
         {"two failures in a row", "<!-<!-<a>", {"junk(<!-)", "junk(<!-)", "start(|a||)"}, {}, 11, 16},
-        {"junk behind junk up to the next \"<\"",
+        {"junk after junk up to the next \"<\"",
          "<a b / >1<a b / >2",
          {"junk(<a b / )", "junk(>1)", "junk(<a b / )", "junk(>2)"},
          {},
          11,
          16},
-        {"an end tag behind junk", "<a b / ></a>", {"junk(<a b / )", "junk(>)", "end(|a|||)"}, {}, 11, 16},
-        {"a script behind junk", "<!-<script>'", {"junk(<!-)", "start(|script||)", "js-start", "junk(')"}, {}, 11, 16},
-        {"text never comes right behind junk", "<!-x'y", {"junk(<!-)", "junk(x'y)"}, {}, 11, 16},
+        {"an end tag after junk", "<a b / ></a>", {"junk(<a b / )", "junk(>)", "end(|a|||)"}, {}, 11, 16},
+        {"a script after junk", "<!-<script>'", {"junk(<!-)", "start(|script||)", "js-start", "junk(')"}, {}, 11, 16},
+        {"text never comes right after junk", "<!-x'y", {"junk(<!-)", "junk(x'y)"}, {}, 11, 16},
         {"line feeds in junk are counted",
          "<a\nb\n/\n>\n\n<c>\n",
          {"junk(<a\\nb\\n/\\n)", "junk(>\\n\\n)", "start(|c||)", "text(\\n)"},
          {},
          11,
          16},
-        {"bytes from 128 up and backslashes", "<\xE9 \\ / >\xE9\\", {"junk(<\\xE9 \\\\ / )", "junk(>\\xE9\\\\)"}, {}, 11, 16},
+        {"bytes from 128 up and backslashes",
+         "<\xE9 \\ / >\xE9\\",
+         {"junk(<\\xE9 \\\\ / )", "junk(>\\xE9\\\\)"},
+         {},
+         11,
+         16},
     };
     CheckRows(rows);
 }
@@ -66,12 +81,12 @@ TEST(JunkRecoveryTest, ConstructsThatTheInputLeavesOpen) {
         {"a \"<\"", "a<", {"text(a)", "junk(<)"}, {"text(a)"}, 0, 16},
         {"only a \"<\"", "<", {"junk(<)"}, {}, 0, 16},
         {"a tag name", "<b", {"junk(<b)"}, {}, 0, 16},
-        {"a tag name behind a blank", "< b", {"junk(< b)"}, {}, 0, 16},
+        {"a tag name after a blank", "< b", {"junk(< b)"}, {}, 0, 16},
         {"an attribute", "x<div class=", {"text(x)", "junk(<div class=)"}, {"text(x)"}, 0, 16},
         {"a value", "<div class=a", {"junk(<div class=a)"}, {}, 0, 16},
         {"a quoted value", "<div class='a>\n</div>", {"junk(<div class='a>\\n</div>)"}, {}, 0, 16},
         {"a slash of a short tag", "<br /", {"junk(<br /)"}, {}, 0, 16},
-        {"a slash behind a name", "<br/", {"junk(<br/)"}, {}, 0, 16},
+        {"a slash after a name", "<br/", {"junk(<br/)"}, {}, 0, 16},
         {"an end tag without a name", "</", {"junk(</)"}, {}, 0, 16},
         {"an end tag", "<a></div", {"start(|a||)", "junk(</div)"}, {"start(|a||)"}, 0, 16},
         {"an end tag with a slash", "</div a /", {"junk(</div a /)"}, {}, 0, 16},
@@ -79,7 +94,7 @@ TEST(JunkRecoveryTest, ConstructsThatTheInputLeavesOpen) {
         {"a \"<!\"", "a<!", {"text(a)", "junk(<!)"}, {"text(a)"}, 0, 16},
         {"a \"<!-\"", "a<!-", {"text(a)", "junk(<!-)"}, {"text(a)"}, 0, 16},
         {"a \"<![\"", "a<![", {"text(a)", "junk(<![)"}, {"text(a)"}, 0, 16},
-        {"a word behind \"<![\"", "a<![cd", {"text(a)", "junk(<![cd)"}, {"text(a)"}, 0, 16},
+        {"a word after \"<![\"", "a<![cd", {"text(a)", "junk(<![cd)"}, {"text(a)"}, 0, 16},
     };
     CheckRows(rows);
 }
@@ -89,8 +104,8 @@ TEST(JunkRecoveryTest, WideJunkIsBytes) {
     for (const Route& route : {WIDE_TO_WIDE, WIDE_TO_NARROW}) {
         ForEverySplit(WideStringView(input), [&](const Cuts& cuts) {
             const DocumentRun run = ParseDocument(input, cuts, SettingsFor(route, Feed::STREAM));
-            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0 \\x00/\\x00 \\x00)", "junk(>\\x00\\xE9\\x00)",
-                                         "end-parsing"}));
+            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1200)", "junk(<\\x00B0 \\x00/\\x00 \\x00)",
+                                         "junk(>\\x00\\xE9\\x00)", "end-parsing"}));
         });
     }
 }
@@ -100,7 +115,8 @@ TEST(JunkRecoveryTest, NulsInJunkAreKept) {
     for (const Route& route : {NARROW_TO_NARROW, NARROW_TO_WIDE}) {
         ForEverySplit(input, [&](const Cuts& cuts) {
             const DocumentRun run = ParseBy(route, input, cuts, SettingsFor(route, Feed::STREAM));
-            EXPECT_EQ(run.Lines(), Join({"start-parsing", "charset(1252)", "junk(<a\\x00 b / )", "junk(\\x00>)", "end-parsing"}));
+            EXPECT_EQ(run.Lines(),
+                      Join({"start-parsing", "charset(1252)", "junk(<a\\x00 b / )", "junk(\\x00>)", "end-parsing"}));
         });
     }
 }
@@ -172,14 +188,17 @@ TEST(JunkRecoveryTest, ReadsAgainBy16384Bytes) {
 }
 
 TEST(JunkRecoveryTest, LongConstructsAreReadAgainInSeveralReads) {
-    // 40,000 characters: three reads of at most 16,384 bytes, and pieces of the same size in between.
+    // 40,000 characters: three reads of at most 16,384 bytes, and pieces of the same size in
+    // between.
     const std::string value(40000, 'v');
     const std::string input = "x<a b='" + value + "' / >y<c>";
     for (const Route& route : ROUTES) {
         SCOPED_TRACE(route.name);
         for (const Feed feed : {Feed::STREAM, Feed::OWNED_STREAM}) {
             DocumentSettings settings = SettingsFor(route, feed);
-            settings.makeStream = [](const std::string& bytes, const Cuts&) { return std::make_unique<VFS::MemoryInputStream>(bytes); };
+            settings.makeStream = [](const std::string& bytes, const Cuts&) {
+                return std::make_unique<VFS::MemoryInputStream>(bytes);
+            };
             const DocumentRun run = ParseBy(route, input, {}, settings);
             EXPECT_EQ(Join(Comparable(run.trace, route)),
                       Join(WholeTrace({"text(x)", "junk(<a b='" + value + "' / )", "junk(>y)", "start(|c||)"}, route)));
@@ -195,15 +214,19 @@ TEST(JunkRecoveryTest, LongOpenConstructsAreKeptFromAnOwnedStream) {
     for (const Route& route : ROUTES) {
         SCOPED_TRACE(route.name);
         DocumentSettings settings = SettingsFor(route, Feed::OWNED_STREAM);
-        settings.makeStream = [](const std::string& bytes, const Cuts&) { return std::make_unique<VFS::MemoryInputStream>(bytes); };
+        settings.makeStream = [](const std::string& bytes, const Cuts&) {
+            return std::make_unique<VFS::MemoryInputStream>(bytes);
+        };
         const DocumentRun run = ParseBy(route, input, {}, settings);
-        EXPECT_EQ(Join(Comparable(run.trace, route)), Join(WholeTrace({"text(x)", "junk(<a b='" + value + ")"}, route)));
+        EXPECT_EQ(Join(Comparable(run.trace, route)),
+                  Join(WholeTrace({"text(x)", "junk(<a b='" + value + ")"}, route)));
         EXPECT_EQ(run.endResult, 0U);
     }
 }
 
 TEST(JunkRecoveryTest, OffsetsCountFromTheStartOfTheStream) {
-    // The stream stands behind 1,000 bytes that are not part of the document, or its first byte has a high offset.
+    // The stream stands after 1,000 bytes that are not part of the document, or its first byte has
+    // a high offset.
     const std::string document = "ab<c d / >e<f g='";
     const Lines tokens = {"text(ab)", "junk(<c d / )", "junk(>e)", "junk(<f g=')"};
     for (const Route& route : ROUTES) {
@@ -234,7 +257,7 @@ TEST(JunkRecoveryTest, OffsetsCountFromTheStartOfTheStream) {
     }
 }
 
-TEST(JunkRecoveryTest, OffsetsCountBehindAMark) {
+TEST(JunkRecoveryTest, OffsetsCountAfterAMark) {
     struct Row {
         const char* note;
         std::string bytes;
@@ -247,7 +270,8 @@ TEST(JunkRecoveryTest, OffsetsCountBehindAMark) {
         {"UTF-8", "\xEF\xBB\xBF" + document, "bom(EF BB BF)", NARROW_TO_NARROW},
         {"UTF-8 for a wide observer", "\xEF\xBB\xBF" + document, "bom(EF BB BF)", NARROW_TO_WIDE},
         {"UTF-16", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)", WIDE_TO_WIDE},
-        {"UTF-16 for an 8-bit observer", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)", WIDE_TO_NARROW},
+        {"UTF-16 for an 8-bit observer", "\xFF\xFE" + ToUtf16LE(std::string_view(document)), "bom(FF FE)",
+         WIDE_TO_NARROW},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
@@ -273,7 +297,8 @@ TEST(JunkRecoveryTest, OffsetsCountBehindAMark) {
 
 /// A parser with a trace, for tests that feed it step by step.
 struct Bench {
-    explicit Bench(StringNS::CharSet::Code charset = 1252, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
+    explicit Bench(StringNS::CharSet::Code charset = 1252,
+                   GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
         : observer(&lines) {
         parser.SetObserver(&observer, false);
         EXPECT_EQ(parser.StartParse(charset, type), 0U);
@@ -296,7 +321,7 @@ struct Bench {
     GenericParser parser;
 };
 
-TEST(JunkRecoveryTest, AHostsPieceBehindAStreamCannotBeReadAgain) {
+TEST(JunkRecoveryTest, AHostsPieceAfterAStreamCannotBeReadAgain) {
     Bench bench;
     VFS::MemoryInputStream stream("x<a b");
     EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
@@ -318,7 +343,7 @@ TEST(JunkRecoveryTest, AnOpenConstructThatReachesIntoAHostsPieceCannotBeReadAgai
     }
 }
 
-TEST(JunkRecoveryTest, AnEmptyPieceBehindAStreamChangesNothing) {
+TEST(JunkRecoveryTest, AnEmptyPieceAfterAStreamChangesNothing) {
     for (const bool owned : {false, true}) {
         Bench bench;
         auto stream = std::make_unique<VFS::MemoryInputStream>("x<a b");
@@ -347,7 +372,7 @@ TEST(JunkRecoveryTest, AConstructThatBeganInAHostsPieceCannotBeReadAgain) {
     EXPECT_EQ(open.Take(), "text(x)\n");
 }
 
-TEST(JunkRecoveryTest, AConstructThatBeginsBehindAHostsPieceIsReadAgain) {
+TEST(JunkRecoveryTest, AConstructThatBeginsAfterAHostsPieceIsReadAgain) {
     Bench bench;
     EXPECT_EQ(bench.Feed("xyz<b>"), 0U);
     VFS::MemoryInputStream stream("x<a b / >y<c");
@@ -367,10 +392,13 @@ TEST(JunkRecoveryTest, TwoStreamsInOneDocument) {
             EXPECT_EQ(bench.parser.ParseStream(owned ? first.release() : first.get(), owned), 0U);
             EXPECT_EQ(bench.parser.ParseStream(owned ? second.release() : second.get(), owned), 0U);
             EXPECT_EQ(bench.parser.EndParse(), 0U);
-            EXPECT_EQ(bench.Take(), "text(a)\njunk(<b / )\njunk(>c)\nstart(|d||)\ntext(e)\njunk(<f / )\njunk(>g)\njunk(<h)\nend-parsing\n");
+            EXPECT_EQ(
+                bench.Take(),
+                "text(a)\njunk(<b / )\njunk(>c)\nstart(|d||)\ntext(e)\njunk(<f / )\njunk(>g)\njunk(<h)\nend-parsing\n");
         }
         {
-            // A construct that reaches from one stream into the other is parsed, but cannot be read again.
+            // A construct that reaches from one stream into the other is parsed, but cannot be read
+            // again.
             Bench bench;
             auto first = std::make_unique<VFS::MemoryInputStream>("a<b c");
             auto second = std::make_unique<VFS::MemoryInputStream>("=d><e f");
@@ -396,7 +424,8 @@ TEST(JunkRecoveryTest, TwoStreamsInOneDocument) {
 }
 
 TEST(JunkRecoveryTest, AnEmptySecondStreamLeavesAnOpenConstructAlone) {
-    // The junk may still come from the first stream, or not at all; what never comes is the junk of the wrong stream.
+    // The junk may still come from the first stream, or not at all; what never comes is the junk of
+    // the wrong stream.
     Bench bench;
     VFS::MemoryInputStream first("a<b c");
     VFS::MemoryInputStream second("");
@@ -501,17 +530,18 @@ StreamRun RunStream(std::unique_ptr<FaultyInputStream> stream, bool owned, Strin
     run.destructionsBeforeEnd = run.destructions;
     run.endResult = bench.parser.EndParse();
     run.lines = bench.Take();
-    // A borrowed stream is not needed behind `EndParse`.
+    // A borrowed stream is not needed after `EndParse`.
     stream.reset();
     return run;
 }
 
-std::unique_ptr<FaultyInputStream> MakeFaulty(const std::string& bytes, std::uint64_t pieceSize = GenericParser::BUFFER_SIZE) {
+std::unique_ptr<FaultyInputStream> MakeFaulty(const std::string& bytes,
+                                              std::uint64_t pieceSize = GenericParser::BUFFER_SIZE) {
     return std::make_unique<FaultyInputStream>(
         std::make_unique<BoundedInputStream>(bytes, OnlyFrom(GenericParser::BUFFER_SIZE, AtMost(pieceSize))));
 }
 
-/// A document and the lines in front of the construct that would have to be read again.
+/// A document and the lines before the construct that would have to be read again.
 struct Started {
     const char* bytes;
     const char* lines;
@@ -536,8 +566,8 @@ TEST(JunkRecoveryTest, AFailureWhileReadingAgainLeavesTheRecognizersCode) {
         const char* note;
         void (*spoil)(FaultyInputStream*);
     };
-    // The first read is the piece, the second one reads the construct again. The first seek goes to the construct, the second one back.
-    // The first position is that of the piece.
+    // The first read is the piece, the second one reads the construct again. The first seek goes to
+    // the construct, the second one back. The first position is that of the piece.
     const Row rows[] = {
         {"the position cannot be remembered", [](FaultyInputStream* stream) { stream->FailGetPosition(2, HOST_CODE); }},
         {"the seek to the construct fails", [](FaultyInputStream* stream) { stream->FailSeek(1, HOST_CODE); }},
@@ -574,7 +604,8 @@ TEST(JunkRecoveryTest, AFailureWhileReadingAgainAtTheEndLeaves16) {
         void (*spoil)(FaultyInputStream*);
     };
     const Row rows[] = {
-        {"the position cannot be remembered", [](FaultyInputStream* stream) { stream->FailGetPositionsFrom(2, HOST_CODE); }},
+        {"the position cannot be remembered",
+         [](FaultyInputStream* stream) { stream->FailGetPositionsFrom(2, HOST_CODE); }},
         {"the seek to the construct fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(1, HOST_CODE); }},
         {"the read fails", [](FaultyInputStream* stream) { stream->FailReadsFrom(2, HOST_CODE); }},
         {"the seek back fails", [](FaultyInputStream* stream) { stream->FailSeeksFrom(2, HOST_CODE); }},
@@ -639,7 +670,8 @@ TEST(JunkRecoveryTest, APieceWithoutAPositionCannotBeReadAgain) {
 }
 
 TEST(JunkRecoveryTest, APieceWithoutAPositionDoesNotDisturbOtherPieces) {
-    // Pieces of five characters: "<a b>", "text ", "<c / ", ">". The second piece holds no construct.
+    // Pieces of five characters: "<a b>", "text ", "<c / ", ">". The second piece holds no
+    // construct.
     std::unique_ptr<FaultyInputStream> stream = MakeFaulty("<a b>text <c / >", 5);
     stream->FailGetPosition(2, HOST_CODE);
     const StreamRun run = RunStream(std::move(stream), false);
@@ -649,7 +681,8 @@ TEST(JunkRecoveryTest, APieceWithoutAPositionDoesNotDisturbOtherPieces) {
 }
 
 TEST(JunkRecoveryTest, APieceInTheMiddleOfAConstructNeedsNoPosition) {
-    // Pieces of three characters; the construct begins in the first piece, passes through the second and fails in the third.
+    // Pieces of three characters; the construct begins in the first piece, passes through the
+    // second and fails in the third.
     std::unique_ptr<FaultyInputStream> stream = MakeFaulty("<a b / >", 3);
     stream->FailGetPosition(2, HOST_CODE);
     const StreamRun run = RunStream(std::move(stream), false);
@@ -683,7 +716,8 @@ TEST(JunkRecoveryTest, AnEmptyReadDoesNotMoveThePiece) {
         stream->ReadNothing(call);
         const StreamRun run = RunStream(std::move(stream), false);
         if (call == 4) {
-            // The fourth read is the one that reads the construct again: nothing instead of seven bytes.
+            // The fourth read is the one that reads the construct again: nothing instead of seven
+            // bytes.
             EXPECT_EQ(run.parseResult, 11U);
             continue;
         }
@@ -693,10 +727,12 @@ TEST(JunkRecoveryTest, AnEmptyReadDoesNotMoveThePiece) {
     }
 }
 
-/// Delivers pieces, states any positions, and has as many bytes as are asked for when it has been repositioned.
+/// Delivers pieces, states any positions, and has as many bytes as are asked for when it has been
+/// repositioned.
 class LyingStream final : public VFS::InputStream {
 public:
-    LyingStream(std::vector<std::string> readPieces, std::vector<std::uint64_t> statedPositions, std::uint64_t* bytesReadAgain)
+    LyingStream(std::vector<std::string> readPieces, std::vector<std::uint64_t> statedPositions,
+                std::uint64_t* bytesReadAgain)
         : pieces(std::move(readPieces)), positions(std::move(statedPositions)), readAgain(bytesReadAgain) {}
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
@@ -753,7 +789,8 @@ TEST(JunkRecoveryTest, NoMoreIsReadAgainThanHasBeenFed) {
     for (const Row& row : rows) {
         for (const bool wide : {false, true}) {
             for (const bool owned : {false, true}) {
-                SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit") + (owned ? ", owned stream" : ", borrowed stream"));
+                SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit") +
+                             (owned ? ", owned stream" : ", borrowed stream"));
                 const std::uint64_t characterSize = wide ? 2 : 1;
                 std::vector<std::string> pieces = row.pieces;
                 std::vector<std::uint64_t> positions = row.positions;
@@ -863,13 +900,15 @@ TEST(JunkRecoveryTest, AfterAFailureTheNextDocumentIsSound) {
     VFS::MemoryInputStream stream("<script>'</b>'</script><a b / >");
     EXPECT_EQ(bench.parser.ParseStream(&stream, false), 0U);
     EXPECT_EQ(bench.parser.EndParse(), 0U);
-    EXPECT_EQ(bench.Take(),
-              "text(x)\nstart-parsing\ncharset(1252)\nstart(|script||)\njs-start\ns-string(</b>)\nend(|script|||)\njs-end\n"
-              "junk(<a b / )\njunk(>)\nend-parsing\n");
+    EXPECT_EQ(
+        bench.Take(),
+        "text(x)\nstart-parsing\ncharset(1252)\nstart(|script||)\njs-start\ns-string(</b>)\nend(|script|||)\njs-end\n"
+        "junk(<a b / )\njunk(>)\nend-parsing\n");
 }
 
 TEST(JunkRecoveryTest, WhateverFollowsAFailureHasACodeAndAnEnd) {
-    // Bytes fed behind a failure give a result code, and nothing but a new document is promised; nothing may break.
+    // Bytes fed after a failure give a result code, and nothing but a new document is promised;
+    // nothing may break.
     for (const char* const broken : {"<a b / >", "</a / >", "<!-x", "<![x[", "<!x<", "<?xml>", "<script>//<!-x"}) {
         for (const char* const more : {"x", ">", "<a>", "/", "'", "<", "</script>"}) {
             SCOPED_TRACE(std::string(broken) + " and then " + more);

@@ -21,8 +21,8 @@
 #include "tests/html/parser/RandomTokens.h"
 #include "tests/support/Flavours.h"
 
-// What a parser takes from the heap depends on the longest token and on the tag with the most attributes, not on the length of the
-// document.
+// What a parser takes from the heap depends on the longest token and on the tag with the most
+// attributes, not on the length of the document.
 
 namespace Kestra::Test {
 namespace {
@@ -41,7 +41,8 @@ constexpr std::uint64_t SHORT_STREAM_SIZE = STREAM_SIZE / 4;
 constexpr std::uint64_t LONG_STREAM_SIZE = 1024 * MIB;
 constexpr std::uint64_t LONG_STREAM_OF_LONG_TOKENS_SIZE = 256 * MIB;
 
-// Where the build is slow, a short stream does not have all pages, so that there is nothing to compare.
+// Where the build is slow, a short stream does not have all pages, so that there is nothing to
+// compare.
 constexpr bool COMPARES_PEAKS = SHORT_STREAM_SIZE >= 16 * MIB;
 
 constexpr std::uint64_t PIECE_SIZE = COMPARES_PEAKS ? 256 * MIB : STREAM_SIZE;
@@ -52,7 +53,8 @@ constexpr std::size_t SLACK = 64 * KIB;
 /// One part of a document, and what its tokens are bounded by.
 class Page {
 public:
-    /// @param attributes  how many the token has as written, before bare words become a part of a value
+    /// @param attributes  how many the token has as written, before bare words become a part of a
+    /// value
     Page& Add(std::string token, std::size_t attributes = 0) {
         longest = std::max(longest, token.size());
         most = std::max(most, attributes);
@@ -84,7 +86,8 @@ public:
     std::size_t most = 0;
 };
 
-/// A stream of a given length over pages of one size: each once, then in an order that does not repeat. It keeps nothing but the pages.
+/// A stream of a given length over pages of one size: each once, then in an order that does not
+/// repeat. It keeps nothing but the pages.
 class PagedStream final : public VFS::InputStream {
 public:
     /// Ends with the page that makes it at least `sizeOfStream` bytes long.
@@ -131,7 +134,8 @@ private:
     std::uint64_t position = 0;
 };
 
-/// A kind of document. No document has a token that is longer, or a tag with more attributes, than its pages say.
+/// A kind of document. No document has a token that is longer, or a tag with more attributes, than
+/// its pages say.
 struct Document {
     std::vector<std::string> pages;
     std::size_t longest = 0;
@@ -194,7 +198,8 @@ std::size_t BoundOfCopy(GenericParser::SelfCheck selfCheck) {
 
 /// @return the peak
 template <typename C, typename S>
-std::size_t CheckPeak(const char* flavour, const Document& document, std::uint64_t size, GenericParser::DataStreamType type,
+std::size_t CheckPeak(const char* flavour, const Document& document, std::uint64_t size,
+                      GenericParser::DataStreamType type,
                       GenericParser::SelfCheck selfCheck = GenericParser::SELF_CHECK_OFF) {
     SCOPED_TRACE(flavour);
     JunkCounter<C, S> counter;
@@ -206,9 +211,12 @@ std::size_t CheckPeak(const char* flavour, const Document& document, std::uint64
         parser->SetSelfCheck(selfCheck);
         EXPECT_EQ(parser->StartParse(1252, type), 0U);
         EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
-        // Not every random document comes back as it was: a section loses the part of its tail that lies in an earlier piece.
+        // Not every random document comes back as it was: a section loses the part of its tail that
+        // lies in an earlier piece.
         const std::uint32_t result = parser->EndParse();
-        EXPECT_TRUE(result == 0 || (result == HTML::PARSER_SELF_CHECK_FAILED && selfCheck != GenericParser::SELF_CHECK_OFF)) << result;
+        EXPECT_TRUE(result == 0 ||
+                    (result == HTML::PARSER_SELF_CHECK_FAILED && selfCheck != GenericParser::SELF_CHECK_OFF))
+            << result;
     });
     EXPECT_EQ(counter.count != 0, document.hasJunk) << counter.count;
     EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
@@ -306,11 +314,13 @@ Document OfJunk(std::string token, std::size_t attributes = 2) {
 }
 
 /// Adds random tokens up to a size. @param next  makes one of them
-void AddRandomTokens(Page* page, RandomTokens* tokens, std::string (RandomTokens::*next)(), std::size_t size, bool withJunk = false) {
+void AddRandomTokens(Page* page, RandomTokens* tokens, std::string (RandomTokens::*next)(), std::size_t size,
+                     bool withJunk = false) {
     constexpr std::size_t MOST_ATTRIBUTES = 40;
     while (page->text.size() < size) {
         const std::string token = (tokens->*next)();
-        const bool isElement = token.starts_with("<script") || token.starts_with("<style");  // several tokens, all short
+        const bool isElement =
+            token.starts_with("<script") || token.starts_with("<style");  // several tokens, all short
         page->Add(token.substr(0, isElement ? 0 : token.size()), MOST_ATTRIBUTES).AddAll(isElement ? token : "");
         if (withJunk)
             page->AddAll(tokens->NextJunk());
@@ -402,21 +412,21 @@ const Case MIXED[] = {
 const Case LONG_TOKENS[] = {
     {"Text", [] { return OfToken(Letters()); }, true},
     {"TagName", [] { return OfToken("<" + Letters() + ">"); }, true},
-    {"SpaceInFrontOfTagName", [] { return OfToken("<" + Blanks() + "a>"); }, true},
+    {"SpaceBeforeTagName", [] { return OfToken("<" + Blanks() + "a>"); }, true},
     {"SpaceAtTheEndOfATag", [] { return OfToken("<a a=b" + Blanks() + ">"); }, true},
     {"AttributeName", [] { return OfToken("<a " + Letters() + "=b>"); }, true},
     {"BareAttribute", [] { return OfToken("<a " + Letters() + ">"); }, true},
-    {"BareWordBehindAValue", [] { return OfToken("<a a=b " + Letters() + ">"); }, true},
-    {"SpaceInFrontOfAnAttribute", [] { return OfToken("<a" + Blanks() + "a=b>"); }, true},
-    {"SpaceInFrontOfEquals", [] { return OfToken("<a a" + Blanks() + "=b>"); }, true},
-    {"SpaceBehindEquals", [] { return OfToken("<a a=" + Blanks() + "b>"); }, true},
-    {"SpaceBehindABareAttribute", [] { return OfToken("<a a" + Blanks() + "b>"); }, true},
+    {"BareWordAfterAValue", [] { return OfToken("<a a=b " + Letters() + ">"); }, true},
+    {"SpaceBeforeAnAttribute", [] { return OfToken("<a" + Blanks() + "a=b>"); }, true},
+    {"SpaceBeforeEquals", [] { return OfToken("<a a" + Blanks() + "=b>"); }, true},
+    {"SpaceAfterEquals", [] { return OfToken("<a a=" + Blanks() + "b>"); }, true},
+    {"SpaceAfterABareAttribute", [] { return OfToken("<a a" + Blanks() + "b>"); }, true},
     {"UnquotedValue", [] { return OfToken("<a a=" + Letters() + ">"); }, true},
     {"ValueInSingleQuotes", [] { return OfToken("<a a='" + Letters() + "'>"); }, true},
     {"ValueInDoubleQuotes", [] { return OfToken("<a a=\"" + Letters() + "\">"); }, true},
     {"ValueOfAShortTag", [] { return OfToken("<a a=\"" + Letters() + "\"/>"); }, true},
     {"EndTagName", [] { return OfToken("</" + Letters() + ">"); }, true},
-    {"SpaceBehindEndTagName", [] { return OfToken("</a" + Blanks() + ">"); }},
+    {"SpaceAfterEndTagName", [] { return OfToken("</a" + Blanks() + ">"); }},
     {"ValueOfAnEndTag", [] { return OfToken("</a a=\"" + Letters() + "\">"); }},
     {"Comment", [] { return OfToken("<!--" + Letters() + "-->"); }, true},
     {"CdataSection", [] { return OfToken("<![CDATA[" + Letters() + "]]>"); }},
@@ -439,9 +449,12 @@ const Case LONG_TOKENS[] = {
 
     {"ManyBareAttributes", [] { return OfManyAttributes("<a", " a", ">"); }, true},
     {"ManyAttributesWithValues", [] { return OfManyAttributes("<a", " a=\"b\"", ">"); }, true},
-    {"ManyLongAttributes", [] { return OfManyAttributes("<a", Blanks(64) + Letters(64) + Blanks(64) + "=" + Blanks(64) + Letters(64), ">"); },
+    {"ManyLongAttributes", [] {
+         const std::string attribute = Blanks(64) + Letters(64) + Blanks(64) + "=" + Blanks(64) + Letters(64);
+         return OfManyAttributes("<a", attribute, ">");
+     },
         true},
-    {"ManyBareWordsBehindAValue", [] { return OfManyAttributes("<a a=b", " a", ">"); }, true},
+    {"ManyBareWordsAfterAValue", [] { return OfManyAttributes("<a a=b", " a", ">"); }, true},
     {"ManyAttributesOfAnEndTag", [] { return OfManyAttributes("</a", " a='b'", ">"); }},
     {"ManyAttributesOfAnXmlDeclaration", [] { return OfManyAttributes("<?xml", " a='b'", "?>"); }, true},
     {"ManyItemsOfADeclaration", [] { return OfManyAttributes("<!a", " 'b'", ">"); }, true},
@@ -514,7 +527,8 @@ class SelfCheckMemoryTest : public testing::TestWithParam<Case> {};
 
 void CheckPeaksWithSelfCheck(GenericParser::SelfCheck selfCheck, const Document& document) {
     CheckPeak<char, std::string>("8-to-8", document, SHORT_STREAM_SIZE, GenericParser::DATA_STREAM_8BIT, selfCheck);
-    CheckPeak<WideChar, WideString>("16-to-16", ToUtf16(document), SHORT_STREAM_SIZE, GenericParser::DATA_STREAM_UTF16, selfCheck);
+    CheckPeak<WideChar, WideString>("16-to-16", ToUtf16(document), SHORT_STREAM_SIZE, GenericParser::DATA_STREAM_UTF16,
+                                    selfCheck);
 }
 
 TEST_P(SelfCheckMemoryTest, Crc) {
@@ -532,12 +546,17 @@ Document OfEscapeRuns(std::size_t size) {
     const std::string run = "\x1B$B" + Letters(size) + "\x1B(B";
     const std::string string = "\"" + run + "\"";
     Page page;
-    page.Add(run).Add("<a a=" + string + ">").Add("</a a=" + string + ">").Add("<!a " + string + ">").Add("<?a " + string + "?>");
+    page.Add(run)
+        .Add("<a a=" + string + ">")
+        .Add("</a a=" + string + ">")
+        .Add("<!a " + string + ">")
+        .Add("<?a " + string + "?>");
     page.Add("<?xml a=" + string + "?>").AddAll("<script>").Add(string).AddAll("</script>");
     return OfPages({page});
 }
 
-/// What a parser has on the heap when a document is over and a short one has been read, above what it has from the start.
+/// What a parser has on the heap when a document is over and a short one has been read, above what
+/// it has from the start.
 template <typename C, typename S>
 std::size_t MeasureRest(const Document& document, GenericParser::DataStreamType type, StringNS::CharSet::Code charset,
                         GenericParser::DataStreamType next) {
@@ -563,7 +582,8 @@ void CheckRests(std::size_t size, GenericParser::DataStreamType next) {
     const Document document = OfEachPlaceInTurn(size);
     const Document wideDocument = ToUtf16(document);
     const Document escapes = OfEscapeRuns(size);
-    // One flavour keeps what is not too much for the next document, the other one a few names of recognizers.
+    // One flavour keeps what is not too much for the next document, the other one a few names of
+    // recognizers.
     const auto most = [next](GenericParser::DataStreamType type) { return (type == next ? 448 : 1) * KIB; };
     EXPECT_LE((MeasureRest<char, std::string>(document, NARROW, 1252, next)), most(NARROW));
     EXPECT_LE((MeasureRest<char, std::string>(escapes, NARROW, ISO_2022_JP, next)), most(NARROW));
@@ -582,7 +602,8 @@ std::string LongPiece(const std::string& block) {
 }
 
 template <typename C, typename S>
-void CheckPieceIsNotCopied(const std::string& piece, GenericParser::DataStreamType type, GenericParser::SelfCheck selfCheck) {
+void CheckPieceIsNotCopied(const std::string& piece, GenericParser::DataStreamType type,
+                           GenericParser::SelfCheck selfCheck) {
     JunkCounter<C, S> counter;
     const std::size_t peak = MeasurePeak([&] {
         const auto parser = std::make_unique<GenericParser>();
@@ -601,14 +622,16 @@ TEST(KeptMemoryTest, APieceIsNeverCopied) {
     constexpr auto NARROW = GenericParser::DATA_STREAM_8BIT;
     constexpr auto WIDE = GenericParser::DATA_STREAM_UTF16;
     const std::string plain =
-        "A short text.<p a=b c='d'>Some <b>more</b> of it.<br/><!-- a comment --><script>f('s', \"d\"); /* c */ // l\n</script><!D e><?xml "
+        "A short text.<p a=b c='d'>Some <b>more</b> of it.<br/><!-- a comment --><script>f('s', \"d\"); /* c */ // "
+        "l\n</script><!D e><?xml "
         "f?>";
     const std::string block = plain + "<?g h?><![CDATA[i]]><![if j]></p >";
     {
         const std::string narrow = LongPiece(block);
         CheckPieceIsNotCopied<char, std::string>(narrow, NARROW, GenericParser::SELF_CHECK_OFF);
         CheckPieceIsNotCopied<WideChar, WideString>(narrow, NARROW, GenericParser::SELF_CHECK_OFF);
-        CheckPieceIsNotCopied<char, std::string>(narrow, GenericParser::DATA_STREAM_AUTO, GenericParser::SELF_CHECK_CRC);
+        CheckPieceIsNotCopied<char, std::string>(narrow, GenericParser::DATA_STREAM_AUTO,
+                                                 GenericParser::SELF_CHECK_CRC);
     }
     {
         const std::string wide = LongPiece(ToUtf16LE(block));
@@ -713,14 +736,14 @@ std::ostream& operator<<(std::ostream& stream, const OpenConstruct& row) {
 const OpenConstruct OPEN_CONSTRUCTS[] = {
     {"Text", "<a>", "a"},
     {"TagName", "<", "a"},
-    {"SpaceInFrontOfATagName", "< ", " "},
+    {"SpaceBeforeATagName", "< ", " "},
     {"SpaceAfterATagName", "<a ", " "},
     {"AttributeName", "<a ", "a"},
     {"ManyAttributes", "<a", " a"},
     {"ManyAttributesWithValues", "<a", " a=b"},
     {"ManyAttributesOfEightLetters", "<a", " abcdefgh=abcdefgh"},
     {"ManyLongAttributes", "<a", "         abcdefghijklmnopqrstuvwxyz         =         'abcdefghijklmnopqrstuvwxyz'"},
-    {"SpaceInFrontOfEquals", "<a b ", " "},
+    {"SpaceBeforeEquals", "<a b ", " "},
     {"SpaceAfterEquals", "<a b= ", " "},
     {"UnquotedValue", "<a b=", "a"},
     {"ValueInSingleQuotes", "<a b='", "a"},
@@ -758,8 +781,10 @@ const OpenConstruct OPEN_CONSTRUCTS[] = {
     {"Junk", "<a b=c / ", "a", true, false},
     {"ManyTags", "", "<a b=c d='e'>f</a>", false},
     {"EachKindInTurn", "",
-     "text<a bcdefghij='klmnopqrstuvw'></a ><!--abcdefghijklmnopqrstuv--><![CDATA[abcdefghijklmnopqrs]]><![if abcdefghijkl]><!a bcdefghijk "
-     "'l'><?xml a='bcdefghijklmn'?><?abcdefghijkl m?><script>a'abcdefghijklm'\"abcdefghijklmn\"/*abcdefghijkl*///abcdefghij\n</script>",
+     "text<a bcdefghij='klmnopqrstuvw'></a ><!--abcdefghijklmnopqrstuv--><![CDATA[abcdefghijklmnopqrs]]><![if "
+     "abcdefghijkl]><!a bcdefghijk "
+     "'l'><?xml a='bcdefghijklmn'?><?abcdefghijkl "
+     "m?><script>a'abcdefghijklm'\"abcdefghijklmn\"/*abcdefghijkl*///abcdefghij\n</script>",
      false, false},
 };
 
@@ -775,13 +800,16 @@ void CheckLimitedPeak(const char* flavour, const OpenConstruct& construct, std::
     SCOPED_TRACE(std::string(flavour) + ", at most " + std::to_string(limit));
     const bool wide = std::string_view(flavour).starts_with("16");
     JunkCounter<C, S> counter;
-    const auto bytes = [wide](const char* text) { return wide ? ToUtf16LE(std::string_view(text)) : std::string(text); };
+    const auto bytes = [wide](const char* text) {
+        return wide ? ToUtf16LE(std::string_view(text)) : std::string(text);
+    };
     OpenStream stream(bytes(construct.opener), bytes(construct.content), size);
     const std::size_t peak = MeasurePeak([&] {
         const auto parser = std::make_unique<GenericParser>();
         parser->SetObserver(&counter, false);
         parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
+                  0U);
         const std::uint32_t result = parser->ParseStream(&stream, false);
         EXPECT_EQ(result, construct.goesOver ? HTML::PARSER_LIMIT_EXCEEDED : HTML::PARSER_OK);
         parser->EndParse();
@@ -801,7 +829,8 @@ void CheckLimitedPeakOfStateless(const OpenConstruct& construct, std::uint64_t s
         parser->SetMaxTokenSize(limit);
         EXPECT_EQ(parser->StartParse(1252), 0U);
         const std::uint32_t result = parser->ParseStream(&stream, false);
-        EXPECT_TRUE(result == HTML::STATELESS_LIMIT_EXCEEDED || !construct.goesOver || std::string_view(construct.name) == "Script")
+        EXPECT_TRUE(result == HTML::STATELESS_LIMIT_EXCEEDED || !construct.goesOver ||
+                    std::string_view(construct.name) == "Script")
             << result;
         parser->EndParse();
     });
@@ -810,7 +839,8 @@ void CheckLimitedPeakOfStateless(const OpenConstruct& construct, std::uint64_t s
     testing::Test::RecordProperty("peak-stateless-" + std::to_string(limit), std::to_string(peak));
 }
 
-/// What goes over ends the parse, so that a stream of any size is read in no time; the others are read to their end, and are shorter.
+/// What goes over ends the parse, so that a stream of any size is read in no time; the others are
+/// read to their end, and are shorter.
 void CheckLimitedPeaks(const OpenConstruct& construct, std::uint64_t streamSize) {
     const std::uint64_t size = construct.goesOver ? streamSize : std::min(streamSize, 32 * MIB);
     for (const std::uint64_t limit : TOKEN_LIMITS) {
@@ -843,8 +873,8 @@ TEST_P(LongLimitedMemoryTest, OfAnOpenConstruct) {
 
 INSTANTIATE_TEST_SUITE_P(LongStream, LongLimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOfConstruct);
 
-// Tokens of all kinds, each as long as the limit allows, one after another in an order that does not repeat: what is kept of one kind is
-// still there while the next one is read.
+// Tokens of all kinds, each as long as the limit allows, one after another in an order that does
+// not repeat: what is kept of one kind is still there while the next one is read.
 
 constexpr std::uint64_t LIMITS_OF_LONG_TOKENS[] = {200, 512, 1100, 1500, 4 * KIB, 32 * KIB, 64 * KIB, MIB};
 
@@ -873,7 +903,8 @@ std::vector<std::string> MakeLongestTokens(std::size_t length, std::size_t most)
     std::vector<std::string> tokens;
     for (const std::string start : {"<a", "</a", "<!a", "<?xml"}) {
         const std::string end = start == "<?xml" ? "?>" : ">";
-        for (const std::string& attribute : {shortPart, part, longPart, std::string(" a=b"), std::string(" a=bbbbbbbbbbbbbbbb")})
+        for (const std::string& attribute :
+             {shortPart, part, longPart, std::string(" a=b"), std::string(" a=bbbbbbbbbbbbbbbb")})
             tokens.push_back(repeated(start, attribute, end));
     }
     tokens.push_back(repeated("<!a", " '" + value + "'", ">"));
@@ -926,15 +957,16 @@ std::string MakeRandomTag(std::size_t length, std::size_t most, std::mt19937* en
     for (std::size_t i = below(most - 1); i > 0; --i) {
         std::string part = std::string(below(4) == 0 ? anyLength() : 1, ' ') + "n" + std::string(anyLength(), 'n');
         if (start[1] != '!' && below(3) > 0)  // one item each
-            part += std::string(below(4) == 0 ? anyLength() : 0, ' ') + "=" + std::string(below(4) == 0 ? anyLength() : 0, ' ') + "'" +
-                    std::string(anyLength(), 'v') + "'";
+            part += std::string(below(4) == 0 ? anyLength() : 0, ' ') + "=" +
+                    std::string(below(4) == 0 ? anyLength() : 0, ' ') + "'" + std::string(anyLength(), 'v') + "'";
         if (token.size() + part.size() + end.size() <= length)
             token += part;
     }
     return token + end;
 }
 
-/// Some in an order that does not repeat, with a little markup between them, so that they are not one text.
+/// Some in an order that does not repeat, with a little markup between them, so that they are not
+/// one text.
 /// @param isUsed  whether a token is one that the parser takes
 Document OfLongestTokens(std::size_t length, std::size_t most, bool (*isUsed)(const std::string&)) {
     const std::size_t longest = 500 * length;
@@ -942,7 +974,8 @@ Document OfLongestTokens(std::size_t length, std::size_t most, bool (*isUsed)(co
     const std::vector<std::string> tokens = MakeLongestTokens(length, most);
     std::string page;
     while (page.size() < std::min<std::size_t>(longest, STREAM_SIZE)) {
-        const std::string token = engine() % 2 == 0 ? tokens[engine() % tokens.size()] : MakeRandomTag(length, most, &engine);
+        const std::string token =
+            engine() % 2 == 0 ? tokens[engine() % tokens.size()] : MakeRandomTag(length, most, &engine);
         if (isUsed(token))
             page += token + "<i>";
     }
@@ -966,7 +999,8 @@ void CheckLimitedPeakOfLongTokens(const char* flavour, std::uint64_t limit) {
         const auto parser = std::make_unique<GenericParser>();
         parser->SetObserver(&counter, false);
         parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
+                  0U);
         EXPECT_EQ(parser->ParseStream(&stream, false), std::uint32_t{HTML::PARSER_OK});
         EXPECT_EQ(parser->EndParse(), 0U);
     });
@@ -980,7 +1014,8 @@ bool IsReadByStateless(const std::string& token) {
     TagCounter counter;
     StatelessHTMLParser parser;
     parser.Attach(&counter);
-    return parser.StartParse(1252) == 0 && parser.ParseBuffer(token.data(), token.size()) == 0 && parser.EndParse() == 0;
+    return parser.StartParse(1252) == 0 && parser.ParseBuffer(token.data(), token.size()) == 0 &&
+           parser.EndParse() == 0;
 }
 
 void CheckLimitedPeakOfLongTokensOfStateless(std::uint64_t limit) {
@@ -1058,7 +1093,8 @@ std::size_t MeasurePeakOfJunk(std::uint64_t limit) {
     return peak;
 }
 
-// A construct that fails is as long as the limit at most, so nothing longer is needed to read it again.
+// A construct that fails is as long as the limit at most, so nothing longer is needed to read it
+// again.
 TEST(KeptMemoryTest, WhatIsReadAgainTakesLessWithALimit) {
     EXPECT_LE(MeasurePeakOfJunk(200) + 12 * KIB, MeasurePeakOfJunk(0));
     EXPECT_LE(MeasurePeakOfJunk(8 * KIB) + 4 * KIB, MeasurePeakOfJunk(0));

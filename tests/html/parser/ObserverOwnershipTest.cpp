@@ -10,8 +10,9 @@
 
 #include "html/parser/GenericParser.h"
 
-// This program has an allocation function of its own, so that it sees which blocks are freed. An owned observer is freed with plain
-// `::operator delete(void*)`, which nothing but a replacement of that function can count.
+// This program has an allocation function of its own, so that it sees which blocks are freed. An
+// owned observer is freed with plain `::operator delete(void*)`, which nothing but a replacement of
+// that function can count.
 
 namespace {
 
@@ -41,7 +42,8 @@ void* operator new(std::size_t size) {
 
 void operator delete(void* block) noexcept {
     CountFree(block);
-    // A watched block stays allocated, so that a second free is counted and no other block gets its address.
+    // A watched block stays allocated, so that a second free is counted and no other block gets its
+    // address.
     for (const WatchedBlock& watched : watchedBlocks) {
         if (block != nullptr && watched.block == block)
             return;

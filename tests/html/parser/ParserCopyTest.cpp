@@ -29,7 +29,8 @@ const char* const DOCUMENTS[] = {
 
 /// Scripts are text in the documents with an example.
 GenericParser::ScriptMode ModeOf(std::string_view document) {
-    return document.find("<xmp>") == std::string_view::npos ? GenericParser::SCRIPT_AS_TOKENS : GenericParser::SCRIPT_AS_TEXT;
+    return document.find("<xmp>") == std::string_view::npos ? GenericParser::SCRIPT_AS_TOKENS
+                                                            : GenericParser::SCRIPT_AS_TEXT;
 }
 
 /// The pieces go to a copy each; the one it was copied from reads something else and is destroyed.
@@ -45,7 +46,8 @@ void GoOnWithACopy(std::unique_ptr<GenericParser>* parser) {
 void GoOnWithAnAssignedOne(std::unique_ptr<GenericParser>* parser) {
     auto assigned = std::make_unique<GenericParser>();
     assigned->SetDetectCharsetErrors(true);
-    assigned->StartParse(50221, (*parser)->IsWParser() ? GenericParser::DATA_STREAM_8BIT : GenericParser::DATA_STREAM_UTF16);
+    assigned->StartParse(50221,
+                         (*parser)->IsWParser() ? GenericParser::DATA_STREAM_8BIT : GenericParser::DATA_STREAM_UTF16);
     const std::string other = ToUtf16LE(std::string_view("\n<script>z<z'z'</z z=\""));
     assigned->ParseBuffer(other.data(), other.size());
     *assigned = **parser;
@@ -82,7 +84,8 @@ TEST(ParserCopyTest, ACopyFinishesTokensOfEveryKindLikeItsOriginal) {
 
 /// What a copy makes of more input that was taken in callback number `callback`, counted from 0.
 template <typename C, typename S>
-std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback, std::string_view more) {
+std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback,
+                             std::string_view more) {
     Lines lines;
     HookedObserver<C, S> observer(&lines);
     std::unique_ptr<GenericParser> copy;
@@ -109,7 +112,8 @@ std::string GoOnFromCallback(const Route& route, std::string_view document, cons
            std::to_string(copy->GetLine()) + ":" + std::to_string(copy->GetColumn());
 }
 
-std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback, std::string_view more) {
+std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback,
+                             std::string_view more) {
     if (route.observed == Observed::WIDE)
         return GoOnFromCallback<WideChar, WideString>(route, document, cuts, callback, more);
     return GoOnFromCallback<char, std::string>(route, document, cuts, callback, more);
@@ -117,7 +121,12 @@ std::string GoOnFromCallback(const Route& route, std::string_view document, cons
 
 TEST(ParserCopyTest, ACopyMadeInACallbackDoesNotTellHowTheInputWasCut) {
     const char* const documents[] = {
-        "ab<i>c", "a</b>c</d e>", "<a b=c d/>x<br/>", "<script>a</p>b'c'</script>d", "<!--a-->b<style>c", "<xmp>a</xm</xmp b>c",
+        "ab<i>c",
+        "a</b>c</d e>",
+        "<a b=c d/>x<br/>",
+        "<script>a</p>b'c'</script>d",
+        "<!--a-->b<style>c",
+        "<xmp>a</xm</xmp b>c",
     };
     const char* const continuations[] = {"cd", "x>y", " x=y>z", "/>z", "<z>", ">", "'\">"};
     for (const char* const document : documents) {
@@ -129,8 +138,9 @@ TEST(ParserCopyTest, ACopyMadeInACallbackDoesNotTellHowTheInputWasCut) {
                         break;
                     SCOPED_TRACE(std::string(document) + ", " + route.name + ", then " + more + " from callback " +
                                  std::to_string(callback));
-                    ForEverySplit(document,
-                                  [&](const Cuts& cuts) { EXPECT_EQ(GoOnFromCallback(route, document, cuts, callback, more), whole); });
+                    ForEverySplit(document, [&](const Cuts& cuts) {
+                        EXPECT_EQ(GoOnFromCallback(route, document, cuts, callback, more), whole);
+                    });
                 }
             }
         }
@@ -146,9 +156,12 @@ TEST(ParserCopyTest, ACopyMadeInACallbackGoesOnAsTheRecognizerWould) {
         const char* expected;
     };
     const Row rows[] = {
-        {"text is pending until its callback has returned", "ab<i>", 2, "cd", "text(ab)\ntext(abcd)\nend-parsing\n0, 0, 1:6"},
-        {"the content of an example as well", "<xmp>a</xmp>", 3, "b</xmp>", "text(a)\ntext(ab)\nend(|xmp|||)\nend-parsing\n0, 0, 1:15"},
-        {"an end tag looks at what comes next", "</b>", 2, "x>y", "end(|b|||)\nend(|b||{|x}|)\ntext(y)\nend-parsing\n0, 0, 1:8"},
+        {"text is pending until its callback has returned", "ab<i>", 2, "cd",
+         "text(ab)\ntext(abcd)\nend-parsing\n0, 0, 1:6"},
+        {"the content of an example as well", "<xmp>a</xmp>", 3, "b</xmp>",
+         "text(a)\ntext(ab)\nend(|xmp|||)\nend-parsing\n0, 0, 1:15"},
+        {"an end tag looks at what comes next", "</b>", 2, "x>y",
+         "end(|b|||)\nend(|b||{|x}|)\ntext(y)\nend-parsing\n0, 0, 1:8"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
@@ -180,7 +193,8 @@ TEST(ParserCopyTest, ACopyGoesOnInsideAMark) {
                 DocumentSettings settings;
                 settings.type = GenericParser::DATA_STREAM_AUTO;
                 const DocumentRun whole = ParseDocument(document, cuts, settings);
-                // The original goes on with other bytes; those of the copy are still looked at as a mark.
+                // The original goes on with other bytes; those of the copy are still looked at as a
+                // mark.
                 settings.betweenPieces = assigned ? GoOnWithAnAssignedOne : GoOnWithACopy;
                 const DocumentRun run = ParseDocument(document, cuts, settings);
                 EXPECT_EQ(run.Lines(), whole.Lines());
@@ -259,7 +273,8 @@ TEST(ParserCopyTest, ACopyInheritsNoStream) {
             EXPECT_EQ(assigned.EndParse(), 16U);
             EXPECT_EQ(Join(lines), "");
             EXPECT_EQ(parser->EndParse(), 0U);
-            EXPECT_EQ(Join(lines), wide ? "junk(<\\x00b\\x00 \\x00c\\x00)\nend-parsing\n" : "junk(<b c)\nend-parsing\n");
+            EXPECT_EQ(Join(lines),
+                      wide ? "junk(<\\x00b\\x00 \\x00c\\x00)\nend-parsing\n" : "junk(<b c)\nend-parsing\n");
         }
     }
 }

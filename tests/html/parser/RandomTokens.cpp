@@ -62,7 +62,7 @@ std::string RandomTokens::Phrase() {
     return Text(Length());
 }
 
-/// With the white space in front of it.
+/// With the white space before it.
 std::string RandomTokens::Attribute() {
     const std::string start = Join({Space(), Word()});
     const std::string equals = Join({OptionalSpace(), "=", OptionalSpace()});
@@ -138,7 +138,8 @@ std::string RandomTokens::Section() {
         case 0:
             return Join({"<![if ", Phrase(), "]>", Phrase(), "<![endif]>"});
         case 1:
-            return Join({"<![if ", Phrase(), "]", Phrase(), ">", Phrase(), "<![EndIf", Space(), Phrase(), "]", Phrase(), ">"});
+            return Join(
+                {"<![if ", Phrase(), "]", Phrase(), ">", Phrase(), "<![EndIf", Space(), Phrase(), "]", Phrase(), ">"});
         case 2:
             return Join({"<![CDATA[", Phrase(), "]]", Phrase()});  // ended without a ">"
         default:
@@ -177,10 +178,11 @@ std::string RandomTokens::Instruction() {
         case 2:
             return Join({"<?xml:", Word(), Attributes(), Space(), Word(), "/>"});
         case 3:
-            return Join({"<?php ", Phrase(), "'", Phrase(), "?>\\''", Phrase(), "\"", Phrase(), "?>\\\"\"", Phrase(), "?>"});
-        case 4:
             return Join(
-                {"<?", OptionalSpace(), "= ", Phrase(), "/*", Phrase(), "?>*/", Phrase(), "//", Word(), "?>\n", Phrase(), "a ? b / c?>"});
+                {"<?php ", Phrase(), "'", Phrase(), "?>\\''", Phrase(), "\"", Phrase(), "?>\\\"\"", Phrase(), "?>"});
+        case 4:
+            return Join({"<?", OptionalSpace(), "= ", Phrase(), "/*", Phrase(), "?>*/", Phrase(), "//", Word(), "?>\n",
+                         Phrase(), "a ? b / c?>"});
         default:
             return Join({"<?", TagName(), ">"});
     }
@@ -309,7 +311,8 @@ std::string RandomTokens::NextJunk() {
 }
 
 std::string RandomTokens::NextPlain() {
-    const std::string attributes = Join({" first=\"", Phrase(), "\" second='", Phrase(), "' third=", Word(), " fourth"});
+    const std::string attributes =
+        Join({" first=\"", Phrase(), "\" second='", Phrase(), "' third=", Word(), " fourth"});
     switch (Below(10)) {
         case 0:
             return Join({"</", Word(), ">"});
@@ -320,7 +323,8 @@ std::string RandomTokens::NextPlain() {
         case 3:
             return Join({"<?", Word(), " first=\"", Phrase(), "\" ?>"});
         case 4:
-            return Join({"<script", attributes, ">", Phrase(), "'", Phrase(), "' < \"", Phrase(), "\"/*", Phrase(), "*/</script>"});
+            return Join({"<script", attributes, ">", Phrase(), "'", Phrase(), "' < \"", Phrase(), "\"/*", Phrase(),
+                         "*/</script>"});
         case 5:
             return Join({"<style", attributes, ">", Phrase(), " < ", Phrase(), "</style>"});
         case 6:

@@ -8,12 +8,15 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "platform/Results.h"
 #include "platform/Services.h"
 #include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
+#include "tests/support/NotedRecord.h"
+#include "tools/trace/TokenTrace.h"
 
 // Strings that need no call of a converter, and that such a call would give the same.
 
@@ -24,7 +27,8 @@ using HTML::RecordConverter;
 
 /// The bytes that count of a string with its NUL; in 1200, of the string alone.
 std::uint64_t CountBytes(CharSet::Code code, const std::string& text) {
-    return code == CharSet::UTF16_LE ? text.size() : CharSetConverter::LeaveOutTerminator(code, text.c_str(), text.size() + 1);
+    return code == CharSet::UTF16_LE ? text.size()
+                                     : CharSetConverter::LeaveOutTerminator(code, text.c_str(), text.size() + 1);
 }
 
 std::uint32_t CallService(CharSetConverter* converter, CharSet::Code code, const std::string& from, WideString* to) {
@@ -70,7 +74,7 @@ std::set<CharSet::Code> GetCodes() {
     return codes;
 }
 
-TEST(RecordConverterTest, EveryAsciiByteAloneAndInFrontOfEveryByte) {
+TEST(RecordConverterTest, EveryAsciiByteAloneAndBeforeEveryByte) {
     for (const CharSet::Code code : GetCodes()) {
         Comparison<char, std::string> comparison(code);
         comparison.Check("");
@@ -86,7 +90,7 @@ TEST(RecordConverterTest, EveryAsciiByteAloneAndInFrontOfEveryByte) {
     }
 }
 
-TEST(RecordConverterTest, EveryAsciiUnitAloneAndInFrontOfOthers) {
+TEST(RecordConverterTest, EveryAsciiUnitAloneAndBeforeOthers) {
     for (const CharSet::Code code : GetCodes()) {
         Comparison<WideChar, WideString> comparison(code);
         comparison.Check(WideString());
@@ -102,10 +106,28 @@ TEST(RecordConverterTest, EveryAsciiUnitAloneAndInFrontOfOthers) {
     }
 }
 
-TEST(RecordConverterTest, RunsBehindAndInFrontOfWhatIsNotAscii) {
+TEST(RecordConverterTest, RunsAfterAndBeforeWhatIsNotAscii) {
     const std::string_view parts[] = {
-        "0123456789abcdef", "~",     "{",        "\\",       "\x1B(J",       "\x1B$B",           "\x0E", "\x0F", "+", "&AOk-", "\n", "\x80",
-        "\x81\x5C",         "\x83~", "\xA4\xA2", "\xC3\xA9", "\xE3\x81\x82", "\xF0\x9F\x98\x80", "\xF0", "\xFF",
+        "0123456789abcdef",
+        "~",
+        "{",
+        "\\",
+        "\x1B(J",
+        "\x1B$B",
+        "\x0E",
+        "\x0F",
+        "+",
+        "&AOk-",
+        "\n",
+        "\x80",
+        "\x81\x5C",
+        "\x83~",
+        "\xA4\xA2",
+        "\xC3\xA9",
+        "\xE3\x81\x82",
+        "\xF0\x9F\x98\x80",
+        "\xF0",
+        "\xFF",
     };
     for (const CharSet::Code code : GetCodes()) {
         Comparison<char, std::string> narrow(code);
@@ -141,23 +163,26 @@ std::vector<std::string> MakeTails() {
     return texts;
 }
 
-/// The terminator is left out before the conversion: a NUL completes a unit of 1201, 12000 and 12001, and no character of several bytes.
+/// The terminator is left out before the conversion: a NUL completes a unit of 1201, 12000 and
+/// 12001, and no character of several bytes.
 TEST(RecordConverterTest, AStringIsWhatTheServiceMakesOfItWithItsTerminator) {
     const std::vector<std::string> texts = MakeTails();
     std::size_t converted = 0;
     for (const CharSet::Code code : GetCodes()) {
         RecordConverter<char, std::string> records;
         WideString expected;
-        // Where there is no converter, an empty string finds that out as well, and a system may search for long each time.
+        // Where there is no converter, an empty string finds that out as well, and a system may
+        // search for long each time.
         const std::uint32_t resultOfEmpty = StringNS::StringHelper::GetWideFromGeneric(code, "", 1, &expected);
         ASSERT_TRUE(resultOfEmpty == RESULT_OK || resultOfEmpty == RESULT_UNSUPPORTED_CHARSET) << code;
         for (const std::string& text : texts) {
             HTML::TextData<WideChar, WideString> record{};
             records.Begin(code, false);
             records.Convert(HTML::TextData<char, std::string>{&text}, &record);
-            const std::uint32_t result = resultOfEmpty == RESULT_OK
-                                             ? StringNS::StringHelper::GetWideFromGeneric(code, text.c_str(), text.size() + 1, &expected)
-                                             : resultOfEmpty;
+            const std::uint32_t result =
+                resultOfEmpty == RESULT_OK
+                    ? StringNS::StringHelper::GetWideFromGeneric(code, text.c_str(), text.size() + 1, &expected)
+                    : resultOfEmpty;
             ASSERT_EQ(records.GetResult(), result) << code << ": " << Dump(text);
             if (result != 0)
                 continue;
@@ -173,12 +198,14 @@ TEST(RecordConverterTest, AStringIsWhatTheServiceMakesOfItWithItsTerminator) {
 
 int calls = 0;
 
-std::uint32_t CountToWide(CharSetConverter* converter, CharSet::Code code, const char* data, std::uint64_t size, WideString* output) {
+std::uint32_t CountToWide(CharSetConverter* converter, CharSet::Code code, const char* data, std::uint64_t size,
+                          WideString* output) {
     ++calls;
     return Base::PLATFORM_SERVICES.toWide(converter, code, data, size, output);
 }
 
-/// A converter that has seen the real services asks others that come later, and forgets them with their end.
+/// A converter that has seen the real services asks others that come later, and forgets them with
+/// their end.
 TEST(RecordConverterTest, OtherServicesAreAskedForEveryString) {
     RecordConverter<char, std::string> records;
     const std::string text = "text";
@@ -244,20 +271,48 @@ TEST(RecordConverterTest, StringsOfAnyLengthFollowEachOther) {
 
 TEST(RecordConverterTest, TheFirstFailureOfARecordStays) {
     RecordConverter<char, std::string> records;
-    const std::string bad = "\xFF";
-    const std::string good = "good";
-    Vector<HTML::Attribute<char, std::string>> attributes;
+    const NotedRecord<HTML::StartTagData, char, std::string> tag("start(good|\\xFF||good)");
     HTML::StartTagData<WideChar, WideString> converted{};
     records.Begin(4711, false);
-    records.Convert(HTML::StartTagData<char, std::string>{&good, &bad, &attributes, &good, true}, &converted);
+    records.Convert(tag.record, &converted);
     EXPECT_EQ(records.GetResult(), RESULT_UNSUPPORTED_CHARSET);
     records.Begin(CharSet::UTF8, true);
-    records.Convert(HTML::StartTagData<char, std::string>{&good, &bad, &attributes, &good, true}, &converted);
+    records.Convert(tag.record, &converted);
     EXPECT_EQ(records.GetResult(), 0U);
     EXPECT_TRUE(records.HasReplacements());
     EXPECT_EQ(*converted.prefix, KESTRA_WIDE("good"));
     EXPECT_EQ(*converted.name, KESTRA_WIDE("\uFFFD"));
     EXPECT_EQ(*converted.suffix, KESTRA_WIDE("good"));
+}
+
+/// Converts the record of a line to the other flavour, and traces it.
+template <typename C, typename S>
+std::string TraceConverted(std::string_view line) {
+    using Converter = RecordConverter<C, S>;
+    Converter records;
+    std::string trace;
+    UseNotedRecord<C, S>(line, [&]<template <typename, typename> class Record>(const Record<C, S>* record) {
+        Record<typename Converter::OtherCharacter, typename Converter::OtherString> converted{};
+        // Every flag of the result is set by the conversion, whatever it was.
+        HTML::ForEachField(&converted, [](const char*, auto* field) {
+            if constexpr (std::is_same_v<decltype(field), bool*>)
+                *field = true;
+        });
+        records.Begin(CharSet::UTF8, true);
+        records.Convert(*record, &converted);
+        EXPECT_EQ(records.GetResult(), 0U);
+        trace = Trace::Format(converted);
+    });
+    return trace;
+}
+
+TEST(RecordConverterTest, EveryFieldOfEveryKindCrosses) {
+    for (const std::string& line : MakeLinesOfEveryKind()) {
+        EXPECT_EQ((TraceConverted<char, std::string>(line)), line);
+        EXPECT_EQ((TraceConverted<WideChar, WideString>(line)), line);
+    }
+    EXPECT_EQ((TraceConverted<char, std::string>("junk(a\\xE9\\x00)")), "junk(a\\xE9\\x00)");
+    EXPECT_EQ((TraceConverted<WideChar, WideString>("junk(a\\xE9\\x00)")), "junk(a\\xE9\\x00)");
 }
 
 TEST(RecordConverterTest, MostCodePagesKeepAscii) {
@@ -268,8 +323,8 @@ TEST(RecordConverterTest, MostCodePagesKeepAscii) {
     EXPECT_GT(keeping, 40U);
     for (const CharSet::Code code : {0U, 65001U, 1252U, 28591U, 20127U, 932U, 936U, 949U, 950U, 1251U, 20866U})
         EXPECT_TRUE(converter.KeepsAscii(code)) << code;
-    for (const CharSet::Code code :
-         {37U, 864U, 1200U, 1201U, 12000U, 4711U, 20105U, 20106U, 20261U, 20924U, 50220U, 50221U, 50225U, 50227U, 52936U, 57002U, 65000U})
+    for (const CharSet::Code code : {37U, 864U, 1200U, 1201U, 12000U, 4711U, 20105U, 20106U, 20261U, 20924U, 50220U,
+                                     50221U, 50225U, 50227U, 52936U, 57002U, 65000U})
         EXPECT_FALSE(converter.KeepsAscii(code)) << code;
 }
 

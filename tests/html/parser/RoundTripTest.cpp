@@ -303,11 +303,13 @@ private:
     static constexpr const char* INSTRUCTION_PARTS[] = {" ", "'?>'", "\"?>\"", "'a\\'b'", "/* > */", "/**", "//?>\n",
                                                         "?", "/",    "*",      "a",       "\n",      "\xFF"};
     static constexpr const char* INSTRUCTION_ENDS[] = {"?>", "?>", "?>", " ?>", "/>", " />", "/ >", ">", "?", ""};
-    static constexpr const char* BROKEN[] = {"<",        "<!",     "<?",      "<!-", "<!--", "<![", "<![CDATA[", "<![if x]>",
-                                             "<![if y",  "</",     "</ ",     "<>",  "</>",  "< ",  "<a / >",    "<a b=/>",
-                                             "</a / >",  "<a b='", "<a b=\"", "/>",  "-->",  "]]>", "<<",        "<!DOCTYPE html>",
-                                             "<?xml x?>"};
-    static constexpr const char* SIGNS[] = {"<", ">", "/", "'", "\"", "=", " ", "\n", "!", "-", "[", "]", "?", "\\", "s"};
+    static constexpr const char* BROKEN[] = {
+        "<",        "<!",     "<?",      "<!-", "<!--", "<![", "<![CDATA[", "<![if x]>",
+        "<![if y",  "</",     "</ ",     "<>",  "</>",  "< ",  "<a / >",    "<a b=/>",
+        "</a / >",  "<a b='", "<a b=\"", "/>",  "-->",  "]]>", "<<",        "<!DOCTYPE html>",
+        "<?xml x?>"};
+    static constexpr const char* SIGNS[] = {"<", ">", "/", "'", "\"", "=",  " ", "\n",
+                                            "!", "-", "[", "]", "?",  "\\", "s"};
 
     Dice* dice;
     std::string document;
@@ -335,7 +337,8 @@ Cuts RandomCuts(std::size_t length, Dice* dice) {
 
 std::string Shown(const DocumentRun& run) {
     return run.Lines() + "results " + std::to_string(run.startResult) + ", " + std::to_string(run.parseResult) + ", " +
-           std::to_string(run.endResult) + ", place " + std::to_string(run.line) + ", " + std::to_string(run.column) + "\n";
+           std::to_string(run.endResult) + ", place " + std::to_string(run.line) + ", " + std::to_string(run.column) +
+           "\n";
 }
 
 bool StartsWith(std::string_view text, std::string_view front) {
@@ -346,7 +349,7 @@ bool EndsWith(std::string_view text, std::string_view back) {
     return text.size() >= back.size() && text.substr(text.size() - back.size()) == back;
 }
 
-/// The part of a line of a conditional section in front of its tail, and the part behind it.
+/// The part of a line of a conditional section before its tail, and the part after it.
 struct ConditionalLine {
     explicit ConditionalLine(std::string_view line) {
         if (!StartsWith(line, "conditional("))
@@ -373,36 +376,42 @@ bool IsJunkComment(std::string_view line) {
            StartsWith(line, "junk(/\\x00*");
 }
 
-/// The bytes of junk without the slashes in front of them: a comment in a script that begins with several loses only one at a cut.
+/// The bytes of junk without the slashes before them: a comment in a script that begins with
+/// several loses only one at a cut.
 std::string WithoutSlashes(std::string bytes) {
     while (StartsWith(bytes, "/"))
         bytes.erase(0, StartsWith(bytes, "/\\x00") ? 5 : 1);
     return bytes;
 }
 
-/// What lets tokens differ from the document they were read from. All of it shows in the lines of the uncut document.
+/// What lets tokens differ from the document they were read from. All of it shows in the lines of
+/// the uncut document.
 struct Oddities {
     explicit Oddities(const std::vector<std::string>& lines) {
         for (const std::string& line : lines) {
             const ConditionalLine conditional(line);
             losesTail = losesTail || (conditional.isConditional && !conditional.isClosed && conditional.hasBracket);
             hasTail = hasTail || conditional.hasTail;
-            movesBlank = movesBlank || (StartsWith(line, "extern(") && EndsWith(line, ", slash)") && !EndsWith(line, "|, slash)"));
+            movesBlank = movesBlank ||
+                         (StartsWith(line, "extern(") && EndsWith(line, ", slash)") && !EndsWith(line, "|, slash)"));
             hasJunkComment = hasJunkComment || IsJunkComment(line);
-            hasBody = hasBody || (StartsWith(line, "comment(") && !StartsWith(line, "comment()") && !StartsWith(line, "comment(, open)")) ||
+            hasBody = hasBody ||
+                      (StartsWith(line, "comment(") && !StartsWith(line, "comment()") &&
+                       !StartsWith(line, "comment(, open)")) ||
                       (StartsWith(line, "cdata(") && !EndsWith(line, "|)") && !EndsWith(line, "|, open)")) ||
                       (conditional.isConditional && (conditional.hasTail || !EndsWith(conditional.front, "||")));
         }
     }
 
-    bool losesTail = false;       ///< a conditional section is open behind its bracket
+    bool losesTail = false;       ///< a conditional section is open after its bracket
     bool hasTail = false;         ///< a conditional section has a tail, which a cut may shorten
-    bool movesBlank = false;      ///< an XML declaration with a blank behind, or in front of, its slash
+    bool movesBlank = false;      ///< an XML declaration with a blank after, or before, its slash
     bool hasJunkComment = false;  ///< a comment of a script became junk, whose opener may be cut
-    bool hasBody = false;         ///< a comment, CDATA or conditional section has a body, which the wide serializer halves
+    bool hasBody = false;  ///< a comment, CDATA or conditional section has a body, which the wide serializer halves
 };
 
-/// The lines without what a cut may change: the tails of conditional sections and the slashes in front of junk.
+/// The lines without what a cut may change: the tails of conditional sections and the slashes
+/// before junk.
 std::string WhatNoCutChanges(const DocumentRun& run) {
     std::string text;
     for (const std::string& line : run.trace) {
@@ -426,7 +435,8 @@ std::string FaultOf(const DocumentRun& run, const std::string& bytes, const Oddi
     constexpr bool WIDE = std::is_same_v<Text, WideString>;
     if (run.startResult != 0 || run.parseResult != 0)
         return "a result is not 0";
-    const bool mayDiffer = oddities.losesTail || oddities.movesBlank || (cut && (oddities.hasTail || oddities.hasJunkComment));
+    const bool mayDiffer =
+        oddities.losesTail || oddities.movesBlank || (cut && (oddities.hasTail || oddities.hasJunkComment));
     const bool mustDiffer = (WIDE && oddities.hasBody);
     if (run.endResult != 0 && run.endResult != 704)
         return "the end has another result";
@@ -459,7 +469,8 @@ std::string Fault(const Text& text, DocumentSettings settings, std::uint64_t cut
     const std::string fault = FaultOf<Text>(whole, bytes, oddities, false);
     if (!fault.empty())
         return fault + ":\n" + Shown(whole);
-    if (Place{whole.line, whole.column} != PlaceAfter(std::basic_string_view<typename Text::value_type>(text), text.size()))
+    if (Place{whole.line, whole.column} !=
+        PlaceAfter(std::basic_string_view<typename Text::value_type>(text), text.size()))
         return "the place is wrong:\n" + Shown(whole);
     Dice dice(cutSeed);
     for (int i = 0; i < SPLITTINGS; ++i) {
@@ -495,7 +506,8 @@ template <typename Text>
 void Check(const Text& text, const DocumentSettings& settings, std::uint64_t seed) {
     if (Fault(text, settings, seed).empty())
         return;
-    const Text shortest = Shorten<Text>(text, [&](const Text& candidate) { return !Fault(candidate, settings, seed).empty(); });
+    const Text shortest =
+        Shorten<Text>(text, [&](const Text& candidate) { return !Fault(candidate, settings, seed).empty(); });
     ADD_FAILURE() << "seed " << seed << ", charset " << settings.charset
                   << ", the shortest document with a fault: " << Trace::Escape(shortest) << "\n"
                   << Fault(shortest, settings, seed);
@@ -532,7 +544,8 @@ TEST_P(RoundTripTest, WideDocuments) {
 
 INSTANTIATE_TEST_SUITE_P(Shards, RoundTripTest, testing::Range<std::uint64_t>(0, SHARDS));
 
-// The check itself must see a document that loses a character: here between the stream and the parser.
+// The check itself must see a document that loses a character: here between the stream and the
+// parser.
 TEST(RoundTripCheckTest, SeesALostCharacter) {
     DocumentSettings settings = SettingsFor(NARROW_TO_NARROW, Feed::STREAM);
     const std::string document = "<p>text</p><script>a/*b*/</script>";
@@ -543,17 +556,19 @@ TEST(RoundTripCheckTest, SeesALostCharacter) {
         return MakeCutStream(shorter, {});
     };
     EXPECT_NE(Fault(document, settings, 1), "");
-    const std::string shortest =
-        Shorten<std::string>(document, [&](const std::string& candidate) { return !Fault(candidate, settings, 1).empty(); });
+    const std::string shortest = Shorten<std::string>(
+        document, [&](const std::string& candidate) { return !Fault(candidate, settings, 1).empty(); });
     EXPECT_EQ(shortest, "b");
 }
 
-// What may differ is the exception: most documents have to come back byte by byte, however they are cut.
+// What may differ is the exception: most documents have to come back byte by byte, however they are
+// cut.
 TEST(RoundTripCheckTest, FewDocumentsMayDiffer) {
     int exact = 0;
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         Dice dice(seed);
-        const Oddities oddities(ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).trace);
+        const Oddities oddities(
+            ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).trace);
         if (!oddities.losesTail && !oddities.hasTail && !oddities.movesBlank && !oddities.hasJunkComment)
             ++exact;
     }
@@ -561,14 +576,16 @@ TEST(RoundTripCheckTest, FewDocumentsMayDiffer) {
 }
 
 TEST(RoundTripCheckTest, TheDocumentsHoldEveryKindOfToken) {
-    const char* const kinds[] = {"text(",      "start(",       "short(",       "end(",         "s-string(", "d-string(", "junk(",
-                                 "js-start",   "js-end",       "css-start",    "css-end",      ", open)",   ", slash",   "|'",
-                                 "|\"",        "comment(",     "cdata(",       "conditional(", "entity(",   "extern(",   "extern-text(",
-                                 "c-comment(", "cpp-comment(", ", no-bracket", "junk(/*",      "junk(//",   "junk(<?",   "junk(<!"};
+    const char* const kinds[] = {"text(",   "start(",   "short(",       "end(",       "s-string(",    "d-string(",
+                                 "junk(",   "js-start", "js-end",       "css-start",  "css-end",      ", open)",
+                                 ", slash", "|'",       "|\"",          "comment(",   "cdata(",       "conditional(",
+                                 "entity(", "extern(",  "extern-text(", "c-comment(", "cpp-comment(", ", no-bracket",
+                                 "junk(/*", "junk(//",  "junk(<?",      "junk(<!"};
     std::vector<std::size_t> counts(std::size(kinds));
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         Dice dice(seed);
-        const std::string lines = ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).Lines();
+        const std::string lines =
+            ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).Lines();
         for (std::size_t i = 0; i < std::size(kinds); ++i)
             counts[i] += lines.find(kinds[i]) != std::string::npos ? 1 : 0;
     }

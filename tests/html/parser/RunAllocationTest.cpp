@@ -30,8 +30,8 @@
 #include "tests/html/parser/CountedAllocations.h"
 #include "tests/support/Flavours.h"
 
-// A run is appended in one operation. A new string then allocates once for it, whatever its length; one that grows character by character
-// allocates a dozen times on its way to a hundred thousand.
+// A run is appended in one operation. A new string then allocates once for it, whatever its length;
+// one that grows character by character allocates a dozen times on its way to a hundred thousand.
 
 namespace Kestra::Test {
 namespace {
@@ -94,7 +94,8 @@ void Check(const LongRun& run, Prepare prepare = AS_BEGUN) {
 
 TEST(RunAllocationTest, Text) {
     const auto inScript = [](auto* data) {
-        data->allowCComment = data->allowCPPComment = data->allowSQuoteString = data->allowDQuoteString = data->allowJSRegEx = true;
+        data->allowCComment = data->allowCPPComment = data->allowSQuoteString = data->allowDQuoteString =
+            data->allowJSRegEx = true;
     };
     const auto inIso2022 = [](auto* data) { data->allowEscape2022 = true; };
     Check<HTML::TextSimpleParser>({"text", "", 'a', "<"});
@@ -164,7 +165,9 @@ std::size_t CountInDocument(const LongRun& run, std::size_t length) {
     HTML::ParserObserver<C, S> observer;
     GenericParser parser;
     parser.SetObserver(&observer, false);
-    EXPECT_EQ(parser.StartParse(1252, sizeof(C) > 1 ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(
+        parser.StartParse(1252, sizeof(C) > 1 ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
+        0U);
     const std::size_t before = CountAllocations();
     EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
     const std::size_t count = CountAllocations() - before;
@@ -173,8 +176,11 @@ std::size_t CountInDocument(const LongRun& run, std::size_t length) {
 }
 
 void CheckDocument(const LongRun& run) {
-    EXPECT_EQ((CountInDocument<char, std::string>(run, LONG)), (CountInDocument<char, std::string>(run, 1)) + run.growths) << run.note;
-    EXPECT_EQ((CountInDocument<WideChar, WideString>(run, LONG)), (CountInDocument<WideChar, WideString>(run, 1)) + run.growths)
+    EXPECT_EQ((CountInDocument<char, std::string>(run, LONG)),
+              (CountInDocument<char, std::string>(run, 1)) + run.growths)
+        << run.note;
+    EXPECT_EQ((CountInDocument<WideChar, WideString>(run, LONG)),
+              (CountInDocument<WideChar, WideString>(run, 1)) + run.growths)
         << run.note << ", wide";
 }
 

@@ -39,14 +39,15 @@ template <std::size_t N>
 void CheckInside(const char* element, const ContentRow (&rows)[N]) {
     const std::string name(element);
     for (const ContentRow& row : rows)
-        CheckRow(DocumentRow{row.note, "<" + name + ">" + row.content + "</" + name + ">", Inside(element, row.tokens)});
+        CheckRow(
+            DocumentRow{row.note, "<" + name + ">" + row.content + "</" + name + ">", Inside(element, row.tokens)});
 }
 
 TEST(ScriptCommentTest, BlockComments) {
     const ContentRow rows[] = {
         {"between text", "a/*b*/c", {"text(a)", "c-comment(b)", "text(c)"}},
         {"an empty one", "/**/", {"c-comment()"}},
-        {"an asterisk in front of the end", "/* a **/", {"c-comment( a *)"}},
+        {"an asterisk before the end", "/* a **/", {"c-comment( a *)"}},
         {"three asterisks", "/***/", {"c-comment(*)"}},
         {"the opener's asterisk is not the end's", "/*/a*/", {"c-comment(/a)"}},
         {"asterisks and slashes inside", "/* * / */", {"c-comment( * / )"}},
@@ -75,16 +76,18 @@ TEST(ScriptCommentTest, LineComments) {
         {"comment openers inside", "//a//b/*c\nd*/", {"cpp-comment(a//b/*c)", "text(\\nd*)", "text(/)"}},
         {"three slashes", "///a\n", {"cpp-comment(/a)", "text(\\n)"}},
         {"quotes inside", "//it's \"\n'a'", {"cpp-comment(it's \")", "text(\\n)", "s-string(a)"}},
-        {"a line comment behind a line comment", "//a\n//b\n", {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
-        {"a block comment behind a line comment", "//a\n/*b*/", {"cpp-comment(a)", "text(\\n)", "c-comment(b)"}},
-        {"a line comment behind a block comment", "/*a*///b\n", {"c-comment(a)", "cpp-comment(b)", "text(\\n)"}},
+        {"a line comment after a line comment",
+         "//a\n//b\n",
+         {"cpp-comment(a)", "text(\\n)", "cpp-comment(b)", "text(\\n)"}},
+        {"a block comment after a line comment", "//a\n/*b*/", {"cpp-comment(a)", "text(\\n)", "c-comment(b)"}},
+        {"a line comment after a block comment", "/*a*///b\n", {"c-comment(a)", "cpp-comment(b)", "text(\\n)"}},
         {"an address", "x=http://a/b\n", {"text(x=http:)", "cpp-comment(a/b)", "text(\\n)"}},
         {"tags inside", "//a<b c='d'>e\n", {"cpp-comment(a<b c='d'>e)", "text(\\n)"}},
         {"an end tag inside", "// a </b> c\n", {"cpp-comment( a </b> c)", "text(\\n)"}},
         {"the end tag of the script too", "//</script>\n'a'", {"cpp-comment(</script>)", "text(\\n)", "s-string(a)"}},
         {"a declaration inside", "//<!a>\n", {"cpp-comment(<!a>)", "text(\\n)"}},
         {"a processing instruction inside", "//<?a?>\n", {"cpp-comment(<?a?>)", "text(\\n)"}},
-        {"a \"<\" in front of the line feed", "//<\n", {"cpp-comment(<)", "text(\\n)"}},
+        {"a \"<\" before the line feed", "//<\n", {"cpp-comment(<)", "text(\\n)"}},
         {"a \"</\"", "//</\n", {"cpp-comment(</)", "text(\\n)"}},
         {"a \"<!\"", "//<!\n", {"cpp-comment(<!)", "text(\\n)"}},
         {"a \"<?\"", "//<?\n", {"cpp-comment(<?)", "text(\\n)"}},
@@ -98,33 +101,43 @@ TEST(ScriptCommentTest, LineComments) {
 
 TEST(ScriptCommentTest, SectionsThatEndALineComment) {
     const ContentRow rows[] = {
-        {"a comment", "// a <!-- b -->c'd'\n", {"cpp-comment( a )", "comment( b )", "text(c)", "s-string(d)", "text(\\n)"}},
+        {"a comment",
+         "// a <!-- b -->c'd'\n",
+         {"cpp-comment( a )", "comment( b )", "text(c)", "s-string(d)", "text(\\n)"}},
         {"a comment over several lines", "//<!--\n\n-->\n", {"cpp-comment()", "comment(\\n\\n)", "text(\\n)"}},
         {"a comment that hides the end tag", "//<!--</script>-->", {"cpp-comment()", "comment(</script>)"}},
-        {"a CDATA section, with its word as written", "// a <![cData[b]]>c", {"cpp-comment( a )", "cdata(cData|[b)", "text(c)"}},
+        {"a CDATA section, with its word as written",
+         "// a <![cData[b]]>c",
+         {"cpp-comment( a )", "cdata(cData|[b)", "text(c)"}},
         {"one that ends unclosed", "//<![CDATA[b]]c", {"cpp-comment()", "cdata(CDATA|[b]], open)", "text(c)"}},
         {"a conditional section",
          "//a<![if b]>c<![EndIf]>d",
          {"cpp-comment(a)", "conditional(if| b|)", "text(c)", "conditional(EndIf||)", "text(d)"}},
-        {"an end of one", "//<![endif]>//a\n", {"cpp-comment()", "conditional(endif||)", "cpp-comment(a)", "text(\\n)"}},
-        {"behind a \"<\"", "//<<!--a-->", {"cpp-comment(<)", "comment(a)"}},
-        {"behind a \"<!\"", "//<!<!--a-->", {"cpp-comment(<!)", "comment(a)"}},
-        {"behind an end tag", "//</a><!--b-->", {"cpp-comment(</a>)", "comment(b)"}},
+        {"an end of one",
+         "//<![endif]>//a\n",
+         {"cpp-comment()", "conditional(endif||)", "cpp-comment(a)", "text(\\n)"}},
+        {"after a \"<\"", "//<<!--a-->", {"cpp-comment(<)", "comment(a)"}},
+        {"after a \"<!\"", "//<!<!--a-->", {"cpp-comment(<!)", "comment(a)"}},
+        {"after an end tag", "//</a><!--b-->", {"cpp-comment(</a>)", "comment(b)"}},
         {"one section after the other",
          "//a<!--b-->//c<![CDATA[d]]>//e<![if f]>//g\n",
-         {"cpp-comment(a)", "comment(b)", "cpp-comment(c)", "cdata(CDATA|[d)", "cpp-comment(e)", "conditional(if| f|)", "cpp-comment(g)",
-          "text(\\n)"}},
+         {"cpp-comment(a)", "comment(b)", "cpp-comment(c)", "cdata(CDATA|[d)", "cpp-comment(e)", "conditional(if| f|)",
+          "cpp-comment(g)", "text(\\n)"}},
         {"the classical end of a hidden script", "<!--\na\n//-->\n", {"comment(\\na\\n//)", "text(\\n)"}},
-        {"and of a CDATA section", "//<![CDATA[\na\n//]]>\nb", {"cpp-comment()", "cdata(CDATA|[\\na\\n//)", "text(\\nb)"}},
+        {"and of a CDATA section",
+         "//<![CDATA[\na\n//]]>\nb",
+         {"cpp-comment()", "cdata(CDATA|[\\na\\n//)", "text(\\nb)"}},
     };
     CheckInside("script", rows);
 }
 
-TEST(ScriptCommentTest, SectionsBehindALineCommentThatTheInputLeavesOpen) {
+TEST(ScriptCommentTest, SectionsAfterALineCommentThatTheInputLeavesOpen) {
     const DocumentRow rows[] = {
         {"a comment", "<script>//a<!--b-", Open("script") + Lines{"cpp-comment(a)", "comment(b-, open)"}},
-        {"a CDATA section", "<script>//a<![CDATA[b]", Open("script") + Lines{"cpp-comment(a)", "cdata(CDATA|[b], open)"}},
-        {"a conditional section", "<script>//<![if b", Open("script") + Lines{"cpp-comment()", "conditional(if| b|, no-bracket, open)"}},
+        {"a CDATA section", "<script>//a<![CDATA[b]",
+         Open("script") + Lines{"cpp-comment(a)", "cdata(CDATA|[b], open)"}},
+        {"a conditional section", "<script>//<![if b",
+         Open("script") + Lines{"cpp-comment()", "conditional(if| b|, no-bracket, open)"}},
     };
     CheckRows(rows);
 }
@@ -132,26 +145,30 @@ TEST(ScriptCommentTest, SectionsBehindALineCommentThatTheInputLeavesOpen) {
 TEST(ScriptCommentTest, StyleHasNoLineComments) {
     const ContentRow rows[] = {
         {"two slashes", "a//b\n'c'", {"text(a//b\\n)", "s-string(c)"}},
-        {"a block comment behind a slash", "a//*b*/c", {"text(a/)", "c-comment(b)", "text(c)"}},
+        {"a block comment after a slash", "a//*b*/c", {"text(a/)", "c-comment(b)", "text(c)"}},
         {"an address", "url(http://a)/*b*/", {"text(url(http://a))", "c-comment(b)"}},
-        {"a slash in front of a string", "a/'b'", {"text(a/)", "s-string(b)"}},
-        {"a section behind two slashes", "//<!--a-->", {"text(//)", "comment(a)"}},
+        {"a slash before a string", "a/'b'", {"text(a/)", "s-string(b)"}},
+        {"a section after two slashes", "//<!--a-->", {"text(//)", "comment(a)"}},
     };
     CheckInside("style", rows);
 }
 
 TEST(ScriptCommentTest, OutsideOfScriptAndStyleTheyAreText) {
     const DocumentRow rows[] = {
-        {"block and line comments", "a/*b*///c\n<d>/*<e>*/", {"text(a/*b*///c\\n)", "start(|d||)", "text(/*)", "start(|e||)", "text(*/)"}},
-        {"behind a script", "<script>/*a*/</script>/*b*/", Inside("script", {"c-comment(a)"}) + Lines{"text(/*b*/)"}},
+        {"block and line comments",
+         "a/*b*///c\n<d>/*<e>*/",
+         {"text(a/*b*///c\\n)", "start(|d||)", "text(/*)", "start(|e||)", "text(*/)"}},
+        {"after a script", "<script>/*a*/</script>/*b*/", Inside("script", {"c-comment(a)"}) + Lines{"text(/*b*/)"}},
     };
     CheckRows(rows);
 }
 
 TEST(ScriptCommentTest, BesideRegularExpressions) {
     const ContentRow rows[] = {
-        {"an asterisk behind the slash makes it a comment", "x=/*a*/1", {"text(x=)", "c-comment(a)", "text(1)"}},
-        {"a comment's end is no expression", "/*a*/ /b/\n", {"c-comment(a)", "text( )", "text(/b)", "text(/)", "text(\\n)"}},
+        {"an asterisk after the slash makes it a comment", "x=/*a*/1", {"text(x=)", "c-comment(a)", "text(1)"}},
+        {"a comment's end is no expression",
+         "/*a*/ /b/\n",
+         {"c-comment(a)", "text( )", "text(/b)", "text(/)", "text(\\n)"}},
         {"an expression cannot hold \"//\"", "/a//b\n", {"text(/a)", "cpp-comment(b)", "text(\\n)"}},
         {"its end and an asterisk open a comment", "/a/*b*/", {"text(/a)", "c-comment(b)"}},
         {"an escaped slash in it opens none", "/a\\//b\n", {"text(/a\\\\/)", "text(/b)", "text(\\n)"}},
@@ -161,27 +178,29 @@ TEST(ScriptCommentTest, BesideRegularExpressions) {
 
 // No cut between the two characters of the opener: see the next table.
 TEST(ScriptCommentTest, CommentsThatTheInputLeavesOpen) {
-    constexpr std::size_t BEHIND_SCRIPT = 9;  // between the two characters that follow "<script>"
-    constexpr std::size_t BEHIND_STYLE = 8;
+    constexpr std::size_t AFTER_SCRIPT = 9;  // between the two characters that follow "<script>"
+    constexpr std::size_t AFTER_STYLE = 8;
     const Lines script = Open("script");
     const Lines style = Open("style");
     const BrokenRow rows[] = {
-        {"a block comment", "<script>/*a", script + Lines{"junk(/*a)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind its opener", "<script>/*", script + Lines{"junk(/*)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind an asterisk", "<script>/*a\n*", script + Lines{"junk(/*a\\n*)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"tags inside", "<script>/*</script><b", script + Lines{"junk(/*</script><b)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"in a style", "<style>/*a*", style + Lines{"junk(/*a*)"}, style, 0, 16, BEHIND_STYLE},
-        {"a line comment", "<script>//a", script + Lines{"junk(//a)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind its opener", "<script>//", script + Lines{"junk(//)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind a \"<\"", "<script>//a<", script + Lines{"junk(//a<)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind a \"<!\"", "<script>//a<!", script + Lines{"junk(//a<!)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"behind a \"<!-\"", "<script>//a<!-", script + Lines{"junk(//a<!-)"}, script, 0, 16, BEHIND_SCRIPT},
-        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16, BEHIND_SCRIPT},
+        {"a block comment", "<script>/*a", script + Lines{"junk(/*a)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after its opener", "<script>/*", script + Lines{"junk(/*)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after an asterisk", "<script>/*a\n*", script + Lines{"junk(/*a\\n*)"}, script, 0, 16, AFTER_SCRIPT},
+        {"tags inside", "<script>/*</script><b", script + Lines{"junk(/*</script><b)"}, script, 0, 16, AFTER_SCRIPT},
+        {"in a style", "<style>/*a*", style + Lines{"junk(/*a*)"}, style, 0, 16, AFTER_STYLE},
+        {"a line comment", "<script>//a", script + Lines{"junk(//a)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after its opener", "<script>//", script + Lines{"junk(//)"}, script, 0, 16, AFTER_SCRIPT},
+        {"the end tag inside", "<script>//a</script>b", script + Lines{"junk(//a</script>b)"}, script, 0, 16,
+         AFTER_SCRIPT},
+        {"after a \"<\"", "<script>//a<", script + Lines{"junk(//a<)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after a \"<!\"", "<script>//a<!", script + Lines{"junk(//a<!)"}, script, 0, 16, AFTER_SCRIPT},
+        {"after a \"<!-\"", "<script>//a<!-", script + Lines{"junk(//a<!-)"}, script, 0, 16, AFTER_SCRIPT},
+        {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, script, 0, 16,
+         AFTER_SCRIPT},
     };
     CheckRows(rows);
     const BrokenRow behindText[] = {
-        {"behind text", "<script>x /*a", script + Lines{"text(x )", "junk(/*a)"}, script + Lines{"text(x )"}, 0, 16, 11},
+        {"after text", "<script>x /*a", script + Lines{"text(x )", "junk(/*a)"}, script + Lines{"text(x )"}, 0, 16, 11},
     };
     CheckRows(behindText);
 }
@@ -191,16 +210,21 @@ TEST(ScriptCommentTest, LineCommentsThatFail) {
     const Lines script = Open("script");
     const BrokenRow rows[] = {
         {"a \"<!-\" without a second dash", "<script>// a <!-x\n'b</script>c",
-         script + Lines{"junk(// a <!-)", "junk(x\\n'b)", "end(|script|||)", "js-end", "text(c)"}, script, 11, 16, OPENER},
-        {"an unknown word", "<script>//<![x[<a", script + Lines{"junk(//<![x)", "junk([)", "text(<a)"}, script, 11, 16, OPENER},
+         script + Lines{"junk(// a <!-)", "junk(x\\n'b)", "end(|script|||)", "js-end", "text(c)"}, script, 11, 16,
+         OPENER},
+        {"an unknown word", "<script>//<![x[<a", script + Lines{"junk(//<![x)", "junk([)", "text(<a)"}, script, 11, 16,
+         OPENER},
         {"no word", "<script>//<![[", script + Lines{"junk(//<![)", "junk([)"}, script, 11, 16, OPENER},
-        {"a line feed behind \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16, OPENER},
-        {"a line feed behind the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11, 16, OPENER},
+        {"a line feed after \"<!-\"", "<script>//<!-\na", script + Lines{"junk(//<!-)", "junk(\\na)"}, script, 11, 16,
+         OPENER},
+        {"a line feed after the word", "<script>//<![a\nb", script + Lines{"junk(//<![a)", "junk(\\nb)"}, script, 11,
+         16, OPENER},
     };
     CheckRows(rows);
 }
 
-// A table of its own: where the opener is cut, the slash in front of the cut is lost when the comment becomes junk.
+// A table of its own: where the opener is cut, the slash before the cut is lost when the comment
+// becomes junk.
 TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
     struct Row {
         const char* note;
@@ -214,7 +238,8 @@ TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
         {"an open block comment", "<script>a/*b", 10, Open("script") + Lines{"text(a)", "junk(*b)"}, "<script>a*b", 0},
         {"an open line comment", "<script>a//b", 10, Open("script") + Lines{"text(a)", "junk(/b)"}, "<script>a/b", 0},
         {"an open comment in a style", "<style>/*b", 8, Open("style") + Lines{"junk(*b)"}, "<style>*b", 0},
-        {"a line comment that fails", "<script>//<!-x", 9, Open("script") + Lines{"junk(/<!-)", "junk(x)"}, "<script>/<!-x", 11},
+        {"a line comment that fails", "<script>//<!-x", 9, Open("script") + Lines{"junk(/<!-)", "junk(x)"},
+         "<script>/<!-x", 11},
     };
     for (const Row& row : rows) {
         for (const Route& route : ROUTES) {
@@ -245,7 +270,8 @@ TEST(ScriptCommentTest, ACutOpenerOfAJunkCommentLosesItsFirstCharacter) {
     }
 }
 
-// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does it in front of anything else.
+// A cut opener loses nothing as long as its comment is whole, which the tables above show; nor does
+// it before anything else.
 TEST(ScriptCommentTest, ASlashAtTheEndOfAPieceIsJudgedByTheNextOne) {
     const ContentRow rows[] = {
         {"no comment", "a/b\n", {"text(a)", "text(/b)", "text(\\n)"}},
@@ -258,12 +284,14 @@ TEST(ScriptCommentTest, ASlashAtTheEndOfAPieceIsJudgedByTheNextOne) {
 
 TEST(ScriptCommentTest, The8BitObserverOfThe8BitParserIsNotGivenLineComments) {
     const std::string document = "<script>a//b\n//c<!--d-->//e<![CDATA[f]]>//g<![endif]>/*h*/</script>";
-    const Lines unheard = Open("script") + Lines{"text(a)",      "text(\\n)",       "comment(d)", "cdata(CDATA|[f)", "conditional(endif||)",
-                                                 "c-comment(h)", "end(|script|||)", "js-end"};
-    const Lines heard =
-        Open("script") + Lines{"text(a)",         "cpp-comment(b)",  "text(\\n)",      "cpp-comment(c)",       "comment(d)",
-                               "cpp-comment(e)",  "cdata(CDATA|[f)", "cpp-comment(g)", "conditional(endif||)", "c-comment(h)",
-                               "end(|script|||)", "js-end"};
+    const Lines unheard =
+        Open("script") +
+        Lines{"text(a)",      "text(\\n)",       "comment(d)", "cdata(CDATA|[f)", "conditional(endif||)",
+              "c-comment(h)", "end(|script|||)", "js-end"};
+    const Lines heard = Open("script") + Lines{"text(a)",         "cpp-comment(b)",  "text(\\n)",
+                                               "cpp-comment(c)",  "comment(d)",      "cpp-comment(e)",
+                                               "cdata(CDATA|[f)", "cpp-comment(g)",  "conditional(endif||)",
+                                               "c-comment(h)",    "end(|script|||)", "js-end"};
     for (const Feed feed : {Feed::BUFFER, Feed::STREAM}) {
         for (const Route& route : ROUTES) {
             SCOPED_TRACE(route.name);

@@ -14,7 +14,8 @@ namespace {
 
 using HTML::GenericParser;
 
-/// Each by the parser of one flavour for an observer of its own, and of the other, by turns: what lies between them is the same as ever.
+/// Each by the parser of one flavour for an observer of its own, and of the other, by turns: what
+/// lies between them is the same as ever.
 template <std::size_t N>
 void CheckAsText(const DocumentRow (&rows)[N], StringNS::CharSet::Code charset = 1252) {
     bool toOther = false;
@@ -40,24 +41,36 @@ TEST(ScriptModeTest, TheElements) {
         {"nor in a style",
          "<style>a>'b<c>\"/*d</style>e",
          {"start(|style||)", "css-start", "text(a>'b<c>\"/*d)", "end(|style|||)", "css-end", "text(e)"}},
-        {"a text area", "<textarea><b></textarea><i>", {"start(|textarea||)", "text(<b>)", "end(|textarea|||)", "start(|i||)"}},
+        {"a text area",
+         "<textarea><b></textarea><i>",
+         {"start(|textarea||)", "text(<b>)", "end(|textarea|||)", "start(|i||)"}},
         {"a title", "<title><!--a</title>b", {"start(|title||)", "text(<!--a)", "end(|title|||)", "text(b)"}},
         {"an example", "<xmp><p></xmp>", {"start(|xmp||)", "text(<p>)", "end(|xmp|||)"}},
         {"a frame", "<iframe src=a><p></iframe>", {"start(|iframe|{ |src|=|a}|)", "text(<p>)", "end(|iframe|||)"}},
-        {"what is there without plug-ins", "<noembed><p></noembed>", {"start(|noembed||)", "text(<p>)", "end(|noembed|||)"}},
+        {"what is there without plug-ins",
+         "<noembed><p></noembed>",
+         {"start(|noembed||)", "text(<p>)", "end(|noembed|||)"}},
         {"and without frames", "<noframes><p></noframes>", {"start(|noframes||)", "text(<p>)", "end(|noframes|||)"}},
-        {"but not without scripts", "<noscript><p></noscript>", {"start(|noscript||)", "start(|p||)", "end(|noscript|||)"}},
+        {"but not without scripts",
+         "<noscript><p></noscript>",
+         {"start(|noscript||)", "start(|p||)", "end(|noscript|||)"}},
         {"nothing ends plain text", "<plaintext><p></plaintext>", {"start(|plaintext||)", "text(<p></plaintext>)"}},
         {"upper and lower case", "<XMP><p></XmP>", {"start(|XMP||)", "text(<p>)", "end(|XmP|||)"}},
-        {"an empty content is no text", "<script></script>", {"start(|script||)", "js-start", "end(|script|||)", "js-end"}},
+        {"an empty content is no text",
+         "<script></script>",
+         {"start(|script||)", "js-start", "end(|script|||)", "js-end"}},
         {"a content ends with the document", "<title>a</titl", {"start(|title||)", "text(a</titl)"}},
         {"also right after the tag", "<title>", {"start(|title||)"}},
         {"other text and tags are as ever", "a<b/>'c'</d>", {"text(a)", "short(|b||)", "text('c')", "end(|d|||)"}},
-        {"stray end tags too", "</script></style></title>", {"end(|script|||)", "js-end", "end(|style|||)", "css-end", "end(|title|||)"}},
+        {"stray end tags too",
+         "</script></style></title>",
+         {"end(|script|||)", "js-end", "end(|style|||)", "css-end", "end(|title|||)"}},
         {"two in a row",
          "<xmp></title></xmp><title></xmp></title>",
          {"start(|xmp||)", "text(</title>)", "end(|xmp|||)", "start(|title||)", "text(</xmp>)", "end(|title|||)"}},
-        {"line feeds count", "\n<xmp>\n<\n</xmp\n>\n", {"text(\\n)", "start(|xmp||)", "text(\\n<\\n)", "end(|xmp|\\n||)", "text(\\n)"}},
+        {"line feeds count",
+         "\n<xmp>\n<\n</xmp\n>\n",
+         {"text(\\n)", "start(|xmp||)", "text(\\n<\\n)", "end(|xmp|\\n||)", "text(\\n)"}},
     };
     CheckAsText(rows);
 }
@@ -73,9 +86,13 @@ TEST(ScriptModeTest, TheTagsThatBeginAContent) {
         {"the name ends at a slash",
          "<script/a><b></script/c>d",
          {"start(|script/a||)", "js-start", "text(<b>)", "end(|script/c|||)", "js-end", "text(d)"}},
-        {"attributes", "<title a='</title>'>b</title>", {"start(|title|{ |a|=|'</title>'}|)", "text(b)", "end(|title|||)"}},
+        {"attributes",
+         "<title a='</title>'>b</title>",
+         {"start(|title|{ |a|=|'</title>'}|)", "text(b)", "end(|title|||)"}},
         {"white space after the name", "<title\n>b</title\t>", {"start(|title||\\n)", "text(b)", "end(|title|\\t||)"}},
-        {"not white space that browsers do not know", "<title\v>b<i>", {"start(|title||\\x0B)", "text(b)", "start(|i||)"}},
+        {"not white space that browsers do not know",
+         "<title\v>b<i>",
+         {"start(|title||\\x0B)", "text(b)", "start(|i||)"}},
         {"nor before the attributes", "<title\v a>b<i>", {"start(|title|{\\x0B |a}|)", "text(b)", "start(|i||)"}},
         {"not with white space before the name", "< script>a<i>", {"start( |script||)", "text(a)", "start(|i||)"}},
         {"nor with a bracket after it", "<title[a]><i>", {"start(|title|{|[a]}|)", "start(|i||)"}},
@@ -96,9 +113,13 @@ TEST(ScriptModeTest, TheEndTags) {
          {"start(|xmp||)", "text(</xmps></xmp-></xmp<</xmp\\x0B>)", "end(|xmp|||)", "end(|xmp|\\x0C||)"}},
         {"the carriage return is white space", "<xmp></xmp\r>", {"start(|xmp||)", "end(|xmp|\\r||)"}},
         {"a slash", "<xmp>a</xmp/>b", {"start(|xmp||)", "text(a)", "end(|xmp/|||)", "text(b)"}},
-        {"a slash after white space", "<xmp>a</xmp />b", {"start(|xmp||)", "text(a)", "end(|xmp| ||, slash)", "text(b)"}},
+        {"a slash after white space",
+         "<xmp>a</xmp />b",
+         {"start(|xmp||)", "text(a)", "end(|xmp| ||, slash)", "text(b)"}},
         {"attributes", "<xmp>a</xmp b='>'>c", {"start(|xmp||)", "text(a)", "end(|xmp| |{|b|=|'>'}|)", "text(c)"}},
-        {"what begins like it", "<xmp></</x</xm</xmp></xmp>", {"start(|xmp||)", "text(</</x</xm)", "end(|xmp|||)", "end(|xmp|||)"}},
+        {"what begins like it",
+         "<xmp></</x</xm</xmp></xmp>",
+         {"start(|xmp||)", "text(</</x</xm)", "end(|xmp|||)", "end(|xmp|||)"}},
         {"white space before the name", "<xmp></ xmp></xmp>", {"start(|xmp||)", "text(</ xmp>)", "end(|xmp|||)"}},
         {"that of another element", "<xmp></title></xmp>", {"start(|xmp||)", "text(</title>)", "end(|xmp|||)"}},
         {"an end tag that is no more than its name ends a script too",
@@ -131,11 +152,13 @@ TEST(ScriptModeTest, AnEndTagThatFails) {
 
 TEST(ScriptModeTest, EscapedPartsOfScripts) {
     const DocumentRow rows[] = {
-        {"a script in a comment keeps its end tag", "<script><!--<script></script>--></script>", InScript("<!--<script></script>-->")},
+        {"a script in a comment keeps its end tag", "<script><!--<script></script>--></script>",
+         InScript("<!--<script></script>-->")},
         {"a comment alone hides no end tag",
          "<script><!--</script>-->",
          {"start(|script||)", "js-start", "text(<!--)", "end(|script|||)", "js-end", "text(-->)"}},
-        {"the script's end tag brings back the comment", "<script><!--<script></script></script>", InScript("<!--<script></script>")},
+        {"the script's end tag brings back the comment", "<script><!--<script></script></script>",
+         InScript("<!--<script></script>")},
         {"and another script in it the escape", "<script><!--<script></script><script></script></script>",
          InScript("<!--<script></script><script></script>")},
         {"a comment that is closed escapes nothing", "<script><!----><script></script>", InScript("<!----><script>")},
@@ -144,11 +167,13 @@ TEST(ScriptModeTest, EscapedPartsOfScripts) {
         {"not with one dash", "<script><!--->a</script>", InScript("<!--->a")},
         {"a \"-->\" inside closes both", "<script><!--<script>--></script>", InScript("<!--<script>-->")},
         {"three dashes do as well", "<script><!--<script>---></script>", InScript("<!--<script>--->")},
-        {"two and another character do not", "<script><!--<script>-- ></script></script>", InScript("<!--<script>-- ></script>")},
+        {"two and another character do not", "<script><!--<script>-- ></script></script>",
+         InScript("<!--<script>-- ></script>")},
         {"nor one", "<script><!--<script>-></script></script>", InScript("<!--<script>-></script>")},
         {"a longer name opens nothing", "<script><!--<scripts></script>", InScript("<!--<scripts>")},
         {"nor does a shorter one", "<script><!--<scrip></script>", InScript("<!--<scrip>")},
-        {"white space ends the name, or a slash", "<script><!--<SCRIPT/</script\n></script>", InScript("<!--<SCRIPT/</script\\n>")},
+        {"white space ends the name, or a slash", "<script><!--<SCRIPT/</script\n></script>",
+         InScript("<!--<SCRIPT/</script\\n>")},
         {"a longer end tag brings back nothing", "<script><!--<script></scripts></script></script>",
          InScript("<!--<script></scripts></script>")},
         {"what begins like a comment is none", "<script><!-<!<!-<script></script>", InScript("<!-<!<!-<script>")},
@@ -161,20 +186,25 @@ TEST(ScriptModeTest, EscapedPartsOfScripts) {
          {"start(|style||)", "css-start", "text(<!--<style>)", "end(|style|||)", "css-end"}},
         {"nor does the next script remember it",
          "<script><!--</script><script><script></script>",
-         {"start(|script||)", "js-start", "text(<!--)", "end(|script|||)", "js-end", "start(|script||)", "js-start", "text(<script>)",
-          "end(|script|||)", "js-end"}},
+         {"start(|script||)", "js-start", "text(<!--)", "end(|script|||)", "js-end", "start(|script||)", "js-start",
+          "text(<script>)", "end(|script|||)", "js-end"}},
     };
     CheckAsText(rows);
 }
 
 TEST(ScriptModeTest, EscapeRunsOfIso2022) {
     const DocumentRow rows[] = {
-        {"a run hides an end tag", "<xmp>a\x1B$B</xmp>\x1B(Bb</xmp>", {"start(|xmp||)", "text(a\\x1B$B</xmp>\\x1B(Bb)", "end(|xmp|||)"}},
+        {"a run hides an end tag",
+         "<xmp>a\x1B$B</xmp>\x1B(Bb</xmp>",
+         {"start(|xmp||)", "text(a\\x1B$B</xmp>\\x1B(Bb)", "end(|xmp|||)"}},
         {"at once", "<xmp>\x1B$B</xmp>\x1B(B</xmp>", {"start(|xmp||)", "text(\\x1B$B</xmp>\\x1B(B)", "end(|xmp|||)"}},
-        {"and the parts of a script", "<script>\x1B$B<!--<script>\x1B(B</script>", InScript("\\x1B$B<!--<script>\\x1B(B")},
-        {"and the end of one", "<script><!--<script>\x1B$B-->\x1B(B</script></script>", InScript("<!--<script>\\x1B$B-->\\x1B(B</script>")},
+        {"and the parts of a script", "<script>\x1B$B<!--<script>\x1B(B</script>",
+         InScript("\\x1B$B<!--<script>\\x1B(B")},
+        {"and the end of one", "<script><!--<script>\x1B$B-->\x1B(B</script></script>",
+         InScript("<!--<script>\\x1B$B-->\\x1B(B</script>")},
         {"an escape that designates nothing", "<xmp>\x1Bx</xmp>", {"start(|xmp||)", "text(\\x1Bx)", "end(|xmp|||)"}},
-        {"its characters do not count either", "<script><!--<script>\x1B--></script></script>", InScript("<!--<script>\\x1B--></script>")},
+        {"its characters do not count either", "<script><!--<script>\x1B--></script></script>",
+         InScript("<!--<script>\\x1B--></script>")},
         {"the end of the document in a run", "<xmp>a\x1B$B<", {"start(|xmp||)", "text(a\\x1B$B<)"}},
         {"in a designation", "<xmp>a\x1B$", {"start(|xmp||)", "text(a\\x1B$)"}},
         {"in plain text", "<plaintext>\x1B$B<\x1B(B<", {"start(|plaintext||)", "text(\\x1B$B<\\x1B(B<)"}},
@@ -191,12 +221,13 @@ TEST(ScriptModeTest, EscapeRunsOfIso2022) {
 TEST(ScriptModeTest, NamesInWideText) {
     DocumentSettings settings = SettingsFor(WIDE_TO_WIDE);
     settings.scriptMode = GenericParser::SCRIPT_AS_TEXT;
-    const WideString input = KESTRA_WIDE("<\u017Fcript><b><script></\u017Fcript></script\u00A0></script><title\u00A0><i>");
+    const WideString input =
+        KESTRA_WIDE("<\u017Fcript><b><script></\u017Fcript></script\u00A0></script><title\u00A0><i>");
     ForEverySplit(std::string(input.size(), 'x'), [&](const Cuts& cuts) {
         EXPECT_EQ(ParseDocument(input, cuts, settings).Lines(),
-                  Join({"start-parsing", "charset(1200)", "start(|\\u017Fcript||)", "start(|b||)", "start(|script||)", "js-start",
-                        "text(</\\u017Fcript></script\\u00A0>)", "end(|script|||)", "js-end", "start(|title||\\u00A0)", "start(|i||)",
-                        "end-parsing"}));
+                  Join({"start-parsing", "charset(1200)", "start(|\\u017Fcript||)", "start(|b||)", "start(|script||)",
+                        "js-start", "text(</\\u017Fcript></script\\u00A0>)", "end(|script|||)", "js-end",
+                        "start(|title||\\u00A0)", "start(|i||)", "end-parsing"}));
     });
 }
 
@@ -235,7 +266,8 @@ TEST(ScriptModeTest, TheSetting) {
     EXPECT_EQ(parser.GetScriptMode(), GenericParser::SCRIPT_AS_TEXT);
     EXPECT_EQ(parser.SetScriptMode(static_cast<GenericParser::ScriptMode>(2)), 2U);
     EXPECT_EQ(parser.GetScriptMode(), GenericParser::SCRIPT_AS_TEXT);
-    for (const auto type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16, GenericParser::DATA_STREAM_AUTO}) {
+    for (const auto type :
+         {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16, GenericParser::DATA_STREAM_AUTO}) {
         EXPECT_EQ(parser.StartParse(1252, type), 0U);
         EXPECT_EQ(parser.GetScriptMode(), GenericParser::SCRIPT_AS_TEXT);
         EXPECT_EQ(GenericParser(parser).GetScriptMode(), GenericParser::SCRIPT_AS_TEXT);
@@ -269,8 +301,8 @@ TEST(ScriptModeTest, ItStaysForTheNextDocuments) {
 }
 
 /// Sets a mode in the first callback with the given line.
-Lines SwitchAt(const std::string& at, GenericParser::ScriptMode from, GenericParser::ScriptMode to, std::string_view document,
-               const Cuts& cuts) {
+Lines SwitchAt(const std::string& at, GenericParser::ScriptMode from, GenericParser::ScriptMode to,
+               std::string_view document, const Cuts& cuts) {
     Lines lines;
     HookedObserver<char, std::string> observer(&lines);
     DocumentSettings settings;
@@ -311,18 +343,20 @@ TEST(ScriptModeTest, ItTakesEffectWithTheNextStartTag) {
          "js-start",
          GenericParser::SCRIPT_AS_TEXT,
          "<script>'b'<i></script><xmp><i>",
-         {"start(|script||)", "js-start", "s-string(b)", "text(<i>)", "end(|script|||)", "js-end", "start(|xmp||)", "text(<i>)"}},
+         {"start(|script||)", "js-start", "s-string(b)", "text(<i>)", "end(|script|||)", "js-end", "start(|xmp||)",
+          "text(<i>)"}},
         {"and in what follows",
          "s-string(b)",
          GenericParser::SCRIPT_AS_TEXT,
          "<script>'b'/**/</script/></script><xmp><i>",
-         {"start(|script||)", "js-start", "s-string(b)", "c-comment()", "text(</script/>)", "end(|script|||)", "js-end", "start(|xmp||)",
-          "text(<i>)"}},
+         {"start(|script||)", "js-start", "s-string(b)", "c-comment()", "text(</script/>)", "end(|script|||)", "js-end",
+          "start(|xmp||)", "text(<i>)"}},
         {"back in the script's tag",
          "start(|script||)",
          GenericParser::SCRIPT_AS_TOKENS,
          "<script>'b'</script><script>'b'",
-         {"start(|script||)", "js-start", "text('b')", "end(|script|||)", "js-end", "start(|script||)", "js-start", "s-string(b)"}},
+         {"start(|script||)", "js-start", "text('b')", "end(|script|||)", "js-end", "start(|script||)", "js-start",
+          "s-string(b)"}},
         {"back in its text",
          "text('b')",
          GenericParser::SCRIPT_AS_TOKENS,
@@ -331,8 +365,11 @@ TEST(ScriptModeTest, ItTakesEffectWithTheNextStartTag) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
-        const auto from = row.to == GenericParser::SCRIPT_AS_TEXT ? GenericParser::SCRIPT_AS_TOKENS : GenericParser::SCRIPT_AS_TEXT;
-        ForEverySplit(row.document, [&](const Cuts& cuts) { EXPECT_EQ(SwitchAt(row.at, from, row.to, row.document, cuts), row.lines); });
+        const auto from =
+            row.to == GenericParser::SCRIPT_AS_TEXT ? GenericParser::SCRIPT_AS_TOKENS : GenericParser::SCRIPT_AS_TEXT;
+        ForEverySplit(row.document, [&](const Cuts& cuts) {
+            EXPECT_EQ(SwitchAt(row.at, from, row.to, row.document, cuts), row.lines);
+        });
     }
 }
 

@@ -71,7 +71,8 @@ TEST(Crc32Test, EveryLengthAndPlaceInMemory) {
                                           bytes.begin() + static_cast<std::ptrdiff_t>(begin + length));
             const std::string_view piece(block.data(), block.size());
             EXPECT_EQ(FastCrc32(0x12345678, piece), SlowCrc32(0x12345678, piece)) << begin << ", " << length;
-            EXPECT_EQ(FastCrc32(0, std::string_view(bytes).substr(begin, length)), SlowCrc32(0, piece)) << begin << ", " << length;
+            EXPECT_EQ(FastCrc32(0, std::string_view(bytes).substr(begin, length)), SlowCrc32(0, piece))
+                << begin << ", " << length;
         }
     }
 }
@@ -90,9 +91,11 @@ TEST(Crc32Test, PiecesGiveWhatTheWholeGives) {
     EXPECT_EQ(HTML::UpdateCrc32(0xCBF43926, nullptr, 0), 0xCBF43926U);
 }
 
-/// A parser with the self-check that is fed step by step; its observers write down what they are given.
+/// A parser with the self-check that is fed step by step; its observers write down what they are
+/// given.
 struct Bench {
-    explicit Bench(GenericParser::SelfCheck check = GenericParser::SELF_CHECK_COPY, bool observed = true) : narrow(&lines), wide(&lines) {
+    explicit Bench(GenericParser::SelfCheck check = GenericParser::SELF_CHECK_COPY, bool observed = true)
+        : narrow(&lines), wide(&lines) {
         if (observed)
             parser.SetObserver(&narrow, false);
         parser.SetSelfCheck(check);
@@ -255,14 +258,14 @@ TEST(SelfCheckTest, WhatIsNotWrittenBackAsItWasRead) {
         {"a conditional tail that is cut", {"<![endif]-", "->"}, "<![endif]->", 704},
         {"one that lies whole in a piece", {"<![endif]", "-->"}, "<![endif]-->", 0},
         {"one that is never closed", {"<![endif]--"}, "<![endif]", 704},
-        {"the blank behind the slash of an XML declaration", {"<?xml a/ >"}, "<?xml a />", 704},
-        {"a blank in front of it", {"<?xml a />"}, "<?xml a />", 0},
+        {"the blank after the slash of an XML declaration", {"<?xml a/ >"}, "<?xml a />", 704},
+        {"a blank before it", {"<?xml a />"}, "<?xml a />", 0},
         {"a CDATA section that two brackets ended", {"<![CDATA[a]]b"}, "<![CDATA[a]]b", 0},
         {"an open comment", {"<!--a-", "-"}, "<!--a--", 0},
         {"a cut opener of a comment in a script", {"<script>/", "*a*/"}, "<script>/*a*/", 0},
         {"a regular expression", {"<script>a=/b", "/g", "\n"}, "<script>a=/b/g\n", 0},
         {"an attribute that took words up", {"<a b='c' d", " e>"}, "<a b='c' d e>", 0},
-        {"a blank behind the slash of a short tag", {"<br", "/ >"}, "<br/ >", 0},
+        {"a blank after the slash of a short tag", {"<br", "/ >"}, "<br/ >", 0},
         {"an end tag that a \"<\" ended", {"</a", "<b>"}, "</a<b>", 0},
     };
     for (const Row& row : rows) {
@@ -296,7 +299,8 @@ TEST(SelfCheckTest, AMismatchTakesOnlyTheEndOfParsingAway) {
 }
 
 TEST(SelfCheckTest, AMarkBelongsToBothSides) {
-    const std::string documents[] = {"\xEF\xBB\xBF<p>x", "\xFF\xFE" + ToUtf16LE(std::string_view("<p>x")), "\xEF\xBB\xBF", "\xFF\xFE"};
+    const std::string documents[] = {"\xEF\xBB\xBF<p>x", "\xFF\xFE" + ToUtf16LE(std::string_view("<p>x")),
+                                     "\xEF\xBB\xBF", "\xFF\xFE"};
     for (const std::string& document : documents) {
         const bool wide = document[0] == '\xFF';
         for (const bool observed : {true, false}) {
@@ -370,7 +374,8 @@ TEST(SelfCheckTest, TheCopyIsOneStreamFromItsFirstByteOn) {
 }
 
 TEST(SelfCheckTest, AnEmptyDocumentHasAnEmptyCopy) {
-    for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
+    for (const GenericParser::DataStreamType type :
+         {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
         Bench bench;
         bench.Start(type);
         EXPECT_EQ(bench.parser.EndParse(), 0U);
@@ -391,7 +396,7 @@ TEST(SelfCheckTest, AskedForInTheMiddleTheCopyEndsThereAndTheChecksumGoesOn) {
     EXPECT_EQ(bench.parser.GetSelfCheckStream(), stream);
     EXPECT_EQ(bench.Copy(), "a<b>");
 
-    // A mismatch behind it is still found.
+    // A mismatch after it is still found.
     Bench mismatch;
     mismatch.Start();
     EXPECT_EQ(mismatch.Feed("a<b>"), 0U);
@@ -452,7 +457,7 @@ TEST(SelfCheckTest, EveryDocumentHasItsOwnCopy) {
     EXPECT_EQ(bench.Copy(), "none");
 }
 
-TEST(SelfCheckTest, AnUnfinishedDocumentLeavesNothingBehind) {
+TEST(SelfCheckTest, AnUnfinishedDocumentLeavesNothing) {
     Bench bench;
     bench.Start();
     EXPECT_EQ(bench.Feed("a<![endif]-"), 0U);
@@ -463,7 +468,7 @@ TEST(SelfCheckTest, AnUnfinishedDocumentLeavesNothingBehind) {
     EXPECT_EQ(bench.Copy(), "c<d>");
 }
 
-TEST(SelfCheckTest, BytesFedBehindTheEndGoOnWithBothSides) {
+TEST(SelfCheckTest, BytesFedAfterTheEndGoOnWithBothSides) {
     Bench bench;
     bench.Start();
     EXPECT_EQ(bench.Feed("a<b>"), 0U);
@@ -491,16 +496,16 @@ TEST(SelfCheckTest, SwitchedInTheMiddle) {
         {"on, between two tokens", {{OFF, "<a>"}, {CRC, "<b>"}}, 0, "none"},
         {"on, with a token pending: it is written and was not read", {{OFF, "<a>text"}, {CRC, "<b>"}}, 704, "none"},
         {"on inside of a tag", {{OFF, "<a "}, {CRC, "b>"}}, 704, "none"},
-        {"on behind everything, with a token pending", {{OFF, "<a>text"}, {CRC, ""}}, 704, "none"},
-        {"on behind everything", {{OFF, "<a>"}, {CRC, ""}}, 0, "none"},
-        {"off, with a mismatch behind it", {{CRC, "<![endif]-"}, {CRC, "->"}, {OFF, "<b>"}}, 0, "none"},
+        {"on after everything, with a token pending", {{OFF, "<a>text"}, {CRC, ""}}, 704, "none"},
+        {"on after everything", {{OFF, "<a>"}, {CRC, ""}}, 0, "none"},
+        {"off, with a mismatch after it", {{CRC, "<![endif]-"}, {CRC, "->"}, {OFF, "<b>"}}, 0, "none"},
         {"off and on, between two tokens", {{CRC, "<a>"}, {OFF, "<b>"}, {CRC, "<c>"}}, 0, "none"},
         {"off and on, with a token pending", {{CRC, "<a>"}, {OFF, "text"}, {CRC, "<c>"}}, 704, "none"},
         {"no copy begins in the middle", {{OFF, "<a>"}, {COPY, "<b>"}}, 0, "none"},
         {"nor when the checksum is on already", {{CRC, "<a>"}, {COPY, "<b>"}}, 0, "none"},
         {"a copy that was begun goes on", {{COPY, "<a>"}, {CRC, "<b>"}}, 0, "<a><b>"},
         {"until the self-check is off", {{COPY, "<a>"}, {OFF, "<b>"}}, 0, "<a>"},
-        {"and behind that", {{COPY, "<a>"}, {OFF, "<b>"}, {COPY, "<c>"}}, 0, "<a><c>"},
+        {"and after that", {{COPY, "<a>"}, {OFF, "<b>"}, {COPY, "<c>"}}, 0, "<a><c>"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);

@@ -38,7 +38,8 @@ TEST(ByteOrderMarkTest, AWholeUtf8MarkAtEverySplit) {
                 EXPECT_FALSE(run.isWide);
                 EXPECT_EQ(run.line, 1U);
                 EXPECT_EQ(run.column, 4U);
-                EXPECT_EQ(run.output, observed == Observed::NARROW ? bytes : "\xEF\xBB\xBF" + ToUtf16LE(std::string_view("<p>")));
+                EXPECT_EQ(run.output,
+                          observed == Observed::NARROW ? bytes : "\xEF\xBB\xBF" + ToUtf16LE(std::string_view("<p>")));
             });
         }
     }
@@ -54,9 +55,10 @@ TEST(ByteOrderMarkTest, AWholeUtf16MarkAtEverySplit) {
                         return;
                 }
                 const DocumentRun run = ParseDocument(bytes, cuts, Automatic(0, observed, feed));
-                const Lines expected = observed == Observed::WIDE
-                                           ? Lines{"start-parsing", "bom(FF FE)", "start(|p||)", "text(\\n)", "end-parsing"}
-                                           : Lines{"start-parsing", "bom(FF FE)", "start(|p\\x00||)", "text(\\n\\x00)", "end-parsing"};
+                const Lines expected =
+                    observed == Observed::WIDE
+                        ? Lines{"start-parsing", "bom(FF FE)", "start(|p||)", "text(\\n)", "end-parsing"}
+                        : Lines{"start-parsing", "bom(FF FE)", "start(|p\\x00||)", "text(\\n\\x00)", "end-parsing"};
                 EXPECT_EQ(run.Lines(), Join(expected));
                 EXPECT_EQ(run.parseResult, 0U);
                 EXPECT_EQ(run.endResult, 0U);
@@ -100,7 +102,11 @@ TEST(ByteOrderMarkTest, MarksAndWhatIsNone) {
          0,
          1252},
         {"FF FF", {"\xFF\xFF\xFE<b>"}, {"start-parsing", "text(\\xFF\\xFF\\xFE)", "start(|b||)"}, 0, 1252},
-        {"EF in a piece of its own is lost when no mark follows", {"\xEF", "A<b>"}, {"start-parsing", "text(A)", "start(|b||)"}, 0, 1252},
+        {"EF in a piece of its own is lost when no mark follows",
+         {"\xEF", "A<b>"},
+         {"start-parsing", "text(A)", "start(|b||)"},
+         0,
+         1252},
         {"so are EF BB", {"\xEF\xBB", "A<b>"}, {"start-parsing", "text(A)", "start(|b||)"}, 0, 1252},
         {"of EF, BB A the first byte is lost",
          {"\xEF",
@@ -116,9 +122,17 @@ TEST(ByteOrderMarkTest, MarksAndWhatIsNone) {
          {"start-parsing", "text(\\xEF\\xBB\\xBF)", "start(|b||)"},
          0,
          1252},
-        {"FF, then EF BB BF", {"\xFF", "\xEF\xBB\xBF<b>"}, {"start-parsing", "text(\\xEF\\xBB\\xBF)", "start(|b||)"}, 0, 1252},
+        {"FF, then EF BB BF",
+         {"\xFF", "\xEF\xBB\xBF<b>"},
+         {"start-parsing", "text(\\xEF\\xBB\\xBF)", "start(|b||)"},
+         0,
+         1252},
         {"a big-endian mark is none", {"\xFE\xFF<b>"}, {"start-parsing", "text(\\xFE\\xFF)", "start(|b||)"}, 0, 1252},
-        {"a mark behind a character is none", {"A\xEF\xBB\xBF<b>"}, {"start-parsing", "text(A\\xEF\\xBB\\xBF)", "start(|b||)"}, 0, 1252},
+        {"a mark after a character is none",
+         {"A\xEF\xBB\xBF<b>"},
+         {"start-parsing", "text(A\\xEF\\xBB\\xBF)", "start(|b||)"},
+         0,
+         1252},
         {"empty pieces before and inside the mark",
          {"", "\xEF", "", "\xBB", "", "\xBF", "", "<b>"},
          {"start-parsing", "bom(EF BB BF)", "start(|b||)"},
@@ -129,9 +143,13 @@ TEST(ByteOrderMarkTest, MarksAndWhatIsNone) {
          {"start-parsing", "bom(EF BB BF)", "start(|b||)"},
          0,
          65001},
-        {"an odd number of bytes behind a UTF-16 mark", {"\xFF\xFE<"}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
+        {"an odd number of bytes after a UTF-16 mark", {"\xFF\xFE<"}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
         {"an odd number in the piece that ends the mark", {"\xFF", "\xFE<"}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
-        {"a later piece with an odd number", {"\xFF\xFE", std::string("<\0p\0>", 5)}, {"start-parsing", "bom(FF FE)"}, 2, 1200},
+        {"a later piece with an odd number",
+         {"\xFF\xFE", std::string("<\0p\0>", 5)},
+         {"start-parsing", "bom(FF FE)"},
+         2,
+         1200},
         {"nothing but empty pieces", {"", ""}, {}, 0, 1252},
         {"the first byte of a mark alone", {"\xEF"}, {}, 0, 1252},
         {"two bytes of a mark alone", {"\xEF\xBB"}, {}, 0, 1252},
@@ -186,7 +204,8 @@ TEST(ByteOrderMarkTest, ThePlaceOfTheMarkIsNotCounted) {
 TEST(ByteOrderMarkTest, WithAKnownTypeAMarkIsText) {
     DocumentSettings settings = SettingsFor(NARROW_TO_NARROW);
     const DocumentRun narrow = ParseDocument("\xEF\xBB\xBF<p>", {}, settings);
-    EXPECT_EQ(narrow.Lines(), Join({"start-parsing", "charset(1252)", "text(\\xEF\\xBB\\xBF)", "start(|p||)", "end-parsing"}));
+    EXPECT_EQ(narrow.Lines(),
+              Join({"start-parsing", "charset(1252)", "text(\\xEF\\xBB\\xBF)", "start(|p||)", "end-parsing"}));
     settings = SettingsFor(WIDE_TO_WIDE);
     const DocumentRun wide = ParseDocument("\xFF\xFE" + ToUtf16LE(std::string_view("<p>")), {}, settings);
     EXPECT_EQ(wide.Lines(), Join({"start-parsing", "charset(1200)", "text(\\uFEFF)", "start(|p||)", "end-parsing"}));
@@ -291,7 +310,8 @@ TEST(StartParseTest, WithoutARunningParserTheQueriesHaveTheirOwnAnswers) {
     expectNoParser(&parser, 65000);
 
     // The setters have reached both parsers.
-    for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
+    for (const GenericParser::DataStreamType type :
+         {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
         EXPECT_EQ(parser.StartParse(1252, type), 0U);
         EXPECT_TRUE(parser.GetDetectCharsetErrors());
         EXPECT_EQ(parser.GetSelfCheck(), GenericParser::SELF_CHECK_CRC);
@@ -299,7 +319,7 @@ TEST(StartParseTest, WithoutARunningParserTheQueriesHaveTheirOwnAnswers) {
         EXPECT_EQ(std::string(name.begin(), name.end()), "TextSimpleParser");
     }
 
-    // A parser that ran no longer runs behind an automatic `StartParse`.
+    // A parser that ran no longer runs after an automatic `StartParse`.
     EXPECT_EQ(parser.ParseBuffer("a\n\n\0", 4), 0U);
     EXPECT_EQ(parser.StartParse(1250, GenericParser::DATA_STREAM_AUTO), 0U);
     expectNoParser(&parser, 1250);
@@ -362,8 +382,8 @@ TEST(ParseBufferTest, NullAndEmptyPieces) {
         EXPECT_EQ(parser.ParseBuffer("", 0), 0U);
         EXPECT_EQ(parser.ParseBuffer("b\0", 2), 0U);
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines),
-                  (type == GenericParser::DATA_STREAM_AUTO ? "start-parsing\n" : std::string()) + "text(a\\x00b\\x00)\nend-parsing\n");
+        EXPECT_EQ(Join(lines), (type == GenericParser::DATA_STREAM_AUTO ? "start-parsing\n" : std::string()) +
+                                   "text(a\\x00b\\x00)\nend-parsing\n");
     }
 }
 
@@ -411,7 +431,8 @@ TEST(ParseBufferTest, Utf16MayStartAtAnOddAddress) {
         EXPECT_EQ(parser.GetLine(), 2U);
         EXPECT_EQ(parser.EndParse(), 0U);
         EXPECT_EQ(Join(lines),
-                  "start-parsing\ncharset(1200)\ntext(a)\nstart(|b|{ |c|=|'d'}|)\ntext(e)\nend(|b|||)\ntext(\\n)\nend-parsing\n");
+                  "start-parsing\ncharset(1200)\ntext(a)\nstart(|b|{ "
+                  "|c|=|'d'}|)\ntext(e)\nend(|b|||)\ntext(\\n)\nend-parsing\n");
     }
 }
 
@@ -482,12 +503,12 @@ TEST(EndParseTest, BytesFedAfterItContinueTheDocument) {
         {"text", "a", 0, "b", 0, "text(a)\nend-parsing\ntext(b)\nend-parsing\n", 1, 3},
         {"tags and lines", "a<b>\nc", 0, "\nd</b>", 0,
          "text(a)\nstart(|b||)\ntext(\\nc)\nend-parsing\ntext(\\nd)\nend(|b|||)\nend-parsing\n", 3, 6},
-        {"behind an open tag the text state is left", "<a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 5},
-        {"behind an open end tag too", "</a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 6},
-        {"behind a \"<\" too", "x<", 16, "b>", 0, "text(x)\ntext(b>)\nend-parsing\n", 1, 5},
-        {"a script goes on", "<script>a", 0, "'</b>'", 0, "start(|script||)\njs-start\ntext(a)\nend-parsing\ns-string(</b>)\nend-parsing\n",
-         1, 16},
-        {"behind an open string the script goes on", "<script>'a", 16, "b'c'", 0,
+        {"after an open tag the text state is left", "<a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 5},
+        {"after an open end tag too", "</a", 16, "b>", 0, "text(b>)\nend-parsing\n", 1, 6},
+        {"after a \"<\" too", "x<", 16, "b>", 0, "text(x)\ntext(b>)\nend-parsing\n", 1, 5},
+        {"a script goes on", "<script>a", 0, "'</b>'", 0,
+         "start(|script||)\njs-start\ntext(a)\nend-parsing\ns-string(</b>)\nend-parsing\n", 1, 16},
+        {"after an open string the script goes on", "<script>'a", 16, "b'c'", 0,
          "start(|script||)\njs-start\ntext(b)\ns-string(c)\nend-parsing\n", 1, 15},
         {"a pending slash is not taken along", "<style>a/", 0, "*b", 0,
          "start(|style||)\ncss-start\ntext(a/)\nend-parsing\ntext(*b)\nend-parsing\n", 1, 12},
@@ -525,7 +546,8 @@ TEST(EndParseTest, AStreamFedAfterItContinuesTheDocument) {
     EXPECT_EQ(parser.ParseStream(&second, false), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
     EXPECT_EQ(Join(lines),
-              "start-parsing\ncharset(1252)\ntext(a)\njunk(<b / )\njunk(>c)\nend-parsing\ntext(d)\njunk(<e / )\njunk(>f)\njunk(<g)\n"
+              "start-parsing\ncharset(1252)\ntext(a)\njunk(<b / )\njunk(>c)\nend-parsing\ntext(d)\njunk(<e / "
+              ")\njunk(>f)\njunk(<g)\n"
               "end-parsing\n");
 }
 
@@ -544,11 +566,13 @@ TEST(EndParseTest, AfterJunkAtTheEndTheTextStateIsLeft) {
 }
 
 TEST(StartParseTest, DropsWhatAnUnfinishedDocumentLeft) {
-    const char* const unfinished[] = {"a",          "a<",          "<b",         "<b c='",  "</b",       "<script>", "<script>'",
-                                      "<script>\"", "<script>x/y", "<script>x/", "<style>", "<style>a/", "\n\nx"};
+    const char* const unfinished[] = {"a",        "a<",        "<b",         "<b c='",      "</b",
+                                      "<script>", "<script>'", "<script>\"", "<script>x/y", "<script>x/",
+                                      "<style>",  "<style>a/", "\n\nx"};
     for (const char* const document : unfinished) {
         SCOPED_TRACE(document);
-        for (const GenericParser::DataStreamType type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
+        for (const GenericParser::DataStreamType type :
+             {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_AUTO}) {
             Lines lines;
             Trace::TraceObserver<char, std::string> observer(&lines);
             GenericParser parser;
@@ -561,7 +585,8 @@ TEST(StartParseTest, DropsWhatAnUnfinishedDocumentLeft) {
             EXPECT_EQ(parser.GetLine(), 1U);
             EXPECT_EQ(parser.GetColumn(), 10U);
             EXPECT_EQ(parser.EndParse(), 0U);
-            EXPECT_EQ(Join(lines), std::string("start-parsing\n") + (type == GenericParser::DATA_STREAM_8BIT ? "charset(1252)\n" : "") +
+            EXPECT_EQ(Join(lines), std::string("start-parsing\n") +
+                                       (type == GenericParser::DATA_STREAM_8BIT ? "charset(1252)\n" : "") +
                                        "text(a'b'/c)\nstart(|d||)\nend-parsing\n");
         }
     }

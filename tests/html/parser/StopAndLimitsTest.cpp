@@ -326,10 +326,18 @@ TEST(LimitTest, EveryKindOfToken) {
         {"a script as text", "<script>", script, "b'defgh//klm", "</script>", false, false, AS_TEXT},
         {"a script in a script", "<script>", script, "<!--<script></script>-->", "</script >n", false, false, AS_TEXT},
         {"a style sheet as text", "<style>", style, "b/*def'ghijklm", "</STYLE/>n", false, false, AS_TEXT},
-        {"a title that does not end at once", "<title>", title, "bc</title</tit</titles>", "</title>n", false, false, AS_TEXT},
+        {"a title that does not end at once", "<title>", title, "bc</title</tit</titles>", "</title>n", false, false,
+         AS_TEXT},
         {"a title that the input ends", "<title>", title, "bcdefghijklmn", "", false, false, AS_TEXT},
         {"and what could begin its end tag", "<title>", title, "bcdefghi</title", "", true, false, AS_TEXT},
-        {"the end tag after a title", "<title>b", {"start(|title||)", "text(b)"}, "</title cdefghijklm>", "n", false, false, AS_TEXT},
+        {"the end tag after a title",
+         "<title>b",
+         {"start(|title||)", "text(b)"},
+         "</title cdefghijklm>",
+         "n",
+         false,
+         false,
+         AS_TEXT},
         {"a construct that fails", "<a>", tag, "<bcdefgh ijk / ", ">l", false, true},
         {"the rest of its junk", "<a><b c / ", {"start(|a||)", "junk(<b c / )"}, "defghijklmno", "<p>", false, true},
         {"an instruction that stays open", "<a>", tag, "<?bcdefghijklm", "", false, true},
@@ -345,7 +353,8 @@ TEST(LimitTest, EveryKindOfToken) {
     }
 }
 
-// What is scanned of a tail in an earlier piece is no part of its record, so that a cut decides about it.
+// What is scanned of a tail in an earlier piece is no part of its record, so that a cut decides
+// about it.
 TEST(LimitTest, AConditionIsReadAsWithoutALimit) {
     for (const std::size_t fill : {0, 1000, 1020, 1023, 1024, 2040, 5000}) {
         SCOPED_TRACE(fill);
@@ -468,8 +477,8 @@ TEST(LimitTest, AHostGoesOn) {
     parser.SetMaxTokenSize(12);
     EXPECT_EQ(parser.ParseBuffer(document.data() + 10, document.size() - 10), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start", "s-string(0123456789)",
-                            "text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
+    EXPECT_EQ(lines, (Lines{"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start",
+                            "s-string(0123456789)", "text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
     EXPECT_EQ(parser.GetTokenPlace().end, document.size());
     EXPECT_EQ(parser.GetLine(), 2U);
     // A copy goes on as well, and may skip what it likes.

@@ -23,7 +23,8 @@ constexpr std::uint32_t HOST_CODE = 4711;
 
 /// A started parser with a trace.
 struct Started {
-    explicit Started(StringNS::CharSet::Code charset = 1252, GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
+    explicit Started(StringNS::CharSet::Code charset = 1252,
+                     GenericParser::DataStreamType type = GenericParser::DATA_STREAM_8BIT)
         : observer(&lines) {
         parser.SetObserver(&observer, false);
         EXPECT_EQ(parser.StartParse(charset, type), 0U);
@@ -113,7 +114,8 @@ TEST(ParseStreamTest, TheReadPositionIsKeptAcrossJunk) {
         EXPECT_EQ(started.parser.ParseStream(&stream, false), 0U);
         EXPECT_EQ(started.parser.EndParse(), 0U);
         EXPECT_EQ(Join(started.lines),
-                  "junk(<a / )\njunk(>)\njunk(<b / )\njunk(>)\nstart(|c||)\ntext(x)\njunk(<d / )\njunk(>)\njunk(</e / )\njunk(>y)\n"
+                  "junk(<a / )\njunk(>)\njunk(<b / )\njunk(>)\nstart(|c||)\ntext(x)\njunk(<d / )\njunk(>)\njunk(</e / "
+                  ")\njunk(>y)\n"
                   "end-parsing\n");
     }
 }
@@ -132,8 +134,8 @@ TEST(ParseStreamTest, AnOwnedStreamIsFreedOnceOnEveryPath) {
         {"with junk", "a<b / >c", GenericParser::DATA_STREAM_8BIT, [](FaultyInputStream*) {}, 0},
         {"with a construct that cannot be read again", "a<b / >c", GenericParser::DATA_STREAM_8BIT,
          [](FaultyInputStream* stream) { stream->FailGetPositionsFrom(1, HOST_CODE); }, 11},
-        {"with a read error", "a<b", GenericParser::DATA_STREAM_8BIT, [](FaultyInputStream* stream) { stream->FailRead(1, HOST_CODE); },
-         HOST_CODE},
+        {"with a read error", "a<b", GenericParser::DATA_STREAM_8BIT,
+         [](FaultyInputStream* stream) { stream->FailRead(1, HOST_CODE); }, HOST_CODE},
         {"with half a character", "a<b", GenericParser::DATA_STREAM_UTF16, [](FaultyInputStream*) {}, 2},
         {"empty", "", GenericParser::DATA_STREAM_8BIT, [](FaultyInputStream*) {}, 0},
         {"without a position", "a<b", GenericParser::DATA_STREAM_8BIT,
@@ -218,7 +220,7 @@ TEST(ParseStreamTest, OnlyAnOpenConstructIsKeptFromAnOwnedStream) {
     }
 }
 
-TEST(ParseStreamTest, ABorrowedStreamIsForgottenBehindEveryEnd) {
+TEST(ParseStreamTest, ABorrowedStreamIsForgottenAfterEveryEnd) {
     // The stream is destroyed at once; what comes next must not touch it.
     enum class Next { START_8BIT, START_AUTO, END, DESTROY, ASSIGN };
     for (const Next next : {Next::START_8BIT, Next::START_AUTO, Next::END, Next::DESTROY, Next::ASSIGN}) {
@@ -413,7 +415,10 @@ TEST(ParseFileTest, ARealFile) {
          "b.html",
          text + "<p>" + text,
          {"start-parsing", "text(" + text + ")", "start(|p||)", "text(" + text + ")", "end-parsing"}},
-        {"a UTF-8 mark", "c.html", "\xEF\xBB\xBF<a / >", {"start-parsing", "bom(EF BB BF)", "junk(<a / )", "junk(>)", "end-parsing"}},
+        {"a UTF-8 mark",
+         "c.html",
+         "\xEF\xBB\xBF<a / >",
+         {"start-parsing", "bom(EF BB BF)", "junk(<a / )", "junk(>)", "end-parsing"}},
         {"a UTF-16 mark",
          "d.html",
          "\xFF\xFE" + ToUtf16LE(std::string_view("<a>")),

@@ -11,11 +11,15 @@ namespace {
 TEST(TextAndTagsTest, Text) {
     const DocumentRow rows[] = {
         {"text alone is one token", "hello", {"text(hello)"}},
-        {"text before, between and behind tags", "a<b>c", {"text(a)", "start(|b||)", "text(c)"}},
+        {"text before, between and after tags", "a<b>c", {"text(a)", "start(|b||)", "text(c)"}},
         {"a whole element", "a<b>c</b>", {"text(a)", "start(|b||)", "text(c)", "end(|b|||)"}},
         {"no empty text between two tags", "<a><b>", {"start(|a||)", "start(|b||)"}},
-        {"white space is text", "<a>\r\n\t <b>\v\f", {"start(|a||)", "text(\\r\\n\\t )", "start(|b||)", "text(\\x0B\\x0C)"}},
-        {"quotes, slashes and \">\" are text outside of scripts", "it's \"a/b\" // /* x > y", {"text(it's \"a/b\" // /* x > y)"}},
+        {"white space is text",
+         "<a>\r\n\t <b>\v\f",
+         {"start(|a||)", "text(\\r\\n\\t )", "start(|b||)", "text(\\x0B\\x0C)"}},
+        {"quotes, slashes and \">\" are text outside of scripts",
+         "it's \"a/b\" // /* x > y",
+         {"text(it's \"a/b\" // /* x > y)"}},
         {"a slash at the end of the input is text", "ab/", {"text(ab/)"}},
         {"an ESC is text without an ISO-2022 charset", "a\x1B$B<b>", {"text(a\\x1B$B)", "start(|b||)"}},
         {"a carriage return is a column, a line feed a line", "a\rb\r\nc\n\nd", {"text(a\\rb\\r\\nc\\n\\nd)"}},
@@ -44,17 +48,19 @@ TEST(TextAndTagsTest, AnEmptyDocumentHasOnlyItsEvents) {
 TEST(TextAndTagsTest, StartTags) {
     const DocumentRow rows[] = {
         {"a quoted value", "<a href='x'>", {"start(|a|{ |href|=|'x'}|)"}},
-        {"both quotes and none", "<div class=a id='b' x=\"c\">", {"start(|div|{ |class|=|a}{ |id|=|'b'}{ |x|=|\"c\"}|)"}},
+        {"both quotes and none",
+         "<div class=a id='b' x=\"c\">",
+         {"start(|div|{ |class|=|a}{ |id|=|'b'}{ |x|=|\"c\"}|)"}},
         {"blanks around \"=\" are kept", "<a b = 'c'\td>", {"start(|a|{ |b| = |'c'\\td}|)"}},
-        {"blanks before the name and behind the last attribute", "< a b='c'\r\n>", {"start( |a|{ |b|=|'c'}|\\r\\n)"}},
-        {"a blank behind the name is the suffix", "<p >", {"start(|p|| )"}},
+        {"blanks before the name and after the last attribute", "< a b='c'\r\n>", {"start( |a|{ |b|=|'c'}|\\r\\n)"}},
+        {"a blank after the name is the suffix", "<p >", {"start(|p|| )"}},
         {"attributes without values", "<input disabled  checked>", {"start(|input|{ |disabled}{  |checked}|)"}},
-        {"a blank behind an attribute without a value is the suffix", "<a b >", {"start(|a|{ |b}| )"}},
-        {"a blank in front of an unquoted value", "<a b= c=''>", {"start(|a|{ |b|= |c=''}|)"}},
-        {"an empty value in front of the end", "<a b= >", {"start(|a|{ |b|= |}|)"}},
+        {"a blank after an attribute without a value is the suffix", "<a b >", {"start(|a|{ |b}| )"}},
+        {"a blank before an unquoted value", "<a b= c=''>", {"start(|a|{ |b|= |c=''}|)"}},
+        {"an empty value before the end", "<a b= >", {"start(|a|{ |b|= |}|)"}},
         {"an empty quoted value", "<a b='' c=\"\">", {"start(|a|{ |b|=|''}{ |c|=|\"\"}|)"}},
         {"a value without a name", "<a =b>", {"start(|a|{ ||=|b}|)"}},
-        {"an attribute right behind the name", "<a=b>", {"start(|a|{||=|b}|)"}},
+        {"an attribute right after the name", "<a=b>", {"start(|a|{||=|b}|)"}},
         {"brackets end a name", "<a[b]>", {"start(|a|{|[b]}|)"}},
         {"a \"<\" in a tag belongs to an attribute", "<a<b>", {"start(|a|{|<b}|)"}},
         {"two \"<\"", "<<a>", {"start(||{|<a}|)"}},
@@ -63,11 +69,13 @@ TEST(TextAndTagsTest, StartTags) {
         {"quoted values hide \"<\" and \">\"", "<a b='<c>' d=\"</a>\">", {"start(|a|{ |b|=|'<c>'}{ |d|=|\"</a>\"}|)"}},
         {"quoted values know no escapes", "<a b='\\' c=\"\\\">", {"start(|a|{ |b|=|'\\\\'}{ |c|=|\"\\\\\"}|)"}},
         {"quoted values may hold line feeds", "<a b='\n\n'>\n", {"start(|a|{ |b|=|'\\n\\n'}|)", "text(\\n)"}},
-        {"no blank is needed behind a quoted value", "<a b='c'd='e'>", {"start(|a|{ |b|=|'c'}{|d|=|'e'}|)"}},
+        {"no blank is needed after a quoted value", "<a b='c'd='e'>", {"start(|a|{ |b|=|'c'}{|d|=|'e'}|)"}},
         {"an unquoted value holds quotes, slashes and \"=\"", "<a b=c'd/e=f\"g>", {"start(|a|{ |b|=|c'd/e=f\"g}|)"}},
         {"a \"<\" ends an unquoted value and begins a name", "<a b=c<d e=f>", {"start(|a|{ |b|=|c<d}{ |e|=|f}|)"}},
-        {"bare words behind a value belong to it", "<a title=hello world>", {"start(|a|{ |title|=|hello world}|)"}},
-        {"a quoted value takes words up with its quotes", "<a title=\"a b\" c d>", {"start(|a|{ |title|=|\"a b\" c d}|)"}},
+        {"bare words after a value belong to it", "<a title=hello world>", {"start(|a|{ |title|=|hello world}|)"}},
+        {"a quoted value takes words up with its quotes",
+         "<a title=\"a b\" c d>",
+         {"start(|a|{ |title|=|\"a b\" c d}|)"}},
         {"bare words before the first value stay", "<a b c=1 d=2>", {"start(|a|{ |b}{ |c|=|1}{ |d|=|2}|)"}},
         {"names keep their case", "<DiV ClAsS=A>", {"start(|DiV|{ |ClAsS|=|A}|)"}},
         {"a form feed is white space", "<a\fb>", {"start(|a|{\\x0C|b}|)"}},
@@ -77,24 +85,24 @@ TEST(TextAndTagsTest, StartTags) {
 
 TEST(TextAndTagsTest, ShortTags) {
     const DocumentRow rows[] = {
-        {"a slash right behind the name", "<br/>", {"short(|br||)"}},
-        {"a slash behind a blank", "<br />", {"short(|br|| )"}},
-        {"a blank behind the slash: the name ends with it", "<br/ >", {"start(|br/|| )"}},
+        {"a slash right after the name", "<br/>", {"short(|br||)"}},
+        {"a slash after a blank", "<br />", {"short(|br|| )"}},
+        {"a blank after the slash: the name ends with it", "<br/ >", {"start(|br/|| )"}},
         {"of two slashes one belongs to the name", "<br//>", {"short(|br/||)"}},
         {"a blank before the name", "< br/>", {"short( |br||)"}},
         {"a name that is a slash", "< />", {"start( |/||)"}},
         {"a name of two slashes", "< //>", {"short( |/||)"}},
-        {"attributes behind the slash", "<br/ a>", {"start(|br/|{ |a}|)"}},
-        {"a slash of its own behind the slash of the name", "<br/ />", {"short(|br/|| )"}},
+        {"attributes after the slash", "<br/ a>", {"start(|br/|{ |a}|)"}},
+        {"a slash of its own after the slash of the name", "<br/ />", {"short(|br/|| )"}},
         {"a slash inside the name", "<br/x>", {"start(|br/x||)"}},
         {"a value without quotes", "<a href=x/>", {"short(|a|{ |href|=|x}|)"}},
         {"a value that ends with two slashes", "<a href=x//>", {"short(|a|{ |href|=|x/}|)"}},
         {"a value with quotes", "<a href='x'/>", {"short(|a|{ |href|=|'x'}|)"}},
-        {"a blank behind a value", "<a href=x />", {"short(|a|{ |href|=|x}| )"}},
+        {"a blank after a value", "<a href=x />", {"short(|a|{ |href|=|x}| )"}},
         {"an attribute without a value", "<a b/>", {"short(|a|{ |b}|)"}},
-        {"a blank behind an attribute without a value", "<a b />", {"short(|a|{ |b}| )"}},
+        {"a blank after an attribute without a value", "<a b />", {"short(|a|{ |b}| )"}},
         {"an empty value and a blank", "<a b='' \n/>", {"short(|a|{ |b|=|''}| \\n)"}},
-        {"bare words behind a value", "<a b=c d/>", {"short(|a|{ |b|=|c d}|)"}},
+        {"bare words after a value", "<a b=c d/>", {"short(|a|{ |b|=|c d}|)"}},
         {"a slash between attributes belongs to the next name", "<a b='c'/d>", {"start(|a|{ |b|=|'c'/d}|)"}},
     };
     CheckRows(rows);
@@ -103,28 +111,29 @@ TEST(TextAndTagsTest, ShortTags) {
 TEST(TextAndTagsTest, EndTags) {
     const DocumentRow rows[] = {
         {"a plain end tag", "</div>", {"end(|div|||)"}},
-        {"blanks before and behind the name", "</ div\t>", {"end( |div|\\t||)"}},
+        {"blanks before and after the name", "</ div\t>", {"end( |div|\\t||)"}},
         {"no name", "</>", {"end(||||)"}},
         {"only a blank", "</ >", {"end( ||||)"}},
         {"an attribute", "</div class=x>", {"end(|div| |{|class|=|x}|)"}},
         {"an attribute and a blank", "</a x='y' >", {"end(|a| |{|x|=|'y'}| )"}},
         {"an attribute without a value", "</a x>", {"end(|a| |{|x}|)"}},
-        {"bare words behind a value", "</a x=1 y z='2'>", {"end(|a| |{|x|=|1 y}{ |z|=|'2'}|)"}},
-        {"a slash behind an attribute", "</div a />", {"end(|div| |{|a}| , slash)"}},
-        {"a slash behind a value", "</a x=y/>", {"end(|a| |{|x|=|y}|, slash)"}},
-        {"a slash behind a quoted value", "</a x='y'/>", {"end(|a| |{|x|=|'y'}|, slash)"}},
-        {"a slash behind the name belongs to it", "</div/>", {"end(|div/|||)"}},
-        {"a slash behind a blank", "</div />", {"end(|div| ||, slash)"}},
+        {"bare words after a value", "</a x=1 y z='2'>", {"end(|a| |{|x|=|1 y}{ |z|=|'2'}|)"}},
+        {"a slash after an attribute", "</div a />", {"end(|div| |{|a}| , slash)"}},
+        {"a slash after a value", "</a x=y/>", {"end(|a| |{|x|=|y}|, slash)"}},
+        {"a slash after a quoted value", "</a x='y'/>", {"end(|a| |{|x|=|'y'}|, slash)"}},
+        {"a slash after the name belongs to it", "</div/>", {"end(|div/|||)"}},
+        {"a slash after a blank", "</div />", {"end(|div| ||, slash)"}},
         {"a \"<\" ends it and begins the next tag", "</div<p>", {"end(|div|||, open)", "start(|p||)"}},
-        {"a \"<\" behind a blank", "</div <p>", {"end(|div| ||, open)", "start(|p||)"}},
+        {"a \"<\" after a blank", "</div <p>", {"end(|div| ||, open)", "start(|p||)"}},
         {"a \"<\" that begins another end tag", "</a</b>", {"end(|a|||, open)", "end(|b|||)"}},
-        {"a \"<\" behind an attribute belongs to it", "</a b<c>", {"end(|a| |{|b<c}|)"}},
+        {"a \"<\" after an attribute belongs to it", "</a b<c>", {"end(|a| |{|b<c}|)"}},
         {"an end tag that nothing opened", "x</p>y", {"text(x)", "end(|p|||)", "text(y)"}},
     };
     CheckRows(rows);
 }
 
-// A table of its own for the wide parser: these characters are white space there and letters for the 8-bit parser.
+// A table of its own for the wide parser: these characters are white space there and letters for
+// the 8-bit parser.
 TEST(TextAndTagsTest, WideWhiteSpaceInTags) {
     struct Row {
         const char* note;
@@ -132,7 +141,8 @@ TEST(TextAndTagsTest, WideWhiteSpaceInTags) {
         const char* token;
     };
     const Row rows[] = {
-        {"an ideographic space separates attributes", KESTRA_WIDE("<p\u3000a\u3000b>"), "start(|p|{\\u3000|a}{\\u3000|b}|)"},
+        {"an ideographic space separates attributes", KESTRA_WIDE("<p\u3000a\u3000b>"),
+         "start(|p|{\\u3000|a}{\\u3000|b}|)"},
         {"so does a next-line character", KESTRA_WIDE("<p\u0085a>"), "start(|p|{\\u0085|a}|)"},
         {"and a no-break space", KESTRA_WIDE("<p\u00A0a=b\u00A0>"), "start(|p|{\\u00A0|a|=|b}|\\u00A0)"},
         {"line and paragraph separator", KESTRA_WIDE("</p\u2028a\u2029>"), "end(|p|\\u2028|{|a}|\\u2029)"},

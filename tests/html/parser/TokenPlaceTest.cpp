@@ -66,12 +66,14 @@ TEST(TokenPlaceTest, Documents) {
         {"text and tags",
          GenericParser::DATA_STREAM_8BIT,
          {"ab\n<b>c</b>"},
-         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(ab\\n) 0-3@1:1\nstart(|b||) 3-6@2:1\ntext(c) 6-7@2:4\nend(|b|||) 7-11@2:5\n"
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(ab\\n) 0-3@1:1\nstart(|b||) 3-6@2:1\ntext(c) "
+         "6-7@2:4\nend(|b|||) 7-11@2:5\n"
          "end-parsing 11-11@2:9\n"},
         {"openers that are cut",
          GenericParser::DATA_STREAM_8BIT,
          {"a<", "b", ">c<", "/", "b>"},
-         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) 4-5@1:5\nend(|b|||) 5-9@1:6\n"
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) "
+         "4-5@1:5\nend(|b|||) 5-9@1:6\n"
          "end-parsing 9-9@1:10\n"},
         {"callbacks without a record have the place of their tag",
          GenericParser::DATA_STREAM_8BIT,
@@ -81,15 +83,18 @@ TEST(TokenPlaceTest, Documents) {
         {"an 8-bit observer is not given a line comment, which is a hole",
          GenericParser::DATA_STREAM_8BIT,
          {"<script>a//b\nc"},
-         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ntext(\\nc) "
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) "
+         "8-9@1:9\ntext(\\nc) "
          "12-14@1:13\n"
          "end-parsing 14-14@2:2\n"},
         {"the tokens of a script, and their openers",
          GenericParser::DATA_STREAM_8BIT,
          {"<script>a'b'c/*d*/e/f/g</p>"},
-         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\ns-string(b) "
+         "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) "
+         "8-9@1:9\ns-string(b) "
          "9-12@1:10\n"
-         "text(c) 12-13@1:13\nc-comment(d) 13-18@1:14\ntext(e) 18-19@1:19\ntext(/f) 19-21@1:20\ntext(/g) 21-23@1:22\ntext(</p>) "
+         "text(c) 12-13@1:13\nc-comment(d) 13-18@1:14\ntext(e) 18-19@1:19\ntext(/f) 19-21@1:20\ntext(/g) "
+         "21-23@1:22\ntext(</p>) "
          "23-27@1:24\nend-parsing "
          "27-27@1:28\n"},
         {"a UTF-8 mark",
@@ -104,11 +109,13 @@ TEST(TokenPlaceTest, Documents) {
         {"a UTF-16 mark",
          GenericParser::DATA_STREAM_AUTO,
          {"\xFF\xFE" + utf16("a<b>")},
-         "start-parsing 0-0@1:1\nbom(FF FE) 0-2@1:1\ntext(a\\x00) 2-4@1:1\nstart(|b\\x00||) 4-10@1:2\nend-parsing 10-10@1:5\n"},
+         "start-parsing 0-0@1:1\nbom(FF FE) 0-2@1:1\ntext(a\\x00) 2-4@1:1\nstart(|b\\x00||) 4-10@1:2\nend-parsing "
+         "10-10@1:5\n"},
         {"UTF-16, in bytes, lines and columns in characters",
          GenericParser::DATA_STREAM_UTF16,
          {utf16("a\n<b>")},
-         "start-parsing 0-0@1:1\ncharset(1200) 0-0@1:1\ntext(a\\x00\\n\\x00) 0-4@1:1\nstart(|b\\x00||) 4-10@2:1\nend-parsing 10-10@2:4\n"},
+         "start-parsing 0-0@1:1\ncharset(1200) 0-0@1:1\ntext(a\\x00\\n\\x00) 0-4@1:1\nstart(|b\\x00||) "
+         "4-10@2:1\nend-parsing 10-10@2:4\n"},
         {"a byte of a mark that is none, in an earlier piece, is in no token",
          GenericParser::DATA_STREAM_AUTO,
          {"\xEF", "a<b>"},
@@ -149,7 +156,7 @@ TEST(TokenPlaceTest, EveryDocumentBeginsAnew) {
     }
 }
 
-TEST(TokenPlaceTest, WhatIsLostBehindAnExceptionIsInNoToken) {
+TEST(TokenPlaceTest, WhatIsLostAfterAnExceptionIsInNoToken) {
     NarrowRun run;
     run.Start(1252, GenericParser::DATA_STREAM_8BIT);
     run.placed.clear();
@@ -231,7 +238,8 @@ TEST(TokenPlaceTest, ACopyGoesOnWithThem) {
 
 /// "BEGIN NAME-NAME VALUE-VALUE END" of each attribute, as they are asked for.
 template <typename C, typename S>
-std::string AttributesOf(const std::string& bytes, GenericParser::DataStreamType type, const std::vector<std::uint64_t>& order) {
+std::string AttributesOf(const std::string& bytes, GenericParser::DataStreamType type,
+                         const std::vector<std::uint64_t>& order) {
     Lines lines;
     HookedObserver<C, S> observer(&lines);
     GenericParser parser;
@@ -240,8 +248,9 @@ std::string AttributesOf(const std::string& bytes, GenericParser::DataStreamType
         for (const std::uint64_t index : order) {
             AttributePlace place;
             if (parser.GetAttributePlace(index, &place) == 0)
-                found += std::to_string(place.begin) + " " + std::to_string(place.nameBegin) + "-" + std::to_string(place.nameEnd) + " " +
-                         std::to_string(place.valueBegin) + "-" + std::to_string(place.valueEnd) + " " + std::to_string(place.end) + "\n";
+                found += std::to_string(place.begin) + " " + std::to_string(place.nameBegin) + "-" +
+                         std::to_string(place.nameEnd) + " " + std::to_string(place.valueBegin) + "-" +
+                         std::to_string(place.valueEnd) + " " + std::to_string(place.end) + "\n";
         }
     };
     parser.SetObserver(&observer, false);
@@ -271,7 +280,8 @@ TEST(AttributePlaceTest, Tags) {
         SCOPED_TRACE(row.note);
         const std::vector<std::uint64_t> order = {0, 1, 2, 3};
         EXPECT_EQ((AttributesOf<char, std::string>(row.document, GenericParser::DATA_STREAM_8BIT, order)), row.places);
-        EXPECT_EQ((AttributesOf<WideChar, WideString>(row.document, GenericParser::DATA_STREAM_8BIT, order)), row.places);
+        EXPECT_EQ((AttributesOf<WideChar, WideString>(row.document, GenericParser::DATA_STREAM_8BIT, order)),
+                  row.places);
         // In UTF-16 every offset is twice as far.
         std::string twice;
         std::string number;
@@ -343,7 +353,8 @@ TEST(AttributePlaceTest, Parts) {
         {"a value with an escape run", "<a b=\"" + runOfQuotes + "\" c>", "3-4 6-14\n16-17 17-17\n"},
         {"after a value without quotes there are none", "<a b=c d=\"" + runOfQuotes + "\" e>",
          "3-4 5-6\n7-8 10-13\n14-19 19-19\n20-21 21-21\n"},
-        {"after a word there are", "<a b=c x d=\"" + runOfQuotes + "\" e>", "3-4 5-6\n7-8 8-8\n9-10 12-20\n22-23 23-23\n"},
+        {"after a word there are", "<a b=c x d=\"" + runOfQuotes + "\" e>",
+         "3-4 5-6\n7-8 8-8\n9-10 12-20\n22-23 23-23\n"},
         {"so there are in an end tag", "</a b=c d=\"" + runOfQuotes + "\" e>", "4-5 6-7\n8-9 11-19\n21-22 22-22\n"},
     };
     for (const Row& row : iso2022) {
@@ -369,7 +380,8 @@ TEST(AttributePlaceTest, NothingIsKeptFromTheDocumentBefore) {
 TEST(AttributePlaceTest, InAnyOrder) {
     const char* const document = "<a b=c d=e f=g><h i=j>";
     EXPECT_EQ((AttributesOf<char, std::string>(document, GenericParser::DATA_STREAM_8BIT, {2, 0, 1, 1, 9, 0})),
-              "10 11-12 13-14 14\n2 3-4 5-6 6\n6 7-8 9-10 10\n6 7-8 9-10 10\n2 3-4 5-6 6\n17 18-19 20-21 21\n17 18-19 20-21 21\n");
+              "10 11-12 13-14 14\n2 3-4 5-6 6\n6 7-8 9-10 10\n6 7-8 9-10 10\n2 3-4 5-6 6\n17 18-19 20-21 21\n17 18-19 "
+              "20-21 21\n");
 }
 
 }  // namespace

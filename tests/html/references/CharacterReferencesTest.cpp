@@ -101,13 +101,17 @@ constexpr Row ROWS[] = {
     {"a name with a semicolon before an equals sign or a letter", "&copy;=&copy;c", "\u00A9=\u00A9c", "\u00A9=\u00A9c"},
     {"the longest name counts", "&notin; &not &notin", "\u2209 \u00AC \u00ACin", "\u2209 \u00AC &notin"},
     {"a shorter name with what looks like the rest of a longer one", "&notit;", "\u00ACit;", "&notit;"},
-    {"the longer one of two names without a semicolon", "&copysr &sup12 &sup1", "\u00A9sr \u00B92 \u00B9", "&copysr &sup12 \u00B9"},
-    {"a value takes no shorter name either", "&timesbar;&timesba;&timesb", "\u2A31\u00D7ba;\u00D7b", "\u2A31&timesba;&timesb"},
+    {"the longer one of two names without a semicolon", "&copysr &sup12 &sup1", "\u00A9sr \u00B92 \u00B9",
+     "&copysr &sup12 \u00B9"},
+    {"a value takes no shorter name either", "&timesbar;&timesba;&timesb", "\u2A31\u00D7ba;\u00D7b",
+     "\u2A31&timesba;&timesb"},
     {"a name that needs its semicolon", "&alpha &alpha; &alpha", "&alpha \u03B1 &alpha", "&alpha \u03B1 &alpha"},
     {"a name cut by the end", "&alph", "&alph", "&alph"},
     {"no name", "&nosuch; &a; &zzzz", "&nosuch; &a; &zzzz", "&nosuch; &a; &zzzz"},
-    {"upper and lower case", "&Eacute;&eacute;&EACUTE;&AMP;&Amp;", "\u00C9\u00E9&EACUTE;&&Amp;", "\u00C9\u00E9&EACUTE;&&Amp;"},
-    {"the same letters in upper case without a semicolon", "&GT&Gt;&gT;&COPY", ">\u226B&gT;\u00A9", ">\u226B&gT;\u00A9"},
+    {"upper and lower case", "&Eacute;&eacute;&EACUTE;&AMP;&Amp;", "\u00C9\u00E9&EACUTE;&&Amp;",
+     "\u00C9\u00E9&EACUTE;&&Amp;"},
+    {"the same letters in upper case without a semicolon", "&GT&Gt;&gT;&COPY", ">\u226B&gT;\u00A9",
+     ">\u226B&gT;\u00A9"},
     {"a name with digits", "&frac34;&frac341", "\u00BE\u00BE1", "\u00BE&frac341"},
     {"the first name and the last one", "&AElig;&zwnj;", "\u00C6\u200C", "\u00C6\u200C"},
     {"the longest name", "&CounterClockwiseContourIntegral;", "\u2233", "\u2233"},
@@ -116,14 +120,17 @@ constexpr Row ROWS[] = {
     {"longer than any name", "&CounterClockwiseContourIntegrals; &ampersandampersandampersandampersand;",
      "&CounterClockwiseContourIntegrals; &ersandampersandampersandampersand;",
      "&CounterClockwiseContourIntegrals; &ampersandampersandampersandampersand;"},
-    {"two code points", "&NotEqualTilde;&fjlig;&ThickSpace;", "\u2242\u0338fj\u205F\u200A", "\u2242\u0338fj\u205F\u200A"},
-    {"two code points that take more bytes than the reference", "&nGt;&nLt;", "\u226B\u20D2\u226A\u20D2", "\u226B\u20D2\u226A\u20D2"},
+    {"two code points", "&NotEqualTilde;&fjlig;&ThickSpace;", "\u2242\u0338fj\u205F\u200A",
+     "\u2242\u0338fj\u205F\u200A"},
+    {"two code points that take more bytes than the reference", "&nGt;&nLt;", "\u226B\u20D2\u226A\u20D2",
+     "\u226B\u20D2\u226A\u20D2"},
     {"code points beyond U+FFFF", "&Afr;&zopf;", "\U0001D504\U0001D56B", "\U0001D504\U0001D56B"},
     {"a name that stands for white space", "&Tab;&NewLine;&nbsp;", "\t\n\u00A0", "\t\n\u00A0"},
 
     {"decimal", "&#65;&#066;&#0000000000000000000067;", "ABC", "ABC"},
     {"hexadecimal", "&#x41;&#X42;&#x4a;&#X4A;&#x0000000000000000000043;", "ABJJC", "ABJJC"},
-    {"a number without a semicolon, in values too", "&#65 &#65=&#65g&#x41 &#x41=&#x41g", "A A=AgA A=Ag", "A A=AgA A=Ag"},
+    {"a number without a semicolon, in values too", "&#65 &#65=&#65g&#x41 &#x41=&#x41g", "A A=AgA A=Ag",
+     "A A=AgA A=Ag"},
     {"a number at the end", "&#65", "A", "A"},
     {"a hexadecimal number at the end", "&#x41", "A", "A"},
     {"a hexadecimal digit after a decimal number", "&#65a;", "Aa;", "Aa;"},
@@ -138,16 +145,19 @@ constexpr Row ROWS[] = {
     {"surrogates", "&#xD800;&#xDBFF;&#xDC00;&#xDFFF;", "\uFFFD\uFFFD\uFFFD\uFFFD", "\uFFFD\uFFFD\uFFFD\uFFFD"},
     {"surrogates make no pair", "&#xD83D;&#xDE00;", "\uFFFD\uFFFD", "\uFFFD\uFFFD"},
     {"beside the surrogates", "&#xD7FF;&#xE000;", "\uD7FF\uE000", "\uD7FF\uE000"},
-    {"the last code point, and beyond", "&#x10FFFF;&#x110000;&#1114112;", "\U0010FFFF\uFFFD\uFFFD", "\U0010FFFF\uFFFD\uFFFD"},
-    {"beyond 32 and 64 bits", "&#4294967361;&#x100000041;&#18446744073709551681;&#x10000000000000041;", "\uFFFD\uFFFD\uFFFD\uFFFD",
-     "\uFFFD\uFFFD\uFFFD\uFFFD"},
+    {"the last code point, and beyond", "&#x10FFFF;&#x110000;&#1114112;", "\U0010FFFF\uFFFD\uFFFD",
+     "\U0010FFFF\uFFFD\uFFFD"},
+    {"beyond 32 and 64 bits", "&#4294967361;&#x100000041;&#18446744073709551681;&#x10000000000000041;",
+     "\uFFFD\uFFFD\uFFFD\uFFFD", "\uFFFD\uFFFD\uFFFD\uFFFD"},
     {"beyond U+FFFF", "&#x10000;&#128512;", "\U00010000\U0001F600", "\U00010000\U0001F600"},
-    {"windows-1252", "&#x80;&#130;&#x8e;&#150;&#x9F;", "\u20AC\u201A\u017D\u2013\u0178", "\u20AC\u201A\u017D\u2013\u0178"},
+    {"windows-1252", "&#x80;&#130;&#x8e;&#150;&#x9F;", "\u20AC\u201A\u017D\u2013\u0178",
+     "\u20AC\u201A\u017D\u2013\u0178"},
     {"what windows-1252 lacks", "&#x81;&#x8D;&#x8F;&#x90;&#157;", "\xC2\x81\xC2\x8D\xC2\x8F\xC2\x90\xC2\x9D",
      "\xC2\x81\xC2\x8D\xC2\x8F\xC2\x90\xC2\x9D"},
     {"beside windows-1252", "&#x7F;&#xA0;", "\x7F\u00A0", "\x7F\u00A0"},
     {"control characters", "&#1;&#x8;&#xD;&#x1F;&#10;", "\x01\x08\r\x1F\n", "\x01\x08\r\x1F\n"},
-    {"noncharacters", "&#xFDD0;&#xFFFE;&#xFFFF;&#x1FFFF;", "\uFDD0\uFFFE\uFFFF\U0001FFFF", "\uFDD0\uFFFE\uFFFF\U0001FFFF"},
+    {"noncharacters", "&#xFDD0;&#xFFFE;&#xFFFF;&#x1FFFF;", "\uFDD0\uFFFE\uFFFF\U0001FFFF",
+     "\uFDD0\uFFFE\uFFFF\U0001FFFF"},
     {"replacement and mark", "&#xFFFD;&#xFEFF;", "\uFFFD\uFEFF", "\uFFFD\uFEFF"},
 };
 
@@ -156,8 +166,10 @@ TYPED_TEST(CharacterReferencesTest, Decodes) {
     for (const Row& row : ROWS) {
         // In a block of their own, so that a sanitizer sees where it ends.
         const auto input = std::make_unique<S>(FromUtf8<S>(row.input));
-        EXPECT_EQ(Trace::Escape(Decoded<TypeParam>(Context::TEXT, *input)), Trace::Escape(FromUtf8<S>(row.text))) << row.note;
-        EXPECT_EQ(Trace::Escape(Decoded<TypeParam>(Context::VALUE, *input)), Trace::Escape(FromUtf8<S>(row.value))) << row.note;
+        EXPECT_EQ(Trace::Escape(Decoded<TypeParam>(Context::TEXT, *input)), Trace::Escape(FromUtf8<S>(row.text)))
+            << row.note;
+        EXPECT_EQ(Trace::Escape(Decoded<TypeParam>(Context::VALUE, *input)), Trace::Escape(FromUtf8<S>(row.value)))
+            << row.note;
     }
 }
 
@@ -250,7 +262,8 @@ std::string Search(Context context, const std::string& text) {
         return text;
     const std::string rest = text.substr(longest);
     if (context == Context::VALUE && text[longest - 1] != ';' && !rest.empty() &&
-        std::string_view("=0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz").find(rest[0]) != std::string_view::npos)
+        std::string_view("=0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz").find(rest[0]) !=
+            std::string_view::npos)
         return text;
     return CharactersOf(*found) + rest;
 }
@@ -263,7 +276,8 @@ TYPED_TEST(CharacterReferencesTest, FindsEveryName) {
         for (const char* after : {"", ";", "=", "x;", " "}) {
             const std::string text = '&' + name + after;
             for (const Context context : {Context::TEXT, Context::VALUE})
-                ASSERT_EQ(Trace::Escape(Decoded<TypeParam>(context, To<S>(text))), Trace::Escape(FromUtf8<S>(Search(context, text))))
+                ASSERT_EQ(Trace::Escape(Decoded<TypeParam>(context, To<S>(text))),
+                          Trace::Escape(FromUtf8<S>(Search(context, text))))
                     << text;
         }
     }
@@ -297,14 +311,16 @@ TYPED_TEST(CharacterReferencesTest, ReadsLongTextOnce) {
             text += row.repeated;
             decoded += row.decodedRepeated;
         }
-        EXPECT_TRUE(Decoded<TypeParam>(Context::TEXT, To<S>(text)) == FromUtf8<S>(decoded)) << row.begin << row.repeated;
+        EXPECT_TRUE(Decoded<TypeParam>(Context::TEXT, To<S>(text)) == FromUtf8<S>(decoded))
+            << row.begin << row.repeated;
     }
 }
 
 TYPED_TEST(CharacterReferencesTest, AllocatesNothingForNothing) {
     using S = typename TypeParam::S;
     const std::string letters(10000, 'x');
-    const S texts[] = {To<S>(letters), To<S>("& &a; &# &#x &alpha" + letters), To<S>(letters + "& &a; &#; &#x; &alpha")};
+    const S texts[] = {To<S>(letters), To<S>("& &a; &# &#x &alpha" + letters),
+                       To<S>(letters + "& &a; &#; &#x; &alpha")};
     for (const S& text : texts) {
         for (const Context context : {Context::TEXT, Context::VALUE}) {
             S decoded;
@@ -324,11 +340,14 @@ TYPED_TEST(CharacterReferencesTest, AllocatesNothingForNothing) {
 
 TYPED_TEST(CharacterReferencesTest, KeepsTheMemoryOfItsOutput) {
     using S = typename TypeParam::S;
-    const S text = To<S>("tea &amp; biscuits, &lt;milk&gt;, &nGt; sugar, and so on for more characters than a string has without memory");
+    const S text = To<S>(
+        "tea &amp; biscuits, &lt;milk&gt;, &nGt; sugar, and so on for more characters than a string has without "
+        "memory");
     S output;
     ASSERT_TRUE(References<TypeParam>::DecodeText(text, &output));
     const std::size_t before = CountAllocations();
-    const bool changed = References<TypeParam>::DecodeText(text, &output) && References<TypeParam>::DecodeText(text, &output);
+    const bool changed =
+        References<TypeParam>::DecodeText(text, &output) && References<TypeParam>::DecodeText(text, &output);
     EXPECT_EQ(CountAllocations(), before);
     EXPECT_TRUE(changed);
 }
@@ -342,10 +361,12 @@ struct CharSetRow {
 
 constexpr CharSetRow CHAR_SET_ROWS[] = {
     {"a byte of the charset", CharSet::WINDOWS_1252, "&euro;&eacute;&#xE9;&#x80;&Yuml;", "\x80\xE9\xE9\x80\x9F"},
-    {"what the charset lacks stays", CharSet::WINDOWS_1252, "&alpha;&eacute;&alpha;&#x3b1;&#0;", "&alpha;\xE9&alpha;&#x3b1;&#0;"},
+    {"what the charset lacks stays", CharSet::WINDOWS_1252, "&alpha;&eacute;&alpha;&#x3b1;&#0;",
+     "&alpha;\xE9&alpha;&#x3b1;&#0;"},
     {"what the charset lacks stays without its semicolon", CharSet::US_ASCII, "&eacute &eacute&lt", "&eacute &eacute<"},
     {"a question mark is one", CharSet::US_ASCII, "&quest;&#63;&#xFF1F;", "??&#xFF1F;"},
-    {"numbers below 160 are windows-1252, whatever the charset", CharSet::ISO_8859_1, "&#x80;&#x81;&#xA0;", "&#x80;\x81\xA0"},
+    {"numbers below 160 are windows-1252, whatever the charset", CharSet::ISO_8859_1, "&#x80;&#x81;&#xA0;",
+     "&#x80;\x81\xA0"},
     {"both code points or none", CharSet::US_ASCII, "&fjlig;&NotEqualTilde;", "fj&NotEqualTilde;"},
     {"beyond U+FFFF", CharSet::ISO_8859_1, "&Afr;&#x1F600;&amp;", "&Afr;&#x1F600;&"},
     {"other bytes stay as they are", CharSet::WINDOWS_1252, "\xFF\x81&amp\xE9&lt;\x80", "\xFF\x81&\xE9<\x80"},
@@ -365,10 +386,12 @@ TEST(CharacterReferencesCharSetTest, WritesTheCharSet) {
         for (const Context context : {Context::TEXT, Context::VALUE}) {
             std::string decoded = "untouched";
             const std::string input(row.input);
-            const bool changed = context == Context::TEXT ? References<Narrow>::DecodeText(input, &decoded, row.code)
-                                                          : References<Narrow>::DecodeAttributeValue(input, &decoded, row.code);
+            const bool changed = context == Context::TEXT
+                                     ? References<Narrow>::DecodeText(input, &decoded, row.code)
+                                     : References<Narrow>::DecodeAttributeValue(input, &decoded, row.code);
             EXPECT_EQ(changed, row.input != row.decoded) << row.note;
-            EXPECT_EQ(Trace::Escape(decoded), Trace::Escape(std::string(changed ? row.decoded : "untouched"))) << row.note;
+            EXPECT_EQ(Trace::Escape(decoded), Trace::Escape(std::string(changed ? row.decoded : "untouched")))
+                << row.note;
         }
     }
 }
@@ -393,7 +416,8 @@ constexpr std::uint32_t TEXT = 100;  // beside the quotes
 
 template <typename Flavour>
 bool Encode(std::uint32_t form, const typename Flavour::S& text, typename Flavour::S* encoded) {
-    return form == TEXT ? References<Flavour>::EncodeText(text, encoded) : References<Flavour>::EncodeAttributeValue(text, form, encoded);
+    return form == TEXT ? References<Flavour>::EncodeText(text, encoded)
+                        : References<Flavour>::EncodeAttributeValue(text, form, encoded);
 }
 
 struct EncodeRow {
@@ -440,15 +464,25 @@ TEST(CharacterReferencesWideTest, EncodesNoCharacterOfTheSameLowByte) {
 
 TYPED_TEST(CharacterReferencesTest, GivesBackWhatItEncoded) {
     using S = typename TypeParam::S;
-    RandomInput random(31,
-                       {"&",    "&",    "<",    ">",     "\"",   "'",  ";",  "=", " ",   "a",    "amp",  "amp;",    "&lt",
-                        "&lt;", "#",    "&#",   "&#39;", "x",    "1",  "f",  "g", "&#x", "&#0;", "copy", "&notit;", "\xE9",
-                        "\xA0", "\x80", "\xFF", "\xC3",  "\xA9", "&&", "\t", "z", "0",   "-",    "quot", "/",       std::string(1, '\0')});
+    RandomInput random(31, {"&",       "&",     "<",
+                            ">",       "\"",    "'",
+                            ";",       "=",     " ",
+                            "a",       "amp",   "amp;",
+                            "&lt",     "&lt;",  "#",
+                            "&#",      "&#39;", "x",
+                            "1",       "f",     "g",
+                            "&#x",     "&#0;",  "copy",
+                            "&notit;", "\xE9",  "\xA0",
+                            "\x80",    "\xFF",  "\xC3",
+                            "\xA9",    "&&",    "\t",
+                            "z",       "0",     "-",
+                            "quot",    "/",     std::string(1, '\0')});
     std::size_t changes = 0;
     for (std::size_t i = 0; i < 50000; ++i) {
         S text = To<S>(random.Next(12));
         if (TypeParam::WIDE && random.Flip())
-            text.insert(random.Below(text.size() + 1), 1, static_cast<typename TypeParam::C>(0xD800 + random.Below(0x800)));
+            text.insert(random.Below(text.size() + 1), 1,
+                        static_cast<typename TypeParam::C>(0xD800 + random.Below(0x800)));
         for (const std::uint32_t form : {TEXT, std::uint32_t{HTML::QUOTE_DOUBLE}, std::uint32_t{HTML::QUOTE_SINGLE}}) {
             S encoded = text;
             changes += Encode<TypeParam>(form, text, &encoded) ? 1 : 0;

@@ -47,7 +47,8 @@ template <typename S>
 std::string Describe(char context, const S& text) {
     using References = HTML::CharacterReferences<typename S::value_type, S>;
     S decoded;
-    const bool changed = context == 'a' ? References::DecodeAttributeValue(text, &decoded) : References::DecodeText(text, &decoded);
+    const bool changed =
+        context == 'a' ? References::DecodeAttributeValue(text, &decoded) : References::DecodeText(text, &decoded);
     return (changed ? "changed =" : "same =") + ToHexadecimal(BytesOf(changed ? decoded : text));
 }
 
@@ -60,7 +61,8 @@ int main() {
             return EXIT_FAILURE;
         const std::string text = FromHexadecimal(std::string_view(line).substr(1));
         WideString wide;
-        if (StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, text.data(), text.size(), &wide) != RESULT_OK)
+        if (StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, text.data(), text.size(), &wide) !=
+            RESULT_OK)
             return EXIT_FAILURE;
         std::cout << Describe(line[0], text) << ' ' << Describe(line[0], wide) << '\n';
     }

@@ -40,11 +40,13 @@ constexpr Row ROWS[] = {
     {"an end tag of what was closed from outside", "<a><b></a></b>", ""},
     {"the same name again and again", "<a></a><a></a></a><a>", "a"},
     {"no end tag is implied", "<p><p><li><li><table><td><td>", "p p li li table td td"},
-    {"void elements are not open", "<a><area><base><br><col><embed><hr><img><input><link><meta><param><source><track><wbr>", "a"},
+    {"void elements are not open",
+     "<a><area><base><br><col><embed><hr><img><input><link><meta><param><source><track><wbr>", "a"},
     {"obsolete ones neither", "<a><basefont><bgsound><command><frame><keygen>", "a"},
     {"the end tag of a void element is a stray one", "<a></br><br></br>", "a"},
     {"a short tag of a void element", "<br/><a>", "a"},
-    {"names that begin like void ones", "<b><colgroup><h><framese><iframe><image>", "b colgroup h framese iframe image"},
+    {"names that begin like void ones", "<b><colgroup><h><framese><iframe><image>",
+     "b colgroup h framese iframe image"},
     {"a short tag opens an element", "<b/><a>", "b a"},
     {"a short svg or math closes itself", "<svg/><math/><a>", "a"},
     {"short tags in svg", "<svg><b/><g/><a><b/>", "svg a"},
@@ -210,7 +212,9 @@ TEST(OpenElementsTest, LimitTheAttributes) {
     open.SetMaxOpenAttributes(5);
     const TestTag tag;
     std::vector<std::size_t> matches;
-    const auto isOver = [&](const char* name, std::uint64_t count) { return open.Open(name, false, count, tag, &matches).isOverLimit; };
+    const auto isOver = [&](const char* name, std::uint64_t count) {
+        return open.Open(name, false, count, tag, &matches).isOverLimit;
+    };
     EXPECT_TRUE(isOver("a", 6));
     EXPECT_TRUE(isOver("a", MOST));
     EXPECT_FALSE(isOver("a", 3));

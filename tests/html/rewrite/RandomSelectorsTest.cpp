@@ -64,7 +64,9 @@ std::vector<std::string> SplitWords(const std::string& list) {
 }
 
 bool MatchesPlainly(const PlainCondition& condition, const TestTag& tag) {
-    const std::string name = condition.operation == "#" ? "id" : condition.operation == "." ? "class" : Fold(condition.name);
+    const std::string name = condition.operation == "#"   ? "id"
+                             : condition.operation == "." ? "class"
+                                                          : Fold(condition.name);
     for (const auto& [attribute, written] : tag.attributes) {
         if (attribute != name)
             continue;
@@ -83,7 +85,8 @@ bool MatchesPlainly(const PlainCondition& condition, const TestTag& tag) {
         const std::size_t found = condition.operation == "$=" ? value.rfind(expected) : value.find(expected);
         if (expected.empty() || found == std::string::npos)
             return false;
-        return condition.operation == "*=" || found == (condition.operation == "^=" ? 0 : value.size() - expected.size());
+        return condition.operation == "*=" ||
+               found == (condition.operation == "^=" ? 0 : value.size() - expected.size());
     }
     return false;
 }
@@ -122,7 +125,8 @@ std::string GetContent(const PlainElement* element) {
 bool HasContent(const PlainElement& element) {
     if (IsOneOf(element.tag.name, {"br", "img", "keygen"}))
         return false;
-    return !element.tag.isShort || (!IsOneOf(element.tag.name, {"svg", "math"}) && GetContent(element.parent.get()).empty());
+    return !element.tag.isShort ||
+           (!IsOneOf(element.tag.name, {"svg", "math"}) && GetContent(element.parent.get()).empty());
 }
 
 class Maker {
@@ -203,7 +207,8 @@ private:
         std::string text = "[" + WriteSpaces() + WriteName(condition.name) + WriteSpaces();
         if (!condition.operation.empty()) {
             const bool isName = !condition.value.empty() && random.Flip();
-            text += condition.operation + WriteSpaces() + (isName ? WriteName(condition.value) : WriteString(condition.value));
+            text += condition.operation + WriteSpaces() +
+                    (isName ? WriteName(condition.value) : WriteString(condition.value));
             if (condition.ignoresCase)
                 text += (isName ? " " : WriteSpaces()) + Pick({"i", "I"});
             else if (random.Below(4) == 0)
@@ -220,7 +225,8 @@ private:
             return std::string("\\") + character;
         constexpr const char* DIGITS = "0123456789abcdef";
         const auto code = static_cast<unsigned char>(character);
-        return std::string(random.Flip() ? "\\" : "\\00") + DIGITS[code / 16] + DIGITS[code % 16] + Pick({" ", "\t", "\r\n"});
+        return std::string(random.Flip() ? "\\" : "\\00") + DIGITS[code / 16] + DIGITS[code % 16] +
+               Pick({" ", "\t", "\r\n"});
     }
 
     std::string WriteName(const std::string& name) {
@@ -231,7 +237,8 @@ private:
             const bool isLetter = (folded >= 'a' && folded <= 'z') || static_cast<unsigned char>(folded) >= 0x80;
             const bool isPlain = isLetter || (i > 0 && (character == '-' || (character >= '0' && character <= '9')));
             const bool mayEscape = static_cast<unsigned char>(character) < 0x80;
-            text += isPlain && !(mayEscape && random.Below(6) == 0) ? std::string(1, character) : WriteEscape(character);
+            text +=
+                isPlain && !(mayEscape && random.Below(6) == 0) ? std::string(1, character) : WriteEscape(character);
         }
         return text;
     }
@@ -242,7 +249,8 @@ private:
         for (const char character : value) {
             const bool mustEscape = character == quote || character == '\\';
             const bool mayEscape = static_cast<unsigned char>(character) < 0x80;
-            text += mustEscape || (mayEscape && random.Below(8) == 0) ? WriteEscape(character) : std::string(1, character);
+            text +=
+                mustEscape || (mayEscape && random.Below(8) == 0) ? WriteEscape(character) : std::string(1, character);
         }
         return text + quote;
     }

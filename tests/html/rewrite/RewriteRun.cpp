@@ -13,7 +13,8 @@ void CollectingHandler::Write(const void* data, std::uint64_t byteCount, bool is
     bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
 }
 
-RewriteRun Rewrite(std::string_view document, const RewriteSettings& settings, const Cuts& cuts, const PrepareRewriter& prepare) {
+RewriteRun Rewrite(std::string_view document, const RewriteSettings& settings, const Cuts& cuts,
+                   const PrepareRewriter& prepare) {
     RewriteRun run;
     CollectingHandler output;
     HTML::Rewriter rewriter(&output);
@@ -41,7 +42,8 @@ std::string Utf8ToUtf16LE(std::string_view utf8) {
 }
 
 void ExpectRewritten(std::string_view document, std::string_view expected, const PrepareRewriter& prepare) {
-    const auto expect = [&](const std::string& bytes, const std::string& expectedBytes, const RewriteSettings& settings) {
+    const auto expect = [&](const std::string& bytes, const std::string& expectedBytes,
+                            const RewriteSettings& settings) {
         ForEverySplit(bytes, [&](const Cuts& cuts) {
             const RewriteRun run = Rewrite(bytes, settings, cuts, prepare);
             EXPECT_EQ(run.output, expectedBytes);

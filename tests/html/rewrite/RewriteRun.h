@@ -34,13 +34,14 @@ struct RewriteRun {
 using PrepareRewriter = std::function<void(HTML::Rewriter*)>;
 
 /// Rewrites a document, each piece in a heap block of its own.
-RewriteRun Rewrite(std::string_view document, const RewriteSettings& settings, const Cuts& cuts, const PrepareRewriter& prepare);
+RewriteRun Rewrite(std::string_view document, const RewriteSettings& settings, const Cuts& cuts,
+                   const PrepareRewriter& prepare);
 
 /// The same for UTF-8, uncut.
 RewriteRun Rewrite(std::string_view document, const PrepareRewriter& prepare);
 
-/// Expects the same output from a UTF-8 document and the same in UTF-16, uncut and however it is cut; both texts in UTF-8, the second one
-/// with references only where UTF-8 has them.
+/// Expects the same output from a UTF-8 document and the same in UTF-16, uncut and however it is
+/// cut; both texts in UTF-8, the second one with references only where UTF-8 has them.
 void ExpectRewritten(std::string_view document, std::string_view expected, const PrepareRewriter& prepare);
 
 std::string Utf8ToUtf16LE(std::string_view utf8);

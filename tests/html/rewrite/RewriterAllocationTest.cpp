@@ -31,8 +31,8 @@ public:
     std::string bytes;
 };
 
-/// Whichever allocation fails: no answer but 8, or that of the construct that cannot be read again, no exception, and nothing of the
-/// document is lost.
+/// Whichever allocation fails: no answer but 8, or that of the construct that cannot be read again,
+/// no exception, and nothing of the document is lost.
 TEST(RewriterAllocationTest, NothingIsLost) {
     const std::string page =
         "<i>begin</i><p class=\"one\">some text that is longer than any small string<a href=u download>b</a>"
@@ -49,7 +49,8 @@ TEST(RewriterAllocationTest, NothingIsLost) {
             ranOut = ranOut || result != 0;
         };
         rewriter.OnElement("p a[href=u]", [&](RewriterElement element) {
-            take(element.GetStartTag().AddAttribute("longer-than-any-small-string", "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!"));
+            take(element.GetStartTag().AddAttribute("longer-than-any-small-string",
+                                                    "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!"));
             take(element.Append("!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!", CONTENT_TEXT));
             take(element.InsertAfter("!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!", CONTENT_MARKUP));
         });
@@ -76,7 +77,8 @@ TEST(RewriterAllocationTest, NothingIsLost) {
     EXPECT_GT(failures, 10U);
 }
 
-/// The same for a tag that is edited so often that its names get an index: the edits that were answered with 0 are there, and no others.
+/// The same for a tag that is edited so often that its names get an index: the edits that were
+/// answered with 0 are there, and no others.
 TEST(RewriterAllocationTest, ManyEditsAreMadeOrNot) {
     constexpr int ATTRIBUTES = 90;
     std::string page = "<a";
@@ -121,7 +123,8 @@ TEST(RewriterAllocationTest, ManyEditsAreMadeOrNot) {
         failures += hasFailed ? 1 : 0;
         EXPECT_TRUE(result == 0 || result == 8) << result;
         const bool isAsEdited = !expected.empty() && output.bytes == expected;
-        EXPECT_TRUE(isAsEdited || (hasFailed && output.bytes == page)) << "allocation " << number << ": " << output.bytes;
+        EXPECT_TRUE(isAsEdited || (hasFailed && output.bytes == page))
+            << "allocation " << number << ": " << output.bytes;
     }
     EXPECT_GT(failures, 40U);
 }

@@ -157,7 +157,9 @@ TEST(RewriterAttributesTest, RenamesThem) {
         {"a bare word", "<a b>", Rename("b", "d"), "<a d>"},
         {"a folded word", "<a b=c d>", Rename("d", "e"), "<a b=c e>"},
         {"it has the new name then", "<a b=c>",
-         [](RewriterToken token) { return token.RenameAttribute("b", "d") + token.SetAttribute("d", "e") + token.HasAttribute("b"); },
+         [](RewriterToken token) {
+             return token.RenameAttribute("b", "d") + token.SetAttribute("d", "e") + token.HasAttribute("b");
+         },
          "<a d=e>"},
         {"one that begins at the tag's name", "<a[b>", Rename("[b", "c"), "<a c>"},
         {"none", "<a b>", Rename("c", "d"), "<a b>", REWRITE_NO_ATTRIBUTE},
@@ -181,10 +183,14 @@ TEST(RewriterAttributesTest, RemovesThem) {
         {"one that begins at the tag's name", "<a[b c>", Remove("[b"), "<a c>"},
         {"and one that follows it at once", "<a[b=\"x\"c>", Remove("[b"), "<a c>"},
         {"all", "<a b c='d' e=f>",
-         [](RewriterToken token) { return token.RemoveAttribute("c") + token.RemoveAttribute("b") + token.RemoveAttribute("e"); }, "<a>"},
+         [](RewriterToken token) {
+             return token.RemoveAttribute("c") + token.RemoveAttribute("b") + token.RemoveAttribute("e");
+         },
+         "<a>"},
         {"then the next of that name", "<a b=1 b=2>",
          [](RewriterToken token) { return token.RemoveAttribute("b") + token.SetAttribute("b", "3"); }, "<a b=3>"},
-        {"an added one", "<a b>", [](RewriterToken token) { return token.AddAttribute("c", "d") + token.RemoveAttribute("c"); }, "<a b>"},
+        {"an added one", "<a b>",
+         [](RewriterToken token) { return token.AddAttribute("c", "d") + token.RemoveAttribute("c"); }, "<a b>"},
         {"before a value without a name", "<a b c='1'='2'>", Remove("c"), "<a b c='1'='2'>", REWRITE_WRONG_KIND},
         {"the first in an end tag", "</a b=c d>", Remove("b"), "</a  d>"},
         {"none", "<a b>", Remove("c"), "<a b>", REWRITE_NO_ATTRIBUTE},
@@ -229,7 +235,8 @@ TEST(RewriterAttributesTest, SaysWhatTheyHaveBecome) {
     });
 }
 
-// ------------------------------------------------------------------------------- many edits, beside a list that is searched
+// ------------------------------------------------------------------------------- many edits,
+// beside a list that is searched
 
 /// What a tag with many attributes should become, the plain way.
 class ListOfAttributes {
@@ -305,7 +312,8 @@ void EditBoth(std::mt19937* random, RewriterToken* token, ListOfAttributes* mode
     }
 }
 
-/// However many attributes a tag has, and however often it is edited: few of both are searched in another way than many.
+/// However many attributes a tag has, and however often it is edited: few of both are searched in
+/// another way than many.
 TEST(RewriterAttributesTest, ManyEditsAreThoseOfAList) {
     std::mt19937 random(42);
     const RewriteSettings narrow;
@@ -316,24 +324,27 @@ TEST(RewriterAttributesTest, ManyEditsAreThoseOfAList) {
             for (const bool isWide : {false, true}) {
                 ListOfAttributes model;
                 for (std::size_t i = 0; i < attributes; ++i)
-                    model.list.emplace_back((i % 2 == 0 ? "b" : "C\xC3\xA4") + std::to_string(i / 2 % 40), std::to_string(i));
+                    model.list.emplace_back((i % 2 == 0 ? "b" : "C\xC3\xA4") + std::to_string(i / 2 % 40),
+                                            std::to_string(i));
                 const std::string document = model.ToTag();
-                const RewriteRun run =
-                    Rewrite(isWide ? Utf8ToUtf16LE(document) : document, isWide ? wide : narrow, {}, [&](Rewriter* rewriter) {
-                        rewriter->OnContent("", [&](RewriterToken token) {
-                            for (std::size_t i = 0; i < edits; ++i)
-                                EditBoth(&random, &token, &model);
-                        });
-                    });
+                const RewriteRun run = Rewrite(isWide ? Utf8ToUtf16LE(document) : document, isWide ? wide : narrow, {},
+                                               [&](Rewriter* rewriter) {
+                                                   rewriter->OnContent("", [&](RewriterToken token) {
+                                                       for (std::size_t i = 0; i < edits; ++i)
+                                                           EditBoth(&random, &token, &model);
+                                                   });
+                                               });
                 EXPECT_EQ(run.feeding, 0U);
                 EXPECT_EQ(run.ending, 0U);
-                ASSERT_EQ(run.output, isWide ? Utf8ToUtf16LE(model.ToTag()) : model.ToTag()) << document << ", edits: " << edits;
+                ASSERT_EQ(run.output, isWide ? Utf8ToUtf16LE(model.ToTag()) : model.ToTag())
+                    << document << ", edits: " << edits;
             }
         }
     }
 }
 
-// ------------------------------------------------------------------------------------- a tag with an edit, parsed again
+// ------------------------------------------------------------------------------------- a tag with
+// an edit, parsed again
 
 struct TagPart {
     std::string name;
@@ -391,8 +402,8 @@ private:
         std::vector<AttributePlace> places;
         for (std::uint64_t i = 0; parser.GetAttributeParts(i, &places) == 0; ++i) {
             for (const AttributePlace& part : places)
-                tag.parts.push_back(
-                    {At(part.nameBegin, part.nameEnd), part.valueBegin != part.nameEnd, At(part.valueBegin, part.valueEnd)});
+                tag.parts.push_back({At(part.nameBegin, part.nameEnd), part.valueBegin != part.nameEnd,
+                                     At(part.valueBegin, part.valueEnd)});
         }
     }
 
@@ -416,14 +427,17 @@ const std::vector<PartEdit> PART_EDITS = {
      [](std::vector<TagPart>* parts, std::size_t index) {
          (*parts)[index] = {(*parts)[index].name, true, "v"};
      }},
-    {"set with white space", [](RewriterToken token, const std::string& name) { return token.SetAttribute(name, "v >"); },
+    {"set with white space",
+     [](RewriterToken token, const std::string& name) { return token.SetAttribute(name, "v >"); },
      [](std::vector<TagPart>* parts, std::size_t index) {
          (*parts)[index] = {(*parts)[index].name, true, "v >"};
      }},
     {"rename", [](RewriterToken token, const std::string& name) { return token.RenameAttribute(name, "n"); },
      [](std::vector<TagPart>* parts, std::size_t index) { (*parts)[index].name = "n"; }},
     {"remove", [](RewriterToken token, const std::string& name) { return token.RemoveAttribute(name); },
-     [](std::vector<TagPart>* parts, std::size_t index) { parts->erase(parts->begin() + static_cast<std::ptrdiff_t>(index)); }},
+     [](std::vector<TagPart>* parts, std::size_t index) {
+         parts->erase(parts->begin() + static_cast<std::ptrdiff_t>(index));
+     }},
     {"add", [](RewriterToken token, const std::string&) { return token.AddAttribute("n", "v/"); },
      [](std::vector<TagPart>* parts, std::size_t) {
          parts->push_back({"n", true, "v/"});
@@ -454,7 +468,8 @@ TEST_P(EditedTagTest, ChangesExactlyItsPlace) {
                     continue;
                 for (const PartEdit& edit : PART_EDITS) {
                     std::uint32_t result = 12345;
-                    const RewriteRun run = Rewrite(document, EditTag([&](RewriterToken token) { return edit.edit(token, name); }, &result));
+                    const RewriteRun run = Rewrite(
+                        document, EditTag([&](RewriterToken token) { return edit.edit(token, name); }, &result));
                     const TagReader after(run.output);
                     std::vector<TagPart> expected = before.tag.parts;
                     if (result == REWRITE_OK)
@@ -463,9 +478,11 @@ TEST_P(EditedTagTest, ChangesExactlyItsPlace) {
                         EXPECT_EQ(run.output, document);
                     ++edits;
                     refused += result == REWRITE_OK ? 0 : 1;
-                    const bool isGood = after.tag.tokens == 1 && after.tag.kind == before.tag.kind && after.tag.name == before.tag.name &&
-                                        after.tag.isClosed && after.tag.parts == expected;
-                    ASSERT_TRUE(isGood) << edit.note << " of \"" << name << "\" made " << document << " to " << run.output;
+                    const bool isGood = after.tag.tokens == 1 && after.tag.kind == before.tag.kind &&
+                                        after.tag.name == before.tag.name && after.tag.isClosed &&
+                                        after.tag.parts == expected;
+                    ASSERT_TRUE(isGood) << edit.note << " of \"" << name << "\" made " << document << " to "
+                                        << run.output;
                 }
             }
             std::size_t place = 0;

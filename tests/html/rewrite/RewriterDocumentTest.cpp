@@ -75,7 +75,8 @@ TEST(RewriterDocumentTest, AnswersTheCodesOfTheParserAndCopies) {
 }
 
 TEST(RewriterDocumentTest, PiecesDoNotEndInARecognizersCode) {
-    for (const std::string_view document : {"a<b=/>c", "a<b c / >d", "a<!-b>", "a<b", "<script>'", "<script>//a", "a<![x"}) {
+    for (const std::string_view document :
+         {"a<b=/>c", "a<b c / >d", "a<!-b>", "a<b", "<script>'", "<script>//a", "a<![x"}) {
         const RewriteRun run = Rewrite(document, [](Rewriter*) {});
         EXPECT_EQ(run.output, document);
         EXPECT_EQ(run.feeding, 0U);
@@ -85,7 +86,8 @@ TEST(RewriterDocumentTest, PiecesDoNotEndInARecognizersCode) {
 
 TEST(RewriterDocumentTest, AnswersTheCodesOfStreams) {
     const std::string document = "a<b>c<d>e";
-    const auto run = [&](std::unique_ptr<FaultyInputStream> stream, std::uint32_t expected, std::string_view expectedOutput) {
+    const auto run = [&](std::unique_ptr<FaultyInputStream> stream, std::uint32_t expected,
+                         std::string_view expectedOutput) {
         CollectingHandler output;
         Rewriter rewriter(&output);
         rewriter.OnElement("d", [](RewriterElement element) { element.Remove(); });
@@ -266,7 +268,8 @@ TEST(RewriterDocumentTest, AnExceptionAtTheVeryBegin) {
             throw std::runtime_error("at the mark");
         }
         void OnStartTag(StartTagData<char, std::string>*) override {
-            EXPECT_EQ(rewriter->GetToken().GetBytes(), rewriter->GetParser().IsWParser() ? std::string_view("<\0b\0>\0", 6) : "<b>");
+            EXPECT_EQ(rewriter->GetToken().GetBytes(),
+                      rewriter->GetParser().IsWParser() ? std::string_view("<\0b\0>\0", 6) : "<b>");
             EXPECT_EQ(rewriter->GetToken().Remove(), 0U);
         }
 
@@ -371,9 +374,9 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsIsHeardWhateverTheAnswer) {
         bool stops;
         std::string_view document;
     };
-    for (const Row& row :
-         {Row{"stop", 0, 0, true, "<a>rest of the page"}, Row{"limit of a token", 10, 0, false, "<a><!-- a long comment -->"},
-          Row{"limit of the elements", 0, 1, false, "<a><b>rest of the page"}}) {
+    for (const Row& row : {Row{"stop", 0, 0, true, "<a>rest of the page"},
+                           Row{"limit of a token", 10, 0, false, "<a><!-- a long comment -->"},
+                           Row{"limit of the elements", 0, 1, false, "<a><b>rest of the page"}}) {
         for (const std::size_t most : {std::size_t{0}, std::size_t{5}}) {
             SCOPED_TRACE(std::string(row.note) + ", after " + std::to_string(most) + " bytes");
             FailingHandler output;
@@ -530,7 +533,8 @@ TEST(RewriterDocumentTest, WithoutAHandlerNothingIsWritten) {
     EXPECT_EQ(rewriter.EndParse(), 0U);
 }
 
-// ------------------------------------------------------------------------------------------------------------- charsets
+// -------------------------------------------------------------------------------------------------
+// charsets
 
 struct CharsetRow {
     const char* note;
@@ -562,7 +566,8 @@ TEST(RewriterCharsetTest, WritesWhatTheCharsetHolds) {
 #if defined(_WIN32)
         // Not every system has the tables of GB18030.
         std::string converted;
-        if (row.charset == 54936 && StringNS::StringHelper::GetStringFromWide(54936, KESTRA_WIDE("\u00E9"), 1, &converted) != 0)
+        if (row.charset == 54936 &&
+            StringNS::StringHelper::GetStringFromWide(54936, KESTRA_WIDE("\u00E9"), 1, &converted) != 0)
             continue;
 #endif
         const RewriteSettings settings{row.charset, NARROW};
@@ -581,8 +586,8 @@ TEST(RewriterCharsetTest, WritesWhatTheCharsetHolds) {
                 EXPECT_EQ(token.SetText(row.text), hasText ? expectedResult : std::uint32_t{REWRITE_WRONG_KIND});
             });
         });
-        EXPECT_EQ(script.output,
-                  row.fitsScript ? "<script>" + expected + "</script><!--" + expected + "-->" : "<script>a</script><!--b-->");
+        EXPECT_EQ(script.output, row.fitsScript ? "<script>" + expected + "</script><!--" + expected + "-->"
+                                                : "<script>a</script><!--b-->");
     }
 }
 
@@ -631,9 +636,10 @@ TEST(RewriterCharsetTest, NamesThatTheCharsetLacksAreRefused) {
 
 /// The charset in force at the token, also when the markup declares it.
 TEST(RewriterCharsetTest, FollowsTheMarkup) {
-    const RewriteRun run = Rewrite("<a><meta charset=windows-1252><a>", RewriteSettings{0, NARROW}, {}, [](Rewriter* rewriter) {
-        rewriter->OnElement("a", [](RewriterElement element) { element.InsertBefore("\xC3\xA9", CONTENT_TEXT); });
-    });
+    const RewriteRun run =
+        Rewrite("<a><meta charset=windows-1252><a>", RewriteSettings{0, NARROW}, {}, [](Rewriter* rewriter) {
+            rewriter->OnElement("a", [](RewriterElement element) { element.InsertBefore("\xC3\xA9", CONTENT_TEXT); });
+        });
     EXPECT_EQ(run.output, "&#233;<a><meta charset=windows-1252>\xE9<a>");
 }
 
@@ -654,13 +660,14 @@ TEST(RewriterCharsetTest, ObserversOfTheOtherFlavour) {
     EXPECT_EQ(narrow.output, "<a b='\xE9' d>");
     std::string names;
     StartTagObserver narrowObserver([] {});
-    const RewriteRun wide = Rewrite(ToUtf16LE(std::string_view("<A b='c' d>")), RewriteSettings{0, WIDE}, {}, [&](Rewriter* rewriter) {
-        rewriter->SetObserver(&narrowObserver);
-        rewriter->OnElement("a[b=c]", [&](RewriterElement element) {
-            names += element.GetName();
-            EXPECT_EQ(element.GetStartTag().RemoveAttribute("b"), 0U);
+    const RewriteRun wide =
+        Rewrite(ToUtf16LE(std::string_view("<A b='c' d>")), RewriteSettings{0, WIDE}, {}, [&](Rewriter* rewriter) {
+            rewriter->SetObserver(&narrowObserver);
+            rewriter->OnElement("a[b=c]", [&](RewriterElement element) {
+                names += element.GetName();
+                EXPECT_EQ(element.GetStartTag().RemoveAttribute("b"), 0U);
+            });
         });
-    });
     EXPECT_EQ(names, "a");
     EXPECT_EQ(wide.output, ToUtf16LE(std::string_view("<A d>")));
 }

@@ -32,7 +32,8 @@ void Check(const std::vector<Row>& rows) {
         SCOPED_TRACE(row.note);
         std::uint32_t result = 12345;
         ExpectRewritten(row.document, row.expected, [&](Rewriter* rewriter) {
-            ASSERT_EQ(rewriter->OnElement(row.selector, [&](RewriterElement element) { result = row.edit(element); }), REWRITE_OK);
+            ASSERT_EQ(rewriter->OnElement(row.selector, [&](RewriterElement element) { result = row.edit(element); }),
+                      REWRITE_OK);
         });
         EXPECT_EQ(result, row.result);
     }
@@ -40,8 +41,8 @@ void Check(const std::vector<Row>& rows) {
 
 /// Writes a mark wherever something can be written.
 std::uint32_t WriteAround(RewriterElement element) {
-    return element.InsertBefore("1", CONTENT_TEXT) + element.Prepend("2", CONTENT_TEXT) + element.Append("3", CONTENT_TEXT) +
-           element.InsertAfter("4", CONTENT_TEXT);
+    return element.InsertBefore("1", CONTENT_TEXT) + element.Prepend("2", CONTENT_TEXT) +
+           element.Append("3", CONTENT_TEXT) + element.InsertAfter("4", CONTENT_TEXT);
 }
 
 std::uint32_t Remove(RewriterElement element) {
@@ -64,21 +65,25 @@ TEST(RewriterElementTest, WritesAroundAndInside) {
     Check({
         {"an element", "a<b>c</b>d", "b", WriteAround, "a1<b>2c3</b>4d"},
         {"an empty one", "a<b></b>d", "b", WriteAround, "a1<b>23</b>4d"},
-        {"in the order of the calls", "<b>c</b>", "b", [](RewriterElement element) { return WriteAround(element) + WriteAround(element); },
-         "11<b>22c33</b>44"},
+        {"in the order of the calls", "<b>c</b>", "b",
+         [](RewriterElement element) { return WriteAround(element) + WriteAround(element); }, "11<b>22c33</b>44"},
         {"without an end tag", "a<b>c", "b", WriteAround, "a1<b>2c34"},
         {"ended by the element around it", "<p>a<b>c</p>d", "b", WriteAround, "<p>a1<b>2c34</p>d"},
         {"both", "<p>a<p>c</div></p>d", "p", WriteAround, "1<p>2a1<p>2c</div>3</p>4d34"},
-        {"several that end together, the innermost first", "<p><b><i>x</p>", "p *", WriteAround, "<p>1<b>21<i>2x3434</p>"},
+        {"several that end together, the innermost first", "<p><b><i>x</p>", "p *", WriteAround,
+         "<p>1<b>21<i>2x3434</p>"},
         {"an end tag of another one", "<b>a</i>c</b>", "b", WriteAround, "1<b>2a</i>c3</b>4"},
         {"one within another of the name", "<b>a<b>c</b>d</b>", "b", WriteAround, "1<b>2a1<b>2c3</b>4d3</b>4"},
         {"a short tag that opens", "<b/>a</b>", "b", WriteAround, "1<b/>2a3</b>4"},
         {"names in any case", "<B>a</b>", "b", WriteAround, "1<B>2a3</b>4"},
         {"a stray end tag", "</b>a<b>c</b></b>", "b", WriteAround, "</b>a1<b>2c3</b>4</b>"},
-        {"markup", "<b>c</b>", "b", [](RewriterElement element) { return element.Append("<i>", CONTENT_MARKUP); }, "<b>c<i></b>"},
-        {"text", "<b>c</b>", "b", [](RewriterElement element) { return element.Prepend("<i>", CONTENT_TEXT); }, "<b>&lt;i&gt;c</b>"},
+        {"markup", "<b>c</b>", "b", [](RewriterElement element) { return element.Append("<i>", CONTENT_MARKUP); },
+         "<b>c<i></b>"},
+        {"text", "<b>c</b>", "b", [](RewriterElement element) { return element.Prepend("<i>", CONTENT_TEXT); },
+         "<b>&lt;i&gt;c</b>"},
         {"wide text", "<b>c</b>", "b",
-         [](RewriterElement element) { return element.Append(WideStringView(To<WideString>("\xE9")), CONTENT_TEXT); }, "<b>c\xC3\xA9</b>"},
+         [](RewriterElement element) { return element.Append(WideStringView(To<WideString>("\xE9")), CONTENT_TEXT); },
+         "<b>c\xC3\xA9</b>"},
         {"text after what it could go on with", "<b>&am</b>", "b",
          [](RewriterElement element) { return element.Append("p;", CONTENT_TEXT); }, "<b>&am&#112;;</b>"},
     });
@@ -103,18 +108,23 @@ TEST(RewriterElementTest, LeavesOut) {
         {"all unwrapped", "a<b>c<i>d</i></b>e", "*", Unwrap, "acde"},
         {"a void element unwrapped", "a<br>c", "br", Unwrap, "ac"},
         {"nothing of what was to be written inside", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return WriteAround(element) + element.Remove() + WriteAround(element); }, "a1144d"},
+         [](RewriterElement element) { return WriteAround(element) + element.Remove() + WriteAround(element); },
+         "a1144d"},
         {"content in place of what was to be written inside", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return WriteAround(element) + SetContent(element) + element.Append("5", CONTENT_TEXT); },
+         [](RewriterElement element) {
+             return WriteAround(element) + SetContent(element) + element.Append("5", CONTENT_TEXT);
+         },
          "a1<b>&lt;c&gt;5</b>4d"},
         {"what is written inside stays when the tags go", "a<b>c</b>d", "b",
          [](RewriterElement element) { return WriteAround(element) + element.Unwrap(); }, "a12c34d"},
-        {"removed and then replaced", "a<b>c</b>d", "b", [](RewriterElement element) { return element.Remove() + Replace(element); },
-         "a<r>d"},
-        {"removed and then unwrapped", "a<b>c</b>d", "b", [](RewriterElement element) { return element.Remove() + element.Unwrap(); },
-         "ad"},
+        {"removed and then replaced", "a<b>c</b>d", "b",
+         [](RewriterElement element) { return element.Remove() + Replace(element); }, "a<r>d"},
+        {"removed and then unwrapped", "a<b>c</b>d", "b",
+         [](RewriterElement element) { return element.Remove() + element.Unwrap(); }, "ad"},
         {"attributes of the start tag", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return element.GetStartTag().SetAttribute("x", "y") + element.InsertAfter("!", CONTENT_TEXT); },
+         [](RewriterElement element) {
+             return element.GetStartTag().SetAttribute("x", "y") + element.InsertAfter("!", CONTENT_TEXT);
+         },
          "a<b x=\"y\">c</b>!d"},
     });
 }
@@ -124,19 +134,27 @@ TEST(RewriterElementTest, RefusesWhatCannotBe) {
         return [=](RewriterElement element) { return element.Append(text, kind); };
     };
     Check({
-        {"content of a void element", "<br>", "br", [](RewriterElement element) { return element.Prepend("x", CONTENT_TEXT); }, "<br>",
+        {"content of a void element", "<br>", "br",
+         [](RewriterElement element) { return element.Prepend("x", CONTENT_TEXT); }, "<br>", REWRITE_NO_CONTENT},
+        {"at its end", "<br>", "br", [](RewriterElement element) { return element.Append("x", CONTENT_TEXT); }, "<br>",
          REWRITE_NO_CONTENT},
-        {"at its end", "<br>", "br", [](RewriterElement element) { return element.Append("x", CONTENT_TEXT); }, "<br>", REWRITE_NO_CONTENT},
         {"in place of it", "<br>", "br", SetContent, "<br>", REWRITE_NO_CONTENT},
-        {"content of a short tag that closes itself", "<svg><g/></svg>", "g", SetContent, "<svg><g/></svg>", REWRITE_NO_CONTENT},
-        {"ill-formed text", "<b></b>", "b", [](RewriterElement element) { return element.Append("\xFF", CONTENT_TEXT); }, "<b></b>", 2},
+        {"content of a short tag that closes itself", "<svg><g/></svg>", "g", SetContent, "<svg><g/></svg>",
+         REWRITE_NO_CONTENT},
+        {"ill-formed text", "<b></b>", "b",
+         [](RewriterElement element) { return element.Append("\xFF", CONTENT_TEXT); }, "<b></b>", 2},
         {"text in a script", "<script>a</script>", "script", inScript("b<c", CONTENT_TEXT), "<script>ab<c</script>"},
-        {"its end tag", "<script>a</script>", "script", inScript("</script>", CONTENT_MARKUP), "<script>a</script>", REWRITE_ENDS_EARLY},
-        {"a script's comment", "<script>a</script>", "script", inScript("<!--", CONTENT_TEXT), "<script>a</script>", REWRITE_ENDS_EARLY},
+        {"its end tag", "<script>a</script>", "script", inScript("</script>", CONTENT_MARKUP), "<script>a</script>",
+         REWRITE_ENDS_EARLY},
+        {"a script's comment", "<script>a</script>", "script", inScript("<!--", CONTENT_TEXT), "<script>a</script>",
+         REWRITE_ENDS_EARLY},
         {"the begin of an end tag at the begin", "<script>a</script>", "script",
-         [](RewriterElement element) { return element.Prepend("</", CONTENT_TEXT); }, "<script>a</script>", REWRITE_ENDS_EARLY},
+         [](RewriterElement element) { return element.Prepend("</", CONTENT_TEXT); }, "<script>a</script>",
+         REWRITE_ENDS_EARLY},
         {"in place of a script", "<script>a</script>", "script",
-         [](RewriterElement element) { return element.SetContent("</script", CONTENT_TEXT) + element.SetContent("x", CONTENT_TEXT); },
+         [](RewriterElement element) {
+             return element.SetContent("</script", CONTENT_TEXT) + element.SetContent("x", CONTENT_TEXT);
+         },
          "<script>x</script>", REWRITE_ENDS_EARLY},
     });
 }
@@ -169,13 +187,15 @@ TEST(RewriterElementTest, SelectorsChoose) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.selector);
-        const RewriteRun run = Rewrite("<p class='x y'><a href='u'><b></b></a></p><a id=i>",
-                                       [&](Rewriter* rewriter) { EXPECT_EQ(rewriter->OnElement(row.selector, mark), REWRITE_OK); });
+        const RewriteRun run = Rewrite("<p class='x y'><a href='u'><b></b></a></p><a id=i>", [&](Rewriter* rewriter) {
+            EXPECT_EQ(rewriter->OnElement(row.selector, mark), REWRITE_OK);
+        });
         std::string expected(row.expected);
         // An attribute is added after the last one.
-        for (const auto& [from, to] :
-             {std::pair<std::string, std::string>{" m=\"\" href='u'", " href='u' m=\"\""}, {" m=\"\" id=i", " id=i m=\"\""}}) {
-            for (std::size_t place = expected.find(from); place != std::string::npos; place = expected.find(from, place + to.size()))
+        for (const auto& [from, to] : {std::pair<std::string, std::string>{" m=\"\" href='u'", " href='u' m=\"\""},
+                                       {" m=\"\" id=i", " id=i m=\"\""}}) {
+            for (std::size_t place = expected.find(from); place != std::string::npos;
+                 place = expected.find(from, place + to.size()))
                 expected.replace(place, from.size(), to);
         }
         EXPECT_EQ(run.output, expected);
@@ -282,7 +302,9 @@ TEST(RewriterElementTest, ScriptsEndAsTheirModeSays) {
          }) {
         ExpectRewritten(row.document, row.expected, [&](Rewriter* rewriter) {
             EXPECT_EQ(rewriter->SetScriptMode(row.mode), 0U);
-            EXPECT_EQ(rewriter->OnElement("script", [](RewriterElement element) { EXPECT_EQ(element.Remove(), REWRITE_OK); }), REWRITE_OK);
+            EXPECT_EQ(
+                rewriter->OnElement("script", [](RewriterElement element) { EXPECT_EQ(element.Remove(), REWRITE_OK); }),
+                REWRITE_OK);
         });
     }
 }

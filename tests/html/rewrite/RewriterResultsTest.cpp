@@ -58,7 +58,12 @@ const Row ROWS[] = {
     {"16, that in UTF-16", "<script>a('b", true, Setting::NONE, {0, 16}, {0, 0}},
     {"704, white space after a slash", "<?xml a/ >b<c>", false, Setting::SELF_CHECK, {0, 704}, {0, 704}},
     {"704 in UTF-16, the body of a comment", "a<!--bc-->d<e>", true, Setting::SELF_CHECK, {0, 704}, {0, 704}},
-    {"705, in UTF-16 there is none", "a\xE4<b><meta charset=utf-8>c\xE4<d", false, Setting::WIDE_OBSERVER, {705, 16}, {705, 0}},
+    {"705, in UTF-16 there is none",
+     "a\xE4<b><meta charset=utf-8>c\xE4<d",
+     false,
+     Setting::WIDE_OBSERVER,
+     {705, 16},
+     {705, 0}},
     {"710", "a<b>c<d>e<!--", false, Setting::STOP, {710, 0}, {710, 0}},
     {"710 in UTF-16", "a<b>c<d>e<!--", true, Setting::STOP, {710, 0}, {710, 0}},
     {"711, a long token", "a<b>c<!--long-->d<e", false, Setting::TOKEN_SIZE, {711, 0}, {711, 0}},
@@ -92,7 +97,8 @@ template <typename P>
 class Prepared {
 public:
     template <typename... Arguments>
-    explicit Prepared(const Row& preparedRow, Arguments... arguments) : row(preparedRow), parser(arguments...), stopping(&parser) {
+    explicit Prepared(const Row& preparedRow, Arguments... arguments)
+        : row(preparedRow), parser(arguments...), stopping(&parser) {
         constexpr std::uint64_t TOKEN_BYTES = 8;
         if (row.setting == Setting::SELF_CHECK)
             parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
@@ -110,7 +116,8 @@ public:
             else if (row.setting == Setting::OPEN_ATTRIBUTES)
                 parser.SetMaxOpenAttributes(1);
         }
-        EXPECT_EQ(parser.StartParse(0, row.isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT), 0U);
+        EXPECT_EQ(parser.StartParse(0, row.isWide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
+                  0U);
     }
 
     P* operator->() {

@@ -27,7 +27,8 @@ std::string Describe(const std::vector<SelectorCompound>& compounds) {
         described += compound.hasType ? compound.type : "*";
         for (const SelectorCondition& condition : compound.conditions) {
             constexpr const char* OPERATORS[] = {"!", ".", "", "=", "~=", "|=", "^=", "$=", "*="};
-            described += '{' + condition.name + OPERATORS[condition.kind] + condition.value + (condition.ignoresCase ? "}i" : "}");
+            described += '{' + condition.name + OPERATORS[condition.kind] + condition.value +
+                         (condition.ignoresCase ? "}i" : "}");
         }
     }
     return described;
@@ -180,8 +181,10 @@ constexpr Row REFUSED[] = {
     {"a value at the end", "[a=b ", "character 1: this \"[\" is not closed"},
     {"a flag at the end", "[a=b i", "character 1: this \"[\" is not closed"},
     {"two names", "[a b]", "character 4: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
-    {"an unknown operator", "[a!=b]", "character 3: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
-    {"a comment in it", "[a/**/]", "character 3: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
+    {"an unknown operator", "[a!=b]",
+     "character 3: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
+    {"a comment in it", "[a/**/]",
+     "character 3: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
     {"half of an operator", "[a~b]", "character 4: \"=\" is expected after \"~\""},
     {"white space in an operator", "[a^ =b]", "character 4: \"=\" is expected after \"^\""},
     {"half of an operator at the end", "[a$", "character 4: \"=\" is expected after \"$\""},
@@ -194,7 +197,8 @@ constexpr Row REFUSED[] = {
     {"an unknown flag", "[a=b x]", "character 6: the only flags are \"i\" and \"s\""},
     {"a longer flag", "[a=b is]", "character 6: the only flags are \"i\" and \"s\""},
     {"two flags", "[a=b i s]", "character 8: \"]\" is expected here"},
-    {"a flag without a value", "[a i]", "character 4: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
+    {"a flag without a value", "[a i]",
+     "character 4: \"]\", \"=\", \"~=\", \"|=\", \"^=\", \"$=\" or \"*=\" is expected here"},
 
     {"a string that is not closed", "[a='b]", "character 4: this string is not closed"},
     {"a string that is closed by the other quote", "[a=\"b']", "character 4: this string is not closed"},
@@ -209,11 +213,13 @@ constexpr Row REFUSED[] = {
     {"a backslash after the mark of a class", ".\\", "character 2: nothing follows the \"\\\""},
     {"an escaped end of a line", "a\\\nb", "character 2: a \"\\\" cannot escape the end of a line here"},
     {"an escaped end of a line in an id", "#\\\r", "character 2: a \"\\\" cannot escape the end of a line here"},
-    {"an escaped end of a line in an attribute", "[\\\fa]", "character 2: a \"\\\" cannot escape the end of a line here"},
+    {"an escaped end of a line in an attribute", "[\\\fa]",
+     "character 2: a \"\\\" cannot escape the end of a line here"},
     {"an escaped end of a line after a name", "[a\\\n]", "character 3: a \"\\\" cannot escape the end of a line here"},
     {"an escaped end of a line in a value", "[a=\\\n]", "character 4: a \"\\\" cannot escape the end of a line here"},
 
-    {"characters are counted, not bytes", "\u00E9\u4E00\U0001F600,", "character 4: lists of selectors, with \",\", are not supported"},
+    {"characters are counted, not bytes", "\u00E9\u4E00\U0001F600,",
+     "character 4: lists of selectors, with \",\", are not supported"},
     {"NUL", "a\0b"sv, "character 2: a NUL character is not supported"},
     {"NUL in a string", "[a='\0']"sv, "character 5: a NUL character is not supported"},
     {"an escaped NUL", "\\\0"sv, "character 2: a NUL character is not supported"},
@@ -271,7 +277,8 @@ TEST(SelectorReaderTest, ReadsEveryShortTextToItsEnd) {
 TEST(SelectorReaderTest, ReadsLongSelectorsInLinearTime) {
     // Neither a stack nor a square of these lengths would do.
     constexpr std::size_t COUNT = 50000;
-    for (const std::string_view part : {"a ", "a>", "[a]", ".a", "#a", "[a=b i]", "\\61", "[a='b']", "-", "[a~='\\\n']"}) {
+    for (const std::string_view part :
+         {"a ", "a>", "[a]", ".a", "#a", "[a=b i]", "\\61", "[a='b']", "-", "[a~='\\\n']"}) {
         std::string selector = "a";
         for (std::size_t i = 0; i < COUNT; ++i)
             selector += part;

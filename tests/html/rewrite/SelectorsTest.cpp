@@ -40,7 +40,8 @@ constexpr Row ROWS[] = {
     {"classes between any white space", ".x", "<a class='\tx'><a class='y\nx\ry'><a class='x\f'>", "1 2 3"},
     {"classes between no other white space", ".x", "<a class='x\v'><a class='x\u00A0y'>", ""},
     {"two classes in any order", ".x.y", "<a class='y x'><a class='x y'><a class='x'><a class='x x'>", "1 2"},
-    {"a class, an id, an attribute, a type", "a.x[h]#y", "<a class='x' h id='y'><a class='x' id='y'><b class='x' h id='y'>", "1"},
+    {"a class, an id, an attribute, a type", "a.x[h]#y",
+     "<a class='x' h id='y'><a class='x' id='y'><b class='x' h id='y'>", "1"},
     {"a class with a space in its name is never there", ".a\\ b", "<a class='a b'>", ""},
 
     {"an attribute", "[h]", "<a h><a h=''><a h='x'><a x='h'><a>", "1 2 3"},
@@ -67,7 +68,8 @@ constexpr Row ROWS[] = {
     {"an end", "[h$='.js']", "<a h='.js'><a h='a.js'><a h='js'><a h='a.js '><a h='a.JS'>", "1 2"},
     {"an end without its case", "[h$='.js' i]", "<a h='a.JS'><a h='JS'>", "1"},
     {"no empty end", "[h$='']", "<a h><a h='x'>", ""},
-    {"a part", "[h*=abab]", "<a h='abab'><a h='abaabab'><a h='xababx'><a h='ababab'><a h='abaaba'><a h='ABAB'><a h>", "1 2 3 4"},
+    {"a part", "[h*=abab]", "<a h='abab'><a h='abaabab'><a h='xababx'><a h='ababab'><a h='abaaba'><a h='ABAB'><a h>",
+     "1 2 3 4"},
     {"a part that begins again in itself", "[h*=aab]", "<a h='aaab'><a h='aaaaaac'><a h='aacaab'>", "1 3"},
     {"a part without its case", "[h*=AbA i]", "<a h='xaBAx'><a h='abba'>", "1"},
     {"no empty part", "[h*='']", "<a h><a h='x'>", ""},
@@ -142,7 +144,8 @@ TEST(SelectorsTest, MatchAcrossWords) {
         std::string matches;
         for (const TestTag& tag : ReadTags("<a><b><c></c><d><c></c></d></b></a><b><c>")) {
             for (const std::size_t match : Take(tag, &open))
-                matches += ' ' + std::to_string(static_cast<std::ptrdiff_t>(match) - static_cast<std::ptrdiff_t>(before));
+                matches +=
+                    ' ' + std::to_string(static_cast<std::ptrdiff_t>(match) - static_cast<std::ptrdiff_t>(before));
         }
         EXPECT_EQ(matches, " 0 0 1 2") << before;
     }

@@ -14,8 +14,8 @@
 #include "tests/support/FailingNew.h"
 #include "tools/trace/EventTrace.h"
 
-// Copies for which memory runs out. Whichever allocation fails, an assignment leaves the target as it was, and everybody may go afterwards
-// in any order.
+// Copies for which memory runs out. Whichever allocation fails, an assignment leaves the target as
+// it was, and everybody may go afterwards in any order.
 
 namespace Kestra::Test {
 namespace {
@@ -74,14 +74,17 @@ public:
     void BeginAsSource() {
         StartParse(1252);
         Feed(
-            "a text that is longer than a short string<!declaration-with-a-long-name an-item-that-is-long-enough 'and another long item'>"
+            "a text that is longer than a short string<!declaration-with-a-long-name an-item-that-is-long-enough 'and "
+            "another long item'>"
             "<style>a</style-that-is-none></style><script>a</scripts-without-an-end></script>"
-            "<a-start-tag-with-a-long-name a-long-attribute-name='a value that is long enough' another-long-attribute-name='a value, cut ");
+            "<a-start-tag-with-a-long-name a-long-attribute-name='a value that is long enough' "
+            "another-long-attribute-name='a value, cut ");
     }
     void BeginAsTarget() {
         StartParse(65001);
         Feed(
-            "another text that is longer than a short string<!another-declaration an-item-that-is-not-the-same 'the last item'>"
+            "another text that is longer than a short string<!another-declaration an-item-that-is-not-the-same 'the "
+            "last item'>"
             "<style>b</styles-with-an-end></style><script>an-attribute-of-no-tag = 'a string of a script, cut ");
     }
     void GoOn() {

@@ -5,12 +5,13 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// One attribute: a name, with or without "=" and a value. What begins no name takes the rest of the tag with it.
+// One attribute: a name, with or without "=" and a value. What begins no name takes the rest of the
+// tag with it.
 
 namespace Kestra::Test {
 namespace {
 
-/// What stands behind a name.
+/// What follows a name.
 struct Form {
     const char* note;
     std::string bytes;
@@ -24,10 +25,10 @@ const Form FORMS[] = {
     {"no value", "", "", 0, false, {"", 0, 0}},
     {"a value", "=v", "v", 0, true, {"", 0, 2}},
     {"blanks around \"=\"", " = v", "v", 0, true, {"", 0, 4}},
-    {"a blank in front of \"=\"", " =v", "v", 0, true, {"", 0, 3}},
-    {"a blank behind \"=\"", "= v", "v", 0, true, {"", 0, 3}},
+    {"a blank before \"=\"", " =v", "v", 0, true, {"", 0, 3}},
+    {"a blank after \"=\"", "= v", "v", 0, true, {"", 0, 3}},
     {"line breaks around \"=\" are a pair", "\n=\nv", "v", 0, true, {"", 1, 3}},
-    {"a pair of line breaks behind \"=\"", "\t=\r\nv", "v", 0, true, {"", 1, 2}},
+    {"a pair of line breaks after \"=\"", "\t=\r\nv", "v", 0, true, {"", 1, 2}},
     {"a value of two bytes", "=vw", "vw", 0, true, {"", 0, 3}},
     {"two \"=\"", "==", "=", 0, true, {"", 0, 2}},
     {"\"=\" in the value", "=a=b", "a=b", 0, true, {"", 0, 4}},
@@ -36,7 +37,7 @@ const Form FORMS[] = {
     {"single quotes", "='q'", "q", '\'', false, {"", 0, 4}},
     {"double quotes", "=\"q\"", "q", '"', false, {"", 0, 4}},
     {"quotes and blanks", " = 'q r'", "q r", '\'', false, {"", 0, 8}},
-    {"a line break in front of the quote", "=\n\"q\"", "q", '"', false, {"", 1, 4}},
+    {"a line break before the quote", "=\n\"q\"", "q", '"', false, {"", 1, 4}},
 };
 
 TEST(AttrEventsTest, InEachForm) {
@@ -74,7 +75,8 @@ TEST(AttrEventsTest, ABadOneTakesTheRest) {
         rows.emplace_back("one byte", bad + ">", Outcome{"start(p|)\n", {1, 6}});
         // What is left in the next piece is bad as well.
         rows.emplace_back("two bytes", bad + byte + ">", Outcome{"start(p|)\n", {1, 7}});
-        rows.push_back(EventRow("and a name", bad + "y>", {"start(p|)\n", {1, 7}}).AfterAndBytewise(bad, {"start(p|{y=})\n", {1, 7}}));
+        rows.push_back(EventRow("and a name", bad + "y>", {"start(p|)\n", {1, 7}})
+                           .AfterAndBytewise(bad, {"start(p|{y=})\n", {1, 7}}));
         const Outcome forgotten{"start(p|{y=z})\n", {1, 10}};
         rows.push_back(EventRow("and an attribute", bad + " y=z>", {"start(p|)\n", {1, 10}})
                            .AfterAndBytewise(bad, forgotten)
@@ -102,11 +104,13 @@ TEST(AttrEventsTest, ABadOneThatIsInterrupted) {
         EventRow("a slash is part of it", "<p %/>", {"start(p|)\n", {1, 7}})
             .After("<p %", {"start(p|)\nend(p)\n", {1, 7}})
             .Bytewise({"start(p|)\nend(p)\n", Place().Bytes(5).Content(1)}),
-        EventRow("a question mark is part of it", "<p %?>", {"start(p|)\n", {1, 7}}).AfterAndBytewise("<p %", {"", {1, 5}, 702}),
+        EventRow("a question mark is part of it", "<p %?>", {"start(p|)\n", {1, 7}})
+            .AfterAndBytewise("<p %", {"", {1, 5}, 702}),
         EventRow("its line breaks are columns", "<p %\ny>", {"start(p|)\n", {1, 8}})
             .AfterAndBytewise("<p %", {"start(p|{y=})\n", {2, 3}})
             .After("<p %\n", {"start(p|{y=})\n", {1, 8}}),
-        EventRow("a line break at its end", "<p %\n>", {"start(p|)\n", {1, 7}}).AfterAndBytewise("<p %", {"start(p|)\n", {2, 2}}),
+        EventRow("a line break at its end", "<p %\n>", {"start(p|)\n", {1, 7}})
+            .AfterAndBytewise("<p %", {"start(p|)\n", {2, 2}}),
         EventRow("blanks at its end", "<p % >", {"start(p|)\n", {1, 7}}),
         EventRow("it is not over", "<p %x", {"", {1, 6}, 16}),
         EventRow("a list that begins with \"=\"", "<p =1 b>", {"start(p|)\n", {1, 9}})

@@ -34,7 +34,8 @@ const Separator SEPARATORS[] = {
     {{" ", 0, 1}, " "}, {{"  ", 0, 2}, "  "}, {{"\t", 0, 1}, "\\t"}, {{"\n", 1, 1}, "\\n"}, {{"\r\n", 1, 1}, "\\r\\n"},
 };
 
-/// Two attributes. A closing quote that ends a piece makes its value run on, through the separator, up to a quote of its kind.
+/// Two attributes. A closing quote that ends a piece makes its value run on, through the separator,
+/// up to a quote of its kind.
 EventRow MakePair(const Attribute& first, const Separator& separator, const Attribute& second) {
     const std::string before = "<p " + first.bytes;
     const std::string list = before + std::string(separator.white.bytes) + second.bytes;
@@ -48,7 +49,8 @@ EventRow MakePair(const Attribute& first, const Separator& separator, const Attr
         Outcome runsOn{"", asColumns, 16};
         row.Bytewise(runsOn);
         if (second.quote == first.quote)  // its opening quote ends the value, and its content begins no attribute
-            runsOn = {"start(p|{" + first.name + "=" + first.value + separator.shown + second.name + "=})\n", asColumns};
+            runsOn = {"start(p|{" + first.name + "=" + first.value + separator.shown + second.name + "=})\n",
+                      asColumns};
         row.After(before, runsOn);
     }
     return row;
@@ -73,7 +75,7 @@ TEST(AttrsEventsTest, InAnInstruction) {
         const std::string blanks(white.bytes);
         rows.emplace_back("an instruction", "<?p a" + blanks + "b=1?>",
                           Outcome{"extern(p|{a=}{b=1?})\n", Place().Bytes(5).Skip(white).Bytes(5)});
-        rows.emplace_back("behind a value", "<?p a=1" + blanks + "b=2?>",
+        rows.emplace_back("after a value", "<?p a=1" + blanks + "b=2?>",
                           Outcome{"extern(p|{a=1}{b=2?})\n", Place().Bytes(7).Skip(white).Bytes(5)});
     }
     CheckRows(rows);
@@ -82,22 +84,25 @@ TEST(AttrsEventsTest, InAnInstruction) {
 TEST(AttrsEventsTest, OfAnyLength) {
     CheckRows({
         {"none", "<p>", {"start(p|)\n", {1, 4}}},
-        {"none, behind white space", "<p \t>", {"start(p|)\n", {1, 6}}},
+        {"none, after white space", "<p \t>", {"start(p|)\n", {1, 6}}},
         {"the same name again", "<p a a a>", {"start(p|{a=}{a=}{a=})\n", {1, 10}}},
         {"the same name with other values", "<p b=2 a=1 b=1>", {"start(p|{b=2}{a=1}{b=1})\n", {1, 16}}},
         {"names that differ in case", "<p A=1 a=2>", {"start(p|{A=1}{a=2})\n", {1, 12}}},
-        {"ten of them", "<p a b=1 c d=2 e f=3 g h=4 i j=5>", {"start(p|{a=}{b=1}{c=}{d=2}{e=}{f=3}{g=}{h=4}{i=}{j=5})\n", {1, 34}}},
+        {"ten of them",
+         "<p a b=1 c d=2 e f=3 g h=4 i j=5>",
+         {"start(p|{a=}{b=1}{c=}{d=2}{e=}{f=3}{g=}{h=4}{i=}{j=5})\n", {1, 34}}},
         {"lines in between", "<p a=1\n\n\nb=2>", {"start(p|{a=1}{b=2})\n", {3, 5}}},
         {"a line break at the end", "<p a=1 b\n>", {"start(p|{a=1}{b=})\n", {2, 2}}},
         {"\"?\" ends the list of a start tag", "<p a b ?>", {"", {1, 8}, 702}},
-        {"\"?\" right behind a name", "<p a b?>", {"", {1, 7}, 702}},
+        {"\"?\" right after a name", "<p a b?>", {"", {1, 7}, 702}},
         {"an instruction whose list ends at \"/\"", "<?p a b/>", {"", {1, 8}, 702}},
         {"a bad one ends the list", "<p a b=1 \">", {"start(p|{a=}{b=1})\n", {1, 12}}},
-        {"a bad one right behind a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
-        EventRow("a quote behind a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}}).Bytewise({"", {1, 11}, 16}),
-        {"not over behind a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
-        {"not over behind the second name", "<p a=1 b", {"", {1, 9}, 16}},
-        {"not over behind line breaks", "<p a\r\n", {"", {2, 1}, 16}},
+        {"a bad one right after a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
+        EventRow("a quote after a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}})
+            .Bytewise({"", {1, 11}, 16}),
+        {"not over after a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
+        {"not over after the second name", "<p a=1 b", {"", {1, 9}, 16}},
+        {"not over after line breaks", "<p a\r\n", {"", {2, 1}, 16}},
     });
 }
 

@@ -8,7 +8,8 @@
 
 // Which charset text, comments, values and items are converted with, and how the markup chooses it.
 //
-// The byte C1 is the Cyrillic letter U+0430 in KOI8-R, U+0411 in Windows-1251, and U+00C1 in Windows-1252, the ANSI code page.
+// The byte C1 is the Cyrillic letter U+0430 in KOI8-R, U+0411 in Windows-1251, and U+00C1 in
+// Windows-1252, the ANSI code page.
 
 namespace Kestra::Test {
 namespace {
@@ -26,8 +27,8 @@ constexpr const char* IS_KOI8_R = "text(\\u0430)";
 constexpr const char* IS_WINDOWS_1251 = "text(\\u0411)";
 constexpr const char* IS_ANSI = "text(\\u00C1)";
 
-/// The event of a text behind a tag, which is in front of another tag.
-std::string TextBehind(const std::string& tag, StringNS::CharSet::Code charset, unsigned long flags) {
+/// The event of a text after a tag, which is before another tag.
+std::string TextAfter(const std::string& tag, StringNS::CharSet::Code charset, unsigned long flags) {
     const EventRun run = ParseEvents({tag + "\xC1<p>"}, charset, flags);
     return run.trace.size() < 3 ? run.Describe() : run.trace[run.trace.size() - 3];
 }
@@ -35,14 +36,15 @@ std::string TextBehind(const std::string& tag, StringNS::CharSet::Code charset, 
 struct Discovery {
     const char* note;
     std::string tag;
-    std::string text;  ///< the event of the text behind it
+    std::string text;  ///< the event of the text after it
     StringNS::CharSet::Code charset = NONE;
     unsigned long flags = 1;
 };
 
 void CheckDiscoveries(const std::vector<Discovery>& discoveries) {
     for (const Discovery& discovery : discoveries)
-        EXPECT_EQ(TextBehind(discovery.tag, discovery.charset, discovery.flags), discovery.text) << discovery.note << ": " << discovery.tag;
+        EXPECT_EQ(TextAfter(discovery.tag, discovery.charset, discovery.flags), discovery.text)
+            << discovery.note << ": " << discovery.tag;
 }
 
 TEST(CharsetEventsTest, MetaTags) {
@@ -60,8 +62,10 @@ TEST(CharsetEventsTest, MetaTags) {
         {"a header with a blank", "<meta http-equiv='Content-Type ' content='charset=koi8-r'>", IS_ANSI},
         {"an attribute with another name", "<meta http-equiv=Content-Type contents='charset=koi8-r'>", IS_ANSI},
         {"a header without a value", "<meta http-equiv content='charset=koi8-r'>", IS_ANSI},
-        {"the last header counts: not this one", "<meta http-equiv=Content-Type http-equiv=Refresh content='charset=koi8-r'>", IS_ANSI},
-        {"the last header counts: this one", "<meta http-equiv=Refresh http-equiv=Content-Type content='charset=koi8-r'>", IS_KOI8_R},
+        {"the last header counts: not this one",
+         "<meta http-equiv=Content-Type http-equiv=Refresh content='charset=koi8-r'>", IS_ANSI},
+        {"the last header counts: this one",
+         "<meta http-equiv=Refresh http-equiv=Content-Type content='charset=koi8-r'>", IS_KOI8_R},
         {"an end tag", "</meta>", IS_ANSI},
         {"a declaration", "<!meta http-equiv=Content-Type content=charset=koi8-r>", IS_ANSI},
         {"an instruction", "<?meta http-equiv=Content-Type content='charset=koi8-r' ?>", IS_ANSI},
@@ -80,17 +84,20 @@ TEST(CharsetEventsTest, Parameters) {
         {"tabs are not, at the name", Meta("charset\t=koi8-r"), IS_ANSI},
         {"tabs are not, at the value", Meta("charset=koi8-r\t"), IS_ANSI},
         {"empty parameters", Meta(";;charset=koi8-r;;"), IS_KOI8_R},
-        {"parameters behind it", Meta("charset=koi8-r; a=b"), IS_KOI8_R},
+        {"parameters after it", Meta("charset=koi8-r; a=b"), IS_KOI8_R},
         {"the last one counts", Meta("charset=windows-1251;charset=koi8-r"), IS_KOI8_R},
         {"an empty last one", Meta("charset=koi8-r;charset="), IS_ANSI},
         {"a blank last one", Meta("charset=koi8-r;charset= "), IS_ANSI},
-        {"the last attribute counts", "<meta http-equiv=Content-Type content='charset=windows-1251' content='charset=koi8-r'>", IS_KOI8_R},
-        {"a last attribute without one", "<meta http-equiv=Content-Type content='charset=koi8-r' content='text/html'>", IS_KOI8_R},
-        {"an empty last attribute", "<meta http-equiv=Content-Type content='charset=koi8-r' content='charset='>", IS_ANSI},
-        {"an empty last attribute leaves what was given", "<meta http-equiv=Content-Type content='charset=koi8-r' content='charset= '>",
-         IS_WINDOWS_1251, WINDOWS_1251},
-        {"an empty attribute and then another one", "<meta http-equiv=Content-Type content='charset=' content='charset=koi8-r'>",
+        {"the last attribute counts",
+         "<meta http-equiv=Content-Type content='charset=windows-1251' content='charset=koi8-r'>", IS_KOI8_R},
+        {"a last attribute without one", "<meta http-equiv=Content-Type content='charset=koi8-r' content='text/html'>",
          IS_KOI8_R},
+        {"an empty last attribute", "<meta http-equiv=Content-Type content='charset=koi8-r' content='charset='>",
+         IS_ANSI},
+        {"an empty last attribute leaves what was given",
+         "<meta http-equiv=Content-Type content='charset=koi8-r' content='charset= '>", IS_WINDOWS_1251, WINDOWS_1251},
+        {"an empty attribute and then another one",
+         "<meta http-equiv=Content-Type content='charset=' content='charset=koi8-r'>", IS_KOI8_R},
         {"more than one \"=\"", Meta("charset=koi8-r=x"), IS_ANSI},
         {"two \"=\" in a row", Meta("charset==koi8-r"), IS_ANSI},
         {"\"=\" in front", Meta("=charset=koi8-r"), IS_ANSI},
@@ -163,11 +170,13 @@ TEST(CharsetEventsTest, FromTheTagOn) {
             .AfterAndBytewise("<!--\xC1", {"comment(\\u0430)\n", Place().Bytes(5).Content(3)})
             .After("<!--\xC1-", {"comment(\\u0430)\n", Place().Bytes(6).Content(2)})
             .After("<!--\xC1--", {"comment(\\u0430)\n", Place().Bytes(7).Content(1)}),
-        EventRow("not the body of a script, but the values in front of it", "<script a=\xC1>'\xC1'</script>\xC1<p>",
-                 {"script({a=\\u0430}|'\\u00C1')\ntext(\\u0430)\nstart(p|)\n", Place().Bytes(12 + 3 + 1).Content(8).Content(1).Bytes(3)})
+        EventRow("not the body of a script, but the values before it", "<script a=\xC1>'\xC1'</script>\xC1<p>",
+                 {"script({a=\\u0430}|'\\u00C1')\ntext(\\u0430)\nstart(p|)\n",
+                  Place().Bytes(12 + 3 + 1).Content(8).Content(1).Bytes(3)})
             .In(KOI8_R),
         EventRow("nor that of a style sheet", "<style a=\xC1>\xC1</style>\xC1<p>",
-                 {"style({a=\\u0430}|\\u00C1)\ntext(\\u0430)\nstart(p|)\n", Place().Bytes(11).Content(1).Bytes(1).Content(8).Bytes(3)})
+                 {"style({a=\\u0430}|\\u00C1)\ntext(\\u0430)\nstart(p|)\n",
+                  Place().Bytes(11).Content(1).Bytes(1).Content(8).Bytes(3)})
             .In(KOI8_R),
         EventRow("a character of two bytes", "\xC3\xA9<p a=\xC3\xA9>",
                  {"text(\\u00E9)\nstart(p|{a=\\u00E9})\n", Place().Content(2).Bytes(8)})
@@ -182,18 +191,24 @@ TEST(CharsetEventsTest, FromTheTagOn) {
 TEST(CharsetEventsTest, PairsOfBytes) {
     CheckRows({
         EventRow("text and values", "ab<p cd=ef>", {"text(\\u6261)\nstart(p|{cd=\\u6665})\n", {1, 14}}).In(UTF16),
-        EventRow("an odd byte at the end", "abc<p cd=efg>", {"text(\\u6261\\uFFFD)\nstart(p|{cd=\\u6665\\uFFFD})\n", {1, 17}}).In(UTF16),
-        EventRow("items, and the names of end tags", "<!d ab></p>", {"entity(d|{\\u6261})\nend(p)\n", {1, 12}}).In(UTF16),
-        EventRow("the body of a script", "<script>ab</script>", {"script(|ab)\n", Place().Bytes(8).Content(2).Bytes(1).Content(8)})
+        EventRow("an odd byte at the end", "abc<p cd=efg>",
+                 {"text(\\u6261\\uFFFD)\nstart(p|{cd=\\u6665\\uFFFD})\n", {1, 17}})
             .In(UTF16),
-        EventRow("the body of a style sheet", "<style>ab</style>", {"style(|ab)\n", Place().Bytes(7).Content(2).Bytes(1).Content(7)})
+        EventRow("items, and the names of end tags", "<!d ab></p>", {"entity(d|{\\u6261})\nend(p)\n", {1, 12}})
             .In(UTF16),
-        EventRow(
-            "chosen by the markup", "<?xml encoding=utf-16 a=bc ?>ab<p>",
-            {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u6261)\nstart(p|)\n", Place().Bytes(29).Content(2).Bytes(3)})
-            .AfterAndBytewise("<?xml encoding=utf-16 a=bc ?",
-                              {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u613E\\uFFFD)\nstart(p|)\n",
-                               Place().Bytes(28).Content(3).Bytes(3)}),
+        EventRow("the body of a script", "<script>ab</script>",
+                 {"script(|ab)\n", Place().Bytes(8).Content(2).Bytes(1).Content(8)})
+            .In(UTF16),
+        EventRow("the body of a style sheet", "<style>ab</style>",
+                 {"style(|ab)\n", Place().Bytes(7).Content(2).Bytes(1).Content(7)})
+            .In(UTF16),
+        EventRow("chosen by the markup", "<?xml encoding=utf-16 a=bc ?>ab<p>",
+                 {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u6261)\nstart(p|)\n",
+                  Place().Bytes(29).Content(2).Bytes(3)})
+            .AfterAndBytewise(
+                "<?xml encoding=utf-16 a=bc ?",
+                {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u613E\\uFFFD)\nstart(p|)\n",
+                 Place().Bytes(28).Content(3).Bytes(3)}),
     });
 }
 
@@ -209,8 +224,8 @@ TEST(CharsetEventsTest, AnotherDocumentBeginsWithoutOne) {
     parser.StartParse(NONE);
     parser.ParseBuffer("\xC1<p>", 4);
     parser.EndParse();
-    EXPECT_EQ(lines,
-              (Lines{"start-parsing", IS_KOI8_R, "start(p|)", "stop-parsing", "start-parsing", IS_ANSI, "start(p|)", "stop-parsing"}));
+    EXPECT_EQ(lines, (Lines{"start-parsing", IS_KOI8_R, "start(p|)", "stop-parsing", "start-parsing", IS_ANSI,
+                            "start(p|)", "stop-parsing"}));
 }
 
 }  // namespace

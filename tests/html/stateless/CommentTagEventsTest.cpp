@@ -7,33 +7,36 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Comments: from "<!--" to the first "--" with a ">" behind it. A hyphen by itself is dropped, three of them in a row are kept. A comment
-// is over with its piece, and the rest of it is text.
+// Comments: from "<!--" to the first "--" with a ">" after it. A hyphen by itself is dropped, three
+// of them in a row are kept. A comment is over with its piece, and the rest of it is text.
 
 namespace Kestra::Test {
 namespace {
 
-/// What a comment would be reported as behind one of its bytes.
+/// What a comment would be reported as after one of its bytes.
 struct Reported {
     std::string body;
-    std::uint64_t contentBytes;  ///< bytes so far that count two columns: those behind one or two hyphens that are not the end
+    std::uint64_t
+        contentBytes;  ///< bytes so far that count two columns: those after one or two hyphens that are not the end
 };
 
-/// A comment in front of a tag, on one line.
-/// @param reported  one for each byte of `body`. The hyphens of the "-->" behind it add nothing.
+/// A comment before a tag, on one line.
+/// @param reported  one for each byte of `body`. The hyphens of the "-->" after it add nothing.
 EventRow MakeRow(const std::string& note, const std::string& body, std::vector<Reported> reported) {
     EXPECT_EQ(reported.size(), body.size()) << body;
     const std::string input = "<!--" + body + "--><p>";
     const Reported all = reported.empty() ? Reported{"", 0} : reported.back();
     reported.push_back(all);
     reported.push_back(all);
-    EventRow row(note, input, {"comment(" + all.body + ")\nstart(p|)\n", Place().Bytes(input.size() + all.contentBytes)});
+    EventRow row(note, input,
+                 {"comment(" + all.body + ")\nstart(p|)\n", Place().Bytes(input.size() + all.contentBytes)});
     for (std::size_t length = reported.size(); length > 0; --length) {
         const Reported& cut = reported[length - 1];
         const std::string rest = (body + "-->").substr(length);
         // From the first byte of the comment on, single bytes leave only text.
-        row.AfterAndBytewise(input.substr(0, 4 + length), {"comment(" + cut.body + ")\ntext(" + rest + ")\nstart(p|)\n",
-                                                           Place().Bytes(4 + length + cut.contentBytes).Content(rest.size()).Bytes(3)});
+        row.AfterAndBytewise(input.substr(0, 4 + length),
+                             {"comment(" + cut.body + ")\ntext(" + rest + ")\nstart(p|)\n",
+                              Place().Bytes(4 + length + cut.contentBytes).Content(rest.size()).Bytes(3)});
     }
     return row;
 }
@@ -50,15 +53,15 @@ TEST(CommentTagEventsTest, WithoutHyphens) {
     std::vector<EventRow> rows = {MakeRow("nothing", "")};
     for (const char byte : std::string(" !\"#$%&'()*+,./0123456789:;=>?@AMZ[]^_`amz{|}~"))
         rows.push_back(MakeRow("one byte", std::string(1, byte)));
-    for (const std::string body :
-         {" a ", " abcd ", "ab", "[if IE]", "]]>", ">>", "\"q\"", "'q'", "DOCTYPE", "a b c", "/p>", "?>", "!>", "x > y"})
+    for (const std::string body : {" a ", " abcd ", "ab", "[if IE]", "]]>", ">>", "\"q\"", "'q'", "DOCTYPE", "a b c",
+                                   "/p>", "?>", "!>", "x > y"})
         rows.push_back(MakeRow("bytes", body));
     rows.push_back(MakeRow("many bytes", std::string(100, 'x')));
     CheckRows(rows);
 }
 
-/// Runs of hyphens: each third one is kept with the two in front of it. What is left of a run is dropped when it is one and kept when
-/// it is two, and the byte behind it counts two columns.
+/// Runs of hyphens: each third one is kept with the two before it. What is left of a run is dropped
+/// when it is one and kept when it is two, and the byte after it counts two columns.
 TEST(CommentTagEventsTest, RunsOfHyphens) {
     std::vector<EventRow> rows;
     for (const std::string lead : {"", "a", "b "}) {
@@ -85,14 +88,16 @@ TEST(CommentTagEventsTest, RunsOfHyphens) {
 TEST(CommentTagEventsTest, Hyphens) {
     CheckRows({
         MakeRow("one in a word", " x-y ", {{" ", 0}, {" x", 0}, {" x", 0}, {" xy", 1}, {" xy ", 1}}),
-        MakeRow("three and \">\" are no end", "a--->b", {{"a", 0}, {"a", 0}, {"a", 0}, {"a---", 1}, {"a--->", 1}, {"a--->b", 1}}),
+        MakeRow("three and \">\" are no end", "a--->b",
+                {{"a", 0}, {"a", 0}, {"a", 0}, {"a---", 1}, {"a--->", 1}, {"a--->b", 1}}),
         MakeRow("two words", "x-y-z", {{"x", 0}, {"x", 0}, {"xy", 1}, {"xy", 1}, {"xyz", 2}}),
         MakeRow("one and \">\"", "->", {{"", 0}, {">", 1}}),
         MakeRow("apart", "- -a", {{"", 0}, {" ", 1}, {" ", 1}, {" a", 2}}),
         MakeRow("one, two", "a-b--c", {{"a", 0}, {"a", 0}, {"ab", 1}, {"ab", 1}, {"ab", 1}, {"ab--c", 2}}),
         MakeRow("two, one", "--a-b", {{"", 0}, {"", 0}, {"--a", 1}, {"--a", 1}, {"--ab", 2}}),
         MakeRow("an exclamation mark is no end", "a--!>", {{"a", 0}, {"a", 0}, {"a", 0}, {"a--!", 1}, {"a--!>", 1}}),
-        MakeRow("a blank in front of \">\" is none either", "a-- >", {{"a", 0}, {"a", 0}, {"a", 0}, {"a-- ", 1}, {"a-- >", 1}}),
+        MakeRow("a blank before \">\" is none either", "a-- >",
+                {{"a", 0}, {"a", 0}, {"a", 0}, {"a-- ", 1}, {"a-- >", 1}}),
     });
 }
 
@@ -105,14 +110,15 @@ TEST(CommentTagEventsTest, Lines) {
             .After("<!--a\nb", {"comment(a\\nb)\ntext(-->)\n" + p, Place().Bytes(7).Content(3).Bytes(3)})
             .After("<!--a\nb-", {"comment(a\\nb)\ntext(->)\n" + p, Place().Bytes(8).Content(2).Bytes(3)})
             .After("<!--a\nb--", {"comment(a\\nb)\ntext(>)\n" + p, Place().Bytes(9).Content(1).Bytes(3)}),
-        EventRow("but behind a hyphen it is counted", "<!--a-\nb--><p>", {"comment(a\\nb)\n" + p, Place().Lines(1, 2).Bytes(7)})
+        EventRow("but after a hyphen it is counted", "<!--a-\nb--><p>",
+                 {"comment(a\\nb)\n" + p, Place().Lines(1, 2).Bytes(7)})
             .AfterAndBytewise("<!--a", {"comment(a)\ntext(-\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
             .After("<!--a-", {"comment(a)\ntext(\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
             .After("<!--a-\n", {"comment(a\\n)\ntext(b-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
             .After("<!--a-\nb", {"comment(a\\nb)\ntext(-->)\n" + p, Place().Lines(1, 2).Bytes(1).Content(3).Bytes(3)})
             .After("<!--a-\nb-", {"comment(a\\nb)\ntext(->)\n" + p, Place().Lines(1, 2).Bytes(2).Content(2).Bytes(3)})
             .After("<!--a-\nb--", {"comment(a\\nb)\ntext(>)\n" + p, Place().Lines(1, 2).Bytes(3).Content(1).Bytes(3)}),
-        EventRow("and behind two hyphens", "<!----\nb--><p>", {"comment(--\\nb)\n" + p, Place().Lines(1, 2).Bytes(7)})
+        EventRow("and after two hyphens", "<!----\nb--><p>", {"comment(--\\nb)\n" + p, Place().Lines(1, 2).Bytes(7)})
             .AfterAndBytewise("<!---", {"comment()\ntext(-\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
             .After("<!----", {"comment()\ntext(\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
             .After("<!----\n", {"comment(--\\n)\ntext(b-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})

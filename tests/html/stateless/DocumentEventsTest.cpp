@@ -14,7 +14,7 @@ namespace {
 TEST(DocumentEventsTest, InOnePieceAndCut) {
     CheckRows({
         {"text and tags", "a<b>c</b>", {"text(a)\nstart(b|)\ntext(c)\nend(b)\n", {1, 12}}},
-        {"text behind the last tag is not reported", "a<b>c</b>d", {"text(a)\nstart(b|)\ntext(c)\nend(b)\n", {1, 14}}},
+        {"text after the last tag is not reported", "a<b>c</b>d", {"text(a)\nstart(b|)\ntext(c)\nend(b)\n", {1, 14}}},
         {"text and no tag is not reported", "abc", {"", {1, 7}}},
         {"text is reported at the next \"<\"", "abc<", {"text(abc)\n", {1, 8}}},
         {"between tags no text", "<a><b>", {"start(a|)\nstart(b|)\n", {1, 7}}},
@@ -46,15 +46,18 @@ TEST(DocumentEventsTest, Lines) {
         {"a tag with a blank does", "\n<p >\n", {"text(\\n)\n" + p, Place().Lines(2, 2)}},
         {"one of the text and one of the tag", "\n<p\n>", {"text(\\n)\n" + p, Place().Lines(1, 2).Bytes(2).Bytes(1)}},
         {"one of the tag and one of the text", "<p\n>\n", {p, Place().Lines(1, 1).Bytes(1).Bytes(1)}},
-        EventRow("a comment in between does not", "\n<!---->\n", {"text(\\n)\ncomment()\n", Place().Lines(1, 2).Bytes(7).Bytes(1)})
+        EventRow("a comment in between does not", "\n<!---->\n",
+                 {"text(\\n)\ncomment()\n", Place().Lines(1, 2).Bytes(7).Bytes(1)})
             .AfterAndBytewise("\n<!---", {"text(\\n)\ncomment()\n", Place().Lines(2, 2)})
             .After("\n<!----", {"text(\\n)\ncomment()\n", Place().Lines(2, 2)}),
-        {"a vertical tab and a form feed are no line breaks", "\v\f<p>", {"text(\\x0B\\x0C)\n" + p, Place().Content(2).Bytes(3)}},
+        {"a vertical tab and a form feed are no line breaks",
+         "\v\f<p>",
+         {"text(\\x0B\\x0C)\n" + p, Place().Content(2).Bytes(3)}},
         {"a tab is one byte of text", "\t<p>", {"text(\\t)\n" + p, Place().Content(1).Bytes(3)}},
     });
 }
 
-/// The bytes that `known` does not contain begin no construct behind `before`.
+/// The bytes that `known` does not contain begin no construct after `before`.
 void AddUnknown(const std::string& before, const std::string& known, std::vector<EventRow>* rows) {
     for (unsigned code = 0; code < 256; ++code) {
         const char byte = static_cast<char>(code);
@@ -76,8 +79,10 @@ TEST(DocumentEventsTest, WhatFollowsALessThanSign) {
         rows.emplace_back("a declaration", "<!" + name + ">", Outcome{"entity(" + name + "|{})\n", {1, 5}});
     }
     for (const char byte : blanks) {  // line breaks are columns here
-        rows.emplace_back("a start tag behind white space", "<" + std::string(1, byte) + "a>", Outcome{"start(a|)\n", {1, 5}});
-        rows.emplace_back("a declaration behind white space", "<!" + std::string(1, byte) + "a>", Outcome{"entity(a|{})\n", {1, 6}});
+        rows.emplace_back("a start tag after white space", "<" + std::string(1, byte) + "a>",
+                          Outcome{"start(a|)\n", {1, 5}});
+        rows.emplace_back("a declaration after white space", "<!" + std::string(1, byte) + "a>",
+                          Outcome{"entity(a|{})\n", {1, 6}});
     }
     CheckRows(rows, 256);
 }
@@ -95,7 +100,8 @@ TEST(DocumentEventsTest, Failures) {
     });
 }
 
-/// A piece ends between two constructs, or right behind the bytes that begin one, with 0, and inside of one with 16.
+/// A piece ends between two constructs, or right after the bytes that begin one, with 0, and inside
+/// of one with 16.
 TEST(DocumentEventsTest, ResultsOfAPiece) {
     CheckRows({
         {"a text", "ab", {"", {1, 5}, 0}},

@@ -5,7 +5,7 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// End tags: a name, and ">" right behind it.
+// End tags: a name, and ">" right after it.
 
 namespace Kestra::Test {
 namespace {
@@ -13,9 +13,10 @@ namespace {
 TEST(EndTagEventsTest, EachName) {
     std::vector<EventRow> rows;
     for (const std::string name : {"a", "P", "_", "h1", "x:y", "a-b", "script", "STYLE"}) {
-        rows.emplace_back("an end tag", "</" + name + ">", Outcome{"end(" + name + ")\n", Place().Bytes(name.size() + 3)});
+        rows.emplace_back("an end tag", "</" + name + ">",
+                          Outcome{"end(" + name + ")\n", Place().Bytes(name.size() + 3)});
         for (const White& white : WHITES) {
-            rows.emplace_back("white space in front of the name", "</" + std::string(white.bytes) + name + ">",
+            rows.emplace_back("white space before the name", "</" + std::string(white.bytes) + name + ">",
                               Outcome{"end(" + name + ")\n", Place().Bytes(2).Skip(white).Bytes(name.size() + 1)});
         }
     }
@@ -24,10 +25,11 @@ TEST(EndTagEventsTest, EachName) {
 
 TEST(EndTagEventsTest, NothingBetweenNameAndEnd) {
     std::vector<EventRow> rows;
-    for (const std::string rest :
-         {" >", "\t>", "\n>", "\r\n>", "  >", "/>", " />", "?>", "=b>", " b>", " b='c'>", "<", "<b>", "'>", "\xE9>", "!"}) {
+    for (const std::string rest : {" >", "\t>", "\n>", "\r\n>", "  >", "/>", " />", "?>", "=b>", " b>", " b='c'>", "<",
+                                   "<b>", "'>", "\xE9>", "!"}) {
         for (const std::string name : {"a", "body"})
-            rows.emplace_back("no end behind the name", "</" + name + rest, Outcome{"", Place().Bytes(2 + name.size()), 702});
+            rows.emplace_back("no end after the name", "</" + name + rest,
+                              Outcome{"", Place().Bytes(2 + name.size()), 702});
     }
     rows.emplace_back("a text in front", "a\n</b c>", Outcome{"text(a\\n)\n", {2, 5}, 702});
     CheckRows(rows);
@@ -37,7 +39,7 @@ TEST(EndTagEventsTest, InADocument) {
     CheckRows({
         {"without a start tag", "</a></b>", {"end(a)\nend(b)\n", {1, 9}}},
         {"around a text", "<a>b</a>", {"start(a|)\ntext(b)\nend(a)\n", Place().Bytes(3).Content(1).Bytes(4)}},
-        {"a text behind it", "</a>b<c>", {"end(a)\ntext(b)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)}},
+        {"a text after it", "</a>b<c>", {"end(a)\ntext(b)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)}},
         {"two \">\"", "</a>><c>", {"end(a)\ntext(>)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)}},
         {"a script's, outside of a script", "</script>", {"end(script)\n", {1, 10}}},
         {"a style sheet's, outside of a style sheet", "</style>", {"end(style)\n", {1, 9}}},
@@ -52,7 +54,7 @@ TEST(EndTagEventsTest, NotOver) {
         {"\"</\" and a line break", "</\n", {"", {2, 1}, 16}},
         {"a name", "</ab", {"", {1, 5}, 16}},
         {"no name", "</>", {"", {1, 3}, 701}},
-        {"no name behind a line break", "</\n>", {"", {2, 1}, 701}},
+        {"no name after a line break", "</\n>", {"", {2, 1}, 701}},
     });
 }
 

@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Declarations, up to ">" or "/>" behind an item. A "/" that ends its piece completes the declaration, and what follows is text.
+// Declarations, up to ">" or "/>" after an item. A "/" that ends its piece completes the
+// declaration, and what follows is text.
 
 namespace Kestra::Test {
 namespace {
@@ -35,9 +36,10 @@ TEST(EntityTagEventsTest, EachEnd) {
             rows.emplace_back("an item", tag + " t>", Outcome{begin + "{t})\n", place.Bytes(3)});
             rows.push_back(EventRow("an item and white space", tag + " t >", {begin + "{t})\n", place.Bytes(4)})
                                .AfterAndBytewise(tag + " t ", {begin + "{t}{})\n", place.Bytes(4)}));
-            rows.push_back(EventRow("an item, white space and a slash", tag + " t />", {begin + "{t})\n", place.Bytes(5)})
-                               .After(tag + " t /", {begin + "{t})\n", place.Bytes(4).Content(1)})
-                               .AfterAndBytewise(tag + " t ", {begin + "{t}{/})\n", place.Bytes(5)}));
+            rows.push_back(
+                EventRow("an item, white space and a slash", tag + " t />", {begin + "{t})\n", place.Bytes(5)})
+                    .After(tag + " t /", {begin + "{t})\n", place.Bytes(4).Content(1)})
+                    .AfterAndBytewise(tag + " t ", {begin + "{t}{/})\n", place.Bytes(5)}));
             rows.push_back(EventRow("a quote and a slash", tag + " 'q'/>", {begin + "{q})\n", place.Bytes(6)})
                                .After(tag + " 'q'/", {begin + "{q})\n", place.Bytes(5).Content(1)})
                                .AfterAndBytewise(tag + " 'q'", {"", place.Bytes(6), 16}));
@@ -46,10 +48,10 @@ TEST(EntityTagEventsTest, EachEnd) {
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-TEST(EntityTagEventsTest, BehindASlash) {
+TEST(EntityTagEventsTest, AfterASlash) {
     std::vector<EventRow> rows;
     for (const char byte : std::string("x /?'=%[\xE9\0", 10)) {
-        // Cut in front of it, the slash begins an item, which white space ends.
+        // Cut before it, the slash begins an item, which white space ends.
         const std::string rest = byte + std::string("c>");
         const std::string shown = byte == '\xE9' ? "\\u00E9" : byte == '\0' ? "\\x00" : std::string(1, byte);
         const std::string asItem = byte == ' ' ? "{/}{c}" : "{/" + shown + "c}";
@@ -57,7 +59,7 @@ TEST(EntityTagEventsTest, BehindASlash) {
                            .After("<!d a /", {"entity(d|{a})\n", Place().Bytes(7).Content(3)})
                            .AfterAndBytewise("<!d a ", {"entity(d|{a}" + asItem + ")\n", Place().Bytes(10)}));
         // In double quotes the item runs on.
-        rows.push_back(EventRow("behind a quote", "<!d \"a\"/" + rest, {"", Place().Bytes(8), 702})
+        rows.push_back(EventRow("after a quote", "<!d \"a\"/" + rest, {"", Place().Bytes(8), 702})
                            .After("<!d \"a\"/", {"entity(d|{a})\n", Place().Bytes(8).Content(3)})
                            .AfterAndBytewise("<!d \"a\"", {"", Place().Bytes(11), 16}));
     }
@@ -66,14 +68,19 @@ TEST(EntityTagEventsTest, BehindASlash) {
 
 TEST(EntityTagEventsTest, InADocument) {
     CheckRows({
-        {"between texts", "a<!d t>b<p>", {"text(a)\nentity(d|{t})\ntext(b)\nstart(p|)\n", Place().Content(1).Bytes(6).Content(1).Bytes(3)}},
-        {"items of the declaration in front are gone", "<!d a b><!e c>", {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
+        {"between texts",
+         "a<!d t>b<p>",
+         {"text(a)\nentity(d|{t})\ntext(b)\nstart(p|)\n", Place().Content(1).Bytes(6).Content(1).Bytes(3)}},
+        {"items of the declaration in front are gone",
+         "<!d a b><!e c>",
+         {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
         {"two line breaks are a pair across an item", "<!d\na\nb>", {"entity(d|{a}{b})\n", {2, 4}}},
         {"and none with a blank in between", "<!d\na \nb>", {"entity(d|{a}{b})\n", {3, 3}}},
         {"a name ends at a bracket", "<!d[t]>", {"entity(d|{[t]})\n", {1, 8}}},
         {"a name ends at a quote", "<!d't>", {"", {1, 7}, 16}},
         {"a section of characters is no declaration", "<![CDATA[x]]>", {"", {1, 3}, 703}},
-        EventRow("the text behind a slash that ends its piece", "<!d 'a'/>b<p>", {"entity(d|{a})\ntext(b)\nstart(p|)\n", {1, 15}})
+        EventRow("the text after a slash that ends its piece", "<!d 'a'/>b<p>",
+                 {"entity(d|{a})\ntext(b)\nstart(p|)\n", {1, 15}})
             .After("<!d 'a'/", {"entity(d|{a})\ntext(>b)\nstart(p|)\n", {1, 16}})
             .AfterAndBytewise("<!d 'a'", {"", {1, 14}, 16}),
     });
@@ -86,8 +93,8 @@ TEST(EntityTagEventsTest, NotOver) {
         {"\"<!\" and two blanks", "<!  ", {"", {1, 5}, 16}},
         {"a name", "<!doc", {"", {1, 6}, 16}},
         {"a name and white space", "<!doc ", {"", {1, 7}, 16}},
-        {"no name behind blanks", "<! >", {"", {1, 4}, 701}},
-        {"no name behind a line break", "<! \n1>", {"", {2, 1}, 701}},
+        {"no name after blanks", "<! >", {"", {1, 4}, 701}},
+        {"no name after a line break", "<! \n1>", {"", {2, 1}, 701}},
         {"a digit", "<!1>", {"", {1, 3}, 703}},
     });
 }

@@ -14,11 +14,13 @@ namespace Kestra::Test {
 namespace {
 
 std::string Show(const std::string& trace, std::uint32_t result, std::uint64_t line, std::uint64_t column) {
-    return trace + "result " + std::to_string(result) + ", line " + std::to_string(line) + ", column " + std::to_string(column) + "\n";
+    return trace + "result " + std::to_string(result) + ", line " + std::to_string(line) + ", column " +
+           std::to_string(column) + "\n";
 }
 
 std::string Show(const Outcome& outcome) {
-    return Show("start-parsing\n" + outcome.events + "stop-parsing\n", outcome.result, outcome.place.line, outcome.place.column);
+    return Show("start-parsing\n" + outcome.events + "stop-parsing\n", outcome.result, outcome.place.line,
+                outcome.place.column);
 }
 
 std::string Feed(const EventRow& row, const std::vector<std::string>& pieces) {
@@ -57,10 +59,10 @@ void CheckRow(const EventRow& row) {
     EXPECT_EQ(Feed(row, {row.input}), Show(row.whole)) << "whole";
     for (std::size_t cut = 1; cut < row.input.size(); ++cut) {
         const std::string before = row.input.substr(0, cut);
-        const std::string behind = row.input.substr(cut);
+        const std::string after = row.input.substr(cut);
         const std::string expected = Show(AtCut(row, cut));
-        EXPECT_EQ(Feed(row, {before, behind}), expected) << "cut at " << cut;
-        EXPECT_EQ(Feed(row, {"", before, "", behind}), expected) << "cut at " << cut << ", with empty pieces";
+        EXPECT_EQ(Feed(row, {before, after}), expected) << "cut at " << cut;
+        EXPECT_EQ(Feed(row, {"", before, "", after}), expected) << "cut at " << cut << ", with empty pieces";
     }
     std::vector<std::string> bytes;
     for (const char byte : row.input)
@@ -71,8 +73,9 @@ void CheckRow(const EventRow& row) {
 }  // namespace
 
 const std::vector<White> WHITES = {
-    {" ", 0, 1},    {"\t", 0, 1},   {"\v\f", 0, 2},  {"  ", 0, 2},     {"\n", 1, 1},    {"\r", 1, 1},       {"\r\n", 1, 1},  {"\n\r", 1, 1},
-    {"\n\n", 1, 1}, {"\r\r", 1, 1}, {" \n\t", 1, 2}, {"\n\n\n", 2, 1}, {"\n \n", 2, 1}, {"\r\n\r\n", 2, 1}, {"\n\n ", 1, 2},
+    {" ", 0, 1},     {"\t", 0, 1},     {"\v\f", 0, 2},  {"  ", 0, 2},       {"\n", 1, 1},
+    {"\r", 1, 1},    {"\r\n", 1, 1},   {"\n\r", 1, 1},  {"\n\n", 1, 1},     {"\r\r", 1, 1},
+    {" \n\t", 1, 2}, {"\n\n\n", 2, 1}, {"\n \n", 2, 1}, {"\r\n\r\n", 2, 1}, {"\n\n ", 1, 2},
 };
 
 Place Place::Bytes(std::uint64_t count) const {

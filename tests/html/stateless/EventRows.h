@@ -11,7 +11,8 @@
 #include "platform/CharSet.h"
 
 /// @file
-/// The tables of the stateless parser: an input, what it means as one piece, and what it means where a cut decides.
+/// The tables of the stateless parser: an input, what it means as one piece, and what it means
+/// where a cut decides.
 
 namespace Kestra::Test {
 
@@ -19,7 +20,7 @@ namespace Kestra::Test {
 struct White {
     std::string_view bytes;
     std::uint64_t lines;    ///< line breaks that count
-    std::uint64_t columns;  ///< behind a line break the new column, otherwise the columns added
+    std::uint64_t columns;  ///< after a line break the new column, otherwise the columns added
 };
 
 /// A line and a column. A row states its place step by step.
@@ -33,7 +34,7 @@ struct Place {
     /// Bytes of text, scripts and style sheets, except line breaks: two columns each.
     Place Content(std::uint64_t count) const;
 
-    /// @param lines  line breaks that count. @param newColumn  the column behind the last one
+    /// @param lines  line breaks that count. @param newColumn  the column after the last one
     Place Lines(std::uint64_t lines, std::uint64_t newColumn) const;
 
     Place Skip(const White& white) const;
@@ -45,7 +46,7 @@ extern const std::vector<White> WHITES;
 /// What becomes of an input that is fed in one particular way.
 struct Outcome {
     std::string events;        ///< between the first and the last one, each ended by a line feed
-    Place place;               ///< behind the input, or at the byte that does not fit
+    Place place;               ///< after the input, or at the byte that does not fit
     std::uint32_t result = 0;  ///< of the last piece
 };
 
@@ -53,10 +54,11 @@ struct Outcome {
 struct EventRow {
     EventRow(std::string rowNote, std::string rowInput, Outcome outcome);
 
-    /// The outcome of the cut behind `before`, with which the input begins.
+    /// The outcome of the cut after `before`, with which the input begins.
     EventRow& After(std::string before, Outcome outcome);
 
-    /// The outcome when each byte is a piece. Every row with an `After` has one; without, it is that of the whole input.
+    /// The outcome when each byte is a piece. Every row with an `After` has one; without, it is
+    /// that of the whole input.
     EventRow& Bytewise(Outcome outcome);
 
     EventRow& AfterAndBytewise(std::string before, const Outcome& outcome);
@@ -83,7 +85,8 @@ struct EventRow {
 
 /// Feeds each row whole, cut at each place, so with empty pieces in between, and byte by byte.
 ///
-/// A table with less than `leastRows` different inputs fails, and so does a cut that is mentioned and changes nothing.
+/// A table with less than `leastRows` different inputs fails, and so does a cut that is mentioned
+/// and changes nothing.
 void CheckRows(const std::vector<EventRow>& rows, std::size_t leastRows = 1);
 
 /// A table for one construct or one part of it.

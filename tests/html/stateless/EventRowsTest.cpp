@@ -18,8 +18,8 @@ const Outcome EARLY{"start(br|)\nend(br)\n", {1, 7}};
 std::size_t CountFailures(const std::vector<EventRow>& rows, std::size_t leastRows = 1) {
     testing::TestPartResultArray results;
     {
-        const testing::ScopedFakeTestPartResultReporter reporter(testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD,
-                                                                 &results);
+        const testing::ScopedFakeTestPartResultReporter reporter(
+            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &results);
         CheckRows(rows, leastRows);
     }
     return static_cast<std::size_t>(results.size());
@@ -56,7 +56,9 @@ TEST(EventRowsTest, EventsPlacesAndResults) {
     EXPECT_EQ(CountFailures({{"another column", "ab", {"", {1, 4}}}}), all);
     EXPECT_EQ(CountFailures({{"another line", "ab", {"", {2, 5}}}}), all);
     EXPECT_EQ(CountFailures({{"another result", "ab", {"", {1, 5}, 16}}}), all);
-    EXPECT_EQ(CountFailures({{"an event that is not mentioned", "<a", {"", {1, 3}, 16}}, {"a tag", "<a>", {"", {1, 4}}}}), 6U);
+    EXPECT_EQ(
+        CountFailures({{"an event that is not mentioned", "<a", {"", {1, 3}, 16}}, {"a tag", "<a>", {"", {1, 4}}}}),
+        6U);
 }
 
 TEST(EventRowsTest, ATableHasManyInputs) {

@@ -5,8 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Instructions, up to "?>". A "?" that ends its piece completes the instruction, and what follows is text; one that an unquoted value
-// has taken is good as well.
+// Instructions, up to "?>". A "?" that ends its piece completes the instruction, and what follows
+// is text; one that an unquoted value has taken is good as well.
 
 namespace Kestra::Test {
 namespace {
@@ -24,7 +24,8 @@ struct List {
 
 TEST(ExternTagEventsTest, EachEnd) {
     const Lead leads[] = {{"<?", Place().Bytes(2)}, {"<? ", Place().Bytes(3)}, {"<?\n", Place().Bytes(2).Lines(1, 1)}};
-    const List lists[] = {{"", "", false}, {" v", "{v=}", false}, {" v='1'", "{v=1}", true}, {" v w=\"1\"", "{v=}{w=1}", true}};
+    const List lists[] = {
+        {"", "", false}, {" v", "{v=}", false}, {" v='1'", "{v=1}", true}, {" v w=\"1\"", "{v=}{w=1}", true}};
     const White whites[] = {{"", 0, 0}, {" ", 0, 1}, {"\t ", 0, 2}};
     std::vector<EventRow> rows;
     for (const std::string name : {"xml", "a", "_x:y"}) {
@@ -51,7 +52,8 @@ TEST(ExternTagEventsTest, AnUnquotedValueTakesTheQuestionMark) {
     std::vector<EventRow> rows;
     for (const std::string value : {"1", "1.0", "a?b", "?", "", "/", "a=b", "x'y", "<"}) {
         const std::string input = "<?xml v=" + value + "?>";
-        rows.emplace_back("and it is over behind it", input, Outcome{"extern(xml|{v=" + value + "?})\n", Place().Bytes(input.size())});
+        rows.emplace_back("and it is over after it", input,
+                          Outcome{"extern(xml|{v=" + value + "?})\n", Place().Bytes(input.size())});
     }
     for (const White& white : WHITES) {
         const std::string before = "<?a v=1?" + std::string(white.bytes);
@@ -66,7 +68,8 @@ TEST(ExternTagEventsTest, AnUnquotedValueTakesTheQuestionMark) {
 TEST(ExternTagEventsTest, ABadAttribute) {
     CheckRows({
         // Byte by byte, the "?" is no longer part of it.
-        EventRow("that ends in \"?\"", "<?a %?>", {"extern(a|)\n", {1, 8}}).Bytewise({"extern(a|)\n", Place().Bytes(6).Content(1)}),
+        EventRow("that ends in \"?\"", "<?a %?>", {"extern(a|)\n", {1, 8}})
+            .Bytewise({"extern(a|)\n", Place().Bytes(6).Content(1)}),
         EventRow("with a name", "<?a %y?>", {"extern(a|)\n", {1, 9}})
             .After("<?a %", {"extern(a|{y=})\n", {1, 9}})
             .Bytewise({"extern(a|{y=})\n", Place().Bytes(7).Content(1)}),
@@ -77,7 +80,7 @@ TEST(ExternTagEventsTest, ABadAttribute) {
     });
 }
 
-TEST(ExternTagEventsTest, BehindAQuestionMark) {
+TEST(ExternTagEventsTest, AfterAQuestionMark) {
     std::vector<EventRow> rows;
     for (const char byte : std::string(" ?/b='\"%\xE9\0", 10)) {
         const std::string rest = byte + std::string("c");
@@ -86,42 +89,48 @@ TEST(ExternTagEventsTest, BehindAQuestionMark) {
     }
     rows.push_back(EventRow("a line break", "<?a?\n>", {"", Place().Bytes(4), 702})
                        .AfterAndBytewise("<?a?", {"extern(a|)\n", Place().Lines(1, 2).Content(1)}));
+    rows.push_back(EventRow("a tag", "<?a?<b>", {"", Place().Bytes(4), 702})
+                       .AfterAndBytewise("<?a?", {"extern(a|)\nstart(b|)\n", Place().Bytes(7)}));
     rows.push_back(
-        EventRow("a tag", "<?a?<b>", {"", Place().Bytes(4), 702}).AfterAndBytewise("<?a?", {"extern(a|)\nstart(b|)\n", Place().Bytes(7)}));
-    rows.push_back(EventRow("text and tags", "<?a?>b<c>", {"extern(a|)\ntext(b)\nstart(c|)\n", Place().Bytes(5).Content(1).Bytes(3)})
-                       .AfterAndBytewise("<?a?", {"extern(a|)\ntext(>b)\nstart(c|)\n", Place().Bytes(4).Content(2).Bytes(3)}));
+        EventRow("text and tags", "<?a?>b<c>",
+                 {"extern(a|)\ntext(b)\nstart(c|)\n", Place().Bytes(5).Content(1).Bytes(3)})
+            .AfterAndBytewise("<?a?", {"extern(a|)\ntext(>b)\nstart(c|)\n", Place().Bytes(4).Content(2).Bytes(3)}));
     rows.emplace_back("nothing yet", "<?a?", Outcome{"extern(a|)\n", Place().Bytes(4)});
-    rows.emplace_back("nothing yet, behind an attribute", "<?a b ?", Outcome{"extern(a|{b=})\n", Place().Bytes(7)});
+    rows.emplace_back("nothing yet, after an attribute", "<?a b ?", Outcome{"extern(a|{b=})\n", Place().Bytes(7)});
     CheckRows(rows);
 }
 
 TEST(ExternTagEventsTest, WithoutAQuestionMark) {
     CheckRows({
-        {"behind the name", "<?a>", {"", Place().Bytes(3), 702}},
-        {"behind white space", "<?a >", {"", Place().Bytes(4), 702}},
-        {"behind a line break", "<?a\n>", {"", {2, 1}, 702}},
-        {"behind an attribute", "<?a b>", {"", Place().Bytes(5), 702}},
-        {"behind a value", "<?a b=c>", {"", Place().Bytes(7), 702}},
-        {"behind a value that has one inside", "<?a b=c?d>", {"", Place().Bytes(9), 702}},
-        {"behind a value that takes the slash", "<?a b=c/>", {"", Place().Bytes(8), 702}},
-        {"behind another attribute", "<?a b=c? d>", {"", Place().Bytes(10), 702}},
-        {"a slash behind the name", "<?a/>", {"", Place().Bytes(3), 702}},
-        {"a slash behind an attribute", "<?a b/>", {"", Place().Bytes(5), 702}},
-        {"a slash behind white space", "<?a b />", {"", Place().Bytes(6), 702}},
-        EventRow("one in quotes", "<?a b='?'>", {"", Place().Bytes(9), 702}).AfterAndBytewise("<?a b='?'", {"", Place().Bytes(10), 16}),
+        {"after the name", "<?a>", {"", Place().Bytes(3), 702}},
+        {"after white space", "<?a >", {"", Place().Bytes(4), 702}},
+        {"after a line break", "<?a\n>", {"", {2, 1}, 702}},
+        {"after an attribute", "<?a b>", {"", Place().Bytes(5), 702}},
+        {"after a value", "<?a b=c>", {"", Place().Bytes(7), 702}},
+        {"after a value that has one inside", "<?a b=c?d>", {"", Place().Bytes(9), 702}},
+        {"after a value that takes the slash", "<?a b=c/>", {"", Place().Bytes(8), 702}},
+        {"after another attribute", "<?a b=c? d>", {"", Place().Bytes(10), 702}},
+        {"a slash after the name", "<?a/>", {"", Place().Bytes(3), 702}},
+        {"a slash after an attribute", "<?a b/>", {"", Place().Bytes(5), 702}},
+        {"a slash after white space", "<?a b />", {"", Place().Bytes(6), 702}},
+        EventRow("one in quotes", "<?a b='?'>", {"", Place().Bytes(9), 702})
+            .AfterAndBytewise("<?a b='?'", {"", Place().Bytes(10), 16}),
     });
 }
 
 TEST(ExternTagEventsTest, InADocument) {
     CheckRows({
-        EventRow("a declaration of XML", "<?xml version='1.0' ?>a<b>", {"extern(xml|{version=1.0})\ntext(a)\nstart(b|)\n", {1, 28}})
+        EventRow("a declaration of XML", "<?xml version='1.0' ?>a<b>",
+                 {"extern(xml|{version=1.0})\ntext(a)\nstart(b|)\n", {1, 28}})
             .After("<?xml version='1.0'", {"", {1, 27}, 16})
             .After("<?xml version='1.0' ?", {"extern(xml|{version=1.0})\ntext(>a)\nstart(b|)\n", {1, 29}})
             .Bytewise({"", {1, 27}, 16}),
         {"an unquoted version", "<?xml version=1.0?>", {"extern(xml|{version=1.0?})\n", {1, 20}}},
         {"two of them", "<?a b=?><?c d=?>", {"extern(a|{b=?})\nextern(c|{d=?})\n", {1, 17}}},
         {"attributes of the one in front are gone", "<?a b=1?><c>", {"extern(a|{b=1?})\nstart(c|)\n", {1, 13}}},
-        {"that it is called like a script changes nothing", "<?script a=b?><c>", {"extern(script|{a=b?})\nstart(c|)\n", {1, 18}}},
+        {"that it is called like a script changes nothing",
+         "<?script a=b?><c>",
+         {"extern(script|{a=b?})\nstart(c|)\n", {1, 18}}},
     });
 }
 
@@ -134,7 +143,7 @@ TEST(ExternTagEventsTest, NotOver) {
         {"a value with its question mark", "<?xml a=b?", {"", {1, 11}, 16}},
         {"no name", "<?>", {"", {1, 3}, 701}},
         {"a question mark for a name", "<?\?>", {"", {1, 3}, 701}},
-        {"no name behind a line break", "<?\n?>", {"", {2, 1}, 701}},
+        {"no name after a line break", "<?\n?>", {"", {2, 1}, 701}},
     });
 }
 

@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Names of tags and of attributes: a letter or "_", then letters, digits, "_", ":" and "-", in ASCII only.
+// Names of tags and of attributes: a letter or "_", then letters, digits, "_", ":" and "-", in
+// ASCII only.
 
 namespace Kestra::Test {
 namespace {
@@ -22,7 +23,7 @@ TEST(IdentifierEventsTest, InEachConstruct) {
             rows.emplace_back(note, input, Outcome{events, Place().Bytes(input.size())});
         };
         add("a start tag", "<" + name + ">", "start(" + name + "|)\n");
-        add("a start tag behind a blank", "< " + name + ">", "start(" + name + "|)\n");
+        add("a start tag after a blank", "< " + name + ">", "start(" + name + "|)\n");
         add("an end tag", "</" + name + ">", "end(" + name + ")\n");
         add("an instruction", "<?" + name + " v=1?>", "extern(" + name + "|{v=1?})\n");
         add("a declaration", "<!" + name + " t>", "entity(" + name + "|{t})\n");
@@ -32,23 +33,27 @@ TEST(IdentifierEventsTest, InEachConstruct) {
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-TEST(IdentifierEventsTest, BehindWhiteSpaceWhoseLinesCount) {
+TEST(IdentifierEventsTest, AfterWhiteSpaceWhoseLinesCount) {
     std::vector<EventRow> rows;
     for (const White& white : WHITES) {
         const std::string blanks(white.bytes);
-        rows.emplace_back("an end tag", "</" + blanks + "ab>", Outcome{"end(ab)\n", Place().Bytes(2).Skip(white).Bytes(3)});
+        rows.emplace_back("an end tag", "</" + blanks + "ab>",
+                          Outcome{"end(ab)\n", Place().Bytes(2).Skip(white).Bytes(3)});
         rows.emplace_back("an instruction", "<?" + blanks + "ab v=1?>",
                           Outcome{"extern(ab|{v=1?})\n", Place().Bytes(2).Skip(white).Bytes(8)});
-        rows.emplace_back("an attribute", "<p" + blanks + "ab=1>", Outcome{"start(p|{ab=1})\n", Place().Bytes(2).Skip(white).Bytes(5)});
+        rows.emplace_back("an attribute", "<p" + blanks + "ab=1>",
+                          Outcome{"start(p|{ab=1})\n", Place().Bytes(2).Skip(white).Bytes(5)});
         // The main machine takes the first blank, and counts a column for it and no line.
-        rows.emplace_back("a start tag", "< " + blanks + "ab>", Outcome{"start(ab|)\n", Place().Bytes(2).Skip(white).Bytes(3)});
-        rows.emplace_back("a declaration", "<! " + blanks + "ab t>", Outcome{"entity(ab|{t})\n", Place().Bytes(3).Skip(white).Bytes(5)});
+        rows.emplace_back("a start tag", "< " + blanks + "ab>",
+                          Outcome{"start(ab|)\n", Place().Bytes(2).Skip(white).Bytes(3)});
+        rows.emplace_back("a declaration", "<! " + blanks + "ab t>",
+                          Outcome{"entity(ab|{t})\n", Place().Bytes(3).Skip(white).Bytes(5)});
     }
     const std::vector<EventRow> byHand = {
-        {"a line break behind \"<\" is a column", "<\na>", {"start(a|)\n", {1, 5}}},
+        {"a line break after \"<\" is a column", "<\na>", {"start(a|)\n", {1, 5}}},
         {"and so it makes no pair with the next one", "<\n\na>", {"start(a|)\n", {2, 3}}},
-        {"a line break behind \"<!\" is a column", "<!\r\nd t>", {"entity(d|{t})\n", {2, 5}}},
-        {"of three line breaks behind \"</\" two count", "</\n\n\na>", {"end(a)\n", {3, 3}}},
+        {"a line break after \"<!\" is a column", "<!\r\nd t>", {"entity(d|{t})\n", {2, 5}}},
+        {"of three line breaks after \"</\" two count", "</\n\n\na>", {"end(a)\n", {3, 3}}},
         {"a pair begins in the text and ends in the tag", "a\n</\nb>", {"text(a\\n)\nend(b)\n", {2, 6}}},
     };
     rows.insert(rows.end(), byHand.begin(), byHand.end());
@@ -65,17 +70,17 @@ TEST(IdentifierEventsTest, ExpectedAndNotThere) {
             rows.emplace_back(note, before + byte + "a>", Outcome{"", Place().Bytes(before.size()), 701});
         };
         add("an end tag", "</");
-        add("an end tag behind blanks", "</\t ");
+        add("an end tag after blanks", "</\t ");
         add("an instruction", "<?");
         add("a start tag", "< ");
         add("a declaration", "<! ");
     }
-    rows.emplace_back("behind a line break", "</\n1>", Outcome{"", {2, 1}, 701});
+    rows.emplace_back("after a line break", "</\n1>", Outcome{"", {2, 1}, 701});
     rows.emplace_back("a text in front", "ab</>", Outcome{"text(ab)\n", {1, 7}, 701});
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-/// Every byte behind the first one of a name.
+/// Every byte after the first one of a name.
 TEST(IdentifierEventsTest, GoesOnWith) {
     const std::string going = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_:-";
     std::vector<EventRow> rows;

@@ -31,22 +31,34 @@ TEST(ScriptModeEventsTest, TheElements) {
         {"nothing in a script is a string or a comment",
          "<script>a'b\"/d//e/*f<!g</i>j</script>",
          {"script(|a'b\"/d//e/*f<!g</i>j)\n", Place().Bytes(8).Content(20).Bytes(9)}},
-        {"no \"<\" of a style is lost", "<style a>b<<c</style>", {"style({a=}|b<<c)\n", Place().Bytes(9).Content(4).Bytes(8)}},
+        {"no \"<\" of a style is lost",
+         "<style a>b<<c</style>",
+         {"style({a=}|b<<c)\n", Place().Bytes(9).Content(4).Bytes(8)}},
         {"a text area",
          "<textarea><b></textarea>",
          {"start(textarea|)\ntext(<b>)\nend(textarea)\n", Place().Bytes(10).Content(3).Bytes(11)}},
-        {"a title", "<title><!--a</title>", {"start(title|)\ntext(<!--a)\nend(title)\n", Place().Bytes(7).Content(5).Bytes(8)}},
+        {"a title",
+         "<title><!--a</title>",
+         {"start(title|)\ntext(<!--a)\nend(title)\n", Place().Bytes(7).Content(5).Bytes(8)}},
         {"an example", "<xmp><p></xmp>", {"start(xmp|)\ntext(<p>)\nend(xmp)\n", Place().Bytes(5).Content(3).Bytes(6)}},
-        {"a frame", "<iframe a=b><p></iframe>", {"start(iframe|{a=b})\ntext(<p>)\nend(iframe)\n", Place().Bytes(12).Content(3).Bytes(9)}},
+        {"a frame",
+         "<iframe a=b><p></iframe>",
+         {"start(iframe|{a=b})\ntext(<p>)\nend(iframe)\n", Place().Bytes(12).Content(3).Bytes(9)}},
         {"without plug-ins",
          "<noembed><p></noembed>",
          {"start(noembed|)\ntext(<p>)\nend(noembed)\n", Place().Bytes(9).Content(3).Bytes(10)}},
         {"without frames",
          "<noframes><p></noframes>",
          {"start(noframes|)\ntext(<p>)\nend(noframes)\n", Place().Bytes(10).Content(3).Bytes(11)}},
-        {"not without scripts", "<noscript><p></noscript>", {"start(noscript|)\nstart(p|)\nend(noscript)\n", Place().Bytes(24)}},
-        {"nothing ends plain text", "<plaintext><p></plaintext><", {"start(plaintext|)\n", Place().Bytes(11).Content(16)}},
-        {"upper and lower case", "<XMP><p></XmP>", {"start(XMP|)\ntext(<p>)\nend(XmP)\n", Place().Bytes(5).Content(3).Bytes(6)}},
+        {"not without scripts",
+         "<noscript><p></noscript>",
+         {"start(noscript|)\nstart(p|)\nend(noscript)\n", Place().Bytes(24)}},
+        {"nothing ends plain text",
+         "<plaintext><p></plaintext><",
+         {"start(plaintext|)\n", Place().Bytes(11).Content(16)}},
+        {"upper and lower case",
+         "<XMP><p></XmP>",
+         {"start(XMP|)\ntext(<p>)\nend(XmP)\n", Place().Bytes(5).Content(3).Bytes(6)}},
         {"in a script too", "<SCRIPT>'</sCRIPT>", {"script(|')\n", Place().Bytes(8).Content(1).Bytes(9)}},
         {"an empty content is no text", "<xmp></xmp>", {"start(xmp|)\nend(xmp)\n", Place().Bytes(11)}},
         {"an empty script", "<script></script>", {"script(|)\n", Place().Bytes(17)}},
@@ -57,15 +69,20 @@ TEST(ScriptModeEventsTest, TheElements) {
          "<xmp></b></xmp><title></xmp></title>",
          {"start(xmp|)\ntext(</b>)\nend(xmp)\nstart(title|)\ntext(</xmp>)\nend(title)\n",
           Place().Bytes(5).Content(4).Bytes(6 + 7).Content(6).Bytes(8)}},
-        {"line breaks count", "<xmp>\n<\n</xmp>", {"start(xmp|)\ntext(\\n<\\n)\nend(xmp)\n", Place().Lines(2, 2).Bytes(6)}},
+        {"line breaks count",
+         "<xmp>\n<\n</xmp>",
+         {"start(xmp|)\ntext(\\n<\\n)\nend(xmp)\n", Place().Lines(2, 2).Bytes(6)}},
         {"stray end tags", "</script></title>", {"end(script)\nend(title)\n", Place().Bytes(17)}},
         {"a script that is not over", "<script>a</scrip", {"", Place().Bytes(8).Content(1), 16}},
         {"a title that is not", "<title>a</titl", {"start(title|)\n", Place().Bytes(7).Content(1)}},
-        {"an end tag that is not", "<title>a</title b", {"start(title|)\ntext(a)\n", Place().Bytes(7).Content(1).Bytes(9), 16}},
+        {"an end tag that is not",
+         "<title>a</title b",
+         {"start(title|)\ntext(a)\n", Place().Bytes(7).Content(1).Bytes(9), 16}},
         EventRow("a NUL ends the text", std::string("<xmp>a\0b</xmp>", 14),
                  {"start(xmp|)\ntext(a)\nend(xmp)\n", Place().Bytes(5).Content(3).Bytes(6)}),
         EventRow("texts are converted, and bodies follow the ANSI rule", "<xmp>\xC1</xmp><script>\xC1</script>",
-                 {"start(xmp|)\ntext(\\u0430)\nend(xmp)\nscript(|\\u00C1)\n", Place().Bytes(5).Content(1).Bytes(6 + 8).Content(1).Bytes(9)})
+                 {"start(xmp|)\ntext(\\u0430)\nend(xmp)\nscript(|\\u00C1)\n",
+                  Place().Bytes(5).Content(1).Bytes(6 + 8).Content(1).Bytes(9)})
             .In(20866),
     });
 }
@@ -74,25 +91,35 @@ TEST(ScriptModeEventsTest, StartTags) {
     CheckAsText({
         EventRow("a \"/\" at its end closes nothing", "<title/>a</title>",
                  {"start(title|)\ntext(a)\nend(title)\n", Place().Bytes(8).Content(1).Bytes(8)})
-            .AfterAndBytewise("<title/", {"start(title|)\ntext(>a)\nend(title)\n", Place().Bytes(7).Content(2).Bytes(8)}),
-        EventRow("nor that of a script", "<script />a</script>", {"script(|a)\n", Place().Bytes(10).Content(1).Bytes(9)})
+            .AfterAndBytewise("<title/",
+                              {"start(title|)\ntext(>a)\nend(title)\n", Place().Bytes(7).Content(2).Bytes(8)}),
+        EventRow("nor that of a script", "<script />a</script>",
+                 {"script(|a)\n", Place().Bytes(10).Content(1).Bytes(9)})
             .AfterAndBytewise("<script /", {"script(|>a)\n", Place().Bytes(9).Content(2).Bytes(9)}),
         EventRow("other short tags are as ever", "<b/>", {"start(b|)\nend(b)\n", Place().Bytes(4)})
             .After("<b/", {"start(b|)\nend(b)\n", Place().Bytes(3).Content(1)})
             .Bytewise({"start(b|)\nend(b)\n", Place().Bytes(3).Content(1)}),
-        {"white space after the name", "<xmp\t><b></xmp>", {"start(xmp|)\ntext(<b>)\nend(xmp)\n", Place().Bytes(6).Content(3).Bytes(6)}},
+        {"white space after the name",
+         "<xmp\t><b></xmp>",
+         {"start(xmp|)\ntext(<b>)\nend(xmp)\n", Place().Bytes(6).Content(3).Bytes(6)}},
         {"not white space that browsers do not know",
          "<xmp\v>a<b>",
          {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
-        {"not with white space before the name", "< xmp>a<b>", {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
+        {"not with white space before the name",
+         "< xmp>a<b>",
+         {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
         {"that of a script is then a tag like others",
          "< script>'<b>",
          {"start(script|)\ntext(')\nstart(b|)\n", Place().Bytes(9).Content(1).Bytes(3)}},
         {"not when something else ends the name",
          "<xmp=>a<b>",
          {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
-        {"nor a longer name", "<xmps>a<x:xmp>", {"start(xmps|)\ntext(a)\nstart(x:xmp|)\n", Place().Bytes(6).Content(1).Bytes(7)}},
-        {"what is in other markup", "<!a b<xmp>c<d>", {"entity(a|{b<xmp})\ntext(c)\nstart(d|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
+        {"nor a longer name",
+         "<xmps>a<x:xmp>",
+         {"start(xmps|)\ntext(a)\nstart(x:xmp|)\n", Place().Bytes(6).Content(1).Bytes(7)}},
+        {"what is in other markup",
+         "<!a b<xmp>c<d>",
+         {"entity(a|{b<xmp})\ntext(c)\nstart(d|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
     });
 }
 
@@ -105,13 +132,17 @@ TEST(ScriptModeEventsTest, EndTags) {
         {"white space", "<xmp>a</xmp >", {text("a"), Place().Bytes(5).Content(1).Bytes(7)}},
         {"line breaks, which count", "<xmp>a</xmp\n\f>", {text("a"), Place().Lines(1, 1).Bytes(2)}},
         {"a slash", "<xmp>a</xmp/>", {text("a"), Place().Bytes(5).Content(1).Bytes(7)}},
-        {"what stands after it is dropped", "<xmp>a</xmp b='c'/d<>", {text("a"), Place().Bytes(5).Content(1).Bytes(15)}},
+        {"what stands after it is dropped",
+         "<xmp>a</xmp b='c'/d<>",
+         {text("a"), Place().Bytes(5).Content(1).Bytes(15)}},
         {"up to the first \">\"",
          "<xmp>a</xmp b='>'><c>",
          {text("a") + "text('>)\nstart(c|)\n", Place().Bytes(5).Content(1).Bytes(10).Content(2).Bytes(3)}},
         {"white space before the name", "<xmp></ xmp></xmp>", {text("</ xmp>"), Place().Bytes(5).Content(7).Bytes(6)}},
         {"of another element", "<xmp></title></xmp>", {text("</title>"), Place().Bytes(5).Content(8).Bytes(6)}},
-        {"of a script", "<script></script\nb>c<d>", {"script(|)\ntext(c)\nstart(d|)\n", Place().Lines(1, 1).Bytes(2).Content(1).Bytes(3)}},
+        {"of a script",
+         "<script></script\nb>c<d>",
+         {"script(|)\ntext(c)\nstart(d|)\n", Place().Lines(1, 1).Bytes(2).Content(1).Bytes(3)}},
         {"of a style sheet", "<style></style/>", {"style(|)\n", Place().Bytes(16)}},
         {"other end tags are as ever", "<xmp></xmp></b >", {"start(xmp|)\nend(xmp)\n", Place().Bytes(14), 702}},
     });
@@ -141,13 +172,17 @@ TEST(ScriptModeEventsTest, EscapedPartsOfScripts) {
         std::string shown = content;
         if (const std::size_t tab = shown.find('\v'); tab != std::string::npos)
             shown.replace(tab, 1, "\\x0B");
-        rows.emplace_back("all of it is content", "<script>" + content + "</script>", Outcome{"script(|" + shown + ")\n", place});
+        rows.emplace_back("all of it is content", "<script>" + content + "</script>",
+                          Outcome{"script(|" + shown + ")\n", place});
     }
-    rows.emplace_back("the first end tag counts in an escaped part", "<script><!--a</script>-->b<c>",
-                      Outcome{"script(|<!--a)\ntext(-->b)\nstart(c|)\n", Place().Bytes(8).Content(5).Bytes(9).Content(4).Bytes(3)});
+    rows.emplace_back(
+        "the first end tag counts in an escaped part", "<script><!--a</script>-->b<c>",
+        Outcome{"script(|<!--a)\ntext(-->b)\nstart(c|)\n", Place().Bytes(8).Content(5).Bytes(9).Content(4).Bytes(3)});
     rows.emplace_back("no other element has such parts", "<style><!--<style></style>-->b<c>",
-                      Outcome{"style(|<!--<style>)\ntext(-->b)\nstart(c|)\n", Place().Bytes(7).Content(11).Bytes(8).Content(4).Bytes(3)});
-    rows.emplace_back("a double escaped part that is open", "<script><!--<script></script", Outcome{"", Place().Bytes(8).Content(12), 16});
+                      Outcome{"style(|<!--<style>)\ntext(-->b)\nstart(c|)\n",
+                              Place().Bytes(7).Content(11).Bytes(8).Content(4).Bytes(3)});
+    rows.emplace_back("a double escaped part that is open", "<script><!--<script></script",
+                      Outcome{"", Place().Bytes(8).Content(12), 16});
     CheckAsText(rows);
 }
 
@@ -185,7 +220,8 @@ std::string PlaceOf(const StatelessHTMLParser& parser) {
     return std::to_string(offset) + " " + std::to_string(line) + ":" + std::to_string(column);
 }
 
-// In the event of a content that is text the parser stands before the end tag, also when its first bytes came in earlier pieces.
+// In the event of a content that is text the parser stands before the end tag, also when its first
+// bytes came in earlier pieces.
 TEST(ScriptModeEventsTest, PlacesInCallbacks) {
     const std::string document = "<title>a\nb<i></title ><script>c</script\n><xmp></</xmp>d<e>";
     const Lines expected = {"start(title|): 7 1:8", "text(a\\nb<i>): 13 2:10", "end(title): 22 2:19",
@@ -231,7 +267,8 @@ TEST(ScriptModeEventsTest, TheSetting) {
     for (StatelessHTMLParser* const each : {&parser, &copy, &assigned}) {
         EXPECT_EQ(each->GetScriptMode(), StatelessHTMLParser::SCRIPT_AS_TEXT);
         for (int document = 0; document < 2; ++document)
-            EXPECT_EQ(ParseEvents(each, {"<script>'</script>"}, 0, 1).trace, (Lines{"start-parsing", "script(|')", "stop-parsing"}));
+            EXPECT_EQ(ParseEvents(each, {"<script>'</script>"}, 0, 1).trace,
+                      (Lines{"start-parsing", "script(|')", "stop-parsing"}));
     }
     EXPECT_EQ(assigned.SetScriptMode(StatelessHTMLParser::SCRIPT_AS_TOKENS), 0U);
     EXPECT_EQ(ParseEvents(&assigned, {"<script>'</script>"}, 0, 1).trace, (Lines{"start-parsing", "stop-parsing"}));
@@ -322,7 +359,10 @@ TEST(ScriptModeEventsTest, AnExceptionEndsTheContent) {
         {"start(xmp|)", {"<xmp>lost", "a<b>"}, {"start(xmp|)", "text(a)", "start(b|)"}, "13 1:11"},
         {"text(a)", {"<xmp>a</xmp>lost", "b<c>"}, {"start(xmp|)", "text(a)", "text(b)", "start(c|)"}, "20 1:13"},
         {"text(a)", {"<xmp>a</xm", "p>lost", "b<c>"}, {"start(xmp|)", "text(a)", "text(b)", "start(c|)"}, "20 1:13"},
-        {"end(xmp)", {"<xmp>a</xmp>lost", "b<c>"}, {"start(xmp|)", "text(a)", "end(xmp)", "text(b)", "start(c|)"}, "20 1:19"},
+        {"end(xmp)",
+         {"<xmp>a</xmp>lost", "b<c>"},
+         {"start(xmp|)", "text(a)", "end(xmp)", "text(b)", "start(c|)"},
+         "20 1:19"},
         {"script(|a)", {"<script>a</script>lost", "b<c>"}, {"script(|a)", "text(b)", "start(c|)"}, "26 1:25"},
     };
     for (const auto& row : rows) {

@@ -6,12 +6,13 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Scripts: comments are removed, strings kept verbatim, and "</script>" outside of both is the end. A cut changes nothing about a body.
+// Scripts: comments are removed, strings kept verbatim, and "</script>" outside of both is the end.
+// A cut changes nothing about a body.
 
 namespace Kestra::Test {
 namespace {
 
-/// A part of a script that leaves the parser in plain code, whatever stands in front of it.
+/// A part of a script that leaves the parser in plain code, whatever precedes it.
 struct Part {
     std::string bytes;
     std::string shown;
@@ -19,9 +20,10 @@ struct Part {
 };
 
 const Part PARTS[] = {
-    {"a=1;", "a=1;", {"", 0, 8}}, {"n\nm", "n\\nm", {"", 1, 4}},       {"b/c", "b/c", {"", 0, 6}}, {"d*e", "d*e", {"", 0, 6}},
-    {"'s'", "'s'", {"", 0, 3}},   {"\"t\n\"", "\"t\\n\"", {"", 0, 4}}, {"//u\n", "", {"", 0, 5}},  {"/*v\n*/", "", {"", 0, 7}},
-    {"<w", "<w", {"", 0, 3}},     {"</sx", "</sx", {"", 0, 7}},        {"<<", "<<", {"", 0, 3}},
+    {"a=1;", "a=1;", {"", 0, 8}}, {"n\nm", "n\\nm", {"", 1, 4}}, {"b/c", "b/c", {"", 0, 6}},
+    {"d*e", "d*e", {"", 0, 6}},   {"'s'", "'s'", {"", 0, 3}},    {"\"t\n\"", "\"t\\n\"", {"", 0, 4}},
+    {"//u\n", "", {"", 0, 5}},    {"/*v\n*/", "", {"", 0, 7}},   {"<w", "<w", {"", 0, 3}},
+    {"</sx", "</sx", {"", 0, 7}}, {"<<", "<<", {"", 0, 3}},
 };
 
 std::string Script(const std::string& body) {
@@ -29,19 +31,20 @@ std::string Script(const std::string& body) {
 }
 
 /// The start tag, a body on one line, and the end tag. @param columns  of the body
-Place Behind(std::uint64_t columns) {
+Place After(std::uint64_t columns) {
     return Place().Bytes(8 + columns).Bytes(1).Content(8);
 }
 
 Outcome Reports(const std::string& shown, std::uint64_t columns) {
-    return {"script(|" + shown + ")\n", Behind(columns)};
+    return {"script(|" + shown + ")\n", After(columns)};
 }
 
 TEST(ScriptTagEventsTest, Pairs) {
     std::vector<EventRow> rows;
     for (const Part& first : PARTS) {
-        rows.emplace_back("one part", Script(first.bytes),
-                          Outcome{"script(|" + first.shown + ")\n", Place().Bytes(8).Skip(first.place).Bytes(1).Content(8)});
+        rows.emplace_back(
+            "one part", Script(first.bytes),
+            Outcome{"script(|" + first.shown + ")\n", Place().Bytes(8).Skip(first.place).Bytes(1).Content(8)});
         for (const Part& second : PARTS) {
             rows.emplace_back("two parts", Script(first.bytes + second.bytes),
                               Outcome{"script(|" + first.shown + second.shown + ")\n",
@@ -61,7 +64,9 @@ TEST(ScriptTagEventsTest, Code) {
         {"a hyphen and \">\"", Script("-->"), Reports("-->", 6)},
         {"a division at the end", Script("a/"), Reports("a/", 4)},
         {"a star and a slash", Script("a*/b"), Reports("a*/b", 8)},
-        {"two line breaks are one line", Script("\n\n"), {"script(|\\n\\n)\n", Place().Lines(1, 3).Bytes(1).Content(8)}},
+        {"two line breaks are one line",
+         Script("\n\n"),
+         {"script(|\\n\\n)\n", Place().Lines(1, 3).Bytes(1).Content(8)}},
         {"CR and LF are one", Script("\r\n"), {"script(|\\r\\n)\n", Place().Lines(1, 3).Bytes(1).Content(8)}},
         {"three are two", Script("\n\n\n"), {"script(|\\n\\n\\n)\n", Place().Lines(2, 2).Bytes(1).Content(8)}},
         {"a string in between leaves them a pair",
@@ -73,7 +78,9 @@ TEST(ScriptTagEventsTest, Code) {
 TEST(ScriptTagEventsTest, Comments) {
     CheckRows({
         {"of a line, up to its line break", Script("a//b\nc"), Reports("ac", 2 + 3 + 1 + 1 + 2)},
-        {"up to CR, and LF is code", Script("a//b\r\nc"), {"script(|a\\nc)\n", Place().Lines(1, 2).Content(1).Bytes(1).Content(8)}},
+        {"up to CR, and LF is code",
+         Script("a//b\r\nc"),
+         {"script(|a\\nc)\n", Place().Lines(1, 2).Content(1).Bytes(1).Content(8)}},
         {"with an end tag inside", Script("//</script>\na"), Reports("a", 3 + 9 + 1 + 2)},
         {"with a quote inside", Script("//'\na"), Reports("a", 3 + 1 + 1 + 2)},
         {"with another comment inside", Script("///*b\na"), Reports("a", 3 + 3 + 1 + 2)},
@@ -89,16 +96,17 @@ TEST(ScriptTagEventsTest, Comments) {
         {"the star that closed one does not close the next", Script("/*b*//*/c*/a"), Reports("a", 6 + 3 + 4 + 2)},
         {"nor does a star at the end of a string", Script("'*'/*/c*/a"), Reports("'*'a", 3 + 3 + 4 + 2)},
         {"a star and a slash that are apart", Script("/** /*/a"), Reports("a", 3 + 5 + 2)},
-        {"a star behind a block", Script("/*b*/*c"), Reports("*c", 3 + 3 + 4)},
-        {"a slash behind a block is a new one", Script("/*b*//c"), Reports("/c", 3 + 3 + 4)},
-        {"a slash behind a comment of a line", Script("//b\n/c"), Reports("/c", 5 + 4)},
+        {"a star after a block", Script("/*b*/*c"), Reports("*c", 3 + 3 + 4)},
+        {"a slash after a block is a new one", Script("/*b*//c"), Reports("/c", 3 + 3 + 4)},
+        {"a slash after a comment of a line", Script("//b\n/c"), Reports("/c", 5 + 4)},
         {"a blank between slashes", Script("/ /a"), Reports("/ /a", 8)},
         {"a slash in a string begins none", Script("'/'/a"), Reports("'/'/a", 3 + 4)},
-        {"a string behind a slash", Script("/'/'"), Reports("/'/'", 2 + 3)},
-        // "<//" is no end tag. Its last slash and the next one open a comment, and the slash in front stays to open another one.
+        {"a string after a slash", Script("/'/'"), Reports("/'/'", 2 + 3)},
+        // "<//" is no end tag. Its last slash and the next one open a comment, and the slash in
+        // front stays to open another one.
         {"a slash of an end tag that was none", Script("<///b\nc"), Reports("</c", 5 + 1 + 1 + 1 + 2)},
-        {"and again with the slash in front of it", Script("<///b\n/d\ne"), Reports("<e", 5 + 1 + 1 + 1 + 1 + 1 + 1 + 2)},
-        {"a star behind an end tag that was none", Script("<//*b*/c"), Reports("</c", 5 + 1 + 3 + 2)},
+        {"and again with the slash before it", Script("<///b\n/d\ne"), Reports("<e", 5 + 1 + 1 + 1 + 1 + 1 + 1 + 2)},
+        {"a star after an end tag that was none", Script("<//*b*/c"), Reports("</c", 5 + 1 + 3 + 2)},
     });
 }
 
@@ -112,9 +120,9 @@ TEST(ScriptTagEventsTest, Strings) {
         {"an escaped quote", Script("'\\''"), Reports("'\\\\''", 4)},
         {"an escaped quotation mark", Script("\"\\\"\""), Reports("\"\\\\\"\"", 4)},
         {"an escaped backslash keeps the quote escaped", Script("'\\\\''"), Reports("'\\\\\\\\''", 5)},
-        {"the backslash in front of a string escapes nothing in it", Script("\\''"), Reports("\\\\''", 2 + 2)},
+        {"the backslash before a string escapes nothing in it", Script("\\''"), Reports("\\\\''", 2 + 2)},
         {"an escaped quote and another string", Script("'\\'b'''"), Reports("'\\\\'b'''", 7)},
-        {"behind a comment", Script("/*b*\\*/''"), Reports("''", 3 + 5 + 2)},
+        {"after a comment", Script("/*b*\\*/''"), Reports("''", 3 + 5 + 2)},
         {"bytes from 128 up", Script("'\xE9'"), Reports("'\\u00E9'", 3)},
     });
 }
@@ -127,24 +135,29 @@ TEST(ScriptTagEventsTest, EndTags) {
         {"with a blank, which is code", Script("</script >"), Reports("</script >", 1 + 2 * 8 + 2)},
         {"with a letter more", Script("</scripts>"), Reports("</scripts>", 1 + 2 * 9)},
         {"with a letter less", Script("</scrip>"), Reports("</scrip>", 1 + 2 * 7)},
-        {"with a blank in front of the slash", Script("< /script>"), Reports("< /script>", 1 + 2 * 9)},
-        {"with a blank behind the slash", Script("</ script>"), Reports("</ script>", 1 + 2 * 9)},
+        {"with a blank before the slash", Script("< /script>"), Reports("< /script>", 1 + 2 * 9)},
+        {"with a blank after the slash", Script("</ script>"), Reports("</ script>", 1 + 2 * 9)},
         {"of a style sheet", Script("</style>"), Reports("</style>", 1 + 2 * 7)},
         {"of something else", Script("</b>"), Reports("</b>", 1 + 2 * 3)},
         {"a start tag inside", Script("<script>"), Reports("<script>", 1 + 2 * 7)},
         {"a markup comment", Script("<!--a-->"), Reports("<!--a-->", 1 + 2 * 7)},
-        {"a \"<\" in front of the \"<\" hides it", Script("<</script>"), Reports("<</script>", 1 + 2 * 9)},
+        {"a \"<\" before the \"<\" hides it", Script("<</script>"), Reports("<</script>", 1 + 2 * 9)},
         {"but not two", Script("<<"), Reports("<<", 3)},
-        {"a line break behind \"<\" counts", Script("<\n"), {"script(|<\\n)\n", Place().Lines(1, 2).Bytes(1).Content(8)}},
-        {"a quote behind \"<\" opens nothing", Script("<'a"), Reports("<'a", 1 + 4)},
-        {"one that breaks off at another one", Script("</scr</script>a"), Reports("</scr</script>a", 1 + 2 * 5 + 2 * 8 + 2)},
+        {"a line break after \"<\" counts",
+         Script("<\n"),
+         {"script(|<\\n)\n", Place().Lines(1, 2).Bytes(1).Content(8)}},
+        {"a quote after \"<\" opens nothing", Script("<'a"), Reports("<'a", 1 + 4)},
+        {"one that breaks off at another one", Script("</scr</script>a"),
+         Reports("</scr</script>a", 1 + 2 * 5 + 2 * 8 + 2)},
     });
 }
 
 TEST(ScriptTagEventsTest, StartTags) {
     CheckRows({
-        {"attributes", "<script a b=c>d</script>", {"script({a=}{b=c}|d)\n", Place().Bytes(14).Content(1).Bytes(1).Content(8)}},
-        {"behind a blank", "< script>d</script>", {"script(|d)\n", Place().Bytes(9).Content(1).Bytes(1).Content(8)}},
+        {"attributes",
+         "<script a b=c>d</script>",
+         {"script({a=}{b=c}|d)\n", Place().Bytes(14).Content(1).Bytes(1).Content(8)}},
+        {"after a blank", "< script>d</script>", {"script(|d)\n", Place().Bytes(9).Content(1).Bytes(1).Content(8)}},
         EventRow("a quoted attribute", "<script a='b'>c</script>'>",
                  {"script({a=b}|c)\n", Place().Bytes(14).Content(1).Bytes(1).Content(8).Content(2)})
             .After("<script a='b'", {"", Place().Bytes(26), 0})
@@ -155,20 +168,24 @@ TEST(ScriptTagEventsTest, StartTags) {
         {"a name that only begins like it",
          "<scripts>d</script>",
          {"start(scripts|)\ntext(d)\nend(script)\n", Place().Bytes(9).Content(1).Bytes(9)}},
-        {"a name with a prefix", "<x:script>d<b>", {"start(x:script|)\ntext(d)\nstart(b|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
-        {"a script behind a script",
+        {"a name with a prefix",
+         "<x:script>d<b>",
+         {"start(x:script|)\ntext(d)\nstart(b|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
+        {"a script after a script",
          "<script>a</script><script>b</script>",
-         {"script(|a)\nscript(|b)\n", Behind(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
+         {"script(|a)\nscript(|b)\n", After(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
         {"its attributes are its own",
          "<script a>b</script><script>c</script>",
-         {"script({a=}|b)\nscript(|c)\n", Behind(4).Bytes(8).Content(1).Bytes(1).Content(8)}},
-        {"a text behind it begins anew", "<script>a</script>b<c>", {"script(|a)\ntext(b)\nstart(c|)\n", Behind(2).Content(1).Bytes(3)}},
-        {"a text in front of it is not part of it",
+         {"script({a=}|b)\nscript(|c)\n", After(4).Bytes(8).Content(1).Bytes(1).Content(8)}},
+        {"a text after it begins anew",
+         "<script>a</script>b<c>",
+         {"script(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
+        {"a text before it is not part of it",
          "b<script>a</script>",
          {"text(b)\nscript(|a)\n", Place().Content(1).Bytes(8).Content(1).Bytes(1).Content(8)}},
         {"comparisons, a comment and a string",
          "<script>if(a<b)//c\nx='</script>'</script>",
-         {"script(|if(a<b)x='</script>')\n", Behind(8 + 3 + 2 + 3 + 1 + 1 + 4 + 11)}},
+         {"script(|if(a<b)x='</script>')\n", After(8 + 3 + 2 + 3 + 1 + 1 + 4 + 11)}},
     });
 }
 
@@ -181,8 +198,8 @@ TEST(ScriptTagEventsTest, NotOver) {
         {"a string", "<script>'</script>", {"", Place().Bytes(18), 16}},
         {"a comment of a line", "<script>//</script>", {"", Place().Bytes(8).Content(1).Bytes(10), 16}},
         {"a block", "<script>/*</script>", {"", Place().Bytes(8).Content(1).Bytes(10), 16}},
-        {"an escaped backslash in front of the quote", "<script>'\\\\'</script>", {"", Place().Bytes(21), 16}},
-        {"a \"<\" in front of the end tag", "<script><</script>", {"", Place().Bytes(9).Content(9), 16}},
+        {"an escaped backslash before the quote", "<script>'\\\\'</script>", {"", Place().Bytes(21), 16}},
+        {"a \"<\" before the end tag", "<script><</script>", {"", Place().Bytes(9).Content(9), 16}},
         {"a slash that completes the start tag", "<script/", {"", Place().Bytes(8)}},
     });
 }

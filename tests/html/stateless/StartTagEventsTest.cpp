@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Start tags, up to ">" or "/>". A "/" that ends its piece completes the tag, and what follows is text.
+// Start tags, up to ">" or "/>". A "/" that ends its piece completes the tag, and what follows is
+// text.
 
 namespace Kestra::Test {
 namespace {
@@ -24,7 +25,7 @@ const End ENDS[] = {
 TEST(StartTagEventsTest, EachEnd) {
     std::vector<EventRow> rows;
     for (const std::string name : {"a", "br", "x:y", "_", "SCRIPTS", "styles"}) {
-        for (const std::string lead : {"<", "< ", "<\n"}) {  // a line break behind "<" is a column
+        for (const std::string lead : {"<", "< ", "<\n"}) {  // a line break after "<" is a column
             for (const std::string attribute : {"", " b"}) {
                 for (const End& end : ENDS) {
                     const std::string before = lead + name + attribute + end.white;
@@ -44,7 +45,7 @@ TEST(StartTagEventsTest, EachEnd) {
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-TEST(StartTagEventsTest, BehindASlash) {
+TEST(StartTagEventsTest, AfterASlash) {
     std::vector<EventRow> rows;
     const std::string both = "start(a|)\nend(a)\n";
     for (const char byte : std::string(" /?b=!'\"%1\xE9\0", 12)) {
@@ -54,32 +55,34 @@ TEST(StartTagEventsTest, BehindASlash) {
     }
     rows.push_back(EventRow("a line break", "<a/\n>", {"", Place().Bytes(3), 702})
                        .AfterAndBytewise("<a/", {both, Place().Bytes(3).Lines(1, 2).Content(1)}));
+    rows.push_back(EventRow("another tag", "<a/<b>", {"", Place().Bytes(3), 702})
+                       .AfterAndBytewise("<a/", {both + "start(b|)\n", Place().Bytes(6)}));
     rows.push_back(
-        EventRow("another tag", "<a/<b>", {"", Place().Bytes(3), 702}).AfterAndBytewise("<a/", {both + "start(b|)\n", Place().Bytes(6)}));
-    rows.push_back(EventRow("text and tags", "<a/>b<c>", {both + "text(b)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)})
-                       .AfterAndBytewise("<a/", {both + "text(>b)\nstart(c|)\n", Place().Bytes(3).Content(2).Bytes(3)}));
+        EventRow("text and tags", "<a/>b<c>", {both + "text(b)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)})
+            .AfterAndBytewise("<a/", {both + "text(>b)\nstart(c|)\n", Place().Bytes(3).Content(2).Bytes(3)}));
     rows.push_back(EventRow("a tag without a slash is not closed", "<a/><b>", {both + "start(b|)\n", Place().Bytes(7)})
                        .AfterAndBytewise("<a/", {both + "text(>)\nstart(b|)\n", Place().Bytes(3).Content(1).Bytes(3)}));
-    rows.push_back(EventRow("behind an attribute", "<a b /c>", {"", Place().Bytes(6), 702})
+    rows.push_back(EventRow("after an attribute", "<a b /c>", {"", Place().Bytes(6), 702})
                        .AfterAndBytewise("<a b /", {"start(a|{b=})\nend(a)\n", Place().Bytes(6).Content(2)}));
-    rows.push_back(EventRow("behind a quote", "<a b='1'/>", {"start(a|{b=1})\nend(a)\n", Place().Bytes(10)})
+    rows.push_back(EventRow("after a quote", "<a b='1'/>", {"start(a|{b=1})\nend(a)\n", Place().Bytes(10)})
                        .After("<a b='1'/", {"start(a|{b=1})\nend(a)\n", Place().Bytes(9).Content(1)})
                        .AfterAndBytewise("<a b='1'", {"", Place().Bytes(10), 16}));
     rows.emplace_back("nothing yet", "<a/", Outcome{both, Place().Bytes(3)});
-    rows.emplace_back("nothing yet, behind an attribute", "<a b=c /", Outcome{"start(a|{b=c})\nend(a)\n", Place().Bytes(8)});
+    rows.emplace_back("nothing yet, after an attribute", "<a b=c /",
+                      Outcome{"start(a|{b=c})\nend(a)\n", Place().Bytes(8)});
     CheckRows(rows);
 }
 
 TEST(StartTagEventsTest, Failures) {
     CheckRows({
-        {"\"?\" behind the name", "<a?>", {"", Place().Bytes(2), 702}},
-        {"\"?\" behind white space", "<a ?>", {"", Place().Bytes(3), 702}},
-        {"\"?\" behind an attribute", "<a b?>", {"", Place().Bytes(4), 702}},
-        {"\"?\" behind a value", "<a b=c ?>", {"", Place().Bytes(7), 702}},
-        EventRow("\"?\" behind a quote", "<a b='c'?>", {"", Place().Bytes(8), 702})
+        {"\"?\" after the name", "<a?>", {"", Place().Bytes(2), 702}},
+        {"\"?\" after white space", "<a ?>", {"", Place().Bytes(3), 702}},
+        {"\"?\" after an attribute", "<a b?>", {"", Place().Bytes(4), 702}},
+        {"\"?\" after a value", "<a b=c ?>", {"", Place().Bytes(7), 702}},
+        EventRow("\"?\" after a quote", "<a b='c'?>", {"", Place().Bytes(8), 702})
             .AfterAndBytewise("<a b='c'", {"", Place().Bytes(10), 16}),
-        {"no name behind two blanks", "<  >", {"", Place().Bytes(3), 701}},
-        {"no name behind a blank", "< />", {"", Place().Bytes(2), 701}},
+        {"no name after two blanks", "<  >", {"", Place().Bytes(3), 701}},
+        {"no name after a blank", "< />", {"", Place().Bytes(2), 701}},
         {"a text and a tag in front", "x<b>\n<a?", {"text(x)\nstart(b|)\ntext(\\n)\n", {2, 4}, 702}},
     });
 }
@@ -87,7 +90,8 @@ TEST(StartTagEventsTest, Failures) {
 TEST(StartTagEventsTest, InADocument) {
     CheckRows({
         {"names keep their case", "<Body><BR>", {"start(Body|)\nstart(BR|)\n", {1, 11}}},
-        EventRow("a name ends at \"=\"", "<a=b>", {"start(a|)\n", {1, 6}}).AfterAndBytewise("<a=", {"start(a|{b=})\n", {1, 6}}),
+        EventRow("a name ends at \"=\"", "<a=b>", {"start(a|)\n", {1, 6}})
+            .AfterAndBytewise("<a=", {"start(a|{b=})\n", {1, 6}}),
         EventRow("\"<\" begins no tag inside another one", "<a<b>", {"start(a|)\n", {1, 6}})
             .AfterAndBytewise("<a<", {"start(a|{b=})\n", {1, 6}}),
         EventRow("what follows a bad byte in the tag", "<a %x>", {"start(a|)\n", {1, 7}})

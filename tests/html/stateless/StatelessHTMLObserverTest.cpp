@@ -33,7 +33,7 @@ void ParseAll(StatelessHTMLParser* parser, std::string_view document = EVERY_EVE
     EXPECT_EQ(parser->EndParse(), 0U);
 }
 
-/// Writes its name in front of each line, and calls a hook behind it.
+/// Writes its name before each line, and calls a hook after it.
 class NamedObserver : public Trace::EventLineObserver {
 public:
     NamedObserver(std::string observerName, Lines* target) : name(std::move(observerName)), lines(target) {}
@@ -75,7 +75,8 @@ TEST(StatelessHTMLObserverTest, BindsTenEvents) {
     EXPECT_FALSE(delegate.IsBound(10));
 }
 
-/// The calls of a delegate reach the overrides of a derived class, with the values of the event in their order.
+/// The calls of a delegate reach the overrides of a derived class, with the values of the event in
+/// their order.
 TEST(StatelessHTMLObserverTest, BindsEachIdentifierToItsCallback) {
     Lines lines;
     EventTraceObserver observer(&lines);
@@ -100,8 +101,8 @@ TEST(StatelessHTMLObserverTest, BindsEachIdentifierToItsCallback) {
     delegate.Call(7, onlyName);
     delegate.Call(8, onlyName);
     delegate.Call(9, attributesAndBody);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "stop-parsing", "start(n|{a=v})", "end(n)", "script({a=v}|n)", "extern(n|{a=v})",
-                            "entity(n|{t})", "comment(n)", "text(n)", "style({a=v}|n)"}));
+    EXPECT_EQ(lines, (Lines{"start-parsing", "stop-parsing", "start(n|{a=v})", "end(n)", "script({a=v}|n)",
+                            "extern(n|{a=v})", "entity(n|{t})", "comment(n)", "text(n)", "style({a=v}|n)"}));
 }
 
 TEST(StatelessHTMLObserverTest, HearsEveryEvent) {
@@ -177,8 +178,8 @@ TEST(StatelessHTMLObserverTest, AttachedInACallbackHearsTheNextEvent) {
             parser.Attach(&second);
     };
     ParseAll(&parser, "<a><b/>");
-    EXPECT_EQ(lines, (Lines{"first: start-parsing", "first: start(a|)", "first: start(b|)", "first: end(b)", "second: end(b)",
-                            "first: stop-parsing", "second: stop-parsing"}));
+    EXPECT_EQ(lines, (Lines{"first: start-parsing", "first: start(a|)", "first: start(b|)", "first: end(b)",
+                            "second: end(b)", "first: stop-parsing", "second: stop-parsing"}));
 }
 
 TEST(StatelessHTMLObserverTest, DetachedInACallbackHearsNothingMore) {
@@ -195,8 +196,8 @@ TEST(StatelessHTMLObserverTest, DetachedInACallbackHearsNothingMore) {
             parser.Detach(&first);
     };
     ParseAll(&parser, "<a><b/><c>");
-    EXPECT_EQ(lines, (Lines{"first: start-parsing", "second: start-parsing", "first: start(a|)", "second: start(a|)", "first: start(b|)",
-                            "first: end(b)"}));
+    EXPECT_EQ(lines, (Lines{"first: start-parsing", "second: start-parsing", "first: start(a|)", "second: start(a|)",
+                            "first: start(b|)", "first: end(b)"}));
 }
 
 TEST(StatelessHTMLObserverTest, AttachedWhileAParserRuns) {
@@ -224,8 +225,8 @@ TEST(StatelessHTMLObserverTest, ACallbackMayFeedAnotherParser) {
             ParseAll(&other, "<b>");
     };
     ParseAll(&parser, "<a><c>");
-    EXPECT_EQ(lines, (Lines{"outer: start-parsing", "outer: start(a|)", "inner: start-parsing", "inner: start(b|)", "inner: stop-parsing",
-                            "outer: start(c|)", "outer: stop-parsing"}));
+    EXPECT_EQ(lines, (Lines{"outer: start-parsing", "outer: start(a|)", "inner: start-parsing", "inner: start(b|)",
+                            "inner: stop-parsing", "outer: start(c|)", "outer: stop-parsing"}));
 }
 
 TEST(StatelessHTMLObserverTest, ObservesTwoParsers) {
@@ -240,7 +241,8 @@ TEST(StatelessHTMLObserverTest, ObservesTwoParsers) {
     parser.ParseBuffer("<a>b", 4);
     other.ParseBuffer("c<d>", 4);
     parser.ParseBuffer("<e>", 3);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "start-parsing", "start(a|)", "text(c)", "start(d|)", "text(b)", "start(e|)"}));
+    EXPECT_EQ(lines,
+              (Lines{"start-parsing", "start-parsing", "start(a|)", "text(c)", "start(d|)", "text(b)", "start(e|)"}));
 }
 
 TEST(StatelessHTMLObserverTest, ACopyIsAttachedToNothing) {
@@ -288,7 +290,8 @@ TEST(StatelessHTMLObserverTest, ListsAreThereWhenEmpty) {
     ListObserver observer;
     StatelessHTMLParser parser;
     parser.Attach(&observer);
-    ParseAll(&parser, "<a b c><a><script d></script><script></script><?e?><!f g h><!f><style i></style><style></style>");
+    ParseAll(&parser,
+             "<a b c><a><script d></script><script></script><?e?><!f g h><!f><style i></style><style></style>");
     EXPECT_EQ(observer.sizes, (std::vector<std::size_t>{2, 0, 1, 0, 0, 2, 1, 1, 0}));
 }
 

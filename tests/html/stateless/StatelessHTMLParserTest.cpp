@@ -176,8 +176,8 @@ TEST(StatelessHTMLParserTest, ACopyGoesOnInTheMiddleOfATag) {
 }
 
 TEST(StatelessHTMLParserTest, AStreamIsReadToItsEnd) {
-    for (const std::size_t size :
-         {std::size_t{0}, std::size_t{10}, std::size_t{65535}, std::size_t{65536}, std::size_t{131072}, std::size_t{200000}}) {
+    for (const std::size_t size : {std::size_t{0}, std::size_t{10}, std::size_t{65535}, std::size_t{65536},
+                                   std::size_t{131072}, std::size_t{200000}}) {
         SCOPED_TRACE(size);
         std::string document(size, 'x');
         document += "<p>";
@@ -259,7 +259,8 @@ TEST(StatelessHTMLParserTest, AStreamIsReadInPiecesOfTheBufferSize) {
     parser.StartParse(0);
     parser.Attach(&observer);
     EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
-    EXPECT_EQ(lines, (Lines{"text(" + fill + ")", "start(p|{cl" + std::string(65536 - 5, 'a') + "ss=y})", "comment(bc)"}));
+    EXPECT_EQ(lines,
+              (Lines{"text(" + fill + ")", "start(p|{cl" + std::string(65536 - 5, 'a') + "ss=y})", "comment(bc)"}));
     EXPECT_EQ(sizes, std::vector<std::uint64_t>(sizes.size(), 65536));
     EXPECT_EQ(sizes.size(), 4U);  // two whole pieces, the rest, and the end
 }
@@ -342,7 +343,8 @@ TEST(StatelessHTMLParserTest, AFile) {
     const std::string text(2 * 65536 - 3, 'x');
     EXPECT_EQ(parse(text + "<p>"), 0U);
     EXPECT_EQ(parse("<1>"), 703U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=})", "text(" + text + ")", "start(p|)"}));
+    EXPECT_EQ(lines,
+              (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=})", "text(" + text + ")", "start(p|)"}));
     EXPECT_EQ(parser.ParseFile((folder.GetPath() / "missing.html").string<WideChar>().c_str()), 506U);
     EXPECT_EQ(parser.ParseFile(folder.GetPath().string<WideChar>().c_str()), 506U);
 }
@@ -405,7 +407,8 @@ std::uint64_t OffsetOf(const StatelessHTMLParser& parser) {
     return offset;
 }
 
-/// In each callback, what can be got of the places of its attributes: the whole, the name and the value between bars.
+/// In each callback, what can be got of the places of its attributes: the whole, the name and the
+/// value between bars.
 class AttributePlaceListener final : public HTML::StatelessHTMLObserver {
 public:
     AttributePlaceListener(const StatelessHTMLParser* observedParser, std::string documentBytes)
@@ -479,7 +482,8 @@ Lines AttributePlacesOf(const std::string& document, const Cuts& cuts) {
 }
 
 TEST(StatelessHTMLParserTest, PlacesOfAttributes) {
-    const std::string cuttable = "t<a b=c\n d  e = f  ><!g h i></a><script j k=></script><style l=m ></style><n o p=''q>r<";
+    const std::string cuttable =
+        "t<a b=c\n d  e = f  ><!g h i></a><script j k=></script><style l=m ></style><n o p=''q>r<";
     const Lines expected = {"start-parsing",
                             "text",
                             "start [ b=c|b|'c'] [\n d|d|none] [  e = f|e|'f']",
@@ -497,10 +501,11 @@ TEST(StatelessHTMLParserTest, PlacesOfAttributes) {
         }
     });
     EXPECT_EQ(AttributePlacesOf("<?xml a='1' b=\"2\"?><c d='e>\"f' g/>x<!--h-->", {}),
-              (Lines{"start-parsing", "extern [ a='1'|a|'1'] [ b=\"2\"|b|'2']", "start [ d='e>\"f'|d|'e>\"f'] [ g|g|none]", "end", "text",
-                     "comment", "stop-parsing"}));
+              (Lines{"start-parsing", "extern [ a='1'|a|'1'] [ b=\"2\"|b|'2']",
+                     "start [ d='e>\"f'|d|'e>\"f'] [ g|g|none]", "end", "text", "comment", "stop-parsing"}));
     EXPECT_EQ(AttributePlacesOf("<a b @c d>", {}), (Lines{"start-parsing", "start [ b|b|none]", "stop-parsing"}));
-    EXPECT_EQ(AttributePlacesOf("<a b='c'd='e'>", {8}), (Lines{"start-parsing", "start [ b='c'd='|b|'c'd='] [e|e|none]", "stop-parsing"}))
+    EXPECT_EQ(AttributePlacesOf("<a b='c'd='e'>", {8}),
+              (Lines{"start-parsing", "start [ b='c'd='|b|'c'd='] [e|e|none]", "stop-parsing"}))
         << "a closing quote that ends a piece does not count";
     EXPECT_EQ(AttributePlacesOf("<a @b c=d>", {5}), (Lines{"start-parsing", "start [ c=d|c|'d']", "stop-parsing"}))
         << "what is bad ends with its piece";
@@ -619,9 +624,28 @@ TEST(StatelessHTMLParserTest, OutsideOfADocument) {
 
 /// Whatever a document was in the middle of, the next one begins with text on line 1.
 TEST(StatelessHTMLParserTest, AnotherDocumentBeginsAnew) {
-    for (const std::string unfinished :
-         {"a",   "\n",      "<",      "<?",     "</",       "<!",         "<!-",       "<!--",          "<a",       "<a b='",      "<a %",
-          "</a", "<?a b=?", "<!a b ", "<!a 'b", "<script>", "<script>a/", "<script>'", "<script></scr", "<style>a", "<style></st", "<1"}) {
+    for (const std::string unfinished : {"a",
+                                         "\n",
+                                         "<",
+                                         "<?",
+                                         "</",
+                                         "<!",
+                                         "<!-",
+                                         "<!--",
+                                         "<a",
+                                         "<a b='",
+                                         "<a %",
+                                         "</a",
+                                         "<?a b=?",
+                                         "<!a b ",
+                                         "<!a 'b",
+                                         "<script>",
+                                         "<script>a/",
+                                         "<script>'",
+                                         "<script></scr",
+                                         "<style>a",
+                                         "<style></st",
+                                         "<1"}) {
         for (const bool ends : {true, false}) {
             SCOPED_TRACE(unfinished);
             Lines lines;
@@ -635,8 +659,8 @@ TEST(StatelessHTMLParserTest, AnotherDocumentBeginsAnew) {
             EXPECT_EQ(parser.StartParse(0), 0U);
             const std::string document = "\nb<c d=e><!f g><?h i=?><script>j</script><style>k</style><!--l--></m>";
             EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
-            EXPECT_EQ(lines, (Lines{"start-parsing", "text(\\nb)", "start(c|{d=e})", "entity(f|{g})", "extern(h|{i=?})", "script(|j)",
-                                    "style(|k)", "comment(l)", "end(m)"}));
+            EXPECT_EQ(lines, (Lines{"start-parsing", "text(\\nb)", "start(c|{d=e})", "entity(f|{g})", "extern(h|{i=?})",
+                                    "script(|j)", "style(|k)", "comment(l)", "end(m)"}));
             EXPECT_EQ(PositionOf(parser).line, 2U);
         }
     }
@@ -681,10 +705,12 @@ private:
     Lines* tracedLines;
 };
 
-// Who is bound to one event gets what everybody gets: tags nobody is bound to choose the charset all the same, and a short tag still ends.
+// Who is bound to one event gets what everybody gets: tags nobody is bound to choose the charset
+// all the same, and a short tag still ends.
 TEST(StatelessHTMLParserTest, AnEventDoesNotNeedTheOthers) {
     // The byte C1 is U+00C1 in the ANSI code page, U+0430 in KOI8-R and U+0411 in Windows-1251.
-    const std::string tokens = "\xC1<!d \xC1><p a=\xC1/><br/></p><!--\xC1--><?x a=\xC1?><script a=\xC1>b</script><style a=\xC1>b</style>";
+    const std::string tokens =
+        "\xC1<!d \xC1><p a=\xC1/><br/></p><!--\xC1--><?x a=\xC1?><script a=\xC1>b</script><style a=\xC1>b</style>";
     const std::string document = tokens + "<?xml encoding='koi8-r'?>" + tokens +
                                  "<meta http-equiv=Content-Type content='charset=windows-1251'>" + tokens +
                                  "<META http-equiv=Content-Type content='charset=koi8-r'/>" + tokens;
@@ -722,7 +748,8 @@ TEST(StatelessHTMLParserTest, AStringOrACommentLeavesNothingForTheNextDocument) 
         {"<script>\"\"</script>", "script(|\"\")"},
         {"<script>/*/a*/b</script>", "script(|b)"},
     };
-    for (const std::string unfinished : {"<script>'\\", "<script>\"\\", "<script>'a\\", "<script>/*\\", "<script>/**", "<script>/*a*"}) {
+    for (const std::string unfinished :
+         {"<script>'\\", "<script>\"\\", "<script>'a\\", "<script>/*\\", "<script>/**", "<script>/*a*"}) {
         for (const auto& row : rows) {
             for (const bool ends : {true, false}) {
                 SCOPED_TRACE(unfinished + " and then " + row.script);
@@ -792,21 +819,22 @@ struct Resumption {
     std::string event;
 };
 
-/// The byte that does not fit is not consumed, and everything else stays as it was: what fits goes on behind it.
-TEST(StatelessHTMLParserTest, GoesOnBehindAFailure) {
+/// The byte that does not fit is not consumed, and everything else stays as it was: what fits goes
+/// on after it.
+TEST(StatelessHTMLParserTest, GoesOnAfterAFailure) {
     const Resumption resumptions[] = {
-        {"behind \"<\"", "<=", 703, "a>", "start(a|)"},
-        {"behind \"<!\"", "<!=", 703, "a b>", "entity(a|{b})"},
-        {"behind \"<!-\"", "<!-=", 703, "-a", "comment(a)"},
-        {"behind \"</\"", "</=", 701, "a>", "end(a)"},
-        {"behind \"<?\"", "<?=", 701, "a b=?>", "extern(a|{b=?})"},
-        {"behind a blank", "< =", 701, "a>", "start(a|)"},
-        {"behind the name of an end tag", "</a ", 702, ">", "end(a)"},
-        {"behind an attribute", "<a b?", 702, ">", "start(a|{b=})"},
-        {"behind a slash", "<a b/=", 702, ">", "start(a|{b=})"},
-        {"behind a question mark", "<?a b?=", 702, ">", "extern(a|{b=})"},
+        {"after \"<\"", "<=", 703, "a>", "start(a|)"},
+        {"after \"<!\"", "<!=", 703, "a b>", "entity(a|{b})"},
+        {"after \"<!-\"", "<!-=", 703, "-a", "comment(a)"},
+        {"after \"</\"", "</=", 701, "a>", "end(a)"},
+        {"after \"<?\"", "<?=", 701, "a b=?>", "extern(a|{b=?})"},
+        {"after a blank", "< =", 701, "a>", "start(a|)"},
+        {"after the name of an end tag", "</a ", 702, ">", "end(a)"},
+        {"after an attribute", "<a b?", 702, ">", "start(a|{b=})"},
+        {"after a slash", "<a b/=", 702, ">", "start(a|{b=})"},
+        {"after a question mark", "<?a b?=", 702, ">", "extern(a|{b=})"},
         {"without a question mark", "<?a b>", 702, "?>", "extern(a|{b=})"},
-        {"behind the slash of a declaration", "<!a b /=", 702, ">", "entity(a|{b})"},
+        {"after the slash of a declaration", "<!a b /=", 702, ">", "entity(a|{b})"},
     };
     for (const Resumption& resumption : resumptions) {
         SCOPED_TRACE(resumption.note);
@@ -829,8 +857,10 @@ TEST(StatelessHTMLParserTest, GoesOnBehindAFailure) {
 
 TEST(StatelessHTMLParserTest, NulsEndWhatACallbackSeesExceptInValues) {
     const std::string document("a\0b<p c='d\0e'>", 14);
-    EXPECT_EQ(ParseEvents({document}).trace, (Lines{"start-parsing", "text(a)", "start(p|{c=d\\x00e})", "stop-parsing"}));
-    EXPECT_EQ(ParseEvents({std::string("<!p a\0b>", 9)}).trace, (Lines{"start-parsing", "entity(p|{a\\x00b})", "stop-parsing"}));
+    EXPECT_EQ(ParseEvents({document}).trace,
+              (Lines{"start-parsing", "text(a)", "start(p|{c=d\\x00e})", "stop-parsing"}));
+    EXPECT_EQ(ParseEvents({std::string("<!p a\0b>", 9)}).trace,
+              (Lines{"start-parsing", "entity(p|{a\\x00b})", "stop-parsing"}));
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ using Results = std::vector<std::uint32_t>;
 constexpr std::uint32_t STOPPED = HTML::STATELESS_STOPPED;
 constexpr std::uint32_t OVER = HTML::STATELESS_LIMIT_EXCEEDED;
 
-constexpr std::string_view EVERY_EVENT = "t<a b=c><d/></a><?e f='g'?><!h i><!--j--><script k='l'>m</script><style n='o'>p</style>q<r>s";
+constexpr std::string_view EVERY_EVENT =
+    "t<a b=c><d/></a><?e f='g'?><!h i><!--j--><script k='l'>m</script><style n='o'>p</style>q<r>s";
 
 /// Traces every event, and calls a hook inside its callback.
 class HookedListener : public Trace::EventLineObserver {
@@ -155,9 +156,22 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
         {"with much after the name of its end tag", "<a>", tag, "<style></style        >", "n", true, true},
         {"a script that is open before its end tag", "<a>", tag, "<script>0123456789", "</script", true, true},
         {"a text as content", "<xmp>", {"start-parsing", "start(xmp|)"}, "bcde</b>fghijk", "</xmp>n<o>", true, true},
-        {"one that looks like its end tag", "<xmp>", {"start-parsing", "start(xmp|)"}, "bcde</xm</xmfg", "</xmp >n<o>", true, true},
+        {"one that looks like its end tag",
+         "<xmp>",
+         {"start-parsing", "start(xmp|)"},
+         "bcde</xm</xmfg",
+         "</xmp >n<o>",
+         true,
+         true},
         {"an open one", "<xmp>", {"start-parsing", "start(xmp|)"}, "bcdefghijklm", "</xm", true, true},
-        {"the end tag of a content", "<xmp>b", {"start-parsing", "start(xmp|)", "text(b)"}, "</xmp b=c d >", "n<o>", true, true, 1},
+        {"the end tag of a content",
+         "<xmp>b",
+         {"start-parsing", "start(xmp|)", "text(b)"},
+         "</xmp b=c d >",
+         "n<o>",
+         true,
+         true,
+         1},
         {"of an empty one", "<xmp>", {"start-parsing", "start(xmp|)"}, "</xmp b=c d >", "n<o>", true, true},
         {"plain text", "<plaintext>", {"start-parsing", "start(plaintext|)"}, "b<c></plaintext>", "", true, true},
     };
@@ -172,7 +186,8 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
                 HookedListener listener;
                 StatelessHTMLParser unlimited;
                 StatelessHTMLParser parser;
-                const auto mode = row.scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
+                const auto mode =
+                    row.scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
                 unlimited.SetScriptMode(mode);
                 parser.SetScriptMode(mode);
                 unlimited.Attach(&whole);
@@ -292,7 +307,8 @@ struct Reading {
     std::uint64_t end = 0;
 };
 
-Reading Read(std::string_view document, std::size_t pieceSize, std::uint64_t maxTokenSize, StatelessHTMLParser::ScriptMode scriptMode) {
+Reading Read(std::string_view document, std::size_t pieceSize, std::uint64_t maxTokenSize,
+             StatelessHTMLParser::ScriptMode scriptMode) {
     HookedListener listener;
     StatelessHTMLParser parser;
     parser.Attach(&listener);
@@ -304,8 +320,8 @@ Reading Read(std::string_view document, std::size_t pieceSize, std::uint64_t max
     return {listener.lines, results.back(), end};
 }
 
-// A cut decides about quotes, comments, marks that close a tag, and attributes that are none: only where it changes no event is the
-// document compared.
+// A cut decides about quotes, comments, marks that close a tag, and attributes that are none: only
+// where it changes no event is the document compared.
 TEST(StatelessLimitTest, RandomDocuments) {
     constexpr std::string_view PARTS[] = {"<a", "<b c",     " d=e",      "=f",     ">",        "</g>", "text", " ",
                                           "\n", "<script>", "</script>", "<style", "</style>", "//",   "\\",   "<!h i",

@@ -6,7 +6,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Style sheets, up to "</style>" wherever it stands. Every other "<" is lost. A cut changes nothing about a body.
+// Style sheets, up to "</style>" wherever it stands. Every other "<" is lost. A cut changes nothing
+// about a body.
 
 namespace Kestra::Test {
 namespace {
@@ -29,19 +30,20 @@ std::string Style(const std::string& body) {
 }
 
 /// The start tag, a body on one line, and the end tag. @param columns  of the body
-Place Behind(std::uint64_t columns) {
+Place After(std::uint64_t columns) {
     return Place().Bytes(7 + columns).Bytes(1).Content(7);
 }
 
 Outcome Reports(const std::string& shown, std::uint64_t columns) {
-    return {"style(|" + shown + ")\n", Behind(columns)};
+    return {"style(|" + shown + ")\n", After(columns)};
 }
 
 TEST(StyleTagEventsTest, Pairs) {
     std::vector<EventRow> rows;
     for (const Part& first : PARTS) {
-        rows.emplace_back("one part", Style(first.bytes),
-                          Outcome{"style(|" + first.shown + ")\n", Place().Bytes(7).Skip(first.place).Bytes(1).Content(7)});
+        rows.emplace_back(
+            "one part", Style(first.bytes),
+            Outcome{"style(|" + first.shown + ")\n", Place().Bytes(7).Skip(first.place).Bytes(1).Content(7)});
         for (const Part& second : PARTS) {
             rows.emplace_back("two parts", Style(first.bytes + second.bytes),
                               Outcome{"style(|" + first.shown + second.shown + ")\n",
@@ -65,7 +67,9 @@ TEST(StyleTagEventsTest, Bodies) {
         {"a \"<\" in between leaves them a pair",
          Style("\n<\n"),
          {"style(|\\n\\n)\n", Place().Lines(1, 2).Bytes(1).Bytes(1).Bytes(1).Content(7)}},
-        {"CR and LF are one", Style("a\r\nb"), {"style(|a\\r\\nb)\n", Place().Lines(1, 3).Content(1).Bytes(1).Content(7)}},
+        {"CR and LF are one",
+         Style("a\r\nb"),
+         {"style(|a\\r\\nb)\n", Place().Lines(1, 3).Content(1).Bytes(1).Content(7)}},
     });
 }
 
@@ -74,14 +78,14 @@ TEST(StyleTagEventsTest, EndTags) {
     CheckRows({
         {"in capitals", "<style></STYLE>", {"style(|)\n", place}},
         {"in both cases", "<StYlE></sTyLe>", {"style(|)\n", place}},
-        {"in a string", "<style>'</style>", {"style(|')\n", Behind(2)}},
-        {"in a comment", "<style>/*</style>", {"style(|/*)\n", Behind(4)}},
+        {"in a string", "<style>'</style>", {"style(|')\n", After(2)}},
+        {"in a comment", "<style>/*</style>", {"style(|/*)\n", After(4)}},
         {"with a blank", Style("</style >"), Reports("/style >", 1 + 2 * 8)},
-        {"with a blank in front of the slash", Style("< /style>"), Reports(" /style>", 1 + 2 * 8)},
+        {"with a blank before the slash", Style("< /style>"), Reports(" /style>", 1 + 2 * 8)},
         {"with a letter more", Style("</styles>"), Reports("/styles>", 1 + 2 * 8)},
         {"with a letter less", Style("</styl>"), Reports("/styl>", 1 + 2 * 6)},
         {"of a script", Style("</script>"), Reports("/script>", 1 + 2 * 8)},
-        {"a \"<\" in front of the \"<\" hides it", Style("<</style>"), Reports("</style>", 1 + 2 * 8)},
+        {"a \"<\" before the \"<\" hides it", Style("<</style>"), Reports("</style>", 1 + 2 * 8)},
         {"one that breaks off at another one", Style("</st</style>a"), Reports("/st</style>a", 1 + 2 * 4 + 2 * 7 + 2)},
         {"a start tag inside", Style("<style>"), Reports("style>", 1 + 2 * 6)},
     });
@@ -89,8 +93,10 @@ TEST(StyleTagEventsTest, EndTags) {
 
 TEST(StyleTagEventsTest, StartTags) {
     CheckRows({
-        {"attributes", "<style a b=c>d</style>", {"style({a=}{b=c}|d)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7)}},
-        {"behind a blank", "< style>d</style>", {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)}},
+        {"attributes",
+         "<style a b=c>d</style>",
+         {"style({a=}{b=c}|d)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7)}},
+        {"after a blank", "< style>d</style>", {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)}},
         EventRow("a quoted attribute", "<style a='b'>c</style>'>",
                  {"style({a=b}|c)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7).Content(2)})
             .After("<style a='b'", {"", Place().Bytes(24), 0})
@@ -98,18 +104,23 @@ TEST(StyleTagEventsTest, StartTags) {
         EventRow("a slash at its end changes nothing", "<style/>d</style>",
                  {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)})
             .AfterAndBytewise("<style/", {"style(|>d)\n", Place().Bytes(7).Content(2).Bytes(1).Content(7)}),
-        {"a name that only begins like it", "<styles>d<b>", {"start(styles|)\ntext(d)\nstart(b|)\n", Place().Bytes(8).Content(1).Bytes(3)}},
-        {"a style sheet behind a script",
+        {"a name that only begins like it",
+         "<styles>d<b>",
+         {"start(styles|)\ntext(d)\nstart(b|)\n", Place().Bytes(8).Content(1).Bytes(3)}},
+        {"a style sheet after a script",
          "<script>a</script><style>b</style>",
-         {"script(|a)\nstyle(|b)\n", Place().Bytes(8).Content(1).Bytes(1).Content(8).Bytes(7).Content(1).Bytes(1).Content(7)}},
-        {"a script behind a style sheet",
+         {"script(|a)\nstyle(|b)\n",
+          Place().Bytes(8).Content(1).Bytes(1).Content(8).Bytes(7).Content(1).Bytes(1).Content(7)}},
+        {"a script after a style sheet",
          "<style>a</style><script>b</script>",
-         {"style(|a)\nscript(|b)\n", Behind(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
+         {"style(|a)\nscript(|b)\n", After(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
         {"its attributes are its own",
          "<style a>b</style><style>c</style>",
-         {"style({a=}|b)\nstyle(|c)\n", Behind(4).Bytes(7).Content(1).Bytes(1).Content(7)}},
-        {"a text behind it begins anew", "<style>a</style>b<c>", {"style(|a)\ntext(b)\nstart(c|)\n", Behind(2).Content(1).Bytes(3)}},
-        {"a text in front of it is not part of it",
+         {"style({a=}|b)\nstyle(|c)\n", After(4).Bytes(7).Content(1).Bytes(1).Content(7)}},
+        {"a text after it begins anew",
+         "<style>a</style>b<c>",
+         {"style(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
+        {"a text before it is not part of it",
          "b<style>a</style>",
          {"text(b)\nstyle(|a)\n", Place().Content(1).Bytes(7).Content(1).Bytes(1).Content(7)}},
     });
@@ -121,7 +132,7 @@ TEST(StyleTagEventsTest, NotOver) {
         {"a rule", "<style>a", {"", Place().Bytes(7).Content(1), 16}},
         {"\"<\"", "<style><", {"", Place().Bytes(8), 16}},
         {"an end tag", "<style></style", {"", Place().Bytes(8).Content(6), 16}},
-        {"a \"<\" in front of the end tag", "<style><</style>", {"", Place().Bytes(8).Content(8), 16}},
+        {"a \"<\" before the end tag", "<style><</style>", {"", Place().Bytes(8).Content(8), 16}},
         {"a slash that completes the start tag", "<style/", {"", Place().Bytes(7)}},
     });
 }

@@ -5,7 +5,7 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// The items of a declaration: at least one, up to "/" or ">" behind an item.
+// The items of a declaration: at least one, up to "/" or ">" after an item.
 
 namespace Kestra::Test {
 namespace {
@@ -24,8 +24,9 @@ const Token TOKENS[] = {
     {"\"v\"", "{v}", "v", '"'},
 };
 
-/// Two items. White space that ends a piece in front of the ">" makes one more item, without anything.
-EventRow MakePair(const Token& first, const White& white, const std::string& whiteShown, const Token& second, const std::string& end) {
+/// Two items. White space that ends a piece before the ">" makes one more item, without anything.
+EventRow MakePair(const Token& first, const White& white, const std::string& whiteShown, const Token& second,
+                  const std::string& end) {
     const std::string before = "<!d " + first.bytes;
     const std::string list = before + std::string(white.bytes) + second.bytes;
     const std::string input = list + end;
@@ -67,14 +68,16 @@ TEST(TokensEventsTest, BetweenWhiteSpaceWhoseLinesCount) {
     std::vector<EventRow> rows;
     for (const White& white : WHITES) {
         const std::string blanks(white.bytes);
-        rows.emplace_back("between items", "<!d a" + blanks + "b>", Outcome{"entity(d|{a}{b})\n", Place().Bytes(5).Skip(white).Bytes(2)});
-        rows.emplace_back("in front of nothing", "<!d" + blanks + ">", Outcome{"entity(d|{})\n", Place().Bytes(3).Skip(white).Bytes(1)});
-        // Wherever the white space behind an item is cut.
+        rows.emplace_back("between items", "<!d a" + blanks + "b>",
+                          Outcome{"entity(d|{a}{b})\n", Place().Bytes(5).Skip(white).Bytes(2)});
+        rows.emplace_back("before nothing", "<!d" + blanks + ">",
+                          Outcome{"entity(d|{})\n", Place().Bytes(3).Skip(white).Bytes(1)});
+        // Wherever the white space after an item is cut.
         const Place place = Place().Bytes(5).Skip(white).Bytes(1);
-        EventRow behind("behind the last item", "<!d a" + blanks + ">", {"entity(d|{a})\n", place});
+        EventRow after("after the last item", "<!d a" + blanks + ">", {"entity(d|{a})\n", place});
         for (std::size_t length = 1; length <= blanks.size(); ++length)
-            behind.AfterAndBytewise("<!d a" + blanks.substr(0, length), {"entity(d|{a}{})\n", place});
-        rows.push_back(behind);
+            after.AfterAndBytewise("<!d a" + blanks.substr(0, length), {"entity(d|{a}{})\n", place});
+        rows.push_back(after);
     }
     CheckRows(rows);
 }
@@ -87,7 +90,8 @@ struct End {
 
 /// How a declaration with one item ends.
 TEST(TokensEventsTest, EachEnd) {
-    const End ends[] = {{"", {"", 0, 0}, true}, {" ", {"", 0, 1}, true}, {"\t ", {"", 0, 2}, true}, {"\n", {"", 1, 1}, true}};
+    const End ends[] = {
+        {"", {"", 0, 0}, true}, {" ", {"", 0, 1}, true}, {"\t ", {"", 0, 2}, true}, {"\n", {"", 1, 1}, true}};
     std::vector<EventRow> rows;
     for (const Token& token : TOKENS) {
         for (const End& end : ends) {
@@ -95,7 +99,8 @@ TEST(TokensEventsTest, EachEnd) {
             const std::string input = list + end.white + "/>";
             const Place place = Place().Bytes(list.size()).Skip(end.place).Bytes(2);
             if (token.quote == 0 && end.white.empty()) {
-                rows.emplace_back("the item takes the slash", input, Outcome{"entity(d|{" + token.value + "/})\n", place});
+                rows.emplace_back("the item takes the slash", input,
+                                  Outcome{"entity(d|{" + token.value + "/})\n", place});
                 continue;
             }
             EventRow row("a slash and \">\"", input, {"entity(d|" + token.shown + ")\n", place});
@@ -114,8 +119,8 @@ TEST(TokensEventsTest, EachEnd) {
 TEST(TokensEventsTest, OfAnyKind) {
     CheckRows({
         {"none", "<!d>", {"entity(d|{})\n", {1, 5}}},
-        {"a slash in front of all is an item", "<!d/>", {"entity(d|{/})\n", {1, 6}}},
-        {"so it is behind white space", "<!d />", {"entity(d|{/})\n", {1, 7}}},
+        {"a slash before all is an item", "<!d/>", {"entity(d|{/})\n", {1, 6}}},
+        {"so it is after white space", "<!d />", {"entity(d|{/})\n", {1, 7}}},
         {"a path", "<!d /x>", {"entity(d|{/x})\n", {1, 8}}},
         {"punctuation", "<!d ? % = &>", {"entity(d|{?}{%}{=}{&})\n", {1, 13}}},
         {"an assignment", "<!d a=b>", {"entity(d|{a=b})\n", {1, 9}}},
@@ -124,11 +129,14 @@ TEST(TokensEventsTest, OfAnyKind) {
         {"a bracket is an item like any other", "<!d [ <!e>", {"entity(d|{[}{<!e})\n", {1, 11}}},
         {"and what follows is text", "<!d [ <!e> ]>", {"entity(d|{[}{<!e})\n", Place().Bytes(10).Content(3)}},
         {"twelve items", "<!d a b c d e f g h i j k l>", {"entity(d|{a}{b}{c}{d}{e}{f}{g}{h}{i}{j}{k}{l})\n", {1, 29}}},
-        EventRow("nothing between quotes", "<!d ''>", {"entity(d|{})\n", {1, 8}}).AfterAndBytewise("<!d ''", {"", {1, 8}, 16}),
-        EventRow("an item behind a quote", "<!d 'a'b>", {"entity(d|{a}{b})\n", {1, 10}}).AfterAndBytewise("<!d 'a'", {"", {1, 10}, 16}),
+        EventRow("nothing between quotes", "<!d ''>", {"entity(d|{})\n", {1, 8}})
+            .AfterAndBytewise("<!d ''", {"", {1, 8}, 16}),
+        EventRow("an item after a quote", "<!d 'a'b>", {"entity(d|{a}{b})\n", {1, 10}})
+            .AfterAndBytewise("<!d 'a'", {"", {1, 10}, 16}),
         EventRow("quotes of the other kind inside", "<!d '\"' t>", {"entity(d|{\"}{t})\n", {1, 11}})
             .AfterAndBytewise("<!d '\"'", {"", {1, 11}, 16}),
-        EventRow("a public identifier", "<!DOCTYPE html PUBLIC \"x\">", {"entity(DOCTYPE|{html}{PUBLIC}{x})\n", {1, 27}})
+        EventRow("a public identifier", "<!DOCTYPE html PUBLIC \"x\">",
+                 {"entity(DOCTYPE|{html}{PUBLIC}{x})\n", {1, 27}})
             .AfterAndBytewise("<!DOCTYPE html PUBLIC \"x\"", {"", {1, 27}, 16}),
         EventRow("two line breaks at the end", "<!d a\n\n>", {"entity(d|{a})\n", {2, 2}})
             .AfterAndBytewise("<!d a\n", {"entity(d|{a}{})\n", {2, 2}})
@@ -138,15 +146,15 @@ TEST(TokensEventsTest, OfAnyKind) {
 
 TEST(TokensEventsTest, NotOver) {
     CheckRows({
-        {"in front of the items", "<!d ", {"", {1, 5}, 16}},
+        {"before the items", "<!d ", {"", {1, 5}, 16}},
         {"in an item", "<!d ab", {"", {1, 7}, 16}},
-        {"behind an item", "<!d ab ", {"", {1, 8}, 16}},
+        {"after an item", "<!d ab ", {"", {1, 8}, 16}},
         {"in quotes", "<!d 'ab>", {"", {1, 9}, 16}},
-        {"behind quotes", "<!d 'ab'", {"", {1, 9}, 16}},
-        {"behind a line break", "<!d ab\r", {"", {2, 1}, 16}},
+        {"after quotes", "<!d 'ab'", {"", {1, 9}, 16}},
+        {"after a line break", "<!d ab\r", {"", {2, 1}, 16}},
         EventRow("a slash is the end, unless a cut makes an item of it", "<!d a /", {"entity(d|{a})\n", {1, 8}})
             .AfterAndBytewise("<!d a ", {"", {1, 8}, 16}),
-        EventRow("a slash behind a quote is the end", "<!d 'a'/", {"entity(d|{a})\n", {1, 9}})
+        EventRow("a slash after a quote is the end", "<!d 'a'/", {"entity(d|{a})\n", {1, 9}})
             .AfterAndBytewise("<!d 'a'", {"", {1, 9}, 16}),
     });
 }

@@ -5,7 +5,8 @@
 
 #include "tests/html/stateless/EventRows.h"
 
-// Values of attributes, and items of declarations: quoted, without escapes, or up to white space or ">".
+// Values of attributes, and items of declarations: quoted, without escapes, or up to white space or
+// ">".
 
 namespace Kestra::Test {
 namespace {
@@ -47,13 +48,13 @@ std::vector<Content> Contents() {
     };
 }
 
-/// Where a value stands, with a name behind it.
+/// Where a value stands, with a name after it.
 struct Setting {
     const char* note;
     std::string before;
-    std::string behind;
+    std::string after;
     std::string eventBefore;
-    std::string eventBehind;
+    std::string eventAfter;
 };
 
 const Setting SETTINGS[] = {
@@ -70,11 +71,12 @@ TEST(ValueEventsTest, Quoted) {
                 if (content.bytes.find(quote) != std::string::npos)
                     continue;
                 const std::string before = setting.before + quote + content.bytes + quote;
-                const std::string input = before + setting.behind;
+                const std::string input = before + setting.after;
                 // Line breaks inside quotes are columns.
                 const Place place = Place().Bytes(input.size());
-                rows.push_back(EventRow(setting.note, input, {setting.eventBefore + content.shown + setting.eventBehind, place})
-                                   .AfterAndBytewise(before, {"", place, 16}));  // the rest belongs to the value
+                rows.push_back(
+                    EventRow(setting.note, input, {setting.eventBefore + content.shown + setting.eventAfter, place})
+                        .AfterAndBytewise(before, {"", place, 16}));  // the rest belongs to the value
             }
         }
     }
@@ -85,12 +87,13 @@ TEST(ValueEventsTest, Unquoted) {
     std::vector<EventRow> rows;
     for (const Setting& setting : SETTINGS) {
         for (const Content& content : Contents()) {
-            if (content.bytes.find_first_of(" \t\r\n>") != std::string::npos || content.bytes.find_first_of("'\"") == 0 ||
-                content.bytes.empty())
+            if (content.bytes.find_first_of(" \t\r\n>") != std::string::npos ||
+                content.bytes.find_first_of("'\"") == 0 || content.bytes.empty())
                 continue;
-            const std::string input = setting.before + content.bytes + setting.behind;
-            rows.emplace_back(setting.note, input,
-                              Outcome{setting.eventBefore + content.shown + setting.eventBehind, Place().Bytes(input.size())});
+            const std::string input = setting.before + content.bytes + setting.after;
+            rows.emplace_back(
+                setting.note, input,
+                Outcome{setting.eventBefore + content.shown + setting.eventAfter, Place().Bytes(input.size())});
         }
     }
     const std::vector<EventRow> byHand = {
@@ -98,7 +101,7 @@ TEST(ValueEventsTest, Unquoted) {
         {"\"/\" does not", "<p a=1/>", {"start(p|{a=1/})\n", {1, 9}}},
         {"\"?\" does not", "<p a=1?>", {"start(p|{a=1?})\n", {1, 9}}},
         {"quotes inside", "<p a=b'c\"d'>", {"start(p|{a=b'c\"d'})\n", {1, 13}}},
-        {"nothing in front of \">\"", "<p a=>", {"start(p|{a=})\n", {1, 7}}},
+        {"nothing before \">\"", "<p a=>", {"start(p|{a=})\n", {1, 7}}},
         {"white space and nothing", "<p a= >", {"start(p|{a=})\n", {1, 8}}},
         {"a line break and nothing", "<p a=\n>", {"start(p|{a=})\n", {2, 2}}},
         {"what follows white space is the value", "<p a= b>", {"start(p|{a=b})\n", {1, 9}}},
@@ -114,13 +117,14 @@ TEST(ValueEventsTest, Unquoted) {
     CheckRows(rows);
 }
 
-TEST(ValueEventsTest, BehindWhiteSpaceWhoseLinesCount) {
+TEST(ValueEventsTest, AfterWhiteSpaceWhoseLinesCount) {
     std::vector<EventRow> rows;
     for (const White& white : WHITES) {
         const std::string blanks(white.bytes);
         rows.emplace_back("an attribute", "<p a=" + blanks + "v b>",
                           Outcome{"start(p|{a=v}{b=})\n", Place().Bytes(5).Skip(white).Bytes(4)});
-        rows.emplace_back("an item", "<!p" + blanks + "v b>", Outcome{"entity(p|{v}{b})\n", Place().Bytes(3).Skip(white).Bytes(4)});
+        rows.emplace_back("an item", "<!p" + blanks + "v b>",
+                          Outcome{"entity(p|{v}{b})\n", Place().Bytes(3).Skip(white).Bytes(4)});
         const Place quoted = Place().Bytes(5).Skip(white).Bytes(6);
         rows.push_back(EventRow("a quoted value", "<p a=" + blanks + "'v' b>", {"start(p|{a=v}{b=})\n", quoted})
                            .AfterAndBytewise("<p a=" + blanks + "'v'", {"", quoted, 16}));
@@ -128,12 +132,13 @@ TEST(ValueEventsTest, BehindWhiteSpaceWhoseLinesCount) {
     CheckRows(rows);
 }
 
-TEST(ValueEventsTest, RunsOnBehindAQuoteThatEndsThePiece) {
+TEST(ValueEventsTest, RunsOnAfterAQuoteThatEndsThePiece) {
     CheckRows({
         EventRow("up to the next quote", "<p a='1'>x'>", {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
             .After("<p a='1'", {"start(p|{a=1>x})\n", {1, 13}})
             .Bytewise({"", {1, 13}, 16}),
-        EventRow("up to the next quote of its kind", "<p a=\"1\">'\">", {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
+        EventRow("up to the next quote of its kind", "<p a=\"1\">'\">",
+                 {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
             .After("<p a=\"1\"", {"start(p|{a=1>'})\n", {1, 13}})
             .Bytewise({"", {1, 13}, 16}),
         EventRow("in an instruction", "<?p a='1'?>x' ?>", {"extern(p|{a=1})\n", Place().Bytes(11).Content(5)})
@@ -155,7 +160,7 @@ TEST(ValueEventsTest, RunsOnBehindAQuoteThatEndsThePiece) {
             .After("<a b='\"'", {"start(a|{b=\" c=\"})\n", {1, 16}})
             .After("<a b='\"' c=\"'\"", {"", {1, 16}, 16})
             .Bytewise({"", {1, 16}, 16}),
-        EventRow("a name right behind the quote", "<a b='1'c>", {"start(a|{b=1}{c=})\n", {1, 11}})
+        EventRow("a name right after the quote", "<a b='1'c>", {"start(a|{b=1}{c=})\n", {1, 11}})
             .AfterAndBytewise("<a b='1'", {"", {1, 11}, 16}),
     });
 }
@@ -163,12 +168,12 @@ TEST(ValueEventsTest, RunsOnBehindAQuoteThatEndsThePiece) {
 TEST(ValueEventsTest, NotOver) {
     CheckRows({
         {"without a closing quote", "<p a='v", {"", {1, 8}, 16}},
-        {"without anything behind the opening quote", "<p a='", {"", {1, 7}, 16}},
-        {"without anything behind the closing quote", "<p a='v'", {"", {1, 9}, 16}},
-        {"a backslash in front of the quote means nothing", "<p a='\\'", {"", {1, 9}, 16}},
+        {"without anything after the opening quote", "<p a='", {"", {1, 7}, 16}},
+        {"without anything after the closing quote", "<p a='v'", {"", {1, 9}, 16}},
+        {"a backslash before the quote means nothing", "<p a='\\'", {"", {1, 9}, 16}},
         {"unquoted", "<p a=v", {"", {1, 7}, 16}},
         {"not begun", "<p a=", {"", {1, 6}, 16}},
-        {"not begun, behind white space", "<p a=\n", {"", {2, 1}, 16}},
+        {"not begun, after white space", "<p a=\n", {"", {2, 1}, 16}},
         {"an item without a closing quote", "<!p \"v>", {"", {1, 8}, 16}},
         {"an item that is unquoted", "<!p v", {"", {1, 6}, 16}},
         {"the quote of another kind", "<p a='v\">", {"", {1, 10}, 16}},

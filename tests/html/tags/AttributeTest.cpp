@@ -33,14 +33,14 @@ TYPED_TEST(AttributeTest, Attributes) {
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a quoted value ends the attribute behind its quote", " a='x'b", "19 { |a|=|'x'} rest(b)"},
+        {"a quoted value ends the attribute after its quote", " a='x'b", "19 { |a|=|'x'} rest(b)"},
         {"a value in quotation marks", " a=\"x\" b", "19 { |a|=|\"x\"} rest( b)"},
-        {"a bare value ends the attribute in front of white space", " a=x b", "19 { |a|=|x} rest( b)"},
-        {"a bare value ends the attribute in front of \">\"", "a=x>", "19 {|a|=|x} rest(>)"},
-        {"a bare value ends the attribute in front of \"<\"", "a=x<b", "19 {|a|=|x} rest(<b)"},
+        {"a bare value ends the attribute before white space", " a=x b", "19 { |a|=|x} rest( b)"},
+        {"a bare value ends the attribute before \">\"", "a=x>", "19 {|a|=|x} rest(>)"},
+        {"a bare value ends the attribute before \"<\"", "a=x<b", "19 {|a|=|x} rest(<b)"},
         {"white space around \"=\" is kept", "\ta \n=\r\n 'x'", "19 {\\t|a| \\n=\\r\\n |'x'}"},
         {"without \"=\" there is no value", "a>", "19 {|a|} rest(>)"},
-        {"without \"=\" the white space behind the name is kept", " a \nb", "19 { |a| \\n} rest(b)"},
+        {"without \"=\" the white space after the name is kept", " a \nb", "19 { |a| \\n} rest(b)"},
         {"without \"=\" a quote begins the next attribute", "a 'x'", "19 {|a| } rest('x')"},
         {"a \"/\" belongs to the name", "/>", "19 {|/|} rest(>)"},
         {"a \"/\" belongs to a bare value", "a=x/>", "19 {|a|=|x/} rest(>)"},
@@ -49,20 +49,20 @@ TYPED_TEST(AttributeTest, Attributes) {
         {"a name may be empty: \"=\" comes first", "=x>", "19 {||=|x} rest(>)"},
         {"a second \"=\" belongs to the value", "a==x>", "19 {|a|=|=x} rest(>)"},
         {"\"=\" alone has an empty value", "=>", "19 {||=|} rest(>)"},
-        {"an empty value behind a name", "a=>", "19 {|a|=|} rest(>)"},
-        {"an empty value behind white space", "a= \n>", "19 {|a|= \\n|} rest(>)"},
-        {"an empty value in front of \"<\"", "a=<b", "19 {|a|=|} rest(<b)"},
+        {"an empty value after a name", "a=>", "19 {|a|=|} rest(>)"},
+        {"an empty value after white space", "a= \n>", "19 {|a|= \\n|} rest(>)"},
+        {"an empty value before \"<\"", "a=<b", "19 {|a|=|} rest(<b)"},
         {"an empty quoted value", "a=''>", "19 {|a|=|''} rest(>)"},
         {"white space alone is a prefix without a name", " \t>", "19 { \\t||} rest(>)"},
-        {"nothing at all in front of \">\"", ">", "19 {||} rest(>)"},
+        {"nothing at all before \">\"", ">", "19 {||} rest(>)"},
         {"a backslash escapes nothing", "a='\\'b", "19 {|a|=|'\\\\'} rest(b)"},
         {"case is kept", "aB=Cd ", "19 {|aB|=|Cd} rest( )"},
         {"NUL and ESC belong to a name", "\0\033=x "sv, "19 {|\\x00\\x1B|=|x} rest( )"},
         {"characters from 128 up", "\xE4=\xF6 ", "19 {|\\xE4|=|\\xF6} rest( )"},
         {"the input ends in the white space", " ", "end 19"},
         {"the input ends in the name", " a", "end 19"},
-        {"the input ends behind the name", " a ", "end 19"},
-        {"the input ends behind \"=\"", " a =", "end 19"},
+        {"the input ends after the name", " a ", "end 19"},
+        {"the input ends after \"=\"", " a =", "end 19"},
         {"the input ends in a bare value", " a=x", "end 19"},
         {"the input ends in a quoted value", " a='x", "end 19"},
         {"the input ends at once", "", "end 19 {||}"},
@@ -79,7 +79,8 @@ TYPED_TEST(AttributeTest, EscapeRuns) {
                                                "19 { |a|= |\"\\x1B$B\"} rest(\\x1B(B\"b)");
     CheckRow<AttributeSimpleParser, TypeParam>("a value in apostrophes has no runs", "a='\033$B'\033(B'",
                                                "19 {|a|=|'\\x1B$B'} rest(\\x1B(B')", on);
-    CheckRow<AttributeSimpleParser, TypeParam>("a name has no runs", "\033$B=\033(B ", "19 {|\\x1B$B|=|\\x1B(B} rest( )", on);
+    CheckRow<AttributeSimpleParser, TypeParam>("a name has no runs", "\033$B=\033(B ",
+                                               "19 {|\\x1B$B|=|\\x1B(B} rest( )", on);
     CheckRow<AttributeSimpleParser, TypeParam>("the input ends inside the run", "a=\"\033$B\"", "end 19", on);
 }
 
@@ -90,8 +91,10 @@ TYPED_TEST(AttributeTest, AnOwnerMayGoOnAtTheName) {
         data->state = 1;
     };
     CheckRow<AttributeSimpleParser, TypeParam>("the preset prefix stays", "b=1 ", "19 { \\n|b|=|1} rest( )", prepare);
-    CheckRow<AttributeSimpleParser, TypeParam>("the name is an attribute name", "b<[c] d", "19 { \\n|b<[c]| } rest(d)", prepare);
-    CheckRow<AttributeSimpleParser, TypeParam>("white space ends the name at once", " b", "19 { \\n|| } rest(b)", prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("the name is an attribute name", "b<[c] d", "19 { \\n|b<[c]| } rest(d)",
+                                               prepare);
+    CheckRow<AttributeSimpleParser, TypeParam>("white space ends the name at once", " b", "19 { \\n|| } rest(b)",
+                                               prepare);
     CheckRow<AttributeSimpleParser, TypeParam>("there may be no name", ">", "19 { \\n||} rest(>)", prepare);
 }
 
@@ -204,31 +207,6 @@ TYPED_TEST(AttributeTest, WithoutAnEqualsSignTheFlagIsCleared) {
 
 TYPED_TEST(AttributeTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
-}
-
-TYPED_TEST(AttributeTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.hasValue, 0U);
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 4;
-    data.hasValue = 1;
-    data.prefix = data.name = data.beforeEquals = data.afterEquals = data.value = To<S>("left over");
-    data.quote = 2;
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.hasValue, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.beforeEquals.empty());
-    EXPECT_TRUE(data.afterEquals.empty());
-    EXPECT_TRUE(data.value.empty());
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
 }
 
 TEST(AttributeTest, OnlyWideWhiteSpaceReachesBeyondAscii) {

@@ -19,7 +19,8 @@ constexpr std::string_view NAME_STOPS = "\t\n\v\f\r =[]<>";
 constexpr std::string_view ATTRIBUTE_NAME_STOPS = "\t\n\v\f\r =>";
 constexpr std::string_view VALUE_STOPS = "\t\n\v\f\r <>";
 
-/// A second opinion on "<!" and "<?": reads the whole input with plain searches. An outcome other than 19 has no record.
+/// A second opinion on "<!" and "<?": reads the whole input with plain searches. An outcome other
+/// than 19 has no record.
 class DeclarationModel {
 public:
     DeclarationModel(std::string_view wholeInput, bool allowRuns) : input(wholeInput), iso2022(allowRuns) {}
@@ -74,7 +75,7 @@ private:
         return !AtEnd();
     }
 
-    /// From the opening quote to behind the closing one. False when the input ends first.
+    /// From the opening quote to after the closing one. False when the input ends first.
     bool ReadQuoted(bool runs, bool escapes, std::string* content) {
         const char quote = input[place++];
         for (bool escaped = false; !AtEnd();) {
@@ -108,13 +109,13 @@ private:
             ++place;
             if (character == '>')
                 return "19 extern(" + Target() + "|) free(" + Trace::Escape(text) + ")" + Rest();
-            const std::string_view behind = input.substr(place);
-            if (character != '/' || !(behind.starts_with('/') || behind.starts_with('*')))
+            const std::string_view after = input.substr(place);
+            if (character != '/' || !(after.starts_with('/') || after.starts_with('*')))
                 continue;
             // A block comment ends at the first "*", be it followed by "/" or not.
-            text += behind[0];
+            text += after[0];
             ++place;
-            const char last = behind[0] == '/' ? '\n' : '*';
+            const char last = after[0] == '/' ? '\n' : '*';
             text += ModelRun(input, &place, std::string_view(&last, 1));
             if (AtEnd())
                 return "end 16";
@@ -137,7 +138,8 @@ private:
             if (input[place] != '>')
                 return Fail();
             ++place;
-            return "19 extern(" + Target() + attributes + "|" + Trace::Escape(suffix) + (slash ? ", slash)" : ")") + Rest();
+            return "19 extern(" + Target() + attributes + "|" + Trace::Escape(suffix) + (slash ? ", slash)" : ")") +
+                   Rest();
         };
         for (;;) {
             if (!afterName)
@@ -149,10 +151,10 @@ private:
             afterName = input[place] != '=';
             if (!afterName) {
                 ++place;
-                const std::string behind(ModelSpaces(input, &place));
+                const std::string after(ModelSpaces(input, &place));
                 if (AtEnd())
                     return "end 16";
-                const std::string begin = "|" + Trace::Escape(spaces) + "=" + Trace::Escape(behind) + "|";
+                const std::string begin = "|" + Trace::Escape(spaces) + "=" + Trace::Escape(after) + "|";
                 std::string value;
                 if (input[place] == '\'' || input[place] == '"') {
                     const std::string mark(1, input[place]);
@@ -174,7 +176,7 @@ private:
                 append(attribute, begin + Trace::Escape(value));
                 if (closing)
                     return finish("", false);
-                // Behind a bare value the next attribute has no runs.
+                // After a bare value the next attribute has no runs.
                 runs = iso2022 && value.empty();
                 continue;
             }
@@ -255,8 +257,8 @@ protected:
 TYPED_TEST_SUITE(DeclarationModelTest, Flavours);
 
 TYPED_TEST(DeclarationModelTest, RandomDeclarations) {
-    RandomInput random(31,
-                       {"D", "a", " ", " ", "\n", "=", "/", "[", "]", "-", "'", "'b'", "\"", "\"c\"", "''", "<", "\\", "\033$B", "\033(B"});
+    RandomInput random(31, {"D", "a", " ", " ", "\n", "=", "/", "[", "]", "-", "'", "'b'", "\"", "\"c\"", "''", "<",
+                            "\\", "\033$B", "\033(B"});
     for (int round = 0; round < ROUNDS; ++round) {
         const std::string input = random.Next(12) + (random.Flip() ? ">x" : "");
         ASSERT_NO_FATAL_FAILURE(this->CheckEntity(input, random.Flip(), &random));
@@ -265,8 +267,9 @@ TYPED_TEST(DeclarationModelTest, RandomDeclarations) {
 }
 
 TYPED_TEST(DeclarationModelTest, RandomXmlDeclarations) {
-    RandomInput random(32, {"a", "b", " ",      " ",      "\n",           "=", "=", "?", "?", "/", "/", "'b'", "\"c\"", "'", "\"", "=d",
-                            "<", "[", "\033$B", "\033(B", " e=\"\033$B\""});
+    RandomInput random(32, {"a",  "b",  " ", " ", "\n",     "=",      "=",
+                            "?",  "?",  "/", "/", "'b'",    "\"c\"",  "'",
+                            "\"", "=d", "<", "[", "\033$B", "\033(B", " e=\"\033$B\""});
     constexpr std::string_view TARGETS[] = {"xml", "xml ", " XML ", "xml-a ", "Xml:"};
     for (int round = 0; round < 2 * ROUNDS; ++round) {
         const std::string target(TARGETS[random.Below(std::size(TARGETS))]);

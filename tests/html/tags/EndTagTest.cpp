@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "html/tags/EndTagSimpleParser.h"
+#include "tests/html/tags/EndTagRows.h"
 #include "tests/support/Flavours.h"
 #include "tests/support/RecognizerCheck.h"
 
@@ -21,117 +22,34 @@ using Parser = EndTagSimpleParser<typename Flavour::C, typename Flavour::S>;
 template <typename Flavour>
 using Data = EndTagSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind the "</", and what becomes of it.
-struct Case {
-    const char* note;
-    std::string_view input;
-    std::string_view expected;
-};
-
 template <typename Flavour>
 class EndTagTest : public testing::Test {};
 
 TYPED_TEST_SUITE(EndTagTest, Flavours);
 
 TYPED_TEST(EndTagTest, Names) {
-    const Case CASES[] = {
-        {"an end tag is its name", "div>", "19 end(|div|||)"},
-        {"the rest of the piece is left", "div>x<", "19 end(|div|||) rest(x<)"},
-        {"white space on both sides of the name", " div >", "19 end( |div| ||)"},
-        {"any white space", "\n\tdiv\r\n>", "19 end(\\n\\t|div|\\r\\n||)"},
-        {"case is kept", "DiV>", "19 end(|DiV|||)"},
-        {"a \"<\" ends the tag and is left", "div<", "19 end(|div|||, open) rest(<)"},
-        {"a \"<\" behind white space ends the tag and is left", "div \n<b>", "19 end(|div| \\n||, open) rest(<b>)"},
-        {"a \"<\" at once ends the tag and is left", "<", "19 end(||||, open) rest(<)"},
-        {"a \"<\" behind the prefix ends the tag and is left", " <", "19 end( ||||, open) rest(<)"},
-        {"a name may be empty", ">", "19 end(||||)"},
-        {"an empty name behind a prefix", " >", "19 end( ||||)"},
-        {"a \"/\" belongs to the name", "div/>", "19 end(|div/|||)"},
-        {"the name is not checked", "/!'\"&;>", "19 end(|/!'\"&;|||)"},
-        {"a NUL belongs to the name", "a\0b>"sv, "19 end(|a\\x00b|||)"},
-        {"characters from 128 up belong to the name", "\x80\xBC>", "19 end(|\\x80\\xBC|||)"},
-    };
-    for (const Case& c : CASES)
+    for (const TagRow& c : END_TAG_NAMES)
         CheckRow<EndTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
 }
 
 TYPED_TEST(EndTagTest, Attributes) {
-    const Case CASES[] = {
-        {"one attribute; the white space in front of it is that behind the name", "div class=x>", "19 end(|div| |{|class|=|x}|)"},
-        {"attributes of every kind", "div a b='c' d = \"e\" >", "19 end(|div| |{|a}{ |b|=|'c'}{ |d| = |\"e\"}| )"},
-        {"an attribute without a value", "div a>", "19 end(|div| |{|a}|)"},
-        {"white space behind an attribute without a value is the suffix", "div a \n>", "19 end(|div| |{|a}| \\n)"},
-        {"white space behind a value is the suffix", "div a=b >", "19 end(|div| |{|a|=|b}| )"},
-        {"\"=\" ends the name and begins an attribute", "div=x>", "19 end(|div||{||=|x}|)"},
-        {"\"[\" ends the name and begins an attribute", "div[x]>", "19 end(|div||{|[x]}|)"},
-        {"a \"<\" behind an attribute's name belongs to it", "div a<b>", "19 end(|div| |{|a<b}|)"},
-        {"an empty value", "div a=>", "19 end(|div| |{|a|=|}|)"},
-        {"an empty value in front of \"<\"", "div a=<b=c>", "19 end(|div| |{|a|=|}{|<b|=|c}|)"},
-        {"an attribute without a name", "div =x>", "19 end(|div| |{||=|x}|)"},
-        {"bare words are folded into the value before them", "div a=b c 'd'>", "19 end(|div| |{|a|=|b c 'd'}|)"},
-        {"bare words behind a quoted value", "div a='b' c>", "19 end(|div| |{|a|=|'b' c}|)"},
-        {"a \"<\" behind a value", "div a=b<c>", "19 end(|div| |{|a|=|b<c}|)"},
-    };
-    for (const Case& c : CASES)
+    for (const TagRow& c : END_TAG_ATTRIBUTES)
         CheckRow<EndTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
 }
 
 TYPED_TEST(EndTagTest, Slashes) {
-    const Case CASES[] = {
-        {"a \"/\" behind white space stands before the close", "div />", "19 end(|div| ||, slash)"},
-        {"a \"/\" behind an attribute", "div a />", "19 end(|div| |{|a}| , slash)"},
-        {"a \"/\" at the end of an attribute", "div a/>", "19 end(|div| |{|a}|, slash)"},
-        {"a \"/\" at the end of a bare value", "div a=x/>", "19 end(|div| |{|a|=|x}|, slash)"},
-        {"a \"/\" behind a bare value", "div a=x />", "19 end(|div| |{|a|=|x}| , slash)"},
-        {"a \"/\" directly behind a quoted value", "div a='x'/>", "19 end(|div| |{|a|=|'x'}|, slash)"},
-        {"the last of two slashes stands before the close", "div //>", "19 end(|div| |{|/}|, slash)"},
-        {"the last of two slashes of a value", "div a=x//>", "19 end(|div| |{|a|=|x/}|, slash)"},
-        {"a \"/\" in front of white space belongs to the value", "div a=x/ b=y>", "19 end(|div| |{|a|=|x/}{ |b|=|y}|)"},
-        {"a \"/\" in front of \"<\" belongs to the value", "div a=x/<b=y>", "19 end(|div| |{|a|=|x/}{|<b|=|y}|)"},
-        {"bare words in front of the \"/\" are folded", "div a=b c/>", "19 end(|div| |{|a|=|b c}|, slash)"},
-        {"behind the \"=\" of a name", "div=x/>", "19 end(|div||{||=|x}|, slash)"},
-    };
-    for (const Case& c : CASES)
+    for (const TagRow& c : END_TAG_SLASHES)
         CheckRow<EndTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
 }
 
 TYPED_TEST(EndTagTest, Failures) {
-    const Case CASES[] = {
-        {"a \"/\" with white space before \">\"", "div / >", "11 rest(>)"},
-        {"a \"/\" with white space before an attribute", "div / a>", "11 rest(a>)"},
-        {"a \"/\" with white space before \"/\"", "div / />", "11 rest(/>)"},
-        {"a \"/\" at the end of an attribute with white space before \">\"", "div a/ >", "11 rest(>)"},
-        {"a \"/\" behind an attribute with white space before \">\"", "div a / >", "11 rest(>)"},
-        {"a \"/\" behind a quoted value with white space before \">\"", "div a='b'/\n>", "11 rest(>)"},
-        {"a lone \"/\" as a bare value in front of \">\"", "div a=/>", "11 rest(>)"},
-        {"a lone \"/\" behind white space", "div a= />", "11 rest(>)"},
-        {"the input ends in the name", "div", "end 16"},
-        {"the input ends at once", "", "end 16 end(||||)"},
-        {"the input ends in the prefix", " ", "end 16"},
-        {"the input ends behind the name", "div ", "end 16"},
-        {"the input ends in an attribute's name", "div a", "end 16"},
-        {"the input ends in a bare value", "div a=b", "end 16"},
-        {"the input ends in a quoted value", "div a='b>", "end 16"},
-        {"the input ends behind a quoted value", "div a='b'", "end 16 end(|div| |{|a|=|'b'}|)"},
-        {"the input ends behind the \"/\"", "div /", "end 16"},
-    };
-    for (const Case& c : CASES)
+    for (const TagRow& c : END_TAG_FAILURES)
         CheckRow<EndTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
 }
 
 TYPED_TEST(EndTagTest, EscapeRunsInQuotedValues) {
     const auto on = [](Data<TypeParam>* data) { data->iso2022 = true; };
-    const Case WITH[] = {
-        {"the first attribute", "p b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind a bare value too, unlike in a start tag", "p a=x b=\"\033$B\" c=\"\033(B\">",
-         "19 end(|p| |{|a|=|x}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind a quoted value", "p a='x' b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|a|=|'x'}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind an empty bare value", "p a=<b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|a|=|}{|<b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind an attribute without a value", "p a b=\"\033$B\" c=\"\033(B\">", "19 end(|p| |{|a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"values in apostrophes never have runs", "p b='\033$B' c='\033(B'>", "19 end(|p| |{|b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
-        {"the input ends inside a run", "p b=\"\033$B\">", "end 16"},
-    };
-    for (const Case& c : WITH)
+    for (const TagRow& c : END_TAG_ESCAPE_RUNS)
         CheckRow<EndTagSimpleParser, TypeParam>(c.note, c.input, c.expected, on);
     CheckRow<EndTagSimpleParser, TypeParam>("without the option nowhere", "p b=\"\033$B\" c=\"\033(B\">",
                                             "19 end(|p| |{|b|=|\"\\x1B$B\"}{ |c|=|\"\\x1B(B\"}|)");
@@ -183,9 +101,9 @@ TYPED_TEST(EndTagTest, ARecordMayStandInAnyState) {
     }
 }
 
-TYPED_TEST(EndTagTest, ACallEndsBehindASlash) {
+TYPED_TEST(EndTagTest, ACallEndsAfterASlash) {
     struct Row {
-        std::string_view input;  // up to the character in front of which the first call ends
+        std::string_view input;  // up to the character before which the first call ends
         std::string_view next;
         CallOutcome outcome;  // of the second call
         std::string_view record;
@@ -201,7 +119,8 @@ TYPED_TEST(EndTagTest, ACallEndsBehindASlash) {
         Parser<TypeParam> parser;
         Data<TypeParam> data;
         parser.BeginParse(&data);
-        EXPECT_EQ(ParseOnce(&parser, &data, std::string(row.input) + std::string(row.next)), (CallOutcome{0, row.input.size()}));
+        EXPECT_EQ(ParseOnce(&parser, &data, std::string(row.input) + std::string(row.next)),
+                  (CallOutcome{0, row.input.size()}));
         EXPECT_EQ(data.state, 5U);
         EXPECT_TRUE(data.slashBeforeClose);
         EXPECT_EQ(ParseOnce(&parser, &data, row.next), row.outcome);
@@ -209,7 +128,7 @@ TYPED_TEST(EndTagTest, ACallEndsBehindASlash) {
     }
 }
 
-TYPED_TEST(EndTagTest, BehindASlashFurtherAttributesMayFollow) {
+TYPED_TEST(EndTagTest, AfterASlashFurtherAttributesMayFollow) {
     Parser<TypeParam> parser;
     Data<TypeParam> data;
     parser.BeginParse(&data);
@@ -225,7 +144,8 @@ TYPED_TEST(EndTagTest, BehindASlashFurtherAttributesMayFollow) {
     EXPECT_EQ(Dump(data), "end(||||, slash, open)");
 }
 
-/// An end tag that has read "a b=c d" and the "e" behind it, put into another state: each exit from there must normalize.
+/// An end tag that has read "a b=c d" and the "e" after it, put into another state: each exit from
+/// there must normalize.
 TYPED_TEST(EndTagTest, EveryExitNormalizes) {
     struct Row {
         std::uint32_t state;
@@ -331,7 +251,8 @@ TYPED_TEST(EndTagTest, WhatTheRecordHeldBeforeIsReplaced) {
         data->suffix.clear();
     };
     CheckRow<EndTagSimpleParser, TypeParam>("prefix and name", " p a=x>", "19 end( |p| |{|a|=|x}|)", withoutSuffix);
-    CheckRow<EndTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 end( |p|\\t||before)", prepare);
+    CheckRow<EndTagSimpleParser, TypeParam>("the suffix, where one is read", " p\t>", "19 end( |p|\\t||before)",
+                                            prepare);
 }
 
 /// The list keeps the elements that it dropped: nothing of an earlier tag may show in them.
@@ -356,58 +277,6 @@ TYPED_TEST(EndTagTest, AnAttributeWithoutAValueHasNothingButPrefixAndName) {
 
 TYPED_TEST(EndTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(6);
-}
-
-TYPED_TEST(EndTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_TRUE(data.closed);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 5;
-    data.prefix = data.name = data.afterName = data.suffix = To<S>("left over");
-    data.attributes.emplace_back();
-    data.slashBeforeClose = true;
-    data.closed = false;
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.afterName.empty());
-    EXPECT_TRUE(data.suffix.empty());
-    EXPECT_TRUE(data.attributes.empty());
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_TRUE(data.closed);
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(EndTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 3;
-    data.prefix = To<S>("p");
-    data.name = To<S>("n");
-    data.afterName = To<S>("f");
-    data.suffix = To<S>("s");
-    data.attributes.emplace_back();
-    data.attributes.back().name = To<S>("a name that is longer than any string keeps inside");
-    data.slashBeforeClose = true;
-    data.closed = false;
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.attributes.front().name[0] = 'A';
-    data.attributes.clear();
-    data.name[0] = 'N';
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 3U);
-        EXPECT_EQ(Dump(*other), "end(p|n|f|{|a name that is longer than any string keeps inside}|s, slash, open)");
-        EXPECT_TRUE(other->iso2022);
-    }
 }
 
 TEST(EndTagTest, OnlyWideWhiteSpaceReachesBeyondAscii) {

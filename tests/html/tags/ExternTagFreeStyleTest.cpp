@@ -22,7 +22,7 @@ using Parser = ExternTagFreeStyleSimpleParser<typename Flavour::C, typename Flav
 template <typename Flavour>
 using Data = ExternTagFreeStyleSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind the target of an instruction, and what becomes of it.
+/// A row: what follows the target of an instruction, and what becomes of it.
 struct Case {
     const char* note;
     std::string_view input;
@@ -42,7 +42,7 @@ TYPED_TEST(ExternTagFreeStyleTest, Ends) {
         {"\"?>\" at once", "?>", "19 text(?>)"},
         {"\">\" at once", ">", "19 text(>)"},
         {"\"?\" in the middle is content", " a?b ?>", "19 text( a?b ?>)"},
-        {"\"?\" and white space in front of \">\"", "a? >", "19 text(a? >)"},
+        {"\"?\" and white space before \">\"", "a? >", "19 text(a? >)"},
         {"a run of \"?\" is content but for its last", "a??\?>", "19 text(a??\?>)"},
         {"\"?\" and a quote", "?'>'?>", "19 text(?'>'?>)"},
         {"\"?\" and a comment", "?/*>*/?>", "19 text(?/*>*/?>)"},
@@ -50,7 +50,7 @@ TYPED_TEST(ExternTagFreeStyleTest, Ends) {
         {"line ends are content and count", "a\r\n\nb\n?>\n", "19 text(a\\r\\n\\nb\\n?>) rest(\\n)"},
         {"a NUL is content", "a\0?\0>"sv, "19 text(a\\x00?\\x00>)"},
         {"a backslash outside of quotes is content", "a\\?>", "19 text(a\\\\?>)"},
-        {"a backslash in front of a quote does not escape it", "\\'>'>", "19 text(\\\\'>'>)"},
+        {"a backslash before a quote does not escape it", "\\'>'>", "19 text(\\\\'>'>)"},
         {"characters from 128 up are content", "\xBF\xBE\xA7\xAF?>", "19 text(\\xBF\\xBE\\xA7\\xAF?>)"},
     };
     for (const Case& c : CASES)
@@ -73,7 +73,7 @@ TYPED_TEST(ExternTagFreeStyleTest, QuotedStrings) {
         {"escapes hold in every string in quotation marks", "\"a\"'b'\"c\\\">\">", "19 text(\"a\"'b'\"c\\\\\">\">)"},
         {"a backslash at the end of one string is not one in the next", "'a\\\\''b'>", "19 text('a\\\\\\\\''b'>)"},
         {"ESC is content", "\"\033$B\"'\033$B'>", "19 text(\"\\x1B$B\"'\\x1B$B'>)"},
-        {"strings one behind the other", "'a''b'\"c\"\"d\"e>", "19 text('a''b'\"c\"\"d\"e>)"},
+        {"strings one after the other", "'a''b'\"c\"\"d\"e>", "19 text('a''b'\"c\"\"d\"e>)"},
     };
     for (const Case& c : CASES)
         CheckRow<ExternTagFreeStyleSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -85,10 +85,10 @@ TYPED_TEST(ExternTagFreeStyleTest, Comments) {
         {"a block comment hides quotes and \"?>\"", "/*'?>\"*/>", "19 text(/*'?>\"*/>)"},
         {"a block comment may be empty", "/**/>", "19 text(/**/>)"},
         {"a \"*\" that no \"/\" follows ends it", "/* a * b > */", "19 text(/* a * b >) rest( */)"},
-        {"behind such a \"*\" quotes are quotes", "/* * '>' >", "19 text(/* * '>' >)"},
+        {"after such a \"*\" quotes are quotes", "/* * '>' >", "19 text(/* * '>' >)"},
         {"the second of two stars is free text", "/***/>", "19 text(/***/>)"},
-        {"the \"/\" behind two stars may begin a comment", "/***/*>*/>", "19 text(/***/*>*/>)"},
-        {"the \"/\" behind two stars may begin a line comment", "/***//>\n>", "19 text(/***//>\\n>)"},
+        {"the \"/\" after two stars may begin a comment", "/***/*>*/>", "19 text(/***/*>*/>)"},
+        {"the \"/\" after two stars may begin a line comment", "/***//>\n>", "19 text(/***//>\\n>)"},
         {"\"/*/\" does not end itself", "/*/>*/>", "19 text(/*/>*/>)"},
         {"line ends in a block comment", "/*\n>\n*/\n>", "19 text(/*\\n>\\n*/\\n>)"},
         {"a line comment hides \">\" up to the line feed", "// a > ?>\n ?>", "19 text(// a > ?>\\n ?>)"},
@@ -97,12 +97,12 @@ TYPED_TEST(ExternTagFreeStyleTest, Comments) {
         {"a carriage return does not end a line comment", "//\r>\r\n>", "19 text(//\\r>\\r\\n>)"},
         {"an empty line comment", "//\n>", "19 text(//\\n>)"},
         {"a single \"/\" is content", "a/b>", "19 text(a/b>)"},
-        {"a \"/\" in front of \">\"", "a/>", "19 text(a/>)"},
-        {"a \"/\" in front of \"?>\"", "a/?>", "19 text(a/?>)"},
-        {"a \"/\" in front of a string", "/'>'>", "19 text(/'>'>)"},
-        {"a \"/\" in front of a line feed", "/\n/>", "19 text(/\\n/>)"},
+        {"a \"/\" before \">\"", "a/>", "19 text(a/>)"},
+        {"a \"/\" before \"?>\"", "a/?>", "19 text(a/?>)"},
+        {"a \"/\" before a string", "/'>'>", "19 text(/'>'>)"},
+        {"a \"/\" before a line feed", "/\n/>", "19 text(/\\n/>)"},
         {"a \"*\" outside is content", "*/>", "19 text(*/>)"},
-        {"comments one behind the other", "/*>*//*>*///>\n>", "19 text(/*>*//*>*///>\\n>)"},
+        {"comments one after the other", "/*>*//*>*///>\n>", "19 text(/*>*//*>*///>\\n>)"},
         {"markup comments are no comments", "<!-- > -->", "19 text(<!-- >) rest( -->)"},
     };
     for (const Case& c : CASES)
@@ -113,12 +113,12 @@ TYPED_TEST(ExternTagFreeStyleTest, OpenInstructions) {
     const Case CASES[] = {
         {"the input ends at once", "", "end 16 text()"},
         {"the input ends in free text", " a", "end 16 text( a)"},
-        {"the input ends behind \"?\", which is not in the text", " a?", "end 16 text( a)"},
-        {"the input ends behind \"/\", which is not in the text", " a/", "end 16 text( a)"},
+        {"the input ends after \"?\", which is not in the text", " a?", "end 16 text( a)"},
+        {"the input ends after \"/\", which is not in the text", " a/", "end 16 text( a)"},
         {"the input ends in a string, which is not in the text", " a'b>", "end 16 text( a)"},
         {"the input ends in a string in quotation marks", " a\"b>", "end 16 text( a)"},
         {"the input ends in a block comment", "/* a>", "end 16 text(/* a>)"},
-        {"the input ends behind \"*\", which is not in the text", "/* a*", "end 16 text(/* a)"},
+        {"the input ends after \"*\", which is not in the text", "/* a*", "end 16 text(/* a)"},
         {"the input ends in a line comment", "// a>", "end 16 text(// a>)"},
     };
     for (const Case& c : CASES)
@@ -130,10 +130,11 @@ TYPED_TEST(ExternTagFreeStyleTest, EscapeRuns) {
     const Case WITH[] = {
         {"a run hides the closing quotation mark", "\"\033$B\">\033(B\">x", "19 text(\"\\x1B$B\">\\x1B(B\">) rest(x)"},
         {"in every string", "\"a\"\"\033$B\">\033(B\">x", "19 text(\"a\"\"\\x1B$B\">\\x1B(B\">) rest(x)"},
-        {"behind a string in apostrophes", "'a' \"\033$B\">\033(B\">x", "19 text('a' \"\\x1B$B\">\\x1B(B\">) rest(x)"},
-        {"two runs in one string", "\"\033$B\"\033(B\033$B\"\033(B\">", "19 text(\"\\x1B$B\"\\x1B(B\\x1B$B\"\\x1B(B\">)"},
-        {"characters behind a run", "\"\033$B\"\033(Ba\">", "19 text(\"\\x1B$B\"\\x1B(Ba\">)"},
-        {"a backslash in front of ESC makes it ordinary", "\"\\\033$B\">x", "19 text(\"\\\\\\x1B$B\">) rest(x)"},
+        {"after a string in apostrophes", "'a' \"\033$B\">\033(B\">x", "19 text('a' \"\\x1B$B\">\\x1B(B\">) rest(x)"},
+        {"two runs in one string", "\"\033$B\"\033(B\033$B\"\033(B\">",
+         "19 text(\"\\x1B$B\"\\x1B(B\\x1B$B\"\\x1B(B\">)"},
+        {"characters after a run", "\"\033$B\"\033(Ba\">", "19 text(\"\\x1B$B\"\\x1B(Ba\">)"},
+        {"a backslash before ESC makes it ordinary", "\"\\\033$B\">x", "19 text(\"\\\\\\x1B$B\">) rest(x)"},
         {"strings in apostrophes have no runs", "'\033$B'>\033(B'", "19 text('\\x1B$B'>) rest(\\x1B(B')"},
         {"free text has no runs", "\033$B>", "19 text(\\x1B$B>)"},
         {"comments have no runs", "/*\033$B*/>", "19 text(/*\\x1B$B*/>)"},
@@ -173,15 +174,16 @@ TYPED_TEST(ExternTagFreeStyleTest, APendingQuestionMarkIsNotYetInTheText) {
         std::string_view record;
     };
     const Row ROWS[] = {
-        {"a", false, "text(a)"},       {"a?", true, "text(a)"},    {"a?b", false, "text(a?b)"}, {"a??", true, "text(a?)"},
-        {"a??b", false, "text(a??b)"}, {"a?'", false, "text(a?)"}, {"a?/", false, "text(a?)"},
+        {"a", false, "text(a)"},    {"a?", true, "text(a)"},       {"a?b", false, "text(a?b)"},
+        {"a??", true, "text(a?)"},  {"a??b", false, "text(a??b)"}, {"a?'", false, "text(a?)"},
+        {"a?/", false, "text(a?)"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(row.input);
         Parser<TypeParam> parser;
         Data<TypeParam> data;
         parser.BeginParse(&data);
-        // One character a call, as a call may stop behind a change of state.
+        // One character a call, as a call may stop after a change of state.
         for (std::size_t i = 0; i < row.input.size(); ++i) {
             CallOutcome outcome;
             for (int calls = 0; calls < 8 && outcome == CallOutcome{}; ++calls)
@@ -227,8 +229,8 @@ TYPED_TEST(ExternTagFreeStyleTest, ARecordMayStandInAnyState) {
         {7, true, "'>'>x", "19 text(?'>'>) rest(x)"},
     };
     for (const Row& row : ROWS) {
-        CheckRow<ExternTagFreeStyleSimpleParser, TypeParam>("state " + std::to_string(row.state), row.input, row.expected,
-                                                            [&row](Data<TypeParam>* data) {
+        CheckRow<ExternTagFreeStyleSimpleParser, TypeParam>("state " + std::to_string(row.state), row.input,
+                                                            row.expected, [&row](Data<TypeParam>* data) {
                                                                 data->state = row.state;
                                                                 data->questionPending = row.questionPending;
                                                             });
@@ -301,48 +303,10 @@ TYPED_TEST(ExternTagFreeStyleTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(8);
 }
 
-TYPED_TEST(ExternTagFreeStyleTest, BeginParseClearsEverything) {
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.questionPending);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_FALSE(data.iso2022);
-    data.state = 7;
-    data.questionPending = true;
-    data.text = To<typename TypeParam::S>("left over");
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.questionPending);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(ExternTagFreeStyleTest, ACopyOfTheRecordHasEveryField) {
-    Data<TypeParam> data;
-    data.state = 7;
-    data.questionPending = true;
-    data.text = To<typename TypeParam::S>("a text that is longer than any string keeps inside");
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.state = 0;
-    data.questionPending = false;
-    data.text[0] = 'A';
-    data.iso2022 = false;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 7U);
-        EXPECT_TRUE(other->questionPending);
-        EXPECT_EQ(Dump(*other), "text(a text that is longer than any string keeps inside)");
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TYPED_TEST(ExternTagFreeStyleTest, EveryPartMayBeLong) {
     const std::string run(50000, 'x');
-    const std::string input = run + "'" + run + "'\"" + run + "\"/*" + run + "*///" + run + "\n" + std::string(50000, '?') + ">";
+    const std::string input =
+        run + "'" + run + "'\"" + run + "\"/*" + run + "*///" + run + "\n" + std::string(50000, '?') + ">";
     Parser<TypeParam> parser;
     Data<TypeParam> data;
     parser.BeginParse(&data);
@@ -358,9 +322,11 @@ TYPED_TEST(ExternTagFreeStyleTest, EveryPartMayBeLong) {
 
 TEST(ExternTagFreeStyleTest, WideUnitsAreComparedWhole) {
     // The low bytes are those of "?", ">", the quotes, "/", "*" and a line feed.
-    CheckRecognizer<Parser<Wide>>(WideString{0x013F, 0x013E, 0x0127, 0x0122, 0x012F, '*', '/', 0x012A, '/', '/', 0x010A, '>', '\n', '>'},
-                                  "19 text(\\u013F\\u013E\\u0127\\u0122\\u012F*/\\u012A//\\u010A>\\n>)");
-    CheckRecognizer<Parser<Wide>>(WideString{'?', 0x013E, '/', '*', 0x012A, '/', '*', 0x012F, '>'}, "19 text(?\\u013E/*\\u012A/*\\u012F>)");
+    CheckRecognizer<Parser<Wide>>(
+        WideString{0x013F, 0x013E, 0x0127, 0x0122, 0x012F, '*', '/', 0x012A, '/', '/', 0x010A, '>', '\n', '>'},
+        "19 text(\\u013F\\u013E\\u0127\\u0122\\u012F*/\\u012A//\\u010A>\\n>)");
+    CheckRecognizer<Parser<Wide>>(WideString{'?', 0x013E, '/', '*', 0x012A, '/', '*', 0x012F, '>'},
+                                  "19 text(?\\u013E/*\\u012A/*\\u012F>)");
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ using Parser = ExternTagSimpleParser<typename Flavour::C, typename Flavour::S>;
 template <typename Flavour>
 using Data = ExternTagSimpleParserData<typename Flavour::C, typename Flavour::S>;
 
-/// A row: what stands behind the "<?", and what becomes of it.
+/// A row: what follows the "<?", and what becomes of it.
 struct Case {
     const char* note;
     std::string_view input;
@@ -71,24 +71,25 @@ TYPED_TEST(ExternTagTest, FreeStyle) {
         {"comments hide \">\"", "php /* > */ ?>", "19 extern(|php||) free(<?php /* > */ ?>)"},
         {"line comments hide \">\"", "php //?>\n?>", "19 extern(|php||) free(<?php //?>\\n?>)"},
         {"a bare \">\" ends it", "pi a > b", "19 extern(|pi||) free(<?pi a >) rest( b)"},
-        {"white space in front of the target", " \nphp ?>", "19 extern( \\n|php||) free(<? \\nphp ?>)"},
-        {"\">\" directly behind the target", "php>", "19 extern(|php||) free(<?php>)"},
-        {"\"?>\" directly behind the target: \"?\" belongs to it", "php?>", "19 extern(|php?||) free(<?php?>)"},
+        {"white space before the target", " \nphp ?>", "19 extern( \\n|php||) free(<? \\nphp ?>)"},
+        {"\">\" directly after the target", "php>", "19 extern(|php||) free(<?php>)"},
+        {"\"?>\" directly after the target: \"?\" belongs to it", "php?>", "19 extern(|php?||) free(<?php?>)"},
         {"such a \"?\" is not written twice", "php? x ?>", "19 extern(|php?||) free(<?php? x ?>)"},
         {"\"?\" in the middle of the target", "p?p ?>", "19 extern(|p?p||) free(<?p?p ?>)"},
         {"a target of nothing but \"?\"", "?>", "19 extern(|?||) free(<?\?>)"},
         {"a target of two", "?\?>", "19 extern(|??||) free(<??\?>)"},
         {"\"?\" at the end of the target and another one", "a? ?>", "19 extern(|a?||) free(<?a? ?>)"},
-        {"\"?\" at the end of the target in front of \"=\"", "a?=>", "19 extern(|a?||) free(<?a?=>)"},
+        {"\"?\" at the end of the target before \"=\"", "a?=>", "19 extern(|a?||) free(<?a?=>)"},
         {"a target may be empty", ">", "19 extern(|||) free(<?>)"},
-        {"an empty target in front of white space and \">\"", " >", "19 extern( |||) free(<? >)"},
-        {"an empty target in front of \"=\"", "= a ?>", "19 extern(|||) free(<?= a ?>)"},
-        {"an empty target in front of \"<\"", "<a?>", "19 extern(|||) free(<?<a?>)"},
+        {"an empty target before white space and \">\"", " >", "19 extern( |||) free(<? >)"},
+        {"an empty target before \"=\"", "= a ?>", "19 extern(|||) free(<?= a ?>)"},
+        {"an empty target before \"<\"", "<a?>", "19 extern(|||) free(<?<a?>)"},
         {"\"[\" and \"]\" end the target", "a]b[?>", "19 extern(|a||) free(<?a]b[?>)"},
         {"quotes in the target mean nothing", "'a>'", "19 extern(|'a||) free(<?'a>) rest(')"},
         {"a comment does not begin in the target", "a/*>*/", "19 extern(|a/*||) free(<?a/*>) rest(*/)"},
         {"line ends count", "a\n'\n'\r\n?>\n", "19 extern(|a||) free(<?a\\n'\\n'\\r\\n?>) rest(\\n)"},
-        {"NUL and characters from 128 up", "\0\xE9 \0\xBE?>"sv, "19 extern(|\\x00\\xE9||) free(<?\\x00\\xE9 \\x00\\xBE?>)"},
+        {"NUL and characters from 128 up", "\0\xE9 \0\xBE?>"sv,
+         "19 extern(|\\x00\\xE9||) free(<?\\x00\\xE9 \\x00\\xBE?>)"},
     };
     for (const Case& c : CASES)
         CheckRow<ExternTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -96,14 +97,16 @@ TYPED_TEST(ExternTagTest, FreeStyle) {
 
 TYPED_TEST(ExternTagTest, Declarations) {
     const Case CASES[] = {
-        {"two quoted values", "xml version=\"1.0\" encoding='x'?>", "19 extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'x'}|)"},
+        {"two quoted values", "xml version=\"1.0\" encoding='x'?>",
+         "19 extern(|xml|{ |version|=|\"1.0\"}{ |encoding|=|'x'}|)"},
         {"the rest of the piece is left", "xml a='b'?>?>", "19 extern(|xml|{ |a|=|'b'}|) rest(?>)"},
-        {"white space behind the last value is the suffix", "xml a='1.0' ?>", "19 extern(|xml|{ |a|=|'1.0'}| )"},
+        {"white space after the last value is the suffix", "xml a='1.0' ?>", "19 extern(|xml|{ |a|=|'1.0'}| )"},
         {"white space alone is the suffix", "xml \n?>", "19 extern(|xml|| \\n)"},
-        {"white space around \"=\"", "xml a = 'b'\td\n=\r\"e\"?>", "19 extern(|xml|{ |a| = |'b'}{\\t|d|\\n=\\r|\"e\"}|)"},
+        {"white space around \"=\"", "xml a = 'b'\td\n=\r\"e\"?>",
+         "19 extern(|xml|{ |a| = |'b'}{\\t|d|\\n=\\r|\"e\"}|)"},
         {"a bare value loses the closing \"?\"", "xml a=b?>", "19 extern(|xml|{ |a|=|b}|)"},
         {"only the last \"?\" closes", "xml a=b??\?>", "19 extern(|xml|{ |a|=|b??}|)"},
-        {"white space behind \"=\" and a bare value", "xml a= \nb?>", "19 extern(|xml|{ |a|= \\n|b}|)"},
+        {"white space after \"=\" and a bare value", "xml a= \nb?>", "19 extern(|xml|{ |a|= \\n|b}|)"},
         {"a \"?\" in the middle of a bare value", "xml a=b?c?>", "19 extern(|xml|{ |a|=|b?c}|)"},
         {"a \"?\" at the end of a bare value and white space", "xml a=b? ?>", "19 extern(|xml|{ |a|=|b?}| )"},
         {"a \"?\" at the end of a bare value and \"<\"", "xml a=b?<c?>", "19 extern(|xml|{ |a|=|b?}{|<c}|)"},
@@ -115,14 +118,15 @@ TYPED_TEST(ExternTagTest, Declarations) {
         {"an empty bare value", "xml a=<b?>", "19 extern(|xml|{ |a|=|}{|<b}|)"},
         {"attributes without values", "xml a b c='d'?>", "19 extern(|xml|{ |a}{ |b}{ |c|=|'d'}|)"},
         {"a name without a value loses the closing \"?\"", "xml a b?>", "19 extern(|xml|{ |a}{ |b}|)"},
-        {"white space behind it is the suffix", "xml a ?>", "19 extern(|xml|{ |a}| )"},
+        {"white space after it is the suffix", "xml a ?>", "19 extern(|xml|{ |a}| )"},
         {"only the last \"?\" of a name closes", "xml a?\?>", "19 extern(|xml|{ |a?}|)"},
         {"a name of two", "xml ?\?>", "19 extern(|xml|{ |?}|)"},
-        {"a name may end with \"?\" in front of \"=\"", "xml a?=b?>", "19 extern(|xml|{ |a?|=|b}|)"},
+        {"a name may end with \"?\" before \"=\"", "xml a?=b?>", "19 extern(|xml|{ |a?|=|b}|)"},
         {"a name may have \"?\" in the middle", "xml a?b?>", "19 extern(|xml|{ |a?b}|)"},
         {"an attribute without a name", "xml ='b'?>", "19 extern(|xml|{ ||=|'b'}|)"},
         {"attributes are not normalized", "xml a=b c d='e' f?>", "19 extern(|xml|{ |a|=|b}{ |c}{ |d|=|'e'}{ |f}|)"},
-        {"many attributes", "xml a=1 b=2 c=3 d=4 e=5?>", "19 extern(|xml|{ |a|=|1}{ |b|=|2}{ |c|=|3}{ |d|=|4}{ |e|=|5}|)"},
+        {"many attributes", "xml a=1 b=2 c=3 d=4 e=5?>",
+         "19 extern(|xml|{ |a|=|1}{ |b|=|2}{ |c|=|3}{ |d|=|4}{ |e|=|5}|)"},
         {"NUL and ESC are ordinary", "xml \0=\033$B?>"sv, "19 extern(|xml|{ |\\x00|=|\\x1B$B}|)"},
     };
     for (const Case& c : CASES)
@@ -131,26 +135,26 @@ TYPED_TEST(ExternTagTest, Declarations) {
 
 TYPED_TEST(ExternTagTest, DeclarationsThatEndWithASlash) {
     const Case CASES[] = {
-        {"\"/\" behind white space", "xml />x", "19 extern(|xml|| , slash) rest(x)"},
-        {"\"/\" behind a quoted value", "xml a='b'/>", "19 extern(|xml|{ |a|=|'b'}|, slash)"},
-        {"\"/\" behind a quoted value and white space", "xml a='b' />", "19 extern(|xml|{ |a|=|'b'}| , slash)"},
-        {"\"/\" behind a bare value and white space", "xml a=b />", "19 extern(|xml|{ |a|=|b}| , slash)"},
+        {"\"/\" after white space", "xml />x", "19 extern(|xml|| , slash) rest(x)"},
+        {"\"/\" after a quoted value", "xml a='b'/>", "19 extern(|xml|{ |a|=|'b'}|, slash)"},
+        {"\"/\" after a quoted value and white space", "xml a='b' />", "19 extern(|xml|{ |a|=|'b'}| , slash)"},
+        {"\"/\" after a bare value and white space", "xml a=b />", "19 extern(|xml|{ |a|=|b}| , slash)"},
         {"\"/\" at the end of a name without a value", "xml a/>", "19 extern(|xml|{ |a}|, slash)"},
-        {"\"/\" behind a name without a value", "xml a />", "19 extern(|xml|{ |a}| , slash)"},
+        {"\"/\" after a name without a value", "xml a />", "19 extern(|xml|{ |a}| , slash)"},
         {"only the last \"/\" closes", "xml a//>", "19 extern(|xml|{ |a/}|, slash)"},
         {"a name of two", "xml //>", "19 extern(|xml|{ |/}|, slash)"},
         {"\"?/\" closes with \"/\"", "xml a?/>", "19 extern(|xml|{ |a?}|, slash)"},
         {"a name of \"?/\"", "xml ?/>", "19 extern(|xml|{ |?}|, slash)"},
         {"\"/?\" closes with \"?\"", "xml a/?>", "19 extern(|xml|{ |a/}|)"},
         {"a name of \"/?\"", "xml /?>", "19 extern(|xml|{ |/}|)"},
-        {"white space behind the \"/\" is added to the suffix", "xml a/ >", "19 extern(|xml|{ |a}| , slash)"},
+        {"white space after the \"/\" is added to the suffix", "xml a/ >", "19 extern(|xml|{ |a}| , slash)"},
         {"line ends, too", "xml a/\r\n>x", "19 extern(|xml|{ |a}|\\r\\n, slash) rest(x)"},
         {"white space on both sides of the \"/\"", "xml \t/\n>", "19 extern(|xml|| \\t\\n, slash)"},
-        {"on both sides behind a value", "xml a='b' /\n>", "19 extern(|xml|{ |a|=|'b'}| \\n, slash)"},
-        {"on both sides behind a name", "xml a / >", "19 extern(|xml|{ |a}|  , slash)"},
-        {"behind a value, without white space in front", "xml a='b'/\t>", "19 extern(|xml|{ |a|=|'b'}|\\t, slash)"},
+        {"on both sides after a value", "xml a='b' /\n>", "19 extern(|xml|{ |a|=|'b'}| \\n, slash)"},
+        {"on both sides after a name", "xml a / >", "19 extern(|xml|{ |a}|  , slash)"},
+        {"after a value, without white space in front", "xml a='b'/\t>", "19 extern(|xml|{ |a|=|'b'}|\\t, slash)"},
         {"attributes are not normalized here either", "xml a=b c/>", "19 extern(|xml|{ |a|=|b}{ |c}|, slash)"},
-        {"a name may end with \"/\" in front of \"=\"", "xml a/=b?>", "19 extern(|xml|{ |a/|=|b}|)"},
+        {"a name may end with \"/\" before \"=\"", "xml a/=b?>", "19 extern(|xml|{ |a/|=|b}|)"},
     };
     for (const Case& c : CASES)
         CheckRow<ExternTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -158,21 +162,21 @@ TYPED_TEST(ExternTagTest, DeclarationsThatEndWithASlash) {
 
 TYPED_TEST(ExternTagTest, Failures) {
     const Case CASES[] = {
-        {"\">\" directly behind the target", "xml>", "11 rest(>)"},
-        {"\">\" behind the target and white space", "xml >x", "11 rest(>x)"},
-        {"\">\" behind a target that ends with \"?\"", "xml-?>", "11 rest(>)"},
-        {"\">\" behind a quoted value", "xml a='b'>", "11 rest(>)"},
-        {"\">\" behind a quoted value and white space", "xml a='b' >", "11 rest(>)"},
-        {"\">\" behind a bare value", "xml a=b>", "11 rest(>)"},
-        {"\">\" behind an empty bare value", "xml a=>", "11 rest(>)"},
-        {"\">\" behind a bare value that ends with \"/\"", "xml a=b/>", "11 rest(>)"},
-        {"\">\" behind a bare value that is \"/\"", "xml a=/>", "11 rest(>)"},
-        {"\">\" behind a bare value that ends with \"?\" and white space", "xml a=b? >", "11 rest(>)"},
-        {"\">\" behind a name", "xml a>", "11 rest(>)"},
-        {"\">\" behind a name and white space", "xml a >", "11 rest(>)"},
+        {"\">\" directly after the target", "xml>", "11 rest(>)"},
+        {"\">\" after the target and white space", "xml >x", "11 rest(>x)"},
+        {"\">\" after a target that ends with \"?\"", "xml-?>", "11 rest(>)"},
+        {"\">\" after a quoted value", "xml a='b'>", "11 rest(>)"},
+        {"\">\" after a quoted value and white space", "xml a='b' >", "11 rest(>)"},
+        {"\">\" after a bare value", "xml a=b>", "11 rest(>)"},
+        {"\">\" after an empty bare value", "xml a=>", "11 rest(>)"},
+        {"\">\" after a bare value that ends with \"/\"", "xml a=b/>", "11 rest(>)"},
+        {"\">\" after a bare value that is \"/\"", "xml a=/>", "11 rest(>)"},
+        {"\">\" after a bare value that ends with \"?\" and white space", "xml a=b? >", "11 rest(>)"},
+        {"\">\" after a name", "xml a>", "11 rest(>)"},
+        {"\">\" after a name and white space", "xml a >", "11 rest(>)"},
         {"a lone \"?\" as a bare value", "xml a=?>", "11 rest(>)"},
-        {"a lone \"?\" as a bare value behind white space", "xml a= ?>", "11 rest(>)"},
-        {"a lone \"?\" as a bare value behind other attributes", "xml a=b c=?>x", "11 rest(>x)"},
+        {"a lone \"?\" as a bare value after white space", "xml a= ?>", "11 rest(>)"},
+        {"a lone \"?\" as a bare value after other attributes", "xml a=b c=?>x", "11 rest(>x)"},
         {"a name that ends with \"?\", and white space", "xml a? >", "11 rest(>)"},
         {"a name that ends with \"?\", and another attribute", "xml a? b?>", "11 rest(b?>)"},
         {"a name that is \"?\", and white space", "xml ? >", "11 rest(>)"},
@@ -185,16 +189,16 @@ TYPED_TEST(ExternTagTest, Failures) {
         {"the input ends in the prefix", " ", "end 16 extern(|||)"},
         {"the input ends in the target", "php?", "end 16 extern(|||)"},
         {"the input ends in free text", "php a", "end 16 extern(|php||)"},
-        {"the input ends in free text behind \"?\"", " php ?", "end 16 extern( |php||)"},
+        {"the input ends in free text after \"?\"", " php ?", "end 16 extern( |php||)"},
         {"the input ends in a string of free text", "php 'a?>", "end 16 extern(|php||)"},
         {"the input ends in a comment of free text", "php /*?>", "end 16 extern(|php||)"},
-        {"the input ends behind the target of a declaration", "xml ", "end 16 extern(|xml||)"},
+        {"the input ends after the target of a declaration", "xml ", "end 16 extern(|xml||)"},
         {"the input ends in a name", "xml a", "end 16 extern(|xml||)"},
         {"the input ends in a value", "xml a=b", "end 16 extern(|xml||)"},
         {"the input ends in a quoted value", "xml a='b?>", "end 16 extern(|xml||)"},
-        {"the input ends behind a quoted value", "xml a='b'", "end 16 extern(|xml|{ |a|=|'b'}|)"},
-        {"the input ends behind \"?\"", "xml a='b'?", "end 16 extern(|xml|{ |a|=|'b'}|)"},
-        {"the input ends behind \"/\"", "xml a='b' /", "end 16 extern(|xml|{ |a|=|'b'}|)"},
+        {"the input ends after a quoted value", "xml a='b'", "end 16 extern(|xml|{ |a|=|'b'}|)"},
+        {"the input ends after \"?\"", "xml a='b'?", "end 16 extern(|xml|{ |a|=|'b'}|)"},
+        {"the input ends after \"/\"", "xml a='b' /", "end 16 extern(|xml|{ |a|=|'b'}|)"},
     };
     for (const Case& c : CASES)
         CheckRow<ExternTagSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -203,28 +207,31 @@ TYPED_TEST(ExternTagTest, Failures) {
 TYPED_TEST(ExternTagTest, EscapeRunsInQuotedValues) {
     const auto on = [](Data<TypeParam>* data) { data->iso2022 = true; };
     const Case WITH[] = {
-        {"the first attribute", "xml b=\"\033$B\" c=\"\033(B\"?>", "19 extern(|xml|{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind a bare value the next attribute has no runs", "xml a=x b=\"\033$B\" c=\"\033(B\"?>",
+        {"the first attribute", "xml b=\"\033$B\" c=\"\033(B\"?>",
+         "19 extern(|xml|{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
+        {"after a bare value the next attribute has no runs", "xml a=x b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|x}{ |b|=|\"\\x1B$B\"}{ |c|=|\"\\x1B(B\"}|)"},
-        {"behind a quoted value it has", "xml a='x' b=\"\033$B\" c=\"\033(B\"?>",
+        {"after a quoted value it has", "xml a='x' b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|'x'}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind a value in quotation marks it has", "xml a=\"x\" b=\"\033$B\" c=\"\033(B\"?>",
+        {"after a value in quotation marks it has", "xml a=\"x\" b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|\"x\"}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind an empty quoted value it has", "xml a=''b=\"\033$B\" c=\"\033(B\"?>",
+        {"after an empty quoted value it has", "xml a=''b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|''}{|b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind an empty bare value it has", "xml a=<b=\"\033$B\" c=\"\033(B\"?>",
+        {"after an empty bare value it has", "xml a=<b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|}{|<b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
-        {"behind an attribute without a value it has", "xml a b=\"\033$B\" c=\"\033(B\"?>",
+        {"after an attribute without a value it has", "xml a b=\"\033$B\" c=\"\033(B\"?>",
          "19 extern(|xml|{ |a}{ |b|=|\"\\x1B$B\" c=\"\\x1B(B\"}|)"},
         {"only the very next attribute is concerned: a quoted one follows", "xml a=x b='y' c=\"\033$B\" d=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|x}{ |b|=|'y'}{ |c|=|\"\\x1B$B\" d=\"\\x1B(B\"}|)"},
         {"a bare word in between restores them", "xml a=x y c=\"\033$B\" d=\"\033(B\"?>",
          "19 extern(|xml|{ |a|=|x}{ |y}{ |c|=|\"\\x1B$B\" d=\"\\x1B(B\"}|)"},
-        {"values in apostrophes never have runs", "xml b='\033$B' c='\033(B'?>", "19 extern(|xml|{ |b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
+        {"values in apostrophes never have runs", "xml b='\033$B' c='\033(B'?>",
+         "19 extern(|xml|{ |b|=|'\\x1B$B'}{ |c|=|'\\x1B(B'}|)"},
         {"the input ends inside a run", "xml b=\"\033$B\"?>", "end 16 extern(|xml||)"},
         {"free text hands the option on", "php \"\033$B\"?>\033(B\" ?>x",
          "19 extern(|php||) free(<?php \"\\x1B$B\"?>\\x1B(B\" ?>) rest(x)"},
-        {"to every string of it", "php \"a\" \"\033$B\"?>\033(B\"?>", "19 extern(|php||) free(<?php \"a\" \"\\x1B$B\"?>\\x1B(B\"?>)"},
+        {"to every string of it", "php \"a\" \"\033$B\"?>\033(B\"?>",
+         "19 extern(|php||) free(<?php \"a\" \"\\x1B$B\"?>\\x1B(B\"?>)"},
     };
     for (const Case& c : WITH)
         CheckRow<ExternTagSimpleParser, TypeParam>(c.note, c.input, c.expected, on);
@@ -382,7 +389,8 @@ TYPED_TEST(ExternTagTest, WhatTheRecordHeldBeforeIsReplaced) {
     const auto prepare = [](Data<TypeParam>* data) { data->prefix = data->name = data->suffix = To<S>("before"); };
     const auto withText = [](Data<TypeParam>* data) { data->prefix = data->name = data->text = To<S>("before"); };
     CheckRow<ExternTagSimpleParser, TypeParam>("prefix, name and suffix", " xml\t?>", "19 extern( |xml||\\t)", prepare);
-    CheckRow<ExternTagSimpleParser, TypeParam>("by nothing, too", "xml a='b'?>", "19 extern(|xml|{ |a|=|'b'}|)", prepare);
+    CheckRow<ExternTagSimpleParser, TypeParam>("by nothing, too", "xml a='b'?>", "19 extern(|xml|{ |a|=|'b'}|)",
+                                               prepare);
     CheckRow<ExternTagSimpleParser, TypeParam>("the text", "php?>", "19 extern(|php?||) free(<?php?>)", withText);
 }
 
@@ -412,68 +420,12 @@ TYPED_TEST(ExternTagTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(6);
 }
 
-TYPED_TEST(ExternTagTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.freeStyle);
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 5;
-    data.freeStyle = true;
-    data.slashBeforeClose = true;
-    data.prefix = data.name = data.text = data.suffix = To<S>("left over");
-    data.attributes.emplace_back();
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.freeStyle);
-    EXPECT_FALSE(data.slashBeforeClose);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.name.empty());
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.attributes.empty());
-    EXPECT_TRUE(data.suffix.empty());
-    EXPECT_FALSE(data.iso2022);
-}
-
-TYPED_TEST(ExternTagTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 5;
-    data.freeStyle = true;
-    data.slashBeforeClose = true;
-    data.prefix = To<S>("p");
-    data.name = To<S>("n");
-    data.text = To<S>("a text that is longer than any string keeps inside");
-    data.attributes.emplace_back();
-    data.attributes.back().name = To<S>("a name that is longer than any string keeps inside");
-    data.suffix = To<S>("s");
-    data.iso2022 = true;
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.attributes.front().name[0] = 'A';
-    data.attributes.clear();
-    data.text[0] = 'A';
-    data.name[0] = 'N';
-    data.state = 0;
-    data.freeStyle = false;
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 5U);
-        EXPECT_EQ(Dump(*other),
-                  "extern(p|n|{|a name that is longer than any string keeps inside}|s, slash) "
-                  "free(a text that is longer than any string keeps inside)");
-        EXPECT_TRUE(other->iso2022);
-    }
-}
-
 TEST(ExternTagTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
     CheckRow<ExternTagSimpleParser, Narrow>("bytes from 128 up are no white space", "xml\xA0?>",
                                             "19 extern(|xml\\xA0?||) free(<?xml\\xA0?>)");
     CheckRow<ExternTagSimpleParser, Wide>("U+00A0 and U+0085", "\x85xml\xA0?>", "19 extern(\\u0085|xml||\\u00A0)");
-    const WideString input = {0x3000, 'x', 'm', 'l', 0x2028, 'b', 0x2003, '=', 0x3000, '"', 0x3042, '"', 0x202F, '?', '>'};
+    const WideString input = {0x3000, 'x', 'm',    'l', 0x2028, 'b', 0x2003, '=',
+                              0x3000, '"', 0x3042, '"', 0x202F, '?', '>'};
     CheckRecognizer<Parser<Wide>>(input, "19 extern(\\u3000|xml|{\\u2028|b|\\u2003=\\u3000|\"\\u3042\"}|\\u202F)");
 }
 
@@ -481,9 +433,12 @@ TEST(ExternTagTest, OnlyAsciiLettersFoldInTargets) {
     // Fullwidth letters, and units whose low bytes are those of "x" and "-".
     CheckRecognizer<Parser<Wide>>(WideString{0xFF38, 0xFF2D, 0xFF2C, '?', '>'},
                                   "19 extern(|\\uFF38\\uFF2D\\uFF2C?||) free(<?\\uFF38\\uFF2D\\uFF2C?>)");
-    CheckRecognizer<Parser<Wide>>(WideString{0x0178, 'm', 'l', ' ', '>'}, "19 extern(|\\u0178ml||) free(<?\\u0178ml >)");
-    CheckRecognizer<Parser<Wide>>(WideString{'x', 'm', 'l', 0x012D, '>'}, "19 extern(|xml\\u012D||) free(<?xml\\u012D>)");
-    CheckRow<ExternTagSimpleParser, Narrow>("the high bit set", "\xF8ml ?>", "19 extern(|\\xF8ml||) free(<?\\xF8ml ?>)");
+    CheckRecognizer<Parser<Wide>>(WideString{0x0178, 'm', 'l', ' ', '>'},
+                                  "19 extern(|\\u0178ml||) free(<?\\u0178ml >)");
+    CheckRecognizer<Parser<Wide>>(WideString{'x', 'm', 'l', 0x012D, '>'},
+                                  "19 extern(|xml\\u012D||) free(<?xml\\u012D>)");
+    CheckRow<ExternTagSimpleParser, Narrow>("the high bit set", "\xF8ml ?>",
+                                            "19 extern(|\\xF8ml||) free(<?\\xF8ml ?>)");
 }
 
 TEST(ExternTagTest, WideUnitsAreComparedWhole) {

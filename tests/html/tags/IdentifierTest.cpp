@@ -40,19 +40,20 @@ TYPED_TEST(IdentifierTest, Names) {
         std::string_view asAttribute;
     };
     const Case CASES[] = {
-        {"a name ends in front of white space", "ab c", "19 text(ab) rest( c)", "19 text(ab) rest( c)"},
-        {"a name ends in front of \">\"", "ab>", "19 text(ab) rest(>)", "19 text(ab) rest(>)"},
-        {"a name ends in front of \"=\"", "ab=c", "19 text(ab) rest(=c)", "19 text(ab) rest(=c)"},
-        {"only a tag name ends in front of \"<\"", "a<b c", "19 text(a) rest(<b c)", "19 text(a<b) rest( c)"},
-        {"only a tag name ends in front of \"[\"", "a[b=", "19 text(a) rest([b=)", "19 text(a[b) rest(=)"},
-        {"only a tag name ends in front of \"]\"", "a]b>", "19 text(a) rest(]b>)", "19 text(a]b) rest(>)"},
+        {"a name ends before white space", "ab c", "19 text(ab) rest( c)", "19 text(ab) rest( c)"},
+        {"a name ends before \">\"", "ab>", "19 text(ab) rest(>)", "19 text(ab) rest(>)"},
+        {"a name ends before \"=\"", "ab=c", "19 text(ab) rest(=c)", "19 text(ab) rest(=c)"},
+        {"only a tag name ends before \"<\"", "a<b c", "19 text(a) rest(<b c)", "19 text(a<b) rest( c)"},
+        {"only a tag name ends before \"[\"", "a[b=", "19 text(a) rest([b=)", "19 text(a[b) rest(=)"},
+        {"only a tag name ends before \"]\"", "a]b>", "19 text(a) rest(]b>)", "19 text(a]b) rest(>)"},
         {"a \"/\" belongs to a name", "/a/b/>", "19 text(/a/b/) rest(>)", "19 text(/a/b/) rest(>)"},
         {"quotes belong to a name", "'a\"b>", "19 text('a\"b) rest(>)", "19 text('a\"b) rest(>)"},
-        {"other marks belong to a name", "!a-b:c.d_e?#&;>", "19 text(!a-b:c.d_e?#&;) rest(>)", "19 text(!a-b:c.d_e?#&;) rest(>)"},
+        {"other marks belong to a name", "!a-b:c.d_e?#&;>", "19 text(!a-b:c.d_e?#&;) rest(>)",
+         "19 text(!a-b:c.d_e?#&;) rest(>)"},
         {"case is kept", "aBc>", "19 text(aBc) rest(>)", "19 text(aBc) rest(>)"},
-        {"a name may be empty in front of \">\"", ">", "19 text() rest(>)", "19 text() rest(>)"},
-        {"a name may be empty in front of white space", "\na", "19 text() rest(\\na)", "19 text() rest(\\na)"},
-        {"a name may be empty in front of \"=\"", "=", "19 text() rest(=)", "19 text() rest(=)"},
+        {"a name may be empty before \">\"", ">", "19 text() rest(>)", "19 text() rest(>)"},
+        {"a name may be empty before white space", "\na", "19 text() rest(\\na)", "19 text() rest(\\na)"},
+        {"a name may be empty before \"=\"", "=", "19 text() rest(=)", "19 text() rest(=)"},
         {"a NUL belongs to a name", "a\0b>"sv, "19 text(a\\x00b) rest(>)", "19 text(a\\x00b) rest(>)"},
         {"ESC belongs to a name", "\033$B>", "19 text(\\x1B$B) rest(>)", "19 text(\\x1B$B) rest(>)"},
         {"characters from 128 up belong to a name", "\x80\xBC\xFF>", "19 text(\\x80\\xBC\\xFF) rest(>)",
@@ -102,7 +103,7 @@ TYPED_TEST(IdentifierTest, BeginParseGoesBackToTagNames) {
     EXPECT_FALSE(data.attributeNameMode);
 }
 
-/// Collects the characters in front of which a name ends.
+/// Collects the characters before which a name ends.
 template <typename C, typename S>
 S FindStops(unsigned count, bool attributeNameMode) {
     IdentifierSimpleParser<C, S> parser;

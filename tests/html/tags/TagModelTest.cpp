@@ -25,10 +25,12 @@ struct ModelAttribute {
     bool hasValue = false;
 };
 
-/// A second opinion on tags: reads the whole input with plain searches, one character class at a time.
+/// A second opinion on tags: reads the whole input with plain searches, one character class at a
+/// time.
 class TagModel {
 public:
-    TagModel(std::string_view wholeInput, bool allowRuns, bool isEndTag) : input(wholeInput), iso2022(allowRuns), endTag(isEndTag) {}
+    TagModel(std::string_view wholeInput, bool allowRuns, bool isEndTag)
+        : input(wholeInput), iso2022(allowRuns), endTag(isEndTag) {}
 
     /// The line of the outcome, without a record when the tag fails or stays open.
     std::string Read() {
@@ -69,7 +71,7 @@ private:
                         return Fail();
                     slash = true;
                 }
-                // Behind a bare value a start tag forgets about escape runs for one attribute.
+                // After a bare value a start tag forgets about escape runs for one attribute.
                 runs = iso2022 && (endTag || attribute.quote != 0 || attribute.value.empty());
                 attributes.push_back(attribute);
             } else if (attribute.name.empty()) {
@@ -167,8 +169,8 @@ private:
             }
             list += "{" + Trace::Escape(anchor.prefix) + "|" + Trace::Escape(anchor.name);
             if (anchor.hasValue) {
-                list +=
-                    "|" + Trace::Escape(anchor.beforeEquals) + "=" + Trace::Escape(anchor.afterEquals) + "|" + Trace::Escape(anchor.value);
+                list += "|" + Trace::Escape(anchor.beforeEquals) + "=" + Trace::Escape(anchor.afterEquals) + "|" +
+                        Trace::Escape(anchor.value);
             }
             list += "}";
         }
@@ -202,7 +204,8 @@ protected:
         using StartTag = HTML::StartTagSimpleParser<typename Flavour::C, typename Flavour::S>;
         using EndTag = HTML::EndTagSimpleParser<typename Flavour::C, typename Flavour::S>;
         const auto prepare = [iso2022](auto* data) { data->iso2022 = iso2022; };
-        ASSERT_NO_FATAL_FAILURE(CheckRandomly<StartTag>(input, TagModel(input, iso2022, false).Read(), random, prepare));
+        ASSERT_NO_FATAL_FAILURE(
+            CheckRandomly<StartTag>(input, TagModel(input, iso2022, false).Read(), random, prepare));
         ASSERT_NO_FATAL_FAILURE(CheckRandomly<EndTag>(input, TagModel(input, iso2022, true).Read(), random, prepare));
     }
 };
@@ -210,14 +213,15 @@ protected:
 TYPED_TEST_SUITE(TagModelTest, Flavours);
 
 TYPED_TEST(TagModelTest, RandomTags) {
-    RandomInput random(5, {"a", "b", "bc", " ", " ", "\n", "=", "=", "/", "/", ">", "<", "[", "]", "'", "'x'", "\"", "\"y\"", "=z", "\\"});
+    RandomInput random(5, {"a", "b", "bc", " ", " ", "\n",  "=",  "=",     "/",  "/",
+                           ">", "<", "[",  "]", "'", "'x'", "\"", "\"y\"", "=z", "\\"});
     for (int round = 0; round < 10000; ++round)
         ASSERT_NO_FATAL_FAILURE(this->Check(random.Next(14) + (random.Flip() ? ">x" : ""), false, &random));
 }
 
 TYPED_TEST(TagModelTest, RandomTagsWithEscapeRuns) {
-    RandomInput random(6,
-                       {"a", " ", " b", "=", "=", "/", ">", "<", "'", "\"", "\"", "\033", "\033$B", "\033(B", "$B", " c=\"\033$B\"", "=z"});
+    RandomInput random(6, {"a", " ", " b", "=", "=", "/", ">", "<", "'", "\"", "\"", "\033", "\033$B", "\033(B", "$B",
+                           " c=\"\033$B\"", "=z"});
     for (int round = 0; round < 10000; ++round)
         ASSERT_NO_FATAL_FAILURE(this->Check(random.Next(14) + (random.Flip() ? "\">" : ""), random.Flip(), &random));
 }

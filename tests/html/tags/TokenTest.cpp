@@ -40,10 +40,10 @@ TYPED_TEST_SUITE(TokenTest, Flavours);
 
 TYPED_TEST(TokenTest, Values) {
     const Case CASES[] = {
-        {"a bare value ends in front of white space", "x y", "19 {|x} rest( y)"},
-        {"a bare value ends in front of \">\"", "x>", "19 {|x} rest(>)"},
-        {"a bare value ends in front of \"<\"", "x<b", "19 {|x} rest(<b)"},
-        {"white space in front of a bare value is its prefix", " \n\tx>", "19 { \\n\\t|x} rest(>)"},
+        {"a bare value ends before white space", "x y", "19 {|x} rest( y)"},
+        {"a bare value ends before \">\"", "x>", "19 {|x} rest(>)"},
+        {"a bare value ends before \"<\"", "x<b", "19 {|x} rest(<b)"},
+        {"white space before a bare value is its prefix", " \n\tx>", "19 { \\n\\t|x} rest(>)"},
         {"a \"/\" belongs to a bare value", "x/>", "19 {|x/} rest(>)"},
         {"a lone \"/\" is a bare value", "/>", "19 {|/} rest(>)"},
         {"\"=\", quotes and brackets belong to a bare value", "a=b'c\"d[e]&f;>", "19 {|a=b'c\"d[e]&f;} rest(>)"},
@@ -51,21 +51,22 @@ TYPED_TEST(TokenTest, Values) {
         {"a bare value may begin with \"[\"", "[ ", "19 {|[} rest( )"},
         {"ESC and NUL belong to a bare value", "\033$\0>"sv, "19 {|\\x1B$\\x00} rest(>)"},
         {"characters from 128 up belong to a bare value", "\x80\xBC\xFF>", "19 {|\\x80\\xBC\\xFF} rest(>)"},
-        {"in front of \">\" the value is empty", ">", "19 {|} rest(>)"},
-        {"white space in front of \">\" is its prefix all the same", " \n>", "19 { \\n|} rest(>)"},
-        {"in front of \"<\" the value is empty", "<b", "19 {|} rest(<b)"},
+        {"before \">\" the value is empty", ">", "19 {|} rest(>)"},
+        {"white space before \">\" is its prefix all the same", " \n>", "19 { \\n|} rest(>)"},
+        {"before \"<\" the value is empty", "<b", "19 {|} rest(<b)"},
         {"a value in apostrophes", "'x'y", "19 {|'x'} rest(y)"},
         {"a value in quotation marks", "\"x\"y", "19 {|\"x\"} rest(y)"},
-        {"white space in front of a quoted value", " \t'x'", "19 { \\t|'x'}"},
+        {"white space before a quoted value", " \t'x'", "19 { \\t|'x'}"},
         {"a quoted value ends with its closing quote, the last of the input", "'x'", "19 {|'x'}"},
         {"a quoted value may be empty", "''>", "19 {|''} rest(>)"},
         {"a value in quotation marks may be empty", "\"\"", "19 {|\"\"}"},
         {"anything but the quote belongs to a value in apostrophes", "' <>=\n/\"]'>", "19 {|' <>=\\n/\"]'} rest(>)"},
-        {"anything but the quote belongs to a value in quotation marks", "\" <>=\n/']\">", "19 {|\" <>=\\n/']\"} rest(>)"},
+        {"anything but the quote belongs to a value in quotation marks", "\" <>=\n/']\">",
+         "19 {|\" <>=\\n/']\"} rest(>)"},
         {"a backslash escapes nothing", "'a\\'b'", "19 {|'a\\\\'} rest(b')"},
         {"a backslash escapes nothing in quotation marks", "\"a\\\"b\"", "19 {|\"a\\\\\"} rest(b\")"},
         {"the input ends in a bare value", "x", "end 16"},
-        {"the input ends behind white space", " ", "end 16"},
+        {"the input ends after white space", " ", "end 16"},
         {"the input ends at once", "", "end 16 {|}"},
         {"the input ends in apostrophes", " 'abc", "end 16 { |}"},
         {"the input ends in quotation marks", "\"abc", "end 16 {|}"},
@@ -87,14 +88,15 @@ TYPED_TEST(TokenTest, EscapeRuns) {
         {"without the option a run is no run", false, "\"a\033$B\"\033(Bb\">", "19 {|\"a\\x1B$B\"} rest(\\x1B(Bb\">)"},
         {"a value in apostrophes has no runs", true, "'a\033$B'\033(Bb'>", "19 {|'a\\x1B$B'} rest(\\x1B(Bb'>)"},
         {"a bare value has no runs", true, "a\033$B>\033(B ", "19 {|a\\x1B$B} rest(>\\x1B(B )"},
-        {"a backslash in front of ESC means nothing", true, "\"\\\033$B\"\033(B\">", "19 {|\"\\\\\\x1B$B\"\\x1B(B\"} rest(>)"},
-        {"the input ends behind a run", true, "\"\033$B\"\033(B", "end 16 {|}"},
+        {"a backslash before ESC means nothing", true, "\"\\\033$B\"\033(B\">",
+         "19 {|\"\\\\\\x1B$B\"\\x1B(B\"} rest(>)"},
+        {"the input ends after a run", true, "\"\033$B\"\033(B", "end 16 {|}"},
     };
     for (const Row& row : ROWS)
         CheckRow<TokenSimpleParser, TypeParam>(row.note, row.input, row.expected, Iso2022<TypeParam>(row.iso2022));
 }
 
-TYPED_TEST(TokenTest, ACallEndsBehindAnEscapeRunWithInputLeft) {
+TYPED_TEST(TokenTest, ACallEndsAfterAnEscapeRunWithInputLeft) {
     Parser<TypeParam> parser;
     Data<TypeParam> data;
     parser.BeginParse(&data);
@@ -124,8 +126,9 @@ TYPED_TEST(TokenTest, ARecordMayStandInAnyState) {
         std::string_view record;
     };
     const Row ROWS[] = {
-        {1, "x>", {19, 1}, "{|x}"},     {1, " x>", {19, 0}, "{|}"}, {1, "'x'", {19, 3}, "{|'x'}"},     {1, ">", {19, 0}, "{|}"},
-        {2, "'x'>", {19, 3}, "{|'x'}"}, {2, " ", {19, 0}, "{|}"},   {3, "x\"'y", {19, 3}, "{|'x\"'}"}, {4, "x'\"y", {19, 3}, "{|\"x'\"}"},
+        {1, "x>", {19, 1}, "{|x}"},        {1, " x>", {19, 0}, "{|}"},         {1, "'x'", {19, 3}, "{|'x'}"},
+        {1, ">", {19, 0}, "{|}"},          {2, "'x'>", {19, 3}, "{|'x'}"},     {2, " ", {19, 0}, "{|}"},
+        {3, "x\"'y", {19, 3}, "{|'x\"'}"}, {4, "x'\"y", {19, 3}, "{|\"x'\"}"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(std::to_string(row.state) + " " + std::string(row.input));
@@ -219,29 +222,11 @@ TYPED_TEST(TokenTest, UnknownStates) {
     CheckUnknownStates<Parser<TypeParam>>(5);
 }
 
-TYPED_TEST(TokenTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-    data.state = 4;
-    data.prefix = To<S>("left over");
-    data.value = To<S>("left over");
-    data.quote = 2;
-    data.iso2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.prefix.empty());
-    EXPECT_TRUE(data.value.empty());
-    EXPECT_EQ(data.quote, 0U);
-    EXPECT_FALSE(data.iso2022);
-}
-
 TEST(TokenTest, OnlyWideWhiteSpaceReachesBeyondAscii) {
-    CheckRow<TokenSimpleParser, Narrow>("a byte from 128 up is no white space", "\xA0x\x85>", "19 {|\\xA0x\\x85} rest(>)");
-    CheckRow<TokenSimpleParser, Wide>("U+00A0 in front and U+0085 behind", "\xA0x\x85>", "19 {\\u00A0|x} rest(\\u0085>)");
+    CheckRow<TokenSimpleParser, Narrow>("a byte from 128 up is no white space", "\xA0x\x85>",
+                                        "19 {|\\xA0x\\x85} rest(>)");
+    CheckRow<TokenSimpleParser, Wide>("U+00A0 in front and U+0085 after", "\xA0x\x85>",
+                                      "19 {\\u00A0|x} rest(\\u0085>)");
     const WideString input = {0x3000, 'x', 0x0127, 0x013E, 0x013C, 0x2003};
     CheckRecognizer<Parser<Wide>>(input, "19 {\\u3000|x\\u0127\\u013E\\u013C} rest(\\u2003)");
 }

@@ -30,14 +30,14 @@ TYPED_TEST_SUITE(CCommentTest, Flavours);
 TYPED_TEST(CCommentTest, Comments) {
     struct Case {
         const char* note;
-        std::string_view input;  // behind "/*"
+        std::string_view input;  // after "/*"
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a comment ends behind \"*/\"", " a */", "19 text( a )"},
+        {"a comment ends after \"*/\"", " a */", "19 text( a )"},
         {"the rest of the piece is left", "a*/b*/", "19 text(a) rest(b*/)"},
         {"a comment may be empty", "*/", "19 text()"},
-        {"a star in front of the end is content", " a **/", "19 text( a *)"},
+        {"a star before the end is content", " a **/", "19 text( a *)"},
         {"a run of stars keeps all but the last", "*****/", "19 text(****)"},
         {"a star in the middle is content", "a*b* c*/", "19 text(a*b* c)"},
         {"white space between star and slash", "* /*/", "19 text(* /)"},
@@ -54,8 +54,8 @@ TYPED_TEST(CCommentTest, Comments) {
         {"characters from 128 up are content", "\xAA\xAF*/", "19 text(\\xAA\\xAF)"},
         {"the input ends in the body", " a", "end 16 text( a)"},
         {"the input ends at once", "", "end 16 text()"},
-        {"the input ends behind a star, which is lost", " a *", "end 16 text( a )"},
-        {"the input ends behind stars, of which the last is lost", "a***", "end 16 text(a**)"},
+        {"the input ends after a star, which is lost", " a *", "end 16 text( a )"},
+        {"the input ends after stars, of which the last is lost", "a***", "end 16 text(a**)"},
     };
     for (const Case& c : CASES)
         CheckRow<CCommentSimpleParser, TypeParam>(c.note, c.input, c.expected);
@@ -120,42 +120,6 @@ TYPED_TEST(CCommentTest, UnknownStates) {
     EXPECT_EQ(ParseOnce(&parser, &data, "*/"), (CallOutcome{11, 0}));
     EXPECT_EQ(data.state, 1U);
     EXPECT_EQ(Dump(data), "text()");
-}
-
-TYPED_TEST(CCommentTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_EQ(Dump(data), "text()");
-    data.state = 2;
-    data.text = data.keyword = To<S>("left over");
-    data.nextParserName = KESTRA_WIDE("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.keyword.empty());
-    EXPECT_TRUE(data.nextParserName.empty());
-}
-
-TYPED_TEST(CCommentTest, ACopyOfTheRecordHasEveryField) {
-    using S = typename TypeParam::S;
-    Data<TypeParam> data;
-    data.state = 2;
-    data.text = To<S>("a body that is longer than any string keeps inside");
-    data.keyword = To<S>("k");
-    data.nextParserName = KESTRA_WIDE("n");
-    const Data<TypeParam> copy(data);
-    Data<TypeParam> assigned;
-    assigned = data;
-    data.state = 0;
-    data.text[0] = 'A';
-    data.keyword.clear();
-    data.nextParserName.clear();
-    for (const Data<TypeParam>* other : {&copy, static_cast<const Data<TypeParam>*>(&assigned)}) {
-        EXPECT_EQ(other->state, 2U);
-        EXPECT_EQ(Dump(*other), "text(a body that is longer than any string keeps inside) next(n) keyword(k)");
-    }
 }
 
 TYPED_TEST(CCommentTest, ABodyMayBeLong) {

@@ -45,7 +45,7 @@ TYPED_TEST_SUITE(DQuoteStringTest, Flavours);
 
 TYPED_TEST(DQuoteStringTest, Strings) {
     const Case CASES[] = {
-        {"a string ends behind its closing quotation mark", "", "it\"s", "19 text(it) rest(s)"},
+        {"a string ends after its closing quotation mark", "", "it\"s", "19 text(it) rest(s)"},
         {"the closing mark may be the last character", "", "it\"", "19 text(it)"},
         {"a string may be empty", "", "\"\"", "19 text() rest(\")"},
         {"everything else is content", "", "<a href='/*x*/'>//\033$B\"", "19 text(<a href='/*x*/'>//\\x1B$B)"},
@@ -56,10 +56,11 @@ TYPED_TEST(DQuoteStringTest, Strings) {
         {"an escaped backslash escapes nothing", "a", "a\\\\\"b", "19 text(a\\\\\\\\) rest(b)"},
         {"three backslashes escape the mark", "a", "a\\\\\\\"b\"", "19 text(a\\\\\\\\\\\\\"b)"},
         {"a mark as the escaped character and another one", "a", "\\\"\"", "19 text(\\\\\")"},
-        {"without its option ESC is content, escaped or not", "a", "\033$B\\\033\"x", "19 text(\\x1B$B\\\\\\x1B) rest(x)"},
+        {"without its option ESC is content, escaped or not", "a", "\033$B\\\033\"x",
+         "19 text(\\x1B$B\\\\\\x1B) rest(x)"},
         {"the input ends inside the string", "", "abc", "end 16 text(abc)"},
         {"the input ends at once", "", "", "end 16 text()"},
-        {"the input ends behind a backslash", "a", "abc\\", "end 16 text(abc\\\\)"},
+        {"the input ends after a backslash", "a", "abc\\", "end 16 text(abc\\\\)"},
     };
     for (const Case& c : CASES)
         CheckRow<DQuoteStringSimpleParser, TypeParam>(c.note, c.input, c.expected, Options<TypeParam>(c.options));
@@ -68,26 +69,29 @@ TYPED_TEST(DQuoteStringTest, Strings) {
 TYPED_TEST(DQuoteStringTest, EscapeRuns) {
     const Case CASES[] = {
         {"a mark inside a run is content", "e", "a\033$B\"\033(Bb\"c", "19 text(a\\x1B$B\"\\x1B(Bb) rest(c)"},
-        {"a run directly in front of the closing mark", "e", "\033$B\"x\033(J\"", "19 text(\\x1B$B\"x\\x1B(J)"},
+        {"a run directly before the closing mark", "e", "\033$B\"x\033(J\"", "19 text(\\x1B$B\"x\\x1B(J)"},
         {"two runs in a row", "e", "\033$B\"\033(B\033$A\"\033(B\"", "19 text(\\x1B$B\"\\x1B(B\\x1B$A\"\\x1B(B)"},
         {"an escape that designates nothing is content", "e", "a\033xb\"c", "19 text(a\\x1Bxb) rest(c)"},
-        {"a mark directly behind ESC is content", "e", "a\033\"b\"", "19 text(a\\x1B\"b)"},
-        {"with escapes, a backslash in front of ESC makes it content", "ae", "\\\033$B\"x", "19 text(\\\\\\x1B$B) rest(x)"},
+        {"a mark directly after ESC is content", "e", "a\033\"b\"", "19 text(a\\x1B\"b)"},
+        {"with escapes, a backslash before ESC makes it content", "ae", "\\\033$B\"x", "19 text(\\\\\\x1B$B) rest(x)"},
         {"two backslashes do not", "ae", "\\\\\033$B\"\033(B\"", "19 text(\\\\\\\\\\x1B$B\"\\x1B(B)"},
-        {"without escapes a backslash in front of ESC means nothing", "e", "\\\033$B\"\033(B\"x", "19 text(\\\\\\x1B$B\"\\x1B(B) rest(x)"},
-        {"a backslash at the end of a run escapes nothing", "ae", "\033$Bx\\\033(B\"y", "19 text(\\x1B$Bx\\\\\\x1B(B) rest(y)"},
-        {"a backslash behind a run escapes as ever", "ae", "\033$B\"\033(B\\\"\"", "19 text(\\x1B$B\"\\x1B(B\\\\\")"},
-        {"lines are counted inside a run", "e", "\n\033$B\n\"\n\033(B\"x", "19 text(\\n\\x1B$B\\n\"\\n\\x1B(B) rest(x)"},
+        {"without escapes a backslash before ESC means nothing", "e", "\\\033$B\"\033(B\"x",
+         "19 text(\\\\\\x1B$B\"\\x1B(B) rest(x)"},
+        {"a backslash at the end of a run escapes nothing", "ae", "\033$Bx\\\033(B\"y",
+         "19 text(\\x1B$Bx\\\\\\x1B(B) rest(y)"},
+        {"a backslash after a run escapes as ever", "ae", "\033$B\"\033(B\\\"\"", "19 text(\\x1B$B\"\\x1B(B\\\\\")"},
+        {"lines are counted inside a run", "e", "\n\033$B\n\"\n\033(B\"x",
+         "19 text(\\n\\x1B$B\\n\"\\n\\x1B(B) rest(x)"},
         {"without the option a run is no run", "", "\033$B\"\033(B\"", "19 text(\\x1B$B) rest(\\x1B(B\")"},
-        {"the input ends behind a run", "e", "a\033$B\"\033(B", "end 16 text(a\\x1B$B\"\\x1B(B)"},
+        {"the input ends after a run", "e", "a\033$B\"\033(B", "end 16 text(a\\x1B$B\"\\x1B(B)"},
         {"the input ends inside a run", "e", "a\033$B\"", "end 16"},
-        {"the input ends behind ESC", "e", "a\033", "end 16"},
+        {"the input ends after ESC", "e", "a\033", "end 16"},
     };
     for (const Case& c : CASES)
         CheckRow<DQuoteStringSimpleParser, TypeParam>(c.note, c.input, c.expected, Options<TypeParam>(c.options));
 }
 
-TYPED_TEST(DQuoteStringTest, ACallEndsBehindAnEscapeRunWithInputLeft) {
+TYPED_TEST(DQuoteStringTest, ACallEndsAfterAnEscapeRunWithInputLeft) {
     using S = typename TypeParam::S;
     struct Row {
         std::string_view input;
@@ -145,7 +149,8 @@ TYPED_TEST(DQuoteStringTest, TheLastCharacterIsTracked) {
         std::string_view input;
         char lastChar;
     };
-    const Row ROWS[] = {{"", '*'}, {"a", 'a'}, {"a\\", '\\'}, {"a\\\"", '*'}, {"\\\\", '*'}, {"\\\\b", 'b'}, {"\\\033", '*'}};
+    const Row ROWS[] = {{"", '*'},     {"a", 'a'},     {"a\\", '\\'},  {"a\\\"", '*'},
+                        {"\\\\", '*'}, {"\\\\b", 'b'}, {"\\\033", '*'}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(Trace::Escape(row.input));
         Parser<TypeParam> parser;
@@ -185,29 +190,9 @@ TYPED_TEST(DQuoteStringTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) 
     CheckRow<DQuoteStringSimpleParser, TypeParam>("ESC", "\033$B\"x", "19 text(\\x1B$B) rest(x)", prepare);
 }
 
-TYPED_TEST(DQuoteStringTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes || data.allowEscape2022);
-    data.state = 1;
-    data.text = To<S>("left over");
-    data.lastChar = '\\';
-    data.allowEscapes = true;
-    data.allowEscape2022 = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-    EXPECT_FALSE(data.allowEscape2022);
-}
-
 TEST(DQuoteStringTest, WideUnitsAreComparedWhole) {
-    const WideString input = {0x0122, 0x2200, 0x015C, 0x011B, '"'};  // the low or high byte is that of a mark, backslash or ESC
+    const WideString input = {0x0122, 0x2200, 0x015C, 0x011B,
+                              '"'};  // the low or high byte is that of a mark, backslash or ESC
     CheckRecognizer<Parser<Wide>>(input, "19 text(\\u0122\\u2200\\u015C\\u011B)", Options<Wide>("ae"));
 }
 

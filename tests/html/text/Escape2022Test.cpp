@@ -15,7 +15,8 @@ using namespace std::string_view_literals;
 using HTML::Escape2022SimpleParser;
 using HTML::Escape2022SimpleParserData;
 
-constexpr std::string_view DESIGNATIONS[] = {"$@", "$B", "$(", "$A", "$)C", "$)A", "$)G", "$*H", "$)E", "$+I", "$+J", "$+K", "$+L", "$+M"};
+constexpr std::string_view DESIGNATIONS[] = {"$@",  "$B",  "$(",  "$A",  "$)C", "$)A", "$)G",
+                                             "$*H", "$)E", "$+I", "$+J", "$+K", "$+L", "$+M"};
 constexpr std::string_view SHADOWED_DESIGNATIONS[] = {"$(C", "$(O", "$(P", "$(Q"};
 constexpr std::string_view RETURNS[] = {"(B", "(J", ".F", ".A", "(I"};
 
@@ -33,18 +34,21 @@ TYPED_TEST_SUITE(Escape2022Test, Flavours);
 TYPED_TEST(Escape2022Test, Runs) {
     struct Case {
         const char* note;
-        std::string_view input;  // behind the opening ESC
+        std::string_view input;  // after the opening ESC
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a run from designation to return, both ESC characters included", "$Babc\033(Bd", "19 text(\\x1B$Babc\\x1B(B) rest(d)"},
+        {"a run from designation to return, both ESC characters included", "$Babc\033(Bd",
+         "19 text(\\x1B$Babc\\x1B(B) rest(d)"},
         {"an empty run", "$B\033(Jd", "19 text(\\x1B$B\\x1B(J) rest(d)"},
-        {"everything inside the run is data", "$B<'\">/*\n\r\\\033(B<", "19 text(\\x1B$B<'\">/*\\n\\r\\\\\\x1B(B) rest(<)"},
+        {"everything inside the run is data", "$B<'\">/*\n\r\\\033(B<",
+         "19 text(\\x1B$B<'\">/*\\n\\r\\\\\\x1B(B) rest(<)"},
         {"a NUL inside the run is data", "$Ba\0b\033(B<"sv, "19 text(\\x1B$Ba\\x00b\\x1B(B) rest(<)"},
-        {"characters from 128 up inside the run are data", "$B\x80\xFF\033(B<", "19 text(\\x1B$B\\x80\\xFF\\x1B(B) rest(<)"},
+        {"characters from 128 up inside the run are data", "$B\x80\xFF\033(B<",
+         "19 text(\\x1B$B\\x80\\xFF\\x1B(B) rest(<)"},
         {"\"$(\" completes at once: a return may follow directly", "$(\033(Bz", "19 text(\\x1B$(\\x1B(B) rest(z)"},
-        {"the character behind \"$(\" belongs to the run", "$(C\033(Bz", "19 text(\\x1B$(C\\x1B(B) rest(z)"},
-        {"whatever stands behind \"$(\"", "$(<\033(Bz", "19 text(\\x1B$(<\\x1B(B) rest(z)"},
+        {"the character after \"$(\" belongs to the run", "$(C\033(Bz", "19 text(\\x1B$(C\\x1B(B) rest(z)"},
+        {"whatever follows \"$(\"", "$(<\033(Bz", "19 text(\\x1B$(<\\x1B(B) rest(z)"},
         {"an escape that designates nothing ends at its first character", "xy", "19 text(\\x1Bx) rest(y)"},
         {"a \"<\" may be that character", "<y", "19 text(\\x1B<) rest(y)"},
         {"a second ESC may be that character", "\033$B", "19 text(\\x1B\\x1B) rest($B)"},
@@ -56,20 +60,23 @@ TYPED_TEST(Escape2022Test, Runs) {
         {"\"$)\" and a wrong third character", "$)By", "19 text(\\x1B$)B) rest(y)"},
         {"\"$*\" and a wrong third character", "$*Iy", "19 text(\\x1B$*I) rest(y)"},
         {"\"$+\" and a letter before the first", "$+Hy", "19 text(\\x1B$+H) rest(y)"},
-        {"\"$+\" and a letter behind the last", "$+Ny", "19 text(\\x1B$+N) rest(y)"},
+        {"\"$+\" and a letter after the last", "$+Ny", "19 text(\\x1B$+N) rest(y)"},
         {"letters are compared exactly", "$by", "19 text(\\x1B$b) rest(y)"},
         {"a designation inside a run is data", "$Ba\033$Bb\033(Bc", "19 text(\\x1B$Ba\\x1B$Bb\\x1B(B) rest(c)"},
-        {"\"(\" and a wrong character inside a run are data", "$Ba\033(X\033(Bc", "19 text(\\x1B$Ba\\x1B(X\\x1B(B) rest(c)"},
-        {"\".\" and a wrong character inside a run are data", "$Ba\033.B\033(Bc", "19 text(\\x1B$Ba\\x1B.B\\x1B(B) rest(c)"},
-        {"ESC behind ESC does not begin a return", "$Ba\033\033(Bc", "end 19 text(\\x1B$Ba\\x1B\\x1B(Bc)"},
-        {"ESC behind \"(\" does not begin a return", "$Ba\033(\033(Bc", "end 19 text(\\x1B$Ba\\x1B(\\x1B(Bc)"},
-        {"the run goes on until a return comes", "$Ba\033\033(Bc\033(Bd", "19 text(\\x1B$Ba\\x1B\\x1B(Bc\\x1B(B) rest(d)"},
-        {"the input ends behind the opening ESC", "", "end 19 text(\\x1B)"},
+        {"\"(\" and a wrong character inside a run are data", "$Ba\033(X\033(Bc",
+         "19 text(\\x1B$Ba\\x1B(X\\x1B(B) rest(c)"},
+        {"\".\" and a wrong character inside a run are data", "$Ba\033.B\033(Bc",
+         "19 text(\\x1B$Ba\\x1B.B\\x1B(B) rest(c)"},
+        {"ESC after ESC does not begin a return", "$Ba\033\033(Bc", "end 19 text(\\x1B$Ba\\x1B\\x1B(Bc)"},
+        {"ESC after \"(\" does not begin a return", "$Ba\033(\033(Bc", "end 19 text(\\x1B$Ba\\x1B(\\x1B(Bc)"},
+        {"the run goes on until a return comes", "$Ba\033\033(Bc\033(Bd",
+         "19 text(\\x1B$Ba\\x1B\\x1B(Bc\\x1B(B) rest(d)"},
+        {"the input ends after the opening ESC", "", "end 19 text(\\x1B)"},
         {"the input ends inside a designation", "$", "end 19 text(\\x1B$)"},
         {"the input ends inside a longer designation", "$)", "end 19 text(\\x1B$))"},
         {"the input ends inside the run", "$Bab", "end 19 text(\\x1B$Bab)"},
-        {"the input ends behind a designation", "$B", "end 19 text(\\x1B$B)"},
-        {"the input ends behind a later ESC", "$Bab\033", "end 19 text(\\x1B$Bab\\x1B)"},
+        {"the input ends after a designation", "$B", "end 19 text(\\x1B$B)"},
+        {"the input ends after a later ESC", "$Bab\033", "end 19 text(\\x1B$Bab\\x1B)"},
         {"the input ends inside a return", "$Bab\033(", "end 19 text(\\x1B$Bab\\x1B()"},
         {"lines are counted", "$B\n\n\033(B\n", "19 text(\\x1B$B\\n\\n\\x1B(B) rest(\\n)"},
     };
@@ -81,7 +88,8 @@ TYPED_TEST(Escape2022Test, EveryDesignationAndEveryReturn) {
     for (const std::string_view designation : DESIGNATIONS) {
         for (const std::string_view back : RETURNS) {
             const std::string input = std::string(designation) + "a<\033" + std::string(back) + "b";
-            const std::string expected = "19 text(\\x1B" + std::string(designation) + "a<\\x1B" + std::string(back) + ") rest(b)";
+            const std::string expected =
+                "19 text(\\x1B" + std::string(designation) + "a<\\x1B" + std::string(back) + ") rest(b)";
             CheckRow<Escape2022SimpleParser, TypeParam>(input, input, expected);
         }
     }
@@ -168,7 +176,8 @@ TYPED_TEST(Escape2022Test, ASequenceCutOffByTheEndIsKeptUpToItsFirstNul) {
         std::string_view expected;
     };
     const Row ROWS[] = {
-        {0, "$\0B"sv, "t\033$"}, {0, "\0B"sv, "t\033"}, {0, "$+", "t\033$+"}, {1, "$", "t"}, {2, "(\0"sv, "t\033("}, {2, "", "t\033"},
+        {0, "$\0B"sv, "t\033$"}, {0, "\0B"sv, "t\033"},  {0, "$+", "t\033$+"},
+        {1, "$", "t"},           {2, "(\0"sv, "t\033("}, {2, "", "t\033"},
     };
     for (const Row& row : ROWS) {
         SCOPED_TRACE(testing::PrintToString(row.pending) + " in state " + std::to_string(row.state));
@@ -181,21 +190,6 @@ TYPED_TEST(Escape2022Test, ASequenceCutOffByTheEndIsKeptUpToItsFirstNul) {
         EXPECT_EQ(parser.EndParse(&data), HTML::SP_TOKEN_COMPLETE);
         EXPECT_EQ(data.text, To<S>(row.expected));
     }
-}
-
-TYPED_TEST(Escape2022Test, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty() && data.pending.empty());
-    data.state = 2;
-    data.text = To<S>("left over");
-    data.pending = To<S>("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.pending.empty());
 }
 
 TEST(Escape2022Test, WideUnitsAreComparedWhole) {

@@ -36,16 +36,16 @@ TYPED_TEST(JSRegExTest, Expressions) {
     struct Case {
         const char* note;
         bool allowEscapes;
-        std::string_view input;  // behind the opening "/"
+        std::string_view input;  // after the opening "/"
         std::string_view expected;
     };
     const Case CASES[] = {
         {"the closing \"/\" is left", true, "ab/g", "19 text(/ab) rest(/g)"},
         {"the closing \"/\" is left without escapes too", false, "ab/g", "19 text(/ab) rest(/g)"},
         {"an empty expression", true, "/", "19 text(/) rest(/)"},
-        {"an expression ends in front of \"<\"", true, "a<b/", "19 text(/a) rest(<b/)"},
-        {"an expression ends in front of a line feed", true, "ab\nc/", "19 text(/ab) rest(\\nc/)"},
-        {"an expression ends in front of a carriage return", true, "ab\r\nc/", "19 text(/ab) rest(\\r\\nc/)"},
+        {"an expression ends before \"<\"", true, "a<b/", "19 text(/a) rest(<b/)"},
+        {"an expression ends before a line feed", true, "ab\nc/", "19 text(/ab) rest(\\nc/)"},
+        {"an expression ends before a carriage return", true, "ab\r\nc/", "19 text(/ab) rest(\\r\\nc/)"},
         {"brackets give no shelter", true, "[/]/", "19 text(/[) rest(/]/)"},
         {"quotes give no shelter", true, "'/'", "19 text(/') rest(/')"},
         {"an escaped \"/\" is content", true, "a\\/b/", "19 text(/a\\\\/b) rest(/)"},
@@ -55,11 +55,12 @@ TYPED_TEST(JSRegExTest, Expressions) {
         {"an escaped line feed ends it all the same", true, "a\\\nb/", "19 text(/a\\\\) rest(\\nb/)"},
         {"an escaped carriage return ends it all the same", true, "a\\\rb/", "19 text(/a\\\\) rest(\\rb/)"},
         {"without escapes a backslash is content", false, "a\\/b/", "19 text(/a\\\\) rest(/b/)"},
-        {"other characters are content", true, "\t\v\0>*'\"\033\x85\xFF/"sv, "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
+        {"other characters are content", true, "\t\v\0>*'\"\033\x85\xFF/"sv,
+         "19 text(/\\t\\x0B\\x00>*'\"\\x1B\\x85\\xFF) rest(/)"},
         {"an expression up to the end of the input is complete", true, "abc", "end 19 text(/abc)"},
         {"an expression of nothing but its \"/\"", true, "", "end 19 text(/)"},
-        {"the input ends behind a backslash", true, "a\\", "end 19 text(/a\\\\)"},
-        {"the input ends behind an escaped \"/\"", true, "a\\/", "end 19 text(/a\\\\/)"},
+        {"the input ends after a backslash", true, "a\\", "end 19 text(/a\\\\)"},
+        {"the input ends after an escaped \"/\"", true, "a\\/", "end 19 text(/a\\\\/)"},
     };
     for (const Case& c : CASES)
         CheckRow<JSRegExSimpleParser, TypeParam>(c.note, c.input, c.expected, Escapes<TypeParam>(c.allowEscapes));
@@ -71,7 +72,8 @@ TYPED_TEST(JSRegExTest, TheLastCharacterIsTracked) {
         std::string_view input;
         char lastChar;
     };
-    const Row ROWS[] = {{"", '*'}, {"a", 'a'}, {"a\\", '\\'}, {"a\\/", '*'}, {"\\\\", '*'}, {"\\\\b", 'b'}, {"ab/", 'b'}, {"/", '*'}};
+    const Row ROWS[] = {{"", '*'},     {"a", 'a'},     {"a\\", '\\'}, {"a\\/", '*'},
+                        {"\\\\", '*'}, {"\\\\b", 'b'}, {"ab/", 'b'},  {"/", '*'}};
     for (const Row& row : ROWS) {
         SCOPED_TRACE(Trace::Escape(row.input));
         Parser<TypeParam> parser;
@@ -104,10 +106,14 @@ TYPED_TEST(JSRegExTest, OnlyASlashLeftInTheRecordTakesTheStopCharacter) {
     };
     CheckRow<JSRegExSimpleParser, TypeParam>("a \"/\" in front", "/x", "19 text(//) rest(x)", prepare);
     CheckRow<JSRegExSimpleParser, TypeParam>("a \"<\" in front becomes a \"/\"", "<x", "19 text(//) rest(x)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("a line feed in front becomes a \"/\"", "\nx", "19 text(//) rest(x)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("content in between takes its place", "a/x", "19 text(/a) rest(/x)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("an escaped \"/\" in between too", "\\/</", "19 text(/\\\\/) rest(</)", prepare);
-    CheckRow<JSRegExSimpleParser, TypeParam>("without a stop character nothing is added", "", "end 19 text(/)", prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("a line feed in front becomes a \"/\"", "\nx", "19 text(//) rest(x)",
+                                             prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("content in between takes its place", "a/x", "19 text(/a) rest(/x)",
+                                             prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("an escaped \"/\" in between too", "\\/</", "19 text(/\\\\/) rest(</)",
+                                             prepare);
+    CheckRow<JSRegExSimpleParser, TypeParam>("without a stop character nothing is added", "", "end 19 text(/)",
+                                             prepare);
 }
 
 TYPED_TEST(JSRegExTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) {
@@ -119,26 +125,11 @@ TYPED_TEST(JSRegExTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) {
     CheckRow<JSRegExSimpleParser, TypeParam>("a \"<\" is never escaped", "<x/", "19 text(/) rest(<x/)", prepare);
 }
 
-TYPED_TEST(JSRegExTest, BeginParseClearsEverythingButTheOpeningSlash) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-    data.text = To<S>("left over");
-    data.lastChar = '\\';
-    data.allowEscapes = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.text, To<S>("/"));
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-}
-
 TEST(JSRegExTest, WideUnitsAreComparedWhole) {
     // The low or high byte is that of "/", "<", line feed, carriage return and backslash.
     const WideString input = {0x012F, 0x2F00, 0x013C, 0x010A, 0x010D, 0x2028, 0x015C, '/'};
-    CheckRecognizer<Parser<Wide>>(input, "19 text(/\\u012F\\u2F00\\u013C\\u010A\\u010D\\u2028\\u015C) rest(/)", Escapes<Wide>(true));
+    CheckRecognizer<Parser<Wide>>(input, "19 text(/\\u012F\\u2F00\\u013C\\u010A\\u010D\\u2028\\u015C) rest(/)",
+                                  Escapes<Wide>(true));
 }
 
 }  // namespace

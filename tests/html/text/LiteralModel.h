@@ -6,8 +6,9 @@
 #include <string_view>
 
 /// @file
-/// Slow second opinions: what the recognizers of text must make of a whole narrow input, written as plain searches over it. A function
-/// takes the place to begin at and moves it behind what it has read.
+/// Slow second opinions: what the recognizers of text must make of a whole narrow input, written as
+/// plain searches over it. A function takes the place to begin at and moves it after what it has
+/// read.
 
 namespace Kestra::Test {
 
@@ -30,13 +31,14 @@ inline std::string_view ModelSpaces(std::string_view input, std::size_t* place) 
     return input.substr(begin, *place - begin);
 }
 
-/// Appends an escape run, from behind its opening ESC on. False when the input ends first.
+/// Appends an escape run, from after its opening ESC on. False when the input ends first.
 inline bool ModelEscapeRun(std::string_view input, std::size_t* place, std::string* text) {
     // Of the designations that begin with "$(" none but that itself can ever complete.
     constexpr std::array<std::string_view, 14> DESIGNATIONS = {"$@",  "$B",  "$(",  "$A",  "$)C", "$)A", "$)G",
                                                                "$*H", "$)E", "$+I", "$+J", "$+K", "$+L", "$+M"};
     constexpr std::array<std::string_view, 5> RETURNS = {"(B", "(J", ".F", ".A", "(I"};
-    // Reads one character at a time while the sequence is the beginning of an entry; true for a complete one.
+    // Reads one character at a time while the sequence is the beginning of an entry; true for a
+    // complete one.
     const auto matches = [&](const auto& table, bool* ended) {
         std::string sequence;
         for (;;) {

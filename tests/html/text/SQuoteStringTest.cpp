@@ -40,7 +40,7 @@ TYPED_TEST(SQuoteStringTest, Strings) {
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a string ends behind its closing quote", false, "it's", "19 text(it) rest(s)"},
+        {"a string ends after its closing quote", false, "it's", "19 text(it) rest(s)"},
         {"the closing quote may be the last character", false, "it'", "19 text(it)"},
         {"a string may be empty", false, "''", "19 text() rest(')"},
         {"everything else is content", false, "<a href=\"/*x*/\">//\033$B'", "19 text(<a href=\"/*x*/\">//\\x1B$B)"},
@@ -58,8 +58,8 @@ TYPED_TEST(SQuoteStringTest, Strings) {
         {"a star before the quote is no backslash", true, "a*'b", "19 text(a*) rest(b)"},
         {"the input ends inside the string", false, "abc", "end 16 text(abc)"},
         {"the input ends at once", false, "", "end 16 text()"},
-        {"the input ends behind a backslash", true, "abc\\", "end 16 text(abc\\\\)"},
-        {"the input ends behind an escaped quote", true, "abc\\'", "end 16 text(abc\\\\')"},
+        {"the input ends after a backslash", true, "abc\\", "end 16 text(abc\\\\)"},
+        {"the input ends after an escaped quote", true, "abc\\'", "end 16 text(abc\\\\')"},
     };
     for (const Case& c : CASES)
         CheckRow<SQuoteStringSimpleParser, TypeParam>(c.note, c.input, c.expected, Escapes<TypeParam>(c.allowEscapes));
@@ -105,22 +105,6 @@ TYPED_TEST(SQuoteStringTest, ABackslashLeftInTheRecordEscapesTheFirstCharacter) 
     };
     CheckRow<SQuoteStringSimpleParser, TypeParam>("a quote", "'x'", "19 text('x)", prepare);
     CheckRow<SQuoteStringSimpleParser, TypeParam>("a backslash", "\\'x", "19 text(\\\\) rest(x)", prepare);
-}
-
-TYPED_TEST(SQuoteStringTest, BeginParseClearsEverything) {
-    using S = typename TypeParam::S;
-    Parser<TypeParam> parser;
-    Data<TypeParam> data;
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
-    data.text = To<S>("left over");
-    data.lastChar = '\\';
-    data.allowEscapes = true;
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_EQ(data.lastChar, '*');
-    EXPECT_FALSE(data.allowEscapes);
 }
 
 TYPED_TEST(SQuoteStringTest, AStringMayBeLong) {

@@ -110,7 +110,8 @@ std::string ModelLineComment(std::string_view input) {
 }
 
 /// Calls `check` for each string of up to `maxLength` characters of the alphabet.
-void ForEveryString(std::string_view alphabet, std::size_t maxLength, const std::function<void(const std::string&)>& check) {
+void ForEveryString(std::string_view alphabet, std::size_t maxLength,
+                    const std::function<void(const std::string&)>& check) {
     std::size_t count = 1;
     for (std::size_t length = 0; length <= maxLength; ++length, count *= alphabet.size()) {
         for (std::size_t number = 0; number < count; ++number) {
@@ -140,7 +141,8 @@ protected:
         const auto outcome = RunRecognizer<Parser>(input, cuts);
         ASSERT_EQ(DescribeOutcome(outcome, input, true), ModelConditional(ascii, cuts))
             << "for " << Trace::Escape(ascii) << " cut at " << Describe(cuts);
-        ASSERT_EQ((Place{outcome.line, outcome.column}), PlaceAfter(input, outcome.consumed)) << "for " << Trace::Escape(ascii);
+        ASSERT_EQ((Place{outcome.line, outcome.column}), PlaceAfter(input, outcome.consumed))
+            << "for " << Trace::Escape(ascii);
     }
 };
 
@@ -150,7 +152,8 @@ TYPED_TEST(SectionModelTest, Comments) {
     RandomInput random(21, {"-", "-", "--", ">", "-->", "a", "\n", "<!--", " ", "!"});
     for (int round = 0; round < ROUNDS; ++round) {
         const std::string input = random.Next(10);
-        ASSERT_NO_FATAL_FAILURE(this->template Check<HTML::CommentTagSimpleParser>(input, ModelComment(input), &random));
+        ASSERT_NO_FATAL_FAILURE(
+            this->template Check<HTML::CommentTagSimpleParser>(input, ModelComment(input), &random));
     }
     ForEveryString("->a", 6, [&](const std::string& input) {
         this->template Check<HTML::CommentTagSimpleParser>(input, ModelComment(input), &random);
@@ -163,8 +166,9 @@ TYPED_TEST(SectionModelTest, CDataSections) {
         const std::string input = random.Next(8);
         ASSERT_NO_FATAL_FAILURE(this->template Check<HTML::CDATATagSimpleParser>(input, ModelCData(input), &random));
     }
-    ForEveryString("]>a", 6,
-                   [&](const std::string& input) { this->template Check<HTML::CDATATagSimpleParser>(input, ModelCData(input), &random); });
+    ForEveryString("]>a", 6, [&](const std::string& input) {
+        this->template Check<HTML::CDATATagSimpleParser>(input, ModelCData(input), &random);
+    });
 }
 
 TYPED_TEST(SectionModelTest, ConditionalSections) {
@@ -180,7 +184,8 @@ TYPED_TEST(SectionModelTest, BlockComments) {
     RandomInput random(24, {"*", "*", "/", "*/", "/*", "a", "\n", "<!--", "'", "//"});
     for (int round = 0; round < ROUNDS; ++round) {
         const std::string input = random.Next(8);
-        ASSERT_NO_FATAL_FAILURE(this->template Check<HTML::CCommentSimpleParser>(input, ModelBlockComment(input), &random));
+        ASSERT_NO_FATAL_FAILURE(
+            this->template Check<HTML::CCommentSimpleParser>(input, ModelBlockComment(input), &random));
     }
     ForEveryString("*/a", 6, [&](const std::string& input) {
         this->template Check<HTML::CCommentSimpleParser>(input, ModelBlockComment(input), &random);
@@ -192,7 +197,8 @@ TYPED_TEST(SectionModelTest, LineComments) {
                             "if", "endif", " ",  "]",  "a",  ">", "\r", "\n", "/",   "=", "*/"});
     for (int round = 0; round < 2 * ROUNDS; ++round) {
         const std::string input = random.Next(10);
-        ASSERT_NO_FATAL_FAILURE(this->template Check<HTML::CPPCommentSimpleParser>(input, ModelLineComment(input), &random));
+        ASSERT_NO_FATAL_FAILURE(
+            this->template Check<HTML::CPPCommentSimpleParser>(input, ModelLineComment(input), &random));
     }
     ForEveryString("<!-[/\n", 5, [&](const std::string& input) {
         this->template Check<HTML::CPPCommentSimpleParser>(input, ModelLineComment(input), &random);

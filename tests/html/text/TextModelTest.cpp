@@ -83,7 +83,8 @@ TYPED_TEST_SUITE(TextModelTest, Flavours);
 
 TYPED_TEST(TextModelTest, RandomText) {
     using Parser = HTML::TextSimpleParser<typename TypeParam::C, typename TypeParam::S>;
-    RandomInput random(1, {"a", "b ", "\n", "<", "/", "*", "//", "/*", "'", "\"", "\\", "\033", "$B", "$(", "$)C", "(B", ".A", "\033(B"});
+    RandomInput random(1, {"a", "b ", "\n", "<", "/", "*", "//", "/*", "'", "\"", "\\", "\033", "$B", "$(", "$)C", "(B",
+                           ".A", "\033(B"});
     for (int round = 0; round < ROUNDS; ++round) {
         TextOptions options;
         options.cComment = random.Flip();
@@ -109,7 +110,8 @@ TYPED_TEST(TextModelTest, RandomText) {
 
 TYPED_TEST(TextModelTest, RandomEscapeRuns) {
     using Parser = HTML::Escape2022SimpleParser<typename TypeParam::C, typename TypeParam::S>;
-    RandomInput random(2, {"a", "\n", "<", "$", "B", "(", "C", ")", "J", ".", "F", "A", "+", "M", "*", "H", "\033", "$B", "\033(B"});
+    RandomInput random(
+        2, {"a", "\n", "<", "$", "B", "(", "C", ")", "J", ".", "F", "A", "+", "M", "*", "H", "\033", "$B", "\033(B"});
     for (int round = 0; round < ROUNDS; ++round) {
         const std::string input = random.Next(12);
         std::string text;
@@ -123,8 +125,8 @@ TYPED_TEST(TextModelTest, RandomEscapeRuns) {
 }
 
 /// The end of a literal: the first of `ends` that no backslash precedes, or the first of `always`.
-std::size_t ModelLiteralEnd(std::string_view input, std::size_t begin, std::string_view always, std::string_view ends, bool allowEscapes,
-                            bool* escaped) {
+std::size_t ModelLiteralEnd(std::string_view input, std::size_t begin, std::string_view always, std::string_view ends,
+                            bool allowEscapes, bool* escaped) {
     std::size_t place = begin;
     for (; place < input.size(); ++place) {
         const char character = input[place];
@@ -148,8 +150,8 @@ TYPED_TEST(TextModelTest, RandomDoubleQuotedStrings) {
         bool complete = false;
         bool inRun = false;
         while (!complete && place < input.size()) {
-            const std::size_t end =
-                ModelLiteralEnd(input, place, "", allowEscape2022 ? std::string_view("\"\033") : "\"", allowEscapes, &escaped);
+            const std::size_t end = ModelLiteralEnd(
+                input, place, "", allowEscape2022 ? std::string_view("\"\033") : "\"", allowEscapes, &escaped);
             text += input.substr(place, end - place);
             place = end;
             if (place == input.size())
@@ -181,10 +183,12 @@ TYPED_TEST(TextModelTest, RandomRegularExpressions) {
         bool escaped = false;
         const std::size_t end = ModelLiteralEnd(input, 0, "<\n\r", "/", allowEscapes, &escaped);
         const bool complete = end < input.size();
-        std::string expected = (complete ? "19 text(/" : "end 19 text(/") + Trace::Escape(std::string_view(input).substr(0, end)) + ")";
+        std::string expected =
+            (complete ? "19 text(/" : "end 19 text(/") + Trace::Escape(std::string_view(input).substr(0, end)) + ")";
         if (complete)
             expected += " rest(" + Trace::Escape(std::string_view(input).substr(end)) + ")";
-        ASSERT_NO_FATAL_FAILURE(CheckRandomly<Parser>(input, expected, &random, [&](auto* data) { data->allowEscapes = allowEscapes; }));
+        ASSERT_NO_FATAL_FAILURE(
+            CheckRandomly<Parser>(input, expected, &random, [&](auto* data) { data->allowEscapes = allowEscapes; }));
     }
 }
 

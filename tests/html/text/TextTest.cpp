@@ -16,7 +16,8 @@ using namespace std::string_view_literals;
 using HTML::TextSimpleParser;
 using HTML::TextSimpleParserData;
 
-/// Sets the options that letters name: "/*" as c, "//" as p, "'" as s, the quotation mark as d, regular expressions as r, ESC as e.
+/// Sets the options that letters name: "/*" as c, "//" as p, "'" as s, the quotation mark as d,
+/// regular expressions as r, ESC as e.
 template <typename Data>
 void SetOptions(Data* data, std::string_view letters) {
     const auto has = [letters](char letter) { return letters.find(letter) != letters.npos; };
@@ -54,9 +55,11 @@ TYPED_TEST(TextTest, Markup) {
         {"no input at all is a complete empty text", "", "", "end 19 text()"},
         {"without options only \"<\" ends text", "", "a'b\"c/d/*e*/f//g\033$Bh>&amp;\n<",
          "19 text(a'b\"c/d/*e*/f//g\\x1B$Bh>&amp;\\n) next(GenericTagSimpleParser)"},
-        {"lines and columns are counted", "", "a\r\nb\n\nc\td\n<e", "19 text(a\\r\\nb\\n\\nc\\td\\n) next(GenericTagSimpleParser) rest(e)"},
+        {"lines and columns are counted", "", "a\r\nb\n\nc\td\n<e",
+         "19 text(a\\r\\nb\\n\\nc\\td\\n) next(GenericTagSimpleParser) rest(e)"},
         {"a NUL is text", "", "a\0b<"sv, "19 text(a\\x00b) next(GenericTagSimpleParser)"},
-        {"characters from 128 up are text", "", "\x80\xA0\xBC\xFF<", "19 text(\\x80\\xA0\\xBC\\xFF) next(GenericTagSimpleParser)"},
+        {"characters from 128 up are text", "", "\x80\xA0\xBC\xFF<",
+         "19 text(\\x80\\xA0\\xBC\\xFF) next(GenericTagSimpleParser)"},
     };
     for (const Case& c : CASES)
         CheckRow<TextSimpleParser, TypeParam>(c.note, c.input, c.expected, Options<TypeParam>(c.options));
@@ -66,14 +69,17 @@ TYPED_TEST(TextTest, ScriptOpeners) {
     const Case CASES[] = {
         {"\"/*\" opens a block comment", "cp", "x/*y", "19 text(x) next(CCommentSimpleParser) rest(y)"},
         {"\"//\" opens a line comment", "cp", "x//y", "19 text(x) next(CPPCommentSimpleParser) rest(y)"},
-        {"a third \"/\" belongs to the line comment", "cp", "x///y", "19 text(x) next(CPPCommentSimpleParser) rest(/y)"},
+        {"a third \"/\" belongs to the line comment", "cp", "x///y",
+         "19 text(x) next(CPPCommentSimpleParser) rest(/y)"},
         {"an opener may come first", "cp", "/*", "19 text() next(CCommentSimpleParser)"},
         {"\"/*\" wins over a regular expression", "cpr", "a/*b", "19 text(a) next(CCommentSimpleParser) rest(b)"},
         {"\"//\" wins over a regular expression", "cpr", "a//b", "19 text(a) next(CPPCommentSimpleParser) rest(b)"},
         {"any other \"/\" opens a regular expression", "cpr", "a/b", "19 text(a) next(JSRegExSimpleParser) rest(b)"},
         {"a regular expression may begin with \"<\"", "cpr", "/<", "19 text() next(JSRegExSimpleParser) rest(<)"},
-        {"a regular expression may begin with a line feed", "cpr", "/\n", "19 text() next(JSRegExSimpleParser) rest(\\n)"},
-        {"a quote behind \"/\" belongs to the regular expression", "cprsd", "/'", "19 text() next(JSRegExSimpleParser) rest(')"},
+        {"a regular expression may begin with a line feed", "cpr", "/\n",
+         "19 text() next(JSRegExSimpleParser) rest(\\n)"},
+        {"a quote after \"/\" belongs to the regular expression", "cprsd", "/'",
+         "19 text() next(JSRegExSimpleParser) rest(')"},
         {"an apostrophe opens a string", "s", "a'b", "19 text(a) next(SQuoteStringSimpleParser) rest(b)"},
         {"a quotation mark opens a string", "d", "a\"b", "19 text(a) next(DQuoteStringSimpleParser) rest(b)"},
         {"the first of two openers wins", "sd", "\"'", "19 text() next(DQuoteStringSimpleParser) rest(')"},
@@ -90,17 +96,21 @@ TYPED_TEST(TextTest, ScriptOpeners) {
 TYPED_TEST(TextTest, Slashes) {
     const Case CASES[] = {
         {"a \"/\" that opens nothing is text, in one token", "cp", "a/b", "end 19 text(a/b)"},
-        {"text goes on behind such a \"/\"", "cp", "a/b<", "19 text(a/b) next(GenericTagSimpleParser)"},
-        {"a \"/\" directly in front of \"<\"", "cp", "a/<", "19 text(a/) next(GenericTagSimpleParser)"},
-        {"a \"/\" directly in front of an apostrophe", "cps", "a/'", "19 text(a/) next(SQuoteStringSimpleParser)"},
-        {"a \"/\" directly in front of a quotation mark", "cpd", "a/\"", "19 text(a/) next(DQuoteStringSimpleParser)"},
+        {"text goes on after such a \"/\"", "cp", "a/b<", "19 text(a/b) next(GenericTagSimpleParser)"},
+        {"a \"/\" directly before \"<\"", "cp", "a/<", "19 text(a/) next(GenericTagSimpleParser)"},
+        {"a \"/\" directly before an apostrophe", "cps", "a/'", "19 text(a/) next(SQuoteStringSimpleParser)"},
+        {"a \"/\" directly before a quotation mark", "cpd", "a/\"", "19 text(a/) next(DQuoteStringSimpleParser)"},
         {"only block comments: \"//\" is text", "c", "x//y<", "19 text(x//y) next(GenericTagSimpleParser)"},
-        {"only block comments: the second \"/\" of \"//*\" opens one", "c", "x//*y", "19 text(x/) next(CCommentSimpleParser) rest(y)"},
+        {"only block comments: the second \"/\" of \"//*\" opens one", "c", "x//*y",
+         "19 text(x/) next(CCommentSimpleParser) rest(y)"},
         {"only line comments: \"/*\" is text", "p", "x/*y<", "19 text(x/*y) next(GenericTagSimpleParser)"},
         {"only line comments: \"/*/\" and \"/\"", "p", "x/*//", "19 text(x/*) next(CPPCommentSimpleParser)"},
-        {"block comments and regular expressions: \"//\" opens the latter", "cr", "a//b", "19 text(a) next(JSRegExSimpleParser) rest(/b)"},
-        {"line comments and regular expressions: \"/*\" opens the latter", "pr", "a/*b", "19 text(a) next(JSRegExSimpleParser) rest(*b)"},
-        {"regular expressions alone never stop text", "r", "a/b/*c//d<", "19 text(a/b/*c//d) next(GenericTagSimpleParser)"},
+        {"block comments and regular expressions: \"//\" opens the latter", "cr", "a//b",
+         "19 text(a) next(JSRegExSimpleParser) rest(/b)"},
+        {"line comments and regular expressions: \"/*\" opens the latter", "pr", "a/*b",
+         "19 text(a) next(JSRegExSimpleParser) rest(*b)"},
+        {"regular expressions alone never stop text", "r", "a/b/*c//d<",
+         "19 text(a/b/*c//d) next(GenericTagSimpleParser)"},
         {"regular expressions alone never stop text, at the end either", "r", "a/b", "end 19 text(a/b)"},
         {"a \"/\" at the end of the input is text", "cp", "a/", "end 19 text(a/)"},
         {"a \"/\" at the end of the input is text with regular expressions too", "cpr", "a/", "end 19 text(a/)"},
@@ -115,17 +125,23 @@ TEST(TextTest, NarrowEscapeRuns) {
     const Case CASES[] = {
         {"markup inside a run is text", "e", "a\033$B<'/\"\033(Bb<c",
          "19 text(a\\x1B$B<'/\"\\x1B(Bb) next(GenericTagSimpleParser) rest(c)"},
-        {"openers inside a run are text", "ecpsdr", "\033$B/*//'\"\033(J/*", "19 text(\\x1B$B/*//'\"\\x1B(J) next(CCommentSimpleParser)"},
-        {"two runs in a row", "e", "\033$B<\033(B\033$@<\033(J<", "19 text(\\x1B$B<\\x1B(B\\x1B$@<\\x1B(J) next(GenericTagSimpleParser)"},
-        {"an escape that designates nothing is text", "e", "a\033x<b", "19 text(a\\x1Bx) next(GenericTagSimpleParser) rest(b)"},
-        {"a \"<\" directly behind ESC is text", "e", "a\033<b<", "19 text(a\\x1B<b) next(GenericTagSimpleParser)"},
-        {"an escape behind a pending \"/\"", "ecp", "/\033$B<\033(B<", "19 text(/\\x1B$B<\\x1B(B) next(GenericTagSimpleParser)"},
-        {"a \"/\" behind a run is judged as ever", "ecp", "\033$B<\033(B/*", "19 text(\\x1B$B<\\x1B(B) next(CCommentSimpleParser)"},
-        {"a \"/\" in front of a run and one behind it open nothing", "ecp", "/\033xy/<", "19 text(/\\x1Bxy/) next(GenericTagSimpleParser)"},
-        {"the input ends behind ESC", "e", "a\033", "end 19 text(a\\x1B)"},
+        {"openers inside a run are text", "ecpsdr", "\033$B/*//'\"\033(J/*",
+         "19 text(\\x1B$B/*//'\"\\x1B(J) next(CCommentSimpleParser)"},
+        {"two runs in a row", "e", "\033$B<\033(B\033$@<\033(J<",
+         "19 text(\\x1B$B<\\x1B(B\\x1B$@<\\x1B(J) next(GenericTagSimpleParser)"},
+        {"an escape that designates nothing is text", "e", "a\033x<b",
+         "19 text(a\\x1Bx) next(GenericTagSimpleParser) rest(b)"},
+        {"a \"<\" directly after ESC is text", "e", "a\033<b<", "19 text(a\\x1B<b) next(GenericTagSimpleParser)"},
+        {"an escape after a pending \"/\"", "ecp", "/\033$B<\033(B<",
+         "19 text(/\\x1B$B<\\x1B(B) next(GenericTagSimpleParser)"},
+        {"a \"/\" after a run is judged as ever", "ecp", "\033$B<\033(B/*",
+         "19 text(\\x1B$B<\\x1B(B) next(CCommentSimpleParser)"},
+        {"a \"/\" before a run and one after it open nothing", "ecp", "/\033xy/<",
+         "19 text(/\\x1Bxy/) next(GenericTagSimpleParser)"},
+        {"the input ends after ESC", "e", "a\033", "end 19 text(a\\x1B)"},
         {"the input ends inside a designation", "e", "a\033$", "end 19 text(a\\x1B$)"},
         {"the input ends inside a run", "e", "a\033$B<x", "end 19 text(a\\x1B$B<x)"},
-        {"the input ends behind the ESC of a return", "e", "a\033$Bx\033", "end 19 text(a\\x1B$Bx\\x1B)"},
+        {"the input ends after the ESC of a return", "e", "a\033$Bx\033", "end 19 text(a\\x1B$Bx\\x1B)"},
         {"the input ends inside a return", "e", "a\033$Bx\033(", "end 19 text(a\\x1B$Bx\\x1B()"},
         {"lines are counted inside a run", "e", "a\n\033$B\nb\n\033(Bc<",
          "19 text(a\\n\\x1B$B\\nb\\n\\x1B(Bc) next(GenericTagSimpleParser)"},
@@ -137,10 +153,12 @@ TEST(TextTest, NarrowEscapeRuns) {
 
 TEST(TextTest, WideTextNeverStopsAtAnEscape) {
     const Case CASES[] = {
-        {"markup behind a designation is markup", "e", "a\033$B<b", "19 text(a\\x1B$B) next(GenericTagSimpleParser) rest(b)"},
-        {"ESC in front of \"<\"", "e", "\033<b", "19 text(\\x1B) next(GenericTagSimpleParser) rest(b)"},
-        {"ESC behind a pending \"/\"", "ecp", "/\033<", "19 text(/\\x1B) next(GenericTagSimpleParser)"},
-        {"ESC behind a pending \"/\" opens a regular expression", "ecpr", "/\033<", "19 text() next(JSRegExSimpleParser) rest(\\x1B<)"},
+        {"markup after a designation is markup", "e", "a\033$B<b",
+         "19 text(a\\x1B$B) next(GenericTagSimpleParser) rest(b)"},
+        {"ESC before \"<\"", "e", "\033<b", "19 text(\\x1B) next(GenericTagSimpleParser) rest(b)"},
+        {"ESC after a pending \"/\"", "ecp", "/\033<", "19 text(/\\x1B) next(GenericTagSimpleParser)"},
+        {"ESC after a pending \"/\" opens a regular expression", "ecpr", "/\033<",
+         "19 text() next(JSRegExSimpleParser) rest(\\x1B<)"},
         {"ESC at the end of the input", "e", "a\033", "end 19 text(a\\x1B)"},
     };
     for (const Case& c : CASES)
@@ -152,7 +170,8 @@ TEST(TextTest, WideUnitsAreComparedWhole) {
     // The low bytes are those of "<", "/", "*", the quotes and line feed.
     const WideString input = {0x013C, 0x3C00, 0x012F, 0x012A, 0x2F2F, 0x0127, 0x0122, 0x010A, '<'};
     CheckRecognizer<TextSimpleParser<WideChar, WideString>>(
-        input, "19 text(\\u013C\\u3C00\\u012F\\u012A\\u2F2F\\u0127\\u0122\\u010A) next(GenericTagSimpleParser)", Options<Wide>("cpsdr"));
+        input, "19 text(\\u013C\\u3C00\\u012F\\u012A\\u2F2F\\u0127\\u0122\\u010A) next(GenericTagSimpleParser)",
+        Options<Wide>("cpsdr"));
 }
 
 TYPED_TEST(TextTest, States) {
@@ -254,31 +273,6 @@ TYPED_TEST(TextTest, AnEmptyPieceIsAnsweredAtOnce) {
         EXPECT_EQ(data.state, state);
         EXPECT_TRUE(data.text.empty());
     }
-}
-
-TYPED_TEST(TextTest, BeginParseClearsOptionsToo) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    TextSimpleParser<C, S> parser;
-    TextSimpleParserData<C, S> data;
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.allowCComment || data.allowCPPComment || data.allowSQuoteString || data.allowDQuoteString || data.allowJSRegEx ||
-                 data.allowEscape2022);
-    EXPECT_TRUE(data.text.empty() && data.nextParserName.empty());
-    SetOptions(&data, "cpsdre");
-    data.state = 2;
-    data.text = To<S>("left over");
-    data.nextParserName = KESTRA_WIDE("left over");
-    EXPECT_EQ(parser.BeginParse(&data), 0U);
-    EXPECT_EQ(data.state, 0U);
-    EXPECT_FALSE(data.allowCComment);
-    EXPECT_FALSE(data.allowCPPComment);
-    EXPECT_FALSE(data.allowSQuoteString);
-    EXPECT_FALSE(data.allowDQuoteString);
-    EXPECT_FALSE(data.allowJSRegEx);
-    EXPECT_FALSE(data.allowEscape2022);
-    EXPECT_TRUE(data.text.empty());
-    EXPECT_TRUE(data.nextParserName.empty());
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ TYPED_TEST(WhiteSpaceTest, Runs) {
         std::string_view expected;
     };
     const Case CASES[] = {
-        {"a run ends in front of the first other character", " \tx", "19 text( \\t) rest(x)"},
+        {"a run ends before the first other character", " \tx", "19 text( \\t) rest(x)"},
         {"a run may be empty", "x ", "19 text() rest(x )"},
         {"all six kinds of white space", " \t\n\v\f\r<", "19 text( \\t\\n\\x0B\\x0C\\r) rest(<)"},
         {"a run at the end of the input is complete", "  ", "end 19 text(  )"},
@@ -74,14 +74,16 @@ TEST(WhiteSpaceTest, NarrowWhiteSpaceIsSixBytes) {
 }
 
 TEST(WhiteSpaceTest, WideWhiteSpaceIsOneFixedTable) {
-    const WideString expected = {0x0009, 0x000A, 0x000B, 0x000C, 0x000D, 0x0020, 0x0085, 0x00A0, 0x1680, 0x2000, 0x2001, 0x2002, 0x2003,
-                                 0x2004, 0x2005, 0x2006, 0x2007, 0x2008, 0x2009, 0x200A, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
+    const WideString expected = {0x0009, 0x000A, 0x000B, 0x000C, 0x000D, 0x0020, 0x0085, 0x00A0, 0x1680,
+                                 0x2000, 0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008,
+                                 0x2009, 0x200A, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
     EXPECT_EQ((FindWhiteSpace<WideChar, WideString>(0x10000)), expected);
 }
 
 TEST(WhiteSpaceTest, OnlyTheLineFeedOfWideWhiteSpaceBeginsALine) {
     const WideString input = {0x2028, 0x0085, 0x000A, 0x3000, 0x2029, 'x'};
-    CheckRecognizer<WhiteSpaceSimpleParser<WideChar, WideString>>(input, "19 text(\\u2028\\u0085\\n\\u3000\\u2029) rest(x)");
+    CheckRecognizer<WhiteSpaceSimpleParser<WideChar, WideString>>(input,
+                                                                  "19 text(\\u2028\\u0085\\n\\u3000\\u2029) rest(x)");
 }
 
 }  // namespace

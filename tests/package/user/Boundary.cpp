@@ -1,5 +1,5 @@
-// What crosses the border between a host and the library, which may each have a runtime of their own: exceptions, memory that one side
-// takes and the other one gives back, types, threads.
+// What crosses the border between a host and the library, which may each have a runtime of their
+// own: exceptions, memory that one side takes and the other one gives back, types, threads.
 #include <kestra/html/DocumentParser.h>
 #include <kestra/html/StatelessParser.h>
 #include <kestra/platform/MemoryInputStream.h>
@@ -71,7 +71,8 @@ void UseExceptions() {
     CHECK(Catch([&] { parser.ParseBuffer("<p>", 3); }) == "no tags");
     // The same parser goes on with the next document.
     CHECK(parser.StartParse(StringNS::CharSet::UTF8, HTML::GenericParser::DATA_STREAM_8BIT) == HTML::PARSER_OK);
-    CHECK(parser.ParseBuffer("tea", 3) == HTML::PARSER_OK && parser.EndParse() == HTML::PARSER_OK && observer.texts == 1);
+    CHECK(parser.ParseBuffer("tea", 3) == HTML::PARSER_OK && parser.EndParse() == HTML::PARSER_OK &&
+          observer.texts == 1);
     // A stream that the parser owns is deleted on the way.
     parser.StartParse(StringNS::CharSet::UTF8, HTML::GenericParser::DATA_STREAM_8BIT);
     CHECK(Catch([&] { parser.ParseStream(new VFS::MemoryInputStream("<p>"), true); }) == "no tags");
@@ -106,8 +107,10 @@ void UseMemory() {
         parser.SetObserver(new Counter, true);
     }
     const std::string letters(100000, 'x');
-    WideString wide = Text<WideString>("a string that does not fit into the object itself, so that it has memory of the host's");
-    CHECK(StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, letters.data(), letters.size(), &wide) == RESULT_OK);
+    WideString wide =
+        Text<WideString>("a string that does not fit into the object itself, so that it has memory of the host's");
+    CHECK(StringNS::StringHelper::GetWideFromGeneric(StringNS::CharSet::UTF8, letters.data(), letters.size(), &wide) ==
+          RESULT_OK);
     CHECK(wide.size() == letters.size() && wide.back() == 'x');
     WideString own = Text<WideString>("a string that does not fit into the object itself");
     own.swap(wide);
@@ -120,7 +123,8 @@ void UseTypes() {
     CHECK(output.Write("tea", 3) == RESULT_OK);
     VFS::TmpInputStream input(output);
     VFS::InputStream* const stream = &input;
-    CHECK(dynamic_cast<VFS::TmpInputStream*>(stream) == &input && dynamic_cast<VFS::MemoryInputStream*>(stream) == nullptr);
+    CHECK(dynamic_cast<VFS::TmpInputStream*>(stream) == &input &&
+          dynamic_cast<VFS::MemoryInputStream*>(stream) == nullptr);
 }
 
 /// One parser for each thread.

@@ -4,7 +4,8 @@
 
 #include <string>
 
-/// Notes one expectation; a failed one is printed. The program's exit status tells whether all held.
+/// Notes one expectation; a failed one is printed. The program's exit status tells whether all
+/// held.
 void Note(bool holds, const char* expression, const char* file, int line);
 
 #define CHECK(...) Note((__VA_ARGS__), #__VA_ARGS__, __FILE__, __LINE__)

@@ -87,7 +87,8 @@ using NarrowTracer = Tracer<ParserObserver<char, std::string>, char, std::string
 using WideTracer = Tracer<GenericParserObserver, WideChar, WideString>;
 
 const std::string PAGE_TRACE =
-    "start-parsing()text(a)start(b)text(f)short(br)end(b)text(\n)start(script)js-start()text(x=)string(</b>)text(;)end(script)js-end()"
+    "start-parsing()text(a)start(b)text(f)short(br)end(b)text(\n)start(script)js-start()text(x=)string(</"
+    "b>)text(;)end(script)js-end()"
     "junk(<!-x)junk( g)end-parsing()";
 
 std::string JoinJunk(std::string trace) {
@@ -150,7 +151,8 @@ void UseOutput(const std::string& bytes, GenericParser::DataStreamType type) {
 void UseSelfCheck(const std::string& bytes, GenericParser::DataStreamType type) {
     GenericParser parser;
     parser.StartParse(CharSet::WINDOWS_1252, type);
-    CHECK(parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY) == 0 && parser.GetSelfCheck() == GenericParser::SELF_CHECK_COPY);
+    CHECK(parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY) == 0 &&
+          parser.GetSelfCheck() == GenericParser::SELF_CHECK_COPY);
     parser.StartParse(CharSet::WINDOWS_1252, type);
     MemoryInputStream stream(bytes);
     CHECK(parser.ParseStream(&stream, false) == PARSER_OK);
@@ -205,7 +207,8 @@ void UseBuffers() {
     CHECK(observer.trace == "start-parsing()text(a)start(b)text(c)end(b)end-parsing()");
     CHECK(copy.ParseBuffer("x>", 2) == PARSER_OK && copy.EndParse() == PARSER_OK);
     CHECK(copyObserver.trace == "start(bx)end-parsing()");
-    CHECK(parser.StartParse(CharSet::UTF8, GenericParser::DATA_STREAM_8BIT) == PARSER_OK && parser.ParseBuffer("<b", 2) == PARSER_OK);
+    CHECK(parser.StartParse(CharSet::UTF8, GenericParser::DATA_STREAM_8BIT) == PARSER_OK &&
+          parser.ParseBuffer("<b", 2) == PARSER_OK);
     CHECK(parser.EndParse() == PARSER_UNTERMINATED);
 }
 
@@ -237,7 +240,8 @@ void UseFrontEnd() {
 void UseDocuments() {
     UseStreams<NarrowTracer>(PAGE, GenericParser::DATA_STREAM_8BIT, 1);
     UseStreams<WideTracer>(PAGE, GenericParser::DATA_STREAM_8BIT, 1);
-    UseStreams<Tracer<ParserObserver<WideChar, WideString>, WideChar, WideString>>(Utf16(PAGE), GenericParser::DATA_STREAM_UTF16, 2);
+    UseStreams<Tracer<ParserObserver<WideChar, WideString>, WideChar, WideString>>(Utf16(PAGE),
+                                                                                   GenericParser::DATA_STREAM_UTF16, 2);
     UseOutput<Copier<ParserObserverOutput<char, std::string>>>(PAGE, GenericParser::DATA_STREAM_8BIT);
     UseOutput<Copier<ParserObserverOutput<WideChar, WideString>>>(Utf16(PAGE), GenericParser::DATA_STREAM_UTF16);
     UseOutput<Copier<GenericParserObserverOutput>>(Utf16(PAGE), GenericParser::DATA_STREAM_UTF16);

@@ -91,7 +91,8 @@ void UseDelegates() {
     CHECK(calls == 2);
     delegate.Remove(&ear);
     CHECK(!delegate.IsBound(7));
-    static_assert(std::is_base_of_v<Observable, StatelessHTMLParser> && std::is_base_of_v<Observer, StatelessHTMLObserver>);
+    static_assert(std::is_base_of_v<Observable, StatelessHTMLParser> &&
+                  std::is_base_of_v<Observer, StatelessHTMLObserver>);
 }
 
 }  // namespace

@@ -69,7 +69,8 @@ void UseStringHelper() {
     CHECK(StringHelper::GetStringFromWide(CharSet::UTF8, wide.data(), wide.size(), &narrow) == Kestra::RESULT_OK);
     CHECK(narrow == "\xD0\x9F\xD1\x80");
     CHECK(StringHelper::GetWideFromGeneric(54321, "x", 1, &wide) == Kestra::RESULT_UNSUPPORTED_CHARSET && wide.empty());
-    CHECK(StringHelper::GetStringFromAnsi("\x80", 1, &wide) == Kestra::RESULT_OK && wide.size() == 1 && wide[0] == 0x20AC);
+    CHECK(StringHelper::GetStringFromAnsi("\x80", 1, &wide) == Kestra::RESULT_OK && wide.size() == 1 &&
+          wide[0] == 0x20AC);
     CHECK(StringHelper::GetAnsiFromWide(wide.data(), wide.size(), &narrow) == Kestra::RESULT_OK && narrow == "\x80");
 
     Vector<std::string> parts;
@@ -95,7 +96,8 @@ void UseStreams() {
     CHECK(memory.GetPosition(&position) == Kestra::RESULT_OK && position == 110);
 
     auto output = std::make_unique<TmpOutputStream>(4);
-    CHECK(output->Write("in memory, ", 11) == Kestra::RESULT_OK && output->Write("then in a file", 14) == Kestra::RESULT_OK);
+    CHECK(output->Write("in memory, ", 11) == Kestra::RESULT_OK &&
+          output->Write("then in a file", 14) == Kestra::RESULT_OK);
     CHECK(output->GetSize() == 25 && output->GetResult() == Kestra::RESULT_OK);
     TmpInputStream input(*output);
     output.reset();

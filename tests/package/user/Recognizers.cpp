@@ -32,11 +32,13 @@ using namespace Kestra::HTML;
 
 namespace {
 
-/// One construct read by a recognizer of the library, through its base class, as a host's own driver would do it.
-template <typename C, typename S, template <typename, typename> class Parser, template <typename, typename> class Record>
+/// One construct read by a recognizer of the library, through its base class, as a host's own
+/// driver would do it.
+template <typename C, typename S, template <typename, typename> class Parser,
+          template <typename, typename> class Record>
 struct Reading {
     /// Feeds the text one character a piece.
-    /// @param options  called behind `BeginParse`
+    /// @param options  called after `BeginParse`
     template <typename Options>
     Reading(const std::string& ascii, Options options) {
         const S text = Text<S>(ascii);
@@ -95,7 +97,8 @@ void UseFramework() {
 template <typename C, typename S>
 void UseTextRecognizers() {
     const Reading<C, S, TextSimpleParser, TextSimpleParserData> text("a<b");
-    CHECK(text.result == SP_TOKEN_COMPLETE && text.record.text == Text<S>("a") && text.consumed == 2 && text.column == 3);
+    CHECK(text.result == SP_TOKEN_COMPLETE && text.record.text == Text<S>("a") && text.consumed == 2 &&
+          text.column == 3);
     CHECK(text.record.nextParserName == ParserNames::GENERIC_TAG);
 
     const Reading<C, S, WhiteSpaceSimpleParser, WhiteSpaceSimpleParserData> blanks(" \tx");
@@ -105,7 +108,8 @@ void UseTextRecognizers() {
     CHECK(junk.result == SP_TOKEN_COMPLETE && junk.consumed == 2 && junk.record.text.size() == 2 * sizeof(C));
 
     const Reading<C, S, Escape2022SimpleParser, Escape2022SimpleParserData> escape("$B<'\x1B(Bx");
-    CHECK(escape.result == SP_TOKEN_COMPLETE && escape.record.text == Text<S>("\x1B$B<'\x1B(B") && escape.consumed == 7);
+    CHECK(escape.result == SP_TOKEN_COMPLETE && escape.record.text == Text<S>("\x1B$B<'\x1B(B") &&
+          escape.consumed == 7);
 }
 
 template <typename C, typename S>
@@ -120,7 +124,8 @@ void UseLiteralRecognizers() {
     CHECK(quoted.result == SP_TOKEN_COMPLETE && quoted.record.text == Text<S>("a'<b") && quoted.consumed == 5);
 
     const Reading<C, S, JSRegExSimpleParser, JSRegExSimpleParserData> expression("a\\/b/g", escapes);
-    CHECK(expression.result == SP_TOKEN_COMPLETE && expression.record.text == Text<S>("/a\\/b") && expression.consumed == 4);
+    CHECK(expression.result == SP_TOKEN_COMPLETE && expression.record.text == Text<S>("/a\\/b") &&
+          expression.consumed == 4);
 }
 
 template <typename C, typename S>
@@ -129,11 +134,13 @@ void UsePiecesOfTags() {
     CHECK(name.result == SP_TOKEN_COMPLETE && name.record.text == Text<S>("h1/"));
 
     const Reading<C, S, TokenSimpleParser, TokenSimpleParserData> value(" 'a b'");
-    CHECK(value.result == SP_TOKEN_COMPLETE && value.record.prefix == Text<S>(" ") && value.record.value == Text<S>("a b"));
+    CHECK(value.result == SP_TOKEN_COMPLETE && value.record.prefix == Text<S>(" ") &&
+          value.record.value == Text<S>("a b"));
     CHECK(value.record.quote == QUOTE_SINGLE);
 
     const Reading<C, S, AttributeSimpleParser, AttributeSimpleParserData> attribute(" href = \"x\">");
-    CHECK(attribute.result == SP_TOKEN_COMPLETE && attribute.record.hasValue == 1 && attribute.record.quote == QUOTE_DOUBLE);
+    CHECK(attribute.result == SP_TOKEN_COMPLETE && attribute.record.hasValue == 1 &&
+          attribute.record.quote == QUOTE_DOUBLE);
     CHECK(attribute.record.prefix == Text<S>(" ") && attribute.record.name == Text<S>("href"));
     CHECK(attribute.record.beforeEquals == Text<S>(" ") && attribute.record.afterEquals == Text<S>(" "));
     CHECK(attribute.record.value == Text<S>("x") && attribute.consumed == 11);
@@ -148,7 +155,8 @@ void UsePiecesOfTags() {
 template <typename C, typename S>
 void UseTags() {
     const Reading<C, S, StartTagSimpleParser, StartTagSimpleParserData> start("div hidden class=a id='b' />x");
-    CHECK(start.result == SP_TOKEN_COMPLETE && start.record.name == Text<S>("div") && start.record.attributes.size() == 3);
+    CHECK(start.result == SP_TOKEN_COMPLETE && start.record.name == Text<S>("div") &&
+          start.record.attributes.size() == 3);
     CHECK(start.record.selfClosing && start.record.closed && start.consumed == 28);
     CHECK(start.record.attributes[2].value == Text<S>("b") && start.record.attributes[2].quote == QUOTE_SINGLE);
     CHECK(!start.record.attributes[0].hasValue && start.record.suffix == Text<S>(" "));
@@ -174,7 +182,8 @@ void UseSections() {
     CHECK(section.record.keyword == Text<S>("CDATA") && section.consumed == 7);
 
     const Reading<C, S, ConditionalTagSimpleParser, ConditionalTagSimpleParserData> condition(" !IE]>x");
-    CHECK(condition.result == SP_TOKEN_COMPLETE && condition.record.condition == Text<S>(" !IE") && condition.consumed == 6);
+    CHECK(condition.result == SP_TOKEN_COMPLETE && condition.record.condition == Text<S>(" !IE") &&
+          condition.consumed == 6);
     CHECK(condition.record.tail.empty() && condition.record.bracketClosed && condition.record.tagClosed);
 }
 
@@ -188,13 +197,15 @@ void UseScriptComments() {
     CHECK(line.record.nextParserName.empty());
     const Reading<C, S, CPPCommentSimpleParser, CPPCommentSimpleParserData> handedOver("a<![if x");
     CHECK(handedOver.result == SP_TOKEN_COMPLETE && handedOver.record.nextParserName == ParserNames::CONDITIONAL_TAG);
-    CHECK(handedOver.record.text == Text<S>("a") && handedOver.record.keyword == Text<S>("if") && handedOver.consumed == 6);
+    CHECK(handedOver.record.text == Text<S>("a") && handedOver.record.keyword == Text<S>("if") &&
+          handedOver.consumed == 6);
 }
 
 template <typename C, typename S>
 void UseDeclarations() {
     const Reading<C, S, EntityTagSimpleParser, EntityTagSimpleParserData> entity("DOCTYPE html \"\" >x");
-    CHECK(entity.result == SP_TOKEN_COMPLETE && entity.record.name == Text<S>("DOCTYPE") && entity.record.tokens.size() == 2);
+    CHECK(entity.result == SP_TOKEN_COMPLETE && entity.record.name == Text<S>("DOCTYPE") &&
+          entity.record.tokens.size() == 2);
     CHECK(entity.record.tokens[0].value == Text<S>("html") && entity.record.tokens[1].quote == QUOTE_DOUBLE);
     CHECK(entity.record.suffix == Text<S>(" ") && entity.consumed == 17);
 
@@ -205,7 +216,8 @@ void UseDeclarations() {
     CHECK(php.result == SP_TOKEN_COMPLETE && php.record.freeStyle && php.record.text == Text<S>("<?php '?>' ?>"));
 
     const Reading<C, S, ExternTagFreeStyleSimpleParser, ExternTagFreeStyleSimpleParserData> freeStyle(" /*>*/?>x");
-    CHECK(freeStyle.result == SP_TOKEN_COMPLETE && freeStyle.record.text == Text<S>(" /*>*/?>") && freeStyle.consumed == 8);
+    CHECK(freeStyle.result == SP_TOKEN_COMPLETE && freeStyle.record.text == Text<S>(" /*>*/?>") &&
+          freeStyle.consumed == 8);
 }
 
 template <typename S>

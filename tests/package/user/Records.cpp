@@ -58,18 +58,23 @@ void UseWriters() {
     CHECK(Written<S>(Output::GetDQuoteStringOutput, DQuoteStringData<C, S>{&body}) == Text<S>("\"body\""));
     CHECK(Written<S>(Output::GetStartTagOutput, StartTagData<C, S>{&empty, &name, &attributes, &blank, true}) ==
           Text<S>("<name a=1 b='2' c=\"3\" >"));
-    CHECK(Written<S>(Output::GetShortTagOutput, ShortTagData<C, S>{&empty, &name, nullptr, &blank, true}) == Text<S>("<name />"));
+    CHECK(Written<S>(Output::GetShortTagOutput, ShortTagData<C, S>{&empty, &name, nullptr, &blank, true}) ==
+          Text<S>("<name />"));
     CHECK(Written<S>(Output::GetEndTagOutput, EndTagData<C, S>{&blank, &name, &empty, false, nullptr, false, &blank}) ==
           Text<S>("</ name"));
-    CHECK(Written<S>(Output::GetConditionalTagOutput, ConditionalTagData<C, S>{&name, &empty, &empty, true, true}) == Text<S>("<![name]>"));
-    CHECK(Written<S>(Output::GetEntityTagOutput, EntityTagData<C, S>{&empty, &name, &tokens, &blank}) == Text<S>("<!name html >"));
-    CHECK(Written<S>(Output::GetExternTagOutput, ExternTagData<C, S>{&empty, &name, &attributes, &empty, false, nullptr, false}) ==
-          Text<S>("<?name a=1 b='2' c=\"3\"?>"));
+    CHECK(Written<S>(Output::GetConditionalTagOutput, ConditionalTagData<C, S>{&name, &empty, &empty, true, true}) ==
+          Text<S>("<![name]>"));
+    CHECK(Written<S>(Output::GetEntityTagOutput, EntityTagData<C, S>{&empty, &name, &tokens, &blank}) ==
+          Text<S>("<!name html >"));
+    CHECK(Written<S>(Output::GetExternTagOutput, ExternTagData<C, S>{&empty, &name, &attributes, &empty, false, nullptr,
+                                                                     false}) == Text<S>("<?name a=1 b='2' c=\"3\"?>"));
 
     // The bodies of sections: bytes as many as characters, so of a wide one the first half.
     const S section = sizeof(C) == 1 ? body : body.substr(0, 2);
-    CHECK(Written<S>(Output::GetCommentTagOutput, CommentTagData<C, S>{&body, true}) == Text<S>("<!--") + section + Text<S>("-->"));
-    CHECK(Written<S>(Output::GetCDATATagOutput, CDATATagData<C, S>{&name, &body, true}) == Text<S>("<![name") + section + Text<S>("]]>"));
+    CHECK(Written<S>(Output::GetCommentTagOutput, CommentTagData<C, S>{&body, true}) ==
+          Text<S>("<!--") + section + Text<S>("-->"));
+    CHECK(Written<S>(Output::GetCDATATagOutput, CDATATagData<C, S>{&name, &body, true}) ==
+          Text<S>("<![name") + section + Text<S>("]]>"));
 
     // Junk is bytes in both flavours.
     const std::string junk(reinterpret_cast<const char*>(body.data()), body.size() * sizeof(C));
@@ -85,7 +90,8 @@ void UseNormalizer() {
     word.name = Text<S>("world");
     attributes.push_back(word);
     AttributesNormalizer<C, S>::Normalize(&attributes);
-    CHECK(attributes.size() == 1 && attributes[0].value == Text<S>("'hello' world") && attributes[0].quote == QUOTE_NONE);
+    CHECK(attributes.size() == 1 && attributes[0].value == Text<S>("'hello' world") &&
+          attributes[0].quote == QUOTE_NONE);
 }
 
 template <typename C, typename S>
@@ -96,9 +102,11 @@ void UseReferences() {
     CHECK(References::EncodeText(plain, &written) && written == Text<S>("&lt;\"tea\" &amp; 'milk'&gt;"));
     CHECK(References::DecodeText(written, &written) && written == plain);
     CHECK(!References::DecodeText(plain, &written));
-    CHECK(References::EncodeAttributeValue(plain, QUOTE_DOUBLE, &written) && written == Text<S>("<&quot;tea&quot; &amp; 'milk'>"));
+    CHECK(References::EncodeAttributeValue(plain, QUOTE_DOUBLE, &written) &&
+          written == Text<S>("<&quot;tea&quot; &amp; 'milk'>"));
     CHECK(References::DecodeAttributeValue(written, &written) && written == plain);
-    CHECK(References::DecodeText(Text<S>("&eacute;&zwj;"), &written, Kestra::StringNS::CharSet::WINDOWS_1252) && written != plain);
+    CHECK(References::DecodeText(Text<S>("&eacute;&zwj;"), &written, Kestra::StringNS::CharSet::WINDOWS_1252) &&
+          written != plain);
 }
 
 /// A sink of the host's own.

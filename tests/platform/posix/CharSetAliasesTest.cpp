@@ -37,7 +37,8 @@ std::vector<std::string> GetRegisteredAliases(const std::string& name) {
     UEnumeration* const names = ucnv_openStandardNames(name.c_str(), "IANA", &error);
     if (U_FAILURE(error) || names == nullptr)
         return aliases;
-    for (const char* alias = uenum_next(names, nullptr, &error); alias != nullptr; alias = uenum_next(names, nullptr, &error))
+    for (const char* alias = uenum_next(names, nullptr, &error); alias != nullptr;
+         alias = uenum_next(names, nullptr, &error))
         aliases.emplace_back(alias);
     uenum_close(names);
     return aliases;
@@ -52,7 +53,8 @@ TEST(CharSetAliasesTest, EveryRegisteredAliasThatIcuKnowsIsInTheTable) {
                 const CharSet::Code code = CharSet::GetCharSetCode(Widen(alias));
                 EXPECT_NE(code, CharSet::UNKNOWN) << alias << ", an alias of " << name;
                 // ICU files these under a converter that it shares between several code pages.
-                const bool isShared = row.code == 20105 || row.code == 38598 || row.code == 51936 || alias == "ISO-8859-8-I";
+                const bool isShared =
+                    row.code == 20105 || row.code == 38598 || row.code == 51936 || alias == "ISO-8859-8-I";
                 if (name == names.front() && !isShared) {
                     EXPECT_EQ(code, row.code) << alias << ", an alias of " << name;
                 }

@@ -12,8 +12,8 @@
 #include "platform/Results.h"
 
 /// @file
-/// Brings about the failures of the two engines: uchardet's functions are defined here once more and go to the real ones unless told
-/// to fail; ICU gets an allocator that runs dry.
+/// Brings about the failures of the two engines: uchardet's functions are defined here once more
+/// and go to the real ones unless told to fail; ICU gets an allocator that runs dry.
 
 namespace {
 
@@ -32,7 +32,9 @@ extern "C" uchardet_t uchardet_new(void) {
 }
 
 extern "C" int uchardet_handle_data(uchardet_t detector, const char* data, std::size_t size) {
-    return uchardetCallFails ? 1 : FindReal<int(uchardet_t, const char*, std::size_t)>("uchardet_handle_data")(detector, data, size);
+    return uchardetCallFails
+               ? 1
+               : FindReal<int(uchardet_t, const char*, std::size_t)>("uchardet_handle_data")(detector, data, size);
 }
 
 namespace Kestra::Base {
@@ -75,8 +77,9 @@ void Free(const void*, void* block) {
     std::free(block);
 }
 
-/// In a process of its own: ICU takes an allocator only before its first use, and remembers that it could not start.
-/// Leaves without the search for leaks, as ICU keeps some of its blocks when the start fails halfway.
+/// In a process of its own: ICU takes an allocator only before its first use, and remembers that it
+/// could not start. Leaves without the search for leaks, as ICU keeps some of its blocks when the
+/// start fails halfway.
 [[noreturn]] void ExitWithResult(int allocations) {
     allocationsLeft = allocations;
     UErrorCode status = U_ZERO_ERROR;
@@ -87,7 +90,8 @@ void Free(const void*, void* block) {
 TEST(CharsetDetectorFailuresDeathTest, IcuCannotBeStarted) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     for (const int allocations : {0, 1, 2, 5, 20})
-        EXPECT_EXIT(ExitWithResult(allocations), testing::ExitedWithCode(RESULT_UNAVAILABLE), "") << allocations << " allocations";
+        EXPECT_EXIT(ExitWithResult(allocations), testing::ExitedWithCode(RESULT_UNAVAILABLE), "")
+            << allocations << " allocations";
     EXPECT_EXIT(ExitWithResult(1000000), testing::ExitedWithCode(RESULT_OK), "");
 }
 

@@ -30,13 +30,14 @@ using Test::CharsetSample;
 using Test::DecodeText;
 using Test::EncodeText;
 using Test::MakeCharsetSamples;
-using Test::PutBehindScript;
+using Test::PutAfterScript;
 
 namespace Texts = Test::CharsetTexts;
 
 constexpr std::uint32_t CONFIDENT = 50;  ///< what the front end asks for unless the host says otherwise
 
-/// Detects over a heap block of the exact size, so that sanitizers see a read behind it. Code 0 stands for no result.
+/// Detects over a heap block of the exact size, so that sanitizers see a read after it. Code 0
+/// stands for no result.
 DetectedCharset Detect(std::string_view bytes) {
     const std::unique_ptr<char[]> block(new char[bytes.size()]);
     bytes.copy(block.get(), bytes.size());
@@ -72,7 +73,8 @@ struct SampleOutcome {
     Outcome behindScript;
 };
 
-// What the engines make of each sample, their errors among it. They are confident of nothing that reads the text wrong.
+// What the engines make of each sample, their errors among it. They are confident of nothing that
+// reads the text wrong.
 const SampleOutcome SAMPLE_OUTCOMES[] = {
     {"Russian letter, windows-1251", {1251, true}, {1251, true}},
     {"Russian letter, UTF-8", {65001, true}, {65001, true}},
@@ -147,7 +149,7 @@ TEST(CharsetDetectorSamplesTest, CoverLanguagesAndSizes) {
         languages.insert(sample.language);
         EXPECT_GE(sample.text.size(), 60U) << sample.note;
         EXPECT_LE(sample.bytes.size(), 4096U) << sample.note;
-        EXPECT_GE(PutBehindScript(sample).size(), sample.bytes.size() + 12 * 1024) << sample.note;
+        EXPECT_GE(PutAfterScript(sample).size(), sample.bytes.size() + 12 * 1024) << sample.note;
         largest = std::max(largest, sample.bytes.size());
     }
     EXPECT_GE(notes.size(), 26U);
@@ -164,10 +166,10 @@ TEST(CharsetDetectorSamplesTest, HaveTheirOutcomes) {
         const DetectedCharset alone = Detect(sample.bytes);
         EXPECT_EQ(alone.code, row.alone.code) << row.note;
         EXPECT_EQ(alone.confidence >= CONFIDENT, row.alone.confident) << row.note << ": " << alone.confidence;
-        const DetectedCharset behindScript = Detect(PutBehindScript(sample));
-        EXPECT_EQ(behindScript.code, row.behindScript.code) << row.note << ", behind script";
+        const DetectedCharset behindScript = Detect(PutAfterScript(sample));
+        EXPECT_EQ(behindScript.code, row.behindScript.code) << row.note << ", after script";
         EXPECT_EQ(behindScript.confidence >= CONFIDENT, row.behindScript.confident)
-            << row.note << ", behind script: " << behindScript.confidence;
+            << row.note << ", after script: " << behindScript.confidence;
     }
 }
 
@@ -184,7 +186,7 @@ bool ReadsSample(const CharsetSample& sample, CharSet::Code code) {
 
 TEST(CharsetDetectorSamplesTest, NoConfidentAnswerReadsATextWrong) {
     for (const CharsetSample& sample : Samples()) {
-        for (const std::string& bytes : {sample.bytes, PutBehindScript(sample)}) {
+        for (const std::string& bytes : {sample.bytes, PutAfterScript(sample)}) {
             const DetectedCharset detected = Detect(bytes);
             if (detected.confidence >= CONFIDENT) {
                 EXPECT_TRUE(ReadsSample(sample, detected.code)) << sample.note << ": " << detected.code;
@@ -205,10 +207,10 @@ std::string FormatScore(const CharsetSample& sample, const std::string& bytes) {
 
 std::string FormatScoreTable() {
     std::ostringstream table;
-    table << "| Sample | Bytes | Code page | Alone | Behind 12 KB of script |\n| --- | ---: | ---: | --- | --- |\n";
+    table << "| Sample | Bytes | Code page | Alone | After 12 KB of script |\n| --- | ---: | ---: | --- | --- |\n";
     for (const CharsetSample& sample : Samples()) {
-        table << "| " << sample.note << " | " << sample.bytes.size() << " | " << sample.code << " | " << FormatScore(sample, sample.bytes)
-              << " | " << FormatScore(sample, PutBehindScript(sample)) << " |\n";
+        table << "| " << sample.note << " | " << sample.bytes.size() << " | " << sample.code << " | "
+              << FormatScore(sample, sample.bytes) << " | " << FormatScore(sample, PutAfterScript(sample)) << " |\n";
     }
     return table.str();
 }
@@ -270,8 +272,8 @@ const Certain CERTAIN_ANSWERS[] = {
     {"U+0080", "\xC2\x80"sv, 65001},
     {"U+07FF", "\xDF\xBF"sv, 65001},
     {"U+0800", "\xE0\xA0\x80"sv, 65001},
-    {"U+D7FF, the last in front of the surrogates", "\xED\x9F\xBF"sv, 65001},
-    {"U+E000, the first behind the surrogates", "\xEE\x80\x80"sv, 65001},
+    {"U+D7FF, the last before the surrogates", "\xED\x9F\xBF"sv, 65001},
+    {"U+E000, the first after the surrogates", "\xEE\x80\x80"sv, 65001},
     {"U+FFFF", "\xEF\xBF\xBF"sv, 65001},
     {"U+10000", "\xF0\x90\x80\x80"sv, 65001},
     {"U+10FFFF", "\xF4\x8F\xBF\xBF"sv, 65001},
@@ -300,7 +302,7 @@ const Certain NOT_CERTAIN[] = {
     {"a NUL", "a\0b"sv, 20127},
     {"a lone trail byte", "a\x80"sv, 65001},
     {"a lead byte without its trail byte", "a\xC3(b"sv, 65001},
-    {"a lead byte behind a lead byte", "a\xC3\xC3\xA9"sv, 65001},
+    {"a lead byte after a lead byte", "a\xC3\xC3\xA9"sv, 65001},
     {"an overlong form of two bytes, first", "a\xC0\x80"sv, 65001},
     {"an overlong form of two bytes, last", "a\xC1\xBF"sv, 65001},
     {"an overlong form of three bytes", "a\xE0\x9F\xBF"sv, 65001},
@@ -320,7 +322,7 @@ TEST(CharsetDetectorTest, SomeBytesLeaveDoubt) {
 }
 
 TEST(CharsetDetectorTest, MarksNameTheOrderOfBytes) {
-    const std::u16string text = u"\uFEFFA mark stands in front of this text. \u041F\u0440\u0438\u0432\u0435\u0442!";
+    const std::u16string text = u"\uFEFFA mark comes before this text. \u041F\u0440\u0438\u0432\u0435\u0442!";
     const struct {
         const char* converter;
         CharSet::Code code;
@@ -339,7 +341,8 @@ TEST(CharsetDetectorTest, WithoutTextThereIsNoResult) {
     EXPECT_EQ(Detect("<script>alert('\xCF\xF0\xE8\xE2\xE5\xF2')").code, CharSet::UNKNOWN);
 }
 
-/// The bytes that matter went with the markup: what is left is English for one engine and ASCII for the other.
+/// The bytes that matter went with the markup: what is left is English for one engine and ASCII for
+/// the other.
 TEST(CharsetDetectorTest, SevenBitTextSaysNothingAboutItsMarkup) {
     const std::string text = EncodeText(Texts::ENGLISH, "US-ASCII");
     const DetectedCharset detected = Detect("<p title=\"\xCF\xF0\xE8\xE2\xE5\xF2\">" + text);
@@ -363,8 +366,9 @@ TEST(CharsetDetectorTest, NoMatchIsNoFailure) {
 }
 
 TEST(CharsetDetectorTest, OneDamagedCharacterKeepsUtf8) {
-    for (const std::u16string_view text : {std::u16string_view(Texts::RUSSIAN), std::u16string_view(Texts::JAPANESE),
-                                           std::u16string_view(Texts::HEBREW), std::u16string_view(Texts::FRENCH_LONG)}) {
+    for (const std::u16string_view text :
+         {std::u16string_view(Texts::RUSSIAN), std::u16string_view(Texts::JAPANESE), std::u16string_view(Texts::HEBREW),
+          std::u16string_view(Texts::FRENCH_LONG)}) {
         std::string bytes = EncodeText(text, "UTF-8");
         bytes.insert(bytes.size() / 2, "\xE9 ");
         const DetectedCharset detected = Detect(bytes);
@@ -374,7 +378,8 @@ TEST(CharsetDetectorTest, OneDamagedCharacterKeepsUtf8) {
     }
 }
 
-/// What lies between the confidence of an agreement and that of a disagreement: one engine keeps silent. A few bytes are no evidence.
+/// What lies between the confidence of an agreement and that of a disagreement: one engine keeps
+/// silent. A few bytes are no evidence.
 TEST(CharsetDetectorTest, ASingleAnswerNeedsEvidence) {
     const std::string thai = EncodeText(Texts::THAI, "windows-874");  // ICU knows no Thai
     const struct {

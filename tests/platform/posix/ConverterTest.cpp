@@ -15,7 +15,8 @@
 #include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
 
-// What the charset conversions owe to ICU: the library's own converters are held against it, all others are ICU's.
+// What the charset conversions owe to ICU: the library's own converters are held against it, all
+// others are ICU's.
 
 #include "platform/Results.h"
 #include "platform/StringHelper.h"
@@ -30,7 +31,8 @@ bool isOpeningBroken = false;  // whether they fail
 #define KESTRA_TEST_TEXT(name) #name
 #define KESTRA_TEST_TEXT_OF(macro) KESTRA_TEST_TEXT(macro)
 
-// Stands in front of ICU's own function in the whole test program: it counts, and fails when a test says so.
+// Stands before ICU's own function in the whole test program: it counts, and fails when a test says
+// so.
 extern "C" UConverter* ucnv_open(const char* name, UErrorCode* error) {
     ++openings;
     if (isOpeningBroken) {
@@ -84,8 +86,8 @@ public:
     WideString ToWide(const std::string& bytes) {
         UErrorCode error = U_ZERO_ERROR;
         WideString units(bytes.size() * 4 + 4, 0);
-        const std::int32_t size = ucnv_toUChars(converter, units.data(), static_cast<std::int32_t>(units.size()), bytes.data(),
-                                                static_cast<std::int32_t>(bytes.size()), &error);
+        const std::int32_t size = ucnv_toUChars(converter, units.data(), static_cast<std::int32_t>(units.size()),
+                                                bytes.data(), static_cast<std::int32_t>(bytes.size()), &error);
         EXPECT_TRUE(U_SUCCESS(error)) << u_errorName(error);
         units.resize(static_cast<std::size_t>(size));
         return units;
@@ -94,8 +96,8 @@ public:
     std::string FromWide(const WideString& units) {
         UErrorCode error = U_ZERO_ERROR;
         std::string bytes(units.size() * 8 + 8, 0);
-        const std::int32_t size = ucnv_fromUChars(converter, bytes.data(), static_cast<std::int32_t>(bytes.size()), units.data(),
-                                                  static_cast<std::int32_t>(units.size()), &error);
+        const std::int32_t size = ucnv_fromUChars(converter, bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                                                  units.data(), static_cast<std::int32_t>(units.size()), &error);
         EXPECT_TRUE(U_SUCCESS(error)) << u_errorName(error);
         bytes.resize(static_cast<std::size_t>(size));
         return bytes;
@@ -112,8 +114,8 @@ private:
     }
 
     /// ICU's own callback leaves out characters that are ignorable by default.
-    static void WriteSubstitution(const void*, UConverterFromUnicodeArgs* arguments, const UChar*, std::int32_t, UChar32,
-                                  UConverterCallbackReason reason, UErrorCode* error) {
+    static void WriteSubstitution(const void*, UConverterFromUnicodeArgs* arguments, const UChar*, std::int32_t,
+                                  UChar32, UConverterCallbackReason reason, UErrorCode* error) {
         if (reason <= UCNV_IRREGULAR) {
             *error = U_ZERO_ERROR;
             ucnv_cbFromUWriteSub(arguments, 0, error);
@@ -139,14 +141,16 @@ const OwnConverter OWN_CONVERTERS[] = {
 TEST(PosixConverterTest, OwnConvertersToWideAgreeWithIcuOnEverySequenceOfEdges) {
     // The first and last byte of every range of UTF-8 and of 1252, and their neighbours.
     const std::string alphabet(
-        "\x00\x01\x7F\x80\x81\x8D\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xEC\xED\xEE\xEF\xF0\xF1\xF3\xF4\xF5\xFF", 27);
+        "\x00\x01\x7F\x80\x81\x8D\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xEC\xED\xEE\xEF\xF0\xF1\xF3\xF4\xF5\xFF",
+        27);
     for (const OwnConverter& own : OWN_CONVERTERS) {
         Oracle oracle(own.icuName, own.hasReplacement);
         CharSetConverter converter;
         WideString output;
         std::size_t failures = 0;
         const std::size_t count = ForEverySequence<std::string>(alphabet, [&](const std::string& bytes) {
-            if (converter.ToWide(own.code, bytes.data(), bytes.size(), &output) == RESULT_OK && output == oracle.ToWide(bytes))
+            if (converter.ToWide(own.code, bytes.data(), bytes.size(), &output) == RESULT_OK &&
+                output == oracle.ToWide(bytes))
                 return;
             if (++failures <= 20)
                 ADD_FAILURE() << own.code << ": " << Dump(bytes) << "gives " << Dump(output);
@@ -165,7 +169,8 @@ TEST(PosixConverterTest, OwnConvertersFromWideAgreeWithIcuOnEverySequenceOfEdges
         std::string output;
         std::size_t failures = 0;
         ForEverySequence<WideString>(alphabet, [&](const WideString& units) {
-            if (converter.FromWide(own.code, units.data(), units.size(), &output) == RESULT_OK && output == oracle.FromWide(units))
+            if (converter.FromWide(own.code, units.data(), units.size(), &output) == RESULT_OK &&
+                output == oracle.FromWide(units))
                 return;
             if (++failures <= 20)
                 ADD_FAILURE() << own.code << ": " << Dump(units) << "gives " << Dump(output);
@@ -252,7 +257,8 @@ TEST(PosixConverterTest, BothWays) {
         {52936, "~{VPND~}a",
          KESTRA_WIDE("\u4E2D\u6587"
                      "a")},
-        {54936, "\xD6\xD0\x81\x30\x81\x30\x84\x31\xA4\x37\x94\x39\xFC\x36", KESTRA_WIDE("\u4E2D\u0080\uFFFD\U0001F600")},
+        {54936, "\xD6\xD0\x81\x30\x81\x30\x84\x31\xA4\x37\x94\x39\xFC\x36",
+         KESTRA_WIDE("\u4E2D\u0080\uFFFD\U0001F600")},
     };
     CheckConversions(rows);
 }
@@ -436,7 +442,8 @@ TEST(PosixStringHelperTest, ConversionsToWideLeaveOutTheTerminatorCountedLast) {
     };
     for (const ToWideRow& row : rows) {
         WideString output = KESTRA_WIDE("old content");
-        EXPECT_EQ(StringHelper::GetWideFromGeneric(row.code, row.bytes.data(), row.bytes.size(), &output), RESULT_OK) << row.note;
+        EXPECT_EQ(StringHelper::GetWideFromGeneric(row.code, row.bytes.data(), row.bytes.size(), &output), RESULT_OK)
+            << row.note;
         EXPECT_TRUE(output == row.expected) << row.note << ": " << output.size() << " units";
     }
 }

@@ -31,8 +31,9 @@ TEST(DetectorCodePagesTest, FindsNamesInAnyCase) {
 }
 
 TEST(DetectorCodePagesTest, CharsetsWithoutACodePageHaveNone) {
-    for (const char* name : {"ISO-8859-10", "ISO-8859-16", "VISCII", "EUC-TW", "ISO-2022-CN", "IBM420_rtl", "IBM420_ltr", "IBM424_rtl",
-                             "IBM424_ltr", "X-ISO-10646-UCS-4-3412", "X-ISO-10646-UCS-4-2143"})
+    for (const char* name :
+         {"ISO-8859-10", "ISO-8859-16", "VISCII", "EUC-TW", "ISO-2022-CN", "IBM420_rtl", "IBM420_ltr", "IBM424_rtl",
+          "IBM424_ltr", "X-ISO-10646-UCS-4-3412", "X-ISO-10646-UCS-4-2143"})
         EXPECT_EQ(FindDetectorCodePage(name), 0U) << name;
 }
 
@@ -88,7 +89,8 @@ TEST(DetectorCodePagesTest, ASupersetReadsTheSubset) {
 TEST(DetectorCodePagesTest, ADoubleByteSupersetReadsTheSubset) {
     EXPECT_EQ(FindDetectorCodePage("GB2312"), FindDetectorCodePage("GB18030"));
     EXPECT_EQ(FindDetectorCodePage("EUC-KR"), FindDetectorCodePage("UHC"));
-    for (int lead = 0xB0; lead <= 0xC8; ++lead) {  // the rows of syllables in both national standards, and of the common ideographs
+    for (int lead = 0xB0; lead <= 0xC8;
+         ++lead) {  // the rows of syllables in both national standards, and of the common ideographs
         for (int trail = 0xA1; trail <= 0xFE; ++trail) {
             const std::string text{static_cast<char>(lead), static_cast<char>(trail)};
             EXPECT_EQ(DecodeText(text, "EUC-CN"), DecodeText(text, "GB18030")) << lead << ' ' << trail;

@@ -32,11 +32,13 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
 
-// What the streams owe to a POSIX system: names in UTF-8, pipes and devices, interrupted calls, full disks, descriptors.
+// What the streams owe to a POSIX system: names in UTF-8, pipes and devices, interrupted calls,
+// full disks, descriptors.
 
 namespace {
 
-/// While positive, `pread` and `pwrite` move at most so many bytes at a time, and every other call is interrupted.
+/// While positive, `pread` and `pwrite` move at most so many bytes at a time, and every other call
+/// is interrupted.
 std::size_t mostAtATime = 0;
 int tornCalls = 0;
 
@@ -51,7 +53,8 @@ bool Tear(std::size_t* size) {
 
 }  // namespace
 
-// They stand in for those of the C library in this program. A system may tear any call, but hardly ever does on a local file.
+// They stand in for those of the C library in this program. A system may tear any call, but hardly
+// ever does on a local file.
 
 extern "C" ssize_t pread(int descriptor, void* buffer, std::size_t size, off_t position) {
     return Tear(&size) ? syscall(SYS_pread64, descriptor, buffer, size, position) : -1;
@@ -82,7 +85,8 @@ std::vector<Descriptor> GetDescriptors() {
     std::vector<Descriptor> found;
     for (int number = 0; number < 256; ++number) {
         if (fcntl(number, F_GETFD) != -1)
-            found.push_back({number, std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(number)).string()});
+            found.push_back(
+                {number, std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(number)).string()});
     }
     return found;
 }
@@ -113,8 +117,8 @@ TEST(PosixPathTest, PathsAreUtf8) {
          "b"},
         {"the last of two bytes", u"\u07FF", "\xDF\xBF"},
         {"the first of three bytes", u"\u0800", "\xE0\xA0\x80"},
-        {"the last in front of the surrogates", u"\uD7FF", "\xED\x9F\xBF"},
-        {"the first behind the surrogates", u"\uE000", "\xEE\x80\x80"},
+        {"the last before the surrogates", u"\uD7FF", "\xED\x9F\xBF"},
+        {"the first after the surrogates", u"\uE000", "\xEE\x80\x80"},
         {"the last of three bytes", u"\uFFFF", "\xEF\xBF\xBF"},
         {"the first of four bytes", u"\U00010000", "\xF0\x90\x80\x80"},
         {"the last of four bytes", u"\U0010FFFF", "\xF4\x8F\xBF\xBF"},
@@ -132,8 +136,8 @@ TEST(PosixPathTest, PathsAreUtf8) {
 
 TEST(PosixPathTest, ALoneSurrogateNamesNoFile) {
     const TemporaryFolder folder;
-    // What lenient conversions make of the names below: the surrogates one by one, U+FFFD, "?" or nothing in their place, and pairs of
-    // what is none.
+    // What lenient conversions make of the names below: the surrogates one by one, U+FFFD, "?" or
+    // nothing in their place, and pairs of what is none.
     const char* const found[] = {
         "a",
         "az",
@@ -182,7 +186,8 @@ TEST(PosixPathTest, ThePathMayBeAsLongAsTheSystemAllows) {
     EXPECT_EQ(ReadAll(longest.get(), 10).bytes, "found");
     for (const std::size_t length : {LONGEST + 1, LONGEST + 2, LONGEST + 3, 10 * LONGEST})
         EXPECT_EQ(VirtualFileSystem::GetInputStreamEx(padded(length).c_str()), nullptr) << length;
-    for (std::size_t front = 1; front < 9; ++front) {  // a character of four bytes at each distance from the end of the longest path
+    for (std::size_t front = 1; front < 9;
+         ++front) {  // a character of four bytes at each distance from the end of the longest path
         std::u16string path = padded(LONGEST + 1 - front);
         for (int i = 0; i < 4; ++i) {
             path += u"\U0001F600";
@@ -350,7 +355,8 @@ extern "C" void CountInterruption(int) {
     ++interruptions;
 }
 
-/// Interrupts the calling thread again and again: a handler without SA_RESTART lets every blocking call fail with EINTR.
+/// Interrupts the calling thread again and again: a handler without SA_RESTART lets every blocking
+/// call fail with EINTR.
 class Interrupter {
 public:
     Interrupter() {
@@ -553,7 +559,8 @@ TEST(PosixTmpStreamTest, ManySmallWritesCostFewCalls) {
     EXPECT_EQ(output.GetSize(), 101001U);
 }
 
-/// Runs `check` in a process of its own, in which no file may grow above 100,000 bytes: a disk that is full there.
+/// Runs `check` in a process of its own, in which no file may grow above 100,000 bytes: a disk that
+/// is full there.
 template <typename Check>
 void OnAFullDisk(Check check) {
     const auto run = [&check] {
@@ -573,7 +580,8 @@ TEST(PosixTmpStreamTest, AFullDiskFailsTheWriteThatMeetsIt) {
         if (output.Write(piece.data(), piece.size()) != RESULT_OK)
             return 1;
         // The first 40,000 bytes of it still fit.
-        if (output.Write(piece.data(), piece.size()) != RESULT_STREAM_FAILED || output.GetResult() != RESULT_STREAM_FAILED)
+        if (output.Write(piece.data(), piece.size()) != RESULT_STREAM_FAILED ||
+            output.GetResult() != RESULT_STREAM_FAILED)
             return 2;
         if (output.Write("x", 1) != RESULT_STREAM_FAILED || output.GetSize() != 60000)
             return 3;
@@ -648,7 +656,8 @@ TEST(PosixTmpStreamTest, TheFileTakesOverWhenThereIsNoMemory) {
         std::string buffer(piece.size(), '?');
         std::uint64_t bytesRead = 0;
         for (; pieces > 0; --pieces) {
-            if (input.Read(buffer.data(), buffer.size(), &bytesRead) != RESULT_OK || bytesRead != piece.size() || buffer != piece)
+            if (input.Read(buffer.data(), buffer.size(), &bytesRead) != RESULT_OK || bytesRead != piece.size() ||
+                buffer != piece)
                 _exit(3);
         }
         if (input.Read(buffer.data(), buffer.size(), &bytesRead) != RESULT_OK || buffer.substr(0, bytesRead) != "end")
@@ -664,7 +673,8 @@ TEST(PosixTmpStreamTest, WithoutAFileTheBytesInMemoryCanStillBeRead) {
         TmpOutputStream output(5);
         if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || output.Write("whole", 5) != RESULT_OK)
             _exit(98);
-        // Only for the one write: the sanitizers open descriptors of their own when they check a type for the first time.
+        // Only for the one write: the sanitizers open descriptors of their own when they check a
+        // type for the first time.
         const rlimit none = {0, limit.rlim_max};
         if (setrlimit(RLIMIT_NOFILE, &none) != 0)
             _exit(99);

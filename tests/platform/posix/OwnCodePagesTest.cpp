@@ -15,7 +15,8 @@
 #include "platform/Results.h"
 #include "tests/platform/ConverterCheck.h"
 
-// The code pages that ICU has no tables for, held against those of the C library, which somebody else wrote.
+// The code pages that ICU has no tables for, held against those of the C library, which somebody
+// else wrote.
 
 namespace Kestra::Test {
 namespace {
@@ -103,7 +104,8 @@ TEST(OwnCodePagesTest, SevenBitSets) {
     CheckSingleBytes(20108, SingleBytesOf("NS_4551-1"));
 }
 
-/// A table of the C library with other characters in places where it is incomplete, or of another age.
+/// A table of the C library with other characters in places where it is incomplete, or of another
+/// age.
 Expected Replace(Expected expected, const Expected& others) {
     for (const auto& [byte, unit] : others) {
         EXPECT_NE(expected[byte], unit) << byte;
@@ -120,7 +122,8 @@ TEST(OwnCodePagesTest, EbcdicSets) {
     CheckSingleBytes(20423, Replace(SingleBytesOf("IBM423"), greek));
     CheckSingleBytes(20880, Replace(SingleBytesOf("IBM880"), cyrillic));
     CheckSingleBytes(20905, Replace(SingleBytesOf("IBM905"), turkish));
-    // 924 is 1047 with the eight letters and the sign that Latin-9 has in place of eight others of Latin-1, three of which move.
+    // 924 is 1047 with the eight letters and the sign that Latin-9 has in place of eight others of
+    // Latin-1, three of which move.
     const Expected latin9 = {{0x4A, 0xDD},  {0x6A, 0x160}, {0x9D, 0x17E}, {0x9F, 0x20AC}, {0xB0, 0xA2}, {0xB7, 0x152},
                              {0xB8, 0x153}, {0xB9, 0x178}, {0xBA, 0xAC},  {0xBB, 0x161},  {0xBE, 0x17D}};
     CheckSingleBytes(20924, Replace(SingleBytesOf("IBM1047"), latin9));
@@ -142,7 +145,8 @@ TEST(OwnCodePagesTest, EbcdicLatinSetsHoldTheCharactersOfTheirIsoSets) {
     }
 }
 
-/// Compares every pair. @param isOurs  of the pair and the C library's unit: whether it is left to another test
+/// Compares every pair. @param isOurs  of the pair and the C library's unit: whether it is left to
+/// another test
 template <typename IsOurs>
 std::size_t CheckPairs(CharSet::Code code, const char* name, unsigned firstLead, unsigned lastLead, IsOurs isOurs) {
     Oracle oracle(name);
@@ -168,7 +172,8 @@ std::size_t CheckPairs(CharSet::Code code, const char* name, unsigned firstLead,
     return compared;
 }
 
-/// Letters of Hangul that are no syllable: Windows has the conjoining ones of Unicode, the C library the others.
+/// Letters of Hangul that are no syllable: Windows has the conjoining ones of Unicode, the C
+/// library the others.
 bool IsLetterAlone(WideChar unit) {
     return unit >= 0x3131 && unit <= 0x318E;
 }
@@ -214,7 +219,8 @@ TEST(OwnCodePagesTest, JohabThatIsNone) {
         {"an initial and a final letter", 1361, "\x88\x42",
          KESTRA_WIDE("\uFFFD"
                      "B")},
-        {"a pair without a character goes as one", 1361, "\xD3\xFF\xDA\xA1\xB4\xFEz", KESTRA_WIDE("\uFFFD\uFFFD\uFFFD\uFFFDz")},
+        {"a pair without a character goes as one", 1361, "\xD3\xFF\xDA\xA1\xB4\xFEz",
+         KESTRA_WIDE("\uFFFD\uFFFD\uFFFD\uFFFDz")},
         {"a lead byte takes no markup with it", 1361, "\x88<\xE0\"", KESTRA_WIDE("\uFFFD<\uFFFD\"")},
         {"half a character", 1361, "a\xE0", KESTRA_WIDE("a\uFFFD")},
         {"half a character and a NUL", 1361, "\xE0\0"sv, WideStringView(KESTRA_WIDE("\uFFFD\0"), 2)},

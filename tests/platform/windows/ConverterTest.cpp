@@ -18,7 +18,8 @@
 #include "tests/platform/ConverterCheck.h"
 #include "tests/platform/windows/SystemCalls.h"
 
-// What the charset conversions owe to Windows: which of its two converters is asked, how often, and for what.
+// What the charset conversions owe to Windows: which of its two converters is asked, how often, and
+// for what.
 
 namespace Kestra::StringNS {
 namespace {
@@ -45,11 +46,13 @@ using Test::ToWideRow;
 class WatchedConverters {
 public:
     WatchedConverters() {
-        system->multiByteToWideChar = [this](UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room) {
+        system->multiByteToWideChar = [this](UINT code, DWORD flags, const char* data, int size, wchar_t* output,
+                                             int room) {
             Note(code, flags, size);
             return Answer(RealSystem::ToWide(code, flags, data, size, output, room), output != nullptr);
         };
-        system->wideCharToMultiByte = [this](UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room) {
+        system->wideCharToMultiByte = [this](UINT code, DWORD flags, const wchar_t* data, int size, char* output,
+                                             int room) {
             Note(code, flags, size);
             if (size > 0) {
                 splitPairs += data[0] >= 0xDC00 && data[0] <= 0xDFFF ? 1 : 0;
@@ -120,7 +123,8 @@ TEST(WindowsConverterTest, ZeroIsTheAnsiCodePageOfTheProcess) {
         HookedSystem system;
         system->getAnsiCodePage = [code] { return code; };
         EXPECT_EQ(Dump(ToWide(0, bytes)), Dump(ToWide(code, bytes))) << code;
-        EXPECT_EQ(Dump(FromWide(0, KESTRA_WIDE("a\u0436\u20AC"))), Dump(FromWide(code, KESTRA_WIDE("a\u0436\u20AC")))) << code;
+        EXPECT_EQ(Dump(FromWide(0, KESTRA_WIDE("a\u0436\u20AC"))), Dump(FromWide(code, KESTRA_WIDE("a\u0436\u20AC"))))
+            << code;
         WideString units;
         EXPECT_EQ(StringHelper::GetStringFromAnsi(bytes.data(), bytes.size(), &units), RESULT_OK);
         EXPECT_EQ(Dump(units), Dump(ToWide(code, bytes))) << code;
@@ -151,7 +155,8 @@ TEST(WindowsConverterTest, TheLanguageLibraryConvertsWhatTheSystemRefuses) {
             wchar_t unit = 0;
             EXPECT_EQ(RealSystem::ToWide(row.code, 0, "a", 1, &unit, 1), 0) << row.code;
         }
-        // Neither conversion goes to the system, but for the question whether it knows the code page.
+        // Neither conversion goes to the system, but for the question whether it knows the code
+        // page.
         CharSetConverter converter;
         WideString units;
         std::string bytes;
@@ -173,19 +178,19 @@ TEST(WindowsConverterTest, StringsOfTheLanguageLibraryThatEndInsideAnEscape) {
     const ToWideRow rows[] = {
         {"a change to ASCII alone", 50221, "\x1B(B", KESTRA_WIDE("")},
         {"a change to two bytes alone", 50221, "\x1B$B", KESTRA_WIDE("")},
-        {"and behind characters", 50221, "ab\x1B$B", KESTRA_WIDE("ab")},
+        {"and after characters", 50221, "ab\x1B$B", KESTRA_WIDE("ab")},
         {"several changes", 50222, "\x1B$B\x1B(B\x1B$B\x1B(B", KESTRA_WIDE("")},
-        {"an escape character behind characters", 50220, "ab\x1B", KESTRA_WIDE("ab\uFFFD")},
-        {"and behind a change", 50221, "ab\x1B$B\x1B", KESTRA_WIDE("ab\uFFFD")},
+        {"an escape character after characters", 50220, "ab\x1B", KESTRA_WIDE("ab\uFFFD")},
+        {"and after a change", 50221, "ab\x1B$B\x1B", KESTRA_WIDE("ab\uFFFD")},
         {"half a character", 50221, "ab\x1B$B$\"D", KESTRA_WIDE("ab\u3042\uFFFD")},
         {"half a character alone", 50221, "\x1B$BD", KESTRA_WIDE("\uFFFD")},
-        {"an unknown change behind characters", 50221, "ab\x1B$(D", KESTRA_WIDE("ab\uFFFD")},
+        {"an unknown change after characters", 50221, "ab\x1B$(D", KESTRA_WIDE("ab\uFFFD")},
         {"nothing but the start of an escape", 50221, "\x1B$", KESTRA_WIDE("\uFFFD")},
         {"nothing but an escape character", 50220, "\x1B", KESTRA_WIDE("\uFFFD")},
         {"nothing but an escape character", 50221, "\x1B", KESTRA_WIDE("\uFFFD")},
         {"nothing but an escape character", 50222, "\x1B", KESTRA_WIDE("\uFFFD")},
-        {"an escape character behind a change to ASCII", 50221, "\x1B(B\x1B", KESTRA_WIDE("\uFFFD")},
-        {"an escape character behind a change to two bytes", 50221, "\x1B$B\x1B", KESTRA_WIDE("\uFFFD")},
+        {"an escape character after a change to ASCII", 50221, "\x1B(B\x1B", KESTRA_WIDE("\uFFFD")},
+        {"an escape character after a change to two bytes", 50221, "\x1B$B\x1B", KESTRA_WIDE("\uFFFD")},
         {"the start of a change to ASCII", 50221, "\x1B(", KESTRA_WIDE("\uFFFD")},
         {"a change that the library does not know", 50221, "\x1B$(D", KESTRA_WIDE("\uFFFD")},
         {"a NUL at the end is a character", 50221, "a\0"sv, WideStringView(KESTRA_WIDE("a\0"), 2)},
@@ -196,7 +201,7 @@ TEST(WindowsConverterTest, StringsOfTheLanguageLibraryThatEndInsideAnEscape) {
     const FromWideRow katakana[] = {
         // It waits for the sound mark that may follow.
         {"half-width katakana at the end", 50220, KESTRA_WIDE("\uFF76"), "\x1B$B%+\x1B(B"},
-        {"behind others", 50220, KESTRA_WIDE("\u3042\uFF76"), "\x1B$B$\"%+\x1B(B"},
+        {"after others", 50220, KESTRA_WIDE("\u3042\uFF76"), "\x1B$B$\"%+\x1B(B"},
         {"with its mark", 50220, KESTRA_WIDE("\uFF76\uFF9E"), "\x1B$B%,\x1B(B"},
     };
     CheckFromWide(katakana);
@@ -354,7 +359,8 @@ TEST(WindowsConverterTest, AConversionThatFailsOnTheWayIsAFailure) {
         EXPECT_TRUE(bytes.empty());
     };
     const auto getExpected = [](DWORD error) {
-        return error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY ? RESULT_OUT_OF_MEMORY : RESULT_UNSUPPORTED_CHARSET;
+        return error == ERROR_NOT_ENOUGH_MEMORY || error == ERROR_OUTOFMEMORY ? RESULT_OUT_OF_MEMORY
+                                                                              : RESULT_UNSUPPORTED_CHARSET;
     };
     for (const DWORD error : {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY, ERROR_INVALID_PARAMETER, ERROR_SUCCESS}) {
         WatchedConverters watched;
@@ -404,11 +410,13 @@ TEST(WindowsConverterTest, AStringWithoutCharactersLeavesOneMark) {
     EXPECT_EQ(converter.ToWide(20866, "a", 1, &units), RESULT_OK);
     for (const DWORD error : {ERROR_SUCCESS, ERROR_NO_UNICODE_TRANSLATION}) {
         HookedSystem system;
-        system->multiByteToWideChar = [error](UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room) {
+        system->multiByteToWideChar = [error](UINT code, DWORD flags, const char* data, int size, wchar_t* output,
+                                              int room) {
             SetLastError(error);
             return *data == 'x' ? 0 : RealSystem::ToWide(code, flags, data, size, output, room);
         };
-        system->wideCharToMultiByte = [error](UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room) {
+        system->wideCharToMultiByte = [error](UINT code, DWORD flags, const wchar_t* data, int size, char* output,
+                                              int room) {
             SetLastError(error);
             return *data == 'x' ? 0 : RealSystem::FromWide(code, flags, data, size, output, room);
         };
@@ -445,7 +453,7 @@ TEST(WindowsConverterTest, ACutIsWhereACharacterEndsInTextThatIsNoneToo) {
         {"a first byte without its second one", 932, "\x83 bcd",
          KESTRA_WIDE("\u30FB"
                      "bcd")},
-        {"a first byte in front of a digit", 932,
+        {"a first byte before a digit", 932,
          "\x83"
          "1 bcd",
          KESTRA_WIDE("\u30FB bcd")},
@@ -472,7 +480,8 @@ std::wstring ReadFourBytes(std::string_view bytes) {
     const auto byte = [&bytes](std::size_t i) { return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U; };
     std::wstring units;
     for (std::size_t i = 0; i < bytes.size();) {
-        const bool isFour = byte(i) == 0x81 && byte(i + 1) == 0x30 && byte(i + 2) >= 0x81 && byte(i + 3) >= '0' && byte(i + 3) <= '9';
+        const bool isFour =
+            byte(i) == 0x81 && byte(i + 1) == 0x30 && byte(i + 2) >= 0x81 && byte(i + 3) >= '0' && byte(i + 3) <= '9';
         const unsigned number = (byte(i + 2) - 0x81) * 10 + byte(i + 3) - '0';
         units += static_cast<wchar_t>(isFour ? 0x80 + number : byte(i) < 0x80 ? byte(i) : 0xFFFD);
         i += isFour ? 4 : 1;
@@ -579,9 +588,10 @@ TEST(WindowsConverterTest, EmptyStrings) {
 
 /// Code pages with a name that Wine 8 does not convert. Windows has converters for most of them.
 const std::set<CharSet::Code> WITHOUT_CONVERTER = {
-    858,   870,   1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,  1201,  12000, 12001, 20105, 20106, 20107,
-    20108, 20261, 20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420, 20423, 20424, 20838, 20871, 20880, 20905, 20924, 20936,
-    21025, 38598, 50225, 50227, 51936, 51949, 51950, 52936, 54936, 57002, 57003, 57004, 57005, 57006, 57007, 57008, 57009, 57010, 57011,
+    858,   870,   1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,  1201,  12000,
+    12001, 20105, 20106, 20107, 20108, 20261, 20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420,
+    20423, 20424, 20838, 20871, 20880, 20905, 20924, 20936, 21025, 38598, 50225, 50227, 51936, 51949, 51950,
+    52936, 54936, 57002, 57003, 57004, 57005, 57006, 57007, 57008, 57009, 57010, 57011,
 };
 
 TEST(WindowsConverterTest, EveryNamedCodePageConvertsBothWaysOrNeither) {
@@ -590,7 +600,8 @@ TEST(WindowsConverterTest, EveryNamedCodePageConvertsBothWaysOrNeither) {
         WideString units = KESTRA_WIDE("old content");
         const std::uint32_t result = converter.ToWide(code, "", 0, &units);
         if (IsWine()) {
-            EXPECT_EQ(result, WITHOUT_CONVERTER.count(code) == 0 ? std::uint32_t{RESULT_OK} : std::uint32_t{RESULT_UNSUPPORTED_CHARSET})
+            EXPECT_EQ(result, WITHOUT_CONVERTER.count(code) == 0 ? std::uint32_t{RESULT_OK}
+                                                                 : std::uint32_t{RESULT_UNSUPPORTED_CHARSET})
                 << code;
         }
         if (result == RESULT_UNSUPPORTED_CHARSET) {
@@ -618,7 +629,8 @@ TEST(WindowsConverterTest, EveryNamedCodePageConvertsBothWaysOrNeither) {
     std::string bytes = "old content";
     int failures = 0;
     failures += converter.ToWide(4711, "a", 1, &units) == RESULT_UNSUPPORTED_CHARSET && units.empty() ? 0 : 1;
-    failures += converter.FromWide(4711, KESTRA_WIDE("a"), 1, &bytes) == RESULT_UNSUPPORTED_CHARSET && bytes.empty() ? 0 : 1;
+    failures +=
+        converter.FromWide(4711, KESTRA_WIDE("a"), 1, &bytes) == RESULT_UNSUPPORTED_CHARSET && bytes.empty() ? 0 : 1;
     failures += converter.ToWide(4712, "a", 1, &units) == RESULT_UNSUPPORTED_CHARSET ? 0 : 1;
     failures += converter.ToWide(932, "\x93\xFA", 2, &units) == RESULT_OK && units == KESTRA_WIDE("\u65E5") ? 0 : 1;
     if (IsWine())
@@ -629,7 +641,8 @@ TEST(WindowsConverterTest, EveryNamedCodePageConvertsBothWaysOrNeither) {
 
 TEST(WindowsConverterDeathTest, WithoutTheLanguageLibraryItsCodePagesAreUnsupported) {
     EXPECT_EXIT(ExitWithoutLanguageLibrary(nullptr), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(ExitWithoutLanguageLibrary(L"kernel32.dll"), testing::ExitedWithCode(0), "") << "a library without the functions";
+    EXPECT_EXIT(ExitWithoutLanguageLibrary(L"kernel32.dll"), testing::ExitedWithCode(0), "")
+        << "a library without the functions";
 }
 
 /// The two calls of the language library, with the answers of a test.
@@ -668,7 +681,8 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
             return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ScriptedFromWide));
         return RealSystem::FindCall(library, name);
     };
-    /// What the library answers to a string of one character "x", behind the opening; and to that with a terminator.
+    /// What the library answers to a string of one character "x", after the opening; and to that
+    /// with a terminator.
     struct Answer {
         HRESULT result;
         INT room;
@@ -684,7 +698,13 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
     };
     const Row rows[] = {
         {"one unit", {S_OK, 1}, {S_OK, 1}, {S_OK, 1}, {S_OK, 2}, RESULT_OK, 1},
-        {"the code page is refused", {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
+        {"the code page is refused",
+         {S_FALSE, 1},
+         {S_FALSE, 1},
+         {S_FALSE, 1},
+         {S_FALSE, 1},
+         RESULT_UNSUPPORTED_CHARSET,
+         0},
         {"the string is refused", {S_OK, 1}, {S_FALSE, 1}, {S_FALSE, 1}, {S_FALSE, 1}, RESULT_UNSUPPORTED_CHARSET, 0},
         {"no memory for the opening", {E_OUTOFMEMORY, 1}, {S_OK, 1}, {S_OK, 1}, {S_OK, 1}, RESULT_OUT_OF_MEMORY, 0},
         {"no memory for the size", {S_OK, 1}, {E_OUTOFMEMORY, 1}, {S_OK, 1}, {S_OK, 1}, RESULT_OUT_OF_MEMORY, 0},
@@ -700,7 +720,10 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
     for (const Row& row : rows) {
         const auto answer = [&row](auto text, INT* room) {
             const bool isSize = *room == 0;
-            const Answer& given = text[0] == 'a' ? row.opening : text.size() > 1 ? row.ended : isSize ? row.size : row.conversion;
+            const Answer& given = text[0] == 'a'    ? row.opening
+                                  : text.size() > 1 ? row.ended
+                                  : isSize          ? row.size
+                                                    : row.conversion;
             *room = given.room;
             return given.result;
         };
@@ -711,9 +734,11 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
         std::string bytes = "old content";
         const std::uint32_t toWide = converter.ToWide(50221, "x", 1, &units);
         const std::uint32_t fromWide = converter.FromWide(50221, KESTRA_WIDE("x"), 1, &bytes);
-        const bool isGood = toWide == row.expected && fromWide == row.expected && units.size() == row.units && bytes.size() == row.units;
+        const bool isGood = toWide == row.expected && fromWide == row.expected && units.size() == row.units &&
+                            bytes.size() == row.units;
         if (!isGood)
-            std::fprintf(stderr, "%s: %u with %zu, %u with %zu\n", row.note, toWide, units.size(), fromWide, bytes.size());
+            std::fprintf(stderr, "%s: %u with %zu, %u with %zu\n", row.note, toWide, units.size(), fromWide,
+                         bytes.size());
         failures += isGood ? 0 : 1;
     }
     // A library that opens the code page and then converts nothing, not even what opened it.
@@ -728,7 +753,8 @@ HRESULT WINAPI ScriptedFromWide(DWORD*, DWORD, const WideChar* data, INT* size, 
     WideString units;
     std::string bytes;
     failures += converter.ToWide(50221, "x", 1, &units) == RESULT_UNSUPPORTED_CHARSET && units.empty() ? 0 : 1;
-    failures += converter.FromWide(50221, KESTRA_WIDE("x"), 1, &bytes) == RESULT_UNSUPPORTED_CHARSET && bytes.empty() ? 0 : 1;
+    failures +=
+        converter.FromWide(50221, KESTRA_WIDE("x"), 1, &bytes) == RESULT_UNSUPPORTED_CHARSET && bytes.empty() ? 0 : 1;
     ExitProcess(static_cast<UINT>(failures));
 }
 

@@ -29,7 +29,8 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
 
-// What the streams owe to Windows: wide names of any length, sharing, devices and pipes, handles, failing calls.
+// What the streams owe to Windows: wide names of any length, sharing, devices and pipes, handles,
+// failing calls.
 
 namespace Kestra::VFS {
 namespace {
@@ -82,9 +83,11 @@ HANDLE OpenExisting(const std::wstring& path, DWORD access, DWORD share) {
 
 /// @return false when the system does not take the name
 bool WriteFileAt(const std::wstring& path, std::string_view bytes) {
-    const Handle file(CreateFileW(path.c_str(), GENERIC_WRITE, SHARE_ALL, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const Handle file(
+        CreateFileW(path.c_str(), GENERIC_WRITE, SHARE_ALL, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD written = 0;
-    return file.IsOpen() && WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0;
+    return file.IsOpen() &&
+           WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0;
 }
 
 std::string ReadWhole(const std::wstring& path) {
@@ -341,9 +344,11 @@ TEST(WindowsPathTest, EveryPathGetsThePrefixThatTakesItAsItStands) {
         {"the name of a device in this folder", L"./COM1", L"\\\\?\\" + front + L"\\COM1"},
         {"the name of a device in the folder of a drive", drive + L"aux", L"\\\\?\\" + front + L"\\aux"},
         {"the name of a device in the root", L"\\PRN", L"\\\\?\\" + drive + L"\\PRN"},
-        {"the name of a device with dots and blanks at the end", L"a\\..\\lpt1.x .. ", L"\\\\?\\" + front + L"\\lpt1.x"},
+        {"the name of a device with dots and blanks at the end", L"a\\..\\lpt1.x .. ",
+         L"\\\\?\\" + front + L"\\lpt1.x"},
         {"the name of a device and a stream", L"nul:stream", L"\\\\?\\" + front + L"\\nul:stream"},
-        {"the name of a device in a share", L"\\\\localhost\\missing\\nul.html", L"\\\\?\\UNC\\localhost\\missing\\nul.html"},
+        {"the name of a device in a share", L"\\\\localhost\\missing\\nul.html",
+         L"\\\\?\\UNC\\localhost\\missing\\nul.html"},
         {"a device by its full name", L"\\\\.\\pipe\\" + name + name + name, L"\\\\.\\pipe\\" + name + name + name},
         {"a short share", L"\\\\localhost\\missing\\file", L"\\\\?\\UNC\\localhost\\missing\\file"},
         {"long", longPath, L"\\\\?\\" + longPath},
@@ -353,9 +358,12 @@ TEST(WindowsPathTest, EveryPathGetsThePrefixThatTakesItAsItStands) {
         {"short, with the prefix", L"\\\\?\\C:\\file", L"\\\\?\\C:\\file"},
         {"a long share", L"\\\\localhost\\missing\\" + name + L"\\" + name + L"\\" + name,
          L"\\\\?\\UNC\\localhost\\missing\\" + name + L"\\" + name + L"\\" + name},
-        {"long and relative", name + L"\\" + name + L"\\" + name, L"\\\\?\\" + front + L"\\" + name + L"\\" + name + L"\\" + name},
-        {"long in words, short in the end", L"C:\\" + name + L"\\" + name + L"\\" + name + L"\\..\\..\\..\\file", L"\\\\?\\C:\\file"},
-        {"long from the folder it starts in", name + L"\\" + std::wstring(158 - std::min<std::size_t>(front.size(), 57), L'y'),
+        {"long and relative", name + L"\\" + name + L"\\" + name,
+         L"\\\\?\\" + front + L"\\" + name + L"\\" + name + L"\\" + name},
+        {"long in words, short in the end", L"C:\\" + name + L"\\" + name + L"\\" + name + L"\\..\\..\\..\\file",
+         L"\\\\?\\C:\\file"},
+        {"long from the folder it starts in",
+         name + L"\\" + std::wstring(158 - std::min<std::size_t>(front.size(), 57), L'y'),
          L"\\\\?\\" + front + L"\\" + name + L"\\" + std::wstring(158 - std::min<std::size_t>(front.size(), 57), L'y')},
     };
     for (const Row& row : rows)
@@ -364,7 +372,8 @@ TEST(WindowsPathTest, EveryPathGetsThePrefixThatTakesItAsItStands) {
 
 TEST(WindowsPathTest, AFileMayHaveTheNameOfADevice) {
     const std::wstring names[] = {
-        L"nul.html", L"CON.html", L"con", L"Aux.x.y", L"COM1", L"LPT9.html", L"prn.", L"CONIN$", L"conout$.html", L"NUL",
+        L"nul.html",  L"CON.html", L"con",    L"Aux.x.y",      L"COM1",
+        L"LPT9.html", L"prn.",     L"CONIN$", L"conout$.html", L"NUL",
     };
     const TemporaryFolder folder;
     const std::wstring front = GetFolderPath(folder);
@@ -473,8 +482,8 @@ TEST(WindowsFileTest, AnOpenFileMayBeWrittenRenamedAndDeletedByOthers) {
     EXPECT_EQ(GetFileAttributesW(renamed.c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
-/// The open handles of this process for files and character devices; the system opens and closes others in its own time. Their numbers
-/// are multiples of four, the smallest free one first.
+/// The open handles of this process for files and character devices; the system opens and closes
+/// others in its own time. Their numbers are multiples of four, the smallest free one first.
 std::vector<HANDLE> GetHandles() {
     std::vector<HANDLE> found;
     for (std::uintptr_t number = 4; number < 8000; number += 4) {
@@ -595,8 +604,10 @@ TEST(WindowsDeviceTest, TheNullDeviceIsEmpty) {
 class PipeServer {
 public:
     explicit PipeServer(DWORD mode = PIPE_TYPE_BYTE)
-        : path(L"\\\\.\\pipe\\kestra-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++number)),
-          pipe(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, mode | PIPE_WAIT, 1, 1 << 16, 1 << 16, 0, nullptr)) {
+        : path(L"\\\\.\\pipe\\kestra-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+               std::to_wstring(++number)),
+          pipe(
+              CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, mode | PIPE_WAIT, 1, 1 << 16, 1 << 16, 0, nullptr)) {
         EXPECT_TRUE(pipe.IsOpen());
     }
 
@@ -667,7 +678,7 @@ TEST(WindowsDeviceTest, APipeOfMessagesIsReadAsBytes) {
     EXPECT_TRUE(stream->IsEnd());
 }
 
-TEST(WindowsDeviceTest, ADocumentGoesOnBehindAnEmptyMessage) {
+TEST(WindowsDeviceTest, ADocumentGoesOnAfterAnEmptyMessage) {
     PipeServer server(PIPE_TYPE_MESSAGE);
     std::thread writer([&server] {
         Sleep(20);
@@ -781,7 +792,7 @@ TEST(WindowsFailuresTest, AReadErrorIsAFailure) {
     EXPECT_EQ(parser.ParseFile(path.c_str()), 512U);
 }
 
-TEST(WindowsFailuresTest, AReadErrorBehindTheFirstByteEndsTheReadOnly) {
+TEST(WindowsFailuresTest, AReadErrorAfterTheFirstByteEndsTheReadOnly) {
     const TemporaryFolder folder;
     const std::unique_ptr<InputStream> stream = Open(folder.Write("file", "0123456789").wstring());
     ASSERT_NE(stream, nullptr);
@@ -854,7 +865,8 @@ TEST(WindowsFailuresTest, OneCallMovesAGigabyteAtMost) {
     EXPECT_EQ(stream->Read(&buffer, (std::uint64_t{5} << 30) + 7, &bytesRead), RESULT_OK);
     EXPECT_EQ(bytesRead, (std::uint64_t{5} << 30) + 7);
     const std::vector<std::pair<std::uint64_t, DWORD>> expected = {
-        {0, 1U << 30}, {1ULL << 30, 1U << 30}, {2ULL << 30, 1U << 30}, {3ULL << 30, 1U << 30}, {4ULL << 30, 1U << 30}, {5ULL << 30, 7},
+        {0, 1U << 30},          {1ULL << 30, 1U << 30}, {2ULL << 30, 1U << 30},
+        {3ULL << 30, 1U << 30}, {4ULL << 30, 1U << 30}, {5ULL << 30, 7},
     };
     EXPECT_EQ(calls, expected);
     std::uint64_t position = 0;
@@ -977,7 +989,8 @@ std::size_t CountFiles(const std::filesystem::path& folder) {
     HookedSystem system;
     NameFolder(&system, folder + L"\\");
     TemporaryFile file;
-    const bool isWritten = file.Create() == RESULT_OK && file.Write(0, "text", 4) == RESULT_OK && CountFiles(folder) == 1;
+    const bool isWritten =
+        file.Create() == RESULT_OK && file.Write(0, "text", 4) == RESULT_OK && CountFiles(folder) == 1;
     TerminateProcess(GetCurrentProcess(), isWritten ? 7 : 8);
     std::abort();
 }
@@ -1064,7 +1077,8 @@ TEST(WindowsTemporaryFileTest, ANameThatIsTakenIsTriedNoMore) {
 TEST(WindowsTemporaryFileTest, WithoutAFolderThereIsNoFile) {
     const TemporaryFolder folder;
     const std::wstring front = GetFolderPath(folder);
-    for (const std::wstring& path : {std::wstring(), front + L"\\missing\\", front + L"\\" + std::wstring(300, L'x') + L"\\"}) {
+    for (const std::wstring& path :
+         {std::wstring(), front + L"\\missing\\", front + L"\\" + std::wstring(300, L'x') + L"\\"}) {
         SCOPED_TRACE(testing::PrintToString(path));
         HookedSystem system;
         NameFolder(&system, path);

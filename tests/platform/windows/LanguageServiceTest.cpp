@@ -22,8 +22,8 @@
 #include "tests/platform/windows/SystemCalls.h"
 #include "tests/support/TestStreams.h"
 
-// The system's language service, by a class object of the test in its place: what it is asked, what becomes of its answers, and that COM
-// is left as it was found.
+// The system's language service, by a class object of the test in its place: what it is asked, what
+// becomes of its answers, and that COM is left as it was found.
 
 namespace Kestra::Base {
 namespace {
@@ -54,12 +54,15 @@ Com GetCom() {
     return type == APTTYPE_MTA ? Com::MULTI_THREADED : Com::SINGLE_THREADED;
 }
 
-/// Runs on a thread of its own which has COM so, and finds COM there so afterwards: initialized once and no more.
+/// Runs on a thread of its own which has COM so, and finds COM there so afterwards: initialized
+/// once and no more.
 void OnThread(Com com, const std::function<void()>& run) {
     std::thread thread([com, &run] {
         EXPECT_EQ(GetCom(), Com::NONE);
         if (com != Com::NONE) {
-            EXPECT_EQ(CoInitializeEx(nullptr, com == Com::MULTI_THREADED ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED), S_OK);
+            EXPECT_EQ(
+                CoInitializeEx(nullptr, com == Com::MULTI_THREADED ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED),
+                S_OK);
         }
         EXPECT_EQ(GetCom(), com);
         run();
@@ -130,7 +133,8 @@ LanguageServiceScript MakeScript(const Answer& answer) {
     return script;
 }
 
-/// The service was asked as often as that, each time by an object of its own, as it must be asked; nobody holds on to anything.
+/// The service was asked as often as that, each time by an object of its own, as it must be asked;
+/// nobody holds on to anything.
 void ExpectAsked(const LanguageServiceScript& script, int calls, std::string_view bytes) {
     EXPECT_EQ(script.calls, calls);
     EXPECT_EQ(script.objects, calls);
@@ -270,14 +274,16 @@ TEST(LanguageServiceParserTest, TheLimitOfConfidenceIsTheHosts) {
         std::uint32_t expected;
     };
     const Row rows[] = {
-        {0, 0, 0}, {0, -5, 0}, {1, 0, 708}, {100, 100, 0}, {101, 100, 708}, {std::numeric_limits<std::uint64_t>::max(), 100, 708},
+        {0, 0, 0},     {0, -5, 0},      {1, 0, 708},
+        {100, 100, 0}, {101, 100, 708}, {std::numeric_limits<std::uint64_t>::max(), 100, 708},
     };
     for (const Row& row : rows) {
         WithAnswer(1251, row.confidence, [&row](LanguageServiceScript*) {
             GenericParser parser;
             parser.SetChrDetMinConfidence(row.limit);
             CharSet::Code code = 4711;
-            EXPECT_EQ(parser.DetectCharset(TEXT.data(), TEXT.size(), &code), row.expected) << row.limit << ", " << row.confidence;
+            EXPECT_EQ(parser.DetectCharset(TEXT.data(), TEXT.size(), &code), row.expected)
+                << row.limit << ", " << row.confidence;
             EXPECT_EQ(code, row.expected == 0 ? 1251U : 0U);
         });
     }
@@ -368,7 +374,8 @@ public:
                 whenInitialized();
             return result;
         };
-        system->coCreateInstance = [this](const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object) {
+        system->coCreateInstance = [this](const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId,
+                                          void** object) {
             EXPECT_TRUE(classId == ScriptedLanguageService::CLASS);
             EXPECT_TRUE(interfaceId == ScriptedLanguageService::INTERFACE);
             EXPECT_EQ(outer, nullptr);
@@ -411,7 +418,8 @@ std::uint32_t Detect() {
     return CharsetDetector::Detect(TEXT.data(), TEXT.size(), &detected, &count);
 }
 
-/// What the parser makes of a service that cannot be started: the buffer form fails, a stream passes without a charset.
+/// What the parser makes of a service that cannot be started: the buffer form fails, a stream
+/// passes without a charset.
 void ExpectUnavailable() {
     EXPECT_EQ(Detect(), RESULT_UNAVAILABLE);
     GenericParser parser;
@@ -442,8 +450,11 @@ TEST(LanguageServiceComTest, InitializeAndUninitializeArePairedWhateverTheAnswer
                 const ScriptedLanguageService service(&script);
                 RecordedCom recorded(&script);
                 EXPECT_EQ(Detect(), answer.detectorResult);
-                // A thread that is multi-threaded keeps its COM: the detector's initialization fails, and is not undone.
-                EXPECT_EQ(recorded.calls, com == Com::MULTI_THREADED ? "no-com create " : "initialize create uninitialize ") << answer.note;
+                // A thread that is multi-threaded keeps its COM: the detector's initialization
+                // fails, and is not undone.
+                EXPECT_EQ(recorded.calls,
+                          com == Com::MULTI_THREADED ? "no-com create " : "initialize create uninitialize ")
+                    << answer.note;
             });
         }
     }
@@ -475,7 +486,8 @@ TEST(LanguageServiceComTest, AThreadWithoutComHasItForTheCallOnly) {
 TEST(LanguageServiceComTest, AServiceThatCannotBeStartedIsUnavailable) {
     for (const Com com : {Com::NONE, Com::SINGLE_THREADED, Com::MULTI_THREADED}) {
         const std::string detection = com == Com::MULTI_THREADED ? "no-com create " : "initialize create uninitialize ";
-        for (const HRESULT result : {REGDB_E_CLASSNOTREG, CLASS_E_NOAGGREGATION, E_NOINTERFACE, E_OUTOFMEMORY, E_ACCESSDENIED}) {
+        for (const HRESULT result :
+             {REGDB_E_CLASSNOTREG, CLASS_E_NOAGGREGATION, E_NOINTERFACE, E_OUTOFMEMORY, E_ACCESSDENIED}) {
             OnThread(com, [&] {
                 RecordedCom recorded;
                 recorded.creation = result;
@@ -527,7 +539,7 @@ TEST(LanguageServiceComTest, WithoutComTheServiceIsUnavailableAndNothingIsUndone
     });
 }
 
-TEST(LanguageServiceComTest, ManyDetectionsLeaveNothingBehind) {
+TEST(LanguageServiceComTest, ManyDetectionsLeaveNothing) {
     for (const Com com : {Com::SINGLE_THREADED, Com::MULTI_THREADED}) {
         OnThread(com, [] {
             LanguageServiceScript script;
@@ -561,8 +573,8 @@ TEST(LanguageServiceComTest, ThreadsDoNotDisturbEachOther) {
                 for (int i = 0; i < 200; ++i) {
                     DetectedCharset detected;
                     std::uint32_t count = 0;
-                    if (CharsetDetector::Detect(TEXT.data(), TEXT.size(), &detected, &count) != RESULT_OK || count != 1 ||
-                        detected.code != script.code || detected.confidence != 90 + number)
+                    if (CharsetDetector::Detect(TEXT.data(), TEXT.size(), &detected, &count) != RESULT_OK ||
+                        count != 1 || detected.code != script.code || detected.confidence != 90 + number)
                         ++wrong;
                 }
                 if (script.calls != 200 || script.references != 0)
@@ -591,7 +603,8 @@ TEST(LanguageServiceWineTest, TheServiceOfWineIsAStub) {
             EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_8BIT), 0U);
             EXPECT_EQ(parser.ParseStream(&stream, false), 706U);
             EXPECT_EQ(parser.EndParse(), 0U);
-            EXPECT_EQ(recorded.calls, Repeat(com == Com::MULTI_THREADED ? "no-com create " : "initialize create uninitialize ", 2));
+            EXPECT_EQ(recorded.calls,
+                      Repeat(com == Com::MULTI_THREADED ? "no-com create " : "initialize create uninitialize ", 2));
         });
     }
 }

@@ -10,7 +10,8 @@ thread_local bool isExhausted = false;
 
 }  // namespace
 
-// The other forms, but those for more than the ordinary alignment, come here. That memory is given back by `free` is what they do, too.
+// The other forms, but those for more than the ordinary alignment, come here. That memory is given
+// back by `free` is what they do, too.
 void* operator new(std::size_t size) {
     void* const memory = isExhausted ? nullptr : std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr)

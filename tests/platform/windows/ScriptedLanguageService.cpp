@@ -6,8 +6,10 @@
 
 namespace Kestra::Test {
 
-const CLSID ScriptedLanguageService::CLASS = {0x275C23E2, 0x3747, 0x11D0, {0x9F, 0xEA, 0x00, 0xAA, 0x00, 0x3F, 0x86, 0x46}};
-const IID ScriptedLanguageService::INTERFACE = {0xDCCFC164, 0x2B38, 0x11D2, {0xB7, 0xEC, 0x00, 0xC0, 0x4F, 0x8F, 0x5D, 0x9A}};
+const CLSID ScriptedLanguageService::CLASS = {
+    0x275C23E2, 0x3747, 0x11D0, {0x9F, 0xEA, 0x00, 0xAA, 0x00, 0x3F, 0x86, 0x46}};
+const IID ScriptedLanguageService::INTERFACE = {
+    0xDCCFC164, 0x2B38, 0x11D2, {0xB7, 0xEC, 0x00, 0xC0, 0x4F, 0x8F, 0x5D, 0x9A}};
 
 namespace {
 
@@ -42,8 +44,8 @@ public:
         return left;
     }
 
-    HRESULT STDMETHODCALLTYPE DetectInputCodepage(DWORD flags, DWORD preferred, CHAR* data, INT* size, DetectEncodingInfo* answer,
-                                                  INT* count) override {
+    HRESULT STDMETHODCALLTYPE DetectInputCodepage(DWORD flags, DWORD preferred, CHAR* data, INT* size,
+                                                  DetectEncodingInfo* answer, INT* count) override {
         ++script->calls;
         script->flags = flags;
         script->preferred = preferred;
@@ -107,10 +109,12 @@ public:
     HRESULT STDMETHODCALLTYPE ConvertStringInIStream(DWORD*, DWORD, WCHAR*, DWORD, DWORD, IStream*, IStream*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE ConvertStringToUnicodeEx(DWORD*, DWORD, CHAR*, UINT*, WCHAR*, UINT*, DWORD, WCHAR*) override {
+    HRESULT STDMETHODCALLTYPE ConvertStringToUnicodeEx(DWORD*, DWORD, CHAR*, UINT*, WCHAR*, UINT*, DWORD,
+                                                       WCHAR*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE ConvertStringFromUnicodeEx(DWORD*, DWORD, WCHAR*, UINT*, CHAR*, UINT*, DWORD, WCHAR*) override {
+    HRESULT STDMETHODCALLTYPE ConvertStringFromUnicodeEx(DWORD*, DWORD, WCHAR*, UINT*, CHAR*, UINT*, DWORD,
+                                                         WCHAR*) override {
         return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE DetectCodepageInIStream(DWORD, DWORD, IStream*, DetectEncodingInfo*, INT*) override {

@@ -30,8 +30,8 @@ struct LanguageServiceScript {
     int references = 0;  ///< to the objects that live now
 };
 
-/// A language service in place of the system's, for the apartment of the thread that makes it, for as long as it lives. The thread must
-/// have COM.
+/// A language service in place of the system's, for the apartment of the thread that makes it, for
+/// as long as it lives. The thread must have COM.
 class ScriptedLanguageService {
 public:
     explicit ScriptedLanguageService(LanguageServiceScript* usedScript);

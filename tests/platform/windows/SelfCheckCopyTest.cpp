@@ -12,7 +12,8 @@
 #include "tests/support/Flavours.h"
 #include "tests/support/TestStreams.h"
 
-// The copy of the self-check on a disk that is full, and from a file that is spoilt: it is whole, or there is none.
+// The copy of the self-check on a disk that is full, and from a file that is spoilt: it is whole,
+// or there is none.
 
 namespace Kestra::Test {
 namespace {
@@ -46,7 +47,8 @@ std::string MakeDocument(std::size_t size) {
 class SmallDisk {
 public:
     explicit SmallDisk(DWORD size) {
-        system->writeFile = [size](HANDLE handle, const void* data, DWORD count, DWORD* written, OVERLAPPED* place) -> BOOL {
+        system->writeFile = [size](HANDLE handle, const void* data, DWORD count, DWORD* written,
+                                   OVERLAPPED* place) -> BOOL {
             if (place->OffsetHigh != 0 || place->Offset >= size) {
                 *written = 0;
                 SetLastError(ERROR_DISK_FULL);
@@ -198,7 +200,7 @@ TEST(WindowsSelfCheckCopyTest, ACopyThatIsSpoiltWhenItIsTakenEarlyIsNone) {
     }
 }
 
-TEST(WindowsSelfCheckCopyTest, BytesBehindTheEndAreReadBackToo) {
+TEST(WindowsSelfCheckCopyTest, BytesAfterTheEndAreReadBackToo) {
     const std::string bytes = MakeDocument<char>(6 << 20);
     const std::string more = MakeDocument<char>(1 << 20);
     CopiedDocument<char, std::string> document;

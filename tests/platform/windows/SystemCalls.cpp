@@ -5,8 +5,9 @@
 // After the header above, which it needs.
 #include <winternl.h>
 
-/// What GetProcAddress itself calls, so that it can be called behind the hook of that.
-extern "C" NTSYSAPI NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, const ANSI_STRING* name, ULONG ordinal, void** address);
+/// What GetProcAddress itself calls, so that it can be called after the hook of that.
+extern "C" NTSYSAPI NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, const ANSI_STRING* name, ULONG ordinal,
+                                                          void** address);
 
 namespace Kestra::Test {
 
@@ -30,8 +31,8 @@ Call* FindInKernel(const char* name) {
     return Find<Call>("kernel32.dll", name);
 }
 
-HANDLE WINAPI CreateFileHooked(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
-                               DWORD attributes, HANDLE pattern) {
+HANDLE WINAPI CreateFileHooked(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                               DWORD disposition, DWORD attributes, HANDLE pattern) {
     static const auto real = FindInKernel<decltype(CreateFileHooked)>("CreateFileW");
     const auto* hook = Get(&SystemHooks::createFile);
     if (hook != nullptr && !(*hook)(path, attributes))
@@ -47,12 +48,14 @@ DWORD WINAPI GetFullPathNameHooked(const wchar_t* path, DWORD size, wchar_t* abs
 
 BOOL WINAPI ReadFileHooked(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) {
     const auto* hook = Get(&SystemHooks::readFile);
-    return hook != nullptr ? (*hook)(handle, buffer, size, count, place) : RealSystem::Read(handle, buffer, size, count, place);
+    return hook != nullptr ? (*hook)(handle, buffer, size, count, place)
+                           : RealSystem::Read(handle, buffer, size, count, place);
 }
 
 BOOL WINAPI WriteFileHooked(HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) {
     const auto* hook = Get(&SystemHooks::writeFile);
-    return hook != nullptr ? (*hook)(handle, data, size, count, place) : RealSystem::Write(handle, data, size, count, place);
+    return hook != nullptr ? (*hook)(handle, data, size, count, place)
+                           : RealSystem::Write(handle, data, size, count, place);
 }
 
 DWORD WINAPI GetTempPathHooked(DWORD size, wchar_t* path) {
@@ -69,14 +72,15 @@ UINT WINAPI GetAnsiCodePageHooked() {
 
 int WINAPI MultiByteToWideCharHooked(UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room) {
     const auto* hook = Get(&SystemHooks::multiByteToWideChar);
-    return hook != nullptr ? (*hook)(code, flags, data, size, output, room) : RealSystem::ToWide(code, flags, data, size, output, room);
+    return hook != nullptr ? (*hook)(code, flags, data, size, output, room)
+                           : RealSystem::ToWide(code, flags, data, size, output, room);
 }
 
-using FromWideCall = int WINAPI(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room, const char* replacement,
-                                BOOL* hasReplaced);
+using FromWideCall = int WINAPI(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room,
+                                const char* replacement, BOOL* hasReplaced);
 
-int WINAPI WideCharToMultiByteHooked(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room, const char* replacement,
-                                     BOOL* hasReplaced) {
+int WINAPI WideCharToMultiByteHooked(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room,
+                                     const char* replacement, BOOL* hasReplaced) {
     static const auto real = FindInKernel<FromWideCall>("WideCharToMultiByte");
     const auto* hook = Get(&SystemHooks::wideCharToMultiByte);
     return hook != nullptr ? (*hook)(code, flags, data, size, output, room)
@@ -105,7 +109,8 @@ void WINAPI CoUninitializeHooked() {
         RealSystem::Uninitialize();
 }
 
-HRESULT WINAPI CoCreateInstanceHooked(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object) {
+HRESULT WINAPI CoCreateInstanceHooked(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId,
+                                      void** object) {
     const auto* hook = Get(&SystemHooks::coCreateInstance);
     return hook != nullptr ? (*hook)(classId, outer, context, interfaceId, object)
                            : RealSystem::CreateInstance(classId, outer, context, interfaceId, object);
@@ -147,7 +152,8 @@ FARPROC RealSystem::FindCall(HMODULE library, const char* name) {
     void* address = nullptr;
     const bool isNumber = reinterpret_cast<std::uintptr_t>(name) <= 0xFFFF;
     if (isNumber)
-        return LdrGetProcedureAddress(library, nullptr, static_cast<ULONG>(reinterpret_cast<std::uintptr_t>(name)), &address) == 0
+        return LdrGetProcedureAddress(library, nullptr, static_cast<ULONG>(reinterpret_cast<std::uintptr_t>(name)),
+                                      &address) == 0
                    ? reinterpret_cast<FARPROC>(address)
                    : nullptr;
     ANSI_STRING text;
@@ -165,7 +171,8 @@ void RealSystem::Uninitialize() {
     real();
 }
 
-HRESULT RealSystem::CreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object) {
+HRESULT RealSystem::CreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId,
+                                   void** object) {
     static const auto real = Find<decltype(CoCreateInstanceHooked)>("ole32.dll", "CoCreateInstance");
     return real(classId, outer, context, interfaceId, object);
 }
@@ -188,7 +195,8 @@ bool IsWine() {
 
 }  // namespace Kestra::Test
 
-// A call that is imported goes through a pointer of this name. Those of the program itself stand in for those that the linker would make.
+// A call that is imported goes through a pointer of this name. Those of the program itself stand in
+// for those that the linker would make.
 extern "C" {
 auto* __imp_CreateFileW = &Kestra::Test::CreateFileHooked;
 auto* __imp_GetFullPathNameW = &Kestra::Test::GetFullPathNameHooked;

@@ -9,21 +9,25 @@
 
 namespace Kestra::Test {
 
-/// What a test puts in front of calls to the system. An empty one leaves the call alone.
+/// What a test puts before calls to the system. An empty one leaves the call alone.
 struct SystemHooks {
-    std::function<bool(const wchar_t* path, DWORD attributes)> createFile;  ///< false for a failure, with the last error that it has set
+    std::function<bool(const wchar_t* path, DWORD attributes)>
+        createFile;  ///< false for a failure, with the last error that it has set
     std::function<DWORD(const wchar_t* path, DWORD size, wchar_t* absolute)> getFullPathName;
     std::function<BOOL(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place)> readFile;
     std::function<BOOL(HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place)> writeFile;
     std::function<DWORD(DWORD size, wchar_t* path)> getTempPath;
     std::function<UINT()> getAnsiCodePage;
-    std::function<int(UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room)> multiByteToWideChar;
-    std::function<int(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room)> wideCharToMultiByte;
+    std::function<int(UINT code, DWORD flags, const char* data, int size, wchar_t* output, int room)>
+        multiByteToWideChar;
+    std::function<int(UINT code, DWORD flags, const wchar_t* data, int size, char* output, int room)>
+        wideCharToMultiByte;
     std::function<HMODULE(const wchar_t* name, DWORD flags)> loadLibrary;
     std::function<FARPROC(HMODULE library, const char* name)> getProcAddress;
     std::function<HRESULT()> coInitialize;
     std::function<void()> coUninitialize;
-    std::function<HRESULT(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object)> coCreateInstance;
+    std::function<HRESULT(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object)>
+        coCreateInstance;
 };
 
 /// The calls that a hook may pass on, as the system answers them.
@@ -37,10 +41,12 @@ struct RealSystem {
     static FARPROC FindCall(HMODULE library, const char* name);
     static HRESULT Initialize();
     static void Uninitialize();
-    static HRESULT CreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId, void** object);
+    static HRESULT CreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& interfaceId,
+                                  void** object);
 };
 
-/// Hooks in front of all such calls of this program, the library's among them, for as long as it lives. One at a time.
+/// Hooks before all such calls of this program, the library's among them, for as long as it lives.
+/// One at a time.
 class HookedSystem {
 public:
     HookedSystem();

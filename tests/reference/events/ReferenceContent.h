@@ -5,7 +5,8 @@
 
 namespace Kestra::Test {
 
-/// Reads the content of an element that has no markup, one byte at a time, with the states of the tokenizer of the HTML standard.
+/// Reads the content of an element that has no markup, one byte at a time, with the states of the
+/// tokenizer of the HTML standard.
 class ReferenceContent {
 public:
     /// Whether an element has such a content. @param name  in any case

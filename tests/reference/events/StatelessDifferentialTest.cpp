@@ -17,7 +17,8 @@
 #include "tests/support/Splits.h"
 #include "tools/trace/TokenTrace.h"
 
-// The stateless parser against the second implementation of it, on random documents in random pieces.
+// The stateless parser against the second implementation of it, on random documents in random
+// pieces.
 
 namespace Kestra::Test {
 namespace {
@@ -89,7 +90,8 @@ std::string MakeSoup(Dice* dice) {
 }
 
 CharSet::Code PickCharset(Dice* dice) {
-    constexpr CharSet::Code CHARSETS[] = {0, 0, 0, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
+    constexpr CharSet::Code CHARSETS[] = {
+        0, 0, 0, CharSet::WINDOWS_1252, CharSet::UTF8, 1251, 932, CharSet::UTF16_LE, 12345};
     return CHARSETS[dice->Below(std::size(CHARSETS))];
 }
 
@@ -117,10 +119,11 @@ std::string Difference(HTML::StatelessHTMLParser* parser, const std::vector<std:
     const EventRun actual = ParseEvents(parser, pieces, charset, flags);
     const bool asText = parser->GetScriptMode() == HTML::StatelessHTMLParser::SCRIPT_AS_TEXT;
     const StatelessReferenceRun expected = ParseStatelessByReference(pieces, charset, flags, asText);
-    if (actual.Describe() == Describe(expected) && actual.parseResults == expected.parseResults && actual.endResult == expected.endResult)
+    if (actual.Describe() == Describe(expected) && actual.parseResults == expected.parseResults &&
+        actual.endResult == expected.endResult)
         return "";
-    std::string shown =
-        (asText ? "as text, charset " : "charset ") + std::to_string(charset) + ", flags " + std::to_string(flags) + ", pieces:\n";
+    std::string shown = (asText ? "as text, charset " : "charset ") + std::to_string(charset) + ", flags " +
+                        std::to_string(flags) + ", pieces:\n";
     for (const std::string& piece : pieces)
         shown += "  " + Trace::Escape(piece) + "\n";
     return shown + "the library:\n" + actual.Describe() + "the reference:\n" + Describe(expected);
@@ -137,23 +140,27 @@ TEST_P(StatelessDifferentialTest, RandomDocuments) {
         const CharSet::Code charset = PickCharset(&dice);
         const std::uint32_t flags = dice.OneIn(4) ? 0 : 1;
         const Cuts cuts = CutsOfShortReads(document.size(), &dice);
-        // One parser for all readings of a document: it opens its converter once, and there may be none, after a long search.
+        // One parser for all readings of a document: it opens its converter once, and there may be
+        // none, after a long search.
         HTML::StatelessHTMLParser parser;
-        const auto mode = dice.OneIn(2) ? HTML::StatelessHTMLParser::SCRIPT_AS_TEXT : HTML::StatelessHTMLParser::SCRIPT_AS_TOKENS;
+        const auto mode =
+            dice.OneIn(2) ? HTML::StatelessHTMLParser::SCRIPT_AS_TEXT : HTML::StatelessHTMLParser::SCRIPT_AS_TOKENS;
         parser.SetScriptMode(mode);
-        // Behind a failure nothing is fed; the rest of the document is tried from there on.
+        // After a failure nothing is fed; the rest of the document is tried from there on.
         std::string rest = document;
         for (int attempt = 0; attempt < 4 && !rest.empty(); ++attempt) {
             std::string difference = Difference(&parser, {rest}, charset, flags);
             if (difference.empty())
-                difference = Difference(&parser, Pieces(rest, Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), rest.size()))),
-                                        charset, flags);
+                difference = Difference(
+                    &parser, Pieces(rest, Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), rest.size()))),
+                    charset, flags);
             const auto fails = [&](std::string_view candidate) {
                 HTML::StatelessHTMLParser another;
                 another.SetScriptMode(mode);
                 return !Difference(&another, {std::string(candidate)}, charset, flags).empty();
             };
-            ASSERT_EQ(difference, "") << "seed " << seed << ", the shortest in one piece: " << Trace::Escape(Shorten(rest, fails));
+            ASSERT_EQ(difference, "") << "seed " << seed
+                                      << ", the shortest in one piece: " << Trace::Escape(Shorten(rest, fails));
             rest.erase(0, rest.size() / 3 + 1);
         }
     }

@@ -13,38 +13,39 @@ enum class TagKind { START, END, ENTITY, EXTERN };
 /// Where the next byte is. Between two pieces it is all that is known of the place.
 enum class State {
     TEXT,
-    OPENER,       ///< behind "<"
-    DECLARATION,  ///< behind "<!"
-    DASH,         ///< behind "<!-"
+    OPENER,       ///< after "<"
+    DECLARATION,  ///< after "<!"
+    DASH,         ///< after "<!-"
     COMMENT,
-    COMMENT_DASH,    ///< behind "-" in a comment
-    COMMENT_DASHES,  ///< behind "--" in a comment
+    COMMENT_DASH,    ///< after "-" in a comment
+    COMMENT_DASHES,  ///< after "--" in a comment
     BEFORE_NAME,
     NAME,
-    END_TAG_CLOSE,  ///< behind the name of an end tag
+    END_TAG_CLOSE,  ///< after the name of an end tag
     BEFORE_ATTRIBUTE,
     ATTRIBUTE_NAME,
-    BEHIND_ATTRIBUTE_NAME,
+    AFTER_ATTRIBUTE_NAME,
     BAD_ATTRIBUTE,
     BEFORE_VALUE,
     UNQUOTED_VALUE,
     QUOTED_VALUE,
-    CLOSED_VALUE,  ///< behind the closing quote
-    BEHIND_TOKEN,
+    CLOSED_VALUE,  ///< after the closing quote
+    AFTER_TOKEN,
     TAG_CLOSE,   ///< at the mark that ends the tag
     LAST_BRACE,  ///< only ">" can follow
     SCRIPT,
     SCRIPT_BLOCK_COMMENT,
     SCRIPT_LINE_COMMENT,
     SCRIPT_STRING,
-    SCRIPT_OPENER,  ///< behind "<" in a script
+    SCRIPT_OPENER,  ///< after "<" in a script
     STYLE,
-    STYLE_OPENER,  ///< behind "<" in a style
+    STYLE_OPENER,  ///< after "<" in a style
     CONTENT,       ///< of an element, as text
     CONTENT_END,   ///< after the name of its end tag
 };
 
-/// What became of a byte: taken, to be looked at again in the new state, or refused with a result code.
+/// What became of a byte: taken, to be looked at again in the new state, or refused with a result
+/// code.
 enum class Step : std::uint32_t { TAKEN = 0, AGAIN = 1, NO_NAME = 701, NO_CLOSE = 702, NO_CONSTRUCT = 703 };
 
 struct Machine {
@@ -90,8 +91,8 @@ bool ContinuesName(char byte) {
     return StartsName(byte) || (byte >= '0' && byte <= '9') || byte == ':' || byte == '-';
 }
 
-// Three ways to take a byte: a mark counts one column, white space also counts lines, and content counts like white space and then
-// one column more.
+// Three ways to take a byte: a mark counts one column, white space also counts lines, and content
+// counts like white space and then one column more.
 
 Step TakeMark(Machine* machine) {
     machine->column += 1;
@@ -153,7 +154,8 @@ Step BeginTagHere(Machine* machine, TagKind kind) {
 }
 
 void FinishStartTag(Machine* machine) {
-    const bool hasContent = machine->scriptsAsText && machine->isBrowsersName && ReferenceContent::IsContentOf(machine->tagName);
+    const bool hasContent =
+        machine->scriptsAsText && machine->isBrowsersName && ReferenceContent::IsContentOf(machine->tagName);
     if (hasContent) {
         machine->content = ReferenceContent(machine->tagName);
         machine->counted = 0;
@@ -192,7 +194,8 @@ void FinishTag(Machine* machine) {
             machine->trace.push_back(EntityLine(machine->tagName, machine->tokens, machine->charset));
             break;
         case TagKind::EXTERN:
-            machine->charset = CharsetAfterExternTag(machine->tagName, machine->attributes, machine->charset, machine->flags);
+            machine->charset =
+                CharsetAfterExternTag(machine->tagName, machine->attributes, machine->charset, machine->flags);
             machine->trace.push_back(ExternLine(machine->tagName, machine->attributes, machine->charset));
             break;
     }
@@ -337,12 +340,12 @@ Step KeepAttribute(Machine* machine) {
 
 Step StepAttributeName(Machine* machine, char byte) {
     if (!ContinuesName(byte))
-        return Again(machine, State::BEHIND_ATTRIBUTE_NAME);
+        return Again(machine, State::AFTER_ATTRIBUTE_NAME);
     machine->identifier += byte;
     return TakeMark(machine);
 }
 
-Step StepBehindAttributeName(Machine* machine, char byte) {
+Step StepAfterAttributeName(Machine* machine, char byte) {
     if (IsWhiteSpace(byte))
         return TakeSpace(machine, byte);
     if (byte != '=')
@@ -365,7 +368,7 @@ Step KeepValue(Machine* machine) {
         return KeepAttribute(machine);
     machine->tokens.push_back(machine->value);
     machine->value.clear();
-    return Again(machine, State::BEHIND_TOKEN);
+    return Again(machine, State::AFTER_TOKEN);
 }
 
 Step StepUnquotedValue(Machine* machine, char byte) {
@@ -382,7 +385,7 @@ Step StepQuotedValue(Machine* machine, char byte) {
     return TakeMark(machine);
 }
 
-Step StepBehindToken(Machine* machine, char byte) {
+Step StepAfterToken(Machine* machine, char byte) {
     if (IsWhiteSpace(byte))
         return TakeSpace(machine, byte);
     if (byte == '/' || byte == '>')
@@ -471,8 +474,9 @@ Step StepBodyEnd(Machine* machine, char byte, const std::string& wanted, State b
         machine->text += machine->bodyEnd;
         machine->state = body;
     } else if (machine->bodyEnd.size() == wanted.size()) {
-        machine->trace.push_back(body == State::SCRIPT ? ScriptLine(machine->attributes, machine->text, machine->charset)
-                                                       : StyleLine(machine->attributes, machine->text, machine->charset));
+        machine->trace.push_back(body == State::SCRIPT
+                                     ? ScriptLine(machine->attributes, machine->text, machine->charset)
+                                     : StyleLine(machine->attributes, machine->text, machine->charset));
         machine->text.clear();
         machine->state = State::TEXT;
     }
@@ -547,8 +551,8 @@ Step StepByte(Machine* machine, char byte) {
             return StepBeforeAttribute(machine, byte);
         case State::ATTRIBUTE_NAME:
             return StepAttributeName(machine, byte);
-        case State::BEHIND_ATTRIBUTE_NAME:
-            return StepBehindAttributeName(machine, byte);
+        case State::AFTER_ATTRIBUTE_NAME:
+            return StepAfterAttributeName(machine, byte);
         case State::BAD_ATTRIBUTE:
             return StepBadAttribute(machine, byte);
         case State::BEFORE_VALUE:
@@ -559,8 +563,8 @@ Step StepByte(Machine* machine, char byte) {
             return StepQuotedValue(machine, byte);
         case State::CLOSED_VALUE:
             return KeepValue(machine);
-        case State::BEHIND_TOKEN:
-            return StepBehindToken(machine, byte);
+        case State::AFTER_TOKEN:
+            return StepAfterToken(machine, byte);
         case State::TAG_CLOSE:
             return StepTagClose(machine, byte);
         case State::LAST_BRACE:
@@ -587,7 +591,8 @@ Step StepByte(Machine* machine, char byte) {
     return Step::NO_CONSTRUCT;
 }
 
-/// What the end of a piece does, which is not nothing in five places. @return 0 or 16, the result for the piece.
+/// What the end of a piece does, which is not nothing in five places. @return 0 or 16, the result
+/// for the piece.
 std::uint32_t EndPiece(Machine* machine) {
     if (machine->entered)
         return 0;
@@ -613,7 +618,7 @@ std::uint32_t EndPiece(Machine* machine) {
         case State::BAD_ATTRIBUTE:
             machine->state = State::BEFORE_ATTRIBUTE;
             return 16;
-        case State::BEHIND_TOKEN:
+        case State::AFTER_TOKEN:
             machine->state = State::BEFORE_VALUE;  // a ">" that follows makes an empty token
             return 16;
         case State::BEFORE_NAME:
@@ -621,7 +626,7 @@ std::uint32_t EndPiece(Machine* machine) {
         case State::END_TAG_CLOSE:
         case State::BEFORE_ATTRIBUTE:
         case State::ATTRIBUTE_NAME:
-        case State::BEHIND_ATTRIBUTE_NAME:
+        case State::AFTER_ATTRIBUTE_NAME:
         case State::BEFORE_VALUE:
         case State::UNQUOTED_VALUE:
         case State::QUOTED_VALUE:
@@ -656,8 +661,8 @@ std::uint32_t ParsePiece(Machine* machine, const std::string& piece) {
 
 }  // namespace
 
-StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset, std::uint32_t flags,
-                                                bool scriptsAsText) {
+StatelessReferenceRun ParseStatelessByReference(const std::vector<std::string>& pieces, std::uint32_t charset,
+                                                std::uint32_t flags, bool scriptsAsText) {
     Machine machine;
     machine.scriptsAsText = scriptsAsText;
     machine.charset = charset;

@@ -20,7 +20,8 @@ char Fold(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
-/// The ANSI rule. The count includes the terminator, so that a NUL which ends the string itself is kept.
+/// The ANSI rule. The count includes the terminator, so that a NUL which ends the string itself is
+/// kept.
 WideString WideByAnsi(const std::string& text) {
     WideString wide;
     StringHelper::GetStringFromAnsi(text.c_str(), text.size() + 1, &wide);
@@ -42,7 +43,8 @@ WideString WideByPairs(const std::string& text) {
     return wide;
 }
 
-/// Whether anything converts from a code page. That there is nothing is found out once: a system may search for long each time.
+/// Whether anything converts from a code page. That there is nothing is found out once: a system
+/// may search for long each time.
 bool HasConverter(std::uint32_t charset) {
     static std::map<std::uint32_t, bool> known;
     const auto [place, isNew] = known.emplace(charset, false);
@@ -53,7 +55,8 @@ bool HasConverter(std::uint32_t charset) {
     return place->second;
 }
 
-/// The charset rule: all of the text, by the charset in force, or by the ANSI rule when none is set or it has no converter.
+/// The charset rule: all of the text, by the charset in force, or by the ANSI rule when none is set
+/// or it has no converter.
 WideString WideByCharset(const std::string& text, std::uint32_t charset) {
     if (charset == 0)
         return WideByAnsi(text);
@@ -108,7 +111,8 @@ bool EqualsFolded(const std::string& left, const std::string& right) {
     return true;
 }
 
-std::uint32_t CharsetAfterStartTag(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset, std::uint32_t flags) {
+std::uint32_t CharsetAfterStartTag(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset,
+                                   std::uint32_t flags) {
     if (!MayChangeCharset(charset, flags) || !EqualsFolded(name, "meta"))
         return charset;
     std::string equivalent;
@@ -132,7 +136,8 @@ std::uint32_t CharsetAfterStartTag(const std::string& name, const ReferencePairs
     return charset;
 }
 
-std::uint32_t CharsetAfterExternTag(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset, std::uint32_t flags) {
+std::uint32_t CharsetAfterExternTag(const std::string& name, const ReferencePairs& attributes, std::uint32_t charset,
+                                    std::uint32_t flags) {
     if (!MayChangeCharset(charset, flags) || !EqualsFolded(name, "xml"))
         return charset;
     for (const ReferencePair& attribute : attributes) {

@@ -39,9 +39,11 @@ protected:
 };
 
 TEST_F(PosixInputList, SortedFolderByFolder) {
-    for (const char* const name : {"b/2.html", "b/10.html", "b/c/x.html", "b.html", "a.html", "Z.html", "\xC3\xA9.html", "b/c/d/e/f.htm"})
+    for (const char* const name :
+         {"b/2.html", "b/10.html", "b/c/x.html", "b.html", "a.html", "Z.html", "\xC3\xA9.html", "b/c/d/e/f.htm"})
         Write(name);
-    EXPECT_EQ(List(), (Names{"Z.html", "a.html", "b/10.html", "b/2.html", "b/c/d/e/f.htm", "b/c/x.html", "b.html", "\xC3\xA9.html"}));
+    EXPECT_EQ(List(), (Names{"Z.html", "a.html", "b/10.html", "b/2.html", "b/c/d/e/f.htm", "b/c/x.html", "b.html",
+                             "\xC3\xA9.html"}));
 }
 
 TEST_F(PosixInputList, ABlankEndsAName) {

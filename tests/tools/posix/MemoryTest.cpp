@@ -17,8 +17,9 @@
 #include "tools/kestra-html/TokensCommand.h"
 
 /// @file
-/// What becomes of an input that does not fit the memory. The program has an `operator new` of its own, which fails for large blocks when
-/// a test says so: a limit of the system for the address space leaves no room for a sanitizer.
+/// What becomes of an input that does not fit the memory. The program has an `operator new` of its
+/// own, which fails for large blocks when a test says so: a limit of the system for the address
+/// space leaves no room for a sanitizer.
 
 namespace {
 

@@ -19,7 +19,8 @@ std::string Repeat(std::string_view text, unsigned times) {
     return all;
 }
 
-const std::string UTF8 = Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20);
+const std::string UTF8 =
+    Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20);
 const std::string ASCII = Repeat("<p>plain</p>\n", 30);
 constexpr const char* NO_ANSWER = "the charset detector has no usable answer, as for plain ASCII, or cannot be started";
 constexpr const char* NOT_CONFIDENT = "the charset detector is not confident enough";
@@ -55,14 +56,16 @@ TEST(ToolDetect, AnAnswerOfNoUse) {
 }
 
 TEST(ToolDetect, NoAnswerAtAll) {
-    const ToolRun run = Detect(std::string(300, '\x80') + Repeat("<b>", 10) + "\x1B", {"--min-confidence", "0", "--format", "json"});
+    const ToolRun run =
+        Detect(std::string(300, '\x80') + Repeat("<b>", 10) + "\x1B", {"--min-confidence", "0", "--format", "json"});
     const ToolRun blank = Detect("<!--" + std::string(300, '\x80') + "-->", {"--min-confidence", "0"});
     EXPECT_EQ(blank.status, 1);
     EXPECT_EQ(blank.output, std::string("-: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n") << run.output;
 }
 
 TEST(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
-    // The line without a minimum tells it; the detector answers with that minimum, and with one more it does not.
+    // The line without a minimum tells it; the detector answers with that minimum, and with one
+    // more it does not.
     const ToolRun unsure = Detect(UNSURE, {"--min-confidence", "0"});
     ASSERT_EQ(unsure.status, 0) << unsure.output;
     static constexpr std::string_view WORD = "confidence ";
@@ -74,8 +77,10 @@ TEST(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
     EXPECT_EQ(Detect(UNSURE, {"--min-confidence", std::to_string(confidence)}).output, unsure.output);
     const ToolRun tooMuch = Detect(UNSURE, {"--min-confidence", std::to_string(confidence + 1)});
     EXPECT_EQ(tooMuch.status, 1);
-    EXPECT_EQ(tooMuch.output, "-: unknown, confidence " + std::to_string(confidence) + ", 708, " + NOT_CONFIDENT + "\n");
-    EXPECT_EQ(Detect(UTF8, {"--min-confidence", "101"}).output, std::string("-: unknown, confidence 100, 708, ") + NOT_CONFIDENT + "\n");
+    EXPECT_EQ(tooMuch.output,
+              "-: unknown, confidence " + std::to_string(confidence) + ", 708, " + NOT_CONFIDENT + "\n");
+    EXPECT_EQ(Detect(UTF8, {"--min-confidence", "101"}).output,
+              std::string("-: unknown, confidence 100, 708, ") + NOT_CONFIDENT + "\n");
 }
 
 TEST(ToolDetect, TheLeastDataIs256Bytes) {
@@ -98,7 +103,8 @@ TEST(ToolDetect, Files) {
     ToolSettings settings;
     settings.folder = folder.GetPath().string();
     settings.input = UTF8;
-    const ToolRun run = RunTool({"detect", "--format", "json", "utf8", "none", ".", "short", "-", "ascii", "utf8"}, settings);
+    const ToolRun run =
+        RunTool({"detect", "--format", "json", "utf8", "none", ".", "short", "-", "ascii", "utf8"}, settings);
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.output,
               R"({"file":"utf8","result":0,"code":65001,"name":"UTF-8"}

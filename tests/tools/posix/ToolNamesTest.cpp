@@ -9,7 +9,8 @@
 namespace Kestra::Test {
 namespace {
 
-/// A name that would clear the terminal, in three ways, and turn the rest of the line around; and how it is shown.
+/// A name that would clear the terminal, in three ways, and turn the rest of the line around; and
+/// how it is shown.
 const std::string NAME =
     "a\x1B[2J\xC2\x9B"
     "2J\xE2\x80\xAElmth\x9B.html";

@@ -42,7 +42,8 @@ protected:
     }
 
     std::size_t CountNames() {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder.GetPath()), fs::directory_iterator()));
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder.GetPath()), fs::directory_iterator()));
     }
 
     TemporaryFolder folder;
@@ -102,7 +103,8 @@ TEST_F(ToolRewriteFiles, AFullDiskLeavesTheFile) {
 }
 
 TEST_F(ToolRewriteFiles, AFolderThatTakesNoFileLeavesTheFile) {
-    const ToolRun run = RunTool({"rewrite", "--in-place", "/proc/self/comm"}, settings);  // its folder takes none, from nobody
+    const ToolRun run =
+        RunTool({"rewrite", "--in-place", "/proc/self/comm"}, settings);  // its folder takes none, from nobody
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.errors.find("/proc/self/comm: cannot be written: "), 0U) << run.errors;
 }
@@ -159,7 +161,8 @@ TEST_F(ToolRewriteFiles, OtherNamesKeepTheOldBytes) {
     EXPECT_EQ(CountNames(), 3U);
 }
 
-/// A running tool that waits with the file beside the page open: it has something to say, and nobody reads its standard error.
+/// A running tool that waits with the file beside the page open: it has something to say, and
+/// nobody reads its standard error.
 class WaitingTool {
 public:
     /// @param ignoredSignal  0 for none
@@ -179,7 +182,8 @@ public:
             setrlimit(RLIMIT_CORE, &noCore);
             dup2(ends[1], STDERR_FILENO);
             if (chdir(path.c_str()) == 0)
-                execl(KESTRA_TOOL, KESTRA_TOOL, "rewrite", "--set", "a.b=c", "--max-token", "5", "--in-place=.bak", "page", nullptr);
+                execl(KESTRA_TOOL, KESTRA_TOOL, "rewrite", "--set", "a.b=c", "--max-token", "5", "--in-place=.bak",
+                      "page", nullptr);
             _exit(127);
         }
         close(ends[1]);

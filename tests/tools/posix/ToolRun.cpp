@@ -125,7 +125,8 @@ std::string ReadFile(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// An open descriptor for a stream of the tool, or one that holds nothing for a stream that is to be closed.
+/// An open descriptor for a stream of the tool, or one that holds nothing for a stream that is to
+/// be closed.
 Descriptor OpenSink(Sink sink, const std::filesystem::path& capture, const Terminal& terminal) {
     switch (sink) {
         case Sink::CAPTURED:

@@ -31,7 +31,8 @@ std::string LastLine(const std::string& output) {
     if (output.empty() || output.back() != '\n')
         return "(no line)";
     const std::size_t before = output.rfind('\n', output.size() - 2);
-    return output.substr(before == std::string::npos ? 0 : before + 1, output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
+    return output.substr(before == std::string::npos ? 0 : before + 1,
+                         output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
 }
 
 /// A text with the letters of the ASCII one as UTF-16, low byte first.
@@ -61,9 +62,10 @@ struct DetectableText {
 
 const DetectableText DETECTABLE_TEXTS[] = {
     {"UTF-8", Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20),
-     "\"charset\":65001,\"isWParser\":false", R"("text":"\u0414\u043e\u0431\u0440\u044b\u0439 \u0434\u0435\u043d\u044c")"},
-    {"UTF-16 without a mark", Utf16(Repeat("<p>An English text that goes on for a while</p>\n", 20)), "\"charset\":1200,\"isWParser\":true",
-     R"("text":"An English text that goes on for a while")"},
+     "\"charset\":65001,\"isWParser\":false",
+     R"("text":"\u0414\u043e\u0431\u0440\u044b\u0439 \u0434\u0435\u043d\u044c")"},
+    {"UTF-16 without a mark", Utf16(Repeat("<p>An English text that goes on for a while</p>\n", 20)),
+     "\"charset\":1200,\"isWParser\":true", R"("text":"An English text that goes on for a while")"},
 };
 
 TEST(ToolTokensDetected, ALateCharsetStartsAgain) {
@@ -95,7 +97,9 @@ TEST(ToolTokensDetected, WithoutReparsingTheResultIs705) {
         EXPECT_EQ(run.status, 1) << row.note;
         EXPECT_NE(run.output.find("{\"event\":\"Text\""), std::string::npos) << row.note;
         EXPECT_NE(LastLine(run.output).find("\"parse\":705,"), std::string::npos) << row.note << run.output;
-        EXPECT_EQ(run.errors, "-: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n")
+        EXPECT_EQ(
+            run.errors,
+            "-: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n")
             << row.note;
     }
 }
@@ -104,9 +108,11 @@ TEST(ToolTokensDetected, TheTextFormatAfterALateCharset) {
     const ToolRun run = RunToolOn(DETECTABLE_TEXTS[0].bytes, {"tokens"});
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(run.output.find("start-parsing"), run.output.rfind("start-parsing"));
-    EXPECT_NE(run.output.find("\nbytes    580\ntokens   80: text 40, start 20, end 20\ncharset  65001 (UTF-8), found in a first pass\n"
-                              "result   0, success\n"),
-              std::string::npos)
+    EXPECT_NE(
+        run.output.find(
+            "\nbytes    580\ntokens   80: text 40, start 20, end 20\ncharset  65001 (UTF-8), found in a first pass\n"
+            "result   0, success\n"),
+        std::string::npos)
         << run.output;
 }
 

@@ -1,5 +1,6 @@
-// The program of the tests about consoles. It gives itself one, which needs neither a window nor a desktop: started without, it starts
-// itself again inside a pseudo console, and hands everything on.
+// The program of the tests about consoles. It gives itself one, which needs neither a window nor a
+// desktop: started without, it starts itself again inside a pseudo console, and hands everything
+// on.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -42,8 +43,9 @@ public:
         output = Handle(outputReader);
         const Handle itsInput(inputReader);
         const Handle itsOutput(outputWriter);
-        Checked(SUCCEEDED(Find<CreateCall>("CreatePseudoConsole")({80, 25}, itsInput.Get(), itsOutput.Get(), 0, &console)),
-                "CreatePseudoConsole");
+        Checked(
+            SUCCEEDED(Find<CreateCall>("CreatePseudoConsole")({80, 25}, itsInput.Get(), itsOutput.Get(), 0, &console)),
+            "CreatePseudoConsole");
         reader = std::thread([this] {
             char block[4096];
             DWORD count = 0;
@@ -77,7 +79,8 @@ int RunInside(const PseudoConsole& console) {
     std::vector<char> memory(size);
     const auto attributes = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory.data());
     Checked(InitializeProcThreadAttributeList(attributes, 1, 0, &size), "InitializeProcThreadAttributeList");
-    Checked(UpdateProcThreadAttribute(attributes, 0, ATTRIBUTE_PSEUDO_CONSOLE, console.Get(), sizeof(void*), nullptr, nullptr),
+    Checked(UpdateProcThreadAttribute(attributes, 0, ATTRIBUTE_PSEUDO_CONSOLE, console.Get(), sizeof(void*), nullptr,
+                                      nullptr),
             "UpdateProcThreadAttribute");
 
     STARTUPINFOEXW start = {};
@@ -91,8 +94,8 @@ int RunInside(const PseudoConsole& console) {
     GetModuleFileNameW(nullptr, program, static_cast<DWORD>(std::size(program)));
     std::wstring commandLine = GetCommandLineW();
     PROCESS_INFORMATION process = {};
-    Checked(CreateProcessW(program, commandLine.data(), nullptr, nullptr, TRUE, EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
-                           &start.StartupInfo, &process),
+    Checked(CreateProcessW(program, commandLine.data(), nullptr, nullptr, TRUE, EXTENDED_STARTUPINFO_PRESENT, nullptr,
+                           nullptr, &start.StartupInfo, &process),
             "CreateProcess");
     const Handle thread(process.hThread);
     const Handle child(process.hProcess);

@@ -64,15 +64,16 @@ DWORD mostShown = MAXDWORD;
 
 BOOL WINAPI WriteConsoleShort(HANDLE console, const void* units, DWORD count, DWORD* written, void* reserved) {
     using Call = BOOL(WINAPI*)(HANDLE, const void*, DWORD, DWORD*, void*);
-    static const Call real =
-        reinterpret_cast<Call>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteConsoleW")));
+    static const Call real = reinterpret_cast<Call>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteConsoleW")));
     *written = 0;
     return mostShown == 0 ? TRUE : real(console, units, std::min(count, mostShown), written, reserved);
 }
 
 std::string Words(DWORD error) {
     wchar_t text[512];
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text,
+                                        static_cast<DWORD>(std::size(text)), nullptr);
     const std::wstring_view line(text, length);
     return Tool::FromWide(line.substr(0, line.find_last_not_of(L" .\r\n") + 1));
 }
@@ -94,9 +95,10 @@ TEST(Console, TextIsRightInEveryCodePage) {
         ASSERT_EQ(GetConsoleOutputCP(), code);
         const ToolRun run = ShowTokens(TEXT, {"--charset", "65001"});
         EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.output, "     1:1     start-parsing\n     1:1     text(" + TEXT +
-                                  ")\n     1:19    end-parsing\nbytes    18\ntokens   1: text 1\ncharset  65001 (UTF-8)\n"
-                                  "result   0, success\n")
+        EXPECT_EQ(run.output,
+                  "     1:1     start-parsing\n     1:1     text(" + TEXT +
+                      ")\n     1:19    end-parsing\nbytes    18\ntokens   1: text 1\ncharset  65001 (UTF-8)\n"
+                      "result   0, success\n")
             << code;
     }
 }
@@ -153,7 +155,8 @@ TEST(Console, AConsoleThatShowsNothingIsAFailure) {
 
 TEST(Console, AFullPipeThatDoesNotWaitIsAFailure) {
     const std::wstring path = L"\\\\.\\pipe\\kestra-test-full-" + std::to_wstring(GetCurrentProcessId());
-    const Handle writer(CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_NOWAIT, 1, 4096, 4096, 0, nullptr));
+    const Handle writer(
+        CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE | PIPE_NOWAIT, 1, 4096, 4096, 0, nullptr));
     const Handle reader(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     const OutputTo output(writer.Get());
     std::optional<Tool::WriteFailure> failure;
@@ -168,7 +171,8 @@ TEST(Console, AFileGetsBytesAsTheyAre) {
     const std::string bytes = "a\xE9\r\n\n\x1A" + TEXT;
     const std::filesystem::path path = folder.Write("output", "");
     {
-        const Handle file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const Handle file(
+            CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
         const OutputTo output(file.Get());
         EXPECT_FALSE(Tool::WriteOutput(bytes));
     }
@@ -176,8 +180,10 @@ TEST(Console, AFileGetsBytesAsTheyAre) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), bytes);
 }
 
-/// Runs the tool on a screen of its own that has this mode, and looks whether the word of its token is shown in another way.
-bool IsColoured(const std::map<std::string, std::string>& environment, DWORD modeBefore, const std::vector<std::string>& arguments) {
+/// Runs the tool on a screen of its own that has this mode, and looks whether the word of its token
+/// is shown in another way.
+bool IsColoured(const std::map<std::string, std::string>& environment, DWORD modeBefore,
+                const std::vector<std::string>& arguments) {
     Screen screen;
     screen.SetMode(modeBefore);
     ToolSettings settings;
@@ -223,7 +229,8 @@ TEST(Console, ColoursCanBeForbidden) {
         EXPECT_EQ(IsColoured({{row.name, row.value}}, PLAIN, {"tokens"}), row.coloured) << row.name << "=" << row.value;
 }
 
-/// Starts the tool with these files and "-" behind them. @return what it shows while it waits for its standard input
+/// Starts the tool with these files and "-" after them. @return what it shows while it waits for
+/// its standard input
 std::string ShowWaiting(const TemporaryFolder& folder, Arguments arguments, const std::string& shown, int status) {
     ToolSettings settings;
     settings.folder = folder.GetPath().string();
@@ -311,7 +318,8 @@ TEST(Console, NoDialogAsksForADisk) {
     const UINT former = SetErrorMode(SEM_NOGPFAULTERRORBOX);
     {
         const Tool::StandardStreams streams;
-        EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX)) << "and what was asked for stays";
+        EXPECT_EQ(GetErrorMode(), static_cast<UINT>(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX))
+            << "and what was asked for stays";
     }
     SetErrorMode(former);
 }

@@ -70,7 +70,8 @@ protected:
     static std::string Line(const std::string& file, std::size_t size = 1) {
         std::string line = "{\"file\":";
         Tool::AppendJsonString(&line, Tool::ToWide(file));
-        return line + ",\"bytes\":" + std::to_string(size) + ",\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
+        return line + ",\"bytes\":" + std::to_string(size) +
+               ",\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
     }
 
     TemporaryFolder folder;
@@ -78,12 +79,13 @@ protected:
 };
 
 TEST_F(FileNames, AreListedFolderByFolderRegardlessOfCase) {
-    for (const char* const name : {"b/2.html", "b/10.html", "b/c/x.html", "b.html", "a.html", "Z.html", "B2.HTM", "b/c/d/e/f.htm"})
+    for (const char* const name :
+         {"b/2.html", "b/10.html", "b/c/x.html", "b.html", "a.html", "Z.html", "B2.HTM", "b/c/d/e/f.htm"})
         Write(name);
     Write("\xC3\xA9.html");
     Write("\xC3\x89.xhtml");
-    EXPECT_EQ(List(), (Names{"a.html", "b\\10.html", "b\\2.html", "b\\c\\d\\e\\f.htm", "b\\c\\x.html", "b.html", "B2.HTM", "Z.html",
-                             "\xC3\xA9.html", "\xC3\x89.xhtml"}));
+    EXPECT_EQ(List(), (Names{"a.html", "b\\10.html", "b\\2.html", "b\\c\\d\\e\\f.htm", "b\\c\\x.html", "b.html",
+                             "B2.HTM", "Z.html", "\xC3\xA9.html", "\xC3\x89.xhtml"}));
 }
 
 /// A symbolic link to a folder. Wine makes none itself, and shows those of the system below it.
@@ -127,14 +129,15 @@ private:
         return wide;
     }
 
-    /// Runs a program of the system below Wine with the link as its last argument. Its end cannot be waited for, but what it does.
+    /// Runs a program of the system below Wine with the link as its last argument. Its end cannot
+    /// be waited for, but what it does.
     void RunUnix(const std::wstring& program, const std::wstring& arguments, bool isThereThen) {
         std::wstring commandLine = program + L" " + arguments + L" \"" + GetUnixName(link) + L"\"";
         STARTUPINFOW start = {};
         start.cb = sizeof(start);
         PROCESS_INFORMATION process = {};
-        Checked(CreateProcessW((L"\\\\?\\unix\\bin\\" + program).c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                               &start, &process),
+        Checked(CreateProcessW((L"\\\\?\\unix\\bin\\" + program).c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                               0, nullptr, nullptr, &start, &process),
                 "CreateProcess");
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
@@ -156,7 +159,8 @@ TEST_F(FileNames, LinksToFoldersAreFollowedOnlyWhenNamed) {
     ASSERT_TRUE(loop.Exists() && page.Exists());
     EXPECT_EQ(List(), (Names{"real\\below\\page.html", "real\\page.html"}));
     EXPECT_EQ(Shorten(Tool::ListInputs({Path("link")})), (Names{"link\\below\\page.html", "link\\page.html"}));
-    EXPECT_EQ(Expand("*\\page.html"), (Names{"folder-link.html\\page.html", "link\\page.html", "real\\page.html"})) << "named as well";
+    EXPECT_EQ(Expand("*\\page.html"), (Names{"folder-link.html\\page.html", "link\\page.html", "real\\page.html"}))
+        << "named as well";
 }
 
 TEST_F(FileNames, KeepTheSeparatorsThatAreGiven) {
@@ -169,8 +173,8 @@ TEST_F(FileNames, KeepTheSeparatorsThatAreGiven) {
 }
 
 TEST_F(FileNames, WithWildcards) {
-    for (const char* const name : {"b.html", "a.html", "C.HTML", "a1.htm", "a22.htm", "README", "d.e.html", "sub/x.html", "sub/Y.html",
-                                   "sup/x.html", "sup/z/deep.html", "[a].html"}) {
+    for (const char* const name : {"b.html", "a.html", "C.HTML", "a1.htm", "a22.htm", "README", "d.e.html",
+                                   "sub/x.html", "sub/Y.html", "sup/x.html", "sup/z/deep.html", "[a].html"}) {
         Write(name);
     }
     const struct {
@@ -237,7 +241,8 @@ TEST_F(FileNames, InUnicode) {
 }
 
 TEST_F(FileNames, ArgumentsArriveAsTheyAre) {
-    for (const std::string& name : {"a b"s, "a'b"s, "%TEMP%"s, "a^b&c"s, "back\\slash\\"s, "quo\"te"s, "end\\\""s, "\\\\\"x y\\\\"s, ""s}) {
+    for (const std::string& name :
+         {"a b"s, "a'b"s, "%TEMP%"s, "a^b&c"s, "back\\slash\\"s, "quo\"te"s, "end\\\""s, "\\\\\"x y\\\\"s, ""s}) {
         const ToolRun run = Check({name});
         EXPECT_EQ(run.status, 3);
         EXPECT_EQ(run.errors, name + ": cannot be read\n");
@@ -257,7 +262,8 @@ TEST_F(FileNames, LongerThanTheOldLimit) {
     }
     const std::wstring file = path + L"\\page.html";
     {
-        const Handle handle(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const Handle handle(
+            CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         DWORD written = 0;
         Checked(WriteFile(handle.Get(), "<p>", 3, &written, nullptr), "WriteFile");
     }
@@ -282,14 +288,17 @@ TEST_F(FileNames, OfDevices) {
     const std::wstring front = L"\\\\?\\" + folder.GetPath().wstring() + L"\\";
     const std::wstring files[] = {front + L"nul.html", front + L"CON.html", front + L"nul"};
     for (const std::wstring& file : files) {
-        const Handle handle(CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const Handle handle(
+            CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         DWORD written = 0;
         Checked(WriteFile(handle.Get(), "<p>", 3, &written, nullptr), "WriteFile");
     }
-    for (const std::string& name : {"nul.html"s, ".\\nul.html"s, Path("nul.html"), "./CON.html"s, "con.html"s, ".\\nul"s, Path("nul")}) {
+    for (const std::string& name :
+         {"nul.html"s, ".\\nul.html"s, Path("nul.html"), "./CON.html"s, "con.html"s, ".\\nul"s, Path("nul")}) {
         EXPECT_EQ(Check({name}).output, Line(name, 3));
         std::string bytes;
-        EXPECT_EQ(Tool::ReadInput(name.find(':') == std::string::npos ? Path(name) : name, &bytes), Tool::ReadResult::READ);
+        EXPECT_EQ(Tool::ReadInput(name.find(':') == std::string::npos ? Path(name) : name, &bytes),
+                  Tool::ReadResult::READ);
         EXPECT_EQ(bytes, "<p>");
     }
     EXPECT_EQ(Check({"c*.html"}).output, Line("CON.html", 3));
@@ -318,11 +327,13 @@ TEST_F(FileNames, ThatAreForbidden) {
     Write("page");
     for (const std::string& name : {"page\0.html"s, "page.html\0"s, "\0"s}) {
         std::string bytes;
-        EXPECT_EQ(Tool::ReadInput(Path(name), &bytes), Tool::ReadResult::UNREADABLE) << "what comes before the NUL would be a file";
+        EXPECT_EQ(Tool::ReadInput(Path(name), &bytes), Tool::ReadResult::UNREADABLE)
+            << "what comes before the NUL would be a file";
         EXPECT_EQ(bytes, "");
     }
     EXPECT_EQ(Tool::ListInputs({folder.GetPath().string() + "\0x"s}), (Names{folder.GetPath().string() + "\0x"s}));
-    for (const std::string& name : {"a<b"s, "a>b"s, "a|b"s, "a\x01"s, "a\tb"s, "page.html\\x"s, "\\\\?\\"s, "\\\\.\\none"s, "q:\\none"s}) {
+    for (const std::string& name :
+         {"a<b"s, "a>b"s, "a|b"s, "a\x01"s, "a\tb"s, "page.html\\x"s, "\\\\?\\"s, "\\\\.\\none"s, "q:\\none"s}) {
         const ToolRun run = Check({name, "page"});
         EXPECT_EQ(run.status, 3) << name;
         EXPECT_EQ(run.output, Line("page")) << name;
@@ -334,8 +345,8 @@ TEST_F(FileNames, OfLockedFilesAndFolders) {
     Write("page.html");
     Write("locked.html");
     fs::create_directory(folder.GetPath() / "folder.html");
-    const Handle lock(
-        CreateFileW((folder.GetPath() / "locked.html").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const Handle lock(CreateFileW((folder.GetPath() / "locked.html").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
     const ToolRun run = Check({"*.html"});
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.output, Line("page.html"));
@@ -344,15 +355,16 @@ TEST_F(FileNames, OfLockedFilesAndFolders) {
         const ToolRun other = RunTool({command, "locked.html", "folder.html", ".", "folder.html\\"}, settings);
         EXPECT_EQ(other.status, 3) << command;
         EXPECT_EQ(other.errors,
-                  "locked.html: cannot be read\nfolder.html: cannot be read\n.: cannot be read\nfolder.html\\: cannot be read\n")
+                  "locked.html: cannot be read\nfolder.html: cannot be read\n.: cannot be read\nfolder.html\\: cannot "
+                  "be read\n")
             << command;
     }
 }
 
 TEST_F(FileNames, AFileThatIsBeingWrittenCanBeRead) {
     Write("page.html");
-    const Handle writer(CreateFileW((folder.GetPath() / "page.html").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    const Handle writer(CreateFileW((folder.GetPath() / "page.html").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     EXPECT_EQ(Check({"page.html"}).output, Line("page.html"));
 }
 
@@ -362,7 +374,9 @@ TEST_F(FileNames, BytesOfStandardInputArriveAsTheyAre) {
         "c\nd\r\r\n\xFF"s;
     const ToolRun run = RunTool({"tokens", "--format", "json", "--charset", "1252", "--observer", "narrow"}, settings);
     EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"a\\r\\nb\\u001ac\\nd\\r\\r\\n\\u00ff\"}\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"a\\r\\nb\\u001ac\\nd\\r\\r\\n\\u00ff\"}\n"),
+              std::string::npos)
+        << run.output;
     EXPECT_EQ(run.output.find('\r'), std::string::npos) << "output is written as it is, too";
 }
 

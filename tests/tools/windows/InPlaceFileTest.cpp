@@ -25,7 +25,8 @@ BOOL SetInformation(HANDLE file, FILE_INFO_BY_HANDLE_CLASS kind, void* data, DWO
 }
 
 /// The failure after which the old file is gone.
-BOOL Replace(const wchar_t* target, const wchar_t* written, const wchar_t* backup, DWORD flags, void* exclude, void* reserved) {
+BOOL Replace(const wchar_t* target, const wchar_t* written, const wchar_t* backup, DWORD flags, void* exclude,
+             void* reserved) {
     if (failing != Failing::REPLACE && failing != Failing::REPLACE_AND_MOVE)
         return ReplaceFileW(target, written, backup, flags, exclude, reserved);
     DeleteFileW(target);
@@ -88,7 +89,8 @@ TEST(InPlaceFileTest, NoFailureOfTheSystemLosesThePage) {
         int count = 0;
         for (const fs::directory_entry& entry : fs::directory_iterator(folder.GetPath())) {
             std::ifstream bytes(entry.path(), std::ios::binary);
-            EXPECT_EQ(std::string(std::istreambuf_iterator<char>(bytes), std::istreambuf_iterator<char>()), "new") << entry.path();
+            EXPECT_EQ(std::string(std::istreambuf_iterator<char>(bytes), std::istreambuf_iterator<char>()), "new")
+                << entry.path();
             ++count;
         }
         EXPECT_EQ(count, 1);

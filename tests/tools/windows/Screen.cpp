@@ -7,8 +7,8 @@
 namespace Kestra::Test {
 
 Screen::Screen()
-    : buffer(CreateConsoleScreenBuffer(GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CONSOLE_TEXTMODE_BUFFER,
-                                       nullptr)) {
+    : buffer(CreateConsoleScreenBuffer(GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                       CONSOLE_TEXTMODE_BUFFER, nullptr)) {
     Checked(SetConsoleScreenBufferSize(buffer.Get(), {WIDTH, HEIGHT}), "SetConsoleScreenBufferSize");
 }
 
@@ -18,8 +18,9 @@ HANDLE Screen::Get() const {
 
 Handle Screen::Duplicate() const {
     HANDLE copy = nullptr;
-    Checked(DuplicateHandle(GetCurrentProcess(), buffer.Get(), GetCurrentProcess(), &copy, 0, TRUE, DUPLICATE_SAME_ACCESS),
-            "DuplicateHandle");
+    Checked(
+        DuplicateHandle(GetCurrentProcess(), buffer.Get(), GetCurrentProcess(), &copy, 0, TRUE, DUPLICATE_SAME_ACCESS),
+        "DuplicateHandle");
     return Handle(copy);
 }
 
@@ -35,7 +36,8 @@ std::string Screen::Read() const {
 std::wstring Screen::ReadLine(SHORT line) const {
     std::wstring text(WIDTH, L'\0');
     DWORD count = 0;
-    Checked(ReadConsoleOutputCharacterW(buffer.Get(), text.data(), WIDTH, {0, line}, &count), "ReadConsoleOutputCharacter");
+    Checked(ReadConsoleOutputCharacterW(buffer.Get(), text.data(), WIDTH, {0, line}, &count),
+            "ReadConsoleOutputCharacter");
     text.resize(count);
     return text.substr(0, text.find_last_not_of(L' ') + 1);
 }
@@ -43,7 +45,8 @@ std::wstring Screen::ReadLine(SHORT line) const {
 std::wstring Screen::ReadAttributes(SHORT line) const {
     std::vector<WORD> attributes(WIDTH);
     DWORD count = 0;
-    Checked(ReadConsoleOutputAttribute(buffer.Get(), attributes.data(), WIDTH, {0, line}, &count), "ReadConsoleOutputAttribute");
+    Checked(ReadConsoleOutputAttribute(buffer.Get(), attributes.data(), WIDTH, {0, line}, &count),
+            "ReadConsoleOutputAttribute");
     return {attributes.begin(), attributes.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 

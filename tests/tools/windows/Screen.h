@@ -6,7 +6,8 @@
 
 namespace Kestra::Test {
 
-/// A screen of the console that the test program has: empty, and so wide that no line of a test is broken.
+/// A screen of the console that the test program has: empty, and so wide that no line of a test is
+/// broken.
 class Screen {
 public:
     static constexpr SHORT WIDTH = 500;
@@ -19,7 +20,8 @@ public:
     /// @return one more handle, to be inherited
     Handle Duplicate() const;
 
-    /// The lines down to the cursor in UTF-8, each with a line feed but the one that the cursor is in, without the blanks at their ends.
+    /// The lines down to the cursor in UTF-8, each with a line feed but the one that the cursor is
+    /// in, without the blanks at their ends.
     std::string Read() const;
 
     /// What the characters of a line look like, one after the other.

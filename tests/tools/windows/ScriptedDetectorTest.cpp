@@ -20,7 +20,8 @@
 #include "tools/kestra-html/RewriteCommand.h"
 #include "tools/kestra-html/TokensCommand.h"
 
-// The tool and the answers of the charset detector. The test registers a detector for its own process only, so the commands run in it.
+// The tool and the answers of the charset detector. The test registers a detector for its own
+// process only, so the commands run in it.
 
 namespace Kestra::Test {
 namespace {
@@ -56,7 +57,8 @@ public:
         : stream(redirectedStream),
           former(GetStdHandle(stream)),
           path(filePath),
-          file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+          file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                           nullptr)) {
         SetStdHandle(stream, file.Get());
     }
     Redirection(const Redirection&) = delete;
@@ -100,7 +102,8 @@ protected:
             Tool::Console console;
             const Tool::CommandLine line = Tool::ParseCommandLine(arguments);
             EXPECT_FALSE(line.answered) << line.answer;
-            run.status = std::visit([&console](const auto& options) { return RunCommand(options, &console); }, line.run);
+            run.status =
+                std::visit([&console](const auto& options) { return RunCommand(options, &console); }, line.run);
         }
         run.output = output.Read();
         run.errors = errors.Read();
@@ -157,7 +160,8 @@ TEST_F(ScriptedDetector, NoUsableAnswer) {
     EXPECT_EQ(tooMuch.output, std::string("page: unknown, confidence 60, 708, ") + NOT_CONFIDENT + "\n");
     EXPECT_EQ(tooMuch.errors, std::string("page: DetectCharset returned 708: ") + NOT_CONFIDENT + "\n");
     script.count = 0;
-    EXPECT_EQ(RunOn(UTF8, {"detect"}).output, std::string("page: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n");
+    EXPECT_EQ(RunOn(UTF8, {"detect"}).output,
+              std::string("page: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n");
     script.count = 1;
     Answer(20127, 100);
     const ToolRun ascii = RunOn(UTF8, {"detect"});
@@ -195,7 +199,8 @@ TEST_F(ScriptedDetector, ADetectorThatFails) {
     const ToolRun tokens = RunOn(UTF8, {"tokens", "--format", "json"});
     EXPECT_EQ(tokens.status, 1);
     EXPECT_NE(tokens.output.find("\"parse\":706,"), std::string::npos) << tokens.output;
-    EXPECT_NE(tokens.errors.find("page: parsing returned 706: the charset could not be detected"), std::string::npos) << tokens.errors;
+    EXPECT_NE(tokens.errors.find("page: parsing returned 706: the charset could not be detected"), std::string::npos)
+        << tokens.errors;
 }
 
 TEST_F(ScriptedDetector, ALateCharsetStartsAgain) {
@@ -216,12 +221,14 @@ TEST_F(ScriptedDetector, ALateCharsetStartsAgain) {
         script.calls = 0;
         Arguments arguments = {"tokens", "--format", "json"};
         arguments.insert(arguments.end(), row.given.begin(), row.given.end());
-        EXPECT_EQ(detected.output, RunOn(*row.page, arguments).output) << row.note << ": nothing of the abandoned pass is there";
+        EXPECT_EQ(detected.output, RunOn(*row.page, arguments).output)
+            << row.note << ": nothing of the abandoned pass is there";
         EXPECT_EQ(script.calls, 0) << row.note << ": it is not asked";
         const ToolRun once = RunOn(*row.page, {"tokens", "--format", "json", "--no-reparse"});
         EXPECT_EQ(once.status, 1) << row.note;
         EXPECT_EQ(once.errors,
-                  "page: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n");
+                  "page: parsing returned 705: another charset was found, the input must be parsed again (line 1, "
+                  "column 1)\n");
     }
 }
 

@@ -8,7 +8,8 @@
 namespace Kestra::Test {
 namespace {
 
-/// Wine has the class of the detector, but its detector fails always. Other answers are those of Windows itself.
+/// Wine has the class of the detector, but its detector fails always. Other answers are those of
+/// Windows itself.
 bool IsWine() {
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
@@ -41,7 +42,8 @@ TEST(ToolDetectOfTheSystem, AParseWithoutACharsetAsksTheDetector) {
     if (IsWine()) {
         EXPECT_EQ(unknown.status, 1);
         EXPECT_NE(unknown.output.find("\"parse\":706,"), std::string::npos) << unknown.output;
-        EXPECT_NE(unknown.errors.find("-: parsing returned 706: the charset could not be detected"), std::string::npos) << unknown.errors;
+        EXPECT_NE(unknown.errors.find("-: parsing returned 706: the charset could not be detected"), std::string::npos)
+            << unknown.errors;
     } else {
         EXPECT_EQ(unknown.status, 0);
         EXPECT_NE(unknown.output.find("\"charset\":65001,"), std::string::npos) << unknown.output;

@@ -14,7 +14,8 @@ namespace Kestra::Test {
 
 namespace {
 
-/// One argument in the form from which the program gets it back: within quotes, where backslashes in front of a quote count twice.
+/// One argument in the form from which the program gets it back: within quotes, where backslashes
+/// before a quote count twice.
 std::wstring Quote(const std::string& argument) {
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;
@@ -36,14 +37,18 @@ std::wstring MakeCommandLine(const std::wstring& program, const std::vector<std:
 
 /// Names of variables have no case.
 std::wstring UpperCase(std::wstring name) {
-    std::transform(name.begin(), name.end(), name.begin(), [](wchar_t letter) { return static_cast<wchar_t>(std::towupper(letter)); });
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](wchar_t letter) { return static_cast<wchar_t>(std::towupper(letter)); });
     return name;
 }
 
-/// That of the test, without what forbids colours, and with these variables: strings that end with a NUL, and one more.
+/// That of the test, without what forbids colours, and with these variables: strings that end with
+/// a NUL, and one more.
 std::wstring MakeEnvironment(const std::map<std::string, std::string>& changes) {
-    std::map<std::wstring, std::wstring> variables;  // by name; the names that begin with "=" hold the folders of drives
-    const std::unique_ptr<wchar_t, decltype(&FreeEnvironmentStringsW)> block(GetEnvironmentStringsW(), &FreeEnvironmentStringsW);
+    std::map<std::wstring, std::wstring>
+        variables;  // by name; the names that begin with "=" hold the folders of drives
+    const std::unique_ptr<wchar_t, decltype(&FreeEnvironmentStringsW)> block(GetEnvironmentStringsW(),
+                                                                             &FreeEnvironmentStringsW);
     for (const wchar_t* next = block.get(); *next != L'\0';) {
         const std::wstring variable = next;
         next += variable.size() + 1;
@@ -71,8 +76,8 @@ public:
         memory.resize(size);
         Checked(InitializeProcThreadAttributeList(Get(), 1, 0, &size), "InitializeProcThreadAttributeList");
         if (!handles.empty())
-            Checked(UpdateProcThreadAttribute(Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles.data(), handles.size() * sizeof(HANDLE),
-                                              nullptr, nullptr),
+            Checked(UpdateProcThreadAttribute(Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles.data(),
+                                              handles.size() * sizeof(HANDLE), nullptr, nullptr),
                     "UpdateProcThreadAttribute");
     }
     Inheritance(const Inheritance&) = delete;
@@ -100,7 +105,8 @@ Pipe::Pipe() {
     writer = Handle(writerHandle);
 }
 
-Handle StartTool(const std::vector<std::string>& arguments, const ToolSettings& settings, const StandardHandles& streams) {
+Handle StartTool(const std::vector<std::string>& arguments, const ToolSettings& settings,
+                 const StandardHandles& streams) {
     const std::wstring program = std::filesystem::absolute(KESTRA_TOOL).make_preferred().wstring();
     std::wstring commandLine = MakeCommandLine(program, arguments);
     std::wstring environment = MakeEnvironment(settings.environment);

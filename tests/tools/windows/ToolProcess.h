@@ -22,9 +22,11 @@ struct StandardHandles {
     HANDLE errors;
 };
 
-/// Starts the built tool, which inherits these streams and no other handle. Of the settings, the environment and the folder are used.
+/// Starts the built tool, which inherits these streams and no other handle. Of the settings, the
+/// environment and the folder are used.
 /// @return the process
-Handle StartTool(const std::vector<std::string>& arguments, const ToolSettings& settings, const StandardHandles& streams);
+Handle StartTool(const std::vector<std::string>& arguments, const ToolSettings& settings,
+                 const StandardHandles& streams);
 
 /// Waits for the end. @return the exit status
 int WaitForTool(const Handle& process);

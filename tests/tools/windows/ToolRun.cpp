@@ -21,8 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 
 Handle OpenFile(const fs::path& path, DWORD access, DWORD disposition) {
-    return Handle(
-        CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return Handle(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                              FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 /// An open handle for a stream of the tool, or none for a stream that is to be closed.
@@ -67,7 +67,8 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& s
     Pipe input;
     Handle output = OpenSink(settings.output, outputFile, screen.get());
     Handle errors = OpenSink(settings.errors, errorsFile, screen.get());
-    const Handle process = StartTool(arguments, settings, {settings.input ? input.reader.Get() : nullptr, output.Get(), errors.Get()});
+    const Handle process =
+        StartTool(arguments, settings, {settings.input ? input.reader.Get() : nullptr, output.Get(), errors.Get()});
     output.Close();
     errors.Close();
     input.reader.Close();
@@ -87,7 +88,8 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& s
 std::string GetReason(Sink sink) {
     const DWORD error = sink == Sink::UNWRITABLE ? ERROR_ACCESS_DENIED : ERROR_INVALID_HANDLE;
     wchar_t text[512];
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, error, 0, text,
+                                        static_cast<DWORD>(std::size(text)), nullptr);
     const std::wstring_view line(text, length);
     return Tool::FromWide(line.substr(0, line.find_last_not_of(L" .\r\n") + 1));
 }

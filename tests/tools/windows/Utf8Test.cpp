@@ -10,7 +10,8 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Every character has another length in UTF-8, from one byte to four, and the last one two units of UTF-16.
+/// Every character has another length in UTF-8, from one byte to four, and the last one two units
+/// of UTF-16.
 const std::string FOUR = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
 const std::wstring FOUR_WIDE = L"a\u00E9\u20AC\xD83D\xDE00";
 
@@ -99,8 +100,8 @@ TEST(Utf8, EveryPieceIsTextOfItsOwn) {
 }
 
 TEST(Utf8, WhereThereIsNoTextACutIsAnywhere) {
-    const std::string behind(10, '\x80');
-    EXPECT_EQ(Cut(behind, 4), (std::vector<std::string>{behind.substr(0, 4), behind.substr(0, 4), behind.substr(0, 2)}));
+    const std::string after(10, '\x80');
+    EXPECT_EQ(Cut(after, 4), (std::vector<std::string>{after.substr(0, 4), after.substr(0, 4), after.substr(0, 2)}));
     const std::string leads(5, '\xF0');
     EXPECT_EQ(Cut(leads, 4), (std::vector<std::string>{leads.substr(0, 4), leads.substr(0, 1)}));
 }

@@ -33,9 +33,11 @@ bool IsFolder(const std::string& name) {
 
 bool ListFolder(const std::string& folder, std::vector<FolderEntry>* entries) {
     std::error_code error;
-    for (fs::directory_iterator entry(ToPath(folder), error); !error && entry != fs::directory_iterator(); entry.increment(error))
+    for (fs::directory_iterator entry(ToPath(folder), error); !error && entry != fs::directory_iterator();
+         entry.increment(error))
         entries->push_back(Describe(*entry));
-    std::sort(entries->begin(), entries->end(), [](const FolderEntry& left, const FolderEntry& right) { return left.name < right.name; });
+    std::sort(entries->begin(), entries->end(),
+              [](const FolderEntry& left, const FolderEntry& right) { return left.name < right.name; });
     return !error;
 }
 

@@ -28,7 +28,8 @@ constexpr mode_t PERMISSIONS = 07777;
 
 constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ};
 
-/// Of files that a signal removes before it ends the tool: one beside the target, and the backup before it has its name. Null for none.
+/// Of files that a signal removes before it ends the tool: one beside the target, and the backup
+/// before it has its name. Null for none.
 std::array<std::atomic<const char*>, 2> namesToRemove;
 static_assert(std::atomic<const char*>::is_always_lock_free, "a handler of signals may read it");
 
@@ -72,11 +73,12 @@ private:
     sigset_t before;
 };
 
-/// A new file beside the target, open for writing, with a name that no other file has. It is removed in the end, or by a signal, unless it
-/// has got another name.
+/// A new file beside the target, open for writing, with a name that no other file has. It is
+/// removed in the end, or by a signal, unless it has got another name.
 class FileBeside {
 public:
-    explicit FileBeside(const std::string& target) : name(target.substr(0, target.rfind('/') + 1) + ".kestra-html-XXXXXX") {
+    explicit FileBeside(const std::string& target)
+        : name(target.substr(0, target.rfind('/') + 1) + ".kestra-html-XXXXXX") {
         HandleSignals();
         const SignalsLater later;
         descriptor = mkostemp(name.data(), O_CLOEXEC);
@@ -128,8 +130,8 @@ struct InPlaceFile::Files {
     std::string target;
     FileBeside written;
 
-    /// The file gets a second name. A copy it gets where there are no such, and when it has other names already: what is written under
-    /// those later is not for the backup.
+    /// The file gets a second name. A copy it gets where there are no such, and when it has other
+    /// names already: what is written under those later is not for the backup.
     void Backup(const std::string& suffix) const {
         const FileBeside made(target);
         unlink(made.GetName().c_str());

@@ -6,7 +6,8 @@
 namespace Kestra::Tool {
 
 std::filesystem::path ToPath(const std::string& name) {
-    return name.find('\0') == std::string::npos ? std::filesystem::path(VFS::GetVerbatimPath(NameToWide(name))) : std::filesystem::path();
+    return name.find('\0') == std::string::npos ? std::filesystem::path(VFS::GetVerbatimPath(NameToWide(name)))
+                                                : std::filesystem::path();
 }
 
 }  // namespace Kestra::Tool

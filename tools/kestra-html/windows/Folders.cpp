@@ -13,8 +13,8 @@ namespace Kestra::Tool {
 
 namespace {
 
-/// Links of both kinds: symbolic ones and mount points. Files that a cloud keeps are reparse points too, but no links. A point that does
-/// not say what it is may be one, and is not followed.
+/// Links of both kinds: symbolic ones and mount points. Files that a cloud keeps are reparse points
+/// too, but no links. A point that does not say what it is may be one, and is not followed.
 bool IsLink(const WIN32_FIND_DATAW& entry) {
     const DWORD tag = entry.dwReserved0;
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && (tag == 0 || IsReparseTagNameSurrogate(tag));
@@ -46,8 +46,8 @@ bool IsFolder(const std::string& name) {
 
 bool ListFolder(const std::string& folder, std::vector<FolderEntry>* entries) {
     WIN32_FIND_DATAW entry;
-    const HANDLE search =
-        FindFirstFileExW(ToPath(JoinNames(folder, "*")).c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr, 0);
+    const HANDLE search = FindFirstFileExW(ToPath(JoinNames(folder, "*")).c_str(), FindExInfoBasic, &entry,
+                                           FindExSearchNameMatch, nullptr, 0);
     if (search == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_FILE_NOT_FOUND;  // the root of a drive has no entries "." and ".."
     do {

@@ -25,8 +25,9 @@ constexpr int MOST_NAMES = 100;                            ///< tried for the fi
 
 /// Where the links lead to that a name may be.
 std::wstring Resolve(const std::filesystem::path& path) {
-    const HANDLE file = CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE file =
+        CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         Fail(GetLastError());
     std::wstring target;
@@ -60,7 +61,8 @@ struct InPlaceFile::Files {
             DeleteFileW(written.c_str());
     }
 
-    /// Whether the file beside the target is deleted when it is closed, which the system does when the tool is ended.
+    /// Whether the file beside the target is deleted when it is closed, which the system does when
+    /// the tool is ended.
     bool SetDeletedOnClose(bool isDeleted) const {
         FILE_DISPOSITION_INFO disposition = {};
         disposition.DeleteFile = isDeleted ? TRUE : FALSE;
@@ -72,9 +74,11 @@ struct InPlaceFile::Files {
         return open == INVALID_HANDLE_VALUE || CloseHandle(open) != 0;
     }
 
-    /// Whether the old file is gone after `ReplaceFileW` has failed, which it may be after this one error.
+    /// Whether the old file is gone after `ReplaceFileW` has failed, which it may be after this one
+    /// error.
     bool HasLostTarget(DWORD error) const {
-        return error == ERROR_UNABLE_TO_MOVE_REPLACEMENT && GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES;
+        return error == ERROR_UNABLE_TO_MOVE_REPLACEMENT &&
+               GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES;
     }
 
     /// Opens a file for writing beside the target, with a name that none has.
@@ -82,8 +86,10 @@ struct InPlaceFile::Files {
         const std::wstring folder = target.substr(0, target.rfind(L'\\') + 1);
         const std::uint64_t start = GetTickCount64() ^ (std::uint64_t{GetCurrentProcessId()} << 32U);
         for (int i = 0; handle == INVALID_HANDLE_VALUE; ++i) {
-            const std::wstring name = folder + NameToWide(fmt::format(".kestra-html-{:x}", start + static_cast<std::uint64_t>(i)));
-            handle = CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+            const std::wstring name =
+                folder + NameToWide(fmt::format(".kestra-html-{:x}", start + static_cast<std::uint64_t>(i)));
+            handle = CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                 nullptr);
             if (handle != INVALID_HANDLE_VALUE)
                 written = name;
             else if (GetLastError() != ERROR_FILE_EXISTS || i == MOST_NAMES)
@@ -123,7 +129,8 @@ void InPlaceFile::Commit(const std::string& backupSuffix) {
         Fail(GetLastError());
     const std::wstring backup = backupSuffix.empty() ? std::wstring() : files->target + NameToWide(backupSuffix);
     if (!backup.empty() && CopyFileW(files->target.c_str(), backup.c_str(), FALSE) == 0) {
-        throw InPlaceFailed(fmt::format("no backup can be written: {}", std::system_category().message(static_cast<int>(GetLastError()))));
+        throw InPlaceFailed(fmt::format("no backup can be written: {}",
+                                        std::system_category().message(static_cast<int>(GetLastError()))));
     }
     // The new file takes over the attributes and the rights of the old one.
     if (ReplaceFileW(files->target.c_str(), files->written.c_str(), nullptr, 0, nullptr, nullptr) == 0) {

@@ -64,14 +64,16 @@ std::string_view Variable(const char* name) {
 /// The system's words for an error, without the full stop at their end.
 std::string Describe(DWORD error) {
     wchar_t text[512];
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK, nullptr,
-                                        error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                       nullptr, error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
     const std::wstring_view words(text, length);
     const std::size_t last = words.find_last_not_of(L" .\r\n");
     return last == std::wstring_view::npos ? fmt::format("error {}", error) : FromWide(words.substr(0, last + 1));
 }
 
-/// A call that succeeds and writes nothing would do so for ever: a full pipe that does not wait, for example. @return false, with an error
+/// A call that succeeds and writes nothing would do so for ever: a full pipe that does not wait,
+/// for example. @return false, with an error
 bool IsProgress(DWORD written) {
     if (written == 0)
         SetLastError(ERROR_WRITE_FAULT);
@@ -85,7 +87,8 @@ bool ShowFront(HANDLE console, std::string_view* text) {
     text->remove_prefix(count);
     for (std::wstring_view rest = units; !rest.empty();) {
         DWORD written = 0;
-        if (WriteConsoleW(console, rest.data(), static_cast<DWORD>(rest.size()), &written, nullptr) == 0 || !IsProgress(written))
+        if (WriteConsoleW(console, rest.data(), static_cast<DWORD>(rest.size()), &written, nullptr) == 0 ||
+            !IsProgress(written))
             return false;
         rest.remove_prefix(written);
     }
@@ -95,7 +98,8 @@ bool ShowFront(HANDLE console, std::string_view* text) {
 /// Takes as many bytes off the front as one call writes. @return false when the call failed
 bool WriteFront(HANDLE file, std::string_view* bytes) {
     DWORD written = 0;
-    if (WriteFile(file, bytes->data(), static_cast<DWORD>(std::min(bytes->size(), MOST_BYTES)), &written, nullptr) == 0 ||
+    if (WriteFile(file, bytes->data(), static_cast<DWORD>(std::min(bytes->size(), MOST_BYTES)), &written, nullptr) ==
+            0 ||
         !IsProgress(written))
         return false;
     bytes->remove_prefix(written);
@@ -118,7 +122,7 @@ std::optional<WriteFailure> Write(DWORD stream, std::string_view bytes) {
 
 StandardStreams::StandardStreams() {
     _setmode(_fileno(stdin), _O_BINARY);  // output does not pass through the C runtime
-    // A drive without a disk is an error like others, and no question to somebody in front of a window.
+    // A drive without a disk is an error like others, and not a question in a window.
     SetErrorMode(SetErrorMode(0) | SEM_FAILCRITICALERRORS);
 }
 
@@ -135,7 +139,8 @@ bool IsErrorTerminal() {
 }
 
 bool WantsColour() {
-    return Variable("NO_COLOR").empty() && Variable("TERM") != "dumb" && SwitchToColours(GetStdHandle(STD_OUTPUT_HANDLE));
+    return Variable("NO_COLOR").empty() && Variable("TERM") != "dumb" &&
+           SwitchToColours(GetStdHandle(STD_OUTPUT_HANDLE));
 }
 
 std::optional<WriteFailure> WriteOutput(std::string_view bytes) {

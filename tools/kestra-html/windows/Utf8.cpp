@@ -1,31 +1,21 @@
 #include "tools/kestra-html/windows/Utf8.h"
 
+#include "platform/CodePoints.h"
 #include "platform/windows/WindowsApi.h"
 
 namespace Kestra::Tool {
 
 namespace {
 
-constexpr std::size_t MOST_BEHIND_LEAD = 3;  ///< bytes of a character behind its first one
+constexpr std::size_t MOST_TRAILING_BYTES = 3;  ///< bytes of a character after its first one
 
-bool IsBehindLead(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-/// The three bytes of a lone surrogate, as UTF-8 would have them if it had any: ED, A0 to BF, 80 to BF.
+/// The three bytes of a lone surrogate, as UTF-8 would have them if it had any: ED, A0 to BF, 80 to
+/// BF.
 constexpr std::size_t SURROGATE_SIZE = 3;
 
-bool IsSurrogate(std::string_view bytes) {
+bool BeginsWithSurrogate(std::string_view bytes) {
     const auto second = static_cast<unsigned char>(bytes.size() < SURROGATE_SIZE ? 0 : bytes[1]);
-    return second >= 0xA0 && second <= 0xBF && bytes[0] == '\xED' && IsBehindLead(bytes[2]);
-}
-
-bool IsHigh(wchar_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLow(wchar_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
+    return second >= 0xA0 && second <= 0xBF && bytes[0] == '\xED' && IsTrailingByte(bytes[2]);
 }
 
 char ToByte(unsigned value) {
@@ -47,16 +37,18 @@ std::string FromWide(std::wstring_view text) {
     if (text.empty())
         return {};
     const int size = static_cast<int>(text.size());
-    std::string bytes(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)), '\0');
+    std::string bytes(
+        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)),
+        '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), size, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr);
     return bytes;
 }
 
 std::wstring NameToWide(std::string_view name) {
     std::wstring wide;
-    std::size_t begin = 0;  // of the text behind the last lone surrogate
+    std::size_t begin = 0;  // of the text after the last lone surrogate
     for (std::size_t at = 0; at < name.size(); ++at) {
-        if (!IsSurrogate(name.substr(at)))
+        if (!BeginsWithSurrogate(name.substr(at)))
             continue;
         wide += ToWide(name.substr(begin, at - begin));
         const auto second = static_cast<unsigned char>(name[at + 1]);
@@ -73,9 +65,9 @@ std::string NameFromWide(std::wstring_view name) {
     std::size_t begin = 0;
     for (std::size_t at = 0; at < name.size(); ++at) {
         const wchar_t unit = name[at];
-        if (IsHigh(unit) && at + 1 < name.size() && IsLow(name[at + 1])) {
+        if (IsHighSurrogate(unit) && at + 1 < name.size() && IsLowSurrogate(name[at + 1])) {
             ++at;
-        } else if (IsHigh(unit) || IsLow(unit)) {
+        } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
             bytes += FromWide(name.substr(begin, at - begin));
             bytes += {'\xED', ToByte(0x80U | (unit >> 6 & 0x3FU)), ToByte(0x80U | (unit & 0x3FU))};
             begin = at + 1;
@@ -88,9 +80,9 @@ std::size_t FindCut(std::string_view text, std::size_t limit) {
     if (text.size() <= limit)
         return text.size();
     std::size_t cut = limit;
-    while (limit - cut < MOST_BEHIND_LEAD && IsBehindLead(text[cut]))
+    while (limit - cut < MOST_TRAILING_BYTES && IsTrailingByte(text[cut]))
         --cut;
-    return IsBehindLead(text[cut]) ? limit : cut;
+    return IsTrailingByte(text[cut]) ? limit : cut;
 }
 
 }  // namespace Kestra::Tool

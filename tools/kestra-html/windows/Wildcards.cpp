@@ -21,7 +21,8 @@ bool HasWildcard(std::string_view text) {
     return text.find_first_of(WILDCARDS) != std::string_view::npos;
 }
 
-/// The part of a name that no wildcard can be in: the drive, or the prefix whose question mark is none.
+/// The part of a name that no wildcard can be in: the drive, or the prefix whose question mark is
+/// none.
 std::size_t RootLength(std::string_view name) {
     if (name.starts_with(VERBATIM))
         return VERBATIM.size();
@@ -42,7 +43,8 @@ bool Matches(std::wstring_view name, std::wstring_view pattern) {
         if (inPattern < pattern.size() && pattern[inPattern] == L'*') {
             lastStar = inPattern++;
             starEnd = at;
-        } else if (inPattern < pattern.size() && (pattern[inPattern] == L'?' || IsSameLetter(pattern[inPattern], name[at]))) {
+        } else if (inPattern < pattern.size() &&
+                   (pattern[inPattern] == L'?' || IsSameLetter(pattern[inPattern], name[at]))) {
             ++inPattern;
             ++at;
         } else if (lastStar != std::wstring_view::npos) {
@@ -66,13 +68,14 @@ bool Exists(const std::string& name) {
     return GetFileAttributesW(ToPath(name).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-/// Whether the name of a file means something else where it stands alone: standard input, or a
+/// Whether the name of a file means something else when it is alone: standard input, or a
 /// device.
 bool IsTakenAlone(const std::string& name) {
     return name == "-" || ToPath(name).wstring() == NameToWide(name);
 }
 
-/// Appends every match. @param found  the parts in front, with a separator at the end; @param rest  the parts that follow
+/// Appends every match. @param found  the parts in front, with a separator at the end;
+/// @param rest  the parts that follow
 void Expand(const std::string& found, std::string_view rest, std::vector<std::string>* matches) {
     const std::size_t begin = std::min(rest.find_first_of(WILDCARDS), rest.size());
     if (begin == rest.size()) {

@@ -1,7 +1,8 @@
-// Lists the tokens of documents, with scripts as text, for the comparison with another tokenizer. A document on standard input is its
-// length, four bytes with the low one first, and its bytes. The answer is a line of tokens, each a letter, where it begins and where it
-// ends, in bytes: "s" a start or short tag, "e" an end tag, "t" text, "j" junk, "m" other markup. The document is read whole in
-// 8 bits, and once more in pieces in UTF-16; the answers must agree.
+// Lists the tokens of documents, with scripts as text, for the comparison with another tokenizer. A
+// document on standard input is its length, four bytes with the low one first, and its bytes. The
+// answer is a line of tokens, each a letter, where it begins and where it ends, in bytes: "s" a
+// start or short tag, "e" an end tag, "t" text, "j" junk, "m" other markup. The document is read
+// whole in 8 bits, and once more in pieces in UTF-16; the answers must agree.
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>

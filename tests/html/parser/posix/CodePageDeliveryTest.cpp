@@ -4,7 +4,8 @@
 
 #include "tests/html/parser/DocumentRows.h"
 
-// What reaches a wide observer where the system's converter decides: Windows has its own answers for these bytes, or none.
+// What reaches a wide observer where the system's converter decides: Windows has its own answers
+// for these bytes, or none.
 
 namespace Kestra::Test {
 namespace {
@@ -42,7 +43,8 @@ TEST(PosixDeliveryTest, TheTerminatorCompletesTheLastUnit) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.note);
         ForEverySplit(row.input, [&](const Cuts& cuts) {
-            const DocumentRun run = ParseDocument(row.input, cuts, SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, row.charset));
+            const DocumentRun run =
+                ParseDocument(row.input, cuts, SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, row.charset));
             EXPECT_EQ(run.Lines(), Join({"start-parsing", Trace::FormatCharset(row.charset), row.text, "end-parsing"}));
         });
     }
@@ -67,7 +69,8 @@ TEST(PosixDeliveryTest, PagesThatDeclareCharsetsWithoutATableInIcu) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const std::string input = "<p>abc</p><script>evil()</script><meta charset=" + std::string(row.name) + ">" + row.bytes;
+        const std::string input =
+            "<p>abc</p><script>evil()</script><meta charset=" + std::string(row.name) + ">" + row.bytes;
         const Lines tokens = {"start(|p||)", "text(abc)",    "end(|p|||)",      "start(|script||)",
                               "js-start",    "text(evil())", "end(|script|||)", "js-end"};
         DocumentSettings settings = SettingsFor(NARROW_TO_WIDE, Feed::BUFFER, 0);

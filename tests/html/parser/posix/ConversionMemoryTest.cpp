@@ -12,7 +12,8 @@
 #include "platform/Results.h"
 #include "platform/StringHelper.h"
 
-// Memory that is lacking once while a token is converted. This program has allocation functions of its own, and ICU's as well are its own.
+// Memory that is lacking once while a token is converted. This program has allocation functions of
+// its own, and ICU's as well are its own.
 
 namespace {
 
@@ -152,7 +153,8 @@ struct Outcome {
     std::vector<WideString> tokens;
 };
 
-/// A parser whose buffers are there, so that nothing but a conversion allocates: it has read the documents for an observer that needs none.
+/// A parser whose buffers are there, so that nothing but a conversion allocates: it has read the
+/// documents for an observer that needs none.
 class Bench {
 public:
     explicit Bench(CharSet::Code documentCharset, const std::string& document) : charset(documentCharset) {
@@ -200,7 +202,8 @@ void ExpectWhole(const Row& row, const Outcome& run) {
 
 /// @param remembers  ICU itself may have failed for good
 void CheckShortage(const Row& row, bool isCold, long allocation, bool remembers, bool* isOver, std::size_t* lost) {
-    SCOPED_TRACE(std::to_string(row.code) + (isCold ? ", cold, allocation " : ", warm, allocation ") + std::to_string(allocation));
+    SCOPED_TRACE(std::to_string(row.code) + (isCold ? ", cold, allocation " : ", warm, allocation ") +
+                 std::to_string(allocation));
     RestartIcu();
     if (!isCold) {
         WideString wide;
@@ -232,8 +235,8 @@ void CheckShortage(const Row& row, bool isCold, long allocation, bool remembers,
 TEST(ConversionMemoryTest, AShortageWhileTheConverterOpensLosesOneToken) {
     for (const Row& row : ROWS) {
         for (const bool isCold : {true, false}) {
-            // The names of ICU's ISO-2022 converters need its list of names, and T.61 needs its normalization: what ICU could not start
-            // with, it never asks for again.
+            // The names of ICU's ISO-2022 converters need its list of names, and T.61 needs its
+            // normalization: what ICU could not start with, it never asks for again.
             const bool remembers = isCold && (row.code == 50221 || row.code == 20261);
             std::size_t lost = 0;
             bool isOver = false;
@@ -294,7 +297,8 @@ TEST(ConversionMemoryTest, TheStaticConversionsAnswerIt) {
                 isOver = isOver && !hasFailed;
             }
             lacking += backResult == RESULT_OUT_OF_MEMORY ? 1 : 0;
-            EXPECT_TRUE(backResult == RESULT_OK || backResult == RESULT_OUT_OF_MEMORY) << row.code << ": " << backResult;
+            EXPECT_TRUE(backResult == RESULT_OK || backResult == RESULT_OUT_OF_MEMORY)
+                << row.code << ": " << backResult;
             EXPECT_EQ(bytes, backResult == RESULT_OK ? row.bytes : std::string()) << row.code;
         }
         EXPECT_TRUE(isOver) << row.code;

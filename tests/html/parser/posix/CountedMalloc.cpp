@@ -8,8 +8,9 @@
 
 #include "tests/html/parser/CountedAllocations.h"
 
-// The program's own functions come before those of the C library, for every library of the process, and hand over to them by their
-// other names. `operator new` ends here too. Nothing runs in here that could allocate: the loader calls these before anything is set up.
+// The program's own functions come before those of the C library, for every library of the process,
+// and hand over to them by their other names. `operator new` ends here too. Nothing runs in here
+// that could allocate: the loader calls these before anything is set up.
 
 extern "C" {
 void* __libc_malloc(std::size_t size);                           // NOLINT(bugprone-reserved-identifier)

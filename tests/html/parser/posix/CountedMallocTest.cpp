@@ -74,7 +74,7 @@ TEST(CountedMallocTest, AnInvalidAlignmentGivesNothing) {
 
 TEST(CountedMallocTest, BothBlocksAreThereWhileOneMoves) {
     void* const first = Keep(std::malloc(SIZE));
-    void* const obstacle = Keep(std::malloc(SIZE));  // in front of which the first one cannot grow
+    void* const obstacle = Keep(std::malloc(SIZE));  // before which the first one cannot grow
     const auto address = reinterpret_cast<std::uintptr_t>(first);
     RestartHeapPeak();
     const std::size_t before = GetHeapSize();

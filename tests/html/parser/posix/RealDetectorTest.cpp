@@ -31,12 +31,14 @@ TEST(RealDetectorTest, PlainAsciiIsNoAnswer) {
     EXPECT_EQ(parser.GetCharset(), 0U);
 }
 
-/// True when the code page reads the bytes of the sample as they were meant; two code pages may agree on all of them.
+/// True when the code page reads the bytes of the sample as they were meant; two code pages may
+/// agree on all of them.
 bool ReadsSample(const CharsetSample& sample, StringNS::CharSet::Code code) {
     if (code == (sample.code == StringNS::CharSet::EUC_JP ? StringNS::CharSet::EUC_JP_0208_1990 : sample.code))
         return true;
     WideString text;
-    const std::uint32_t result = StringNS::StringHelper::GetWideFromGeneric(code, sample.bytes.data(), sample.bytes.size(), &text);
+    const std::uint32_t result =
+        StringNS::StringHelper::GetWideFromGeneric(code, sample.bytes.data(), sample.bytes.size(), &text);
     return result == 0 && text == WideString(sample.text.begin(), sample.text.end());
 }
 
@@ -86,8 +88,8 @@ TEST(RealDetectorTest, ARussianPageIsReadAgainInItsCharset) {
         EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
         EXPECT_TRUE(parser.WasCharsetDetectorUsed());
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines),
-                  Join({"start-parsing", "start(|p||)", "text(" + Trace::Escape(sample.text) + ")", "end(|p|||)", "end-parsing"}));
+        EXPECT_EQ(Join(lines), Join({"start-parsing", "start(|p||)", "text(" + Trace::Escape(sample.text) + ")",
+                                     "end(|p|||)", "end-parsing"}));
     }
 }
 

@@ -17,7 +17,8 @@
 #include "tests/support/Flavours.h"
 #include "tests/support/TestStreams.h"
 
-// The copy of the self-check on a disk that is full, and from a file that is spoilt: it is whole, or there is none.
+// The copy of the self-check on a disk that is full, and from a file that is spoilt: it is whole,
+// or there is none.
 
 namespace Kestra::Test {
 namespace {
@@ -43,7 +44,7 @@ struct Outcome {
     bool isWhole = false;  ///< and the copy equals the document
 };
 
-/// Parses a document of one tag behind the other, and takes a look at the copy.
+/// Parses a document of one tag after the other, and takes a look at the copy.
 /// @param askEarly  for the copy, when half of the document has been fed
 template <typename C, typename S>
 Outcome ParseWithCopy(const std::string& bytes, bool askEarly = false) {
@@ -82,7 +83,8 @@ std::string MakeDocument(std::size_t size) {
     return sizeof(C) == 1 ? text : ToUtf16LE(std::string_view(text));
 }
 
-/// Runs `check` in a process of its own, in which no file may grow above `limit` bytes. It answers 0 when all is well.
+/// Runs `check` in a process of its own, in which no file may grow above `limit` bytes. It answers
+/// 0 when all is well.
 template <typename Check>
 void OnADiskOf(rlim_t size, Check check) {
     const auto run = [&check, size] {
@@ -222,7 +224,8 @@ TEST(SelfCheckCopyTest, AFileThatCannotBeReadIsNoCopy) {
 void FeedLongDocument(GenericParser* parser, GenericParser::DataStreamType type) {
     parser->SetSelfCheck(GenericParser::SELF_CHECK_COPY);
     parser->StartParse(1252, type);
-    const std::string document = type == GenericParser::DATA_STREAM_UTF16 ? MakeDocument<WideChar>(6 << 20) : MakeDocument<char>(6 << 20);
+    const std::string document =
+        type == GenericParser::DATA_STREAM_UTF16 ? MakeDocument<WideChar>(6 << 20) : MakeDocument<char>(6 << 20);
     ASSERT_EQ(parser->ParseBuffer(document.data(), document.size()), 0U);
     ASSERT_GE(FindTemporaryFile(), 0);
 }
@@ -248,7 +251,7 @@ TEST(SelfCheckCopyTest, TheNextDocumentDropsTheCopyWhateverItsFlavour) {
     EXPECT_EQ(FindTemporaryFile(), -1);
 }
 
-TEST(SelfCheckCopyTest, BytesBehindTheEndAreReadBackToo) {
+TEST(SelfCheckCopyTest, BytesAfterTheEndAreReadBackToo) {
     GenericParser parser;
     FeedLongDocument(&parser, GenericParser::DATA_STREAM_8BIT);
     EXPECT_EQ(parser.EndParse(), 0U);

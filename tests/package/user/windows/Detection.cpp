@@ -1,4 +1,5 @@
-// The detector is the system's. It answers what it knows, or is not there or fails, and then no code is left behind.
+// The detector is the system's. It answers what it knows, or is not there or fails, and then there
+// is no code.
 #include <kestra/html/DocumentParser.h>
 #include <kestra/platform/MemoryInputStream.h>
 

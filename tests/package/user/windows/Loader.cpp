@@ -59,7 +59,8 @@ public:
     /// Calls a function, or a method with its object first.
     template <typename Result, typename... Arguments>
     Result Call(const char* name, Arguments... arguments) const {
-        const auto call = reinterpret_cast<Result (*)(Arguments...)>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+        const auto call =
+            reinterpret_cast<Result (*)(Arguments...)>(reinterpret_cast<void*>(GetProcAddress(module, name)));
         CHECK(call != nullptr);
         return call != nullptr ? call(arguments...) : Result();
     }
@@ -74,15 +75,16 @@ void** FindImport(HMODULE image, std::string_view function) {
     const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
     const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
     const IMAGE_DATA_DIRECTORY& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    for (const auto* library = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress); library->Name != 0;
-         ++library) {
+    for (const auto* library = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
+         library->Name != 0; ++library) {
         const auto* names = reinterpret_cast<const IMAGE_THUNK_DATA*>(base + library->OriginalFirstThunk);
         for (std::size_t i = 0; names[i].u1.AddressOfData != 0; ++i) {
             if (IMAGE_SNAP_BY_ORDINAL(names[i].u1.Ordinal))
                 continue;
             const auto* const import = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + names[i].u1.AddressOfData);
             if (function == reinterpret_cast<const char*>(import->Name))
-                return reinterpret_cast<void**>(reinterpret_cast<std::uintptr_t>(base) + library->FirstThunk + i * sizeof(void*));
+                return reinterpret_cast<void**>(reinterpret_cast<std::uintptr_t>(base) + library->FirstThunk +
+                                                i * sizeof(void*));
         }
     }
     return nullptr;
@@ -128,19 +130,23 @@ void UseParser(const Library& library, const wchar_t* page, const std::string& c
     alignas(HTML::GenericParser) std::byte room[sizeof(HTML::GenericParser)];
     void* const parser = room;
     library.Call<void*>(CONSTRUCT, parser);
-    CHECK(library.Call<std::uint32_t>(START, parser, std::uint32_t{StringNS::CharSet::UTF8}, HTML::GenericParser::DATA_STREAM_8BIT) == 0);
+    CHECK(library.Call<std::uint32_t>(START, parser, std::uint32_t{StringNS::CharSet::UTF8},
+                                      HTML::GenericParser::DATA_STREAM_8BIT) == 0);
     CHECK(library.Call<std::uint32_t>(CHECK_ITSELF, parser, HTML::GenericParser::SELF_CHECK_CRC) == 0);
     CHECK(library.Call<std::uint32_t>(PARSE_FILE, parser, page) == 0);
     CHECK(library.Call<std::uint32_t>(END, parser) == 0);
     // What the system's detector answers is not the matter here, nor whether there is one.
     StringNS::CharSet::Code code = 0;
-    library.Call<std::uint32_t>(DETECT, parser, static_cast<const void*>(content.data()), std::uint64_t{content.size()}, &code);
+    library.Call<std::uint32_t>(DETECT, parser, static_cast<const void*>(content.data()), std::uint64_t{content.size()},
+                                &code);
     library.Call<void*>(DESTROY, parser);
 }
 
-void UseConversion(const Library& library, std::uint32_t code, std::string_view text, WideStringView expected, WideString* units) {
+void UseConversion(const Library& library, std::uint32_t code, std::string_view text, WideStringView expected,
+                   WideString* units) {
     units->assign(100, L'?');
-    CHECK(library.Call<std::uint32_t>(CONVERT, code, text.data(), std::uint64_t{text.size()}, units, std::uint32_t{0}) == 0);
+    CHECK(library.Call<std::uint32_t>(CONVERT, code, text.data(), std::uint64_t{text.size()}, units,
+                                      std::uint32_t{0}) == 0);
     CHECK(*units == expected);
 }
 
@@ -193,9 +199,11 @@ std::wstring WritePage(const std::string& content) {
     std::vector<wchar_t> path(32768);
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     const std::wstring page = std::wstring(path.begin(), path.end()) + L".html";
-    const HANDLE file = CreateFileW(page.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file =
+        CreateFileW(page.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD written = 0;
-    CHECK(WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr) != 0 && written == content.size());
+    CHECK(WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr) != 0 &&
+          written == content.size());
     CloseHandle(file);
     return page;
 }
@@ -236,9 +244,9 @@ int main() {
             first = std::make_unique<Possessions>();
     }
     const Possessions last;
-    std::printf("after cycles: %d, %d\nhandles: %zu, %zu\nfree indexes of threads: %zu, %zu\nof fibers: %zu, %zu\n", FIRST_CYCLES, CYCLES,
-                first->handles, last.handles, first->freeThreadIndexes, last.freeThreadIndexes, first->freeFiberIndexes,
-                last.freeFiberIndexes);
+    std::printf("after cycles: %d, %d\nhandles: %zu, %zu\nfree indexes of threads: %zu, %zu\nof fibers: %zu, %zu\n",
+                FIRST_CYCLES, CYCLES, first->handles, last.handles, first->freeThreadIndexes, last.freeThreadIndexes,
+                first->freeFiberIndexes, last.freeFiberIndexes);
     CHECK(first->handles > 0 && last.handles == first->handles);
     CHECK(first->freeThreadIndexes > 0 && last.freeThreadIndexes == first->freeThreadIndexes);
     CHECK(first->freeFiberIndexes > 0 && last.freeFiberIndexes == first->freeFiberIndexes);
