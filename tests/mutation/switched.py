@@ -19,6 +19,10 @@ class Fault:
     before: str
     after: str
 
+    @property
+    def key(self):
+        return f"{self.path}\t{self.line}\t{self.before}\t{self.after}"
+
 
 def read_faults(path):
     faults = []
