@@ -66,6 +66,18 @@ struct OwnListField {
 using OwnAttributesField = OwnListField<Attribute>;
 using OwnTokensField = OwnListField<EntityToken>;
 
+/// Whether a record has memory of its own for a field, which grows with the input.
+template <typename Tag>
+inline constexpr bool IS_BUFFER = false;
+template <>
+inline constexpr bool IS_BUFFER<StringField> = true;
+template <>
+inline constexpr bool IS_BUFFER<OwnBytesField> = true;
+template <>
+inline constexpr bool IS_BUFFER<OwnAttributesField> = true;
+template <>
+inline constexpr bool IS_BUFFER<OwnTokensField> = true;
+
 /// A line of a list. It finds the field by its name, in a record of either flavour, and in any
 /// other record that has a field of this name.
 template <typename TypeOfField, typename Getter>
