@@ -13,8 +13,8 @@
 
 namespace Kestra::HTML {
 
-/// Calls `visit` with each string and list that a record, or an item of a list, has itself. Names of
-/// recognizers are left out: they are short.
+/// Calls `visit` with each string and list that a record, or an item of a list, has itself. Names
+/// of recognizers are left out: they are short.
 template <template <typename, typename> class Record, typename C, typename S, typename Visitor>
 void ForEachBuffer(Record<C, S>& record, Visitor& visit) {
     ForEachField<Record>([&record, &visit](const auto& field) {
