@@ -74,8 +74,8 @@ struct HostileReading {
 /// @param reader  DOCUMENT, STATELESS or REWRITER
 bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader);
 
-/// Reads an input that lies in memory. @param reader  DOCUMENT, REWRITER or STATELESS, which has no
-/// self-check
+/// Reads an input that lies in memory.
+/// @param reader  DOCUMENT, REWRITER or STATELESS, which has no self-check
 HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document,
                            bool selfCheck);
 

@@ -75,7 +75,7 @@ private:
     }
 
     /// @return false, and nothing is changed, when the limit or the memory is exhausted; the file
-    /// takes over then.
+    ///         takes over then.
     bool AppendToMemory(const char* data, std::uint64_t number) {
         const std::uint64_t limit = file ? std::min(memoryLimit, WRITE_BUFFER_SIZE) : memoryLimit;
         const std::uint64_t needed = memory.size() + number;

@@ -34,7 +34,8 @@ struct Construct {
     /// @return SP_NEED_MORE_DATA to go on; everything else is a failure
     std::uint32_t (*parse)(Core& core);
 
-    /// The input ends. @return SP_TOKEN_COMPLETE, or a failure
+    /// The input ends.
+    /// @return SP_TOKEN_COMPLETE, or a failure
     std::uint32_t (*end)(Core& core);
 
     /// Makes its recognizer the active one.

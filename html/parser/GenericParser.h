@@ -131,7 +131,8 @@ public:
     ///         the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
-    /// Parses a file as `ParseStream` does. @return the same, and 2 when it cannot be opened.
+    /// Parses a file as `ParseStream` does.
+    /// @return the same, and 2 when it cannot be opened.
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or

@@ -54,8 +54,8 @@ public:
     void AddToInputCheck(const void* bytes, std::uint64_t size);
     /// The self-check compares what is fed from here on.
     void RestartSelfCheck();
-    /// All tokens have been delivered. @return false when the self-check has found a difference, or
-    /// lost its copy
+    /// All tokens have been delivered.
+    /// @return false when the self-check has found a difference, or lost its copy
     bool EndSelfCheck();
     /// Frees the stream of the self-check.
     void ReleaseSelfCheck();

@@ -112,7 +112,7 @@ public:
 
     /// Rewrites the next piece, of any size; an odd number of bytes of UTF-16 too.
     /// @return as `GenericParser::ParseBuffer`, but for failed constructs; 8 also when memory is
-    /// exhausted; 711 when a limit is exceeded
+    ///         exhausted; 711 when a limit is exceeded
     std::uint32_t ParseBuffer(const char* data, std::uint64_t size);
 
     /// Rewrites a stream from its current position to its end. The stream is only read, and may be
@@ -122,7 +122,8 @@ public:
     /// @return a code of `ParseBuffer` or of the stream
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
-    /// Rewrites a file. @return the same, and 2 when it cannot be opened
+    /// Rewrites a file.
+    /// @return the same, and 2 when it cannot be opened
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document and every element that is still open. After that, all of the input has

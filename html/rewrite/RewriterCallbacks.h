@@ -50,7 +50,7 @@ public:
     /// What was registered for the token, in that order. A tag is in the content of the elements
     /// around its own.
     /// @param isOpening  a start tag, for which `FindContentMatches` was called before its element
-    /// was opened
+    ///                   was opened
     void FindDue(const OpenElements& elements, bool isOpening);
     /// The numbers that `FindDue` has found.
     const std::vector<std::size_t>& GetDue() const {

@@ -59,7 +59,7 @@ public:
         elementHasContent = hasContent;
     }
     /// @param name  as an 8-bit observer gets it: in the charset of the document, also when that is
-    /// UTF-16
+    ///              UTF-16
     void SetTagName(const std::string& name);
     void SetTagName(const WideString& name);
     /// Notes the raw element that the tag opens, if it does. A short tag opens no script for a

@@ -227,7 +227,7 @@ WideChar TurnForth(WideChar unit) {
 
 /// Converts `size` units in steps, and gives `*output` more room whenever ICU asks for it.
 /// @param convert  one ICU call: (to, its end, from, its end, whether the input ends there, error),
-/// advancing `*to` and `*from`.
+///                 advancing `*to` and `*from`.
 template <typename In, typename Out, typename Convert>
 std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Convert convert) {
     if (size == 0)

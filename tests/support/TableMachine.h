@@ -124,7 +124,8 @@ class TableChecker {
 public:
     TableChecker(StateTable table, TableMachine machine);
 
-    /// The first few differences. @param used  receives the cells that were used
+    /// The first few differences.
+    /// @param used  receives the cells that were used
     std::vector<TableDifference> Compare(std::set<CellPlace>* used, std::size_t most);
 
     /// After `Compare`: whether a difference shows when the cell is another one.

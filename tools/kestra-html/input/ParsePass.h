@@ -47,7 +47,7 @@ public:
 
     /// Takes over the charset that a pass was abandoned for.
     /// @return false when the pass counts: it was not abandoned, or there have been MOST_RESTARTS
-    /// before. Nothing changes then.
+    ///         before. Nothing changes then.
     bool Restart(const ParsePassResult& result);
 
 private:
