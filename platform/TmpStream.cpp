@@ -115,8 +115,8 @@ private:
     std::uint64_t memoryLimit;
     std::vector<char> memory;
     std::optional<TemporaryFile> file;
-    std::uint64_t fileSize =
-        0;  ///< bytes of the stream that are in the file; a failed write may leave others after them
+    /// Bytes of the stream that are in the file; a failed write may leave others after them.
+    std::uint64_t fileSize = 0;
     std::uint32_t result = RESULT_OK;
 };
 

@@ -24,8 +24,8 @@ struct Construct {
     Opener opener;  ///< who hands over to it
     WideStringView name;
     std::uint64_t charactersBack;  ///< from the current place to its first character, when text hands over to it
-    const char*
-        textInScript;  ///< inside script and style these characters are text, not markup; null: markup there too
+    /// Inside script and style these characters are text, not markup; null: markup there too.
+    const char* textInScript;
     bool isOpenAtEnd;  ///< the end of the input leaves it unfinished, so that its bytes must be read again
 
     void (*beginRecord)(Core& core);  ///< `BeginParse` and the options of the document; null: nobody hands over to it

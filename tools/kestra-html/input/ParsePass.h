@@ -22,8 +22,8 @@ struct ParsePassResult : CallResults {
 
     // Asked just after `EndParse`.
     bool hasCharsetErrors = false;
-    std::uint32_t conversionError =
-        0;  ///< the last code of a conversion for the observer that failed: tokens are missing; 0 for none
+    /// The last code of a conversion for the observer that failed: tokens are missing; 0 for none.
+    std::uint32_t conversionError = 0;
 
     /// Every call returned 0 and no token is missing.
     bool IsGood() const;
