@@ -142,7 +142,7 @@ protected:
         lines = Scan::Lines<C>();
     }
 
-    /// Takes the ">" that is next.
+    /// Reads the ">" that is next.
     void ReadEndOfTag() {
         ++next;
     }

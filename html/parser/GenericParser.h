@@ -285,7 +285,7 @@ public:
     std::uint32_t SetSelfCheck(SelfCheck selfCheck);
     SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
 
-    /// Says how the content of elements without markup is read. Takes effect with the next start
+    /// Sets how the content of elements without markup is read. Takes effect with the next start
     /// tag that is delivered; a content that has begun continues as it began. The setting survives
     /// `StartParse`, and is copied with the parser.
     ///

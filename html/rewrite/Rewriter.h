@@ -80,7 +80,7 @@ public:
 
     /// Binds an observer, borrowed, and unbinds the previous one; null binds none. It gets the same
     /// callbacks as from a `GenericParser`.
-    /// @return 0; 2 inside a callback
+    /// @return 0; 2 when called from a callback
     std::uint32_t SetObserver(ParserObserver<char, std::string>* observer);
     std::uint32_t SetObserver(ParserObserver<WideChar, WideString>* observer);
 
@@ -94,7 +94,8 @@ public:
     ///                  ">" (child). Nothing else: no lists, no pseudo-classes. Types and the names
     ///                  of attributes are compared without the case of "A" to "Z".
     /// @param message   receives what is wrong and where, in English; may be null
-    /// @return 0; REWRITE_BAD_SELECTOR; 2 for a null callback, or inside a callback
+    /// @return 0; REWRITE_BAD_SELECTOR; 2 for a null callback, or when called from a
+    ///         callback
     std::uint32_t OnElement(std::string_view selector, ElementCallback callback, std::string* message = nullptr);
 
     /// Calls back for every token in the content of the elements that a selector matches, except

@@ -160,7 +160,6 @@ constexpr std::size_t STEP = 4096;
 /// Target units that one call may fill: more than any step makes, below ICU's limit of 2^30.
 constexpr std::size_t MAX_ROOM = 64 * STEP;
 
-constexpr UChar REPLACEMENT = 0xFFFD;
 constexpr UChar UNMAPPABLE = '?';
 
 /// A single byte that a Windows code page gives a character and ICU's table none.

@@ -21,8 +21,8 @@
 
 namespace Kestra::HTML {
 
-/// What `RewriterToken` and `RewriterElement` offer while they are not over.
-class TokenAtHand {
+/// Does the operations of `RewriterToken` and `RewriterElement` while these are not over.
+class CurrentToken {
 public:
     /// Where a text is to be written.
     enum class Spot {
@@ -37,11 +37,11 @@ public:
     };
 
     /// Both are borrowed for as long as this lives.
-    TokenAtHand(const GenericParser* documentParser, RewriterOutput* documentOutput);
-    TokenAtHand(const TokenAtHand&) = delete;
-    TokenAtHand& operator=(const TokenAtHand&) = delete;
+    CurrentToken(const GenericParser* documentParser, RewriterOutput* documentOutput);
+    CurrentToken(const CurrentToken&) = delete;
+    CurrentToken& operator=(const CurrentToken&) = delete;
 
-    /// @name What the document does
+    /// @name Called by the engine
     /// @{
     void Begin(TokenKind kind, bool hasAttributes) {
         tokenKind = kind;
@@ -152,17 +152,17 @@ private:
     DocumentText text;
 };
 
-/// What selectors ask about the tag at hand.
-class AttributesAtHand final : public TagAttributes {
+/// The attributes of the current tag, for selectors.
+class CurrentAttributes final : public TagAttributes {
 public:
-    explicit AttributesAtHand(TokenAtHand* tagAtHand) : tag(tagAtHand) {}
+    explicit CurrentAttributes(CurrentToken* currentTag) : tag(currentTag) {}
 
     bool Find(std::string_view name, std::string* value) const override {
         return tag->FindAttribute(name, value);
     }
 
 private:
-    TokenAtHand* tag;
+    CurrentToken* tag;
 };
 
 }  // namespace Kestra::HTML
