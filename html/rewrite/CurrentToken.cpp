@@ -69,24 +69,12 @@ void CurrentToken::ClearEdits() {
     tag.Forget();
 }
 
-TokenKind CurrentToken::GetKind() const {
-    return tokenKind;
-}
-
 TokenPlace CurrentToken::GetPlace() const {
     return parser->GetTokenPlace();
 }
 
 std::string_view CurrentToken::GetBytes() {
     return output->GetBytes(parser->GetTokenPlace());
-}
-
-bool CurrentToken::HasContent() const {
-    return isOpening && elementHasContent;
-}
-
-const std::string& CurrentToken::GetTagName() const {
-    return tagName;
 }
 
 DocumentText& CurrentToken::GetText() {
@@ -103,9 +91,10 @@ bool CurrentToken::LoadTag() {
         return false;
     if (tag.IsLoaded())
         return true;
-    const std::string_view bytes = GetBytes();
+    const TokenPlace place = GetPlace();
+    const std::string_view bytes = output->GetBytes(place);
     DocumentText& charset = GetText();
-    if (!layoutReader.Read(*parser, tokenKind, bytes, charset))
+    if (!layoutReader.Read(*parser, tokenKind, place.begin, bytes, charset))
         return false;
     tag.Load(bytes, layoutReader.GetLayout(), &charset);
     return true;

@@ -95,11 +95,17 @@ public:
     bool FindAttribute(std::string_view name, std::string* value);
     /// @}
 
-    TokenKind GetKind() const;
+    TokenKind GetKind() const {
+        return tokenKind;
+    }
     TokenPlace GetPlace() const;
     std::string_view GetBytes();
-    bool HasContent() const;
-    const std::string& GetTagName() const;
+    bool HasContent() const {
+        return isOpening && elementHasContent;
+    }
+    const std::string& GetTagName() const {
+        return tagName;
+    }
 
     /// @name Edits
     /// @return 0, 2, 8 or a `RewriteResult`; other than with 0 nothing has changed

@@ -50,10 +50,7 @@ void RewriterCallbacks::AddCallbacksOf(const std::vector<std::size_t>& matched, 
     }
 }
 
-void RewriterCallbacks::FindCallbacksOfToken(const OpenElements& elements, bool isOpening) {
-    callbacksOfToken = ofAllContent;
-    if (ofSelectors.empty())
-        return;
+void RewriterCallbacks::AddCallbacksOfSelectors(const OpenElements& elements, bool isOpening) {
     if (!isOpening)
         FindContentMatches(elements);
     AddCallbacksOf(contentMatches, true);

@@ -51,7 +51,11 @@ public:
     /// in the content of the elements around its own.
     /// @param isOpening  a start tag, for which `FindContentMatches` was called before its element
     ///                   was opened
-    void FindCallbacksOfToken(const OpenElements& elements, bool isOpening);
+    void FindCallbacksOfToken(const OpenElements& elements, bool isOpening) {
+        callbacksOfToken = ofAllContent;
+        if (HasSelectors())
+            AddCallbacksOfSelectors(elements, isOpening);
+    }
     /// The numbers of the registrations that `FindCallbacksOfToken` has found.
     const std::vector<std::size_t>& GetCallbacksOfToken() const {
         return callbacksOfToken;
@@ -61,6 +65,7 @@ public:
     }
 
 private:
+    void AddCallbacksOfSelectors(const OpenElements& elements, bool isOpening);
     void AddCallbacksOf(const std::vector<std::size_t>& matched, bool isContent);
 
     SelectorSet selectors;
