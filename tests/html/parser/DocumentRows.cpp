@@ -385,7 +385,8 @@ void FedParser::StartSilently(StringNS::CharSet::Code charset, DataStreamType ty
 }
 
 std::uint32_t FedParser::Feed(std::string_view piece) {
-    return ParseBuffer(piece.data(), piece.size());
+    const HeapPiece<char> block(piece);
+    return ParseBuffer(block.Data(), block.Size());
 }
 
 std::uint32_t FedParser::FeedStream(std::string_view bytes, bool owned) {
