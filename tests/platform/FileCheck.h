@@ -112,31 +112,13 @@ inline std::uint64_t ParseToColumn(const std::filesystem::path& path) {
     return column;
 }
 
-/// Writes far more than memory takes, once there is none left, and reads it back.
-inline void CheckThatAFileTakesOver() {
-    TmpOutputStream output(std::uint64_t{1} << 40);
-    const std::string piece(65536, 'a');
-    const std::size_t pieces = 100;
-    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
-    std::uint32_t result = RESULT_OK;
-    {
-        const NoMemory none;
-        for (std::size_t i = 1; i < pieces && result == RESULT_OK; ++i)
-            result = output.Write(piece.data(), piece.size());
-        if (result == RESULT_OK)
-            result = output.Write("end", 3);
-    }
-    EXPECT_EQ(result, RESULT_OK);
-    EXPECT_EQ(output.GetSize(), pieces * piece.size() + 3);
-    ExpectContent(output, piece.size(), std::string(pieces * piece.size(), 'a').append("end"), RESULT_END_OF_DATA);
-}
-
 /// What the reads and writes of files of this program meet for as long as it lives. One at a time.
 class FileCalls {
 public:
     static constexpr std::uint64_t NOWHERE = std::numeric_limits<std::uint64_t>::max();
 
-    /// How often a part is tried: on POSIX every other call is interrupted when parts are small.
+    /// How many calls of the system move one part, while `largestPart` is set: 2 on POSIX, where a
+    /// call that is interrupted comes before each one that moves bytes, and 1 on Windows.
     static const int CALLS_PER_PART;
 
     FileCalls();
@@ -203,6 +185,28 @@ inline std::vector<OpenFile> GetOpenFiles(const std::filesystem::path& ending) {
 
 /// What the names of open temporary files end with.
 std::filesystem::path GetTemporaryEnding();
+
+/// Writes far more than memory takes, once there is none left, expects a file for it, and reads it
+/// back.
+inline void CheckThatAFileTakesOver() {
+    TmpOutputStream output(std::uint64_t{1} << 40);
+    const std::string piece(65536, 'a');
+    const std::size_t pieces = 100;
+    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
+    EXPECT_EQ(GetOpenFiles(GetTemporaryEnding()).size(), 0U);
+    std::uint32_t result = RESULT_OK;
+    {
+        const NoMemory none;
+        for (std::size_t i = 1; i < pieces && result == RESULT_OK; ++i)
+            result = output.Write(piece.data(), piece.size());
+        if (result == RESULT_OK)
+            result = output.Write("end", 3);
+    }
+    EXPECT_EQ(GetOpenFiles(GetTemporaryEnding()).size(), 1U);
+    EXPECT_EQ(result, RESULT_OK);
+    EXPECT_EQ(output.GetSize(), pieces * piece.size() + 3);
+    ExpectContent(output, piece.size(), std::string(pieces * piece.size(), 'a').append("end"), RESULT_END_OF_DATA);
+}
 
 /// Names of the device that has nothing to read.
 const std::vector<std::filesystem::path>& GetNullDevices();

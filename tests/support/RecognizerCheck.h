@@ -94,7 +94,7 @@ void CheckRecognizer(std::basic_string_view<typename RecognizerFlavour<Parser>::
         check(runner.Run(input, {}));
     });
 
-    // Line and column go on from where the context stands.
+    // Line and column go on from the place of the context.
     options.line = 5;
     options.column = 9;
     const RecognizerOutcome<Parser> outcome = RunRecognizer<Parser>(input, {}, options);

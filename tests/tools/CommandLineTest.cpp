@@ -43,14 +43,18 @@ TokensOptions ParseGood(const std::vector<const char*>& arguments) {
 constexpr std::string_view BEFORE = "kestra-html: ";
 constexpr std::string_view AFTER = " (see kestra-html --help)";
 
-/// What is said about a line that is wrong, between these two.
+/// What is said about a line that is wrong, between these two; all of it when they are not there.
 std::string ParseWrong(const std::vector<const char*>& arguments) {
     const CommandLine line = Parse(arguments);
     EXPECT_TRUE(line.answered.has_value());
     EXPECT_EQ(line.answered.value_or(Tool::EXIT_STATUS_GOOD), Tool::EXIT_STATUS_USAGE);
-    const std::string_view answer = line.answer;
-    EXPECT_TRUE(answer.starts_with(BEFORE) && answer.ends_with(AFTER)) << answer;
-    return std::string(answer.substr(BEFORE.size(), answer.size() - BEFORE.size() - AFTER.size()));
+    std::string_view answer = line.answer;
+    const std::size_t around = BEFORE.size() + AFTER.size();
+    const bool isFramed = answer.size() >= around && answer.starts_with(BEFORE) && answer.ends_with(AFTER);
+    EXPECT_TRUE(isFramed) << answer;
+    if (isFramed)
+        answer = answer.substr(BEFORE.size(), answer.size() - around);
+    return std::string(answer);
 }
 
 TEST(CommandLine, Defaults) {

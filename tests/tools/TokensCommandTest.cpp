@@ -25,7 +25,7 @@ ToolRun RunHere(const Tool::TokensOptions& options) {
     return run;
 }
 
-TEST(TokensCommand, TokensThatCannotBeConvertedAreToldOf) {
+TEST(TokensCommand, TokensThatCannotBeConvertedAreReported) {
     const TemporaryFolder folder;
     const std::string page = folder.Write("page", "<p>abc</p><script>evil()</script>").string();
     Tool::TokensOptions options;

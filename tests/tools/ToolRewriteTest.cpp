@@ -160,7 +160,7 @@ TEST(ToolRewrite, Charsets) {
         EXPECT_EQ(Rewritten(row.input, row.arguments), row.output) << row.note;
 }
 
-TEST(ToolRewrite, ADryRunTellsEveryEdit) {
+TEST(ToolRewrite, ADryRunListsEveryEdit) {
     const std::string input = "<p>\n <a href=\"http:a&amp;b\" x=1 X='2'>c</a><i><b></i>\n\xC3\xA9<br>";
     const Arguments arguments = {"--dry-run",
                                  "--replace",

@@ -70,7 +70,9 @@ std::string GetReason(Sink sink);
 /// Runs it with this standard input.
 ToolRun RunToolOn(std::string_view input, const std::vector<std::string>& arguments);
 
+/// An empty part, which is in every text, fails the test whatever it expects.
 inline testing::AssertionResult Contains(std::string_view text, std::string_view part) {
+    EXPECT_FALSE(part.empty()) << "looked for in:\n" << text;
     return (text.find(part) != std::string_view::npos ? testing::AssertionSuccess() : testing::AssertionFailure())
            << '"' << part << "\" in:\n"
            << text;
@@ -81,6 +83,7 @@ inline testing::AssertionResult Contains(std::string_view text, char part) {
 }
 
 inline testing::AssertionResult StartsWith(std::string_view text, std::string_view part) {
+    EXPECT_FALSE(part.empty()) << "looked for before:\n" << text;
     return (text.starts_with(part) ? testing::AssertionSuccess() : testing::AssertionFailure())
            << '"' << part << "\" before:\n"
            << text;

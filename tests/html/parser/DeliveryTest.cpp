@@ -366,7 +366,7 @@ TEST(DeliveryTest, WantOfMemoryLeavesTheStreamInUse) {
     }
 }
 
-TEST(DeliveryTest, WantOfMemoryThatNoCallToldOfEndsWithTheDocument) {
+TEST(DeliveryTest, WantOfMemoryThatNoCallReportedEndsWithTheDocument) {
     const LackingMemory lacking;
     isThrown = false;
     Lines lines;

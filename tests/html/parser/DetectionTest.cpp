@@ -288,10 +288,14 @@ TEST(LateDetectionTest, DataFedAgainWithoutStartParseUsesTheDetectedCharset) {
     FedParser parser(Observed::WIDE);
     parser.Start(0, DATA_STREAM_AUTO);
     const std::string document = DocumentOf(300) + "\xC6";
-    { EXPECT_EQ(parser.FeedStream(document), 705U); }
+    {
+        VFS::MemoryInputStream gone(document);
+        EXPECT_EQ(parser.ParseStream(&gone, false), 705U);
+    }
     parser.lines.clear();
     EXPECT_FALSE(parser.WasCharsetDetectorUsed());
-    EXPECT_EQ(parser.FeedStream(document), 0U);
+    VFS::MemoryInputStream stream(document);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
     EXPECT_EQ(detector.running.calls, 1);
     EXPECT_EQ(parser.GetCharset(), 1251U);
     EXPECT_TRUE(parser.WasCharsetDetectorUsed());
@@ -314,9 +318,11 @@ TEST(LateDetectionTest, StartingAgainWithTheDetectedCharset) {
         FedParser parser(Observed::WIDE);
         parser.Start(0, type);
         const std::string document = DocumentOf(300) + "\xC6";
-        EXPECT_EQ(parser.FeedStream(document), 705U);
+        VFS::MemoryInputStream stream(document);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+        EXPECT_EQ(stream.Seek(0), 0U);
         parser.Start(parser.GetCharset(), type);
-        EXPECT_EQ(parser.FeedStream(document), 0U);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
         EXPECT_FALSE(parser.WasCharsetDetectorUsed());
         EXPECT_EQ(parser.EndParse(), 0U);
         EXPECT_EQ(parser.lines[parser.lines.size() - 2], "text(\\u0416)");

@@ -65,7 +65,7 @@ void ExpectPlace(std::string_view input, std::uint64_t line, std::uint64_t colum
     EXPECT_EQ(column, place.column);
 }
 
-/// A string of the trace language as the characters it stands for.
+/// A string of the trace language as the characters that it means.
 std::string Unescape(std::string_view escaped) {
     std::string text;
     for (std::size_t i = 0; i < escaped.size();) {
@@ -128,7 +128,7 @@ Section SectionOf(std::string_view line) {
     return {};
 }
 
-/// Where the bodies of the sections stand that are not empty.
+/// Where the bodies of the sections are that are not empty.
 std::vector<Stretch> BodiesIn(std::string_view latin1, const Lines& tokens) {
     std::vector<Stretch> stretches;
     std::size_t next = 0;
@@ -235,9 +235,9 @@ Tokens::Tokens(const std::string& text) {
     }
 }
 
-Lines operator+(Lines front, const Lines& back) {
-    front.insert(front.end(), back.begin(), back.end());
-    return front;
+Lines operator+(Lines first, const Lines& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
 }
 
 Lines Open(const std::string& element) {
@@ -284,7 +284,7 @@ Lines WholeTrace(const Tokens& tokens, const Route& route, StringNS::CharSet::Co
 
 Lines Comparable(Lines lines, const Route& route) {
     // An 8-bit observer of the wide parser sees the bytes of UTF-16; rows that look at those bytes
-    // themselves stand elsewhere.
+    // themselves are in other tables.
     if (route.wideInput && route.observed == Observed::NARROW)
         std::transform(lines.begin(), lines.end(), lines.begin(), WithoutZeros);
     return lines;
@@ -385,7 +385,8 @@ void FedParser::StartSilently(StringNS::CharSet::Code charset, DataStreamType ty
 }
 
 std::uint32_t FedParser::Feed(std::string_view piece) {
-    return ParseBuffer(piece.data(), piece.size());
+    const HeapPiece<char> block(piece);
+    return ParseBuffer(block.Data(), block.Size());
 }
 
 std::uint32_t FedParser::FeedStream(std::string_view bytes, bool owned) {

@@ -47,7 +47,7 @@ struct Tokens : Lines {
     Tokens(const std::string& text);
 };
 
-Lines operator+(Lines front, const Lines& back);
+Lines operator+(Lines first, const Lines& second);
 
 /// Which parser reads a document, and which observer receives it.
 struct Route {

@@ -115,8 +115,10 @@ TEST(HazardTest, TheDetectorIsKnownFromTheFirstCallbackOn) {
             wasUsed.push_back(parser.WasCharsetDetectorUsed());
     });
     parser.Start(0, DATA_STREAM_AUTO);
-    EXPECT_EQ(parser.FeedStream(std::string(300, 'a')), 705U);
-    EXPECT_EQ(parser.FeedStream(std::string(300, 'a')), 0U);
+    VFS::MemoryInputStream stream(std::string(300, 'a'));
+    EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+    ASSERT_EQ(stream.Seek(0), 0U);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
     EXPECT_EQ(parser.GetCharset(), 20866U);
     EXPECT_EQ(parser.EndParse(), 0U);
     EXPECT_EQ(wasUsed, (std::vector<bool>{false, true}));

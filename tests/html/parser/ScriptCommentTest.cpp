@@ -145,10 +145,10 @@ TEST(ScriptCommentTest, CommentsThatTheInputLeavesOpen) {
         {"in the word of a section", "<script>//a<![CDATA", script + Lines{"junk(//a<![CDATA)"}, AFTER_SCRIPT},
     };
     CheckOpen(rows);
-    const BrokenRow behindText[] = {
+    const BrokenRow afterText[] = {
         {"after text", "<script>x /*a", script + Lines{"text(x )", "junk(/*a)"}, 11},
     };
-    CheckOpen(behindText);
+    CheckOpen(afterText);
 }
 
 TEST(ScriptCommentTest, LineCommentsThatFail) {

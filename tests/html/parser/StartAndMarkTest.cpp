@@ -399,7 +399,7 @@ TEST(ParseBufferTest, Utf16MayStartAtAnOddAddress) {
     }
 }
 
-TEST(ParseBufferTest, Utf16BehindItsMarkMayStartAtAnOddAddress) {
+TEST(ParseBufferTest, Utf16AfterItsMarkMayStartAtAnOddAddress) {
     const std::string document = "\xFE" + ToUtf16LE(std::string_view("<b>"));
     for (std::size_t offset = 0; offset < 2; ++offset) {
         FedParser parser(Observed::WIDE);

@@ -82,7 +82,7 @@ TEST(AttrEventsTest, ABadOneTakesTheRest) {
 }
 
 const std::vector<EventRow> A_BAD_ONE_THAT_IS_INTERRUPTED = {
-    EventRow("the attribute in front stays", "<p a %>", {"start(p|{a=})\n", {1, 8}}),
+    EventRow("the attribute before stays", "<p a %>", {"start(p|{a=})\n", {1, 8}}),
     EventRow("the next piece begins with a name again", "<a %x y=z>", {"start(a|)\n", {1, 11}})
         .After("<a %", {"start(a|{x=}{y=z})\n", {1, 11}})
         .After("<a %x", {"start(a|{y=z})\n", {1, 11}})

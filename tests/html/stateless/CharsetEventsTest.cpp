@@ -95,8 +95,8 @@ TEST(CharsetEventsTest, Parameters) {
          "<meta http-equiv=Content-Type content='charset=' content='charset=koi8-r'>", IS_KOI8_R},
         {"more than one \"=\"", Meta("charset=koi8-r=x"), IS_ANSI},
         {"two \"=\" in a row", Meta("charset==koi8-r"), IS_ANSI},
-        {"\"=\" in front", Meta("=charset=koi8-r"), IS_ANSI},
-        {"a part with two \"=\" leaves the one in front", Meta("charset=koi8-r;charset=a=b"), IS_KOI8_R},
+        {"\"=\" first", Meta("=charset=koi8-r"), IS_ANSI},
+        {"a part with two \"=\" leaves the one before", Meta("charset=koi8-r;charset=a=b"), IS_KOI8_R},
         {"no \"=\"", Meta("charset;koi8-r"), IS_ANSI},
         {"another name", Meta("xcharset=koi8-r"), IS_ANSI},
         {"a comma is no separator", Meta("text/html,charset=koi8-r"), IS_ANSI},
@@ -145,7 +145,7 @@ TEST(CharsetEventsTest, Flags) {
 }
 
 const std::vector<EventRow> FROM_THE_TAG_ON = {
-    {"not the text in front",
+    {"not the text before",
      "\xC1<?xml encoding=koi8-r b=\xC1 ?",
      ">\xC1<p>",
      {"text(\\u00C1)\nextern(xml|{encoding=koi8-r}{b=\\u0430})\ntext(\\u0430)\nstart(p|)\n",

@@ -140,7 +140,7 @@ const std::vector<EventRow> IN_A_DOCUMENT = {
         .After("<!--a--><!--b-", {"comment(a)\ncomment(b)\n", {1, 1 + 14 + 2 * 2}})
         .After("<!--a--><!--b--", {"comment(a)\ncomment(b)\n", {1, 1 + 15 + 2 * 1}})
         .Bytewise({"comment(a)\ntext(-->)\ncomment(b)\n", {1, 1 + 5 + 2 * 3 + 5 + 2 * 3}}),
-    EventRow("a text in front", "a<!--b", "-->", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 8}},
+    EventRow("a text before", "a<!--b", "-->", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 8}},
              {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 5 + 2 * 3}})
         .After("a<!--b-", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 6 + 2 * 2}})
         .After("a<!--b--", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 7 + 2 * 1}}),

@@ -78,7 +78,7 @@ TEST(DocumentEventsTest, WhatFollowsALessThanSign) {
 }
 
 const std::vector<EventRow> FAILURES = {
-    {"the text in front is reported", "a <= b", {"text(a )\n", {1, 6}, 703}},
+    {"the text before is reported", "a <= b", {"text(a )\n", {1, 6}, 703}},
     {"on another line", "a\n <1", {"text(a\\n )\n", {2, 5}, 703}},
     {"two \"<\"", "<<a>", {"", {1, 2}, 703}},
     {"an empty tag", "<>", {"", {1, 2}, 703}},

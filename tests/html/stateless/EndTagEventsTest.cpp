@@ -26,7 +26,7 @@ TEST(EndTagEventsTest, NothingBetweenNameAndEnd) {
             rows.emplace_back("no end after the name", "</" + name + rest,
                               Outcome{"", Place().Bytes(2 + name.size()), 702});
     }
-    rows.emplace_back("a text in front", "a\n</b c>", Outcome{"text(a\\n)\n", {2, 5}, 702});
+    rows.emplace_back("a text before", "a\n</b c>", Outcome{"text(a\\n)\n", {2, 5}, 702});
     CheckRows(rows);
 }
 

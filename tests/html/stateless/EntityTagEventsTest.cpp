@@ -60,7 +60,7 @@ TEST(EntityTagEventsTest, AfterASlash) {
 
 const std::vector<EventRow> IN_A_DOCUMENT = {
     {"between texts", "a<!d t>b<p>", {"text(a)\nentity(d|{t})\ntext(b)\nstart(p|)\n", {1, 1 + 2 * 1 + 6 + 2 * 1 + 3}}},
-    {"items of the declaration in front are gone", "<!d a b><!e c>", {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
+    {"items of the declaration before are gone", "<!d a b><!e c>", {"entity(d|{a}{b})\nentity(e|{c})\n", {1, 15}}},
     {"two line breaks are a pair across an item", "<!d\na\nb>", {"entity(d|{a}{b})\n", {2, 4}}},
     {"and none with a blank in between", "<!d\na \nb>", {"entity(d|{a}{b})\n", {3, 3}}},
     {"a name ends at a bracket", "<!d[t]>", {"entity(d|{[t]})\n", {1, 8}}},

@@ -112,7 +112,7 @@ const std::vector<EventRow> IN_A_DOCUMENT = {
         .Bytewise({"", {1, 27}, 16}),
     {"an unquoted version", "<?xml version=1.0?>", {"extern(xml|{version=1.0?})\n", {1, 20}}},
     {"two of them", "<?a b=?><?c d=?>", {"extern(a|{b=?})\nextern(c|{d=?})\n", {1, 17}}},
-    {"attributes of the one in front are gone", "<?a b=1?><c>", {"extern(a|{b=1?})\nstart(c|)\n", {1, 13}}},
+    {"attributes of the one before are gone", "<?a b=1?><c>", {"extern(a|{b=1?})\nstart(c|)\n", {1, 13}}},
     {"that it is called like a script changes nothing",
      "<?script a=b?><c>",
      {"extern(script|{a=b?})\nstart(c|)\n", {1, 18}}},

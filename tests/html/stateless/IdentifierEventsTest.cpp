@@ -71,7 +71,7 @@ TEST(IdentifierEventsTest, ExpectedAndNotThere) {
         add("a declaration", "<! ");
     }
     rows.emplace_back("after a line break", "</\n1>", Outcome{"", {2, 1}, 701});
-    rows.emplace_back("a text in front", "ab</>", Outcome{"text(ab)\n", {1, 7}, 701});
+    rows.emplace_back("a text before", "ab</>", Outcome{"text(ab)\n", {1, 7}, 701});
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 

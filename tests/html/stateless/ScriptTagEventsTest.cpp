@@ -88,8 +88,8 @@ const std::vector<EventRow> COMMENTS = {
     {"a blank between slashes", Script("/ /a"), Reports("/ /a", 8)},
     {"a slash in a string begins none", Script("'/'/a"), Reports("'/'/a", 3 + 4)},
     {"a string after a slash", Script("/'/'"), Reports("/'/'", 2 + 3)},
-    // "<//" is no end tag. Its last slash and the next one open a comment, and the slash in
-    // front stays to open another one.
+    // "<//" is no end tag. Its last slash and the next one open a comment, and the slash
+    // before it stays to open another one.
     {"a slash of an end tag that was none", Script("<///b\nc"), Reports("</c", 5 + 1 + 1 + 1 + 2)},
     {"and again with the slash before it", Script("<///b\n/d\ne"), Reports("<e", 5 + 1 + 1 + 1 + 1 + 1 + 1 + 2)},
     {"a star after an end tag that was none", Script("<//*b*/c"), Reports("</c", 5 + 1 + 3 + 2)},

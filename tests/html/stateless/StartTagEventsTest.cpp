@@ -72,7 +72,7 @@ const std::vector<EventRow> FAILURES = {
     {"\"?\" after a quote", "<a b='c'", "?>", {"", {1, 9}, 702}, {"", {1, 11}, 16}},
     {"no name after two blanks", "<  >", {"", {1, 4}, 701}},
     {"no name after a blank", "< />", {"", {1, 3}, 701}},
-    {"a text and a tag in front", "x<b>\n<a?", {"text(x)\nstart(b|)\ntext(\\n)\n", {2, 4}, 702}},
+    {"a text and a tag before", "x<b>\n<a?", {"text(x)\nstart(b|)\ntext(\\n)\n", {2, 4}, 702}},
 };
 
 const std::vector<EventRow> IN_A_DOCUMENT = {
@@ -80,7 +80,7 @@ const std::vector<EventRow> IN_A_DOCUMENT = {
     {"a name ends at \"=\"", "<a=", "b>", {"start(a|)\n", {1, 6}}, {"start(a|{b=})\n", {1, 6}}},
     {"\"<\" begins no tag inside another one", "<a<", "b>", {"start(a|)\n", {1, 6}}, {"start(a|{b=})\n", {1, 6}}},
     {"what follows a bad byte in the tag", "<a %", "x>", {"start(a|)\n", {1, 7}}, {"start(a|{x=})\n", {1, 7}}},
-    {"attributes of the tag in front are gone", "<a b=1><c>", {"start(a|{b=1})\nstart(c|)\n", {1, 11}}},
+    {"attributes of the tag before are gone", "<a b=1><c>", {"start(a|{b=1})\nstart(c|)\n", {1, 11}}},
     {"tags that are never closed", "<a><a><a>", {"start(a|)\nstart(a|)\nstart(a|)\n", {1, 10}}},
 };
 

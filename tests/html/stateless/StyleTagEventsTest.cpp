@@ -1,6 +1,6 @@
 #include "tests/html/stateless/EventRows.h"
 
-// Style sheets, up to "</style>" wherever it stands. Every other "<" is lost. A cut changes nothing
+// Style sheets, up to "</style>" wherever it is. Every other "<" is lost. A cut changes nothing
 // about a body.
 
 namespace Kestra::Test {

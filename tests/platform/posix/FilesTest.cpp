@@ -13,7 +13,7 @@
 #include "tests/platform/FileCheck.h"
 
 // What the streams owe to a POSIX system: names in UTF-8, permissions, interrupted calls, special
-// files, descriptors.
+// files, descriptors, and what becomes of files that the system limits or others change.
 
 namespace Kestra::Test {
 namespace {
@@ -272,6 +272,88 @@ TEST(PosixTmpStreamTest, WithoutAFileTheBytesInMemoryCanStillBeRead) {
         _exit(content.bytes == "whole" && content.result == RESULT_STREAM_FAILED ? 0 : 2);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+/// Runs `check` in a process in which the system lets no file grow above `size` bytes.
+template <typename Check>
+void OnADiskOf(rlim_t size, Check check) {
+    const auto run = [&check, size] {
+        const rlimit limit = {size, size};
+        signal(SIGXFSZ, SIG_IGN);  // the write fails instead
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            _exit(99);
+        check();
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST(PosixTmpStreamTest, TheLimitOfTheSystemFailsTheWriteThatMeetsIt) {
+    for (const std::uint64_t memoryLimit : {0U, 60000U}) {
+        OnADiskOf(100000, [memoryLimit] {
+            TmpOutputStream output(memoryLimit);
+            const std::string piece(60000, 'a');
+            EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
+            EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_STREAM_FAILED) << "40,000 bytes still fit";
+            EXPECT_EQ(output.GetResult(), RESULT_STREAM_FAILED);
+            EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
+            EXPECT_EQ(output.GetSize(), piece.size());
+            ExpectContent(output, 7000, piece, RESULT_STREAM_FAILED);
+        });
+    }
+}
+
+/// The descriptor of the one temporary file.
+int GetTemporaryDescriptor() {
+    const std::vector<OpenFile> files = GetOpenFiles(GetTemporaryEnding());
+    EXPECT_EQ(files.size(), 1U);
+    return files.empty() ? -1 : static_cast<int>(files[0].handle);
+}
+
+TEST(PosixTmpStreamTest, AFileThatIsCutShortFailsTheRead) {
+    TmpOutputStream output(0);
+    ASSERT_EQ(output.Write("some text", 9), RESULT_OK);
+    ASSERT_EQ(ftruncate(GetTemporaryDescriptor(), 4), 0);
+    ExpectContent(output, 3, "som", RESULT_STREAM_FAILED);
+}
+
+/// Feeds 6 MiB, which need a file, and ends a document whose copy is lost before its end.
+/// @param spoil  is called after the bytes are fed
+void ExpectLostCopy(const std::function<void()>& spoil) {
+    GenericParser parser;
+    parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
+    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    const std::string document = "<p>" + std::string(6 << 20, 'x') + "</p>";
+    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
+    spoil();
+    EXPECT_EQ(parser.EndParse(), 704U);
+    EXPECT_EQ(parser.GetSelfCheckStream(), nullptr);
+    EXPECT_EQ(CountTemporaryFiles(), 0U);
+}
+
+TEST(PosixSelfCheckCopyTest, TheLimitOfTheSystemTakesTheCopyAway) {
+    for (const rlim_t size : {0U, 5U << 20})
+        OnADiskOf(size, [] { ExpectLostCopy([] {}); });
+}
+
+TEST(PosixSelfCheckCopyTest, AFileThatIsSpoiltIsNoCopy) {
+    const struct {
+        const char* note;
+        std::function<void(int file)> spoil;
+    } rows[] = {
+        {"cut short", [](int file) { EXPECT_EQ(ftruncate(file, 1000000), 0); }},
+        {"another byte is written", [](int file) { EXPECT_EQ(pwrite(file, "?", 1, 1000000), 1); }},
+        {"replaced by one that is open for writing only",
+         [](int file) {
+             const int unreadable = open("/dev/null", O_WRONLY | O_CLOEXEC);
+             EXPECT_EQ(dup2(unreadable, file), file);
+             EXPECT_EQ(close(unreadable), 0);
+         }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.note);
+        ExpectLostCopy([&row] { row.spoil(GetTemporaryDescriptor()); });
+    }
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ std::string Page() {
     return page;
 }
 
-TEST(ToolDetectOfTheSystem, ADetectorThatFailsIsToldOf) {
+TEST(ToolDetectOfTheSystem, ADetectorThatFailsIsReported) {
     const ToolRun run = RunToolOn(Page(), {"detect", "--format", "json"});
     const ToolRun text = RunToolOn(Page(), {"detect"});
     if (IsWine()) {

@@ -69,10 +69,12 @@ TEST(RealDetectorTest, ARussianPageIsReadAgainInItsCharset) {
         SCOPED_TRACE(sample.note);
         FedParser parser(Observed::WIDE);
         parser.Start(0, DATA_STREAM_AUTO);
-        EXPECT_EQ(parser.FeedStream("<p>" + sample.bytes + "</p>"), 705U);
+        VFS::MemoryInputStream stream("<p>" + sample.bytes + "</p>");
+        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
         EXPECT_EQ(parser.GetCharset(), sample.code);
         parser.lines.clear();
-        EXPECT_EQ(parser.FeedStream("<p>" + sample.bytes + "</p>"), 0U);
+        EXPECT_EQ(stream.Seek(0), 0U);
+        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
         EXPECT_TRUE(parser.WasCharsetDetectorUsed());
         EXPECT_EQ(parser.EndParse(), 0U);
         EXPECT_EQ(Join(parser.lines), Join({"start-parsing", "start(|p||)", "text(" + Trace::Escape(sample.text) + ")",
