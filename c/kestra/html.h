@@ -9,7 +9,7 @@
 ///
 ///     static uint32_t on_token(void *user, const kestra_html_token *token) { ... return 0; }
 ///
-///     kestra_html_options options = {sizeof options};
+///     kestra_html_options options = {.size = sizeof options};
 ///     options.encoding = KESTRA_HTML_UTF8;
 ///     options.on_token = on_token;
 ///     kestra_html_parser *parser;
