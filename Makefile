@@ -21,7 +21,7 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage format check-format check-headers check-rooms tidy pictures clean
+.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -35,6 +35,7 @@ help:
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
 	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
 	@echo 'make coverage       which lines of the library the tests reach'
+	@echo 'make mutation       how many planted faults do the tests see? takes hours'
 	@echo 'make format         format all sources'
 	@echo 'make check-format   fail when a source is not formatted, or too wide'
 	@echo 'make check-headers  compile every public header alone'
@@ -128,6 +129,10 @@ coverage:
 	cmake --build --preset coverage --parallel $(JOBS)
 	ctest --preset coverage --parallel $(JOBS) -LE "enumerated|random"
 	gcovr --root . --object-directory build/coverage --filter html/ --filter platform/ --exclude-throw-branches --sort-uncovered
+
+mutation:
+	@setup/install build
+	tests/mutation/run --jobs $(JOBS)
 
 format:
 	@setup/install format

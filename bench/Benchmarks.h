@@ -14,11 +14,11 @@
 
 namespace Kestra::Bench {
 
-/// Reads all documents of a corpus once. @return something it was told of them; 0 makes the
+/// Reads all documents of a corpus once. @return something that its callbacks counted; 0 makes the
 /// benchmark fail
 using Round = std::function<std::uint64_t(const Corpus& corpus)>;
 
-/// Looks at one document. @return the same
+/// Examines one document. @return as for `Round`
 using Count = std::uint64_t (*)(const std::string& document);
 
 /// Registers a benchmark, "corpus/name".
@@ -27,7 +27,7 @@ using Count = std::uint64_t (*)(const std::string& document);
 void Register(const NamedCorpus& corpus, const std::string& name, std::function<Round()> prepare);
 void Register(const NamedCorpus& corpus, const std::string& name, Count count);
 
-/// Tells a benchmark what it has read in one round: bytes, and characters as "items".
+/// Reports what a benchmark has read in one round: bytes, and characters as "items".
 void SetRoundSize(benchmark::State& state, const Corpus& corpus);
 
 // Each of these registers its benchmarks for one corpus.

@@ -8,13 +8,13 @@
 
 namespace Kestra::Bench {
 
-/// Asks nothing at a token.
+/// Does nothing at a token.
 struct NoQuestion {
     void operator()() {}
 };
 
-/// Counts tokens, attributes and the characters of texts and names, so that every record is looked
-/// at.
+/// Counts tokens, attributes and the characters of texts and names, so that every record is
+/// read.
 /// @tparam Question  called at every token
 template <typename C, typename S, typename Question = NoQuestion>
 class CountingObserver final : public HTML::TokenObserver<CountingObserver<C, S, Question>, C, S> {

@@ -10,7 +10,7 @@
 
 namespace Kestra::Bench {
 
-/// Who reads an input, and what it does to him; flags.
+/// Which parsers read an input, and what it makes them do; flags.
 enum HostileKind : unsigned {
     DOCUMENT = 1,
     STATELESS = 2,  ///< the stateless parser takes the input to its end
@@ -38,7 +38,7 @@ enum class HostileEdit {
 /// How an input is handed over.
 enum class HostileFeed {
     STREAM,  ///< by reads of its size
-    BUFFER,  ///< as one whole buffer: what is passed over again and again in a piece shows in a large one
+    BUFFER,  ///< as one whole buffer: work that is repeated within a piece shows in a large one
 };
 
 /// An input made to be slow: of any size, so that the time can be seen to grow with it and no
@@ -69,8 +69,8 @@ struct HostileReading {
         0;  ///< bytes that the stream gave, those that were read again included; those of a buffer
 };
 
-/// A parser of documents goes no further in a buffer than to what it would have to read again; and
-/// a buffer is one piece. A rewriter is fed with pieces only.
+/// In a buffer, which is one piece, the document parser stops at the first junk: it would have to
+/// read it again. A rewriter is fed in pieces only.
 /// @param reader  DOCUMENT, STATELESS or REWRITER
 bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader);
 

@@ -33,8 +33,8 @@ constexpr int REPETITIONS = 3;                    // of the small input, of whic
 constexpr int ATTEMPTS = 6;                       // to stay within the bound of time,
 constexpr int FIRST_ATTEMPTS = 2;                 // these without a pause
 constexpr double MEASURED_TIME = 0.01;            // seconds, ten ticks of the coarsest clock
-// Seconds for a byte. A reading moves each one up to eight times; what takes less than that goes at
-// the speed of whichever cache it lies in.
+// Seconds for a byte. A reading moves each one up to eight times; what is faster than this runs at
+// the speed of the cache that it is in.
 constexpr double CACHE_TIME = 0.3e-9;
 
 /// Seconds of the processor for one reading.
@@ -50,10 +50,10 @@ double Time(const HostileInput& input, HostileKind reader, HostileFeed feed, con
     return seconds / readings;
 }
 
-/// How many times as long the large input takes, by the shortest times of both: what disturbs only
-/// adds to them. What is slow by itself is so each time. Nothing counts as faster than the caches.
-/// One reading of the large input that stays within the bound is enough, as nothing makes it faster
-/// than it is; the small one is read more often, since a disturbed one would hide what is slow.
+/// How many times as long the large input takes, by the shortest times of both: other programs can
+/// only make a reading slower. Nothing counts as faster than the caches. One reading of the large
+/// input within the bound is enough; the small one is read more often, because a slow reading of it
+/// would hide that the large one is slow.
 double TimeRatio(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& small,
                  const std::string& large) {
     const double leastOfSmall = CACHE_TIME * static_cast<double>(small.size());

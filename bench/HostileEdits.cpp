@@ -40,12 +40,12 @@ public:
         if (edit == HostileEdit::REMOVE_LAST_FIRST)
             std::reverse(names.begin(), names.end());
         if (!names.empty() && (edit == HostileEdit::INSERT_BEFORE || edit == HostileEdit::INSERT_AFTER))
-            Take(token.SetAttribute(names[0], "2"), 0);
+            Count(token.SetAttribute(names[0], "2"), 0);
         for (const std::string& name : names)
             Edit(name, &token);
     }
 
-    void Take(std::uint32_t result, std::int64_t moreBytes) {
+    void Count(std::uint32_t result, std::int64_t moreBytes) {
         isRefused = isRefused || result != HTML::REWRITE_OK;
         ++edits;
         growth += moreBytes;
@@ -59,23 +59,23 @@ private:
     void Edit(const std::string& name, RewriterToken* token) {
         switch (edit) {
             case HostileEdit::SET:
-                Take(token->SetAttribute(name, "2"), 0);
+                Count(token->SetAttribute(name, "2"), 0);
                 break;
             case HostileEdit::ADD:
-                Take(token->SetAttribute("not-" + name, "2"), static_cast<std::int64_t>(name.size()) + 9);
+                Count(token->SetAttribute("not-" + name, "2"), static_cast<std::int64_t>(name.size()) + 9);
                 break;
             case HostileEdit::RENAME:
-                Take(token->RenameAttribute(name, "not-" + name), 4);
+                Count(token->RenameAttribute(name, "not-" + name), 4);
                 break;
             case HostileEdit::REMOVE:
             case HostileEdit::REMOVE_LAST_FIRST:
-                Take(token->RemoveAttribute(name), -static_cast<std::int64_t>(name.size()) - 3);
+                Count(token->RemoveAttribute(name), -static_cast<std::int64_t>(name.size()) - 3);
                 break;
             case HostileEdit::INSERT_BEFORE:
-                Take(token->InsertBefore("x", HTML::CONTENT_TEXT), 1);
+                Count(token->InsertBefore("x", HTML::CONTENT_TEXT), 1);
                 break;
             case HostileEdit::INSERT_AFTER:
-                Take(token->InsertAfter("x", HTML::CONTENT_TEXT), 1);
+                Count(token->InsertAfter("x", HTML::CONTENT_TEXT), 1);
                 break;
             case HostileEdit::NONE:
             case HostileEdit::THROW_IN_EDITED:
@@ -88,6 +88,19 @@ private:
     Rewriter* rewriter;
 };
 
+/// Makes the callbacks for the text in an element throw, after an edit or in what is removed.
+void ThrowInContent(HostileEdit edit, Rewriter* rewriter, Editor* editor) {
+    rewriter->OnElement("b", [editor](HTML::RewriterElement element) {
+        editor->Count(element.InsertAfter("y", HTML::CONTENT_TEXT), 1);
+    });
+    if (edit == HostileEdit::THROW_IN_REMOVED)
+        rewriter->OnElement("i", [](HTML::RewriterElement element) { element.SetContent("", HTML::CONTENT_TEXT); });
+    rewriter->OnContent("b", [](RewriterToken token) {
+        if (token.GetKind() == HTML::TOKEN_TEXT)
+            throw Interruption();
+    });
+}
+
 }  // namespace
 
 HostileReading RewriteHostile(const HostileInput& input, const std::string& document, bool selfCheck) {
@@ -95,18 +108,10 @@ HostileReading RewriteHostile(const HostileInput& input, const std::string& docu
     Rewriter rewriter(&output);
     Editor editor(input.edit, &rewriter);
     const bool throws = input.edit == HostileEdit::THROW_IN_EDITED || input.edit == HostileEdit::THROW_IN_REMOVED;
-    if (throws) {
-        rewriter.OnElement(
-            "b", [&](HTML::RewriterElement element) { editor.Take(element.InsertAfter("y", HTML::CONTENT_TEXT), 1); });
-        if (input.edit == HostileEdit::THROW_IN_REMOVED)
-            rewriter.OnElement("i", [](HTML::RewriterElement element) { element.SetContent("", HTML::CONTENT_TEXT); });
-        rewriter.OnContent("b", [](RewriterToken token) {
-            if (token.GetKind() == HTML::TOKEN_TEXT)
-                throw Interruption();
-        });
-    } else {
+    if (throws)
+        ThrowInContent(input.edit, &rewriter, &editor);
+    else
         rewriter.SetObserver(&editor);
-    }
     rewriter.SetScriptMode(input.scriptMode);
     rewriter.StartParse(input.charset, GenericParser::DATA_STREAM_8BIT);
     // After an exception the rest of the piece is copied without being read, so there is nothing to

@@ -11,8 +11,8 @@
 namespace Kestra::Bench {
 
 /// A stream over borrowed bytes in memory that hands out at most so many new bytes in a read, and
-/// counts all. Bytes that it has handed out before it gives again in one read, as a parser wants
-/// that reads junk back.
+/// counts all. Bytes that it has handed out before are given again in one read, as a parser needs
+/// them that reads junk again.
 class PieceStream final : public VFS::InputStream {
 public:
     PieceStream(const std::string& bytes, std::uint64_t bytesPerRead) : content(&bytes), piece(bytesPerRead) {}
@@ -52,8 +52,8 @@ private:
     std::uint64_t handedOut = 0;
 };
 
-/// Feeds a buffer in pieces of so many bytes, until a call answers something else than one of the
-/// two good codes.
+/// Feeds a buffer in pieces of so many bytes, until a call returns another code than the two good
+/// ones.
 template <typename Parser>
 std::uint32_t FeedPieces(Parser* parser, const std::string& document, std::uint64_t piece, std::uint32_t good,
                          std::uint32_t alsoGood) {

@@ -11,8 +11,8 @@ namespace {
 
 using StringNS::CharSet;
 
-// Unknown: `meta` tags are looked at. The others: every byte stands for itself, or escape runs are
-// protected.
+// For the unknown one `meta` tags are examined. The others are without escape runs, or with some
+// that are protected.
 constexpr CharSet::Code CHARSETS[] = {CharSet::WINDOWS_1252, CharSet::UNKNOWN, CharSet::ISO_2022_JP,
                                       CharSet::ISO_2022_KR, CharSet::UTF8};
 

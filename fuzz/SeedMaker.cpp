@@ -16,7 +16,7 @@
 #include "fuzz/FuzzedDocument.h"
 #include "fuzz/FuzzedEvents.h"
 #include "tests/reference/DocumentFeeding.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/support/DocumentMaker.h"
 
 namespace {
 

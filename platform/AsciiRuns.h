@@ -10,15 +10,15 @@
 #include "platform/Processor.h"
 
 /// @file
-/// Runs of ASCII, which most of a document is, between bytes and UTF-16: sixteen characters at once
-/// where there are vectors, elsewhere one by one. Not installed.
+/// Converts runs of ASCII between bytes and UTF-16: sixteen characters at once where the processor
+/// has vectors, elsewhere one by one. Not installed.
 ///
-/// Each function copies the run at the front of `size` characters and answers its length. All of
-/// `[to, to + size)` may be written; what lies there after the run is unspecified.
+/// Each function copies the run at the beginning of `size` characters and answers its length. It
+/// may write to all of `[to, to + size)`; what follows the run there is unspecified.
 
 namespace Kestra::StringNS {
 
-/// One by one: what the blocks must agree with.
+/// One by one. The blocks must give the same result.
 template <typename From, typename To>
 std::size_t CopyAsciiOneByOne(const From* from, std::size_t size, To* to) {
     std::size_t done = 0;
@@ -31,7 +31,7 @@ std::size_t CopyAsciiOneByOne(const From* from, std::size_t size, To* to) {
 
 #if defined(KESTRA_HAS_VECTORS)
 
-/// Blocks of bytes to UTF-16. Each function copies a block whatever it holds, and answers a bit for
+/// Blocks of bytes to UTF-16. Each function copies a block, ASCII or not, and answers a bit for
 /// each character that is not ASCII.
 struct WidenedBlocks {
     static unsigned CopySixteen(const char* from, WideChar* to) {
@@ -85,8 +85,8 @@ private:
     }
 };
 
-/// A last block ends where the characters end, and begins among those that the one before it has
-/// copied already. Up to 15 characters, as most strings have, it is the second of two.
+/// The last block ends at the last character, so it overlaps the block before it. Strings of up to
+/// 15 characters, as most are, need at most two blocks.
 template <typename Blocks, typename From, typename To>
 std::size_t CopyAsciiInBlocks(const From* from, std::size_t size, To* to) {
     const auto copyLast = [=](std::size_t length, auto copy) {

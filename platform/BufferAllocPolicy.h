@@ -15,11 +15,11 @@ public:
     DefaultBufferAllocPolicy& operator=(const DefaultBufferAllocPolicy&) = delete;
     ~DefaultBufferAllocPolicy();
 
-    /// Starts without memory: null data, size 0. What an earlier use left is released.
+    /// Starts without memory: null data, size 0. Memory of an earlier use is released.
     void Initialize();
 
-    /// Makes the buffer at least `size` bytes long; its content is undefined afterwards when it had
-    /// to grow.
+    /// Makes the buffer at least `size` bytes long. If it had to grow, its content is unspecified
+    /// afterwards.
     /// @return 0, or RESULT_OUT_OF_MEMORY; the buffer is then unchanged.
     std::uint32_t AdjustTo(std::uint64_t size);
 

@@ -36,7 +36,8 @@ constexpr CharSet::Code KEEPING_ASCII[] = {
     28595, 28596, 28597, 28598, 28599, 28603, 28605, 38598, 51932, 51936, 51949, 51950, 54936};
 static_assert(std::is_sorted(std::begin(KEEPING_ASCII), std::end(KEEPING_ASCII)));
 
-/// Makes `*output` `size` characters long without copying what it held when it must grow.
+/// Resizes `*output` to `size` characters without copying its contents when it must grow; they are
+/// unspecified afterwards.
 /// @return its first character.
 template <typename S>
 typename S::value_type* Presize(S* output, std::uint64_t size) {

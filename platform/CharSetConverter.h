@@ -9,8 +9,8 @@
 
 namespace Kestra::StringNS {
 
-/// Converts strings between one code page and UTF-16, both ways. A parser keeps one and opens it
-/// once per code page, so that a string costs its conversion and nothing else.
+/// Converts strings between one code page and UTF-16, both ways. A parser keeps one, so that the
+/// converter of a code page is opened once and not for each string.
 ///
 /// 65001, 1252, 20127, 28591 and 1200 are converted by the library itself, the same on every
 /// platform; every other code page goes to the platform's converters. Each string starts fresh,
@@ -25,13 +25,12 @@ public:
 
     /// Replaces `*output` by the UTF-16 form of `size` bytes. Embedded NULs are kept; what is
     /// invalid becomes U+FFFD, one per maximal subpart in UTF-8. 1200 takes pairs of bytes, low
-    /// byte first; an odd last byte becomes U+FFFD. On Windows the system's converters have marks
-    /// of their own for what is invalid or not assigned: U+30FB in 932, private characters in
-    /// others.
+    /// byte first; an odd last byte becomes U+FFFD. On Windows the system's converters replace what
+    /// is invalid or not assigned by other characters: U+30FB in 932, private characters in others.
     /// @param code  0 is the ANSI rule: the process's ANSI code page on Windows, 1252 on POSIX.
-    /// @return 0; with an empty output RESULT_UNSUPPORTED_CHARSET: there is no converter, also for
-    ///         an empty string, or it failed; or RESULT_OUT_OF_MEMORY, which says nothing of the
-    ///         code page: the next string tries again.
+    /// @return 0; or, with an empty output, RESULT_UNSUPPORTED_CHARSET when there is no converter,
+    ///         also for an empty string, or when it failed; or RESULT_OUT_OF_MEMORY, after which
+    ///         the next string of the code page may succeed.
     std::uint32_t ToWide(CharSet::Code code, const char* data, std::uint64_t size, WideString* output);
 
     /// Replaces `*output` by the bytes of `size` UTF-16 units in code page `code`; a character that
@@ -46,17 +45,17 @@ public:
     /// before the conversion, so half a character at the end cannot take it for its other half.
     static std::uint64_t LeaveOutTerminator(CharSet::Code code, const char* data, std::uint64_t size);
 
-    /// Whether this platform converts the code page both ways, and a string of ASCII in it is the
-    /// same bytes as in ASCII. Whoever knows that of a code page needs no call for such a string.
-    /// Throws `std::bad_alloc`, and is to be asked again then.
+    /// Whether this platform converts the code page both ways, and strings of ASCII have the same
+    /// bytes in it as in ASCII, so that they need no conversion. Throws `std::bad_alloc`, after
+    /// which the call may be repeated.
     /// @param code  0 is the ANSI rule.
     bool KeepsAscii(CharSet::Code code);
 
 private:
     class Platform;  // `platform/PlatformConverter.h`
 
-    /// The system converter for `code`: the one at hand, or a new one in its place when it is for
-    /// another code page.
+    /// The system converter for `code`: the present one, or a new one that replaces it when it is
+    /// for another code page.
     Platform* Open(CharSet::Code code);
 
     std::unique_ptr<Platform> platform;  ///< for the one code page opened last, one that failed to open included

@@ -17,9 +17,9 @@
 /// - the converter aliases of ICU 72 tagged WINDOWS and IANA;
 /// - the labels of the WHATWG Encoding Standard, as spellings that documents use.
 ///
-/// Where these disagree, a name leads to the code page whose text pages under that name really
-/// hold: "gb2312" to 936, "euc-kr" to 949, "tis-620" to 874, "iso-2022-jp" to 50221, whose
-/// half-width katakana are a superset. "iso-8859-1" stays 28591 and "us-ascii" 20127.
+/// Where these disagree, a name leads to the code page that documents with that name really use:
+/// "gb2312" to 936, "euc-kr" to 949, "tis-620" to 874, "iso-2022-jp" to 50221, whose half-width
+/// katakana are a superset. "iso-8859-1" stays 28591 and "us-ascii" 20127.
 
 namespace Kestra::StringNS {
 

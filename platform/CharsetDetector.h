@@ -15,14 +15,14 @@ struct DetectedCharset {
 /// Guesses the charset of marked-up text: the system's language service on Windows, uchardet and
 /// ICU on POSIX. Not exported.
 ///
-/// Keeps nothing between two calls; any number of threads may call at once.
+/// Has no state; any number of threads may call it at the same time.
 class CharsetDetector {
 public:
-    /// Detects over `size` bytes with room for one answer. Takes time in proportion to the size.
+    /// Detects the charset of `size` bytes. Takes time in proportion to the size.
     ///
     /// @param data   borrowed for the call; null only with a size of 0, for which nothing fits.
     /// @param count  stores the number of results: 1 with `*detected` filled, 0 when nothing fits.
-    ///               (The Windows service can count more than there is room for.)
+    ///               (The Windows service can count more, but only one is stored.)
     /// @return 0; RESULT_INVALID_ARGUMENT (2) for a null pointer; RESULT_UNAVAILABLE (11) when the
     ///         service cannot be started; RESULT_DETECTION_FAILED (709) when the call fails. After
     ///         a failure neither output is meaningful.

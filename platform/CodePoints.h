@@ -37,10 +37,11 @@ constexpr bool IsTrailingByte(char byte) noexcept {
 /// What the first byte of a UTF-8 sequence says about the others. Source: table 3-7 of the Unicode
 /// Standard.
 struct Utf8Lead {
-    unsigned trailing;       ///< bytes to follow; 0 for a byte that starts no sequence of several bytes
-    unsigned char smallest;  ///< bounds of the second byte. After four of the first bytes they are narrower: they leave
-                             ///< out overlong
-    unsigned char greatest;  ///< forms, surrogates, and what lies beyond the last code point
+    unsigned trailing;  ///< bytes to follow; 0 for a byte that starts no sequence of several bytes
+    /// Bounds of the second byte. After four of the first bytes they are narrower, to exclude
+    /// overlong forms, surrogates, and what is beyond the last code point.
+    unsigned char smallest;
+    unsigned char greatest;
 };
 
 constexpr Utf8Lead ClassifyUtf8Lead(unsigned char byte) noexcept {

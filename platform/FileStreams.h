@@ -7,7 +7,7 @@
 #include "platform/Results.h"
 
 /// @file
-/// What the input streams of files and devices do on every system. Not installed.
+/// The parts of file and device streams that are the same on every system. Not installed.
 
 namespace Kestra::VFS {
 
@@ -20,8 +20,7 @@ inline std::uint32_t BeginRead(const void* buffer, std::uint64_t size, std::uint
     return buffer == nullptr && size != 0 ? RESULT_INVALID_ARGUMENT : RESULT_OK;
 }
 
-/// A file on a disk. Reads are positioned, so the position that the system keeps for the file plays
-/// no part.
+/// A file on a disk. Reads are positioned, so the system's position in the file is not used.
 /// @tparam File  owns an open file, and has `ReadAt` and `GetSize`
 template <typename File>
 class FileInputStream final : public InputStream {
@@ -72,8 +71,7 @@ public:
 private:
     File file;
     std::uint64_t next = 0;
-    std::uint64_t
-        knownSize;  ///< the size the system last stated, or the end of the last byte read when that is further
+    std::uint64_t knownSize;  ///< the last size from the system, or the end of the last byte read if that is larger
 };
 
 /// A pipe, a terminal or another device: bytes come once, and their offsets are unknown.

@@ -9,13 +9,13 @@
 #include "platform/Vector.h"
 
 /// @file
-/// The memory that the strings and lists of a parser keep for the next token. It is what makes a
-/// token cost no allocation, but a document of every kind of token, each long once, would leave a
-/// long buffer in every place. So a parser adds up from time to time what it keeps, and gives all
-/// of it back when that is too much.
+/// The memory that the strings and lists of a parser retain for the next token. Thanks to it most
+/// tokens need no allocation, but a document with a long token of every kind would leave a long
+/// buffer in every string. So a parser measures from time to time how much it retains, and frees
+/// all of it when that is too much.
 ///
 /// A visitor is called with each string and list; for an element of a list a function
-/// `ForEachString` names the strings in it. Not installed.
+/// `ForEachString` visits the strings in it. Not installed.
 
 namespace Kestra {
 
@@ -30,8 +30,8 @@ void ForEachString(std::pair<One, Other>& strings, Visitor& visit) {
     visit(strings.second);
 }
 
-/// A visitor that adds up. A list with so many elements that the next ones would be slow to add up
-/// is freed at once.
+/// A visitor that measures. A list with so many elements that measuring it would be slow is freed
+/// immediately.
 class BufferMeasure {
 public:
     template <typename C>
@@ -59,7 +59,7 @@ private:
     static constexpr std::size_t LARGEST_LIST = 65536;  // bytes of elements: some hundred attributes
 };
 
-/// A visitor that empties and frees.
+/// A visitor that clears strings and lists and frees their memory.
 class BufferRelease {
 public:
     template <typename C>
@@ -73,24 +73,24 @@ public:
     }
 };
 
-/// What a parser may keep, in bytes.
+/// How much a parser may retain, in bytes.
 struct KeptBytes {
     std::size_t most = 384 * 1024;
-    std::size_t slack = 64 * 1024;  ///< how much more there may be between two looks at it
-    bool isLargestExtra =
-        true;  ///< whether a document may keep the largest of its strings on top of that, however long it is
+    std::size_t slack = 64 * 1024;  ///< how much more it may be between two measurements
+    bool isLargestExtra = true;     ///< a document may keep its largest string on top of that, however long it is
 };
 
-/// Frees what is kept when that is more than `bytes.most`.
+/// Frees what is retained when that is more than `bytes.most`.
 ///
 /// @param isNewDocument  the buffers are those of another document
-/// @param visitBuffers   hands a visitor every string and list whose content is no longer of use
-/// @return the bytes of input after which it is to be called again; by then `bytes.slack` more may
-/// be kept
+/// @param visitBuffers   calls a visitor with every string and list whose content is not needed
+/// @return the bytes of input after which it must be called again; by then `bytes.slack` more may
+///         be retained
 template <typename VisitBuffers>
 std::uint64_t LimitBuffers(bool isNewDocument, VisitBuffers visitBuffers, const KeptBytes& bytes = KeptBytes()) {
-    constexpr std::size_t GROWTH =
-        10;  // bytes that one of input may add: it passes through some strings, half of each to spare, some wide
+    // Bytes that one of input may add: it passes through some strings, half of each to spare, some
+    // wide.
+    constexpr std::size_t GROWTH = 10;
     BufferMeasure kept;
     visitBuffers(kept);
     const std::size_t limit = isNewDocument || !bytes.isLargestExtra ? bytes.most : bytes.most + kept.largest;

@@ -11,8 +11,7 @@ namespace Kestra::VFS {
 /// A stream over bytes in memory, which it owns.
 ///
 /// `firstOffset` is the position of the first byte, so that a part of another stream keeps the
-/// offsets it had there; a `Seek` before
-///  it or after the last byte fails with RESULT_STREAM_FAILED.
+/// offsets it had there; a `Seek` before it or after the last byte fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API MemoryInputStream final : public InputStream {
 public:
     explicit MemoryInputStream(std::string bytes, std::uint64_t firstOffset = 0);

@@ -11,7 +11,7 @@ namespace Kestra::Base {
 class MultiDelegate;
 class Observable;
 
-/// One who wants to be called: binds its callbacks to the events of an `Observable`.
+/// Receives events: binds its callbacks to the events of an `Observable`.
 ///
 /// An observer may be attached to several observables, and to one several times. Destroyed, it
 /// detaches itself from all of them. A copy is attached to nothing.
@@ -34,8 +34,8 @@ private:
 /// The callbacks that are bound to events: for each identifier a list, called in the order of
 /// binding.
 ///
-/// Callbacks may bind and remove: one that is removed is called no more, not even for the event
-/// under way; one that is added gets the next event.
+/// Callbacks may bind and remove: a removed one is not called any more, not even for the current
+/// event; an added one gets the next event.
 class KESTRA_HTML_API MultiDelegate {
 public:
     /// Makes the call to an observer. @param arguments  pointers to the values of the event, as
@@ -45,17 +45,17 @@ public:
     MultiDelegate();
     /// A copy has the same bindings.
     MultiDelegate(const MultiDelegate& other);
-    /// When memory runs out, it throws and changes nothing.
+    /// When memory is exhausted, it throws and changes nothing.
     MultiDelegate& operator=(const MultiDelegate& other);
     ~MultiDelegate();
 
-    /// @param observer  borrowed; must be removed before it goes
+    /// @param observer  borrowed; must be removed before it is destroyed
     void Bind(unsigned long id, Observer* observer, Trampoline trampoline);
 
     /// Removes all bindings of an observer.
     void Remove(const Observer* observer);
 
-    /// True when somebody is bound to the event.
+    /// True when a callback is bound to the event.
     bool IsBound(unsigned long id) const;
 
     /// Raises an event without values.
@@ -68,7 +68,7 @@ private:
     class Calling;
 
     struct Binding {
-        Observer* observer;  // null: removed while an event was under way
+        Observer* observer;  // null: removed during an event
         Trampoline trampoline;
     };
 
@@ -79,9 +79,9 @@ private:
     bool hasRemoved;
 };
 
-/// One who raises events. A copy has the same observers attached; they hear of both.
+/// Raises events. A copy has the same observers attached; they get the events of both.
 ///
-/// When memory runs out, an assignment throws `std::bad_alloc` and changes nothing. It must be
+/// When memory is exhausted, an assignment throws `std::bad_alloc` and changes nothing. It must be
 /// neither assigned to nor destroyed while it raises an event. An observable and its observers
 /// belong to one thread at a time: each keeps a list of the others.
 class KESTRA_HTML_API Observable {

@@ -13,10 +13,9 @@ namespace Kestra::StringNS {
 /// The operating system's (on POSIX: ICU's) converter for one code page, opened by the constructor
 /// and closed by the destructor.
 ///
-/// A code page without a converter is remembered as such: the object is made all the same, nothing
-/// is looked up again, and both conversions answer RESULT_UNSUPPORTED_CHARSET. For want of memory,
-/// the system's included, the constructor and the conversions throw `std::bad_alloc`: that is no
-/// verdict on the code page.
+/// An object of a code page without a converter is valid: it does not search again, and both
+/// conversions answer RESULT_UNSUPPORTED_CHARSET. When memory is lacking, also in the system, the
+/// constructor and the conversions throw `std::bad_alloc`, which says nothing about the code page.
 class CharSetConverter::Platform {
 public:
     explicit Platform(CharSet::Code openedCode);
@@ -33,8 +32,7 @@ public:
     /// Whether the system converts the code page both ways.
     bool Converts() const;
 
-    /// As `CharSetConverter::ToWide`. Starts in the initial state of the code page, whatever state
-    /// the string before ended in.
+    /// As `CharSetConverter::ToWide`. Always starts in the initial state of the code page.
     std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output);
 
     /// As `CharSetConverter::FromWide`; a stateful code page ends in its initial state.

@@ -1,16 +1,16 @@
 #pragma once
 
 /// @file
-/// The instructions of single processors, in one place: what there is, and what compilers want to
-/// hear about it. Not installed.
+/// The instructions that only some processors have, and how compilers are asked for them. Not
+/// installed.
 ///
 /// `KESTRA_HAS_VECTORS` is defined where every processor has vectors of sixteen bytes (SSE2), which
-/// is any x86-64; their functions are then included. Whoever uses them has plain loops for the
-/// rest; a test compiles with `KESTRA_NO_VECTORS` to have them everywhere.
+/// is any x86-64; their functions are then included. Code that uses them also has plain loops for
+/// other processors; a test compiles these everywhere, with `KESTRA_NO_VECTORS`.
 ///
-/// `KESTRA_CARRYLESS_FUNCTION` comes before a function that multiplies without carries, as
-/// checksums want it: with it GCC and Clang let the instruction through in this one function; other
-/// compilers for x86-64 always do. Where the processor never has the instruction the macro is not
+/// `KESTRA_CARRYLESS_FUNCTION` comes before a function that multiplies without carries, as checksums
+/// do: it makes GCC and Clang accept the instruction in this function; other compilers for x86-64
+/// always accept it. Where the processor never has the instruction the macro is not
 /// defined.
 
 #if (defined(__SSE2__) || defined(_M_X64)) && !defined(KESTRA_NO_VECTORS)

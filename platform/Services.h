@@ -8,7 +8,7 @@
 
 namespace Kestra::Base {
 
-/// The platform services whose failures a test must be able to bring about. The parsers reach them
+/// The platform services whose failures tests must be able to cause. The parsers reach them
 /// through this table, never directly. Not exported: a host cannot replace them.
 struct Services {
     std::uint32_t (*detectCharset)(const void* data, std::uint64_t size, DetectedCharset* detected,

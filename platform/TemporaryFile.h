@@ -4,12 +4,12 @@
 
 namespace Kestra::VFS {
 
-/// A file that nobody else can open, and whose space is given back when it is closed, at the latest
+/// A file that no other process can open, and whose space is freed when it is closed, at the latest
 /// with the process.
 ///
-/// On POSIX it has no name and lies in the system's fixed folder for temporary files; the
-/// environment is not asked for another one. On Windows it lies where the system says, and its name
-/// vanishes with its last handle. Not exported.
+/// On POSIX it has no name and is in the system's fixed folder for temporary files, whatever the
+/// environment says. On Windows it is in the folder that the system names, and its name is removed
+/// with its last handle. Not exported.
 class TemporaryFile {
 public:
     TemporaryFile();
@@ -17,7 +17,8 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile();
 
-    /// Makes the file, empty; call it once. @return 0 or RESULT_STREAM_FAILED.
+    /// Makes the file, empty; call it once.
+    /// @return 0 or RESULT_STREAM_FAILED
     std::uint32_t Create();
 
     /// Writes all `size` bytes at `position`, counted from the start of the file.

@@ -116,7 +116,7 @@ private:
     std::vector<char> memory;
     std::optional<TemporaryFile> file;
     std::uint64_t fileSize =
-        0;  ///< bytes of the stream that are in the file; a failed write may have left others after them
+        0;  ///< bytes of the stream that are in the file; a failed write may leave others after them
     std::uint32_t result = RESULT_OK;
 };
 

@@ -12,8 +12,8 @@ namespace Kestra::VFS {
 /// classes below.
 class TmpStorage;
 
-/// Collects bytes to be read back later: in memory up to a limit, from then on in a temporary file
-/// that has no name and is gone with its last user.
+/// Collects bytes to be read back later: in memory up to a limit, above it in a temporary file
+/// without a name, which is freed with its last user.
 class KESTRA_HTML_API TmpOutputStream {
 public:
     /// @param memoryLimit  bytes kept in memory; one byte more moves everything into the file, and
@@ -24,9 +24,9 @@ public:
     TmpOutputStream& operator=(const TmpOutputStream&) = delete;
     ~TmpOutputStream();
 
-    /// Appends `size` bytes. @return 0; RESULT_STREAM_FAILED when the temporary file cannot be made
-    /// or written. A failure is remembered: every later write returns it too, so that no copy with
-    /// a hole in it looks whole.
+    /// Appends `size` bytes. After a failure every later write fails too, so that a copy with a gap
+    /// is never taken for a complete one.
+    /// @return 0; RESULT_STREAM_FAILED when the temporary file cannot be made or written
     std::uint32_t Write(const void* data, std::uint64_t size);
 
     /// Bytes written so far, without those of writes that failed.

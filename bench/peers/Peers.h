@@ -6,14 +6,14 @@
 #include "bench/Benchmarks.h"
 
 /// @file
-/// The other tokenizers and parsers. Each is used as its documentation tells and counts something
+/// The other tokenizers and parsers. Each is used as its documentation says, and counts something
 /// that it is given.
 
 namespace Kestra::Bench {
 
 /// Registers every peer for one corpus; none when the peers are not built.
 ///
-/// @param list  of the files of the corpus, for a peer in a process of its own
+/// @param list  of the files of the corpus, for a peer in a separate process
 void RegisterPeers(const NamedCorpus& corpus, const std::string& list);
 
 /// Registers htmlcxx alone, which the stateless parser is measured by.
@@ -36,7 +36,7 @@ std::uint64_t ReadWithGumbo(const std::string& document);
 /// The tokenizer of hubbub. The handler switches the content model as its tree builder would.
 std::uint64_t ReadWithHubbub(const std::string& document);
 
-/// The tokenizer of htmlparser2, by Node.js in a process of its own.
+/// The tokenizer of htmlparser2, by Node.js in a separate process.
 void RegisterHtmlParser2(const NamedCorpus& corpus, const std::string& list);
 
 /// The rewriting stream of parse5, which sets an attribute of every start tag, the same way.

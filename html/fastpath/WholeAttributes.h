@@ -16,8 +16,8 @@
 
 namespace Kestra::HTML {
 
-/// Reads attributes, and the runs that they and tags are made of. Nothing is consumed before
-/// `Consume`.
+/// Reads attributes, and the runs of which they and tags consist. `Read...` moves `next`; the
+/// context does not move before `Consume`.
 template <typename C, typename S>
 class WholeAttributes {
 public:
@@ -33,11 +33,11 @@ public:
     /// @return NEXT_ATTRIBUTE when the recognizer must go on; CLOSING_MARK or END_OF_LIST with all
     /// up to the ">" consumed, exclusive
     template <typename Tag>
-    AttributeListStep ReadOn(AttributeSimpleParserData<C, S>* restarted, Tag* tag, std::size_t mostAttributes) {
+    AttributeListStep ContinueList(AttributeSimpleParserData<C, S>* restarted, Tag* tag, std::size_t mostAttributes) {
         // Before the first attribute there may be white space that has been read already.
         const S& prefix = restarted->prefix;
         const Run before =
-            restarted->state == ATTRIBUTE_NAME ? Run{prefix.data(), prefix.data() + prefix.size()} : TakeWhiteSpace();
+            restarted->state == ATTRIBUTE_NAME ? Run{prefix.data(), prefix.data() + prefix.size()} : ReadWhiteSpace();
         Resumption progress{this, restarted, &tag->attributes, mostAttributes};
         const AttributeListStep step = ReadList(before, &tag->attributes, &progress);
         if (step != AttributeListStep::NEXT_ATTRIBUTE) {
@@ -74,7 +74,7 @@ protected:
         return next == end;
     }
 
-    Run TakeWhiteSpace() {
+    Run ReadWhiteSpace() {
         const C* const begin = next;
         if (next != end && Scan::MayBeWhiteSpace(*next))
             next = Scan::FindAfterWhiteSpace(begin, end, &lines);
@@ -82,7 +82,7 @@ protected:
     }
 
     template <Scan::Classes STOPS>
-    Run TakeUntil() {
+    Run ReadUntil() {
         const C* const begin = next;
         next = Scan::Find<STOPS>(begin, end);
         return {begin, next};
@@ -92,15 +92,15 @@ protected:
     /// `suffix`.
     ///
     /// @param before  white space before the name
-    /// @param progress  its `MayGoOn` is asked before each attribute; `AfterValue` or `AfterWord`
+    /// @param progress  its `MayReadNext` is asked before each attribute; `AfterValue` or `AfterWord`
     /// is called after one that another may follow
     /// @return CLOSING_MARK or END_OF_LIST at ">"; NEXT_ATTRIBUTE where a recognizer must go on
     template <typename Progress>
     AttributeListStep ReadList(Run before, Vector<Attribute<C, S>>* attributes, Progress* progress) {
         using TagGrammar::ClosingMark;
-        while (progress->MayGoOn()) {
-            const Run name = TakeUntil<TagGrammar::ATTRIBUTE_NAME_STOPS>();
-            const Run space = TakeWhiteSpace();
+        while (progress->MayReadNext()) {
+            const Run name = ReadUntil<TagGrammar::ATTRIBUTE_NAME_STOPS>();
+            const Run space = ReadWhiteSpace();
             if (AtEnd())
                 return AttributeListStep::NEXT_ATTRIBUTE;
             if (*next == '=') {
@@ -118,7 +118,7 @@ protected:
                 if (mark == ClosingMark::CLOSES)
                     return AttributeListStep::CLOSING_MARK;
                 progress->AfterValue();
-                before = TakeWhiteSpace();
+                before = ReadWhiteSpace();
             } else if (name.IsEmpty()) {
                 suffix = before;
                 return AttributeListStep::END_OF_LIST;
@@ -143,7 +143,7 @@ protected:
     }
 
     /// Takes the ">" that is next.
-    void TakeEndOfTag() {
+    void ReadEndOfTag() {
         ++next;
     }
 
@@ -161,7 +161,7 @@ private:
         const Vector<Attribute<C, S>>* attributes;
         std::size_t mostAttributes;
 
-        bool MayGoOn() const {
+        bool MayReadNext() const {
             return attributes->size() <= mostAttributes;
         }
         void AfterValue() {
@@ -179,20 +179,20 @@ private:
     /// ends. After an unquoted value there is another character.
     bool ReadValue(Value* value) {
         ++next;
-        value->afterEquals = TakeWhiteSpace();
+        value->afterEquals = ReadWhiteSpace();
         if (AtEnd())
             return false;
         if (*next == '"' || *next == '\'') {
             value->quote = *next == '"' ? QUOTE_DOUBLE : QUOTE_SINGLE;
             value->text.begin = next + 1;
             value->text.end = value->quote == QUOTE_DOUBLE
-                                  ? Scan::FindAfterLines<Scan::QUOTATION_MARK>(value->text.begin, end, &lines)
-                                  : Scan::FindAfterLines<Scan::APOSTROPHE>(value->text.begin, end, &lines);
+                                  ? Scan::FindCountingLines<Scan::QUOTATION_MARK>(value->text.begin, end, &lines)
+                                  : Scan::FindCountingLines<Scan::APOSTROPHE>(value->text.begin, end, &lines);
             if (value->text.end == end)
                 return false;
             next = value->text.end + 1;
         } else if (*next != '>') {
-            value->text = TakeUntil<TagGrammar::BARE_VALUE_STOPS>();
+            value->text = ReadUntil<TagGrammar::BARE_VALUE_STOPS>();
             if (AtEnd())
                 return false;
         }

@@ -37,7 +37,7 @@
 /// * for a start tag in a script or style, whose "<" is text;
 /// * for what begins with "<!" or "<?", which is rare.
 ///
-/// `WholeAttributes::ReadOn` serves a start tag that is already in its recognizer, for example
+/// `WholeAttributes::ContinueList` serves a start tag that is already in its recognizer, for example
 /// because a piece ended in it: from the ninth attribute on, those that lie in the piece are read
 /// here, one by one. After each of them the attribute recognizer is where it would be, so that it
 /// can go on at any time.
@@ -71,7 +71,7 @@
 namespace Kestra::HTML {
 
 /// A tag that has been read from its first character to its ">" in one go. Only `WholeTagReader`
-/// makes one: whoever has one knows that no recognizer has run since the text before the tag, which
+/// makes one, so it proves that no recognizer has run since the text before the tag, which
 /// has left the recognizer of text at the beginning of a text.
 class WholeTag {
 private:
@@ -106,7 +106,7 @@ public:
         if (!ReadName())
             return std::nullopt;
         FoldedWords words;
-        const AttributeListStep step = Base::ReadList(Base::TakeWhiteSpace(), &data->attributes, &words);
+        const AttributeListStep step = Base::ReadList(Base::ReadWhiteSpace(), &data->attributes, &words);
         if (step == AttributeListStep::NEXT_ATTRIBUTE)
             return std::nullopt;
         const bool isShort = HasClosingMark(step);
@@ -117,7 +117,7 @@ public:
         data->closed = true;
         data->iso2022 = false;
         data->state = isShort ? START_TAG_AFTER_SLASH : START_TAG_END_OF_ATTRIBUTES;
-        if (words.AreThere())
+        if (words.Exist())
             AttributesNormalizer<C, S>::Normalize(&data->attributes);
         return Finish();
     }
@@ -126,7 +126,7 @@ public:
     std::optional<WholeTag> Read(EndTag* data) {
         if (!ReadName())
             return std::nullopt;
-        const Run afterName = Base::TakeWhiteSpace();
+        const Run afterName = Base::ReadWhiteSpace();
         if (Base::AtEnd() || Base::Next() != '>')
             return std::nullopt;
         AssignSpace(prefix.begin, prefix.end, &data->prefix);
@@ -149,7 +149,7 @@ private:
     /// already.
     class FoldedWords {
     public:
-        static bool MayGoOn() {
+        static bool MayReadNext() {
             return true;
         }
         void AfterValue() {
@@ -158,7 +158,7 @@ private:
         void AfterWord(const Run&) {
             hasWordAfterValue = hasWordAfterValue || hasValue;
         }
-        bool AreThere() const {
+        bool Exist() const {
             return hasWordAfterValue;
         }
 
@@ -175,13 +175,13 @@ private:
     }
 
     bool ReadName() {
-        prefix = Base::TakeWhiteSpace();
-        name = Base::template TakeUntil<TagGrammar::TAG_NAME_STOPS>();
+        prefix = Base::ReadWhiteSpace();
+        name = Base::template ReadUntil<TagGrammar::TAG_NAME_STOPS>();
         return !Base::AtEnd();
     }
 
     WholeTag Finish() {
-        Base::TakeEndOfTag();
+        Base::ReadEndOfTag();
         Base::Consume();
         return WholeTag();
     }

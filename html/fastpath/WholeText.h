@@ -18,7 +18,7 @@ struct WholeText {
 
 template <typename C, typename S>
 inline WholeText<C> ReadWholeText(SimpleParserContext<C, S>* context) {
-    const std::basic_string_view<C> characters = Scan::RunUntil<Scan::LESS_THAN>(*context);
+    const std::basic_string_view<C> characters = Scan::ConsumeUntil<Scan::LESS_THAN>(*context);
     const bool endsAtTag = !Scan::AtEnd(*context);
     if (endsAtTag)
         Scan::Advance(*context);

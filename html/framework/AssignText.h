@@ -5,11 +5,11 @@
 #include <cstring>
 
 /// @file
-/// Copies of short runs, which most strings of a token are, without a call. Not installed.
+/// Copies short runs, as most strings of a token are, without a library call. Not installed.
 
 namespace Kestra::HTML {
 
-/// Copies `bytes` bytes, `bytes` being `sizeof(Word)` to twice that, by two moves that may overlap.
+/// Copies `sizeof(Word)` to `2 * sizeof(Word)` bytes by two moves, which may overlap.
 template <typename Word>
 inline void CopyByTwo(void* to, const void* from, std::size_t bytes) {
     Word first;
@@ -20,7 +20,7 @@ inline void CopyByTwo(void* to, const void* from, std::size_t bytes) {
     std::memcpy(static_cast<char*>(to) + bytes - sizeof(Word), &last, sizeof(Word));
 }
 
-/// As `std::memcpy`, for numbers of bytes that are mostly small.
+/// As `std::memcpy`, for sizes that are mostly small.
 inline void CopyShort(void* to, const void* from, std::size_t bytes) {
     struct Sixteen {
         std::uint64_t halves[2];
@@ -44,8 +44,8 @@ inline void CopyShort(void* to, const void* from, std::size_t bytes) {
         std::memcpy(to, from, 1);
 }
 
-/// Makes a run the content of a string. What the string held is the room that needs no call: a
-/// string that has been longer before is best handed in as it was, not cleared.
+/// Assigns a run to a string. A string that is at least as long already needs no library call, so
+/// do not clear it before.
 template <typename S>
 inline void AssignText(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     const auto length = static_cast<std::size_t>(end - begin);
@@ -58,7 +58,7 @@ inline void AssignText(const typename S::value_type* begin, const typename S::va
     }
 }
 
-/// The same for a run that is mostly empty or one character, as white space in tags is.
+/// The same for runs that are mostly empty or one character long, as white space in tags is.
 template <typename S>
 inline void AssignSpace(const typename S::value_type* begin, const typename S::value_type* end, S* text) {
     if (begin == end)

@@ -18,8 +18,7 @@ struct KESTRA_HTML_API Attribute {
     S afterEquals;                     ///< white space between "=" and the value
     S value;                           ///< without its quotes
     std::uint32_t quote = QUOTE_NONE;  ///< a QuoteKind
-    bool hasValue =
-        false;  ///< "=" and a value, which may be empty, were there; otherwise only `prefix` and `name` mean something
+    bool hasValue = false;  ///< "=" and a value, which may be empty; without them only `prefix` and `name` count
 };
 
 }  // namespace Kestra::HTML

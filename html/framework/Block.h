@@ -7,14 +7,14 @@
 #include "platform/Processor.h"
 
 /// @file
-/// Several characters at once, where there are vectors; elsewhere loops over single characters do
-/// all the work. Not installed.
+/// Sixteen characters at once, where the processor has vectors; elsewhere loops over single
+/// characters do all the work. Not installed.
 
 #if defined(KESTRA_HAS_VECTORS)
 
 namespace Kestra::HTML::Scan {
 
-/// Places in a block, the first one lowest.
+/// A set of places in a block, one bit each; the first character has the lowest bit.
 class Places {
 public:
     explicit Places(std::uint32_t oneBitForEach) : mask(oneBitForEach) {}
@@ -28,14 +28,14 @@ public:
     std::size_t Last() const {
         return static_cast<std::size_t>(31 - std::countl_zero(mask));
     }
-    /// One by one: there are few, and not every processor can count bits.
+    /// Counted one by one: there are few, and not every processor can count bits.
     std::size_t Count() const {
         std::size_t count = 0;
         for (std::uint32_t left = mask; left != 0; left &= left - 1)
             ++count;
         return count;
     }
-    /// Those before a place.
+    /// The places before `place`.
     Places Before(std::size_t place) const {
         return Places(mask & ((std::uint32_t{1} << place) - 1));
     }
@@ -44,7 +44,7 @@ private:
     std::uint32_t mask;
 };
 
-/// Which characters of a block are wanted.
+/// The result of a comparison: which characters of a block match.
 class Matches {
 public:
     Matches() : vector(_mm_setzero_si128()) {}
@@ -61,9 +61,8 @@ private:
     __m128i vector;
 };
 
-/// Sixteen characters of input, a byte each. Of a wide one the byte says whether it is ASCII, and
-/// which: what is above 255 becomes 255, or 0 from 0x8000 on, and no character that anybody looks
-/// for is either.
+/// Sixteen characters of input, a byte each. A wide character above 255 becomes 255, or 0 from
+/// 0x8000 on; no character that is searched for is one of these two.
 template <typename C>
 class Block {
 public:
@@ -77,21 +76,22 @@ public:
             vector = _mm_packus_epi16(Load(characters), Load(characters + LENGTH / 2));
     }
 
-    Matches Find(char character) const {
+    Matches CompareWith(char character) const {
         return Matches(_mm_cmpeq_epi8(vector, _mm_set1_epi8(character)));
     }
 
-    /// White space: all of it in ASCII, and when characters are wide what may be white space
-    /// beyond.
-    Matches FindLikelyWhiteSpace() const {
-        // From "\t" to "\r", which one comparison finds when they are moved up to the highest
-        // signed numbers.
+    /// All white space of ASCII and, in the wide flavour, all characters beyond ASCII, since some
+    /// of them are white space.
+    Matches CompareWithWhiteSpace() const {
+        // One comparison finds the characters from "\t" to "\r" when they are moved up to the
+        // highest signed numbers.
         const __m128i moved = _mm_add_epi8(vector, _mm_set1_epi8(0x7F - '\r'));
-        const Matches ascii = Find(' ') | Matches(_mm_cmpgt_epi8(moved, _mm_set1_epi8(0x7F - ('\r' - '\t') - 1)));
+        const Matches ascii =
+            CompareWith(' ') | Matches(_mm_cmpgt_epi8(moved, _mm_set1_epi8(0x7F - ('\r' - '\t') - 1)));
         if constexpr (sizeof(C) == 1)
             return ascii;
         else
-            return ascii | Matches(vector);  // the places go by the highest bit, which ASCII does not have
+            return ascii | Matches(vector);  // the highest bit is what counts, and ASCII does not have it
     }
 
 private:

@@ -9,10 +9,18 @@
 #include "html/framework/SimpleParserContext.h"
 
 /// @file
-/// The only place where characters are skipped. A run is found, and line and column kept, in one
-/// pass: by blocks when it ends at a few characters, else over one table of character classes. Each
-/// helper that consumes moves the context exactly as `SimpleParserContext::MovePointer` would. What
-/// is marked `inline` belongs into the loop that calls it. Not installed.
+/// The only place where characters are skipped. A run is found, and lines are counted, in one pass:
+/// by blocks of characters when the run ends at a few characters, else by a table of the classes of
+/// characters. Not installed.
+///
+/// The names say what a helper does:
+///
+/// * `Find...` answers a place and moves nothing. With `Lines` it counts the lines up to that place.
+/// * `Consume...` moves the context past a run, exactly as `SimpleParserContext::MovePointer` would,
+///   and answers the run. `Advance` does so for one character.
+/// * Stops are the classes of the characters that end a run; the run ends before the first of them.
+///
+/// What is marked `inline` belongs into the loop that calls it.
 
 namespace Kestra::HTML::Scan {
 
@@ -64,7 +72,7 @@ constexpr std::array<Classes, 256> MakeClassTable() {
     return table;
 }
 
-/// Holds the table of one flavour. A member stays inside the library; a variable template would be
+/// The table of one flavour. As a member it stays inside the library; a variable template would be
 /// exported.
 template <typename C>
 struct ClassTable {
@@ -113,17 +121,17 @@ void Advance(SimpleParserContext<C, S>& context) {
     ++context.position;
 }
 
-/// The lines that end in a run, gathered while the run is passed over.
+/// The lines that end in a run, counted while its end is searched.
 template <typename C>
 class Lines {
 public:
-    void Pass(const C* lineFeed) {
+    void CountLines(const C* lineFeed) {
         ++count;
         lastBegin = lineFeed + 1;
     }
 
 #if defined(KESTRA_HAS_VECTORS)
-    void Pass(const C* block, Places lineFeeds) {
+    void CountLines(const C* block, Places lineFeeds) {
         count += lineFeeds.Count();
         lastBegin = block + lineFeeds.Last() + 1;
     }
@@ -151,21 +159,21 @@ bool HasBlock(const C* begin, const C* end) {
     return end - begin >= static_cast<std::ptrdiff_t>(Block<C>::LENGTH);
 }
 
-/// Whether a block decides the classes exactly. Of white space beyond ASCII, which only wide
-/// characters have, it does not.
+/// Whether a block decides exactly which characters belong to the classes. It does not for white
+/// space beyond ASCII, which only wide characters have.
 template <Classes CLASSES, typename C>
 constexpr bool IS_EXACT_IN_BLOCK = sizeof(C) == 1 || (CLASSES & WHITE_SPACE) == 0;
 
-/// Where a block has characters of the classes. Where that is not exact, some of the places may be
-/// none of them.
+/// The places of the characters that belong to the classes. When the block does not decide that
+/// exactly, some of the places may have other characters.
 template <Classes CLASSES, typename C>
 Places FindInBlock(const Block<C>& block) {
     Matches matches;
     if ((CLASSES & WHITE_SPACE) != 0)
-        matches = block.FindLikelyWhiteSpace();
+        matches = block.CompareWithWhiteSpace();
     const auto add = [&](Classes of, char character) {
         if ((CLASSES & of) != 0)
-            matches = matches | block.Find(character);
+            matches = matches | block.CompareWith(character);
     };
     add(LINE_FEED, '\n');
     add(LESS_THAN, '<');
@@ -206,21 +214,21 @@ inline const C* Find(const C* begin, const C* end) {
     return begin;
 }
 
-/// The first character from `begin` on that is no white space, or `end`. Passes the lines between
+/// The first character from `begin` on that is no white space, or `end`. Counts the lines between
 /// them.
 template <typename C>
 inline const C* FindAfterWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
     for (; begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0; ++begin) {
         if (*begin == '\n')
-            lines->Pass(begin);
+            lines->CountLines(begin);
     }
     return begin;
 }
 
 /// The first character from `begin` on that belongs to `STOPS`, which have no white space, or
-/// `end`. Passes the lines between them.
+/// `end`. Counts the lines between them.
 template <Classes STOPS, typename C>
-inline const C* FindAfterLines(const C* begin, const C* end, Lines<C>* lines) {
+inline const C* FindCountingLines(const C* begin, const C* end, Lines<C>* lines) {
     static_assert((STOPS & WHITE_SPACE) == 0, "lines end in white space");
 #if defined(KESTRA_HAS_VECTORS)
     for (; HasBlock(begin, end); begin += Block<C>::LENGTH) {
@@ -230,22 +238,22 @@ inline const C* FindAfterLines(const C* begin, const C* end, Lines<C>* lines) {
         if (stops.Any())
             lineFeeds = lineFeeds.Before(stops.First());
         if (lineFeeds.Any())
-            lines->Pass(begin, lineFeeds);
+            lines->CountLines(begin, lineFeeds);
         if (stops.Any())
             return begin + stops.First();
     }
 #endif
     for (; begin != end && (ClassesOf(*begin) & STOPS) == 0; ++begin) {
         if (*begin == '\n')
-            lines->Pass(begin);
+            lines->CountLines(begin);
     }
     return begin;
 }
 
 /// Consumes characters up to the first one that belongs to `stops`, or to the end of the piece, and
-/// returns them. Where the classes are known beforehand, the other `RunUntil` is faster.
+/// returns them. When the stops are constant, the overload below is faster.
 template <typename C, typename S>
-std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes stops) {
+std::basic_string_view<C> ConsumeUntil(SimpleParserContext<C, S>& context, Classes stops) {
     const C* const begin = context.buffer + context.position;
     const C* const end = context.buffer + context.length;
     const Classes interesting = static_cast<Classes>(stops | LINE_FEED);
@@ -256,26 +264,27 @@ std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context, Classes s
             ++next;
         if (next == end || (ClassesOf(*next) & stops) != 0)
             break;
-        lines.Pass(next);
+        lines.CountLines(next);
         ++next;
     }
     lines.Consume(context, next);
     return {begin, static_cast<std::size_t>(next - begin)};
 }
 
-/// The same for classes without white space that the compiler knows, by blocks.
+/// The same for constant stops without white space, by blocks.
 template <Classes STOPS, typename C, typename S>
-inline std::basic_string_view<C> RunUntil(SimpleParserContext<C, S>& context) {
+inline std::basic_string_view<C> ConsumeUntil(SimpleParserContext<C, S>& context) {
     const C* const begin = context.buffer + context.position;
     Lines<C> lines;
-    const C* const end = FindAfterLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
+    const C* const end =
+        FindCountingLines<STOPS>(begin, static_cast<const C*>(context.buffer + context.length), &lines);
     lines.Consume(context, end);
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 /// Consumes the white space at the current place and returns it.
 template <typename C, typename S>
-std::basic_string_view<C> RunOfWhiteSpace(SimpleParserContext<C, S>& context) {
+std::basic_string_view<C> ConsumeWhiteSpace(SimpleParserContext<C, S>& context) {
     const std::uint64_t begin = context.position;
     while (!AtEnd(context) && (ClassesOf(Next(context)) & WHITE_SPACE) != 0)
         Advance(context);

@@ -8,9 +8,9 @@
 
 namespace Kestra::HTML {
 
-/// The piece of input at hand, and the place reached in it.
+/// The current piece of input, and the place reached in it.
 ///
-/// The piece is borrowed from whoever feeds the parser. `position` never exceeds `length`;
+/// The piece is borrowed from the caller that feeds the parser. `position` never exceeds `length`;
 /// `buffer[position]` may be read only while `position` is less than `length`. Line and column
 /// count over the whole document and describe the next unread character: only a line feed begins a
 /// line, a carriage return or a tab is one column.

@@ -8,10 +8,10 @@
 
 namespace Kestra::HTML {
 
-/// What follows from a limit of the size of a token, in bytes of the document; 0 is no limit. With
-/// one a parser takes at most 64 KiB and 16 times the limit, its buffer for streams included. Most
-/// of that is for the attributes of the longest tag, and for their copies for an observer of the
-/// other flavour. Not installed.
+/// The numbers that follow from a limit of the size of a token, in bytes of the document; 0 is no
+/// limit. With a limit a parser allocates at most 64 KiB and 16 times the limit, its buffer for
+/// streams included. Most of that is for the attributes of the longest tag, and for their copies
+/// for an observer of the other flavour. Not installed.
 class TokenLimits {
 public:
     /// The attributes of a tag, or the items of a declaration, that are not too many.

@@ -38,25 +38,25 @@ template <typename Derived, typename C, typename S>
 class CallbackObserver : public EventObserver<CallbackObserver<Derived, C, S>, C, S> {
 public:
     void OnBOM(const void* bytes, std::uint64_t size) override {
-        Pass([bytes, size](ParserObserver<C, S>* observer) { observer->OnBOM(bytes, size); });
+        Forward([bytes, size](ParserObserver<C, S>* observer) { observer->OnBOM(bytes, size); });
     }
 
     void OnCharset(StringNS::CharSet::Code code) override {
-        Pass([code](ParserObserver<C, S>* observer) { observer->OnCharset(code); });
+        Forward([code](ParserObserver<C, S>* observer) { observer->OnCharset(code); });
     }
 
     void OnEvent(ObserverEvent event) {
-        Pass([event](ParserObserver<C, S>* observer) { CallObserver(observer, event); });
+        Forward([event](ParserObserver<C, S>* observer) { CallObserver(observer, event); });
     }
 
     template <typename Record>
     void OnToken(Record* record) {
-        Pass([record](ParserObserver<C, S>* observer) { CallObserver(observer, record); });
+        Forward([record](ParserObserver<C, S>* observer) { CallObserver(observer, record); });
     }
 
 private:
     template <typename Call>
-    void Pass(Call call) {
+    void Forward(Call call) {
         static_cast<Derived*>(this)->OnCallback(call);
     }
 };

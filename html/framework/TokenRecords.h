@@ -7,8 +7,8 @@
 #include "EntityToken.h"
 
 /// @file
-/// The records in which tokens reach an observer. A record and all that its pointers show is
-/// borrowed for the one callback; an observer copies what it keeps. Strings are in characters as
+/// The records in which tokens reach an observer. A record and everything that it points to is
+/// borrowed for the callback; an observer copies what it keeps. Strings are in characters as
 /// written, without the punctuation that the record's kind implies.
 ///
 /// A list pointer may be null in a record that a host makes for the serializer, and then counts as

@@ -1,9 +1,9 @@
 #include "html/output/AttributesNormalizer.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
 #include "html/framework/SimpleParserContext.h"
-#include "html/framework/TakeText.h"
 #include "html/text/DQuoteStringSimpleParser.h"
 
 namespace Kestra::HTML {
@@ -21,19 +21,19 @@ void AbsorbQuotes(Attribute<C, S>& anchor) {
     anchor.quote = QUOTE_NONE;
 }
 
-/// Moves a record into the place of another one, whose contents are not needed.
+/// Moves a record over another one, whose contents are not needed.
 template <typename C, typename S>
 void ReplaceAttribute(Attribute<C, S>* from, Attribute<C, S>* to) {
-    TakeText(&from->prefix, &to->prefix);
-    TakeText(&from->name, &to->name);
-    TakeText(&from->beforeEquals, &to->beforeEquals);
-    TakeText(&from->afterEquals, &to->afterEquals);
-    TakeText(&from->value, &to->value);
+    MoveText(&from->prefix, &to->prefix);
+    MoveText(&from->name, &to->name);
+    MoveText(&from->beforeEquals, &to->beforeEquals);
+    MoveText(&from->afterEquals, &to->afterEquals);
+    MoveText(&from->value, &to->value);
     to->quote = from->quote;
     to->hasValue = from->hasValue;
 }
 
-/// Takes a folded value apart, from its first character on.
+/// Splits a folded value, from its first character on.
 template <typename C, typename S>
 class ValueSplitter {
 public:
@@ -44,9 +44,9 @@ public:
         return position == value.size();
     }
 
-    /// The value as it was written. One that took words up begins with a quote only when it was
+    /// The value as it was written. A value with folded words begins with a quote only when it was
     /// quoted.
-    void TakeValue(Attribute<C, S>* part) {
+    void ReadValue(Attribute<C, S>* part) {
         const C first = AtEnd() ? C() : value[0];
         const std::size_t closing = first == '"' || first == '\'' ? FindClosingQuote(first) : S::npos;
         if (closing == S::npos) {
@@ -61,9 +61,9 @@ public:
     }
 
     /// A bare word and the white space before it; all that is left when it is the last one.
-    void TakeWord(Attribute<C, S>* part) {
-        TakeWhile(&part->prefix, true);
-        TakeWhile(&part->name, false);
+    void ReadWord(Attribute<C, S>* part) {
+        ReadWhile(&part->prefix, true);
+        ReadWhile(&part->name, false);
         std::size_t next = position;
         while (next < value.size() && IsWhiteSpace(value[next]))
             ++next;
@@ -78,7 +78,7 @@ private:
         return IsSpace(character) && ((options & SPLIT_NARROW_SPACES) == 0 || character < 0x80);
     }
 
-    void TakeWhile(S* run, bool isWhiteSpace) {
+    void ReadWhile(S* run, bool isWhiteSpace) {
         const std::size_t begin = position;
         while (!AtEnd() && IsWhiteSpace(value[position]) == isWhiteSpace)
             ++position;
@@ -117,8 +117,8 @@ private:
 template <typename C, typename S>
 void AttributesNormalizer<C, S>::Normalize(Vector<Attribute<C, S>>* attributes) {
     Vector<Attribute<C, S>>& list = *attributes;
-    std::size_t kept =
-        0;  // the records before this index are done; after the first value, the last of them is the anchor
+    // The records before this index are done; after the first value the last one is the anchor.
+    std::size_t kept = 0;
     bool hasAnchor = false;
     for (std::size_t i = 0; i < list.size(); ++i) {
         if (list[i].hasValue || !hasAnchor) {
@@ -153,7 +153,7 @@ void AttributesNormalizer<C, S>::Split(const Attribute<C, S>& attribute, std::ui
     first.afterEquals = attribute.afterEquals;
     first.quote = QUOTE_NONE;
     first.hasValue = true;
-    splitter.TakeValue(&first);
+    splitter.ReadValue(&first);
     while (!splitter.AtEnd()) {
         Attribute<C, S>& word = parts->AppendRecycled();
         word.afterEquals.clear();
@@ -161,7 +161,7 @@ void AttributesNormalizer<C, S>::Split(const Attribute<C, S>& attribute, std::ui
         word.value.clear();
         word.quote = QUOTE_NONE;
         word.hasValue = false;
-        splitter.TakeWord(&word);
+        splitter.ReadWord(&word);
     }
 }
 

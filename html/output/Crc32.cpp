@@ -18,8 +18,8 @@ constexpr std::uint32_t TimesX(std::uint32_t remainder) {
     return (remainder >> 1) ^ ((remainder & 1) != 0 ? POLYNOMIAL : 0);
 }
 
-/// `TABLE[k][b]` is what the byte `b` does to the register when `k` more bytes follow it in the
-/// same step.
+/// `TABLE[k][b]` is what the byte `b` adds to the register when `k` more bytes follow it in the same
+/// step.
 constexpr Table MakeTable() {
     Table table{};
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
@@ -39,28 +39,28 @@ constexpr Table MakeTable() {
 
 constexpr Table TABLE = MakeTable();
 
-/// What `COUNT` bytes do to the register, of which `FOLLOWING` more bytes follow in the same step.
+/// What `COUNT` bytes add to the register when `FOLLOWING` more bytes follow them in the same step.
 template <unsigned COUNT, unsigned FOLLOWING>
-std::uint32_t Look(const unsigned char* bytes) {
+std::uint32_t HashBytes(const unsigned char* bytes) {
     std::uint32_t sum = 0;
     for (unsigned i = 0; i < COUNT; ++i)
         sum ^= TABLE[FOLLOWING + COUNT - 1 - i][bytes[i]];
     return sum;
 }
 
-/// What the register itself does in a step of so many bytes: it lies over the first four.
+/// What the register becomes in a step of `BYTES` bytes, to the first four of which it is added.
 template <unsigned BYTES>
-std::uint32_t Look(std::uint32_t value, const unsigned char* bytes) {
+std::uint32_t HashStep(std::uint32_t value, const unsigned char* bytes) {
     return TABLE[BYTES - 1][(value ^ bytes[0]) & 0xFF] ^ TABLE[BYTES - 2][((value >> 8) ^ bytes[1]) & 0xFF] ^
            TABLE[BYTES - 3][((value >> 16) ^ bytes[2]) & 0xFF] ^ TABLE[BYTES - 4][(value >> 24) ^ bytes[3]];
 }
 
-/// Takes bytes into the register, which is not inverted here.
-std::uint32_t Take(std::uint32_t value, const unsigned char* next, std::uint64_t size) {
+/// Adds bytes to the register, which is not inverted here.
+std::uint32_t UpdateRegister(std::uint32_t value, const unsigned char* next, std::uint64_t size) {
     for (; size >= STRIDE; size -= STRIDE, next += STRIDE)
-        value = Look<STRIDE>(value, next) ^ Look<STRIDE - SHORT_STRIDE, 0>(next + SHORT_STRIDE);
+        value = HashStep<STRIDE>(value, next) ^ HashBytes<STRIDE - SHORT_STRIDE, 0>(next + SHORT_STRIDE);
     for (; size >= SHORT_STRIDE; size -= SHORT_STRIDE, next += SHORT_STRIDE)
-        value = Look<SHORT_STRIDE>(value, next);
+        value = HashStep<SHORT_STRIDE>(value, next);
     for (; size > 0; --size, ++next)
         value = (value >> 8) ^ TABLE[0][(value ^ *next) & 0xFF];
     return value;
@@ -69,7 +69,7 @@ std::uint32_t Take(std::uint32_t value, const unsigned char* next, std::uint64_t
 }  // namespace
 
 std::uint32_t UpdateCrc32ByTables(std::uint32_t crc, const void* data, std::uint64_t size) {
-    return ~Take(~crc, static_cast<const unsigned char*>(data), size);
+    return ~UpdateRegister(~crc, static_cast<const unsigned char*>(data), size);
 }
 
 #if defined(KESTRA_HAS_CARRYLESS_BLOCKS)
@@ -87,7 +87,7 @@ constexpr std::uint64_t PowerOfX(unsigned exponent) {
 }
 
 /// The factors that carry a block over as many others without changing the remainder of the whole.
-/// A product comes with one x, and the first half of a block stands 64 places above the second one.
+/// A product has one x too many, and the first half of a block is 64 places above the second one.
 template <std::size_t BLOCKS>
 CarrylessBlock FactorsOver() {
     constexpr unsigned PLACES = 8 * CarrylessBlock::LENGTH * BLOCKS - 1;
@@ -125,7 +125,7 @@ KESTRA_CARRYLESS_FUNCTION std::uint32_t UpdateCrc32ByFolding(std::uint32_t crc, 
     // One block has the remainder of all that came before.
     unsigned char block[LENGTH];
     first.Store(block);
-    return ~Take(Take(0, block, LENGTH), next, size);
+    return ~UpdateRegister(UpdateRegister(0, block, LENGTH), next, size);
 }
 
 std::uint32_t UpdateCrc32(std::uint32_t crc, const void* data, std::uint64_t size) {

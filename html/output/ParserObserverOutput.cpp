@@ -9,7 +9,7 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// Every fixed character is a piece of its own.
+/// Every fixed character is a separate piece.
 template <typename C>
 class HandlerSink {
 public:

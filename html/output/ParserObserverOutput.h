@@ -5,8 +5,8 @@
 
 namespace Kestra::HTML {
 
-/// An observer that writes the tokens it gets back as markup. That is no copy of most documents:
-/// `Rewriter` makes one, with edits.
+/// An observer that writes the tokens back as markup. For most documents the output is not an exact
+/// copy: `Rewriter` makes one, with edits.
 ///
 /// An 8-bit observer of 8-bit text gets no line comments of scripts, so none are written. The wide
 /// one passes the bodies of markup comments, CDATA sections and conditional sections (condition and
@@ -19,7 +19,7 @@ namespace Kestra::HTML {
 /// the self-check gets every token of the parser's own flavour.
 ///
 /// A host derives from it and receives the output in `OnOutput`; the static writers put a single
-/// record out to any handler. Each punctuation character is a piece of its own, each string one
+/// record out to any handler. Each punctuation character is a separate piece, each string one
 /// piece, empty ones too. Null strings and lists in a record made by a host are written as empty.
 template <typename C, typename S>
 class KESTRA_HTML_API ParserObserverOutput : public ParserObserver<C, S> {

@@ -12,8 +12,8 @@ namespace Kestra::HTML {
 
 namespace {
 
-constexpr std::size_t GATHER_SIZE =
-    8192;  // bytes: most pieces are one character, and an update for each costs more than the copying
+/// Bytes. Most pieces are one character, and an update for each costs more than the copying.
+constexpr std::size_t GATHER_SIZE = 8192;
 constexpr std::uint64_t READ_SIZE = 64 * 1024;  // bytes per read when a copy is verified
 
 }  // namespace

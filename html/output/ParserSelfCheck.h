@@ -14,11 +14,11 @@ namespace Kestra::HTML {
 template <typename C, typename S>
 class SelfCheckSink;
 
-/// Writes every token back and keeps the CRC-32 of what it wrote (ISO 3309) and, on demand, a copy
-/// of it.
+/// Writes every token back and keeps the CRC-32 of the output (ISO 3309) and, on demand, a copy of
+/// the output.
 ///
-/// A copy of a self-check goes on with the checksum and keeps no text: the streams belong to the
-/// one that made them.
+/// A copied self-check continues the checksum and keeps no output: the streams belong to the
+/// original.
 template <typename C, typename S>
 class KESTRA_HTML_API ParserSelfCheck final : public ParserObserverOutput<C, S> {
 public:
@@ -33,20 +33,20 @@ public:
 
     virtual ~ParserSelfCheck();
 
-    /// Begins a document: the checksum is 0, and a copy from before is gone.
-    /// @param keepCopy  keep the text from now on
+    /// Begins a document: the checksum is 0, and an earlier copy is freed.
+    /// @param keepCopy  keep a copy of the output from now on
     virtual void Reset(bool keepCopy);
 
     /// The CRC-32 of all bytes written since `Reset`.
     std::uint32_t GetOutputCrc();
 
-    /// Makes sure that the copy, if one is being written, can be read back to its last byte; what
-    /// was found good before is not read again. One that cannot is dropped for good.
-    /// @return false when there is a copy that was lost, now or before
+    /// Checks that the copy, if one is being written, can be read back to its last byte; what was
+    /// checked before is not read again. A copy that cannot be read is freed.
+    /// @return false when a copy was lost, now or before
     bool CheckCopy();
 
-    /// Ends the copy and answers it, from its first byte on; later calls answer the same stream,
-    /// which lives until `Reset`. Null when none was kept, or when it could not be written.
+    /// Ends the copy and answers a stream at its first byte; later calls answer the same stream,
+    /// which is valid until `Reset`. Null when no copy was kept, or when it could not be written.
     VFS::InputStream* GetSelfCheckStream();
 
 private:
@@ -59,9 +59,8 @@ private:
     std::uint32_t outputCrc;
     std::unique_ptr<VFS::TmpOutputStream> copy;
     std::unique_ptr<VFS::TmpInputStream> finishedCopy;
-    std::string gathered;  ///< a buffer, empty until the first small piece,
-    std::size_t
-        gatheredSize;  ///< and how many bytes of pieces wait in it for the next update of the checksum and the copy
+    std::string gathered;       ///< a buffer, empty until the first small piece,
+    std::size_t gatheredSize;   ///< bytes of pieces in it that wait for the next update of checksum and copy
     std::uint64_t checkedSize;  ///< bytes of the copy that have been read back,
     std::uint32_t checkedCrc;   ///< and their checksum
     bool copyLost;

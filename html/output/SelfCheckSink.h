@@ -25,7 +25,7 @@ public:
     void Punctuation(const C (&characters)[COUNT]) {
         if (sizeof(characters) <= room) {
             std::memcpy(next, characters, sizeof(characters));
-            Pass(sizeof(characters));
+            Advance(sizeof(characters));
         } else {
             PutAside(characters, sizeof(characters), true);
         }
@@ -36,7 +36,7 @@ public:
             return;
         if (byteCount <= room) {
             CopyShort(next, data, byteCount);
-            Pass(byteCount);
+            Advance(byteCount);
         } else {
             PutAside(data, byteCount, isMarkup);
         }
@@ -48,12 +48,12 @@ public:
     }
 
 private:
-    void Pass(std::size_t byteCount) {
+    void Advance(std::size_t byteCount) {
         next += byteCount;
         room -= byteCount;
     }
 
-    /// The room does not suffice.
+    /// There is not enough room: writes what is gathered first.
     void PutAside(const void* data, std::size_t byteCount, bool isMarkup) {
         Finish();
         selfCheck->OnOutput(data, byteCount, isMarkup);

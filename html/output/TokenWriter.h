@@ -14,8 +14,7 @@ namespace Kestra::HTML {
 /// Writes records back as markup, part by part. A sink has two operations:
 ///
 ///     void Punctuation(const C (&characters)[COUNT]);                      // for every `COUNT` from 1 on
-///     void Piece(const void* data, std::size_t byteCount, bool isMarkup);  // a string, empty ones too; `data` is
-///     never null
+///     void Piece(const void* data, std::size_t byteCount, bool isMarkup);  // a string or "", never null
 template <typename C, typename S, typename Sink>
 class TokenWriter {
 public:

@@ -8,8 +8,8 @@
 
 namespace Kestra::HTML {
 
-/// Asks the platform for the charset of some bytes, and judges whether its answer is of use. What
-/// the calls answer is documented at `GenericParser::DetectCharset`. Not installed.
+/// Detects the charset of some bytes by the platform's detector, and decides whether its answer is
+/// good enough. `GenericParser::DetectCharset` documents the results. Not installed.
 class CharsetDetection {
 public:
     std::uint32_t Detect(const void* data, std::uint64_t size, StringNS::CharSet::Code* out) const;

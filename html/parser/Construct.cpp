@@ -4,8 +4,8 @@
 #include <type_traits>
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/parser/TextAndTags.h"
 
 namespace Kestra::HTML {
@@ -17,7 +17,7 @@ bool IsSameName(WideStringView one, WideStringView other) {
     return one.size() == other.size() && std::memcmp(one.data(), other.data(), one.size() * sizeof(WideChar)) == 0;
 }
 
-/// The table of constructs, and the functions in it but those of text and tags. `RECOGNITION` is a
+/// The table of constructs, and its functions except those of text and tags. `RECOGNITION` is a
 /// member of `Recognizers`.
 template <typename C, typename S>
 class ConstructTable {
@@ -45,7 +45,7 @@ private:
     template <auto RECOGNITION>
     static void BeginSection(Core& core) {
         Begin<RECOGNITION>(core);
-        TakeText(&core.recognizers.genericTag.data.keyword, &(core.recognizers.*RECOGNITION).data.keyword);
+        MoveText(&core.recognizers.genericTag.data.keyword, &(core.recognizers.*RECOGNITION).data.keyword);
     }
 
     /// A literal of a script or a style sheet.
@@ -60,7 +60,7 @@ private:
         core.recognizers.dQuoteString.data.allowEscape2022 = core.MayHaveEscapeRuns();
     }
 
-    /// A construct whose recognizer either needs more or yields one token.
+    /// A construct whose recognizer either needs more input or completes one token.
     template <auto RECOGNITION>
     static std::uint32_t Parse(Core& core) {
         auto& [recognizer, data] = core.recognizers.*RECOGNITION;
@@ -105,7 +105,7 @@ private:
         core.FinishToken();
         if (data.nextParserName.empty())
             return SP_NEED_MORE_DATA;
-        TakeText(&data.keyword, &core.recognizers.genericTag.data.keyword);
+        MoveText(&data.keyword, &core.recognizers.genericTag.data.keyword);
         return BeginNamed(core, data.nextParserName);
     }
 

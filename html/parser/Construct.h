@@ -14,8 +14,8 @@ enum class Opener : std::uint32_t {
     TAG,   ///< after "<"
 };
 
-/// All that the driver knows about one construct: who names it, how it starts, and what a piece and
-/// the end of the input do to it. Not installed.
+/// Everything that the driver knows about one construct: which recognizers name it, how it begins,
+/// and how a piece and the end of the input are handled. Not installed.
 template <typename C, typename S>
 struct Construct {
     using Core = ParserCore<C, S>;
@@ -25,13 +25,13 @@ struct Construct {
     WideStringView name;
     std::uint64_t charactersBack;  ///< from the current place to its first character, when text hands over to it
     const char*
-        textInScript;  ///< inside script and style it is no markup, and these characters are text; null: as outside
+        textInScript;  ///< inside script and style these characters are text, not markup; null: markup there too
     bool isOpenAtEnd;  ///< the end of the input leaves it unfinished, so that its bytes must be read again
 
     void (*beginRecord)(Core& core);  ///< `BeginParse` and the options of the document; null: nobody hands over to it
 
-    /// Runs the recognizer over the piece and settles what it answers.
-    /// @return SP_NEED_MORE_DATA goes on, anything else has failed
+    /// Runs the recognizer over the piece and handles its result.
+    /// @return SP_NEED_MORE_DATA to go on; everything else is a failure
     std::uint32_t (*parse)(Core& core);
 
     /// The input ends. @return SP_TOKEN_COMPLETE, or a failure

@@ -19,9 +19,8 @@ StringNS::CharSet::Code DocumentCharset(StringNS::CharSet::Code code) {
     return code == StringNS::CharSet::UTF7 ? StringNS::CharSet::WINDOWS_1252 : code;
 }
 
-/// Begins a document with the first piece. When a callback throws, that piece is in no token, as
-/// any other.
-/// @param bytes  of the document that have come
+/// Begins a document with the first piece. When a callback throws, that piece is in no token.
+/// @param bytes  of the document so far
 template <typename Parser, typename Start>
 std::uint32_t SkipWhenItThrows(Parser& parser, std::uint64_t bytes, Start start) {
     try {
@@ -116,7 +115,7 @@ std::uint32_t GenericParserEngine::StartNarrow(std::uint64_t markLength, std::ui
     return narrowParser.IsStopped() ? PARSER_STOPPED : PARSER_OK;
 }
 
-/// Begins a document with the wide parser. A mark settles the charset before the callbacks.
+/// Begins a document with the wide parser. A mark decides the charset before the callbacks.
 std::uint32_t GenericParserEngine::StartWide(bool hasMark) {
     mode = MODE_WIDE;
     narrowParser.Release();
@@ -143,7 +142,7 @@ std::uint32_t GenericParserEngine::ParseBuffer(const char* data, std::uint64_t s
     const std::uint32_t result = FeedBytes(data, size, PieceOrigin());
     if (result == PARSER_OK)
         use.Cancel();
-    return AnswerWith(result);
+    return ReportLostToken(result);
 }
 
 std::uint32_t GenericParserEngine::FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing,
@@ -160,7 +159,7 @@ std::uint32_t GenericParserEngine::FeedPiece(const char* data, std::uint64_t siz
         result = PARSER_OK;  // as in `FeedStream`
     if (result == PARSER_OK)
         use.Cancel();
-    return AnswerWith(result);
+    return ReportLostToken(result);
 }
 
 std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64_t size) const {
@@ -177,12 +176,12 @@ std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64
     return markBytes + (size - markBytes) / sizeof(WideChar) * sizeof(WideChar);
 }
 
-/// What a call that feeds or ends answers. A token that was lost for want of memory ends nothing:
-/// only the answer says so, the next one when this call has another.
-std::uint32_t GenericParserEngine::AnswerWith(std::uint32_t result) {
+/// The answer of a call that feeds or ends. A token that was lost because memory was lacking ends
+/// nothing; it is reported by the first call that would answer 0.
+std::uint32_t GenericParserEngine::ReportLostToken(std::uint32_t result) {
     if (result != PARSER_OK)
         return result;
-    const bool outOfMemory = CallRunning([](auto& parser) { return parser.GetDelivery().TakeOutOfMemory(); }, false);
+    const bool outOfMemory = CallRunning([](auto& parser) { return parser.GetDelivery().ClearOutOfMemory(); }, false);
     return outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : std::uint32_t{PARSER_OK};
 }
 
@@ -207,7 +206,7 @@ std::uint32_t GenericParserEngine::FeedBytes(const char* data, std::uint64_t siz
 //  3 FF       text   text   text        text   mark, to 5   text
 //
 // "text": there is no mark, and the whole current piece is 8-bit text, to 4. Bytes of a possible
-// mark in an earlier piece are gone.
+// mark in an earlier piece are dropped.
 std::uint32_t GenericParserEngine::FeedFirstBytes(const char* data, std::uint64_t size, const PieceOrigin& origin) {
     const std::uint64_t bytesDropped = mode == MODE_UTF8_MARK_2 ? 2 : mode == MODE_START ? 0 : 1;
     const std::uint64_t all = bytesDropped + size;
@@ -270,14 +269,14 @@ std::uint32_t GenericParserEngine::ParseStream(VFS::InputStream* stream, bool ow
         return PARSER_STOPPED;
     std::uint32_t result = FeedStream(stream);
     if (result != PARSER_OK)
-        return AnswerWith(result);
+        return ReportLostToken(result);
     result = DetectLateCharset(stream);
     if (result == PARSER_PARSE_AGAIN)
-        return AnswerWith(result);
+        return ReportLostToken(result);
     if (ownsStream)
         KeepOpenConstruct();
     use.Cancel();
-    return AnswerWith(result);
+    return ReportLostToken(result);
 }
 
 std::uint32_t GenericParserEngine::FeedStream(VFS::InputStream* stream) {
@@ -299,8 +298,8 @@ std::uint32_t GenericParserEngine::FeedStream(VFS::InputStream* stream) {
     return result == PARSER_UNTERMINATED ? std::uint32_t{PARSER_OK} : result;
 }
 
-/// A whole stream went by without a charset: asks the detector. A detector that has no usable
-/// answer changes nothing.
+/// A whole stream was parsed without a charset: calls the detector. Without a usable answer nothing
+/// changes.
 std::uint32_t GenericParserEngine::DetectLateCharset(VFS::InputStream* stream) {
     const bool isUnknown = QueryRunning(
         [](const auto& parser) { return parser.GetDelivery().GetCharset() == StringNS::CharSet::UNKNOWN; }, false);
@@ -318,7 +317,7 @@ std::uint32_t GenericParserEngine::DetectLateCharset(VFS::InputStream* stream) {
     return PARSER_PARSE_AGAIN;
 }
 
-/// An owned stream is about to be freed: what `EndParse` may have to read again goes into memory.
+/// An owned stream is about to be freed: copies into memory what `EndParse` may have to re-read.
 void GenericParserEngine::KeepOpenConstruct() {
     std::unique_ptr<VFS::InputStream> kept =
         CallRunning([](auto& parser) { return parser.KeepOpenConstruct(); }, std::unique_ptr<VFS::InputStream>());
@@ -352,7 +351,7 @@ std::uint32_t GenericParserEngine::EndParse() {
     ended = true;
     if (QueryRunning([](const auto& parser) { return parser.IsHalted(); }, false))
         return PARSER_OK;
-    return AnswerWith(CallRunning([](auto& parser) { return parser.End(); }, std::uint32_t{PARSER_OK}));
+    return ReportLostToken(CallRunning([](auto& parser) { return parser.End(); }, std::uint32_t{PARSER_OK}));
 }
 
 std::uint32_t GenericParserEngine::Stop() {

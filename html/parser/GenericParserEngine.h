@@ -23,7 +23,7 @@ namespace Kestra::HTML {
 class GenericParserEngine {
 public:
     GenericParserEngine();
-    /// A copy goes on where the original was; it has neither the stream nor a call under way.
+    /// A copy continues where the original was; it has no stream, and no call is running in it.
     GenericParserEngine(const GenericParserEngine& other);
     GenericParserEngine& operator=(const GenericParserEngine& other) = delete;
     ~GenericParserEngine();
@@ -51,7 +51,8 @@ public:
     std::uint32_t FeedPiece(const char* data, std::uint64_t size, VFS::InputStream* backing, std::uint64_t offset);
 
     /// How many bytes of a piece can be fed: all, or all but the last when that is half a unit of
-    /// UTF-16. Of a byte-order mark that the piece begins with, or ends, all bytes count.
+    /// UTF-16. All bytes of a byte-order mark at the beginning of the piece can be fed, also those
+    /// that complete one.
     std::uint64_t CountWholeUnits(const char* data, std::uint64_t size) const;
 
     /// Where the name of the tag, or the target of the instruction, that is being delivered ends.
@@ -88,7 +89,7 @@ public:
         call(wideParser);
     }
 
-    /// What is set in both parsers alike.
+    /// Settings that both parsers have.
     template <typename Query>
     auto QuerySetting(Query query) const {
         return query(narrowParser);
@@ -116,7 +117,7 @@ private:
     std::uint32_t FeedNarrow(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedWide(const char* data, std::uint64_t size, const PieceOrigin& origin);
     std::uint32_t FeedStream(VFS::InputStream* stream);
-    std::uint32_t AnswerWith(std::uint32_t result);
+    std::uint32_t ReportLostToken(std::uint32_t result);
     std::uint32_t DetectLateCharset(VFS::InputStream* stream);
     void KeepOpenConstruct();
     void SetBackingStream(VFS::InputStream* stream);
@@ -129,7 +130,7 @@ private:
     CharsetDetection detection;
     bool charsetDetected = false;  // `charset` is the detector's, for the next document fed without `StartParse`
     bool ended = false;            // `EndParse` has been called and nothing fed since
-    Uninherited<bool> isBusy;  // a call that feeds, starts or ends is on the stack: callbacks cannot nest another one
+    Uninherited<bool> isBusy;      // a call that feeds, starts or ends is running: callbacks cannot nest another one
     Uninherited<std::unique_ptr<VFS::InputStream>> keptBytes;  // the open construct of an owned stream that is gone
     Uninherited<std::vector<WideChar>> alignedPiece;           // a UTF-16 piece from an odd address
 };

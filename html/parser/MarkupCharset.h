@@ -7,7 +7,8 @@
 
 namespace Kestra::HTML {
 
-/// The charset that `meta` tags declare: who asks for it, and what came of it. Not installed.
+/// The charset that `meta` tags declare: whether it is wanted, and whether it was applied. Not
+/// installed.
 template <typename C, typename S>
 class MarkupCharset {
 public:
@@ -17,14 +18,14 @@ public:
     /// Declarations are applied to the documents that begin from now on.
     void SetDiscovery(bool discover);
 
-    /// Whether the next declaration counts: the first one that an observer has heard of does.
+    /// Whether the next declaration is applied: the first one that reaches an observer is.
     bool IsWanted() const {
         return discoverCharset && !charsetFromMarkup;
     }
 
-    /// Applies what a `meta` tag that has been delivered declares. In `OnCharset` it is in force,
-    /// and what follows from it is not yet decided; an exception out of that callback does not
-    /// change what follows.
+    /// Applies the declaration of a `meta` tag that has been delivered. In `OnCharset` the charset
+    /// is in force, but whether the document must be parsed again is not yet decided; an exception
+    /// in that callback does not change the decision.
     /// @param isHalted  the callback of the tag has ended the document, and nothing is applied
     /// @return true when text has been converted with another charset: the document must be parsed
     /// again

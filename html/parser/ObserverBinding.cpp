@@ -47,7 +47,7 @@ void ObserverBinding::FreeReplaced() {
 void ObserverBinding::SetOwner(void* block, bool owns, bool inCallback) {
     if (inCallback)
         replaced.Get().reserve(replaced.Get().size() + 1);
-    std::shared_ptr<Owner> owner = TakeOwnerOf(block);
+    std::shared_ptr<Owner> owner = ExtractOwnerOf(block);
     if (owner == nullptr && owns && block != nullptr)
         owner = std::make_shared<Owner>(block);
     if (currentOwner != nullptr) {
@@ -65,7 +65,7 @@ void ObserverBinding::SetOwner(void* block, bool owns, bool inCallback) {
 
 /// The ownership that this parser has, or that its copies still have, of an observer; null for
 /// none.
-std::shared_ptr<ObserverBinding::Owner> ObserverBinding::TakeOwnerOf(const void* block) {
+std::shared_ptr<ObserverBinding::Owner> ObserverBinding::ExtractOwnerOf(const void* block) {
     if (block == nullptr)
         return nullptr;
     if (currentOwner != nullptr && currentOwner->block == block)

@@ -10,16 +10,17 @@
 
 namespace Kestra::HTML {
 
-/// The observer that a parser calls, and who frees it. Not installed.
+/// The observer that a parser calls, and its ownership. Not installed.
 ///
 /// Copies of a parser own an observer together: the last of them frees it. An observer that is
 /// replaced while one of its callbacks runs is freed later, by `FreeReplaced`.
 class ObserverBinding {
 public:
-    /// Binds an observer of one flavour, or none, in place of the one before. Takes all the memory
-    /// that it needs before anything changes.
+    /// Binds an observer of one flavour, or none, and unbinds the previous one. Allocates before
+    /// anything changes.
     /// @param owns         frees the observer when it is replaced, or with the last copy
-    /// @param inCallback   the observer before is at work and must live until `FreeReplaced`
+    /// @param inCallback   a callback of the previous observer is running, so that observer must
+    ///                     live until `FreeReplaced`
     void Bind(ParserObserver<char, std::string>* observer, bool owns, bool inCallback);
     void Bind(ParserObserver<WideChar, WideString>* observer, bool owns, bool inCallback);
 
@@ -27,14 +28,14 @@ public:
     ParserObserver<char, std::string>* GetNarrow() const;
     ParserObserver<WideChar, WideString>* GetWide() const;
 
-    /// No callback is at work any longer.
+    /// No callback is running any more.
     void FreeReplaced();
 
 private:
     struct Owner;
 
     void SetOwner(void* block, bool owns, bool inCallback);
-    std::shared_ptr<Owner> TakeOwnerOf(const void* block);
+    std::shared_ptr<Owner> ExtractOwnerOf(const void* block);
 
     ParserObserver<char, std::string>* charObserver = nullptr;
     ParserObserver<WideChar, WideString>* wcharObserver = nullptr;

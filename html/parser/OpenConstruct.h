@@ -25,8 +25,7 @@ public:
     /// The input has a new piece.
     void BeginPiece(const PieceOrigin& origin);
 
-    /// The token begins `charactersBack` before the current place; what lies in an earlier piece is
-    /// out of its reach.
+    /// The token begins `charactersBack` before the current place, but not before this piece.
     void MarkStart(const ParserInput<C, S>& input, std::uint64_t charactersBack) {
         startPosition = input.context.position - std::min(charactersBack, input.context.position);
         startBase = pieceBase;
@@ -34,11 +33,11 @@ public:
         isStartPositioned = isPiecePositioned;
     }
 
-    /// The stream that the next pieces are read from, borrowed; null forgets it. Another stream
-    /// than before cannot re-read an open token.
+    /// Sets the stream of the next pieces, borrowed; null for none. An open token cannot be re-read
+    /// from a stream other than the one it began in.
     void SetStream(VFS::InputStream* stream);
 
-    /// Puts a stream with the same bytes at the same offsets in place of that one.
+    /// Replaces that stream by another one with the same bytes at the same offsets.
     void ReplaceStream(VFS::InputStream* stream);
 
     bool CanReadBack() const;

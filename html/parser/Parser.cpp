@@ -43,8 +43,8 @@ void Parser<C, S>::SkipTo(std::uint64_t bytes) {
     core.input.fedBefore = core.places.SkipTo(core.input, bytes);
 }
 
-/// Brings the driver back to a clean text state when an observer throws, so that the next call
-/// starts from there. Cancelled, the call has ended in its ordinary way.
+/// Resets the driver to text when an observer throws, so that the next call starts from there.
+/// Cancelled when the call ends as usual.
 template <typename C, typename S>
 auto Parser<C, S>::BeginDelivering() {
     return AtScopeEnd([this] {
@@ -77,10 +77,10 @@ void Parser<C, S>::BeginPiece(const C* piece, std::uint64_t length, const PieceO
         core.halted = PARSER_OK;
         core.delivery.RestartSelfCheck();
     }
-    core.delivery.TakeInput(piece, length * sizeof(C));
+    core.delivery.AddToInputCheck(piece, length * sizeof(C));
     if (core.state == STATE_TEXT)
-        core.currentParserName =
-            ParserNames::TEXT;  // a copy made in `OnEndParsing` has the name of the last recognizer
+        // A copy made in `OnEndParsing` has the name of the last recognizer.
+        core.currentParserName = ParserNames::TEXT;
     ParserInput<C, S>& input = core.input;
     core.buffersDue -= std::min(core.buffersDue, input.pieceLength);
     input.fedBefore += input.pieceLength;

@@ -20,7 +20,7 @@ template <typename C, typename S>
 class Parser {
 public:
     Parser();
-    /// A copy goes on in the middle of a token; it has no backing stream.
+    /// A copy continues even inside a token; it has no backing stream.
     Parser(const Parser& other);
     Parser& operator=(const Parser& other) = delete;
     virtual ~Parser();
@@ -28,11 +28,11 @@ public:
     /// Begins a document and calls `OnStartParsing`.
     /// @param markLength       bytes of a byte-order mark before the first piece
     /// @param detectedCharset  the charset was chosen by the detector
-    /// @param bytesDropped     bytes of the document that came before and belong to nothing
+    /// @param bytesDropped     earlier bytes of the document, which are in no token
     /// @return 0
     std::uint32_t Start(std::uint64_t markLength, bool detectedCharset, std::uint64_t bytesDropped);
 
-    /// So many bytes of the document have come, and a callback threw before any of them was parsed.
+    /// A callback threw before any of these bytes of the document was parsed.
     void SkipTo(std::uint64_t bytes);
 
     /// Runs the recognizers over one piece. @return 0 when it is used up, 705, 710, 711, or the
@@ -45,27 +45,28 @@ public:
     /// called only with 0, and with 710 out of it
     std::uint32_t End();
 
-    /// A byte-order mark: takes it into the self-check and calls `OnBOM`.
+    /// Adds a byte-order mark to the self-check and calls `OnBOM`.
     virtual void OnBOM(const void* bytes, std::uint64_t size);
 
-    /// Ends the call that delivers, after the callback at work, with 710, as does every one that
-    /// feeds until `Start`.
+    /// Makes the running call end with 710 after its callback, and every feeding call until
+    /// `Start`.
     void Stop();
     bool IsStopped() const;
-    /// A stop, or a token that went over, has ended the document, and nothing has been fed since.
+    /// Whether a stop, or a token over its limit, has ended the document, and nothing was fed
+    /// since.
     bool IsHalted() const;
 
-    /// The parser of the other flavour begins a document: nothing is retained of the last one,
-    /// neither memory nor the self-check's stream.
+    /// The parser of the other flavour begins a document: frees the memory and the self-check's
+    /// stream of the last one.
     void Release();
 
-    /// The stream that the next pieces are read from, borrowed; null forgets it. Another stream
-    /// than before cannot re-read an open token.
+    /// Sets the stream of the next pieces, borrowed; null for none. An open token cannot be re-read
+    /// from a stream other than the one it began in.
     void SetBackingStream(VFS::InputStream* stream);
     /// Reads the open construct back from the backing stream when `End` would have to, and when
     /// that is possible; null otherwise.
     std::unique_ptr<VFS::InputStream> KeepOpenConstruct();
-    /// Puts a stream with the same bytes at the same offsets in place of the backing stream.
+    /// Replaces the backing stream by another one with the same bytes at the same offsets.
     void ReplaceBackingStream(VFS::InputStream* stream);
 
     void SetScriptsAsText(bool asText);
@@ -88,8 +89,7 @@ public:
     /// The place of an attribute of the tag that is being delivered. @return false when there is
     /// none
     bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
-    /// The same for what a folded attribute was written as: the attribute itself, and then its bare
-    /// words.
+    /// The same for the parts of a folded attribute: the attribute itself, and then its bare words.
     bool GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const;
     /// Where the name of the tag that is being delivered ends. @return false when there is none
     bool GetTagNameEnd(std::uint64_t* end) const;

@@ -53,8 +53,8 @@ void ParserCore<C, S>::BeginSlice() {
     const std::uint64_t left = input.pieceLength - context.position;
     context.length = context.position + (IsHalted() ? 0 : limit.GetSliceLength(GetLengthSoFar(), left));
     using ConditionalTag = ConditionalTagSimpleParser<C, S>;
-    ConditionalTag::Internals::SetPieceGoesOn(recognizers.conditionalTag.recognizer,
-                                              context.length != input.pieceLength);
+    ConditionalTag::Internals::SetPieceContinues(recognizers.conditionalTag.recognizer,
+                                                 context.length != input.pieceLength);
 }
 
 template <typename C, typename S>

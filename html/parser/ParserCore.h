@@ -39,8 +39,8 @@ enum ParserState : std::uint32_t {
     STATE_RAW_TEXT = 16,
 };
 
-/// All that the driver of one flavour remembers, and what the readers of its constructs have in
-/// common. Not installed.
+/// The state of the driver of one flavour, and the functions that the readers of its constructs
+/// share. Not installed.
 template <typename C, typename S>
 struct ParserCore {
     ParserInput<C, S> input;
@@ -51,8 +51,8 @@ struct ParserCore {
     bool isWholeTextPending = false;  ///< `wholeText` is being delivered: a copy has it as its pending text
     bool inScript = false;
     bool inStyle = false;
-    bool scriptsAsText =
-        false;  ///< the content of scripts and the like is one text; `inScript` and `inStyle` are then false
+    /// The content of scripts and the like is one text; `inScript` and `inStyle` stay false.
+    bool scriptsAsText = false;
     TokenPlaces<C, S> places;
     TokenDelivery<C, S> delivery;
     MarkupCharset<C, S> markupCharset;
@@ -67,8 +67,8 @@ struct ParserCore {
         state = activeState;
     }
 
-    /// Text that was being delivered when this copy was made is the copy's pending text, also when
-    /// it lay in one piece.
+    /// Makes text that was being delivered when this copy was made the copy's pending text, also
+    /// when it was read as a whole.
     void SettleCopy();
 
     bool IsHalted() const {
@@ -90,16 +90,16 @@ struct ParserCore {
         recognizers.text.Begin();
         SetActive(STATE_TEXT, ParserNames::TEXT);
     }
-    /// What looked like a construct is text, from its first characters on.
+    /// Goes back to text: the first characters of what looked like a construct are text.
     void ReturnToText(const char* prefix);
     void FinishToken() {
         MarkTokenStart(0);
         ReturnToText();
     }
 
-    // The way to the observer.
+    // Delivery.
 
-    /// @param charactersAhead  what has been read already of the token after it
+    /// @param charactersAhead  characters of the next token that have been read already
     template <typename Record>
     void Deliver(Record record, std::uint64_t charactersAhead = 0) {
         places.EndToken(input, charactersAhead);
@@ -116,34 +116,33 @@ struct ParserCore {
 
     // Limits.
 
-    /// Without a limit the context gets the rest of the piece; with one, as much as the token under
-    /// way may have.
+    /// Without a limit the context gets the rest of the piece; with one, as much as the current
+    /// token may still have.
     void BeginSlice();
-    /// The limits have been set.
+    /// Applies changed limits.
     void ApplyLimits();
     /// Characters between the end of the last token and the current place. After an exception the
     /// last token ends with the piece.
     std::uint64_t GetLengthSoFar() const;
-    /// Whether the token that ends so many characters before the current place is longer than
-    /// allowed.
+    /// Whether the token that ends that many characters before the current place exceeds the limit.
     bool IsTooLong(std::uint64_t charactersAhead) const;
-    /// Whether the token under way is longer than allowed whatever follows. Characters that may
-    /// turn out to be the opener of the next token do not count yet: every way of cutting the
-    /// document must find the same token too long.
+    /// Whether the unfinished token exceeds the limit, whatever follows. Characters that may turn
+    /// out to be the opener of the next token do not count yet, so that the result does not depend
+    /// on where the document is cut into pieces.
     bool IsTooLongUnderWay() const;
-    /// The token under way is too long: the next call that feeds goes on at its first character.
+    /// The unfinished token is too long: the next call that feeds goes on at its first character.
     void GoBackToToken();
 
     // What is retained for the next tokens.
 
-    /// A list of parts takes far more than its characters in the document. With a limit the buffers
-    /// are looked at as soon as a list has grown.
+    /// A list of parts takes much more memory than its characters in the document. With a limit the
+    /// buffers are measured as soon as a list has grown.
     void CountParts() {
         if (limit.GetBytes() != 0 && recognizers.GetRoomOfLists() > roomOfLists)
             buffersDue = 0;
     }
-    /// Looks whether too much memory is retained, when no construct is under way: the text of one
-    /// may lie in any string.
+    /// Frees the buffers if too much memory is retained. Does nothing inside a construct, whose
+    /// text may be in any string.
     void LimitBuffers(bool isNewDocument);
     void ReleaseBuffers();
 

@@ -6,8 +6,7 @@
 
 namespace Kestra::HTML {
 
-/// The piece that is being read, and where it lies in the document. Counted in characters. Not
-/// installed.
+/// The piece that is being read, and its place in the document, in characters. Not installed.
 template <typename C, typename S>
 struct ParserInput {
     SimpleParserContext<C, S> context;  ///< ends before the piece does when that is read by slices

@@ -71,14 +71,14 @@ struct Recognizers {
         SetMaxParts(&entityTag, items);
     }
 
-    /// The attributes and items that there is memory for.
+    /// The capacity of the lists of attributes and items.
     std::size_t GetRoomOfLists() const {
         return startTag.data.attributes.capacity() + endTag.data.attributes.capacity() +
                externTag.data.attributes.capacity() + entityTag.data.tokens.capacity();
     }
 
-    /// Hands a visitor all that is retained for the next tokens, which is all but the text, or the
-    /// junk, that is being read.
+    /// Calls a visitor with everything that is retained for the next tokens: everything except the
+    /// text or the junk that is being read.
     template <typename Visitor>
     void VisitBuffers(bool isInJunk, Visitor& visit) {
         if (text.data.text.empty() && text.data.state == 0)

@@ -85,8 +85,8 @@ auto RecordConverter<C, S>::FindShortcut() -> Shortcut {
     return converter.KeepsAscii(charset) ? SHORTCUT_ASCII : SHORTCUT_NONE;
 }
 
-/// Most strings of a tag are empty, and most of a document are ASCII; the services are called for
-/// the others.
+/// Most strings of a tag are empty, and most strings of a document are ASCII; the conversion
+/// services are called only for the others.
 template <typename C, typename S>
 void RecordConverter<C, S>::ConvertString(const S& from, OtherString* to) {
     if (from.empty() && shortcut != SHORTCUT_NONE)

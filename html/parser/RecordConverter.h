@@ -32,7 +32,7 @@ struct RecordOfOtherFlavour<Record<C, S>> {
     using Type = Record<typename OtherFlavour<C>::Character, typename OtherFlavour<C>::String>;
 };
 
-/// How many strings of the flavour the fields of a record of any kind show at most.
+/// The largest number of strings of the flavour in the fields of one record.
 constexpr std::size_t CountMostTexts() {
     std::size_t most = 0;
     ForEachKind([&most]<template <typename, typename> class Record>() {
@@ -45,8 +45,8 @@ constexpr std::size_t CountMostTexts() {
     return most;
 }
 
-/// Rebuilds token records of the flavour (`C`, `S`) in the other one, over strings of its own that
-/// the next record reuses.
+/// Rebuilds token records of the flavour (`C`, `S`) in the other one, in its own strings, which the
+/// next record reuses.
 ///
 /// Not exported. A copy opens its own converter at its first use.
 template <typename C, typename S>
@@ -62,7 +62,7 @@ public:
 
     /// Prepares for one record: 8-bit strings are in `documentCharset`, wide ones become bytes of
     /// it.
-    /// @param detect  look for replacements in what 8-bit strings become
+    /// @param detect  search for replacements in what 8-bit strings become
     void Begin(StringNS::CharSet::Code documentCharset, bool detect);
 
     /// Fills a record of the other flavour; it is valid until the next `Begin`, and only if
@@ -72,21 +72,21 @@ public:
     void Convert(const Record<C, S>& from, Record<OtherCharacter, OtherString>* to);
 
     /// 0, or the code of the first string that could not be converted. RESULT_OUT_OF_MEMORY says
-    /// nothing of the charset: the next record tries again.
+    /// nothing about the charset: the next record is converted as usual.
     std::uint32_t GetResult() const;
 
     /// True when a string was converted, or failed to be.
     bool HasConverted() const;
 
-    /// True when a byte sequence without a meaning became U+FFFD. One that the UTF-8 document has
-    /// itself does not count.
+    /// True when an invalid byte sequence became U+FFFD. A U+FFFD of the UTF-8 document itself does
+    /// not count.
     bool HasReplacements() const;
 
 private:
     template <typename, typename>
     friend class RecognizerBuffers;
 
-    /// What spares strings a call.
+    /// Which strings can be converted without the conversion services.
     enum Shortcut : std::uint32_t {
         SHORTCUT_UNKNOWN,  // no record yet, or no memory to find out
         SHORTCUT_NONE,

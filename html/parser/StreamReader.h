@@ -8,8 +8,8 @@
 
 namespace Kestra::HTML {
 
-/// Reads a stream, one read after the other. One that delivers nothing again and again fails, and
-/// so does one that claims more bytes than there is room for. Not installed.
+/// Reads a stream. Fails for a stream that delivers nothing again and again, and for one that
+/// claims more bytes than the buffer has. Not installed.
 class StreamReader {
 public:
     explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}
@@ -31,8 +31,8 @@ public:
     }
 
 private:
-    static constexpr unsigned MOST_EMPTY_READS =
-        1000;  // in a row, before a stream that never reaches its end is given up
+    // In a row, before a stream that never reaches its end is given up.
+    static constexpr unsigned MOST_EMPTY_READS = 1000;
 
     VFS::InputStream* stream;
     unsigned emptyReads = 0;  // in a row

@@ -32,14 +32,14 @@ private:
 /// The element whose content follows as text. Browsers see a start tag only where the name follows
 /// its "<" at once, and a name only where white space of theirs, "/" or ">" ends it.
 template <typename C, typename S>
-RawTextElement FindRawTextElement(const StartTagSimpleParserData<C, S>& tag) {
+RawTextElement FindElementOfContent(const StartTagSimpleParserData<C, S>& tag) {
     const std::basic_string_view<C> name = tag.name;
     const std::basic_string_view<C> element = RawText<C, S>::CutName(name);
     if (!tag.closed || !tag.prefix.empty())
         return RawTextElement::NONE;
     const S& following = tag.attributes.empty() ? tag.suffix : tag.attributes[0].prefix;
-    const bool isEnded = following.empty() ? tag.attributes.empty() : RawText<C, S>::EndsName(following[0]);
-    return isEnded || element.size() < name.size() ? RawText<C, S>::FindElement(element) : RawTextElement::NONE;
+    const bool isEnded = following.empty() ? tag.attributes.empty() : EndsRawTextName(following[0]);
+    return isEnded || element.size() < name.size() ? FindRawTextElement(element) : RawTextElement::NONE;
 }
 
 }  // namespace
@@ -102,8 +102,8 @@ std::uint32_t TextAndTags<C, S>::ParsePlainText(Core& core) {
     return result;
 }
 
-/// After a "<": the text before it, with its end, which lies in the piece. Most texts do so as a
-/// whole.
+/// After a "<": delivers the text before it. The end of the text is in the piece, mostly the whole
+/// text.
 template <typename C, typename S>
 void TextAndTags<C, S>::DeliverTextWith(Core& core, std::basic_string_view<C> run) {
     S& pending = core.recognizers.text.data.text;
@@ -187,8 +187,8 @@ std::uint32_t TextAndTags<C, S>::EndRawText(Core& core) {
     return SP_TOKEN_COMPLETE;
 }
 
-/// After "<", the text before it delivered. Start and end tags are known by the next character, and
-/// mostly lie in the piece as a whole: for them no recognizer runs.
+/// After a "<", when the text before it has been delivered. The next character shows whether it is
+/// a start tag or an end tag. Most of these are in the piece as a whole and need no recognizer.
 template <typename C, typename S>
 std::uint32_t TextAndTags<C, S>::ReadTag(Core& core) {
     SimpleParserContext<C, S>& context = core.input.context;
@@ -248,7 +248,7 @@ std::uint32_t TextAndTags<C, S>::FinishStartTag(Core& core, Tag tag) {
     StartTagSimpleParserData<C, S>& data = core.recognizers.startTag.data;
     TagGrammar::SettleShortTag(&data);
     const bool asText = core.scriptsAsText;
-    const RawTextElement element = asText ? FindRawTextElement(data) : RawTextElement::NONE;
+    const RawTextElement element = asText ? FindElementOfContent(data) : RawTextElement::NONE;
     DeliverStartTag(core);
     if (core.markupCharset.IsWanted() && EqualsKeyword(data.name, "meta") &&
         core.markupCharset.Apply(data, core.IsHalted(), &core.delivery))
@@ -256,7 +256,7 @@ std::uint32_t TextAndTags<C, S>::FinishStartTag(Core& core, Tag tag) {
     if (asText)
         NotifyOfRawText(core, element);
     else if (!data.selfClosing)
-        SettleScriptAndStyle(core, data.name, true);
+        SwitchScriptAndStyle(core, data.name, true);
     ReturnToText(core, tag);
     if (element != RawTextElement::NONE) {
         core.recognizers.rawText.Begin(element, core.MayHaveEscapeRuns());
@@ -298,7 +298,7 @@ std::uint32_t TextAndTags<C, S>::FinishEndTag(Core& core, Tag tag) {
     }
     core.Deliver(MakeRecord<EndTagData>(data));
     const std::basic_string_view<C> name = data.name;
-    SettleScriptAndStyle(core, core.scriptsAsText ? RawText<C, S>::CutName(name) : name, false);
+    SwitchScriptAndStyle(core, core.scriptsAsText ? RawText<C, S>::CutName(name) : name, false);
     ReturnToText(core, tag);
     return SP_NEED_MORE_DATA;
 }
@@ -311,10 +311,10 @@ std::uint32_t TextAndTags<C, S>::EndEndTag(Core& core) {
     return result;
 }
 
-/// A `script` or `style` tag was delivered: notifies the observer and switches the mode, also when
-/// an end tag is a stray one.
+/// A `script` or `style` tag was delivered: notifies the observer and switches the mode, also for a
+/// stray end tag.
 template <typename C, typename S>
-void TextAndTags<C, S>::SettleScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts) {
+void TextAndTags<C, S>::SwitchScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts) {
     if (EqualsKeyword(name, "script")) {
         if (!core.IsHalted())
             core.delivery.Notify(
@@ -339,8 +339,8 @@ void TextAndTags<C, S>::NotifyOfRawText(Core& core, RawTextElement element) {
         core.delivery.Notify([](auto* observer) { observer->OnCSSTagStart(); });
 }
 
-/// After a tag without a recognizer that of text is as it was, at the beginning of a text; what
-/// text may hold is settled when it is read.
+/// After a tag that no recognizer has read, the recognizer of text is unchanged, at the beginning
+/// of a text; its options are set when text is read.
 template <typename C, typename S>
 void TextAndTags<C, S>::ReturnToText(Core& core, WholeTag) {
     core.SetActive(STATE_TEXT, ParserNames::TEXT);

@@ -8,7 +8,7 @@
 
 namespace Kestra::HTML {
 
-/// Text, raw text, start tags and end tags: the plain way through a document. Text and tags that
+/// Text, raw text, start tags and end tags, which most of a document is. Text and tags that
 /// lie in the piece as a whole are read without a recognizer (`html/fastpath/`). The functions are
 /// those of `Construct`. Not installed.
 template <typename C, typename S>
@@ -37,7 +37,7 @@ private:
     template <typename Tag>
     static std::uint32_t FinishEndTag(Core& core, Tag tag);
     static void DeliverStartTag(Core& core);
-    static void SettleScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts);
+    static void SwitchScriptAndStyle(Core& core, std::basic_string_view<C> name, bool starts);
     static void NotifyOfRawText(Core& core, RawTextElement element);
     static void ReturnToText(Core& core, WholeTag tag);
     static void ReturnToText(Core& core, RecognizedTag tag);

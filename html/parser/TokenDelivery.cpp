@@ -76,7 +76,7 @@ void TokenDelivery<C, S>::OnCharset(StringNS::CharSet::Code code) {
 }
 
 template <typename C, typename S>
-void TokenDelivery<C, S>::TakeInput(const void* bytes, std::uint64_t size) {
+void TokenDelivery<C, S>::AddToInputCheck(const void* bytes, std::uint64_t size) {
     if (IsSelfChecking())
         inputCrc = UpdateCrc32(inputCrc, bytes, size);
 }
@@ -119,7 +119,7 @@ std::uint32_t TokenDelivery<C, S>::GetConversionError() const {
 }
 
 template <typename C, typename S>
-bool TokenDelivery<C, S>::TakeOutOfMemory() {
+bool TokenDelivery<C, S>::ClearOutOfMemory() {
     return std::exchange(outOfMemory.Get(), false);
 }
 

@@ -18,8 +18,8 @@
 
 namespace Kestra::HTML {
 
-/// The way of a record to the self-check and to the observer, for whose flavour it is converted.
-/// Not installed.
+/// Passes records to the self-check and to the observer, for whose flavour it converts them. Not
+/// installed.
 ///
 /// `Deliver` and `Notify` belong into the loop over text and tags, so their bodies are here.
 template <typename C, typename S>
@@ -43,15 +43,15 @@ public:
     void SetDetectCharsetErrors(bool detect);
     bool GetDetectCharsetErrors() const;
 
-    /// Forgets the document before.
+    /// Drops what was kept of the previous document.
     void BeginDocument();
     /// Calls `OnStartParsing`.
     void AnnounceStart();
-    /// Takes a byte-order mark into the self-check and calls `OnBOM`.
+    /// Adds a byte-order mark to the self-check and calls `OnBOM`.
     void OnBOM(const void* bytes, std::uint64_t size);
     void OnCharset(StringNS::CharSet::Code code);
-    /// Takes a piece of the input into the self-check.
-    void TakeInput(const void* bytes, std::uint64_t size);
+    /// Adds a piece of the input to the checksum of the self-check.
+    void AddToInputCheck(const void* bytes, std::uint64_t size);
     /// The self-check compares what is fed from here on.
     void RestartSelfCheck();
     /// All tokens have been delivered. @return false when the self-check has found a difference, or
@@ -103,8 +103,8 @@ public:
     bool HasCharsetErrors() const;
     /// The last failed conversion of the document, 0 for none.
     std::uint32_t GetConversionError() const;
-    /// Whether a record has been lost for want of memory since the last call.
-    bool TakeOutOfMemory();
+    /// Whether a record has been lost because memory was lacking, since the last call.
+    bool ClearOutOfMemory();
 
     /// What is retained for the next record.
     RecordConverter<C, S>& GetConverter() {

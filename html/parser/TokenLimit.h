@@ -8,13 +8,13 @@
 
 namespace Kestra::HTML {
 
-/// What one token may take of the document, and how a piece is read so that this costs the loops
-/// over text and tags nothing. Not installed.
+/// The limits of one token, applied so that they cost the loops over text and tags nothing. Not
+/// installed.
 ///
-/// All of it is done where a piece ends. With a limit of the size a piece is read by slices. One
-/// ends where the token under way has as many characters as allowed, so that a longer one never
-/// lies in a slice as a whole; the next one, of a single character, shows whether it ends there. A
-/// stop ends the slice, and the piece.
+/// The work is done where a piece ends. With a limit of the size a piece is read in slices. A slice
+/// ends where the unfinished token has as many characters as allowed, so that no longer token is
+/// inside one slice; the next slice, of a single character, shows whether the token ends there. A
+/// stop ends the slice and the piece.
 template <typename C>
 class TokenLimit {
 public:
@@ -51,8 +51,8 @@ public:
         return characters > maxTokenLength;
     }
 
-    /// How much of what is left of a piece makes the next slice.
-    /// @param lengthSoFar  characters of the token under way
+    /// The size of the next slice of what is left of a piece.
+    /// @param lengthSoFar  characters of the unfinished token
     std::uint64_t GetSliceLength(std::uint64_t lengthSoFar, std::uint64_t left) const {
         if (maxTokenLength == UINT64_MAX)
             return left;

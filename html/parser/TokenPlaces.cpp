@@ -106,7 +106,7 @@ bool TokenPlaces<C, S>::IsAfterBareValue(const DeliveredAttributes<C, S>& delive
     return parts.size() == 1 && parts[0].quote == QUOTE_NONE;
 }
 
-/// Adds up what the attributes before it are written as, from the one that was asked for last.
+/// Adds up the lengths of the attributes before it, starting from the one that was asked for last.
 /// @return where the attribute begins, in characters
 template <typename C, typename S>
 std::uint64_t TokenPlaces<C, S>::FindAttribute(const DeliveredAttributes<C, S>& delivered, std::size_t index) const {

@@ -17,8 +17,7 @@ struct DeliveredAttributes {
     const Vector<Attribute<C, S>>* list = nullptr;  ///< null when the token has none
     std::uint64_t nameEnd = 0;                      ///< of the tag's name
     std::uint64_t listBegin = 0;                    ///< where the first attribute begins
-    bool bareValueEndsEscapeRuns =
-        false;  ///< after an unquoted value without words the recognizer takes no escape runs
+    bool bareValueEndsEscapeRuns = false;  ///< after an unquoted value without words values have no escape runs
 };
 
 /// Where the token that is being delivered, or was delivered last, begins and ends. Not installed.
@@ -30,18 +29,18 @@ public:
     /// @param bytes  of the document before its first character
     void BeginDocument(std::uint64_t bytes);
 
-    /// The token that is about to be delivered ends so many characters before the current place:
-    /// those of an opener that has been read already, in which there is no line feed.
+    /// The token that is about to be delivered ends that many characters before the current place:
+    /// they are an opener that has been read already, and have no line feed.
     void EndToken(const ParserInput<C, S>& input, std::uint64_t charactersAhead) {
         lastEnd ^= 1U;
         boundaries[lastEnd] = {input.GetOffset() - charactersAhead, input.context.line,
                                input.context.column - charactersAhead};
     }
 
-    /// The next token begins where the piece ends: what is left of it is in none.
+    /// The next token begins where the piece ends: the rest of the piece is in no token.
     void SkipPiece(const ParserInput<C, S>& input);
 
-    /// So many bytes of the document have come, and are in no token.
+    /// These bytes of the document are in no token.
     /// @return the characters in them
     std::uint64_t SkipTo(const ParserInput<C, S>& input, std::uint64_t bytes);
 
@@ -61,8 +60,7 @@ public:
     /// @return false when there is no such attribute
     bool GetAttributePlace(const DeliveredAttributes<C, S>& delivered, std::size_t index, AttributePlace* place) const;
 
-    /// The same for what a folded attribute was written as: the attribute itself, and then its bare
-    /// words.
+    /// The same for the parts of a folded attribute: the attribute itself, and then its bare words.
     /// @param isIso2022  values of the document may have escape runs
     bool GetAttributeParts(const DeliveredAttributes<C, S>& delivered, bool isIso2022, std::size_t index,
                            std::vector<AttributePlace>* places) const;

@@ -7,24 +7,23 @@
 
 namespace Kestra::HTML {
 
-/// Character references, as in "&lt;" and "&#60;": replaces them by the characters that they stand
-/// for, and writes them for characters that markup needs.
+/// Character references, such as "&lt;" and "&#60;": replaces them by their characters, and writes
+/// them for characters that would be markup.
 ///
-/// The parsers deliver text and values as they are written. A host that wants to know what they say
-/// decodes them: a text, or what lies between the quotes of a value, as one string, since a
-/// reference that is cut in two is none. There are no references in script and style elements,
-/// comments, CDATA sections and declarations.
+/// The parsers deliver text and values as they are written. To get their characters, decode a text,
+/// or a value without its quotes, as one string: a reference that is cut in two is none. There are
+/// no references in script and style elements, comments, CDATA sections and declarations.
 ///
-/// Every function answers whether anything changes. When nothing does, it answers false and leaves
-/// the output alone: the text itself is the result. That allocates nothing, unless the text has a
-/// "&" and its charset a converter of the system. Else the output is replaced; it may be the text
-/// itself. An output that is used again and again keeps its memory. The time is in proportion to
-/// the length of the text. Any thread; nothing is thrown but `std::bad_alloc`, after which the
+/// Every function answers whether anything changes. If nothing changes, it answers false and does
+/// not touch the output: the text itself is the result. That allocates nothing, unless the text has
+/// a "&" and its charset is converted by the system. Otherwise the output is replaced; output and
+/// text may be the same string. An output that is reused keeps its capacity. The time is in
+/// proportion to the length of the text. Thread-safe. Throws only `std::bad_alloc`, after which the
 /// output is unspecified.
 ///
-/// 8-bit text must be in a charset that extends ASCII, so that the byte of a "&" is nothing else.
-/// UTF-16, UTF-7, EBCDIC, and charsets with escapes or shifts such as ISO-2022 are none: convert
-/// such text (`StringHelper::GetWideFromGeneric`) and use the wide flavour.
+/// 8-bit text must be in a charset that extends ASCII, in which the byte of "&" has no other
+/// meaning. UTF-16, UTF-7, EBCDIC, and charsets with escapes or shifts such as ISO-2022 do not
+/// extend ASCII: convert such text (`StringHelper::GetWideFromGeneric`) and use the wide flavour.
 ///
 /// Source: the HTML standard, from "Character reference state" to "Numeric character reference end
 /// state".

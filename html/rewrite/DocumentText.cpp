@@ -51,7 +51,7 @@ bool AppendFromWide(WideStringView wide, std::string* utf8) {
     return isWellFormed;
 }
 
-/// ISO-2022 and its like, EBCDIC with shifts, HZ, UTF-7, and those whose characters have two or
+/// ISO-2022 and similar ones, EBCDIC with shifts, HZ, UTF-7, and those whose characters have two or
 /// four bytes: what a byte of theirs means depends on others.
 bool HasNoPlainBytes(CharSet::Code code) {
     return (code >= 50220 && code <= 50229) || (code >= 50930 && code <= 50939) || code == 52936 ||

@@ -10,7 +10,7 @@
 #include "platform/Characters.h"
 
 /// @file
-/// Texts of a host in the bytes of a document, and back. Not installed.
+/// Converts texts of a host to the bytes of a document, and back. Not installed.
 
 namespace Kestra::HTML {
 
@@ -21,7 +21,7 @@ namespace Kestra::HTML {
 /// read it.
 class DocumentText {
 public:
-    /// What becomes of a character that the charset lacks.
+    /// How a character that the charset lacks is written.
     enum class Lacking { REFERENCE, REFUSED };
 
     static bool IsWellFormed(std::string_view utf8);

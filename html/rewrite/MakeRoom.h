@@ -6,7 +6,7 @@
 
 namespace Kestra::HTML {
 
-/// Makes room for some more elements, so that adding them cannot fail. A vector grows by half of
+/// Reserves capacity for more elements, so that adding them cannot fail. A vector grows by half of
 /// its capacity at least, so that adding one at a time stays linear. Not installed.
 template <typename T>
 void MakeRoom(std::size_t more, std::vector<T>* vector) {

@@ -21,11 +21,11 @@ namespace Kestra::HTML {
 ///
 /// Lexical: no tag is implied, so an end tag closes the innermost element of its name with all that
 /// is open inside it, or nothing. Void elements are never open. A short tag opens an element like a
-/// start tag, but for `svg` and `math` and what is inside them, where it has no content; inside
+/// start tag, except for `svg` and `math` and elements inside them, where it has no content; inside
 /// `foreignObject`, `desc` and `title` of an `svg` it opens again.
 ///
 /// A start tag costs time in proportion to the compounds of all selectors, an end tag to what it
-/// closes; both search a map of the names that are open. What depends on attributes is settled when
+/// closes; both search a map of the names that are open. What depends on attributes is decided when
 /// the tag comes: an open element keeps its name, and sets of compounds where they differ from
 /// those of its parent.
 ///
@@ -109,7 +109,7 @@ private:
     enum class Content : std::uint8_t { HTML, SVG, MATH };
 
     /// The index of the innermost open element by name, NONE where there is none any more. Ordered,
-    /// as nobody can choose names that make it slow.
+    /// so that no choice of names makes it slow.
     using Names = std::map<std::string, std::size_t, std::less<>>;
 
     struct Element {

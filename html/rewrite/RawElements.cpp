@@ -106,7 +106,7 @@ bool EndsComment(std::string_view text) {
            text.find("-->") != std::string_view::npos || text.find("--!>") != std::string_view::npos;
 }
 
-bool GoesOnWithMarkup(std::string_view before, char first) {
+bool ContinuesMarkup(std::string_view before, char first) {
     if (before.ends_with('<') || before.ends_with("</") || before.ends_with("<!") || before.ends_with("<?") ||
         before.ends_with("<!-"))
         return true;

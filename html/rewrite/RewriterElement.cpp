@@ -6,13 +6,13 @@ namespace Kestra::HTML {
 
 namespace {
 
-using Spot = RewriterEngine::Spot;
+using Spot = TokenAtHand::Spot;
 
-/// Puts an edit to the engine of an element.
+/// Makes an edit, unless the element is over.
 template <typename Edit>
 std::uint32_t EditElement(const RewriterToken& startTag, Edit edit) {
-    RewriterEngine* const engine = RewriterEngine::Find(startTag);
-    return engine != nullptr ? edit(engine) : std::uint32_t{REWRITE_OVER};
+    TokenAtHand* const found = RewriterEngine::Find(startTag);
+    return found != nullptr ? edit(found) : std::uint32_t{REWRITE_OVER};
 }
 
 }  // namespace
@@ -29,8 +29,8 @@ bool RewriterElement::IsOver() const {
 }
 
 std::string RewriterElement::GetName() const {
-    const RewriterEngine* const engine = RewriterEngine::Find(startTag);
-    return engine != nullptr ? engine->GetTagName() : std::string();
+    const TokenAtHand* const found = RewriterEngine::Find(startTag);
+    return found != nullptr ? found->GetTagName() : std::string();
 }
 
 RewriterToken RewriterElement::GetStartTag() const {
@@ -38,74 +38,68 @@ RewriterToken RewriterElement::GetStartTag() const {
 }
 
 bool RewriterElement::HasContent() const {
-    const RewriterEngine* const engine = RewriterEngine::Find(startTag);
-    return engine != nullptr && engine->HasContent();
+    const TokenAtHand* const found = RewriterEngine::Find(startTag);
+    return found != nullptr && found->HasContent();
 }
 
 std::uint32_t RewriterElement::Remove() {
-    return EditElement(startTag, [](RewriterEngine* engine) { return engine->RemoveElement(); });
+    return EditElement(startTag, [](TokenAtHand* found) { return found->RemoveElement(); });
 }
 
 std::uint32_t RewriterElement::Unwrap() {
-    return EditElement(startTag, [](RewriterEngine* engine) { return engine->Unwrap(); });
+    return EditElement(startTag, [](TokenAtHand* found) { return found->Unwrap(); });
 }
 
 std::uint32_t RewriterElement::InsertBefore(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::BEFORE, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::BEFORE, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertBefore(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](RewriterEngine* engine) { return engine->Write(Spot::BEFORE, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::BEFORE, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertAfter(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::AFTER_ELEMENT, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::AFTER_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertAfter(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::AFTER_ELEMENT, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::AFTER_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Prepend(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_BEGIN, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_BEGIN, content, kind); });
 }
 
 std::uint32_t RewriterElement::Prepend(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_BEGIN, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_BEGIN, content, kind); });
 }
 
 std::uint32_t RewriterElement::Append(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_END, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_END, content, kind); });
 }
 
 std::uint32_t RewriterElement::Append(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::CONTENT_END, content, kind); });
+    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_END, content, kind); });
 }
 
 std::uint32_t RewriterElement::SetContent(std::string_view content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
+                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::SetContent(WideStringView content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
+                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Replace(std::string_view content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
+                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Replace(WideStringView content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](RewriterEngine* engine) { return engine->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
+                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
 }
 
 }  // namespace Kestra::HTML

@@ -35,33 +35,33 @@ public:
     std::uint32_t InsertAfter(WideStringView content, RewriteContent kind);
 
     /// Right after the start tag, after what earlier calls wrote there.
-    /// @return 0; REWRITE_NO_CONTENT; REWRITE_ENDS_EARLY, REWRITE_NOT_IN_CHARSET in a script or its
-    /// like
+    /// @return 0; REWRITE_NO_CONTENT; REWRITE_ENDS_EARLY and REWRITE_NOT_IN_CHARSET in a script or
+    ///         similar element
     std::uint32_t Prepend(std::string_view content, RewriteContent kind);
     std::uint32_t Prepend(WideStringView content, RewriteContent kind);
 
     /// Right before the end tag, after what earlier calls wrote there. In a script, what would make
-    /// its end tag together with the last characters of the script is left out. @return as
-    /// `Prepend`
+    /// its end tag together with the last characters of the script is left out.
+    /// @return as `Prepend`
     std::uint32_t Append(std::string_view content, RewriteContent kind);
     std::uint32_t Append(WideStringView content, RewriteContent kind);
 
-    /// In place of everything between the two tags, what was written there before included.
+    /// In place of everything between the two tags, earlier insertions included.
     /// @return as `Prepend`
     std::uint32_t SetContent(std::string_view content, RewriteContent kind);
     std::uint32_t SetContent(WideStringView content, RewriteContent kind);
 
-    /// In place of the element. What was to be written inside it goes with it, what was before and
-    /// after it stays.
+    /// In place of the element. Insertions inside it are dropped, insertions before and after it
+    /// stay.
     std::uint32_t Replace(std::string_view content, RewriteContent kind);
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
-    /// Writes nothing of the element, its content included. Its neighbours can grow together, as
+    /// Writes nothing of the element, its content included. The characters around it can join, as
     /// with `RewriterToken::Remove`.
     std::uint32_t Remove();
 
-    /// Writes the content without the two tags. That of a script or its like is markup then, also
-    /// what was written into it as text. Characters can grow together as with
+    /// Writes the content without the two tags. The content of a script or similar element is then
+    /// markup, even what was written into it as text. Characters can join as with
     /// `RewriterToken::Remove`.
     std::uint32_t Unwrap();
 

@@ -4,13 +4,13 @@
 #include "html/framework/TokenObserver.h"
 
 /// @file
-/// Between the parser and the observer of a host. Not installed.
+/// The observer between the parser and the observer of a host. Not installed.
 
 namespace Kestra::HTML {
 
 class RewriterEngine;
 
-/// Hands every callback on to the engine and, through it, to the observer of the host.
+/// Forwards every callback to the engine and, through it, to the observer of the host.
 template <typename C, typename S>
 class RewriterObserver final : public EventObserver<RewriterObserver<C, S>, C, S> {
 public:

@@ -17,19 +17,19 @@ class RewriterEngine;
 
 /// How content is given.
 enum RewriteContent : std::uint32_t {
-    /// What a reader shall see: "&", "<" and ">" are written as references, but not in a script or
-    /// its like. The first character is one too where it would go on with a reference or a tag that
-    /// the characters before it begin.
+    /// What a reader shall see: "&", "<" and ">" are written as references, but not in scripts and
+    /// similar elements. The first character is written as a reference too where it would continue
+    /// a reference or a tag that the characters before it begin.
     CONTENT_TEXT = 0,
-    CONTENT_MARKUP = 1,  ///< written as it is, but for characters that the charset lacks
+    CONTENT_MARKUP = 1,  ///< written unchanged, except for characters that the charset lacks
 };
 
 /// A token that is being delivered, to be edited.
 ///
 /// It is over when the callback that got it returns: from then on every edit answers REWRITE_OVER,
-/// and every question 0 or nothing. Copies are cheap and may be kept. Texts are given as UTF-8 or
-/// as UTF-16, and written in the charset of the document; a character that it lacks becomes a
-/// numeric character reference. Not for several threads.
+/// and every query 0 or an empty result. Copies are cheap and may be kept. Texts are given as UTF-8
+/// or as UTF-16, and written in the charset of the document; a character that the charset lacks
+/// becomes a numeric character reference. Not thread-safe.
 class KESTRA_HTML_API RewriterToken {
 public:
     /// A token that is over.
@@ -48,15 +48,13 @@ public:
     /// callback returns.
     std::string_view GetBytes() const;
 
-    /// Writes something else in place of the token. What was to be written before and after it
-    /// stays.
+    /// Writes something else in place of the token. Insertions before and after it stay.
     std::uint32_t Replace(std::string_view content, RewriteContent kind);
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
-    /// Writes nothing in place of the token. The characters around it can then grow together, as
-    /// those of "&<!---->amp;" do, or those of "</<!---->b>" to a tag: where the document is not to
-    /// be trusted, an empty comment should be written there, as markup. A text does not help after
-    /// "</".
+    /// Writes nothing in place of the token. The characters around it can then join to a reference,
+    /// as in "&<!---->amp;", or to a tag, as in "</<!---->b>": in a document that is not trusted,
+    /// replace the token by an empty comment, given as markup. A text does not help after "</".
     std::uint32_t Remove();
 
     /// Writes something right before the token, after what earlier calls wrote there.
@@ -74,24 +72,25 @@ public:
     std::uint32_t SetText(std::string_view text);
     std::uint32_t SetText(WideStringView text);
 
-    /// @name Attributes of a tag or an instruction Names are compared without the case of "A" to
-    /// "Z"; the first attribute of a name counts. Bare words that a value has taken up are
-    /// attributes of their own here: `<a href="/one" download>` has two. Values are what they say:
-    /// references are decoded when a value is asked for, and written where it needs them when it is
-    /// set. An attribute without a name cannot be reached. A tag that has no name, or lacks its
-    /// ">", is not edited, and a few odd ones are not where another attribute would change:
-    /// REWRITE_WRONG_KIND.
+    /// @name Attributes of a tag or an instruction
+    ///
+    /// Names are compared without the case of "A" to "Z"; the first attribute of a name counts.
+    /// Bare words that were folded into a value are separate attributes here: `<a href="/one"
+    /// download>` has two. Values are without references: they are decoded by the getter, and
+    /// encoded by the setters where needed. An attribute without a name cannot be reached.
+    /// REWRITE_WRONG_KIND is the answer for a tag that has no name or lacks its ">", and for a few
+    /// odd tags in which the edit would change another attribute.
     /// @{
 
     bool HasAttribute(std::string_view name) const;
 
-    /// @param value  receives the value as UTF-8, empty when there is none; untouched when the
-    /// answer is not 0
+    /// @param value  receives the value as UTF-8, empty when there is none; unchanged when the
+    ///               answer is not 0
     /// @return 0; 2 for null; REWRITE_NO_ATTRIBUTE; REWRITE_WRONG_KIND for what has no attributes
     std::uint32_t GetAttribute(std::string_view name, std::string* value) const;
 
-    /// Sets the value, or adds the attribute. The quotes that the value has are kept where they can
-    /// be; quotation marks are added to one that needs quotes and has none.
+    /// Sets the value, or adds the attribute. The quotes of the value are kept where possible;
+    /// quotation marks are added to a value that needs quotes and has none.
     std::uint32_t SetAttribute(std::string_view name, std::string_view value);
     std::uint32_t SetAttribute(std::string_view name, WideStringView value);
 
@@ -99,7 +98,7 @@ public:
     std::uint32_t AddAttribute(std::string_view name, std::string_view value);
     std::uint32_t AddAttribute(std::string_view name, WideStringView value);
 
-    /// Writes another name; the value stays as it is.
+    /// Writes another name; the value is unchanged.
     std::uint32_t RenameAttribute(std::string_view name, std::string_view newName);
 
     /// Removes the attribute and the white space before it.

@@ -124,7 +124,7 @@ private:
         return false;
     }
 
-    /// Refuses the next character, or that the text ends, where nothing more fitting can be said.
+    /// Refuses the next character, or the end of the text, when there is no better message.
     bool RefuseUnexpected() {
         if (AtEnd())
             return Refuse(place, "the selector ends too early");
@@ -135,7 +135,7 @@ private:
                                                         : "this character is not expected here");
     }
 
-    /// Refuses what is at hand where a compound should begin or go on.
+    /// Refuses the next character where a compound should begin or continue.
     bool RefuseNext() {
         switch (Peek()) {
             case ',':
@@ -204,7 +204,7 @@ private:
         WriteUtf8(isCharacter ? code : REPLACEMENT_CHARACTER, [decoded](char byte) { decoded->push_back(byte); });
     }
 
-    /// Reads the name that is at hand: letters, digits, dashes, low lines, everything beyond ASCII,
+    /// Reads a name: letters, digits, dashes, low lines, everything beyond ASCII,
     /// and escapes.
     void ReadName(std::string* name) {
         for (;;) {

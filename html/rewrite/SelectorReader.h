@@ -49,7 +49,8 @@ struct SelectorCompound {
 /// @param compounds  receives the compounds from left to right, at least one
 /// @param message    receives what is wrong and where, in English; may be null. Characters are
 ///                   code points, counted from 1.
-/// @return false for what is refused; `compounds` is then as it was, and `message` else
+/// @return false when the text is refused, which leaves `compounds` unchanged; otherwise `message`
+///         is unchanged
 bool ReadSelector(std::string_view text, std::vector<SelectorCompound>* compounds, std::string* message);
 
 /// White space of CSS, which is also what separates the words of a list in a value.

@@ -168,7 +168,7 @@ void SelectorSet::Scratch::Clear() noexcept {
     hasClasses = false;
 }
 
-/// Makes room for the answers about one tag.
+/// Resizes the lists of answers about one tag.
 void SelectorSet::PrepareScratch(Scratch* scratch) const {
     scratch->Clear();
     if (scratch->attributes.size() < attributeNumbers.size()) {
@@ -194,13 +194,14 @@ bool SelectorSet::Matches(const Condition& condition, const TagAttributes& tag, 
     if (condition.kind == SelectorCondition::CLASS)
         return HasClass(condition, tag, scratch);
     const bool asksForValue = condition.kind != SelectorCondition::PRESENT;
-    if (!Ask(condition, asksForValue, tag, scratch))
+    if (!HasAttribute(condition, asksForValue, tag, scratch))
         return false;
     return !asksForValue || MatchesValue(scratch->attributes[condition.attribute].value, condition);
 }
 
 /// Whether the tag has the attribute of a condition; with its value, when that is asked for.
-bool SelectorSet::Ask(const Condition& condition, bool asksForValue, const TagAttributes& tag, Scratch* scratch) {
+bool SelectorSet::HasAttribute(const Condition& condition, bool asksForValue, const TagAttributes& tag,
+                               Scratch* scratch) {
     Scratch::Attribute& attribute = scratch->attributes[condition.attribute];
     if (attribute.state == Scratch::UNKNOWN || (asksForValue && attribute.state == Scratch::PRESENT)) {
         if (attribute.state == Scratch::UNKNOWN)
@@ -211,12 +212,11 @@ bool SelectorSet::Ask(const Condition& condition, bool asksForValue, const TagAt
     return attribute.state != Scratch::ABSENT;
 }
 
-/// Whether the tag has a class. Its classes are looked up together, when the first of them is asked
-/// for.
+/// Whether the tag has a class. All its classes are looked up together, at the first question.
 bool SelectorSet::HasClass(const Condition& condition, const TagAttributes& tag, Scratch* scratch) const {
     if (!scratch->hasClasses) {
         scratch->classes.assign((classNumbers.size() + WORD_BITS - 1) / WORD_BITS, 0);
-        if (Ask(condition, true, tag, scratch)) {
+        if (HasAttribute(condition, true, tag, scratch)) {
             AnyWord(scratch->attributes[condition.attribute].value, [&](std::string_view word) {
                 const auto found = classNumbers.find(word);
                 if (found != classNumbers.end())
@@ -259,7 +259,7 @@ bool SelectorSet::Equals(std::string_view value, const Condition& condition) {
     return EqualsKeyword(value, condition.value);
 }
 
-/// Searches a value in linear time, whatever it repeats.
+/// Searches a value in linear time, also when it repeats itself.
 /// Source: the algorithm of Knuth, Morris and Pratt.
 bool SelectorSet::Contains(std::string_view value, const Condition& condition) {
     const std::string_view expected = condition.value;

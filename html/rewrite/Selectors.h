@@ -12,11 +12,11 @@
 #include "html/rewrite/SelectorReader.h"
 
 /// @file
-/// Compiled selectors, and what they say of one start tag. Not installed.
+/// Compiled selectors, and how a start tag is matched. Not installed.
 
 namespace Kestra::HTML {
 
-/// What the selectors may ask about a start tag.
+/// The attributes of a start tag, as the selectors need them.
 class TagAttributes {
 public:
     virtual ~TagAttributes() = default;
@@ -46,7 +46,7 @@ public:
 
     static constexpr std::size_t WORD_BITS = 64;
 
-    /// What was asked about the tag at hand. Kept from tag to tag, so that memory is allocated
+    /// What was asked about the current tag. Kept from tag to tag, so that memory is allocated
     /// once; long values are freed.
     class Scratch {
     private:
@@ -71,9 +71,9 @@ public:
     SelectorSet(const SelectorSet&) = delete;
     SelectorSet& operator=(const SelectorSet&) = delete;
 
-    /// Adds a selector, with the number that `GetCount` has said.
+    /// Adds a selector; its number is the present `GetCount`.
     ///
-    /// Elements that are open match it only as far as they are asked from now on.
+    /// An element that is open already matches none of its compounds.
     /// @return as `ReadSelector`. Whatever fails, an allocation too, changes nothing.
     bool Add(std::string_view text, std::string* message);
 
@@ -99,13 +99,13 @@ public:
     /// Counts the selectors whose last compound is in a set, which may have fewer words.
     std::size_t CountSelectors(std::span<const Word> set) const;
 
-    /// Puts their numbers in place of those in `*selectors`, in ascending order.
+    /// Replaces the numbers in `*selectors` by theirs, in ascending order.
     void GetSelectors(std::span<const Word> set, std::vector<std::size_t>* selectors) const;
 
 private:
     static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 
-    // Ordered, as nobody can choose names that make it slow.
+    // Ordered, so that no choice of names makes it slow.
     using Numbers = std::map<std::string, std::size_t, std::less<>>;
 
     struct Condition {
@@ -126,7 +126,7 @@ private:
     };
 
     static Numbers::const_iterator Number(std::string_view name, Numbers* numbers);
-    static bool Ask(const Condition& condition, bool asksForValue, const TagAttributes& tag, Scratch* scratch);
+    static bool HasAttribute(const Condition& condition, bool asksForValue, const TagAttributes& tag, Scratch* scratch);
     static bool MatchesValue(std::string_view value, const Condition& condition);
     static bool Equals(std::string_view value, const Condition& condition);
     static bool Contains(std::string_view value, const Condition& condition);

@@ -139,7 +139,7 @@ std::size_t TagEdits::Find(std::string_view name) {
     return NONE;
 }
 
-/// Puts into the index what it lacks, and searches that.
+/// Adds the missing parts to the index, and searches it.
 std::size_t TagEdits::FindByName(std::string_view name) {
     for (; countByName < parts.size(); ++countByName) {
         if (!parts[countByName].isRemoved && !parts[countByName].GetName().empty())
@@ -234,8 +234,8 @@ std::uint32_t TagEdits::Rename(std::string_view name, std::string_view newName) 
     if (!CanHaveName(newName))
         return REWRITE_BAD_NAME;
     std::string ownName(newName);
-    // Nothing fails from here on. The index goes by the name, so the part is out of it while that
-    // changes.
+    // Nothing fails from here on. The index is ordered by names, so the part is taken out of it
+    // while its name changes.
     auto entry = byName.extract(index);
     Part& part = parts[index];
     part.ownName.swap(ownName);
@@ -313,7 +313,7 @@ void TagEdits::WriteNewValue(const Part& part, std::string* bytes) const {
     WriteAscii(quotes, bytes);
 }
 
-/// Whether what has been written and what comes next would grow together.
+/// Whether what has been written and what comes next would join.
 bool TagEdits::NeedsSpace(const Written& written, std::size_t next) const {
     const std::string& bytes = *written.bytes;
     return !written.endsInQuote && !text->IsSpaceAt(tag, next) &&

@@ -11,7 +11,7 @@
 #include "html/rewrite/DocumentText.h"
 
 /// @file
-/// The attributes of one tag, and what a host changes of them. Not installed.
+/// The attributes of one tag, and the edits of a host. Not installed.
 
 namespace Kestra::HTML {
 

@@ -215,15 +215,15 @@ void InitRawTextParser(Data& data) {
 
 namespace {
 
-/// The next byte neither belongs to the content nor is it counted until it is known what it is part
-/// of.
+/// Holds back the next byte: it is neither content nor counted until it is known what it belongs
+/// to.
 void HoldBack(Data& data) {
     data.heldBack += static_cast<char>(Next(data));
     PassByte(data);
 }
 
-/// Looks at the byte after what is held back. True when it ends the name of the end tag, and it
-/// stays unread.
+/// Checks the byte after what is held back. True when it ends the name of the end tag; it stays
+/// unread.
 bool JudgeHeldBack(Data& data) {
     const char next = static_cast<char>(Next(data));
     const auto mayBegin = [&](std::string_view mark) {

@@ -28,10 +28,10 @@ RawTextElement GetRawElement(const Data& data);
 /// Whether the content is reported together with the start tag.
 bool IsScriptOrStyle(RawTextElement element);
 
-/// Also goes back to the begin of a content.
+/// Also resets to the beginning of a content.
 void InitRawTextParser(Data& data);
-/// A content that is text, up to where browsers end it: before the ">" or the like that ends the
-/// name of the end tag. What is held back then is "</" and that name.
+/// A content that is text, up to where browsers end it: before the character that ends the name of
+/// the end tag, such as ">". `heldBack` is then "</" and that name.
 std::uint32_t ParseRawText(Data& data);
 
 /// What lies between the name of such an end tag and its ">" is dropped.

@@ -59,9 +59,8 @@ struct EntityTag {
 
 //  state            white space   "?"    ">"        other
 //  0 name           the name recognizer reads on: "a" before "?": to 1; " a" before " ": to 1; before "1": 701
-//  1 list           the attribute recognizer reads on: before "?": to 2; " a='b' " before "?": to 2; " a=b?" before
-//  ">": to 4;
-//                   " a" before ">": to 2; "%?" before ">": to 4
+//  1 list           the attribute recognizer reads on: before "?": to 2; " a='b' " before "?": to 2;
+//                   " a=b?" before ">": to 4; " a" before ">": to 2; "%?" before ">": to 4
 //  2 end            drop          to 3   702        702
 //  3 last           702           702    complete   702
 //  4 end after "?"  to 2          to 3   as 3       as 3

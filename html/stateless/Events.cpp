@@ -100,8 +100,8 @@ std::uint32_t Events::GetCharSetFromExternTag() {
 
 // From bytes to wide strings
 
-/// A charset without a converter falls back to the ANSI rule, so that no event is lost. A lack of
-/// memory says nothing about the charset.
+/// A charset without a converter falls back to the ANSI rule, so that no event is lost. When memory
+/// is lacking it throws instead.
 void Events::ToWide(StringNS::CharSet::Code code, const std::string& bytes, WideString* output) {
     const Base::Services& services = Base::GetServices();
     std::uint32_t result = services.toWide(&converter, code, bytes.data(), bytes.size(), output);

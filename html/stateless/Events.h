@@ -11,9 +11,9 @@
 
 namespace Kestra::HTML::Stateless {
 
-/// Makes events of the bytes in the record, and learns the charset from them. Not installed.
+/// Makes events of the bytes in the record, and reads the charset from them. Not installed.
 ///
-/// An event ends its construct first: an exception out of a callback must not bring it back.
+/// An event first clears its construct, so that an exception of a callback does not repeat it.
 class Events {
 public:
     /// All are borrowed.

@@ -11,7 +11,7 @@
 
 namespace Kestra::HTML::Stateless {
 
-/// Hands the input to the machine, piece by piece. Not installed.
+/// Feeds the machine piece by piece. Not installed.
 class Feed {
 public:
     /// All are borrowed.

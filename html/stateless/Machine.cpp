@@ -12,8 +12,8 @@
 
 namespace Kestra::HTML::Stateless {
 
-/// Passes on what a parser of a construct answers. When the construct is complete, causes its
-/// events, unless it went over a limit.
+/// Forwards the result of the parser of a construct. When the construct is complete, causes its
+/// events, unless it exceeded a limit.
 template <typename Event>
 std::uint32_t Machine::Finish(std::uint32_t result, Event raiseEvent) {
     if (result != STATELESS_OK)

@@ -6,7 +6,7 @@
 #include "html/stateless/Tags.h"
 
 /// @file
-/// What start tags, declarations and instructions share: a name, a list, and what ends them. Not
+/// The parts that start tags, declarations and instructions share: a name, a list, and an end. Not
 /// installed.
 
 namespace Kestra::HTML::Stateless {
@@ -41,8 +41,7 @@ void InitNamedTag(Data& data) {
 ///     static constexpr std::uint32_t Data::*STATE;
 ///     static void InitList(Data& data);            // before the byte after the name
 ///     static std::uint32_t ParseList(Data& data);
-///     static bool ParseEnd(Data& data);            // the byte before the ">", if there is one; false for a byte that
-///     does not fit
+///     static bool ParseEnd(Data& data);            // the byte before the ">", if any; false for a wrong one
 ///
 /// A piece that ends right before the ">" completes the construct, and the ">" in the next piece is
 /// text (kept).

@@ -9,8 +9,8 @@
 #include "html/stateless/StatelessHTMLParser.h"
 
 /// @file
-/// Walking over the piece, with the line and the column of the place. What is `inline` here belongs
-/// into the loop that calls it. Not installed.
+/// Moves over the piece, and counts lines and columns. What is `inline` here belongs into the loop
+/// that calls it. Not installed.
 
 namespace Kestra::HTML::Stateless {
 
@@ -64,7 +64,7 @@ inline std::size_t CountUntilByte(const Data& data, char stop) {
     return found == nullptr ? size : static_cast<std::size_t>(static_cast<const unsigned char*>(found) - data.cursor);
 }
 
-/// Bytes of the document before the next unread one. What is held back counts as unread.
+/// Bytes of the document before the next unread one. Bytes that are held back count as unread.
 inline std::uint64_t GetOffset(const Data& data) {
     return data.pieceOffset + data.position - data.heldBack.size();
 }
@@ -74,7 +74,7 @@ inline bool IsAfter(const Data& data, char byte) {
     return (data.position > 0 ? data.cursor[-1] : data.lastByte) == static_cast<unsigned char>(byte);
 }
 
-/// Passes one byte; the caller keeps line and column.
+/// Skips one byte; the caller counts lines and columns.
 inline void PassByte(Data& data) {
     ++data.cursor;
     ++data.position;
@@ -151,7 +151,7 @@ inline void BeginToken(Data& data) {
     data.tokenAfterNewline = data.afterNewline;
 }
 
-/// Whether the token under way is longer than allowed with so many more bytes.
+/// Whether the unfinished token would exceed the limit with that many more bytes.
 inline bool GoesOver(const Data& data, std::size_t count) {
     return GetOffset(data) + count - data.tokenOffset > data.maxBytes;
 }

@@ -35,8 +35,8 @@ public:
     /// `OnEndTag` as well, unless text follows as its content.
     virtual void OnStartTag(const WideChar* name, const Attributes* attributes);
     virtual void OnEndTag(const WideChar* name);
-    /// A whole script, from its start tag to its end tag. @param body  without its comments, unless
-    /// scripts are read as text
+    /// A whole script, from its start tag to its end tag.
+    /// @param body  without its comments, unless scripts are read as text
     virtual void OnScript(const Attributes* attributes, const WideChar* body);
     /// An instruction, "<?name attributes?>".
     virtual void OnExternTag(const WideChar* name, const Attributes* attributes);

@@ -7,27 +7,18 @@
 #include "html/stateless/Feed.h"
 #include "html/stateless/Limits.h"
 #include "html/stateless/Scan.h"
+#include "platform/AtScopeEnd.h"
 #include "platform/VirtualFileSystem.h"
 
 namespace Kestra::HTML {
 
 namespace {
 
-/// A call that feeds, starts or ends is on the stack: callbacks cannot nest another one.
-class Busy {
-public:
-    explicit Busy(Uninherited<bool>* busyFlag) : flag(busyFlag) {
-        *flag = true;
-    }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-    ~Busy() {
-        *flag = false;
-    }
-
-private:
-    Uninherited<bool>* flag;
-};
+/// Marks a call that feeds, starts or ends, so that callbacks cannot nest another one.
+auto BeginCall(Uninherited<bool>* busy) {
+    *busy = true;
+    return AtScopeEnd([busy] { *busy = false; });
+}
 
 }  // namespace
 
@@ -52,7 +43,7 @@ StatelessHTMLParser::~StatelessHTMLParser() = default;
 std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset) {
     if (busy.Get())
         return STATELESS_INVALID_ARGUMENT;
-    const Busy guard(&busy);
+    const auto call = BeginCall(&busy);
     charset = newCharset;
     line = 1;
     column = 1;
@@ -79,7 +70,7 @@ std::uint32_t StatelessHTMLParser::StartParse(StringNS::CharSet::Code newCharset
 std::uint32_t StatelessHTMLParser::EndParse() {
     if (busy.Get())
         return STATELESS_INVALID_ARGUMENT;
-    const Busy guard(&busy);
+    const auto call = BeginCall(&busy);
     if (!started)
         return STATELESS_OK;
     const bool isOver = stopped || wentOver;
@@ -126,14 +117,14 @@ std::uint64_t StatelessHTMLParser::GetMaxAttributes() const {
 std::uint32_t StatelessHTMLParser::ParseBuffer(const void* data, std::size_t size) {
     if (busy.Get())
         return STATELESS_INVALID_ARGUMENT;
-    const Busy guard(&busy);
+    const auto call = BeginCall(&busy);
     return Stateless::Feed(this, &GetDelegate(), &converter).ParsePiece(data, size);
 }
 
 std::uint32_t StatelessHTMLParser::ParseStream(VFS::InputStream* stream, bool release) {
     if (busy.Get())
         return STATELESS_INVALID_ARGUMENT;
-    const Busy guard(&busy);
+    const auto call = BeginCall(&busy);
     const std::unique_ptr<VFS::InputStream> released(release ? stream : nullptr);
     if (stream == nullptr)
         return STATELESS_INVALID_ARGUMENT;

@@ -19,7 +19,7 @@
 
 namespace Kestra::HTML {
 
-/// What a `StatelessHTMLParser` remembers between two bytes. A part of its own, so that an
+/// What a `StatelessHTMLParser` remembers between two bytes. A separate structure, so that an
 /// assignment can copy all of it before it changes anything.
 struct StatelessHTMLParserData {
     std::string identifier;  ///< also the body of a comment
@@ -53,7 +53,7 @@ struct StatelessHTMLParserData {
     std::uint64_t column = 1;
 
     unsigned char lastByte = 0;    ///< the last one consumed in an earlier piece of the document, 0 for none
-    std::uint64_t buffersDue = 0;  ///< where the buffers are looked at next: bytes into the piece
+    std::uint64_t buffersDue = 0;  ///< where the buffers are limited next: bytes into the piece
 
     std::uint64_t maxTokenSize = 0;
     std::uint64_t maxAttributes = 0;
@@ -73,8 +73,9 @@ struct StatelessHTMLParserData {
     bool isBrowsersName = false;   ///< browsers see the name of the start tag under way as well
     std::uint32_t rawElement = 0;  ///< the one whose content is text
     std::uint32_t rawTextState = 0;
-    std::string
-        heldBack;  ///< at the end of a content: may begin its end tag, or something else that counts; not yet counted
+    /// The end of a content, which may begin its end tag or something else that counts. `line`
+    /// and `column` are those before it.
+    std::string heldBack;
 
     AttributePlace attributePlace;  ///< of the one under way
     Vector<AttributePlace> attributePlaces;
@@ -86,8 +87,8 @@ struct StatelessHTMLParserData {
     StatelessHTMLObserver::Tokens wideTokens;
 };
 
-/// A small parser for 8-bit markup: bytes in, numbered events out, nothing kept but what is under
-/// way.
+/// A small parser for 8-bit markup: bytes in, numbered events out. It keeps nothing but the
+/// unfinished construct.
 ///
 ///     StatelessHTMLParser parser;
 ///     parser.Attach(&observer);
@@ -95,34 +96,39 @@ struct StatelessHTMLParserData {
 ///     result = parser.ParseStream(stream, true);   // or ParseBuffer, any number of times; 0 and 16 are good
 ///     parser.EndParse();
 ///
-/// It reports each start tag, end tag, comment, text, declaration, script and style sheet by
-/// itself, the moment it is complete. It is not lossless: white space inside tags, script comments
+/// It reports each start tag, end tag, comment, text, declaration, script and style sheet as soon
+/// as it is complete. It is not lossless: white space inside tags, script comments
 /// and the text after the last tag are dropped, and a comment ends with its piece.
 ///
 /// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the
 /// parser is at the byte that does not fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` say
 /// where.
+///
 /// **Stop and limits**: a callback ends the document with `Stop`; `SetMaxTokenSize` and
-/// `SetMaxAttributes` limit what a token may take. Both are off from the start. A limit for a whole
-/// document is the host's: it counts what it feeds.
+/// `SetMaxAttributes` limit one token. Initially there are no limits. A host that wants a limit for
+/// a whole document counts the bytes that it feeds.
+///
 /// **Callbacks** run inside the call that fed the input. Text is reported when the parser is before
 /// the "<" that ends it, everything else when it is after the last byte of the construct. A
 /// callback must neither assign to the parser nor destroy it; a call that feeds, starts or ends
 /// gets 2 and changes nothing. What a callback throws passes through: the rest of the piece is
 /// lost, and the next call goes on after the construct.
+///
 /// **Strings**: texts, comments, attribute values and items of declarations are converted by the
 /// charset. Names, scripts and style sheets always follow the rule for 0, the ANSI code page; so
 /// does every string while the charset has no converter.
+///
 /// **Threads**: one parser, one thread.
-/// **Copies**: a copy goes on where the original was and has the same observers attached. When
-/// memory runs out, an assignment throws `std::bad_alloc` and changes nothing.
+///
+/// **Copies**: a copy continues where the original was and has the same observers attached. When
+/// memory is exhausted, an assignment throws `std::bad_alloc` and changes nothing.
 class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable, private StatelessHTMLParserData {
 public:
     static constexpr std::int32_t BUFFER_SIZE = 65536;  ///< bytes per read of a stream or file
 
     enum ScriptMode : std::uint32_t {
-        SCRIPT_AS_TOKENS = 0,  ///< strings and comments in scripts are known, and one may hide the end tag
-        SCRIPT_AS_TEXT = 1,    ///< the content of scripts and the like is text, up to where browsers end it
+        SCRIPT_AS_TOKENS = 0,  ///< strings and comments in scripts are recognized, and may hide the end tag
+        SCRIPT_AS_TEXT = 1,    ///< the content of scripts and similar elements is text, up to where browsers end it
     };
 
     static constexpr unsigned long ID_START_PARSING = 0;
@@ -141,58 +147,60 @@ public:
     StatelessHTMLParser& operator=(const StatelessHTMLParser& other);
     ~StatelessHTMLParser() override;
 
-    /// Begins a document, also when another one is under way. @param charset  0: the ANSI code
-    /// page, until the markup chooses another one; 1200: each two bytes are a unit of UTF-16, an
-    /// odd last one becomes U+FFFD. @return 0; 2 out of a callback; 710 stopped
+    /// Begins a document, also when another one is unfinished.
+    /// @param charset  0: the ANSI code page, until the markup chooses another one; 1200: each two
+    ///                 bytes are a unit of UTF-16, an odd last one becomes U+FFFD
+    /// @return 0; 2 when called from a callback; 710 stopped
     std::uint32_t StartParse(StringNS::CharSet::Code charset);
 
-    /// Parses the next piece, of any size. @param data  borrowed for the call. @param size  in
-    /// bytes
+    /// Parses the next piece, of any size.
+    /// @param data  borrowed for the call
+    /// @param size  in bytes
     /// @return 0; 16 when the piece ends inside a construct, no error; 10 before `StartParse`; 2
-    /// for null data with a size and out of a callback; 701 to 703; 710 stopped; 711 a token went
-    /// over a limit
+    ///         for null data with a size, and when called from a callback; 701 to 703; 710 stopped;
+    ///         711 a token exceeded a limit
     std::uint32_t ParseBuffer(const void* data, std::size_t size);
 
-    /// Parses a stream from its current place to its end, in reads of BUFFER_SIZE bytes. Neither
-    /// starts nor ends the document. It goes on reading for as long as the stream answers 0, also
-    /// without a byte.
-    /// @param release  deletes the stream, whatever the result; a call out of a callback leaves it
-    /// to the caller
-    /// @return 0, also when the stream ends inside a construct; 2 for null and out of a callback;
-    /// 10 before `StartParse`; 701 to 703, 710, 711; the code of the stream or of the buffer; 512
-    /// for a stream that claims more bytes than it was asked for
+    /// Parses a stream from its current position to its end, in reads of BUFFER_SIZE bytes. Neither
+    /// starts nor ends the document. It reads for as long as the stream answers 0, even when no
+    /// bytes come.
+    /// @param release  delete the stream, whatever the result; a call from a callback leaves it to
+    ///                 the caller
+    /// @return 0, also when the stream ends inside a construct; 2 for null, and when called from a
+    ///         callback; 10 before `StartParse`; 701 to 703, 710, 711; the code of the stream or of
+    ///         the buffer; 512 for a stream that claims more bytes than were requested
     std::uint32_t ParseStream(VFS::InputStream* stream, bool release);
 
-    /// Parses a file as `ParseStream` does. @return the same; 506 when it cannot be opened, or for
-    /// a null path
+    /// Parses a file as `ParseStream` does.
+    /// @return the same; 506 when it cannot be opened, or for a null path
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document. Text after the last tag, and a construct that is not complete, cause no
-    /// event. Without a document it does nothing, and after 710 and 711 it causes no event. @return
-    /// 0; 2 out of a callback; 710 when `OnStopParsing` stopped
+    /// event. Without a document it does nothing, and after 710 and 711 it causes no event.
+    /// @return 0; 2 when called from a callback; 710 when `OnStopParsing` stopped
     std::uint32_t EndParse();
 
-    /// Ends the document out of a callback. The call that feeds, starts or ends answers 710 when
-    /// the event has reached all observers, and no other event follows, not even the `OnEndTag` of
-    /// a short tag; an exception out of the same callback passes, and the document is over all the
-    /// same. `EndParse` then answers 0 without an event. Until the next `StartParse` bytes are not
-    /// read: the call answers 710. A copy of a stopped parser is stopped. @return 0; 2 when no
-    /// callback is at work, and nothing changes
+    /// Ends the document from a callback. The call that feeds, starts or ends answers 710 when the
+    /// event has reached all observers, and no other event follows, not even the `OnEndTag` of a
+    /// short tag. An exception of the same callback passes through, and the document is over as
+    /// well. `EndParse` then answers 0 without an event. Until the next `StartParse` no bytes are
+    /// read: feeding calls answer 710. A copy of a stopped parser is stopped.
+    /// @return 0; 2 when no callback is running, and nothing changes
     std::uint32_t Stop();
 
-    /// Limits what one token may take. A token is a text, or what lies between a "<" and the end of
-    /// the construct, white space and all; a script or a style sheet is one token with its tags.
-    /// One of more bytes ends the call with 711. All events before it have been caused,
+    /// Limits the size of one token. A token is a text, or a construct from its "<" to its end,
+    /// white space included; a script or a style sheet is one token with its tags. A token of more
+    /// bytes ends the call with 711. All events before it have been caused,
     /// `GetCurrentOffset` is the offset of its first byte, and line and column are those of that
     /// byte. `EndParse` then answers 0 without an event. Or the host goes on: the next byte that it
     /// feeds has that offset, and is read as the first one of a token.
     ///
-    /// **Memory**: the most that a parser takes from the heap for a stream is then 64 KiB, its
-    /// buffer, and 16 times the limit, when that is at least 4 KiB. For this a limit bounds the
-    /// attributes of a tag and the items of a declaration as well: 24 of them and one more for
-    /// every 128 bytes of the limit. `SetMaxAttributes` sets another number for attributes.
-    /// @param bytes  of the document; 0, the default, for no limit. Takes effect at once, survives
-    /// `StartParse`, and is a copy's too
+    /// **Memory**: with a limit of at least 4 KiB a parser allocates for a stream at most 64 KiB,
+    /// its buffer, and 16 times the limit. For this a limit also bounds the attributes of a tag and
+    /// the items of a declaration: 24 of them and one more for every 128 bytes of the limit.
+    /// `SetMaxAttributes` sets another number for attributes.
+    /// @param bytes  of the document; 0, the default, for no limit. Takes effect immediately,
+    ///               survives `StartParse`, and is copied with the parser
     /// @return 0
     std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
     std::uint64_t GetMaxTokenSize() const;
@@ -200,54 +208,60 @@ public:
     /// Limits the attributes of a tag or an instruction. One more ends the call with 711, as for
     /// `SetMaxTokenSize`.
     /// @param count  0, the default, for no limit. Takes effect with the next attribute, survives
-    /// `StartParse`, and is a copy's too
+    ///               `StartParse`, and is copied with the parser
     /// @return 0
     std::uint32_t SetMaxAttributes(std::uint64_t count);
     std::uint64_t GetMaxAttributes() const;
 
-    /// Bit 0: the markup may replace a charset that was given or found before. @return 0
+    /// Bit 0: the markup may replace a charset that was given or found before.
+    /// @return 0
     std::uint32_t SetFlags(unsigned long newFlags);
     unsigned long GetFlags() const;  ///< initially 1
 
-    /// How the content of elements without markup is read, from the next start tag on that is
-    /// complete; what has begun goes on as it began. It stays for the next documents, and copies
-    /// have it.
+    /// Says how the content of elements without markup is read. Takes effect with the next start
+    /// tag that is complete; a content that has begun continues as it began. The setting survives
+    /// `StartParse`, and is copied with the parser.
     ///
     /// With SCRIPT_AS_TEXT the content of `script`, `style`, `textarea`, `title`, `xmp`, `iframe`,
     /// `noembed` and `noframes` is text up to the element's own end tag: "</" and the name,
-    /// compared without case, followed by white space, "/" or ">". In a script the part in `<!--`
-    /// and `-->` may hold scripts with their end tags, as the HTML standard has it. `OnScript` and
-    /// `OnStyle` get the body as it is written; of the other elements the events are `OnStartTag`,
-    /// `OnText` unless the content is empty, and `OnEndTag`. Nothing ends `plaintext`, so its
-    /// content causes no event.
+    /// compared without case, followed by white space, "/" or ">". In a script the part between
+    /// `<!--` and `-->` may contain scripts with their end tags, as in the HTML standard.
+    /// `OnScript` and `OnStyle` get the body as it is written; the other elements cause
+    /// `OnStartTag`, `OnText` unless the content is empty, and `OnEndTag`. Nothing ends
+    /// `plaintext`, so its content causes no event.
     ///
-    /// What lies between the name of such an end tag and its first ">" is dropped. A "/" at the end
-    /// of such a start tag closes nothing. A tag whose name browsers would not see there, as in "<
-    /// title>" and "<title=a>", has no such content; those of scripts and style sheets then cause
-    /// `OnStartTag`. A stop and an exception out of the callback of such a tag or of its text end
-    /// the content.
+    /// What is between the name of such an end tag and its first ">" is dropped. A "/" at the end
+    /// of such a start tag closes nothing. A tag whose name browsers would not recognize, as in
+    /// "< title>" and "<title=a>", has no such content; such tags of scripts and style sheets cause
+    /// `OnStartTag`. A stop or an exception in the callback of such a tag or of its text ends the
+    /// content.
     /// @return 0; 2 for another value, and nothing changes
     std::uint32_t SetScriptMode(ScriptMode newMode);
     ScriptMode GetScriptMode() const;
 
-    /// Line, from 1. Two line breaks in a row, of any kind, count as one. @param out  not null.
+    /// Line, from 1. Two line breaks in a row, of any kind, count as one (kept).
+    /// @param out  not null
     /// @return 0
     std::uint32_t GetCurrentLineNumber(std::size_t* out) const;
 
-    /// Column, from 1. A byte of text, of a script or of a style sheet counts two. @param out  not
-    /// null. @return 0
+    /// Column, from 1. A byte of text, of a script or of a style sheet counts two (kept).
+    /// @param out  not null
+    /// @return 0
     std::uint32_t GetCurrentColumnNumber(std::size_t* out) const;
 
-    /// Offset of the next unread byte, from the first one fed after `StartParse`. A construct lies
-    /// between the offsets of the event before it, or 0, and of its own; the end tag that a tag
-    /// ending in "/>" causes lies, without a byte, after that tag. Bytes that may begin the end tag
-    /// of a content that is text count as unread, for line and column too.
-    /// @param out  not null. @return 0
+    /// Offset of the next unread byte, from the first one fed after `StartParse`. A construct
+    /// extends from the offset of the previous event, or from 0, to that of its own event; the end
+    /// tag that a tag ending in "/>" causes is after that tag and has no bytes. Bytes that may
+    /// begin the end tag of a content that is text count as unread, for line and column too.
+    /// @param out  not null
+    /// @return 0
     std::uint32_t GetCurrentOffset(std::uint64_t* out) const;
 
-    /// In a callback that gets attributes, the place of one.
-    /// @param index  from 0, in document order. @param place  untouched when the answer is not 0
-    /// @return 0; 2 for null, in another callback or out of one, or when there is no such attribute
+    /// The place of an attribute, in a callback that gets attributes.
+    /// @param index  from 0, in document order
+    /// @param place  unchanged when the answer is not 0
+    /// @return 0; 2 for null, in another callback, outside a callback, or when there is no such
+    ///         attribute
     std::uint32_t GetAttributePlace(std::size_t index, AttributePlace* place) const;
 
 private:

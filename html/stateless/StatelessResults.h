@@ -8,12 +8,13 @@ namespace Kestra::HTML {
 /// through unchanged.
 enum StatelessResult : std::uint32_t {
     STATELESS_OK = 0,
-    STATELESS_INVALID_ARGUMENT = 2,  ///< a null stream, null data with a size, or a call out of a callback; internal:
-                                     ///< the flags keep the charset
-    STATELESS_NO_CHARSET = 6,        ///< internal: no charset is known after a tag that may declare one
-    STATELESS_NOT_STARTED = 10,      ///< `ParseBuffer` outside of `StartParse` and `EndParse`
-    STATELESS_NEED_MORE_DATA =
-        16,  ///< the piece ended inside a tag, a declaration, a script or a style sheet; no error
+    /// A null stream, null data with a size, or a call out of a callback; internal: the flags keep
+    /// the charset.
+    STATELESS_INVALID_ARGUMENT = 2,
+    STATELESS_NO_CHARSET = 6,    ///< internal: no charset is known after a tag that may declare one
+    STATELESS_NOT_STARTED = 10,  ///< `ParseBuffer` outside of `StartParse` and `EndParse`
+    /// The piece ended inside a tag, a declaration, a script or a style sheet; no error.
+    STATELESS_NEED_MORE_DATA = 16,
     STATELESS_FILE_NOT_OPENED = 506,    ///< `ParseFile`
     STATELESS_NAME_EXPECTED = 701,      ///< a name must begin with a letter or "_"
     STATELESS_TAG_END_EXPECTED = 702,   ///< something else is where a tag, a declaration or an instruction must end

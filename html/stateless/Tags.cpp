@@ -195,10 +195,10 @@ std::uint32_t ParseAttrs(Data& data) {
 namespace {
 
 //  state    white space   "/"    ">"        other
-//  0 name   the name recognizer reads on: "a" before " ": to 1; " a" before "/": to 1; "a" before ">": to 1; before
-//  "1": 701 1 list   the attribute recognizer reads on: before ">": to 2; " a=b" before ">": to 2; " a" before "/": to
-//  2;
-//           "a='>'b " before "?": to 2; "%" before ">": to 2
+//  0 name   the name recognizer reads on: "a" before " ": to 1; " a" before "/": to 1; "a" before ">": to 1;
+//           before "1": 701
+//  1 list   the attribute recognizer reads on: before ">": to 2; " a=b" before ">": to 2;
+//           " a" before "/": to 2; "a='>'b " before "?": to 2; "%" before ">": to 2
 //  2 end    drop          to 3   as 3       702
 //  3 last   702           702    complete   702
 struct StartTag {

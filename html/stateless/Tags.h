@@ -5,8 +5,8 @@
 #include "html/stateless/Scan.h"
 
 /// @file
-/// Start tags and end tags, and the names, values and attributes that other constructs have as
-/// well. Not installed.
+/// Start tags and end tags, and the names, values and attributes that other constructs have too.
+/// Not installed.
 ///
 /// An `Init` function prepares the record for the first byte. A `Parse` function reads on from any
 /// byte and answers 0 when its part is complete, 16 when the piece is used up, 701 or 702 at a byte
@@ -23,8 +23,8 @@ void InitValueParser(Data& data);
 std::uint32_t ParseValue(Data& data);
 
 void InitAttrParser(Data& data);
-/// One attribute, into `identifier`, `value` and `attributePlace`. One that begins with a byte that
-/// no name begins with takes the rest of the tag with it, or of the piece.
+/// One attribute, into `identifier`, `value` and `attributePlace`. An attribute that begins with a
+/// byte that no name begins with takes the rest of the tag, or of the piece (kept).
 std::uint32_t ParseAttr(Data& data);
 
 void InitAttrsParser(Data& data);

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "html/framework/Attribute.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/tags/AttributeSimpleParser.h"
 #include "html/tags/TagGrammar.h"
 #include "platform/Vector.h"
 
 /// @file
-/// What a tag does with each attribute that its attribute recognizer has completed. Shared by the
-/// recognizers of tags; not installed.
+/// Adds completed attributes to the list of a tag. Shared by the recognizers of tags; not
+/// installed.
 
 namespace Kestra::HTML {
 
@@ -47,13 +47,13 @@ inline std::uint32_t LeaveAttribute(AttributeListStep step, const AttributeListE
 template <typename C, typename S>
 void AppendAttribute(AttributeSimpleParserData<C, S>* data, Vector<Attribute<C, S>>* attributes) {
     Attribute<C, S>& attribute = attributes->AppendRecycled();
-    TakeText(&data->prefix, &attribute.prefix);
-    TakeText(&data->name, &attribute.name);
+    MoveText(&data->prefix, &attribute.prefix);
+    MoveText(&data->name, &attribute.name);
     attribute.hasValue = data->hasValue != 0;
     if (attribute.hasValue) {
-        TakeText(&data->beforeEquals, &attribute.beforeEquals);
-        TakeText(&data->afterEquals, &attribute.afterEquals);
-        TakeText(&data->value, &attribute.value);
+        MoveText(&data->beforeEquals, &attribute.beforeEquals);
+        MoveText(&data->afterEquals, &attribute.afterEquals);
+        MoveText(&data->value, &attribute.value);
         attribute.quote = data->quote;
     } else {
         attribute.beforeEquals.clear();
@@ -69,7 +69,7 @@ void RestartAttribute(AttributeSimpleParser<C, S>* attribute, AttributeSimplePar
     data->iso2022 = iso2022;
 }
 
-/// Settles the attributes of one tag, each when its recognizer has completed it.
+/// Handles the attributes of one tag, each when its recognizer has completed it.
 template <typename C, typename S>
 class AttributeList {
 public:
@@ -84,13 +84,13 @@ public:
           suffix(&tag->suffix),
           iso2022(tag->iso2022) {}
 
-    /// Settles the completed attribute: with a value, without one, or none at all.
+    /// Handles the completed attribute: with a value, without one, or no attribute at all.
     ///
     /// The white space after an attribute without a value becomes the prefix of the next one, which
     /// then goes on at its name.
     ///
-    /// @param context  one character is left: an attribute completes before it, or after a closing
-    /// quote
+    /// @param context  at least one character is left, unless the attribute ended with a closing
+    ///                 quote
     /// @param closingMark  "/", or "?" of an XML declaration
     /// @param bareValueKeepsIso2022  false: the restart after a non-empty unquoted value leaves
     /// `iso2022` off
@@ -98,7 +98,7 @@ public:
         if (data->hasValue != 0)
             return SettleValue(context, closingMark, bareValueKeepsIso2022);
         if (data->name.empty()) {
-            TakeText(&data->prefix, suffix);
+            MoveText(&data->prefix, suffix);
             Restart(iso2022);
             return AttributeListStep::END_OF_LIST;
         }
@@ -113,11 +113,11 @@ public:
         return isClosed ? AttributeListStep::CLOSING_MARK : AttributeListStep::NEXT_ATTRIBUTE;
     }
 
-    /// Settles a name from which the closing mark has been taken: of "/" alone only the white space
-    /// before it is left.
+    /// Handles a name without its closing mark. If nothing is left of the name, the white space
+    /// before it becomes the suffix.
     void AppendNameOrSuffix() {
         if (data->name.empty())
-            TakeText(&data->prefix, suffix);
+            MoveText(&data->prefix, suffix);
         else
             AppendAttribute(data, attributes);
     }
@@ -146,13 +146,13 @@ private:
         RestartAttribute(recognizer, data, allowEscapeRuns);
     }
 
-    /// The white space moves aside while the recognizer restarts, and `beforeEquals` keeps its
-    /// buffer.
+    /// Saves the white space while the recognizer restarts, and gives `beforeEquals` its buffer
+    /// back.
     void RestartAtName() {
         S carry;
         carry.swap(data->beforeEquals);
         Restart(iso2022);
-        TakeText(&carry, &data->prefix);
+        MoveText(&carry, &data->prefix);
         data->beforeEquals.swap(carry);
         data->state = ATTRIBUTE_NAME;
     }

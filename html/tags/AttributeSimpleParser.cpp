@@ -1,8 +1,8 @@
 #include "html/tags/AttributeSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -38,7 +38,7 @@ std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
             case ATTRIBUTE_PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->prefix);
+                MoveText(&whiteSpaceData.text, &data->prefix);
                 data->state = ATTRIBUTE_NAME;
                 identifier.BeginParse(&identifierData);
                 identifierData.attributeNameMode = true;
@@ -46,14 +46,14 @@ std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
             case ATTRIBUTE_NAME:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&identifierData.text, &data->name);
+                MoveText(&identifierData.text, &data->name);
                 data->state = ATTRIBUTE_AFTER_NAME;
                 whiteSpace.BeginParse(&whiteSpaceData);
                 continue;
             case ATTRIBUTE_AFTER_NAME:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->beforeEquals);
+                MoveText(&whiteSpaceData.text, &data->beforeEquals);
                 data->state = ATTRIBUTE_EXPECT_EQUALS;
                 continue;
             case ATTRIBUTE_EXPECT_EQUALS:
@@ -70,8 +70,8 @@ std::uint32_t AttributeSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
                 const std::uint32_t result = token.Parse(context, &tokenData);
                 if (result == SP_TOKEN_COMPLETE) {
                     data->hasValue = 1;
-                    TakeText(&tokenData.prefix, &data->afterEquals);
-                    TakeText(&tokenData.value, &data->value);
+                    MoveText(&tokenData.prefix, &data->afterEquals);
+                    MoveText(&tokenData.value, &data->value);
                     data->quote = tokenData.quote;
                 }
                 return result;

@@ -1,8 +1,8 @@
 #include "html/tags/EndTagSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
 
@@ -31,9 +31,8 @@ std::uint32_t EndTagSimpleParser<C, S>::BeginParse(Data* data) {
 //  2 after the name      keep          as 5   as 5       as 5                     as 5            as 5
 //  5 what comes next     as 3          as 3   complete   complete, unread, open   as 3            as 3
 //  3 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 4;
-//                        "a/" before ">": to 5; "/" before ">": to 5; "a=b/" before ">": to 5; "a=/" before ">": to 5,
-//                        fail;
-//                        "/ " before "a": fail
+//                        "a/" before ">": to 5; "/" before ">": to 5; "a=b/" before ">": to 5;
+//                        "a=/" before ">": to 5, fail; "/ " before "a": fail
 //  4 end of attributes   fail          to 5   complete   fail                     fail            fail
 //
 // The "<" that ends a tag in state 5 is left for the next token, unlike the one that a start tag
@@ -45,21 +44,21 @@ std::uint32_t EndTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context
             case END_TAG_PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->prefix);
+                MoveText(&whiteSpaceData.text, &data->prefix);
                 data->state = END_TAG_NAME;
                 identifier.BeginParse(&identifierData);
                 continue;
             case END_TAG_NAME:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&identifierData.text, &data->name);
+                MoveText(&identifierData.text, &data->name);
                 data->state = END_TAG_AFTER_NAME;
                 whiteSpace.BeginParse(&whiteSpaceData);
                 continue;
             case END_TAG_AFTER_NAME:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->afterName);
+                MoveText(&whiteSpaceData.text, &data->afterName);
                 data->state = END_TAG_DECIDE;
                 continue;
             case END_TAG_DECIDE:

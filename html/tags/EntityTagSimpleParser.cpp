@@ -1,8 +1,8 @@
 #include "html/tags/EntityTagSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -48,14 +48,14 @@ std::uint32_t EntityTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
             case PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->prefix);
+                MoveText(&whiteSpaceData.text, &data->prefix);
                 data->state = KEYWORD;
                 identifier.BeginParse(&identifierData);
                 continue;
             case KEYWORD:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&identifierData.text, &data->name);
+                MoveText(&identifierData.text, &data->name);
                 data->state = ITEMS;
                 RestartToken(*data);
                 continue;
@@ -71,8 +71,8 @@ std::uint32_t EntityTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
     return SP_NEED_MORE_DATA;
 }
 
-/// State 2, one item. An empty bare word ends the list: it comes before ">", or of the "<" that may
-/// not come here.
+/// State 2, one item. An empty bare word ends the list: it is before a ">", or before a "<", which
+/// must not come here.
 template <typename C, typename S>
 std::uint32_t EntityTagSimpleParser<C, S>::ParseItem(SimpleParserContext<C, S>* context, Data* data) {
     const std::uint32_t result = token.Parse(context, &tokenData);
@@ -80,15 +80,15 @@ std::uint32_t EntityTagSimpleParser<C, S>::ParseItem(SimpleParserContext<C, S>* 
         return result;
     if (!tokenData.value.empty() || tokenData.quote != QUOTE_NONE) {
         EntityToken<C, S>& item = data->tokens.AppendRecycled();
-        TakeText(&tokenData.prefix, &item.prefix);
-        TakeText(&tokenData.value, &item.value);
+        MoveText(&tokenData.prefix, &item.prefix);
+        MoveText(&tokenData.value, &item.value);
         item.quote = tokenData.quote;
         RestartToken(*data);
         return data->tokens.size() > maxParts ? std::uint32_t{PARSER_LIMIT_EXCEEDED} : std::uint32_t{SP_NEED_MORE_DATA};
     }
     if (Scan::Next(*context) != '>')
         return SP_MALFORMED;
-    TakeText(&tokenData.prefix, &data->suffix);
+    MoveText(&tokenData.prefix, &data->suffix);
     Scan::Advance(*context);
     return SP_TOKEN_COMPLETE;
 }

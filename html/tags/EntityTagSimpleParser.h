@@ -20,8 +20,9 @@ struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
     S name;                            ///< the keyword as written, for example "DOCTYPE"
     Vector<EntityToken<C, S>> tokens;  ///< words and quoted strings in document order
     S suffix;                          ///< white space before the closing ">"
-    bool iso2022 =
-        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    /// Double-quoted strings may contain ISO-2022 escape runs; set by the owner after
+    /// `BeginParse`.
+    bool iso2022 = false;
 };
 
 /// Reads a declaration such as "<!DOCTYPE html>", from after its "<!" to its ">", inclusive.
@@ -36,7 +37,7 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up;
-    ///         SP_MALFORMED for a "<" where an item or the ">" may stand; a code of a quoted
+    ///         SP_MALFORMED for a "<" where an item or the ">" may be; a code of a quoted
     ///         string, unchanged; 711 for more items than the driver allows.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 

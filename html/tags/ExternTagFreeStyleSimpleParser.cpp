@@ -36,15 +36,17 @@ void ExternTagFreeStyleSimpleParser<C, S>::RestartDQuoteString(const Data& data)
     dQuoteStringData.allowEscape2022 = data.iso2022;
 }
 
-//  state             "?"          "'"     '"'     "/"          "*"          line feed    ">" other 0 free text hold, to
-//  7   to 5    to 6    to 1         keep         keep         as 7                      keep 1 after "/"       other
-//  other   other   "//", to 4   "/*", to 2   other        other                     "/", as 0 2 block comment   keep
-//  keep    keep    keep         to 3         keep         keep                      keep 3 "*" in it       other other
-//  other   "*/", to 0   other        other        other                     "*", as 0 (kept) 4 line comment    keep
-//  keep    keep    keep         keep         keep, to 0   keep                      keep 5 in "'"          the string
-//  recognizer reads on: '>"': hold; "a'": "'a'", to 0; "a\'": hold 6 in '"'          the string recognizer reads on:
-//  ">'": hold; 'a"': '"a"', to 0; 'a\"': hold 7 after "?"       other        other   other   other        other other
-//  release, keep, complete   release, as 0
+//  state        "?"         "'"    '"'    "/"         "*"         line feed   ">"                      other
+//  0 text       hold, to 7  to 5   to 6   to 1        keep        keep        as 7                     keep
+//  1 after "/"  other       other  other  "//", to 4  "/*", to 2  other       other                    "/", as 0
+//  2 block      keep        keep   keep   keep        to 3        keep        keep                     keep
+//  3 after "*"  other       other  other  "*/", to 0  other       other       other                    "*", as 0 (kept)
+//  4 line       keep        keep   keep   keep        keep        keep, to 0  keep                     keep
+//  5 in "'"     the string recognizer reads on: '>"': hold; "a'": "'a'", to 0; "a\'": hold
+//  6 in '"'     the string recognizer reads on: ">'": hold; 'a"': '"a"', to 0; 'a\"': hold
+//  7 after "?"  other       other  other  other       other       other       release, keep, complete  release, as 0
+//
+// States 2 and 3 are a block comment, state 4 a line comment.
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {
@@ -84,7 +86,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::Parse(SimpleParserContext<C,
 /// State 0. Consumes the character that stops it, except for ">".
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseFreeText(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil<FREE_TEXT_STOPS>(*context));
+    data->text.append(Scan::ConsumeUntil<FREE_TEXT_STOPS>(*context));
     if (Scan::AtEnd(*context))
         return SP_NEED_MORE_DATA;
     const C stop = Scan::Next(*context);
@@ -128,7 +130,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterSlash(SimpleParser
 /// State 2.
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseBlockComment(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil<Scan::ASTERISK>(*context));
+    data->text.append(Scan::ConsumeUntil<Scan::ASTERISK>(*context));
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
         data->state = FREE_STYLE_AFTER_ASTERISK;
@@ -151,7 +153,7 @@ std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseAfterAsterisk(SimplePar
 /// State 4.
 template <typename C, typename S>
 std::uint32_t ExternTagFreeStyleSimpleParser<C, S>::ParseLineComment(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil<Scan::LINE_FEED>(*context));
+    data->text.append(Scan::ConsumeUntil<Scan::LINE_FEED>(*context));
     if (!Scan::AtEnd(*context)) {
         Scan::Advance(*context);
         data->text += '\n';

@@ -24,8 +24,9 @@ struct KESTRA_HTML_API ExternTagFreeStyleSimpleParserData : SimpleParserData<C, 
     std::uint32_t state = 0;       ///< an ExternTagFreeStyleState
     bool questionPending = false;  ///< a "?" has been read that is not yet in `text`
     S text;                        ///< the raw text
-    bool iso2022 =
-        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    /// Double-quoted strings may contain ISO-2022 escape runs; set by the owner after
+    /// `BeginParse`.
+    bool iso2022 = false;
 };
 
 /// Reads the raw text of a processing instruction, from after its target to its ">", inclusive.

@@ -1,8 +1,8 @@
 #include "html/tags/ExternTagSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/tags/AttributeList.h"
 
 namespace Kestra::HTML {
@@ -52,8 +52,9 @@ std::uint32_t ExternTagSimpleParser<C, S>::BeginParse(Data* data) {
 //                    "?" before ">": to 5; "a=b?" before ">": to 5; "a/" before ">": to 5; "/ " before ">": to 5
 //                    (kept); "a=?" before ">": to 5, fail; "? " before "a": fail
 //  3 expecting "?"   fail          to 5   fail        fail                 fail
-//  4 free style      the free-style recognizer reads on: "a": hold; "'>'": hold; "a?": hold; "a?>": complete; ">":
-//  complete 5 expecting ">"   fail          fail   complete    fail                 fail
+//  4 free style      the free-style recognizer reads on: "a": hold; "'>'": hold; "a?": hold; "a?>": complete;
+//                    ">": complete
+//  5 expecting ">"   fail          fail   complete    fail                 fail
 //
 // State 1 goes to 2 with the targets "xml", "xml:..." and "xml-...".
 template <typename C, typename S>
@@ -63,14 +64,14 @@ std::uint32_t ExternTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
             case PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->prefix);
+                MoveText(&whiteSpaceData.text, &data->prefix);
                 data->state = TARGET;
                 identifier.BeginParse(&identifierData);
                 continue;
             case TARGET:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&identifierData.text, &data->name);
+                MoveText(&identifierData.text, &data->name);
                 ChooseStyle(data);
                 continue;
             case ATTRIBUTES: {
@@ -91,7 +92,7 @@ std::uint32_t ExternTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* cont
                 const std::uint32_t result = freeStyle.Parse(context, &freeStyleData);
                 if (result == SP_TOKEN_COMPLETE) {
                     data->freeStyle = true;
-                    TakeText(&freeStyleData.text, &data->text);
+                    MoveText(&freeStyleData.text, &data->text);
                 }
                 return result;
             }
@@ -132,7 +133,7 @@ std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C
     const std::uint32_t result = attribute.Parse(context, &attributeData);
     if (result != SP_TOKEN_COMPLETE)
         return result;
-    if (TakeClosingSlash(data))
+    if (RemoveClosingSlash(data))
         return SP_NEED_MORE_DATA;
     const AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '?', false);
     return LeaveAttribute(step, {EXPECT_END, EXPECT_QUESTION_MARK}, &data->state);
@@ -141,7 +142,7 @@ std::uint32_t ExternTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C
 /// A name without a value that ends in "/" ends the declaration. White space after that "/" moves
 /// before it (kept).
 template <typename C, typename S>
-bool ExternTagSimpleParser<C, S>::TakeClosingSlash(Data* data) {
+bool ExternTagSimpleParser<C, S>::RemoveClosingSlash(Data* data) {
     constexpr bool WHITE_SPACE_COUNTS = false;
     const auto mark = TagGrammar::FindMarkOfName<C>(attributeData.name, WHITE_SPACE_COUNTS, '/');
     if (attributeData.hasValue != 0 || mark != TagGrammar::ClosingMark::CLOSES)

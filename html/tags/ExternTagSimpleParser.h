@@ -24,14 +24,15 @@ struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
     S text;                              ///< a free-style instruction from "<?" to ">", inclusive
     Vector<Attribute<C, S>> attributes;  ///< of an XML declaration, in document order, not normalized
     S suffix;                            ///< white space after the last attribute
-    bool iso2022 =
-        false;  ///< double-quoted strings may hold ISO-2022 escape runs; the owner sets it after `BeginParse`
+    /// Double-quoted strings may contain ISO-2022 escape runs; set by the owner after
+    /// `BeginParse`.
+    bool iso2022 = false;
 };
 
 /// Reads a processing instruction, from after its "<?" to its ">", inclusive.
 ///
 /// The targets "xml", "xml:..." and "xml-..." make it an XML declaration with attributes; any other
-/// one is raw text, in which quotes and script comments are understood.
+/// one is raw text, in which quotes and script comments are recognized.
 template <typename C, typename S>
 class KESTRA_HTML_API ExternTagSimpleParser final : public SimpleParser<C, S, ExternTagSimpleParserData<C, S>> {
 public:
@@ -55,7 +56,7 @@ public:
 private:
     void ChooseStyle(Data* data);
     std::uint32_t ParseAttributes(SimpleParserContext<C, S>* context, Data* data);
-    bool TakeClosingSlash(Data* data);
+    bool RemoveClosingSlash(Data* data);
 
     IdentifierSimpleParser<C, S> identifier;
     IdentifierSimpleParserData<C, S> identifierData;

@@ -1,8 +1,8 @@
 #include "html/tags/GenericTagSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -112,7 +112,7 @@ std::uint32_t GenericTagSimpleParser<C, S>::ChooseByKeyword(Data* data) {
         data->nextParser = ParserNames::CONDITIONAL_TAG;
     else
         return SP_MALFORMED;
-    TakeText(&identifierData.text, &data->keyword);
+    MoveText(&identifierData.text, &data->keyword);
     return SP_TOKEN_COMPLETE;
 }
 

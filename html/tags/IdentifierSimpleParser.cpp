@@ -16,7 +16,7 @@ std::uint32_t IdentifierSimpleParser<C, S>::BeginParse(Data* data) {
 template <typename C, typename S>
 std::uint32_t IdentifierSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     const Scan::Classes stops = data->attributeNameMode ? TagGrammar::ATTRIBUTE_NAME_STOPS : TagGrammar::TAG_NAME_STOPS;
-    data->text.append(Scan::RunUntil(*context, stops));
+    data->text.append(Scan::ConsumeUntil(*context, stops));
     return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
 }
 

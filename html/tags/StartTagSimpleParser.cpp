@@ -2,8 +2,8 @@
 
 #include "html/fastpath/WholeAttributes.h"
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/tags/AttributeList.h"
 
@@ -11,9 +11,9 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// Attributes of a list from which on those that lie in the piece as a whole need no recognizer.
-/// The first ones go through it, so that its strings are as long as those of most attributes before
-/// a cut falls into one that is longer.
+/// After this many attributes, those that are in the piece as a whole are read without their
+/// recognizer. The first ones go through it, so that its strings have the capacity for most
+/// attributes before the end of a piece cuts a longer one.
 constexpr std::size_t LONG_LIST = 8;
 
 }  // namespace
@@ -38,9 +38,8 @@ std::uint32_t StartTagSimpleParser<C, S>::BeginParse(Data* data) {
 //  0 prefix              keep          as 1   as 1       as 1             as 1            as 1
 //  1 name                as 2          keep   as 2       as 2             as 2            keep
 //  2 attributes          the attribute recognizer reads on: "a ": hold; "a='>' ": hold; " " before ">": to 3;
-//                        "a/" before ">": to 4; "/" before ">": to 4; "a=b/" before ">": to 4; "a=/" before ">": to 4,
-//                        fail;
-//                        "/ " before "a": fail
+//                        "a/" before ">": to 4; "/" before ">": to 4; "a=b/" before ">": to 4;
+//                        "a=/" before ">": to 4, fail; "/ " before "a": fail
 //  3 end of attributes   fail          to 4   complete   complete, open   fail            fail
 //  4 after "/"           fail          fail   complete   fail             fail            fail
 template <typename C, typename S>
@@ -50,14 +49,14 @@ std::uint32_t StartTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
             case START_TAG_PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->prefix);
+                MoveText(&whiteSpaceData.text, &data->prefix);
                 data->state = START_TAG_NAME;
                 identifier.BeginParse(&identifierData);
                 continue;
             case START_TAG_NAME:
                 if (identifier.Parse(context, &identifierData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&identifierData.text, &data->name);
+                MoveText(&identifierData.text, &data->name);
                 if (data->name.size() == 1 && data->name[0] == '<')
                     return SP_NOT_THIS_TOKEN;
                 data->state = START_TAG_ATTRIBUTES;
@@ -98,7 +97,7 @@ std::uint32_t StartTagSimpleParser<C, S>::ParseAttributes(SimpleParserContext<C,
         return result;
     AttributeListStep step = AttributeList<C, S>(&attribute, &attributeData, data).Settle(*context, '/', false);
     if (step == AttributeListStep::NEXT_ATTRIBUTE && data->attributes.size() >= LONG_LIST && !data->iso2022)
-        step = WholeAttributes<C, S>(context).ReadOn(&attributeData, data, maxParts);
+        step = WholeAttributes<C, S>(context).ContinueList(&attributeData, data, maxParts);
     if (HasClosingMark(step))
         data->selfClosing = true;
     return LeaveAttribute(step, {START_TAG_AFTER_SLASH, START_TAG_END_OF_ATTRIBUTES}, &data->state);

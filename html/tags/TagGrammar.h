@@ -6,8 +6,8 @@
 #include "html/framework/Scan.h"
 
 /// @file
-/// What the recognizers of tags and the fast path decide alike, written once: where names and
-/// values stop, and whether a "/" closes the tag. Not installed.
+/// The decisions that the recognizers of tags and the fast path share: where names and values stop,
+/// and whether a "/" closes the tag. Not installed.
 
 namespace Kestra::HTML::TagGrammar {
 
@@ -15,7 +15,7 @@ constexpr Scan::Classes ATTRIBUTE_NAME_STOPS = Scan::WHITE_SPACE | Scan::EQUALS_
 constexpr Scan::Classes TAG_NAME_STOPS = ATTRIBUTE_NAME_STOPS | Scan::BRACKET | Scan::LESS_THAN;
 constexpr Scan::Classes BARE_VALUE_STOPS = Scan::WHITE_SPACE | Scan::GREATER_THAN | Scan::LESS_THAN;
 
-/// What the last character of a word is when it may be the closing mark: "/", or "?" of an XML
+/// Says whether the last character of a word is the closing mark: "/", or "?" of an XML
 /// declaration.
 enum class ClosingMark {
     NONE,      ///< no mark, or one that belongs to the word
@@ -33,8 +33,7 @@ inline ClosingMark FindMarkOfBareValue(std::basic_string_view<C> value, C follow
     return value.size() == 1 ? ClosingMark::LONE : ClosingMark::CLOSES;
 }
 
-/// @param name  of an attribute without a value; one that is nothing but the mark closes the tag as
-/// well
+/// @param name  of an attribute without a value; a name that is only the mark closes the tag too
 template <typename C>
 inline ClosingMark FindMarkOfName(std::basic_string_view<C> name, bool whiteSpaceFollows, C mark) {
     if (name.empty() || name.back() != mark)
@@ -42,8 +41,8 @@ inline ClosingMark FindMarkOfName(std::basic_string_view<C> name, bool whiteSpac
     return whiteSpaceFollows ? ClosingMark::DETACHED : ClosingMark::CLOSES;
 }
 
-/// "<br/>" is read as the tag "br/"; a document wants the short tag "br". Only a bare name counts:
-/// "<br/ >" stays the tag "br/".
+/// Makes a short tag of "<br/>", which the recognizer reads as the tag "br/". Only a tag that is
+/// nothing but a name changes: "<br/ >" stays the tag "br/".
 /// @param data  the record of a complete start tag
 template <typename Data>
 inline void SettleShortTag(Data* data) {

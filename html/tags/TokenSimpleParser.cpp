@@ -1,8 +1,8 @@
 #include "html/tags/TokenSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 #include "html/tags/TagGrammar.h"
 
 namespace Kestra::HTML {
@@ -45,7 +45,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
             case PREFIX:
                 if (whiteSpace.Parse(context, &whiteSpaceData) != SP_TOKEN_COMPLETE)
                     return SP_NEED_MORE_DATA;
-                TakeText(&whiteSpaceData.text, &data->prefix);
+                MoveText(&whiteSpaceData.text, &data->prefix);
                 data->state = FIRST;
                 continue;
             case FIRST:
@@ -54,12 +54,12 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
                 ParseFirst(context, data);
                 continue;
             case UNQUOTED:
-                data->value.append(Scan::RunUntil(*context, TagGrammar::BARE_VALUE_STOPS));
+                data->value.append(Scan::ConsumeUntil(*context, TagGrammar::BARE_VALUE_STOPS));
                 return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
             case SINGLE_QUOTED: {
                 const std::uint32_t result = singleQuoted.Parse(context, &singleQuotedData);
                 if (result == SP_TOKEN_COMPLETE) {
-                    TakeText(&singleQuotedData.text, &data->value);
+                    MoveText(&singleQuotedData.text, &data->value);
                     data->quote = QUOTE_SINGLE;
                 }
                 return result;
@@ -67,7 +67,7 @@ std::uint32_t TokenSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context,
             case DOUBLE_QUOTED: {
                 const std::uint32_t result = doubleQuoted.Parse(context, &doubleQuotedData);
                 if (result == SP_TOKEN_COMPLETE) {
-                    TakeText(&doubleQuotedData.text, &data->value);
+                    MoveText(&doubleQuotedData.text, &data->value);
                     data->quote = QUOTE_DOUBLE;
                 }
                 return result;

@@ -32,7 +32,7 @@ std::uint32_t CCommentSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
             case BODY:
-                data->text.append(Scan::RunUntil<Scan::ASTERISK>(*context));
+                data->text.append(Scan::ConsumeUntil<Scan::ASTERISK>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = AFTER_ASTERISK;

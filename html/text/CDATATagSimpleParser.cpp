@@ -34,7 +34,7 @@ std::uint32_t CDATATagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* conte
         const C next = Scan::Next(*context);
         switch (static_cast<State>(data->state)) {
             case BODY:
-                data->text.append(Scan::RunUntil<Scan::CLOSING_BRACKET>(*context));
+                data->text.append(Scan::ConsumeUntil<Scan::CLOSING_BRACKET>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = AFTER_BRACKET;

@@ -1,8 +1,8 @@
 #include "html/text/CPPCommentSimpleParser.h"
 
 #include "html/framework/Instantiate.h"
+#include "html/framework/MoveText.h"
 #include "html/framework/Scan.h"
-#include "html/framework/TakeText.h"
 
 namespace Kestra::HTML {
 
@@ -13,8 +13,8 @@ enum State : std::uint32_t {
     CONSTRUCT = 1,
 };
 
-/// A construct that does not interrupt the comment, and what has been consumed of it: content of
-/// the comment after all.
+/// The characters consumed of a construct that does not interrupt the comment: they are content of
+/// the comment.
 struct PlainOpener {
     WideStringView parserName;
     const char* characters;
@@ -65,7 +65,7 @@ std::uint32_t CPPCommentSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* con
 /// State 0.
 template <typename C, typename S>
 std::uint32_t CPPCommentSimpleParser<C, S>::ParseBody(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunUntil<Scan::LINE_FEED | Scan::LESS_THAN>(*context));
+    data->text.append(Scan::ConsumeUntil<Scan::LINE_FEED | Scan::LESS_THAN>(*context));
     if (Scan::AtEnd(*context))
         return SP_NEED_MORE_DATA;
     if (Scan::Next(*context) == '\n')
@@ -94,7 +94,7 @@ std::uint32_t CPPCommentSimpleParser<C, S>::ParseConstruct(SimpleParserContext<C
     if (name != ParserNames::COMMENT_TAG && name != ParserNames::CDATA_TAG && name != ParserNames::CONDITIONAL_TAG)
         return SP_MALFORMED;
     data->nextParserName = name;
-    TakeText(&genericTagData.keyword, &data->keyword);
+    MoveText(&genericTagData.keyword, &data->keyword);
     return SP_TOKEN_COMPLETE;
 }
 

@@ -11,11 +11,10 @@ template <typename C, typename S>
 struct KESTRA_HTML_API CPPCommentSimpleParserData : SimpleParserData<C, S> {
     static constexpr WideStringView PARSER_NAME = ParserNames::CPP_COMMENT;
 
-    std::uint32_t state = 0;  ///< 0 in the body, 1 after a "<" whose construct is not yet known
-    S text;                   ///< the body, from after "//" on, without the line feed
-    S keyword;                ///< on a hand-over to a CDATA or conditional section: the word after "<!["
-    WideString
-        nextParserName;  ///< after SP_TOKEN_COMPLETE: who must run next; empty when a line feed ended the comment
+    std::uint32_t state = 0;    ///< 0 in the body, 1 after a "<" whose construct is not yet known
+    S text;                     ///< the body, from after "//" on, without the line feed
+    S keyword;                  ///< on a hand-over to a CDATA or conditional section: the word after "<!["
+    WideString nextParserName;  ///< after SP_TOKEN_COMPLETE: who must run next; empty after a line feed
 };
 
 /// Reads a script line comment, from after "//" to the line feed, exclusive.

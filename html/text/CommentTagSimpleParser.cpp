@@ -33,7 +33,7 @@ std::uint32_t CommentTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* con
         const C next = Scan::Next(*context);
         switch (static_cast<State>(data->state)) {
             case BODY:
-                data->text.append(Scan::RunUntil<Scan::HYPHEN>(*context));
+                data->text.append(Scan::ConsumeUntil<Scan::HYPHEN>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = AFTER_HYPHEN;

@@ -33,15 +33,15 @@ std::uint32_t ConditionalTagSimpleParser<C, S>::Parse(SimpleParserContext<C, S>*
     while (!Scan::AtEnd(*context)) {
         switch (static_cast<State>(data->state)) {
             case CONDITION:
-                data->condition.append(Scan::RunUntil<Scan::CLOSING_BRACKET>(*context));
+                data->condition.append(Scan::ConsumeUntil<Scan::CLOSING_BRACKET>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = TAIL;
                 }
                 continue;
             case TAIL: {
-                const std::basic_string_view<C> run = Scan::RunUntil<Scan::GREATER_THAN>(*context);
-                if (Scan::AtEnd(*context) && !pieceGoesOn) {
+                const std::basic_string_view<C> run = Scan::ConsumeUntil<Scan::GREATER_THAN>(*context);
+                if (Scan::AtEnd(*context) && !pieceContinues) {
                     data->tail.clear();
                     continue;
                 }

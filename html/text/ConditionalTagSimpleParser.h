@@ -38,8 +38,8 @@ public:
     struct Internals;
 
 private:
-    bool pieceGoesOn =
-        false;  // the context ends within a piece: what is scanned up to there is still in the piece of the ">"
+    // The context ends within a piece: what is scanned up to there is in the piece of the ">".
+    bool pieceContinues = false;
 };
 
 }  // namespace Kestra::HTML

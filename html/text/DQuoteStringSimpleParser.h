@@ -33,7 +33,7 @@ public:
     ///         owner calls again; a code of the escape recognizer, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// @return SP_UNTERMINATED; `text` holds what was read.
+    /// @return SP_UNTERMINATED; `text` is what was read.
     std::uint32_t EndParse(Data* data) override;
 
     /// Defined inside the library only.

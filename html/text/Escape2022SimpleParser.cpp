@@ -70,11 +70,10 @@ std::uint32_t Escape2022SimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state           sequence complete         sequence begun   no such sequence          ESC          other   end of
-//  input 0 designation   release, keep, to 1       hold             release, keep, complete   never        never
-//  release, complete 1 run           never                     never            never                     hold, to 2
-//  keep    complete 2 later ESC     release, keep, complete   hold             release, keep, to 1       never never
-//  release, complete
+//  state        sequence complete        sequence begun  no such sequence         ESC         other  end of input
+//  0 first ESC  release, keep, to 1      hold            release, keep, complete  never       never  release, complete
+//  1 run        never                    never           never                    hold, to 2  keep   complete
+//  2 later ESC  release, keep, complete  hold            release, keep, to 1      never       never  release, complete
 //
 // Held is a sequence from its ESC on.
 template <typename C, typename S>
@@ -92,7 +91,7 @@ std::uint32_t Escape2022SimpleParser<C, S>::Parse(SimpleParserContext<C, S>* con
                 continue;
             }
             case RUN:
-                data->text.append(Scan::RunUntil<Scan::ESCAPE>(*context));
+                data->text.append(Scan::ConsumeUntil<Scan::ESCAPE>(*context));
                 if (!Scan::AtEnd(*context)) {
                     Scan::Advance(*context);
                     data->state = LATER_ESC;

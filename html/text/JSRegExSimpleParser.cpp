@@ -17,7 +17,7 @@ template <typename C, typename S>
 std::uint32_t JSRegExSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     if (!ReadLiteral<Scan::LESS_THAN | Scan::LINE_FEED | Scan::CARRIAGE_RETURN, Scan::SLASH>(context, data))
         return SP_NEED_MORE_DATA;
-    // The scan never leaves "/" in `lastChar`, so only a record made by hand has its closing
+    // The scan never leaves "/" in `lastChar`, so only a record set by a caller has its closing
     // character read here.
     if (data->lastChar == '/') {
         Scan::Advance(*context);

@@ -17,7 +17,7 @@ struct KESTRA_HTML_API JSRegExSimpleParserData : SimpleParserData<C, S> {
 
 /// Reads a script regular expression, from after its opening "/" to the character that ends it,
 /// exclusive: an unescaped "/", or a "<", line feed or carriage return, escaped or not. The closing
-/// "/" is thus read as what follows (kept). Classes in brackets and flags get no treatment.
+/// "/" is thus read as what follows (kept). Classes in brackets and flags are not recognized.
 template <typename C, typename S>
 class KESTRA_HTML_API JSRegExSimpleParser final : public SimpleParser<C, S, JSRegExSimpleParserData<C, S>> {
 public:

@@ -13,7 +13,7 @@ std::uint32_t JunkSimpleParser<C, S>::BeginParse(Data* data) {
 
 template <typename C, typename S>
 std::uint32_t JunkSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
-    const std::basic_string_view<C> run = Scan::RunUntil<Scan::LESS_THAN>(*context);
+    const std::basic_string_view<C> run = Scan::ConsumeUntil<Scan::LESS_THAN>(*context);
     data->text.append(reinterpret_cast<const char*>(run.data()), run.size() * sizeof(C));
     return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
 }

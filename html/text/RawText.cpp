@@ -10,7 +10,7 @@ namespace Kestra::HTML {
 
 namespace {
 
-/// Characters from a "<" on that always suffice: "</", the longest name and one more.
+/// Characters from a "<" on that are always enough to decide: "</", the longest name and one more.
 constexpr std::size_t MOST_TO_JUDGE = 12;
 
 enum State : std::uint32_t {
@@ -36,16 +36,6 @@ bool EndsInDashes(std::basic_string_view<C> text, std::basic_string_view<C> run)
 template <typename C, typename S>
 std::basic_string_view<C> RawText<C, S>::CutName(std::basic_string_view<C> name) {
     return name.substr(0, name.find(C('/')));
-}
-
-template <typename C, typename S>
-bool RawText<C, S>::EndsName(C character) {
-    return EndsRawTextName(character);
-}
-
-template <typename C, typename S>
-RawTextElement RawText<C, S>::FindElement(std::basic_string_view<C> name) {
-    return FindRawTextElement(name);
 }
 
 template <typename C, typename S>
@@ -131,11 +121,11 @@ template <typename C, typename S>
 void RawText<C, S>::SkipToStop(SimpleParserContext<C, S>* context) const {
     constexpr Scan::Classes ESCAPED_STOPS = Scan::LESS_THAN | Scan::GREATER_THAN;
     if (iso2022)
-        Scan::RunUntil(*context, (state == CONTENT ? Scan::LESS_THAN : ESCAPED_STOPS) | Scan::ESCAPE);
+        Scan::ConsumeUntil(*context, (state == CONTENT ? Scan::LESS_THAN : ESCAPED_STOPS) | Scan::ESCAPE);
     else if (state == CONTENT)
-        Scan::RunUntil<Scan::LESS_THAN>(*context);
+        Scan::ConsumeUntil<Scan::LESS_THAN>(*context);
     else
-        Scan::RunUntil<ESCAPED_STOPS>(*context);
+        Scan::ConsumeUntil<ESCAPED_STOPS>(*context);
 }
 
 /// @return false when the piece is used up
@@ -149,7 +139,7 @@ bool RawText<C, S>::ReadEscapeRun(SimpleParserContext<C, S>* context, S* text) {
     return true;
 }
 
-/// What a "<" and what follows it are.
+/// Decides what a "<" and the characters after it are.
 template <typename C, typename S>
 auto RawText<C, S>::Judge(const C* begin, const C* end) -> Verdict {
     if (element == RawTextElement::PLAINTEXT)

@@ -14,8 +14,8 @@
 namespace Kestra::HTML {
 
 /// Reads the content of such an element, from after its start tag to before its end tag: "</" and
-/// the name, compared without case, followed by white space, "/" or ">". In a script a part in
-/// `<!--` and `-->` may hold scripts with their end tags.
+/// the name, compared without case, followed by white space, "/" or ">". In a script a part
+/// between `<!--` and `-->` may contain scripts with their end tags.
 ///
 /// Resumable at every character: a copy has all that it must remember. Never fails. Source: the
 /// tokenizer of the HTML standard, from its RCDATA state to its script data double escape end
@@ -26,21 +26,13 @@ public:
     /// The name without what follows its first "/", which ends a name in browsers.
     static std::basic_string_view<C> CutName(std::basic_string_view<C> name);
 
-    /// Whether a character ends a name, as in the HTML standard: the tags of this library know more
-    /// white space.
-    static bool EndsName(C character);
-
-    /// The element of that name, or `NONE`.
-    static RawTextElement FindElement(std::basic_string_view<C> name);
-
     /// @param hasEscapes  the document may have ISO-2022 runs, in which no character is markup
     void Begin(RawTextElement contentOf, bool hasEscapes);
 
-    /// Goes back to the begin of the content.
+    /// Resets to the beginning of the content.
     void Restart();
 
-    /// Reads on. What is consumed belongs to `text`, but for what is in `run`, which the caller
-    /// appends.
+    /// Reads on. What is consumed is appended to `text`, except `run`, which the caller appends.
     /// @param context  borrowed for the call
     /// @param text     the content up to here, and nothing else; receives what cannot be in `run`
     /// @param run      the last characters consumed
@@ -52,7 +44,8 @@ public:
     /// counts.
     std::uint64_t GetBegun() const;
 
-    /// They begin the end tag, and the caller takes them out of the content.
+    /// Drops these characters: they begin the end tag, and the caller removes them from the
+    /// content.
     void DropBegun();
 
     /// The input ends in the content.

@@ -29,7 +29,7 @@ public:
     /// up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// @return SP_UNTERMINATED; `text` holds what was read.
+    /// @return SP_UNTERMINATED; `text` is what was read.
     std::uint32_t EndParse(Data* data) override;
 };
 

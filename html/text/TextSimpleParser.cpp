@@ -43,10 +43,10 @@ WideStringView NameOf(C opener) {
 template <typename C, typename S>
 std::basic_string_view<C> RunOfText(SimpleParserContext<C, S>& context, Scan::Classes stops) {
     if (stops == Scan::LESS_THAN)
-        return Scan::RunUntil<Scan::LESS_THAN>(context);
+        return Scan::ConsumeUntil<Scan::LESS_THAN>(context);
     if (stops == STOPS_IN_SCRIPT)
-        return Scan::RunUntil<STOPS_IN_SCRIPT>(context);
-    return Scan::RunUntil(context, stops);
+        return Scan::ConsumeUntil<STOPS_IN_SCRIPT>(context);
+    return Scan::ConsumeUntil(context, stops);
 }
 
 }  // namespace
@@ -66,16 +66,17 @@ std::uint32_t TextSimpleParser<C, S>::BeginParse(Data* data) {
     return SP_NEED_MORE_DATA;
 }
 
-//  state                "<"     "'"             '"'             "/"            "*"             ESC     other end of
-//  input 0 text               tag     single-quoted   double-quoted   to 1           keep            to 2    keep
-//  complete 1 "/", expressions   other   other           other           line comment   block comment   other
-//  expression, unread   "/", complete 1 "/", none          other   other           other           line comment   block
-//  comment   other   "/", as 0            "/", complete 2 escape run         the escape recognizer reads on: "a": ESC
-//  "a", to 0; "$B": hold; "$B<" ESC "(B": ESC "$B<" ESC "(B", to 0;
-//                       end of input: ESC, complete
+//  state         "<"    "'"     '"'     "/"           "*"            ESC    other               end of input
+//  0 text        tag    single  double  to 1          keep           to 2   keep                complete
+//  1 "/", RegEx  other  other   other   line comment  block comment  other  expression, unread  "/", complete
+//  1 "/", none   other  other   other   line comment  block comment  other  "/", as 0           "/", complete
+//  2 escape run  the escape recognizer reads on: "a": ESC "a", to 0; "$B": hold;
+//                "$B<" ESC "(B": ESC "$B<" ESC "(B", to 0; end of input: ESC, complete
 //
-// A quote or an ESC that is not allowed is another character. A "/" goes to 1 when one of the two
-// comments is allowed; the opener of the other one is another character there.
+// "single" and "double" are the recognizers of quoted strings; "RegEx" is for texts in which
+// regular expressions are allowed. A quote or an ESC that is not allowed is another character. A
+// "/" goes to 1 when one of the two comments is allowed; the opener of the other one is another
+// character there.
 template <typename C, typename S>
 std::uint32_t TextSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
     while (!Scan::AtEnd(*context)) {

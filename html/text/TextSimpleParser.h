@@ -17,8 +17,9 @@ struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
     bool allowCPPComment = false;  ///< "//" starts a script line comment
     bool allowSQuoteString = false;
     bool allowDQuoteString = false;
-    bool allowJSRegEx =
-        false;  ///< a "/" that opens no comment starts a regular expression; it stops text only beside a comment flag
+    /// A "/" that opens no comment starts a regular expression. It stops text only where comments
+    /// are allowed too.
+    bool allowJSRegEx = false;
     bool allowEscape2022 = false;  ///< ESC starts an ISO-2022 run; 8-bit flavour only
     S text;                        ///< the text so far, without the opener of what follows
     WideString nextParserName;     ///< after SP_TOKEN_COMPLETE: who must run next
@@ -38,7 +39,7 @@ public:
     ///         the piece is used up; a code of the escape recognizer, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Settles a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape
+    /// Completes a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape
     /// recognizer.
     std::uint32_t EndParse(Data* data) override;
 
@@ -47,7 +48,7 @@ public:
 
 private:
     /// State 0 up to "<" or a quote, inclusive, without naming the recognizer that runs next.
-    /// Returns that opener, or 0 when something else stops the text: `Parse` goes on.
+    /// Returns that opener, or 0 when something else stops the text: then call `Parse`.
     C ReadUntilOpener(SimpleParserContext<C, S>* context, Data* data);
     bool ParseText(SimpleParserContext<C, S>* context, Data* data);
     bool ParseAfterSlash(SimpleParserContext<C, S>* context, Data* data);

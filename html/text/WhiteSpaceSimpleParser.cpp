@@ -13,7 +13,7 @@ std::uint32_t WhiteSpaceSimpleParser<C, S>::BeginParse(Data* data) {
 
 template <typename C, typename S>
 std::uint32_t WhiteSpaceSimpleParser<C, S>::Parse(SimpleParserContext<C, S>* context, Data* data) {
-    data->text.append(Scan::RunOfWhiteSpace(*context));
+    data->text.append(Scan::ConsumeWhiteSpace(*context));
     return Scan::AtEnd(*context) ? SP_NEED_MORE_DATA : SP_TOKEN_COMPLETE;
 }
 

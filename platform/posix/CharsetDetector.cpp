@@ -35,8 +35,8 @@ constexpr std::uint32_t DISPUTED_LIMIT = 40;        ///< the engines disagree
 constexpr std::uint32_t CONTRADICTED_LIMIT = 20;    ///< there is a NUL in what is to be 8-bit text
 constexpr std::uint32_t ICU_PREFERRED_FROM = 50;    ///< in a disagreement; right more often than any other limit
 constexpr std::uint32_t ICU_DAMAGED_UTF8 = 25;      ///< ICU: for each bad sequence, more than ten good ones
-constexpr std::uint32_t ICU_NO_INDICATION =
-    10;  ///< ICU: the bytes can be read as this charset, and nothing else speaks for it
+/// ICU: the bytes can be read as this charset, and nothing else speaks for it.
+constexpr std::uint32_t ICU_NO_INDICATION = 10;
 
 struct CloseIcu {
     void operator()(UCharsetDetector* detector) const {
@@ -83,8 +83,8 @@ bool IsBlank(std::string_view bytes) {
 /// Source: the table of well-formed byte sequences in the Unicode Standard, chapter 3.
 bool IsUtf8(std::string_view bytes) {
     std::uint32_t missing = 0;
-    unsigned lowest =
-        0x80;  // bounds of the next trail byte: they keep out overlong forms, surrogates and what lies above 10FFFF
+    // Bounds of the next trail byte: no overlong forms, no surrogates, nothing above 10FFFF.
+    unsigned lowest = 0x80;
     unsigned highest = 0xBF;
     for (const char character : bytes) {
         const unsigned byte = static_cast<unsigned char>(character);
@@ -251,7 +251,7 @@ DetectedCharset Weigh(const Answer& icuAnswer, const Answer& uchardetAnswer, std
 }
 
 /// True for the charsets in whose text a NUL byte is part of a character.
-bool HoldsNuls(CharSet::Code code) {
+bool HasNuls(CharSet::Code code) {
     return code == CharSet::UTF16_LE || code == 1201 || code == 12000 || code == 12001;
 }
 
@@ -303,7 +303,7 @@ std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, Dete
         return result;
 
     DetectedCharset answer = Weigh(icuAnswer, uchardetAnswer, text);
-    if (kinds.nul && !HoldsNuls(answer.code))
+    if (kinds.nul && !HasNuls(answer.code))
         answer.confidence = std::min(answer.confidence, CONTRADICTED_LIMIT);
     return answerWith(answer.code, answer.confidence);
 }

@@ -57,8 +57,8 @@ private:
     int descriptor;
 };
 
-constexpr std::size_t PATH_BUFFER_SIZE =
-    PATH_MAX + 5;  ///< one character of four bytes may begin at PATH_MAX; then the terminator
+/// One character of four bytes may begin at PATH_MAX; then comes the terminator.
+constexpr std::size_t PATH_BUFFER_SIZE = PATH_MAX + 5;
 
 /// Converts a NUL-terminated path to UTF-8, terminated as well.
 /// @return false for an empty path, a lone surrogate, or more than PATH_MAX bytes, which name

@@ -42,7 +42,7 @@ constinit State ownStates[OWN_STATES] = {};
 constinit std::atomic<bool> isTaken[OWN_STATES] = {};
 
 /// @return all zeros, or null when there is no memory
-State* TakeState() {
+State* ClaimState() {
     for (std::size_t i = 0; i < OWN_STATES; ++i) {
         if (!isTaken[i].exchange(true, std::memory_order_acquire)) {
             ownStates[i] = {};
@@ -54,7 +54,7 @@ State* TakeState() {
 
 /// Called by the system at the end of a thread, and for the threads that are left when the index is
 /// given back.
-void WINAPI GiveBackState(void* value) {
+void WINAPI ReleaseState(void* value) {
     auto* const state = static_cast<State*>(value);
     for (std::size_t i = 0; i < OWN_STATES; ++i) {
         if (state == &ownStates[i]) {
@@ -72,7 +72,7 @@ DWORD GetIndex() {
     DWORD current = index.load(std::memory_order_acquire);
     if (current != FLS_OUT_OF_INDEXES)
         return current;
-    const DWORD taken = FlsAlloc(GiveBackState);
+    const DWORD taken = FlsAlloc(ReleaseState);
     if (index.compare_exchange_strong(current, taken, std::memory_order_acq_rel))
         return taken;
     FlsFree(taken);  // another thread came first
@@ -80,7 +80,7 @@ DWORD GetIndex() {
 }
 
 /// Runs when the library is freed.
-__attribute__((destructor)) void GiveBackIndex() {
+__attribute__((destructor)) void ReleaseIndex() {
     const DWORD taken = index.exchange(FLS_OUT_OF_INDEXES);
     if (taken != FLS_OUT_OF_INDEXES)
         FlsFree(taken);
@@ -92,7 +92,7 @@ State* GetState() {
     const DWORD ours = GetIndex();
     auto* state = static_cast<State*>(FlsGetValue(ours));
     if (state == nullptr) {
-        state = TakeState();
+        state = ClaimState();
         if (state == nullptr || FlsSetValue(ours, state) == 0)
             std::terminate();  // as the runtime does; it cannot throw without a state
     }

@@ -263,7 +263,7 @@ Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out
 /// @param used  where the output of the string begins
 /// @return false, and the output ends there, when there is more than the terminator
 template <typename Out>
-bool TakeTerminator(std::size_t used, Out* output) {
+bool RemoveTerminator(std::size_t used, Out* output) {
     const bool isTerminatorAlone = output->size() == used + 1 && output->back() == 0;
     if (isTerminatorAlone || (sizeof(typename Out::value_type) == 1 && output->back() == 0)) {
         output->pop_back();
@@ -292,7 +292,7 @@ Outcome ConvertEnded(const System& system, const In* data, std::size_t size, Out
         for (const char character : ENDINGS[i])
             ended.push_back(static_cast<In>(character));
         outcome = ConvertWhole(system, ended.data(), ended.size(), output);
-        if (outcome == Outcome::UNITS && !TakeTerminator(used, output))
+        if (outcome == Outcome::UNITS && !RemoveTerminator(used, output))
             outcome = Outcome::NOTHING;
     }
     return outcome;

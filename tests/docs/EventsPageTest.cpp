@@ -11,9 +11,9 @@
 
 #include "html/stateless/StatelessHTMLParser.h"
 #include "tests/docs/PageExamples.h"
-#include "tools/kestra-html/EventsPass.h"
-#include "tools/kestra-html/JsonEventObserver.h"
-#include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/input/EventsPass.h"
+#include "tools/kestra-html/output/JsonEventObserver.h"
+#include "tools/kestra-html/output/LineSink.h"
 
 namespace Kestra::Test {
 namespace {
@@ -60,7 +60,7 @@ struct Outcome {
 };
 
 Outcome RunExample(const Block& input) {
-    Tool::EventsOptions options;
+    Tool::EventsPassOptions options;
     options.feed = Tool::FeedOptions::Feed::BUFFER;
     options.charset = input.GetNumber("charset");
     options.flags = input.GetNumber("flags", 1);

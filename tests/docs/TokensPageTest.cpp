@@ -10,8 +10,8 @@
 #include "html/parser/GenericParser.h"
 #include "platform/MemoryInputStream.h"
 #include "tests/docs/PageExamples.h"
-#include "tools/kestra-html/JsonObserver.h"
-#include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/output/JsonObserver.h"
+#include "tools/kestra-html/output/LineSink.h"
 
 namespace Kestra::Test {
 namespace {

@@ -1,39 +1,10 @@
-#include "platform/CharSetConverter.h"
-
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <set>
-#include <string>
-#include <string_view>
-
-#include "platform/Characters.h"
-#include "platform/Results.h"
 #include "tests/platform/ConverterCheck.h"
 
 // What holds on every platform: the library's own converters, and those answers of the system's
 // ones that all systems give.
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-using Test::CheckConversions;
-using Test::CheckFromWide;
-using Test::CheckLongStrings;
-using Test::CheckThereAndBack;
-using Test::CheckToWide;
-using Test::CheckUnsupported;
-using Test::ConversionRow;
-using Test::Dump;
-using Test::ForEverySequence;
-using Test::FromWide;
-using Test::FromWideRow;
-using Test::GetNamedCodes;
-using Test::ToWide;
-using Test::ToWideRow;
 
 TEST(CharSetConverterTest, Utf16IsACopyOfItsBytes) {
     const std::string alphabet("\x00\x01\x7F\x80\xA0\xD7\xD8\xDB\xDC\xDF\xE0\xFD\xFE\xFF", 14);
@@ -274,33 +245,32 @@ TEST(CharSetConverterTest, UnsupportedCodesAreAResult) {
         CheckUnsupported(code);
 }
 
-TEST(CharSetConverterTest, NullDataWithoutASizeIsAnEmptyString) {
+TEST(CharSetConverterTest, DataWithoutASizeIsAnEmptyString) {
     CharSetConverter converter;
-    for (const CharSet::Code code : {0U, 65001U, 1252U, 20127U, 28591U, 1200U, 932U, 50221U}) {
-        WideString units = KESTRA_WIDE("old content");
-        EXPECT_EQ(converter.ToWide(code, nullptr, 0, &units), RESULT_OK) << code;
-        EXPECT_TRUE(units.empty()) << code;
-        std::string bytes = "old content";
-        EXPECT_EQ(converter.FromWide(code, nullptr, 0, &bytes), RESULT_OK) << code;
-        EXPECT_TRUE(bytes.empty()) << code;
+    for (const CharSet::Code code : {0U, 65001U, 1252U, 20127U, 28591U, 1200U, 932U, 1251U, 50221U, 51932U, 65000U}) {
+        for (const bool isNull : {false, true}) {
+            WideString units = KESTRA_WIDE("old content");
+            EXPECT_EQ(converter.ToWide(code, isNull ? nullptr : "", 0, &units), RESULT_OK) << code;
+            EXPECT_TRUE(units.empty()) << code;
+            std::string bytes = "old content";
+            EXPECT_EQ(converter.FromWide(code, isNull ? nullptr : KESTRA_WIDE(""), 0, &bytes), RESULT_OK) << code;
+            EXPECT_TRUE(bytes.empty()) << code;
+        }
     }
 }
 
 TEST(CharSetConverterTest, EachStringStartsFresh) {
+    const FollowingRow rows[] = {
+        {50221, "\x1B$B$\"", "3042 "}, {50221, "$\"", "0024 0022 "}, {50222, "\x1B$B$\"", "3042 "},
+        {50222, "$\"", "0024 0022 "},  {65000, "+MEI", "3042 "},     {65000, "MEI", "004D 0045 0049 "},
+    };
+    CheckEachStartsFresh(rows);
     CharSetConverter converter;
     WideString units;
-    const auto toWide = [&](CharSet::Code code, std::string_view bytes) {
-        EXPECT_EQ(converter.ToWide(code, bytes.data(), bytes.size(), &units), RESULT_OK);
-        return Dump(units);
-    };
-    EXPECT_EQ(toWide(50221, "\x1B$B$\""), "3042 ");
-    EXPECT_EQ(toWide(50221, "$\""), "0024 0022 ");
-    EXPECT_EQ(toWide(50222, "\x1B$B$\""), "3042 ");
-    EXPECT_EQ(toWide(50222, "$\""), "0024 0022 ");
-    EXPECT_EQ(toWide(932, "\x83").size(), 5U);  // one mark of replacement, U+FFFD or what the code page has for it
-    EXPECT_EQ(toWide(932, "\\"), "005C ");
-    EXPECT_EQ(toWide(65000, "+MEI"), "3042 ");
-    EXPECT_EQ(toWide(65000, "MEI"), "004D 0045 0049 ");
+    EXPECT_EQ(converter.ToWide(932, "\x83", 1, &units), RESULT_OK);
+    EXPECT_EQ(units.size(), 1U) << "one mark of replacement, U+FFFD or what the code page has for it";
+    EXPECT_EQ(converter.ToWide(932, "\\", 1, &units), RESULT_OK);
+    EXPECT_EQ(Dump(units), "005C ");
 
     std::string bytes;
     const auto fromWide = [&](CharSet::Code code, WideStringView text) {
@@ -339,4 +309,4 @@ TEST(CharSetConverterTest, CopiesStartClosed) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

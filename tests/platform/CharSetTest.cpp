@@ -1,41 +1,15 @@
 #include "platform/CharSet.h"
 
-#include <gtest/gtest.h>
+#include "tests/platform/ConverterCheck.h"
 
-#include <cstddef>
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "platform/CharSetNames.h"
-#include "platform/Characters.h"
-
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-WideString Widen(std::string_view text) {
-    return WideString(text.begin(), text.end());
-}
 
 std::string Narrow(const WideString& text) {
     std::string narrow;
     for (const WideChar character : text)
         narrow += static_cast<char>(character);
     return narrow;
-}
-
-std::vector<std::string> SplitNames(std::string_view names) {
-    std::vector<std::string> parts;
-    std::size_t begin = 0;
-    for (std::size_t end = names.find(' '); end != std::string_view::npos; end = names.find(' ', begin)) {
-        parts.emplace_back(names.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    parts.emplace_back(names.substr(begin));
-    return parts;
 }
 
 std::string ToUpper(std::string text) {
@@ -110,7 +84,7 @@ TEST(CharSetTest, DeclaredNamesLeadToTheCodePageTheirTextIsIn) {
     };
     for (const Case& c : cases) {
         for (const std::string& name : SplitNames(c.names))
-            EXPECT_EQ(CharSet::GetCharSetCode(Widen(name)), c.code) << name;
+            EXPECT_EQ(CharSet::GetCharSetCode(To<WideString>(name)), c.code) << name;
     }
 }
 
@@ -122,7 +96,7 @@ TEST(CharSetTest, UnknownNamesHaveNoCode) {
         "windows-12", "iso 8859-1", "iso-2022-jp-2", "viscii",
     };
     for (const std::string_view name : names)
-        EXPECT_EQ(CharSet::GetCharSetCode(Widen(name)), CharSet::UNKNOWN) << name;
+        EXPECT_EQ(CharSet::GetCharSetCode(To<WideString>(name)), CharSet::UNKNOWN) << name;
     EXPECT_EQ(CharSet::GetCharSetCode(WideString(100000, static_cast<WideChar>('u'))), CharSet::UNKNOWN);
 }
 
@@ -139,13 +113,13 @@ TEST(CharSetTest, OnlyAsciiLettersAreFolded) {
 
 TEST(CharSetTest, EveryNameLeadsToItsRowInAnyCase) {
     std::size_t count = 0;
-    for (const CharSetRow& row : GetCharSetRows()) {
+    for (const CharSetRow& row : StringNS::GetCharSetRows()) {
         for (const std::string& name : SplitNames(row.names)) {
             EXPECT_FALSE(name.empty()) << row.code;
-            EXPECT_EQ(CharSet::GetCharSetCode(Widen(name)), row.code) << name;
-            EXPECT_EQ(CharSet::GetCharSetCode(Widen(ToUpper(name))), row.code) << name;
-            EXPECT_EQ(CharSet::GetCharSetCode(Widen(ToLower(name))), row.code) << name;
-            EXPECT_EQ(CharSet::GetCharSetCode(Widen(name + " ")), CharSet::UNKNOWN) << name;
+            EXPECT_EQ(CharSet::GetCharSetCode(To<WideString>(name)), row.code) << name;
+            EXPECT_EQ(CharSet::GetCharSetCode(To<WideString>(ToUpper(name))), row.code) << name;
+            EXPECT_EQ(CharSet::GetCharSetCode(To<WideString>(ToLower(name))), row.code) << name;
+            EXPECT_EQ(CharSet::GetCharSetCode(To<WideString>(name + " ")), CharSet::UNKNOWN) << name;
             ++count;
         }
     }
@@ -154,12 +128,12 @@ TEST(CharSetTest, EveryNameLeadsToItsRowInAnyCase) {
 
 TEST(CharSetTest, PreferredNamesLeadBack) {
     std::set<CharSet::Code> shared;
-    for (const CharSetRow& row : GetSharedCharSetNames()) {
+    for (const CharSetRow& row : StringNS::GetSharedCharSetNames()) {
         shared.insert(row.code);
         EXPECT_EQ(Narrow(CharSet::GetCharSetName(row.code)), row.names);
-        EXPECT_NE(CharSet::GetCharSetCode(Widen(row.names)), CharSet::UNKNOWN) << row.names;
+        EXPECT_NE(CharSet::GetCharSetCode(To<WideString>(row.names)), CharSet::UNKNOWN) << row.names;
     }
-    for (const CharSetRow& row : GetCharSetRows()) {
+    for (const CharSetRow& row : StringNS::GetCharSetRows()) {
         const WideString name = CharSet::GetCharSetName(row.code);
         EXPECT_FALSE(name.empty()) << row.code;
         if (shared.count(row.code) == 0) {
@@ -196,7 +170,7 @@ TEST(CharSetTest, CodesHaveTheirRegisteredNames) {
 }
 
 TEST(CharSetTest, ThreeCodePagesHideMarkupInEscapeRuns) {
-    for (const CharSetRow& row : GetCharSetRows())
+    for (const CharSetRow& row : StringNS::GetCharSetRows())
         EXPECT_EQ(CharSet::IsIso2022(row.code), row.code == 50221 || row.code == 50222 || row.code == 50225)
             << row.code;
     EXPECT_TRUE(CharSet::IsIso2022(50222));
@@ -204,4 +178,4 @@ TEST(CharSetTest, ThreeCodePagesHideMarkupInEscapeRuns) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

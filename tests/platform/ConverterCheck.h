@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <set>
 #include <span>
 #include <string>
@@ -14,6 +17,8 @@
 #include "platform/CharSetNames.h"
 #include "platform/Characters.h"
 #include "platform/Results.h"
+#include "platform/StringHelper.h"
+#include "tests/support/Flavours.h"
 
 /// @file
 /// What the tests of the charset conversions share: on every platform, and of the system's own
@@ -21,8 +26,12 @@
 
 namespace Kestra::Test {
 
+using namespace std::string_view_literals;
+
 using StringNS::CharSet;
 using StringNS::CharSetConverter;
+using StringNS::CharSetRow;
+using StringNS::StringHelper;
 
 /// The units of a string in hexadecimal, so that a failure shows them.
 template <typename C>
@@ -94,6 +103,51 @@ inline void CheckToWide(std::span<const ToWideRow> rows) {
 inline void CheckFromWide(std::span<const FromWideRow> rows) {
     for (const FromWideRow& row : rows)
         EXPECT_EQ(Dump(FromWide(row.code, row.units)), Dump(row.expected)) << row.code << ", " << row.note;
+}
+
+/// The helper leaves the output without what these strings end with.
+inline void CheckWithoutTerminator(std::span<const ToWideRow> rows) {
+    for (const ToWideRow& row : rows) {
+        WideString output = KESTRA_WIDE("old content");
+        EXPECT_EQ(StringHelper::GetWideFromGeneric(row.code, row.bytes.data(), row.bytes.size(), &output), RESULT_OK)
+            << row.note;
+        EXPECT_TRUE(output == row.expected) << row.note << ": " << output.size() << " units";
+        if (row.code == 0) {
+            EXPECT_EQ(StringHelper::GetStringFromAnsi(row.bytes.data(), row.bytes.size(), &output), RESULT_OK)
+                << row.note;
+            EXPECT_TRUE(output == row.expected) << row.note;
+        }
+    }
+}
+
+inline void CheckWithoutTerminator(std::span<const FromWideRow> rows) {
+    for (const FromWideRow& row : rows) {
+        std::string output = "old content";
+        EXPECT_EQ(StringHelper::GetStringFromWide(row.code, row.units.data(), row.units.size(), &output), RESULT_OK)
+            << row.note;
+        EXPECT_EQ(output, row.expected) << row.note;
+        if (row.code == 0) {
+            EXPECT_EQ(StringHelper::GetAnsiFromWide(row.units.data(), row.units.size(), &output), RESULT_OK)
+                << row.note;
+            EXPECT_EQ(output, row.expected) << row.note;
+        }
+    }
+}
+
+/// Bytes, converted after others by the same converter, and the units in hexadecimal.
+struct FollowingRow {
+    CharSet::Code code;
+    std::string_view bytes;
+    std::string_view expected;
+};
+
+inline void CheckEachStartsFresh(std::span<const FollowingRow> rows) {
+    CharSetConverter converter;
+    WideString units;
+    for (const FollowingRow& row : rows) {
+        EXPECT_EQ(converter.ToWide(row.code, row.bytes.data(), row.bytes.size(), &units), RESULT_OK);
+        EXPECT_EQ(Dump(units), row.expected) << row.code;
+    }
 }
 
 /// Parts of a text of many lengths and alignments come back as they were.
@@ -176,12 +230,24 @@ std::size_t ForEverySequence(const S& alphabet, const std::function<void(const S
     return count;
 }
 
+/// The names of a row of the table.
+inline std::vector<std::string> SplitNames(std::string_view names) {
+    std::vector<std::string> parts;
+    std::size_t begin = 0;
+    for (std::size_t end = names.find(' '); end != std::string_view::npos; end = names.find(' ', begin)) {
+        parts.emplace_back(names.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    parts.emplace_back(names.substr(begin));
+    return parts;
+}
+
 /// The code pages that have a name.
 inline std::set<CharSet::Code> GetNamedCodes() {
     std::set<CharSet::Code> codes;
-    for (const StringNS::CharSetRow& row : StringNS::GetCharSetRows())
+    for (const CharSetRow& row : StringNS::GetCharSetRows())
         codes.insert(row.code);
-    for (const StringNS::CharSetRow& row : StringNS::GetSharedCharSetNames())
+    for (const CharSetRow& row : StringNS::GetSharedCharSetNames())
         codes.insert(row.code);
     return codes;
 }

@@ -1,25 +1,10 @@
-#include "platform/StringHelper.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "platform/Characters.h"
-#include "platform/Results.h"
 #include "platform/Vector.h"
+#include "tests/platform/ConverterCheck.h"
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
 
-using namespace std::string_view_literals;
 using namespace std::string_literals;
-
-WideString Widen(std::string_view text) {
-    return WideString(text.begin(), text.end());
-}
 
 template <typename T>
 std::vector<T> ToStandard(const Vector<T>& parts) {
@@ -27,18 +12,14 @@ std::vector<T> ToStandard(const Vector<T>& parts) {
 }
 
 TEST(StringHelperTest, ByteOrderMarks) {
-    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(BOM_UTF8), sizeof BOM_UTF8), "\xEF\xBB\xBF");
-    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(BOM_UTF16_LE), sizeof BOM_UTF16_LE), "\xFF\xFE");
+    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(StringNS::BOM_UTF8), sizeof StringNS::BOM_UTF8),
+              "\xEF\xBB\xBF");
+    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(StringNS::BOM_UTF16_LE), sizeof StringNS::BOM_UTF16_LE),
+              "\xFF\xFE");
 }
 
 TEST(StringHelperTest, ConversionsToWideLeaveOutTheTerminatorCountedLast) {
-    struct Case {
-        const char* note;
-        CharSet::Code code;
-        std::string_view bytes;
-        WideStringView expected;
-    };
-    const Case cases[] = {
+    const ToWideRow rows[] = {
         {"nothing", 65001, "", KESTRA_WIDE("")},
         {"no terminator", 65001, "a\xC3\xA9", KESTRA_WIDE("a\u00E9")},
         {"with the terminator", 65001, "a\xC3\xA9\0"sv, KESTRA_WIDE("a\u00E9")},
@@ -55,26 +36,11 @@ TEST(StringHelperTest, ConversionsToWideLeaveOutTheTerminatorCountedLast) {
         {"UTF-16 keeps embedded NULs", 1200, "\0\0a\0\0\0\0\0"sv, WideStringView(KESTRA_WIDE("\0a\0"), 3)},
         {"UTF-16 with an odd last byte", 1200, "a\0b"sv, KESTRA_WIDE("a\uFFFD")},
     };
-    for (const Case& c : cases) {
-        WideString output = KESTRA_WIDE("old content");
-        EXPECT_EQ(StringHelper::GetWideFromGeneric(c.code, c.bytes.data(), c.bytes.size(), &output), RESULT_OK)
-            << c.note;
-        EXPECT_TRUE(output == c.expected) << c.note << ": " << output.size() << " units";
-        if (c.code == 0) {
-            EXPECT_EQ(StringHelper::GetStringFromAnsi(c.bytes.data(), c.bytes.size(), &output), RESULT_OK) << c.note;
-            EXPECT_TRUE(output == c.expected) << c.note;
-        }
-    }
+    CheckWithoutTerminator(rows);
 }
 
 TEST(StringHelperTest, ConversionsFromWideLeaveOutTheTerminatorCountedLast) {
-    struct Case {
-        const char* note;
-        CharSet::Code code;
-        WideStringView units;
-        std::string_view expected;
-    };
-    const Case cases[] = {
+    const FromWideRow rows[] = {
         {"nothing", 65001, KESTRA_WIDE(""), ""},
         {"no terminator", 65001, KESTRA_WIDE("a\u00E9"), "a\xC3\xA9"},
         {"with the terminator", 65001, WideStringView(KESTRA_WIDE("a\u00E9\0"), 3), "a\xC3\xA9"},
@@ -84,59 +50,49 @@ TEST(StringHelperTest, ConversionsFromWideLeaveOutTheTerminatorCountedLast) {
         {"UTF-16", 1200, WideStringView(KESTRA_WIDE("a\u3042\0"), 3), "a\0\x42\x30"sv},
         {"a system converter", 20866, WideStringView(KESTRA_WIDE("\u0430\u3042\0"), 3), "\xC1?"},
     };
-    for (const Case& c : cases) {
-        std::string output = "old content";
-        EXPECT_EQ(StringHelper::GetStringFromWide(c.code, c.units.data(), c.units.size(), &output), RESULT_OK)
-            << c.note;
-        EXPECT_EQ(output, c.expected) << c.note;
-        if (c.code == 0) {
-            EXPECT_EQ(StringHelper::GetAnsiFromWide(c.units.data(), c.units.size(), &output), RESULT_OK) << c.note;
-            EXPECT_EQ(output, c.expected) << c.note;
-        }
-    }
+    CheckWithoutTerminator(rows);
 }
 
 TEST(StringHelperTest, FailuresLeaveAnEmptyOutput) {
-    const WideString wideContent = KESTRA_WIDE("old content");
-    const std::string narrowContent = "old content";
-    const WideChar* const noUnits = nullptr;
+    using Helper = StringHelper;
     const char* const noBytes = nullptr;
+    const WideChar* const noUnits = nullptr;
+    const struct {
+        std::uint32_t expected;
+        std::function<std::uint32_t(WideString* output)> convert;
+    } toWide[] = {
+        {RESULT_UNSUPPORTED_CHARSET, [](auto* output) { return Helper::GetWideFromGeneric(4711, "a", 1, output); }},
+        {RESULT_UNSUPPORTED_CHARSET, [](auto* output) { return Helper::GetWideFromGeneric(4711, "", 0, output); }},
+        {RESULT_INVALID_ARGUMENT, [&](auto* output) { return Helper::GetWideFromGeneric(65001, noBytes, 1, output); }},
+        {RESULT_INVALID_ARGUMENT, [](auto* output) { return Helper::GetWideFromGeneric(65001, "a", 1, output, 1); }},
+        {RESULT_INVALID_ARGUMENT, [&](auto* output) { return Helper::GetStringFromAnsi(noBytes, 1, output); }},
+        {RESULT_OK, [&](auto* output) { return Helper::GetStringFromAnsi(noBytes, 0, output); }},
+    };
+    for (const auto& row : toWide) {
+        WideString output = KESTRA_WIDE("old content");
+        EXPECT_EQ(row.convert(&output), row.expected);
+        EXPECT_TRUE(output.empty());
+    }
+    EXPECT_EQ(Helper::GetWideFromGeneric(65001, "a", 1, nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(Helper::GetStringFromAnsi("a", 1, nullptr), RESULT_INVALID_ARGUMENT);
 
-    WideString wide = wideContent;
-    EXPECT_EQ(StringHelper::GetWideFromGeneric(4711, "a", 1, &wide), RESULT_UNSUPPORTED_CHARSET);
-    EXPECT_TRUE(wide.empty());
-    wide = wideContent;
-    EXPECT_EQ(StringHelper::GetWideFromGeneric(4711, "", 0, &wide), RESULT_UNSUPPORTED_CHARSET);
-    EXPECT_TRUE(wide.empty());
-    wide = wideContent;
-    EXPECT_EQ(StringHelper::GetWideFromGeneric(65001, noBytes, 1, &wide), RESULT_INVALID_ARGUMENT);
-    EXPECT_TRUE(wide.empty());
-    wide = wideContent;
-    EXPECT_EQ(StringHelper::GetWideFromGeneric(65001, "a", 1, &wide, 1), RESULT_INVALID_ARGUMENT);
-    EXPECT_TRUE(wide.empty());
-    wide = wideContent;
-    EXPECT_EQ(StringHelper::GetStringFromAnsi(noBytes, 1, &wide), RESULT_INVALID_ARGUMENT);
-    EXPECT_TRUE(wide.empty());
-    wide = wideContent;
-    EXPECT_EQ(StringHelper::GetStringFromAnsi(noBytes, 0, &wide), RESULT_OK);
-    EXPECT_TRUE(wide.empty());
-    EXPECT_EQ(StringHelper::GetWideFromGeneric(65001, "a", 1, nullptr), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(StringHelper::GetStringFromAnsi("a", 1, nullptr), RESULT_INVALID_ARGUMENT);
-
-    std::string narrow = narrowContent;
-    EXPECT_EQ(StringHelper::GetStringFromWide(4711, KESTRA_WIDE("a"), 1, &narrow), RESULT_UNSUPPORTED_CHARSET);
-    EXPECT_TRUE(narrow.empty());
-    narrow = narrowContent;
-    EXPECT_EQ(StringHelper::GetStringFromWide(65001, noUnits, 1, &narrow), RESULT_INVALID_ARGUMENT);
-    EXPECT_TRUE(narrow.empty());
-    narrow = narrowContent;
-    EXPECT_EQ(StringHelper::GetAnsiFromWide(noUnits, 1, &narrow), RESULT_INVALID_ARGUMENT);
-    EXPECT_TRUE(narrow.empty());
-    narrow = narrowContent;
-    EXPECT_EQ(StringHelper::GetAnsiFromWide(noUnits, 0, &narrow), RESULT_OK);
-    EXPECT_TRUE(narrow.empty());
-    EXPECT_EQ(StringHelper::GetStringFromWide(65001, KESTRA_WIDE("a"), 1, nullptr), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(StringHelper::GetAnsiFromWide(KESTRA_WIDE("a"), 1, nullptr), RESULT_INVALID_ARGUMENT);
+    const WideChar* const units = KESTRA_WIDE("a");
+    const struct {
+        std::uint32_t expected;
+        std::function<std::uint32_t(std::string* output)> convert;
+    } fromWide[] = {
+        {RESULT_UNSUPPORTED_CHARSET, [&](auto* output) { return Helper::GetStringFromWide(4711, units, 1, output); }},
+        {RESULT_INVALID_ARGUMENT, [&](auto* output) { return Helper::GetStringFromWide(65001, noUnits, 1, output); }},
+        {RESULT_INVALID_ARGUMENT, [&](auto* output) { return Helper::GetAnsiFromWide(noUnits, 1, output); }},
+        {RESULT_OK, [&](auto* output) { return Helper::GetAnsiFromWide(noUnits, 0, output); }},
+    };
+    for (const auto& row : fromWide) {
+        std::string output = "old content";
+        EXPECT_EQ(row.convert(&output), row.expected);
+        EXPECT_TRUE(output.empty());
+    }
+    EXPECT_EQ(Helper::GetStringFromWide(65001, units, 1, nullptr), RESULT_INVALID_ARGUMENT);
+    EXPECT_EQ(Helper::GetAnsiFromWide(units, 1, nullptr), RESULT_INVALID_ARGUMENT);
 }
 
 TEST(StringHelperTest, SplittingKeepsEmptyParts) {
@@ -165,8 +121,8 @@ TEST(StringHelperTest, SplittingKeepsEmptyParts) {
         EXPECT_EQ(ToStandard(parts), c.parts) << c.note;
         std::vector<WideString> expected;
         for (const std::string& part : c.parts)
-            expected.push_back(Widen(part));
-        StringHelper::SplitWideString(Widen(c.text), static_cast<WideChar>(';'), &wideParts);
+            expected.push_back(To<WideString>(part));
+        StringHelper::SplitWideString(To<WideString>(c.text), static_cast<WideChar>(';'), &wideParts);
         EXPECT_TRUE(ToStandard(wideParts) == expected) << c.note;
     }
 }
@@ -211,11 +167,11 @@ TEST(StringHelperTest, StrippingRemovesTheCharactersOfASet) {
         std::string text = c.text;
         StringHelper::StripAnsiChars(&text, c.mode, c.set);
         EXPECT_EQ(text, c.expected) << c.note;
-        WideString wide = Widen(c.text);
-        StringHelper::StripWideChars(&wide, c.mode, Widen(c.set));
-        EXPECT_TRUE(wide == Widen(c.expected)) << c.note;
+        WideString wide = To<WideString>(c.text);
+        StringHelper::StripWideChars(&wide, c.mode, To<WideString>(c.set));
+        EXPECT_TRUE(wide == To<WideString>(c.expected)) << c.note;
     }
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

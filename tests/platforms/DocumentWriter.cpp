@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/reference/DocumentMaker.h"
+#include "tests/support/DocumentMaker.h"
 
 namespace {
 

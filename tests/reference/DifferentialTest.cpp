@@ -1,24 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <iterator>
 #include <map>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "html/parser/GenericParser.h"
 #include "tests/reference/CopyCheck.h"
-#include "tests/reference/DocumentFeeding.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/DocumentTests.h"
 #include "tests/reference/ReferenceTokenizer.h"
 #include "tests/reference/TokenCheck.h"
-#include "tests/support/Splits.h"
-#include "tools/trace/TokenTrace.h"
 
 namespace Kestra::Test {
 namespace {
@@ -28,9 +14,6 @@ using StringNS::CharSet;
 
 constexpr std::uint64_t DOCUMENTS = 50000;
 constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 20000;
-constexpr std::uint64_t SHARDS = 16;
-constexpr std::size_t CUT_LENGTH = 3;  // of the enumerated strings that are cut in every way
-constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
 
 /// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>"};
@@ -66,19 +49,19 @@ bool Check(TracingParser* library, std::string_view document, const Feeding& fee
                  feeding);
 }
 
-/// The pages, read once.
-const std::vector<std::string>& Pages() {
-    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
-    return PAGES;
+/// The short reads of a seed, in a document of any length.
+std::function<Cuts(std::size_t)> ShortReadsOf(std::uint64_t seed) {
+    return [seed](std::size_t length) {
+        Dice dice(seed);
+        return CutsOfShortReads(length, &dice);
+    };
 }
 
-class DifferentialTest : public testing::TestWithParam<std::uint64_t> {};
+class DifferentialTest : public ShardTest {};
 
 TEST_P(DifferentialTest, RandomDocuments) {
     TracingParser library;
-    DocumentMaker maker(&Pages());
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.Make(seed);
         Feeding feeding;
         feeding.charset = made.charset;
@@ -87,19 +70,14 @@ TEST_P(DifferentialTest, RandomDocuments) {
         feeding.fed = Fed::BUFFER;
         ASSERT_TRUE(Check(&library, made.bytes, feeding));
         feeding.fed = seed % 2 == 0 ? Fed::STREAM : Fed::BUFFER;
-        feeding.cutsFor = [seed](std::size_t length) {
-            Dice dice(seed);
-            return CutsOfShortReads(length, &dice);
-        };
+        feeding.cutsFor = ShortReadsOf(seed);
         ASSERT_TRUE(Check(&library, made.bytes, feeding));
-    }
+    });
 }
 
 TEST_P(DifferentialTest, RandomDocumentsInUtf16) {
     TracingParser library(true);
-    DocumentMaker maker(&Pages());
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.Make(seed);
         const std::string document = WithoutWideSpaces(made.bytes);
         Feeding feeding;
@@ -108,19 +86,14 @@ TEST_P(DifferentialTest, RandomDocumentsInUtf16) {
         feeding.fed = seed % 2 == 0 ? Fed::BUFFER : Fed::STREAM;
         ASSERT_TRUE(Check(&library, document, feeding));
         feeding.fed = seed % 4 < 2 ? Fed::STREAM : Fed::BUFFER;
-        feeding.cutsFor = [seed](std::size_t length) {
-            Dice dice(seed);
-            return CutsOfShortReads(length, &dice);
-        };
+        feeding.cutsFor = ShortReadsOf(seed);
         ASSERT_TRUE(Check(&library, document, feeding));
-    }
+    });
 }
 
 TEST_P(DifferentialTest, DocumentsWithContents) {
     TracingParser libraries[] = {TracingParser(), TracingParser(true)};
-    DocumentMaker maker(&Pages());
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS_WITH_CONTENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.MakeWithContents(seed);
         const std::uint64_t choice = seed / SHARDS;
         Feeding feeding;
@@ -130,65 +103,47 @@ TEST_P(DifferentialTest, DocumentsWithContents) {
         feeding.fed = choice % 2 == 0 ? Fed::STREAM : Fed::BUFFER;
         const std::string document = feeding.wide ? WithoutWideSpaces(made.bytes) : made.bytes;
         ASSERT_TRUE(Check(&libraries[feeding.wide], document, feeding));
-        feeding.cutsFor = [seed](std::size_t length) {
-            Dice dice(seed);
-            return CutsOfShortReads(length, &dice);
-        };
+        feeding.cutsFor = ShortReadsOf(seed);
         ASSERT_TRUE(Check(&libraries[feeding.wide], document, feeding));
-    }
+    });
 }
 
-INSTANTIATE_TEST_SUITE_P(Shards, DifferentialTest, testing::Range<std::uint64_t>(0, SHARDS));
+INSTANTIATE_TEST_SUITE_P(Shards, DifferentialTest, ALL_SHARDS);
 
-/// By the first character.
-class EnumeratedDifferentialTest : public testing::TestWithParam<std::size_t> {
-protected:
-    char First() const {
-        return ENUMERATED_CHARACTERS[GetParam()];
-    }
-};
+class EnumeratedDifferentialTest : public FirstCharacterTest {};
 
 TEST_P(EnumeratedDifferentialTest, Uncut) {
     TracingParser library;
-    bool same = true;
     Feeding streamed;
     Feeding buffered;
     buffered.fed = Fed::BUFFER;
-    for (const std::string_view context : CONTEXTS) {
-        ForEachString(context, First(), ENUMERATED_LENGTH, [&](std::string_view document) {
-            same = Check(&library, document, streamed) && Check(&library, document, buffered);
-            return same;
-        });
-        ASSERT_TRUE(same);
-    }
+    ForEachDocument(CONTEXTS, ENUMERATED_LENGTH, [&](std::string_view document, std::string_view) {
+        return Check(&library, document, streamed) && Check(&library, document, buffered);
+    });
 }
 
 TEST_P(EnumeratedDifferentialTest, EverySplit) {
     TracingParser library;
-    bool same = true;
-    for (const std::string_view context : CUT_CONTEXTS) {
-        ForEachString(context, First(), CUT_LENGTH, [&](std::string_view document) {
-            const ReferenceRun streamed = Refer(document, CharSet::WINDOWS_1252, Fed::STREAM);
-            const ReferenceRun buffered = Refer(document, CharSet::WINDOWS_1252, Fed::BUFFER);
-            ForEverySplitOfTheTail(document.size(), document.size() - context.size(), [&](const Cuts& cuts) {
-                Feeding feeding;
-                feeding.cutsFor = [&cuts](std::size_t length) {
-                    return Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), length));
-                };
-                for (const Fed fed : {Fed::STREAM, Fed::BUFFER}) {
-                    feeding.fed = fed;
-                    same = same && Check(&library, document, fed == Fed::STREAM ? streamed : buffered, feeding);
-                }
-                return same;
-            });
+    ForEachDocument(CUT_CONTEXTS, CUT_LENGTH, [&](std::string_view document, std::string_view context) {
+        const ReferenceRun streamed = Refer(document, CharSet::WINDOWS_1252, Fed::STREAM);
+        const ReferenceRun buffered = Refer(document, CharSet::WINDOWS_1252, Fed::BUFFER);
+        bool same = true;
+        ForEverySplitOfTheTail(document.size(), document.size() - context.size(), [&](const Cuts& cuts) {
+            Feeding feeding;
+            feeding.cutsFor = [&cuts](std::size_t length) {
+                return Cuts(cuts.begin(), std::lower_bound(cuts.begin(), cuts.end(), length));
+            };
+            for (const Fed fed : {Fed::STREAM, Fed::BUFFER}) {
+                feeding.fed = fed;
+                same = same && Check(&library, document, fed == Fed::STREAM ? streamed : buffered, feeding);
+            }
             return same;
         });
-        ASSERT_TRUE(same);
-    }
+        return same;
+    });
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest,
-                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedDifferentialTest, ALL_FIRST_CHARACTERS);
 
 // Every sequence of what counts in a script that is text, each whole and in pieces.
 TEST(ScriptContentTest, EverySequence) {
@@ -293,6 +248,29 @@ TEST(DifferentialCheckTest, TheSplitsAreAllThere) {
     splits.clear();
     ForEverySplitOfTheTail(4, 1, keep);
     EXPECT_EQ(splits, (std::vector<Cuts>{{}, {1, 2}, {3}, {1, 2, 3}}));
+}
+
+TEST(RandomGrammarTest, MakesAllThatItsRulesSay) {
+    const RandomGrammar grammar({{"letter", "x|8:y|"}, {"b", "<{letter*2-2}`{{|1}`}>"}, {"run", "#pq"}}, 5);
+    std::map<std::string, int> made;
+    std::map<std::size_t, int> lengths;
+    Dice dice(1);
+    for (int i = 0; i < 2000; ++i) {
+        ++made[grammar.Make("b", &dice)];
+        const std::string run = grammar.Make("run", &dice);
+        EXPECT_EQ(run.find_first_not_of("pq"), std::string::npos);
+        ++lengths[run.size()];
+    }
+    std::vector<std::string> strings;
+    for (const auto& [string, count] : made)
+        strings.push_back(string);
+    EXPECT_EQ(strings, (std::vector<std::string>{"<xx{1}>", "<xx{}>", "<xy{1}>", "<xy{}>", "<x{1}>", "<x{}>", "<yx{1}>",
+                                                 "<yx{}>", "<yy{1}>", "<yy{}>", "<y{1}>", "<y{}>", "<{1}>", "<{}>"}));
+    EXPECT_GT(made["<yy{}>"], 10 * made["<xx{}>"]);
+    EXPECT_EQ(lengths.size(), 5U);
+    EXPECT_EQ(lengths.rbegin()->first, 5U);
+    for (const char* const bad : {"{nothing}", "{byte", "{byte|x", "byte}", "{byte*1-2"})
+        EXPECT_THROW(RandomGrammar({{"a", bad}}), std::invalid_argument) << bad;
 }
 
 // A document of a seed never changes, and together they reach every kind of token and every result.

@@ -7,7 +7,7 @@
 
 #include "platform/InputStream.h"
 #include "platform/Services.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/support/DocumentMaker.h"
 #include "tests/support/Splits.h"
 
 namespace Kestra::Test {

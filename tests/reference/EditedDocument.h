@@ -9,7 +9,7 @@
 
 #include "html/rewrite/RewriterElement.h"
 #include "html/rewrite/RewriterToken.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/support/DocumentMaker.h"
 
 namespace Kestra::Test {
 

@@ -1,22 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "html/parser/GenericParser.h"
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/reference/DocumentFeeding.h"
-#include "tests/reference/DocumentMaker.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/Splits.h"
-#include "tools/trace/TokenTrace.h"
+#include "tests/reference/DocumentTests.h"
 
 // A document that is read with limits against the same document without: the tokens up to the first
 // one that goes over are the same, it goes over at the same token however the document is cut, and
@@ -309,19 +295,12 @@ bool Check(const Reading& reading, StringNS::CharSet::Code charset, std::string_
     return false;
 }
 
-const std::vector<std::string>& Pages() {
-    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
-    return PAGES;
-}
-
-class LimitTest : public testing::TestWithParam<std::uint64_t> {};
+class LimitTest : public ShardTest {};
 
 TEST_P(LimitTest, RandomDocuments) {
     const SilentDetector detector;
-    DocumentMaker maker(&Pages());
     Seen seen;
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         const Reading& reading = READINGS[seed / SHARDS % std::size(READINGS)];
         const MadeDocument made = reading.scriptsAsText ? maker.MakeWithContents(seed) : maker.Make(seed);
         const StringNS::CharSet::Code charset = made.charset == 0 ? StringNS::CharSet::WINDOWS_1252 : made.charset;
@@ -336,37 +315,32 @@ TEST_P(LimitTest, RandomDocuments) {
         else
             limits.attributes = MANY_ATTRIBUTES;
         ASSERT_TRUE(Check(reading, charset, made.bytes, limits, waysToCut, &seen));
-    }
+    });
     EXPECT_GT(seen.over, 50U);
     EXPECT_GT(seen.whole, 50U);
     EXPECT_GT(seen.goneOn, seen.over);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shards, LimitTest, testing::Range<std::uint64_t>(0, SHARDS));
+INSTANTIATE_TEST_SUITE_P(Shards, LimitTest, ALL_SHARDS);
 
-/// By the first character.
-class EnumeratedLimitTest : public testing::TestWithParam<std::size_t> {};
+class EnumeratedLimitTest : public FirstCharacterTest {};
 
 TEST_P(EnumeratedLimitTest, CutIntoCharacters) {
     constexpr std::string_view CONTEXTS[] = {"", "<script>", "<script>//b", "<p a=b", "<script>a</scri"};
     const SilentDetector detector;
     Seen seen;
     std::size_t turn = 0;
-    for (const std::string_view context : CONTEXTS) {
-        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
-            ++turn;
-            const Cuts characters = CutsEvery(1, document.size());
-            const Limits limits = {context == "<script>" || context.empty() ? 1 + turn % 3 : context.size() + turn % 4,
-                                   0};
-            return Check(READINGS[turn / 4 % std::size(READINGS)], 1252, document,
-                         context == "<script>" ? Limits{8 + turn % 2, 0} : limits, {characters}, &seen);
-        });
-    }
+    ForEachDocument(CONTEXTS, ENUMERATED_LENGTH, [&](std::string_view document, std::string_view context) {
+        ++turn;
+        const Cuts characters = CutsEvery(1, document.size());
+        const Limits limits = {context == "<script>" || context.empty() ? 1 + turn % 3 : context.size() + turn % 4, 0};
+        return Check(READINGS[turn / 4 % std::size(READINGS)], 1252, document,
+                     context == "<script>" ? Limits{8 + turn % 2, 0} : limits, {characters}, &seen);
+    });
     EXPECT_GT(seen.over, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedLimitTest,
-                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedLimitTest, ALL_FIRST_CHARACTERS);
 
 }  // namespace
 }  // namespace Kestra::Test

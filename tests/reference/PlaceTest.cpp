@@ -1,27 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "html/parser/GenericParser.h"
-#include "tests/reference/DocumentFeeding.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/DocumentTests.h"
 #include "tests/reference/PlaceCheck.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/Splits.h"
-#include "tools/trace/TokenTrace.h"
 
 namespace Kestra::Test {
 namespace {
 
 constexpr std::uint64_t DOCUMENTS = 20000;
 constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 12000;
-constexpr std::uint64_t SHARDS = 16;
-constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
-constexpr std::size_t CUT_LENGTH = 3;  // of the enumerated strings that are cut in every way
 
 /// Before the enumerated strings.
 constexpr std::string_view CONTEXTS[] = {"", "<script>", "<style>", "<p a=b", "<script>//"};
@@ -47,20 +31,13 @@ bool Check(PlaceChecker* checker, std::string_view document, const PlacedReading
     return false;
 }
 
-const std::vector<std::string>& Pages() {
-    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
-    return PAGES;
-}
-
-class PlaceTest : public testing::TestWithParam<std::uint64_t> {};
+class PlaceTest : public ShardTest {};
 
 TEST_P(PlaceTest, RandomDocuments) {
     const SilentDetector detector;
-    DocumentMaker maker(&Pages());
     PlaceChecker checker;
     PlacesSeen seen;
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.Make(seed);
         Dice dice(seed);
         const Cuts shortReads = CutsOfShortReads(made.bytes.size(), &dice);
@@ -72,7 +49,7 @@ TEST_P(PlaceTest, RandomDocuments) {
             ASSERT_TRUE(Check(&checker, made.bytes, reading, {}, &seen));
             ASSERT_TRUE(Check(&checker, made.bytes, reading, shortReads, &seen));
         }
-    }
+    });
     // It has seen all that it is for.
     EXPECT_GT(seen.tokens, 50000U);
     EXPECT_GT(seen.exact, seen.tokens / 2);
@@ -83,11 +60,9 @@ TEST_P(PlaceTest, RandomDocuments) {
 
 TEST_P(PlaceTest, DocumentsWithContents) {
     const SilentDetector detector;
-    DocumentMaker maker(&Pages());
     PlaceChecker checker;
     PlacesSeen seen;
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS_WITH_CONTENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.MakeWithContents(seed);
         Dice dice(seed);
         PlacedReading reading = READINGS[seed / SHARDS % 8];
@@ -95,52 +70,45 @@ TEST_P(PlaceTest, DocumentsWithContents) {
         reading.scriptsAsText = true;
         ASSERT_TRUE(Check(&checker, made.bytes, reading, {}, &seen));
         ASSERT_TRUE(Check(&checker, made.bytes, reading, CutsOfShortReads(made.bytes.size(), &dice), &seen));
-    }
+    });
     EXPECT_GT(seen.tokens, DOCUMENTS_WITH_CONTENTS / SHARDS * 4);
     EXPECT_GT(seen.exact, seen.tokens / 2);
     EXPECT_EQ(seen.holes, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shards, PlaceTest, testing::Range<std::uint64_t>(0, SHARDS));
+INSTANTIATE_TEST_SUITE_P(Shards, PlaceTest, ALL_SHARDS);
 
-/// By the first character.
-class EnumeratedPlaceTest : public testing::TestWithParam<std::size_t> {};
+class EnumeratedPlaceTest : public FirstCharacterTest {};
 
 TEST_P(EnumeratedPlaceTest, WholeAndInShortReads) {
     PlaceChecker checker;
     PlacesSeen seen;
     Dice dice(GetParam());
-    for (const std::string_view context : CONTEXTS) {
-        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
-            const Cuts shortReads = CutsOfShortReads(document.size(), &dice);
-            for (const PlacedReading& reading : {READINGS[0], READINGS[1], READINGS[2]}) {
-                if (!Check(&checker, document, reading, {}, &seen) ||
-                    !Check(&checker, document, reading, shortReads, &seen))
-                    return false;
-            }
-            return true;
-        });
-    }
+    ForEachDocument(CONTEXTS, ENUMERATED_LENGTH, [&](std::string_view document, std::string_view) {
+        const Cuts shortReads = CutsOfShortReads(document.size(), &dice);
+        bool isGood = true;
+        for (const PlacedReading& reading : {READINGS[0], READINGS[1], READINGS[2]})
+            isGood = isGood && Check(&checker, document, reading, {}, &seen) &&
+                     Check(&checker, document, reading, shortReads, &seen);
+        return isGood;
+    });
 }
 
 TEST_P(EnumeratedPlaceTest, CutInEveryWay) {
     PlaceChecker checker;
     PlacesSeen seen;
-    for (const std::string_view context : CONTEXTS) {
-        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], CUT_LENGTH, [&](std::string_view document) {
-            bool isGood = true;
-            ForEverySplitOfTheTail(document.size(), document.size() - context.size(), [&](const Cuts& cuts) {
-                for (const PlacedReading& reading : READINGS)
-                    isGood = isGood && Check(&checker, document, reading, cuts, &seen);
-                return isGood;
-            });
+    ForEachDocument(CONTEXTS, CUT_LENGTH, [&](std::string_view document, std::string_view context) {
+        bool isGood = true;
+        ForEverySplitOfTheTail(document.size(), document.size() - context.size(), [&](const Cuts& cuts) {
+            for (const PlacedReading& reading : READINGS)
+                isGood = isGood && Check(&checker, document, reading, cuts, &seen);
             return isGood;
         });
-    }
+        return isGood;
+    });
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedPlaceTest,
-                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedPlaceTest, ALL_FIRST_CHARACTERS);
 
 TEST(PagePlaceTest, ExamplePages) {
     const SilentDetector detector;

@@ -1,25 +1,13 @@
-#include <gtest/gtest.h>
-
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "html/framework/ParserObserver.h"
 #include "html/output/ParserObserverOutputHandler.h"
 #include "html/rewrite/Rewriter.h"
-#include "tests/reference/DocumentFeeding.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/DocumentTests.h"
 #include "tests/reference/EditedDocument.h"
-#include "tests/support/Flavours.h"
 #include "tests/support/Pieces.h"
-#include "tests/support/Splits.h"
-#include "tools/trace/TokenTrace.h"
 
 /// What goes in comes out: documents of every kind through a rewriter that is asked for nothing.
 
@@ -31,9 +19,7 @@ using HTML::Rewriter;
 
 constexpr std::uint64_t DOCUMENTS = 20000;
 constexpr std::uint64_t DOCUMENTS_WITH_CONTENTS = 12000;
-constexpr std::uint64_t SHARDS = 16;
-constexpr std::size_t ENUMERATED_LENGTH = KESTRA_ENUMERATED_LENGTH;  // of the longest enumerated strings
-constexpr std::size_t CUT_LENGTH = KESTRA_ENUMERATED_LENGTH - 2;     // of those that are cut in every way
+constexpr std::size_t CUT_LENGTH = KESTRA_ENUMERATED_LENGTH - 2;  // of those that are cut in every way
 
 /// In bytes, where it is limited: short enough for most documents to go over.
 constexpr std::uint64_t LONGEST_TOKEN = 18;
@@ -300,19 +286,12 @@ std::array<Reading, 2> MakeReadingsOfBothFlavours(std::uint64_t* number) {
     return {narrow, wide};
 }
 
-const std::vector<std::string>& Pages() {
-    static const std::vector<std::string> PAGES = ReadPages(KESTRA_EXAMPLE_PAGES);
-    return PAGES;
-}
-
-class CopyTest : public testing::TestWithParam<std::uint64_t> {};
+class CopyTest : public ShardTest {};
 
 TEST_P(CopyTest, RandomDocuments) {
-    DocumentMaker maker(&Pages());
     CopyChecker checker;
     Seen seen;
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.Make(seed);
         Dice dice(seed);
         for (std::uint64_t i = 0; i < 2; ++i) {
@@ -322,19 +301,17 @@ TEST_P(CopyTest, RandomDocuments) {
             ASSERT_TRUE(
                 Check(&checker, bytes, reading, i == 0 ? Cuts() : CutsOfShortReads(bytes.size(), &dice), &seen));
         }
-    }
+    });
     EXPECT_GT(seen.tokens, 10000U);
     EXPECT_GT(seen.failures, 0U);
     EXPECT_GT(seen.exceptions, 100U);
 }
 
 TEST_P(CopyTest, DocumentsWithContents) {
-    DocumentMaker maker(&Pages());
     CopyChecker checker;
     Seen seen;
     std::uint64_t number = GetParam();
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS_WITH_CONTENTS; seed += SHARDS) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
+    ForEachSeed(DOCUMENTS_WITH_CONTENTS, [&](std::uint64_t seed) {
         const MadeDocument made = maker.MakeWithContents(seed);
         Dice dice(seed);
         for (Reading reading : MakeReadingsOfBothFlavours(&number)) {
@@ -344,31 +321,28 @@ TEST_P(CopyTest, DocumentsWithContents) {
             ASSERT_TRUE(Check(&checker, bytes, reading, {}, &seen));
             ASSERT_TRUE(Check(&checker, bytes, reading, CutsOfShortReads(bytes.size(), &dice), &seen));
         }
-    }
+    });
     EXPECT_GT(seen.tokens, DOCUMENTS_WITH_CONTENTS / SHARDS * 4);
     EXPECT_GT(seen.exceptions, 100U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shards, CopyTest, testing::Range<std::uint64_t>(0, SHARDS));
+INSTANTIATE_TEST_SUITE_P(Shards, CopyTest, ALL_SHARDS);
 
-/// By the first character.
-class EnumeratedCopyTest : public testing::TestWithParam<std::size_t> {};
+class EnumeratedCopyTest : public FirstCharacterTest {};
 
 TEST_P(EnumeratedCopyTest, WholeAndByteByByte) {
     CopyChecker checker;
     Seen seen;
     std::uint64_t number = GetParam();
-    for (const std::string_view context : CONTEXTS) {
-        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], ENUMERATED_LENGTH, [&](std::string_view document) {
-            for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
-                const std::string bytes = InputBytes(document, reading.input);
-                if (!Check(&checker, bytes, reading, {}, &seen) ||
-                    !Check(&checker, bytes, reading, CutsEvery(1, bytes.size()), &seen))
-                    return false;
-            }
-            return true;
-        });
-    }
+    ForEachDocument(CONTEXTS, ENUMERATED_LENGTH, [&](std::string_view document, std::string_view) {
+        bool isGood = true;
+        for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
+            const std::string bytes = InputBytes(document, reading.input);
+            isGood = isGood && Check(&checker, bytes, reading, {}, &seen) &&
+                     Check(&checker, bytes, reading, CutsEvery(1, bytes.size()), &seen);
+        }
+        return isGood;
+    });
     EXPECT_GT(seen.tokens, 0U);
 }
 
@@ -377,24 +351,21 @@ TEST_P(EnumeratedCopyTest, CutInEveryWay) {
     CopyChecker checker;
     Seen seen;
     std::uint64_t number = GetParam();
-    for (const std::string_view context : CUT_CONTEXTS) {
-        ForEachString(context, ENUMERATED_CHARACTERS[GetParam()], CUT_LENGTH, [&](std::string_view document) {
-            bool isGood = true;
-            for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
-                const std::string bytes = InputBytes(document, reading.input);
-                const std::size_t tail = bytes.size() - InputBytes(context, reading.input).size();
-                ForEverySplitOfTheTail(bytes.size(), tail, [&](const Cuts& cuts) {
-                    return isGood = isGood && Check(&checker, bytes, reading, cuts, &seen);
-                });
-            }
-            return isGood;
-        });
-    }
+    ForEachDocument(CUT_CONTEXTS, CUT_LENGTH, [&](std::string_view document, std::string_view context) {
+        bool isGood = true;
+        for (const Reading& reading : MakeReadingsOfBothFlavours(&number)) {
+            const std::string bytes = InputBytes(document, reading.input);
+            const std::size_t tail = bytes.size() - InputBytes(context, reading.input).size();
+            ForEverySplitOfTheTail(bytes.size(), tail, [&](const Cuts& cuts) {
+                return isGood = isGood && Check(&checker, bytes, reading, cuts, &seen);
+            });
+        }
+        return isGood;
+    });
     EXPECT_GT(seen.tokens, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedCopyTest,
-                         testing::Range<std::size_t>(0, ENUMERATED_CHARACTERS.size()));
+INSTANTIATE_TEST_SUITE_P(FirstCharacter, EnumeratedCopyTest, ALL_FIRST_CHARACTERS);
 
 TEST(PageCopyTest, ExamplePages) {
     CopyChecker checker;
@@ -472,12 +443,12 @@ private:
     Editing* editing;
 };
 
-class EditTest : public testing::TestWithParam<std::uint64_t> {};
+class EditTest : public ShardTest {};
 
 /// An edit changes exactly its place.
 TEST_P(EditTest, RandomEdits) {
     EditsSeen seen;
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         const EditedDocument document = MakeEditedDocument(seed, &seen);
         const bool isWide = seed / SHARDS % 2 == 1;
         const std::string bytes = isWide ? ToUtf16LE(document.bytes) : document.bytes;
@@ -508,7 +479,7 @@ TEST_P(EditTest, RandomEdits) {
                                                                        << Trace::Escape(document.bytes);
         ASSERT_EQ(editing.next, document.edits.size()) << "seed " << seed;
         ASSERT_EQ(editing.wrongAnswers, 0U) << "seed " << seed << "\n" << Trace::Escape(document.bytes);
-    }
+    });
     // It has asked for everything.
     EXPECT_GT(seen.ofTokens, 1000U);
     EXPECT_GT(seen.ofAttributes, 500U);
@@ -519,7 +490,7 @@ TEST_P(EditTest, RandomEdits) {
     EXPECT_GT(seen.inRemovedContent, 200U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shards, EditTest, testing::Range<std::uint64_t>(0, SHARDS));
+INSTANTIATE_TEST_SUITE_P(Shards, EditTest, ALL_SHARDS);
 
 }  // namespace
 }  // namespace Kestra::Test

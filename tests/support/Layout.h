@@ -10,7 +10,7 @@
 #include "html/framework/RecordFields.h"
 
 /// @file
-/// The order of virtual operations and of fields, as hosts that were compiled before rely on it.
+/// The order of virtual operations and of fields, as hosts that were compiled before have it.
 
 namespace Kestra::Test {
 

@@ -50,6 +50,23 @@ private:
     std::vector<std::string> words;
 };
 
+/// Calls `check` for each string of up to `maxLength` characters of the alphabet.
+inline void ForEveryString(std::string_view alphabet, std::size_t maxLength,
+                           const std::function<void(const std::string&)>& check) {
+    std::size_t count = 1;
+    for (std::size_t length = 0; length <= maxLength; ++length, count *= alphabet.size()) {
+        for (std::size_t number = 0; number < count; ++number) {
+            std::string input(length, ' ');
+            std::size_t digits = number;
+            for (char& character : input) {
+                character = alphabet[digits % alphabet.size()];
+                digits /= alphabet.size();
+            }
+            ASSERT_NO_FATAL_FAILURE(check(input));
+        }
+    }
+}
+
 /// Checks the outcome of an input uncut and at random cuts. The input is ASCII.
 template <typename Parser>
 void CheckRandomly(std::string_view ascii, const std::string& expected, RandomInput* random,

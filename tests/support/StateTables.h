@@ -24,11 +24,15 @@
 ///     release            what is held is added
 ///     keep, drop, hold   the character is consumed: added, not added, or held until `release`
 ///     to 1               the character is consumed, the next state is 1
-///     as 1               the next state is 1, which reads the same character; "as 1 or 2" when the machine decides
-///     between the two complete           the construct is complete, the character is consumed fail, 703          it
-///     fails, with the result that a machine has for "fail" or with that one; the character is left unterminated the
-///     answer to the end of the input unread             after "complete": the character is left open               any
-///     other word: what the machine knows by that name; the name of a recognizer completes as well
+///     as 1               the next state is 1, which reads the same character; "as 1 or 2" when
+///                        the machine decides between the two
+///     complete           the construct is complete, the character is consumed
+///     fail, 703          it fails, with the result that a machine has for "fail" or with that one;
+///                        the character is left
+///     unterminated       the answer to the end of the input
+///     unread             after "complete": the character is left
+///     open               any other word: what the machine knows by that name; the name of a
+///                        recognizer completes as well
 ///
 /// "never" says that a character of that class does not come there, "other" that it is treated as
 /// the last column of characters says, and "(kept)" at the end that this is odd and stays. A row of

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/EventPlaces.h"
+#include "tools/kestra-html/output/EventPlaces.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tests/tools/ObserverTest.h"
-#include "tools/kestra-html/JsonEventObserver.h"
-#include "tools/kestra-html/TextEventObserver.h"
+#include "tools/kestra-html/output/JsonEventObserver.h"
+#include "tools/kestra-html/output/TextEventObserver.h"
 
 namespace Kestra::Test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/EventsPass.h"
+#include "tools/kestra-html/input/EventsPass.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 namespace Kestra::Test {
 namespace {
 
-using Tool::EventsOptions;
+using Tool::EventsPassOptions;
 using Tool::EventsPassResult;
 using Tool::FeedOptions;
 
@@ -36,13 +36,13 @@ TEST(EventsPass, AResultIsGoodWhenEveryCallIsWith16ForTheParse) {
     }
 }
 
-EventsPassResult ParseOnce(std::string_view content, const EventsOptions& options) {
+EventsPassResult ParseOnce(std::string_view content, const EventsPassOptions& options) {
     HTML::StatelessHTMLParser parser;
     return Tool::RunEventsPass(&parser, content, options, IgnoreProgress);
 }
 
 TEST(EventsPass, ThePlaceIsAskedBeforeTheEnd) {
-    const EventsPassResult result = ParseOnce("a\n<b></b >", EventsOptions());
+    const EventsPassResult result = ParseOnce("a\n<b></b >", EventsPassOptions());
     EXPECT_EQ(result.startParse, 0U);
     EXPECT_EQ(result.parse, 702U);
     EXPECT_EQ(result.endParse, 0U);
@@ -51,7 +51,7 @@ TEST(EventsPass, ThePlaceIsAskedBeforeTheEnd) {
 }
 
 TEST(EventsPass, AStreamEndsWith0AndABufferWithTheLastAnswer) {
-    EventsOptions options;
+    EventsPassOptions options;
     EXPECT_EQ(ParseOnce("<a", options).parse, 0U);
     options.feed = FeedOptions::Feed::BUFFER;
     EXPECT_EQ(ParseOnce("<a", options).parse, 16U);
@@ -62,7 +62,7 @@ TEST(EventsPass, AStreamEndsWith0AndABufferWithTheLastAnswer) {
 
 TEST(EventsPass, ProgressOfBothFeeds) {
     for (const auto feed : {FeedOptions::Feed::STREAM, FeedOptions::Feed::BUFFER}) {
-        EventsOptions options;
+        EventsPassOptions options;
         options.feed = feed;
         options.pieceSize = 2;
         std::vector<std::uint64_t> done;
@@ -95,7 +95,7 @@ TEST(EventsPass, CharsetAndFlags) {
         {1251, 3, KESTRA_WIDE("\u0430")},
     };
     for (const auto& row : CASES) {
-        EventsOptions options;
+        EventsPassOptions options;
         options.charset = row.charset;
         options.flags = row.flags;
         HTML::StatelessHTMLParser parser;

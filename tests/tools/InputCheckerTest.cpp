@@ -1,4 +1,4 @@
-#include "tools/kestra-html/InputChecker.h"
+#include "tools/kestra-html/commands/InputChecker.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/JsonEventObserver.h"
+#include "tools/kestra-html/output/JsonEventObserver.h"
 
 #include <gtest/gtest.h>
 

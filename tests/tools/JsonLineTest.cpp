@@ -1,4 +1,4 @@
-#include "tools/kestra-html/JsonLine.h"
+#include "tools/kestra-html/output/JsonLine.h"
 
 #include <gtest/gtest.h>
 

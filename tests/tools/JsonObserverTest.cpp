@@ -1,4 +1,4 @@
-#include "tools/kestra-html/JsonObserver.h"
+#include "tools/kestra-html/output/JsonObserver.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include "html/parser/GenericParser.h"
 #include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
-#include "tools/kestra-html/ParsePass.h"
+#include "tools/kestra-html/input/ParsePass.h"
 
 namespace Kestra::Test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/JsonText.h"
+#include "tools/kestra-html/output/JsonText.h"
 
 #include <gtest/gtest.h>
 

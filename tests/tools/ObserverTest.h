@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/Characters.h"
-#include "tools/kestra-html/LineSink.h"
+#include "tools/kestra-html/output/LineSink.h"
 
 namespace Kestra::Test {
 

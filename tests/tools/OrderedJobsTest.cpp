@@ -1,4 +1,4 @@
-#include "tools/kestra-html/OrderedJobs.h"
+#include "tools/kestra-html/commands/OrderedJobs.h"
 
 #include <gtest/gtest.h>
 

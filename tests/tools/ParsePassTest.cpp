@@ -1,4 +1,4 @@
-#include "tools/kestra-html/ParsePass.h"
+#include "tools/kestra-html/input/ParsePass.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/PieceFeed.h"
+#include "tools/kestra-html/input/PieceFeed.h"
 
 #include <gtest/gtest.h>
 

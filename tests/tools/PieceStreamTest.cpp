@@ -1,4 +1,4 @@
-#include "tools/kestra-html/PieceStream.h"
+#include "tools/kestra-html/input/PieceStream.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/PrintableName.h"
+#include "tools/kestra-html/output/PrintableName.h"
 
 #include <gtest/gtest.h>
 

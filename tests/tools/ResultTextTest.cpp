@@ -1,11 +1,11 @@
-#include "tools/kestra-html/ResultText.h"
+#include "tools/kestra-html/output/ResultText.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 
-#include "tools/kestra-html/ParsePass.h"
+#include "tools/kestra-html/input/ParsePass.h"
 
 namespace Kestra::Test {
 namespace {

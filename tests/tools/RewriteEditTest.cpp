@@ -1,4 +1,4 @@
-#include "tools/kestra-html/RewriteEdit.h"
+#include "tools/kestra-html/commandline/RewriteArguments.h"
 
 #include <gtest/gtest.h>
 

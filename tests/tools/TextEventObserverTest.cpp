@@ -1,4 +1,4 @@
-#include "tools/kestra-html/TextEventObserver.h"
+#include "tools/kestra-html/output/TextEventObserver.h"
 
 #include <gtest/gtest.h>
 

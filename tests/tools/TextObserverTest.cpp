@@ -1,4 +1,4 @@
-#include "tools/kestra-html/TextObserver.h"
+#include "tools/kestra-html/output/TextObserver.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,7 @@
 
 #include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
-#include "tools/kestra-html/TextReport.h"
-#include "tools/kestra-html/TokenKind.h"
+#include "tools/kestra-html/output/TextReport.h"
 
 namespace Kestra::Test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/TokenFinder.h"
+#include "tools/kestra-html/commands/TokenFinder.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/kestra-html/ParsePass.h"
+#include "tools/kestra-html/input/ParsePass.h"
 
 namespace Kestra::Test {
 namespace {

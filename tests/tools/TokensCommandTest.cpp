@@ -1,12 +1,7 @@
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
-#include "tools/kestra-html/Console.h"
+#include "tools/kestra-html/output/Console.h"
 
 namespace Kestra::Test {
 namespace {
@@ -37,22 +32,18 @@ TEST(TokensCommand, TokensThatCannotBeConvertedAreToldOf) {
     options.charset = NO_CHARSET;
     options.inputs = {page};
     const ToolRun text = RunHere(options);
-    EXPECT_EQ(text.status, 1);
-    EXPECT_EQ(text.errors, page + ": " + MISSING);
-    EXPECT_NE(text.output.find(std::string("\nresult   ") + MISSING), std::string::npos) << text.output;
+    EXPECT_TRUE(Ended(text, 1, page + ": " + MISSING));
+    EXPECT_TRUE(Contains(text.output, std::string("\nresult   ") + MISSING));
 
     options.format = Tool::OutputFormat::JSON;
     const ToolRun json = RunHere(options);
-    EXPECT_EQ(json.status, 1);
-    EXPECT_EQ(json.errors, page + ": " + MISSING);
-    EXPECT_NE(json.output.find("{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,"), std::string::npos)
-        << json.output;
+    EXPECT_TRUE(Ended(json, 1, page + ": " + MISSING));
+    EXPECT_TRUE(Contains(json.output, "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,"));
 
     options.observer = Tool::TokensOptions::Observer::NARROW;
     const ToolRun narrow = RunHere(options);
-    EXPECT_EQ(narrow.status, 0) << "nothing is converted";
-    EXPECT_EQ(narrow.errors, "");
-    EXPECT_NE(narrow.output.find("\"text\":\"evil()\""), std::string::npos) << narrow.output;
+    EXPECT_TRUE(Ended(narrow, 0, "")) << "nothing is converted";
+    EXPECT_TRUE(Contains(narrow.output, "\"text\":\"evil()\""));
 }
 
 TEST(TokensCommand, AnotherInputHasAllItsTokens) {
@@ -62,9 +53,7 @@ TEST(TokensCommand, AnotherInputHasAllItsTokens) {
     const std::string page = folder.Write("page", "<p>").string();
     options.inputs = {page, folder.Write("utf-16", std::string("\xFF\xFEx\0", 4)).string(),
                       folder.Write("empty", "").string()};
-    const ToolRun run = RunHere(options);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, page + ": " + MISSING);
+    EXPECT_TRUE(Ended(RunHere(options), 1, page + ": " + MISSING));
 }
 
 }  // namespace

@@ -1,19 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
-
-using namespace std::string_literals;
-
-namespace fs = std::filesystem;
 
 constexpr const char* DIFFERENT = "ab<?xml a/ >c";
 constexpr const char* DIAGNOSIS_704 = "EndParse returned 704: the tokens written back differ from the input";
@@ -33,59 +21,45 @@ std::string WithoutRates(std::string_view output) {
     return text.append(output.substr(copied));
 }
 
-class ToolCheck : public testing::Test {
+class ToolCheck : public ToolTest {
 protected:
-    ToolCheck() {
-        settings.folder = folder.GetPath().string();
-    }
-
-    void Write(const fs::path& name, std::string_view bytes) {
-        fs::create_directories((folder.GetPath() / name).parent_path());
-        folder.Write(name, bytes);
-    }
-
-    ToolRun Run(std::vector<std::string> arguments) {
+    ToolRun Run(Arguments arguments) {
         arguments.insert(arguments.begin(), "check");
-        return RunTool(arguments, settings);
+        return ToolTest::Run(arguments);
     }
 
-    ToolRun RunOn(const std::string& input, std::vector<std::string> arguments) {
+    ToolRun RunOn(const std::string& input, Arguments arguments) {
         settings.input = input;
         return Run(std::move(arguments));
     }
-
-    TemporaryFolder folder;
-    ToolSettings settings;
 };
 
 TEST_F(ToolCheck, JsonOfAReproducedInput) {
-    const ToolRun run = RunOn("<p>a</p><script>// b\n</script>", {"--format", "json"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output, R"({"file":"-","bytes":30,"tokens":7,"endParse":0,"identical":true,"firstDifference":null})"
-                          "\n");
+    EXPECT_EQ(RunOn("<p>a</p><script>// b\n</script>", {"--format", "json"}),
+              (ToolRun{0,
+                       R"({"file":"-","bytes":30,"tokens":7,"endParse":0,"identical":true,"firstDifference":null})"
+                       "\n",
+                       ""}));
 }
 
 TEST_F(ToolCheck, JsonOfADifference) {
-    const ToolRun run = RunOn(DIFFERENT, {"--format", "json", "--charset", "1252"});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n");
-    EXPECT_EQ(run.output, R"({"file":"-","bytes":13,"tokens":3,"endParse":704,"identical":false,"firstDifference":9})"
-                          "\n");
+    EXPECT_EQ(RunOn(DIFFERENT, {"--format", "json", "--charset", "1252"}),
+              (ToolRun{1,
+                       R"({"file":"-","bytes":13,"tokens":3,"endParse":704,"identical":false,"firstDifference":9})"
+                       "\n",
+                       "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n"}));
 }
 
 TEST_F(ToolCheck, TextOfAReproducedInput) {
     const ToolRun run = RunOn("<p>a</p>", {});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(Ended(run, 0, ""));
     EXPECT_EQ(WithoutRates(run.output),
               "-: ok, 8 bytes, 3 tokens, R MB/s\n1 file, 8 bytes, 3 tokens, R MB/s, 1 reproduced\n");
 }
 
 TEST_F(ToolCheck, TextOfADifferenceNamesTheByteAndItsToken) {
     const ToolRun run = RunOn(DIFFERENT, {"--charset", "1252"});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n");
+    EXPECT_TRUE(Ended(run, 1, "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n"));
     EXPECT_EQ(WithoutRates(run.output),
               "-: 704, the tokens written back differ from the input, 13 bytes, 3 tokens, R MB/s; "
               "first difference at byte 9, in the token from byte 2 on: extern(|xml|{ |a}| , slash)\n"
@@ -95,9 +69,7 @@ TEST_F(ToolCheck, TextOfADifferenceNamesTheByteAndItsToken) {
 TEST_F(ToolCheck, Utf16BodiesAreNotReproduced) {
     const ToolRun run = RunOn("\xFF\xFE<\0!\0-\0-\0a\0-\0-\0>\0x\0"s, {});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("first difference at byte 11, in the token from byte 2 on: comment(a)\n"),
-              std::string::npos)
-        << run.output;
+    EXPECT_TRUE(Contains(run.output, "first difference at byte 11, in the token from byte 2 on: comment(a)\n"));
     EXPECT_EQ(RunOn("\xFF\xFE<\0!\0-\0-\0-\0-\0>\0x\0"s, {}).status, 0) << "an empty body is whole";
 }
 
@@ -115,16 +87,12 @@ TEST_F(ToolCheck, AnUnfinishedMarkBelongsToNoToken) {
     for (const auto& row : CASES) {
         for (const char* const feed : {"stream", "buffer"}) {
             const ToolRun run = RunOn(row.input, {"--feed", feed, "--piece-size", row.pieceSize, "--charset", "1252"});
-            EXPECT_EQ(run.status, 1);
-            EXPECT_EQ(run.errors,
-                      "-: is not reproduced, the unfinished byte-order mark at its start belongs to no token\n");
-            EXPECT_EQ(
-                WithoutRates(run.output)
-                    .find(
-                        "-: 0, but not reproduced, the unfinished byte-order mark at its start belongs to no token, " +
-                        std::string(row.sizes) + ", R MB/s\n1 file, "),
-                0U)
-                << run.output;
+            EXPECT_TRUE(Ended(
+                run, 1, "-: is not reproduced, the unfinished byte-order mark at its start belongs to no token\n"));
+            EXPECT_TRUE(StartsWith(
+                WithoutRates(run.output),
+                "-: 0, but not reproduced, the unfinished byte-order mark at its start belongs to no token, " +
+                    std::string(row.sizes) + ", R MB/s\n1 file, "));
         }
     }
     EXPECT_EQ(RunOn("\xEF\xBB", {"--format", "json"}).output,
@@ -132,20 +100,16 @@ TEST_F(ToolCheck, AnUnfinishedMarkBelongsToNoToken) {
     EXPECT_EQ(RunOn("\xEF\xBBx", {}).status, 0) << "in one piece it is text";
     EXPECT_EQ(RunOn("\xEF\xBB", {"--input", "8bit"}).status, 0);
     const ToolRun both = RunOn("\xEF<?xml a/ >", {"--piece-size", "1", "--charset", "1252"});
-    EXPECT_NE(both.output.find("; first difference at byte 0, in no token\n"), std::string::npos) << both.output;
+    EXPECT_TRUE(Contains(both.output, "; first difference at byte 0, in no token\n"));
 }
 
 TEST_F(ToolCheck, AnotherResultCode) {
     const ToolRun run = RunOn("a<b / >", {"--feed", "buffer", "--charset", "1252"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find(
-                  "-: 11, malformed markup, a required part is missing or cannot be recognized, 7 bytes, 1 token, "),
-              std::string::npos)
-        << run.output;
-    EXPECT_NE(run.output.find("; first difference at byte 1, in the token from byte 0 on: text(a)\n"),
-              std::string::npos)
-        << run.output;
-    EXPECT_NE(run.errors.find("-: parsing returned 11: "), std::string::npos) << run.errors;
+    EXPECT_TRUE(Contains(
+        run.output, "-: 11, malformed markup, a required part is missing or cannot be recognized, 7 bytes, 1 token, "));
+    EXPECT_TRUE(Contains(run.output, "; first difference at byte 1, in the token from byte 0 on: text(a)\n"));
+    EXPECT_TRUE(Contains(run.errors, "-: parsing returned 11: "));
     EXPECT_EQ(RunOn("a<b / >", {"--charset", "1252"}).status, 0) << "a stream is read again";
 }
 
@@ -161,37 +125,33 @@ TEST_F(ToolCheck, AnEmptyInput) {
 TEST_F(ToolCheck, TheOptionsOfThePassAreUsed) {
     // As UTF-16, as 8-bit text after what is no mark then, and in pieces that cut the condition in
     // two.
-    EXPECT_NE(RunOn("a\0b\0"s, {"--input", "utf16", "--format", "json"}).output.find("\"tokens\":1,"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(RunOn("a\0b\0"s, {"--input", "utf16", "--format", "json"}).output, "\"tokens\":1,"));
     EXPECT_EQ(RunOn("abc", {"--input", "utf16"}).status, 1);
     EXPECT_EQ(RunOn("\xEF", {"--input", "8bit"}).status, 0);
     EXPECT_EQ(RunOn("<![if x] tail>y", {}).status, 0);
     EXPECT_EQ(RunOn("<![if x] tail>y", {"--piece-size", "10"}).status, 1);
     EXPECT_EQ(RunOn("<![if x] tail>y", {"--piece-size", "10", "--feed", "buffer"}).status, 1);
     const std::string escaped = "\x1B$B<b>a\x1B(B";
-    EXPECT_NE(RunOn(escaped, {"--charset", "50221", "--format", "json"}).output.find("\"tokens\":1,"),
-              std::string::npos);
-    EXPECT_NE(RunOn(escaped, {"--charset", "1252", "--format", "json"}).output.find("\"tokens\":3,"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(RunOn(escaped, {"--charset", "50221", "--format", "json"}).output, "\"tokens\":1,"));
+    EXPECT_TRUE(Contains(RunOn(escaped, {"--charset", "1252", "--format", "json"}).output, "\"tokens\":3,"));
 }
 
 TEST_F(ToolCheck, ALateCharsetIsFollowed) {
     const std::string declared = "<p>\xC1</p><meta charset=iso-2022-jp>\x1B$B<b>a\x1B(B";
     const ToolRun run = RunOn(declared, {"--format", "json"});
     EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_NE(run.output.find("\"tokens\":5,\"endParse\":0,\"identical\":true"), std::string::npos) << run.output;
+    EXPECT_TRUE(Contains(run.output, "\"tokens\":5,\"endParse\":0,\"identical\":true"));
     const ToolRun stopped = RunOn(declared, {"--format", "json", "--no-reparse"});
     EXPECT_EQ(stopped.status, 1);
-    EXPECT_NE(stopped.output.find("\"identical\":false"), std::string::npos) << stopped.output;
-    EXPECT_NE(stopped.errors.find("-: parsing returned 705: another charset was found"), std::string::npos)
-        << stopped.errors;
+    EXPECT_TRUE(Contains(stopped.output, "\"identical\":false"));
+    EXPECT_TRUE(Contains(stopped.errors, "-: parsing returned 705: another charset was found"));
 }
 
 TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
     Write("good", "<p>");
     Write("bad", DIFFERENT);
     const struct {
-        std::vector<std::string> files;
+        Arguments files;
         int status;
         std::string errors;
         std::string output;
@@ -219,11 +179,10 @@ TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
     };
     for (const auto& row : CASES) {
         for (const char* const jobs : {"1", "3"}) {
-            std::vector<std::string> arguments = row.files;
+            Arguments arguments = row.files;
             arguments.insert(arguments.begin(), {"--charset", "1252", "--jobs", jobs});
             const ToolRun run = Run(arguments);
-            EXPECT_EQ(run.status, row.status) << testing::PrintToString(row.files);
-            EXPECT_EQ(run.errors, row.errors);
+            EXPECT_TRUE(Ended(run, row.status, row.errors)) << testing::PrintToString(row.files);
             EXPECT_EQ(WithoutRates(run.output), row.output);
         }
     }
@@ -252,12 +211,9 @@ TEST_F(ToolCheck, FoldersAreWalked) {
     EXPECT_EQ(files, "notes.txt;site/a/x.XHTML;site/b.html;site/z.htm;");
 
     const ToolRun missing = Run({"--recursive", "none", "site"});
-    EXPECT_EQ(missing.status, 3);
-    EXPECT_EQ(missing.errors, "none: cannot be read\n");
-    EXPECT_NE(missing.output.find("\n3 files, 6 bytes, 3 tokens, "), std::string::npos) << missing.output;
-    const ToolRun without = Run({"site"});
-    EXPECT_EQ(without.status, 3);
-    EXPECT_EQ(without.errors, "site: cannot be read\n");
+    EXPECT_TRUE(Ended(missing, 3, "none: cannot be read\n"));
+    EXPECT_TRUE(Contains(missing.output, "\n3 files, 6 bytes, 3 tokens, "));
+    EXPECT_TRUE(Ended(Run({"site"}), 3, "site: cannot be read\n"));
 
     fs::create_directory(folder.GetPath() / "empty");
     const ToolRun nothing = Run({"--recursive", "empty"});
@@ -267,7 +223,7 @@ TEST_F(ToolCheck, FoldersAreWalked) {
 
 TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
     // Long and short ones in turn, so that later ones are ready first.
-    std::vector<std::string> arguments = {"--format", "json", "--charset", "1252"};
+    Arguments arguments = {"--format", "json", "--charset", "1252"};
     std::string expected;
     std::string expectedErrors;
     for (std::size_t i = 0; i < 120; ++i) {
@@ -284,12 +240,9 @@ TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
                     ",\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
     }
     for (const char* const jobs : {"1", "2", "16", "1024"}) {
-        std::vector<std::string> withJobs = arguments;
+        Arguments withJobs = arguments;
         withJobs.insert(withJobs.begin(), {"--jobs", jobs});
-        const ToolRun run = Run(withJobs);
-        EXPECT_EQ(run.status, 3) << jobs;
-        EXPECT_EQ(run.output, expected) << jobs;
-        EXPECT_EQ(run.errors, expectedErrors) << jobs;
+        EXPECT_EQ(Run(withJobs), (ToolRun{3, expected, expectedErrors})) << jobs;
     }
 }
 
@@ -306,35 +259,27 @@ TEST_F(ToolCheck, StandardInputIsReadInItsTurn) {
     EXPECT_EQ(run.output, file + line("-", "\"bytes\":4,\"tokens\":2") + file + nothing + nothing);
 
     settings.input.reset();
-    const ToolRun closed = Run({"--format", "json", "-", "file"});
-    EXPECT_EQ(closed.status, 3);
-    EXPECT_EQ(closed.errors, "-: cannot be read\n");
-    EXPECT_EQ(closed.output, file);
+    EXPECT_EQ(Run({"--format", "json", "-", "file"}), (ToolRun{3, file, "-: cannot be read\n"}));
 }
 
 TEST_F(ToolCheck, OutputThatCannotBeWritten) {
-    std::vector<std::string> arguments = {"--jobs", "2"};
+    Arguments arguments = {"--jobs", "2"};
     for (int i = 0; i < 2000; ++i)
         arguments.emplace_back("page");
     Write("page", "a");
     settings.output = Sink::UNWRITABLE;
-    const ToolRun disk = Run(arguments);
-    EXPECT_EQ(disk.status, 1);
-    EXPECT_EQ(disk.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
-    const ToolRun unreadable = Run({"none", "page"});
-    EXPECT_EQ(unreadable.status, 3);
-    EXPECT_EQ(unreadable.errors,
-              "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
+    EXPECT_TRUE(Ended(Run(arguments), 1, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
+    EXPECT_TRUE(
+        Ended(Run({"none", "page"}), 3,
+              "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
     settings.output = Sink::CLOSED_PIPE;
-    const ToolRun pipe = Run(arguments);
-    EXPECT_EQ(pipe.status, 1);
-    EXPECT_EQ(pipe.errors, "");
+    EXPECT_TRUE(Ended(Run(arguments), 1, ""));
 }
 
 TEST_F(ToolCheck, TheExamplePage) {
-    const ToolRun run = RunTool({"check", "--recursive", KESTRA_EXAMPLE_PAGES}, settings);
+    const ToolRun run = Run({"--recursive", KESTRA_EXAMPLE_PAGES});
     EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_NE(run.output.find("saltmarsh-point.html: ok, "), std::string::npos) << run.output;
+    EXPECT_TRUE(Contains(run.output, "saltmarsh-point.html: ok, "));
 }
 
 }  // namespace

@@ -1,20 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
 
-using namespace std::string_literals;
-
-using Arguments = std::vector<std::string>;
+using ToolEvents = ToolTest;
 
 ToolRun RunJson(std::string_view input, Arguments more = {}) {
     more.insert(more.begin(), {"events", "--format", "json"});
@@ -24,8 +13,7 @@ ToolRun RunJson(std::string_view input, Arguments more = {}) {
 /// The JSON Lines of a good run.
 std::string JsonOf(std::string_view input, Arguments more = {}) {
     const ToolRun run = RunJson(input, std::move(more));
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(Ended(run, 0, ""));
     return run.output;
 }
 
@@ -37,7 +25,7 @@ std::string EventsOf(std::string_view input, Arguments more = {}) {
     return lines.substr(std::min(FIRST.size(), lines.size()));
 }
 
-TEST(ToolEvents, EveryEvent) {
+TEST_F(ToolEvents, EveryEvent) {
     EXPECT_EQ(
         JsonOf("<a href=x checked></a><script defer>x=1</script><?xml version='1.0'?><!DOCTYPE html><!-- c -->a<br/>"
                "<style>p{}</style>tail"),
@@ -57,7 +45,7 @@ TEST(ToolEvents, EveryEvent) {
 )");
 }
 
-TEST(ToolEvents, Places) {
+TEST_F(ToolEvents, Places) {
     const std::string page = "ab<p c=d>\n<br/><script>e</script>f";
     EXPECT_EQ(JsonOf(page, {"--places"}),
               R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1}
@@ -81,11 +69,10 @@ TEST(ToolEvents, Places) {
                 << feed << " " << pieceSize;
         }
     }
-    EXPECT_NE(RunToolOn(page, {"events", "--places"}).output.find("\n     2:7     [15,15)           end(br)\n"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(RunToolOn(page, {"events", "--places"}).output, "\n     2:7     [15,15)           end(br)\n"));
 }
 
-TEST(ToolEvents, Scripts) {
+TEST_F(ToolEvents, Scripts) {
     const std::string page = "<script>a='</script>';</script><title><b></title ><i>";
     const std::string asTokens =
         R"({"event":"Script","attributes":[],"body":"a='</script>';","begin":0,"end":31,"line":1,"column":1}
@@ -93,8 +80,8 @@ TEST(ToolEvents, Scripts) {
 {"event":"StartTag","name":"b","attributes":[],"begin":38,"end":41,"line":1,"column":50}
 )";
     const ToolRun tokens = RunJson(page, {"--places", "--scripts", "tokens"});
-    EXPECT_NE(tokens.output.find(asTokens), std::string::npos) << tokens.output;
-    EXPECT_NE(tokens.output.find("\"parse\":702,"), std::string::npos) << tokens.output;
+    EXPECT_TRUE(Contains(tokens.output, asTokens));
+    EXPECT_TRUE(Contains(tokens.output, "\"parse\":702,"));
     EXPECT_EQ(RunJson(page, {"--places"}).output, tokens.output);
     const std::string asText = R"({"event":"StartParsing","begin":0,"end":0,"line":1,"column":1}
 {"event":"Script","attributes":[],"body":"a='","begin":0,"end":20,"line":1,"column":1}
@@ -110,21 +97,19 @@ TEST(ToolEvents, Scripts) {
     EXPECT_EQ(JsonOf(page, {"--places", "--scripts", "text"}), asText);
     for (const char* const size : {"1", "5"})
         EXPECT_EQ(JsonOf(page, {"--places", "--scripts", "text", "--piece-size", size}), asText) << size;
-    EXPECT_NE(RunToolOn(page, {"events", "--scripts", "text"}).output.find("\n     1:44    text(<b>)\n"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(RunToolOn(page, {"events", "--scripts", "text"}).output, "\n     1:44    text(<b>)\n"));
 }
 
-TEST(ToolEvents, ALongTokenEndsTheInput) {
+TEST_F(ToolEvents, ALongTokenEndsTheInput) {
     const ToolRun run = RunToolOn("<p>ab<b class=long>", {"events", "--format", "json", "--max-token", "8"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"ab\"}\n{\"event\":\"Result\",\"startParse\":0,\"parse\":"
-                              "711,\"endParse\":0,"),
-              std::string::npos)
-        << run.output;
-    EXPECT_EQ(run.errors.find("-: parsing returned 711: "), 0U) << run.errors;
+    EXPECT_TRUE(Contains(run.output,
+                         "{\"event\":\"Text\",\"text\":\"ab\"}\n{\"event\":\"Result\",\"startParse\":0,\"parse\":"
+                         "711,\"endParse\":0,"));
+    EXPECT_TRUE(StartsWith(run.errors, "-: parsing returned 711: "));
 }
 
-TEST(ToolEvents, AnEmptyInput) {
+TEST_F(ToolEvents, AnEmptyInput) {
     const std::string expected =
         "{\"event\":\"StartParsing\"}\n{\"event\":\"StopParsing\"}\n"
         "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":0,\"line\":1,\"column\":1,\"file\":\"-\"}\n";
@@ -132,13 +117,13 @@ TEST(ToolEvents, AnEmptyInput) {
     EXPECT_EQ(JsonOf("", {"--feed", "buffer"}), expected);
 }
 
-TEST(ToolEvents, NulsAndEscapes) {
+TEST_F(ToolEvents, NulsAndEscapes) {
     const std::string lines = EventsOf("<a b='x\0\"y\n'>t\0u</a>"s);
-    EXPECT_NE(lines.find(R"([["b","x\u0000\"y\n"]])"), std::string::npos) << lines;
-    EXPECT_NE(lines.find(R"({"event":"Text","text":"t"})"), std::string::npos) << lines;
+    EXPECT_TRUE(Contains(lines, R"([["b","x\u0000\"y\n"]])"));
+    EXPECT_TRUE(Contains(lines, R"({"event":"Text","text":"t"})"));
 }
 
-TEST(ToolEvents, CharsetsAndFlags) {
+TEST_F(ToolEvents, CharsetsAndFlags) {
     const std::string page = "<?xml encoding='koi8-r'?>\xC1<";
     const struct {
         Arguments arguments;
@@ -154,13 +139,13 @@ TEST(ToolEvents, CharsetsAndFlags) {
     };
     for (const auto& row : CASES) {
         const std::string lines = EventsOf(page, row.arguments);
-        EXPECT_NE(lines.find("{\"event\":\"Text\",\"text\":\""s + row.text + "\"}\n"), std::string::npos)
+        EXPECT_TRUE(Contains(lines, "{\"event\":\"Text\",\"text\":\""s + row.text + "\"}\n"))
             << testing::PrintToString(row.arguments) << "\n"
             << lines;
     }
 }
 
-TEST(ToolEvents, AnInputThatEndsInsideAConstructIsGood) {
+TEST_F(ToolEvents, AnInputThatEndsInsideAConstructIsGood) {
     // The result of a stream does not tell of it.
     EXPECT_EQ(
         EventsOf("<p\nid"),
@@ -171,15 +156,12 @@ TEST(ToolEvents, AnInputThatEndsInsideAConstructIsGood) {
         "{\"event\":\"StopParsing\"}\n"
         "{\"event\":\"Result\",\"startParse\":0,\"parse\":16,\"endParse\":0,\"line\":2,\"column\":3,\"file\":\"-\"}\n");
     const ToolRun text = RunToolOn("<p\nid", {"events", "--feed", "buffer"});
-    EXPECT_EQ(text.status, 0);
-    EXPECT_EQ(text.errors, "");
-    EXPECT_NE(
-        text.output.find("\nresult   parsing returned 16: the input ended inside a construct (line 2, column 3)\n"),
-        std::string::npos)
-        << text.output;
+    EXPECT_TRUE(Ended(text, 0, ""));
+    EXPECT_TRUE(Contains(text.output,
+                         "\nresult   parsing returned 16: the input ended inside a construct (line 2, column 3)\n"));
 }
 
-TEST(ToolEvents, MalformedMarkup) {
+TEST_F(ToolEvents, MalformedMarkup) {
     const struct {
         const char* input;
         const char* result;
@@ -198,86 +180,79 @@ TEST(ToolEvents, MalformedMarkup) {
         for (const char* const feed : {"stream", "buffer"}) {
             const ToolRun run = RunJson(row.input, {"--feed", feed});
             EXPECT_EQ(run.status, 1) << row.input;
-            EXPECT_NE(run.output.find(row.result), std::string::npos) << row.input << "\n" << run.output;
-            EXPECT_NE(run.output.find("{\"event\":\"StopParsing\"}\n"), std::string::npos) << row.input;
+            EXPECT_TRUE(Contains(run.output, row.result)) << row.input << "\n" << run.output;
+            EXPECT_TRUE(Contains(run.output, "{\"event\":\"StopParsing\"}\n")) << row.input;
             EXPECT_EQ(run.errors, row.diagnostic) << row.input;
         }
     }
 }
 
-TEST(ToolEvents, AnErrorEndsTheFeeding) {
+TEST_F(ToolEvents, AnErrorEndsTheFeeding) {
     const ToolRun run = RunJson("a<=<b>", {"--feed", "buffer", "--piece-size", "1"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output.find("StartTag"), std::string::npos) << "the pieces after the error would be good";
-    EXPECT_NE(run.output.find("\"parse\":703,"), std::string::npos) << run.output;
+    EXPECT_FALSE(Contains(run.output, "StartTag")) << "the pieces after the error would be good";
+    EXPECT_TRUE(Contains(run.output, "\"parse\":703,"));
 }
 
-TEST(ToolEvents, PieceSizesOfBothFeeds) {
+TEST_F(ToolEvents, PieceSizesOfBothFeeds) {
     // A comment ends with its piece, so every cut shows.
     const std::string text = "{\"event\":\"Comment\",\"text\":\"";
-    EXPECT_NE(EventsOf("<!--abcd--><b>").find(text + "abcd\"}\n{\"event\":\"StartTag\""), std::string::npos);
+    EXPECT_TRUE(Contains(EventsOf("<!--abcd--><b>"), text + "abcd\"}\n{\"event\":\"StartTag\""));
     for (const char* const feed : {"stream", "buffer"}) {
-        EXPECT_NE(EventsOf("<!--abcd--><b>", {"--feed", feed, "--piece-size", "6"})
-                      .find(text + "ab\"}\n{\"event\":\"Text\",\"text\":\"cd-->\"}\n{\"event\":\"StartTag\""),
-                  std::string::npos)
+        EXPECT_TRUE(Contains(EventsOf("<!--abcd--><b>", {"--feed", feed, "--piece-size", "6"}),
+                             text + "ab\"}\n{\"event\":\"Text\",\"text\":\"cd-->\"}\n{\"event\":\"StartTag\""))
             << feed;
-        EXPECT_NE(EventsOf("<!--abcd--><b>", {"--feed", feed, "--piece-size", "5"})
-                      .find(text + "a\"}\n{\"event\":\"Text\",\"text\":\"bcd-->\"}\n{\"event\":\"StartTag\""),
-                  std::string::npos)
+        EXPECT_TRUE(Contains(EventsOf("<!--abcd--><b>", {"--feed", feed, "--piece-size", "5"}),
+                             text + "a\"}\n{\"event\":\"Text\",\"text\":\"bcd-->\"}\n{\"event\":\"StartTag\""))
             << feed;
     }
 }
 
-TEST(ToolEvents, ReadsOfAStreamAre65536Bytes) {
+TEST_F(ToolEvents, ReadsOfAStreamAre65536Bytes) {
     const std::string before(65536 - 5, 'x');
     const std::string page = before + "<!--abc--><b>";
     const std::string cut = "{\"event\":\"Comment\",\"text\":\"a\"}\n{\"event\":\"Text\",\"text\":\"bc-->\"}\n";
     const std::string whole = "{\"event\":\"Comment\",\"text\":\"abc\"}\n";
-    EXPECT_NE(EventsOf(page).find(cut), std::string::npos);
-    EXPECT_NE(EventsOf(page, {"--piece-size", "100000"}).find(cut), std::string::npos)
-        << "a read gets no more than it asks for";
-    EXPECT_NE(EventsOf(page, {"--feed", "buffer"}).find(whole), std::string::npos);
-    EXPECT_NE(EventsOf(page, {"--feed", "buffer", "--piece-size", "100000"}).find(whole), std::string::npos);
+    EXPECT_TRUE(Contains(EventsOf(page), cut));
+    EXPECT_TRUE(Contains(EventsOf(page, {"--piece-size", "100000"}), cut)) << "a read gets no more than it asks for";
+    EXPECT_TRUE(Contains(EventsOf(page, {"--feed", "buffer"}), whole));
+    EXPECT_TRUE(Contains(EventsOf(page, {"--feed", "buffer", "--piece-size", "100000"}), whole));
 }
 
-TEST(ToolEvents, OtherConstructsAreTheSameForEveryPieceSize) {
+TEST_F(ToolEvents, OtherConstructsAreTheSameForEveryPieceSize) {
     const std::string page =
         "Caf\xE9 <p class=x id =\nab checked>t</p><script>if(a<b)//c\nx='</script>'</script><style>a b</style "
         ">\n</style>"
         "<!DOCTYPE html PUBLIC x><i>";
     const std::string expected = JsonOf(page, {"--feed", "buffer"});
-    EXPECT_NE(expected.find(R"({"event":"StartTag","name":"i","attributes":[]})"), std::string::npos) << expected;
+    EXPECT_TRUE(Contains(expected, R"({"event":"StartTag","name":"i","attributes":[]})"));
     for (const char* const size : {"1000", "7", "1"}) {
         for (const char* const feed : {"stream", "buffer"})
             EXPECT_EQ(JsonOf(page, {"--feed", feed, "--piece-size", size}), expected) << feed << size;
     }
 }
 
-TEST(ToolEvents, TheTextFormat) {
-    const ToolRun run = RunToolOn("Caf\xC3\xA9\n<a href=x>\t</a><br/>tail", {"events", "--charset", "65001"});
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output,
-              "     1:1     start-parsing\n"
-              "     1:1     text(Caf\xC3\xA9\\n)\n"
-              "     2:2     start(a|{href=x})\n"
-              "     2:12    text(\\t)\n"
-              "     2:14    end(a)\n"
-              "     2:18    start(br|)\n"
-              "     2:23    end(br)\n"
-              "     2:31    stop-parsing\n"
-              "bytes    30\n"
-              "events   6: text 2, start 2, end 2\n"
-              "result   0, success\n");
+TEST_F(ToolEvents, TheTextFormat) {
+    EXPECT_EQ(RunToolOn("Caf\xC3\xA9\n<a href=x>\t</a><br/>tail", {"events", "--charset", "65001"}),
+              (ToolRun{0,
+                       "     1:1     start-parsing\n"
+                       "     1:1     text(Caf\xC3\xA9\\n)\n"
+                       "     2:2     start(a|{href=x})\n"
+                       "     2:12    text(\\t)\n"
+                       "     2:14    end(a)\n"
+                       "     2:18    start(br|)\n"
+                       "     2:23    end(br)\n"
+                       "     2:31    stop-parsing\n"
+                       "bytes    30\n"
+                       "events   6: text 2, start 2, end 2\n"
+                       "result   0, success\n",
+                       ""}));
 }
 
-TEST(ToolEvents, Files) {
-    const TemporaryFolder folder;
-    folder.Write("good", "a<b>");
-    folder.Write("bad", "<=");
-    folder.Write("open", "<p");
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
+TEST_F(ToolEvents, Files) {
+    Write("good", "a<b>");
+    Write("bad", "<=");
+    Write("open", "<p");
     settings.input = "<i>";
     const struct {
         Arguments files;
@@ -302,8 +277,7 @@ TEST(ToolEvents, Files) {
         Arguments arguments = row.files;
         arguments.insert(arguments.begin(), {"events", "--feed", "buffer", "--format", "json"});
         const ToolRun run = RunTool(arguments, settings);
-        EXPECT_EQ(run.status, row.status) << testing::PrintToString(row.files);
-        EXPECT_EQ(run.errors, row.errors) << testing::PrintToString(row.files);
+        EXPECT_TRUE(Ended(run, row.status, row.errors)) << testing::PrintToString(row.files);
         for (const std::string& file : row.files) {
             EXPECT_EQ(run.output.find("\"file\":\"" + file + "\"}\n") != std::string::npos, file != "none")
                 << file << " of " << testing::PrintToString(row.files);
@@ -319,23 +293,19 @@ TEST(ToolEvents, Files) {
               "bytes    3\nevents   1: start 1\nresult   0, success\n");
 }
 
-TEST(ToolEvents, OutputThatCannotBeWritten) {
+TEST_F(ToolEvents, OutputThatCannotBeWritten) {
     // The failure leaves the parser out of a callback.
     std::string page;
     for (int i = 0; i < 100000; ++i)
         page += "<p>x</p>\n";
     for (const char* const feed : {"stream", "buffer"}) {
         for (const char* const format : {"text", "json"}) {
-            ToolSettings settings;
             settings.input = page;
             settings.output = Sink::UNWRITABLE;
-            const ToolRun disk = RunTool({"events", "--feed", feed, "--format", format}, settings);
-            EXPECT_EQ(disk.status, 1);
-            EXPECT_EQ(disk.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
+            EXPECT_TRUE(Ended(RunTool({"events", "--feed", feed, "--format", format}, settings), 1,
+                              "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
             settings.output = Sink::CLOSED_PIPE;
-            const ToolRun pipe = RunTool({"events", "--feed", feed, "--format", format}, settings);
-            EXPECT_EQ(pipe.status, 1);
-            EXPECT_EQ(pipe.errors, "");
+            EXPECT_TRUE(Ended(RunTool({"events", "--feed", feed, "--format", format}, settings), 1, ""));
         }
     }
 }

@@ -1,10 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
@@ -12,18 +5,17 @@ namespace {
 
 /// Runs the tool in a folder with a good file "good" and a file "bad" whose parse fails when it is
 /// fed as a buffer.
-class ToolFiles : public testing::Test {
+class ToolFiles : public ToolTest {
 protected:
     ToolFiles() {
-        folder.Write("good", "a");
-        folder.Write("bad", "<a / >");
+        Write("good", "a");
+        Write("bad", "<a / >");
         settings.input = "s";
-        settings.folder = folder.GetPath().string();
     }
 
-    ToolRun Run(std::vector<std::string> arguments) {
+    ToolRun Run(Arguments arguments) {
         arguments.insert(arguments.begin(), {"tokens", "--feed", "buffer", "--charset", "1252"});
-        return RunTool(arguments, settings);
+        return ToolTest::Run(arguments);
     }
 
     /// The names in the result lines, in order.
@@ -36,9 +28,6 @@ protected:
         }
         return names;
     }
-
-    TemporaryFolder folder;
-    ToolSettings settings;
 };
 
 constexpr const char* BAD =
@@ -47,7 +36,7 @@ constexpr const char* BAD =
 
 TEST_F(ToolFiles, ExitStatus) {
     const struct {
-        std::vector<std::string> files;
+        Arguments files;
         int status;
         std::string errors;
         std::string results;
@@ -73,11 +62,10 @@ TEST_F(ToolFiles, ExitStatus) {
          ""},
     };
     for (const auto& row : CASES) {
-        std::vector<std::string> arguments = row.files;
+        Arguments arguments = row.files;
         arguments.insert(arguments.begin(), {"--format", "json"});
         const ToolRun run = Run(arguments);
-        EXPECT_EQ(run.status, row.status) << testing::PrintToString(row.files);
-        EXPECT_EQ(run.errors, row.errors) << testing::PrintToString(row.files);
+        EXPECT_TRUE(Ended(run, row.status, row.errors)) << testing::PrintToString(row.files);
         EXPECT_EQ(Files(run.output), row.results) << testing::PrintToString(row.files);
     }
 }
@@ -88,14 +76,13 @@ TEST_F(ToolFiles, StandardInput) {
     const ToolRun twice = Run({"--format", "json", "-", "-"});
     EXPECT_EQ(twice.status, 0);
     EXPECT_EQ(Files(twice.output), "-;-;");
-    EXPECT_NE(twice.output.find("\"text\":\"s\""), std::string::npos);
+    EXPECT_TRUE(Contains(twice.output, "\"text\":\"s\""));
     EXPECT_EQ(twice.output.find("\"text\":\"s\""),
               twice.output.rfind("\"text\":\"s\""));  // the second time it is at its end
 
     settings.input.reset();
     const ToolRun closed = Run({"--format", "json", "-", "good"});
-    EXPECT_EQ(closed.status, 3);
-    EXPECT_EQ(closed.errors, "-: cannot be read\n");
+    EXPECT_TRUE(Ended(closed, 3, "-: cannot be read\n"));
     EXPECT_EQ(Files(closed.output), "good;");
 }
 
@@ -103,27 +90,26 @@ TEST_F(ToolFiles, ALargeInputThroughAPipe) {
     const std::string text(5000000, 'x');
     const ToolRun run = RunToolOn(text, {"tokens", "--charset", "1252", "--format", "json"});
     EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"" + text + "\"}\n"), std::string::npos);
+    EXPECT_TRUE(Contains(run.output, "{\"event\":\"Text\",\"text\":\"" + text + "\"}\n"));
 }
 
 TEST_F(ToolFiles, BytesArriveAsTheyAre) {
     std::string bytes;
     for (int i = 0; i < 256; ++i)
         bytes.push_back(static_cast<char>(i == '<' ? 'x' : i));
-    folder.Write("bytes", bytes);
+    Write("bytes", bytes);
     const ToolRun file = Run({"--format", "json", "--observer", "narrow", "bytes"});
-    EXPECT_NE(file.output.find(R"("\u0000\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e)"),
-              std::string::npos);
-    EXPECT_NE(file.output.find(R"(\u0019\u001a\u001b)"), std::string::npos);
-    EXPECT_NE(file.output.find(R"(~\u007f\u0080)"), std::string::npos);
-    EXPECT_NE(file.output.find(R"(\u00fe\u00ff")"), std::string::npos);
+    EXPECT_TRUE(Contains(file.output, R"("\u0000\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e)"));
+    EXPECT_TRUE(Contains(file.output, R"(\u0019\u001a\u001b)"));
+    EXPECT_TRUE(Contains(file.output, R"(~\u007f\u0080)"));
+    EXPECT_TRUE(Contains(file.output, R"(\u00fe\u00ff")"));
     settings.input = bytes;
     const ToolRun pipe = Run({"--format", "json", "--observer", "narrow", "-"});
     EXPECT_EQ(pipe.output.substr(0, pipe.output.find("\"file\"")), file.output.substr(0, file.output.find("\"file\"")));
 }
 
 TEST_F(ToolFiles, SeveralFilesHaveHeadersInTheTextFormat) {
-    EXPECT_EQ(Run({"good"}).output.find("==>"), std::string::npos);
+    EXPECT_FALSE(Contains(Run({"good"}).output, "==>"));
     const ToolRun run = Run({"good", "none", "good"});
     const std::string lines =
         "     1:1     start-parsing\n     1:1     text(a)\n     1:2     end-parsing\nbytes    1\ntokens   1: text 1\n"
@@ -133,19 +119,15 @@ TEST_F(ToolFiles, SeveralFilesHaveHeadersInTheTextFormat) {
 }
 
 TEST_F(ToolFiles, HelpAndVersionReadNothing) {
-    const ToolRun version = RunTool({"--version"}, settings);
+    const ToolRun version = ToolTest::Run({"--version"});
     EXPECT_EQ(version.status, 0);
     EXPECT_EQ(version.output, "kestra-html " KESTRA_VERSION "\n");
-    const ToolRun help = RunTool({"tokens", "--help", "none"}, settings);
-    EXPECT_EQ(help.status, 0);
-    EXPECT_EQ(help.errors, "");
+    const ToolRun help = ToolTest::Run({"tokens", "--help", "none"});
+    EXPECT_TRUE(Ended(help, 0, ""));
     EXPECT_EQ(help.output.substr(0, 38), "Print the token stream of every input\n");
-    const ToolRun nothing = RunTool({}, settings);
-    EXPECT_EQ(nothing.status, 2);
-    EXPECT_EQ(nothing.output, "");
-    EXPECT_EQ(
-        nothing.errors,
-        "kestra-html: a subcommand is required: tokens, events, check, detect or rewrite (see kestra-html --help)\n");
+    EXPECT_EQ(ToolTest::Run({}), (ToolRun{2, "",
+                                          "kestra-html: a subcommand is required: tokens, events, check, detect or "
+                                          "rewrite (see kestra-html --help)\n"}));
 }
 
 }  // namespace

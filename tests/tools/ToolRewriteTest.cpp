@@ -1,25 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
-
-using namespace std::string_literals;
-
-namespace fs = std::filesystem;
-
-using Arguments = std::vector<std::string>;
 
 ToolRun Rewrite(std::string_view input, Arguments arguments = {}) {
     arguments.insert(arguments.begin(), "rewrite");
@@ -29,34 +13,8 @@ ToolRun Rewrite(std::string_view input, Arguments arguments = {}) {
 /// The output of a good run.
 std::string Rewritten(std::string_view input, const Arguments& arguments) {
     const ToolRun run = Rewrite(input, arguments);
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(Ended(run, 0, ""));
     return run.output;
-}
-
-std::string Utf16(std::string_view ascii) {
-    std::string bytes;
-    for (const char letter : ascii) {
-        bytes.push_back(letter);
-        bytes.push_back('\0');
-    }
-    return bytes;
-}
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-/// The names in a folder, sorted.
-std::vector<std::string> NamesIn(const fs::path& folder) {
-    std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        const std::u8string name = entry.path().filename().u8string();
-        names.emplace_back(name.begin(), name.end());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 TEST(ToolRewrite, WithoutEditsTheOutputIsTheInput) {
@@ -160,7 +118,7 @@ TEST(ToolRewrite, ATokenOverTheLimitEndsTheEdits) {
     const ToolRun run = Rewrite("<a><!-- d --><a>", {"--max-token", "9", "--set", "a.b=c"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.output, "<a b=\"c\"><!-- d --><a>");
-    EXPECT_NE(run.errors.find("711"), std::string::npos) << run.errors;
+    EXPECT_TRUE(Contains(run.errors, "711"));
     EXPECT_EQ(Rewritten("<a><!-- d --><a>", {"--max-token", "10", "--set", "a.b=c"}),
               "<a b=\"c\"><!-- d --><a b=\"c\">");
 }
@@ -234,27 +192,12 @@ TEST(ToolRewrite, ADryRunTellsEveryEdit) {
     EXPECT_EQ(Rewritten(input, {"--dry-run"}), "");
 }
 
-class ToolRewriteInPlace : public testing::Test {
+class ToolRewriteInPlace : public ToolTest {
 protected:
-    ToolRewriteInPlace() {
-        settings.folder = folder.GetPath().string();
-    }
-
     ToolRun Run(Arguments arguments) {
         arguments.insert(arguments.begin(), {"rewrite", "--set", "a.b=c"});
-        return RunTool(arguments, settings);
+        return ToolTest::Run(arguments);
     }
-
-    std::string Read(const std::string& name) {
-        return ReadFile(folder.GetPath() / fs::path(std::u8string(name.begin(), name.end())));
-    }
-
-    void Write(const std::string& name, std::string_view bytes) {
-        folder.Write(fs::path(std::u8string(name.begin(), name.end())), bytes);
-    }
-
-    TemporaryFolder folder;
-    ToolSettings settings;
 };
 
 TEST_F(ToolRewriteInPlace, FilesAreWrittenAndBackedUp) {
@@ -262,20 +205,17 @@ TEST_F(ToolRewriteInPlace, FilesAreWrittenAndBackedUp) {
     Write("page", "<a>");
     Write(name, "x<a>\r\n");
     Write("page.bak", "older");
-    const ToolRun run = Run({"--in-place=.bak", "page", name});
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(Run({"--in-place=.bak", "page", name}), (ToolRun{0, "", ""}));
     EXPECT_EQ(Read("page"), "<a b=\"c\">");
     EXPECT_EQ(Read("page.bak"), "<a>");
     EXPECT_EQ(Read(name), "x<a b=\"c\">\r\n");
     EXPECT_EQ(Read(name + ".bak"), "x<a>\r\n");
-    EXPECT_EQ(NamesIn(folder.GetPath()).size(), 4U);
+    EXPECT_EQ(GetNames().size(), 4U);
 
     EXPECT_EQ(RunTool({"rewrite", "--remove", "a.b", "--in-place", "page"}, settings).status, 0);
     EXPECT_EQ(Read("page"), "<a>");
     EXPECT_EQ(Read("page.bak"), "<a>");
-    EXPECT_EQ(NamesIn(folder.GetPath()).size(), 4U) << "no backup, no temporary file";
+    EXPECT_EQ(GetNames().size(), 4U) << "no backup, no temporary file";
     EXPECT_EQ(Run({"--in-place=.bak", "page"}).status, 0);
     EXPECT_EQ(Run({"--in-place=.bak", "--remove", "a.b", "page"}).status, 0) << "over a backup again";
     EXPECT_EQ(Read("page.bak"), "<a b=\"c\">");
@@ -289,18 +229,17 @@ TEST_F(ToolRewriteInPlace, WhatHasNothingToEditStaysAsItIs) {
     const ToolRun run = Run({"--in-place=.bak", "empty", "page"});
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(fs::last_write_time(folder.GetPath() / "page"), before);
-    EXPECT_EQ(NamesIn(folder.GetPath()), (Arguments{"empty", "page"}));
+    EXPECT_EQ(GetNames(), (Arguments{"empty", "page"}));
 }
 
 TEST_F(ToolRewriteInPlace, EveryFileHasItsTurn) {
     Write("first", "<a>");
     Write("last", "<a>");
-    const ToolRun run = Run({"--in-place", "first", "none", ".", "last"});
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.errors, "none: cannot be read\n.: cannot be read\n");
+    EXPECT_TRUE(
+        Ended(Run({"--in-place", "first", "none", ".", "last"}), 3, "none: cannot be read\n.: cannot be read\n"));
     EXPECT_EQ(Read("first"), "<a b=\"c\">");
     EXPECT_EQ(Read("last"), "<a b=\"c\">");
-    EXPECT_EQ(NamesIn(folder.GetPath()), (Arguments{"first", "last"}));
+    EXPECT_EQ(GetNames(), (Arguments{"first", "last"}));
 }
 
 TEST_F(ToolRewriteInPlace, AReadOnlyFileStaysAsItIs) {
@@ -309,10 +248,9 @@ TEST_F(ToolRewriteInPlace, AReadOnlyFileStaysAsItIs) {
     fs::permissions(folder.GetPath() / "page", writing, fs::perm_options::remove);
     const ToolRun run = Run({"--in-place=.bak", "page"});
     fs::permissions(folder.GetPath() / "page", fs::perms::owner_write, fs::perm_options::add);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, "page: cannot be written: it is read-only\n");
+    EXPECT_TRUE(Ended(run, 1, "page: cannot be written: it is read-only\n"));
     EXPECT_EQ(Read("page"), "<a>");
-    EXPECT_EQ(NamesIn(folder.GetPath()), Arguments{"page"});
+    EXPECT_EQ(GetNames(), Arguments{"page"});
 }
 
 TEST_F(ToolRewriteInPlace, AnEditThatCannotBeMadeLeavesTheFile) {
@@ -320,14 +258,13 @@ TEST_F(ToolRewriteInPlace, AnEditThatCannotBeMadeLeavesTheFile) {
     const Arguments arguments = {"rewrite", "--set", "a.\xE6\x97\xA5=c", "--set", "a.b=c", "--charset", "1252"};
     Arguments inPlace = arguments;
     inPlace.insert(inPlace.end(), {"--in-place=.bak", "page"});
-    const ToolRun run = RunTool(inPlace, settings);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors,
+    EXPECT_TRUE(
+        Ended(RunTool(inPlace, settings), 1,
               "page: an edit returned 723: this is no name of an attribute, or the charset of the document lacks a "
               "character of it (line 1, "
-              "column 4)\n");
+              "column 4)\n"));
     EXPECT_EQ(Read("page"), "<p><a>\xE9");
-    EXPECT_EQ(NamesIn(folder.GetPath()), Arguments{"page"});
+    EXPECT_EQ(GetNames(), Arguments{"page"});
     const ToolRun copied = RunToolOn("<p><a>\xE9", arguments);
     EXPECT_EQ(copied.status, 1);
     EXPECT_EQ(copied.output, "<p><a b=\"c\">\xE9") << "the other edits are made";
@@ -338,9 +275,9 @@ TEST_F(ToolRewriteInPlace, ABackupThatCannotBeWrittenLeavesTheFile) {
     fs::create_directory(folder.GetPath() / "page.bak");
     const ToolRun run = Run({"--in-place=.bak", "page"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors.find("page: no backup can be written: "), 0U) << run.errors;
+    EXPECT_TRUE(StartsWith(run.errors, "page: no backup can be written: "));
     EXPECT_EQ(Read("page"), "<a>");
-    EXPECT_EQ(NamesIn(folder.GetPath()), (Arguments{"page", "page.bak"}));
+    EXPECT_EQ(GetNames(), (Arguments{"page", "page.bak"}));
 }
 
 TEST_F(ToolRewriteInPlace, ADryRunWritesNothing) {
@@ -349,7 +286,7 @@ TEST_F(ToolRewriteInPlace, ADryRunWritesNothing) {
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(run.output, "page:1:1: (none) -> c\npage:1:1: (none) -> c\n");
     EXPECT_EQ(Read("page"), "<a>");
-    EXPECT_EQ(NamesIn(folder.GetPath()), Arguments{"page"});
+    EXPECT_EQ(GetNames(), Arguments{"page"});
 }
 
 TEST_F(ToolRewriteInPlace, LargeFilesAreWrittenInPieces) {
@@ -368,14 +305,11 @@ TEST(ToolRewriteFailures, OutputThatCannotBeWritten) {
     ToolSettings settings;
     settings.input = "<a>";
     settings.output = Sink::UNWRITABLE;
-    const ToolRun run = RunTool({"rewrite"}, settings);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
+    EXPECT_TRUE(Ended(RunTool({"rewrite"}, settings), 1,
+                      "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
     settings.output = Sink::CAPTURED;
     settings.input.reset();
-    const ToolRun closed = RunTool({"rewrite"}, settings);
-    EXPECT_EQ(closed.status, 3);
-    EXPECT_EQ(closed.errors, "-: cannot be read\n");
+    EXPECT_TRUE(Ended(RunTool({"rewrite"}, settings), 3, "-: cannot be read\n"));
     EXPECT_EQ(RunTool({"rewrite", "--set", "a.b=c"}, settings).status, 3);
 }
 

@@ -1,18 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
-
-using namespace std::string_literals;
-
-using Arguments = std::vector<std::string>;
 
 Arguments Json(Arguments more = {}) {
     more.insert(more.begin(), {"tokens", "--format", "json"});
@@ -22,39 +11,8 @@ Arguments Json(Arguments more = {}) {
 /// The JSON Lines of a good run.
 std::string JsonOf(std::string_view input, Arguments more = {}) {
     const ToolRun run = RunToolOn(input, Json(std::move(more)));
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(Ended(run, 0, ""));
     return run.output;
-}
-
-/// The last line of an output.
-std::string LastLine(const std::string& output) {
-    if (output.empty() || output.back() != '\n')
-        return "(no line)";
-    const std::size_t before = output.rfind('\n', output.size() - 2);
-    return output.substr(before == std::string::npos ? 0 : before + 1,
-                         output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
-}
-
-std::string WithoutLastLine(const std::string& output) {
-    return output.substr(0, output.size() - LastLine(output).size() - 1);
-}
-
-/// A text with the letters of the ASCII one as UTF-16, low byte first.
-std::string Utf16(std::string_view ascii) {
-    std::string bytes;
-    for (const char letter : ascii) {
-        bytes.push_back(letter);
-        bytes.push_back('\0');
-    }
-    return bytes;
-}
-
-std::string Repeat(std::string_view text, unsigned times) {
-    std::string all;
-    for (unsigned i = 0; i < times; ++i)
-        all += text;
-    return all;
 }
 
 TEST(ToolTokens, AllKindsThatTheParserDelivers) {
@@ -97,7 +55,7 @@ TEST(ToolTokens, TheStreamType) {
         WithoutLastLine(wide),
         "{\"event\":\"StartParsing\"}\n{\"event\":\"Charset\",\"code\":1200}\n{\"event\":\"Text\",\"text\":\"a\"}\n"
         "{\"event\":\"EndParsing\"}\n");
-    EXPECT_NE(LastLine(wide).find("\"charset\":1200,\"isWParser\":true"), std::string::npos) << wide;
+    EXPECT_TRUE(Contains(LastLine(wide), "\"charset\":1200,\"isWParser\":true")) << wide;
 }
 
 TEST(ToolTokens, CharsetAndObserver) {
@@ -133,39 +91,38 @@ TEST(ToolTokens, JunkIsBytesForBothObservers) {
 
 TEST(ToolTokens, CharsetErrorsAreCountedOnlyWhenAskedFor) {
     const std::string broken = "a\xFF";
-    EXPECT_NE(JsonOf(broken, {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":true"),
-              std::string::npos);
-    EXPECT_NE(JsonOf(broken, {"--charset", "65001"}).find("\"hasCharsetErrors\":false"), std::string::npos);
-    EXPECT_NE(JsonOf("ab", {"--charset", "65001", "--detect-charset-errors"}).find("\"hasCharsetErrors\":false"),
-              std::string::npos);
+    EXPECT_TRUE(
+        Contains(JsonOf(broken, {"--charset", "65001", "--detect-charset-errors"}), "\"hasCharsetErrors\":true"));
+    EXPECT_TRUE(Contains(JsonOf(broken, {"--charset", "65001"}), "\"hasCharsetErrors\":false"));
+    EXPECT_TRUE(
+        Contains(JsonOf("ab", {"--charset", "65001", "--detect-charset-errors"}), "\"hasCharsetErrors\":false"));
 }
 
 TEST(ToolTokens, TheResultIsAskedBeforeTheEnd) {
-    const ToolRun run = RunToolOn("a\nb<x", Json({"--charset", "1252", "--feed", "buffer"}));
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output,
-              "{\"event\":\"StartParsing\"}\n{\"event\":\"Text\",\"text\":\"a\\nb\"}\n"
-              "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":16,\"line\":2,\"column\":4,"
-              "\"currentParserName\":\"StartTagSimpleParser\",\"charset\":1252,\"isWParser\":false,"
-              "\"hasCharsetErrors\":false,"
-              "\"needsReparsing\":false,\"file\":\"-\"}\n");
-    EXPECT_EQ(run.errors, "-: EndParse returned 16: the input ended inside a construct (line 2, column 4)\n");
+    EXPECT_EQ(RunToolOn("a\nb<x", Json({"--charset", "1252", "--feed", "buffer"})),
+              (ToolRun{1,
+                       "{\"event\":\"StartParsing\"}\n{\"event\":\"Text\",\"text\":\"a\\nb\"}\n"
+                       "{\"event\":\"Result\",\"startParse\":0,\"parse\":0,\"endParse\":16,\"line\":2,\"column\":4,"
+                       "\"currentParserName\":\"StartTagSimpleParser\",\"charset\":1252,\"isWParser\":false,"
+                       "\"hasCharsetErrors\":false,"
+                       "\"needsReparsing\":false,\"file\":\"-\"}\n",
+                       "-: EndParse returned 16: the input ended inside a construct (line 2, column 4)\n"}));
 }
 
 TEST(ToolTokens, AResultOtherThan0And16EndsTheFeeding) {
     const ToolRun whole = RunToolOn("a<b / >c", Json({"--charset", "1252", "--feed", "buffer"}));
     EXPECT_EQ(whole.status, 1);
     const std::string result = LastLine(whole.output);
-    EXPECT_NE(result.find("\"parse\":11,"), std::string::npos) << result;
-    EXPECT_NE(whole.errors.find("-: parsing returned 11: malformed markup"), std::string::npos) << whole.errors;
+    EXPECT_TRUE(Contains(result, "\"parse\":11,"));
+    EXPECT_TRUE(Contains(whole.errors, "-: parsing returned 11: malformed markup"));
     EXPECT_EQ(std::count(whole.errors.begin(), whole.errors.end(), '\n'), 1);
 
     // The second piece alone would be good.
     const ToolRun odd =
         RunToolOn(Utf16("ab") + "c", Json({"--input", "utf16", "--feed", "buffer", "--piece-size", "3"}));
     EXPECT_EQ(odd.status, 1);
-    EXPECT_NE(LastLine(odd.output).find("\"parse\":2,"), std::string::npos) << odd.output;
-    EXPECT_EQ(odd.output.find("\"event\":\"Text\""), std::string::npos) << odd.output;
+    EXPECT_TRUE(Contains(LastLine(odd.output), "\"parse\":2,"));
+    EXPECT_FALSE(Contains(odd.output, "\"event\":\"Text\""));
 }
 
 TEST(ToolTokens, PieceSizesChangeNoToken) {
@@ -196,7 +153,7 @@ TEST(ToolTokens, PieceSizesChangeNoToken) {
 TEST(ToolTokens, BrokenMarkupIsTheSameJunkForEveryPieceSizeOfAStream) {
     const std::string page = Repeat("a<b / >c</a / >d<p '>e", 20);
     const std::string expected = JsonOf(page, {"--charset", "1252"});
-    EXPECT_NE(expected.find("JunkData"), std::string::npos);
+    EXPECT_TRUE(Contains(expected, "JunkData"));
     for (const char* const size : {"1", "2", "3", "7", "16384"})
         EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--piece-size", size}), expected) << size;
 }
@@ -207,9 +164,9 @@ const std::string DECLARED_LATE = "<p>\xC1\xC2</p>\n<meta charset=koi8-r>\n<b>\x
 TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
     const std::string lines = JsonOf(DECLARED_LATE);
     EXPECT_EQ(lines, JsonOf(DECLARED_LATE, {"--charset", "koi8-r"}));
-    EXPECT_NE(lines.find(R"("text":"\u0430\u0431")"), std::string::npos) << lines;
-    EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << lines;
-    EXPECT_NE(LastLine(lines).find("\"charset\":20866,"), std::string::npos) << lines;
+    EXPECT_TRUE(Contains(lines, R"("text":"\u0430\u0431")"));
+    EXPECT_TRUE(Contains(LastLine(lines), "\"parse\":0,\"endParse\":0,"));
+    EXPECT_TRUE(Contains(LastLine(lines), "\"charset\":20866,"));
     EXPECT_EQ(lines.find("\"StartParsing\""), lines.rfind("\"StartParsing\""));
     for (const char* const feed : {"stream", "buffer"}) {
         for (const char* const size : {"0", "1", "7"})
@@ -218,16 +175,13 @@ TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
     EXPECT_EQ(JsonOf(DECLARED_LATE, {"--input", "8bit"}),
               JsonOf(DECLARED_LATE, {"--input", "8bit", "--charset", "20866"}));
     const ToolRun text = RunToolOn(DECLARED_LATE, {"tokens"});
-    EXPECT_NE(text.output.find("\ncharset  20866 (KOI8-R), found in a first pass\nresult   0, success\n"),
-              std::string::npos)
-        << text.output;
+    EXPECT_TRUE(Contains(text.output, "\ncharset  20866 (KOI8-R), found in a first pass\nresult   0, success\n"));
 }
 
 TEST(ToolTokens, ADeclaredCharsetDoesNotStartAgainWhenNothingWasConverted) {
     const std::string lines = JsonOf(DECLARED_LATE, {"--observer", "narrow"});
-    EXPECT_NE(lines.find("{\"event\":\"Charset\",\"code\":20866}"), std::string::npos)
-        << "the only pass, which is told of it";
-    EXPECT_NE(LastLine(lines).find("\"charset\":20866,"), std::string::npos) << lines;
+    EXPECT_TRUE(Contains(lines, "{\"event\":\"Charset\",\"code\":20866}")) << "the only pass, which is told of it";
+    EXPECT_TRUE(Contains(LastLine(lines), "\"charset\":20866,"));
 }
 
 TEST(ToolTokens, WithoutReparsingTheDeclaredCharsetEndsThePass) {
@@ -239,8 +193,8 @@ TEST(ToolTokens, WithoutReparsingTheDeclaredCharsetEndsThePass) {
               "\"StartTagSimpleParser\",\"charset\":20866,\"isWParser\":false,\"hasCharsetErrors\":false,"
               "\"needsReparsing\":true,"
               "\"file\":\"-\"}");
-    EXPECT_EQ(run.output.find("\\u0430"), std::string::npos) << "text before it is in the old charset";
-    EXPECT_EQ(run.output.find("\"name\":\"b\""), std::string::npos) << "nothing after it is delivered";
+    EXPECT_FALSE(Contains(run.output, "\\u0430")) << "text before it is in the old charset";
+    EXPECT_FALSE(Contains(run.output, "\"name\":\"b\"")) << "nothing after it is delivered";
     EXPECT_EQ(run.errors,
               "-: parsing returned 705: another charset was found, the input must be parsed again; "
               "EndParse returned 16: the input ended inside a construct (line 2, column 22)\n");
@@ -250,23 +204,20 @@ TEST(ToolTokens, TheSelfCheckAnswers704) {
     const std::string different = "a<?xml b/ >";
     for (const char* const mode : {"crc", "copy"}) {
         const ToolRun run = RunToolOn(different, Json({"--charset", "1252", "--self-check", mode}));
-        EXPECT_EQ(run.status, 1) << mode;
-        EXPECT_EQ(run.errors,
-                  "-: EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n");
-        EXPECT_NE(LastLine(run.output).find("\"parse\":0,\"endParse\":704,"), std::string::npos) << run.output;
-        EXPECT_EQ(run.output.find("\"EndParsing\""), std::string::npos) << mode;
-        EXPECT_NE(run.output.find("\"event\":\"ExternTag\""), std::string::npos) << mode;
+        EXPECT_TRUE(Ended(
+            run, 1, "-: EndParse returned 704: the tokens written back differ from the input (line 1, column 12)\n"))
+            << mode;
+        EXPECT_TRUE(Contains(LastLine(run.output), "\"parse\":0,\"endParse\":704,"));
+        EXPECT_FALSE(Contains(run.output, "\"EndParsing\"")) << mode;
+        EXPECT_TRUE(Contains(run.output, "\"event\":\"ExternTag\"")) << mode;
         const ToolRun text = RunToolOn(different, {"tokens", "--charset", "1252", "--self-check", mode});
-        EXPECT_NE(text.output.find("\nresult   EndParse returned 704: the tokens written back differ from the input "
-                                   "(line 1, column 12)\n"),
-                  std::string::npos)
-            << text.output;
-        EXPECT_NE(LastLine(JsonOf("a<b>", {"--self-check", mode})).find("\"endParse\":0,"), std::string::npos) << mode;
+        EXPECT_TRUE(Contains(text.output,
+                             "\nresult   EndParse returned 704: the tokens written back differ from the input "
+                             "(line 1, column 12)\n"));
+        EXPECT_TRUE(Contains(LastLine(JsonOf("a<b>", {"--self-check", mode})), "\"endParse\":0,")) << mode;
     }
-    EXPECT_NE(LastLine(JsonOf(different, {"--charset", "1252", "--self-check", "off"})).find("\"endParse\":0,"),
-              std::string::npos);
-    EXPECT_NE(JsonOf(different, {"--charset", "1252"}).find("\"EndParsing\""), std::string::npos)
-        << "off is the default";
+    EXPECT_TRUE(Contains(LastLine(JsonOf(different, {"--charset", "1252", "--self-check", "off"})), "\"endParse\":0,"));
+    EXPECT_TRUE(Contains(JsonOf(different, {"--charset", "1252"}), "\"EndParsing\"")) << "off is the default";
 }
 
 TEST(ToolTokens, TheSelfCheckComparesThePassThatCounts) {
@@ -307,21 +258,20 @@ TEST(ToolTokens, AnEmptyInput) {
 }
 
 TEST(ToolTokens, TheTextFormat) {
-    const ToolRun run = RunToolOn("Caf\xC3\xA9\n<a href=x>\t</a><", {"tokens", "--charset", "65001"});
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output,
-              "     1:1     start-parsing\n"
-              "     1:1     text(Caf\xC3\xA9\\n)\n"
-              "     2:1     start(|a|{ |href|=|x}|)\n"
-              "     2:11    text(\\t)\n"
-              "     2:12    end(|a|||)\n"
-              "     2:16    junk(<)\n"
-              "     2:17    end-parsing\n"
-              "bytes    22\n"
-              "tokens   5: text 2, start 1, end 1, junk 1\n"
-              "charset  65001 (UTF-8)\n"
-              "result   0, success\n");
+    EXPECT_EQ(RunToolOn("Caf\xC3\xA9\n<a href=x>\t</a><", {"tokens", "--charset", "65001"}),
+              (ToolRun{0,
+                       "     1:1     start-parsing\n"
+                       "     1:1     text(Caf\xC3\xA9\\n)\n"
+                       "     2:1     start(|a|{ |href|=|x}|)\n"
+                       "     2:11    text(\\t)\n"
+                       "     2:12    end(|a|||)\n"
+                       "     2:16    junk(<)\n"
+                       "     2:17    end-parsing\n"
+                       "bytes    22\n"
+                       "tokens   5: text 2, start 1, end 1, junk 1\n"
+                       "charset  65001 (UTF-8)\n"
+                       "result   0, success\n",
+                       ""}));
 }
 
 TEST(ToolTokens, ScriptsAsText) {
@@ -341,10 +291,9 @@ TEST(ToolTokens, ScriptsAsText) {
 )");
     const std::string tokens = JsonOf(page, {"--charset", "1252"});
     EXPECT_EQ(JsonOf(page, {"--charset", "1252", "--scripts", "tokens"}), tokens);
-    EXPECT_NE(tokens.find("{\"event\":\"JunkData\""), std::string::npos) << tokens;
-    EXPECT_EQ(
-        RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output.find("-: ok, 61 bytes, 7 tokens, "),
-        0U);
+    EXPECT_TRUE(Contains(tokens, "{\"event\":\"JunkData\""));
+    EXPECT_TRUE(StartsWith(RunToolOn(page, {"check", "--charset", "1252", "--scripts", "text"}).output,
+                           "-: ok, 61 bytes, 7 tokens, "));
 }
 
 TEST(ToolTokens, ALongTokenEndsTheInput) {
@@ -358,12 +307,10 @@ TEST(ToolTokens, ALongTokenEndsTheInput) {
             EXPECT_EQ(run.status, 1);
             const std::size_t begin = all.find("{\"event\":\"CommentTag\"");
             EXPECT_EQ(WithoutLastLine(run.output), all.substr(0, begin)) << "all before it has been delivered";
-            EXPECT_NE(LastLine(run.output).find("\"parse\":711,\"endParse\":0,"), std::string::npos) << run.output;
-            EXPECT_EQ(
-                run.errors.find(
-                    "-: parsing returned 711: a token is longer, or has more attributes, than the limit allows (line "),
-                0U)
-                << run.errors;
+            EXPECT_TRUE(Contains(LastLine(run.output), "\"parse\":711,\"endParse\":0,"));
+            EXPECT_TRUE(StartsWith(
+                run.errors,
+                "-: parsing returned 711: a token is longer, or has more attributes, than the limit allows (line "));
         }
     }
     EXPECT_EQ(RunToolOn(page, {"check", "--max-token", "9"}).status, 1);
@@ -469,17 +416,15 @@ TEST(ToolTokens, WithPlacesNothingElseChanges) {
     const std::string placed = JsonOf(page, {"--charset", "1252", "--places"});
     EXPECT_NE(placed, without(placed));
     EXPECT_EQ(without(placed), JsonOf(page, {"--charset", "1252"}));
-    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "1252", "--places"})
-                  .output.find("\n     1:8     [7,8)             text(x)\n"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(RunToolOn(page, {"tokens", "--charset", "1252", "--places"}).output,
+                         "\n     1:8     [7,8)             text(x)\n"));
 }
 
 TEST(ToolTokens, ColumnsCountTheCharactersOfTheParser) {
     const std::string page = "\xC3\xA9<b>";
-    EXPECT_NE(RunToolOn(page, {"tokens", "--charset", "65001"}).output.find("\n     1:3     start(|b||)\n"),
-              std::string::npos);
-    EXPECT_NE(JsonOf(page, {"--charset", "65001", "--places"}).find("\"begin\":2,\"end\":5,\"line\":1,\"column\":3}"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(RunToolOn(page, {"tokens", "--charset", "65001"}).output, "\n     1:3     start(|b||)\n"));
+    EXPECT_TRUE(
+        Contains(JsonOf(page, {"--charset", "65001", "--places"}), "\"begin\":2,\"end\":5,\"line\":1,\"column\":3}"));
 }
 
 TEST(ToolTokens, PlacesAgreeWithTheParser) {
@@ -488,10 +433,10 @@ TEST(ToolTokens, PlacesAgreeWithTheParser) {
         "/\n>\nend";
     const ToolRun text = RunToolOn(page, {"tokens", "--charset", "1252", "--observer", "narrow"});
     const std::string result = LastLine(JsonOf(page, {"--charset", "1252", "--observer", "narrow"}));
-    EXPECT_NE(result.find("\"line\":13,\"column\":4,"), std::string::npos) << result;
-    EXPECT_NE(text.output.find("\n    13:4     end-parsing\n"), std::string::npos) << text.output;
+    EXPECT_TRUE(Contains(result, "\"line\":13,\"column\":4,"));
+    EXPECT_TRUE(Contains(text.output, "\n    13:4     end-parsing\n"));
     const ToolRun wide = RunToolOn(Utf16(page), {"tokens", "--input", "utf16"});
-    EXPECT_NE(wide.output.find("\n    13:4     end-parsing\n"), std::string::npos) << wide.output;
+    EXPECT_TRUE(Contains(wide.output, "\n    13:4     end-parsing\n"));
 }
 
 TEST(ToolTokens, LineCommentsThatANarrowObserverDoesNotGetHaveTheirPlace) {
@@ -563,7 +508,7 @@ TEST(ToolTokens, ANarrowObserverIsShownThePlacesOfAWideOne) {
     }
     const std::vector<std::string> dropped =
         ShowToBothObservers("\xEFx<script>// a\nb // c\n</script><p>", {"--piece-size", "1"});
-    EXPECT_NE(dropped[1].find(" start-parsing\n     1:1     text(x)\n"), std::string::npos) << dropped[1];
+    EXPECT_TRUE(Contains(dropped[1], " start-parsing\n     1:1     text(x)\n"));
     EXPECT_EQ(dropped[0], dropped[1]) << "bytes of an unfinished mark are no characters";
 }
 
@@ -586,18 +531,16 @@ TEST(ToolTokens, ANarrowObserverOfUtf16IsShownUnits) {
         "<p a='b\n' c>\n</p >\n<script>a//b<c>\r\n'd'/*e\n*///f<!--g\n-->\n</script>\n<!d \"e\"><?xml f='g'?><![if "
         "h]><![CDATA[i\n]]><j/>\n<k / >l");
     const std::string wide = ShowPlaces(page, {});
-    EXPECT_NE(wide.find("cpp-comment\n"), std::string::npos) << wide;
-    EXPECT_NE(wide.find("junk\n"), std::string::npos) << wide;
+    EXPECT_TRUE(Contains(wide, "cpp-comment\n"));
+    EXPECT_TRUE(Contains(wide, "junk\n"));
     EXPECT_EQ(ShowPlaces(page, {"--observer", "narrow"}), wide);
-    EXPECT_NE(ShowPlaces(Utf16("<b>\n//c<d>"), {"--observer", "narrow"}).find("     2:4     start\n"),
-              std::string::npos);
+    EXPECT_TRUE(Contains(ShowPlaces(Utf16("<b>\n//c<d>"), {"--observer", "narrow"}), "     2:4     start\n"));
 }
 
 TEST(ToolTokens, TheExamplePage) {
     const ToolRun run = RunTool({"tokens", KESTRA_EXAMPLE_PAGES "/saltmarsh-point.html"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
-    EXPECT_NE(run.output.find("\nresult   0, success\n"), std::string::npos);
+    EXPECT_TRUE(Ended(run, 0, ""));
+    EXPECT_TRUE(Contains(run.output, "\nresult   0, success\n"));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/Utf8Check.h"
+#include "tools/kestra-html/rewriting/Utf8Check.h"
 
 #include <gtest/gtest.h>
 
@@ -34,8 +34,8 @@ TEST(Utf8Check, Table) {
     for (const auto& row : CASES) {
         for (std::size_t cut = 0; cut <= row.bytes.size(); ++cut) {
             Tool::Utf8Check check;
-            check.Take(row.bytes.substr(0, cut));
-            check.Take(row.bytes.substr(cut));
+            check.Check(row.bytes.substr(0, cut));
+            check.Check(row.bytes.substr(cut));
             EXPECT_EQ(check.IsUtf8(), row.expected) << row.note << ", cut at " << cut;
         }
     }

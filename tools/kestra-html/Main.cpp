@@ -1,15 +1,15 @@
 #include <variant>
 
-#include "tools/kestra-html/Arguments.h"
-#include "tools/kestra-html/CheckCommand.h"
-#include "tools/kestra-html/CommandLine.h"
-#include "tools/kestra-html/Console.h"
-#include "tools/kestra-html/DetectCommand.h"
-#include "tools/kestra-html/EventsCommand.h"
-#include "tools/kestra-html/ExitStatus.h"
-#include "tools/kestra-html/RewriteCommand.h"
-#include "tools/kestra-html/Terminal.h"
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commandline/CommandLine.h"
+#include "tools/kestra-html/commands/CheckCommand.h"
+#include "tools/kestra-html/commands/Command.h"
+#include "tools/kestra-html/commands/DetectCommand.h"
+#include "tools/kestra-html/commands/EventsCommand.h"
+#include "tools/kestra-html/commands/RewriteCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/output/Console.h"
+#include "tools/kestra-html/system/Arguments.h"
+#include "tools/kestra-html/system/Terminal.h"
 
 namespace {
 

@@ -35,7 +35,7 @@
 ///
 /// In strings, a backslash is `\\`, line feed `\n`, carriage return `\r`, tab `\t`, every other
 /// control character `\x1B`, a byte from 128 up `\xE9` and a wide unit from U+0080 up `\u00E9`. All
-/// other characters stand for themselves.
+/// other characters are written as they are.
 
 namespace Kestra::Trace {
 

@@ -11,8 +11,7 @@
 #include <type_traits>
 
 #include "html/fastpath/WholeTag.h"
-#include "tests/html/tags/EndTagRows.h"
-#include "tests/html/tags/StartTagRows.h"
+#include "tests/html/tags/TagRows.h"
 #include "tests/support/Flavours.h"
 #include "tests/support/Pieces.h"
 #include "tests/support/RandomInput.h"
@@ -344,8 +343,8 @@ TYPED_TEST_SUITE(WholeTagTest, Flavours);
 
 TYPED_TEST(WholeTagTest, EveryRowOfTheStartTagTables) {
     StartTags<TypeParam> startTags;
-    for (const std::span<const TagRow> table : START_TAG_TABLES) {
-        for (const TagRow& row : table) {
+    for (const std::span<const RecognizerRow> table : START_TAG_TABLES) {
+        for (const RecognizerRow& row : table) {
             SCOPED_TRACE(row.note);
             startTags.Compare(row.input);
         }
@@ -357,8 +356,8 @@ TYPED_TEST(WholeTagTest, EveryRowOfTheStartTagTables) {
 TYPED_TEST(WholeTagTest, EveryRowOfTheEndTagTables) {
     EndTags<TypeParam> endTags;
     StartTags<TypeParam> startTags;
-    for (const std::span<const TagRow> table : END_TAG_TABLES) {
-        for (const TagRow& row : table) {
+    for (const std::span<const RecognizerRow> table : END_TAG_TABLES) {
+        for (const RecognizerRow& row : table) {
             SCOPED_TRACE(row.note);
             endTags.Compare(row.input);
             startTags.Compare(row.input);

@@ -1,25 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "html/framework/QuoteKind.h"
 #include "html/framework/ResultCodes.h"
-#include "html/tags/EndTagSimpleParser.h"
-#include "html/tags/EntityTagSimpleParser.h"
-#include "html/tags/ExternTagSimpleParser.h"
-#include "html/tags/GenericTagSimpleParser.h"
-#include "html/tags/StartTagSimpleParser.h"
-#include "html/text/CCommentSimpleParser.h"
-#include "html/text/CDATATagSimpleParser.h"
-#include "html/text/CPPCommentSimpleParser.h"
-#include "html/text/CommentTagSimpleParser.h"
-#include "html/text/ConditionalTagSimpleParser.h"
-#include "html/text/DQuoteStringSimpleParser.h"
-#include "html/text/JSRegExSimpleParser.h"
-#include "html/text/JunkSimpleParser.h"
-#include "html/text/SQuoteStringSimpleParser.h"
-#include "html/text/TextSimpleParser.h"
 #include "tests/support/Flavours.h"
+#include "tests/support/Recognizers.h"
 
 namespace Kestra::Test {
 namespace {
@@ -56,24 +43,18 @@ class ConstantsTest : public testing::Test {};
 
 TYPED_TEST_SUITE(ConstantsTest, Flavours);
 
+/// Recognizers that the driver looks up have a name, which is that of their class.
 TYPED_TEST(ConstantsTest, NamesOfRecognizers) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    EXPECT_EQ((HTML::TextSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("TextSimpleParser"));
-    EXPECT_EQ((HTML::GenericTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("GenericTagSimpleParser"));
-    EXPECT_EQ((HTML::StartTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("StartTagSimpleParser"));
-    EXPECT_EQ((HTML::EndTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("EndTagSimpleParser"));
-    EXPECT_EQ((HTML::SQuoteStringSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("SQuoteStringSimpleParser"));
-    EXPECT_EQ((HTML::DQuoteStringSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("DQuoteStringSimpleParser"));
-    EXPECT_EQ((HTML::JSRegExSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("JSRegExSimpleParser"));
-    EXPECT_EQ((HTML::CommentTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CommentTagSimpleParser"));
-    EXPECT_EQ((HTML::CDATATagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CDATATagSimpleParser"));
-    EXPECT_EQ((HTML::ConditionalTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("ConditionalTagSimpleParser"));
-    EXPECT_EQ((HTML::EntityTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("EntityTagSimpleParser"));
-    EXPECT_EQ((HTML::ExternTagSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("ExternTagSimpleParser"));
-    EXPECT_EQ((HTML::CCommentSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CCommentSimpleParser"));
-    EXPECT_EQ((HTML::CPPCommentSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("CPPCommentSimpleParser"));
-    EXPECT_EQ((HTML::JunkSimpleParserData<C, S>::PARSER_NAME), KESTRA_WIDE("JunkSimpleParser"));
+    std::string named;
+    ForEachRecognizer<TypeParam>([&named]<typename Parser>(std::string_view name) {
+        if constexpr (requires { Parser::Data::PARSER_NAME; }) {
+            EXPECT_EQ(Parser::Data::PARSER_NAME, To<WideString>(std::string(name) + "SimpleParser"));
+            named += std::string(name) + " ";
+        }
+    });
+    EXPECT_EQ(named,
+              "Text SQuoteString DQuoteString JSRegEx Junk GenericTag StartTag EndTag CommentTag CDATATag "
+              "ConditionalTag CComment CPPComment EntityTag ExternTag ");
 }
 
 }  // namespace

@@ -111,13 +111,13 @@ TYPED_TEST(ScanTest, RunsAgreeWithTheOneCharacterAdvance) {
         SCOPED_TRACE(testing::Message() << "round " << round);
 
         HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
-        const S run(Scan::RunUntil(context, stops));
+        const S run(Scan::ConsumeUntil(context, stops));
         const Outcome<S> expected = WalkUntil<C, S>(
             piece, position, [stops](C character) { return (Scan::ClassesOf(character) & stops) != 0; });
         ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected);
 
         context = MakeContext<C, S>(piece, position);
-        const S white(Scan::RunOfWhiteSpace(context));
+        const S white(Scan::ConsumeWhiteSpace(context));
         const Outcome<S> expectedWhite =
             WalkUntil<C, S>(piece, position, [](C character) { return !IsSpace(character); });
         ASSERT_EQ((Outcome<S>{white, context.position, context.line, context.column}), expectedWhite);
@@ -135,7 +135,7 @@ void ExpectBlocksToAgree(const std::vector<C>& piece) {
             << "from " << position;
         if constexpr ((STOPS & Scan::WHITE_SPACE) == 0) {
             HTML::SimpleParserContext<C, S> context = MakeContext<C, S>(piece, position);
-            const S run(Scan::RunUntil<STOPS>(context));
+            const S run(Scan::ConsumeUntil<STOPS>(context));
             ASSERT_EQ((Outcome<S>{run, context.position, context.line, context.column}), expected)
                 << "from " << position;
         }

@@ -1,15 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "html/framework/RecordFields.h"
+#include "tests/support/FieldText.h"
 #include "tests/support/Flavours.h"
+#include "tests/support/RecognizerCheck.h"
 #include "tests/support/Recognizers.h"
-#include "tools/trace/TokenTrace.h"
 
 // What is true of the record of every recognizer, field by field.
 
@@ -17,38 +20,6 @@ namespace Kestra::Test {
 namespace {
 
 constexpr std::string_view LONG = "left over, and longer than any string keeps inside";
-
-std::string Show(std::uint32_t number) {
-    return std::to_string(number);
-}
-
-std::string Show(bool flag) {
-    return flag ? "true" : "false";
-}
-
-std::string Show(char character) {
-    return std::string(1, character);
-}
-
-std::string Show(WideChar character) {
-    return Trace::Escape(WideStringView(&character, 1));
-}
-
-std::string Show(const std::string& text) {
-    return Trace::Escape(text);
-}
-
-std::string Show(const WideString& text) {
-    return Trace::Escape(text);
-}
-
-template <typename Part>
-std::string Show(const Vector<Part>& parts) {
-    std::string line;
-    for (const Part& part : parts)
-        line += Trace::Format(part);
-    return line;
-}
 
 /// A field by its name, and what it is.
 struct FieldValue {
@@ -67,7 +38,9 @@ using FieldValues = std::vector<FieldValue>;
 template <typename Data>
 FieldValues GetFields(const Data& data) {
     FieldValues values;
-    HTML::ForEachField(data, [&values](const char* name, const auto& value) { values.push_back({name, Show(value)}); });
+    HTML::ForEachField(data, [&values](const char* name, const auto& value) {
+        values.push_back({name, ShowField(value)});
+    });
     return values;
 }
 
@@ -200,6 +173,33 @@ void CheckCopies() {
 
 TYPED_TEST(StateRecordTest, ACopyHasEveryField) {
     ForEachRecognizer<TypeParam>([]<typename Parser>(std::string_view) { CheckCopies<Parser>(); });
+}
+
+/// How many states a recognizer has, from 0 on.
+struct StateCount {
+    std::string_view recognizer;
+    std::uint32_t states;
+};
+
+constexpr StateCount STATE_COUNTS[] = {
+    {"Text", 3},       {"DQuoteString", 2}, {"Escape2022", 3},     {"Token", 5},
+    {"Attribute", 5},  {"GenericTag", 4},   {"StartTag", 5},       {"EndTag", 6},
+    {"CommentTag", 3}, {"CDATATag", 3},     {"ConditionalTag", 2}, {"CComment", 3},
+    {"CPPComment", 2}, {"EntityTag", 3},    {"ExternTag", 6},      {"ExternTagFreeStyle", 8},
+};
+
+TYPED_TEST(StateRecordTest, UnknownStatesAreMalformed) {
+    std::size_t recognizers = 0;
+    ForEachRecognizer<TypeParam>([&recognizers]<typename Parser>(std::string_view name) {
+        if constexpr (requires(typename Parser::Data data) { data.state; }) {
+            const auto isOfName = [name](const StateCount& count) { return count.recognizer == name; };
+            const auto* const count = std::find_if(std::begin(STATE_COUNTS), std::end(STATE_COUNTS), isOfName);
+            ASSERT_NE(count, std::end(STATE_COUNTS));
+            CheckUnknownStates<Parser>(count->states);
+            ++recognizers;
+        }
+    });
+    EXPECT_EQ(recognizers, std::size(STATE_COUNTS));
 }
 
 }  // namespace

@@ -5,12 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "html/text/WhiteSpaceSimpleParser.h"
-#include "tests/support/Flavours.h"
 #include "tests/support/Layout.h"
-#include "tests/support/RecognizerCheck.h"
-#include "tests/support/RecognizerRun.h"
-#include "tests/support/Splits.h"
+#include "tests/support/RecognizerSuite.h"
 
 /// @file
 /// The means of the tests are tested here: a check that cannot fail would hide every defect.
@@ -143,17 +139,23 @@ TEST(TestSupportTest, ARecognizerWithoutFaultsPasses) {
     CheckFaulty();
 }
 
-/// Failures that the check of the faulty recognizer reports.
-int CountFaults(Fault fault) {
+/// Failures that a check reports.
+template <typename Check>
+int CountFailures(Check check) {
     testing::TestPartResultArray failures;
     {
         testing::ScopedFakeTestPartResultReporter reporter(
             testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
-        Faulty::fault = fault;
-        CheckFaulty();
-        Faulty::fault = Fault::NONE;
+        check();
     }
     return failures.size();
+}
+
+int CountFaults(Fault fault) {
+    Faulty::fault = fault;
+    const int failures = CountFailures(CheckFaulty);
+    Faulty::fault = Fault::NONE;
+    return failures;
 }
 
 TEST(TestSupportTest, EachFaultIsFound) {
@@ -179,14 +181,40 @@ TEST(TestSupportTest, FieldsOutOfOrderAreFound) {
         .Next("second", fields.second)
         .Next("third", fields.third)
         .Last();
-    testing::TestPartResultArray failures;
-    {
-        testing::ScopedFakeTestPartResultReporter reporter(
-            testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
-        FieldWalk<Fields>(fields, 0).Next("second", fields.second);
-        FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Last();
-    }
-    EXPECT_EQ(failures.size(), 2);
+    EXPECT_EQ(CountFailures([&fields] { FieldWalk<Fields>(fields, 0).Next("second", fields.second); }), 1);
+    EXPECT_EQ(CountFailures([&fields] {
+                  FieldWalk<Fields>(fields, 0).Next("first", fields.first).Next("second", fields.second).Last();
+              }),
+              1);
+}
+
+using BlockComment = HTML::CCommentSimpleParser<char, std::string>;
+
+TEST(TestSupportTest, WrongCallsAreFound) {
+    constexpr RecognizerCall RIGHT[] = {
+        {NEW_RECORD, "text=b", "a*", {0, 2}, "text(ba)", "state=2"},
+        {CONTINUED, "", "/", {19, 1}, "text(ba)"},
+        {BEGUN_AGAIN, "", "*/", {19, 2}, "text()"},
+        {AT_END, "state=2", "", {16, 0}, "text()"},
+    };
+    constexpr RecognizerCall WRONG[] = {
+        {NEW_RECORD, "", "a*/", {19, 2}, "text(a)"},           {NEW_RECORD, "", "a*/", {16, 3}, "text(a)"},
+        {NEW_RECORD, "", "a*/", {19, 3}, "text(b)"},           {NEW_RECORD, "", "a*", {0, 2}, "text(a)", "state=1"},
+        {NEW_RECORD, "", "a*", {0, 2}, "text(a)", "status=2"}, {NEW_RECORD, "status=2", "a*", {0, 2}, "text(a)"},
+        {NEW_RECORD, "-z", "a*", {0, 2}, "text(a)"},           {AT_END, "", "", {19, 0}, "text()"},
+    };
+    CheckCalls<BlockComment>(RIGHT);
+    for (const RecognizerCall& call : WRONG)
+        EXPECT_EQ(CountFailures([&call] { CheckCalls<BlockComment>({&call, 1}); }), 1) << &call - WRONG;
+}
+
+TEST(TestSupportTest, WrongLongRowsAreFound) {
+    CheckLongRow<BlockComment>({"@*/", "x", "19 text(@)"});
+    for (const char* expected : {"19 text(@x)", "19 text()", "19 text(@) rest(*)", "16 text(@)"})
+        EXPECT_EQ(CountFailures([expected] { CheckLongRow<BlockComment>({"@*/", "x", expected}); }), 1) << expected;
+    // A string is a call of its own here.
+    using FreeStyle = HTML::ExternTagFreeStyleSimpleParser<char, std::string>;
+    CheckLongRow<FreeStyle>({"'@'>", "x", "19 text('@'>)", false});
 }
 
 struct Slots {

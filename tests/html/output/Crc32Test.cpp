@@ -55,22 +55,59 @@ Bytes RandomBytes(std::size_t size, unsigned seed) {
     return bytes;
 }
 
-TEST(Crc32Test, KnownValueInEveryWay) {
+Bytes BytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+TEST(Crc32Test, KnownValuesInEveryWay) {
     // Twelve times the digits: long enough for all steps.
     std::string digits;
     for (int i = 0; i < 12; ++i)
         digits += "123456789";
+    struct Row {
+        std::string bytes;
+        std::uint32_t crc;
+    };
+    const Row rows[] = {
+        {"", 0},
+        {"123456789", 0xCBF43926},
+        {"a", 0xE8B7BE43},
+        {std::string(1, '\0'), 0xD202EF8D},
+        {std::string(4, '\0'), 0x2144DF1C},
+        {"\xFF\xFF\xFF\xFF", 0xFFFFFFFF},
+        {"The quick brown fox jumps over the lazy dog", 0x414FA339},
+        {digits, 0x1DDDAB58},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(ChecksumsBitByBit(0, BytesOf(row.bytes)).back(), row.crc) << row.bytes;
+        for (const Way& way : Ways())
+            EXPECT_EQ(way.update(0, row.bytes.data(), row.bytes.size()), row.crc) << way.name << ", " << row.bytes;
+    }
     for (const Way& way : Ways()) {
-        EXPECT_EQ(way.update(0, "123456789", 9), 0xCBF43926U) << way.name;
-        EXPECT_EQ(way.update(0, digits.data(), digits.size()), 0x1DDDAB58U) << way.name;
-        EXPECT_EQ(way.update(0x12345678, nullptr, 0), 0x12345678U) << way.name;
+        for (const std::uint32_t crc : {0x12345678U, 0xCBF43926U})
+            EXPECT_EQ(way.update(crc, nullptr, 0), crc) << way.name;
+    }
+}
+
+TEST(Crc32Test, PiecesGiveWhatTheWholeGives) {
+    const std::string bytes = "any bytes, in one piece or in three";
+    const std::uint32_t whole = ChecksumsBitByBit(0, BytesOf(bytes)).back();
+    for (const Way& way : Ways()) {
+        for (std::size_t first = 0; first <= bytes.size(); ++first) {
+            for (std::size_t second = first; second <= bytes.size(); ++second) {
+                std::uint32_t crc = way.update(0, bytes.data(), first);
+                crc = way.update(crc, bytes.data() + first, second - first);
+                crc = way.update(crc, bytes.data() + second, bytes.size() - second);
+                ASSERT_EQ(crc, whole) << way.name << ", " << first << ", " << second;
+            }
+        }
     }
 }
 
 TEST(Crc32Test, EveryLengthInItsOwnBlock) {
     // A block of its exact size, so that a byte too many shows.
     const Bytes bytes = RandomBytes(300, 2);
-    for (const std::uint32_t begin : {0U, 0x9ABCDEF0U}) {
+    for (const std::uint32_t begin : {0U, 0x9ABCDEF0U, 0x12345678U}) {
         const std::vector<std::uint32_t> expected = ChecksumsBitByBit(begin, bytes);
         for (std::size_t length = 0; length <= bytes.size(); ++length) {
             const Bytes block(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));

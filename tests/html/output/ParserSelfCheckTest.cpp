@@ -55,7 +55,7 @@ protected:
         WriteRecord(record, &expected);
     }
 
-    void TakeText(const String& text) {
+    void MoveText(const String& text) {
         Take(HTML::TextData<Char, String>{&text});
     }
 
@@ -191,17 +191,17 @@ TYPED_TEST(ParserSelfCheckTest, LongStringsBesideShortOnes) {
             for (std::size_t length = buffer / character - before - 3; length <= buffer / character + 3; ++length) {
                 SCOPED_TRACE(testing::Message() << before << " and " << length << " characters");
                 this->Reset();
-                this->TakeText(this->Repeated(before));
-                this->TakeText(this->Repeated(length));
-                this->TakeText(this->Repeated(1));
+                this->MoveText(this->Repeated(before));
+                this->MoveText(this->Repeated(length));
+                this->MoveText(this->Repeated(1));
                 this->TakeRandom(5);
                 this->ExpectSame();
             }
         }
     }
     this->Reset();
-    this->TakeText(this->Repeated(100000));
-    this->TakeText(this->Repeated(7));
+    this->MoveText(this->Repeated(100000));
+    this->MoveText(this->Repeated(7));
     this->ExpectSame();
 }
 
@@ -228,7 +228,7 @@ TYPED_TEST(ParserSelfCheckTest, ACopyGoesOnByItself) {
     };
     for (const std::size_t length : {0, 3, 5000, 20000}) {
         this->Reset();
-        this->TakeText(this->Repeated(length));
+        this->MoveText(this->Repeated(length));
         Check copy(this->written);
         Check assigned;
         assigned.OnOutput("other", 5, true);
@@ -237,7 +237,7 @@ TYPED_TEST(ParserSelfCheckTest, ACopyGoesOnByItself) {
         copy.OnOutput("copy", 4, true);
         assigned.OnOutput("assigned", 8, true);
         const std::string before = this->expected.bytes;
-        this->TakeText(this->Repeated(9));
+        this->MoveText(this->Repeated(9));
         EXPECT_EQ(copy.GetOutputCrc(), crcOf(before + "copy"));
         EXPECT_EQ(assigned.GetOutputCrc(), crcOf(before + "assigned"));
         this->ExpectSame();

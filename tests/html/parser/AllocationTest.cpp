@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "html/parser/GenericParser.h"
-#include "platform/MemoryInputStream.h"
 #include "tests/html/parser/CountedAllocations.h"
 #include "tests/html/parser/RandomTokens.h"
+#include "tests/html/parser/SpyStreams.h"
 #include "tests/support/Flavours.h"
 
 // Once every buffer has seen its longest string, tokens cost none.
@@ -293,39 +293,6 @@ std::string MakeRandomly(std::uint32_t seed, std::size_t size) {
     return half;
 }
 
-/// Calls a hook when the second half is asked for.
-template <typename Hook>
-class HalvedStream final : public VFS::InputStream {
-public:
-    HalvedStream(const std::string& bytes, std::uint64_t middleOfBytes, Hook hookAtMiddle)
-        : content(bytes), middle(middleOfBytes), atMiddle(hookAtMiddle) {}
-
-    std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
-        std::uint64_t position = 0;
-        content.GetPosition(&position);
-        if (position >= middle && !wasAtMiddle) {
-            wasAtMiddle = true;
-            atMiddle();
-        }
-        return content.Read(buffer, size, bytesRead);
-    }
-    std::uint32_t GetPosition(std::uint64_t* position) override {
-        return content.GetPosition(position);
-    }
-    std::uint32_t Seek(std::uint64_t position) override {
-        return content.Seek(position);
-    }
-    bool IsEnd() override {
-        return content.IsEnd();
-    }
-
-private:
-    VFS::MemoryInputStream content;
-    std::uint64_t middle;
-    Hook atMiddle;
-    bool wasAtMiddle = false;
-};
-
 /// The document is `half`, twice.
 template <typename C, typename S>
 class Feeding {
@@ -352,7 +319,13 @@ public:
 
     std::size_t ByStream() {
         Start();
-        HalvedStream stream(half + half, half.size(), [this] { BeginSecondHalf(); });
+        bool wasAtMiddle = false;
+        SpyStream stream(half + half, [this, &wasAtMiddle](std::uint64_t offset, std::uint64_t) {
+            if (offset < half.size() || wasAtMiddle)
+                return;
+            wasAtMiddle = true;
+            BeginSecondHalf();
+        });
         EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
         const std::size_t count = CountAllocations() - before;
         EXPECT_EQ(parser.EndParse(), 0U);

@@ -1,36 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <cstddef>
 #include <map>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <vector>
 
-#include "platform/MemoryInputStream.h"
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/Splits.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestStreams.h"
 
 namespace Kestra::Test {
 namespace {
-
-using HTML::GenericParser;
-using NarrowObserver = HookedObserver<char, std::string>;
-using WideObserver = HookedObserver<WideChar, WideString>;
-
-/// The bytes of a document for one of the parsers.
-std::string BytesFor(std::string_view latin1, bool wide) {
-    return wide ? ToUtf16LE(latin1) : std::string(latin1);
-}
-
-GenericParser::DataStreamType TypeFor(bool wide) {
-    return wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT;
-}
 
 /// Two documents that make every callback together, and the lines of both for the observer of their
 /// parser's flavour.
@@ -43,7 +18,7 @@ struct Scene {
         EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
         EXPECT_EQ(parser->EndParse(), 0U);
 
-        EXPECT_EQ(parser->StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+        EXPECT_EQ(parser->StartParse(1252, DATA_STREAM_AUTO), 0U);
         const std::string marked = (wide ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor("a<b>c", wide);
         EXPECT_EQ(parser->ParseBuffer(marked.data(), marked.size()), 0U);
         EXPECT_EQ(parser->EndParse(), 0U);
@@ -58,31 +33,31 @@ struct Scene {
     }
 };
 
-template <typename Observer>
-class ReentranceTest : public testing::Test {};
+/// A parser of one flavour, and an observer of the same.
+class ReentranceTest : public testing::TestWithParam<bool> {
+protected:
+    const bool wide = GetParam();
+    const Observed observed = wide ? Observed::WIDE : Observed::NARROW;
+    const Scene scene{wide};
+    FedParser parser{observed};
+};
 
-using Observers = testing::Types<NarrowObserver, WideObserver>;
-TYPED_TEST_SUITE(ReentranceTest, Observers);
+INSTANTIATE_TEST_SUITE_P(Flavours, ReentranceTest, testing::Bool());
 
-TYPED_TEST(ReentranceTest, CallsThatFeedGive2AndChangeNothing) {
-    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
+TEST_P(ReentranceTest, CallsThatFeedGive2AndChangeNothing) {
     const TemporaryFolder folder;
     const WideString file = folder.Write("document.html", "<file>").string<WideChar>();
-    Lines lines;
-    TypeParam observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
     int callbacks = 0;
     int destructions = 0;
-    observer.hook = [&](const std::string& line) {
+    parser.SetHook([&](const std::string& line) {
         SCOPED_TRACE("in " + line);
         ++callbacks;
         const std::uint64_t lineNumber = parser.GetLine();
         const std::uint64_t column = parser.GetColumn();
         const WideString name = parser.GetCurrentParserName();
-        EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 2U);
-        EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_UTF16), 2U);
-        EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_AUTO), 2U);
+        EXPECT_EQ(parser.StartParse(65001, DATA_STREAM_8BIT), 2U);
+        EXPECT_EQ(parser.StartParse(65001, DATA_STREAM_UTF16), 2U);
+        EXPECT_EQ(parser.StartParse(65001, DATA_STREAM_AUTO), 2U);
         EXPECT_EQ(parser.ParseBuffer("<buffer>", 8), 2U);
         FaultyInputStream borrowed("<borrowed>");
         EXPECT_EQ(parser.ParseStream(&borrowed, false), 2U);
@@ -102,10 +77,10 @@ TYPED_TEST(ReentranceTest, CallsThatFeedGive2AndChangeNothing) {
         EXPECT_EQ(parser.GetColumn(), column);
         EXPECT_TRUE(parser.GetCurrentParserName() == name);
         EXPECT_EQ(parser.IsWParser(), scene.wide);
-    };
+    });
     scene.Play(&parser);
-    EXPECT_EQ(Join(lines), Join(scene.Trace()));
-    EXPECT_EQ(static_cast<std::size_t>(callbacks), lines.size());
+    EXPECT_EQ(Join(parser.lines), Join(scene.Trace()));
+    EXPECT_EQ(static_cast<std::size_t>(callbacks), parser.lines.size());
 }
 
 /// The word of a trace line: all of it up to the bracket.
@@ -115,7 +90,7 @@ std::string WordOf(const std::string& line) {
 
 // In a callback of a token the name is that of its recognizer, also where the token was read
 // without one.
-TYPED_TEST(ReentranceTest, TheParserNameInACallback) {
+TEST_P(ReentranceTest, TheParserNameInACallback) {
     const std::map<std::string, std::string> names = {
         {"text", "TextSimpleParser"},
         {"start", "StartTagSimpleParser"},
@@ -136,31 +111,25 @@ TYPED_TEST(ReentranceTest, TheParserNameInACallback) {
         {"c-comment", "CCommentSimpleParser"},
         {"cpp-comment", "CPPCommentSimpleParser"},
     };
-    const bool isWide = std::is_same_v<TypeParam, WideObserver>;
     const std::string_view all = EVERY_CALLBACK;
     const std::string_view document = all.substr(0, all.find("<i j"));  // what follows needs a stream
     ForEverySplit(document, [&](const Cuts& cuts) {
-        Lines lines;
-        TypeParam observer(&lines);
-        GenericParser parser;
+        FedParser fed(observed);
         std::map<std::string, std::string> found;
-        observer.hook = [&](const std::string& line) {
-            const WideString wideName = parser.GetCurrentParserName();
-            const std::string name(wideName.begin(), wideName.end());
+        fed.SetHook([&](const std::string& line) {
+            const std::string name = fed.GetParserName();
             const auto expected = names.find(WordOf(line));
             if (expected == names.end())
                 return;
             found.insert({expected->first, name});
             EXPECT_EQ(name, expected->second) << line;
-        };
-        parser.SetObserver(&observer, false);
-        EXPECT_EQ(parser.StartParse(1252, TypeFor(isWide)), 0U);
+        });
+        fed.Start(1252, TypeFor(wide));
         for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
-            const std::string bytes = BytesFor(document.substr(begin, end - begin), isWide);
-            EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
+            EXPECT_EQ(fed.Feed(BytesFor(document.substr(begin, end - begin), wide)), 0U);
         }
-        EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(found.size(), names.size() - (isWide ? 0 : 1));  // no line comments for 8-bit observers
+        EXPECT_EQ(fed.EndParse(), 0U);
+        EXPECT_EQ(found.size(), names.size() - (wide ? 0 : 1));  // no line comments for 8-bit observers
     });
 }
 
@@ -236,13 +205,8 @@ TYPED_TEST(BareAttributeTest, HasNothingButItsName) {
     }
 }
 
-TYPED_TEST(ReentranceTest, QueriesAndSettersWork) {
-    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
-    Lines lines;
-    TypeParam observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    observer.hook = [&](const std::string& line) {
+TEST_P(ReentranceTest, QueriesAndSettersWork) {
+    parser.SetHook([&](const std::string& line) {
         SCOPED_TRACE("in " + line);
         EXPECT_GE(parser.GetLine(), 1U);
         EXPECT_FALSE(parser.GetCurrentParserName().empty());
@@ -257,50 +221,41 @@ TYPED_TEST(ReentranceTest, QueriesAndSettersWork) {
         StringNS::CharSet::Code code = 1;
         EXPECT_EQ(parser.DetectCharset("abc", 3, &code), 707U);
         EXPECT_EQ(code, 1U);
-    };
+    });
     scene.Play(&parser);
-    EXPECT_EQ(Join(lines), Join(scene.Trace()));
+    EXPECT_EQ(Join(parser.lines), Join(scene.Trace()));
 }
 
-TYPED_TEST(ReentranceTest, AnObserverBoundInACallbackGetsTheNextOne) {
+TEST_P(ReentranceTest, AnObserverBoundInACallbackGetsTheNextOne) {
     // At every callback of the scene the second observer takes over, at once and for good.
-    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
     const Lines trace = scene.Trace();
     for (std::size_t handOver = 0; handOver < trace.size(); ++handOver) {
         SCOPED_TRACE("after " + trace[handOver]);
-        Lines lines;
-        Lines linesOfSecond;
-        TypeParam observer(&lines);
-        TypeParam second(&linesOfSecond);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        observer.hook = [&](const std::string&) {
-            if (lines.size() == handOver + 1) {
-                EXPECT_EQ(parser.SetObserver(&second, false), 0U);
-            }
-        };
-        scene.Play(&parser);
+        FedParser first(observed);
+        FedParser second(observed);
+        first.SetHook([&](const std::string&) {
+            if (first.lines.size() != handOver + 1)
+                return;
+            EXPECT_EQ(wide ? first.SetObserver(&second.wide, false) : first.SetObserver(&second.narrow, false), 0U);
+        });
+        scene.Play(&first);
         const auto middle = trace.begin() + static_cast<std::ptrdiff_t>(handOver) + 1;
-        EXPECT_EQ(Join(lines), Join(Lines(trace.begin(), middle)));
-        EXPECT_EQ(Join(linesOfSecond), Join(Lines(middle, trace.end())));
+        EXPECT_EQ(Join(first.lines), Join(Lines(trace.begin(), middle)));
+        EXPECT_EQ(Join(second.lines), Join(Lines(middle, trace.end())));
     }
 }
 
-TYPED_TEST(ReentranceTest, AnObserverUnboundInACallbackGetsNothingMore) {
-    const Scene scene{std::is_same_v<TypeParam, WideObserver>};
+TEST_P(ReentranceTest, AnObserverUnboundInACallbackGetsNothingMore) {
     const Lines trace = scene.Trace();
     for (std::size_t last = 0; last < trace.size(); ++last) {
         SCOPED_TRACE("after " + trace[last]);
-        Lines lines;
-        TypeParam observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        observer.hook = [&](const std::string&) {
-            if (lines.size() == last + 1)
-                parser.SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
-        };
-        scene.Play(&parser);
-        EXPECT_EQ(lines.size(), last + 1);
+        FedParser fed(observed);
+        fed.SetHook([&](const std::string&) {
+            if (fed.lines.size() == last + 1)
+                UnbindObserver(&fed);
+        });
+        scene.Play(&fed);
+        EXPECT_EQ(fed.lines.size(), last + 1);
     }
 }
 
@@ -313,7 +268,7 @@ TEST(ObserverTest, AnObserverOfTheOtherFlavourBoundInACallbackGetsTheNextOne) {
     // Each takes turns with the other.
     narrow.hook = [&](const std::string&) { parser.SetObserver(&wide, false); };
     wide.hook = [&](const std::string&) { parser.SetObserver(&narrow, false); };
-    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.StartParse(1252, DATA_STREAM_8BIT), 0U);
     const std::string document = "\xE9<\xE9>\xE9</\xE9>\xE9";
     EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
@@ -336,11 +291,11 @@ TEST(ObserverTest, ACallbackMayFeedAnotherParser) {
         EXPECT_EQ(inner.ParseBuffer("x", 1), 2U);
     };
     observer.hook = [&](const std::string& line) {
-        EXPECT_EQ(inner.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+        EXPECT_EQ(inner.StartParse(1252, DATA_STREAM_AUTO), 0U);
         EXPECT_EQ(inner.ParseBuffer(line.data(), line.size()), 0U);
         EXPECT_EQ(inner.EndParse(), 0U);
     };
-    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.StartParse(1252, DATA_STREAM_AUTO), 0U);
     EXPECT_EQ(parser.ParseBuffer("a<b>", 4), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
     EXPECT_EQ(Join(lines), "start-parsing\ntext(a)\nstart(|b||)\nend-parsing\n");
@@ -350,36 +305,30 @@ TEST(ObserverTest, ACallbackMayFeedAnotherParser) {
 }
 
 TEST(ObserverTest, ACopyMadeInACallbackMayBeFed) {
-    Lines lines;
-    NarrowObserver observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
+    FedParser parser;
     std::unique_ptr<GenericParser> copy;
-    observer.hook = [&](const std::string& line) {
+    parser.narrow.hook = [&](const std::string& line) {
         if (line == "start(|b||)")
             copy = std::make_unique<GenericParser>(parser);
     };
-    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
-    EXPECT_EQ(parser.ParseBuffer("a<b>c", 5), 0U);
+    parser.Start(1252, DATA_STREAM_AUTO);
+    EXPECT_EQ(parser.Feed("a<b>c"), 0U);
     ASSERT_NE(copy, nullptr);
-    lines.clear();
-    EXPECT_EQ(copy->StartParse(1252, GenericParser::DATA_STREAM_AUTO), 0U);
+    parser.lines.clear();
+    EXPECT_EQ(copy->StartParse(1252, DATA_STREAM_AUTO), 0U);
     EXPECT_EQ(copy->ParseBuffer("d<e>", 4), 0U);
     EXPECT_EQ(copy->EndParse(), 0U);
-    EXPECT_EQ(Join(lines), "start-parsing\ntext(d)\nstart(|e||)\nend-parsing\n");
+    EXPECT_EQ(Join(parser.lines), "start-parsing\ntext(d)\nstart(|e||)\nend-parsing\n");
 }
 
 TEST(ObserverTest, WhatBelongsToOneDocumentIsClearedBeforeTheNextOneStarts) {
-    Lines lines;
-    WideObserver observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
+    FedParser parser(Observed::WIDE);
     parser.SetDetectCharsetErrors(true);
-    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
-    EXPECT_EQ(parser.ParseBuffer("\n\xFF<a><script>'", 14), 0U);
+    parser.Start(65001);
+    EXPECT_EQ(parser.Feed("\n\xFF<a><script>'"), 0U);
     EXPECT_TRUE(parser.HasCharsetErrors());
     bool started = false;
-    observer.hook = [&](const std::string& line) {
+    parser.wide.hook = [&](const std::string& line) {
         if (line != "start-parsing")
             return;
         started = true;
@@ -390,7 +339,7 @@ TEST(ObserverTest, WhatBelongsToOneDocumentIsClearedBeforeTheNextOneStarts) {
         EXPECT_EQ(parser.GetColumn(), 1U);
         EXPECT_TRUE(parser.GetCurrentParserName() == KESTRA_WIDE("TextSimpleParser"));
     };
-    EXPECT_EQ(parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT), 0U);
+    parser.Start(65001);
     EXPECT_TRUE(started);
 }
 
@@ -402,7 +351,7 @@ TEST(ObserverTest, OnlyTheObserverBoundLastIsCalled) {
     GenericParser parser;
     EXPECT_EQ(parser.SetObserver(&narrow, false), 0U);
     EXPECT_EQ(parser.SetObserver(&wide, false), 0U);
-    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.StartParse(1252, DATA_STREAM_8BIT), 0U);
     EXPECT_EQ(parser.ParseBuffer("a<b>", 4), 0U);
     EXPECT_EQ(Join(lines), "");
     EXPECT_EQ(Join(wideLines), "start-parsing\ncharset(1252)\ntext(a)\nstart(|b||)\n");
@@ -432,137 +381,124 @@ bool Throws(Step step) {
 
 enum class AfterException { START, END, DESTROY, FEED };
 
-template <typename Observer>
-class ExceptionTest : public testing::Test {};
-TYPED_TEST_SUITE(ExceptionTest, Observers);
+class ExceptionTest : public ReentranceTest {};
 
-TYPED_TEST(ExceptionTest, PassesThroughEveryCallback) {
-    const bool wide = std::is_same_v<TypeParam, WideObserver>;
+INSTANTIATE_TEST_SUITE_P(Flavours, ExceptionTest, testing::Bool());
+
+TEST_P(ExceptionTest, PassesThroughEveryCallback) {
     const Lines trace = WholeTrace(EVERY_CALLBACK_TOKENS, wide ? WIDE_TO_WIDE : NARROW_TO_NARROW);
     for (const AfterException after :
          {AfterException::START, AfterException::END, AfterException::DESTROY, AfterException::FEED}) {
         for (const bool owned : {false, true}) {
             for (std::size_t throwing = 0; throwing < trace.size(); ++throwing) {
                 SCOPED_TRACE("from " + trace[throwing] + (owned ? ", owned stream" : ", borrowed stream"));
-                Lines lines;
-                TypeParam observer(&lines);
                 int destructions = 0;
                 auto stream = std::make_unique<FaultyInputStream>(BytesFor(EVERY_CALLBACK, wide));
                 stream->CountDestructions(&destructions);
-                auto parser = std::make_unique<GenericParser>();
-                parser->SetObserver(&observer, false);
-                observer.hook = [&](const std::string&) {
-                    if (lines.size() == throwing + 1)
+                auto fed = std::make_unique<FedParser>(observed);
+                fed->SetHook([&fed, throwing](const std::string&) {
+                    if (fed->lines.size() == throwing + 1)
                         throw ObserverError();
-                };
-                bool thrown = Throws([&] { parser->StartParse(1252, TypeFor(wide)); });
+                });
+                bool thrown = Throws([&] { fed->StartParse(1252, TypeFor(wide)); });
                 if (!thrown) {
-                    VFS::InputStream* const fed = owned ? stream.release() : stream.get();
-                    thrown = Throws([&] { parser->ParseStream(fed, owned); });
+                    VFS::InputStream* const given = owned ? stream.release() : stream.get();
+                    thrown = Throws([&] { fed->ParseStream(given, owned); });
                     // The end of the stream is after every token but the last junk.
                     EXPECT_EQ(destructions, owned ? 1 : 0);
                     if (!thrown)
-                        thrown = Throws([&] { parser->EndParse(); });
+                        thrown = Throws([&] { fed->EndParse(); });
                 }
                 EXPECT_TRUE(thrown);
-                EXPECT_EQ(Join(lines),
+                EXPECT_EQ(Join(fed->lines),
                           Join(Lines(trace.begin(), trace.begin() + static_cast<std::ptrdiff_t>(throwing) + 1)));
 
-                EXPECT_GE(parser->GetLine(), 1U);
-                EXPECT_FALSE(parser->NeedsReparsing());
+                EXPECT_GE(fed->GetLine(), 1U);
+                EXPECT_FALSE(fed->NeedsReparsing());
                 switch (after) {
                     case AfterException::START:
                         break;
                     case AfterException::END:
-                        parser->EndParse();
-                        EXPECT_EQ(parser->EndParse(), 0U);
+                        fed->EndParse();
+                        EXPECT_EQ(fed->EndParse(), 0U);
                         break;
                     case AfterException::DESTROY:
-                        parser.reset();
+                        fed.reset();
                         break;
                     case AfterException::FEED: {
                         const std::string more = BytesFor("x<y>'z", wide);
-                        parser->ParseBuffer(more.data(), more.size());
-                        parser->EndParse();
+                        fed->ParseBuffer(more.data(), more.size());
+                        fed->EndParse();
                         break;
                     }
                 }
                 stream.reset();
                 EXPECT_EQ(destructions, 1);
-                if (parser == nullptr)
+                if (fed == nullptr)
                     continue;
-                lines.clear();
-                observer.hook = nullptr;
-                VFS::MemoryInputStream next(BytesFor(EVERY_CALLBACK, wide));
-                EXPECT_EQ(parser->StartParse(1252, TypeFor(wide)), 0U);
-                EXPECT_EQ(parser->ParseStream(&next, false), 0U);
-                EXPECT_EQ(parser->EndParse(), 0U);
-                EXPECT_EQ(Join(lines), Join(trace));
+                fed->lines.clear();
+                fed->SetHook(nullptr);
+                fed->Start(1252, TypeFor(wide));
+                EXPECT_EQ(fed->FeedStream(BytesFor(EVERY_CALLBACK, wide)), 0U);
+                EXPECT_EQ(fed->EndParse(), 0U);
+                EXPECT_EQ(Join(fed->lines), Join(trace));
             }
         }
     }
 }
 
-TYPED_TEST(ExceptionTest, PassesThroughAMark) {
-    const bool wide = std::is_same_v<TypeParam, WideObserver>;
+TEST_P(ExceptionTest, PassesThroughAMark) {
     const std::string mark = wide ? "\xFF\xFE" : "\xEF\xBB\xBF";
     for (const char* const thrower : {"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)"}) {
         SCOPED_TRACE(thrower);
-        Lines lines;
-        TypeParam observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        observer.hook = [&](const std::string& line) {
+        FedParser fed(observed);
+        fed.SetHook([&](const std::string& line) {
             if (line == thrower)
                 throw ObserverError();
-        };
-        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
-        EXPECT_TRUE(Throws([&] { parser.ParseBuffer(mark.data(), mark.size()); }));
-        parser.GetCharset();
-        observer.hook = nullptr;
-        parser.EndParse();
-        lines.clear();
+        });
+        fed.Start(0, DATA_STREAM_AUTO);
+        EXPECT_TRUE(Throws([&] { fed.Feed(mark); }));
+        fed.GetCharset();
+        fed.SetHook(nullptr);
+        fed.EndParse();
+        fed.lines.clear();
         const std::string document = mark + BytesFor("a<b>", wide);
-        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
-        EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
-        EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines), Join({"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)", "start(|b||)",
-                                     "end-parsing"}));
+        fed.Start(0, DATA_STREAM_AUTO);
+        EXPECT_EQ(fed.Feed(document), 0U);
+        EXPECT_EQ(fed.EndParse(), 0U);
+        EXPECT_EQ(Join(fed.lines), Join({"start-parsing", wide ? "bom(FF FE)" : "bom(EF BB BF)", "text(a)",
+                                         "start(|b||)", "end-parsing"}));
     }
 }
 
-TYPED_TEST(ExceptionTest, PassesThroughTheEnd) {
+TEST_P(ExceptionTest, PassesThroughTheEnd) {
     // The callbacks that `EndParse` itself makes: pending text, junk of an open construct, the end.
-    const bool wide = std::is_same_v<TypeParam, WideObserver>;
     for (const char* const document : {"a", "<b", "<script>'", "<a / >x", "<a>"}) {
         for (const int throwing : {1, 2}) {
             SCOPED_TRACE(document);
-            Lines lines;
-            TypeParam observer(&lines);
-            GenericParser parser;
-            parser.SetObserver(&observer, false);
-            EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
+            FedParser fed(observed);
+            fed.Start(1252, TypeFor(wide));
             auto stream = std::make_unique<VFS::MemoryInputStream>(BytesFor(document, wide));
-            EXPECT_EQ(parser.ParseStream(stream.get(), false), 0U);
+            EXPECT_EQ(fed.ParseStream(stream.get(), false), 0U);
             int calls = 0;
-            observer.hook = [&](const std::string&) {
+            fed.SetHook([&](const std::string&) {
                 if (++calls == throwing)
                     throw ObserverError();
-            };
-            const bool thrown = Throws([&] { parser.EndParse(); });
+            });
+            const bool thrown = Throws([&] { fed.EndParse(); });
             EXPECT_EQ(thrown, calls == throwing);
             // The borrowed stream has been forgotten.
             stream.reset();
-            observer.hook = nullptr;
-            parser.EndParse();
-            EXPECT_EQ(parser.EndParse(), 0U);
-            lines.clear();
+            fed.SetHook(nullptr);
+            fed.EndParse();
+            EXPECT_EQ(fed.EndParse(), 0U);
+            fed.lines.clear();
             const std::string next = BytesFor("'x'<b>", wide);
-            EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
-            EXPECT_EQ(parser.ParseBuffer(next.data(), next.size()), 0U);
-            EXPECT_EQ(parser.EndParse(), 0U);
-            EXPECT_EQ(Join(lines), Join({"start-parsing", Trace::FormatCharset(wide ? 1200 : 1252), "text('x')",
-                                         "start(|b||)", "end-parsing"}));
+            fed.Start(1252, TypeFor(wide));
+            EXPECT_EQ(fed.Feed(next), 0U);
+            EXPECT_EQ(fed.EndParse(), 0U);
+            EXPECT_EQ(Join(fed.lines), Join({"start-parsing", Trace::FormatCharset(wide ? 1200 : 1252), "text('x')",
+                                             "start(|b||)", "end-parsing"}));
         }
     }
 }
@@ -617,16 +553,15 @@ TEST(QueryTest, TheCharsetIsSetWhenTheParserHasStarted) {
     };
     const std::string mark16 = "\xFF\xFE";
     const Row rows[] = {
-        {"8-bit text", 65001, GenericParser::DATA_STREAM_8BIT, "a<b>", "charset(65001)", 65001},
-        {"UTF-7 is replaced", 65000, GenericParser::DATA_STREAM_8BIT, "a<b>", "charset(1252)", 1252},
-        {"UTF-16", 0, GenericParser::DATA_STREAM_UTF16, BytesFor("a<b>", true), "charset(1200)", 1200},
-        {"no mark", 65001, GenericParser::DATA_STREAM_AUTO, "a<b>", "text(a)", 65001},
-        {"a UTF-8 mark is reported before", 1251, GenericParser::DATA_STREAM_AUTO,
+        {"8-bit text", 65001, DATA_STREAM_8BIT, "a<b>", "charset(65001)", 65001},
+        {"UTF-7 is replaced", 65000, DATA_STREAM_8BIT, "a<b>", "charset(1252)", 1252},
+        {"UTF-16", 0, DATA_STREAM_UTF16, BytesFor("a<b>", true), "charset(1200)", 1200},
+        {"no mark", 65001, DATA_STREAM_AUTO, "a<b>", "text(a)", 65001},
+        {"a UTF-8 mark is reported before", 1251, DATA_STREAM_AUTO,
          "\xEF\xBB\xBF"
          "a<b>",
          "text(a)", 65001},
-        {"a UTF-16 mark says it at once", 1251, GenericParser::DATA_STREAM_AUTO, mark16 + BytesFor("a<b>", true), "",
-         1200},
+        {"a UTF-16 mark says it at once", 1251, DATA_STREAM_AUTO, mark16 + BytesFor("a<b>", true), "", 1200},
     };
     for (const Row& row : rows) {
         for (const bool second : {false, true}) {
@@ -637,10 +572,10 @@ TEST(QueryTest, TheCharsetIsSetWhenTheParserHasStarted) {
             StringNS::CharSet::Code before = 0;
             const bool wide = row.charset == 1200;
             if (second) {
-                EXPECT_EQ(parser.StartParse(1250, GenericParser::DATA_STREAM_8BIT), 0U);
+                EXPECT_EQ(parser.StartParse(1250, DATA_STREAM_8BIT), 0U);
                 EXPECT_EQ(parser.EndParse(), 0U);
                 if (wide) {
-                    EXPECT_EQ(parser.StartParse(1250, GenericParser::DATA_STREAM_UTF16), 0U);
+                    EXPECT_EQ(parser.StartParse(1250, DATA_STREAM_UTF16), 0U);
                     EXPECT_EQ(parser.EndParse(), 0U);
                 }
                 before = wide ? 1200 : 1250;
@@ -676,38 +611,35 @@ TEST(QueryTest, AnExceptionBeforeTheCharsetIsSetDoesNotKeepItAway) {
         bool discovers;
     };
     const Row rows[] = {
-        {"at the start", GenericParser::DATA_STREAM_8BIT, 1250, "", "start-parsing", 1250, false},
-        {"at the start, unknown", GenericParser::DATA_STREAM_8BIT, 0, "", "start-parsing", 0, true},
-        {"at the charset", GenericParser::DATA_STREAM_8BIT, 1250, "", "charset(1250)", 1250, false},
-        {"at the charset, unknown", GenericParser::DATA_STREAM_8BIT, 0, "", "charset(0)", 0, true},
-        {"at the start of UTF-16", GenericParser::DATA_STREAM_UTF16, 0, "", "start-parsing", 1200, false},
-        {"at the start of what has no mark", GenericParser::DATA_STREAM_AUTO, 1250, "a", "start-parsing", 1250, false},
-        {"at a UTF-8 mark", GenericParser::DATA_STREAM_AUTO, 0, "\xEF\xBB\xBF", "bom(EF BB BF)", 65001, false},
-        {"at a UTF-16 mark", GenericParser::DATA_STREAM_AUTO, 0, "\xFF\xFE", "bom(FF FE)", 1200, false},
+        {"at the start", DATA_STREAM_8BIT, 1250, "", "start-parsing", 1250, false},
+        {"at the start, unknown", DATA_STREAM_8BIT, 0, "", "start-parsing", 0, true},
+        {"at the charset", DATA_STREAM_8BIT, 1250, "", "charset(1250)", 1250, false},
+        {"at the charset, unknown", DATA_STREAM_8BIT, 0, "", "charset(0)", 0, true},
+        {"at the start of UTF-16", DATA_STREAM_UTF16, 0, "", "start-parsing", 1200, false},
+        {"at the start of what has no mark", DATA_STREAM_AUTO, 1250, "a", "start-parsing", 1250, false},
+        {"at a UTF-8 mark", DATA_STREAM_AUTO, 0, "\xEF\xBB\xBF", "bom(EF BB BF)", 65001, false},
+        {"at a UTF-16 mark", DATA_STREAM_AUTO, 0, "\xFF\xFE", "bom(FF FE)", 1200, false},
     };
     for (const Row& row : rows) {
         for (const StringNS::CharSet::Code before : {0U, 1251U}) {
             SCOPED_TRACE(row.note);
-            Lines lines;
-            NarrowObserver observer(&lines);
-            GenericParser parser;
-            parser.SetObserver(&observer, false);
-            EXPECT_EQ(parser.StartParse(before, GenericParser::DATA_STREAM_8BIT), 0U);
+            FedParser parser;
+            parser.Start(before);
             EXPECT_EQ(parser.EndParse(), 0U);
-            observer.hook = [&row](const std::string& line) {
+            parser.narrow.hook = [&row](const std::string& line) {
                 if (line == row.thrower)
                     throw ObserverError();
             };
             EXPECT_TRUE(Throws([&] {
-                parser.StartParse(row.code, row.type);
-                parser.ParseBuffer(row.bytes.data(), row.bytes.size());
+                parser.Start(row.code, row.type);
+                parser.Feed(row.bytes);
             }));
-            observer.hook = nullptr;
+            parser.narrow.hook = nullptr;
             EXPECT_EQ(parser.GetCharset(), row.charset);
             if (row.charset == 1200)
                 continue;
             const std::string meta = "<meta charset=koi8-r>";
-            EXPECT_EQ(parser.ParseBuffer(meta.data(), meta.size()), 0U);
+            EXPECT_EQ(parser.Feed(meta), 0U);
             EXPECT_EQ(parser.GetCharset(), row.discovers ? 20866U : row.charset);
         }
     }
@@ -716,7 +648,7 @@ TEST(QueryTest, AnExceptionBeforeTheCharsetIsSetDoesNotKeepItAway) {
 TEST(QueryTest, InTheCallbackForADeclaredCharsetReparsingIsNotYetDecided) {
     GenericParser parser;
     AnswerRecorder recorder(&parser);
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.StartParse(0, DATA_STREAM_8BIT), 0U);
     const std::string document = "a<meta charset=windows-1251>";
     EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 705U);
     const Answers declared = recorder.In("charset(1251)");
@@ -746,33 +678,29 @@ TEST(QueryTest, AtTheEndTheNameIsThatOfTheRecognizerThatRanLast) {
     for (const Row& row : rows) {
         for (const bool wide : {false, true}) {
             SCOPED_TRACE(std::string(row.note) + (wide ? ", wide" : ", 8-bit"));
-            Lines lines;
-            NarrowObserver observer(&lines);
-            GenericParser parser;
-            parser.SetObserver(&observer, false);
+            FedParser parser;
             std::unique_ptr<GenericParser> copy;
             std::string name;
-            observer.hook = [&](const std::string& line) {
+            parser.narrow.hook = [&](const std::string& line) {
                 const WideString answer = parser.GetCurrentParserName();
                 name.assign(answer.begin(), answer.end());
                 if (line == "end-parsing" && copy == nullptr)
                     copy = std::make_unique<GenericParser>(parser);
             };
-            EXPECT_EQ(parser.StartParse(1252, TypeFor(wide)), 0U);
-            VFS::MemoryInputStream stream(BytesFor(row.document, wide));
-            EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+            parser.Start(1252, TypeFor(wide));
+            EXPECT_EQ(parser.FeedStream(BytesFor(row.document, wide)), 0U);
             EXPECT_EQ(parser.EndParse(), 0U);
             EXPECT_EQ(name, row.name);
             EXPECT_TRUE(parser.GetCurrentParserName() == KESTRA_WIDE("TextSimpleParser"));
 
             // A copy made in that callback goes on with text, as the parser does.
             ASSERT_NE(copy, nullptr);
-            observer.hook = nullptr;
-            for (GenericParser* const next : {copy.get(), &parser}) {
-                lines.clear();
+            parser.narrow.hook = nullptr;
+            for (GenericParser* const next : {copy.get(), static_cast<GenericParser*>(&parser)}) {
+                parser.lines.clear();
                 const std::string more = BytesFor("x<y", wide);
                 EXPECT_EQ(next->ParseBuffer(more.data(), 2 * more.size() / 3), 0U);
-                EXPECT_EQ(lines.size(), 1U);
+                EXPECT_EQ(parser.lines.size(), 1U);
                 EXPECT_FALSE(next->GetCurrentParserName() == KESTRA_WIDE("TextSimpleParser"));
             }
         }

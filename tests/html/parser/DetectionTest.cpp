@@ -1,22 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
-
-#include "platform/MemoryInputStream.h"
-#include "platform/Results.h"
 #include "platform/Services.h"
 #include "platform/StringHelper.h"
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/TestStreams.h"
 
 namespace Kestra::Test {
 namespace {
-
-using HTML::GenericParser;
 
 constexpr std::uint32_t HOST_CODE = 4711;
 
@@ -253,12 +240,9 @@ TEST(LateDetectionTest, TheDetectorsAnswersAfterAStream) {
         for (const bool owned : {false, true}) {
             SCOPED_TRACE(row.note);
             const ScriptedDetector detector(row.script);
-            Lines lines;
-            Trace::TraceObserver<char, std::string> observer(&lines);
-            GenericParser parser;
-            parser.SetObserver(&observer, false);
+            FedParser parser;
             parser.SetChrDetMinConfidence(row.minConfidence);
-            EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+            parser.Start(0, DATA_STREAM_AUTO);
             int destructions = 0;
             auto stream = std::make_unique<FaultyInputStream>(DocumentOf(300));
             stream->CountDestructions(&destructions);
@@ -266,8 +250,8 @@ TEST(LateDetectionTest, TheDetectorsAnswersAfterAStream) {
             EXPECT_EQ(detector.running.calls, 1);
             EXPECT_EQ(detector.running.data, DocumentOf(300));
             EXPECT_EQ(destructions, owned ? 1 : 0);
-            EXPECT_EQ(Join(lines), Join(TokensOf(300)));
-            lines.clear();
+            EXPECT_EQ(Join(parser.lines), Join(TokensOf(300)));
+            parser.lines.clear();
             if (row.streamResult == 705) {
                 // No parser runs until more is fed; the answer is the new charset.
                 EXPECT_EQ(parser.GetCharset(), row.detectedCode);
@@ -277,12 +261,12 @@ TEST(LateDetectionTest, TheDetectorsAnswersAfterAStream) {
                 EXPECT_FALSE(parser.IsWParser());
                 EXPECT_FALSE(parser.NeedsReparsing());
                 EXPECT_EQ(parser.EndParse(), 0U);
-                EXPECT_EQ(Join(lines), "");
+                EXPECT_EQ(Join(parser.lines), "");
             } else {
                 EXPECT_EQ(parser.GetCharset(), 0U);
                 EXPECT_FALSE(parser.WasCharsetDetectorUsed());
                 EXPECT_EQ(parser.EndParse(), 0U);
-                EXPECT_EQ(Join(lines), "end-parsing\n");
+                EXPECT_EQ(Join(parser.lines), "end-parsing\n");
             }
         }
     }
@@ -290,35 +274,24 @@ TEST(LateDetectionTest, TheDetectorsAnswersAfterAStream) {
 
 TEST(LateDetectionTest, TheSameWithA8BitTypeAndAWideObserver) {
     const ScriptedDetector detector(Answer(1251));
-    Lines lines;
-    Trace::TraceObserver<WideChar, WideString> observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_8BIT), 0U);
-    VFS::MemoryInputStream stream(DocumentOf(300));
-    EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+    FedParser parser(Observed::WIDE);
+    parser.Start(0);
+    EXPECT_EQ(parser.FeedStream(DocumentOf(300)), 705U);
     EXPECT_EQ(parser.GetCharset(), 1251U);
     Lines expected = TokensOf(300);
     expected.insert(expected.begin() + 1, "charset(0)");
-    EXPECT_EQ(Join(lines), Join(expected));
+    EXPECT_EQ(Join(parser.lines), Join(expected));
 }
 
 TEST(LateDetectionTest, DataFedAgainWithoutStartParseUsesTheDetectedCharset) {
     const ScriptedDetector detector(Answer(1251));
-    Lines lines;
-    Trace::TraceObserver<WideChar, WideString> observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    FedParser parser(Observed::WIDE);
+    parser.Start(0, DATA_STREAM_AUTO);
     const std::string document = DocumentOf(300) + "\xC6";
-    {
-        VFS::MemoryInputStream stream(document);
-        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
-    }
-    lines.clear();
+    { EXPECT_EQ(parser.FeedStream(document), 705U); }
+    parser.lines.clear();
     EXPECT_FALSE(parser.WasCharsetDetectorUsed());
-    VFS::MemoryInputStream again(document);
-    EXPECT_EQ(parser.ParseStream(&again, false), 0U);
+    EXPECT_EQ(parser.FeedStream(document), 0U);
     EXPECT_EQ(detector.running.calls, 1);
     EXPECT_EQ(parser.GetCharset(), 1251U);
     EXPECT_TRUE(parser.WasCharsetDetectorUsed());
@@ -327,33 +300,26 @@ TEST(LateDetectionTest, DataFedAgainWithoutStartParseUsesTheDetectedCharset) {
     Lines expected = TokensOf(300);
     expected.push_back("text(\\u0416)");
     expected.push_back("end-parsing");
-    EXPECT_EQ(Join(lines), Join(expected));
+    EXPECT_EQ(Join(parser.lines), Join(expected));
 
     // The next document is none of the detector's.
-    EXPECT_EQ(parser.StartParse(1251, GenericParser::DATA_STREAM_AUTO), 0U);
-    EXPECT_EQ(parser.ParseBuffer("a", 1), 0U);
+    parser.Start(1251, DATA_STREAM_AUTO);
+    EXPECT_EQ(parser.Feed("a"), 0U);
     EXPECT_FALSE(parser.WasCharsetDetectorUsed());
 }
 
 TEST(LateDetectionTest, StartingAgainWithTheDetectedCharset) {
-    for (const GenericParser::DataStreamType type :
-         {GenericParser::DATA_STREAM_AUTO, GenericParser::DATA_STREAM_8BIT}) {
+    for (const GenericParser::DataStreamType type : {DATA_STREAM_AUTO, DATA_STREAM_8BIT}) {
         const ScriptedDetector detector(Answer(1251));
-        Lines lines;
-        Trace::TraceObserver<WideChar, WideString> observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        EXPECT_EQ(parser.StartParse(0, type), 0U);
+        FedParser parser(Observed::WIDE);
+        parser.Start(0, type);
         const std::string document = DocumentOf(300) + "\xC6";
-        VFS::MemoryInputStream stream(document);
-        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
-        lines.clear();
-        EXPECT_EQ(stream.Seek(0), 0U);
-        EXPECT_EQ(parser.StartParse(parser.GetCharset(), type), 0U);
-        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+        EXPECT_EQ(parser.FeedStream(document), 705U);
+        parser.Start(parser.GetCharset(), type);
+        EXPECT_EQ(parser.FeedStream(document), 0U);
         EXPECT_FALSE(parser.WasCharsetDetectorUsed());
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(lines[lines.size() - 2], "text(\\u0416)");
+        EXPECT_EQ(parser.lines[parser.lines.size() - 2], "text(\\u0416)");
     }
 }
 
@@ -365,15 +331,15 @@ TEST(LateDetectionTest, WhereNothingHasToBeDetected) {
         std::string bytes;
     };
     const Row rows[] = {
-        {"the charset is known", 1252, GenericParser::DATA_STREAM_AUTO, DocumentOf(300)},
-        {"UTF-7 is 1252", 65000, GenericParser::DATA_STREAM_AUTO, DocumentOf(300)},
-        {"a UTF-8 mark", 0, GenericParser::DATA_STREAM_AUTO, "\xEF\xBB\xBF" + DocumentOf(300)},
-        {"a UTF-16 mark", 0, GenericParser::DATA_STREAM_AUTO, "\xFF\xFE" + DocumentOf(300)},
-        {"UTF-16", 0, GenericParser::DATA_STREAM_UTF16, DocumentOf(300)},
-        {"an empty stream starts no parser", 0, GenericParser::DATA_STREAM_AUTO, ""},
-        {"half a mark neither", 0, GenericParser::DATA_STREAM_AUTO, "\xEF"},
-        {"too little data", 0, GenericParser::DATA_STREAM_AUTO, DocumentOf(255)},
-        {"too little data with a type", 0, GenericParser::DATA_STREAM_8BIT, DocumentOf(255)},
+        {"the charset is known", 1252, DATA_STREAM_AUTO, DocumentOf(300)},
+        {"UTF-7 is 1252", 65000, DATA_STREAM_AUTO, DocumentOf(300)},
+        {"a UTF-8 mark", 0, DATA_STREAM_AUTO, "\xEF\xBB\xBF" + DocumentOf(300)},
+        {"a UTF-16 mark", 0, DATA_STREAM_AUTO, "\xFF\xFE" + DocumentOf(300)},
+        {"UTF-16", 0, DATA_STREAM_UTF16, DocumentOf(300)},
+        {"an empty stream starts no parser", 0, DATA_STREAM_AUTO, ""},
+        {"half a mark neither", 0, DATA_STREAM_AUTO, "\xEF"},
+        {"too little data", 0, DATA_STREAM_AUTO, DocumentOf(255)},
+        {"too little data with a type", 0, DATA_STREAM_8BIT, DocumentOf(255)},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
@@ -392,7 +358,7 @@ TEST(LateDetectionTest, TheStreamIsReadFromItsStartAgain) {
     std::string bytes = std::string(100, '#') + DocumentOf(20000);
     const ScriptedDetector detector(Answer(1251));
     GenericParser parser;
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
     BoundedInputStream stream(bytes, AtMost(1000));
     EXPECT_EQ(stream.Seek(100), 0U);
     EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
@@ -413,11 +379,8 @@ TEST(LateDetectionTest, AStreamThatCannotBeReadAgainIsNotDetected) {
         for (const bool owned : {false, true}) {
             SCOPED_TRACE(row.note);
             const ScriptedDetector detector(Answer(1251));
-            Lines lines;
-            Trace::TraceObserver<char, std::string> observer(&lines);
-            GenericParser parser;
-            parser.SetObserver(&observer, false);
-            EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+            FedParser parser;
+            parser.Start(0, DATA_STREAM_AUTO);
             int destructions = 0;
             auto stream = std::make_unique<FaultyInputStream>(DocumentOf(300));
             stream->CountDestructions(&destructions);
@@ -428,7 +391,7 @@ TEST(LateDetectionTest, AStreamThatCannotBeReadAgainIsNotDetected) {
             EXPECT_EQ(parser.EndParse(), 0U);
             Lines expected = TokensOf(300);
             expected.push_back("end-parsing");
-            EXPECT_EQ(Join(lines), Join(expected));
+            EXPECT_EQ(Join(parser.lines), Join(expected));
         }
     }
 }
@@ -436,19 +399,15 @@ TEST(LateDetectionTest, AStreamThatCannotBeReadAgainIsNotDetected) {
 TEST(LateDetectionTest, AnOpenConstructIsStillReadAgainAfterAnAnswerOfNoUse) {
     for (const bool owned : {false, true}) {
         const ScriptedDetector detector(Answer(20127));
-        Lines lines;
-        Trace::TraceObserver<char, std::string> observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
-        auto stream = std::make_unique<VFS::MemoryInputStream>(DocumentOf(300) + "<a b");
-        EXPECT_EQ(parser.ParseStream(owned ? stream.release() : stream.get(), owned), 0U);
+        FedParser parser;
+        parser.Start(0, DATA_STREAM_AUTO);
+        EXPECT_EQ(parser.FeedStream(DocumentOf(300) + "<a b", owned), 0U);
         EXPECT_EQ(detector.running.calls, 1);
         EXPECT_EQ(parser.EndParse(), 0U);
         Lines expected = TokensOf(300);
         expected.push_back("junk(<a b)");
         expected.push_back("end-parsing");
-        EXPECT_EQ(Join(lines), Join(expected));
+        EXPECT_EQ(Join(parser.lines), Join(expected));
     }
 }
 
@@ -466,11 +425,8 @@ TEST(LateDetectionTest, AfterItsFailureAnOpenConstructIsStillReadAgain) {
         for (const bool owned : {false, true}) {
             SCOPED_TRACE(std::string(row.note) + (owned ? ", owned stream" : ", borrowed stream"));
             const ScriptedDetector detector(Failure(709));
-            Lines lines;
-            Trace::TraceObserver<char, std::string> observer(&lines);
-            GenericParser parser;
-            parser.SetObserver(&observer, false);
-            EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+            FedParser parser;
+            parser.Start(0, DATA_STREAM_AUTO);
             int destructions = 0;
             auto stream = std::make_unique<FaultyInputStream>(DocumentOf(300) + row.open);
             stream->CountDestructions(&destructions);
@@ -481,10 +437,10 @@ TEST(LateDetectionTest, AfterItsFailureAnOpenConstructIsStillReadAgain) {
             Lines expected = TokensOf(300);
             expected.push_back(row.junk);
             expected.push_back("end-parsing");
-            EXPECT_EQ(Join(lines), Join(expected));
+            EXPECT_EQ(Join(parser.lines), Join(expected));
             // After the end it is forgotten.
             stream.reset();
-            EXPECT_EQ(parser.ParseBuffer("<c", 2), 0U);
+            EXPECT_EQ(parser.Feed("<c"), 0U);
             EXPECT_EQ(parser.EndParse(), 16U);
         }
     }
@@ -493,7 +449,7 @@ TEST(LateDetectionTest, AfterItsFailureAnOpenConstructIsStillReadAgain) {
 TEST(LateDetectionTest, WhenTheCharsetIsFoundTheStreamIsForgotten) {
     const ScriptedDetector detector(Answer(1251));
     GenericParser parser;
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
     auto stream = std::make_unique<VFS::MemoryInputStream>(DocumentOf(300) + "<a b");
     EXPECT_EQ(parser.ParseStream(stream.get(), false), 705U);
     stream.reset();
@@ -504,7 +460,7 @@ TEST(LateDetectionTest, WhenTheCharsetIsFoundTheStreamIsForgotten) {
 TEST(LateDetectionTest, BuffersAreNeverDetected) {
     const ScriptedDetector detector(Answer(1251));
     GenericParser parser;
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
     const std::string document = DocumentOf(1000);
     EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);

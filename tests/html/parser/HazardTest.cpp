@@ -1,17 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-#include "html/parser/GenericParser.h"
-#include "platform/MemoryInputStream.h"
-#include "platform/Results.h"
 #include "platform/Services.h"
-#include "tests/support/TestStreams.h"
+#include "tests/html/parser/DocumentRows.h"
 
 // Calls in an unlucky order, streams that lie and observers that throw: nothing is read that is
 // gone, and no token comes twice.
@@ -19,25 +9,19 @@
 namespace Kestra::Test {
 namespace {
 
-using HTML::GenericParser;
-
-/// Keeps the text tokens, and throws at the one whose number is `throwAt`, counted from 1.
-class ThrowingObserver final : public HTML::ParserObserver<char, std::string> {
+/// Throws at the first text.
+class ThrowingParser : public FedParser {
 public:
-    void OnStartParsing() override {
-        if (onStart)
-            onStart();
+    ThrowingParser() {
+        SetHook([this](const std::string& line) {
+            if (line.starts_with("text(") && ++texts == 1)
+                throw std::runtime_error("thrown by the observer");
+        });
+        StartSilently();
     }
 
-    void OnText(HTML::TextData<char, std::string>* data) override {
-        texts.push_back(*data->text);
-        if (texts.size() == throwAt)
-            throw std::runtime_error("thrown by the observer");
-    }
-
-    std::vector<std::string> texts;
-    std::size_t throwAt = 0;
-    std::function<void()> onStart;
+private:
+    int texts = 0;
 };
 
 TEST(HazardTest, EveryErrorForgetsABorrowedStream) {
@@ -54,7 +38,7 @@ TEST(HazardTest, EveryErrorForgetsABorrowedStream) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
         GenericParser parser;
-        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+        parser.StartParse(1252, DATA_STREAM_8BIT);
         auto stream = std::make_unique<VFS::MemoryInputStream>("a<b");
         EXPECT_EQ(parser.ParseStream(stream.get(), false), 0U);
         EXPECT_EQ(row.fail(&parser), 2U);
@@ -65,7 +49,7 @@ TEST(HazardTest, EveryErrorForgetsABorrowedStream) {
 
 TEST(HazardTest, AnOddPieceForgetsABorrowedStream) {
     GenericParser parser;
-    parser.StartParse(0, GenericParser::DATA_STREAM_UTF16);
+    parser.StartParse(0, DATA_STREAM_UTF16);
     auto stream = std::make_unique<VFS::MemoryInputStream>(std::string("<\0b\0", 4));
     EXPECT_EQ(parser.ParseStream(stream.get(), false), 0U);
     EXPECT_EQ(parser.ParseBuffer("abc", 3), 2U);
@@ -79,7 +63,7 @@ TEST(HazardTest, AStreamThatClaimsMoreThanItWasAskedForFails) {
         FaultyInputStream stream("some text");
         stream.MisreportRead(1, GenericParser::BUFFER_SIZE + excess);
         GenericParser parser;
-        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+        parser.StartParse(1252, DATA_STREAM_8BIT);
         EXPECT_EQ(parser.ParseStream(&stream, false), RESULT_STREAM_FAILED);
 
         FaultyInputStream detected("some text");
@@ -91,35 +75,23 @@ TEST(HazardTest, AStreamThatClaimsMoreThanItWasAskedForFails) {
 }
 
 TEST(HazardTest, ATokenThatMadeTheObserverThrowDoesNotComeAgain) {
-    ThrowingObserver observer;
-    observer.throwAt = 1;
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-    EXPECT_THROW(parser.ParseBuffer("hello<b>", 8), std::runtime_error);
+    ThrowingParser parser;
+    EXPECT_THROW(parser.Feed("hello<b>"), std::runtime_error);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(observer.texts, std::vector<std::string>{"hello"});
+    EXPECT_EQ(parser.TakeLines(), "text(hello)\nend-parsing\n");
 }
 
 TEST(HazardTest, AThrowInsideEndParseLeavesNoPendingText) {
-    ThrowingObserver observer;
-    observer.throwAt = 1;
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-    EXPECT_EQ(parser.ParseBuffer("hello", 5), 0U);
+    ThrowingParser parser;
+    EXPECT_EQ(parser.Feed("hello"), 0U);
     EXPECT_THROW(parser.EndParse(), std::runtime_error);
-    EXPECT_EQ(parser.ParseBuffer("x", 1), 0U);
+    EXPECT_EQ(parser.Feed("x"), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(observer.texts, (std::vector<std::string>{"hello", "x"}));
+    EXPECT_EQ(parser.TakeLines(), "text(hello)\ntext(x)\nend-parsing\n");
 }
 
 TEST(HazardTest, AThrowWhileAnOwnedStreamIsFedFreesAndForgetsIt) {
-    ThrowingObserver observer;
-    observer.throwAt = 1;
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    ThrowingParser parser;
     int destructions = 0;
     auto stream = std::make_unique<FaultyInputStream>("hello<b><c");
     stream->CountDestructions(&destructions);
@@ -136,16 +108,15 @@ TEST(HazardTest, TheDetectorIsKnownFromTheFirstCallbackOn) {
         return std::uint32_t{0};
     };
     const Base::ServicesOverride override(services);
-    ThrowingObserver observer;
-    GenericParser parser;
+    FedParser parser;
     std::vector<bool> wasUsed;
-    observer.onStart = [&] { wasUsed.push_back(parser.WasCharsetDetectorUsed()); };
-    parser.SetObserver(&observer, false);
-    parser.StartParse(0, GenericParser::DATA_STREAM_AUTO);
-    VFS::MemoryInputStream stream(std::string(300, 'a'));
-    EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
-    ASSERT_EQ(stream.Seek(0), 0U);
-    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+    parser.SetHook([&](const std::string& line) {
+        if (line == "start-parsing")
+            wasUsed.push_back(parser.WasCharsetDetectorUsed());
+    });
+    parser.Start(0, DATA_STREAM_AUTO);
+    EXPECT_EQ(parser.FeedStream(std::string(300, 'a')), 705U);
+    EXPECT_EQ(parser.FeedStream(std::string(300, 'a')), 0U);
     EXPECT_EQ(parser.GetCharset(), 20866U);
     EXPECT_EQ(parser.EndParse(), 0U);
     EXPECT_EQ(wasUsed, (std::vector<bool>{false, true}));

@@ -1,16 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <random>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 #include "html/output/ParserSelfCheck.h"
@@ -86,24 +81,19 @@ public:
     std::size_t most = 0;
 };
 
-/// A stream of a given length over pages of one size: each once, then in an order that does not
-/// repeat. It keeps nothing but the pages.
-class PagedStream final : public VFS::InputStream {
+/// A stream of a given length that makes its bytes as they are read.
+class MadeStream : public VFS::InputStream {
 public:
-    /// Ends with the page that makes it at least `sizeOfStream` bytes long.
-    PagedStream(std::vector<std::string> pagesOfOneSize, std::uint64_t sizeOfStream)
-        : pages(std::move(pagesOfOneSize)), size((sizeOfStream / pages.front().size() + 1) * pages.front().size()) {}
+    explicit MadeStream(std::uint64_t sizeOfStream) : size(sizeOfStream) {}
 
     std::uint32_t Read(void* buffer, std::uint64_t wanted, std::uint64_t* bytesRead) override {
         *bytesRead = 0;
         if (position == size)
             return RESULT_END_OF_DATA;
-        const std::uint64_t pageSize = pages.front().size();
         while (*bytesRead < wanted && position < size) {
-            const std::string& page = PageAt(position / pageSize);
-            const std::uint64_t offset = position % pageSize;
-            const std::uint64_t count = std::min(wanted - *bytesRead, pageSize - offset);
-            std::memcpy(static_cast<char*>(buffer) + *bytesRead, page.data() + offset, static_cast<std::size_t>(count));
+            const std::string_view bytes = BytesAt(position);
+            const std::uint64_t count = std::min<std::uint64_t>({wanted - *bytesRead, bytes.size(), size - position});
+            std::memcpy(static_cast<char*>(buffer) + *bytesRead, bytes.data(), static_cast<std::size_t>(count));
             *bytesRead += count;
             position += count;
         }
@@ -122,16 +112,53 @@ public:
     }
 
 private:
-    const std::string& PageAt(std::uint64_t index) const {
-        if (index < pages.size())
-            return pages[static_cast<std::size_t>(index)];
-        const std::uint64_t mixed = index * 0x9E3779B97F4A7C15U;  // 2^64 divided by the golden ratio
-        return pages[static_cast<std::size_t>(mixed >> 32) % pages.size()];
+    /// Some of those from a place on, at least one.
+    virtual std::string_view BytesAt(std::uint64_t place) const = 0;
+
+    std::uint64_t size;
+    std::uint64_t position = 0;
+};
+
+/// Pages of one size: each once, then in an order that does not repeat. It keeps nothing but the
+/// pages.
+class PagedStream final : public MadeStream {
+public:
+    /// Ends with the page that makes it at least `sizeOfStream` bytes long.
+    PagedStream(const std::vector<std::string>& pagesOfOneSize, std::uint64_t sizeOfStream)
+        : MadeStream((sizeOfStream / pagesOfOneSize.front().size() + 1) * pagesOfOneSize.front().size()),
+          pages(pagesOfOneSize) {}
+
+private:
+    std::string_view BytesAt(std::uint64_t place) const override {
+        const std::uint64_t pageSize = pages.front().size();
+        std::uint64_t index = place / pageSize;
+        if (index >= pages.size())
+            index = ((index * 0x9E3779B97F4A7C15U) >> 32) % pages.size();  // 2^64 divided by the golden ratio
+        return std::string_view(pages[static_cast<std::size_t>(index)])
+            .substr(static_cast<std::size_t>(place % pageSize));
     }
 
     std::vector<std::string> pages;
-    std::uint64_t size;
-    std::uint64_t position = 0;
+};
+
+/// Some bytes, and then others, again and again.
+class OpenStream final : public MadeStream {
+public:
+    OpenStream(std::string beginning, const std::string& repeatedPart, std::uint64_t sizeOfStream)
+        : MadeStream(sizeOfStream), begin(std::move(beginning)) {
+        while (part.size() < PAGE_UNIT)
+            part += repeatedPart;
+    }
+
+private:
+    std::string_view BytesAt(std::uint64_t place) const override {
+        if (place < begin.size())
+            return std::string_view(begin).substr(static_cast<std::size_t>(place));
+        return std::string_view(part).substr(static_cast<std::size_t>((place - begin.size()) % part.size()));
+    }
+
+    std::string begin;
+    std::string part;
 };
 
 /// A kind of document. No document has a token that is longer, or a tag with more attributes, than
@@ -177,7 +204,7 @@ std::size_t MeasurePeak(const std::function<void()>& parse) {
     return GetHeapPeak() - before;
 }
 
-/// Keeps nothing.
+/// Counts junk, and keeps nothing.
 template <typename C, typename S>
 class JunkCounter final : public HTML::ParserObserver<C, S> {
 public:
@@ -187,44 +214,6 @@ public:
 
     std::size_t count = 0;
 };
-
-/// What the copy of the self-check has in memory, twice while it grows. It is read back by pieces.
-std::size_t BoundOfCopy(GenericParser::SelfCheck selfCheck) {
-    constexpr std::size_t READ_BACK_SIZE = 64 * KIB;
-    if (selfCheck != GenericParser::SELF_CHECK_COPY)
-        return 0;
-    return static_cast<std::size_t>(HTML::ParserSelfCheck<char, std::string>::COPY_IN_MEMORY) * 2 + READ_BACK_SIZE;
-}
-
-/// @return the peak
-template <typename C, typename S>
-std::size_t CheckPeak(const char* flavour, const Document& document, std::uint64_t size,
-                      GenericParser::DataStreamType type,
-                      GenericParser::SelfCheck selfCheck = GenericParser::SELF_CHECK_OFF) {
-    SCOPED_TRACE(flavour);
-    JunkCounter<C, S> counter;
-    PagedStream stream(document.pages, size);
-    const std::size_t bound = BoundOf(document) + BoundOfCopy(selfCheck);
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<GenericParser>();
-        parser->SetObserver(&counter, false);
-        parser->SetSelfCheck(selfCheck);
-        EXPECT_EQ(parser->StartParse(1252, type), 0U);
-        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
-        // Not every random document comes back as it was: a section loses the part of its tail that
-        // lies in an earlier piece.
-        const std::uint32_t result = parser->EndParse();
-        EXPECT_TRUE(result == 0 ||
-                    (result == HTML::PARSER_SELF_CHECK_FAILED && selfCheck != GenericParser::SELF_CHECK_OFF))
-            << result;
-    });
-    EXPECT_EQ(counter.count != 0, document.hasJunk) << counter.count;
-    EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
-    EXPECT_LE(peak, bound) << "longest token " << document.longest << ", attributes " << document.most;
-    testing::Test::RecordProperty(std::string("peak-") + flavour, std::to_string(peak));
-    testing::Test::RecordProperty(std::string("bound-") + flavour, std::to_string(bound));
-    return peak;
-}
 
 class TagCounter final : public HTML::StatelessHTMLObserver {
 public:
@@ -242,24 +231,126 @@ public:
     std::size_t count = 0;
 };
 
-/// @return the peak
-std::size_t CheckPeakOfStateless(const Document& document, std::uint64_t size) {
-    SCOPED_TRACE("stateless");
+/// The parser that reads a document, and the observer that it is read for.
+struct Way {
+    const char* name;
+    bool fromWide;
+    bool toWide;
+    bool isStateless = false;
+};
+
+constexpr Way NARROW_WAY = {"8-to-8", false, false};
+constexpr Way NARROW_TO_WIDE = {"8-to-16", false, true};
+constexpr Way WIDE_WAY = {"16-to-16", true, true};
+constexpr Way WIDE_TO_NARROW = {"16-to-8", true, false};
+constexpr Way STATELESS = {"stateless", false, false, true};
+constexpr Way DRIVER_WAYS[] = {NARROW_WAY, NARROW_TO_WIDE, WIDE_WAY, WIDE_TO_NARROW};
+
+struct ParserOptions {
+    GenericParser::SelfCheck selfCheck = GenericParser::SELF_CHECK_OFF;
+    std::uint64_t maxTokenSize = 0;
+    bool isAutomatic = false;  // the kind of the document is found out
+    bool ends = true;          // the document ends
+};
+
+/// What became of a document.
+struct Measured {
+    std::size_t peak = 0;
+    std::size_t counted = 0;  // junk, or start tags for the stateless parser
+    std::uint32_t parseResult = 0;
+    std::uint32_t endResult = 0;
+};
+
+GenericParser::DataStreamType TypeOf(bool wide) {
+    return wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT;
+}
+
+/// @param feed  called with the parser
+template <typename C, typename S, typename Feed>
+Measured MeasureDriver(const Way& way, const ParserOptions& options, Feed feed) {
+    Measured measured;
+    JunkCounter<C, S> counter;
+    measured.peak = MeasurePeak([&] {
+        const auto parser = std::make_unique<GenericParser>();
+        parser->SetObserver(&counter, false);
+        parser->SetSelfCheck(options.selfCheck);
+        parser->SetMaxTokenSize(options.maxTokenSize);
+        const auto type = options.isAutomatic ? GenericParser::DATA_STREAM_AUTO : TypeOf(way.fromWide);
+        EXPECT_EQ(parser->StartParse(1252, type), 0U);
+        measured.parseResult = feed(parser.get());
+        measured.endResult = options.ends ? parser->EndParse() : 0;
+    });
+    measured.counted = counter.count;
+    return measured;
+}
+
+template <typename Feed>
+Measured MeasureStateless(const ParserOptions& options, Feed feed) {
+    Measured measured;
     TagCounter counter;
-    PagedStream stream(document.pages, size);
-    const std::size_t peak = MeasurePeak([&] {
+    measured.peak = MeasurePeak([&] {
         const auto parser = std::make_unique<StatelessHTMLParser>();
         parser->Attach(&counter);
+        parser->SetMaxTokenSize(options.maxTokenSize);
         EXPECT_EQ(parser->StartParse(1252), 0U);
-        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
-        EXPECT_EQ(parser->EndParse(), 0U);
+        measured.parseResult = feed(parser.get());
+        measured.endResult = options.ends ? parser->EndParse() : 0;
     });
-    EXPECT_NE(counter.count, 0U);
-    EXPECT_GE(peak, static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE));
-    EXPECT_LE(peak, BoundOf(document)) << "longest token " << document.longest << ", attributes " << document.most;
-    testing::Test::RecordProperty("peak-stateless", std::to_string(peak));
-    testing::Test::RecordProperty("bound-stateless", std::to_string(BoundOf(document)));
-    return peak;
+    measured.counted = counter.count;
+    return measured;
+}
+
+template <typename Feed>
+Measured Measure(const Way& way, const ParserOptions& options, Feed feed) {
+    SCOPED_TRACE(way.name);
+    if (way.isStateless)
+        return MeasureStateless(options, feed);
+    if (way.toWide)
+        return MeasureDriver<WideChar, WideString>(way, options, feed);
+    return MeasureDriver<char, std::string>(way, options, feed);
+}
+
+Measured MeasureStream(const Way& way, const ParserOptions& options, VFS::InputStream* stream) {
+    return Measure(way, options, [stream](auto* parser) { return parser->ParseStream(stream, false); });
+}
+
+Measured MeasureBuffer(const Way& way, const ParserOptions& options, const std::string& piece) {
+    return Measure(way, options, [&piece](auto* parser) { return parser->ParseBuffer(piece.data(), piece.size()); });
+}
+
+/// Expects a peak within a bound, and no lower than the buffer that is read into.
+void ExpectPeak(const Way& way, std::size_t peak, std::size_t bound, const std::string& suffix = "") {
+    const std::size_t least =
+        way.isStateless ? static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE) : GenericParser::BUFFER_SIZE;
+    EXPECT_GE(peak, least) << way.name;
+    EXPECT_LE(peak, bound) << way.name;
+    testing::Test::RecordProperty("peak-" + (way.name + suffix), std::to_string(peak));
+    testing::Test::RecordProperty("bound-" + (way.name + suffix), std::to_string(bound));
+}
+
+/// What the copy of the self-check has in memory, twice while it grows. It is read back by pieces.
+std::size_t BoundOfCopy(GenericParser::SelfCheck selfCheck) {
+    constexpr std::size_t READ_BACK_SIZE = 64 * KIB;
+    if (selfCheck != GenericParser::SELF_CHECK_COPY)
+        return 0;
+    return static_cast<std::size_t>(HTML::ParserSelfCheck<char, std::string>::COPY_IN_MEMORY) * 2 + READ_BACK_SIZE;
+}
+
+/// @return the peak
+std::size_t CheckPeak(const Way& way, const Document& document, std::uint64_t size,
+                      GenericParser::SelfCheck selfCheck = GenericParser::SELF_CHECK_OFF) {
+    SCOPED_TRACE(testing::Message() << "longest token " << document.longest << ", attributes " << document.most);
+    PagedStream stream(document.pages, size);
+    const Measured measured = MeasureStream(way, {selfCheck}, &stream);
+    EXPECT_EQ(measured.parseResult, 0U);
+    // Not every random document comes back as it was: a section loses the part of its tail that
+    // lies in an earlier piece.
+    EXPECT_TRUE(measured.endResult == 0 ||
+                (measured.endResult == HTML::PARSER_SELF_CHECK_FAILED && selfCheck != GenericParser::SELF_CHECK_OFF))
+        << measured.endResult;
+    EXPECT_EQ(measured.counted != 0, document.hasJunk || way.isStateless) << measured.counted;
+    ExpectPeak(way, measured.peak, BoundOf(document) + BoundOfCopy(selfCheck));
+    return measured.peak;
 }
 
 /// A document and the parsers that read it.
@@ -483,12 +574,12 @@ std::vector<std::size_t> CheckPeaksOf(const Case& row, std::uint64_t size) {
     // Every page is there, in UTF-16 too.
     EXPECT_TRUE(!COMPARES_PEAKS || 2 * (document.pages.size() - 1) * document.pages.front().size() <= size);
     std::vector<std::size_t> peaks = {
-        CheckPeak<char, std::string>("8-to-8", document, size, GenericParser::DATA_STREAM_8BIT),
-        CheckPeak<WideChar, WideString>("8-to-16", document, size, GenericParser::DATA_STREAM_8BIT),
-        CheckPeak<WideChar, WideString>("16-to-16", ToUtf16(document), size, GenericParser::DATA_STREAM_UTF16),
+        CheckPeak(NARROW_WAY, document, size),
+        CheckPeak(NARROW_TO_WIDE, document, size),
+        CheckPeak(WIDE_WAY, ToUtf16(document), size),
     };
     if (row.forStateless)
-        peaks.push_back(CheckPeakOfStateless(document, size));
+        peaks.push_back(CheckPeak(STATELESS, document, size));
     return peaks;
 }
 
@@ -503,7 +594,8 @@ void CheckPeaks(const Case& row, std::uint64_t shortSize, std::uint64_t size) {
         EXPECT_LE(peaks[i], shortPeaks[i] + SLACK) << "8-to-8, 8-to-16, 16-to-16, stateless: " << i;
 }
 
-std::string NameOf(const testing::TestParamInfo<Case>& row) {
+template <typename Row>
+std::string NameOf(const testing::TestParamInfo<Row>& row) {
     return row.param.name;
 }
 
@@ -513,7 +605,7 @@ TEST_P(MemoryTest, OfMixedTokens) {
     CheckPeaks(GetParam(), SHORT_STREAM_SIZE, STREAM_SIZE);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stream, MemoryTest, testing::ValuesIn(MIXED), NameOf);
+INSTANTIATE_TEST_SUITE_P(Stream, MemoryTest, testing::ValuesIn(MIXED), NameOf<Case>);
 
 class LongTokenMemoryTest : public testing::TestWithParam<Case> {};
 
@@ -521,14 +613,13 @@ TEST_P(LongTokenMemoryTest, OfLongTokens) {
     CheckPeaks(GetParam(), SHORT_STREAM_SIZE, COMPARES_PEAKS ? STREAM_SIZE : SHORT_STREAM_SIZE);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stream, LongTokenMemoryTest, testing::ValuesIn(LONG_TOKENS), NameOf);
+INSTANTIATE_TEST_SUITE_P(Stream, LongTokenMemoryTest, testing::ValuesIn(LONG_TOKENS), NameOf<Case>);
 
 class SelfCheckMemoryTest : public testing::TestWithParam<Case> {};
 
 void CheckPeaksWithSelfCheck(GenericParser::SelfCheck selfCheck, const Document& document) {
-    CheckPeak<char, std::string>("8-to-8", document, SHORT_STREAM_SIZE, GenericParser::DATA_STREAM_8BIT, selfCheck);
-    CheckPeak<WideChar, WideString>("16-to-16", ToUtf16(document), SHORT_STREAM_SIZE, GenericParser::DATA_STREAM_UTF16,
-                                    selfCheck);
+    CheckPeak(NARROW_WAY, document, SHORT_STREAM_SIZE, selfCheck);
+    CheckPeak(WIDE_WAY, ToUtf16(document), SHORT_STREAM_SIZE, selfCheck);
 }
 
 TEST_P(SelfCheckMemoryTest, Crc) {
@@ -539,7 +630,7 @@ TEST_P(SelfCheckMemoryTest, Copy) {
     CheckPeaksWithSelfCheck(GenericParser::SELF_CHECK_COPY, GetParam().make());
 }
 
-INSTANTIATE_TEST_SUITE_P(Stream, SelfCheckMemoryTest, testing::ValuesIn(MIXED), NameOf);
+INSTANTIATE_TEST_SUITE_P(Stream, SelfCheckMemoryTest, testing::ValuesIn(MIXED), NameOf<Case>);
 
 /// Long escape runs of ISO-2022, in each place that may have one.
 Document OfEscapeRuns(std::size_t size) {
@@ -601,26 +692,15 @@ std::string LongPiece(const std::string& block) {
     return piece;
 }
 
-template <typename C, typename S>
-void CheckPieceIsNotCopied(const std::string& piece, GenericParser::DataStreamType type,
-                           GenericParser::SelfCheck selfCheck) {
-    JunkCounter<C, S> counter;
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<GenericParser>();
-        parser->SetObserver(&counter, false);
-        parser->SetSelfCheck(selfCheck);
-        EXPECT_EQ(parser->StartParse(1252, type), 0U);
-        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), 0U);
-        parser->EndParse();
-    });
-    EXPECT_GT(peak, 0U);
-    EXPECT_LE(peak, 64 * KIB) << "of a piece of " << piece.size();
+void CheckPieceIsNotCopied(const Way& way, const std::string& piece, const ParserOptions& options) {
+    const Measured measured = MeasureBuffer(way, options, piece);
+    EXPECT_EQ(measured.parseResult, 0U);
+    EXPECT_GT(measured.peak, 0U);
+    EXPECT_LE(measured.peak, 64 * KIB) << "of a piece of " << piece.size();
 }
 
 // However long a piece is, only its tokens are copied.
 TEST(KeptMemoryTest, APieceIsNeverCopied) {
-    constexpr auto NARROW = GenericParser::DATA_STREAM_8BIT;
-    constexpr auto WIDE = GenericParser::DATA_STREAM_UTF16;
     const std::string plain =
         "A short text.<p a=b c='d'>Some <b>more</b> of it.<br/><!-- a comment --><script>f('s', \"d\"); /* c */ // "
         "l\n</script><!D e><?xml "
@@ -628,26 +708,20 @@ TEST(KeptMemoryTest, APieceIsNeverCopied) {
     const std::string block = plain + "<?g h?><![CDATA[i]]><![if j]></p >";
     {
         const std::string narrow = LongPiece(block);
-        CheckPieceIsNotCopied<char, std::string>(narrow, NARROW, GenericParser::SELF_CHECK_OFF);
-        CheckPieceIsNotCopied<WideChar, WideString>(narrow, NARROW, GenericParser::SELF_CHECK_OFF);
-        CheckPieceIsNotCopied<char, std::string>(narrow, GenericParser::DATA_STREAM_AUTO,
-                                                 GenericParser::SELF_CHECK_CRC);
+        CheckPieceIsNotCopied(NARROW_WAY, narrow, {});
+        CheckPieceIsNotCopied(NARROW_TO_WIDE, narrow, {});
+        CheckPieceIsNotCopied(NARROW_WAY, narrow, {.selfCheck = GenericParser::SELF_CHECK_CRC, .isAutomatic = true});
     }
     {
         const std::string wide = LongPiece(ToUtf16LE(block));
-        CheckPieceIsNotCopied<WideChar, WideString>(wide, WIDE, GenericParser::SELF_CHECK_CRC);
-        CheckPieceIsNotCopied<char, std::string>(wide, WIDE, GenericParser::SELF_CHECK_OFF);
+        CheckPieceIsNotCopied(WIDE_WAY, wide, {.selfCheck = GenericParser::SELF_CHECK_CRC});
+        CheckPieceIsNotCopied(WIDE_TO_NARROW, wide, {});
     }
     const std::string narrow = LongPiece(plain);
-    TagCounter counter;
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<StatelessHTMLParser>();
-        parser->Attach(&counter);
-        EXPECT_EQ(parser->StartParse(1252), 0U);
-        EXPECT_EQ(parser->ParseBuffer(narrow.data(), narrow.size()), 0U);
-    });
-    EXPECT_EQ(counter.count, narrow.size() / plain.size() * 3);
-    EXPECT_LE(peak, 64 * KIB) << "stateless";
+    const Measured measured = MeasureBuffer(STATELESS, {.ends = false}, narrow);
+    EXPECT_EQ(measured.parseResult, 0U);
+    EXPECT_EQ(measured.counted, narrow.size() / plain.size() * 3);
+    EXPECT_LE(measured.peak, 64 * KIB) << "stateless";
 }
 
 TEST(KeptMemoryTest, TheNextDocumentDoesNotHaveTheLongBuffersOfTheLastOne) {
@@ -676,49 +750,6 @@ TEST(KeptMemoryTest, TheNextDocumentOfTheStatelessParserDoesNotHaveThemEither) {
     EXPECT_EQ(parser.StartParse(1252), 0U);
     EXPECT_LE(GetHeapSize() - before, 448 * KIB);
 }
-
-/// A stream that begins with some bytes and goes on with others, again and again.
-class OpenStream final : public VFS::InputStream {
-public:
-    OpenStream(std::string beginning, std::string repeatedPart, std::uint64_t sizeOfStream)
-        : begin(std::move(beginning)), size(sizeOfStream) {
-        while (part.size() < PAGE_UNIT)
-            part += repeatedPart;
-    }
-
-    std::uint32_t Read(void* buffer, std::uint64_t wanted, std::uint64_t* bytesRead) override {
-        *bytesRead = 0;
-        if (position == size)
-            return RESULT_END_OF_DATA;
-        char* const target = static_cast<char*>(buffer);
-        while (*bytesRead < wanted && position < size) {
-            const std::string& source = position < begin.size() ? begin : part;
-            const std::uint64_t offset = position < begin.size() ? position : (position - begin.size()) % part.size();
-            const std::uint64_t count = std::min({wanted - *bytesRead, source.size() - offset, size - position});
-            std::memcpy(target + *bytesRead, source.data() + offset, static_cast<std::size_t>(count));
-            *bytesRead += count;
-            position += count;
-        }
-        return RESULT_OK;
-    }
-    std::uint32_t GetPosition(std::uint64_t* out) override {
-        *out = position;
-        return RESULT_OK;
-    }
-    std::uint32_t Seek(std::uint64_t target) override {
-        position = target;
-        return RESULT_OK;
-    }
-    bool IsEnd() override {
-        return position == size;
-    }
-
-private:
-    std::string begin;
-    std::string part;
-    std::uint64_t size;
-    std::uint64_t position = 0;
-};
 
 /// A construct that is opened and never closed.
 struct OpenConstruct {
@@ -795,48 +826,21 @@ std::size_t BoundOfLimit(std::uint64_t limit) {
     return 64 * KIB + 16 * static_cast<std::size_t>(limit);
 }
 
-template <typename C, typename S>
-void CheckLimitedPeak(const char* flavour, const OpenConstruct& construct, std::uint64_t size, std::uint64_t limit) {
-    SCOPED_TRACE(std::string(flavour) + ", at most " + std::to_string(limit));
-    const bool wide = std::string_view(flavour).starts_with("16");
-    JunkCounter<C, S> counter;
-    const auto bytes = [wide](const char* text) {
-        return wide ? ToUtf16LE(std::string_view(text)) : std::string(text);
+void CheckLimitedPeak(const Way& way, const OpenConstruct& construct, std::uint64_t size, std::uint64_t limit) {
+    SCOPED_TRACE(std::string(way.name) + ", at most " + std::to_string(limit));
+    const auto bytes = [&way](const char* text) {
+        return way.fromWide ? ToUtf16LE(std::string_view(text)) : std::string(text);
     };
     OpenStream stream(bytes(construct.opener), bytes(construct.content), size);
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<GenericParser>();
-        parser->SetObserver(&counter, false);
-        parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
-                  0U);
-        const std::uint32_t result = parser->ParseStream(&stream, false);
-        EXPECT_EQ(result, construct.goesOver ? HTML::PARSER_LIMIT_EXCEEDED : HTML::PARSER_OK);
-        parser->EndParse();
-    });
-    EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
-    EXPECT_LE(peak, BoundOfLimit(limit));
-    testing::Test::RecordProperty(std::string("peak-") + flavour + "-" + std::to_string(limit), std::to_string(peak));
-}
-
-void CheckLimitedPeakOfStateless(const OpenConstruct& construct, std::uint64_t size, std::uint64_t limit) {
-    SCOPED_TRACE("stateless, at most " + std::to_string(limit));
-    TagCounter counter;
-    OpenStream stream(construct.opener, construct.content, size);
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<StatelessHTMLParser>();
-        parser->Attach(&counter);
-        parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252), 0U);
-        const std::uint32_t result = parser->ParseStream(&stream, false);
-        EXPECT_TRUE(result == HTML::STATELESS_LIMIT_EXCEEDED || !construct.goesOver ||
+    const Measured measured = MeasureStream(way, {.maxTokenSize = limit}, &stream);
+    if (way.isStateless) {
+        EXPECT_TRUE(measured.parseResult == HTML::STATELESS_LIMIT_EXCEEDED || !construct.goesOver ||
                     std::string_view(construct.name) == "Script")
-            << result;
-        parser->EndParse();
-    });
-    EXPECT_GE(peak, static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE));
-    EXPECT_LE(peak, BoundOfLimit(limit));
-    testing::Test::RecordProperty("peak-stateless-" + std::to_string(limit), std::to_string(peak));
+            << measured.parseResult;
+    } else {
+        EXPECT_EQ(measured.parseResult, construct.goesOver ? HTML::PARSER_LIMIT_EXCEEDED : HTML::PARSER_OK);
+    }
+    ExpectPeak(way, measured.peak, BoundOfLimit(limit), "-" + std::to_string(limit));
 }
 
 /// What goes over ends the parse, so that a stream of any size is read in no time; the others are
@@ -844,17 +848,11 @@ void CheckLimitedPeakOfStateless(const OpenConstruct& construct, std::uint64_t s
 void CheckLimitedPeaks(const OpenConstruct& construct, std::uint64_t streamSize) {
     const std::uint64_t size = construct.goesOver ? streamSize : std::min(streamSize, 32 * MIB);
     for (const std::uint64_t limit : TOKEN_LIMITS) {
-        CheckLimitedPeak<char, std::string>("8-to-8", construct, size, limit);
-        CheckLimitedPeak<WideChar, WideString>("8-to-16", construct, size, limit);
-        CheckLimitedPeak<WideChar, WideString>("16-to-16", construct, size, limit);
-        CheckLimitedPeak<char, std::string>("16-to-8", construct, size, limit);
+        for (const Way& way : DRIVER_WAYS)
+            CheckLimitedPeak(way, construct, size, limit);
         if (construct.forStateless)
-            CheckLimitedPeakOfStateless(construct, size, limit);
+            CheckLimitedPeak(STATELESS, construct, size, limit);
     }
-}
-
-std::string NameOfConstruct(const testing::TestParamInfo<OpenConstruct>& row) {
-    return row.param.name;
 }
 
 class LimitedMemoryTest : public testing::TestWithParam<OpenConstruct> {};
@@ -863,7 +861,7 @@ TEST_P(LimitedMemoryTest, OfAnOpenConstruct) {
     CheckLimitedPeaks(GetParam(), MIB);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stream, LimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOfConstruct);
+INSTANTIATE_TEST_SUITE_P(Stream, LimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOf<OpenConstruct>);
 
 class LongLimitedMemoryTest : public testing::TestWithParam<OpenConstruct> {};
 
@@ -871,7 +869,7 @@ TEST_P(LongLimitedMemoryTest, OfAnOpenConstruct) {
     CheckLimitedPeaks(GetParam(), LONG_STREAM_SIZE);
 }
 
-INSTANTIATE_TEST_SUITE_P(LongStream, LongLimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOfConstruct);
+INSTANTIATE_TEST_SUITE_P(LongStream, LongLimitedMemoryTest, testing::ValuesIn(OPEN_CONSTRUCTS), NameOf<OpenConstruct>);
 
 // Tokens of all kinds, each as long as the limit allows, one after another in an order that does
 // not repeat: what is kept of one kind is still there while the next one is read.
@@ -984,32 +982,6 @@ Document OfLongestTokens(std::size_t length, std::size_t most, bool (*isUsed)(co
     return document;
 }
 
-template <typename C, typename S>
-void CheckLimitedPeakOfLongTokens(const char* flavour, std::uint64_t limit) {
-    SCOPED_TRACE(flavour);
-    const bool wide = std::string_view(flavour).starts_with("16");
-    // Characters that may belong to the next token count too.
-    const std::size_t length = static_cast<std::size_t>(limit) / (wide ? 2 : 1) - 16;
-    Document document = OfLongestTokens(length, GetMostParts(limit), [](const std::string&) { return true; });
-    if (wide)
-        document = ToUtf16(document);
-    JunkCounter<C, S> counter;
-    PagedStream stream(document.pages, document.pages.front().size() - 1);
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<GenericParser>();
-        parser->SetObserver(&counter, false);
-        parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT),
-                  0U);
-        EXPECT_EQ(parser->ParseStream(&stream, false), std::uint32_t{HTML::PARSER_OK});
-        EXPECT_EQ(parser->EndParse(), 0U);
-    });
-    EXPECT_EQ(counter.count, 0U);
-    EXPECT_GE(peak, GenericParser::BUFFER_SIZE);
-    EXPECT_LE(peak, BoundOfLimit(limit));
-    testing::Test::RecordProperty(std::string("peak-") + flavour, std::to_string(peak));
-}
-
 bool IsReadByStateless(const std::string& token) {
     TagCounter counter;
     StatelessHTMLParser parser;
@@ -1018,35 +990,34 @@ bool IsReadByStateless(const std::string& token) {
            parser.EndParse() == 0;
 }
 
-void CheckLimitedPeakOfLongTokensOfStateless(std::uint64_t limit) {
-    SCOPED_TRACE("stateless");
-    const std::size_t length = static_cast<std::size_t>(limit) - 32;  // a script counts with its tags
-    const Document document = OfLongestTokens(length, GetMostParts(limit), IsReadByStateless);
-    TagCounter counter;
+void CheckLimitedPeakOfLongTokens(const Way& way, std::uint64_t limit) {
+    SCOPED_TRACE(way.name);
+    // Characters that may belong to the next token count too; a script counts with its tags.
+    const std::size_t length = way.isStateless ? static_cast<std::size_t>(limit) - 32
+                                               : static_cast<std::size_t>(limit) / (way.fromWide ? 2 : 1) - 16;
+    const auto isUsed = way.isStateless ? IsReadByStateless : [](const std::string&) { return true; };
+    Document document = OfLongestTokens(length, GetMostParts(limit), isUsed);
+    if (way.fromWide)
+        document = ToUtf16(document);
     PagedStream stream(document.pages, document.pages.front().size() - 1);
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<StatelessHTMLParser>();
-        parser->Attach(&counter);
-        parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252), 0U);
-        EXPECT_EQ(parser->ParseStream(&stream, false), std::uint32_t{HTML::STATELESS_OK});
-        EXPECT_EQ(parser->EndParse(), 0U);
-    });
-    EXPECT_GE(counter.count, 8U);
-    EXPECT_GE(peak, static_cast<std::size_t>(StatelessHTMLParser::BUFFER_SIZE));
-    EXPECT_LE(peak, BoundOfLimit(limit));
-    testing::Test::RecordProperty("peak-stateless", std::to_string(peak));
+    const Measured measured = MeasureStream(way, {.maxTokenSize = limit}, &stream);
+    EXPECT_EQ(measured.parseResult,
+              way.isStateless ? std::uint32_t{HTML::STATELESS_OK} : std::uint32_t{HTML::PARSER_OK});
+    EXPECT_EQ(measured.endResult, 0U);
+    if (way.isStateless)
+        EXPECT_GE(measured.counted, 8U);
+    else
+        EXPECT_EQ(measured.counted, 0U);
+    ExpectPeak(way, measured.peak, BoundOfLimit(limit));
 }
 
 class LongestTokensMemoryTest : public testing::TestWithParam<std::uint64_t> {};
 
 TEST_P(LongestTokensMemoryTest, OfAllKinds) {
-    CheckLimitedPeakOfLongTokens<char, std::string>("8-to-8", GetParam());
-    CheckLimitedPeakOfLongTokens<WideChar, WideString>("8-to-16", GetParam());
-    CheckLimitedPeakOfLongTokens<WideChar, WideString>("16-to-16", GetParam());
-    CheckLimitedPeakOfLongTokens<char, std::string>("16-to-8", GetParam());
+    for (const Way& way : DRIVER_WAYS)
+        CheckLimitedPeakOfLongTokens(way, GetParam());
     if (GetParam() >= 4 * KIB)  // its buffer takes 64 KiB
-        CheckLimitedPeakOfLongTokensOfStateless(GetParam());
+        CheckLimitedPeakOfLongTokens(STATELESS, GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Stream, LongestTokensMemoryTest, testing::ValuesIn(LIMITS_OF_LONG_TOKENS));
@@ -1054,24 +1025,13 @@ INSTANTIATE_TEST_SUITE_P(Stream, LongestTokensMemoryTest, testing::ValuesIn(LIMI
 // However long a piece is, no more of it is gathered than of a stream.
 TEST(KeptMemoryTest, APieceThatIsAllOneTokenIsNotGathered) {
     const std::string piece = "<!--" + std::string(static_cast<std::size_t>(16 * MIB), 'a');
-    JunkCounter<char, std::string> counter;
-    TagCounter tagCounter;
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<GenericParser>();
-        parser->SetObserver(&counter, false);
-        parser->SetMaxTokenSize(4096);
-        EXPECT_EQ(parser->StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
-        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), std::uint32_t{HTML::PARSER_LIMIT_EXCEEDED});
-    });
-    EXPECT_LE(peak, 128 * KIB);
-    const std::size_t statelessPeak = MeasurePeak([&] {
-        const auto parser = std::make_unique<StatelessHTMLParser>();
-        parser->Attach(&tagCounter);
-        parser->SetMaxTokenSize(4096);
-        EXPECT_EQ(parser->StartParse(1252), 0U);
-        EXPECT_EQ(parser->ParseBuffer(piece.data(), piece.size()), std::uint32_t{HTML::STATELESS_LIMIT_EXCEEDED});
-    });
-    EXPECT_LE(statelessPeak, 64 * KIB);
+    const ParserOptions options = {.maxTokenSize = 4096, .ends = false};
+    const Measured measured = MeasureBuffer(NARROW_WAY, options, piece);
+    EXPECT_EQ(measured.parseResult, std::uint32_t{HTML::PARSER_LIMIT_EXCEEDED});
+    EXPECT_LE(measured.peak, 128 * KIB);
+    const Measured stateless = MeasureBuffer(STATELESS, options, piece);
+    EXPECT_EQ(stateless.parseResult, std::uint32_t{HTML::STATELESS_LIMIT_EXCEEDED});
+    EXPECT_LE(stateless.peak, 64 * KIB);
 }
 
 /// The peak for many junk constructs, each of which is read again from the stream.
@@ -1079,18 +1039,12 @@ std::size_t MeasurePeakOfJunk(std::uint64_t limit) {
     std::string text;
     for (std::size_t i = 0; i < 100; ++i)
         text += "<a b=c / d>text<i>";
-    JunkCounter<char, std::string> counter;
     PagedStream stream({text}, text.size() - 1);
-    const std::size_t peak = MeasurePeak([&] {
-        const auto parser = std::make_unique<GenericParser>();
-        parser->SetObserver(&counter, false);
-        parser->SetMaxTokenSize(limit);
-        EXPECT_EQ(parser->StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
-        EXPECT_EQ(parser->ParseStream(&stream, false), 0U);
-        EXPECT_EQ(parser->EndParse(), 0U);
-    });
-    EXPECT_GE(counter.count, 100U);
-    return peak;
+    const Measured measured = MeasureStream(NARROW_WAY, {.maxTokenSize = limit}, &stream);
+    EXPECT_EQ(measured.parseResult, 0U);
+    EXPECT_EQ(measured.endResult, 0U);
+    EXPECT_GE(measured.counted, 100U);
+    return measured.peak;
 }
 
 // A construct that fails is as long as the limit at most, so nothing longer is needed to read it
@@ -1106,7 +1060,7 @@ TEST_P(LongStreamMemoryTest, OfMixedTokens) {
     CheckPeaks(GetParam(), STREAM_SIZE, LONG_STREAM_SIZE);
 }
 
-INSTANTIATE_TEST_SUITE_P(LongStream, LongStreamMemoryTest, testing::ValuesIn(MIXED), NameOf);
+INSTANTIATE_TEST_SUITE_P(LongStream, LongStreamMemoryTest, testing::ValuesIn(MIXED), NameOf<Case>);
 
 class LongStreamOfLongTokensMemoryTest : public testing::TestWithParam<Case> {};
 
@@ -1114,7 +1068,7 @@ TEST_P(LongStreamOfLongTokensMemoryTest, OfLongTokens) {
     CheckPeaks(GetParam(), STREAM_SIZE, LONG_STREAM_OF_LONG_TOKENS_SIZE);
 }
 
-INSTANTIATE_TEST_SUITE_P(LongStream, LongStreamOfLongTokensMemoryTest, testing::ValuesIn(LONG_TOKENS), NameOf);
+INSTANTIATE_TEST_SUITE_P(LongStream, LongStreamOfLongTokensMemoryTest, testing::ValuesIn(LONG_TOKENS), NameOf<Case>);
 
 }  // namespace
 }  // namespace Kestra::Test

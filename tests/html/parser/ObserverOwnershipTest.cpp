@@ -121,6 +121,12 @@ void Feed(GenericParser* parser, std::string_view bytes) {
     EXPECT_EQ(parser->ParseBuffer(bytes.data(), bytes.size()), 0U);
 }
 
+/// Reads a document with one text.
+void ReadText(GenericParser* parser) {
+    parser->StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    Feed(parser, "a<b>");
+}
+
 class ObserverOwnershipTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -200,8 +206,7 @@ TEST_F(ObserverOwnershipTest, BindingTheSameObserverAgainFreesNothing) {
         parser.SetObserver(narrow.Get(), true);
         parser.SetObserver(narrow.Get(), true);
         EXPECT_EQ(narrow.Frees(), 0);
-        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-        Feed(&parser, "a<b>");
+        ReadText(&parser);
         EXPECT_EQ(narrow.Get()->texts, 1);
     }
     EXPECT_EQ(narrow.Frees(), 1);
@@ -232,13 +237,11 @@ TEST_F(ObserverOwnershipTest, CopiesShareIt) {
     auto copyOfCopy = std::make_unique<GenericParser>(*copy);
     original.reset();
     EXPECT_EQ(narrow.Frees(), 0);
-    copy->StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-    Feed(copy.get(), "a<b>");
+    ReadText(copy.get());
     EXPECT_EQ(narrow.Get()->texts, 1);
     copy.reset();
     EXPECT_EQ(narrow.Frees(), 0);
-    copyOfCopy->StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-    Feed(copyOfCopy.get(), "a<b>");
+    ReadText(copyOfCopy.get());
     EXPECT_EQ(narrow.Get()->texts, 2);
     copyOfCopy.reset();
     EXPECT_EQ(narrow.Frees(), 1);
@@ -257,8 +260,7 @@ TEST_F(ObserverOwnershipTest, ACopyThatBindsAnotherOneLeavesItToTheOriginal) {
         }
         EXPECT_EQ(own.Frees(), 1);
         EXPECT_EQ(shared.Frees(), 0);
-        original.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-        Feed(&original, "a<b>");
+        ReadText(&original);
         EXPECT_EQ(shared.Get()->texts, 1);
     }
     EXPECT_EQ(shared.Frees(), 1);
@@ -279,8 +281,7 @@ TEST_F(ObserverOwnershipTest, AssignmentFreesWhatTheTargetOwnedAndShares) {
             GenericParser& self = target;
             target = self;
             EXPECT_EQ(ofSource.Frees(), 0);
-            target.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-            Feed(&target, "a<b>");
+            ReadText(&target);
             EXPECT_EQ(ofSource.Get()->texts, 1);
         }
         EXPECT_EQ(ofSource.Frees(), 0);
@@ -403,8 +404,7 @@ TEST_F(ObserverOwnershipTest, AnObserverThatACopyStillOwnsMayBeBoundAgain) {
             original.SetObserver(narrow.Get(), true);
         }
         EXPECT_EQ(narrow.Frees(), 0);
-        original.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-        Feed(&original, "a<b>");
+        ReadText(&original);
         EXPECT_EQ(narrow.Get()->texts, 1);
     }
     EXPECT_EQ(narrow.Frees(), 1);

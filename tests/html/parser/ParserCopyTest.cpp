@@ -1,17 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <string_view>
-
-#include "platform/MemoryInputStream.h"
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/Flavours.h"
+#include "tests/support/Pieces.h"
 
 namespace Kestra::Test {
 namespace {
-
-using HTML::GenericParser;
 
 /// Documents whose cuts fall into tokens of every kind.
 const char* const DOCUMENTS[] = {
@@ -29,8 +20,7 @@ const char* const DOCUMENTS[] = {
 
 /// Scripts are text in the documents with an example.
 GenericParser::ScriptMode ModeOf(std::string_view document) {
-    return document.find("<xmp>") == std::string_view::npos ? GenericParser::SCRIPT_AS_TOKENS
-                                                            : GenericParser::SCRIPT_AS_TEXT;
+    return document.find("<xmp>") == std::string_view::npos ? SCRIPT_AS_TOKENS : SCRIPT_AS_TEXT;
 }
 
 /// The pieces go to a copy each; the one it was copied from reads something else and is destroyed.
@@ -46,8 +36,7 @@ void GoOnWithACopy(std::unique_ptr<GenericParser>* parser) {
 void GoOnWithAnAssignedOne(std::unique_ptr<GenericParser>* parser) {
     auto assigned = std::make_unique<GenericParser>();
     assigned->SetDetectCharsetErrors(true);
-    assigned->StartParse(50221,
-                         (*parser)->IsWParser() ? GenericParser::DATA_STREAM_8BIT : GenericParser::DATA_STREAM_UTF16);
+    assigned->StartParse(50221, (*parser)->IsWParser() ? DATA_STREAM_8BIT : DATA_STREAM_UTF16);
     const std::string other = ToUtf16LE(std::string_view("\n<script>z<z'z'</z z=\""));
     assigned->ParseBuffer(other.data(), other.size());
     *assigned = **parser;
@@ -70,8 +59,7 @@ TEST(ParserCopyTest, ACopyFinishesTokensOfEveryKindLikeItsOriginal) {
                     settings.betweenPieces = assigned ? GoOnWithAnAssignedOne : GoOnWithACopy;
                     const DocumentRun run = ParseBy(route, document, cuts, settings);
                     EXPECT_EQ(run.Lines(), whole.Lines());
-                    EXPECT_EQ(run.parseResult, 0U);
-                    EXPECT_EQ(run.endResult, 0U);
+                    ExpectSuccess(run);
                     EXPECT_EQ(run.line, whole.line);
                     EXPECT_EQ(run.column, whole.column);
                     EXPECT_EQ(run.parserName, whole.parserName);
@@ -83,40 +71,32 @@ TEST(ParserCopyTest, ACopyFinishesTokensOfEveryKindLikeItsOriginal) {
 }
 
 /// What a copy makes of more input that was taken in callback number `callback`, counted from 0.
-template <typename C, typename S>
 std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback,
                              std::string_view more) {
-    Lines lines;
-    HookedObserver<C, S> observer(&lines);
+    FedParser parser(route.observed);
     std::unique_ptr<GenericParser> copy;
-    DocumentSettings settings = SettingsFor(route);
-    settings.observed = Observed::NOBODY;
-    settings.scriptMode = ModeOf(document);
-    settings.prepare = [&](GenericParser* parser) {
-        parser->SetObserver(&observer, false);
-        observer.hook = [&lines, &copy, parser, callback](const std::string&) {
-            if (lines.size() == callback + 1)
-                copy = std::make_unique<GenericParser>(*parser);
-        };
-    };
-    ParseBy(route, document, cuts, settings);
+    parser.SetScriptMode(ModeOf(document));
+    parser.SetHook([&](const std::string&) {
+        if (parser.lines.size() == callback + 1)
+            copy = std::make_unique<GenericParser>(parser);
+    });
+    parser.Start(1252, TypeFor(route.wideInput));
+    for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
+        const std::string bytes = BytesFor(document.substr(begin, end - begin), route.wideInput);
+        const HeapPiece<char> piece{std::string_view(bytes)};
+        parser.ParseBuffer(piece.Data(), piece.Size());
+    }
+    parser.EndParse();
     if (copy == nullptr)
         return std::string();
-    const std::string name = lines[callback];
-    lines.clear();
-    observer.hook = nullptr;
-    const std::string bytes = route.wideInput ? ToUtf16LE(more) : std::string(more);
+    const std::string name = parser.lines[callback];
+    parser.lines.clear();
+    parser.SetHook(nullptr);
+    const std::string bytes = BytesFor(more, route.wideInput);
     const std::uint32_t parseResult = copy->ParseBuffer(bytes.data(), bytes.size());
     const std::uint32_t endResult = copy->EndParse();
-    return name + "\n" + Join(lines) + std::to_string(parseResult) + ", " + std::to_string(endResult) + ", " +
+    return name + "\n" + Join(parser.lines) + std::to_string(parseResult) + ", " + std::to_string(endResult) + ", " +
            std::to_string(copy->GetLine()) + ":" + std::to_string(copy->GetColumn());
-}
-
-std::string GoOnFromCallback(const Route& route, std::string_view document, const Cuts& cuts, std::size_t callback,
-                             std::string_view more) {
-    if (route.observed == Observed::WIDE)
-        return GoOnFromCallback<WideChar, WideString>(route, document, cuts, callback, more);
-    return GoOnFromCallback<char, std::string>(route, document, cuts, callback, more);
 }
 
 TEST(ParserCopyTest, ACopyMadeInACallbackDoesNotTellHowTheInputWasCut) {
@@ -191,7 +171,7 @@ TEST(ParserCopyTest, ACopyGoesOnInsideAMark) {
         for (const bool assigned : {false, true}) {
             ForEverySplit(document, [&](const Cuts& cuts) {
                 DocumentSettings settings;
-                settings.type = GenericParser::DATA_STREAM_AUTO;
+                settings.type = DATA_STREAM_AUTO;
                 const DocumentRun whole = ParseDocument(document, cuts, settings);
                 // The original goes on with other bytes; those of the copy are still looked at as a
                 // mark.
@@ -205,22 +185,19 @@ TEST(ParserCopyTest, ACopyGoesOnInsideAMark) {
 }
 
 TEST(ParserCopyTest, ACopyHasTheSettingsAndTheAnswers) {
-    Lines lines;
-    Trace::TraceObserver<WideChar, WideString> observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
+    FedParser parser(Observed::WIDE);
     parser.SetDetectCharsetErrors(true);
-    parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    parser.SetSelfCheck(SELF_CHECK_CRC);
     parser.SetChrDetMinConfidence(12);
-    parser.StartParse(65001, GenericParser::DATA_STREAM_8BIT);
-    EXPECT_EQ(parser.ParseBuffer("\xFF\n<a", 4), 0U);
+    parser.Start(65001);
+    EXPECT_EQ(parser.Feed("\xFF\n<a"), 0U);
     GenericParser assigned;
     assigned = parser;
     GenericParser copy(parser);
     for (GenericParser* const other : {&copy, &assigned}) {
         EXPECT_TRUE(other->GetDetectCharsetErrors());
         EXPECT_TRUE(other->HasCharsetErrors());
-        EXPECT_EQ(other->GetSelfCheck(), GenericParser::SELF_CHECK_CRC);
+        EXPECT_EQ(other->GetSelfCheck(), SELF_CHECK_CRC);
         EXPECT_EQ(other->GetChrDetMinConfidence(), 12U);
         EXPECT_EQ(other->GetCharset(), 65001U);
         EXPECT_EQ(other->GetLine(), 2U);
@@ -229,27 +206,24 @@ TEST(ParserCopyTest, ACopyHasTheSettingsAndTheAnswers) {
         EXPECT_TRUE(other->GetCurrentParserName() == parser.GetCurrentParserName());
     }
     // Each goes its own way.
-    lines.clear();
+    parser.lines.clear();
     EXPECT_EQ(copy.ParseBuffer("b>", 2), 0U);
-    EXPECT_EQ(parser.ParseBuffer(" c>", 3), 0U);
+    EXPECT_EQ(parser.Feed(" c>"), 0U);
     EXPECT_EQ(assigned.ParseBuffer("/>", 2), 0U);
-    EXPECT_EQ(Join(lines), "start(|ab||)\nstart(|a|{ |c}|)\nshort(|a||)\n");
+    EXPECT_EQ(Join(parser.lines), "start(|ab||)\nstart(|a|{ |c}|)\nshort(|a||)\n");
 }
 
 TEST(ParserCopyTest, ACopyKnowsThatTheDocumentHasEnded) {
-    Lines lines;
-    Trace::TraceObserver<char, std::string> observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    FedParser parser;
+    parser.Start();
     EXPECT_EQ(parser.EndParse(), 0U);
-    lines.clear();
+    parser.lines.clear();
     GenericParser copy(parser);
     GenericParser assigned;
     assigned = parser;
     EXPECT_EQ(copy.EndParse(), 0U);
     EXPECT_EQ(assigned.EndParse(), 0U);
-    EXPECT_EQ(Join(lines), "");
+    EXPECT_EQ(Join(parser.lines), "");
 }
 
 TEST(ParserCopyTest, ACopyInheritsNoStream) {
@@ -260,7 +234,7 @@ TEST(ParserCopyTest, ACopyInheritsNoStream) {
             Trace::TraceObserver<char, std::string> observer(&lines);
             auto parser = std::make_unique<GenericParser>();
             parser->SetObserver(&observer, false);
-            parser->StartParse(1252, wide ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT);
+            parser->StartParse(1252, TypeFor(wide));
             const std::string_view document = "a<b c";
             auto stream = std::make_unique<VFS::MemoryInputStream>(wide ? ToUtf16LE(document) : std::string(document));
             VFS::InputStream* const fed = owned ? stream.release() : stream.get();
@@ -281,18 +255,13 @@ TEST(ParserCopyTest, ACopyInheritsNoStream) {
 
 TEST(ParserCopyTest, AParserAssignedToItselfKeepsEverything) {
     for (const bool owned : {false, true}) {
-        Lines lines;
-        Trace::TraceObserver<char, std::string> observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-        auto stream = std::make_unique<VFS::MemoryInputStream>("a<b c");
-        VFS::InputStream* const fed = owned ? stream.release() : stream.get();
-        EXPECT_EQ(parser.ParseStream(fed, owned), 0U);
+        FedParser parser;
+        parser.Start();
+        EXPECT_EQ(parser.FeedStream("a<b c", owned), 0U);
         const GenericParser& self = parser;
-        parser = self;
+        parser.GenericParser::operator=(self);
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines), "start-parsing\ncharset(1252)\ntext(a)\njunk(<b c)\nend-parsing\n");
+        EXPECT_EQ(Join(parser.lines), "start-parsing\ncharset(1252)\ntext(a)\njunk(<b c)\nend-parsing\n");
     }
 }
 
@@ -301,10 +270,10 @@ TEST(ParserCopyTest, AnAssignedParserForgetsItsOwnStream) {
     Trace::TraceObserver<char, std::string> observer(&lines);
     GenericParser source;
     source.SetObserver(&observer, false);
-    source.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    source.StartParse(1252, DATA_STREAM_8BIT);
     EXPECT_EQ(source.ParseBuffer("<s t", 4), 0U);
     GenericParser target;
-    target.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    target.StartParse(1252, DATA_STREAM_8BIT);
     auto stream = std::make_unique<VFS::MemoryInputStream>("<x y");
     EXPECT_EQ(target.ParseStream(stream.get(), false), 0U);
     target = source;

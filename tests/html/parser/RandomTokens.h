@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <random>
 #include <string>
-#include <string_view>
+
+#include "tests/support/RandomGrammar.h"
 
 namespace Kestra::Test {
 
@@ -15,7 +15,7 @@ namespace Kestra::Test {
 /// none above it. Everything is ASCII.
 class RandomTokens {
 public:
-    RandomTokens(std::uint32_t seed, std::size_t longestRun) : engine(seed), longest(longestRun) {}
+    RandomTokens(std::uint64_t seed, std::size_t longestRun);
 
     /// The next token or, for a script or a style sheet, the next element. Nothing in it is junk.
     std::string Next();
@@ -30,30 +30,8 @@ public:
     std::string Text(std::size_t size);
 
 private:
-    std::size_t Below(std::size_t limit);
-    std::size_t Length();
-    std::string Pick(std::string_view characters, std::size_t size);
-    std::string Word();
-    std::string Space();
-    std::string OptionalSpace();
-    std::string TagName();
-    std::string Phrase();
-    std::string Attribute();
-    std::string Attributes();
-    std::string StartTag();
-    std::string EndTag();
-    std::string Comment();
-    std::string Section();
-    std::string Declaration();
-    std::string Instruction();
-    std::string ServerTag();
-    std::string Script();
-    std::string ScriptItem();
-    std::string Style();
-    std::string StyleItem();
-
-    std::mt19937 engine;
-    std::size_t longest;
+    Dice dice;
+    RandomGrammar grammar;
 };
 
 }  // namespace Kestra::Test

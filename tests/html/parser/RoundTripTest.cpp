@@ -1,319 +1,106 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <random>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/Flavours.h"
+#include "tests/support/RandomGrammar.h"
 #include "tests/support/RecognizerRun.h"
 
 namespace Kestra::Test {
 namespace {
-
-using HTML::GenericParser;
 
 /// Documents per flavour, in shards that can run side by side.
 constexpr std::uint64_t DOCUMENTS = 20000;
 constexpr std::uint64_t SHARDS = 8;
 constexpr int SPLITTINGS = 3;
 
-/// Random choices that are the same on every platform for the same seed.
-class Dice {
-public:
-    explicit Dice(std::uint64_t seed) : engine(seed) {}
+// The whole grammar, whole and broken.
+const RandomGrammar GRAMMAR({
+    {"name", "p|a|br|DIV|h1|x:y|b/|\xE9|scripts||a[b]"},
+    {"script", "4:script|3:SCRIPT|Script"},
+    {"style", "2:style|STYLE"},
+    {"word", "a|word|x y|\n|\r\n|1>0|it's|\"|=|/|\xE9\xFF|\t|a/b|&amp;|[|-|\x1B$B"},
+    {"space", " |\n|\t |  |\r\n| \f"},
+    {"rare-space", "7:|{space}"},
+    {"value", "v||a b|x/|/|<p>|a='b|\\|\n|\xE9|<|it's"},
+    {"quoted", "'{value}'|\"{value}\"|{value}"},
+    {"text", "{word*1-4}"},
+    {"attribute", "{space}{word}{|2:{3:|{space}}={3:|{space}}{quoted}}"},
+    {"start-tag-end", "3:>|/>| />| >|/ >||<"},
+    {"end-tag-end", "3:>| >| />|/ >||<"},
+    {"start-opener", "<{rare-space}"},
+    {"end-opener", "</{rare-space}"},
+    {"start-tag", "{start-opener}{name}{attribute*0-3}{start-tag-end}"},
+    {"end-of-tag", "{5:|{attribute*0-3}}{end-tag-end}"},
+    {"end-tag", "{end-opener}{name}{end-of-tag}"},
+    {"script-element",
+     "{start-opener}{script}{attribute*0-3}{start-tag-end}{script-item*0-7}{end-opener}{script}{end-of-tag}"},
+    {"style-element",
+     "{start-opener}{style}{attribute*0-3}{start-tag-end}{script-item*0-7}{end-opener}{style}{end-of-tag}"},
+    {"script-item", "{script-part}{7:|{end-tag}}"},
+    {"script-part",
+     "x=1;|'a\\'b'|\"a\\\"b\"|if(a<b)|x=/ab+/g;|'|\"|\\|/|\n|</b>|<b>|'</script>'|a/b/c|/[/]/|<|<!|<?|"
+     "</style>|</script x>|<!-|<![x[|/*a*/|/* ' */|//a\n|// '\r\n|//<a</b>\n|//<!--a-->|/*|*/|//|**/|"
+     "<!--a-->|//<![CDATA[a]]>|//<![endif]>|<![CDATA[a]]>|/*<!--*/|//<!-"},
+    {"comment", "<!--{text}{3:-->|--->|--|->|}"},
+    {"cdata", "{<![CDATA[|<![cdata[|<![CDATA |<![CDATA}{text}{3:]]>|]]|]]]>|]|}"},
+    {"conditional", "{<![if !IE|<![if |<![endif|<![EndIf|<![IF >}{4:]>|]-->|] >|]|2:}"},
+    {"section", "2:{comment}|{cdata}|{conditional}"},
+    {"declaration", "<!{rare-space}{DOCTYPE|doctype|ELEMENT|a[||\xE9}{item-of-declaration*0-3}{3:>| >||<}"},
+    {"item-of-declaration", "{space}{quoted}"},
+    {"instruction",
+     "<?{rare-space}{{xml|XML|xml-stylesheet|xml:a}{attribute*0-3}|{php|a|xmla|=|a?|}{free-part*0-5}}"
+     "{3:?>| ?>|/>| />|/ >|>|?|}"},
+    {"free-part", " |'?>'|\"?>\"|'a\\'b'|/* > */|/**|//?>\n|?|/|*|a|\n|\xFF"},
+    {"broken",
+     "<|<!|<?|<!-|<!--|<![|<![CDATA[|<![if x]>|<![if y|</|</ |<>|</>|< |<a / >|<a b=/>|</a / >|<a b='|"
+     "<a b=\"|/>|-->|]]>|<<|<!DOCTYPE html>|<?xml x?>"},
+    {"item",
+     "2:{text}|2:{start-tag}|{end-tag}|{script-element}|{style-element}|{broken}|{broken}{text}|2:{section}|"
+     "{declaration}|{instruction}|{byte}"},
+});
 
-    std::size_t Below(std::size_t bound) {
-        return static_cast<std::size_t>(engine() % bound);
-    }
+/// Any byte but "|", which separates the parts of a trace.
+char AnyByte(Dice* dice) {
+    const char byte = dice->Byte();
+    return byte == '|' ? '!' : byte;
+}
 
-    bool OneIn(std::size_t bound) {
-        return Below(bound) == 0;
-    }
-
-    template <std::size_t N>
-    const char* Pick(const char* const (&choices)[N]) {
-        return choices[Below(N)];
-    }
-
-private:
-    std::mt19937_64 engine;
-};
-
-/// Makes documents of the whole grammar, whole and broken.
-class DocumentMaker {
-public:
-    explicit DocumentMaker(Dice* documentDice) : dice(documentDice) {}
-
-    /// @return at most a few hundred characters of Latin-1
-    std::string Make() {
-        document.clear();
-        for (std::size_t items = dice->Below(14); items > 0; --items)
-            AddItem();
-        for (std::size_t mutations = dice->OneIn(2) ? dice->Below(6) : 0; mutations > 0; --mutations)
-            Mutate();
-        if (dice->OneIn(8) && !document.empty())
-            document.resize(dice->Below(document.size()));
-        return document;
-    }
-
-private:
-    void AddItem() {
-        switch (dice->Below(14)) {
-            case 0:
-            case 1:
-                AddText();
-                return;
-            case 2:
-            case 3:
-                AddStartTag(dice->Pick(NAMES));
-                return;
-            case 4:
-                AddEndTag(dice->Pick(NAMES));
-                return;
-            case 5:
-                AddStartTag(dice->Pick(SCRIPTS));
-                AddScript();
-                AddEndTag(dice->Pick(SCRIPTS));
-                return;
-            case 6:
-                AddStartTag(dice->Pick(STYLES));
-                AddScript();
-                AddEndTag(dice->Pick(STYLES));
-                return;
-            case 7:
-                document += dice->Pick(BROKEN);
-                return;
-            case 8:
-                document += dice->Pick(BROKEN);
-                AddText();
-                return;
-            case 9:
-            case 10:
-                AddSection();
-                return;
-            case 11:
-                AddDeclaration();
-                return;
-            case 12:
-                AddInstruction();
-                return;
-            default:
-                document += AnyByte();
-                return;
-        }
-    }
-
-    void AddSection() {
-        switch (dice->Below(4)) {
-            case 0:
-            case 1:
-                document += "<!--";
-                AddText();
-                document += dice->Pick(COMMENT_ENDS);
-                return;
-            case 2:
-                document += dice->Pick(CDATA_OPENERS);
-                AddText();
-                document += dice->Pick(CDATA_ENDS);
-                return;
-            default:
-                document += dice->Pick(CONDITIONS);
-                document += dice->Pick(CONDITION_ENDS);
-                return;
-        }
-    }
-
-    void AddDeclaration() {
-        document += "<!";
-        if (dice->OneIn(8))
-            AddSpace();
-        document += dice->Pick(KEYWORDS);
-        for (std::size_t items = dice->Below(4); items > 0; --items) {
-            AddSpace();
-            const char* const quote = dice->Pick(QUOTES);
-            document += quote;
-            document += dice->Pick(VALUES);
-            document += quote;
-        }
-        document += dice->Pick(DECLARATION_ENDS);
-    }
-
-    void AddInstruction() {
-        document += "<?";
-        if (dice->OneIn(8))
-            AddSpace();
-        if (dice->OneIn(2)) {
-            document += dice->Pick(XML_NAMES);
-            AddAttributes();
-        } else {
-            document += dice->Pick(TARGETS);
-            for (std::size_t parts = dice->Below(6); parts > 0; --parts)
-                document += dice->Pick(INSTRUCTION_PARTS);
-        }
-        document += dice->Pick(INSTRUCTION_ENDS);
-    }
-
-    /// Any byte but "|", which separates the parts of a trace.
-    char AnyByte() {
-        const auto byte = static_cast<char>(dice->Below(256));
-        return byte == '|' ? '!' : byte;
-    }
-
-    void AddText() {
-        for (std::size_t words = 1 + dice->Below(4); words > 0; --words)
-            document += dice->Pick(WORDS);
-    }
-
-    void AddSpace() {
-        document += dice->Pick(SPACES);
-    }
-
-    void AddStartTag(const char* name) {
-        document += '<';
-        if (dice->OneIn(8))
-            AddSpace();
-        document += name;
-        AddAttributes();
-        document += dice->Pick(START_TAG_ENDS);
-    }
-
-    void AddEndTag(const char* name) {
-        document += "</";
-        if (dice->OneIn(8))
-            AddSpace();
-        document += name;
-        if (dice->OneIn(6))
-            AddAttributes();
-        document += dice->Pick(END_TAG_ENDS);
-    }
-
-    void AddAttributes() {
-        for (std::size_t count = dice->Below(4); count > 0; --count) {
-            AddSpace();
-            document += dice->Pick(WORDS);
-            if (dice->OneIn(3))
-                continue;
-            if (dice->OneIn(4))
-                AddSpace();
-            document += '=';
-            if (dice->OneIn(4))
-                AddSpace();
-            const char* const quote = dice->Pick(QUOTES);
-            document += quote;
-            document += dice->Pick(VALUES);
-            document += quote;
-        }
-    }
-
-    void AddScript() {
-        for (std::size_t parts = dice->Below(8); parts > 0; --parts) {
-            document += dice->Pick(SCRIPT_PARTS);
-            if (dice->OneIn(8))
-                AddEndTag(dice->Pick(NAMES));
-        }
-    }
-
-    void Mutate() {
-        if (document.empty())
+void Mutate(std::string* document, Dice* dice) {
+    constexpr std::string_view SIGNS = "</>'\"= \n!-[]?\\s";
+    const std::size_t at = dice->Below(document->size());
+    const std::size_t length = 1 + dice->Below(std::min<std::size_t>(6, document->size() - at));
+    switch (dice->Below(5)) {
+        case 0:
+            document->erase(at, length);
             return;
-        const std::size_t at = dice->Below(document.size());
-        const std::size_t length = 1 + dice->Below(std::min<std::size_t>(6, document.size() - at));
-        switch (dice->Below(5)) {
-            case 0:
-                document.erase(at, length);
-                return;
-            case 1:
-                document.insert(at, dice->Pick(BROKEN));
-                return;
-            case 2:
-                document[at] = dice->Pick(SIGNS)[0];
-                return;
-            case 3:
-                document.insert(dice->Below(document.size()), document.substr(at, length));
-                return;
-            default:
-                document.insert(at, 1, AnyByte());
-                return;
-        }
+        case 1:
+            document->insert(at, GRAMMAR.Make("broken", dice));
+            return;
+        case 2:
+            (*document)[at] = SIGNS[dice->Below(SIGNS.size())];
+            return;
+        case 3:
+            document->insert(dice->Below(document->size()), document->substr(at, length));
+            return;
+        default:
+            document->insert(at, 1, AnyByte(dice));
+            return;
     }
+}
 
-    static constexpr const char* NAMES[] = {"p", "a", "br", "DIV", "h1", "x:y", "b/", "\xE9", "scripts", "", "a[b]"};
-    static constexpr const char* SCRIPTS[] = {"script", "SCRIPT", "Script", "script", "script"};
-    static constexpr const char* STYLES[] = {"style", "STYLE", "style"};
-    static constexpr const char* WORDS[] = {"a", "word",     "x y", "\n",  "\r\n",  "1>0", "it's", "\"",    "=",
-                                            "/", "\xE9\xFF", "\t",  "a/b", "&amp;", "[",   "-",    "\x1B$B"};
-    static constexpr const char* SPACES[] = {" ", "\n", "\t ", "  ", "\r\n", " \f"};
-    static constexpr const char* QUOTES[] = {"'", "\"", ""};
-    static constexpr const char* VALUES[] = {"v", "", "a b", "x/", "/", "<p>", "a='b", "\\", "\n", "\xE9", "<", "it's"};
-    static constexpr const char* START_TAG_ENDS[] = {">", ">", ">", "/>", " />", " >", "/ >", "", "<"};
-    static constexpr const char* END_TAG_ENDS[] = {">", ">", ">", " >", " />", "/ >", "", "<"};
-    static constexpr const char* SCRIPT_PARTS[] = {"x=1;",
-                                                   "'a\\'b'",
-                                                   "\"a\\\"b\"",
-                                                   "if(a<b)",
-                                                   "x=/ab+/g;",
-                                                   "'",
-                                                   "\"",
-                                                   "\\",
-                                                   "/",
-                                                   "\n",
-                                                   "</b>",
-                                                   "<b>",
-                                                   "'</script>'",
-                                                   "a/b/c",
-                                                   "/[/]/",
-                                                   "<",
-                                                   "<!",
-                                                   "<?",
-                                                   "</style>",
-                                                   "</script x>",
-                                                   "<!-",
-                                                   "<![x[",
-                                                   "/*a*/",
-                                                   "/* ' */",
-                                                   "//a\n",
-                                                   "// '\r\n",
-                                                   "//<a</b>\n",
-                                                   "//<!--a-->",
-                                                   "/*",
-                                                   "*/",
-                                                   "//",
-                                                   "**/",
-                                                   "<!--a-->",
-                                                   "//<![CDATA[a]]>",
-                                                   "//<![endif]>",
-                                                   "<![CDATA[a]]>",
-                                                   "/*<!--*/",
-                                                   "//<!-"};
-    static constexpr const char* COMMENT_ENDS[] = {"-->", "-->", "-->", "--->", "--", "->", ""};
-    static constexpr const char* CDATA_OPENERS[] = {"<![CDATA[", "<![cdata[", "<![CDATA ", "<![CDATA"};
-    static constexpr const char* CDATA_ENDS[] = {"]]>", "]]>", "]]>", "]]", "]]]>", "]", ""};
-    static constexpr const char* CONDITIONS[] = {"<![if !IE", "<![if ", "<![endif", "<![EndIf", "<![IF >"};
-    static constexpr const char* CONDITION_ENDS[] = {"]>", "]>", "]>", "]>", "]-->", "] >", "]", "", ""};
-    static constexpr const char* KEYWORDS[] = {"DOCTYPE", "doctype", "ELEMENT", "a[", "", "\xE9"};
-    static constexpr const char* DECLARATION_ENDS[] = {">", ">", ">", " >", "", "<"};
-    static constexpr const char* XML_NAMES[] = {"xml", "XML", "xml-stylesheet", "xml:a"};
-    static constexpr const char* TARGETS[] = {"php", "a", "xmla", "=", "a?", ""};
-    static constexpr const char* INSTRUCTION_PARTS[] = {" ", "'?>'", "\"?>\"", "'a\\'b'", "/* > */", "/**", "//?>\n",
-                                                        "?", "/",    "*",      "a",       "\n",      "\xFF"};
-    static constexpr const char* INSTRUCTION_ENDS[] = {"?>", "?>", "?>", " ?>", "/>", " />", "/ >", ">", "?", ""};
-    static constexpr const char* BROKEN[] = {
-        "<",        "<!",     "<?",      "<!-", "<!--", "<![", "<![CDATA[", "<![if x]>",
-        "<![if y",  "</",     "</ ",     "<>",  "</>",  "< ",  "<a / >",    "<a b=/>",
-        "</a / >",  "<a b='", "<a b=\"", "/>",  "-->",  "]]>", "<<",        "<!DOCTYPE html>",
-        "<?xml x?>"};
-    static constexpr const char* SIGNS[] = {"<", ">", "/", "'", "\"", "=",  " ", "\n",
-                                            "!", "-", "[", "]", "?",  "\\", "s"};
-
-    Dice* dice;
+/// @return at most a few hundred characters of Latin-1
+std::string MakeDocument(Dice* dice) {
     std::string document;
-};
+    for (std::size_t items = dice->Below(14); items > 0; --items)
+        GRAMMAR.Append("item", dice, &document);
+    std::replace(document.begin(), document.end(), '|', '!');
+    for (std::size_t mutations = dice->OneIn(2) ? dice->Below(6) : 0; mutations > 0 && !document.empty(); --mutations)
+        Mutate(&document, dice);
+    if (dice->OneIn(8) && !document.empty())
+        document.resize(dice->Below(document.size()));
+    return document;
+}
 
 /// The wide document: one character for each byte, or now and then another one in its place.
 WideString Widen(std::string_view latin1, Dice* dice) {
@@ -341,23 +128,15 @@ std::string Shown(const DocumentRun& run) {
            "\n";
 }
 
-bool StartsWith(std::string_view text, std::string_view front) {
-    return text.substr(0, front.size()) == front;
-}
-
-bool EndsWith(std::string_view text, std::string_view back) {
-    return text.size() >= back.size() && text.substr(text.size() - back.size()) == back;
-}
-
 /// The part of a line of a conditional section before its tail, and the part after it.
 struct ConditionalLine {
     explicit ConditionalLine(std::string_view line) {
-        if (!StartsWith(line, "conditional("))
+        if (!line.starts_with("conditional("))
             return;
         isConditional = true;
         const std::size_t tail = line.rfind('|') + 1;
-        isClosed = !EndsWith(line, ", open)");
-        hasBracket = !EndsWith(line, ", no-bracket, open)");
+        isClosed = !line.ends_with(", open)");
+        hasBracket = !line.ends_with(", no-bracket, open)");
         const std::size_t end = line.size() - (isClosed ? 1 : hasBracket ? 7 : 19);
         hasTail = end > tail;
         front = line.substr(0, tail);
@@ -372,15 +151,15 @@ struct ConditionalLine {
 
 /// The bytes of a comment of a script that became junk, in either flavour.
 bool IsJunkComment(std::string_view line) {
-    return StartsWith(line, "junk(//") || StartsWith(line, "junk(/*") || StartsWith(line, "junk(/\\x00/") ||
-           StartsWith(line, "junk(/\\x00*");
+    return line.starts_with("junk(//") || line.starts_with("junk(/*") || line.starts_with("junk(/\\x00/") ||
+           line.starts_with("junk(/\\x00*");
 }
 
 /// The bytes of junk without the slashes before them: a comment in a script that begins with
 /// several loses only one at a cut.
 std::string WithoutSlashes(std::string bytes) {
-    while (StartsWith(bytes, "/"))
-        bytes.erase(0, StartsWith(bytes, "/\\x00") ? 5 : 1);
+    while (bytes.starts_with("/"))
+        bytes.erase(0, bytes.starts_with("/\\x00") ? 5 : 1);
     return bytes;
 }
 
@@ -393,13 +172,13 @@ struct Oddities {
             losesTail = losesTail || (conditional.isConditional && !conditional.isClosed && conditional.hasBracket);
             hasTail = hasTail || conditional.hasTail;
             movesBlank = movesBlank ||
-                         (StartsWith(line, "extern(") && EndsWith(line, ", slash)") && !EndsWith(line, "|, slash)"));
+                         (line.starts_with("extern(") && line.ends_with(", slash)") && !line.ends_with("|, slash)"));
             hasJunkComment = hasJunkComment || IsJunkComment(line);
             hasBody = hasBody ||
-                      (StartsWith(line, "comment(") && !StartsWith(line, "comment()") &&
-                       !StartsWith(line, "comment(, open)")) ||
-                      (StartsWith(line, "cdata(") && !EndsWith(line, "|)") && !EndsWith(line, "|, open)")) ||
-                      (conditional.isConditional && (conditional.hasTail || !EndsWith(conditional.front, "||")));
+                      (line.starts_with("comment(") && !line.starts_with("comment()") &&
+                       !line.starts_with("comment(, open)")) ||
+                      (line.starts_with("cdata(") && !line.ends_with("|)") && !line.ends_with("|, open)")) ||
+                      (conditional.isConditional && (conditional.hasTail || !conditional.front.ends_with("||")));
         }
     }
 
@@ -420,7 +199,7 @@ std::string WhatNoCutChanges(const DocumentRun& run) {
             continue;
         if (conditional.isConditional)
             text += std::string(conditional.front) + (conditional.isClosed ? "" : "open");
-        else if (StartsWith(line, "junk(/"))
+        else if (line.starts_with("junk(/"))
             text += "junk(" + WithoutSlashes(line.substr(5));
         else
             text += line;
@@ -458,7 +237,7 @@ std::string FaultOf(const DocumentRun& run, const std::string& bytes, const Oddi
 /// @return what is wrong with the document, or nothing
 template <typename Text>
 std::string Fault(const Text& text, DocumentSettings settings, std::uint64_t cutSeed) {
-    settings.selfCheck = GenericParser::SELF_CHECK_COPY;
+    settings.selfCheck = SELF_CHECK_COPY;
     std::string bytes;
     if constexpr (std::is_same_v<Text, WideString>)
         bytes = ToUtf16LE(WideStringView(text));
@@ -518,13 +297,13 @@ class RoundTripTest : public testing::TestWithParam<std::uint64_t> {};
 TEST_P(RoundTripTest, EightBitDocuments) {
     for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
         Dice dice(seed);
-        const std::string document = DocumentMaker(&dice).Make();
+        const std::string document = MakeDocument(&dice);
         DocumentSettings settings = SettingsFor(NARROW_TO_NARROW, dice.OneIn(4) ? Feed::OWNED_STREAM : Feed::STREAM);
         if (dice.OneIn(8))
             settings.charset = 50221;
         const bool mayBeginAMark = !document.empty() && (document[0] == '\xEF' || document[0] == '\xFF');
         if (dice.OneIn(2) && !mayBeginAMark)
-            settings.type = GenericParser::DATA_STREAM_AUTO;
+            settings.type = DATA_STREAM_AUTO;
         Check(document, settings, seed);
         if (HasFailure())
             return;
@@ -534,7 +313,7 @@ TEST_P(RoundTripTest, EightBitDocuments) {
 TEST_P(RoundTripTest, WideDocuments) {
     for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
         Dice dice(seed);
-        const WideString document = Widen(DocumentMaker(&dice).Make(), &dice);
+        const WideString document = Widen(MakeDocument(&dice), &dice);
         const DocumentSettings settings = SettingsFor(WIDE_TO_WIDE, dice.OneIn(4) ? Feed::OWNED_STREAM : Feed::STREAM);
         Check(document, settings, seed);
         if (HasFailure())
@@ -568,7 +347,7 @@ TEST(RoundTripCheckTest, FewDocumentsMayDiffer) {
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         Dice dice(seed);
         const Oddities oddities(
-            ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).trace);
+            ParseDocument(MakeDocument(&dice), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).trace);
         if (!oddities.losesTail && !oddities.hasTail && !oddities.movesBlank && !oddities.hasJunkComment)
             ++exact;
     }
@@ -585,7 +364,7 @@ TEST(RoundTripCheckTest, TheDocumentsHoldEveryKindOfToken) {
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
         Dice dice(seed);
         const std::string lines =
-            ParseDocument(DocumentMaker(&dice).Make(), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).Lines();
+            ParseDocument(MakeDocument(&dice), {}, SettingsFor(NARROW_TO_WIDE, Feed::STREAM)).Lines();
         for (std::size_t i = 0; i < std::size(kinds); ++i)
             counts[i] += lines.find(kinds[i]) != std::string::npos ? 1 : 0;
     }

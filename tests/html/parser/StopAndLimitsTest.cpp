@@ -1,66 +1,37 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <vector>
 
-#include "platform/MemoryInputStream.h"
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/Splits.h"
-#include "tests/support/TestStreams.h"
 
 namespace Kestra::Test {
 namespace {
 
-using HTML::GenericParser;
 using HTML::TokenPlace;
-using NarrowObserver = HookedObserver<char, std::string>;
-using WideObserver = HookedObserver<WideChar, WideString>;
 
 constexpr std::uint32_t STOPPED = HTML::PARSER_STOPPED;
 constexpr std::uint32_t OVER = HTML::PARSER_LIMIT_EXCEEDED;
-
-std::string BytesFor(std::string_view latin1, bool wide) {
-    return wide ? ToUtf16LE(latin1) : std::string(latin1);
-}
 
 bool IsSame(const TokenPlace& one, const TokenPlace& other) {
     return one.begin == other.begin && one.end == other.end && one.line == other.line && one.column == other.column;
 }
 
 /// A parser with an observer that stops it in one of its callbacks.
-template <typename Observer>
-struct StoppedParser {
-    static constexpr bool WIDE = std::is_same_v<Observer, WideObserver>;
-
-    StoppedParser() : observer(&lines) {
-        parser.SetObserver(&observer, false);
-    }
+class StoppedParser : public FedParser {
+public:
+    explicit StoppedParser(bool isWide = false)
+        : FedParser(isWide ? Observed::WIDE : Observed::NARROW), forWide(isWide) {}
 
     void StopIn(std::size_t callback) {
-        observer.hook = [this, callback](const std::string&) {
+        SetHook([this, callback](const std::string&) {
             if (lines.size() == callback + 1) {
-                EXPECT_EQ(parser.Stop(), 0U);
-                place = parser.GetTokenPlace();
-                parserName = parser.GetCurrentParserName();
+                EXPECT_EQ(Stop(), 0U);
+                place = GetTokenPlace();
             }
-        };
+        });
     }
 
+    const bool forWide;
     std::string document = EVERY_CALLBACK;
-    GenericParser parser;
-    Lines lines;
-    Observer observer;
     TokenPlace place;  // in the callback that stopped
-    WideString parserName;
 };
 
 /// The results of a document, in the order of the calls: StartParse, the calls that feed, EndParse.
@@ -68,51 +39,41 @@ using Results = std::vector<std::uint32_t>;
 
 /// Makes every callback, from a stream or from buffers of some size.
 /// @param beforeEnd  receives the number of callbacks before `EndParse`
-template <typename Observer>
-Results Play(StoppedParser<Observer>* player, bool hasMark, std::size_t pieceSize, std::size_t* beforeEnd) {
-    GenericParser* const parser = &player->parser;
-    constexpr bool WIDE = StoppedParser<Observer>::WIDE;
-    constexpr auto TYPE = WIDE ? GenericParser::DATA_STREAM_UTF16 : GenericParser::DATA_STREAM_8BIT;
-    Results results = {parser->StartParse(1252, hasMark ? GenericParser::DATA_STREAM_AUTO : TYPE)};
+Results Play(StoppedParser* parser, bool hasMark, std::size_t pieceSize, std::size_t* beforeEnd) {
+    const bool wide = parser->forWide;
+    Results results = {parser->StartParse(1252, hasMark ? DATA_STREAM_AUTO : TypeFor(wide))};
     if (results.back() != 0)
         return results;
-    const std::string bytes = (!hasMark ? "" : WIDE ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor(player->document, WIDE);
+    const std::string bytes = (!hasMark ? "" : wide ? "\xFF\xFE" : "\xEF\xBB\xBF") + BytesFor(parser->document, wide);
     if (pieceSize == 0) {
         VFS::MemoryInputStream stream(bytes);
         results.push_back(parser->ParseStream(&stream, false));
-        *beforeEnd = player->lines.size();
+        *beforeEnd = parser->lines.size();
         results.push_back(parser->EndParse());
         return results;
     }
     for (std::size_t i = 0; i < bytes.size() && results.back() == 0; i += pieceSize)
         results.push_back(parser->ParseBuffer(bytes.data() + i, std::min(pieceSize, bytes.size() - i)));
-    *beforeEnd = player->lines.size();
+    *beforeEnd = parser->lines.size();
     results.push_back(parser->EndParse());
     return results;
 }
 
-template <typename Observer>
-class StopTest : public testing::Test {};
-
-using Observers = testing::Types<NarrowObserver, WideObserver>;
-TYPED_TEST_SUITE(StopTest, Observers);
-
-template <typename Observer>
-void CheckStops(const std::string& document, GenericParser::ScriptMode scriptMode) {
+void CheckStops(bool wide, const std::string& document, GenericParser::ScriptMode scriptMode) {
     for (const bool hasMark : {false, true}) {
         for (const std::size_t pieceSize : {0, 2, 1000}) {
             SCOPED_TRACE("pieces of " + std::to_string(pieceSize) + (hasMark ? ", with a mark" : ""));
-            StoppedParser<Observer> whole;
+            StoppedParser whole(wide);
             whole.document = document;
-            whole.parser.SetScriptMode(scriptMode);
+            whole.SetScriptMode(scriptMode);
             std::size_t beforeEnd = 0;
             const Results wholeResults = Play(&whole, hasMark, pieceSize, &beforeEnd);
             ASSERT_GT(whole.lines.size(), 15U);
             for (std::size_t i = 0; i < whole.lines.size(); ++i) {
                 SCOPED_TRACE("in " + whole.lines[i]);
-                StoppedParser<Observer> stopped;
+                StoppedParser stopped(wide);
                 stopped.document = document;
-                stopped.parser.SetScriptMode(scriptMode);
+                stopped.SetScriptMode(scriptMode);
                 stopped.StopIn(i);
                 std::size_t ignored = 0;
                 const Results results = Play(&stopped, hasMark, pieceSize, &ignored);
@@ -123,20 +84,20 @@ void CheckStops(const std::string& document, GenericParser::ScriptMode scriptMod
                 EXPECT_TRUE(results.size() == 1 || isInEnd || results[results.size() - 2] == STOPPED);
                 const Lines delivered(whole.lines.begin(), whole.lines.begin() + static_cast<std::ptrdiff_t>(i) + 1);
                 EXPECT_EQ(stopped.lines, delivered);
-                EXPECT_TRUE(IsSame(stopped.parser.GetTokenPlace(), stopped.place));
+                EXPECT_TRUE(IsSame(stopped.GetTokenPlace(), stopped.place));
                 // It stays stopped, and no stream is read.
-                stopped.observer.hook = nullptr;
-                EXPECT_EQ(stopped.parser.Stop(), 2U);
-                EXPECT_EQ(stopped.parser.ParseBuffer("<p>", 3), STOPPED);
-                EXPECT_EQ(stopped.parser.ParseBuffer(nullptr, 0), 0U);
+                stopped.SetHook(nullptr);
+                EXPECT_EQ(stopped.Stop(), 2U);
+                EXPECT_EQ(stopped.ParseBuffer("<p>", 3), STOPPED);
+                EXPECT_EQ(stopped.ParseBuffer(nullptr, 0), 0U);
                 FaultyInputStream stream("<p>");
-                EXPECT_EQ(stopped.parser.ParseStream(&stream, false), STOPPED);
+                EXPECT_EQ(stopped.ParseStream(&stream, false), STOPPED);
                 EXPECT_EQ(stream.GetReadCalls(), 0U);
-                EXPECT_EQ(stopped.parser.EndParse(), 0U);
-                GenericParser copy(stopped.parser);
+                EXPECT_EQ(stopped.EndParse(), 0U);
+                GenericParser copy(stopped);
                 EXPECT_EQ(copy.ParseBuffer("<p>", 3), STOPPED);
                 EXPECT_EQ(stopped.lines, delivered);
-                EXPECT_TRUE(IsSame(stopped.parser.GetTokenPlace(), stopped.place));
+                EXPECT_TRUE(IsSame(stopped.GetTokenPlace(), stopped.place));
                 // The next document is as fresh.
                 stopped.lines.clear();
                 EXPECT_EQ(Play(&stopped, hasMark, pieceSize, &ignored), wholeResults);
@@ -146,36 +107,40 @@ void CheckStops(const std::string& document, GenericParser::ScriptMode scriptMod
     }
 }
 
-TYPED_TEST(StopTest, InEveryCallback) {
-    CheckStops<TypeParam>(EVERY_CALLBACK, GenericParser::SCRIPT_AS_TOKENS);
+TEST(StopTest, InEveryCallback) {
+    for (const bool wide : {false, true})
+        CheckStops(wide, EVERY_CALLBACK, SCRIPT_AS_TOKENS);
 }
 
-TYPED_TEST(StopTest, AroundScriptsAsText) {
-    CheckStops<TypeParam>("<title>a</title><script>b</script><style>c</style><xmp></xmp><title>d</titled</title>e",
-                          GenericParser::SCRIPT_AS_TEXT);
+TEST(StopTest, AroundScriptsAsText) {
+    for (const bool wide : {false, true})
+        CheckStops(wide, "<title>a</title><script>b</script><style>c</style><xmp></xmp><title>d</titled</title>e",
+                   SCRIPT_AS_TEXT);
 }
 
-TYPED_TEST(StopTest, AnExceptionPassesAndTheStopHolds) {
-    StoppedParser<TypeParam> stopped;
-    stopped.observer.hook = [&stopped](const std::string& line) {
-        if (line == "start(|a||)") {
-            EXPECT_EQ(stopped.parser.Stop(), 0U);
-            throw std::runtime_error("an observer's own");
-        }
-    };
-    std::size_t ignored = 0;
-    EXPECT_THROW(Play(&stopped, false, 1000, &ignored), std::runtime_error);
-    const Lines lines = stopped.lines;
-    EXPECT_EQ(lines.back(), "start(|a||)");
-    EXPECT_EQ(stopped.parser.ParseBuffer("text", 4), STOPPED);
-    EXPECT_EQ(stopped.parser.EndParse(), 0U);
-    EXPECT_EQ(stopped.lines, lines);
+TEST(StopTest, AnExceptionPassesAndTheStopHolds) {
+    for (const bool wide : {false, true}) {
+        StoppedParser stopped(wide);
+        stopped.SetHook([&stopped](const std::string& line) {
+            if (line == "start(|a||)") {
+                EXPECT_EQ(stopped.Stop(), 0U);
+                throw std::runtime_error("an observer's own");
+            }
+        });
+        std::size_t ignored = 0;
+        EXPECT_THROW(Play(&stopped, false, 1000, &ignored), std::runtime_error);
+        const Lines lines = stopped.lines;
+        EXPECT_EQ(lines.back(), "start(|a||)");
+        EXPECT_EQ(stopped.Feed("text"), STOPPED);
+        EXPECT_EQ(stopped.EndParse(), 0U);
+        EXPECT_EQ(stopped.lines, lines);
+    }
 }
 
 TEST(StopTest, WithoutADocument) {
     GenericParser parser;
     EXPECT_EQ(parser.Stop(), 2U);
-    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.StartParse(1252, DATA_STREAM_8BIT), 0U);
     EXPECT_EQ(parser.Stop(), 2U);
     EXPECT_EQ(parser.ParseBuffer("a<b>", 4), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
@@ -184,86 +149,85 @@ TEST(StopTest, WithoutADocument) {
 TEST(StopTest, InACharsetThatComesTooLate) {
     constexpr std::string_view DOCUMENT = "<p><meta charset=utf-8>text";
     for (const bool stops : {false, true}) {
-        Lines lines;
-        WideObserver observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        observer.hook = [&](const std::string& line) {
+        FedParser parser(Observed::WIDE);
+        parser.wide.hook = [&](const std::string& line) {
             if (stops && line == "charset(65001)") {
                 EXPECT_EQ(parser.Stop(), 0U);
             }
         };
-        parser.StartParse(0, GenericParser::DATA_STREAM_8BIT);
-        EXPECT_EQ(parser.ParseBuffer(DOCUMENT.data(), DOCUMENT.size()), stops ? STOPPED : HTML::PARSER_PARSE_AGAIN);
+        parser.Start(0);
+        EXPECT_EQ(parser.Feed(DOCUMENT), stops ? STOPPED : HTML::PARSER_PARSE_AGAIN);
         EXPECT_TRUE(parser.NeedsReparsing());
-        EXPECT_EQ(lines.back(), "charset(65001)");
+        EXPECT_EQ(parser.lines.back(), "charset(65001)");
     }
 }
 
 TEST(StopTest, InTheContentOfAScriptThatIsText) {
     for (const std::size_t cut : {9, 10, 11, 12, 15, 18, 30}) {
         SCOPED_TRACE(cut);
-        StoppedParser<NarrowObserver> stopped;
-        stopped.parser.SetScriptMode(GenericParser::SCRIPT_AS_TEXT);
+        StoppedParser stopped;
+        stopped.SetScriptMode(SCRIPT_AS_TEXT);
         stopped.StopIn(4);
         const std::string document = "<script>ab</script>c<b>d<e>f<g>h";
-        EXPECT_EQ(stopped.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
-        std::uint32_t result = stopped.parser.ParseBuffer(document.data(), cut);
+        EXPECT_EQ(stopped.StartParse(1252, DATA_STREAM_8BIT), 0U);
+        std::uint32_t result = stopped.ParseBuffer(document.data(), cut);
         if (result == 0)
-            result = stopped.parser.ParseBuffer(document.data() + cut, document.size() - cut);
+            result = stopped.ParseBuffer(document.data() + cut, document.size() - cut);
         EXPECT_EQ(result, STOPPED);
-        EXPECT_EQ(stopped.parser.EndParse(), 0U);
+        EXPECT_EQ(stopped.EndParse(), 0U);
         EXPECT_EQ(stopped.lines, (Lines{"start-parsing", "charset(1252)", "start(|script||)", "js-start", "text(ab)"}));
         EXPECT_EQ(stopped.place.begin, 8U);
         EXPECT_EQ(stopped.place.end, 10U);
-        EXPECT_EQ(stopped.parser.GetColumn(), 12U);
+        EXPECT_EQ(stopped.GetColumn(), 12U);
     }
 }
 
-TYPED_TEST(StopTest, InJunkThatTheEndOfTheInputMakes) {
-    StoppedParser<TypeParam> stopped;
-    stopped.document = "a<b";
-    stopped.StopIn(3);
-    std::size_t beforeEnd = 0;
-    EXPECT_EQ(Play(&stopped, false, 0, &beforeEnd), (Results{0, 0, STOPPED}));
-    EXPECT_EQ(beforeEnd, 3U);
-    ASSERT_EQ(stopped.lines.size(), 4U);
-    EXPECT_TRUE(stopped.lines.back().starts_with("junk("));
-    EXPECT_TRUE(IsSame(stopped.parser.GetTokenPlace(), stopped.place));
-    EXPECT_EQ(stopped.parser.EndParse(), 0U);
-    EXPECT_EQ(stopped.lines.size(), 4U);
+TEST(StopTest, InJunkThatTheEndOfTheInputMakes) {
+    for (const bool wide : {false, true}) {
+        StoppedParser stopped(wide);
+        stopped.document = "a<b";
+        stopped.StopIn(3);
+        std::size_t beforeEnd = 0;
+        EXPECT_EQ(Play(&stopped, false, 0, &beforeEnd), (Results{0, 0, STOPPED}));
+        EXPECT_EQ(beforeEnd, 3U);
+        ASSERT_EQ(stopped.lines.size(), 4U);
+        EXPECT_TRUE(stopped.lines.back().starts_with("junk("));
+        EXPECT_TRUE(IsSame(stopped.GetTokenPlace(), stopped.place));
+        EXPECT_EQ(stopped.EndParse(), 0U);
+        EXPECT_EQ(stopped.lines.size(), 4U);
+    }
 }
 
 TEST(StopTest, AnOwnedStreamIsDeleted) {
-    StoppedParser<NarrowObserver> stopped;
+    StoppedParser stopped;
     stopped.StopIn(0);
-    EXPECT_EQ(stopped.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), STOPPED);
+    EXPECT_EQ(stopped.StartParse(1252, DATA_STREAM_8BIT), STOPPED);
     int destructions = 0;
     auto stream = std::make_unique<FaultyInputStream>("<p>");
     stream->CountDestructions(&destructions);
-    EXPECT_EQ(stopped.parser.ParseStream(stream.release(), true), STOPPED);
+    EXPECT_EQ(stopped.ParseStream(stream.release(), true), STOPPED);
     EXPECT_EQ(destructions, 1);
 }
 
 TEST(StopTest, TheSelfCheckOfAStoppedDocumentSaysNothing) {
-    StoppedParser<NarrowObserver> stopped;
-    stopped.parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    StoppedParser stopped;
+    stopped.SetSelfCheck(SELF_CHECK_CRC);
     stopped.StopIn(2);
-    stopped.parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-    EXPECT_EQ(stopped.parser.ParseBuffer("a<b>c", 5), STOPPED);
-    EXPECT_EQ(stopped.parser.EndParse(), 0U);
+    stopped.StartParse(1252, DATA_STREAM_8BIT);
+    EXPECT_EQ(stopped.ParseBuffer("a<b>c", 5), STOPPED);
+    EXPECT_EQ(stopped.EndParse(), 0U);
 }
 
 /// A token between others that are shorter.
 struct LimitRow {
     const char* note;
     std::string before;
-    Lines tokensBefore;
+    Tokens tokensBefore;
     std::string token;
     std::string after;
     bool isKnownAtEnd = false;  ///< that it is so long, only when the input ends
     bool needsStream = false;
-    GenericParser::ScriptMode scriptMode = GenericParser::SCRIPT_AS_TOKENS;
+    GenericParser::ScriptMode scriptMode = SCRIPT_AS_TOKENS;
 };
 
 void CheckLimits(const LimitRow& row, const Route& route, Feed feed) {
@@ -293,7 +257,7 @@ TEST(LimitTest, EveryKindOfToken) {
     const Lines script = {"start(|script||)", "js-start"};
     const Lines style = {"start(|style||)", "css-start"};
     const Lines title = {"start(|title||)"};
-    constexpr GenericParser::ScriptMode AS_TEXT = GenericParser::SCRIPT_AS_TEXT;
+    constexpr GenericParser::ScriptMode AS_TEXT = SCRIPT_AS_TEXT;
     const LimitRow rows[] = {
         {"text", "<a>", tag, "bcdefghijklm", "<e>"},
         {"text at the end of the input", "<a>", tag, "bcdefghijklm", ""},
@@ -330,16 +294,10 @@ TEST(LimitTest, EveryKindOfToken) {
          AS_TEXT},
         {"a title that the input ends", "<title>", title, "bcdefghijklmn", "", false, false, AS_TEXT},
         {"and what could begin its end tag", "<title>", title, "bcdefghi</title", "", true, false, AS_TEXT},
-        {"the end tag after a title",
-         "<title>b",
-         {"start(|title||)", "text(b)"},
-         "</title cdefghijklm>",
-         "n",
-         false,
-         false,
+        {"the end tag after a title", "<title>b", "start(|title||)\ntext(b)", "</title cdefghijklm>", "n", false, false,
          AS_TEXT},
         {"a construct that fails", "<a>", tag, "<bcdefgh ijk / ", ">l", false, true},
-        {"the rest of its junk", "<a><b c / ", {"start(|a||)", "junk(<b c / )"}, "defghijklmno", "<p>", false, true},
+        {"the rest of its junk", "<a><b c / ", "start(|a||)\njunk(<b c / )", "defghijklmno", "<p>", false, true},
         {"an instruction that stays open", "<a>", tag, "<?bcdefghijklm", "", false, true},
     };
     for (const LimitRow& row : rows) {
@@ -453,47 +411,45 @@ TEST(LimitTest, ALimitOfTheSizeBoundsTheNumberOfAttributesAndItems) {
 }
 
 TEST(LimitTest, AHostGoesOn) {
-    Lines lines;
-    NarrowObserver observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
+    FedParser parser;
+    parser.SetSelfCheck(SELF_CHECK_CRC);
     parser.SetMaxTokenSize(9);
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    parser.Start();
     const std::string document = "a\n<script>'0123456789'b</script>c";
-    EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), OVER);
+    EXPECT_EQ(parser.Feed(document), OVER);
     EXPECT_EQ(parser.GetTokenPlace().end, 10U);
     EXPECT_EQ(parser.GetLine(), 2U);
     EXPECT_EQ(parser.GetColumn(), 9U);
     EXPECT_EQ(parser.EndParse(), 0U);
     const Lines before = {"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start"};
-    EXPECT_EQ(lines, before);
+    EXPECT_EQ(parser.lines, before);
     // Again, it goes over again.
     EXPECT_EQ(parser.ParseBuffer(document.data() + 10, document.size() - 10), OVER);
     EXPECT_EQ(parser.GetTokenPlace().end, 10U);
-    EXPECT_EQ(lines, before);
+    EXPECT_EQ(parser.lines, before);
     GenericParser copy(parser);
     // With another limit it does not, and the string is still one of a script.
     parser.SetMaxTokenSize(12);
     EXPECT_EQ(parser.ParseBuffer(document.data() + 10, document.size() - 10), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start",
-                            "s-string(0123456789)", "text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
+    EXPECT_EQ(parser.lines,
+              (Lines{"start-parsing", "charset(1252)", "text(a\\n)", "start(|script||)", "js-start",
+                     "s-string(0123456789)", "text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
     EXPECT_EQ(parser.GetTokenPlace().end, document.size());
     EXPECT_EQ(parser.GetLine(), 2U);
     // A copy goes on as well, and may skip what it likes.
-    lines.clear();
+    parser.lines.clear();
     EXPECT_EQ(copy.ParseBuffer(document.data() + 22, document.size() - 22), 0U);
     EXPECT_EQ(copy.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
+    EXPECT_EQ(parser.lines, (Lines{"text(b)", "end(|script|||)", "js-end", "text(c)", "end-parsing"}));
     EXPECT_EQ(copy.GetTokenPlace().end, document.size() - 12);
 }
 
 TEST(LimitTest, TheCopyOfTheSelfCheckHasWhatWasDelivered) {
     GenericParser parser;
-    parser.SetSelfCheck(GenericParser::SELF_CHECK_COPY);
+    parser.SetSelfCheck(SELF_CHECK_COPY);
     parser.SetMaxTokenSize(3);
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
+    parser.StartParse(1252, DATA_STREAM_8BIT);
     EXPECT_EQ(parser.ParseBuffer("a<b>cdef", 8), OVER);
     ASSERT_NE(parser.GetSelfCheckStream(), nullptr);
     EXPECT_EQ(ReadAll(parser.GetSelfCheckStream(), 100).bytes, "a<b>");
@@ -509,8 +465,8 @@ TEST(LimitTest, SettersAndGetters) {
     EXPECT_EQ(parser.GetMaxAttributes(), 0U);
     EXPECT_EQ(parser.SetMaxTokenSize(7), 0U);
     EXPECT_EQ(parser.SetMaxAttributes(1), 0U);
-    for (const auto type : {GenericParser::DATA_STREAM_8BIT, GenericParser::DATA_STREAM_UTF16}) {
-        const bool wide = type == GenericParser::DATA_STREAM_UTF16;
+    for (const auto type : {DATA_STREAM_8BIT, DATA_STREAM_UTF16}) {
+        const bool wide = type == DATA_STREAM_UTF16;
         parser.SetMaxTokenSize(wide ? 15 : 7);
         EXPECT_EQ(parser.StartParse(1252, type), 0U);
         EXPECT_EQ(parser.GetMaxAttributes(), 1U);
@@ -529,25 +485,22 @@ TEST(LimitTest, SettersAndGetters) {
     }
     parser.SetMaxTokenSize(UINT64_MAX);
     parser.SetMaxAttributes(UINT64_MAX);
-    EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
+    EXPECT_EQ(parser.StartParse(1252, DATA_STREAM_8BIT), 0U);
     EXPECT_EQ(parser.ParseBuffer("<a b c>", 7), 0U);
 }
 
 TEST(LimitTest, ACallbackSetsThem) {
-    Lines lines;
-    NarrowObserver observer(&lines);
-    GenericParser parser;
-    parser.SetObserver(&observer, false);
-    observer.hook = [&](const std::string& line) {
+    FedParser parser;
+    parser.narrow.hook = [&](const std::string& line) {
         if (line == "start(|a||)")
             parser.SetMaxTokenSize(4);
         if (line == "start(|b||)")
             parser.SetMaxTokenSize(0);
     };
-    parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT);
-    EXPECT_EQ(parser.ParseBuffer("12345678<a>1234<b>12345678<a>12345678<b>", 40), OVER);
+    parser.Start();
+    EXPECT_EQ(parser.Feed("12345678<a>1234<b>12345678<a>12345678<b>"), OVER);
     EXPECT_EQ(parser.GetTokenPlace().end, 29U);
-    EXPECT_EQ(lines.back(), "start(|a||)");
+    EXPECT_EQ(parser.lines.back(), "start(|a||)");
 }
 
 }  // namespace

@@ -1,19 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "tests/html/parser/DocumentRows.h"
-#include "tests/support/Flavours.h"
 
 namespace Kestra::Test {
 namespace {
 
 using HTML::AttributePlace;
-using HTML::GenericParser;
 using HTML::TokenPlace;
 
 std::string Show(const TokenPlace& place) {
@@ -22,37 +14,19 @@ std::string Show(const TokenPlace& place) {
 }
 
 /// The lines of a parse, each with its place.
-template <typename C, typename S>
-class PlacedRun {
+class PlacedRun : public FedParser {
 public:
-    PlacedRun() : observer(&lines) {
-        parser.SetObserver(&observer, false);
-        observer.hook = [this](const std::string& line) {
-            placed += line + " " + Show(parser.GetTokenPlace()) + "\n";
+    explicit PlacedRun(Observed observed = Observed::NARROW) : FedParser(observed) {
+        SetHook([this](const std::string& line) {
+            placed += line + " " + Show(GetTokenPlace()) + "\n";
             if (line == throwingLine)
                 throw std::runtime_error("an observer's own");
-        };
+        });
     }
 
-    void Start(StringNS::CharSet::Code charset, GenericParser::DataStreamType type) {
-        EXPECT_EQ(parser.StartParse(charset, type), 0U);
-    }
-
-    std::uint32_t Feed(const std::string& piece) {
-        return parser.ParseBuffer(piece.data(), piece.size());
-    }
-
-    GenericParser parser;
     std::string placed;
     std::string throwingLine;  // whose callback throws
-
-private:
-    Lines lines;
-    HookedObserver<C, S> observer;
 };
-
-using NarrowRun = PlacedRun<char, std::string>;
-using WideRun = PlacedRun<WideChar, WideString>;
 
 TEST(TokenPlaceTest, Documents) {
     struct Row {
@@ -64,31 +38,31 @@ TEST(TokenPlaceTest, Documents) {
     const auto utf16 = [](std::string_view text) { return ToUtf16LE(text); };
     const Row rows[] = {
         {"text and tags",
-         GenericParser::DATA_STREAM_8BIT,
+         DATA_STREAM_8BIT,
          {"ab\n<b>c</b>"},
          "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(ab\\n) 0-3@1:1\nstart(|b||) 3-6@2:1\ntext(c) "
          "6-7@2:4\nend(|b|||) 7-11@2:5\n"
          "end-parsing 11-11@2:9\n"},
         {"openers that are cut",
-         GenericParser::DATA_STREAM_8BIT,
+         DATA_STREAM_8BIT,
          {"a<", "b", ">c<", "/", "b>"},
          "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\ntext(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) "
          "4-5@1:5\nend(|b|||) 5-9@1:6\n"
          "end-parsing 9-9@1:10\n"},
         {"callbacks without a record have the place of their tag",
-         GenericParser::DATA_STREAM_8BIT,
+         DATA_STREAM_8BIT,
          {"<script>a</script>"},
          "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) 8-9@1:9\n"
          "end(|script|||) 9-18@1:10\njs-end 9-18@1:10\nend-parsing 18-18@1:19\n"},
         {"an 8-bit observer is not given a line comment, which is a hole",
-         GenericParser::DATA_STREAM_8BIT,
+         DATA_STREAM_8BIT,
          {"<script>a//b\nc"},
          "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) "
          "8-9@1:9\ntext(\\nc) "
          "12-14@1:13\n"
          "end-parsing 14-14@2:2\n"},
         {"the tokens of a script, and their openers",
-         GenericParser::DATA_STREAM_8BIT,
+         DATA_STREAM_8BIT,
          {"<script>a'b'c/*d*/e/f/g</p>"},
          "start-parsing 0-0@1:1\ncharset(1252) 0-0@1:1\nstart(|script||) 0-8@1:1\njs-start 0-8@1:1\ntext(a) "
          "8-9@1:9\ns-string(b) "
@@ -98,67 +72,67 @@ TEST(TokenPlaceTest, Documents) {
          "23-27@1:24\nend-parsing "
          "27-27@1:28\n"},
         {"a UTF-8 mark",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xEF\xBB\xBF"
           "a<b>"},
          "start-parsing 0-0@1:1\nbom(EF BB BF) 0-3@1:1\ntext(a) 3-4@1:1\nstart(|b||) 4-7@1:2\nend-parsing 7-7@1:5\n"},
         {"a UTF-8 mark in pieces",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xEF", "\xBB", "\xBF", "a<b>"},
          "start-parsing 0-0@1:1\nbom(EF BB BF) 0-3@1:1\ntext(a) 3-4@1:1\nstart(|b||) 4-7@1:2\nend-parsing 7-7@1:5\n"},
         {"a UTF-16 mark",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xFF\xFE" + utf16("a<b>")},
          "start-parsing 0-0@1:1\nbom(FF FE) 0-2@1:1\ntext(a\\x00) 2-4@1:1\nstart(|b\\x00||) 4-10@1:2\nend-parsing "
          "10-10@1:5\n"},
         {"UTF-16, in bytes, lines and columns in characters",
-         GenericParser::DATA_STREAM_UTF16,
+         DATA_STREAM_UTF16,
          {utf16("a\n<b>")},
          "start-parsing 0-0@1:1\ncharset(1200) 0-0@1:1\ntext(a\\x00\\n\\x00) 0-4@1:1\nstart(|b\\x00||) "
          "4-10@2:1\nend-parsing 10-10@2:4\n"},
         {"a byte of a mark that is none, in an earlier piece, is in no token",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xEF", "a<b>"},
          "start-parsing 1-1@1:1\ntext(a) 1-2@1:1\nstart(|b||) 2-5@1:2\nend-parsing 5-5@1:5\n"},
         {"two bytes of one",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xEF", "\xBB", "a<b>"},
          "start-parsing 2-2@1:1\ntext(a) 2-3@1:1\nstart(|b||) 3-6@1:2\nend-parsing 6-6@1:5\n"},
         {"the byte of the other one",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xFF", "a<b>"},
          "start-parsing 1-1@1:1\ntext(a) 1-2@1:1\nstart(|b||) 2-5@1:2\nend-parsing 5-5@1:5\n"},
         {"in the piece itself they are text",
-         GenericParser::DATA_STREAM_AUTO,
+         DATA_STREAM_AUTO,
          {"\xEF\xBB"
           "a<b>"},
          "start-parsing 0-0@1:1\ntext(\\xEF\\xBBa) 0-3@1:1\nstart(|b||) 3-6@1:4\nend-parsing 6-6@1:7\n"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
-        NarrowRun run;
+        PlacedRun run;
         run.Start(1252, row.type);
         for (const std::string& piece : row.pieces)
             EXPECT_EQ(run.Feed(piece), 0U);
-        EXPECT_EQ(run.parser.EndParse(), 0U);
+        EXPECT_EQ(run.EndParse(), 0U);
         EXPECT_EQ(run.placed, row.placed);
     }
 }
 
 TEST(TokenPlaceTest, EveryDocumentBeginsAnew) {
-    NarrowRun run;
+    PlacedRun run;
     for (int document = 0; document < 2; ++document) {
-        run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+        run.Start();
         run.placed.clear();
         EXPECT_EQ(run.Feed("ab<c>d"), 0U);
-        EXPECT_EQ(run.parser.EndParse(), 0U);
+        EXPECT_EQ(run.EndParse(), 0U);
         EXPECT_EQ(run.placed, "text(ab) 0-2@1:1\nstart(|c||) 2-5@1:3\ntext(d) 5-6@1:6\nend-parsing 6-6@1:7\n");
     }
 }
 
 TEST(TokenPlaceTest, WhatIsLostAfterAnExceptionIsInNoToken) {
-    NarrowRun run;
-    run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+    PlacedRun run;
+    run.Start();
     run.placed.clear();
     run.throwingLine = "start(|b||)";
     EXPECT_THROW(run.Feed("a<b>lost"), std::runtime_error);
@@ -166,7 +140,7 @@ TEST(TokenPlaceTest, WhatIsLostAfterAnExceptionIsInNoToken) {
     EXPECT_EQ(run.placed, "text(a) 0-1@1:1\nstart(|b||) 1-4@1:2\ntext(c) 8-9@1:5\nstart(|d||) 9-12@1:6\n");
 
     // An opener that has been read is lost as well.
-    run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+    run.Start();
     run.placed.clear();
     run.throwingLine = "text(a)";
     EXPECT_THROW(run.Feed("a<"), std::runtime_error);
@@ -176,8 +150,8 @@ TEST(TokenPlaceTest, WhatIsLostAfterAnExceptionIsInNoToken) {
 
 /// So is the first piece when a callback throws before any of it is parsed.
 TEST(TokenPlaceTest, WhatIsLostAtTheVeryBeginIsInNoToken) {
-    NarrowRun run;
-    run.Start(1252, GenericParser::DATA_STREAM_AUTO);
+    PlacedRun run;
+    run.Start(1252, DATA_STREAM_AUTO);
     run.throwingLine = "start-parsing";
     EXPECT_THROW(run.Feed("lost"), std::runtime_error);
     run.placed.clear();
@@ -185,15 +159,15 @@ TEST(TokenPlaceTest, WhatIsLostAtTheVeryBeginIsInNoToken) {
     EXPECT_EQ(run.placed, "text(c) 4-5@1:1\nstart(|d||) 5-8@1:2\n");
 
     // With a mark that lies in two pieces.
-    run.Start(1252, GenericParser::DATA_STREAM_AUTO);
+    run.Start(1252, DATA_STREAM_AUTO);
     EXPECT_EQ(run.Feed("\xEF"), 0U);
     EXPECT_THROW(run.Feed("\xBB\xBFlost"), std::runtime_error);
     run.placed.clear();
     EXPECT_EQ(run.Feed("c<d>"), 0U);
     EXPECT_EQ(run.placed, "text(c) 7-8@1:1\nstart(|d||) 8-11@1:2\n");
 
-    WideRun wide;
-    wide.Start(1252, GenericParser::DATA_STREAM_AUTO);
+    PlacedRun wide(Observed::WIDE);
+    wide.Start(1252, DATA_STREAM_AUTO);
     wide.throwingLine = "start-parsing";
     EXPECT_THROW(wide.Feed("\xFF\xFE" + ToUtf16LE(std::string_view("lost"))), std::runtime_error);
     wide.placed.clear();
@@ -202,11 +176,11 @@ TEST(TokenPlaceTest, WhatIsLostAtTheVeryBeginIsInNoToken) {
 }
 
 TEST(TokenPlaceTest, ARecordThatCannotBeConvertedIsAHole) {
-    WideRun run;
-    run.Start(99999, GenericParser::DATA_STREAM_8BIT);
+    PlacedRun run(Observed::WIDE);
+    run.Start(99999, DATA_STREAM_8BIT);
     run.placed.clear();
     EXPECT_EQ(run.Feed("ab<!-- -->"), 0U);
-    EXPECT_EQ(run.parser.EndParse(), 0U);
+    EXPECT_EQ(run.EndParse(), 0U);
     EXPECT_EQ(run.placed, "end-parsing 10-10@1:11\n");
 }
 
@@ -223,12 +197,12 @@ TEST(TokenPlaceTest, WithoutARunningParserItIsTheBegin) {
 }
 
 TEST(TokenPlaceTest, ACopyGoesOnWithThem) {
-    NarrowRun run;
-    run.Start(1252, GenericParser::DATA_STREAM_8BIT);
+    PlacedRun run;
+    run.Start();
     EXPECT_EQ(run.Feed("ab<c d"), 0U);
-    GenericParser copy(run.parser);
+    GenericParser copy(run);
     Lines lines;
-    HookedObserver<char, std::string> observer(&lines);
+    NarrowObserver observer(&lines);
     std::string place;
     observer.hook = [&](const std::string&) { place = Show(copy.GetTokenPlace()); };
     copy.SetObserver(&observer, false);
@@ -236,15 +210,21 @@ TEST(TokenPlaceTest, ACopyGoesOnWithThem) {
     EXPECT_EQ(place, "2-7@1:3");
 }
 
-/// "BEGIN NAME-NAME VALUE-VALUE END" of each attribute, as they are asked for.
-template <typename C, typename S>
-std::string AttributesOf(const std::string& bytes, GenericParser::DataStreamType type,
-                         const std::vector<std::uint64_t>& order) {
-    Lines lines;
-    HookedObserver<C, S> observer(&lines);
-    GenericParser parser;
+/// What `find` says in each callback of a document.
+std::string FindByRoute(const Route& route, std::string_view document, StringNS::CharSet::Code charset,
+                        const std::function<std::string(const GenericParser& parser)>& find) {
+    FedParser parser(route.observed);
     std::string found;
-    observer.hook = [&](const std::string&) {
+    parser.SetHook([&](const std::string&) { found += find(parser); });
+    parser.Start(charset, TypeFor(route.wideInput));
+    EXPECT_EQ(parser.Feed(BytesFor(document, route.wideInput)), 0U);
+    return found;
+}
+
+/// "BEGIN NAME-NAME VALUE-VALUE END" of each attribute, as they are asked for.
+std::string AttributesOf(const Route& route, std::string_view document, const std::vector<std::uint64_t>& order) {
+    return FindByRoute(route, document, 1252, [&order](const GenericParser& parser) {
+        std::string found;
         for (const std::uint64_t index : order) {
             AttributePlace place;
             if (parser.GetAttributePlace(index, &place) == 0)
@@ -252,11 +232,8 @@ std::string AttributesOf(const std::string& bytes, GenericParser::DataStreamType
                          std::to_string(place.nameEnd) + " " + std::to_string(place.valueBegin) + "-" +
                          std::to_string(place.valueEnd) + " " + std::to_string(place.end) + "\n";
         }
-    };
-    parser.SetObserver(&observer, false);
-    EXPECT_EQ(parser.StartParse(1252, type), 0U);
-    EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
-    return found;
+        return found;
+    });
 }
 
 TEST(AttributePlaceTest, Tags) {
@@ -279,9 +256,8 @@ TEST(AttributePlaceTest, Tags) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
         const std::vector<std::uint64_t> order = {0, 1, 2, 3};
-        EXPECT_EQ((AttributesOf<char, std::string>(row.document, GenericParser::DATA_STREAM_8BIT, order)), row.places);
-        EXPECT_EQ((AttributesOf<WideChar, WideString>(row.document, GenericParser::DATA_STREAM_8BIT, order)),
-                  row.places);
+        EXPECT_EQ(AttributesOf(NARROW_TO_NARROW, row.document, order), row.places);
+        EXPECT_EQ(AttributesOf(NARROW_TO_WIDE, row.document, order), row.places);
         // In UTF-16 every offset is twice as far.
         std::string twice;
         std::string number;
@@ -293,20 +269,15 @@ TEST(AttributePlaceTest, Tags) {
             twice += std::to_string(2 * std::stoul(number)) + character;
             number.clear();
         }
-        const std::string utf16 = ToUtf16LE(std::string_view(row.document));
-        EXPECT_EQ((AttributesOf<WideChar, WideString>(utf16, GenericParser::DATA_STREAM_UTF16, order)), twice);
-        EXPECT_EQ((AttributesOf<char, std::string>(utf16, GenericParser::DATA_STREAM_UTF16, order)), twice);
+        EXPECT_EQ(AttributesOf(WIDE_TO_WIDE, row.document, order), twice);
+        EXPECT_EQ(AttributesOf(WIDE_TO_NARROW, row.document, order), twice);
     }
 }
 
 /// "NAME-NAME VALUE-VALUE" of each part of each attribute.
-template <typename C, typename S>
-std::string PartsOf(const std::string& bytes, StringNS::CharSet::Code charset, GenericParser::DataStreamType type) {
-    Lines lines;
-    HookedObserver<C, S> observer(&lines);
-    GenericParser parser;
-    std::string found;
-    observer.hook = [&](const std::string&) {
+std::string PartsOf(const Route& route, std::string_view document, StringNS::CharSet::Code charset) {
+    return FindByRoute(route, document, charset, [](const GenericParser& parser) {
+        std::string found;
         std::vector<AttributePlace> parts;
         AttributePlace whole;
         for (std::uint64_t index = 0; parser.GetAttributeParts(index, &parts) == 0; ++index) {
@@ -319,11 +290,8 @@ std::string PartsOf(const std::string& bytes, StringNS::CharSet::Code charset, G
                          std::to_string(parts[i].valueBegin) + "-" + std::to_string(parts[i].valueEnd) + "\n";
             }
         }
-    };
-    parser.SetObserver(&observer, false);
-    EXPECT_EQ(parser.StartParse(charset, type), 0U);
-    EXPECT_EQ(parser.ParseBuffer(bytes.data(), bytes.size()), 0U);
-    return found;
+        return found;
+    });
 }
 
 TEST(AttributePlaceTest, Parts) {
@@ -346,8 +314,8 @@ TEST(AttributePlaceTest, Parts) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
-        EXPECT_EQ((PartsOf<char, std::string>(row.document, 1252, GenericParser::DATA_STREAM_8BIT)), row.places);
-        EXPECT_EQ((PartsOf<WideChar, WideString>(row.document, 1252, GenericParser::DATA_STREAM_8BIT)), row.places);
+        EXPECT_EQ(PartsOf(NARROW_TO_NARROW, row.document, 1252), row.places);
+        EXPECT_EQ(PartsOf(NARROW_TO_WIDE, row.document, 1252), row.places);
     }
     const Row iso2022[] = {
         {"a value with an escape run", "<a b=\"" + runOfQuotes + "\" c>", "3-4 6-14\n16-17 17-17\n"},
@@ -359,27 +327,23 @@ TEST(AttributePlaceTest, Parts) {
     };
     for (const Row& row : iso2022) {
         SCOPED_TRACE(row.note);
-        EXPECT_EQ((PartsOf<char, std::string>(row.document, 50221, GenericParser::DATA_STREAM_8BIT)), row.places);
+        EXPECT_EQ(PartsOf(NARROW_TO_NARROW, row.document, 50221), row.places);
     }
 }
 
 TEST(AttributePlaceTest, NothingIsKeptFromTheDocumentBefore) {
-    Lines lines;
-    HookedObserver<char, std::string> observer(&lines);
-    GenericParser parser;
+    FedParser parser;
     AttributePlace place;
-    observer.hook = [&](const std::string&) { parser.GetAttributePlace(1, &place); };
-    parser.SetObserver(&observer, false);
-    for (const char* const document : {"<a b=c d=e>", "<a long=c d=e>"}) {
-        EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
-        EXPECT_EQ(parser.ParseBuffer(document, std::string_view(document).size()), 0U);
-        EXPECT_EQ(place.nameBegin, std::string_view(document).find('d'));
+    parser.SetHook([&](const std::string&) { parser.GetAttributePlace(1, &place); });
+    for (const std::string_view document : {"<a b=c d=e>", "<a long=c d=e>"}) {
+        parser.Start();
+        EXPECT_EQ(parser.Feed(document), 0U);
+        EXPECT_EQ(place.nameBegin, document.find('d'));
     }
 }
 
 TEST(AttributePlaceTest, InAnyOrder) {
-    const char* const document = "<a b=c d=e f=g><h i=j>";
-    EXPECT_EQ((AttributesOf<char, std::string>(document, GenericParser::DATA_STREAM_8BIT, {2, 0, 1, 1, 9, 0})),
+    EXPECT_EQ(AttributesOf(NARROW_TO_NARROW, "<a b=c d=e f=g><h i=j>", {2, 0, 1, 1, 9, 0}),
               "10 11-12 13-14 14\n2 3-4 5-6 6\n6 7-8 9-10 10\n6 7-8 9-10 10\n2 3-4 5-6 6\n17 18-19 20-21 21\n17 18-19 "
               "20-21 21\n");
 }

@@ -1,17 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
 #include <memory>
 #include <new>
 #include <stdexcept>
-#include <string>
-#include <string_view>
 
-#include "html/framework/ParserObserver.h"
 #include "html/framework/ResultCodes.h"
-#include "html/rewrite/Rewriter.h"
-#include "platform/MemoryInputStream.h"
 #include "platform/Results.h"
 #include "platform/StringHelper.h"
 #include "tests/html/rewrite/RewriteRun.h"
@@ -47,31 +38,28 @@ private:
 class WideObserver final : public ParserObserver<WideChar, WideString> {};
 
 TEST(RewriterDocumentTest, AnswersTheCodesOfTheParserAndCopies) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     WideObserver observer;
     rewriter.SetObserver(&observer);
     // Text has been converted with another charset.
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a\xE4<b>c<meta charset=utf-8>d<b"), std::uint32_t{PARSER_PARSE_AGAIN});
+    EXPECT_EQ(rewriter.Feed("a\xE4<b>c<meta charset=utf-8>d<b"), std::uint32_t{PARSER_PARSE_AGAIN});
     EXPECT_TRUE(rewriter.GetParser().NeedsReparsing());
-    EXPECT_EQ(Feed(&rewriter, "e>f"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a\xE4<b>c<meta charset=utf-8>d<be>f");
+    EXPECT_EQ(rewriter.Feed("e>f"), 0U);
+    rewriter.ExpectEnd("a\xE4<b>c<meta charset=utf-8>d<be>f");
     // The next document is parsed again.
-    output.bytes.clear();
+    rewriter.output.bytes.clear();
     rewriter.StartParse(65001, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a<b>"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a<b>");
+    EXPECT_EQ(rewriter.Feed("a<b>"), 0U);
+    rewriter.ExpectEnd("a<b>");
     // The halved body of a comment.
-    output.bytes.clear();
+    rewriter.output.bytes.clear();
     rewriter.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
     rewriter.StartParse(0, WIDE);
     const std::string document = ToUtf16LE(std::string_view("<!--a-->b"));
-    EXPECT_EQ(Feed(&rewriter, document), 0U);
+    EXPECT_EQ(rewriter.Feed(document), 0U);
     EXPECT_EQ(rewriter.EndParse(), std::uint32_t{PARSER_SELF_CHECK_FAILED});
-    EXPECT_EQ(output.bytes, document);
+    EXPECT_EQ(rewriter.output.bytes, document);
 }
 
 TEST(RewriterDocumentTest, PiecesDoNotEndInARecognizersCode) {
@@ -85,45 +73,33 @@ TEST(RewriterDocumentTest, PiecesDoNotEndInARecognizersCode) {
 }
 
 TEST(RewriterDocumentTest, AnswersTheCodesOfStreams) {
-    const std::string document = "a<b>c<d>e";
-    const auto run = [&](std::unique_ptr<FaultyInputStream> stream, std::uint32_t expected,
-                         std::string_view expectedOutput) {
-        CollectingHandler output;
-        Rewriter rewriter(&output);
+    const struct {
+        void (*fault)(FaultyInputStream* stream);
+        std::uint32_t result;
+        std::string_view output;
+    } rows[] = {
+        {[](FaultyInputStream*) {}, 0, "a<b>c"},
+        {[](FaultyInputStream* stream) { stream->FailRead(1, 999); }, 999, "<d>!"},
+        {[](FaultyInputStream* stream) { stream->ShortenRead(1, 4).FailRead(2, 999); }, 999, "a<b><d>!"},
+        {[](FaultyInputStream* stream) { stream->ShortenRead(1, 2).ReadNothing(2).ShortenRead(3, 3); }, 0, "a<b>c"},
+        {[](FaultyInputStream* stream) { stream->MisreportRead(1, 1U << 30); }, RESULT_STREAM_FAILED, "<d>!"},
+        {[](FaultyInputStream* stream) { stream->NeverEnd(); }, 0, "a<b>c"},
+        // Neither positions nor seeks are needed.
+        {[](FaultyInputStream* stream) { stream->FailGetPositionsFrom(1, 999).FailSeeksFrom(1, 999); }, 0, "a<b>c"},
+    };
+    for (const auto& row : rows) {
+        RewriterBench rewriter;
+        int destructions = 0;
+        auto stream = std::make_unique<FaultyInputStream>("a<b>c<d>e");
+        stream->CountDestructions(&destructions);
+        row.fault(stream.get());
         rewriter.OnElement("d", [](RewriterElement element) { element.Remove(); });
         rewriter.StartParse(0, NARROW);
-        EXPECT_EQ(rewriter.ParseStream(stream.release(), true), expected);
-        EXPECT_EQ(Feed(&rewriter, "<d>!"), 0U);
-        EXPECT_EQ(rewriter.EndParse(), 0U);
-        EXPECT_EQ(output.bytes, expectedOutput);
-    };
-    const auto make = [&] { return std::make_unique<FaultyInputStream>(document); };
-    auto stream = make();
-    run(std::move(stream), 0, "a<b>c");
-    stream = make();
-    stream->FailRead(1, 999);
-    run(std::move(stream), 999, "<d>!");
-    stream = make();
-    stream->ShortenRead(1, 4).FailRead(2, 999);
-    run(std::move(stream), 999, "a<b><d>!");
-    stream = make();
-    stream->ShortenRead(1, 2).ReadNothing(2).ShortenRead(3, 3);
-    run(std::move(stream), 0, "a<b>c");
-    stream = make();
-    stream->MisreportRead(1, 1U << 30);
-    run(std::move(stream), RESULT_STREAM_FAILED, "<d>!");
-    stream = make();
-    stream->NeverEnd();
-    run(std::move(stream), 0, "a<b>c");
-    // Neither positions nor seeks are needed.
-    stream = make();
-    stream->FailGetPositionsFrom(1, 999).FailSeeksFrom(1, 999);
-    run(std::move(stream), 0, "a<b>c");
-    int destructions = 0;
-    stream = make();
-    stream->CountDestructions(&destructions);
-    run(std::move(stream), 0, "a<b>c");
-    EXPECT_EQ(destructions, 1);
+        EXPECT_EQ(rewriter.ParseStream(stream.release(), true), row.result);
+        EXPECT_EQ(destructions, 1);
+        EXPECT_EQ(rewriter.Feed("<d>!"), 0U);
+        rewriter.ExpectEnd(row.output);
+    }
 }
 
 TEST(RewriterDocumentTest, AStreamThatDeliversNothing) {
@@ -143,48 +119,42 @@ TEST(RewriterDocumentTest, AStreamThatDeliversNothing) {
             return false;
         }
     };
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     EmptyStream stream;
     EXPECT_EQ(rewriter.ParseStream(&stream, false), std::uint32_t{PARSER_SHORT_READ});
 }
 
 TEST(RewriterDocumentTest, WritesTheRestOfAStreamThatIsNotParsed) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     WideObserver observer;
     rewriter.SetObserver(&observer);
     rewriter.StartParse(0, NARROW);
     const std::string document = "a<meta charset=utf-8>" + std::string(200000, 'b') + "<c>";
     VFS::MemoryInputStream stream(document);
     EXPECT_EQ(rewriter.ParseStream(&stream, false), std::uint32_t{PARSER_PARSE_AGAIN});
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, document);
+    rewriter.ExpectEnd(document);
 }
 
 TEST(RewriterDocumentTest, RefusesBadArguments) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a<b"), 0U);
+    EXPECT_EQ(rewriter.Feed("a<b"), 0U);
     EXPECT_EQ(rewriter.ParseBuffer(nullptr, 1), 2U);
     EXPECT_EQ(rewriter.ParseBuffer(nullptr, 0), 0U);
     EXPECT_EQ(rewriter.ParseStream(nullptr, true), 2U);
     EXPECT_EQ(rewriter.ParseFile(nullptr), 2U);
-    EXPECT_EQ(Feed(&rewriter, ">c"), 0U);
+    EXPECT_EQ(rewriter.Feed(">c"), 0U);
     EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a<b>c");
+    rewriter.ExpectEnd("a<b>c");
 }
 
 TEST(RewriterDocumentTest, CallbacksCannotNest) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     int calls = 0;
     StartTagObserver observer([&] {
         ++calls;
         VFS::MemoryInputStream stream("x");
-        EXPECT_EQ(Feed(&rewriter, "x"), 2U);
+        EXPECT_EQ(rewriter.Feed("x"), 2U);
         EXPECT_EQ(rewriter.ParseStream(&stream, false), 2U);
         EXPECT_EQ(rewriter.ParseFile(KESTRA_WIDE("x")), 2U);
         EXPECT_EQ(rewriter.StartParse(0, NARROW), 2U);
@@ -196,15 +166,13 @@ TEST(RewriterDocumentTest, CallbacksCannotNest) {
     });
     rewriter.SetObserver(&observer);
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a<b>c<d>e"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a<b>c<d>e");
+    EXPECT_EQ(rewriter.Feed("a<b>c<d>e"), 0U);
+    rewriter.ExpectEnd("a<b>c<d>e");
     EXPECT_EQ(calls, 2);
 }
 
 TEST(RewriterDocumentTest, AnExceptionLosesNothing) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     int tags = 0;
     StartTagObserver observer([&] {
         EXPECT_EQ(rewriter.GetToken().Replace("[" + std::to_string(++tags) + "]", CONTENT_TEXT), 0U);
@@ -213,33 +181,29 @@ TEST(RewriterDocumentTest, AnExceptionLosesNothing) {
     });
     rewriter.SetObserver(&observer);
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a<b"), 0U);
-    EXPECT_THROW(Feed(&rewriter, ">c<d>e<f>g"), std::runtime_error);
-    EXPECT_EQ(output.bytes, "a[1]c<d>e<f>g");
-    EXPECT_EQ(Feed(&rewriter, "h<i>j"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a[1]c<d>e<f>gh[3]j");
+    EXPECT_EQ(rewriter.Feed("a<b"), 0U);
+    EXPECT_THROW(rewriter.Feed(">c<d>e<f>g"), std::runtime_error);
+    EXPECT_EQ(rewriter.output.bytes, "a[1]c<d>e<f>g");
+    EXPECT_EQ(rewriter.Feed("h<i>j"), 0U);
+    rewriter.ExpectEnd("a[1]c<d>e<f>gh[3]j");
 }
 
 TEST(RewriterDocumentTest, AnExceptionEndsRemovals) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     rewriter.OnElement("p", [](RewriterElement element) {
         element.Remove();
         element.InsertAfter("!", CONTENT_TEXT);
     });
     rewriter.OnElement("b", [](RewriterElement) { throw std::runtime_error("enough"); });
     rewriter.StartParse(0, NARROW);
-    EXPECT_THROW(Feed(&rewriter, "a<p>c<b>d"), std::runtime_error);
-    EXPECT_EQ(Feed(&rewriter, "e</p>f"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a<b>de!f");
+    EXPECT_THROW(rewriter.Feed("a<p>c<b>d"), std::runtime_error);
+    EXPECT_EQ(rewriter.Feed("e</p>f"), 0U);
+    rewriter.ExpectEnd("a<b>de!f");
 }
 
 /// What was removed before an exception neither ends a later removal nor goes on with it.
 TEST(RewriterDocumentTest, RemovalsAfterAnExceptionAreTheirOwn) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     const auto remove = [](RewriterElement element) {
         element.Remove();
         element.InsertAfter("!", CONTENT_TEXT);
@@ -248,12 +212,11 @@ TEST(RewriterDocumentTest, RemovalsAfterAnExceptionAreTheirOwn) {
     rewriter.OnElement("q", remove);
     rewriter.OnElement("b", [](RewriterElement) { throw std::runtime_error("enough"); });
     rewriter.StartParse(0, NARROW);
-    EXPECT_THROW(Feed(&rewriter, "a<p>c<b>d"), std::runtime_error);
-    EXPECT_EQ(Feed(&rewriter, "e<q>f</q>g<q>h<q>i</p>j<q>k</q>l"), 0U);
-    EXPECT_THROW(Feed(&rewriter, "<p>m<p>n</p>o<b>r</p>s"), std::runtime_error);
-    EXPECT_EQ(Feed(&rewriter, "t</p>u<q>v"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a<b>de!g!!j!l<b>r</p>st!u!");
+    EXPECT_THROW(rewriter.Feed("a<p>c<b>d"), std::runtime_error);
+    EXPECT_EQ(rewriter.Feed("e<q>f</q>g<q>h<q>i</p>j<q>k</q>l"), 0U);
+    EXPECT_THROW(rewriter.Feed("<p>m<p>n</p>o<b>r</p>s"), std::runtime_error);
+    EXPECT_EQ(rewriter.Feed("t</p>u<q>v"), 0U);
+    rewriter.ExpectEnd("a<b>de!g!!j!l<b>r</p>st!u!");
 }
 
 /// Whatever came before the exception, the places of the next piece are right.
@@ -279,8 +242,7 @@ TEST(RewriterDocumentTest, AnExceptionAtTheVeryBegin) {
     for (const bool atStart : {false, true}) {
         for (const bool isWide : {false, true}) {
             for (const std::size_t cut : {0U, 1U, 2U}) {
-                CollectingHandler output;
-                Rewriter rewriter(&output);
+                RewriterBench rewriter;
                 Throwing observer;
                 observer.rewriter = &rewriter;
                 observer.atStart = atStart;
@@ -291,29 +253,36 @@ TEST(RewriterDocumentTest, AnExceptionAtTheVeryBegin) {
                 const std::string next = isWide ? ToUtf16LE(std::string_view("c<b>d")) : "c<b>d";
                 const std::string first = mark + rest;
                 const std::size_t begin = std::min(cut, mark.size() - 1);
-                EXPECT_EQ(Feed(&rewriter, std::string_view(first).substr(0, begin)), 0U);
-                EXPECT_THROW(Feed(&rewriter, std::string_view(first).substr(begin)), std::runtime_error);
-                EXPECT_EQ(Feed(&rewriter, next), 0U);
-                EXPECT_EQ(rewriter.EndParse(), 0U);
-                EXPECT_EQ(output.bytes, first + (isWide ? ToUtf16LE(std::string_view("cd")) : "cd"));
+                EXPECT_EQ(rewriter.Feed(std::string_view(first).substr(0, begin)), 0U);
+                EXPECT_THROW(rewriter.Feed(std::string_view(first).substr(begin)), std::runtime_error);
+                EXPECT_EQ(rewriter.Feed(next), 0U);
+                rewriter.ExpectEnd(first + (isWide ? ToUtf16LE(std::string_view("cd")) : "cd"));
             }
         }
     }
 }
 
-TEST(RewriterDocumentTest, AHandlerThatThrowsGetsTheRest) {
-    class ThrowingHandler final : public ParserObserverOutputHandler {
-    public:
-        void Write(const void* data, std::uint64_t byteCount, bool) override {
-            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
-            if (++calls == 2)
-                throw std::runtime_error("full");
-        }
+/// Throws when it is full, after it has kept the bytes.
+class ThrowingHandler final : public ParserObserverOutputHandler {
+public:
+    explicit ThrowingHandler(std::function<bool(const ThrowingHandler&)> fullness) : isFull(std::move(fullness)) {}
 
-        std::string bytes;
-        int calls = 0;
-    };
-    ThrowingHandler output;
+    void Write(const void* data, std::uint64_t byteCount, bool) override {
+        bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+        ++calls;
+        if (isFull(*this))
+            throw std::runtime_error("full");
+    }
+
+    std::string bytes;
+    int calls = 0;
+
+private:
+    std::function<bool(const ThrowingHandler&)> isFull;
+};
+
+TEST(RewriterDocumentTest, AHandlerThatThrowsGetsTheRest) {
+    ThrowingHandler output([](const ThrowingHandler& handler) { return handler.calls == 2; });
     Rewriter rewriter(&output);
     rewriter.OnContent("", [](RewriterToken token) {
         if (token.GetKind() == TOKEN_START_TAG)
@@ -328,18 +297,7 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsGetsTheRest) {
 
 /// Between two callbacks, too: the token under way is edited when its rest has come.
 TEST(RewriterDocumentTest, AHandlerThatThrowsDoesNotSpoilTheTokenUnderWay) {
-    class FirstTimeThrowing final : public ParserObserverOutputHandler {
-    public:
-        void Write(const void* data, std::uint64_t byteCount, bool) override {
-            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
-            if (++calls == 1)
-                throw std::runtime_error("full");
-        }
-
-        std::string bytes;
-        int calls = 0;
-    };
-    FirstTimeThrowing output;
+    ThrowingHandler output([](const ThrowingHandler& handler) { return handler.calls == 1; });
     Rewriter rewriter(&output);
     std::string seen;
     rewriter.OnElement("b[c]", [&](RewriterElement element) {
@@ -356,17 +314,6 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsDoesNotSpoilTheTokenUnderWay) {
 
 /// An answer other than 0 does not hide that a handler has failed with what is only copied.
 TEST(RewriterDocumentTest, AHandlerThatThrowsIsHeardWhateverTheAnswer) {
-    class FailingHandler final : public ParserObserverOutputHandler {
-    public:
-        void Write(const void* data, std::uint64_t byteCount, bool) override {
-            bytes.append(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
-            if (bytes.size() > most)
-                throw std::runtime_error("full");
-        }
-
-        std::string bytes;
-        std::size_t most = 0;
-    };
     struct Row {
         const char* note;
         std::uint64_t maxTokenSize;
@@ -379,8 +326,7 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsIsHeardWhateverTheAnswer) {
                            Row{"limit of the elements", 0, 1, false, "<a><b>rest of the page"}}) {
         for (const std::size_t most : {std::size_t{0}, std::size_t{5}}) {
             SCOPED_TRACE(std::string(row.note) + ", after " + std::to_string(most) + " bytes");
-            FailingHandler output;
-            output.most = most;
+            ThrowingHandler output([=](const ThrowingHandler& handler) { return handler.bytes.size() > most; });
             Rewriter rewriter(&output);
             rewriter.SetMaxTokenSize(row.maxTokenSize);
             rewriter.SetMaxDepth(row.maxDepth);
@@ -398,14 +344,12 @@ TEST(RewriterDocumentTest, AHandlerThatThrowsIsHeardWhateverTheAnswer) {
 }
 
 TEST(RewriterDocumentTest, MemoryThatACallbackLacksIsItsOwnAffair) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     rewriter.OnContent("", [](RewriterToken) { throw std::bad_alloc(); });
     rewriter.StartParse(0, NARROW);
-    EXPECT_THROW(Feed(&rewriter, "a<b>"), std::bad_alloc);
-    EXPECT_THROW(Feed(&rewriter, "c<d>"), std::bad_alloc);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a<b>c<d>");
+    EXPECT_THROW(rewriter.Feed("a<b>"), std::bad_alloc);
+    EXPECT_THROW(rewriter.Feed("c<d>"), std::bad_alloc);
+    rewriter.ExpectEnd("a<b>c<d>");
 }
 
 TEST(RewriterDocumentTest, LimitsOfTheElements) {
@@ -438,23 +382,21 @@ TEST(RewriterDocumentTest, LimitsOfTheElements) {
 }
 
 TEST(RewriterDocumentTest, StopsAndLimitsOfTheParser) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     EXPECT_EQ(rewriter.Stop(), 2U);
     rewriter.OnElement("*", [&](RewriterElement element) {
         EXPECT_EQ(element.InsertBefore("!", CONTENT_TEXT), 0U);
         EXPECT_EQ(rewriter.Stop(), 0U);
     });
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a<b>c<d>"), 710U);
-    EXPECT_EQ(Feed(&rewriter, "e<f>"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a!<b>c<d>e<f>");
+    EXPECT_EQ(rewriter.Feed("a<b>c<d>"), 710U);
+    EXPECT_EQ(rewriter.Feed("e<f>"), 0U);
+    rewriter.ExpectEnd("a!<b>c<d>e<f>");
     // What was registered later does not get the token either.
     int calls = 0;
     rewriter.OnElement("*", [&](RewriterElement) { ++calls; });
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "a<b>c"), 710U);
+    EXPECT_EQ(rewriter.Feed("a<b>c"), 710U);
     EXPECT_EQ(calls, 0);
     const auto limited = [](std::string_view document) {
         return Rewrite(document, [](Rewriter* limitedRewriter) {
@@ -473,8 +415,7 @@ TEST(RewriterDocumentTest, StopsAndLimitsOfTheParser) {
 }
 
 TEST(RewriterDocumentTest, HalvesOfUnitsWaitForTheNextPiece) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     rewriter.OnContent("", [](RewriterToken token) { token.InsertBefore("!", CONTENT_TEXT); });
     rewriter.StartParse(0, AUTO);
     const std::string_view document(
@@ -482,9 +423,8 @@ TEST(RewriterDocumentTest, HalvesOfUnitsWaitForTheNextPiece) {
         "a\0<\0b\0>\0c",
         11);
     for (const char byte : document)
-        EXPECT_EQ(Feed(&rewriter, std::string_view(&byte, 1)), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, std::string("\xFF\xFE!\0a\0!\0<\0b\0>\0c", 15));
+        EXPECT_EQ(rewriter.Feed(std::string_view(&byte, 1)), 0U);
+    rewriter.ExpectEnd(std::string("\xFF\xFE!\0a\0!\0<\0b\0>\0c", 15));
 }
 
 TEST(RewriterDocumentTest, AMarkThatIsNone) {
@@ -503,27 +443,23 @@ TEST(RewriterDocumentTest, AMarkThatIsNone) {
 }
 
 TEST(RewriterDocumentTest, StartParseCompletesTheDocumentBefore) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     rewriter.OnElement("p", [](RewriterElement element) { element.InsertAfter("!", CONTENT_TEXT); });
     rewriter.StartParse(0, NARROW);
-    EXPECT_EQ(Feed(&rewriter, "<p>a<b"), 0U);
+    EXPECT_EQ(rewriter.Feed("<p>a<b"), 0U);
     rewriter.StartParse(0, WIDE);
-    EXPECT_EQ(output.bytes, "<p>a<b!");
-    EXPECT_EQ(Feed(&rewriter, ToUtf16LE(std::string_view("<p>"))), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "<p>a<b!" + ToUtf16LE(std::string_view("<p>!")));
+    EXPECT_EQ(rewriter.output.bytes, "<p>a<b!");
+    EXPECT_EQ(rewriter.Feed(ToUtf16LE(std::string_view("<p>"))), 0U);
+    rewriter.ExpectEnd("<p>a<b!" + ToUtf16LE(std::string_view("<p>!")));
 }
 
 TEST(RewriterDocumentTest, BytesAfterTheEndContinueTheDocument) {
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     rewriter.OnElement("p", [](RewriterElement element) { element.InsertBefore("!", CONTENT_TEXT); });
-    EXPECT_EQ(Feed(&rewriter, "a<p>b"), 0U);
+    EXPECT_EQ(rewriter.Feed("a<p>b"), 0U);
     EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(Feed(&rewriter, "c<p>d"), 0U);
-    EXPECT_EQ(rewriter.EndParse(), 0U);
-    EXPECT_EQ(output.bytes, "a!<p>bc!<p>d");
+    EXPECT_EQ(rewriter.Feed("c<p>d"), 0U);
+    rewriter.ExpectEnd("a!<p>bc!<p>d");
 }
 
 TEST(RewriterDocumentTest, WithoutAHandlerNothingIsWritten) {

@@ -1,12 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "html/rewrite/Rewriter.h"
 #include "tests/html/rewrite/RewriteRun.h"
 #include "tests/support/Flavours.h"
 
@@ -15,58 +6,17 @@ namespace {
 
 using namespace HTML;
 
-using Edit = std::function<std::uint32_t(RewriterElement)>;
-
-struct Row {
-    const char* note;
-    std::string_view document;
-    std::string_view selector;
-    Edit edit;
-    std::string_view expected;
-    std::uint32_t result = REWRITE_OK;
-};
-
-/// Each row with every element that its selector matches.
-void Check(const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.note);
-        std::uint32_t result = 12345;
-        ExpectRewritten(row.document, row.expected, [&](Rewriter* rewriter) {
-            ASSERT_EQ(rewriter->OnElement(row.selector, [&](RewriterElement element) { result = row.edit(element); }),
-                      REWRITE_OK);
-        });
-        EXPECT_EQ(result, row.result);
-    }
-}
-
 /// Writes a mark wherever something can be written.
 std::uint32_t WriteAround(RewriterElement element) {
     return element.InsertBefore("1", CONTENT_TEXT) + element.Prepend("2", CONTENT_TEXT) +
            element.Append("3", CONTENT_TEXT) + element.InsertAfter("4", CONTENT_TEXT);
 }
 
-std::uint32_t Remove(RewriterElement element) {
-    return element.Remove();
-}
-
-std::uint32_t Unwrap(RewriterElement element) {
-    return element.Unwrap();
-}
-
-std::uint32_t Replace(RewriterElement element) {
-    return element.Replace("<r>", CONTENT_MARKUP);
-}
-
-std::uint32_t SetContent(RewriterElement element) {
-    return element.SetContent("<c>", CONTENT_TEXT);
-}
-
 TEST(RewriterElementTest, WritesAroundAndInside) {
-    Check({
+    CheckRows(std::vector<ElementRow>{
         {"an element", "a<b>c</b>d", "b", WriteAround, "a1<b>2c3</b>4d"},
         {"an empty one", "a<b></b>d", "b", WriteAround, "a1<b>23</b>4d"},
-        {"in the order of the calls", "<b>c</b>", "b",
-         [](RewriterElement element) { return WriteAround(element) + WriteAround(element); }, "11<b>22c33</b>44"},
+        {"in the order of the calls", "<b>c</b>", "b", All(WriteAround, WriteAround), "11<b>22c33</b>44"},
         {"without an end tag", "a<b>c", "b", WriteAround, "a1<b>2c34"},
         {"ended by the element around it", "<p>a<b>c</p>d", "b", WriteAround, "<p>a1<b>2c34</p>d"},
         {"both", "<p>a<p>c</div></p>d", "p", WriteAround, "1<p>2a1<p>2c</div>3</p>4d34"},
@@ -77,50 +27,40 @@ TEST(RewriterElementTest, WritesAroundAndInside) {
         {"a short tag that opens", "<b/>a</b>", "b", WriteAround, "1<b/>2a3</b>4"},
         {"names in any case", "<B>a</b>", "b", WriteAround, "1<B>2a3</b>4"},
         {"a stray end tag", "</b>a<b>c</b></b>", "b", WriteAround, "</b>a1<b>2c3</b>4</b>"},
-        {"markup", "<b>c</b>", "b", [](RewriterElement element) { return element.Append("<i>", CONTENT_MARKUP); },
-         "<b>c<i></b>"},
-        {"text", "<b>c</b>", "b", [](RewriterElement element) { return element.Prepend("<i>", CONTENT_TEXT); },
-         "<b>&lt;i&gt;c</b>"},
+        {"markup", "<b>c</b>", "b", Append("<i>", CONTENT_MARKUP), "<b>c<i></b>"},
+        {"text", "<b>c</b>", "b", Prepend("<i>"), "<b>&lt;i&gt;c</b>"},
         {"wide text", "<b>c</b>", "b",
          [](RewriterElement element) { return element.Append(WideStringView(To<WideString>("\xE9")), CONTENT_TEXT); },
          "<b>c\xC3\xA9</b>"},
-        {"text after what it could go on with", "<b>&am</b>", "b",
-         [](RewriterElement element) { return element.Append("p;", CONTENT_TEXT); }, "<b>&am&#112;;</b>"},
+        {"text after what it could go on with", "<b>&am</b>", "b", Append("p;"), "<b>&am&#112;;</b>"},
     });
 }
 
 TEST(RewriterElementTest, LeavesOut) {
-    Check({
-        {"an element", "a<b>c<i>d</i></b>e", "b", Remove, "ae"},
-        {"without an end tag", "a<b>c<i>d", "b", Remove, "a"},
-        {"one that another element ends", "<p>a<b>c</p>d", "b", Remove, "<p>a</p>d"},
-        {"one within another", "<p>a<b>c</b>d</p>e", "*", Remove, "e"},
-        {"several", "<b>1</b>2<b>3</b>4", "b", Remove, "24"},
-        {"a void element", "a<br>c", "br", Remove, "ac"},
-        {"a short one", "<svg><a/>b</svg>", "a", Remove, "<svg>b</svg>"},
-        {"replaced", "a<b>c</b>d", "b", Replace, "a<r>d"},
-        {"a void element replaced", "a<br>d", "br", Replace, "a<r>d"},
-        {"content", "a<b>c<i>d</i></b>e", "b", SetContent, "a<b>&lt;c&gt;</b>e"},
-        {"content without an end tag", "a<b>c<i>d", "b", SetContent, "a<b>&lt;c&gt;"},
-        {"content that another element ends", "<p>a<b>c</p>d", "b", SetContent, "<p>a<b>&lt;c&gt;</p>d"},
-        {"unwrapped", "a<b>c<i>d</i></b>e", "b", Unwrap, "ac<i>d</i>e"},
-        {"unwrapped without an end tag", "a<b>c", "b", Unwrap, "ac"},
-        {"all unwrapped", "a<b>c<i>d</i></b>e", "*", Unwrap, "acde"},
-        {"a void element unwrapped", "a<br>c", "br", Unwrap, "ac"},
-        {"nothing of what was to be written inside", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return WriteAround(element) + element.Remove() + WriteAround(element); },
+    CheckRows(std::vector<ElementRow>{
+        {"an element", "a<b>c<i>d</i></b>e", "b", Remove(), "ae"},
+        {"without an end tag", "a<b>c<i>d", "b", Remove(), "a"},
+        {"one that another element ends", "<p>a<b>c</p>d", "b", Remove(), "<p>a</p>d"},
+        {"one within another", "<p>a<b>c</b>d</p>e", "*", Remove(), "e"},
+        {"several", "<b>1</b>2<b>3</b>4", "b", Remove(), "24"},
+        {"a void element", "a<br>c", "br", Remove(), "ac"},
+        {"a short one", "<svg><a/>b</svg>", "a", Remove(), "<svg>b</svg>"},
+        {"replaced", "a<b>c</b>d", "b", Replace("<r>", CONTENT_MARKUP), "a<r>d"},
+        {"a void element replaced", "a<br>d", "br", Replace("<r>", CONTENT_MARKUP), "a<r>d"},
+        {"content", "a<b>c<i>d</i></b>e", "b", SetContent("<c>"), "a<b>&lt;c&gt;</b>e"},
+        {"content without an end tag", "a<b>c<i>d", "b", SetContent("<c>"), "a<b>&lt;c&gt;"},
+        {"content that another element ends", "<p>a<b>c</p>d", "b", SetContent("<c>"), "<p>a<b>&lt;c&gt;</p>d"},
+        {"unwrapped", "a<b>c<i>d</i></b>e", "b", Unwrap(), "ac<i>d</i>e"},
+        {"unwrapped without an end tag", "a<b>c", "b", Unwrap(), "ac"},
+        {"all unwrapped", "a<b>c<i>d</i></b>e", "*", Unwrap(), "acde"},
+        {"a void element unwrapped", "a<br>c", "br", Unwrap(), "ac"},
+        {"nothing of what was to be written inside", "a<b>c</b>d", "b", All(WriteAround, Remove(), WriteAround),
          "a1144d"},
         {"content in place of what was to be written inside", "a<b>c</b>d", "b",
-         [](RewriterElement element) {
-             return WriteAround(element) + SetContent(element) + element.Append("5", CONTENT_TEXT);
-         },
-         "a1<b>&lt;c&gt;5</b>4d"},
-        {"what is written inside stays when the tags go", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return WriteAround(element) + element.Unwrap(); }, "a12c34d"},
-        {"removed and then replaced", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return element.Remove() + Replace(element); }, "a<r>d"},
-        {"removed and then unwrapped", "a<b>c</b>d", "b",
-         [](RewriterElement element) { return element.Remove() + element.Unwrap(); }, "ad"},
+         All(WriteAround, SetContent("<c>"), Append("5")), "a1<b>&lt;c&gt;5</b>4d"},
+        {"what is written inside stays when the tags go", "a<b>c</b>d", "b", All(WriteAround, Unwrap()), "a12c34d"},
+        {"removed and then replaced", "a<b>c</b>d", "b", All(Remove(), Replace("<r>", CONTENT_MARKUP)), "a<r>d"},
+        {"removed and then unwrapped", "a<b>c</b>d", "b", All(Remove(), Unwrap()), "ad"},
         {"attributes of the start tag", "a<b>c</b>d", "b",
          [](RewriterElement element) {
              return element.GetStartTag().SetAttribute("x", "y") + element.InsertAfter("!", CONTENT_TEXT);
@@ -130,31 +70,21 @@ TEST(RewriterElementTest, LeavesOut) {
 }
 
 TEST(RewriterElementTest, RefusesWhatCannotBe) {
-    const auto inScript = [](std::string_view text, RewriteContent kind) {
-        return [=](RewriterElement element) { return element.Append(text, kind); };
-    };
-    Check({
-        {"content of a void element", "<br>", "br",
-         [](RewriterElement element) { return element.Prepend("x", CONTENT_TEXT); }, "<br>", REWRITE_NO_CONTENT},
-        {"at its end", "<br>", "br", [](RewriterElement element) { return element.Append("x", CONTENT_TEXT); }, "<br>",
+    CheckRows(std::vector<ElementRow>{
+        {"content of a void element", "<br>", "br", Prepend("x"), "<br>", REWRITE_NO_CONTENT},
+        {"at its end", "<br>", "br", Append("x"), "<br>", REWRITE_NO_CONTENT},
+        {"in place of it", "<br>", "br", SetContent("<c>"), "<br>", REWRITE_NO_CONTENT},
+        {"content of a short tag that closes itself", "<svg><g/></svg>", "g", SetContent("<c>"), "<svg><g/></svg>",
          REWRITE_NO_CONTENT},
-        {"in place of it", "<br>", "br", SetContent, "<br>", REWRITE_NO_CONTENT},
-        {"content of a short tag that closes itself", "<svg><g/></svg>", "g", SetContent, "<svg><g/></svg>",
-         REWRITE_NO_CONTENT},
-        {"ill-formed text", "<b></b>", "b",
-         [](RewriterElement element) { return element.Append("\xFF", CONTENT_TEXT); }, "<b></b>", 2},
-        {"text in a script", "<script>a</script>", "script", inScript("b<c", CONTENT_TEXT), "<script>ab<c</script>"},
-        {"its end tag", "<script>a</script>", "script", inScript("</script>", CONTENT_MARKUP), "<script>a</script>",
+        {"ill-formed text", "<b></b>", "b", Append("\xFF"), "<b></b>", 2},
+        {"text in a script", "<script>a</script>", "script", Append("b<c"), "<script>ab<c</script>"},
+        {"its end tag", "<script>a</script>", "script", Append("</script>", CONTENT_MARKUP), "<script>a</script>",
          REWRITE_ENDS_EARLY},
-        {"a script's comment", "<script>a</script>", "script", inScript("<!--", CONTENT_TEXT), "<script>a</script>",
+        {"a script's comment", "<script>a</script>", "script", Append("<!--"), "<script>a</script>",
          REWRITE_ENDS_EARLY},
-        {"the begin of an end tag at the begin", "<script>a</script>", "script",
-         [](RewriterElement element) { return element.Prepend("</", CONTENT_TEXT); }, "<script>a</script>",
+        {"the begin of an end tag at the begin", "<script>a</script>", "script", Prepend("</"), "<script>a</script>",
          REWRITE_ENDS_EARLY},
-        {"in place of a script", "<script>a</script>", "script",
-         [](RewriterElement element) {
-             return element.SetContent("</script", CONTENT_TEXT) + element.SetContent("x", CONTENT_TEXT);
-         },
+        {"in place of a script", "<script>a</script>", "script", All(SetContent("</script"), SetContent("x")),
          "<script>x</script>", REWRITE_ENDS_EARLY},
     });
 }
@@ -200,8 +130,7 @@ TEST(RewriterElementTest, SelectorsChoose) {
         }
         EXPECT_EQ(run.output, expected);
     }
-    CollectingHandler output;
-    Rewriter rewriter(&output);
+    RewriterBench rewriter;
     std::string message;
     EXPECT_EQ(rewriter.OnElement("a,b", mark, &message), REWRITE_BAD_SELECTOR);
     EXPECT_FALSE(message.empty());

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <string_view>
+#include <memory>
 #include <type_traits>
-#include <vector>
 
-#include "html/framework/ParserObserver.h"
-#include "html/rewrite/Rewriter.h"
 #include "tests/html/rewrite/RewriteRun.h"
 #include "tests/support/Flavours.h"
 
@@ -17,149 +9,76 @@ namespace {
 
 using namespace HTML;
 
-using Edit = std::function<std::uint32_t(RewriterToken)>;
-
-/// Edits the first token of a kind.
-PrepareRewriter EditFirst(TokenKind kind, const Edit& edit, std::uint32_t* result) {
-    return [=](Rewriter* rewriter) {
-        const auto isDone = std::make_shared<bool>(false);
-        rewriter->OnContent("", [=](RewriterToken token) {
-            if (token.GetKind() != kind || *isDone)
-                return;
-            *isDone = true;
-            *result = edit(token);
-        });
-    };
-}
-
-struct Row {
-    const char* note;
-    std::string_view document;
-    TokenKind kind;  // of the token that is edited, the first of its kind
-    Edit edit;
-    std::string_view expected;
-    std::uint32_t result = REWRITE_OK;
-};
-
-void Check(const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.note);
-        std::uint32_t result = 12345;
-        ExpectRewritten(row.document, row.expected, EditFirst(row.kind, row.edit, &result));
-        EXPECT_EQ(result, row.result);
-    }
-}
-
 TEST(RewriterTokenTest, ReplacesRemovesAndInserts) {
-    const std::vector<Row> rows = {
+    const std::vector<TokenRow> rows = {
         {"nothing", "a<b>c", TOKEN_TEXT, [](RewriterToken) { return 0U; }, "a<b>c"},
-        {"a text", "a<b>c", TOKEN_TEXT, [](RewriterToken token) { return token.Replace("x", CONTENT_TEXT); }, "x<b>c"},
-        {"text is escaped", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.Replace("<&>\"'", CONTENT_TEXT); }, "&lt;&amp;&gt;\"'<b>c"},
-        {"markup is not", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.Replace("<i>&amp;", CONTENT_MARKUP); }, "<i>&amp;<b>c"},
-        {"a tag", "a<b>c", TOKEN_START_TAG, [](RewriterToken token) { return token.Replace("<i>", CONTENT_MARKUP); },
-         "a<i>c"},
-        {"an end tag", "a</b>c", TOKEN_END_TAG,
-         [](RewriterToken token) { return token.Replace("</i>", CONTENT_MARKUP); }, "a</i>c"},
-        {"a short tag", "a<b/>c", TOKEN_SHORT_TAG, [](RewriterToken token) { return token.Remove(); }, "ac"},
-        {"a declaration", "<!DOCTYPE html>c", TOKEN_ENTITY_TAG, [](RewriterToken token) { return token.Remove(); },
-         "c"},
-        {"an instruction", "a<?php b ?>c", TOKEN_EXTERN_TAG, [](RewriterToken token) { return token.Remove(); }, "ac"},
-        {"a section", "a<![CDATA[b]]>c", TOKEN_CDATA_TAG, [](RewriterToken token) { return token.Remove(); }, "ac"},
-        {"a conditional section", "a<![if b]>c", TOKEN_CONDITIONAL_TAG,
-         [](RewriterToken token) { return token.Remove(); }, "ac"},
-        {"junk", "a<b / >c", TOKEN_JUNK, [](RewriterToken token) { return token.Remove(); }, "a>c"},
-        {"the last text", "<b>c", TOKEN_TEXT, [](RewriterToken token) { return token.Remove(); }, "<b>"},
+        {"a text", "a<b>c", TOKEN_TEXT, Replace("x"), "x<b>c"},
+        {"text is escaped", "a<b>c", TOKEN_TEXT, Replace("<&>\"'"), "&lt;&amp;&gt;\"'<b>c"},
+        {"markup is not", "a<b>c", TOKEN_TEXT, Replace("<i>&amp;", CONTENT_MARKUP), "<i>&amp;<b>c"},
+        {"a tag", "a<b>c", TOKEN_START_TAG, Replace("<i>", CONTENT_MARKUP), "a<i>c"},
+        {"an end tag", "a</b>c", TOKEN_END_TAG, Replace("</i>", CONTENT_MARKUP), "a</i>c"},
+        {"a short tag", "a<b/>c", TOKEN_SHORT_TAG, Remove(), "ac"},
+        {"a declaration", "<!DOCTYPE html>c", TOKEN_ENTITY_TAG, Remove(), "c"},
+        {"an instruction", "a<?php b ?>c", TOKEN_EXTERN_TAG, Remove(), "ac"},
+        {"a section", "a<![CDATA[b]]>c", TOKEN_CDATA_TAG, Remove(), "ac"},
+        {"a conditional section", "a<![if b]>c", TOKEN_CONDITIONAL_TAG, Remove(), "ac"},
+        {"junk", "a<b / >c", TOKEN_JUNK, Remove(), "a>c"},
+        {"the last text", "<b>c", TOKEN_TEXT, Remove(), "<b>"},
         {"before and after, in the order of the calls", "a<b>c", TOKEN_START_TAG,
-         [](RewriterToken token) {
-             return token.InsertBefore("1", CONTENT_TEXT) + token.InsertAfter("3", CONTENT_TEXT) +
-                    token.InsertBefore("2", CONTENT_TEXT) + token.InsertAfter("4", CONTENT_TEXT);
-         },
-         "a12<b>34c"},
+         All(Before("1"), After("3"), Before("2"), After("4")), "a12<b>34c"},
         {"a removed token keeps what stands around it", "a<b>c", TOKEN_START_TAG,
-         [](RewriterToken token) {
-             return token.InsertBefore("1", CONTENT_TEXT) + token.InsertAfter("2", CONTENT_TEXT) + token.Remove();
-         },
-         "a12c"},
-        {"the last replacement counts", "a<b>c", TOKEN_START_TAG,
-         [](RewriterToken token) {
-             return token.Replace("1", CONTENT_TEXT) + token.Remove() + token.Replace("2", CONTENT_TEXT);
-         },
-         "a2c"},
-        {"what stands around a removed token grows together", "&<!--x-->amp;", TOKEN_COMMENT_TAG,
-         [](RewriterToken token) { return token.Remove(); }, "&amp;"},
-        {"to an end tag", "</<!--x-->b>", TOKEN_COMMENT_TAG, [](RewriterToken token) { return token.Remove(); },
-         "</b>"},
-        {"unless something stands there", "&<!--x-->amp;", TOKEN_COMMENT_TAG,
-         [](RewriterToken token) { return token.Replace(" ", CONTENT_TEXT); }, "& amp;"},
-        {"an empty comment keeps it apart", "</<!--x-->b>", TOKEN_COMMENT_TAG,
-         [](RewriterToken token) { return token.Replace("<!---->", CONTENT_MARKUP); }, "</<!---->b>"},
-        {"a text after the begin of a tag is a part of it", "</<!--x-->b>", TOKEN_COMMENT_TAG,
-         [](RewriterToken token) { return token.Replace(" ", CONTENT_TEXT); }, "</&#32;b>"},
+         All(Before("1"), After("2"), Remove()), "a12c"},
+        {"the last replacement counts", "a<b>c", TOKEN_START_TAG, All(Replace("1"), Remove(), Replace("2")), "a2c"},
+        {"what stands around a removed token grows together", "&<!--x-->amp;", TOKEN_COMMENT_TAG, Remove(), "&amp;"},
+        {"to an end tag", "</<!--x-->b>", TOKEN_COMMENT_TAG, Remove(), "</b>"},
+        {"unless something stands there", "&<!--x-->amp;", TOKEN_COMMENT_TAG, Replace(" "), "& amp;"},
+        {"an empty comment keeps it apart", "</<!--x-->b>", TOKEN_COMMENT_TAG, Replace("<!---->", CONTENT_MARKUP),
+         "</<!---->b>"},
+        {"a text after the begin of a tag is a part of it", "</<!--x-->b>", TOKEN_COMMENT_TAG, Replace(" "),
+         "</&#32;b>"},
         {"wide text", "a<b>c", TOKEN_TEXT,
          [](RewriterToken token) { return token.Replace(WideStringView(To<WideString>("<\xE9")), CONTENT_TEXT); },
          "&lt;\xC3\xA9<b>c"},
-        {"characters beyond the first plane", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.Replace("\xF0\x9F\x98\x80", CONTENT_TEXT); }, "\xF0\x9F\x98\x80<b>c"},
-        {"ill-formed UTF-8", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.Replace("x\xC3", CONTENT_TEXT); }, "a<b>c", 2},
-        {"an overlong form", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.InsertAfter("\xC0\x80", CONTENT_MARKUP); }, "a<b>c", 2},
-        {"a surrogate in UTF-8", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.InsertBefore("\xED\xA0\x80", CONTENT_TEXT); }, "a<b>c", 2},
+        {"characters beyond the first plane", "a<b>c", TOKEN_TEXT, Replace("\xF0\x9F\x98\x80"), "\xF0\x9F\x98\x80<b>c"},
+        {"ill-formed UTF-8", "a<b>c", TOKEN_TEXT, Replace("x\xC3"), "a<b>c", 2},
+        {"an overlong form", "a<b>c", TOKEN_TEXT, After("\xC0\x80", CONTENT_MARKUP), "a<b>c", 2},
+        {"a surrogate in UTF-8", "a<b>c", TOKEN_TEXT, Before("\xED\xA0\x80"), "a<b>c", 2},
         {"half a surrogate pair", "a<b>c", TOKEN_TEXT,
          [](RewriterToken token) {
              return token.Replace(WideStringView(WideString(1, WideChar(0xD800))), CONTENT_TEXT);
          },
          "a<b>c", 2},
-        {"no kind of content", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.Replace("x", static_cast<RewriteContent>(2)); }, "a<b>c", 2},
-        {"what is refused leaves earlier edits", "a<b>c", TOKEN_TEXT,
-         [](RewriterToken token) { return token.Replace("x", CONTENT_TEXT) + token.Replace("\xFF", CONTENT_TEXT); },
-         "x<b>c", 2},
+        {"no kind of content", "a<b>c", TOKEN_TEXT, Replace("x", static_cast<RewriteContent>(2)), "a<b>c", 2},
+        {"what is refused leaves earlier edits", "a<b>c", TOKEN_TEXT, All(Replace("x"), Replace("\xFF")), "x<b>c", 2},
     };
-    Check(rows);
+    CheckRows(rows);
 }
 
 TEST(RewriterTokenTest, SetsTheTextOfTextsAndComments) {
-    const auto set = [](std::string_view text) { return [text](RewriterToken token) { return token.SetText(text); }; };
-    const std::vector<Row> rows = {
-        {"a text is escaped", "a<b>", TOKEN_TEXT, set("<"), "&lt;<b>"},
-        {"a comment is written as it is", "<!--a-->b", TOKEN_COMMENT_TAG, set("<&"), "<!--<&-->b"},
-        {"an open comment stays open", "<!--a", TOKEN_COMMENT_TAG, set("b"), "<!--b"},
-        {"an empty comment", "<!---->", TOKEN_COMMENT_TAG, set("b"), "<!--b-->"},
-        {"no text", "<!--a-->", TOKEN_COMMENT_TAG, set(""), "<!---->"},
-        {"hyphens inside", "<!--a-->", TOKEN_COMMENT_TAG, set("a--b- -"), "<!--a-->", REWRITE_ENDS_EARLY},
-        {"its end", "<!--a-->", TOKEN_COMMENT_TAG, set("b-->c"), "<!--a-->", REWRITE_ENDS_EARLY},
-        {"what browsers take for its end", "<!--a-->", TOKEN_COMMENT_TAG, set("b--!>c"), "<!--a-->",
+    const std::vector<TokenRow> rows = {
+        {"a text is escaped", "a<b>", TOKEN_TEXT, SetText("<"), "&lt;<b>"},
+        {"a comment is written as it is", "<!--a-->b", TOKEN_COMMENT_TAG, SetText("<&"), "<!--<&-->b"},
+        {"an open comment stays open", "<!--a", TOKEN_COMMENT_TAG, SetText("b"), "<!--b"},
+        {"an empty comment", "<!---->", TOKEN_COMMENT_TAG, SetText("b"), "<!--b-->"},
+        {"no text", "<!--a-->", TOKEN_COMMENT_TAG, SetText(""), "<!---->"},
+        {"hyphens inside", "<!--a-->", TOKEN_COMMENT_TAG, SetText("a--b- -"), "<!--a-->", REWRITE_ENDS_EARLY},
+        {"its end", "<!--a-->", TOKEN_COMMENT_TAG, SetText("b-->c"), "<!--a-->", REWRITE_ENDS_EARLY},
+        {"what browsers take for its end", "<!--a-->", TOKEN_COMMENT_TAG, SetText("b--!>c"), "<!--a-->",
          REWRITE_ENDS_EARLY},
-        {"a begin that ends it", "<!--a-->", TOKEN_COMMENT_TAG, set(">b"), "<!--a-->", REWRITE_ENDS_EARLY},
-        {"and another one", "<!--a-->", TOKEN_COMMENT_TAG, set("->b"), "<!--a-->", REWRITE_ENDS_EARLY},
-        {"a hyphen at the end", "<!--a-->", TOKEN_COMMENT_TAG, set("b-"), "<!--a-->", REWRITE_ENDS_EARLY},
-        {"an exclamation mark at the end", "<!--a-->", TOKEN_COMMENT_TAG, set("b--!"), "<!--b--!-->"},
-        {"in a script, its end", "<script><!--a--></script>", TOKEN_COMMENT_TAG, set("</script >"),
+        {"a begin that ends it", "<!--a-->", TOKEN_COMMENT_TAG, SetText(">b"), "<!--a-->", REWRITE_ENDS_EARLY},
+        {"and another one", "<!--a-->", TOKEN_COMMENT_TAG, SetText("->b"), "<!--a-->", REWRITE_ENDS_EARLY},
+        {"a hyphen at the end", "<!--a-->", TOKEN_COMMENT_TAG, SetText("b-"), "<!--a-->", REWRITE_ENDS_EARLY},
+        {"an exclamation mark at the end", "<!--a-->", TOKEN_COMMENT_TAG, SetText("b--!"), "<!--b--!-->"},
+        {"in a script, its end", "<script><!--a--></script>", TOKEN_COMMENT_TAG, SetText("</script >"),
          "<script><!--a--></script>", REWRITE_ENDS_EARLY},
-        {"no text of its own", "<b>", TOKEN_START_TAG, set("c"), "<b>", REWRITE_WRONG_KIND},
-        {"ill-formed", "<!--a-->", TOKEN_COMMENT_TAG, set("\x80"), "<!--a-->", 2},
+        {"no text of its own", "<b>", TOKEN_START_TAG, SetText("c"), "<b>", REWRITE_WRONG_KIND},
+        {"ill-formed", "<!--a-->", TOKEN_COMMENT_TAG, SetText("\x80"), "<!--a-->", 2},
     };
-    Check(rows);
-}
-
-Edit Before(std::string_view content, RewriteContent kind = CONTENT_TEXT) {
-    return [=](RewriterToken token) { return token.InsertBefore(content, kind); };
-}
-
-Edit After(std::string_view content, RewriteContent kind = CONTENT_TEXT) {
-    return [=](RewriterToken token) { return token.InsertAfter(content, kind); };
-}
-
-Edit Replace(std::string_view content, RewriteContent kind = CONTENT_TEXT) {
-    return [=](RewriterToken token) { return token.Replace(content, kind); };
+    CheckRows(rows);
 }
 
 /// The same after an attribute of the tag has been set.
-Edit AfterChange(const Edit& edit) {
+TokenEdit AfterChange(const TokenEdit& edit) {
     return [=](RewriterToken token) {
         EXPECT_EQ(token.SetAttribute("c", "e"), REWRITE_OK);
         return edit(token);
@@ -167,8 +86,7 @@ Edit AfterChange(const Edit& edit) {
 }
 
 TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
-    const Edit remove = [](RewriterToken token) { return token.Remove(); };
-    const std::vector<Row> rows = {
+    const std::vector<TokenRow> rows = {
         {"text in a script is not escaped", "<script>a</script>", TOKEN_TEXT, Replace("b<c&&d"),
          "<script>b<c&&d</script>"},
         {"nor in a style sheet", "<style>a</style>", TOKEN_TEXT, Replace("b>c"), "<style>b>c</style>"},
@@ -194,8 +112,8 @@ TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
         {"one that goes on otherwise", "<script>a</script>", TOKEN_TEXT, Before("</scr"), "<script></scra</script>"},
         {"one that the next token completes", "<script>ipt >a</script>", TOKEN_TEXT, Before("</scr"),
          "<script>ipt >a</script>", REWRITE_ENDS_EARLY},
-        {"one that grows together when a string goes", "<script>a<'b'/script >c</script>", TOKEN_S_QUOTE_STRING, remove,
-         "<script>a<'b'/script >c</script>", REWRITE_ENDS_EARLY},
+        {"one that grows together when a string goes", "<script>a<'b'/script >c</script>", TOKEN_S_QUOTE_STRING,
+         Remove(), "<script>a<'b'/script >c</script>", REWRITE_ENDS_EARLY},
         {"one that an inserted text completes", "<script>a<'b'</script>", TOKEN_S_QUOTE_STRING, Before("/script>"),
          "<script>a<'b'</script>", REWRITE_ENDS_EARLY},
         {"a comment's opener in a script", "<script>a</script>", TOKEN_TEXT, Replace("b<!--c"), "<script>a</script>",
@@ -232,46 +150,28 @@ TEST(RewriterTokenTest, LeavesScriptsAndTheirLikeWhole) {
          "<xmp><b c=e/></xmp>", REWRITE_ENDS_EARLY},
         {"a title has references", "<title>a</title>", TOKEN_TEXT, Replace("</title>"),
          "<title>&lt;/title&gt;</title>"},
-        {"the end tag of a script may go", "<script>a</script>b", TOKEN_END_TAG, remove, "<script>ab"},
+        {"the end tag of a script may go", "<script>a</script>b", TOKEN_END_TAG, Remove(), "<script>ab"},
     };
-    Check(rows);
+    CheckRows(rows);
 }
 
 TEST(RewriterTokenTest, TextDoesNotGoOnWithMarkup) {
-    const std::vector<Row> rows = {
+    const std::vector<TokenRow> rows = {
         {"with a reference", "x &am<b>", TOKEN_TEXT, After("p;"), "x &am&#112;;<b>"},
         {"with one that has no name yet", "x &<b>", TOKEN_TEXT, After("lt"), "x &&#108;t<b>"},
-        {"with a tag", "x<b>", TOKEN_TEXT,
-         [](RewriterToken token) {
-             return token.InsertAfter("<", CONTENT_MARKUP) + token.InsertAfter("i>", CONTENT_TEXT);
-         },
-         "x<&#105;&gt;<b>"},
-        {"within what is inserted", "x<b>", TOKEN_TEXT,
-         [](RewriterToken token) {
-             return token.InsertAfter("&am", CONTENT_MARKUP) + token.InsertAfter("p;", CONTENT_TEXT);
-         },
+        {"with a tag", "x<b>", TOKEN_TEXT, All(After("<", CONTENT_MARKUP), After("i>")), "x<&#105;&gt;<b>"},
+        {"within what is inserted", "x<b>", TOKEN_TEXT, All(After("&am", CONTENT_MARKUP), After("p;")),
          "x&am&#112;;<b>"},
         {"with a reference that inserted markup goes on with", "x &<b>", TOKEN_TEXT,
-         [](RewriterToken token) {
-             return token.InsertAfter("am", CONTENT_MARKUP) + token.InsertAfter("p;", CONTENT_TEXT);
-         },
-         "x &am&#112;;<b>"},
+         All(After("am", CONTENT_MARKUP), After("p;")), "x &am&#112;;<b>"},
         {"with a tag that inserted markup goes on with", "x<b>", TOKEN_TEXT,
-         [](RewriterToken token) {
-             return token.Replace("<", CONTENT_MARKUP) + token.InsertAfter("/", CONTENT_MARKUP) +
-                    token.InsertAfter("i", CONTENT_TEXT);
-         },
-         "</&#105;<b>"},
+         All(Replace("<", CONTENT_MARKUP), After("/", CONTENT_MARKUP), After("i")), "</&#105;<b>"},
         {"an empty text between markup makes no text of it", "x &<b>", TOKEN_TEXT,
-         [](RewriterToken token) {
-             return token.InsertAfter("", CONTENT_TEXT) + token.InsertAfter("a", CONTENT_MARKUP) +
-                    token.InsertAfter("", CONTENT_TEXT) + token.InsertAfter("mp;", CONTENT_MARKUP);
-         },
-         "x &amp;<b>"},
+         All(After(""), After("a", CONTENT_MARKUP), After(""), After("mp;", CONTENT_MARKUP)), "x &amp;<b>"},
         {"markup is the host's affair", "x &am<b>", TOKEN_TEXT, After("p;", CONTENT_MARKUP), "x &amp;<b>"},
         {"nothing to go on with", "x &amp;<b>", TOKEN_TEXT, After("p"), "x &amp;p<b>"},
     };
-    Check(rows);
+    CheckRows(rows);
 }
 
 TEST(RewriterTokenTest, SaysWhatIsThere) {

@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/html/stateless/EventRows.h"
 
 // One attribute: a name, with or without "=" and a value. What begins no name takes the rest of the
@@ -86,48 +81,43 @@ TEST(AttrEventsTest, ABadOneTakesTheRest) {
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-TEST(AttrEventsTest, ABadOneThatIsInterrupted) {
-    CheckRows({
-        EventRow("the attribute in front stays", "<p a %>", {"start(p|{a=})\n", {1, 8}}),
-        EventRow("the next piece begins with a name again", "<a %x y=z>", {"start(a|)\n", {1, 11}})
-            .After("<a %", {"start(a|{x=}{y=z})\n", {1, 11}})
-            .After("<a %x", {"start(a|{y=z})\n", {1, 11}})
-            .After("<a %x ", {"start(a|{y=z})\n", {1, 11}})
-            .After("<a %x y=", {"start(a|{z=})\n", {1, 11}})
-            .Bytewise({"start(a|{x=}{y=z})\n", {1, 11}}),
-        EventRow("with a quoted value", "<p a=1 %b c='d'>", {"start(p|{a=1})\n", {1, 17}})
-            .After("<p a=1 %", {"start(p|{a=1}{b=}{c=d})\n", {1, 17}})
-            .After("<p a=1 %b", {"start(p|{a=1}{c=d})\n", {1, 17}})
-            .After("<p a=1 %b ", {"start(p|{a=1}{c=d})\n", {1, 17}})
-            .After("<p a=1 %b c='", {"start(p|{a=1}{d=})\n", {1, 17}})
-            .Bytewise({"", {1, 17}, 16}),
-        EventRow("a slash is part of it", "<p %/>", {"start(p|)\n", {1, 7}})
-            .After("<p %", {"start(p|)\nend(p)\n", {1, 7}})
-            .Bytewise({"start(p|)\nend(p)\n", Place().Bytes(5).Content(1)}),
-        EventRow("a question mark is part of it", "<p %?>", {"start(p|)\n", {1, 7}})
-            .AfterAndBytewise("<p %", {"", {1, 5}, 702}),
-        EventRow("its line breaks are columns", "<p %\ny>", {"start(p|)\n", {1, 8}})
-            .AfterAndBytewise("<p %", {"start(p|{y=})\n", {2, 3}})
-            .After("<p %\n", {"start(p|{y=})\n", {1, 8}}),
-        EventRow("a line break at its end", "<p %\n>", {"start(p|)\n", {1, 7}})
-            .AfterAndBytewise("<p %", {"start(p|)\n", {2, 2}}),
-        EventRow("blanks at its end", "<p % >", {"start(p|)\n", {1, 7}}),
-        EventRow("it is not over", "<p %x", {"", {1, 6}, 16}),
-        EventRow("a list that begins with \"=\"", "<p =1 b>", {"start(p|)\n", {1, 9}})
-            .AfterAndBytewise("<p =1 ", {"start(p|{b=})\n", {1, 9}})
-            .After("<p =1", {"start(p|{b=})\n", {1, 9}}),
-    });
-}
+const std::vector<EventRow> A_BAD_ONE_THAT_IS_INTERRUPTED = {
+    EventRow("the attribute in front stays", "<p a %>", {"start(p|{a=})\n", {1, 8}}),
+    EventRow("the next piece begins with a name again", "<a %x y=z>", {"start(a|)\n", {1, 11}})
+        .After("<a %", {"start(a|{x=}{y=z})\n", {1, 11}})
+        .After("<a %x", {"start(a|{y=z})\n", {1, 11}})
+        .After("<a %x ", {"start(a|{y=z})\n", {1, 11}})
+        .After("<a %x y=", {"start(a|{z=})\n", {1, 11}})
+        .Bytewise({"start(a|{x=}{y=z})\n", {1, 11}}),
+    EventRow("with a quoted value", "<p a=1 %b c='d'>", {"start(p|{a=1})\n", {1, 17}})
+        .After("<p a=1 %", {"start(p|{a=1}{b=}{c=d})\n", {1, 17}})
+        .After("<p a=1 %b", {"start(p|{a=1}{c=d})\n", {1, 17}})
+        .After("<p a=1 %b ", {"start(p|{a=1}{c=d})\n", {1, 17}})
+        .After("<p a=1 %b c='", {"start(p|{a=1}{d=})\n", {1, 17}})
+        .Bytewise({"", {1, 17}, 16}),
+    EventRow("a slash is part of it", "<p %/>", {"start(p|)\n", {1, 7}})
+        .After("<p %", {"start(p|)\nend(p)\n", {1, 7}})
+        .Bytewise({"start(p|)\nend(p)\n", {1, 1 + 5 + 2 * 1}}),
+    {"a question mark is part of it", "<p %", "?>", {"start(p|)\n", {1, 7}}, {"", {1, 5}, 702}},
+    EventRow("its line breaks are columns", "<p %", "\ny>", {"start(p|)\n", {1, 8}}, {"start(p|{y=})\n", {2, 3}})
+        .After("<p %\n", {"start(p|{y=})\n", {1, 8}}),
+    {"a line break at its end", "<p %", "\n>", {"start(p|)\n", {1, 7}}, {"start(p|)\n", {2, 2}}},
+    EventRow("blanks at its end", "<p % >", {"start(p|)\n", {1, 7}}),
+    EventRow("it is not over", "<p %x", {"", {1, 6}, 16}),
+    EventRow("a list that begins with \"=\"", "<p =1 ", "b>", {"start(p|)\n", {1, 9}}, {"start(p|{b=})\n", {1, 9}})
+        .After("<p =1", {"start(p|{b=})\n", {1, 9}}),
+};
 
-TEST(AttrEventsTest, NotOver) {
-    CheckRows({
-        {"a name", "<p nam", {"", {1, 7}, 16}},
-        {"a name and white space", "<p name ", {"", {1, 9}, 16}},
-        {"a name and line breaks", "<p name\n\n", {"", {2, 1}, 16}},
-        {"\"=\"", "<p name=", {"", {1, 9}, 16}},
-        {"white space and no name", "<p ", {"", {1, 4}, 16}},
-    });
-}
+const std::vector<EventRow> NOT_OVER = {
+    {"a name", "<p nam", {"", {1, 7}, 16}},
+    {"a name and white space", "<p name ", {"", {1, 9}, 16}},
+    {"a name and line breaks", "<p name\n\n", {"", {2, 1}, 16}},
+    {"\"=\"", "<p name=", {"", {1, 9}, 16}},
+    {"white space and no name", "<p ", {"", {1, 4}, 16}},
+};
+
+const EventTables TABLES("AttrEventsTest",
+                         {{"ABadOneThatIsInterrupted", A_BAD_ONE_THAT_IS_INTERRUPTED}, {"NotOver", NOT_OVER}});
 
 }  // namespace
 }  // namespace Kestra::Test

@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/html/stateless/EventRows.h"
 
 // Lists of attributes: in source order, duplicates kept, up to "?", "/" or ">".
@@ -81,30 +76,29 @@ TEST(AttrsEventsTest, InAnInstruction) {
     CheckRows(rows);
 }
 
-TEST(AttrsEventsTest, OfAnyLength) {
-    CheckRows({
-        {"none", "<p>", {"start(p|)\n", {1, 4}}},
-        {"none, after white space", "<p \t>", {"start(p|)\n", {1, 6}}},
-        {"the same name again", "<p a a a>", {"start(p|{a=}{a=}{a=})\n", {1, 10}}},
-        {"the same name with other values", "<p b=2 a=1 b=1>", {"start(p|{b=2}{a=1}{b=1})\n", {1, 16}}},
-        {"names that differ in case", "<p A=1 a=2>", {"start(p|{A=1}{a=2})\n", {1, 12}}},
-        {"ten of them",
-         "<p a b=1 c d=2 e f=3 g h=4 i j=5>",
-         {"start(p|{a=}{b=1}{c=}{d=2}{e=}{f=3}{g=}{h=4}{i=}{j=5})\n", {1, 34}}},
-        {"lines in between", "<p a=1\n\n\nb=2>", {"start(p|{a=1}{b=2})\n", {3, 5}}},
-        {"a line break at the end", "<p a=1 b\n>", {"start(p|{a=1}{b=})\n", {2, 2}}},
-        {"\"?\" ends the list of a start tag", "<p a b ?>", {"", {1, 8}, 702}},
-        {"\"?\" right after a name", "<p a b?>", {"", {1, 7}, 702}},
-        {"an instruction whose list ends at \"/\"", "<?p a b/>", {"", {1, 8}, 702}},
-        {"a bad one ends the list", "<p a b=1 \">", {"start(p|{a=}{b=1})\n", {1, 12}}},
-        {"a bad one right after a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
-        EventRow("a quote after a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}})
-            .Bytewise({"", {1, 11}, 16}),
-        {"not over after a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
-        {"not over after the second name", "<p a=1 b", {"", {1, 9}, 16}},
-        {"not over after line breaks", "<p a\r\n", {"", {2, 1}, 16}},
-    });
-}
+const std::vector<EventRow> OF_ANY_LENGTH = {
+    {"none", "<p>", {"start(p|)\n", {1, 4}}},
+    {"none, after white space", "<p \t>", {"start(p|)\n", {1, 6}}},
+    {"the same name again", "<p a a a>", {"start(p|{a=}{a=}{a=})\n", {1, 10}}},
+    {"the same name with other values", "<p b=2 a=1 b=1>", {"start(p|{b=2}{a=1}{b=1})\n", {1, 16}}},
+    {"names that differ in case", "<p A=1 a=2>", {"start(p|{A=1}{a=2})\n", {1, 12}}},
+    {"ten of them",
+     "<p a b=1 c d=2 e f=3 g h=4 i j=5>",
+     {"start(p|{a=}{b=1}{c=}{d=2}{e=}{f=3}{g=}{h=4}{i=}{j=5})\n", {1, 34}}},
+    {"lines in between", "<p a=1\n\n\nb=2>", {"start(p|{a=1}{b=2})\n", {3, 5}}},
+    {"a line break at the end", "<p a=1 b\n>", {"start(p|{a=1}{b=})\n", {2, 2}}},
+    {"\"?\" ends the list of a start tag", "<p a b ?>", {"", {1, 8}, 702}},
+    {"\"?\" right after a name", "<p a b?>", {"", {1, 7}, 702}},
+    {"an instruction whose list ends at \"/\"", "<?p a b/>", {"", {1, 8}, 702}},
+    {"a bad one ends the list", "<p a b=1 \">", {"start(p|{a=}{b=1})\n", {1, 12}}},
+    {"a bad one right after a name", "<p a\">", {"start(p|{a=})\n", {1, 7}}},
+    EventRow("a quote after a quoted value", "<p a='1''>", {"start(p|{a=1})\n", {1, 11}}).Bytewise({"", {1, 11}, 16}),
+    {"not over after a value and a blank", "<p a=1 ", {"", {1, 8}, 16}},
+    {"not over after the second name", "<p a=1 b", {"", {1, 9}, 16}},
+    {"not over after line breaks", "<p a\r\n", {"", {2, 1}, 16}},
+};
+
+const EventTables TABLES("AttrsEventsTest", {{"OfAnyLength", OF_ANY_LENGTH}});
 
 }  // namespace
 }  // namespace Kestra::Test

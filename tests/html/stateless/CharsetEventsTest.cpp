@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/html/stateless/EventRows.h"
 #include "tests/support/EventRun.h"
 
@@ -149,84 +144,77 @@ TEST(CharsetEventsTest, Flags) {
     }
 }
 
-TEST(CharsetEventsTest, FromTheTagOn) {
-    CheckRows({
-        EventRow("not the text in front", "\xC1<?xml encoding=koi8-r b=\xC1 ?>\xC1<p>",
-                 {"text(\\u00C1)\nextern(xml|{encoding=koi8-r}{b=\\u0430})\ntext(\\u0430)\nstart(p|)\n",
-                  Place().Content(1).Bytes(28).Content(1).Bytes(3)})
-            .AfterAndBytewise("\xC1<?xml encoding=koi8-r b=\xC1 ?",
-                              {"text(\\u00C1)\nextern(xml|{encoding=koi8-r}{b=\\u0430})\ntext(>\\u0430)\nstart(p|)\n",
-                               Place().Content(1).Bytes(27).Content(2).Bytes(3)}),
-        {"the values of the tag itself",
-         "<meta a=\xC1 http-equiv=content-type content=charset=koi8-r>",
-         {"start(meta|{a=\\u0430}{http-equiv=content-type}{content=charset=koi8-r})\n", {1, 58}}},
-        {"every other construct",
-         "<meta http-equiv=content-type content=charset=koi8-r><!d \xC1><?i a=\xC1?><p a=\xC1>\xC1</p>",
-         {"start(meta|{http-equiv=content-type}{content=charset=koi8-r})\nentity(d|{\\u0430})\nextern(i|{a=\\u0430?})\n"
-          "start(p|{a=\\u0430})\ntext(\\u0430)\nend(p)\n",
-          Place().Bytes(53 + 6 + 9 + 7).Content(1).Bytes(4)}},
-        EventRow("a comment", "<!--\xC1-->", {"comment(\\u0430)\n", Place().Bytes(8)})
-            .In(KOI8_R)
-            .AfterAndBytewise("<!--\xC1", {"comment(\\u0430)\n", Place().Bytes(5).Content(3)})
-            .After("<!--\xC1-", {"comment(\\u0430)\n", Place().Bytes(6).Content(2)})
-            .After("<!--\xC1--", {"comment(\\u0430)\n", Place().Bytes(7).Content(1)}),
-        EventRow("not the body of a script, but the values before it", "<script a=\xC1>'\xC1'</script>\xC1<p>",
-                 {"script({a=\\u0430}|'\\u00C1')\ntext(\\u0430)\nstart(p|)\n",
-                  Place().Bytes(12 + 3 + 1).Content(8).Content(1).Bytes(3)})
-            .In(KOI8_R),
-        EventRow("nor that of a style sheet", "<style a=\xC1>\xC1</style>\xC1<p>",
-                 {"style({a=\\u0430}|\\u00C1)\ntext(\\u0430)\nstart(p|)\n",
-                  Place().Bytes(11).Content(1).Bytes(1).Content(8).Bytes(3)})
-            .In(KOI8_R),
-        EventRow("a character of two bytes", "\xC3\xA9<p a=\xC3\xA9>",
-                 {"text(\\u00E9)\nstart(p|{a=\\u00E9})\n", Place().Content(2).Bytes(8)})
-            .In(UTF8),
-        EventRow("a charset without a converter falls back to the ANSI code page", "\xC1<p a=\xC1>",
-                 {"text(\\u00C1)\nstart(p|{a=\\u00C1})\n", Place().Content(1).Bytes(7)})
-            .In(NO_CONVERTER),
-    });
-}
+const std::vector<EventRow> FROM_THE_TAG_ON = {
+    {"not the text in front",
+     "\xC1<?xml encoding=koi8-r b=\xC1 ?",
+     ">\xC1<p>",
+     {"text(\\u00C1)\nextern(xml|{encoding=koi8-r}{b=\\u0430})\ntext(\\u0430)\nstart(p|)\n",
+      Place().Content(1).Bytes(28).Content(1).Bytes(3)},
+     {"text(\\u00C1)\nextern(xml|{encoding=koi8-r}{b=\\u0430})\ntext(>\\u0430)\nstart(p|)\n",
+      Place().Content(1).Bytes(27).Content(2).Bytes(3)}},
+    {"the values of the tag itself",
+     "<meta a=\xC1 http-equiv=content-type content=charset=koi8-r>",
+     {"start(meta|{a=\\u0430}{http-equiv=content-type}{content=charset=koi8-r})\n", {1, 58}}},
+    {"every other construct",
+     "<meta http-equiv=content-type content=charset=koi8-r><!d \xC1><?i a=\xC1?><p a=\xC1>\xC1</p>",
+     {"start(meta|{http-equiv=content-type}{content=charset=koi8-r})\nentity(d|{\\u0430})\nextern(i|{a=\\u0430?})\n"
+      "start(p|{a=\\u0430})\ntext(\\u0430)\nend(p)\n",
+      Place().Bytes(53 + 6 + 9 + 7).Content(1).Bytes(4)}},
+    EventRow("a comment", "<!--\xC1-->", {"comment(\\u0430)\n", {1, 9}})
+        .In(KOI8_R)
+        .AfterAndBytewise("<!--\xC1", {"comment(\\u0430)\n", {1, 1 + 5 + 2 * 3}})
+        .After("<!--\xC1-", {"comment(\\u0430)\n", {1, 1 + 6 + 2 * 2}})
+        .After("<!--\xC1--", {"comment(\\u0430)\n", {1, 1 + 7 + 2 * 1}}),
+    EventRow("not the body of a script, but the values before it", "<script a=\xC1>'\xC1'</script>\xC1<p>",
+             {"script({a=\\u0430}|'\\u00C1')\ntext(\\u0430)\nstart(p|)\n",
+              Place().Bytes(12 + 3 + 1).Content(8).Content(1).Bytes(3)})
+        .In(KOI8_R),
+    EventRow("nor that of a style sheet", "<style a=\xC1>\xC1</style>\xC1<p>",
+             {"style({a=\\u0430}|\\u00C1)\ntext(\\u0430)\nstart(p|)\n",
+              Place().Bytes(11).Content(1).Bytes(1).Content(8).Bytes(3)})
+        .In(KOI8_R),
+    EventRow("a character of two bytes", "\xC3\xA9<p a=\xC3\xA9>",
+             {"text(\\u00E9)\nstart(p|{a=\\u00E9})\n", {1, 1 + 2 * 2 + 8}})
+        .In(UTF8),
+    EventRow("a charset without a converter falls back to the ANSI code page", "\xC1<p a=\xC1>",
+             {"text(\\u00C1)\nstart(p|{a=\\u00C1})\n", {1, 1 + 2 * 1 + 7}})
+        .In(NO_CONVERTER),
+};
 
 /// Pairs of bytes make characters; names and bodies stay bytes.
-TEST(CharsetEventsTest, PairsOfBytes) {
-    CheckRows({
-        EventRow("text and values", "ab<p cd=ef>", {"text(\\u6261)\nstart(p|{cd=\\u6665})\n", {1, 14}}).In(UTF16),
-        EventRow("an odd byte at the end", "abc<p cd=efg>",
-                 {"text(\\u6261\\uFFFD)\nstart(p|{cd=\\u6665\\uFFFD})\n", {1, 17}})
-            .In(UTF16),
-        EventRow("items, and the names of end tags", "<!d ab></p>", {"entity(d|{\\u6261})\nend(p)\n", {1, 12}})
-            .In(UTF16),
-        EventRow("the body of a script", "<script>ab</script>",
-                 {"script(|ab)\n", Place().Bytes(8).Content(2).Bytes(1).Content(8)})
-            .In(UTF16),
-        EventRow("the body of a style sheet", "<style>ab</style>",
-                 {"style(|ab)\n", Place().Bytes(7).Content(2).Bytes(1).Content(7)})
-            .In(UTF16),
-        EventRow("chosen by the markup", "<?xml encoding=utf-16 a=bc ?>ab<p>",
-                 {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u6261)\nstart(p|)\n",
-                  Place().Bytes(29).Content(2).Bytes(3)})
-            .AfterAndBytewise(
-                "<?xml encoding=utf-16 a=bc ?",
-                {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u613E\\uFFFD)\nstart(p|)\n",
-                 Place().Bytes(28).Content(3).Bytes(3)}),
-    });
-}
+const std::vector<EventRow> PAIRS_OF_BYTES = {
+    EventRow("text and values", "ab<p cd=ef>", {"text(\\u6261)\nstart(p|{cd=\\u6665})\n", {1, 14}}).In(UTF16),
+    EventRow("an odd byte at the end", "abc<p cd=efg>",
+             {"text(\\u6261\\uFFFD)\nstart(p|{cd=\\u6665\\uFFFD})\n", {1, 17}})
+        .In(UTF16),
+    EventRow("items, and the names of end tags", "<!d ab></p>", {"entity(d|{\\u6261})\nend(p)\n", {1, 12}}).In(UTF16),
+    EventRow("the body of a script", "<script>ab</script>", {"script(|ab)\n", {1, 1 + 8 + 2 * 2 + 1 + 2 * 8}})
+        .In(UTF16),
+    EventRow("the body of a style sheet", "<style>ab</style>", {"style(|ab)\n", {1, 1 + 7 + 2 * 2 + 1 + 2 * 7}})
+        .In(UTF16),
+    {"chosen by the markup",
+     "<?xml encoding=utf-16 a=bc ?",
+     ">ab<p>",
+     {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u6261)\nstart(p|)\n",
+      Place().Bytes(29).Content(2).Bytes(3)},
+     {"extern(xml|{encoding=\\u7475\\u2D66\\u3631}{a=\\u6362})\ntext(\\u613E\\uFFFD)\nstart(p|)\n",
+      Place().Bytes(28).Content(3).Bytes(3)}},
+};
 
 /// A charset belongs to one document.
 TEST(CharsetEventsTest, AnotherDocumentBeginsWithoutOne) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    HTML::StatelessHTMLParser parser;
-    parser.Attach(&observer);
+    TracedParser parser;
     parser.StartParse(KOI8_R);
-    parser.ParseBuffer("\xC1<p>", 4);
+    parser.Feed("\xC1<p>");
     parser.EndParse();
     parser.StartParse(NONE);
-    parser.ParseBuffer("\xC1<p>", 4);
+    parser.Feed("\xC1<p>");
     parser.EndParse();
-    EXPECT_EQ(lines, (Lines{"start-parsing", IS_KOI8_R, "start(p|)", "stop-parsing", "start-parsing", IS_ANSI,
-                            "start(p|)", "stop-parsing"}));
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", IS_KOI8_R, "start(p|)", "stop-parsing", "start-parsing", IS_ANSI,
+                                   "start(p|)", "stop-parsing"}));
 }
+
+const EventTables TABLES("CharsetEventsTest", {{"FromTheTagOn", FROM_THE_TAG_ON}, {"PairsOfBytes", PAIRS_OF_BYTES}});
 
 }  // namespace
 }  // namespace Kestra::Test

@@ -85,92 +85,83 @@ TEST(CommentTagEventsTest, RunsOfHyphens) {
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-TEST(CommentTagEventsTest, Hyphens) {
-    CheckRows({
-        MakeRow("one in a word", " x-y ", {{" ", 0}, {" x", 0}, {" x", 0}, {" xy", 1}, {" xy ", 1}}),
-        MakeRow("three and \">\" are no end", "a--->b",
-                {{"a", 0}, {"a", 0}, {"a", 0}, {"a---", 1}, {"a--->", 1}, {"a--->b", 1}}),
-        MakeRow("two words", "x-y-z", {{"x", 0}, {"x", 0}, {"xy", 1}, {"xy", 1}, {"xyz", 2}}),
-        MakeRow("one and \">\"", "->", {{"", 0}, {">", 1}}),
-        MakeRow("apart", "- -a", {{"", 0}, {" ", 1}, {" ", 1}, {" a", 2}}),
-        MakeRow("one, two", "a-b--c", {{"a", 0}, {"a", 0}, {"ab", 1}, {"ab", 1}, {"ab", 1}, {"ab--c", 2}}),
-        MakeRow("two, one", "--a-b", {{"", 0}, {"", 0}, {"--a", 1}, {"--a", 1}, {"--ab", 2}}),
-        MakeRow("an exclamation mark is no end", "a--!>", {{"a", 0}, {"a", 0}, {"a", 0}, {"a--!", 1}, {"a--!>", 1}}),
-        MakeRow("a blank before \">\" is none either", "a-- >",
-                {{"a", 0}, {"a", 0}, {"a", 0}, {"a-- ", 1}, {"a-- >", 1}}),
-    });
-}
+const std::vector<EventRow> HYPHENS = {
+    MakeRow("one in a word", " x-y ", {{" ", 0}, {" x", 0}, {" x", 0}, {" xy", 1}, {" xy ", 1}}),
+    MakeRow("three and \">\" are no end", "a--->b",
+            {{"a", 0}, {"a", 0}, {"a", 0}, {"a---", 1}, {"a--->", 1}, {"a--->b", 1}}),
+    MakeRow("two words", "x-y-z", {{"x", 0}, {"x", 0}, {"xy", 1}, {"xy", 1}, {"xyz", 2}}),
+    MakeRow("one and \">\"", "->", {{"", 0}, {">", 1}}),
+    MakeRow("apart", "- -a", {{"", 0}, {" ", 1}, {" ", 1}, {" a", 2}}),
+    MakeRow("one, two", "a-b--c", {{"a", 0}, {"a", 0}, {"ab", 1}, {"ab", 1}, {"ab", 1}, {"ab--c", 2}}),
+    MakeRow("two, one", "--a-b", {{"", 0}, {"", 0}, {"--a", 1}, {"--a", 1}, {"--ab", 2}}),
+    MakeRow("an exclamation mark is no end", "a--!>", {{"a", 0}, {"a", 0}, {"a", 0}, {"a--!", 1}, {"a--!>", 1}}),
+    MakeRow("a blank before \">\" is none either", "a-- >", {{"a", 0}, {"a", 0}, {"a", 0}, {"a-- ", 1}, {"a-- >", 1}}),
+};
 
 TEST(CommentTagEventsTest, Lines) {
     const std::string p = "start(p|)\n";
     CheckRows({
-        EventRow("a line break is a column", "<!--a\nb--><p>", {"comment(a\\nb)\n" + p, Place().Bytes(13)})
-            .AfterAndBytewise("<!--a", {"comment(a)\ntext(\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!--a\n", {"comment(a\\n)\ntext(b-->)\n" + p, Place().Bytes(6).Content(4).Bytes(3)})
-            .After("<!--a\nb", {"comment(a\\nb)\ntext(-->)\n" + p, Place().Bytes(7).Content(3).Bytes(3)})
-            .After("<!--a\nb-", {"comment(a\\nb)\ntext(->)\n" + p, Place().Bytes(8).Content(2).Bytes(3)})
-            .After("<!--a\nb--", {"comment(a\\nb)\ntext(>)\n" + p, Place().Bytes(9).Content(1).Bytes(3)}),
-        EventRow("but after a hyphen it is counted", "<!--a-\nb--><p>",
-                 {"comment(a\\nb)\n" + p, Place().Lines(1, 2).Bytes(7)})
-            .AfterAndBytewise("<!--a", {"comment(a)\ntext(-\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!--a-", {"comment(a)\ntext(\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!--a-\n", {"comment(a\\n)\ntext(b-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!--a-\nb", {"comment(a\\nb)\ntext(-->)\n" + p, Place().Lines(1, 2).Bytes(1).Content(3).Bytes(3)})
-            .After("<!--a-\nb-", {"comment(a\\nb)\ntext(->)\n" + p, Place().Lines(1, 2).Bytes(2).Content(2).Bytes(3)})
-            .After("<!--a-\nb--", {"comment(a\\nb)\ntext(>)\n" + p, Place().Lines(1, 2).Bytes(3).Content(1).Bytes(3)}),
-        EventRow("and after two hyphens", "<!----\nb--><p>", {"comment(--\\nb)\n" + p, Place().Lines(1, 2).Bytes(7)})
-            .AfterAndBytewise("<!---", {"comment()\ntext(-\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!----", {"comment()\ntext(\\nb-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!----\n", {"comment(--\\n)\ntext(b-->)\n" + p, Place().Lines(1, 2).Content(4).Bytes(3)})
-            .After("<!----\nb", {"comment(--\\nb)\ntext(-->)\n" + p, Place().Lines(1, 2).Bytes(1).Content(3).Bytes(3)})
-            .After("<!----\nb-", {"comment(--\\nb)\ntext(->)\n" + p, Place().Lines(1, 2).Bytes(2).Content(2).Bytes(3)})
-            .After("<!----\nb--", {"comment(--\\nb)\ntext(>)\n" + p, Place().Lines(1, 2).Bytes(3).Content(1).Bytes(3)}),
+        EventRow("a line break is a column", "<!--a", "\nb--><p>", {"comment(a\\nb)\n" + p, {1, 14}},
+                 {"comment(a)\ntext(\\nb-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!--a\n", {"comment(a\\n)\ntext(b-->)\n" + p, {1, 1 + 6 + 2 * 4 + 3}})
+            .After("<!--a\nb", {"comment(a\\nb)\ntext(-->)\n" + p, {1, 1 + 7 + 2 * 3 + 3}})
+            .After("<!--a\nb-", {"comment(a\\nb)\ntext(->)\n" + p, {1, 1 + 8 + 2 * 2 + 3}})
+            .After("<!--a\nb--", {"comment(a\\nb)\ntext(>)\n" + p, {1, 1 + 9 + 2 * 1 + 3}}),
+        EventRow("but after a hyphen it is counted", "<!--a", "-\nb--><p>", {"comment(a\\nb)\n" + p, {2, 9}},
+                 {"comment(a)\ntext(-\\nb-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!--a-", {"comment(a)\ntext(\\nb-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!--a-\n", {"comment(a\\n)\ntext(b-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!--a-\nb", {"comment(a\\nb)\ntext(-->)\n" + p, {2, 2 + 1 + 2 * 3 + 3}})
+            .After("<!--a-\nb-", {"comment(a\\nb)\ntext(->)\n" + p, {2, 2 + 2 + 2 * 2 + 3}})
+            .After("<!--a-\nb--", {"comment(a\\nb)\ntext(>)\n" + p, {2, 2 + 3 + 2 * 1 + 3}}),
+        EventRow("and after two hyphens", "<!---", "-\nb--><p>", {"comment(--\\nb)\n" + p, {2, 9}},
+                 {"comment()\ntext(-\\nb-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!----", {"comment()\ntext(\\nb-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!----\n", {"comment(--\\n)\ntext(b-->)\n" + p, {2, 2 + 2 * 4 + 3}})
+            .After("<!----\nb", {"comment(--\\nb)\ntext(-->)\n" + p, {2, 2 + 1 + 2 * 3 + 3}})
+            .After("<!----\nb-", {"comment(--\\nb)\ntext(->)\n" + p, {2, 2 + 2 + 2 * 2 + 3}})
+            .After("<!----\nb--", {"comment(--\\nb)\ntext(>)\n" + p, {2, 2 + 3 + 2 * 1 + 3}}),
     });
 }
 
-TEST(CommentTagEventsTest, InADocument) {
-    CheckRows({
-        EventRow("a tag inside", "<!--a<b>-->", {"comment(a<b>)\n", Place().Bytes(11)})
-            .AfterAndBytewise("<!--a", {"comment(a)\nstart(b|)\n", Place().Bytes(8).Content(3)})
-            .After("<!--a<", {"comment(a<)\n", Place().Bytes(6).Content(5)})
-            .After("<!--a<b", {"comment(a<b)\n", Place().Bytes(7).Content(4)})
-            .After("<!--a<b>", {"comment(a<b>)\n", Place().Bytes(8).Content(3)})
-            .After("<!--a<b>-", {"comment(a<b>)\n", Place().Bytes(9).Content(2)})
-            .After("<!--a<b>--", {"comment(a<b>)\n", Place().Bytes(10).Content(1)}),
-        EventRow("two of them", "<!--a--><!--b-->", {"comment(a)\ncomment(b)\n", Place().Bytes(16)})
-            .After("<!--a", {"comment(a)\ntext(-->)\ncomment(b)\n", Place().Bytes(5).Content(3).Bytes(8)})
-            .After("<!--a-", {"comment(a)\ntext(->)\ncomment(b)\n", Place().Bytes(6).Content(2).Bytes(8)})
-            .After("<!--a--", {"comment(a)\ntext(>)\ncomment(b)\n", Place().Bytes(7).Content(1).Bytes(8)})
-            .After("<!--a--><!--b", {"comment(a)\ncomment(b)\n", Place().Bytes(13).Content(3)})
-            .After("<!--a--><!--b-", {"comment(a)\ncomment(b)\n", Place().Bytes(14).Content(2)})
-            .After("<!--a--><!--b--", {"comment(a)\ncomment(b)\n", Place().Bytes(15).Content(1)})
-            .Bytewise({"comment(a)\ntext(-->)\ncomment(b)\n", Place().Bytes(5).Content(3).Bytes(5).Content(3)}),
-        EventRow("a text in front", "a<!--b-->", {"text(a)\ncomment(b)\n", Place().Content(1).Bytes(8)})
-            .AfterAndBytewise("a<!--b", {"text(a)\ncomment(b)\n", Place().Content(1).Bytes(5).Content(3)})
-            .After("a<!--b-", {"text(a)\ncomment(b)\n", Place().Content(1).Bytes(6).Content(2)})
-            .After("a<!--b--", {"text(a)\ncomment(b)\n", Place().Content(1).Bytes(7).Content(1)}),
-        {"it opens with two hyphens", "<!-a-->", {"", Place().Bytes(3), 703}},
-    });
-}
+const std::vector<EventRow> IN_A_DOCUMENT = {
+    EventRow("a tag inside", "<!--a", "<b>-->", {"comment(a<b>)\n", {1, 12}},
+             {"comment(a)\nstart(b|)\n", {1, 1 + 8 + 2 * 3}})
+        .After("<!--a<", {"comment(a<)\n", {1, 1 + 6 + 2 * 5}})
+        .After("<!--a<b", {"comment(a<b)\n", {1, 1 + 7 + 2 * 4}})
+        .After("<!--a<b>", {"comment(a<b>)\n", {1, 1 + 8 + 2 * 3}})
+        .After("<!--a<b>-", {"comment(a<b>)\n", {1, 1 + 9 + 2 * 2}})
+        .After("<!--a<b>--", {"comment(a<b>)\n", {1, 1 + 10 + 2 * 1}}),
+    EventRow("two of them", "<!--a--><!--b-->", {"comment(a)\ncomment(b)\n", {1, 17}})
+        .After("<!--a", {"comment(a)\ntext(-->)\ncomment(b)\n", {1, 1 + 5 + 2 * 3 + 8}})
+        .After("<!--a-", {"comment(a)\ntext(->)\ncomment(b)\n", {1, 1 + 6 + 2 * 2 + 8}})
+        .After("<!--a--", {"comment(a)\ntext(>)\ncomment(b)\n", {1, 1 + 7 + 2 * 1 + 8}})
+        .After("<!--a--><!--b", {"comment(a)\ncomment(b)\n", {1, 1 + 13 + 2 * 3}})
+        .After("<!--a--><!--b-", {"comment(a)\ncomment(b)\n", {1, 1 + 14 + 2 * 2}})
+        .After("<!--a--><!--b--", {"comment(a)\ncomment(b)\n", {1, 1 + 15 + 2 * 1}})
+        .Bytewise({"comment(a)\ntext(-->)\ncomment(b)\n", {1, 1 + 5 + 2 * 3 + 5 + 2 * 3}}),
+    EventRow("a text in front", "a<!--b", "-->", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 8}},
+             {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 5 + 2 * 3}})
+        .After("a<!--b-", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 6 + 2 * 2}})
+        .After("a<!--b--", {"text(a)\ncomment(b)\n", {1, 1 + 2 * 1 + 7 + 2 * 1}}),
+    {"it opens with two hyphens", "<!-a-->", {"", {1, 4}, 703}},
+};
 
-TEST(CommentTagEventsTest, NotOver) {
-    CheckRows({
-        {"\"<!-\"", "<!-", {"", Place().Bytes(3)}},
-        {"\"<!--\"", "<!--", {"", Place().Bytes(4)}},  // no byte of it yet
-        {"one byte", "<!--a", {"comment(a)\n", Place().Bytes(5)}},
-        {"one hyphen", "<!---", {"comment()\n", Place().Bytes(5)}},
-        EventRow("two bytes", "<!--ab", {"comment(ab)\n", Place().Bytes(6)})
-            .AfterAndBytewise("<!--a", {"comment(a)\n", Place().Bytes(5).Content(1)}),
-        EventRow("a hyphen at the end", "<!--a-", {"comment(a)\n", Place().Bytes(6)})
-            .AfterAndBytewise("<!--a", {"comment(a)\n", Place().Bytes(5).Content(1)}),
-        EventRow("two hyphens at the end", "<!--a--", {"comment(a)\n", Place().Bytes(7)})
-            .AfterAndBytewise("<!--a", {"comment(a)\n", Place().Bytes(5).Content(2)})
-            .After("<!--a-", {"comment(a)\n", Place().Bytes(6).Content(1)}),
-        EventRow("three hyphens at the end", "<!-----", {"comment(---)\n", Place().Bytes(8)})
-            .AfterAndBytewise("<!---", {"comment()\n", Place().Bytes(5).Content(2)})
-            .After("<!----", {"comment()\n", Place().Bytes(6).Content(1)}),
-    });
-}
+const std::vector<EventRow> NOT_OVER = {
+    {"\"<!-\"", "<!-", {"", {1, 4}}},
+    {"\"<!--\"", "<!--", {"", {1, 5}}},  // no byte of it yet
+    {"one byte", "<!--a", {"comment(a)\n", {1, 6}}},
+    {"one hyphen", "<!---", {"comment()\n", {1, 6}}},
+    {"two bytes", "<!--a", "b", {"comment(ab)\n", {1, 7}}, {"comment(a)\n", {1, 1 + 5 + 2 * 1}}},
+    {"a hyphen at the end", "<!--a", "-", {"comment(a)\n", {1, 7}}, {"comment(a)\n", {1, 1 + 5 + 2 * 1}}},
+    EventRow("two hyphens at the end", "<!--a", "--", {"comment(a)\n", {1, 8}}, {"comment(a)\n", {1, 1 + 5 + 2 * 2}})
+        .After("<!--a-", {"comment(a)\n", {1, 1 + 6 + 2 * 1}}),
+    EventRow("three hyphens at the end", "<!---", "--", {"comment(---)\n", {1, 9}}, {"comment()\n", {1, 1 + 5 + 2 * 2}})
+        .After("<!----", {"comment()\n", {1, 1 + 6 + 2 * 1}}),
+};
+
+const EventTables TABLES("CommentTagEventsTest",
+                         {{"Hyphens", HYPHENS}, {"InADocument", IN_A_DOCUMENT}, {"NotOver", NOT_OVER}});
 
 }  // namespace
 }  // namespace Kestra::Test

@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/html/stateless/EventRows.h"
 
 // End tags: a name, and ">" right after it.
@@ -35,28 +30,26 @@ TEST(EndTagEventsTest, NothingBetweenNameAndEnd) {
     CheckRows(rows);
 }
 
-TEST(EndTagEventsTest, InADocument) {
-    CheckRows({
-        {"without a start tag", "</a></b>", {"end(a)\nend(b)\n", {1, 9}}},
-        {"around a text", "<a>b</a>", {"start(a|)\ntext(b)\nend(a)\n", Place().Bytes(3).Content(1).Bytes(4)}},
-        {"a text after it", "</a>b<c>", {"end(a)\ntext(b)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)}},
-        {"two \">\"", "</a>><c>", {"end(a)\ntext(>)\nstart(c|)\n", Place().Bytes(4).Content(1).Bytes(3)}},
-        {"a script's, outside of a script", "</script>", {"end(script)\n", {1, 10}}},
-        {"a style sheet's, outside of a style sheet", "</style>", {"end(style)\n", {1, 9}}},
-        {"another name than the start tag's", "<a></b>", {"start(a|)\nend(b)\n", {1, 8}}},
-    });
-}
+const std::vector<EventRow> IN_A_DOCUMENT = {
+    {"without a start tag", "</a></b>", {"end(a)\nend(b)\n", {1, 9}}},
+    {"around a text", "<a>b</a>", {"start(a|)\ntext(b)\nend(a)\n", {1, 1 + 3 + 2 * 1 + 4}}},
+    {"a text after it", "</a>b<c>", {"end(a)\ntext(b)\nstart(c|)\n", {1, 1 + 4 + 2 * 1 + 3}}},
+    {"two \">\"", "</a>><c>", {"end(a)\ntext(>)\nstart(c|)\n", {1, 1 + 4 + 2 * 1 + 3}}},
+    {"a script's, outside of a script", "</script>", {"end(script)\n", {1, 10}}},
+    {"a style sheet's, outside of a style sheet", "</style>", {"end(style)\n", {1, 9}}},
+    {"another name than the start tag's", "<a></b>", {"start(a|)\nend(b)\n", {1, 8}}},
+};
 
-TEST(EndTagEventsTest, NotOver) {
-    CheckRows({
-        {"\"</\"", "</", {"", {1, 3}, 0}},
-        {"\"</\" and a blank", "</ ", {"", {1, 4}, 16}},
-        {"\"</\" and a line break", "</\n", {"", {2, 1}, 16}},
-        {"a name", "</ab", {"", {1, 5}, 16}},
-        {"no name", "</>", {"", {1, 3}, 701}},
-        {"no name after a line break", "</\n>", {"", {2, 1}, 701}},
-    });
-}
+const std::vector<EventRow> NOT_OVER = {
+    {"\"</\"", "</", {"", {1, 3}, 0}},
+    {"\"</\" and a blank", "</ ", {"", {1, 4}, 16}},
+    {"\"</\" and a line break", "</\n", {"", {2, 1}, 16}},
+    {"a name", "</ab", {"", {1, 5}, 16}},
+    {"no name", "</>", {"", {1, 3}, 701}},
+    {"no name after a line break", "</\n>", {"", {2, 1}, 701}},
+};
+
+const EventTables TABLES("EndTagEventsTest", {{"InADocument", IN_A_DOCUMENT}, {"NotOver", NOT_OVER}});
 
 }  // namespace
 }  // namespace Kestra::Test

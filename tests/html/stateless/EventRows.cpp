@@ -1,7 +1,6 @@
 #include "tests/html/stateless/EventRows.h"
 
-#include <gtest/gtest.h>
-
+#include <memory>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -97,6 +96,12 @@ Place Place::Skip(const White& white) const {
 EventRow::EventRow(std::string rowNote, std::string rowInput, Outcome outcome)
     : note(std::move(rowNote)), input(std::move(rowInput)), whole(std::move(outcome)) {}
 
+EventRow::EventRow(std::string rowNote, const std::string& before, const std::string& after, Outcome outcome,
+                   const Outcome& cut)
+    : EventRow(std::move(rowNote), before + after, std::move(outcome)) {
+    AfterAndBytewise(before, cut);
+}
+
 EventRow& EventRow::After(std::string before, Outcome outcome) {
     cuts.push_back({std::move(before), std::move(outcome)});
     return *this;
@@ -131,6 +136,31 @@ void CheckRows(const std::vector<EventRow>& rows, std::size_t leastRows) {
         CheckRow(row);
     }
     EXPECT_GE(inputs.size(), leastRows);
+}
+
+std::vector<EventRow> AsText(std::vector<EventRow> rows) {
+    for (EventRow& row : rows)
+        row.ScriptsAsText();
+    return rows;
+}
+
+EventTables::EventTables(const char* suite, std::initializer_list<Table> tables, const char* file, int line) {
+    class TableTest final : public testing::Test {
+    public:
+        explicit TableTest(const Table* testedTable) : table(testedTable) {}
+
+        void TestBody() override {
+            CheckRows(table->rows, table->leastRows);
+        }
+
+    private:
+        const Table* table;
+    };
+    for (const Table& table : tables) {
+        const auto kept = std::make_shared<const Table>(table);
+        testing::RegisterTest(suite, table.test, nullptr, nullptr, file, line,
+                              [kept]() -> testing::Test* { return new TableTest(kept.get()); });
+    }
 }
 
 }  // namespace Kestra::Test

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,7 +15,7 @@
 
 /// @file
 /// The tables of the stateless parser: an input, what it means as one piece, and what it means
-/// where a cut decides.
+/// where a cut decides. Includes what every file of tables needs.
 
 namespace Kestra::Test {
 
@@ -23,7 +26,8 @@ struct White {
     std::uint64_t columns;  ///< after a line break the new column, otherwise the columns added
 };
 
-/// A line and a column. A row states its place step by step.
+/// A line and a column. A row states its place step by step, or as a sum of the same: the column
+/// "1 + 5 + 2 * 3" is five bytes of a tag and three of a text.
 struct Place {
     std::uint64_t line = 1;
     std::uint64_t column = 1;
@@ -53,6 +57,11 @@ struct Outcome {
 /// An input with all its outcomes. A cut that is not mentioned makes no difference.
 struct EventRow {
     EventRow(std::string rowNote, std::string rowInput, Outcome outcome);
+
+    /// The input is `before` and `after`; `cut` is the outcome of the cut between them, and byte by
+    /// byte.
+    EventRow(std::string rowNote, const std::string& before, const std::string& after, Outcome outcome,
+             const Outcome& cut);
 
     /// The outcome of the cut after `before`, with which the input begins.
     EventRow& After(std::string before, Outcome outcome);
@@ -91,5 +100,21 @@ void CheckRows(const std::vector<EventRow>& rows, std::size_t leastRows = 1);
 
 /// A table for one construct or one part of it.
 inline constexpr std::size_t ROWS_PER_CONSTRUCT = 80;
+
+/// The same rows with the contents of scripts and the like as text.
+std::vector<EventRow> AsText(std::vector<EventRow> rows);
+
+/// Makes a test of each table, which calls `CheckRows`.
+class EventTables {
+public:
+    struct Table {
+        const char* test;
+        std::vector<EventRow> rows;
+        std::size_t leastRows = 1;
+    };
+
+    EventTables(const char* suite, std::initializer_list<Table> tables, const char* file = __builtin_FILE(),
+                int line = __builtin_LINE());
+};
 
 }  // namespace Kestra::Test

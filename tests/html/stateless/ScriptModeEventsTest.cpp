@@ -1,18 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
-
-#include "html/stateless/StatelessHTMLParser.h"
 #include "tests/html/stateless/EventRows.h"
 #include "tests/support/EventRun.h"
-#include "tests/support/Splits.h"
 
 namespace Kestra::Test {
 namespace {
@@ -20,132 +7,99 @@ namespace {
 using HTML::StatelessHTMLParser;
 using Lines = std::vector<std::string>;
 
-void CheckAsText(std::vector<EventRow> rows) {
-    for (EventRow& row : rows)
-        row.ScriptsAsText();
-    CheckRows(rows);
-}
+const std::vector<EventRow> THE_ELEMENTS = {
+    {"nothing in a script is a string or a comment",
+     "<script>a'b\"/d//e/*f<!g</i>j</script>",
+     {"script(|a'b\"/d//e/*f<!g</i>j)\n", {1, 1 + 8 + 2 * 20 + 9}}},
+    {"no \"<\" of a style is lost", "<style a>b<<c</style>", {"style({a=}|b<<c)\n", {1, 1 + 9 + 2 * 4 + 8}}},
+    {"a text area",
+     "<textarea><b></textarea>",
+     {"start(textarea|)\ntext(<b>)\nend(textarea)\n", {1, 1 + 10 + 2 * 3 + 11}}},
+    {"a title", "<title><!--a</title>", {"start(title|)\ntext(<!--a)\nend(title)\n", {1, 1 + 7 + 2 * 5 + 8}}},
+    {"an example", "<xmp><p></xmp>", {"start(xmp|)\ntext(<p>)\nend(xmp)\n", {1, 1 + 5 + 2 * 3 + 6}}},
+    {"a frame", "<iframe a=b><p></iframe>", {"start(iframe|{a=b})\ntext(<p>)\nend(iframe)\n", {1, 1 + 12 + 2 * 3 + 9}}},
+    {"without plug-ins",
+     "<noembed><p></noembed>",
+     {"start(noembed|)\ntext(<p>)\nend(noembed)\n", {1, 1 + 9 + 2 * 3 + 10}}},
+    {"without frames",
+     "<noframes><p></noframes>",
+     {"start(noframes|)\ntext(<p>)\nend(noframes)\n", {1, 1 + 10 + 2 * 3 + 11}}},
+    {"not without scripts", "<noscript><p></noscript>", {"start(noscript|)\nstart(p|)\nend(noscript)\n", {1, 25}}},
+    {"nothing ends plain text", "<plaintext><p></plaintext><", {"start(plaintext|)\n", {1, 1 + 11 + 2 * 16}}},
+    {"upper and lower case", "<XMP><p></XmP>", {"start(XMP|)\ntext(<p>)\nend(XmP)\n", {1, 1 + 5 + 2 * 3 + 6}}},
+    {"in a script too", "<SCRIPT>'</sCRIPT>", {"script(|')\n", {1, 1 + 8 + 2 * 1 + 9}}},
+    {"an empty content is no text", "<xmp></xmp>", {"start(xmp|)\nend(xmp)\n", {1, 12}}},
+    {"an empty script", "<script></script>", {"script(|)\n", {1, 18}}},
+    {"what begins like the end tag",
+     "<xmp></</x</xm</xmp>",
+     {"start(xmp|)\ntext(</</x</xm)\nend(xmp)\n", {1, 1 + 5 + 2 * 9 + 6}}},
+    {"two in a row",
+     "<xmp></b></xmp><title></xmp></title>",
+     {"start(xmp|)\ntext(</b>)\nend(xmp)\nstart(title|)\ntext(</xmp>)\nend(title)\n",
+      Place().Bytes(5).Content(4).Bytes(6 + 7).Content(6).Bytes(8)}},
+    {"line breaks count", "<xmp>\n<\n</xmp>", {"start(xmp|)\ntext(\\n<\\n)\nend(xmp)\n", {3, 8}}},
+    {"stray end tags", "</script></title>", {"end(script)\nend(title)\n", {1, 18}}},
+    {"a script that is not over", "<script>a</scrip", {"", {1, 1 + 8 + 2 * 1}, 16}},
+    {"a title that is not", "<title>a</titl", {"start(title|)\n", {1, 1 + 7 + 2 * 1}}},
+    {"an end tag that is not", "<title>a</title b", {"start(title|)\ntext(a)\n", {1, 1 + 7 + 2 * 1 + 9}, 16}},
+    EventRow("a NUL ends the text", std::string("<xmp>a\0b</xmp>", 14),
+             {"start(xmp|)\ntext(a)\nend(xmp)\n", {1, 1 + 5 + 2 * 3 + 6}}),
+    EventRow("texts are converted, and bodies follow the ANSI rule", "<xmp>\xC1</xmp><script>\xC1</script>",
+             {"start(xmp|)\ntext(\\u0430)\nend(xmp)\nscript(|\\u00C1)\n",
+              Place().Bytes(5).Content(1).Bytes(6 + 8).Content(1).Bytes(9)})
+        .In(20866),
+};
 
-TEST(ScriptModeEventsTest, TheElements) {
-    CheckAsText({
-        {"nothing in a script is a string or a comment",
-         "<script>a'b\"/d//e/*f<!g</i>j</script>",
-         {"script(|a'b\"/d//e/*f<!g</i>j)\n", Place().Bytes(8).Content(20).Bytes(9)}},
-        {"no \"<\" of a style is lost",
-         "<style a>b<<c</style>",
-         {"style({a=}|b<<c)\n", Place().Bytes(9).Content(4).Bytes(8)}},
-        {"a text area",
-         "<textarea><b></textarea>",
-         {"start(textarea|)\ntext(<b>)\nend(textarea)\n", Place().Bytes(10).Content(3).Bytes(11)}},
-        {"a title",
-         "<title><!--a</title>",
-         {"start(title|)\ntext(<!--a)\nend(title)\n", Place().Bytes(7).Content(5).Bytes(8)}},
-        {"an example", "<xmp><p></xmp>", {"start(xmp|)\ntext(<p>)\nend(xmp)\n", Place().Bytes(5).Content(3).Bytes(6)}},
-        {"a frame",
-         "<iframe a=b><p></iframe>",
-         {"start(iframe|{a=b})\ntext(<p>)\nend(iframe)\n", Place().Bytes(12).Content(3).Bytes(9)}},
-        {"without plug-ins",
-         "<noembed><p></noembed>",
-         {"start(noembed|)\ntext(<p>)\nend(noembed)\n", Place().Bytes(9).Content(3).Bytes(10)}},
-        {"without frames",
-         "<noframes><p></noframes>",
-         {"start(noframes|)\ntext(<p>)\nend(noframes)\n", Place().Bytes(10).Content(3).Bytes(11)}},
-        {"not without scripts",
-         "<noscript><p></noscript>",
-         {"start(noscript|)\nstart(p|)\nend(noscript)\n", Place().Bytes(24)}},
-        {"nothing ends plain text",
-         "<plaintext><p></plaintext><",
-         {"start(plaintext|)\n", Place().Bytes(11).Content(16)}},
-        {"upper and lower case",
-         "<XMP><p></XmP>",
-         {"start(XMP|)\ntext(<p>)\nend(XmP)\n", Place().Bytes(5).Content(3).Bytes(6)}},
-        {"in a script too", "<SCRIPT>'</sCRIPT>", {"script(|')\n", Place().Bytes(8).Content(1).Bytes(9)}},
-        {"an empty content is no text", "<xmp></xmp>", {"start(xmp|)\nend(xmp)\n", Place().Bytes(11)}},
-        {"an empty script", "<script></script>", {"script(|)\n", Place().Bytes(17)}},
-        {"what begins like the end tag",
-         "<xmp></</x</xm</xmp>",
-         {"start(xmp|)\ntext(</</x</xm)\nend(xmp)\n", Place().Bytes(5).Content(9).Bytes(6)}},
-        {"two in a row",
-         "<xmp></b></xmp><title></xmp></title>",
-         {"start(xmp|)\ntext(</b>)\nend(xmp)\nstart(title|)\ntext(</xmp>)\nend(title)\n",
-          Place().Bytes(5).Content(4).Bytes(6 + 7).Content(6).Bytes(8)}},
-        {"line breaks count",
-         "<xmp>\n<\n</xmp>",
-         {"start(xmp|)\ntext(\\n<\\n)\nend(xmp)\n", Place().Lines(2, 2).Bytes(6)}},
-        {"stray end tags", "</script></title>", {"end(script)\nend(title)\n", Place().Bytes(17)}},
-        {"a script that is not over", "<script>a</scrip", {"", Place().Bytes(8).Content(1), 16}},
-        {"a title that is not", "<title>a</titl", {"start(title|)\n", Place().Bytes(7).Content(1)}},
-        {"an end tag that is not",
-         "<title>a</title b",
-         {"start(title|)\ntext(a)\n", Place().Bytes(7).Content(1).Bytes(9), 16}},
-        EventRow("a NUL ends the text", std::string("<xmp>a\0b</xmp>", 14),
-                 {"start(xmp|)\ntext(a)\nend(xmp)\n", Place().Bytes(5).Content(3).Bytes(6)}),
-        EventRow("texts are converted, and bodies follow the ANSI rule", "<xmp>\xC1</xmp><script>\xC1</script>",
-                 {"start(xmp|)\ntext(\\u0430)\nend(xmp)\nscript(|\\u00C1)\n",
-                  Place().Bytes(5).Content(1).Bytes(6 + 8).Content(1).Bytes(9)})
-            .In(20866),
-    });
-}
-
-TEST(ScriptModeEventsTest, StartTags) {
-    CheckAsText({
-        EventRow("a \"/\" at its end closes nothing", "<title/>a</title>",
-                 {"start(title|)\ntext(a)\nend(title)\n", Place().Bytes(8).Content(1).Bytes(8)})
-            .AfterAndBytewise("<title/",
-                              {"start(title|)\ntext(>a)\nend(title)\n", Place().Bytes(7).Content(2).Bytes(8)}),
-        EventRow("nor that of a script", "<script />a</script>",
-                 {"script(|a)\n", Place().Bytes(10).Content(1).Bytes(9)})
-            .AfterAndBytewise("<script /", {"script(|>a)\n", Place().Bytes(9).Content(2).Bytes(9)}),
-        EventRow("other short tags are as ever", "<b/>", {"start(b|)\nend(b)\n", Place().Bytes(4)})
-            .After("<b/", {"start(b|)\nend(b)\n", Place().Bytes(3).Content(1)})
-            .Bytewise({"start(b|)\nend(b)\n", Place().Bytes(3).Content(1)}),
-        {"white space after the name",
-         "<xmp\t><b></xmp>",
-         {"start(xmp|)\ntext(<b>)\nend(xmp)\n", Place().Bytes(6).Content(3).Bytes(6)}},
-        {"not white space that browsers do not know",
-         "<xmp\v>a<b>",
-         {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
-        {"not with white space before the name",
-         "< xmp>a<b>",
-         {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
-        {"that of a script is then a tag like others",
-         "< script>'<b>",
-         {"start(script|)\ntext(')\nstart(b|)\n", Place().Bytes(9).Content(1).Bytes(3)}},
-        {"not when something else ends the name",
-         "<xmp=>a<b>",
-         {"start(xmp|)\ntext(a)\nstart(b|)\n", Place().Bytes(6).Content(1).Bytes(3)}},
-        {"nor a longer name",
-         "<xmps>a<x:xmp>",
-         {"start(xmps|)\ntext(a)\nstart(x:xmp|)\n", Place().Bytes(6).Content(1).Bytes(7)}},
-        {"what is in other markup",
-         "<!a b<xmp>c<d>",
-         {"entity(a|{b<xmp})\ntext(c)\nstart(d|)\n", Place().Bytes(10).Content(1).Bytes(3)}},
-    });
-}
+const std::vector<EventRow> START_TAGS = {
+    {"a \"/\" at its end closes nothing",
+     "<title/",
+     ">a</title>",
+     {"start(title|)\ntext(a)\nend(title)\n", {1, 1 + 8 + 2 * 1 + 8}},
+     {"start(title|)\ntext(>a)\nend(title)\n", {1, 1 + 7 + 2 * 2 + 8}}},
+    {"nor that of a script",
+     "<script /",
+     ">a</script>",
+     {"script(|a)\n", {1, 1 + 10 + 2 * 1 + 9}},
+     {"script(|>a)\n", {1, 1 + 9 + 2 * 2 + 9}}},
+    EventRow("other short tags are as ever", "<b/>", {"start(b|)\nend(b)\n", {1, 5}})
+        .After("<b/", {"start(b|)\nend(b)\n", {1, 1 + 3 + 2 * 1}})
+        .Bytewise({"start(b|)\nend(b)\n", {1, 1 + 3 + 2 * 1}}),
+    {"white space after the name", "<xmp\t><b></xmp>", {"start(xmp|)\ntext(<b>)\nend(xmp)\n", {1, 1 + 6 + 2 * 3 + 6}}},
+    {"not white space that browsers do not know",
+     "<xmp\v>a<b>",
+     {"start(xmp|)\ntext(a)\nstart(b|)\n", {1, 1 + 6 + 2 * 1 + 3}}},
+    {"not with white space before the name",
+     "< xmp>a<b>",
+     {"start(xmp|)\ntext(a)\nstart(b|)\n", {1, 1 + 6 + 2 * 1 + 3}}},
+    {"that of a script is then a tag like others",
+     "< script>'<b>",
+     {"start(script|)\ntext(')\nstart(b|)\n", {1, 1 + 9 + 2 * 1 + 3}}},
+    {"not when something else ends the name",
+     "<xmp=>a<b>",
+     {"start(xmp|)\ntext(a)\nstart(b|)\n", {1, 1 + 6 + 2 * 1 + 3}}},
+    {"nor a longer name", "<xmps>a<x:xmp>", {"start(xmps|)\ntext(a)\nstart(x:xmp|)\n", {1, 1 + 6 + 2 * 1 + 7}}},
+    {"what is in other markup", "<!a b<xmp>c<d>", {"entity(a|{b<xmp})\ntext(c)\nstart(d|)\n", {1, 1 + 10 + 2 * 1 + 3}}},
+};
 
 TEST(ScriptModeEventsTest, EndTags) {
     const auto text = [](const std::string& content) { return "start(xmp|)\ntext(" + content + ")\nend(xmp)\n"; };
-    CheckAsText({
+    CheckRows(AsText({
         {"white space, a slash or \">\" must follow the name",
          "<xmp></xmps></xmp-></xmp<</xmp\v></xmp>",
-         {text("</xmps></xmp-></xmp<</xmp\\x0B>"), Place().Bytes(5).Content(27).Bytes(6)}},
-        {"white space", "<xmp>a</xmp >", {text("a"), Place().Bytes(5).Content(1).Bytes(7)}},
-        {"line breaks, which count", "<xmp>a</xmp\n\f>", {text("a"), Place().Lines(1, 1).Bytes(2)}},
-        {"a slash", "<xmp>a</xmp/>", {text("a"), Place().Bytes(5).Content(1).Bytes(7)}},
-        {"what stands after it is dropped",
-         "<xmp>a</xmp b='c'/d<>",
-         {text("a"), Place().Bytes(5).Content(1).Bytes(15)}},
+         {text("</xmps></xmp-></xmp<</xmp\\x0B>"), {1, 1 + 5 + 2 * 27 + 6}}},
+        {"white space", "<xmp>a</xmp >", {text("a"), {1, 1 + 5 + 2 * 1 + 7}}},
+        {"line breaks, which count", "<xmp>a</xmp\n\f>", {text("a"), {2, 3}}},
+        {"a slash", "<xmp>a</xmp/>", {text("a"), {1, 1 + 5 + 2 * 1 + 7}}},
+        {"what stands after it is dropped", "<xmp>a</xmp b='c'/d<>", {text("a"), {1, 1 + 5 + 2 * 1 + 15}}},
         {"up to the first \">\"",
          "<xmp>a</xmp b='>'><c>",
-         {text("a") + "text('>)\nstart(c|)\n", Place().Bytes(5).Content(1).Bytes(10).Content(2).Bytes(3)}},
-        {"white space before the name", "<xmp></ xmp></xmp>", {text("</ xmp>"), Place().Bytes(5).Content(7).Bytes(6)}},
-        {"of another element", "<xmp></title></xmp>", {text("</title>"), Place().Bytes(5).Content(8).Bytes(6)}},
-        {"of a script",
-         "<script></script\nb>c<d>",
-         {"script(|)\ntext(c)\nstart(d|)\n", Place().Lines(1, 1).Bytes(2).Content(1).Bytes(3)}},
-        {"of a style sheet", "<style></style/>", {"style(|)\n", Place().Bytes(16)}},
-        {"other end tags are as ever", "<xmp></xmp></b >", {"start(xmp|)\nend(xmp)\n", Place().Bytes(14), 702}},
-    });
+         {text("a") + "text('>)\nstart(c|)\n", {1, 1 + 5 + 2 * 1 + 10 + 2 * 2 + 3}}},
+        {"white space before the name", "<xmp></ xmp></xmp>", {text("</ xmp>"), {1, 1 + 5 + 2 * 7 + 6}}},
+        {"of another element", "<xmp></title></xmp>", {text("</title>"), {1, 1 + 5 + 2 * 8 + 6}}},
+        {"of a script", "<script></script\nb>c<d>", {"script(|)\ntext(c)\nstart(d|)\n", {2, 1 + 2 + 2 * 1 + 3}}},
+        {"of a style sheet", "<style></style/>", {"style(|)\n", {1, 17}}},
+        {"other end tags are as ever", "<xmp></xmp></b >", {"start(xmp|)\nend(xmp)\n", {1, 15}, 702}},
+    }));
 }
 
 TEST(ScriptModeEventsTest, EscapedPartsOfScripts) {
@@ -175,15 +129,14 @@ TEST(ScriptModeEventsTest, EscapedPartsOfScripts) {
         rows.emplace_back("all of it is content", "<script>" + content + "</script>",
                           Outcome{"script(|" + shown + ")\n", place});
     }
-    rows.emplace_back(
-        "the first end tag counts in an escaped part", "<script><!--a</script>-->b<c>",
-        Outcome{"script(|<!--a)\ntext(-->b)\nstart(c|)\n", Place().Bytes(8).Content(5).Bytes(9).Content(4).Bytes(3)});
+    rows.emplace_back("the first end tag counts in an escaped part", "<script><!--a</script>-->b<c>",
+                      Outcome{"script(|<!--a)\ntext(-->b)\nstart(c|)\n", {1, 1 + 8 + 2 * 5 + 9 + 2 * 4 + 3}});
     rows.emplace_back("no other element has such parts", "<style><!--<style></style>-->b<c>",
                       Outcome{"style(|<!--<style>)\ntext(-->b)\nstart(c|)\n",
                               Place().Bytes(7).Content(11).Bytes(8).Content(4).Bytes(3)});
     rows.emplace_back("a double escaped part that is open", "<script><!--<script></script",
-                      Outcome{"", Place().Bytes(8).Content(12), 16});
-    CheckAsText(rows);
+                      Outcome{"", {1, 1 + 8 + 2 * 12}, 16});
+    CheckRows(AsText(rows));
 }
 
 TEST(ScriptModeEventsTest, WhatTakesTheRestOfThePageAsTokens) {
@@ -198,28 +151,6 @@ TEST(ScriptModeEventsTest, WhatTakesTheRestOfThePageAsTokens) {
     }
 }
 
-/// Calls a hook in each callback.
-class HookedListener final : public Trace::EventLineObserver {
-public:
-    std::function<void(const std::string&)> hook;
-
-private:
-    void OnLine(unsigned long, const std::string& line) override {
-        hook(line);
-    }
-};
-
-/// Where a parser stands.
-std::string PlaceOf(const StatelessHTMLParser& parser) {
-    std::size_t line = 0;
-    std::size_t column = 0;
-    std::uint64_t offset = 0;
-    parser.GetCurrentLineNumber(&line);
-    parser.GetCurrentColumnNumber(&column);
-    parser.GetCurrentOffset(&offset);
-    return std::to_string(offset) + " " + std::to_string(line) + ":" + std::to_string(column);
-}
-
 // In the event of a content that is text the parser stands before the end tag, also when its first
 // bytes came in earlier pieces.
 TEST(ScriptModeEventsTest, PlacesInCallbacks) {
@@ -228,15 +159,11 @@ TEST(ScriptModeEventsTest, PlacesInCallbacks) {
                             "script(|c): 41 3:2",   "start(xmp|): 46 3:7",     "text(</): 48 3:11",
                             "end(xmp): 54 3:17",    "text(d): 55 3:19",        "start(e|): 58 3:22"};
     ForEverySplit(document.size(), [&](const Cuts& cuts) {
-        StatelessHTMLParser parser;
-        HookedListener listener;
+        TracedParser parser;
         Lines places;
-        listener.hook = [&](const std::string& line) { places.push_back(line + ": " + PlaceOf(parser)); };
-        parser.SetScriptMode(StatelessHTMLParser::SCRIPT_AS_TEXT);
-        parser.StartParse(0);
-        parser.Attach(&listener);
-        for (const auto& [begin, end] : PiecesOf(cuts, document.size()))
-            parser.ParseBuffer(document.data() + begin, end - begin);
+        parser.Start(StatelessHTMLParser::SCRIPT_AS_TEXT);
+        parser.observer.hook = [&](const std::string& line) { places.push_back(line + ": " + PlaceOf(parser)); };
+        parser.Feed(document, cuts);
         EXPECT_EQ(places, expected);
         EXPECT_EQ(PlaceOf(parser), "58 3:22");
     });
@@ -279,29 +206,16 @@ TEST(ScriptModeEventsTest, ACopyGoesOnInAContent) {
     const std::string document = "<xmp>a</x</xmp ><script><!--<script>b</script>--></script>";
     const Lines expected = {"start(xmp|)", "text(a</x)", "end(xmp)", "script(|<!--<script>b</script>-->)"};
     for (std::size_t cut = 1; cut < document.size(); ++cut) {
-        StatelessHTMLParser parser;
-        Lines lines;
-        EventTraceObserver listener(&lines);
-        parser.SetScriptMode(StatelessHTMLParser::SCRIPT_AS_TEXT);
-        parser.StartParse(0);
-        parser.Attach(&listener);
-        parser.ParseBuffer(document.data(), cut);
+        TracedParser parser;
+        parser.Start(StatelessHTMLParser::SCRIPT_AS_TEXT);
+        parser.Feed(document.substr(0, cut));
+        const Lines begun = parser.lines;
         StatelessHTMLParser assigned;
         assigned = StatelessHTMLParser(parser);
-        parser.ParseBuffer("</xmp></script>", 15);
-        const std::size_t ofOriginal = lines.size();
-        parser.Detach(&listener);
-        StatelessHTMLParser fresh;
-        Lines again;
-        EventTraceObserver second(&again);
-        fresh.SetScriptMode(StatelessHTMLParser::SCRIPT_AS_TEXT);
-        fresh.StartParse(0);
-        fresh.Attach(&second);
-        fresh.ParseBuffer(document.data(), cut);
+        parser.Feed("</xmp></script>");
+        parser.lines = begun;
         assigned.ParseBuffer(document.data() + cut, document.size() - cut);
-        Lines rest(lines.begin() + static_cast<std::ptrdiff_t>(ofOriginal), lines.end());
-        again.insert(again.end(), rest.begin(), rest.end());
-        EXPECT_EQ(again, expected) << cut;
+        EXPECT_EQ(parser.lines, expected) << cut;
     }
 }
 
@@ -309,7 +223,7 @@ TEST(ScriptModeEventsTest, ItTakesEffectWithTheNextStartTag) {
     const struct {
         const char* at;
         StatelessHTMLParser::ScriptMode to;
-        const char* document;
+        std::string document;
         Lines expected;
     } rows[] = {
         {"start(xmp|)",
@@ -326,24 +240,17 @@ TEST(ScriptModeEventsTest, ItTakesEffectWithTheNextStartTag) {
          {"start(xmp|)", "text(<b>)", "end(xmp)", "start(xmp|)", "start(b|)", "end(xmp)"}},
     };
     for (const auto& row : rows) {
-        for (const std::size_t pieceSize : {100, 1}) {
-            StatelessHTMLParser parser;
-            HookedListener listener;
-            Lines lines;
-            listener.hook = [&](const std::string& line) {
-                lines.push_back(line);
+        for (const std::size_t pieceSize : {100U, 1U}) {
+            TracedParser parser;
+            parser.observer.hook = [&](const std::string& line) {
                 if (line == row.at) {
                     EXPECT_EQ(parser.SetScriptMode(row.to), 0U);
                 }
             };
-            parser.SetScriptMode(row.to == StatelessHTMLParser::SCRIPT_AS_TEXT ? StatelessHTMLParser::SCRIPT_AS_TOKENS
-                                                                               : StatelessHTMLParser::SCRIPT_AS_TEXT);
-            parser.StartParse(0);
-            parser.Attach(&listener);
-            const std::string_view document = row.document;
-            for (std::size_t i = 0; i < document.size(); i += pieceSize)
-                parser.ParseBuffer(document.data() + i, std::min(pieceSize, document.size() - i));
-            EXPECT_EQ(lines, row.expected) << row.document << " by " << pieceSize;
+            parser.Start(row.to == StatelessHTMLParser::SCRIPT_AS_TEXT ? StatelessHTMLParser::SCRIPT_AS_TOKENS
+                                                                       : StatelessHTMLParser::SCRIPT_AS_TEXT);
+            parser.Feed(row.document, CutsEvery(pieceSize, row.document.size()));
+            EXPECT_EQ(parser.lines, row.expected) << row.document << " by " << pieceSize;
         }
     }
 }
@@ -367,30 +274,28 @@ TEST(ScriptModeEventsTest, AnExceptionEndsTheContent) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.at);
-        StatelessHTMLParser parser;
-        HookedListener listener;
-        Lines lines;
-        listener.hook = [&](const std::string& line) {
-            lines.push_back(line);
+        TracedParser parser;
+        parser.Start(StatelessHTMLParser::SCRIPT_AS_TEXT);
+        parser.observer.hook = [&](const std::string& line) {
             if (line == row.at)
                 throw 1;
         };
-        parser.SetScriptMode(StatelessHTMLParser::SCRIPT_AS_TEXT);
-        parser.StartParse(0);
-        parser.Attach(&listener);
         int thrown = 0;
         for (const std::string& piece : row.pieces) {
             try {
-                parser.ParseBuffer(piece.data(), piece.size());
+                parser.Feed(piece);
             } catch (int) {
                 ++thrown;
             }
         }
         EXPECT_EQ(thrown, 1);
-        EXPECT_EQ(lines, row.expected);
+        EXPECT_EQ(parser.lines, row.expected);
         EXPECT_EQ(PlaceOf(parser), row.place);
     }
 }
+
+const EventTables TABLES("ScriptModeEventsTest",
+                         {{"TheElements", AsText(THE_ELEMENTS)}, {"StartTags", AsText(START_TAGS)}});
 
 }  // namespace
 }  // namespace Kestra::Test

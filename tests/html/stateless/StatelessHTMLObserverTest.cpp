@@ -33,25 +33,6 @@ void ParseAll(StatelessHTMLParser* parser, std::string_view document = EVERY_EVE
     EXPECT_EQ(parser->EndParse(), 0U);
 }
 
-/// Writes its name before each line, and calls a hook after it.
-class NamedObserver : public Trace::EventLineObserver {
-public:
-    NamedObserver(std::string observerName, Lines* target) : name(std::move(observerName)), lines(target) {}
-
-    std::function<void()> hook;
-
-private:
-    void OnLine(unsigned long, const std::string& line) override {
-        lines->push_back(name + ": " + line);
-        const std::function<void()> call = hook;  // which may replace itself
-        if (call)
-            call();
-    }
-
-    std::string name;
-    Lines* lines;
-};
-
 TEST(StatelessHTMLObserverTest, Identifiers) {
     static_assert(std::is_same_v<decltype(StatelessHTMLParser::ID_START_PARSING), const unsigned long>);
     EXPECT_EQ(StatelessHTMLParser::ID_START_PARSING, 0UL);
@@ -106,12 +87,9 @@ TEST(StatelessHTMLObserverTest, BindsEachIdentifierToItsCallback) {
 }
 
 TEST(StatelessHTMLObserverTest, HearsEveryEvent) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
+    TracedParser parser;
     ParseAll(&parser);
-    EXPECT_EQ(lines, EVERY_LINE);
+    EXPECT_EQ(parser.lines, EVERY_LINE);
 }
 
 /// Only the callback that it overrides does anything.
@@ -135,26 +113,23 @@ TEST(StatelessHTMLObserverTest, DoesNothingByDefault) {
 }
 
 TEST(StatelessHTMLObserverTest, RegisteredTwiceHearsEveryEventTwice) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
-    parser.Attach(&observer);
+    TracedParser parser;
+    parser.Attach(&parser.observer);
     ParseAll(&parser);
     Lines twice;
     for (const std::string& line : EVERY_LINE)
         twice.insert(twice.end(), 2, line);
-    EXPECT_EQ(lines, twice);
-    parser.Detach(&observer);
-    lines.clear();
+    EXPECT_EQ(parser.lines, twice);
+    parser.Detach(&parser.observer);
+    parser.lines.clear();
     ParseAll(&parser);
-    EXPECT_EQ(lines, Lines());
+    EXPECT_EQ(parser.lines, Lines());
 }
 
 TEST(StatelessHTMLObserverTest, OrderOfRegistration) {
     Lines lines;
-    NamedObserver first("first", &lines);
-    NamedObserver second("second", &lines);
+    EventTraceObserver first(&lines, "first: ");
+    EventTraceObserver second(&lines, "second: ");
     StatelessHTMLParser parser;
     parser.Attach(&second);
     parser.Attach(&first);
@@ -169,12 +144,12 @@ TEST(StatelessHTMLObserverTest, OrderOfRegistration) {
 
 TEST(StatelessHTMLObserverTest, AttachedInACallbackHearsTheNextEvent) {
     Lines lines;
-    NamedObserver first("first", &lines);
-    NamedObserver second("second", &lines);
+    EventTraceObserver first(&lines, "first: ");
+    EventTraceObserver second(&lines, "second: ");
     StatelessHTMLParser parser;
     parser.Attach(&first);
-    first.hook = [&] {
-        if (lines.back() == "first: start(b|)")
+    first.hook = [&](const std::string& line) {
+        if (line == "first: start(b|)")
             parser.Attach(&second);
     };
     ParseAll(&parser, "<a><b/>");
@@ -184,15 +159,15 @@ TEST(StatelessHTMLObserverTest, AttachedInACallbackHearsTheNextEvent) {
 
 TEST(StatelessHTMLObserverTest, DetachedInACallbackHearsNothingMore) {
     Lines lines;
-    NamedObserver first("first", &lines);
-    NamedObserver second("second", &lines);
+    EventTraceObserver first(&lines, "first: ");
+    EventTraceObserver second(&lines, "second: ");
     StatelessHTMLParser parser;
     parser.Attach(&first);
     parser.Attach(&second);
-    first.hook = [&] {
-        if (lines.back() == "first: start(b|)")
+    first.hook = [&](const std::string& line) {
+        if (line == "first: start(b|)")
             parser.Detach(&second);
-        if (lines.back() == "first: end(b)")
+        if (line == "first: end(b)")
             parser.Detach(&first);
     };
     ParseAll(&parser, "<a><b/><c>");
@@ -214,14 +189,14 @@ TEST(StatelessHTMLObserverTest, AttachedWhileAParserRuns) {
 
 TEST(StatelessHTMLObserverTest, ACallbackMayFeedAnotherParser) {
     Lines lines;
-    NamedObserver outer("outer", &lines);
-    NamedObserver inner("inner", &lines);
+    EventTraceObserver outer(&lines, "outer: ");
+    EventTraceObserver inner(&lines, "inner: ");
     StatelessHTMLParser parser;
     StatelessHTMLParser other;
     parser.Attach(&outer);
     other.Attach(&inner);
-    outer.hook = [&] {
-        if (lines.back() == "outer: start(a|)")
+    outer.hook = [&](const std::string& line) {
+        if (line == "outer: start(a|)")
             ParseAll(&other, "<b>");
     };
     ParseAll(&parser, "<a><c>");
@@ -246,15 +221,12 @@ TEST(StatelessHTMLObserverTest, ObservesTwoParsers) {
 }
 
 TEST(StatelessHTMLObserverTest, ACopyIsAttachedToNothing) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
-    const EventTraceObserver copy(observer);
-    EventTraceObserver assigned(&lines);
-    assigned = observer;
+    TracedParser parser;
+    const EventTraceObserver copy(parser.observer);
+    EventTraceObserver assigned(&parser.lines);
+    assigned = parser.observer;
     ParseAll(&parser);
-    EXPECT_EQ(lines, EVERY_LINE);
+    EXPECT_EQ(parser.lines, EVERY_LINE);
 }
 
 /// Keeps whether its lists were there.

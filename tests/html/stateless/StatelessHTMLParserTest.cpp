@@ -1,25 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
+#include <iterator>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
-#include "html/stateless/StatelessHTMLParser.h"
-#include "platform/MemoryInputStream.h"
 #include "platform/Services.h"
 #include "tests/support/EventRun.h"
 #include "tests/support/Flavours.h"
-#include "tests/support/Splits.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestStreams.h"
-#include "tools/trace/EventTrace.h"
 
 // The stateless parser as a host uses it: streams, files, observers, copies.
 
@@ -29,20 +20,6 @@ namespace {
 using HTML::StatelessHTMLParser;
 using Lines = std::vector<std::string>;
 
-/// Traces every event, and calls a hook inside the callback of a start tag.
-class HookedListener : public EventTraceObserver {
-public:
-    using EventTraceObserver::EventTraceObserver;
-
-    void OnStartTag(const WideChar* name, const Attributes* attributes) override {
-        EventTraceObserver::OnStartTag(name, attributes);
-        if (hook)
-            hook();
-    }
-
-    std::function<void()> hook;
-};
-
 TEST(StatelessHTMLParserTest, WithoutAnObserver) {
     StatelessHTMLParser parser;
     EXPECT_EQ(parser.StartParse(0), 0U);
@@ -51,105 +28,67 @@ TEST(StatelessHTMLParserTest, WithoutAnObserver) {
 }
 
 TEST(StatelessHTMLParserTest, ACallThatIsNestedChangesNothing) {
-    Lines lines;
-    HookedListener listener(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&listener);
+    TracedParser parser;
     std::vector<std::uint32_t> results;
     int destructions = 0;
     auto stream = std::make_unique<FaultyInputStream>(std::string("<z>"));
     stream->CountDestructions(&destructions);
-    listener.hook = [&] {
+    parser.observer.hook = [&](const std::string&) {
         results = {parser.StartParse(0), parser.ParseBuffer("<z>", 3), parser.ParseStream(stream.get(), true),
                    parser.ParseFile(KESTRA_WIDE("x")), parser.EndParse()};
     };
     parser.StartParse(0);
-    EXPECT_EQ(parser.ParseBuffer("a<b>c<d>", 8), 0U);
+    EXPECT_EQ(parser.Feed("a<b>c<d>"), 0U);
     EXPECT_EQ(results, std::vector<std::uint32_t>(5, 2));
     EXPECT_EQ(destructions, 0);  // a refused stream stays the caller's
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "text(a)", "start(b|)", "text(c)", "start(d|)", "stop-parsing"}));
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "text(a)", "start(b|)", "text(c)", "start(d|)", "stop-parsing"}));
 }
 
 TEST(StatelessHTMLParserTest, AnExceptionPassesThroughAndTheNextCallGoesOn) {
-    Lines lines;
-    HookedListener listener(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&listener);
-    listener.hook = [] { throw 1; };
+    TracedParser parser;
     parser.StartParse(0);
-    EXPECT_THROW(parser.ParseBuffer("<a>", 3), int);
-    listener.hook = nullptr;
-    EXPECT_EQ(parser.ParseBuffer("b<c>", 4), 0U);
+    parser.observer.hook = [](const std::string&) { throw 1; };
+    EXPECT_THROW(parser.Feed("<a>"), int);
+    parser.observer.hook = nullptr;
+    EXPECT_EQ(parser.Feed("b<c>"), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|)", "stop-parsing"}));
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|)", "stop-parsing"}));
 }
-
-/// Traces every event, and throws out of those of one kind.
-class ThrowingListener final : public Trace::EventLineObserver {
-public:
-    ThrowingListener(Lines* lines, unsigned long event) : tracedLines(lines), thrownEvent(event) {}
-
-private:
-    void OnLine(unsigned long event, const std::string& line) override {
-        tracedLines->push_back(line);
-        if (event == thrownEvent)
-            throw 1;
-    }
-
-    Lines* tracedLines;
-    unsigned long thrownEvent;
-};
 
 // What was reported does not come back, whoever throws: the next construct begins anew.
 TEST(StatelessHTMLParserTest, AnExceptionOutOfAnyCallbackEndsItsConstruct) {
     const struct {
-        unsigned long event;
         std::string thrown;  ///< its last construct is the one whose callback throws
-        Lines lines;
+        std::string line;
     } rows[] = {
-        {StatelessHTMLParser::ID_START_TAG, "<p a=b>", {"start(p|{a=b})"}},
-        {StatelessHTMLParser::ID_END_TAG, "</p>", {"end(p)"}},
-        {StatelessHTMLParser::ID_SCRIPT, "<script>x=1</script>", {"script(|x=1)"}},
-        {StatelessHTMLParser::ID_EXTERN_TAG, "<?a b=c ?>", {"extern(a|{b=c})"}},
-        {StatelessHTMLParser::ID_ENTITY_TAG, "<!a b>", {"entity(a|{b})"}},
-        {StatelessHTMLParser::ID_COMMENT, "<!--a-->", {"comment(a)"}},
-        {StatelessHTMLParser::ID_STYLE, "<style>a</style>", {"style(|a)"}},
-        {StatelessHTMLParser::ID_TEXT, "a<", {"text(a)"}},
+        {"<p a=b>", "start(p|{a=b})"},     {"</p>", "end(p)"},          {"<script>x=1</script>", "script(|x=1)"},
+        {"<?a b=c ?>", "extern(a|{b=c})"}, {"<!a b>", "entity(a|{b})"}, {"<!--a-->", "comment(a)"},
+        {"<style>a</style>", "style(|a)"}, {"a<", "text(a)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.thrown);
-        Lines lines;
-        StatelessHTMLParser parser;
-        ThrowingListener throwing(&lines, row.event);
-        parser.Attach(&throwing);
+        TracedParser parser;
         parser.StartParse(0);
-        EXPECT_THROW(parser.ParseBuffer(row.thrown.data(), row.thrown.size()), int);
-        parser.Detach(&throwing);
-        EventTraceObserver observer(&lines);
-        parser.Attach(&observer);
-        EXPECT_EQ(parser.ParseBuffer("y<b>", 4), 0U);
+        parser.observer.hook = [](const std::string&) { throw 1; };
+        EXPECT_THROW(parser.Feed(row.thrown), int);
+        parser.observer.hook = nullptr;
+        EXPECT_EQ(parser.Feed("y<b>"), 0U);
         EXPECT_EQ(parser.EndParse(), 0U);
-        Lines expected = {"start-parsing"};
-        expected.insert(expected.end(), row.lines.begin(), row.lines.end());
-        expected.insert(expected.end(), {"text(y)", "start(b|)", "stop-parsing"});
-        EXPECT_EQ(lines, expected);
+        EXPECT_EQ(parser.lines, (Lines{"start-parsing", row.line, "text(y)", "start(b|)", "stop-parsing"}));
     }
 }
 
 TEST(StatelessHTMLParserTest, TwoObserversAndOneThatLeaves) {
-    Lines lines;
-    StatelessHTMLParser parser;
-    EventTraceObserver one(&lines);
-    parser.Attach(&one);
+    TracedParser parser;
     {
-        EventTraceObserver other(&lines);
+        EventTraceObserver other(&parser.lines);
         parser.Attach(&other);
         parser.StartParse(0);
-        parser.ParseBuffer("<a>", 3);
+        parser.Feed("<a>");
     }
-    parser.ParseBuffer("<b>", 3);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "start-parsing", "start(a|)", "start(a|)", "start(b|)"}));
+    parser.Feed("<b>");
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "start-parsing", "start(a|)", "start(a|)", "start(b|)"}));
 }
 
 TEST(StatelessHTMLParserTest, ACopyGoesOnInTheMiddleOfATag) {
@@ -183,18 +122,15 @@ TEST(StatelessHTMLParserTest, AStreamIsReadToItsEnd) {
         document += "<p>";
         if (size >= 65536)
             document.resize(size);
-        Lines lines;
-        EventTraceObserver observer(&lines);
-        StatelessHTMLParser parser;
-        parser.Attach(&observer);
+        TracedParser parser;
         parser.StartParse(0);
         int destructions = 0;
         auto* const stream = new FaultyInputStream(document);
         stream->CountDestructions(&destructions);
         EXPECT_EQ(parser.ParseStream(stream, true), 0U);
         EXPECT_EQ(destructions, 1);
-        EXPECT_EQ(parser.ParseBuffer("<q>", 3), 0U);
-        EXPECT_EQ(lines.back(), "start(q|)");
+        EXPECT_EQ(parser.Feed("<q>"), 0U);
+        EXPECT_EQ(parser.lines.back(), "start(q|)");
     }
 }
 
@@ -253,85 +189,63 @@ TEST(StatelessHTMLParserTest, AStreamIsReadInPiecesOfTheBufferSize) {
         sizes.push_back(size);
         return size;
     });
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.StartParse(0);
-    parser.Attach(&observer);
+    TracedParser parser;
+    parser.Start();
     EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
-    EXPECT_EQ(lines,
+    EXPECT_EQ(parser.lines,
               (Lines{"text(" + fill + ")", "start(p|{cl" + std::string(65536 - 5, 'a') + "ss=y})", "comment(bc)"}));
     EXPECT_EQ(sizes, std::vector<std::uint64_t>(sizes.size(), 65536));
     EXPECT_EQ(sizes.size(), 4U);  // two whole pieces, the rest, and the end
 }
 
 TEST(StatelessHTMLParserTest, AStreamNeitherStartsNorEnds) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
+    TracedParser parser;
     parser.StartParse(0);
     VFS::MemoryInputStream one(std::string("<a>b<c d='"));
     VFS::MemoryInputStream other(std::string("e'><f>"));
     EXPECT_EQ(parser.ParseStream(&one, false), 0U);  // also when it ends inside of a tag
     EXPECT_EQ(parser.ParseStream(&other, false), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=e})", "start(f|)", "stop-parsing"}));
+    EXPECT_EQ(parser.lines,
+              (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=e})", "start(f|)", "stop-parsing"}));
 }
 
 /// The reads decide where a comment is cut.
 TEST(StatelessHTMLParserTest, EachReadIsAPiece) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.StartParse(0);
-    parser.Attach(&observer);
+    TracedParser parser;
+    parser.Start();
     BoundedInputStream stream("<!-- abcd --><p>", InSizes({7, 0, 0, 100}));
     EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
-    EXPECT_EQ(lines, (Lines{"comment( ab)", "text(cd -->)", "start(p|)"}));
+    EXPECT_EQ(parser.lines, (Lines{"comment( ab)", "text(cd -->)", "start(p|)"}));
 }
 
 TEST(StatelessHTMLParserTest, AStreamWithoutBytesForAWhileIsReadOn) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
+    TracedParser parser;
     parser.StartParse(0);
     FaultyInputStream stream(std::string("<a>"));
     for (std::uint64_t call = 1; call <= 1000; ++call)
         stream.ReadNothing(call);
     EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
     EXPECT_EQ(stream.GetReadCalls(), 1002U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "start(a|)"}));
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "start(a|)"}));
 }
 
 TEST(StatelessHTMLParserTest, AnErrorLeavesTheParserStarted) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
+    TracedParser parser;
     parser.StartParse(0);
     int destructions = 0;
     auto* const stream = new FaultyInputStream(std::string("a\n<b><%c>"));
     stream->CountDestructions(&destructions);
     EXPECT_EQ(parser.ParseStream(stream, true), 703U);
     EXPECT_EQ(destructions, 1);
-    std::size_t line = 0;
-    std::size_t column = 0;
-    parser.GetCurrentLineNumber(&line);
-    parser.GetCurrentColumnNumber(&column);
-    EXPECT_EQ(line, 2U);
-    EXPECT_EQ(column, 6U);
+    EXPECT_EQ(PlaceOf(parser), "6 2:6");
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "text(a\\n)", "start(b|)", "stop-parsing"}));
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "text(a\\n)", "start(b|)", "stop-parsing"}));
 }
 
 TEST(StatelessHTMLParserTest, AFile) {
     const TemporaryFolder folder;
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
+    TracedParser parser;
     const auto parse = [&](const std::string& document) {
         return parser.ParseFile(folder.Write("page.html", document).string<WideChar>().c_str());
     };
@@ -343,7 +257,7 @@ TEST(StatelessHTMLParserTest, AFile) {
     const std::string text(2 * 65536 - 3, 'x');
     EXPECT_EQ(parse(text + "<p>"), 0U);
     EXPECT_EQ(parse("<1>"), 703U);
-    EXPECT_EQ(lines,
+    EXPECT_EQ(parser.lines,
               (Lines{"start-parsing", "start(a|)", "text(b)", "start(c|{d=})", "text(" + text + ")", "start(p|)"}));
     EXPECT_EQ(parser.ParseFile((folder.GetPath() / "missing.html").string<WideChar>().c_str()), 506U);
     EXPECT_EQ(parser.ParseFile(folder.GetPath().string<WideChar>().c_str()), 506U);
@@ -370,41 +284,21 @@ TEST(StatelessHTMLParserTest, FlagsStayFromOneDocumentToTheNext) {
     EXPECT_EQ(assigned.GetFlags(), 6U);
 }
 
-struct Position {
-    std::size_t line = 0;
-    std::size_t column = 0;
-    bool operator==(const Position&) const = default;
-};
-
-Position PositionOf(const StatelessHTMLParser& parser) {
-    Position position;
-    EXPECT_EQ(parser.GetCurrentLineNumber(&position.line), 0U);
-    EXPECT_EQ(parser.GetCurrentColumnNumber(&position.column), 0U);
-    return position;
-}
-
-TEST(StatelessHTMLParserTest, LineAndColumnOfADocument) {
-    StatelessHTMLParser parser;
-    const Position first{1, 1};
-    EXPECT_TRUE(PositionOf(parser) == first);
+TEST(StatelessHTMLParserTest, PlacesOfADocument) {
+    TracedParser parser;
+    EXPECT_EQ(PlaceOf(parser), "0 1:1");
     parser.StartParse(0);
-    EXPECT_TRUE(PositionOf(parser) == first);
-    parser.ParseBuffer("a\nb", 3);
-    EXPECT_TRUE(PositionOf(parser) == (Position{2, 4}));
-    parser.ParseBuffer("", 0);
-    EXPECT_TRUE(PositionOf(parser) == (Position{2, 4}));
+    EXPECT_EQ(PlaceOf(parser), "0 1:1");
+    parser.Feed("a\nb");
+    EXPECT_EQ(PlaceOf(parser), "3 2:4");
+    parser.Feed("");
+    EXPECT_EQ(PlaceOf(parser), "3 2:4");
     const StatelessHTMLParser copy(parser);
-    EXPECT_TRUE(PositionOf(copy) == (Position{2, 4}));
+    EXPECT_EQ(PlaceOf(copy), "3 2:4");
     parser.EndParse();
-    EXPECT_TRUE(PositionOf(parser) == first);
-    EXPECT_EQ(parser.ParseBuffer("abc", 3), 10U);
-    EXPECT_TRUE(PositionOf(parser) == first);
-}
-
-std::uint64_t OffsetOf(const StatelessHTMLParser& parser) {
-    std::uint64_t offset = 0;
-    EXPECT_EQ(parser.GetCurrentOffset(&offset), 0U);
-    return offset;
+    EXPECT_EQ(PlaceOf(parser), "0 1:1");
+    EXPECT_EQ(parser.Feed("abc"), 10U);
+    EXPECT_EQ(PlaceOf(parser), "0 1:1");
 }
 
 /// In each callback, what can be got of the places of its attributes: the whole, the name and the
@@ -539,87 +433,56 @@ TEST(StatelessHTMLParserTest, TheOffsetCountsBytesFromTheStartOfTheDocument) {
     EXPECT_EQ(OffsetOf(parser), 0U);
 }
 
-TEST(StatelessHTMLParserTest, TheOffsetInACallback) {
+/// The first and the last event come while the place is still, or already, that of the document.
+TEST(StatelessHTMLParserTest, PlacesInACallback) {
     const std::string page = "ab<p>\n<!m d><b e><script>c</script><style></style></p>";
-    class OffsetListener final : public Trace::EventLineObserver {
-    public:
-        explicit OffsetListener(const StatelessHTMLParser* listenedParser) : parser(listenedParser) {}
-        void OnLine(unsigned long, const std::string&) override {
-            offsets.push_back(OffsetOf(*parser));
-        }
-        std::vector<std::uint64_t> offsets;
-
-    private:
-        const StatelessHTMLParser* parser;
-    };
+    const Lines expected = {"0 1:1",   "2 1:5",   "5 1:8",   "6 2:2",   "12 2:8",
+                            "17 2:13", "35 2:40", "50 2:62", "54 2:66", "54 2:66"};
     for (std::size_t pieceSize = 1; pieceSize <= page.size(); ++pieceSize) {
-        StatelessHTMLParser parser;
-        OffsetListener listener(&parser);
-        parser.Attach(&listener);
+        TracedParser parser;
+        Lines places;
+        parser.observer.hook = [&](const std::string&) { places.push_back(PlaceOf(parser)); };
         parser.StartParse(0);
-        for (std::size_t begin = 0; begin < page.size(); begin += pieceSize)
-            parser.ParseBuffer(page.data() + begin, std::min(pieceSize, page.size() - begin));
+        parser.Feed(page, CutsEvery(pieceSize, page.size()));
         parser.EndParse();
-        EXPECT_EQ(listener.offsets, (std::vector<std::uint64_t>{0, 2, 5, 6, 12, 17, 35, 50, 54, 54})) << pieceSize;
+        EXPECT_EQ(places, expected) << pieceSize;
     }
 }
 
-/// The first and the last event come while the place is still, or already, that of the document.
-TEST(StatelessHTMLParserTest, LineAndColumnInACallback) {
-    StatelessHTMLParser parser;
-    std::vector<Position> positions;
+TEST(StatelessHTMLParserTest, PlacesAndRefusalsInCallbacksOfTwoDocuments) {
+    TracedParser parser;
+    Lines places;
     std::vector<std::uint32_t> results;
-    class PositionListener : public HTML::StatelessHTMLObserver {
-    public:
-        std::function<void()> hook;
-        void OnStartParsing() override {
-            hook();
-        }
-        void OnText(const WideChar*) override {
-            hook();
-        }
-        void OnStartTag(const WideChar*, const Attributes*) override {
-            hook();
-        }
-        void OnStopParsing() override {
-            hook();
-        }
-    } listener;
-    listener.hook = [&] {
-        positions.push_back(PositionOf(parser));
-        results.push_back(parser.ParseBuffer("<z>", 3));
+    parser.observer.hook = [&](const std::string&) {
+        places.push_back(PlaceOf(parser));
+        results.push_back(parser.Feed("<z>"));
         results.push_back(parser.EndParse());
     };
-    parser.Attach(&listener);
     parser.StartParse(0);
-    parser.ParseBuffer("x", 1);
+    parser.Feed("x");
     EXPECT_EQ(parser.StartParse(0), 0U);  // of another document
-    EXPECT_EQ(parser.ParseBuffer("a\nb<c>d", 7), 0U);
+    EXPECT_EQ(parser.Feed("a\nb<c>d"), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    const std::vector<Position> expected = {{1, 1}, {1, 1}, {2, 4}, {2, 7}, {2, 9}};
-    EXPECT_TRUE(positions == expected);
+    EXPECT_EQ(places, (Lines{"0 1:1", "0 1:1", "3 2:4", "6 2:7", "7 2:9"}));
     EXPECT_EQ(results, std::vector<std::uint32_t>(10, 2));
 }
 
 TEST(StatelessHTMLParserTest, OutsideOfADocument) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
-    parser.Attach(&observer);
-    EXPECT_EQ(parser.ParseBuffer("<a>", 3), 10U);
-    EXPECT_EQ(parser.ParseBuffer("", 0), 10U);
+    TracedParser parser;
+    EXPECT_EQ(parser.Feed("<a>"), 10U);
+    EXPECT_EQ(parser.Feed(""), 10U);
     EXPECT_EQ(parser.ParseBuffer(nullptr, 1), 10U);
     EXPECT_EQ(parser.ParseStream(nullptr, true), 2U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(lines, Lines());
+    EXPECT_EQ(parser.lines, Lines());
     EXPECT_EQ(parser.StartParse(0), 0U);
     EXPECT_EQ(parser.ParseBuffer(nullptr, 1), 2U);
     EXPECT_EQ(parser.ParseBuffer(nullptr, 0), 0U);
     EXPECT_EQ(parser.ParseStream(nullptr, false), 2U);
     EXPECT_EQ(parser.EndParse(), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
-    EXPECT_EQ(parser.ParseBuffer("<a>", 3), 10U);
-    EXPECT_EQ(lines, (Lines{"start-parsing", "stop-parsing"}));
+    EXPECT_EQ(parser.Feed("<a>"), 10U);
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "stop-parsing"}));
 }
 
 /// Whatever a document was in the middle of, the next one begins with text on line 1.
@@ -648,23 +511,26 @@ TEST(StatelessHTMLParserTest, AnotherDocumentBeginsAnew) {
                                          "<1"}) {
         for (const bool ends : {true, false}) {
             SCOPED_TRACE(unfinished);
-            Lines lines;
-            EventTraceObserver observer(&lines);
-            StatelessHTMLParser parser;
+            TracedParser parser;
+            parser.Detach(&parser.observer);
             parser.StartParse(0);
-            parser.ParseBuffer(unfinished.data(), unfinished.size());
+            parser.Feed(unfinished);
             if (ends)
                 parser.EndParse();
-            parser.Attach(&observer);
+            parser.Attach(&parser.observer);
             EXPECT_EQ(parser.StartParse(0), 0U);
-            const std::string document = "\nb<c d=e><!f g><?h i=?><script>j</script><style>k</style><!--l--></m>";
-            EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
-            EXPECT_EQ(lines, (Lines{"start-parsing", "text(\\nb)", "start(c|{d=e})", "entity(f|{g})", "extern(h|{i=?})",
-                                    "script(|j)", "style(|k)", "comment(l)", "end(m)"}));
-            EXPECT_EQ(PositionOf(parser).line, 2U);
+            EXPECT_EQ(parser.Feed("\nb<c d=e><!f g><?h i=?><script>j</script><style>k</style><!--l--></m>"), 0U);
+            Lines expected = {"start-parsing", "text(\\nb)", "start(c|{d=e})", "entity(f|{g})", "extern(h|{i=?})",
+                              "script(|j)",    "style(|k)",  "comment(l)",     "end(m)"};
+            EXPECT_EQ(parser.lines, expected);
+            EXPECT_EQ(PlaceOf(parser), "69 2:88");
         }
     }
 }
+
+/// Of the lines of the events, by their identifiers.
+constexpr const char* BEGINNINGS[] = {"start-parsing", "stop-parsing", "start(",   "end(",  "script(",
+                                      "extern(",       "entity(",      "comment(", "text(", "style("};
 
 /// Bound to one event only.
 class OneEventObserver final : public Trace::EventLineObserver {
@@ -690,21 +556,6 @@ private:
     Base::MultiDelegate all;
 };
 
-/// Keeps the lines of one event.
-class LinesOfEvent final : public Trace::EventLineObserver {
-public:
-    LinesOfEvent(unsigned long keptEvent, Lines* lines) : event(keptEvent), tracedLines(lines) {}
-
-private:
-    void OnLine(unsigned long lineEvent, const std::string& line) override {
-        if (lineEvent == event)
-            tracedLines->push_back(line);
-    }
-
-    unsigned long event;
-    Lines* tracedLines;
-};
-
 // Who is bound to one event gets what everybody gets: tags nobody is bound to choose the charset
 // all the same, and a short tag still ends.
 TEST(StatelessHTMLParserTest, AnEventDoesNotNeedTheOthers) {
@@ -716,18 +567,19 @@ TEST(StatelessHTMLParserTest, AnEventDoesNotNeedTheOthers) {
                                  "<META http-equiv=Content-Type content='charset=koi8-r'/>" + tokens;
     for (unsigned long event = StatelessHTMLParser::ID_START_PARSING; event <= StatelessHTMLParser::ID_STYLE; ++event) {
         SCOPED_TRACE(event);
+        TracedParser all;
         Lines lines;
-        Lines expected;
         OneEventObserver observer(event, &lines);
-        LinesOfEvent all(event, &expected);
-        for (HTML::StatelessHTMLObserver* const attached :
-             {static_cast<HTML::StatelessHTMLObserver*>(&all), static_cast<HTML::StatelessHTMLObserver*>(&observer)}) {
-            StatelessHTMLParser parser;
-            parser.Attach(attached);
-            EXPECT_EQ(parser.StartParse(0), 0U);
-            EXPECT_EQ(parser.ParseBuffer(document.data(), document.size()), 0U);
-            EXPECT_EQ(parser.EndParse(), 0U);
+        StatelessHTMLParser parser;
+        parser.Attach(&observer);
+        for (StatelessHTMLParser* const each : {static_cast<StatelessHTMLParser*>(&all), &parser}) {
+            EXPECT_EQ(each->StartParse(0), 0U);
+            EXPECT_EQ(each->ParseBuffer(document.data(), document.size()), 0U);
+            EXPECT_EQ(each->EndParse(), 0U);
         }
+        Lines expected;
+        std::copy_if(all.lines.begin(), all.lines.end(), std::back_inserter(expected),
+                     [&](const std::string& line) { return line.starts_with(BEGINNINGS[event]); });
         EXPECT_FALSE(expected.empty());
         EXPECT_EQ(lines, expected);
         if (event == StatelessHTMLParser::ID_TEXT) {
@@ -753,31 +605,29 @@ TEST(StatelessHTMLParserTest, AStringOrACommentLeavesNothingForTheNextDocument) 
         for (const auto& row : rows) {
             for (const bool ends : {true, false}) {
                 SCOPED_TRACE(unfinished + " and then " + row.script);
-                Lines lines;
-                EventTraceObserver observer(&lines);
-                StatelessHTMLParser parser;
+                TracedParser parser;
+                parser.Detach(&parser.observer);
                 parser.StartParse(0);
-                EXPECT_EQ(parser.ParseBuffer(unfinished.data(), unfinished.size()), 16U);
+                EXPECT_EQ(parser.Feed(unfinished), 16U);
                 if (ends)
                     parser.EndParse();
-                parser.Attach(&observer);
+                parser.Attach(&parser.observer);
                 EXPECT_EQ(parser.StartParse(0), 0U);
-                EXPECT_EQ(parser.ParseBuffer(row.script, std::char_traits<char>::length(row.script)), 0U);
-                EXPECT_EQ(lines, (Lines{"start-parsing", row.line}));
+                EXPECT_EQ(parser.Feed(row.script), 0U);
+                EXPECT_EQ(parser.lines, (Lines{"start-parsing", row.line}));
             }
         }
     }
 }
 
 TEST(StatelessHTMLParserTest, AnObserverThatComesLateGetsNothingFromBefore) {
-    Lines lines;
-    EventTraceObserver observer(&lines);
-    StatelessHTMLParser parser;
+    TracedParser parser;
+    parser.Detach(&parser.observer);
     parser.StartParse(0);
-    EXPECT_EQ(parser.ParseBuffer("a<b>c<!--d--><script>e</script>f<!g h>", 38), 0U);
-    parser.Attach(&observer);
-    EXPECT_EQ(parser.ParseBuffer("i<!--j--><script>k</script>l<b>", 31), 0U);
-    EXPECT_EQ(lines, (Lines{"text(i)", "comment(j)", "script(|k)", "text(l)", "start(b|)"}));
+    EXPECT_EQ(parser.Feed("a<b>c<!--d--><script>e</script>f<!g h>"), 0U);
+    parser.Attach(&parser.observer);
+    EXPECT_EQ(parser.Feed("i<!--j--><script>k</script>l<b>"), 0U);
+    EXPECT_EQ(parser.lines, (Lines{"text(i)", "comment(j)", "script(|k)", "text(l)", "start(b|)"}));
 }
 
 // So long that the buffers are given back as soon as they are no longer of use.
@@ -800,29 +650,24 @@ TEST(StatelessHTMLParserTest, LongStringsThatAreCutLoseNothing) {
          {"start(p|{a=" + longString(150000) + "})", "text(" + text + "y)", "start(q|)"}},
     };
     for (const auto& row : rows) {
-        Lines lines;
-        EventTraceObserver observer(&lines);
-        StatelessHTMLParser parser;
-        parser.StartParse(0);
-        parser.Attach(&observer);
-        EXPECT_NE(parser.ParseBuffer(row.begin.data(), row.begin.size()), 2U);
-        EXPECT_EQ(parser.ParseBuffer(row.end.data(), row.end.size()), 0U);
-        EXPECT_TRUE(lines == row.lines) << row.begin.substr(0, 10);
+        TracedParser parser;
+        parser.Start();
+        EXPECT_NE(parser.Feed(row.begin), 2U);
+        EXPECT_EQ(parser.Feed(row.end), 0U);
+        EXPECT_TRUE(parser.lines == row.lines) << row.begin.substr(0, 10);
     }
 }
-
-struct Resumption {
-    const char* note;
-    std::string failing;
-    std::uint32_t result;
-    std::string rest;
-    std::string event;
-};
 
 /// The byte that does not fit is not consumed, and everything else stays as it was: what fits goes
 /// on after it.
 TEST(StatelessHTMLParserTest, GoesOnAfterAFailure) {
-    const Resumption resumptions[] = {
+    const struct {
+        const char* note;
+        std::string failing;
+        std::uint32_t result;
+        std::string rest;
+        std::string event;
+    } rows[] = {
         {"after \"<\"", "<=", 703, "a>", "start(a|)"},
         {"after \"<!\"", "<!=", 703, "a b>", "entity(a|{b})"},
         {"after \"<!-\"", "<!-=", 703, "-a", "comment(a)"},
@@ -836,22 +681,20 @@ TEST(StatelessHTMLParserTest, GoesOnAfterAFailure) {
         {"without a question mark", "<?a b>", 702, "?>", "extern(a|{b=})"},
         {"after the slash of a declaration", "<!a b /=", 702, ">", "entity(a|{b})"},
     };
-    for (const Resumption& resumption : resumptions) {
-        SCOPED_TRACE(resumption.note);
-        Lines lines;
-        EventTraceObserver observer(&lines);
-        StatelessHTMLParser parser;
-        parser.StartParse(0);
-        parser.Attach(&observer);
-        EXPECT_EQ(parser.ParseBuffer(resumption.failing.data(), resumption.failing.size()), resumption.result);
-        const Position position = PositionOf(parser);
-        EXPECT_EQ(position.column, resumption.failing.size());  // all but the last byte, from column 1
-        EXPECT_EQ(parser.ParseBuffer(resumption.failing.data() + resumption.failing.size() - 1, 1), resumption.result);
-        EXPECT_TRUE(PositionOf(parser) == position);
-        EXPECT_EQ(lines, Lines());
-        EXPECT_EQ(parser.ParseBuffer(resumption.rest.data(), resumption.rest.size()), 0U);
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(lines.front(), resumption.event);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.note);
+        TracedParser parser;
+        parser.Start();
+        EXPECT_EQ(parser.Feed(row.failing), row.result);
+        // All but the last byte is consumed; what was fed without being read counts all the same.
+        const std::size_t size = row.failing.size();
+        EXPECT_EQ(PlaceOf(parser), std::to_string(size - 1) + " 1:" + std::to_string(size));
+        EXPECT_EQ(parser.Feed(row.failing.substr(size - 1)), row.result);
+        EXPECT_EQ(PlaceOf(parser), std::to_string(size) + " 1:" + std::to_string(size));
+        EXPECT_EQ(parser.lines, Lines());
+        EXPECT_EQ(parser.Feed(row.rest), 0U);
+        ASSERT_FALSE(parser.lines.empty());
+        EXPECT_EQ(parser.lines.front(), row.event);
     }
 }
 

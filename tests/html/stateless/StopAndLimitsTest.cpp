@@ -1,18 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <memory>
 #include <random>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "html/stateless/StatelessHTMLParser.h"
 #include "tests/support/EventRun.h"
-#include "tests/support/Splits.h"
 #include "tests/support/TestStreams.h"
 
 namespace Kestra::Test {
@@ -28,52 +19,30 @@ constexpr std::uint32_t OVER = HTML::STATELESS_LIMIT_EXCEEDED;
 constexpr std::string_view EVERY_EVENT =
     "t<a b=c><d/></a><?e f='g'?><!h i><!--j--><script k='l'>m</script><style n='o'>p</style>q<r>s";
 
-/// Traces every event, and calls a hook inside its callback.
-class HookedListener : public Trace::EventLineObserver {
-public:
-    Lines lines;
-    std::function<void(const std::string&)> hook;
-
-private:
-    void OnLine(unsigned long, const std::string& line) override {
-        lines.push_back(line);
-        if (hook)
-            hook(line);
-    }
-};
-
 /// From `StartParse` on, for as long as the parser takes the pieces.
-Results Feed(StatelessHTMLParser* parser, std::string_view document, std::size_t pieceSize) {
+Results Feed(TracedParser* parser, std::string_view document, std::size_t pieceSize) {
     Results results = {parser->StartParse(0)};
-    for (std::size_t i = 0; i < document.size() && (results.back() == 0 || results.back() == 16); i += pieceSize) {
-        const std::size_t size = std::min(pieceSize, document.size() - i);
-        const std::unique_ptr<char[]> piece(new char[size]);
-        std::copy_n(document.data() + i, size, piece.get());
-        results.push_back(parser->ParseBuffer(piece.get(), size));
-    }
+    for (std::size_t i = 0; i < document.size() && (results.back() == 0 || results.back() == 16); i += pieceSize)
+        results.push_back(parser->Feed(document.substr(i, pieceSize)));
     return results;
 }
 
-Results Play(StatelessHTMLParser* parser, std::string_view document, std::size_t pieceSize) {
+Results Play(TracedParser* parser, std::string_view document, std::size_t pieceSize) {
     Results results = Feed(parser, document, pieceSize);
     results.push_back(parser->EndParse());
     return results;
 }
 
 TEST(StatelessStopTest, InEveryCallback) {
-    for (const std::size_t pieceSize : {1000, 9}) {
-        HookedListener whole;
-        StatelessHTMLParser wholeParser;
-        wholeParser.Attach(&whole);
-        const Results wholeResults = Play(&wholeParser, EVERY_EVENT, pieceSize);
+    for (const std::size_t pieceSize : {1000U, 9U}) {
+        TracedParser whole;
+        const Results wholeResults = Play(&whole, EVERY_EVENT, pieceSize);
         ASSERT_GE(whole.lines.size(), 10U);
         for (std::size_t i = 0; i < whole.lines.size(); ++i) {
             SCOPED_TRACE("in " + whole.lines[i] + ", pieces of " + std::to_string(pieceSize));
-            HookedListener listener;
-            StatelessHTMLParser parser;
-            parser.Attach(&listener);
-            listener.hook = [&](const std::string&) {
-                if (listener.lines.size() == i + 1) {
+            TracedParser parser;
+            parser.observer.hook = [&](const std::string&) {
+                if (parser.lines.size() == i + 1) {
                     EXPECT_EQ(parser.Stop(), 0U);
                 }
             };
@@ -81,22 +50,20 @@ TEST(StatelessStopTest, InEveryCallback) {
             EXPECT_EQ(std::count(results.begin(), results.end(), STOPPED), 1);
             EXPECT_EQ(results.back(), whole.lines[i] == "stop-parsing" ? STOPPED : 0U);
             const Lines delivered(whole.lines.begin(), whole.lines.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-            EXPECT_EQ(listener.lines, delivered);
+            EXPECT_EQ(parser.lines, delivered);
             // The next document is as fresh.
-            listener.hook = nullptr;
-            listener.lines.clear();
+            parser.observer.hook = nullptr;
+            parser.lines.clear();
             EXPECT_EQ(parser.Stop(), 2U);
             EXPECT_EQ(Play(&parser, EVERY_EVENT, pieceSize), wholeResults);
-            EXPECT_EQ(listener.lines, whole.lines);
+            EXPECT_EQ(parser.lines, whole.lines);
         }
     }
 }
 
 TEST(StatelessStopTest, ItStaysStopped) {
-    HookedListener listener;
-    StatelessHTMLParser parser;
-    parser.Attach(&listener);
-    listener.hook = [&](const std::string& line) {
+    TracedParser parser;
+    parser.observer.hook = [&](const std::string& line) {
         if (line == "start(a|)") {
             EXPECT_EQ(parser.Stop(), 0U);
             throw 1;
@@ -113,7 +80,7 @@ TEST(StatelessStopTest, ItStaysStopped) {
     EXPECT_EQ(copy.ParseBuffer("<b>", 3), STOPPED);
     EXPECT_EQ(parser.EndParse(), 0U);
     EXPECT_EQ(parser.ParseBuffer("<b>", 3), 10U);
-    EXPECT_EQ(listener.lines, (Lines{"start-parsing", "start(a|)"}));
+    EXPECT_EQ(parser.lines, (Lines{"start-parsing", "start(a|)"}));
 }
 
 /// A token between others that are shorter. All of it is in one event, or in two.
@@ -127,12 +94,6 @@ struct LimitRow {
     bool scriptsAsText = false;
     std::size_t contentBefore = 0;  ///< bytes that count twice in columns
 };
-
-std::uint64_t OffsetOf(const StatelessHTMLParser& parser) {
-    std::uint64_t offset = 0;
-    EXPECT_EQ(parser.GetCurrentOffset(&offset), 0U);
-    return offset;
-}
 
 TEST(StatelessLimitTest, EveryKindOfToken) {
     const Lines tag = {"start-parsing", "start(a|)"};
@@ -182,54 +143,40 @@ TEST(StatelessLimitTest, EveryKindOfToken) {
             if (!row.isCuttable && !cuts.empty())
                 return;
             for (const bool isOver : {false, true}) {
-                HookedListener whole;
-                HookedListener listener;
-                StatelessHTMLParser unlimited;
-                StatelessHTMLParser parser;
-                const auto mode =
-                    row.scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT : StatelessHTMLParser::SCRIPT_AS_TOKENS;
-                unlimited.SetScriptMode(mode);
-                parser.SetScriptMode(mode);
-                unlimited.Attach(&whole);
-                parser.Attach(&listener);
+                TracedParser unlimited;
+                TracedParser parser;
+                for (TracedParser* const each : {&unlimited, &parser}) {
+                    each->SetScriptMode(row.scriptsAsText ? StatelessHTMLParser::SCRIPT_AS_TEXT
+                                                          : StatelessHTMLParser::SCRIPT_AS_TOKENS);
+                    each->StartParse(0);
+                }
                 parser.SetMaxTokenSize(row.token.size() - (isOver ? 1 : 0));
-                unlimited.StartParse(0);
-                parser.StartParse(0);
                 std::uint32_t wholeResult = 0;
                 std::uint32_t result = 0;
                 for (const auto& [begin, end] : PiecesOf(cuts, document.size())) {
-                    wholeResult = unlimited.ParseBuffer(document.data() + begin, end - begin);
+                    wholeResult = unlimited.Feed(document.substr(begin, end - begin));
                     if (result == 0 || result == 16)
-                        result = parser.ParseBuffer(document.data() + begin, end - begin);
+                        result = parser.Feed(document.substr(begin, end - begin));
                 }
                 if (!isOver) {
                     EXPECT_EQ(result, wholeResult);
-                    EXPECT_EQ(listener.lines, whole.lines);
+                    EXPECT_EQ(parser.lines, unlimited.lines);
                     continue;
                 }
                 EXPECT_EQ(result, OVER);
-                EXPECT_EQ(listener.lines, row.events);
-                EXPECT_EQ(OffsetOf(parser), row.before.size());
-                std::size_t line = 0;
-                std::size_t column = 0;
-                parser.GetCurrentLineNumber(&line);
-                parser.GetCurrentColumnNumber(&column);
-                EXPECT_EQ(line, 1U);
-                EXPECT_EQ(column, row.before.size() + row.contentBefore + 1);
+                EXPECT_EQ(parser.lines, row.events);
+                EXPECT_EQ(PlaceOf(parser), std::to_string(row.before.size()) +
+                                               " 1:" + std::to_string(row.before.size() + row.contentBefore + 1));
                 // A host goes on at the first byte of the token.
                 StatelessHTMLParser copy(parser);
                 EXPECT_EQ(copy.EndParse(), 0U);
-                EXPECT_EQ(listener.lines, row.events);
+                EXPECT_EQ(parser.lines, row.events);
                 parser.SetMaxTokenSize(0);
-                result = parser.ParseBuffer(document.data() + row.before.size(), document.size() - row.before.size());
+                result = parser.Feed(document.substr(row.before.size()));
                 if (cuts.empty()) {
                     EXPECT_EQ(result, wholeResult);
-                    EXPECT_EQ(listener.lines, whole.lines);
-                    EXPECT_EQ(OffsetOf(parser), OffsetOf(unlimited));
-                    std::size_t wholeColumn = 0;
-                    unlimited.GetCurrentColumnNumber(&wholeColumn);
-                    parser.GetCurrentColumnNumber(&column);
-                    EXPECT_EQ(column, wholeColumn);
+                    EXPECT_EQ(parser.lines, unlimited.lines);
+                    EXPECT_EQ(PlaceOf(parser), PlaceOf(unlimited));
                 }
             }
         });
@@ -250,8 +197,8 @@ TEST(StatelessLimitTest, Attributes) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.note);
-        for (const std::size_t pieceSize : {100, 5, 1}) {
-            StatelessHTMLParser parser;
+        for (const std::size_t pieceSize : {100U, 5U, 1U}) {
+            TracedParser parser;
             parser.SetMaxAttributes(row.count);
             const Results allowed = Play(&parser, row.document, pieceSize);
             EXPECT_EQ(std::count(allowed.begin(), allowed.end(), OVER), 0);
@@ -265,7 +212,7 @@ TEST(StatelessLimitTest, Attributes) {
 TEST(StatelessLimitTest, ALimitOfTheSizeBoundsTheNumberOfAttributesAndItems) {
     for (const std::string start : {"<a", "<!a", "<?a"}) {
         SCOPED_TRACE(start);
-        for (const std::size_t count : {31, 32}) {
+        for (const std::size_t count : {31U, 32U}) {
             std::string document = start;
             for (std::size_t i = 0; i < count; ++i)
                 document += " b";
@@ -292,11 +239,11 @@ TEST(StatelessLimitTest, SettersAndGetters) {
         EXPECT_EQ(each->GetMaxTokenSize(), 7U);
         EXPECT_EQ(each->GetMaxAttributes(), 1U);
         EXPECT_EQ(each->ParseBuffer("<a bcd>", 7), 0U);
-        EXPECT_EQ(OffsetOf(*each), 7U);
+        EXPECT_EQ(PlaceOf(*each), "7 1:8");
         EXPECT_EQ(each->ParseBuffer("<a b c>", 7), OVER);
-        EXPECT_EQ(OffsetOf(*each), 7U);
+        EXPECT_EQ(PlaceOf(*each), "7 1:8");
         EXPECT_EQ(each->ParseBuffer("<a bcde>", 8), OVER);
-        EXPECT_EQ(OffsetOf(*each), 7U);
+        EXPECT_EQ(PlaceOf(*each), "7 1:8");
     }
 }
 
@@ -309,15 +256,13 @@ struct Reading {
 
 Reading Read(std::string_view document, std::size_t pieceSize, std::uint64_t maxTokenSize,
              StatelessHTMLParser::ScriptMode scriptMode) {
-    HookedListener listener;
-    StatelessHTMLParser parser;
-    parser.Attach(&listener);
+    TracedParser parser;
     parser.SetScriptMode(scriptMode);
     parser.SetMaxTokenSize(maxTokenSize);
     const Results results = Feed(&parser, document, pieceSize);
     const std::uint64_t end = OffsetOf(parser);
     EXPECT_EQ(parser.EndParse(), 0U);
-    return {listener.lines, results.back(), end};
+    return {parser.lines, results.back(), end};
 }
 
 // A cut decides about quotes, comments, marks that close a tag, and attributes that are none: only
@@ -346,7 +291,7 @@ TEST(StatelessLimitTest, RandomDocuments) {
         }
         ASSERT_LE(limited.lines.size(), whole.lines.size());
         ASSERT_TRUE(std::equal(limited.lines.begin(), limited.lines.end(), whole.lines.begin()));
-        for (const std::size_t pieceSize : {1, 2, 7}) {
+        for (const std::size_t pieceSize : {1U, 2U, 7U}) {
             const Reading cutWhole = Read(document, pieceSize, 0, mode);
             if (cutWhole.lines != whole.lines || cutWhole.result != whole.result)
                 continue;

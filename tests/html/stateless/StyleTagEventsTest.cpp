@@ -1,9 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "tests/html/stateless/EventRows.h"
 
 // Style sheets, up to "</style>" wherever it stands. Every other "<" is lost. A cut changes nothing
@@ -53,25 +47,19 @@ TEST(StyleTagEventsTest, Pairs) {
     CheckRows(rows, ROWS_PER_CONSTRUCT);
 }
 
-TEST(StyleTagEventsTest, Bodies) {
-    CheckRows({
-        {"nothing", Style(""), Reports("", 0)},
-        {"\"<\" is lost", Style("a<b"), Reports("ab", 5)},
-        {"of two one is kept", Style("a<<b"), Reports("a<b", 7)},
-        {"of three one as well", Style("<<<b"), Reports("<b", 3 + 3)},
-        {"of four two", Style("<<<<"), Reports("<<", 6)},
-        {"line comments stay", Style("//a"), Reports("//a", 6)},
-        {"bytes from 128 up", Style("\xE9"), Reports("\\u00E9", 2)},
-        {"the body is a string that ends at its first NUL", Style(std::string("a\0b", 3)), Reports("a", 6)},
-        {"two line breaks are one line", Style("\n\n"), {"style(|\\n\\n)\n", Place().Lines(1, 3).Bytes(1).Content(7)}},
-        {"a \"<\" in between leaves them a pair",
-         Style("\n<\n"),
-         {"style(|\\n\\n)\n", Place().Lines(1, 2).Bytes(1).Bytes(1).Bytes(1).Content(7)}},
-        {"CR and LF are one",
-         Style("a\r\nb"),
-         {"style(|a\\r\\nb)\n", Place().Lines(1, 3).Content(1).Bytes(1).Content(7)}},
-    });
-}
+const std::vector<EventRow> BODIES = {
+    {"nothing", Style(""), Reports("", 0)},
+    {"\"<\" is lost", Style("a<b"), Reports("ab", 5)},
+    {"of two one is kept", Style("a<<b"), Reports("a<b", 7)},
+    {"of three one as well", Style("<<<b"), Reports("<b", 3 + 3)},
+    {"of four two", Style("<<<<"), Reports("<<", 6)},
+    {"line comments stay", Style("//a"), Reports("//a", 6)},
+    {"bytes from 128 up", Style("\xE9"), Reports("\\u00E9", 2)},
+    {"the body is a string that ends at its first NUL", Style(std::string("a\0b", 3)), Reports("a", 6)},
+    {"two line breaks are one line", Style("\n\n"), {"style(|\\n\\n)\n", {2, 3 + 1 + 2 * 7}}},
+    {"a \"<\" in between leaves them a pair", Style("\n<\n"), {"style(|\\n\\n)\n", {2, 2 + 1 + 1 + 1 + 2 * 7}}},
+    {"CR and LF are one", Style("a\r\nb"), {"style(|a\\r\\nb)\n", {2, 3 + 2 * 1 + 1 + 2 * 7}}},
+};
 
 TEST(StyleTagEventsTest, EndTags) {
     const Place place = Place().Bytes(7).Bytes(1).Content(7);
@@ -91,51 +79,49 @@ TEST(StyleTagEventsTest, EndTags) {
     });
 }
 
-TEST(StyleTagEventsTest, StartTags) {
-    CheckRows({
-        {"attributes",
-         "<style a b=c>d</style>",
-         {"style({a=}{b=c}|d)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7)}},
-        {"after a blank", "< style>d</style>", {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)}},
-        EventRow("a quoted attribute", "<style a='b'>c</style>'>",
-                 {"style({a=b}|c)\n", Place().Bytes(13).Content(1).Bytes(1).Content(7).Content(2)})
-            .After("<style a='b'", {"", Place().Bytes(24), 0})
-            .Bytewise({"", Place().Bytes(24), 16}),
-        EventRow("a slash at its end changes nothing", "<style/>d</style>",
-                 {"style(|d)\n", Place().Bytes(8).Content(1).Bytes(1).Content(7)})
-            .AfterAndBytewise("<style/", {"style(|>d)\n", Place().Bytes(7).Content(2).Bytes(1).Content(7)}),
-        {"a name that only begins like it",
-         "<styles>d<b>",
-         {"start(styles|)\ntext(d)\nstart(b|)\n", Place().Bytes(8).Content(1).Bytes(3)}},
-        {"a style sheet after a script",
-         "<script>a</script><style>b</style>",
-         {"script(|a)\nstyle(|b)\n",
-          Place().Bytes(8).Content(1).Bytes(1).Content(8).Bytes(7).Content(1).Bytes(1).Content(7)}},
-        {"a script after a style sheet",
-         "<style>a</style><script>b</script>",
-         {"style(|a)\nscript(|b)\n", After(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
-        {"its attributes are its own",
-         "<style a>b</style><style>c</style>",
-         {"style({a=}|b)\nstyle(|c)\n", After(4).Bytes(7).Content(1).Bytes(1).Content(7)}},
-        {"a text after it begins anew",
-         "<style>a</style>b<c>",
-         {"style(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
-        {"a text before it is not part of it",
-         "b<style>a</style>",
-         {"text(b)\nstyle(|a)\n", Place().Content(1).Bytes(7).Content(1).Bytes(1).Content(7)}},
-    });
-}
+const std::vector<EventRow> START_TAGS = {
+    {"attributes", "<style a b=c>d</style>", {"style({a=}{b=c}|d)\n", {1, 1 + 13 + 2 * 1 + 1 + 2 * 7}}},
+    {"after a blank", "< style>d</style>", {"style(|d)\n", {1, 1 + 8 + 2 * 1 + 1 + 2 * 7}}},
+    EventRow("a quoted attribute", "<style a='b'>c</style>'>",
+             {"style({a=b}|c)\n", {1, 1 + 13 + 2 * 1 + 1 + 2 * 7 + 2 * 2}})
+        .After("<style a='b'", {"", {1, 25}, 0})
+        .Bytewise({"", {1, 25}, 16}),
+    {"a slash at its end changes nothing",
+     "<style/",
+     ">d</style>",
+     {"style(|d)\n", {1, 1 + 8 + 2 * 1 + 1 + 2 * 7}},
+     {"style(|>d)\n", {1, 1 + 7 + 2 * 2 + 1 + 2 * 7}}},
+    {"a name that only begins like it",
+     "<styles>d<b>",
+     {"start(styles|)\ntext(d)\nstart(b|)\n", {1, 1 + 8 + 2 * 1 + 3}}},
+    {"a style sheet after a script",
+     "<script>a</script><style>b</style>",
+     {"script(|a)\nstyle(|b)\n",
+      Place().Bytes(8).Content(1).Bytes(1).Content(8).Bytes(7).Content(1).Bytes(1).Content(7)}},
+    {"a script after a style sheet",
+     "<style>a</style><script>b</script>",
+     {"style(|a)\nscript(|b)\n", After(2).Bytes(8).Content(1).Bytes(1).Content(8)}},
+    {"its attributes are its own",
+     "<style a>b</style><style>c</style>",
+     {"style({a=}|b)\nstyle(|c)\n", After(4).Bytes(7).Content(1).Bytes(1).Content(7)}},
+    {"a text after it begins anew",
+     "<style>a</style>b<c>",
+     {"style(|a)\ntext(b)\nstart(c|)\n", After(2).Content(1).Bytes(3)}},
+    {"a text before it is not part of it",
+     "b<style>a</style>",
+     {"text(b)\nstyle(|a)\n", {1, 1 + 2 * 1 + 7 + 2 * 1 + 1 + 2 * 7}}},
+};
 
-TEST(StyleTagEventsTest, NotOver) {
-    CheckRows({
-        {"the start tag", "<style>", {"", Place().Bytes(7)}},
-        {"a rule", "<style>a", {"", Place().Bytes(7).Content(1), 16}},
-        {"\"<\"", "<style><", {"", Place().Bytes(8), 16}},
-        {"an end tag", "<style></style", {"", Place().Bytes(8).Content(6), 16}},
-        {"a \"<\" before the end tag", "<style><</style>", {"", Place().Bytes(8).Content(8), 16}},
-        {"a slash that completes the start tag", "<style/", {"", Place().Bytes(7)}},
-    });
-}
+const std::vector<EventRow> NOT_OVER = {
+    {"the start tag", "<style>", {"", {1, 8}}},
+    {"a rule", "<style>a", {"", {1, 1 + 7 + 2 * 1}, 16}},
+    {"\"<\"", "<style><", {"", {1, 9}, 16}},
+    {"an end tag", "<style></style", {"", {1, 1 + 8 + 2 * 6}, 16}},
+    {"a \"<\" before the end tag", "<style><</style>", {"", {1, 1 + 8 + 2 * 8}, 16}},
+    {"a slash that completes the start tag", "<style/", {"", {1, 8}}},
+};
+
+const EventTables TABLES("StyleTagEventsTest", {{"Bodies", BODIES}, {"StartTags", START_TAGS}, {"NotOver", NOT_OVER}});
 
 }  // namespace
 }  // namespace Kestra::Test

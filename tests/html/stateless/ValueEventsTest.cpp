@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/html/stateless/EventRows.h"
 
 // Values of attributes, and items of declarations: quoted, without escapes, or up to white space or
@@ -132,53 +127,51 @@ TEST(ValueEventsTest, AfterWhiteSpaceWhoseLinesCount) {
     CheckRows(rows);
 }
 
-TEST(ValueEventsTest, RunsOnAfterAQuoteThatEndsThePiece) {
-    CheckRows({
-        EventRow("up to the next quote", "<p a='1'>x'>", {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
-            .After("<p a='1'", {"start(p|{a=1>x})\n", {1, 13}})
-            .Bytewise({"", {1, 13}, 16}),
-        EventRow("up to the next quote of its kind", "<p a=\"1\">'\">",
-                 {"start(p|{a=1})\n", Place().Bytes(9).Content(3)})
-            .After("<p a=\"1\"", {"start(p|{a=1>'})\n", {1, 13}})
-            .Bytewise({"", {1, 13}, 16}),
-        EventRow("in an instruction", "<?p a='1'?>x' ?>", {"extern(p|{a=1})\n", Place().Bytes(11).Content(5)})
-            .After("<?p a='1'", {"extern(p|{a=1?>x})\n", {1, 17}})
-            .After("<?p a='1'?", {"extern(p|{a=1})\n", Place().Bytes(10).Content(6)})
-            .Bytewise({"", {1, 17}, 16}),
-        EventRow("in a declaration", "<!p '1'>x'>", {"entity(p|{1})\n", Place().Bytes(8).Content(3)})
-            .After("<!p '1'", {"entity(p|{1>x})\n", {1, 12}})
-            .Bytewise({"", {1, 12}, 16}),
-        EventRow("into the next value", "<a b='1' c='2'>", {"start(a|{b=1}{c=2})\n", {1, 16}})
-            .After("<a b='1'", {"start(a|{b=1 c=})\n", {1, 16}})  // and "2'" begins no attribute
-            .After("<a b='1' c='2'", {"", {1, 16}, 16})
-            .Bytewise({"", {1, 16}, 16}),
-        EventRow("and line breaks are columns there", "<a b='1'\nc='2'>", {"start(a|{b=1}{c=2})\n", {2, 7}})
-            .After("<a b='1'", {"start(a|{b=1\\nc=})\n", {1, 16}})
-            .After("<a b='1'\nc='2'", {"", {2, 7}, 16})
-            .Bytewise({"", {1, 16}, 16}),
-        EventRow("past quotes of the other kind", "<a b='\"' c=\"'\">", {"start(a|{b=\"}{c='})\n", {1, 16}})
-            .After("<a b='\"'", {"start(a|{b=\" c=\"})\n", {1, 16}})
-            .After("<a b='\"' c=\"'\"", {"", {1, 16}, 16})
-            .Bytewise({"", {1, 16}, 16}),
-        EventRow("a name right after the quote", "<a b='1'c>", {"start(a|{b=1}{c=})\n", {1, 11}})
-            .AfterAndBytewise("<a b='1'", {"", {1, 11}, 16}),
-    });
-}
+const std::vector<EventRow> RUNS_ON_AFTER_A_QUOTE_THAT_ENDS_THE_PIECE = {
+    EventRow("up to the next quote", "<p a='1'>x'>", {"start(p|{a=1})\n", {1, 1 + 9 + 2 * 3}})
+        .After("<p a='1'", {"start(p|{a=1>x})\n", {1, 13}})
+        .Bytewise({"", {1, 13}, 16}),
+    EventRow("up to the next quote of its kind", "<p a=\"1\">'\">", {"start(p|{a=1})\n", {1, 1 + 9 + 2 * 3}})
+        .After("<p a=\"1\"", {"start(p|{a=1>'})\n", {1, 13}})
+        .Bytewise({"", {1, 13}, 16}),
+    EventRow("in an instruction", "<?p a='1'?>x' ?>", {"extern(p|{a=1})\n", {1, 1 + 11 + 2 * 5}})
+        .After("<?p a='1'", {"extern(p|{a=1?>x})\n", {1, 17}})
+        .After("<?p a='1'?", {"extern(p|{a=1})\n", {1, 1 + 10 + 2 * 6}})
+        .Bytewise({"", {1, 17}, 16}),
+    EventRow("in a declaration", "<!p '1'>x'>", {"entity(p|{1})\n", {1, 1 + 8 + 2 * 3}})
+        .After("<!p '1'", {"entity(p|{1>x})\n", {1, 12}})
+        .Bytewise({"", {1, 12}, 16}),
+    EventRow("into the next value", "<a b='1' c='2'>", {"start(a|{b=1}{c=2})\n", {1, 16}})
+        .After("<a b='1'", {"start(a|{b=1 c=})\n", {1, 16}})  // and "2'" begins no attribute
+        .After("<a b='1' c='2'", {"", {1, 16}, 16})
+        .Bytewise({"", {1, 16}, 16}),
+    EventRow("and line breaks are columns there", "<a b='1'\nc='2'>", {"start(a|{b=1}{c=2})\n", {2, 7}})
+        .After("<a b='1'", {"start(a|{b=1\\nc=})\n", {1, 16}})
+        .After("<a b='1'\nc='2'", {"", {2, 7}, 16})
+        .Bytewise({"", {1, 16}, 16}),
+    EventRow("past quotes of the other kind", "<a b='\"' c=\"'\">", {"start(a|{b=\"}{c='})\n", {1, 16}})
+        .After("<a b='\"'", {"start(a|{b=\" c=\"})\n", {1, 16}})
+        .After("<a b='\"' c=\"'\"", {"", {1, 16}, 16})
+        .Bytewise({"", {1, 16}, 16}),
+    {"a name right after the quote", "<a b='1'", "c>", {"start(a|{b=1}{c=})\n", {1, 11}}, {"", {1, 11}, 16}},
+};
 
-TEST(ValueEventsTest, NotOver) {
-    CheckRows({
-        {"without a closing quote", "<p a='v", {"", {1, 8}, 16}},
-        {"without anything after the opening quote", "<p a='", {"", {1, 7}, 16}},
-        {"without anything after the closing quote", "<p a='v'", {"", {1, 9}, 16}},
-        {"a backslash before the quote means nothing", "<p a='\\'", {"", {1, 9}, 16}},
-        {"unquoted", "<p a=v", {"", {1, 7}, 16}},
-        {"not begun", "<p a=", {"", {1, 6}, 16}},
-        {"not begun, after white space", "<p a=\n", {"", {2, 1}, 16}},
-        {"an item without a closing quote", "<!p \"v>", {"", {1, 8}, 16}},
-        {"an item that is unquoted", "<!p v", {"", {1, 6}, 16}},
-        {"the quote of another kind", "<p a='v\">", {"", {1, 10}, 16}},
-    });
-}
+const std::vector<EventRow> NOT_OVER = {
+    {"without a closing quote", "<p a='v", {"", {1, 8}, 16}},
+    {"without anything after the opening quote", "<p a='", {"", {1, 7}, 16}},
+    {"without anything after the closing quote", "<p a='v'", {"", {1, 9}, 16}},
+    {"a backslash before the quote means nothing", "<p a='\\'", {"", {1, 9}, 16}},
+    {"unquoted", "<p a=v", {"", {1, 7}, 16}},
+    {"not begun", "<p a=", {"", {1, 6}, 16}},
+    {"not begun, after white space", "<p a=\n", {"", {2, 1}, 16}},
+    {"an item without a closing quote", "<!p \"v>", {"", {1, 8}, 16}},
+    {"an item that is unquoted", "<!p v", {"", {1, 6}, 16}},
+    {"the quote of another kind", "<p a='v\">", {"", {1, 10}, 16}},
+};
+
+const EventTables TABLES("ValueEventsTest",
+                         {{"RunsOnAfterAQuoteThatEndsThePiece", RUNS_ON_AFTER_A_QUOTE_THAT_ENDS_THE_PIECE},
+                          {"NotOver", NOT_OVER}});
 
 }  // namespace
 }  // namespace Kestra::Test

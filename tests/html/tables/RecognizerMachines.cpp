@@ -41,19 +41,13 @@ struct RecognizerName {
 
 /// The words of the tables for what is handed over to.
 const RecognizerName RECOGNIZER_NAMES[] = {
-    {"tag", HTML::ParserNames::GENERIC_TAG},
-    {"start tag", HTML::ParserNames::START_TAG},
-    {"end tag", HTML::ParserNames::END_TAG},
-    {"comment", HTML::ParserNames::COMMENT_TAG},
-    {"section", HTML::ParserNames::CDATA_TAG},
-    {"conditional", HTML::ParserNames::CONDITIONAL_TAG},
-    {"declaration", HTML::ParserNames::ENTITY_TAG},
-    {"instruction", HTML::ParserNames::EXTERN_TAG},
-    {"block comment", HTML::ParserNames::C_COMMENT},
-    {"line comment", HTML::ParserNames::CPP_COMMENT},
-    {"expression", HTML::ParserNames::JS_REG_EX},
-    {"single-quoted", HTML::ParserNames::S_QUOTE_STRING},
-    {"double-quoted", HTML::ParserNames::D_QUOTE_STRING},
+    {"tag", HTML::ParserNames::GENERIC_TAG},         {"start tag", HTML::ParserNames::START_TAG},
+    {"end tag", HTML::ParserNames::END_TAG},         {"comment", HTML::ParserNames::COMMENT_TAG},
+    {"section", HTML::ParserNames::CDATA_TAG},       {"conditional", HTML::ParserNames::CONDITIONAL_TAG},
+    {"declaration", HTML::ParserNames::ENTITY_TAG},  {"instruction", HTML::ParserNames::EXTERN_TAG},
+    {"block comment", HTML::ParserNames::C_COMMENT}, {"line comment", HTML::ParserNames::CPP_COMMENT},
+    {"expression", HTML::ParserNames::JS_REG_EX},    {"single", HTML::ParserNames::S_QUOTE_STRING},
+    {"double", HTML::ParserNames::D_QUOTE_STRING},
 };
 
 std::string WordFor(const WideString& name) {
@@ -320,14 +314,14 @@ private:
             data->allowJSRegEx = true;
             data->allowEscape2022 = true;
         };
-        add("all of a script", allowAll).rowNames = {{1, "\"/\", expressions"}};
+        add("all of a script", allowAll).rowNames = {{1, "\"/\", RegEx"}};
         add("without expressions", [allowAll](Text* data) {
             allowAll(data);
             data->allowJSRegEx = false;
         }).rowNames = {{1, "\"/\", none"}};
         TableMachine& markup = add("markup alone", [](Text* data) { data->allowJSRegEx = true; });
         markup.ignoredHeads = {"\"'\"", "'\"'", "\"/\"", "\"*\"", "ESC"};
-        markup.rowNames = {{1, "\"/\", expressions"}};
+        markup.rowNames = {{1, "\"/\", RegEx"}};
         TableMachine& blocks = add("block comments", [](Text* data) { data->allowCComment = true; });
         blocks.ignoredHeads = {"\"'\"", "'\"'", "ESC"};
         blocks.ignoredIn[1] = {"\"/\""};

@@ -4,19 +4,13 @@
 #include <string>
 #include <string_view>
 
-#include "html/tags/EntityTagSimpleParser.h"
-#include "html/tags/ExternTagSimpleParser.h"
-#include "tests/html/text/LiteralModel.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/RandomInput.h"
-#include "tests/support/RecognizerCheck.h"
+#include "tests/html/tags/AttributeModel.h"
 
 namespace Kestra::Test {
 namespace {
 
 constexpr int ROUNDS = 10000;
 constexpr std::string_view NAME_STOPS = "\t\n\v\f\r =[]<>";
-constexpr std::string_view ATTRIBUTE_NAME_STOPS = "\t\n\v\f\r =>";
 constexpr std::string_view VALUE_STOPS = "\t\n\v\f\r <>";
 
 /// A second opinion on "<!" and "<?": reads the whole input with plain searches. An outcome other
@@ -44,7 +38,7 @@ public:
             std::string mark;
             if (first == '\'' || first == '"') {
                 mark = first;
-                if (!ReadQuoted(iso2022, false, &value))
+                if (!ModelQuoted(input, &place, iso2022, false, &value))
                     return "end 16";
             } else {
                 value = ModelRun(input, &place, VALUE_STOPS);
@@ -75,24 +69,6 @@ private:
         return !AtEnd();
     }
 
-    /// From the opening quote to after the closing one. False when the input ends first.
-    bool ReadQuoted(bool runs, bool escapes, std::string* content) {
-        const char quote = input[place++];
-        for (bool escaped = false; !AtEnd();) {
-            const char character = input[place++];
-            if (!escaped && character == quote)
-                return true;
-            if (!escaped && runs && quote == '"' && character == '\033') {
-                if (!ModelEscapeRun(input, &place, content))
-                    return false;
-                continue;
-            }
-            *content += character;
-            escaped = escapes && !escaped && character == '\\';
-        }
-        return false;
-    }
-
     /// A "?" is like any other character here: it is the ">" that ends the instruction.
     std::string ReadFreeStyle() {
         std::string text = "<?" + prefix + name;
@@ -100,7 +76,7 @@ private:
             const char character = input[place];
             if (character == '\'' || character == '"') {
                 text += character;
-                if (!ReadQuoted(iso2022, true, &text))
+                if (!ModelQuoted(input, &place, iso2022, true, &text))
                     return "end 16";
                 text += character;
                 continue;
@@ -129,11 +105,8 @@ private:
     std::string ReadAttributes() {
         std::string attributes;
         bool runs = iso2022;
-        bool afterName = false;
-        std::string attributePrefix;
-        const auto append = [&](const std::string& attribute, const std::string& rest) {
-            attributes += "{" + Trace::Escape(attributePrefix) + "|" + Trace::Escape(attribute) + rest + "}";
-        };
+        bool needsPrefix = true;
+        ModelAttribute attribute;
         const auto finish = [&](const std::string& suffix, bool slash) {
             if (input[place] != '>')
                 return Fail();
@@ -142,59 +115,43 @@ private:
                    Rest();
         };
         for (;;) {
-            if (!afterName)
-                attributePrefix = ModelSpaces(input, &place);
-            std::string attribute(ModelRun(input, &place, ATTRIBUTE_NAME_STOPS));
-            const std::string spaces(ModelSpaces(input, &place));
-            if (AtEnd())
+            if (needsPrefix)
+                attribute.prefix = ModelSpaces(input, &place);
+            if (!ModelAfterPrefix(input, &place, runs, &attribute))
                 return "end 16";
-            afterName = input[place] != '=';
-            if (!afterName) {
-                ++place;
-                const std::string after(ModelSpaces(input, &place));
-                if (AtEnd())
-                    return "end 16";
-                const std::string begin = "|" + Trace::Escape(spaces) + "=" + Trace::Escape(after) + "|";
-                std::string value;
-                if (input[place] == '\'' || input[place] == '"') {
-                    const std::string mark(1, input[place]);
-                    if (!ReadQuoted(runs, false, &value))
-                        return "end 16";
-                    append(attribute, begin + mark + Trace::Escape(value) + mark);
-                    runs = iso2022;
-                    continue;
-                }
-                value = ModelRun(input, &place, VALUE_STOPS);
-                if (AtEnd())
-                    return "end 16";
-                const bool closing = value.ends_with('?') && input[place] == '>';
+            needsPrefix = attribute.hasValue;
+            if (attribute.hasValue) {
+                const bool closing = attribute.mark.empty() && attribute.value.ends_with('?') && input[place] == '>';
                 if (closing) {
-                    value.pop_back();
-                    if (value.empty())
+                    attribute.value.pop_back();
+                    if (attribute.value.empty())
                         return Fail();
                 }
-                append(attribute, begin + Trace::Escape(value));
+                attributes += attribute.Describe();
                 if (closing)
                     return finish("", false);
                 // After a bare value the next attribute has no runs.
-                runs = iso2022 && value.empty();
+                runs = iso2022 && (!attribute.mark.empty() || attribute.value.empty());
+                attribute = {};
                 continue;
             }
-            if (attribute.empty())
+            if (attribute.name.empty())
                 return Fail();
             runs = iso2022;
-            const char last = attribute.back();
+            const std::string spaces = attribute.beforeEquals;
+            const char last = attribute.name.back();
             if (last != '?' && last != '/') {
-                append(attribute, "");
-                attributePrefix = spaces;
+                attributes += attribute.Describe();
+                attribute = {};
+                attribute.prefix = spaces;
                 continue;
             }
             if (last == '?' && !spaces.empty())
                 return Fail();
-            attribute.pop_back();
-            if (!attribute.empty())
-                append(attribute, "");
-            return finish((attribute.empty() ? attributePrefix : "") + spaces, last == '/');
+            attribute.name.pop_back();
+            if (!attribute.name.empty())
+                attributes += attribute.Describe();
+            return finish((attribute.name.empty() ? attribute.prefix : "") + spaces, last == '/');
         }
     }
 
@@ -211,7 +168,7 @@ private:
     }
 
     std::string Rest() const {
-        return AtEnd() ? "" : " rest(" + Trace::Escape(input.substr(place)) + ")";
+        return ModelRest(input, place);
     }
 
     std::string_view input;
@@ -221,73 +178,55 @@ private:
     std::string name;
 };
 
-template <typename Flavour>
-class DeclarationModelTest : public testing::Test {
-protected:
-    static void CheckEntity(const std::string& input, bool iso2022, RandomInput* random) {
-        using EntityTag = HTML::EntityTagSimpleParser<typename Flavour::C, typename Flavour::S>;
-        CheckRandomly<EntityTag>(input, DeclarationModel(input, iso2022).ReadEntity(), random,
-                                 [iso2022](auto* data) { data->iso2022 = iso2022; });
-    }
-
-    static void CheckExtern(const std::string& input, bool iso2022, RandomInput* random) {
-        using ExternTag = HTML::ExternTagSimpleParser<typename Flavour::C, typename Flavour::S>;
-        CheckRandomly<ExternTag>(input, DeclarationModel(input, iso2022).ReadExtern(), random,
-                                 [iso2022](auto* data) { data->iso2022 = iso2022; });
-    }
-
-    /// Checks `begin` followed by each string of up to 5 characters of the alphabet.
-    template <typename Check>
-    static void CheckEveryEnd(const std::string& begin, std::string_view alphabet, const Check& check) {
-        std::size_t count = 1;
-        for (std::size_t length = 0; length <= 5; ++length, count *= alphabet.size()) {
-            for (std::size_t number = 0; number < count; ++number) {
-                std::string end(length, ' ');
-                std::size_t digits = number;
-                for (char& character : end) {
-                    character = alphabet[digits % alphabet.size()];
-                    digits /= alphabet.size();
-                }
-                ASSERT_NO_FATAL_FAILURE(check(begin + end));
-            }
-        }
-    }
-};
-
-TYPED_TEST_SUITE(DeclarationModelTest, Flavours);
-
-TYPED_TEST(DeclarationModelTest, RandomDeclarations) {
-    RandomInput random(31, {"D", "a", " ", " ", "\n", "=", "/", "[", "]", "-", "'", "'b'", "\"", "\"c\"", "''", "<",
-                            "\\", "\033$B", "\033(B"});
-    for (int round = 0; round < ROUNDS; ++round) {
-        const std::string input = random.Next(12) + (random.Flip() ? ">x" : "");
-        ASSERT_NO_FATAL_FAILURE(this->CheckEntity(input, random.Flip(), &random));
-    }
-    this->CheckEveryEnd("D", "a <>'=", [&](const std::string& input) { this->CheckEntity(input, false, &random); });
+std::string ModelEntity(std::string_view input, const ModelOptions& options) {
+    return DeclarationModel(input, options.Has("iso2022")).ReadEntity();
 }
 
-TYPED_TEST(DeclarationModelTest, RandomXmlDeclarations) {
-    RandomInput random(32, {"a",  "b",  " ", " ", "\n",     "=",      "=",
-                            "?",  "?",  "/", "/", "'b'",    "\"c\"",  "'",
-                            "\"", "=d", "<", "[", "\033$B", "\033(B", " e=\"\033$B\""});
-    constexpr std::string_view TARGETS[] = {"xml", "xml ", " XML ", "xml-a ", "Xml:"};
-    for (int round = 0; round < 2 * ROUNDS; ++round) {
-        const std::string target(TARGETS[random.Below(std::size(TARGETS))]);
-        const std::string input = target + random.Next(12) + (random.Flip() ? "?>x" : random.Flip() ? ">x" : "");
-        ASSERT_NO_FATAL_FAILURE(this->CheckExtern(input, random.Flip(), &random));
-    }
-    this->CheckEveryEnd("xml ", "a =?/>'", [&](const std::string& input) { this->CheckExtern(input, false, &random); });
+std::string ModelExtern(std::string_view input, const ModelOptions& options) {
+    return DeclarationModel(input, options.Has("iso2022")).ReadExtern();
 }
 
-TYPED_TEST(DeclarationModelTest, RandomInstructions) {
-    RandomInput random(33, {"a",  " ",  "\n",  "?", "?", "/",    "/*",     "*/",     "*",   "//",  "'",
-                            "\"", "\\", "\\'", "<", "=", "\033", "\033$B", "\033(B", "php", "'b>'"});
-    for (int round = 0; round < 2 * ROUNDS; ++round) {
-        const std::string input = random.Next(12) + (random.Flip() ? "?>x" : random.Flip() ? ">x" : "");
-        ASSERT_NO_FATAL_FAILURE(this->CheckExtern(input, random.Flip(), &random));
-    }
-    this->CheckEveryEnd("p ", "/*>?'\n", [&](const std::string& input) { this->CheckExtern(input, false, &random); });
-}
+const RandomRow DECLARATIONS = {.rounds = ROUNDS,
+                                .seed = 31,
+                                .maxParts = 12,
+                                .parts = {"D", "a", " ", " ", "\n", "=", "/", "[", "]", "-", "'", "'b'", "\"", "\"c\"",
+                                          "''", "<", "\\", "\033$B", "\033(B"},
+                                .options = {"iso2022"},
+                                .ends = {">x", ""},
+                                .alphabet = "a <>'=",
+                                .maxLength = 5,
+                                .shortBegin = "D"};
+
+const RandomRow XML_DECLARATIONS = {.rounds = 2 * ROUNDS,
+                                    .seed = 32,
+                                    .maxParts = 12,
+                                    .parts = {"a",  "b",  " ", " ", "\n",     "=",      "=",
+                                              "?",  "?",  "/", "/", "'b'",    "\"c\"",  "'",
+                                              "\"", "=d", "<", "[", "\033$B", "\033(B", " e=\"\033$B\""},
+                                    .options = {"iso2022"},
+                                    .begins = {"xml", "xml ", " XML ", "xml-a ", "Xml:"},
+                                    .ends = {"?>x", "?>x", ">x", ""},
+                                    .alphabet = "a =?/>'",
+                                    .maxLength = 5,
+                                    .shortBegin = "xml "};
+
+const RandomRow INSTRUCTIONS = {.rounds = 2 * ROUNDS,
+                                .seed = 33,
+                                .maxParts = 12,
+                                .parts = {"a",  " ",  "\n",  "?", "?", "/",    "/*",     "*/",     "*",   "//",  "'",
+                                          "\"", "\\", "\\'", "<", "=", "\033", "\033$B", "\033(B", "php", "'b>'"},
+                                .options = {"iso2022"},
+                                .ends = {"?>x", "?>x", ">x", ""},
+                                .alphabet = "/*>?'\n",
+                                .maxLength = 5,
+                                .shortBegin = "p "};
+
+const auto ENTITY_SUITE = MakeModelSuite<HTML::EntityTagSimpleParser>("DeclarationModelTest", "RandomDeclarations",
+                                                                      DECLARATIONS, ModelEntity);
+const auto XML_SUITE = MakeModelSuite<HTML::ExternTagSimpleParser>("DeclarationModelTest", "RandomXmlDeclarations",
+                                                                   XML_DECLARATIONS, ModelExtern);
+const auto INSTRUCTION_SUITE = MakeModelSuite<HTML::ExternTagSimpleParser>("DeclarationModelTest", "RandomInstructions",
+                                                                           INSTRUCTIONS, ModelExtern);
 
 }  // namespace
 }  // namespace Kestra::Test

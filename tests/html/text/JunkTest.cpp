@@ -1,22 +1,13 @@
-#include <gtest/gtest.h>
+#include "html/text/JunkSimpleParser.h"
 
 #include <cstring>
-#include <string>
-#include <string_view>
 
-#include "html/text/JunkSimpleParser.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/RecognizerCheck.h"
+#include "tests/support/RecognizerSuite.h"
 
 namespace Kestra::Test {
 namespace {
 
-using namespace std::string_view_literals;
-
-using HTML::JunkSimpleParser;
-using HTML::JunkSimpleParserData;
-
-struct Case {
+struct JunkRow {
     const char* note;
     std::string_view input;
     const char* result;
@@ -24,7 +15,7 @@ struct Case {
     const char* rest;
 };
 
-constexpr Case CASES[] = {
+constexpr JunkRow ROWS[] = {
     {"junk ends before \"<\"", "abc<def", "19", "abc", " rest(<def)"},
     {"junk may be empty", "<a", "19", "", " rest(<a)"},
     {"junk up to the end of the input is complete", "abc", "end 19", "abc", ""},
@@ -43,35 +34,25 @@ std::string MemoryOf(const S& text) {
 }
 
 template <typename Flavour>
-class JunkTest : public testing::Test {};
-
-TYPED_TEST_SUITE(JunkTest, Flavours);
-
-TYPED_TEST(JunkTest, JunkIsKeptByteForByte) {
-    using C = typename TypeParam::C;
-    using S = typename TypeParam::S;
-    for (const Case& c : CASES) {
-        SCOPED_TRACE(c.note);
-        std::string rest = c.rest;
-        if (TypeParam::WIDE)
-            rest = ToWideEscapes(rest);
-        CheckRecognizer<JunkSimpleParser<C, S>>(To<S>(c.input),
-                                                std::string(c.result) + " " + MemoryOf(To<S>(c.text)) + rest);
+void CheckRows() {
+    using S = typename Flavour::S;
+    for (const JunkRow& row : ROWS) {
+        SCOPED_TRACE(row.note);
+        const std::string rest = Flavour::WIDE ? ToWideEscapes(row.rest) : row.rest;
+        CheckRecognizer<HTML::JunkSimpleParser<typename Flavour::C, S>>(
+            To<S>(row.input), std::string(row.result) + " " + MemoryOf(To<S>(row.text)) + rest);
     }
 }
 
-TEST(JunkTest, WideJunkIsTwoBytesForEachCharacter) {
-    JunkSimpleParser<WideChar, WideString> parser;
-    JunkSimpleParserData<WideChar, WideString> data;
-    parser.BeginParse(&data);
-    ParseOnce(&parser, &data, "ab<");
-    EXPECT_EQ(data.text, std::string("a\0b\0", 4));
-}
+constexpr RecognizerRow WIDE_JUNK[] = {
+    {"two bytes for each character", "ab<", "19 text(a\\x00b\\x00) rest(<)"},
+    {"wide units are compared whole", "\\u3C3C\\u013C\\u3C00\\uD83D\\n<",
+     "19 text(<<<\\x01\\x00<=\\xD8\\n\\x00) rest(<)"},
+};
 
-TEST(JunkTest, WideUnitsAreComparedWhole) {
-    const WideString input = {0x3C3C, 0x013C, 0x3C00, 0xD83D, 0x000A, '<'};
-    CheckRecognizer<JunkSimpleParser<WideChar, WideString>>(input, "19 " + MemoryOf(input.substr(0, 5)) + " rest(<)");
-}
+const auto SUITE = RecognizerSuite<HTML::JunkSimpleParser>("JunkTest")
+                       .Test("JunkIsKeptByteForByte", []<typename Flavour>() { CheckRows<Flavour>(); })
+                       .WideRows("WideUnits", WIDE_JUNK);
 
 }  // namespace
 }  // namespace Kestra::Test

@@ -1,19 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <string_view>
 
-#include "html/text/CCommentSimpleParser.h"
-#include "html/text/CDATATagSimpleParser.h"
-#include "html/text/CPPCommentSimpleParser.h"
-#include "html/text/CommentTagSimpleParser.h"
-#include "html/text/ConditionalTagSimpleParser.h"
 #include "tests/html/text/LiteralModel.h"
-#include "tests/support/Flavours.h"
-#include "tests/support/RandomInput.h"
-#include "tests/support/RecognizerCheck.h"
 
 namespace Kestra::Test {
 namespace {
@@ -21,19 +12,14 @@ namespace {
 constexpr int ROUNDS = 5000;
 constexpr std::size_t NPOS = std::string_view::npos;
 
-/// " rest(...)" of what stands from `place` on, if anything.
-std::string ModelRest(std::string_view input, std::size_t place) {
-    return place < input.size() ? " rest(" + Trace::Escape(input.substr(place)) + ")" : "";
-}
-
-std::string ModelComment(std::string_view input) {
+std::string ModelComment(std::string_view input, const ModelOptions&) {
     const std::size_t end = input.find("-->");
     if (end == NPOS)
         return "end 19 comment(" + Trace::Escape(input) + ", open)";
     return "19 comment(" + Trace::Escape(input.substr(0, end)) + ")" + ModelRest(input, end + 3);
 }
 
-std::string ModelCData(std::string_view input) {
+std::string ModelCData(std::string_view input, const ModelOptions&) {
     const std::size_t end = input.find("]]");
     if (end == NPOS || end + 2 == input.size())
         return "end 19 cdata(|" + Trace::Escape(input) + ", open)";
@@ -58,7 +44,7 @@ std::string ModelConditional(std::string_view input, const Cuts& cuts) {
     return "19 " + begin + Trace::Escape(input.substr(tail, end - tail)) + ")" + ModelRest(input, end + 1);
 }
 
-std::string ModelBlockComment(std::string_view input) {
+std::string ModelBlockComment(std::string_view input, const ModelOptions&) {
     const std::size_t end = input.find("*/");
     if (end != NPOS)
         return "19 text(" + Trace::Escape(input.substr(0, end)) + ")" + ModelRest(input, end + 2);
@@ -67,7 +53,7 @@ std::string ModelBlockComment(std::string_view input) {
     return "end 16 text(" + Trace::Escape(input) + ")";
 }
 
-std::string ModelLineComment(std::string_view input) {
+std::string ModelLineComment(std::string_view input, const ModelOptions&) {
     std::string text;
     std::size_t place = 0;
     const auto line = [&](const std::string& begin, const std::string& end = "") {
@@ -109,101 +95,65 @@ std::string ModelLineComment(std::string_view input) {
     }
 }
 
-/// Calls `check` for each string of up to `maxLength` characters of the alphabet.
-void ForEveryString(std::string_view alphabet, std::size_t maxLength,
-                    const std::function<void(const std::string&)>& check) {
-    std::size_t count = 1;
-    for (std::size_t length = 0; length <= maxLength; ++length, count *= alphabet.size()) {
-        for (std::size_t number = 0; number < count; ++number) {
-            std::string input(length, ' ');
-            std::size_t digits = number;
-            for (char& character : input) {
-                character = alphabet[digits % alphabet.size()];
-                digits /= alphabet.size();
-            }
-            ASSERT_NO_FATAL_FAILURE(check(input));
+template <typename Flavour>
+void CheckConditionals() {
+    using Parser = HTML::ConditionalTagSimpleParser<typename Flavour::C, typename Flavour::S>;
+    RandomInput random(23, {"]", ">", "]>", " IE", "a", "\n", "--", "[", "<"});
+    for (int round = 0; round < 2 * ROUNDS; ++round) {
+        const std::string ascii = random.Next(10);
+        const auto text = To<typename Flavour::S>(ascii);
+        const std::basic_string_view<typename Flavour::C> input(text);
+        for (const Cuts& cuts : {Cuts(), random.NextCuts(input.size())}) {
+            const auto outcome = RunRecognizer<Parser>(input, cuts);
+            ASSERT_EQ(DescribeOutcome(outcome, input, true), ModelConditional(ascii, cuts))
+                << "for " << Trace::Escape(ascii) << " cut at " << Describe(cuts);
+            ASSERT_EQ((Place{outcome.line, outcome.column}), PlaceAfter(input, outcome.consumed))
+                << "for " << Trace::Escape(ascii);
         }
     }
 }
 
-template <typename Flavour>
-class SectionModelTest : public testing::Test {
-protected:
-    template <template <typename, typename> class Parser>
-    static void Check(const std::string& input, const std::string& expected, RandomInput* random) {
-        CheckRandomly<Parser<typename Flavour::C, typename Flavour::S>>(input, expected, random);
-    }
+const RandomRow COMMENTS = {.rounds = ROUNDS,
+                            .seed = 21,
+                            .maxParts = 10,
+                            .parts = {"-", "-", "--", ">", "-->", "a", "\n", "<!--", " ", "!"},
+                            .alphabet = "->a",
+                            .maxLength = 6};
 
-    static void CheckConditional(const std::string& ascii, const Cuts& cuts) {
-        using Parser = HTML::ConditionalTagSimpleParser<typename Flavour::C, typename Flavour::S>;
-        const auto text = To<typename Flavour::S>(ascii);
-        const std::basic_string_view<typename Flavour::C> input(text);
-        const auto outcome = RunRecognizer<Parser>(input, cuts);
-        ASSERT_EQ(DescribeOutcome(outcome, input, true), ModelConditional(ascii, cuts))
-            << "for " << Trace::Escape(ascii) << " cut at " << Describe(cuts);
-        ASSERT_EQ((Place{outcome.line, outcome.column}), PlaceAfter(input, outcome.consumed))
-            << "for " << Trace::Escape(ascii);
-    }
-};
+const RandomRow CDATA_SECTIONS = {.rounds = ROUNDS,
+                                  .seed = 22,
+                                  .maxParts = 8,
+                                  .parts = {"]", "]", "]]", ">", "]]>", "[", "a", "\n", " ", "<![CDATA["},
+                                  .alphabet = "]>a",
+                                  .maxLength = 6};
 
-TYPED_TEST_SUITE(SectionModelTest, Flavours);
+const RandomRow BLOCK_COMMENTS = {.rounds = ROUNDS,
+                                  .seed = 24,
+                                  .maxParts = 8,
+                                  .parts = {"*", "*", "/", "*/", "/*", "a", "\n", "<!--", "'", "//"},
+                                  .alphabet = "*/a",
+                                  .maxLength = 6};
 
-TYPED_TEST(SectionModelTest, Comments) {
-    RandomInput random(21, {"-", "-", "--", ">", "-->", "a", "\n", "<!--", " ", "!"});
-    for (int round = 0; round < ROUNDS; ++round) {
-        const std::string input = random.Next(10);
-        ASSERT_NO_FATAL_FAILURE(
-            this->template Check<HTML::CommentTagSimpleParser>(input, ModelComment(input), &random));
-    }
-    ForEveryString("->a", 6, [&](const std::string& input) {
-        this->template Check<HTML::CommentTagSimpleParser>(input, ModelComment(input), &random);
-    });
-}
+const RandomRow LINE_COMMENTS = {
+    .rounds = 2 * ROUNDS,
+    .seed = 25,
+    .maxParts = 10,
+    .parts = {"<",  "<",     "</", "<?", "<!", "!", "-",  "--", "<![", "[", "CDATA", "cdata",
+              "if", "endif", " ",  "]",  "a",  ">", "\r", "\n", "/",   "=", "*/"},
+    .alphabet = "<!-[/\n",
+    .maxLength = 5};
 
-TYPED_TEST(SectionModelTest, CDataSections) {
-    RandomInput random(22, {"]", "]", "]]", ">", "]]>", "[", "a", "\n", " ", "<![CDATA["});
-    for (int round = 0; round < ROUNDS; ++round) {
-        const std::string input = random.Next(8);
-        ASSERT_NO_FATAL_FAILURE(this->template Check<HTML::CDATATagSimpleParser>(input, ModelCData(input), &random));
-    }
-    ForEveryString("]>a", 6, [&](const std::string& input) {
-        this->template Check<HTML::CDATATagSimpleParser>(input, ModelCData(input), &random);
-    });
-}
-
-TYPED_TEST(SectionModelTest, ConditionalSections) {
-    RandomInput random(23, {"]", ">", "]>", " IE", "a", "\n", "--", "[", "<"});
-    for (int round = 0; round < 2 * ROUNDS; ++round) {
-        const std::string input = random.Next(10);
-        ASSERT_NO_FATAL_FAILURE(this->CheckConditional(input, {}));
-        ASSERT_NO_FATAL_FAILURE(this->CheckConditional(input, random.NextCuts(input.size())));
-    }
-}
-
-TYPED_TEST(SectionModelTest, BlockComments) {
-    RandomInput random(24, {"*", "*", "/", "*/", "/*", "a", "\n", "<!--", "'", "//"});
-    for (int round = 0; round < ROUNDS; ++round) {
-        const std::string input = random.Next(8);
-        ASSERT_NO_FATAL_FAILURE(
-            this->template Check<HTML::CCommentSimpleParser>(input, ModelBlockComment(input), &random));
-    }
-    ForEveryString("*/a", 6, [&](const std::string& input) {
-        this->template Check<HTML::CCommentSimpleParser>(input, ModelBlockComment(input), &random);
-    });
-}
-
-TYPED_TEST(SectionModelTest, LineComments) {
-    RandomInput random(25, {"<",  "<",     "</", "<?", "<!", "!", "-",  "--", "<![", "[", "CDATA", "cdata",
-                            "if", "endif", " ",  "]",  "a",  ">", "\r", "\n", "/",   "=", "*/"});
-    for (int round = 0; round < 2 * ROUNDS; ++round) {
-        const std::string input = random.Next(10);
-        ASSERT_NO_FATAL_FAILURE(
-            this->template Check<HTML::CPPCommentSimpleParser>(input, ModelLineComment(input), &random));
-    }
-    ForEveryString("<!-[/\n", 5, [&](const std::string& input) {
-        this->template Check<HTML::CPPCommentSimpleParser>(input, ModelLineComment(input), &random);
-    });
-}
+const auto COMMENT_SUITE =
+    MakeModelSuite<HTML::CommentTagSimpleParser>("SectionModelTest", "Comments", COMMENTS, ModelComment);
+const auto CDATA_SUITE =
+    MakeModelSuite<HTML::CDATATagSimpleParser>("SectionModelTest", "CDataSections", CDATA_SECTIONS, ModelCData);
+const auto CONDITIONAL_SUITE =
+    RecognizerSuite<HTML::ConditionalTagSimpleParser>("SectionModelTest")
+        .Test("ConditionalSections", []<typename Flavour>() { CheckConditionals<Flavour>(); });
+const auto BLOCK_COMMENT_SUITE =
+    MakeModelSuite<HTML::CCommentSimpleParser>("SectionModelTest", "BlockComments", BLOCK_COMMENTS, ModelBlockComment);
+const auto LINE_COMMENT_SUITE =
+    MakeModelSuite<HTML::CPPCommentSimpleParser>("SectionModelTest", "LineComments", LINE_COMMENTS, ModelLineComment);
 
 }  // namespace
 }  // namespace Kestra::Test

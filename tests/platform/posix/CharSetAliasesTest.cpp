@@ -1,34 +1,12 @@
-#include <gtest/gtest.h>
 #include <unicode/ucnv.h>
 
-#include <cstddef>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "platform/CharSet.h"
-#include "platform/CharSetNames.h"
-#include "platform/Characters.h"
+#include "tests/platform/ConverterCheck.h"
 
 // The table of names, which is the same on every platform, against the aliases that ICU knows.
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-WideString Widen(std::string_view text) {
-    return WideString(text.begin(), text.end());
-}
-
-std::vector<std::string> SplitNames(std::string_view names) {
-    std::vector<std::string> parts;
-    std::size_t begin = 0;
-    for (std::size_t end = names.find(' '); end != std::string_view::npos; end = names.find(' ', begin)) {
-        parts.emplace_back(names.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    parts.emplace_back(names.substr(begin));
-    return parts;
-}
 
 /// The IANA names of the converter that ICU opens for a name; none when it does not know the name.
 std::vector<std::string> GetRegisteredAliases(const std::string& name) {
@@ -46,11 +24,11 @@ std::vector<std::string> GetRegisteredAliases(const std::string& name) {
 
 TEST(CharSetAliasesTest, EveryRegisteredAliasThatIcuKnowsIsInTheTable) {
     std::size_t count = 0;
-    for (const CharSetRow& row : GetCharSetRows()) {
+    for (const CharSetRow& row : StringNS::GetCharSetRows()) {
         const std::vector<std::string> names = SplitNames(row.names);
         for (const std::string& name : names) {
             for (const std::string& alias : GetRegisteredAliases(name)) {
-                const CharSet::Code code = CharSet::GetCharSetCode(Widen(alias));
+                const CharSet::Code code = CharSet::GetCharSetCode(To<WideString>(alias));
                 EXPECT_NE(code, CharSet::UNKNOWN) << alias << ", an alias of " << name;
                 // ICU files these under a converter that it shares between several code pages.
                 const bool isShared =
@@ -66,4 +44,4 @@ TEST(CharSetAliasesTest, EveryRegisteredAliasThatIcuKnowsIsInTheTable) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

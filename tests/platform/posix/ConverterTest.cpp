@@ -1,25 +1,11 @@
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-
-#include "platform/CharSetConverter.h"
-#include "platform/Characters.h"
-#include "platform/Results.h"
-#include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
 
 // What the charset conversions owe to ICU: the library's own converters are held against it, all
 // others are ICU's.
-
-#include "platform/Results.h"
-#include "platform/StringHelper.h"
 
 namespace {
 
@@ -44,25 +30,8 @@ extern "C" UConverter* ucnv_open(const char* name, UErrorCode* error) {
     return original(name, error);
 }
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-using Test::CheckConversions;
-using Test::CheckFromWide;
-using Test::CheckLongStrings;
-using Test::CheckThereAndBack;
-using Test::CheckToWide;
-using Test::CheckUnsupported;
-using Test::ConversionRow;
-using Test::Dump;
-using Test::ForEverySequence;
-using Test::FromWide;
-using Test::FromWideRow;
-using Test::GetNamedCodes;
-using Test::ToWide;
-using Test::ToWideRow;
 
 /// ICU as the oracle.
 class Oracle {
@@ -323,15 +292,13 @@ TEST(PosixConverterTest, EveryNamedCodePageConverts) {
 
 TEST(PosixConverterTest, EveryNameLeadsToACodePageThatConverts) {
     std::size_t names = 0;
-    for (const CharSetRow& row : GetCharSetRows()) {
-        for (std::size_t begin = 0; begin <= row.names.size(); ++names) {
-            const std::size_t end = std::min(row.names.find(' ', begin), row.names.size());
-            const std::string name(row.names.substr(begin, end - begin));
-            const CharSet::Code code = CharSet::GetCharSetCode(WideString(name.begin(), name.end()));
+    for (const CharSetRow& row : StringNS::GetCharSetRows()) {
+        for (const std::string& name : SplitNames(row.names)) {
+            const CharSet::Code code = CharSet::GetCharSetCode(To<WideString>(name));
             WideString units;
             EXPECT_EQ(StringHelper::GetWideFromGeneric(code, "", 0, &units), RESULT_OK) << name;
             EXPECT_NE(code, CharSet::UNKNOWN) << name;
-            begin = end + 1;
+            ++names;
         }
     }
     EXPECT_GT(names, 500U);
@@ -342,24 +309,21 @@ TEST(PosixConverterTest, UnsupportedCodesAreAResult) {
 }
 
 TEST(PosixConverterTest, EachStringStartsFresh) {
-    CharSetConverter converter;
-    WideString units;
-    const auto toWide = [&](CharSet::Code code, std::string_view bytes) {
-        EXPECT_EQ(converter.ToWide(code, bytes.data(), bytes.size(), &units), RESULT_OK);
-        return Dump(units);
+    const FollowingRow rows[] = {
+        {50222,
+         "\x0E"
+         "1",
+         "FF71 "},
+        {50222, "1", "0031 "},
+        {50225,
+         "\x1B$)C\x0E"
+         "0!",
+         "AC00 "},
+        {50225, "0!", "0030 0021 "},
+        {932, "\x83", "FFFD "},
+        {932, "\\", "005C "},
     };
-    EXPECT_EQ(toWide(50222,
-                     "\x0E"
-                     "1"),
-              "FF71 ");
-    EXPECT_EQ(toWide(50222, "1"), "0031 ");
-    EXPECT_EQ(toWide(50225,
-                     "\x1B$)C\x0E"
-                     "0!"),
-              "AC00 ");
-    EXPECT_EQ(toWide(50225, "0!"), "0030 0021 ");
-    EXPECT_EQ(toWide(932, "\x83"), "FFFD ");
-    EXPECT_EQ(toWide(932, "\\"), "005C ");
+    CheckEachStartsFresh(rows);
 }
 
 TEST(PosixConverterTest, LongStringsAreConvertedWhole) {
@@ -440,13 +404,8 @@ TEST(PosixStringHelperTest, ConversionsToWideLeaveOutTheTerminatorCountedLast) {
         {"UTF-32 with a terminator of its own", 12000, "a\0\0\0\0\0\0\0"sv, KESTRA_WIDE("a")},
         {"UTF-32 without a terminator", 12000, "a\0\0\0"sv, KESTRA_WIDE("a")},
     };
-    for (const ToWideRow& row : rows) {
-        WideString output = KESTRA_WIDE("old content");
-        EXPECT_EQ(StringHelper::GetWideFromGeneric(row.code, row.bytes.data(), row.bytes.size(), &output), RESULT_OK)
-            << row.note;
-        EXPECT_TRUE(output == row.expected) << row.note << ": " << output.size() << " units";
-    }
+    CheckWithoutTerminator(rows);
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

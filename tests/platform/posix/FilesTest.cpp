@@ -1,105 +1,22 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
 
-#include "platform/Characters.h"
-#include "platform/InputStream.h"
-#include "platform/Results.h"
-#include "platform/TemporaryFile.h"
-#include "platform/TmpStream.h"
-#include "platform/VirtualFileSystem.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestStreams.h"
+#include "tests/platform/FileCheck.h"
 
-// What the streams owe to a POSIX system: names in UTF-8, pipes and devices, interrupted calls,
-// full disks, descriptors.
+// What the streams owe to a POSIX system: names in UTF-8, permissions, interrupted calls, special
+// files, descriptors.
 
+namespace Kestra::Test {
 namespace {
-
-/// While positive, `pread` and `pwrite` move at most so many bytes at a time, and every other call
-/// is interrupted.
-std::size_t mostAtATime = 0;
-int tornCalls = 0;
-
-/// @return false for a call that is to be interrupted
-bool Tear(std::size_t* size) {
-    if (mostAtATime == 0)
-        return true;
-    *size = std::min(*size, mostAtATime);
-    errno = EINTR;
-    return ++tornCalls % 2 == 0;
-}
-
-}  // namespace
-
-// They stand in for those of the C library in this program. A system may tear any call, but hardly
-// ever does on a local file.
-
-extern "C" ssize_t pread(int descriptor, void* buffer, std::size_t size, off_t position) {
-    return Tear(&size) ? syscall(SYS_pread64, descriptor, buffer, size, position) : -1;
-}
-
-extern "C" ssize_t pwrite(int descriptor, const void* buffer, std::size_t size, off_t position) {
-    return Tear(&size) ? syscall(SYS_pwrite64, descriptor, buffer, size, position) : -1;
-}
-
-namespace Kestra::VFS {
-namespace {
-
-using Test::ReadAll;
-using Test::StreamContent;
-using Test::TemporaryFolder;
-
-std::unique_ptr<InputStream> Open(const std::filesystem::path& path) {
-    return std::unique_ptr<InputStream>(VirtualFileSystem::GetInputStreamEx(path.u16string().c_str()));
-}
-
-struct Descriptor {
-    int number;
-    std::string target;
-};
-
-/// The open descriptors of this process with the files they stand for.
-std::vector<Descriptor> GetDescriptors() {
-    std::vector<Descriptor> found;
-    for (int number = 0; number < 256; ++number) {
-        if (fcntl(number, F_GETFD) != -1)
-            found.push_back(
-                {number, std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(number)).string()});
-    }
-    return found;
-}
-
-bool IsTemporaryFile(const Descriptor& descriptor) {
-    return descriptor.target.starts_with(P_tmpdir "/kestra-") && descriptor.target.ends_with(" (deleted)");
-}
-
-std::vector<Descriptor> GetTemporaryFiles() {
-    std::vector<Descriptor> found = GetDescriptors();
-    std::erase_if(found, [](const Descriptor& descriptor) { return !IsTemporaryFile(descriptor); });
-    return found;
-}
 
 TEST(PosixPathTest, PathsAreUtf8) {
     struct Row {
@@ -208,31 +125,6 @@ TEST(PosixFileTest, AFileWithoutPermissionIsNotOpened) {
     EXPECT_EXIT(tryToOpen(), testing::ExitedWithCode(0), "");
 }
 
-TEST(PosixFileTest, DescriptorsAreClosedAndNotInherited) {
-    const TemporaryFolder folder;
-    const std::filesystem::path file = folder.Write("file", "x");
-    const std::size_t before = GetDescriptors().size();
-    {
-        const std::unique_ptr<InputStream> fileStream = Open(file);
-        const std::unique_ptr<InputStream> deviceStream = Open("/dev/null");
-        TmpOutputStream output(0);
-        EXPECT_EQ(output.Write("x", 1), RESULT_OK);
-        const std::vector<Descriptor> open = GetDescriptors();
-        EXPECT_EQ(open.size(), before + 3);
-        int found = 0;
-        for (const Descriptor& descriptor : open) {
-            if (descriptor.target == file || descriptor.target == "/dev/null" || IsTemporaryFile(descriptor)) {
-                if ((fcntl(descriptor.number, F_GETFD) & FD_CLOEXEC) != 0)
-                    ++found;
-            }
-        }
-        EXPECT_EQ(found, 3);
-    }
-    EXPECT_EQ(GetDescriptors().size(), before);
-    EXPECT_EQ(Open(folder.GetPath()), nullptr);  // a folder is opened before it is refused
-    EXPECT_EQ(GetDescriptors().size(), before);
-}
-
 TEST(PosixFileTest, FilesThatStateNoSizeAreRead) {
     const std::unique_ptr<InputStream> stream = Open("/proc/self/status");
     ASSERT_NE(stream, nullptr);
@@ -250,13 +142,8 @@ TEST(PosixFileTest, AReadErrorIsAFailure) {
     const std::unique_ptr<InputStream> stream = Open("/proc/self/mem");
     ASSERT_NE(stream, nullptr);
     EXPECT_FALSE(stream->IsEnd());
-    char buffer[10];
-    std::uint64_t bytesRead = 5;
-    EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_STREAM_FAILED);
-    EXPECT_EQ(bytesRead, 0U);
-    std::uint64_t position = 5;
-    EXPECT_EQ(stream->GetPosition(&position), RESULT_OK);
-    EXPECT_EQ(position, 0U);
+    ExpectReadFails(stream.get());
+    ExpectPosition(stream.get(), 0);
 }
 
 TEST(PosixDeviceTest, ADeviceHasNoPositions) {
@@ -266,87 +153,11 @@ TEST(PosixDeviceTest, ADeviceHasNoPositions) {
     std::uint64_t bytesRead = 0;
     EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_OK);
     EXPECT_EQ(std::string_view(buffer, bytesRead), std::string_view("\0\0\0\0", 4));
-    std::uint64_t position = 99;
-    EXPECT_NE(stream->GetPosition(&position), RESULT_OK);
-    EXPECT_NE(stream->Seek(0), RESULT_OK);
     EXPECT_FALSE(stream->IsEnd());
-    EXPECT_EQ(stream->Read(nullptr, 0, &bytesRead), RESULT_OK);
-    EXPECT_EQ(bytesRead, 0U);
-    EXPECT_EQ(stream->Read(nullptr, 1, &bytesRead), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(stream->Read(buffer, 1, nullptr), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(stream->GetPosition(nullptr), RESULT_INVALID_ARGUMENT);
-}
-
-TEST(PosixDeviceTest, TheEndOfADeviceShowsInARead) {
-    const std::unique_ptr<InputStream> stream = Open("/dev/null");
-    ASSERT_NE(stream, nullptr);
-    EXPECT_FALSE(stream->IsEnd());
-    EXPECT_EQ(ReadAll(stream.get(), 4).result, RESULT_END_OF_DATA);
-    EXPECT_TRUE(stream->IsEnd());
-}
-
-/// Lays a pipe under standard input for as long as it lives.
-class PipedInput {
-public:
-    PipedInput() : saved(dup(STDIN_FILENO)) {
-        int ends[2] = {-1, -1};
-        EXPECT_EQ(pipe(ends), 0);
-        dup2(ends[0], STDIN_FILENO);
-        close(ends[0]);
-        writer = ends[1];
-    }
-    PipedInput(const PipedInput&) = delete;
-    PipedInput& operator=(const PipedInput&) = delete;
-    ~PipedInput() {
-        CloseWriter();
-        if (saved >= 0) {
-            dup2(saved, STDIN_FILENO);
-            close(saved);
-        } else {
-            close(STDIN_FILENO);
-        }
-    }
-
-    void Write(std::string_view bytes) {
-        EXPECT_EQ(write(writer, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    }
-
-    void CloseWriter() {
-        if (writer >= 0)
-            close(writer);
-        writer = -1;
-    }
-
-private:
-    int saved;
-    int writer = -1;
-};
-
-TEST(PosixDeviceTest, StandardInputCanBeAPipe) {
-    PipedInput input;
-    const std::unique_ptr<InputStream> stream = Open("/dev/stdin");
-    ASSERT_NE(stream, nullptr);
-    const auto read = [&stream] {
-        char buffer[100];
-        std::uint64_t bytesRead = 0;
-        EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_OK);
-        return std::string(buffer, bytesRead);
-    };
-    input.Write("first");
-    EXPECT_EQ(read(), "first");  // what is there; it does not wait for the buffer to fill
-    EXPECT_FALSE(stream->IsEnd());
-    input.Write("second");
-    EXPECT_EQ(read(), "second");
-    std::uint64_t position = 99;
-    EXPECT_EQ(stream->GetPosition(&position), RESULT_STREAM_FAILED);
-    EXPECT_EQ(stream->Seek(0), RESULT_STREAM_FAILED);
-    input.Write("third");
-    input.CloseWriter();
-    EXPECT_FALSE(stream->IsEnd());
-    const StreamContent rest = ReadAll(stream.get(), 2);
-    EXPECT_EQ(rest.bytes, "third");
-    EXPECT_EQ(rest.result, RESULT_END_OF_DATA);
-    EXPECT_TRUE(stream->IsEnd());
+    ExpectNoPositions(stream.get());
+    const std::vector<OpenFile> devices = GetOpenFiles("/dev/zero");
+    ASSERT_EQ(devices.size(), 1U);
+    EXPECT_FALSE(devices[0].isInherited);
 }
 
 std::atomic<int> interruptions = 0;
@@ -408,117 +219,26 @@ TEST(PosixDeviceTest, InterruptedCallsGoOn) {
     const Interrupter interrupter;
     const std::unique_ptr<InputStream> stream = Open(path);
     EXPECT_NE(stream, nullptr);
-    if (stream != nullptr) {
-        const StreamContent content = ReadAll(stream.get(), 10);
-        EXPECT_EQ(content.bytes, "text");
-        EXPECT_EQ(content.result, RESULT_END_OF_DATA);
-    }
+    if (stream != nullptr)
+        ExpectContent(stream.get(), 10, "text", RESULT_END_OF_DATA);
     writer.join();
 }
 
-TEST(PosixTemporaryFileTest, PositionedReadsAndWrites) {
-    TemporaryFile file;
-    ASSERT_EQ(file.Create(), RESULT_OK);
-    const std::uint64_t far = std::uint64_t{5} << 30;
-    ASSERT_EQ(file.Write(far, "far", 3), RESULT_OK);
-    ASSERT_EQ(file.Write(0, "near", 4), RESULT_OK);
-    ASSERT_EQ(file.Write(2, "xy", 2), RESULT_OK);
-    ASSERT_EQ(file.Write(1, "", 0), RESULT_OK);
-    struct Row {
-        std::uint64_t position;
-        std::uint64_t size;
-        std::uint32_t code;
-        std::string expected;
-    };
-    const Row rows[] = {
-        {0, 4, RESULT_OK, "nexy"},
-        {1, 2, RESULT_OK, "ex"},
-        {far - 1, 10, RESULT_OK, std::string("\0far", 4)},
-        {far + 2, 1, RESULT_OK, "r"},
-        {far + 3, 1, RESULT_OK, ""},
-        {far + 100, 10, RESULT_OK, ""},
-        {INT64_MAX, 10, RESULT_OK, ""},
-        {std::uint64_t{1} << 63, 10, RESULT_STREAM_FAILED, ""},
-        {UINT64_MAX, 1, RESULT_STREAM_FAILED, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.position);
-        std::vector<char> buffer(row.size);
-        std::uint64_t bytesRead = 99;
-        EXPECT_EQ(file.Read(row.position, buffer.data(), row.size, &bytesRead), row.code);
-        EXPECT_EQ(std::string(buffer.data(), bytesRead), row.expected);
-    }
-    EXPECT_EQ(file.Write(INT64_MAX, "x", 1), RESULT_STREAM_FAILED);
-    EXPECT_EQ(file.Write(UINT64_MAX, "x", 1), RESULT_STREAM_FAILED);
-}
-
-/// Tears the positioned calls for as long as it lives.
-class TornCalls {
-public:
-    explicit TornCalls(std::size_t most) {
-        mostAtATime = most;
-        tornCalls = 0;
-    }
-    TornCalls(const TornCalls&) = delete;
-    TornCalls& operator=(const TornCalls&) = delete;
-    ~TornCalls() {
-        mostAtATime = 0;
-    }
-};
-
-TEST(PosixTornCallsTest, ReadsAndWritesGoOnUntilAllBytesAreMoved) {
-    const std::string bytes = "0123456789abcdefghijklmnopqrstuvwxyz";
-    const TemporaryFolder folder;
-    const std::unique_ptr<InputStream> stream = Open(folder.Write("file", bytes));
-    ASSERT_NE(stream, nullptr);
-    for (const std::size_t most : {1U, 5U, 36U}) {
-        SCOPED_TRACE(most);
-        const TornCalls torn(most);
-        const int calls = 2 * static_cast<int>((bytes.size() + most - 1) / most);
-        std::string buffer(bytes.size(), '?');
-        std::uint64_t bytesRead = 0;
-
-        TemporaryFile file;
-        ASSERT_EQ(file.Create(), RESULT_OK);
-        ASSERT_EQ(file.Write(3, bytes.data(), bytes.size()), RESULT_OK);
-        EXPECT_EQ(tornCalls, calls);
-        EXPECT_EQ(file.Read(3, buffer.data(), buffer.size(), &bytesRead), RESULT_OK);
-        EXPECT_EQ(buffer.substr(0, bytesRead), bytes);
-        EXPECT_EQ(tornCalls, 2 * calls);
-
-        buffer.assign(bytes.size(), '?');
-        ASSERT_EQ(stream->Seek(0), RESULT_OK);
-        EXPECT_EQ(stream->Read(buffer.data(), buffer.size(), &bytesRead), RESULT_OK);
-        EXPECT_EQ(buffer.substr(0, bytesRead), bytes);
-        EXPECT_TRUE(stream->IsEnd());
-    }
-}
-
-TEST(PosixTmpStreamTest, AFileThatLostBytesFailsTheRead) {
-    TmpOutputStream output(0);
-    ASSERT_EQ(output.Write("some text", 9), RESULT_OK);
-    const std::vector<Descriptor> files = GetTemporaryFiles();
-    ASSERT_EQ(files.size(), 1U);
-    ASSERT_EQ(ftruncate(files[0].number, 4), 0);
-    TmpInputStream input(output);
-    const StreamContent content = ReadAll(&input, 3);
-    EXPECT_EQ(content.bytes, "som");
-    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
-}
-
 TEST(PosixTemporaryFileTest, HasNoNameAndIsReadableByNobodyElse) {
-    const std::size_t before = GetDescriptors().size();
+    const std::size_t before = GetOpenFiles().size();
     {
         TemporaryFile file;
         ASSERT_EQ(file.Create(), RESULT_OK);
-        const std::vector<Descriptor> files = GetTemporaryFiles();
+        ASSERT_EQ(CountTemporaryFiles(), 1U);
+        EXPECT_EQ(GetOpenFiles().size(), before + 1);
+        const std::vector<OpenFile> files = GetOpenFiles(GetTemporaryEnding());
         ASSERT_EQ(files.size(), 1U);
         struct stat status;
-        ASSERT_EQ(fstat(files[0].number, &status), 0);
+        ASSERT_EQ(fstat(static_cast<int>(files[0].handle), &status), 0);
         EXPECT_EQ(status.st_nlink, 0U);
         EXPECT_EQ(status.st_mode & 0777U, 0600U);
     }
-    EXPECT_EQ(GetDescriptors().size(), before);
+    EXPECT_EQ(GetOpenFiles().size(), before);
     TemporaryFile never;  // without Create, its destructor has nothing to close
 }
 
@@ -529,142 +249,6 @@ TEST(PosixTemporaryFileTest, IgnoresTheEnvironment) {
         _exit(file.Create() == RESULT_OK ? 0 : 1);
     };
     EXPECT_EXIT(create(), testing::ExitedWithCode(0), "");
-}
-
-TEST(PosixTmpStreamTest, TheFileIsMadeWithTheFirstByteAboveTheLimitAndGoesWithItsLastUser) {
-    auto output = std::make_unique<TmpOutputStream>(10);
-    ASSERT_EQ(output->Write("0123456789", 10), RESULT_OK);
-    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
-    ASSERT_EQ(output->Write("x", 1), RESULT_OK);
-    EXPECT_EQ(GetTemporaryFiles().size(), 1U);
-    auto input = std::make_unique<TmpInputStream>(*output);
-    output.reset();
-    EXPECT_EQ(GetTemporaryFiles().size(), 1U);
-    EXPECT_EQ(ReadAll(input.get(), 100).bytes, "0123456789x");
-    input.reset();
-    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
-}
-
-TEST(PosixTmpStreamTest, ManySmallWritesCostFewCalls) {
-    TmpOutputStream output(100000);
-    const std::string start(100001, 's');
-    ASSERT_EQ(output.Write(start.data(), start.size()), RESULT_OK);
-    const std::vector<Descriptor> files = GetTemporaryFiles();
-    ASSERT_EQ(files.size(), 1U);
-    for (int i = 0; i < 1000; ++i)
-        ASSERT_EQ(output.Write("x", 1), RESULT_OK);
-    struct stat status;
-    ASSERT_EQ(fstat(files[0].number, &status), 0);
-    EXPECT_EQ(status.st_size, 100001);
-    EXPECT_EQ(output.GetSize(), 101001U);
-}
-
-/// Runs `check` in a process of its own, in which no file may grow above 100,000 bytes: a disk that
-/// is full there.
-template <typename Check>
-void OnAFullDisk(Check check) {
-    const auto run = [&check] {
-        const rlimit limit = {100000, 100000};
-        signal(SIGXFSZ, SIG_IGN);  // the write fails instead
-        if (setrlimit(RLIMIT_FSIZE, &limit) != 0)
-            _exit(99);
-        _exit(check());
-    };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
-}
-
-TEST(PosixTmpStreamTest, AFullDiskFailsTheWriteThatMeetsIt) {
-    OnAFullDisk([] {
-        TmpOutputStream output(0);
-        const std::string piece(60000, 'a');
-        if (output.Write(piece.data(), piece.size()) != RESULT_OK)
-            return 1;
-        // The first 40,000 bytes of it still fit.
-        if (output.Write(piece.data(), piece.size()) != RESULT_STREAM_FAILED ||
-            output.GetResult() != RESULT_STREAM_FAILED)
-            return 2;
-        if (output.Write("x", 1) != RESULT_STREAM_FAILED || output.GetSize() != 60000)
-            return 3;
-        TmpInputStream input(output);
-        const StreamContent content = ReadAll(&input, 7000);
-        if (content.bytes != piece || content.result != RESULT_STREAM_FAILED || input.IsEnd())
-            return 4;
-        return 0;
-    });
-}
-
-TEST(PosixTmpStreamTest, AFullDiskFailsTheMoveOutOfMemory) {
-    OnAFullDisk([] {
-        TmpOutputStream output(150000);
-        const std::string piece(150000, 'a');
-        if (output.Write(piece.data(), piece.size()) != RESULT_OK)
-            return 1;
-        if (output.Write("x", 1) != RESULT_STREAM_FAILED || output.GetResult() != RESULT_STREAM_FAILED)
-            return 2;
-        TmpInputStream input(output);
-        const StreamContent content = ReadAll(&input, 7000);
-        if (content.bytes != piece || content.result != RESULT_STREAM_FAILED)
-            return 3;
-        return 0;
-    });
-}
-
-TEST(PosixTmpStreamTest, AFullDiskFailsTheWriteThatEmptiesTheBuffer) {
-    OnAFullDisk([] {
-        TmpOutputStream output(50000);
-        std::string expected;
-        std::uint32_t result = RESULT_OK;
-        while (result == RESULT_OK && expected.size() < 1000000) {
-            const std::string piece = std::to_string(expected.size()) + ",";
-            result = output.Write(piece.data(), piece.size());
-            if (result == RESULT_OK)
-                expected += piece;
-        }
-        if (result != RESULT_STREAM_FAILED || output.GetSize() != expected.size() || expected.size() < 100000)
-            return 1;
-        TmpInputStream input(output);
-        const StreamContent content = ReadAll(&input, 7000);
-        if (content.bytes != expected || content.result != RESULT_STREAM_FAILED)
-            return 2;
-        return 0;
-    });
-}
-
-TEST(PosixTmpStreamTest, TheFileTakesOverWhenThereIsNoMemory) {
-#if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the address sanitizer's allocator ends the process instead of failing";
-#endif
-    const auto run = [] {
-        std::size_t pages = 0;
-        std::ifstream("/proc/self/statm") >> pages;
-        const rlim_t size = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + (8 << 20);
-        const rlimit limit = {size, size};
-        if (setrlimit(RLIMIT_AS, &limit) != 0)
-            _exit(99);
-        TmpOutputStream output(std::uint64_t{1} << 40);
-        const std::string piece(65536, 'a');
-        const std::uint64_t most = 4096;  // 256 MB, far more than is left
-        std::uint64_t pieces = 0;
-        while (GetTemporaryFiles().empty() && pieces < most) {
-            if (output.Write(piece.data(), piece.size()) != RESULT_OK)
-                _exit(1);
-            ++pieces;
-        }
-        if (pieces == most || output.Write("end", 3) != RESULT_OK)
-            _exit(2);
-        TmpInputStream input(output);
-        std::string buffer(piece.size(), '?');
-        std::uint64_t bytesRead = 0;
-        for (; pieces > 0; --pieces) {
-            if (input.Read(buffer.data(), buffer.size(), &bytesRead) != RESULT_OK || bytesRead != piece.size() ||
-                buffer != piece)
-                _exit(3);
-        }
-        if (input.Read(buffer.data(), buffer.size(), &bytesRead) != RESULT_OK || buffer.substr(0, bytesRead) != "end")
-            _exit(4);
-        _exit(input.IsEnd() ? 0 : 5);
-    };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 TEST(PosixTmpStreamTest, WithoutAFileTheBytesInMemoryCanStillBeRead) {
@@ -691,4 +275,4 @@ TEST(PosixTmpStreamTest, WithoutAFileTheBytesInMemoryCanStillBeRead) {
 }
 
 }  // namespace
-}  // namespace Kestra::VFS
+}  // namespace Kestra::Test

@@ -1,18 +1,7 @@
-#include <gtest/gtest.h>
 #include <iconv.h>
 
 #include <cerrno>
-#include <cstddef>
-#include <cstdint>
-#include <map>
-#include <set>
-#include <string>
-#include <string_view>
 
-#include "platform/CharSetConverter.h"
-#include "platform/CharSetNames.h"
-#include "platform/Characters.h"
-#include "platform/Results.h"
 #include "tests/platform/ConverterCheck.h"
 
 // The code pages that ICU has no tables for, held against those of the C library, which somebody
@@ -20,8 +9,6 @@
 
 namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
 
 std::string MakeBytes(unsigned bytes) {
     std::string text;

@@ -1,46 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
-#include <functional>
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "html/parser/GenericParser.h"
-#include "platform/CharSetConverter.h"
-#include "platform/Characters.h"
-#include "platform/Results.h"
-#include "platform/StringHelper.h"
 #include "tests/platform/ConverterCheck.h"
 #include "tests/platform/windows/SystemCalls.h"
 
 // What the charset conversions owe to Windows: which of its two converters is asked, how often, and
 // for what.
 
-namespace Kestra::StringNS {
+namespace Kestra::Test {
 namespace {
-
-using namespace std::string_view_literals;
-
-using Test::CheckConversions;
-using Test::CheckFromWide;
-using Test::CheckLongStrings;
-using Test::CheckToWide;
-using Test::CheckUnsupported;
-using Test::ConversionRow;
-using Test::Dump;
-using Test::FromWide;
-using Test::FromWideRow;
-using Test::GetNamedCodes;
-using Test::HookedSystem;
-using Test::IsWine;
-using Test::RealSystem;
-using Test::ToWide;
-using Test::ToWideRow;
 
 /// Notes what the system's converters are asked, and lets them fail.
 class WatchedConverters {
@@ -572,20 +540,6 @@ TEST(WindowsConverterTest, LongStringsAreConvertedInSteps) {
     }
 }
 
-TEST(WindowsConverterTest, EmptyStrings) {
-    CharSetConverter converter;
-    for (const CharSet::Code code : {0U, 932U, 1251U, 1252U, 50221U, 51932U, 65000U}) {
-        for (const bool isNull : {false, true}) {
-            WideString units = KESTRA_WIDE("old content");
-            EXPECT_EQ(converter.ToWide(code, isNull ? nullptr : "", 0, &units), RESULT_OK) << code;
-            EXPECT_TRUE(units.empty()) << code;
-            std::string bytes = "old content";
-            EXPECT_EQ(converter.FromWide(code, isNull ? nullptr : KESTRA_WIDE(""), 0, &bytes), RESULT_OK) << code;
-            EXPECT_TRUE(bytes.empty()) << code;
-        }
-    }
-}
-
 /// Code pages with a name that Wine 8 does not convert. Windows has converters for most of them.
 const std::set<CharSet::Code> WITHOUT_CONVERTER = {
     858,   870,   1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,  1201,  12000,
@@ -763,4 +717,4 @@ TEST(WindowsConverterDeathTest, EveryAnswerOfTheLanguageLibrary) {
 }
 
 }  // namespace
-}  // namespace Kestra::StringNS
+}  // namespace Kestra::Test

@@ -1,53 +1,17 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <iterator>
-#include <limits>
-#include <memory>
-#include <optional>
 #include <set>
-#include <string>
-#include <string_view>
-#include <thread>
 #include <utility>
-#include <vector>
 
-#include "html/parser/GenericParser.h"
-#include "platform/Characters.h"
-#include "platform/InputStream.h"
-#include "platform/Results.h"
-#include "platform/TemporaryFile.h"
-#include "platform/TmpStream.h"
-#include "platform/VirtualFileSystem.h"
-#include "tests/platform/windows/NoMemory.h"
+#include "tests/platform/FileCheck.h"
 #include "tests/platform/windows/SystemCalls.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestStreams.h"
 
-// What the streams owe to Windows: wide names of any length, sharing, devices and pipes, handles,
+// What the streams owe to Windows: wide names of any length, sharing, pipes of messages, handles,
 // failing calls.
 
-namespace Kestra::VFS {
+namespace Kestra::Test {
 namespace {
 
-using Test::HookedSystem;
-using Test::IsWine;
-using Test::NoMemory;
-using Test::ReadAll;
-using Test::RealSystem;
-using Test::StreamContent;
-using Test::TemporaryFolder;
-
 constexpr DWORD SHARE_ALL = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-std::unique_ptr<InputStream> Open(const std::wstring& path) {
-    return std::unique_ptr<InputStream>(VirtualFileSystem::GetInputStreamEx(path.c_str()));
-}
 
 /// Closes a handle of the system.
 class Handle {
@@ -88,11 +52,6 @@ bool WriteFileAt(const std::wstring& path, std::string_view bytes) {
     DWORD written = 0;
     return file.IsOpen() &&
            WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0;
-}
-
-std::string ReadWhole(const std::wstring& path) {
-    const std::unique_ptr<InputStream> stream = Open(path);
-    return stream == nullptr ? "nothing" : ReadAll(stream.get(), 100).bytes;
 }
 
 std::wstring GetFolderPath(const TemporaryFolder& folder) {
@@ -195,7 +154,7 @@ TEST(WindowsPathTest, PathsThatNameNothing) {
     for (const std::wstring& path : paths) {
         SCOPED_TRACE(testing::PrintToString(path.substr(0, 200)));
         EXPECT_EQ(Open(path), nullptr);
-        HTML::GenericParser parser;
+        GenericParser parser;
         EXPECT_EQ(parser.ParseFile(path.c_str()), 2U);
     }
     EXPECT_EQ(VirtualFileSystem::GetInputStreamEx(nullptr), nullptr);
@@ -286,7 +245,7 @@ TEST(WindowsPathTest, PathsAboveTheOldLimit) {
     EXPECT_EQ(Open(longFolder.GetPath() + L"\\missing"), nullptr);
     EXPECT_EQ(Open(file + L"\\below a file"), nullptr);
     EXPECT_EQ(Open(L"\\\\localhost\\missing\\" + std::wstring(300, L'x')), nullptr);
-    EXPECT_EQ(HTML::GenericParser().ParseFile((longFolder.GetPath() + L"\\missing").c_str()), 2U);
+    EXPECT_EQ(GenericParser().ParseFile((longFolder.GetPath() + L"\\missing").c_str()), 2U);
 }
 
 TEST(WindowsPathTest, PathsAroundTheOldLimit) {
@@ -391,11 +350,7 @@ TEST(WindowsPathTest, AFileMayHaveTheNameOfADevice) {
         if (name.find(L'.') != std::wstring::npos) {
             EXPECT_EQ(ReadWhole(name), "a file");
         }
-        HTML::GenericParser parser;
-        EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
-        EXPECT_EQ(parser.ParseFile((front + L"\\" + name).c_str()), 0U);
-        EXPECT_EQ(parser.GetColumn(), 7U);
-        EXPECT_EQ(parser.EndParse(), 0U);
+        EXPECT_EQ(ParseToColumn(front + L"\\" + name), 7U);
         if (name == L"NUL") {
             EXPECT_EQ(ReadWhole(L"nul"), "") << "alone it is the device";
         }
@@ -444,8 +399,8 @@ TEST(WindowsFileTest, AFileThatIsLockedIsNotOpened) {
         Handle lock(OpenExisting(path, GENERIC_READ | GENERIC_WRITE, share));
         ASSERT_TRUE(lock.IsOpen());
         EXPECT_EQ(Open(path), nullptr) << share;
-        HTML::GenericParser parser;
-        EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
+        GenericParser parser;
+        EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
         EXPECT_EQ(parser.ParseFile(path.c_str()), 2U);
         lock.Close();
         EXPECT_EQ(ReadWhole(path), "text");
@@ -482,33 +437,6 @@ TEST(WindowsFileTest, AnOpenFileMayBeWrittenRenamedAndDeletedByOthers) {
     EXPECT_EQ(GetFileAttributesW(renamed.c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
-/// The open handles of this process for files and character devices; the system opens and closes
-/// others in its own time. Their numbers are multiples of four, the smallest free one first.
-std::vector<HANDLE> GetHandles() {
-    std::vector<HANDLE> found;
-    for (std::uintptr_t number = 4; number < 8000; number += 4) {
-        const HANDLE handle = reinterpret_cast<HANDLE>(number);
-        const DWORD type = GetFileType(handle);
-        if (type == FILE_TYPE_DISK || type == FILE_TYPE_CHAR)
-            found.push_back(handle);
-    }
-    return found;
-}
-
-/// Those of them that stand for files of a name that ends so.
-std::vector<HANDLE> FindHandles(std::wstring_view ending) {
-    std::vector<HANDLE> found;
-    for (const HANDLE handle : GetHandles()) {
-        std::array<wchar_t, 1000> path;
-        if (GetFileType(handle) != FILE_TYPE_DISK)
-            continue;
-        const DWORD length = GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), 0);
-        if (length < path.size() && std::wstring_view(path.data(), length).ends_with(ending))
-            found.push_back(handle);
-    }
-    return found;
-}
-
 /// All open handles of this process.
 std::vector<HANDLE> GetAllHandles() {
     std::vector<HANDLE> found;
@@ -519,40 +447,6 @@ std::vector<HANDLE> GetAllHandles() {
             found.push_back(handle);
     }
     return found;
-}
-
-/// True for a handle that a process started now would have too.
-bool IsInherited(HANDLE handle) {
-    DWORD flags = 0;
-    EXPECT_NE(GetHandleInformation(handle, &flags), 0);
-    return (flags & HANDLE_FLAG_INHERIT) != 0;
-}
-
-TEST(WindowsFileTest, HandlesAreClosedAndNotInherited) {
-    const TemporaryFolder folder;
-    const std::wstring path = folder.Write("handle.html", "x").wstring();
-    Open(path);  // what the system opens for the first one
-    const std::size_t before = GetHandles().size();
-    {
-        const std::unique_ptr<InputStream> file = Open(path);
-        const std::unique_ptr<InputStream> device = Open(L"NUL");
-        TmpOutputStream output(0);
-        EXPECT_EQ(output.Write("x", 1), RESULT_OK);
-        EXPECT_EQ(GetHandles().size(), before + 3);
-        const std::vector<HANDLE> files = FindHandles(L"\\handle.html");
-        ASSERT_EQ(files.size(), 1U);
-        EXPECT_FALSE(IsInherited(files[0]));
-        const std::vector<HANDLE> temporaryFiles = FindHandles(L".tmp");
-        ASSERT_EQ(temporaryFiles.size(), 1U);
-        EXPECT_FALSE(IsInherited(temporaryFiles[0]));
-    }
-    EXPECT_EQ(GetHandles().size(), before);
-    EXPECT_EQ(Open(GetFolderPath(folder)), nullptr);
-    EXPECT_EQ(Open(path + L"missing"), nullptr);
-    EXPECT_EQ(GetHandles().size(), before);
-    for (int i = 0; i < 100; ++i)
-        EXPECT_EQ(HTML::GenericParser().ParseFile(path.c_str()), 0U);
-    EXPECT_EQ(GetHandles().size(), before);
 }
 
 TEST(WindowsFileTest, ManyFilesAtOnce) {
@@ -568,135 +462,18 @@ TEST(WindowsFileTest, ManyFilesAtOnce) {
         EXPECT_EQ(ReadAll(streams[i].get(), 100).bytes, std::string("0123456789").substr(i % 10));
 }
 
-/// A device answers no question about positions, and takes no bad argument.
-void ExpectNoPositions(InputStream* stream) {
-    char buffer[4];
-    std::uint64_t position = 99;
-    std::uint64_t bytesRead = 99;
-    EXPECT_EQ(stream->GetPosition(&position), RESULT_STREAM_FAILED);
-    EXPECT_EQ(stream->GetPosition(nullptr), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(stream->Seek(0), RESULT_STREAM_FAILED);
-    EXPECT_EQ(stream->Read(nullptr, 0, &bytesRead), RESULT_OK);
-    EXPECT_EQ(bytesRead, 0U);
-    EXPECT_EQ(stream->Read(nullptr, 1, &bytesRead), RESULT_INVALID_ARGUMENT);
-    EXPECT_EQ(stream->Read(buffer, 1, nullptr), RESULT_INVALID_ARGUMENT);
-}
-
-TEST(WindowsDeviceTest, TheNullDeviceIsEmpty) {
-    for (const wchar_t* name : {L"NUL", L"nul", L"\\\\.\\NUL", L"\\\\?\\NUL"}) {
-        SCOPED_TRACE(testing::PrintToString(name));
-        const std::unique_ptr<InputStream> stream = Open(name);
-        ASSERT_NE(stream, nullptr);
-        ExpectNoPositions(stream.get());
-        EXPECT_FALSE(stream->IsEnd());
-        const StreamContent content = ReadAll(stream.get(), 4);
-        EXPECT_EQ(content.bytes, "");
-        EXPECT_EQ(content.result, RESULT_END_OF_DATA);
-        EXPECT_TRUE(stream->IsEnd());
-        HTML::GenericParser parser;
-        EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
-        EXPECT_EQ(parser.ParseFile(name), 0U);
-        EXPECT_EQ(parser.EndParse(), 0U);
-    }
-}
-
-/// The writing end of a named pipe.
-class PipeServer {
-public:
-    explicit PipeServer(DWORD mode = PIPE_TYPE_BYTE)
-        : path(L"\\\\.\\pipe\\kestra-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
-               std::to_wstring(++number)),
-          pipe(
-              CreateNamedPipeW(path.c_str(), PIPE_ACCESS_OUTBOUND, mode | PIPE_WAIT, 1, 1 << 16, 1 << 16, 0, nullptr)) {
-        EXPECT_TRUE(pipe.IsOpen());
-    }
-
-    void Write(std::string_view bytes) {
-        DWORD written = 0;
-        EXPECT_NE(WriteFile(pipe.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr), 0);
-        EXPECT_EQ(written, bytes.size());
-    }
-
-    void Close() {
-        pipe.Close();
-    }
-
-    const std::wstring& GetPath() const {
-        return path;
-    }
-
-private:
-    static int number;
-
-    std::wstring path;
-    Handle pipe;
-};
-
-int PipeServer::number = 0;
-
-TEST(WindowsDeviceTest, APipeIsReadAsItComes) {
-    PipeServer server;
-    const std::unique_ptr<InputStream> stream = Open(server.GetPath());
-    ASSERT_NE(stream, nullptr);
-    const auto read = [&stream] {
-        char buffer[100];
-        std::uint64_t bytesRead = 0;
-        EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_OK);
-        return std::string(buffer, bytesRead);
-    };
-    ExpectNoPositions(stream.get());
-    server.Write("first");
-    EXPECT_EQ(read(), "first");  // what is there; it does not wait for the buffer to fill
-    EXPECT_FALSE(stream->IsEnd());
-    server.Write("second");
-    EXPECT_EQ(read(), "second");
-    server.Write("third");
-    server.Close();
-    EXPECT_FALSE(stream->IsEnd());
-    const StreamContent rest = ReadAll(stream.get(), 2);
-    EXPECT_EQ(rest.bytes, "third");
-    EXPECT_EQ(rest.result, RESULT_END_OF_DATA);
-    EXPECT_TRUE(stream->IsEnd());
-    EXPECT_EQ(ReadAll(stream.get(), 2).result, RESULT_END_OF_DATA);
-    ExpectNoPositions(stream.get());
-}
-
 TEST(WindowsDeviceTest, APipeOfMessagesIsReadAsBytes) {
-    PipeServer server(PIPE_TYPE_MESSAGE);
+    TestPipe server(true);
     const std::unique_ptr<InputStream> stream = Open(server.GetPath());
     ASSERT_NE(stream, nullptr);
-    server.Write("");
-    server.Write("a message of many bytes");
-    server.Write("");
-    server.Write("");
-    server.Write("another");
-    server.Write("");
+    for (const char* message : {"", "a message of many bytes", "", "", "another", ""})  // an empty one is no end
+        server.Write(message);
     server.Close();
-    const StreamContent content = ReadAll(stream.get(), 4);
-    EXPECT_EQ(content.bytes, "a message of many bytesanother") << "an empty message is no end";
-    EXPECT_EQ(content.result, RESULT_END_OF_DATA);
-    EXPECT_TRUE(stream->IsEnd());
-}
-
-TEST(WindowsDeviceTest, ADocumentGoesOnAfterAnEmptyMessage) {
-    PipeServer server(PIPE_TYPE_MESSAGE);
-    std::thread writer([&server] {
-        Sleep(20);
-        server.Write("<p>one");
-        server.Write("");
-        server.Write(" two</p>");
-        server.Close();
-    });
-    HTML::GenericParser parser;
-    EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
-    EXPECT_EQ(parser.ParseFile(server.GetPath().c_str()), 0U);
-    EXPECT_EQ(parser.GetColumn(), 15U);
-    EXPECT_EQ(parser.EndParse(), 0U);
-    writer.join();
+    ExpectContent(stream.get(), 4, "a message of many bytesanother", RESULT_END_OF_DATA);
 }
 
 TEST(WindowsDeviceTest, TheServerOfAPipeCannotActAsItsReader) {
-    const PipeServer server;
+    const TestPipe server;
     DWORD asked = 0;
     HookedSystem system;
     system->createFile = [&asked](const wchar_t*, DWORD attributes) {
@@ -707,45 +484,11 @@ TEST(WindowsDeviceTest, TheServerOfAPipeCannotActAsItsReader) {
     EXPECT_EQ(asked & SECURITY_VALID_SQOS_FLAGS, static_cast<DWORD>(SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION));
 }
 
-TEST(WindowsDeviceTest, AReaderWaitsForTheWriter) {
-    PipeServer server;
-    const std::unique_ptr<InputStream> stream = Open(server.GetPath());
-    ASSERT_NE(stream, nullptr);
-    std::string expected;
-    for (int i = 0; i < 30000; ++i)
-        expected += std::to_string(i) + ",";  // far more than the pipe holds
-    std::thread writer([&server, &expected] {
-        Sleep(20);
-        for (std::size_t i = 0; i < expected.size(); i += 5000)
-            server.Write(std::string_view(expected).substr(i, 5000));
-        server.Close();
-    });
-    const StreamContent content = ReadAll(stream.get(), 3000);
-    writer.join();
-    EXPECT_TRUE(content.bytes == expected) << content.bytes.size();
-    EXPECT_EQ(content.result, RESULT_END_OF_DATA);
-}
-
-TEST(WindowsDeviceTest, ADocumentComesThroughAPipe) {
-    PipeServer server;
-    std::thread writer([&server] {
-        Sleep(20);
-        server.Write("<p>one");
-        server.Write(" two</p>");
-        server.Close();
-    });
-    HTML::GenericParser parser;
-    EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
-    EXPECT_EQ(parser.ParseFile(server.GetPath().c_str()), 0U);
-    EXPECT_EQ(parser.GetColumn(), 15U);
-    EXPECT_EQ(parser.EndParse(), 0U);
-    writer.join();
-}
-
 TEST(WindowsFailuresTest, AHandleIsClosedWhenNoStreamCanBeMadeOfIt) {
     const TemporaryFolder folder;
-    PipeServer server;
-    for (const std::wstring& path : {folder.Write("file", "x").wstring(), std::wstring(L"NUL"), server.GetPath()}) {
+    TestPipe server;
+    for (const std::wstring& path :
+         {folder.Write("file", "x").wstring(), std::wstring(L"NUL"), server.GetPath().wstring()}) {
         SCOPED_TRACE(testing::PrintToString(path));
         std::unique_ptr<InputStream> stream;
         std::vector<HANDLE> before;
@@ -765,88 +508,13 @@ TEST(WindowsFailuresTest, AHandleIsClosedWhenNoStreamCanBeMadeOfIt) {
     }
 }
 
-TEST(WindowsFailuresTest, AReadErrorIsAFailure) {
-    const TemporaryFolder folder;
-    const std::wstring path = folder.Write("file", "0123456789").wstring();
-    PipeServer server;
-    const std::unique_ptr<InputStream> file = Open(path);
-    const std::unique_ptr<InputStream> pipe = Open(server.GetPath());
-    HookedSystem system;
-    system->readFile = [](HANDLE, void*, DWORD, DWORD*, OVERLAPPED*) -> BOOL {
-        SetLastError(ERROR_CRC);
-        return FALSE;
-    };
-    for (InputStream* stream : {file.get(), pipe.get()}) {
-        ASSERT_NE(stream, nullptr);
-        char buffer[10];
-        std::uint64_t bytesRead = 5;
-        EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_STREAM_FAILED);
-        EXPECT_EQ(bytesRead, 0U);
-        EXPECT_FALSE(stream->IsEnd());
-    }
-    std::uint64_t position = 5;
-    EXPECT_EQ(file->GetPosition(&position), RESULT_OK);
-    EXPECT_EQ(position, 0U);
-    HTML::GenericParser parser;
-    EXPECT_EQ(parser.StartParse(1252, HTML::GenericParser::DATA_STREAM_8BIT), 0U);
-    EXPECT_EQ(parser.ParseFile(path.c_str()), 512U);
-}
-
-TEST(WindowsFailuresTest, AReadErrorAfterTheFirstByteEndsTheReadOnly) {
-    const TemporaryFolder folder;
-    const std::unique_ptr<InputStream> stream = Open(folder.Write("file", "0123456789").wstring());
+TEST(WindowsFailuresTest, AReadErrorOfAPipeIsAFailure) {
+    TestPipe server;
+    const std::unique_ptr<InputStream> stream = Open(server.GetPath());
     ASSERT_NE(stream, nullptr);
-    HookedSystem system;
-    system->readFile = [](HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
-        if (place->Offset >= 6) {
-            SetLastError(ERROR_CRC);
-            return FALSE;
-        }
-        return RealSystem::Read(handle, buffer, std::min<DWORD>(size, 6 - place->Offset), count, place);
-    };
-    char buffer[10];
-    std::uint64_t bytesRead = 0;
-    EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_OK);
-    EXPECT_EQ(std::string(buffer, bytesRead), "012345");
-    EXPECT_EQ(stream->Read(buffer, sizeof(buffer), &bytesRead), RESULT_STREAM_FAILED);
-    EXPECT_EQ(bytesRead, 0U);
-}
-
-TEST(WindowsFailuresTest, TornReadsAndWritesGoOnUntilAllBytesAreMoved) {
-    const std::string bytes = "0123456789abcdefghijklmnopqrstuvwxyz";
-    const TemporaryFolder folder;
-    const std::unique_ptr<InputStream> stream = Open(folder.Write("file", bytes).wstring());
-    ASSERT_NE(stream, nullptr);
-    for (const DWORD most : {1U, 5U, 36U}) {
-        SCOPED_TRACE(most);
-        HookedSystem system;
-        int calls = 0;
-        system->readFile = [&](HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) {
-            ++calls;
-            return RealSystem::Read(handle, buffer, std::min(size, most), count, place);
-        };
-        system->writeFile = [&](HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) {
-            ++calls;
-            return RealSystem::Write(handle, data, std::min(size, most), count, place);
-        };
-        const int expected = static_cast<int>((bytes.size() + most - 1) / most);
-        std::string buffer(bytes.size(), '?');
-        std::uint64_t bytesRead = 0;
-
-        TemporaryFile file;
-        ASSERT_EQ(file.Create(), RESULT_OK);
-        ASSERT_EQ(file.Write(3, bytes.data(), bytes.size()), RESULT_OK);
-        EXPECT_EQ(calls, expected);
-        EXPECT_EQ(file.Read(3, buffer.data(), buffer.size(), &bytesRead), RESULT_OK);
-        EXPECT_EQ(buffer.substr(0, bytesRead), bytes);
-        EXPECT_EQ(calls, 2 * expected);
-
-        buffer.assign(bytes.size(), '?');
-        ASSERT_EQ(stream->Seek(0), RESULT_OK);
-        EXPECT_EQ(stream->Read(buffer.data(), buffer.size(), &bytesRead), RESULT_OK);
-        EXPECT_EQ(buffer.substr(0, bytesRead), bytes);
-        EXPECT_TRUE(stream->IsEnd());
-    }
+    FileCalls calls;
+    calls.badPlace = 0;
+    ExpectReadFails(stream.get());
 }
 
 TEST(WindowsFailuresTest, OneCallMovesAGigabyteAtMost) {
@@ -869,93 +537,32 @@ TEST(WindowsFailuresTest, OneCallMovesAGigabyteAtMost) {
         {3ULL << 30, 1U << 30}, {4ULL << 30, 1U << 30}, {5ULL << 30, 7},
     };
     EXPECT_EQ(calls, expected);
-    std::uint64_t position = 0;
-    EXPECT_EQ(stream->GetPosition(&position), RESULT_OK);
-    EXPECT_EQ(position, (std::uint64_t{5} << 30) + 7);
-}
-
-std::wstring GetTemporaryPath() {
-    std::array<wchar_t, 1000> path;
-    const DWORD length = GetTempPathW(static_cast<DWORD>(path.size()), path.data());
-    return std::wstring(path.data(), length);
-}
-
-/// The names of this process's temporary files.
-std::set<std::wstring> GetTemporaryFiles() {
-    std::set<std::wstring> names;
-    WIN32_FIND_DATAW data;
-    const std::wstring pattern = GetTemporaryPath() + L"kestra-" + std::to_wstring(GetCurrentProcessId()) + L"-*.tmp";
-    const HANDLE search = FindFirstFileW(pattern.c_str(), &data);
-    if (search == INVALID_HANDLE_VALUE)
-        return names;
-    do {
-        names.insert(data.cFileName);
-    } while (FindNextFileW(search, &data) != 0);
-    FindClose(search);
-    return names;
-}
-
-TEST(WindowsTemporaryFileTest, PositionedReadsAndWrites) {
-    TemporaryFile file;
-    ASSERT_EQ(file.Create(), RESULT_OK);
-    const std::uint64_t distant = IsWine() ? std::uint64_t{5} << 30 : std::uint64_t{5} << 20;  // Windows fills the hole
-    const std::uint64_t last = std::numeric_limits<std::int64_t>::max();
-    ASSERT_EQ(file.Write(distant, "far", 3), RESULT_OK);
-    ASSERT_EQ(file.Write(0, "near", 4), RESULT_OK);
-    ASSERT_EQ(file.Write(2, "xy", 2), RESULT_OK);
-    ASSERT_EQ(file.Write(1, "", 0), RESULT_OK);
-    struct Row {
-        std::uint64_t position;
-        std::uint64_t size;
-        std::uint32_t code;
-        std::string expected;
-    };
-    const Row rows[] = {
-        {0, 4, RESULT_OK, "nexy"},
-        {1, 2, RESULT_OK, "ex"},
-        {distant - 1, 10, RESULT_OK, std::string("\0far", 4)},
-        {distant + 2, 1, RESULT_OK, "r"},
-        {distant + 3, 1, RESULT_OK, ""},
-        {distant + 100, 10, RESULT_OK, ""},
-        {last, 10, RESULT_OK, ""},
-        {last + 1, 10, RESULT_STREAM_FAILED, ""},
-        {std::numeric_limits<std::uint64_t>::max(), 1, RESULT_STREAM_FAILED, ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.position);
-        std::vector<char> buffer(row.size);
-        std::uint64_t bytesRead = 99;
-        EXPECT_EQ(file.Read(row.position, buffer.data(), row.size, &bytesRead), row.code);
-        EXPECT_EQ(std::string(buffer.data(), bytesRead), row.expected);
-    }
-    EXPECT_EQ(file.Write(last, "x", 1), RESULT_STREAM_FAILED);
-    EXPECT_EQ(file.Write(last + 1, "", 0), RESULT_STREAM_FAILED);
-    EXPECT_EQ(file.Write(std::numeric_limits<std::uint64_t>::max(), "x", 1), RESULT_STREAM_FAILED);
+    ExpectPosition(stream.get(), (std::uint64_t{5} << 30) + 7);
 }
 
 TEST(WindowsTemporaryFileTest, VanishesWithItsHandleAndIsNobodyElses) {
-    ASSERT_EQ(GetTemporaryFiles().size(), 0U);
-    const std::size_t handles = GetHandles().size();
+    ASSERT_EQ(CountTemporaryFiles(), 0U);
+    const std::size_t handles = GetOpenFiles().size();
     {
         TemporaryFile first;
         TemporaryFile second;
         ASSERT_EQ(first.Create(), RESULT_OK);
         ASSERT_EQ(second.Create(), RESULT_OK);
-        EXPECT_EQ(GetHandles().size(), handles + 2);
-        const std::set<std::wstring> files = GetTemporaryFiles();
+        EXPECT_EQ(GetOpenFiles().size(), handles + 2);
+        EXPECT_EQ(CountTemporaryFiles(), 2U);
+        const std::vector<OpenFile> files = GetOpenFiles(GetTemporaryEnding());
         ASSERT_EQ(files.size(), 2U);
-        for (const std::wstring& name : files) {
-            const std::wstring path = GetTemporaryPath() + name;
+        for (const OpenFile& file : files) {
             for (const DWORD access : {GENERIC_READ, static_cast<DWORD>(GENERIC_WRITE), static_cast<DWORD>(DELETE)}) {
-                const Handle other(OpenExisting(path, access, SHARE_ALL));
+                const Handle other(OpenExisting(file.name.wstring(), access, SHARE_ALL));
                 EXPECT_FALSE(other.IsOpen()) << access;
             }
-            EXPECT_EQ(Open(path), nullptr);
-            EXPECT_EQ(DeleteFileW(path.c_str()), 0);
+            EXPECT_EQ(Open(file.name), nullptr);
+            EXPECT_EQ(DeleteFileW(file.name.c_str()), 0);
         }
     }
-    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
-    EXPECT_EQ(GetHandles().size(), handles);
+    EXPECT_EQ(CountTemporaryFiles(), 0U);
+    EXPECT_EQ(GetOpenFiles().size(), handles);
     TemporaryFile never;  // without Create, its destructor has nothing to close
 }
 
@@ -1088,156 +695,21 @@ TEST(WindowsTemporaryFileTest, WithoutAFolderThereIsNoFile) {
         EXPECT_EQ(output.Write("whole", 5), RESULT_OK);
         EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
         EXPECT_EQ(output.GetResult(), RESULT_STREAM_FAILED);
-        TmpInputStream input(output);
-        const StreamContent content = ReadAll(&input, 100);
-        EXPECT_EQ(content.bytes, "whole");
-        EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
+        ExpectContent(output, 100, "whole", RESULT_STREAM_FAILED);
     }
 }
 
-TEST(WindowsTmpStreamTest, TheFileIsMadeWithTheFirstByteAboveTheLimitAndGoesWithItsLastUser) {
-    auto output = std::make_unique<TmpOutputStream>(10);
-    ASSERT_EQ(output->Write("0123456789", 10), RESULT_OK);
-    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
-    ASSERT_EQ(output->Write("x", 1), RESULT_OK);
-    EXPECT_EQ(GetTemporaryFiles().size(), 1U);
-    auto input = std::make_unique<TmpInputStream>(*output);
-    output.reset();
-    EXPECT_EQ(GetTemporaryFiles().size(), 1U);
-    EXPECT_EQ(ReadAll(input.get(), 100).bytes, "0123456789x");
-    input.reset();
-    EXPECT_EQ(GetTemporaryFiles().size(), 0U);
-}
-
-TEST(WindowsTmpStreamTest, TheFileTakesOverWhenThereIsNoMemory) {
+TEST(WindowsTmpStreamTest, TheFileTakesOverInALongFolderToo) {
     const TemporaryFolder folder;
     const std::wstring deep = GetFolderPath(folder) + L"\\" + std::wstring(200, L'x');
     ASSERT_NE(CreateDirectoryW((L"\\\\?\\" + deep).c_str(), nullptr), 0);
-    for (const std::wstring& path : {GetTemporaryPath(), deep + L"\\"}) {
+    {
         HookedSystem system;
-        NameFolder(&system, path);
-        TmpOutputStream output(std::uint64_t{1} << 40);
-        const std::string piece(65536, 'a');
-        const std::size_t pieces = 100;
-        EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
-        std::uint32_t result = RESULT_OK;
-        {
-            const NoMemory none;
-            for (std::size_t i = 1; i < pieces && result == RESULT_OK; ++i)
-                result = output.Write(piece.data(), piece.size());
-            if (result == RESULT_OK)
-                result = output.Write("end", 3);
-        }
-        EXPECT_EQ(result, RESULT_OK);
-        EXPECT_EQ(output.GetSize(), pieces * piece.size() + 3);
-        TmpInputStream input(output);
-        const StreamContent content = ReadAll(&input, piece.size());
-        EXPECT_TRUE(content.bytes == std::string(pieces * piece.size(), 'a') + "end") << content.bytes.size();
-        EXPECT_EQ(content.result, RESULT_END_OF_DATA);
+        NameFolder(&system, deep + L"\\");
+        CheckThatAFileTakesOver();
     }
     EXPECT_NE(RemoveDirectoryW((L"\\\\?\\" + deep).c_str()), 0);
 }
 
-TEST(WindowsTmpStreamTest, ManySmallWritesCostFewCalls) {
-    HookedSystem system;
-    int calls = 0;
-    system->writeFile = [&calls](HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) {
-        ++calls;
-        return RealSystem::Write(handle, data, size, count, place);
-    };
-    TmpOutputStream output(100000);
-    const std::string start(100001, 's');
-    ASSERT_EQ(output.Write(start.data(), start.size()), RESULT_OK);
-    const int before = calls;
-    EXPECT_GT(before, 0);
-    for (int i = 0; i < 1000; ++i)
-        ASSERT_EQ(output.Write("x", 1), RESULT_OK);
-    EXPECT_EQ(calls, before);
-    EXPECT_EQ(output.GetSize(), 101001U);
-}
-
-TEST(WindowsTmpStreamTest, AFileThatLostBytesFailsTheRead) {
-    TmpOutputStream output(0);
-    ASSERT_EQ(output.Write("some text", 9), RESULT_OK);
-    TmpInputStream input(output);
-    HookedSystem system;
-    system->readFile = [](HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
-        if (place->Offset >= 4) {
-            *count = 0;
-            SetLastError(ERROR_HANDLE_EOF);
-            return FALSE;
-        }
-        return RealSystem::Read(handle, buffer, std::min<DWORD>(size, 4 - place->Offset), count, place);
-    };
-    const StreamContent content = ReadAll(&input, 3);
-    EXPECT_EQ(content.bytes, "som");
-    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
-}
-
-/// No file may grow above 100,000 bytes: a disk that is full there.
-void FillDisk(HookedSystem* system) {
-    (*system)->writeFile = [](HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place) -> BOOL {
-        const DWORD most = 100000;
-        if (place->Offset >= most) {
-            *count = 0;
-            SetLastError(ERROR_DISK_FULL);
-            return FALSE;
-        }
-        return RealSystem::Write(handle, data, std::min(size, most - place->Offset), count, place);
-    };
-}
-
-TEST(WindowsTmpStreamTest, AFullDiskFailsTheWriteThatMeetsIt) {
-    HookedSystem system;
-    FillDisk(&system);
-    TmpOutputStream output(0);
-    const std::string piece(60000, 'a');
-    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
-    // The first 40,000 bytes of it still fit.
-    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_STREAM_FAILED);
-    EXPECT_EQ(output.GetResult(), RESULT_STREAM_FAILED);
-    EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
-    EXPECT_EQ(output.GetSize(), 60000U);
-    TmpInputStream input(output);
-    const StreamContent content = ReadAll(&input, 7000);
-    EXPECT_TRUE(content.bytes == piece);
-    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
-    EXPECT_FALSE(input.IsEnd());
-}
-
-TEST(WindowsTmpStreamTest, AFullDiskFailsTheMoveOutOfMemory) {
-    HookedSystem system;
-    FillDisk(&system);
-    TmpOutputStream output(150000);
-    const std::string piece(150000, 'a');
-    EXPECT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
-    EXPECT_EQ(output.Write("x", 1), RESULT_STREAM_FAILED);
-    TmpInputStream input(output);
-    const StreamContent content = ReadAll(&input, 7000);
-    EXPECT_TRUE(content.bytes == piece);
-    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
-}
-
-TEST(WindowsTmpStreamTest, AFullDiskFailsTheWriteThatEmptiesTheBuffer) {
-    HookedSystem system;
-    FillDisk(&system);
-    TmpOutputStream output(50000);
-    std::string expected;
-    std::uint32_t result = RESULT_OK;
-    while (result == RESULT_OK && expected.size() < 1000000) {
-        const std::string piece = std::to_string(expected.size()) + ",";
-        result = output.Write(piece.data(), piece.size());
-        if (result == RESULT_OK)
-            expected += piece;
-    }
-    EXPECT_EQ(result, RESULT_STREAM_FAILED);
-    EXPECT_EQ(output.GetSize(), expected.size());
-    EXPECT_GE(expected.size(), 100000U);
-    TmpInputStream input(output);
-    const StreamContent content = ReadAll(&input, 7000);
-    EXPECT_TRUE(content.bytes == expected);
-    EXPECT_EQ(content.result, RESULT_STREAM_FAILED);
-}
-
 }  // namespace
-}  // namespace Kestra::VFS
+}  // namespace Kestra::Test

@@ -1,21 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <iterator>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "html/stateless/StatelessHTMLParser.h"
 #include "platform/CharSet.h"
-#include "tests/reference/DocumentFeeding.h"
-#include "tests/reference/DocumentMaker.h"
+#include "tests/reference/DocumentTests.h"
 #include "tests/reference/events/StatelessReference.h"
 #include "tests/support/EventRun.h"
-#include "tests/support/Splits.h"
-#include "tools/trace/TokenTrace.h"
 
 // The stateless parser against the second implementation of it, on random documents in random
 // pieces.
@@ -26,68 +13,19 @@ namespace {
 using StringNS::CharSet;
 
 constexpr std::uint64_t DOCUMENTS = 50000;
-constexpr std::uint64_t SHARDS = 16;
 constexpr std::size_t LONGEST = 2000;  // bytes
 
 /// What the states of the parser turn on.
-constexpr std::string_view PARTS[] = {"<",
-                                      ">",
-                                      "</",
-                                      "<!",
-                                      "<!--",
-                                      "-->",
-                                      "-",
-                                      "--",
-                                      "<?",
-                                      "?>",
-                                      "/>",
-                                      "/",
-                                      "?",
-                                      "'",
-                                      "\"",
-                                      "=",
-                                      " ",
-                                      "\n",
-                                      "\r\n",
-                                      "\r",
-                                      "a",
-                                      "b1",
-                                      "_x:y-z",
-                                      "%",
-                                      "<a>",
-                                      "</a>",
-                                      "<p b='c'>",
-                                      "<br/>",
-                                      "<!D x>",
-                                      "<?x y=z?>",
-                                      "<script>",
-                                      "</script>",
-                                      "</scripx",
-                                      "<style>",
-                                      "</style>",
-                                      "</SCRIPT>",
-                                      "<xmp>",
-                                      "</xmp",
-                                      "<title>",
-                                      "</title >",
-                                      "<script",
-                                      "//",
-                                      "/*",
-                                      "*/",
-                                      "\\",
-                                      "\xE9",
-                                      "\xC1",
-                                      "<meta http-equiv=Content-Type content='text/html; charset=koi8-r'>",
-                                      "<meta content=\"charset=utf-8\" http-equiv='content-type'/>",
-                                      "<?xml encoding='windows-1251' ?>",
-                                      "<?xml encoding=x-none ?>"};
-
-std::string MakeSoup(Dice* dice) {
-    std::string document;
-    for (std::size_t parts = dice->Below(40); parts > 0; --parts)
-        document += dice->Pick(PARTS);
-    return document;
-}
+const RandomGrammar GRAMMAR({
+    {"soup", "{part*0-39}"},
+    {"part",
+     "<|>|</|<!|<!--|-->|-|--|<?|?>|/>|/|?|'|\"|=| |\n|\r\n|\r|a|b1|_x:y-z|%|<a>|</a>|<p b='c'>|"
+     "<br/>|<!D x>|<?x y=z?>|<script>|</script>|</scripx|<style>|</style>|</SCRIPT>|<xmp>|</xmp|"
+     "<title>|</title >|<script|//|/*|*/|\\|\xE9|\xC1|"
+     "<meta http-equiv=Content-Type content='text/html; charset=koi8-r'>|"
+     "<meta content=\"charset=utf-8\" http-equiv='content-type'/>|"
+     "<?xml encoding='windows-1251' ?>|<?xml encoding=x-none ?>"},
+});
 
 CharSet::Code PickCharset(Dice* dice) {
     constexpr CharSet::Code CHARSETS[] = {
@@ -129,14 +67,13 @@ std::string Difference(HTML::StatelessHTMLParser* parser, const std::vector<std:
     return shown + "the library:\n" + actual.Describe() + "the reference:\n" + Describe(expected);
 }
 
-class StatelessDifferentialTest : public testing::TestWithParam<std::uint64_t> {};
+class StatelessDifferentialTest : public ShardTest {};
 
 TEST_P(StatelessDifferentialTest, RandomDocuments) {
-    const std::vector<std::string> pages = ReadPages(KESTRA_EXAMPLE_PAGES);
-    DocumentMaker maker(&pages);
-    for (std::uint64_t seed = GetParam(); seed < DOCUMENTS; seed += SHARDS) {
+    ForEachSeed(DOCUMENTS, [&](std::uint64_t seed) {
         Dice dice(seed);
-        const std::string document = dice.OneIn(2) ? MakeSoup(&dice) : maker.Make(seed).bytes.substr(0, LONGEST);
+        const std::string document =
+            dice.OneIn(2) ? GRAMMAR.Make("soup", &dice) : maker.Make(seed).bytes.substr(0, LONGEST);
         const CharSet::Code charset = PickCharset(&dice);
         const std::uint32_t flags = dice.OneIn(4) ? 0 : 1;
         const Cuts cuts = CutsOfShortReads(document.size(), &dice);
@@ -163,10 +100,10 @@ TEST_P(StatelessDifferentialTest, RandomDocuments) {
                                       << ", the shortest in one piece: " << Trace::Escape(Shorten(rest, fails));
             rest.erase(0, rest.size() / 3 + 1);
         }
-    }
+    });
 }
 
-INSTANTIATE_TEST_SUITE_P(Shards, StatelessDifferentialTest, testing::Range<std::uint64_t>(0, SHARDS));
+INSTANTIATE_TEST_SUITE_P(Shards, StatelessDifferentialTest, ALL_SHARDS);
 
 // The comparison itself must see every part of an outcome.
 TEST(StatelessDifferentialCheckTest, SeesADifference) {

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/InputList.h"
+#include "tools/kestra-html/input/InputList.h"
 
 #include <gtest/gtest.h>
 

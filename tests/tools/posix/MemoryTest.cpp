@@ -1,20 +1,15 @@
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <cstddef>
 #include <cstdlib>
 #include <new>
-#include <string>
 
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
-#include "tools/kestra-html/CheckCommand.h"
-#include "tools/kestra-html/DetectCommand.h"
-#include "tools/kestra-html/EventsCommand.h"
-#include "tools/kestra-html/Input.h"
-#include "tools/kestra-html/RewriteCommand.h"
-#include "tools/kestra-html/RewriteEdit.h"
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commandline/RewriteArguments.h"
+#include "tools/kestra-html/commands/CheckCommand.h"
+#include "tools/kestra-html/commands/DetectCommand.h"
+#include "tools/kestra-html/commands/EventsCommand.h"
+#include "tools/kestra-html/commands/RewriteCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/input/Input.h"
 
 /// @file
 /// What becomes of an input that does not fit the memory. The program has an `operator new` of its
@@ -158,10 +153,9 @@ TEST_F(ToolMemory, WhileReading) {
         RunOnBoth(Tool::RunCheck, TOO_SMALL_FOR_THE_INPUT, CheckOptionsWith(2)),
     };
     for (const ToolRun& run : runs) {
-        EXPECT_EQ(run.status, 1);
-        EXPECT_EQ(run.errors, NotEnough());
+        EXPECT_TRUE(Ended(run, 1, NotEnough()));
         EXPECT_TRUE(HasSmall(run.output)) << run.output;
-        EXPECT_EQ(run.output.find("\"file\":\"" + large), std::string::npos) << run.output;
+        EXPECT_FALSE(Contains(run.output, "\"file\":\"" + large));
     }
 }
 
@@ -173,10 +167,9 @@ TEST_F(ToolMemory, WhileParsing) {
         RunOnBoth(Tool::RunCheck, ENOUGH_FOR_THE_INPUT, CheckOptionsWith(2)),
     };
     for (const ToolRun& run : runs) {
-        EXPECT_EQ(run.status, 1);
-        EXPECT_EQ(run.errors, NotEnough());
+        EXPECT_TRUE(Ended(run, 1, NotEnough()));
         EXPECT_TRUE(HasSmall(run.output)) << run.output;
-        EXPECT_EQ(run.output.find("\"file\":\"" + large), std::string::npos) << run.output;
+        EXPECT_FALSE(Contains(run.output, "\"file\":\"" + large));
     }
 }
 
@@ -211,15 +204,14 @@ TEST_F(ToolMemory, RewritingTakesMemoryForATokenAndNotForTheInput) {
 TEST_F(ToolMemory, ATokenThatDoesNotFitTheMemoryIsCopied) {
     const ToolRun run = RunRewrite(large, TOO_SMALL_FOR_THE_INPUT);
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.errors.find("not enough memory"), std::string::npos) << run.errors;
+    EXPECT_TRUE(Contains(run.errors, "not enough memory"));
     EXPECT_TRUE(run.output == MakeTag()) << run.output.size();
 }
 
 TEST_F(ToolMemory, AFileThatCannotBeReadCountsForMore) {
     small += "x";
-    const ToolRun run = RunOnBoth(Tool::RunCheck, TOO_SMALL_FOR_THE_INPUT, CheckOptionsWith(1));
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.errors, NotEnough() + small + ": cannot be read\n");
+    EXPECT_TRUE(Ended(RunOnBoth(Tool::RunCheck, TOO_SMALL_FOR_THE_INPUT, CheckOptionsWith(1)), 3,
+                      NotEnough() + small + ": cannot be read\n"));
 }
 
 }  // namespace

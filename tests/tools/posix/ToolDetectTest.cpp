@@ -1,23 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
-std::string Repeat(std::string_view text, unsigned times) {
-    std::string all;
-    for (unsigned i = 0; i < times; ++i)
-        all += text;
-    return all;
-}
+using ToolDetect = ToolTest;
 
 const std::string UTF8 =
     Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20);
@@ -33,29 +19,22 @@ ToolRun Detect(std::string_view input, Arguments arguments = {}) {
     return RunToolOn(input, arguments);
 }
 
-TEST(ToolDetect, JsonOfAnAnswer) {
-    const ToolRun run = Detect(UTF8, {"--format", "json"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output, "{\"file\":\"-\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n");
+TEST_F(ToolDetect, JsonOfAnAnswer) {
+    EXPECT_EQ(Detect(UTF8, {"--format", "json"}),
+              (ToolRun{0, "{\"file\":\"-\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n", ""}));
 }
 
-TEST(ToolDetect, TextOfAnAnswer) {
-    const ToolRun run = Detect(UTF8);
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output, "-: 65001 (UTF-8), confidence 100, 0, success\n");
+TEST_F(ToolDetect, TextOfAnAnswer) {
+    EXPECT_EQ(Detect(UTF8), (ToolRun{0, "-: 65001 (UTF-8), confidence 100, 0, success\n", ""}));
 }
 
-TEST(ToolDetect, AnAnswerOfNoUse) {
-    const ToolRun run = Detect(ASCII);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output, std::string("-: unknown, confidence 100, 11, ") + NO_ANSWER + "\n");
-    EXPECT_EQ(run.errors, std::string("-: DetectCharset returned 11: ") + NO_ANSWER + "\n");
+TEST_F(ToolDetect, AnAnswerOfNoUse) {
+    EXPECT_EQ(Detect(ASCII), (ToolRun{1, std::string("-: unknown, confidence 100, 11, ") + NO_ANSWER + "\n",
+                                      std::string("-: DetectCharset returned 11: ") + NO_ANSWER + "\n"}));
     EXPECT_EQ(Detect(ASCII, {"--format", "json"}).output, "{\"file\":\"-\",\"result\":11,\"code\":0,\"name\":\"\"}\n");
 }
 
-TEST(ToolDetect, NoAnswerAtAll) {
+TEST_F(ToolDetect, NoAnswerAtAll) {
     const ToolRun run =
         Detect(std::string(300, '\x80') + Repeat("<b>", 10) + "\x1B", {"--min-confidence", "0", "--format", "json"});
     const ToolRun blank = Detect("<!--" + std::string(300, '\x80') + "-->", {"--min-confidence", "0"});
@@ -63,7 +42,7 @@ TEST(ToolDetect, NoAnswerAtAll) {
     EXPECT_EQ(blank.output, std::string("-: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n") << run.output;
 }
 
-TEST(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
+TEST_F(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
     // The line without a minimum tells it; the detector answers with that minimum, and with one
     // more it does not.
     const ToolRun unsure = Detect(UNSURE, {"--min-confidence", "0"});
@@ -83,41 +62,37 @@ TEST(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
               std::string("-: unknown, confidence 100, 708, ") + NOT_CONFIDENT + "\n");
 }
 
-TEST(ToolDetect, TheLeastDataIs256Bytes) {
+TEST_F(ToolDetect, TheLeastDataIs256Bytes) {
     EXPECT_EQ(Detect(UTF8.substr(0, 255)).status, 1);
     EXPECT_EQ(Detect(UTF8.substr(0, 256)).status, 0);
 }
 
-TEST(ToolDetect, OnlyTheFirst16384BytesCount) {
+TEST_F(ToolDetect, OnlyTheFirst16384BytesCount) {
     const std::string plain = Repeat("<p>plain</p>\n\n\n\n", 1024);
     ASSERT_EQ(plain.size(), 16384U);
     EXPECT_EQ(Detect(plain + UTF8).output, Detect(plain).output);
     EXPECT_EQ(Detect(plain.substr(0, 16000) + UTF8).status, 0);
 }
 
-TEST(ToolDetect, Files) {
-    const TemporaryFolder folder;
-    folder.Write("utf8", UTF8 + std::string(100000, 'x'));
-    folder.Write("ascii", ASCII);
-    folder.Write("short", "x");
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
+TEST_F(ToolDetect, Files) {
+    Write("utf8", UTF8 + std::string(100000, 'x'));
+    Write("ascii", ASCII);
+    Write("short", "x");
     settings.input = UTF8;
     const ToolRun run =
         RunTool({"detect", "--format", "json", "utf8", "none", ".", "short", "-", "ascii", "utf8"}, settings);
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.output,
-              R"({"file":"utf8","result":0,"code":65001,"name":"UTF-8"}
+    EXPECT_EQ(
+        run,
+        (ToolRun{3, R"({"file":"utf8","result":0,"code":65001,"name":"UTF-8"}
 {"file":"short","result":707,"code":0,"name":""}
 {"file":"-","result":0,"code":65001,"name":"UTF-8"}
 {"file":"ascii","result":11,"code":0,"name":""}
 {"file":"utf8","result":0,"code":65001,"name":"UTF-8"}
-)");
-    EXPECT_EQ(run.errors,
-              "none: cannot be read\n.: cannot be read\n"
-              "short: DetectCharset returned 707: too little data to detect the charset: 1 of at least 256 bytes\n"
-              "ascii: DetectCharset returned 11: " +
-                  std::string(NO_ANSWER) + "\n");
+)",
+                 "none: cannot be read\n.: cannot be read\n"
+                 "short: DetectCharset returned 707: too little data to detect the charset: 1 of at least 256 bytes\n"
+                 "ascii: DetectCharset returned 11: " +
+                     std::string(NO_ANSWER) + "\n"}));
     EXPECT_EQ(RunTool({"detect", "utf8", "ascii"}, settings).status, 1);
 }
 

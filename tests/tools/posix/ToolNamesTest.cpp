@@ -1,13 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
+
+using ToolNames = ToolTest;
 
 /// A name that would clear the terminal, in three ways, and turn the rest of the line around; and
 /// how it is shown.
@@ -31,9 +27,9 @@ std::string FindRawBytes(const std::string& output) {
     return raw;
 }
 
-TEST(ToolNames, NothingRawReachesTheTerminal) {
+TEST_F(ToolNames, NothingRawReachesTheTerminal) {
     const struct {
-        std::vector<std::string> arguments;
+        Arguments arguments;
         std::string output;  ///< a part of it
         std::string errors;  ///< a part of them
     } CASES[] = {
@@ -53,15 +49,13 @@ TEST(ToolNames, NothingRawReachesTheTerminal) {
         {{"check", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
         {{"detect", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
     };
-    const TemporaryFolder folder;
-    folder.Write(NAME, "a<b / >");
-    folder.Write("good" + NAME, "<a>");
+    Write(NAME, "a<b / >");
+    Write("good" + NAME, "<a>");
     for (const auto& row : CASES) {
-        ToolSettings settings;
-        settings.folder = folder.GetPath().string();
+        settings.errors = Sink::CAPTURED;
         const ToolRun run = RunTool(row.arguments, settings);
-        EXPECT_NE(run.output.find(row.output), std::string::npos) << run.output;
-        EXPECT_NE(run.errors.find(row.errors), std::string::npos) << run.errors;
+        EXPECT_TRUE(Contains(run.output, row.output));
+        EXPECT_TRUE(Contains(run.errors, row.errors));
         EXPECT_EQ(FindRawBytes(run.output), "") << testing::PrintToString(row.arguments);
         EXPECT_EQ(FindRawBytes(run.errors), "") << testing::PrintToString(row.arguments);
         settings.errors = Sink::TERMINAL;

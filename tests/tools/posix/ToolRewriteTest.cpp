@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -8,15 +7,9 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
 #include <system_error>
 #include <thread>
-#include <vector>
 
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 // What `--in-place` keeps of a file on POSIX, and what becomes of one when the system says no.
@@ -24,30 +17,15 @@
 namespace Kestra::Test {
 namespace {
 
-namespace fs = std::filesystem;
-
-class ToolRewriteFiles : public testing::Test {
+class ToolRewriteFiles : public ToolTest {
 protected:
-    ToolRewriteFiles() {
-        settings.folder = folder.GetPath().string();
-    }
-
     ToolRun Run(const std::string& inPlace, const std::string& name) {
         return RunTool({"rewrite", "--set", "a.b=c", inPlace, name}, settings);
     }
 
-    std::string Read(const std::string& name) {
-        std::ifstream file(folder.GetPath() / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
     std::size_t CountNames() {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(folder.GetPath()), fs::directory_iterator()));
+        return GetNames().size();
     }
-
-    TemporaryFolder folder;
-    ToolSettings settings;
 };
 
 TEST_F(ToolRewriteFiles, Permissions) {
@@ -65,7 +43,7 @@ TEST_F(ToolRewriteFiles, Permissions) {
 }
 
 TEST_F(ToolRewriteFiles, ALinkIsFollowedAndStays) {
-    folder.Write("page", "<a>");
+    Write("page", "<a>");
     fs::create_directory(folder.GetPath() / "links");
     fs::create_symlink("../page", folder.GetPath() / "links/first");
     fs::create_symlink("first", folder.GetPath() / "links/second");
@@ -76,13 +54,11 @@ TEST_F(ToolRewriteFiles, ALinkIsFollowedAndStays) {
     EXPECT_TRUE(fs::is_symlink(folder.GetPath() / "links/second"));
     EXPECT_EQ(CountNames(), 3U);
     fs::create_symlink("nowhere", folder.GetPath() / "lost");
-    const ToolRun lost = Run("--in-place", "lost");
-    EXPECT_EQ(lost.status, 3);
-    EXPECT_EQ(lost.errors, "lost: cannot be read\n");
+    EXPECT_TRUE(Ended(Run("--in-place", "lost"), 3, "lost: cannot be read\n"));
 }
 
 TEST_F(ToolRewriteFiles, ABackupThatIsTheFileItselfIsNoTrouble) {
-    folder.Write("page", "<a>");
+    Write("page", "<a>");
     fs::create_hard_link(folder.GetPath() / "page", folder.GetPath() / "page.bak");
     EXPECT_EQ(Run("--in-place=.bak", "page").status, 0);
     EXPECT_EQ(Read("page"), "<a b=\"c\">");
@@ -93,11 +69,9 @@ TEST_F(ToolRewriteFiles, ABackupThatIsTheFileItselfIsNoTrouble) {
 TEST_F(ToolRewriteFiles, AFullDiskLeavesTheFile) {
     std::string page = "<a>";
     page.append(2000000, 'x');
-    folder.Write("page", page);
+    Write("page", page);
     settings.largestFile = 1000000;
-    const ToolRun run = Run("--in-place=.bak", "page");
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, "page: cannot be written: File too large\n");
+    EXPECT_TRUE(Ended(Run("--in-place=.bak", "page"), 1, "page: cannot be written: File too large\n"));
     EXPECT_TRUE(Read("page") == page);
     EXPECT_EQ(CountNames(), 1U);
 }
@@ -106,15 +80,13 @@ TEST_F(ToolRewriteFiles, AFolderThatTakesNoFileLeavesTheFile) {
     const ToolRun run =
         RunTool({"rewrite", "--in-place", "/proc/self/comm"}, settings);  // its folder takes none, from nobody
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors.find("/proc/self/comm: cannot be written: "), 0U) << run.errors;
+    EXPECT_TRUE(StartsWith(run.errors, "/proc/self/comm: cannot be written: "));
 }
 
 TEST_F(ToolRewriteFiles, NamesThatAreTooLong) {
     const std::string name(255, 'n');
-    folder.Write(name, "<a>");
-    const ToolRun run = Run("--in-place=.bak", name);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, name + ": no backup can be written: File name too long\n");
+    Write(name, "<a>");
+    EXPECT_TRUE(Ended(Run("--in-place=.bak", name), 1, name + ": no backup can be written: File name too long\n"));
     EXPECT_EQ(Read(name), "<a>");
     EXPECT_EQ(CountNames(), 1U);
     EXPECT_EQ(Run("--in-place", name).status, 0);
@@ -123,9 +95,8 @@ TEST_F(ToolRewriteFiles, NamesThatAreTooLong) {
 }
 
 TEST_F(ToolRewriteFiles, WhatIsNoFileIsNotWritten) {
-    const ToolRun run = RunTool({"rewrite", "--in-place", "/dev/null"}, settings);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.errors, "/dev/null: cannot be written: it is not a regular file\n");
+    EXPECT_TRUE(Ended(RunTool({"rewrite", "--in-place", "/dev/null"}, settings), 1,
+                      "/dev/null: cannot be written: it is not a regular file\n"));
     EXPECT_EQ(RunTool({"rewrite", "--set", "a.b=c", "/dev/null"}, settings).status, 0);
 }
 
@@ -133,13 +104,13 @@ TEST_F(ToolRewriteFiles, APipeIsNotEvenOpened) {
     const fs::path pipe = folder.GetPath() / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     fs::create_symlink("pipe", folder.GetPath() / "link");
-    folder.Write("page", "<a>");
+    Write("page", "<a>");
     for (const char* const name : {"pipe", "link", "/dev/zero", "/dev/tty"}) {
         for (const char* const option : {"--in-place", "--in-place=.bak", "--dry-run"}) {
-            std::vector<std::string> arguments = {"rewrite", "--set", "a.b=c", "--in-place", option, name, "page"};
-            const ToolRun run = RunTool(arguments, settings);
-            EXPECT_EQ(run.status, 1) << name;
-            EXPECT_EQ(run.errors, std::string(name) + ": cannot be written: it is not a regular file\n");
+            Arguments arguments = {"rewrite", "--set", "a.b=c", "--in-place", option, name, "page"};
+            EXPECT_TRUE(Ended(RunTool(arguments, settings), 1,
+                              std::string(name) + ": cannot be written: it is not a regular file\n"))
+                << name;
         }
         EXPECT_EQ(Read("page"), "<a b=\"c\">");
     }
@@ -148,7 +119,7 @@ TEST_F(ToolRewriteFiles, APipeIsNotEvenOpened) {
 
 TEST_F(ToolRewriteFiles, OtherNamesKeepTheOldBytes) {
     for (const char* const inPlace : {"--in-place", "--in-place=.bak"}) {
-        folder.Write("page", "<a>");
+        Write("page", "<a>");
         fs::remove(folder.GetPath() / "other");
         fs::create_hard_link(folder.GetPath() / "page", folder.GetPath() / "other");
         EXPECT_EQ(Run(inPlace, "page").status, 0);
@@ -218,7 +189,7 @@ private:
 };
 
 TEST_F(ToolRewriteFiles, ASignalLeavesNothingBesideTheFile) {
-    folder.Write("page", "<a><longer>");
+    Write("page", "<a><longer>");
     const auto waitForFileBeside = [this] {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         while (CountNames() < 2 && std::chrono::steady_clock::now() < deadline)

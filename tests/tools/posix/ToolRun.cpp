@@ -10,13 +10,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <thread>
-#include <utility>
-
-#include "tests/support/TemporaryFolder.h"
 
 namespace Kestra::Test {
 
@@ -118,11 +113,6 @@ std::string ReadAll(int descriptor) {
             return bytes;
         bytes.append(block, static_cast<std::size_t>(count));
     }
-}
-
-std::string ReadFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 /// An open descriptor for a stream of the tool, or one that holds nothing for a stream that is to

@@ -1,26 +1,21 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
 
+using ToolTerminal = ToolTest;
+
 const std::string COLOURED = "\x1B[1mtext\x1B[0m(a)";
 
-TEST(ToolTerminal, ColourOnATerminalOnly) {
-    ToolSettings settings;
+TEST_F(ToolTerminal, ColourOnATerminalOnly) {
     settings.input = "a";
-    EXPECT_EQ(RunTool({"tokens"}, settings).output.find('\x1B'), std::string::npos);
+    EXPECT_FALSE(Contains(RunTool({"tokens"}, settings).output, '\x1B'));
     settings.output = Sink::TERMINAL;
-    EXPECT_NE(RunTool({"tokens"}, settings).output.find(COLOURED), std::string::npos);
-    EXPECT_EQ(RunTool({"tokens", "--format", "json"}, settings).output.find('\x1B'), std::string::npos);
+    EXPECT_TRUE(Contains(RunTool({"tokens"}, settings).output, COLOURED));
+    EXPECT_FALSE(Contains(RunTool({"tokens", "--format", "json"}, settings).output, '\x1B'));
 }
 
-TEST(ToolTerminal, ColourCanBeForbidden) {
+TEST_F(ToolTerminal, ColourCanBeForbidden) {
     const struct {
         const char* name;
         const char* value;
@@ -30,48 +25,43 @@ TEST(ToolTerminal, ColourCanBeForbidden) {
         {"TERM", "dumb", false},  {"TERM", "", false},      {"TERM", "xterm-256color", true},
     };
     for (const auto& row : CASES) {
-        ToolSettings settings;
         settings.input = "a";
         settings.output = Sink::TERMINAL;
-        settings.environment[row.name] = row.value;
+        settings.environment = {{row.name, row.value}};
         const ToolRun run = RunTool({"tokens"}, settings);
         EXPECT_EQ(run.output.find(COLOURED) != std::string::npos, row.coloured) << row.name << "=" << row.value;
         EXPECT_EQ(run.output.find('\x1B') != std::string::npos, row.coloured) << row.name << "=" << row.value;
     }
 }
 
-TEST(ToolTerminal, ProgressOfSeveralFiles) {
-    const TemporaryFolder folder;
-    folder.Write("first.html", "a");
-    folder.Write("second.html", "<a / >");
-    folder.Write("empty.html", "");
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
-    const std::vector<std::string> several = {"tokens",     "--feed",      "buffer", "--charset", "1252",
-                                              "first.html", "second.html", "none",   "empty.html"};
+TEST_F(ToolTerminal, ProgressOfSeveralFiles) {
+    Write("first.html", "a");
+    Write("second.html", "<a / >");
+    Write("empty.html", "");
+    const Arguments several = {"tokens",     "--feed",      "buffer", "--charset", "1252",
+                               "first.html", "second.html", "none",   "empty.html"};
     const ToolRun quiet = RunTool(several, settings);
-    EXPECT_EQ(quiet.errors.find('\r'), std::string::npos) << quiet.errors;
+    EXPECT_FALSE(Contains(quiet.errors, '\r'));
 
     settings.errors = Sink::TERMINAL;
-    const ToolRun shown = RunTool(several, settings);
-    EXPECT_EQ(shown.status, 3);
-    EXPECT_EQ(shown.output, quiet.output);
-    EXPECT_EQ(shown.errors,
-              "\r[1/4] first.html 0%"
-              "\r[2/4] second.html 0%"
-              "\r                    \r"
-              "second.html: parsing returned 11: malformed markup, a required part is missing or cannot be recognized; "
-              "EndParse returned 16: the input ended inside a construct (line 1, column 6)\n"
-              "none: cannot be read\n"
-              "\r[4/4] empty.html 100%"
-              "\r                     \r");
+    EXPECT_EQ(
+        RunTool(several, settings),
+        (ToolRun{
+            3, quiet.output,
+            "\r[1/4] first.html 0%"
+            "\r[2/4] second.html 0%"
+            "\r                    \r"
+            "second.html: parsing returned 11: malformed markup, a required part is missing or cannot be recognized; "
+            "EndParse returned 16: the input ended inside a construct (line 1, column 6)\n"
+            "none: cannot be read\n"
+            "\r[4/4] empty.html 100%"
+            "\r                     \r"}));
 
     const ToolRun single = RunTool({"tokens", "first.html"}, settings);
     EXPECT_EQ(single.errors, "");
 }
 
-TEST(ToolTerminal, ProgressOfALargeFile) {
-    ToolSettings settings;
+TEST_F(ToolTerminal, ProgressOfALargeFile) {
     settings.errors = Sink::TERMINAL;
     settings.input = std::string(std::size_t{16} * 1024 * 1024, 'x');
     EXPECT_EQ(RunTool({"tokens", "--charset", "1252"}, settings).errors, "");
@@ -81,32 +71,25 @@ TEST(ToolTerminal, ProgressOfALargeFile) {
     EXPECT_EQ(run.errors.back(), '\r') << "the line is gone at the end";
 }
 
-TEST(ToolTerminal, ALongNameIsShortenedInTheProgressLine) {
-    const TemporaryFolder folder;
+TEST_F(ToolTerminal, ALongNameIsShortenedInTheProgressLine) {
     const std::string name = std::string(30, 'a') + "\xC3\xA9" + std::string(46, 'b');  // the cut would part the letter
-    folder.Write(name, "");
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
+    Write(name, "");
     settings.errors = Sink::TERMINAL;
     const ToolRun run = RunTool({"tokens", name, name}, settings);
     EXPECT_EQ(run.errors.substr(0, run.errors.find('%') + 1), "\r[1/2] ..." + std::string(46, 'b') + " 100%");
 }
 
-TEST(ToolTerminal, ColourOfEvents) {
-    ToolSettings settings;
+TEST_F(ToolTerminal, ColourOfEvents) {
     settings.input = "a<b>";
-    EXPECT_EQ(RunTool({"events"}, settings).output.find('\x1B'), std::string::npos);
+    EXPECT_FALSE(Contains(RunTool({"events"}, settings).output, '\x1B'));
     settings.output = Sink::TERMINAL;
-    EXPECT_NE(RunTool({"events"}, settings).output.find("\x1B[1mtext\x1B[0m(a)"), std::string::npos);
-    EXPECT_EQ(RunTool({"events", "--format", "json"}, settings).output.find('\x1B'), std::string::npos);
+    EXPECT_TRUE(Contains(RunTool({"events"}, settings).output, "\x1B[1mtext\x1B[0m(a)"));
+    EXPECT_FALSE(Contains(RunTool({"events", "--format", "json"}, settings).output, '\x1B'));
 }
 
-TEST(ToolTerminal, ProgressOfEvents) {
-    const TemporaryFolder folder;
-    folder.Write("first.html", "a");
-    folder.Write("second.html", "b");
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
+TEST_F(ToolTerminal, ProgressOfEvents) {
+    Write("first.html", "a");
+    Write("second.html", "b");
     settings.errors = Sink::TERMINAL;
     EXPECT_EQ(RunTool({"events", "first.html"}, settings).errors, "");
     const ToolRun shown = RunTool({"events", "first.html", "second.html"}, settings);
@@ -114,11 +97,8 @@ TEST(ToolTerminal, ProgressOfEvents) {
     EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/2] first.html 0%\r") << shown.errors;
 }
 
-TEST(ToolTerminal, ProgressOfChecks) {
-    const TemporaryFolder folder;
-    ToolSettings settings;
-    settings.folder = folder.GetPath().string();
-    const auto run = [&settings](std::vector<std::string> files) {
+TEST_F(ToolTerminal, ProgressOfChecks) {
+    const auto run = [this](Arguments files) {
         files.insert(files.begin(), {"check", "--format", "json"});
         return RunTool(files, settings);
     };
@@ -128,8 +108,8 @@ TEST(ToolTerminal, ProgressOfChecks) {
             text += "<p class=x>text</p>\n";
         return text;
     }();
-    folder.Write("first.html", page);
-    folder.Write("second.html", "b");
+    Write("first.html", page);
+    Write("second.html", "b");
     const ToolRun quiet = run({"first.html", "none", "second.html"});
     EXPECT_EQ(quiet.errors, "none: cannot be read\n");
 
@@ -138,7 +118,7 @@ TEST(ToolTerminal, ProgressOfChecks) {
     EXPECT_EQ(shown.status, 3);
     EXPECT_EQ(shown.output, quiet.output);
     EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/3] first.html 0%\r") << shown.errors;
-    EXPECT_NE(shown.errors.find("\rnone: cannot be read\n"), std::string::npos) << "the line is hidden first";
+    EXPECT_TRUE(Contains(shown.errors, "\rnone: cannot be read\n")) << "the line is hidden first";
     EXPECT_TRUE(shown.errors.back() == '\r' || shown.errors.back() == '\n') << "and at the end";
     EXPECT_EQ(run({"second.html"}).errors, "") << "not for one small file";
 }

@@ -1,17 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "tests/tools/ToolRun.h"
 
 namespace Kestra::Test {
 namespace {
-
-using namespace std::string_literals;
-
-using Arguments = std::vector<std::string>;
 
 Arguments Json(Arguments more = {}) {
     more.insert(more.begin(), {"tokens", "--format", "json"});
@@ -21,35 +11,8 @@ Arguments Json(Arguments more = {}) {
 /// The JSON Lines of a good run.
 std::string JsonOf(std::string_view input, Arguments more = {}) {
     const ToolRun run = RunToolOn(input, Json(std::move(more)));
-    EXPECT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.errors, "");
+    EXPECT_TRUE(Ended(run, 0, ""));
     return run.output;
-}
-
-/// The last line of an output.
-std::string LastLine(const std::string& output) {
-    if (output.empty() || output.back() != '\n')
-        return "(no line)";
-    const std::size_t before = output.rfind('\n', output.size() - 2);
-    return output.substr(before == std::string::npos ? 0 : before + 1,
-                         output.size() - 1 - (before == std::string::npos ? 0 : before + 1));
-}
-
-/// A text with the letters of the ASCII one as UTF-16, low byte first.
-std::string Utf16(std::string_view ascii) {
-    std::string bytes;
-    for (const char letter : ascii) {
-        bytes.push_back(letter);
-        bytes.push_back('\0');
-    }
-    return bytes;
-}
-
-std::string Repeat(std::string_view text, unsigned times) {
-    std::string all;
-    for (unsigned i = 0; i < times; ++i)
-        all += text;
-    return all;
 }
 
 /// Texts of a charset that the detector is sure of.
@@ -71,12 +34,12 @@ const DetectableText DETECTABLE_TEXTS[] = {
 TEST(ToolTokensDetected, ALateCharsetStartsAgain) {
     for (const DetectableText& row : DETECTABLE_TEXTS) {
         const std::string lines = JsonOf(row.bytes);
-        EXPECT_NE(lines.find(row.text), std::string::npos) << row.note << "\n" << lines;
-        EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << row.note << "\n" << lines;
-        EXPECT_NE(LastLine(lines).find(row.result), std::string::npos) << row.note << "\n" << lines;
+        EXPECT_TRUE(Contains(lines, row.text)) << row.note << "\n" << lines;
+        EXPECT_TRUE(Contains(LastLine(lines), "\"parse\":0,\"endParse\":0,")) << row.note << "\n" << lines;
+        EXPECT_TRUE(Contains(LastLine(lines), row.result)) << row.note << "\n" << lines;
         // Nothing of the abandoned pass is there.
         for (const char* const once : {"\"StartParsing\"", "\"EndParsing\"", "\"Result\""}) {
-            EXPECT_NE(lines.find(once), std::string::npos) << row.note << once;
+            EXPECT_TRUE(Contains(lines, once)) << row.note << once;
             EXPECT_EQ(lines.find(once), lines.rfind(once)) << row.note << once;
         }
     }
@@ -95,8 +58,8 @@ TEST(ToolTokensDetected, WithoutReparsingTheResultIs705) {
     for (const DetectableText& row : DETECTABLE_TEXTS) {
         const ToolRun run = RunToolOn(row.bytes, Json({"--no-reparse"}));
         EXPECT_EQ(run.status, 1) << row.note;
-        EXPECT_NE(run.output.find("{\"event\":\"Text\""), std::string::npos) << row.note;
-        EXPECT_NE(LastLine(run.output).find("\"parse\":705,"), std::string::npos) << row.note << run.output;
+        EXPECT_TRUE(Contains(run.output, "{\"event\":\"Text\"")) << row.note;
+        EXPECT_TRUE(Contains(LastLine(run.output), "\"parse\":705,")) << row.note;
         EXPECT_EQ(
             run.errors,
             "-: parsing returned 705: another charset was found, the input must be parsed again (line 1, column 1)\n")
@@ -108,23 +71,21 @@ TEST(ToolTokensDetected, TheTextFormatAfterALateCharset) {
     const ToolRun run = RunToolOn(DETECTABLE_TEXTS[0].bytes, {"tokens"});
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(run.output.find("start-parsing"), run.output.rfind("start-parsing"));
-    EXPECT_NE(
-        run.output.find(
-            "\nbytes    580\ntokens   80: text 40, start 20, end 20\ncharset  65001 (UTF-8), found in a first pass\n"
-            "result   0, success\n"),
-        std::string::npos)
-        << run.output;
+    EXPECT_TRUE(Contains(
+        run.output,
+        "\nbytes    580\ntokens   80: text 40, start 20, end 20\ncharset  65001 (UTF-8), found in a first pass\n"
+        "result   0, success\n"));
 }
 
 TEST(ToolTokensDetected, TheLeastConfidenceKeepsTheDetectorSilent) {
     const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--min-confidence", "101"});
-    EXPECT_NE(LastLine(lines).find("\"parse\":0,\"endParse\":0,"), std::string::npos) << lines;
-    EXPECT_NE(LastLine(lines).find("\"charset\":0,"), std::string::npos) << lines;
+    EXPECT_TRUE(Contains(LastLine(lines), "\"parse\":0,\"endParse\":0,"));
+    EXPECT_TRUE(Contains(LastLine(lines), "\"charset\":0,"));
 }
 
 TEST(ToolTokensDetected, ABufferIsNotDetected) {
     const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--feed", "buffer"});
-    EXPECT_NE(LastLine(lines).find("\"charset\":0,"), std::string::npos) << lines;
+    EXPECT_TRUE(Contains(LastLine(lines), "\"charset\":0,"));
 }
 
 TEST(ToolTokensDetected, TheSelfCheckOfADetectedCharset) {
@@ -140,10 +101,10 @@ TEST(ToolCheckDetected, ADetectedCharsetIsFollowed) {
     }
     const ToolRun wide = RunToolOn(detected, {"check", "--format", "json"});
     EXPECT_EQ(wide.status, 1);
-    EXPECT_NE(wide.output.find("\"endParse\":704,"), std::string::npos) << wide.output;
+    EXPECT_TRUE(Contains(wide.output, "\"endParse\":704,"));
     const ToolRun unknown = RunToolOn(detected, {"check", "--format", "json", "--min-confidence", "101"});
     EXPECT_EQ(unknown.status, 0) << unknown.errors;
-    EXPECT_NE(unknown.output.find("\"identical\":true"), std::string::npos) << unknown.output;
+    EXPECT_TRUE(Contains(unknown.output, "\"identical\":true"));
 }
 
 }  // namespace

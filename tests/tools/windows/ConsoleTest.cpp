@@ -1,23 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstddef>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Screen.h"
 #include "tests/tools/windows/ToolProcess.h"
-#include "tools/kestra-html/Progress.h"
-#include "tools/kestra-html/Terminal.h"
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/output/Progress.h"
+#include "tools/kestra-html/system/Terminal.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 namespace {
@@ -78,8 +64,6 @@ std::string Words(DWORD error) {
     return Tool::FromWide(line.substr(0, line.find_last_not_of(L" .\r\n") + 1));
 }
 
-using Arguments = std::vector<std::string>;
-
 ToolRun ShowTokens(const std::string& input, std::vector<std::string> more = {}) {
     ToolSettings settings;
     settings.input = input;
@@ -107,9 +91,7 @@ TEST(Console, DiagnosticsAreText) {
     const CodePage codePage(437);
     ToolSettings settings;
     settings.errors = Sink::TERMINAL;
-    const ToolRun run = RunTool({"tokens", TEXT}, settings);
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.errors, TEXT + ": cannot be read\n");
+    EXPECT_TRUE(Ended(RunTool({"tokens", TEXT}, settings), 3, TEXT + ": cannot be read\n"));
 }
 
 TEST(Console, WhatIsNoTextIsReplaced) {
@@ -199,7 +181,7 @@ bool IsColoured(const std::map<std::string, std::string>& environment, DWORD mod
     const std::string text = screen.Read();
     if (text.find("\x1B[1mtext\x1B[0m(a)") != std::string::npos)
         return true;  // Wine shows the sequences, which other consoles obey
-    EXPECT_EQ(text.find('\x1B'), std::string::npos) << text;
+    EXPECT_FALSE(Contains(text, '\x1B'));
     static constexpr std::size_t WORD = 13;  // where "text(a)" begins in the second line
     const std::wstring attributes = screen.ReadAttributes(1);
     return attributes[WORD] != attributes[WORD + 4];
@@ -331,9 +313,8 @@ TEST(Console, OfAnotherStreamShowsNoProgress) {
     settings.folder = folder.GetPath().string();
     settings.output = Sink::TERMINAL;
     const ToolRun run = RunTool({"tokens", "--format", "json", "first.html", "first.html"}, settings);
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output.find('%'), std::string::npos) << run.output;
+    EXPECT_TRUE(Ended(run, 0, ""));
+    EXPECT_FALSE(Contains(run.output, '%'));
 }
 
 }  // namespace

@@ -1,43 +1,25 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Handle.h"
-#include "tools/kestra-html/FileNames.h"
-#include "tools/kestra-html/Input.h"
-#include "tools/kestra-html/InputList.h"
-#include "tools/kestra-html/JsonText.h"
-#include "tools/kestra-html/PrintableName.h"
-#include "tools/kestra-html/Wildcards.h"
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/input/Input.h"
+#include "tools/kestra-html/input/InputList.h"
+#include "tools/kestra-html/output/JsonText.h"
+#include "tools/kestra-html/output/PrintableName.h"
+#include "tools/kestra-html/system/Arguments.h"
+#include "tools/kestra-html/system/FileNames.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 namespace {
-
-using namespace std::string_literals;
-
-namespace fs = std::filesystem;
 
 using Names = std::vector<std::string>;
 
 const std::string RUSSIAN = "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82.html";
 const std::string EMOJI = "\xF0\x9F\x98\x80 \xC3\xA9.html";
 
-class FileNames : public testing::Test {
+class FileNames : public ToolTest {
 protected:
-    FileNames() {
-        settings.folder = folder.GetPath().string();
-    }
-
     void Write(const std::string& name, std::string_view bytes = "a") {
-        const fs::path path = Tool::ToWide(name);
-        fs::create_directories((folder.GetPath() / path).parent_path());
-        folder.Write(path, bytes);
+        ToolTest::Write(name, bytes);
     }
 
     std::string Path(const std::string& name) const {
@@ -73,9 +55,6 @@ protected:
         return line + ",\"bytes\":" + std::to_string(size) +
                ",\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
     }
-
-    TemporaryFolder folder;
-    ToolSettings settings;
 };
 
 TEST_F(FileNames, AreListedFolderByFolderRegardlessOfCase) {
@@ -219,10 +198,9 @@ TEST_F(FileNames, WildcardsInArguments) {
     Write("-");
     Write(RUSSIAN);
     settings.input = "<p>standard input";
-    const ToolRun run = Check({"*.html", "none*", "js?n", "--", "a*"});
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.output, Line("a.html") + Line("b.html") + Line(RUSSIAN) + Line("json") + Line("a.html"));
-    EXPECT_EQ(run.errors, "none*: cannot be read\n");
+    EXPECT_EQ(Check({"*.html", "none*", "js?n", "--", "a*"}),
+              (ToolRun{3, Line("a.html") + Line("b.html") + Line(RUSSIAN) + Line("json") + Line("a.html"),
+                       "none*: cannot be read\n"}));
     EXPECT_EQ(Check({"?"}).output, Line(".\\-")) << "a file, and not standard input";
     EXPECT_EQ(Check({"--format", "js?n"}).status, 2) << "the value of an option is no file";
     EXPECT_EQ(RunTool({"check", "--format=json", "--recursive", "--charset", "1252", "*"}, settings).output,
@@ -232,10 +210,7 @@ TEST_F(FileNames, WildcardsInArguments) {
 TEST_F(FileNames, InUnicode) {
     for (const std::string& name : {RUSSIAN, EMOJI}) {
         Write(name);
-        const ToolRun run = Check({name, name + "x"});
-        EXPECT_EQ(run.status, 3);
-        EXPECT_EQ(run.output, Line(name));
-        EXPECT_EQ(run.errors, name + "x: cannot be read\n");
+        EXPECT_EQ(Check({name, name + "x"}), (ToolRun{3, Line(name), name + "x: cannot be read\n"}));
     }
     EXPECT_EQ(List(), (Names{RUSSIAN, EMOJI}));
 }
@@ -243,9 +218,7 @@ TEST_F(FileNames, InUnicode) {
 TEST_F(FileNames, ArgumentsArriveAsTheyAre) {
     for (const std::string& name :
          {"a b"s, "a'b"s, "%TEMP%"s, "a^b&c"s, "back\\slash\\"s, "quo\"te"s, "end\\\""s, "\\\\\"x y\\\\"s, ""s}) {
-        const ToolRun run = Check({name});
-        EXPECT_EQ(run.status, 3);
-        EXPECT_EQ(run.errors, name + ": cannot be read\n");
+        EXPECT_TRUE(Ended(Check({name}), 3, name + ": cannot be read\n"));
     }
 }
 
@@ -303,7 +276,7 @@ TEST_F(FileNames, OfDevices) {
     }
     EXPECT_EQ(Check({"c*.html"}).output, Line("CON.html", 3));
     EXPECT_EQ(Check({"nu?"}).output, Line(".\\nul", 3)) << "alone it is the device";
-    EXPECT_NE(Check({"nul"}).output.find("\"bytes\":0,"), std::string::npos);
+    EXPECT_TRUE(Contains(Check({"nul"}).output, "\"bytes\":0,"));
     for (const std::wstring& file : files)
         EXPECT_NE(DeleteFileW(file.c_str()), 0);
 }
@@ -315,10 +288,8 @@ TEST_F(FileNames, ALoneSurrogateNamesNoOtherFile) {
     EXPECT_TRUE(Tool::ToPath(lone).wstring().ends_with(std::wstring{L'\\', L'a', 0xD800} + L".html"));
     for (const std::string& name : {lone, Tool::NameFromWide(std::wstring{0xDC00})}) {
         const ToolRun run = Check({name});
-        EXPECT_EQ(run.status, 3);
-        EXPECT_EQ(run.output, "");
-        EXPECT_EQ(run.errors, Tool::PrintableName(name) + ": cannot be read\n");
-        EXPECT_EQ(run.errors.find('\xED'), std::string::npos) << "a surrogate is no character of UTF-8";
+        EXPECT_EQ(run, (ToolRun{3, "", Tool::PrintableName(name) + ": cannot be read\n"}));
+        EXPECT_FALSE(Contains(run.errors, '\xED')) << "a surrogate is no character of UTF-8";
     }
 }
 
@@ -334,10 +305,8 @@ TEST_F(FileNames, ThatAreForbidden) {
     EXPECT_EQ(Tool::ListInputs({folder.GetPath().string() + "\0x"s}), (Names{folder.GetPath().string() + "\0x"s}));
     for (const std::string& name :
          {"a<b"s, "a>b"s, "a|b"s, "a\x01"s, "a\tb"s, "page.html\\x"s, "\\\\?\\"s, "\\\\.\\none"s, "q:\\none"s}) {
-        const ToolRun run = Check({name, "page"});
-        EXPECT_EQ(run.status, 3) << name;
-        EXPECT_EQ(run.output, Line("page")) << name;
-        EXPECT_EQ(run.errors, Tool::PrintableName(name) + ": cannot be read\n");
+        EXPECT_EQ(Check({name, "page"}), (ToolRun{3, Line("page"), Tool::PrintableName(name) + ": cannot be read\n"}))
+            << name;
     }
 }
 
@@ -347,16 +316,13 @@ TEST_F(FileNames, OfLockedFilesAndFolders) {
     fs::create_directory(folder.GetPath() / "folder.html");
     const Handle lock(CreateFileW((folder.GetPath() / "locked.html").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
-    const ToolRun run = Check({"*.html"});
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.output, Line("page.html"));
-    EXPECT_EQ(run.errors, "folder.html: cannot be read\nlocked.html: cannot be read\n");
+    EXPECT_EQ(Check({"*.html"}),
+              (ToolRun{3, Line("page.html"), "folder.html: cannot be read\nlocked.html: cannot be read\n"}));
     for (const char* const command : {"tokens", "events", "detect"}) {
-        const ToolRun other = RunTool({command, "locked.html", "folder.html", ".", "folder.html\\"}, settings);
-        EXPECT_EQ(other.status, 3) << command;
-        EXPECT_EQ(other.errors,
+        EXPECT_TRUE(
+            Ended(RunTool({command, "locked.html", "folder.html", ".", "folder.html\\"}, settings), 3,
                   "locked.html: cannot be read\nfolder.html: cannot be read\n.: cannot be read\nfolder.html\\: cannot "
-                  "be read\n")
+                  "be read\n"))
             << command;
     }
 }
@@ -374,10 +340,8 @@ TEST_F(FileNames, BytesOfStandardInputArriveAsTheyAre) {
         "c\nd\r\r\n\xFF"s;
     const ToolRun run = RunTool({"tokens", "--format", "json", "--charset", "1252", "--observer", "narrow"}, settings);
     EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.output.find("{\"event\":\"Text\",\"text\":\"a\\r\\nb\\u001ac\\nd\\r\\r\\n\\u00ff\"}\n"),
-              std::string::npos)
-        << run.output;
-    EXPECT_EQ(run.output.find('\r'), std::string::npos) << "output is written as it is, too";
+    EXPECT_TRUE(Contains(run.output, "{\"event\":\"Text\",\"text\":\"a\\r\\nb\\u001ac\\nd\\r\\r\\n\\u00ff\"}\n"));
+    EXPECT_FALSE(Contains(run.output, '\r')) << "output is written as it is, too";
 }
 
 }  // namespace

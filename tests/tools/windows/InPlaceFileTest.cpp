@@ -48,7 +48,7 @@ BOOL Move(const wchar_t* from, const wchar_t* to) {
 #define SetFileInformationByHandle Test::SetInformation
 #define ReplaceFileW Test::Replace
 #define MoveFileW Test::Move
-#include "tools/kestra-html/windows/InPlaceFile.cpp"  // NOLINT(bugprone-suspicious-include)
+#include "tools/kestra-html/system/windows/InPlaceFile.cpp"  // NOLINT(bugprone-suspicious-include)
 #undef InPlaceFile
 #undef SetFileInformationByHandle
 #undef ReplaceFileW

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 

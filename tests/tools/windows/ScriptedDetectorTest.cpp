@@ -1,34 +1,21 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <string_view>
 #include <variant>
-#include <vector>
 
 #include "tests/platform/windows/ScriptedLanguageService.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/ToolRun.h"
 #include "tests/tools/windows/Handle.h"
-#include "tools/kestra-html/CheckCommand.h"
-#include "tools/kestra-html/CommandLine.h"
-#include "tools/kestra-html/Console.h"
-#include "tools/kestra-html/DetectCommand.h"
-#include "tools/kestra-html/EventsCommand.h"
-#include "tools/kestra-html/RewriteCommand.h"
-#include "tools/kestra-html/TokensCommand.h"
+#include "tools/kestra-html/commandline/CommandLine.h"
+#include "tools/kestra-html/commands/CheckCommand.h"
+#include "tools/kestra-html/commands/DetectCommand.h"
+#include "tools/kestra-html/commands/EventsCommand.h"
+#include "tools/kestra-html/commands/RewriteCommand.h"
+#include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/output/Console.h"
 
 // The tool and the answers of the charset detector. The test registers a detector for its own
 // process only, so the commands run in it.
 
 namespace Kestra::Test {
 namespace {
-
-namespace fs = std::filesystem;
-
-using Arguments = std::vector<std::string>;
 
 Tool::ExitStatus RunCommand(const Tool::TokensOptions& options, Tool::Console* console) {
     return Tool::RunTokens(options, console);
@@ -122,20 +109,6 @@ private:
     fs::path home;
 };
 
-std::string Repeat(std::string_view text, unsigned times) {
-    std::string all;
-    for (unsigned i = 0; i < times; ++i)
-        all += text;
-    return all;
-}
-
-std::string Utf16(std::string_view ascii) {
-    std::string bytes;
-    for (const char letter : ascii)
-        bytes.append({letter, '\0'});
-    return bytes;
-}
-
 const std::string UTF8 = Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9</p>\n", 20);
 const std::string UTF16 = Utf16(Repeat("<p>An English text that goes on for a while</p>\n", 20));
 
@@ -144,10 +117,8 @@ constexpr const char* NOT_CONFIDENT = "the charset detector is not confident eno
 
 TEST_F(ScriptedDetector, AnAnswer) {
     Answer(65001, 90);
-    const ToolRun json = RunOn(UTF8, {"detect", "--format", "json"});
-    EXPECT_EQ(json.status, 0);
-    EXPECT_EQ(json.output, "{\"file\":\"page\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n");
-    EXPECT_EQ(json.errors, "");
+    EXPECT_EQ(RunOn(UTF8, {"detect", "--format", "json"}),
+              (ToolRun{0, "{\"file\":\"page\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n", ""}));
     EXPECT_EQ(RunOn(UTF8, {"detect"}).output, "page: 65001 (UTF-8), confidence 90, 0, success\n");
     EXPECT_EQ(script.references, 0);
 }
@@ -155,19 +126,17 @@ TEST_F(ScriptedDetector, AnAnswer) {
 TEST_F(ScriptedDetector, NoUsableAnswer) {
     Answer(65001, 60);
     EXPECT_EQ(RunOn(UTF8, {"detect", "--min-confidence", "60"}).status, 0);
-    const ToolRun tooMuch = RunOn(UTF8, {"detect", "--min-confidence", "61"});
-    EXPECT_EQ(tooMuch.status, 1);
-    EXPECT_EQ(tooMuch.output, std::string("page: unknown, confidence 60, 708, ") + NOT_CONFIDENT + "\n");
-    EXPECT_EQ(tooMuch.errors, std::string("page: DetectCharset returned 708: ") + NOT_CONFIDENT + "\n");
+    EXPECT_EQ(RunOn(UTF8, {"detect", "--min-confidence", "61"}),
+              (ToolRun{1, std::string("page: unknown, confidence 60, 708, ") + NOT_CONFIDENT + "\n",
+                       std::string("page: DetectCharset returned 708: ") + NOT_CONFIDENT + "\n"}));
     script.count = 0;
     EXPECT_EQ(RunOn(UTF8, {"detect"}).output,
               std::string("page: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n");
     script.count = 1;
     Answer(20127, 100);
-    const ToolRun ascii = RunOn(UTF8, {"detect"});
-    EXPECT_EQ(ascii.status, 1);
-    EXPECT_EQ(ascii.output, std::string("page: unknown, confidence 100, 11, ") + NO_ANSWER + "\n");
-    EXPECT_EQ(ascii.errors, std::string("page: DetectCharset returned 11: ") + NO_ANSWER + "\n");
+    EXPECT_EQ(RunOn(UTF8, {"detect"}),
+              (ToolRun{1, std::string("page: unknown, confidence 100, 11, ") + NO_ANSWER + "\n",
+                       std::string("page: DetectCharset returned 11: ") + NO_ANSWER + "\n"}));
 }
 
 TEST_F(ScriptedDetector, TheLeastData) {
@@ -181,14 +150,12 @@ TEST_F(ScriptedDetector, TheLeastData) {
 
 TEST_F(ScriptedDetector, AClassThatIsNotRegistered) {
     script.creation = REGDB_E_CLASSNOTREG;
-    const ToolRun run = RunOn(UTF8, {"detect"});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output, std::string("page: unknown, no confidence, 11, ") + NO_ANSWER + "\n");
-    EXPECT_EQ(run.errors, std::string("page: DetectCharset returned 11: ") + NO_ANSWER + "\n");
+    EXPECT_EQ(RunOn(UTF8, {"detect"}), (ToolRun{1, std::string("page: unknown, no confidence, 11, ") + NO_ANSWER + "\n",
+                                                std::string("page: DetectCharset returned 11: ") + NO_ANSWER + "\n"}));
     const ToolRun tokens = RunOn(UTF8, {"tokens", "--format", "json"});
     EXPECT_EQ(tokens.status, 0) << "the text stays as it was read";
-    EXPECT_NE(tokens.output.find("\"parse\":0,\"endParse\":0,"), std::string::npos) << tokens.output;
-    EXPECT_NE(tokens.output.find("\"charset\":0,"), std::string::npos) << tokens.output;
+    EXPECT_TRUE(Contains(tokens.output, "\"parse\":0,\"endParse\":0,"));
+    EXPECT_TRUE(Contains(tokens.output, "\"charset\":0,"));
 }
 
 TEST_F(ScriptedDetector, ADetectorThatFails) {
@@ -198,9 +165,8 @@ TEST_F(ScriptedDetector, ADetectorThatFails) {
     EXPECT_EQ(run.output, "{\"file\":\"page\",\"result\":709,\"code\":0,\"name\":\"\"}\n");
     const ToolRun tokens = RunOn(UTF8, {"tokens", "--format", "json"});
     EXPECT_EQ(tokens.status, 1);
-    EXPECT_NE(tokens.output.find("\"parse\":706,"), std::string::npos) << tokens.output;
-    EXPECT_NE(tokens.errors.find("page: parsing returned 706: the charset could not be detected"), std::string::npos)
-        << tokens.errors;
+    EXPECT_TRUE(Contains(tokens.output, "\"parse\":706,"));
+    EXPECT_TRUE(Contains(tokens.errors, "page: parsing returned 706: the charset could not be detected"));
 }
 
 TEST_F(ScriptedDetector, ALateCharsetStartsAgain) {
@@ -224,11 +190,11 @@ TEST_F(ScriptedDetector, ALateCharsetStartsAgain) {
         EXPECT_EQ(detected.output, RunOn(*row.page, arguments).output)
             << row.note << ": nothing of the abandoned pass is there";
         EXPECT_EQ(script.calls, 0) << row.note << ": it is not asked";
-        const ToolRun once = RunOn(*row.page, {"tokens", "--format", "json", "--no-reparse"});
-        EXPECT_EQ(once.status, 1) << row.note;
-        EXPECT_EQ(once.errors,
+        EXPECT_TRUE(
+            Ended(RunOn(*row.page, {"tokens", "--format", "json", "--no-reparse"}), 1,
                   "page: parsing returned 705: another charset was found, the input must be parsed again (line 1, "
-                  "column 1)\n");
+                  "column 1)\n"))
+            << row.note;
     }
 }
 
@@ -239,7 +205,7 @@ TEST_F(ScriptedDetector, WhatKeepsTheTextAsItWasRead) {
         all.insert(all.end(), arguments.begin(), arguments.end());
         const ToolRun run = RunOn(UTF8, all);
         EXPECT_EQ(run.status, 0) << arguments[0];
-        EXPECT_NE(run.output.find("\"charset\":0,"), std::string::npos) << arguments[0] << run.output;
+        EXPECT_TRUE(Contains(run.output, "\"charset\":0,")) << arguments[0];
     }
 }
 

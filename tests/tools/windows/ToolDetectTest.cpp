@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "platform/windows/WindowsApi.h"
 #include "tests/tools/ToolRun.h"
 
@@ -25,14 +21,11 @@ TEST(ToolDetectOfTheSystem, ADetectorThatFailsIsToldOf) {
     const ToolRun run = RunToolOn(Page(), {"detect", "--format", "json"});
     const ToolRun text = RunToolOn(Page(), {"detect"});
     if (IsWine()) {
-        EXPECT_EQ(run.status, 1);
-        EXPECT_EQ(run.output, "{\"file\":\"-\",\"result\":709,\"code\":0,\"name\":\"\"}\n");
-        EXPECT_EQ(run.errors, "-: DetectCharset returned 709: the charset detector failed\n");
+        EXPECT_EQ(run, (ToolRun{1, "{\"file\":\"-\",\"result\":709,\"code\":0,\"name\":\"\"}\n",
+                                "-: DetectCharset returned 709: the charset detector failed\n"}));
         EXPECT_EQ(text.output, "-: unknown, no confidence, 709, the charset detector failed\n");
     } else {
-        EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.output, "{\"file\":\"-\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n");
-        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run, (ToolRun{0, "{\"file\":\"-\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n", ""}));
     }
 }
 
@@ -41,12 +34,11 @@ TEST(ToolDetectOfTheSystem, AParseWithoutACharsetAsksTheDetector) {
     const ToolRun unknown = RunToolOn(page, {"tokens", "--format", "json"});
     if (IsWine()) {
         EXPECT_EQ(unknown.status, 1);
-        EXPECT_NE(unknown.output.find("\"parse\":706,"), std::string::npos) << unknown.output;
-        EXPECT_NE(unknown.errors.find("-: parsing returned 706: the charset could not be detected"), std::string::npos)
-            << unknown.errors;
+        EXPECT_TRUE(Contains(unknown.output, "\"parse\":706,"));
+        EXPECT_TRUE(Contains(unknown.errors, "-: parsing returned 706: the charset could not be detected"));
     } else {
         EXPECT_EQ(unknown.status, 0);
-        EXPECT_NE(unknown.output.find("\"charset\":65001,"), std::string::npos) << unknown.output;
+        EXPECT_TRUE(Contains(unknown.output, "\"charset\":65001,"));
     }
     // Where a charset is given, or there is too little to detect, it is not asked.
     EXPECT_EQ(RunToolOn(page, {"tokens", "--charset", "65001"}).status, 0);

@@ -8,7 +8,7 @@
 #include <memory>
 #include <utility>
 
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 

@@ -1,24 +1,17 @@
 #include "tests/tools/ToolRun.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <thread>
-#include <utility>
 
 #include "platform/windows/WindowsApi.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/windows/Handle.h"
 #include "tests/tools/windows/Screen.h"
 #include "tests/tools/windows/ToolProcess.h"
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 namespace Kestra::Test {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 Handle OpenFile(const fs::path& path, DWORD access, DWORD disposition) {
     return Handle(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
@@ -48,11 +41,6 @@ void WriteAll(HANDLE handle, std::string_view bytes) {
     DWORD written = 0;
     while (!bytes.empty() && WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0)
         bytes.remove_prefix(written);
-}
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tools/kestra-html/windows/Utf8.h"
+#include "tools/kestra-html/system/windows/Utf8.h"
 
 #include <gtest/gtest.h>
 

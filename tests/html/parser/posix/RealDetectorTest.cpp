@@ -1,19 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "platform/MemoryInputStream.h"
 #include "platform/StringHelper.h"
 #include "tests/html/parser/DocumentRows.h"
 #include "tests/platform/posix/CharsetSamples.h"
-#include "tools/trace/TokenTrace.h"
 
 // What the parser makes of the answers of this platform's own detector.
 
 namespace Kestra::Test {
 namespace {
-
-using HTML::GenericParser;
 
 TEST(RealDetectorTest, PlainAsciiIsNoAnswer) {
     std::string text;
@@ -24,7 +16,7 @@ TEST(RealDetectorTest, PlainAsciiIsNoAnswer) {
     StringNS::CharSet::Code code = 3;
     EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), 11U);
     EXPECT_EQ(code, 0U);
-    EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
     VFS::MemoryInputStream stream(text);
     EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
     EXPECT_EQ(parser.EndParse(), 0U);
@@ -75,21 +67,16 @@ TEST(RealDetectorTest, ARussianPageIsReadAgainInItsCharset) {
         if (sample.note != "Russian letter, windows-1251" && sample.note != "Russian letter, UTF-8")
             continue;
         SCOPED_TRACE(sample.note);
-        Lines lines;
-        Trace::TraceObserver<WideChar, WideString> observer(&lines);
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        EXPECT_EQ(parser.StartParse(0, GenericParser::DATA_STREAM_AUTO), 0U);
-        VFS::MemoryInputStream stream("<p>" + sample.bytes + "</p>");
-        EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+        FedParser parser(Observed::WIDE);
+        parser.Start(0, DATA_STREAM_AUTO);
+        EXPECT_EQ(parser.FeedStream("<p>" + sample.bytes + "</p>"), 705U);
         EXPECT_EQ(parser.GetCharset(), sample.code);
-        lines.clear();
-        EXPECT_EQ(stream.Seek(0), 0U);
-        EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+        parser.lines.clear();
+        EXPECT_EQ(parser.FeedStream("<p>" + sample.bytes + "</p>"), 0U);
         EXPECT_TRUE(parser.WasCharsetDetectorUsed());
         EXPECT_EQ(parser.EndParse(), 0U);
-        EXPECT_EQ(Join(lines), Join({"start-parsing", "start(|p||)", "text(" + Trace::Escape(sample.text) + ")",
-                                     "end(|p|||)", "end-parsing"}));
+        EXPECT_EQ(Join(parser.lines), Join({"start-parsing", "start(|p||)", "text(" + Trace::Escape(sample.text) + ")",
+                                            "end(|p|||)", "end-parsing"}));
     }
 }
 

@@ -1,0 +1,122 @@
+#include "tools/kestra-html/commandline/CommandLine.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "tools/kestra-html/commandline/RewriteArguments.h"
+#include "tools/kestra-html/commandline/Subcommands.h"
+#include "tools/kestra-html/output/PrintableName.h"
+#include "tools/kestra-html/system/Arguments.h"
+
+namespace Kestra::Tool {
+
+namespace {
+
+CommandLine Answer(ExitStatus status, std::string text) {
+    CommandLine answer;
+    answer.answered = status;
+    answer.answer = std::move(text);
+    while (!answer.answer.empty() && answer.answer.back() == '\n')
+        answer.answer.pop_back();
+    return answer;
+}
+
+CommandLine WrongUsage(const std::string& what) {
+    return Answer(EXIT_STATUS_USAGE, fmt::format("kestra-html: {} (see kestra-html --help)", PrintableName(what)));
+}
+
+/// A subcommand with what its options fill.
+template <typename Options>
+struct FilledSubcommand {
+    FilledSubcommand(CLI::App* tool, const std::string& name, const std::string& description)
+        : command(tool, name, description) {
+        DeclareOptions(&command, &options);
+    }
+
+    /// @param files  more names of inputs
+    /// @throws CLI::ParseError
+    CommandLine GetCommandLine(const std::vector<std::string>& files) {
+        command.FillFields();
+        options.inputs.insert(options.inputs.end(), files.begin(), files.end());
+        if (options.inputs.empty())
+            options.inputs.emplace_back("-");
+        options.inputs = ExpandWildcards(options.inputs);
+        CommandLine commandLine;
+        commandLine.run = options;
+        return commandLine;
+    }
+
+    Options options;
+    Subcommand command;
+};
+
+/// True when the first argument that is no option names this subcommand.
+bool IsRewrite(const std::vector<std::string>& arguments) {
+    const auto command = std::find_if(arguments.begin(), arguments.end(),
+                                      [](const std::string& argument) { return !argument.starts_with('-'); });
+    return command != arguments.end() && *command == "rewrite";
+}
+
+/// @return the arguments without the edits and where they go
+std::vector<std::string> TakeEdits(const std::vector<std::string>& arguments, EditOptions* options) {
+    RewriteArguments taken = TakeRewriteArguments(arguments);
+    *options = taken;
+    return std::move(taken.rest);
+}
+
+/// Its inputs are known only now.
+CommandLine CheckRewrite(CommandLine commandLine) {
+    const auto& options = std::get<RewriteOptions>(commandLine.run);
+    const bool hasStandardInput = std::find(options.inputs.begin(), options.inputs.end(), "-") != options.inputs.end();
+    if (options.inPlace && hasStandardInput)
+        return WrongUsage("--in-place: standard input is no file");
+    if (!options.inPlace && !options.dryRun && options.inputs.size() > 1)
+        return WrongUsage("rewrite: more than one file needs --in-place or --dry-run");
+    return commandLine;
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(const std::vector<std::string>& allArguments) {
+    CLI::App tool("Cuts HTML into tokens that together reproduce every byte of it.", "kestra-html");
+    tool.allow_windows_style_options(false);  // a name can begin with a slash
+    tool.set_version_flag("--version", "kestra-html " KESTRA_HTML_VERSION);
+    tool.require_subcommand(0, 1);
+    tool.footer(EXIT_STATUS_HELP);
+    FilledSubcommand<TokensOptions> tokens(&tool, "tokens", "Print the token stream of every input");
+    FilledSubcommand<EventsOptions> events(&tool, "events", "Print the event stream of every input");
+    FilledSubcommand<CheckOptions> check(&tool, "check", "Check that the tokens reproduce every input");
+    FilledSubcommand<DetectOptions> detect(&tool, "detect", "Detect the charset of every input");
+    FilledSubcommand<RewriteOptions> rewrite(&tool, "rewrite", "Copy an input and edit its tags");
+    try {
+        const std::vector<std::string> arguments =
+            IsRewrite(allArguments) ? TakeEdits(allArguments, &rewrite.options) : allArguments;
+        // After "--" everything is a file.
+        const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+        const std::vector<std::string> files(mark == arguments.end() ? mark : mark + 1, arguments.end());
+        tool.parse(std::vector<std::string>(std::make_reverse_iterator(mark), arguments.rend()));
+        if (tokens.command.IsMeant())
+            return tokens.GetCommandLine(files);
+        if (events.command.IsMeant())
+            return events.GetCommandLine(files);
+        if (check.command.IsMeant())
+            return check.GetCommandLine(files);
+        if (detect.command.IsMeant())
+            return detect.GetCommandLine(files);
+        if (rewrite.command.IsMeant())
+            return CheckRewrite(rewrite.GetCommandLine(files));
+        return WrongUsage("a subcommand is required: tokens, events, check, detect or rewrite");
+    } catch (const CLI::CallForHelp&) {
+        return Answer(EXIT_STATUS_GOOD, tool.help());
+    } catch (const CLI::CallForVersion& version) {
+        return Answer(EXIT_STATUS_GOOD, version.what());
+    } catch (const CLI::ParseError& error) {
+        return WrongUsage(error.what());
+    }
+}
+
+}  // namespace Kestra::Tool

@@ -1,0 +1,248 @@
+#include "tools/kestra-html/commands/RewriteCommand.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "html/framework/ParserObserver.h"
+#include "html/framework/ResultCodes.h"
+#include "html/output/ParserObserverOutputHandler.h"
+#include "html/parser/GenericParser.h"
+#include "html/rewrite/Rewriter.h"
+#include "platform/CharSet.h"
+#include "platform/Results.h"
+#include "tools/kestra-html/input/CallResults.h"
+#include "tools/kestra-html/input/Input.h"
+#include "tools/kestra-html/output/PrintableName.h"
+#include "tools/kestra-html/output/ResultText.h"
+#include "tools/kestra-html/rewriting/PageEdits.h"
+#include "tools/kestra-html/rewriting/Utf8Check.h"
+#include "tools/kestra-html/system/FileNames.h"
+#include "tools/kestra-html/system/InPlaceFile.h"
+
+namespace Kestra::Tool {
+
+namespace {
+
+using HTML::GenericParser;
+using StringNS::CharSet;
+
+constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+
+/// Thrown when an input cannot be read to its end.
+struct InputFailed {};
+
+/// Where the bytes of a document go: to standard output, into a file, or nowhere.
+class PageOutput final : public HTML::ParserObserverOutputHandler {
+public:
+    PageOutput(Console* toolConsole, InPlaceFile* inPlaceFile, bool writesNothing)
+        : console(toolConsole), file(inPlaceFile), isSilent(writesNothing) {}
+
+    void Write(const void* data, std::uint64_t byteCount, bool) override {
+        const std::string_view bytes(static_cast<const char*>(data), static_cast<std::size_t>(byteCount));
+        if (file != nullptr)
+            file->Write(bytes);
+        else if (!isSilent)
+            console->Bytes(bytes);
+    }
+
+private:
+    Console* console;
+    InPlaceFile* file;
+    bool isSilent;
+};
+
+/// Whether a name is that of a pipe, a device or the like: to open one may wait for ever, and to
+/// read it may take what is not there again.
+bool IsSpecialFile(const std::string& name) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(ToPath(name), error);
+    return !error && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+           !std::filesystem::is_directory(status);
+}
+
+/// Reads a stream to its end.
+/// @param take  gets each block
+template <typename Take>
+void ReadBlocks(VFS::InputStream* stream, Take take) {
+    std::vector<char> block(BLOCK_SIZE);
+    while (true) {
+        std::uint64_t count = 0;
+        const std::uint32_t result = stream->Read(block.data(), block.size(), &count);
+        if (result == RESULT_END_OF_DATA)
+            return;
+        if (result != RESULT_OK)
+            throw InputFailed();
+        take(std::string_view(block.data(), static_cast<std::size_t>(count)));
+    }
+}
+
+void Rewind(VFS::InputStream* stream) {
+    if (stream->Seek(0) != RESULT_OK)
+        throw InputFailed();
+}
+
+class RewriteCommand {
+public:
+    RewriteCommand(const RewriteOptions& rewriteOptions, Console* toolConsole)
+        : options(rewriteOptions), console(toolConsole) {}
+
+    ExitStatus Run() {
+        ExitStatus status = EXIT_STATUS_GOOD;
+        try {
+            console->GetProgress().SetInputCount(options.inputs.size());
+            for (std::size_t i = 0; i < options.inputs.size(); ++i)
+                status = std::max(status, RunInput(i));
+            console->Flush();
+        } catch (const OutputFailed& failure) {
+            status = std::max(status, EXIT_STATUS_FAILED);
+            console->Complain(failure.what());
+        }
+        return status;
+    }
+
+private:
+    /// @throws OutputFailed
+    ExitStatus RunInput(std::size_t index) {
+        const std::string& name = options.inputs[index];
+        try {
+            if (options.inPlace && IsSpecialFile(name))
+                throw InPlaceFailed("cannot be written: it is not a regular file");
+            OpenedInput input = OpenInput(name, NeedsCharset());
+            if (input.stream == nullptr)
+                return DiagnoseUnread(name, ReadResult::UNREADABLE, console);
+            console->GetProgress().StartInput(index + 1, name, input.size);
+            return Rewrite(name, std::move(input.stream));
+        } catch (const InputFailed&) {
+            return DiagnoseUnread(name, ReadResult::UNREADABLE, console);
+        } catch (const InPlaceFailed& failure) {
+            console->Diagnose(name, failure.what());
+            return EXIT_STATUS_FAILED;
+        } catch (const std::bad_alloc&) {
+            return DiagnoseUnread(name, ReadResult::OUT_OF_MEMORY, console);
+        }
+    }
+
+    /// A file is written only when all of it could be rewritten, and something has changed.
+    ExitStatus Rewrite(const std::string& name, std::unique_ptr<VFS::InputStream> stream) {
+        const CharSet::Code charset = FindCharset(stream.get());
+        std::optional<InPlaceFile> file;
+        if (options.inPlace && !options.dryRun)
+            file.emplace(name);
+        PageOutput output(console, file ? &*file : nullptr, options.dryRun);
+        HTML::Rewriter rewriter(&output);
+        rewriter.SetScriptMode(options.scriptMode);
+        rewriter.SetMaxTokenSize(options.maxTokenSize);
+        PageEdits edits(options.edits, &rewriter, [this, &name](const PageEdits::Made& made) { ListEdit(name, made); });
+        CallResults results;
+        results.startParse = rewriter.StartParse(charset, options.input);
+        std::uint64_t done = 0;
+        ReadBlocks(stream.get(), [&](std::string_view block) {
+            const std::uint32_t result = rewriter.ParseBuffer(block.data(), block.size());
+            const bool isFirst = results.parse == HTML::PARSER_OK || results.parse == HTML::PARSER_UNTERMINATED;
+            if (isFirst) {
+                results.parse = result;
+                results.line = rewriter.GetParser().GetLine();
+                results.column = rewriter.GetParser().GetColumn();
+            }
+            done += block.size();
+            console->GetProgress().Advance(done);
+        });
+        stream.reset();  // Windows replaces no file that is open
+        results.endParse = rewriter.EndParse();
+        if (results.parse == HTML::PARSER_UNTERMINATED)
+            results.parse = HTML::PARSER_OK;  // in the middle of a document
+        const ExitStatus status = Judge(name, results, edits);
+        if (file && status == EXIT_STATUS_GOOD && edits.GetCount() > 0)
+            file->Commit(options.backupSuffix);
+        return status;
+    }
+
+    ExitStatus Judge(const std::string& name, const CallResults& results, const PageEdits& edits) {
+        const PageEdits::Failure& failure = edits.GetFailure();
+        if (results.GetFirstFailure() != HTML::PARSER_OK)
+            console->Diagnose(name, DescribeFailures(results));
+        else if (failure.code != HTML::REWRITE_OK)
+            console->Diagnose(name,
+                              fmt::format("an edit returned {}: {} (line {}, column {})", failure.code,
+                                          GetResultMeaning(failure.code), failure.place.line, failure.place.column));
+        else
+            return EXIT_STATUS_GOOD;
+        return EXIT_STATUS_FAILED;
+    }
+
+    void ListEdit(const std::string& name, const PageEdits::Made& made) {
+        static constexpr std::string_view NONE = "(none)";
+        if (!options.dryRun)
+            return;
+        const std::string before = made.before ? PrintableName(*made.before) : std::string(NONE);
+        const std::string after = made.after ? PrintableName(*made.after) : std::string(NONE);
+        console->Line(
+            fmt::format("{}:{}:{}: {} -> {}", PrintableName(name), made.place.line, made.place.column, before, after));
+    }
+
+    bool NeedsCharset() const {
+        return !options.edits.empty() && options.charset == CharSet::UNKNOWN &&
+               options.input != GenericParser::DATA_STREAM_UTF16;
+    }
+
+    /// The charset that values are read and written in: that of the command line or of the markup.
+    /// Without any, UTF-8 when all of the input is UTF-8, and else windows-1252, in which every
+    /// byte is a character and stays as it is.
+    CharSet::Code FindCharset(VFS::InputStream* stream) {
+        if (!NeedsCharset())
+            return options.charset;
+        const std::optional<CharSet::Code> declared = FindDeclaredCharset(stream);
+        Rewind(stream);
+        if (declared)
+            return *declared;
+        Utf8Check utf8;
+        ReadBlocks(stream, [&utf8](std::string_view block) { utf8.Check(block); });
+        Rewind(stream);
+        return utf8.IsUtf8() ? CharSet::UTF8 : CharSet::WINDOWS_1252;
+    }
+
+    /// That of the markup, or 0 where the rewriter finds UTF-16 by itself; nothing when there is
+    /// none. A token that does not fit the memory ends the search here, and is copied later.
+    std::optional<CharSet::Code> FindDeclaredCharset(VFS::InputStream* stream) const {
+        HTML::ParserObserver<char, std::string>
+            observer;  // nothing is converted for it, so that no declaration comes too late
+        GenericParser parser;
+        parser.SetObserver(&observer, false);
+        parser.SetScriptMode(options.scriptMode);
+        parser.SetMaxTokenSize(options.maxTokenSize);
+        parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE * 2 +
+                                      1);  // of 100: nothing is that sure
+        parser.StartParse(CharSet::UNKNOWN, options.input);
+        try {
+            parser.ParseStream(stream, false);
+        } catch (const std::bad_alloc&) {
+        }
+        if (parser.IsWParser())
+            return CharSet::UNKNOWN;
+        const CharSet::Code found = parser.GetCharset();
+        return found == CharSet::UNKNOWN || found == CharSet::UTF16_LE ? std::nullopt : std::optional(found);
+    }
+
+    const RewriteOptions& options;
+    Console* console;
+};
+
+}  // namespace
+
+ExitStatus RunRewrite(const RewriteOptions& options, Console* console) {
+    return RewriteCommand(options, console).Run();
+}
+
+}  // namespace Kestra::Tool

@@ -1,0 +1,43 @@
+#include "tools/kestra-html/input/EventsPass.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tools/kestra-html/input/PieceFeed.h"
+
+namespace Kestra::Tool {
+
+bool EventsPassResult::IsGood() const {
+    CallResults strict = *this;
+    if (strict.parse == HTML::STATELESS_NEED_MORE_DATA)
+        strict.parse = HTML::STATELESS_OK;
+    return strict.GetFirstFailure() == HTML::STATELESS_OK;
+}
+
+EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content,
+                               const EventsPassOptions& options, const BytesDone& bytesDone) {
+    EventsPassResult result;
+    parser->SetFlags(options.flags);
+    parser->SetScriptMode(options.scriptMode);
+    parser->SetMaxTokenSize(options.maxTokenSize);
+    result.startParse = parser->StartParse(options.charset);
+    if (options.feed == FeedOptions::Feed::STREAM) {
+        PieceStream stream(content, options.pieceSize, bytesDone);
+        result.parse = parser->ParseStream(&stream, false);
+    } else {
+        const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) {
+            return parser->ParseBuffer(piece, size);
+        };
+        result.parse = FeedPieces(content, options.pieceSize, parsePiece, bytesDone);
+    }
+    std::size_t line = 0;
+    std::size_t column = 0;
+    parser->GetCurrentLineNumber(&line);
+    parser->GetCurrentColumnNumber(&column);
+    result.line = line;
+    result.column = column;
+    result.endParse = parser->EndParse();
+    return result;
+}
+
+}  // namespace Kestra::Tool
