@@ -75,6 +75,8 @@ bool HostStream::IsEnd() {
 }
 
 std::uint32_t WriteStream(VFS::InputStream* stream, kestra_html_write_callback write, void* user) {
+    if (const std::uint32_t result = stream->Seek(0); result != RESULT_OK)
+        return result;
     std::array<char, 4096> buffer{};
     for (;;) {
         std::uint64_t size = 0;

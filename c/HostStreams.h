@@ -39,7 +39,7 @@ private:
     bool hasEnded = false;
 };
 
-/// Writes what is left of a stream. @return 0; a code of the stream; a value of the callback
+/// Writes a stream from its first byte on. @return 0; a code of the stream; a value of the callback
 std::uint32_t WriteStream(VFS::InputStream* stream, kestra_html_write_callback write, void* user);
 
 }  // namespace Kestra::C

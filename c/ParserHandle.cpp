@@ -162,7 +162,7 @@ struct kestra_html_parser {
     /// What a call that may have delivered tokens answers.
     std::uint32_t Answer(std::uint32_t result) {
         const bool hasFailed = narrow != nullptr ? narrow->TakeFailure() : wide != nullptr && wide->TakeFailure();
-        return hasFailed ? KESTRA_HTML_CALLBACK_FAILED : result;
+        return hasFailed ? std::uint32_t{KESTRA_HTML_CALLBACK_FAILED} : result;
     }
 
     /// Parses a stream to its end. The parser frees it, unless a callback is at work.

@@ -242,7 +242,7 @@ uint32_t kestra_html_rewriter_charset(const kestra_html_rewriter* rewriter) {
 }
 
 uint32_t kestra_html_edit_kind(const kestra_html_edit_token* token) {
-    return token == nullptr ? 0 : token->token.GetKind();
+    return token == nullptr ? std::uint32_t{0} : token->token.GetKind();
 }
 
 uint32_t kestra_html_edit_place(const kestra_html_edit_token* token, kestra_html_place* place) {

@@ -10,7 +10,8 @@ set(KESTRA_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 target_include_directories(kestra-html INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 
 install(TARGETS kestra-html EXPORT kestra-html-targets
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestra)
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestra
+    FILE_SET c_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT kestra-html-targets NAMESPACE Kestra:: DESTINATION ${KESTRA_PACKAGE_DIR})
 
 configure_package_config_file(cmake/kestra-html-config.cmake.in kestra-html-config.cmake INSTALL_DESTINATION ${KESTRA_PACKAGE_DIR})

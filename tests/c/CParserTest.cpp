@@ -188,8 +188,8 @@ TEST(CParserTest, TextsInUtf8) {
         {"two units of UTF-16", "\xF0\x9F\x8D\xB5&#x1F375;", UTF8, "\xF0\x9F\x8D\xB5&#x1F375;",
          "\xF0\x9F\x8D\xB5\xF0\x9F\x8D\xB5"},
         {"a byte that is none", "a\xFFz", UTF8, "a\xEF\xBF\xBDz", "a\xEF\xBF\xBDz"},
-        {"a reference that is none", "&nothing;", UTF8, "&nothing;", "&nothing;"},
-        {"junk", "<a / >\xE9", WINDOWS_1252, "<a / >\xC3\xA9", "<a / >\xC3\xA9"},
+        {"a reference that is none", "&nowhere;", UTF8, "&nowhere;", "&nowhere;"},
+        {"junk", "<a \xE9/ ", WINDOWS_1252, "<a \xC3\xA9/ ", "<a \xC3\xA9/ "},
     };
     for (const TextRow& row : rows) {
         std::size_t count = 0;
@@ -208,7 +208,7 @@ TEST(CParserTest, TextsInUtf8) {
 
 TEST(CParserTest, JunkOfUtf16) {
     std::vector<std::string> junk;
-    const std::string document = ToUtf16LE(WideStringView(KESTRA_WIDE("<a / >\u00E9")));
+    const std::string document = ToUtf16LE(WideStringView(KESTRA_WIDE("<a \u00E9/ ")));
     for (const std::uint32_t encoding : {KESTRA_HTML_BYTES, KESTRA_HTML_UTF8, KESTRA_HTML_UTF16}) {
         Callback callback = [&](const kestra_html_token* token) {
             junk.push_back(GetString(token, KESTRA_HTML_PART_TEXT));
@@ -220,7 +220,7 @@ TEST(CParserTest, JunkOfUtf16) {
         EXPECT_EQ(kestra_html_parser_is_utf16(parser.Get()), 1U);
         EXPECT_EQ(parser.End(), 0U);
     }
-    EXPECT_EQ(junk, (std::vector<std::string>{document, "<a / >\xC3\xA9", document}));
+    EXPECT_EQ(junk, (std::vector<std::string>{document, "<a \xC3\xA9/ ", document}));
 }
 
 /// An attribute as "name=value@begin-end", its value decoded.
@@ -391,7 +391,7 @@ TEST(CParserTest, Streams) {
     EXPECT_EQ(texts, "a;b;c;");
     texts.clear();
     EXPECT_EQ(FeedStream({"<!--a--><p / ><!--b-->"}, true, &texts), 0U);
-    EXPECT_EQ(texts, "a;<p / >;b;");
+    EXPECT_EQ(texts, "a;<p / ;>;b;");
     texts.clear();
     // What cannot go back cannot read junk again.
     EXPECT_EQ(FeedStream({"<!--a--><p / ><!--b-->"}, false, &texts), std::uint32_t{KESTRA_HTML_MALFORMED});
@@ -706,7 +706,7 @@ std::string Repeat(std::string_view text, std::size_t count) {
 TEST(CParserTest, Detection) {
     const DetectionRow rows[] = {
         {"a mark of UTF-8", "\xEF\xBB\xBFx", 0, UTF8, KESTRA_HTML_SOURCE_MARK, "UTF-8"},
-        {"a mark of UTF-16", std::string("\xFF\xFEx\0", 4), 0, 1200, KESTRA_HTML_SOURCE_MARK, "UTF-16LE"},
+        {"a mark of UTF-16", std::string("\xFF\xFEx\0", 4), 0, 1200, KESTRA_HTML_SOURCE_MARK, "UTF-16"},
         {"a meta tag", "<meta charset=koi8-r>", 0, 20866, KESTRA_HTML_SOURCE_META, "KOI8-R"},
         {"a meta tag after a broken one", "<a / ><meta charset=koi8-r>", 0, 20866, KESTRA_HTML_SOURCE_META, "KOI8-R"},
         {"the bytes", Repeat("gr\xC3\xBC\xC3\x9F dich, sch\xC3\xB6ne Welt. ", 20), 0, UTF8, KESTRA_HTML_SOURCE_DETECTOR,

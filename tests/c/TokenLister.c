@@ -24,7 +24,7 @@ static void append_word(token_list *list, const char *word) {
 }
 
 static void append_unit(token_list *list, unsigned unit) {
-    char escape[8];
+    char escape[16];
     if (unit == '\\') {
         append_word(list, "\\\\");
     } else if (unit == '\n') {
@@ -45,7 +45,6 @@ static void append_unit(token_list *list, unsigned unit) {
     }
 }
 
-/// Junk and marks are bytes in every encoding of the trace language.
 static void append_string(token_list *list, const kestra_html_string *string) {
     size_t i;
     if (list->is_wide) {
@@ -138,6 +137,8 @@ static const char *get_layout(uint32_t kind, uint32_t flags) {
             return "entity(p|n|a|s";
         case KESTRA_HTML_INSTRUCTION:
             return (flags & KESTRA_HTML_FREE_STYLE) != 0 ? "extern-text(t" : "extern(p|n|a|s";
+        case KESTRA_HTML_JUNK:
+            return "junk(t";
         default:
             return "unknown(";
     }
