@@ -269,8 +269,20 @@ TEST(RandomGrammarTest, MakesAllThatItsRulesSay) {
     EXPECT_GT(made["<yy{}>"], 10 * made["<xx{}>"]);
     EXPECT_EQ(lengths.size(), 5U);
     EXPECT_EQ(lengths.rbegin()->first, 5U);
-    for (const char* const bad : {"{nothing}", "{byte", "{byte|x", "byte}", "{byte*1-2"})
+    for (const char* const bad :
+         {"{nothing}", "{byte", "{byte|x", "byte}", "{byte*1-2", "{Byte}", "{byte_}", "{byte*2}", "{byte*1:2}"})
         EXPECT_THROW(RandomGrammar({{"a", bad}}), std::invalid_argument) << bad;
+    EXPECT_THROW(grammar.Make("c", &dice), std::invalid_argument);
+}
+
+TEST(RandomGrammarTest, ARangeHasBothItsEnds) {
+    const RandomGrammar grammar({{"a", "{|x}"}, {"b", "{a*0-3}"}});
+    std::map<std::string, int> made;
+    Dice dice(1);
+    for (int i = 0; i < 1000; ++i)
+        ++made[grammar.Make("b", &dice)];
+    EXPECT_EQ(made.size(), 4U);
+    EXPECT_EQ(made.rbegin()->first, "xxx");
 }
 
 // A document of a seed never changes, and together they reach every kind of token and every result.

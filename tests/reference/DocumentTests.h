@@ -53,8 +53,7 @@ protected:
 /// Takes the enumerated strings with one first character.
 class FirstCharacterTest : public testing::TestWithParam<std::size_t> {
 protected:
-    /// Calls `run` with each string after each context. Ends at the first false answer, which the
-    /// test has to report.
+    /// Calls `run` with each string after each context. Fails, and ends, at the first false answer.
     template <std::size_t COUNT>
     void ForEachDocument(const std::string_view (&contexts)[COUNT], std::size_t maxLength,
                          const std::function<bool(std::string_view document, std::string_view context)>& run) const {
@@ -63,6 +62,7 @@ protected:
             ForEachString(contexts[i], ENUMERATED_CHARACTERS[GetParam()], maxLength,
                           [&](std::string_view document) { return isGood = run(document, contexts[i]); });
         }
+        EXPECT_TRUE(isGood);
     }
 };
 

@@ -51,6 +51,8 @@ inline void ReadField(std::string_view value, std::uint32_t* number) {
 }
 
 inline void ReadField(std::string_view value, bool* flag) {
+    if (value != "true" && value != "false")
+        NotationReader(value).Fail("neither true nor false");
     *flag = value == "true";
 }
 
@@ -97,7 +99,9 @@ void ForEachWord(std::string_view fields, Use use) {
         const std::string_view word = fields.substr(0, fields.find(' '));
         fields.remove_prefix(word.size() < fields.size() ? word.size() + 1 : word.size());
         const std::size_t equals = word.find('=');
-        if (word.front() == '-') {
+        if (word.empty()) {
+            NotationReader(fields).Fail("two blanks");
+        } else if (word.front() == '-') {
             for (const char letter : word.substr(1))
                 use(GetOptionName(letter), std::string_view("true"));
         } else if (equals == word.npos) {

@@ -88,10 +88,10 @@ private:
         part->least = part->most = 1;
         const std::string_view before = text;
         const std::string_view name = SkipAll("abcdefghijklmnopqrstuvwxyz-");
-        if (text.starts_with('*')) {
-            text.remove_prefix(1);
+        if (Skip("*")) {
             part->least = ReadNumber();
-            text.remove_prefix(1);
+            if (!Skip("-"))
+                throw std::invalid_argument("no range in " + std::string(before));
             part->most = ReadNumber();
         }
         if (text.starts_with('}')) {
@@ -102,6 +102,8 @@ private:
         } else {
             text = before;
             Group group = ReadGroup();
+            if (group.alternatives.size() == 1)
+                throw std::invalid_argument("no choice in " + std::string(before));
             part->group = grammar->groups.size();
             grammar->groups.push_back(std::move(group));
         }
@@ -132,7 +134,10 @@ RandomGrammar::RandomGrammar(std::initializer_list<Rule> rules, std::size_t long
 }
 
 void RandomGrammar::Append(std::string_view rule, Dice* dice, std::string* text) const {
-    AppendGroup(indexes.find(rule)->second, dice, text);
+    const auto found = indexes.find(rule);
+    if (found == indexes.end())
+        throw std::invalid_argument("no rule " + std::string(rule));
+    AppendGroup(found->second, dice, text);
 }
 
 std::string RandomGrammar::Make(std::string_view rule, Dice* dice) const {

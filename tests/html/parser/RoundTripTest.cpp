@@ -17,7 +17,7 @@ constexpr int SPLITTINGS = 3;
 // The whole grammar, whole and broken.
 const RandomGrammar GRAMMAR({
     {"name", "p|a|br|DIV|h1|x:y|b/|\xE9|scripts||a[b]"},
-    {"script", "4:script|3:SCRIPT|Script"},
+    {"script", "3:script|SCRIPT|Script"},
     {"style", "2:style|STYLE"},
     {"word", "a|word|x y|\n|\r\n|1>0|it's|\"|=|/|\xE9\xFF|\t|a/b|&amp;|[|-|\x1B$B"},
     {"space", " |\n|\t |  |\r\n| \f"},

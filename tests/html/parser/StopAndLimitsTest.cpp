@@ -108,18 +108,23 @@ void CheckStops(bool wide, const std::string& document, GenericParser::ScriptMod
 }
 
 TEST(StopTest, InEveryCallback) {
-    for (const bool wide : {false, true})
+    for (const bool wide : {false, true}) {
+        SCOPED_TRACE(wide ? "wide" : "8-bit");
         CheckStops(wide, EVERY_CALLBACK, SCRIPT_AS_TOKENS);
+    }
 }
 
 TEST(StopTest, AroundScriptsAsText) {
-    for (const bool wide : {false, true})
+    for (const bool wide : {false, true}) {
+        SCOPED_TRACE(wide ? "wide" : "8-bit");
         CheckStops(wide, "<title>a</title><script>b</script><style>c</style><xmp></xmp><title>d</titled</title>e",
                    SCRIPT_AS_TEXT);
+    }
 }
 
 TEST(StopTest, AnExceptionPassesAndTheStopHolds) {
     for (const bool wide : {false, true}) {
+        SCOPED_TRACE(wide ? "wide" : "8-bit");
         StoppedParser stopped(wide);
         stopped.SetHook([&stopped](const std::string& line) {
             if (line == "start(|a||)") {
@@ -184,6 +189,7 @@ TEST(StopTest, InTheContentOfAScriptThatIsText) {
 
 TEST(StopTest, InJunkThatTheEndOfTheInputMakes) {
     for (const bool wide : {false, true}) {
+        SCOPED_TRACE(wide ? "wide" : "8-bit");
         StoppedParser stopped(wide);
         stopped.document = "a<b";
         stopped.StopIn(3);

@@ -114,6 +114,7 @@ struct RandomRow {
 /// Compares a recognizer and its model: the line of the outcome for an input.
 template <template <typename, typename> class Parser, typename Flavour, typename Model>
 void CheckModel(const RandomRow& row, Model model) {
+    ASSERT_GT(row.rounds, 0);
     RandomInput random(row.seed, row.parts);
     const auto check = [&](const std::string& input, const ModelOptions& options) {
         CheckRandomly<Parser<typename Flavour::C, typename Flavour::S>>(

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+
+#include <cassert>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -95,6 +97,7 @@ void Subcommand::AddChoice(const std::string& name, Value* field, std::initializ
         if (choice.value == *field)
             defaultWord = choice.word;
     }
+    assert(!defaultWord.empty() && "the field has none of the values");
     AddWords(name, names, defaultWord, description, [field, choices](const std::string& text) {
         for (const Word<Value>& choice : choices) {
             if (choice.word == text)
