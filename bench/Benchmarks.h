@@ -14,11 +14,12 @@
 
 namespace Kestra::Bench {
 
-/// Reads all documents of a corpus once. @return something that its callbacks counted; 0 makes the
-/// benchmark fail
+/// Reads all documents of a corpus once.
+/// @return something that its callbacks counted; 0 makes the benchmark fail
 using Round = std::function<std::uint64_t(const Corpus& corpus)>;
 
-/// Examines one document. @return as for `Round`
+/// Examines one document.
+/// @return as for `Round`
 using Count = std::uint64_t (*)(const std::string& document);
 
 /// Registers a benchmark, "corpus/name".

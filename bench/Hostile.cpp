@@ -15,11 +15,11 @@ using StringNS::CharSet;
 
 constexpr std::uint64_t HALF_A_MILLION = 500'000;
 constexpr std::uint64_t SIZE = 4'000'000;  // bytes
-constexpr std::uint64_t LONG =
-    40'000'000;  // for what takes less than a nanosecond a byte: far more than the caches hold
+// For what takes less than a nanosecond a byte: far more than the caches hold.
+constexpr std::uint64_t LONG = 40'000'000;
 constexpr std::uint64_t READ = 16384;
-constexpr std::uint64_t EDITED =
-    50'000;  // bytes: an index of names is searched up and down, so it has to stay in a cache
+// Bytes. An index of names is searched up and down, so it has to stay in a cache.
+constexpr std::uint64_t EDITED = 50'000;
 
 // A page as it is, for the smallest pieces.
 constexpr std::string_view PAGE =

@@ -62,11 +62,11 @@ std::span<const HostileInput> HostileInputs();
 std::string MakeHostile(const HostileInput& input, std::uint64_t size);
 
 struct HostileReading {
-    bool accepted =
-        false;  ///< the whole input was taken as expected; with the self-check, written back as it is as well
+    /// The whole input was taken as expected; with the self-check, written back as it is as well.
+    bool accepted = false;
     std::uint64_t junk = 0;  ///< bytes
-    std::uint64_t handedOut =
-        0;  ///< bytes that the stream gave, those that were read again included; those of a buffer
+    /// Bytes that the stream gave, those that were read again included; those of a buffer.
+    std::uint64_t handedOut = 0;
 };
 
 /// In a buffer, which is one piece, the document parser stops at the first junk: it would have to
@@ -74,8 +74,8 @@ struct HostileReading {
 /// @param reader  DOCUMENT, STATELESS or REWRITER
 bool CanBeFedAs(HostileFeed feed, const HostileInput& input, HostileKind reader);
 
-/// Reads an input that lies in memory. @param reader  DOCUMENT, REWRITER or STATELESS, which has no
-/// self-check
+/// Reads an input that lies in memory.
+/// @param reader  DOCUMENT, REWRITER or STATELESS, which has no self-check
 HostileReading ReadHostile(const HostileInput& input, HostileKind reader, HostileFeed feed, const std::string& document,
                            bool selfCheck);
 

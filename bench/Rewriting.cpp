@@ -53,7 +53,7 @@ struct Copier {
     }
 
     /// @return how many tokens were counted; 0 when an answer was wrong, or the output is smaller
-    /// than the input
+    ///         than the input
     std::uint64_t Copy(const Corpus& corpus) {
         observer.tokens = 0;
         for (const std::string& document : corpus.documents) {

@@ -82,8 +82,8 @@ Readings Read(const FuzzedEvents& events) {
     return readings;
 }
 
-/// The result of each stream of a feeding by streams. @param pieceResults  one for each piece up to
-/// the first failure
+/// The result of each stream of a feeding by streams.
+/// @param pieceResults  one for each piece up to the first failure
 std::vector<std::uint32_t> ResultsOfStreams(const FuzzedEvents& events,
                                             const std::vector<std::uint32_t>& pieceResults) {
     std::vector<std::uint32_t> results;

@@ -16,7 +16,8 @@ namespace Kestra::Fuzz {
 /// and goes.
 class EventReading {
 public:
-    /// Starts the document. @param fuzzedEvents  borrowed
+    /// Starts the document.
+    /// @param fuzzedEvents  borrowed
     explicit EventReading(const FuzzedEvents* fuzzedEvents);
 
     /// Goes on with a copy of the original's parser, which has observers of its own: they have seen

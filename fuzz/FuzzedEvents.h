@@ -22,10 +22,9 @@ enum class Copying {
 /// parsed:
 ///
 ///     byte 0          the charset, an index modulo their number
-///     byte 1          bit 0: the markup may replace the charset; bit 1: fed by streams, not by buffers; bits 2 and 3:
-///     a `Copying`;
-///                     bit 4: a second observer; bit 5: the parser has read the document before, to an end in the
-///                     middle; bit 6: the contents of scripts and the like are text
+///     byte 1          bit 0: the markup may replace the charset; bit 1: fed by streams, not by buffers;
+///                     bits 2 and 3: a `Copying`; bit 4: a second observer; bit 5: the parser has read the document
+///                     before, to an end in the middle; bit 6: the contents of scripts and the like are text
 ///     byte 2          the piece before which the parser is copied, modulo their number plus one, like the next two
 ///     byte 3          the piece before which the second observer is attached
 ///     byte 4          the piece before which it is detached

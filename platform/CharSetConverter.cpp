@@ -66,8 +66,8 @@ void CopyRun(const From** from, const From* end, To** to) {
     *to += run;
 }
 
-/// Reads one code point from U+0080 to U+FFFF, as most beyond ASCII are. @return 0, and nothing is
-/// read, when `*from` is not one.
+/// Reads one code point from U+0080 to U+FFFF, as most beyond ASCII are.
+/// @return 0, and nothing is read, when `*from` is not one.
 char32_t ReadShortUtf8(const char** from, const char* end) {
     const char* const place = *from;
     const char32_t first = ByteAt(place);

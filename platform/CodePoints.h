@@ -57,7 +57,7 @@ constexpr Utf8Lead ClassifyUtf8Lead(unsigned char byte) noexcept {
 
 /// Reads the code point at `*from`, which is before `end`, and moves after it.
 /// @return ILL_FORMED for an invalid sequence, which is read up to the first byte that cannot
-/// continue it (its maximal subpart)
+///         continue it (its maximal subpart)
 constexpr char32_t ReadUtf8(const char** from, const char* end) noexcept {
     const auto first = static_cast<unsigned char>(*(*from)++);
     if (first < 0x80)

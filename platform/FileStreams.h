@@ -11,8 +11,8 @@
 
 namespace Kestra::VFS {
 
-/// Checks the arguments of `Read`. @return RESULT_OK, with no bytes read so far; or what `Read`
-/// must answer
+/// Checks the arguments of `Read`.
+/// @return RESULT_OK, with no bytes read so far; or what `Read` must answer
 inline std::uint32_t BeginRead(const void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
     if (bytesRead == nullptr)
         return RESULT_INVALID_ARGUMENT;

@@ -38,8 +38,8 @@ private:
 /// event; an added one gets the next event.
 class KESTRA_HTML_API MultiDelegate {
 public:
-    /// Makes the call to an observer. @param arguments  pointers to the values of the event, as
-    /// many as it has
+    /// Makes the call to an observer.
+    /// @param arguments  pointers to the values of the event, as many as it has
     using Trampoline = void (*)(Observer* observer, const void* const* arguments);
 
     MultiDelegate();
@@ -61,7 +61,8 @@ public:
     /// Raises an event without values.
     void Call(unsigned long id);
 
-    /// Raises an event. @param arguments  borrowed for the call
+    /// Raises an event.
+    /// @param arguments  borrowed for the call
     void Call(unsigned long id, const void* const* arguments);
 
 private:

@@ -8,9 +8,9 @@
 /// is any x86-64; their functions are then included. Code that uses them also has plain loops for
 /// other processors; a test compiles these everywhere, with `KESTRA_NO_VECTORS`.
 ///
-/// `KESTRA_CARRYLESS_FUNCTION` comes before a function that multiplies without carries, as checksums
-/// do: it makes GCC and Clang accept the instruction in this function; other compilers for x86-64
-/// always accept it. Where the processor never has the instruction the macro is not
+/// `KESTRA_CARRYLESS_FUNCTION` comes before a function that multiplies without carries, as
+/// checksums do: it makes GCC and Clang accept the instruction in this function; other compilers
+/// for x86-64 always accept it. Where the processor never has the instruction the macro is not
 /// defined.
 
 #if (defined(__SSE2__) || defined(_M_X64)) && !defined(KESTRA_NO_VECTORS)

@@ -12,8 +12,8 @@ const unsigned char BOM_UTF16_LE[2] = {0xFF, 0xFE};
 
 namespace {
 
-/// The checks that all conversions share. Empties `*output`. @return 0 when the conversion may go
-/// on.
+/// The checks that all conversions share. Empties `*output`.
+/// @return 0 when the conversion may go on.
 template <typename C, typename S>
 std::uint32_t CheckArguments(const C* data, std::uint64_t size, S* output) {
     if (output == nullptr)

@@ -18,11 +18,11 @@ extern KESTRA_HTML_API const unsigned char BOM_UTF16_LE[2];
 /// String conversions and small string services.
 ///
 /// A conversion takes a count of characters. When the last character counted is a NUL terminator,
-/// the result leaves it out; every other NUL is kept. Each call opens a converter: parsers
-/// keep a `CharSetConverter` instead. Conversions return 0, RESULT_INVALID_ARGUMENT (a null pointer
-/// with a count, a null output), RESULT_UNSUPPORTED_CHARSET, when there is no converter or when it
-/// failed, or RESULT_OUT_OF_MEMORY; after a failure the output is empty. On Windows a string of
-/// more than 256 MB in an encoding with states, or without a place to cut it, is such a failure.
+/// the result leaves it out; every other NUL is kept. Each call opens a converter: parsers keep a
+/// `CharSetConverter` instead. Conversions return 0, RESULT_INVALID_ARGUMENT (a null pointer with a
+/// count, a null output), RESULT_UNSUPPORTED_CHARSET, when there is no converter or when it failed,
+/// or RESULT_OUT_OF_MEMORY; after a failure the output is empty. On Windows a string of more than
+/// 256 MB in an encoding with states, or without a place to cut it, is such a failure.
 class KESTRA_HTML_API StringHelper {
 public:
     /// What `StripAnsiChars` and `StripWideChars` strip.

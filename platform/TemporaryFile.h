@@ -23,7 +23,7 @@ public:
 
     /// Writes all `size` bytes at `position`, counted from the start of the file.
     /// @return 0; RESULT_STREAM_FAILED when the disk is full or broken, some of the bytes may then
-    /// have been written.
+    ///         have been written.
     std::uint32_t Write(std::uint64_t position, const void* data, std::uint64_t size);
 
     /// Reads from `position` until the buffer is full or the file ends; after the end there are 0

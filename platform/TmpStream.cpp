@@ -75,7 +75,7 @@ private:
     }
 
     /// @return false, and nothing is changed, when the limit or the memory is exhausted; the file
-    /// takes over then.
+    ///         takes over then.
     bool AppendToMemory(const char* data, std::uint64_t number) {
         const std::uint64_t limit = file ? std::min(memoryLimit, WRITE_BUFFER_SIZE) : memoryLimit;
         const std::uint64_t needed = memory.size() + number;
@@ -115,8 +115,8 @@ private:
     std::uint64_t memoryLimit;
     std::vector<char> memory;
     std::optional<TemporaryFile> file;
-    std::uint64_t fileSize =
-        0;  ///< bytes of the stream that are in the file; a failed write may leave others after them
+    /// Bytes of the stream that are in the file; a failed write may leave others after them.
+    std::uint64_t fileSize = 0;
     std::uint32_t result = RESULT_OK;
 };
 

@@ -479,7 +479,7 @@ private:
     }
 
     /// @param number  not below `constructed`; the maximum below only shows the compiler that the
-    /// elements fit
+    ///                elements fit
     void Reallocate(size_type number) {
         Block block(std::max(number, constructed));
         Relocate(block.memory);

@@ -14,9 +14,9 @@ public:
     /// no positions: `GetPosition` and `Seek` fail, `Read` returns what is there, and `IsEnd` is
     /// true once a `Read` has met the end.
     /// @param path  NUL-terminated; on POSIX it is converted to UTF-8, a lone surrogate names no
-    /// file.
+    ///              file.
     /// @return a stream that the caller deletes, or null: a null or empty path, a missing file, a
-    /// folder, no permission.
+    ///         folder, no permission.
     static InputStream* GetInputStreamEx(const WideChar* path);
 };
 

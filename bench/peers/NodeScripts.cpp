@@ -7,7 +7,8 @@ namespace Kestra::Bench {
 
 namespace {
 
-/// Runs a script once. @return the seconds of its last round; 0 when it failed
+/// Runs a script once.
+/// @return the seconds of its last round; 0 when it failed
 double RunScript(const char* script, const char* modules, const std::string& list) {
     const std::string command = std::string("node '") + script + "' '" + modules + "' '" + list + "'";
     FILE* const output = popen(command.c_str(), "r");

@@ -31,7 +31,7 @@ public:
     /// @param tag  receives attributes and suffix
     /// @param mostAttributes  that are not too many: reading ends after the first one more
     /// @return NEXT_ATTRIBUTE when the recognizer must go on; CLOSING_MARK or END_OF_LIST with all
-    /// up to the ">" consumed, exclusive
+    ///         up to the ">" consumed, exclusive
     template <typename Tag>
     AttributeListStep ContinueList(AttributeSimpleParserData<C, S>* restarted, Tag* tag, std::size_t mostAttributes) {
         // Before the first attribute there may be white space that has been read already.
@@ -92,8 +92,8 @@ protected:
     /// `suffix`.
     ///
     /// @param before  white space before the name
-    /// @param progress  its `MayReadNext` is asked before each attribute; `AfterValue` or `AfterWord`
-    /// is called after one that another may follow
+    /// @param progress  its `MayReadNext` is asked before each attribute; `AfterValue` or
+    ///                  `AfterWord` is called after one that another may follow
     /// @return CLOSING_MARK or END_OF_LIST at ">"; NEXT_ATTRIBUTE where a recognizer must go on
     template <typename Progress>
     AttributeListStep ReadList(Run before, Vector<Attribute<C, S>>* attributes, Progress* progress) {
@@ -142,7 +142,7 @@ protected:
         lines = Scan::Lines<C>();
     }
 
-    /// Takes the ">" that is next.
+    /// Reads the ">" that is next.
     void ReadEndOfTag() {
         ++next;
     }

@@ -96,7 +96,7 @@ public:
     explicit WholeTagReader(SimpleParserContext<C, S>* tagContext) : Base(tagContext) {}
 
     /// @param mostAttributes  a tag that may have more of them is left to the recognizer, which
-    /// counts them
+    ///                        counts them
     WholeTagReader(SimpleParserContext<C, S>* tagContext, std::size_t mostAttributes)
         : Base(tagContext, FindReach(*tagContext, mostAttributes)) {}
 

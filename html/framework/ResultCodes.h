@@ -20,7 +20,7 @@ enum RecognizerResult : std::uint32_t {
 /// (`platform/Results.h`).
 enum ParserResult : std::uint32_t {
     PARSER_OK = 0,
-    /// A null pointer with a size, an odd number of bytes of UTF-16, a call out of a callback.
+    /// A null pointer with a size, an odd number of bytes of UTF-16, or called from a callback.
     PARSER_INVALID_ARGUMENT = 2,
     PARSER_RECOVERY_IMPOSSIBLE = 5,  ///< the bytes of a failed construct cannot be read again; never leaves the driver
     /// A hand-over to a recognizer that does not exist; also: the charset detector has no usable

@@ -121,11 +121,11 @@ void Advance(SimpleParserContext<C, S>& context) {
     ++context.position;
 }
 
-/// The lines that end in a run, counted while its end is searched.
+/// The lines that end in a run, counted while its end is searched for.
 template <typename C>
 class Lines {
 public:
-    void CountLines(const C* lineFeed) {
+    void CountLine(const C* lineFeed) {
         ++count;
         lastBegin = lineFeed + 1;
     }
@@ -220,7 +220,7 @@ template <typename C>
 inline const C* FindAfterWhiteSpace(const C* begin, const C* end, Lines<C>* lines) {
     for (; begin != end && (ClassesOf(*begin) & WHITE_SPACE) != 0; ++begin) {
         if (*begin == '\n')
-            lines->CountLines(begin);
+            lines->CountLine(begin);
     }
     return begin;
 }
@@ -245,7 +245,7 @@ inline const C* FindCountingLines(const C* begin, const C* end, Lines<C>* lines)
 #endif
     for (; begin != end && (ClassesOf(*begin) & STOPS) == 0; ++begin) {
         if (*begin == '\n')
-            lines->CountLines(begin);
+            lines->CountLine(begin);
     }
     return begin;
 }
@@ -264,7 +264,7 @@ std::basic_string_view<C> ConsumeUntil(SimpleParserContext<C, S>& context, Class
             ++next;
         if (next == end || (ClassesOf(*next) & stops) != 0)
             break;
-        lines.CountLines(next);
+        lines.CountLine(next);
         ++next;
     }
     lines.Consume(context, next);

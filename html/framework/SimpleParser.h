@@ -44,7 +44,7 @@ public:
     /// Consumes what belongs to the construct, from the context's position on, and appends it to
     /// the record.
     /// @param context  borrowed for the call; afterwards its position is the first character that
-    /// does not belong to the construct.
+    ///                 does not belong to the construct.
     virtual std::uint32_t Parse(SimpleParserContext<C, S>* context, D* data) = 0;
 
     /// The whole input has been given: decides whether what was gathered is a complete token. Reads

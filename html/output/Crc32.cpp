@@ -48,7 +48,8 @@ std::uint32_t HashBytes(const unsigned char* bytes) {
     return sum;
 }
 
-/// What the register becomes in a step of `BYTES` bytes, to the first four of which it is added.
+/// What the register, combined with the first four bytes, adds in a step of `BYTES` bytes; the
+/// whole new register when `BYTES` is 4.
 template <unsigned BYTES>
 std::uint32_t HashStep(std::uint32_t value, const unsigned char* bytes) {
     return TABLE[BYTES - 1][(value ^ bytes[0]) & 0xFF] ^ TABLE[BYTES - 2][((value >> 8) ^ bytes[1]) & 0xFF] ^

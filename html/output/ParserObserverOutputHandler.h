@@ -16,12 +16,11 @@ public:
 
     /// Receives the next piece of output; does nothing by default.
     ///
-    /// @param data       characters of the serializer's flavour, borrowed for the call; a wide body may start at an odd
-    /// address
+    /// @param data       characters of the serializer's flavour, borrowed for the call; a wide body
+    ///                   may start at an odd address
     /// @param byteCount  bytes, not characters; may be 0
-    /// @param isMarkup   false for the bodies of comments, CDATA and conditional sections, for a byte-order mark and
-    /// for junk. A sink may
-    ///                   ignore it.
+    /// @param isMarkup   false for the bodies of comments, CDATA and conditional sections, for a
+    ///                   byte-order mark and for junk. A sink may ignore it.
     virtual void Write(const void* data, std::uint64_t byteCount, bool isMarkup);
 };
 

@@ -59,7 +59,7 @@ private:
     std::uint32_t outputCrc;
     std::unique_ptr<VFS::TmpOutputStream> copy;
     std::unique_ptr<VFS::TmpInputStream> finishedCopy;
-    std::string gathered;       ///< a buffer, empty until the first small piece,
+    std::string gathered;       ///< a buffer; empty until the first small piece
     std::size_t gatheredSize;   ///< bytes of pieces in it that wait for the next update of checksum and copy
     std::uint64_t checkedSize;  ///< bytes of the copy that have been read back,
     std::uint32_t checkedCrc;   ///< and their checksum

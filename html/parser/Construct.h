@@ -24,8 +24,8 @@ struct Construct {
     Opener opener;  ///< who hands over to it
     WideStringView name;
     std::uint64_t charactersBack;  ///< from the current place to its first character, when text hands over to it
-    const char*
-        textInScript;  ///< inside script and style these characters are text, not markup; null: markup there too
+    /// Inside script and style these characters are text, not markup; null: markup there too.
+    const char* textInScript;
     bool isOpenAtEnd;  ///< the end of the input leaves it unfinished, so that its bytes must be read again
 
     void (*beginRecord)(Core& core);  ///< `BeginParse` and the options of the document; null: nobody hands over to it
@@ -34,7 +34,8 @@ struct Construct {
     /// @return SP_NEED_MORE_DATA to go on; everything else is a failure
     std::uint32_t (*parse)(Core& core);
 
-    /// The input ends. @return SP_TOKEN_COMPLETE, or a failure
+    /// The input ends.
+    /// @return SP_TOKEN_COMPLETE, or a failure
     std::uint32_t (*end)(Core& core);
 
     /// Makes its recognizer the active one.

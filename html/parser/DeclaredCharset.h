@@ -17,7 +17,8 @@ namespace Kestra::HTML {
 ///         document that was read as 8-bit text is not UTF-16
 StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<char, std::string>>& attributes, WideString* buffer);
 
-/// A document in UTF-16 has its charset already. @return 0
+/// A document in UTF-16 has its charset already.
+/// @return 0
 StringNS::CharSet::Code FindDeclaredCharset(const Vector<Attribute<WideChar, WideString>>& attributes,
                                             WideString* buffer);
 

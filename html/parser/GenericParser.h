@@ -131,7 +131,8 @@ public:
     ///         the stream delivers nothing, without reaching its end, in 1,000 reads in a row.
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
-    /// Parses a file as `ParseStream` does. @return the same, and 2 when it cannot be opened.
+    /// Parses a file as `ParseStream` does.
+    /// @return the same, and 2 when it cannot be opened.
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document: flushes what is open and calls `OnEndParsing`. With no parser running, or
@@ -284,7 +285,7 @@ public:
     std::uint32_t SetSelfCheck(SelfCheck selfCheck);
     SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
 
-    /// Says how the content of elements without markup is read. Takes effect with the next start
+    /// Sets how the content of elements without markup is read. Takes effect with the next start
     /// tag that is delivered; a content that has begun continues as it began. The setting survives
     /// `StartParse`, and is copied with the parser.
     ///

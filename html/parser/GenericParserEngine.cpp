@@ -181,7 +181,8 @@ std::uint64_t GenericParserEngine::CountWholeUnits(const char* data, std::uint64
 std::uint32_t GenericParserEngine::ReportLostToken(std::uint32_t result) {
     if (result != PARSER_OK)
         return result;
-    const bool outOfMemory = CallRunning([](auto& parser) { return parser.GetDelivery().ClearOutOfMemory(); }, false);
+    const bool outOfMemory =
+        CallRunning([](auto& parser) { return parser.GetDelivery().ReportAndResetOutOfMemory(); }, false);
     return outOfMemory ? std::uint32_t{RESULT_OUT_OF_MEMORY} : std::uint32_t{PARSER_OK};
 }
 

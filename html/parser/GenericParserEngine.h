@@ -64,7 +64,8 @@ public:
     CharsetDetection& GetDetection();
     const CharsetDetection& GetDetection() const;
 
-    /// Calls `query` with the parser that runs. @return its answer, `otherwise` when none runs
+    /// Calls `query` with the parser that runs.
+    /// @return its answer, `otherwise` when none runs
     template <typename Query, typename Answer>
     Answer QueryRunning(Query query, Answer otherwise) const {
         if (mode == MODE_NARROW)

@@ -28,7 +28,7 @@ public:
     /// in that callback does not change the decision.
     /// @param isHalted  the callback of the tag has ended the document, and nothing is applied
     /// @return true when text has been converted with another charset: the document must be parsed
-    /// again
+    ///         again
     bool Apply(const StartTagSimpleParserData<C, S>& tag, bool isHalted, TokenDelivery<C, S>* delivery);
 
     bool NeedsReparsing() const;

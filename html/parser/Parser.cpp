@@ -93,7 +93,7 @@ void Parser<C, S>::BeginPiece(const C* piece, std::uint64_t length, const PieceO
 
 /// The main loop: each turn runs the active recognizer.
 /// @return 0 when the piece is used up or a callback has stopped the document; 705, 711, or the
-/// code of a failure that has no recovery
+///         code of a failure that has no recovery
 template <typename C, typename S>
 std::uint32_t Parser<C, S>::ParsePiece() {
     const SimpleParserContext<C, S>& context = core.input.context;

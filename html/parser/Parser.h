@@ -35,14 +35,14 @@ public:
     /// A callback threw before any of these bytes of the document was parsed.
     void SkipTo(std::uint64_t bytes);
 
-    /// Runs the recognizers over one piece. @return 0 when it is used up, 705, 710, 711, or the
-    /// code of a failure that has no recovery
+    /// Runs the recognizers over one piece.
+    /// @return 0 when it is used up, 705, 710, 711, or the code of a failure that has no recovery
     std::uint32_t Parse(const C* piece, std::uint64_t length, const PieceOrigin& origin);
 
     /// The whole input has been given. Leaves the text state with no pending text, whatever it
     /// returns. In `OnEndParsing` the parser's name is still that of the recognizer that ran last.
     /// @return 0, 704, 710, 711, or the code of a failure that has no recovery; `OnEndParsing` is
-    /// called only with 0, and with 710 out of it
+    ///         called only with 0, and with 710 out of it
     std::uint32_t End();
 
     /// Adds a byte-order mark to the self-check and calls `OnBOM`.
@@ -86,12 +86,13 @@ public:
 
     /// The place of the token that is being delivered, or was delivered last.
     TokenPlace GetTokenPlace() const;
-    /// The place of an attribute of the tag that is being delivered. @return false when there is
-    /// none
+    /// The place of an attribute of the tag that is being delivered.
+    /// @return false when there is none
     bool GetAttributePlace(std::size_t index, AttributePlace* place) const;
     /// The same for the parts of a folded attribute: the attribute itself, and then its bare words.
     bool GetAttributeParts(std::size_t index, std::vector<AttributePlace>* places) const;
-    /// Where the name of the tag that is being delivered ends. @return false when there is none
+    /// Where the name of the tag that is being delivered ends.
+    /// @return false when there is none
     bool GetTagNameEnd(std::uint64_t* end) const;
     std::uint64_t GetLine() const;
     std::uint64_t GetColumn() const;

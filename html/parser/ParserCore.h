@@ -60,15 +60,15 @@ struct ParserCore {
     TokenLimit<C> limit;
     std::uint32_t halted = PARSER_OK;  ///< 710 or 711, once it has ended the document
     std::uint64_t buffersDue = 0;      ///< where `LimitBuffers` is called next: characters into the piece
-    std::size_t roomOfLists = 0;       ///< `GetRoomOfLists` at the last look
+    std::size_t roomOfLists = 0;       ///< `GetRoomOfLists` when it was last measured
 
     void SetActive(ParserState activeState, WideStringView name) {
         currentParserName = name;
         state = activeState;
     }
 
-    /// Makes text that was being delivered when this copy was made the copy's pending text, also
-    /// when it was read as a whole.
+    /// For a copy made while a text was delivered: makes that text its pending text, even when it
+    /// was read as a whole.
     void SettleCopy();
 
     bool IsHalted() const {

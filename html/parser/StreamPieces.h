@@ -15,7 +15,8 @@ public:
     /// @param readStream  borrowed
     explicit StreamPieces(VFS::InputStream* readStream);
 
-    /// Allocates the buffer. @return 0, or why there is none
+    /// Allocates the buffer.
+    /// @return 0, or why there is none
     std::uint32_t Allocate();
 
     /// Reads the next piece, from the stream's current position on.

@@ -15,7 +15,7 @@ public:
     explicit StreamReader(VFS::InputStream* readStream) : stream(readStream) {}
 
     /// @param count  bytes read, 0 unless the answer is RESULT_OK; with that it may be 0 too, and
-    /// the next read delivers more
+    ///               the next read delivers more
     /// @return RESULT_OK, RESULT_END_OF_DATA, or a failure
     std::uint32_t Read(char* buffer, std::uint64_t size, std::uint64_t* count) {
         *count = 0;

@@ -32,7 +32,7 @@ private:
 /// The element whose content follows as text. Browsers see a start tag only where the name follows
 /// its "<" at once, and a name only where white space of theirs, "/" or ">" ends it.
 template <typename C, typename S>
-RawTextElement FindElementOfContent(const StartTagSimpleParserData<C, S>& tag) {
+RawTextElement FindRawTextElementOf(const StartTagSimpleParserData<C, S>& tag) {
     const std::basic_string_view<C> name = tag.name;
     const std::basic_string_view<C> element = RawText<C, S>::CutName(name);
     if (!tag.closed || !tag.prefix.empty())
@@ -102,8 +102,8 @@ std::uint32_t TextAndTags<C, S>::ParsePlainText(Core& core) {
     return result;
 }
 
-/// After a "<": delivers the text before it. The end of the text is in the piece, mostly the whole
-/// text.
+/// After a "<": delivers the text before it. The piece has the end of the text, and mostly all of
+/// it.
 template <typename C, typename S>
 void TextAndTags<C, S>::DeliverTextWith(Core& core, std::basic_string_view<C> run) {
     S& pending = core.recognizers.text.data.text;
@@ -248,7 +248,7 @@ std::uint32_t TextAndTags<C, S>::FinishStartTag(Core& core, Tag tag) {
     StartTagSimpleParserData<C, S>& data = core.recognizers.startTag.data;
     TagGrammar::SettleShortTag(&data);
     const bool asText = core.scriptsAsText;
-    const RawTextElement element = asText ? FindElementOfContent(data) : RawTextElement::NONE;
+    const RawTextElement element = asText ? FindRawTextElementOf(data) : RawTextElement::NONE;
     DeliverStartTag(core);
     if (core.markupCharset.IsWanted() && EqualsKeyword(data.name, "meta") &&
         core.markupCharset.Apply(data, core.IsHalted(), &core.delivery))

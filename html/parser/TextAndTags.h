@@ -8,9 +8,9 @@
 
 namespace Kestra::HTML {
 
-/// Text, raw text, start tags and end tags, which most of a document is. Text and tags that
-/// lie in the piece as a whole are read without a recognizer (`html/fastpath/`). The functions are
-/// those of `Construct`. Not installed.
+/// Text, raw text, start tags and end tags, which most of a document is. Text and tags that lie in
+/// the piece as a whole are read without a recognizer (`html/fastpath/`). The functions are those
+/// of `Construct`. Not installed.
 template <typename C, typename S>
 class TextAndTags {
 public:

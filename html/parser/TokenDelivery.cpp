@@ -119,7 +119,7 @@ std::uint32_t TokenDelivery<C, S>::GetConversionError() const {
 }
 
 template <typename C, typename S>
-bool TokenDelivery<C, S>::ClearOutOfMemory() {
+bool TokenDelivery<C, S>::ReportAndResetOutOfMemory() {
     return std::exchange(outOfMemory.Get(), false);
 }
 

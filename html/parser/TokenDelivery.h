@@ -54,8 +54,8 @@ public:
     void AddToInputCheck(const void* bytes, std::uint64_t size);
     /// The self-check compares what is fed from here on.
     void RestartSelfCheck();
-    /// All tokens have been delivered. @return false when the self-check has found a difference, or
-    /// lost its copy
+    /// All tokens have been delivered.
+    /// @return false when the self-check has found a difference, or lost its copy
     bool EndSelfCheck();
     /// Frees the stream of the self-check.
     void ReleaseSelfCheck();
@@ -103,8 +103,9 @@ public:
     bool HasCharsetErrors() const;
     /// The last failed conversion of the document, 0 for none.
     std::uint32_t GetConversionError() const;
-    /// Whether a record has been lost because memory was lacking, since the last call.
-    bool ClearOutOfMemory();
+    /// Answers whether a record has been lost because memory was lacking, and resets the answer to
+    /// false.
+    bool ReportAndResetOutOfMemory();
 
     /// What is retained for the next record.
     RecordConverter<C, S>& GetConverter() {
@@ -152,7 +153,7 @@ private:
     bool convertedForObserver = false;
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
     std::uint32_t charsetErrors = 0;  // the last failed conversion, 0 for none
-    Uninherited<bool> outOfMemory;    // one has failed for want of memory, and no call has answered so yet
+    Uninherited<bool> outOfMemory;    // a record was lost because memory was lacking; no call has answered so yet
     RecordConverter<C, S> converter;
 };
 

@@ -24,8 +24,8 @@ std::size_t CountAscii(std::string_view text) {
     return count;
 }
 
-/// Reads the character at `*place`, and moves to the next one. @return ILL_FORMED; `*place` is then
-/// unspecified
+/// Reads the character at `*place`, and moves to the next one.
+/// @return ILL_FORMED; `*place` is then unspecified
 char32_t ReadCharacter(std::string_view utf8, std::size_t* place) {
     const char* next = utf8.data() + *place;
     const char32_t character = ReadUtf8(&next, utf8.data() + utf8.size());

@@ -24,8 +24,9 @@ void ElementEditStack::Close(const std::string& tagName, TokenEdits* edits) {
     }
 }
 
-void ElementEditStack::WriteToken(const TokenPlace& place, bool opensContent, bool opensEmpty, TokenEdits* edits) {
+void ElementEditStack::WriteToken(const TokenPlace& place, Opening opening, TokenEdits* edits) {
     ElementEdits& element = edits->element;
+    const bool opensContent = opening == Opening::WITH_CONTENT;
     const bool opensEdited = opensContent && !element.IsEmpty();
     if (opensEdited)
         MakeRoom(1, &elementEdits);
@@ -50,7 +51,7 @@ void ElementEditStack::WriteToken(const TokenPlace& place, bool opensContent, bo
         output->EmitInsertion(own->after);
     if (!element.isRemoved || !opensContent)
         output->EmitInsertion(edits->after);
-    if (opensEmpty)
+    if (opening == Opening::WITHOUT_CONTENT)
         output->EmitInsertion(element.after);
     if (opensEdited) {
         output->BeginRemoval(&element);

@@ -18,6 +18,13 @@ namespace Kestra::HTML {
 /// open and close.
 class ElementEditStack {
 public:
+    /// The element that a token opens.
+    enum class Opening {
+        NONE,
+        WITH_CONTENT,
+        WITHOUT_CONTENT,
+    };
+
     /// Both are borrowed for as long as this lives.
     ElementEditStack(OpenElements* openElements, RewriterOutput* documentOutput);
 
@@ -26,9 +33,7 @@ public:
 
     /// Writes a token with its edits, and the edits of the elements that it ends. Allocates before
     /// anything is written.
-    /// @param opensContent  the token opens an element that has content
-    /// @param opensEmpty    it opens one that has none
-    void WriteToken(const TokenPlace& place, bool opensContent, bool opensEmpty, TokenEdits* edits);
+    void WriteToken(const TokenPlace& place, Opening opening, TokenEdits* edits);
 
     /// The document ends: writes the edits of the elements that are still open.
     void CloseAll();
@@ -36,7 +41,8 @@ public:
 private:
     OpenElements* elements;
     RewriterOutput* output;
-    std::vector<ElementEdits> elementEdits;  // of the open elements that have any: such a one knows its number, from 1
+    // The payload of such an element is its place in here, from 1.
+    std::vector<ElementEdits> elementEdits;  // of the open elements that have any
 };
 
 }  // namespace Kestra::HTML

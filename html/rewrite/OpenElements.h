@@ -136,7 +136,7 @@ private:
     std::vector<Word> sets;  // one after another; the first, number 0, is empty
     std::size_t setCount = 1;
     std::size_t setWords = 0;   // of each set
-    std::vector<Word> matched;  // by the tag at hand
+    std::vector<Word> matched;  // by the current tag
     SelectorSet::Scratch scratch;
     std::uint64_t attributeTotal = 0;
     std::uint64_t maxDepth = 0;

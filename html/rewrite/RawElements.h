@@ -56,7 +56,7 @@ bool EndsComment(std::string_view text);
 /// Whether a text would change its meaning after these characters: it would continue a reference or
 /// the name of a tag that they begin.
 /// @param before  the last characters before it, as many as the longest name of a reference has, or
-/// all
+///                all
 bool ContinuesMarkup(std::string_view before, char first);
 
 }  // namespace Kestra::HTML

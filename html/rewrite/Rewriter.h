@@ -80,7 +80,7 @@ public:
 
     /// Binds an observer, borrowed, and unbinds the previous one; null binds none. It gets the same
     /// callbacks as from a `GenericParser`.
-    /// @return 0; 2 inside a callback
+    /// @return 0; 2 when called from a callback
     std::uint32_t SetObserver(ParserObserver<char, std::string>* observer);
     std::uint32_t SetObserver(ParserObserver<WideChar, WideString>* observer);
 
@@ -94,7 +94,8 @@ public:
     ///                  ">" (child). Nothing else: no lists, no pseudo-classes. Types and the names
     ///                  of attributes are compared without the case of "A" to "Z".
     /// @param message   receives what is wrong and where, in English; may be null
-    /// @return 0; REWRITE_BAD_SELECTOR; 2 for a null callback, or inside a callback
+    /// @return 0; REWRITE_BAD_SELECTOR; 2 for a null callback, or when called from a
+    ///         callback
     std::uint32_t OnElement(std::string_view selector, ElementCallback callback, std::string* message = nullptr);
 
     /// Calls back for every token in the content of the elements that a selector matches, except
@@ -112,7 +113,7 @@ public:
 
     /// Rewrites the next piece, of any size; an odd number of bytes of UTF-16 too.
     /// @return as `GenericParser::ParseBuffer`, but for failed constructs; 8 also when memory is
-    /// exhausted; 711 when a limit is exceeded
+    ///         exhausted; 711 when a limit is exceeded
     std::uint32_t ParseBuffer(const char* data, std::uint64_t size);
 
     /// Rewrites a stream from its current position to its end. The stream is only read, and may be
@@ -122,7 +123,8 @@ public:
     /// @return a code of `ParseBuffer` or of the stream
     std::uint32_t ParseStream(VFS::InputStream* stream, bool ownsStream);
 
-    /// Rewrites a file. @return the same, and 2 when it cannot be opened
+    /// Rewrites a file.
+    /// @return the same, and 2 when it cannot be opened
     std::uint32_t ParseFile(const WideChar* path);
 
     /// Ends the document and every element that is still open. After that, all of the input has

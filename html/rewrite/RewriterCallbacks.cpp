@@ -42,23 +42,20 @@ void RewriterCallbacks::FindContentMatches(const OpenElements& elements) {
         contentMatches.clear();
 }
 
-void RewriterCallbacks::AddDue(const std::vector<std::size_t>& matched, bool isContent) {
+void RewriterCallbacks::AddCallbacksOf(const std::vector<std::size_t>& matched, bool isContent) {
     for (const std::size_t selector : matched) {
         const std::size_t registration = ofSelectors[selector];
         if ((registrations[registration].onContent != nullptr) == isContent)
-            due.push_back(registration);
+            callbacksOfToken.push_back(registration);
     }
 }
 
-void RewriterCallbacks::FindDue(const OpenElements& elements, bool isOpening) {
-    due = ofAllContent;
-    if (ofSelectors.empty())
-        return;
+void RewriterCallbacks::AddCallbacksOfSelectors(const OpenElements& elements, bool isOpening) {
     if (!isOpening)
         FindContentMatches(elements);
-    AddDue(contentMatches, true);
-    AddDue(matches, false);
-    std::sort(due.begin(), due.end());
+    AddCallbacksOf(contentMatches, true);
+    AddCallbacksOf(matches, false);
+    std::sort(callbacksOfToken.begin(), callbacksOfToken.end());
 }
 
 }  // namespace Kestra::HTML

@@ -11,11 +11,11 @@
 #include "html/rewrite/Selectors.h"
 
 /// @file
-/// What the host registers for elements and their content. Not installed.
+/// The callbacks that the host registers for elements and for their content. Not installed.
 
 namespace Kestra::HTML {
 
-/// The registered callbacks, and which of them a token calls.
+/// The registered callbacks, and those of them that a token calls.
 class RewriterCallbacks {
 public:
     struct Registration {
@@ -31,7 +31,7 @@ public:
     bool IsEmpty() const {
         return registrations.empty();
     }
-    bool HaveSelectors() const {
+    bool HasSelectors() const {
         return !ofSelectors.empty();
     }
     const SelectorSet* GetSelectors() const {
@@ -47,30 +47,35 @@ public:
     }
     /// Finds the selectors for content that the open elements match.
     void FindContentMatches(const OpenElements& elements);
-    /// What was registered for the token, in that order. A tag is in the content of the elements
-    /// around its own.
+    /// Finds the callbacks registered for the token, in the order of their registration. A tag is
+    /// in the content of the elements around its own.
     /// @param isOpening  a start tag, for which `FindContentMatches` was called before its element
-    /// was opened
-    void FindDue(const OpenElements& elements, bool isOpening);
-    /// The numbers that `FindDue` has found.
-    const std::vector<std::size_t>& GetDue() const {
-        return due;
+    ///                   was opened
+    void FindCallbacksOfToken(const OpenElements& elements, bool isOpening) {
+        callbacksOfToken = ofAllContent;
+        if (HasSelectors())
+            AddCallbacksOfSelectors(elements, isOpening);
     }
-    const Registration& Get(std::size_t index) const {
+    /// The numbers of the registrations that `FindCallbacksOfToken` has found.
+    const std::vector<std::size_t>& GetCallbacksOfToken() const {
+        return callbacksOfToken;
+    }
+    const Registration& GetRegistration(std::size_t index) const {
         return registrations[index];
     }
 
 private:
-    void AddDue(const std::vector<std::size_t>& matched, bool isContent);
+    void AddCallbacksOfSelectors(const OpenElements& elements, bool isOpening);
+    void AddCallbacksOf(const std::vector<std::size_t>& matched, bool isContent);
 
     SelectorSet selectors;
     std::vector<Registration> registrations;
-    std::vector<std::size_t> ofSelectors;   // their registrations
+    std::vector<std::size_t> ofSelectors;   // the registration of each selector, by its number
     std::vector<std::size_t> ofAllContent;  // registrations for the whole document
     std::size_t contentSelectors = 0;       // selectors that are for content
     std::vector<std::size_t> matches;
     std::vector<std::size_t> contentMatches;
-    std::vector<std::size_t> due;  // registrations
+    std::vector<std::size_t> callbacksOfToken;  // registrations
 };
 
 }  // namespace Kestra::HTML

@@ -6,12 +6,12 @@ namespace Kestra::HTML {
 
 namespace {
 
-using Spot = TokenAtHand::Spot;
+using Spot = CurrentToken::Spot;
 
 /// Makes an edit, unless the element is over.
 template <typename Edit>
 std::uint32_t EditElement(const RewriterToken& startTag, Edit edit) {
-    TokenAtHand* const found = RewriterEngine::Find(startTag);
+    CurrentToken* const found = RewriterEngine::Find(startTag);
     return found != nullptr ? edit(found) : std::uint32_t{REWRITE_OVER};
 }
 
@@ -29,7 +29,7 @@ bool RewriterElement::IsOver() const {
 }
 
 std::string RewriterElement::GetName() const {
-    const TokenAtHand* const found = RewriterEngine::Find(startTag);
+    const CurrentToken* const found = RewriterEngine::Find(startTag);
     return found != nullptr ? found->GetTagName() : std::string();
 }
 
@@ -38,68 +38,68 @@ RewriterToken RewriterElement::GetStartTag() const {
 }
 
 bool RewriterElement::HasContent() const {
-    const TokenAtHand* const found = RewriterEngine::Find(startTag);
+    const CurrentToken* const found = RewriterEngine::Find(startTag);
     return found != nullptr && found->HasContent();
 }
 
 std::uint32_t RewriterElement::Remove() {
-    return EditElement(startTag, [](TokenAtHand* found) { return found->RemoveElement(); });
+    return EditElement(startTag, [](CurrentToken* found) { return found->RemoveElement(); });
 }
 
 std::uint32_t RewriterElement::Unwrap() {
-    return EditElement(startTag, [](TokenAtHand* found) { return found->Unwrap(); });
+    return EditElement(startTag, [](CurrentToken* found) { return found->Unwrap(); });
 }
 
 std::uint32_t RewriterElement::InsertBefore(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::BEFORE, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::BEFORE, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertBefore(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::BEFORE, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::BEFORE, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertAfter(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::AFTER_ELEMENT, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::AFTER_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::InsertAfter(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::AFTER_ELEMENT, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::AFTER_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Prepend(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_BEGIN, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::CONTENT_BEGIN, content, kind); });
 }
 
 std::uint32_t RewriterElement::Prepend(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_BEGIN, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::CONTENT_BEGIN, content, kind); });
 }
 
 std::uint32_t RewriterElement::Append(std::string_view content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_END, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::CONTENT_END, content, kind); });
 }
 
 std::uint32_t RewriterElement::Append(WideStringView content, RewriteContent kind) {
-    return EditElement(startTag, [&](TokenAtHand* found) { return found->Write(Spot::CONTENT_END, content, kind); });
+    return EditElement(startTag, [&](CurrentToken* found) { return found->Write(Spot::CONTENT_END, content, kind); });
 }
 
 std::uint32_t RewriterElement::SetContent(std::string_view content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
+                       [&](CurrentToken* found) { return found->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::SetContent(WideStringView content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
+                       [&](CurrentToken* found) { return found->Write(Spot::INSTEAD_OF_CONTENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Replace(std::string_view content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
+                       [&](CurrentToken* found) { return found->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
 }
 
 std::uint32_t RewriterElement::Replace(WideStringView content, RewriteContent kind) {
     return EditElement(startTag,
-                       [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
+                       [&](CurrentToken* found) { return found->Write(Spot::INSTEAD_OF_ELEMENT, content, kind); });
 }
 
 }  // namespace Kestra::HTML

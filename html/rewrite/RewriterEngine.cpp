@@ -1,6 +1,7 @@
 #include "html/rewrite/RewriterEngine.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <new>
 #include <utility>
@@ -229,9 +230,9 @@ std::uint32_t RewriterEngine::FeedPiece(const char* data, std::uint64_t size) {
     std::exception_ptr failure;
     std::uint32_t result = PARSER_OK;
     try {
-        result = SettlePiece(GenericParser::Internals::GetEngine(parser).FeedPiece(data, size, output.GetKeptBytes(),
-                                                                                   output.GetPieceBegin()),
-                             &failure);
+        const std::uint32_t parsed = GenericParser::Internals::GetEngine(parser).FeedPiece(
+            data, size, output.GetRetainedBytes(), output.GetPieceBegin());
+        result = SettlePiece(parsed, &failure);
     } catch (const std::bad_alloc&) {
         CopyAll();
         if (output.IsHostsFault())
@@ -259,7 +260,7 @@ std::uint32_t RewriterEngine::SettlePiece(std::uint32_t result, std::exception_p
     const std::uint64_t end = parser.GetTokenPlace().end;
     *failure = output.CopyWhateverHappens(end);
     try {
-        output.KeepFrom(end);
+        output.RetainFrom(end);
     } catch (const std::bad_alloc&) {
         isCopying = true;
         throw;
@@ -286,7 +287,7 @@ std::exception_ptr RewriterEngine::CopyAll() noexcept {
     token.ClearEdits();
     output.EndRemovals();
     const std::exception_ptr failure = output.CopyWhateverHappens(output.GetFed());
-    output.ForgetKept();
+    output.ForgetRetained();
     return failure;
 }
 
@@ -322,7 +323,7 @@ std::uint32_t RewriterEngine::EndParse() {
 void RewriterEngine::EndDocument() {
     output.EndPieces();
     output.CopyUntil(output.GetFed());
-    output.ForgetKept();
+    output.ForgetRetained();
     if (std::exchange(hasHalfUnit, false))
         output.Emit(std::string_view(&halfUnit, 1));
     elementEdits.CloseAll();
@@ -330,16 +331,16 @@ void RewriterEngine::EndDocument() {
 }
 
 // -------------------------------------------------------------------------------------------------
-// the token at hand
+// the current token
 
 RewriterToken RewriterEngine::GetToken() const {
     return current != 0 ? RewriterToken(self, current) : RewriterToken();
 }
 
-TokenAtHand* RewriterEngine::Find(const RewriterToken& hostToken) {
+CurrentToken* RewriterEngine::Find(const RewriterToken& hostToken) {
     RewriterEngine* const engine = hostToken.engine != nullptr ? *hostToken.engine : nullptr;
-    const bool isAtHand = engine != nullptr && engine->current == hostToken.generation && engine->current != 0;
-    return isAtHand ? &engine->token : nullptr;
+    const bool isCurrent = engine != nullptr && engine->current == hostToken.generation && engine->current != 0;
+    return isCurrent ? &engine->token : nullptr;
 }
 
 template <typename S>
@@ -371,7 +372,7 @@ bool RewriterEngine::OpenTag(std::uint64_t attributeCount) {
         callbacks.FindContentMatches(elements);
         const OpenElements::OpenedElement opened =
             elements.Open(token.GetTagName(), token.GetKind() == TOKEN_SHORT_TAG, attributeCount,
-                          AttributesAtHand(&token), callbacks.GetMatches());
+                          CurrentAttributes(&token), callbacks.GetMatches());
         if (opened.isOverLimit) {
             output.CopyUntil(parser.GetTokenPlace().begin);
             output.EndRemovals();
@@ -388,14 +389,14 @@ bool RewriterEngine::OpenTag(std::uint64_t attributeCount) {
 }
 
 void RewriterEngine::FindCallbacks() {
-    callbacks.FindDue(elements, token.IsOpening());
+    callbacks.FindCallbacksOfToken(elements, token.IsOpening());
 }
 
 void RewriterEngine::CallBack() {
-    for (const std::size_t index : callbacks.GetDue()) {
+    for (const std::size_t index : callbacks.GetCallbacksOfToken()) {
         if (GenericParser::Internals::GetEngine(parser).IsStopped())
             return;
-        const RewriterCallbacks::Registration& registration = callbacks.Get(index);
+        const RewriterCallbacks::Registration& registration = callbacks.GetRegistration(index);
         current = ++generation;
         const RewriterToken called(self, current);
         if (registration.onElement)
@@ -413,8 +414,12 @@ void RewriterEngine::SettleToken() {
     if (token.GetKind() == TOKEN_NONE)
         return;
     if (TokenEdits* const edits = token.CompleteEdits(); edits != nullptr) {
-        const bool opensEmpty = token.IsOpening() && !token.HasContent();
-        elementEdits.WriteToken(parser.GetTokenPlace(), token.HasContent(), opensEmpty, edits);
+        auto opening = ElementEditStack::Opening::NONE;
+        if (token.IsOpening()) {
+            opening = token.HasContent() ? ElementEditStack::Opening::WITH_CONTENT
+                                         : ElementEditStack::Opening::WITHOUT_CONTENT;
+        }
+        elementEdits.WriteToken(parser.GetTokenPlace(), opening, edits);
         token.ClearEdits();
     } else if (output.IsRemoving()) {
         output.CopyUntil(parser.GetTokenPlace().end);

@@ -1,31 +1,29 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "html/framework/TokenKind.h"
 #include "html/output/ParserObserverOutputHandler.h"
 #include "html/parser/GenericParser.h"
+#include "html/rewrite/CurrentToken.h"
 #include "html/rewrite/ElementEditStack.h"
 #include "html/rewrite/OpenElements.h"
 #include "html/rewrite/Rewriter.h"
 #include "html/rewrite/RewriterCallbacks.h"
 #include "html/rewrite/RewriterObserver.h"
 #include "html/rewrite/RewriterOutput.h"
-#include "html/rewrite/TokenAtHand.h"
 
 /// @file
-/// What `Rewriter` does. Not installed.
+/// The engine of `Rewriter`. Not installed.
 ///
 /// The engine feeds the parser and follows its tokens; the rest is done by its parts.
-/// `RewriterOutput` retains and writes the bytes of the document. `RewriterCallbacks` knows what the
-/// host has registered. `TokenAtHand` takes the edits of one token, and `ElementEditStack` those of
-/// the open elements, until they are written.
+/// `RewriterOutput` retains and writes the bytes of the document. `RewriterCallbacks` has the
+/// callbacks of the host. `CurrentToken` takes the edits of one token, and `ElementEditStack` those
+/// of the open elements, until they are written.
 ///
 /// A token's edits settle all bytes up to its end; the end of a feeding call settles what lies
 /// before the token under way, in one write.
@@ -39,7 +37,7 @@ public:
     RewriterEngine& operator=(const RewriterEngine&) = delete;
     ~RewriterEngine();
 
-    // What `Rewriter` offers.
+    // The operations of `Rewriter`.
     std::uint32_t SetObserver(ParserObserver<char, std::string>* narrow, ParserObserver<WideChar, WideString>* wide);
     std::uint32_t OnElement(std::string_view selector, Rewriter::ElementCallback callback, std::string* message);
     std::uint32_t OnContent(std::string_view selector, Rewriter::TokenCallback callback, std::string* message);
@@ -56,10 +54,10 @@ public:
         return parser;
     }
 
-    /// @return what a token of the host stands for; null when it is over
-    static TokenAtHand* Find(const RewriterToken& hostToken);
+    /// @return the current token, when `hostToken` refers to it; null otherwise
+    static CurrentToken* Find(const RewriterToken& hostToken);
 
-    // What the observers between the parser and the host call.
+    // Called by the observers between the parser and the host.
     bool IsOverLimit() const {
         return isOverLimit;
     }
@@ -79,7 +77,7 @@ public:
     bool HasCallbacks() const {
         return !callbacks.IsEmpty();
     }
-    /// Finds, and calls, what was registered for the token.
+    /// Find, and call, the callbacks registered for the token.
     void FindCallbacks();
     void CallBack();
     void FinishToken() {
@@ -121,7 +119,7 @@ private:
     // Settings.
     void BindObserver();
     bool TracksElements() const {
-        return hasLimits || callbacks.HaveSelectors();
+        return hasLimits || callbacks.HasSelectors();
     }
 
     // Feeding.
@@ -134,7 +132,7 @@ private:
     std::uint32_t Fail(std::uint32_t result);
     void EndDocument();
 
-    // The token at hand.
+    // The current token.
     bool OpenTag(std::uint64_t attributeCount);
     void LeaveOutBeforeToken();
     void SettleToken();
@@ -149,7 +147,7 @@ private:
     RewriterCallbacks callbacks;
     OpenElements elements;
     ElementEditStack elementEdits;
-    TokenAtHand token;
+    CurrentToken token;
     bool hasLimits = false;
 
     bool isRunning = false;    // a call of the host is on the stack

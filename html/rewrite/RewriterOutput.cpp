@@ -9,18 +9,18 @@
 
 namespace Kestra::HTML {
 
-class RewriterOutput::KeptBytes final : public VFS::InputStream {
+class RewriterOutput::RetainedBytesStream final : public VFS::InputStream {
 public:
-    explicit KeptBytes(const RewriterOutput* owner) : document(owner) {}
+    explicit RetainedBytesStream(const RewriterOutput* owner) : document(owner) {}
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override {
         *bytesRead = 0;
         auto* to = static_cast<char*>(buffer);
-        while (size > 0 && position >= document->keptBegin && position < document->fed) {
+        while (size > 0 && position >= document->retainedBegin && position < document->fed) {
             const bool isInPiece = position >= document->pieceBegin;
             const std::uint64_t count = std::min(size, (isInPiece ? document->fed : document->pieceBegin) - position);
             const char* const from = isInPiece ? document->piece + (position - document->pieceBegin)  //
-                                               : document->kept.data() + (position - document->keptBegin);
+                                               : document->retained.data() + (position - document->retainedBegin);
             std::memcpy(to, from, static_cast<std::size_t>(count));
             to += count;
             position += count;
@@ -47,7 +47,7 @@ private:
 };
 
 RewriterOutput::RewriterOutput(ParserObserverOutputHandler* handler, const GenericParser* documentParser)
-    : output(handler), view(documentParser), keptBytes(std::make_unique<KeptBytes>(this)) {}
+    : output(handler), view(documentParser), retainedBytesStream(std::make_unique<RetainedBytesStream>(this)) {}
 
 RewriterOutput::~RewriterOutput() = default;
 
@@ -57,7 +57,7 @@ RewriterOutput::~RewriterOutput() = default;
 void RewriterOutput::BeginDocument() {
     fed = 0;
     written = 0;
-    keptBegin = 0;
+    retainedBegin = 0;
     pieceBegin = 0;
     tailSize = 0;
 }
@@ -73,49 +73,48 @@ void RewriterOutput::EndPieces() {
     pieceBegin = fed;
 }
 
-void RewriterOutput::KeepFrom(std::uint64_t begin) {
-    begin = std::max(begin, keptBegin);
+void RewriterOutput::RetainFrom(std::uint64_t begin) {
+    begin = std::max(begin, retainedBegin);
     const std::uint64_t size = fed - pieceBegin;
     if (begin >= pieceBegin) {
-        kept.assign(piece + (begin - pieceBegin), static_cast<std::size_t>(fed - begin));
+        retained.assign(piece + (begin - pieceBegin), static_cast<std::size_t>(fed - begin));
     } else {
-        kept.erase(0, static_cast<std::size_t>(begin - keptBegin));
-        keptBegin = begin;
-        kept.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kept.size(), pieceBegin - begin)));
-        kept.append(piece, static_cast<std::size_t>(size));
+        retained.erase(0, static_cast<std::size_t>(begin - retainedBegin));
+        retainedBegin = begin;
+        retained.resize(static_cast<std::size_t>(std::min<std::uint64_t>(retained.size(), pieceBegin - begin)));
+        retained.append(piece, static_cast<std::size_t>(size));
     }
-    keptBegin = begin;
+    retainedBegin = begin;
 }
 
-void RewriterOutput::ForgetKept() {
-    kept.clear();
-    keptBegin = fed;
+void RewriterOutput::ForgetRetained() {
+    retained.clear();
+    retainedBegin = fed;
 }
 
-VFS::InputStream* RewriterOutput::GetKeptBytes() {
-    return keptBytes.get();
+VFS::InputStream* RewriterOutput::GetRetainedBytes() {
+    return retainedBytesStream.get();
 }
 
 std::string_view RewriterOutput::GetBytes(const TokenPlace& place) {
     const auto size = static_cast<std::size_t>(place.end - place.begin);
-    if (size == 0 || place.begin < std::min(keptBegin, pieceBegin) || place.end > fed)
+    if (size == 0 || place.begin < std::min(retainedBegin, pieceBegin) || place.end > fed)
         return {};
     if (place.begin >= pieceBegin)
         return {piece + (place.begin - pieceBegin), size};
-    const std::uint64_t keptEnd = keptBegin + kept.size();
-    if (keptEnd < place.end)
-        kept.append(piece + (keptEnd - pieceBegin), static_cast<std::size_t>(place.end - keptEnd));
-    return std::string_view(kept).substr(static_cast<std::size_t>(place.begin - keptBegin), size);
+    const std::uint64_t retainedEnd = retainedBegin + retained.size();
+    if (retainedEnd < place.end)
+        retained.append(piece + (retainedEnd - pieceBegin), static_cast<std::size_t>(place.end - retainedEnd));
+    return std::string_view(retained).substr(static_cast<std::size_t>(place.begin - retainedBegin), size);
 }
 
 std::string RewriterOutput::GetTail(std::uint64_t tokenBegin) const {
     std::string bytes(tail.data(), tailSize);
     if (removals > 0 || written >= tokenBegin)
         return bytes;
-    for (std::uint64_t place =
-             std::max(written, tokenBegin - std::min<std::uint64_t>(tokenBegin, DocumentView::TAIL_SIZE));
-         place < tokenBegin; ++place)
-        bytes.push_back(place < pieceBegin ? kept[static_cast<std::size_t>(place - keptBegin)]
+    const std::uint64_t longest = std::min<std::uint64_t>(tokenBegin, DocumentView::TAIL_SIZE);
+    for (std::uint64_t place = std::max(written, tokenBegin - longest); place < tokenBegin; ++place)
+        bytes.push_back(place < pieceBegin ? retained[static_cast<std::size_t>(place - retainedBegin)]
                                            : piece[place - pieceBegin]);
     return bytes;
 }
@@ -126,10 +125,10 @@ std::string RewriterOutput::GetTail(std::uint64_t tokenBegin) const {
 void RewriterOutput::CopyUntil(std::uint64_t offset) {
     while (written < offset) {
         const std::uint64_t begin = written;
-        const bool isKept = begin < pieceBegin;
-        const std::uint64_t end = isKept ? std::min(offset, pieceBegin) : offset;
+        const bool isRetained = begin < pieceBegin;
+        const std::uint64_t end = isRetained ? std::min(offset, pieceBegin) : offset;
         written = end;
-        const char* const from = isKept ? kept.data() + (begin - keptBegin) : piece + (begin - pieceBegin);
+        const char* const from = isRetained ? retained.data() + (begin - retainedBegin) : piece + (begin - pieceBegin);
         Emit(std::string_view(from, static_cast<std::size_t>(end - begin)));
     }
 }

@@ -39,12 +39,12 @@ public:
     /// @param data  borrowed until the next piece, or `EndPieces`
     void BeginPiece(const char* data, std::uint64_t size);
     void EndPieces();
-    /// Retains the bytes of the piece from `begin` on, and all of them that are retained already
-    /// and lie after it.
-    void KeepFrom(std::uint64_t begin);
-    void ForgetKept();
+    /// Retains the bytes from `begin` on: those of the piece, and those retained before. Bytes
+    /// dropped earlier stay dropped.
+    void RetainFrom(std::uint64_t begin);
+    void ForgetRetained();
     /// The retained bytes and the piece, for the parser to read a failed construct again.
-    VFS::InputStream* GetKeptBytes();
+    VFS::InputStream* GetRetainedBytes();
     std::uint64_t GetPieceBegin() const {
         return pieceBegin;
     }
@@ -96,22 +96,22 @@ public:
     bool IsHostsFault() const {
         return isHostsFault;
     }
-    void SetHostsFault(bool isIt) {
-        isHostsFault = isIt;
+    void SetHostsFault(bool isHosts) {
+        isHostsFault = isHosts;
     }
 
 private:
-    class KeptBytes;
+    class RetainedBytesStream;
 
     ParserObserverOutputHandler* output;
     DocumentView view;
-    std::unique_ptr<KeptBytes> keptBytes;
+    std::unique_ptr<RetainedBytesStream> retainedBytesStream;
 
     bool isHostsFault = false;
     std::uint64_t fed = 0;
     std::uint64_t written = 0;
-    std::string kept;
-    std::uint64_t keptBegin = 0;
+    std::string retained;
+    std::uint64_t retainedBegin = 0;
     const char* piece = nullptr;
     std::uint64_t pieceBegin = 0;
     std::array<char, DocumentView::TAIL_SIZE> tail{};  // the last bytes written

@@ -8,12 +8,12 @@ namespace Kestra::HTML {
 
 namespace {
 
-using Spot = TokenAtHand::Spot;
+using Spot = CurrentToken::Spot;
 
 /// Makes an edit, unless the token is over.
 template <typename Edit>
 std::uint32_t EditToken(const RewriterToken& token, Edit edit) {
-    TokenAtHand* const found = RewriterEngine::Find(token);
+    CurrentToken* const found = RewriterEngine::Find(token);
     return found != nullptr ? edit(found) : std::uint32_t{REWRITE_OVER};
 }
 
@@ -32,87 +32,87 @@ bool RewriterToken::IsOver() const {
 }
 
 TokenKind RewriterToken::GetKind() const {
-    const TokenAtHand* const found = RewriterEngine::Find(*this);
+    const CurrentToken* const found = RewriterEngine::Find(*this);
     return found != nullptr ? found->GetKind() : TOKEN_NONE;
 }
 
 TokenPlace RewriterToken::GetPlace() const {
-    const TokenAtHand* const found = RewriterEngine::Find(*this);
+    const CurrentToken* const found = RewriterEngine::Find(*this);
     return found != nullptr ? found->GetPlace() : TokenPlace();
 }
 
 std::string_view RewriterToken::GetBytes() const {
-    TokenAtHand* const found = RewriterEngine::Find(*this);
+    CurrentToken* const found = RewriterEngine::Find(*this);
     return found != nullptr ? found->GetBytes() : std::string_view();
 }
 
 std::uint32_t RewriterToken::Remove() {
-    return EditToken(*this, [](TokenAtHand* found) { return found->Remove(); });
+    return EditToken(*this, [](CurrentToken* found) { return found->Remove(); });
 }
 
 bool RewriterToken::HasAttribute(std::string_view name) const {
-    TokenAtHand* const found = RewriterEngine::Find(*this);
+    CurrentToken* const found = RewriterEngine::Find(*this);
     return found != nullptr && found->HasAttribute(name);
 }
 
 std::uint32_t RewriterToken::GetAttribute(std::string_view name, std::string* value) const {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->GetAttribute(name, value); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->GetAttribute(name, value); });
 }
 
 std::uint32_t RewriterToken::RenameAttribute(std::string_view name, std::string_view newName) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->RenameAttribute(name, newName); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->RenameAttribute(name, newName); });
 }
 
 std::uint32_t RewriterToken::RemoveAttribute(std::string_view name) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->RemoveAttribute(name); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->RemoveAttribute(name); });
 }
 
 std::uint32_t RewriterToken::Replace(std::string_view content, RewriteContent kind) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD, content, kind); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->Write(Spot::INSTEAD, content, kind); });
 }
 
 std::uint32_t RewriterToken::Replace(WideStringView content, RewriteContent kind) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->Write(Spot::INSTEAD, content, kind); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->Write(Spot::INSTEAD, content, kind); });
 }
 
 std::uint32_t RewriterToken::InsertBefore(std::string_view content, RewriteContent kind) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->Write(Spot::BEFORE, content, kind); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->Write(Spot::BEFORE, content, kind); });
 }
 
 std::uint32_t RewriterToken::InsertBefore(WideStringView content, RewriteContent kind) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->Write(Spot::BEFORE, content, kind); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->Write(Spot::BEFORE, content, kind); });
 }
 
 std::uint32_t RewriterToken::InsertAfter(std::string_view content, RewriteContent kind) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->Write(Spot::AFTER, content, kind); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->Write(Spot::AFTER, content, kind); });
 }
 
 std::uint32_t RewriterToken::InsertAfter(WideStringView content, RewriteContent kind) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->Write(Spot::AFTER, content, kind); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->Write(Spot::AFTER, content, kind); });
 }
 
 std::uint32_t RewriterToken::SetText(std::string_view text) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->SetText(text); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->SetText(text); });
 }
 
 std::uint32_t RewriterToken::SetText(WideStringView text) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->SetText(text); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->SetText(text); });
 }
 
 std::uint32_t RewriterToken::SetAttribute(std::string_view name, std::string_view value) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->SetAttribute(name, value, false); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->SetAttribute(name, value, false); });
 }
 
 std::uint32_t RewriterToken::SetAttribute(std::string_view name, WideStringView value) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->SetAttribute(name, value, false); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->SetAttribute(name, value, false); });
 }
 
 std::uint32_t RewriterToken::AddAttribute(std::string_view name, std::string_view value) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->SetAttribute(name, value, true); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->SetAttribute(name, value, true); });
 }
 
 std::uint32_t RewriterToken::AddAttribute(std::string_view name, WideStringView value) {
-    return EditToken(*this, [&](TokenAtHand* found) { return found->SetAttribute(name, value, true); });
+    return EditToken(*this, [&](CurrentToken* found) { return found->SetAttribute(name, value, true); });
 }
 
 }  // namespace Kestra::HTML

@@ -204,8 +204,7 @@ private:
         WriteUtf8(isCharacter ? code : REPLACEMENT_CHARACTER, [decoded](char byte) { decoded->push_back(byte); });
     }
 
-    /// Reads a name: letters, digits, dashes, low lines, everything beyond ASCII,
-    /// and escapes.
+    /// Reads a name: letters, digits, dashes, low lines, everything beyond ASCII, and escapes.
     void ReadName(std::string* name) {
         for (;;) {
             const std::size_t begin = place;

@@ -8,10 +8,10 @@
 
 namespace Kestra::HTML {
 
-bool TagLayoutReader::Read(const GenericParser& parser, TokenKind kind, std::string_view bytes,
+bool TagLayoutReader::Read(const GenericParser& parser, TokenKind kind, std::uint64_t begin, std::string_view bytes,
                            const DocumentText& charset) {
     std::uint64_t nameEnd = 0;
-    layout.offset = parser.GetTokenPlace().begin;
+    layout.offset = begin;
     if (!GenericParser::Internals::GetEngine(parser).GetTagNameEnd(&nameEnd))
         return false;
     const std::size_t unit = charset.GetUnitSize();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -18,9 +19,11 @@ namespace Kestra::HTML {
 class TagLayoutReader {
 public:
     /// @param kind   of the token whose callback runs: a tag or an XML declaration
+    /// @param begin  of that token in the document
     /// @param bytes  of that token
     /// @return false when the parser does not know where the name ends
-    bool Read(const GenericParser& parser, TokenKind kind, std::string_view bytes, const DocumentText& charset);
+    bool Read(const GenericParser& parser, TokenKind kind, std::uint64_t begin, std::string_view bytes,
+              const DocumentText& charset);
 
     const TagLayout& GetLayout() const {
         return layout;

@@ -51,9 +51,9 @@ struct TokenEdits {
     Insertion body;  ///< in place of the token
     Insertion after;
     ElementEdits element;               ///< of the one that the token opens
-    std::vector<ElementEdits> closing;  ///< of the elements that the token closes, innermost first, if there are any
+    std::vector<ElementEdits> closing;  ///< of those closed elements that have edits, innermost first
     bool closesEdited = false;          ///< the last of them is the element of the end tag
-    bool isEdited = false;              ///< there is something in here
+    bool isEdited = false;              ///< there are edits
 
     void Clear() {
         before.Clear();

@@ -11,8 +11,8 @@ namespace Kestra::HTML::Stateless {
 
 void InitCommentTagParser(Data& data);
 
-/// The body, into `identifier`. @return 0 when it is complete, also because the piece is used up;
-/// 711
+/// The body, into `identifier`.
+/// @return 0 when it is complete, also because the piece is used up; 711
 std::uint32_t ParseCommentTag(Data& data);
 
 }  // namespace Kestra::HTML::Stateless

@@ -26,7 +26,8 @@ public:
     void RaiseExternTag();
     void RaiseEntityTag();
 
-    /// Text or a comment. @param bytes  cleared
+    /// Text or a comment.
+    /// @param bytes  cleared
     void RaiseString(unsigned long id, std::string* bytes);
 
     /// A script or a style sheet, whose body follows the ANSI rule whatever the charset (kept).

@@ -21,7 +21,8 @@ public:
     /// @return as `StatelessHTMLParser::ParseBuffer`
     std::uint32_t ParsePiece(const void* bytes, std::size_t size);
 
-    /// @param stream  not null. @return as `StatelessHTMLParser::ParseStream`
+    /// @param stream  not null
+    /// @return as `StatelessHTMLParser::ParseStream`
     std::uint32_t ParseStream(VFS::InputStream* stream);
 
 private:

@@ -17,8 +17,8 @@ public:
     Machine(Data* newRecord, Base::MultiDelegate* delegate, StringNS::CharSetConverter* converter)
         : data(*newRecord), events(newRecord, delegate, converter) {}
 
-    /// Reads the piece that the record has from its cursor on. @return 0; 16 when it ends inside a
-    /// construct; 701 to 703; 710; 711
+    /// Reads the piece that the record has from its cursor on.
+    /// @return 0; 16 when it ends inside a construct; 701 to 703; 710; 711
     std::uint32_t Run();
 
 private:

@@ -97,8 +97,8 @@ struct StatelessHTMLParserData {
 ///     parser.EndParse();
 ///
 /// It reports each start tag, end tag, comment, text, declaration, script and style sheet as soon
-/// as it is complete. It is not lossless: white space inside tags, script comments
-/// and the text after the last tag are dropped, and a comment ends with its piece.
+/// as it is complete. It is not lossless: white space inside tags, script comments and the text
+/// after the last tag are dropped, and a comment ends with its piece.
 ///
 /// **Results**: a `StatelessResult`, or a code of the stream or the buffer. After 701 to 703 the
 /// parser is at the byte that does not fit; `GetCurrentLineNumber` and `GetCurrentColumnNumber` say
@@ -190,14 +190,14 @@ public:
 
     /// Limits the size of one token. A token is a text, or a construct from its "<" to its end,
     /// white space included; a script or a style sheet is one token with its tags. A token of more
-    /// bytes ends the call with 711. All events before it have been caused,
-    /// `GetCurrentOffset` is the offset of its first byte, and line and column are those of that
-    /// byte. `EndParse` then answers 0 without an event. Or the host goes on: the next byte that it
-    /// feeds has that offset, and is read as the first one of a token.
+    /// bytes ends the call with 711. All events before it have been caused, `GetCurrentOffset` is
+    /// the offset of its first byte, and line and column are those of that byte. `EndParse` then
+    /// answers 0 without an event. Or the host goes on: the next byte that it feeds has that
+    /// offset, and is read as the first one of a token.
     ///
-    /// **Memory**: with a limit of at least 4 KiB a parser allocates for a stream at most 64 KiB,
-    /// its buffer, and 16 times the limit. For this a limit also bounds the attributes of a tag and
-    /// the items of a declaration: 24 of them and one more for every 128 bytes of the limit.
+    /// **Memory**: with a limit of at least 4 KiB a parser allocates for a stream at most 64 KiB
+    /// for its buffer, and 16 times the limit. For this a limit also bounds the attributes of a tag
+    /// and the items of a declaration: 24 of them and one more for every 128 bytes of the limit.
     /// `SetMaxAttributes` sets another number for attributes.
     /// @param bytes  of the document; 0, the default, for no limit. Takes effect immediately,
     ///               survives `StartParse`, and is copied with the parser
@@ -218,7 +218,7 @@ public:
     std::uint32_t SetFlags(unsigned long newFlags);
     unsigned long GetFlags() const;  ///< initially 1
 
-    /// Says how the content of elements without markup is read. Takes effect with the next start
+    /// Sets how the content of elements without markup is read. Takes effect with the next start
     /// tag that is complete; a content that has begun continues as it began. The setting survives
     /// `StartParse`, and is copied with the parser.
     ///

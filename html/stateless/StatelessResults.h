@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// through unchanged.
 enum StatelessResult : std::uint32_t {
     STATELESS_OK = 0,
-    /// A null stream, null data with a size, or a call out of a callback; internal: the flags keep
+    /// A null stream, null data with a size, or called from a callback; internal: the flags keep
     /// the charset.
     STATELESS_INVALID_ARGUMENT = 2,
     STATELESS_NO_CHARSET = 6,    ///< internal: no charset is known after a tag that may declare one

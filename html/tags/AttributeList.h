@@ -93,7 +93,7 @@ public:
     ///                 quote
     /// @param closingMark  "/", or "?" of an XML declaration
     /// @param bareValueKeepsIso2022  false: the restart after a non-empty unquoted value leaves
-    /// `iso2022` off
+    ///                               `iso2022` off
     AttributeListStep Settle(const SimpleParserContext<C, S>& context, C closingMark, bool bareValueKeepsIso2022) {
         if (data->hasValue != 0)
             return SettleValue(context, closingMark, bareValueKeepsIso2022);

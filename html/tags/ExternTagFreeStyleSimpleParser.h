@@ -42,7 +42,7 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after ">"; SP_NEED_MORE_DATA when the piece is used up; a code of
-    /// a quoted string, unchanged.
+    ///         a quoted string, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED

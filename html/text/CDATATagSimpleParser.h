@@ -31,7 +31,8 @@ public:
     ///         SP_NEED_MORE_DATA when the piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Leaves the section open, with its pending brackets in `text`. @return SP_TOKEN_COMPLETE
+    /// Leaves the section open, with its pending brackets in `text`.
+    /// @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
 };
 

@@ -26,7 +26,8 @@ public:
     /// @return SP_TOKEN_COMPLETE after "-->"; SP_NEED_MORE_DATA when the piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Leaves the comment open, with its pending hyphens in `text`. @return SP_TOKEN_COMPLETE
+    /// Leaves the comment open, with its pending hyphens in `text`.
+    /// @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
 };
 

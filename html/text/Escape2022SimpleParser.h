@@ -31,7 +31,8 @@ public:
     ///         does not exist.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Keeps a sequence that the input cut off, up to its first NUL. @return SP_TOKEN_COMPLETE
+    /// Keeps a sequence that the input cut off, up to its first NUL.
+    /// @return SP_TOKEN_COMPLETE
     std::uint32_t EndParse(Data* data) override;
 };
 

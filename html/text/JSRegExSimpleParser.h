@@ -27,7 +27,7 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE before the character that ends it; SP_NEED_MORE_DATA when the
-    /// piece is used up.
+    ///         piece is used up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE

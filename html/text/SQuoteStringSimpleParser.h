@@ -26,7 +26,7 @@ public:
     std::uint32_t BeginParse(Data* data) override;
 
     /// @return SP_TOKEN_COMPLETE after the closing "'"; SP_NEED_MORE_DATA when the piece is used
-    /// up.
+    ///         up.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
     /// @return SP_UNTERMINATED; `text` is what was read.

@@ -39,8 +39,8 @@ public:
     ///         the piece is used up; a code of the escape recognizer, unchanged.
     std::uint32_t Parse(SimpleParserContext<C, S>* context, Data* data) override;
 
-    /// Completes a pending "/" or escape run. @return SP_TOKEN_COMPLETE, or a code of the escape
-    /// recognizer.
+    /// Completes a pending "/" or escape run.
+    /// @return SP_TOKEN_COMPLETE, or a code of the escape recognizer.
     std::uint32_t EndParse(Data* data) override;
 
     /// Defined inside the library only.

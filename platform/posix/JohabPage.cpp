@@ -12,8 +12,8 @@
 
 #include "platform/posix/IcuResult.h"
 
-// Source: KS X 1001:1992, annex 3, and Microsoft's table of code page 1361, all of whose
-// pairs are here. The sixteen bits of a pair are
+// Johab, code page 1361. Source: KS X 1001:1992, annex 3, and Microsoft's table, all of whose pairs
+// are here. The sixteen bits of a pair are
 //
 //     1iiiiimm mmmfffff    a Hangul syllable, lead bytes 84 to D3: initial, medial and final letter
 //
@@ -26,8 +26,6 @@
 namespace Kestra::StringNS {
 
 namespace {
-
-constexpr WideChar REPLACEMENT = 0xFFFD;
 
 constexpr std::size_t CELLS = 94;              // of a row
 constexpr std::size_t PAIR_CELLS = 2 * CELLS;  // of a lead byte

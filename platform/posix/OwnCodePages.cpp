@@ -6,8 +6,6 @@
 #include <array>
 #include <cstddef>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "platform/CodePoints.h"
 #include "platform/posix/IcuResult.h"
@@ -17,7 +15,6 @@ namespace Kestra::StringNS {
 
 namespace {
 
-constexpr WideChar REPLACEMENT = 0xFFFD;
 constexpr WideChar UNMAPPABLE = u'?';
 
 using ByteTable = std::array<WideChar, 256>;

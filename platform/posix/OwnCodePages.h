@@ -9,6 +9,9 @@
 
 namespace Kestra::StringNS {
 
+/// U+FFFD, in place of bytes that are no character.
+inline constexpr WideChar REPLACEMENT = 0xFFFD;
+
 /// A code page that charset names lead to and ICU has no table for: Johab (1361), the 7-bit sets
 /// 20105 to 20108, T.61 (20261), and the EBCDIC sets 20423, 20880, 20905 and 20924. All their
 /// characters lie in the Basic Multilingual Plane, and none of them has states.

@@ -160,7 +160,6 @@ constexpr std::size_t STEP = 4096;
 /// Target units that one call may fill: more than any step makes, below ICU's limit of 2^30.
 constexpr std::size_t MAX_ROOM = 64 * STEP;
 
-constexpr UChar REPLACEMENT = 0xFFFD;
 constexpr UChar UNMAPPABLE = '?';
 
 /// A single byte that a Windows code page gives a character and ICU's table none.
@@ -227,7 +226,7 @@ WideChar TurnForth(WideChar unit) {
 
 /// Converts `size` units in steps, and gives `*output` more room whenever ICU asks for it.
 /// @param convert  one ICU call: (to, its end, from, its end, whether the input ends there, error),
-/// advancing `*to` and `*from`.
+///                 advancing `*to` and `*from`.
 template <typename In, typename Out, typename Convert>
 std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Convert convert) {
     if (size == 0)

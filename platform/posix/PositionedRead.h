@@ -23,7 +23,7 @@ constexpr std::uint64_t MAX_TRANSFER = std::uint64_t{1} << 30;
 /// Reads at an absolute offset until the buffer is full or the file ends. The descriptor's own
 /// position stays as it is.
 /// @return false for a failure before the first byte; a later one only ends the read, and comes
-/// back when the rest is asked for.
+///         back when the rest is asked for.
 inline bool ReadAt(int descriptor, std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
     *bytesRead = 0;
     if (position > MAX_FILE_OFFSET)

@@ -62,7 +62,7 @@ constexpr std::size_t PATH_BUFFER_SIZE = PATH_MAX + 5;
 
 /// Converts a NUL-terminated path to UTF-8, terminated as well.
 /// @return false for an empty path, a lone surrogate, or more than PATH_MAX bytes, which name
-/// nothing on this system.
+///         nothing on this system.
 bool ConvertPath(const WideChar* path, char (&converted)[PATH_BUFFER_SIZE]) {
     const WideChar* const end = path + WideStringView(path).size();
     std::size_t length = 0;

@@ -24,7 +24,7 @@ inline OVERLAPPED At(std::uint64_t position) {
 
 /// Reads at an absolute offset until the buffer is full or the file ends.
 /// @return false for a failure before the first byte; a later one only ends the read, and comes
-/// back when the rest is asked for.
+///         back when the rest is asked for.
 inline bool ReadAt(HANDLE handle, std::uint64_t position, void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
     *bytesRead = 0;
     if (position > MAX_FILE_OFFSET)

@@ -27,7 +27,7 @@ inline LongFront GetLongFront(std::wstring_view absolute) {
 
 /// The absolute form of a path: backslashes, no "." and "..", no dots and blanks at its end.
 /// @return empty when there is none; `\\.\` and a name where the system takes the last part for a
-/// device
+///         device
 inline std::wstring GetFullPath(const std::wstring& path) {
     std::wstring absolute;
     DWORD length = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);  // with the terminator

@@ -7,8 +7,9 @@
 #include <string_view>
 #include <vector>
 
-/// @file That the pages can be read as they are: prose within 100 columns, tables and examples
-/// within 140.
+/// @file
+/// That the pages can be read as they are: prose within 100 columns, tables and examples within
+/// 140.
 
 namespace Kestra::Test {
 namespace {

@@ -18,11 +18,13 @@ struct Block {
     std::string text;                            ///< without the last line feed
 
     bool Has(const std::string& option) const;
-    /// The value of an option that is a number. @param otherwise  when the block has no such option
+    /// The value of an option that is a number.
+    /// @param otherwise  when the block has no such option
     std::uint32_t GetNumber(const std::string& option, std::uint32_t otherwise = 0) const;
 };
 
-/// The blocks of a page of docs/, in their order. @param page  its file name
+/// The blocks of a page of docs/, in their order.
+/// @param page  its file name
 std::vector<Block> ReadBlocks(const std::string& page);
 
 /// An input of a page, and what stands below it.

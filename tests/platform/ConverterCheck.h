@@ -207,7 +207,8 @@ inline void CheckLongStrings(const ConversionRow& row, std::size_t times) {
     }
 }
 
-/// Calls back with every sequence of one to four members of `alphabet`. @return their number.
+/// Calls back with every sequence of one to four members of `alphabet`.
+/// @return their number.
 template <typename S>
 std::size_t ForEverySequence(const S& alphabet, const std::function<void(const S&)>& call) {
     std::size_t count = 0;

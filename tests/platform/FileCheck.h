@@ -101,7 +101,8 @@ inline void ExpectPosition(InputStream* stream, std::uint64_t expected) {
     EXPECT_EQ(position, expected);
 }
 
-/// Parses a file of windows-1252. @return the column at its end
+/// Parses a file of windows-1252.
+/// @return the column at its end
 inline std::uint64_t ParseToColumn(const std::filesystem::path& path) {
     GenericParser parser;
     EXPECT_EQ(parser.StartParse(1252, GenericParser::DATA_STREAM_8BIT), 0U);
@@ -151,7 +152,8 @@ public:
     int calls = 0;
     std::uint64_t bytesWritten = 0;
 
-    /// The call of the system, with a smaller size. @return bytes moved
+    /// The call of the system, with a smaller size.
+    /// @return bytes moved
     using Transfer = std::function<std::int64_t(std::uint64_t size)>;
 
     /// @return bytes moved, none when the call fails here

@@ -2,11 +2,10 @@
 /// Writes documents for the comparison of two platforms: those of the differential tests, in 8 bits
 /// and in UTF-16.
 ///
-///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with every
-///     byte from 0x80 up;
-///                                         of every tenth also FOLDER/0.escapes.html with escapes of ISO-2022, and the
-///                                         same after a declared charset, FOLDER/0.iso-2022-kr.html and
-///                                         FOLDER/0.gb18030.html
+///     document-writer FOLDER COUNT        FOLDER/0.html ... and FOLDER/0.utf16 ..., and FOLDER/bytes.html with
+///                                         every byte from 0x80 up; of every tenth also FOLDER/0.escapes.html with
+///                                         escapes of ISO-2022, and the same after a declared charset,
+///                                         FOLDER/0.iso-2022-kr.html and FOLDER/0.gb18030.html
 
 #include <cstdint>
 #include <exception>

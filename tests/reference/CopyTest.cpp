@@ -196,8 +196,8 @@ struct Beginning {
     enum class Kind { NOTHING_RUNS, EIGHT_BIT, UTF8, UTF16 };
 
     Kind kind = Kind::NOTHING_RUNS;
-    std::size_t content =
-        0;  ///< where the text begins: after the mark, or after the pieces that held only a possible mark
+    /// Where the text begins: after the mark, or after the pieces that held only a possible mark.
+    std::size_t content = 0;
 };
 
 Beginning BeginningOf(std::string_view document, const Cuts& cuts) {

@@ -14,11 +14,11 @@ namespace Kestra::Test {
 
 struct ReferenceSettings {
     std::uint32_t charset = 1252;  ///< given to `StartParse` with 8-bit data; 65000 acts as 1252
-    bool canReadBack =
-        true;  ///< fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again
+    /// Fed as one positioned stream; false: by `ParseBuffer`, so that nothing can be read again.
+    bool canReadBack = true;
     bool scriptsAsText = false;  ///< the content of scripts and the like is one text
-    bool tellsLineComments =
-        false;  ///< as an observer of the wide parser is told of them, and one of the 8-bit parser is not
+    /// Reports line comments, as the wide parser does; the 8-bit parser does not.
+    bool tellsLineComments = false;
 };
 
 /// One stretch of the input and what became of it, in input order. Stretches touch, and cover the
@@ -42,13 +42,14 @@ struct ReferenceStretch {
     Kind kind = Kind::TEXT;
     std::size_t begin = 0;  ///< [begin, end) in bytes; a regular expression includes its opening slash
     std::size_t end = 0;
-    std::size_t tailBegin =
-        0;  ///< CONDITIONAL: the first byte after its first "]"; `end` when there is none, and for other kinds
+    /// CONDITIONAL: the first byte after its first "]"; `end` when there is none, and for other
+    /// kinds.
+    std::size_t tailBegin = 0;
     bool closed = true;  ///< CONDITIONAL: the ">" was found; true for other kinds
-    bool swapsSlashAndSpace =
-        false;  ///< INSTRUCTION: an XML declaration whose last name ended in "/", then white space, then ">"
-    bool failedScriptComment =
-        false;         ///< JUNK that came of a script comment which failed or was open at the end of the input
+    /// INSTRUCTION: an XML declaration whose last name ended in "/", then white space, then ">".
+    bool swapsSlashAndSpace = false;
+    /// JUNK that came of a script comment which failed or was open at the end of the input.
+    bool failedScriptComment = false;
     std::string copy;  ///< what the tokens of this stretch, written back, give when the input is one piece
 };
 

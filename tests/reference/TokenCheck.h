@@ -39,7 +39,7 @@ std::string Show(const TokenOutcome& outcome);
 class TracingParser {
 public:
     /// @param wideFlavour  documents are handed over in UTF-16, each byte a character; one with
-    /// 0x85 or 0xA0 has other tokens there
+    ///                     0x85 or 0xA0 has other tokens there
     explicit TracingParser(bool wideFlavour = false);
 
     /// @param cuts  in characters

@@ -31,7 +31,7 @@ public:
     MadeDocument Make(std::uint64_t seed);
 
     /// @return the same for a document of elements whose content browsers take for text, with what
-    /// begins and ends it
+    ///         begins and ends it
     MadeDocument MakeWithContents(std::uint64_t seed);
 
 private:

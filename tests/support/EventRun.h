@@ -15,7 +15,8 @@ namespace Kestra::Test {
 /// Appends the line of each event to a list of its owner.
 class EventTraceObserver : public Trace::EventLineObserver {
 public:
-    /// @param lines  borrowed; must live as long as events come. @param prefix  of each line
+    /// @param lines  borrowed; must live as long as events come
+    /// @param prefix  of each line
     explicit EventTraceObserver(std::vector<std::string>* lines, std::string prefix = "");
 
     std::function<void(const std::string& line)> hook;  ///< called after each line, if there is one
@@ -37,7 +38,8 @@ struct TracedParser final : HTML::StatelessHTMLParser {
     /// Parses a piece in a heap block of its exact size.
     std::uint32_t Feed(std::string_view bytes);
 
-    /// Parses a document in pieces. @return the result of the last one
+    /// Parses a document in pieces.
+    /// @return the result of the last one
     std::uint32_t Feed(std::string_view document, const Cuts& cuts);
 
     std::vector<std::string> lines;

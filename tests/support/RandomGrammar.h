@@ -52,7 +52,7 @@ public:
     };
 
     /// @param longestRun  most characters of a run. Most runs have less than 40, one in sixteen up
-    /// to 400, one in 256 up to the longest.
+    ///                    to 400, one in 256 up to the longest.
     explicit RandomGrammar(std::initializer_list<Rule> rules, std::size_t longestRun = 1);
 
     /// Appends what a rule makes.

@@ -38,8 +38,8 @@ struct RecognizerOutcome {
     typename Parser::Data data;
     std::uint32_t result = 0;
     bool atEnd = false;  ///< `result` is that of `EndParse`: the whole input was given before it was complete
-    bool progressing =
-        true;  ///< false: `Parse` answered 0 again and again without consuming anything, and was given up
+    /// False: `Parse` answered 0 again and again without consuming anything, and was given up.
+    bool progressing = true;
     std::uint32_t emptyPieceResult = 0;  ///< the first answer other than 0 to an empty piece
     std::uint64_t consumed = 0;          ///< characters, from the start of the input
     std::uint64_t line = 0;

@@ -11,9 +11,10 @@
 
 #include "tests/support/StateTables.h"
 
-/// @file Compares a state table with the machine below it. A table is carried out as it is written,
-/// one input after the other, and the machine has to end with the same result, place, state, texts
-/// and words. Every state is entered with every character, alone, before the end of the input, and
+/// @file
+/// Compares a state table with the machine below it. A table is carried out as it is written, one
+/// input after the other, and the machine has to end with the same result, place, state, texts and
+/// words. Every state is entered with every character, alone, before the end of the input, and
 /// before and after characters of every column; so each cell is used, and what it says shows.
 
 namespace Kestra::Test {
@@ -124,7 +125,8 @@ class TableChecker {
 public:
     TableChecker(StateTable table, TableMachine machine);
 
-    /// The first few differences. @param used  receives the cells that were used
+    /// The first few differences.
+    /// @param used  receives the cells that were used
     std::vector<TableDifference> Compare(std::set<CellPlace>* used, std::size_t most);
 
     /// After `Compare`: whether a difference shows when the cell is another one.

@@ -16,7 +16,8 @@ public:
 
     const std::filesystem::path& GetPath() const;
 
-    /// Writes a file, over an older one of that name. @return its path.
+    /// Writes a file, over an older one of that name.
+    /// @return its path.
     std::filesystem::path Write(const std::filesystem::path& name, std::string_view bytes) const;
 
 private:

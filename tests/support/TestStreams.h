@@ -96,7 +96,8 @@ public:
 private:
     /// The faults of one operation, and how often it was called.
     struct Script {
-        /// Counts one call. @return the code with which it has to fail, or 0.
+        /// Counts one call.
+        /// @return the code with which it has to fail, or 0.
         std::uint32_t Next();
 
         std::uint64_t calls = 0;

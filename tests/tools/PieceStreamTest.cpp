@@ -16,7 +16,8 @@ constexpr std::uint64_t LONG_READ = 16384;
 
 void IgnoreProgress(std::uint64_t) {}
 
-/// One read. @return the result code, a blank and the bytes
+/// One read.
+/// @return the result code, a blank and the bytes
 std::string Read(PieceStream* stream, std::uint64_t size) {
     std::string buffer(static_cast<std::size_t>(size), '?');
     std::uint64_t count = 77;

@@ -6,8 +6,8 @@
 namespace Kestra::Test {
 namespace {
 
-constexpr StringNS::CharSet::Code NO_CHARSET =
-    99999;  // the command line takes none without a converter; markup may lead to one
+// The command line takes none without a converter; markup may lead to one.
+constexpr StringNS::CharSet::Code NO_CHARSET = 99999;
 
 constexpr const char* MISSING =
     "tokens are missing, a conversion from the charset 99999 returned 50: there is no converter for the charset\n";

@@ -45,8 +45,8 @@ struct ToolSettings {
     Sink errors = Sink::CAPTURED;
     std::map<std::string, std::string> environment;  ///< on top of one for colours
     std::string folder;                              ///< to run in; empty for the current one
-    std::optional<std::uint64_t>
-        largestFile;  ///< bytes that a file of the tool can have, as on a full disk; on POSIX only
+    /// Bytes that a file of the tool can have, as on a full disk; on POSIX only.
+    std::optional<std::uint64_t> largestFile;
 };
 
 struct ToolRun {

@@ -60,7 +60,8 @@ void AppendEscapedUnit(std::string* line, unsigned unit) {
     AppendHexadecimal(line, unit, 4);
 }
 
-/// Appends the character at `text[index]`, one of at least U+0080. @return the units it takes
+/// Appends the character at `text[index]`, one of at least U+0080.
+/// @return the units it takes
 std::size_t AppendWide(std::string* line, WideStringView text, std::size_t index, bool utf8) {
     const auto unit = static_cast<unsigned>(text[index]);
     const auto next = index + 1 < text.size() ? static_cast<unsigned>(text[index + 1]) : 0U;

@@ -40,10 +40,11 @@
 namespace Kestra::Trace {
 
 struct Options {
-    std::uint64_t cutAt =
-        0;  ///< strings of more characters are cut there and followed by `...[LENGTH]`; 0 cuts nothing
-    bool utf8 =
-        false;  ///< printable wide characters from U+0080 up as UTF-8; controls and lone surrogates stay escapes
+    /// Strings of more characters are cut there and followed by `...[LENGTH]`; 0 cuts nothing.
+    std::uint64_t cutAt = 0;
+    /// Printable wide characters from U+0080 up as UTF-8; controls and lone surrogates stay
+    /// escapes.
+    bool utf8 = false;
 };
 
 /// True of characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent:

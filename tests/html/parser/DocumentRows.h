@@ -175,7 +175,7 @@ Lines Comparable(Lines lines, const Route& route);
 /// parser's own flavour: those of the document without the line comments that it is not given, and
 /// of every body of a wide comment, CDATA or conditional section only the first half.
 /// @param tokens  as the 8-bit parser makes them; no other part of the document looks like one of
-/// their sections
+///                their sections
 std::string WrittenBack(std::string_view latin1, const Lines& tokens, const Route& route);
 
 /// True when the self-check of a route takes the tokens for what was read: always, unless the wide

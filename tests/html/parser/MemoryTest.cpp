@@ -49,7 +49,7 @@ constexpr std::size_t SLACK = 64 * KIB;
 class Page {
 public:
     /// @param attributes  how many the token has as written, before bare words become a part of a
-    /// value
+    ///                    value
     Page& Add(std::string token, std::size_t attributes = 0) {
         longest = std::max(longest, token.size());
         most = std::max(most, attributes);
@@ -404,7 +404,8 @@ Document OfJunk(std::string token, std::size_t attributes = 2) {
     return OfPages({page}, true);
 }
 
-/// Adds random tokens up to a size. @param next  makes one of them
+/// Adds random tokens up to a size.
+/// @param next  makes one of them
 void AddRandomTokens(Page* page, RandomTokens* tokens, std::string (RandomTokens::*next)(), std::size_t size,
                      bool withJunk = false) {
     constexpr std::size_t MOST_ATTRIBUTES = 40;

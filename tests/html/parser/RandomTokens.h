@@ -26,7 +26,8 @@ public:
     /// Tokens of which each has the same meaning for the stateless parser.
     std::string NextPlain();
 
-    /// Text without markup. @param size  in characters
+    /// Text without markup.
+    /// @param size  in characters
     std::string Text(std::size_t size);
 
 private:

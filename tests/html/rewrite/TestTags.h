@@ -26,7 +26,8 @@ struct TestTag final : HTML::TagAttributes {
 /// have apostrophes.
 std::vector<TestTag> ReadTags(std::string_view markup);
 
-/// Opens or closes elements. @return the matches of a start tag
+/// Opens or closes elements.
+/// @return the matches of a start tag
 std::vector<std::size_t> Take(const TestTag& tag, HTML::OpenElements* open);
 
 /// Numbers with blanks between them.

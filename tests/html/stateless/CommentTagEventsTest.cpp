@@ -16,8 +16,8 @@ namespace {
 /// What a comment would be reported as after one of its bytes.
 struct Reported {
     std::string body;
-    std::uint64_t
-        contentBytes;  ///< bytes so far that count two columns: those after one or two hyphens that are not the end
+    /// Bytes so far that count two columns: those after one or two hyphens that are not the end.
+    std::uint64_t contentBytes;
 };
 
 /// A comment before a tag, on one line.

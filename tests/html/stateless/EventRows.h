@@ -38,7 +38,8 @@ struct Place {
     /// Bytes of text, scripts and style sheets, except line breaks: two columns each.
     Place Content(std::uint64_t count) const;
 
-    /// @param lines  line breaks that count. @param newColumn  the column after the last one
+    /// @param lines      line breaks that count
+    /// @param newColumn  the column after the last one
     Place Lines(std::uint64_t lines, std::uint64_t newColumn) const;
 
     Place Skip(const White& white) const;

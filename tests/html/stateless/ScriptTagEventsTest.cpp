@@ -24,7 +24,8 @@ std::string Script(const std::string& body) {
     return "<script>" + body + "</script>";
 }
 
-/// The start tag, a body on one line, and the end tag. @param columns  of the body
+/// The start tag, a body on one line, and the end tag.
+/// @param columns  of the body
 Place After(std::uint64_t columns) {
     return Place().Bytes(8 + columns).Bytes(1).Content(8);
 }

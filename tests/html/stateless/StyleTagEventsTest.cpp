@@ -23,7 +23,8 @@ std::string Style(const std::string& body) {
     return "<style>" + body + "</style>";
 }
 
-/// The start tag, a body on one line, and the end tag. @param columns  of the body
+/// The start tag, a body on one line, and the end tag.
+/// @param columns  of the body
 Place After(std::uint64_t columns) {
     return Place().Bytes(7 + columns).Bytes(1).Content(7);
 }

@@ -132,8 +132,8 @@ TEST(OwnCodePagesTest, EbcdicLatinSetsHoldTheCharactersOfTheirIsoSets) {
     }
 }
 
-/// Compares every pair. @param isOurs  of the pair and the C library's unit: whether it is left to
-/// another test
+/// Compares every pair.
+/// @param isOurs  of the pair and the C library's unit: whether it is left to another test
 template <typename IsOurs>
 std::size_t CheckPairs(CharSet::Code code, const char* name, unsigned firstLead, unsigned lastLead, IsOurs isOurs) {
     Oracle oracle(name);

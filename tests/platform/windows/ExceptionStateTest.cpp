@@ -16,8 +16,8 @@
 namespace Kestra {
 namespace {
 
-/// Throws and handles exceptions inside each other. @return what they say in the order in which
-/// they are handled
+/// Throws and handles exceptions inside each other.
+/// @return what they say in the order in which they are handled
 std::string Nest(int depth, const std::string& name) {
     try {
         throw std::runtime_error(name + std::to_string(depth));

@@ -11,8 +11,8 @@ namespace Kestra::Test {
 
 /// What a test puts before calls to the system. An empty one leaves the call alone.
 struct SystemHooks {
-    std::function<bool(const wchar_t* path, DWORD attributes)>
-        createFile;  ///< false for a failure, with the last error that it has set
+    /// Returns false for a failure, with the last error that it has set.
+    std::function<bool(const wchar_t* path, DWORD attributes)> createFile;
     std::function<DWORD(const wchar_t* path, DWORD size, wchar_t* absolute)> getFullPathName;
     std::function<BOOL(HANDLE handle, void* buffer, DWORD size, DWORD* count, OVERLAPPED* place)> readFile;
     std::function<BOOL(HANDLE handle, const void* data, DWORD size, DWORD* count, OVERLAPPED* place)> writeFile;

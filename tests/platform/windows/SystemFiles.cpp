@@ -10,7 +10,8 @@ std::uint64_t GetPlace(const OVERLAPPED* place) {
     return place == nullptr ? 0 : (std::uint64_t{place->OffsetHigh} << 32) | place->Offset;
 }
 
-/// What the call of the system returns for such a transfer. @param isMoved  its own answer
+/// What the call of the system returns for such a transfer.
+/// @param isMoved  its own answer
 BOOL Finish(const std::optional<std::int64_t>& moved, DWORD* count, DWORD error, BOOL isMoved) {
     if (isMoved != 0 && moved.value_or(0) > 0)
         return isMoved;

@@ -9,7 +9,8 @@ namespace Kestra::Test {
 /// tokenizer of the HTML standard.
 class ReferenceContent {
 public:
-    /// Whether an element has such a content. @param name  in any case
+    /// Whether an element has such a content.
+    /// @param name  in any case
     static bool IsContentOf(const std::string& name);
 
     ReferenceContent() = default;

@@ -591,8 +591,8 @@ Step StepByte(Machine* machine, char byte) {
     return Step::NO_CONSTRUCT;
 }
 
-/// What the end of a piece does, which is not nothing in five places. @return 0 or 16, the result
-/// for the piece.
+/// What the end of a piece does, which is not nothing in five places.
+/// @return 0 or 16, the result for the piece.
 std::uint32_t EndPiece(Machine* machine) {
     if (machine->entered)
         return 0;

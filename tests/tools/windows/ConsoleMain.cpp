@@ -71,7 +71,8 @@ private:
     std::thread reader;
 };
 
-/// Runs this program again, with the same arguments and streams. @return its exit status
+/// Runs this program again, with the same arguments and streams.
+/// @return its exit status
 int RunInside(const PseudoConsole& console) {
     Checked(SetEnvironmentVariableW(INSIDE, L"1"), "SetEnvironmentVariable");
     SIZE_T size = 0;

@@ -211,8 +211,8 @@ TEST(Console, ColoursCanBeForbidden) {
         EXPECT_EQ(IsColoured({{row.name, row.value}}, PLAIN, {"tokens"}), row.coloured) << row.name << "=" << row.value;
 }
 
-/// Starts the tool with these files and "-" after them. @return what it shows while it waits for
-/// its standard input
+/// Starts the tool with these files and "-" after them.
+/// @return what it shows while it waits for its standard input
 std::string ShowWaiting(const TemporaryFolder& folder, Arguments arguments, const std::string& shown, int status) {
     ToolSettings settings;
     settings.folder = folder.GetPath().string();

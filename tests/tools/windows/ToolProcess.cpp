@@ -45,8 +45,8 @@ std::wstring UpperCase(std::wstring name) {
 /// That of the test, without what forbids colours, and with these variables: strings that end with
 /// a NUL, and one more.
 std::wstring MakeEnvironment(const std::map<std::string, std::string>& changes) {
-    std::map<std::wstring, std::wstring>
-        variables;  // by name; the names that begin with "=" hold the folders of drives
+    // By name; the names that begin with "=" hold the folders of drives.
+    std::map<std::wstring, std::wstring> variables;
     const std::unique_ptr<wchar_t, decltype(&FreeEnvironmentStringsW)> block(GetEnvironmentStringsW(),
                                                                              &FreeEnvironmentStringsW);
     for (const wchar_t* next = block.get(); *next != L'\0';) {

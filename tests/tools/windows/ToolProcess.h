@@ -28,7 +28,8 @@ struct StandardHandles {
 Handle StartTool(const std::vector<std::string>& arguments, const ToolSettings& settings,
                  const StandardHandles& streams);
 
-/// Waits for the end. @return the exit status
+/// Waits for the end.
+/// @return the exit status
 int WaitForTool(const Handle& process);
 
 }  // namespace Kestra::Test

@@ -16,11 +16,12 @@ namespace Kestra::Tool {
 
 /// What the command line asks for: the run of a subcommand, or only an answer.
 struct CommandLine {
-    std::variant<TokensOptions, EventsOptions, CheckOptions, DetectOptions, RewriteOptions>
-        run;                             ///< the subcommand, by its options
+    /// The subcommand, by its options.
+    std::variant<TokensOptions, EventsOptions, CheckOptions, DetectOptions, RewriteOptions> run;
     std::optional<ExitStatus> answered;  ///< when set, nothing is run: the text below is all
-    std::string
-        answer;  ///< help or version for standard output, or what is wrong for standard error; no line feed at its end
+    /// Help or version for standard output, or what is wrong for standard error; no line feed at
+    /// its end.
+    std::string answer;
 };
 
 /// @param arguments  without the program's name

@@ -16,7 +16,8 @@ namespace Kestra::Tool {
 /// What `--help` says at its end, of the tool and of each subcommand.
 extern const char* const EXIT_STATUS_HELP;
 
-/// Reads a number in decimal digits. @return nothing for another text, and above `most`
+/// Reads a number in decimal digits.
+/// @return nothing for another text, and above `most`
 std::optional<std::uint64_t> ReadNumber(const std::string& text, std::uint64_t most);
 
 /// A subcommand: declares each of its options, with the help and the field that it fills.

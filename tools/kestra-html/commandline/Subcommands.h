@@ -9,7 +9,8 @@
 
 namespace Kestra::Tool {
 
-/// Declares the options of a subcommand. @param options  borrowed; what they fill
+/// Declares the options of a subcommand.
+/// @param options  borrowed; what they fill
 void DeclareOptions(Subcommand* command, TokensOptions* options);
 void DeclareOptions(Subcommand* command, EventsOptions* options);
 void DeclareOptions(Subcommand* command, CheckOptions* options);

@@ -26,11 +26,13 @@ struct Input {
     std::string bytes;
 };
 
-/// Says on standard error why an input was not read. @param result  not READ. @return the exit
-/// status for it
+/// Says on standard error why an input was not read.
+/// @param result  not READ
+/// @return the exit status for it
 ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, Console* console);
 
-/// Parses an input, writes what it finds and says what is wrong. @return how it ended.
+/// Parses an input, writes what it finds and says what is wrong.
+/// @return how it ended.
 /// @throws OutputFailed, std::bad_alloc
 using RunInput = std::function<ExitStatus(const Input& input)>;
 

@@ -19,8 +19,8 @@ struct CheckOutcome {
     std::uint64_t tokens = 0;
     double seconds = 0;    ///< of that pass alone
     bool hasCopy = false;  ///< the parser has one; without, an empty one is compared
-    std::optional<std::uint64_t>
-        firstDifference;              ///< byte offset; nothing when the copy equals the input, and when it is lost
+    /// Byte offset; nothing when the copy equals the input, and when it is lost.
+    std::optional<std::uint64_t> firstDifference;
     std::uint64_t lostMarkBytes = 0;  ///< bytes at the start that belong to no token and are in no copy
     std::string token;                ///< the one that holds that byte, in the trace language; empty when there is none
     std::uint64_t tokenStart = 0;     ///< byte offset

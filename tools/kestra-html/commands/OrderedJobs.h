@@ -25,7 +25,7 @@ public:
 
     /// Starts at once.
     /// @param threads  at least 1; no more are started than there are jobs, or than the system has
-    /// room for
+    ///                 room for
     /// @param begin    called for each job before the next one is taken up, one call at a time and in order
     /// @throws std::exception what the first thread failed with; when a later one fails, those
     /// before it do the work

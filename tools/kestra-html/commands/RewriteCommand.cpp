@@ -216,8 +216,8 @@ private:
     /// That of the markup, or 0 where the rewriter finds UTF-16 by itself; nothing when there is
     /// none. A token that does not fit the memory ends the search here, and is copied later.
     std::optional<CharSet::Code> FindDeclaredCharset(VFS::InputStream* stream) const {
-        HTML::ParserObserver<char, std::string>
-            observer;  // nothing is converted for it, so that no declaration comes too late
+        // Nothing is converted for it, so that no declaration comes too late.
+        HTML::ParserObserver<char, std::string> observer;
         GenericParser parser;
         parser.SetObserver(&observer, false);
         parser.SetScriptMode(options.scriptMode);

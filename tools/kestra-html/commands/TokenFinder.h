@@ -17,8 +17,8 @@ public:
     static constexpr std::uint64_t LONGEST_TEXT = 40;  ///< characters of each string of the token that are shown
 
     /// @param observedParser  borrowed; asked in callbacks
-    /// @param byte            offset of the byte to find; the size of the input for what follows its last
-    /// token
+    /// @param byte            offset of the byte to find; the size of the input for what follows
+    ///                        its last token
     TokenFinder(const HTML::GenericParser* observedParser, std::uint64_t byte);
 
     /// For the pass as a whole: the token in the trace language, its long texts cut. Empty when no

@@ -55,8 +55,8 @@ private:
 
     template <typename C, typename S>
     ParsePassResult ParseSilently(const Input& input, const ParseStart& start) {
-        HTML::ParserObserver<C, S>
-            observer;  // its flavour decides whether text is converted, and so where a parse is abandoned
+        // Its flavour decides whether text is converted, and so where a parse is abandoned.
+        HTML::ParserObserver<C, S> observer;
         GenericParser parser;
         parser.SetObserver(&observer, false);
         ParseOptions silentOptions = options;

@@ -30,7 +30,7 @@ struct OpenedInput {
 
 /// Opens a file, or standard input for the name "-", to be read piece by piece.
 /// @param readsAgain  it can also be read again after a `Seek`. What can be read only once, as a
-/// pipe, is kept for that, in a temporary file when it is long
+///                    pipe, is kept for that, in a temporary file when it is long
 OpenedInput OpenInput(const std::string& name, bool readsAgain);
 
 }  // namespace Kestra::Tool

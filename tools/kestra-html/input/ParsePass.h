@@ -22,8 +22,8 @@ struct ParsePassResult : CallResults {
 
     // Asked just after `EndParse`.
     bool hasCharsetErrors = false;
-    std::uint32_t conversionError =
-        0;  ///< the last code of a conversion for the observer that failed: tokens are missing; 0 for none
+    /// The last code of a conversion for the observer that failed: tokens are missing; 0 for none.
+    std::uint32_t conversionError = 0;
 
     /// Every call returned 0 and no token is missing.
     bool IsGood() const;
@@ -47,7 +47,7 @@ public:
 
     /// Takes over the charset that a pass was abandoned for.
     /// @return false when the pass counts: it was not abandoned, or there have been MOST_RESTARTS
-    /// before. Nothing changes then.
+    ///         before. Nothing changes then.
     bool Restart(const ParsePassResult& result);
 
 private:

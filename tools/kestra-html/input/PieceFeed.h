@@ -9,8 +9,9 @@
 
 namespace Kestra::Tool {
 
-/// Hands one piece to a parser. @param piece  gone after the call. @return what `ParseBuffer`
-/// returned
+/// Hands one piece to a parser.
+/// @param piece  gone after the call
+/// @return what `ParseBuffer` returned
 using ParsePiece = std::function<std::uint32_t(const char* piece, std::size_t size)>;
 
 /// Feeds an input piece by piece, for as long as the parser answers 0, or 16 for a piece that ends

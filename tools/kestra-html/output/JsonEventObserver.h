@@ -19,7 +19,7 @@ namespace Kestra::Tool {
 class JsonEventObserver final : public HTML::StatelessHTMLObserver {
 public:
     /// @param placesParser  borrowed; asked in each callback where it is. Null: no places are
-    /// written
+    ///                      written
     explicit JsonEventObserver(LineSink* lineSink, const HTML::StatelessHTMLParser* placesParser = nullptr);
 
     void OnStartParsing() override;
@@ -33,7 +33,8 @@ public:
     void OnText(const WideChar* text) override;
     void OnStyle(const Attributes* attributes, const WideChar* body) override;
 
-    /// Writes the last line of an input. @param inputName  as given on the command line
+    /// Writes the last line of an input.
+    /// @param inputName  as given on the command line
     void WriteResult(const EventsPassResult& result, const std::string& inputName);
 
 private:

@@ -22,7 +22,7 @@ template <typename C, typename S>
 class JsonObserver final : public HTML::EventObserver<JsonObserver<C, S>, C, S> {
 public:
     /// @param placesParser  borrowed; asked for the place of each token and attribute. Null: no
-    /// places are written
+    ///                      places are written
     explicit JsonObserver(LineSink* lineSink, const HTML::GenericParser* placesParser = nullptr);
 
     void OnBOM(const void* bytes, std::uint64_t size) override;
@@ -31,7 +31,8 @@ public:
     template <template <typename, typename> class Record>
     void OnToken(Record<C, S>* record);
 
-    /// Writes the last line of an input. @param inputName  as given on the command line
+    /// Writes the last line of an input.
+    /// @param inputName  as given on the command line
     void WriteResult(const ParsePassResult& result, const std::string& inputName);
 
 private:

@@ -20,7 +20,8 @@ public:
     LineSink& operator=(const LineSink&) = delete;
     virtual ~LineSink() = default;
 
-    /// Writes one line. @param line  without its line feed
+    /// Writes one line.
+    /// @param line  without its line feed
     /// @throws OutputFailed
     virtual void Line(std::string_view line) = 0;
 };

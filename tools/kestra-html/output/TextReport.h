@@ -93,11 +93,12 @@ public:
     /// @param withOffsets  lines also have the offsets of the place
     TextReport(LineSink* lineSink, bool inColour, bool withOffsets);
 
-    /// Writes a line and counts it. @param text  in the trace language; begins with the word that
-    /// is coloured
+    /// Writes a line and counts it.
+    /// @param text  in the trace language; begins with the word that is coloured
     void Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text);
 
-    /// Writes a line of the summary. @param title  at most eight letters
+    /// Writes a line of the summary.
+    /// @param title  at most eight letters
     void Summarize(std::string_view title, std::string_view text);
 
     /// The number of lines so far and, after it, that of each kind. Those of `TokenKind::EVENT` are

@@ -58,8 +58,8 @@ private:
     Listener listen;
     std::uint64_t count = 0;
     Failure failure;
-    std::optional<std::uint64_t>
-        removed;  ///< begin of the last tag that is removed, by itself or with an element around it
+    /// Begin of the last tag that is removed, by itself or with an element around it.
+    std::optional<std::uint64_t> removed;
 };
 
 }  // namespace Kestra::Tool

@@ -20,8 +20,9 @@ public:
     /// What is wrong with the two, in English; empty for nothing.
     const std::string& GetFault() const;
 
-    /// Replaces every match, from left to right. @param value  in UTF-8. @return false when there
-    /// is none
+    /// Replaces every match, from left to right.
+    /// @param value  in UTF-8
+    /// @return false when there is none
     bool Apply(std::string* value) const;
 
 private:

@@ -32,7 +32,7 @@ public:
 
     /// Puts what was written in place of the file.
     /// @param backupSuffix  the file as it was gets its name with this at the end, in place of one
-    /// that has that name; empty for none
+    ///                      that has that name; empty for none
     /// @throws InPlaceFailed
     void Commit(const std::string& backupSuffix);
 

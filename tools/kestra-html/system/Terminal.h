@@ -31,8 +31,8 @@ struct WriteFailure {
 };
 
 /// Writes bytes to standard output at once. A console of Windows gets them as text: they are taken
-/// for UTF-8, and shown right in every code page of the console. @param bytes  whole lines, or a
-/// part of one that ends between two characters
+/// for UTF-8, and shown right in every code page of the console.
+/// @param bytes  whole lines, or a part of one that ends between two characters
 /// @return nothing when all of them have been written
 std::optional<WriteFailure> WriteOutput(std::string_view bytes);
 

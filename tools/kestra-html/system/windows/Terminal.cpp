@@ -73,14 +73,16 @@ std::string Describe(DWORD error) {
 }
 
 /// A call that succeeds and writes nothing would do so for ever: a full pipe that does not wait,
-/// for example. @return false, with an error
+/// for example.
+/// @return false, with an error
 bool IsProgress(DWORD written) {
     if (written == 0)
         SetLastError(ERROR_WRITE_FAULT);
     return written != 0;
 }
 
-/// Takes bytes off the front of the text, and shows them all. @return false when a call failed
+/// Takes bytes off the front of the text, and shows them all.
+/// @return false when a call failed
 bool ShowFront(HANDLE console, std::string_view* text) {
     const std::size_t count = FindCut(*text, MOST_TEXT);
     const std::wstring units = ToWide(text->substr(0, count));
@@ -95,7 +97,8 @@ bool ShowFront(HANDLE console, std::string_view* text) {
     return true;
 }
 
-/// Takes as many bytes off the front as one call writes. @return false when the call failed
+/// Takes as many bytes off the front as one call writes.
+/// @return false when the call failed
 bool WriteFront(HANDLE file, std::string_view* bytes) {
     DWORD written = 0;
     if (WriteFile(file, bytes->data(), static_cast<DWORD>(std::min(bytes->size(), MOST_BYTES)), &written, nullptr) ==

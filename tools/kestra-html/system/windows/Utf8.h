@@ -6,10 +6,12 @@
 
 namespace Kestra::Tool {
 
-/// UTF-16 of a text in UTF-8. What is no UTF-8 becomes U+FFFD. @param text  less than 2 GB
+/// UTF-16 of a text in UTF-8. What is no UTF-8 becomes U+FFFD.
+/// @param text  less than 2 GB
 std::wstring ToWide(std::string_view text);
 
-/// UTF-8 of a text in UTF-16. A lone surrogate becomes U+FFFD. @param text  less than 512 M units
+/// UTF-8 of a text in UTF-16. A lone surrogate becomes U+FFFD.
+/// @param text  less than 512 M units
 std::string FromWide(std::wstring_view text);
 
 /// The same for names of files, which the system makes of any units: a lone surrogate becomes three

@@ -21,8 +21,8 @@
 
 namespace Kestra::HTML {
 
-/// What `RewriterToken` and `RewriterElement` offer while they are not over.
-class TokenAtHand {
+/// Does the operations of `RewriterToken` and `RewriterElement` while these are not over.
+class CurrentToken {
 public:
     /// Where a text is to be written.
     enum class Spot {
@@ -37,11 +37,11 @@ public:
     };
 
     /// Both are borrowed for as long as this lives.
-    TokenAtHand(const GenericParser* documentParser, RewriterOutput* documentOutput);
-    TokenAtHand(const TokenAtHand&) = delete;
-    TokenAtHand& operator=(const TokenAtHand&) = delete;
+    CurrentToken(const GenericParser* documentParser, RewriterOutput* documentOutput);
+    CurrentToken(const CurrentToken&) = delete;
+    CurrentToken& operator=(const CurrentToken&) = delete;
 
-    /// @name What the document does
+    /// @name Called by the engine
     /// @{
     void Begin(TokenKind kind, bool hasAttributes) {
         tokenKind = kind;
@@ -59,7 +59,7 @@ public:
         elementHasContent = hasContent;
     }
     /// @param name  as an 8-bit observer gets it: in the charset of the document, also when that is
-    /// UTF-16
+    ///              UTF-16
     void SetTagName(const std::string& name);
     void SetTagName(const WideString& name);
     /// Notes the raw element that the tag opens, if it does. A short tag opens no script for a
@@ -95,11 +95,17 @@ public:
     bool FindAttribute(std::string_view name, std::string* value);
     /// @}
 
-    TokenKind GetKind() const;
+    TokenKind GetKind() const {
+        return tokenKind;
+    }
     TokenPlace GetPlace() const;
     std::string_view GetBytes();
-    bool HasContent() const;
-    const std::string& GetTagName() const;
+    bool HasContent() const {
+        return isOpening && elementHasContent;
+    }
+    const std::string& GetTagName() const {
+        return tagName;
+    }
 
     /// @name Edits
     /// @return 0, 2, 8 or a `RewriteResult`; other than with 0 nothing has changed
@@ -152,17 +158,17 @@ private:
     DocumentText text;
 };
 
-/// What selectors ask about the tag at hand.
-class AttributesAtHand final : public TagAttributes {
+/// The attributes of the current tag, for selectors.
+class CurrentAttributes final : public TagAttributes {
 public:
-    explicit AttributesAtHand(TokenAtHand* tagAtHand) : tag(tagAtHand) {}
+    explicit CurrentAttributes(CurrentToken* currentTag) : tag(currentTag) {}
 
     bool Find(std::string_view name, std::string* value) const override {
         return tag->FindAttribute(name, value);
     }
 
 private:
-    TokenAtHand* tag;
+    CurrentToken* tag;
 };
 
 }  // namespace Kestra::HTML

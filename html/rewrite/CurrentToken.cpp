@@ -1,4 +1,4 @@
-#include "html/rewrite/TokenAtHand.h"
+#include "html/rewrite/CurrentToken.h"
 
 #include <algorithm>
 #include <new>
@@ -16,10 +16,10 @@ bool IsScriptOrStyle(std::uint32_t raw) {
 
 }  // namespace
 
-TokenAtHand::TokenAtHand(const GenericParser* documentParser, RewriterOutput* documentOutput)
+CurrentToken::CurrentToken(const GenericParser* documentParser, RewriterOutput* documentOutput)
     : parser(documentParser), output(documentOutput), view(documentOutput->GetView()) {}
 
-void TokenAtHand::SetTagName(const std::string& name) {
+void CurrentToken::SetTagName(const std::string& name) {
     const bool isAscii = std::all_of(name.begin(), name.end(),
                                      [](char character) { return static_cast<unsigned char>(character) < 0x80; });
     if (isAscii && !parser->IsWParser())
@@ -29,23 +29,23 @@ void TokenAtHand::SetTagName(const std::string& name) {
     std::transform(tagName.begin(), tagName.end(), tagName.begin(), FoldAscii<char>);
 }
 
-void TokenAtHand::SetTagName(const WideString& name) {
+void CurrentToken::SetTagName(const WideString& name) {
     DocumentText::FromWide(name, &tagName);
     std::transform(tagName.begin(), tagName.end(), tagName.begin(), FoldAscii<char>);
 }
 
-void TokenAtHand::OpenRawElement() {
+void CurrentToken::OpenRawElement() {
     const std::uint32_t raw = FindRawElement(tagName);
     const bool isShort = tokenKind == TOKEN_SHORT_TAG;
     if (!isShort || !IsScriptOrStyle(raw) || parser->GetScriptMode() == GenericParser::SCRIPT_AS_TEXT)
         rawElements |= raw;
 }
 
-void TokenAtHand::CloseRawElement() {
+void CurrentToken::CloseRawElement() {
     rawElements &= ~(FindRawElement(tagName) & ~std::uint32_t{RAW_PLAINTEXT});
 }
 
-TokenEdits* TokenAtHand::CompleteEdits() {
+TokenEdits* CurrentToken::CompleteEdits() {
     if (!edits.isEdited && !tag.IsChanged())
         return nullptr;
     if (tag.IsChanged() && !edits.hasBody)
@@ -54,7 +54,7 @@ TokenEdits* TokenAtHand::CompleteEdits() {
     return &edits;
 }
 
-void TokenAtHand::AbandonEdits() {
+void CurrentToken::AbandonEdits() {
     std::vector<ElementEdits> ended;
     ended.swap(edits.closing);
     const bool endsEdited = edits.closesEdited;
@@ -64,32 +64,20 @@ void TokenAtHand::AbandonEdits() {
     edits.isEdited = !edits.closing.empty();
 }
 
-void TokenAtHand::ClearEdits() {
+void CurrentToken::ClearEdits() {
     edits.Clear();
     tag.Forget();
 }
 
-TokenKind TokenAtHand::GetKind() const {
-    return tokenKind;
-}
-
-TokenPlace TokenAtHand::GetPlace() const {
+TokenPlace CurrentToken::GetPlace() const {
     return parser->GetTokenPlace();
 }
 
-std::string_view TokenAtHand::GetBytes() {
+std::string_view CurrentToken::GetBytes() {
     return output->GetBytes(parser->GetTokenPlace());
 }
 
-bool TokenAtHand::HasContent() const {
-    return isOpening && elementHasContent;
-}
-
-const std::string& TokenAtHand::GetTagName() const {
-    return tagName;
-}
-
-DocumentText& TokenAtHand::GetText() {
+DocumentText& CurrentToken::GetText() {
     text.SetCharset(parser->GetCharset(), parser->IsWParser());
     return text;
 }
@@ -98,36 +86,37 @@ DocumentText& TokenAtHand::GetText() {
 // attributes
 
 /// Takes the attributes of the tag apart, once.
-bool TokenAtHand::LoadTag() {
+bool CurrentToken::LoadTag() {
     if (!canHaveAttributes)
         return false;
     if (tag.IsLoaded())
         return true;
-    const std::string_view bytes = GetBytes();
+    const TokenPlace place = GetPlace();
+    const std::string_view bytes = output->GetBytes(place);
     DocumentText& charset = GetText();
-    if (!layoutReader.Read(*parser, tokenKind, bytes, charset))
+    if (!layoutReader.Read(*parser, tokenKind, place.begin, bytes, charset))
         return false;
     tag.Load(bytes, layoutReader.GetLayout(), &charset);
     return true;
 }
 
-bool TokenAtHand::FindAttribute(std::string_view name, std::string* value) {
+bool CurrentToken::FindAttribute(std::string_view name, std::string* value) {
     LoadTag();
     return value == nullptr ? tag.Has(name) : tag.Get(name, value) == REWRITE_OK;
 }
 
-bool TokenAtHand::HasAttribute(std::string_view name) {
+bool CurrentToken::HasAttribute(std::string_view name) {
     return LoadTag() && tag.Has(name);
 }
 
-std::uint32_t TokenAtHand::GetAttribute(std::string_view name, std::string* value) {
+std::uint32_t CurrentToken::GetAttribute(std::string_view name, std::string* value) {
     if (value == nullptr)
         return PARSER_INVALID_ARGUMENT;
     return CatchOutOfMemory(
         [&]() -> std::uint32_t { return LoadTag() ? tag.Get(name, value) : std::uint32_t{REWRITE_WRONG_KIND}; });
 }
 
-std::uint32_t TokenAtHand::SetAttribute(std::string_view name, std::string_view value, bool adds) {
+std::uint32_t CurrentToken::SetAttribute(std::string_view name, std::string_view value, bool adds) {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         if (!LoadTag())
             return REWRITE_WRONG_KIND;
@@ -139,11 +128,11 @@ std::uint32_t TokenAtHand::SetAttribute(std::string_view name, std::string_view 
     });
 }
 
-std::uint32_t TokenAtHand::SetAttribute(std::string_view name, WideStringView value, bool adds) {
+std::uint32_t CurrentToken::SetAttribute(std::string_view name, WideStringView value, bool adds) {
     return ConvertAndEdit(value, [&](std::string_view utf8) { return SetAttribute(name, utf8, adds); });
 }
 
-std::uint32_t TokenAtHand::RenameAttribute(std::string_view name, std::string_view newName) {
+std::uint32_t CurrentToken::RenameAttribute(std::string_view name, std::string_view newName) {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         if (!LoadTag())
             return REWRITE_WRONG_KIND;
@@ -151,7 +140,7 @@ std::uint32_t TokenAtHand::RenameAttribute(std::string_view name, std::string_vi
     });
 }
 
-std::uint32_t TokenAtHand::RemoveAttribute(std::string_view name) {
+std::uint32_t CurrentToken::RemoveAttribute(std::string_view name) {
     return CatchOutOfMemory(
         [&]() -> std::uint32_t { return LoadTag() ? tag.Remove(name) : std::uint32_t{REWRITE_WRONG_KIND}; });
 }
@@ -160,7 +149,7 @@ std::uint32_t TokenAtHand::RemoveAttribute(std::string_view name) {
 // edits
 
 template <typename Edit>
-std::uint32_t TokenAtHand::CatchOutOfMemory(Edit edit) {
+std::uint32_t CurrentToken::CatchOutOfMemory(Edit edit) {
     try {
         return edit();
     } catch (const std::bad_alloc&) {
@@ -169,7 +158,7 @@ std::uint32_t TokenAtHand::CatchOutOfMemory(Edit edit) {
 }
 
 template <typename Edit>
-std::uint32_t TokenAtHand::ConvertAndEdit(WideStringView wide, Edit edit) {
+std::uint32_t CurrentToken::ConvertAndEdit(WideStringView wide, Edit edit) {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         std::string converted;
         return DocumentText::FromWide(wide, &converted) ? edit(std::string_view(converted))
@@ -178,7 +167,7 @@ std::uint32_t TokenAtHand::ConvertAndEdit(WideStringView wide, Edit edit) {
 }
 
 /// The elements whose content a text becomes that is written there.
-std::uint32_t TokenAtHand::GetRawElements(Spot spot) const {
+std::uint32_t CurrentToken::GetRawElements(Spot spot) const {
     switch (spot) {
         case Spot::BEFORE:
         case Spot::INSTEAD:
@@ -195,8 +184,8 @@ std::uint32_t TokenAtHand::GetRawElements(Spot spot) const {
 }
 
 /// @param raw  not RAW_NONE
-std::uint32_t TokenAtHand::Encode(std::string_view utf8Text, RewriteContent kind, std::uint32_t raw,
-                                  std::string* bytes) {
+std::uint32_t CurrentToken::Encode(std::string_view utf8Text, RewriteContent kind, std::uint32_t raw,
+                                   std::string* bytes) {
     if (!DocumentText::IsWellFormed(utf8Text) || (kind != CONTENT_TEXT && kind != CONTENT_MARKUP))
         return PARSER_INVALID_ARGUMENT;
     if (raw != RAW_NONE)
@@ -211,7 +200,7 @@ std::uint32_t TokenAtHand::Encode(std::string_view utf8Text, RewriteContent kind
     return REWRITE_OK;
 }
 
-std::uint32_t TokenAtHand::Write(Spot spot, std::string_view content, RewriteContent kind) {
+std::uint32_t CurrentToken::Write(Spot spot, std::string_view content, RewriteContent kind) {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         if (tokenKind == TOKEN_NONE)
             return REWRITE_WRONG_KIND;
@@ -232,13 +221,13 @@ std::uint32_t TokenAtHand::Write(Spot spot, std::string_view content, RewriteCon
     });
 }
 
-std::uint32_t TokenAtHand::Write(Spot spot, WideStringView content, RewriteContent kind) {
+std::uint32_t CurrentToken::Write(Spot spot, WideStringView content, RewriteContent kind) {
     return ConvertAndEdit(content, [&](std::string_view converted) { return Write(spot, converted, kind); });
 }
 
 /// Whether the text would end the raw elements that it is written into, together with what lies
 /// around it. An end tag that ends one itself may be replaced by anything.
-bool TokenAtHand::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inserted) {
+bool CurrentToken::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inserted) {
     const auto fits = [&](std::string_view before, std::string_view after, bool isAfterKnown) {
         return !EndsRawElement(raw, inserted, {before, after, isAfterKnown});
     };
@@ -273,7 +262,7 @@ bool TokenAtHand::EndsRaw(Spot spot, std::uint32_t raw, std::string_view inserte
 }
 
 /// Keeps what is to be written. Takes the bytes; all that may fail comes first.
-void TokenAtHand::StoreInsertion(Spot spot, std::string* bytes, bool isText) {
+void CurrentToken::StoreInsertion(Spot spot, std::string* bytes, bool isText) {
     const auto put = [&](Insertion* insertion) {
         insertion->bytes.swap(*bytes);
         insertion->textBegin = isText ? 0 : Insertion::NO_TEXT;
@@ -310,7 +299,7 @@ void TokenAtHand::StoreInsertion(Spot spot, std::string* bytes, bool isText) {
 }
 
 /// After what was to be written there before.
-void TokenAtHand::AppendInsertion(std::string* bytes, bool isText, Insertion* insertion) const {
+void CurrentToken::AppendInsertion(std::string* bytes, bool isText, Insertion* insertion) const {
     const std::size_t begin = insertion->bytes.size();
     if (begin == 0) {
         insertion->bytes.swap(*bytes);
@@ -328,7 +317,7 @@ void TokenAtHand::AppendInsertion(std::string* bytes, bool isText, Insertion* in
 }
 
 /// Of the element nothing is written but what takes its place.
-void TokenAtHand::LeaveElementOut() {
+void CurrentToken::LeaveElementOut() {
     edits.hasBody = true;
     edits.element.isRemoved = true;
     edits.element.end.Clear();
@@ -339,7 +328,7 @@ void TokenAtHand::LeaveElementOut() {
     edits.isEdited = true;
 }
 
-std::uint32_t TokenAtHand::Remove() {
+std::uint32_t CurrentToken::Remove() {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         if (tokenKind == TOKEN_NONE)
             return REWRITE_WRONG_KIND;
@@ -352,7 +341,7 @@ std::uint32_t TokenAtHand::Remove() {
     });
 }
 
-std::uint32_t TokenAtHand::RemoveElement() {
+std::uint32_t CurrentToken::RemoveElement() {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         if (rawBefore != RAW_NONE && EndsRaw(Spot::INSTEAD, rawBefore, ""))
             return REWRITE_ENDS_EARLY;
@@ -362,7 +351,7 @@ std::uint32_t TokenAtHand::RemoveElement() {
     });
 }
 
-std::uint32_t TokenAtHand::Unwrap() {
+std::uint32_t CurrentToken::Unwrap() {
     return CatchOutOfMemory([&]() -> std::uint32_t {
         if (edits.element.isRemoved)
             return REWRITE_OK;
@@ -376,7 +365,7 @@ std::uint32_t TokenAtHand::Unwrap() {
     });
 }
 
-std::uint32_t TokenAtHand::SetText(std::string_view newText) {
+std::uint32_t CurrentToken::SetText(std::string_view newText) {
     if (tokenKind == TOKEN_TEXT)
         return Write(Spot::INSTEAD, newText, CONTENT_TEXT);
     if (tokenKind != TOKEN_COMMENT_TAG)
@@ -406,7 +395,7 @@ std::uint32_t TokenAtHand::SetText(std::string_view newText) {
     });
 }
 
-std::uint32_t TokenAtHand::SetText(WideStringView newText) {
+std::uint32_t CurrentToken::SetText(WideStringView newText) {
     return ConvertAndEdit(newText, [&](std::string_view converted) { return SetText(converted); });
 }
 
@@ -414,11 +403,11 @@ std::uint32_t TokenAtHand::SetText(WideStringView newText) {
 /// element. Changed attributes do not matter: such a tag still begins with its "<" and ends with
 /// its ">", and what could end a raw element crosses neither. So the tag is not written for every
 /// text that is inserted there. Borrowed until the next edit.
-std::string_view TokenAtHand::GetBody() {
+std::string_view CurrentToken::GetBody() {
     return edits.hasBody ? std::string_view(edits.body.bytes) : GetBytes();
 }
 
-std::string TokenAtHand::GetTail() const {
+std::string CurrentToken::GetTail() const {
     return output->GetTail(parser->GetTokenPlace().begin);
 }
 
