@@ -87,7 +87,7 @@ private:
     void ReadReference(Part* part) {
         part->least = part->most = 1;
         const std::string_view before = text;
-        const std::string_view name = SkipAll("abcdefghijklmnopqrstuvwxyz-");
+        const std::string_view name = SkipAll("abcdefghijklmnopqrstuvwxyz-0123456789");
         if (Skip("*")) {
             part->least = ReadNumber();
             if (!Skip("-"))
