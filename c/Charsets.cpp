@@ -41,8 +41,7 @@ bool FindDeclared(const void* data, std::size_t size, kestra_html_detection* det
     parser.SetObserver(&observer, false);
     parser.SetChrDetMinConfidence(NEVER_DETECT);
     parser.StartParse(CharSet::UNKNOWN, GenericParser::DATA_STREAM_AUTO);
-    BorrowedStream stream(data, size);
-    parser.ParseStream(&stream, false);
+    parser.ParseStream(MakeBorrowedStream(data, size).release(), true);
     detection->charset = parser.GetCharset();
     if (detection->charset == CharSet::UNKNOWN)
         return false;

@@ -117,7 +117,7 @@ std::uint32_t CheckDocument(const void* data, std::size_t size, std::uint32_t ch
     for (bool isAgain = false;; isAgain = true) {
         parser.StartParse(charset, GenericParser::DATA_STREAM_AUTO);
         parser.SetSelfCheck(GenericParser::SELF_CHECK_CRC);
-        const std::uint32_t result = parser.ParseStream(new BorrowedStream(data, size), true);
+        const std::uint32_t result = parser.ParseStream(MakeBorrowedStream(data, size).release(), true);
         if (result == HTML::PARSER_PARSE_AGAIN && !isAgain) {
             charset = parser.GetCharset();
             continue;
@@ -304,18 +304,16 @@ uint32_t kestra_html_parser_feed(kestra_html_parser* parser, const void* data, s
 uint32_t kestra_html_parser_feed_document(kestra_html_parser* parser, const void* data, size_t size) {
     if (data == nullptr && size > 0)
         return KESTRA_HTML_INVALID_ARGUMENT;
-    return CallParser(parser, [&](kestra_html_parser& called) {
-        return called.Feed(std::make_unique<Kestra::C::BorrowedStream>(data, size));
-    });
+    return CallParser(
+        parser, [&](kestra_html_parser& called) { return called.Feed(Kestra::C::MakeBorrowedStream(data, size)); });
 }
 
 uint32_t kestra_html_parser_feed_stream(kestra_html_parser* parser, const kestra_html_stream* stream) {
     kestra_html_stream known{};
     if (stream == nullptr || !Kestra::C::CopyStruct(stream, &known) || known.read == nullptr)
         return KESTRA_HTML_INVALID_ARGUMENT;
-    return CallParser(parser, [&](kestra_html_parser& called) {
-        return called.Feed(std::make_unique<Kestra::C::HostStream>(known));
-    });
+    return CallParser(parser,
+                      [&](kestra_html_parser& called) { return called.Feed(Kestra::C::MakeHostStream(known)); });
 }
 
 uint32_t kestra_html_parser_feed_file(kestra_html_parser* parser, const char* path) {

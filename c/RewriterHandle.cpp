@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -222,8 +223,8 @@ uint32_t kestra_html_rewriter_feed_stream(kestra_html_rewriter* rewriter, const 
     if (stream == nullptr || !Kestra::C::CopyStruct(stream, &known) || known.read == nullptr)
         return KESTRA_HTML_INVALID_ARGUMENT;
     return CallRewriter(rewriter, [&](kestra_html_rewriter& called) {
-        Kestra::C::HostStream host(known);
-        return called.rewriter.ParseStream(&host, false);
+        const std::unique_ptr<Kestra::VFS::InputStream> host = Kestra::C::MakeHostStream(known);
+        return called.rewriter.ParseStream(host.get(), false);
     });
 }
 

@@ -29,9 +29,10 @@ static uint32_t on_token(void *user, const kestra_html_token *token) {
 }
 
 static unsigned parse(void) {
-    seen counts = {0, 0};
-    kestra_html_options options = {.size = sizeof(kestra_html_options)};
+    static seen counts;
+    static kestra_html_options options; /* zeroed: there is no memset here */
     kestra_html_parser *parser;
+    options.size = sizeof options;
     options.encoding = KESTRA_HTML_UTF8;
     options.on_token = on_token;
     options.user = &counts;
