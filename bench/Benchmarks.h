@@ -34,6 +34,8 @@ void SetRoundSize(benchmark::State& state, const Corpus& corpus);
 // Each of these registers its benchmarks for one corpus.
 /// @param withBuffers  documents are fed as buffers too, those without junk
 void RegisterDocumentParser(const NamedCorpus& corpus, bool withBuffers);
+/// The document parser by the C interface.
+void RegisterCInterface(const NamedCorpus& corpus);
 /// Scripts as tokens, and as text.
 void RegisterScriptModes(const NamedCorpus& corpus);
 /// @param corpus  has only documents that this parser takes to their end

@@ -24,6 +24,7 @@ constexpr std::string_view CORPORA_OPTION = "--corpora=";
 void RegisterAll(const NamedCorpus& corpus, const std::string& list) {
     RegisterLimits(corpus);
     RegisterDocumentParser(corpus, true);
+    RegisterCInterface(corpus);
     RegisterScriptModes(corpus);
     RegisterRewriter(corpus);
     RegisterPeers(corpus, list);
@@ -71,6 +72,7 @@ int main(int argc, char** argv) {
     // The example page has junk.
     const NamedCorpus examplePage("example_page", [] { return LoadFolder(KESTRA_EXAMPLE_PAGES); });
     RegisterDocumentParser(examplePage, false);
+    RegisterCInterface(examplePage);
     RegisterRewriter(examplePage);
     const NamedCorpus text("text", [] { return MakeText(TEXT_SIZE); });
     RegisterLimits(text);

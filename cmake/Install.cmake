@@ -10,7 +10,8 @@ set(KESTRA_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 target_include_directories(kestra-html INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 
 install(TARGETS kestra-html EXPORT kestra-html-targets
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestra)
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestra
+    FILE_SET c_headers DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT kestra-html-targets NAMESPACE Kestra:: DESTINATION ${KESTRA_PACKAGE_DIR})
 
 configure_package_config_file(cmake/kestra-html-config.cmake.in kestra-html-config.cmake INSTALL_DESTINATION ${KESTRA_PACKAGE_DIR})
@@ -36,7 +37,7 @@ install(FILES ${PROJECT_BINARY_DIR}/kestra-html.pc DESTINATION ${KESTRA_PKGCONFI
 
 install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY examples/links examples/pages examples/rewrite DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(DIRECTORY examples/c examples/links examples/pages examples/rewrite DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 if(WIN32 AND KESTRA_WINDOWS_PACKAGES)
     # The terms of what is linked into the library and the tool.
     install(DIRECTORY ${KESTRA_WINDOWS_PACKAGES}/share/licenses DESTINATION ${CMAKE_INSTALL_DOCDIR})

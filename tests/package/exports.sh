@@ -7,8 +7,8 @@ complain() {
     failed=1
 }
 
-# Prints the public names of installed headers, one a line: "template NAME", "class NAME" or "object
-# NAME".
+# Prints the public names of installed headers, one a line: "template NAME", "class NAME", "object
+# NAME" or "function NAME".
 #
 #     public_names HEADER-FOLDER
 public_names() {
@@ -23,6 +23,11 @@ public_names() {
             sub(/(\[[0-9]*\])?;.*/, "", name)
             sub(/.*[ *&]/, "", name)
             print "object " name
+        }
+        match($0, /^KESTRA_HTML_CALL .*kestra_html_[a-z0-9_]+\(/) {
+            name = substr($0, RSTART, RLENGTH - 1)
+            sub(/.*[ *]/, "", name)
+            print "function " name
         }
         { previous = $0 }' {} +
 }
@@ -65,6 +70,10 @@ compare_exports() {
                 ++plain[owner]
             next
         }
+        kind[name] == "function" {
+            ++plain[name]
+            next
+        }
         { print "a stranger is exported: " $0 }
         END {
             for (owner in kind) {
@@ -90,6 +99,6 @@ check_exports() {
     wrong=$(compare_exports "$public" "$3")
     [ -z "$wrong" ] || complain "$wrong"
     for name in $(echo "$public" | sed 's/.* //'); do
-        grep -qw "$name" "$2"/*.cpp || complain "the user program does not use $name"
+        grep -qw "$name" "$2"/*.cpp "$2"/*.c || complain "the user program does not use $name"
     done
 }

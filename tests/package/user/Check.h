@@ -29,3 +29,5 @@ void UseDocuments();
 void UseEvents();
 void UseDetection();
 void UseBoundary();
+
+extern "C" int CheckInterface(void);  ///< @return how much is wrong

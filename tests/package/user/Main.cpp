@@ -26,6 +26,7 @@ int main() {
     UseEvents();
     UseDetection();
     UseBoundary();
+    CHECK(CheckInterface() == 0);
     std::printf("%d expectations, %d failed\n", expectations, failures);
     return failures == 0 && expectations > 0 ? 0 : 1;
 }

@@ -1,0 +1,115 @@
+// The document parser by the C interface, with the work of the counting observers.
+
+#include <kestra/html.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "bench/Benchmarks.h"
+
+namespace Kestra::Bench {
+
+namespace {
+
+constexpr std::uint32_t UTF8 = 65001;
+constexpr std::size_t PIECE = 16384;  // bytes
+
+/// What `CountingObserver` counts, as far as a host of C asks for it.
+struct Counts {
+    std::uint64_t tokens = 0;
+    std::uint64_t attributes = 0;
+    std::uint64_t bytes = 0;
+};
+
+bool HasName(std::uint32_t kind) {
+    return (kind >= KESTRA_HTML_START_TAG && kind <= KESTRA_HTML_END_TAG) || kind == KESTRA_HTML_DECLARATION ||
+           kind == KESTRA_HTML_INSTRUCTION;
+}
+
+std::uint32_t Count(void* user, const kestra_html_token* token) {
+    auto* const counts = static_cast<Counts*>(user);
+    const std::uint32_t kind = kestra_html_token_kind(token);
+    const bool hasName = HasName(kind);
+    kestra_html_string text{};
+    kestra_html_token_string(token, hasName ? KESTRA_HTML_PART_NAME : KESTRA_HTML_PART_TEXT, &text);
+    ++counts->tokens;
+    counts->bytes += text.size;
+    if (hasName) {
+        std::size_t count = 0;
+        kestra_html_token_attribute_count(token, &count);
+        counts->attributes += count;
+    }
+    return 0;
+}
+
+/// A document whose bytes come by pieces.
+struct Source {
+    const std::string* document;
+    std::size_t next = 0;
+
+    static std::uint32_t Read(void* user, void* buffer, std::size_t size, std::size_t* bytesRead) {
+        auto* const source = static_cast<Source*>(user);
+        *bytesRead = std::min({size, PIECE, source->document->size() - source->next});
+        std::memcpy(buffer, source->document->data() + source->next, *bytesRead);
+        source->next += *bytesRead;
+        return 0;
+    }
+
+    static std::uint32_t Seek(void* user, std::uint64_t position) {
+        static_cast<Source*>(user)->next = static_cast<std::size_t>(position);
+        return 0;
+    }
+};
+
+class CReader {
+public:
+    explicit CReader(std::uint32_t flags) {
+        kestra_html_options options{};
+        options.size = sizeof options;
+        options.flags = flags;
+        options.user = &counts;
+        options.on_token = &Count;
+        kestra_html_parser_create(&options, &parser);
+    }
+    CReader(const CReader&) = delete;
+    CReader& operator=(const CReader&) = delete;
+    ~CReader() {
+        kestra_html_parser_destroy(parser);
+    }
+
+    std::uint64_t Read(const Corpus& corpus) {
+        counts.tokens = 0;
+        for (const std::string& document : corpus.documents) {
+            Source source{&document};
+            kestra_html_stream stream{};
+            stream.size = sizeof stream;
+            stream.user = &source;
+            stream.read = &Source::Read;
+            stream.seek = &Source::Seek;
+            kestra_html_parser_start(parser, UTF8, KESTRA_HTML_DATA_8BIT);
+            if (kestra_html_parser_feed_stream(parser, &stream) != KESTRA_HTML_OK ||
+                kestra_html_parser_end(parser) != KESTRA_HTML_OK)
+                return 0;
+        }
+        return counts.tokens;
+    }
+
+private:
+    Counts counts;
+    kestra_html_parser* parser = nullptr;
+};
+
+}  // namespace
+
+void RegisterCInterface(const NamedCorpus& corpus) {
+    const auto prepare = [](std::uint32_t flags) -> Round {
+        const auto reader = std::make_shared<CReader>(flags);
+        return [reader](const Corpus& read) { return reader->Read(read); };
+    };
+    Register(corpus, "c/8bit/stream/16K", [prepare] { return prepare(KESTRA_HTML_WORDS_IN_VALUES); });
+    Register(corpus, "c/8bit-words-apart/stream/16K", [prepare] { return prepare(0); });
+}
+
+}  // namespace Kestra::Bench
