@@ -57,44 +57,44 @@ extern "C" {
 /// What calls answer. Values that a stream of the host returns come through unchanged.
 typedef enum kestra_html_result {
     KESTRA_HTML_OK = 0,
-    KESTRA_HTML_INVALID_ARGUMENT = 2,      ///< a null pointer, a value out of range, a call out of a callback
-    KESTRA_HTML_OUT_OF_MEMORY = 8,         ///< of a feeding or ending call: as 0, but a token was lost
-    KESTRA_HTML_MALFORMED = 11,            ///< a construct lacks a part, and cannot be read again
-    KESTRA_HTML_UNEXPECTED_CHARACTER = 12, ///< the same for a character that is not allowed
-    KESTRA_HTML_UNTERMINATED = 16,         ///< the same for a construct that the end of the input cut
-    KESTRA_HTML_UNSUPPORTED_CHARSET = 50,  ///< there is no converter, or it failed
-    KESTRA_HTML_SHORT_READ = 507,          ///< a stream gave less than before, or nothing again and again
-    KESTRA_HTML_STREAM_FAILED = 512,       ///< a stream could not be read or positioned
-    KESTRA_HTML_SELF_CHECK_FAILED = 704,   ///< the tokens written back differ from the input
-    KESTRA_HTML_PARSE_AGAIN = 705,         ///< the charset was found late: start again with it
-    KESTRA_HTML_NOT_DETECTED = 706,        ///< all was parsed, but the charset could not be detected
-    KESTRA_HTML_TOO_LITTLE_DATA = 707,     ///< fewer than 256 bytes are not looked at by the detector
-    KESTRA_HTML_NOT_CONFIDENT = 708,       ///< the detector has no answer, or not confidently enough
+    KESTRA_HTML_INVALID_ARGUMENT = 2,       ///< a null pointer, a value out of range, a call out of a callback
+    KESTRA_HTML_OUT_OF_MEMORY = 8,          ///< of a feeding or ending call: as 0, but a token was lost
+    KESTRA_HTML_MALFORMED = 11,             ///< a construct lacks a part, and cannot be read again
+    KESTRA_HTML_UNEXPECTED_CHARACTER = 12,  ///< the same for a character that is not allowed
+    KESTRA_HTML_UNTERMINATED = 16,          ///< the same for a construct that the end of the input cut
+    KESTRA_HTML_UNSUPPORTED_CHARSET = 50,   ///< there is no converter, or it failed
+    KESTRA_HTML_SHORT_READ = 507,           ///< a stream gave less than before, or nothing again and again
+    KESTRA_HTML_STREAM_FAILED = 512,        ///< a stream could not be read or positioned
+    KESTRA_HTML_SELF_CHECK_FAILED = 704,    ///< the tokens written back differ from the input
+    KESTRA_HTML_PARSE_AGAIN = 705,          ///< the charset was found late: start again with it
+    KESTRA_HTML_NOT_DETECTED = 706,         ///< all was parsed, but the charset could not be detected
+    KESTRA_HTML_TOO_LITTLE_DATA = 707,      ///< fewer than 256 bytes are not looked at by the detector
+    KESTRA_HTML_NOT_CONFIDENT = 708,        ///< the detector has no answer, or not confidently enough
     KESTRA_HTML_DETECTOR_FAILED = 709,
-    KESTRA_HTML_STOPPED = 710,             ///< a callback has stopped the document
-    KESTRA_HTML_LIMIT_EXCEEDED = 711,      ///< a token is longer, or has more attributes, than allowed
-    KESTRA_HTML_OVER = 720,                ///< an edit after its callback has returned
-    KESTRA_HTML_WRONG_KIND = 721,          ///< the token has no attributes, or no text of its own
-    KESTRA_HTML_NO_ATTRIBUTE = 722,        ///< there is no attribute of that name
-    KESTRA_HTML_BAD_NAME = 723,            ///< no name of an attribute
-    KESTRA_HTML_NO_CONTENT = 724,          ///< a void element has no content
-    KESTRA_HTML_ENDS_EARLY = 725,          ///< the text would end its script, style sheet or comment
-    KESTRA_HTML_NOT_IN_CHARSET = 726,      ///< the charset lacks a character, and a reference means nothing there
-    KESTRA_HTML_BAD_SELECTOR = 727,        ///< a selector that cannot be read, or is not supported
-    KESTRA_HTML_CALLBACK_FAILED = 730      ///< an exception left a callback
+    KESTRA_HTML_STOPPED = 710,         ///< a callback has stopped the document
+    KESTRA_HTML_LIMIT_EXCEEDED = 711,  ///< a token is longer, or has more attributes, than allowed
+    KESTRA_HTML_OVER = 720,            ///< an edit after its callback has returned
+    KESTRA_HTML_WRONG_KIND = 721,      ///< the token has no attributes, or no text of its own
+    KESTRA_HTML_NO_ATTRIBUTE = 722,    ///< there is no attribute of that name
+    KESTRA_HTML_BAD_NAME = 723,        ///< no name of an attribute
+    KESTRA_HTML_NO_CONTENT = 724,      ///< a void element has no content
+    KESTRA_HTML_ENDS_EARLY = 725,      ///< the text would end its script, style sheet or comment
+    KESTRA_HTML_NOT_IN_CHARSET = 726,  ///< the charset lacks a character, and a reference means nothing there
+    KESTRA_HTML_BAD_SELECTOR = 727,    ///< a selector that cannot be read, or is not supported
+    KESTRA_HTML_CALLBACK_FAILED = 730  ///< an exception left a callback
 } kestra_html_result;
 
 /// What a result means, in English, NUL-terminated; for an unknown one "unknown result".
-KESTRA_HTML_CALL const char *kestra_html_result_text(uint32_t result);
+KESTRA_HTML_CALL const char* kestra_html_result_text(uint32_t result);
 
 /// The version of the library, as in "0.1.0".
-KESTRA_HTML_CALL const char *kestra_html_version(void);
+KESTRA_HTML_CALL const char* kestra_html_version(void);
 
 // ---- Strings and places -------------------------------------------------------------------------
 
 /// A borrowed string, not NUL-terminated. UTF-16 is in the byte order of the machine, and aligned.
 typedef struct kestra_html_string {
-    const void *data;  ///< never null
+    const void* data;  ///< never null
     size_t size;       ///< in bytes
 } kestra_html_string;
 
@@ -123,7 +123,7 @@ typedef enum kestra_html_kind {
     KESTRA_HTML_SINGLE_QUOTED_STRING = 4,  ///< of a script, without its quotes
     KESTRA_HTML_DOUBLE_QUOTED_STRING = 5,
     KESTRA_HTML_START_TAG = 6,
-    KESTRA_HTML_SHORT_TAG = 7,   ///< a tag that ends with "/>"
+    KESTRA_HTML_SHORT_TAG = 7,  ///< a tag that ends with "/>"
     KESTRA_HTML_END_TAG = 8,
     KESTRA_HTML_CDATA = 9,
     KESTRA_HTML_CONDITIONAL = 10,  ///< "<![if ...]>", "<![endif]>"
@@ -133,8 +133,8 @@ typedef enum kestra_html_kind {
     KESTRA_HTML_JUNK = 14,         ///< what fits no construct
     KESTRA_HTML_DOCUMENT_START = 32,
     KESTRA_HTML_DOCUMENT_END = 33,
-    KESTRA_HTML_MARK = 34,         ///< a byte-order mark; its bytes are the text
-    KESTRA_HTML_CHARSET = 35,      ///< the charset in force: `kestra_html_parser_charset`
+    KESTRA_HTML_MARK = 34,     ///< a byte-order mark; its bytes are the text
+    KESTRA_HTML_CHARSET = 35,  ///< the charset in force: `kestra_html_parser_charset`
     KESTRA_HTML_SCRIPT_START = 36,
     KESTRA_HTML_SCRIPT_END = 37,
     KESTRA_HTML_STYLE_START = 38,
@@ -194,56 +194,56 @@ typedef struct kestra_html_attribute_place {
 typedef struct kestra_html_token kestra_html_token;
 
 /// @return 0 to go on; any other value stops the document, as `kestra_html_parser_stop`
-typedef uint32_t (*kestra_html_token_callback)(void *user, const kestra_html_token *token);
+typedef uint32_t (*kestra_html_token_callback)(void* user, const kestra_html_token* token);
 
 /// A `kestra_html_kind`; 0 for null.
-KESTRA_HTML_CALL uint32_t kestra_html_token_kind(const kestra_html_token *token);
+KESTRA_HTML_CALL uint32_t kestra_html_token_kind(const kestra_html_token* token);
 
 /// KESTRA_HTML_CLOSED and its like; 0 for null.
-KESTRA_HTML_CALL uint32_t kestra_html_token_flags(const kestra_html_token *token);
+KESTRA_HTML_CALL uint32_t kestra_html_token_flags(const kestra_html_token* token);
 
 /// The place of the token; of one without markup, that of the tag that caused it.
 /// @return 0; 2 for null
-KESTRA_HTML_CALL uint32_t kestra_html_token_place(const kestra_html_token *token, kestra_html_place *place);
+KESTRA_HTML_CALL uint32_t kestra_html_token_place(const kestra_html_token* token, kestra_html_place* place);
 
 /// A string of the token, in the encoding of the options; empty when its kind has no such part.
 /// @param part  a `kestra_html_part`
 /// @return 0; 2 for null or an unknown part; 8; 50 for junk that cannot be decoded
-KESTRA_HTML_CALL uint32_t kestra_html_token_string(const kestra_html_token *token, uint32_t part,
-                                                   kestra_html_string *string);
+KESTRA_HTML_CALL uint32_t kestra_html_token_string(const kestra_html_token* token, uint32_t part,
+                                                   kestra_html_string* string);
 
 /// The text with its character references decoded, as of text between tags. There are none in
 /// scripts and style sheets.
 /// @return as `kestra_html_token_string`
-KESTRA_HTML_CALL uint32_t kestra_html_token_decoded_text(const kestra_html_token *token, kestra_html_string *string);
+KESTRA_HTML_CALL uint32_t kestra_html_token_decoded_text(const kestra_html_token* token, kestra_html_string* string);
 
 /// The number of attributes, or of the items of a declaration. A bare word that a value has taken
 /// up, as in `<a href=/one download>`, is an attribute of its own; not in KESTRA_HTML_BYTES of
 /// UTF-16, nor with KESTRA_HTML_WORDS_IN_VALUES.
 /// @return 0; 2 for null; 8
-KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_count(const kestra_html_token *token, size_t *count);
+KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_count(const kestra_html_token* token, size_t* count);
 
 /// @param attribute  its `size` is set before the call; the rest is untouched when the answer is
 ///                   not 0
 /// @return 0; 2 for null, an index out of range, or a `size` that is too small; 8
-KESTRA_HTML_CALL uint32_t kestra_html_token_attribute(const kestra_html_token *token, size_t index,
-                                                      kestra_html_attribute *attribute);
+KESTRA_HTML_CALL uint32_t kestra_html_token_attribute(const kestra_html_token* token, size_t index,
+                                                      kestra_html_attribute* attribute);
 
 /// The value of an attribute with its character references decoded.
 /// @return 0; 2 for null or an index out of range; 8
-KESTRA_HTML_CALL uint32_t kestra_html_token_decoded_value(const kestra_html_token *token, size_t index,
-                                                          kestra_html_string *value);
+KESTRA_HTML_CALL uint32_t kestra_html_token_decoded_value(const kestra_html_token* token, size_t index,
+                                                          kestra_html_string* value);
 
 /// Where an attribute lies. The items of a declaration have no places.
 /// @return 0; 2 for null or an index out of range; 721 for an item; 8
-KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_place(const kestra_html_token *token, size_t index,
-                                                            kestra_html_attribute_place *place);
+KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_place(const kestra_html_token* token, size_t index,
+                                                            kestra_html_attribute_place* place);
 
 /// The first attribute of a name, compared without the case of "A" to "Z".
 /// @param name  in ASCII
 /// @return 0; 2 for null; 722 when there is none; 8
-KESTRA_HTML_CALL uint32_t kestra_html_token_find_attribute(const kestra_html_token *token, const char *name,
-                                                           size_t name_size, size_t *index);
+KESTRA_HTML_CALL uint32_t kestra_html_token_find_attribute(const kestra_html_token* token, const char* name,
+                                                           size_t name_size, size_t* index);
 
 // ---- Parsers ------------------------------------------------------------------------------------
 
@@ -266,23 +266,23 @@ typedef enum kestra_html_self_check {
 
 /// Flags of the options; may be combined.
 enum {
-    KESTRA_HTML_EVENTS = 1,          ///< deliver also what carries no markup
-    KESTRA_HTML_WORDS_IN_VALUES = 2, ///< attributes as the records have them, bare words in values
-    KESTRA_HTML_CHARSET_ERRORS = 4   ///< note whether decoding lost something; costs time
+    KESTRA_HTML_EVENTS = 1,           ///< deliver also what carries no markup
+    KESTRA_HTML_WORDS_IN_VALUES = 2,  ///< attributes as the records have them, bare words in values
+    KESTRA_HTML_CHARSET_ERRORS = 4    ///< note whether decoding lost something; costs time
 };
 
 /// Zeroed, with `size`, all is at its default.
 typedef struct kestra_html_options {
-    size_t size;               ///< of this struct
-    uint32_t encoding;         ///< a `kestra_html_encoding`
-    uint32_t flags;            ///< KESTRA_HTML_EVENTS and its like
-    uint32_t script_mode;      ///< a `kestra_html_script_mode`
-    uint32_t self_check;       ///< a `kestra_html_self_check`
-    uint64_t max_token_size;   ///< bytes of the document; 0 for no limit
-    uint64_t max_attributes;   ///< of one tag; 0 for no limit
-    uint32_t min_confidence;   ///< what the detector must reach, 1 to 100; 0 for 50
-    uint32_t reserved;         ///< 0
-    void *user;                ///< handed to the callback
+    size_t size;                          ///< of this struct
+    uint32_t encoding;                    ///< a `kestra_html_encoding`
+    uint32_t flags;                       ///< KESTRA_HTML_EVENTS and its like
+    uint32_t script_mode;                 ///< a `kestra_html_script_mode`
+    uint32_t self_check;                  ///< a `kestra_html_self_check`
+    uint64_t max_token_size;              ///< bytes of the document; 0 for no limit
+    uint64_t max_attributes;              ///< of one tag; 0 for no limit
+    uint32_t min_confidence;              ///< what the detector must reach, 1 to 100; 0 for 50
+    uint32_t reserved;                    ///< 0
+    void* user;                           ///< handed to the callback
     kestra_html_token_callback on_token;  ///< null when only results are wanted
 } kestra_html_options;
 
@@ -291,17 +291,17 @@ typedef struct kestra_html_parser kestra_html_parser;
 
 /// @param options  copied; null for the defaults
 /// @return 0; 2 for null or bad options, and `*parser` is null then; 8
-KESTRA_HTML_CALL uint32_t kestra_html_parser_create(const kestra_html_options *options, kestra_html_parser **parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_create(const kestra_html_options* options, kestra_html_parser** parser);
 
 /// Not in a callback. Null is allowed.
-KESTRA_HTML_CALL void kestra_html_parser_destroy(kestra_html_parser *parser);
+KESTRA_HTML_CALL void kestra_html_parser_destroy(kestra_html_parser* parser);
 
 /// Begins a document. What an unfinished one left is dropped.
 /// @param charset    a Windows code page, such as 65001 for UTF-8; 0 when it is not known: then
 ///                   byte-order mark, `meta` tags, and for streams the detector decide
 /// @param data_type  a `kestra_html_data_type`
 /// @return 0; 2 for null or out of a callback; 8; 710
-KESTRA_HTML_CALL uint32_t kestra_html_parser_start(kestra_html_parser *parser, uint32_t charset, uint32_t data_type);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_start(kestra_html_parser* parser, uint32_t charset, uint32_t data_type);
 
 /// Parses the next piece, of any size. A construct that turns out to be none cannot be read again
 /// from pieces: the document ends with 11, 12 or 16. Who has a document as a whole uses
@@ -309,86 +309,86 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_start(kestra_html_parser *parser, u
 /// @param data  borrowed for the call
 /// @return 0; 2 for null with a size, for UTF-16 in an odd number of bytes, or out of a callback; 8
 ///         as 0, but a token was lost; 11, 12, 16; 705; 710; 711; 730
-KESTRA_HTML_CALL uint32_t kestra_html_parser_feed(kestra_html_parser *parser, const void *data, size_t size);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_feed(kestra_html_parser* parser, const void* data, size_t size);
 
 /// Parses a document, or the rest of it, that lies in memory as a whole, up to but not including
 /// its end.
 /// @param data  borrowed until `kestra_html_parser_end`
 /// @return as `kestra_html_parser_feed`, and 706
-KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_document(kestra_html_parser *parser, const void *data, size_t size);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_document(kestra_html_parser* parser, const void* data, size_t size);
 
 /// Where a document comes from. Every function returns 0, or a code of its own that the parse then
 /// answers. Borrowed until `kestra_html_parser_end`.
 typedef struct kestra_html_stream {
     size_t size;  ///< of this struct
-    void *user;   ///< handed to the functions
+    void* user;   ///< handed to the functions
     /// Reads up to `size` bytes. Sets `*bytes_read`, 0 only at the end.
-    uint32_t (*read)(void *user, void *buffer, size_t size, size_t *bytes_read);
+    uint32_t (*read)(void* user, void* buffer, size_t size, size_t* bytes_read);
     /// Moves to an offset from the start. Null for a stream that cannot: then a broken construct
     /// ends the document.
-    uint32_t (*seek)(void *user, uint64_t position);
+    uint32_t (*seek)(void* user, uint64_t position);
 } kestra_html_stream;
 
 /// Parses a stream from where it is to its end.
 /// @return as `kestra_html_parser_feed_document`; 507; a code of the stream
-KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_stream(kestra_html_parser *parser, const kestra_html_stream *stream);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_stream(kestra_html_parser* parser, const kestra_html_stream* stream);
 
 /// Parses a file.
 /// @param path  in UTF-8, NUL-terminated, on Windows too
 /// @return as `kestra_html_parser_feed_document`; 2 when it cannot be opened; 512
-KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_file(kestra_html_parser *parser, const char *path);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_file(kestra_html_parser* parser, const char* path);
 
 /// Ends the document: delivers what is open.
 /// @return 0, also when no document is open; 2 for null or out of a callback; 8 as 0, but a token
 ///         was lost; 11, 12, 16; 704; 710; 711; 730
-KESTRA_HTML_CALL uint32_t kestra_html_parser_end(kestra_html_parser *parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_end(kestra_html_parser* parser);
 
 /// Ends the document out of a callback: nothing more is delivered, and the feeding call answers
 /// 710.
 /// @return 0; 2 for null or outside a callback
-KESTRA_HTML_CALL uint32_t kestra_html_parser_stop(kestra_html_parser *parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_stop(kestra_html_parser* parser);
 
 /// @name Questions. With null they answer 0.
 /// @{
 
 /// The charset in force, a Windows code page; 0 when it is not known.
-KESTRA_HTML_CALL uint32_t kestra_html_parser_charset(const kestra_html_parser *parser);
-KESTRA_HTML_CALL uint32_t kestra_html_parser_is_utf16(const kestra_html_parser *parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_charset(const kestra_html_parser* parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_is_utf16(const kestra_html_parser* parser);
 /// 1 when the charset was chosen by the detector.
-KESTRA_HTML_CALL uint32_t kestra_html_parser_used_detector(const kestra_html_parser *parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_used_detector(const kestra_html_parser* parser);
 /// 1 with KESTRA_HTML_CHARSET_ERRORS when something could not be decoded without loss.
-KESTRA_HTML_CALL uint32_t kestra_html_parser_has_charset_errors(const kestra_html_parser *parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_has_charset_errors(const kestra_html_parser* parser);
 /// The code of the last conversion that failed, so that a token was lost: 50 or 8; 0 for none.
-KESTRA_HTML_CALL uint32_t kestra_html_parser_conversion_error(const kestra_html_parser *parser);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_conversion_error(const kestra_html_parser* parser);
 /// Line and column, from 1, of the next character.
-KESTRA_HTML_CALL uint64_t kestra_html_parser_line(const kestra_html_parser *parser);
-KESTRA_HTML_CALL uint64_t kestra_html_parser_column(const kestra_html_parser *parser);
+KESTRA_HTML_CALL uint64_t kestra_html_parser_line(const kestra_html_parser* parser);
+KESTRA_HTML_CALL uint64_t kestra_html_parser_column(const kestra_html_parser* parser);
 
 /// @}
 
 /// The place of the token that was delivered last. After 711 its `end` is the first byte of the
 /// token that was too long.
 /// @return 0; 2 for null
-KESTRA_HTML_CALL uint32_t kestra_html_parser_place(const kestra_html_parser *parser, kestra_html_place *place);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_place(const kestra_html_parser* parser, kestra_html_place* place);
 
 /// Other limits, at once.
 /// @return 0; 2 for null
-KESTRA_HTML_CALL uint32_t kestra_html_parser_set_limits(kestra_html_parser *parser, uint64_t max_token_size,
+KESTRA_HTML_CALL uint32_t kestra_html_parser_set_limits(kestra_html_parser* parser, uint64_t max_token_size,
                                                         uint64_t max_attributes);
 
 /// Gets bytes, borrowed for the call. @return 0 to go on; any other value ends the writing
-typedef uint32_t (*kestra_html_write_callback)(void *user, const void *data, size_t size);
+typedef uint32_t (*kestra_html_write_callback)(void* user, const void* data, size_t size);
 
 /// Writes what the tokens were, written back; needs KESTRA_HTML_CHECK_COPY, and
 /// `kestra_html_parser_end` before.
 /// @return 0; 2 for null, or when nothing was kept; 512; a value of the callback
-KESTRA_HTML_CALL uint32_t kestra_html_parser_write_copy(kestra_html_parser *parser, kestra_html_write_callback write,
-                                                        void *user);
+KESTRA_HTML_CALL uint32_t kestra_html_parser_write_copy(kestra_html_parser* parser, kestra_html_write_callback write,
+                                                        void* user);
 
 /// Whether a document is reproduced from its tokens, to the last byte.
 /// @param charset  as in `kestra_html_parser_start`
 /// @return 0 when it is; 704 when not; 2 for null with a size; 8
-KESTRA_HTML_CALL uint32_t kestra_html_check(const void *data, size_t size, uint32_t charset);
+KESTRA_HTML_CALL uint32_t kestra_html_check(const void* data, size_t size, uint32_t charset);
 
 // ---- Charsets -----------------------------------------------------------------------------------
 
@@ -401,10 +401,10 @@ typedef enum kestra_html_charset_source {
 } kestra_html_charset_source;
 
 typedef struct kestra_html_detection {
-    size_t size;          ///< of this struct
-    uint32_t charset;     ///< a Windows code page; 0 when there is no answer
-    uint32_t confidence;  ///< 0 to 100; 100 for a mark and a declaration
-    uint32_t source;      ///< a `kestra_html_charset_source`
+    size_t size;              ///< of this struct
+    uint32_t charset;         ///< a Windows code page; 0 when there is no answer
+    uint32_t confidence;      ///< 0 to 100; 100 for a mark and a declaration
+    uint32_t source;          ///< a `kestra_html_charset_source`
     kestra_html_string name;  ///< the registered name, in ASCII, for ever; empty when there is none
 } kestra_html_detection;
 
@@ -413,14 +413,14 @@ typedef struct kestra_html_detection {
 /// @param detection  its `size` is set before the call; the rest is written also for 706 to 709
 /// @return 0; 2 for null; 706 when nothing is declared and the detector has no usable answer, as
 ///         for ASCII; 707 when there is too little for the detector; 708; 709; 8
-KESTRA_HTML_CALL uint32_t kestra_html_detect(const void *data, size_t size, kestra_html_detection *detection);
+KESTRA_HTML_CALL uint32_t kestra_html_detect(const void* data, size_t size, kestra_html_detection* detection);
 
 /// The registered name of a code page, such as "UTF-8", in ASCII, for ever; empty when it has none.
 /// @return 0; 2 for null
-KESTRA_HTML_CALL uint32_t kestra_html_charset_name(uint32_t charset, kestra_html_string *name);
+KESTRA_HTML_CALL uint32_t kestra_html_charset_name(uint32_t charset, kestra_html_string* name);
 
 /// The code page of a registered name or alias, in ASCII, whatever its case; 0 when unknown.
-KESTRA_HTML_CALL uint32_t kestra_html_charset_code(const char *name, size_t name_size);
+KESTRA_HTML_CALL uint32_t kestra_html_charset_code(const char* name, size_t name_size);
 
 // ---- Rewriting ----------------------------------------------------------------------------------
 
@@ -442,52 +442,52 @@ typedef struct kestra_html_rewriter_options {
     uint64_t max_attributes;       ///< of one tag; 0 for no limit
     uint64_t max_depth;            ///< of open elements; 0 for no limit
     uint64_t max_open_attributes;  ///< of all open elements; 0 for no limit
-    void *user;                    ///< handed to `on_output`
+    void* user;                    ///< handed to `on_output`
     /// Gets the output in parts of any size. After a value other than 0 nothing more is written,
     /// and every call that feeds or ends this document answers that value.
     kestra_html_write_callback on_output;
 } kestra_html_rewriter_options;
 
 /// @return 0; 2 for null or bad options, and `*rewriter` is null then; 8
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_create(const kestra_html_rewriter_options *options,
-                                                      kestra_html_rewriter **rewriter);
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_create(const kestra_html_rewriter_options* options,
+                                                      kestra_html_rewriter** rewriter);
 /// Not in a callback. Null is allowed. Writes nothing.
-KESTRA_HTML_CALL void kestra_html_rewriter_destroy(kestra_html_rewriter *rewriter);
+KESTRA_HTML_CALL void kestra_html_rewriter_destroy(kestra_html_rewriter* rewriter);
 
 /// @return as `kestra_html_token_callback`
-typedef uint32_t (*kestra_html_element_callback)(void *user, kestra_html_edit_element *element);
-typedef uint32_t (*kestra_html_content_callback)(void *user, kestra_html_edit_token *token);
+typedef uint32_t (*kestra_html_element_callback)(void* user, kestra_html_edit_element* element);
+typedef uint32_t (*kestra_html_content_callback)(void* user, kestra_html_edit_token* token);
 
 /// Calls back for every element that a CSS selector matches.
 /// @param selector  in UTF-8: types, `*`, `#id`, `.class`, attributes, joined by white space or ">"
 /// @param message   receives what is wrong with the selector, cut to `message_size` with its NUL;
 ///                  may be null
 /// @return 0; 2 for null or in a callback; 727; 8
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_on_element(kestra_html_rewriter *rewriter, const char *selector,
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_on_element(kestra_html_rewriter* rewriter, const char* selector,
                                                           size_t selector_size, kestra_html_element_callback callback,
-                                                          void *user, char *message, size_t message_size);
+                                                          void* user, char* message, size_t message_size);
 
 /// Calls back for every token in the content of the elements that a selector matches; with an empty
 /// one, for every token of the document.
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_on_content(kestra_html_rewriter *rewriter, const char *selector,
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_on_content(kestra_html_rewriter* rewriter, const char* selector,
                                                           size_t selector_size, kestra_html_content_callback callback,
-                                                          void *user, char *message, size_t message_size);
+                                                          void* user, char* message, size_t message_size);
 
 /// As of the parser; broken constructs are read again from the bytes at hand, so that 11, 12 and 16
 /// do not occur. After another answer than 0 and 8 the rest of the document is copied as it is: go
 /// on feeding.
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_start(kestra_html_rewriter *rewriter, uint32_t charset,
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_start(kestra_html_rewriter* rewriter, uint32_t charset,
                                                      uint32_t data_type);
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed(kestra_html_rewriter *rewriter, const void *data, size_t size);
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed_stream(kestra_html_rewriter *rewriter,
-                                                           const kestra_html_stream *stream);
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed_file(kestra_html_rewriter *rewriter, const char *path);
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_end(kestra_html_rewriter *rewriter);
-KESTRA_HTML_CALL uint32_t kestra_html_rewriter_charset(const kestra_html_rewriter *rewriter);
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed(kestra_html_rewriter* rewriter, const void* data, size_t size);
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed_stream(kestra_html_rewriter* rewriter,
+                                                           const kestra_html_stream* stream);
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed_file(kestra_html_rewriter* rewriter, const char* path);
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_end(kestra_html_rewriter* rewriter);
+KESTRA_HTML_CALL uint32_t kestra_html_rewriter_charset(const kestra_html_rewriter* rewriter);
 
 /// What an inserted string is.
 typedef enum kestra_html_content {
-    KESTRA_HTML_AS_TEXT = 0,   ///< "&", "<" and ">" become references
+    KESTRA_HTML_AS_TEXT = 0,  ///< "&", "<" and ">" become references
     KESTRA_HTML_AS_MARKUP = 1
 } kestra_html_content;
 
@@ -497,43 +497,43 @@ typedef enum kestra_html_content {
 /// nothing.
 /// @{
 
-KESTRA_HTML_CALL uint32_t kestra_html_edit_kind(const kestra_html_edit_token *token);
-KESTRA_HTML_CALL uint32_t kestra_html_edit_place(const kestra_html_edit_token *token, kestra_html_place *place);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_kind(const kestra_html_edit_token* token);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_place(const kestra_html_edit_token* token, kestra_html_place* place);
 /// The bytes of the token as they came in.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_bytes(const kestra_html_edit_token *token, kestra_html_string *bytes);
-KESTRA_HTML_CALL uint32_t kestra_html_edit_replace(kestra_html_edit_token *token, const char *data, size_t size,
+KESTRA_HTML_CALL uint32_t kestra_html_edit_bytes(const kestra_html_edit_token* token, kestra_html_string* bytes);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_replace(kestra_html_edit_token* token, const char* data, size_t size,
                                                    uint32_t content);
-KESTRA_HTML_CALL uint32_t kestra_html_edit_remove(kestra_html_edit_token *token);
-KESTRA_HTML_CALL uint32_t kestra_html_edit_insert_before(kestra_html_edit_token *token, const char *data, size_t size,
+KESTRA_HTML_CALL uint32_t kestra_html_edit_remove(kestra_html_edit_token* token);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_insert_before(kestra_html_edit_token* token, const char* data, size_t size,
                                                          uint32_t content);
-KESTRA_HTML_CALL uint32_t kestra_html_edit_insert_after(kestra_html_edit_token *token, const char *data, size_t size,
+KESTRA_HTML_CALL uint32_t kestra_html_edit_insert_after(kestra_html_edit_token* token, const char* data, size_t size,
                                                         uint32_t content);
 /// Another text for a text or a comment. 721 for other kinds; 725, 726.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_set_text(kestra_html_edit_token *token, const char *data, size_t size);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_set_text(kestra_html_edit_token* token, const char* data, size_t size);
 /// The value of an attribute, references decoded; borrowed until the next call with this token.
 /// 722 when there is none; 721.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_get_attribute(kestra_html_edit_token *token, const char *name,
-                                                         size_t name_size, kestra_html_string *value);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_get_attribute(kestra_html_edit_token* token, const char* name,
+                                                         size_t name_size, kestra_html_string* value);
 /// Sets the value, or adds the attribute. 721, 723.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_set_attribute(kestra_html_edit_token *token, const char *name,
-                                                         size_t name_size, const char *value, size_t value_size);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_set_attribute(kestra_html_edit_token* token, const char* name,
+                                                         size_t name_size, const char* value, size_t value_size);
 /// Adds an attribute after the last one. 721, 723.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_add_attribute(kestra_html_edit_token *token, const char *name,
-                                                         size_t name_size, const char *value, size_t value_size);
+KESTRA_HTML_CALL uint32_t kestra_html_edit_add_attribute(kestra_html_edit_token* token, const char* name,
+                                                         size_t name_size, const char* value, size_t value_size);
 /// 721, 722, 723.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_rename_attribute(kestra_html_edit_token *token, const char *name,
-                                                            size_t name_size, const char *new_name,
+KESTRA_HTML_CALL uint32_t kestra_html_edit_rename_attribute(kestra_html_edit_token* token, const char* name,
+                                                            size_t name_size, const char* new_name,
                                                             size_t new_name_size);
 /// 721, 722.
-KESTRA_HTML_CALL uint32_t kestra_html_edit_remove_attribute(kestra_html_edit_token *token, const char *name,
+KESTRA_HTML_CALL uint32_t kestra_html_edit_remove_attribute(kestra_html_edit_token* token, const char* name,
                                                             size_t name_size);
 
 /// The start tag of an element; null for null.
-KESTRA_HTML_CALL kestra_html_edit_token *kestra_html_element_tag(kestra_html_edit_element *element);
+KESTRA_HTML_CALL kestra_html_edit_token* kestra_html_element_tag(kestra_html_edit_element* element);
 /// The name, with "A" to "Z" in lower case.
-KESTRA_HTML_CALL uint32_t kestra_html_element_name(kestra_html_edit_element *element, kestra_html_string *name);
+KESTRA_HTML_CALL uint32_t kestra_html_element_name(kestra_html_edit_element* element, kestra_html_string* name);
 /// 0 for a void element; else 1.
-KESTRA_HTML_CALL uint32_t kestra_html_element_has_content(const kestra_html_edit_element *element);
+KESTRA_HTML_CALL uint32_t kestra_html_element_has_content(const kestra_html_edit_element* element);
 /// Where something is put, or what it takes the place of.
 typedef enum kestra_html_position {
     KESTRA_HTML_BEFORE = 0,   ///< before the start tag
@@ -544,12 +544,12 @@ typedef enum kestra_html_position {
     KESTRA_HTML_ELEMENT = 5   ///< in place of the element
 } kestra_html_position;
 /// Writes something at a `kestra_html_position`. 724, 725, 726.
-KESTRA_HTML_CALL uint32_t kestra_html_element_write(kestra_html_edit_element *element, uint32_t position,
-                                                    const char *data, size_t size, uint32_t content);
+KESTRA_HTML_CALL uint32_t kestra_html_element_write(kestra_html_edit_element* element, uint32_t position,
+                                                    const char* data, size_t size, uint32_t content);
 /// Writes nothing of the element, its content included.
-KESTRA_HTML_CALL uint32_t kestra_html_element_remove(kestra_html_edit_element *element);
+KESTRA_HTML_CALL uint32_t kestra_html_element_remove(kestra_html_edit_element* element);
 /// Writes the content without the two tags.
-KESTRA_HTML_CALL uint32_t kestra_html_element_unwrap(kestra_html_edit_element *element);
+KESTRA_HTML_CALL uint32_t kestra_html_element_unwrap(kestra_html_edit_element* element);
 
 /// @}
 

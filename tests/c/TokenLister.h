@@ -10,7 +10,7 @@
 
 /// Lines of text, each ended by a line feed. Zeroed at the start.
 typedef struct token_list {
-    char *text;  ///< for `free`
+    char* text;  ///< for `free`
     size_t size;
     size_t capacity;
     int is_wide;      ///< strings are UTF-16
@@ -22,10 +22,10 @@ extern "C" {
 #endif
 
 /// Appends a line for each token. The options need KESTRA_HTML_WORDS_IN_VALUES.
-uint32_t list_token(void *list, const kestra_html_token *token);
+uint32_t list_token(void* list, const kestra_html_token* token);
 
 /// The same, compiled as C++.
-uint32_t list_token_in_cpp(void *list, const kestra_html_token *token);
+uint32_t list_token_in_cpp(void* list, const kestra_html_token* token);
 
 #ifdef __cplusplus
 }
