@@ -1,6 +1,6 @@
 """One-line faults, and sources in which each can be switched on by the environment variable KESTRA_FAULT.
 
-A fault is a line of a source and what stands there instead. For a switch both are put into one line, so that one build has all faults and
+A fault is a line of a source and what replaces it. For a switch both are put into one line, so that one build has all faults and
 the lines keep their numbers.
 """
 
