@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Document.h"
+
+namespace Kestra::Python {
+
+/// The tokens of a document by columns, without their texts: those are in the document.
+struct TokenTable {
+    std::vector<std::uint8_t> kinds;  ///< `TokenKind`
+    std::vector<std::uint64_t> begins;
+    std::vector<std::uint64_t> ends;
+    std::vector<std::uint64_t> lines;
+    std::vector<std::uint64_t> columns;
+    StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
+    bool isUtf16 = false;
+    std::uint32_t result = 0;  ///< the first failure
+
+    std::size_t GetSize() const {
+        return kinds.size();
+    }
+};
+
+/// Makes the table of a document. Without the GIL.
+TokenTable ReadTokens(std::string_view bytes, const ParseOptions& options);
+
+/// An attribute of a token, or an item of a declaration, which has no name.
+struct AttributeText {
+    WideString name;
+    WideString value;  ///< references decoded
+    bool hasValue = false;
+    std::uint32_t quote = 0;     ///< a `QuoteKind`
+    HTML::AttributePlace place;  ///< in the document; zeros for an item
+};
+
+/// What a token says.
+struct TokenText {
+    WideString name;
+    WideString text;  ///< as written
+    std::vector<AttributeText> attributes;
+};
+
+/// Reads a token once more.
+/// @param bytes  of the token
+/// @param begin  its offset in the document
+TokenText ReadToken(std::string_view bytes, HTML::TokenKind kind, std::uint64_t begin, StringNS::CharSet::Code charset,
+                    bool isUtf16);
+
+/// Bytes of a document as text. What cannot be decoded is U+FFFD; with an unknown charset it is
+/// windows-1252.
+WideString Decode(std::string_view bytes, StringNS::CharSet::Code charset, bool isUtf16);
+
+}  // namespace Kestra::Python
