@@ -23,7 +23,7 @@ from urllib.parse import urljoin
 
 from . import _native
 
-__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Place", "Token", "Tokens", "check",
+__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place", "Token", "Tokens", "check",
            "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
 __version__ = _native.version()
 
@@ -209,6 +209,30 @@ def tokens(data, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_s
     native = _native.tokens(data, _code(charset), 2 if utf16 else 0, scripts_as_tokens, max_token_size, max_attributes)
     _require(native.result)
     return Tokens(native)
+
+
+class Parser:
+    """Cuts a document that comes in pieces of any size, such as a download.
+
+    The options are those of `tokens`. One thread at a time.
+    """
+
+    def __init__(self, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_size=0, max_attributes=0):
+        self._native = _native.Parser(_code(charset), 2 if utf16 else 0, scripts_as_tokens, max_token_size,
+                                      max_attributes)
+
+    def feed(self, data):
+        """Returns the `Tokens` that a piece completes."""
+        return self._make(self._native.feed(data))
+
+    def close(self):
+        """Ends the document. Returns the `Tokens` that were open."""
+        return self._make(self._native.end())
+
+    @staticmethod
+    def _make(native):
+        _require(native.result)
+        return Tokens(native)
 
 
 class Failure(NamedTuple):

@@ -92,9 +92,9 @@ private:
     std::string_view GetBytes(std::size_t index) const {
         if (index >= table->GetSize())
             throw py::index_error("no such token");
-        const std::uint64_t begin = table->begins[index];
-        return document->GetBytes().substr(static_cast<std::size_t>(begin),
-                                           static_cast<std::size_t>(table->ends[index] - begin));
+        const std::uint64_t size = table->ends[index] - table->begins[index];
+        const std::uint64_t begin = table->rawBegins.empty() ? table->begins[index] : table->rawBegins[index];
+        return document->GetBytes().substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(size));
     }
 
     std::shared_ptr<const Document> document;
@@ -123,6 +123,37 @@ Tokens MakeTokens(const py::object& source, std::uint32_t charset, std::uint32_t
     }
     return Tokens(std::move(document), std::move(table));
 }
+
+/// A parser for a document that comes in pieces.
+class PieceParser {
+public:
+    PieceParser(std::uint32_t charset, std::uint32_t type, bool scriptsAsTokens, std::uint64_t maxTokenSize,
+                std::uint64_t maxAttributes)
+        : reader(MakeOptions(charset, type, scriptsAsTokens, maxTokenSize, maxAttributes)) {}
+
+    Tokens Feed(const py::object& source) {
+        const std::shared_ptr<const Document> piece = Document::Open(source);
+        return Make([&](std::string* bytes) { return reader.Feed(piece->GetBytes(), bytes); });
+    }
+
+    Tokens End() {
+        return Make([&](std::string* bytes) { return reader.End(bytes); });
+    }
+
+private:
+    template <typename Read>
+    Tokens Make(Read read) {
+        std::string bytes;
+        TokenTable table;
+        {
+            const py::gil_scoped_release released;
+            table = read(&bytes);
+        }
+        return Tokens(std::make_shared<const Document>(std::move(bytes)), std::move(table));
+    }
+
+    PieceReader reader;
+};
 
 /// The links, and the result of the parse.
 py::tuple MakeLinks(const py::object& source, std::uint32_t charset) {
@@ -200,6 +231,10 @@ PYBIND11_MODULE(_native, module) {
         .def_property_readonly("result", [](const Tokens& tokens) { return tokens.GetTable().result; })
         .def("raw", &Tokens::GetRaw)
         .def("read", &Tokens::Read);
+    py::class_<PieceParser>(module, "Parser")
+        .def(py::init<std::uint32_t, std::uint32_t, bool, std::uint64_t, std::uint64_t>())
+        .def("feed", &PieceParser::Feed)
+        .def("end", &PieceParser::End);
     BindRewriting(module);
     module.def("tokens", &MakeTokens);
     module.def("links", &MakeLinks);

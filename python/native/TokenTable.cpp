@@ -3,6 +3,7 @@
 #include <kestra/html/framework/TokenKind.h>
 #include <kestra/html/output/AttributesNormalizer.h>
 #include <kestra/html/references/CharacterReferences.h>
+#include <kestra/html/rewrite/Rewriter.h>
 #include <kestra/platform/StringHelper.h>
 
 #include <utility>
@@ -57,6 +58,36 @@ private:
 
     const GenericParser* parser;
     TokenTable* table;
+};
+
+/// Notes the kind, the place and the bytes of each token of a document in pieces.
+class PieceObserver final : public HTML::ParserObserver<WideChar, WideString> {
+public:
+    explicit PieceObserver(HTML::Rewriter* tokenRewriter) : rewriter(tokenRewriter) {}
+
+#define OVERRIDE(NAME, RECORD, KIND)                          \
+    void NAME(HTML::RECORD<WideChar, WideString>*) override { \
+        Note(HTML::KIND);                                     \
+    }
+    KESTRA_FOR_EACH_TOKEN(OVERRIDE)
+#undef OVERRIDE
+
+    TokenTable table;
+    std::string bytes;
+
+private:
+    void Note(HTML::TokenKind kind) {
+        const HTML::TokenPlace place = rewriter->GetParser().GetTokenPlace();
+        table.kinds.push_back(static_cast<std::uint8_t>(kind));
+        table.begins.push_back(place.begin);
+        table.ends.push_back(place.end);
+        table.lines.push_back(place.line);
+        table.columns.push_back(place.column);
+        table.rawBegins.push_back(bytes.size());
+        bytes.append(rewriter->GetToken().GetBytes());
+    }
+
+    HTML::Rewriter* rewriter;
 };
 
 /// Copies what the first token says.
@@ -171,6 +202,40 @@ TokenTable ReadTokens(std::string_view bytes, const ParseOptions& options) {
     table.result = ParseWhole(&parser, bytes, options, [&table] { table = TokenTable(); });
     table.charset = parser.GetCharset();
     table.isUtf16 = parser.IsWParser();
+    return table;
+}
+
+/// A rewriter without output: it reads broken constructs again from the bytes that it keeps.
+class PieceReader::Impl {
+public:
+    HTML::Rewriter rewriter{nullptr};
+    PieceObserver observer{&rewriter};
+};
+
+PieceReader::PieceReader(const ParseOptions& options) : impl(std::make_unique<Impl>()) {
+    impl->rewriter.SetObserver(&impl->observer);
+    impl->rewriter.SetScriptMode(options.scriptMode);
+    impl->rewriter.SetMaxTokenSize(options.maxTokenSize);
+    impl->rewriter.SetMaxAttributes(options.maxAttributes);
+    impl->rewriter.StartParse(options.charset, options.type);
+}
+
+PieceReader::~PieceReader() = default;
+
+TokenTable PieceReader::Feed(std::string_view piece, std::string* bytes) {
+    return Take(impl->rewriter.ParseBuffer(piece.data(), piece.size()), bytes);
+}
+
+TokenTable PieceReader::End(std::string* bytes) {
+    return Take(impl->rewriter.EndParse(), bytes);
+}
+
+TokenTable PieceReader::Take(std::uint32_t result, std::string* bytes) {
+    TokenTable table = std::exchange(impl->observer.table, TokenTable());
+    *bytes = std::exchange(impl->observer.bytes, std::string());
+    table.result = result;
+    table.charset = impl->rewriter.GetParser().GetCharset();
+    table.isUtf16 = impl->rewriter.GetParser().IsWParser();
     return table;
 }
 

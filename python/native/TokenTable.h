@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,8 @@ struct TokenTable {
     std::vector<std::uint64_t> ends;
     std::vector<std::uint64_t> lines;
     std::vector<std::uint64_t> columns;
+    /// Where the bytes of each token are, when they are not at its place in the document.
+    std::vector<std::uint64_t> rawBegins;
     StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
     bool isUtf16 = false;
     std::uint32_t result = 0;  ///< the first failure
@@ -28,6 +31,26 @@ struct TokenTable {
 
 /// Makes the table of a document. Without the GIL.
 TokenTable ReadTokens(std::string_view bytes, const ParseOptions& options);
+
+/// Reads a document that comes in pieces of any size.
+class PieceReader {
+public:
+    explicit PieceReader(const ParseOptions& options);
+    PieceReader(const PieceReader&) = delete;
+    PieceReader& operator=(const PieceReader&) = delete;
+    ~PieceReader();
+
+    /// @param bytes  receives those of the tokens that the piece completes
+    TokenTable Feed(std::string_view piece, std::string* bytes);
+    TokenTable End(std::string* bytes);
+
+private:
+    class Impl;
+
+    TokenTable Take(std::uint32_t result, std::string* bytes);
+
+    std::unique_ptr<Impl> impl;
+};
 
 /// An attribute of a token, or an item of a declaration, which has no name.
 struct AttributeText {
