@@ -70,7 +70,7 @@ class HTMLParser:
         self.handle_pi(_inside(token, 2))
 
     def _handle_section(self, token):
-        self.unknown_decl(_inside(token, 3).removesuffix("]"))
+        self.unknown_decl(_inside(token, 3).removesuffix("]").removesuffix("]"))
 
     def handle_starttag(self, tag, attrs):
         """A start tag: its name in lower case, and a list of names and values."""
