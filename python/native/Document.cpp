@@ -1,6 +1,6 @@
 #include "Document.h"
 
-#include <kestra/platform/Results.h>
+#include "platform/Results.h"
 
 #include <algorithm>
 #include <cerrno>

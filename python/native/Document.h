@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include <kestra/html/DocumentParser.h>
-#include <kestra/platform/InputStream.h>
+#include "html/DocumentParser.h"
+#include "platform/InputStream.h"
 
 namespace Kestra::Python {
 

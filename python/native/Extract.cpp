@@ -1,7 +1,7 @@
 #include "Extract.h"
 
-#include <kestra/html/output/AttributesNormalizer.h>
-#include <kestra/html/references/CharacterReferences.h>
+#include "html/output/AttributesNormalizer.h"
+#include "html/references/CharacterReferences.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,8 +1,8 @@
 // The module `kestra_html._native`. What users see, and its documents, is in `kestra_html`.
 
-#include <kestra/html.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
+#include "c/kestra/html.h"
 
 #include <cstdint>
 #include <memory>

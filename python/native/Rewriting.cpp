@@ -1,8 +1,8 @@
 #include "Rewriting.h"
 
-#include <kestra/html/output/ParserObserverOutputHandler.h>
-#include <kestra/html/rewrite/Rewriter.h>
 #include <pybind11/stl.h>
+#include "html/output/ParserObserverOutputHandler.h"
+#include "html/rewrite/Rewriter.h"
 
 #include <exception>
 #include <functional>

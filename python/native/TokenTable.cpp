@@ -1,10 +1,10 @@
 #include "TokenTable.h"
 
-#include <kestra/html/framework/TokenKind.h>
-#include <kestra/html/output/AttributesNormalizer.h>
-#include <kestra/html/references/CharacterReferences.h>
-#include <kestra/html/rewrite/Rewriter.h>
-#include <kestra/platform/StringHelper.h>
+#include "html/framework/TokenKind.h"
+#include "html/output/AttributesNormalizer.h"
+#include "html/references/CharacterReferences.h"
+#include "html/rewrite/Rewriter.h"
+#include "platform/StringHelper.h"
 
 #include <utility>
 
