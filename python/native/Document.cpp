@@ -1,12 +1,12 @@
-#include "Document.h"
-
-#include "platform/Results.h"
+#include "python/native/Document.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <utility>
+
+#include "platform/Results.h"
 
 namespace Kestra::Python {
 

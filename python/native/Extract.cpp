@@ -1,12 +1,11 @@
-#include "Extract.h"
-
-#include "html/output/AttributesNormalizer.h"
-#include "html/references/CharacterReferences.h"
+#include "python/native/Extract.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "TokenTable.h"
+#include "html/output/AttributesNormalizer.h"
+#include "html/references/CharacterReferences.h"
+#include "python/native/TokenTable.h"
 
 namespace Kestra::Python {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Document.h"
+#include "python/native/Document.h"
 
 namespace Kestra::Python {
 

@@ -2,7 +2,6 @@
 
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
-#include "c/kestra/html.h"
 
 #include <cstdint>
 #include <memory>
@@ -10,10 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "Document.h"
-#include "Extract.h"
-#include "Rewriting.h"
-#include "TokenTable.h"
+#include "c/kestra/html.h"
+#include "python/native/Document.h"
+#include "python/native/Extract.h"
+#include "python/native/Rewriting.h"
+#include "python/native/TokenTable.h"
 
 namespace Kestra::Python {
 

@@ -1,8 +1,6 @@
-#include "Rewriting.h"
+#include "python/native/Rewriting.h"
 
 #include <pybind11/stl.h>
-#include "html/output/ParserObserverOutputHandler.h"
-#include "html/rewrite/Rewriter.h"
 
 #include <exception>
 #include <functional>
@@ -11,7 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "Document.h"
+#include "html/output/ParserObserverOutputHandler.h"
+#include "html/rewrite/Rewriter.h"
+#include "python/native/Document.h"
 
 namespace Kestra::Python {
 

@@ -1,12 +1,12 @@
-#include "TokenTable.h"
+#include "python/native/TokenTable.h"
+
+#include <utility>
 
 #include "html/framework/TokenKind.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/Rewriter.h"
 #include "platform/StringHelper.h"
-
-#include <utility>
 
 namespace Kestra::Python {
 
