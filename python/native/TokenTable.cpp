@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "html/framework/TokenKind.h"
+#include "html/framework/TokenObserver.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/Rewriter.h"
@@ -15,36 +15,17 @@ namespace {
 using HTML::GenericParser;
 using StringNS::CharSet;
 
-// Operations of an observer, with the kind of their tokens.
-#define KESTRA_FOR_EACH_TOKEN(X)                                   \
-    X(OnText, TextData, TOKEN_TEXT)                                \
-    X(OnCComment, CCommentData, TOKEN_C_COMMENT)                   \
-    X(OnCPPComment, CPPCommentData, TOKEN_CPP_COMMENT)             \
-    X(OnSQuoteString, SQuoteStringData, TOKEN_S_QUOTE_STRING)      \
-    X(OnDQuoteString, DQuoteStringData, TOKEN_D_QUOTE_STRING)      \
-    X(OnStartTag, StartTagData, TOKEN_START_TAG)                   \
-    X(OnShortTag, ShortTagData, TOKEN_SHORT_TAG)                   \
-    X(OnEndTag, EndTagData, TOKEN_END_TAG)                         \
-    X(OnCDATATag, CDATATagData, TOKEN_CDATA_TAG)                   \
-    X(OnConditionalTag, ConditionalTagData, TOKEN_CONDITIONAL_TAG) \
-    X(OnCommentTag, CommentTagData, TOKEN_COMMENT_TAG)             \
-    X(OnEntityTag, EntityTagData, TOKEN_ENTITY_TAG)                \
-    X(OnExternTag, ExternTagData, TOKEN_EXTERN_TAG)                \
-    X(OnJunkData, JunkData, TOKEN_JUNK)
-
 /// Notes the kind and the place of each token.
 template <typename C, typename S>
-class TableObserver final : public HTML::ParserObserver<C, S> {
+class TableObserver final : public HTML::TokenObserver<TableObserver<C, S>, C, S> {
 public:
     TableObserver(const GenericParser* tokenParser, TokenTable* targetTable)
         : parser(tokenParser), table(targetTable) {}
 
-#define OVERRIDE(NAME, RECORD, KIND)          \
-    void NAME(HTML::RECORD<C, S>*) override { \
-        Note(HTML::KIND);                     \
+    template <template <typename, typename> class Record>
+    void OnToken(const Record<C, S>*) {
+        Note(HTML::RecordKind<Record>::KIND_OF_TOKEN);
     }
-    KESTRA_FOR_EACH_TOKEN(OVERRIDE)
-#undef OVERRIDE
 
 private:
     void Note(HTML::TokenKind kind) {
@@ -61,16 +42,14 @@ private:
 };
 
 /// Notes the kind, the place and the bytes of each token of a document in pieces.
-class PieceObserver final : public HTML::ParserObserver<WideChar, WideString> {
+class PieceObserver final : public HTML::TokenObserver<PieceObserver, WideChar, WideString> {
 public:
     explicit PieceObserver(HTML::Rewriter* tokenRewriter) : rewriter(tokenRewriter) {}
 
-#define OVERRIDE(NAME, RECORD, KIND)                          \
-    void NAME(HTML::RECORD<WideChar, WideString>*) override { \
-        Note(HTML::KIND);                                     \
+    template <template <typename, typename> class Record>
+    void OnToken(const Record<WideChar, WideString>*) {
+        Note(HTML::RecordKind<Record>::KIND_OF_TOKEN);
     }
-    KESTRA_FOR_EACH_TOKEN(OVERRIDE)
-#undef OVERRIDE
 
     TokenTable table;
     std::string bytes;
@@ -91,17 +70,15 @@ private:
 };
 
 /// Copies what the first token says.
-class TextObserver final : public HTML::ParserObserver<WideChar, WideString> {
+class TextObserver final : public HTML::TokenObserver<TextObserver, WideChar, WideString> {
 public:
     TextObserver(GenericParser* tokenParser, std::uint64_t beginOfToken, TokenText* targetText)
         : parser(tokenParser), begin(beginOfToken), text(targetText) {}
 
-#define OVERRIDE(NAME, RECORD, KIND)                                 \
-    void NAME(HTML::RECORD<WideChar, WideString>* record) override { \
-        Copy(*record);                                               \
+    template <typename Record>
+    void OnToken(const Record* record) {
+        Copy(*record);
     }
-    KESTRA_FOR_EACH_TOKEN(OVERRIDE)
-#undef OVERRIDE
 
     bool hasToken = false;
 
