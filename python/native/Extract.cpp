@@ -1,6 +1,8 @@
 #include "python/native/Extract.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
 #include <utility>
 
 #include "html/output/AttributesNormalizer.h"
@@ -90,43 +92,35 @@ private:
 /// What a tag does to the text around it.
 enum class TagEffect { NONE, BLOCK, HIDDEN, LINE, KEPT_SPACE };
 
+// Sorted.
+constexpr std::string_view BLOCKS[] = {
+    "address", "article", "aside", "blockquote", "body",       "caption", "dd",      "details", "dialog",
+    "div",     "dl",      "dt",    "fieldset",   "figcaption", "figure",  "footer",  "form",    "h1",
+    "h2",      "h3",      "h4",    "h5",         "h6",         "head",    "header",  "hr",      "html",
+    "li",      "main",    "nav",   "ol",         "option",     "p",       "section", "summary", "table",
+    "tbody",   "td",      "tfoot", "th",         "thead",      "title",   "tr",      "ul"};
+constexpr std::string_view HIDDEN_ELEMENTS[] = {"iframe", "noembed", "noframes", "script", "style"};
+constexpr std::string_view ELEMENTS_WITH_SPACE[] = {"pre", "textarea", "xmp"};
+constexpr std::size_t LONGEST_NAME = 10;
+static_assert(std::is_sorted(std::begin(BLOCKS), std::end(BLOCKS)));
+
 TagEffect GetEffect(const WideString& name) {
-    struct Row {
-        std::string_view name;
-        TagEffect effect;
+    if (name.size() > LONGEST_NAME)
+        return TagEffect::NONE;
+    std::array<char, LONGEST_NAME> characters{};
+    for (std::size_t i = 0; i < name.size(); ++i)
+        characters[i] = name[i] < 0x80 ? static_cast<char>(FoldAscii(name[i])) : '?';
+    const std::string_view folded(characters.data(), name.size());
+    const auto isOneOf = [folded](const auto& names) {
+        return std::binary_search(std::begin(names), std::end(names), folded);
     };
-    constexpr Row ROWS[] = {{"address", TagEffect::BLOCK},    {"article", TagEffect::BLOCK},
-                            {"aside", TagEffect::BLOCK},      {"blockquote", TagEffect::BLOCK},
-                            {"body", TagEffect::BLOCK},       {"br", TagEffect::LINE},
-                            {"caption", TagEffect::BLOCK},    {"dd", TagEffect::BLOCK},
-                            {"details", TagEffect::BLOCK},    {"dialog", TagEffect::BLOCK},
-                            {"div", TagEffect::BLOCK},        {"dl", TagEffect::BLOCK},
-                            {"dt", TagEffect::BLOCK},         {"fieldset", TagEffect::BLOCK},
-                            {"figcaption", TagEffect::BLOCK}, {"figure", TagEffect::BLOCK},
-                            {"footer", TagEffect::BLOCK},     {"form", TagEffect::BLOCK},
-                            {"h1", TagEffect::BLOCK},         {"h2", TagEffect::BLOCK},
-                            {"h3", TagEffect::BLOCK},         {"h4", TagEffect::BLOCK},
-                            {"h5", TagEffect::BLOCK},         {"h6", TagEffect::BLOCK},
-                            {"head", TagEffect::BLOCK},       {"header", TagEffect::BLOCK},
-                            {"hr", TagEffect::BLOCK},         {"html", TagEffect::BLOCK},
-                            {"iframe", TagEffect::HIDDEN},    {"li", TagEffect::BLOCK},
-                            {"main", TagEffect::BLOCK},       {"nav", TagEffect::BLOCK},
-                            {"noembed", TagEffect::HIDDEN},   {"noframes", TagEffect::HIDDEN},
-                            {"ol", TagEffect::BLOCK},         {"option", TagEffect::BLOCK},
-                            {"p", TagEffect::BLOCK},          {"pre", TagEffect::KEPT_SPACE},
-                            {"script", TagEffect::HIDDEN},    {"section", TagEffect::BLOCK},
-                            {"style", TagEffect::HIDDEN},     {"summary", TagEffect::BLOCK},
-                            {"table", TagEffect::BLOCK},      {"tbody", TagEffect::BLOCK},
-                            {"td", TagEffect::BLOCK},         {"textarea", TagEffect::KEPT_SPACE},
-                            {"tfoot", TagEffect::BLOCK},      {"th", TagEffect::BLOCK},
-                            {"thead", TagEffect::BLOCK},      {"title", TagEffect::BLOCK},
-                            {"tr", TagEffect::BLOCK},         {"ul", TagEffect::BLOCK},
-                            {"xmp", TagEffect::KEPT_SPACE}};
-    for (const Row& row : ROWS) {
-        if (EqualsKeyword(name, row.name))
-            return row.effect;
-    }
-    return TagEffect::NONE;
+    if (folded == "br")
+        return TagEffect::LINE;
+    if (isOneOf(BLOCKS))
+        return TagEffect::BLOCK;
+    if (isOneOf(HIDDEN_ELEMENTS))
+        return TagEffect::HIDDEN;
+    return isOneOf(ELEMENTS_WITH_SPACE) ? TagEffect::KEPT_SPACE : TagEffect::NONE;
 }
 
 bool IsPageSpace(WideChar character) {
