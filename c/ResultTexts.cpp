@@ -60,5 +60,5 @@ const char* kestra_html_result_text(uint32_t result) {
 }
 
 const char* kestra_html_version(void) {
-    return KESTRA_HTML_VERSION;
+    return KESTRA_HTML_HEADER_VERSION;
 }

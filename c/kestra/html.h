@@ -87,7 +87,10 @@ typedef enum kestra_html_result {
 /// What a result means, in English, NUL-terminated; for an unknown one "unknown result".
 KESTRA_HTML_CALL const char* kestra_html_result_text(uint32_t result);
 
-/// The version of the library, as in "0.1.0".
+/// The version of this header.
+#define KESTRA_HTML_HEADER_VERSION "0.1.0"
+
+/// The version of the library, written like that of the header.
 KESTRA_HTML_CALL const char* kestra_html_version(void);
 
 // ---- Strings and places -------------------------------------------------------------------------

@@ -682,7 +682,7 @@ TEST(CParserTest, EveryResultHasAText) {
         EXPECT_STRNE(kestra_html_result_text(result), "unknown result") << result;
     }
     EXPECT_STREQ(kestra_html_result_text(1), "unknown result");
-    EXPECT_STREQ(kestra_html_version(), KESTRA_HTML_VERSION);
+    EXPECT_STREQ(kestra_html_version(), KESTRA_PROJECT_VERSION);
 }
 
 // Charsets
