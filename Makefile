@@ -21,12 +21,13 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy pictures clean
+.PHONY: help run test test-windows test-python test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
 	@echo 'make test           build with sanitizers, run all tests; those of whole documents and the package in the release too'
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
+	@echo 'make test-python    build the Python module and run its tests'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
@@ -69,6 +70,13 @@ test-windows:
 	cmake --preset windows
 	cmake --build --preset windows --parallel $(JOBS)
 	@trap 'setup/wine --stop' EXIT; trap 'exit 130' INT TERM; setup/wine --start && setup/run-tests windows-test windows
+
+test-python:
+	@setup/install build python
+	cmake --preset release -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python
+	PYTHONPATH=build/release/python /usr/bin/python3 -m pytest -q -p no:cacheprovider \
+	    --doctest-glob='*.md' python/tests docs/python.md docs/moving
 
 test-memory:
 	@setup/install build

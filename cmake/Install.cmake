@@ -37,7 +37,7 @@ install(FILES ${PROJECT_BINARY_DIR}/kestra-html.pc DESTINATION ${KESTRA_PKGCONFI
 
 install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY examples/c examples/links examples/pages examples/rewrite DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(DIRECTORY examples/c examples/crawl examples/links examples/pages examples/rewrite DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 if(WIN32 AND KESTRA_WINDOWS_PACKAGES)
     # The terms of what is linked into the library and the tool.
     install(DIRECTORY ${KESTRA_WINDOWS_PACKAGES}/share/licenses DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -1,0 +1,27 @@
+"""Builds the module by CMake; everything else is in pyproject.toml."""
+
+import pathlib
+import subprocess
+import sys
+
+from setuptools import Extension, setup
+from setuptools.command.build_ext import build_ext
+
+ROOT = pathlib.Path(__file__).resolve().parent
+
+
+class BuildByCMake(build_ext):
+    def build_extension(self, extension):
+        target = pathlib.Path(self.get_ext_fullpath(extension.name)).resolve()
+        build = (pathlib.Path(self.build_temp) / "cmake").resolve()
+        options = ["-DCMAKE_BUILD_TYPE=Release", "-DKESTRA_BUILD_PYTHON=ON", f"-DPython_EXECUTABLE={sys.executable}"]
+        for part in ("TOOLS", "TESTS", "EXAMPLES"):
+            options.append(f"-DKESTRA_BUILD_{part}=OFF")
+        subprocess.run(["cmake", "-S", ROOT, "-B", build, *options], check=True)
+        subprocess.run(["cmake", "--build", build, "--target", "kestra-html-python", "--parallel"], check=True)
+        target.parent.mkdir(parents=True, exist_ok=True)
+        module, = (build / "python" / "kestra_html").glob("_native*")
+        self.copy_file(str(module), str(target))
+
+
+setup(ext_modules=[Extension("kestra_html._native", [])], cmdclass={"build_ext": BuildByCMake})
