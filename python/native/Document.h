@@ -12,8 +12,8 @@
 
 namespace Kestra::Python {
 
-/// The bytes of a document: those of an object with the buffer protocol, of a file that is named, or
-/// of what `read` answers. They last as long as this does.
+/// The bytes of a document: those of an object with the buffer protocol, of a file that is named,
+/// or of what `read` answers. They last as long as this does.
 class Document {
 public:
     /// With the GIL; it is dropped while a file is read.
