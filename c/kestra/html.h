@@ -316,12 +316,12 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_feed(kestra_html_parser* parser, co
 
 /// Parses a document, or the rest of it, that lies in memory as a whole, up to but not including
 /// its end.
-/// @param data  borrowed until `kestra_html_parser_end`
+/// @param data  borrowed for the call
 /// @return as `kestra_html_parser_feed`, and 706
 KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_document(kestra_html_parser* parser, const void* data, size_t size);
 
 /// Where a document comes from. Every function returns 0, or a code of its own that the parse then
-/// answers. Borrowed until `kestra_html_parser_end`.
+/// answers. Borrowed for the call that reads it.
 typedef struct kestra_html_stream {
     size_t size;  ///< of this struct
     void* user;   ///< handed to the functions

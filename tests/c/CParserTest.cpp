@@ -424,6 +424,23 @@ TEST(CParserTest, PiecesEndAtABrokenConstruct) {
     EXPECT_EQ(parser.End(), std::uint32_t{KESTRA_HTML_UNTERMINATED});
 }
 
+// The bytes of a document are the host's again after the call, also with a construct open.
+TEST(CParserTest, ADocumentIsBorrowedForTheCall) {
+    std::string texts;
+    Callback callback = [&](const kestra_html_token* token) {
+        texts.append(GetString(token, KESTRA_HTML_PART_TEXT)).append(";");
+        return 0U;
+    };
+    CParser parser(MakeOptions(KESTRA_HTML_BYTES, &CallBack, &callback));
+    parser.Start();
+    {
+        const std::string document = "<!--a--><p ";
+        EXPECT_EQ(parser.FeedDocument(document), 0U);
+    }
+    EXPECT_EQ(parser.End(), 0U);
+    EXPECT_EQ(texts, "a;<p ;");
+}
+
 TEST(CParserTest, Files) {
     std::size_t count = 0;
     Callback callback = [&](const kestra_html_token*) {
