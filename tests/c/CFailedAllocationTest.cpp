@@ -71,6 +71,12 @@ std::uint32_t Parse(std::uint32_t encoding, std::size_t* bytes) {
     return seen.result;
 }
 
+/// Whether an answer says what happened. A broken construct that cannot be read again, because
+/// memory is lacking just then, answers its own code.
+bool SaysWhatHappened(std::uint32_t result) {
+    return result == KESTRA_HTML_OUT_OF_MEMORY || result == KESTRA_HTML_MALFORMED;
+}
+
 /// Fails each allocation in turn until there is none left. @return how many there are
 template <typename Call>
 std::size_t FailEach(Call call) {
@@ -86,7 +92,7 @@ std::size_t FailEach(Call call) {
             EXPECT_EQ(result, 0U);
             return number;
         }
-        EXPECT_EQ(result, std::uint32_t{KESTRA_HTML_OUT_OF_MEMORY}) << "allocation " << number;
+        EXPECT_TRUE(SaysWhatHappened(result)) << "allocation " << number << ", result " << result;
         if (testing::Test::HasFailure())
             return number;
     }
