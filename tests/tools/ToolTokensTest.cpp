@@ -180,7 +180,7 @@ TEST(ToolTokens, ADeclaredCharsetStartsAgain) {
 
 TEST(ToolTokens, ADeclaredCharsetDoesNotStartAgainWhenNothingWasConverted) {
     const std::string lines = JsonOf(DECLARED_LATE, {"--observer", "narrow"});
-    EXPECT_TRUE(Contains(lines, "{\"event\":\"Charset\",\"code\":20866}")) << "the only pass, which is told of it";
+    EXPECT_TRUE(Contains(lines, "{\"event\":\"Charset\",\"code\":20866}")) << "the only pass, to which it is reported";
     EXPECT_TRUE(Contains(LastLine(lines), "\"charset\":20866,"));
 }
 

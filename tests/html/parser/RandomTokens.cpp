@@ -49,7 +49,7 @@ RandomTokens::RandomTokens(std::uint64_t seed, std::size_t longestRun)
               // To the tokenizer start tags with odd names.
               {"server-tag", "<%@ {word}=\"{phrase}\" %>|<%=\"{phrase}\" %>|<% {word} {word} %>"},
               {"script", "<script{attributes}>{script-item*0-15}\n</{optional-space}SCRIPT{optional-space}>"},
-              // The sixth one is text, as it stands in a script.
+              // The sixth one is text, as a script has it.
               {"script-item",
                "'{phrase}\\'\"</{word}>'|\"{phrase}\\\"'<!--\"|/*{phrase}**'\"</{word}* /*/|"
                "//{word}'\"</{word}<{word}<!{word}<?\n|= /{word}\\/{word}\n|"
