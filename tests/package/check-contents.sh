@@ -5,7 +5,7 @@
 #
 #     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
 #
-# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below
+# LIST has components and paths below PREFIX, one of each a line. SOURCES is the project's tree, DOCUMENTS the folder below
 # PREFIX that documents are installed in.
 set -eu
 
@@ -22,10 +22,11 @@ complain() {
 
 cd "$prefix"
 
-find . ! -type d ! -path './include/kestra/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
+find . ! -type d ! -path './include/kestra/*/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
 {
-    cat "$list"
-    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md docs examples/c examples/crawl examples/links examples/pages examples/rewrite -type f | sed "s,^,$documents/,")
+    cut -d ' ' -f 2 "$list"
+    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md docs examples/c examples/crawl examples/links examples/pages examples/rewrite \
+        -type f ! -path '*/__pycache__/*' | sed "s,^,$documents/,")
 } | LC_ALL=C sort | diff - "$list.found" || complain "the package does not hold what is listed (<: missing, >: unexpected)"
 
 headers=$(find include/kestra -name '*.h')
