@@ -8,6 +8,7 @@
 
 namespace Kestra {
 
+/// A unit of UTF-16: `wchar_t` on Windows, `char16_t` elsewhere.
 #if defined(_WIN32)
 using WideChar = wchar_t;
 #define KESTRA_WIDE(text) L##text
@@ -16,7 +17,12 @@ using WideChar = char16_t;
 #define KESTRA_WIDE(text) u##text
 #endif
 
+/// @def KESTRA_WIDE(text)
+/// A literal of the 16-bit flavour: `KESTRA_WIDE("page.html")`.
+
+/// A string of UTF-16: `std::wstring` on Windows, `std::u16string` elsewhere.
 using WideString = std::basic_string<WideChar>;
+/// A part of such a string, borrowed.
 using WideStringView = std::basic_string_view<WideChar>;
 
 static_assert(sizeof(WideChar) == 2, "the wide flavour is UTF-16 on every platform");
@@ -57,6 +63,7 @@ constexpr bool EqualsKeyword(std::basic_string_view<C> word, std::string_view lo
     return true;
 }
 
+/// The same for a string.
 template <typename C>
 constexpr bool EqualsKeyword(const std::basic_string<C>& word, std::string_view lowerCaseKeyword) noexcept {
     return EqualsKeyword(std::basic_string_view<C>(word), lowerCaseKeyword);

@@ -15,7 +15,9 @@ namespace Kestra::VFS {
 class KESTRA_HTML_API InputStream {
 public:
     InputStream();
+    /// A stream of this class has no state: there is nothing to copy.
     InputStream(const InputStream&);
+    /// Copies nothing.
     InputStream& operator=(const InputStream&);
     virtual ~InputStream();
 

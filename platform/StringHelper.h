@@ -27,9 +27,9 @@ class KESTRA_HTML_API StringHelper {
 public:
     /// What `StripAnsiChars` and `StripWideChars` strip.
     enum StripMode : std::uint32_t {
-        STRIP_FRONT = 1,
-        STRIP_BACK = 2,
-        STRIP_BOTH = 3,
+        STRIP_FRONT = 1,  ///< from the front
+        STRIP_BACK = 2,   ///< from the back
+        STRIP_BOTH = 3,   ///< from both ends
     };
 
     /// From the bytes of a code page to UTF-16; code 0 is the ANSI rule. `conversionType` is
@@ -50,10 +50,15 @@ public:
     /// Splits at every occurrence of the separator. Empty parts are kept, so the parts are always
     /// one more than the separators.
     static void SplitAnsiString(const std::string& text, char separator, Vector<std::string>* parts);
+    /// The same for a wide string.
     static void SplitWideString(const WideString& text, WideChar separator, Vector<WideString>* parts);
 
     /// Removes the characters of `set` from the front, the back or both ends of `*text`.
+    /// @param text  not null
+    /// @param mode  a `StripMode`
+    /// @param set   the characters, in any order
     static void StripAnsiChars(std::string* text, std::uint32_t mode, const std::string& set);
+    /// The same for a wide string.
     static void StripWideChars(WideString* text, std::uint32_t mode, const WideString& set);
 };
 
