@@ -142,7 +142,7 @@ public:
     /// For its queries: places, charset, errors.
     const GenericParser& GetParser() const;
 
-    /// @name Settings, as those of `GenericParser`
+    /// @name Settings, as those of GenericParser
     /// @{
 
     /// As `GenericParser::SetSelfCheck`.
