@@ -6,6 +6,7 @@
 #include "Characters.h"
 #include "Export.h"
 
+/// Strings and character sets.
 namespace Kestra::StringNS {
 
 /// Character sets are Windows code-page numbers. This class maps them to registered charset names

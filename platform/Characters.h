@@ -6,6 +6,7 @@
 /// @file
 /// The 16-bit character flavour. It is named here once, and nothing else asks for the platform.
 
+/// The library. Its parsers are in `Kestra::HTML`; here is what all its parts share.
 namespace Kestra {
 
 /// A unit of UTF-16: `wchar_t` on Windows, `char16_t` elsewhere.

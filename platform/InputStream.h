@@ -4,6 +4,7 @@
 
 #include "Export.h"
 
+/// Streams and files.
 namespace Kestra::VFS {
 
 /// A source of bytes that a host hands to a parser. Hosts derive from it; the library's own streams

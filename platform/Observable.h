@@ -6,6 +6,7 @@
 
 #include "Export.h"
 
+/// What observers are attached to, and the buffer that streams are read into.
 namespace Kestra::Base {
 
 class MultiDelegate;

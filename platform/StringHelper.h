@@ -10,9 +10,9 @@
 
 namespace Kestra::StringNS {
 
-/// The UTF-8 byte-order mark, three bytes, and the UTF-16 little-endian one, two bytes. Neither is
-/// NUL-terminated.
+/// The byte-order mark of UTF-8, not NUL-terminated.
 extern KESTRA_HTML_API const unsigned char BOM_UTF8[3];
+/// The byte-order mark of UTF-16, low byte first, not NUL-terminated.
 extern KESTRA_HTML_API const unsigned char BOM_UTF16_LE[2];
 
 /// String conversions and small string services.

@@ -6,6 +6,7 @@
 /// The names by which one recognizer hands over to another, and which
 /// `GenericParser::GetCurrentParserName` answers for the one that runs.
 
+/// The names of the recognizers.
 namespace Kestra::HTML::ParserNames {
 
 inline constexpr WideStringView TEXT = KESTRA_WIDE("TextSimpleParser");               ///< reads text

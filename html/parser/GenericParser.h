@@ -12,6 +12,7 @@
 #include "../framework/ResultCodes.h"
 #include "../framework/TokenPlace.h"
 
+/// The parsers, the rewriter, what observers get, and the recognizers of the single constructs.
 namespace Kestra::HTML {
 
 class GenericParserEngine;
