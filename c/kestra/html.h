@@ -21,19 +21,25 @@
 ///
 /// **Results**: every call that can fail returns a `kestra_html_result`; 0 is success. A null
 /// handle or a null output is answered with KESTRA_HTML_INVALID_ARGUMENT.
+///
 /// **Ownership**: what `..._create` makes, the caller gives to `..._destroy`. Everything else that
 /// the library hands out is borrowed: tokens and their strings until the callback returns, texts of
 /// the library for ever. The library never frees what the caller allocated, nor the reverse.
+///
 /// **Callbacks** run inside the call that fed the input, on its thread. They must return: a
 /// `longjmp` out of one is not allowed. An exception of a C++ host that leaves one ends the
 /// document as `kestra_html_parser_stop` does, and the call answers KESTRA_HTML_CALLBACK_FAILED.
+///
 /// **Exceptions**: none leave a function of this header. When memory is exhausted, the answer is
 /// KESTRA_HTML_OUT_OF_MEMORY.
+///
 /// **Threads**: a handle is for one thread at a time; different handles, and the functions without
 /// a handle, are for any number of threads at once.
+///
 /// **Structs** that begin with `size` may grow: set it to the size that your compiler knows, and
 /// everything that you do not set to 0. A struct larger than the library knows is accepted when
 /// what the library does not know is 0.
+///
 /// **Sizes and offsets** are in bytes, those of UTF-16 as well.
 
 /// @def KESTRA_HTML_CALL
