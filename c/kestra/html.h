@@ -238,6 +238,23 @@ KESTRA_HTML_CALL uint32_t kestra_html_token_decoded_text(const kestra_html_token
 /// @return 0; 2 for null; 8
 KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_count(const kestra_html_token* token, size_t* count);
 
+/// What most hosts ask of every token, in one call.
+typedef struct kestra_html_summary {
+    size_t size;              ///< of this struct
+    uint32_t kind;            ///< as `kestra_html_token_kind`
+    uint32_t reserved;        ///< 0
+    kestra_html_string name;  ///< KESTRA_HTML_PART_NAME
+    kestra_html_string text;  ///< KESTRA_HTML_PART_TEXT
+    size_t attribute_count;   ///< as `kestra_html_token_attribute_count`
+} kestra_html_summary;
+
+/// The same as the calls for the kind, both strings and the count, at the cost of one.
+/// @param token    borrowed
+/// @param summary  its `size` is set before the call; the rest is untouched when the answer is not
+///                 0
+/// @return 0; 2 for null or a `size` that is too small; 8; 50 for junk that cannot be decoded
+KESTRA_HTML_CALL uint32_t kestra_html_token_summary(const kestra_html_token* token, kestra_html_summary* summary);
+
 /// An attribute, or an item of a declaration.
 /// @param token      borrowed
 /// @param index      from 0, in document order
