@@ -21,7 +21,7 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
-.PHONY: help run test test-windows test-python test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy pictures clean
+.PHONY: help run test test-windows test-python test-memory bench bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy docs check-docs pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -42,6 +42,8 @@ help:
 	@echo 'make check-headers  compile every public header alone'
 	@echo 'make check-rooms    fail when a folder includes what is above it'
 	@echo 'make tidy           run clang-tidy over all sources'
+	@echo 'make docs           the reference of all public names, with the guides: build/docs/html/index.html'
+	@echo 'make check-docs     fail when a public name has no comment, or a document a link that leads nowhere'
 	@echo 'make pictures       draw the pictures of the documents'
 	@echo 'make clean          remove the build folder'
 
@@ -164,6 +166,13 @@ tidy:
 	@setup/install build tidy
 	cmake --preset dev
 	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS) '\.cpp$$'
+
+docs:
+	@setup/install docs
+	setup/reference build/docs
+
+check-docs: docs
+	tests/docs/check-reference .
 
 pictures:
 	@setup/install pictures

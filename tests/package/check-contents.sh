@@ -25,7 +25,7 @@ cd "$prefix"
 find . ! -type d ! -path './include/kestra/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
 {
     cat "$list"
-    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md docs \
+    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md docs \
         examples/c examples/crawl examples/links examples/pages examples/rewrite -type f |
         sed "s,^,$documents/,")
 } | LC_ALL=C sort | diff - "$list.found" ||
