@@ -23,7 +23,7 @@ FUZZ_SECONDS ?= 3600
 
 LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
 
-.PHONY: help run test test-windows test-python test-memory bench bench-builds bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy pictures clean
+.PHONY: help run test test-windows test-python test-memory bench bench-builds bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -50,6 +50,8 @@ help:
 	@echo 'make compare-debs   build them twice: are they the same bytes?'
 	@echo 'make test-deb       install them in a fresh minimal system, use them, remove them'
 	@echo 'make tidy           run clang-tidy over all sources'
+	@echo 'make docs           the reference of all public names, with the guides: build/docs/html/index.html'
+	@echo 'make check-docs     fail when a public name has no comment, or a document a link that leads nowhere'
 	@echo 'make pictures       draw the pictures of the documents'
 	@echo 'make clean          remove the build folder'
 
@@ -213,6 +215,13 @@ check-interface: distribution-build
 save-interface: distribution-build
 	@setup/install interface
 	setup/check-interface --save build/distribution
+
+docs:
+	@setup/install docs
+	setup/reference build/docs
+
+check-docs: docs
+	tests/docs/check-reference .
 
 pictures:
 	@setup/install pictures

@@ -71,7 +71,7 @@ if(TARGET kestra-html-python)
         FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 endif()
 
-install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(FILES CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(DIRECTORY examples/c examples/crawl examples/links examples/pages examples/rewrite
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT doc PATTERN "__pycache__" EXCLUDE)
