@@ -246,6 +246,10 @@ Links FindLinksOfFlavour(std::string_view bytes, const ParseOptions& options, bo
 /// the longest token.
 constexpr std::size_t LONGEST_KEPT = 1U << 20;
 
+/// In bytes. After each piece the rest of a script may be left out; constructs that pieces cut take
+/// longer.
+constexpr std::size_t PIECE_SIZE = 8192;
+
 /// The parser of a thread, whose buffers serve the next document too: for small pages and long
 /// scripts to get them anew takes longer than to parse.
 class ThreadParser {
@@ -299,7 +303,7 @@ std::size_t FindContentStop(std::string_view bytes, std::size_t begin) {
 std::uint32_t FeedForLinks(std::string_view bytes, GenericParser* parser, LinkObserver<char, std::string>* observer) {
     std::size_t skipped = 0;  // bytes that the places of tokens do not count
     for (std::size_t next = 0; next < bytes.size();) {
-        const std::string_view piece = bytes.substr(next, GenericParser::BUFFER_SIZE);
+        const std::string_view piece = bytes.substr(next, PIECE_SIZE);
         const std::uint32_t result = parser->ParseBuffer(piece.data(), piece.size());
         if (result != HTML::PARSER_OK)
             return result;
