@@ -21,7 +21,7 @@ FILES = 6
 def make_record(content, kind="response", length=None):
     length = len(content) if length is None else length
     head = f"WARC/1.0\r\nWARC-Type: {kind}\r\nWARC-Target-URI: http://example.org/a/\r\nContent-Length: {length}\r\n\r\n"
-    return head.encode() + content + b"\r\n\r\n"
+    return head.encode("latin-1") + content + b"\r\n\r\n"
 
 
 def make_response(page, content_type="text/html; charset=utf-8", status="200 OK"):
@@ -59,12 +59,26 @@ def test_a_poisoned_page_is_a_result(tmp_path):
     assert (counts.pages, counts.results) == (2, {"711": 2})
 
 
+def test_a_page_that_is_too_long_is_a_result(tmp_path, monkeypatch):
+    monkeypatch.setattr(crawl, "LONGEST_RECORD", 1 << 17)
+    pages = [b"<a href=b>" + b"t" * size for size in (1 << 18, 10, (1 << 17) + 1)]
+    path = write_file(tmp_path / "a.warc.gz", [make_record(make_response(page)) for page in pages])
+    counts = crawl.count_file(path)
+    assert (counts.pages, counts.links, counts.results) == (3, 1, {"too long": 2})
+    assert not counts.failures
+
+
 @pytest.mark.parametrize("spoil, message", [
     (lambda records: b"".join(map(gzip.compress, records))[:-20], "end"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length=7)), "ends after"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x" * 9, length=3)), "goes on"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length="many")), "has the length"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length="\xb2")), "has the length"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length=-1)), "has the length"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length=10 ** 18)), "ends after 5"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length="1" * 6000)), "has the length"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(b"nothing\r\n\r\n"), "begins with"),
+    (lambda records: gzip.compress(records[0])[:-8] + b"\xff" * 8, "CRC"),
     (lambda records: gzip.compress(records[0]) + b"no gzip", "Not a gzipped file"),
 ])
 def test_what_cannot_be_read(tmp_path, spoil, message):
