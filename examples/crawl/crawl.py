@@ -14,6 +14,7 @@ import collections
 import dataclasses
 import gzip
 import json
+import re
 import sys
 import urllib.parse
 import zlib
@@ -116,14 +117,36 @@ def count_page(page, address):
         return counts
     counts.charsets[charset.name or "unknown"] += 1
     counts.links = len(links)
+    known = {}
     for link in links:
-        counts.hosts[find_host(address, link)] += 1
+        counts.hosts[find_host(address, link, known)] += 1
     return counts
 
 
-def find_host(address, link):
+ORIGIN = re.compile(r"https?://[^/?#]+", re.IGNORECASE)
+
+
+def find_host_of_address(address, known):
+    if address not in known:
+        try:
+            known[address] = urllib.parse.urlsplit(address).hostname or ""
+        except ValueError:
+            known[address] = ""
+    return known[address]
+
+
+def find_host(address, link, known):
+    """Where a link of a page leads to. Most links need not be joined to the address for that.
+
+    `known` is a dictionary in which hosts that were found are kept.
+    """
+    if origin := ORIGIN.match(link):
+        return find_host_of_address(origin.group(), known)
+    # A link without these stays on the host.
+    if ":" not in link and "//" not in link:
+        return find_host_of_address(address, known)
     try:
-        return urllib.parse.urlsplit(urllib.parse.urljoin(address, link)).hostname or ""
+        return find_host_of_address(urllib.parse.urljoin(address, link), known)
     except ValueError:
         return ""
 

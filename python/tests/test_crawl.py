@@ -7,6 +7,7 @@ import pathlib
 import signal
 import subprocess
 import sys
+import urllib.parse
 
 import pytest
 
@@ -51,6 +52,21 @@ def test_a_page(tmp_path):
     assert (counts.pages, counts.links, counts.characters) == (1, 2, 5)
     assert counts.hosts == {"example.org": 1, "example.com": 1}
     assert counts.charsets == {"UTF-8": 1}
+
+
+@pytest.mark.parametrize("address", ["http://a.example/b/c?d", "https://u@A.example:81/", "http://[::1]/", "urn:x", ""])
+@pytest.mark.parametrize("link", [
+    "", "e", "/e", "//f.example/g", "?h", "#i", "../j", "mailto:k@l.example", "HTTP://M.example/n", "http://o.example:80",
+    "https://p@q.example?r//s", "http:t", "http:/u", "http:///v", "http://[", "http://[::2]/", "http://w\n.example/",
+    " http://x.example/", "javascript:void(0)", "y//z", "\\\\a.example", "http://\u2100.example/", "http://b.example#//c/",
+])
+def test_hosts_are_those_of_joined_addresses(address, link):
+    try:
+        host = urllib.parse.urlsplit(urllib.parse.urljoin(address, link)).hostname or ""
+    except ValueError:
+        host = ""
+    known = {}
+    assert [crawl.find_host(address, link, known) for _ in range(2)] == [host, host]
 
 
 def test_a_poisoned_page_is_a_result(tmp_path):
