@@ -19,30 +19,34 @@ using StringNS::CharSet;
 
 constexpr char ESC = 27;
 
-/// Whether bytes mean themselves, whatever the charset.
-bool IsAscii(const std::string& text) {
-    return std::none_of(text.begin(), text.end(), [](char c) { return c <= 0 || c == ESC; });
-}
-
-bool IsAscii(const WideString&) {
-    return false;
-}
-
 void SetWide(const WideString& value, ExtractedText* link) {
     link->isWide = true;
     if (!HTML::CharacterReferences<WideChar, WideString>::DecodeAttributeValue(value, &link->wide))
         link->wide = value;
 }
 
-void SetText(const std::string& value, const GenericParser& parser, ExtractedText* link) {
-    if (IsAscii(value) && value.find('&') == value.npos)
+/// @return whether the text depends on the charset
+bool SetText(const std::string& value, const GenericParser& parser, ExtractedText* link) {
+    bool isAscii = true;
+    bool hasReference = false;
+    bool hasTilde = false;
+    for (const char c : value) {  // without a branch, so that the compiler reads blocks
+        isAscii &= c > 0 && c != ESC;
+        hasReference |= c == '&';
+        hasTilde |= c == '~';
+    }
+    if (isAscii && !hasReference) {
         link->ascii = value;
-    else
-        SetWide(Decode(value, parser.GetCharset(), false), link);
+        return false;
+    }
+    SetWide(Decode(value, parser.GetCharset(), false), link);
+    // In HZ, which is ASCII as well, "~" begins other characters.
+    return !isAscii || hasTilde;
 }
 
-void SetText(const WideString& value, const GenericParser&, ExtractedText* link) {
+bool SetText(const WideString& value, const GenericParser&, ExtractedText* link) {
     SetWide(value, link);
+    return true;
 }
 
 /// Finds links in the tags of one flavour.
@@ -108,11 +112,8 @@ private:
             return false;
         links->links.emplace_back();
         if (attribute.hasValue) {
-            ExtractedText* const link = &links->links.back();
-            SetText(attribute.value, *parser, link);
-            // In HZ, which is ASCII as well, "~" begins other characters.
-            hasOtherThanAscii = hasOtherThanAscii || !IsAscii(attribute.value) ||
-                                (link->isWide && attribute.value.find(C('~')) != attribute.value.npos);
+            const bool isOther = SetText(attribute.value, *parser, &links->links.back());
+            hasOtherThanAscii = hasOtherThanAscii || isOther;
         }
         return true;
     }
@@ -246,9 +247,11 @@ Links FindLinksOfFlavour(std::string_view bytes, const ParseOptions& options, bo
 /// the longest token.
 constexpr std::size_t LONGEST_KEPT = 1U << 20;
 
-/// In bytes. After each piece the rest of a script may be left out; constructs that pieces cut take
-/// longer.
-constexpr std::size_t PIECE_SIZE = 8192;
+/// In bytes. After each piece the rest of a script may be left out: the first ones are short, since
+/// scripts lie at the beginning, and the others twice as long each, since each piece takes time.
+constexpr std::size_t SHORTEST_PIECE = 4096;
+constexpr std::size_t LONGEST_PIECE = 16384;
+constexpr std::size_t LONGEST_LOOK_BACK = 512;
 
 /// The parser of a thread, whose buffers serve the next document too: for small pages and long
 /// scripts to get them anew takes longer than to parse.
@@ -297,17 +300,28 @@ std::size_t FindContentStop(std::string_view bytes, std::size_t begin) {
     }
 }
 
+/// The next piece: up to after a ">", so that it cuts no tag, when there is one near its end.
+std::string_view CutPiece(std::string_view bytes, std::size_t size) {
+    if (bytes.size() <= size)
+        return bytes;
+    const std::string_view end = bytes.substr(size - LONGEST_LOOK_BACK, LONGEST_LOOK_BACK);
+    const std::size_t last = end.rfind('>');
+    return bytes.substr(0, last == end.npos ? size : size - LONGEST_LOOK_BACK + last + 1);
+}
+
 /// Feeds the bytes where they are, and not all of long scripts and style sheets: up to a stop their
 /// content is text, and to look for that alone is several times as fast.
 /// @return the first result that is a failure, or 0
 std::uint32_t FeedForLinks(std::string_view bytes, GenericParser* parser, LinkObserver<char, std::string>* observer) {
     std::size_t skipped = 0;  // bytes that the places of tokens do not count
+    std::size_t size = SHORTEST_PIECE;
     for (std::size_t next = 0; next < bytes.size();) {
-        const std::string_view piece = bytes.substr(next, PIECE_SIZE);
+        const std::string_view piece = CutPiece(bytes.substr(next), size);
         const std::uint32_t result = parser->ParseBuffer(piece.data(), piece.size());
         if (result != HTML::PARSER_OK)
             return result;
         next += piece.size();
+        size = std::min(2 * size, LONGEST_PIECE);
         const std::optional<std::uint64_t> content = observer->TakeContentBegin();
         if (!content || parser->IsWParser() || CharSet::IsIso2022(parser->GetCharset()))
             continue;

@@ -383,6 +383,38 @@ def test_threads_share_nothing():
     assert not failures
 
 
+@pytest.mark.parametrize("call", [
+    kestra_html.tokens, kestra_html.links, kestra_html.text, kestra_html.check,
+    lambda page: kestra_html.rewrite(page, [("p", "remove")]),
+    lambda page: kestra_html.Parser().feed(page),
+], ids=["tokens", "links", "text", "check", "rewrite", "feed"])
+def test_the_gil_is_dropped(call):
+    """Another thread runs during a call. With the GIL it would run when the call is over."""
+    page = b"<p>text</p>" * 400_000
+    interval = sys.getswitchinterval()
+    sys.setswitchinterval(1000)
+    try:
+        for _ in range(10):  # when the machine gives no time to this thread during the call
+            begun = threading.Event()
+            finished = []
+
+            def work():
+                begun.set()
+                call(page)
+                finished.append(True)
+
+            thread = threading.Thread(target=work)
+            thread.start()
+            begun.wait()
+            was_finished = bool(finished)
+            thread.join()
+            if not was_finished:
+                return
+    finally:
+        sys.setswitchinterval(interval)
+    pytest.fail("no other thread ran")
+
+
 def test_documents_are_let_go():
     data = bytearray(PAGE)
     tokens = kestra_html.tokens(data)
