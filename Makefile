@@ -23,7 +23,7 @@ FUZZ_SECONDS ?= 3600
 
 PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
 
-.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy pictures clean
+.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy docs check-docs pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -46,6 +46,8 @@ help:
 	@echo 'make check-headers  compile every public header alone'
 	@echo 'make check-rooms    fail when a folder includes what is above it'
 	@echo 'make tidy           run clang-tidy over all sources'
+	@echo 'make docs           the reference of all public names, with the guides: build/docs/html/index.html'
+	@echo 'make check-docs     fail when a public name has no comment, or a document a link that leads nowhere'
 	@echo 'make pictures       draw the pictures of the documents'
 	@echo 'make clean          remove the build folder'
 
@@ -78,7 +80,7 @@ test-windows:
 test-python:
 	@setup/install build python
 	cmake --preset release -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
-	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python kestra-html-tool
 	@KESTRA_BUILD_FOLDER=build/release /usr/bin/python3 python/run-tests build/release/python $(PYTHON_TESTS)
 
 # What leaks at the end of Python is Python's: it frees neither its modules nor their classes.
@@ -86,8 +88,8 @@ test-python:
 test-python-sanitized:
 	@setup/install build python
 	cmake --preset sanitize -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
-	cmake --build --preset sanitize --parallel $(JOBS) --target kestra-html-python
-	@LD_PRELOAD="$$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
+	cmake --build --preset sanitize --parallel $(JOBS) --target kestra-html-python kestra-html-tool
+	@KESTRA_BUILD_FOLDER=build/sanitize LD_PRELOAD="$$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
 	    PYTHONMALLOC=malloc ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
 	    /usr/bin/python3 python/run-tests build/sanitize/python $(PYTHON_TESTS)
 
@@ -185,6 +187,13 @@ tidy:
 	@setup/install build tidy
 	cmake --preset dev
 	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS) '\.cpp$$'
+
+docs:
+	@setup/install docs
+	setup/reference build/docs
+
+check-docs: docs
+	tests/docs/check-reference .
 
 pictures:
 	@setup/install pictures

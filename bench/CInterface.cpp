@@ -23,24 +23,15 @@ struct Counts {
     std::uint64_t bytes = 0;
 };
 
-bool HasName(std::uint32_t kind) {
-    return (kind >= KESTRA_HTML_START_TAG && kind <= KESTRA_HTML_END_TAG) || kind == KESTRA_HTML_DECLARATION ||
-           kind == KESTRA_HTML_INSTRUCTION;
-}
-
 std::uint32_t Count(void* user, const kestra_html_token* token) {
     auto* const counts = static_cast<Counts*>(user);
-    const std::uint32_t kind = kestra_html_token_kind(token);
-    const bool hasName = HasName(kind);
-    kestra_html_string text{};
-    kestra_html_token_string(token, hasName ? KESTRA_HTML_PART_NAME : KESTRA_HTML_PART_TEXT, &text);
+    kestra_html_summary summary;
+    summary.size = sizeof summary;
+    if (kestra_html_token_summary(token, &summary) != KESTRA_HTML_OK)
+        return 1;
     ++counts->tokens;
-    counts->bytes += text.size;
-    if (hasName) {
-        std::size_t count = 0;
-        kestra_html_token_attribute_count(token, &count);
-        counts->attributes += count;
-    }
+    counts->bytes += summary.name.size + summary.text.size;
+    counts->attributes += summary.attribute_count;
     return 0;
 }
 

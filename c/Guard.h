@@ -45,7 +45,10 @@ bool CopyStruct(const Struct* from, Struct* to) noexcept {
 template <typename Struct>
 void AnswerStruct(const Struct& from, Struct* to) noexcept {
     const std::size_t size = to->size;
-    std::memcpy(to, &from, size < sizeof(Struct) ? size : sizeof(Struct));
+    if (size >= sizeof(Struct))
+        *to = from;
+    else
+        std::memcpy(to, &from, size);
     to->size = size;
 }
 

@@ -187,11 +187,11 @@ kestra_html_place MakePlace(const Kestra::HTML::TokenPlace& place) {
 }
 
 /// Asks a token that is there. @return 2 when something is null
-template <typename Ask, typename... Outputs>
-std::uint32_t AskToken(const kestra_html_token* token, Ask ask, const Outputs*... outputs) {
+template <typename Question, typename... Outputs>
+std::uint32_t AskToken(const kestra_html_token* token, Question question, const Outputs*... outputs) {
     if (token == nullptr || (... || (outputs == nullptr)))
         return KESTRA_HTML_INVALID_ARGUMENT;
-    return Guard([&] { return ask(*token); });
+    return Guard([&] { return Kestra::C::Ask(*token, question); });
 }
 
 /// Has a parser do what may deliver tokens.
@@ -201,6 +201,12 @@ std::uint32_t CallParser(kestra_html_parser* parser, Call call) {
         return KESTRA_HTML_INVALID_ARGUMENT;
     const std::uint32_t result = Guard([&] { return call(*parser); });
     return parser->Answer(result);
+}
+
+/// Whether a struct of the host says how large it is.
+template <typename Struct>
+bool HasSize(const Struct& answer) {
+    return answer.size >= sizeof(answer.size);
 }
 
 template <typename Answer, typename Query>
@@ -215,7 +221,7 @@ uint32_t kestra_html_token_kind(const kestra_html_token* token) {
 }
 
 uint32_t kestra_html_token_flags(const kestra_html_token* token) {
-    return token == nullptr ? 0 : token->GetFlags();
+    return token == nullptr ? 0 : Kestra::C::Ask(*token, [](const auto& asked) { return asked.GetFlags(); });
 }
 
 uint32_t kestra_html_token_place(const kestra_html_token* token, kestra_html_place* place) {
@@ -243,10 +249,16 @@ uint32_t kestra_html_token_attribute_count(const kestra_html_token* token, size_
     return AskToken(token, ask, count);
 }
 
+uint32_t kestra_html_token_summary(const kestra_html_token* token, kestra_html_summary* summary) {
+    const auto ask = [&](const auto& asked) {
+        return HasSize(*summary) ? asked.Summarize(summary) : std::uint32_t{KESTRA_HTML_INVALID_ARGUMENT};
+    };
+    return AskToken(token, ask, summary);
+}
+
 uint32_t kestra_html_token_attribute(const kestra_html_token* token, size_t index, kestra_html_attribute* attribute) {
     const auto ask = [&](const auto& asked) {
-        return attribute->size < sizeof(attribute->size) ? std::uint32_t{KESTRA_HTML_INVALID_ARGUMENT}
-                                                         : asked.GetAttribute(index, attribute);
+        return HasSize(*attribute) ? asked.GetAttribute(index, attribute) : std::uint32_t{KESTRA_HTML_INVALID_ARGUMENT};
     };
     return AskToken(token, ask, attribute);
 }

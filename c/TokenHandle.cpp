@@ -1,5 +1,7 @@
 #include "c/TokenHandle.h"
 
+#include <algorithm>
+
 #include "html/framework/Instantiate.h"
 #include "html/output/AttributesNormalizer.h"
 #include "html/references/CharacterReferences.h"
@@ -45,34 +47,17 @@ constexpr bool IS_NARROW = sizeof(C) == 1;
 
 template <typename C, typename S>
 std::uint32_t TokenHandle<C, S>::GetFlags() const {
-    return GetParts().flags;
-}
-
-template <typename C, typename S>
-std::uint32_t TokenHandle<C, S>::GetString(std::uint32_t part, kestra_html_string* string) const {
-    const TokenParts<C, S>& parts = GetParts();
-    if (part >= TokenParts<C, S>::COUNT)
-        return KESTRA_HTML_INVALID_ARGUMENT;
-    if (part == KESTRA_HTML_PART_TEXT && parts.bytes != nullptr)
-        return EncodeBytes(*parts.bytes, string);
-    *string = parts.strings[part] == nullptr ? MakeString("", 0) : Encode(*parts.strings[part]);
-    return KESTRA_HTML_OK;
+    return layout->getFlags == nullptr ? 0 : layout->getFlags(bases[0]);
 }
 
 template <typename C, typename S>
 std::uint32_t TokenHandle<C, S>::GetDecodedText(kestra_html_string* string) const {
-    const S* const text = GetParts().strings[KESTRA_HTML_PART_TEXT];
-    if (text == nullptr)
+    if (HasBytes())
         return GetString(KESTRA_HTML_PART_TEXT, string);
-    S* const decoded = work.strings.Next();
-    *string = Encode(Decode(*text, false, parser->GetCharset(), decoded) ? *decoded : *text);
+    const S& text = *Get<S>(layout->strings[KESTRA_HTML_PART_TEXT]);
+    S* const decoded = UseWork().strings.Next();
+    *string = Encode(Decode(text, false, parser->GetCharset(), decoded) ? *decoded : text);
     return KESTRA_HTML_OK;
-}
-
-template <typename C, typename S>
-std::size_t TokenHandle<C, S>::CountAttributes() const {
-    const TokenParts<C, S>& parts = GetParts();
-    return parts.items != nullptr ? parts.items->size() : GetEntries().size();
 }
 
 template <typename C, typename S>
@@ -80,15 +65,15 @@ std::uint32_t TokenHandle<C, S>::GetAttribute(std::size_t index, kestra_html_att
     if (index >= CountAttributes())
         return KESTRA_HTML_INVALID_ARGUMENT;
     kestra_html_attribute answer{};
-    if (const auto* const items = GetParts().items; items != nullptr) {
-        const HTML::EntityToken<C, S>& item = (*items)[index];
+    if (HasItems()) {
+        const HTML::EntityToken<C, S>& item = GetItems()[index];
         answer.name = answer.before_equals = answer.after_equals = MakeString("", 0);
         answer.prefix = Encode(item.prefix);
         answer.value = Encode(item.value);
         answer.quote = item.quote;
         answer.has_value = 1;
     } else {
-        const Entry& entry = GetEntries()[index];
+        const Entry entry = GetEntry(index);
         const HTML::Attribute<C, S>& written = *entry.attribute;
         const kestra_html_string none = MakeString("", 0);
         answer.prefix = Encode(written.prefix);
@@ -108,15 +93,17 @@ template <typename C, typename S>
 std::uint32_t TokenHandle<C, S>::GetDecodedValue(std::size_t index, kestra_html_string* value) const {
     if (index >= CountAttributes())
         return KESTRA_HTML_INVALID_ARGUMENT;
-    const bool isItem = GetParts().items != nullptr;
-    if (!isItem && !GetEntries()[index].attribute->hasValue) {
+    if (HasItems()) {
+        *value = Encode(GetItems()[index].value);
+        return KESTRA_HTML_OK;
+    }
+    const HTML::Attribute<C, S>& written = *GetEntry(index).attribute;
+    if (!written.hasValue) {
         *value = MakeString("", 0);
         return KESTRA_HTML_OK;
     }
-    const S& written = isItem ? (*GetParts().items)[index].value : GetEntries()[index].attribute->value;
-    S* const decoded = work.strings.Next();
-    const bool changes = !isItem && Decode(written, true, parser->GetCharset(), decoded);
-    *value = Encode(changes ? *decoded : written);
+    S* const decoded = UseWork().strings.Next();
+    *value = Encode(Decode(written.value, true, parser->GetCharset(), decoded) ? *decoded : written.value);
     return KESTRA_HTML_OK;
 }
 
@@ -124,16 +111,16 @@ template <typename C, typename S>
 std::uint32_t TokenHandle<C, S>::GetAttributePlace(std::size_t index, kestra_html_attribute_place* place) const {
     if (index >= CountAttributes())
         return KESTRA_HTML_INVALID_ARGUMENT;
-    if (GetParts().items != nullptr)
+    if (HasItems())
         return KESTRA_HTML_WRONG_KIND;
-    const Entry& entry = GetEntries()[index];
+    const Entry entry = GetEntry(index);
     HTML::AttributePlace found;
-    if (entry.part == 0 && !MustSplit((*GetParts().attributes)[entry.index])) {
+    if (entry.part == 0 && !MustSplit(GetAttributes()[entry.index])) {
         if (parser->GetAttributePlace(entry.index, &found) != KESTRA_HTML_OK)
             return KESTRA_HTML_INVALID_ARGUMENT;
     } else {
         if (work.placesOf != entry.index) {
-            work.placesOf = NO_ATTRIBUTE;
+            UseWork().placesOf = NO_ATTRIBUTE;
             if (parser->GetAttributeParts(entry.index, &work.places) != KESTRA_HTML_OK)
                 return KESTRA_HTML_INVALID_ARGUMENT;
             work.placesOf = entry.index;
@@ -148,9 +135,9 @@ std::uint32_t TokenHandle<C, S>::GetAttributePlace(std::size_t index, kestra_htm
 
 template <typename C, typename S>
 std::uint32_t TokenHandle<C, S>::FindAttribute(std::string_view name, std::size_t* index) const {
-    const std::vector<Entry>& entries = GetEntries();
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        const S& candidate = entries[i].attribute->name;
+    const std::size_t count = CountEntries();
+    for (std::size_t i = 0; i < count; ++i) {
+        const S& candidate = GetEntry(i).attribute->name;
         bool isEqual = candidate.size() == name.size();
         for (std::size_t k = 0; isEqual && k < name.size(); ++k)
             isEqual = FoldAscii(candidate[k]) == static_cast<C>(FoldAscii(name[k]));
@@ -164,9 +151,8 @@ std::uint32_t TokenHandle<C, S>::FindAttribute(std::string_view name, std::size_
 
 template <typename C, typename S>
 void TokenHandle<C, S>::Forget() {
-    work.hasParts = false;
-    work.hasEntries = false;
-    work.parts = {};
+    work.isUsed = false;
+    work.splitting = Splitting::UNKNOWN;
     work.splitUsed = 0;
     work.bytes.Reset();
     work.strings.Reset();
@@ -174,32 +160,28 @@ void TokenHandle<C, S>::Forget() {
     work.placesOf = NO_ATTRIBUTE;
 }
 
+/// @param index  less than their count
 template <typename C, typename S>
-const TokenParts<C, S>& TokenHandle<C, S>::GetParts() const {
-    if (!work.hasParts) {
-        if (record != nullptr)
-            find(record, &work.parts);
-        work.hasParts = true;
-    }
-    return work.parts;
+auto TokenHandle<C, S>::GetEntry(std::size_t index) const -> Entry {
+    return work.splitting == Splitting::DONE ? work.entries[index] : Entry{&GetAttributes()[index], index, 0};
 }
 
 template <typename C, typename S>
-auto TokenHandle<C, S>::GetEntries() const -> const std::vector<Entry>& {
-    if (!work.hasEntries) {
-        work.entries.clear();
-        work.splitUsed = 0;
-        const auto* const attributes = GetParts().attributes;
-        for (std::uint64_t i = 0; attributes != nullptr && i < attributes->size(); ++i)
-            AddEntries(i);
-        work.hasEntries = true;
+void TokenHandle<C, S>::SplitAttributes(const Vector<HTML::Attribute<C, S>>& attributes) const {
+    work.isUsed = true;
+    if (std::none_of(attributes.begin(), attributes.end(), [this](const auto& one) { return MustSplit(one); })) {
+        work.splitting = Splitting::NEEDLESS;
+        return;
     }
-    return work.entries;
+    work.entries.clear();
+    work.splitUsed = 0;
+    for (std::uint64_t i = 0; i < attributes.size(); ++i)
+        AddEntries(attributes[i], i);
+    work.splitting = Splitting::DONE;
 }
 
 template <typename C, typename S>
-void TokenHandle<C, S>::AddEntries(std::uint64_t index) const {
-    const HTML::Attribute<C, S>& attribute = (*work.parts.attributes)[index];
+void TokenHandle<C, S>::AddEntries(const HTML::Attribute<C, S>& attribute, std::uint64_t index) const {
     if (!MustSplit(attribute)) {
         work.entries.push_back({&attribute, index, 0});
         return;
@@ -229,15 +211,10 @@ std::uint32_t TokenHandle<C, S>::GetSplitOptions() const {
 }
 
 template <typename C, typename S>
-kestra_html_string TokenHandle<C, S>::Encode(const S& string) const {
-    if constexpr (!IS_NARROW<C>) {
-        if (encoding == KESTRA_HTML_UTF8 && !string.empty()) {
-            std::string* const text = work.bytes.Next();
-            AppendUtf8(string, text);
-            return MakeString(text->data(), text->size());
-        }
-    }
-    return MakeString(string.data(), string.size() * sizeof(C));
+kestra_html_string TokenHandle<C, S>::EncodeUtf8(WideStringView string) const {
+    std::string* const text = UseWork().bytes.Next();
+    AppendUtf8(string, text);
+    return MakeString(text->data(), text->size());
 }
 
 /// Junk and marks are bytes of the document, whatever the flavour.
@@ -247,7 +224,7 @@ std::uint32_t TokenHandle<C, S>::EncodeBytes(const std::string& text, kestra_htm
         *string = MakeString(text.data(), text.size());
         return KESTRA_HTML_OK;
     }
-    WideString* const wide = work.wide.Next();
+    WideString* const wide = UseWork().wide.Next();
     if (parser->IsWParser()) {
         for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
             const auto low = static_cast<unsigned char>(text[i]);
@@ -265,7 +242,7 @@ std::uint32_t TokenHandle<C, S>::EncodeBytes(const std::string& text, kestra_htm
             wide->push_back(0);
     }
     if (encoding == KESTRA_HTML_UTF8) {
-        std::string* const bytes = work.bytes.Next();
+        std::string* const bytes = UseWork().bytes.Next();
         AppendUtf8(*wide, bytes);
         *string = MakeString(bytes->data(), bytes->size());
     } else {

@@ -19,68 +19,56 @@
 #include "platform/Vector.h"
 
 /// What a host gets for a token. One lives as long as its parser and shows one token after another.
+/// It is a `TokenHandle` of one of the flavours; `Kestra::C::Ask` finds out which.
 struct kestra_html_token {
-    kestra_html_token(const Kestra::HTML::GenericParser* tokenParser, std::uint32_t hostFlags)
-        : parser(tokenParser), flags(hostFlags) {}
+    kestra_html_token(const Kestra::HTML::GenericParser* tokenParser, std::uint32_t hostFlags, bool hasWideStrings)
+        : parser(tokenParser), flags(hostFlags), isWide(hasWideStrings) {}
     kestra_html_token(const kestra_html_token&) = delete;
     kestra_html_token& operator=(const kestra_html_token&) = delete;
-    virtual ~kestra_html_token() = default;
-
-    virtual std::uint32_t GetFlags() const = 0;
-    virtual std::uint32_t GetString(std::uint32_t part, kestra_html_string* string) const = 0;
-    virtual std::uint32_t GetDecodedText(kestra_html_string* string) const = 0;
-    virtual std::size_t CountAttributes() const = 0;
-    virtual std::uint32_t GetAttribute(std::size_t index, kestra_html_attribute* attribute) const = 0;
-    virtual std::uint32_t GetDecodedValue(std::size_t index, kestra_html_string* value) const = 0;
-    virtual std::uint32_t GetAttributePlace(std::size_t index, kestra_html_attribute_place* place) const = 0;
-    virtual std::uint32_t FindAttribute(std::string_view name, std::size_t* index) const = 0;
 
     const Kestra::HTML::GenericParser* parser;
     std::uint32_t flags;     ///< of the options
     std::uint32_t kind = 0;  ///< a `kestra_html_kind`
+    bool isWide;
+
+protected:
+    ~kestra_html_token() = default;
 };
 
 namespace Kestra::C {
 
-/// What the records of all kinds have.
+/// What a record without a part has instead.
 template <typename C, typename S>
-struct TokenParts {
-    static constexpr std::size_t COUNT = 6;
-
-    const S* strings[COUNT] = {};        ///< in the order of `kestra_html_part`; null for none
-    const std::string* bytes = nullptr;  ///< the text of junk and of a mark
+struct AbsentParts {
+    const S* string = nullptr;
     const Vector<HTML::Attribute<C, S>>* attributes = nullptr;
     const Vector<HTML::EntityToken<C, S>>* items = nullptr;
-    std::uint32_t flags = 0;
 };
 
-/// Finds the parts of a record by the names of its fields.
-template <template <typename, typename> class Record, typename C, typename S>
-void FindParts(const void* pointer, TokenParts<C, S>* parts) {
-    const auto& record = *static_cast<const Record<C, S>*>(pointer);
-    if constexpr (requires { record.name; })
-        parts->strings[KESTRA_HTML_PART_NAME] = record.name;
-    if constexpr (requires { record.keyword; })
-        parts->strings[KESTRA_HTML_PART_NAME] = record.keyword;
-    if constexpr (requires { record.condition; })
-        parts->strings[KESTRA_HTML_PART_TEXT] = record.condition;
-    if constexpr (std::is_same_v<Record<C, S>, HTML::JunkData<C, S>>)
-        parts->bytes = record.text;
-    else if constexpr (requires { record.text; })
-        parts->strings[KESTRA_HTML_PART_TEXT] = record.text;
-    if constexpr (requires { record.prefix; })
-        parts->strings[KESTRA_HTML_PART_PREFIX] = record.prefix;
-    if constexpr (requires { record.afterName; })
-        parts->strings[KESTRA_HTML_PART_AFTER_NAME] = record.afterName;
-    if constexpr (requires { record.suffix; })
-        parts->strings[KESTRA_HTML_PART_SUFFIX] = record.suffix;
-    if constexpr (requires { record.tail; })
-        parts->strings[KESTRA_HTML_PART_TAIL] = record.tail;
-    if constexpr (requires { record.attributes; })
-        parts->attributes = record.attributes;
-    if constexpr (requires { record.tokens; })
-        parts->items = record.tokens;
-    const auto addFlag = [parts](bool isSet, std::uint32_t flag) { parts->flags |= isSet ? flag : 0; };
+/// Where a record of one kind has what a host may ask for, and `AbsentParts` what it has not. All
+/// kinds are looked up in the same way, without a branch: a branch on the kind of a token, so long
+/// after the parser has found it out, is predicted badly.
+struct RecordLayout {
+    static constexpr std::size_t PARTS = 6;
+    using Absent = AbsentParts<char, std::string>;  // as laid out for the other flavour
+
+    static constexpr std::uint16_t ABSENT = 1;  ///< and the offset in `AbsentParts`, which is even, as all are
+    static constexpr std::uint16_t NO_STRING = ABSENT + offsetof(Absent, string);
+
+    /// Offsets of pointers in the record, in bytes.
+    std::uint16_t strings[PARTS] = {NO_STRING, NO_STRING, NO_STRING, NO_STRING, NO_STRING, NO_STRING};
+    std::uint16_t attributes = ABSENT + offsetof(Absent, attributes);
+    std::uint16_t items = ABSENT + offsetof(Absent, items);
+    std::uint16_t bytes = ABSENT;                             ///< the text of junk and of a mark
+    std::uint32_t (*getFlags)(const void* record) = nullptr;  ///< null when there are none
+};
+
+/// The flags that a record has for the host.
+template <typename Record>
+std::uint32_t GetRecordFlags(const void* pointer) {
+    const auto& record = *static_cast<const Record*>(pointer);
+    std::uint32_t flags = 0;
+    const auto addFlag = [&flags](bool isSet, std::uint32_t flag) { flags |= isSet ? flag : 0; };
     if constexpr (requires { record.closed; })
         addFlag(record.closed, KESTRA_HTML_CLOSED);
     if constexpr (requires { record.tagClosed; })
@@ -91,7 +79,50 @@ void FindParts(const void* pointer, TokenParts<C, S>* parts) {
         addFlag(record.slashBeforeClose, KESTRA_HTML_SLASH);
     if constexpr (requires { record.freeStyle; })
         addFlag(record.freeStyle, KESTRA_HTML_FREE_STYLE);
+    return flags;
 }
+
+/// Finds the parts of a record by the names of its fields.
+template <template <typename, typename> class Record, typename C, typename S>
+constexpr RecordLayout MakeLayout() {
+    using Fields = Record<C, S>;
+    RecordLayout layout;
+    if constexpr (requires(Fields fields) { fields.name; })
+        layout.strings[KESTRA_HTML_PART_NAME] = offsetof(Fields, name);
+    if constexpr (requires(Fields fields) { fields.keyword; })
+        layout.strings[KESTRA_HTML_PART_NAME] = offsetof(Fields, keyword);
+    if constexpr (requires(Fields fields) { fields.condition; })
+        layout.strings[KESTRA_HTML_PART_TEXT] = offsetof(Fields, condition);
+    if constexpr (std::is_same_v<Fields, HTML::JunkData<C, S>>)
+        layout.bytes = offsetof(Fields, text);
+    else if constexpr (requires(Fields fields) { fields.text; })
+        layout.strings[KESTRA_HTML_PART_TEXT] = offsetof(Fields, text);
+    if constexpr (requires(Fields fields) { fields.prefix; })
+        layout.strings[KESTRA_HTML_PART_PREFIX] = offsetof(Fields, prefix);
+    if constexpr (requires(Fields fields) { fields.afterName; })
+        layout.strings[KESTRA_HTML_PART_AFTER_NAME] = offsetof(Fields, afterName);
+    if constexpr (requires(Fields fields) { fields.suffix; })
+        layout.strings[KESTRA_HTML_PART_SUFFIX] = offsetof(Fields, suffix);
+    if constexpr (requires(Fields fields) { fields.tail; })
+        layout.strings[KESTRA_HTML_PART_TAIL] = offsetof(Fields, tail);
+    if constexpr (requires(Fields fields) { fields.attributes; })
+        layout.attributes = offsetof(Fields, attributes);
+    if constexpr (requires(Fields fields) { fields.tokens; })
+        layout.items = offsetof(Fields, tokens);
+    layout.getFlags = &GetRecordFlags<Fields>;
+    return layout;
+}
+
+template <template <typename, typename> class Record, typename C, typename S>
+constexpr RecordLayout LAYOUT = MakeLayout<Record, C, S>();
+
+/// What a mark has instead of a record.
+struct MarkRecord {
+    const std::string* bytes = nullptr;
+};
+
+constexpr RecordLayout MARK_LAYOUT = {.bytes = offsetof(MarkRecord, bytes)};
+constexpr RecordLayout EMPTY_LAYOUT = {};
 
 /// The token of a parser whose observer has the flavour `C`. Its strings and attributes are worked
 /// out when they are asked for, and at most once.
@@ -99,32 +130,64 @@ template <typename C, typename S>
 class TokenHandle final : public kestra_html_token {
 public:
     TokenHandle(const HTML::GenericParser* tokenParser, const kestra_html_options& options)
-        : kestra_html_token(tokenParser, options.flags), encoding(options.encoding) {}
+        : kestra_html_token(tokenParser, options.flags, sizeof(C) > 1), encoding(options.encoding) {}
 
     /// Shows the token of a record.
     template <template <typename, typename> class Record>
     void Show(const Record<C, S>* tokenRecord) {
-        Begin(static_cast<std::uint32_t>(HTML::RecordKind<Record>::KIND_OF_TOKEN), tokenRecord,
-              &FindParts<Record, C, S>);
+        Begin(static_cast<std::uint32_t>(HTML::RecordKind<Record>::KIND_OF_TOKEN), tokenRecord, &LAYOUT<Record, C, S>);
     }
 
     /// Shows what has no record. @param text  of a mark, or null
     void ShowEvent(std::uint32_t kindOfEvent, const std::string* text) {
-        Begin(kindOfEvent, text, &FindMark);
+        mark.bytes = text;
+        Begin(kindOfEvent, &mark, text == nullptr ? &EMPTY_LAYOUT : &MARK_LAYOUT);
     }
 
-    std::uint32_t GetFlags() const override;
-    std::uint32_t GetString(std::uint32_t part, kestra_html_string* string) const override;
-    std::uint32_t GetDecodedText(kestra_html_string* string) const override;
-    std::size_t CountAttributes() const override;
-    std::uint32_t GetAttribute(std::size_t index, kestra_html_attribute* attribute) const override;
-    std::uint32_t GetDecodedValue(std::size_t index, kestra_html_string* value) const override;
-    std::uint32_t GetAttributePlace(std::size_t index, kestra_html_attribute_place* place) const override;
-    std::uint32_t FindAttribute(std::string_view name, std::size_t* index) const override;
+    std::uint32_t GetFlags() const;
+
+    std::uint32_t GetString(std::uint32_t part, kestra_html_string* string) const {
+        if (part >= RecordLayout::PARTS)
+            return KESTRA_HTML_INVALID_ARGUMENT;
+        if (part == KESTRA_HTML_PART_TEXT && HasBytes())
+            return EncodeBytes(*Get<std::string>(layout->bytes), string);
+        *string = Encode(*Get<S>(layout->strings[part]));
+        return KESTRA_HTML_OK;
+    }
+
+    std::size_t CountAttributes() const {
+        return HasItems() ? GetItems().size() : CountEntries();
+    }
+
+    std::uint32_t Summarize(kestra_html_summary* summary) const {
+        kestra_html_string name;
+        kestra_html_string text;
+        std::uint32_t result = GetString(KESTRA_HTML_PART_NAME, &name);
+        if (result == KESTRA_HTML_OK)
+            result = GetString(KESTRA_HTML_PART_TEXT, &text);
+        if (result != KESTRA_HTML_OK)
+            return result;
+        const std::size_t count = CountAttributes();
+        if (summary->size < sizeof *summary) {
+            AnswerStruct(kestra_html_summary{0, kind, 0, name, text, count}, summary);
+        } else {
+            // Field by field: a struct that was just put together is copied slowly.
+            summary->kind = kind;
+            summary->reserved = 0;
+            summary->name = name;
+            summary->text = text;
+            summary->attribute_count = count;
+        }
+        return KESTRA_HTML_OK;
+    }
+
+    std::uint32_t GetDecodedText(kestra_html_string* string) const;
+    std::uint32_t GetAttribute(std::size_t index, kestra_html_attribute* attribute) const;
+    std::uint32_t GetDecodedValue(std::size_t index, kestra_html_string* value) const;
+    std::uint32_t GetAttributePlace(std::size_t index, kestra_html_attribute_place* place) const;
+    std::uint32_t FindAttribute(std::string_view name, std::size_t* index) const;
 
 private:
-    using FindPartsFunction = void (*)(const void* record, TokenParts<C, S>* parts);
-
     /// An attribute as the host sees it.
     struct Entry {
         const HTML::Attribute<C, S>* attribute;
@@ -132,11 +195,13 @@ private:
         std::size_t part;     // of that attribute: 0, or a bare word that its value has taken up
     };
 
+    /// Whether the host sees other attributes than the record has.
+    enum class Splitting { UNKNOWN, NEEDLESS, DONE };
+
     /// What is worked out. The memory is retained from token to token.
     struct Work {
-        bool hasParts = false;
-        bool hasEntries = false;
-        TokenParts<C, S> parts;
+        bool isUsed = false;
+        Splitting splitting = Splitting::UNKNOWN;
         std::vector<Entry> entries;
         std::deque<Vector<HTML::Attribute<C, S>>> split;
         std::size_t splitUsed = 0;
@@ -149,31 +214,86 @@ private:
 
     static constexpr std::uint64_t NO_ATTRIBUTE = ~std::uint64_t{0};
 
-    static void FindMark(const void* text, TokenParts<C, S>* parts) {
-        parts->bytes = static_cast<const std::string*>(text);
-    }
-
-    void Begin(std::uint32_t tokenKind, const void* tokenRecord, FindPartsFunction findParts) {
+    void Begin(std::uint32_t tokenKind, const void* tokenRecord, const RecordLayout* tokenLayout) {
         kind = tokenKind;
-        record = tokenRecord;
-        find = findParts;
-        if (work.hasParts)
+        bases[0] = static_cast<const char*>(tokenRecord);
+        layout = tokenLayout;
+        if (work.isUsed)
             Forget();
     }
 
+    /// What the pointer at an offset points to.
+    template <typename Field>
+    const Field* Get(std::uint16_t offset) const {
+        const char* const field = bases[offset & RecordLayout::ABSENT] + offset;
+        return *reinterpret_cast<const Field* const*>(field);
+    }
+
+    const Vector<HTML::Attribute<C, S>>& GetAttributes() const {
+        return *Get<Vector<HTML::Attribute<C, S>>>(layout->attributes);
+    }
+
+    const Vector<HTML::EntityToken<C, S>>& GetItems() const {
+        return *Get<Vector<HTML::EntityToken<C, S>>>(layout->items);
+    }
+
+    bool HasItems() const {
+        return (layout->items & RecordLayout::ABSENT) == 0;
+    }
+
+    bool HasBytes() const {
+        return (layout->bytes & RecordLayout::ABSENT) == 0;
+    }
+
+    Work& UseWork() const {
+        work.isUsed = true;
+        return work;
+    }
+
     void Forget();
-    const TokenParts<C, S>& GetParts() const;
-    const std::vector<Entry>& GetEntries() const;
-    void AddEntries(std::uint64_t index) const;
+
+    std::size_t CountEntries() const {
+        const auto& attributes = GetAttributes();
+        if ((flags & KESTRA_HTML_WORDS_IN_VALUES) == 0 && work.splitting == Splitting::UNKNOWN)
+            SplitAttributes(attributes);
+        return work.splitting == Splitting::DONE ? work.entries.size() : attributes.size();
+    }
+
+    Entry GetEntry(std::size_t index) const;
+    void SplitAttributes(const Vector<HTML::Attribute<C, S>>& attributes) const;
+    void AddEntries(const HTML::Attribute<C, S>& attribute, std::uint64_t index) const;
     bool MustSplit(const HTML::Attribute<C, S>& attribute) const;
     std::uint32_t GetSplitOptions() const;
-    kestra_html_string Encode(const S& string) const;
+
+    kestra_html_string Encode(const S& string) const {
+        if constexpr (sizeof(C) > 1) {
+            if (encoding == KESTRA_HTML_UTF8 && !string.empty())
+                return EncodeUtf8(string);
+        }
+        return MakeString(string.data(), string.size() * sizeof(C));
+    }
+
+    kestra_html_string EncodeUtf8(WideStringView string) const;
     std::uint32_t EncodeBytes(const std::string& text, kestra_html_string* string) const;
 
+    static inline const S noString;
+    static inline const Vector<HTML::Attribute<C, S>> noAttributes;
+    static inline const Vector<HTML::EntityToken<C, S>> noItems;
+
+    const AbsentParts<C, S> absent = {&noString, &noAttributes, &noItems};
     std::uint32_t encoding;
-    const void* record = nullptr;
-    FindPartsFunction find = nullptr;
+    /// The record, and what it has not, less what its offsets are too large.
+    const char* bases[2] = {nullptr, reinterpret_cast<const char*>(&absent) - RecordLayout::ABSENT};
+    const RecordLayout* layout = &EMPTY_LAYOUT;
+    MarkRecord mark;
     mutable Work work;
 };
+
+/// Asks a token in the flavour that it has.
+template <typename Question>
+auto Ask(const kestra_html_token& token, Question question) {
+    return token.isWide ? question(static_cast<const TokenHandle<WideChar, WideString>&>(token))
+                        : question(static_cast<const TokenHandle<char, std::string>&>(token));
+}
 
 }  // namespace Kestra::C

@@ -26,7 +26,7 @@ public:
     /// Frees the memory; `Initialize` or `AdjustTo` may follow.
     void Release();
 
-    char* GetData() const;
+    char* GetData() const;          ///< the buffer; null when there is none
     std::uint64_t GetSize() const;  ///< in bytes
 
 private:

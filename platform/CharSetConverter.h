@@ -19,7 +19,9 @@ namespace Kestra::StringNS {
 class CharSetConverter {
 public:
     CharSetConverter();
+    /// Starts closed.
     CharSetConverter(const CharSetConverter& other);
+    /// Closes what this one has open.
     CharSetConverter& operator=(const CharSetConverter& other);
     ~CharSetConverter();
 
@@ -28,6 +30,9 @@ public:
     /// byte first; an odd last byte becomes U+FFFD. On Windows the system's converters replace what
     /// is invalid or not assigned by other characters: U+30FB in 932, private characters in others.
     /// @param code  0 is the ANSI rule: the process's ANSI code page on Windows, 1252 on POSIX.
+    /// @param data    the bytes; may be null when there are none
+    /// @param size    their number
+    /// @param output  not null
     /// @return 0; or, with an empty output, RESULT_UNSUPPORTED_CHARSET when there is no converter,
     ///         also for an empty string, or when it failed; or RESULT_OUT_OF_MEMORY, after which
     ///         the next string of the code page may succeed.

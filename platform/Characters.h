@@ -6,8 +6,10 @@
 /// @file
 /// The 16-bit character flavour. It is named here once, and nothing else asks for the platform.
 
+/// The library. Its parsers are in `Kestra::HTML`; here is what all its parts share.
 namespace Kestra {
 
+/// A unit of UTF-16: `wchar_t` on Windows, `char16_t` elsewhere.
 #if defined(_WIN32)
 using WideChar = wchar_t;
 #define KESTRA_WIDE(text) L##text
@@ -16,7 +18,12 @@ using WideChar = char16_t;
 #define KESTRA_WIDE(text) u##text
 #endif
 
+/// @def KESTRA_WIDE(text)
+/// A literal of the 16-bit flavour: `KESTRA_WIDE("page.html")`.
+
+/// A string of UTF-16: `std::wstring` on Windows, `std::u16string` elsewhere.
 using WideString = std::basic_string<WideChar>;
+/// A part of such a string, borrowed.
 using WideStringView = std::basic_string_view<WideChar>;
 
 static_assert(sizeof(WideChar) == 2, "the wide flavour is UTF-16 on every platform");
@@ -57,6 +64,7 @@ constexpr bool EqualsKeyword(std::basic_string_view<C> word, std::string_view lo
     return true;
 }
 
+/// The same for a string.
 template <typename C>
 constexpr bool EqualsKeyword(const std::basic_string<C>& word, std::string_view lowerCaseKeyword) noexcept {
     return EqualsKeyword(std::basic_string_view<C>(word), lowerCaseKeyword);

@@ -8,6 +8,9 @@
 /// default visibility; on Windows it exports while the library is built and imports for everyone
 /// else. `KESTRA_HTML_STATIC` leaves it empty, for programs that link the objects themselves.
 
+/// @def KESTRA_HTML_API
+/// Marks what a shared library exports.
+
 #if defined(KESTRA_HTML_STATIC)
 #define KESTRA_HTML_API
 #elif defined(_WIN32)

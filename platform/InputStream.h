@@ -4,6 +4,7 @@
 
 #include "Export.h"
 
+/// Streams and files.
 namespace Kestra::VFS {
 
 /// A source of bytes that a host hands to a parser. Hosts derive from it; the library's own streams
@@ -15,7 +16,9 @@ namespace Kestra::VFS {
 class KESTRA_HTML_API InputStream {
 public:
     InputStream();
+    /// A stream of this class has no state: there is nothing to copy.
     InputStream(const InputStream&);
+    /// Copies nothing.
     InputStream& operator=(const InputStream&);
     virtual ~InputStream();
 

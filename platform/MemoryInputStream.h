@@ -14,6 +14,8 @@ namespace Kestra::VFS {
 /// offsets it had there; a `Seek` before it or after the last byte fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API MemoryInputStream final : public InputStream {
 public:
+    /// @param bytes        what can be read
+    /// @param firstOffset  the position of the first byte
     explicit MemoryInputStream(std::string bytes, std::uint64_t firstOffset = 0);
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override;

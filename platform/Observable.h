@@ -6,6 +6,7 @@
 
 #include "Export.h"
 
+/// What observers are attached to, and the buffer that streams are read into.
 namespace Kestra::Base {
 
 class MultiDelegate;
@@ -18,7 +19,9 @@ class Observable;
 class KESTRA_HTML_API Observer {
 public:
     Observer();
+    /// Attached to nothing.
     Observer(const Observer& other);
+    /// Stays attached to what it is attached to.
     Observer& operator=(const Observer& other);
     virtual ~Observer();
 
@@ -49,7 +52,10 @@ public:
     MultiDelegate& operator=(const MultiDelegate& other);
     ~MultiDelegate();
 
-    /// @param observer  borrowed; must be removed before it is destroyed
+    /// Adds a callback for an event.
+    /// @param id          of the event
+    /// @param observer    borrowed; must be removed before it is destroyed
+    /// @param trampoline  called with the observer and the values of the event
     void Bind(unsigned long id, Observer* observer, Trampoline trampoline);
 
     /// Removes all bindings of an observer.
@@ -62,7 +68,8 @@ public:
     void Call(unsigned long id);
 
     /// Raises an event.
-    /// @param arguments  borrowed for the call
+    /// @param id         of the event
+    /// @param arguments  pointers to the values of the event, borrowed for the call
     void Call(unsigned long id, const void* const* arguments);
 
 private:
@@ -88,7 +95,9 @@ private:
 class KESTRA_HTML_API Observable {
 public:
     Observable();
+    /// Attaches the same observers.
     Observable(const Observable& other);
+    /// Detaches all observers, and attaches those of the other one.
     Observable& operator=(const Observable& other);
     virtual ~Observable();
 
@@ -101,6 +110,7 @@ public:
     void Detach(Observer* observer);
 
 protected:
+    /// The callbacks that the observers have bound, for a class that raises events.
     MultiDelegate& GetDelegate();
 
 private:

@@ -8,8 +8,9 @@
 
 namespace Kestra {
 
+/// What the platform services answer.
 enum Result : std::uint32_t {
-    RESULT_OK = 0,
+    RESULT_OK = 0,                    ///< success
     RESULT_INVALID_ARGUMENT = 2,      ///< a null pointer, an impossible size, a file that does not exist
     RESULT_OUT_OF_MEMORY = 8,         ///< a read buffer, or what a conversion needs, could not be allocated
     RESULT_UNAVAILABLE = 11,          ///< the charset detector could not be started

@@ -10,9 +10,9 @@
 
 namespace Kestra::StringNS {
 
-/// The UTF-8 byte-order mark, three bytes, and the UTF-16 little-endian one, two bytes. Neither is
-/// NUL-terminated.
+/// The byte-order mark of UTF-8, not NUL-terminated.
 extern KESTRA_HTML_API const unsigned char BOM_UTF8[3];
+/// The byte-order mark of UTF-16, low byte first, not NUL-terminated.
 extern KESTRA_HTML_API const unsigned char BOM_UTF16_LE[2];
 
 /// String conversions and small string services.
@@ -27,9 +27,9 @@ class KESTRA_HTML_API StringHelper {
 public:
     /// What `StripAnsiChars` and `StripWideChars` strip.
     enum StripMode : std::uint32_t {
-        STRIP_FRONT = 1,
-        STRIP_BACK = 2,
-        STRIP_BOTH = 3,
+        STRIP_FRONT = 1,  ///< from the front
+        STRIP_BACK = 2,   ///< from the back
+        STRIP_BOTH = 3,   ///< from both ends
     };
 
     /// From the bytes of a code page to UTF-16; code 0 is the ANSI rule. `conversionType` is
@@ -50,10 +50,15 @@ public:
     /// Splits at every occurrence of the separator. Empty parts are kept, so the parts are always
     /// one more than the separators.
     static void SplitAnsiString(const std::string& text, char separator, Vector<std::string>* parts);
+    /// The same for a wide string.
     static void SplitWideString(const WideString& text, WideChar separator, Vector<WideString>* parts);
 
     /// Removes the characters of `set` from the front, the back or both ends of `*text`.
+    /// @param text  not null
+    /// @param mode  a `StripMode`
+    /// @param set   the characters, in any order
     static void StripAnsiChars(std::string* text, std::uint32_t mode, const std::string& set);
+    /// The same for a wide string.
     static void StripWideChars(WideString* text, std::uint32_t mode, const WideString& set);
 };
 

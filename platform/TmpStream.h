@@ -49,6 +49,7 @@ private:
 /// fails with RESULT_STREAM_FAILED.
 class KESTRA_HTML_API TmpInputStream final : public InputStream {
 public:
+    /// Begins at the first byte of what `output` has collected.
     explicit TmpInputStream(const TmpOutputStream& output);
     TmpInputStream(const TmpInputStream&) = delete;
     TmpInputStream& operator=(const TmpInputStream&) = delete;

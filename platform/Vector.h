@@ -39,41 +39,47 @@ namespace Kestra {
 template <typename T>
 class Vector {
 public:
-    using value_type = T;
-    using size_type = std::size_t;
-    using difference_type = std::ptrdiff_t;
-    using reference = T&;
-    using const_reference = const T&;
-    using pointer = T*;
-    using const_pointer = const T*;
-    using iterator = T*;
-    using const_iterator = const T*;
-    using reverse_iterator = std::reverse_iterator<iterator>;
-    using const_reverse_iterator = std::reverse_iterator<const_iterator>;
+    using value_type = T;                                                  ///< an element
+    using size_type = std::size_t;                                         ///< a number of elements, and an index
+    using difference_type = std::ptrdiff_t;                                ///< the distance of two iterators
+    using reference = T&;                                                  ///< an element in place
+    using const_reference = const T&;                                      ///< an element in place, to be read
+    using pointer = T*;                                                    ///< to an element
+    using const_pointer = const T*;                                        ///< to an element, to be read
+    using iterator = T*;                                                   ///< a plain pointer
+    using const_iterator = const T*;                                       ///< a plain pointer, to read by
+    using reverse_iterator = std::reverse_iterator<iterator>;              ///< from the last element to the first
+    using const_reverse_iterator = std::reverse_iterator<const_iterator>;  ///< the same, to read by
 
     Vector() noexcept = default;
 
+    /// `number` value-initialized elements.
     explicit Vector(size_type number) {
         Block block(number);
         std::uninitialized_value_construct_n(block.memory, number);
         Adopt(&block, number);
     }
 
+    /// `number` copies of `value`.
     Vector(size_type number, const T& value) {
         Block block(number);
         std::uninitialized_fill_n(block.memory, number, value);
         Adopt(&block, number);
     }
 
+    /// Copies of the elements of `[first, last)`.
     template <std::input_iterator Iterator>
     Vector(Iterator first, Iterator last) : Vector() {
         AppendRange(first, last);
     }
 
+    /// Copies of `values`.
     Vector(std::initializer_list<T> values) : Vector(values.begin(), values.end()) {}
 
+    /// Copies the live elements.
     Vector(const Vector& other) : Vector(other.begin(), other.end()) {}
 
+    /// Takes the storage, and leaves the other one empty.
     Vector(Vector&& other) noexcept
         : storage(std::exchange(other.storage, nullptr)),
           live(std::exchange(other.live, 0)),
@@ -87,12 +93,14 @@ public:
         return *this;
     }
 
+    /// Takes the storage, and leaves the other one empty. The own elements are destroyed.
     Vector& operator=(Vector&& other) noexcept {
         Vector taken(std::move(other));
         swap(taken);
         return *this;
     }
 
+    /// As `assign`.
     Vector& operator=(std::initializer_list<T> values) {
         assign(values.begin(), values.end());
         return *this;
@@ -103,18 +111,21 @@ public:
         Free(storage);
     }
 
+    /// Replaces the elements by copies of those of `[first, last)`, which must not be its own.
     template <std::input_iterator Iterator>
     void assign(Iterator first, Iterator last) {
         live = 0;
         AppendRange(first, last);
     }
 
+    /// Replaces the elements by `number` copies of `value`, which may be one of them.
     void assign(size_type number, const T& value) {
         const T copy(value);  // `value` may be an element of this vector
         live = 0;
         AppendCopies(number, copy);
     }
 
+    /// Replaces the elements by copies of `values`.
     void assign(std::initializer_list<T> values) {
         assign(values.begin(), values.end());
     }
@@ -126,103 +137,128 @@ public:
         return storage[index];
     }
 
+    /// The same, to be read.
     const_reference at(size_type index) const {
         CheckIndex(index);
         return storage[index];
     }
 
+    /// The element at `index`, which must be below `size()`.
     reference operator[](size_type index) noexcept {
         return storage[index];
     }
 
+    /// The same, to be read.
     const_reference operator[](size_type index) const noexcept {
         return storage[index];
     }
 
+    /// The first element. The vector must not be empty.
     reference front() noexcept {
         return *storage;
     }
 
+    /// The same, to be read.
     const_reference front() const noexcept {
         return *storage;
     }
 
+    /// The last element. The vector must not be empty.
     reference back() noexcept {
         return storage[live - 1];
     }
 
+    /// The same, to be read.
     const_reference back() const noexcept {
         return storage[live - 1];
     }
 
+    /// The first element; null when there has never been storage.
     T* data() noexcept {
         return storage;
     }
 
+    /// The same, to be read.
     const T* data() const noexcept {
         return storage;
     }
 
+    /// The first element.
     iterator begin() noexcept {
         return storage;
     }
 
+    /// The same, to be read.
     const_iterator begin() const noexcept {
         return storage;
     }
 
+    /// The same, to be read.
     const_iterator cbegin() const noexcept {
         return storage;
     }
 
+    /// After the last element; kept ones are not counted.
     iterator end() noexcept {
         return storage + live;
     }
 
+    /// The same, to be read.
     const_iterator end() const noexcept {
         return storage + live;
     }
 
+    /// The same, to be read.
     const_iterator cend() const noexcept {
         return storage + live;
     }
 
+    /// The last element, to go to the first one from.
     reverse_iterator rbegin() noexcept {
         return reverse_iterator(end());
     }
 
+    /// The same, to be read.
     const_reverse_iterator rbegin() const noexcept {
         return const_reverse_iterator(end());
     }
 
+    /// The same, to be read.
     const_reverse_iterator crbegin() const noexcept {
         return const_reverse_iterator(end());
     }
 
+    /// Before the first element.
     reverse_iterator rend() noexcept {
         return reverse_iterator(begin());
     }
 
+    /// The same, to be read.
     const_reverse_iterator rend() const noexcept {
         return const_reverse_iterator(begin());
     }
 
+    /// The same, to be read.
     const_reverse_iterator crend() const noexcept {
         return const_reverse_iterator(begin());
     }
 
+    /// Whether there is no live element.
     [[nodiscard]] bool empty() const noexcept {
         return live == 0;
     }
 
+    /// The live elements.
     size_type size() const noexcept {
         return live;
     }
 
+    /// The most elements that fit into `PTRDIFF_MAX` bytes.
     size_type max_size() const noexcept {
         return MAX_SIZE_IN_BYTES / sizeof(T);
     }
 
+    /// The elements, kept ones included, for which there is storage.
     size_type capacity() const noexcept {
         return room;
     }
@@ -232,6 +268,8 @@ public:
         return constructed;
     }
 
+    /// Makes room for `number` elements in all.
+    /// @throws std::length_error when `number` exceeds `max_size()`
     void reserve(size_type number) {
         if (number > room)
             Reallocate(number);
@@ -255,18 +293,22 @@ public:
             live = number;
     }
 
+    /// Drops the last element. The vector must not be empty.
     void pop_back() noexcept {
         --live;
     }
 
+    /// Appends a copy of `value`, which may be an element.
     void push_back(const T& value) {
         Append(value);
     }
 
+    /// Appends `value` by a move.
     void push_back(T&& value) {
         Append(std::move(value));
     }
 
+    /// Appends an element made of the arguments, and returns it.
     template <typename... Arguments>
     reference emplace_back(Arguments&&... arguments) {
         if constexpr (IS_ELEMENT<Arguments...>) {
@@ -287,18 +329,21 @@ public:
         return storage[live++];
     }
 
+    /// Inserts a copy of `value`, which may be an element, before `place`, and returns its place.
     iterator insert(const_iterator place, const T& value) {
         const size_type index = IndexOf(place);
         Append(value);
         return RotateIn(index, live - 1);
     }
 
+    /// Inserts `value` by a move before `place`, and returns its place.
     iterator insert(const_iterator place, T&& value) {
         const size_type index = IndexOf(place);
         Append(std::move(value));
         return RotateIn(index, live - 1);
     }
 
+    /// Inserts `number` copies of `value` before `place`, and returns the place of the first one.
     iterator insert(const_iterator place, size_type number, const T& value) {
         const size_type index = IndexOf(place);
         const size_type before = live;
@@ -307,6 +352,8 @@ public:
         return RotateIn(index, before);
     }
 
+    /// Inserts copies of the elements of `[first, last)`, which must not be its own, before
+    /// `place`, and returns the place of the first one.
     template <std::input_iterator Iterator>
     iterator insert(const_iterator place, Iterator first, Iterator last) {
         const size_type index = IndexOf(place);
@@ -315,10 +362,12 @@ public:
         return RotateIn(index, before);
     }
 
+    /// The same with `values`.
     iterator insert(const_iterator place, std::initializer_list<T> values) {
         return insert(place, values.begin(), values.end());
     }
 
+    /// Inserts an element made of the arguments before `place`, and returns its place.
     template <typename... Arguments>
     iterator emplace(const_iterator place, Arguments&&... arguments) {
         const size_type index = IndexOf(place);
@@ -326,10 +375,13 @@ public:
         return RotateIn(index, live - 1);
     }
 
+    /// Drops the element at `place`, and returns the place of the next one.
     iterator erase(const_iterator place) {
         return erase(place, place + 1);
     }
 
+    /// Drops the elements of `[first, last)`, and returns the place of the next one.
+    ///
     /// Closes the gap by swapping, so that the dropped elements and their buffers end up after
     /// `size()`.
     iterator erase(const_iterator first, const_iterator last) {
@@ -343,6 +395,7 @@ public:
         return storage + gap;
     }
 
+    /// Drops the elements from `number` on, or appends value-initialized ones up to `number`.
     void resize(size_type number) {
         if (number <= live) {
             live = number;
@@ -359,6 +412,7 @@ public:
         transaction.Commit();
     }
 
+    /// Drops the elements from `number` on, or appends copies of `value` up to `number`.
     void resize(size_type number, const T& value) {
         if (number <= live) {
             live = number;
@@ -368,6 +422,7 @@ public:
         AppendCopies(number - live, copy);
     }
 
+    /// Exchanges the storage; iterators stay valid, and are those of the other vector.
     void swap(Vector& other) noexcept {
         std::swap(storage, other.storage);
         std::swap(live, other.live);
@@ -375,6 +430,7 @@ public:
         std::swap(room, other.room);
     }
 
+    /// As the member.
     friend void swap(Vector& left, Vector& right) noexcept {
         left.swap(right);
     }
@@ -564,9 +620,11 @@ private:
     size_type room = 0;         ///< elements that fit into the storage
 };
 
+/// The elements of a range.
 template <std::input_iterator Iterator>
 Vector(Iterator, Iterator) -> Vector<std::iter_value_t<Iterator>>;
 
+/// Whether the live elements are equal, one by one.
 template <typename T>
 bool operator==(const Vector<T>& left, const Vector<T>& right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end());

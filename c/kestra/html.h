@@ -21,20 +21,29 @@
 ///
 /// **Results**: every call that can fail returns a `kestra_html_result`; 0 is success. A null
 /// handle or a null output is answered with KESTRA_HTML_INVALID_ARGUMENT.
+///
 /// **Ownership**: what `..._create` makes, the caller gives to `..._destroy`. Everything else that
 /// the library hands out is borrowed: tokens and their strings until the callback returns, texts of
 /// the library for ever. The library never frees what the caller allocated, nor the reverse.
+///
 /// **Callbacks** run inside the call that fed the input, on its thread. They must return: a
 /// `longjmp` out of one is not allowed. An exception of a C++ host that leaves one ends the
 /// document as `kestra_html_parser_stop` does, and the call answers KESTRA_HTML_CALLBACK_FAILED.
+///
 /// **Exceptions**: none leave a function of this header. When memory is exhausted, the answer is
 /// KESTRA_HTML_OUT_OF_MEMORY.
+///
 /// **Threads**: a handle is for one thread at a time; different handles, and the functions without
 /// a handle, are for any number of threads at once.
+///
 /// **Structs** that begin with `size` may grow: set it to the size that your compiler knows, and
 /// everything that you do not set to 0. A struct larger than the library knows is accepted when
 /// what the library does not know is 0.
+///
 /// **Sizes and offsets** are in bytes, those of UTF-16 as well.
+
+/// @def KESTRA_HTML_CALL
+/// Marks the functions that the library exports.
 
 #if defined(KESTRA_HTML_STATIC)
 #define KESTRA_HTML_CALL
@@ -56,7 +65,7 @@ extern "C" {
 
 /// What calls answer. Values that a stream of the host returns come through unchanged.
 typedef enum kestra_html_result {
-    KESTRA_HTML_OK = 0,
+    KESTRA_HTML_OK = 0,                     ///< success
     KESTRA_HTML_INVALID_ARGUMENT = 2,       ///< a null pointer, a value out of range, a call out of a callback
     KESTRA_HTML_OUT_OF_MEMORY = 8,          ///< of a feeding or ending call: as 0, but a token was lost
     KESTRA_HTML_MALFORMED = 11,             ///< a construct lacks a part, and cannot be read again
@@ -70,18 +79,18 @@ typedef enum kestra_html_result {
     KESTRA_HTML_NOT_DETECTED = 706,         ///< all was parsed, but the charset could not be detected
     KESTRA_HTML_TOO_LITTLE_DATA = 707,      ///< fewer than 256 bytes are not looked at by the detector
     KESTRA_HTML_NOT_CONFIDENT = 708,        ///< the detector has no answer, or not confidently enough
-    KESTRA_HTML_DETECTOR_FAILED = 709,
-    KESTRA_HTML_STOPPED = 710,         ///< a callback has stopped the document
-    KESTRA_HTML_LIMIT_EXCEEDED = 711,  ///< a token is longer, or has more attributes, than allowed
-    KESTRA_HTML_OVER = 720,            ///< an edit after its callback has returned
-    KESTRA_HTML_WRONG_KIND = 721,      ///< the token has no attributes, or no text of its own
-    KESTRA_HTML_NO_ATTRIBUTE = 722,    ///< there is no attribute of that name
-    KESTRA_HTML_BAD_NAME = 723,        ///< no name of an attribute
-    KESTRA_HTML_NO_CONTENT = 724,      ///< a void element has no content
-    KESTRA_HTML_ENDS_EARLY = 725,      ///< the text would end its script, style sheet or comment
-    KESTRA_HTML_NOT_IN_CHARSET = 726,  ///< the charset lacks a character, and a reference means nothing there
-    KESTRA_HTML_BAD_SELECTOR = 727,    ///< a selector that cannot be read, or is not supported
-    KESTRA_HTML_CALLBACK_FAILED = 730  ///< an exception left a callback
+    KESTRA_HTML_DETECTOR_FAILED = 709,      ///< the call of the detector failed
+    KESTRA_HTML_STOPPED = 710,              ///< a callback has stopped the document
+    KESTRA_HTML_LIMIT_EXCEEDED = 711,       ///< a token is longer, or has more attributes, than allowed
+    KESTRA_HTML_OVER = 720,                 ///< an edit after its callback has returned
+    KESTRA_HTML_WRONG_KIND = 721,           ///< the token has no attributes, or no text of its own
+    KESTRA_HTML_NO_ATTRIBUTE = 722,         ///< there is no attribute of that name
+    KESTRA_HTML_BAD_NAME = 723,             ///< no name of an attribute
+    KESTRA_HTML_NO_CONTENT = 724,           ///< a void element has no content
+    KESTRA_HTML_ENDS_EARLY = 725,           ///< the text would end its script, style sheet or comment
+    KESTRA_HTML_NOT_IN_CHARSET = 726,       ///< the charset lacks a character, and a reference means nothing there
+    KESTRA_HTML_BAD_SELECTOR = 727,         ///< a selector that cannot be read, or is not supported
+    KESTRA_HTML_CALLBACK_FAILED = 730       ///< an exception left a callback
 } kestra_html_result;
 
 /// What a result means, in English, NUL-terminated; for an unknown one "unknown result".
@@ -110,7 +119,7 @@ typedef enum kestra_html_encoding {
 
 /// Where a token lies. Offsets count from the first byte fed after `kestra_html_parser_start`.
 typedef struct kestra_html_place {
-    uint64_t begin;
+    uint64_t begin;   ///< of the first byte
     uint64_t end;     ///< after the last byte
     uint64_t line;    ///< of `begin`, from 1
     uint64_t column;  ///< of `begin`, from 1, in characters
@@ -120,28 +129,28 @@ typedef struct kestra_html_place {
 
 /// The kinds of tokens. The last ones carry no markup, and come only with KESTRA_HTML_EVENTS.
 typedef enum kestra_html_kind {
-    KESTRA_HTML_TEXT = 1,
+    KESTRA_HTML_TEXT = 1,                  ///< text between two constructs, or a regular expression of a script
     KESTRA_HTML_BLOCK_COMMENT = 2,         ///< of a script or style sheet, without its marks
     KESTRA_HTML_LINE_COMMENT = 3,          ///< of a script; none in KESTRA_HTML_BYTES of 8-bit text
     KESTRA_HTML_SINGLE_QUOTED_STRING = 4,  ///< of a script, without its quotes
-    KESTRA_HTML_DOUBLE_QUOTED_STRING = 5,
-    KESTRA_HTML_START_TAG = 6,
-    KESTRA_HTML_SHORT_TAG = 7,  ///< a tag that ends with "/>"
-    KESTRA_HTML_END_TAG = 8,
-    KESTRA_HTML_CDATA = 9,
-    KESTRA_HTML_CONDITIONAL = 10,  ///< "<![if ...]>", "<![endif]>"
-    KESTRA_HTML_COMMENT = 11,
-    KESTRA_HTML_DECLARATION = 12,  ///< "<!DOCTYPE ...>"
-    KESTRA_HTML_INSTRUCTION = 13,  ///< "<?...>"
-    KESTRA_HTML_JUNK = 14,         ///< what fits no construct
-    KESTRA_HTML_DOCUMENT_START = 32,
-    KESTRA_HTML_DOCUMENT_END = 33,
-    KESTRA_HTML_MARK = 34,     ///< a byte-order mark; its bytes are the text
-    KESTRA_HTML_CHARSET = 35,  ///< the charset in force: `kestra_html_parser_charset`
-    KESTRA_HTML_SCRIPT_START = 36,
-    KESTRA_HTML_SCRIPT_END = 37,
-    KESTRA_HTML_STYLE_START = 38,
-    KESTRA_HTML_STYLE_END = 39
+    KESTRA_HTML_DOUBLE_QUOTED_STRING = 5,  ///< the same in quotation marks
+    KESTRA_HTML_START_TAG = 6,             ///< a tag, unless it ends with "/>"
+    KESTRA_HTML_SHORT_TAG = 7,             ///< a tag that ends with "/>"
+    KESTRA_HTML_END_TAG = 8,               ///< "</...>"
+    KESTRA_HTML_CDATA = 9,                 ///< "<![CDATA[...]]>"
+    KESTRA_HTML_CONDITIONAL = 10,          ///< "<![if ...]>", "<![endif]>"
+    KESTRA_HTML_COMMENT = 11,              ///< "<!--...-->"
+    KESTRA_HTML_DECLARATION = 12,          ///< "<!DOCTYPE ...>"
+    KESTRA_HTML_INSTRUCTION = 13,          ///< "<?...>"
+    KESTRA_HTML_JUNK = 14,                 ///< what fits no construct
+    KESTRA_HTML_DOCUMENT_START = 32,       ///< before everything else
+    KESTRA_HTML_DOCUMENT_END = 33,         ///< after everything else, unless the document ended with an error
+    KESTRA_HTML_MARK = 34,                 ///< a byte-order mark; its bytes are the text
+    KESTRA_HTML_CHARSET = 35,              ///< the charset in force: `kestra_html_parser_charset`
+    KESTRA_HTML_SCRIPT_START = 36,         ///< after the start tag of a `script`
+    KESTRA_HTML_SCRIPT_END = 37,           ///< after the end tag of a `script`, also of a stray one
+    KESTRA_HTML_STYLE_START = 38,          ///< after the start tag of a `style`
+    KESTRA_HTML_STYLE_END = 39             ///< after the end tag of a `style`, also of a stray one
 } kestra_html_kind;
 
 /// The strings of a token, beside its attributes. Together, with the punctuation of its kind, they
@@ -165,9 +174,9 @@ enum {
 
 /// The quotes of a value.
 typedef enum kestra_html_quote {
-    KESTRA_HTML_QUOTE_NONE = 0,
-    KESTRA_HTML_QUOTE_SINGLE = 1,
-    KESTRA_HTML_QUOTE_DOUBLE = 2
+    KESTRA_HTML_QUOTE_NONE = 0,    ///< there are none
+    KESTRA_HTML_QUOTE_SINGLE = 1,  ///< "'"
+    KESTRA_HTML_QUOTE_DOUBLE = 2   ///< the quotation mark
 } kestra_html_quote;
 
 /// An attribute, or an item of a declaration, which has a value and no name.
@@ -184,18 +193,19 @@ typedef struct kestra_html_attribute {
 
 /// Where an attribute lies; offsets as in `kestra_html_place`.
 typedef struct kestra_html_attribute_place {
-    uint64_t begin;  ///< of the white space before it
-    uint64_t end;
-    uint64_t name_begin;
-    uint64_t name_end;
+    uint64_t begin;        ///< of the white space before it
+    uint64_t end;          ///< after its value, the closing quote included, or after its name when it has none
+    uint64_t name_begin;   ///< of the name
+    uint64_t name_end;     ///< after the name
     uint64_t value_begin;  ///< without quotes; `name_end` when there is no value
-    uint64_t value_end;
+    uint64_t value_end;    ///< after the value, before its closing quote
 } kestra_html_attribute_place;
 
 /// A token that is being delivered. Borrowed, with all its strings, until the callback returns.
 /// Nothing is converted, split or counted before it is asked for.
 typedef struct kestra_html_token kestra_html_token;
 
+/// Gets the tokens of a document, one a call.
 /// @return 0 to go on; any other value stops the document, as `kestra_html_parser_stop`
 typedef uint32_t (*kestra_html_token_callback)(void* user, const kestra_html_token* token);
 
@@ -210,7 +220,9 @@ KESTRA_HTML_CALL uint32_t kestra_html_token_flags(const kestra_html_token* token
 KESTRA_HTML_CALL uint32_t kestra_html_token_place(const kestra_html_token* token, kestra_html_place* place);
 
 /// A string of the token, in the encoding of the options; empty when its kind has no such part.
-/// @param part  a `kestra_html_part`
+/// @param token   borrowed, as in every function of tokens
+/// @param part    a `kestra_html_part`
+/// @param string  untouched when the answer is not 0
 /// @return 0; 2 for null or an unknown part; 8; 50 for junk that cannot be decoded
 KESTRA_HTML_CALL uint32_t kestra_html_token_string(const kestra_html_token* token, uint32_t part,
                                                    kestra_html_string* string);
@@ -226,6 +238,26 @@ KESTRA_HTML_CALL uint32_t kestra_html_token_decoded_text(const kestra_html_token
 /// @return 0; 2 for null; 8
 KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_count(const kestra_html_token* token, size_t* count);
 
+/// What most hosts ask of every token, in one call.
+typedef struct kestra_html_summary {
+    size_t size;              ///< of this struct
+    uint32_t kind;            ///< as `kestra_html_token_kind`
+    uint32_t reserved;        ///< 0
+    kestra_html_string name;  ///< KESTRA_HTML_PART_NAME
+    kestra_html_string text;  ///< KESTRA_HTML_PART_TEXT
+    size_t attribute_count;   ///< as `kestra_html_token_attribute_count`
+} kestra_html_summary;
+
+/// The same as the calls for the kind, both strings and the count, at the cost of one.
+/// @param token    borrowed
+/// @param summary  its `size` is set before the call; the rest is untouched when the answer is not
+///                 0
+/// @return 0; 2 for null or a `size` that is too small; 8; 50 for junk that cannot be decoded
+KESTRA_HTML_CALL uint32_t kestra_html_token_summary(const kestra_html_token* token, kestra_html_summary* summary);
+
+/// An attribute, or an item of a declaration.
+/// @param token      borrowed
+/// @param index      from 0, in document order
 /// @param attribute  its `size` is set before the call; the rest is untouched when the answer is
 ///                   not 0
 /// @return 0; 2 for null, an index out of range, or a `size` that is too small; 8
@@ -243,26 +275,32 @@ KESTRA_HTML_CALL uint32_t kestra_html_token_attribute_place(const kestra_html_to
                                                             kestra_html_attribute_place* place);
 
 /// The first attribute of a name, compared without the case of "A" to "Z".
-/// @param name  in ASCII
+/// @param token      borrowed
+/// @param name       in ASCII
+/// @param name_size  its bytes
+/// @param index      untouched when the answer is not 0
 /// @return 0; 2 for null; 722 when there is none; 8
 KESTRA_HTML_CALL uint32_t kestra_html_token_find_attribute(const kestra_html_token* token, const char* name,
                                                            size_t name_size, size_t* index);
 
 // ---- Parsers ------------------------------------------------------------------------------------
 
+/// What the bytes of a document are.
 typedef enum kestra_html_data_type {
     KESTRA_HTML_DATA_AUTO = 0,  ///< decided by a byte-order mark in the first bytes
-    KESTRA_HTML_DATA_8BIT = 1,
+    KESTRA_HTML_DATA_8BIT = 1,  ///< 8-bit text in the charset given
     KESTRA_HTML_DATA_UTF16 = 2  ///< low byte first
 } kestra_html_data_type;
 
+/// How the content of `script`, `style` and similar elements is read.
 typedef enum kestra_html_script_mode {
     KESTRA_HTML_SCRIPT_AS_TOKENS = 0,  ///< strings and comments of scripts are tokens
     KESTRA_HTML_SCRIPT_AS_TEXT = 1     ///< the content of a script is one text, as browsers end it
 } kestra_html_script_mode;
 
+/// What is compared at the end of a document.
 typedef enum kestra_html_self_check {
-    KESTRA_HTML_CHECK_OFF = 0,
+    KESTRA_HTML_CHECK_OFF = 0,  ///< nothing
     KESTRA_HTML_CHECK_CRC = 1,  ///< compare the checksums of the input and of the tokens written back
     KESTRA_HTML_CHECK_COPY = 2  ///< and keep what is written back
 } kestra_html_self_check;
@@ -292,14 +330,17 @@ typedef struct kestra_html_options {
 /// Parses one document at a time: bytes in, tokens out.
 typedef struct kestra_html_parser kestra_html_parser;
 
+/// Makes a parser.
 /// @param options  copied; null for the defaults
+/// @param parser   receives the parser, to be given to `kestra_html_parser_destroy`
 /// @return 0; 2 for null or bad options, and `*parser` is null then; 8
 KESTRA_HTML_CALL uint32_t kestra_html_parser_create(const kestra_html_options* options, kestra_html_parser** parser);
 
-/// Not in a callback. Null is allowed.
+/// Frees a parser. Not in a callback. Null is allowed.
 KESTRA_HTML_CALL void kestra_html_parser_destroy(kestra_html_parser* parser);
 
 /// Begins a document. What an unfinished one left is dropped.
+/// @param parser     that of the document, as in every function of parsers
 /// @param charset    a Windows code page, such as 65001 for UTF-8; 0 when it is not known: then
 ///                   byte-order mark, `meta` tags, and for streams the detector decide
 /// @param data_type  a `kestra_html_data_type`
@@ -309,14 +350,18 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_start(kestra_html_parser* parser, u
 /// Parses the next piece, of any size. A construct that turns out to be none cannot be read again
 /// from pieces: the document ends with 11, 12 or 16. Who has a document as a whole uses
 /// `kestra_html_parser_feed_document`, where such a construct is delivered as junk.
-/// @param data  borrowed for the call
+/// @param parser  that of the document
+/// @param data    borrowed for the call
+/// @param size    in bytes
 /// @return 0; 2 for null with a size, for UTF-16 in an odd number of bytes, or out of a callback; 8
 ///         as 0, but a token was lost; 11, 12, 16; 705; 710; 711; 730
 KESTRA_HTML_CALL uint32_t kestra_html_parser_feed(kestra_html_parser* parser, const void* data, size_t size);
 
 /// Parses a document, or the rest of it, that lies in memory as a whole, up to but not including
 /// its end.
-/// @param data  borrowed for the call
+/// @param parser  that of the document
+/// @param data    borrowed for the call
+/// @param size    in bytes
 /// @return as `kestra_html_parser_feed`, and 706
 KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_document(kestra_html_parser* parser, const void* data, size_t size);
 
@@ -337,7 +382,8 @@ typedef struct kestra_html_stream {
 KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_stream(kestra_html_parser* parser, const kestra_html_stream* stream);
 
 /// Parses a file.
-/// @param path  in UTF-8, NUL-terminated, on Windows too
+/// @param parser  that of the document
+/// @param path    in UTF-8, NUL-terminated, on Windows too
 /// @return as `kestra_html_parser_feed_document`; 2 when it cannot be opened; 512
 KESTRA_HTML_CALL uint32_t kestra_html_parser_feed_file(kestra_html_parser* parser, const char* path);
 
@@ -356,6 +402,7 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_stop(kestra_html_parser* parser);
 
 /// The charset in force, a Windows code page; 0 when it is not known.
 KESTRA_HTML_CALL uint32_t kestra_html_parser_charset(const kestra_html_parser* parser);
+/// 1 when the document is read as UTF-16.
 KESTRA_HTML_CALL uint32_t kestra_html_parser_is_utf16(const kestra_html_parser* parser);
 /// 1 when the charset was chosen by the detector.
 KESTRA_HTML_CALL uint32_t kestra_html_parser_used_detector(const kestra_html_parser* parser);
@@ -363,8 +410,9 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_used_detector(const kestra_html_par
 KESTRA_HTML_CALL uint32_t kestra_html_parser_has_charset_errors(const kestra_html_parser* parser);
 /// The code of the last conversion that failed, so that a token was lost: 50 or 8; 0 for none.
 KESTRA_HTML_CALL uint32_t kestra_html_parser_conversion_error(const kestra_html_parser* parser);
-/// Line and column, from 1, of the next character.
+/// The line of the next character, from 1.
 KESTRA_HTML_CALL uint64_t kestra_html_parser_line(const kestra_html_parser* parser);
+/// The column of the next character, from 1, in characters.
 KESTRA_HTML_CALL uint64_t kestra_html_parser_column(const kestra_html_parser* parser);
 
 /// @}
@@ -389,6 +437,8 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_write_copy(kestra_html_parser* pars
                                                         void* user);
 
 /// Whether a document is reproduced from its tokens, to the last byte.
+/// @param data     borrowed for the call
+/// @param size     in bytes
 /// @param charset  as in `kestra_html_parser_start`
 /// @return 0 when it is; 704 when not; 2 for null with a size; 8
 KESTRA_HTML_CALL uint32_t kestra_html_check(const void* data, size_t size, uint32_t charset);
@@ -397,12 +447,13 @@ KESTRA_HTML_CALL uint32_t kestra_html_check(const void* data, size_t size, uint3
 
 /// Where an answer of `kestra_html_detect` comes from.
 typedef enum kestra_html_charset_source {
-    KESTRA_HTML_SOURCE_NONE = 0,
+    KESTRA_HTML_SOURCE_NONE = 0,     ///< there is no answer
     KESTRA_HTML_SOURCE_MARK = 1,     ///< a byte-order mark
     KESTRA_HTML_SOURCE_META = 2,     ///< a `meta` tag
     KESTRA_HTML_SOURCE_DETECTOR = 3  ///< the bytes themselves
 } kestra_html_charset_source;
 
+/// What `kestra_html_detect` finds.
 typedef struct kestra_html_detection {
     size_t size;              ///< of this struct
     uint32_t charset;         ///< a Windows code page; 0 when there is no answer
@@ -413,6 +464,8 @@ typedef struct kestra_html_detection {
 
 /// Finds the charset of a document: by its mark, by what its first 16,384 bytes declare, or by the
 /// detector.
+/// @param data       the document, or its beginning; borrowed for the call
+/// @param size       in bytes
 /// @param detection  its `size` is set before the call; the rest is written also for 706 to 709
 /// @return 0; 2 for null; 706 when nothing is declared and the detector has no usable answer, as
 ///         for ASCII; 707 when there is too little for the detector; 708; 709; 8
@@ -431,9 +484,10 @@ KESTRA_HTML_CALL uint32_t kestra_html_charset_code(const char* name, size_t name
 /// in, whatever the answers are.
 typedef struct kestra_html_rewriter kestra_html_rewriter;
 
-/// A token of a rewriter, and an element whose start tag is delivered. Borrowed until the callback
-/// returns.
+/// A token of a rewriter. Borrowed until the callback returns.
 typedef struct kestra_html_edit_token kestra_html_edit_token;
+
+/// An element whose start tag is delivered. Borrowed until the callback returns.
 typedef struct kestra_html_edit_element kestra_html_edit_element;
 
 /// Zeroed, with `size` and `on_output`, all is at its default.
@@ -451,20 +505,33 @@ typedef struct kestra_html_rewriter_options {
     kestra_html_write_callback on_output;
 } kestra_html_rewriter_options;
 
+/// Makes a rewriter.
+/// @param options   copied
+/// @param rewriter  receives the rewriter, to be given to `kestra_html_rewriter_destroy`
 /// @return 0; 2 for null or bad options, and `*rewriter` is null then; 8
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_create(const kestra_html_rewriter_options* options,
                                                       kestra_html_rewriter** rewriter);
-/// Not in a callback. Null is allowed. Writes nothing.
+/// Frees a rewriter. Not in a callback. Null is allowed. Writes nothing.
 KESTRA_HTML_CALL void kestra_html_rewriter_destroy(kestra_html_rewriter* rewriter);
 
+/// Gets the elements that a selector matches, one a call.
 /// @return as `kestra_html_token_callback`
 typedef uint32_t (*kestra_html_element_callback)(void* user, kestra_html_edit_element* element);
+
+/// Gets the tokens of a content, one a call.
+/// @return as `kestra_html_token_callback`
 typedef uint32_t (*kestra_html_content_callback)(void* user, kestra_html_edit_token* token);
 
 /// Calls back for every element that a CSS selector matches.
-/// @param selector  in UTF-8: types, `*`, `#id`, `.class`, attributes, joined by white space or ">"
-/// @param message   receives what is wrong with the selector, cut to `message_size` with its NUL;
-///                  may be null
+/// @param rewriter       that of the documents
+/// @param selector       in UTF-8: types, `*`, `#id`, `.class`, attributes, joined by white space
+///                       or ">"
+/// @param selector_size  in bytes
+/// @param callback       not null; used until the rewriter is destroyed
+/// @param user           handed to the callback
+/// @param message        receives what is wrong with the selector, cut to `message_size` with its
+///                       NUL; may be null
+/// @param message_size   in bytes
 /// @return 0; 2 for null or in a callback; 727; 8
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_on_element(kestra_html_rewriter* rewriter, const char* selector,
                                                           size_t selector_size, kestra_html_element_callback callback,
@@ -476,22 +543,27 @@ KESTRA_HTML_CALL uint32_t kestra_html_rewriter_on_content(kestra_html_rewriter* 
                                                           size_t selector_size, kestra_html_content_callback callback,
                                                           void* user, char* message, size_t message_size);
 
-/// As of the parser; broken constructs are read again from the bytes at hand, so that 11, 12 and 16
-/// do not occur. After another answer than 0 and 8 the rest of the document is copied as it is: go
-/// on feeding.
+/// Begins a document. This function and the next ones answer as those of the parser; broken
+/// constructs are read again from the bytes at hand, so that 11, 12 and 16 do not occur. After
+/// another answer than 0 and 8 the rest of the document is copied as it is: go on feeding.
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_start(kestra_html_rewriter* rewriter, uint32_t charset,
                                                      uint32_t data_type);
+/// As `kestra_html_parser_feed`.
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed(kestra_html_rewriter* rewriter, const void* data, size_t size);
+/// As `kestra_html_parser_feed_stream`; `seek` is not called.
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed_stream(kestra_html_rewriter* rewriter,
                                                            const kestra_html_stream* stream);
+/// As `kestra_html_parser_feed_file`.
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_feed_file(kestra_html_rewriter* rewriter, const char* path);
+/// Ends the document: writes what is left of it.
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_end(kestra_html_rewriter* rewriter);
+/// As `kestra_html_parser_charset`.
 KESTRA_HTML_CALL uint32_t kestra_html_rewriter_charset(const kestra_html_rewriter* rewriter);
 
 /// What an inserted string is.
 typedef enum kestra_html_content {
-    KESTRA_HTML_AS_TEXT = 0,  ///< "&", "<" and ">" become references
-    KESTRA_HTML_AS_MARKUP = 1
+    KESTRA_HTML_AS_TEXT = 0,   ///< "&", "<" and ">" become references
+    KESTRA_HTML_AS_MARKUP = 1  ///< written as it is
 } kestra_html_content;
 
 /// @name Edits
@@ -500,15 +572,21 @@ typedef enum kestra_html_content {
 /// nothing.
 /// @{
 
+/// A `kestra_html_kind`; 0 for null, for a token that is over, and for one without markup.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_kind(const kestra_html_edit_token* token);
+/// The place of the token.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_place(const kestra_html_edit_token* token, kestra_html_place* place);
 /// The bytes of the token as they came in.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_bytes(const kestra_html_edit_token* token, kestra_html_string* bytes);
+/// Writes something in place of the token. `content` is a `kestra_html_content`, here and below.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_replace(kestra_html_edit_token* token, const char* data, size_t size,
                                                    uint32_t content);
+/// Writes nothing in place of the token.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_remove(kestra_html_edit_token* token);
+/// Writes something right before the token, after what earlier calls wrote there.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_insert_before(kestra_html_edit_token* token, const char* data, size_t size,
                                                          uint32_t content);
+/// Writes something after the token, after what earlier calls wrote there.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_insert_after(kestra_html_edit_token* token, const char* data, size_t size,
                                                         uint32_t content);
 /// Another text for a text or a comment. 721 for other kinds; 725, 726.
@@ -523,11 +601,11 @@ KESTRA_HTML_CALL uint32_t kestra_html_edit_set_attribute(kestra_html_edit_token*
 /// Adds an attribute after the last one. 721, 723.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_add_attribute(kestra_html_edit_token* token, const char* name,
                                                          size_t name_size, const char* value, size_t value_size);
-/// 721, 722, 723.
+/// Writes another name; the value is unchanged. 721, 722, 723.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_rename_attribute(kestra_html_edit_token* token, const char* name,
                                                             size_t name_size, const char* new_name,
                                                             size_t new_name_size);
-/// 721, 722.
+/// Removes an attribute and the white space before it. 721, 722.
 KESTRA_HTML_CALL uint32_t kestra_html_edit_remove_attribute(kestra_html_edit_token* token, const char* name,
                                                             size_t name_size);
 

@@ -19,7 +19,7 @@ enum RecognizerResult : std::uint32_t {
 /// What a parse answers, besides the codes of a recognizer that failed and the codes of the stream
 /// (`platform/Results.h`).
 enum ParserResult : std::uint32_t {
-    PARSER_OK = 0,
+    PARSER_OK = 0,  ///< success
     /// A null pointer with a size, an odd number of bytes of UTF-16, or called from a callback.
     PARSER_INVALID_ARGUMENT = 2,
     PARSER_RECOVERY_IMPOSSIBLE = 5,  ///< the bytes of a failed construct cannot be read again; never leaves the driver

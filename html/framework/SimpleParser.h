@@ -18,7 +18,9 @@ template <typename C, typename S>
 class KESTRA_HTML_API SimpleParserData {
 public:
     SimpleParserData();
+    /// Copies nothing: the fields are in the records derived from it.
     SimpleParserData(const SimpleParserData& other);
+    /// Copies nothing.
     SimpleParserData& operator=(const SimpleParserData& other);
     virtual ~SimpleParserData();
 };
@@ -45,6 +47,8 @@ public:
     /// the record.
     /// @param context  borrowed for the call; afterwards its position is the first character that
     ///                 does not belong to the construct.
+    /// @param data     the record that `BeginParse` got
+    /// @return a `RecognizerResult`; SP_NEED_MORE_DATA until the construct is complete or wrong
     virtual std::uint32_t Parse(SimpleParserContext<C, S>* context, D* data) = 0;
 
     /// The whole input has been given: decides whether what was gathered is a complete token. Reads

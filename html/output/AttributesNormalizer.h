@@ -10,7 +10,7 @@ namespace Kestra::HTML {
 
 /// How `AttributesNormalizer::Split` reads a value; may be combined.
 enum SplitOption : std::uint32_t {
-    SPLIT_PLAIN = 0,
+    SPLIT_PLAIN = 0,        ///< neither of the following
     SPLIT_ESCAPE_RUNS = 1,  ///< a quotation mark in an ISO-2022 escape run is a part of a character
     /// The value was converted from 8-bit text, in which U+0085 and U+00A0 are no white space. The
     /// 8-bit flavour does not need this option.
@@ -42,8 +42,10 @@ public:
     /// lost: they convert to no characters. `GetAttributeParts` still has its place, so there may
     /// be more places than parts.
     ///
-    /// @param options  a combination of `SplitOption`
-    /// @param parts    receives the attribute, and then its bare words; must not be the list that `attribute` is in
+    /// @param attribute  one of a record
+    /// @param options    a combination of `SplitOption`
+    /// @param parts      receives the attribute, and then its bare words; must not be the list
+    ///                   that `attribute` is in
     static void Split(const Attribute<C, S>& attribute, std::uint32_t options, Vector<Attribute<C, S>>* parts);
 };
 

@@ -25,15 +25,20 @@ template <typename C, typename S>
 class KESTRA_HTML_API ParserObserverOutput : public ParserObserver<C, S> {
 public:
     ParserObserverOutput();
+    /// Writes to its own `OnOutput`: there is nothing to copy.
     ParserObserverOutput(const ParserObserverOutput& other);
+    /// Copies nothing.
     ParserObserverOutput& operator=(const ParserObserverOutput& other);
 
+    /// As it is in the record.
     static void GetTextOutput(const TextData<C, S>* data, ParserObserverOutputHandler* sink);
     /// Always closed, also when the input ended inside the comment.
     static void GetCCommentOutput(const CCommentData<C, S>* data, ParserObserverOutputHandler* sink);
     /// Without a line end.
     static void GetCPPCommentOutput(const CPPCommentData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// Always in both quotes.
     static void GetSQuoteStringOutput(const SQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// Always in both quotation marks.
     static void GetDQuoteStringOutput(const DQuoteStringData<C, S>* data, ParserObserverOutputHandler* sink);
     /// An unclosed tag loses its suffix together with its ">".
     static void GetStartTagOutput(const StartTagData<C, S>* data, ParserObserverOutputHandler* sink);
@@ -41,35 +46,41 @@ public:
     static void GetShortTagOutput(const ShortTagData<C, S>* data, ParserObserverOutputHandler* sink);
     /// The suffix is written only after attributes.
     static void GetEndTagOutput(const EndTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// "]]>" only when it is closed.
     static void GetCDATATagOutput(const CDATATagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// "]" only when the bracket is closed, the tail and ">" only when the tag is.
     static void GetConditionalTagOutput(const ConditionalTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// "-->" only when it is closed.
     static void GetCommentTagOutput(const CommentTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// The items with their prefixes and quotes, and always the ">".
     static void GetEntityTagOutput(const EntityTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// The raw text, or an XML declaration with its attributes.
     static void GetExternTagOutput(const ExternTagData<C, S>* data, ParserObserverOutputHandler* sink);
+    /// The bytes as they are.
     static void GetJunkDataOutput(const JunkData<C, S>* data, ParserObserverOutputHandler* sink);
 
-    void OnStartParsing() override;
-    void OnEndParsing() override;
-    void OnBOM(const void* bytes, std::uint64_t size) override;
-    void OnCharset(StringNS::CharSet::Code code) override;
-    void OnText(TextData<C, S>* data) override;
-    void OnCComment(CCommentData<C, S>* data) override;
-    void OnCPPComment(CPPCommentData<C, S>* data) override;
-    void OnSQuoteString(SQuoteStringData<C, S>* data) override;
-    void OnDQuoteString(DQuoteStringData<C, S>* data) override;
-    void OnStartTag(StartTagData<C, S>* data) override;
-    void OnShortTag(ShortTagData<C, S>* data) override;
-    void OnEndTag(EndTagData<C, S>* data) override;
-    void OnCDATATag(CDATATagData<C, S>* data) override;
-    void OnConditionalTag(ConditionalTagData<C, S>* data) override;
-    void OnCommentTag(CommentTagData<C, S>* data) override;
-    void OnEntityTag(EntityTagData<C, S>* data) override;
-    void OnExternTag(ExternTagData<C, S>* data) override;
-    void OnJSTagStart() override;
-    void OnJSTagEnd() override;
-    void OnCSSTagStart() override;
-    void OnCSSTagEnd() override;
-    void OnJunkData(JunkData<C, S>* data) override;
+    void OnStartParsing() override;                                  ///< writes nothing
+    void OnEndParsing() override;                                    ///< writes nothing
+    void OnBOM(const void* bytes, std::uint64_t size) override;      ///< writes the mark
+    void OnCharset(StringNS::CharSet::Code code) override;           ///< writes nothing
+    void OnText(TextData<C, S>* data) override;                      ///< writes as `GetTextOutput`
+    void OnCComment(CCommentData<C, S>* data) override;              ///< writes as `GetCCommentOutput`
+    void OnCPPComment(CPPCommentData<C, S>* data) override;          ///< writes as `GetCPPCommentOutput`
+    void OnSQuoteString(SQuoteStringData<C, S>* data) override;      ///< writes as `GetSQuoteStringOutput`
+    void OnDQuoteString(DQuoteStringData<C, S>* data) override;      ///< writes as `GetDQuoteStringOutput`
+    void OnStartTag(StartTagData<C, S>* data) override;              ///< writes as `GetStartTagOutput`
+    void OnShortTag(ShortTagData<C, S>* data) override;              ///< writes as `GetShortTagOutput`
+    void OnEndTag(EndTagData<C, S>* data) override;                  ///< writes as `GetEndTagOutput`
+    void OnCDATATag(CDATATagData<C, S>* data) override;              ///< writes as `GetCDATATagOutput`
+    void OnConditionalTag(ConditionalTagData<C, S>* data) override;  ///< writes as `GetConditionalTagOutput`
+    void OnCommentTag(CommentTagData<C, S>* data) override;          ///< writes as `GetCommentTagOutput`
+    void OnEntityTag(EntityTagData<C, S>* data) override;            ///< writes as `GetEntityTagOutput`
+    void OnExternTag(ExternTagData<C, S>* data) override;            ///< writes as `GetExternTagOutput`
+    void OnJSTagStart() override;                                    ///< writes nothing
+    void OnJSTagEnd() override;                                      ///< writes nothing
+    void OnCSSTagStart() override;                                   ///< writes nothing
+    void OnCSSTagEnd() override;                                     ///< writes nothing
+    void OnJunkData(JunkData<C, S>* data) override;                  ///< writes as `GetJunkDataOutput`
 
     /// Receives the next piece of output, as in `ParserObserverOutputHandler::Write`.
     virtual void OnOutput(const void* data, std::uint64_t byteCount, bool isMarkup) = 0;
@@ -95,7 +106,9 @@ private:
 class KESTRA_HTML_API GenericParserObserverOutput : public ParserObserverOutput<WideChar, WideString> {
 public:
     GenericParserObserverOutput();
+    /// As of `ParserObserverOutput`.
     GenericParserObserverOutput(const GenericParserObserverOutput& other);
+    /// Copies nothing.
     GenericParserObserverOutput& operator=(const GenericParserObserverOutput& other);
 };
 

@@ -10,7 +10,9 @@ namespace Kestra::HTML {
 class KESTRA_HTML_API ParserObserverOutputHandler {
 public:
     ParserObserverOutputHandler();
+    /// A handler of this class has no state: there is nothing to copy.
     ParserObserverOutputHandler(const ParserObserverOutputHandler& other);
+    /// Copies nothing.
     ParserObserverOutputHandler& operator=(const ParserObserverOutputHandler& other);
     virtual ~ParserObserverOutputHandler();
 

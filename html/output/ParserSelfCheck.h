@@ -25,7 +25,9 @@ public:
     static constexpr std::uint64_t COPY_IN_MEMORY = 4194304;  ///< bytes of the copy before it goes to a temporary file
 
     ParserSelfCheck();
+    /// Continues the checksum, and keeps no output.
     ParserSelfCheck(const ParserSelfCheck& other);
+    /// The same; an output that was kept here is freed.
     ParserSelfCheck& operator=(const ParserSelfCheck& other);
 
     /// Takes the bytes that a token is written back as.

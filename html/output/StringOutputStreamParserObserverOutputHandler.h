@@ -22,6 +22,7 @@ public:
     /// the wide flavour lack the facets that formatted output needs.
     void Write(const void* data, std::uint64_t byteCount, bool isMarkup) override;
 
+    /// The stream that is written to.
     Stream& GetStream();
 
     /// Everything written so far.

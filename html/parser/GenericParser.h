@@ -12,6 +12,7 @@
 #include "../framework/ResultCodes.h"
 #include "../framework/TokenPlace.h"
 
+/// The parsers, the rewriter, what observers get, and the recognizers of the single constructs.
 namespace Kestra::HTML {
 
 class GenericParserEngine;
@@ -63,18 +64,21 @@ public:
     static constexpr std::uint64_t DETECTCHARSET_MIN_CONFIDENCE = 50;  ///< initial minimum, of 100
     static constexpr std::uint64_t DETECTCHARSET_MIN_SIZE = 256;       ///< bytes
 
+    /// What is compared at the end of a document.
     enum SelfCheck : std::uint32_t {
-        SELF_CHECK_OFF = 0,
+        SELF_CHECK_OFF = 0,   ///< nothing
         SELF_CHECK_CRC = 1,   ///< compare the checksums of the input and of the tokens written back
         SELF_CHECK_COPY = 2,  ///< the same, and keep the tokens written back
     };
 
+    /// What the bytes of a document are.
     enum DataStreamType : std::uint32_t {
         DATA_STREAM_AUTO = 0,   ///< and every other value: decide by a byte-order mark in the first bytes
         DATA_STREAM_8BIT = 1,   ///< 8-bit text in the given charset
         DATA_STREAM_UTF16 = 2,  ///< UTF-16, low byte first
     };
 
+    /// How the content of elements without markup is read: `SetScriptMode`.
     enum ScriptMode : std::uint32_t {
         /// Strings and comments in script and style are tokens; a string may hide an end tag.
         SCRIPT_AS_TOKENS = 0,
@@ -84,24 +88,30 @@ public:
     };
 
     GenericParser();
+    /// Continues where `other` is; see Copies above.
     GenericParser(const GenericParser& other);
+    /// The same; what this parser has read is dropped.
     GenericParser& operator=(const GenericParser& other);
     ~GenericParser();
 
     /// Binds an observer and unbinds the previous one; null binds none.
     ///
-    /// @param owns  the parser frees the observer with `::operator delete(void*)`, without running
-    ///              a destructor, when another one is bound or the last parser that shares it
-    ///              (copies do) is destroyed; inside a callback only after the call that fed the
-    ///              input. Binding the same pointer again frees nothing and renews `owns`.
+    /// @param observer  gets 8-bit tokens
+    /// @param owns      the parser frees the observer with the global `operator delete(void*)`,
+    ///                  without running a destructor, when another one is bound or the last parser
+    ///                  that shares it (copies do) is destroyed; inside a callback only after the
+    ///                  call that fed the input. Binding the same pointer again frees nothing and
+    ///                  renews `owns`.
     /// @return 0
     std::uint32_t SetObserver(ParserObserver<char, std::string>* observer, bool owns);
+    /// The same for an observer that gets tokens in UTF-16.
     std::uint32_t SetObserver(ParserObserver<WideChar, WideString>* observer, bool owns);
 
     /// Begins a document. The rest of an unfinished one is dropped.
     /// @param code  the charset of 8-bit text; 65000 (UTF-7) is replaced by 1252. With 0, unknown,
     ///              charset declarations in `meta` tags are applied as they come, unless there is a
     ///              byte-order mark, and `ParseStream` asks the detector at the end
+    /// @param type  what the bytes are
     /// @return 0; 2 when called from a callback; 710 when a callback has stopped the document
     std::uint32_t StartParse(StringNS::CharSet::Code code, DataStreamType type);
 
@@ -119,6 +129,7 @@ public:
     /// fed since the construct began; when the positions of the stream contradict that, the
     /// construct cannot be re-read.
     ///
+    /// @param stream      read from its current position on
     /// @param ownsStream  the parser deletes the stream before it returns, also on an error. A
     ///                    borrowed stream must live until `EndParse`, `StartParse` or the next call
     ///                    that answers an error, because junk is re-read from it. After 0, 706, and
@@ -181,7 +192,7 @@ public:
     ///               survives `StartParse`, and is copied with the parser
     /// @return 0
     std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
-    std::uint64_t GetMaxTokenSize() const;
+    std::uint64_t GetMaxTokenSize() const;  ///< bytes of the document; 0 for no limit
 
     /// Limits the attributes of a tag or an instruction. They are counted as written, before bare
     /// words become a part of a value. One more ends the call with 711, as for `SetMaxTokenSize`.
@@ -189,11 +200,13 @@ public:
     ///               `StartParse`, and is copied with the parser
     /// @return 0
     std::uint32_t SetMaxAttributes(std::uint64_t count);
-    std::uint64_t GetMaxAttributes() const;
+    std::uint64_t GetMaxAttributes() const;  ///< 0 for no limit
 
     /// Detects the charset of a buffer; needs DETECTCHARSET_MIN_SIZE bytes and the minimum
     /// confidence.
-    /// @param out  receives the code, 0 when there is none; untouched by 2 and 707
+    /// @param data  the first bytes of a document, or all
+    /// @param size  in bytes
+    /// @param out   receives the code, 0 when there is none; untouched by 2 and 707
     /// @return 0; 2 for null; 707 too little data; 708 not confident; 709 the detector failed;
     ///         11 no detector, or no usable answer (ASCII)
     std::uint32_t DetectCharset(const void* data, std::uint64_t size, StringNS::CharSet::Code* out);
@@ -202,10 +215,11 @@ public:
     /// the caller's.
     std::uint32_t DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out);
 
-    /// Place of the next unread character, from 1, in characters of the running parser. In a
-    /// callback that is the end of the token; in `OnText` it is the place after the opener of the
-    /// next construct, such as "<", which has been read.
+    /// Line of the next unread character, from 1. In a callback that is the end of the token; in
+    /// `OnText` it is the place after the opener of the next construct, such as "<", which has been
+    /// read.
     std::uint64_t GetLine() const;
+    /// Column of the same character, from 1, in characters of the running parser.
     std::uint64_t GetColumn() const;
 
     /// The place of the token that is being delivered; outside a callback, of the last one
@@ -238,6 +252,7 @@ public:
     /// The places of the parts of that attribute: of the attribute with its own value, and then of
     /// every bare word that was folded into the value. `AttributesNormalizer::Split` gives their
     /// texts.
+    /// @param index   of the attribute, from 0
     /// @param places  receives one place or more; untouched when the answer is not 0
     /// @return 0; 2 for null, or when there is no such attribute
     std::uint32_t GetAttributeParts(std::uint64_t index, std::vector<AttributePlace>* places) const;
@@ -279,9 +294,10 @@ public:
     /// the copy: tokens of bytes fed later are not in it.
     VFS::InputStream* GetSelfCheckStream();
 
-    /// The setters answer 0 and take effect immediately. A self-check that is switched on or off
-    /// inside a document compares only a part of it, so it may report a difference; a copy is kept
-    /// only when the mode is set as the document begins.
+    /// Sets what is compared at the end of a document. Takes effect immediately: a self-check that
+    /// is switched on or off inside a document compares only a part of it, so it may report a
+    /// difference; a copy is kept only when the mode is set as the document begins.
+    /// @return 0
     std::uint32_t SetSelfCheck(SelfCheck selfCheck);
     SelfCheck GetSelfCheck() const;  ///< 0 when no parser runs
 
@@ -301,12 +317,16 @@ public:
     /// document ends the content, and so does a call that an exception leaves.
     /// @return 0; 2 for another value, and nothing changes
     std::uint32_t SetScriptMode(ScriptMode scriptMode);
-    ScriptMode GetScriptMode() const;
+    ScriptMode GetScriptMode() const;  ///< the mode that was set
 
+    /// Sets whether `HasCharsetErrors` is kept; costs time. Takes effect immediately.
+    /// @return 0
     std::uint32_t SetDetectCharsetErrors(bool detect);
     bool GetDetectCharsetErrors() const;  ///< false when no parser runs
+    /// Sets how sure of its answer the detector must be, of 100. Takes effect immediately.
+    /// @return 0
     std::uint32_t SetChrDetMinConfidence(std::uint64_t confidence);
-    std::uint64_t GetChrDetMinConfidence() const;
+    std::uint64_t GetChrDetMinConfidence() const;  ///< as it was set; initially 50
 
     /// Defined inside the library only.
     struct Internals;

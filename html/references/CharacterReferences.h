@@ -39,6 +39,8 @@ public:
     /// everything else for itself, other control characters and noncharacters too. What is no
     /// reference stays as it is. Text is decoded once: "&amp;lt;" is "&lt;".
     ///
+    /// @param text     as it is written
+    /// @param decoded  receives the result, if anything changes
     /// @param charset  of 8-bit text; wide text needs none. A reference to what it lacks stays as
     ///                 it is. 0 is the ANSI rule (the process's code page on Windows, 1252 on
     ///                 POSIX). In a charset that has no converter, or does not extend ASCII,
@@ -59,9 +61,11 @@ public:
     /// Writes "&amp;" for "&", and "&quot;" or "&#39;" for the quote. `DecodeAttributeValue` gives
     /// the value again.
     ///
-    /// @param quote  QUOTE_DOUBLE or QUOTE_SINGLE, the one that is written around the value. Any
-    ///               other number encodes both, for a value whose quotes are not yet known. A value
-    ///               without quotes can need more than that.
+    /// @param value    the characters
+    /// @param quote    QUOTE_DOUBLE or QUOTE_SINGLE, the one that is written around the value. Any
+    ///                 other number encodes both, for a value whose quotes are not yet known. A
+    ///                 value without quotes can need more than that.
+    /// @param encoded  receives the result, if anything changes
     static bool EncodeAttributeValue(const S& value, std::uint32_t quote, S* encoded);
 };
 

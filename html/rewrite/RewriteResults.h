@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// bad argument), and 8 when memory is lacking. An edit that is not answered with 0 changes
 /// nothing.
 enum RewriteResult : std::uint32_t {
-    REWRITE_OK = 0,
+    REWRITE_OK = 0,              ///< the edit is made
     REWRITE_OVER = 720,          ///< the callback that the token or the element was given to has returned
     REWRITE_WRONG_KIND = 721,    ///< this token has no attributes, no text of its own, or cannot be edited there
     REWRITE_NO_ATTRIBUTE = 722,  ///< the tag has no attribute of that name

@@ -68,8 +68,8 @@ namespace Kestra::HTML {
 /// with. When memory is exhausted, the answer is 8.
 class KESTRA_HTML_API Rewriter {
 public:
-    using ElementCallback = std::function<void(RewriterElement element)>;
-    using TokenCallback = std::function<void(RewriterToken token)>;
+    using ElementCallback = std::function<void(RewriterElement element)>;  ///< gets an element at its start tag
+    using TokenCallback = std::function<void(RewriterToken token)>;        ///< gets a token of a content
 
     /// @param output  borrowed until the rewriter is destroyed; gets the document in parts of any
     ///                size, `isMarkup` true for all of them. With null nothing is written.
@@ -82,6 +82,7 @@ public:
     /// callbacks as from a `GenericParser`.
     /// @return 0; 2 when called from a callback
     std::uint32_t SetObserver(ParserObserver<char, std::string>* observer);
+    /// The same for an observer that gets tokens in UTF-16.
     std::uint32_t SetObserver(ParserObserver<WideChar, WideString>* observer);
 
     /// Calls back for every element that a selector matches, when its start tag is delivered, after
@@ -93,6 +94,7 @@ public:
     ///                  operator and the flags `i` and `s`, joined by white space (descendant) or
     ///                  ">" (child). Nothing else: no lists, no pseudo-classes. Types and the names
     ///                  of attributes are compared without the case of "A" to "Z".
+    /// @param callback  gets each element; kept until the rewriter is destroyed
     /// @param message   receives what is wrong and where, in English; may be null
     /// @return 0; REWRITE_BAD_SELECTOR; 2 for a null callback, or when called from a
     ///         callback
@@ -140,19 +142,27 @@ public:
     /// For its queries: places, charset, errors.
     const GenericParser& GetParser() const;
 
-    /// @name Settings, as those of `GenericParser`
+    /// @name Settings, as those of GenericParser
     /// @{
+
+    /// As `GenericParser::SetSelfCheck`.
     std::uint32_t SetSelfCheck(GenericParser::SelfCheck selfCheck);
+    /// As `GenericParser::SetDetectCharsetErrors`.
     std::uint32_t SetDetectCharsetErrors(bool detect);
+    /// As `GenericParser::SetScriptMode`.
     std::uint32_t SetScriptMode(GenericParser::ScriptMode scriptMode);
+    /// As `GenericParser::SetMaxTokenSize`.
     std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
+    /// As `GenericParser::SetMaxAttributes`.
     std::uint32_t SetMaxAttributes(std::uint64_t count);
+
     /// @}
 
-    /// Limit the number of open elements, and the number of attributes of all of them together; 0,
-    /// the default, for no limit. A start tag that exceeds a limit ends the feeding call with 711;
-    /// it is copied, as is everything after it.
+    /// Limits the number of open elements; 0, the default, for no limit. A start tag that exceeds
+    /// it ends the feeding call with 711; it is copied, as is everything after it.
+    /// @return 0
     std::uint32_t SetMaxDepth(std::uint64_t count);
+    /// The same for the number of attributes of all open elements together.
     std::uint32_t SetMaxOpenAttributes(std::uint64_t count);
 
 private:

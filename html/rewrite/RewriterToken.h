@@ -34,15 +34,17 @@ class KESTRA_HTML_API RewriterToken {
 public:
     /// A token that is over.
     RewriterToken();
+    /// The same token; it is over at the same time.
     RewriterToken(const RewriterToken& other);
+    /// The same.
     RewriterToken& operator=(const RewriterToken& other);
     ~RewriterToken();
 
-    bool IsOver() const;
+    bool IsOver() const;  ///< whether the callback that got it has returned
     /// TOKEN_NONE in a callback without a record, such as `OnJSTagStart`: its place is that of the
     /// tag that caused it, and every edit answers REWRITE_WRONG_KIND.
     TokenKind GetKind() const;
-    TokenPlace GetPlace() const;
+    TokenPlace GetPlace() const;  ///< as `GenericParser::GetTokenPlace`
 
     /// The bytes of the token as they came in, in the charset of the document. Borrowed until the
     /// callback returns.
@@ -50,6 +52,7 @@ public:
 
     /// Writes something else in place of the token. Insertions before and after it stay.
     std::uint32_t Replace(std::string_view content, RewriteContent kind);
+    /// The same with UTF-16.
     std::uint32_t Replace(WideStringView content, RewriteContent kind);
 
     /// Writes nothing in place of the token. The characters around it can then join to a reference,
@@ -59,10 +62,12 @@ public:
 
     /// Writes something right before the token, after what earlier calls wrote there.
     std::uint32_t InsertBefore(std::string_view content, RewriteContent kind);
+    /// The same with UTF-16.
     std::uint32_t InsertBefore(WideStringView content, RewriteContent kind);
 
     /// Writes something after the token, after what earlier calls wrote there.
     std::uint32_t InsertAfter(std::string_view content, RewriteContent kind);
+    /// The same with UTF-16.
     std::uint32_t InsertAfter(WideStringView content, RewriteContent kind);
 
     /// Puts another text between the marks of a comment, or in place of a text. The text of a
@@ -70,6 +75,7 @@ public:
     /// it would end the comment, and with REWRITE_NOT_IN_CHARSET.
     /// @return 0; REWRITE_WRONG_KIND for what is neither text nor a comment tag
     std::uint32_t SetText(std::string_view text);
+    /// The same with UTF-16.
     std::uint32_t SetText(WideStringView text);
 
     /// @name Attributes of a tag or an instruction
@@ -82,8 +88,10 @@ public:
     /// odd tags in which the edit would change another attribute.
     /// @{
 
-    bool HasAttribute(std::string_view name) const;
+    bool HasAttribute(std::string_view name) const;  ///< false for what has no attributes
 
+    /// Finds the value of an attribute.
+    /// @param name   in UTF-8
     /// @param value  receives the value as UTF-8, empty when there is none; unchanged when the
     ///               answer is not 0
     /// @return 0; 2 for null; REWRITE_NO_ATTRIBUTE; REWRITE_WRONG_KIND for what has no attributes
@@ -92,10 +100,12 @@ public:
     /// Sets the value, or adds the attribute. The quotes of the value are kept where possible;
     /// quotation marks are added to a value that needs quotes and has none.
     std::uint32_t SetAttribute(std::string_view name, std::string_view value);
+    /// The same with a value of UTF-16.
     std::uint32_t SetAttribute(std::string_view name, WideStringView value);
 
     /// Adds an attribute after the last one, also when there is one of that name.
     std::uint32_t AddAttribute(std::string_view name, std::string_view value);
+    /// The same with a value of UTF-16.
     std::uint32_t AddAttribute(std::string_view name, WideStringView value);
 
     /// Writes another name; the value is unchanged.

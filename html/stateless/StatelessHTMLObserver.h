@@ -19,29 +19,36 @@ namespace Kestra::HTML {
 class KESTRA_HTML_API StatelessHTMLObserver : public Base::Observer {
 public:
     using Attributes = Vector<std::pair<WideString, WideString>>;  ///< names and values, in document order
-    using Tokens = Vector<WideString>;
+    using Tokens = Vector<WideString>;                             ///< words and quoted strings, in document order
 
     StatelessHTMLObserver();
+    /// Attached to nothing.
     StatelessHTMLObserver(const StatelessHTMLObserver& other);
+    /// Stays attached to what it is attached to.
     StatelessHTMLObserver& operator=(const StatelessHTMLObserver& other);
     ~StatelessHTMLObserver() override;
 
     /// Binds the callbacks below to the events `ID_START_PARSING` to `ID_STYLE`, in this order.
     void RegisterCalls(Base::MultiDelegate* delegate) override;
 
+    /// From `StartParse`, before everything else of a document.
     virtual void OnStartParsing();
+    /// From `EndParse`, after everything else of a document.
     virtual void OnStopParsing();
     /// A start tag, except those of scripts and style sheets. A tag that ends in "/>" causes
     /// `OnEndTag` as well, unless text follows as its content.
     virtual void OnStartTag(const WideChar* name, const Attributes* attributes);
+    /// An end tag, and the end of a tag that ends in "/>".
     virtual void OnEndTag(const WideChar* name);
     /// A whole script, from its start tag to its end tag.
-    /// @param body  without its comments, unless scripts are read as text
+    /// @param attributes  of the start tag
+    /// @param body        without its comments, unless scripts are read as text
     virtual void OnScript(const Attributes* attributes, const WideChar* body);
     /// An instruction, "<?name attributes?>".
     virtual void OnExternTag(const WideChar* name, const Attributes* attributes);
     /// A declaration, "<!name tokens>".
     virtual void OnEntityTag(const WideChar* name, const Tokens* tokens);
+    /// A markup comment, without its marks; one that the piece of input cuts comes in parts.
     virtual void OnComment(const WideChar* text);
     /// Text before a "<". Text after the last tag of a document causes no event.
     virtual void OnText(const WideChar* text);

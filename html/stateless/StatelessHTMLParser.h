@@ -23,68 +23,68 @@ namespace Kestra::HTML {
 /// assignment can copy all of it before it changes anything.
 struct StatelessHTMLParserData {
     std::string identifier;  ///< also the body of a comment
-    std::string value;
-    std::string tagName;
-    std::string text;  ///< also the body of a script or a style sheet
-    std::string scriptEnd;
-    std::string styleEnd;
-    Vector<std::pair<std::string, std::string>> attributes;
-    Vector<std::string> tokens;
-    std::uint32_t flags = 1;
-    bool started = false;
-    StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;
-    const unsigned char* cursor = nullptr;
-    std::uint64_t position = 0;
-    std::uint64_t length = 0;
-    std::uint32_t state = 0;  ///< of the main machine
-    bool afterNewline = false;
-    std::uint32_t attributeState = 0;
-    std::uint32_t valueState = 0;
-    bool selfClosing = false;
-    std::uint32_t startTagState = 0;
-    std::uint32_t externTagState = 0;
-    std::uint32_t entityTagState = 0;
-    std::uint32_t endTagState = 0;
-    std::uint32_t commentState = 0;
-    std::uint32_t scriptState = 0;
-    unsigned char scriptPrevious = 0;
-    std::uint32_t styleState = 0;
-    std::uint64_t line = 1;
-    std::uint64_t column = 1;
+    std::string value;       ///< of the attribute under way, or an item of a declaration
+    std::string tagName;     ///< of the construct under way
+    std::string text;        ///< also the body of a script or a style sheet
+    std::string scriptEnd;   ///< what may be the beginning of the end tag of a script
+    std::string styleEnd;    ///< the same of a style sheet
+    Vector<std::pair<std::string, std::string>> attributes;        ///< names and values of the tag under way
+    Vector<std::string> tokens;                                    ///< items of the declaration under way
+    std::uint32_t flags = 1;                                       ///< `SetFlags`
+    bool started = false;                                          ///< between `StartParse` and `EndParse`
+    StringNS::CharSet::Code charset = StringNS::CharSet::UNKNOWN;  ///< of strings; 0 for the ANSI rule
+    const unsigned char* cursor = nullptr;                         ///< the next byte of the piece, during a call
+    std::uint64_t position = 0;                                    ///< its index in the piece
+    std::uint64_t length = 0;                                      ///< bytes in the piece
+    std::uint32_t state = 0;                                       ///< of the main machine
+    bool afterNewline = false;         ///< the last byte began a line: a line break right after it begins none
+    std::uint32_t attributeState = 0;  ///< of an attribute
+    std::uint32_t valueState = 0;      ///< of the value of an attribute, or an item of a declaration
+    bool selfClosing = false;          ///< the start tag under way ends in "/>"
+    std::uint32_t startTagState = 0;   ///< of a start tag
+    std::uint32_t externTagState = 0;  ///< of an instruction
+    std::uint32_t entityTagState = 0;  ///< of a declaration
+    std::uint32_t endTagState = 0;     ///< of an end tag
+    std::uint32_t commentState = 0;    ///< of a comment
+    std::uint32_t scriptState = 0;     ///< of a script as tokens
+    unsigned char scriptPrevious = 0;  ///< the byte before, in a comment or a string of a script
+    std::uint32_t styleState = 0;      ///< of a style sheet
+    std::uint64_t line = 1;            ///< `GetCurrentLineNumber`
+    std::uint64_t column = 1;          ///< `GetCurrentColumnNumber`
 
     unsigned char lastByte = 0;    ///< the last one consumed in an earlier piece of the document, 0 for none
     std::uint64_t buffersDue = 0;  ///< where the buffers are limited next: bytes into the piece
 
-    std::uint64_t maxTokenSize = 0;
-    std::uint64_t maxAttributes = 0;
+    std::uint64_t maxTokenSize = 0;       ///< `SetMaxTokenSize`
+    std::uint64_t maxAttributes = 0;      ///< `SetMaxAttributes`
     std::uint64_t maxBytes = UINT64_MAX;  ///< of a token, from `maxTokenSize`
     std::size_t maxListed = SIZE_MAX;     ///< attributes, from both
     std::size_t maxItems = SIZE_MAX;      ///< of a declaration, from `maxTokenSize`
-    bool stopped = false;
-    bool wentOver = false;
-    bool pieceLeft = false;         ///< a callback threw: the rest of the piece was not read
-    std::uint64_t pieceOffset = 0;  ///< bytes of the document before the piece
-    std::uint64_t tokenOffset = 0;  ///< bytes of the document before the token under way, and its place
-    std::uint64_t tokenLine = 1;
-    std::uint64_t tokenColumn = 1;
-    bool tokenAfterNewline = false;
+    bool stopped = false;                 ///< a callback has called `Stop`
+    bool wentOver = false;                ///< the last call ended with 711
+    bool pieceLeft = false;               ///< a callback threw: the rest of the piece was not read
+    std::uint64_t pieceOffset = 0;        ///< bytes of the document before the piece
+    std::uint64_t tokenOffset = 0;        ///< bytes of the document before the token under way, and its place
+    std::uint64_t tokenLine = 1;          ///< the line of that token
+    std::uint64_t tokenColumn = 1;        ///< its column
+    bool tokenAfterNewline = false;       ///< `afterNewline` at its beginning
 
-    bool scriptsAsText = false;
-    bool isBrowsersName = false;   ///< browsers see the name of the start tag under way as well
-    std::uint32_t rawElement = 0;  ///< the one whose content is text
-    std::uint32_t rawTextState = 0;
+    bool scriptsAsText = false;      ///< `SetScriptMode`
+    bool isBrowsersName = false;     ///< browsers see the name of the start tag under way as well
+    std::uint32_t rawElement = 0;    ///< the one whose content is text
+    std::uint32_t rawTextState = 0;  ///< of a content that is text
     /// The end of a content, which may begin its end tag or something else that counts. `line`
     /// and `column` are those before it.
     std::string heldBack;
 
-    AttributePlace attributePlace;  ///< of the one under way
-    Vector<AttributePlace> attributePlaces;
+    AttributePlace attributePlace;           ///< of the one under way
+    Vector<AttributePlace> attributePlaces;  ///< of those in `attributes`
 
     // Kept for their buffers.
-    WideString wideName;
-    WideString wideText;
-    StatelessHTMLObserver::Attributes wideAttributes;
-    StatelessHTMLObserver::Tokens wideTokens;
+    WideString wideName;                               ///< the name of an event
+    WideString wideText;                               ///< its text or body
+    StatelessHTMLObserver::Attributes wideAttributes;  ///< its attributes
+    StatelessHTMLObserver::Tokens wideTokens;          ///< its items
 };
 
 /// A small parser for 8-bit markup: bytes in, numbered events out. It keeps nothing but the
@@ -126,24 +126,27 @@ class KESTRA_HTML_API StatelessHTMLParser : public Base::Observable, private Sta
 public:
     static constexpr std::int32_t BUFFER_SIZE = 65536;  ///< bytes per read of a stream or file
 
+    /// How the content of elements without markup is read: `SetScriptMode`.
     enum ScriptMode : std::uint32_t {
         SCRIPT_AS_TOKENS = 0,  ///< strings and comments in scripts are recognized, and may hide the end tag
         SCRIPT_AS_TEXT = 1,    ///< the content of scripts and similar elements is text, up to where browsers end it
     };
 
-    static constexpr unsigned long ID_START_PARSING = 0;
-    static constexpr unsigned long ID_STOP_PARSING = 1;
-    static constexpr unsigned long ID_START_TAG = 2;   ///< name, attributes
-    static constexpr unsigned long ID_END_TAG = 3;     ///< name
-    static constexpr unsigned long ID_SCRIPT = 4;      ///< attributes, body
-    static constexpr unsigned long ID_EXTERN_TAG = 5;  ///< name, attributes
-    static constexpr unsigned long ID_ENTITY_TAG = 6;  ///< name, tokens
-    static constexpr unsigned long ID_COMMENT = 7;     ///< text
-    static constexpr unsigned long ID_TEXT = 8;        ///< text
-    static constexpr unsigned long ID_STYLE = 9;       ///< attributes, body
+    static constexpr unsigned long ID_START_PARSING = 0;  ///< no values
+    static constexpr unsigned long ID_STOP_PARSING = 1;   ///< no values
+    static constexpr unsigned long ID_START_TAG = 2;      ///< name, attributes
+    static constexpr unsigned long ID_END_TAG = 3;        ///< name
+    static constexpr unsigned long ID_SCRIPT = 4;         ///< attributes, body
+    static constexpr unsigned long ID_EXTERN_TAG = 5;     ///< name, attributes
+    static constexpr unsigned long ID_ENTITY_TAG = 6;     ///< name, tokens
+    static constexpr unsigned long ID_COMMENT = 7;        ///< text
+    static constexpr unsigned long ID_TEXT = 8;           ///< text
+    static constexpr unsigned long ID_STYLE = 9;          ///< attributes, body
 
     StatelessHTMLParser();
+    /// Continues where `other` is, with the same observers attached.
     StatelessHTMLParser(const StatelessHTMLParser& other);
+    /// The same; what this parser has read is dropped.
     StatelessHTMLParser& operator=(const StatelessHTMLParser& other);
     ~StatelessHTMLParser() override;
 
@@ -164,6 +167,7 @@ public:
     /// Parses a stream from its current position to its end, in reads of BUFFER_SIZE bytes. Neither
     /// starts nor ends the document. It reads for as long as the stream answers 0, even when no
     /// bytes come.
+    /// @param stream   read from its current position on
     /// @param release  delete the stream, whatever the result; a call from a callback leaves it to
     ///                 the caller
     /// @return 0, also when the stream ends inside a construct; 2 for null, and when called from a
@@ -203,7 +207,7 @@ public:
     ///               survives `StartParse`, and is copied with the parser
     /// @return 0
     std::uint32_t SetMaxTokenSize(std::uint64_t bytes);
-    std::uint64_t GetMaxTokenSize() const;
+    std::uint64_t GetMaxTokenSize() const;  ///< bytes of the document; 0 for no limit
 
     /// Limits the attributes of a tag or an instruction. One more ends the call with 711, as for
     /// `SetMaxTokenSize`.
@@ -211,7 +215,7 @@ public:
     ///               `StartParse`, and is copied with the parser
     /// @return 0
     std::uint32_t SetMaxAttributes(std::uint64_t count);
-    std::uint64_t GetMaxAttributes() const;
+    std::uint64_t GetMaxAttributes() const;  ///< 0 for no limit
 
     /// Bit 0: the markup may replace a charset that was given or found before.
     /// @return 0
@@ -237,7 +241,7 @@ public:
     /// content.
     /// @return 0; 2 for another value, and nothing changes
     std::uint32_t SetScriptMode(ScriptMode newMode);
-    ScriptMode GetScriptMode() const;
+    ScriptMode GetScriptMode() const;  ///< the mode that was set
 
     /// Line, from 1. Two line breaks in a row, of any kind, count as one (kept).
     /// @param out  not null

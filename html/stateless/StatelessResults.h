@@ -7,7 +7,7 @@ namespace Kestra::HTML {
 /// What the operations of `StatelessHTMLParser` return; a code of a stream or a buffer passes
 /// through unchanged.
 enum StatelessResult : std::uint32_t {
-    STATELESS_OK = 0,
+    STATELESS_OK = 0,  ///< success
     /// A null stream, null data with a size, or called from a callback; internal: the flags keep
     /// the charset.
     STATELESS_INVALID_ARGUMENT = 2,

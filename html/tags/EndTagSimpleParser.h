@@ -12,10 +12,10 @@ namespace Kestra::HTML {
 
 /// The values of `EndTagSimpleParserData::state`.
 enum EndTagState : std::uint32_t {
-    END_TAG_PREFIX = 0,
-    END_TAG_NAME = 1,
-    END_TAG_AFTER_NAME = 2,
-    END_TAG_ATTRIBUTES = 3,
+    END_TAG_PREFIX = 0,             ///< in the white space before the name
+    END_TAG_NAME = 1,               ///< in the name
+    END_TAG_AFTER_NAME = 2,         ///< in the white space after the name
+    END_TAG_ATTRIBUTES = 3,         ///< in an attribute
     END_TAG_END_OF_ATTRIBUTES = 4,  ///< where a tag with attributes and without a closing "/" stays when it is complete
     END_TAG_DECIDE = 5,             ///< what comes next; where any other tag stays
 };
@@ -23,17 +23,17 @@ enum EndTagState : std::uint32_t {
 /// State of one end tag between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::END_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::END_TAG;  ///< by which others hand over to it
 
-    std::uint32_t state = 0;  ///< an EndTagState
-    S prefix;                 ///< white space between "</" and the name
-    S name;                   ///< as written
-    S afterName;              ///< white space after the name
-    S suffix;                 ///< white space after the last attribute
-    Vector<Attribute<C, S>> attributes;
-    bool slashBeforeClose = false;  ///< there was a "/" after the attributes
-    bool closed = true;             ///< false when a "<" ended the tag
-    bool iso2022 = false;           ///< double-quoted values may hold ISO-2022 escape runs
+    std::uint32_t state = 0;             ///< an EndTagState
+    S prefix;                            ///< white space between "</" and the name
+    S name;                              ///< as written
+    S afterName;                         ///< white space after the name
+    S suffix;                            ///< white space after the last attribute
+    Vector<Attribute<C, S>> attributes;  ///< in document order
+    bool slashBeforeClose = false;       ///< there was a "/" after the attributes
+    bool closed = true;                  ///< false when a "<" ended the tag
+    bool iso2022 = false;                ///< double-quoted values may hold ISO-2022 escape runs
 };
 
 /// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place,
@@ -41,7 +41,7 @@ struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API EndTagSimpleParser final : public SimpleParser<C, S, EndTagSimpleParserData<C, S>> {
 public:
-    using Data = EndTagSimpleParserData<C, S>;
+    using Data = EndTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     /// Clears `iso2022` as well, unlike the start tag: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;

@@ -13,7 +13,7 @@ namespace Kestra::HTML {
 /// State of one declaration between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::ENTITY_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::ENTITY_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;           ///< 0 white space, 1 keyword, 2 items
     S prefix;                          ///< white space between "<!" and the keyword
@@ -32,7 +32,7 @@ struct KESTRA_HTML_API EntityTagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API EntityTagSimpleParser final : public SimpleParser<C, S, EntityTagSimpleParserData<C, S>> {
 public:
-    using Data = EntityTagSimpleParserData<C, S>;
+    using Data = EntityTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

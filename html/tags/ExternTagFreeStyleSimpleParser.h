@@ -8,14 +8,14 @@ namespace Kestra::HTML {
 
 /// The values of `ExternTagFreeStyleSimpleParserData::state`.
 enum ExternTagFreeStyleState : std::uint32_t {
-    FREE_STYLE_TEXT = 0,
-    FREE_STYLE_AFTER_SLASH = 1,
-    FREE_STYLE_BLOCK_COMMENT = 2,
-    FREE_STYLE_AFTER_ASTERISK = 3,  ///< in a block comment
-    FREE_STYLE_LINE_COMMENT = 4,
-    FREE_STYLE_SINGLE_QUOTED = 5,
-    FREE_STYLE_DOUBLE_QUOTED = 6,
-    FREE_STYLE_AFTER_QUESTION_MARK = 7,
+    FREE_STYLE_TEXT = 0,                 ///< in the text, outside of everything below
+    FREE_STYLE_AFTER_SLASH = 1,          ///< after a "/", which may open a comment
+    FREE_STYLE_BLOCK_COMMENT = 2,        ///< in a comment that "*/" ends
+    FREE_STYLE_AFTER_ASTERISK = 3,       ///< in a block comment
+    FREE_STYLE_LINE_COMMENT = 4,         ///< in a comment that the line ends
+    FREE_STYLE_SINGLE_QUOTED = 5,        ///< in a string in "'"
+    FREE_STYLE_DOUBLE_QUOTED = 6,        ///< in a string in quotation marks
+    FREE_STYLE_AFTER_QUESTION_MARK = 7,  ///< after a "?", which may belong to "?>"
 };
 
 /// State of the raw text of one processing instruction between two pieces of input.
@@ -37,7 +37,7 @@ template <typename C, typename S>
 class KESTRA_HTML_API ExternTagFreeStyleSimpleParser final
     : public SimpleParser<C, S, ExternTagFreeStyleSimpleParserData<C, S>> {
 public:
-    using Data = ExternTagFreeStyleSimpleParserData<C, S>;
+    using Data = ExternTagFreeStyleSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -14,7 +14,7 @@ namespace Kestra::HTML {
 /// State of one processing instruction between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::EXTERN_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::EXTERN_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;  ///< 0 white space, 1 target, 2 attributes, 3 expecting "?", 4 free style, 5 expecting ">"
     bool freeStyle = false;   ///< read as raw text: `text` has all of it
@@ -36,7 +36,7 @@ struct KESTRA_HTML_API ExternTagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API ExternTagSimpleParser final : public SimpleParser<C, S, ExternTagSimpleParserData<C, S>> {
 public:
-    using Data = ExternTagSimpleParserData<C, S>;
+    using Data = ExternTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

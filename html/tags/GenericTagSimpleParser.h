@@ -9,7 +9,7 @@ namespace Kestra::HTML {
 /// State of one decision between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API GenericTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::GENERIC_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::GENERIC_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;     ///< 0 first character after "<", 1 after "<!", 2 after "<!-", 3 keyword after "<!["
     std::uint32_t reserved = 0;  ///< always 0
@@ -24,7 +24,7 @@ struct KESTRA_HTML_API GenericTagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API GenericTagSimpleParser final : public SimpleParser<C, S, GenericTagSimpleParserData<C, S>> {
 public:
-    using Data = GenericTagSimpleParserData<C, S>;
+    using Data = GenericTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -7,7 +7,7 @@ namespace Kestra::HTML {
 /// The name gathered so far, and where it stops.
 template <typename C, typename S>
 struct KESTRA_HTML_API IdentifierSimpleParserData : SimpleParserData<C, S> {
-    S text;
+    S text;                          ///< the name so far
     bool attributeNameMode = false;  ///< false: tag name; true: attribute name, to which "<", "[" and "]" belong
 };
 
@@ -16,7 +16,7 @@ struct KESTRA_HTML_API IdentifierSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API IdentifierSimpleParser final : public SimpleParser<C, S, IdentifierSimpleParserData<C, S>> {
 public:
-    using Data = IdentifierSimpleParserData<C, S>;
+    using Data = IdentifierSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -12,9 +12,9 @@ namespace Kestra::HTML {
 
 /// The values of `StartTagSimpleParserData::state`.
 enum StartTagState : std::uint32_t {
-    START_TAG_PREFIX = 0,
-    START_TAG_NAME = 1,
-    START_TAG_ATTRIBUTES = 2,
+    START_TAG_PREFIX = 0,             ///< in the white space before the name
+    START_TAG_NAME = 1,               ///< in the name
+    START_TAG_ATTRIBUTES = 2,         ///< in an attribute
     START_TAG_END_OF_ATTRIBUTES = 3,  ///< where a tag without a closing "/" stays when it is complete
     START_TAG_AFTER_SLASH = 4,        ///< where a tag stays that has a "/" after its attributes
 };
@@ -22,7 +22,7 @@ enum StartTagState : std::uint32_t {
 /// State of one start tag between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API StartTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::START_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::START_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;             ///< a StartTagState
     S prefix;                            ///< white space between "<" and the name
@@ -42,7 +42,7 @@ struct KESTRA_HTML_API StartTagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API StartTagSimpleParser final : public SimpleParser<C, S, StartTagSimpleParserData<C, S>> {
 public:
-    using Data = StartTagSimpleParserData<C, S>;
+    using Data = StartTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -24,7 +24,7 @@ struct KESTRA_HTML_API TokenSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API TokenSimpleParser final : public SimpleParser<C, S, TokenSimpleParserData<C, S>> {
 public:
-    using Data = TokenSimpleParserData<C, S>;
+    using Data = TokenSimpleParserData<C, S>;  ///< its state between two pieces
 
     /// Clears `iso2022` as well: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;

@@ -9,7 +9,7 @@ namespace Kestra::HTML {
 /// State of one script block comment between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API CCommentSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::C_COMMENT;
+    static constexpr WideStringView PARSER_NAME = ParserNames::C_COMMENT;  ///< by which others hand over to it
 
     std::uint32_t state = 0;    ///< 0 in the body, 2 "*" pending; a pending "*" is not yet in `text`
     S text;                     ///< the body between the delimiters
@@ -22,7 +22,7 @@ struct KESTRA_HTML_API CCommentSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API CCommentSimpleParser final : public SimpleParser<C, S, CCommentSimpleParserData<C, S>> {
 public:
-    using Data = CCommentSimpleParserData<C, S>;
+    using Data = CCommentSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

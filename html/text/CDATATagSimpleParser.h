@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// State of one CDATA section between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API CDATATagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::CDATA_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::CDATA_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;  ///< 0 in the body, 1 "]" pending, 2 "]]" pending; pending brackets are not yet in `text`
     S keyword;                ///< the word after "<![" as written; the owner sets it after `BeginParse`
@@ -23,7 +23,7 @@ struct KESTRA_HTML_API CDATATagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API CDATATagSimpleParser final : public SimpleParser<C, S, CDATATagSimpleParserData<C, S>> {
 public:
-    using Data = CDATATagSimpleParserData<C, S>;
+    using Data = CDATATagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -9,7 +9,7 @@ namespace Kestra::HTML {
 /// State of one script line comment between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API CPPCommentSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::CPP_COMMENT;
+    static constexpr WideStringView PARSER_NAME = ParserNames::CPP_COMMENT;  ///< by which others hand over to it
 
     std::uint32_t state = 0;    ///< 0 in the body, 1 after a "<" whose construct is not yet known
     S text;                     ///< the body, from after "//" on, without the line feed
@@ -24,7 +24,7 @@ struct KESTRA_HTML_API CPPCommentSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API CPPCommentSimpleParser final : public SimpleParser<C, S, CPPCommentSimpleParserData<C, S>> {
 public:
-    using Data = CPPCommentSimpleParserData<C, S>;
+    using Data = CPPCommentSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

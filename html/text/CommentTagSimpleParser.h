@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// State of one markup comment between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API CommentTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::COMMENT_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::COMMENT_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;  ///< 0 in the body, 1 "-" pending, 2 "--" pending; pending hyphens are not yet in `text`
     S text;                   ///< the body between "<!--" and "-->"
@@ -19,7 +19,7 @@ struct KESTRA_HTML_API CommentTagSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API CommentTagSimpleParser final : public SimpleParser<C, S, CommentTagSimpleParserData<C, S>> {
 public:
-    using Data = CommentTagSimpleParserData<C, S>;
+    using Data = CommentTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// State of one conditional section marker between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API ConditionalTagSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::CONDITIONAL_TAG;
+    static constexpr WideStringView PARSER_NAME = ParserNames::CONDITIONAL_TAG;  ///< by which others hand over to it
 
     std::uint32_t state = 0;    ///< 0 before the "]", 1 after it
     S keyword;                  ///< "if" or "endif" as written; the owner sets it after `BeginParse`
@@ -24,7 +24,7 @@ template <typename C, typename S>
 class KESTRA_HTML_API ConditionalTagSimpleParser final
     : public SimpleParser<C, S, ConditionalTagSimpleParserData<C, S>> {
 public:
-    using Data = ConditionalTagSimpleParserData<C, S>;
+    using Data = ConditionalTagSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

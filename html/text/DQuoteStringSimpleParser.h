@@ -9,7 +9,7 @@ namespace Kestra::HTML {
 /// State of one double-quoted string between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API DQuoteStringSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::D_QUOTE_STRING;
+    static constexpr WideStringView PARSER_NAME = ParserNames::D_QUOTE_STRING;  ///< by which others hand over to it
 
     std::uint32_t state = 0;  ///< 0 in the string, 1 inside an ISO-2022 escape run
     S text;                   ///< the content without its quotes, escapes as written
@@ -23,7 +23,7 @@ struct KESTRA_HTML_API DQuoteStringSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API DQuoteStringSimpleParser final : public SimpleParser<C, S, DQuoteStringSimpleParserData<C, S>> {
 public:
-    using Data = DQuoteStringSimpleParserData<C, S>;
+    using Data = DQuoteStringSimpleParserData<C, S>;  ///< its state between two pieces
 
     /// Clears both flags as well: the owner sets them afterwards.
     std::uint32_t BeginParse(Data* data) override;

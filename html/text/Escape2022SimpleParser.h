@@ -22,7 +22,7 @@ struct KESTRA_HTML_API Escape2022SimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API Escape2022SimpleParser final : public SimpleParser<C, S, Escape2022SimpleParserData<C, S>> {
 public:
-    using Data = Escape2022SimpleParserData<C, S>;
+    using Data = Escape2022SimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// State of one script regular expression between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API JSRegExSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::JS_REG_EX;
+    static constexpr WideStringView PARSER_NAME = ParserNames::JS_REG_EX;  ///< by which others hand over to it
 
     S text;            ///< the expression from its opening "/" on
     C lastChar = '*';  ///< the previous content character, "*" after an escaped pair; used only with `allowEscapes`
@@ -21,7 +21,7 @@ struct KESTRA_HTML_API JSRegExSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API JSRegExSimpleParser final : public SimpleParser<C, S, JSRegExSimpleParserData<C, S>> {
 public:
-    using Data = JSRegExSimpleParserData<C, S>;
+    using Data = JSRegExSimpleParserData<C, S>;  ///< its state between two pieces
 
     /// Puts the "/" into `text` and clears `allowEscapes`: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;

@@ -11,16 +11,16 @@ namespace Kestra::HTML {
 /// character in memory order.
 template <typename C, typename S>
 struct KESTRA_HTML_API JunkSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::JUNK;
+    static constexpr WideStringView PARSER_NAME = ParserNames::JUNK;  ///< by which others hand over to it
 
-    std::string text;
+    std::string text;  ///< bytes, two for each character of the wide flavour
 };
 
 /// Reads what fits no construct, up to the next "<". Never fails.
 template <typename C, typename S>
 class KESTRA_HTML_API JunkSimpleParser final : public SimpleParser<C, S, JunkSimpleParserData<C, S>> {
 public:
-    using Data = JunkSimpleParserData<C, S>;
+    using Data = JunkSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

@@ -8,7 +8,7 @@ namespace Kestra::HTML {
 /// State of one single-quoted string between two pieces of input.
 template <typename C, typename S>
 struct KESTRA_HTML_API SQuoteStringSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::S_QUOTE_STRING;
+    static constexpr WideStringView PARSER_NAME = ParserNames::S_QUOTE_STRING;  ///< by which others hand over to it
 
     S text;            ///< the content without its quotes, escapes as written
     C lastChar = '*';  ///< the previous content character, "*" after an escaped pair; used only with `allowEscapes`
@@ -20,7 +20,7 @@ struct KESTRA_HTML_API SQuoteStringSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API SQuoteStringSimpleParser final : public SimpleParser<C, S, SQuoteStringSimpleParserData<C, S>> {
 public:
-    using Data = SQuoteStringSimpleParserData<C, S>;
+    using Data = SQuoteStringSimpleParserData<C, S>;  ///< its state between two pieces
 
     /// Clears `allowEscapes` as well: the owner sets it afterwards.
     std::uint32_t BeginParse(Data* data) override;

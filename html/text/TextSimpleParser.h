@@ -10,13 +10,13 @@ namespace Kestra::HTML {
 /// every `Parse`.
 template <typename C, typename S>
 struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
-    static constexpr WideStringView PARSER_NAME = ParserNames::TEXT;
+    static constexpr WideStringView PARSER_NAME = ParserNames::TEXT;  ///< by which others hand over to it
 
     std::uint32_t state = 0;       ///< 0 text, 1 a "/" is consumed and not yet judged, 2 inside an ISO-2022 escape run
     bool allowCComment = false;    ///< "/*" starts a script block comment
     bool allowCPPComment = false;  ///< "//" starts a script line comment
-    bool allowSQuoteString = false;
-    bool allowDQuoteString = false;
+    bool allowSQuoteString = false;  ///< "'" starts a script string
+    bool allowDQuoteString = false;  ///< a quotation mark starts a script string
     /// A "/" that opens no comment starts a regular expression. It stops text only where comments
     /// are allowed too.
     bool allowJSRegEx = false;
@@ -31,7 +31,7 @@ struct KESTRA_HTML_API TextSimpleParserData : SimpleParserData<C, S> {
 template <typename C, typename S>
 class KESTRA_HTML_API TextSimpleParser final : public SimpleParser<C, S, TextSimpleParserData<C, S>> {
 public:
-    using Data = TextSimpleParserData<C, S>;
+    using Data = TextSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

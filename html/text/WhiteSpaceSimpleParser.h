@@ -7,14 +7,14 @@ namespace Kestra::HTML {
 /// The white space gathered so far.
 template <typename C, typename S>
 struct KESTRA_HTML_API WhiteSpaceSimpleParserData : SimpleParserData<C, S> {
-    S text;
+    S text;  ///< as written
 };
 
 /// Reads a run of white space, which may be empty. Never fails.
 template <typename C, typename S>
 class KESTRA_HTML_API WhiteSpaceSimpleParser final : public SimpleParser<C, S, WhiteSpaceSimpleParserData<C, S>> {
 public:
-    using Data = WhiteSpaceSimpleParserData<C, S>;
+    using Data = WhiteSpaceSimpleParserData<C, S>;  ///< its state between two pieces
 
     std::uint32_t BeginParse(Data* data) override;
 

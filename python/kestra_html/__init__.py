@@ -23,8 +23,8 @@ from urllib.parse import urljoin
 
 from . import _native
 
-__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place", "Token", "Tokens", "check",
-           "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
+__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place", "Token", "Tokens",
+           "check", "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
 __version__ = _native.version()
 
 DETECTED = (0,)

@@ -21,7 +21,8 @@ FILES = 6
 
 def make_record(content, kind="response", length=None):
     length = len(content) if length is None else length
-    head = f"WARC/1.0\r\nWARC-Type: {kind}\r\nWARC-Target-URI: http://example.org/a/\r\nContent-Length: {length}\r\n\r\n"
+    head = (f"WARC/1.0\r\nWARC-Type: {kind}\r\nWARC-Target-URI: http://example.org/a/\r\n"
+            f"Content-Length: {length}\r\n\r\n")
     return head.encode("latin-1") + content + b"\r\n\r\n"
 
 
@@ -56,9 +57,11 @@ def test_a_page(tmp_path):
 
 @pytest.mark.parametrize("address", ["http://a.example/b/c?d", "https://u@A.example:81/", "http://[::1]/", "urn:x", ""])
 @pytest.mark.parametrize("link", [
-    "", "e", "/e", "//f.example/g", "?h", "#i", "../j", "mailto:k@l.example", "HTTP://M.example/n", "http://o.example:80",
+    "", "e", "/e", "//f.example/g", "?h", "#i", "../j", "mailto:k@l.example", "HTTP://M.example/n",
+    "http://o.example:80",
     "https://p@q.example?r//s", "http:t", "http:/u", "http:///v", "http://[", "http://[::2]/", "http://w\n.example/",
-    " http://x.example/", "javascript:void(0)", "y//z", "\\\\a.example", "http://\u2100.example/", "http://b.example#//c/",
+    " http://x.example/", "javascript:void(0)", "y//z", "\\\\a.example", "http://\u2100.example/",
+    "http://b.example#//c/",
 ])
 def test_hosts_are_those_of_joined_addresses(address, link):
     try:
@@ -107,8 +110,8 @@ def test_what_cannot_be_read(tmp_path, spoil, message):
 
 
 def run(*arguments):
-    return subprocess.run([sys.executable, ROOT / "examples/crawl/crawl.py", *arguments], capture_output=True, text=True,
-                          timeout=120)
+    return subprocess.run([sys.executable, ROOT / "examples/crawl/crawl.py", *arguments], capture_output=True,
+                          text=True, timeout=120)
 
 
 def test_the_program_goes_on_after_a_file_that_is_missing(files):

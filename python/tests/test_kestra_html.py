@@ -63,7 +63,8 @@ class Reader:
         self.read = lambda: content
 
 
-@pytest.mark.parametrize("content", [PAGE, bytearray(PAGE), memoryview(PAGE)], ids=lambda content: type(content).__name__)
+@pytest.mark.parametrize("content", [PAGE, bytearray(PAGE), memoryview(PAGE)],
+                         ids=lambda content: type(content).__name__)
 def test_whatever_has_read(content):
     assert b"".join(token.raw for token in kestra_html.tokens(Reader(content))) == PAGE
 
@@ -338,8 +339,8 @@ def test_pieces_that_declare_a_charset(page, text, charset):
     for cut in range(len(page)):
         parser = kestra_html.Parser()
         parts = parser.feed(page[:cut]), parser.feed(page[cut:]), parser.close()
-        assert b"".join(token.raw for part in parts for token in part) == page.removeprefix(b"\xef\xbb\xbf").removeprefix(
-            b"\xff\xfe")
+        raw = b"".join(token.raw for part in parts for token in part)
+        assert raw == page.removeprefix(b"\xef\xbb\xbf").removeprefix(b"\xff\xfe")
         assert parts[2][-1].text == text
         assert charset in (0, parts[2].charset)
 

@@ -77,7 +77,8 @@ def test_escapes(page, charset):
 
 @pytest.mark.parametrize("charset", ["utf-8", "koi8-r", "shift_jis", "euc-jp", "big5", "gb18030", "euc-kr", "utf-16"])
 def test_charsets_that_are_not_named(charset):
-    texts = {"koi8-r": "Чай с лимоном и пирогом ", "big5": "檸檬茶和蛋糕 ", "gb18030": "柠檬茶和蛋糕 ", "euc-kr": "레몬차와 케이크 "}
+    texts = {"koi8-r": "Чай с лимоном и пирогом ", "big5": "檸檬茶和蛋糕 ", "gb18030": "柠檬茶和蛋糕 ",
+             "euc-kr": "레몬차와 케이크 "}
     text = texts.get(charset, "レモンティーとケーキ ") * 100
     page = f"<p>{text}<a href='a?b&amp;c'><a href='{text[:5]}&amp;'>".encode(charset)
     assert kestra_html.links(page) == links_by_tokens(page)

@@ -55,8 +55,8 @@ def test_the_commands(folder):
     environment = dict(os.environ, PATH=f"{TOOLS}:{pathlib.Path(sys.executable).parent}:{os.environ['PATH']}",
                        PARALLEL_HOME=str(folder))
     with open(folder / "errors", "w+") as errors:
-        shell = subprocess.Popen(["bash", "-c", script], cwd=folder, env=environment, text=True, stdin=subprocess.DEVNULL,
-                                 stdout=open(folder / "output", "w"), stderr=errors, start_new_session=True)
+        shell = subprocess.Popen(["bash", "-c", script], cwd=folder, env=environment, text=True,
+                                 stdin=subprocess.DEVNULL, stdout=open(folder / "output", "w"), stderr=errors, start_new_session=True)
         try:
             status = shell.wait(timeout=100)
         finally:

@@ -35,6 +35,9 @@ struct Seen {
         kestra_html_string decoded{};
         seen->Note(kestra_html_token_decoded_text(token, &decoded));
         seen->bytes += decoded.size;
+        kestra_html_summary summary{};
+        summary.size = sizeof summary;
+        seen->Note(kestra_html_token_summary(token, &summary));
         std::size_t count = 0;
         seen->Note(kestra_html_token_attribute_count(token, &count));
         for (std::size_t i = 0; i < count; ++i) {

@@ -629,6 +629,7 @@ TEST(CParserTest, NullIsAnswered) {
     kestra_html_place place{};
     kestra_html_string string{};
     kestra_html_attribute attribute{};
+    kestra_html_summary summary{};
     kestra_html_attribute_place attributePlace{};
     std::size_t number = 0;
     kestra_html_stream stream{};
@@ -657,6 +658,7 @@ TEST(CParserTest, NullIsAnswered) {
     EXPECT_EQ(kestra_html_token_string(nullptr, 0, &string), bad);
     EXPECT_EQ(kestra_html_token_decoded_text(nullptr, &string), bad);
     EXPECT_EQ(kestra_html_token_attribute_count(nullptr, &number), bad);
+    EXPECT_EQ(kestra_html_token_summary(nullptr, &summary), bad);
     EXPECT_EQ(kestra_html_token_attribute(nullptr, 0, &attribute), bad);
     EXPECT_EQ(kestra_html_token_decoded_value(nullptr, 0, &string), bad);
     EXPECT_EQ(kestra_html_token_attribute_place(nullptr, 0, &attributePlace), bad);
@@ -667,6 +669,8 @@ TEST(CParserTest, NullIsAnswered) {
         EXPECT_EQ(kestra_html_token_string(token, 6, &string), bad);
         EXPECT_EQ(kestra_html_token_decoded_text(token, nullptr), bad);
         EXPECT_EQ(kestra_html_token_attribute_count(token, nullptr), bad);
+        EXPECT_EQ(kestra_html_token_summary(token, nullptr), bad);
+        EXPECT_EQ(kestra_html_token_summary(token, &summary), bad);  // no size
         EXPECT_EQ(kestra_html_token_attribute(token, 0, nullptr), bad);
         EXPECT_EQ(kestra_html_token_attribute(token, 0, &attribute), bad);  // no size
         attribute.size = sizeof attribute;
@@ -680,6 +684,21 @@ TEST(CParserTest, NullIsAnswered) {
         return 0U;
     };
     EXPECT_EQ(ForEachToken("<a b=c>", KESTRA_HTML_UTF8, check), 0U);
+}
+
+TEST(CParserTest, ASmallerSummaryIsFilledAsFarAsItGoes) {
+    const auto check = [](const kestra_html_token* token) {
+        kestra_html_summary summary{};
+        summary.size = offsetof(kestra_html_summary, text);
+        summary.attribute_count = 99;
+        EXPECT_EQ(kestra_html_token_summary(token, &summary), 0U);
+        EXPECT_EQ(summary.kind, KESTRA_HTML_START_TAG);
+        EXPECT_EQ(std::string(static_cast<const char*>(summary.name.data), summary.name.size), "a");
+        EXPECT_EQ(summary.text.data, nullptr);
+        EXPECT_EQ(summary.attribute_count, 99U);
+        return 0U;
+    };
+    EXPECT_EQ(ForEachToken("<a b=c>", KESTRA_HTML_BYTES, check), 0U);
 }
 
 TEST(CParserTest, ASmallerAttributeIsFilledAsFarAsItGoes) {

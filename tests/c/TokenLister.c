@@ -170,10 +170,37 @@ static void append_flags(token_list *list, uint32_t kind, uint32_t flags) {
         append_word(list, ", open");
 }
 
+static int is_part(const kestra_html_token *token, uint32_t part, const kestra_html_string *expected) {
+    kestra_html_string string = {"", 0};
+    return kestra_html_token_string(token, part, &string) == KESTRA_HTML_OK && string.size == expected->size &&
+           memcmp(string.data, expected->data, string.size) == 0;
+}
+
+/* The summary says what the calls say one by one. */
+static void check_summary(token_list *list, const kestra_html_token *token) {
+    kestra_html_summary summary;
+    size_t count = 0;
+    uint32_t result;
+    memset(&summary, 0xFF, sizeof summary);
+    summary.size = sizeof summary;
+    result = kestra_html_token_summary(token, &summary);
+    if (result != KESTRA_HTML_OK) {
+        kestra_html_string text;
+        if (result != kestra_html_token_string(token, KESTRA_HTML_PART_TEXT, &text) || summary.reserved == 0)
+            append_word(list, "the summary fails");
+        return;
+    }
+    if (summary.size != sizeof summary || summary.reserved != 0 || summary.kind != kestra_html_token_kind(token) ||
+        kestra_html_token_attribute_count(token, &count) != KESTRA_HTML_OK || summary.attribute_count != count ||
+        !is_part(token, KESTRA_HTML_PART_NAME, &summary.name) || !is_part(token, KESTRA_HTML_PART_TEXT, &summary.text))
+        append_word(list, "the summary differs");
+}
+
 uint32_t list_token(void *user, const kestra_html_token *token) {
     token_list *const list = (token_list *)user;
     const uint32_t kind = kestra_html_token_kind(token);
     const uint32_t flags = kestra_html_token_flags(token);
+    check_summary(list, token);
     append_layout(list, token, get_layout(kind, flags));
     append_flags(list, kind, flags);
     append_word(list, ")\n");

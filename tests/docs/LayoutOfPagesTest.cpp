@@ -42,7 +42,8 @@ private:
 
 std::vector<std::filesystem::path> ListPages() {
     const std::filesystem::path root = KESTRA_PROJECT;
-    std::vector<std::filesystem::path> pages = {root / "README.md", root / "CONTRIBUTING.md", root / "CHANGELOG.md"};
+    std::vector<std::filesystem::path> pages = {root / "README.md", root / "CONTRIBUTING.md", root / "CHANGELOG.md",
+                                                root / "SECURITY.md"};
     for (const auto& entry : std::filesystem::directory_iterator(KESTRA_DOCS)) {
         if (entry.path().extension() == ".md")
             pages.push_back(entry.path());

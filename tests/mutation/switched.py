@@ -1,13 +1,16 @@
-"""One-line faults, and sources in which each can be switched on by the environment variable KESTRA_FAULT.
+"""One-line faults, and sources in which each can be switched on by the environment variable
+KESTRA_FAULT.
 
-A fault is a line of a source and what replaces it. For a switch both are put into one line, so that one build has all faults and
-the lines keep their numbers.
+A fault is a line of a source and what replaces it. For a switch both are put into one line, so that
+one build has all faults and the lines keep their numbers.
 """
 
 import re
 from dataclasses import dataclass
 
-DECLARATION = re.compile(r"^(?P<head>(?:const |constexpr |static )*[\w:]+(?:<[^;=]*>)?(?: const)?[ *&]+(?:const )?\w+ = )(?P<value>.+);$")
+DECLARATION = re.compile(
+    r"^(?P<head>(?:const |constexpr |static )*[\w:]+(?:<[^;=]*>)?(?: const)?[ *&]+(?:const )?\w+ = )(?P<value>.+);$"
+)
 NOT_A_TYPE = re.compile(r"^(return|delete|throw|using|goto|else|case)\b")
 
 
@@ -36,7 +39,8 @@ def read_faults(path):
 
 
 def find_line(lines, fault):
-    """The index of the line that the fault changes: of those with its text the one nearest to its place; None when there is none."""
+    """The index of the line that the fault changes: of those with its text the one nearest to its
+    place; None when there is none."""
     places = [i for i, line in enumerate(lines) if line.strip() == fault.before]
     return min(places, key=lambda i: abs(i + 1 - fault.line), default=None)
 
@@ -80,7 +84,12 @@ def switch(before, after, number):
 
 PROLOGUE = """#ifndef KESTRA_FAULT
 #include <cstdlib>
-namespace Kestra { inline const int chosenFault = [] { const char* const number = std::getenv("KESTRA_FAULT"); return number == nullptr ? 0 : std::atoi(number); }(); }
+namespace Kestra {
+inline const int chosenFault = [] {
+    const char* const number = std::getenv("KESTRA_FAULT");
+    return number == nullptr ? 0 : std::atoi(number);
+}();
+}
 #define KESTRA_FAULT(number) (::Kestra::chosenFault == (number))
 #endif
 #line 1
@@ -88,7 +97,8 @@ namespace Kestra { inline const int chosenFault = [] { const char* const number 
 
 
 def switch_source(text, faults):
-    """The source with a switch for each fault; the faults that were found in it. Of two on one line the second waits for another build."""
+    """The source with a switch for each fault; the faults that were found in it. Of two on one line
+    the second waits for another build."""
     lines = text.split("\n")
     taken = {}
     for fault in faults:

@@ -25,8 +25,11 @@ cd "$prefix"
 find . ! -type d ! -path './include/kestra/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
 {
     cat "$list"
-    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md docs examples/c examples/crawl examples/links examples/pages examples/rewrite -type f | sed "s,^,$documents/,")
-} | LC_ALL=C sort | diff - "$list.found" || complain "the package does not hold what is listed (<: missing, >: unexpected)"
+    (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md docs \
+        examples/c examples/crawl examples/links examples/pages examples/rewrite -type f |
+        sed "s,^,$documents/,")
+} | LC_ALL=C sort | diff - "$list.found" ||
+    complain "the package has not what is listed (<: missing, >: unexpected)"
 
 headers=$(find include/kestra -name '*.h')
 [ "$(echo "$headers" | wc -l)" -gt 40 ] || complain "only these headers were found:" $headers
@@ -40,7 +43,8 @@ pages=$(find "$documents" -name '*.md')
 links=0
 for page in $pages; do
     # Not in blocks of code, where "](" may begin a lambda.
-    for target in $(sed '/^```/,/^```/d' "$page" | grep -o '](\([^)]*\))' | sed 's/^](//; s/)$//; s/#.*//' | grep -v '^[a-z]*:' | sort -u); do
+    for target in $(sed '/^```/,/^```/d' "$page" | grep -o '](\([^)]*\))' |
+        sed 's/^](//; s/)$//; s/#.*//' | grep -v '^[a-z]*:' | sort -u); do
         links=$((links + 1))
         [ -e "$(dirname "$page")/$target" ] || complain "$page links to $target, which is missing"
     done

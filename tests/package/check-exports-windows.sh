@@ -18,9 +18,12 @@ done
 
 # The table of names; an export by number alone would be missing in it.
 tables=$("$OBJDUMP" -p "$library")
-names=$(echo "$tables" | awk '/^\[Ordinal\/Name Pointer\] Table/ { inside = 1; next } inside && NF == 0 { exit } inside { print $NF }')
+names=$(echo "$tables" | awk '/^\[Ordinal\/Name Pointer\] Table/ { inside = 1; next }
+    inside && NF == 0 { exit }
+    inside { print $NF }')
 count=$(echo "$tables" | sed -n 's/^\tExport Address Table[ \t]*\([0-9a-f]*\)$/\1/p' | head -n 1)
-[ "$((0x$count))" -eq "$(echo "$names" | wc -l)" ] || complain "$((0x$count)) exports have $(echo "$names" | wc -l) names"
+[ "$((0x$count))" -eq "$(echo "$names" | wc -l)" ] ||
+    complain "$((0x$count)) exports have $(echo "$names" | wc -l) names"
 
 symbols=$(echo "$names" | "$CXXFILT" | sed 's/^/T /')
 check_exports "$prefix/include/kestra" "$user" wchar_t <<SYMBOLS

@@ -44,7 +44,8 @@ check_version() {
     resource=$("$WINDRES" -J coff -O rc "$image" 2>&1) || complain "no resource: $resource"
     numbers=$(echo "$version" | sed 's/\./, /g'),
     numbers="$numbers 0"
-    for line in "FILEVERSION $numbers" "PRODUCTVERSION $numbers" "FILETYPE $type" "VALUE \"FileVersion\", \"$version\"" \
+    for line in "FILEVERSION $numbers" "PRODUCTVERSION $numbers" "FILETYPE $type" \
+        "VALUE \"FileVersion\", \"$version\"" \
         "VALUE \"ProductVersion\", \"$version\"" "VALUE \"OriginalFilename\", \"$(basename "$image")\""; do
         echo "$resource" | sed 's/^ *//' | grep -qxF "$line" || complain "no $line in its version resource"
     done

@@ -24,11 +24,13 @@ static uint32_t on_token(void *user, const kestra_html_token *token) {
     size_t index;
     if (kestra_html_token_kind(token) == KESTRA_HTML_START_TAG) {
         kestra_html_attribute attribute = {.size = sizeof(kestra_html_attribute)};
+        kestra_html_summary summary = {.size = sizeof summary};
         kestra_html_attribute_place attribute_place;
         CHECK(kestra_html_token_flags(token) == KESTRA_HTML_CLOSED);
         CHECK(kestra_html_token_place(token, &place) == 0 && place.end == 17);
         CHECK(kestra_html_token_string(token, KESTRA_HTML_PART_NAME, &string) == 0 && is_text(string, "a"));
         CHECK(kestra_html_token_attribute_count(token, &index) == 0 && index == 1);
+        CHECK(kestra_html_token_summary(token, &summary) == 0 && is_text(summary.name, "a"));
         CHECK(kestra_html_token_find_attribute(token, "href", 4, &index) == 0 && index == 0);
         CHECK(kestra_html_token_attribute(token, 0, &attribute) == 0 && is_text(attribute.value, "x&amp;"));
         CHECK(kestra_html_token_decoded_value(token, 0, &string) == 0 && is_text(string, "x&"));
