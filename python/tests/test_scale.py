@@ -56,7 +56,8 @@ def test_the_commands(folder):
                        PARALLEL_HOME=str(folder))
     with open(folder / "errors", "w+") as errors:
         shell = subprocess.Popen(["bash", "-c", script], cwd=folder, env=environment, text=True,
-                                 stdin=subprocess.DEVNULL, stdout=open(folder / "output", "w"), stderr=errors, start_new_session=True)
+                                 stdin=subprocess.DEVNULL, stdout=open(folder / "output", "w"), stderr=errors,
+                                 start_new_session=True)
         try:
             status = shell.wait(timeout=100)
         finally:
