@@ -23,10 +23,9 @@ FUZZ_SECONDS ?= 3600
 
 PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
 
-.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy docs check-docs pictures clean
 LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
 
-.PHONY: help run test test-windows test-python test-memory bench bench-builds bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
+.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -37,7 +36,6 @@ help:
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-python   compare the Python module with other parsers, links found from bytes'
-	@echo 'make bench-hostile  the speed for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make bench-builds   the last part of it alone: the library as a distribution builds it beside that of the release'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make compare-scripts  compare where tags lie around scripts as text with another tokenizer, over real pages'
