@@ -21,19 +21,23 @@ OPTIMIZED_TESTS = optimized,enumerated,random,memory,bench,package
 CORPUS ?= cppreference-doc-en-html python3.11-doc debian-policy installation-guide-amd64
 FUZZ_SECONDS ?= 3600
 
+PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
+
 LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
 
-.PHONY: help run test test-windows test-python test-memory bench bench-builds bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
+.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
 	@echo 'make test           build with sanitizers, run all tests; those of whole documents and the package in the release too'
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
 	@echo 'make test-python    build the Python module and run its tests'
+	@echo 'make test-python-sanitized  the same with the address sanitizer'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
-	@echo 'make bench-builds   the last part of it alone: the library as a distribution builds it beside that of the release'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
+	@echo 'make bench-python   compare the Python module with other parsers, links found from bytes'
+	@echo 'make bench-builds   the last part of it alone: the library as a distribution builds it beside that of the release'
 	@echo 'make compare-scripts  compare where tags lie around scripts as text with another tokenizer, over real pages'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
@@ -84,9 +88,18 @@ test-windows:
 test-python:
 	@setup/install build python
 	cmake --preset release -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
-	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python
-	PYTHONPATH=build/release/python /usr/bin/python3 -m pytest -q -p no:cacheprovider \
-	    --doctest-glob='*.md' python/tests docs/python.md docs/moving
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python kestra-html-tool
+	@KESTRA_BUILD_FOLDER=build/release /usr/bin/python3 python/run-tests build/release/python $(PYTHON_TESTS)
+
+# What leaks at the end of Python is Python's: it frees neither its modules nor their classes.
+# `test-python` looks at the memory of 100,000 pages.
+test-python-sanitized:
+	@setup/install build python
+	cmake --preset sanitize -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
+	cmake --build --preset sanitize --parallel $(JOBS) --target kestra-html-python kestra-html-tool
+	@KESTRA_BUILD_FOLDER=build/sanitize LD_PRELOAD="$$($(CXX) -print-file-name=libasan.so) $$($(CXX) -print-file-name=libstdc++.so)" \
+	    PYTHONMALLOC=malloc ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
+	    /usr/bin/python3 python/run-tests build/sanitize/python $(PYTHON_TESTS)
 
 test-memory:
 	@setup/install build
@@ -119,6 +132,14 @@ bench-builds: distribution-build
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@bench/compare-builds build/release/bin/kestra-bench build/bench \
 	    '^(web|wiki|large)/document/(8bit|16bit|8bit-wide-utf8)/buffer/(16K|whole)$$' build/release/lib build/distribution/lib
+
+bench-python:
+	@setup/install build python bench bench-python
+	setup/bench-corpora build/bench
+	python/bench/asian-pages build/bench
+	cmake --preset release -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python
+	@PYTHONPATH=build/release/python /usr/bin/python3 python/bench/links.py build/bench
 
 # Memory is kept once it is there: getting it from the system takes longer than most of these
 # inputs, and not in proportion to their size.

@@ -1,5 +1,10 @@
-"""Builds the module by CMake; everything else is in pyproject.toml."""
+"""Builds the module by CMake; everything else is in pyproject.toml.
 
+KESTRA_BUILD_FOLDER names a folder of CMake that is configured with -DKESTRA_BUILD_PYTHON=ON: the
+module is then built there, with its options.
+"""
+
+import os
 import pathlib
 import subprocess
 import sys
@@ -13,15 +18,20 @@ ROOT = pathlib.Path(__file__).resolve().parent
 class BuildByCMake(build_ext):
     def build_extension(self, extension):
         target = pathlib.Path(self.get_ext_fullpath(extension.name)).resolve()
-        build = (pathlib.Path(self.build_temp) / "cmake").resolve()
-        options = ["-DCMAKE_BUILD_TYPE=Release", "-DKESTRA_BUILD_PYTHON=ON", f"-DPython_EXECUTABLE={sys.executable}"]
-        for part in ("TOOLS", "TESTS", "EXAMPLES"):
-            options.append(f"-DKESTRA_BUILD_{part}=OFF")
-        subprocess.run(["cmake", "-S", ROOT, "-B", build, *options], check=True)
+        build = pathlib.Path(os.environ.get("KESTRA_BUILD_FOLDER") or self.configure()).resolve()
         subprocess.run(["cmake", "--build", build, "--target", "kestra-html-python", "--parallel"], check=True)
         target.parent.mkdir(parents=True, exist_ok=True)
         module, = (build / "python" / "kestra_html").glob("_native*")
         self.copy_file(str(module), str(target))
+
+    def configure(self):
+        build = (pathlib.Path(self.build_temp) / "cmake").resolve()
+        options = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_INTERPROCEDURAL_OPTIMIZATION=ON", "-DKESTRA_BUILD_PYTHON=ON",
+                   f"-DPython_EXECUTABLE={sys.executable}"]
+        for part in ("TOOLS", "TESTS", "EXAMPLES"):
+            options.append(f"-DKESTRA_BUILD_{part}=OFF")
+        subprocess.run(["cmake", "-S", ROOT, "-B", build, *options], check=True)
+        return build
 
 
 setup(ext_modules=[Extension("kestra_html._native", [])], cmdclass={"build_ext": BuildByCMake})

@@ -14,6 +14,7 @@ import collections
 import dataclasses
 import gzip
 import json
+import re
 import sys
 import urllib.parse
 import zlib
@@ -21,6 +22,8 @@ import zlib
 import kestra_html
 
 LONGEST_TOKEN = 1 << 20  # bytes: a poisoned page costs no more than that
+LONGEST_RECORD = 64 << 20  # bytes that are kept in memory; what is longer is passed over
+TOO_LONG = "too long"  # the result of a page in such a record
 PAGE_TYPES = ("text/html", "application/xhtml+xml")
 READ_SIZE = 1 << 16
 
@@ -57,8 +60,16 @@ def read_headers(stream):
     return first.strip(), headers
 
 
+def skip(stream, length):
+    """Reads bytes without keeping them. Returns how many there were."""
+    left = length
+    while left > 0 and (piece := stream.read(min(left, READ_SIZE))):
+        left -= len(piece)
+    return length - left
+
+
 def read_records(stream):
-    """The headers and the content of each record."""
+    """The headers and the content of each record; of one that is too long only its beginning."""
     while True:
         version, headers = read_headers(stream)
         if not version and not headers:
@@ -66,11 +77,13 @@ def read_records(stream):
         if not version.startswith(b"WARC/"):
             raise BadRecord(f"a record begins with {version[:20]!r}")
         length = headers.get("content-length", "")
-        if not length.isdigit():
-            raise BadRecord(f"a record has the length {length!r}")
-        content = stream.read(int(length))
-        if len(content) < int(length):
-            raise BadRecord(f"a record of {length} bytes ends after {len(content)}")
+        if not (length.isascii() and length.isdigit() and len(length) < 20):
+            raise BadRecord(f"a record has the length {length[:20]!r}")
+        kept = int(length) if int(length) <= LONGEST_RECORD else READ_SIZE
+        content = stream.read(kept)
+        size = len(content) + skip(stream, int(length) - kept)
+        if size < int(length):
+            raise BadRecord(f"a record of {length} bytes ends after {size}")
         if stream.readline(READ_SIZE).strip() or stream.readline(READ_SIZE).strip():
             raise BadRecord(f"a record of {length} bytes goes on after them")
         yield headers, content
@@ -104,14 +117,36 @@ def count_page(page, address):
         return counts
     counts.charsets[charset.name or "unknown"] += 1
     counts.links = len(links)
+    known = {}
     for link in links:
-        counts.hosts[find_host(address, link)] += 1
+        counts.hosts[find_host(address, link, known)] += 1
     return counts
 
 
-def find_host(address, link):
+ORIGIN = re.compile(r"https?://[^/?#]+", re.IGNORECASE)
+
+
+def find_host_of_address(address, known):
+    if address not in known:
+        try:
+            known[address] = urllib.parse.urlsplit(address).hostname or ""
+        except ValueError:
+            known[address] = ""
+    return known[address]
+
+
+def find_host(address, link, known):
+    """Where a link of a page leads to. Most links need not be joined to the address for that.
+
+    `known` is a dictionary in which hosts that were found are kept.
+    """
+    if origin := ORIGIN.match(link):
+        return find_host_of_address(origin.group(), known)
+    # A link without these stays on the host.
+    if ":" not in link and "//" not in link:
+        return find_host_of_address(address, known)
     try:
-        return urllib.parse.urlsplit(urllib.parse.urljoin(address, link)).hostname or ""
+        return find_host_of_address(urllib.parse.urljoin(address, link), known)
     except ValueError:
         return ""
 
@@ -123,7 +158,9 @@ def count_file(path):
         with gzip.open(path, "rb") as stream:
             for headers, content in read_records(stream):
                 page = find_page(headers, content)
-                if page is not None:
+                if page is not None and int(headers["content-length"]) > LONGEST_RECORD:
+                    counts += Counts(pages=1, results=collections.Counter([TOO_LONG]))
+                elif page is not None:
                     counts += count_page(page, headers.get("warc-target-uri", ""))
     except (OSError, EOFError, zlib.error, BadRecord) as error:
         counts.failures.append(f"{path}: {error}")

@@ -23,8 +23,8 @@ from urllib.parse import urljoin
 
 from . import _native
 
-__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place", "Token", "Tokens", "check",
-           "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
+__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place", "Token", "Tokens",
+           "check", "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
 __version__ = _native.version()
 
 DETECTED = (0,)
@@ -214,7 +214,9 @@ def tokens(data, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_s
 class Parser:
     """Cuts a document that comes in pieces of any size, such as a download.
 
-    The options are those of `tokens`. One thread at a time.
+    The options are those of `tokens`. One thread at a time. With `scripts_as_tokens`, and without a
+    `charset`, a page that declares another one after its first text raises `HtmlError` with 705:
+    begin it again with the charset.
     """
 
     def __init__(self, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_size=0, max_attributes=0):
@@ -251,7 +253,7 @@ def tokens_many(documents, *, threads=1, **options):
     def parse(document):
         try:
             return tokens(document, **options)
-        except (HtmlError, OSError, TypeError) as error:
+        except (HtmlError, OSError, TypeError, ValueError) as error:
             return Failure(error, getattr(error, "result", 0))
 
     with ThreadPoolExecutor(threads) as pool:

@@ -6,7 +6,12 @@ from typing import BinaryIO, NamedTuple, TypeVar, overload
 # What has the buffer protocol, a path, or a binary file.
 Document = bytes | bytearray | memoryview | os.PathLike[str] | os.PathLike[bytes] | BinaryIO
 Charset = int | str
-Edit = tuple[str, str] | tuple[str, str, str] | tuple[str, str, str, str | bool] | tuple[str, Callable[["Element"], object]]
+Edit = (
+    tuple[str, str]
+    | tuple[str, str, str]
+    | tuple[str, str, str, str | bool]
+    | tuple[str, Callable[["Element"], object]]
+)
 T = TypeVar("T")
 
 __version__: str

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "platform/Results.h"
@@ -14,28 +16,38 @@ namespace py = pybind11;
 
 namespace {
 
-constexpr std::size_t READ_SIZE = 65536;  // bytes
+constexpr std::size_t READ_SIZE = 65536;  // bytes, of a file that does not tell its size
 
+/// The size of a file in bytes; 0 when it cannot tell, such as a pipe. A folder tells the largest
+/// number.
+std::size_t GetSize(std::FILE* file) {
+    if (std::fseek(file, 0, SEEK_END) != 0)
+        return 0;
+    const long end = std::ftell(file);
+    std::rewind(file);
+    return end < 0 || end == LONG_MAX ? 0 : static_cast<std::size_t>(end);
+}
+
+/// Reads to where the bytes will stay, in one piece when the file tells its size.
 /// @return 0, or the error of the system
 int ReadFile(const std::string& path, std::string* content) {
-    std::FILE* const file = std::fopen(path.c_str(), "rb");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
     if (file == nullptr)
         return errno;
-    int error = 0;
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    // One more, so that the end is seen without growing.
+    content->resize(GetSize(file.get()) + 1);
     std::size_t size = 0;
-    do {
-        content->resize(size + READ_SIZE);
+    for (;;) {
         errno = 0;
-        const std::size_t count = std::fread(content->data() + size, 1, READ_SIZE, file);
+        const std::size_t count = std::fread(content->data() + size, 1, content->size() - size, file.get());
         size += count;
-        if (count == 0) {
-            error = std::ferror(file) != 0 ? errno : 0;
+        if (size < content->size())
             break;
-        }
-    } while (true);
+        content->resize(size + std::max(size, READ_SIZE));
+    }
     content->resize(size);
-    std::fclose(file);
-    return error;
+    return std::ferror(file.get()) != 0 ? errno : 0;
 }
 
 std::string ReadNamedFile(const py::object& source) {
@@ -78,7 +90,7 @@ std::shared_ptr<const Document> Document::Open(const py::object& source) {
         return std::make_shared<Document>(ReadNamedFile(source));
     if (py::hasattr(source, "read")) {
         const py::object content = source.attr("read")();
-        if (!py::isinstance<py::bytes>(content))
+        if (PyObject_CheckBuffer(content.ptr()) == 0)
             throw py::type_error("read() must answer bytes: open the file in binary mode");
         return Open(content);
     }

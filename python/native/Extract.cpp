@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "html/output/AttributesNormalizer.h"
@@ -18,26 +19,34 @@ using StringNS::CharSet;
 
 constexpr char ESC = 27;
 
-/// Whether bytes mean themselves, whatever the charset, and have no reference.
-bool IsPlain(const std::string& text) {
-    return std::none_of(text.begin(), text.end(), [](char c) { return c <= 0 || c == '&' || c == ESC; });
-}
-
 void SetWide(const WideString& value, ExtractedText* link) {
     link->isWide = true;
     if (!HTML::CharacterReferences<WideChar, WideString>::DecodeAttributeValue(value, &link->wide))
         link->wide = value;
 }
 
-void SetText(const std::string& value, const GenericParser& parser, ExtractedText* link) {
-    if (IsPlain(value))
+/// @return whether the text depends on the charset
+bool SetText(const std::string& value, const GenericParser& parser, ExtractedText* link) {
+    bool isAscii = true;
+    bool hasReference = false;
+    bool hasTilde = false;
+    for (const char c : value) {  // without a branch, so that the compiler reads blocks
+        isAscii &= c > 0 && c != ESC;
+        hasReference |= c == '&';
+        hasTilde |= c == '~';
+    }
+    if (isAscii && !hasReference) {
         link->ascii = value;
-    else
-        SetWide(Decode(value, parser.GetCharset(), false), link);
+        return false;
+    }
+    SetWide(Decode(value, parser.GetCharset(), false), link);
+    // In HZ, which is ASCII as well, "~" begins other characters.
+    return !isAscii || hasTilde;
 }
 
-void SetText(const WideString& value, const GenericParser&, ExtractedText* link) {
+bool SetText(const WideString& value, const GenericParser&, ExtractedText* link) {
     SetWide(value, link);
+    return true;
 }
 
 /// Finds links in the tags of one flavour.
@@ -51,6 +60,29 @@ public:
     }
     void OnShortTag(HTML::ShortTagData<C, S>* tag) override {
         Read(*tag);
+    }
+    void OnJSTagStart() override {
+        contentBegin = parser->GetTokenPlace().end;
+    }
+    void OnCSSTagStart() override {
+        contentBegin = parser->GetTokenPlace().end;
+    }
+    void OnText(HTML::TextData<C, S>*) override {
+        contentBegin.reset();
+    }
+    void OnEndTag(HTML::EndTagData<C, S>*) override {
+        contentBegin.reset();
+    }
+
+    /// Whether the links depend on the charset.
+    bool HasOtherThanAscii() const {
+        return hasOtherThanAscii;
+    }
+
+    /// Where the content of a script or style sheet begins, as an offset in what was fed, when the
+    /// last token is its start tag. Asked again it is none.
+    std::optional<std::uint64_t> TakeContentBegin() {
+        return std::exchange(contentBegin, std::nullopt);
     }
 
 private:
@@ -79,14 +111,18 @@ private:
         if (!EqualsKeyword(attribute.name, "href"))
             return false;
         links->links.emplace_back();
-        if (attribute.hasValue)
-            SetText(attribute.value, *parser, &links->links.back());
+        if (attribute.hasValue) {
+            const bool isOther = SetText(attribute.value, *parser, &links->links.back());
+            hasOtherThanAscii = hasOtherThanAscii || isOther;
+        }
         return true;
     }
 
     const GenericParser* parser;
     Links* links;
     Vector<HTML::Attribute<C, S>> parts;
+    std::optional<std::uint64_t> contentBegin;
+    bool hasOtherThanAscii = false;
 };
 
 /// What a tag does to the text around it.
@@ -207,11 +243,123 @@ Links FindLinksOfFlavour(std::string_view bytes, const ParseOptions& options, bo
     return links;
 }
 
+/// The longest document, in bytes, after which the parser of a thread is kept. Its buffers grow to
+/// the longest token.
+constexpr std::size_t LONGEST_KEPT = 1U << 20;
+
+/// In bytes. After each piece the rest of a script may be left out: the first ones are short, since
+/// scripts lie at the beginning, and the others twice as long each, since each piece takes time.
+constexpr std::size_t SHORTEST_PIECE = 4096;
+constexpr std::size_t LONGEST_PIECE = 16384;
+constexpr std::size_t LONGEST_LOOK_BACK = 512;
+
+/// The parser of a thread, whose buffers serve the next document too: for small pages and long
+/// scripts to get them anew takes longer than to parse.
+class ThreadParser {
+public:
+    explicit ThreadParser(bool isKept) : keepsParser(isKept) {
+        if (kept == nullptr)
+            kept = std::make_unique<GenericParser>();
+    }
+    ThreadParser(const ThreadParser&) = delete;
+    ThreadParser& operator=(const ThreadParser&) = delete;
+    ~ThreadParser() {
+        if (keepsParser)
+            kept->SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+        else
+            kept.reset();
+    }
+
+    GenericParser* Get() const {
+        return kept.get();
+    }
+
+private:
+    static thread_local std::unique_ptr<GenericParser> kept;
+
+    bool keepsParser;
+};
+
+thread_local std::unique_ptr<GenericParser> ThreadParser::kept;
+
+/// The first place from `begin` on that may end the content of a script or style sheet, or begin a
+/// part of it that has scripts: "</script", "</style" or "<!--". Also where the bytes end before
+/// that is known.
+std::size_t FindContentStop(std::string_view bytes, std::size_t begin) {
+    for (;; ++begin) {
+        begin = bytes.find('<', begin);
+        if (begin == bytes.npos)
+            return bytes.size();
+        const auto mayBe = [after = bytes.substr(begin + 1)](std::string_view stop) {
+            const auto same = [](char c, char lower) { return FoldAscii(c) == lower; };
+            const std::size_t length = std::min(after.size(), stop.size());
+            return std::equal(after.begin(), after.begin() + length, stop.begin(), same);
+        };
+        if (mayBe("/script") || mayBe("/style") || mayBe("!--"))
+            return begin;
+    }
+}
+
+/// The next piece: up to after a ">", so that it cuts no tag, when there is one near its end.
+std::string_view CutPiece(std::string_view bytes, std::size_t size) {
+    if (bytes.size() <= size)
+        return bytes;
+    const std::string_view end = bytes.substr(size - LONGEST_LOOK_BACK, LONGEST_LOOK_BACK);
+    const std::size_t last = end.rfind('>');
+    return bytes.substr(0, last == end.npos ? size : size - LONGEST_LOOK_BACK + last + 1);
+}
+
+/// Feeds the bytes where they are, and not all of long scripts and style sheets: up to a stop their
+/// content is text, and to look for that alone is several times as fast.
+/// @return the first result that is a failure, or 0
+std::uint32_t FeedForLinks(std::string_view bytes, GenericParser* parser, LinkObserver<char, std::string>* observer) {
+    std::size_t skipped = 0;  // bytes that the places of tokens do not count
+    std::size_t size = SHORTEST_PIECE;
+    for (std::size_t next = 0; next < bytes.size();) {
+        const std::string_view piece = CutPiece(bytes.substr(next), size);
+        const std::uint32_t result = parser->ParseBuffer(piece.data(), piece.size());
+        if (result != HTML::PARSER_OK)
+            return result;
+        next += piece.size();
+        size = std::min(2 * size, LONGEST_PIECE);
+        const std::optional<std::uint64_t> content = observer->TakeContentBegin();
+        if (!content || parser->IsWParser() || CharSet::IsIso2022(parser->GetCharset()))
+            continue;
+        if (FindContentStop(bytes.substr(0, next), static_cast<std::size_t>(*content) + skipped) != next)
+            continue;
+        const std::size_t stop = FindContentStop(bytes, next);
+        skipped += stop - next;
+        next = stop;
+    }
+    return HTML::PARSER_OK;
+}
+
+/// The same links in one pass: without a stream, which would copy the bytes, and without the
+/// detector.
+/// @return false when only a stream can tell: a broken construct must be read again, UTF-16 has
+///         other names, or the charset matters and must be detected
+bool FindLinksInPlace(std::string_view bytes, const ParseOptions& options, Links* links) {
+    const ThreadParser threadParser(bytes.size() <= LONGEST_KEPT);
+    GenericParser* const parser = threadParser.Get();
+    LinkObserver<char, std::string> observer(parser, links);
+    parser->SetObserver(&observer, false);
+    SetUp(parser, options);
+    if (parser->StartParse(options.charset, options.type) != HTML::PARSER_OK ||
+        FeedForLinks(bytes, parser, &observer) != HTML::PARSER_OK || parser->EndParse() != HTML::PARSER_OK ||
+        parser->IsWParser())
+        return false;
+    // ASCII means itself in every charset that a detector finds, but where there are escapes.
+    return parser->GetCharset() != CharSet::UNKNOWN || (!observer.HasOtherThanAscii() && bytes.find(ESC) == bytes.npos);
+}
+
 }  // namespace
 
 Links FindLinks(std::string_view bytes, const ParseOptions& options) {
+    Links links;
+    if (FindLinksInPlace(bytes, options, &links))
+        return links;
     bool isUtf16 = false;
-    Links links = FindLinksOfFlavour<char, std::string>(bytes, options, &isUtf16);
+    links = FindLinksOfFlavour<char, std::string>(bytes, options, &isUtf16);
     // As bytes UTF-16 has other names.
     return isUtf16 ? FindLinksOfFlavour<WideChar, WideString>(bytes, options, &isUtf16) : links;
 }

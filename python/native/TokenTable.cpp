@@ -41,32 +41,39 @@ private:
     TokenTable* table;
 };
 
-/// Notes the kind, the place and the bytes of each token of a document in pieces.
-class PieceObserver final : public HTML::TokenObserver<PieceObserver, WideChar, WideString> {
-public:
-    explicit PieceObserver(HTML::Rewriter* tokenRewriter) : rewriter(tokenRewriter) {}
-
-    template <template <typename, typename> class Record>
-    void OnToken(const Record<WideChar, WideString>*) {
-        Note(HTML::RecordKind<Record>::KIND_OF_TOKEN);
-    }
-
+/// The tokens that a piece completes, and their bytes.
+struct PieceTokens {
     TokenTable table;
     std::string bytes;
+};
+
+/// Notes the kind, the place and the bytes of each token of a document in pieces.
+template <typename C, typename S>
+class PieceObserver final : public HTML::TokenObserver<PieceObserver<C, S>, C, S> {
+public:
+    PieceObserver(HTML::Rewriter* tokenRewriter, PieceTokens* targetTokens)
+        : rewriter(tokenRewriter), tokens(targetTokens) {}
+
+    template <template <typename, typename> class Record>
+    void OnToken(const Record<C, S>*) {
+        Note(HTML::RecordKind<Record>::KIND_OF_TOKEN);
+    }
 
 private:
     void Note(HTML::TokenKind kind) {
         const HTML::TokenPlace place = rewriter->GetParser().GetTokenPlace();
+        TokenTable& table = tokens->table;
         table.kinds.push_back(static_cast<std::uint8_t>(kind));
         table.begins.push_back(place.begin);
         table.ends.push_back(place.end);
         table.lines.push_back(place.line);
         table.columns.push_back(place.column);
-        table.rawBegins.push_back(bytes.size());
-        bytes.append(rewriter->GetToken().GetBytes());
+        table.rawBegins.push_back(tokens->bytes.size());
+        tokens->bytes.append(rewriter->GetToken().GetBytes());
     }
 
     HTML::Rewriter* rewriter;
+    PieceTokens* tokens;
 };
 
 /// Copies what the first token says.
@@ -186,11 +193,18 @@ TokenTable ReadTokens(std::string_view bytes, const ParseOptions& options) {
 class PieceReader::Impl {
 public:
     HTML::Rewriter rewriter{nullptr};
-    PieceObserver observer{&rewriter};
+    PieceTokens tokens;
+    // Nothing is decoded for a narrow observer, so that a charset never comes too late for it. Line
+    // comments of scripts reach wide observers alone.
+    PieceObserver<char, std::string> narrow{&rewriter, &tokens};
+    PieceObserver<WideChar, WideString> wide{&rewriter, &tokens};
 };
 
 PieceReader::PieceReader(const ParseOptions& options) : impl(std::make_unique<Impl>()) {
-    impl->rewriter.SetObserver(&impl->observer);
+    if (options.scriptMode == GenericParser::SCRIPT_AS_TEXT)
+        impl->rewriter.SetObserver(&impl->narrow);
+    else
+        impl->rewriter.SetObserver(&impl->wide);
     impl->rewriter.SetScriptMode(options.scriptMode);
     impl->rewriter.SetMaxTokenSize(options.maxTokenSize);
     impl->rewriter.SetMaxAttributes(options.maxAttributes);
@@ -208,8 +222,8 @@ TokenTable PieceReader::End(std::string* bytes) {
 }
 
 TokenTable PieceReader::Take(std::uint32_t result, std::string* bytes) {
-    TokenTable table = std::exchange(impl->observer.table, TokenTable());
-    *bytes = std::exchange(impl->observer.bytes, std::string());
+    TokenTable table = std::exchange(impl->tokens.table, TokenTable());
+    *bytes = std::exchange(impl->tokens.bytes, std::string());
     table.result = result;
     table.charset = impl->rewriter.GetParser().GetCharset();
     table.isUtf16 = impl->rewriter.GetParser().IsWParser();

@@ -7,6 +7,7 @@ import pathlib
 import signal
 import subprocess
 import sys
+import urllib.parse
 
 import pytest
 
@@ -20,8 +21,9 @@ FILES = 6
 
 def make_record(content, kind="response", length=None):
     length = len(content) if length is None else length
-    head = f"WARC/1.0\r\nWARC-Type: {kind}\r\nWARC-Target-URI: http://example.org/a/\r\nContent-Length: {length}\r\n\r\n"
-    return head.encode() + content + b"\r\n\r\n"
+    head = (f"WARC/1.0\r\nWARC-Type: {kind}\r\nWARC-Target-URI: http://example.org/a/\r\n"
+            f"Content-Length: {length}\r\n\r\n")
+    return head.encode("latin-1") + content + b"\r\n\r\n"
 
 
 def make_response(page, content_type="text/html; charset=utf-8", status="200 OK"):
@@ -53,10 +55,36 @@ def test_a_page(tmp_path):
     assert counts.charsets == {"UTF-8": 1}
 
 
+@pytest.mark.parametrize("address", ["http://a.example/b/c?d", "https://u@A.example:81/", "http://[::1]/", "urn:x", ""])
+@pytest.mark.parametrize("link", [
+    "", "e", "/e", "//f.example/g", "?h", "#i", "../j", "mailto:k@l.example", "HTTP://M.example/n",
+    "http://o.example:80",
+    "https://p@q.example?r//s", "http:t", "http:/u", "http:///v", "http://[", "http://[::2]/", "http://w\n.example/",
+    " http://x.example/", "javascript:void(0)", "y//z", "\\\\a.example", "http://\u2100.example/",
+    "http://b.example#//c/",
+])
+def test_hosts_are_those_of_joined_addresses(address, link):
+    try:
+        host = urllib.parse.urlsplit(urllib.parse.urljoin(address, link)).hostname or ""
+    except ValueError:
+        host = ""
+    known = {}
+    assert [crawl.find_host(address, link, known) for _ in range(2)] == [host, host]
+
+
 def test_a_poisoned_page_is_a_result(tmp_path):
     page = b"<p " + b"a " * (1 << 20) + b">"
     counts = crawl.count_file(write_file(tmp_path / "a.warc.gz", [make_record(make_response(page))] * 2))
     assert (counts.pages, counts.results) == (2, {"711": 2})
+
+
+def test_a_page_that_is_too_long_is_a_result(tmp_path, monkeypatch):
+    monkeypatch.setattr(crawl, "LONGEST_RECORD", 1 << 17)
+    pages = [b"<a href=b>" + b"t" * size for size in (1 << 18, 10, (1 << 17) + 1)]
+    path = write_file(tmp_path / "a.warc.gz", [make_record(make_response(page)) for page in pages])
+    counts = crawl.count_file(path)
+    assert (counts.pages, counts.links, counts.results) == (3, 1, {"too long": 2})
+    assert not counts.failures
 
 
 @pytest.mark.parametrize("spoil, message", [
@@ -64,7 +92,12 @@ def test_a_poisoned_page_is_a_result(tmp_path):
     (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length=7)), "ends after"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x" * 9, length=3)), "goes on"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length="many")), "has the length"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length="\xb2")), "has the length"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length=-1)), "has the length"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length=10 ** 18)), "ends after 5"),
+    (lambda records: gzip.compress(records[0]) + gzip.compress(make_record(b"x", length="1" * 6000)), "has the length"),
     (lambda records: gzip.compress(records[0]) + gzip.compress(b"nothing\r\n\r\n"), "begins with"),
+    (lambda records: gzip.compress(records[0])[:-8] + b"\xff" * 8, "CRC"),
     (lambda records: gzip.compress(records[0]) + b"no gzip", "Not a gzipped file"),
 ])
 def test_what_cannot_be_read(tmp_path, spoil, message):
@@ -77,8 +110,8 @@ def test_what_cannot_be_read(tmp_path, spoil, message):
 
 
 def run(*arguments):
-    return subprocess.run([sys.executable, ROOT / "examples/crawl/crawl.py", *arguments], capture_output=True, text=True,
-                          timeout=120)
+    return subprocess.run([sys.executable, ROOT / "examples/crawl/crawl.py", *arguments], capture_output=True,
+                          text=True, timeout=120)
 
 
 def test_the_program_goes_on_after_a_file_that_is_missing(files):

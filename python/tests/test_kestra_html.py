@@ -5,7 +5,10 @@ import gc
 import inspect
 import io
 import mmap
+import os
 import pathlib
+import subprocess
+import sys
 import threading
 
 import pytest
@@ -53,11 +56,95 @@ def test_what_is_no_document(document, error):
             call(document)
 
 
-def test_a_closed_file():
-    file = io.BytesIO(PAGE)
-    file.close()
-    with pytest.raises(ValueError):
-        kestra_html.tokens(file)
+class Reader:
+    """Has nothing of a file but `read`."""
+
+    def __init__(self, content):
+        self.read = lambda: content
+
+
+@pytest.mark.parametrize("content", [PAGE, bytearray(PAGE), memoryview(PAGE)],
+                         ids=lambda content: type(content).__name__)
+def test_whatever_has_read(content):
+    assert b"".join(token.raw for token in kestra_html.tokens(Reader(content))) == PAGE
+
+
+@pytest.mark.parametrize("content", [None, "<p>", 1])
+def test_read_that_answers_no_bytes(content):
+    with pytest.raises(TypeError, match="binary mode"):
+        kestra_html.tokens(Reader(content))
+
+
+@pytest.mark.parametrize("size", [0, 1, 65535, 65536, 65537, 5_000_000])
+def test_files_of_any_size(tmp_path, size):
+    path = tmp_path / "page.html"
+    page = (PAGE * (size // len(PAGE) + 1))[:size]
+    path.write_bytes(page)
+    assert b"".join(token.raw for token in kestra_html.tokens(path)) == page
+
+
+@pytest.mark.parametrize("size", [0, 65536, 1_000_000])
+def test_a_pipe(tmp_path, size):
+    path = tmp_path / "pipe"
+    os.mkfifo(path)
+    writer = threading.Thread(target=path.write_bytes, args=[b"t" * size])
+    writer.start()
+    tokens = kestra_html.tokens(path)
+    writer.join()
+    assert sum(len(token.raw) for token in tokens) == size
+
+
+@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer takes more memory")
+def test_a_path_is_read_once(tmp_path):
+    """The document and nothing else of its size is in memory."""
+    path = tmp_path / "page.html"
+    path.touch()
+    os.truncate(path, 64 << 20)
+    program = ("import sys, pathlib, kestra_html\n"
+               "def peak():\n"
+               "    return next(int(line.split()[1]) for line in open('/proc/self/status') if 'VmHWM' in line)\n"
+               "before = peak()\n"
+               "kestra_html.detect(pathlib.Path(sys.argv[1]))\n"
+               "print(peak() - before)")
+    finished = subprocess.run([sys.executable, "-c", program, path], check=True, capture_output=True, text=True)
+    assert 64 << 10 <= int(finished.stdout) < 68 << 10  # KiB
+
+
+def close_map():
+    mapped = mmap.mmap(-1, 4096)
+    mapped.close()
+    return mapped
+
+
+def close_view():
+    view = memoryview(PAGE)
+    view.release()
+    return view
+
+
+def close_file():
+    with open(__file__, "rb") as file:
+        return file
+
+
+def close_bytes():
+    with io.BytesIO(PAGE) as file:
+        return file
+
+
+@pytest.mark.parametrize("close", [close_map, close_view, close_file, close_bytes])
+def test_what_is_closed(close):
+    closed = close()
+    for call in (kestra_html.tokens, kestra_html.links, kestra_html.text, kestra_html.detect, kestra_html.check,
+                 lambda page: kestra_html.rewrite(page, []), kestra_html.Parser().feed):
+        with pytest.raises(ValueError, match="closed|released"):
+            call(closed)
+
+
+def test_a_closed_file_among_many():
+    results = list(kestra_html.tokens_many([PAGE, close_file(), PAGE]))
+    assert [type(result) for result in results] == [kestra_html.Tokens, kestra_html.Failure, kestra_html.Tokens]
+    assert isinstance(results[1].error, ValueError)
 
 
 def test_columns_are_read_only_and_last():
@@ -241,6 +328,31 @@ def test_pieces():
     assert raw == [token.raw for token in kestra_html.tokens(PAGE)]
 
 
+@pytest.mark.parametrize("page, text, charset", [
+    (b"<meta charset=utf-8>\xc3\xa4", "\xe4", 65001),
+    (b"<p>\xc3\xa4</p><meta charset=utf-8>\xc3\xa4", "\xe4", 65001),
+    (b"<p>a</p><meta charset=koi8-r>\xca", "\u0439", 20866),
+    (b"\xef\xbb\xbf<p>a</p><meta charset=koi8-r>\xc3\xa4", "\xe4", 65001),
+    ("<p>\xe4</p>\xe4".encode("utf-16"), "\xe4", 0),
+])
+def test_pieces_that_declare_a_charset(page, text, charset):
+    for cut in range(len(page)):
+        parser = kestra_html.Parser()
+        parts = parser.feed(page[:cut]), parser.feed(page[cut:]), parser.close()
+        raw = b"".join(token.raw for part in parts for token in part)
+        assert raw == page.removeprefix(b"\xef\xbb\xbf").removeprefix(b"\xff\xfe")
+        assert parts[2][-1].text == text
+        assert charset in (0, parts[2].charset)
+
+
+def test_a_charset_too_late_for_tokens_of_scripts():
+    page = b"<p>a</p><meta charset=koi8-r><script>//\xca\n</script>"
+    with pytest.raises(kestra_html.HtmlError, match="705"):
+        kestra_html.Parser(scripts_as_tokens=True).feed(page)
+    tokens = kestra_html.Parser(scripts_as_tokens=True, charset="koi8-r").feed(page)
+    assert "\u0439" in [token.text for token in tokens]
+
+
 def test_pieces_with_a_broken_construct():
     parser = kestra_html.Parser()
     tokens = list(parser.feed(b"<a ")) + list(parser.feed(b"/ x")) + list(parser.close())
@@ -270,6 +382,38 @@ def test_threads_share_nothing():
     for thread in threads:
         thread.join()
     assert not failures
+
+
+@pytest.mark.parametrize("call", [
+    kestra_html.tokens, kestra_html.links, kestra_html.text, kestra_html.check,
+    lambda page: kestra_html.rewrite(page, [("p", "remove")]),
+    lambda page: kestra_html.Parser().feed(page),
+], ids=["tokens", "links", "text", "check", "rewrite", "feed"])
+def test_the_gil_is_dropped(call):
+    """Another thread runs during a call. With the GIL it would run when the call is over."""
+    page = b"<p>text</p>" * 400_000
+    interval = sys.getswitchinterval()
+    sys.setswitchinterval(1000)
+    try:
+        for _ in range(10):  # when the machine gives no time to this thread during the call
+            begun = threading.Event()
+            finished = []
+
+            def work():
+                begun.set()
+                call(page)
+                finished.append(True)
+
+            thread = threading.Thread(target=work)
+            thread.start()
+            begun.wait()
+            was_finished = bool(finished)
+            thread.join()
+            if not was_finished:
+                return
+    finally:
+        sys.setswitchinterval(interval)
+    pytest.fail("no other thread ran")
 
 
 def test_documents_are_let_go():
