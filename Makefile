@@ -23,7 +23,9 @@ FUZZ_SECONDS ?= 3600
 
 PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
 
-.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms tidy docs check-docs pictures clean
+LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
+
+.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -33,8 +35,9 @@ help:
 	@echo 'make test-python-sanitized  the same with the address sanitizer'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
+	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make bench-python   compare the Python module with other parsers, links found from bytes'
-	@echo 'make bench-hostile  the speed for inputs made to be slow: their time must grow with their size and no faster'
+	@echo 'make bench-builds   the last part of it alone: the library as a distribution builds it beside that of the release'
 	@echo 'make compare-scripts  compare where tags lie around scripts as text with another tokenizer, over real pages'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
@@ -45,6 +48,11 @@ help:
 	@echo 'make check-format   fail when a source is not formatted, or too wide'
 	@echo 'make check-headers  compile every public header alone'
 	@echo 'make check-rooms    fail when a folder includes what is above it'
+	@echo 'make check-interface  compare the interface with the saved description, name what changed'
+	@echo 'make save-interface  accept the changes: save the description anew'
+	@echo 'make deb            build the Debian packages, check them with lintian'
+	@echo 'make compare-debs   build them twice: are they the same bytes?'
+	@echo 'make test-deb       install them in a fresh minimal system, use them, remove them'
 	@echo 'make tidy           run clang-tidy over all sources'
 	@echo 'make docs           the reference of all public names, with the guides: build/docs/html/index.html'
 	@echo 'make check-docs     fail when a public name has no comment, or a document a link that leads nowhere'
@@ -106,6 +114,24 @@ bench:
 	cmake --preset release -DKESTRA_BENCH_PEERS=ON
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large|scripts)'
+	@$(MAKE) bench-builds
+
+# The library as a distribution builds it: by its own flags, with debug information, without a build
+# type.
+distribution-build:
+	@setup/install build distribution
+	CXXFLAGS="$$(dpkg-buildflags --get CXXFLAGS) $$(dpkg-buildflags --get CPPFLAGS)" LDFLAGS="$$(dpkg-buildflags --get LDFLAGS)" \
+	    cmake -G Ninja -S . -B build/distribution -DCMAKE_BUILD_TYPE=None $(LIBRARY_ONLY)
+	cmake --build build/distribution --parallel $(JOBS) --target kestra-html
+
+# That library is at most 5 % slower than the one of the preset: by the mean over each corpus.
+bench-builds: distribution-build
+	@setup/install build bench
+	setup/bench-corpora build/bench
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
+	@bench/compare-builds build/release/bin/kestra-bench build/bench \
+	    '^(web|wiki|large)/document/(8bit|16bit|8bit-wide-utf8)/buffer/(16K|whole)$$' build/release/lib build/distribution/lib
 
 bench-python:
 	@setup/install build python bench bench-python
@@ -187,6 +213,29 @@ tidy:
 	@setup/install build tidy
 	cmake --preset dev
 	$(RUN_CLANG_TIDY) -quiet -p build/dev -j $(JOBS) '\.cpp$$'
+
+# The packages of Debian, and what its checker finds in them.
+deb:
+	@setup/install build deb
+	setup/deb build/deb
+	lintian --fail-on error,warning build/deb/*.changes
+
+compare-debs: deb
+	setup/compare-debs build/deb
+
+# In a fresh minimal system, made by debootstrap; as root.
+test-deb:
+	@setup/install build deb test-deb
+	ls build/deb/*.deb >/dev/null 2>&1 || $(MAKE) deb
+	setup/test-debs build/deb
+
+check-interface: distribution-build
+	@setup/install interface
+	setup/check-interface build/distribution
+
+save-interface: distribution-build
+	@setup/install interface
+	setup/check-interface --save build/distribution
 
 docs:
 	@setup/install docs

@@ -5,8 +5,8 @@
 #
 #     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
 #
-# LIST has paths below PREFIX, one a line. SOURCES is the project's tree, DOCUMENTS the folder below
-# PREFIX that documents are installed in.
+# LIST has components and paths below PREFIX, one of each a line. SOURCES is the project's tree,
+# DOCUMENTS the folder below PREFIX that documents are installed in.
 set -eu
 
 prefix=$1
@@ -22,11 +22,11 @@ complain() {
 
 cd "$prefix"
 
-find . ! -type d ! -path './include/kestra/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
+find . ! -type d ! -path './include/kestra/*/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
 {
-    cat "$list"
+    cut -d ' ' -f 2 "$list"
     (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md docs \
-        examples/c examples/crawl examples/links examples/pages examples/rewrite -type f |
+        examples/c examples/crawl examples/links examples/pages examples/rewrite -type f ! -path '*/__pycache__/*' |
         sed "s,^,$documents/,")
 } | LC_ALL=C sort | diff - "$list.found" ||
     complain "the package has not what is listed (<: missing, >: unexpected)"

@@ -11,14 +11,14 @@ headers=$2
 user=$3
 version=$4
 : "${NM:=nm}" "${READELF:=readelf}"
-major=${version%%.*}
+minor=${version%.*}
 library=$libraries/libkestra-html.so.$version
 
 # The file, its version and the two links to it.
 [ -f "$library" ] || { complain "$library is missing"; exit 1; }
 soname=$("$READELF" -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
-[ "$soname" = "libkestra-html.so.$major" ] || complain "the SONAME is \"$soname\""
-for link in libkestra-html.so libkestra-html.so.$major; do
+[ "$soname" = "libkestra-html.so.$minor" ] || complain "the SONAME is \"$soname\""
+for link in libkestra-html.so libkestra-html.so.$minor; do
     [ "$(readlink -f "$libraries/$link")" = "$(readlink -f "$library")" ] || complain "$link does not lead to $library"
 done
 

@@ -1,0 +1,3 @@
+#pragma once
+
+#define HOST_OWN_EXPORT 1
