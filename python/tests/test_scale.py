@@ -49,7 +49,7 @@ def free_port():
 @pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="a cluster under the sanitizer takes minutes")
 def test_the_commands(folder):
     commands = re.findall(r"^    \$ (.*)$", TEXT, re.MULTILINE)
-    assert len(commands) == 8
+    assert len(commands) == 9
     script = "set -eu -o pipefail\n" + "\n".join(commands).replace("8786", free_port()).replace(
         "python3", sys.executable)
     environment = dict(os.environ, PATH=f"{TOOLS}:{pathlib.Path(sys.executable).parent}:{os.environ['PATH']}",
