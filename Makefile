@@ -130,8 +130,8 @@ bench-builds: distribution-build
 	setup/bench-corpora build/bench
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
-	@bench/compare-builds build/release/bin/kestra-bench build/bench \
-	    '^(web|wiki|large)/document/(8bit|16bit|8bit-wide-utf8)/buffer/(16K|whole)$$' build/release/lib build/distribution/lib
+	@bench/compare build/release/bin/kestra-bench build/release/bin/kestra-bench:build/distribution/lib build/bench \
+	    '^(web|wiki|large)/document/(8bit|16bit|8bit-wide-utf8)/buffer/(16K|whole)$$' --rounds 12 --within 5 --by-corpus
 
 bench-python:
 	@setup/install build python bench bench-python

@@ -140,13 +140,13 @@ TEST(CharSetConverterTest, AStringThatHasTheRoomIsNotReallocated) {
     }
 }
 
-// What the system converters know, and the bytes they must agree with.
 TEST(CharSetConverterTest, UnsupportedCodesAreAResult) {
     for (const CharSet::Code code : {1U, 2U, 3U, 42U, 1259U, 65002U, 0xFFFFFFFFU})
         CheckUnsupported(code);
 }
 
-// What only the system's converters do; a build without ICU has none.
+// What the system's converters know, and the bytes they must agree with; a build without ICU has
+// none.
 #ifndef KESTRA_WITHOUT_ICU
 TEST(CharSetConverterTest, SystemConvertersBothWays) {
     const ConversionRow rows[] = {
