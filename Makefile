@@ -37,7 +37,7 @@ help:
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make bench-python   compare the Python module with other parsers, links found from bytes'
-	@echo 'make bench-builds   the last part of it alone: the library as a distribution builds it beside that of the release'
+	@echo 'make bench-builds   the last part of make bench alone: the library as a distribution builds it beside that of the release'
 	@echo 'make compare-scripts  compare where tags lie around scripts as text with another tokenizer, over real pages'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
@@ -224,9 +224,8 @@ compare-debs: deb
 	setup/compare-debs build/deb
 
 # In a fresh minimal system, made by debootstrap; as root.
-test-deb:
+test-deb: deb
 	@setup/install build deb test-deb
-	ls build/deb/*.deb >/dev/null 2>&1 || $(MAKE) deb
 	setup/test-debs build/deb
 
 check-interface: distribution-build

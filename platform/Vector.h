@@ -173,7 +173,7 @@ public:
         return storage[live - 1];
     }
 
-    /// The first element; null when there has never been storage.
+    /// The first element; null when there is no storage.
     T* data() noexcept {
         return storage;
     }

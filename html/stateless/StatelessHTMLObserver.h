@@ -33,7 +33,8 @@ public:
 
     /// From `StartParse`, before everything else of a document.
     virtual void OnStartParsing();
-    /// From `EndParse`, after everything else of a document.
+    /// From `EndParse`, after everything else of a document; not of one that was stopped or went
+    /// over a limit.
     virtual void OnStopParsing();
     /// A start tag, except those of scripts and style sheets. A tag that ends in "/>" causes
     /// `OnEndTag` as well, unless text follows as its content.
@@ -48,7 +49,7 @@ public:
     virtual void OnExternTag(const WideChar* name, const Attributes* attributes);
     /// A declaration, "<!name tokens>".
     virtual void OnEntityTag(const WideChar* name, const Tokens* tokens);
-    /// A markup comment, without its marks; one that the piece of input cuts comes in parts.
+    /// A markup comment, without its marks. It ends with its piece of input; what follows is text.
     virtual void OnComment(const WideChar* text);
     /// Text before a "<". Text after the last tag of a document causes no event.
     virtual void OnText(const WideChar* text);

@@ -61,7 +61,7 @@ struct StatelessHTMLParserData {
     std::size_t maxListed = SIZE_MAX;     ///< attributes, from both
     std::size_t maxItems = SIZE_MAX;      ///< of a declaration, from `maxTokenSize`
     bool stopped = false;                 ///< a callback has called `Stop`
-    bool wentOver = false;                ///< the last call ended with 711
+    bool wentOver = false;                ///< a token was too long, and no bytes have come since
     bool pieceLeft = false;               ///< a callback threw: the rest of the piece was not read
     std::uint64_t pieceOffset = 0;        ///< bytes of the document before the piece
     std::uint64_t tokenOffset = 0;        ///< bytes of the document before the token under way, and its place

@@ -33,7 +33,7 @@ struct KESTRA_HTML_API EndTagSimpleParserData : SimpleParserData<C, S> {
     Vector<Attribute<C, S>> attributes;  ///< in document order
     bool slashBeforeClose = false;       ///< there was a "/" after the attributes
     bool closed = true;                  ///< false when a "<" ended the tag
-    bool iso2022 = false;                ///< double-quoted values may hold ISO-2022 escape runs
+    bool iso2022 = false;                ///< double-quoted values may contain ISO-2022 escape runs
 };
 
 /// Reads an end tag, from after its "</" to its ">", inclusive, or to a "<" in its place,

@@ -1,5 +1,5 @@
 #!/bin/sh
-# What an unpacked package holds beside the headers is what is listed and the documents, no less and
+# What an unpacked package contains beside the headers is what is listed and the documents, no less and
 # no more; whatever a header includes of ours is there; and the links between the documents lead
 # somewhere.
 #
@@ -29,7 +29,7 @@ find . ! -type d ! -path './include/kestra/*/*.h' | sed 's,^\./,,' | LC_ALL=C so
         examples/c examples/crawl examples/links examples/pages examples/rewrite -type f ! -path '*/__pycache__/*' |
         sed "s,^,$documents/,")
 } | LC_ALL=C sort | diff - "$list.found" ||
-    complain "the package has not what is listed (<: missing, >: unexpected)"
+    complain "the package lacks, or has more than, what is listed (<: missing, >: unexpected)"
 
 headers=$(find include/kestra -name '*.h')
 [ "$(echo "$headers" | wc -l)" -gt 40 ] || complain "only these headers were found:" $headers

@@ -48,7 +48,11 @@ for command in $commands; do
             complain "bash does not complete $option of $command"
         grep -q -- "'\*$option\[" "$data/zsh/vendor-completions/_kestra-html" ||
             complain "zsh does not complete $option of $command"
-        grep -q -- "from $command' .*-[ls] ${option##*-}\|from $command' .*-l ${option#--}" "$fish" ||
+        case $option in
+            --*) word="-l ${option#--}" ;;
+            *) word="-s ${option#-}" ;;
+        esac
+        grep -q -- "from $command' .*$word\( \|\$\)" "$fish" ||
             complain "fish does not complete $option of $command"
     done
 done
