@@ -276,8 +276,8 @@ Links FindLinksOfFlavour(std::string_view bytes, const ParseOptions& options, bo
 }
 
 /// The longest document, in bytes, and the longest list of attributes after which the parser of a
-/// thread is kept. Its strings grow to the longest token, which is a part of the document; its lists
-/// can take 85 times the bytes of a tag.
+/// thread is kept. Its strings grow to the longest token, which is a part of the document; a list
+/// can take 85 times the bytes of its tag.
 constexpr std::size_t LONGEST_KEPT = 1U << 20;
 constexpr std::uint64_t LONGEST_KEPT_LIST = 1024;
 
@@ -373,7 +373,7 @@ std::uint32_t FeedForLinks(std::string_view bytes, GenericParser* parser, LinkOb
 
 /// The same links in one pass: without a stream, which would copy the bytes, and without the
 /// detector.
-/// @return false when only a stream can tell: a broken construct must be read again, UTF-16 has
+/// @return false when a stream is needed: a broken construct must be read again, UTF-16 has
 ///         other names, or the charset matters and must be detected
 bool FindLinksInPlace(std::string_view bytes, const ParseOptions& options, Links* links) {
     ThreadParser threadParser;
