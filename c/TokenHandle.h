@@ -45,23 +45,27 @@ struct AbsentParts {
     const Vector<HTML::EntityToken<C, S>>* items = nullptr;
 };
 
+using AbsentNarrowParts = AbsentParts<char, std::string>;
+using AbsentWideParts = AbsentParts<WideChar, WideString>;
+
 /// Where a record of one kind has what a host may ask for, and `AbsentParts` what it has not. All
 /// kinds are looked up in the same way, without a branch: a branch on the kind of a token, so long
 /// after the parser has found it out, is predicted badly.
 struct RecordLayout {
     static constexpr std::size_t PARTS = 6;
-    using Absent = AbsentParts<char, std::string>;  // as laid out for the other flavour
-
-    static constexpr std::uint16_t ABSENT = 1;  ///< and the offset in `AbsentParts`, which is even, as all are
-    static constexpr std::uint16_t NO_STRING = ABSENT + offsetof(Absent, string);
+    static constexpr std::uint16_t ABSENT = 1;  ///< plus the offset in `AbsentParts`
+    static constexpr std::uint16_t NO_STRING = ABSENT + offsetof(AbsentNarrowParts, string);
 
     /// Offsets of pointers in the record, in bytes.
     std::uint16_t strings[PARTS] = {NO_STRING, NO_STRING, NO_STRING, NO_STRING, NO_STRING, NO_STRING};
-    std::uint16_t attributes = ABSENT + offsetof(Absent, attributes);
-    std::uint16_t items = ABSENT + offsetof(Absent, items);
+    std::uint16_t attributes = ABSENT + offsetof(AbsentNarrowParts, attributes);
+    std::uint16_t items = ABSENT + offsetof(AbsentNarrowParts, items);
     std::uint16_t bytes = ABSENT;                             ///< the text of junk and of a mark
     std::uint32_t (*getFlags)(const void* record) = nullptr;  ///< null when there are none
 };
+
+static_assert(offsetof(AbsentNarrowParts, attributes) == offsetof(AbsentWideParts, attributes) &&
+              offsetof(AbsentNarrowParts, items) == offsetof(AbsentWideParts, items));
 
 /// The flags that a record has for the host.
 template <typename Record>
@@ -82,33 +86,36 @@ std::uint32_t GetRecordFlags(const void* pointer) {
     return flags;
 }
 
-/// Finds the parts of a record by the names of its fields.
+/// Finds the parts of a record by the names of its fields. Those are pointers, never null in a
+/// record of the parser.
 template <template <typename, typename> class Record, typename C, typename S>
 constexpr RecordLayout MakeLayout() {
     using Fields = Record<C, S>;
     RecordLayout layout;
-    if constexpr (requires(Fields fields) { fields.name; })
-        layout.strings[KESTRA_HTML_PART_NAME] = offsetof(Fields, name);
-    if constexpr (requires(Fields fields) { fields.keyword; })
-        layout.strings[KESTRA_HTML_PART_NAME] = offsetof(Fields, keyword);
-    if constexpr (requires(Fields fields) { fields.condition; })
-        layout.strings[KESTRA_HTML_PART_TEXT] = offsetof(Fields, condition);
-    if constexpr (std::is_same_v<Fields, HTML::JunkData<C, S>>)
-        layout.bytes = offsetof(Fields, text);
-    else if constexpr (requires(Fields fields) { fields.text; })
-        layout.strings[KESTRA_HTML_PART_TEXT] = offsetof(Fields, text);
-    if constexpr (requires(Fields fields) { fields.prefix; })
-        layout.strings[KESTRA_HTML_PART_PREFIX] = offsetof(Fields, prefix);
-    if constexpr (requires(Fields fields) { fields.afterName; })
-        layout.strings[KESTRA_HTML_PART_AFTER_NAME] = offsetof(Fields, afterName);
-    if constexpr (requires(Fields fields) { fields.suffix; })
-        layout.strings[KESTRA_HTML_PART_SUFFIX] = offsetof(Fields, suffix);
-    if constexpr (requires(Fields fields) { fields.tail; })
-        layout.strings[KESTRA_HTML_PART_TAIL] = offsetof(Fields, tail);
-    if constexpr (requires(Fields fields) { fields.attributes; })
-        layout.attributes = offsetof(Fields, attributes);
-    if constexpr (requires(Fields fields) { fields.tokens; })
-        layout.items = offsetof(Fields, tokens);
+
+#define FIND_FIELD(PLACE, FIELD)                                   \
+    if constexpr (requires(Fields fields) { fields.FIELD; }) {     \
+        static_assert(std::is_pointer_v<decltype(Fields::FIELD)>); \
+        PLACE = offsetof(Fields, FIELD);                           \
+    }
+
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_NAME], name)
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_NAME], keyword)
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_TEXT], condition)
+    if constexpr (std::is_same_v<Fields, HTML::JunkData<C, S>>) {
+        FIND_FIELD(layout.bytes, text)
+    } else {
+        FIND_FIELD(layout.strings[KESTRA_HTML_PART_TEXT], text)
+    }
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_PREFIX], prefix)
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_AFTER_NAME], afterName)
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_SUFFIX], suffix)
+    FIND_FIELD(layout.strings[KESTRA_HTML_PART_TAIL], tail)
+    FIND_FIELD(layout.attributes, attributes)
+    FIND_FIELD(layout.items, tokens)
+
+#undef FIND_FIELD
+
     layout.getFlags = &GetRecordFlags<Fields>;
     return layout;
 }
@@ -282,7 +289,7 @@ private:
 
     const AbsentParts<C, S> absent = {&noString, &noAttributes, &noItems};
     std::uint32_t encoding;
-    /// The record, and what it has not, less what its offsets are too large.
+    /// The record, and `absent` less `ABSENT`, which the offsets into it include.
     const char* bases[2] = {nullptr, reinterpret_cast<const char*>(&absent) - RecordLayout::ABSENT};
     const RecordLayout* layout = &EMPTY_LAYOUT;
     MarkRecord mark;

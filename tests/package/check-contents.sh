@@ -1,6 +1,6 @@
 #!/bin/sh
-# What an unpacked package contains beside the headers is what is listed and the documents, no less and
-# no more; whatever a header includes of ours is there; and the links between the documents lead
+# What an unpacked package contains beside the headers is what is listed and the documents, no less
+# and no more; whatever a header includes of ours is there; and the links between the documents lead
 # somewhere.
 #
 #     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
