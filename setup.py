@@ -8,6 +8,7 @@ import os
 import pathlib
 import subprocess
 import sys
+import sysconfig
 
 from setuptools import Extension, setup
 from setuptools.command.build_ext import build_ext
@@ -21,7 +22,10 @@ class BuildByCMake(build_ext):
         build = pathlib.Path(os.environ.get("KESTRA_BUILD_FOLDER") or self.configure()).resolve()
         subprocess.run(["cmake", "--build", build, "--target", "kestra-html-python", "--parallel"], check=True)
         target.parent.mkdir(parents=True, exist_ok=True)
-        module, = (build / "python" / "kestra_html").glob("_native*")
+        # A folder that exists may have modules for other Pythons.
+        module = build / "python" / "kestra_html" / ("_native" + sysconfig.get_config_var("EXT_SUFFIX"))
+        if not module.is_file():
+            sys.exit(f"{module} was not built: is {build} configured with -DPython_EXECUTABLE={sys.executable}?")
         self.copy_file(str(module), str(target))
 
     def configure(self):

@@ -98,7 +98,7 @@ def name_difference(page, ours, theirs):
     if ours == [link.encode("latin-1", "replace").decode(errors="replace") for link in theirs]:
         return "no charset is named: lxml takes single bytes, here it is detected"
     if ours == by_html5_parser(page):
-        return "lxml reads the text of iframe or textarea as markup; html5-parser has the links found here"
+        return "html5-parser has the links found here"
     return OTHER
 
 

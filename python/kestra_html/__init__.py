@@ -6,7 +6,7 @@ bytes of the document, lines and columns count from 1, a charset is a Windows co
 UTF-8) or a registered name, 0 means that it is not known.
 
 The GIL is dropped for the whole of a call that takes no callback, so threads run at once. The bytes
-must not be changed meanwhile.
+must not be changed meanwhile: the parser reads them in place.
 
     >>> import kestra_html
     >>> kestra_html.links(b'<a href="/tea?a=1&amp;b=2">')
@@ -214,9 +214,9 @@ def tokens(data, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_s
 class Parser:
     """Cuts a document that comes in pieces of any size, such as a download.
 
-    The options are those of `tokens`. One thread at a time. With `scripts_as_tokens`, and without a
-    `charset`, a page that declares another one after its first text raises `HtmlError` with 705:
-    begin it again with the charset.
+    The options are those of `tokens`. One thread at a time: a call during another one raises
+    `RuntimeError`. With `scripts_as_tokens`, and without a `charset`, a page that declares another
+    one after its first text raises `HtmlError` with 705: begin it again with the charset.
     """
 
     def __init__(self, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_size=0, max_attributes=0):
@@ -248,15 +248,20 @@ def tokens_many(documents, *, threads=1, **options):
     """Yields the `Tokens`, or a `Failure`, of each document, in their order, by several threads.
 
     At most four documents for each thread are taken from the iterable beforehand. The options are
-    those of `tokens`.
+    those of `tokens`; wrong ones raise at once.
     """
+    tokens(b"", **options)
+    return _yield_tokens(documents, ThreadPoolExecutor(threads), threads, options)
+
+
+def _yield_tokens(documents, executor, threads, options):
     def parse(document):
         try:
             return tokens(document, **options)
-        except (HtmlError, OSError, TypeError, ValueError) as error:
-            return Failure(error, getattr(error, "result", 0))
+        except Exception as error:  # `read` and the buffer protocol may raise anything
+            return Failure(error, error.result if isinstance(error, HtmlError) else 0)
 
-    with ThreadPoolExecutor(threads) as pool:
+    with executor as pool:
         waiting = []
         for document in documents:
             waiting.append(pool.submit(parse, document))

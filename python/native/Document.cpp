@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "platform/Results.h"
@@ -16,19 +18,19 @@ namespace py = pybind11;
 
 namespace {
 
-constexpr std::size_t READ_SIZE = 65536;  // bytes, of a file that does not tell its size
+constexpr std::size_t READ_SIZE = 65536;  // bytes, of a file that does not report its size
 
-/// The size of a file in bytes; 0 when it cannot tell, such as a pipe. A folder tells the largest
-/// number.
-std::size_t GetSize(std::FILE* file) {
-    if (std::fseek(file, 0, SEEK_END) != 0)
+/// The size of a regular file in bytes. 0 for all others: a pipe has none, and a folder may report
+/// any number.
+std::size_t GetSize(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
         return 0;
-    const long end = std::ftell(file);
-    std::rewind(file);
-    return end < 0 || end == LONG_MAX ? 0 : static_cast<std::size_t>(end);
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    return error ? 0 : static_cast<std::size_t>(size);
 }
 
-/// Reads to where the bytes will stay, in one piece when the file tells its size.
+/// Reads to where the bytes will stay, in one piece when the file reports its size.
 /// @return 0, or the error of the system
 int ReadFile(const std::string& path, std::string* content) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
@@ -36,7 +38,7 @@ int ReadFile(const std::string& path, std::string* content) {
         return errno;
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     // One more, so that the end is seen without growing.
-    content->resize(GetSize(file.get()) + 1);
+    content->resize(GetSize(path) + 1);
     std::size_t size = 0;
     for (;;) {
         errno = 0;

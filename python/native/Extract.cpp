@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <numeric>
 #include <optional>
 #include <utility>
 
 #include "html/output/AttributesNormalizer.h"
 #include "html/references/CharacterReferences.h"
+#include "platform/CharSetConverter.h"
 #include "python/native/TokenTable.h"
 
 namespace Kestra::Python {
@@ -23,30 +25,6 @@ void SetWide(const WideString& value, ExtractedText* link) {
     link->isWide = true;
     if (!HTML::CharacterReferences<WideChar, WideString>::DecodeAttributeValue(value, &link->wide))
         link->wide = value;
-}
-
-/// @return whether the text depends on the charset
-bool SetText(const std::string& value, const GenericParser& parser, ExtractedText* link) {
-    bool isAscii = true;
-    bool hasReference = false;
-    bool hasTilde = false;
-    for (const char c : value) {  // without a branch, so that the compiler reads blocks
-        isAscii &= c > 0 && c != ESC;
-        hasReference |= c == '&';
-        hasTilde |= c == '~';
-    }
-    if (isAscii && !hasReference) {
-        link->ascii = value;
-        return false;
-    }
-    SetWide(Decode(value, parser.GetCharset(), false), link);
-    // In HZ, which is ASCII as well, "~" begins other characters.
-    return !isAscii || hasTilde;
-}
-
-bool SetText(const WideString& value, const GenericParser&, ExtractedText* link) {
-    SetWide(value, link);
-    return true;
 }
 
 /// Finds links in the tags of one flavour.
@@ -70,13 +48,38 @@ public:
     void OnText(HTML::TextData<C, S>*) override {
         contentBegin.reset();
     }
-    void OnEndTag(HTML::EndTagData<C, S>*) override {
+    void OnEndTag(HTML::EndTagData<C, S>* tag) override {
         contentBegin.reset();
+        NoteLength(*tag->attributes);
+    }
+    void OnEntityTag(HTML::EntityTagData<C, S>* tag) override {
+        NoteLength(*tag->tokens);
     }
 
-    /// Whether the links depend on the charset.
+    void Restart() {
+        links->links.clear();
+        undecoded.clear();
+        hasOtherThanAscii = false;
+    }
+
+    /// Whether the links depend on the charset, as long as that keeps ASCII.
     bool HasOtherThanAscii() const {
         return hasOtherThanAscii;
+    }
+
+    /// Decodes the links by the charset of the document: it may have been declared after them.
+    void DecodeLinks() {
+        const CharSet::Code charset = parser->GetCharset();
+        StringNS::CharSetConverter converter;
+        if (sizeof(C) == 1 && !converter.KeepsAscii(charset)) {
+            undecoded.resize(links->links.size());
+            std::iota(undecoded.begin(), undecoded.end(), std::size_t{0});
+        }
+        for (const std::size_t index : undecoded) {
+            ExtractedText& link = links->links[index];
+            SetWide(Decode(std::exchange(link.ascii, {}), charset, &converter), &link);
+        }
+        undecoded.clear();
     }
 
     /// Where the content of a script or style sheet begins, as an offset in what was fed, when the
@@ -85,9 +88,20 @@ public:
         return std::exchange(contentBegin, std::nullopt);
     }
 
+    /// The most attributes of a tag, or items of a declaration.
+    std::uint64_t GetLongestList() const {
+        return longestList;
+    }
+
 private:
+    template <typename List>
+    void NoteLength(const List& list) {
+        longestList = std::max(longestList, list.size());
+    }
+
     template <typename Tag>
     void Read(const Tag& tag) {
+        NoteLength(*tag.attributes);
         const S& name = *tag.name;
         if (!(name.size() == 1 && FoldAscii(name[0]) == 'a') && !EqualsKeyword(name, "area"))
             return;
@@ -111,18 +125,35 @@ private:
         if (!EqualsKeyword(attribute.name, "href"))
             return false;
         links->links.emplace_back();
-        if (attribute.hasValue) {
-            const bool isOther = SetText(attribute.value, *parser, &links->links.back());
-            hasOtherThanAscii = hasOtherThanAscii || isOther;
-        }
+        if (attribute.hasValue)
+            SetText(attribute.value);
         return true;
+    }
+
+    void SetText(const std::string& value) {
+        bool isAscii = true;
+        bool hasReference = false;
+        for (const char c : value) {  // without a branch, so that the compiler reads blocks
+            isAscii &= c >= 0;
+            hasReference |= c == '&';
+        }
+        links->links.back().ascii = value;
+        if (!isAscii || hasReference)
+            undecoded.push_back(links->links.size() - 1);
+        hasOtherThanAscii |= !isAscii;
+    }
+
+    void SetText(const WideString& value) {
+        SetWide(value, &links->links.back());
     }
 
     const GenericParser* parser;
     Links* links;
     Vector<HTML::Attribute<C, S>> parts;
     std::optional<std::uint64_t> contentBegin;
+    std::vector<std::size_t> undecoded;  // indexes of links
     bool hasOtherThanAscii = false;
+    std::uint64_t longestList = 0;
 };
 
 /// What a tag does to the text around it.
@@ -238,17 +269,21 @@ Links FindLinksOfFlavour(std::string_view bytes, const ParseOptions& options, bo
     GenericParser parser;
     LinkObserver<C, S> observer(&parser, &links);
     parser.SetObserver(&observer, false);
-    links.result = ParseWhole(&parser, bytes, options, [&links] { links.links.clear(); });
+    links.result = ParseWhole(&parser, bytes, options, [&observer] { observer.Restart(); });
+    observer.DecodeLinks();
     *isUtf16 = parser.IsWParser();
     return links;
 }
 
-/// The longest document, in bytes, after which the parser of a thread is kept. Its buffers grow to
-/// the longest token.
+/// The longest document, in bytes, and the longest list of attributes after which the parser of a
+/// thread is kept. Its strings grow to the longest token, which is a part of the document; a list
+/// can take 85 times the bytes of its tag.
 constexpr std::size_t LONGEST_KEPT = 1U << 20;
+constexpr std::uint64_t LONGEST_KEPT_LIST = 1024;
 
-/// In bytes. After each piece the rest of a script may be left out: the first ones are short, since
-/// scripts lie at the beginning, and the others twice as long each, since each piece takes time.
+/// In bytes. After each piece the rest of a script may be left out: the first one is short, since
+/// scripts lie at the beginning; each next one is twice as long, up to LONGEST_PIECE, since each
+/// piece takes time.
 constexpr std::size_t SHORTEST_PIECE = 4096;
 constexpr std::size_t LONGEST_PIECE = 16384;
 constexpr std::size_t LONGEST_LOOK_BACK = 512;
@@ -257,27 +292,29 @@ constexpr std::size_t LONGEST_LOOK_BACK = 512;
 /// scripts to get them anew takes longer than to parse.
 class ThreadParser {
 public:
-    explicit ThreadParser(bool isKept) : keepsParser(isKept) {
-        if (kept == nullptr)
-            kept = std::make_unique<GenericParser>();
+    ThreadParser() : parser(std::move(kept)) {
+        if (parser == nullptr)
+            parser = std::make_unique<GenericParser>();
     }
     ThreadParser(const ThreadParser&) = delete;
     ThreadParser& operator=(const ThreadParser&) = delete;
-    ~ThreadParser() {
-        if (keepsParser)
-            kept->SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
-        else
-            kept.reset();
-    }
+    /// Frees the parser, unless it is kept.
+    ~ThreadParser() = default;
 
     GenericParser* Get() const {
-        return kept.get();
+        return parser.get();
+    }
+
+    /// Keeps the parser for the next document.
+    void Keep() {
+        parser->SetObserver(static_cast<HTML::ParserObserver<char, std::string>*>(nullptr), false);
+        kept = std::move(parser);
     }
 
 private:
     static thread_local std::unique_ptr<GenericParser> kept;
 
-    bool keepsParser;
+    std::unique_ptr<GenericParser> parser;
 };
 
 thread_local std::unique_ptr<GenericParser> ThreadParser::kept;
@@ -300,7 +337,7 @@ std::size_t FindContentStop(std::string_view bytes, std::size_t begin) {
     }
 }
 
-/// The next piece: up to after a ">", so that it cuts no tag, when there is one near its end.
+/// The next piece: up to after a ">", so that it seldom cuts a tag, when there is one near its end.
 std::string_view CutPiece(std::string_view bytes, std::size_t size) {
     if (bytes.size() <= size)
         return bytes;
@@ -336,20 +373,26 @@ std::uint32_t FeedForLinks(std::string_view bytes, GenericParser* parser, LinkOb
 
 /// The same links in one pass: without a stream, which would copy the bytes, and without the
 /// detector.
-/// @return false when only a stream can tell: a broken construct must be read again, UTF-16 has
+/// @return false when a stream is needed: a broken construct must be read again, UTF-16 has
 ///         other names, or the charset matters and must be detected
 bool FindLinksInPlace(std::string_view bytes, const ParseOptions& options, Links* links) {
-    const ThreadParser threadParser(bytes.size() <= LONGEST_KEPT);
+    ThreadParser threadParser;
     GenericParser* const parser = threadParser.Get();
     LinkObserver<char, std::string> observer(parser, links);
     parser->SetObserver(&observer, false);
     SetUp(parser, options);
-    if (parser->StartParse(options.charset, options.type) != HTML::PARSER_OK ||
-        FeedForLinks(bytes, parser, &observer) != HTML::PARSER_OK || parser->EndParse() != HTML::PARSER_OK ||
-        parser->IsWParser())
-        return false;
-    // ASCII means itself in every charset that a detector finds, but where there are escapes.
-    return parser->GetCharset() != CharSet::UNKNOWN || (!observer.HasOtherThanAscii() && bytes.find(ESC) == bytes.npos);
+    const bool isParsed = parser->StartParse(options.charset, options.type) == HTML::PARSER_OK &&
+                          FeedForLinks(bytes, parser, &observer) == HTML::PARSER_OK &&
+                          parser->EndParse() == HTML::PARSER_OK && !parser->IsWParser();
+    // ASCII means itself in every charset that a detector finds, except where there are escapes.
+    const bool isCharsetKnown =
+        parser->GetCharset() != CharSet::UNKNOWN || (!observer.HasOtherThanAscii() && bytes.find(ESC) == bytes.npos);
+    if (isParsed && isCharsetKnown)
+        observer.DecodeLinks();
+    // What ended the parse may be a list that no observer saw.
+    if (isParsed && bytes.size() <= LONGEST_KEPT && observer.GetLongestList() <= LONGEST_KEPT_LIST)
+        threadParser.Keep();
+    return isParsed && isCharsetKnown;
 }
 
 }  // namespace

@@ -5,11 +5,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "c/kestra/html.h"
+#include "platform/AtScopeEnd.h"
 #include "python/native/Document.h"
 #include "python/native/Extract.h"
 #include "python/native/Rewriting.h"
@@ -124,7 +126,8 @@ Tokens MakeTokens(const py::object& source, std::uint32_t charset, std::uint32_t
     return Tokens(std::move(document), std::move(table));
 }
 
-/// A parser for a document that comes in pieces.
+/// A parser for a document that comes in pieces. It refuses a call during a call, which another
+/// thread can make because the GIL is dropped.
 class PieceParser {
 public:
     PieceParser(std::uint32_t charset, std::uint32_t type, bool scriptsAsTokens, std::uint64_t maxTokenSize,
@@ -143,6 +146,10 @@ public:
 private:
     template <typename Read>
     Tokens Make(Read read) {
+        if (isBusy)
+            throw std::runtime_error("the parser is in use: one thread at a time");
+        isBusy = true;
+        const AtScopeEnd end([this] { isBusy = false; });  // with the GIL again
         std::string bytes;
         TokenTable table;
         {
@@ -153,6 +160,7 @@ private:
     }
 
     PieceReader reader;
+    bool isBusy = false;  // with the GIL
 };
 
 /// The links, and the result of the parse.

@@ -6,7 +6,7 @@
 #include "html/output/AttributesNormalizer.h"
 #include "html/references/CharacterReferences.h"
 #include "html/rewrite/Rewriter.h"
-#include "platform/StringHelper.h"
+#include "platform/CharSetConverter.h"
 
 namespace Kestra::Python {
 
@@ -254,8 +254,8 @@ TokenText ReadToken(std::string_view bytes, HTML::TokenKind kind, std::uint64_t 
 }
 
 WideString Decode(std::string_view bytes, CharSet::Code charset, bool isUtf16) {
-    WideString text;
     if (isUtf16) {
+        WideString text;
         for (std::size_t i = 0; i + 1 < bytes.size(); i += sizeof(WideChar)) {
             const auto low = static_cast<unsigned char>(bytes[i]);
             const auto high = static_cast<unsigned char>(bytes[i + 1]);
@@ -263,12 +263,15 @@ WideString Decode(std::string_view bytes, CharSet::Code charset, bool isUtf16) {
         }
         return text;
     }
-    // The conversion leaves out a NUL at the end.
-    const bool endsInNul = !bytes.empty() && bytes.back() == '\0';
-    const CharSet::Code code = charset == CharSet::UNKNOWN ? CharSet::WINDOWS_1252 : charset;
-    StringNS::StringHelper::GetWideFromGeneric(code, bytes.data(), bytes.size() - (endsInNul ? 1 : 0), &text);
-    if (endsInNul)
-        text.push_back(0);
+    StringNS::CharSetConverter converter;
+    return Decode(bytes, charset, &converter);
+}
+
+WideString Decode(std::string_view bytes, CharSet::Code charset, StringNS::CharSetConverter* converter) {
+    WideString text;
+    // The parser reads UTF-7, which hides markup, as 1252 as well.
+    const bool isRead = charset != CharSet::UNKNOWN && charset != CharSet::UTF7;
+    converter->ToWide(isRead ? charset : CharSet::WINDOWS_1252, bytes.data(), bytes.size(), &text);
     return text;
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/CharSetConverter.h"
 #include "python/native/Document.h"
 
 namespace Kestra::Python {
@@ -75,7 +76,11 @@ TokenText ReadToken(std::string_view bytes, HTML::TokenKind kind, std::uint64_t 
                     bool isUtf16);
 
 /// Bytes of a document as text. What cannot be decoded is U+FFFD; with an unknown charset it is
-/// windows-1252.
+/// windows-1252, and so with UTF-7.
 WideString Decode(std::string_view bytes, StringNS::CharSet::Code charset, bool isUtf16);
+
+/// The same of bytes that are not UTF-16.
+/// @param converter  serves many texts
+WideString Decode(std::string_view bytes, StringNS::CharSet::Code charset, StringNS::CharSetConverter* converter);
 
 }  // namespace Kestra::Python

@@ -94,20 +94,35 @@ def test_a_pipe(tmp_path, size):
     assert sum(len(token.raw) for token in tokens) == size
 
 
+def get_peak_of_path(path):
+    """How many KiB more a process takes at most when it reads a path."""
+    program = ("import sys, pathlib, kestra_html\n"
+               "def peak():\n"
+               "    return next(int(line.split()[1]) for line in open('/proc/self/status') if 'VmHWM' in line)\n"
+               "before = peak()\n"
+               "try:\n"
+               "    kestra_html.detect(pathlib.Path(sys.argv[1]))\n"
+               "except IsADirectoryError:\n"
+               "    pass\n"
+               "print(peak() - before)")
+    finished = subprocess.run([sys.executable, "-c", program, path], check=True, capture_output=True, text=True)
+    return int(finished.stdout)
+
+
 @pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer takes more memory")
 def test_a_path_is_read_once(tmp_path):
     """The document and nothing else of its size is in memory."""
     path = tmp_path / "page.html"
     path.touch()
     os.truncate(path, 64 << 20)
-    program = ("import sys, pathlib, kestra_html\n"
-               "def peak():\n"
-               "    return next(int(line.split()[1]) for line in open('/proc/self/status') if 'VmHWM' in line)\n"
-               "before = peak()\n"
-               "kestra_html.detect(pathlib.Path(sys.argv[1]))\n"
-               "print(peak() - before)")
-    finished = subprocess.run([sys.executable, "-c", program, path], check=True, capture_output=True, text=True)
-    assert 64 << 10 <= int(finished.stdout) < 68 << 10  # KiB
+    assert 64 << 10 <= get_peak_of_path(path) < 68 << 10
+
+
+@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer takes more memory")
+@pytest.mark.parametrize("folder", [".", "/proc", "/dev"])
+def test_a_folder_takes_no_memory(folder):
+    """Whatever size the file system reports for it."""
+    assert get_peak_of_path(folder) < 4 << 10
 
 
 def close_map():
@@ -170,6 +185,8 @@ def test_a_token_says_what_it_is():
 
 @pytest.mark.parametrize("page, kind, name, text", [
     (b"Tea &amp;", Kind.TEXT, "", "Tea &amp;"),
+    (b"Tea\0", Kind.TEXT, "", "Tea\0"),
+    (b"Tea\0\0", Kind.TEXT, "", "Tea\0\0"),
     (b"<!--a--b-->", Kind.COMMENT, "", "a--b"),
     (b"<!--open", Kind.COMMENT, "", "open"),
     (b"<![CDATA[a]]>", Kind.CDATA, "CDATA", "[a"),
@@ -207,6 +224,12 @@ def test_utf16():
     assert [token.text for token in tokens] == ["", "naïve", ""]
     assert tokens[0].attributes[0].value == "é"
     assert kestra_html.links("<a href=é>".encode("utf-16")) == ["é"]
+
+
+def test_utf7_hides_nothing():
+    page = b"<meta charset=utf-7><p title=+AOk->+AOk-"
+    tokens = kestra_html.tokens(page)
+    assert (tokens[1].attributes[0].value, tokens[2].text, kestra_html.text(page)) == ("+AOk-",) * 3
 
 
 def test_charsets_have_names():
@@ -353,6 +376,38 @@ def test_a_charset_too_late_for_tokens_of_scripts():
     assert "\u0439" in [token.text for token in tokens]
 
 
+def test_a_parser_in_two_threads():
+    """A call during another one is refused, and the other one goes on."""
+    page = b"<p>text</p>" * 400_000
+    for _ in range(10):  # when the machine gives no time to this thread during the call
+        parser = kestra_html.Parser()
+        begun = threading.Event()
+        fed = []
+
+        def work():
+            begun.set()
+            fed.append(parser.feed(page))
+
+        thread = threading.Thread(target=work)
+        thread.start()
+        begun.wait()
+        refused = []
+        while not fed and not refused:
+            try:
+                parser.feed(b"")
+            except RuntimeError as error:
+                refused.append(error)
+                with pytest.raises(RuntimeError, match="one thread"):
+                    parser.close()
+        thread.join()
+        assert len(fed[0]) == 3 * 400_000
+        assert [token.raw for token in parser.feed(b"<b>")] == [b"<b>"]
+        if refused:
+            assert "one thread" in str(refused[0])
+            return
+    pytest.fail("no call was made during the other one")
+
+
 def test_pieces_with_a_broken_construct():
     parser = kestra_html.Parser()
     tokens = list(parser.feed(b"<a ")) + list(parser.feed(b"/ x")) + list(parser.close())
@@ -366,6 +421,39 @@ def test_many():
         9, 2, TypeError, 9]
     failure, = kestra_html.tokens_many([b"<abcdefgh>"], max_token_size=4)
     assert failure.result == 711
+
+
+class FailingReader:
+    def __init__(self, error):
+        self.error = error
+
+    def read(self):
+        raise self.error
+
+
+@pytest.mark.parametrize("document, error", [
+    (memoryview(b"abcd")[::2], BufferError),
+    (FailingReader(RuntimeError("no")), RuntimeError),
+    (FailingReader(KeyError("no")), KeyError),
+    (FailingReader(MemoryError()), MemoryError),
+    (FailingReader(kestra_html.HtmlError(705)), kestra_html.HtmlError),
+])
+def test_a_bad_document_among_many(document, error):
+    first, failure, last = kestra_html.tokens_many([PAGE, document, PAGE])
+    assert len(first) == len(last) == 9
+    assert type(failure.error) is error
+    assert failure.result == (705 if error is kestra_html.HtmlError else 0)
+
+
+@pytest.mark.parametrize("options, error", [
+    ({"max_token_size": -1}, TypeError),
+    ({"no_such_option": 1}, TypeError),
+    ({"charset": "no such charset"}, LookupError),
+    ({"threads": 0}, ValueError),
+])
+def test_wrong_options_for_many(options, error):
+    with pytest.raises(error):
+        kestra_html.tokens_many([PAGE], **options)
 
 
 def test_threads_share_nothing():

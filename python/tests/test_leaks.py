@@ -26,8 +26,10 @@ def use_page(number):
     """Everything that the module does with a page, failures as well."""
     page = PAGE + b"<p id=%d>" % number
     tokens = kestra_html.tokens(page)
-    tag = tokens[7]
-    assert (tag.attributes, tag.raw, tag.text) and tokens.begin[1] == 15
+    tag = tokens[9]
+    assert [attribute[:3] for attribute in tag.attributes] == [("class", "a", '"')]
+    assert (tag.kind.name, tag.raw, tag.text) == ("START_TAG", b'<p class="a">', "")
+    assert tokens.begin[1] == 15
     kestra_html.links(page, "http://example.org/")
     kestra_html.text(page)
     kestra_html.check(page)

@@ -1,5 +1,9 @@
 """Links, by the tokens of the same document: long scripts are left out, and pieces end anywhere."""
 
+import os
+import subprocess
+import sys
+
 import pytest
 
 import kestra_html
@@ -65,14 +69,44 @@ def test_a_script_that_never_ends():
     assert kestra_html.links(LINK + b"<script>" + LINK * PIECE) == ["x"]
 
 
-@pytest.mark.parametrize("page", [
-    b"<script>" + b"s" * 2 * PIECE + b"\x1b$B</script>\x1b(B</script>" + LINK,
-    b"<script>" + b"\x1b$B" + b"s" * 2 * PIECE + b"</script>\x1b(B</script>" + LINK,
-    b"<a href='\x1b$B!<\x1b(B'>" + b"t" * PIECE + LINK,
+@pytest.mark.parametrize("content", [
+    b"\x1b$B" + b"s" * 2 * PIECE,
+    b"s" * 2 * PIECE + b"\x1b$B",
+], ids=["first", "last"])
+@pytest.mark.parametrize("charset, links", [(0, ["x"]), (50221, ["x"]), (65001, ["y", "x"])])
+def test_escapes_that_hide_an_end(content, charset, links):
+    page = b"<script>" + content + b"</script><a href=y>\x1b(B</script>" + LINK
+    assert links_by_tokens(page, charset=charset) == links
+    assert kestra_html.links(page, charset=charset) == links
+
+
+LATE = ("чай с лимоном и пирогом " * 800).encode("koi8-r")  # longer than what a detector reads
+
+
+@pytest.mark.parametrize("page, charset, links", [
+    # The charset is declared after the link.
+    (b"<a href='\xc3\xa9'></a><meta charset=utf-8>", 0, ["é"]),
+    (b"<a href=\xc3\xa9></a><meta charset=utf-8><a href=\xc3\xa9>", 0, ["é", "é"]),
+    (b"<a href='&eacute;\xca'></a><meta charset=koi8-r><p / ", 0, ["éй"]),
+    (b"<a href='~{<rLe~}'><meta charset=hz-gb-2312>", 0, ["简体"]),
+    pytest.param(b"<p>" + LATE + b"<a href=\xca><meta charset=windows-1251>", 0, ["К"], id="late"),
+    # ASCII is not kept.
+    (b"<a href='~{<rLe~}'>", 52936, ["简体"]),
+    (b"<a href='~{<rLe~}'>", 65001, ["~{<rLe~}"]),
+    (b"<a href='\x0e1\x0f'>", 50222, ["ｱ"]),
+    (b"<a href='\x1b$B!<\x1b(B'>" + LINK, 50221, ["ー", "x"]),
+    (b"<a href='\x1b$B!<\x1b(B'>" + LINK, 65001, ["\x1b$B!<\x1b(B", "x"]),
+    (b"<a href='\x0e1\x0f'>", 65001, ["\x0e1\x0f"]),
+    (b"<a href='~[\\'>", 20106, ["ßÄÖ"]),
+    (b"<a href='~[&amp;'>", 20106, ["ßÄ&"]),
+    (b"<a href='+AOk-'>", 65000, ["+AOk-"]),
+    (b"<a href='+AOk-'><meta charset=utf-7>", 0, ["+AOk-"]),
+    (b"<a href='\x1a\x7f'>", 866, ["\x1a\x7f"]),
+    (b"<a href='\0\xc3\xa9\0\0'>", 65001, ["\0é\0\0"]),
 ])
-@pytest.mark.parametrize("charset", [0, 50220, 65001])
-def test_escapes(page, charset):
-    assert kestra_html.links(page, charset=charset) == links_by_tokens(page, charset=charset)
+def test_charset_of_links(page, charset, links):
+    assert links_by_tokens(page, charset=charset) == links
+    assert kestra_html.links(page, charset=charset) == links
 
 
 @pytest.mark.parametrize("charset", ["utf-8", "koi8-r", "shift_jis", "euc-jp", "big5", "gb18030", "euc-kr", "utf-16"])
@@ -96,3 +130,24 @@ def test_documents_share_nothing():
     assert kestra_html.links("<a href=é>".encode(), charset=65001) == ["é"]
     assert kestra_html.links(b"t" * (2 << 20) + LINK) == ["x"]
     assert kestra_html.links(LINK) == ["x"]
+
+
+@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer keeps memory that was freed")
+@pytest.mark.parametrize("begin, end", [
+    (b"<a", b">"), (b"<p", b">"), (b"<p", b"/>"), (b"</p", b">"), (b"<!x", b">"), (b"<p", b"/ >"), (b"<p", b""),
+    (b"<!x", b""), (b"", b""), (b"<!--", b"-->"), (b"<script>", b""),
+])
+def test_memory_that_a_page_leaves(begin, end):
+    """A thread keeps its parser, but no more than some times what is long in the page."""
+    program = ("import ctypes, os, sys, kestra_html\n"
+               "def resident():\n"
+               "    ctypes.CDLL(None).malloc_trim(0)\n"
+               "    return int(open('/proc/self/statm').read().split()[1]) * os.sysconf('SC_PAGE_SIZE')\n"
+               "page = sys.stdin.buffer.read()\n"
+               "kestra_html.links(b'<a href=x>')\n"
+               "before = resident()\n"
+               "kestra_html.links(page)\n"
+               "print(resident() - before)")
+    page = begin + b" b" * ((1 << 19) - 8) + end
+    finished = subprocess.run([sys.executable, "-c", program], input=page, check=True, capture_output=True)
+    assert int(finished.stdout) < 4 * len(page)

@@ -1,14 +1,44 @@
-"""`pip install .`, into an environment of its own, without a network."""
+"""`pip install .`, into an environment of its own, without a network; and its step that builds."""
 
 import os
 import pathlib
+import runpy
 import shutil
 import subprocess
 import sys
+import sysconfig
 
 import pytest
+import setuptools
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+
+
+@pytest.fixture
+def build(tmp_path, monkeypatch):
+    """Runs the step of setup.py in a folder that is built."""
+    monkeypatch.setattr(setuptools, "setup", lambda **options: None)
+    monkeypatch.setattr(subprocess, "run", lambda *arguments, **options: None)
+    monkeypatch.setenv("KESTRA_BUILD_FOLDER", str(tmp_path))
+    command = runpy.run_path(str(ROOT / "setup.py"))["BuildByCMake"](setuptools.Distribution())
+    monkeypatch.setattr(command, "get_ext_fullpath", lambda name: str(tmp_path / "target/module"))
+    (tmp_path / "python/kestra_html").mkdir(parents=True)
+    return lambda: command.build_extension(setuptools.Extension("kestra_html._native", []))
+
+
+def test_a_folder_with_modules_for_other_pythons(tmp_path, build):
+    for suffix in (".cpython-300-other.so", sysconfig.get_config_var("EXT_SUFFIX"), ".cpython-301-other.so"):
+        (tmp_path / f"python/kestra_html/_native{suffix}").write_text(suffix)
+    build()
+    assert (tmp_path / "target/module").read_text() == sysconfig.get_config_var("EXT_SUFFIX")
+
+
+@pytest.mark.parametrize("names", [[], ["_native.cpython-300-other.so"]], ids=["none", "another"])
+def test_a_folder_without_the_module(tmp_path, build, names):
+    for name in names:
+        (tmp_path / "python/kestra_html" / name).touch()
+    with pytest.raises(SystemExit, match="_native.* was not built"):
+        build()
 
 
 @pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="nothing that the sanitizer would see")

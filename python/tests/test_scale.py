@@ -1,5 +1,6 @@
 """The commands and the code of docs/scale.md, as they are printed there."""
 
+import contextlib
 import gzip
 import json
 import os
@@ -54,15 +55,15 @@ def test_the_commands(folder):
         "python3", sys.executable)
     environment = dict(os.environ, PATH=f"{TOOLS}:{pathlib.Path(sys.executable).parent}:{os.environ['PATH']}",
                        PARALLEL_HOME=str(folder))
-    with open(folder / "errors", "w+") as errors:
+    with open(folder / "output", "w") as output, open(folder / "errors", "w+") as errors:
         shell = subprocess.Popen(["bash", "-c", script], cwd=folder, env=environment, text=True,
-                                 stdin=subprocess.DEVNULL, stdout=open(folder / "output", "w"), stderr=errors,
-                                 start_new_session=True)
+                                 stdin=subprocess.DEVNULL, stdout=output, stderr=errors, start_new_session=True)
         try:
             status = shell.wait(timeout=100)
         finally:
-            # The scheduler and its workers.
-            os.killpg(shell.pid, signal.SIGKILL)
+            # The scheduler and its workers. When none is left, the errors below say why.
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(shell.pid, signal.SIGKILL)
         errors.seek(0)
         assert status == 0, errors.read()
     counts = [json.loads(line) for line in (folder / "output").read_text().splitlines() if line.startswith("{")]
