@@ -283,10 +283,10 @@ private:
     kestra_html_string EncodeUtf8(WideStringView string) const;
     std::uint32_t EncodeBytes(const std::string& text, kestra_html_string* string) const;
 
-    static inline const S noString;
-    static inline const Vector<HTML::Attribute<C, S>> noAttributes;
-    static inline const Vector<HTML::EntityToken<C, S>> noItems;
-
+    // Not static: the DLL has no objects that are made when it is loaded.
+    const S noString;
+    const Vector<HTML::Attribute<C, S>> noAttributes;
+    const Vector<HTML::EntityToken<C, S>> noItems;
     const AbsentParts<C, S> absent = {&noString, &noAttributes, &noItems};
     std::uint32_t encoding;
     /// The record, and `absent` less `ABSENT`, which the offsets into it include.
