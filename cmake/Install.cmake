@@ -67,7 +67,7 @@ string(REGEX REPLACE "/$" "" KESTRA_PKGCONFIG_TO_PREFIX ${KESTRA_PKGCONFIG_TO_PR
 configure_file(cmake/kestra-html.pc.in kestra-html.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestra-html.pc DESTINATION ${KESTRA_PKGCONFIG_DIR} COMPONENT development)
 
-if(TARGET kestra-html-python)
+if(KESTRA_BUILD_PYTHON)
     find_package(Python REQUIRED COMPONENTS Interpreter)
     set(KESTRA_PYTHON_DIR ${CMAKE_INSTALL_LIBDIR}/python${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}/site-packages
         CACHE STRING "Where the Python module is installed, below the prefix")
