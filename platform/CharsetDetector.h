@@ -13,7 +13,8 @@ struct DetectedCharset {
 };
 
 /// Guesses the charset of marked-up text: the system's language service on Windows, uchardet and
-/// ICU on POSIX. Not exported.
+/// ICU on POSIX. Built without those it knows 7-bit text and UTF-8, and answers
+/// RESULT_UNAVAILABLE for any other. Not exported.
 ///
 /// Has no state; any number of threads may call it at the same time.
 class CharsetDetector {
