@@ -25,7 +25,7 @@ PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
 
 LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
 
-.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-python bench-hostile compare-scripts corpus fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures clean
+.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-tool bench-python bench-hostile compare-scripts corpus test-charsets charset-table charset-models fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures test-view picture-view clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -33,13 +33,18 @@ help:
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
 	@echo 'make test-python    build the Python module and run its tests'
 	@echo 'make test-python-sanitized  the same with the address sanitizer'
+	@echo 'make test-view      build the release, use the page of kestra-html view in a browser'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make bench-python   compare the Python module with other parsers, links found from bytes'
-	@echo 'make bench-builds   the last part of make bench alone: the library as a distribution builds it beside that of the release'
+	@echo 'make bench-tool     the last part of make bench alone: how fast the tool writes tokens and events'
+	@echo 'make bench-builds   a part of make bench alone: the library as a distribution builds it beside that of the release'
 	@echo 'make compare-scripts  compare where tags lie around scripts as text with another tokenizer, over real pages'
 	@echo 'make corpus         build the release, check that thousands of real pages are reproduced'
+	@echo 'make test-charsets  build the release, measure the charset detector over samples from Debian packages'
+	@echo 'make charset-table  the same beside other detectors, for some minutes; draw the plot of the documents'
+	@echo 'make charset-models  write the language models of the detector anew, and fit its confidence'
 	@echo 'make fuzz           build the fuzzers, run them for an hour (FUZZ_SECONDS=n)'
 	@echo 'make check-fuzz     build the fuzzers, run each over its small corpus'
 	@echo 'make coverage       which lines of the library the tests reach'
@@ -57,6 +62,7 @@ help:
 	@echo 'make docs           the reference of all public names, with the guides: build/docs/html/index.html'
 	@echo 'make check-docs     fail when a public name has no comment, or a document a link that leads nowhere'
 	@echo 'make pictures       draw the pictures of the documents'
+	@echo 'make picture-view   make the picture of the README, in a browser'
 	@echo 'make clean          remove the build folder'
 
 run:
@@ -66,7 +72,7 @@ run:
 	build/release/bin/kestra-html tokens $(PAGE)
 
 test:
-	@setup/install build
+	@setup/install build view
 	setup/test-peers build/sanitize/test-peers
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
@@ -101,6 +107,14 @@ test-python-sanitized:
 	    PYTHONMALLOC=malloc ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
 	    /usr/bin/python3 python/run-tests build/sanitize/python $(PYTHON_TESTS)
 
+# Also in `make test`, with the sanitizers.
+test-view:
+	@setup/install build view
+	setup/test-peers build/release/test-peers
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
+	tests/view/check-in-browser build/release/test-peers/puppeteer-core build/release/bin/kestra-html examples/pages/saltmarsh-point.html
+
 test-memory:
 	@setup/install build
 	cmake --preset release
@@ -115,6 +129,7 @@ bench:
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@bench/run build/release/bin/kestra-bench build/bench comparison '^(web|wiki|large|scripts)'
 	@$(MAKE) bench-builds
+	@$(MAKE) bench-tool
 
 # The library as a distribution builds it: by its own flags, with debug information, without a build
 # type.
@@ -132,6 +147,14 @@ bench-builds: distribution-build
 	cmake --build --preset release --parallel $(JOBS) --target kestra-bench
 	@bench/compare build/release/bin/kestra-bench build/release/bin/kestra-bench:build/distribution/lib build/bench \
 	    '^(web|wiki|large)/document/(8bit|16bit|8bit-wide-utf8)/buffer/(16K|whole)$$' --rounds 12 --within 5 --by-corpus
+
+# How fast the tool writes, beside jq over the same output.
+bench-tool:
+	@setup/install build bench
+	setup/bench-corpora build/bench
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
+	@bench/tool build/release/bin/kestra-html build/bench web
 
 bench-python:
 	@setup/install build python bench bench-python
@@ -166,6 +189,29 @@ corpus:
 	cmake --preset release
 	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
 	tests/corpus/run build/release/bin/kestra-html build/corpus $(CORPUS)
+
+# The samples are made of translated messages, manuals and guides.
+build/charsets/samples/test.tsv: tests/charsets/make-samples tests/charsets/documents.py tests/charsets/charset_names.py
+	@setup/install build charsets
+	setup/fetch build/charsets/packages $$(tests/charsets/documents.py)
+	tests/charsets/make-samples build/charsets/packages build/charsets/samples
+
+test-charsets: build/charsets/samples/test.tsv
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target detector-answers
+	tests/charsets/measure build/release/bin/detector-answers build/charsets/samples build/charsets/reliability.svg --alone
+
+charset-table: build/charsets/samples/test.tsv
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target detector-answers
+	/usr/bin/python3 tests/charsets/measure build/release/bin/detector-answers build/charsets/samples docs/pictures/charset-confidence.svg
+
+charset-models: build/charsets/samples/test.tsv
+	tests/charsets/make-models build/charsets/packages >build/charsets/LanguageModels.cpp
+	mv build/charsets/LanguageModels.cpp platform/posix/LanguageModels.cpp
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target detector-answers
+	tests/charsets/fit-confidence build/release/bin/detector-answers build/charsets/samples
 
 fuzz:
 	@setup/install build fuzz
@@ -246,6 +292,14 @@ check-docs: docs
 pictures:
 	@setup/install pictures
 	for picture in docs/pictures/*.dot; do dot -Tsvg -o "$${picture%.dot}.svg" "$$picture"; done
+
+picture-view:
+	@setup/install build view
+	setup/test-peers build/release/test-peers
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-tool
+	tests/view/check-in-browser build/release/test-peers/puppeteer-core build/release/bin/kestra-html \
+	    examples/pages/saltmarsh-point.html --picture docs/pictures/view.png
 
 clean:
 	rm -rf build

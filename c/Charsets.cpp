@@ -11,7 +11,6 @@
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "platform/CharSetNames.h"
-#include "platform/Services.h"
 
 namespace Kestra::C {
 
@@ -20,8 +19,8 @@ namespace {
 using HTML::GenericParser;
 using StringNS::CharSet;
 
-constexpr std::uint32_t CERTAIN = 100;       // confidence in what a document says itself
-constexpr std::uint64_t NEVER_DETECT = 101;  // more confidence than there is
+constexpr std::uint32_t CERTAIN = 100;     // confidence in what a document says itself
+constexpr std::uint64_t NEVER_DETECT = 1;  // byte of the document: too little for the detector
 
 /// Notes whether a document has a byte-order mark.
 class MarkObserver final : public HTML::ParserObserver<char, std::string> {
@@ -39,7 +38,7 @@ bool FindDeclared(const void* data, std::size_t size, kestra_html_detection* det
     MarkObserver observer;
     GenericParser parser;
     parser.SetObserver(&observer, false);
-    parser.SetChrDetMinConfidence(NEVER_DETECT);
+    parser.SetChrDetMaxSize(NEVER_DETECT);
     parser.StartParse(CharSet::UNKNOWN, GenericParser::DATA_STREAM_AUTO);
     parser.ParseStream(MakeBorrowedStream(data, size).release(), true);
     detection->charset = parser.GetCharset();
@@ -57,10 +56,7 @@ std::uint32_t AskDetector(const void* data, std::size_t size, kestra_html_detect
     const std::uint32_t result = parser.DetectCharset(data, size, &code);
     if (result == HTML::PARSER_TOO_LITTLE_DATA || result == HTML::PARSER_DETECTOR_FAILED)
         return result;
-    Base::DetectedCharset detected;
-    std::uint32_t count = 0;
-    if (Base::GetServices().detectCharset(data, size, &detected, &count) == HTML::PARSER_OK && count == 1)
-        detection->confidence = std::min<std::uint32_t>(detected.confidence, CERTAIN);
+    detection->confidence = static_cast<std::uint32_t>(parser.GetDetectedConfidence());
     if (result == HTML::PARSER_OK) {
         detection->charset = code;
         detection->source = KESTRA_HTML_SOURCE_DETECTOR;

@@ -52,6 +52,8 @@ public:
     template <template <typename, typename> class Record>
     void OnToken(Record<C, S>* record) {
         token.Show(record);
+        if (options.on_summary != nullptr)
+            token.template SummarizeRecord<Record>(&summary);
         Send();
     }
 
@@ -83,6 +85,8 @@ private:
         if ((options.flags & KESTRA_HTML_EVENTS) == 0)
             return;
         token.ShowEvent(kind, text);
+        if (options.on_summary != nullptr)
+            token.SummarizeEvent(&summary);
         Send();
     }
 
@@ -90,7 +94,8 @@ private:
         isSending = true;
         std::uint32_t answer = 0;
         try {
-            answer = options.on_token(options.user, &token);
+            answer = options.on_summary != nullptr ? options.on_summary(options.user, &token, &summary)
+                                                   : options.on_token(options.user, &token);
         } catch (...) {
             hasFailed = true;
             answer = KESTRA_HTML_CALLBACK_FAILED;
@@ -103,6 +108,7 @@ private:
     GenericParser* parser;
     const kestra_html_options& options;
     TokenHandle<C, S> token;
+    kestra_html_summary summary{sizeof(kestra_html_summary), 0, 0, {}, {}, 0};
     bool isSending = false;
     bool hasFailed = false;
 };
@@ -131,7 +137,12 @@ std::uint32_t CheckDocument(const void* data, std::size_t size, std::uint32_t ch
 bool AreGood(const kestra_html_options& options) {
     return options.encoding <= KESTRA_HTML_UTF16 && (options.flags & ~ALL_FLAGS) == 0 &&
            options.script_mode <= KESTRA_HTML_SCRIPT_AS_TEXT && options.self_check <= KESTRA_HTML_CHECK_COPY &&
-           options.min_confidence <= MOST_CONFIDENCE && options.reserved == 0;
+           options.min_confidence <= MOST_CONFIDENCE && options.reserved == 0 &&
+           (options.on_token == nullptr || options.on_summary == nullptr);
+}
+
+bool WantsTokens(const kestra_html_options& options) {
+    return options.on_token != nullptr || options.on_summary != nullptr;
 }
 
 }  // namespace
@@ -140,10 +151,10 @@ bool AreGood(const kestra_html_options& options) {
 
 struct kestra_html_parser {
     explicit kestra_html_parser(const kestra_html_options& hostOptions) : options(hostOptions) {
-        if (options.on_token != nullptr && options.encoding == KESTRA_HTML_BYTES) {
+        if (Kestra::C::WantsTokens(options) && options.encoding == KESTRA_HTML_BYTES) {
             narrow = std::make_unique<Kestra::C::NarrowSender>(&parser, options);
             parser.SetObserver(narrow.get(), false);
-        } else if (options.on_token != nullptr) {
+        } else if (Kestra::C::WantsTokens(options)) {
             wide = std::make_unique<Kestra::C::WideSender>(&parser, options);
             parser.SetObserver(wide.get(), false);
         }
@@ -154,6 +165,8 @@ struct kestra_html_parser {
         parser.SetMaxAttributes(options.max_attributes);
         if (options.min_confidence != 0)
             parser.SetChrDetMinConfidence(options.min_confidence);
+        if (options.max_detect_size != 0)
+            parser.SetChrDetMaxSize(options.max_detect_size);
     }
     kestra_html_parser(const kestra_html_parser&) = delete;
     kestra_html_parser& operator=(const kestra_html_parser&) = delete;
@@ -352,6 +365,10 @@ uint32_t kestra_html_parser_is_utf16(const kestra_html_parser* parser) {
 
 uint32_t kestra_html_parser_used_detector(const kestra_html_parser* parser) {
     return QueryParser<uint32_t>(parser, [](const GenericParser& asked) { return asked.WasCharsetDetectorUsed(); });
+}
+
+uint32_t kestra_html_parser_detected_confidence(const kestra_html_parser* parser) {
+    return QueryParser<uint32_t>(parser, [](const GenericParser& asked) { return asked.GetDetectedConfidence(); });
 }
 
 uint32_t kestra_html_parser_has_charset_errors(const kestra_html_parser* parser) {

@@ -1,6 +1,7 @@
 #include "c/TokenHandle.h"
 
 #include <algorithm>
+#include <new>
 
 #include "html/framework/Instantiate.h"
 #include "html/output/AttributesNormalizer.h"
@@ -48,6 +49,14 @@ constexpr bool IS_NARROW = sizeof(C) == 1;
 template <typename C, typename S>
 std::uint32_t TokenHandle<C, S>::GetFlags() const {
     return layout->getFlags == nullptr ? 0 : layout->getFlags(bases[0]);
+}
+
+template <typename C, typename S>
+void TokenHandle<C, S>::SummarizeEvent(kestra_html_summary* summary) const {
+    summary->kind = kind;
+    summary->name = MakeString("", 0);
+    summary->text = HasBytes() ? EncodeBytesOrNull(*Get<std::string>(layout->bytes)) : MakeString("", 0);
+    summary->attribute_count = 0;
 }
 
 template <typename C, typename S>
@@ -249,6 +258,14 @@ std::uint32_t TokenHandle<C, S>::EncodeBytes(const std::string& text, kestra_htm
         *string = MakeString(wide->data(), wide->size() * sizeof(WideChar));
     }
     return KESTRA_HTML_OK;
+}
+
+template <typename C, typename S>
+kestra_html_string TokenHandle<C, S>::EncodeBytesOrNull(const std::string& text) const {
+    kestra_html_string string{nullptr, 0};
+    if (EncodeBytes(text, &string) == KESTRA_HTML_OUT_OF_MEMORY)
+        throw std::bad_alloc();
+    return string;
 }
 
 KESTRA_HTML_INSTANTIATE(TokenHandle);

@@ -188,6 +188,28 @@ public:
         return KESTRA_HTML_OK;
     }
 
+    /// The summary of a token that is shown, for the callback that gets it with the token.
+    template <template <typename, typename> class Record>
+    void SummarizeRecord(kestra_html_summary* summary) const {
+        // The layout is a constant here: nothing is looked up, and what is absent costs nothing.
+        constexpr RecordLayout KNOWN = LAYOUT<Record, C, S>;
+        summary->kind = kind;
+        summary->name = EncodePart<KNOWN.strings[KESTRA_HTML_PART_NAME]>();
+        if constexpr (IsAbsent(KNOWN.bytes))
+            summary->text = EncodePart<KNOWN.strings[KESTRA_HTML_PART_TEXT]>();
+        else
+            summary->text = EncodeBytesOrNull(*Get<std::string>(KNOWN.bytes));
+        if constexpr (!IsAbsent(KNOWN.items))
+            summary->attribute_count = GetItems().size();
+        else if constexpr (!IsAbsent(KNOWN.attributes))
+            summary->attribute_count = CountEntries();
+        else
+            summary->attribute_count = 0;
+    }
+
+    /// The same for what has no record.
+    void SummarizeEvent(kestra_html_summary* summary) const;
+
     std::uint32_t GetDecodedText(kestra_html_string* string) const;
     std::uint32_t GetAttribute(std::size_t index, kestra_html_attribute* attribute) const;
     std::uint32_t GetDecodedValue(std::size_t index, kestra_html_string* value) const;
@@ -244,12 +266,16 @@ private:
         return *Get<Vector<HTML::EntityToken<C, S>>>(layout->items);
     }
 
+    static constexpr bool IsAbsent(std::uint16_t offset) {
+        return (offset & RecordLayout::ABSENT) != 0;
+    }
+
     bool HasItems() const {
-        return (layout->items & RecordLayout::ABSENT) == 0;
+        return !IsAbsent(layout->items);
     }
 
     bool HasBytes() const {
-        return (layout->bytes & RecordLayout::ABSENT) == 0;
+        return !IsAbsent(layout->bytes);
     }
 
     Work& UseWork() const {
@@ -280,7 +306,17 @@ private:
         return MakeString(string.data(), string.size() * sizeof(C));
     }
 
+    /// The string at a known offset.
+    template <std::uint16_t OFFSET>
+    kestra_html_string EncodePart() const {
+        if constexpr (IsAbsent(OFFSET))
+            return MakeString("", 0);
+        else
+            return Encode(*Get<S>(OFFSET));
+    }
+
     kestra_html_string EncodeUtf8(WideStringView string) const;
+    kestra_html_string EncodeBytesOrNull(const std::string& text) const;
     std::uint32_t EncodeBytes(const std::string& text, kestra_html_string* string) const;
 
     // Not static: the DLL has no objects that are made when it is loaded.

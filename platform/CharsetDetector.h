@@ -9,12 +9,13 @@ namespace Kestra::Base {
 /// One answer of the detector.
 struct DetectedCharset {
     StringNS::CharSet::Code code = 0;  ///< a Windows code page
-    std::uint32_t confidence = 0;      ///< 0 to 100
+    std::uint32_t confidence = 0;      ///< 0 to 100; on POSIX the estimated percentage of such answers that are
+                                       ///< right
 };
 
-/// Guesses the charset of marked-up text: the system's language service on Windows, uchardet and
-/// ICU on POSIX. Built without those it knows 7-bit text and UTF-8, and answers
-/// RESULT_UNAVAILABLE for any other. Not exported.
+/// Guesses the charset of marked-up text: the system's language service on Windows; on POSIX models
+/// of languages, which take the answers of uchardet and ICU into account. Built without those it
+/// knows 7-bit text and UTF-8, and answers RESULT_UNAVAILABLE for any other. Not exported.
 ///
 /// Has no state; any number of threads may call it at the same time.
 class CharsetDetector {

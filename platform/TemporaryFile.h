@@ -2,16 +2,23 @@
 
 #include <cstdint>
 
+#include "platform/Characters.h"
+
 namespace Kestra::VFS {
 
 /// A file that no other process can open, and whose space is freed when it is closed, at the latest
 /// with the process.
 ///
-/// On POSIX it has no name and is in the system's fixed folder for temporary files, whatever the
-/// environment says. On Windows it is in the folder that the system names, and its name is removed
-/// with its last handle. Not exported.
+/// It is in the folder that the host has named, or else in that of the system: on POSIX a fixed
+/// one, whatever the environment says. On POSIX it has no name; on Windows its name is removed with
+/// its last handle. Not exported.
 class TemporaryFile {
 public:
+    /// For all files made from now on. Not to be called while another thread makes one.
+    /// @param path  null for the folder of the system
+    /// @return false, and nothing changes, for a path that cannot be used
+    static bool SetFolder(const WideChar* path);
+
     TemporaryFile();
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;

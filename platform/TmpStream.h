@@ -41,8 +41,8 @@ private:
 };
 
 /// Reads back what a `TmpOutputStream` collected, from its first byte on. It shares the storage:
-/// the output stream may be destroyed, and must not be written to any more once an input stream
-/// reads it.
+/// the output stream may be destroyed. It may also be written to between two reads; a stream that
+/// was at the end then goes on with the new bytes. One thread at a time.
 ///
 /// Where a write failed, the bytes before it can be read; at their end `Read` returns the code of
 /// that write in place of RESULT_END_OF_DATA, and `IsEnd` stays false. A `Seek` after the last byte

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "Characters.h"
 #include "Export.h"
 #include "InputStream.h"
@@ -18,6 +20,16 @@ public:
     /// @return a stream that the caller deletes, or null: a null or empty path, a missing file, a
     ///         folder, no permission.
     static InputStream* GetInputStreamEx(const WideChar* path);
+
+    /// Names the folder in which the library makes its temporary files, such as the copy of a
+    /// self-check that is too long for the memory. Until then it is that of the system: on POSIX a
+    /// fixed one, whatever the environment says. It is one for the process; call this before other
+    /// threads use the library. Files that exist stay where they are.
+    /// @param path  NUL-terminated, as for `GetInputStreamEx`; need not exist yet. Null for the
+    ///              folder of the system
+    /// @return 0; RESULT_INVALID_ARGUMENT (2) for a path that is empty, too long, or names nothing
+    ///         on this system: nothing changes then
+    static std::uint32_t SetTemporaryFolder(const WideChar* path);
 };
 
 }  // namespace Kestra::VFS

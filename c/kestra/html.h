@@ -255,6 +255,16 @@ typedef struct kestra_html_summary {
 /// @return 0; 2 for null or a `size` that is too small; 8; 50 for junk that cannot be decoded
 KESTRA_HTML_CALL uint32_t kestra_html_token_summary(const kestra_html_token* token, kestra_html_summary* summary);
 
+/// The same as `kestra_html_token_callback`, with the summary already made: the quickest way to see
+/// every token.
+/// @param user     that of the options
+/// @param token    borrowed until the callback returns
+/// @param summary  borrowed until the callback returns. Its `size` is what the library knows, and
+///                 may grow. The text of junk that cannot be decoded is a null pointer.
+/// @return as `kestra_html_token_callback`
+typedef uint32_t (*kestra_html_summary_callback)(void* user, const kestra_html_token* token,
+                                                 const kestra_html_summary* summary);
+
 /// An attribute, or an item of a declaration.
 /// @param token      borrowed
 /// @param index      from 0, in document order
@@ -325,6 +335,10 @@ typedef struct kestra_html_options {
     uint32_t reserved;                    ///< 0
     void* user;                           ///< handed to the callback
     kestra_html_token_callback on_token;  ///< null when only results are wanted
+    /// Called instead of `on_token`, which must be null then.
+    kestra_html_summary_callback on_summary;
+    /// What the detector looks at of a document, in bytes; 0 for 16,384. UINT64_MAX is all of it.
+    uint64_t max_detect_size;
 } kestra_html_options;
 
 /// Parses one document at a time: bytes in, tokens out.
@@ -406,6 +420,9 @@ KESTRA_HTML_CALL uint32_t kestra_html_parser_charset(const kestra_html_parser* p
 KESTRA_HTML_CALL uint32_t kestra_html_parser_is_utf16(const kestra_html_parser* parser);
 /// 1 when the charset was chosen by the detector.
 KESTRA_HTML_CALL uint32_t kestra_html_parser_used_detector(const kestra_html_parser* parser);
+/// How sure the detector was when a parse of this parser asked it last, also when it was not sure
+/// enough: of 100; 0 when it was never asked or had no answer.
+KESTRA_HTML_CALL uint32_t kestra_html_parser_detected_confidence(const kestra_html_parser* parser);
 /// 1 with KESTRA_HTML_CHARSET_ERRORS when something could not be decoded without loss.
 KESTRA_HTML_CALL uint32_t kestra_html_parser_has_charset_errors(const kestra_html_parser* parser);
 /// The code of the last conversion that failed, so that a token was lost: 50 or 8; 0 for none.

@@ -186,4 +186,17 @@ std::uint64_t GenericParser::GetChrDetMinConfidence() const {
     return engine->GetDetection().GetMinConfidence();
 }
 
+std::uint32_t GenericParser::SetChrDetMaxSize(std::uint64_t bytes) {
+    engine->GetDetection().SetMaxSize(bytes);
+    return PARSER_OK;
+}
+
+std::uint64_t GenericParser::GetChrDetMaxSize() const {
+    return engine->GetDetection().GetMaxSize();
+}
+
+std::uint64_t GenericParser::GetDetectedConfidence() const {
+    return engine->GetDetection().GetConfidence();
+}
+
 }  // namespace Kestra::HTML

@@ -54,10 +54,10 @@ class GenericParserEngine;
 ///
 /// **Copies**: a copy continues where the original was, even inside a token. It inherits neither
 /// the stream nor the text that the self-check keeps: its checksum goes on, and its
-/// `GetSelfCheckStream` is null until the next document. A copy or an assignment for which there is
-/// no memory throws `std::bad_alloc`, and the parser assigned to is unchanged. `SetObserver` throws
-/// it too when it takes ownership; the observer then stays the caller's, and the previous one stays
-/// bound.
+/// `GetSelfCheckStream` is null until the next document. A move is a copy. A copy or an assignment
+/// for which there is no memory throws `std::bad_alloc`, and the parser assigned to is unchanged.
+/// `SetObserver` throws it too when it takes ownership; the observer then stays the caller's, and
+/// the previous one stays bound.
 class KESTRA_HTML_API GenericParser {
 public:
     static constexpr std::uint64_t BUFFER_SIZE = 16384;                ///< bytes per read of a stream or file
@@ -182,11 +182,12 @@ public:
     /// bytes skipped. The self-check starts again: it compares what is fed from then on.
     ///
     /// **Memory**: with a limit a parser allocates for a stream at most 64 KiB and 16 times the
-    /// limit, not counting observers, streams, a kept self-check, the charset detector, and the
-    /// tables of charsets, which are loaded once. For this a limit also bounds the attributes of a
-    /// tag and the items of a declaration: 24 of them and one more for every 128 bytes of the
-    /// limit; one too many ends the call with 711 as if the token were too long. `SetMaxAttributes`
-    /// sets another number for attributes, each of which takes up to 1 KiB.
+    /// limit, not counting observers, streams, a kept self-check, the charset detector and what
+    /// `SetChrDetMaxSize` lets it look at, and the tables of charsets, which are loaded once. For
+    /// this a limit also bounds the attributes of a tag and the items of a declaration: 24 of them
+    /// and one more for every 128 bytes of the limit; one too many ends the call with 711 as if the
+    /// token were too long. `SetMaxAttributes` sets another number for attributes, each of which
+    /// takes up to 1 KiB.
     ///
     /// @param bytes  of the document; 0, the default, for no limit. Takes effect immediately,
     ///               survives `StartParse`, and is copied with the parser
@@ -211,8 +212,9 @@ public:
     ///         11 no detector, or no usable answer (ASCII)
     std::uint32_t DetectCharset(const void* data, std::uint64_t size, StringNS::CharSet::Code* out);
 
-    /// Detects over at most BUFFER_SIZE bytes from the stream's current position. The stream stays
-    /// the caller's.
+    /// The same over the bytes from the stream's current position, at most as many as
+    /// `SetChrDetMaxSize` says. The stream stays the caller's.
+    /// @return also a code of the stream; 8 when there is no memory for the bytes
     std::uint32_t DetectCharset(VFS::InputStream* stream, StringNS::CharSet::Code* out);
 
     /// Line of the next unread character, from 1. In a callback that is the end of the token; in
@@ -327,6 +329,22 @@ public:
     /// @return 0
     std::uint32_t SetChrDetMinConfidence(std::uint64_t confidence);
     std::uint64_t GetChrDetMinConfidence() const;  ///< as it was set; initially 50
+    /// Sets how much of a stream the detector looks at, in `ParseStream`, `ParseFile` and the
+    /// stream form of `DetectCharset`. They have these bytes in memory during the detection. Time
+    /// and memory are in proportion to what the stream has of them, not to the number set.
+    /// @param bytes  from the first byte looked at; initially BUFFER_SIZE, 16,384; 0 for the whole
+    ///               stream. With fewer than DETECTCHARSET_MIN_SIZE the detector is never asked.
+    ///               Takes effect immediately, survives `StartParse`, and is copied with the parser
+    /// @return 0
+    std::uint32_t SetChrDetMaxSize(std::uint64_t bytes);
+    std::uint64_t GetChrDetMaxSize() const;  ///< as it was set; initially 16,384
+
+    /// How sure the detector was when it was asked last, by a parse or by `DetectCharset`: of 100,
+    /// also when that was less than the minimum, or its answer was not usable. 0 when it was never
+    /// asked or had no answer, and after a detection that failed before it was asked. Nothing else
+    /// changes it: it survives `StartParse`, a parse that needs no detector leaves it, and it is
+    /// copied with the parser.
+    std::uint64_t GetDetectedConfidence() const;
 
     /// Defined inside the library only.
     struct Internals;

@@ -9,11 +9,13 @@
 
 namespace Kestra::HTML {
 
-/// Reads a stream by pieces into a buffer of its own. Not installed.
+/// Reads a stream by pieces, or its first bytes at once, into a buffer of its own. Not installed.
 class StreamPieces {
 public:
     /// @param readStream  borrowed
     explicit StreamPieces(VFS::InputStream* readStream);
+    StreamPieces(const StreamPieces&) = delete;
+    StreamPieces& operator=(const StreamPieces&) = delete;
 
     /// Allocates the buffer.
     /// @return 0, or why there is none
@@ -26,14 +28,20 @@ public:
     /// @return 0, RESULT_END_OF_DATA, or a failure
     std::uint32_t Read(const char** data, std::uint64_t* count, PieceOrigin* origin);
 
-    /// Reads until the buffer is full or the stream ends.
+    /// Reads the next `most` bytes, or up to the end of the stream. The buffer grows with what has
+    /// been read, not with `most`, and by doubling, so that time stays linear.
+    /// @param data  valid until the next call
     /// @return 0, or a failure
-    std::uint32_t FillBuffer(const char** data, std::uint64_t* count);
+    std::uint32_t ReadStart(std::uint64_t most, const char** data, std::uint64_t* count);
 
 private:
+    std::uint32_t Grow(std::uint64_t most);
+
     VFS::InputStream* stream;
     StreamReader reader;
     Base::DefaultBufferAllocPolicy buffer;
+    Base::DefaultBufferAllocPolicy otherBuffer;  // empty, but while bytes move to a longer one
+    Base::DefaultBufferAllocPolicy* current = &buffer;
 };
 
 }  // namespace Kestra::HTML

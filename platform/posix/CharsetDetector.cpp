@@ -1,23 +1,21 @@
 #include "platform/CharsetDetector.h"
 
-#include <uchardet.h>
-#include <unicode/ucsdet.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <limits>
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "platform/Characters.h"
 #include "platform/MarkupStripper.h"
 #include "platform/Results.h"
-#include "platform/posix/DetectorCodePages.h"
+#include "platform/posix/DetectorEngines.h"
+#include "platform/posix/EngineRule.h"
+#include "platform/posix/TextJudgement.h"
+#include "platform/posix/WideText.h"
 
 /// @file
-/// Two engines judge the text, and only what both say counts as certain: ICU's own confidence is
-/// the same for right and for wrong answers, and uchardet has none. docs/charset-detection.md holds
+/// What the bytes say without doubt comes first; the text of all others is judged by what its
+/// letters cost in the languages of each code page (TextJudgement). docs/charset-detection.md holds
 /// the rules, their reasons and the measured scores.
 
 namespace Kestra::Base {
@@ -28,42 +26,24 @@ using StringNS::CharSet;
 
 constexpr std::uint32_t CERTAIN = 100;
 constexpr std::uint32_t UTF16_MIN_CONFIDENCE = 90;  ///< what ICU must say about UTF-16LE in the bytes as they came
-constexpr std::uint32_t AGREEMENT_BASE = 90;        ///< both engines agree: 90 to 100
-constexpr std::uint32_t SINGLE_LIMIT = 60;          ///< only one engine answers
-constexpr std::size_t SINGLE_PER_BYTE = 3;          ///< and each byte from 128 up is worth three: 17 of them reach 50
-constexpr std::uint32_t DISPUTED_LIMIT = 40;        ///< the engines disagree
-constexpr std::uint32_t CONTRADICTED_LIMIT = 20;    ///< there is a NUL in what is to be 8-bit text
-constexpr std::uint32_t ICU_PREFERRED_FROM = 50;    ///< in a disagreement; right more often than any other limit
-constexpr std::uint32_t ICU_DAMAGED_UTF8 = 25;      ///< ICU: for each bad sequence, more than ten good ones
-/// ICU: the bytes can be read as this charset, and nothing else speaks for it.
-constexpr std::uint32_t ICU_NO_INDICATION = 10;
-
-struct CloseIcu {
-    void operator()(UCharsetDetector* detector) const {
-        ucsdet_close(detector);
-    }
-};
-
-struct CloseUchardet {
-    void operator()(uchardet_t detector) const {
-        uchardet_delete(detector);
-    }
-};
-
-/// What one engine says.
-struct Answer {
-    bool given = false;            ///< something speaks for the charset that the engine names
-    CharSet::Code code = 0;        ///< 0 for a charset without a code page, and for none
-    std::uint32_t confidence = 0;  ///< 0 to 100; 0 from uchardet
-    std::uint32_t utf8 = 0;        ///< the confidence in UTF-8, also when another charset comes first; 0 from uchardet
-};
+constexpr std::uint32_t AGREEMENT_BASE = 90;        ///< both engines find the same escapes: 90 to 100
+constexpr std::uint32_t SINGLE_CONFIDENCE = 80;     ///< only one engine finds escapes
+constexpr std::uint32_t HZ_CONFIDENCE = 97;
+constexpr std::uint32_t CONTRADICTED_LIMIT = 20;  ///< there is a NUL in what is to be 8-bit text
+constexpr CharSet::Code HZ = 52936;
 
 /// The kinds of bytes that tell 7-bit text, stateful text and UTF-16 apart.
 struct ByteKinds {
     bool highBit = false;
     bool escape = false;
     bool nul = false;
+    std::size_t controls = 0;  ///< those that text of bytes has no use for
 };
+
+/// White space, ESC, and what shifts in ISO-2022.
+bool IsTextControl(char byte) {
+    return (byte >= '\t' && byte <= '\r') || byte == 0x1B || byte == 0x0E || byte == 0x0F;
+}
 
 ByteKinds FindKinds(std::string_view bytes) {
     ByteKinds kinds;
@@ -71,6 +51,7 @@ ByteKinds FindKinds(std::string_view bytes) {
         kinds.highBit = kinds.highBit || (byte & 0x80) != 0;
         kinds.escape = kinds.escape || byte == 0x1B;
         kinds.nul = kinds.nul || byte == 0;
+        kinds.controls += byte >= 0 && byte < ' ' && !IsTextControl(byte) ? 1 : 0;
     }
     return kinds;
 }
@@ -111,148 +92,84 @@ bool IsUtf8(std::string_view bytes) {
     return true;
 }
 
-/// ICU's detector over one buffer.
-class IcuEngine {
-public:
-    /// @param bytes  borrowed for as long as the engine lives; what follows 2 GB is left out.
-    std::uint32_t Run(std::string_view bytes) {
-        UErrorCode status = U_ZERO_ERROR;
-        detector.reset(ucsdet_open(&status));
-        if (U_FAILURE(status) || detector == nullptr)
-            return RESULT_UNAVAILABLE;
-        constexpr std::size_t LIMIT = std::numeric_limits<std::int32_t>::max();
-        ucsdet_setText(detector.get(), bytes.data(), static_cast<std::int32_t>(std::min(bytes.size(), LIMIT)), &status);
-        matches = ucsdet_detectAll(detector.get(), &matchCount, &status);
-        if (status == U_INVALID_CHAR_FOUND) {  // how it says that no charset matches
-            matchCount = 0;
-            return RESULT_OK;
-        }
-        return U_FAILURE(status) ? RESULT_DETECTION_FAILED : RESULT_OK;
-    }
-
-    /// The best match.
-    std::uint32_t GetAnswer(Answer* answer) const {
-        if (matchCount == 0)
-            return RESULT_OK;
-        std::string_view name;
-        const std::uint32_t result = GetMatch(0, &name, &answer->confidence);
-        if (result != RESULT_OK)
-            return result;
-        answer->given = answer->confidence > ICU_NO_INDICATION;
-        answer->code = FindDetectorCodePage(name);
-        return GetConfidence(CharSet::UTF8, &answer->utf8);
-    }
-
-    /// The confidence of one charset wherever it is among the matches, 0 when it does not.
-    std::uint32_t GetConfidence(CharSet::Code code, std::uint32_t* confidence) const {
-        *confidence = 0;
-        for (std::int32_t i = 0; i < matchCount; ++i) {
-            std::string_view name;
-            std::uint32_t matchConfidence = 0;
-            const std::uint32_t result = GetMatch(i, &name, &matchConfidence);
-            if (result != RESULT_OK)
-                return result;
-            if (FindDetectorCodePage(name) == code) {
-                *confidence = matchConfidence;
-                return RESULT_OK;
-            }
-        }
-        return RESULT_OK;
-    }
-
-private:
-    std::uint32_t GetMatch(std::int32_t index, std::string_view* name, std::uint32_t* confidence) const {
-        UErrorCode status = U_ZERO_ERROR;
-        const char* nameText = ucsdet_getName(matches[index], &status);
-        const std::int32_t value = ucsdet_getConfidence(matches[index], &status);
-        if (U_FAILURE(status) || nameText == nullptr)
-            return RESULT_DETECTION_FAILED;
-        *name = nameText;
-        *confidence = static_cast<std::uint32_t>(std::clamp(value, 0, 100));
-        return RESULT_OK;
-    }
-
-    std::unique_ptr<UCharsetDetector, CloseIcu> detector;
-    const UCharsetMatch** matches = nullptr;
-    std::int32_t matchCount = 0;
-};
-
-/// uchardet names UTF-16 and UTF-32 by their byte-order mark but keeps the order to itself.
-CharSet::Code FindUchardetCodePage(std::string_view name, std::string_view text) {
-    const bool bigEndian = text.front() == '\xFE' || text.front() == '\0';
-    if (name == "UTF-16")
-        return bigEndian ? 1201 : CharSet::UTF16_LE;
-    if (name == "UTF-32")
-        return bigEndian ? 12001 : 12000;
-    return FindDetectorCodePage(name);
+/// Both engines name one charset.
+std::uint32_t AgreeWith(const EngineAnswer& icu) {
+    return AGREEMENT_BASE + icu.confidence * (CERTAIN - AGREEMENT_BASE) / CERTAIN;
 }
 
-std::uint32_t AskUchardet(std::string_view text, Answer* answer) {
-    const std::unique_ptr<uchardet, CloseUchardet> detector(uchardet_new());
-    if (detector == nullptr)
-        return RESULT_UNAVAILABLE;
-    if (uchardet_handle_data(detector.get(), text.data(), text.size()) != 0)
-        return RESULT_DETECTION_FAILED;
-    uchardet_data_end(detector.get());
-    const std::string_view name = uchardet_get_charset(detector.get());
-    answer->given = !name.empty();
-    answer->code = answer->given ? FindUchardetCodePage(name, text) : CharSet::UNKNOWN;
-    return RESULT_OK;
-}
-
-std::uint32_t AskIcu(std::string_view text, Answer* answer) {
-    IcuEngine engine;
-    const std::uint32_t result = engine.Run(text);
-    return result == RESULT_OK ? engine.GetAnswer(answer) : result;
-}
-
-/// Whole buffers in UTF-8 and ASCII are recognized before the engines are asked, so uchardet alone
-/// is wrong about them: it takes short Cyrillic text for UTF-8, and text whose other bytes went
-/// with the markup for ASCII.
-bool CanStandAlone(const Answer& uchardetAnswer) {
-    return uchardetAnswer.code != CharSet::UNKNOWN && uchardetAnswer.code != CharSet::UTF8 &&
-           uchardetAnswer.code != CharSet::US_ASCII;
-}
-
-/// The engines contradict each other: how far ICU leans towards the answer is the confidence, on a
-/// scale that stays low. ICU ranks UTF-8 with a damaged character after every charset that happens
-/// to fit, so uchardet needs no more than its consent there.
-DetectedCharset ChooseDisputed(const Answer& icuAnswer, const Answer& uchardetAnswer) {
-    if (uchardetAnswer.code == CharSet::UTF8 && icuAnswer.utf8 >= ICU_DAMAGED_UTF8)
-        return {CharSet::UTF8, DISPUTED_LIMIT};
-    const bool icuFits = icuAnswer.code != CharSet::UNKNOWN;
-    const bool uchardetFits = CanStandAlone(uchardetAnswer);
-    if (icuFits && (icuAnswer.confidence >= ICU_PREFERRED_FROM || !uchardetFits))
-        return {icuAnswer.code, icuAnswer.confidence * DISPUTED_LIMIT / CERTAIN};
-    if (uchardetFits)
-        return {uchardetAnswer.code, (CERTAIN - icuAnswer.confidence) * DISPUTED_LIMIT / CERTAIN};
+/// Text of 7 bits that is not ASCII: the engines find its escapes. Code 0 when they find none.
+DetectedCharset WeighSevenBits(const EngineAnswer& icu, const EngineAnswer& uchardet) {
+    const auto fits = [](const EngineAnswer& answer) {
+        return answer.given && (answer.code == CharSet::ISO_2022_JP || answer.code == CharSet::ISO_2022_KR);
+    };
+    if (fits(icu) && fits(uchardet) && icu.code == uchardet.code)
+        return {icu.code, AgreeWith(icu)};
+    if (fits(icu) != fits(uchardet))
+        return {fits(icu) ? icu.code : uchardet.code, SINGLE_CONFIDENCE};
     return {};
 }
 
-/// What a single answer can reach: a few bytes fit any charset.
-std::uint32_t FindSingleLimit(std::string_view text) {
-    const auto highBytes =
-        static_cast<std::size_t>(std::ranges::count_if(text, [](char byte) { return (byte & 0x80) != 0; }));
-    return highBytes >= SINGLE_LIMIT / SINGLE_PER_BYTE ? SINGLE_LIMIT
-                                                       : static_cast<std::uint32_t>(highBytes * SINGLE_PER_BYTE);
-}
-
-/// Weighs the two answers about a text. Code 0 when none of them can be given.
-DetectedCharset Weigh(const Answer& icuAnswer, const Answer& uchardetAnswer, std::string_view text) {
-    if (icuAnswer.code == uchardetAnswer.code && icuAnswer.code != CharSet::UNKNOWN)
-        return {icuAnswer.code, AGREEMENT_BASE + icuAnswer.confidence * (CERTAIN - AGREEMENT_BASE) / CERTAIN};
-    if (icuAnswer.given && uchardetAnswer.given)
-        return ChooseDisputed(icuAnswer, uchardetAnswer);
-    if (icuAnswer.given)
-        return {icuAnswer.code, std::min(icuAnswer.confidence, FindSingleLimit(text))};
-    if (uchardetAnswer.given && CanStandAlone(uchardetAnswer))
-        return {uchardetAnswer.code, FindSingleLimit(text)};
-    return {};
+/// True for runs of Chinese between "~{" and "~}" and no other "~{", as HZ has them; the end may
+/// cut the last run. Source: RFC 1843. Most characters of a text are of the first 55 rows, which
+/// lower-case words are not.
+bool HasChineseEscapes(std::string_view bytes) {
+    constexpr std::size_t LEAST_OF_CUT_RUN = 16;
+    std::size_t runs = 0;
+    std::size_t characters = 0;
+    std::size_t common = 0;
+    std::size_t position = bytes.find("~{");
+    while (position != std::string_view::npos) {
+        position += 2;
+        while (position + 1 < bytes.size() && bytes.substr(position, 2) != "~}") {
+            if (bytes[position] < 0x21 || bytes[position] > 0x77 || bytes[position + 1] < 0x21 ||
+                bytes[position + 1] > 0x7E)
+                return false;
+            common += bytes[position] <= 0x57 ? 1 : 0;
+            position += 2;
+            ++characters;
+        }
+        runs += position + 1 < bytes.size() ? 1 : 0;
+        position = position + 1 < bytes.size() ? bytes.find("~{", position) : std::string_view::npos;
+    }
+    return characters >= (runs > 0 ? 2 : LEAST_OF_CUT_RUN) && common * 5 >= characters * 4;
 }
 
 /// True for the charsets in whose text a NUL byte is part of a character.
 bool HasNuls(CharSet::Code code) {
     return code == CharSet::UTF16_LE || code == 1201 || code == 12000 || code == 12001;
+}
+
+/// Two bytes a character have a NUL, or, where no character is of ASCII, many bytes that are
+/// controls to other text. One that ends a file of an old system is none.
+bool MayBeWide(std::string_view bytes, const ByteKinds& kinds, bool isUtf8) {
+    constexpr char END_OF_FILE = 0x1A;
+    constexpr std::size_t LEAST_CONTROLS = 3;
+    constexpr std::size_t MOST_BYTES_EACH = 50;
+    if (kinds.nul)
+        return true;
+    const std::size_t controls = kinds.controls - (bytes.ends_with(END_OF_FILE) ? 1 : 0);
+    return kinds.highBit && !isUtf8 && controls >= LEAST_CONTROLS && controls * MOST_BYTES_EACH >= bytes.size();
+}
+
+/// Text that the engines know by its form rather than by its letters: by a mark, by NULs in four
+/// bytes a character, or by escapes beside which a few other bytes are damage.
+bool IsForTheEngines(const ByteKinds& kinds, const EngineAnswer& icu, const EngineAnswer& uchardet) {
+    const auto hasEscapes = [](const EngineAnswer& answer) {
+        return answer.given && (answer.code == CharSet::ISO_2022_JP || answer.code == CharSet::ISO_2022_KR);
+    };
+    return (HasNuls(icu.code) && icu.code == uchardet.code) || (kinds.nul && icu.given && HasNuls(icu.code)) ||
+           (kinds.highBit && kinds.escape && (hasEscapes(icu) || hasEscapes(uchardet)));
+}
+
+/// A few signs tell no language: then the engines decide, and the models only say how sure it is
+/// when they read the same.
+DetectedCharset FindAnswer(const Judgement& judgement) {
+    const std::uint32_t confidence = FindConfidence(judgement.evidence);
+    if (!judgement.isThin)
+        return {judgement.code, confidence};
+    if (judgement.enginesReadSame)
+        return {judgement.engines.code, std::max(judgement.engines.confidence, confidence)};
+    return judgement.engines;
 }
 
 }  // namespace
@@ -276,33 +193,42 @@ std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, Dete
     // need not be asked for it.
     const ByteKinds kinds = FindKinds(bytes);
     if (kinds.nul || bytes.starts_with("\xFF\xFE")) {
-        IcuEngine engine;
         std::uint32_t confidence = 0;
-        std::uint32_t result = engine.Run(bytes);
-        if (result == RESULT_OK)
-            result = engine.GetConfidence(CharSet::UTF16_LE, &confidence);
+        const std::uint32_t result = AskIcuAbout(bytes, CharSet::UTF16_LE, &confidence);
         if (result != RESULT_OK)
             return result;
         if (confidence >= UTF16_MIN_CONFIDENCE)
             return answerWith(CharSet::UTF16_LE, confidence);
     }
+    const bool isUtf8 = kinds.highBit && IsUtf8(bytes);
+    if (MayBeWide(bytes, kinds, isUtf8)) {
+        const DetectedCharset wide = FindWideText(bytes);
+        if (wide.code != CharSet::UNKNOWN)
+            return answerWith(wide.code, wide.confidence);
+    }
     if (!kinds.highBit && !kinds.escape && !kinds.nul)
-        return answerWith(CharSet::US_ASCII, CERTAIN);
-    if (kinds.highBit && IsUtf8(bytes))
+        return HasChineseEscapes(bytes) ? answerWith(HZ, HZ_CONFIDENCE) : answerWith(CharSet::US_ASCII, CERTAIN);
+    if (isUtf8)
         return answerWith(CharSet::UTF8, CERTAIN);
 
     const std::string text = StripMarkup(bytes);
     if (IsBlank(text))
         return RESULT_OK;
-    Answer icuAnswer;
-    Answer uchardetAnswer;
-    std::uint32_t result = AskIcu(text, &icuAnswer);
+    EngineAnswer icu;
+    EngineAnswer uchardet;
+    std::uint32_t result = AskIcu(text, &icu);
     if (result == RESULT_OK)
-        result = AskUchardet(text, &uchardetAnswer);
+        result = AskUchardet(text, &uchardet);
     if (result != RESULT_OK)
         return result;
 
-    DetectedCharset answer = Weigh(icuAnswer, uchardetAnswer, text);
+    DetectedCharset answer;
+    if (IsForTheEngines(kinds, icu, uchardet)) {
+        answer = WeighEngines(icu, uchardet, text);
+    } else {
+        const Judgement judgement = JudgeText(text, icu, uchardet);
+        answer = judgement.code == CharSet::UNKNOWN ? WeighSevenBits(icu, uchardet) : FindAnswer(judgement);
+    }
     if (kinds.nul && !HasNuls(answer.code))
         answer.confidence = std::min(answer.confidence, CONTRADICTED_LIMIT);
     return answerWith(answer.code, answer.confidence);

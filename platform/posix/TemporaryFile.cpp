@@ -1,6 +1,7 @@
 #include "platform/TemporaryFile.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -8,11 +9,46 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
+#include "platform/CodePoints.h"
 #include "platform/Results.h"
 #include "platform/posix/PositionedRead.h"
 
 namespace Kestra::VFS {
+
+namespace {
+
+constexpr char NAME[] = "/kestra-XXXXXX";
+
+/// An array: the file is wanted when there is no memory left.
+char temporaryFolder[PATH_MAX] = P_tmpdir;
+
+}  // namespace
+
+bool TemporaryFile::SetFolder(const WideChar* path) {
+    char folder[sizeof(temporaryFolder)] = P_tmpdir;
+    if (path != nullptr) {
+        const WideChar* const end = path + WideStringView(path).size();
+        std::size_t length = 0;
+        const auto append = [&](char byte) {
+            if (length < sizeof(folder))
+                folder[length] = byte;
+            ++length;
+        };
+        while (path != end) {
+            const char32_t character = ReadUtf16(&path, end);
+            if (IsSurrogate(character))
+                return false;
+            WriteUtf8(character, append);
+        }
+        if (length == 0 || length >= sizeof(folder))
+            return false;
+        folder[length] = 0;
+    }
+    std::memcpy(temporaryFolder, folder, sizeof(folder));
+    return true;
+}
 
 TemporaryFile::TemporaryFile() : handle(-1) {}
 
@@ -22,7 +58,10 @@ TemporaryFile::~TemporaryFile() {
 }
 
 std::uint32_t TemporaryFile::Create() {
-    char path[] = P_tmpdir "/kestra-XXXXXX";
+    char path[sizeof(temporaryFolder) + sizeof(NAME)];
+    const std::size_t length = std::strlen(temporaryFolder);
+    std::memcpy(path, temporaryFolder, length);
+    std::memcpy(path + length, NAME, sizeof(NAME));
     const int descriptor = mkostemp(path, O_CLOEXEC);  // readable by its owner only
     if (descriptor < 0)
         return RESULT_STREAM_FAILED;

@@ -14,6 +14,7 @@
 #include "platform/CodePoints.h"
 #include "platform/FileStreams.h"
 #include "platform/Results.h"
+#include "platform/TemporaryFile.h"
 #include "platform/posix/PositionedRead.h"
 
 namespace Kestra::VFS {
@@ -101,6 +102,10 @@ InputStream* VirtualFileSystem::GetInputStreamEx(const WideChar* path) {
     if (stream == nullptr)
         close(descriptor);
     return stream;
+}
+
+std::uint32_t VirtualFileSystem::SetTemporaryFolder(const WideChar* path) {
+    return TemporaryFile::SetFolder(path) ? RESULT_OK : RESULT_INVALID_ARGUMENT;
 }
 
 }  // namespace Kestra::VFS

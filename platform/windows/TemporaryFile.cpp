@@ -79,7 +79,29 @@ Path MakePath(std::wstring_view folder) {
     return longPath;
 }
 
+/// That of the host, absolute and with a separator at its end; empty for that of the system. An
+/// array, for the same reason as `Path`.
+std::array<wchar_t, MOST_FOLDER> hostFolder = {};
+
 }  // namespace
+
+bool TemporaryFile::SetFolder(const WideChar* path) {
+    if (path == nullptr) {
+        hostFolder[0] = 0;
+        return true;
+    }
+    std::array<wchar_t, MOST_FOLDER> folder;
+    const DWORD length =
+        *path == 0 ? 0 : GetFullPathNameW(path, static_cast<DWORD>(folder.size() - 1), folder.data(), nullptr);
+    if (length == 0 || length >= folder.size() - 1)
+        return false;
+    if (folder[length - 1] != L'\\') {
+        folder[length] = L'\\';
+        folder[length + 1] = 0;
+    }
+    hostFolder = folder;
+    return true;
+}
 
 TemporaryFile::TemporaryFile() : handle(-1) {}
 
@@ -89,12 +111,14 @@ TemporaryFile::~TemporaryFile() {
 }
 
 std::uint32_t TemporaryFile::Create() {
-    std::array<wchar_t, MOST_FOLDER> folder;
-    const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
-    if (length == 0 || length >= folder.size())
-        return RESULT_STREAM_FAILED;
+    std::array<wchar_t, MOST_FOLDER> folder = hostFolder;
+    if (folder[0] == 0) {
+        const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+        if (length == 0 || length >= folder.size())
+            return RESULT_STREAM_FAILED;
+    }
     for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-        const Path path = MakePath(std::wstring_view(folder.data(), length));
+        const Path path = MakePath(folder.data());
         // Shared with nobody, kept in memory while there is room, and removed when the handle is
         // closed, whoever closes it.
         const HANDLE opened = CreateFileW(path.Get().data(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,

@@ -9,6 +9,7 @@
 
 #include "platform/FileStreams.h"
 #include "platform/Results.h"
+#include "platform/TemporaryFile.h"
 #include "platform/windows/FileHandle.h"
 #include "platform/windows/LongPath.h"
 
@@ -102,6 +103,10 @@ InputStream* VirtualFileSystem::GetInputStreamEx(const WideChar* path) {
     if (stream == nullptr)
         CloseHandle(handle);
     return stream;
+}
+
+std::uint32_t VirtualFileSystem::SetTemporaryFolder(const WideChar* path) {
+    return TemporaryFile::SetFolder(path) ? RESULT_OK : RESULT_INVALID_ARGUMENT;
 }
 
 }  // namespace Kestra::VFS

@@ -25,6 +25,12 @@ struct Seen {
             result = answer;
     }
 
+    static std::uint32_t SeeSummary(void* user, const kestra_html_token* token, const kestra_html_summary* summary) {
+        auto* const seen = static_cast<Seen*>(user);
+        seen->bytes += summary->name.size + summary->text.size + summary->attribute_count;
+        return See(user, token);
+    }
+
     static std::uint32_t See(void* user, const kestra_html_token* token) {
         auto* const seen = static_cast<Seen*>(user);
         for (std::uint32_t part = 0; part <= KESTRA_HTML_PART_TAIL; ++part) {
@@ -55,13 +61,16 @@ struct Seen {
 };
 
 /// Parses the document by a new parser. @return the first answer that was not 0
-std::uint32_t Parse(std::uint32_t encoding, std::size_t* bytes) {
+std::uint32_t Parse(std::uint32_t encoding, bool wantsSummaries, std::size_t* bytes) {
     Seen seen;
     kestra_html_options options{};
     options.size = sizeof options;
     options.encoding = encoding;
     options.user = &seen;
-    options.on_token = &Seen::See;
+    if (wantsSummaries)
+        options.on_summary = &Seen::SeeSummary;
+    else
+        options.on_token = &Seen::See;
     kestra_html_parser* parser = nullptr;
     seen.Note(kestra_html_parser_create(&options, &parser));
     if (parser != nullptr) {
@@ -103,11 +112,13 @@ std::size_t FailEach(Call call) {
 
 TEST(CFailedAllocationTest, Parsing) {
     for (const std::uint32_t encoding : {KESTRA_HTML_BYTES, KESTRA_HTML_UTF8, KESTRA_HTML_UTF16}) {
-        std::size_t whole = 0;
-        ASSERT_EQ(Parse(encoding, &whole), 0U);
-        std::size_t bytes = 0;
-        EXPECT_GT(FailEach([&] { return Parse(encoding, &bytes); }), 20U);
-        EXPECT_EQ(bytes, whole);
+        for (const bool wantsSummaries : {false, true}) {
+            std::size_t whole = 0;
+            ASSERT_EQ(Parse(encoding, wantsSummaries, &whole), 0U);
+            std::size_t bytes = 0;
+            EXPECT_GT(FailEach([&] { return Parse(encoding, wantsSummaries, &bytes); }), 20U);
+            EXPECT_EQ(bytes, whole);
+        }
     }
 }
 

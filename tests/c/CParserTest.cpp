@@ -21,6 +21,7 @@ namespace {
 using StringNS::CharSet;
 
 constexpr std::uint64_t DOCUMENTS = 1500;
+constexpr std::uint64_t SUMMARIZED_DOCUMENTS = 300;
 constexpr std::uint32_t WINDOWS_1252 = 1252;
 constexpr std::uint32_t UTF8 = 65001;
 
@@ -225,6 +226,21 @@ TEST(CParserTest, JunkOfUtf16) {
         EXPECT_EQ(parser.End(), 0U);
     }
     EXPECT_EQ(junk, (std::vector<std::string>{document, "<a \xC3\xA9/ ", document}));
+}
+
+/// Compares the summary that comes with a token with the one asked for, and counts tokens.
+std::uint32_t CompareSummaries(void* user, const kestra_html_token* token, const kestra_html_summary* summary) {
+    ++*static_cast<std::uint64_t*>(user);
+    kestra_html_summary asked{};
+    asked.size = sizeof asked;
+    EXPECT_EQ(kestra_html_token_summary(token, &asked), 0U);
+    EXPECT_EQ(summary->size, sizeof asked);
+    EXPECT_EQ(summary->kind, asked.kind);
+    EXPECT_EQ(summary->reserved, 0U);
+    EXPECT_EQ(View(summary->name), View(asked.name));
+    EXPECT_EQ(View(summary->text), View(asked.text));
+    EXPECT_EQ(summary->attribute_count, asked.attribute_count);
+    return 0;
 }
 
 /// An attribute as "name=value@begin-end", its value decoded.
@@ -599,6 +615,19 @@ TEST(CParserTest, Options) {
         {"an unknown self-check", [](kestra_html_options* options) { options->self_check = 3; }, bad},
         {"more confidence than there is", [](kestra_html_options* options) { options->min_confidence = 101; }, bad},
         {"what is reserved", [](kestra_html_options* options) { options->reserved = 1; }, bad},
+        {"both callbacks",
+         [](kestra_html_options* options) {
+             options->on_token = [](void*, const kestra_html_token*) -> std::uint32_t { return 0; };
+             options->on_summary = &CompareSummaries;
+         },
+         bad},
+        {"a host that does not know the second one, whatever comes after its options",
+         [](kestra_html_options* options) {
+             options->size = offsetof(kestra_html_options, on_summary);
+             options->on_token = [](void*, const kestra_html_token*) -> std::uint32_t { return 0; };
+             options->on_summary = &CompareSummaries;
+         },
+         0},
     };
     for (const OptionsRow& row : rows) {
         kestra_html_options options = MakeOptions(KESTRA_HTML_BYTES, nullptr, nullptr);
@@ -648,6 +677,7 @@ TEST(CParserTest, NullIsAnswered) {
     EXPECT_EQ(kestra_html_parser_charset(nullptr), 0U);
     EXPECT_EQ(kestra_html_parser_is_utf16(nullptr), 0U);
     EXPECT_EQ(kestra_html_parser_used_detector(nullptr), 0U);
+    EXPECT_EQ(kestra_html_parser_detected_confidence(nullptr), 0U);
     EXPECT_EQ(kestra_html_parser_has_charset_errors(nullptr), 0U);
     EXPECT_EQ(kestra_html_parser_conversion_error(nullptr), 0U);
     EXPECT_EQ(kestra_html_parser_line(nullptr), 0U);
@@ -684,6 +714,42 @@ TEST(CParserTest, NullIsAnswered) {
         return 0U;
     };
     EXPECT_EQ(ForEachToken("<a b=c>", KESTRA_HTML_UTF8, check), 0U);
+}
+
+TEST(CParserTest, TheSummaryThatComesWithATokenIsTheOneAskedFor) {
+    const std::vector<std::string> pages = ReadPages(KESTRA_EXAMPLE_PAGES);
+    DocumentMaker maker(&pages);
+    for (const std::uint32_t encoding : {KESTRA_HTML_BYTES, KESTRA_HTML_UTF8, KESTRA_HTML_UTF16}) {
+        for (const std::uint32_t flags : {0U, std::uint32_t{KESTRA_HTML_WORDS_IN_VALUES}}) {
+            std::uint64_t tokens = 0;
+            kestra_html_options options = MakeOptions(encoding, nullptr, &tokens);
+            options.flags = flags | KESTRA_HTML_EVENTS;
+            options.on_summary = &CompareSummaries;
+            CParser parser(options);
+            ASSERT_EQ(parser.createResult, 0U);
+            for (std::uint64_t seed = 0; seed < SUMMARIZED_DOCUMENTS; ++seed) {
+                const std::string document = maker.Make(seed).bytes;
+                EXPECT_EQ(kestra_html_parser_start(parser.Get(), seed % 2 == 0 ? UTF8 : WINDOWS_1252, 0), 0U);
+                parser.FeedDocument(document);
+                parser.End();
+                if (HasFailure())
+                    FAIL() << "document " << seed;
+            }
+            EXPECT_GT(tokens, 10 * SUMMARIZED_DOCUMENTS);
+        }
+    }
+}
+
+TEST(CParserTest, ACallbackWithASummaryStopsTheDocument) {
+    std::uint32_t left = 2;
+    kestra_html_options options = MakeOptions(KESTRA_HTML_BYTES, nullptr, &left);
+    options.on_summary = [](void* user, const kestra_html_token*, const kestra_html_summary*) {
+        return --*static_cast<std::uint32_t*>(user) == 0 ? 1U : 0U;
+    };
+    CParser parser(options);
+    parser.Start();
+    EXPECT_EQ(parser.FeedDocument("<a><b><c>"), std::uint32_t{KESTRA_HTML_STOPPED});
+    EXPECT_EQ(left, 0U);
 }
 
 TEST(CParserTest, ASmallerSummaryIsFilledAsFarAsItGoes) {
@@ -751,6 +817,70 @@ std::string Repeat(std::string_view text, std::size_t count) {
     for (; count > 0; --count)
         repeated += text;
     return repeated;
+}
+
+std::uint64_t bytesLookedAt = 0;
+
+std::uint32_t CountBytes(const void* data, std::uint64_t size, Base::DetectedCharset* detected, std::uint32_t* count) {
+    bytesLookedAt = size;
+    return DetectUtf8(data, size, detected, count);
+}
+
+TEST(CParserTest, TheDetectorLooksAtAsMuchAsTheHostSays) {
+    const std::string document = Repeat("<p>nothing to see here</p>\n", 3000) + "gr\xC3\xBC\xC3\x9F";
+    const struct {
+        const char* note;
+        std::uint64_t most;
+        std::uint64_t looked;
+        std::uint32_t result;
+    } rows[] = {
+        {"the default", 0, 16384, 0},
+        {"less", 300, 300, 0},
+        {"too little for the detector", 255, 0, 0},
+        {"more", 50000, 50000, 0},
+        {"all of it", UINT64_MAX, document.size(), KESTRA_HTML_PARSE_AGAIN},
+    };
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.detectCharset = &CountBytes;
+    const Base::ServicesOverride replacement(services);
+    for (const auto& row : rows) {
+        kestra_html_options options = MakeOptions(KESTRA_HTML_BYTES, nullptr, nullptr);
+        options.max_detect_size = row.most;
+        CParser parser(options);
+        parser.Start(0);
+        EXPECT_EQ(kestra_html_parser_detected_confidence(parser.Get()), 0U) << row.note;
+        bytesLookedAt = 0;
+        EXPECT_EQ(parser.FeedDocument(document), row.result) << row.note;
+        EXPECT_EQ(bytesLookedAt, row.looked) << row.note;
+        // Of ASCII the detector is as sure as of UTF-8, though that is no answer of use.
+        EXPECT_EQ(kestra_html_parser_detected_confidence(parser.Get()), row.looked > 0 ? 77U : 0U) << row.note;
+    }
+    // What a host does not know is at its default.
+    kestra_html_options older = MakeOptions(KESTRA_HTML_BYTES, nullptr, nullptr);
+    older.size = offsetof(kestra_html_options, max_detect_size);
+    older.max_detect_size = 300;
+    CParser parser(older);
+    parser.Start(0);
+    EXPECT_EQ(parser.FeedDocument(document), 0U);
+    EXPECT_EQ(bytesLookedAt, 16384U);
+}
+
+TEST(CParserTest, TheDetectorIsAskedOnceForADetection) {
+    const std::string document = Repeat("nothing to see here. ", 30);
+    static int calls = 0;
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.detectCharset = [](const void* data, std::uint64_t size, Base::DetectedCharset* detected,
+                                std::uint32_t* count) {
+        ++calls;
+        return DetectUtf8(data, size, detected, count);
+    };
+    const Base::ServicesOverride replacement(services);
+    kestra_html_detection detection{};
+    detection.size = sizeof detection;
+    EXPECT_EQ(kestra_html_detect(document.data(), document.size(), &detection),
+              std::uint32_t{KESTRA_HTML_NOT_DETECTED});
+    EXPECT_EQ(detection.confidence, 77U);
+    EXPECT_EQ(calls, 1);
 }
 
 TEST(CParserTest, Detection) {

@@ -217,6 +217,24 @@ TEST(TmpStreamFileTest, ManySmallWritesCostFewCalls) {
     EXPECT_EQ(output.GetSize(), 101001U);
 }
 
+TEST(TmpStreamFileTest, BytesThatComeLaterAreReadToo) {
+    for (const std::uint64_t memoryLimit : {0U, 5U, 100U}) {
+        TmpOutputStream output(memoryLimit);
+        TmpInputStream input(output);
+        EXPECT_TRUE(input.IsEnd());
+        std::string expected;
+        for (int i = 0; i < 20; ++i) {
+            const std::string piece = "piece " + std::to_string(i);
+            ASSERT_EQ(output.Write(piece.data(), piece.size()), RESULT_OK);
+            expected += piece;
+            EXPECT_FALSE(input.IsEnd());
+            EXPECT_EQ(ReadAll(&input, 3).bytes, piece) << "from where it was";
+            ASSERT_EQ(input.Seek(0), RESULT_OK);
+            EXPECT_EQ(ReadAll(&input, 100).bytes, expected);
+        }
+    }
+}
+
 TEST(TmpStreamFileTest, AFileThatLostBytesFailsTheRead) {
     TmpOutputStream output(0);
     ASSERT_EQ(output.Write("some text", 9), RESULT_OK);

@@ -1,3 +1,7 @@
+#include <limits>
+#include <new>
+#include <stdexcept>
+
 #include "platform/Services.h"
 #include "platform/StringHelper.h"
 #include "tests/html/parser/DocumentRows.h"
@@ -13,6 +17,7 @@ struct DetectorScript {
     StringNS::CharSet::Code code = 0;
     std::uint32_t confidence = 100;
     std::uint32_t count = 1;
+    void (*fail)() = nullptr;  ///< throws
 
     int calls = 0;
     std::string data;
@@ -24,6 +29,8 @@ std::uint32_t DetectByScript(const void* data, std::uint64_t size, Base::Detecte
                              std::uint32_t* count) {
     ++script->calls;
     script->data.assign(static_cast<const char*>(data), static_cast<std::size_t>(size));
+    if (script->fail != nullptr)
+        script->fail();
     if (script->result != 0)
         return script->result;
     detected->code = script->code;
@@ -32,12 +39,17 @@ std::uint32_t DetectByScript(const void* data, std::uint64_t size, Base::Detecte
     return 0;
 }
 
-/// Puts a scripted detector in place.
+/// Puts a scripted detector in place, also of another one for a while.
 class ScriptedDetector {
 public:
     explicit ScriptedDetector(DetectorScript newScript)
-        : running(std::move(newScript)), services(WithScript()), replacement(services) {
+        : running(std::move(newScript)), previous(script), services(WithScript()), replacement(services) {
         script = &running;
+    }
+    ScriptedDetector(const ScriptedDetector&) = delete;
+    ScriptedDetector& operator=(const ScriptedDetector&) = delete;
+    ~ScriptedDetector() {
+        script = previous;
     }
 
     DetectorScript running;
@@ -49,6 +61,7 @@ private:
         return scripted;
     }
 
+    DetectorScript* previous;
     Base::Services services;
     Base::ServicesOverride replacement;
 };
@@ -64,6 +77,12 @@ DetectorScript Answer(StringNS::CharSet::Code code, std::uint32_t confidence = 1
 DetectorScript Failure(std::uint32_t result) {
     DetectorScript failure;
     failure.result = result;
+    return failure;
+}
+
+DetectorScript Throw(void (*fail)()) {
+    DetectorScript failure;
+    failure.fail = fail;
     return failure;
 }
 
@@ -97,7 +116,14 @@ const AnswerRow ANSWERS[] = {
     {"two results", Answer(1251, 100, 2), 50, 708, 0, 0},
     {"the detector cannot be started", Failure(11), 50, 11, 0, 0},
     {"the detector fails", Failure(709), 50, 709, 0, 706},
+    {"memory is lacking", Throw([] { throw std::bad_alloc(); }), 50, 8, 0, 0},
+    {"a string cannot be as long", Throw([] { throw std::length_error("too long"); }), 50, 8, 0, 0},
 };
+
+/// A document of the given size that leaves no doubt about its tokens.
+std::string DocumentOf(std::size_t size) {
+    return "<p>" + std::string(size - 7, 'x') + "</p>";
+}
 
 TEST(DetectCharsetTest, TheDetectorsAnswers) {
     const std::string text(256, 'x');
@@ -167,6 +193,239 @@ TEST(DetectCharsetTest, TheStreamFormReadsUpTo16384BytesHoweverShortTheReadsAre)
     }
 }
 
+TEST(DetectCharsetTest, TheMostBytesOfAStream) {
+    constexpr std::uint64_t ALL = std::numeric_limits<std::uint64_t>::max();
+    const std::string text = DocumentOf(100000);
+    const struct {
+        const char* note;
+        std::uint64_t most;
+        std::uint64_t size;  // of the stream
+        std::uint64_t looked;
+    } rows[] = {
+        {"as many as there are for the least data", 256, 20000, 256},
+        {"fewer than a read has", 1000, 20000, 1000},
+        {"one fewer than a buffer has", 16383, 20000, 16383},
+        {"the default", 16384, 20000, 16384},
+        {"one more", 16385, 20000, 16385},
+        {"all of them, to the byte", 20000, 20000, 20000},
+        {"several buffers", 50000, 100000, 50000},
+        {"a buffer that is full exactly when it has doubled", 32768, 100000, 32768},
+        {"more than there are", 1000000, 100000, 100000},
+        {"more than memory could hold", ALL, 100000, 100000},
+        {"no limit", 0, 100000, 100000},
+        {"no limit, and the end of a buffer is that of the stream", 0, 65536, 65536},
+    };
+    for (const auto& row : rows) {
+        for (const std::uint64_t readSize : {1000, 16384, 100000}) {
+            SCOPED_TRACE(row.note);
+            const std::string bytes = text.substr(0, static_cast<std::size_t>(row.size));
+            const ScriptedDetector detector(Answer(1251));
+            GenericParser parser;
+            EXPECT_EQ(parser.SetChrDetMaxSize(row.most), 0U);
+            EXPECT_EQ(parser.GetChrDetMaxSize(), row.most);
+            BoundedInputStream called(bytes, AtMost(readSize));
+            StringNS::CharSet::Code code = 0;
+            EXPECT_EQ(parser.DetectCharset(&called, &code), 0U);
+            EXPECT_EQ(detector.running.data, bytes.substr(0, static_cast<std::size_t>(row.looked)));
+            std::uint64_t position = 0;
+            EXPECT_EQ(called.GetPosition(&position), 0U);
+            EXPECT_EQ(position, row.looked);
+            // A parse looks at the same bytes.
+            BoundedInputStream parsed(bytes, AtMost(readSize));
+            EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
+            EXPECT_EQ(parser.ParseStream(&parsed, false), 705U);
+            EXPECT_EQ(detector.running.data, bytes.substr(0, static_cast<std::size_t>(row.looked)));
+            EXPECT_EQ(detector.running.calls, 2);
+        }
+    }
+}
+
+TEST(DetectCharsetTest, WithAMostOfFewerBytesThanItNeedsTheDetectorIsNeverAsked) {
+    const ScriptedDetector detector(Answer(1251));
+    GenericParser parser;
+    for (const std::uint64_t most : {1, 255}) {
+        parser.SetChrDetMaxSize(most);
+        VFS::MemoryInputStream called(DocumentOf(300));
+        StringNS::CharSet::Code code = 77;
+        EXPECT_EQ(parser.DetectCharset(&called, &code), 707U);
+        EXPECT_EQ(code, 77U);
+        VFS::MemoryInputStream parsed(DocumentOf(300));
+        EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
+        EXPECT_EQ(parser.ParseStream(&parsed, false), 0U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+    }
+    EXPECT_EQ(detector.running.calls, 0);
+    // It limits streams only.
+    const std::string text = DocumentOf(300);
+    StringNS::CharSet::Code code = 0;
+    EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), 0U);
+    EXPECT_EQ(detector.running.data, text);
+}
+
+int buffersAllowed = 0;
+
+std::uint32_t AdjustSome(Base::DefaultBufferAllocPolicy* buffer, std::uint64_t size) {
+    return buffersAllowed-- > 0 ? buffer->AdjustTo(size) : std::uint32_t{RESULT_OUT_OF_MEMORY};
+}
+
+TEST(DetectCharsetTest, AStreamThatDoesNotFitTheMemory) {
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.adjustBuffer = AdjustSome;
+    services.detectCharset = DetectByScript;
+    DetectorScript asked = Answer(1251);
+    script = &asked;
+    const Base::ServicesOverride replacement(services);
+    for (const int buffers : {1, 2}) {
+        GenericParser parser;
+        parser.SetChrDetMaxSize(0);
+        VFS::MemoryInputStream called(DocumentOf(100000));
+        buffersAllowed = buffers;
+        StringNS::CharSet::Code code = 0;
+        EXPECT_EQ(parser.DetectCharset(&called, &code), static_cast<std::uint32_t>(RESULT_OUT_OF_MEMORY));
+        // The first buffer of a parse is that for its pieces. The text stays as it was read.
+        VFS::MemoryInputStream parsed(DocumentOf(100000));
+        buffersAllowed = 1 + buffers;
+        EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
+        EXPECT_EQ(parser.ParseStream(&parsed, false), 0U);
+        EXPECT_EQ(parser.EndParse(), 0U);
+    }
+    EXPECT_EQ(asked.calls, 0);
+}
+
+TEST(DetectedConfidenceTest, OfTheLastAnswer) {
+    const std::string text = DocumentOf(300);
+    const struct {
+        const char* note;
+        DetectorScript script;
+        std::uint64_t confidence;
+    } rows[] = {
+        {"a charset", Answer(1251, 73), 73},
+        {"too low a confidence", Answer(1251, 12), 12},
+        {"none at all", Answer(1251, 0), 0},
+        {"ASCII", Answer(20127, 100), 100},
+        {"a code page without a name", Answer(4711, 64), 64},
+        {"more than there is", Answer(1251, 250), 100},
+        {"no result", Answer(1251, 88, 0), 0},
+        {"two results", Answer(1251, 88, 2), 0},
+        {"the detector cannot be started", Failure(11), 0},
+        {"the detector fails", Failure(709), 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.note);
+        GenericParser parser;
+        EXPECT_EQ(parser.GetDetectedConfidence(), 0U);
+        StringNS::CharSet::Code code = 0;
+        const auto askBefore = [&] {
+            const ScriptedDetector before(Answer(1252, 51));
+            EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), 0U);
+            EXPECT_EQ(parser.GetDetectedConfidence(), 51U);
+        };
+        const ScriptedDetector detector(row.script);
+        askBefore();
+        parser.DetectCharset(text.data(), text.size(), &code);
+        EXPECT_EQ(parser.GetDetectedConfidence(), row.confidence) << "of a buffer";
+        askBefore();
+        VFS::MemoryInputStream called(text);
+        parser.DetectCharset(&called, &code);
+        EXPECT_EQ(parser.GetDetectedConfidence(), row.confidence) << "of a stream";
+        askBefore();
+        VFS::MemoryInputStream parsed(text);
+        parser.StartParse(0, DATA_STREAM_AUTO);
+        parser.ParseStream(&parsed, false);
+        EXPECT_EQ(parser.GetDetectedConfidence(), row.confidence) << "of a parse";
+    }
+}
+
+TEST(DetectedConfidenceTest, WhatFailsBeforeTheDetectorIsAskedHasNone) {
+    const std::string text = DocumentOf(300);
+    const struct {
+        const char* note;
+        std::uint32_t (*call)(GenericParser* parser, const std::string& text);
+        std::uint32_t result;
+    } rows[] = {
+        {"too little data",
+         [](GenericParser* parser, const std::string& bytes) {
+             StringNS::CharSet::Code code = 0;
+             return parser->DetectCharset(bytes.data(), 255, &code);
+         },
+         707},
+        {"null for the code",
+         [](GenericParser* parser, const std::string& bytes) {
+             return parser->DetectCharset(bytes.data(), bytes.size(), nullptr);
+         },
+         2},
+        {"no stream",
+         [](GenericParser* parser, const std::string&) {
+             StringNS::CharSet::Code code = 0;
+             return parser->DetectCharset(nullptr, &code);
+         },
+         2},
+        {"a stream that cannot be read",
+         [](GenericParser* parser, const std::string& bytes) {
+             FaultyInputStream stream(bytes);
+             stream.FailRead(1, HOST_CODE);
+             StringNS::CharSet::Code code = 0;
+             return parser->DetectCharset(&stream, &code);
+         },
+         HOST_CODE},
+    };
+    const ScriptedDetector detector(Answer(1251, 60));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.note);
+        GenericParser parser;
+        StringNS::CharSet::Code code = 0;
+        EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), 0U);
+        EXPECT_EQ(parser.GetDetectedConfidence(), 60U);
+        EXPECT_EQ(row.call(&parser, text), row.result);
+        EXPECT_EQ(parser.GetDetectedConfidence(), 0U);
+    }
+}
+
+TEST(DetectedConfidenceTest, StaysUntilTheDetectorIsAskedAgain) {
+    const ScriptedDetector detector(Answer(1251, 77));
+    const std::string text = DocumentOf(300);
+    GenericParser parser;
+    VFS::MemoryInputStream stream(text);
+    EXPECT_EQ(parser.StartParse(0, DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 705U);
+    EXPECT_EQ(parser.GetDetectedConfidence(), 77U);
+    EXPECT_EQ(parser.StartParse(parser.GetCharset(), DATA_STREAM_AUTO), 0U);
+    EXPECT_EQ(parser.GetDetectedConfidence(), 77U);
+    EXPECT_EQ(stream.Seek(0), 0U);
+    EXPECT_EQ(parser.ParseStream(&stream, false), 0U);
+    EXPECT_EQ(parser.EndParse(), 0U);
+    EXPECT_EQ(parser.GetDetectedConfidence(), 77U);
+}
+
+TEST(DetectedConfidenceTest, CopiesHaveItAndTheMostBytes) {
+    const ScriptedDetector detector(Answer(1251, 77));
+    const std::string text = DocumentOf(300);
+    GenericParser parser;
+    EXPECT_EQ(parser.GetChrDetMaxSize(), 16384U);
+    parser.SetChrDetMaxSize(290);
+    StringNS::CharSet::Code code = 0;
+    EXPECT_EQ(parser.DetectCharset(text.data(), text.size(), &code), 0U);
+    GenericParser copied(parser);
+    GenericParser moved(std::move(parser));
+    GenericParser assigned;
+    assigned.SetChrDetMaxSize(0);
+    assigned = copied;
+    // What was moved from is as it was.
+    for (GenericParser* const each : {&copied, &moved, &assigned, &parser}) {  // NOLINT(bugprone-use-after-move)
+        EXPECT_EQ(each->GetDetectedConfidence(), 77U);
+        EXPECT_EQ(each->GetChrDetMaxSize(), 290U);
+        VFS::MemoryInputStream stream(text);
+        EXPECT_EQ(each->DetectCharset(&stream, &code), 0U);
+        EXPECT_EQ(detector.running.data, text.substr(0, 290));
+    }
+    // From then on each has its own.
+    EXPECT_EQ(copied.DetectCharset(text.data(), 255, &code), 707U);
+    copied.SetChrDetMaxSize(0);
+    EXPECT_EQ(copied.GetDetectedConfidence(), 0U);
+    EXPECT_EQ(assigned.GetDetectedConfidence(), 77U);
+    EXPECT_EQ(assigned.GetChrDetMaxSize(), 290U);
+}
+
 TEST(DetectCharsetTest, StreamsThatFailOrAreExhausted) {
     const ScriptedDetector detector(Answer(1251));
     GenericParser parser;
@@ -224,11 +483,6 @@ TEST(DetectCharsetTest, NullPointers) {
     EXPECT_EQ(parser.DetectCharset(static_cast<const void*>(nullptr), 300, &code), 2U);
     EXPECT_EQ(parser.DetectCharset(static_cast<VFS::InputStream*>(nullptr), &code), 2U);
     EXPECT_EQ(code, 9U);
-}
-
-/// A document of the given size that leaves no doubt about its tokens.
-std::string DocumentOf(std::size_t size) {
-    return "<p>" + std::string(size - 7, 'x') + "</p>";
 }
 
 Lines TokensOf(std::size_t size) {

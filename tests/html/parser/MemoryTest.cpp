@@ -12,6 +12,7 @@
 #include "html/parser/GenericParser.h"
 #include "html/stateless/StatelessHTMLParser.h"
 #include "platform/Results.h"
+#include "platform/Services.h"
 #include "tests/html/parser/CountedAllocations.h"
 #include "tests/html/parser/RandomTokens.h"
 #include "tests/support/Flavours.h"
@@ -1033,6 +1034,45 @@ TEST(KeptMemoryTest, APieceThatIsAllOneTokenIsNotGathered) {
     const Measured stateless = MeasureBuffer(STATELESS, options, piece);
     EXPECT_EQ(stateless.parseResult, std::uint32_t{HTML::STATELESS_LIMIT_EXCEEDED});
     EXPECT_LE(stateless.peak, 64 * KIB);
+}
+
+/// In place of the detector of the system, which needs memory for itself.
+std::uint32_t FindNothing(const void*, std::uint64_t, Base::DetectedCharset*, std::uint32_t* count) {
+    *count = 0;
+    return RESULT_OK;
+}
+
+// What the detector looks at is in memory once, after its buffer has grown by doubling, up to the
+// most that is looked at.
+TEST(KeptMemoryTest, TheBufferForTheDetectorGrowsByDoublingAndIsFreed) {
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.detectCharset = FindNothing;
+    const Base::ServicesOverride replacement(services);
+    const struct {
+        const char* note;
+        std::uint64_t most;
+        std::uint64_t streamSize;
+        std::uint64_t peak;
+    } rows[] = {
+        {"the default", GenericParser::BUFFER_SIZE, 8 * MIB, GenericParser::BUFFER_SIZE},
+        {"a part of the stream", MIB, 8 * MIB, MIB + MIB / 2},
+        {"a part that is not twice as long as another", MIB + KIB, 8 * MIB, MIB + MIB + KIB},
+        {"all of it", 0, 4 * MIB, 4 * MIB + 2 * MIB},
+        {"more than there is", UINT64_MAX, MIB, MIB + MIB / 2},
+        {"the last buffer is half empty", 0, MIB + KIB, 2 * MIB + MIB},
+    };
+    for (const auto& row : rows) {
+        PagedStream stream({std::string(KIB, 'a')}, row.streamSize - 1);
+        GenericParser parser;
+        parser.SetChrDetMaxSize(row.most);
+        StringNS::CharSet::Code code = 0;
+        const std::size_t before = GetHeapSize();
+        RestartHeapPeak();
+        EXPECT_EQ(parser.DetectCharset(&stream, &code), std::uint32_t{HTML::PARSER_DETECTOR_NOT_CONFIDENT});
+        EXPECT_GE(GetHeapPeak() - before, row.peak) << row.note;
+        EXPECT_LE(GetHeapPeak() - before, row.peak + 16 * KIB) << row.note;
+        EXPECT_LE(GetHeapSize() - before, KIB) << row.note;
+    }
 }
 
 /// The peak for many junk constructs, each of which is read again from the stream.

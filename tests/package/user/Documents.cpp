@@ -219,6 +219,10 @@ void UseFrontEnd() {
     CHECK(parser.GetChrDetMinConfidence() == 90);
     CharSet::Code code = 77;
     CHECK(parser.DetectCharset("short", 5, &code) == PARSER_TOO_LITTLE_DATA && code == 77);
+    CHECK(parser.GetDetectedConfidence() == 0);
+    CHECK(parser.GetChrDetMaxSize() == GenericParser::BUFFER_SIZE);
+    parser.SetChrDetMaxSize(0);
+    CHECK(parser.GetChrDetMaxSize() == 0);
 
     FailingStream failing;
     CHECK(parser.StartParse(CharSet::WINDOWS_1252, GenericParser::DATA_STREAM_8BIT) == PARSER_OK);

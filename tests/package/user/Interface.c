@@ -76,7 +76,7 @@ static void use_parser(void) {
     CHECK(kestra_html_parser_line(parser) == 1 && kestra_html_parser_column(parser) == strlen(PAGE) + 1);
     CHECK(kestra_html_parser_charset(parser) == 65001 && !kestra_html_parser_is_utf16(parser));
     CHECK(!kestra_html_parser_used_detector(parser) && !kestra_html_parser_has_charset_errors(parser));
-    CHECK(kestra_html_parser_conversion_error(parser) == 0);
+    CHECK(kestra_html_parser_conversion_error(parser) == 0 && kestra_html_parser_detected_confidence(parser) == 0);
     CHECK(kestra_html_parser_end(parser) == KESTRA_HTML_STOPPED); /* the text was open */
     CHECK(kestra_html_parser_place(parser, &place) == 0 && place.end == strlen(PAGE));
     CHECK(kestra_html_parser_start(parser, 65001, KESTRA_HTML_DATA_8BIT) == 0);

@@ -251,6 +251,39 @@ TEST(PosixTemporaryFileTest, IgnoresTheEnvironment) {
     EXPECT_EXIT(create(), testing::ExitedWithCode(0), "");
 }
 
+TEST(PosixTemporaryFileTest, LiesInTheFolderThatTheHostNames) {
+    const auto run = [](const std::u16string& folder) {
+        EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder(folder.c_str()), 0U);
+        const std::u16string lone{u'/', 0xD800};
+        const std::u16string tooLong(PATH_MAX, u'x');
+        for (const char16_t* const path : {u"", lone.c_str(), tooLong.c_str()})
+            EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder(path), 2U);
+        {
+            TemporaryFile file;
+            EXPECT_EQ(file.Create(), RESULT_OK);
+            const std::vector<OpenFile> files = GetOpenFiles(GetTemporaryEnding());
+            EXPECT_EQ(files.size(), 1U);
+            EXPECT_TRUE(!files.empty() && files[0].name.u16string().starts_with(folder + u"/kestra-"));
+        }
+        EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder((folder + u"/missing").c_str()), 0U) << "it may come later";
+        {
+            TemporaryFile file;
+            EXPECT_EQ(file.Create(), RESULT_STREAM_FAILED);
+        }
+        EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder(nullptr), 0U);
+        {
+            TemporaryFile file;
+            EXPECT_EQ(file.Create(), RESULT_OK);
+            EXPECT_EQ(CountTemporaryFiles(), 1U) << "in the folder of the system again";
+        }
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    };
+    const TemporaryFolder folder;
+    const std::filesystem::path named = folder.GetPath() / u8"f\u00F6lder";
+    std::filesystem::create_directory(named);
+    EXPECT_EXIT(run(named.u16string()), testing::ExitedWithCode(0), "");
+}
+
 TEST(PosixTmpStreamTest, WithoutAFileTheBytesInMemoryCanStillBeRead) {
     const auto run = [] {
         rlimit limit = {};

@@ -632,6 +632,25 @@ TEST(WindowsTemporaryFileTest, LiesInTheFolderThatTheSystemNames) {
     EXPECT_EQ(CountFiles(folder.GetPath()), 0U);
 }
 
+TEST(WindowsTemporaryFileTest, LiesInTheFolderThatTheHostNames) {
+    const TemporaryFolder folder;
+    const std::wstring front = GetFolderPath(folder);
+    for (const std::wstring& path : {front, front + L"\\"}) {
+        ASSERT_EQ(VirtualFileSystem::SetTemporaryFolder(path.c_str()), 0U);
+        EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder(L""), 2U);
+        EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder((front + std::wstring(300, L'x')).c_str()), 2U);
+        {
+            TemporaryFile file;
+            ASSERT_EQ(file.Create(), RESULT_OK);
+            EXPECT_EQ(CountFiles(folder.GetPath()), 1U);
+        }
+        EXPECT_EQ(VirtualFileSystem::SetTemporaryFolder(nullptr), 0U);
+        TemporaryFile file;
+        ASSERT_EQ(file.Create(), RESULT_OK);
+        EXPECT_EQ(CountFiles(folder.GetPath()), 0U);
+    }
+}
+
 TEST(WindowsTemporaryFileTest, ALongFolderAddsThePrefixThatLiftsTheLimit) {
     const TemporaryFolder folder;
     const std::wstring front = GetFolderPath(folder);

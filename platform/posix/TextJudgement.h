@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/CharSet.h"
+#include "platform/CharsetDetector.h"
+#include "platform/posix/DetectorEngines.h"
+
+namespace Kestra::Base {
+
+/// What speaks for an answer about a text.
+struct Evidence {
+    double margin = 0;            ///< bits by which the next page that reads the text otherwise is worse
+    double highBytes = 0;         ///< bytes from 128 up
+    double bitsPerByte = 0;       ///< what the answer's page takes for each of them
+    bool uchardetAgrees = false;  ///< reads the text the same
+    bool icuAgrees = false;
+    double icuConfidence = 0;  ///< 0 to 1, for whatever ICU names
+    double textBytes = 0;
+    double controls = 0;  ///< those that text has no use for
+    bool isDoubleByte = false;
+};
+
+struct Judgement {
+    StringNS::CharSet::Code code = 0;  ///< 0 without a byte from 128 up
+    Evidence evidence;
+    bool isThin = false;           ///< what is beyond ASCII are a few signs: no language is to be told by them
+    DetectedCharset engines;       ///< for thin text: what the engines say without the models
+    bool enginesReadSame = false;  ///< and whether that page reads the text as `code` does
+};
+
+/// Weighs the costs of all pages and what both engines say about a text without markup.
+Judgement JudgeText(std::string_view text, const EngineAnswer& icu, const EngineAnswer& uchardet);
+
+/// How many of a hundred answers with such evidence are estimated to be right.
+std::uint32_t FindConfidence(const Evidence& evidence);
+
+}  // namespace Kestra::Base

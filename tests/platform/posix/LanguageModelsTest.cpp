@@ -1,0 +1,88 @@
+#include "platform/posix/LanguageModels.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "tests/platform/posix/CharsetSamples.h"
+
+namespace Kestra::Base {
+namespace {
+
+using StringNS::CharSet;
+using Test::DecodeText;
+
+std::size_t CountSymbols(const LanguageModel& model) {
+    return (model.latin ? 27 : 2) + model.lower.size();
+}
+
+TEST(LanguageModelsTest, EveryModelIsWhole) {
+    std::set<std::string_view> languages;
+    for (const LanguageModel& model : LanguageModels()) {
+        EXPECT_TRUE(languages.insert(model.language).second) << model.language;
+        EXPECT_FALSE(model.lower.empty()) << model.language;
+        EXPECT_EQ(model.upper.size(), model.lower.size()) << model.language;
+        EXPECT_EQ(model.costs.size(), CountSymbols(model) * CountSymbols(model)) << model.language;
+    }
+    EXPECT_TRUE(languages.contains("en"));
+    EXPECT_GE(languages.size(), 42U);
+}
+
+TEST(LanguageModelsTest, EveryPageOfALanguageHasItsLetters) {
+    std::set<CharSet::Code> pages;
+    for (const LetterPage& page : LetterPages())
+        EXPECT_TRUE(pages.insert(page.code).second) << page.code;
+    for (const LanguageModel& model : LanguageModels()) {
+        EXPECT_NE(model.pages[0].code, 0U) << model.language;
+        for (const PageOfLanguage& page : model.pages)
+            EXPECT_TRUE(page.code == 0 || pages.contains(page.code)) << model.language << ", " << page.code;
+    }
+}
+
+/// What a digit of a cost is worth grows with it, and the costs of a row are those of a code: the
+/// probabilities of all symbols together are about one.
+TEST(LanguageModelsTest, CostsAreThoseOfACode) {
+    constexpr std::string_view DIGITS = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz+-";
+    for (std::size_t i = 0; i < DIGITS.size(); ++i)
+        EXPECT_EQ(ReadCostDigit(DIGITS[i]), i) << DIGITS[i];
+    for (const LanguageModel& model : LanguageModels()) {
+        EXPECT_EQ(model.costs.find_first_not_of(DIGITS), std::string_view::npos) << model.language;
+        const std::size_t size = CountSymbols(model);
+        for (std::size_t row = 0; row < size; ++row) {
+            double sum = 0;
+            for (const char digit : model.costs.substr(row * size, size))
+                sum += std::exp2(-static_cast<double>(ReadCostDigit(digit)) / 4);
+            EXPECT_NEAR(sum, 1, 0.2) << model.language << ", row " << row;
+        }
+    }
+    for (const LeadByteModel& model : LeadByteModels())
+        EXPECT_EQ(model.costs.size(), 128U) << model.code;
+}
+
+/// The pages as ICU has them. Bytes that are controls there may be no characters here, and ICU
+/// lacks the sign for "not" of 852.
+TEST(LanguageModelsTest, LettersAreThoseOfTheCodePage) {
+    for (const LetterPage& page : LetterPages()) {
+        std::string name;
+        for (const WideChar character : CharSet::GetCharSetName(page.code))
+            name.push_back(static_cast<char>(character));
+        std::size_t letters = 0;
+        for (std::size_t i = 0; i < std::size(page.units); ++i) {
+            if (page.units[i] < 0xA0 || page.units[i] == 0xFFFD || (page.code == 852 && page.units[i] == 0xAC))
+                continue;
+            // A second letter, as a converter may combine the first one with what follows.
+            const std::u16string decoded = DecodeText(std::string(1, static_cast<char>(i + 128)) + "a", name.c_str());
+            EXPECT_EQ(decoded.substr(0, 1), std::u16string(1, page.units[i])) << page.code << ", byte " << i + 128;
+            ++letters;
+        }
+        EXPECT_GE(letters, 50U) << page.code;  // 51 of ISO-8859-6
+    }
+}
+
+}  // namespace
+}  // namespace Kestra::Base
