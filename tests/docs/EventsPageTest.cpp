@@ -11,6 +11,7 @@
 
 #include "html/stateless/StatelessHTMLParser.h"
 #include "tests/docs/PageExamples.h"
+#include "tests/tools/TextSource.h"
 #include "tools/kestra-html/input/EventsPass.h"
 #include "tools/kestra-html/output/JsonEventObserver.h"
 #include "tools/kestra-html/output/LineSink.h"
@@ -72,7 +73,8 @@ Outcome RunExample(const Block& input) {
     StatelessHTMLParser parser;
     parser.Attach(&observer);
     Outcome outcome;
-    outcome.results = Tool::RunEventsPass(&parser, ReadEscapes(input.text), options, [](std::uint64_t) {});
+    TextSource source(ReadEscapes(input.text));
+    outcome.results = Tool::RunEventsPass(&parser, &source, options, [](std::uint64_t) {});
     outcome.callbacks = sink.lines;
     return outcome;
 }

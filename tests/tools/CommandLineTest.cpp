@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -21,6 +22,7 @@ using Tool::OutputFormat;
 using Tool::ParseOptions;
 using Tool::RewriteOptions;
 using Tool::TokensOptions;
+using Tool::ViewOptions;
 
 using Names = std::vector<std::string>;
 
@@ -40,17 +42,22 @@ TokensOptions ParseGood(const std::vector<const char*>& arguments) {
     return ParseGoodAs<TokensOptions>(arguments);
 }
 
+constexpr std::string_view COMMANDS[] = {"tokens", "events", "check", "detect", "rewrite", "view"};
 constexpr std::string_view BEFORE = "kestra-html: ";
-constexpr std::string_view AFTER = " (see kestra-html --help)";
 
-/// What is said about a line that is wrong, between these two; all of it when they are not there.
+/// What is said about a line that is wrong, between the name of the tool and the help that it
+/// points to: that of the subcommand, if there is one. All of it when they are not there.
 std::string ParseWrong(const std::vector<const char*>& arguments) {
+    const bool hasCommand = !arguments.empty() && std::find(std::begin(COMMANDS), std::end(COMMANDS),
+                                                            std::string_view(arguments.front())) != std::end(COMMANDS);
+    const std::string after =
+        hasCommand ? std::string(" (see kestra-html ") + arguments.front() + " --help)" : " (see kestra-html --help)";
     const CommandLine line = Parse(arguments);
     EXPECT_TRUE(line.answered.has_value());
     EXPECT_EQ(line.answered.value_or(Tool::EXIT_STATUS_GOOD), Tool::EXIT_STATUS_USAGE);
     std::string_view answer = line.answer;
-    const std::size_t around = BEFORE.size() + AFTER.size();
-    const bool isFramed = answer.size() >= around && answer.starts_with(BEFORE) && answer.ends_with(AFTER);
+    const std::size_t around = BEFORE.size() + after.size();
+    const bool isFramed = answer.size() >= around && answer.starts_with(BEFORE) && answer.ends_with(after);
     EXPECT_TRUE(isFramed) << answer;
     if (isFramed)
         answer = answer.substr(BEFORE.size(), answer.size() - around);
@@ -163,7 +170,7 @@ TEST(CommandLine, DefaultsOfCheck) {
     EXPECT_EQ(options.minConfidence, 50U);
     EXPECT_TRUE(options.reparse);
     EXPECT_FALSE(options.recursive);
-    EXPECT_EQ(options.jobs, 1U);
+    EXPECT_EQ(options.jobs, CheckOptions::AS_MANY_AS_CORES);
     EXPECT_EQ(options.inputs, Names{"-"});
 }
 
@@ -210,11 +217,15 @@ TEST(CommandLine, OptionsOfDetect) {
     const auto defaults = ParseGoodAs<DetectOptions>({"detect"});
     EXPECT_EQ(defaults.format, OutputFormat::TEXT);
     EXPECT_EQ(defaults.minConfidence, 50U);
+    EXPECT_EQ(defaults.bytes, 1048576U);
     EXPECT_EQ(defaults.inputs, Names{"-"});
-    const auto options =
-        ParseGoodAs<DetectOptions>({"detect", "--format", "json", "a", "--min-confidence", "0", "--", "-b"});
+    const auto options = ParseGoodAs<DetectOptions>(
+        {"detect", "--format", "json", "a", "--min-confidence", "0", "--bytes", "7", "--", "-b"});
     EXPECT_EQ(options.format, OutputFormat::JSON);
     EXPECT_EQ(options.minConfidence, 0U);
+    EXPECT_EQ(options.bytes, 7U);
+    EXPECT_EQ(ParseGoodAs<DetectOptions>({"detect", "--min-confidence", "100"}).minConfidence, 100U);
+    EXPECT_EQ(ParseGoodAs<CheckOptions>({"check", "--min-confidence", "100"}).minConfidence, 100U);
     EXPECT_EQ(options.inputs, (Names{"a", "-b"}));
 }
 
@@ -223,16 +234,26 @@ TEST(CommandLine, WrongUsage) {
         std::vector<const char*> arguments;
         const char* expected;
     } CASES[] = {
-        {{}, "a subcommand is required: tokens, events, check, detect or rewrite"},
-        {{"--"}, "a subcommand is required: tokens, events, check, detect or rewrite"},
-        {{"page.html"}, "The following argument was not expected: page.html"},
-        {{"--format=json", "tokens"}, "The following argument was not expected: --format=json"},
-        {{"tokens", "--bogus"}, "The following argument was not expected: --bogus"},
-        {{"tokens", "a", "-x", "b"}, "The following argument was not expected: -x"},
-        {{"tokens", "-1"}, "The following argument was not expected: -1"},
-        {{"tokens", "--flags", "1"}, "The following argument was not expected: --flags"},
-        {{"tokens", "--a\nb\x1B\xC2\x9B\xE2\x80\xAE"},
-         "The following argument was not expected: --a\\x0Ab\\x1B\\u009B\\u202E"},
+        {{}, "a subcommand is required: tokens, events, check, detect, rewrite or view"},
+        {{"--"}, "a subcommand is required: tokens, events, check, detect, rewrite or view"},
+        {{"page.html"}, "there is no subcommand page.html, only tokens, events, check, detect, rewrite or view"},
+        {{"-"}, "there is no subcommand -, only tokens, events, check, detect, rewrite or view"},
+        {{"tokn", "a"}, "there is no subcommand tokn, did you mean tokens?"},
+        {{"detetc"}, "there is no subcommand detetc, did you mean detect?"},
+        {{"--format=json", "tokens"}, "--format=json comes before the subcommand; options come after it"},
+        {{"--format", "json", "tokens"}, "--format comes before the subcommand; options come after it"},
+        {{"--help", "-x"}, "-x comes before the subcommand; options come after it"},
+        {{"tokens", "--formt=json"}, "tokens: there is no option --formt, did you mean --format?"},
+        {{"tokens", "--no-repar"}, "tokens: there is no option --no-repar, did you mean --no-reparse?"},
+        {{"rewrite", "--remove-elment", "b"},
+         "rewrite: there is no option --remove-elment, did you mean --remove-element?"},
+        {{"check", "--recursive"}, "--recursive: a directory is missing"},
+        {{"tokens", "--color", "yes"}, "--color: yes not in {auto,always,never}"},
+        {{"tokens", "--bogus"}, "tokens: there is no option --bogus"},
+        {{"tokens", "a", "-x", "b"}, "tokens: there is no option -x"},
+        {{"tokens", "-1"}, "tokens: there is no option -1"},
+        {{"tokens", "--flags", "1"}, "tokens: there is no option --flags"},
+        {{"tokens", "--a\nb\x1B\xC2\x9B\xE2\x80\xAE"}, "tokens: there is no option --a\\x0Ab\\x1B\\u009B\\u202E"},
         {{"tokens", "--charset", "\x07"}, "--charset: \"\\x07\" is neither a number nor a registered charset name"},
         {{"tokens", "--format"}, "--format: 1 required text|json missing"},
         {{"tokens", "--format", "xml"}, "--format: xml not in {text,json}"},
@@ -242,7 +263,7 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "--max-token", "x"}, "--max-token: \"x\" is not a decimal number"},
         {{"tokens", "--scripts", "1"}, "--scripts: 1 not in {tokens,text}"},
         {{"events", "--scripts", "1"}, "--scripts: 1 not in {tokens,text}"},
-        {{"detect", "--scripts", "text"}, "The following argument was not expected: --scripts"},
+        {{"detect", "--scripts", "text"}, "detect: there is no option --scripts"},
         {{"tokens", "--feed", "file"}, "--feed: file not in {stream,buffer}"},
         {{"tokens", "--charset", "no-such-charset"},
          "--charset: \"no-such-charset\" is neither a number nor a registered charset name"},
@@ -262,31 +283,65 @@ TEST(CommandLine, WrongUsage) {
         {{"tokens", "--piece-size", "0x10"}, "--piece-size: \"0x10\" is not a decimal number"},
         {{"tokens", "--piece-size", "1k"}, "--piece-size: \"1k\" is not a decimal number"},
         {{"tokens", "--min-confidence", "18446744073709551616"},
-         "--min-confidence: \"18446744073709551616\" is not a decimal number"},
+         "--min-confidence: \"18446744073709551616\" is not a number from 0 to 101"},
+        {{"tokens", "--min-confidence", "102"}, "--min-confidence: \"102\" is not a number from 0 to 101"},
+        {{"check", "--min-confidence", "101"}, "--min-confidence: \"101\" is not a number from 0 to 100"},
+        {{"detect", "--min-confidence", "101"}, "--min-confidence: \"101\" is not a number from 0 to 100"},
+        {{"detect", "--bytes", "1M"}, "--bytes: \"1M\" is not a decimal number"},
         {{"tokens", "--self-check", "on"}, "--self-check: on not in {off,crc,copy}"},
-        {{"tokens", "--recursive"}, "The following argument was not expected: --recursive"},
-        {{"events", "--observer", "wide"}, "The following argument was not expected: --observer"},
-        {{"events", "--input", "8bit"}, "The following argument was not expected: --input"},
-        {{"events", "--no-reparse"}, "The following argument was not expected: --no-reparse"},
+        {{"tokens", "--recursive"}, "--recursive: a directory is missing"},
+        {{"detect", "-r", "--files-from", ""}, "--files-from: the name of a file is missing"},
+        {{"events", "a", "-0"}, "--null: --files-from is missing"},
+        {{"tokens", "-", "--files-from", "-"}, "--files-from: standard input is the list of names already"},
+        {{"tokens", "-j0", "a"}, "--jobs: \"0\" is not a number from 1 to 1024"},
+        {{"events", "--observer", "wide"}, "events: there is no option --observer"},
+        {{"events", "--input", "8bit"}, "events: there is no option --input"},
+        {{"events", "--no-reparse"}, "events: there is no option --no-reparse"},
         {{"events", "--flags", "x"}, "--flags: \"x\" is not a number from 0 to 4294967295"},
         {{"events", "--flags", "4294967296"}, "--flags: \"4294967296\" is not a number from 0 to 4294967295"},
         {{"events", "--flags=-1"}, "--flags: \"-1\" is not a number from 0 to 4294967295"},
         {{"events", "--charset", "x"}, "--charset: \"x\" is neither a number nor a registered charset name"},
         {{"events", "--piece-size", "x"}, "--piece-size: \"x\" is not a decimal number"},
-        {{"check", "--observer", "wide"}, "The following argument was not expected: --observer"},
-        {{"check", "--self-check", "copy"}, "The following argument was not expected: --self-check"},
+        {{"check", "--observer", "wide"}, "check: there is no option --observer"},
+        {{"check", "--self-check", "copy"}, "check: there is no option --self-check"},
         {{"check", "--charset", "x"}, "--charset: \"x\" is neither a number nor a registered charset name"},
         {{"check", "--jobs", "0"}, "--jobs: \"0\" is not a number from 1 to 1024"},
         {{"check", "--jobs", "1025"}, "--jobs: \"1025\" is not a number from 1 to 1024"},
         {{"check", "--jobs", "all"}, "--jobs: \"all\" is not a number from 1 to 1024"},
         {{"check", "--jobs", "-1"}, "--jobs: \"-1\" is not a number from 1 to 1024"},
-        {{"detect", "--charset", "1252"}, "The following argument was not expected: --charset"},
+        {{"detect", "--charset", "1252"}, "detect: there is no option --charset"},
         {{"detect", "--format", "xml"}, "--format: xml not in {text,json}"},
-        {{"detect", "--min-confidence", "x"}, "--min-confidence: \"x\" is not a decimal number"},
-        {{"detect", "check", "-x"}, "The following argument was not expected: -x"},
+        {{"detect", "--min-confidence", "x"}, "--min-confidence: \"x\" is not a number from 0 to 100"},
+        {{"detect", "check", "-x"}, "detect: there is no option -x"},
     };
     for (const auto& row : CASES)
         EXPECT_EQ(ParseWrong(row.arguments), row.expected);
+}
+
+TEST(CommandLine, ViewTakesOneFile) {
+    const ViewOptions defaults = ParseGoodAs<ViewOptions>({"view"});
+    EXPECT_EQ(defaults.output, "-");
+    EXPECT_EQ(defaults.charset, 0U);
+    EXPECT_EQ(defaults.input, GenericParser::DATA_STREAM_AUTO);
+    EXPECT_EQ(defaults.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
+    EXPECT_EQ(defaults.maxTokenSize, 0U);
+    EXPECT_EQ(defaults.minConfidence, 50U);
+    EXPECT_TRUE(defaults.reparse);
+    EXPECT_EQ(defaults.inputs, Names{"-"});
+    const ViewOptions options =
+        ParseGoodAs<ViewOptions>({"view", "-o", "[b,c]", "--charset", "utf-8", "--input", "8bit", "--scripts", "text",
+                                  "--max-token", "7", "--min-confidence", "8", "--no-reparse", "a"});
+    EXPECT_EQ(options.output, "[b,c]");
+    EXPECT_EQ(options.charset, 65001U);
+    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
+    EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TEXT);
+    EXPECT_EQ(options.maxTokenSize, 7U);
+    EXPECT_EQ(options.minConfidence, 8U);
+    EXPECT_FALSE(options.reparse);
+    EXPECT_EQ(options.inputs, Names{"a"});
+    EXPECT_EQ(ParseGoodAs<ViewOptions>({"view", "--output=b", "--", "-o"}).output, "b");
+    EXPECT_EQ(ParseWrong({"view", "a", "b"}), "a page shows one file");
+    EXPECT_EQ(ParseWrong({"view", "--observer", "wide"}), "view: there is no option --observer");
 }
 
 TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
@@ -318,12 +373,12 @@ TEST(CommandLine, RewriteTakesEditsAndWhereTheyGo) {
         std::vector<const char*> arguments;
         const char* expected;
     } WRONG[] = {
-        {{"rewrite", "a", "b"}, "rewrite: more than one file needs --in-place or --dry-run"},
+        {{"rewrite", "a", "b"}, "more than one file needs --in-place or --dry-run"},
         {{"rewrite", "--in-place"}, "--in-place: standard input is no file"},
         {{"rewrite", "--in-place", "a", "-"}, "--in-place: standard input is no file"},
         {{"rewrite", "--set", "a"}, "--set: \"a\" is not ELEMENT.ATTRIBUTE=VALUE"},
-        {{"rewrite", "--observer", "wide"}, "The following argument was not expected: --observer"},
-        {{"tokens", "--set", "a.b=c"}, "The following argument was not expected: --set"},
+        {{"rewrite", "--observer", "wide"}, "rewrite: there is no option --observer"},
+        {{"tokens", "--set", "a.b=c"}, "tokens: there is no option --set"},
     };
     for (const auto& row : WRONG)
         EXPECT_EQ(ParseWrong(row.arguments), row.expected);
@@ -333,6 +388,9 @@ TEST(CommandLine, HelpAndVersion) {
     const CommandLine version = Parse({"--version"});
     EXPECT_EQ(version.answered, Tool::EXIT_STATUS_GOOD);
     EXPECT_EQ(version.answer, "kestra-html " KESTRA_VERSION);
+
+    EXPECT_EQ(Parse({"tokens", "--version"}).answered, Tool::EXIT_STATUS_GOOD);
+    EXPECT_EQ(Parse({"tokens", "--version"}).answer, version.answer);
 
     const CommandLine help = Parse({"--help"});
     EXPECT_EQ(help.answered, Tool::EXIT_STATUS_GOOD);
@@ -361,8 +419,8 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
     for (const char* const part :
          {"Usage: kestra-html check [OPTIONS] [FILE...]", "--format text|json=text", "--charset CHARSET=0",
           "--input auto|8bit|utf16=auto", "--feed stream|buffer=stream", "--piece-size N=0", "--min-confidence N=50",
-          "--no-reparse", "--scripts tokens|text=tokens", "--max-token N=0", "--recursive", "--jobs N=1",
-          "--self-check is copy, --observer is wide", "was not reproduced"}) {
+          "--no-reparse", "--scripts tokens|text=tokens", "--max-token N=0", "-r,--recursive", "-j,--jobs N",
+          "--files-from FILE", "-0,--null", "--self-check is copy, --observer is wide", "was not reproduced"}) {
         EXPECT_NE(check.find(part), std::string::npos) << part << "\n" << check;
     }
     const std::string events = Parse({"events", "--help"}).answer;
@@ -381,14 +439,14 @@ TEST(CommandLine, HelpOfCheckAndDetect) {
     }
     const std::string detect = Parse({"detect", "--help"}).answer;
     for (const char* const part : {"Usage: kestra-html detect [OPTIONS] [FILE...]", "--format text|json=text",
-                                   "--min-confidence N=50", "first 16384 bytes", "at least 256"}) {
+                                   "--min-confidence N=50", "--bytes N=1048576", "meta tag", "fewer than 256 bytes"}) {
         EXPECT_NE(detect.find(part), std::string::npos) << part << "\n" << detect;
     }
     EXPECT_EQ(detect.find("--charset"), std::string::npos);
 }
 
 TEST(CommandLine, HelpFitsATerminal) {
-    for (const char* const command : {"--help", "tokens", "events", "check", "detect", "rewrite"}) {
+    for (const char* const command : {"--help", "tokens", "events", "check", "detect", "rewrite", "view"}) {
         const std::string help = Parse({command, "--help"}).answer;
         std::size_t begin = 0;
         while (begin < help.size()) {

@@ -8,6 +8,7 @@
 
 #include "html/stateless/StatelessHTMLParser.h"
 #include "platform/Characters.h"
+#include "tests/tools/TextSource.h"
 
 namespace Kestra::Test {
 namespace {
@@ -38,7 +39,8 @@ TEST(EventsPass, AResultIsGoodWhenEveryCallIsWith16ForTheParse) {
 
 EventsPassResult ParseOnce(std::string_view content, const EventsPassOptions& options) {
     HTML::StatelessHTMLParser parser;
-    return Tool::RunEventsPass(&parser, content, options, IgnoreProgress);
+    TextSource source(content);
+    return Tool::RunEventsPass(&parser, &source, options, IgnoreProgress);
 }
 
 TEST(EventsPass, ThePlaceIsAskedBeforeTheEnd) {
@@ -67,7 +69,8 @@ TEST(EventsPass, ProgressOfBothFeeds) {
         options.pieceSize = 2;
         std::vector<std::uint64_t> done;
         HTML::StatelessHTMLParser parser;
-        Tool::RunEventsPass(&parser, "abcde", options, [&](std::uint64_t bytes) { done.push_back(bytes); });
+        TextSource source("abcde");
+        Tool::RunEventsPass(&parser, &source, options, [&](std::uint64_t bytes) { done.push_back(bytes); });
         EXPECT_EQ(done, (std::vector<std::uint64_t>{2, 4, 5}));
     }
 }
@@ -101,8 +104,8 @@ TEST(EventsPass, CharsetAndFlags) {
         HTML::StatelessHTMLParser parser;
         LastText observer;
         parser.Attach(&observer);
-        const EventsPassResult result =
-            Tool::RunEventsPass(&parser, "<?xml encoding='koi8-r'?>\xC1<", options, IgnoreProgress);
+        TextSource source("<?xml encoding='koi8-r'?>\xC1<");
+        const EventsPassResult result = Tool::RunEventsPass(&parser, &source, options, IgnoreProgress);
         EXPECT_TRUE(result.IsGood());
         EXPECT_EQ(parser.GetFlags(), row.flags);
         EXPECT_EQ(observer.text, row.text) << row.charset << " " << row.flags;

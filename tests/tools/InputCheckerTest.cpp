@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/tools/TextSource.h"
+
 namespace Kestra::Test {
 namespace {
 
@@ -24,7 +26,8 @@ CheckOptions Options() {
 }
 
 CheckOutcome Check(const std::string& input, const CheckOptions& options = Options()) {
-    return InputChecker(options).Check(input, [](std::uint64_t) {});
+    TextSource source(input);
+    return InputChecker(options).Check(&source, [](std::uint64_t) {});
 }
 
 TEST(InputChecker, AReproducedInput) {
@@ -171,7 +174,10 @@ TEST(InputChecker, ACharsetWithoutAConverterIsReplacedByOneOfItsKind) {
 TEST(InputChecker, OneParserServesManyInputs) {
     const CheckOptions options = Options();
     InputChecker checker(options);
-    const auto check = [&checker](const std::string& input) { return checker.Check(input, [](std::uint64_t) {}); };
+    const auto check = [&checker](const std::string& input) {
+        TextSource source(input);
+        return checker.Check(&source, [](std::uint64_t) {});
+    };
     EXPECT_TRUE(check("<script>'open").IsGood());
     EXPECT_TRUE(check("\xFF\xFE<\0p\0>\0"s).IsGood());
     EXPECT_FALSE(check("<?xml a/ >").IsGood());

@@ -9,6 +9,7 @@
 #include "html/parser/GenericParser.h"
 #include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
+#include "tests/tools/TextSource.h"
 #include "tools/kestra-html/input/ParsePass.h"
 
 namespace Kestra::Test {
@@ -146,8 +147,9 @@ Lines ObservePlaces(const std::string& page, HTML::GenericParser::DataStreamType
     Tool::ParseOptions options;
     options.charset = 1252;
     options.input = type;
+    TextSource source(page);
     const Tool::ParsePassResult result =
-        Tool::RunParsePass(&parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
+        Tool::RunParsePass(&parser, &source, Tool::ParseStart(options), options, [](std::uint64_t) {});
     EXPECT_TRUE(result.IsGood());
     observer.WriteResult(result, "-");
     return lines.Take();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,9 +14,9 @@ using namespace std::string_view_literals;
 
 template <typename View>
 std::string Json(View text) {
-    std::string json;
-    Tool::AppendJsonString(&json, text);
-    return json;
+    Tool::JsonText json;
+    json.String(text);
+    return std::string(json.Get());
 }
 
 TEST(JsonText, Bytes) {
@@ -57,11 +59,50 @@ TEST(JsonText, Utf16) {
         EXPECT_EQ(Json(row.text), row.expected) << row.note;
 }
 
-TEST(JsonText, AppendsToWhatIsThere) {
-    std::string json = "[";
-    Tool::AppendJsonString(&json, "a"sv);
-    Tool::AppendJsonString(&json, WideStringView(KESTRA_WIDE("b")));
-    EXPECT_EQ(json, R"(["a""b")");
+TEST(JsonText, CommasBetweenMembersAndItems) {
+    Tool::JsonText json;
+    json.OpenObject();
+    json.Name("a");
+    json.OpenArray();
+    json.CloseArray();
+    json.Name("b");
+    json.OpenArray();
+    json.String("{"sv);
+    json.String(WideStringView(KESTRA_WIDE("[")));
+    json.PlainString(":");
+    json.OpenObject();
+    json.CloseObject();
+    json.OpenArray();
+    json.Number(0);
+    json.Number(UINT64_MAX);
+    json.CloseArray();
+    json.CloseArray();
+    json.Name("c");
+    json.Word("null");
+    json.Name("d");
+    json.PlainString("");
+    json.CloseObject();
+    EXPECT_EQ(json.Get(), R"({"a":[],"b":["{","[",":",{},[0,18446744073709551615]],"c":null,"d":""})");
+    json.Clear();
+    EXPECT_EQ(json.Get(), "");
+    json.Word("true");
+    EXPECT_EQ(json.Get(), "true");
+}
+
+TEST(JsonText, LongStringsOfTheLongestEscapes) {
+    for (const std::size_t size : {1023U, 1024U, 1025U, 5000U}) {
+        std::string expected;
+        for (std::size_t i = 0; i < size; ++i)
+            expected += i % 100 == 99 ? "z" : "\\u00ff";
+        std::string bytes(size, '\xFF');
+        for (std::size_t i = 99; i < size; i += 100)
+            bytes[i] = 'z';
+        EXPECT_EQ(Json(std::string_view(bytes)), "\"" + expected + "\"");
+        WideString wide;
+        for (const char byte : bytes)
+            wide += static_cast<WideChar>(static_cast<unsigned char>(byte));
+        EXPECT_EQ(Json(WideStringView(wide)), "\"" + expected + "\"");
+    }
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/tools/TextSource.h"
+
 namespace Kestra::Test {
 namespace {
 
@@ -81,8 +83,9 @@ TEST(ParsePass, TheSelfCheckIsSwitchedOn) {
         ParseOptions options;
         options.input = GenericParser::DATA_STREAM_UTF16;
         options.selfCheck = mode;
+        TextSource source(page);
         const ParsePassResult result =
-            Tool::RunParsePass(&parser, page, ParseStart(options), options, [](std::uint64_t) {});
+            Tool::RunParsePass(&parser, &source, ParseStart(options), options, [](std::uint64_t) {});
         EXPECT_EQ(result.parse, 0U);
         EXPECT_EQ(result.endParse, mode == GenericParser::SELF_CHECK_OFF ? 0U : 704U);
         EXPECT_EQ(parser.GetSelfCheckStream() != nullptr, mode == GenericParser::SELF_CHECK_COPY);

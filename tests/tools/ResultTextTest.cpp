@@ -65,7 +65,9 @@ TEST(ResultText, TokensThatAreMissing) {
 }
 
 TEST(ResultText, ALostCopyIsNoDifference) {
-    constexpr const char* LOST = "the copy of the tokens could not be written to a temporary file or read back from it";
+    constexpr const char* LOST =
+        "the temporary file for the copy of the tokens could not be written or read, its folder may be full, "
+        "read-only or missing";
     Tool::ParsePassResult result;
     result.endParse = 704;
     EXPECT_EQ(Tool::GetFailureMeaning(result), "the tokens written back differ from the input");

@@ -8,6 +8,8 @@
 
 #include "tests/support/NotedRecord.h"
 #include "tests/tools/ObserverTest.h"
+#include "tests/tools/TextSource.h"
+#include "tools/kestra-html/output/CharsetText.h"
 #include "tools/kestra-html/output/TextReport.h"
 
 namespace Kestra::Test {
@@ -81,7 +83,8 @@ TYPED_TEST(TextObserverTest, PlacesAreThoseOfTheParser) {
                                                                                   withOffsets);
         this->parser.SetObserver(&observer, false);
         Tool::ParseOptions options;
-        Tool::RunParsePass(&this->parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
+        TextSource source(page);
+        Tool::RunParsePass(&this->parser, &source, Tool::ParseStart(options), options, [](std::uint64_t) {});
         Lines expected = {
             "     1:1     [0,0)             start-parsing",
             "     1:1     [0,3)             bom(EF BB BF)",
@@ -124,11 +127,29 @@ TYPED_TEST(TextObserverTest, LongTextsAreCutWithTheirLength) {
                                   }));
 }
 
+TYPED_TEST(TextObserverTest, LongListsAreCutWithTheirLength) {
+    using C = typename TypeParam::C;
+    using S = typename TypeParam::S;
+    Tool::TextObserver<C, S> observer(&this->lines, &this->parser, false);
+    const auto makeTag = [](std::size_t attributes, const std::string& end) {
+        std::string text = "start(|a|";
+        for (std::size_t i = 0; i < attributes; ++i)
+            text += "{ |b}";
+        return text + end + "|)";
+    };
+    CallNoted<C, S>(&observer, makeTag(20, ""));
+    CallNoted<C, S>(&observer, makeTag(21, ""));
+    EXPECT_EQ(this->lines.Take(), (Lines{"     1:1     " + makeTag(20, ""), "     1:1     " + makeTag(20, "...[21]")}));
+}
+
 TYPED_TEST(TextObserverTest, TheSummary) {
     Tool::TextObserver<typename TypeParam::C, typename TypeParam::S> observer(&this->lines, &this->parser, false);
+    // Text of an unknown charset is decoded all the same, but for those who want bytes.
+    const std::string unknown =
+        sizeof(typename TypeParam::C) > 1 ? "charset  " + Tool::DescribeAssumedCharset() : "charset  unknown";
     Tool::ParsePassResult result;
     observer.WriteSummary(result, 0, false);
-    EXPECT_EQ(this->lines.Take(), (Lines{"bytes    0", "tokens   0", "charset  unknown", "result   0, success"}));
+    EXPECT_EQ(this->lines.Take(), (Lines{"bytes    0", "tokens   0", unknown, "result   0, success"}));
 
     this->ObserveEverything(&observer);
     this->lines.Take();

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/tools/TextSource.h"
 #include "tools/kestra-html/input/ParsePass.h"
 
 namespace Kestra::Test {
@@ -93,7 +94,8 @@ std::string Find(std::string_view page, const ParseOptions& options, std::uint64
     GenericParser parser;
     Tool::TokenFinder finder(&parser, byte);
     parser.SetObserver(&finder, false);
-    Tool::RunParsePass(&parser, page, Tool::ParseStart(options), options, [](std::uint64_t) {});
+    TextSource source(page);
+    Tool::RunParsePass(&parser, &source, Tool::ParseStart(options), options, [](std::uint64_t) {});
     return finder.GetToken().empty() ? "none" : std::to_string(finder.GetTokenStart()) + " " + finder.GetToken();
 }
 

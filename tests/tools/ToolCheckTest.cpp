@@ -35,19 +35,21 @@ protected:
 };
 
 TEST_F(ToolCheck, JsonOfAReproducedInput) {
-    EXPECT_EQ(RunOn("<p>a</p><script>// b\n</script>", {"--format", "json"}),
-              (ToolRun{0,
-                       R"({"file":"-","bytes":30,"tokens":7,"endParse":0,"identical":true,"firstDifference":null})"
-                       "\n",
-                       ""}));
+    EXPECT_EQ(
+        RunOn("<p>a</p><script>// b\n</script>", {"--format", "json"}),
+        (ToolRun{0,
+                 R"({"file":"-","bytes":30,"tokens":7,"endParse":0,"identical":true,"firstDifference":null,"parse":0})"
+                 "\n",
+                 ""}));
 }
 
 TEST_F(ToolCheck, JsonOfADifference) {
-    EXPECT_EQ(RunOn(DIFFERENT, {"--format", "json", "--charset", "1252"}),
-              (ToolRun{1,
-                       R"({"file":"-","bytes":13,"tokens":3,"endParse":704,"identical":false,"firstDifference":9})"
-                       "\n",
-                       "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n"}));
+    EXPECT_EQ(
+        RunOn(DIFFERENT, {"--format", "json", "--charset", "1252"}),
+        (ToolRun{1,
+                 R"({"file":"-","bytes":13,"tokens":3,"endParse":704,"identical":false,"firstDifference":9,"parse":0})"
+                 "\n",
+                 "-: "s + DIAGNOSIS_704 + " (line 1, column 14)\n"}));
 }
 
 TEST_F(ToolCheck, TextOfAReproducedInput) {
@@ -96,7 +98,8 @@ TEST_F(ToolCheck, AnUnfinishedMarkBelongsToNoToken) {
         }
     }
     EXPECT_EQ(RunOn("\xEF\xBB", {"--format", "json"}).output,
-              "{\"file\":\"-\",\"bytes\":2,\"tokens\":0,\"endParse\":0,\"identical\":false,\"firstDifference\":0}\n");
+              "{\"file\":\"-\",\"bytes\":2,\"tokens\":0,\"endParse\":0,\"identical\":false,\"firstDifference\":0,"
+              "\"parse\":0}\n");
     EXPECT_EQ(RunOn("\xEF\xBBx", {}).status, 0) << "in one piece it is text";
     EXPECT_EQ(RunOn("\xEF\xBB", {"--input", "8bit"}).status, 0);
     const ToolRun both = RunOn("\xEF<?xml a/ >", {"--piece-size", "1", "--charset", "1252"});
@@ -117,7 +120,8 @@ TEST_F(ToolCheck, AnEmptyInput) {
     const ToolRun run = RunOn("", {"--format", "json"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.output,
-              "{\"file\":\"-\",\"bytes\":0,\"tokens\":0,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n");
+              "{\"file\":\"-\",\"bytes\":0,\"tokens\":0,\"endParse\":0,\"identical\":true,\"firstDifference\":null,"
+              "\"parse\":0}\n");
     EXPECT_EQ(RunOn("", {}).output,
               "-: ok, 0 bytes, 0 tokens, 0.0 MB/s\n1 file, 0 bytes, 0 tokens, 0.0 MB/s, 1 reproduced\n");
 }
@@ -158,23 +162,26 @@ TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
     } CASES[] = {
         {{"good", "none", "good"},
          3,
-         "none: cannot be read\n",
+         "none: cannot be read: no such file\n",
          "good: ok, 3 bytes, 1 token, R MB/s\ngood: ok, 3 bytes, 1 token, R MB/s\n"
          "2 files, 6 bytes, 2 tokens, R MB/s, 2 reproduced, 1 not checked\n"},
         {{"none", "bad"},
          3,
-         "none: cannot be read\nbad: "s + DIAGNOSIS_704 + " (line 1, column 14)\n",
+         "none: cannot be read: no such file\nbad: "s + DIAGNOSIS_704 + " (line 1, column 14)\n",
          "bad: 704, the tokens written back differ from the input, 13 bytes, 3 tokens, R MB/s; "
          "first difference at byte 9, in the token from byte 2 on: extern(|xml|{ |a}| , slash)\n"
          "1 file, 13 bytes, 3 tokens, R MB/s, 0 reproduced, 1 not checked\n"},
-        {{"none"}, 3, "none: cannot be read\n", "0 files, 0 bytes, 0 tokens, R MB/s, 0 reproduced, 1 not checked\n"},
+        {{"none"},
+         3,
+         "none: cannot be read: no such file\n",
+         "0 files, 0 bytes, 0 tokens, R MB/s, 0 reproduced, 1 not checked\n"},
         {{".", "good"},
          3,
-         ".: cannot be read\n",
+         ".: cannot be read: it is a folder, use --recursive\n",
          "good: ok, 3 bytes, 1 token, R MB/s\n1 file, 3 bytes, 1 token, R MB/s, 1 reproduced, 1 not checked\n"},
         {{"good", "no\nne"},
          3,
-         "no\\x0Ane: cannot be read\n",
+         "no\\x0Ane: cannot be read: no such file\n",
          "good: ok, 3 bytes, 1 token, R MB/s\n1 file, 3 bytes, 1 token, R MB/s, 1 reproduced, 1 not checked\n"},
     };
     for (const auto& row : CASES) {
@@ -188,10 +195,11 @@ TEST_F(ToolCheck, AMissingFileDoesNotStopTheOthers) {
     }
     const ToolRun json = Run({"--format", "json", "none", "good"});
     EXPECT_EQ(json.status, 3);
-    EXPECT_EQ(
-        json.output,
-        "{\"file\":\"good\",\"bytes\":3,\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n")
-        << "no summary, and nothing of what was not checked";
+    EXPECT_EQ(json.output,
+              "{\"error\":\"cannot be read: no such file\",\"file\":\"none\"}\n"
+              "{\"file\":\"good\",\"bytes\":3,\"tokens\":1,\"endParse\":0,\"identical\":true,\"firstDifference\":null,"
+              "\"parse\":0}\n")
+        << "no summary, and only why of what was not checked";
 }
 
 TEST_F(ToolCheck, FoldersAreWalked) {
@@ -211,9 +219,9 @@ TEST_F(ToolCheck, FoldersAreWalked) {
     EXPECT_EQ(files, "notes.txt;site/a/x.XHTML;site/b.html;site/z.htm;");
 
     const ToolRun missing = Run({"--recursive", "none", "site"});
-    EXPECT_TRUE(Ended(missing, 3, "none: cannot be read\n"));
+    EXPECT_TRUE(Ended(missing, 3, "none: cannot be read: no such file\n"));
     EXPECT_TRUE(Contains(missing.output, "\n3 files, 6 bytes, 3 tokens, "));
-    EXPECT_TRUE(Ended(Run({"site"}), 3, "site: cannot be read\n"));
+    EXPECT_TRUE(Ended(Run({"site"}), 3, "site: cannot be read: it is a folder, use --recursive\n"));
 
     fs::create_directory(folder.GetPath() / "empty");
     const ToolRun nothing = Run({"--recursive", "empty"});
@@ -231,13 +239,14 @@ TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
         const std::size_t size = i % 10 == 0 ? 300000 : i;
         arguments.push_back(name);
         if (i % 7 == 3) {
-            expectedErrors += name + ": cannot be read\n";
+            expectedErrors += name + ": cannot be read: no such file\n";
+            expected += "{\"error\":\"cannot be read: no such file\",\"file\":\"" + name + "\"}\n";
             continue;
         }
         Write(name, std::string(size, 'x'));
         expected += "{\"file\":\"" + name + "\",\"bytes\":" + std::to_string(size) +
                     ",\"tokens\":" + (size > 0 ? "1" : "0") +
-                    ",\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
+                    ",\"endParse\":0,\"identical\":true,\"firstDifference\":null,\"parse\":0}\n";
     }
     for (const char* const jobs : {"1", "2", "16", "1024"}) {
         Arguments withJobs = arguments;
@@ -252,14 +261,16 @@ TEST_F(ToolCheck, StandardInputIsReadInItsTurn) {
     const ToolRun run = Run({"--format", "json", "--jobs", "4", "file", "-", "file", "-", "-"});
     EXPECT_EQ(run.status, 0) << run.errors;
     const auto line = [](const std::string& name, const std::string& sizes) {
-        return "{\"file\":\"" + name + "\"," + sizes + ",\"endParse\":0,\"identical\":true,\"firstDifference\":null}\n";
+        return "{\"file\":\"" + name + "\"," + sizes +
+               ",\"endParse\":0,\"identical\":true,\"firstDifference\":null,\"parse\":0}\n";
     };
     const std::string file = line("file", "\"bytes\":1,\"tokens\":1");
     const std::string nothing = line("-", "\"bytes\":0,\"tokens\":0");
     EXPECT_EQ(run.output, file + line("-", "\"bytes\":4,\"tokens\":2") + file + nothing + nothing);
 
     settings.input.reset();
-    EXPECT_EQ(Run({"--format", "json", "-", "file"}), (ToolRun{3, file, "-: cannot be read\n"}));
+    EXPECT_EQ(Run({"--format", "json", "-", "file"}),
+              (ToolRun{3, "{\"error\":\"cannot be read\",\"file\":\"-\"}\n" + file, "-: cannot be read\n"}));
 }
 
 TEST_F(ToolCheck, OutputThatCannotBeWritten) {
@@ -269,11 +280,11 @@ TEST_F(ToolCheck, OutputThatCannotBeWritten) {
     Write("page", "a");
     settings.output = Sink::UNWRITABLE;
     EXPECT_TRUE(Ended(Run(arguments), 1, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
-    EXPECT_TRUE(
-        Ended(Run({"none", "page"}), 3,
-              "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
+    EXPECT_TRUE(Ended(Run({"none", "page"}), 3,
+                      "none: cannot be read: no such file\nstandard output: cannot be written: " +
+                          GetReason(Sink::UNWRITABLE) + "\n"));
     settings.output = Sink::CLOSED_PIPE;
-    EXPECT_TRUE(Ended(Run(arguments), 1, ""));
+    EXPECT_TRUE(Ended(Run(arguments), 141, ""));
 }
 
 TEST_F(ToolCheck, TheExamplePage) {

@@ -267,11 +267,11 @@ TEST_F(ToolEvents, Files) {
          "(line 1, column 2)\n"},
         {{"none", "bad"},
          3,
-         "none: cannot be read\n"
+         "none: cannot be read: no such file\n"
          "bad: parsing returned 703: malformed markup, nothing begins with this character after \"<\", \"<!\" or "
          "\"<!-\" "
          "(line 1, column 2)\n"},
-        {{"none", "good"}, 3, "none: cannot be read\n"},
+        {{"none", "good"}, 3, "none: cannot be read: no such file\n"},
     };
     for (const auto& row : CASES) {
         Arguments arguments = row.files;
@@ -279,7 +279,9 @@ TEST_F(ToolEvents, Files) {
         const ToolRun run = RunTool(arguments, settings);
         EXPECT_TRUE(Ended(run, row.status, row.errors)) << testing::PrintToString(row.files);
         for (const std::string& file : row.files) {
-            EXPECT_EQ(run.output.find("\"file\":\"" + file + "\"}\n") != std::string::npos, file != "none")
+            EXPECT_EQ(run.output.find("\"error\":\"cannot be read: no such file\",\"file\":\"" + file + "\"}\n") !=
+                          std::string::npos,
+                      file == "none")
                 << file << " of " << testing::PrintToString(row.files);
         }
     }
@@ -305,7 +307,7 @@ TEST_F(ToolEvents, OutputThatCannotBeWritten) {
             EXPECT_TRUE(Ended(RunTool({"events", "--feed", feed, "--format", format}, settings), 1,
                               "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
             settings.output = Sink::CLOSED_PIPE;
-            EXPECT_TRUE(Ended(RunTool({"events", "--feed", feed, "--format", format}, settings), 1, ""));
+            EXPECT_TRUE(Ended(RunTool({"events", "--feed", feed, "--format", format}, settings), 141, ""));
         }
     }
 }

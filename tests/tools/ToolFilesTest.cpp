@@ -46,19 +46,25 @@ TEST_F(ToolFiles, ExitStatus) {
         {{"bad"}, 1, BAD, "bad;"},
         {{"bad", "good"}, 1, BAD, "bad;good;"},
         {{"good", "bad"}, 1, BAD, "good;bad;"},
-        {{"none"}, 3, "none: cannot be read\n", ""},
-        {{"none", "good"}, 3, "none: cannot be read\n", "good;"},
-        {{"none", "bad"}, 3, std::string("none: cannot be read\n") + BAD, "bad;"},
-        {{"bad", "none", "good"}, 3, std::string(BAD) + "none: cannot be read\n", "bad;good;"},
-        {{"."}, 3, ".: cannot be read\n", ""},
-        {{""}, 3, ": cannot be read\n", ""},
-        {{"good/x"}, 3, "good/x: cannot be read\n", ""},
-        {{"no\nne"}, 3, "no\\x0Ane: cannot be read\n", ""},
-        {{"n\x01o\t\x1B[2J\x7F"}, 3, "n\\x01o\\x09\\x1B[2J\\x7F: cannot be read\n", ""},
-        {{"n\xC2\x9B\xE2\x80\xAElmth"}, 3, "n\\u009B\\u202Elmth: cannot be read\n", ""},
+        {{"none"}, 3, "none: cannot be read: no such file\n", "none;"},
+        {{"none", "good"}, 3, "none: cannot be read: no such file\n", "none;good;"},
+        {{"none", "bad"}, 3, std::string("none: cannot be read: no such file\n") + BAD, "none;bad;"},
+        {{"bad", "none", "good"}, 3, std::string(BAD) + "none: cannot be read: no such file\n", "bad;none;good;"},
+        {{"."}, 3, ".: cannot be read: it is a folder, use --recursive\n", ".;"},
+        {{""}, 3, ": cannot be read: no such file\n", ";"},
+        {{"good/x"}, 3, "good/x: cannot be read: no such file\n", "good/x;"},
+        {{"no\nne"}, 3, "no\\x0Ane: cannot be read: no such file\n", "no\\nne;"},
+        {{"n\x01o\t\x1B[2J\x7F"},
+         3,
+         "n\\x01o\\x09\\x1B[2J\\x7F: cannot be read: no such file\n",
+         "n\\u0001o\\t\\u001b[2J\\u007f;"},
+        {{"n\xC2\x9B\xE2\x80\xAElmth"},
+         3,
+         "n\\u009B\\u202Elmth: cannot be read: no such file\n",
+         "n\\u009b\\u202elmth;"},
         {{"good", "--bogus"},
          2,
-         "kestra-html: The following argument was not expected: --bogus (see kestra-html --help)\n",
+         "kestra-html: tokens: there is no option --bogus (see kestra-html tokens --help)\n",
          ""},
     };
     for (const auto& row : CASES) {
@@ -83,7 +89,8 @@ TEST_F(ToolFiles, StandardInput) {
     settings.input.reset();
     const ToolRun closed = Run({"--format", "json", "-", "good"});
     EXPECT_TRUE(Ended(closed, 3, "-: cannot be read\n"));
-    EXPECT_EQ(Files(closed.output), "good;");
+    EXPECT_EQ(Files(closed.output), "-;good;");
+    EXPECT_TRUE(StartsWith(closed.output, "{\"event\":\"Error\",\"error\":\"cannot be read\",\"file\":\"-\"}\n"));
 }
 
 TEST_F(ToolFiles, ALargeInputThroughAPipe) {
@@ -115,7 +122,7 @@ TEST_F(ToolFiles, SeveralFilesHaveHeadersInTheTextFormat) {
         "     1:1     start-parsing\n     1:1     text(a)\n     1:2     end-parsing\nbytes    1\ntokens   1: text 1\n"
         "charset  1252 (windows-1252)\nresult   0, success\n";
     EXPECT_EQ(run.output, "==> good <==\n" + lines + "\n==> good <==\n" + lines);
-    EXPECT_EQ(run.errors, "none: cannot be read\n");
+    EXPECT_EQ(run.errors, "none: cannot be read: no such file\n");
 }
 
 TEST_F(ToolFiles, HelpAndVersionReadNothing) {
@@ -126,8 +133,8 @@ TEST_F(ToolFiles, HelpAndVersionReadNothing) {
     EXPECT_TRUE(Ended(help, 0, ""));
     EXPECT_EQ(help.output.substr(0, 38), "Print the token stream of every input\n");
     EXPECT_EQ(ToolTest::Run({}), (ToolRun{2, "",
-                                          "kestra-html: a subcommand is required: tokens, events, check, detect or "
-                                          "rewrite (see kestra-html --help)\n"}));
+                                          "kestra-html: a subcommand is required: tokens, events, check, detect, "
+                                          "rewrite or view (see kestra-html --help)\n"}));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ TEST_F(ToolOutput, OutputThatCannotBeWritten) {
         for (const char* const format : {"text", "json"}) {
             settings.input = input;
             settings.output = Sink::CLOSED_PIPE;
-            EXPECT_TRUE(Ended(RunTool({"tokens", "--charset", "1252", "--format", format}, settings), 1, ""))
+            EXPECT_TRUE(Ended(RunTool({"tokens", "--charset", "1252", "--format", format}, settings), 141, ""))
                 << "a reader that has seen enough is no error to talk about";
 
             settings.output = Sink::UNWRITABLE;
@@ -35,9 +35,9 @@ TEST_F(ToolOutput, AFullDiskEndsTheRunInTheMiddle) {
     const ToolRun run = RunTool({"tokens", "page", "page", "none"}, settings);
     EXPECT_EQ(run.status, 1);  // "none" is never reached
     EXPECT_EQ(run.errors, "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n");
-    EXPECT_TRUE(
-        Ended(RunTool({"tokens", "none", "page"}, settings), 3,
-              "none: cannot be read\nstandard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
+    EXPECT_TRUE(Ended(RunTool({"tokens", "none", "page"}, settings), 3,
+                      "none: cannot be read: no such file\nstandard output: cannot be written: " +
+                          GetReason(Sink::UNWRITABLE) + "\n"));
 }
 
 TEST_F(ToolOutput, HelpThatCannotBeWritten) {

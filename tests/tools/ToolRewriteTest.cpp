@@ -235,8 +235,8 @@ TEST_F(ToolRewriteInPlace, WhatHasNothingToEditStaysAsItIs) {
 TEST_F(ToolRewriteInPlace, EveryFileHasItsTurn) {
     Write("first", "<a>");
     Write("last", "<a>");
-    EXPECT_TRUE(
-        Ended(Run({"--in-place", "first", "none", ".", "last"}), 3, "none: cannot be read\n.: cannot be read\n"));
+    EXPECT_TRUE(Ended(Run({"--in-place", "first", "none", ".", "last"}), 3,
+                      "none: cannot be read: no such file\n.: cannot be read: it is a folder, use --recursive\n"));
     EXPECT_EQ(Read("first"), "<a b=\"c\">");
     EXPECT_EQ(Read("last"), "<a b=\"c\">");
     EXPECT_EQ(GetNames(), (Arguments{"first", "last"}));

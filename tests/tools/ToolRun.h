@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -41,6 +42,8 @@ enum class Sink {
 
 struct ToolSettings {
     std::optional<std::string> input = "";  ///< comes through a pipe; nothing: standard input is not open
+    std::string inputAfterPause;            ///< comes after it, on POSIX only
+    std::chrono::milliseconds pause{0};     ///< after the input
     Sink output = Sink::CAPTURED;
     Sink errors = Sink::CAPTURED;
     std::map<std::string, std::string> environment;  ///< on top of one for colours

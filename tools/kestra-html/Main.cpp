@@ -7,8 +7,10 @@
 #include "tools/kestra-html/commands/EventsCommand.h"
 #include "tools/kestra-html/commands/RewriteCommand.h"
 #include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/commands/ViewCommand.h"
 #include "tools/kestra-html/output/Console.h"
 #include "tools/kestra-html/system/Arguments.h"
+#include "tools/kestra-html/system/TemporaryFolder.h"
 #include "tools/kestra-html/system/Terminal.h"
 
 namespace {
@@ -25,8 +27,7 @@ ExitStatus GiveAnswer(const CommandLine& commandLine, Console* console) {
         console->Line(commandLine.answer);
         console->Flush();
     } catch (const OutputFailed& failure) {
-        console->Complain(failure.what());
-        return EXIT_STATUS_FAILED;
+        return EndFailedOutput(failure, EXIT_STATUS_GOOD, console);
     }
     return EXIT_STATUS_GOOD;
 }
@@ -51,10 +52,15 @@ ExitStatus Run(const RewriteOptions& options, Console* console) {
     return RunRewrite(options, console);
 }
 
+ExitStatus Run(const ViewOptions& options, Console* console) {
+    return RunView(options, console);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const StandardStreams streams;
+    UseTemporaryFolder();
     Console console;
     const CommandLine commandLine = ParseCommandLine(GetArguments(argc, argv));
     if (commandLine.answered)

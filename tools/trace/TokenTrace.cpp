@@ -1,10 +1,9 @@
 #include "tools/trace/TokenTrace.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <initializer_list>
 #include <type_traits>
-#include <utility>
 
 #include "platform/CodePoints.h"
 #include "tools/trace/RecordNotation.h"
@@ -20,11 +19,9 @@ void AppendHexadecimal(std::string* line, unsigned value, unsigned digits) {
         line->push_back(HEXADECIMAL[(value >> (shift - 4)) & 0xF]);
 }
 
-std::string Concatenate(std::initializer_list<std::string_view> parts) {
-    std::string text;
-    for (const std::string_view part : parts)
-        text += part;
-    return text;
+/// True of what is written as it is.
+constexpr bool IsPlain(unsigned unit) {
+    return unit >= 0x20 && unit < 0x7F && unit != '\\';
 }
 
 /// One unit from 0 to 127.
@@ -43,12 +40,27 @@ void AppendAscii(std::string* line, unsigned unit) {
             line->append("\\t");
             return;
     }
-    if (unit < 0x20 || unit == 0x7F) {
+    if (IsPlain(unit)) {
+        line->push_back(static_cast<char>(unit));
+    } else {
         line->append("\\x");
         AppendHexadecimal(line, unit, 2);
-    } else {
-        line->push_back(static_cast<char>(unit));
     }
+}
+
+/// Appends the units before the first one that is not plain. @return how many
+template <typename C>
+std::size_t AppendPlain(std::string* line, std::basic_string_view<C> text) {
+    char run[64];
+    std::size_t size = 0;
+    while (size < std::min(text.size(), sizeof run)) {
+        const auto unit = static_cast<std::make_unsigned_t<C>>(text[size]);
+        if (!IsPlain(unit))
+            break;
+        run[size++] = static_cast<char>(unit);
+    }
+    line->append(run, size);
+    return size;
 }
 
 void AppendUtf8(std::string* line, char32_t codePoint) {
@@ -82,25 +94,105 @@ std::size_t AppendWide(std::string* line, WideStringView text, std::size_t index
     return 1;
 }
 
-template <typename C, typename S>
-std::string FormatPart(const HTML::Attribute<C, S>& attribute, const Options& options);
-template <typename C, typename S>
-std::string FormatPart(const HTML::EntityToken<C, S>& token, const Options& options);
+/// What follows a string or a list that was cut.
+void AppendCut(std::string* line, std::size_t size) {
+    line->append("...[").append(std::to_string(size)).append("]");
+}
 
-/// Builds one line.
+void AppendEscaped(std::string* line, std::string_view text, const Options& options) {
+    const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
+    std::string_view rest = cut ? text.substr(0, static_cast<std::size_t>(options.cutAt)) : text;
+    while (!rest.empty()) {
+        if (const std::size_t size = AppendPlain(line, rest); size > 0) {
+            rest.remove_prefix(size);
+            continue;
+        }
+        const auto byte = static_cast<unsigned>(static_cast<unsigned char>(rest.front()));
+        if (byte < 0x80) {
+            AppendAscii(line, byte);
+        } else {
+            line->append("\\x");
+            AppendHexadecimal(line, byte, 2);
+        }
+        rest.remove_prefix(1);
+    }
+    if (cut)
+        AppendCut(line, text.size());
+}
+
+void AppendEscaped(std::string* line, WideStringView text, const Options& options) {
+    const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
+    std::size_t end = cut ? static_cast<std::size_t>(options.cutAt) : text.size();
+    // A cut never parts the two halves of a character.
+    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) &&
+        IsLowSurrogate(static_cast<unsigned>(text[end])))
+        ++end;
+    for (std::size_t i = 0; i < end;) {
+        if (const std::size_t size = AppendPlain(line, text.substr(i, end - i)); size > 0) {
+            i += size;
+            continue;
+        }
+        const auto unit = static_cast<unsigned>(text[i]);
+        if (unit < 0x80) {
+            AppendAscii(line, unit);
+            ++i;
+        } else {
+            i += AppendWide(line, text, i, options.utf8);
+        }
+    }
+    if (cut)
+        AppendCut(line, text.size());
+}
+
+template <typename S>
+void AppendQuoted(std::string* line, const S& value, std::uint32_t quote, const Options& options) {
+    const std::string_view mark = quote < QUOTE_MARKS.size() ? QUOTE_MARKS[quote] : UNKNOWN_QUOTE_MARK;
+    line->append(mark);
+    AppendEscaped(line, value, options);
+    line->append(mark);
+}
+
+template <typename C, typename S>
+void AppendPart(std::string* line, const HTML::Attribute<C, S>& attribute, const Options& options) {
+    line->push_back('{');
+    AppendEscaped(line, attribute.prefix, options);
+    line->push_back('|');
+    AppendEscaped(line, attribute.name, options);
+    if (attribute.hasValue) {
+        line->push_back('|');
+        AppendEscaped(line, attribute.beforeEquals, options);
+        line->push_back('=');
+        AppendEscaped(line, attribute.afterEquals, options);
+        line->push_back('|');
+        AppendQuoted(line, attribute.value, attribute.quote, options);
+    }
+    line->push_back('}');
+}
+
+template <typename C, typename S>
+void AppendPart(std::string* line, const HTML::EntityToken<C, S>& token, const Options& options) {
+    line->push_back('{');
+    AppendEscaped(line, token.prefix, options);
+    line->push_back('|');
+    AppendQuoted(line, token.value, token.quote, options);
+    line->push_back('}');
+}
+
+/// Appends to a line.
 class Line {
 public:
-    Line(std::string_view kind, const Options& formatOptions) : line(kind), options(formatOptions) {
-        line.push_back('(');
+    Line(std::string* builtLine, std::string_view kind, const Options& formatOptions)
+        : line(builtLine), options(formatOptions) {
+        line->append(kind).push_back('(');
     }
 
     template <typename C>
     Line& Field(const std::basic_string<C>* text) {
         Separate();
         if (text == nullptr)
-            line.append(NULL_WORD);
+            line->append(NULL_WORD);
         else
-            line.append(Escape(*text, options));
+            AppendEscaped(line, *text, options);
         return *this;
     }
 
@@ -109,59 +201,39 @@ public:
     Line& Field(const Vector<T>* items) {
         Separate();
         if (items == nullptr) {
-            line.append(NULL_WORD);
-        } else {
-            for (const T& item : *items)
-                line.append(FormatPart(item, options));
+            line->append(NULL_WORD);
+            return *this;
         }
+        const std::size_t count = items->size();
+        const bool cut = options.mostItems != 0 && count > options.mostItems;
+        for (std::size_t i = 0; i < (cut ? options.mostItems : count); ++i)
+            AppendPart(line, (*items)[i], options);
+        if (cut)
+            AppendCut(line, count);
         return *this;
     }
 
     Line& Flag(bool set, std::string_view name) {
-        if (set) {
-            line.append(", ");
-            line.append(name);
-        }
+        if (set)
+            line->append(", ").append(name);
         return *this;
     }
 
-    std::string Finish() {
-        line.push_back(')');
-        return std::move(line);
+    void Finish() {
+        line->push_back(')');
     }
 
 private:
     void Separate() {
         if (!first)
-            line.push_back('|');
+            line->push_back('|');
         first = false;
     }
 
-    std::string line;
+    std::string* line;
     const Options& options;
     bool first = true;
 };
-
-template <typename S>
-std::string Quoted(const S& value, std::uint32_t quote, const Options& options) {
-    const std::string_view mark = quote < QUOTE_MARKS.size() ? QUOTE_MARKS[quote] : UNKNOWN_QUOTE_MARK;
-    return Concatenate({mark, Escape(value, options), mark});
-}
-
-template <typename C, typename S>
-std::string FormatPart(const HTML::Attribute<C, S>& attribute, const Options& options) {
-    std::string item = Concatenate({"{", Escape(attribute.prefix, options), "|", Escape(attribute.name, options)});
-    if (attribute.hasValue) {
-        item += Concatenate({"|", Escape(attribute.beforeEquals, options), "=", Escape(attribute.afterEquals, options),
-                             "|", Quoted(attribute.value, attribute.quote, options)});
-    }
-    return item + "}";
-}
-
-template <typename C, typename S>
-std::string FormatPart(const HTML::EntityToken<C, S>& token, const Options& options) {
-    return Concatenate({"{", Escape(token.prefix, options), "|", Quoted(token.value, token.quote, options), "}"});
-}
 
 /// The words after the parameters.
 template <template <typename, typename> class Record, typename C, typename S>
@@ -180,13 +252,13 @@ void AppendFlags(const Record<C, S>& record, Line* line) {
 }
 
 template <template <typename, typename> class Record, typename C, typename S>
-std::string FormatRecord(const Record<C, S>& record, const Options& options) {
+void AppendRecord(std::string* text, const Record<C, S>& record, const Options& options) {
     constexpr bool IS_INSTRUCTION = std::is_same_v<Record<C, S>, HTML::ExternTagData<C, S>>;
     if constexpr (IS_INSTRUCTION) {
         if (record.freeStyle)
-            return Line(RAW_INSTRUCTION, options).Field(record.text).Finish();
+            return Line(text, RAW_INSTRUCTION, options).Field(record.text).Finish();
     }
-    Line line(HTML::RecordKind<Record>::WORD, options);
+    Line line(text, HTML::RecordKind<Record>::WORD, options);
     HTML::ForEachField(record, [&line](std::string_view name, const auto& value) {
         if constexpr (!std::is_same_v<decltype(value), const bool&>) {
             if (!IS_INSTRUCTION || !IsFieldOfRawInstruction(name))
@@ -194,7 +266,7 @@ std::string FormatRecord(const Record<C, S>& record, const Options& options) {
         }
     });
     AppendFlags(record, &line);
-    return line.Finish();
+    line.Finish();
 }
 
 }  // namespace
@@ -208,43 +280,14 @@ bool IsInvisible(std::uint32_t codePoint) {
 }
 
 std::string Escape(std::string_view text, const Options& options) {
-    const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
     std::string line;
-    line.reserve(text.size());
-    for (const char character : cut ? text.substr(0, static_cast<std::size_t>(options.cutAt)) : text) {
-        const auto byte = static_cast<unsigned>(static_cast<unsigned char>(character));
-        if (byte < 0x80) {
-            AppendAscii(&line, byte);
-        } else {
-            line.append("\\x");
-            AppendHexadecimal(&line, byte, 2);
-        }
-    }
-    if (cut)
-        line.append("...[" + std::to_string(text.size()) + "]");
+    AppendEscaped(&line, text, options);
     return line;
 }
 
 std::string Escape(WideStringView text, const Options& options) {
-    const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
-    std::size_t end = cut ? static_cast<std::size_t>(options.cutAt) : text.size();
-    // A cut never parts the two halves of a character.
-    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) &&
-        IsLowSurrogate(static_cast<unsigned>(text[end])))
-        ++end;
     std::string line;
-    line.reserve(text.size());
-    for (std::size_t i = 0; i < end;) {
-        const auto unit = static_cast<unsigned>(text[i]);
-        if (unit < 0x80) {
-            AppendAscii(&line, unit);
-            ++i;
-        } else {
-            i += AppendWide(&line, text, i, options.utf8);
-        }
-    }
-    if (cut)
-        line.append("...[" + std::to_string(text.size()) + "]");
+    AppendEscaped(&line, text, options);
     return line;
 }
 
@@ -268,16 +311,16 @@ std::string FormatCharset(StringNS::CharSet::Code code) {
 }
 
 template <template <typename, typename> class Record, typename C, typename S>
-std::string Format(const Record<C, S>& record, const Options& options) {
-    if constexpr (requires { FormatPart(record, options); })
-        return FormatPart(record, options);
+void Append(std::string* line, const Record<C, S>& record, const Options& options) {
+    if constexpr (requires { AppendPart(line, record, options); })
+        AppendPart(line, record, options);
     else
-        return FormatRecord(record, options);
+        AppendRecord(line, record, options);
 }
 
-#define INSTANTIATE(NAME, RECORD, WORD)                                                  \
-    template std::string Format(const HTML::RECORD<char, std::string>&, const Options&); \
-    template std::string Format(const HTML::RECORD<WideChar, WideString>&, const Options&);
+#define INSTANTIATE(NAME, RECORD, WORD)                                                              \
+    template void Append(std::string* line, const HTML::RECORD<char, std::string>&, const Options&); \
+    template void Append(std::string* line, const HTML::RECORD<WideChar, WideString>&, const Options&);
 KESTRA_HTML_FOR_EACH_KIND(INSTANTIATE)
 INSTANTIATE(, Attribute, )
 INSTANTIATE(, EntityToken, )

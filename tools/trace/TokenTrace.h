@@ -45,6 +45,8 @@ struct Options {
     /// Printable wide characters from U+0080 up as UTF-8; controls and lone surrogates stay
     /// escapes.
     bool utf8 = false;
+    /// Lists of more items are cut after so many, in the same way; 0 cuts nothing.
+    std::uint64_t mostItems = 0;
 };
 
 /// True of characters from U+0080 up that a terminal shows as nothing, obeys, or must not be sent:
@@ -61,9 +63,17 @@ std::string Format(HTML::ObserverEvent event);
 std::string FormatBOM(const void* bytes, std::uint64_t size);
 std::string FormatCharset(StringNS::CharSet::Code code);
 
-/// The record of a token, an attribute or a part of a declaration.
+/// Appends the record of a token, an attribute or a part of a declaration.
 template <template <typename, typename> class Record, typename C, typename S>
-std::string Format(const Record<C, S>& record, const Options& options = {});
+void Append(std::string* line, const Record<C, S>& record, const Options& options = {});
+
+/// The same as a string of its own.
+template <template <typename, typename> class Record, typename C, typename S>
+std::string Format(const Record<C, S>& record, const Options& options = {}) {
+    std::string line;
+    Append(&line, record, options);
+    return line;
+}
 
 /// Appends one line for each callback to a list of its owner.
 template <typename C, typename S>

@@ -8,7 +8,6 @@ using ToolDetect = ToolTest;
 const std::string UTF8 =
     Repeat("<p>\xD0\x94\xD0\xBE\xD0\xB1\xD1\x80\xD1\x8B\xD0\xB9 \xD0\xB4\xD0\xB5\xD0\xBD\xD1\x8C</p>\n", 20);
 const std::string ASCII = Repeat("<p>plain</p>\n", 30);
-constexpr const char* NO_ANSWER = "the charset detector has no usable answer, as for plain ASCII, or cannot be started";
 constexpr const char* NOT_CONFIDENT = "the charset detector is not confident enough";
 
 /// A few letters of Latin-1, and a text that could be many things.
@@ -21,25 +20,35 @@ ToolRun Detect(std::string_view input, Arguments arguments = {}) {
 
 TEST_F(ToolDetect, JsonOfAnAnswer) {
     EXPECT_EQ(Detect(UTF8, {"--format", "json"}),
-              (ToolRun{0, "{\"file\":\"-\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n", ""}));
+              (ToolRun{0,
+                       R"({"file":"-","result":0,"code":65001,"name":"UTF-8","source":"detector","confidence":100})"
+                       "\n",
+                       ""}));
 }
 
 TEST_F(ToolDetect, TextOfAnAnswer) {
-    EXPECT_EQ(Detect(UTF8), (ToolRun{0, "-: 65001 (UTF-8), confidence 100, 0, success\n", ""}));
+    EXPECT_EQ(Detect(UTF8), (ToolRun{0, "-: 65001 (UTF-8), confidence 100, 0, the detector\n", ""}));
 }
 
-TEST_F(ToolDetect, AnAnswerOfNoUse) {
-    EXPECT_EQ(Detect(ASCII), (ToolRun{1, std::string("-: unknown, confidence 100, 11, ") + NO_ANSWER + "\n",
-                                      std::string("-: DetectCharset returned 11: ") + NO_ANSWER + "\n"}));
-    EXPECT_EQ(Detect(ASCII, {"--format", "json"}).output, "{\"file\":\"-\",\"result\":11,\"code\":0,\"name\":\"\"}\n");
+TEST_F(ToolDetect, AsciiIsAnAnswerThoughTheDetectorHasNone) {
+    EXPECT_EQ(Detect(ASCII), (ToolRun{0, "-: 20127 (US-ASCII), confidence 100, 11, plain ASCII\n", ""}));
+    EXPECT_EQ(Detect(ASCII, {"--format", "json"}).output,
+              R"({"file":"-","result":11,"code":20127,"name":"US-ASCII","source":"ascii","confidence":100})"
+              "\n");
+    // Neither of the two is the sign of plain text.
+    for (const char letter : {'\0', '\x1B'}) {
+        const ToolRun run = Detect(ASCII + letter, {"--format", "json"});
+        EXPECT_FALSE(Contains(run.output, "ascii")) << run.output;
+    }
 }
 
 TEST_F(ToolDetect, NoAnswerAtAll) {
-    const ToolRun run =
-        Detect(std::string(300, '\x80') + Repeat("<b>", 10) + "\x1B", {"--min-confidence", "0", "--format", "json"});
     const ToolRun blank = Detect("<!--" + std::string(300, '\x80') + "-->", {"--min-confidence", "0"});
-    EXPECT_EQ(blank.status, 1);
-    EXPECT_EQ(blank.output, std::string("-: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n") << run.output;
+    EXPECT_EQ(blank, (ToolRun{1, std::string("-: unknown, no confidence, 708, ") + NOT_CONFIDENT + "\n",
+                              std::string("-: DetectCharset returned 708: ") + NOT_CONFIDENT + "\n"}));
+    EXPECT_EQ(Detect("<!--" + std::string(300, '\x80') + "-->", {"--format", "json"}).output,
+              R"({"file":"-","result":708,"code":0,"name":"","source":"none","confidence":0})"
+              "\n");
 }
 
 TEST_F(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
@@ -58,42 +67,61 @@ TEST_F(ToolDetect, TheConfidenceIsTheGreatestMinimumThatIsMet) {
     EXPECT_EQ(tooMuch.status, 1);
     EXPECT_EQ(tooMuch.output,
               "-: unknown, confidence " + std::to_string(confidence) + ", 708, " + NOT_CONFIDENT + "\n");
-    EXPECT_EQ(Detect(UTF8, {"--min-confidence", "101"}).output,
-              std::string("-: unknown, confidence 100, 708, ") + NOT_CONFIDENT + "\n");
+    EXPECT_TRUE(Contains(Detect(UNSURE, {"--min-confidence", "0", "--format", "json"}).output,
+                         "\"source\":\"detector\",\"confidence\":" + std::to_string(confidence) + "}"));
 }
 
-TEST_F(ToolDetect, TheLeastDataIs256Bytes) {
-    EXPECT_EQ(Detect(UTF8.substr(0, 255)).status, 1);
-    EXPECT_EQ(Detect(UTF8.substr(0, 256)).status, 0);
+TEST_F(ToolDetect, ShortInputs) {
+    const std::string utf8 = UTF8.substr(0, 29);
+    EXPECT_EQ(Detect(utf8, {"--format", "json"}),
+              (ToolRun{0,
+                       R"({"file":"-","result":707,"code":65001,"name":"UTF-8","source":"detector","confidence":100})"
+                       "\n",
+                       ""}));
+    EXPECT_EQ(Detect(utf8).output, "-: 65001 (UTF-8), confidence 100, 707, the detector\n");
+    EXPECT_TRUE(Contains(Detect(UTF8.substr(0, 255)).output, ", 707, "));
+    EXPECT_TRUE(Contains(Detect(UTF8.substr(0, 256)).output, ", 0, "));
+    // Of which one letter beyond ASCII is no evidence.
+    EXPECT_EQ(Detect("caf\xE9", {"--min-confidence", "100"}),
+              (ToolRun{0,
+                       "-: 1252 (windows-1252), no confidence, 707, assumed: too little data to detect the charset: "
+                       "4 of at least 256 bytes\n",
+                       ""}));
+    EXPECT_EQ(Detect("caf\xE9", {"--min-confidence", "100", "--format", "json"}).output,
+              R"({"file":"-","result":707,"code":1252,"name":"windows-1252","source":"assumed","confidence":0})"
+              "\n");
+    // A letter that is cut at the end of the input is none of UTF-8.
+    EXPECT_FALSE(Contains(Detect("caf\xC3").output, "65001"));
 }
 
-TEST_F(ToolDetect, OnlyTheFirst16384BytesCount) {
-    const std::string plain = Repeat("<p>plain</p>\n\n\n\n", 1024);
-    ASSERT_EQ(plain.size(), 16384U);
-    EXPECT_EQ(Detect(plain + UTF8).output, Detect(plain).output);
-    EXPECT_EQ(Detect(plain.substr(0, 16000) + UTF8).status, 0);
+TEST_F(ToolDetect, WhatComesAfterALongBeginningCounts) {
+    const std::string script = "<script>" + Repeat("call(1);\n", 3000) + "</script>\n";
+    ASSERT_GT(script.size(), 20000U);
+    EXPECT_EQ(Detect(script + UTF8).output, Detect(UTF8).output);
+    // As much as the library itself looks at is ASCII alone.
+    EXPECT_EQ(Detect(script + UTF8, {"--bytes", "16384"}).output, Detect(script).output);
+    EXPECT_TRUE(Contains(Detect(script).output, "plain ASCII"));
 }
 
 TEST_F(ToolDetect, Files) {
     Write("utf8", UTF8 + std::string(100000, 'x'));
     Write("ascii", ASCII);
-    Write("short", "x");
+    Write("unsure", UNSURE);
     settings.input = UTF8;
     const ToolRun run =
-        RunTool({"detect", "--format", "json", "utf8", "none", ".", "short", "-", "ascii", "utf8"}, settings);
-    EXPECT_EQ(
-        run,
-        (ToolRun{3, R"({"file":"utf8","result":0,"code":65001,"name":"UTF-8"}
-{"file":"short","result":707,"code":0,"name":""}
-{"file":"-","result":0,"code":65001,"name":"UTF-8"}
-{"file":"ascii","result":11,"code":0,"name":""}
-{"file":"utf8","result":0,"code":65001,"name":"UTF-8"}
-)",
-                 "none: cannot be read\n.: cannot be read\n"
-                 "short: DetectCharset returned 707: too little data to detect the charset: 1 of at least 256 bytes\n"
-                 "ascii: DetectCharset returned 11: " +
-                     std::string(NO_ANSWER) + "\n"}));
-    EXPECT_EQ(RunTool({"detect", "utf8", "ascii"}, settings).status, 1);
+        RunTool({"detect", "--format", "json", "--min-confidence", "100", "utf8", "none", ".", "unsure", "-", "ascii"},
+                settings);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.errors,
+              "none: cannot be read: no such file\n"
+              ".: cannot be read: it is a folder, use --recursive\n"
+              "unsure: DetectCharset returned 708: "s +
+                  NOT_CONFIDENT + "\n");
+    EXPECT_TRUE(run.output.starts_with(R"({"file":"utf8","result":0,"code":65001,)")) << run.output;
+    EXPECT_TRUE(Contains(run.output, R"({"file":"unsure","result":708,"code":0,"name":"","source":"none",)"));
+    EXPECT_TRUE(Contains(run.output, R"({"file":"-","result":0,"code":65001,)"));
+    EXPECT_TRUE(Contains(run.output, R"({"file":"ascii","result":11,"code":20127,)"));
+    EXPECT_EQ(RunTool({"detect", "--min-confidence", "100", "unsure", "ascii"}, settings).status, 1);
 }
 
 }  // namespace

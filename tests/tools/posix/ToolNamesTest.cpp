@@ -48,18 +48,20 @@ TEST_F(ToolNames, NothingRawReachesTheTerminal) {
         {{"check", NAME}, SHOWN + ": ok, ", ""},
         {{"check", "--recursive", "."}, SHOWN + ": ok, ", ""},
         {{"check", "--feed", "buffer", "--charset", "1252", NAME}, SHOWN + ": 11, ", SHOWN + ": parsing returned 11"},
-        {{"detect", NAME}, SHOWN + ": unknown", SHOWN + ": DetectCharset returned"},
+        {{"detect", NAME}, SHOWN + ": 20127 (US-ASCII)", ""},
+        {{"detect", "dark" + NAME}, "dark" + SHOWN + ": unknown", "dark" + SHOWN + ": DetectCharset returned"},
         {{"rewrite", "--dry-run", "--set", "a.x=" + std::string(NAME.substr(0, 5)), "good" + NAME},
          "good" + SHOWN + ":1:1: (none) -> a\\x1B[2J\n",
          ""},
-        {{"rewrite", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
-        {{"tokens", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
-        {{"events", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
-        {{"check", NAME + "x"}, "0 files, 0 bytes, ", SHOWN + "x: cannot be read\n"},
-        {{"detect", NAME + "x"}, "", SHOWN + "x: cannot be read\n"},
+        {{"rewrite", NAME + "x"}, "", SHOWN + "x: cannot be read: no such file\n"},
+        {{"tokens", NAME + "x"}, "", SHOWN + "x: cannot be read: no such file\n"},
+        {{"events", NAME + "x"}, "", SHOWN + "x: cannot be read: no such file\n"},
+        {{"check", NAME + "x"}, "0 files, 0 bytes, ", SHOWN + "x: cannot be read: no such file\n"},
+        {{"detect", NAME + "x"}, "", SHOWN + "x: cannot be read: no such file\n"},
     };
     Write(NAME, "a<b / >");
     Write("good" + NAME, "<a>");
+    Write("dark" + NAME, "<!--" + std::string(300, '\x80') + "-->");
     for (const auto& row : CASES) {
         settings.errors = Sink::CAPTURED;
         const ToolRun run = RunTool(row.arguments, settings);

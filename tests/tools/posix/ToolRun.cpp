@@ -196,6 +196,8 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& s
 
     std::thread writer([&] {
         WriteAll(input.writer.Get(), settings.input.value_or(""));
+        std::this_thread::sleep_for(settings.pause);
+        WriteAll(input.writer.Get(), settings.inputAfterPause);
         input.writer.Close();
     });
     const std::string shown = ReadAll(terminal.master.Get());

@@ -34,51 +34,6 @@ TEST_F(ToolTerminal, ColourCanBeForbidden) {
     }
 }
 
-TEST_F(ToolTerminal, ProgressOfSeveralFiles) {
-    Write("first.html", "a");
-    Write("second.html", "<a / >");
-    Write("empty.html", "");
-    const Arguments several = {"tokens",     "--feed",      "buffer", "--charset", "1252",
-                               "first.html", "second.html", "none",   "empty.html"};
-    const ToolRun quiet = RunTool(several, settings);
-    EXPECT_FALSE(Contains(quiet.errors, '\r'));
-
-    settings.errors = Sink::TERMINAL;
-    EXPECT_EQ(
-        RunTool(several, settings),
-        (ToolRun{
-            3, quiet.output,
-            "\r[1/4] first.html 0%"
-            "\r[2/4] second.html 0%"
-            "\r                    \r"
-            "second.html: parsing returned 11: malformed markup, a required part is missing or cannot be recognized; "
-            "EndParse returned 16: the input ended inside a construct (line 1, column 6)\n"
-            "none: cannot be read\n"
-            "\r[4/4] empty.html 100%"
-            "\r                     \r"}));
-
-    const ToolRun single = RunTool({"tokens", "first.html"}, settings);
-    EXPECT_EQ(single.errors, "");
-}
-
-TEST_F(ToolTerminal, ProgressOfALargeFile) {
-    settings.errors = Sink::TERMINAL;
-    settings.input = std::string(std::size_t{16} * 1024 * 1024, 'x');
-    EXPECT_EQ(RunTool({"tokens", "--charset", "1252"}, settings).errors, "");
-    settings.input->push_back('x');
-    const ToolRun run = RunTool({"tokens", "--charset", "1252"}, settings);
-    EXPECT_EQ(run.errors.substr(0, 11), "\r[1/1] - 0%");
-    EXPECT_EQ(run.errors.back(), '\r') << "the line is gone at the end";
-}
-
-TEST_F(ToolTerminal, ALongNameIsShortenedInTheProgressLine) {
-    const std::string name = std::string(30, 'a') + "\xC3\xA9" + std::string(46, 'b');  // the cut would part the letter
-    Write(name, "");
-    settings.errors = Sink::TERMINAL;
-    const ToolRun run = RunTool({"tokens", name, name}, settings);
-    EXPECT_EQ(run.errors.substr(0, run.errors.find('%') + 1), "\r[1/2] ..." + std::string(46, 'b') + " 100%");
-}
-
 TEST_F(ToolTerminal, ColourOfEvents) {
     settings.input = "a<b>";
     EXPECT_FALSE(Contains(RunTool({"events"}, settings).output, '\x1B'));
@@ -87,40 +42,47 @@ TEST_F(ToolTerminal, ColourOfEvents) {
     EXPECT_FALSE(Contains(RunTool({"events", "--format", "json"}, settings).output, '\x1B'));
 }
 
-TEST_F(ToolTerminal, ProgressOfEvents) {
-    Write("first.html", "a");
-    Write("second.html", "b");
-    settings.errors = Sink::TERMINAL;
-    EXPECT_EQ(RunTool({"events", "first.html"}, settings).errors, "");
-    const ToolRun shown = RunTool({"events", "first.html", "second.html"}, settings);
-    EXPECT_EQ(shown.status, 0);
-    EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/2] first.html 0%\r") << shown.errors;
+/// A run that takes a second, because its input comes in two parts.
+ToolRun RunSlowly(ToolSettings settings, Arguments arguments) {
+    settings.input = std::string(20000, 'x') + "<p>";
+    settings.pause = std::chrono::milliseconds(1000);
+    settings.inputAfterPause = std::string(20000, 'y');
+    return RunTool(arguments, settings);
 }
 
-TEST_F(ToolTerminal, ProgressOfChecks) {
-    const auto run = [this](Arguments files) {
-        files.insert(files.begin(), {"check", "--format", "json"});
-        return RunTool(files, settings);
-    };
-    const std::string page = [] {
-        std::string text;
-        while (text.size() < 3000000)
-            text += "<p class=x>text</p>\n";
-        return text;
-    }();
-    Write("first.html", page);
-    Write("second.html", "b");
-    const ToolRun quiet = run({"first.html", "none", "second.html"});
-    EXPECT_EQ(quiet.errors, "none: cannot be read\n");
-
+TEST_F(ToolTerminal, ProgressOfALongRun) {
+    Write("first.html", "a");
     settings.errors = Sink::TERMINAL;
-    const ToolRun shown = run({"first.html", "none", "second.html"});
-    EXPECT_EQ(shown.status, 3);
-    EXPECT_EQ(shown.output, quiet.output);
-    EXPECT_EQ(shown.errors.substr(0, 21), "\r[1/3] first.html 0%\r") << shown.errors;
-    EXPECT_TRUE(Contains(shown.errors, "\rnone: cannot be read\n")) << "the line is hidden first";
-    EXPECT_TRUE(shown.errors.back() == '\r' || shown.errors.back() == '\n') << "and at the end";
-    EXPECT_EQ(run({"second.html"}).errors, "") << "not for one small file";
+    for (const char* const command : {"tokens", "events", "check"}) {
+        const Arguments arguments = {command, "--charset", "1252", "first.html", "none", "-"};
+        const ToolRun run = RunSlowly(settings, arguments);
+        EXPECT_EQ(run.status, 3);
+        EXPECT_TRUE(Contains(run.errors, "none: cannot be read: no such file\n"));
+        EXPECT_TRUE(Contains(run.errors, "\r[3/3] - 0.0 MB, ")) << command;
+        EXPECT_EQ(run.errors.back(), '\r') << "the line is gone at the end";
+        settings.errors = Sink::CAPTURED;
+        EXPECT_EQ(RunSlowly(settings, arguments).errors, "none: cannot be read: no such file\n");
+        settings.errors = Sink::TERMINAL;
+    }
+}
+
+TEST(ToolTerminalOfBothStreams, AFailureIsSaidOnce) {
+    for (const char* const command : {"tokens", "events", "check"}) {
+        ToolSettings settings;
+        settings.input = "<p>a</p><b class=abcdef>";
+        settings.output = Sink::TERMINAL;
+        settings.errors = Sink::TERMINAL;
+        const Arguments arguments = {command, "--charset", "utf-8", "--max-token", "8"};
+        const ToolRun both = RunTool(arguments, settings);
+        EXPECT_EQ(both.status, 1) << command;
+        const std::string text = both.output;
+        const std::size_t first = text.find("a token is longer");
+        EXPECT_NE(first, std::string::npos) << command << text;
+        EXPECT_EQ(text.find("a token is longer", first + 1), std::string::npos) << command << text;
+
+        settings.output = Sink::CAPTURED;
+        EXPECT_TRUE(Contains(RunTool(arguments, settings).errors, "a token is longer")) << command;
+    }
 }
 
 }  // namespace

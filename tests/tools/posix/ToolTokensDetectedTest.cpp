@@ -77,6 +77,17 @@ TEST(ToolTokensDetected, TheTextFormatAfterALateCharset) {
         "result   0, success\n"));
 }
 
+TEST(ToolTokensDetected, TheTextFormatSaysWhatIsAssumed) {
+    const ToolRun assumed = RunToolOn("<p>caf\xC3\xA9</p>", {"tokens"});
+    EXPECT_TRUE(Contains(assumed.output, "text(caf\xC3\x83\xC2\xA9)")) << assumed.output;
+    EXPECT_TRUE(Contains(assumed.output, "\ncharset  1252 (windows-1252), assumed\n")) << assumed.output;
+    const ToolRun given = RunToolOn("<p>caf\xC3\xA9</p>", {"tokens", "--charset", "utf-8"});
+    EXPECT_TRUE(Contains(given.output, "text(caf\xC3\xA9)")) << given.output;
+    EXPECT_TRUE(Contains(given.output, "\ncharset  65001 (UTF-8)\n")) << given.output;
+    const ToolRun bytes = RunToolOn("<p>caf\xC3\xA9</p>", {"tokens", "--observer", "narrow"});
+    EXPECT_TRUE(Contains(bytes.output, "\ncharset  unknown\n")) << "nothing is decoded\n" << bytes.output;
+}
+
 TEST(ToolTokensDetected, TheLeastConfidenceKeepsTheDetectorSilent) {
     const std::string lines = JsonOf(DETECTABLE_TEXTS[0].bytes, {"--min-confidence", "101"});
     EXPECT_TRUE(Contains(LastLine(lines), "\"parse\":0,\"endParse\":0,"));
@@ -102,7 +113,7 @@ TEST(ToolCheckDetected, ADetectedCharsetIsFollowed) {
     const ToolRun wide = RunToolOn(detected, {"check", "--format", "json"});
     EXPECT_EQ(wide.status, 1);
     EXPECT_TRUE(Contains(wide.output, "\"endParse\":704,"));
-    const ToolRun unknown = RunToolOn(detected, {"check", "--format", "json", "--min-confidence", "101"});
+    const ToolRun unknown = RunToolOn(detected, {"check", "--format", "json", "--feed", "buffer"});
     EXPECT_EQ(unknown.status, 0) << unknown.errors;
     EXPECT_TRUE(Contains(unknown.output, "\"identical\":true"));
 }

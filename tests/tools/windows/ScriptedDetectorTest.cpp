@@ -37,6 +37,10 @@ Tool::ExitStatus RunCommand(const Tool::RewriteOptions& options, Tool::Console* 
     return Tool::RunRewrite(options, console);
 }
 
+Tool::ExitStatus RunCommand(const Tool::ViewOptions& options, Tool::Console* console) {
+    return Tool::RunView(options, console);
+}
+
 /// A standard stream of this process that goes into a file for a while.
 class Redirection {
 public:
@@ -118,8 +122,11 @@ constexpr const char* NOT_CONFIDENT = "the charset detector is not confident eno
 TEST_F(ScriptedDetector, AnAnswer) {
     Answer(65001, 90);
     EXPECT_EQ(RunOn(UTF8, {"detect", "--format", "json"}),
-              (ToolRun{0, "{\"file\":\"page\",\"result\":0,\"code\":65001,\"name\":\"UTF-8\"}\n", ""}));
-    EXPECT_EQ(RunOn(UTF8, {"detect"}).output, "page: 65001 (UTF-8), confidence 90, 0, success\n");
+              (ToolRun{0,
+                       R"({"file":"page","result":0,"code":65001,"name":"UTF-8","source":"detector","confidence":90})"
+                       "\n",
+                       ""}));
+    EXPECT_EQ(RunOn(UTF8, {"detect"}).output, "page: 65001 (UTF-8), confidence 90, 0, the detector\n");
     EXPECT_EQ(script.references, 0);
 }
 
@@ -141,11 +148,20 @@ TEST_F(ScriptedDetector, NoUsableAnswer) {
 
 TEST_F(ScriptedDetector, TheLeastData) {
     Answer(65001, 90);
-    EXPECT_EQ(RunOn(UTF8.substr(0, 255), {"detect"}).status, 1);
-    EXPECT_EQ(script.calls, 0);
+    EXPECT_EQ(RunOn(UTF8.substr(0, 255), {"detect"}),
+              (ToolRun{0, "page: 65001 (UTF-8), confidence 90, 707, the detector\n", ""}));
+    EXPECT_EQ(script.calls, 1);
+    EXPECT_EQ(script.bytes, UTF8.substr(0, 255) + " ") << "blanks make it long enough";
     EXPECT_EQ(RunOn(UTF8.substr(0, 256), {"detect"}).status, 0);
+    EXPECT_EQ(script.bytes, UTF8.substr(0, 256));
     EXPECT_EQ(RunOn(UTF8 + std::string(20000, 'x'), {"detect"}).status, 0);
-    EXPECT_LE(script.bytes.size(), 16384U);
+    EXPECT_EQ(script.bytes, UTF8 + std::string(20000, 'x'));
+    EXPECT_EQ(RunOn(UTF8 + std::string(20000, 'x'), {"detect", "--bytes", "300"}).status, 0);
+    EXPECT_EQ(script.bytes, UTF8.substr(0, 300));
+    EXPECT_EQ(script.calls, 4) << "once for each input";
+    EXPECT_EQ(RunOn("<meta charset=koi8-r>" + UTF8, {"detect"}).output,
+              "page: 20866 (KOI8-R), confidence 100, 0, declared in meta\n");
+    EXPECT_EQ(script.calls, 4) << "what is declared need not be detected";
 }
 
 TEST_F(ScriptedDetector, AClassThatIsNotRegistered) {
@@ -162,7 +178,8 @@ TEST_F(ScriptedDetector, ADetectorThatFails) {
     script.result = E_FAIL;
     const ToolRun run = RunOn(UTF8, {"detect", "--format", "json"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.output, "{\"file\":\"page\",\"result\":709,\"code\":0,\"name\":\"\"}\n");
+    EXPECT_EQ(run.output, R"({"file":"page","result":709,"code":0,"name":"","source":"none","confidence":0})"
+                          "\n");
     const ToolRun tokens = RunOn(UTF8, {"tokens", "--format", "json"});
     EXPECT_EQ(tokens.status, 1);
     EXPECT_TRUE(Contains(tokens.output, "\"parse\":706,"));

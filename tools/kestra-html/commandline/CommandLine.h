@@ -11,13 +11,14 @@
 #include "tools/kestra-html/commands/EventsCommand.h"
 #include "tools/kestra-html/commands/RewriteCommand.h"
 #include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/commands/ViewCommand.h"
 
 namespace Kestra::Tool {
 
 /// What the command line asks for: the run of a subcommand, or only an answer.
 struct CommandLine {
     /// The subcommand, by its options.
-    std::variant<TokensOptions, EventsOptions, CheckOptions, DetectOptions, RewriteOptions> run;
+    std::variant<TokensOptions, EventsOptions, CheckOptions, DetectOptions, RewriteOptions, ViewOptions> run;
     std::optional<ExitStatus> answered;  ///< when set, nothing is run: the text below is all
     /// Help or version for standard output, or what is wrong for standard error; no line feed at
     /// its end.

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/kestra-html/commandline/SuggestedWord.h"
+
 namespace Kestra::Tool {
 
 const char* const EXIT_STATUS_HELP =
@@ -26,10 +28,22 @@ std::optional<std::uint64_t> ReadNumber(const std::string& text, std::uint64_t m
 }
 
 Subcommand::Subcommand(CLI::App* tool, const std::string& name, const std::string& description)
-    : app(tool->add_subcommand(name, description)) {}
+    : app(tool->add_subcommand(name, description)) {
+    app->set_version_flag("--version", tool->version());
+}
 
 bool Subcommand::IsMeant() const {
     return app->parsed();
+}
+
+void Subcommand::RefuseOption(const std::string& argument) const {
+    const std::string name = argument.substr(0, argument.find('='));
+    std::vector<std::string> known;
+    for (const CLI::Option* const option : app->get_options()) {
+        for (const std::string& longName : option->get_lnames())
+            known.push_back("--" + longName);
+    }
+    throw CLI::ValidationError(app->get_name(), fmt::format("there is no option {}{}", name, SuggestWord(name, known)));
 }
 
 void Subcommand::FillFields() const {
@@ -38,7 +52,7 @@ void Subcommand::FillFields() const {
     *files = app->remaining();
     for (const std::string& file : *files) {
         if (file.size() > 1 && file.front() == '-')
-            throw CLI::ExtrasError(app->get_name(), {file});
+            RefuseOption(file);
     }
 }
 
@@ -83,6 +97,16 @@ void Subcommand::AddValue(const std::string& name, const std::string& typeName, 
     std::string* const text = &texts.emplace_back(defaultText);
     app->add_option(name, *text, description)->type_name(typeName)->take_last()->capture_default_str();
     fillers.emplace_back([text, readText = std::move(readText)] { readText(*text); });
+}
+
+void Subcommand::AddOptional(const std::string& name, const std::string& typeName, const std::string& description,
+                             ReadText readText) {
+    std::string* const text = &texts.emplace_back();
+    const CLI::Option* const option = app->add_option(name, *text, description)->type_name(typeName)->take_last();
+    fillers.emplace_back([option, text, readText = std::move(readText)] {
+        if (option->count() > 0)
+            readText(*text);
+    });
 }
 
 void Subcommand::AddToHelp(const std::string& name, const std::string& typeName, const std::string& description) {

@@ -67,15 +67,24 @@ public:
     void AddValue(const std::string& name, const std::string& typeName, const std::string& defaultText,
                   const std::string& description, ReadText readText);
 
+    /// The same without a default: nothing is read when the option is not given.
+    void AddOptional(const std::string& name, const std::string& typeName, const std::string& description,
+                     ReadText readText);
+
     /// An option that only the help knows. Its arguments are taken out before.
     void AddToHelp(const std::string& name, const std::string& typeName, const std::string& description);
 
     /// The rest of the help. What is no option is a file.
     void AddFiles(std::vector<std::string>* field, const std::string& description, const std::string& footer);
 
-private:
+    /// Reads a number within bounds. @throws CLI::ValidationError
     static std::uint64_t ReadNumberWithin(const std::string& option, const std::string& text, std::uint64_t least,
                                           std::uint64_t most);
+
+private:
+    /// @throws CLI::ParseError always: names the option that is most like it
+    [[noreturn]] void RefuseOption(const std::string& argument) const;
+
     void AddWords(const std::string& name, const std::vector<std::string>& words, const std::string& defaultWord,
                   const std::string& description, const ReadText& readWord);
 

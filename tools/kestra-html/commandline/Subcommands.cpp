@@ -20,13 +20,22 @@ using HTML::GenericParser;
 using HTML::StatelessHTMLParser;
 using StringNS::CharSet;
 
+constexpr std::uint64_t MOST_CONFIDENCE = 100;
+
 constexpr const char* TOKENS_FOOTER =
     "Text format: one line for each token. It starts with the line and the column of\n"
     "the token, from 1, counted in the parser's characters: bytes, and units of\n"
-    "UTF-16 input. An event without a token, such as js-start, follows the tag that\n"
-    "caused it. Long texts are cut and followed by their length: abc...[1200]. A\n"
-    "control character is shown as \\n, \\r, \\t or \\x1B. On a terminal the kind is\n"
-    "coloured unless NO_COLOR is set. With --places the offsets follow, [begin,end).\n"
+    "UTF-16 input; with --places the offsets follow, [begin,end). Then come the kind\n"
+    "and, in parentheses, the parts of the token with | between them:\n"
+    "  text(T)  comment(T)  junk(T)  c-comment(T)  cpp-comment(T)  s-string(T)\n"
+    "  d-string(T)  extern-text(T)  cdata(WORD|T)  conditional(WORD|CONDITION|REST)\n"
+    "  start(SPACE|NAME|ATTRIBUTES|SPACE)  short, extern, entity: the same\n"
+    "  end(SPACE|NAME|SPACE|ATTRIBUTES|SPACE)\n"
+    "  an attribute: {SPACE|NAME} or {SPACE|NAME|SPACE=SPACE|VALUE}\n"
+    "\", open\" follows when the end of the token is missing. An event without a token,\n"
+    "such as js-start, follows the tag that caused it. Long texts and lists are cut\n"
+    "and followed by their length: abc...[1200]. A control character is shown as \\n,\n"
+    "\\r, \\t or \\x1B.\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input. With --places the objects of callbacks get begin, end, line\n"
@@ -35,7 +44,10 @@ constexpr const char* TOKENS_FOOTER =
     "two are null without a value.\n"
     "\n"
     "When the charset is found late, the input is parsed again with it; only the\n"
-    "last pass is written.\n"
+    "last pass is written. A pipe is kept for that, above 1 MiB in a temporary file,\n"
+    "unless --charset, --no-reparse, --input utf16 or its start make it needless:\n"
+    "then its tokens appear as they come. Temporary files lie in $TMPDIR or where the\n"
+    "system has them.\n"
     "\n";
 
 constexpr const char* EVENTS_FOOTER =
@@ -47,8 +59,7 @@ constexpr const char* EVENTS_FOOTER =
     "the construct, from 1, as the parser counts them: two line breaks in a row are\n"
     "one, and a byte of text, of a script or of a style sheet is two columns. Long\n"
     "texts are cut and followed by their length: abc...[1200]. A control character is\n"
-    "shown as \\n, \\r, \\t or \\x1B. On a terminal the kind is coloured unless NO_COLOR\n"
-    "is set. With --places the offsets follow, [begin,end).\n"
+    "shown as \\n, \\r, \\t or \\x1B. With --places the offsets follow, [begin,end).\n"
     "\n"
     "JSON format: JSON Lines, one object for each callback, and a last one for the\n"
     "result of the input. With --places the objects of callbacks get begin, end, line\n"
@@ -72,16 +83,24 @@ constexpr const char* CHECK_FOOTER =
     "\n"
     "When the charset is found late, the input is parsed again with it; only the\n"
     "last pass counts.\n"
+    "\n"
+    "Temporary files are used for a pipe above 1 MiB and for a copy above 4 MiB. They\n"
+    "lie in $TMPDIR or where the system has them.\n"
     "\n";
 
 constexpr const char* DETECT_FOOTER =
-    "The first 16384 bytes are examined; at least 256 are needed.\n"
+    "The charset is that of the byte-order mark, or what a meta tag declares, or what\n"
+    "the detector sees; otherwise plain ASCII, which is the same text in almost every\n"
+    "charset, and for fewer than 256 bytes what the library assumes. Only an input\n"
+    "whose charset stays unknown is not good.\n"
     "\n"
-    "Text format: one line for each input: the code page and its name, the confidence\n"
-    "of the detector, at most 100, and the result code. An answer of too little\n"
-    "confidence is left out, but its confidence is written.\n"
+    "Text format: one line for each input: the code page and its name, the\n"
+    "confidence, at most 100, the result code of the detector, and where the charset\n"
+    "comes from. An answer of too little confidence is left out, but its confidence\n"
+    "is written.\n"
     "\n"
-    "JSON format: JSON Lines, one object for each input.\n"
+    "JSON format: JSON Lines, one object for each input. Its source is mark, meta,\n"
+    "detector, ascii, assumed or none.\n"
     "\n";
 
 constexpr const char* REWRITE_FOOTER =
@@ -109,6 +128,20 @@ constexpr const char* REWRITE_FOOTER =
     "\n"
     "With --scripts tokens a string, a comment or a regular expression of a script\n"
     "may hide the tags after it from the edits.\n"
+    "\n";
+
+constexpr const char* VIEW_FOOTER =
+    "The page is one file that needs nothing else: open it in a browser. It shows the\n"
+    "markup with each token in the colour of its kind. For the token under the\n"
+    "pointer or chosen by the keyboard it shows the kind, the place, the name, the\n"
+    "attributes and the charset. Junk, open and undecodable tokens and folded\n"
+    "attributes are marked. Kinds can be hidden, and the text can be searched.\n"
+    "Nothing of the input is ever run or loaded.\n"
+    "\n"
+    "Bytes are shown as text in the charset that is in force. If it is unknown they\n"
+    "are shown as windows-1252.\n"
+    "\n"
+    "The page is written whatever the result of the parse, which it shows.\n"
     "\n";
 
 /// A code-page number or a registered charset name.
@@ -142,6 +175,12 @@ void AddFormat(Subcommand* command, OutputFormat* format) {
                        "for people, or JSON Lines for programs");
 }
 
+void AddColour(Subcommand* command, ColourChoice* colour) {
+    command->AddChoice("--color", colour,
+                       {{"auto", ColourChoice::AUTO}, {"always", ColourChoice::ALWAYS}, {"never", ColourChoice::NEVER}},
+                       "colour the kinds of the text format; auto: on a\nterminal, unless NO_COLOR is set");
+}
+
 /// @param decodes  whether the text of the inputs is decoded; called when words and flags are known
 void AddCharset(Subcommand* command, CharSet::Code* charset, const std::function<bool()>& decodes) {
     const std::string option = "--charset";
@@ -158,6 +197,11 @@ bool DecodesNever() {
     return false;
 }
 
+void AddLineBuffered(Subcommand* command, bool* lineBuffered) {
+    command->AddFlag("--line-buffered", lineBuffered,
+                     "write each line at once, and parse what a pipe\nhas instead of waiting for a whole piece");
+}
+
 void AddInput(Subcommand* command, ParseOptions* options) {
     command->AddChoice("--input", &options->input,
                        {{"auto", GenericParser::DATA_STREAM_AUTO},
@@ -171,7 +215,8 @@ void AddFeed(Subcommand* command, FeedOptions* options) {
                        {{"stream", FeedOptions::Feed::STREAM}, {"buffer", FeedOptions::Feed::BUFFER}},
                        "hand the input over as one stream, or piece by\npiece");
     command->AddNumber("--piece-size", &options->pieceSize,
-                       "buffer: bytes of a piece, 0 for all in one;\n"
+                       "buffer: bytes of a piece, 0 for all in one,\n"
+                       "which takes memory for the whole input;\n"
                        "stream: most bytes for a read that asks for\n"
                        "16384 or more, 0 for as many as it asks for");
 }
@@ -195,7 +240,8 @@ void AddMaxToken(Subcommand* command, FeedOptions* options) {
 }
 
 void AddMinConfidence(Subcommand* command, std::uint64_t* minConfidence) {
-    command->AddNumber("--min-confidence", minConfidence, "least confidence, of 100, of a detected charset");
+    command->AddNumberWithin("--min-confidence", minConfidence, std::uint64_t{0}, MOST_CONFIDENCE,
+                             "least confidence, of 100, of a detected charset");
 }
 
 void AddNoReparse(Subcommand* command, ParseOptions* options) {
@@ -203,11 +249,32 @@ void AddNoReparse(Subcommand* command, ParseOptions* options) {
                              "stop when the charset is found late, instead\nof starting again with it");
 }
 
+/// What is the same for the inputs of all subcommands.
+void AddInputs(Subcommand* command, InputOptions* options, const std::string& description, const std::string& footer) {
+    command->AddFlag("-r,--recursive", &options->recursive,
+                     "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");
+    command->AddOptional("--files-from", "FILE", "read more names from a file, one a line; - is\nstandard input",
+                         [options](const std::string& name) {
+                             if (name.empty())
+                                 throw CLI::ValidationError("--files-from", "the name of a file is missing");
+                             options->filesFrom = name;
+                         });
+    command->AddFlag("-0,--null", &options->isNulSeparated, "names of --files-from end with a NUL");
+    command->AddOptional(
+        "-j,--jobs", "N", "files at a time, as many as there are cores if\nnot given; the output stays in their order",
+        [options](const std::string& text) {
+            options->jobs =
+                static_cast<std::size_t>(Subcommand::ReadNumberWithin("--jobs", text, 1, InputOptions::MOST_JOBS));
+        });
+    command->AddFiles(&options->inputs, description, footer);
+}
+
 }  // namespace
 
 void DeclareOptions(Subcommand* command, TokensOptions* options) {
     using Observer = TokensOptions::Observer;
     AddFormat(command, &options->format);
+    AddColour(command, &options->colour);
     AddCharset(command, &options->charset, [options] { return options->observer == Observer::WIDE; });
     AddInput(command, options);
     command->AddChoice("--observer", &options->observer, {{"wide", Observer::WIDE}, {"narrow", Observer::NARROW}},
@@ -222,15 +289,19 @@ void DeclareOptions(Subcommand* command, TokensOptions* options) {
                        "compare the input with its tokens written\nback, by checksum; copy also keeps the text");
     command->AddFlag("--detect-charset-errors", &options->detectCharsetErrors,
                      "say in the result whether all text could be\ndecoded without loss");
-    AddMinConfidence(command, &options->minConfidence);
+    // Scripts silence the detector with one more than there is.
+    command->AddNumberWithin("--min-confidence", &options->minConfidence, std::uint64_t{0}, MOST_CONFIDENCE + 1,
+                             "least confidence, of 100, of a detected charset;\nwith 101 none is detected");
     AddNoReparse(command, options);
     command->AddFlag("--places", &options->places,
                      "write the place of each token, and in JSON of\neach attribute, in bytes from the first one");
-    command->AddFiles(&options->inputs, "files to read; - or none is standard input", TOKENS_FOOTER);
+    AddLineBuffered(command, &options->lineBuffered);
+    AddInputs(command, options, "files to read; - or none is standard input", TOKENS_FOOTER);
 }
 
 void DeclareOptions(Subcommand* command, EventsOptions* options) {
     AddFormat(command, &options->format);
+    AddColour(command, &options->colour);
     AddCharset(command, &options->charset, DecodesAlways);
     AddFeed(command, options);
     AddScripts(command, &options->scriptMode, StatelessHTMLParser::SCRIPT_AS_TOKENS,
@@ -239,7 +310,8 @@ void DeclareOptions(Subcommand* command, EventsOptions* options) {
     command->AddNumberWithin("--flags", &options->flags, std::uint32_t{0}, UINT32_MAX,
                              "flags of the parser; 1: the markup may replace\nthe charset");
     command->AddFlag("--places", &options->places, "write the place of each construct, in bytes\nfrom the first one");
-    command->AddFiles(&options->inputs, "files to read; - or none is standard input", EVENTS_FOOTER);
+    AddLineBuffered(command, &options->lineBuffered);
+    AddInputs(command, options, "files to read; - or none is standard input", EVENTS_FOOTER);
 }
 
 void DeclareOptions(Subcommand* command, CheckOptions* options) {
@@ -252,18 +324,14 @@ void DeclareOptions(Subcommand* command, CheckOptions* options) {
     AddMaxToken(command, options);
     AddMinConfidence(command, &options->minConfidence);
     AddNoReparse(command, options);
-    command->AddFlag("--recursive", &options->recursive,
-                     "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");
-    command->AddNumberWithin("--jobs", &options->jobs, std::size_t{1}, CheckOptions::MOST_JOBS,
-                             "threads; the output stays in the order of the\ninputs");
-    command->AddFiles(&options->inputs,
-                      "files to read, with --recursive directories,\ntoo; - or none is standard input", CHECK_FOOTER);
+    AddInputs(command, options, "files to read; - or none is standard input", CHECK_FOOTER);
 }
 
 void DeclareOptions(Subcommand* command, DetectOptions* options) {
     AddFormat(command, &options->format);
     AddMinConfidence(command, &options->minConfidence);
-    command->AddFiles(&options->inputs, "files to read; - or none is standard input", DETECT_FOOTER);
+    command->AddNumber("--bytes", &options->bytes, "how many bytes of each input are looked at; 0 for\nall of them");
+    AddInputs(command, options, "files to read; - or none is standard input", DETECT_FOOTER);
 }
 
 void DeclareOptions(Subcommand* command, RewriteOptions* options) {
@@ -278,9 +346,21 @@ void DeclareOptions(Subcommand* command, RewriteOptions* options) {
     AddInput(command, options);
     AddScripts(command, options);
     AddMaxToken(command, options);
-    command->AddFiles(&options->inputs,
-                      "the file to read, with --in-place or --dry-run\nany number; - or none is standard input",
-                      REWRITE_FOOTER);
+    AddInputs(command, options,
+              "the file to read, with --in-place or --dry-run\nany number; - or none is standard input",
+              REWRITE_FOOTER);
+}
+
+void DeclareOptions(Subcommand* command, ViewOptions* options) {
+    command->AddValue("-o,--output", "FILE", options->output, "the page to write; - is standard output",
+                      [options](const std::string& name) { options->output = name; });
+    AddCharset(command, &options->charset, DecodesAlways);
+    AddInput(command, options);
+    AddScripts(command, options);
+    AddMaxToken(command, options);
+    AddMinConfidence(command, &options->minConfidence);
+    AddNoReparse(command, options);
+    command->AddFiles(&options->inputs, "the file to read; - or none is standard input", VIEW_FOOTER);
 }
 
 }  // namespace Kestra::Tool

@@ -6,6 +6,7 @@
 #include "tools/kestra-html/commands/EventsCommand.h"
 #include "tools/kestra-html/commands/RewriteCommand.h"
 #include "tools/kestra-html/commands/TokensCommand.h"
+#include "tools/kestra-html/commands/ViewCommand.h"
 
 namespace Kestra::Tool {
 
@@ -17,5 +18,6 @@ void DeclareOptions(Subcommand* command, CheckOptions* options);
 void DeclareOptions(Subcommand* command, DetectOptions* options);
 /// The edits and where they go are only in the help: `TakeRewriteArguments` reads them.
 void DeclareOptions(Subcommand* command, RewriteOptions* options);
+void DeclareOptions(Subcommand* command, ViewOptions* options);
 
 }  // namespace Kestra::Tool

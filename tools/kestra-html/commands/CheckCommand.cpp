@@ -7,16 +7,20 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
+#include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/kestra-html/commands/InputChecker.h"
+#include "tools/kestra-html/commands/InputNames.h"
 #include "tools/kestra-html/commands/OrderedJobs.h"
 #include "tools/kestra-html/input/Input.h"
-#include "tools/kestra-html/input/InputList.h"
 #include "tools/kestra-html/output/JsonLine.h"
 #include "tools/kestra-html/output/PrintableName.h"
 #include "tools/kestra-html/output/ResultText.h"
@@ -29,15 +33,19 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds BETWEEN_LOOKS{100};  // at the progress of the input that is waited for
 
+constexpr std::uint64_t UNKNOWN_SIZE = std::numeric_limits<std::uint64_t>::max();
+
 /// An input on its way through the command. It belongs to the thread that checks it until that is
 /// done; only the two numbers about its progress are read before.
 struct CheckedInput {
     ReadResult reading = ReadResult::UNREADABLE;  ///< out of memory also when the check was
-    std::string bytes;                            ///< from reading to the end of the check
+    std::unique_ptr<InputSource> source;          ///< from its opening to the end of the check
     std::uint64_t size = 0;
     CheckOutcome outcome;
 
-    std::atomic<std::uint64_t> bytesToDo = 1;  ///< 1 until it is known, so that nothing of it is done
+    bool isOpened = false;  ///< in its turn, before its check
+
+    std::atomic<std::uint64_t> bytesToDo = UNKNOWN_SIZE;
     std::atomic<std::uint64_t> bytesDone = 0;
 };
 
@@ -47,7 +55,7 @@ struct CheckTotals {
     std::uint64_t bytes = 0;
     std::uint64_t tokens = 0;
     std::uint64_t reproduced = 0;
-    std::uint64_t notChecked = 0;
+    std::uint64_t notChecked = 0;  ///< for want of the input, of memory or of a temporary file
 };
 
 /// Millions of bytes per second.
@@ -81,6 +89,8 @@ std::string DescribeTrouble(const CheckOutcome& outcome) {
 
 /// The outcome in one line, before the numbers.
 std::string DescribeVerdict(const CheckOutcome& outcome) {
+    if (outcome.result.copyLost)
+        return fmt::format("not checked, {}", GetFailureMeaning(outcome.result));
     if (const std::uint32_t code = outcome.result.GetFirstFailure(); code != 0)
         return fmt::format("{}, {}", code, GetFailureMeaning(outcome.result));
     if (outcome.HasLostMark())
@@ -94,7 +104,8 @@ public:
         : options(checkOptions),
           console(toolConsole),
           line(toolConsole),
-          inputs(options.jobs * OrderedJobs::MOST_AHEAD) {
+          jobCount(CountJobs(checkOptions)),
+          inputs(jobCount * OrderedJobs::MOST_AHEAD) {
         for (std::unique_ptr<CheckedInput>& input : inputs)
             input = std::make_unique<CheckedInput>();
     }
@@ -102,14 +113,15 @@ public:
     ExitStatus Run() {
         try {
             const Clock::time_point begin = Clock::now();
-            names = options.recursive ? ListInputs(options.inputs) : options.inputs;
+            status = ListInputNames(options, console, &names);
+            if (status != EXIT_STATUS_GOOD)
+                return status;
             CheckInputs();
             if (options.format == OutputFormat::TEXT)
                 WriteSummary(std::chrono::duration<double>(Clock::now() - begin).count());
             console->Flush();
         } catch (const OutputFailed& failure) {
-            Worsen(EXIT_STATUS_FAILED);
-            console->Complain(failure.what());
+            status = EndFailedOutput(failure, status, console);
         } catch (const std::exception& failure) {  // no memory, no thread
             Worsen(EXIT_STATUS_FAILED);
             console->Complain(fmt::format("kestra-html: {}", failure.what()));
@@ -126,26 +138,48 @@ private:
                 Check(checker.get(), index);
             };
         };
-        // Standard input can be named more than once, and the first one gets it all: so it is read
-        // in its turn.
-        const auto readInTurn = [this](std::size_t index) {
-            if (names[index] == "-")
-                Read(index);
+        // Standard input can be named more than once, and the first one gets it all: so it is then
+        // read in its turn.
+        const bool isNamedAgain = std::count(names.begin(), names.end(), "-") > 1;
+        const auto readInTurn = [this, isNamedAgain](std::size_t index) {
+            if (names[index] != "-" || !isNamedAgain)
+                return;
+            CheckedInput& input = *SlotOf(index);
+            try {
+                Open(index);
+                if (input.source != nullptr)
+                    input.source->Drain();
+            } catch (const std::bad_alloc&) {
+                input.source = nullptr;
+                input.reading = ReadResult::OUT_OF_MEMORY;
+            }
+            input.isOpened = true;
         };
-        OrderedJobs jobs(names.size(), options.jobs, makeWorker, readInTurn);
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            WaitFor(i, &jobs);
-            Report(names[i], *SlotOf(i));
-            SlotOf(i) = std::make_unique<CheckedInput>();
+        OrderedJobs jobs(names.size(), jobCount, makeWorker, readInTurn);
+        try {
+            for (std::size_t i = 0; i < names.size(); ++i) {
+                WaitFor(i, &jobs);
+                Report(names[i], *SlotOf(i));
+                SlotOf(i) = std::make_unique<CheckedInput>();
+            }
+        } catch (const OutputFailed& failure) {
+            // A thread that waits for a pipe, or reads a large file, would keep the tool.
+            std::_Exit(EndFailedOutput(failure, status, console));
         }
     }
 
     void WaitFor(std::size_t index, OrderedJobs* jobs) {
         std::chrono::milliseconds patience{0};
-        while (!jobs->Wait(index, patience)) {
+        bool isDone = false;
+        while (!isDone) {
+            isDone = jobs->Wait(index, patience);
             const CheckedInput& input = *SlotOf(index);
-            console->Flush();
-            console->GetProgress().Follow(index + 1, names[index], input.bytesDone, input.bytesToDo);
+            const std::uint64_t size = input.bytesToDo;
+            if (!isDone)
+                console->Flush();
+            console->GetProgress().StartInput(index + 1, names[index],
+                                              size == UNKNOWN_SIZE ? std::nullopt : std::optional(size));
+            console->GetProgress().Advance(input.bytesDone);
             patience = BETWEEN_LOOKS;
         }
     }
@@ -155,45 +189,55 @@ private:
         return inputs[index % inputs.size()];
     }
 
-    void Read(std::size_t index) {
+    /// The console belongs to another thread, so that nothing is said about the reading.
+    void Open(std::size_t index) {
         CheckedInput& input = *SlotOf(index);
-        input.reading = ReadInput(names[index], &input.bytes);
+        OpenedInput opened = OpenInput(names[index]);
+        input.reading = opened.result;
+        input.source = std::move(opened.source);
     }
 
     void Check(InputChecker* checker, std::size_t index) {
         CheckedInput& input = *SlotOf(index);
-        if (names[index] != "-")
-            Read(index);
-        if (input.reading == ReadResult::READ) {
-            input.size = input.bytes.size();
-            input.bytesToDo = input.size;
-            try {
-                input.outcome = checker->Check(input.bytes, [&input](std::uint64_t bytes) { input.bytesDone = bytes; });
-            } catch (const std::bad_alloc&) {
-                input.reading = ReadResult::OUT_OF_MEMORY;
-            }
+        try {
+            if (!input.isOpened)
+                Open(index);
+            if (input.source == nullptr)
+                return;
+            if (const std::optional<std::uint64_t> size = input.source->GetSize())
+                input.bytesToDo = *size;
+            const auto bytesDone = [&input](std::uint64_t bytes) { input.bytesDone = bytes; };
+            input.outcome = checker->Check(input.source.get(), bytesDone);
+            input.reading = input.source->GetFailure();
+            input.size = CountBytes(input.source.get());
+        } catch (const std::bad_alloc&) {
+            input.reading = ReadResult::OUT_OF_MEMORY;
         }
-        input.bytes = std::string();
+        input.source = nullptr;
     }
 
     /// @throws OutputFailed
     void Report(const std::string& name, const CheckedInput& input) {
         if (input.reading != ReadResult::READ) {
             ++totals.notChecked;
-            Worsen(DiagnoseUnread(name, input.reading, console));
+            Worsen(ReportUnread(name, input.reading, options.format, nullptr, console));
             return;
         }
         ++totals.files;
         totals.bytes += input.size;
         totals.tokens += input.outcome.tokens;
         totals.reproduced += input.outcome.IsReproduced() ? 1 : 0;
+        totals.notChecked += input.outcome.result.copyLost ? 1 : 0;
         if (options.format == OutputFormat::JSON)
             WriteObject(name, input);
         else
             WriteLine(name, input);
         if (!input.outcome.IsGood()) {
             Worsen(EXIT_STATUS_FAILED);
-            console->Diagnose(name, DescribeTrouble(input.outcome));
+            if (options.format == OutputFormat::TEXT)
+                console->DiagnoseAgain(name, DescribeTrouble(input.outcome));
+            else
+                console->Diagnose(name, DescribeTrouble(input.outcome));
         }
     }
 
@@ -208,6 +252,11 @@ private:
             line.Number("firstDifference", *input.outcome.firstDifference);
         else
             line.Null("firstDifference");
+        line.Number("parse", input.outcome.result.parse);
+        if (input.outcome.result.copyLost) {
+            const std::string why(GetFailureMeaning(input.outcome.result));
+            line.String("error", &why);
+        }
         line.End();
     }
 
@@ -236,6 +285,7 @@ private:
     Console* console;
     JsonLine line;
     std::vector<std::string> names;
+    std::size_t jobCount;                               ///< threads
     std::vector<std::unique_ptr<CheckedInput>> inputs;  ///< a ring of slots
     CheckTotals totals;
     ExitStatus status = EXIT_STATUS_GOOD;

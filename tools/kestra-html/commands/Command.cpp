@@ -6,44 +6,144 @@
 #include <cstddef>
 #include <new>
 
+#include "tools/kestra-html/commands/InputNames.h"
+#include "tools/kestra-html/commands/InputRuns.h"
+#include "tools/kestra-html/output/JsonLine.h"
 #include "tools/kestra-html/output/LineSink.h"
 #include "tools/kestra-html/output/PrintableName.h"
+#include "tools/kestra-html/system/TemporaryFolder.h"
+#include "tools/kestra-html/system/Terminal.h"
 
 namespace Kestra::Tool {
 
-ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, Console* console) {
-    const bool isUnreadable = result == ReadResult::UNREADABLE;
-    console->Diagnose(name, isUnreadable ? "cannot be read" : "not enough memory");
-    return isUnreadable ? EXIT_STATUS_UNREADABLE : EXIT_STATUS_FAILED;
+namespace {
+
+/// Runs a subcommand over an input.
+class InputRun {
+public:
+    InputRun(const std::vector<std::string>& inputNames, OutputFormat outputFormat, Console* toolConsole,
+             const RunInput& runInput)
+        : names(inputNames), format(outputFormat), console(toolConsole), run(runInput) {}
+
+    ExitStatus operator()(std::size_t index, InputOutput* output, const SizeKnown& sizeKnown) const {
+        const std::string& name = names[index];
+        try {
+            // On another thread the console is somebody else's.
+            const bool hasConsole = output == console;
+            const OpenedInput opened = OpenInput(name, hasConsole ? MakeReadingEvents(name, console) : ReadingEvents());
+            if (opened.source == nullptr)
+                return Report(name, opened.result, output);
+            sizeKnown(opened.source->GetSize());
+            if (format == OutputFormat::TEXT && names.size() > 1)
+                output->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(name)));
+            const ExitStatus status = run({name, opened.source.get()}, output);
+            const ReadResult failure = opened.source->GetFailure();
+            if (failure != ReadResult::READ)
+                return std::max(status, Report(name, failure, output));
+            // Standard input that is named again is then at its end.
+            if (name == "-" &&
+                std::find(names.begin() + static_cast<std::ptrdiff_t>(index) + 1, names.end(), name) != names.end())
+                opened.source->Drain();
+            return status;
+        } catch (const std::bad_alloc&) {
+            return Report(name, ReadResult::OUT_OF_MEMORY, output);
+        }
+    }
+
+private:
+    ExitStatus Report(const std::string& name, ReadResult result, InputOutput* output) const {
+        return ReportUnread(name, result, format, "Error", output);
+    }
+
+    const std::vector<std::string>& names;
+    OutputFormat format;
+    Console* console;
+    const RunInput& run;
+};
+
+}  // namespace
+
+bool IsColoured(ColourChoice choice) {
+    // Asked always: it prepares a terminal that has to be.
+    const bool isWanted = WantsColour();
+    return choice == ColourChoice::ALWAYS || (choice == ColourChoice::AUTO && isWanted);
 }
 
-ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat format, Console* console,
-                        const RunInput& run) {
-    const auto runInput = [&](std::size_t index) {
-        Input input;
-        input.name = names[index];
-        if (const ReadResult result = ReadInput(input.name, &input.bytes); result != ReadResult::READ)
-            return DiagnoseUnread(input.name, result, console);
-        console->GetProgress().StartInput(index + 1, input.name, input.bytes.size());
-        if (format == OutputFormat::TEXT && names.size() > 1)
-            console->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(input.name)));
-        try {
-            return run(input);
-        } catch (const std::bad_alloc&) {
-            return DiagnoseUnread(input.name, ReadResult::OUT_OF_MEMORY, console);
-        }
-    };
-    ExitStatus status = EXIT_STATUS_GOOD;
-    try {
-        console->GetProgress().SetInputCount(names.size());
-        for (std::size_t i = 0; i < names.size(); ++i)
-            status = std::max(status, runInput(i));
-        console->Flush();
-    } catch (const OutputFailed& failure) {
-        status = std::max(status, EXIT_STATUS_FAILED);
-        console->Complain(failure.what());
+std::string DescribeUnread(ReadResult result) {
+    switch (result) {
+        case ReadResult::MISSING:
+            return "cannot be read: no such file";
+        case ReadResult::FORBIDDEN:
+            return "cannot be read: permission denied";
+        case ReadResult::FOLDER:
+            return "cannot be read: it is a folder, use --recursive";
+        case ReadResult::OUT_OF_MEMORY:
+            return "not enough memory";
+        case ReadResult::NO_TEMPORARY_FILE:
+            return fmt::format("cannot be kept in a temporary file: the folder {} is full, read-only or missing",
+                               PrintableName(GetTemporaryFolder()));
+        case ReadResult::READ:
+        case ReadResult::UNREADABLE:
+            break;
     }
-    return status;
+    return "cannot be read";
+}
+
+ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, InputOutput* output) {
+    output->Diagnose(name, DescribeUnread(result));
+    const bool isReadable = result == ReadResult::OUT_OF_MEMORY || result == ReadResult::NO_TEMPORARY_FILE;
+    return isReadable ? EXIT_STATUS_FAILED : EXIT_STATUS_UNREADABLE;
+}
+
+ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat format, const char* event,
+                        InputOutput* output) {
+    if (format == OutputFormat::JSON) {
+        const std::string why = DescribeUnread(result);
+        JsonLine line(output);
+        if (event != nullptr)
+            line.Begin(event);
+        else
+            line.Begin();
+        line.String("error", &why);
+        line.File(name);
+        line.End();
+    }
+    return DiagnoseUnread(name, result, output);
+}
+
+ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console) {
+    console->Complain(failure.what());
+    return std::max(status, failure.IsReaderGone() ? EXIT_STATUS_READER_GONE : EXIT_STATUS_FAILED);
+}
+
+ReadingEvents MakeReadingEvents(const std::string& name, Console* console, const char* howNot) {
+    ReadingEvents events;
+    events.onWait = [console] { console->FlushBeforeWait(); };
+    events.onFile = [name, console, howNot] {
+        console->Remark(name, fmt::format("kept in a temporary file, because its charset may be known only at its end "
+                                          "({}: not kept)",
+                                          howNot));
+    };
+    return events;
+}
+
+BytesDone FollowWith(InputOutput* output) {
+    return [output](std::uint64_t bytes) { output->Advance(bytes); };
+}
+
+std::uint64_t CountBytes(InputSource* source) {
+    if (!source->GetSize())
+        source->Drain();
+    return source->GetSize().value_or(0);
+}
+
+ExitStatus RunEachInput(const InputOptions& options, OutputFormat format, bool oneAtATime, Console* console,
+                        const RunInput& run) {
+    std::vector<std::string> names;
+    const ExitStatus status = ListInputNames(options, console, &names);
+    if (status != EXIT_STATUS_GOOD)
+        return status;
+    return RunInOrder(names, oneAtATime ? 1 : CountJobs(options), console, InputRun(names, format, console, run));
 }
 
 }  // namespace Kestra::Tool

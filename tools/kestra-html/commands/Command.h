@@ -1,46 +1,84 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "tools/kestra-html/commands/InputOptions.h"
 #include "tools/kestra-html/input/Input.h"
+#include "tools/kestra-html/input/PieceStream.h"
 #include "tools/kestra-html/output/Console.h"
+#include "tools/kestra-html/output/InputOutput.h"
 
 namespace Kestra::Tool {
 
 /// How the output of a subcommand is written.
 enum class OutputFormat { TEXT, JSON };
 
+/// When the text format is coloured. AUTO: on a terminal that shows colours.
+enum class ColourChoice { AUTO, ALWAYS, NEVER };
+
+bool IsColoured(ColourChoice choice);
+
 /// How the tool ends. Of several, the greatest counts.
 enum ExitStatus : int {
     EXIT_STATUS_GOOD = 0,
-    EXIT_STATUS_FAILED = 1,      ///< an input ended with a result code other than 0, or output could not be written
-    EXIT_STATUS_USAGE = 2,       ///< wrong usage; nothing was processed
-    EXIT_STATUS_UNREADABLE = 3,  ///< a file cannot be read
+    EXIT_STATUS_FAILED = 1,         ///< an input ended with a result code other than 0, or output could not be written
+    EXIT_STATUS_USAGE = 2,          ///< wrong usage; nothing was processed
+    EXIT_STATUS_UNREADABLE = 3,     ///< a file cannot be read
+    EXIT_STATUS_READER_GONE = 141,  ///< the reader of the output has gone: what shells show for the signal of that
 };
 
 /// An input on its way through a subcommand.
 struct Input {
-    std::string name;  ///< as given on the command line
-    std::string bytes;
+    std::string name;     ///< as given on the command line
+    InputSource* source;  ///< at its start
 };
+
+/// Why an input was not read, for a diagnostic.
+/// @param result  not READ
+std::string DescribeUnread(ReadResult result);
 
 /// Says on standard error why an input was not read.
 /// @param result  not READ
 /// @return the exit status for it
-ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, Console* console);
+ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, InputOutput* output);
+
+/// The same, and in the JSON format an object with the members `error` and `file`.
+/// @param event  what begins the object as the member `event`; null for no such member
+/// @throws OutputFailed
+ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat format, const char* event,
+                        InputOutput* output);
+
+/// Ends a run whose output cannot be written.
+ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console);
+
+/// What happens while an input is read: output does not wait for it, and a temporary file is
+/// remarked on.
+/// @param console  borrowed for as long as the input is read
+/// @param howNot  the options with which it is not kept
+ReadingEvents MakeReadingEvents(const std::string& name, Console* console,
+                                const char* howNot = "--charset or --no-reparse");
+
+/// Tells the output how far a parse is.
+BytesDone FollowWith(InputOutput* output);
+
+/// The size of an input that has been parsed; what the parse has left is read.
+std::uint64_t CountBytes(InputSource* source);
 
 /// Parses an input, writes what it finds and says what is wrong.
-/// @return how it ended.
+/// @param output  borrowed for the call; all that is written goes there
+/// @return how it ended. A failure to read it is in its source
 /// @throws OutputFailed, std::bad_alloc
-using RunInput = std::function<ExitStatus(const Input& input)>;
+using RunInput = std::function<ExitStatus(const Input& input, InputOutput* output)>;
 
-/// Runs a subcommand over its inputs, one after the other: reads each of them, announces it to the
-/// progress line and, in the text format of several inputs, by a header. What cannot be read or
-/// does not fit the memory gets a diagnostic, and the next one its turn.
+/// Runs a subcommand over its inputs: opens each of them and, in the text format of several inputs,
+/// announces it by a header. What cannot be read or does not fit the memory gets a diagnostic and
+/// an object, and the next one its turn.
+/// @param oneAtATime  whatever the options say
 /// @return how the worst one ended
-ExitStatus RunEachInput(const std::vector<std::string>& names, OutputFormat format, Console* console,
+ExitStatus RunEachInput(const InputOptions& options, OutputFormat format, bool oneAtATime, Console* console,
                         const RunInput& run);
 
 }  // namespace Kestra::Tool

@@ -6,20 +6,23 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
-#include <optional>
 #include <string>
-#include <utility>
+#include <vector>
 
+#include "html/framework/ParserObserver.h"
 #include "html/framework/ResultCodes.h"
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
 #include "platform/MemoryInputStream.h"
+#include "tools/kestra-html/commands/InputNames.h"
+#include "tools/kestra-html/commands/InputRuns.h"
 #include "tools/kestra-html/input/Input.h"
 #include "tools/kestra-html/output/CharsetText.h"
 #include "tools/kestra-html/output/JsonLine.h"
 #include "tools/kestra-html/output/PrintableName.h"
 #include "tools/kestra-html/output/ResultText.h"
+#include "tools/kestra-html/system/AnsiCharset.h"
 
 namespace Kestra::Tool {
 
@@ -27,121 +30,193 @@ namespace {
 
 using HTML::GenericParser;
 
-constexpr std::uint64_t MOST_CONFIDENCE = 100;
+constexpr std::uint64_t CERTAIN = 100;     // confidence in what an input says itself, and in ASCII
+constexpr std::uint64_t NEVER_DETECT = 1;  // byte of a stream: too little for the detector
 
-/// What the stream form of `DetectCharset` answers.
-struct Detection {
-    std::uint32_t result = 0;
-    StringNS::CharSet::Code code = StringNS::CharSet::UNKNOWN;
+/// Where a charset comes from: a word for programs, and one for people.
+struct Source {
+    const char* word;
+    const char* text;
 };
 
-Detection Detect(VFS::InputStream* stream, std::uint64_t minConfidence) {
+constexpr Source MARK = {"mark", "the byte-order mark"};
+constexpr Source META = {"meta", "declared in meta"};
+constexpr Source DETECTOR = {"detector", "the detector"};
+constexpr Source ASCII = {"ascii", "plain ASCII"};
+constexpr Source ASSUMED = {"assumed", "assumed"};
+constexpr Source NONE = {"none", ""};
+
+/// What is known of the charset of an input.
+struct Detection {
+    StringNS::CharSet::Code code = StringNS::CharSet::UNKNOWN;
+    const Source* source = &NONE;
+    std::uint64_t confidence = 0;
+    std::uint32_t result = HTML::PARSER_OK;  ///< of `DetectCharset`, where it is asked
+};
+
+/// Ends a document as soon as it has said its charset.
+class DeclarationObserver final : public HTML::ParserObserver<char, std::string> {
+public:
+    explicit DeclarationObserver(GenericParser* observedParser) : parser(observedParser) {}
+
+    void OnBOM(const void*, std::uint64_t) override {
+        Found(&MARK);
+    }
+
+    void OnCharset(StringNS::CharSet::Code) override {
+        Found(&META);
+    }
+
+    /// Null when the document has not said it.
+    const Source* GetSource() const {
+        return source;
+    }
+
+private:
+    void Found(const Source* where) {
+        source = where;
+        parser->Stop();
+    }
+
+    GenericParser* parser;
+    const Source* source = nullptr;
+};
+
+/// Looks for a byte-order mark, and for what `meta` tags declare.
+/// @return whether there is one
+bool FindDeclared(const std::string& bytes, Detection* detection) {
     GenericParser parser;
-    parser.SetChrDetMinConfidence(minConfidence);
-    Detection detection;
-    stream->Seek(0);
-    detection.result = parser.DetectCharset(stream, &detection.code);
-    return detection;
+    DeclarationObserver observer(&parser);
+    parser.SetObserver(&observer, false);
+    parser.SetChrDetMaxSize(NEVER_DETECT);
+    parser.StartParse(StringNS::CharSet::UNKNOWN, GenericParser::DATA_STREAM_AUTO);
+    VFS::MemoryInputStream stream(bytes);
+    parser.ParseStream(&stream, false);
+    if (observer.GetSource() == nullptr)
+        return false;
+    detection->code = parser.GetCharset();
+    detection->source = observer.GetSource();
+    detection->confidence = CERTAIN;
+    return true;
 }
 
-/// The confidence that the detector has in its answer. The parser does not give it, but compares
-/// it: it is the greatest minimum that is not too much for it, found by halving in at most seven
-/// calls. Nothing when there is no answer, and when the detector answers the same whatever the
-/// minimum is: then it could not be asked.
-std::optional<std::uint64_t> FindConfidence(VFS::InputStream* stream) {
-    const auto isEnough = [stream](std::uint64_t confidence) {
-        const std::uint32_t result = Detect(stream, confidence).result;
-        return result == HTML::PARSER_OK || result == HTML::PARSER_UNKNOWN_RECOGNIZER;
-    };
-    if (isEnough(MOST_CONFIDENCE + 1))
-        return std::nullopt;
-    std::uint64_t fewest = 0;  // of the minimums 0 to 100, those that are enough
-    std::uint64_t most = MOST_CONFIDENCE + 1;
-    while (fewest < most) {
-        const std::uint64_t middle = (fewest + most + 1) / 2;
-        if (isEnough(middle - 1))
-            fewest = middle;
-        else
-            most = middle - 1;
+/// Bytes that are the same text in almost every charset. ESC and NUL are signs of others.
+bool IsPlainAscii(const std::string& bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char byte) {
+        const auto unit = static_cast<unsigned char>(byte);
+        return unit > 0 && unit < 0x80 && unit != 0x1B;
+    });
+}
+
+/// Asks the detector. What is too short for it is judged as if blanks followed, which say nothing
+/// of a charset; whatever it is, it is no failure.
+void AskDetector(const std::string& bytes, std::uint64_t minConfidence, Detection* detection) {
+    GenericParser parser;
+    parser.SetChrDetMinConfidence(minConfidence);
+    StringNS::CharSet::Code code = StringNS::CharSet::UNKNOWN;
+    detection->result = parser.DetectCharset(bytes.data(), bytes.size(), &code);
+    const bool isShort = detection->result == HTML::PARSER_TOO_LITTLE_DATA;
+    if (isShort) {
+        std::string longer = bytes;
+        longer.resize(GenericParser::DETECTCHARSET_MIN_SIZE, ' ');
+        parser.DetectCharset(longer.data(), longer.size(), &code);
     }
-    return fewest > 0 ? std::optional(fewest - 1) : std::nullopt;
+    detection->confidence = parser.GetDetectedConfidence();
+    detection->code = code;
+    if (code != StringNS::CharSet::UNKNOWN) {
+        detection->source = &DETECTOR;
+    } else if (IsPlainAscii(bytes)) {
+        detection->code = StringNS::CharSet::US_ASCII;
+        detection->source = &ASCII;
+        detection->confidence = CERTAIN;
+    } else if (isShort) {
+        detection->code = GetAnsiCharset();
+        detection->source = &ASSUMED;
+        detection->confidence = 0;  // the detector's is that of another charset
+    }
 }
 
 class DetectCommand {
 public:
     DetectCommand(const DetectOptions& detectOptions, Console* toolConsole)
-        : options(detectOptions), console(toolConsole), line(toolConsole) {}
+        : options(detectOptions), console(toolConsole) {}
 
     ExitStatus Run() {
-        ExitStatus status = EXIT_STATUS_GOOD;
-        try {
-            for (const std::string& name : options.inputs)
-                status = std::max(status, RunInput(name));
-            console->Flush();
-        } catch (const OutputFailed& failure) {
-            status = std::max(status, EXIT_STATUS_FAILED);
-            console->Complain(failure.what());
-        }
-        return status;
+        std::vector<std::string> names;
+        const ExitStatus status = ListInputNames(options, console, &names);
+        if (status != EXIT_STATUS_GOOD)
+            return status;
+        return RunInOrder(names, CountJobs(options), console,
+                          [this, &names](std::size_t index, InputOutput* output, const SizeKnown&) {
+                              return RunInput(names[index], output);
+                          });
     }
 
 private:
-    ExitStatus RunInput(const std::string& name) {
+    ExitStatus RunInput(const std::string& name, InputOutput* output) const {
+        const std::size_t most =
+            options.bytes == 0 ? std::string().max_size() : static_cast<std::size_t>(options.bytes);
         std::string bytes;
-        const ReadResult result = ReadInputStart(name, GenericParser::BUFFER_SIZE, &bytes);
+        const ReadResult result = ReadInputStart(name, most, &bytes);
         if (result != ReadResult::READ)
-            return DiagnoseUnread(name, result, console);
+            return ReportUnread(name, result, options.format, nullptr, output);
+        if (bytes.size() > most)
+            bytes.resize(most);
         try {
-            const std::size_t size = bytes.size();
-            VFS::MemoryInputStream stream(std::move(bytes));
-            return Report(name, size, &stream);
+            Detection detection;
+            if (!FindDeclared(bytes, &detection))
+                AskDetector(bytes, options.minConfidence, &detection);
+            return Report(name, bytes.size(), detection, output);
         } catch (const std::bad_alloc&) {
-            return DiagnoseUnread(name, ReadResult::OUT_OF_MEMORY, console);
+            return ReportUnread(name, ReadResult::OUT_OF_MEMORY, options.format, nullptr, output);
         }
     }
 
+    /// @param size  of what was looked at
     /// @throws OutputFailed
-    ExitStatus Report(const std::string& name, std::size_t size, VFS::InputStream* stream) {
-        const Detection detection = Detect(stream, options.minConfidence);
+    ExitStatus Report(const std::string& name, std::size_t size, const Detection& detection,
+                      InputOutput* output) const {
         if (options.format == OutputFormat::JSON)
-            WriteObject(name, detection);
+            WriteObject(name, detection, output);
         else
-            WriteLine(name, detection, Explain(detection, size), stream);
-        if (detection.result == HTML::PARSER_OK)
+            WriteLine(name, size, detection, output);
+        if (detection.code != StringNS::CharSet::UNKNOWN)
             return EXIT_STATUS_GOOD;
-        console->Diagnose(name,
-                          fmt::format("DetectCharset returned {}: {}", detection.result, Explain(detection, size)));
+        output->Diagnose(name, fmt::format("DetectCharset returned {}: {}", detection.result,
+                                           GetDetectionMeaning(detection.result)));
         return EXIT_STATUS_FAILED;
     }
 
-    static std::string Explain(const Detection& detection, std::size_t size) {
-        const std::string meaning(GetDetectionMeaning(detection.result));
-        if (detection.result != HTML::PARSER_TOO_LITTLE_DATA)
-            return meaning;
-        return fmt::format("{}: {} of at least {} bytes", meaning, size, GenericParser::DETECTCHARSET_MIN_SIZE);
-    }
-
-    void WriteObject(const std::string& name, const Detection& detection) {
+    static void WriteObject(const std::string& name, const Detection& detection, InputOutput* output) {
         const WideString charsetName(StringNS::CharSet::GetCharSetName(detection.code));
+        const std::string source(detection.source->word);
+        JsonLine line(output);
         line.Begin();
         line.File(name);
         line.Number("result", detection.result);
         line.Number("code", detection.code);
         line.String("name", &charsetName);
+        line.String("source", &source);
+        line.Number("confidence", detection.confidence);
         line.End();
     }
 
-    void WriteLine(const std::string& name, const Detection& detection, const std::string& explanation,
-                   VFS::InputStream* stream) {
-        const std::optional<std::uint64_t> confidence = FindConfidence(stream);
-        console->Line(fmt::format("{}: {}, {}, {}, {}", PrintableName(name), DescribeCharset(detection.code),
-                                  confidence ? fmt::format("confidence {}", *confidence) : "no confidence",
-                                  detection.result, explanation));
+    static void WriteLine(const std::string& name, std::size_t size, const Detection& detection, InputOutput* output) {
+        const std::string confidence =
+            detection.confidence > 0 ? fmt::format("confidence {}", detection.confidence) : "no confidence";
+        output->Line(fmt::format("{}: {}, {}, {}, {}", PrintableName(name), DescribeCharset(detection.code), confidence,
+                                 detection.result, Explain(detection, size)));
+    }
+
+    static std::string Explain(const Detection& detection, std::size_t size) {
+        if (detection.source == &ASSUMED)
+            return fmt::format("{}: {}: {} of at least {} bytes", ASSUMED.text, GetDetectionMeaning(detection.result),
+                               size, GenericParser::DETECTCHARSET_MIN_SIZE);
+        return detection.source == &NONE ? std::string(GetDetectionMeaning(detection.result)) : detection.source->text;
     }
 
     const DetectOptions& options;
     Console* console;
-    JsonLine line;
 };
 
 }  // namespace

@@ -6,40 +6,50 @@
 #include "tools/kestra-html/output/JsonEventObserver.h"
 #include "tools/kestra-html/output/ResultText.h"
 #include "tools/kestra-html/output/TextEventObserver.h"
-#include "tools/kestra-html/system/Terminal.h"
 
 namespace Kestra::Tool {
 
 namespace {
 
-EventsPassResult WriteEvents(const Input& input, const EventsOptions& options, Console* console) {
-    const BytesDone bytesDone = [console](std::uint64_t bytes) { console->GetProgress().Advance(bytes); };
+EventsPassResult WriteEvents(const Input& input, const EventsOptions& options, bool isColoured, InputOutput* output) {
+    const BytesDone bytesDone = FollowWith(output);
     HTML::StatelessHTMLParser parser;
     EventsPassResult result;
     if (options.format == OutputFormat::JSON) {
-        JsonEventObserver observer(console, options.places ? &parser : nullptr);
+        JsonEventObserver observer(output, options.places ? &parser : nullptr);
         parser.Attach(&observer);
-        result = RunEventsPass(&parser, input.bytes, options, bytesDone);
+        result = RunEventsPass(&parser, input.source, options, bytesDone);
         observer.WriteResult(result, input.name);
     } else {
-        TextEventObserver observer(console, &parser, WantsColour(), options.places);
+        TextEventObserver observer(output, &parser, isColoured, options.places);
         parser.Attach(&observer);
-        result = RunEventsPass(&parser, input.bytes, options, bytesDone);
-        observer.WriteSummary(result, input.bytes.size());
+        result = RunEventsPass(&parser, input.source, options, bytesDone);
+        observer.WriteSummary(result, CountBytes(input.source));
     }
     return result;
 }
 
 }  // namespace
 
-ExitStatus RunEvents(const EventsOptions& options, Console* console) {
-    return RunEachInput(options.inputs, options.format, console, [&options, console](const Input& input) {
-        const EventsPassResult result = WriteEvents(input, options, console);
-        if (result.IsGood())
-            return EXIT_STATUS_GOOD;
-        console->Diagnose(input.name, DescribeFailures(result));
-        return EXIT_STATUS_FAILED;
-    });
+ExitStatus RunEvents(const EventsOptions& givenOptions, Console* console) {
+    EventsOptions options = givenOptions;
+    // A comment ends with its piece: only who asks for each line at once gets shorter pieces.
+    options.takesWhatIsThere = options.lineBuffered;
+    if (options.lineBuffered)
+        console->SetLineBuffered();
+    const bool isColoured = IsColoured(options.colour);
+    return RunEachInput(options, options.format, options.lineBuffered, console,
+                        [&options, isColoured](const Input& input, InputOutput* output) {
+                            input.source->ReadOnlyOnce();
+                            const EventsPassResult result = WriteEvents(input, options, isColoured, output);
+                            if (result.IsGood() || input.source->GetFailure() != ReadResult::READ)
+                                return EXIT_STATUS_GOOD;
+                            if (options.format == OutputFormat::TEXT)
+                                output->DiagnoseAgain(input.name, DescribeFailures(result));
+                            else
+                                output->Diagnose(input.name, DescribeFailures(result));
+                            return EXIT_STATUS_FAILED;
+                        });
 }
 
 }  // namespace Kestra::Tool

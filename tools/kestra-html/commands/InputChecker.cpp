@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "html/framework/ResultCodes.h"
@@ -11,6 +14,7 @@
 #include "platform/InputStream.h"
 #include "platform/Results.h"
 #include "tools/kestra-html/commands/TokenFinder.h"
+#include "tools/kestra-html/input/Input.h"
 #include "tools/kestra-html/output/CharsetText.h"
 
 namespace Kestra::Tool {
@@ -58,22 +62,62 @@ private:
     GenericParser* parser;
 };
 
-/// @param copy  null for an empty copy; what cannot be read counts as missing
-std::optional<std::uint64_t> FindFirstDifference(std::string_view input, VFS::InputStream* copy) {
-    std::vector<char> block(BLOCK_SIZE);
-    std::uint64_t offset = 0;
-    while (copy != nullptr) {
-        std::uint64_t count = 0;
-        if (copy->Read(block.data(), block.size(), &count) != RESULT_OK || count == 0)
-            break;
-        const std::string_view expected = input.substr(offset, count);
-        const auto [differing, end] = std::mismatch(expected.begin(), expected.end(), block.begin());
-        const auto equal = static_cast<std::uint64_t>(differing - expected.begin());
-        offset += equal;
-        if (equal < count)
-            return offset;
+/// Reads a stream block by block.
+class BlockReader {
+public:
+    /// @param readStream  null for an empty one
+    explicit BlockReader(VFS::InputStream* readStream) : stream(readStream), block(BLOCK_SIZE) {}
+
+    /// Bytes that have been read and not been taken; none at the end, and where reading fails.
+    std::string_view Peek() {
+        if (taken == size && stream != nullptr) {
+            taken = 0;
+            if (stream->Read(block.data(), block.size(), &size) != RESULT_OK)
+                size = 0;
+        }
+        return std::string_view(block.data(), static_cast<std::size_t>(size)).substr(static_cast<std::size_t>(taken));
     }
-    return offset == input.size() ? std::nullopt : std::optional(offset);
+
+    void Take(std::size_t count) {
+        taken += count;
+    }
+
+private:
+    VFS::InputStream* stream;
+    std::vector<char> block;
+    std::uint64_t size = 0;
+    std::uint64_t taken = 0;
+};
+
+/// @param copy  null for an empty copy; what cannot be read counts as missing
+std::optional<std::uint64_t> FindFirstDifference(InputSource* source, VFS::InputStream* copy) {
+    source->Seek(0);
+    BlockReader inputReader(source);
+    BlockReader copyReader(copy);
+    std::uint64_t offset = 0;
+    while (true) {
+        const std::string_view expected = inputReader.Peek();
+        const std::string_view found = copyReader.Peek();
+        const std::size_t count = std::min(expected.size(), found.size());
+        const auto differing =
+            std::mismatch(expected.begin(), expected.begin() + static_cast<std::ptrdiff_t>(count), found.begin()).first;
+        const auto equal = static_cast<std::size_t>(differing - expected.begin());
+        offset += equal;
+        if (equal < count || expected.empty() != found.empty())
+            return offset;
+        if (count == 0)
+            return std::nullopt;
+        inputReader.Take(count);
+        copyReader.Take(count);
+    }
+}
+
+/// The first bytes, those that can be a byte-order mark and one more.
+std::string ReadFront(InputSource* source) {
+    std::string front;
+    source->Seek(0);
+    ReadRest(source, 4, &front);
+    return front;
 }
 
 }  // namespace
@@ -104,7 +148,7 @@ CharSet::Code FindConvertible(CharSet::Code code, const std::function<bool(CharS
 
 InputChecker::InputChecker(const CheckOptions& checkOptions) : options(checkOptions) {}
 
-CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesDone) {
+CheckOutcome InputChecker::Check(InputSource* source, const BytesDone& bytesDone) {
     CheckOutcome outcome;
     ParseStart start(options);
     do {
@@ -113,28 +157,28 @@ CheckOutcome InputChecker::Check(std::string_view input, const BytesDone& bytesD
         TokenCounter counter;
         const ObserverBinding binding(&parser, &counter);
         const Clock::time_point begin = Clock::now();
-        outcome.result = RunParsePass(&parser, input, start, options, bytesDone);
+        outcome.result = RunParsePass(&parser, source, start, options, bytesDone);
         outcome.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
         outcome.tokens = counter.GetCount();
     } while (options.reparse && start.Restart(outcome.result));
     VFS::InputStream* const copy = parser.GetSelfCheckStream();
     outcome.hasCopy = copy != nullptr;
-    outcome.lostMarkBytes = CountLostMarkBytes(input, start, options.pieceSize);
+    outcome.lostMarkBytes = CountLostMarkBytes(ReadFront(source), start, options.pieceSize);
     if (!outcome.result.copyLost)
-        outcome.firstDifference = FindFirstDifference(input, copy);
+        outcome.firstDifference = FindFirstDifference(source, copy);
     if (outcome.hasCopy && !outcome.IsReproduced() && options.format == OutputFormat::TEXT)
-        FindToken(input, start, bytesDone, &outcome);
+        FindToken(source, start, bytesDone, &outcome);
     return outcome;
 }
 
 /// Parses once more, in the same way.
-void InputChecker::FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone,
+void InputChecker::FindToken(InputSource* source, const ParseStart& start, const BytesDone& bytesDone,
                              CheckOutcome* outcome) {
     TokenFinder finder(&parser, *outcome->firstDifference);
     const ObserverBinding binding(&parser, &finder);
     ParseOptions findOptions = options;
     findOptions.selfCheck = GenericParser::SELF_CHECK_OFF;
-    RunParsePass(&parser, input, start, findOptions, bytesDone);
+    RunParsePass(&parser, source, start, findOptions, bytesDone);
     outcome->token = finder.GetToken();
     outcome->tokenStart = finder.GetTokenStart();
 }

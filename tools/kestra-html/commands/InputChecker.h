@@ -4,11 +4,11 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "tools/kestra-html/commands/CheckCommand.h"
+#include "tools/kestra-html/input/InputSource.h"
 #include "tools/kestra-html/input/ParsePass.h"
 
 namespace Kestra::Tool {
@@ -47,11 +47,13 @@ public:
     /// @param checkOptions  borrowed
     explicit InputChecker(const CheckOptions& checkOptions);
 
+    /// Reads the input again for each pass, and for the comparison. A failure to read is in the
+    /// source; the outcome is then of no worth.
     /// @param bytesDone  called with the bytes that have been handed to the parser so far
-    CheckOutcome Check(std::string_view input, const BytesDone& bytesDone);
+    CheckOutcome Check(InputSource* source, const BytesDone& bytesDone);
 
 private:
-    void FindToken(std::string_view input, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome);
+    void FindToken(InputSource* source, const ParseStart& start, const BytesDone& bytesDone, CheckOutcome* outcome);
 
     const CheckOptions& options;
     HTML::GenericParser parser;

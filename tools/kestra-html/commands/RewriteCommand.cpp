@@ -1,4 +1,6 @@
 #include "tools/kestra-html/commands/RewriteCommand.h"
+#include "tools/kestra-html/commands/InputNames.h"
+#include "tools/kestra-html/commands/InputRuns.h"
 
 #include <fmt/format.h>
 
@@ -41,7 +43,9 @@ using StringNS::CharSet;
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
 
 /// Thrown when an input cannot be read to its end.
-struct InputFailed {};
+struct InputFailed {
+    ReadResult why;
+};
 
 /// Where the bytes of a document go: to standard output, into a file, or nowhere.
 class PageOutput final : public HTML::ParserObserverOutputHandler {
@@ -72,25 +76,29 @@ bool IsSpecialFile(const std::string& name) {
            !std::filesystem::is_directory(status);
 }
 
-/// Reads a stream to its end.
+/// Reads a stream to its end, in blocks that are the same however a pipe is written.
 /// @param take  gets each block
 template <typename Take>
-void ReadBlocks(VFS::InputStream* stream, Take take) {
+void ReadBlocks(InputSource* stream, Take take) {
     std::vector<char> block(BLOCK_SIZE);
-    while (true) {
-        std::uint64_t count = 0;
-        const std::uint32_t result = stream->Read(block.data(), block.size(), &count);
-        if (result == RESULT_END_OF_DATA)
-            return;
-        if (result != RESULT_OK)
-            throw InputFailed();
-        take(std::string_view(block.data(), static_cast<std::size_t>(count)));
+    std::uint32_t result = RESULT_OK;
+    while (result == RESULT_OK) {
+        std::size_t size = 0;
+        while (result == RESULT_OK && size < block.size()) {
+            std::uint64_t count = 0;
+            result = stream->Read(block.data() + size, block.size() - size, &count);
+            size += static_cast<std::size_t>(count);
+        }
+        if (result != RESULT_OK && result != RESULT_END_OF_DATA)
+            throw InputFailed{stream->GetFailure()};
+        if (size > 0)
+            take(std::string_view(block.data(), size));
     }
 }
 
-void Rewind(VFS::InputStream* stream) {
+void Rewind(InputSource* stream) {
     if (stream->Seek(0) != RESULT_OK)
-        throw InputFailed();
+        throw InputFailed{stream->GetFailure()};
 }
 
 class RewriteCommand {
@@ -99,52 +107,62 @@ public:
         : options(rewriteOptions), console(toolConsole) {}
 
     ExitStatus Run() {
-        ExitStatus status = EXIT_STATUS_GOOD;
-        try {
-            console->GetProgress().SetInputCount(options.inputs.size());
-            for (std::size_t i = 0; i < options.inputs.size(); ++i)
-                status = std::max(status, RunInput(i));
-            console->Flush();
-        } catch (const OutputFailed& failure) {
-            status = std::max(status, EXIT_STATUS_FAILED);
-            console->Complain(failure.what());
+        std::vector<std::string> names;
+        const ExitStatus status = ListInputNames(options, console, &names);
+        if (status != EXIT_STATUS_GOOD)
+            return status;
+        if (!options.inPlace && !options.dryRun && names.size() > 1) {
+            console->Complain(fmt::format(
+                "kestra-html: {} files need --in-place or --dry-run (see kestra-html rewrite --help)", names.size()));
+            return EXIT_STATUS_USAGE;
         }
-        return status;
+        // A signal removes the one file that is being written.
+        const std::size_t jobs = options.inPlace && !options.dryRun ? 1 : CountJobs(options);
+        return RunInOrder(names, jobs, console,
+                          [this, &names](std::size_t index, InputOutput* output, const SizeKnown& sizeKnown) {
+                              return RunInput(names[index], output, sizeKnown);
+                          });
     }
 
 private:
     /// @throws OutputFailed
-    ExitStatus RunInput(std::size_t index) {
-        const std::string& name = options.inputs[index];
+    ExitStatus RunInput(const std::string& name, InputOutput* output, const SizeKnown& sizeKnown) const {
         try {
             if (options.inPlace && IsSpecialFile(name))
                 throw InPlaceFailed("cannot be written: it is not a regular file");
-            OpenedInput input = OpenInput(name, NeedsCharset());
-            if (input.stream == nullptr)
-                return DiagnoseUnread(name, ReadResult::UNREADABLE, console);
-            console->GetProgress().StartInput(index + 1, name, input.size);
-            return Rewrite(name, std::move(input.stream));
-        } catch (const InputFailed&) {
-            return DiagnoseUnread(name, ReadResult::UNREADABLE, console);
+            // On another thread the console is somebody else's.
+            const bool hasConsole = output == console;
+            OpenedInput input =
+                OpenInput(name, hasConsole ? MakeReadingEvents(name, console, "--charset") : ReadingEvents());
+            if (input.source == nullptr)
+                return DiagnoseUnread(name, input.result, output);
+            if (!NeedsCharset())
+                input.source->ReadOnlyOnce();
+            sizeKnown(input.source->GetSize());
+            return Rewrite(name, std::move(input.source), output);
+        } catch (const InputFailed& failure) {
+            return DiagnoseUnread(name, failure.why, output);
         } catch (const InPlaceFailed& failure) {
-            console->Diagnose(name, failure.what());
+            output->Diagnose(name, failure.what());
             return EXIT_STATUS_FAILED;
         } catch (const std::bad_alloc&) {
-            return DiagnoseUnread(name, ReadResult::OUT_OF_MEMORY, console);
+            return DiagnoseUnread(name, ReadResult::OUT_OF_MEMORY, output);
         }
     }
 
     /// A file is written only when all of it could be rewritten, and something has changed.
-    ExitStatus Rewrite(const std::string& name, std::unique_ptr<VFS::InputStream> stream) {
+    ExitStatus Rewrite(const std::string& name, std::unique_ptr<InputSource> stream, InputOutput* lines) const {
         const CharSet::Code charset = FindCharset(stream.get());
+        stream->ReadOnlyOnce();
         std::optional<InPlaceFile> file;
         if (options.inPlace && !options.dryRun)
             file.emplace(name);
+        // Only one input goes to standard output.
         PageOutput output(console, file ? &*file : nullptr, options.dryRun);
         HTML::Rewriter rewriter(&output);
         rewriter.SetScriptMode(options.scriptMode);
         rewriter.SetMaxTokenSize(options.maxTokenSize);
-        PageEdits edits(options.edits, &rewriter, [this, &name](const PageEdits::Made& made) { ListEdit(name, made); });
+        PageEdits edits(options.edits, &rewriter, [&](const PageEdits::Made& made) { ListEdit(name, made, lines); });
         CallResults results;
         results.startParse = rewriter.StartParse(charset, options.input);
         std::uint64_t done = 0;
@@ -157,38 +175,40 @@ private:
                 results.column = rewriter.GetParser().GetColumn();
             }
             done += block.size();
-            console->GetProgress().Advance(done);
+            stream->Forget(done);
+            lines->Advance(done);
         });
         stream.reset();  // Windows replaces no file that is open
         results.endParse = rewriter.EndParse();
         if (results.parse == HTML::PARSER_UNTERMINATED)
             results.parse = HTML::PARSER_OK;  // in the middle of a document
-        const ExitStatus status = Judge(name, results, edits);
+        const ExitStatus status = Judge(name, results, edits, lines);
         if (file && status == EXIT_STATUS_GOOD && edits.GetCount() > 0)
             file->Commit(options.backupSuffix);
         return status;
     }
 
-    ExitStatus Judge(const std::string& name, const CallResults& results, const PageEdits& edits) {
+    static ExitStatus Judge(const std::string& name, const CallResults& results, const PageEdits& edits,
+                            InputOutput* output) {
         const PageEdits::Failure& failure = edits.GetFailure();
         if (results.GetFirstFailure() != HTML::PARSER_OK)
-            console->Diagnose(name, DescribeFailures(results));
+            output->Diagnose(name, DescribeFailures(results));
         else if (failure.code != HTML::REWRITE_OK)
-            console->Diagnose(name,
-                              fmt::format("an edit returned {}: {} (line {}, column {})", failure.code,
-                                          GetResultMeaning(failure.code), failure.place.line, failure.place.column));
+            output->Diagnose(name,
+                             fmt::format("an edit returned {}: {} (line {}, column {})", failure.code,
+                                         GetResultMeaning(failure.code), failure.place.line, failure.place.column));
         else
             return EXIT_STATUS_GOOD;
         return EXIT_STATUS_FAILED;
     }
 
-    void ListEdit(const std::string& name, const PageEdits::Made& made) {
+    void ListEdit(const std::string& name, const PageEdits::Made& made, InputOutput* output) const {
         static constexpr std::string_view NONE = "(none)";
         if (!options.dryRun)
             return;
         const std::string before = made.before ? PrintableName(*made.before) : std::string(NONE);
         const std::string after = made.after ? PrintableName(*made.after) : std::string(NONE);
-        console->Line(
+        output->Line(
             fmt::format("{}:{}:{}: {} -> {}", PrintableName(name), made.place.line, made.place.column, before, after));
     }
 
@@ -200,7 +220,7 @@ private:
     /// The charset that values are read and written in: that of the command line or of the markup.
     /// Without any, UTF-8 when all of the input is UTF-8, and else windows-1252, in which every
     /// byte is a character and stays as it is.
-    CharSet::Code FindCharset(VFS::InputStream* stream) {
+    CharSet::Code FindCharset(InputSource* stream) const {
         if (!NeedsCharset())
             return options.charset;
         const std::optional<CharSet::Code> declared = FindDeclaredCharset(stream);
@@ -215,7 +235,7 @@ private:
 
     /// That of the markup, or 0 where the rewriter finds UTF-16 by itself; nothing when there is
     /// none. A token that does not fit the memory ends the search here, and is copied later.
-    std::optional<CharSet::Code> FindDeclaredCharset(VFS::InputStream* stream) const {
+    std::optional<CharSet::Code> FindDeclaredCharset(InputSource* stream) const {
         // Nothing is converted for it, so that no declaration comes too late.
         HTML::ParserObserver<char, std::string> observer;
         GenericParser parser;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tools/kestra-html/commands/Command.h"
+#include "tools/kestra-html/commands/InputOptions.h"
 #include "tools/kestra-html/input/ParseOptions.h"
 #include "tools/kestra-html/output/Console.h"
 #include "tools/kestra-html/rewriting/RewriteEdit.h"
@@ -19,9 +20,8 @@ struct EditOptions {
 
 /// What the command line says about `kestra-html rewrite`. Of the options for parsing, charset,
 /// input, the mode of scripts and the limit of a token are used.
-struct RewriteOptions : ParseOptions, EditOptions {
+struct RewriteOptions : ParseOptions, EditOptions, InputOptions {
     bool dryRun = false;  ///< list the edits and write nothing
-    std::vector<std::string> inputs;
 };
 
 /// Runs `kestra-html rewrite`: copies every input with its edits, or lists the edits, and says what

@@ -2,15 +2,14 @@
 
 #include <string>
 
-#include "html/framework/ParserObserver.h"
 #include "html/parser/GenericParser.h"
 #include "platform/Characters.h"
 #include "tools/kestra-html/commands/Command.h"
+#include "tools/kestra-html/input/CharsetSearch.h"
 #include "tools/kestra-html/input/ParsePass.h"
 #include "tools/kestra-html/output/JsonObserver.h"
 #include "tools/kestra-html/output/ResultText.h"
 #include "tools/kestra-html/output/TextObserver.h"
-#include "tools/kestra-html/system/Terminal.h"
 
 namespace Kestra::Tool {
 
@@ -21,74 +20,67 @@ using HTML::GenericParser;
 class TokensCommand {
 public:
     TokensCommand(const TokensOptions& tokensOptions, Console* toolConsole)
-        : options(tokensOptions), console(toolConsole), colour(WantsColour()) {}
+        : options(tokensOptions), console(toolConsole), colour(IsColoured(tokensOptions.colour)) {
+        // At a terminal, or where each line is wanted at once, a piece does not wait to be full.
+        options.takesWhatIsThere = options.lineBuffered || IsOutputTerminal();
+    }
 
     ExitStatus Run() {
-        return RunEachInput(options.inputs, options.format, console,
-                            [this](const Input& input) { return RunPasses(input); });
+        if (options.lineBuffered)
+            console->SetLineBuffered();
+        return RunEachInput(options, options.format, options.lineBuffered, console,
+                            [this](const Input& input, InputOutput* output) { return RunPasses(input, output); });
     }
 
 private:
-    ExitStatus RunPasses(const Input& input) {
-        const ParseStart start = options.reparse ? FindStart(input) : ParseStart(options);
+    ExitStatus RunPasses(const Input& input, InputOutput* output) const {
+        const ParseStart start = options.reparse ? FindStart(input, output) : ParseStart(options);
+        if (input.source->GetFailure() != ReadResult::READ)
+            return EXIT_STATUS_GOOD;  // so far; nothing has been written
+        input.source->ReadOnlyOnce();
         const ParsePassResult result = options.observer == TokensOptions::Observer::NARROW
-                                           ? WriteTokens<char, std::string>(input, start)
-                                           : WriteTokens<WideChar, WideString>(input, start);
-        if (result.IsGood())
+                                           ? WriteTokens<char, std::string>(input, start, output)
+                                           : WriteTokens<WideChar, WideString>(input, start, output);
+        const bool isRead = input.source->GetFailure() == ReadResult::READ;
+        if (result.IsGood() || !isRead)
             return EXIT_STATUS_GOOD;
-        console->Diagnose(input.name, DescribeFailures(result));
+        if (options.format == OutputFormat::TEXT)
+            output->DiagnoseAgain(input.name, DescribeFailures(result));
+        else
+            output->Diagnose(input.name, DescribeFailures(result));
         return EXIT_STATUS_FAILED;
     }
 
-    /// A document that may have to be started again is parsed ahead without output, so that no
+    /// A document that may have to be started again is searched for its charset first, so that no
     /// token of a pass that has to be abandoned is written, and nothing has to be stored.
-    ParseStart FindStart(const Input& input) {
+    ParseStart FindStart(const Input& input, InputOutput* output) const {
         ParseStart start(options);
-        bool isAbandoned = true;
-        while (isAbandoned && start.CanRestart()) {
-            isAbandoned = start.Restart(options.observer == TokensOptions::Observer::NARROW
-                                            ? ParseSilently<char, std::string>(input, start)
-                                            : ParseSilently<WideChar, WideString>(input, start));
-        }
+        const bool isWide = options.observer == TokensOptions::Observer::WIDE;
+        const auto charset = FindLateCharset(input.source, options, isWide, FollowWith(output));
+        if (charset)
+            start.RestartWith(*charset);
         return start;
     }
 
     template <typename C, typename S>
-    ParsePassResult ParseSilently(const Input& input, const ParseStart& start) {
-        // Its flavour decides whether text is converted, and so where a parse is abandoned.
-        HTML::ParserObserver<C, S> observer;
-        GenericParser parser;
-        parser.SetObserver(&observer, false);
-        ParseOptions silentOptions = options;
-        silentOptions.selfCheck = GenericParser::SELF_CHECK_OFF;
-        return Parse(&parser, input, start, silentOptions);
-    }
-
-    template <typename C, typename S>
-    ParsePassResult WriteTokens(const Input& input, const ParseStart& start) {
+    ParsePassResult WriteTokens(const Input& input, const ParseStart& start, InputOutput* output) const {
         GenericParser parser;
         ParsePassResult result;
         if (options.format == OutputFormat::JSON) {
-            JsonObserver<C, S> observer(console, options.places ? &parser : nullptr);
+            JsonObserver<C, S> observer(output, options.places ? &parser : nullptr);
             parser.SetObserver(&observer, false);
-            result = Parse(&parser, input, start, options);
+            result = RunParsePass(&parser, input.source, start, options, FollowWith(output));
             observer.WriteResult(result, input.name);
         } else {
-            TextObserver<C, S> observer(console, &parser, colour, options.places);
+            TextObserver<C, S> observer(output, &parser, colour, options.places);
             parser.SetObserver(&observer, false);
-            result = Parse(&parser, input, start, options);
-            observer.WriteSummary(result, input.bytes.size(), start.WasRestarted());
+            result = RunParsePass(&parser, input.source, start, options, FollowWith(output));
+            observer.WriteSummary(result, CountBytes(input.source), start.WasRestarted());
         }
         return result;
     }
 
-    ParsePassResult Parse(GenericParser* parser, const Input& input, const ParseStart& start,
-                          const ParseOptions& parseOptions) {
-        const BytesDone bytesDone = [this](std::uint64_t bytes) { console->GetProgress().Advance(bytes); };
-        return RunParsePass(parser, input.bytes, start, parseOptions, bytesDone);
-    }
-
-    const TokensOptions& options;
+    TokensOptions options;
     Console* console;
     bool colour;
 };

@@ -14,21 +14,29 @@ bool EventsPassResult::IsGood() const {
     return strict.GetFirstFailure() == HTML::STATELESS_OK;
 }
 
-EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content,
-                               const EventsPassOptions& options, const BytesDone& bytesDone) {
+EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, InputSource* source, const EventsPassOptions& options,
+                               const BytesDone& bytesDone) {
     EventsPassResult result;
     parser->SetFlags(options.flags);
     parser->SetScriptMode(options.scriptMode);
     parser->SetMaxTokenSize(options.maxTokenSize);
     result.startParse = parser->StartParse(options.charset);
+    PieceSettings settings;
+    settings.pieceSize = options.pieceSize;
+    settings.takesWhatIsThere = options.takesWhatIsThere;
+    settings.bytesDone = bytesDone;
+    settings.beforePiece = [source](std::uint64_t position) {
+        source->Forget(position);
+        return true;
+    };
     if (options.feed == FeedOptions::Feed::STREAM) {
-        PieceStream stream(content, options.pieceSize, bytesDone);
+        PieceStream stream(source, settings);
         result.parse = parser->ParseStream(&stream, false);
     } else {
         const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) {
             return parser->ParseBuffer(piece, size);
         };
-        result.parse = FeedPieces(content, options.pieceSize, parsePiece, bytesDone);
+        result.parse = FeedPieces(source, settings, parsePiece);
     }
     std::size_t line = 0;
     std::size_t column = 0;

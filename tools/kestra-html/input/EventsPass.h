@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "html/stateless/StatelessHTMLParser.h"
 #include "tools/kestra-html/input/CallResults.h"
@@ -23,9 +22,9 @@ struct EventsPassResult : CallResults {
 };
 
 /// Parses an input once, from `StartParse` to `EndParse`, for the observers that are attached to
-/// the parser.
+/// the parser. A failure to read is in the source.
 /// @param bytesDone  called with the bytes that have been handed to the parser so far
-EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, std::string_view content,
-                               const EventsPassOptions& options, const BytesDone& bytesDone);
+EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, InputSource* source, const EventsPassOptions& options,
+                               const BytesDone& bytesDone);
 
 }  // namespace Kestra::Tool

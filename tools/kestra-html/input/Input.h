@@ -1,36 +1,30 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string>
 
-#include "platform/InputStream.h"
+#include "tools/kestra-html/input/InputSource.h"
+#include "tools/kestra-html/input/PipeSource.h"
+#include "tools/kestra-html/system/RawInput.h"
 
 namespace Kestra::Tool {
 
-/// How the reading of an input ended.
-enum class ReadResult {
-    READ,
-    UNREADABLE,     ///< it cannot be opened, or not be read to its end
-    OUT_OF_MEMORY,  ///< it does not fit the memory
+struct OpenedInput {
+    std::unique_ptr<InputSource> source;  ///< null when it cannot be opened
+    ReadResult result = ReadResult::UNREADABLE;
 };
+
+/// Opens a file, or standard input for the name "-", to be read while it is parsed.
+OpenedInput OpenInput(const std::string& name, ReadingEvents events = {});
 
 /// Reads a whole file, pipe or device, or standard input for the name "-".
 ReadResult ReadInput(const std::string& name, std::string* bytes);
 
-/// Reads a file only as far as its first `size` bytes. Standard input is read to its end all the
-/// same.
+/// Reads an input only as far as its first `size` bytes.
 ReadResult ReadInputStart(const std::string& name, std::size_t size, std::string* bytes);
 
-struct OpenedInput {
-    std::unique_ptr<VFS::InputStream> stream;  ///< null when it cannot be opened or read
-    std::uint64_t size = 0;                    ///< in bytes
-};
-
-/// Opens a file, or standard input for the name "-", to be read piece by piece.
-/// @param readsAgain  it can also be read again after a `Seek`. What can be read only once, as a
-///                    pipe, is kept for that, in a temporary file when it is long
-OpenedInput OpenInput(const std::string& name, bool readsAgain);
+/// Reads from the current place to the end, or until there are `limit` bytes.
+ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes);
 
 }  // namespace Kestra::Tool

@@ -15,6 +15,7 @@ struct FeedOptions {
     Feed feed = Feed::STREAM;
     std::uint64_t maxTokenSize = 0;  ///< bytes; 0 for no limit
     std::uint64_t pieceSize = 0;     ///< bytes; 0 for whole buffers, or for reads as long as asked for
+    bool takesWhatIsThere = false;   ///< parse what a pipe has, instead of waiting until a piece is full
 };
 
 /// What the command line says about how inputs are cut into tokens.

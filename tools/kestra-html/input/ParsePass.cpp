@@ -1,5 +1,6 @@
 #include "tools/kestra-html/input/ParsePass.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "html/framework/ResultCodes.h"
@@ -37,16 +38,29 @@ bool ParseStart::CanRestart() const {
 bool ParseStart::Restart(const ParsePassResult& result) {
     if (result.parse != HTML::PARSER_PARSE_AGAIN || restarts == MOST_RESTARTS)
         return false;
-    ++restarts;
-    charset = result.charset;
-    if (charset == StringNS::CharSet::UTF16_LE)
-        type = HTML::GenericParser::DATA_STREAM_UTF16;
+    RestartWith(result.charset);
     return true;
 }
 
-ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start,
-                             const ParseOptions& options, const BytesDone& bytesDone) {
-    PieceStream stream(content, options.pieceSize, bytesDone);  // the parser re-reads it until `EndParse`
+void ParseStart::RestartWith(StringNS::CharSet::Code code) {
+    ++restarts;
+    charset = code;
+    if (charset == StringNS::CharSet::UTF16_LE)
+        type = HTML::GenericParser::DATA_STREAM_UTF16;
+}
+
+ParsePassResult RunParsePass(HTML::GenericParser* parser, InputSource* source, const ParseStart& start,
+                             const ParseOptions& options, const BytesDone& bytesDone, const BeforePiece& beforePiece) {
+    PieceSettings settings;
+    settings.pieceSize = options.pieceSize;
+    settings.takesWhatIsThere = options.takesWhatIsThere && start.GetType() != HTML::GenericParser::DATA_STREAM_UTF16;
+    settings.bytesDone = bytesDone;
+    settings.beforePiece = [parser, source, &beforePiece](std::uint64_t position) {
+        // A construct that fails is read again, from where the last token ended or later.
+        source->Forget(std::min(position, parser->GetTokenPlace().begin));
+        return !beforePiece || beforePiece(position);
+    };
+    PieceStream stream(source, settings);  // the parser re-reads it until `EndParse`
     const ParsePiece parsePiece = [parser](const char* piece, std::size_t size) {
         return parser->ParseBuffer(piece, size);
     };
@@ -61,7 +75,7 @@ ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view conte
     if (options.feed == FeedOptions::Feed::STREAM)
         result.parse = parser->ParseStream(&stream, false);
     else
-        result.parse = FeedPieces(content, options.pieceSize, parsePiece, bytesDone);
+        result.parse = FeedPieces(source, settings, parsePiece);
     result.line = parser->GetLine();
     result.column = parser->GetColumn();
     result.currentParserName = parser->GetCurrentParserName();

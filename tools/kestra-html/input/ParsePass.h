@@ -49,6 +49,8 @@ public:
     /// @return false when the pass counts: it was not abandoned, or there have been MOST_RESTARTS
     ///         before. Nothing changes then.
     bool Restart(const ParsePassResult& result);
+    /// Takes over a charset that has been found.
+    void RestartWith(StringNS::CharSet::Code code);
 
 private:
     StringNS::CharSet::Code charset;
@@ -57,13 +59,16 @@ private:
 };
 
 /// Parses an input once, from `StartParse` to `EndParse`, for the observer that is bound to the
-/// parser.
-/// @param bytesDone  called with the bytes that have been handed to the parser so far
-ParsePassResult RunParsePass(HTML::GenericParser* parser, std::string_view content, const ParseStart& start,
-                             const ParseOptions& options, const BytesDone& bytesDone);
+/// parser. A failure to read is in the source.
+/// @param bytesDone    called with the bytes that have been handed to the parser so far
+/// @param beforePiece  may end the input; empty: it goes to its end
+ParsePassResult RunParsePass(HTML::GenericParser* parser, InputSource* source, const ParseStart& start,
+                             const ParseOptions& options, const BytesDone& bytesDone,
+                             const BeforePiece& beforePiece = {});
 
 /// The bytes at the start of an input that belong to no token: those of a byte-order mark that the
 /// input, or a piece, ends in and that does not go on, which the parser drops.
+/// @param input  at least its first four bytes, or all of a shorter one
 std::uint64_t CountLostMarkBytes(std::string_view input, const ParseStart& start, std::uint64_t pieceSize);
 
 }  // namespace Kestra::Tool

@@ -5,6 +5,7 @@
 #include "platform/Characters.h"
 #include "platform/Results.h"
 #include "platform/StringHelper.h"
+#include "tools/kestra-html/system/AnsiCharset.h"
 
 namespace Kestra::Tool {
 
@@ -15,6 +16,10 @@ std::string DescribeCharset(StringNS::CharSet::Code code) {
     for (const WideChar letter : StringNS::CharSet::GetCharSetName(code))
         name.push_back(static_cast<char>(letter));  // registered names are ASCII
     return name.empty() ? fmt::format("{}", code) : fmt::format("{} ({})", code, name);
+}
+
+std::string DescribeAssumedCharset() {
+    return DescribeCharset(GetAnsiCharset()) + ", assumed";
 }
 
 bool HasConverter(StringNS::CharSet::Code code) {

@@ -10,6 +10,9 @@ namespace Kestra::Tool {
 /// "unknown" for 0.
 std::string DescribeCharset(StringNS::CharSet::Code code);
 
+/// The charset in which text of an unknown one is read, with the word "assumed".
+std::string DescribeAssumedCharset();
+
 /// False of a charset that the platform cannot decode.
 bool HasConverter(StringNS::CharSet::Code code);
 

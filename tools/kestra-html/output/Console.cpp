@@ -14,22 +14,27 @@ constexpr std::size_t GATHERED_BYTES = std::size_t{64} * 1024;
 
 }  // namespace
 
-Console::Console() : progress(IsErrorTerminal()) {}
+Console::Console()
+    : hasOutputTerminal(IsOutputTerminal()), hasErrorTerminal(IsErrorTerminal()), progress(hasErrorTerminal) {}
 
 Console::~Console() {
     TryFlush();
     progress.Hide();
 }
 
+void Console::SetLineBuffered() {
+    lineBuffered = true;
+}
+
 void Console::Line(std::string_view line) {
     gathered.append(line);
     gathered.push_back('\n');
-    if (gathered.size() >= GATHERED_BYTES)
+    if (lineBuffered || failure || gathered.size() >= GATHERED_BYTES)
         Flush();
 }
 
 void Console::Bytes(std::string_view bytes) {
-    if (gathered.size() + bytes.size() < GATHERED_BYTES) {
+    if (!failure && gathered.size() + bytes.size() < GATHERED_BYTES) {
         gathered.append(bytes);
         return;
     }
@@ -43,10 +48,16 @@ void Console::Flush() {
     ThrowFailure();
 }
 
+void Console::FlushBeforeWait() {
+    if (hasOutputTerminal)
+        TryFlush();
+}
+
 void Console::ThrowFailure() const {
     if (failure)
         throw OutputFailed(
-            failure->isReaderGone ? "" : fmt::format("standard output: cannot be written: {}", failure->reason));
+            failure->isReaderGone ? "" : fmt::format("standard output: cannot be written: {}", failure->reason),
+            failure->isReaderGone);
 }
 
 void Console::TryFlush() {
@@ -55,22 +66,46 @@ void Console::TryFlush() {
     gathered.clear();
 }
 
+/// The progress line is in the way only of output to a terminal.
 void Console::Write(std::string_view bytes) {
     if (failure)
         return;
-    progress.Hide();
+    if (!hasOutputTerminal) {
+        failure = WriteOutput(bytes);
+        return;
+    }
+    const bool wasShown = progress.Hide();
     failure = WriteOutput(bytes);
+    if (wasShown && (bytes.empty() || bytes.back() == '\n'))
+        progress.Show();
 }
 
 void Console::Diagnose(const std::string& inputName, std::string_view message) {
     Complain(fmt::format("{}: {}", PrintableName(inputName), message));
 }
 
+void Console::DiagnoseAgain(const std::string& inputName, std::string_view message) {
+    if (!hasOutputTerminal || !hasErrorTerminal)
+        Diagnose(inputName, message);
+}
+
+void Console::Advance(std::uint64_t bytesDone) {
+    progress.Advance(bytesDone);
+}
+
 void Console::Complain(std::string_view message) {
     TryFlush();
-    progress.Hide();
-    if (!message.empty())
-        WriteErrors(fmt::format("{}\n", message));
+    if (message.empty())
+        return;
+    const bool wasShown = progress.Hide();
+    WriteErrors(fmt::format("{}\n", message));
+    if (wasShown)
+        progress.Show();
+}
+
+void Console::Remark(const std::string& inputName, std::string_view message) {
+    if (hasErrorTerminal)
+        Diagnose(inputName, message);
 }
 
 Progress& Console::GetProgress() {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "tools/kestra-html/output/LineSink.h"
+#include "tools/kestra-html/output/InputOutput.h"
 #include "tools/kestra-html/output/Progress.h"
 #include "tools/kestra-html/system/Terminal.h"
 
@@ -14,10 +15,13 @@ namespace Kestra::Tool {
 ///
 /// Output is gathered and written in whole lines, so that a progress line or a diagnostic on the
 /// same terminal never cuts one.
-class Console final : public LineSink {
+class Console final : public InputOutput {
 public:
     Console();
     ~Console() override;
+
+    /// From now on each line is written at once.
+    void SetLineBuffered();
 
     void Line(std::string_view line) override;
     /// Writes bytes as they are.
@@ -25,12 +29,18 @@ public:
     void Bytes(std::string_view bytes);
     /// Writes what is gathered. @throws OutputFailed
     void Flush();
+    /// Writes what is gathered before the tool waits for input, so that nothing found stays
+    /// unseen. A failure is thrown by the next call that writes.
+    void FlushBeforeWait();
 
-    /// Writes one line about an input to standard error, after the output so far.
-    void Diagnose(const std::string& inputName, std::string_view message);
+    void Diagnose(const std::string& inputName, std::string_view message) override;
+    void DiagnoseAgain(const std::string& inputName, std::string_view message) override;
+    void Advance(std::uint64_t bytesDone) override;
 
     /// Writes one line that is about no input to standard error; nothing for an empty message.
     void Complain(std::string_view message);
+    /// The same, on a terminal only.
+    void Remark(const std::string& inputName, std::string_view message);
 
     Progress& GetProgress();
 
@@ -42,6 +52,9 @@ private:
 
     std::string gathered;
     std::optional<WriteFailure> failure;  ///< of the first write that failed
+    bool lineBuffered = false;
+    bool hasOutputTerminal;
+    bool hasErrorTerminal;
     Progress progress;
 };
 

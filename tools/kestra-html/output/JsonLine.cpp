@@ -3,55 +3,61 @@
 #include "html/framework/RecordFields.h"
 #include "platform/CharSet.h"
 #include "platform/StringHelper.h"
-#include "tools/kestra-html/output/JsonText.h"
 
 namespace Kestra::Tool {
 
-JsonLine::JsonLine(LineSink* lineSink) : sink(lineSink), writer(buffer) {}
+JsonLine::JsonLine(LineSink* lineSink) : sink(lineSink) {}
 
 void JsonLine::Begin() {
-    buffer.Clear();
-    writer.Reset(buffer);
-    writer.StartObject();
+    text.Clear();
+    text.OpenObject();
 }
 
 void JsonLine::Begin(std::string_view event) {
     Begin();
-    writer.Key("event");
-    writer.String(event.data(), static_cast<rapidjson::SizeType>(event.size()));
+    text.Name("event");
+    text.PlainString(event);
 }
 
 void JsonLine::End() {
-    writer.EndObject();
-    sink->Line(std::string_view(buffer.GetString(), buffer.GetSize()));
+    text.CloseObject();
+    sink->Line(text.Get());
 }
 
 void JsonLine::Null(const char* name) {
-    writer.Key(name);
-    writer.Null();
+    text.Name(name);
+    text.Word("null");
 }
 
 void JsonLine::Bool(const char* name, bool value) {
-    writer.Key(name);
-    writer.Bool(value);
+    text.Name(name);
+    text.Word(value ? "true" : "false");
 }
 
 void JsonLine::Number(const char* name, std::uint64_t value) {
-    writer.Key(name);
-    writer.Uint64(value);
+    text.Name(name);
+    text.Number(value);
 }
 
 void JsonLine::String(const char* name, const std::string* bytes) {
-    Text(name, bytes);
+    if (bytes == nullptr)
+        return Null(name);
+    text.Name(name);
+    text.String(*bytes);
 }
 
-void JsonLine::String(const char* name, const WideString* text) {
-    Text(name, text);
+void JsonLine::String(const char* name, const WideString* value) {
+    if (value == nullptr)
+        return Null(name);
+    text.Name(name);
+    text.String(*value);
 }
 
-void JsonLine::String(const char* name, const WideChar* text) {
-    const WideStringView characters = text == nullptr ? WideStringView() : WideStringView(text);
-    Text(name, text == nullptr ? nullptr : &characters);
+void JsonLine::String(const char* name, const WideChar* value) {
+    if (value == nullptr)
+        return Null(name);
+    text.Name(name);
+    text.String(WideStringView(value));
 }
 
 void JsonLine::Calls(const CallResults& results) {
@@ -68,56 +74,39 @@ void JsonLine::File(const std::string& inputName) {
     String("file", &file);
 }
 
-template <typename S>
-void JsonLine::Text(const char* name, const S* text) {
-    writer.Key(name);
-    if (text == nullptr) {
-        writer.Null();
-        return;
-    }
-    Value(*text);
-}
-
-template <typename S>
-void JsonLine::Value(const S& text) {
-    scratch.clear();
-    AppendJsonString(&scratch, text);
-    writer.RawValue(scratch.data(), scratch.size(), rapidjson::kStringType);
-}
-
 template <typename T>
 void JsonLine::List(const char* name, const Vector<T>* items) {
-    writer.Key(name);
+    text.Name(name);
     if (items == nullptr) {
-        writer.Null();
+        text.Word("null");
         return;
     }
-    writer.StartArray();
+    text.OpenArray();
     for (const T& item : *items)
         Item(item);
-    writer.EndArray();
+    text.CloseArray();
 }
 
 template <typename C, typename S>
 void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C, S>>* attributes,
                                 const HTML::GenericParser& parser) {
-    writer.Key(name);
+    text.Name(name);
     if (attributes == nullptr) {
-        writer.Null();
+        text.Word("null");
         return;
     }
-    writer.StartArray();
+    text.OpenArray();
     std::uint64_t index = 0;
     for (const HTML::Attribute<C, S>& attribute : *attributes) {
         HTML::AttributePlace place;
         parser.GetAttributePlace(index, &place);
-        writer.StartObject();
+        text.OpenObject();
         Fields(attribute);
         Place(place, attribute.hasValue);
-        writer.EndObject();
+        text.CloseObject();
         ++index;
     }
-    writer.EndArray();
+    text.CloseArray();
 }
 
 void JsonLine::Place(const HTML::TokenPlace& place) {
@@ -144,9 +133,9 @@ void JsonLine::Place(const HTML::AttributePlace& place, bool hasValue) {
 /// An attribute, or a part of a declaration.
 template <template <typename, typename> class Part, typename C, typename S>
 void JsonLine::Item(const Part<C, S>& part) {
-    writer.StartObject();
+    text.OpenObject();
     Fields(part);
-    writer.EndObject();
+    text.CloseObject();
 }
 
 template <template <typename, typename> class Part, typename C, typename S>
@@ -155,8 +144,8 @@ void JsonLine::Fields(const Part<C, S>& part) {
 }
 
 template <typename S>
-void JsonLine::Field(const char* name, const S& text) {
-    String(name, &text);
+void JsonLine::Field(const char* name, const S& value) {
+    String(name, &value);
 }
 
 void JsonLine::Field(const char* name, std::uint32_t number) {
@@ -169,20 +158,20 @@ void JsonLine::Field(const char* name, bool value) {
 
 template <typename S>
 void JsonLine::Item(const std::pair<S, S>& nameAndValue) {
-    writer.StartArray();
-    Value(nameAndValue.first);
-    Value(nameAndValue.second);
-    writer.EndArray();
+    text.OpenArray();
+    text.String(nameAndValue.first);
+    text.String(nameAndValue.second);
+    text.CloseArray();
 }
 
-void JsonLine::Item(const WideString& text) {
-    Value(text);
+void JsonLine::Item(const WideString& value) {
+    text.String(value);
 }
 
 void JsonLine::Item(const HTML::AttributePlace& place) {
-    writer.StartObject();
+    text.OpenObject();
     Place(place, place.valueBegin != place.nameEnd);
-    writer.EndObject();
+    text.CloseObject();
 }
 
 template void JsonLine::List(const char* name, const Vector<HTML::AttributePlace>* items);

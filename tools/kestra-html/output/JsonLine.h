@@ -1,8 +1,5 @@
 #pragma once
 
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -15,6 +12,7 @@
 #include "platform/Characters.h"
 #include "platform/Vector.h"
 #include "tools/kestra-html/input/CallResults.h"
+#include "tools/kestra-html/output/JsonText.h"
 #include "tools/kestra-html/output/LineSink.h"
 
 namespace Kestra::Tool {
@@ -34,9 +32,9 @@ public:
     void Number(const char* name, std::uint64_t value);
     /// A null pointer is written as `null`.
     void String(const char* name, const std::string* bytes);
-    void String(const char* name, const WideString* text);
+    void String(const char* name, const WideString* value);
     /// The same for a NUL-terminated string.
-    void String(const char* name, const WideChar* text);
+    void String(const char* name, const WideChar* value);
     /// The members `startParse`, `parse`, `endParse`, `line` and `column`.
     void Calls(const CallResults& results);
     /// The member `file`. Names are UTF-8; a byte that is not is written as U+FFFD.
@@ -60,23 +58,17 @@ private:
     template <template <typename, typename> class Part, typename C, typename S>
     void Fields(const Part<C, S>& part);
     template <typename S>
-    void Field(const char* name, const S& text);
+    void Field(const char* name, const S& value);
     void Field(const char* name, std::uint32_t number);
     void Field(const char* name, bool value);
     void Place(const HTML::AttributePlace& place, bool hasValue);
     template <typename S>
     void Item(const std::pair<S, S>& nameAndValue);
-    void Item(const WideString& text);
+    void Item(const WideString& value);
     void Item(const HTML::AttributePlace& place);
-    template <typename S>
-    void Text(const char* name, const S* text);
-    template <typename S>
-    void Value(const S& text);
 
     LineSink* sink;
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer;
-    std::string scratch;
+    JsonText text;
 };
 
 }  // namespace Kestra::Tool

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace Kestra::Tool {
@@ -9,7 +10,16 @@ namespace Kestra::Tool {
 /// more can be said then, so it ends the run, out of an observer's callback too.
 class OutputFailed : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    /// @param readerGone  standard output is a pipe whose reader has gone; the message is empty then
+    explicit OutputFailed(const std::string& message, bool readerGone = false)
+        : std::runtime_error(message), isReaderGone(readerGone) {}
+
+    bool IsReaderGone() const {
+        return isReaderGone;
+    }
+
+private:
+    bool isReaderGone;
 };
 
 /// Where the lines of the output go.

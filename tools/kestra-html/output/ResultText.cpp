@@ -58,7 +58,8 @@ constexpr ResultMeaning MEANINGS[] = {
 
 std::string_view GetMeaning(std::uint32_t code, bool copyLost) {
     if (copyLost && code == HTML::PARSER_SELF_CHECK_FAILED)
-        return "the copy of the tokens could not be written to a temporary file or read back from it";
+        return "the temporary file for the copy of the tokens could not be written or read, its folder may be full, "
+               "read-only or missing";
     return GetResultMeaning(code);
 }
 

@@ -34,7 +34,8 @@ template <typename C, typename S>
 template <template <typename, typename> class Record>
 void TextObserver<C, S>::OnToken(Record<C, S>* record) {
     constexpr TokenKind KIND = FindTokenKind(HTML::RecordKind<Record>::WORD);
-    report.Write(KIND, parser->GetTokenPlace(), Trace::Format(*record, TextReport::STRINGS));
+    Trace::Append(report.Begin(KIND, parser->GetTokenPlace()), *record, TextReport::STRINGS);
+    report.End();
 }
 
 /// What has no record lies where the parser is: after the tag that caused it.
@@ -48,10 +49,12 @@ template <typename C, typename S>
 void TextObserver<C, S>::WriteSummary(const ParsePassResult& result, std::uint64_t size, bool restarted) {
     report.Summarize("bytes", fmt::format("{}", size));
     report.Summarize("tokens", report.DescribeCounts());
-    report.Summarize("charset",
-                     fmt::format("{}{}{}{}", DescribeCharset(result.charset), result.isWParser ? ", 16-bit parser" : "",
-                                 restarted ? ", found in a first pass" : "",
-                                 result.hasCharsetErrors ? ", with decoding errors" : ""));
+    // For a narrow observer nothing is decoded.
+    const bool isAssumed = sizeof(C) > 1 && result.charset == StringNS::CharSet::UNKNOWN;
+    const std::string charset = isAssumed ? DescribeAssumedCharset() : DescribeCharset(result.charset);
+    report.Summarize("charset", fmt::format("{}{}{}{}", charset, result.isWParser ? ", 16-bit parser" : "",
+                                            restarted ? ", found in a first pass" : "",
+                                            result.hasCharsetErrors ? ", with decoding errors" : ""));
     report.Summarize("result", result.IsGood() ? "0, success" : DescribeFailures(result));
 }
 

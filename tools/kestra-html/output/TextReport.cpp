@@ -3,25 +3,67 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 
 namespace Kestra::Tool {
 
+namespace {
+
+// How wide the parts of a place are.
+constexpr std::size_t LINE_COLUMNS = 6;
+constexpr std::size_t COLUMN_COLUMNS = 5;
+constexpr std::size_t OFFSETS_COLUMNS = 17;
+
+}  // namespace
+
 TextReport::TextReport(LineSink* lineSink, bool inColour, bool withOffsets)
     : sink(lineSink), colour(inColour), offsets(withOffsets) {}
 
-void TextReport::Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text) {
+std::string* TextReport::Begin(TokenKind kind, const HTML::TokenPlace& place) {
     ++counts[static_cast<std::size_t>(kind)];
-    std::string where = fmt::format("{:>6}:{:<5} ", place.line, place.column);
-    if (offsets)
-        where += fmt::format("{:<17} ", fmt::format("[{},{})", place.begin, place.end));
-    if (!colour) {
-        sink->Line(where + std::string(text));
-        return;
+    kindOfLine = kind;
+    line.clear();
+    AppendNumber(place.line);
+    if (line.size() < LINE_COLUMNS)
+        line.insert(0, LINE_COLUMNS - line.size(), ' ');
+    line.push_back(':');
+    AppendNumber(place.column);
+    PadTo(LINE_COLUMNS + 1 + COLUMN_COLUMNS);
+    if (offsets) {
+        const std::size_t begin = line.size();
+        line.push_back('[');
+        AppendNumber(place.begin);
+        line.push_back(',');
+        AppendNumber(place.end);
+        line.push_back(')');
+        PadTo(begin + OFFSETS_COLUMNS);
     }
-    const std::size_t wordLength = std::min(text.find('('), text.size());
-    sink->Line(fmt::format("{}{}{}{}{}", where, GetTokenKindInfo(kind).colour, text.substr(0, wordLength), COLOUR_END,
-                           text.substr(wordLength)));
+    textBegin = line.size();
+    return &line;
+}
+
+void TextReport::End() {
+    if (colour) {
+        line.insert(std::min(line.find('(', textBegin), line.size()), COLOUR_END);
+        line.insert(textBegin, GetTokenKindInfo(kindOfLine).colour);
+    }
+    sink->Line(line);
+}
+
+void TextReport::Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text) {
+    Begin(kind, place)->append(text);
+    End();
+}
+
+void TextReport::AppendNumber(std::uint64_t number) {
+    char digits[20];
+    line.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+/// Ends a column of so many characters, and at least one space after it.
+void TextReport::PadTo(std::size_t size) {
+    line.append(line.size() < size ? size - line.size() + 1 : 1, ' ');
 }
 
 void TextReport::Summarize(std::string_view title, std::string_view text) {

@@ -87,8 +87,9 @@ constexpr TokenKind FindTokenKind(std::string_view word) {
 /// The text format: a line for each token or event, with its place, and the number of each kind.
 class TextReport {
 public:
-    /// How strings are shown: so many characters of each, in UTF-8.
-    static constexpr Trace::Options STRINGS = {60, true};
+    /// How strings and lists are shown: so many characters of each string, in UTF-8, and so many
+    /// attributes.
+    static constexpr Trace::Options STRINGS = {60, true, 20};
 
     /// @param withOffsets  lines also have the offsets of the place
     TextReport(LineSink* lineSink, bool inColour, bool withOffsets);
@@ -96,6 +97,10 @@ public:
     /// Writes a line and counts it.
     /// @param text  in the trace language; begins with the word that is coloured
     void Write(TokenKind kind, const HTML::TokenPlace& place, std::string_view text);
+
+    /// The same in two steps. @return where the text is to be appended, before `End`
+    std::string* Begin(TokenKind kind, const HTML::TokenPlace& place);
+    void End();
 
     /// Writes a line of the summary.
     /// @param title  at most eight letters
@@ -106,10 +111,16 @@ public:
     std::string DescribeCounts() const;
 
 private:
+    void AppendNumber(std::uint64_t number);
+    void PadTo(std::size_t size);
+
     LineSink* sink;
     bool colour;
     bool offsets;
     std::array<std::uint64_t, TOKEN_KIND_COUNT> counts{};
+    std::string line;
+    std::size_t textBegin = 0;  ///< in the line
+    TokenKind kindOfLine = TokenKind::OTHER;
 };
 
 }  // namespace Kestra::Tool

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@ public:
 
 bool IsOutputTerminal();
 bool IsErrorTerminal();
+
+/// The columns of the terminal that is standard error; 0 when they are not known.
+std::size_t GetErrorTerminalWidth();
 
 /// True when standard output is a terminal that shows colours and NO_COLOR does not forbid them. A
 /// console of Windows is switched to them by the call.

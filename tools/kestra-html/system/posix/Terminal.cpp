@@ -1,5 +1,6 @@
 #include "tools/kestra-html/system/Terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -31,6 +32,11 @@ bool IsOutputTerminal() {
 
 bool IsErrorTerminal() {
     return isatty(STDERR_FILENO) != 0;
+}
+
+std::size_t GetErrorTerminalWidth() {
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 bool WantsColour() {

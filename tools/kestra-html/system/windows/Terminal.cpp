@@ -141,6 +141,14 @@ bool IsErrorTerminal() {
     return IsConsole(GetStdHandle(STD_ERROR_HANDLE));
 }
 
+std::size_t GetErrorTerminalWidth() {
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) == 0)
+        return 0;
+    const int columns = info.srWindow.Right - info.srWindow.Left + 1;
+    return columns > 0 ? static_cast<std::size_t>(columns) : 0;
+}
+
 bool WantsColour() {
     return Variable("NO_COLOR").empty() && Variable("TERM") != "dumb" &&
            SwitchToColours(GetStdHandle(STD_OUTPUT_HANDLE));

@@ -1,0 +1,89 @@
+#include "tools/kestra-html/output/QueuedOutput.h"
+
+#include <utility>
+
+namespace Kestra::Tool {
+
+namespace {
+
+constexpr std::size_t GATHERED_BYTES = std::size_t{64} * 1024;
+
+}  // namespace
+
+void QueuedOutput::Line(std::string_view line) {
+    gathered.append(line).push_back('\n');
+    if (gathered.size() >= GATHERED_BYTES)
+        Finish();
+}
+
+void QueuedOutput::Diagnose(const std::string& inputName, std::string_view message) {
+    Finish();
+    HandOver({Kind::DIAGNOSIS, inputName, std::string(message)});
+}
+
+void QueuedOutput::DiagnoseAgain(const std::string& inputName, std::string_view message) {
+    Finish();
+    HandOver({Kind::DIAGNOSIS_AGAIN, inputName, std::string(message)});
+}
+
+void QueuedOutput::Advance(std::uint64_t bytesDone) {
+    bytesOfInput = bytesDone;
+}
+
+void QueuedOutput::Finish() {
+    if (!gathered.empty())
+        HandOver({Kind::LINES, {}, std::exchange(gathered, {})});
+}
+
+/// The next one has room of its own, so that it never waits for one after it.
+bool QueuedOutput::HasRoom() const {
+    return queue->next == this ? bytesKept < MOST_OF_NEXT : queue->bytesKept < MOST_BYTES;
+}
+
+void QueuedOutput::HandOver(Part part) {
+    std::unique_lock lock(queue->guard);
+    queue->changed.wait(lock, [this] { return queue->isStopped || HasRoom(); });
+    if (queue->isStopped)
+        throw OutputFailed("");
+    bytesKept += part.text.size();
+    queue->bytesKept += part.text.size();
+    parts.push_back(std::move(part));
+}
+
+void QueuedOutput::WriteTo(Console* console) {
+    std::deque<Part> ready;
+    {
+        const std::lock_guard lock(queue->guard);
+        ready.swap(parts);
+        queue->bytesKept -= std::exchange(bytesKept, 0);
+        queue->next = this;
+    }
+    queue->changed.notify_all();
+    for (const Part& part : ready) {
+        switch (part.kind) {
+            case Kind::LINES:
+                console->Bytes(part.text);
+                break;
+            case Kind::DIAGNOSIS:
+                console->Diagnose(part.inputName, part.text);
+                break;
+            case Kind::DIAGNOSIS_AGAIN:
+                console->DiagnoseAgain(part.inputName, part.text);
+                break;
+        }
+    }
+}
+
+std::uint64_t QueuedOutput::GetBytesDone() const {
+    return bytesOfInput;
+}
+
+void StopOutputs(OutputQueue* queue) {
+    {
+        const std::lock_guard lock(queue->guard);
+        queue->isStopped = true;
+    }
+    queue->changed.notify_all();
+}
+
+}  // namespace Kestra::Tool
