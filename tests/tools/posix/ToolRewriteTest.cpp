@@ -132,6 +132,8 @@ TEST_F(ToolRewriteFiles, OtherNamesKeepTheOldBytes) {
     EXPECT_EQ(CountNames(), 3U);
 }
 
+constexpr int ENDING_SIGNALS[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ};
+
 /// A running tool that waits with the file beside the page open: it has something to say, and
 /// nobody reads its standard error.
 class WaitingTool {
@@ -147,7 +149,8 @@ public:
         reader = ends[0];
         child = fork();
         if (child == 0) {
-            signal(SIGHUP, SIG_DFL);  // the tests may run under `nohup`
+            for (const int number : ENDING_SIGNALS)
+                signal(number, SIG_DFL);  // a program in the background may run without some of them
             if (ignoredSignal != 0)
                 signal(ignoredSignal, SIG_IGN);
             const rlimit noCore = {0, 0};  // some of the signals make a file of that name
@@ -197,7 +200,7 @@ TEST_F(ToolRewriteFiles, ASignalLeavesNothingBesideTheFile) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         EXPECT_EQ(CountNames(), 2U);
     };
-    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU, SIGXFSZ}) {
+    for (const int number : ENDING_SIGNALS) {
         const WaitingTool tool(folder.GetPath(), 0);
         waitForFileBeside();
         tool.Signal(number);
