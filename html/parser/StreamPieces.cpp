@@ -18,11 +18,11 @@ std::uint32_t StreamPieces::Allocate() {
 }
 
 std::uint32_t StreamPieces::Read(const char** data, std::uint64_t* count, PieceOrigin* origin) {
-    *data = buffer.GetData();
+    *data = current->GetData();
     *origin = PieceOrigin();
     origin->fromStream = true;
     origin->positioned = stream->GetPosition(&origin->offset) == RESULT_OK;
-    return reader.Read(buffer.GetData(), GenericParser::BUFFER_SIZE, count);
+    return reader.Read(current->GetData(), GenericParser::BUFFER_SIZE, count);
 }
 
 std::uint32_t StreamPieces::ReadStart(std::uint64_t most, const char** data, std::uint64_t* count) {
