@@ -72,7 +72,7 @@ run:
 	build/release/bin/kestra-html tokens $(PAGE)
 
 test:
-	@setup/install build view
+	@setup/install build view shells
 	setup/test-peers build/sanitize/test-peers
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
