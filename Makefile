@@ -94,7 +94,7 @@ test-windows:
 test-python:
 	@setup/install build python
 	cmake --preset release -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
-	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python kestra-html-tool
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python kestra-html-tool kestra-html-manual
 	@KESTRA_BUILD_FOLDER=build/release /usr/bin/python3 python/run-tests build/release/python $(PYTHON_TESTS)
 
 # What leaks at the end of Python is Python's: it frees neither its modules nor their classes.
