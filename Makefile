@@ -25,7 +25,7 @@ PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
 
 LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
 
-.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-tool bench-python bench-hostile compare-scripts corpus test-charsets charset-table charset-models fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures test-view picture-view clean
+.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-tool bench-python bench-hostile compare-scripts corpus test-charsets charset-table charset-models fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build interface-build tidy docs check-docs pictures test-view picture-view clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -274,13 +274,18 @@ test-deb: deb
 	@setup/install build deb test-deb
 	setup/test-debs build/deb
 
-check-interface: distribution-build
-	@setup/install interface
-	setup/check-interface build/distribution
+# The library with debug information. What is optimized away, such as the class description of an
+# observer that the library never makes, would depend on the compiler.
+interface-build:
+	@setup/install build interface
+	CXXFLAGS="-O0 -g" cmake -G Ninja -S . -B build/interface -DCMAKE_BUILD_TYPE=None $(LIBRARY_ONLY)
+	cmake --build build/interface --parallel $(JOBS) --target kestra-html
 
-save-interface: distribution-build
-	@setup/install interface
-	setup/check-interface --save build/distribution
+check-interface: interface-build
+	setup/check-interface build/interface
+
+save-interface: interface-build
+	setup/check-interface --save build/interface
 
 docs:
 	@setup/install docs
