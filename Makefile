@@ -25,7 +25,7 @@ PYTHON_TESTS = python/tests docs/python.md docs/scale.md docs/moving
 
 LIBRARY_ONLY = -DKESTRA_BUILD_TOOLS=OFF -DKESTRA_BUILD_TESTS=OFF -DKESTRA_BUILD_EXAMPLES=OFF
 
-.PHONY: help run test test-windows test-python test-python-sanitized test-memory bench bench-builds bench-tool bench-python bench-hostile compare-scripts corpus test-charsets charset-table charset-models fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build tidy docs check-docs pictures test-view picture-view clean
+.PHONY: help run test test-windows test-python test-python-sanitized test-pip test-memory bench bench-builds bench-tool bench-python bench-hostile compare-scripts corpus test-charsets charset-table charset-models fuzz check-fuzz coverage mutation format check-format check-headers check-rooms check-interface save-interface deb compare-debs test-deb distribution-build interface-build tidy docs check-docs pictures test-view picture-view clean
 
 help:
 	@echo 'make run            build the release, print the tokens of an example page (PAGE=file)'
@@ -33,6 +33,7 @@ help:
 	@echo 'make test-windows   build for 64-bit Windows, run all tests under Wine, those of the package in the release too'
 	@echo 'make test-python    build the Python module and run its tests'
 	@echo 'make test-python-sanitized  the same with the address sanitizer'
+	@echo 'make test-pip       pip install . from the sources alone, into an environment of its own'
 	@echo 'make test-view      build the release, use the page of kestra-html view in a browser'
 	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
@@ -72,7 +73,7 @@ run:
 	build/release/bin/kestra-html tokens $(PAGE)
 
 test:
-	@setup/install build view
+	@setup/install build view shells
 	setup/test-peers build/sanitize/test-peers
 	cmake --preset sanitize
 	cmake --build --preset sanitize --parallel $(JOBS)
@@ -94,8 +95,13 @@ test-windows:
 test-python:
 	@setup/install build python
 	cmake --preset release -DKESTRA_BUILD_PYTHON=ON -DPython_EXECUTABLE=/usr/bin/python3
-	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python kestra-html-tool
+	cmake --build --preset release --parallel $(JOBS) --target kestra-html-python kestra-html-tool kestra-html-manual
 	@KESTRA_BUILD_FOLDER=build/release /usr/bin/python3 python/run-tests build/release/python $(PYTHON_TESTS)
+
+# As a user installs it: the module is built from the sources alone, which takes minutes.
+test-pip:
+	@setup/install build python
+	@env -u KESTRA_BUILD_FOLDER /usr/bin/python3 python/run-tests build/none python/tests/test_pip.py
 
 # What leaks at the end of Python is Python's: it frees neither its modules nor their classes.
 # `test-python` looks at the memory of 100,000 pages.
@@ -274,13 +280,18 @@ test-deb: deb
 	@setup/install build deb test-deb
 	setup/test-debs build/deb
 
-check-interface: distribution-build
-	@setup/install interface
-	setup/check-interface build/distribution
+# The library with debug information. What is optimized away, such as the class description of an
+# observer that the library never makes, would depend on the compiler.
+interface-build:
+	@setup/install build interface
+	CXXFLAGS="-O0 -g" cmake -G Ninja -S . -B build/interface -DCMAKE_BUILD_TYPE=None $(LIBRARY_ONLY)
+	cmake --build build/interface --parallel $(JOBS) --target kestra-html
 
-save-interface: distribution-build
-	@setup/install interface
-	setup/check-interface --save build/distribution
+check-interface: interface-build
+	setup/check-interface build/interface
+
+save-interface: interface-build
+	setup/check-interface --save build/interface
 
 docs:
 	@setup/install docs

@@ -20,7 +20,10 @@ class BuildByCMake(build_ext):
     def build_extension(self, extension):
         target = pathlib.Path(self.get_ext_fullpath(extension.name)).resolve()
         build = pathlib.Path(os.environ.get("KESTRA_BUILD_FOLDER") or self.configure()).resolve()
-        subprocess.run(["cmake", "--build", build, "--target", "kestra-html-python", "--parallel"], check=True)
+        # Without a number make starts as many compilers as there are sources.
+        jobs = self.parallel or os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL") or os.cpu_count()
+        subprocess.run(["cmake", "--build", build, "--target", "kestra-html-python", "--parallel", str(jobs)],
+                       check=True)
         target.parent.mkdir(parents=True, exist_ok=True)
         # A folder that exists may have modules for other Pythons.
         module = build / "python" / "kestra_html" / ("_native" + sysconfig.get_config_var("EXT_SUFFIX"))

@@ -239,7 +239,7 @@ std::uint64_t CharSetConverter::LeaveOutTerminator(CharSet::Code code, const cha
 
 bool CharSetConverter::KeepsAscii(CharSet::Code code) {
     if (code == CharSet::UNKNOWN)
-        code = Platform::GetAnsiCode();
+        code = SystemConverter::GetAnsiCode();
     switch (code) {
         case CharSet::UTF8:
         case CharSet::WINDOWS_1252:
@@ -255,7 +255,7 @@ bool CharSetConverter::KeepsAscii(CharSet::Code code) {
 std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std::uint64_t size,
                                        WideString* output) try {
     if (code == CharSet::UNKNOWN)
-        code = Platform::GetAnsiCode();
+        code = SystemConverter::GetAnsiCode();
     switch (code) {
         case CharSet::UTF8:
             Utf8ToWide(data, size, output);
@@ -283,7 +283,7 @@ std::uint32_t CharSetConverter::ToWide(CharSet::Code code, const char* data, std
 std::uint32_t CharSetConverter::FromWide(CharSet::Code code, const WideChar* data, std::uint64_t size,
                                          std::string* output) try {
     if (code == CharSet::UNKNOWN)
-        code = Platform::GetAnsiCode();
+        code = SystemConverter::GetAnsiCode();
     switch (code) {
         case CharSet::UTF8:
             WideToUtf8(data, size, output);

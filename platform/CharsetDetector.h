@@ -29,6 +29,11 @@ public:
     ///         service cannot be started; RESULT_DETECTION_FAILED (709) when the call fails. After
     ///         a failure neither output is meaningful.
     static std::uint32_t Detect(const void* data, std::uint64_t size, DetectedCharset* detected, std::uint32_t* count);
+
+private:
+    /// `Detect` of at least one byte, with arguments that were checked and a count of 0.
+    static std::uint32_t DetectBytes(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                     std::uint32_t* count);
 };
 
 }  // namespace Kestra::Base

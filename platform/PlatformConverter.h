@@ -7,24 +7,19 @@
 #include "platform/CharSet.h"
 #include "platform/CharSetConverter.h"
 #include "platform/Characters.h"
+#include "platform/SystemConverter.h"
 
 namespace Kestra::StringNS {
 
-/// The operating system's (on POSIX: ICU's) converter for one code page, opened by the constructor
-/// and closed by the destructor.
+/// The system's converter for one code page, opened by the constructor and closed by the
+/// destructor.
 ///
 /// An object of a code page without a converter is valid: it does not search again, and both
-/// conversions answer RESULT_UNSUPPORTED_CHARSET. When memory is lacking, also in the system, the
-/// constructor and the conversions throw `std::bad_alloc`, which says nothing about the code page.
+/// conversions answer RESULT_UNSUPPORTED_CHARSET. The constructor and the conversions throw what
+/// those of `SystemConverter` throw.
 class CharSetConverter::Platform {
 public:
     explicit Platform(CharSet::Code openedCode);
-    Platform(const Platform&) = delete;
-    Platform& operator=(const Platform&) = delete;
-    ~Platform();
-
-    /// The code page that 0, the ANSI rule, stands for.
-    static CharSet::Code GetAnsiCode();
 
     /// The code page given to the constructor.
     CharSet::Code GetCode() const;
@@ -39,11 +34,8 @@ public:
     std::uint32_t FromWide(const WideChar* data, std::uint64_t size, std::string* output);
 
 private:
-    /// What the system needs for an open converter.
-    struct System;
-
     CharSet::Code code;
-    std::unique_ptr<System> system;  ///< null when the system has no converter for `code`
+    std::unique_ptr<SystemConverter> system;  ///< null when the system has no converter for `code`
 };
 
 }  // namespace Kestra::StringNS

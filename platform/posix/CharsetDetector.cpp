@@ -174,14 +174,8 @@ DetectedCharset FindAnswer(const Judgement& judgement) {
 
 }  // namespace
 
-std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected,
-                                      std::uint32_t* count) {
-    if (detected == nullptr || count == nullptr || (data == nullptr && size > 0))
-        return RESULT_INVALID_ARGUMENT;
-    *count = 0;
-    if (size == 0)
-        return RESULT_OK;
-
+std::uint32_t CharsetDetector::DetectBytes(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                           std::uint32_t* count) {
     const std::string_view bytes(static_cast<const char*>(data), size);
     const auto answerWith = [detected, count](CharSet::Code code, std::uint32_t confidence) {
         *detected = {code, confidence};

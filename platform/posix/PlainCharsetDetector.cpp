@@ -27,13 +27,8 @@ bool IsUtf8(const char* from, const char* end) {
 
 }  // namespace
 
-std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected,
-                                      std::uint32_t* count) {
-    if (detected == nullptr || count == nullptr || (data == nullptr && size > 0))
-        return RESULT_INVALID_ARGUMENT;
-    *count = 0;
-    if (size == 0)
-        return RESULT_OK;
+std::uint32_t CharsetDetector::DetectBytes(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                           std::uint32_t* count) {
     const char* const bytes = static_cast<const char*>(data);
     const char* const end = bytes + size;
     bool hasHighBit = false;

@@ -59,14 +59,8 @@ LanguageService StartLanguageService() {
 
 }  // namespace
 
-std::uint32_t CharsetDetector::Detect(const void* data, std::uint64_t size, DetectedCharset* detected,
-                                      std::uint32_t* count) {
-    if (detected == nullptr || count == nullptr || (data == nullptr && size > 0))
-        return RESULT_INVALID_ARGUMENT;
-    *count = 0;
-    if (size == 0)
-        return RESULT_OK;
-
+std::uint32_t CharsetDetector::DetectBytes(const void* data, std::uint64_t size, DetectedCharset* detected,
+                                           std::uint32_t* count) {
     const Apartment apartment;
     const LanguageService service = StartLanguageService();
     if (service == nullptr)

@@ -1,18 +1,33 @@
-"""HTML as it was written: a lossless tokenizer, a rewriter, links, text and charsets.
+"""HTML as it was written: tokens, links, text, charsets, and edits that keep every other byte.
 
-Every function takes a document as `bytes`, `bytearray`, `memoryview`, `mmap`, a path
-(`pathlib.Path`) or a binary file. A `str` is refused: it is neither. Offsets and lengths are in
-bytes of the document, lines and columns count from 1, a charset is a Windows code page (65001 is
-UTF-8) or a registered name, 0 means that it is not known.
+    tokens(data)             the tokens of a document, as a sequence and as columns
+    tokens_many(documents)   those of many documents, by several threads
+    Parser()                 those of a document that comes in pieces
+    links(data, base)        what its links lead to
+    text(data)               what a reader sees of it
+    rewrite(data, edits)     the document with edits, every other byte as it was
+    detect(data)             its charset, and how sure that is
+    check(data)              whether its tokens reproduce it to the last byte
 
-The GIL is dropped for the whole of a call that takes no callback, so threads run at once. The bytes
-must not be changed meanwhile: the parser reads them in place.
+A document is `bytes`, `bytearray`, a `memoryview`, an `mmap`, a path (`pathlib.Path`) or a binary
+file. A `str` raises `TypeError`: encode it first. Offsets and lengths are in bytes of the document;
+lines and columns count from 1, columns in bytes, or in units of 16 bits where the document is
+UTF-16. A charset is a Windows code page (65001 is UTF-8) or a registered name ("utf-8"); 0 means
+that it is to be found.
 
     >>> import kestra_html
-    >>> kestra_html.links(b'<a href="/tea?a=1&amp;b=2">')
-    ['/tea?a=1&b=2']
-    >>> [token.name for token in kestra_html.tokens(b'<p>Tea</p>')]
-    ['p', '', 'p']
+    >>> page = b'<p>Tea &amp; <a href="/cake?a=1&amp;b=2">cake</a></p>'
+    >>> kestra_html.links(page, "http://example.org/")
+    ['http://example.org/cake?a=1&b=2']
+    >>> [token.kind.name for token in kestra_html.tokens(page)]
+    ['START_TAG', 'TEXT', 'START_TAG', 'TEXT', 'END_TAG', 'END_TAG']
+
+No page is an error: what fits no construct is a token of the kind `JUNK`. What cannot be done, such
+as a token over a limit, raises `HtmlError`, an unknown charset `LookupError`. Wrong arguments, and
+files that cannot be read, raise what Python raises for them.
+
+The GIL is released for the whole of a call that takes no callable, so that threads run at once. The
+parser reads the bytes in place: do not change them meanwhile.
 """
 
 from collections.abc import Sequence
@@ -23,8 +38,8 @@ from urllib.parse import urljoin
 
 from . import _native
 
-__all__ = ["Attribute", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place", "Token", "Tokens",
-           "check", "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
+__all__ = ["Attribute", "AttributePlace", "Detection", "Element", "Failure", "HtmlError", "Kind", "Parser", "Place",
+           "Token", "Tokens", "check", "detect", "links", "rewrite", "text", "tokens", "tokens_many"]
 __version__ = _native.version()
 
 DETECTED = (0,)
@@ -35,8 +50,14 @@ OVER = 720
 NO_ATTRIBUTE = 722
 
 
+def _describe(record, **fields):
+    """Documents the fields of a named tuple."""
+    for name, text in fields.items():
+        getattr(record, name).__doc__ = text
+
+
 class HtmlError(Exception):
-    """What could not be done. `result` is the library's code, `str()` says what it means."""
+    """What could not be done: `str()` says it, and `result` is the code that the library has for it."""
 
     def __init__(self, result):
         super().__init__(f"{_native.result_text(result)} ({result})")
@@ -44,15 +65,22 @@ class HtmlError(Exception):
 
 
 class Kind(IntEnum):
-    """The kinds of tokens."""
+    """The kinds of tokens.
+
+    Of tags: `START_TAG`, `SHORT_TAG` (it ends with "/>") and `END_TAG`. Of what is read: `TEXT` and
+    `CDATA`. Of other markup: `COMMENT`, `DECLARATION` ("<!DOCTYPE html>"), `INSTRUCTION` ("<?xml ?>")
+    and `CONDITIONAL`, a section "<![ ]>". In a script or a style sheet, when asked for:
+    `BLOCK_COMMENT`, `LINE_COMMENT`, `SINGLE_QUOTED_STRING`, `DOUBLE_QUOTED_STRING`. And `JUNK`, which
+    fits nothing of these.
+    """
 
     TEXT = 1
-    BLOCK_COMMENT = 2  # of a script or style sheet
+    BLOCK_COMMENT = 2
     LINE_COMMENT = 3
-    SINGLE_QUOTED_STRING = 4  # of a script
+    SINGLE_QUOTED_STRING = 4
     DOUBLE_QUOTED_STRING = 5
     START_TAG = 6
-    SHORT_TAG = 7  # ends with "/>"
+    SHORT_TAG = 7
     END_TAG = 8
     CDATA = 9
     CONDITIONAL = 10
@@ -63,7 +91,7 @@ class Kind(IntEnum):
 
 
 class Place(NamedTuple):
-    """Where a token lies: bytes from `begin` to before `end`; line and column, from 1, of `begin`."""
+    """Where a token is in the document: `document[begin:end]` are its bytes."""
 
     begin: int
     end: int
@@ -71,8 +99,16 @@ class Place(NamedTuple):
     column: int
 
 
+_describe(Place, begin="The offset of its first byte.", end="The offset after its last byte.",
+          line="The line of its first byte, from 1.", column="The column of its first byte, from 1.")
+
+
 class AttributePlace(NamedTuple):
-    """Where an attribute lies, the white space before it included, and its name and value in it."""
+    """Where an attribute is in the document, in bytes from its first one.
+
+    The whole is from `begin` to `end`, with the white space before it; its name is from `name_begin`
+    to `name_end`, its value, without quotes, from `value_begin` to `value_end`.
+    """
 
     begin: int
     end: int
@@ -82,24 +118,31 @@ class AttributePlace(NamedTuple):
     value_end: int
 
 
-class Attribute(NamedTuple):
-    """An attribute of a tag, or an item of a declaration, whose name is empty.
+_describe(AttributePlace, begin="Where the white space before it begins.", end="The offset after its last byte.",
+          name_begin="Where its name begins.", name_end="The offset after its name.",
+          value_begin="Where its value begins, after a quote.", value_end="The offset after its value.")
 
-    `value` has its character references decoded; it is None where there is no "=". `quote` is "'",
-    '"' or "".
-    """
+
+class Attribute(NamedTuple):
+    """An attribute of a tag; or an item of a declaration, which has a value and an empty name."""
 
     name: str
-    value: "str | None"
+    value: str | None
     quote: str
     place: AttributePlace
+
+
+_describe(Attribute, name="The name, as written.",
+          value='The value, with its character references decoded; None where there is no "=".',
+          quote="""What is around the value: "'", '"' or nothing.""",
+          place="Its `AttributePlace` in the document; all zero for an item of a declaration.")
 
 
 QUOTES = ("", "'", '"')
 
 
 class Token:
-    """A token of a document. What it says is worked out when it is asked for."""
+    """A token of a document. Comes from `Tokens`; what it says is worked out when it is asked for."""
 
     __slots__ = ("_tokens", "_index", "_read")
 
@@ -110,19 +153,19 @@ class Token:
 
     @property
     def kind(self):
-        """The `Kind`."""
+        """Its `Kind`."""
         return Kind(self._tokens.kind[self._index])
 
     @property
     def place(self):
-        """The `Place` in the document."""
+        """Its `Place` in the document."""
         columns = self._tokens
         return Place(columns.begin[self._index], columns.end[self._index], columns.line[self._index],
                      columns.column[self._index])
 
     @property
     def raw(self):
-        """The bytes of the document."""
+        """Its bytes, as they are in the document."""
         return self._tokens._native.raw(self._index)
 
     def _get(self):
@@ -137,12 +180,15 @@ class Token:
 
     @property
     def text(self):
-        """What a text, string, comment, section or junk says, as written: references are not decoded."""
+        """What a text, string, comment, section or junk says, as written: references are not decoded.
+
+        Empty for a tag.
+        """
         return self._get()[1]
 
     @property
     def attributes(self):
-        """A tuple of `Attribute`."""
+        """A tuple of `Attribute`: those of a tag, or the items of a declaration."""
         return tuple(Attribute(name, value, QUOTES[quote], AttributePlace(*place))
                      for name, value, quote, place in self._get()[2])
 
@@ -153,8 +199,9 @@ class Token:
 class Tokens(Sequence):
     """The tokens of a document: a sequence of `Token`, and columns that NumPy takes without a copy.
 
-    `kind` is a read-only memoryview of bytes; `begin`, `end`, `line` and `column` are of 64-bit
-    numbers. All have one item for each token.
+    The columns are read-only memoryviews with one item for each token: `kind` of bytes (see `Kind`),
+    and `begin`, `end`, `line` and `column`, which are those of a `Place`, of 64-bit numbers. Together
+    the tokens have every byte of the document.
     """
 
     def __init__(self, native):
@@ -167,7 +214,7 @@ class Tokens(Sequence):
 
     @property
     def charset(self):
-        """The charset in force at the end, a Windows code page; 0 when it is not known."""
+        """The code page in force at the end of the document; 0 when it is not known."""
         return self._native.charset
 
     def __len__(self):
@@ -201,10 +248,18 @@ def _require(result):
 def tokens(data, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_size=0, max_attributes=0):
     """Cuts a document into `Tokens`.
 
-    By default the content of a script, a style sheet and their like is one text, as browsers end
-    it; with `scripts_as_tokens` strings and comments in them are tokens. A token of more than
-    `max_token_size` bytes, or with more than `max_attributes`, raises `HtmlError` with 711; 0 is no
-    limit.
+    With `utf16` the document is UTF-16, also without a byte-order mark. By default the content of a
+    script, a style sheet and their like is one text, as browsers end it; with `scripts_as_tokens`
+    strings and comments in them are tokens. A token of more than `max_token_size` bytes, or with more
+    than `max_attributes`, raises `HtmlError` with 711; 0 is no limit.
+
+        >>> for token in tokens(b'<a href="tea">Tea</a>'):
+        ...     print(token.kind.name, token.raw)
+        START_TAG b'<a href="tea">'
+        TEXT b'Tea'
+        END_TAG b'</a>'
+        >>> tokens(b'<a href="tea">')[0].attributes[0].value
+        'tea'
     """
     native = _native.tokens(data, _code(charset), 2 if utf16 else 0, scripts_as_tokens, max_token_size, max_attributes)
     _require(native.result)
@@ -217,6 +272,10 @@ class Parser:
     The options are those of `tokens`. One thread at a time: a call during another one raises
     `RuntimeError`. With `scripts_as_tokens`, and without a `charset`, a page that declares another
     one after its first text raises `HtmlError` with 705: begin it again with the charset.
+
+        >>> parser = Parser()
+        >>> list(parser.feed(b"<p>Te")), list(parser.feed(b"a<b")), list(parser.close())
+        ([<Token START_TAG b'<p>'>], [<Token TEXT b'Tea'>], [<Token JUNK b'<b'>])
     """
 
     def __init__(self, *, charset=0, utf16=False, scripts_as_tokens=False, max_token_size=0, max_attributes=0):
@@ -244,11 +303,19 @@ class Failure(NamedTuple):
     result: int
 
 
+_describe(Failure, error="What `tokens` raised.", result="The code of an `HtmlError`; 0 for any other error.")
+
+
 def tokens_many(documents, *, threads=1, **options):
-    """Yields the `Tokens`, or a `Failure`, of each document, in their order, by several threads.
+    """Yields the `Tokens`, or a `Failure`, of each document, in the order of the documents.
 
     At most four documents for each thread are taken from the iterable beforehand. The options are
     those of `tokens`; wrong ones raise at once.
+
+        >>> for result in tokens_many([b"<p>Tea", b"<p>Cake</p>"], threads=2):
+        ...     print(result.error if isinstance(result, Failure) else len(result))
+        2
+        3
     """
     tokens(b"", **options)
     return _yield_tokens(documents, ThreadPoolExecutor(threads), threads, options)
@@ -272,22 +339,29 @@ def _yield_tokens(documents, executor, threads, options):
 
 
 def links(data, base=None, *, charset=0):
-    """The `href` of each `a` and `area`, references decoded; joined to `base` when that is given."""
+    """The `href` of each `a` and `area`, references decoded; joined to `base` when that is given.
+
+        >>> links(b'<a href="tea?a=1&amp;b=2">', "http://example.org/")
+        ['http://example.org/tea?a=1&b=2']
+    """
     found, result = _native.links(data, _code(charset))
     _require(result)
     return found if base is None else [urljoin(base, link) for link in found]
 
 
 def text(data, *, charset=0):
-    """What a reader sees, without tags, scripts and style sheets, a line for each block."""
+    """What a reader sees, without tags, scripts and style sheets, a line for each block.
+
+        >>> text(b"<h1>Menu</h1><p>Tea &amp; <b>cake</b>")
+        'Menu\\nTea & cake'
+    """
     found, result = _native.text(data, _code(charset))
     _require(result)
     return found
 
 
 class Detection(NamedTuple):
-    """The charset of a document: its registered name, its Windows code page, the confidence of 100,
-    and where it comes from: "mark", "meta", "detector", or "" when it was not found."""
+    """The charset of a document, as `detect` finds it."""
 
     name: str
     code_page: int
@@ -295,11 +369,20 @@ class Detection(NamedTuple):
     source: str
 
 
+_describe(Detection, name="The registered name; empty when it was not found.",
+          code_page="The Windows code page; 0 when it was not found.", confidence="How sure that is, from 0 to 100.",
+          source='What it was found by: "mark", a byte-order mark; "meta"; "detector", a guess; or empty.')
+
+
 SOURCES = ("", "mark", "meta", "detector")
 
 
 def detect(data):
-    """Finds the charset by the first 16,384 bytes of a document."""
+    """Finds the charset by the first 16,384 bytes of a document. Returns a `Detection`.
+
+        >>> detect(b'<meta charset="koi8-r">')
+        Detection(name='KOI8-R', code_page=20866, confidence=100, source='meta')
+    """
     code, name, confidence, source, result = _native.detect(data)
     if result not in DETECTED + NOT_DETECTED:
         raise HtmlError(result)
@@ -307,7 +390,11 @@ def detect(data):
 
 
 def check(data, *, charset=0):
-    """Whether the document is reproduced from its tokens, to the last byte."""
+    """Whether the tokens of a document, written back, are the document to the last byte.
+
+        >>> check(b"<p class=a  id='b' >Tea</P>")
+        True
+    """
     result = _native.check(data, _code(charset))
     if result not in (0, SELF_CHECK_FAILED):
         raise HtmlError(result)
@@ -315,8 +402,11 @@ def check(data, *, charset=0):
 
 
 class Element:
-    """An element whose start tag is being read, for the callback of `rewrite`; over when that
-    returns."""
+    """An element whose start tag is being read: what the callable of `rewrite` gets. Its edits must
+    be made before that returns.
+
+    `content` is text, which is escaped; with `markup` it is markup, written as it is.
+    """
 
     __slots__ = ("_native",)
 
@@ -334,7 +424,7 @@ class Element:
         return self._native.has_content
 
     def get(self, name, default=None):
-        """The value of an attribute, references decoded."""
+        """The value of an attribute, references decoded; `default` when there is no such attribute."""
         result, value = self._native.get_attribute(name)
         if result == NO_ATTRIBUTE:
             return default
@@ -352,7 +442,7 @@ class Element:
             _require(result)
 
     def before(self, content, *, markup=False):
-        """Writes something before the start tag; text, unless `markup`."""
+        """Writes something before the start tag."""
         _require(self._native.before(content, markup))
 
     def after(self, content, *, markup=False):
@@ -387,11 +477,23 @@ class Element:
 def rewrite(data, edits, *, charset=0):
     """Makes edits in a document and copies every other byte. Returns bytes.
 
-    `edits` is a callable, which gets every `Element`; or a list of tuples, each a CSS selector and
-    either a callable or an action: `("a", "set_attribute", "rel", "nofollow")`,
-    `("a", "remove_attribute", "onclick")`, `("p", "before", "text")`, in the same way "after",
-    "prepend", "append", "set_content" and "replace", each with a fourth item True for markup; and
-    `("script", "remove")`, `("font", "unwrap")`. What a callable raises ends the call.
+    `edits` is a callable, which gets every `Element`; or a list of tuples, each a CSS selector, and
+    then a callable or an action with its arguments:
+
+        ("a", "set_attribute", "rel", "nofollow")
+        ("a", "remove_attribute", "onclick")
+        ("p", "before", "text")                     or "after", "prepend", "append", "set_content",
+                                                    "replace"
+        ("p", "append", "<hr>", True)               the same with markup, written as it is
+        ("script", "remove")                        the element with its content
+        ("font", "unwrap")                          its two tags alone
+
+    What a callable raises ends the call, and `rewrite` raises it.
+
+        >>> rewrite(b"<a href=tea>Tea</a>", [("a[href]", "set_attribute", "rel", "nofollow")])
+        b'<a href=tea rel="nofollow">Tea</a>'
+        >>> rewrite(b"<p>Tea</p>", lambda element: element.append("!"))
+        b'<p>Tea!</p>'
     """
     if callable(edits):
         edits = [("*", edits)]

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Each component of a build can be installed alone, and brings the files that are listed for it; all
-# together they bring what the package has.
+# together they bring what the package has. The component python, where the module is built, is in
+# no package: it comes only when it is asked for.
 #
 #     check-components.sh BUILD FOLDER LIST PREFIX DOCUMENTS
 #
@@ -25,9 +26,10 @@ files() {
     (cd "$1" 2>/dev/null && find . ! -type d | sed 's,^\./,,' | LC_ALL=C sort)
 }
 
+components="runtime development tool doc"
 rm -rf "$folder"
 mkdir -p "$folder"
-for component in runtime development tool doc; do
+for component in $components $(sed -n 's/^\(python\) .*/\1/p' "$list" | uniq); do
     "$CMAKE" --install "$build" --component $component --prefix "$folder/$component" >/dev/null
     mkdir -p "$folder/$component"
     {
@@ -41,7 +43,9 @@ for component in development doc; do
     [ -s "$folder/$component.listed" ] || complain "$component is empty"
 done
 
-cat "$folder"/*.listed | LC_ALL=C sort >"$folder/together"
+for component in $components; do
+    cat "$folder/$component.listed"
+done | LC_ALL=C sort >"$folder/together"
 files "$prefix" | diff "$folder/together" - ||
     complain "the components are not the package (<: twice or not packed, >: in no component)"
 

@@ -5,8 +5,9 @@
 #
 #     check-contents.sh PREFIX LIST SOURCES DOCUMENTS
 #
-# LIST has components and paths below PREFIX, one of each a line. SOURCES is the project's tree,
-# DOCUMENTS the folder below PREFIX that documents are installed in.
+# LIST has components and paths below PREFIX, one of each a line; the component python is not in the
+# package. SOURCES is the project's tree, DOCUMENTS the folder below PREFIX that documents are
+# installed in.
 set -eu
 
 prefix=$1
@@ -24,7 +25,7 @@ cd "$prefix"
 
 find . ! -type d ! -path './include/kestra/*/*.h' | sed 's,^\./,,' | LC_ALL=C sort >"$list.found"
 {
-    cut -d ' ' -f 2 "$list"
+    sed -n '/^python /d; s/^[a-z]* //p' "$list"
     (cd "$sources" && find CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md docs \
         examples/c examples/crawl examples/links examples/pages examples/rewrite -type f ! -path '*/__pycache__/*' |
         sed "s,^,$documents/,")

@@ -7,4 +7,4 @@ set -eu
 rm -rf "${2:?}"
 "$CMAKE" --install "$1" --prefix "$2" >/dev/null
 found=$(cd "$2" && find . ! -type d)
-[ "$found" = ./bin/host ] || { echo "installed:" $found; exit 1; }
+[ "${found%.exe}" = ./bin/host ] || { echo "installed:" $found; exit 1; }

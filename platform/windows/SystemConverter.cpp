@@ -1,4 +1,4 @@
-#include "platform/PlatformConverter.h"
+#include "platform/SystemConverter.h"
 
 #include <algorithm>
 #include <array>
@@ -97,18 +97,22 @@ enum class Outcome {
     FAILURE,
 };
 
-}  // namespace
-
 /// The two ways to convert.
-struct CharSetConverter::Platform::System {
-    CharSet::Code code = CharSet::UNKNOWN;
-    bool isLanguageLibrary = false;
-    bool isSingleByte = false;
-    bool writes = false;  ///< some code pages can only be read
-    DWORD fromWideFlags = 0;
-
+class WindowsConverter final : public SystemConverter {
+public:
     /// @return null when neither converts from the code page. Throws `std::bad_alloc`.
-    static std::unique_ptr<System> Open(CharSet::Code code);
+    static std::unique_ptr<WindowsConverter> Open(CharSet::Code code);
+
+    CharSet::Code GetCode() const {
+        return code;
+    }
+
+    bool Writes() const override {
+        return writes;
+    }
+
+    std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output) override;
+    std::uint32_t FromWide(const WideChar* data, std::uint64_t size, std::string* output) override;
 
     /// `*count` is what was written, or is needed when there is no room.
     Outcome Convert(const char* data, INT size, WideChar* output, INT room, INT* count) const;
@@ -131,32 +135,38 @@ private:
     static Outcome JudgeSystem(INT count);
     /// The library says "failed" of a string without characters, too.
     static Outcome JudgeLibrary(HRESULT result, INT count);
+
+    CharSet::Code code = CharSet::UNKNOWN;
+    bool isLanguageLibrary = false;
+    bool isSingleByte = false;
+    bool writes = false;
+    DWORD fromWideFlags = 0;
 };
 
-std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
+std::unique_ptr<WindowsConverter> WindowsConverter::Open(CharSet::Code code) {
     if (std::find(ALIASES.begin(), ALIASES.end(), code) != ALIASES.end())
         return nullptr;
-    auto system = std::make_unique<System>();
-    system->code = code;
-    if (!system->Knows("a")) {
-        system->isLanguageLibrary = true;
-        if (!system->Knows("a"))
+    auto opened = std::make_unique<WindowsConverter>();
+    opened->code = code;
+    if (!opened->Knows("a")) {
+        opened->isLanguageLibrary = true;
+        if (!opened->Knows("a"))
             return nullptr;
-        system->writes = system->Knows(L"a");
-        return system;
+        opened->writes = opened->Knows(L"a");
+        return opened;
     }
     CPINFO information;
-    system->isSingleByte = GetCPInfo(code, &information) != 0 && information.MaxCharSize == 1;
-    system->fromWideFlags = WC_NO_BEST_FIT_CHARS;  // no look-alikes
-    system->writes = system->Knows(L"a");
-    if (!system->writes) {
-        system->fromWideFlags = 0;  // the stateful code pages take none
-        system->writes = system->Knows(L"a");
+    opened->isSingleByte = GetCPInfo(code, &information) != 0 && information.MaxCharSize == 1;
+    opened->fromWideFlags = WC_NO_BEST_FIT_CHARS;  // no look-alikes
+    opened->writes = opened->Knows(L"a");
+    if (!opened->writes) {
+        opened->fromWideFlags = 0;  // the stateful code pages take none
+        opened->writes = opened->Knows(L"a");
     }
-    return system;
+    return opened;
 }
 
-Outcome CharSetConverter::Platform::System::JudgeSystem(INT count) {
+Outcome WindowsConverter::JudgeSystem(INT count) {
     if (count > 0)
         return Outcome::UNITS;
     const DWORD error = GetLastError();
@@ -165,7 +175,7 @@ Outcome CharSetConverter::Platform::System::JudgeSystem(INT count) {
     return error == ERROR_SUCCESS || error == ERROR_NO_UNICODE_TRANSLATION ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
-Outcome CharSetConverter::Platform::System::JudgeLibrary(HRESULT result, INT count) {
+Outcome WindowsConverter::JudgeLibrary(HRESULT result, INT count) {
     if (result == S_OK && count > 0)
         return Outcome::UNITS;
     if (result == E_OUTOFMEMORY)
@@ -173,8 +183,7 @@ Outcome CharSetConverter::Platform::System::JudgeLibrary(HRESULT result, INT cou
     return result == S_OK || result == E_FAIL ? Outcome::NOTHING : Outcome::FAILURE;
 }
 
-Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, WideChar* output, INT room,
-                                                    INT* count) const {
+Outcome WindowsConverter::Convert(const char* data, INT size, WideChar* output, INT room, INT* count) const {
     if (!isLanguageLibrary) {
         SetLastError(ERROR_SUCCESS);
         *count = MultiByteToWideChar(code, 0, data, size, output, room);
@@ -189,8 +198,7 @@ Outcome CharSetConverter::Platform::System::Convert(const char* data, INT size, 
     return JudgeLibrary(result, *count);
 }
 
-Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT size, char* output, INT room,
-                                                    INT* count) const {
+Outcome WindowsConverter::Convert(const WideChar* data, INT size, char* output, INT room, INT* count) const {
     if (!isLanguageLibrary) {
         SetLastError(ERROR_SUCCESS);
         *count = WideCharToMultiByte(code, fromWideFlags, data, size, output, room, nullptr, nullptr);
@@ -205,7 +213,7 @@ Outcome CharSetConverter::Platform::System::Convert(const WideChar* data, INT si
     return JudgeLibrary(result, *count);
 }
 
-std::uint64_t CharSetConverter::Platform::System::FindCut(const char* data, std::uint64_t size) const {
+std::uint64_t WindowsConverter::FindCut(const char* data, std::uint64_t size) const {
     if (size <= STEP || IsStateful(code))
         return size;
     std::uint64_t cut = STEP;
@@ -214,14 +222,12 @@ std::uint64_t CharSetConverter::Platform::System::FindCut(const char* data, std:
     return cut;
 }
 
-std::uint64_t CharSetConverter::Platform::System::FindCut(const WideChar* data, std::uint64_t size) const {
+std::uint64_t WindowsConverter::FindCut(const WideChar* data, std::uint64_t size) const {
     if (size <= STEP || IsStateful(code))
         return size;
     const bool splitsPair = IsLowSurrogate(data[STEP]);
     return splitsPair ? STEP - 1 : STEP;
 }
-
-namespace {
 
 /// What is put after a string that comes to no characters: it ends inside an escape, or is nothing
 /// else. A terminator is one character for certain, and is taken away again; a change to ASCII goes
@@ -241,17 +247,17 @@ constexpr std::size_t GetEndingCount(CharSet::Code code) {
 
 /// Asks for the size, then converts, after what is there. The output stays as it was where there
 /// are no units.
-template <typename System, typename In, typename Out>
-Outcome ConvertWhole(const System& system, const In* data, std::size_t size, Out* output) {
+template <typename In, typename Out>
+Outcome ConvertWhole(const WindowsConverter& converter, const In* data, std::size_t size, Out* output) {
     const INT length = static_cast<INT>(size);
     INT needed = 0;
-    const Outcome outcome = system.Convert(data, length, nullptr, 0, &needed);
+    const Outcome outcome = converter.Convert(data, length, nullptr, 0, &needed);
     if (outcome != Outcome::UNITS)
         return outcome;
     const std::size_t used = output->size();
     output->resize(used + static_cast<std::size_t>(needed));
     INT count = 0;
-    if (system.Convert(data, length, output->data() + used, needed, &count) == Outcome::UNITS && count == needed)
+    if (converter.Convert(data, length, output->data() + used, needed, &count) == Outcome::UNITS && count == needed)
         return Outcome::UNITS;
     output->resize(used);
     return Outcome::FAILURE;  // not of the string, whose size was known
@@ -275,23 +281,23 @@ bool RemoveTerminator(std::size_t used, Out* output) {
 
 /// Whether the system converts another string of this size, so that it was not the system that
 /// failed.
-template <typename System, typename In>
-bool ConvertsOthers(const System& system, const In*, std::size_t size) {
+template <typename In>
+bool ConvertsOthers(const WindowsConverter& converter, const In*, std::size_t size) {
     const std::basic_string<In> other(size, static_cast<In>('a'));
     INT count = 0;
-    return system.Convert(other.data(), static_cast<INT>(size), nullptr, 0, &count) == Outcome::UNITS;
+    return converter.Convert(other.data(), static_cast<INT>(size), nullptr, 0, &count) == Outcome::UNITS;
 }
 
 /// Converts the string with one ending after the other, until nothing but the ending comes out.
-template <typename System, typename In, typename Out>
-Outcome ConvertEnded(const System& system, const In* data, std::size_t size, Out* output) {
+template <typename In, typename Out>
+Outcome ConvertEnded(const WindowsConverter& converter, const In* data, std::size_t size, Out* output) {
     const std::size_t used = output->size();
     Outcome outcome = Outcome::NOTHING;
-    for (std::size_t i = 0; i < GetEndingCount<In>(system.code) && outcome == Outcome::NOTHING; ++i) {
+    for (std::size_t i = 0; i < GetEndingCount<In>(converter.GetCode()) && outcome == Outcome::NOTHING; ++i) {
         std::basic_string<In> ended(data, size);
         for (const char character : ENDINGS[i])
             ended.push_back(static_cast<In>(character));
-        outcome = ConvertWhole(system, ended.data(), ended.size(), output);
+        outcome = ConvertWhole(converter, ended.data(), ended.size(), output);
         if (outcome == Outcome::UNITS && !RemoveTerminator(used, output))
             outcome = Outcome::NOTHING;
     }
@@ -301,17 +307,17 @@ Outcome ConvertEnded(const System& system, const In* data, std::size_t size, Out
 /// Appends what the step comes to. Where the system makes nothing of the last bytes, or of any, a
 /// mark of replacement stands for them.
 /// @return false when the system failed
-template <typename System, typename In, typename Out>
-bool ConvertStep(const System& system, const In* data, std::size_t size, Out* output) {
-    Outcome outcome = ConvertWhole(system, data, size, output);
+template <typename In, typename Out>
+bool ConvertStep(const WindowsConverter& converter, const In* data, std::size_t size, Out* output) {
+    Outcome outcome = ConvertWhole(converter, data, size, output);
     if (outcome == Outcome::NOTHING)
-        outcome = ConvertEnded(system, data, size, output);
+        outcome = ConvertEnded(converter, data, size, output);
     if (outcome != Outcome::NOTHING)
         return outcome == Outcome::UNITS;
     const std::size_t mostCut = sizeof(In) == 1 ? std::min(LONGEST_ESCAPE, size - 1) : 0;
     for (std::size_t cut = 1; cut <= mostCut && outcome == Outcome::NOTHING; ++cut)
-        outcome = ConvertWhole(system, data, size - cut, output);
-    if (outcome == Outcome::FAILURE || (outcome == Outcome::NOTHING && !ConvertsOthers(system, data, size)))
+        outcome = ConvertWhole(converter, data, size - cut, output);
+    if (outcome == Outcome::FAILURE || (outcome == Outcome::NOTHING && !ConvertsOthers(converter, data, size)))
         return false;
     output->push_back(sizeof(In) == 1 ? static_cast<typename Out::value_type>(0xFFFD)
                                       : static_cast<typename Out::value_type>('?'));
@@ -319,11 +325,11 @@ bool ConvertStep(const System& system, const In* data, std::size_t size, Out* ou
 }
 
 /// Converts each step after what is there.
-template <typename System, typename In, typename Out>
-std::uint32_t ConvertInSteps(const System& system, const In* data, std::uint64_t size, Out* output) {
+template <typename In, typename Out>
+std::uint32_t ConvertInSteps(const WindowsConverter& converter, const In* data, std::uint64_t size, Out* output) {
     while (size > 0) {
-        const std::uint64_t step = system.FindCut(data, size);
-        if (step > MOST_PER_CALL || !ConvertStep(system, data, static_cast<std::size_t>(step), output)) {
+        const std::uint64_t step = converter.FindCut(data, size);
+        if (step > MOST_PER_CALL || !ConvertStep(converter, data, static_cast<std::size_t>(step), output)) {
             output->clear();
             return RESULT_UNSUPPORTED_CHARSET;
         }
@@ -333,32 +339,22 @@ std::uint32_t ConvertInSteps(const System& system, const In* data, std::uint64_t
     return RESULT_OK;
 }
 
+std::uint32_t WindowsConverter::ToWide(const char* data, std::uint64_t size, WideString* output) {
+    return ConvertInSteps(*this, data, size, output);
+}
+
+std::uint32_t WindowsConverter::FromWide(const WideChar* data, std::uint64_t size, std::string* output) {
+    return ConvertInSteps(*this, data, size, output);
+}
+
 }  // namespace
 
-CharSetConverter::Platform::Platform(CharSet::Code openedCode) : code(openedCode), system(System::Open(openedCode)) {}
-
-CharSetConverter::Platform::~Platform() = default;
-
-CharSet::Code CharSetConverter::Platform::GetAnsiCode() {
+CharSet::Code SystemConverter::GetAnsiCode() {
     return GetACP();
 }
 
-CharSet::Code CharSetConverter::Platform::GetCode() const {
-    return code;
-}
-
-bool CharSetConverter::Platform::Converts() const {
-    return system != nullptr && system->writes;
-}
-
-std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t size, WideString* output) {
-    output->clear();
-    return system == nullptr ? std::uint32_t{RESULT_UNSUPPORTED_CHARSET} : ConvertInSteps(*system, data, size, output);
-}
-
-std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::uint64_t size, std::string* output) {
-    output->clear();
-    return Converts() ? ConvertInSteps(*system, data, size, output) : std::uint32_t{RESULT_UNSUPPORTED_CHARSET};
+std::unique_ptr<SystemConverter> SystemConverter::Open(CharSet::Code code) {
+    return WindowsConverter::Open(code);
 }
 
 }  // namespace Kestra::StringNS

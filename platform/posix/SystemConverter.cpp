@@ -1,4 +1,4 @@
-#include "platform/PlatformConverter.h"
+#include "platform/SystemConverter.h"
 
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
+#include <utility>
 
 #include "platform/Results.h"
 #include "platform/posix/IcuResult.h"
@@ -254,38 +256,48 @@ std::uint32_t ConvertInSteps(const In* from, std::uint64_t size, Out* output, Co
     return RESULT_OK;
 }
 
-}  // namespace
+/// A code page that ICU has no converter for.
+class OwnConverter final : public SystemConverter {
+public:
+    explicit OwnConverter(std::unique_ptr<OwnCodePage> ownPage) : page(std::move(ownPage)) {}
 
-struct CharSetConverter::Platform::System {
-    std::unique_ptr<OwnCodePage> own;  ///< instead of a converter of ICU's
-    UConverter* converter = nullptr;
-    bool isRotated = false;  ///< `TurnBack` applies
+    std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output) override {
+        page->ToWide(data, size, output);
+        return RESULT_OK;
+    }
 
+    std::uint32_t FromWide(const WideChar* data, std::uint64_t size, std::string* output) override {
+        page->FromWide(data, size, output);
+        return RESULT_OK;
+    }
+
+private:
+    std::unique_ptr<OwnCodePage> page;
+};
+
+class IcuConverter final : public SystemConverter {
+public:
     /// @return an open converter, or null. Throws `std::bad_alloc`.
-    static std::unique_ptr<System> Open(CharSet::Code code);
+    static std::unique_ptr<IcuConverter> Open(const ConverterName* name);
 
-    System() = default;
-    System(const System&) = delete;
-    System& operator=(const System&) = delete;
-    ~System();
+    ~IcuConverter() override;
+
+    std::uint32_t ToWide(const char* data, std::uint64_t size, WideString* output) override;
+    std::uint32_t FromWide(const WideChar* data, std::uint64_t size, std::string* output) override;
 
 private:
     bool Rotates();
+
+    UConverter* converter = nullptr;
+    bool isRotated = false;  ///< `TurnBack` applies
 };
 
-std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::System::Open(CharSet::Code code) {
-    auto system = std::make_unique<System>();
-    system->own = OwnCodePage::Open(code);
-    if (system->own != nullptr)
-        return system;
-    const auto* const name =
-        std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
-    if (name == std::end(CONVERTERS) || name->code != code)
-        return nullptr;
+std::unique_ptr<IcuConverter> IcuConverter::Open(const ConverterName* name) {
+    auto opened = std::make_unique<IcuConverter>();
     UErrorCode error = U_ZERO_ERROR;
-    system->converter = ucnv_open(name->name, &error);
-    ucnv_setToUCallBack(system->converter, ReplaceBytes, name, nullptr, nullptr, &error);
-    ucnv_setFromUCallBack(system->converter, ReplaceCharacter, name, nullptr, nullptr, &error);
+    opened->converter = ucnv_open(name->name, &error);
+    ucnv_setToUCallBack(opened->converter, ReplaceBytes, name, nullptr, nullptr, &error);
+    ucnv_setFromUCallBack(opened->converter, ReplaceCharacter, name, nullptr, nullptr, &error);
     if (!HasSucceeded(error)) {
         // Without its list of names, which it may have had no memory to read, ICU takes a name with
         // options for an unknown one.
@@ -294,16 +306,45 @@ std::unique_ptr<CharSetConverter::Platform::System> CharSetConverter::Platform::
         HasSucceeded(listError);
         return nullptr;
     }
-    ucnv_setFallback(system->converter, UsesFallback(code) ? 1 : 0);
-    system->isRotated = system->Rotates();
-    return system;
+    ucnv_setFallback(opened->converter, UsesFallback(name->code) ? 1 : 0);
+    opened->isRotated = opened->Rotates();
+    return opened;
 }
 
-CharSetConverter::Platform::System::~System() {
+IcuConverter::~IcuConverter() {
     ucnv_close(converter);  // takes null
 }
 
-bool CharSetConverter::Platform::System::Rotates() {
+std::uint32_t IcuConverter::ToWide(const char* data, std::uint64_t size, WideString* output) {
+    ucnv_resetToUnicode(converter);
+    const std::uint32_t result = ConvertInSteps(
+        data, size, output,
+        [this](WideChar** to, const WideChar* toEnd, const char** from, const char* fromEnd, UBool isLast,
+               UErrorCode* error) { ucnv_toUnicode(converter, to, toEnd, from, fromEnd, nullptr, isLast, error); });
+    if (isRotated)
+        std::transform(output->begin(), output->end(), output->begin(), TurnBack);
+    return result;
+}
+
+std::uint32_t IcuConverter::FromWide(const WideChar* data, std::uint64_t size, std::string* output) {
+    ucnv_resetFromUnicode(converter);
+    return ConvertInSteps(data, size, output,
+                          [this](char** to, const char* toEnd, const WideChar** from, const WideChar* fromEnd,
+                                 UBool isLast, UErrorCode* error) {
+                              if (!isRotated) {
+                                  ucnv_fromUnicode(converter, to, toEnd, from, fromEnd, nullptr, isLast, error);
+                                  return;
+                              }
+                              std::array<WideChar, STEP> turned;
+                              const WideChar* const turnedEnd =
+                                  std::transform(*from, fromEnd, turned.data(), TurnForth);
+                              const WideChar* next = turned.data();
+                              ucnv_fromUnicode(converter, to, toEnd, &next, turnedEnd, nullptr, isLast, error);
+                              *from += next - turned.data();
+                          });
+}
+
+bool IcuConverter::Rotates() {
     std::array<UChar, 8> units{};
     UErrorCode error = U_ZERO_ERROR;
     const std::int32_t count =
@@ -311,65 +352,20 @@ bool CharSetConverter::Platform::System::Rotates() {
     return HasSucceeded(error) && count == 3 && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
 }
 
-CharSetConverter::Platform::Platform(CharSet::Code openedCode) : code(openedCode), system(System::Open(openedCode)) {}
+}  // namespace
 
-CharSetConverter::Platform::~Platform() = default;
-
-CharSet::Code CharSetConverter::Platform::GetAnsiCode() {
+CharSet::Code SystemConverter::GetAnsiCode() {
     return CharSet::WINDOWS_1252;
 }
 
-CharSet::Code CharSetConverter::Platform::GetCode() const {
-    return code;
-}
-
-bool CharSetConverter::Platform::Converts() const {
-    return system != nullptr;
-}
-
-std::uint32_t CharSetConverter::Platform::ToWide(const char* data, std::uint64_t size, WideString* output) {
-    output->clear();
-    if (system == nullptr)
-        return RESULT_UNSUPPORTED_CHARSET;
-    if (system->own != nullptr) {
-        system->own->ToWide(data, size, output);
-        return RESULT_OK;
-    }
-    ucnv_resetToUnicode(system->converter);
-    const std::uint32_t result =
-        ConvertInSteps(data, size, output,
-                       [this](WideChar** to, const WideChar* toEnd, const char** from, const char* fromEnd,
-                              UBool isLast, UErrorCode* error) {
-                           ucnv_toUnicode(system->converter, to, toEnd, from, fromEnd, nullptr, isLast, error);
-                       });
-    if (system->isRotated)
-        std::transform(output->begin(), output->end(), output->begin(), TurnBack);
-    return result;
-}
-
-std::uint32_t CharSetConverter::Platform::FromWide(const WideChar* data, std::uint64_t size, std::string* output) {
-    output->clear();
-    if (system == nullptr)
-        return RESULT_UNSUPPORTED_CHARSET;
-    if (system->own != nullptr) {
-        system->own->FromWide(data, size, output);
-        return RESULT_OK;
-    }
-    ucnv_resetFromUnicode(system->converter);
-    return ConvertInSteps(data, size, output,
-                          [this](char** to, const char* toEnd, const WideChar** from, const WideChar* fromEnd,
-                                 UBool isLast, UErrorCode* error) {
-                              if (!system->isRotated) {
-                                  ucnv_fromUnicode(system->converter, to, toEnd, from, fromEnd, nullptr, isLast, error);
-                                  return;
-                              }
-                              std::array<WideChar, STEP> turned;
-                              const WideChar* const turnedEnd =
-                                  std::transform(*from, fromEnd, turned.data(), TurnForth);
-                              const WideChar* next = turned.data();
-                              ucnv_fromUnicode(system->converter, to, toEnd, &next, turnedEnd, nullptr, isLast, error);
-                              *from += next - turned.data();
-                          });
+std::unique_ptr<SystemConverter> SystemConverter::Open(CharSet::Code code) {
+    if (auto own = OwnCodePage::Open(code))
+        return std::make_unique<OwnConverter>(std::move(own));
+    const auto* const name =
+        std::lower_bound(std::begin(CONVERTERS), std::end(CONVERTERS), ConverterName{code, nullptr}, ByCode);
+    if (name == std::end(CONVERTERS) || name->code != code)
+        return nullptr;
+    return IcuConverter::Open(name);
 }
 
 }  // namespace Kestra::StringNS
