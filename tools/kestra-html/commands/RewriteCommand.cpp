@@ -41,6 +41,7 @@ using HTML::GenericParser;
 using StringNS::CharSet;
 
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+constexpr std::string_view WHY_KEPT = "because its charset may be known only at its end (--charset: not kept)";
 
 /// Thrown when an input cannot be read to its end.
 struct InputFailed {
@@ -130,10 +131,7 @@ private:
         try {
             if (options.inPlace && IsSpecialFile(name))
                 throw InPlaceFailed("cannot be written: it is not a regular file");
-            // On another thread the console is somebody else's.
-            const bool hasConsole = output == console;
-            OpenedInput input =
-                OpenInput(name, hasConsole ? MakeReadingEvents(name, console, "--charset") : ReadingEvents());
+            OpenedInput input = OpenInput(name, MakeReadingEvents(name, output, WHY_KEPT));
             if (input.source == nullptr)
                 return DiagnoseUnread(name, input.result, output);
             if (!NeedsCharset())
