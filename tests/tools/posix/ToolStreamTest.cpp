@@ -80,6 +80,9 @@ TEST(ToolStream, PiecesAreTheSameHoweverAPipeIsWritten) {
         settings.pause = std::chrono::milliseconds(200);
         settings.inputAfterPause = page.substr(22);
         EXPECT_EQ(RunTool(arguments, settings), whole) << command;
+        Arguments atOnce = arguments;
+        atOnce.emplace_back("--line-buffered");
+        EXPECT_EQ(RunTool(atOnce, settings), whole) << command;
         settings.inputAfterPause.clear();
         settings.pause = {};
     }
@@ -116,9 +119,6 @@ TEST(ToolStream, OnATerminalATemporaryFileIsRemarkedOn) {
     EXPECT_FALSE(Contains(RunTool({"tokens", "--charset", "1252"}, settings).errors, "temporary"));
 }
 
-TEST(ToolStream, TmpdirIsWhereTemporaryFilesAre) {
-    const TemporaryFolder folder;
-    const std::string missing = (folder.GetPath() / "missing").string();
 TEST(ToolStream, TheRemarkIsMadeForEachOfSeveralInputs) {
     const TemporaryFolder folder;
     const std::string page(1500000, 'x');
@@ -148,6 +148,9 @@ TEST(ToolStream, TheRemarkIsMadeForEachOfSeveralInputs) {
     }
 }
 
+TEST(ToolStream, TmpdirIsWhereTemporaryFilesAre) {
+    const TemporaryFolder folder;
+    const std::string missing = (folder.GetPath() / "missing").string();
     const std::string page = "<p>" + std::string(5000000, 'x') + "</p>";
     for (const char* const format : {"text", "json"}) {
         ToolSettings settings;

@@ -199,7 +199,9 @@ bool DecodesNever() {
 
 void AddLineBuffered(Subcommand* command, bool* lineBuffered) {
     command->AddFlag("--line-buffered", lineBuffered,
-                     "write each line at once, and parse what a pipe\nhas instead of waiting for a whole piece");
+                     "write each line at once, and parse what a pipe\n"
+                     "has instead of waiting for a whole piece; one\n"
+                     "input after the other, and no --feed buffer");
 }
 
 void AddInput(Subcommand* command, ParseOptions* options) {
