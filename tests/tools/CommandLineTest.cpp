@@ -288,6 +288,8 @@ TEST(CommandLine, WrongUsage) {
         {{"check", "--min-confidence", "101"}, "--min-confidence: \"101\" is not a number from 0 to 100"},
         {{"detect", "--min-confidence", "101"}, "--min-confidence: \"101\" is not a number from 0 to 100"},
         {{"detect", "--bytes", "1M"}, "--bytes: \"1M\" is not a decimal number"},
+        {{"detect", "--bytes", "18446744073709551616"},
+         "--bytes: \"18446744073709551616\" is greater than 18446744073709551615"},
         {{"tokens", "--line-buffered", "--feed", "buffer"},
          "--line-buffered parses what is there, and --feed buffer waits for whole pieces"},
         {{"events", "--feed=buffer", "--line-buffered"},

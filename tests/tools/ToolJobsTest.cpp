@@ -131,6 +131,15 @@ TEST_F(ToolJobs, FoldersAndFilesOfNames) {
     settings.input = "site/a.html\n";
     EXPECT_EQ(NamesIn(Run({"tokens", "--format", "json", "--files-from", "-"}).output), "site/a.html;");
     const ToolRun unread = Run({"tokens", "--files-from", "no-such-list"});
+    settings.input = "site/a.html\n-\n";
+    for (const char* const command : {"tokens", "events", "check", "detect", "rewrite"})
+        EXPECT_EQ(Run({command, "--files-from", "-"}),
+                  (ToolRun{2, "", "kestra-html: --files-from: standard input is the list of names already\n"}))
+            << command;
+    Write("with-input", "site/a.html\n-\n");
+    EXPECT_EQ(
+        Run({"rewrite", "--in-place", "--files-from", "with-input"}),
+        (ToolRun{2, "", "kestra-html: --in-place: standard input is no file (see kestra-html rewrite --help)\n"}));
     EXPECT_EQ(unread.status, 3);
     EXPECT_EQ(unread.errors, "no-such-list: cannot be read: no such file\n");
     EXPECT_EQ(unread.output, "");

@@ -117,6 +117,10 @@ public:
                 "kestra-html: {} files need --in-place or --dry-run (see kestra-html rewrite --help)", names.size()));
             return EXIT_STATUS_USAGE;
         }
+        if (options.inPlace && std::find(names.begin(), names.end(), "-") != names.end()) {
+            console->Complain("kestra-html: --in-place: standard input is no file (see kestra-html rewrite --help)");
+            return EXIT_STATUS_USAGE;
+        }
         // A signal removes the one file that is being written.
         const std::size_t jobs = options.inPlace && !options.dryRun ? 1 : CountJobs(options);
         return RunInOrder(names, jobs, console,
