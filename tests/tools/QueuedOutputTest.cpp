@@ -66,15 +66,56 @@ TEST(QueuedOutput, TheNextOneHasRoomWhateverTheOthersKeep) {
     const std::string line(100'000, 'x');
     std::atomic<std::size_t> lines = 0;
     std::thread worker([&] { WriteUntilStopped(&later, line, &lines); });
-    while (lines * line.size() < QueuedOutput::MOST_BYTES - line.size())
+    while (lines * line.size() < QueuedOutput::MOST_BYTES)  // then there is no room for all together
         std::this_thread::yield();
     Tool::Console console;
     next.WriteTo(&console);  // nothing yet, but it is its turn
-    next.Line(line);         // does not wait
-    next.Finish();
+    std::atomic<bool> isTaken = false;
+    std::thread nextWorker([&] {
+        try {
+            next.Line(line);
+            next.Finish();
+            isTaken = true;
+        } catch (const Tool::OutputFailed&) {  // it has waited until all was stopped
+        }
+    });
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!isTaken && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
+    EXPECT_TRUE(isTaken);
     StopOutputs(&queue);
     worker.join();
+    nextWorker.join();
     EXPECT_EQ(queue.next, &next);
+}
+
+TEST(QueuedOutput, LinesAreHandedOverBeforeInputIsWaitedFor) {
+    OutputQueue queue;
+    QueuedOutput output(&queue);
+    testing::internal::CaptureStdout();
+    {
+        Tool::Console console;
+        output.Line("first");
+        output.WriteTo(&console);
+        console.Line("|");
+        output.FlushBeforeWait();
+        output.WriteTo(&console);
+        output.FlushBeforeWait();
+        output.WriteTo(&console);
+        output.Line("second");
+        StopOutputs(&queue);
+        output.FlushBeforeWait();  // does not throw
+        EXPECT_THROW(output.Finish(), Tool::OutputFailed);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "|\nfirst\n");
+}
+
+TEST(QueuedOutput, AStopComesOutOfEveryCall) {
+    OutputQueue queue;
+    QueuedOutput output(&queue);
+    StopOutputs(&queue);
+    EXPECT_THROW(output.Remark("file", "message"), Tool::OutputFailed);
+    EXPECT_THROW(output.DiagnoseAgain("file", "message"), Tool::OutputFailed);
 }
 
 TEST(QueuedOutput, HowFarAParseIs) {

@@ -80,10 +80,11 @@ TEST_F(ToolJobs, TheOutputIsThatOfOneAfterTheOther) {
     }
 }
 
-TEST_F(ToolJobs, FilesAreRewrittenInPlaceWhateverTheJobs) {
+TEST_F(ToolJobs, InPlaceIsForManyFilesAndSaysThatTheyWait) {
     const Arguments names = MakePages();
-    const ToolRun run = RunWithJobs("4", {"rewrite", "--in-place", "--set", "p.class=c"}, names);
+    const ToolRun run = Run(Join({"rewrite", "--in-place", "--set", "p.class=c"}, names));
     EXPECT_TRUE(Ended(run, 0, ""));
+    EXPECT_TRUE(Contains(Run({"rewrite", "--help"}).output, "--in-place writes one"));
     for (const std::string& name : names) {
         EXPECT_EQ(Read(name).find("class='a b'"), std::string::npos) << name;
         EXPECT_NE(Read(name).find("class='c'"), std::string::npos) << name;
@@ -130,6 +131,15 @@ TEST_F(ToolJobs, FoldersAndFilesOfNames) {
     }
     settings.input = "site/a.html\n";
     EXPECT_EQ(NamesIn(Run({"tokens", "--format", "json", "--files-from", "-"}).output), "site/a.html;");
+    settings.input = "site/a.html\n-\n";
+    for (const char* const command : {"tokens", "events", "check", "detect", "rewrite"})
+        EXPECT_EQ(Run({command, "--files-from", "-"}),
+                  (ToolRun{2, "", "kestra-html: --files-from: standard input is the list of names already\n"}))
+            << command;
+    Write("with-input", "site/a.html\n-\n");
+    EXPECT_EQ(
+        Run({"rewrite", "--in-place", "--files-from", "with-input"}),
+        (ToolRun{2, "", "kestra-html: --in-place: standard input is no file (see kestra-html rewrite --help)\n"}));
     const ToolRun unread = Run({"tokens", "--files-from", "no-such-list"});
     EXPECT_EQ(unread.status, 3);
     EXPECT_EQ(unread.errors, "no-such-list: cannot be read: no such file\n");

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <thread>
 
 #include "tests/tools/ToolRun.h"
 
@@ -79,6 +80,9 @@ TEST(ToolStream, PiecesAreTheSameHoweverAPipeIsWritten) {
         settings.pause = std::chrono::milliseconds(200);
         settings.inputAfterPause = page.substr(22);
         EXPECT_EQ(RunTool(arguments, settings), whole) << command;
+        Arguments atOnce = arguments;
+        atOnce.emplace_back("--line-buffered");
+        EXPECT_EQ(RunTool(atOnce, settings), whole) << command;
         settings.inputAfterPause.clear();
         settings.pause = {};
     }
@@ -113,6 +117,35 @@ TEST(ToolStream, OnATerminalATemporaryFileIsRemarkedOn) {
     settings.errors = Sink::TERMINAL;
     EXPECT_TRUE(Contains(RunTool({"tokens"}, settings).errors, "-: kept in a temporary file, because "));
     EXPECT_FALSE(Contains(RunTool({"tokens", "--charset", "1252"}, settings).errors, "temporary"));
+}
+
+TEST(ToolStream, TheRemarkIsMadeForEachOfSeveralInputs) {
+    const TemporaryFolder folder;
+    const std::string page(1500000, 'x');
+    for (const char* const command : {"tokens", "check", "rewrite"}) {
+        std::vector<std::string> pipes;
+        std::vector<std::thread> writers;
+        for (const char* const name : {"first", "second"}) {
+            pipes.push_back((folder.GetPath() / name).string());
+            unlink(pipes.back().c_str());
+            ASSERT_EQ(mkfifo(pipes.back().c_str(), 0600), 0);
+        }
+        for (const std::string& pipe : pipes)
+            writers.emplace_back([&page, &pipe] { std::ofstream(pipe, std::ios::binary) << page; });
+        ToolSettings settings;
+        settings.errors = Sink::TERMINAL;
+        Arguments arguments = {command, "--jobs", "2", pipes[0], pipes[1]};
+        if (command == std::string("rewrite"))
+            arguments.insert(arguments.end(), {"--dry-run", "--remove", "p.class"});
+        const ToolRun run = RunTool(arguments, settings);
+        for (std::thread& writer : writers)
+            writer.join();
+        EXPECT_EQ(run.status, 0);
+        const std::size_t first = run.errors.find(pipes[0] + ": kept in a temporary file, ");
+        const std::size_t second = run.errors.find(pipes[1] + ": kept in a temporary file, ");
+        EXPECT_LT(first, second) << command << run.errors;
+        EXPECT_NE(second, std::string::npos) << command << run.errors;
+    }
 }
 
 TEST(ToolStream, TmpdirIsWhereTemporaryFilesAre) {

@@ -66,6 +66,27 @@ TEST_F(ToolTerminal, ProgressOfALongRun) {
     }
 }
 
+TEST_F(ToolTerminal, NoProgressIsLeftWhenTheOutputFails) {
+    Write("first.html", "a");
+    settings.errors = Sink::TERMINAL;
+    for (const char* const command : {"tokens", "events", "check"}) {
+        for (const char* const jobs : {"1", "2"}) {
+            const Arguments arguments = {command, "--charset", "1252", "--jobs", jobs, "first.html", "-"};
+            settings.output = Sink::CLOSED_PIPE;
+            const ToolRun gone = RunSlowly(settings, arguments);
+            EXPECT_EQ(gone.status, 141) << command << jobs;
+            EXPECT_TRUE(Contains(gone.errors, "\r[2/2] - ")) << command << jobs;
+            EXPECT_EQ(gone.errors.back(), '\r') << command << jobs << gone.errors;
+            settings.output = Sink::UNWRITABLE;
+            const ToolRun full = RunSlowly(settings, arguments);
+            EXPECT_EQ(full.status, 1) << command << jobs;
+            EXPECT_TRUE(
+                full.errors.ends_with("\rstandard output: cannot be written: " + GetReason(settings.output) + "\n"))
+                << command << jobs << full.errors;
+        }
+    }
+}
+
 TEST(ToolTerminalOfBothStreams, AFailureIsSaidOnce) {
     for (const char* const command : {"tokens", "events", "check"}) {
         ToolSettings settings;

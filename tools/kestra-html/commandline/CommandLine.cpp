@@ -96,6 +96,15 @@ std::vector<std::string> TakeEdits(const std::vector<std::string>& arguments, Ed
     return std::move(taken.rest);
 }
 
+/// @param name  of the subcommand, which has `--feed` and `--line-buffered`
+template <typename Options>
+CommandLine CheckLineBuffered(const char* name, CommandLine commandLine) {
+    const auto& options = std::get<Options>(commandLine.run);
+    if (options.lineBuffered && options.feed == FeedOptions::Feed::BUFFER)
+        return WrongUsage(name, "--line-buffered parses what is there, and --feed buffer waits for whole pieces");
+    return commandLine;
+}
+
 /// Its inputs are known only now.
 CommandLine CheckRewrite(CommandLine commandLine) {
     const auto& options = std::get<RewriteOptions>(commandLine.run);
@@ -137,9 +146,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& allArguments) {
         const std::vector<std::string> files(mark == arguments.end() ? mark : mark + 1, arguments.end());
         tool.parse(std::vector<std::string>(std::make_reverse_iterator(mark), arguments.rend()));
         if (tokens.command.IsMeant())
-            return tokens.GetCommandLine(files);
+            return CheckLineBuffered<TokensOptions>("tokens", tokens.GetCommandLine(files));
         if (events.command.IsMeant())
-            return events.GetCommandLine(files);
+            return CheckLineBuffered<EventsOptions>("events", events.GetCommandLine(files));
         if (check.command.IsMeant())
             return check.GetCommandLine(files);
         if (detect.command.IsMeant())

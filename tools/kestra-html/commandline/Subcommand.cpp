@@ -78,6 +78,9 @@ void Subcommand::AddWords(const std::string& name, const std::vector<std::string
 void Subcommand::AddNumber(const std::string& name, std::uint64_t* field, const std::string& description) {
     AddValue(name, "N", std::to_string(*field), description, [name, field](const std::string& text) {
         const auto number = ReadNumber(text, UINT64_MAX);
+        const bool isDecimal = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+        if (!number && isDecimal)
+            throw CLI::ValidationError(name, fmt::format("\"{}\" is greater than {}", text, UINT64_MAX));
         if (!number)
             throw CLI::ValidationError(name, fmt::format("\"{}\" is not a decimal number", text));
         *field = *number;

@@ -46,8 +46,8 @@ constexpr const char* TOKENS_FOOTER =
     "When the charset is found late, the input is parsed again with it; only the\n"
     "last pass is written. A pipe is kept for that, above 1 MiB in a temporary file,\n"
     "unless --charset, --no-reparse, --input utf16 or its start make it needless:\n"
-    "then its tokens appear as they come. Temporary files lie in $TMPDIR or where the\n"
-    "system has them.\n"
+    "then its tokens appear as they come. Temporary files lie where the system has\n"
+    "them, on POSIX in $TMPDIR when that is set.\n"
     "\n";
 
 constexpr const char* EVENTS_FOOTER =
@@ -85,7 +85,7 @@ constexpr const char* CHECK_FOOTER =
     "last pass counts.\n"
     "\n"
     "Temporary files are used for a pipe above 1 MiB and for a copy above 4 MiB. They\n"
-    "lie in $TMPDIR or where the system has them.\n"
+    "lie where the system has them, on POSIX in $TMPDIR when that is set.\n"
     "\n";
 
 constexpr const char* DETECT_FOOTER =
@@ -199,7 +199,9 @@ bool DecodesNever() {
 
 void AddLineBuffered(Subcommand* command, bool* lineBuffered) {
     command->AddFlag("--line-buffered", lineBuffered,
-                     "write each line at once, and parse what a pipe\nhas instead of waiting for a whole piece");
+                     "write each line at once, and parse what a pipe\n"
+                     "has instead of waiting for a whole piece; one\n"
+                     "input after the other, and no --feed buffer");
 }
 
 void AddInput(Subcommand* command, ParseOptions* options) {
@@ -250,7 +252,11 @@ void AddNoReparse(Subcommand* command, ParseOptions* options) {
 }
 
 /// What is the same for the inputs of all subcommands.
-void AddInputs(Subcommand* command, InputOptions* options, const std::string& description, const std::string& footer) {
+/// @param jobs  what `--jobs` counts
+void AddInputs(Subcommand* command, InputOptions* options, const std::string& description, const std::string& footer,
+               const std::string& jobs =
+                   "files at a time, as many as there are cores if\nnot given; the output "
+                   "stays in their order") {
     command->AddFlag("-r,--recursive", &options->recursive,
                      "walk directories: their .html, .htm and .xhtml\nfiles, sorted by name");
     command->AddOptional("--files-from", "FILE", "read more names from a file, one a line; - is\nstandard input",
@@ -260,12 +266,10 @@ void AddInputs(Subcommand* command, InputOptions* options, const std::string& de
                              options->filesFrom = name;
                          });
     command->AddFlag("-0,--null", &options->isNulSeparated, "names of --files-from end with a NUL");
-    command->AddOptional(
-        "-j,--jobs", "N", "files at a time, as many as there are cores if\nnot given; the output stays in their order",
-        [options](const std::string& text) {
-            options->jobs =
-                static_cast<std::size_t>(Subcommand::ReadNumberWithin("--jobs", text, 1, InputOptions::MOST_JOBS));
-        });
+    command->AddOptional("-j,--jobs", "N", jobs, [options](const std::string& text) {
+        options->jobs =
+            static_cast<std::size_t>(Subcommand::ReadNumberWithin("--jobs", text, 1, InputOptions::MOST_JOBS));
+    });
     command->AddFiles(&options->inputs, description, footer);
 }
 
@@ -347,8 +351,9 @@ void DeclareOptions(Subcommand* command, RewriteOptions* options) {
     AddScripts(command, options);
     AddMaxToken(command, options);
     AddInputs(command, options,
-              "the file to read, with --in-place or --dry-run\nany number; - or none is standard input",
-              REWRITE_FOOTER);
+              "the file to read, with --in-place or --dry-run\nany number; - or none is standard input", REWRITE_FOOTER,
+              "with --dry-run files at a time, as many as there\nare cores if not given; --in-place writes one\n"
+              "after the other");
 }
 
 void DeclareOptions(Subcommand* command, ViewOptions* options) {

@@ -2,24 +2,21 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <exception>
-#include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tools/kestra-html/commands/InputChecker.h"
 #include "tools/kestra-html/commands/InputNames.h"
-#include "tools/kestra-html/commands/OrderedJobs.h"
+#include "tools/kestra-html/commands/InputRuns.h"
 #include "tools/kestra-html/input/Input.h"
 #include "tools/kestra-html/output/JsonLine.h"
 #include "tools/kestra-html/output/PrintableName.h"
@@ -31,27 +28,15 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds BETWEEN_LOOKS{100};  // at the progress of the input that is waited for
-
-constexpr std::uint64_t UNKNOWN_SIZE = std::numeric_limits<std::uint64_t>::max();
-
-/// An input on its way through the command. It belongs to the thread that checks it until that is
-/// done; only the two numbers about its progress are read before.
+/// What is known of an input after its check.
 struct CheckedInput {
-    ReadResult reading = ReadResult::UNREADABLE;  ///< out of memory also when the check was
-    std::unique_ptr<InputSource> source;          ///< from its opening to the end of the check
     std::uint64_t size = 0;
     CheckOutcome outcome;
-
-    bool isOpened = false;  ///< in its turn, before its check
-
-    std::atomic<std::uint64_t> bytesToDo = UNKNOWN_SIZE;
-    std::atomic<std::uint64_t> bytesDone = 0;
 };
 
 /// What the summary says of all inputs.
 struct CheckTotals {
-    std::uint64_t files = 0;  ///< without those that could not be checked
+    std::uint64_t files = 0;  ///< that have been read, also those whose copy was lost
     std::uint64_t bytes = 0;
     std::uint64_t tokens = 0;
     std::uint64_t reproduced = 0;
@@ -78,6 +63,8 @@ std::string DescribeDifference(const CheckOutcome& outcome) {
     return fmt::format("{}, in the token from byte {} on: {}", place, outcome.tokenStart, outcome.token);
 }
 
+constexpr std::string_view WHY_KEPT = "to be compared with its tokens";
+
 constexpr const char* LOST_MARK = "the unfinished byte-order mark at its start belongs to no token";
 
 /// For the diagnostic of an input that is not good.
@@ -98,150 +85,120 @@ std::string DescribeVerdict(const CheckOutcome& outcome) {
     return outcome.IsReproduced() ? "ok" : "0, but not reproduced";
 }
 
-class CheckCommand {
+/// The checkers of a run, each with its parser: as many as inputs are checked at a time.
+class CheckerPool {
 public:
-    CheckCommand(const CheckOptions& checkOptions, Console* toolConsole)
-        : options(checkOptions),
-          console(toolConsole),
-          line(toolConsole),
-          jobCount(CountJobs(checkOptions)),
-          inputs(jobCount * OrderedJobs::MOST_AHEAD) {
-        for (std::unique_ptr<CheckedInput>& input : inputs)
-            input = std::make_unique<CheckedInput>();
+    /// @param checkOptions  borrowed
+    explicit CheckerPool(const CheckOptions& checkOptions) : options(checkOptions) {}
+
+    std::unique_ptr<InputChecker> Take() {
+        const std::lock_guard lock(guard);
+        if (idle.empty())
+            return std::make_unique<InputChecker>(options);
+        std::unique_ptr<InputChecker> checker = std::move(idle.back());
+        idle.pop_back();
+        return checker;
     }
 
-    ExitStatus Run() {
-        try {
-            const Clock::time_point begin = Clock::now();
-            status = ListInputNames(options, console, &names);
-            if (status != EXIT_STATUS_GOOD)
-                return status;
-            CheckInputs();
-            if (options.format == OutputFormat::TEXT)
-                WriteSummary(std::chrono::duration<double>(Clock::now() - begin).count());
-            console->Flush();
-        } catch (const OutputFailed& failure) {
-            status = EndFailedOutput(failure, status, console);
-        } catch (const std::exception& failure) {  // no memory, no thread
-            Worsen(EXIT_STATUS_FAILED);
-            console->Complain(fmt::format("kestra-html: {}", failure.what()));
-        }
-        return status;
+    void Return(std::unique_ptr<InputChecker> checker) {
+        const std::lock_guard lock(guard);
+        idle.push_back(std::move(checker));
     }
 
 private:
-    /// The threads check; this one waits, shows their progress, and writes.
-    void CheckInputs() {
-        console->GetProgress().SetInputCount(names.size());
-        const auto makeWorker = [this] {
-            return [this, checker = std::make_shared<InputChecker>(options)](std::size_t index) {
-                Check(checker.get(), index);
-            };
+    const CheckOptions& options;
+    std::mutex guard;
+    std::vector<std::unique_ptr<InputChecker>> idle;
+};
+
+class CheckCommand {
+public:
+    CheckCommand(const CheckOptions& checkOptions, Console* toolConsole)
+        : options(checkOptions), console(toolConsole), checkers(checkOptions) {}
+
+    ExitStatus Run() {
+        const Clock::time_point begin = Clock::now();
+        std::vector<std::string> names;
+        const ExitStatus status = ListInputNames(options, console, &names);
+        if (status != EXIT_STATUS_GOOD)
+            return status;
+        const auto runOne = [this, &names](std::size_t index, InputOutput* output, const SizeKnown& sizeKnown) {
+            return RunInput(names[index], output, sizeKnown);
         };
-        // Standard input can be named more than once, and the first one gets it all: so it is then
-        // read in its turn.
-        const bool isNamedAgain = std::count(names.begin(), names.end(), "-") > 1;
-        const auto readInTurn = [this, isNamedAgain](std::size_t index) {
-            if (names[index] != "-" || !isNamedAgain)
-                return;
-            CheckedInput& input = *SlotOf(index);
-            try {
-                Open(index);
-                if (input.source != nullptr)
-                    input.source->Drain();
-            } catch (const std::bad_alloc&) {
-                input.source = nullptr;
-                input.reading = ReadResult::OUT_OF_MEMORY;
-            }
-            input.isOpened = true;
+        const auto writeEnd = [this, begin] {
+            if (options.format == OutputFormat::TEXT)
+                WriteSummary(std::chrono::duration<double>(Clock::now() - begin).count());
         };
-        OrderedJobs jobs(names.size(), jobCount, makeWorker, readInTurn);
+        return RunInOrder(names, CountJobs(options), console, runOne, writeEnd);
+    }
+
+private:
+    /// On any thread. @throws OutputFailed, and what else ends the work on this input
+    ExitStatus RunInput(const std::string& name, InputOutput* output, const SizeKnown& sizeKnown) {
+        CheckedInput input;
+        ReadResult reading = ReadResult::UNREADABLE;
         try {
-            for (std::size_t i = 0; i < names.size(); ++i) {
-                WaitFor(i, &jobs);
-                Report(names[i], *SlotOf(i));
-                SlotOf(i) = std::make_unique<CheckedInput>();
-            }
-        } catch (const OutputFailed& failure) {
-            // A thread that waits for a pipe, or reads a large file, would keep the tool.
-            std::_Exit(EndFailedOutput(failure, status, console));
-        }
-    }
-
-    void WaitFor(std::size_t index, OrderedJobs* jobs) {
-        std::chrono::milliseconds patience{0};
-        bool isDone = false;
-        while (!isDone) {
-            isDone = jobs->Wait(index, patience);
-            const CheckedInput& input = *SlotOf(index);
-            const std::uint64_t size = input.bytesToDo;
-            if (!isDone)
-                console->Flush();
-            console->GetProgress().StartInput(index + 1, names[index],
-                                              size == UNKNOWN_SIZE ? std::nullopt : std::optional(size));
-            console->GetProgress().Advance(input.bytesDone);
-            patience = BETWEEN_LOOKS;
-        }
-    }
-
-    /// Inputs that are not yet reported are never more than there are slots.
-    std::unique_ptr<CheckedInput>& SlotOf(std::size_t index) {
-        return inputs[index % inputs.size()];
-    }
-
-    /// The console belongs to another thread, so that nothing is said about the reading.
-    void Open(std::size_t index) {
-        CheckedInput& input = *SlotOf(index);
-        OpenedInput opened = OpenInput(names[index]);
-        input.reading = opened.result;
-        input.source = std::move(opened.source);
-    }
-
-    void Check(InputChecker* checker, std::size_t index) {
-        CheckedInput& input = *SlotOf(index);
-        try {
-            if (!input.isOpened)
-                Open(index);
-            if (input.source == nullptr)
-                return;
-            if (const std::optional<std::uint64_t> size = input.source->GetSize())
-                input.bytesToDo = *size;
-            const auto bytesDone = [&input](std::uint64_t bytes) { input.bytesDone = bytes; };
-            input.outcome = checker->Check(input.source.get(), bytesDone);
-            input.reading = input.source->GetFailure();
-            input.size = CountBytes(input.source.get());
+            reading = Check(name, output, sizeKnown, &input);
         } catch (const std::bad_alloc&) {
-            input.reading = ReadResult::OUT_OF_MEMORY;
+            reading = ReadResult::OUT_OF_MEMORY;
+        } catch (const std::exception&) {
+            Count(nullptr);
+            throw;
         }
-        input.source = nullptr;
+        if (reading != ReadResult::READ) {
+            Count(nullptr);
+            return ReportUnread(name, reading, options.format, nullptr, output);
+        }
+        Count(&input);
+        return Report(name, input, output);
     }
 
-    /// @throws OutputFailed
-    void Report(const std::string& name, const CheckedInput& input) {
-        if (input.reading != ReadResult::READ) {
+    /// @return how its reading ended
+    ReadResult Check(const std::string& name, InputOutput* output, const SizeKnown& sizeKnown, CheckedInput* input) {
+        const OpenedInput opened = OpenInput(name, MakeReadingEvents(name, output, WHY_KEPT));
+        InputSource* const source = opened.source.get();
+        if (source == nullptr)
+            return opened.result;
+        sizeKnown(source->GetSize());
+        std::unique_ptr<InputChecker> checker = checkers.Take();
+        input->outcome = checker->Check(source, FollowWith(output));
+        checkers.Return(std::move(checker));
+        const ReadResult reading = source->GetFailure();
+        input->size = CountBytes(source);
+        return reading;
+    }
+
+    /// @param input  null for one that was not checked
+    void Count(const CheckedInput* input) {
+        const std::lock_guard lock(guard);
+        if (input == nullptr) {
             ++totals.notChecked;
-            Worsen(ReportUnread(name, input.reading, options.format, nullptr, console));
             return;
         }
         ++totals.files;
-        totals.bytes += input.size;
-        totals.tokens += input.outcome.tokens;
-        totals.reproduced += input.outcome.IsReproduced() ? 1 : 0;
-        totals.notChecked += input.outcome.result.copyLost ? 1 : 0;
-        if (options.format == OutputFormat::JSON)
-            WriteObject(name, input);
-        else
-            WriteLine(name, input);
-        if (!input.outcome.IsGood()) {
-            Worsen(EXIT_STATUS_FAILED);
-            if (options.format == OutputFormat::TEXT)
-                console->DiagnoseAgain(name, DescribeTrouble(input.outcome));
-            else
-                console->Diagnose(name, DescribeTrouble(input.outcome));
-        }
+        totals.bytes += input->size;
+        totals.tokens += input->outcome.tokens;
+        totals.reproduced += input->outcome.IsReproduced() ? 1 : 0;
+        totals.notChecked += input->outcome.result.copyLost ? 1 : 0;
     }
 
-    void WriteObject(const std::string& name, const CheckedInput& input) {
+    /// @throws OutputFailed
+    ExitStatus Report(const std::string& name, const CheckedInput& input, InputOutput* output) const {
+        if (options.format == OutputFormat::JSON)
+            WriteObject(name, input, output);
+        else
+            WriteLine(name, input, output);
+        if (input.outcome.IsGood())
+            return EXIT_STATUS_GOOD;
+        if (options.format == OutputFormat::TEXT)
+            output->DiagnoseAgain(name, DescribeTrouble(input.outcome));
+        else
+            output->Diagnose(name, DescribeTrouble(input.outcome));
+        return EXIT_STATUS_FAILED;
+    }
+
+    static void WriteObject(const std::string& name, const CheckedInput& input, InputOutput* output) {
+        JsonLine line(output);
         line.Begin();
         line.File(name);
         line.Number("bytes", input.size);
@@ -260,14 +217,14 @@ private:
         line.End();
     }
 
-    void WriteLine(const std::string& name, const CheckedInput& input) {
+    static void WriteLine(const std::string& name, const CheckedInput& input, InputOutput* output) {
         const CheckOutcome& outcome = input.outcome;
         const bool isExplained = outcome.result.GetFirstFailure() == 0 && outcome.HasLostMark();
         const bool showsPlace = outcome.firstDifference && !isExplained;
         const std::string trouble = showsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
-        console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
-                                  Counted(input.size, "byte"), Counted(outcome.tokens, "token"),
-                                  Rate(input.size, outcome.seconds), trouble));
+        output->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
+                                 Counted(input.size, "byte"), Counted(outcome.tokens, "token"),
+                                 Rate(input.size, outcome.seconds), trouble));
     }
 
     void WriteSummary(double seconds) {
@@ -277,18 +234,11 @@ private:
                                   Rate(totals.bytes, seconds), totals.reproduced, notChecked));
     }
 
-    void Worsen(ExitStatus other) {
-        status = std::max(status, other);
-    }
-
     const CheckOptions& options;
     Console* console;
-    JsonLine line;
-    std::vector<std::string> names;
-    std::size_t jobCount;                               ///< threads
-    std::vector<std::unique_ptr<CheckedInput>> inputs;  ///< a ring of slots
-    CheckTotals totals;
-    ExitStatus status = EXIT_STATUS_GOOD;
+    CheckerPool checkers;
+    std::mutex guard;
+    CheckTotals totals;  ///< guarded until all inputs are done
 };
 
 }  // namespace

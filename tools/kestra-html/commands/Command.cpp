@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstddef>
+#include <exception>
 #include <new>
 
 #include "tools/kestra-html/commands/InputNames.h"
@@ -21,16 +21,13 @@ namespace {
 /// Runs a subcommand over an input.
 class InputRun {
 public:
-    InputRun(const std::vector<std::string>& inputNames, OutputFormat outputFormat, Console* toolConsole,
-             const RunInput& runInput)
-        : names(inputNames), format(outputFormat), console(toolConsole), run(runInput) {}
+    InputRun(const std::vector<std::string>& inputNames, OutputFormat outputFormat, const RunInput& runInput)
+        : names(inputNames), format(outputFormat), run(runInput) {}
 
     ExitStatus operator()(std::size_t index, InputOutput* output, const SizeKnown& sizeKnown) const {
         const std::string& name = names[index];
         try {
-            // On another thread the console is somebody else's.
-            const bool hasConsole = output == console;
-            const OpenedInput opened = OpenInput(name, hasConsole ? MakeReadingEvents(name, console) : ReadingEvents());
+            const OpenedInput opened = OpenInput(name, MakeReadingEvents(name, output));
             if (opened.source == nullptr)
                 return Report(name, opened.result, output);
             sizeKnown(opened.source->GetSize());
@@ -57,7 +54,6 @@ private:
 
     const std::vector<std::string>& names;
     OutputFormat format;
-    Console* console;
     const RunInput& run;
 };
 
@@ -112,17 +108,19 @@ ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat
 }
 
 ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console) {
+    console->GetProgress().Hide();  // for good: the tool may end without its destructors
     console->Complain(failure.what());
     return std::max(status, failure.IsReaderGone() ? EXIT_STATUS_READER_GONE : EXIT_STATUS_FAILED);
 }
 
-ReadingEvents MakeReadingEvents(const std::string& name, Console* console, const char* howNot) {
+ReadingEvents MakeReadingEvents(const std::string& name, InputOutput* output, std::string_view whyKept) {
     ReadingEvents events;
-    events.onWait = [console] { console->FlushBeforeWait(); };
-    events.onFile = [name, console, howNot] {
-        console->Remark(name, fmt::format("kept in a temporary file, because its charset may be known only at its end "
-                                          "({}: not kept)",
-                                          howNot));
+    events.onWait = [output] { output->FlushBeforeWait(); };
+    events.onFile = [name, output, whyKept] {
+        try {
+            output->Remark(name, fmt::format("kept in a temporary file, {}", whyKept));
+        } catch (const std::exception&) {  // nothing is written any more, or this one has no memory
+        }
     };
     return events;
 }
@@ -143,7 +141,7 @@ ExitStatus RunEachInput(const InputOptions& options, OutputFormat format, bool o
     const ExitStatus status = ListInputNames(options, console, &names);
     if (status != EXIT_STATUS_GOOD)
         return status;
-    return RunInOrder(names, oneAtATime ? 1 : CountJobs(options), console, InputRun(names, format, console, run));
+    return RunInOrder(names, oneAtATime ? 1 : CountJobs(options), console, InputRun(names, format, run));
 }
 
 }  // namespace Kestra::Tool

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/kestra-html/commands/InputOptions.h"
@@ -51,15 +52,18 @@ ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, InputOutpu
 ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat format, const char* event,
                         InputOutput* output);
 
-/// Ends a run whose output cannot be written.
+/// Ends a run whose output cannot be written: takes the progress line off the terminal and says
+/// what is wrong, but not that a reader has gone.
 ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console);
 
 /// What happens while an input is read: output does not wait for it, and a temporary file is
 /// remarked on.
-/// @param console  borrowed for as long as the input is read
-/// @param howNot  the options with which it is not kept
-ReadingEvents MakeReadingEvents(const std::string& name, Console* console,
-                                const char* howNot = "--charset or --no-reparse");
+/// @param output   borrowed for as long as the input is read
+/// @param whyKept  a literal: why a pipe goes into the file, and the options with which it does not
+ReadingEvents MakeReadingEvents(const std::string& name, InputOutput* output,
+                                std::string_view whyKept =
+                                    "because its charset may be known only at its end "
+                                    "(--charset or --no-reparse: not kept)");
 
 /// Tells the output how far a parse is.
 BytesDone FollowWith(InputOutput* output);

@@ -33,7 +33,7 @@ EventsPassResult WriteEvents(const Input& input, const EventsOptions& options, b
 
 ExitStatus RunEvents(const EventsOptions& givenOptions, Console* console) {
     EventsOptions options = givenOptions;
-    // A comment ends with its piece: only who asks for each line at once gets shorter pieces.
+    // It takes more time: only who asks for each line at once gets events before a piece is full.
     options.takesWhatIsThere = options.lineBuffered;
     if (options.lineBuffered)
         console->SetLineBuffered();

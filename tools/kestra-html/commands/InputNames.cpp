@@ -1,8 +1,13 @@
 #include "tools/kestra-html/commands/InputNames.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <exception>
+#include <iterator>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include "tools/kestra-html/input/Input.h"
 #include "tools/kestra-html/input/InputList.h"
@@ -26,19 +31,37 @@ void AddNames(std::string_view content, bool isNulSeparated, std::vector<std::st
     }
 }
 
-}  // namespace
-
-ExitStatus ListInputNames(const InputOptions& options, Console* console, std::vector<std::string>* names) {
+/// @throws std::exception
+ExitStatus ListNames(const InputOptions& options, Console* console, std::vector<std::string>* names) {
     std::vector<std::string> all = options.inputs;
     if (!options.filesFrom.empty()) {
         std::string content;
         const ReadResult result = ReadInput(options.filesFrom, &content);
         if (result != ReadResult::READ)
             return DiagnoseUnread(options.filesFrom, result, console);
-        AddNames(content, options.isNulSeparated, &all);
+        std::vector<std::string> listed;
+        AddNames(content, options.isNulSeparated, &listed);
+        const bool isReadAgain =
+            options.filesFrom == "-" && std::find(listed.begin(), listed.end(), "-") != listed.end();
+        if (isReadAgain) {
+            console->Complain("kestra-html: --files-from: standard input is the list of names already");
+            return EXIT_STATUS_USAGE;
+        }
+        all.insert(all.end(), std::make_move_iterator(listed.begin()), std::make_move_iterator(listed.end()));
     }
     *names = options.recursive ? ListInputs(all) : std::move(all);
     return EXIT_STATUS_GOOD;
+}
+
+}  // namespace
+
+ExitStatus ListInputNames(const InputOptions& options, Console* console, std::vector<std::string>* names) {
+    try {
+        return ListNames(options, console, names);
+    } catch (const std::exception& failure) {  // no memory
+        console->Complain(fmt::format("kestra-html: {}", failure.what()));
+        return EXIT_STATUS_FAILED;
+    }
 }
 
 std::size_t CountJobs(const InputOptions& options) {

@@ -33,12 +33,12 @@ public:
             slot = std::make_unique<Slot>(&queue);
     }
 
-    /// @param status  of the worst one so far
     /// Ends the tool when the output fails: a thread that waits for a pipe would keep it.
+    /// @param status  of the worst one so far
     /// @throws what a first thread cannot be started for
     void Run(ExitStatus* status) {
         const auto makeWorker = [this] { return [this](std::size_t index) { Work(index); }; };
-        OrderedJobs running(names.size(), jobs, makeWorker, [](std::size_t) {});
+        OrderedJobs running(names.size(), jobs, makeWorker);
         const StopsAll stopsAll{this};
         try {
             for (std::size_t i = 0; i < names.size(); ++i) {
@@ -150,16 +150,18 @@ void RunSerially(const std::vector<std::string>& names, Console* console, const 
 
 }  // namespace
 
-ExitStatus RunInOrder(const std::vector<std::string>& names, std::size_t jobs, Console* console, const RunOne& runOne) {
+ExitStatus RunInOrder(const std::vector<std::string>& names, std::size_t jobs, Console* console, const RunOne& runOne,
+                      const WriteEnd& writeEnd) {
     ExitStatus status = EXIT_STATUS_GOOD;
     try {
         console->GetProgress().SetInputCount(names.size());
-        const bool isSerial =
-            jobs == 1 || names.size() < 2 || std::find(names.begin(), names.end(), "-") != names.end();
+        const bool isSerial = jobs == 1 || names.size() < 2 || std::count(names.begin(), names.end(), "-") > 1;
         if (isSerial)
             RunSerially(names, console, runOne, &status);
         else
             ParallelRuns(names, jobs, console, runOne).Run(&status);
+        if (writeEnd)
+            writeEnd();
         console->Flush();
     } catch (const OutputFailed& failure) {
         return EndFailedOutput(failure, status, console);

@@ -24,11 +24,16 @@ using SizeKnown = std::function<void(std::optional<std::uint64_t> size)>;
 /// @throws OutputFailed
 using RunOne = std::function<ExitStatus(std::size_t index, InputOutput* output, const SizeKnown& sizeKnown)>;
 
+/// What is written after the output of all inputs. @throws OutputFailed
+using WriteEnd = std::function<void()>;
+
 /// Runs the work on each input, some at a time, and writes the output of each in the order of the
-/// names. Standard input is read by one after the other: with "-" among the names they run one at a
-/// time.
-/// @param jobs  threads, at least 1
+/// names. An exception of the work on one input is said of that input, and ends no other. When
+/// standard input is named more than once, they run one at a time, so that the first one reads it.
+/// @param jobs      threads, at least 1
+/// @param writeEnd  called on the caller's thread, unless the output has failed; may be empty
 /// @return how the worst one ended
-ExitStatus RunInOrder(const std::vector<std::string>& names, std::size_t jobs, Console* console, const RunOne& runOne);
+ExitStatus RunInOrder(const std::vector<std::string>& names, std::size_t jobs, Console* console, const RunOne& runOne,
+                      const WriteEnd& writeEnd = {});
 
 }  // namespace Kestra::Tool

@@ -41,6 +41,7 @@ using HTML::GenericParser;
 using StringNS::CharSet;
 
 constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+constexpr std::string_view WHY_KEPT = "because its charset may be known only at its end (--charset: not kept)";
 
 /// Thrown when an input cannot be read to its end.
 struct InputFailed {
@@ -116,6 +117,10 @@ public:
                 "kestra-html: {} files need --in-place or --dry-run (see kestra-html rewrite --help)", names.size()));
             return EXIT_STATUS_USAGE;
         }
+        if (options.inPlace && std::find(names.begin(), names.end(), "-") != names.end()) {
+            console->Complain("kestra-html: --in-place: standard input is no file (see kestra-html rewrite --help)");
+            return EXIT_STATUS_USAGE;
+        }
         // A signal removes the one file that is being written.
         const std::size_t jobs = options.inPlace && !options.dryRun ? 1 : CountJobs(options);
         return RunInOrder(names, jobs, console,
@@ -130,10 +135,7 @@ private:
         try {
             if (options.inPlace && IsSpecialFile(name))
                 throw InPlaceFailed("cannot be written: it is not a regular file");
-            // On another thread the console is somebody else's.
-            const bool hasConsole = output == console;
-            OpenedInput input =
-                OpenInput(name, hasConsole ? MakeReadingEvents(name, console, "--charset") : ReadingEvents());
+            OpenedInput input = OpenInput(name, MakeReadingEvents(name, output, WHY_KEPT));
             if (input.source == nullptr)
                 return DiagnoseUnread(name, input.result, output);
             if (!NeedsCharset())

@@ -3,9 +3,22 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "tools/kestra-html/input/EventPieces.h"
 #include "tools/kestra-html/input/PieceFeed.h"
 
 namespace Kestra::Tool {
+
+namespace {
+
+/// @return what `StartParse` returned
+std::uint32_t Start(HTML::StatelessHTMLParser* parser, const EventsPassOptions& options) {
+    parser->SetFlags(options.flags);
+    parser->SetScriptMode(options.scriptMode);
+    parser->SetMaxTokenSize(options.maxTokenSize);
+    return parser->StartParse(options.charset);
+}
+
+}  // namespace
 
 bool EventsPassResult::IsGood() const {
     CallResults strict = *this;
@@ -17,19 +30,20 @@ bool EventsPassResult::IsGood() const {
 EventsPassResult RunEventsPass(HTML::StatelessHTMLParser* parser, InputSource* source, const EventsPassOptions& options,
                                const BytesDone& bytesDone) {
     EventsPassResult result;
-    parser->SetFlags(options.flags);
-    parser->SetScriptMode(options.scriptMode);
-    parser->SetMaxTokenSize(options.maxTokenSize);
-    result.startParse = parser->StartParse(options.charset);
+    result.startParse = Start(parser, options);
     PieceSettings settings;
     settings.pieceSize = options.pieceSize;
-    settings.takesWhatIsThere = options.takesWhatIsThere;
     settings.bytesDone = bytesDone;
     settings.beforePiece = [source](std::uint64_t position) {
         source->Forget(position);
         return true;
     };
-    if (options.feed == FeedOptions::Feed::STREAM) {
+    if (options.feed == FeedOptions::Feed::STREAM && options.takesWhatIsThere) {
+        HTML::StatelessHTMLParser follower;
+        Start(&follower, options);
+        EventPieces stream(follower, source, settings);
+        result.parse = parser->ParseStream(&stream, false);
+    } else if (options.feed == FeedOptions::Feed::STREAM) {
         PieceStream stream(source, settings);
         result.parse = parser->ParseStream(&stream, false);
     } else {

@@ -1,5 +1,6 @@
 #include "tools/kestra-html/output/QueuedOutput.h"
 
+#include <exception>
 #include <utility>
 
 namespace Kestra::Tool {
@@ -17,13 +18,25 @@ void QueuedOutput::Line(std::string_view line) {
 }
 
 void QueuedOutput::Diagnose(const std::string& inputName, std::string_view message) {
-    Finish();
-    HandOver({Kind::DIAGNOSIS, inputName, std::string(message)});
+    HandOverAbout(Kind::DIAGNOSIS, inputName, message);
 }
 
 void QueuedOutput::DiagnoseAgain(const std::string& inputName, std::string_view message) {
-    Finish();
-    HandOver({Kind::DIAGNOSIS_AGAIN, inputName, std::string(message)});
+    HandOverAbout(Kind::DIAGNOSIS_AGAIN, inputName, message);
+}
+
+void QueuedOutput::Remark(const std::string& inputName, std::string_view message) {
+    HandOverAbout(Kind::REMARK, inputName, message);
+}
+
+void QueuedOutput::FlushBeforeWait() {
+    Part part{Kind::LINES, {}, std::exchange(gathered, {})};
+    try {
+        if (!part.text.empty())
+            HandOver(&part);
+    } catch (const std::exception&) {
+        gathered = std::move(part.text);  // for the next call, which says it
+    }
 }
 
 void QueuedOutput::Advance(std::uint64_t bytesDone) {
@@ -31,8 +44,17 @@ void QueuedOutput::Advance(std::uint64_t bytesDone) {
 }
 
 void QueuedOutput::Finish() {
-    if (!gathered.empty())
-        HandOver({Kind::LINES, {}, std::exchange(gathered, {})});
+    if (gathered.empty())
+        return;
+    Part part{Kind::LINES, {}, std::exchange(gathered, {})};
+    HandOver(&part);
+}
+
+/// What is said about an input comes after its lines so far.
+void QueuedOutput::HandOverAbout(Kind kind, const std::string& inputName, std::string_view message) {
+    Finish();
+    Part part{kind, inputName, std::string(message)};
+    HandOver(&part);
 }
 
 /// The next one has room of its own, so that it never waits for one after it.
@@ -40,14 +62,16 @@ bool QueuedOutput::HasRoom() const {
     return queue->next == this ? bytesKept < MOST_OF_NEXT : queue->bytesKept < MOST_BYTES;
 }
 
-void QueuedOutput::HandOver(Part part) {
+/// The part stays as it is when that throws.
+void QueuedOutput::HandOver(Part* part) {
     std::unique_lock lock(queue->guard);
     queue->changed.wait(lock, [this] { return queue->isStopped || HasRoom(); });
     if (queue->isStopped)
         throw OutputFailed("");
-    bytesKept += part.text.size();
-    queue->bytesKept += part.text.size();
-    parts.push_back(std::move(part));
+    const std::size_t size = part->text.size();
+    parts.push_back(std::move(*part));
+    bytesKept += size;
+    queue->bytesKept += size;
 }
 
 void QueuedOutput::WriteTo(Console* console) {
@@ -69,6 +93,9 @@ void QueuedOutput::WriteTo(Console* console) {
                 break;
             case Kind::DIAGNOSIS_AGAIN:
                 console->DiagnoseAgain(part.inputName, part.text);
+                break;
+            case Kind::REMARK:
+                console->Remark(part.inputName, part.text);
                 break;
         }
     }

@@ -46,6 +46,10 @@ public:
     void Diagnose(const std::string& inputName, std::string_view message) override;
     /// @throws OutputFailed when the owner has stopped
     void DiagnoseAgain(const std::string& inputName, std::string_view message) override;
+    /// @throws OutputFailed when the owner has stopped
+    void Remark(const std::string& inputName, std::string_view message) override;
+    /// Hands over the lines so far, so that the owner of the console can write them.
+    void FlushBeforeWait() override;
     void Advance(std::uint64_t bytesDone) override;
     /// After the last of it.
     void Finish();
@@ -57,7 +61,7 @@ public:
     std::uint64_t GetBytesDone() const;
 
 private:
-    enum class Kind { LINES, DIAGNOSIS, DIAGNOSIS_AGAIN };
+    enum class Kind { LINES, DIAGNOSIS, DIAGNOSIS_AGAIN, REMARK };
 
     /// Whole lines for standard output, or what is said about an input.
     struct Part {
@@ -66,7 +70,8 @@ private:
         std::string text;
     };
 
-    void HandOver(Part part);
+    void HandOver(Part* part);
+    void HandOverAbout(Kind kind, const std::string& inputName, std::string_view message);
     bool HasRoom() const;
 
     OutputQueue* queue;
