@@ -260,6 +260,25 @@ TEST_F(ToolViewFiles, TheOutputFile) {
     EXPECT_TRUE(Contains(Read("[b].html"), "{\"file\":\"[a].html\","));
 }
 
+TEST_F(ToolViewFiles, OtherFilesStay) {
+    Write("a.html", "<b>");
+    for (const char* const name : {"b.html.unfinished", "b.html~", ".b.html"})
+        Write(name, "mine");
+    const Arguments before = GetNames();
+    EXPECT_TRUE(Ended(Run({"view", "a.html", "-o", "b.html"}), 0, ""));
+    for (const std::string& name : before)
+        EXPECT_EQ(Read(name), name == "a.html" ? "<b>" : "mine") << name;
+    EXPECT_EQ(GetNames().size(), before.size() + 1);
+}
+
+TEST_F(ToolViewFiles, AFolderIsNoOutput) {
+    Write("a.html", "<b>");
+    fs::create_directory(Path("folder"));
+    EXPECT_TRUE(
+        Ended(Run({"view", "a.html", "-o", "folder"}), 1, "folder: cannot be written: it is not a regular file\n"));
+    EXPECT_EQ(GetNames(), (Arguments{"a.html", "folder"}));
+}
+
 TEST_F(ToolViewFiles, StandardInput) {
     settings.input = "<b>";
     EXPECT_TRUE(Contains(Run({"view"}).output, "{\"file\":\"standard input\",\"bytes\":3,"));
