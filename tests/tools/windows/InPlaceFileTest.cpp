@@ -97,5 +97,27 @@ TEST(InPlaceFileTest, NoFailureOfTheSystemLosesThePage) {
     }
 }
 
+TEST(InPlaceFileTest, AFileIsMadeWhenThatIsWanted) {
+    for (const Failing call : {Failing::NONE, Failing::DELETION_ON_CLOSE}) {
+        SCOPED_TRACE(static_cast<int>(call));
+        const TemporaryFolder folder;
+        const fs::path page = folder.GetPath() / "page";
+        EXPECT_THROW(Tool::FailingInPlaceFile(page.string()), Tool::InPlaceFailed);
+        EXPECT_THROW(Tool::FailingInPlaceFile((folder.GetPath() / "none" / "page").string(), Tool::MissingFile::MADE),
+                     Tool::InPlaceFailed);
+        failing = call;
+        Tool::FailingInPlaceFile(page.string(), Tool::MissingFile::MADE).Write("lost");
+        EXPECT_TRUE(fs::is_empty(folder.GetPath()));
+        for (const char* const bytes : {"new", "newer"}) {
+            Tool::FailingInPlaceFile file(page.string(), Tool::MissingFile::MADE);
+            file.Write(bytes);
+            file.Commit("");
+            std::ifstream written(page, std::ios::binary);
+            EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), std::istreambuf_iterator<char>()), bytes);
+        }
+        failing = Failing::NONE;
+    }
+}
+
 }  // namespace
 }  // namespace Kestra::Test

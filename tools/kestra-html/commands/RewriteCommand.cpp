@@ -7,13 +7,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -30,7 +28,7 @@
 #include "tools/kestra-html/output/ResultText.h"
 #include "tools/kestra-html/rewriting/PageEdits.h"
 #include "tools/kestra-html/rewriting/Utf8Check.h"
-#include "tools/kestra-html/system/FileNames.h"
+#include "tools/kestra-html/system/Folders.h"
 #include "tools/kestra-html/system/InPlaceFile.h"
 
 namespace Kestra::Tool {
@@ -67,15 +65,6 @@ private:
     InPlaceFile* file;
     bool isSilent;
 };
-
-/// Whether a name is that of a pipe, a device or the like: to open one may wait for ever, and to
-/// read it may take what is not there again.
-bool IsSpecialFile(const std::string& name) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(ToPath(name), error);
-    return !error && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
-           !std::filesystem::is_directory(status);
-}
 
 /// Reads a stream to its end, in blocks that are the same however a pipe is written.
 /// @param take  gets each block

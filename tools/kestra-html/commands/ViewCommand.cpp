@@ -18,6 +18,8 @@
 #include "tools/kestra-html/output/PrintableName.h"
 #include "tools/kestra-html/output/ResultText.h"
 #include "tools/kestra-html/system/FileNames.h"
+#include "tools/kestra-html/system/Folders.h"
+#include "tools/kestra-html/system/InPlaceFile.h"
 #include "tools/kestra-html/view/ScriptJson.h"
 #include "tools/kestra-html/view/ShownSource.h"
 #include "tools/kestra-html/view/ViewObserver.h"
@@ -30,76 +32,54 @@ namespace {
 using HTML::GenericParser;
 using StringNS::CharSet;
 
-/// Thrown when the page cannot be written into its file.
-struct PageFailed {};
-
-/// The file of a page, or standard output. A page gets its name when it is whole: until then the
-/// file of that name is as it was. A device or a pipe is written as it is.
+/// The file of a page, a device or a pipe, or standard output. A page gets its
+/// name when it is whole: until then the file of that name is as it was.
 class PageFile {
 public:
-    /// @param name  "-" for standard output. @throws PageFailed
+    /// @param name  "-" for standard output. @throws InPlaceFailed
     PageFile(const std::string& name, Console* toolConsole) : console(toolConsole) {
         if (name == "-")
             return;
-        std::error_code error;
-        path = ToPath(name);
-        const std::filesystem::path target = std::filesystem::canonical(path, error);  // of a link
-        if (!error)
-            path = target;
-        const bool isDevice = std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error);
-        unfinished = path;
-        if (!isDevice)
-            unfinished += ".unfinished";
-        errno = 0;
-        file.emplace(unfinished, std::ios::binary);
-        if (!*file)
-            throw PageFailed();
-    }
-    PageFile(const PageFile&) = delete;
-    PageFile& operator=(const PageFile&) = delete;
-    ~PageFile() {
-        if (!file || isWhole)
-            return;
-        file->close();
-        std::error_code error;
-        if (unfinished != path)
-            std::filesystem::remove(unfinished, error);
+        if (IsSpecialFile(name)) {
+            errno = 0;
+            CheckDevice(device.emplace(ToPath(name), std::ios::binary).is_open());
+        } else {
+            file.emplace(name, MissingFile::MADE);
+        }
     }
 
-    /// @throws PageFailed, OutputFailed
+    /// @throws InPlaceFailed, OutputFailed
     void Write(std::string_view bytes) {
-        if (!file) {
+        if (device) {
+            errno = 0;
+            CheckDevice(device->write(bytes.data(), static_cast<std::streamsize>(bytes.size())).good());
+        } else if (file) {
+            file->Write(bytes);
+        } else {
             console->Bytes(bytes);
-            return;
         }
-        if (!file->write(bytes.data(), static_cast<std::streamsize>(bytes.size())))
-            throw PageFailed();
     }
 
-    /// @throws PageFailed
+    /// @throws InPlaceFailed
     void Commit() {
-        errno = 0;
-        if (file) {
-            file->close();
-            if (!*file)
-                throw PageFailed();
-            std::error_code error;
-            if (unfinished != path)
-                std::filesystem::rename(unfinished, path, error);
-            if (error) {
-                errno = error.value();
-                throw PageFailed();
-            }
+        if (device) {
+            errno = 0;
+            device->close();
+            CheckDevice(device->good());
         }
-        isWhole = true;
+        if (file)
+            file->Commit("");
     }
 
 private:
+    static void CheckDevice(bool isGood) {
+        if (!isGood)
+            throw InPlaceFailed("cannot be written: " + std::error_code(errno, std::generic_category()).message());
+    }
+
     Console* console;
-    std::filesystem::path path;
-    std::filesystem::path unfinished;  ///< what is written: beside it, or a device itself
-    std::optional<std::ofstream> file;
-    bool isWhole = false;
+    std::optional<InPlaceFile> file;
+    std::optional<std::ofstream> device;
 };
 
 class ViewCommand {
@@ -131,9 +111,8 @@ private:
             if (result.IsGood())
                 return EXIT_STATUS_GOOD;
             output->Diagnose(input.name, DescribeFailures(result));
-        } catch (const PageFailed&) {
-            output->Diagnose(options.output,
-                             "cannot be written: " + std::error_code(errno, std::generic_category()).message());
+        } catch (const InPlaceFailed& failure) {
+            output->Diagnose(options.output, failure.what());
         }
         return EXIT_STATUS_FAILED;
     }

@@ -14,6 +14,10 @@ struct FolderEntry {
 /// True for a folder and for a link to one.
 bool IsFolder(const std::string& name);
 
+/// Whether a name is that of a pipe, a device or the like, and not of a file on a disk: to open one
+/// may wait for ever, to read it may take what is not there again, and it cannot be replaced.
+bool IsSpecialFile(const std::string& name);
+
 /// The entries of a folder in the order of their names: byte by byte, and on Windows regardless of
 /// case, as folders are listed there.
 /// @return false when it cannot be read to its end

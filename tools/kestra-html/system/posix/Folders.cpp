@@ -31,6 +31,12 @@ bool IsFolder(const std::string& name) {
     return fs::is_directory(ToPath(name), error);
 }
 
+bool IsSpecialFile(const std::string& name) {
+    std::error_code error;
+    const fs::file_status status = fs::status(ToPath(name), error);
+    return !error && fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
+
 bool ListFolder(const std::string& folder, std::vector<FolderEntry>* entries) {
     std::error_code error;
     for (fs::directory_iterator entry(ToPath(folder), error); !error && entry != fs::directory_iterator();

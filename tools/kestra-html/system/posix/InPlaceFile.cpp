@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <random>
 #include <system_error>
 #include <utility>
 
@@ -21,6 +22,10 @@ namespace {
 
 constexpr mode_t ANY_WRITE = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t PERMISSIONS = 07777;
+constexpr mode_t PRIVATE = S_IRUSR | S_IWUSR;
+constexpr mode_t OF_NEW_FILES = PRIVATE | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;  ///< without those of the umask
+constexpr int MOST_NAMES = 100;  ///< tried for a file beside the target
+constexpr int MOST_LINKS = 40;   ///< followed one after the other, as the system does it
 
 [[noreturn]] void Fail(int error) {
     throw InPlaceFailed(fmt::format("cannot be written: {}", std::strerror(error)));
@@ -73,15 +78,44 @@ private:
     sigset_t before;
 };
 
+/// Opens a new file for writing.
+/// @param name  its last six characters are replaced until no file has the name
+/// @return -1 for a failure
+int OpenNew(std::string* name, mode_t permissions) {
+    static constexpr std::string_view LETTERS = "abcdefghijklmnopqrstuvwxyz0123456789";
+    std::random_device random;
+    for (int i = 0; i < MOST_NAMES; ++i) {
+        for (auto letter = name->end() - 6; letter != name->end(); ++letter)
+            *letter = LETTERS[random() % LETTERS.size()];
+        const int descriptor = open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
+        if (descriptor >= 0 || errno != EEXIST)
+            return descriptor;
+    }
+    return -1;
+}
+
+/// The name that a file will have when it is made by a name that may be that of a link.
+std::string FollowLinks(const std::string& name) {
+    std::filesystem::path path = name;
+    for (int i = 0; i < MOST_LINKS; ++i) {
+        std::error_code error;
+        const std::filesystem::path next = std::filesystem::read_symlink(path, error);
+        if (error)
+            return path.string();
+        path = path.parent_path() / next;
+    }
+    Fail(ELOOP);
+}
+
 /// A new file beside the target, open for writing, with a name that no other file has. It is
 /// removed in the end, or by a signal, unless it has got another name.
 class FileBeside {
 public:
-    explicit FileBeside(const std::string& target)
+    FileBeside(const std::string& target, mode_t permissions)
         : name(target.substr(0, target.rfind('/') + 1) + ".kestra-html-XXXXXX") {
         HandleSignals();
         const SignalsLater later;
-        descriptor = mkostemp(name.data(), O_CLOEXEC);
+        descriptor = OpenNew(&name, permissions);
         if (descriptor < 0)
             Fail(errno);
         nameToRemove = &namesToRemove[namesToRemove[0] == nullptr ? 0 : 1];
@@ -125,7 +159,7 @@ private:
 }  // namespace
 
 struct InPlaceFile::Files {
-    explicit Files(const std::string& targetName) : target(targetName), written(targetName) {}
+    Files(const std::string& targetName, mode_t permissions) : target(targetName), written(targetName, permissions) {}
 
     std::string target;
     FileBeside written;
@@ -133,7 +167,7 @@ struct InPlaceFile::Files {
     /// The file gets a second name. A copy it gets where there are no such, and when it has other
     /// names already: what is written under those later is not for the backup.
     void Backup(const std::string& suffix) const {
-        const FileBeside made(target);
+        const FileBeside made(target, PRIVATE);
         unlink(made.GetName().c_str());
         struct stat state {};
         const bool hasOtherNames = stat(target.c_str(), &state) != 0 || state.st_nlink > 1;
@@ -147,8 +181,12 @@ struct InPlaceFile::Files {
     }
 };
 
-InPlaceFile::InPlaceFile(const std::string& name) {
+InPlaceFile::InPlaceFile(const std::string& name, MissingFile missing) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(name.c_str(), nullptr), std::free);
+    if (resolved == nullptr && errno == ENOENT && missing == MissingFile::MADE) {
+        files = std::make_unique<Files>(FollowLinks(name), OF_NEW_FILES);
+        return;
+    }
     struct stat state {};
     if (resolved == nullptr || stat(resolved.get(), &state) != 0)
         Fail(errno);
@@ -156,7 +194,7 @@ InPlaceFile::InPlaceFile(const std::string& name) {
         throw InPlaceFailed("cannot be written: it is not a regular file");
     if ((state.st_mode & ANY_WRITE) == 0)
         throw InPlaceFailed("cannot be written: it is read-only");
-    files = std::make_unique<Files>(resolved.get());
+    files = std::make_unique<Files>(resolved.get(), PRIVATE);
     const int descriptor = files->written.GetDescriptor();
     // To give a file away is the right of few. Permissions come last: a new owner clears some.
     if (state.st_uid != geteuid() || state.st_gid != getegid())

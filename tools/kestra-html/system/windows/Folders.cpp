@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/windows/WindowsApi.h"
@@ -42,6 +44,13 @@ bool IsBefore(const FolderEntry& left, const FolderEntry& right) {
 bool IsFolder(const std::string& name) {
     const DWORD attributes = GetFileAttributesW(ToPath(name).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsSpecialFile(const std::string& name) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(ToPath(name), error);
+    return !error && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+           !std::filesystem::is_directory(status);
 }
 
 bool ListFolder(const std::string& folder, std::vector<FolderEntry>* entries) {

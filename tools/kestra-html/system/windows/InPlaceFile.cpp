@@ -44,11 +44,17 @@ std::wstring Resolve(const std::filesystem::path& path) {
     return target;
 }
 
+/// A link that leads nowhere is there.
+bool IsThere(const std::filesystem::path& path) {
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES || GetLastError() != ERROR_FILE_NOT_FOUND;
+}
+
 }  // namespace
 
 struct InPlaceFile::Files {
     std::wstring target;
     std::wstring written;
+    bool isNew = false;  ///< no file had the name
     HANDLE handle = INVALID_HANDLE_VALUE;
     bool isDeletedOnClose = false;
 
@@ -99,8 +105,15 @@ struct InPlaceFile::Files {
     }
 };
 
-InPlaceFile::InPlaceFile(const std::string& name) : files(std::make_unique<Files>()) {
-    files->target = Resolve(ToPath(name));
+InPlaceFile::InPlaceFile(const std::string& name, MissingFile missing) : files(std::make_unique<Files>()) {
+    const std::filesystem::path path = ToPath(name);
+    if (missing == MissingFile::MADE && !IsThere(path)) {
+        files->isNew = true;
+        files->target = path.wstring();
+        files->MakeBeside();
+        return;
+    }
+    files->target = Resolve(path);
     const DWORD attributes = GetFileAttributesW(files->target.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
         Fail(GetLastError());
@@ -127,6 +140,12 @@ void InPlaceFile::Commit(const std::string& backupSuffix) {
     const bool isWritten = FlushFileBuffers(files->handle) != 0;
     if (!isWritten || (files->isDeletedOnClose && !files->SetDeletedOnClose(false)) || !files->Close())
         Fail(GetLastError());
+    if (files->isNew) {
+        if (MoveFileExW(files->written.c_str(), files->target.c_str(), MOVEFILE_REPLACE_EXISTING) == 0)
+            Fail(GetLastError());
+        files->written.clear();
+        return;
+    }
     const std::wstring backup = backupSuffix.empty() ? std::wstring() : files->target + NameToWide(backupSuffix);
     if (!backup.empty() && CopyFileW(files->target.c_str(), backup.c_str(), FALSE) == 0) {
         throw InPlaceFailed(fmt::format("no backup can be written: {}",
