@@ -50,8 +50,12 @@ bool FindDeclared(const void* data, std::size_t size, kestra_html_detection* det
 }
 
 /// Asks the detector, whose confidence is of interest also when it is too low.
-std::uint32_t AskDetector(const void* data, std::size_t size, kestra_html_detection* detection) {
+/// @param minConfidence  0 for the default
+std::uint32_t AskDetector(const void* data, std::size_t size, std::uint32_t minConfidence,
+                          kestra_html_detection* detection) {
     GenericParser parser;
+    if (minConfidence != 0)
+        parser.SetChrDetMinConfidence(minConfidence);
     CharSet::Code code = CharSet::UNKNOWN;
     const std::uint32_t result = parser.DetectCharset(data, size, &code);
     if (result == HTML::PARSER_TOO_LITTLE_DATA || result == HTML::PARSER_DETECTOR_FAILED)
@@ -69,14 +73,24 @@ std::uint32_t AskDetector(const void* data, std::size_t size, kestra_html_detect
 }  // namespace Kestra::C
 
 uint32_t kestra_html_detect(const void* data, size_t size, kestra_html_detection* detection) {
+    return kestra_html_detect_with_options(data, size, nullptr, detection);
+}
+
+uint32_t kestra_html_detect_with_options(const void* data, size_t size, const kestra_html_options* options,
+                                         kestra_html_detection* detection) {
     if (detection == nullptr || detection->size < sizeof(detection->size) || (data == nullptr && size > 0))
         return KESTRA_HTML_INVALID_ARGUMENT;
+    kestra_html_options used{};
+    if (options != nullptr && (!Kestra::C::CopyStruct(options, &used) || used.min_confidence > Kestra::C::CERTAIN))
+        return KESTRA_HTML_INVALID_ARGUMENT;
     return Kestra::C::Guard([&] {
-        const std::size_t looked = std::min<std::size_t>(size, Kestra::HTML::GenericParser::BUFFER_SIZE);
+        const std::uint64_t most =
+            used.max_detect_size == 0 ? Kestra::HTML::GenericParser::BUFFER_SIZE : used.max_detect_size;
+        const auto looked = static_cast<std::size_t>(std::min<std::uint64_t>(size, most));
         kestra_html_detection answer{};
         const bool isDeclared = Kestra::C::FindDeclared(data, looked, &answer);
-        const std::uint32_t result =
-            isDeclared ? std::uint32_t{KESTRA_HTML_OK} : Kestra::C::AskDetector(data, looked, &answer);
+        const std::uint32_t result = isDeclared ? std::uint32_t{KESTRA_HTML_OK}
+                                                : Kestra::C::AskDetector(data, looked, used.min_confidence, &answer);
         kestra_html_charset_name(answer.charset, &answer.name);
         Kestra::C::AnswerStruct(answer, detection);
         return result;

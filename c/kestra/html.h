@@ -488,6 +488,17 @@ typedef struct kestra_html_detection {
 ///         for ASCII; 707 when there is too little for the detector; 708; 709; 8
 KESTRA_HTML_CALL uint32_t kestra_html_detect(const void* data, size_t size, kestra_html_detection* detection);
 
+/// `kestra_html_detect`, looking at as many bytes as the host says. A page that begins with a long
+/// script has its text, and so what the detector needs, after the first 16,384 bytes.
+/// @param options  `max_detect_size` is the most bytes that are looked at for a declaration and by
+///                 the detector: 0 for 16,384, UINT64_MAX for all of `data`. `min_confidence` is
+///                 used as well, the rest ignored. Null is as `kestra_html_detect`. Time is in
+///                 proportion to the bytes; docs/charset-detection.md has the memory
+/// @return as `kestra_html_detect`; 2 also for bad options
+KESTRA_HTML_CALL uint32_t kestra_html_detect_with_options(const void* data, size_t size,
+                                                          const kestra_html_options* options,
+                                                          kestra_html_detection* detection);
+
 /// The registered name of a code page, such as "UTF-8", in ASCII, for ever; empty when it has none.
 /// @return 0; 2 for null
 KESTRA_HTML_CALL uint32_t kestra_html_charset_name(uint32_t charset, kestra_html_string* name);

@@ -330,8 +330,9 @@ public:
     std::uint32_t SetChrDetMinConfidence(std::uint64_t confidence);
     std::uint64_t GetChrDetMinConfidence() const;  ///< as it was set; initially 50
     /// Sets how much of a stream the detector looks at, in `ParseStream`, `ParseFile` and the
-    /// stream form of `DetectCharset`. They have these bytes in memory during the detection. Time
-    /// and memory are in proportion to what the stream has of them, not to the number set.
+    /// stream form of `DetectCharset`. During the detection up to four times these bytes are in
+    /// memory: they, their text without markup, and what the engines copy. Time and memory are in
+    /// proportion to what the stream has of them, not to the number set.
     /// @param bytes  from the first byte looked at; initially BUFFER_SIZE, 16,384; 0 for the whole
     ///               stream. With fewer than DETECTCHARSET_MIN_SIZE the detector is never asked.
     ///               Takes effect immediately, survives `StartParse`, and is copied with the parser

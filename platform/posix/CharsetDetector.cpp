@@ -30,6 +30,8 @@ constexpr std::uint32_t AGREEMENT_BASE = 90;        ///< both engines find the s
 constexpr std::uint32_t SINGLE_CONFIDENCE = 80;     ///< only one engine finds escapes
 constexpr std::uint32_t HZ_CONFIDENCE = 97;
 constexpr std::uint32_t CONTRADICTED_LIMIT = 20;  ///< there is a NUL in what is to be 8-bit text
+constexpr double CLEAR_MARGIN = 4;                ///< bits by which the models read a few letters better
+constexpr std::uint32_t DISPUTED_LIMIT = 15;      ///< the models read a few letters otherwise than the engines
 constexpr CharSet::Code HZ = 52936;
 
 /// The kinds of bytes that tell 7-bit text, stateful text and UTF-16 apart.
@@ -161,15 +163,19 @@ bool IsForTheEngines(const ByteKinds& kinds, const EngineAnswer& icu, const Engi
            (kinds.highBit && kinds.escape && (hasEscapes(icu) || hasEscapes(uchardet)));
 }
 
-/// A few signs tell no language: then the engines decide, and the models only say how sure it is
-/// when they read the same.
+/// A few signs tell no language: then the engines decide. When the models read the same, the surer
+/// one says how sure it is. When they read letters otherwise and are clear about it, they decide.
 DetectedCharset FindAnswer(const Judgement& judgement) {
     const std::uint32_t confidence = FindConfidence(judgement.evidence);
     if (!judgement.isThin)
         return {judgement.code, confidence};
     if (judgement.enginesReadSame)
         return {judgement.engines.code, std::max(judgement.engines.confidence, confidence)};
-    return judgement.engines;
+    if (judgement.hasSignsOnly)
+        return judgement.engines;
+    if (judgement.evidence.margin >= CLEAR_MARGIN)
+        return {judgement.code, confidence};
+    return {judgement.engines.code, std::min(judgement.engines.confidence, DISPUTED_LIMIT)};
 }
 
 }  // namespace

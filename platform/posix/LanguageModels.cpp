@@ -8,6 +8,32 @@ namespace {
 
 // clang-format off
 constexpr LetterPage PAGES[] = {
+    {437, {
+        0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x00E0, 0x00E5, 0x00E7, 0x00EA, 0x00EB, 0x00E8, 0x00EF,
+        0x00EE, 0x00EC, 0x00C4, 0x00C5, 0x00C9, 0x00E6, 0x00C6, 0x00F4, 0x00F6, 0x00F2, 0x00FB, 0x00F9,
+        0x00FF, 0x00D6, 0x00DC, 0x00A2, 0x00A3, 0x00A5, 0x20A7, 0x0192, 0x00E1, 0x00ED, 0x00F3, 0x00FA,
+        0x00F1, 0x00D1, 0x00AA, 0x00BA, 0x00BF, 0x2310, 0x00AC, 0x00BD, 0x00BC, 0x00A1, 0x00AB, 0x00BB,
+        0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x2561, 0x2562, 0x2556, 0x2555, 0x2563, 0x2551, 0x2557,
+        0x255D, 0x255C, 0x255B, 0x2510, 0x2514, 0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x255E, 0x255F,
+        0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C, 0x2567, 0x2568, 0x2564, 0x2565, 0x2559,
+        0x2558, 0x2552, 0x2553, 0x256B, 0x256A, 0x2518, 0x250C, 0x2588, 0x2584, 0x258C, 0x2590, 0x2580,
+        0x03B1, 0x00DF, 0x0393, 0x03C0, 0x03A3, 0x03C3, 0x00B5, 0x03C4, 0x03A6, 0x0398, 0x03A9, 0x03B4,
+        0x221E, 0x03C6, 0x03B5, 0x2229, 0x2261, 0x00B1, 0x2265, 0x2264, 0x2320, 0x2321, 0x00F7, 0x2248,
+        0x00B0, 0x2219, 0x00B7, 0x221A, 0x207F, 0x00B2, 0x25A0, 0x00A0,
+    }},
+    {850, {
+        0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x00E0, 0x00E5, 0x00E7, 0x00EA, 0x00EB, 0x00E8, 0x00EF,
+        0x00EE, 0x00EC, 0x00C4, 0x00C5, 0x00C9, 0x00E6, 0x00C6, 0x00F4, 0x00F6, 0x00F2, 0x00FB, 0x00F9,
+        0x00FF, 0x00D6, 0x00DC, 0x00F8, 0x00A3, 0x00D8, 0x00D7, 0x0192, 0x00E1, 0x00ED, 0x00F3, 0x00FA,
+        0x00F1, 0x00D1, 0x00AA, 0x00BA, 0x00BF, 0x00AE, 0x00AC, 0x00BD, 0x00BC, 0x00A1, 0x00AB, 0x00BB,
+        0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x00C1, 0x00C2, 0x00C0, 0x00A9, 0x2563, 0x2551, 0x2557,
+        0x255D, 0x00A2, 0x00A5, 0x2510, 0x2514, 0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x00E3, 0x00C3,
+        0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C, 0x00A4, 0x00F0, 0x00D0, 0x00CA, 0x00CB,
+        0x00C8, 0x0131, 0x00CD, 0x00CE, 0x00CF, 0x2518, 0x250C, 0x2588, 0x2584, 0x00A6, 0x00CC, 0x2580,
+        0x00D3, 0x00DF, 0x00D4, 0x00D2, 0x00F5, 0x00D5, 0x00B5, 0x00FE, 0x00DE, 0x00DA, 0x00DB, 0x00D9,
+        0x00FD, 0x00DD, 0x00AF, 0x00B4, 0x00AD, 0x00B1, 0x2017, 0x00BE, 0x00B6, 0x00A7, 0x00F7, 0x00B8,
+        0x00B0, 0x00A8, 0x00B7, 0x00B9, 0x00B3, 0x00B2, 0x25A0, 0x00A0,
+    }},
     {852, {
         0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x016F, 0x0107, 0x00E7, 0x0142, 0x00EB, 0x0150, 0x0151,
         0x00EE, 0x0179, 0x00C4, 0x0106, 0x00C9, 0x0139, 0x013A, 0x00F4, 0x00F6, 0x013D, 0x013E, 0x015A,
@@ -33,6 +59,19 @@ constexpr LetterPage PAGES[] = {
         0x042F, 0x0440, 0x0420, 0x0441, 0x0421, 0x0442, 0x0422, 0x0443, 0x0423, 0x0436, 0x0416, 0x0432,
         0x0412, 0x044C, 0x042C, 0x2116, 0x00AD, 0x044B, 0x042B, 0x0437, 0x0417, 0x0448, 0x0428, 0x044D,
         0x042D, 0x0449, 0x0429, 0x0447, 0x0427, 0x00A7, 0x25A0, 0x00A0,
+    }},
+    {857, {
+        0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x00E0, 0x00E5, 0x00E7, 0x00EA, 0x00EB, 0x00E8, 0x00EF,
+        0x00EE, 0x0131, 0x00C4, 0x00C5, 0x00C9, 0x00E6, 0x00C6, 0x00F4, 0x00F6, 0x00F2, 0x00FB, 0x00F9,
+        0x0130, 0x00D6, 0x00DC, 0x00F8, 0x00A3, 0x00D8, 0x015E, 0x015F, 0x00E1, 0x00ED, 0x00F3, 0x00FA,
+        0x00F1, 0x00D1, 0x011E, 0x011F, 0x00BF, 0x00AE, 0x00AC, 0x00BD, 0x00BC, 0x00A1, 0x00AB, 0x00BB,
+        0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x00C1, 0x00C2, 0x00C0, 0x00A9, 0x2563, 0x2551, 0x2557,
+        0x255D, 0x00A2, 0x00A5, 0x2510, 0x2514, 0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x00E3, 0x00C3,
+        0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C, 0x00A4, 0x00BA, 0x00AA, 0x00CA, 0x00CB,
+        0x00C8, 0xFFFD, 0x00CD, 0x00CE, 0x00CF, 0x2518, 0x250C, 0x2588, 0x2584, 0x00A6, 0x00CC, 0x2580,
+        0x00D3, 0x00DF, 0x00D4, 0x00D2, 0x00F5, 0x00D5, 0x00B5, 0xFFFD, 0x00D7, 0x00DA, 0x00DB, 0x00D9,
+        0x00EC, 0x00FF, 0x00AF, 0x00B4, 0x00AD, 0x00B1, 0xFFFD, 0x00BE, 0x00B6, 0x00A7, 0x00F7, 0x00B8,
+        0x00B0, 0x00A8, 0x00B7, 0x00B9, 0x00B3, 0x00B2, 0x25A0, 0x00A0,
     }},
     {866, {
         0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417, 0x0418, 0x0419, 0x041A, 0x041B,
@@ -177,6 +216,32 @@ constexpr LetterPage PAGES[] = {
         0x0301, 0x00ED, 0x00EE, 0x00EF, 0x0111, 0x00F1, 0x0323, 0x00F3, 0x00F4, 0x01A1, 0x00F6, 0x00F7,
         0x00F8, 0x00F9, 0x00FA, 0x00FB, 0x00FC, 0x01B0, 0x20AB, 0x00FF,
     }},
+    {10000, {
+        0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, 0x00E0, 0x00E2, 0x00E4, 0x00E3,
+        0x00E5, 0x00E7, 0x00E9, 0x00E8, 0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3,
+        0x00F2, 0x00F4, 0x00F6, 0x00F5, 0x00FA, 0x00F9, 0x00FB, 0x00FC, 0x2020, 0x00B0, 0x00A2, 0x00A3,
+        0x00A7, 0x2022, 0x00B6, 0x00DF, 0x00AE, 0x00A9, 0x2122, 0x00B4, 0x00A8, 0x2260, 0x00C6, 0x00D8,
+        0x221E, 0x00B1, 0x2264, 0x2265, 0x00A5, 0x00B5, 0x2202, 0x2211, 0x220F, 0x03C0, 0x222B, 0x00AA,
+        0x00BA, 0x03A9, 0x00E6, 0x00F8, 0x00BF, 0x00A1, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
+        0x00BB, 0x2026, 0x00A0, 0x00C0, 0x00C3, 0x00D5, 0x0152, 0x0153, 0x2013, 0x2014, 0x201C, 0x201D,
+        0x2018, 0x2019, 0x00F7, 0x25CA, 0x00FF, 0x0178, 0x2044, 0x20AC, 0x2039, 0x203A, 0xFB01, 0xFB02,
+        0x2021, 0x00B7, 0x201A, 0x201E, 0x2030, 0x00C2, 0x00CA, 0x00C1, 0x00CB, 0x00C8, 0x00CD, 0x00CE,
+        0x00CF, 0x00CC, 0x00D3, 0x00D4, 0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9, 0x0131, 0x02C6, 0x02DC,
+        0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
+    }},
+    {10006, {
+        0x00C4, 0x00B9, 0x00B2, 0x00C9, 0x00B3, 0x00D6, 0x00DC, 0x0385, 0x00E0, 0x00E2, 0x00E4, 0x0384,
+        0x00A8, 0x00E7, 0x00E9, 0x00E8, 0x00EA, 0x00EB, 0x00A3, 0x2122, 0x00EE, 0x00EF, 0x2022, 0x00BD,
+        0x2030, 0x00F4, 0x00F6, 0x00A6, 0x20AC, 0x00F9, 0x00FB, 0x00FC, 0x2020, 0x0393, 0x0394, 0x0398,
+        0x039B, 0x039E, 0x03A0, 0x00DF, 0x00AE, 0x00A9, 0x03A3, 0x03AA, 0x00A7, 0x2260, 0x00B0, 0x00B7,
+        0x0391, 0x00B1, 0x2264, 0x2265, 0x00A5, 0x0392, 0x0395, 0x0396, 0x0397, 0x0399, 0x039A, 0x039C,
+        0x03A6, 0x03AB, 0x03A8, 0x03A9, 0x03AC, 0x039D, 0x00AC, 0x039F, 0x03A1, 0x2248, 0x03A4, 0x00AB,
+        0x00BB, 0x2026, 0x00A0, 0x03A5, 0x03A7, 0x0386, 0x0388, 0x0153, 0x2013, 0x2015, 0x201C, 0x201D,
+        0x2018, 0x2019, 0x00F7, 0x0389, 0x038A, 0x038C, 0x038E, 0x03AD, 0x03AE, 0x03AF, 0x03CC, 0x038F,
+        0x03CD, 0x03B1, 0x03B2, 0x03C8, 0x03B4, 0x03B5, 0x03C6, 0x03B3, 0x03B7, 0x03B9, 0x03BE, 0x03BA,
+        0x03BB, 0x03BC, 0x03BD, 0x03BF, 0x03C0, 0x03CE, 0x03C1, 0x03C3, 0x03C4, 0x03B8, 0x03C9, 0x03C2,
+        0x03C7, 0x03C5, 0x03B6, 0x03CA, 0x03CB, 0x0390, 0x03B0, 0x00AD,
+    }},
     {10007, {
         0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417, 0x0418, 0x0419, 0x041A, 0x041B,
         0x041C, 0x041D, 0x041E, 0x041F, 0x0420, 0x0421, 0x0422, 0x0423, 0x0424, 0x0425, 0x0426, 0x0427,
@@ -202,6 +267,19 @@ constexpr LetterPage PAGES[] = {
         0x0157, 0x0160, 0x201A, 0x201E, 0x0161, 0x015A, 0x015B, 0x00C1, 0x0164, 0x0165, 0x00CD, 0x017D,
         0x017E, 0x016A, 0x00D3, 0x00D4, 0x016B, 0x016E, 0x00DA, 0x016F, 0x0170, 0x0171, 0x0172, 0x0173,
         0x00DD, 0x00FD, 0x0137, 0x017B, 0x0141, 0x017C, 0x0122, 0x02C7,
+    }},
+    {10081, {
+        0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, 0x00E0, 0x00E2, 0x00E4, 0x00E3,
+        0x00E5, 0x00E7, 0x00E9, 0x00E8, 0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3,
+        0x00F2, 0x00F4, 0x00F6, 0x00F5, 0x00FA, 0x00F9, 0x00FB, 0x00FC, 0x2020, 0x00B0, 0x00A2, 0x00A3,
+        0x00A7, 0x2022, 0x00B6, 0x00DF, 0x00AE, 0x00A9, 0x2122, 0x00B4, 0x00A8, 0x2260, 0x00C6, 0x00D8,
+        0x221E, 0x00B1, 0x2264, 0x2265, 0x00A5, 0x00B5, 0x2202, 0x2211, 0x220F, 0x03C0, 0x222B, 0x00AA,
+        0x00BA, 0x03A9, 0x00E6, 0x00F8, 0x00BF, 0x00A1, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
+        0x00BB, 0x2026, 0x00A0, 0x00C0, 0x00C3, 0x00D5, 0x0152, 0x0153, 0x2013, 0x2014, 0x201C, 0x201D,
+        0x2018, 0x2019, 0x00F7, 0x25CA, 0x00FF, 0x0178, 0x011E, 0x011F, 0x0130, 0x0131, 0x015E, 0x015F,
+        0x2021, 0x00B7, 0x201A, 0x201E, 0x2030, 0x00C2, 0x00CA, 0x00C1, 0x00CB, 0x00C8, 0x00CD, 0x00CE,
+        0x00CF, 0x00CC, 0x00D3, 0x00D4, 0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9, 0xF8A0, 0x02C6, 0x02DC,
+        0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
     }},
     {20866, {
         0x2500, 0x2502, 0x250C, 0x2510, 0x2514, 0x2518, 0x251C, 0x2524, 0x252C, 0x2534, 0x253C, 0x2580,
@@ -346,6 +424,58 @@ constexpr LetterPage PAGES[] = {
         0x00EC, 0x00ED, 0x00EE, 0x00EF, 0x00F0, 0x00F1, 0x00F2, 0x00F3, 0x00F4, 0x00F5, 0x00F6, 0x00F7,
         0x00F8, 0x00F9, 0x00FA, 0x00FB, 0x00FC, 0x00FD, 0x00FE, 0x00FF,
     }},
+    {70001, {
+        0x1EA0, 0x1EAE, 0x1EB0, 0x1EB6, 0x1EA4, 0x1EA6, 0x1EA8, 0x1EAC, 0x1EBC, 0x1EB8, 0x1EBE, 0x1EC0,
+        0x1EC2, 0x1EC4, 0x1EC6, 0x1ED0, 0x1ED2, 0x1ED4, 0x1ED6, 0x1ED8, 0x1EE2, 0x1EDA, 0x1EDC, 0x1EDE,
+        0x1ECA, 0x1ECE, 0x1ECC, 0x1EC8, 0x1EE6, 0x0168, 0x1EE4, 0x1EF2, 0x00D5, 0x1EAF, 0x1EB1, 0x1EB7,
+        0x1EA5, 0x1EA7, 0x1EA9, 0x1EAD, 0x1EBD, 0x1EB9, 0x1EBF, 0x1EC1, 0x1EC3, 0x1EC5, 0x1EC7, 0x1ED1,
+        0x1ED3, 0x1ED5, 0x1ED7, 0x1EE0, 0x01A0, 0x1ED9, 0x1EDD, 0x1EDF, 0x1ECB, 0x1EF0, 0x1EE8, 0x1EEA,
+        0x1EEC, 0x01A1, 0x1EDB, 0x01AF, 0x00C0, 0x00C1, 0x00C2, 0x00C3, 0x1EA2, 0x0102, 0x1EB3, 0x1EB5,
+        0x00C8, 0x00C9, 0x00CA, 0x1EBA, 0x00CC, 0x00CD, 0x0128, 0x1EF3, 0x0110, 0x1EE9, 0x00D2, 0x00D3,
+        0x00D4, 0x1EA1, 0x1EF7, 0x1EEB, 0x1EED, 0x00D9, 0x00DA, 0x1EF9, 0x1EF5, 0x00DD, 0x1EE1, 0x01B0,
+        0x00E0, 0x00E1, 0x00E2, 0x00E3, 0x1EA3, 0x0103, 0x1EEF, 0x1EAB, 0x00E8, 0x00E9, 0x00EA, 0x1EBB,
+        0x00EC, 0x00ED, 0x0129, 0x1EC9, 0x0111, 0x1EF1, 0x00F2, 0x00F3, 0x00F4, 0x00F5, 0x1ECF, 0x1ECD,
+        0x1EE5, 0x00F9, 0x00FA, 0x0169, 0x1EE7, 0x00FD, 0x1EE3, 0x1EEE,
+    }},
+    {70002, {
+        0x00C0, 0x1EA2, 0x00C3, 0x00C1, 0x1EA0, 0x1EB6, 0x1EAC, 0x00C8, 0x1EBA, 0x1EBC, 0x00C9, 0x1EB8,
+        0x1EC6, 0x00CC, 0x1EC8, 0x0128, 0x00CD, 0x1ECA, 0x00D2, 0x1ECE, 0x00D5, 0x00D3, 0x1ECC, 0x1ED8,
+        0x1EDC, 0x1EDE, 0x1EE0, 0x1EDA, 0x1EE2, 0x00D9, 0x1EE6, 0x0168, 0x00A0, 0x0102, 0x00C2, 0x00CA,
+        0x00D4, 0x01A0, 0x01AF, 0x0110, 0x0103, 0x00E2, 0x00EA, 0x00F4, 0x01A1, 0x01B0, 0x0111, 0x1EB0,
+        0x0300, 0x0309, 0x0303, 0x0301, 0x0323, 0x00E0, 0x1EA3, 0x00E3, 0x00E1, 0x1EA1, 0x1EB2, 0x1EB1,
+        0x1EB3, 0x1EB5, 0x1EAF, 0x1EB4, 0x1EAE, 0x1EA6, 0x1EA8, 0x1EAA, 0x1EA4, 0x1EC0, 0x1EB7, 0x1EA7,
+        0x1EA9, 0x1EAB, 0x1EA5, 0x1EAD, 0x00E8, 0x1EC2, 0x1EBB, 0x1EBD, 0x00E9, 0x1EB9, 0x1EC1, 0x1EC3,
+        0x1EC5, 0x1EBF, 0x1EC7, 0x00EC, 0x1EC9, 0x1EC4, 0x1EBE, 0x1ED2, 0x0129, 0x00ED, 0x1ECB, 0x00F2,
+        0x1ED4, 0x1ECF, 0x00F5, 0x00F3, 0x1ECD, 0x1ED3, 0x1ED5, 0x1ED7, 0x1ED1, 0x1ED9, 0x1EDD, 0x1EDF,
+        0x1EE1, 0x1EDB, 0x1EE3, 0x00F9, 0x1ED6, 0x1EE7, 0x0169, 0x00FA, 0x1EE5, 0x1EEB, 0x1EED, 0x1EEF,
+        0x1EE9, 0x1EF1, 0x1EF3, 0x1EF7, 0x1EF9, 0x00FD, 0x1EF5, 0x1ED0,
+    }},
+    {70003, {
+        0x0402, 0x0403, 0x201A, 0x0453, 0x201E, 0x2026, 0x2020, 0x2021, 0x20AC, 0x2030, 0x0409, 0x2039,
+        0x040A, 0x049A, 0x04BA, 0x040F, 0x0452, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+        0xFFFD, 0x2122, 0x0459, 0x203A, 0x045A, 0x049B, 0x04BB, 0x045F, 0x00A0, 0x04B0, 0x04B1, 0x04D8,
+        0x00A4, 0x04E8, 0x00A6, 0x00A7, 0x0401, 0x00A9, 0x0492, 0x00AB, 0x00AC, 0x00AD, 0x00AE, 0x04AE,
+        0x00B0, 0x00B1, 0x0406, 0x0456, 0x04E9, 0x00B5, 0x00B6, 0x00B7, 0x0451, 0x2116, 0x0493, 0x00BB,
+        0x04D9, 0x04A2, 0x04A3, 0x04AF, 0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417,
+        0x0418, 0x0419, 0x041A, 0x041B, 0x041C, 0x041D, 0x041E, 0x041F, 0x0420, 0x0421, 0x0422, 0x0423,
+        0x0424, 0x0425, 0x0426, 0x0427, 0x0428, 0x0429, 0x042A, 0x042B, 0x042C, 0x042D, 0x042E, 0x042F,
+        0x0430, 0x0431, 0x0432, 0x0433, 0x0434, 0x0435, 0x0436, 0x0437, 0x0438, 0x0439, 0x043A, 0x043B,
+        0x043C, 0x043D, 0x043E, 0x043F, 0x0440, 0x0441, 0x0442, 0x0443, 0x0444, 0x0445, 0x0446, 0x0447,
+        0x0448, 0x0449, 0x044A, 0x044B, 0x044C, 0x044D, 0x044E, 0x044F,
+    }},
+    {70004, {
+        0x0496, 0x0492, 0x04EE, 0x0493, 0x201E, 0x2026, 0x04B6, 0x04AE, 0x04B2, 0x04AF, 0x04A0, 0x04E2,
+        0x04A2, 0x049A, 0x04BA, 0x04B8, 0x0497, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+        0x04B3, 0x04B7, 0x04A1, 0x04E3, 0x04A3, 0x049B, 0x04BB, 0x04B9, 0x00A0, 0x040E, 0x045E, 0x0408,
+        0x04E8, 0x0498, 0x04B0, 0x00A7, 0x0401, 0x00A9, 0x04D8, 0x00AB, 0x00AC, 0x04EF, 0x00AE, 0x049C,
+        0x00B0, 0x04B1, 0x0406, 0x0456, 0x0499, 0x04E9, 0x00B6, 0x00B7, 0x0451, 0x2116, 0x04D9, 0x00BB,
+        0x0458, 0x04AA, 0x04AB, 0x049D, 0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417,
+        0x0418, 0x0419, 0x041A, 0x041B, 0x041C, 0x041D, 0x041E, 0x041F, 0x0420, 0x0421, 0x0422, 0x0423,
+        0x0424, 0x0425, 0x0426, 0x0427, 0x0428, 0x0429, 0x042A, 0x042B, 0x042C, 0x042D, 0x042E, 0x042F,
+        0x0430, 0x0431, 0x0432, 0x0433, 0x0434, 0x0435, 0x0436, 0x0437, 0x0438, 0x0439, 0x043A, 0x043B,
+        0x043C, 0x043D, 0x043E, 0x043F, 0x0440, 0x0441, 0x0442, 0x0443, 0x0444, 0x0445, 0x0446, 0x0447,
+        0x0448, 0x0449, 0x044A, 0x044B, 0x044C, 0x044D, 0x044E, 0x044F,
+    }},
 };
 
 constexpr LanguageModel MODELS[] = {
@@ -390,20 +520,20 @@ constexpr LanguageModel MODELS[] = {
      u"\u0410\u0411\u0412\u0413\u0414\u0415\u0416\u0417\u0419\u041A\u041B\u041C\u041D"
      u"\u041E\u041F\u0420\u0421\u0422\u0423\u0424\u0425\u0426\u0427\u0428\u042B\u042C"
      u"\u042D\u042E\u042F\u0401\u0406\u040E\u0490",
-     "8IHOHQJacGbITMFgDMINLMZRTQx+WoPfPMZ82hwpwqp-rxpprlrhopqrk+ruynqv-r-lu-BxfLHKEKbJIIHIF+KGHMud"
-     "RHLTsuoWOjZKnDiApjpfHvkqcEOKBjGXjChtfoUHaVvJ-Eo-cp5vpwpF-qxopqlGpnppNn+qux8qPgK-Du-Ii7bSpjXu"
-     "kqbEcJHjDajGstfDrdjDvk-Jn-Go6aMjVoMDwFFQIJRIMMKehUPUHpP-q-ot-6pVkOZLdRPMMPHBsVAKLsdcIUUkqv-S"
-     "-lklGd8bLkZdpflKdfCFZbdZVnoZbm7eDpfxdi-Ej7RESSFzpvNPHBNfIooRxydtwQEd+P-Isn7hZOZXOhtjpL5KEjdg"
-     "KNjrgPXMfintj-dm-Ep6hawqW-mxfHrMDmGIJF++Tkcoqk-r-Cv-GpAwpwqD-rxIprlHqnpeJz+juyKAkJBSBu-Dn8ZS"
-     "io9zpvRKpOJQgdoMxykswEoK+EjGs-Pt8zbhQA-c-QtvGKtraKJf-WZTDFXREdEysFndLEKHSLTKJBMIpKFFMpVmcSLl"
-     "oszo-dCiMo5hkvlF-lwKLqSJc9UWIykVuaNpQ-T-Gu-Gq6aRZbq-syPkQOFYpONHbQWlX8rF-s-rw-GoFnSwpJ-qxGNR"
-     "IMIkf8IYQHmhKDOZHSIu-Eo7hHhfk+qwIPaIFkCfgGnnqjxDkH-q-im-6nXTNPJNKJaILHKpHJGIpcPJILlosKj-nf-N"
-     "f2mfmgPrhnfVhZPgJfGLpqgkoUgKrhzDk-5e9lNlfHqgmaeRICfZfQGopgkndfkrbyHj-UnDmfmoH+pwjopeSomofQyy"
-     "FtwG4PVMTBt-Mk5UOrljwlsIfmIOkiklTuvZps8lBwl-kp-HgDnYnhctioNJNIUhIhGErri8p9hJti-hm-7rhKLWOTqJ"
-     "VJHEItOLFNtQLFOQpswUGiRP-4ogVNYSZ+lwIQK8lVncRqUzEtOmpu+T-omhWjRJZPIjJOMDDL8aYFLBmPiaJeikpfc-"
-     "UUj5dUVdkPYpTYcZfPfdNDPfncD9YbeiLexdi+4nfWMJILRPWHMNIqMIQPqmOLTKmotZX-oI-7WNcHJEViXRIRLAYWRJ"
-     "XYghXTeUXbiXqWDK6phUJUGdQPdEKMErcLGMraRDLRnquXM-UUe5kadETFjOKsHGZCmSWGGmujWXUilpwl-kp-DTAZTa"
-     "UMfUbSMPJNT5TUIdeUYbRUYfUnIYq"},
+     "8IHOHQJacGbITLFgDMINLMYRTQx+WoPfPMa82gvpwqo-rxoprlrhnpqrk+quxnqu-q-lu-BxfLHKEKbJIIHIFzKGHMud"
+     "RHLTstoWOjZKoDiBpjpfHukqcEOKBjGXjChtfoUHaVvJ-En-dp5vpvpF-qxopqlGpnppNnzqux8pPgK-Du-Ii7bSpjXu"
+     "kqbEcJHjDajGsteDrdjDvk-Jn-Go6bMjUoMDwFFQIJRIMMKehUPUHpP+q-ot-5pVkOZLdRPMMQHBsVAKLrdcIUUkqv-S"
+     "-lkpGd8bLkZcpflKdfCFZbdZVnoZbm7eDpexdi-Ej7RESSFzpvNPHBNfIooRxydtwQEd+P-Isn7hZNZXOhtjpK5KEjdf"
+     "KNjrgPYMfinti-dm-Ep6hawqW-mxfHrMDmGIJF++Tkcoqk-r-Cv-GpAvpwqD-rxIprlHpnpeJz+juxKAjJBSBu-Dn8ZS"
+     "io9zpvRKpOJQmcoMxyjswEoK+EjGs-Pt8zbhQA-c-QtvGKtrbKJf-WZTDFXREdEysFndLEKHSLTKJBMIpKFFLpVmcSLl"
+     "oszo-dCiMo5hkvkF+lwKLqSJc9UWIyjUuaNpQ-T-Gt-Gq6bRZaq-syPkQOFYpONHbQWlX8rF-s-qw-GoFnSvpJ-qwGNR"
+     "INIkf8IZQGmhKDOZHSIu-Eo7hHhfk+qwIPaIFkCegGnzpjxDkH+q-hm-6nXUNPJNKJaILHKpHJGIpcPJIMlosKj-nf-N"
+     "f2mfmgPrhneVhZPgJfGLpqgknUgKrgzDk-5e9lMlfHqgmaeRIDfZfPGopgjncfkrbyHj-UnDmfmoH+pvjopeSomofQyy"
+     "FtwG4PVMTBt-Mk5UNqkjwlsJflIOkikkUuuZps8kBwl-kp-HgDnanhctioNJMIUhIhGErri8p8hJti-gm-7rhKLWOTpJ"
+     "VJHEItOLFNtQLFOPprwUGiRP-4ogVNXSZ+lwIQK8lVmcRqUzEtOmpu+T-omhWjRJZOIjJOMDDL8aYFLBlPiaKeikpfb-"
+     "UUj5dUVdkOYpTYcYeOfdNDOfnbE9YbeiLexdi-4nfWMJILRPWHMNIqMIQPpmOLTKmotaX-nI-7WNcGJEViXQIRLAYWRJ"
+     "WYggXTeUWbiXqWDM6pgUJUGdQPdEKMErcLGNraRDLRnquXM-UUe5kacETFjOKsHGZCmSVGGmujWWUilpwl-kp-ESAZTZ"
+     "TMfUaSOUJMT5TTIcdUYbRTYfUnIYq"},
     {"bg", false, {
         {1251, 0}, {28595, 3}, {10007, 8}, {855, 6}},
      u"\u0430\u0431\u0432\u0433\u0434\u0435\u0436\u0437\u0438\u0439\u043A\u043B\u043C"
@@ -428,20 +558,20 @@ constexpr LanguageModel MODELS[] = {
         {1252, 0}, {28605, 4}},
      u"\u00A0\u00E0\u00E2\u00E9\u00EA\u00EF\u00F1\u00F9\u00FC",
      u"\u00A0\u00C0\u00C2\u00C9\u00CA\u00CF\u00D1\u00D9\u00DC",
-     "ABJREFSJHSgJJKNOKtJIKLORXcRdz-------EMVZDMaRldWNGMAMW-9MKeO-vfOi-----B--GBpdi5uhmEjlGWfFe-Dl"
-     "fNmt-fa------nq-1RTSPQQkHS-ZbScOn-OXRYjqXgig-----kn-AClpU9eet8mWaXmHp-EbhHbp-ksd--q--tw-HWTP"
-     "MUUMXMgKEI9LU-DIEEJXhsF------UuwFAleaBUjiK+hGib6m-FUOIip+-gQ-----il-A9dkkAcOVH-nKeSBs-LiZUoC"
-     "--ff---l-ps-7AXvWAxqpB-WVqiDL-UaRQpL--oa-----qt-LDJUNKVKTcWKFOGDW-PIGHDOn-Fn-----Fx-ACbeU5fZ"
-     "YKqSTYPOJ-RXHHSfqsWp--R--Yb-C9twe6mlqO-kFrjEu-ENhMMjn-pb-----ru-9CRSWAQWSB-tAalHk-QccLLq-rdi"
-     "-r-n-ux-F8KhO9cQeL-nUCcFH-fOlPWh-bLh-----ps-6GheNFeTwL-OTk8GY-OWEUMj--vf-----wz-CKOILMcUtYnU"
-     "DOKic-GQT8deqkRq-----W8-D9hYS7tSXE-LHYSFa-GRNVgsaYk------mp-AEFTJDVONJfMIOGJR-GMJGNUghMe--z-"
-     "-OR-6GeUV9iLmGtTPWQEj-OUUSJm-tHi--p-trz-DEtXaGyiRM-7bbjNK-bT7QWh-Yph-----ru-4DwgfDbodL-ZUYgJ"
-     "a-AZaKng-mri-----tw-MZVTDEWJUJfWHOEkU-ADLpsz-pAp-----Tw-BBelP6xZpA-oVqcEt-LglWVw--oi-----qt-"
-     "M7loY3qdiE+hdWbem-ZUefib-bhz-----im-5PQFQKUZXMIWTIRTI-RWUUYQUGWE-----Yb-6EMSNFeXWSoVRXDSS-IN"
-     "PTWdpqGC-----Xa-9DjxfDFX7C-idrhIT-PkbXaT--pZ-----ru-1QbfNPgaYUrXUZSUc-SXVVZgrVXq-----Zc-9EQT"
+     "ABJREFSJHSgJJKNOKtJIKLORXcRdz-------EMVZDMaRldXNGMAMW-9MKeO-vfOi-----B--GBpci5uhmEjlGWfFe-Dl"
+     "fNmt-fa------nq-1RTSPQQkHS-YbScOn-OXRYjqXgig-----jm-AClpU9eht8mWaXmHo-EahHbp-ksd--q--tw-HWTP"
+     "MUTMXMgKEI9LU-DIEEJXhsF------UuwFAleaBUjiK+hGib6m-FUOIip+-gQ-----il-A9dkkAcOVH-nKeSBs-LiaUoC"
+     "--ff---l-or-7AXvWAxqpB-WVqiDL-UaRQpL--oa-----qt-LDJUNKVKTcWJFOGDW-PIGHDOn-Fn-----Fx-ACbeU5fZ"
+     "YKqSTYOOJ-RXHGSfqsWp--R--Yb-C9twe6mlqN-kFrjEu-ENhMMjn-pb-----ru-9CRSWAQVSB-tAalHk-QccLLq-rdi"
+     "-r-n-ux-F8KhO9cQeL-nUCcFH-fOlPWh-bLh-----ps-6GheNFeTwL-OTk8HY-OWEUNi--vf-----wz-CKOIMMcUtXmU"
+     "DOKic-GQT9deqkRq-----W8-C9hYS7tSXE-MHYSFa-GRNUgsaYk------mp-AEFTJDVONJfMIOGJR-GMJGNUghMe--z-"
+     "-OR-6GeUV9jLoGtTPWQEj-OUUSJm-tHi--p-tqz-DEtXaFyiQM-7dbjNK-bT7QWh-Yph-----ru-4DwgfDbndL-aVYfJ"
+     "a-AZaKng-mri-----tw-MZVTDEWJUJgWHOEkU-ADLpsz-p9p-----Tw-BBelP6wZpA-oVqcEt-LglWVw--oi-----ps-"
+     "M7loY3pdiE+hdWbem-ZUefib+bhz-----il-5PQFQKUZXMIWTIRTI-RWUUYQUGWE-----Yb-6EMSNFeXWSoVRXDSS-IN"
+     "PTWdpqGC-----Xa-9DjxfDFX7C-idrhIT-PkbWaT--pZ-----ru-1QbfNPgaYUrXUZSUc-SXVVZgrVXq-----Zc-9EQT"
      "JDUONIfMINGIR-GMJKNUfhLe--z--NQ-9EQTJDUONIfMINGIR-DMJKNUfhLe--z--NQ-AFQUKEVPNJgMJFHGR-DMKKOV"
      "ghMf--+--OR-AEQTJDVONJfMIOGJR-BMJKNUghMe--z--OR-9CQTJDUONIfMINGIR-GMJKNUfhLe--z--NQ-1gsalcwq"
-     "pkZjhpikt-iNhmHw--nY-----ps-0dpsictnmh-lhmfhq-flijmt--kb-----mp-9EQTJDUONIfMINGIR-GHJKNUfhLe"
+     "pkZjhpiks-iNhmHw--nY-----ps-0dpsictnmh-khmfhp-flijmt--kb-----mp-9EQTJDUONIfMINGIR-GHJKNUfhLe"
      "--z--NQ-"},
     {"ca", true, {
         {1252, 0}, {28605, 4}},
@@ -449,54 +579,54 @@ constexpr LanguageModel MODELS[] = {
      u"\u2026",
      u"\u00AB\u00B7\u00BB\u00C0\u00C7\u00C8\u00C9\u00CD\u00CF\u00D2\u00D3\u00DA\u00DC"
      u"\u2026",
-     "BFQHCEKRNJafGKLNFOOHMLOcWhhQ-ie-pTo-r-d-h6qPHHjVVmPVgDJGpNMCOEOTiglt--g-T--hj-o--oABjWXMjdkC"
-     "Q-ASjGVxCOMGj-nZY--ZV-oLo-Vni--IAjIWIhoW8rXKff9buJRFI--nr---eZ-UUd-Rr--vCDiiU4cjeDZbgXkGY-La"
-     "jLaspmw--cb-Ygl--j---9SSISYTL-OepCKCcSaCAILUkNmr--aqg---j----vIFkfcBOb+5--MjkBhyJTQIx-ni---i"
-     "Y-fbQ-og---HETiTAZXUC--OTHMTyCWO8k-y-X--gd-g---pzhP-L3iSXFdfdD--bYiCStaYKWjgtkk+-Xa--xc--u--"
-     "-DHNFKONMykykJICINSKGDMOvKsl--ha-v--orE--zN7PZZDckpOvXbaUELnYTb6SzmxttvtKxwru-wnO--9DSHNCSEP"
-     "GsvPPYNJjMHGJVKZaqqsUmttoqzskv--79iadCbUmE-xGRtJc-mGLQbxtih-KgfXh-Q-drr--E9FfX9e+nEp-WTSGD-i"
-     "SbPpenn---dN-RKQ-O-Y-tACpHKHLOfIYmWgWDiifE9OOxeOc--hhVhxx-klQ--DgJIIgTKqafgGDAVKh9FHQPVimo--"
-     "i----sw-----IBnLY9nacK-XGbcBYtAQKJc-fZ---gPUX-Q-e-X--Sgkildssxg--docljvgjb0vmv----my--z---w-"
-     "T-8BZPPAZSyEshbKQFWXJJJSSnSgu--gMeTWY-Vby-s5LWKcEahYE-eharKJUfKBLcjmdy--Zh-f-e-iYo-n8AkaeDgM"
-     "YDXYbXgIaxEIZMogKcK--YO-bSY-fW--iCFPOPAaV-IeiLJBoLuEFFj--S-l--ro-VjeQ-u--vO9giS8lam8--kQlAdw"
-     "deYVv-vi---dJ-gUM-iZ---BAVZQBRVRAZZSLLGOjMDLaiQitZprZmtsnqysju--9CWPc7VtXC--dUiUHwhaEjlidYa-"
-     "-ez--+U-Nw--n5ARRcGjjoVuyPTOTKmKBLdbybvQsuPovvqt-vmx-cI2effCmmrHx-VUdFhpcScgoZofvvxfryytw-yp"
-     "+--HJRKLNLRRLx-KMNTMXNHKPbTVbfvx4szytw-ypf--TYledYkkpawz0gcdfnbbben+mxuuvuqxwru-woy--0anffZm"
-     "mrcx-dheehpccdgo-ozvvxvszytw-yp+--6diHVdLEug--DHJiPRFKGMi-K-zz-zv--xz--t---C2jcbWjjoZuyaeaIe"
-     "mZZZWlylvssusUvvqs-Kmx--DXbNHXTRoPvyWf6cHmEGEdEzOwttutpwvqt-vny--AcpihcooteS-fXShjrf1fir-q-e"
-     "yzyu-+vy-+s---BYYFLKNSqcx+QL7aUocBCgo-Dyvvxbryxsv-xp+--MRLXERVdiTpsSZJWYgUG3Cgtgqnnpnjqpknwp"
-     "hs-+8XRNHXkKoavzKRHc8m9JWemzOwttvtpwwrt-vny--0gslkdssxi--jnLknvbUimu-u----cx--z---v--d7VEbaV"
-     "ZhmXtwCBHaTkY9IbSxjurrsrnutor+tlv--INaTS2ZZeNloQURSUcQQQTbpbmjjkjfmEgjsldnww1NaTSNaZePloRVRS"
-     "UcQQQTcpcmjjkPfmlgjsldoxw"},
+     "BFQHCEKQNJafGKLNFOOHMLOcWhhQ-ie-qTo-t-d-h6qPHHiVVmPVgDIGpNMCOEOTigkt--g-T--hj-o--oABjWXMjdkC"
+     "Q-ASjGVxCNMGj-nZY--ZW-oMo-Vni--IAjIXIhoW8rXKff9cuJRFI--nr---fZ-UVd-Rr--vCDiiU4ajeDZbgXkGY-La"
+     "jKaspmw--db-Yel--j---9STISYTL-OepCKCcSaCAILUkNmq--aqf---j----vIFkfdBNb+5--MjkBgyJTPIx-ni---i"
+     "Y-hbQ-og---HFTjTAZXUB--OSIMSyCWP8e-y-W--gd-g---pzhP-L3iSXFdfdD--bYiCStaYKVjgtkk+-XX--xc--u--"
+     "-DHNFKONMykplJHCINSKGDMOvKvl--ia-y--opE--zN7PXZDckpOvXbWUELnYUb6S+mwutwtJxwru-woO--9DSHNCSEP"
+     "FsvPPYNJjMHGJWLZaqqsUmttorzskv--79iacCbUlE-xGStJc-mGLQbxtih-LgfXh-Q-err--E9FgY9e+nEptWTSGC-i"
+     "SbOpenn---dN-RKP-P-Y-tACpIKGLOfIYmWgVDijfE9OOxeOc--hhVhx--klQ--CgJJIgUKqafgGDAVKg9FHQPVimo--"
+     "i----sw-----IBnLX9nZdK-XGbcBZtAQKJc-fZ---gOUY-R-e-Y--Sgkildssxg--doclivgjb0umu----ly--z---w-"
+     "T-8BZPPAZSyEshaKQGVXJJJSSnSfu--hMeTWY-Vby-s5LWKcEahXE-dhanKJUfKBLchlfy--Zj-g-f-iYo-n8AkaeDgM"
+     "YDYYbXgIaxEIZMogKaK--YO-bTY-fV--jCFPOPAaW-IeiLJBoLuEFFj--T-l--ro-VjeP-u--vN9giS8dam8--kQlAdw"
+     "ecYWv-vi---eJ-gUM-iZ---BAVZQBRVRAZZSMLFOjLDLaiQisZpsZltsnqysju--9CWPc7VtYC--dUiVHwhaEjljdYa-"
+     "-ez--+U-Nx--n59RRcGjjoUuyPTOTKmKCMdczcvRtvPpwvqt-vnx-dH2effCmmrHx-VUdFhpcScgoZofvvxfryytw-yp"
+     "+--HJRKMNLQRLx-KMNTMXNHJPbTVbfvy4ryytw-ypf--TYkdcXkjpavz0fbcfnaaaemzmwttvtpwwru-wny--0anffZm"
+     "mrcx-dhdehpccdgo-oyvvyvryytw-yp+--6eiHVdLDvg--DHJiPSFLHMi-K-zz-zv--x+--t---C2jccWjjoZuyaeaIe"
+     "mZZZWlylvssusUvvqt-Kmx--DXbNHXTRoPvyWf6cHmEFEdEzOvttvtpwvqt-vnx--AcphhcooteQ-fYSgjre1fiq-q+d"
+     "y+yu-+vy-+s---BXYFKLNRqbx+PL7aUocBDfo-Dyvvxbryxsv-xpz--MSKXERWdjUptSZKWZhUG3Bgtgqnnpnjqqlowq"
+     "hs--8XRNHXkKoZvyJRHc8m9KWdmzOwttvtpwwrt-vnx--0gslkdsrwi--jnLkmvbUimu-u----cx--z---v--d6VFbaV"
+     "ZhmXtwDBHaTkY9IbQxkurrtrnuuprztlv--JNaTS2ZZeNloRVRSUcQQQTcpcmjjljfmFhjrldnwx1NaTSNZZePloQURS"
+     "UcQQQTbpbljjlPfmlgjrldnww"},
     {"cs", true, {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00A0\u00E1\u00E9\u00ED\u00F3\u00FA\u00FD\u010D\u010F\u011B\u0148\u0159\u0161"
      u"\u0165\u016F\u017E\u201C\u201E\u2026",
      u"\u00A0\u00C1\u00C9\u00CD\u00D3\u00DA\u00DD\u010C\u010E\u011A\u0147\u0158\u0160"
      u"\u0164\u016E\u017D\u201C\u201E\u2026",
-     "7KLNLURURNLLQLGJDhOFLOGWbcIn----Y-S---UX-zYdRdAnNIHlYVNSNHFJFgNkGHDTHiWcIj--z---Jy-hOYu-Rm-h"
-     "HChcXIhlwJVZHcJ8l-CKiGX--Gg-YqM--Ml-H-l--n-i-rFLeYT9bk7GxHUZWHR-PVMSn--YfrvnD--++-+ry--T+e--"
-     "CEYUMDhTZFeIMXEDM-HLYKRYtLjiJPI--Xh-KqYt-X-a-m7VKKHVTWYcOKFLCWKkHGJdKeNiLvd-+-s-Ss-fda-uSb-k"
-     "BIcURHIfi8qhNUc9c-HKHHkjyOm-ojl--tt-t-qw-xtW+-AMNXTCYYOEqcQNBHOcDPLCVdYfY-otl--tt-t-qw-ctZ+-"
-     "AFlPbEg-fJxhEZJ8c-JbRJbm-En-OWs--Up-+-x-qcid-kBMQHIRRMYbQGJICNLlPFBbI-Q+Ncboe-r-T--jcQ--Tl-n"
-     "KEemT4f+uGijjHMRW-iJHVU--tm-RyE-lyi-y-vR-Qoo-fCBhQQLlnyV+iIiJ9d-IXFCVh-FwVKOvU-Qe---Y--Mkk-h"
-     "EDTaWBYfOA-OLdHAZ-iTSKgfuOLuJPLv-Vj--atV-Rje-l9DPaZCjonHzOYVQEKsdVSHkT-OvkHNIc-Ub-F-W--Mee-k"
-     "GBgSODTQrK-RZlUDgyjMJJb-uMc-FIA--IV-L--c-gmu-uBdIPFiTRQgOLJLJTL-EIJDCXhsJa----l-P--jQVq-Ln-k"
-     "IImRZKkhZH-YIjM7Y-AROMrnjUl-W-I--r--ShAh-T-d-r6QXXVPffYTZVUWMPTwTPR5TTiYWlXcUwqcc-ctafygcIkq"
-     "EBXPQDeNjJ-TbKM9XkZLMFLj-LQvGQxv-RUv-p-b-MXe-dFLXRXDXeSMoHGOTDLoYV6JRfwKlSPjP--v---w--le-a-q"
-     "8DeXdCYlMGnPOYLEVxIXYGLakKimSOLtxY--OlQZ-T-d-c6TETKUWZRSFPLKJhF-LKGXR-PtOaR-w---Pd-eeQv-Hd-b"
-     "GCqVYDljdJqSMkHFZ-LPdLv-rDPOFJL--Ee-MaPO-Zbv-mA8hhTEpdH8kfPWJId-MNOedQXYgvhnf--nn-n-kq-rnVu+"
-     "9QQPXFQsaAnZaTZHH-ac8GdzNQjzlai--qq-q-nt-uqRx-4oETec-kSdZNIOMQE-RGGXY--lXmu+s--+W-+-bV--PY-Y"
-     "HARVI9o-XJWJSJDEJ-USSPM--SvRI-IZsi----cW-X-o--AJLNJSSdRPLHeLHMA-LEINHdsiLvhnf-dnR-n-PZ-rnuMZ"
-     "ApgOEo--MrXUELAnN-LIGrE--wD-v+t--+c---JR--Vr-j3jqkRifyCmsjLAJic-WMQmi--rUmqvn--vT-v-ty-zY--d"
-     "4reHPq--NugJJIJpR-OFGuP--yLny-v---U---QOc-Qg-fJRRY3QffYUaVUW9PTxJTRUTliYWlXdVwrdd-duagyhdkkq"
-     "OWcICVkkEZfNARWUB-BGPZHqndbqcia-wiJ-izfl-mXppv4hEAViyyhmZXaGjiP-MGHmQ--rTmqvo--vv-v-kM-zlg-i"
-     "EFqYn8xxrFsGUpDOm-mlIMm--rpbIvA--vv-v-sy-Rvi-c5LSSPKZZTOUQORLKOrONCIOgdTROMXPrlXXzXoUasbXfel"
-     "AjpPJixxNmLNFW8hV-CUDmf-+qJ-qvn--vXev-MTPzM--e8TZTXShhbWcBWTTCWzVVH7WnkaYnafXytff-fwci+Hfmms"
-     "KMmjq5++u9vMpsWYp-oodcp--tr-Gy8--yy-y-v--Vyo-pGKnnk6uuoGpHLmORT-jeBRb-yom-ns9--ss-sjpSZws+z-"
-     "4PWWUOeeXSYPTVP8SvSRIKSkhXVkWbUvpbb-bsZexfbjjp2fNWfettMiWkQMSei-RGgiK+xnQ+mrj--rd-riou-vDizY"
-     "ELcRI9xxr8kDZpGRm-mUURm--rp-HvD--vvivYsW-zv---0cijgbqqkflhficaf-eecffxtjhVjog--oo-o-lr-sovvb"
-     "BLRQMTSTPPWSQPMPMVTJSROSSWNxjog--oe-o-dr-sa4e-0WcdaVkkeZfbZcWUZ-YRXZSrndWrdia-wii-izfl-miYpw"},
+     "7LLNLURVROLLQLGJDhOFLOGXbcIm----X-S---UW-zYdRdAnNIHmXVNTNHFJGgNrGHDUHhVcIj--z---Ju-hOYu-Qm-i"
+     "ICgcYIhlxKVZHcJ8l-CKhGX--Gh-YqM--Mj-H-k--n-i-rFLgXT9ak6GxHTZWHR-PWMSn--YfrvmD--++-+rx--T+e--"
+     "CEZUMEhTZFeIMYDDM-HLYKRYtLjiJPI--Xh-KqYt-X-a-m7VLLHVTWYcOKFLCWKkHGJdKeNjLvd-+-p-Sv-fda-uSb-k"
+     "BIcURHIfi8qgNUb8c-HKHHjjyPm-nil--st-t-qw-xtW+-ANMXTCYYOEqcPNBGNcDPLCTdYeY-otl--tt-t-qw-btc+-"
+     "AFlPbFg-WJwhEZJ7c-JaRJdm-Ek-OWr--Tp-z-x-qbid-kBNQHIRRLZaPGJICOLlQFBbI-Q+Nbbof-r-S--kcQ--Tn-n"
+     "KEfnU4f+uGkjjHMSX-lJHVU--tm-RyE-lyi-y-vR-Qoo-gCChQQMlnyV+gIjJ9d-IZFCVi-FwVKOvT-Qe---Y--Mnk-h"
+     "EDTaWBYfOA-OMdH9Z-iTSKhfuOLuJPLv-Uk--atW-Rie-l9DPaZCjmlHzOZVQEKsdWSHkT-PvkHNIc-Ua-E-W--Mfe-k"
+     "HBgSOCUQrK-RalUDgyjNJJb-uMd-FHA--IV-L--b-flu-uBdHQFjURQgOLJLJUL-EIJCCYhsJa----l-P--jQVq-Ln-k"
+     "IImRZKkgZI-YIjM7Y-AROMrnjUk-W-H--r--SgAi-S-d-r6QXXUPfeYTZVTWLPTwTSR5TThXVlXcUvpcc-ctZfxgcIjq"
+     "EBXQQDeNjK-TcKN9XkZLMFLj-KQvGQxv-RUv-p-b-MXe-eFLXRYDXeSMoHGOTDLoYV6JQgwKlSPjQ--v---w--le-a-q"
+     "8DfXeCYlNGmOOYLEVxIXYGLakKjmROLtxY--OlQZ-T-e-d6TEUKUWaRRFPLKJiF-MLGXR-Q+OaR-w---Pd-eeQv-He-c"
+     "GCqVZDljdJqRMjHFa-KPdLv-rDPOFJL--Ee-MaPO-abv-mA8hhTEpcI8jfOWKId-LORddQXYgvhme-zmm-m-kp-qmVu+"
+     "9QQOXFQscAnZaTZHH-ac8GdzPQjylai--qq-q-nt-uqRx-4oESfd-kRgZMIOMRE-RGGXT--lWmu+s--+W-+-aV--PY-Y"
+     "IASUI9o-WJWKSJDEJ-VSSOM--RvRI-IZsi----eW-X-m--AJLNJSSdRPLHeLILB-LEINIdsiKvinf-enQ-n-PU-rnuNa"
+     "ApgOEo--MrXUDLAnN-LIGrE--wD-v+t--+a---JS--Vr-j3jqkSifyCmsjLAJid-XMQmi--rVmqvn--vT-v-sy-zY--d"
+     "4reHPq--NufJJIJpR-OFGmP--yLny-v---U---POc-Qh-fJRRY3QffZUaVUX9PUxHTRUUmiYWlYdVwqdd-duagyhdkkr"
+     "PXdICWllFZgNAQWVC-9GPZHsoecrdib-wiJ-j+gm-mRqqw4hEAVjyyhmaYaGjiP-LGHmQ--rUmqvo--vv-w-lM-zle-i"
+     "EEqYo8yyrFsGUpEOm-mlIMm--rpbIvA--vv-v-sy-Rvi-c5LSSPKaZTOUQORLKOsONBIOgdTROMXPqkXXzXoUasbXfel"
+     "AjqPJiyxNmLNFW8iW-CVDmf-+qI-qvn--vXev-NTOzN--d8TZTXShhbWcBWZTCWzVVH7VokaYnZfXysff-fwci+Hfmms"
+     "KMmjq5++u9vNpsVYp-ooecp--tr-Gy9--yy-y-v--Vyo-pGKnnl6vvoGpHMmORS-jeBRb-yom-ns9--ss-s-pSYws+z-"
+     "4QWWUPeeXSZPTVP8SwSRIJSlhXVkWbUvpbb-ctZfxfbjjp2fNWfeuuMiWkQMTei-RGgiK+xnQ+mrj--rd-riou-vDizY"
+     "EKbRI9yyr8kDYpGRm-mUURm--rp-HvD--vvivYsW-zv---0cijgbqqkflgficaf-eecffxtjhVjog--oo-o-lr-sovvb"
+     "AMRQMTSTPPdTQPMQMVTJRROSSWNwjog-foe-o-dr-sa4e-0WcdaVkkeZfaZcWUZ-YQWZSrndWqdia-vii-izfl-miYpw"},
     {"cy", true, {
         {1252, 0}, {28605, 4}},
      u"\u00A9\u00AE\u00E1\u00E2\u00E3\u00EA\u00EB\u00EE\u00EF\u00F2\u00F4\u2018\u2019",
@@ -520,126 +650,136 @@ constexpr LanguageModel MODELS[] = {
      "-rui-iooELVRLLPQQMnk3SMOWwIQQRpOgMs---j--wzn-nutBISOIIMNNJkhJPJLTtKNNNmLdJp---g--twk-kq75JSO"
      "IIMNNJkhJPJLTtFOOOmLdKp---g--twk-krq"},
     {"da", true, {
-        {1252, 0}, {28605, 4}},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
      u"\u00E0\u00E5\u00E6\u00E8\u00E9\u00ED\u00F8\u00FC\u201C\u201D\u2026",
      u"\u00C0\u00C5\u00C6\u00C8\u00C9\u00CD\u00D8\u00DC\u201C\u201D\u2026",
-     "8GJVGHFNLGbJNJNJJjQFJMJbbcg-aY-m-b-TjbJmPPIZEJ-UnIBJArLoDKBPLlhWr--w------r-FFVcZAmfxBMpBeKI"
-     "k-AQVIk--Lg-WZ---R--l-DGYLJ7ZkFDvHQOgEQ-JPJPaj-Y--us-V-t--f-BJXiP5QRUEfWNYRNX-IFKIOiwbt-qcxa"
-     "-Z--h-9VSWGaQQVeQNGLBWXt8IDlSjdkw--m------h-BHXfeHObQAQZJdg8m-GMHMYp-R--UT---H--p-7MakU8YOMH"
-     "goMWITg-GHHOZ--Nj-SQ-a-R--nvKBmbZ7aoeNKjgihDY-UaNLAn-Za-II---I--j-GOVSJNPEpluFAP8HRqQFKfG-W-"
-     "d----d----u-FOivI6Zkrbdg9mYMc-JHWHh--tfTjG---K----GCihf8gfkMZBNnPDb-HHGHVk-T--gR-Y-R--k-AGUZ"
-     "IAQJcDWRCZWKS-dGLOSj-Ob-VN-Y-S--l-ABPkU7UWaImVSFXKItPPPMVUnb--MM-b-T--g-8LZWAERCSISOUfLOa-gF"
-     "GMR-vR--TX-s-V--k-MZPPJTSDkcdMHBBRE-8PQPKTb-----------m-FBaWQBVNVG-aHXbJH-BIIJYrlb--Eg-l-Ts-"
-     "e-8OWMPGSRYNcQOSIQFxILE8TQkap-bZ-l-a-jjr6HSZMAVQRF-KUNNKa-RJIIMt-Q--XO-d-V--jzBNUXYCPbVHmCLP"
-     "NHKtYL8TTdxLh-NO-i-R--g-7Dcac9YjUAbaZYRLU-IOHPUfiOv-ea-W-N--f-DTVWDGQDiTlKFHAgL-GHFpQ-P-o-rh"
-     "------o-GFcmU5chi8-oUWHMf-aSVnl-----ZD-Vkm--m-C7hnUEYXLAnbSPGKT-MEMYeLbkz-mj-v-l-uX-5MNPSDMc"
-     "jNnUSNUUR-TTFfWbJIE-mk-w-m-vb-EfSfBKcMfalGCMGRD-IADaj--l--wu---w--b-9VdJHARYfGjXECTAb-TNTaas"
-     "rWX-if-r-h-qqy4KSYLFONUJYMKOIMQtIKIPPhgWl-XU-g-W-ffn4iGwHMWRshwVHfFgi-CGUoP--u--kt---v--g-Zi"
-     "YVPePNvbzJBd9nk-7EEqJ--w--yv---x----AIQWIDMKSHWKIMGKNrDIGNNfeTizVS-e-U-ddlNZhnaSdcjYLbWdHbf-"
-     "1ZNeewvl+-mj-v-l-uu-AIQWJDMLSHWKINHKOrGBHONfeUjzVT-f-V-ddmRjKxKUfCtiAVHOIfj-6KGoJ--v--wt---v"
-     "--h-AIQWIDMKSHWGIMGKNrGIGNNfeTizVS-e-U-ddlFMVSOPKOSNoUMRMPS-RMNOSYcm--Yl-x-n-v3-0aiobVedkZod"
-     "afZcg-YaZgfxwm--nl-x-n-vv-1TbhTNXVdShVTXRVY-RTRYYppet-gd-p-f-oVw"},
+     "8GJVGHFNLHbJNJNJJjQFIMJbddg-aY-k-b-TjbJmPPIZEJsUnIBJArLoDKBPKlhWr--w------r-FFVcaAmfxCMpBeKI"
+     "k-9QVIj--Lp-Xa---R--l-DGbLJ7ZkFDvHQVgEQ-JPJPaj-W--us-V-t--f-BJXiP5QRVEfWNZRNX-JFKHOhwbt-qcxZ"
+     "-Z--h-9VTWGbQQVfQMGLBWXs8IDlSjdlw--m------h-BHXfeHObPBPZJcg8m-GMHLYp-R--UT---H--p-7MakU7YOMH"
+     "goMVITe-GHHPZ--Nn-SQ-Z-R--n-LBmcY7aoeNKkeihDY-UaMLAn-aa-II---I--j-GPVRJNPEpluFAP8HSqQFKfG-X-"
+     "d----c----y-FOiwJ6akrbdgAmYMb-JHWHh--tgSjG---K----GCihf8gfkMZBOoPDb-HHGHVm-T--gR-Y-R--k-AGUZ"
+     "IAQIbDWRCZWKT-eGLOSj-Ox-VN-Y-S--l-9BPmU7VVZImVSFXKItPPPMVUnb--MM-b-T--g-8LZVAERBSIROUgLOa-gG"
+     "GMR-vR--TY-s-U--k-MYPPJTSDkceMHCBRE-8PQPKTb-----------m-FBZWQBVNVG-aGXaJH-BJIJYrlc--Ef-l-Us-"
+     "e-8OWMPGSRYNcQOSIQExILE8TQlas-bY-k-a-jjr6HSZMAVQRF-KVNNKa-QJIIMt-Q--XO-d-V--kzBNVWYCPbUHmCLP"
+     "NHKtYL8UTdxLi-NO-i-S--f-7Dcbd9YiVAbaZYRLU-IOHOUfhOv-ea-W-N--f-DUVWDGQDiTlLFHAfK-GHFpQ-R-o-rh"
+     "------o-GFcmV5bhi8-oUWHMf-aTVnl-----ZD-Vko--m-C7hnUEYXNAmbSPGLT-LEMYeLbk--lj-v-l-uX-4LMPRCKb"
+     "iOmTRMTTQ-TSDeVbKH--lj-v-l-ua-EfSdCKcMfalFCLFRC-IBDaj--l--wu---w--b-8TbgT8PVcGgVNXR7Y-QSRYXp"
+     "pTU-fd-o-f-nnw4LTZLFPNVKYNLPJNQuJLJQQiiWo+YV-h-X-ggo4jGxHNWRshwVIfFgi-CGUoP--u--kt---v--g-Zi"
+     "YUQeONvczJBd9nk-7FEqJ--w--yv---x----AIQWICMKSHVKIMGKNrDIGNNffTlxVS-e-U-ddlOZinaTdcjYKbWeGbf-"
+     "1ZMfewwl--mk-v-l-uu-AIRWJDMLSHWKINHKOsGBHONffUmyVT-e-U-ddmRjKxKUfCtiAVHOIfj-6KGoJ--v--wt---v"
+     "--h-AIQWICMKSHVGIMGKNrGIGNNffTlxVS-e-U-ddlFMVSPPKOSOoUNRMPR-RKNOSYcm--Yl-w-m-v3-0ajobVedkZoc"
+     "afZcg-YaZgfxxm--nl-w-m-vv-1TbhTOXVdSgVTXRVY-RTRYYqqex-gd-p-f-oVw"},
     {"de", true, {
-        {1252, 0}, {28605, 4}},
-     u"\u00AB\u00BB\u00DF\u00E4\u00E9\u00F6\u00FC\u201C\u201E\u2026",
-     u"\u00AB\u00BB\u00DF\u00C4\u00C9\u00D6\u00DC\u201C\u201E\u2026",
-     "7HKQDILLOJXMNLMONdRGPLKKZiNfV-e-kT-heOhHJNVQNPNjNDHArQmEGBCYkXaat-i------tFHWVX4ZVTEbcGUXLl-"
-     "PLJGhY-STf--h-rnr--FIgWSIcb3W-FPbkFQoPSOUihmeyf---------ABQjZ6bhfApkVVVMX-PWVLbX-c-b--sx-kl-"
-     "xAVOTQVQQODvVJJ9iYi9GJRWZTgVg-go-o-v-pBFbZaAJQhDWxOYUCbcJLHLpW-jUk--S-qC---AIRem5aYQJ-XITJYU"
-     "pEJIHsrpsde--T--Vt--CCWaX9VccH-aDTGMatEKDTfV-Zdg--N-Vcm--KPMER9THUe-YJL9GTtKFEgSxWyWr-j-----"
-     "-oIHZYa3UddKNibYUAZ-VJVRjiqnhbwxo-bm---DEUbT9UNbN-bLVSBa-KNCGXX-cOX--f-HVp--CGSSL9SLmBuaBbUK"
-     "TvhGFMWcodYd--P-UTv--9BPYH9TQhEpTTFcKImlLONbYXfjf--T-SVt--6KZWDDLFXJiQXZJPc+cJHKZYujPg--a-ad"
-     "m-kIUNLFaOKQbYLFH7MH-BNKMZOb-Ph-Y----n--DDTQXDJZQG-TGVWIJ-ALDIad-Owc--X--+g--BUZZHMaYYSqcWYR"
-     "XcwTMT2edlicWrsj-ohW-x8HQPFCQMSHyPSLKJWlUHFKRMuYNf--NyWQp--9OUFQBWOSEyRWYZKLySH9PXT-HUd--W-u"
-     "qn--7HcTY7XYODscTVZOSyLLKNgRhSHc--T-jUs-sGWPIUJFMZUiaNF7fMqDCGZiaPua--T-------GKfXU5ckkD-ioW"
-     "e6i-idSkvu-zu---+-ny---LCsgV5Ylb9-vfcTIa-XUXHwQo+v-o-K-XU---5LSQTHQiaD+baLYdF-VRBcfVNWHX--t-"
-     "yrc--DUVXfTemha-dcKHQF-I3KgrqzdfT--w--uj-fHLecZ6cZgH-nNObQv-hfG7xJ-oU---a-dP---0ZeeZTfddXvhb"
-     "dWcg-YYYbjhqmhvvxo-tl---9JLMHIMOHLUQKHHTI-MEONUQUUWEvxa-tl---CYQcY3eQcCuOIbMbXzWWJahgolXuuwm"
-     "-rk---VhmJRZRGDW-pGW8koXFM7Jqpyuh--Kv-+h---AJONFCOMMGeRLMFLQkEHHLSRZWQffgX-cVrqmScbJZVFDMayk"
-     "aY6fS-GDDelktpkyyDq-vo---Tj8FgbJEEh-rLWNhX-8HGhsr+wr---x--v---2PUUPJVTTNlXRTMSWrOOORZXgcXlln"
-     "e-jbxxsEILLGGKJJFlPNLMNMRGELRKMgcPllne-jbDxs1TYYTMZXXRpbVXNWavSSRVcbkgQUprh-mf--w"},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
+     u"\u00AB\u00BB\u00DF\u00E0\u00E4\u00E9\u00F6\u00FC\u201C\u201E\u2026",
+     u"\u00AB\u00BB\u00DF\u00C0\u00C4\u00C9\u00D6\u00DC\u201C\u201E\u2026",
+     "7HKQDHLLPJXMNLMOMdRGPLKJchMeU--e-iUwgeNiGJMVRNPOkNDIAtQqEGBCYhXZap-i--------GHVZX4ZVSEbgGWWK"
+     "k-NKJHlY-RUd---h-n-n--GHiVSKfc3W-EQclGPoQTOUkhmdyh----------ABSiY6bgfAnjUUWNWwNVUKaXwc-b---s"
+     "s-il-wAWOSQVQQOCpWJK9hZh9GJSXYSiWf-g-o-m-u-rCEcbdAJQgDaxOeRCbrJLILmV-iVj---R--B---AHRem5ZYTI"
+     "-WJTKXUtFJIHsrpsgc---U--U---CDXaX9VbbH-ZDTGNT-ELCTkU-cch---N-Vam--JQMER9THTevWKL9GUtLFEeSoWy"
+     "Wr-j-------pHDYVa3UddLMZbYSCU-VITPjhqahbvxXo-XQ---DDUfS9YNrM-YLYQBd-LMCHXa-bOY---f-HVp--CGRS"
+     "L9TLnBvZBbTKU-hFFMVaoeia---Q-UTr--8BOZJ9SQgE-YSGcKJ-lMOMeYWmie-s-S-RTp--6KYWDDMFXJgPXYIPb+bJ"
+     "HKYY-jPg---b-abn-qIVMLFZOLQdYMFH8MH-AOJNZPa-Of-Y-----k--DDXSWDKYSF-UGVWII-ALDJZl-Rwd---Y--+f"
+     "--BUZZUMaNYSqcPYRSbwTQT2ecljcVpr-j-ngW-y8HPPFCQMQHyOSLLJXqTHFKTMqZNe---O-WQo--9NUEPCWNSExRYY"
+     "aKLrSH9PXT-IVc---W-rpm--7HbTZ7WYPDpdTXcNR-LLKNhRhSHc---T-oUs-uFWQIXJFMdUiaNE7eMqECGYkbP-Zu-S"
+     "--------GIbkX5ikkE-toVg6i-geThvu-+u----+-jy---KDjga4tje9-vgYVIe-YTcIxQokv-p--J-XU---5LWTRGVi"
+     "aC+TVJXcE-UTBaeeSTmW+--t-xrc--BSXXbQdklZ-aZKIRE-J3IfqpyXbS---v-zti--HKdsb5dceG-dOUcQv-heG7kI"
+     "-kT----Y-hR---0affaTgeeYwiceWdh-ZZYckirpivvx-o-tm---8JKMHILOKKQONIHUJbOFKMVRVRXDvx-b-tb---CV"
+     "RdY3eRcBuNKcNbY+XXJbigpnVuuw-n-rl---8IONJCPMMGfQKNFMQkHIHLSQaXQeeg-X-bVqqmYhmKSZQICc-pGS8koZ"
+     "GM7Jqpyva--J-v-zh---AIONJCPMMGGQKNFMQkHIHLSQaXQeeg-X-bVqqmUdcIdWEDLazlWZ6gN-IDEfmlurlyyD-r-v"
+     "p---Qj9FjbJDEh-jKUNmU-7GGhsr+xr----x--v---1QVUQJWTUNmYSUMTXsOPOSZYheYlln-e-icxxuDGKPFHKKKGmM"
+     "OOKOPRGEISKMheQlln-e-icCxu1SYXTMYWWQoaUWNVauRRRVcajhaUoq-h-lfzzw"},
     {"el", false, {
-        {1253, 0}, {28597, 1}},
+        {1253, 0}, {28597, 1}, {10006, 9}},
      u"\u03AC\u03AD\u03AE\u03AF\u03B1\u03B2\u03B3\u03B4\u03B5\u03B6\u03B7\u03B8\u03B9"
      u"\u03BA\u03BB\u03BC\u03BD\u03BE\u03BF\u03C0\u03C1\u03C2\u03C3\u03C4\u03C5\u03C6"
      u"\u03C7\u03C8\u03C9\u03CC\u03CD\u03CE",
      u"\u0386\u0388\u0389\u038A\u0391\u0392\u0393\u0394\u0395\u0396\u0397\u0398\u0399"
      u"\u039A\u039B\u039C\u039D\u039E\u039F\u03A0\u03A1\u03A3\u03A3\u03A4\u03A5\u03A6"
      u"\u03A7\u03A8\u03A9\u038C\u038E\u038F",
-     "9GUOTdETLIEePOaIRINcNFW-GERWNhaQfg91----rx--v-y-wz-yo-poqvxuvx--w--xAovvvumTKIZLrHgKCJDRjOGN"
-     "CDtMPXyvz-SovowuMXFXbqrNlKHN8KQIGEFCtaEVUoz-5hvovtl-UTn-qOoIPFNanQIBBPtaORxvz-DpxxxvBTQJNILW"
-     "qSPLBYDOORDGulRhIx--7r---QsTNOlZ+NEJKKEWxHFIHDMKVp-lb-Tg9KLHAimUHzMpMkEjhxAjFkhflsp-XdUSemTK"
-     "DJG-LxG-SyADQHKYGoBuqod-P-LQVPZnvPOGJ-uv9-Hx6rtqo-CmLspnHzx-RSNTCwV-wCkbIQtkzSBLMOENWFFKKEMR"
-     "UhQrQhTcTVGQSsik4vIlIgXfdtAfehdbVolzNDnK5q+++yo-Nes-vNqNREElphLADIxXbX-+--dmZEHW9-suA-HvPqmB"
-     "i-DpTrnlGyv-QKOP9vMVT-BTQOMVQPvBIINYHUNLDM+aPbVT-PVrGGJL8hxPE-OkONKbg-DcKwtGNZn-PDROSmHHGIEr"
-     "fxB-FeGmELl-9courQNUz-MMNMdsLCIL9Py+A-I-FwyIS-FHvxuskM-cWIuV6nNNQN9-+RH-IVKt+xk-DtwzQFY---KM"
-     "YWPeLKTQBukm8xBnEikhfvFhgjgGKqn-QLIg9q-kYNdTIPQuZOGRKJGncHGGIOASTksfHnZsLTSMC-y+D-N-CrHrb-8r"
-     "BxuNY-f-QFaXcqHJMICeGjG-IVBVzPbdAlZyeMNTG-MKQL0myyywm-ryn-t+rurps-qntvsqw-+-+y--UuUlWNJXuXD-"
-     "8RIKrHv-PVwyS7HOO-QSMeftIPIQA---DmB-F+XTs-8zJ-eePu--JLST6nfYUlReNbhihJrVNHDYWEFJFEvUOU+Y-Ybg"
-     "BKCK9zprM-MRGnVmk+9mMolRQvt-JLRTQmQPKLI-su6-PQHqhlN-Ep8rnWWyv-KOTKRYRgPLRofgBs4iMcebaqBcbdaN"
-     "ekivNgknFltttrhfKLl-kPmieH5-lVGFBIqjd-vtx+7ovvvtfXLMnefYiQHEBdgJIEICtdObhoz-7krrsqgaQsO-aEkS"
-     "JHATIHFNDMpaXMcrvyKhoopnfjhKefgRelXD5ycZEIAHmUq-rpsv"},
+     "9GUOTdETLIEePOaIRINdNFV-GERVNhaQfg91----ox--u-y-vz-yo-pnrvxuvx--w--xAovvvumTJIZLqHgKCJDRjOGN"
+     "DDtLPWxvz-SovowuMXFXamrNlKHN8JQIGEGCtbEVUpz-5hvovtl-UTn-qOoIQFNanQIBBPtaORxvz-DpxxxvBTQIOILW"
+     "qSPLBYCOORDGulRhIx--7q---QsTNOlZ+NFJKKEWuHFIHDMKVr-lb-Tg9KLHAimUHzLpMkEjhx9jFkhflsp-XdUSemTK"
+     "DJG-LxG-SyAEQHKYGoBurod-O-LQVPZovPOGJ-uv9-Hx6rtqo-CmLspnHzx-QSNTCwV-wCkbJQtkzSBLMOENWFFKKEMR"
+     "UhQrPiTcTVGQRsik4vIlIgXfdtAfehdbVolzMDnK5q+++yo-Oes-vNqNRFElphLADIxXbX-+--cmXEHX9-suA-HvQqmB"
+     "g-CpUrnlGyv-QKOP9vMVT-BTQONVQPsBIINYHUNLCM+aPbVT-PUrGGJM8hxPE-NkONKcf-DcKwtGOan-PDROSnHHGIEr"
+     "cxB-FhGmELl-9dourQNUz-MMNMdsLCILAOy+A-I-FwyIT-FHuxusjL-bWIuV6nNNQN9-+RH-IVKt+xk-DtwzQFY---KM"
+     "YWPeLKTQBukm8yBoEikhfvFhhjgFKqo-QLIg9r-kYNdUIPQuZOGSKKGmcHGGIOASTksfHnZsLTSMC-y+D-N-CrHrb-8r"
+     "BxuNY-e-OFaWcqHJMICeGkG-IUBVzPbdAlYyfLMTH-MKQL0myyywm-ryn-t+ruqps-qntvsqw-+-+y--UuUhWNJXuXD-"
+     "8RIKrHv-PVwyS8HOO-PSMeftIPIPA---DmB-F+WTs-8zJ-dePu--JLRT6qgZUlRfNbhihJrVNHDYXEFJFEvTOU+Y-Zbg"
+     "BKCJ9zprM-LRGnVmk+AmNolRPvt-ILRTQmRPKLI-su6-PQHqhlN-Ep8rnWXyv-KOTKRZRgPLRofgBs4iMdebapBcbdaM"
+     "ekivNgknFmtttrhfKLl-kPmieH5-iVGFBHrhd-vtx+7ovvvufXLMnegZiQHEBcgJIEICtdOZivz-7krrsqgaQsO-aEkS"
+     "JHATIGFNEMpbYMcrvyKhoopnfjhKefgRelXD5ycYEIAHmUq-rpsv"},
     {"en", true, {
-        {1252, 0}, {28605, 4}},
-     u"\u00B0\u00B2\u00D7\u00E0\u00E9\u00ED\u2013\u2014\u2018\u2019\u201C\u201D\u2026",
-     u"\u00B0\u00B2\u00D7\u00C0\u00C9\u00CD\u2013\u2014\u2018\u2019\u201C\u201D\u2026",
-     "8GKHJLIPPHcVMLLIJbLGEMQLaTcq-u---tqk-WkyGtJFIkUHjKiTCJCvLjDHCMNWVLo-----------q-FEWUY9icrFRp"
-     "BVZDU-INUEyw-Fj-----------j-KDdOXDcmCIiEKcsAXoIVBHtjkSu-------------5JcgN9dSYCWeSeUGa-NNRPYY"
-     "gT-----e----r-ho6KUIFPOTjVfgJLEaPWCFIjQRLUo-----------lm9FnjbIJbu8--Nbl9h-HSKNrq-Q----------"
-     "--o-6NSga8XQIH--NXIOYrEMOJhq-jd-----------kgBCgXf4xmjD--XXfEj-SWKT-p-Yg-----------tuSMPHJKKK"
-     "vnyXDI8EPiLDEcM-RsO-----------o-HIfaa7ddbKwYZcRAHvXXV8Qglgr---J------vv-7BVXa8gKeG-vVSIZS-YG"
-     "NIkShh----------m-e-BFYZJ8WgyC-oDfkES-XNKJWa-Ig-----w-----q-C9Ije8jwiG-oSKRDE-jPYKeW-a--i---"
-     "----t-i-8IiKEFQCgMuQPXNFUqcGCKOw-Tq---------a-loDQTKNVHPoThTIHALJ-AMGFNIYnq---------s-ysDAYY"
-     "RBfTPK-aEZaEH-COFJd+dS------------ilFURbbUdecXwkZdXXcvYVO1iZmhs----------vv-9FYNM8WNkF-SULOE"
-     "a-KIIOSZ-Lt---------k-mu6LYNdBXnJF-QVWXKJhdICLcUxOr---------l-gg8GgSdCamAC-dTaeDS-JLNQtUjNl-"
-     "w--+----t-hoHNQPOHROvMt-EECWF-DBCqssQlh-----------p-L9ikX4iYpA-xndlNa-gihdvujj--------------"
-     "9DnlbGmYA8-yUfGHf-ILYjwgiv-------------p8ISJgEWnVC-ibRbWB-ac8gfdSMW-----------d-3XRXeHfcqO-i"
-     "ONQDG-WFJjnW-ib-----------phCLYee3ghfIznUPbBfzbYZalcpVU----------zz-4JRNMGPQOJiVLPJJOhKKIOUT"
-     "YSe----+---vphhs6IQMLFOPNIhVKOIINgJJHNTSXRd+--+z--+uoggr6IQMLFOPNIhVKOIINgJJHNTSXRd+--+z--+u"
-     "oggr4JSNNGPQOJiWLPJJOhKKIOUTYTe--------vphhsCJSNNGPQOJ6WMPJJJiKKIOUTYTe--------wphhs9HPLKENN"
-     "LGgTJMHGMfHIFMIQWQcz--yy--ztnffp5IRMMFOPNIhVKOIINgJJHNTSXSd+--+z--+uoggr4JRNNGPQOJiWLPJJOhKK"
-     "IOUTYTe----+---vphhsAJUQJJSSQLlYORMLRkMNKRXVbVh--------L5kku7QZUUNWXVQpdTWQQVpRC5Vbafal-----"
-     "----woozEMNONONQTQwkPQPRNwQNOKWQahs----------v3-0XgbbUdecXwkadXXcwYYWcihmhs----------vvU1OXS"
-     "SLUVTOnbQUOOTnPPNTZYdYj---------ummx"},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
+     u"\u00B0\u00B2\u00D7\u00E0\u00E9\u00ED\u02DA\u03C0\u2013\u2014\u2018\u2019\u201C"
+     u"\u201D\u2026",
+     u"\u00B0\u00B2\u00D7\u00C0\u00C9\u00CD\u02DA\u03A0\u2013\u2014\u2018\u2019\u201C"
+     u"\u201D\u2026",
+     "8GKHJLIPPHcVMLLIJbLGENQLaTcq-u---vztqk-WlyGtJFIkUHjKkTCJCvMmDHCNNVVLo-------------q-FEWUY8ib"
+     "rFRpBWZDU-INUExw-Fj-------------j-KDeOXDcmCIjEKcsAXoIWBHtjkSu---------------5JdgM9dSYCWeSgUG"
+     "a-NNRPYYgT-----e------r-ho6KUHFPOTkVffJLEaQWCFIjQRLUp-------------lm9FnjbIJau8--Nbl9h-HSKNrr"
+     "-Q--------------o-6NSha8XQIH--NXIOYsEMOJhq-jd-------------lgBCfXf4xmjD--XXfEl-RWKT-p-Zg-----"
+     "--------tuSNPHJKKKvnyXDI8EPhLEEcM-RsN-------------p-HIfaa7cdbLwYZcRAGvXXV8Qglgr---J--------v"
+     "v-7BVWa8gJeG-vVSIZS-YGNIkShh------------m-e-BFYZJ8XgyC-oDgkES-XNKJWa-Ig-----w-------q-C9Ije8"
+     "jwiG-oTKRDE-jPYKeW-a--i---------t-l-8IiKEFQCfMuPPXNFUqcGCKNw-Uq-----------a-loDQTLNVHPoTiUHH"
+     "ALJ-AMGFNIYnq-----------s-ysDAYYRBgTPK-aEZaEH-COFJd+dS--------------ilGUQbbUdecXwkZdXXcvYYO1"
+     "iZmhs------------vv-9FYNM8WNkF-SULOEa-KIIOSZ-Lt-----------k-mu6LYNgBXnJF-QVWXKJheICLcUxOr---"
+     "--------l-hg8GgSdCanAC-cTafDS-JLNQtUiNm-w---------t-hoHNQPPHQOvMt-EECWF-DBCqssRmg-----------"
+     "--p-L8ikY4iYpA-xndlNa-gihdvujj----------------9DnlbGmYA8-yUfGHf-ILcjwgiv---------------p8IRI"
+     "gDWnUC-ibSbWB-ae8gfdSMW-------------d-3XQXeHfcqO-iONQDG-WGJjnW+ib-------------p-CLYee3hhfI+n"
+     "UPbBgzbYZalcpUT------------zz-4JSNNGPQOJiWLPJJOhKKIOUTYTe----------vphhs6IQMLFOONIhVKOIINgJJ"
+     "HNTSXRd+--++----+uoggr6IQMLFOONIhVKOIINgJJHNTSXRd+--++----+uoggr4JSNNGPQOJiWLPJJOiKKIOUTYTe-"
+     "---------vphhsCJSNNGPQOJ6WLPJJOiKKIOUTYTe----------vphhs9HPKKENNLGgTJMHGMfHIFMIQWQcz--yy----"
+     "ztnffqAIQFLFFOMHhUKNIHNgCJGNTRXRd+--zz----+uoggr7HQLLENOMHgUJNHHMgIIGMSRWRcz--zz----+tnffq5I"
+     "RMMFOPNIhVKOIINhJJHNTSXSd+--++----+uoggr4JRNMGPPOJiWLPJJOhKKIOUTYSe----------vphhsAJUPJJSSQL"
+     "lYORMLRkMNKRXVbVh----------L5kkv7QZUUNWXVQpdTWQQVpRC5Vbafal-----------wppzEMNOOONQTTwkPRPRNw"
+     "SNOKWQahs------------v3-0XgbbUdecXwkZdXXcwYYWcihmhs------------vvU1OWSSLUVTOnbQUOOTmPPNTZYdY"
+     "j----------+ummx"},
     {"eo", true, {
         {28593, 3}},
      u"\u00B5\u00E1\u00E7\u00F6\u0109\u011D\u0125\u0135\u015D\u016D",
      u"\u039C\u00C1\u00C7\u00D6\u0108\u011C\u0124\u0134\u015C\u016C",
-     "7IPTGFMSSNWHGJHOHjNIMPMcckes---OV-kQ+8mMSOhaRnbFKCMDlO-FCHfOwijT-----XwPbJEDZXYHfbyCRl7ScDX-"
-     "GSJGd--Vg----ew--yxGFqWP8eeK6mNSTbBa-QVNTh-d-v----wv--xwHCZka8aipBifXab7e-RZaHdp-j---------g"
-     "-9QKOOXONoSUGFLBYSvADKcNiWgQ----iWv-amGCqWUBNbj8hkJVX9V-JWOHp--bv----wv--xwGCbfVHWbW9eiUSDBX"
-     "-DTUBU---h----yy--+zC7bkVBUhFDgeYTUCX-RbKSbdyZo----pp-vrpBJNRKENDoWyKIKDGPrNFFJN-c-S----WOr-"
-     "f-3NimpKvs-blabW8ET-iYLWl--nn---n++--n+PAcHUKoflDtfLgi8hqGFEEN--pP----------E7adMEQbh9iSRVXB"
-     "P-dLKLQksck----he-sU-F7IogAWueEgVVWU9G-cZVMf---o--------p-7IjOGDTNWGoMaWdDW-hKDHS--qh--u-aO-"
-     "-g-6eVQPlZTjhDMLFBbK-DFRYLem-Z----fi--j-ICeFVCeZcIrkEaS8ZoAUMNde-d+-o--++----6IUVPJVScJRPMPK"
-     "IQuIJH9TljkZ----aa-gcaEBZWNCUKlCqPVJP8V-WLKHOl-Z-----UUlii-7JjWYEbqX9qKZggKJscZ9GY-sd-------"
-     "---sI6ebYCYgVBWaZWWAX-DVWKgo-X-----------AKLiQVOZhREHHBCOK-FLIYh-e-H----og--joM5csWBsqz8fSVi"
-     "dCf-cagOj-l-k----xx--zy7ESbICbYICRVPQIHW+LNSVZJUQf----gg-mih5JMKXHUbPIZXRKQND-URCXbuKWi----i"
-     "i-pkj5PKTPJTajKYWOLGMC-TIFRTRqVh----hh-ojiJAamgCdWt7ibaHO9c-daaFkX+-r----rr-xtsAFRSMGSPYGOLE"
-     "HHFNrIDJMQighW----XXzdZX9EQRGFRPYGNLILGFMqIIILPifgW+---WWycYX9EQRLFRPYGNLILGDMqIIILPifgW+---"
-     "WWycYX9EQRLFRPYGNLILGFMqFIILPifgW+---WWycYXPEllf7ljs4hbdfbLb-ZcdFc-z-q----rq-xsrQAlmgImjs5hf"
-     "dgY8U-cdaHk-+-q----rr-xer9CRSMGSQZBOMJMFGNsJJJMRjghX----XXzeZYNBffSJfWmObVXMV2b-WWXJewtvk---"
+     "7IPTGFMSSNWHGJHOHjNIMPMcckes---OV-kQ+8mMROhaRnbFKCMDlO-FCHfOwijT-----XwPbJEDZXYHfbyCRl7ScDZ-"
+     "GSJGd--Vg----ew--yxGFqWP8eeK6mNSTbBa-QVNTh-d-v----wv--xwHCZka8aipBifXab7e-SZaHdp-j---------g"
+     "-9QKOOXONoSUGFLBZSvADKcNiVgQ----iWv-amGCqWUANbx8gkJVX9V-JWOHp--bv----vv--xwGCbfVGWbW9eiUSDBX"
+     "-DTUBU---h----yy--+zC7bkVAUhFDgeYSUCX-RbKSbdyZo----pp-vrpBJNRKENDoWyKIKDGPrNFFJN-c-S----WNr-"
+     "f-3NimpKvs-blabW8ET-iYLWl--nn---n++--n+PAcHUKoflDtfLgi8hpGFEEN--pP----------E7adMEPbh9iSRVXB"
+     "P-eLKLQksck----hf-sU-E7IogAWueEgVVWU9G-cZVLe---o--------p-7IjOGDSNWGoMaWdDW-hKDHS--qh--u-aO-"
+     "-g-6eUQPlZTjhDMLFBbK-DFRYLem-Z----fi--j-ICeFVCeZcIrkEaS8YoAUMNde-d+-o--++----6IUVPJVScJRPMPK"
+     "IQuIJH9TljkZ----aa-gcaEBZWNCUKlCqPVJP8V-WLKHOl-Z-----UUlii-7JjWYEcqX9qKZggKJscZ9GY-sd-------"
+     "---sI6ebYCYgVBWaZWWAX-DVWKgo-X-----------AKLiQVOZhREHHBCOK-FLIYh-e-H----og--joM5csWBsqz8fRVh"
+     "fCf-cagOj-l-k----xx--zy7ESbICbYICRVPQIHW+LNSVZJUQf----gg-mih5JMKXHUbPIZXRKQND-URCXbuKWi----i"
+     "i-pkj5PKTPJTZjJYWOLGMC-SIFRTRqVg----hh-njiJAamgCdWt7ibaHO9c-caaFkX+-r----rr-xtsAFRSMGSPYGOLE"
+     "HHFNrIEJMQighW----XXzdZX9EQRGFRPYGNLILGFMqIIILPifgW+---WWycYX9EQRLFRPYGNLILGDMqIIILPifgW+---"
+     "WWycYX9EQRLFRPYGNLILGFMqFIILPifgW+---WWycYXPEllf7mjs4hbdfbLb-ZcdFc-z-q----rq-xsrQAlmgImjs5hf"
+     "dgY8U-cdaHk-+-q----rr-xer9CRSMGSQZBOMJMFGNsJJJMRjgiX----XXzeZYNBffSJfWmObVXMV2b-WWXJewtvk---"
      "-lk-rmlS3jkXAkhrLgdFRZGa-UbOHi+yzo----pp-vrp3GSlVKPMsGhWGUYSg-HTHaS-z+O----qq-wsr"},
     {"es", true, {
-        {1252, 0}, {28605, 4}},
-     u"\u00AA\u00AB\u00BB\u00E1\u00E9\u00ED\u00F1\u00F3\u00FA\u201C\u201D",
-     u"\u00AA\u00AB\u00BB\u00C1\u00C9\u00CD\u00D1\u00D3\u00DA\u201C\u201D",
-     "7IQHEEMQQLdcHLLMHQNGKKQXbQf-gvjgo-fei-7fNGEfZTjUTXEJFuQVBFKUUgeQW--u--fT-n-pGEbWWEenn9P-BbhH"
-     "c+AMNHgo-MT---Weo-SU-oKCpJaFhfF9-RLXk9ZvKXFGkw-n---wswV-Ww--FDecS4gbhDqhcYTBZqQXdLZZwk---w-h"
-     "Y-g--o7MQHLUQQleSsFLBTSVDBLXUgOaa--ot-rc---oEGgXXGKbd5-kPSZBhQKNIGxd-c----ZkW-o---DEffgDeULC"
-     "--PVEJMdDRW9no-zW--ooo--cK--E9uXb7eiRB--dYfCfzUbEQgb-ff---+ab-x--nLHLEHILKueakJKAEMaJFInJ-Tu"
-     "N---kV-yE--yHDmee4VmoNvxehc9YrcceCovtqv---szv-px--7JOXU6MKcGudVTMPTdbJOMZQrVt---ryt+ov-Z89ec"
-     "XCdQkC-eKQdCWUdOMNVhqVi--shgO-bo-oI9EbX9r+lD-XRTVDDmcSSJhXkp---pKWc-aY-l7EmIHENNqIeZTeXFaVfJ"
-     "BJPyufZ--ueml-fP-m7bOKMhQQicceLHCTKZBBNRZWfkh--v-------lGAeIYEchfL-XGdgAT-BKLFaipQ---tMbW-ie"
-     "-tLcqiKdqqsg+-iZVdlvhcd0sjxuz--jx-z-u---AAcKNAVMrEifTJSDUdKLLPSnubj--sNjS-V--u5JZLSCcdRD-eWV"
-     "iHJeYSBKehpS---ooqa-Zs-uEAfSZ9XiLCwhWQWCQoDRQLdRhTk--xOcW-al-pIFOIM9TRqHa-JIAcOtHFFhg-PSX---"
-     "eTaut--uGAaeT8civC--Ybf8czacUWd--xm---LQI-i---A7ePQHTeIDwRXVOKMrONMgoBfbv---t+v-qx--7KWJSMOo"
-     "b9yzScaTDtaSAidPGUV--du-x-rz-h3JUSaJrrtZ--YKOIKwHGKHjkyY+--kyg+-kS--94mKUEVSoHwybRWJiPdYeYev"
-     "uqf---W+v-Uy--8FRJJDQRSHacJMHGMWHHILSaYVZ-ppXeZgUcrrEFQNLKFYQMRkLPPMPdKFJOahgch-x6fmhockzz1N"
-     "YRRLYZaPikRUPOUePPQTaigch-xxfmhockzS8dXIhcPArfy+FIBfXVNBGcryOty---v-y-s+--CMiTXViikYrtKd7YOn"
-     "E7HckrPmr---ovrylt--H7TMKGKOodwybJ8KTsdJGhfwWrP---t+v-qy--O7gYYQgghWprYbW3blWWYVhpnkp---mtZw"
-     "Yr--LgshLfsaui--JQ1hXxLXkmk-bw----y---v---HPOBZTPkmauvD88aapSFKemtrot---qyt+nv-dGGMEPGPMMGhi"
-     "KHJNCcFGIDZgebg-vvelgnbixx2LXPPKXXZNhiPTNNScONPRZgebg-vvdkgnaixx"},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
+     u"\u00AA\u00AB\u00BB\u00E0\u00E1\u00E9\u00ED\u00F1\u00F3\u00FA\u03C0\u201C\u201D"
+     u"\u2026",
+     u"\u00AA\u00AB\u00BB\u00C0\u00C1\u00C9\u00CD\u00D1\u00D3\u00DA\u03A0\u201C\u201D"
+     u"\u2026",
+     "8IPHEENRQLecHLLMHQNGKKPXbQh-dt-jhn-ge-h+y7hMGEfZTiWTZEKGuQUBFLTTieRU--s---eT-n--qnFEaTWDfnn9"
+     "PoBahGc+BMNHko-MS----Vdo-RT--ppKCmJaFidF9oQKXh9avKYFGkw-m---s-iwW-Vs----GDebR4hchDqhdYYAYqQY"
+     "dLaZsl---q--eY-g---o-7NRHLUQQldSoFLBTSWDBLaTgOaZ--n-v-rb----oyFGdSYFKbd5-kOUaBhVJMJGxiobo---"
+     "-biT-o-----DDcaeCdWMDo-NVEINgDRU9fo-zb--k-ok--hL----F8lXa7elRA-mdcfDVyVcFOla-dd----zab-x---m"
+     "-LHLEHILKuhYkKKBENaJFIoI-UuN----iV-yE---y-IDeee4WmoOvfehc9WrcceCnwtqv---Xszv-px----6IQVS7MJc"
+     "GudUSMOTdbJOLcQsVt----qxt+ov--Z-88dYVCcQmD-dLQfCYUePMNViwWh--s-hiO-bk--owI9FcW9m+lD-XSVWDD-Y"
+     "TSJhXji---n-KVb-aX--k-7EnIHEMNpIeZSeaFcUeJBKPysfX--s-dnn-dO--p-6bOKLiRQibdfLHCUKXBBMRYXdng--"
+     "s---------krG9eJaDddfK-WGggAT-BNLFatlS---p-MbY-hd--t-KdijPdqrsh+-ZZUdmvhcf0sjyvz--k-x-z-u---"
+     "--9AbKNAUNrEigTJSDUbKMKPSl-ai--p-NeS-X---uq5JaLSCeeSD-eYVjHJdXTBKdgpT--yn-qsY-Ys--smFAeTb9ak"
+     "LC-gXRZCRsDRRLfSeTj--q-OaX-Ym--p-JFOIM9SSqIZ-IIAbOtGEGgi-PSX----fTZut---u-HAbcU8YfwC--Ybc8fz"
+     "acWTd--yn----LQJ-g-----A7dRRHYaHCvQWXOJPqNKNfnDeau----syu-pw----7KUJWMPoY9xzTaaSDdWSAiWUOPU-"
+     "-d-u-w-gz--h-3JVTaJrjtZ+-XJPIKwKHJJskye+--k-xk+-jR----94eKbFnnpIwybTdIiNdYfTfxurg----T+v-Ry-"
+     "---8FQJJDRRTHacJMHGMVHHILSbYVZ-mm-XeZgUc-qqvEFLLNMGbTLTmLRRMRfLGLQcTifj-w5-hojqel-++-1PaTTNa"
+     "bcRkmTWRQWfRRSVckifj-ww-hojqel-+U-7FRJJERRTHacJNHHMWHHJLTbZVa-nn-XeagVc-rrv8ddJecOBrfy+EHBfU"
+     "TMAHcqzNty----v-y-s+----CMXNXVijkYTtKe7YOnD7FcksSmr----ovrymt----G7TKHIJOpdwyYH8KUraJGhfxVrP"
+     "----t+v-qy----P6gYYQghiWqrYcX3blXWYWiqokp----ZtZwZr----KgshKfsaui--IQ1hXxLXemk-Zw+----y-+-v-"
+     "----GQNBZUMlmbuwD79abpRFKfmuspt----ryt+ov--e-8FQJJDRRTHacJMHGMVHHILSbYVZ-mm-XeZgUc-qqvFDMGPJ"
+     "PMMFhiMIJKCcHGIDZhfcg-tt-elgnbi-xx-2MXQPKXYZOhiPTONTcOOPSZhfcg-tt-elgnbi-xx-3JVNNHVVXLegNQLK"
+     "QaLLNPWfcZd-qK-bidkYg-vvz"},
     {"et", true, {
         {1257, 0}, {1252, 0}, {28605, 3}, {28603, 3}},
      u"\u00E4\u00E7\u00F5\u00F6\u00FC\u0161\u017E\u201C\u201D",
@@ -661,83 +801,82 @@ constexpr LanguageModel MODELS[] = {
      "-WiYyuwt"},
     {"fa", false, {
         {1256, 0}},
-     u"\u00AB\u00BB\u0621\u0622\u0623\u0626\u0627\u0628\u062A\u062B\u062C\u062D\u062E"
-     u"\u062F\u0630\u0631\u0632\u0633\u0634\u0635\u0636\u0637\u0638\u0639\u063A\u0641"
-     u"\u0642\u0643\u0644\u0645\u0646\u0647\u0648\u064A\u064B\u064E\u064F\u0650\u0651"
-     u"\u067E\u0686\u0698\u06AF\u200C",
-     u"\u00AB\u00BB\u0621\u0622\u0623\u0626\u0627\u0628\u062A\u062B\u062C\u062D\u062E"
-     u"\u062F\u0630\u0631\u0632\u0633\u0634\u0635\u0636\u0637\u0638\u0639\u063A\u0641"
-     u"\u0642\u0643\u0644\u0645\u0646\u0647\u0648\u064A\u064B\u064E\u064F\u0650\u0651"
-     u"\u067E\u0686\u0698\u06AF\u200C",
-     "AKPV-Ry-FFJdNONJVJQMKQdWpRaOPHVGHOLP-----HRsOh72-O----enm-tvrj-jrpov-w-u-rvpqmjklh-----r+-rp"
-     "5Bo6-pz+QTQthYfSVSeccjqkqYqXYXeQWXQU+-x-ySVyXc0boo-pz+TbZthjfXoWeccjqkqhqficeZWXYU+-x-yfnyfP"
-     "3QccrdopHPOiVXTLdLTRQXfYfWeTXRSOLMNJptmqnTcnTRMann-ozzSGStgiIKYLIKPiqjphEXhbBEAMJC+-x-yXnxXc"
-     "9SfftfqrKRQHXaANfNVGSZhbhYgWZTOQNLG9rvospVepWTFReetfpqJRPkXZVKeMUTSZgagXgVYSKFBFB8qunroVdoVS"
-     "Cw-klu-dmKMqRZNH-EGIOSXUkQcMaQHHBLRAXoqf-TmbVlDo------9UN-dgWL-AMOci-V-L-sSNKmNAPF--Sdmkm-VR"
-     "7q-k--SkGMh-VVIV-GYgUIoVeMLHTSUODIFG---hWt--RKAWjUykuv8GUpceaSjBZYXelflcladXCQRSLEvzswtaitaS"
-     "Givv-w--7Ra-oYmEvBNIjqxrxXxmpeKKTIDD-----mv-mXGgtt-u--7bIyTokEEJjRhnepYmuKTXGUOBJJ-----ks-kX"
-     "Ikxx-y--AjF-hsoUxFnVDJzEzqyRrlNYfEDC----Uoc-oZ7s-m-qbkBjY-x+cU-EvNdze--pdTcQYaFALD-c--qw--Pf"
-     "Hboo-pz+8bZtgj6XoIecQiqkqhq9iceZWXYI+-x-yfnyfc9oqh-h-gBPM-SaND-WhKPYSk-a-NYRaQHGCE-nfrkaWkNe"
-     "7lxx-c-YFIb-qeaNxLomSs+tzrzosVcFNFL7-----Zx-MaEmzk-+k-CI5-skRYzKqidu-K-W-NtNSPKOPC--elkTz-qM"
-     "9n++----CPF-svLC+LqbUu-f-SlSuKjLJKCH---Z-rz-NHFgtt-u--CLezmUkAtKkihowpvWvBnhCfXN8K----fkt-kZ"
-     "7ZmX-nxy9IXreRVVmBcaagoioFodgaHLUVKEy-vzwdlwda8fss-t-dBKdxkLjbsHiggmuouFtJUgJOaFEF---dOjr-jJ"
-     "EZmm-nxyNZFsfhdVmFcbahoiofodgacOUDR3y-vzwdlwdaAiuu-v--DOHRnplDvHljapVqxowlNIIFGGOE----clu-lU"
-     "Lamm-nyzAZYsfhdVGSPbahpipgodhbFYQWJ3z-w+xdmxdbCkxx-x--8cD-hFofxFJdLSQhLIybJROeXIPE---e-ow-oT"
-     "Fhuu-u--AHNzmpkFuIkMILbBwIvKeiDZcJUG----Rkt-kYCn++-+--AdMOgvrJ+CVJPu-w-b-ruoINAEMJ-fTh-gk-rL"
-     "8lyj-z--CHHbraiWyVehht+OSTUOXRhHOHGA----jex-PGBp-----aAWHVPKRP-MQQOf-W-MjbKJPQKIEB-ok--Xb-UK"
-     "8tq----nFRJ-OZcA-TaPJU-bMd-fPQkHTGHD-rrrrmk-IN3spf----BhS-l+vP-OhVWz-+-y-dzthKLPXO-----v--vC"
-     "Dq-g-o-oCOP-IfgC-ESMJZTU-OgWOYLOBPgA--k--aWdZg7v-la--tGUN-RXYE-FULHZdf-ahUXLPMFMNI---mpYUZQF"
-     "2ReetfpqJRPjWZVNeMUSSYgagXgVYSUPMNOKqunroVdoVSDPccrdnoHPNhUXTIc7SCQWeYeVeTWKRNHLMIoslpmLbmTQ"
-     "GTggvhrsLIRlZbGAg5WHUbiciZiXaUWROJQMswptqXfqXUAQddseppIQLjWYUJdFKJRYgZfBfUYRGCLMOIqtnroNdnNS"
-     "GSffugrrFNKlYQWOfNWUT6ibhZhDZTDRJJQGsvptqWfpWUFkxx-y--BkP-psFgT7nJNrztzqyorfRiJRL9-aVi-ow-Pb"
-     "Dcpp-p+-AbauhkgXpEfJOjrZriqgSGeQEGHF--y-zBZzOJFTffugrrGSRlYaWOfLWUTaibhZhWaTVRN7HEsvptqWfq7U"
-     "Dkxx-ya-Cji-dsodG9AUErztzqybrlXaOUHD---i-ow-oMPnzz-Q--ELFUOkQHkLMHIRSg-V-PuGbPK7LV-----PZlGa"},
+     u"\u0621\u0622\u0623\u0626\u0627\u0628\u062A\u062B\u062C\u062D\u062E\u062F\u0630"
+     u"\u0631\u0632\u0633\u0634\u0635\u0636\u0637\u0638\u0639\u063A\u0641\u0642\u0643"
+     u"\u0644\u0645\u0646\u0647\u0648\u064A\u064B\u064E\u064F\u0650\u0651\u067E\u0686"
+     u"\u0698\u06AF\u200C",
+     u"\u0621\u0622\u0623\u0626\u0627\u0628\u062A\u062B\u062C\u062D\u062E\u062F\u0630"
+     u"\u0631\u0632\u0633\u0634\u0635\u0636\u0637\u0638\u0639\u063A\u0641\u0642\u0643"
+     u"\u0644\u0645\u0646\u0647\u0648\u064A\u064B\u064E\u064F\u0650\u0651\u067E\u0686"
+     u"\u0698\u06AF\u200C",
+     "9K-Ry-FFJdNPNJVJQNLQdXpRaOPHVGHOLP-----HRsOg72----enm-tvrj+irpov-w-u-rvoqmijlh-----r+-rp3Qrd"
+     "ooHPOiVXTLdLTRQXfYfWeTXRSOLMNJpsmqnTcnTRMa-oyzSGStgiIKYLIKPiqjphEXhbBEAMJC+-x-yXnxXc9StfqrKR"
+     "QHXaANfNVGSZhbhYgWZTOQNLG9rvospVepWTFRtfpqJRPjXZVKeMUTSZgagXgVYSKFBFB8qunroVdoVSCwlu-dmKMqRa"
+     "NH-EGIOSXUkQcMaQHHBLRAXoqf-TmbVlDo----9UN-dgWL-AMOci-V-L-sSNKmNAOF--Sdmkm-VR7q--SkGMh-VUIV-G"
+     "YgUInVeMLHSSUODIFG---hWt--RKAWykuv8GUoceaSjBZYXelflcladXCQRSLEvzswtaitaSGi-w--7Ra+oYmEvBNJjq"
+     "xrxXxmpeKKTHED-----mu-mXGg-t--7bIyTokEEJjQgnepYmuJTXGUNCJJ-----ks-kXIk-x--AjF-hsoUxFnUDJzEzq"
+     "yRrlNYfEDC----Uoc-oZ7s-qbkBiY-x+dU-EvNdzd--pdTcQYaFALD-c--qw--PfHb-pz+8aZtgj6XoHecQiqkqhp9ic"
+     "dZWXYJ+-x-yfnyfc8o-h-gBPM-SZND-WhKPYSk-a-NYRaQHGCE-nfrnaWkNe7l-c-YFIc-qeaNxLomSs+tzrzorVbFNF"
+     "L7-----Zx-MaEm-+k-CH6-sjRXzKpidu-K-W-NtNTPKOPC--ekkTy-qM9n----CPF-svLC+LqbUu-f-SlRuKjMJKCH--"
+     "-Z-rz-NHFg-u--CMezmUkAtKjihovpvWvCnhCfXO8K----eks-kZ7Z-nxy9IXreRVVmBcaagoioFndgaHLUVKEy-vzwd"
+     "lwda8f-t-dBKdxkLjbsHiggmuouFtJUgJOaFEF---dOjr-jJDZ-nxyNZFrfhdVmFcaahoiofodgacOUDR3y-vzwdlwda"
+     "Ai-v--DOHRnplDuGljapVqwowlOIIFGGOE----clu-lULa-nyzAZYsfhdVGSPbahpipgodhbFYQWJ3z-w+xdmxdbCk-x"
+     "--8cD-hGofxFJdLSQhLIybJROeXHPE---e-ow-oTFh-u--AHNzmpkEuIkMILbBwIvKeiDZcJUG----Rkt-kXCn-+--Ad"
+     "MOgvqJ+CVJPu-v-b-quoINAEMJ-fTh-gk-qL8l-z--CHHbraiWyVehgt+OSTUOXShHOHGA----jix-PGBp---aAVHUPK"
+     "RP-MQROf-W-MjbKJPQKIEB-nj--Xb-UK8t---nFRJ-OZbA-TaPKU-cMd-fORkHTGHD-rrrrmk-IN3s----BhS-lzvP-O"
+     "hVWz-+-y-dzthKMPXO-----v--vCDq-o-oCOP-JfgC-ESMJZTU-NgWOYLOBPgA--k--aWeZg7va--tGUN-RXYE-FUMHY"
+     "df-ahUXLPMFMNI---mpYUZQF2RtfpqJRPjWZVNeMUSSYgagXfVYSUPMNOKqunroVdoVSCPrdnoHPNhUXTIc7SCQWeYeV"
+     "dTWKRNHLMIoslpmLbmTQGTvhrsLIRlZbGAg5WHUbiciZiXaUWROJQMswptqXfqXUARseppIQLjWYUJdFKJRYgZfBfUXR"
+     "GCLMOIqtnroNdnNSGSugqrGNKlYQWOfNWUT6hbhZhDZTCRJJQGrvpsqWfpWTFk-x--BjP-psFgU7nJNrztzqyorfRiJR"
+     "L9-aVi-ow-ObEc-p+-AbauhkfXpEfJOjrZriqgSGeQEGHF--y-zBZzOJFTugrrGSRlYaWOfLWUTaibhZhWZTVRN7HEsv"
+     "ptqWfq7UDk-xa-Cji-dsodG9AUErztzqybrlXaPUHD---i-ow-oMPn-Q--ELFUOkQHkLMHIRSg-V-PtGbPK7LV-----P"
+     "ZlGa"},
     {"fi", true, {
-        {1252, 0}, {28605, 4}},
-     u"\u00B5\u00E4\u00E5\u00F6\u00FC\u0161\u017E\u201C\u201D",
-     u"\u039C\u00C4\u00C5\u00D6\u00DC\u0160\u017D\u201C\u201D",
-     "7IUWTJUUORLEIJKIHfNGEQFaZQi+Y-v-y-YT7EbYVThcSFQHDMEfOuIGGJJildt-p---x--p7FXPUJfVmANeGQYER-KO"
-     "QGV-fNT-f-s----Z8GSOJFQcEMTFLPZDN-FMGPWgge--g-s----cGDWXa7YbwCcXZfg7V-UZXJQmqNq-N-e--m-aDQZY"
-     "HGaYRGVJFL9RQpHHBOOhYSz-W------eAHfQUIGWl9ldLQX9V-KQHFhffU--e-r----UAFMWOCYQNCncKQEGNhHOIEi-"
-     "-lT-gdt----WMCfiAAe-kGEObJfLW-RaBNP--KX-O--p---eBLZXNHcWSHRHJHBLR-IBCaKxdpi-S-a----uV5bpvA--"
-     "vOvnira8X-jffNh--d--C-e-----SBhhnCqqjD-EcilAc-WDQCgl-L--F-T----wOCfWdBdfd9SKALiGXxkZKFRlxSe-"
-     "I-S----mNAUni9l-h9joVJlKJ-hXaDh-lS--Bts----n5GhZTFhVWGZMaYFKXvdNEMY-vQz-I-Z----jCMZXLaVYIBNI"
-     "EJBML-ICFTPYqku-q------nI9gZYFeaXAydPbdDGsLKOEeokL--D-V----d8LiHXLigYMYQJPOMAxUMH8PonWt-R-e-"
-     "--rSLEbWTGdNH9FDXNaFX-JMILHhtNp-I-V----eEFoYfBenZAiLYWdKRpcG8JUnrOz-H-u----fEApfjDgsaClRhdmE"
-     "Z-SMCEimmI--E-N-v--iEMafJMbdTJQFGKEFS-JCECHscn--v------wP5ZcWFkin9+nToiDfujlgJj-tNu-C-g-----"
-     "ACVoODZVNAgVRMKFS-KDSYbGvUZ-Z-m---yZ4NJIQOLpVJgZTHUSI-XNEUPSaOL-a-m---zUEcgnNWniFLWFHIIhL-QD"
-     "8aK-rHh-S-G----i7MOkaBljbAbTMGRDY+XNPNWOVSw-U-h---uUBFaZPGaYQEQIIEHHOpMHEJMgfOl-J-W---jZ7b--"
-     "VVw-NIUMGKFPP-FMJvN--D--B-l-----CFaZQGbZRFRJGNHIOpMHFKMhgOm-B-X---jaASzyTczxNIQEGLBPO-QCCiU-"
-     "-F--PjK----zAFKZPGaYQEQIIMHHOpMHEJMgfOl-J-W---jZCCbaQDbZRFRGJNHIPqNIDGNhgPm-K-XL--kaBFaZPGaY"
-     "QBQIIMHHOpMHEJMgfOl-J-W---jZDJWPSNnldRdSSRNOa-ZMLWYQsby-W-j---w22SZYSQVcVRmbWVSYU-TPPYXVgXg-"
-     "f-s----9"},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
+     u"\u00B5\u00E4\u00E5\u00F6\u00FC\u0161\u017E\u03C0\u201C\u201D",
+     u"\u039C\u00C4\u00C5\u00D6\u00DC\u0160\u017D\u03A0\u201C\u201D",
+     "7IUWTJUUORLEIJKIHfNGEQFaZQi+Y-v-y-yYT7EbYVThcSFQHDMEfOuIGGJJildt-p---x---p7FXPUJfVmANeGQYER-"
+     "KOQGV-fNT-f-s-----Z8GSOJFQcEMTFLPZDN-FMGPWgge--g-s-----cGDWXa7YbwCcXZfg7V-UZXJQmqNq-N-e--m--"
+     "aDQZYHGaYRGVJFL9RQpHHBOOhYSz-W-------eAHfQUIGWl9ldLQX9V-KQHFhffU--e-r-----UAFMWOCYQNCncKQEGN"
+     "hHOIEi--lT-gdt-----WMCfiAAe-kGEObJfLW-RaBNP--KX-O--p----eBLZXNHcWSHRHJHBLR-IBCaKxdpi-S-a----"
+     "-uV5bpvA--vOvnira8X-jffNh--d--C-e------SBhhnCqqjD-EcilAc-WDQCgl-L--F-T-----wOCfWdBdfd9SKALiG"
+     "XxkZKFRlxSe-I-S-----mNAUni9l-h9joVJlKJ-hXaDh-lS--Bts-----n5GhZTFhVWGZMaYFKXvdNEMY-vQz-I-Z---"
+     "--jCMZXLaVYIBNIEJBML-ICFTPYqku-q-------nI9gZYFeaXAydPbdDGsLKOEeokL--D-V-----d8LiHXLigYMYQJPO"
+     "MAxUMH8PonWt-R-e----rSLEbWTGdNH9FDXNaFX-JMILHhtNp-I-V-----eEFoYfBenZAiLYWdKRpcG8JUnrOz-H-u--"
+     "---fEApfjDgsaClRhdmEZ-SMCEimmI--E-N-v---iEMafJMbdTJQFGKEFS-JCECHscn--v-------wP5ZcWFkin9+nTo"
+     "iDfujlgJj-tNu-C-g------ACVoODZVNAgVRMKFS-KDSYbGvUZ-Z-m----yZ4NJIQOLpVJgZTHUSI-XNEUPSaOL-a-m-"
+     "---zUEcgnNWniFLWFHIIhL-QD8aK-rHh-S-G-----i7MOkaBljbAbTMGRDY+XNPNWOVSw-U-h----uUBFaZPGaYQEQII"
+     "EHHOpMHEJMgfOl-J-W----jZ7b--VVw-NIUMGKFPP-FMJvN--D--B-l------CFaZQGbZRFRJGNHIOpMHFKMhgOm-B-X"
+     "----jaASzyTczxNIQEGLBPO-QCCiU--F--PjK-----zAFKZPGaYQEQIIMHHOpMHEJMgfOl-J-W----jZCCbaQDbZRFRG"
+     "JNHIPqNIDGNhgPm-K-XL---kaBFaZPGaYQBQIIMHHOpMHEJMgfOl-J-W----jZ8FaZQGaZREQIJMHIOpMHEJMgfOl-J-"
+     "W----jaDJWPSNnldRdSSRNOa-ZMLWYQsby-W-j----w22SZYSQVcVRmbWVSYU-TPPYXVgXg-f-s-----9"},
     {"fr", true, {
-        {1252, 0}, {28605, 4}},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
      u"\u00A0\u00AB\u00BB\u00E0\u00E2\u00E7\u00E8\u00E9\u00EA\u00EE\u00EF\u00F4\u00F9"
      u"\u00FB\u00FC\u0153\u2019",
      u"\u00A0\u00AB\u00BB\u00C0\u00C2\u00C7\u00C8\u00C9\u00CA\u00CE\u00CF\u00D4\u00D9"
      u"\u00DB\u00DC\u0152\u2019",
-     "8IQHDIKPTMXcFMLNGQMHLLNYbbdjWYS---UY------y-DgNIMbMJeGWeFKBnLOCIEFLfZUqu----c---Xr------DEaR"
-     "YIalUBO-8VfEcxFKOEl-zQT-------a-j-------FGdPVBee9J-MNcj9XoITEJjvuf-v-----WT---j----gBFcbS5ie"
-     "iFnraZiIW-LVcGgogc-o-----hG-----n--O6QUNUXWXqYrsLLEiUaCAHJUfOhQb----l-----------FFeXSMDfa6qm"
-     "PceCjkEIORm--Z-m-----iO---------DHcaf8fXRH-kOKAQMkDRYEnk--Pb-----XKo--------GBxZR8mkn7-bZTcF"
-     "ayMhIQwioVii-----SH-p-T-----INLELDLK-i-pEMDCMKHDGkMuT-Zy-----VT---------HIYKZ6WjjPTucXa7KcaZ"
-     "aEkuppcxyyH--sRx-------w6IRYP8NIlHxvOXKPfdPITLZRrRuzzzv--tRy-------xBBhaX7fclB-bGddHUckNOKXk"
-     "wXZq--o--VN--------PEALaW7iimGtVTEcEEpnOXS+g-j-k-----PLS--------8KfJGDMPnJobahKHabbDAJPulcda"
-     "---yUrPi------faKdQIMfQMkHcdME7SIdDMLAZUlQto------v-o--bo---H9fScDshKK-YFbnBItBNGLegqY-u----"
-     "-lKi--------MWumcZqssX--higZevbfe0slyy-l-----+q---------8EXOP9VNtF-caKOGTbMHHSTnoWjm---pdWHd"
-     "y-X--p--4JaRXFdcUG-cZYlHMTcHDIfe-Myh-----lN-----h--h7FgUaBdgNA-kXWhJTqELKPbWkSkj---h-NLey-d-"
-     "----CQTKQCUXfHb-KLCeLkAFCZMwLofs------Ra-------dFBhTV5jehC--ecfAinKcZWcinnoo-----fK---o-----"
-     "99dYNHXcFFxWWSJISoOMNXlAXqeazzv--tjy-------x5KrObCZhaE-+eZgeGtXWDia+NbL---+--yG---------7FXb"
-     "dEoqqd-+LIIRFtN7RcZjvvz--j+--yP---------3VeNQEXeeEywRJaPhpcUcbefsMQb--w--XMz-------y4NaVSTRi"
-     "hYtbTRYZRaRTYaibnnXBw8s-zqfv-------u2YjbaUfhhXtrZcYYbkXXXZhsnmq8vvr-zpfu-------t0YjaaUfhhXtr"
-     "ZcYYbkXXXZhsnmqNvvr-zpfu-------t0cnffYjllbxwdhcdgobbbdmwrrue++v--tjy-------xCLW4OHSMUKgeMPLL"
-     "PXKKKMUfaadijjezmcShr-owz-zgL5gXXQceeUqoWZU5YhUUUGeokjnssso-wmcr--y----qVepXQalOndzxU5VeiL8C"
-     "AfXyttw---x--vl+-------zBRRCNBHLkbV-OIRbIRBEFdP---qq------O---------RZkPcVgiiYutaAWadlYY1ajt"
-     "oorwxxs-+rgv-------vGQbMTMXZZPlkSN4RUdQP8Rakffjnook-riXnw-t----m9ITLLEIRRHdcJMFJMJHHHJRcXXaf"
-     "ggbxjZPeo-ltw-wdLTeWWPaccSon5KOUXfSS5Ucniilqrrm-ukapz-w----o2MYPPIUWWMigORMNQZMMMOWgbbfkkkg-"
-     "oeUjt-qy---iBLWOOHSUUKgfMILMPX6KDMVfaaeijje+mdShr-oxz-zhAITLLEPRRHdcJNIJMUHHAJScXXbfggbxjaPe"
-     "o-luw-weDLWOOHSUUKgfMQLMPXKKK4Vfaadijje+mcShr-owz-zgS7ldd9hjQBvcbeaFemZZZBjupcsxyyc--rHR----"
+     "8IQHDIKQTMXbEMLNGQNHLLNZcbdiWYS---UY------x-DfNIMaMJeGVeFKBnKOCIEFLfYUhu----b---Yu------DEaQ"
+     "XHblUBO-8XhEbwELOFumzQg-------W-j-------FGcPVBdg9I-MLfk9XnITEJi-uf-v-----XT---e---vgBFbaR5ae"
+     "jFnraajIW-KUeGfoje-n-----iG-----l--N6QWMUXWYoYpoLKEfVaCAHJVgOhPb----m----y------FFfXSLDfd6q-"
+     "ObeCg+EIPQl--Y-i-----mO---------DGbZg8gXSG-iLKBQOkDSXEjk--Ua-----XKo--------GAxbR8mnn8-kXTdF"
+     "UyLhJPvioWii-----SH-o-T-----INLFLELK-hpoELDCNKHDFkMsU-ay-----UT---------HHYLZ7WkYPUucaa6KcaX"
+     "aDkvqpdxyyI--sPx-------v6FOXP8QIaFxvSXMPgoZIZKdSrQuyzzv--uSy-------wBBdWY7gciB-bGdgHVclOOKXk"
+     "wWqo--n--VN--------NFALdY7iilFtXVEeEEsnPZR+gsl-k-----PLS--------8JeJGDMPmJnbahKHadbDAKPukbdb"
+     "---yVrOd--y---fZKcQILgRMkHcdME7TIcDMLAZVkQjn------v-l--bn---I9jTXDnhLL-YFcnBItBOGLeima-u----"
+     "-lKh--------MUumiZqssW--higZevbie0tlyy-l------q---------8EYOP9VNxF-bZLOGUbMHHSSlpVhk---mbWHb"
+     "y-X--m--4JcRYFdcVG-aZYmIMTaIDIge-Myf-----jN-----f--g7GiUcBZhMA-oYXhITqFKKPcXmSih---g-NLey-d-"
+     "----DQTLQCVYeHcsKLDdLjAFCZMwLhfs------Sb-------cGBhYU5hehC--hZfAinJdZVginn-o-----gK---o-----"
+     "99cVQHWkGEwVVWKIRnKMOWkBXpdZyyu--six-------v4JeNbCYhaE-zUfgeFhXXEhZ-Pac---z--yG--------+7FXZ"
+     "bFohqa-+KIHRFtP7RZXjwvzj-j+--yO---------2LbXVFdmaJyweSdLgpcUcbmfsLMb++w--ZMz-------x4NXSRTSi"
+     "iYubTQZWRaRSYaibooXAw8s-+qgv-------t2YjbbUfhhXtrZdYZckXXXZitnnr7vvr-zqfu-------s0YjbbUfhhXtr"
+     "ZdYZckXXXZitnnqOvvr-zqfu-------s0cnffYjmlbxvdhcdgobbcdmxrrva++v--ujy-------wDLX4OHTMVLgfNQLM"
+     "PYLKLNVgbaeijjfzndTis-oxy-zgL5gXXQceeUpoWZU6YhUTUEepkjnrsso-wmcr--x----pVepUOZlOndzxV6WehL8C"
+     "AfXyttw+--x--vl+-------yBQQDNBHLmcV-MIQaHRBEFePq--qm------Q---------RZkPcVhjjZutbBWadmZY1bju"
+     "poswxxt--rgv-------uFQbMTMXZZPljRN4RUcPP8Ralffimnnj-riXmx-t----k9ITLLEPRRHdbJNFJMJHHFJRdXXae"
+     "ffbvjZPeo-luu-wcLTeWWPaccSom5IOUXfSS5Udoiimqrrm-ulap+-w----n2MXPPIUWVLhgORMNQYMLMNWhbbfjkkf+"
+     "neTit-pyy-+gBMXPPITWVLhfNJMNQY5LDNWhbbfjkkfzneTit-pyy-+gAIULLEQSSIdcKNIJMVII8KSdYXbfggcwkaQf"
+     "p-lvv-wdDLWOOHTVUKgfMQLMPXLKL4VgaaeijjezmdShs-oxx-zfT8meeAikRAwdcgbCfnaaaBlwqduyyzX--tHS----"
      "---v"},
     {"fur", true, {
         {1252, 0}, {28605, 4}},
@@ -771,18 +910,18 @@ constexpr LanguageModel MODELS[] = {
         {1252, 0}, {28605, 4}},
      u"\u00E1\u00E9\u00ED\u00F3\u00FA\u2026",
      u"\u00C1\u00C9\u00CD\u00D3\u00DA\u2026",
-     "8CKEJPJJTKZaHMGROmLGITggWhjRUSXU-AkOEFffIgA-nLIBPX-CJJh--fk-lxM-yrGCkYfIli4K-zLQbKQ-FXeI--x-"
-     "-XlYYV-GDqgXJdi5L-VKXaBX-FQSJ--f--LXcMT-6DeVkDimBCfaLdgLf-YbPOX----PNNaLj76cXTXZVhB-ZSUPGblR"
-     "VWcb-UlfFgpvtlFDjZeHKY8G-ydVYCl-JeRG--we-KCKWZ-BBXJVLSe7K--PTLEZhMYOE--z--QclMgh88MTXEPrkN--"
-     "OUJHm-JQIK---o-HLNSPiLKPOBiQHki-oCHBHKoCFGho-XkgrvjiN-E9ANONURKHnjOPLNAwMOOMKpgosRVSZWr6FPQN"
-     "HXUNGqlRSNNAzIIQFqsjrvUYVbZt9BRdZ9fagI--IThKW-TXIKgk-kkJKGRMeEEOTjLcm4K--MfMQK-aOQS-----ILOP"
-     "h-7BcPOFZPhM-jfKCVu-NRGN-----NRFOT-DdNFNjRGgE-kJ9CaU-CFLWkZk--nrivsgBBYSPAUXFM-xMPKJR-DOIR--"
-     "v--JFPTld9EQJLKROHGkfKMHKStGLKCjmdkpNRPVTn7EMLKHZNgG--SKXGe-JSGKm--c-JMJOJi8FfBdDWhIH-kMWcIL"
-     "-RaFP---c-HRMaO-CBpYYDca7L-aKYYNg-IWZRcg-e-EMPTN-JAWIPaRPb9-XKGGYQ-EBGd--W--WlOpn-AGMIEANRKC"
-     "njOPLKVwMOOJnpgosRNJZWr9DLMNMTQJCmiNKCJUvLNNSmFfnrQURYVq3HKRTIRWPMrnPNPSE-QTJRrtlsxVZXdbv6ET"
-     "JOJURKHniHKKJMwLGNMmpgOsQUSYWq7FRLMBSPIHlgINILTuKMLRlMelqPSQWUo9aJZSgnQd5--GVCgo-KLLm--z--ko"
-     "lgp-C6WZXcYgZ4-ydeSdk-bdXi--v--akhol-6ZeJUfSacb-+GhG6n-KMJlg-y--imkqo-8TfQIYJJV6yuZNHZY-DMMe"
-     "y+sz-cgdkh-5VQMHbifYC-wGNFbL-PCbh--u--ZjgmkU4FRLNLSPIIlhMNJMTuKMMRlnfmqPTQXUp"},
+     "8CKEJPJJTKZaHMGROmLGITggWhjRUTXU-AkOFFffIgA-mMIBPX-CJJh--em-lxM-yqGCkYfIli4K-zLQbLQ-FXeI--x-"
+     "-XlXYV-GDqgXJco5L-VKXaBX-FQSJ--f--LXcMV-6EeVkDimBCfaLdgLf-YbPOX----QNNaLj76cXTXZVhB-ZSUPGblR"
+     "VWca-UleFgpvtlFDjZeHKY8G-ydVYCl-JeRG--we-KCKWZ-BBYJVLSe7L--PTLEYhMYOE--z--QclMfh98MTXEPrkN--"
+     "OUJHm-JQIK---o-HLNSPhLKPOBhQHkh-oCHBHKoCFGho-XkgrvjiN-E9ANONURKHnjOPLNAwMOOMKpgosRVSZWr6FPQN"
+     "HXUNGqlRSNNAzIIQFqsjrvUXVbZt9BSdZ9fagI--ITgKW-WXIKgk-kkJKGSMeEEOTjLcm4K--MfMQK-aOQS-----IMOP"
+     "h-7BcPOFZPhM-jfKCVu-NRGN-----NRFOT-DdNFNjRGgE-kJ9CaU-CFMW-Zk--nrivsgBBYTPAUXFN-xMOKJR-DOIQ--"
+     "v--JFPTkd9EQJLKROHGjfKMHKStGLKCjldkpNRPVTn7EMLKHYNfG--SKXGe-JSGKm--c-JMJOJi8FeBdDWhIH-jMYcIL"
+     "-SaGP---c-HQMaP-CBpYYDda7K-aKYYNf-IWZRcg-e-EMOTM-JBYIPaRPb9-XLGFYQ-EBGd--V--WlOpn-AGMHEAMRKC"
+     "njOPLKVwMOOJnpgosRNJZWr9DLMNMTQJCmiNKCJUvLNNSmFfnrQURYVq3HKRTIRWPMrnPNPSE-QTJRrtlswVZXdbv6ET"
+     "JOJURJHmiHKKJMwLGNMmogOrQURYWq7FRLMBSPIHlgINILTuKMLRlMemqOSQWUo8aJZSgnQd5--GVCgo-KLLm--z--ko"
+     "lgp-C6WYXcYgZ4-ydeSck-bdXi--v--akhol-6ZeJUfSacb-+GhG6n-KMJlg-y--imkqo-7TeQHYLJV6yuZNHZY-DMMe"
+     "y+sz-cgdkh-5VQMHbifYB-wHPFbL-PCbh--u--ZigmkU4GRLNLSPIIlhMNJMTuKMMRlnemqPTQXUp"},
     {"he", false, {
         {1255, 0}, {28598, 5}},
      u"\u05BE\u05D0\u05D1\u05D2\u05D3\u05D4\u05D5\u05D6\u05D7\u05D8\u05D9\u05DA\u05DB"
@@ -791,62 +930,62 @@ constexpr LanguageModel MODELS[] = {
      u"\u05BE\u05D0\u05D1\u05D2\u05D3\u05D4\u05D5\u05D6\u05D7\u05D8\u05D9\u05DA\u05DB"
      u"\u05DC\u05DD\u05DE\u05DF\u05E0\u05E1\u05E2\u05E3\u05E4\u05E5\u05E6\u05E7\u05E8"
      u"\u05E9\u05EA",
-     "9G+HHPTCPQQVMmMFcFcLOLsMeSMOHL82-tsxvpn+wyn-xqwqzuxv-v-yursp93pbbgdLWQegTmVZfNhcfNtYoZQRNJAm"
-     "kpRXWJ9PHSDYZHLKVPVrYFkYRLLBCkNLRZLIDUGPBoSKuJWOQH-QHJOENHChzUIpCHAToq8viIPPKNXZ-hximJLHAkgE"
-     "RQNLClTsAyTFONdYhNWI+WVDJK6lPMQJPMJNNTJ-OPWFaLOK-K-MKLIGErYOGKHTKTMOGQPHMKJHMOWMSOOEMAHewJUa"
-     "eB9RWWDsSXUDgMfO+kvfT8hNBj+aHrCLCJpjAxjEYWVZJo-UdTNFOG7hyQNWmIAsPSAvbJoNVOXKfLxiJHUNCsmNJTIK"
-     "FVNLHTOKCHMIOQYOgNIGKF0bdaejhbXmikXpjciZlgjhxhrkgTYbRhgLFWHKBRLiCUiEfLLJVVkLxqaGLA8oQFKOSDFZ"
-     "NHEMPOZJdQUQfMbRLRKK0i+mlqcictprOwqepjsdqi-oyrnkbiNoYJQSMHBRILDQNNpTNJGF-KqKHKGG0dxjaolbSrmo"
-     "RubhnWpkgg-XwpbhjXQk-LOFNBBeKO7WLeYMMQPT-SnaLQLHDizXRNRKDtcFAKPKiFbGPaMDyfPIlJAj-nFXILERqNEy"
-     "TBJKZIrp-daMVENI1UmTXcaUQfbdSicVbVeZVaqakdZWXRQj-PUVVIDfUVCdfFreMKHDgpeUJBEC0ZrdKhfZRkgiXnha"
-     "gajehfvfpiebcZPgyLAFQI9rcc8voMcIZVoJfMSbdHjQCk-UGsJJ8igJBysGrXMNIPYP+KpIML8n-MMQRHBWPOBMLaWO"
-     "hVTSbZTQOYGDCmgNNOXIFWPWBTOBJDhJgRlP-eLGeG3pXPSaZSFNLkGiSYZHMQhWmT-PJNaU"},
+     "9H+HHPTCPQQVMnMFiFgLOLwMfSMOHL82-tsxvpn+wyn-xqwqzuxv-v-yursp93pbbgdLWQegTmVZfNhcfNtYoZQRNJAm"
+     "kpSXWJ9PHSDYZHLKVPVrYFkZRLLBCkNLRZLIDUGPBoSKuJWOQH-QHJOENHChzUIpCHAToq8viIPPKNXZ-hximJNHAkgE"
+     "RQNLClTsAyTFOOdYhNWI+VVDJK6lPMQJPMJNNTJ-OPWFaLOK-K-MKLIGErYOGLHTKTMOGQPHMLJHNNWMSOPEMAIewJUa"
+     "eB9RWVCsSXUDfMfO+kvfT8hNBj+cHrCMCJpjAxjEYXVZJo-UdTNFOG7hyQNWmIAsPSAvbKoNVOYJfLxpJHUNCrmNJTIK"
+     "FVNLHTOKCHMIOQYOgNIGKF0bdaejhbZmikXpjciZlgjhxhrkgUYbShgLFWHKBSKiCUiEfLLJVVkLxqaHLA8oQFKOSDFZ"
+     "NHEMPOZIdQUQfMbRLRKK0i+llqohetpqUwqepjsiqo-oyrnkdiPoYJQTMHBRILDQNNpTNJGF-KqKHKGG0dxjiolfVrmo"
+     "VudhnWpkng-dwofhiZRk-LOFNBBeKO7WMeYMMQPT-SnaLQLHDizXRNRKDtfFAKPKiFbGPaMDyfQIkJAj-nFXILERqOEy"
+     "TBIKZIrp-faLVDNI1UmTXcaUSfbdSicVbVeZVaqakdZWXURj-QUVVIDfUVCdhFrfMKHDgpeUJBEC0ZrdNhfZVkgiXnha"
+     "gajehfvfpiebcZPgyLAFQI9rcc8uoMcIZVoJfLSbgHjQCk-UGsJJ8ifJBysGrYMNHPYP+KpIMM8n-MMQRGBWPOBMLdWO"
+     "gVTSabTQOYGDCmgNNNXIFVPVBTOBJDhJgRlP-eLFeG3pXPSaZSFNLnGiTaZHMQkWmT-PJNaU"},
     {"hr", true, {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00E9\u00F3\u00F4\u0105\u0107\u010D\u0111\u0161\u017A\u017E\u201C\u201D\u201E"
      u"\u2026",
      u"\u00C9\u00D3\u00D4\u0104\u0106\u010C\u0110\u0160\u0179\u017D\u201C\u201D\u201E"
      u"\u2026",
-     "7MMRJURPWHOKRLGIEfMFNIMZbjJ----ZY-c-ferRa6nMMKlcSbZJHHMDTO-HOFVHhhhK----ZNVW-Pog--GDaXgEhe-9"
-     "OlDXMBc-ATZJX--Vb-----y-+---h--FFkXPDXbL4VMPWjJOpHTLJgglht-----y-+--ep--C7KcaEcVpCTkOSDDa-HW"
-     "cKSpfge---------gZt--6UTQGZTQbUhGIIDUPrILHTNjWiO----QTON-Wcd-+CLqUNJIZj7jlJVY9b-NJJGmkgao---"
-     "-xt-v-yTg--AHSdYHcZVFijGRIHSp9TU9hplla-----y-+--b---5GdaSDWbPFifYSXBR-NNFPLi-ZV----vrzt-wS-z"
-     "-8ZXKObSQPkBIKHFSR+GFHuKwd-I----cMhO-imn--D9hht4r--IrenZTTe-rQQFZ---m-------a--wk--F8hQgC-gu"
-     "HunHkR9fuIJHFVo-my--Y----q--im-uGBdbZFVbi7BePfKAX-gXPNchtYb----------dm--B9RedAfmfEHVPXPAJtT"
-     "UYOfppXxt---hs----sp--H9jVNCSSm9CSakgCbygMHJV-ynb-----k----is--CiLQEjSGedGKMGHVI-DFGUFYgvL--"
-     "--VObT-Rno--JEjIaJjbcFJVMeS8ar7SMLgjngz-v--eo-f--cn--5MaSVNfagMTUMWRQPTMNG7WoopX----hdke-hLN"
+     "7MMRJURPWHOKRLGIEfMFNIMZbjJ----ZY-c-ferRa6nMMKncSbZJHHMDTO-HOFVHhhhK----ZNVW-Pog--GDaXgEhe-9"
+     "OlDXMBc-ATZJX--Vb-----y-+---h--FFkXPDXbL4VMPWjKOpHTLJhglht-----y-+--ep--C7KcaEcVpCTnOSDDa-HW"
+     "cKSpfge---------gZt--6UTQGZTQbUhGIIDUPrILHTNjWiO----QTON-Wcd-+CKqUNJIZj7jlJVY8b-NJJGmkgao---"
+     "-xt-v-yTg+-AHSdYHcZVFijGRIHSp9TV9hplla-----y-+--b---5HdaSDWbPFifYSXBR-NNFPLi-ZV----wrzt-wS-z"
+     "-8aXKObSQPkBIKHFSR+GFHuKwd-I----cMhO-imn--D9hht4r--IrfnZTTe-rQQFZ---m-------a--wk--F8hQgC-gu"
+     "HuoHkQ9fuIJHFVo-my--Y----q--im-uGBdbZFVbi7BePgKAX-gXPNchtYb----------dm--B9RedAfmfEHVPXPAJtT"
+     "UYOgppXxt---hs----sp--H9jVNCSSm9CSakgCbygMHJV-ynb-----k----is--CiLQEjSGedGKMGHVI-DFGUFYgvL--"
+     "--VObT-Rno--JEjIaJjbcFJVMeS8ar7SMLgjngz-v--eo-g--cn--5MaSVNfagMTUMWRQPTMNG7WoopX----hdke-hLN"
      "ktI8aVQ9gOWAVXXMMDZldOKKSl-bT-----wrO-Pil--EGmSbEVcRHTGFRKPDkYU7ILasXi----------Zl--D9oWdBbh"
-     "T9cPSYMCRxGSWKLgmYn----------dp-x6TRSPYaOjPNJLIIbG-HDGUQ-Y-M----IJeR-Umg-uK8rheAigoAMOIlHDd-"
-     "DcjKl-mtx-------h--sp--89WhMEaLMDaXTUKFV-IIRXeLbTZ----oksm-pXbs-4MTGVJNiXIacUJYTG-USEXWwOKM-"
-     "---oksm-pVys-4OSVUMlhnSaQQNGQB-PDHXdWaae----njrl-oSar+D5LxTIqS-DlsKNDHn-LlqLH--rv---r-+-----"
-     "r--AEQQMFVQXFJLLHHGKnIJILMeefO--t-XTbV-XdhakAEQQMFVQXFJLLMHGKnIJILMeefO--t-XTbVKXdhakFJVV3Ka"
-     "VcKOQRSMLPsNPNQSjjkT--y-cYga-dimgpAEQQMFVQXFJLLMHGKnIJFLMeefO--t-XTbV-XdhakFDook3tovBhjkkNYi"
-     "-gegGk---m----vrzt-w--z-JFssoBxsz6OCNoBii-klkIY---q----zv-x-+--m-T6llg7qlrBefghcbf-cedAhzz+i"
-     "----sovq-sx-v-IBqWmAvqxAjBTnGhk-fkAQn---o----TM-v-y----AEQQMFVQXFJLLMEGKnIJILMeefO--t-XTbV-X"
-     "dhakP9SoM6tov8SiefFci-fhgJf---m----vrSt-v--y-0XjjeYojqXcdefaZd-acbdfxxyg----qmto-qvzt-0TffaU"
-     "kfmUYZabWVZ-WYXZbttud----miqk-mrwpyBPMNKNRVQLaLPNMOIUMHMQPSfYT----sowe-s8Bv-1QccYRhdjRVXYZTT"
-     "WzUWUXZrqra----jfnh-kptnw"},
+     "T9cPSYMCRxGSWKLgmYn----------dp-x6TRSPYaOjPNJLIIbG-HDGUQ-Y-M----IJeR-Vmg-uK8rheAigoAMOIlHDd-"
+     "DcjKl-mtx-------h--sp--89WhMEaLMDaXTUKFV-IIRXeLbXZ----oksm-pXbs-4MTGVJNiXIbcUJYTG-USEXWwOKM-"
+     "---oksm-pVys-4OVVUNlgnTZQQMHQB-PDGWdWaae----njrl-oSar+D5LyTIqS-DlsKNDHn-LlqKH--rv---r-+-----"
+     "r--AEQQMFVQXFJLLHHGKnIJILMeefO--t-XTbV-XdhajAEQQMFVQXFJLLMHGKnIJILMeefO--t-XTbVKXdhajFJVV3Ka"
+     "VcKOQRSMLPsNPNQSjjkT--y-cYga-dimgpAEQQMFVQXFJLLMHGKnIJFLMeefO--t-XTbV-XdhajFDook3tovAhjkkOYi"
+     "-gegGk---m----vrzt-v--y-JFssoBxsz6OCNoBii-klkIY---q----zv-x-+--m-T6llg7qlrBefghcbf-cedAhzz+i"
+     "----sovq-sx-v-IBqWmAvqxAjBTnHhk-fkAQn---o----TM-v-y----AEQQMFVQXFJLLMEGKnIJILMeefO--t-XTbV-X"
+     "dhajP9SoM6tov8SiefFci-fhgJf---m----vrSt-v--y-0XjjeYojqXcdefaZd-acbdfxxyh----qmto-qv+t-0TffaU"
+     "kfmUYZabWVZ-WYXZbttud----mipk-mrwpyBPMNKNRVQLaLPNMOIUMHMQPSfYT----sowe-s8Bv-1QccYShdjRWXYZTT"
+     "WzUWVXZrqsa----jfnh-kptnw"},
     {"hu", true, {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00E1\u00E9\u00ED\u00F3\u00F6\u00FA\u00FC\u0151\u0171\u201D\u201E\u2026",
      u"\u00C1\u00C9\u00CD\u00D3\u00D6\u00DA\u00DC\u0150\u0170\u201D\u201E\u2026",
-     "7DLNRIITKOTFLHJROhPIKTLbZdSTNYiWWan-bRc6cNVKkYIaRSGFOHkI-GHDWUjYlGbp----o--k-gCCEYj8mlhERVIV"
-     "eIb-SPbRM--RgFTUOQU-Onf-nELRTRIceHEaKUUeKbmN4NXq-dkmiMOuu-+w-e--CDSeSAXpQGMYXTPBQ-SJSMLi-hjG"
-     "JNOWgiGcZ-iDbSSReUEOWQHBHCZStFGClRjRlGQjct-----d-hHOrbZ9MjrEsiUWfAf-ITQOk--am7MthZ-LXTb--BFT"
-     "joFQOKJLTPWKIVqKQPMQ--7WNJbRUbiQcg-iL6sig9thPCtmkhgAl-aeRRr--lZPULaUbdm-n--AOHQLPOISYOFJIBSS"
-     "oQDHfO-UiLPkNK+Qi--k-sIBkkN8sfrdYi7nhKU-McFaq--rSHQtYSiiwa---8DUZmDchVDmLhYXGi-RUIJe-srnTFOT"
-     "FmPogg-mBFTQOAUVNJOPHKQLZvVOFUMp-JZHIKJPhXN-f-f9DMgm7aoaFYXVSYIO-YZRRf--paFHTKSW--Sh-rAHWIHB"
-     "SOeHcOPdQLcthPDPZ--DYGLRdYlbSdl-tOeOQRhUIcfhCBGDXM-AEGTWVbyEsu+++----f--CDVCSDVUSPSPPTRCM-FR"
-     "JJVmcafPFIiva-w-Y-i8LIWVKVSVQWPMQOPVvPMG6UngVQPRXXYfdZiPgmDCQOOAXLRJQPMKNHc-NODYJi-ZMGMSPRgN"
-     "QWd-m9EWZbFciRJhTYSZETrQHLQervZ9LKMWYWjSfc-b8FUbhCZmQKSPOUVGb-MQGKQshYmDGQLLTgOVg-kLZXTNZOIg"
-     "RYQ98LcM-KBCsg-RqXOmstt+zv-l--H8hmm9dddHZkepdHu-eeHMc--moCCQnXnOObk-h6FacNAcYNDcVMNIMc-RJLda"
-     "OPRWWXdeelkfpOmt6HOOaIUfVFiYTOSOD-UUCbaWLJOYZjkkrqmcPtc7IQbi9WqUIcYWUQFW-VJEaH--gKLOTvVaYWTg"
-     "--9GWyTCgaRHyRQZGJq-cVGZT--xODGKMMURITm-sVXNOlnZMWgCQ9HFsq-F7GVN--xPsmT++-------SnTRVmxFTibI"
-     "GWDrF-A7GyK--wRroyzz-------ahbSrgrTqlrWOMGlJ-AW3sD--qQlmstt+zv----5QKiCaZXRNLDGcOZU-KLGjO--p"
-     "VgUscszyu-g-bagIqRfqNilqKBKCki-ADIrC-+pDklrsszyu----AVbOjYjGie7dAecdS-IBIkh+uiQdelllsrnwuu+P"
-     "YTlkZkDkfdH3fNec-DMKlT-vkKegmmnusoxvv-5WLXMOSgQRNGEVNYN-FGHeM-zoJRSehWyxs-ezZ7WRggPYcfaNALWK"
-     "ag-AFOhExqfGabhiipoktqqx0YhiiXifhcibZdbci-bZYagzshccdjkkrqmvstz9KVNMTOTTRTNOPNUVcRJOVgTQXccZ"
-     "jkkbqmv4sz1SbccRcZbXcVTXVWc-VTSdatmbWWXeeelkgpWnt"},
+     "7DLNQIITKOTFLHJROhPIKTLbZeSTNXiWWam-bRc6dNVKkYIaRSGFOHlI-GHDWUjYjGbp----n--l-gCBEYj8mlhERVIV"
+     "eIb-SPbRM--RgFTUOQU-Oog-oFLRTRIcfHDaKUUeKbmN4MXq-dkmiNOuu-+w-d--CDSeSAXpQGNYXTPBQ-SJSLLj-ijG"
+     "JNOWggHcZ-jDbTSReUEOWQHBHCZTuFGClRjRlGQjct-----d-hHOrbZ9LjrEtiUWfAf-ISPNk--bn7MuiY-LXTb--BFU"
+     "joFQOKJLTQWKIUqKQPMQ--7WMJZRTbiQbh-iL6sig9tiPDunkhfAl-aeRQs--lZPULaUZdh-n--AOHPLQNITYOFJIBST"
+     "oQDGfO-UiLQkNK+Qj--k-sIBklN8sfrdYi7nhKU-McGZr--rSHPuYSiiwZ---8DTZkDchVDmLhYXGi-RTIJe-trnTFOT"
+     "FmPogg-nBFTQNBUUNJOPHKQLZvVOFVMp-JZHIKJPhXN-f-fADMgn7apZFVXWSYIO-YZPRd--qbFHTLSW--Sh-rAHWIHB"
+     "SOeHcOPdQLcuiPDQZ--DYGKReYmaSdm-uOeOQRhVIcfhCBFDXM-AEGTWVbyEtu+------f--CDWCTDVTSPSPNUSCL-FQ"
+     "JJVncafOFJivb-x-Y-j8LIWVKVSUQWPMQOPVvPMG6UngUQPRXXYfdZiPgmDCQOOAYLRJQPMKNHd-NODZJi-YNGMSPRgN"
+     "QWd-n9EWZbFciRJhTYSYEUrQHLQervZ9LKMWYWjSfd-b8FUbhCZmQKRPPTVGa-MQGKQsgWmDGQLLThOVh-kLZYUNaPIg"
+     "SYQ98LcK-KBCsg-SqXOnttu-zv-l--H8dmm9bddHZkcpdHu-fdINc--moCCQnYoOObk-i6FacNAcYNDcVMNHNc-SIMda"
+     "OPRWWXdeelkgpOnt6HOOaIRfVGiYTOTOD-UTCbaWLJOYZkkkscmcPtc7IRci9XqUIdYXUQEW-UJEaH--gKMOSvWaYWRh"
+     "--9GWzTChaRHyRQaGJq-cVGZT--xODGKMMURITm-sVXNOlnaLVgCQ9HFsq-F7GVM--yPslT---------RnTRVmxFTiaI"
+     "GXDrF-A7GyK--wQrozzz-------ahbSrgrSqlrWOMGlJ-AW3sD--qQlmstt+zv----5QKjCaZXROLDGcMZU-KLGjO--p"
+     "VgUsct+yu-g-bagIrRfqNilqKBKCki-ADIrC--pDkmsss+yu----AVbOjYjGie7dAecdS-HBHki-uiOdfllmtrnwuu+P"
+     "YSlkZlDkfdH3fNeV-DMKmU-vkKegmnnutoxvv-5XLXMOSgQRNGEVMYO-FGHeM-zoJRSehWyxs-fzZ7WQggPYdfaOAKWK"
+     "ag-AGLhExrfGabhiipoktrrx0YhiiXifhcibZdbci-bZYbgzthccdjkkrqmvttz9KVNNTOTTQTNOPNUVcRJOVgTQXccZ"
+     "jkkcqmv4tz1SbccRcZbXcWTXVWc-VTSdatnbWWXeeelkgpWnt"},
     {"is", true, {
         {1252, 0}, {28605, 4}},
      u"\u00D7\u00E1\u00E6\u00E9\u00ED\u00F0\u00F3\u00F6\u00FA\u00FD\u00FE\u201C\u201D"
@@ -874,25 +1013,52 @@ constexpr LanguageModel MODELS[] = {
      "JLKNRldVqlSWgUOYXXaXinmkEJVdTLQPUGUNMRGUSyKJLOMmeVrmTXgMOZYXbY5oml2KWeUMRQVLVONSMVTzLMLPTnfW"
      "snUYhWPZZYcZkpnm"},
     {"it", true, {
-        {1252, 0}, {28605, 4}},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
      u"\u00AB\u00BB\u00D7\u00E0\u00E7\u00E8\u00E9\u00EC\u00F2\u00F9\u2026",
      u"\u00AB\u00BB\u00D7\u00C0\u00C7\u00C8\u00C9\u00CC\u00D2\u00D9\u2026",
-     "9HQFEKLQVFhcILJNGQLFNKMadjjTjiz-Q----z7sQKQhWLnSngCJFpMWCKCRMmidI-m--------uFDHXdGlcm5n-FbkH"
-     "a-KSbDt-nOc-b---------MAhFaDeoAFvORdj7adJaPJ-ppn--k---------GCbkV7gVa6mdYbfDX-VciLdWuo--k-u-"
-     "-fk---5RQMOaSNuQppFLDdWcCFIlRfYhP-h--------lKEgiYFHXn4--NeiCf-JSNJu--dv-k---------FFVeXDdDJA"
-     "-qFeFGU-EUSDf--mb-j---------HElSc4lib8--gbhHb-RcOXig-Xt-g----P----8IMGNMNN+m-lEICDPpNIHQN-b-"
-     "M-h-d-x--jW-EDBTUERYbDwPRVNCDhQRNJZlnmZmm-E-iz-sr-9ERRQAbHSJ-vUUUVUrTEH9jPddjww-w-s-----9BgT"
-     "aAdb-C-tBSqFd-jUKOTj-fj-k---------L8MgW7lysF-pbIbCB-mgcNzWtpz-n---------BFuMGAMMkGqifiQCYclH"
-     "BKTyusL-k--y-m--b-6eWMMfWOyXmeIH8VK-DGMTNWfvc-e---i----rJB-YbAsVYG-YKih9G-AbLHeuhaL-l-------"
-     "-lJMgdiPomgO-zfjZKivafb1nh-+n+h-+-w-----FBfNP7aOxA-bTKOEbrKLISTy-Sa-q-U----k-yLGXFhCYmUB-Zaa"
-     "oEHtcD9GbY-W--i---xrd-x-IAgZeAcqUB-cgZcAVyFZDKoZkcr-e-O-------IGSQMFSQsIueHJ9JI-EECm+-R-P-n-"
-     "-----O--O9opY6oey9--nUjDq-PhdNH---v-----------C7ldTHkWLAZvSNJDRrPIIajPxwjww-w-s-----4OSQYDRh"
-     "aH-bUMYTHqWWCYiXKIivX-u-r--++-3QVSdQXXlS-YSQLMJrKCEZbvwYVvQ-v-s-----TAxplKwux3--kmmMq-mkmlve"
-     "-pC-----------FKUMNORTYI-cMRMPIrLLQPbYccjv3-v-s-----0XkcdWjilW-vaeZYdraaZeivwvjvY-v-s----c2L"
-     "YQQKXVYKtiOSNLReNONRWikjWjjyj-fv+po+0YlcdWjilX-vafZYerabZejvwwjww-v-W-----AFSKLERPSEncIMHDLY"
-     "HIHLQcedQddsd-Zqujiv0boghanloa-yeidchudedimz+zmzg-z-v-a---2MZRSLYXaLCkPTONSgPPOTXklkYkkzk-hx"
-     "-qq-3KXOPIVUXJshMRLKQdMNLQVhiiViiwh-euyInz1SfXYRecfR+pVZUSYlUVUYdprqdqq-q-m--wQ-0TgXYRedgS-q"
-     "VaUTZmVWUZdqrqerr-q-n--ww-3JWOPIVTWIrgMQLKPcLMLQUhihUhhwh-duynmz"},
+     "9HQGEKLQVFhcILJNGQLFNKMadijTjiz-Q----z7sQKQhWLnSngCJFpMWCKCRMmidI-m--------uFCHWdGlcm5n-FckH"
+     "a-KSbDt-nOc-b---------MAmFaDfoAFvORcj7adJaPJ-ppp--k---------GCbkV7fVa6mdYdfDY-UciLdWuq--k-u-"
+     "-fj---5RRMOaSNxRppFLDdWcCFImRfYiP-h--------nKFgiYFHZx4--OejCf-JSNJu--dv-k---------GFVdXDcDJA"
+     "-qFdFGU-EUSDf--mb-m---------IFlSb4lib8--gchIb-QcOXig-Xt-g----P----8IMGNMNM+m-mEICDPlNIIQN-b-"
+     "M-i-d-x--jV-EDBTTERYbDwPRVNDDhQRNJZlnmZmm-D-iy-sr-9DRRQAbISK-vUUUVUrTEG9jPddjww-w-s-----9BfT"
+     "aAdbwC-tBSqFd-jUKNSj-fi-k---------L8LgX7lysF-pcIbCB-mgdNzXtpz-l---------BFuMGANMkGqifiQCYdmH"
+     "BKTyuyL-k--y-m--a-6eWNMgWOyWnfIH8VK-DGMTNWfvc-e---i----rJB-YbAsUYG-ZKih9G-AbLHduhaL-l-------"
+     "-lJMcdiPomgO-zfjZKivafb1nh-+n+h-+-w-----FBfNP7aOxA-bTKOEbrKLIRTy-Sa-q-U----l-yLGYFhBXmUB-Zaa"
+     "oEHxcD9GbY-X--i---xre-x-JAgZeAcqUB-bhZcAVyFZDKoZkcx-e-O-------JFSQMFSQsIueHJ9JI-EECm+-S-P-n-"
+     "-----O--O9opY6oey9--nUjDq-PhdNH---w-----------B7ldSHjWLAZvSOIDRrPILZjPxwjww-w-s-----4OSRYDRh"
+     "aH-bUNYTHqWZCYhXMIiuX-u-q--+z-3QVSdRXXlQ-YRQLMJrKCEZbvxYUvR-v-s---+-TAxplKwux3--frmMq-mkmlve"
+     "-pB-----------FKUMOOQTYJ-cMRMPIrKLPPbYccjv3-v-s---+-0XlcdWjilW-vaeZYdraaZeivwvjvc-v-s---+c2L"
+     "YQQKXVYKtiOSNLReNONRWikjWjjyj-fv+po-0YlcdWjilX-vafZYerabZejvxwjww-v-W-----AFSKLERPSEocIMHDLY"
+     "HIHLQdedQddsd-Zpujiv0boghanloa-zeidchudedimz+zmzg-z-v-a---2MaRSLYXaMCkPTONSgPPOTXkmkYkkzk-hx"
+     "-qp-3KXOPIVUXJshMRLKQdMNLQUhjhViiwh-euyIm+1SfXXRecfR+pVZUSYlUVUYdprqdqq-q-m--wQ-0TgYYRedgS-q"
+     "VaUTZmVWVZeqsrerr-q-n--xw-3JWOOIUTWIrgLQKJPcLMLPUgihUhhvh-dtynmz"},
+    {"kk", false, {
+        {70003, 2}, {70004, 4}},
+     u"\u0430\u0431\u0432\u0433\u0434\u0435\u0436\u0437\u0438\u0439\u043A\u043B\u043C"
+     u"\u043D\u043E\u043F\u0440\u0441\u0442\u0443\u0444\u0445\u0446\u0447\u0448\u044A"
+     u"\u044B\u044C\u044D\u044E\u044F\u0456\u0493\u049B\u04A3\u04AF\u04B1\u04D9\u04E9",
+     u"\u0410\u0411\u0412\u0413\u0414\u0415\u0416\u0417\u0418\u0419\u041A\u041B\u041C"
+     u"\u041D\u041E\u041F\u0420\u0421\u0422\u0423\u0424\u0425\u0426\u0427\u0428\u042A"
+     u"\u042B\u042C\u042D\u042E\u042F\u0406\u0492\u049A\u04A2\u04AE\u04B0\u04D8\u04E8",
+     "9BGGTZONIrXrHXLRLMTHGcNY-jP-g-TssThG+OaYP91ku-lsnwyuykmtptxopks----o-o----pxsyy+-+FhhObaOmYN"
+     "sGXDLEhNBEDFdcQoO-m-o-TnJJJwy-yPX5jsnhAlmPnhPheGlWeQDqev-aQGyw-tFmZnaLtSKPIajfY5deAeTWZVRdRW"
+     "IYhnm+c+UQo-k9dZeegkgKQJYnjc7hiQidOdSPhIWOMmaq-h-Pus-o5idijkokTZ7lupj8PXFojcjgXnQcWVsgx-n-8+"
+     "yduDojppScqDegVdKQgXPpKGGFCQXADCLehl-U-j---fksoPtvzvSV4gpleDjkGkacfbCjbcVPots-j-Lwu-qQkfkJPN"
+     "N7UFQoHFFhjHjebPaQiZaYGmrr-L-Fvt-pDMejjlplJVMLHPIOSOjNDIKDGQSGIhIWN-l-Myw-CMahnnpWoEUVWojHKh"
+     "jZjN6LDeiZOEdmrr-Q-Jvt-pDiSjjlplCXEktoiAmoRojRdZDeNJFNrZV-W-e+P-uCnToKquDFbAXwGCFTrJrWcHiRYh"
+     "ULLuiz-N-BLf-fHGgrrtxtIZ7bcoI8moQoFZSYPVbTYPbcw-Q-Mcy-cHnioFZHU6cEOLNCGqURrZjhRZqiVFQfff-W-E"
+     "a--xITmsfPQXKYaOsPHdmSaPP9MCjKBBOiTfbfP-ezfbZeOHHoqupAV9aplWHikKkfOfbJaBKCUntMci-PYu-qGjGkkm"
+     "qmAdEoWRKDisHsWJLKMdjIGFcNakY-F---yDUVssXyuDcFnwslFqrOrKYeiJOiUAFv+U-Z-9f--xDqLraQPSIa9SyunB"
+     "stItSlofMgLTIHxc-fb-B---lBsWtISdU4ZOUtXGZnaeoWHITkfDSJjagw-K-F+y-uQUjopruqMQ3clgaMeg9gbYbXEf"
+     "MXOOXoo-e-Wrq-XXfaggimiKM8HgcVKab6bWNKLHaOTQOekjxZxOnPzhSaWbbdhdKMLYhcWAab3cWTWTXaSTRWfkkyay"
+     "SnlziSbWcceieBECQZUODSTGUJLOLPSKHJOXLcqSqKfdraKTOUUWaWHVBVqlfCjkPkVcfPVUbcIJott-j-9wu-q7kall"
+     "nrmCEGQZUO7STQUOLOLPSKLJOXccqSqKfdraKTOUUWaW5dfUytcirJpgfFLCoLHISnw---S-j--hyjIEJtvzu9KLOeQ7"
+     "IXZVZORJQUYPQCTchhvXvPkjNGQYTZZbfbHLLWfbUQZaWaC5LRVZLSQUKjiwBwQmkygRZVaacgcAEGPYUNJSTPGOHOHO"
+     "SKLENWcbpRpGfdrZKSOTTVZV7OQZVeXTcdadY8YJTcUAQOhVVzMzTpn-jUUDdegjf6ceRxOhhqGosKGKAnNEHSmv++-K"
+     "-i---yjrmKsuyuSU3gpkHZijgjebebZiabZTnss-i-6vt-qajekkmql9Z8ktpidmoWojgjfCNeQDVrxw-P-D+y-ufnRo"
+     "YBuq7TGDoIALhZfjebeJeiZaTdmrr-h-Dut-pGGdjjlplRTVTojVYhJfGKGAOehD8Mdmrr-A-Zus-pZidJjlplPSQdmh"
+     "bW6NdhcGMRcN7EWbkNp-f-Xsr-PYgLhhjnjIOQZieSTcIZIOEYBYc9J8QhmlzOzTpn-jUcYddfjfPSTQmibWfFdPLAFE"
+     "cP8SHbkqp-C-Xtr-nSgcHhjnj"},
     {"lt", true, {
         {1257, 0}, {28603, 3}, {28594, 7}},
      u"\u0105\u010D\u0117\u0119\u012F\u0161\u016B\u0173\u017E\u201C\u201E",
@@ -919,24 +1085,24 @@ constexpr LanguageModel MODELS[] = {
      u"\u201C\u201D",
      u"\u00C9\u0100\u010C\u0112\u0122\u012A\u0136\u013B\u0145\u0160\u016A\u017D\u2014"
      u"\u201C\u201D",
-     "8EORITPPVGOHJKHTFiMGKMHcXdU-XlknblflQ-faSjAeOZJkcQkEQJJKGmJzGDBFNnpdT-h--vdvTQR-b--oH8cfaFhf"
-     "iDQSGUiJV-LRHET-iYf-C-c-M-+zkH----BGVVRAeeO6jOcUfKT-PPPPXlccq-ShM-I-zysz----HAchbAaeoCibddVG"
-     "S-HQYISo-lFdO-G-G--Zykb--fERXMMURPiGPDIIELQkGBDhIiZhP-bpqb-mRVP-P--cFIheXFKd+7niMSc8X-EOMLl-"
+     "8EORITPPVGOHJKHTFiMGKMHcXdU-XlknblflQ-faSjAeOZJkcQkEQJJKGmKzGDBFNnpdT-h--vdvTQR-b--oH8cfaFhf"
+     "iDQSGUiJV-LRHET-iYf-C-c-M-+zkH----BGVVRAeeO6jOcUfKT-PQPPXlccq-ShL-I-zysz----HAchbAbeoCibddUG"
+     "S-HQYHSo-lFdO-G-G--Zzkb--fERXMMURPiGPDIIELQkGBDhIiZhP-bpqb-mSVP-P--cFIheXFKd+7niMSc8X-EOMLl-"
      "-an-c-d-o-xvpi----HARlXNWYcIraDONHg-DEEDX---T-J-kik-mzKOm--mDDTjMDmXtFgYRQSBR-CQBNZbxbJ-U-Tz"
-     "Iyqoipu-uuBWXRI8RQkgJHJOFOQxIEJfU-ipE-cxvbspbOX-j--nN6bxqOov-JteilkFU-nHe7W---j-F-d-n---nI--"
-     "--K8eVcQsodOinGaTDd-HBFDOpt-y-G-k-opMlH-----M8ZOMGUUkAfTVWNGR-YJIFTishl-H-F-I---ePZ---C9UkkC"
-     "izjGRdXQjKN-fCPEZ-kkx-G-F-X---Wam--mIBfQIBPTWFgPdXYBjtcKEHZ-nny-EkM-N---+ce--tAeORGZTJpZJHKJ"
-     "GXJ-DGAURVl-R-n-xpoecWH-k--iG9jNXIhTbAYaHUWIP-DKNJX-fip-ErHrQ-lrb----nBJKDQNaWhLUPQQPP9wKJGB"
-     "SnkmU-RxTmVldcWdipiiDBQWREiVZEhQPKQHQ-SGGFMo-iX-E-KfKW-oQY---h4FwaYLcpcKvHLTUPL-ZVBMYxxhs-Q-"
-     "P-P----a---gADUYZJhbeDYRQVKFT-GFLFPplfU-G-K-I-UThU---j6ZMYJdWNucRKMAGvS-FFMqS-goH-avp-q-XhU-"
-     "---gG8TXSCcdm7gkMraNe-cTfPg-qmo-I-C-Y---x---q-BDdeJGhVW9UWNJJMQ-VAMVZGrtb-Y-aucsljdkpwpS3PUO"
-     "RLjfqLdYZKUYN-UNFXNMtIW-a-cweunlfmryrY4PeJYNWdWLbTIRKQK-VFLEMusuI-Y-auctljdkpxpQBLfVJHzQ-DeV"
-     "NFVNP-UJIKBi--X-L-E-F--OU----kCGTUNJXTeH6MMNMMOsKIHKPjhjRzNuPjRiaZSafmeeBbYIEpiT-aFGGJMsT-CC"
-     "BqW---U-t-v-x-XTP-d---F9VWIBZVgGTOPPOOQvNKKAMmjlT-QwSmUkcbVchohhHjxLOnlI-lAQCJRpS-BL8oV---d-"
-     "r-tQvbXhF-----NEeeYDhdS4bWXXWWY-VSSNZurtb-Y-AuMsljdkpwppJhCKGlyE-jGIkDPnO-QK7mH---T-phr-t-nj"
-     "L-j---MCffZIiep3cXYYXXZ-WTTHavtuc-U-CvLumkelqxqqI7mngcqVxFjffgbFh-TXa9c-+-k-M-Y-a-eNJAy-xWXA"
+     "Iyqoipu-uuBWXRI8RQkgJHJOFOQyIEJfU-ipE-cyvbtpbOX-j--nN6bxqOow-JteilkFU-nHe7W---j-F-d-n---nI--"
+     "--K8eVcQsodOinGaTDd-HBFDOpt-y-G-k-opMlH-----M8ZOMGUUkAfTVXNGR-YJIFTishl-H-F-I---ePZ---C9UkkC"
+     "izjGRdXQjKN-fCPEZ-kkx-G-F-X---Wam--mIBfQIBPTWFgPdXYBjtbKEHZ-nny-EkM-N---+ce--tAeOSGZTJpZJHKJ"
+     "GXJ-DGAURVl-R-n-xpoecWH-k--iG9jNXIhTbAYaHUWIP-DKNJX-fip-DrIrQ-lrb----nBJKDQNaWhLUPQQPP9wKJGB"
+     "SnkmU-RxTmVldcWdipiiDBPWQEiVZEhQPKQHQ-SGGFMo-iX-E-KfKW-oQY---h4FwaYLcpcKvHLTUPL-ZVBMYxxhs-Q-"
+     "P-P----a---gADUYZJhbeDYRQVKFS-GFLFPplfU-G-K-I-UThU---j6ZMYJdWNucRKMAGvS-FFMqS-goH-avp-q-XhU-"
+     "---gG8UXSCcdm7gkMraNe-cTfPg-qmo-I-C-Y---x---q-BDdeJGhVW9UWNJJMQ-VAMVZGrtb-Y-aucsljdkpwpS3PUO"
+     "RLjfqLdYZKUYN-UNFXNMtIW-a-cwevnlfmryrY4PeJYNWdWLbTIRKQK-VFLEMusuI-Y-auctljdkpxpQBLfUJIzQ-DeV"
+     "NFVNP-RJJKBi--X-L-E-F--OU----kCGTUNJXTeH6MMNMMOsKIHKPjhjRzNuPjRiaZTafmeeBbYIEpiT-aFGGJMsT-CC"
+     "BqW---U-t-v-x-XTP-d---F9VWIBZVgGTOPPOOQvNKKALmjlT-QwSmUkcbVchohhHjxLOnlI-lBQCJSpS-BL8oV---d-"
+     "r-tQvbXhF-----NEeeYDhdS4bWXXWWY-VSSNZurtb-Y-AuMtljdkpwppJhCKGlyE-jGIkDPoO-QK7mI---T-phr-t-nj"
+     "L-j---MCffZIiep3cXYYXXZ-WTTHavtuc-U-CvLumkelqxqqI7mngcqVxFjfggbFh-TXa9c-+-k-M-Y-a-eNJAy-xWXA"
      "ooiCrnyIlghhg7i-Vac7j---l-M-M-mNvtMgz-zzF5UuSRxl-CkZZZXHV-LKZHk---r-I-K-IK-StW----UZnQ9dqbxb"
-     "kGVgNfc-C88eQ---M-h-j-l-usTtb-yyGDiicKlhsIfUbbaDc-SOWAdywxf-D-SG8xpahat+tt1ObcVRfbmQYUVVUUW-"
+     "kGVgNfc-C88eQ---M-h-j-l-usTtb-yyGDiicKlhsIfUbbaDc-SOWAdywyf-D-SG8xpahat+tt1ObcVRfbmQYUVVUUW-"
      "TQQSXrprZ-V-YraqihbinummGIZPOVRUtPZVQTKSP-UMOQPUwyW-c-eygxpoipu-t20VijcYmitWfXbcXbd-ZXWZeywy"
      "g-c-eygxpoipu-tt"},
     {"mk", false, {
@@ -959,118 +1125,118 @@ constexpr LanguageModel MODELS[] = {
      "ocbdoYdjy8j3ZYaJOsWYUcaONjgOLRw-ggs-nsQhSdBjdjd1mgYdffZXdbdYhrymknyhnt-MXGdXdX2haEXZZUNXVXTb"
      "lsgfhsbhn-CNFTNTN7XQBNPPKHNLNJRbiWVXiRXds"},
     {"nb", true, {
-        {1252, 0}, {28605, 4}},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
      u"\u00AB\u00BB\u00E0\u00E5\u00E6\u00E8\u00E9\u00F2\u00F8\u2026",
      u"\u00AB\u00BB\u00C0\u00C5\u00C6\u00C8\u00C9\u00D2\u00D8\u2026",
-     "9IKXIHFNMGYJKJMKJjRFILIdZihMb-Py-irZbCeTVNeZKla-HCJClJvBGELDjjbo-i-------qGEQhXDimuCSgBTiFd-"
-     "9TWEd--JYxx-Xl---S-7GSVIFSaCOcEMVTDPeIQHNYaXd-pT-m----n-AFUfP6XYiCeVNacJW-IMOFQ--j--b-is-b-f"
-     "k9aVcKdRNUKjKGOBSYq8IDeTkamp-b-yt----lMHxpdDLfo8KoJej7i-HZLKs--W--p-Uj---G-6HdhQAYIQJHdPfLUh"
-     "-EIKPb--Kf-d-Nr---aeL9qyY8mksNHeeaaBS-RcKREj-fSvW-K----F-FTTXINOHugoD9Q8TRpOEJfJ-d-k-p------"
-     "--VHTzh3nltWjeihd9T-hdgKa--j-wgUT----H-EDf-i9kZgMGAJTUEZ-HGJJR--Z--k-l-q--WpADTUHATJfDVTDVUK"
-     "R-eMKLWk-Mv-i-QYc--QgAANpU7YbbIoZPGOIL-QOQMT--Z--c-Lf-q-Se8IaYDDRBXLPNUZFNk-eGFPT--Ov-g-Te--"
-     "-SpKcOTHQSFjanHHBDTC-8NNSLXar--h-+------FCbZQCPMWHyaHYJKA-EMLQd--b--a-E----Wq6MVOPHRPXLWNMQL"
-     "OIwGMGARmjXqaK+Wmxt-Ym6GWZMBXPSEoLTMOKX-QKFKQ--Q--e-U--w-SfDLYUaCQdZGJCJSMHI-aI8TRquOu-a-au-"
-     "--Pu8DZfV9RbWCXaVaWKUwJNDSRikQq-c-bq-w-QqEWTeMOOIgUnCFEBeL-HG9jR-Xy-+k-np---y-ADQbT7dcP9oZOb"
-     "HMh-dLWTV--z----RQ---z-AFUkMHYWe8dUOKGJS-MDMTYEqexhh-dt-+-ft4NKQYJVZXQfWVMURG-UPDbVUOFzkk-gw"
-     "---hvDQhyCISLcWrGBHHYF-FFBaa--i-vY-r----t-7QZhOEPTbBaRQUP8UzOQOQVSnbOee-aq-x-cqENWQPSPTcQocS"
-     "SOUU-UMNVYY-c-s2-Y----q-0eovhZjhpdofejdgi-deckj--q-ss-p----qg4KUbNFPNVJULKPJMOuIKIQPkhWoYYyU"
-     "kvr-Wk2YrzLQhRtesNLmKkF-GNLnR--t-wg-s----u-LScjVOYWeScTPXRVX-1TRYXtqewhh-dt-+-QtELVcOHQOXKVM"
-     "LQKNPvKL4RQliXpZZzWmwK-XlGNXeQJSRZ99ONS9PRxGOLTSnkZrbb-YMyv-ZnBISaLEO9UITJINILNsHJHONjgUmXXw"
-     "Tjtq-VjTbqxKXlFrfqBHKIiX-6GHmH--D-uu-e----s-1TckWOYWeSdUTXSVX-RTRZYtqexhR-dt-+-ft"},
+     "9IKXIHFNMGYJKJMKJjRFILIdZihMb-Py-irZbCeTVNfZKla-HCJClJuBGELDjjbo-i-------qGEQhXDimuCSgBThFd-"
+     "9TWEd--JYxx-Xl---S-7GSVIFSaCOcEMVSDPeIQHNYZXc-pT-m----n-AFUfP6XYiCeVNacJW-IMOFQ--j--b-ir-e-f"
+     "k9aVcKdRNUKjKGOBSYq8IDeTkamp-b-yt----lMHwpdDLfo8KoJej7i-HZLKs--W--o-Uj---G-6HdhQAYIQJHdQfLUh"
+     "-EIKPb--Kf-d-Nr---aeK9qyY8mksNHeeaaBT-RcKREj-fSvW-J----F-FTTXINOHugoD9Q8TRpNEJfJ-d-k-p------"
+     "--VHSzh3nltWjeihd9T-hdgKa--j-wgXT----H-EDf-i9kZgMGAJTUEZ-HGJJR--Z--k-l-q--WpADTUHATJfDVSDVUK"
+     "R-eMKLWk-Mv-i-QYc--QgAANpU7YbbIoZQFOIL-QOQMT--Z--c-Lf-q-Se8IaYDDRBXLPNUZFNk-eGFPT--Ov-g-Te--"
+     "-SpKcOTHQTFjanHHBDTC-8NNSLWar--i-+------FCcZQCPNWHyaHYJKA-EMLQd--c--a-E----Wq6MVOPHRPXLWNMQL"
+     "OIvGMGARmjYqaK-Wmxu-Ym6GWZMBXPSEoLTMOKX-QKFKQ--Q--e-U--w-SfDLYUaCQdZGJCJSMHI-aI8TRquOu-a-au-"
+     "--Pu8DZfV9RbWCXaVaWKUwJNDSRikQq-c-bq-w-QqEWSeMOOIgUnCFEBeL-HG9jR-Xy-+k-np---y-ADQbT7dcP9oZOb"
+     "HMh-dLWTV--z----RQ---z-AFUkMHYWe8dUOKGJS-MDMTXEqexhh-dt---ft4NKQYJVZhQfWVMURG-UPDbVUOFzkk-gw"
+     "---hvDQhyCISNcWrGBHHYF-FFBaa--i-vY-r----t-7QZhOEPTbBaRQUP8UzOQOQVSnbOee-aq-y-cqENWQPSPTcQocS"
+     "SOUU-UMNVXY-c-s2-Y----q-0eovhZjhpdofejdgi-deckj--q-ss-p----qg5JTaMEOMUITKJOILNtIJHPOjgVnXXzU"
+     "kur-Vj2YrzLQhRtesNLmKkF-GNLnR--t-wg-s----u-LScjVOYWeScTPXRVX-1TRYXtqewhh-dt-+-QtELVcOHQOXKVM"
+     "LQKNPvKM4RQliXpZZ-WmwK-XlFNWeQISQY9BONR8PRwGNLTSnkYrbb-XLyv-ZnBISaLEO9UITJINILNsHJHONjgUmXXz"
+     "Tjtr-VjTbqxKXlFrfqBHKIiX-6GHmH--D-uu-e----s-1TckWOYWeSdUTXSVX-RTRZYtqexhR-dt---ft"},
     {"nl", true, {
-        {1252, 0}, {28605, 4}},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
      u"\u00E0\u00E8\u00E9\u00EB\u00EF\u00F3\u00F6\u00FC\u2013\u2014\u2018\u2019\u201C"
      u"\u201D\u2026",
      u"\u00C0\u00C8\u00C9\u00CB\u00CF\u00D3\u00D6\u00DC\u2013\u2014\u2018\u2019\u201C"
      u"\u201D\u2026",
-     "8IJPFIRJJIfOPKKGKiQJKMGKfiN--j-----toVjev-MBRKMdNMiSsGDK8pKbDODQUhaeq----z------m---HFOef5yj"
-     "kBWoIbiJa-BSXLep-Sa-------------n-KJdTTFYh6LpIRblAaZLWCIloqZ+-k-------------AGZgY5dddCkgaUcH"
-     "OxPLKOZUske--f--------h-pqAXMPQFQNVPqOGN9bSlBHERMWWlR--ska--x---q-ps8LNdHKKNQAnTPaXBgoLJFNiQ"
-     "-Xb-----------o---ALalO3nOXK-iYbPUX-HMQJckutW-----------i-uuIDvda4yjvD+oribEY-KeDJlp-gb-----"
-     "--------q-SMUML9SG-nCJMQ9PSySEEjSwbtg---X-------r-u-CNckBKIKdalAMfBWR-kHYRGT-lEV-----m------"
-     "--CFNde6nKVMdCPeYFesRLFKdV-so--j--------m-m-CEVhF8QNcC-PCYeIQufHKLYeqXe-------------iuA8PfQ8"
-     "cRgI-lSHdFKsfQQRbZ--d-----------o-i-4ITUCJNGZHkQUXQPa-aIHQTb-lb-----------j-geNSSLMEKLqYjPKF"
-     "CCC-AQNIMSdtd----t-p----g---A9aZPDoJTLgKHTRMIsEJEPWVgZg-----------o-hm7PMaOKcWTSUYLYQQYVQEI6"
-     "YToke--yxw-----qqzz-AGPNBBZMXHtLTMOGTxXGJIOLxYW-----------l-tl8STFZGadSHdWJYSMMmUK6SWcmKp---"
-     "--------i-ii6CTXb9dTTDkeYZZJTzKNLNSQjTa--z--------m-krEWQSIOaLq9nKHHEfJ-EGDOvGQrV-----------"
-     "--s-R7qqY5rhnJ-qXfl9e-NgeZqrs-r--k--j---------F9ZgS8gqiAyjleQ7e-ZUVfdg-oy-----------h---6LON"
-     "RGUXTFmSZNWaC-XSAafjQIO----------yx-W-AXWYfLZilXfjVJIeA-O5HWbegvq-----------Y---KEqrf7tnj7vj"
-     "mahAo-jYiJoV--h-----------h---4JRSLEUORKWQNQILPoKMJQPTfcW+-qpo----+ihqqsBHPQJCSMPIUOLO9JNmIK"
-     "HONRdaUy-onm----ygfooqFQYYSLbVYRCWUW6RQuRLQXWamid--7wu-----ooxxzKQYZSIbVYHdX9X9SWv6TQXXaNjd-"
-     "-xwv-----poxx+LRZaONcWaSeYWK1TYwTURYYbokf--yyw-----qqzz-BIQQKDTNQJVOMOHJOmBLIPOSeaVz-oomC---"
-     "zggpprBHPQJCSMPIUOLOGJNmAKHONRdaUy-onm----ygfooqAHPPJCSMPITNLNDIFlIKGONQdZUy-nnl----yffooq6H"
-     "PQKDSMQIUOMOGJOmJKHOOReaVz-oom----yggppr4JRSLEUORKWQNQILQoKMJQQTgcW+-qpo----+ihrrtDNVVPOWRfS"
-     "keOVQQY-SLLNPhtqW----------v2---1XfgZSicgYkebeWZe-YHXeehuqk----------wv---GEGOEFKGGEcWIKHIGu"
-     "LOMNLOSiS--wvu-----onwTz1PXYRKaUXQcWTWORVuQSPWWZmic--wvu-----onwwz2NWWQJZSWPaUSUMPUsPRNUUXkg"
-     "b--uus-----mLvvx"},
+     "8IJPFIRJJIfOPKKHKhQJKMGKgiN--j-----toVjex-MBRKMdNNiSsGDK8pKbDODQUhafq----z------m---HFOee5yj"
+     "kBWoIbiJa-BTXLep-Sa-------------n-KJeTTFYh6LpIRblAaZLWCJllqZ+-k-------------AGZgY5ddcDkgbUcH"
+     "NxPLKOZUsle--f--------h-pqAXMPQFQNVPqOGN9bSlBHERMVWlR--skZ--x---q-px8LNdHKLNPAnTOaXBgoLKFNiQ"
+     "-Xb-----------o---ALalO3nOXK-iYbQUY-HMQJckutW-----------i-uuIDvda4yjvD+orjbEX-KeDJjp-gb-----"
+     "--------q-SNUML9SF-nCJNQ9PSyREEjSwbtg---X-------r-y-CNckBKIKcblANfBXQ-kHYRGS-mEU-----m------"
+     "--CFOde6nKWMdCPeYFesRLFKdW-so--j--------m-m-CEViF8QNcC-ODYeIQufHKLYeqXe-------------iuA8PgP8"
+     "cRgI-lSHdFKsfQQRcZ--c-----------o-j-4ITUCJNGZHkQUXQPZ-aIHQTb-nb-----------j-heNTSLMEKLqYkQKF"
+     "CCC-AQNIMSdtd----t-t----g---A9aaPDoJTLgKHTRMIsEKEPWVgZg-----------o-im7PMaOKcWTSUYLYQQYVQEH6"
+     "YToke--yyw-----qqzz-AGPNBBZMXHtLUMOGTxXGJIOLxYW-----------l-xl7STFZGadSHdWJYSMNoTK6SWcmKp---"
+     "--------i-ii6CTXb9dTTDkeYZZJTzKNLNSQjTa-----------m-krEWQSIOZLq9nLHHEfJ-EGDOvGRrV-----------"
+     "--s-R7qqY5rhnJ-qWfl9e-Ngdaqrs-r--k--j---------F9ZgS8hqiAyjleQ7e-ZUWfdg-py-----------h---7KON"
+     "RGUWTEmRZOVaB-XTAafjQIN----------xx-W-AXWXeKZhlXfjVIIeA-O5HWaegvp-----------Y---KEqrf7tnk6vj"
+     "mbhAo-jXiJpW--h-----------i---4JRSLEUOSKWQNQILQoLMJQQTgcW+-qpo-----iirrtAHPQJCSMPIUOLO9JNmIK"
+     "HONReaUy-nnl----zgfpprFQYZSLbVYRCWUX6RWvRLQXWanjd--7wu-----ooyy+KQYZSIbVYHdX9X9SWv6TQXWaNjd-"
+     "-wwu-----poyy+LSaaONdWaTeYWK1TYwTVRZYbolf--yyw-----qqzz-BIQQKDTNQJVOMOHJOmALIPOSebVy-oomC---"
+     "zggqqrAHPPJCSMPITNLNFINlCKGONQdaUx-nnl----yffooqAHPPJCSMPITNLNDIFlIKGONQdaUx-nnl----yffooq6H"
+     "PQKDSMQIUOMOGJOmJLHOOReaVy-oom----zggppr4JRSLEUORKWPNQIKPoKMJQPTgcW+-ppn----+ihrrtDNVVPOWRfS"
+     "kdOVQQY-SLLNPhuqW----------v2---1XfgZSicgYkebeWZe-YHXeehuqk----------wv---GFGNGFOGFEcVIJHIGt"
+     "LOMNLNSiR--vvt-----nnxSy1PXXRKaUXQcVTVOQVtQSPWVZlic--vvt-----nnxxy2NVWPIYSWOaUSUMPUsPQNUUXkg"
+     "a--uus-----mKvvx"},
     {"pl", true, {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00A0\u00F3\u0105\u0107\u0119\u0142\u0144\u015B\u017A\u017C\u201D\u201E",
      u"\u00A0\u00D3\u0104\u0106\u0118\u0141\u0143\u015A\u0179\u017B\u201D\u201E",
-     "7LMMJRPOTKMMMLIJEeOHJLWGafJ-nx-wd-diXzg8lOFJkbRpRMIHICjNnGJHSZKgYLt--M-NWYkRp-AEaTZDigwDdXCY"
-     "QGj-JKYHpdpDR-YY-LH-+-z--GIoXXEfmADCMTWWGXnQVNQgn-K9-dQ-V-------BDUOREccnLjQLTHANiHQXKaRYGE-"
-     "WU-bO-cZem-7TVKJVSJoeHLLIDbSeEFJVTURaN---c-VTOdPp-AJlXSJIae9qcNaV7cXKHJJij-Tn-mw+xw-y-x--CKh"
-     "fKGlWPFtmMPE9NlCTYElSlmS-MP-VJ-+-z--5DuUTAjjhIsceUQEc-ScGSoa-Sk-fx-Zx-z-no-BEVHP8SPxWaFLPEJQ"
-     "oVHMQYQW+TglSUKdrczT--BDecT6jyzDvYfOKQa-gJOSra-ts-lD-M--J-r--CBaPkMbfsCxiNZS9jpIKHDkR-qt-HZ-"
-     "XO-gpY--DDVZUCZd-7xOMfFDSjdKQGWatRg-lV-Y-------AANZZDfgoAxQQQPCI-gQRHkhpJt-Sf-i--s----GBjNLD"
-     "LPp7vQYdQHVkhNHKWc-Fc-mP-a-------BdMKEePLkYUJIIESIyEILQbClrLl--q-SRM-My-GFaHdJhicGyZCbR8Tu9O"
-     "LKcm-Ro-So-Ua----l-8TdXFTfdeTaZYUNTTXPNM4WQWYXzigkhgqixh--FBWONCWM-MzZaIQBUiVIJIYQmJB-Kf-Op-"
-     "v--s-BMdPWHbZPFNIVWYKKkaP8JdY-HD-VM-vO----s-ACeTXCcfIIlKNROEQqGSPKcKkFe-LX-NO----s-9RHKOUSL-"
-     "SENLEHTL-HFGTnPTqR---n-Pg--Gt-7EUcS7ObbCjaSWWIc-SYPWPacca-rptqpzr-q--AAdVREkmUByVhsHGU-SJWU-"
-     "RrBSWXU-VO-u--r-5ISPPGLkRCXgXUZPGVURBbaWNfS-pnsonxp-o--7hMDTbQR-hJLPFMaJ-PDHo-H-fc---L-O-J-W"
-     "q-DBOQR9jQtHiUeKEIR-XXXOrI-CvcgL-OW------FJPQEILLSQMKJKJLAtJHDOjKlVIwfdhedmftdzNZgKNMgtZrhPh"
-     "Lmihl-BTMm+3-ll-vtauJ-vMK--4is7CivRtjqoookjQ-miLo-e-nJ-xvPwd-l-T--0eoijeqopelkjkffj-hhhkxizj"
-     "ietrvsr-t-s--5hbBAhuYsipLinjiD-kRIn-l-mOlwuVvc-Nlv--F8eUjMlstjqNooKCi-gafA-m-Gm-ID+Fv-x-w--6"
-     "Zj4eYlikZgfefaZd-cHbesdued-omqnmvo-m--Ngi6mgtqrhom7UJhl-Jjjm+B-ll-vtDut-v-u--BScWQSecdTZYTY6"
-     "TXv8VVYlLnXWzhfAgfphwg--FGsdI9ursipPKiAQm-lIkn-m-7m-wJzvk-w-v--1OYSTNaXZOVUTUPOSrRRQThSjTSud"
-     "bfcbkdrbxxDHNSONaQZKPUTUKGOrJLJThIjTSudbfcbkdrb5x"},
+     "7LMMIRPPTKMLMLIJEeOHJLXGYgJ-mx-vc-ciXue8lOFKkbQqSMIHJCnMpFJHSbJdZLr--N-NVXjRp-AEaUZEhgwDdZDa"
+     "QHd-IKWHpdpDT-WY-KH-+-z--GIlXYEiqACCNUYXHVmQVNPgn-K9-gQ-W-------CDTOREacnLjPLTHANgHQXKZRZGE-"
+     "VU-bN-dYdm-6TVKJWSJofHLLJDaSeEFJXVTSYN---c-WTNdPp-AIlXSIHcf9qfLcV7a-LHJImi-Sm-lvzlv-x-w--CJb"
+     "gKHlXRFtiLPE9OlDTXElThmV-LN-UJ-+-z--4DuUWAjmjHrffUQEd-TYGSnY-Rg-hx-Xn-y-yo-BEVHP8TP-VXFMOEJS"
+     "oVHMRYQX+TelRUKdoazTz-BDcgT6nqzDvaePLRa-eKPSrY-to-rD-L--J----CBaOjMcdsCxhMdR9htHKHDpR-qp-HY-"
+     "WO-gpY--DCUXVCZcs7oNNeFDSjdLQGYatRf-lT-X-------AANZZDfklAwSRROBJ-dQQHkhpIt-Sg-g--s--t-GAjNLD"
+     "LPp7vQXeQHVkgOHLYb-Ed-kP-Z-----y-BdMKEdPKiZVJIIDTI-EILRbCjrLh--o-TRL-My-HFbHcJmfcFyYDcR8Tm9P"
+     "LKfk-Rq-Sm-Ta----l-9SdXPSfceTaYYTLTTWOQL3WQWXWxhfjgfphwg++FBYONDXM-MtYaIRBVhVIJIaQmIB-Ke-Pp-"
+     "v--m-BMdOXHaYQGNIVYXKKlbP7IdZ-HD-WM-vO----s-ABfUaCbfJJlKNSODQqFSQKeKhFe-LW-NQ----o-8RHKNVRM-"
+     "TEMLEHSM-HFGTlPTqS---n-Pfn-Gp-8EUfS6OdaBihRUVJb-SVNcPYYbb-qospoyp-p--AAeUQEokUBzVhoHHU-RJWU-"
+     "S-BTVWU-WO-u--r-5HRPNHNkQCXgVScOIUWPCbaeNbR-pnronxp-o--7iLDSbQR-iKLOFMaIqQDHo-H-la---K-P-I-V"
+     "q-DAOPQ9-RuHgUeKEIR-XWWNvI-CvZhL-OW------FLQPEKLLUNMKJJJIAvKHEMmJmSIwgeifeogvfzNYgKMMgtZshPh"
+     "Lnihl-BSLm-3-ll-vtZuJ-vNK--4it7CivQujqoopkjQ-miKo-e-nJ-xvPwd-m-T--0eojkeroqfmkkkgfj-ihhkzizj"
+     "ietrvsr-t-s--5haB9huYtipKinjiD-lSIn-l-mOlwuXvc-Mlk--F8aSeLlsujqMooLCg-eZfB-m-Gi-HCzGv-x-w--6"
+     "Zj4eZmjkZgfefaZd-cFcetdued-nlqnmvn-m--Nhj6mgtrshom7RIhh-Jkjm-C-ml-vtCuu-v-u--BScXNSfceTaYTY7"
+     "TXw8WVYnJnXWxhfAgfphwg++EHsbI9urtipOKiAOm-lJkn-m-7m-wJyvf-w-v--1PZTUPcZaPWVUVQPUsSSSUjTkUTue"
+     "cgdcmdsdwwDIOTPPcRaKQQUVLILsJLJUjJkUTuecgdcldsd4w"},
     {"pt", true, {
-        {1252, 0}, {28605, 4}},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
      u"\u00AA\u00BA\u00E0\u00E1\u00E2\u00E3\u00E7\u00E9\u00EA\u00ED\u00F3\u00F4\u00F5"
      u"\u00FA\u00FC\u201C\u201D\u2026",
      u"\u00AA\u00BA\u00C0\u00C1\u00C2\u00C3\u00C7\u00C9\u00CA\u00CD\u00D3\u00D4\u00D5"
      u"\u00DA\u00DC\u201C\u201D\u2026",
-     "8FPHEHLPTLaaMLJHGPNHLKPYZieytffpz-T-it--d-dw+7kPJDdXPuMYfFJGSNaBFKSQfdfU------K--Y------qrCC"
-     "cSbEbgvASmGVlHZxCJLFemmMV---V-vxL-YS-----mmKAmYXFdgGDhLLXg7bgIZIHi--j----hruWhSbS-r-----HBda"
-     "T6ibjEllcbb8WqMUgMbXml----g-s-gYh---w--n-7TRIOXOOqLU+JGDbPWCBLUQeLjX------U------d--mqFDhZRE"
-     "KWh6--OZj9j+MVLKw-pdp---b-y+e-Wh-------DFdbbBnaSD--RTFIRzAPU9v-o-U---g-xz-oek-------F8gXS7ib"
-     "vH--kUcARxUWHIimmfg---O-mxm-g---n----LGQEGQMLxeyjIHAGNYFDGeHuQ-K---YqiQxr----i--yyJ5QXcDjkmO"
-     "vdfdcIRnUWc9Vupvq--MD-mosytw-wy----8HXTS9UDaKxvWPMSVpUGMAaMrVs---s-oqu+vy-y+--b-ABeUTDVQJ9-Z"
-     "MOdCVUjPIKPdpTS---di-tcbaf-----tt78MbY9h-oHvbUdfEG-sXZPhcok----R-q-YvXUv-d--v-HDjHEGLNIIaWXi"
-     "eEZUjG9JN-leh-o-ZoIQmnTel-Q--q-5aRKLiTTsQeeNGFWMjDDMKQVewn------o---------jlF7mWaDpbXNuSJih9"
-     "U-BPKQd-kW----P--LcbXVefZ--ljMfufccrrkf--ZhbgmvYia0r-w-y---y-uw+------b---9AcQPAaPqEueXKPEXL"
-     "LNKRTkqZy---ObQdZXcXpZ---sm5IbKYCZcTIybYTpIKUbHCKhcxXy---Y-N-h-Sd-Y---hkFAeTa8adMD-ebXnCR-ER"
-     "QKoUeUi---QjV-VcYR-eo--i-EFRUPDRRnDguJAJZHtFFFoaqP-T---U-tQuXV--------KAieV6nkoD-orco9dzLjYf"
-     "n-oi----JpfzTeQ-------pB8nfQGYdHCeXWRHESpMHOglGXxe---s-opu+vx-x+----AFZKdCZfYB-+gSfGDubXAeb+"
-     "TQI---j-Yuj-Wj-----g-4TYTYMbklXvtKQLPHnKCCZjXcvq---q-mosytw-wy----95hRRBTQqD+ycMhMjsfRhWoiu+"
-     "h---W-dtxci--c-----7FTLJFQRTIdbMLJFLVHHJLRbWdY-+oXpTVagbdwdf-nns5GVMKGSSUJecOMLHIWJJKNScXeZ-"
-     "-pZqVWbhcexeh-ppt1NcTRNZZbQljVTSOUdQGSUZjelg--wgxceiojl-lo-ww+6deOhcKDrf+yCihdWO9NLMHzL-v---"
-     "v-rtx-z--------INbTRNYZbQljU46NTdPPRTRjelg--wfxbdiojl-ln-vv+Rhvnlhstvk--onl0nxjYlnt-y-+---z-"
-     "vx----------maDtljfqrti--mlkGmvhijmr-w-y---k-3v+----A-----2apVQamRoUPwTCbbhqJJLhYxsyt---t-pr"
-     "v-wz-z-----6VjbZTghjVtqcG5VblXCZbhrWto---n-jlqvrt-tv----LZXE9ZMGncxvRPGYVeNMEg6wqxe---s-oeu+"
-     "vx-x+----HXldDXjIlUvtHdVYCn5DKeOtGvq---q-mnsytv-vy----CIWO9ITUWLgePO8JPYFLMOUeZgb--rbsWYdjeg"
-     "zgi-qqvSUldb0jjlavtfdcYenZabejtovq---q-mnsytv-vy----QVGUDVhhjYtrB5EWclXGGcZrmto---o-jlqwrt-t"
-     "v----AFTLJCRRTIdbMLKGMVHIJMRbWdY-+oYpUVaDbdwdf-nnsGFPIGHGPSImTLKPJGeJHKOSTTmh--xhycejpkm-mo-"
-     "w9-1OcUSOZacRmkVUTPVeQRSVakfmh--xhycejpkm-mo-wwU2LZRPKWXZNigSQPLRaNNPRXhcjd--uduZbflhj-jl-tt"
+     "8FPHEHLQTKZaMLJHFPNHLLOYahgxrfeoz-T-ht--d-dwy7jPJDdWPuMYfFJGSNaBFKRQgbgT------K--Z---x--poCB"
+     "cRaFbgvASmGVlHbxBJLFdmmNa---V-vxM-aS-----mmKAqYXFghGDhLKZh7bfIZIHiuuj----hruVgRaS-r-----IBea"
+     "T6eajEkkdcb7WoNTfMbXsl----g-s-eZht--w--n-7TRIOXOOqLUxIGDaQWCBLUQgLjX------U------e--ltFDeaRE"
+     "Kel6--Obh9i+MWNJw-pcp---Z-o+e-Xh-------DEcYaAnZTD--RQGHTzBOS9v-o-Y---g-yz-okk-------G8gXW7gb"
+     "vI--jTcAPxUVHJimmgg---P-gxi-g---m----LGQEGQMKxfyiIHAGNWFDGeIrQ-K---YqhQ-u-k--j--yyI5PUcDjkmN"
+     "vdfeZISoUWc9Tvpwr--LD-motzuw-wy----8HXTQ9YDXKxvUURPUqQHN9bOrWf---s-oqv-wy-y+--b-ABeSTDWQI9-a"
+     "MOfCWUjRIKOepVZ---ck-pdbYf--t--tt78MbZ9jtnHviVaeEG-mWaPhcqj----Rvo-XrXVr-d--r-HDjHEGLNIIaWXh"
+     "eEbVgG9JOwqei-o-YoIQmnTes-Q--q-5ZRKKkUSrReeNGFXNhDDMLQWern------n---------ikG7mWXDnbZMuSJgg9"
+     "V-BOKRd-jW----P--MceYWegb--mjMftfccrrkf--ZhaehvYfZ0r-w-y---y-uv+------a---9AdQPAaPqEueYKPEXM"
+     "LNKRTlqZy---ObQcZWZXqby--sm6IbKXCYaTIyaZTmIJTbHCKfdxWy---Y-N-f-Sc-Z---hjFAeUc8ZdNC-dcXoCS-ES"
+     "QKoVdVw---QgU-WdZR-dq--j-EFQUPDRRnDfqJAIZGtFFFoaqQ-S---U-tRuZV--------MAieV6gioD--hZo9bzLgYd"
+     "n-ol----Jpf+ThQ-------pB8nePFXcIBeaVQHERoLHPfkIWxd---r-nptzuw-xz----9FXJdCYfYB-zgTfGEuaXAdb-"
+     "TQR---j-Yuj-Wj-----f-4RYSYLbjlVvcLRKPHnLBDZjWccq---p-mnsytv-wy----94gigBnoqDzxcPdMjseagVoht+"
+     "h---V-bsxbd+-b-----6FTLJFQRTIcaMLJFMVHIJLRcWdY-znXoTVagbdxeg-nnr4HVNLHSTVJecONLHJXJJLNTeYfa-"
+     "-pZqVXcidfzfh-ppt1OcUSOZacRljVUSOVeQFSUalfmh--wgxcejpkm-mp-ww+6dcNhdJCrg+yDjhdVQ9LLLI+M-w---"
+     "v-rty-z--------INbTRNZZbQljU56OUdPQRURkemg--wgwcdiojl-mo-vv+Rhvnlhstvk--onl0nxjZlnt-y-+---z-"
+     "vx----------maDtljfqrti-+mljFmvhijmr-w-y---k-3v+----A-----2aoUQamSoUNwRCbbcqIKJhXxryt---s-pq"
+     "v-wy-z-----5VjbTTghjXsqcH5VblXDZbgsmto---n-jlqvrt-tv----MZVDAZLHncxvRPFMTeNNFg6wrye---s-oev+"
+     "vx-y+----GXmdCXjIlTvtHdTYDn6DLeOuGwr---q-mosytv-wy----CIWO8HTUWKfdPNAIOYEKMOTfZgb--qarWYdieg"
+     "+gi-ppuSUldb0ijlausedbXenZZbdjuovq---p-lnsytv-vx----QVIREVghjYWqA5EVclUHGbZsmto---n-jlqwrt-t"
+     "v----AFTLJCRRTIdbMLKGMVHIJMRcWdY-zoXoUVaDbdxeg-nnrGFPJGHIPTHmUMLMJGeIHKOSQTni--xhydfjpkm-np-"
+     "w8-1OdUSOaacRmkWUTPVeRRTValgni--xhydfjpkm-np-wwU2LZRPLWXZOigSRPLSbNOPRXicje--tduZbgmhj-jm-tt"
      "x"},
     {"ro", true, {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00E2\u00EE\u00F3\u0103\u015F\u0163\u201D\u201E",
      u"\u00C2\u00CE\u00D3\u0102\u015E\u0162\u201D\u201E",
-     "9FQFDKIRZKdgKJKMFmNFNLMaWkd-L-wPfgT9pOFPkQRpMSkEPIlNuAKCLSjZjK----TJm-BEbRYKsiz6jnFelHc-MTPB"
-     "u-zfUmx-LvPZ-JBvPYBg-GFcVOcuCf-JdFCbo-n-M-sDeMg-FDfie4mVhBeeiXeJg-PhnHUihi-d--M--d-5EPHRXTSp"
-     "QepHMFYP-EGKYSjNlRyh--QPb-NHihcETXq3--OhlBk-QZOJy---yV--Lzxd-HGVeVAslMB--ORJLWmAWRAu-z-Sex-F"
-     "vtc-IIhRY5gre6--hdVJT-RRIThev-hit-lrpi-9LOGOFMP-LhoFGCNP-LIGJM-W-K---yKNk-CBkbcCaXpKvyReaCT-"
-     "YcW6kxo+kYm-MkjYu6IRMOCUNZDtZTUUOI-SIIHYNmTirk-cigNs9DdVe9adsB-wUdlDZ-qZIDQqshQh--K-Ye-G8MdX"
-     "9g-pD--UgQFC-nhZFnc-fsZ-tH-sc-BHwJGDMPtEbbXjYKixZF9DU-kxYn--OjLf-GENHHlRLvQmcHFCSH-9HJMcWY-O"
-     "-v-yYcl-HCYZc9lkeK-iGjjBa-AUJGc-mc-Z--K-Jb-7KXOPGUXbJilNQHOQyLOL7WIbnXgZ-RXVhhEEZNS6ZQWB-icK"
-     "OHd-iOKDV--eeY--LdZg-GGYGbCTnWD-aaWqNGvdS7Gea-auj--G-ui-BChbZ8YkaDyeZYqHY-CcZHpaigqV--F--a-9"
-     "MUNUWVSwF-x9GBmL-ENEmd-T-Y---VYQj-G7fjU7ih+C--mRlEp-RPdTj-+-wVy-Gwue-D7jaQEZKW9uxUQOIQ-TGKWi"
-     "NnXjsl-djhXtBJTJbBUrcB--cWheG-feAKq-iPB+t-RrpT-5ONRYIcgkSrTNLFXE-MHGSfskHNpi-ageNqF8vWSEXS+C"
-     "--YJlJo-kVkHY-+nXSm-7wun-UZmdfXjnrKy+WL3ef-Fe8cmzr-mvo-gRTwwZgtkleqtxU--OL0km-hkhjs-x-t-v-nb"
-     "r--AFTJHEPTXFegJMIKEuHKHISfXjScV-NTRdd2ooTbmyY-c--WVdsi-DLJP+---a---qUNXsXFvWnKsvz2--moPQo-j"
-     "mALu-z-vmx-avt--TLxnpGtx-1--nqniq-lolSw---xkz-Jxv--0YlceWimqYxzcfbde-adablyq-lun-flkUvCJRIKO"
-     "LONIxUKIKOGWJGMMRSWdcuT-fck8U"},
+     "9FQFDKIRZKdgKJKMFmNFMLMZXjd-L-wPgfS9qOEPkPQpNSkEPIkNwAKCLSmZjK----UJl-CDbTYJsiz6jmFelHf-MTPA"
+     "u-+fccx-LwQY-JBvQXCf-GFeVOfuCf-JfECco-n-N-sDdLg-FDhid4mUhBfchWeIg-PgnHUjhi-g--M--c-5EQHQXTSo"
+     "PepHMFYQvEGKYSiNlRyh--QPb-NHigcEVd-3--OhlBk-OZOIy---yV--Lzxd-HFUeVAsiMB--MNJLWnAVQBu-+-Xgx-G"
+     "wud-JJhTY5hrc6--hdVJT-SRIUhfw-het-lspf-9LOGNGMP-LioFGCNP-MIGKM-W-K---yKNk-CBkbcCaXoJvySeaCT-"
+     "ZcW6kwp+kYm-Nljcu6IVMODUNZDtZTUUOH-SIIHYOnVirk-cigMs9DcVd9aesB-wUdlDZ-qXJDQqsiTg--K-Xe-G9LdX"
+     "9jspD--UfPFC-nkZFmc-dsY-tH-sc-BHsJGDMPtEaaXlYKixaF9DU-nxXo--OiLf-GENHHmQLvPndHFCSH-9HJMcWYvO"
+     "-v-yYdl-JCaac9lkcK-jFjjBZ-AUIGa-mc-Z--K-Kb-7JXNPGTXbJikNQHOQzLOL7WIbnXgZ-RXVggEDYNS7ZQWBuibL"
+     "OHc-iOJDV--eeY--LdZg-GGYGdBTnXD-ZaWqNGveU7Gea-aui--G--h-BCiab8YnaDydZYqHY-CcZGpZifqV--F--a-9"
+     "MUOUVWSwF-x9GBlL-ENEma-U-Y---VYRh-G7fjT7ih+C--mRmEk-RPdTf-+-wSy-Gwud-E7jaREZKW8ubQQNIR-TGLWj"
+     "OoXjsl-dkiXtBITJZBSrcB--bVgeG-fe9Kq-iQD+t-PrpS+5ONRUHdgkSrRNLFXD-MHGSfskLRpi-ageNqG8vbTEsczB"
+     "--eLlIo-jdjHY-+nbSm-7wuj-UZndfXjmrKy+WK3ef-Fe9cmzr-mvp-gRUwwZgtkleqtxU--PL0km-hkhjs-y-t-v-nc"
+     "r--AFTJGEPTXFegJMIKEuHKHISfXjTcV-NTRcc2ooTblyX-d--VWcti-DLJP----b---qVNXtYEvWnJrvz3--loPPn-j"
+     "mAKu-z-vmx-avt--VKxnpGux-1--nqmiq-lolUw---xkz-Jxv--0YmceXimqYxzcfbde-adablyq-mvo-gmkUvCJTHKN"
+     "LONIxULJJOGXJFNMSTVdYuU-gck8U"},
     {"ru", false, {
         {1251, 0}, {20866, 1}, {28595, 3}, {866, 3}, {10007, 5}, {855, 8}},
      u"\u0430\u0431\u0432\u0433\u0434\u0435\u0436\u0437\u0438\u0439\u043A\u043B\u043C"
@@ -1079,20 +1245,20 @@ constexpr LanguageModel MODELS[] = {
      u"\u0410\u0411\u0412\u0413\u0414\u0415\u0416\u0417\u0418\u0419\u041A\u041B\u041C"
      u"\u041D\u041E\u041F\u0420\u0421\u0422\u0423\u0424\u0425\u0426\u0427\u0428\u0429"
      u"\u042A\u042B\u042C\u042D\u042E\u042F\u0401",
-     "69RPIXLTfNJrLWPJKGOHPOPebScr-v-RsXq91--------y---x--------------------AovNHNMJOHaHIHICpMJLEf"
-     "XROKWT---xPLXKeFZkxrGnWGvHGbIBlDSbEnPYwnHKCmnzQd9kA-UjcD-dI-KHULBZMNPN-U--aY-EX--QhHcHfgYJLx"
-     "sFtXKXL5p9ilFyyZb-+-rt-xr-JiAzObOAaqEzQDaICSGMiI-feaZ--OcleUX9oVUMPIPSQZLLHGBTVDFCefXXTXV---"
-     "-cneYbDOltE6vq9rLmVAehkbjTwxyszy-pd+vpSGg7XIjGRlgLxKOFEBsQpoH--fX--jJd--Y-9nTMLTQGaJLMMJFHTS"
-     "KDFmSPNLXf---qOGf3dmgSxTjzjhvOAZPbroEGtg-ojd--tv-zt-Ei8fZljGRfDzpGhR8vILIIr-T+k--xza-xsHkEev"
-     "XxCQpB-RZrLCxuYnLp--Q-t-OA-ICTAjCaMow8-yGzXZJMBQshrK---o---Gz--JQImB-eiNC-YA-WqtFAzwOIMSjdcw"
-     "--DV-XOYCpgHCHGNLNTIIEHLUKHGGjdZSORW---doWpOjEht-wE-yGzVNvS6S7aWJ--ejs--Ta--c-Il8jQShBMqD-Wl"
-     "MO9daNNGSVilRl-Igr-TcGmKXOhVIf-F-HFPQEGUL7PnUdWV-pNN-iEcCnDiHvdC-lF-PZYMBWEGjMi--Z--xMDn-ajC"
-     "hVWTMGGIJpQGKHNnHJCFvRb-JYL-vxkEb-TZ5rksnEupBqmJViAmLjRLOvxryx-hqzuo-2ZShQsnQuoLqgkdTAmHThUe"
-     "vxryx-oqfuo-HYIpJrl7sn5pkjkgUTihgPuuvqxw-Doxtn+KdAvowr7ys9uMakDVqhnDWzz-gV--sW-ysNNXFfYpk9rm"
-     "4nKNjLOjHgQNctuovu-lTwrlPWXCpiql5sn6okikWdkhhgOttvpwv-mExsmNKLScVeY2faTbXWXTRXVUTZhhidjjwZbk"
-     "gJF7goPFgPC-LoCUIHjmLTSIvpD-NSm-vx--i-4fmnpysdzBhvHqRBlrkIKtd-ZxL--tv-JgfUWdZcVddqlWeGCVJcaZ"
-     "b2kOstoNu-kmvrly5afNltWhjaiWnhnZeneZApwwyAzA-pr+Np-2gnyKlLFgLogkdOQiiWWHv-OVa-S-vx-LX-DTakPY"
-     "UaPWbkXPE4ZaKK9hpOqlsr-ijtoiv"},
+     "6ARPIXLTfNJpLVOJKGOHONPdaSbp-v-RwXn91--------y---x--------------------AovOHNLKNHbIIHICpMJLDf"
+     "XSOKWT---uPLXLeFZixrGnWGvHFbJBlDUbDnOXmnHMCmnzPd9lA-TmgD-dI-KHULBYMMQN-U--ae-EY--QhGdHfgXJLx"
+     "sFtYJPL5p9ilFyzYf-+-rt-xr-JiAzPbOAaqEzPDaICTGNgI-efbb--OdjdUX9pVVNPIPRQYLLHHBSUDFCefWXSXU---"
+     "-cpeZbDPltD6vq9rMmNAeilcjVwxyszz-pd+wqTGg7WHjGRjgMxJPFEBsPqoH--eY--jJc--X-9oSMLTQGaJLMMKFHTR"
+     "KEEmRPNMXg---rOGf3flgSxUjzgevOAYOaroEGtg-ohe--tv-zt-Ei8fYkkGReDzqGfP8vIKJIs-T+m--xzY-ysIlEcv"
+     "WxCQpB-QZrLCxuYnLq--Q-t-OA-ICTAjCYNow8-yGzVZJMBSogrL---o---Gz--KPInB-dgOCwZA-WquGAzsOHMSiccw"
+     "--DV-WOZCpfHCHGNLNTIIEHMUKHGGidZSPRV---eoVoOjEgt-wE-yG+TNvS6S7dWK--cjs--Sd--b-Im8hQSgBMqD-Vj"
+     "NO9daONGSUhkRm-Ifr-TcGmKWOgWJd-F-HFPQEGTK7PlVdWV-pNN-hEdCnDhHweC-kF-OaYNBXEGjMk-wZ---MDlwbiC"
+     "hWVSMGGJKlRGKGNnHJCGvRb-JXL-vxiEa-Ta5rksnEupBqmIWfAmIfPLOwxryx-hqzuo-2ZRqQsmSuoMqgkbQAmGShVe"
+     "vwrxx-opfuo-GYHpIrl7tn5pljlhUTiigNuuvqww-Eoytn+KeAvowr6yt9uMakDTqhnDVzz-gW--sW-ysNMXEfZqk9rm"
+     "4oKNkMPjHaNMctupvv-mRxsmPVYCpiql5sm7okikWdkhhgOttvpwv-mExsmMJKQbUcX2eYRaWUWSPWTTSYffhbihwYaj"
+     "eID7hoOFgOD-LoBUIHjnLTRHvpD-NRi-vx--i-4fmkqysdzBiwHqSBlrlILtc-ZxL--uv-JfhUWdXZSdcqlVeFCcJcaW"
+     "X2kOstnLt-kmvqky5bfNltVhgaiWnhnfeneXBpwwy9zA-pr+Pp-2hnyLiLFhKogjbOPikWWHv-PVZ-S-vx-MW-EUakPY"
+     "QaTWbkXND4ZaJMAipOqlsr-ijtoiv"},
     {"sk", true, {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00E1\u00E4\u00E9\u00ED\u00F3\u00F4\u00FA\u00FD\u010D\u010F\u013A\u013E\u0148"
@@ -1126,22 +1292,22 @@ constexpr LanguageModel MODELS[] = {
         {1250, 0}, {28592, 1}, {852, 4}, {10029, 8}},
      u"\u00AB\u00BB\u00E1\u00E7\u00E9\u00F6\u0107\u010D\u0161\u017E\u2026",
      u"\u00AB\u00BB\u00C1\u00C7\u00C9\u00D6\u0106\u010C\u0160\u017D\u2026",
-     "8NLTITTQXHOKQLEIDkNGMLGdYfIdT-----SQab7nMTLkeSRfHIGJDiM-HKGeFdhmJh------OZS-FCeaVC-exAagDTHB"
-     "Y-CNfLT--aek------Wn--ABWVS8cdKBlMTbVDc-KSLNZ-bgmc------qux-E9VnVDaWWENQRLCBJ-HMXROn-nWf---h"
-     "--a---7aQQFdZLXXLHHICYRtJJIcGkZrMe------PUS-9FiUTHHZn9feKbSCW-FLKFd-yTgTw-----kor-E9PlVHWaVI"
-     "nmEcJ8c-DYNGi---ei------swz-5MnidJyePJkFjbTAT-CXHPb--jli------htw-7bZJQZVSKnMEGIGaOrIHHlK-cx"
-     "Fk-----xMMX-C9fmT5-xhGoWsSMHX-pSPIR---u-------xN--C8qVcCoq-FaoIvL8e-LQPHTks-vk------yf--HChT"
-     "aDVYk8BOUWGARslXRQls-fke-s----X-U-CCJlk6iopEkfRcNAO-SShPa--mfg----q-o+--F8gSQCfWv9DVWngBYwlU"
-     "LOi--oek--w---Ws--9hIWDlbIacRKIKKeL-FEGWFbp-Ng------HTO-LFnTZJsldDuTLgU6a-6WRQssmdvf------n-"
-     "--8IHWPJdUYJPOORKJOwMNJ7OmikQhh-----UYbpH8XWR8gOYBMTZTKFf-cIOPLj-adl------eYa-GHoWjCjmMInFFQ"
-     "KJGpTZ6RSttYvk------z---CCpcd9fsXAZOSWHBY-FYYPKqqZwe------s---AcPWMZWLjUIJKEJfA-ICGlPnW-kd--"
-     "----IOS-ACngnAscRCfQNeDFP-FIXYo--sLl------kom-5HaeMCkURDXWPLJNV-NJMaVNPRYoo-----cfix4KPMRKOf"
-     "PIaZPLRJL-QUFeUSILWPr-----fjm+4NRLYMldgSYTLODQG-SHFUWurSJWp-----dhkyD7ElOI-OOJYSMNCJH-JbYRJ-"
-     "-qni------cT--0UfjbVpgkVbabdWVa-YaZfayuxdtt-----gkn-APNQKRPVVNRUNPLOK-QHJRPaRaR5t-----Ykn-AE"
-     "OSGFZQUFLKKMGFKsIJIPKiegMdd-----QUXlAEOSLFZQUFLKKMGDKsIJIPKiegMdd-----QUXlBFPTMGaRUGALLNHGLt"
-     "JKJQKjfhNdd-----RVYmAEOSLFZQUFLKGMGFKsIJIPKiegMdd-----QUXl9EOSLFZQUFLKKMGFKsIJIPKiegMdd-----"
-     "QUXlFCWvn7-tw8IIQpDQd-JdhMb---d-------swz-UGnrkCxps8SHNlJSe-di8Xe---l-------Bsv-PBWeh8uYp8PX"
-     "Mi7Rf-efeUf-+-iyy-----mps-1NXbUNhZcOUTTVPOS+RSRXSqnpVOl-----Zcfu"},
+     "8NLTITTQXHOKQLEIDkNGMLGdZfIdT-----SQac7nLTLkfSRfHIGJDiL-HKGeFdhkJh------OZS-FCeaVC-eyAagDTHB"
+     "Y-CNfLT--bek------Wn--ABWVS8cdKBlMTbVDc-KSLNa-bgnc------qux-E9VnVDaWWENQRLCBJ-HMXQOn-nWf---f"
+     "--an--7aQQFdZLXYLHHICYRtJJIcGkZrMe------PUS-9FiUTHGZo9feLbSDW-FKIFe-yUgUx-----kor-E9QlVHWaVI"
+     "nmDcJ8Y-DYOGc---di------swz-5MnidJyePJkFjbSAT-CYHPb--jlj------htw-7bZJQZUSKoMEGIGZOrJHHlK-cx"
+     "Fk-----xMMY-C9fmT5-yhGoWsSMHX-pSPIR---u-------xN--C8qVcCoq-FaoIvL8e-LQPHTks-vk------yf--HChT"
+     "aDVYk8BOTWGARslXRPls-fke-s----X-U-CCJlk6iopEkfRcNAO-SShPa--mfh----q-o+--F8gSQCgWv9DVWngBYwmU"
+     "LOi--nek--w---Ws--9hIWDlbIacRKIKKeL-FEGWFbp-Ng------HTO-KFnTZJsgeDuTLgU6a-6WRQssmdvf------o-"
+     "--8IHWPJdUYJPOOQKJOwMNJ7OmikQhh-----UYbpH8XWR8gOYBMTZTKFf-cIOOMj-Zdl------eYa-GHoWjCkmMInFFQ"
+     "KJGpTY6RSttYwk------z---CCpcd9gsXAZOSVHBY-FYYPKqlWxe------s---AcPWMZWLjVIJKEJfA-ICHlPnW-ld--"
+     "----IOS-ABohnAjcRCfQNeDFP-FIXYp--tLl------kom-5HaeMCkURCXWPLJNV-NIMaVNPRYoo-----cfix4KPMRLNf"
+     "PIaZPLRJL-QUFeUSJLWPr-----fjm+4NSMYMmehSYTLNDQG-SIFVXvrTKXq-----dhkzC7ElOI-OOJYSMNCJI-JbYRJ-"
+     "-qni------cT--0UfjbVphkVbabdWVa-YaYfayuwdtt-----gkn-APNQKRPVVNRUNPLOK-QHJRPaRaR5t-----Ykn-AE"
+     "OSGFZQUFLKKMGFKsIJIPKiegMdd--+--QUXlAEOSLFZQUFLKKMGDKsIJIPKiegMdd--+--QUXlBFQUMGaRVG8LMOHGLt"
+     "JLJQLjfhOee-----RVYmAEOSLFZQUFLKGMGFKsIJIPKiegMdd--+--QUXl9EOSLFZQUFLKKMGFKsIJIPKiegMdd--+--"
+     "QUXlFCWvn7-tw8IIQpDQd-JdhMb---d-------swz-TGnrkCxps8TGNlJSe-di8Xe---l-------Btv-PBWeh8uZp8PW"
+     "Ni7Sg-efeUf-+-iyy-----mqt-1NXbUNhZcOUTTVPOS-RSRXSqnoVOl-----Zcfu"},
     {"sq", true, {
         {1252, 0}, {1250, 2}},
      u"\u00E0\u00E7\u00E9\u00EB\u2019\u201C\u201D",
@@ -1180,21 +1346,22 @@ constexpr LanguageModel MODELS[] = {
      "X+c-Qd8mhni7siBQiiJYgeUf9wxRnQwjsnrttbi7rlsm4wnGlnnjXljkkE--tsv-oxswyyGj9nhoi5sjAhjjIRhegfGx"
      "xporxktoscu0hYlfmgaqhafhhdbfcedeuvnloviqmqssCBSlXdRaqZPVhWMQJUOUNaealYviqmq4s"},
     {"sv", true, {
-        {1252, 0}, {28605, 4}},
-     u"\u00E4\u00E5\u00E9\u00F6\u201D\u2026",
-     u"\u00C4\u00C5\u00C9\u00D6\u201D\u2026",
-     "8GKRIJFOLHXKMJNLJgMFIMKWZbePY-USh9pQSGnZLcYzKFJBpNoBHDVJiXctu--yjgFDJedBgfnAJjFXeEU-FOQIj--I"
-     "iRS-OipFIZQOCcb9Ij7PVjHP-NRKRlhdP-sx-uc-9CUkL6YUZGWWVZNLQ-IJWLThhdwVVsbepBXSQIXQPSacKFN9dUo8"
-     "IChXgNio-z--hrJJhiZHLtn9bmHciFmsGSINvs-P-HR-7is9DUbPAYHPHfYOYKMWuDFIMc--ngNQ-QhgABnUdAjigHOq"
-     "gaZGb-XYMCjg-YaGG-Ge-INRMGOOGdguKBO7HRqQEGgH-Wqc-x-txyDCUqH9gkpRvbKkMIR-eMWAY-wr-Cr-Mi-E8bce"
-     "CbPaMbmMZKBX-GOCHPhtZ-Lb-PmlBDViJCTWYEMP9YNIU-ZMILVkxM-JR-UimABQiU8WdfGmbREHKI-TONSPX-X-NNqQ"
-     "fh8FcZDIPDRGZNSbLOYvYFDOLmzQ-Ra-hklKWMGKVRGeadKI9AQJ-AKLPRUbmohk-jnvEAcYREZSTJ-RHUNFC-EIKJak"
-     "da-jD-zfs7MKaOOWUZQgURPMTVxMQE6WShcsXc-ZSt7BUXKEWNVFXLNNMKanUKIJSn-P-MN-XggAHTUWGQSTHcDJSLHL"
-     "-TH9QRe-NkOU-Qft8CaXbBTVQCeVXWPJU-JKDQUfjNnOX+RglFWPWLKRTqPnVHECkE-DG9UGrQrbw--yk-BBPzZ9YUlA"
-     "-agXOUc-TIUQc--U-AO-z--B9jkODgMH8cVSTOIg-LKLggMrY-hm-jS-7LMTWFOYoHuSGOYbD-bX7labWNhmq-oZhCMU"
-     "ANRWJlazPHEGLC-KECfci+vZqvmtmm8LSeW9UTeFkYQTS9a-NSSUaQlGHbg-elxemxUQmUHyo-PDI7rb-7HFuP-Q+-v+"
-     "-yq-6YauIPcHtfzPCfAnp-IIDqM-+v-rv-t--8GRSKGOMSFYFJMGLOpHIGOOdZUkPU-RZlTijiIZsLvjJGNRHpL-3Lem"
-     "F--x-tx-vg-4PWTTSQUXScURSSTRdRMWSTVgg-lq-o7-1RcdRQZXMTiXUXRWYzRQPZZojeuae-cRw"},
+        {1252, 0}, {28605, 4}, {10000, 8}, {850, 8}, {437, 10}},
+     u"\u00E4\u00E5\u00E9\u00F6\u03C0\u201D\u2026",
+     u"\u00C4\u00C5\u00C9\u00D6\u03A0\u201D\u2026",
+     "8GKRIJGOLHWKMINLJgMFIMKWZbdPY-UzSh9pQSGnZLcYzKFJBpNtBHDVJiXbtu--y-jgFCJdfBgfnAJjFXeEU-FOQIj-"
+     "-HiSS-O-ipFIZQPCcb9Ij7OVjGO-NRJRlhdP-sx-v-c-9CUkL6XUZGWWWZNKQ-IJWLThhdwVVsb-epBXTQIWQPSacKFO"
+     "9dUo8IChXgMin-z---hrIJiiYHLtq9bmGciFmsGSIOvs-O-HR-7-is9DUbPAYHPHeYOYKMWuDFIMc--ngNQ-Q-igABjU"
+     "dAjigHOqgaZGb-XYMCjg-YaGG-F-e-HORMGOOGeguKBO7HRpQEGgH-Wqb-x-t--yDCUqH9gkpRvbKkMIR-eMWAY-wr-C"
+     "r-M-i-E8bcdCbPaMbmMZKBX-GOCHPhtZ-Lb-P-mlBDViJCTVYEMP9YNIU-ZMILVkxL-JR-U-imABQiT8XdfGmbREHKI-"
+     "TONSPX-Y-NNqQ-gh8FcZDIPCRGZNSbLOYvYFDOLmvQ-Ra-i-klKWMGKVRGdaeKI9APJ-AKLPRUbmohk-j-nvDAcXREZS"
+     "TK-RHUNFC-EIKJakda-jD-z-fs7MKaOOWUaQgURPKTVwMQE6WShcrXc-Z-Ot7BUXJEWNVFXMNNMKanUKIJSn-O-MN-X-"
+     "hgAHTUWGQSTHcDJSLHLxTH9QRe-NkOU-Q-ft8CaXbBTVQCeVXWPJU-IKDQUfjNnOX+R-hlFWPWLKRTqPnVHECkE-DG9U"
+     "GrRrbw--y-ksBBPqZ9YUl9-afXOUc-SITQc--U-AO-z---B9jkODgMH8cVSTNIf-KKNggMrY-hm-j-S-8LMTWFOYoGuR"
+     "GOYbD-bW7labWNhmq-o-ZhCNVANRWJlazOHEGLC-LECfci+varvmt-mm8LSfX9VUeFkYQUT8a-OSTVaRlHHbg-e-myem"
+     "xVQmUGyo-PDI7rb-7HFuP-Q+-v+-y-q-6YauIPcHtfzPCeAnp-IIDqM-+v-qv-t---8GRSKGOMSFYFJMGLOpHIGOOdZU"
+     "jPU-R-ZlTiknIZsLvjJGNRGpL-3LemE--x-tx-v-g-8GRSKFOMRHXLIMGLNoGIGOOdYTjOT-R-Zl4PWTTSQUWScURTTT"
+     "RaSNWSTVgg-lq-n-7-1RcdRRZXMTiXUXRWYzRQPZZojeuaf-c-Rw"},
     {"th", false, {
         {874, 0}},
      u"\u0E01\u0E02\u0E04\u0E07\u0E08\u0E09\u0E0A\u0E0B\u0E0D\u0E0F\u0E10\u0E13\u0E14"
@@ -1246,25 +1413,26 @@ constexpr LanguageModel MODELS[] = {
      "W+----WRaS-DbXd-aw-CZVeI--TWA-upAPrq-swwKQVPKnxmn-uIL8UUPVoWcisqcQTYTjOSUeyVYjOSORTliTTNs6RN"
      "VTSfUXXPSYWTnZNOpW5cMKXgS-Ofz--tPOZJzKQKX-mKZRXWId-yLSN-mhdmjivlooGKJKI-pef-n"},
     {"tr", true, {
-        {1254, 0}},
-     u"\u00A9\u00E0\u00E7\u00E9\u00F6\u00FC\u011F\u0130\u0131\u015F\u2019",
-     u"\u00A9\u00C0\u00C7\u00C9\u00D6\u00DC\u011E\u0130\u0049\u015E\u2019",
-     "6IGOHMPKNIeJPOQLOgSGJRLVaLXc-P-Pa-awXXBgMQKeRQSRrFFIBxN-AIIXTifGM--Q--tM++OhHCcUiBfjr7bVHVjH"
-     "L-YUaB+--QT--z-NP-OT+iCCaaWAWfHGpKLTbBY-FSKIYh-ge--k-+QzpGxUFBVhT8bgtB-pShTCb-OXdJbboi----hQ"
-     "LZWD-b9ZROKUUapbrGFICbTiAHIVOYSLV--K-w-K-+Oe9BqVQJLYcE-cNTXDgQFIFMim-Tu--u-xuw-EvVELfgd7ccNA"
-     "-rVcGRMdIUYKy--nU--x-DEmdKyhF8egX8wgvE-hVbcFd-UXBHfn-dj--u-yuxLSvdBWQNOVOSchqLCKAPPvBGKoZ-aQ"
-     "K--J---PvzJlAJQeU4gWfIwQQSVFWyUOXGgmpafzKe-ifhpRfp8EbpcFgjpDkQDTdG+uTOFEk--rX--R-ZQ-eH-aG8Rd"
-     "M9fKmB-VGJVNXylQRJZi-ao--V--P-eG-iB7UYKAfVlDqUEWgNOimQZIlt-bi-----P-iI-g7HcLDEUOnE-VKLZOQ-VM"
-     "IHZuuSa--n--S-fDnZJdWMLbIReYSGBGCQL-BCLJUQjNW------Q-uPe89kPQHjSTK-TGNdIT-EJFKVgcKx--o-+gz-J"
-     "xZ8QYK8QeadRtWSXSXTVSRU7KRmYcx-c-gcfmVdV7EXVJEYRaC-QJLSLapVLJLek-Qf--S--N-hFYgBCdRXDgcPC-QTR"
-     "cIVocMDMeWvEm--l-VJ-YD-bBCjSZBUhHC-QINTMM-LSKJmQeQv--p-jJ-TF-aAWLQOOYQgT-NBHCfL-DNDadpPLL--R"
-     "--+P-tNpFIXOY3eiiD-oPXgRd-LUcKZhbZg--u-ymxjnv-87kfLIcYPB-iTiNPc-LTRbpByjo--o-roqyhpc5MXMWHXj"
-     "XJ-fXCZMIebNAbdtNbm--l-plovemTF5ghRELJ+K-iLZMFK-KOPLr--v+--z-SL-sG+f8FlJKDeFhB-dINPOu-lPnKnn"
-     "-lj--v-zOxRDwo1PXaVPdZcQsVRWRWavRUTWcjlXcw-b-fbelUcm5HPSMHUQTHkMINJNRmILLNUadOTn-S-WSVdLTdGD"
-     "Jui7xmw8-pKRfLu-liWZw--rw--v-PJyoBw-BHPSMHUQTH8MINJNRmILLNUadOTn-S-WSVdLTdZeodlgtRsg-SCm7mS-"
-     "ACUmtz-P9--j-vrT-kX-FjrUMjxtwk-GHCAqO-9MHqQ--MF--O-zvK-oN-NOpsbDurh5-nDMjis-GllGu+-ot--t-wMv"
-     "aBQ-AZZkYZKjmaeIGHEgO-BGdgmtvZF--A-plVeeIe8qlNLqXt-p-GCIAsT-BLNx---NL--d---Q-pInBEltUHwsfE-H"
-     "9Lkpl-kL9Lg--qb--u-cRx-Fv-5JVRCJZUZF-aMUENR-WLKNmZUHl--l-oTnvNmP"},
+        {1254, 0}, {857, 8}, {10081, 10}},
+     u"\u00E0\u00E7\u00E9\u00F6\u00FC\u011F\u0130\u0131\u015F\u2019\u201C\u201D",
+     u"\u00C0\u00C7\u00C9\u00D6\u00DC\u011E\u0130\u0049\u015E\u2019\u201C\u201D",
+     "6IFQGMQKNIgIQPQLNfSGKQMWaKW-O-PY-XsXXboBeMQKkSSSUkFFHBvO+BIIXUieGM-R--pL++Nk-uIAaUfCfyr7fWJV"
+     "jHO-XTZB---Sk-z-MO-QT+g--CBaXSAVgJFoJNTaDVoIRLITfofe-k-zPxiEwR--GBWjS7dhlBvjSigCZ-OWiJbhiel-"
+     "-fQLZXD-b--9ZROKWUcnepGFICbWkAIHYOZULU-K-v-J-zPd--99pTOILcvD-cMSYEkmGJGOvm-Xt-t-wtv-EuW--FMd"
+     "ja7bfQA-qVZHROfJSWJy--kc-w-CElfJx---E7dfU8vflE-nTXcHd-UUCJbm-af-t-wfvMSud--AYRPOWOUbiqKCKARQ"
+     "tBHLpY-ZOJ-I---OzzJk-pDEKdQ6fcfFwOLQTFVzTOWFfmoYdGd-VdfnNeoxx8DcqcEhflDrSCTeGi-TNFEl--sZ-U-Y"
+     "R-gI-j--G8UdL9eLqC-VGJWPZyjRQJdi-b--W--P-eF-j-uB7SXMAeSkEqXEWfMQulPYImq-bc----N-fI-h-q7HaLDE"
+     "UPoEuUJLeOT-TPIHay-Uc-m--Q-eDka-yJbWMLbLRfZUFAHBQM-CBMLUQfNW-p--+P-tOg--98gOSHfWUJ-VGNeHS-EJ"
+     "HOViYKv-n-zcx-Iwb--6OXCQNdZdPtUQVRVNUMTT6SkmWb-a-eackTbTvv7EZVJFWRaCyPJLSKbnZLJKem-Wf-T-xM-g"
+     "FWf-qDCdTZDfWQCsOTSbHUkbNDMhWvEm-k-RJ-XD-c-wBBnSaBTfJC-RIMXMN-MSMIpTkSu-k-dI-UE-c-wAbOPPPZRf"
+     "R-MAHCfM-DOEWcpQKK-T--+O-tLn--EGXOV3YhiD-nQWfTd-MTdKagiTg-t-xlvimu---78imJIoRNE-fTcKLa-MSRZo"
+     "Cxhm-m-pmowfmb-f4MWLVIUjWK-eWEYOIdaMDfctOSk-k-nkmudlQ--I5dhQDMJ-I-hLYKER-KQPM---v+-+-RK-tG+i"
+     "-t7EhKJDkGnC-cHNOPv-lPoKxo-jj-v-yOxSDwo-k4HPTMHVSVImMJNJOTpJMMOVceOT-T-WTVdMUennFDKvi7yjx8-p"
+     "LSeLv-lkWWx--rv-v-NKxkCwo--CHPTMHVSVI6MJNJOTpJMMOVceOT-T-WTVdMUennaeielguNuh-SCf7nP-9DSnk--P"
+     "A-j-vsV-lV---EjsSNkyuyk-FIBAqS-ALHqQ--LF-O-zvL-oN---MNqtVDwsi5-nBNkjt-HmmHv--pu-t-xOvbBQ---B"
+     "ZXlXaJkdaeHEFDgN-DGUgnvxUF-B-plVaeGe--8qjMMrVu-p-HCHAsU-BLNx---ML-c---P-pIl--BEluWIhfjE-GALl"
+     "pu-lN9Kf--qb-m-aRw-Fv---6ITQBJYYYG-dKUFNQ-XNKLmZUIk-k-nSmuLkU--DJYcRNeOeRvVPWPSTySONXelnXQ-c"
+     "-fcePVcnw21QYcNQeaeMvVSWSXcySVVXelnPc-c-fcemVcnwV"},
     {"uk", false, {
         {1251, 0}, {21866, 1}, {28595, 3}, {10007, 5}},
      u"\u0430\u0431\u0432\u0433\u0434\u0435\u0436\u0437\u0438\u0439\u043A\u043B\u043C"
@@ -1273,70 +1441,179 @@ constexpr LanguageModel MODELS[] = {
      u"\u0410\u0411\u0412\u0413\u0414\u0415\u0416\u0417\u0418\u0419\u041A\u041B\u041C"
      u"\u041D\u041E\u041F\u0420\u0421\u0422\u0423\u0424\u0425\u0426\u0427\u0428\u0429"
      u"\u042C\u042E\u042F\u0404\u0406\u0407",
-     "7DOOFUIVcIucKULINFLJNONeSQUV-nOUPj82w-yq-y--x-+--ww-vwt-----------t-AuoLKPKsOIwHLFIBkMIKDYaQ"
-     "PIUc-UeMneEkDvfklFzZJwNDMNChCVKBzUeW--w-s-E-DsAbQYLGSc9-KNXJEQcMQI-Qmsjs--+-B-HiDcegoNxqNugI"
-     "RJ5kDhOCxyPvi-uzqzJ-GpBTSfcCMeHsHFWGAQLPKInbbib-Wcc-F-AsZVMPIsKNuNGKI8NRAKHtUaUaXf-gafgiGgGS"
-     "ktP6voBsKInCLnemWGvwgQx+sxoxK-Dn7MEVIOrmOzQRDCHMRSVIh-jnR-Xgj-N-7tuQIURwYNsFFKFJuMNCFzOJQQRV"
-     "-xcnxr4hlUVjPjedmvR9NJNckKEqazkwd-vns+e-Fq9dWdwO-hF-vIgK8kIJKE-nV-eL--y-F-GpDssbqDtxF-LovqBm"
-     "snlJ---s--ALC-D-BpBWPiuA-xD+KNhODSpYfGsp-d--+-r-B-PuBxaYNDnfD-QsvBCvpUHLYcXfV-NRCdG-AvkHCHHZ"
-     "MHxhHKGKgLCHJmZaUNVf-OgehPMpDls-uC-xG+SMvR7Y9aRK--UQi-+tx-F-GsCbQRaBomA-VcMOAcsQLJWTXvS-mTL-"
-     "E-JqPiV-vJ-sG-GKXJHHoj5HhbW-X-LhE-K-IsCiMlyGg+8-NVfLCzDhaHmsws--EYWmI-5nWOAVKkTSrVKKJLqJNJGv"
-     "SV-OXX+RxJtpSg5rjtmFvocslYYdAnLbILvwwtx+sxix9-3fNqTslQunLrkYaMDhNeYLujvswzrwnwB+KfRijsl9unFr"
-     "kmmWgWjlbWuvvswzGHFw4-Ij9ugwo9jr9uIkpCKpmogNyzdmz-uzlzG-JfEqIsk9un9qLKlJJdHgFCuvvrvyqwnvH+Wc"
-     "JmfphBqjKngiid2ifheJqrrosvnsksTx5klYfxpnzsmvCqYBEqnCFqa+bwL-voddn-4edpArViNchVdlWNdgRYCltuuE"
-     "vyqSmHiz2noyQVGqnSpzDhMSojWYJt-PVXn-zbvUr-3fgqTiHitnhqNlFJflPV9lYvurvyqPnviPArONDRBvQLuKJFNF"
-     "TZIGJkhWURPV-RNSvM1ablKnUeeicYOZcTbhebYhpKanrumrireQ"},
+     "7EPPETIUcHtcKULIOFLJNONeTQTV-mPWPj82w-yq-y--x-+--ww-vwt-----------t-AuoLJPJsNIwHMFIBkMIKDYYQ"
+     "OITf-VfMndGkDveglEzYIwNDOMCfCVKBzTgZ+-v-s-D-EsAcPYKGScA-KNXJERcMQI-Rkvfs--+-B-HiDbefoNxqNuhI"
+     "NJ5kDePCyzOvj-uzrzK-GqBVSfbCMcHtHGXGAQKPKHnaaje-Xcd-E-BsaVMPIsLNuNFKH8MRAKHrUZUaXk-gbgfiGgGQ"
+     "jtQ6voBsKInCMnelZGvxeQw-sxoxJ-Dn7MEVHMrmNzQRECGQSSUIf-jnR-Xck-N-7tuPIUQwYNsEGKFJrMNCFzOKQQSX"
+     "--bmxr3hkWVjOjgdmvS9OJNejJDqa+kwb-vns+d-Eq9cWewN-gF-vHgK9kIIJD-nU-dN--z-G-GpDssbqDtxF-KmwqBm"
+     "snlJ---p--BLC-D-CpBVPfuA-xD+KNhODRoWfFpp-d--+-r-B-PuBxaYNDneE-PrvCCvpTGKXcZeV-NRCdG-BvkHCHHZ"
+     "NIxhHKGJfLCHKlZbUNVe-OgdgPMpEls-uC-xG+RMvQ7Y9aRK--TRk-+tx-F-GsBbPRZBooA-VbMOAcsRLIVTXvT-nTM-"
+     "E-IqPiU-vJ-sF-HKXKHHoj5HgZV-W-LgE-L-HsCiMkyFs+8-NVeLCuEhaHmqws--EYWmI-5nWNAVLkTSrVJKJLqJMJHv"
+     "TU-OXX+SxJtpSg6rjtmFvocslYYdAnIaIKvwwtw-sxix9-4fMqSskRunKrkYYKCeMdaKujvrvzqwnwA+KfRiisl9unGr"
+     "kmmUgVjlbWuwvsw+GIFw4+Ij9ugvo9dr9uIkpCKpmocMyzdmz-u+l+G-IfFqJskAun9rLKlJJeHgFCuvvrvzqwnwH+Ub"
+     "JmeogAqjMnghhc2hegeKqrrnrvmsjsZw5klYfxpnzsmvCqWAEqnCGqZ+bwL-voddn-4edqArViVbgXckTMdgPXDktvuE"
+     "vzqVmHiz2noyRUGqnRpzEgMRojWXJt-PUWn-ybvTr-4efqShHhtmgqMkFJflPU9kXvurvzqPmviPAsOPDQBvQLuKJFNF"
+     "TZIGIihWVQPV-RNSvM1bbmKnTeeidYOZhSbhebVhqLbnrvmrjreP"},
     {"vi", true, {
         {1258, 0}},
      u"\u00E0\u00E1\u00E2\u00E8\u00E9\u00EA\u00ED\u00F3\u00F4\u00F9\u00FA\u0103\u0111"
      u"\u01A1\u01B0\u0300\u0301\u0303\u0309\u0323\u201C\u201D",
      u"\u00C0\u00C1\u00C2\u00C8\u00C9\u00CA\u00CD\u00D3\u00D4\u00D9\u00DA\u0102\u0110"
      u"\u01A0\u01AF\u0300\u0301\u0303\u0309\u0323\u201C\u201D",
-     "9RJEKYULJShHIKIXLTQKBWLaRai-dl-svh-e---Gcc-----Ra9pQRStfTjKvbLOELRmMPLMWfeIp-----y--y--ri-++"
-     "yGBA-jFAdYcNjjm9hvNVjEc-VSRMo--IpSJI--PRUFbVFtORvswtp-e7JhbYRfq7ZtSXdlLXlTaRGgqlm-NHI--z-HOU"
-     "bXjOT-z-+w-fACZhSDcjWEleVbbEX-TSYFYdphpLXGp-Zl-TC-hkiFuswso-U7NJKJNPShXabJIIIQcEGIZOVLUgyzv-"
-     "-k--s--zuwvvtHOY-R8IgSLJFSaA-nLSWCfhGIJJq-hR-pqn--kwtkvhqlnmmkolhxR2SZbdQdhLE-pfjRQbvUWZOm--"
-     "plYcU--ydNR--ImRL-y-zv-cAFpgeLprfB--sjoEo-ihcIrt-lrNMGaSHQRDjSVxIE----y-i6LWRQYUWsfygQTDQWnU"
-     "QOkZ-YtZxPV-yA-kY-a-tTVH-QME-fC8GTSCTUQPxSZYMEDlZZGJcohbuccZwpWjfWhodYZYZXbXTjMKXbpfN-e3E-oi"
-     "fgjZ-gRWXzdqG-yzwcUEK-n--zuwvvtxup-dFFbZUGafjD-dIkfHU-dTRLbgnLrCTI--DchDdZRvJIwuyuq-X6ETgZKd"
-     "leM-hWTcKNrkPWFdX-d-HMK-YN-aC-eLvHTwuyuq-c6ViXUTc6AW+fbedSbzkTSSf-wj-O-d-aP-TV-hSlfe----zze7"
-     "JYORdPTeWkYRMCOQ-JPNLZRislOLyt-w--o--KxzyIwQGC-e4LdWWNfb7R-kPbVOTrLVJQgfje-z+x--c--u---wxwxu"
-     "zvr-YHZaealtfba-kkdXhjwddO1nzsm-nnk-+huqhszojkjkimieubEBVRREaQoBrVTPRBdfVNNMWa-TrVPU--JO-IWV"
-     "QvJHwuyuq-ZBDVNVDdPMJ-QUZgKRkVPFNWZkPgVJW-qo-dA--JlNHwtyuq-T9IfWgMcj8D-kbbkOa-CWWTsehVyVTH--"
-     "NOkONlUtWH----y-c6JZaTVZakR-gSTIjRtPNNWgtQGc-QJ-de--E---xzozwOED-kILtmWFhchB-tichJr-gbbNm-+u"
-     "-8gJ-WHUzTE-NrDQsquqm-e9BabNGqYEAcVPRHFgtKLNWlUXj-kkh-xernepwlghghfjfbrO9EUSeEcZbMWhdQZHM+dh"
-     "IBrePU-qER-RIxHgwisndKolqmiyQ3faOgdopmZ-uZdZOS-fOIjyi-icxyu--C--c--ytuuPDZSo-X7LRVd6lSTHzcUU"
-     "SPbnRRUTfOkFGefczrLliZkqfacbbZdaWmm7ounvu-olB-ttGABs-ttlHx--D-wxt--r-+q--xstttrvrn--Cou5ut-n"
-     "kG-tsUCHI-stEgw--I-vws--q-zq--wrtssquqm--frmqxw-rno-wvWDtl-vwoNz--M-yzw--t--t--+vwv99HJ7--7V"
-     "aTbajURSxaZF4XYlZZRWdohbucdZxpXjgXhodYaZZXbXTkkNbhIhhpbYZ-ggWDE3sggBdkvoi-jjg-weqmdovkfgfgei"
-     "earqSues+z-iqr-zrPBwx-jieO---+t--y--w--w---xzyD8U98--CPn5onwhef-nmK6kfymmFjg-uo-pqm--kwtju-q"
-     "lnmmkokgxx3DrNrazkhC-qpHHnZ-pqdmt-yr-stp--nzwny-toqppnrnj+kNuls+z-bqQ-zym8wy-yziw---+---z--w"
-     "--w---xoyI8CG9--OjphpoxjfU-onb2ln+noglr-w7-qro--lxulw-smonolqmiyyAci7iiqcZK-hhR7eEthhCelwpa-"
-     "klh-xfroepwlghhhfjfbssbntits-njl-srPDpr-sshpv-+u-uvi--p-yp+-wrsrD9IS4--SDyryX-soA-xxwoJw-qxX"
-     "Q+--z-+RFV-ERM9-REwMBxvzvr--Nrxpxw-qnU-wvvDtv-voolz--x-yzw--t--t--zowvA9HD7--FJyqyx-rop-xwXO"
-     "ov-wxpL+--y-z+w--u--u--+v6wFDDFC--9Txcpp-rnE-wvF4to-wwoBz--T-yzw--t--t--+vwvwtyuq-k9OzEoz-tl"
-     "B-zmNBwG-yyAF---K---y--wt-v---dymyw+ws-k5Gvanu-pl8-uuWAWtouYhHn--K-wxu--r-+r--ymuturwso-k5Dz"
-     "ozy-mhB-yxL9Pq-xnqH---O-+-y--v--v---xrxyv+ws--9SvA---xtI-vrQ8OB-u-DL---Q------z--z---u---z-+"
-     "w-s6RQPLTORRPcTQLRZOcTNLVXcUf-opl--jvsju+pVmlljnjfw50hnfnmvgde-mllajlxlmejp-un-opm--jvsju+pk"
+     "8RJEKYVLJShHIKIXLTQKBWLaRai-dl-svi-e---Gcc-----Ra8pQRSudTjKvbLOELRnMQLMWeeIp-----y--y--ri-++"
+     "yGBA-iGAdYdNjjm9hvNVjEc-VSRMo--IpSJI--PQUFaVFtNRuswtp-e7JhbYRfq7ZtSXdlLXlTaRGgqlm-OHI--z-HOU"
+     "aWjOU-+-+w-fACZhSEbjWEleWbbDX-TSYGZephpKXGp-al-TC-hkiFuswso-U7NKKJNPThXabJIIHQbEGIZOWLUfyyv-"
+     "-k--s--zuvuvtHOX-R8IfSLJFRbA-nLSWCfhGHJKq-hT-pqm--kwtkuhqlnmmkokgxQ2SZbdQdhLE-pfjRQbrVWZNm--"
+     "plYcU--ycNR--ImRL-y-zv-cAFpgeLprfB--sjnEo-ihcIrt-lrNMGaSHQRDjSVxIE----y-i6LWRQYVWseygQTDQWnU"
+     "QOja-YtZxPV-yA-kY-a-tTVH-QLE-fC8GTSDTUQPxSZYMEDlZZGJcohbuccZxpWifWhodYZYZWbXTjMJXbpgN-e3E-oi"
+     "fgjZ-gSWXzeqF-yzwbUEK-n--zuwvvtxuq-dFFbYTGafhD-dIkfHU-dTSMcgnLrCTI--DchDdZRvKIwuyuq-W6FThZKd"
+     "leM-hVTcKNrkPWFcX-c-HMK-YN-aC-eLvHTwuyuq-c6VhXUTc6AW+ebedSbzjUSSf-vk-O-d-aP-TV-hSlfe----zze7"
+     "JYORdQTdWkYRNCPQ-JPOMaSjslOLyt-w--o--KxzyIwPGC-e4LcWWNfa7R-kQbVOTrLVJQgfje-z+x--c--u---wxwxu"
+     "zvr-YHZaealtfba-kkdXhjwddP1ozsm-nnk-+huqhszojkjkimieubEAVRREaQnBrVTPSBdfWONMWa-TrVPV--JO-IWW"
+     "QvJHwuyuq-YBDVNWDePMJ-PUZgKRkVPFNWakRgWIW-qn-dA--JlNHvtxuq-T9IfWfMcj8D-kcbkOa-CWWTseiVyVTH--"
+     "NOkONlVtWH----y-c6JZbTVYakQ-gSTIjStPNNWgtQGc-PJ-de--E---xzozwOED-jILumWFhchB-tichJr-gbbNm-+u"
+     "-7gJ-WHUzTD-NrCQsquqm-e9AaaMHqYEAbUPRIFgtJLNWkTXi-jkh-xeqnepwlfhghejfbrO8FUTeEeZbMWhdQZHM+dh"
+     "IBrePU-qER-RIxHgwisndKolqmiyQ3faOfdopmb-uZdZPS-fPIjyi-icxxu--C-+c--ytutPDZSo-Y7ORVd6lSTH+cUU"
+     "SPboRRUTfOkGGefczsLliZkrgacbcZdaWmm7ounvu-olB-ttGABs-ttlHx--D-wxt--r-+q--xstttrvrn--Cou5ut-n"
+     "kG-tsUCHI-stEgw--I-vws--q-zq+-wrtssquqm--frmqxw-rno-wvWDtl-vwoNz--M-yzw--t--t--+vwv99HI6--6U"
+     "aTaajUQSxZZE4WYlZZRWdohbuccZxpWjfWhodYZYZXbXTjjNbhIhhqbYZ-ggWDE3sggBdkvoi-jjg-weqmdovkfgfgei"
+     "earqSues+z-iqr-zrPBwx-jieO---+t--y--w--w---xzyD8U98--CPo5onwhef-nmK6kfymnFjg-uo-pqm--kwtku-q"
+     "lnmmkokgxx3DrNrazkhC-qpHHnZ-pqdnt-yr-stp--nzwnx-toqppnrnj+kNuls+z-bqQ-zym8wy-yziw---+---z--w"
+     "--w---xoyI8CG9--NjpippxjfU-onb2ln+noglr-w7-qro--lxulw-snonolqmiyyAci7iircZK-hhR7eEthhCelwpa-"
+     "kkh-xfrnepwlghghfjfbrrbntitt-njl-ssPDpr-sshpv-+u-uvi--p-yp+-wrsrD9JS4--SDyryY-soA-xxxoJw-qxX"
+     "Q---z-+RFU-ERM9-REwMBxvzvr--Nrxpxw-qnU-wvvDtv-voolz--x-yzw--t--t--zowvA8HD7--FJyqyx-rop-xwXO"
+     "ov-wxpL+--y-z+w--u--u--+v6wFDDFC--9Txbpp-rnE-wwF4to-wwoBz--T-yzw--t--t--+vwvwtyuq-k9OzEoz-tl"
+     "B-zmNBwH-yyAF---K---y--wt-v---dymyw+ws-k5GvZnv-pl8-uuWAWtouZhHo--K-xxu--r-+r--ymuturwso-k5Dz"
+     "ozz-mhB-yxL9Pq-xnqH---O-+-y--v--v---xrxyv+ws--9SvA---xtI-vrQ8OB-u-DLv--Q------z--z---u---z-+"
+     "w-s6SQPMTNRSOcTQLRZOcTMLUXcUf-opm--jvsju+pWmlljnjgw50hnfnmvgde-mllajlxlmejp-un-opm--jvsju+qk"
      "mlljnkgww"},
+    {"vi-composed", true, {
+        {70001, 5}, {70002, 5}},
+     u"\u00E0\u00E1\u00E2\u00E3\u00E8\u00E9\u00EA\u00EC\u00ED\u00F2\u00F3\u00F4\u00F5"
+     u"\u00F9\u00FA\u00FD\u0103\u0111\u0129\u0169\u01A1\u01B0\u1EA1\u1EA3\u1EA5\u1EA7"
+     u"\u1EA9\u1EAB\u1EAD\u1EAF\u1EB1\u1EB3\u1EB5\u1EB7\u1EB9\u1EBB\u1EBD\u1EBF\u1EC1"
+     u"\u1EC3\u1EC5\u1EC7\u1EC9\u1ECB\u1ECD\u1ECF\u1ED1\u1ED3\u1ED5\u1ED7\u1ED9\u1EDB"
+     u"\u1EDD\u1EDF\u1EE1\u1EE3\u1EE5\u1EE7\u1EE9\u1EEB\u1EED\u1EEF\u1EF1\u1EF3\u1EF7"
+     u"\u1EF9",
+     u"\u00C0\u00C1\u00C2\u00C3\u00C8\u00C9\u00CA\u00CC\u00CD\u00D2\u00D3\u00D4\u00D5"
+     u"\u00D9\u00DA\u00DD\u0102\u0110\u0128\u0168\u01A0\u01AF\u1EA0\u1EA2\u1EA4\u1EA6"
+     u"\u1EA8\u1EAA\u1EAC\u1EAE\u1EB0\u1EB2\u1EB4\u1EB6\u1EB8\u1EBA\u1EBC\u1EBE\u1EC0"
+     u"\u1EC2\u1EC4\u1EC6\u1EC8\u1ECA\u1ECC\u1ECE\u1ED0\u1ED2\u1ED4\u1ED6\u1ED8\u1EDA"
+     u"\u1EDC\u1EDE\u1EE0\u1EE2\u1EE4\u1EE6\u1EE8\u1EEA\u1EEC\u1EEE\u1EF0\u1EF2\u1EF6"
+     u"\u1EF8",
+     "8UJEKYVLJShIIKIXLTQKBWLaRbi-dp--t--i--i---m-G---j-Yt-s----------v--------n-m----c---qf------"
+     "-6nNOPraQgHsYILBIOkJNIJTbbFm++--------------of---+------------------------------------------"
+     "--FLdYdNjjlChuNUiMc-USRMo--IpSJcW--QRQ-Uy-aV-at---UGEOghdMMI--l---+e+-lpEpGWlW-Gj-N----Y----"
+     "---7OhbYRfq7ZtSXdlMXlTaROgqlm-OHT------VHS-Ua-jj-SXfZNOOl-WY---l------------d-h-V-X-Q-ZIX-c-"
+     "j---AJZhSEbjWGleWbbKX-TSYOZephpKXeUp---lG+yYC---k---NFgJY-Lj----h-p-+-oa+-KX-Tp--+-j---H-VT-"
+     "KQ---6MJJIMOSgXaaIIHHQbDGHYOVKTfxx----l---+y-----t---xz+----+--------+-+-+----z---+---------"
+     "------8IfSLJFRbA-mLSWCfhGHJKp-hT-opxx--twv-sq-uh+-l--yprsuv--sz---u---sws-r+svzr-zvsuwz-twxy"
+     "++yx---2TZbdQdhLE-ofjRVbrVWZOm--plYcfr---Yc-Nba---Wm---Na-nb-Y-R---L----------X-VY-vj-hfTjil"
+     "-jYUv---AJpgeMprfD--sjnHo-ihcJrt-lrNMMUaSVPQgRE-jS-lxY-VIOOPPYzOYpejkncrQvL-ONQLTPZpTgUSU-OS"
+     "WNiXPU---5MVQPXTVqdxfPSCPVlTPNjY-XsYvOai-xK---j---Z--r---v-RW------------HLHaG--n-X----WW---"
+     "w----U----B8GSSDTTQPwSYYLEDkYZGJcogbtbcjkwofiinfdvgnnoXrtkceehirpflp-vg-xqeje+emfildnmhehjlp"
+     "fijkmmlkz--JXbpgO-e3E-oifgjZ-gSWXyeqi-yy--bUOeK--p---G-u---y+------------kcFkd------+-------"
+     "---------SeiELbYTHafhD-dIkfIU-dTSOcgnQrCTne--R-cjhVZdZN-u-c-II-NR-aQcr--T-WX-Z--D-aU-jY-DmLT"
+     "--kT--rd-Z---6JThZKdkeN-hVTcONrkPWQcX-m-HMnM-Ybc-raO--e-ru-Y-fPUdq-NQd---Lg---O--q-aO-jh-MDM"
+     "UM--G-Vi--g--e6XhXUTc6AW+ebedSbzjUSSf-vk-O-d--aY---Tz--h-Vl--ftcv----ztX--z---Rd-------Z-h-a"
+     "---------lh----5QWMPbORcUiWPLANO-HNMKYQhqkMK-hr------n-----v---zLP-----bn--I----------------"
+     "----------------4LcWWNfa7R-kQbVOTrLVJQgfje-zz----c----+-----v---z---------------------------"
+     "-----------------HZadalteba-kjcWiivddO1nzrm-mnvv-zqttyqo-ryyzi--vnppst-+qw+--r---pup-pyqtwoy"
+     "xspsuw-quuvxywv---ECVRRFaQnIrVTPSCdfWONNWa-TrVP-X--JGOX-cRWW-Yu--jJNQVq--hUZ----rd---b-rJWWT"
+     "S-SN-aYgKWkjSnfV---BEVNWGePMJ-PUZgKRkVPFNWakRgWIX--qq---dg-----lm-TycV---g-N--N--XJ-------g-"
+     "A-U--c-Q--f-YqI-P---9OfWfMcj8E-kcbkOa-CWWUseiWyVTh---NRO-kc-Nl-ftq-hSNSYjj-IW---yy--k---q-yu"
+     "yRZZ--Xly--d-hOY-Myd-4KYZSUXYjP-fRSHhQsOMLUfsOFbzOf--bd----U-----v---niQMZOsX--------o------"
+     "--KOoKL------------c--HLtlWHgchD-sicgWr-gbbWm-+u-7gn--WmMUSyV-D--Nqdn-TxeR--SMd---ghaNaIy-X-"
+     "J-Lc---yD-nnzP--X-c----8AaaMHqXEAbUPRIFfsJLNWkTXj-jjrs-wnqqvmk-ovvwfz-sjlmppzxntx--o--xmrm-m"
+     "unqtlvupmpqtxnqrsuuts---8JUTeEeZbMWgdQZHMzdgIBrePU-qETz-Ruxx-Hh-vi--m--eqJUZw--u+---vi--Iyt-"
+     "tiux+s--wtwy+-uxyi-K+z---2eZNedookb-tYcYOR-eOHjwi-hbvw----I---zc-----r---wyz----z--------MLH"
+     "-U-z--y---z----+----------7PRVc6kSSHzbUUSPanRRTUfOjGGeemnzrMllqhfyjqqrauwneghkktsios-yj-zshm"
+     "h-hpilogqpkhklosilmnppon---7rumuu-nkB-tsGABs-stlHw--D-vw----zn--zx-----r---wyy----z----+---y"
+     "-z-y-z--y---z----+----------Cqt5tt-njG-srUCHI-ssEgv-+I-uv----z---yw-+---r---vxy+---y----+---"
+     "y-y-y-y--x---y----z----------Tibemlufce-kkL2jawkkcCo+sB-novw-+ruuzro-szz+j--wnpqtt--rx---s--"
+     "-qvq-qyruxpzytqtvx-ruvwyyxw---2ilelltfbP-kjjDNjwjScinzsB-mnvv-+rutzqo-szy+j--wnpqst-+qx+--s-"
+     "--quq-pyqtxpzxtqsux-ruuwyywv---6XaSaaiTQSwZYE4XXkYZRXcohbtbckkwofiiofdvgnnoXrtkceehirpflp-vg"
+     "-xqeje+enfimenmiehjlqgjjkmnlkz--MehIhhpaXZ-gfWDE3rfgBejvoi+ijrr-vmppvmk-ouuvey+sjllopywmsw--"
+     "n--xlqm-lumptlutploqtxnqqruusr---InUiqqyYgi-piF1nn+aZVEs-wrkrs++--vyy-vt-w---n--+suuxy--v---"
+     "-w---uzu-u-vy-u--xuxz--wzz+---+---7Xnfnnvgdf-mlA4kkxlmekp-uo-opxx--svv-sq-t++-k--xprruv--sy-"
+     "--t---rwr-r+svyr+zuruwy-twwxz+yx---CPn5nnvhdg-mlK6lfylmFkg-uo-opxx--twv-sq-u-+-k--yprsuv--sz"
+     "---u---sws-r+svzr-zvsuwz-twwy++yx---INiaiaqbYV-hgg1ffsghZfkwoj-jkrs-wnqqvnl-ovvwfz-skmmpqzxn"
+     "tx--o--ymrm-munqtlvupmprtxnqrsuuts---3DqNqaykgC-poHHoZ-ppdns-xr-rs++--wzy-vt-x---o---suvxy--"
+     "v----x---vzv-v-vy-u--yvyz--wz+----+---Gpelss+UiJ-rrf1qq-rrbpu-zt-uu----y-+-xv-z---q--iuwx++-"
+     "-x----z---x-x-x-x+-w--+x+---y----------2XbTbbjURBxaZEQYYlZaSYdphcucdklxpgjjogewhoopYsuldffij"
+     "sqgmq-wh-yrfkf-fngjmeonifikmqgjklnnml+--NlohpoxifU-nnb2mmznnfmr-v7-qryz--uxx-ur-v---m--zqstw"
+     "w--u+---v---tyt-t-ux+s--wtwy+-uxyz--+z---Afi7iiqbYK-hgR7fEsghCfkwpa-jkss-wnqqwnl-pvvwfz-tkmm"
+     "pqzxntx--o--ymrn-mvnqumvuqmpruyorrsvvts---1fibiiqcYb-hggXggtghGfkwpj-jkss-xorqwnl-pwvxg+-tkm"
+     "npqzxnux--p--ynrn-mvnqumwuqnpruyorstvvts---PehWhhpaXZ-gfD1efrfgVejvoi+ijXr-vmppvmk-ouuvey+sj"
+     "llopywmsw--n--xlqm-lumptlutploqtxnqqruusr---SIyqyY-roH-xwwnUv-qxXa+--z-zRSGU-r-RlMZ--R-SvN-P"
+     "BbW-GX-nlk--Fk--NTH-SgELYJPH-E---hTdSca--r---I1eWeemYUW-dccNccpcdVbgslfxfgoo+tjnmsjhzlsrtbwy"
+     "pgiilmvtjqt-zl--ujnj-irjmqisqmjlnquknnprrpo---6ZcVcckWSLzbba4aanbbTZeqjHwdemmzrilkqhfyjqprau"
+     "wneghjktrhor-yj-zshlh-hphkogqokhklosilmnppom---ChldlktebJ-kjj1iivjdbZnzrm-mnuv-zqttyqo-ryyzc"
+     "--vmppss-+qw+--r---pup-pxqtwoyxspsuw+qtuvxxwv---BFtmtt-njm-ssTKrr-sskHv-+u-vv----z---yw-+---"
+     "r--Dvxy----y----+---y-y-y-zn-x---yEBYW7----------HorNrrzlh9-qqJ5CP-qqIot-yG-tt----x+z-wu-y--"
+     "-p---tvwzz--w----y---w-w-w-wz-v--zwz+--x+---------9orgrrzeh9-qpO4Ho-pqiot-yR-st----wzz-wu-x-"
+     "--o---tvvyz--w----x---v+v-v-wz-v--yvy+--x++--------Vlodoowieg-nmHKmBzmn69q-v9-pqyy--tww-tr-v"
+     "---l--zqssvw--t+---v---sxt-s-tw+s-+wtvx+-uxxz--zy---Ukngnnwhdg-mmT4llymme5q-uK-ppxy--tww-sq-"
+     "u---l--yprsvv--tz---u---sxs-s+twzr-+vsvwz-twxy++zy---MbeXfenYVX-ddE3ccpddVChslAyghop-tknnskh"
+     "+lsstcwypgijmmwukqu-+l--ujoj-jrknqisrmjmoquknoprrqp---OdgZggoaWZ-ffP4eerffX5iunO+iiqq-vmpoul"
+     "j-nuuvey+riklooxvlsv--n--wlql-ltloskusolopswmpqrttsr---YnqWqqykgj-poTFi2-opBMs-xM-rs++--wzy-"
+     "vt-x---n---suuxy--v----x---vzv-u-vy-u--yvxz--wzz----+---Shk9kksdac-jiK7hEuij6hmyrl-lmuu-ypss"
+     "ypn-qxxyh--umoors-zpvz--q--+oto-oxpswoxwsortw+qttuwxvu---OdgZggoaWZ-ff82eerffXdiunh+iiqr-vmp"
+     "oulj-nuuvey+riklooxwlsv--n--wlql-ltmpskutolopswmpqrttsr---CRUNUUcOKNrTTS3SSfTTLRWibVoWWeerja"
+     "dciZXqbiijSmofWYZccljZgjzqb-rkZeZuZhZcgYigcZcdgkadefhhgfux-IXbTbbjURTxaZZ1YYlZaSYdphcucdklxp"
+     "gjjogewhoopYsuldffijsqgmq-wh-yrfkf-fngjmeonifikmqgjklnnml+--Wlp6ppxifh-onaTm7zno6mr-vq-qryz-"
+     "-uxx-us-v---m--zrttwx--u+---v---tyt-t-ux+s--wtwy+-uxyz--+z---7QTLTTbNJLqSRRAGBeRSKQVhaUmUVdd"
+     "piYcbhYWoahgiQlneVXXabkiYfixoa+qjYcYtXgYbfXhfbYacfjZcceggedtw-1WZSZZhTPSwYYYPRXkYYQWcngatbbj"
+     "kwofiinecvgnnoXrtkbdehhqpelo-vg-wpejezemfildnmhehilpfijkmmlkz--0cgYgfoZWY-feeVddqefWdiumhzhi"
+     "pq-ulootlj-mttudxzqhkknnxvlrv--m--wkpk-kslorjtsnknprvlopqssrq---CorVrrzkhj-qpKAoF-pq5At-xs-s"
+     "t+---wzz-wu-x---V---tvvyz--w----x---v+v-v-wz-u--yvy+--wz+--------9jmeemugce-lkD8kkxkld5o+tn-"
+     "noww--rvu+rp-t+z-j--xoqqtu--ry---t---rvr-qzruyq+yurtvy-svvxzzxw---4nqjrqzkhj-ppF9oo-pph9t-xs"
+     "-st+---wzz-wt-x---o---suvyy--w----x---v+v-v-wz-u--yvy+--wz+--------6UXPXXfQNPtWVV7VVhVWO9Zle"
+     "YqYZhhtmcfflcasekkmUpriZbbefomcim-sd-unbgcxbkcfjbkjfcegjndggikkihx+-6orErrzkhj-qpL7oM-pqGAk-"
+     "ys-st----wzz-wu-y---o---tvvyz--w----x---v+w-v-wz-v--zvy+--x++--------1fibjircZb-hhhFgathhZgl"
+     "xpk-klst-xorrwol-pwwxg+-tkmnqq+youy--p--ynsn-nvorumwvqnqsuyorstvvut---4HqEqqykgi-ioo7ob-opbW"
+     "s-xr-rs++--vzy-vt-x---n---suuxy--v----x---vzv-u-vy-u--yvxz--wzz----+---OQn8nnvhdC-mll3lfylmZ"
+     "kp-uo-opxx--swv-sq-u-+-k--yprruv--sz---u---sws-r+svzr-zvsuwz-twwy++yx---1MkckjsdaD-jiiFhhuij"
+     "ahmyql-lmtu-ypssxpn-qxxyh--uloorr-zpvz--q--+oto-owpsvnxwrortvzpstuwwvu---5grHgr+ld7-qeZApp-q"
+     "qPpu-yt-tt----x++-wu-y---p---tvwzz--x----y---w-w-w-x+-v--zwz+--x+-f-------9fiaiiqbYA-hgF4gZs"
+     "ghZfkwpj-jkss-wnqqwnl-pvvxfz-tkmmpqzxntx--o--ymrn-mvnqumvuqnpruyorrsvvts---9gjcjjrdZ2-ihhEhh"
+     "uiiaglxqk-kltt-ypsrxom-qxwyh--ulnoqr+yovy--q--zoso-oworvnxvrorsvzpstuwwut---Bkngonwhe1-mmmJl"
+     "lymmelq-up-pqxy--tww-tq-u---f--yprsvv--tz---u---sxs-s+twzr-+vsvxz-twxy++zy---6nrErqzkhL-qfp9"
+     "oR-ip6ot-xs-st+---wzz-wu-x---o---svvyy--w----x---v+v-v-wz-u--yvy+--wz+--------EloBoowhe3-nmU"
+     "CmEymnZlq-vp-pqyy--twh-tr-v---l--zqssvw--tz---u---sxt-s-tw+s-+wsvx+-uxxy--zy---9jmfmmugc5-ll"
+     "k6kkxlldjo+tn-ooww--svu+rp-t++-k--xoqruu--ry---t---rwr-rzruyq+yuruvy-svwxzzyx---3gkckjsdS6-j"
+     "iiNhhuijahmyql-lmtu-ypssxpn-qxxyh--uloorr-zpvz--q--+oto-owpsvnxwrortvdpstuwwvu---1XgVYgoZWY-"
+     "feeIddqefSdYumhzhiqq-ulootlj-mttudxzqikknoxvlrv--m--wkpk-ktlorktsnknprwlppqstrq---Dmp4ppyjgK"
+     "-oooEn8+ooOns-wr-rrz+--vyy-us-w---n--+rtuxx--v----w---uzu-u-vy-t--xuxy--vyz+---+---8jm4mmvgd"
+     "f-llT9kPxllQkp+tc-oowx--svv+rp-t++-k--xoqruu--sy---t---rwr-rzsvyq+zuruvy-svwxzzyx---C1memmuf"
+     "cX-lkkbkkwkbdjo+tG-noww-+ruu+rp-tzz-j--xoqqtu--rx---s---qvr-qzruyqzyuqtvy-svvwzzxw---AAl6llt"
+     "ebd-kjj9iivjkKXnzrm-mnuv-zqttyqo-ryyzi--vnppst-+qw+--r---pup-pyqtwoyxspsuw+quuvxywv---1Ijbji"
+     "rcZb-ihaBggthiaVlxpk-klst-xorrwom-pwwxg+-tlnnqr+youy--p--znsn-nvorumwvqnqsuyorstvvut---38ibj"
+     "ircZE-hhhTggthhZglxpk-klst-xorrwol-pwwxg+-tkmnqq+youy--p--ynsn-nvorumwvqnqsuyorstvvut---4DkP"
+     "kkseac-jii8iieiTbGmyrl-lmuu-zptsypn-ryxzh--vmoors-zpwz--r--+ptp-oxpswoywsprtw+qttvxxvu---2Id"
+     "9lltfbd-kjjOjjwjkcinzsm-mnvv-+qutzqo-szy+c--wnppst-+qx+--s---quq-pyqtxpzxtqsux-ruuwyywv---2U"
+     "XCXXfRNQuWWVNVViWWOUZleYrZZhhumdgflcatellmVpriZbcffomcjm-te-uncgcxckcfjbljfcfgjndghikkjix+-2"
+     "SVOVVdPLOsUUTLTTgUUMSXjcWpXXffskbedjaYrcjikTnpgXZacdmkahkzrc-slaeavaiadhZjhdadehlbefgiihfvy-"
+     "4PSKSSaLIKoRQQHPQcQRJPUgZTlTUccogXaagXVnZffgPjldUWWZajhXdhwnYzpiWbXsWfXaeWfeaWZbeiYbbcffdcsu"
+     "-"},
 };
 
 constexpr LeadByteModel LEAD_BYTES[] = {
     {932,
-     "+F57++++SRQSPMLMNOOPTNROe+++++x+++++++++++++++++++++++++++++++++"
-     "++++++++++++++++++++++++++++++++x+++++++z+++++++++++++++++++++++"},
+     "+F58++++RRQSPMLMNOOPSNRNf+++++x+++++++++++++++++++++++++++++++++"
+     "++++++++++++++++++++++++++++++++y++++++zz+++++++++++++++++++++++"},
     {51932,
-     "+++++++++++++++++++++++++++++++++Fwz57v+++++++++ScSWTVYXRPSOQQQS"
-     "RTRURVSXXSQaSQTe+++++++++++x+++x+++++++++++++++z++++++++++++++++"},
+     "+++++++++++++++++++++++++++++++++Fuy58v+++++++++RbSWTVXWQPSOQQQR"
+     "QTRTRVSWXSQaSQTf+++++++++++x+++y+++++++++++++z+z++++++++++++++++"},
     {54936,
-     "+++++++++++++++++++++++++++++++++J+K++++tt++++++OLMMMGMLLNNMKMRN"
-     "QNSMNUQPLPHORPJKKQJJMPJKzw+++++uw++um+++++++y+++++z+++++++++++++"},
+     "+++++++++++++++++++++++++++++++++K+J++++uq++++++NLMMLGMLLONMKMRN"
+     "QNRMNUQPLOGORPJKKQJJMPJKzwz++++uw++tm+++++++y++++zz+++++++++++++"},
     {949,
-     "+++++++++++q+++++++++++++++++++++Uw+ww+++v++++++HKYOEJRIGLLMIIJG"
-     "BHWNQLKFQ++++++z++++++++++++++++++++++y+++++++++++++++++++++++++"},
+     "++++++z++++v+++++++++++++++++++z+Uw+zv+++u++++++HKYOEJSIGKKMIIKG"
+     "BHWNPKKFP++++z+z++++++z++z++++++++++++y+++z++++++z++++++++++++++"},
     {950,
-     "+++++++++++++++++++++++++++++++++HsvEEELIJFLMJJRLMNKQMNPLNQQMPPN"
-     "MUSRUQa++++++++++++++++++y+++++++++y+z+++++++++++++++x+++v++++++"},
+     "+++++++++++++++++++++++++++++++++HruEEELIJFLMJJRLMNKQMNPLNPQMPPN"
+     "NUSRUQZ++++++++++++++++++x+++++++++y+z+++z+++++++++++x+++v++++++"},
 };
 // clang-format on
 

@@ -8,10 +8,14 @@
 
 namespace Kestra::Base {
 
-/// The upper half of a code page of single bytes.
+/// From here up, the numbers of charsets that have no code page: VISCII, TCVN 5712, KZ-1048 and
+/// PTCP154. They are no answer, but text in one of them is told from text in a code page.
+constexpr StringNS::CharSet::Code FIRST_WITHOUT_CODE_PAGE = 70001;
+
+/// The upper half of a charset of single bytes.
 struct LetterPage {
-    StringNS::CharSet::Code code = 0;
-    char16_t units[128] = {};  ///< what the bytes from 0x80 up are; U+FFFD for none
+    StringNS::CharSet::Code code = 0;  ///< the code page, or a number from `FIRST_WITHOUT_CODE_PAGE` up
+    char16_t units[128] = {};          ///< what the bytes from 0x80 up are; U+FFFD for none
 };
 
 /// A page that a language is written in.
@@ -28,7 +32,7 @@ constexpr std::size_t MOST_PAGES_OF_LANGUAGE = 7;
 /// ASCII letters, and the letters beyond ASCII follow. Where these are not Latin, all ASCII letters
 /// are the symbol 1.
 struct LanguageModel {
-    std::string_view language;  ///< ISO 639-1
+    std::string_view language;  ///< ISO 639-1; with a suffix where it is written in another way
     bool latin = false;
     PageOfLanguage pages[MOST_PAGES_OF_LANGUAGE];
     std::u16string_view lower;  ///< the letters beyond ASCII, and some signs

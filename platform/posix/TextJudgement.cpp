@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/posix/EngineRule.h"
+#include "platform/posix/LanguageModels.h"
 #include "platform/posix/TextScores.h"
 
 namespace Kestra::Base {
@@ -20,11 +21,14 @@ constexpr double ICU_BITS = 3;        ///< times its confidence
 constexpr double AGREEMENT_BITS = 3;  ///< both name pages that read the text the same
 
 // The logarithm of the odds that an answer is right, as tests/charsets/fit-confidence finds it. The
-// engines are part of the margin already: where both agree, more of it is theirs.
-constexpr double BASE = -2.289;
-constexpr double PER_LOG_MARGIN = 3.558;
-constexpr double BOTH_AGREE = -2.373;
+// engines are part of the margin already: where both agree, more of it is theirs, and none of it
+// where neither does.
+constexpr double BASE = -0.900;
+constexpr double PER_BIT = 0.441;  ///< of the margin
+constexpr double BOTH_AGREE = -2.688;
+constexpr double NONE_AGREES = 2.228;
 
+constexpr std::uint32_t LEAST_CONFIDENCE = 1;
 constexpr double MOST_CONFIDENCE = 99;  ///< of what is likely and no more
 constexpr double PER_BYTE = 6;          ///< text of less than 16 bytes has not been measured
 
@@ -49,10 +53,13 @@ bool IsDoubleByte(CharSet::Code code) {
     return code == 932 || code == CharSet::EUC_JP || code == 54936 || code == 949 || code == 950;
 }
 
-bool IsThin(const TextScores& scores, double textBytes) {
-    const std::uint64_t pairs = scores.CountDistinctPairs();
-    return (pairs < FEW_PAIRS && static_cast<double>(scores.CountHighBytes()) < FEW_HIGH_BYTES * textBytes) ||
-           (pairs < FEW_PAIRS_OF_SIGNS && scores.HasSignsOnly());
+bool HasFewSigns(const TextScores& scores) {
+    return scores.CountDistinctPairs() < FEW_PAIRS_OF_SIGNS && scores.HasSignsOnly();
+}
+
+bool HasFewPairs(const TextScores& scores, double textBytes) {
+    return scores.CountDistinctPairs() < FEW_PAIRS &&
+           static_cast<double>(scores.CountHighBytes()) < FEW_HIGH_BYTES * textBytes;
 }
 
 /// The page that an engine names instead of one that it does not know: 1252 for ISO-8859-15 (ICU),
@@ -82,7 +89,10 @@ Judgement JudgeText(std::string_view text, const EngineAnswer& icu, const Engine
         page.bits -= (byUchardet ? UCHARDET_BITS : 0) + (byIcu ? ICU_BITS * icuConfidence : 0) +
                      (byIcu && byUchardet ? AGREEMENT_BITS : 0);
     }
-    const PageScore best = *std::ranges::min_element(ranked, {}, &PageScore::bits);
+    const auto hasCodePage = [](const PageScore& page) { return page.code < FIRST_WITHOUT_CODE_PAGE; };
+    const auto nameless = std::partition(ranked.begin(), ranked.end(), hasCodePage);
+    const PageScore best = *std::min_element(
+        ranked.begin(), nameless, [](const PageScore& one, const PageScore& other) { return one.bits < other.bits; });
     double next = std::numeric_limits<double>::infinity();
     for (const PageScore& page : ranked) {
         if (!scores.ReadTheSame(page.code, best.code))
@@ -107,7 +117,8 @@ Judgement JudgeText(std::string_view text, const EngineAnswer& icu, const Engine
         static_cast<double>(std::ranges::count_if(text, IsControl)),
         IsDoubleByte(best.code),
     };
-    judgement.isThin = IsThin(scores, judgement.evidence.textBytes);
+    judgement.hasSignsOnly = HasFewSigns(scores);
+    judgement.isThin = judgement.hasSignsOnly || HasFewPairs(scores, judgement.evidence.textBytes);
     if (judgement.isThin) {
         judgement.engines = WeighEngines(icu, uchardet, text);
         judgement.enginesReadSame = scores.ReadTheSame(judgement.engines.code, judgement.code);
@@ -116,16 +127,20 @@ Judgement JudgeText(std::string_view text, const EngineAnswer& icu, const Engine
 }
 
 std::uint32_t FindConfidence(const Evidence& evidence) {
-    double odds = BASE + PER_LOG_MARGIN * std::log1p(evidence.margin);
+    if (evidence.margin <= 0)
+        return LEAST_CONFIDENCE;
+    double odds = BASE + PER_BIT * evidence.margin;
     if (evidence.uchardetAgrees && evidence.icuAgrees)
         odds += BOTH_AGREE;
+    if (!evidence.uchardetAgrees && !evidence.icuAgrees)
+        odds += NONE_AGREES;
     const double fitted = 100 / (1 + std::exp(-odds));
     const bool isDoubted = (evidence.bitsPerByte >= (evidence.isDoubleByte ? BAD_DOUBLE_BYTE_FIT : BAD_FIT) &&
                             evidence.highBytes >= evidence.textBytes * MUCH_BEYOND_ASCII) ||
                            evidence.controls > evidence.textBytes * MANY_CONTROLS;
     const double most = isDoubted ? DOUBTED_LIMIT : MOST_CONFIDENCE;
     const double limited = std::min({fitted, most, evidence.textBytes * PER_BYTE});
-    return static_cast<std::uint32_t>(std::lround(std::max(limited, 1.0)));
+    return static_cast<std::uint32_t>(std::lround(std::max<double>(limited, LEAST_CONFIDENCE)));
 }
 
 }  // namespace Kestra::Base

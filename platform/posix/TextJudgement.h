@@ -11,7 +11,9 @@ namespace Kestra::Base {
 
 /// What speaks for an answer about a text.
 struct Evidence {
-    double margin = 0;            ///< bits by which the next page that reads the text otherwise is worse
+    /// Bits by which the next charset that reads the text otherwise is worse; below 0 when one
+    /// without a code page is better.
+    double margin = 0;
     double highBytes = 0;         ///< bytes from 128 up
     double bitsPerByte = 0;       ///< what the answer's page takes for each of them
     bool uchardetAgrees = false;  ///< reads the text the same
@@ -26,6 +28,7 @@ struct Judgement {
     StringNS::CharSet::Code code = 0;  ///< 0 without a byte from 128 up
     Evidence evidence;
     bool isThin = false;           ///< what is beyond ASCII are a few signs: no language is to be told by them
+    bool hasSignsOnly = false;     ///< and 1252 reads all of it as signs
     DetectedCharset engines;       ///< for thin text: what the engines say without the models
     bool enginesReadSame = false;  ///< and whether that page reads the text as `code` does
 };

@@ -28,10 +28,12 @@ constexpr double DIGITS_PER_BIT = 4;
 constexpr char16_t NO_CHARACTER = 0xFFFD;
 
 // Costs in bits.
-constexpr double COMMON_SIGN = 9;      ///< a quotation mark, a dash, a space that does not break
-constexpr double FOREIGN_LETTER = 11;  ///< of the same script
-constexpr double ODD_CHARACTER = 14;   ///< a letter of another script, a line of a box
-constexpr double NOTHING = 18;         ///< a control, and a byte that is no character
+constexpr double COMMON_SIGN = 10;        ///< a quotation mark, a dash, a space that does not break
+constexpr double SIGN_WITHIN_WORD = 8;    ///< and at the end of one, if it opens a quotation; beside what it is
+constexpr double FOREIGN_LETTER = 15;     ///< of the same script
+constexpr double LETTER_IN_ENGLISH = 11;  ///< where all letters beyond ASCII are foreign
+constexpr double ODD_CHARACTER = 16;      ///< a letter of another script, a line of a box
+constexpr double NOTHING = 30;            ///< a control, and a byte that is no character
 constexpr double UPPER_AFTER_LOWER = 5;
 constexpr double UPPER_AFTER_UPPER = 0.7;
 
@@ -40,7 +42,8 @@ constexpr double ISOLATED_LETTER = 8;  ///< not Latin, beside a digit or an ASCI
 constexpr double ASCII_LETTER = 4;  ///< which one it is, where all are one symbol
 
 constexpr double TRAIL_BYTE = 6.2;           ///< one of some 90, a few of them more common
-constexpr double HALF_WIDTH_KANA = 12;       ///< a single byte of 932
+constexpr double HALF_WIDTH_KANA = 18;       ///< a single byte of 932
+constexpr double MORE_HALF_WIDTH = 9;        ///< the same after another one
 constexpr double SUPPLEMENT_CHARACTER = 21;  ///< of EUC-JP, rare
 constexpr double AFTER_ASCII_LETTER = 3;     ///< Chinese, Japanese and Korean seldom continue a foreign word
 constexpr double FOUR_BYTES = 24;            ///< of GB18030, beside the two of its Unicode 1.0 part
@@ -53,7 +56,7 @@ constexpr unsigned char SUPPLEMENT_SHIFT = 0x8F;
 
 /// The ASCII letters around tell the language, but less surely than those that it has alone.
 constexpr double ASCII_WEIGHT = 0.5;
-constexpr double ASCII_PER_HIGH = 10;  ///< so many pairs of ASCII letters count for each pair beyond
+constexpr double ASCII_PER_HIGH = 20;  ///< so many pairs of ASCII letters count for each pair beyond
 
 /// Where letters are not Latin, few texts are nearly all foreign.
 constexpr double LEAST_SHARE_OF_LETTERS = 0.03;
@@ -74,6 +77,17 @@ bool IsCommonSign(char16_t unit) {
     return (unit >= 0xA0 && unit <= 0xBF) || SIGNS.find(unit) != std::u16string_view::npos;
 }
 
+/// True for signs that have letters on both sides: an apostrophe, a hyphen, a space.
+bool MayBeWithin(char16_t unit) {
+    constexpr std::u16string_view SIGNS = u"\u00A0\u00AD\u00B7\u2013\u2014\u2019";
+    return SIGNS.find(unit) != std::u16string_view::npos;
+}
+
+/// True for quotation marks that no word ends with.
+bool IsOpener(char16_t unit) {
+    return unit == 0x201A || unit == 0x201E || unit == 0x00A1 || unit == 0x00BF;
+}
+
 /// What the 256 bytes are in one language and page.
 struct ByteSymbols {
     static constexpr std::size_t NO_SYMBOL = 0xFFFF;
@@ -90,8 +104,9 @@ double FindOddCost(const LanguageModel& model, char16_t unit) {
         return NOTHING;
     if (IsCommonSign(unit))
         return COMMON_SIGN;
+    const bool isEnglish = model.language == "en";
     if (model.latin)
-        return unit >= 0xC0 && unit < 0x0250 ? FOREIGN_LETTER : ODD_CHARACTER;
+        return unit < 0xC0 || unit >= 0x0250 ? ODD_CHARACTER : isEnglish ? LETTER_IN_ENGLISH : FOREIGN_LETTER;
     const char16_t script = model.lower[model.lower.size() / 2] >> 8;
     return unit >> 8 == script ? FOREIGN_LETTER : ODD_CHARACTER;
 }
@@ -194,6 +209,7 @@ double ScoreDoubleByteText(std::string_view text, const DoubleByteRules& rules, 
     double bits = 0;
     std::size_t position = 0;
     unsigned char previous = 0;
+    std::size_t halfWidthEnd = text.size();
     while (position < text.size()) {
         const auto byte = static_cast<unsigned char>(text[position++]);
         const bool isAfterHigh = previous >= 0x80;
@@ -206,8 +222,8 @@ double ScoreDoubleByteText(std::string_view text, const DoubleByteRules& rules, 
             bits += AFTER_ASCII_LETTER;
         if (rules.code == CharSet::EUC_JP && byte == HALF_WIDTH_SHIFT && position < text.size() &&
             IsHalfWidthKana(static_cast<unsigned char>(text[position]))) {
-            bits += HALF_WIDTH_KANA;
-            ++position;
+            bits += position - 1 == halfWidthEnd ? MORE_HALF_WIDTH : HALF_WIDTH_KANA;
+            halfWidthEnd = ++position;
             continue;
         }
         if (rules.code == CharSet::EUC_JP && byte == SUPPLEMENT_SHIFT && position + 1 < text.size() &&
@@ -218,7 +234,8 @@ double ScoreDoubleByteText(std::string_view text, const DoubleByteRules& rules, 
             continue;
         }
         if (rules.code == 932 && IsHalfWidthKana(byte)) {
-            bits += HALF_WIDTH_KANA;
+            bits += position - 1 == halfWidthEnd ? MORE_HALF_WIDTH : HALF_WIDTH_KANA;
+            halfWidthEnd = position;
             continue;
         }
         if (position == text.size())  // cut
@@ -284,7 +301,7 @@ void TextScores::CountPairs() {
     for (const char character : text)
         countPair(classes[static_cast<unsigned char>(character)]);
     countPair(0);
-    CountIsolated();
+    CountSurroundings();
 
     counts[0] = 0;
     pairs.reserve(counts.size() - static_cast<std::size_t>(std::ranges::count(counts, 0)));
@@ -299,14 +316,21 @@ void TextScores::CountPairs() {
         asciiTotal += pair.count;
 }
 
-/// They are mostly signs: of a price, a temperature, a unit, a footnote.
-void TextScores::CountIsolated() {
+/// Isolated ones are mostly signs: of a price, a temperature, a unit, a footnote. Those in a word
+/// and at its end are mostly letters.
+void TextScores::CountSurroundings() {
     unsigned char before = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         const auto after = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
         if (byte >= 0x80 && before < 0x80 && after < 0x80 && (IsAlphanumeric(before) || IsAlphanumeric(after)))
             ++isolated[byte - 0x80];
+        if (byte >= 0x80 && IsAsciiLetter(before)) {
+            if (IsAsciiLetter(after))
+                ++within[byte - 0x80];
+            else if (after < 0x80)
+                ++ending[byte - 0x80];
+        }
         before = byte;
     }
 }
@@ -314,7 +338,8 @@ void TextScores::CountIsolated() {
 bool TextScores::HasSignsOnly() const {
     const LetterPage* const page = FindLetterPage(CharSet::WINDOWS_1252);
     for (std::size_t i = 0; i < std::size(present); ++i) {
-        if (present[i] && !IsCommonSign(page->units[i]))
+        if (present[i] && (!IsCommonSign(page->units[i]) || (within[i] > 0 && !MayBeWithin(page->units[i])) ||
+                           (ending[i] > 0 && IsOpener(page->units[i]))))
             return false;
     }
     return true;
@@ -384,6 +409,15 @@ double TextScores::ScoreLanguage(const LanguageModel& model, const LetterPage& p
                 cost += bytes.lower[pair.first] ? UPPER_AFTER_LOWER : bytes.upper[pair.first] ? UPPER_AFTER_UPPER : 0;
         }
         bits += pair.count * cost;
+    }
+    for (std::size_t byte = 0; byte < std::size(present); ++byte) {
+        const char16_t unit = page.units[byte];
+        if (!present[byte] || !IsCommonSign(unit))
+            continue;
+        if (!MayBeWithin(unit))
+            bits += static_cast<double>(within[byte]) * SIGN_WITHIN_WORD;
+        if (IsOpener(unit))
+            bits += static_cast<double>(ending[byte]) * SIGN_WITHIN_WORD;
     }
     for (std::size_t byte = 128; byte < 256 && !model.latin; ++byte)
         bits += bytes.letter[byte] ? static_cast<double>(isolated[byte - 128]) * ISOLATED_LETTER : 0;

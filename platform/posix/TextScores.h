@@ -42,7 +42,7 @@ public:
         return firstAscii;
     }
 
-    /// Whether 1252 reads all bytes from 128 up as signs, none as a letter.
+    /// Whether 1252 reads all bytes from 128 up as signs, none as a letter and none within a word.
     bool HasSignsOnly() const;
 
     /// How much of the pairs is not the same again, 1 for all: of a pair that comes often, each
@@ -60,7 +60,7 @@ private:
     };
 
     void CountPairs();
-    void CountIsolated();
+    void CountSurroundings();
     double ScoreAscii(const LanguageModel& model) const;
     void ScoreLanguages();
     double ScoreLanguage(const LanguageModel& model, const LetterPage& page) const;
@@ -75,6 +75,8 @@ private:
     double asciiTotal = 0;
     bool present[128] = {};
     std::uint64_t isolated[128] = {};  ///< those of each byte that have no other beside them, but a letter or digit
+    std::uint64_t within[128] = {};    ///< those of each byte that have letters of ASCII on both sides
+    std::uint64_t ending[128] = {};    ///< those of each byte that have a letter of ASCII before, none after
     std::vector<PageScore> scores;
 };
 

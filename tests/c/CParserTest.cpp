@@ -911,6 +911,53 @@ TEST(CParserTest, Detection) {
     EXPECT_EQ(kestra_html_detect("", 0, nullptr), std::uint32_t{KESTRA_HTML_INVALID_ARGUMENT});
 }
 
+TEST(CParserTest, DetectionLooksAtAsMuchAsTheOptionsSay) {
+    const std::string declared = Repeat("<p>text", 3000) + "<meta charset=koi8-r>";
+    const std::string text = Repeat("gr\xC3\xBC\xC3\x9F dich, sch\xC3\xB6ne Welt. ", 1000);
+    const struct {
+        const char* note;
+        const std::string& document;
+        std::uint64_t most;
+        std::uint32_t minConfidence;
+        std::uint32_t result;
+        std::uint64_t looked;  ///< at by the detector, in bytes
+    } rows[] = {
+        {"the default", text, 0, 0, KESTRA_HTML_OK, 16384},
+        {"less", text, 300, 0, KESTRA_HTML_OK, 300},
+        {"too little", text, 255, 0, KESTRA_HTML_TOO_LITTLE_DATA, 0},
+        {"more", text, 20000, 0, KESTRA_HTML_OK, 20000},
+        {"all", text, UINT64_MAX, 0, KESTRA_HTML_OK, text.size()},
+        {"a confidence that is reached", text, 0, 77, KESTRA_HTML_OK, 16384},
+        {"a confidence that is not reached", text, 0, 78, KESTRA_HTML_NOT_CONFIDENT, 16384},
+        {"a declaration after the limit", declared, 0, 0, KESTRA_HTML_NOT_DETECTED, 16384},
+        {"a declaration before the limit", declared, UINT64_MAX, 0, KESTRA_HTML_OK, 0},
+    };
+    Base::Services services = Base::PLATFORM_SERVICES;
+    services.detectCharset = &CountBytes;
+    const Base::ServicesOverride replacement(services);
+    for (const auto& row : rows) {
+        bytesLookedAt = 0;
+        kestra_html_options options{};
+        options.size = sizeof options;
+        options.max_detect_size = row.most;
+        options.min_confidence = row.minConfidence;
+        kestra_html_detection detection{};
+        detection.size = sizeof detection;
+        EXPECT_EQ(kestra_html_detect_with_options(row.document.data(), row.document.size(), &options, &detection),
+                  row.result)
+            << row.note;
+        EXPECT_EQ(bytesLookedAt, row.looked) << row.note;
+    }
+    kestra_html_detection detection{};
+    detection.size = sizeof detection;
+    kestra_html_options bad{};
+    EXPECT_EQ(kestra_html_detect_with_options("", 0, &bad, &detection), std::uint32_t{KESTRA_HTML_INVALID_ARGUMENT});
+    bad.size = sizeof bad;
+    bad.min_confidence = 101;
+    EXPECT_EQ(kestra_html_detect_with_options("", 0, &bad, &detection), std::uint32_t{KESTRA_HTML_INVALID_ARGUMENT});
+    EXPECT_EQ(kestra_html_detect_with_options("", 0, nullptr, &detection), std::uint32_t{KESTRA_HTML_TOO_LITTLE_DATA});
+}
+
 TEST(CParserTest, NamesOfCharsets) {
     kestra_html_string name{};
     EXPECT_EQ(kestra_html_charset_name(UTF8, &name), 0U);

@@ -148,6 +148,9 @@ static void use_charsets(void) {
     kestra_html_detection detection = {.size = sizeof detection};
     kestra_html_string name;
     CHECK(kestra_html_detect("<meta charset=koi8-r>", 21, &detection) == 0 && is_text(detection.name, "KOI8-R"));
+    const kestra_html_options options = {.size = sizeof options, .max_detect_size = 9};
+    CHECK(kestra_html_detect_with_options("<meta charset=koi8-r>", 21, &options, &detection) ==
+          KESTRA_HTML_TOO_LITTLE_DATA);
     CHECK(kestra_html_charset_name(65001, &name) == 0 && is_text(name, "UTF-8"));
     CHECK(kestra_html_charset_code("utf-8", 5) == 65001);
     CHECK(kestra_html_check("<a>", 3, 65001) == 0);

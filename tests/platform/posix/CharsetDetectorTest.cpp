@@ -20,6 +20,7 @@
 #include "platform/CharsetDetector.h"
 #include "platform/Results.h"
 #include "platform/Services.h"
+#include "platform/posix/LanguageModels.h"
 #include "platform/posix/TextJudgement.h"
 #include "tests/platform/posix/CharsetSamples.h"
 
@@ -394,6 +395,50 @@ TEST(CharsetDetectorTest, LittleTextIsLittleEvidence) {
     }
 }
 
+/// No code page reads such text, so whatever is named is not to be taken.
+TEST(CharsetDetectorTest, CharsetsWithoutACodePageAreNoSureAnswer) {
+    constexpr std::u16string_view VIETNAMESE =
+        u"Buổi sáng bà Lan mở cửa từ rất sớm, khi đường phố còn vắng và đèn chưa tắt. Khách quen "
+        u"không cần gọi món, chỉ ngồi xuống là bà đã biết ai thích nhiều hành, ai không ăn ớt.";
+    constexpr std::u16string_view KAZAKH =
+        u"Таңертең ерте тұрып, балалар өзен жағасына барды. Күн әлі шықпаған еді, бірақ құстар "
+        u"ән салып жатты. Үлкен ағасы қайықты суға түсіріп, кіші қарындасын қасына отырғызды.";
+    const struct {
+        const char* note;
+        std::u16string_view text;
+        CharSet::Code code;
+    } rows[] = {
+        {"VISCII", VIETNAMESE, 70001},
+        {"TCVN 5712", VIETNAMESE, 70002},
+        {"KZ-1048", KAZAKH, 70003},
+        {"PTCP154", KAZAKH, 70004},
+    };
+    for (const auto& row : rows) {
+        const auto pages = LetterPages();
+        const auto page = std::ranges::find(pages, row.code, &LetterPage::code);
+        ASSERT_NE(page, pages.end()) << row.note;
+        std::string bytes;
+        for (const char16_t unit : row.text) {
+            const auto* const found = std::ranges::find(page->units, unit);
+            ASSERT_TRUE(unit < 0x80 || found != std::end(page->units))
+                << row.note << ", " << static_cast<unsigned>(unit);
+            bytes.push_back(static_cast<char>(unit < 0x80 ? unit : found - std::begin(page->units) + 128));
+        }
+        for (const std::string& whole : {bytes, bytes.substr(0, 60)})
+            EXPECT_LT(Detect(whole).confidence, CONFIDENT) << row.note << ", " << whole.size() << " bytes";
+    }
+}
+
+/// Each character is a byte that announces it and one that 932 takes for the second of a pair.
+TEST(CharsetDetectorTest, NarrowKanaInEucJp) {
+    std::string bytes;
+    for (const char16_t unit : std::u16string_view(u"ｻｸﾗﾉﾊﾅｶﾞｻｷ ｶﾜﾉﾐｽﾞﾊｱｵｸ ｺﾄﾞﾓﾀﾁﾊｲﾁﾆﾁｼﾞｭｳｱｿﾝﾃﾞｲﾙ"))
+        bytes += unit == u' ' ? std::string(" ") : EncodeText(std::u16string(1, unit), "EUC-JP");
+    const DetectedCharset detected = Detect(bytes);
+    EXPECT_EQ(detected.code, CharSet::EUC_JP);
+    EXPECT_GE(detected.confidence, CONFIDENT);
+}
+
 /// Text that neither engine knows, or that they take for something else.
 TEST(CharsetDetectorTest, LettersTellWhatTheEnginesDoNotKnow) {
     const struct {
@@ -409,6 +454,13 @@ TEST(CharsetDetectorTest, LettersTellWhatTheEnginesDoNotKnow) {
         {"Latvian", Texts::LATVIAN, "windows-1257", 1257},
         {"Lithuanian", Texts::LITHUANIAN, "windows-1257", 1257},
         {"Polish of DOS", Texts::POLISH, "IBM852", 852},
+        {"German of DOS", Texts::GERMAN_SHORT, "IBM850", 850},
+        {"Danish of DOS", Texts::DANISH, "IBM850", 850},
+        {"Turkish of DOS", Texts::TURKISH, "IBM857", 857},
+        {"Finnish of an old Macintosh", Texts::FINNISH, "macintosh", 10000},
+        {"Swedish of an old Macintosh", Texts::SWEDISH, "macintosh", 10000},
+        {"Greek of an old Macintosh", Texts::GREEK, "x-mac-greek", 10006},
+        {"Turkish of an old Macintosh", Texts::TURKISH, "x-mac-turkish", 10081},
         {"Russian, two bytes each", Texts::RUSSIAN, "UTF-16LE", 1200},
         {"Russian, two bytes each, the higher one first", Texts::RUSSIAN, "UTF-16BE", 1201},
         {"Japanese, two bytes each", Texts::JAPANESE, "UTF-16LE", 1200},

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <iterator>
@@ -64,16 +65,19 @@ TEST(LanguageModelsTest, CostsAreThoseOfACode) {
         EXPECT_EQ(model.costs.size(), 128U) << model.code;
 }
 
-/// The pages as ICU has them. Bytes that are controls there may be no characters here, and ICU
-/// lacks the sign for "not" of 852.
+/// The pages as ICU has them. Bytes that are controls there may be no characters here, ICU lacks
+/// the sign for "not" of 852, and the sign for "micro" of 437 is a Greek letter there.
 TEST(LanguageModelsTest, LettersAreThoseOfTheCodePage) {
     for (const LetterPage& page : LetterPages()) {
+        if (page.code >= FIRST_WITHOUT_CODE_PAGE)
+            continue;
         std::string name;
         for (const WideChar character : CharSet::GetCharSetName(page.code))
             name.push_back(static_cast<char>(character));
         std::size_t letters = 0;
         for (std::size_t i = 0; i < std::size(page.units); ++i) {
-            if (page.units[i] < 0xA0 || page.units[i] == 0xFFFD || (page.code == 852 && page.units[i] == 0xAC))
+            if (page.units[i] < 0xA0 || page.units[i] == 0xFFFD || (page.code == 852 && page.units[i] == 0xAC) ||
+                (page.code == 437 && page.units[i] == 0xB5))
                 continue;
             // A second letter, as a converter may combine the first one with what follows.
             const std::u16string decoded = DecodeText(std::string(1, static_cast<char>(i + 128)) + "a", name.c_str());
@@ -81,6 +85,25 @@ TEST(LanguageModelsTest, LettersAreThoseOfTheCodePage) {
             ++letters;
         }
         EXPECT_GE(letters, 50U) << page.code;  // 51 of ISO-8859-6
+    }
+}
+
+/// ICU has none of these. Sources: RFC 1456, TCVN 5712:1993, STRK1048-2002 and Paratype's PTCP154.
+TEST(LanguageModelsTest, LettersOfCharsetsWithoutACodePage) {
+    const struct {
+        CharSet::Code code;
+        unsigned byte;
+        char16_t letter;
+    } rows[] = {
+        {70001, 0xAA, 0x1EBF}, {70001, 0xAE, 0x1EC7}, {70001, 0xF0, 0x0111}, {70002, 0xD5, 0x1EBF},
+        {70002, 0xD6, 0x1EC7}, {70002, 0xAE, 0x0111}, {70003, 0x8D, 0x049A}, {70003, 0xBA, 0x0493},
+        {70003, 0xA3, 0x04D8}, {70004, 0x83, 0x0493}, {70004, 0xAA, 0x04D8}, {70004, 0xA6, 0x04B0},
+    };
+    for (const auto& row : rows) {
+        const auto pages = LetterPages();
+        const auto page = std::ranges::find(pages, row.code, &LetterPage::code);
+        ASSERT_NE(page, pages.end()) << row.code;
+        EXPECT_EQ(page->units[row.byte - 128], row.letter) << row.code << ", byte " << row.byte;
     }
 }
 
