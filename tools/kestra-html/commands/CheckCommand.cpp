@@ -36,17 +36,16 @@ constexpr std::chrono::milliseconds BETWEEN_LOOKS{100};  // at the progress of t
 constexpr std::uint64_t UNKNOWN_SIZE = std::numeric_limits<std::uint64_t>::max();
 
 /// An input on its way through the command. It belongs to the thread that checks it until that is
-/// done; only the two numbers about its progress are read before.
+/// done; only what is atomic is read before.
 struct CheckedInput {
     ReadResult reading = ReadResult::UNREADABLE;  ///< out of memory also when the check was
-    std::unique_ptr<InputSource> source;          ///< from its opening to the end of the check
     std::uint64_t size = 0;
+    bool hasMore = false;  ///< it may be larger: the parse ended before a pipe did
     CheckOutcome outcome;
-
-    bool isOpened = false;  ///< in its turn, before its check
 
     std::atomic<std::uint64_t> bytesToDo = UNKNOWN_SIZE;
     std::atomic<std::uint64_t> bytesDone = 0;
+    std::atomic<bool> goesToFile = false;  ///< until that is said
 };
 
 /// What the summary says of all inputs.
@@ -138,24 +137,7 @@ private:
                 Check(checker.get(), index);
             };
         };
-        // Standard input can be named more than once, and the first one gets it all: so it is then
-        // read in its turn.
-        const bool isNamedAgain = std::count(names.begin(), names.end(), "-") > 1;
-        const auto readInTurn = [this, isNamedAgain](std::size_t index) {
-            if (names[index] != "-" || !isNamedAgain)
-                return;
-            CheckedInput& input = *SlotOf(index);
-            try {
-                Open(index);
-                if (input.source != nullptr)
-                    input.source->Drain();
-            } catch (const std::bad_alloc&) {
-                input.source = nullptr;
-                input.reading = ReadResult::OUT_OF_MEMORY;
-            }
-            input.isOpened = true;
-        };
-        OrderedJobs jobs(names.size(), jobCount, makeWorker, readInTurn);
+        OrderedJobs jobs(names.size(), jobCount, makeWorker);
         try {
             for (std::size_t i = 0; i < names.size(); ++i) {
                 WaitFor(i, &jobs);
@@ -173,8 +155,10 @@ private:
         bool isDone = false;
         while (!isDone) {
             isDone = jobs->Wait(index, patience);
-            const CheckedInput& input = *SlotOf(index);
+            CheckedInput& input = *SlotOf(index);
             const std::uint64_t size = input.bytesToDo;
+            if (input.goesToFile.exchange(false))
+                console->Remark(names[index], "kept in a temporary file, to be compared with its tokens");
             if (!isDone)
                 console->Flush();
             console->GetProgress().StartInput(index + 1, names[index],
@@ -189,31 +173,27 @@ private:
         return inputs[index % inputs.size()];
     }
 
-    /// The console belongs to another thread, so that nothing is said about the reading.
-    void Open(std::size_t index) {
-        CheckedInput& input = *SlotOf(index);
-        OpenedInput opened = OpenInput(names[index]);
-        input.reading = opened.result;
-        input.source = std::move(opened.source);
-    }
-
     void Check(InputChecker* checker, std::size_t index) {
         CheckedInput& input = *SlotOf(index);
         try {
-            if (!input.isOpened)
-                Open(index);
-            if (input.source == nullptr)
+            // The console belongs to another thread.
+            ReadingEvents events;
+            events.onFile = [&input] { input.goesToFile = true; };
+            const OpenedInput opened = OpenInput(names[index], std::move(events));
+            input.reading = opened.result;
+            InputSource* const source = opened.source.get();
+            if (source == nullptr)
                 return;
-            if (const std::optional<std::uint64_t> size = input.source->GetSize())
+            if (const std::optional<std::uint64_t> size = source->GetSize())
                 input.bytesToDo = *size;
             const auto bytesDone = [&input](std::uint64_t bytes) { input.bytesDone = bytes; };
-            input.outcome = checker->Check(input.source.get(), bytesDone);
-            input.reading = input.source->GetFailure();
-            input.size = CountBytes(input.source.get());
+            input.outcome = checker->Check(source, bytesDone);
+            input.reading = source->GetFailure();
+            input.size = CountBytes(*source);
+            input.hasMore = !source->GetSize();
         } catch (const std::bad_alloc&) {
             input.reading = ReadResult::OUT_OF_MEMORY;
         }
-        input.source = nullptr;
     }
 
     /// @throws OutputFailed
@@ -232,13 +212,8 @@ private:
             WriteObject(name, input);
         else
             WriteLine(name, input);
-        if (!input.outcome.IsGood()) {
-            Worsen(EXIT_STATUS_FAILED);
-            if (options.format == OutputFormat::TEXT)
-                console->DiagnoseAgain(name, DescribeTrouble(input.outcome));
-            else
-                console->Diagnose(name, DescribeTrouble(input.outcome));
-        }
+        if (!input.outcome.IsGood())
+            Worsen(ReportFailure(name, DescribeTrouble(input.outcome), options.format, console));
     }
 
     void WriteObject(const std::string& name, const CheckedInput& input) {
@@ -265,9 +240,9 @@ private:
         const bool isExplained = outcome.result.GetFirstFailure() == 0 && outcome.HasLostMark();
         const bool showsPlace = outcome.firstDifference && !isExplained;
         const std::string trouble = showsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
-        console->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
-                                  Counted(input.size, "byte"), Counted(outcome.tokens, "token"),
-                                  Rate(input.size, outcome.seconds), trouble));
+        console->Line(fmt::format("{}: {}, {}{}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
+                                  input.hasMore ? "at least " : "", Counted(input.size, "byte"),
+                                  Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds), trouble));
     }
 
     void WriteSummary(double seconds) {

@@ -3,8 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstddef>
+#include <exception>
 #include <new>
+#include <system_error>
 
 #include "tools/kestra-html/commands/InputNames.h"
 #include "tools/kestra-html/commands/InputRuns.h"
@@ -21,16 +22,13 @@ namespace {
 /// Runs a subcommand over an input.
 class InputRun {
 public:
-    InputRun(const std::vector<std::string>& inputNames, OutputFormat outputFormat, Console* toolConsole,
-             const RunInput& runInput)
-        : names(inputNames), format(outputFormat), console(toolConsole), run(runInput) {}
+    InputRun(const std::vector<std::string>& inputNames, OutputFormat outputFormat, const RunInput& runInput)
+        : names(inputNames), format(outputFormat), run(runInput) {}
 
     ExitStatus operator()(std::size_t index, InputOutput* output, const SizeKnown& sizeKnown) const {
         const std::string& name = names[index];
         try {
-            // On another thread the console is somebody else's.
-            const bool hasConsole = output == console;
-            const OpenedInput opened = OpenInput(name, hasConsole ? MakeReadingEvents(name, console) : ReadingEvents());
+            const OpenedInput opened = OpenInput(name, MakeReadingEvents(name, output));
             if (opened.source == nullptr)
                 return Report(name, opened.result, output);
             sizeKnown(opened.source->GetSize());
@@ -38,13 +36,7 @@ public:
                 output->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(name)));
             const ExitStatus status = run({name, opened.source.get()}, output);
             const ReadResult failure = opened.source->GetFailure();
-            if (failure != ReadResult::READ)
-                return std::max(status, Report(name, failure, output));
-            // Standard input that is named again is then at its end.
-            if (name == "-" &&
-                std::find(names.begin() + static_cast<std::ptrdiff_t>(index) + 1, names.end(), name) != names.end())
-                opened.source->Drain();
-            return status;
+            return failure == ReadResult::READ ? status : std::max(status, Report(name, failure, output));
         } catch (const std::bad_alloc&) {
             return Report(name, ReadResult::OUT_OF_MEMORY, output);
         }
@@ -57,7 +49,6 @@ private:
 
     const std::vector<std::string>& names;
     OutputFormat format;
-    Console* console;
     const RunInput& run;
 };
 
@@ -70,7 +61,7 @@ bool IsColoured(ColourChoice choice) {
 }
 
 std::string DescribeUnread(ReadResult result) {
-    switch (result) {
+    switch (result.GetKind()) {
         case ReadResult::MISSING:
             return "cannot be read: no such file";
         case ReadResult::FORBIDDEN:
@@ -86,7 +77,7 @@ std::string DescribeUnread(ReadResult result) {
         case ReadResult::UNREADABLE:
             break;
     }
-    return "cannot be read";
+    return fmt::format("cannot be read: {}", std::generic_category().message(result.GetError()));
 }
 
 ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, InputOutput* output) {
@@ -111,18 +102,30 @@ ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat
     return DiagnoseUnread(name, result, output);
 }
 
+ExitStatus ReportFailure(const std::string& name, const std::string& failure, OutputFormat format,
+                         InputOutput* output) {
+    if (format == OutputFormat::TEXT)
+        output->DiagnoseAgain(name, failure);
+    else
+        output->Diagnose(name, failure);
+    return EXIT_STATUS_FAILED;
+}
+
 ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console) {
     console->Complain(failure.what());
     return std::max(status, failure.IsReaderGone() ? EXIT_STATUS_READER_GONE : EXIT_STATUS_FAILED);
 }
 
-ReadingEvents MakeReadingEvents(const std::string& name, Console* console, const char* howNot) {
+ReadingEvents MakeReadingEvents(const std::string& name, InputOutput* output, const char* howNot) {
     ReadingEvents events;
-    events.onWait = [console] { console->FlushBeforeWait(); };
-    events.onFile = [name, console, howNot] {
-        console->Remark(name, fmt::format("kept in a temporary file, because its charset may be known only at its end "
-                                          "({}: not kept)",
-                                          howNot));
+    events.onWait = [output] { output->FlushBeforeWait(); };
+    events.onFile = [name, output, howNot] {
+        try {
+            output->Remark(name, fmt::format("kept in a temporary file, because its charset may be known only at its "
+                                             "end ({}: not kept)",
+                                             howNot));
+        } catch (const std::exception&) {  // a stream must not throw; the output says it again
+        }
     };
     return events;
 }
@@ -131,10 +134,12 @@ BytesDone FollowWith(InputOutput* output) {
     return [output](std::uint64_t bytes) { output->Advance(bytes); };
 }
 
-std::uint64_t CountBytes(InputSource* source) {
-    if (!source->GetSize())
-        source->Drain();
-    return source->GetSize().value_or(0);
+std::uint64_t CountBytes(const InputSource& source) {
+    return source.GetSize().value_or(source.GetFurthest());
+}
+
+std::string DescribeSize(const InputSource& source) {
+    return fmt::format("{}{}", source.GetSize() ? "" : "at least ", CountBytes(source));
 }
 
 ExitStatus RunEachInput(const InputOptions& options, OutputFormat format, bool oneAtATime, Console* console,
@@ -143,7 +148,7 @@ ExitStatus RunEachInput(const InputOptions& options, OutputFormat format, bool o
     const ExitStatus status = ListInputNames(options, console, &names);
     if (status != EXIT_STATUS_GOOD)
         return status;
-    return RunInOrder(names, oneAtATime ? 1 : CountJobs(options), console, InputRun(names, format, console, run));
+    return RunInOrder(names, oneAtATime ? 1 : CountJobs(options), console, InputRun(names, format, run));
 }
 
 }  // namespace Kestra::Tool

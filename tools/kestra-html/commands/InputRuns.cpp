@@ -38,7 +38,7 @@ public:
     /// @throws what a first thread cannot be started for
     void Run(ExitStatus* status) {
         const auto makeWorker = [this] { return [this](std::size_t index) { Work(index); }; };
-        OrderedJobs running(names.size(), jobs, makeWorker, [](std::size_t) {});
+        OrderedJobs running(names.size(), jobs, makeWorker);
         const StopsAll stopsAll{this};
         try {
             for (std::size_t i = 0; i < names.size(); ++i) {

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <exception>
-#include <utility>
 
 namespace Kestra::Tool {
 
-OrderedJobs::OrderedJobs(std::size_t jobs, std::size_t threads, const MakeWorker& makeWorker, Job begin)
-    : count(jobs), ahead(MOST_AHEAD * threads), beginJob(std::move(begin)), done(jobs) {
+OrderedJobs::OrderedJobs(std::size_t jobs, std::size_t threads, const MakeWorker& makeWorker)
+    : count(jobs), ahead(MOST_AHEAD * threads), done(jobs) {
     const std::size_t wanted = std::min(threads, jobs);
     running.reserve(wanted);
     for (std::size_t i = 0; i < wanted; ++i) {
@@ -53,15 +52,11 @@ void OrderedJobs::Run(const Job& worker) {
 }
 
 bool OrderedJobs::TakeUp(std::size_t* job) {
-    const std::lock_guard turn(takingUp);
-    {
-        std::unique_lock lock(guard);
-        changed.wait(lock, [this] { return stopped || next == count || next < waitedFor + ahead; });
-        if (stopped || next == count)
-            return false;
-        *job = next++;
-    }
-    beginJob(*job);
+    std::unique_lock lock(guard);
+    changed.wait(lock, [this] { return stopped || next == count || next < waitedFor + ahead; });
+    if (stopped || next == count)
+        return false;
+    *job = next++;
     return true;
 }
 

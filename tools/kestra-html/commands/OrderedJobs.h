@@ -26,10 +26,9 @@ public:
     /// Starts at once.
     /// @param threads  at least 1; no more are started than there are jobs, or than the system has
     ///                 room for
-    /// @param begin    called for each job before the next one is taken up, one call at a time and in order
     /// @throws std::exception what the first thread failed with; when a later one fails, those
     /// before it do the work
-    OrderedJobs(std::size_t jobs, std::size_t threads, const MakeWorker& makeWorker, Job begin);
+    OrderedJobs(std::size_t jobs, std::size_t threads, const MakeWorker& makeWorker);
     OrderedJobs(const OrderedJobs&) = delete;
     OrderedJobs& operator=(const OrderedJobs&) = delete;
     /// Waits for the jobs in progress; no others are taken up.
@@ -45,9 +44,7 @@ private:
 
     const std::size_t count;
     const std::size_t ahead;
-    const Job beginJob;
-    std::mutex takingUp;  ///< held before `guard`
-    std::mutex guard;     ///< of all that follows
+    std::mutex guard;  ///< of all that follows
     std::condition_variable changed;
     std::vector<bool> done;
     std::size_t next = 0;

@@ -21,8 +21,8 @@ std::uint32_t FileSource::Read(void* buffer, std::uint64_t size, std::uint64_t* 
     if (size == 0)
         return RESULT_OK;
     const bool isInBlock = next >= blockBegin && next - blockBegin < blockSize;
-    if (!isInBlock && !FillBlock()) {
-        failure = ReadResult::UNREADABLE;
+    if (const ReadResult result = isInBlock ? ReadResult() : FillBlock(); result != ReadResult::READ) {
+        failure = result;
         return RESULT_STREAM_FAILED;
     }
     if (blockSize == 0)
@@ -35,18 +35,15 @@ std::uint32_t FileSource::Read(void* buffer, std::uint64_t size, std::uint64_t* 
 }
 
 /// With the bytes from the current position on.
-bool FileSource::FillBlock() {
+ReadResult FileSource::FillBlock() {
     const bool isAtPlace = next == blockBegin + blockSize;
     blockBegin = next;
     blockSize = 0;
-    const bool isRead = (isAtPlace || file->Seek(next)) && file->Read(block.data(), block.size(), &blockSize);
+    ReadResult result = isAtPlace ? ReadResult() : file->Seek(next);
+    if (result == ReadResult::READ)
+        result = file->Read(block.data(), block.size(), &blockSize);
     furthest = std::max(furthest, blockBegin + blockSize);
-    return isRead;
-}
-
-std::uint32_t FileSource::GetPosition(std::uint64_t* position) {
-    *position = next;
-    return RESULT_OK;
+    return result;
 }
 
 std::uint32_t FileSource::Seek(std::uint64_t position) {
@@ -54,22 +51,10 @@ std::uint32_t FileSource::Seek(std::uint64_t position) {
     return RESULT_OK;
 }
 
-bool FileSource::IsEnd() {
-    return false;
-}
-
 std::optional<std::uint64_t> FileSource::GetSize() const {
     // A file that grows, or that is made while it is read, has more than it said.
     const std::optional<std::uint64_t> size = file->GetSize();
     return size ? std::optional(std::max(*size, furthest)) : std::nullopt;
-}
-
-void FileSource::ReadOnlyOnce() {}
-
-void FileSource::Forget(std::uint64_t) {}
-
-ReadResult FileSource::GetFailure() const {
-    return failure;
 }
 
 }  // namespace Kestra::Tool

@@ -29,18 +29,15 @@ public:
     void Bytes(std::string_view bytes);
     /// Writes what is gathered. @throws OutputFailed
     void Flush();
-    /// Writes what is gathered before the tool waits for input, so that nothing found stays
-    /// unseen. A failure is thrown by the next call that writes.
-    void FlushBeforeWait();
 
     void Diagnose(const std::string& inputName, std::string_view message) override;
     void DiagnoseAgain(const std::string& inputName, std::string_view message) override;
+    void Remark(const std::string& inputName, std::string_view message) override;
+    void FlushBeforeWait() override;
     void Advance(std::uint64_t bytesDone) override;
 
     /// Writes one line that is about no input to standard error; nothing for an empty message.
     void Complain(std::string_view message);
-    /// The same, on a terminal only.
-    void Remark(const std::string& inputName, std::string_view message);
 
     Progress& GetProgress();
 

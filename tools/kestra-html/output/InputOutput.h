@@ -18,6 +18,13 @@ public:
     /// both, it is not said again.
     virtual void DiagnoseAgain(const std::string& inputName, std::string_view message) = 0;
 
+    /// Writes one line about an input where standard error is a terminal.
+    virtual void Remark(const std::string& inputName, std::string_view message) = 0;
+
+    /// Called before the work waits for input: nothing found stays unseen for as long. A failure is
+    /// thrown by the next call that writes.
+    virtual void FlushBeforeWait() = 0;
+
     /// Says how far the parse of the input is. Does not throw.
     virtual void Advance(std::uint64_t bytesDone) = 0;
 };

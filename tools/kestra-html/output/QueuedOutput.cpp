@@ -26,6 +26,13 @@ void QueuedOutput::DiagnoseAgain(const std::string& inputName, std::string_view 
     HandOver({Kind::DIAGNOSIS_AGAIN, inputName, std::string(message)});
 }
 
+/// Not after the lines so far: they stay gathered.
+void QueuedOutput::Remark(const std::string& inputName, std::string_view message) {
+    HandOver({Kind::REMARK, inputName, std::string(message)});
+}
+
+void QueuedOutput::FlushBeforeWait() {}
+
 void QueuedOutput::Advance(std::uint64_t bytesDone) {
     bytesOfInput = bytesDone;
 }
@@ -69,6 +76,9 @@ void QueuedOutput::WriteTo(Console* console) {
                 break;
             case Kind::DIAGNOSIS_AGAIN:
                 console->DiagnoseAgain(part.inputName, part.text);
+                break;
+            case Kind::REMARK:
+                console->Remark(part.inputName, part.text);
                 break;
         }
     }

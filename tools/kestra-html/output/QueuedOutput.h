@@ -46,6 +46,10 @@ public:
     void Diagnose(const std::string& inputName, std::string_view message) override;
     /// @throws OutputFailed when the owner has stopped
     void DiagnoseAgain(const std::string& inputName, std::string_view message) override;
+    /// @throws OutputFailed when the owner has stopped
+    void Remark(const std::string& inputName, std::string_view message) override;
+    /// The owner of the console writes what it has got.
+    void FlushBeforeWait() override;
     void Advance(std::uint64_t bytesDone) override;
     /// After the last of it.
     void Finish();
@@ -57,7 +61,7 @@ public:
     std::uint64_t GetBytesDone() const;
 
 private:
-    enum class Kind { LINES, DIAGNOSIS, DIAGNOSIS_AGAIN };
+    enum class Kind { LINES, DIAGNOSIS, DIAGNOSIS_AGAIN, REMARK };
 
     /// Whole lines for standard output, or what is said about an input.
     struct Part {
