@@ -10,11 +10,17 @@ namespace Kestra::Tool {
 
 namespace {
 
-constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+constexpr std::uint64_t MOST_IN_BLOCK = std::uint64_t{64} * 1024;
+
+/// For all of a small file. A file that says it is empty may have been made while it is read.
+std::size_t ChooseBlock(std::uint64_t fileSize) {
+    return static_cast<std::size_t>(fileSize == 0 ? MOST_IN_BLOCK : std::min(fileSize, MOST_IN_BLOCK));
+}
 
 }  // namespace
 
-FileSource::FileSource(std::unique_ptr<RawInput> openFile) : file(std::move(openFile)), block(BLOCK_SIZE) {}
+FileSource::FileSource(std::unique_ptr<RawInput> openFile)
+    : file(std::move(openFile)), blockRoom(ChooseBlock(file->GetSize())), block(new char[blockRoom]) {}
 
 std::uint32_t FileSource::Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
     *bytesRead = 0;
@@ -29,7 +35,7 @@ std::uint32_t FileSource::Read(void* buffer, std::uint64_t size, std::uint64_t* 
         return RESULT_END_OF_DATA;
     const auto from = static_cast<std::size_t>(next - blockBegin);
     *bytesRead = std::min<std::uint64_t>(size, blockSize - from);
-    std::memcpy(buffer, block.data() + from, static_cast<std::size_t>(*bytesRead));
+    std::memcpy(buffer, block.get() + from, static_cast<std::size_t>(*bytesRead));
     next += *bytesRead;
     return RESULT_OK;
 }
@@ -41,7 +47,7 @@ ReadResult FileSource::FillBlock() {
     blockSize = 0;
     ReadResult result = isAtPlace ? ReadResult() : file->Seek(next);
     if (result == ReadResult::READ)
-        result = file->Read(block.data(), block.size(), &blockSize);
+        result = file->Read(block.get(), blockRoom, &blockSize);
     furthest = std::max(furthest, blockBegin + blockSize);
     return result;
 }

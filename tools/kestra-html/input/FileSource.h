@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "tools/kestra-html/input/InputSource.h"
 
@@ -23,7 +22,8 @@ private:
     ReadResult FillBlock();
 
     std::unique_ptr<RawInput> file;
-    std::vector<char> block;
+    std::size_t blockRoom;
+    std::unique_ptr<char[]> block;
     std::uint64_t blockBegin = 0;  ///< in the file
     std::size_t blockSize = 0;     ///< bytes that have been read into it
 };
