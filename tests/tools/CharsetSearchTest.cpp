@@ -77,6 +77,18 @@ TEST(CharsetSearch, AnswersWhatTheParseAnswers) {
         LONG_ASCII + UTF8_TEXT,
         Repeat("text of one token ", 200000) + DECLARED,
     };
+    const auto check = [&CONTENTS](const ParseOptions& options) {
+        for (const std::string& content : CONTENTS) {
+            TextSource wide(content);
+            EXPECT_EQ(Tool::FindLateCharset(&wide, options, true, IgnoreProgress),
+                      (ParseForIt<WideChar, WideString>(content, options)))
+                << content.substr(0, 100) << " of " << content.size();
+            TextSource narrow(content);
+            EXPECT_EQ(Tool::FindLateCharset(&narrow, options, false, IgnoreProgress),
+                      (ParseForIt<char, std::string>(content, options)))
+                << content.substr(0, 100) << " of " << content.size();
+        }
+    };
     for (const auto feed : {ParseOptions::Feed::STREAM, ParseOptions::Feed::BUFFER}) {
         for (const std::uint64_t maxTokenSize : {0, 10, 1000}) {
             for (const std::uint64_t pieceSize : {0, 5000}) {
@@ -84,19 +96,13 @@ TEST(CharsetSearch, AnswersWhatTheParseAnswers) {
                 options.feed = feed;
                 options.maxTokenSize = maxTokenSize;
                 options.pieceSize = pieceSize;
-                for (const std::string& content : CONTENTS) {
-                    TextSource wide(content);
-                    EXPECT_EQ(Tool::FindLateCharset(&wide, options, true, IgnoreProgress),
-                              (ParseForIt<WideChar, WideString>(content, options)))
-                        << content.substr(0, 100) << " of " << content.size();
-                    TextSource narrow(content);
-                    EXPECT_EQ(Tool::FindLateCharset(&narrow, options, false, IgnoreProgress),
-                              (ParseForIt<char, std::string>(content, options)))
-                        << content.substr(0, 100) << " of " << content.size();
-                }
+                check(options);
             }
         }
     }
+    ParseOptions ofBytes;
+    ofBytes.input = GenericParser::DATA_STREAM_8BIT;
+    check(ofBytes);
 }
 
 TEST(CharsetSearch, AKnownCharsetIsNotLookedFor) {

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <variant>
 #include <vector>
 
@@ -325,26 +326,17 @@ TEST(CommandLine, WrongUsage) {
 }
 
 TEST(CommandLine, ViewTakesOneFile) {
-    const ViewOptions defaults = ParseGoodAs<ViewOptions>({"view"});
-    EXPECT_EQ(defaults.output, "-");
-    EXPECT_EQ(defaults.charset, 0U);
-    EXPECT_EQ(defaults.input, GenericParser::DATA_STREAM_AUTO);
-    EXPECT_EQ(defaults.scriptMode, GenericParser::SCRIPT_AS_TOKENS);
-    EXPECT_EQ(defaults.maxTokenSize, 0U);
-    EXPECT_EQ(defaults.minConfidence, 50U);
-    EXPECT_TRUE(defaults.reparse);
-    EXPECT_EQ(defaults.inputs, Names{"-"});
-    const ViewOptions options =
-        ParseGoodAs<ViewOptions>({"view", "-o", "[b,c]", "--charset", "utf-8", "--input", "8bit", "--scripts", "text",
-                                  "--max-token", "7", "--min-confidence", "8", "--no-reparse", "a"});
-    EXPECT_EQ(options.output, "[b,c]");
-    EXPECT_EQ(options.charset, 65001U);
-    EXPECT_EQ(options.input, GenericParser::DATA_STREAM_8BIT);
-    EXPECT_EQ(options.scriptMode, GenericParser::SCRIPT_AS_TEXT);
-    EXPECT_EQ(options.maxTokenSize, 7U);
-    EXPECT_EQ(options.minConfidence, 8U);
-    EXPECT_FALSE(options.reparse);
-    EXPECT_EQ(options.inputs, Names{"a"});
+    const auto parse = [](const std::vector<const char*>& arguments) {
+        const ViewOptions view = ParseGoodAs<ViewOptions>(arguments);
+        return std::tuple(view.output, view.charset, view.input, view.scriptMode, view.maxTokenSize, view.minConfidence,
+                          view.reparse, view.inputs);
+    };
+    EXPECT_EQ(parse({"view"}), std::tuple("-", 0U, GenericParser::DATA_STREAM_AUTO, GenericParser::SCRIPT_AS_TOKENS, 0U,
+                                          50U, true, Names{"-"}));
+    EXPECT_EQ(parse({"view", "-o", "[b,c]", "--charset", "utf-8", "--input", "8bit", "--scripts", "text", "--max-token",
+                     "7", "--min-confidence", "8", "--no-reparse", "a"}),
+              std::tuple("[b,c]", 65001U, GenericParser::DATA_STREAM_8BIT, GenericParser::SCRIPT_AS_TEXT, 7U, 8U, false,
+                         Names{"a"}));
     EXPECT_EQ(ParseGoodAs<ViewOptions>({"view", "--output=b", "--", "-o"}).output, "b");
     EXPECT_EQ(ParseWrong({"view", "a", "b"}), "a page shows one file");
     EXPECT_EQ(ParseWrong({"view", "--observer", "wide"}), "view: there is no option --observer");

@@ -74,18 +74,29 @@ TEST(JsonText, CommasBetweenMembersAndItems) {
     json.CloseObject();
     json.OpenArray();
     json.Number(0);
+    json.Number(9);
+    json.Number(10);
     json.Number(UINT64_MAX);
     json.CloseArray();
     json.CloseArray();
     json.Name("c");
-    json.Word("null");
+    json.Null();
     json.Name("d");
     json.PlainString("");
+    json.Name("e");
+    json.Bool(false);
+    json.Name("f");
+    json.OpenArray();
+    json.String(",,"sv);
+    json.CloseArray();
+    json.Name("g");
+    json.String(""sv);
     json.CloseObject();
-    EXPECT_EQ(json.Get(), R"({"a":[],"b":["{","[",":",{},[0,18446744073709551615]],"c":null,"d":""})");
+    EXPECT_EQ(json.Get(), R"({"a":[],"b":["{","[",":",{},[0,9,10,18446744073709551615]],"c":null,"d":"","e":false,)"
+                          R"("f":[",,"],"g":""})");
     json.Clear();
     EXPECT_EQ(json.Get(), "");
-    json.Word("true");
+    json.Bool(true);
     EXPECT_EQ(json.Get(), "true");
 }
 

@@ -24,6 +24,13 @@ protected:
         return Progress(isTerminal, terminal);
     }
 
+    Progress MakeForOne(const std::string& name, std::optional<std::uint64_t> size) {
+        Progress progress = Make();
+        progress.SetInputCount(1);
+        progress.StartInput(1, name, size);
+        return progress;
+    }
+
     /// What is drawn anew, without the return to the first column.
     std::string Take() {
         std::string text;
@@ -41,9 +48,7 @@ protected:
 };
 
 TEST_F(ProgressLine, AppearsAfterHalfASecond) {
-    Progress progress = Make();
-    progress.SetInputCount(1);
-    progress.StartInput(1, "page.html", 400000000);
+    Progress progress = MakeForOne("page.html", 400000000);
     Wait(499);
     progress.Advance(50000000);
     EXPECT_EQ(Take(), "");
@@ -70,9 +75,7 @@ TEST_F(ProgressLine, IsOnATerminalOnly) {
 }
 
 TEST_F(ProgressLine, OfAPipeHasNoEnd) {
-    Progress progress = Make();
-    progress.SetInputCount(1);
-    progress.StartInput(1, "-", std::nullopt);
+    Progress progress = MakeForOne("-", std::nullopt);
     Wait(2000);
     progress.Advance(2500000000);
     EXPECT_EQ(Take(), "[1/1] - 2.50 GB, 1250.0 MB/s");
@@ -94,9 +97,7 @@ TEST_F(ProgressLine, TheTimeLeftIsThatOfAllInputs) {
 }
 
 TEST_F(ProgressLine, HoursAreShown) {
-    Progress progress = Make();
-    progress.SetInputCount(1);
-    progress.StartInput(1, "a", 1000000000);
+    Progress progress = MakeForOne("a", 1000000000);
     Wait(100000);
     progress.Advance(20000000);
     EXPECT_EQ(Take(), "[1/1] a 2%, 20.0 MB of 1.00 GB, 0.2 MB/s, 1:21:40 left");

@@ -118,6 +118,33 @@ TEST(QueuedOutput, AStopComesOutOfEveryCall) {
     EXPECT_THROW(output.DiagnoseAgain("file", "message"), Tool::OutputFailed);
 }
 
+TEST(QueuedOutput, TheMemoryOfLinesIsUsedAgain) {
+    OutputQueue queue;
+    QueuedOutput first(&queue);
+    QueuedOutput second(&queue);
+    Tool::Console console;
+    first.Line("");
+    first.Finish();
+    first.Diagnose("", "");  // has no memory worth it
+    EXPECT_TRUE(queue.spares.empty());
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    first.WriteTo(&console);
+    console.Flush();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), ": \n");
+    ASSERT_EQ(queue.spares.size(), 1U);
+    EXPECT_EQ(queue.spares[0], "");
+    second.Line("line");
+    EXPECT_TRUE(queue.spares.empty());
+    second.Line(std::string(1'000'000, 'x'));
+    testing::internal::CaptureStdout();
+    second.WriteTo(&console);
+    console.Flush();
+    EXPECT_EQ(testing::internal::GetCapturedStdout().size(), 1'000'006U);
+    EXPECT_TRUE(queue.spares.empty()) << "that of a very long line is not kept";
+}
+
 TEST(QueuedOutput, HowFarAParseIs) {
     OutputQueue queue;
     QueuedOutput output(&queue);

@@ -101,7 +101,7 @@ TEST(TextEventObserver, TheSummary) {
     const HTML::StatelessHTMLParser parser;
     Tool::TextEventObserver observer(&lines, &parser, false);
     Tool::EventsPassResult result;
-    observer.WriteSummary(result, 0);
+    observer.WriteSummary(result, "0");
     EXPECT_EQ(lines.Take(), (Lines{"bytes    0", "events   0", "result   0, success"}));
 
     CallEverything(&observer);
@@ -110,9 +110,9 @@ TEST(TextEventObserver, TheSummary) {
     result.parse = 16;
     result.line = 2;
     result.column = 3;
-    observer.WriteSummary(result, 1234);
+    observer.WriteSummary(result, "at least 1234");
     EXPECT_EQ(lines.Take(), (Lines{
-                                "bytes    1234",
+                                "bytes    at least 1234",
                                 "events   9: text 2, start 1, end 1, comment 1, entity 1, extern 1, script 1, style 1",
                                 "result   parsing returned 16: the input ended inside a construct (line 2, column 3)",
                             }));

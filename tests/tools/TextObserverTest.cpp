@@ -148,7 +148,7 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     const std::string unknown =
         sizeof(typename TypeParam::C) > 1 ? "charset  " + Tool::DescribeAssumedCharset() : "charset  unknown";
     Tool::ParsePassResult result;
-    observer.WriteSummary(result, 0, false);
+    observer.WriteSummary(result, "0", false);
     EXPECT_EQ(this->lines.Take(), (Lines{"bytes    0", "tokens   0", unknown, "result   0, success"}));
 
     this->ObserveEverything(&observer);
@@ -158,7 +158,7 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result.line = 2;
     result.column = 3;
     result.hasCharsetErrors = true;
-    observer.WriteSummary(result, 1234, true);
+    observer.WriteSummary(result, "1234", true);
     EXPECT_EQ(this->lines.Take(), (Lines{
                                       "bytes    1234",
                                       "tokens   15: text 1, start 1, short 1, end 1, comment 1, cdata 1, conditional "
@@ -172,7 +172,7 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result = {};
     result.charset = 4711;
     result.conversionError = 50;
-    observer.WriteSummary(result, 2, false);
+    observer.WriteSummary(result, "2", false);
     EXPECT_EQ(this->lines.Take()[3],
               "result   tokens are missing, a conversion from the charset 4711 returned 50: there is no converter for "
               "the charset");
@@ -180,11 +180,11 @@ TYPED_TEST(TextObserverTest, TheSummary) {
     result = {};
     result.charset = 1200;
     result.isWParser = true;
-    observer.WriteSummary(result, 2, false);
+    observer.WriteSummary(result, "2", false);
     EXPECT_EQ(this->lines.Take()[2], "charset  1200 (UTF-16), 16-bit parser");
     result.charset = 4711;
     result.isWParser = false;
-    observer.WriteSummary(result, 2, false);
+    observer.WriteSummary(result, "2", false);
     EXPECT_EQ(this->lines.Take()[2], "charset  4711");
 }
 

@@ -35,11 +35,6 @@ public:
         return RESULT_OK;
     }
 
-    std::uint32_t GetPosition(std::uint64_t* position) override {
-        *position = next;
-        return RESULT_OK;
-    }
-
     std::uint32_t Seek(std::uint64_t position) override {
         if (position > bytes.size())
             return RESULT_STREAM_FAILED;
@@ -47,28 +42,14 @@ public:
         return RESULT_OK;
     }
 
-    bool IsEnd() override {
-        return false;
-    }
-
     std::optional<std::uint64_t> GetSize() const override {
         return portion > 0 ? std::nullopt : std::optional<std::uint64_t>(bytes.size());
     }
-
-    void ReadOnlyOnce() override {}
 
     void Forget(std::uint64_t position) override {
         forgotten = std::max(forgotten, position);
     }
 
-    Tool::ReadResult GetFailure() const override {
-        return Tool::ReadResult::READ;
-    }
-
-    /// The end of the last byte that has been read.
-    std::uint64_t GetFurthest() const {
-        return furthest;
-    }
     std::uint64_t GetForgotten() const {
         return forgotten;
     }
@@ -76,8 +57,6 @@ public:
 private:
     std::string bytes;
     std::uint64_t portion;
-    std::uint64_t next = 0;
-    std::uint64_t furthest = 0;
     std::uint64_t forgotten = 0;
 };
 

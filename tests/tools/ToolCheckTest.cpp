@@ -255,22 +255,22 @@ TEST_F(ToolCheck, TheOutputStaysInOrderWhateverTheThreads) {
     }
 }
 
-TEST_F(ToolCheck, StandardInputIsReadInItsTurn) {
+TEST_F(ToolCheck, StandardInputAmongFiles) {
     Write("file", "f");
     settings.input = "<p>s";
-    const ToolRun run = Run({"--format", "json", "--jobs", "4", "file", "-", "file", "-", "-"});
+    const ToolRun run = Run({"--format", "json", "--jobs", "4", "file", "-", "file"});
     EXPECT_EQ(run.status, 0) << run.errors;
     const auto line = [](const std::string& name, const std::string& sizes) {
         return "{\"file\":\"" + name + "\"," + sizes +
                ",\"endParse\":0,\"identical\":true,\"firstDifference\":null,\"parse\":0}\n";
     };
     const std::string file = line("file", "\"bytes\":1,\"tokens\":1");
-    const std::string nothing = line("-", "\"bytes\":0,\"tokens\":0");
-    EXPECT_EQ(run.output, file + line("-", "\"bytes\":4,\"tokens\":2") + file + nothing + nothing);
+    EXPECT_EQ(run.output, file + line("-", "\"bytes\":4,\"tokens\":2") + file);
 
     settings.input.reset();
     EXPECT_EQ(Run({"--format", "json", "-", "file"}),
-              (ToolRun{3, "{\"error\":\"cannot be read\",\"file\":\"-\"}\n" + file, "-: cannot be read\n"}));
+              (ToolRun{3, "{\"error\":\"cannot be read: Bad file descriptor\",\"file\":\"-\"}\n" + file,
+                       "-: cannot be read: Bad file descriptor\n"}));
 }
 
 TEST_F(ToolCheck, OutputThatCannotBeWritten) {

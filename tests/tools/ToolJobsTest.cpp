@@ -134,7 +134,7 @@ TEST_F(ToolJobs, FoldersAndFilesOfNames) {
     settings.input = "site/a.html\n-\n";
     for (const char* const command : {"tokens", "events", "check", "detect", "rewrite"})
         EXPECT_EQ(Run({command, "--files-from", "-"}),
-                  (ToolRun{2, "", "kestra-html: --files-from: standard input is the list of names already\n"}))
+                  (ToolRun{2, "", "kestra-html: standard input is named more than once, but can be read only once\n"}))
             << command;
     Write("with-input", "site/a.html\n-\n");
     EXPECT_EQ(

@@ -309,7 +309,7 @@ TEST(ToolRewriteFailures, OutputThatCannotBeWritten) {
                       "standard output: cannot be written: " + GetReason(Sink::UNWRITABLE) + "\n"));
     settings.output = Sink::CAPTURED;
     settings.input.reset();
-    EXPECT_TRUE(Ended(RunTool({"rewrite"}, settings), 3, "-: cannot be read\n"));
+    EXPECT_TRUE(Ended(RunTool({"rewrite"}, settings), 3, "-: cannot be read: Bad file descriptor\n"));
     EXPECT_EQ(RunTool({"rewrite", "--set", "a.b=c"}, settings).status, 3);
 }
 

@@ -251,13 +251,15 @@ TEST(ToolView, NothingOfTheInputIsMarkup) {
     }
 }
 
+struct MarkedInput {
+    const char* note;
+    std::string input;
+    std::string lists;
+    Arguments arguments;
+};
+
 TEST(ToolView, WhatIsMarked) {
-    const struct {
-        const char* note;
-        std::string input;
-        std::string lists;
-        Arguments arguments;
-    } CASES[] = {
+    const MarkedInput CASES[] = {
         {"an open comment", "<!-- a", "\"marks\":[1]", {}},
         {"an end tag that runs into the next", "</i<b>", "\"marks\":[1,0]", {}},
         {"an open section", "<![CDATA[a", "\"marks\":[1]", {}},

@@ -10,27 +10,23 @@ namespace {
 
 using HTML::StatelessHTMLParser;
 
-std::string Line(std::string_view word, std::string_view only) {
-    std::string line(word);
-    line += '(';
-    line += only;
-    line += ')';
-    return line;
-}
-
-std::string Line(std::string_view word, std::string_view first, std::string_view second) {
-    std::string line(word);
-    line += '(';
-    line += first;
-    line += '|';
-    line += second;
-    line += ')';
-    return line;
-}
-
 }  // namespace
 
 EventLineObserver::EventLineObserver(const Options& options) : stringOptions(options) {}
+
+template <typename... Parts>
+void EventLineObserver::MakeLine(unsigned long event, std::string_view word, Parts... parts) {
+    built = word;
+    char mark = '(';
+    const auto add = [this, &mark](auto part) {
+        built += mark;
+        Append(part);
+        mark = '|';
+    };
+    (add(parts), ...);
+    built += ')';
+    OnLine(event, built);
+}
 
 void EventLineObserver::OnStartParsing() {
     OnLine(StatelessHTMLParser::ID_START_PARSING, "start-parsing");
@@ -41,61 +37,57 @@ void EventLineObserver::OnStopParsing() {
 }
 
 void EventLineObserver::OnStartTag(const WideChar* name, const Attributes* attributes) {
-    OnLine(StatelessHTMLParser::ID_START_TAG, Line("start", Show(name), Show(*attributes)));
+    MakeLine(StatelessHTMLParser::ID_START_TAG, "start", name, attributes);
 }
 
 void EventLineObserver::OnEndTag(const WideChar* name) {
-    OnLine(StatelessHTMLParser::ID_END_TAG, Line("end", Show(name)));
+    MakeLine(StatelessHTMLParser::ID_END_TAG, "end", name);
 }
 
 void EventLineObserver::OnScript(const Attributes* attributes, const WideChar* body) {
-    OnLine(StatelessHTMLParser::ID_SCRIPT, Line("script", Show(*attributes), Show(body)));
+    MakeLine(StatelessHTMLParser::ID_SCRIPT, "script", attributes, body);
 }
 
 void EventLineObserver::OnExternTag(const WideChar* name, const Attributes* attributes) {
-    OnLine(StatelessHTMLParser::ID_EXTERN_TAG, Line("extern", Show(name), Show(*attributes)));
+    MakeLine(StatelessHTMLParser::ID_EXTERN_TAG, "extern", name, attributes);
 }
 
 void EventLineObserver::OnEntityTag(const WideChar* name, const Tokens* tokens) {
-    OnLine(StatelessHTMLParser::ID_ENTITY_TAG, Line("entity", Show(name), Show(*tokens)));
+    MakeLine(StatelessHTMLParser::ID_ENTITY_TAG, "entity", name, tokens);
 }
 
 void EventLineObserver::OnComment(const WideChar* text) {
-    OnLine(StatelessHTMLParser::ID_COMMENT, Line("comment", Show(text)));
+    MakeLine(StatelessHTMLParser::ID_COMMENT, "comment", text);
 }
 
 void EventLineObserver::OnText(const WideChar* text) {
-    OnLine(StatelessHTMLParser::ID_TEXT, Line("text", Show(text)));
+    MakeLine(StatelessHTMLParser::ID_TEXT, "text", text);
 }
 
 void EventLineObserver::OnStyle(const Attributes* attributes, const WideChar* body) {
-    OnLine(StatelessHTMLParser::ID_STYLE, Line("style", Show(*attributes), Show(body)));
+    MakeLine(StatelessHTMLParser::ID_STYLE, "style", attributes, body);
 }
 
-std::string EventLineObserver::Show(const WideChar* text) const {
-    return Escape(text, stringOptions);
+void EventLineObserver::Append(const WideChar* text) {
+    AppendEscaped(&built, text, stringOptions);
 }
 
-std::string EventLineObserver::Show(const Attributes& attributes) const {
-    std::string line;
-    for (const auto& [name, value] : attributes) {
-        line += '{';
-        line += Escape(name, stringOptions);
-        line += '=';
-        line += Escape(value, stringOptions);
-        line += '}';
+void EventLineObserver::Append(const Attributes* attributes) {
+    for (const auto& [name, value] : *attributes) {
+        built += '{';
+        AppendEscaped(&built, name, stringOptions);
+        built += '=';
+        AppendEscaped(&built, value, stringOptions);
+        built += '}';
     }
-    return line;
 }
 
-std::string EventLineObserver::Show(const Tokens& tokens) const {
-    std::string line;
-    for (const WideString& token : tokens) {
-        line += '{';
-        line += Escape(token, stringOptions);
-        line += '}';
+void EventLineObserver::Append(const Tokens* tokens) {
+    for (const WideString& token : *tokens) {
+        built += '{';
+        AppendEscaped(&built, token, stringOptions);
+        built += '}';
     }
-    return line;
 }
 
 }  // namespace Kestra::Trace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "html/stateless/StatelessHTMLObserver.h"
 #include "platform/Characters.h"
@@ -42,11 +43,16 @@ protected:
     virtual void OnLine(unsigned long event, const std::string& line) = 0;
 
 private:
-    std::string Show(const WideChar* text) const;
-    std::string Show(const Attributes& attributes) const;
-    std::string Show(const Tokens& tokens) const;
+    void Append(const WideChar* text);
+    void Append(const Attributes* attributes);
+    void Append(const Tokens* tokens);
+
+    /// Makes a line of one or two parts.
+    template <typename... Parts>
+    void MakeLine(unsigned long event, std::string_view word, Parts... parts);
 
     Options stringOptions;
+    std::string built;  ///< its memory is retained
 };
 
 }  // namespace Kestra::Trace

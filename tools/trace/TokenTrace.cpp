@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "platform/CodePoints.h"
+#include "tools/trace/PlainRun.h"
 #include "tools/trace/RecordNotation.h"
 
 namespace Kestra::Trace {
@@ -19,10 +20,8 @@ void AppendHexadecimal(std::string* line, unsigned value, unsigned digits) {
         line->push_back(HEXADECIMAL[(value >> (shift - 4)) & 0xF]);
 }
 
-/// True of what is written as it is.
-constexpr bool IsPlain(unsigned unit) {
-    return unit >= 0x20 && unit < 0x7F && unit != '\\';
-}
+/// What is written as it is.
+using Plain = PlainText<'\\'>;
 
 /// One unit from 0 to 127.
 void AppendAscii(std::string* line, unsigned unit) {
@@ -40,7 +39,7 @@ void AppendAscii(std::string* line, unsigned unit) {
             line->append("\\t");
             return;
     }
-    if (IsPlain(unit)) {
+    if (Plain::Has(unit)) {
         line->push_back(static_cast<char>(unit));
     } else {
         line->append("\\x");
@@ -52,13 +51,7 @@ void AppendAscii(std::string* line, unsigned unit) {
 template <typename C>
 std::size_t AppendPlain(std::string* line, std::basic_string_view<C> text) {
     char run[64];
-    std::size_t size = 0;
-    while (size < std::min(text.size(), sizeof run)) {
-        const auto unit = static_cast<std::make_unsigned_t<C>>(text[size]);
-        if (!IsPlain(unit))
-            break;
-        run[size++] = static_cast<char>(unit);
-    }
+    const std::size_t size = Plain::CopyRun(text.data(), std::min(text.size(), sizeof run), run);
     line->append(run, size);
     return size;
 }
@@ -115,30 +108,6 @@ void AppendEscaped(std::string* line, std::string_view text, const Options& opti
             AppendHexadecimal(line, byte, 2);
         }
         rest.remove_prefix(1);
-    }
-    if (cut)
-        AppendCut(line, text.size());
-}
-
-void AppendEscaped(std::string* line, WideStringView text, const Options& options) {
-    const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
-    std::size_t end = cut ? static_cast<std::size_t>(options.cutAt) : text.size();
-    // A cut never parts the two halves of a character.
-    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) &&
-        IsLowSurrogate(static_cast<unsigned>(text[end])))
-        ++end;
-    for (std::size_t i = 0; i < end;) {
-        if (const std::size_t size = AppendPlain(line, text.substr(i, end - i)); size > 0) {
-            i += size;
-            continue;
-        }
-        const auto unit = static_cast<unsigned>(text[i]);
-        if (unit < 0x80) {
-            AppendAscii(line, unit);
-            ++i;
-        } else {
-            i += AppendWide(line, text, i, options.utf8);
-        }
     }
     if (cut)
         AppendCut(line, text.size());
@@ -277,6 +246,30 @@ bool IsInvisible(std::uint32_t codePoint) {
            (codePoint >= 0x2060 && codePoint <= 0x206F) || (codePoint >= 0xFDD0 && codePoint <= 0xFDEF) ||
            codePoint == 0xFEFF || (codePoint >= 0xFFF9 && codePoint <= 0xFFFB) || (codePoint & 0xFFFE) == 0xFFFE ||
            (codePoint >= 0xE0000 && codePoint <= 0xE0FFF);
+}
+
+void AppendEscaped(std::string* line, WideStringView text, const Options& options) {
+    const bool cut = options.cutAt != 0 && text.size() > options.cutAt;
+    std::size_t end = cut ? static_cast<std::size_t>(options.cutAt) : text.size();
+    // A cut never parts the two halves of a character.
+    if (cut && IsHighSurrogate(static_cast<unsigned>(text[end - 1])) &&
+        IsLowSurrogate(static_cast<unsigned>(text[end])))
+        ++end;
+    for (std::size_t i = 0; i < end;) {
+        if (const std::size_t size = AppendPlain(line, text.substr(i, end - i)); size > 0) {
+            i += size;
+            continue;
+        }
+        const auto unit = static_cast<unsigned>(text[i]);
+        if (unit < 0x80) {
+            AppendAscii(line, unit);
+            ++i;
+        } else {
+            i += AppendWide(line, text, i, options.utf8);
+        }
+    }
+    if (cut)
+        AppendCut(line, text.size());
 }
 
 std::string Escape(std::string_view text, const Options& options) {

@@ -58,6 +58,9 @@ bool IsInvisible(std::uint32_t codePoint);
 std::string Escape(std::string_view text, const Options& options = {});
 std::string Escape(WideStringView text, const Options& options = {});
 
+/// The same at the end of a line.
+void AppendEscaped(std::string* line, WideStringView text, const Options& options = {});
+
 /// A callback without a record or argument.
 std::string Format(HTML::ObserverEvent event);
 std::string FormatBOM(const void* bytes, std::uint64_t size);

@@ -136,7 +136,8 @@ TEST_F(ToolMemory, AnInputThatCannotBeReadWhole) {
     std::string bytes;
     largestBlock = TOO_SMALL_FOR_THE_INPUT;
     const Tool::ReadResult whole = Tool::ReadInput(large, &bytes);
-    const Tool::ReadResult start = Tool::ReadInputStart(large, 16384, &bytes);
+    const Tool::OpenedInput opened = Tool::OpenInput(large);
+    const Tool::ReadResult start = Tool::ReadRest(opened.source.get(), 16384, &bytes);
     largestBlock = static_cast<std::size_t>(-1);
     EXPECT_EQ(whole, Tool::ReadResult::OUT_OF_MEMORY);
     EXPECT_EQ(start, Tool::ReadResult::READ);

@@ -121,6 +121,51 @@ TEST(ToolStream, OnATerminalATemporaryFileIsRemarkedOn) {
     settings.errors = Sink::TERMINAL;
     EXPECT_TRUE(Contains(RunTool({"tokens"}, settings).errors, "-: kept in a temporary file, because "));
     EXPECT_FALSE(Contains(RunTool({"tokens", "--charset", "1252"}, settings).errors, "temporary"));
+    const std::string forCheck = "kept in a temporary file, to be compared with its tokens\n";
+    EXPECT_TRUE(Contains(RunTool({"check", "--charset", "1252"}, settings).errors, "-: " + forCheck));
+    EXPECT_EQ(RunTool({"check", "none", "-"}, settings).errors, "none: cannot be read: no such file\n-: " + forCheck);
+    // On a thread beside others.
+    EXPECT_TRUE(Contains(RunTool({"tokens", "none", "/dev/stdin", "--jobs", "2"}, settings).errors,
+                         "/dev/stdin: kept in a temporary file, because "));
+    settings.input = std::string(500000, 'x');
+    EXPECT_EQ(RunTool({"check"}, settings).errors, "");
+}
+
+TEST(ToolStream, APipeIsReadNoFurtherThanItIsParsed) {
+    for (const std::string command :
+         {"tokens", "tokens --charset 1252", "tokens --format json", "tokens --feed buffer --piece-size 1000", "events",
+          "events --format json", "check", "check --format json", "rewrite --charset 1252 --dry-run --set a.b=c"}) {
+        const std::string output = RunShell("yes '<p class=x>' 2>/dev/null | { timeout 60 \"$TOOL\" " + command +
+                                            " --max-token 4 2>&1; echo ended $?; }");
+        EXPECT_TRUE(Contains(output, "711")) << command;
+        EXPECT_EQ(LastLine(output), "ended 1") << command;
+        const bool saysSize = command.find("json") == std::string::npos && command.find("rewrite") != 0;
+        EXPECT_EQ(output.find("at least ") != std::string::npos, saysSize) << command << "\n" << output;
+    }
+    EXPECT_TRUE(Contains(RunShell("printf '<p>' | \"$TOOL\" tokens"), "bytes    3\n"));
+}
+
+TEST(ToolStream, APipeIsNamedOnce) {
+    for (const std::string command : {"tokens", "events", "check", "detect", "rewrite --dry-run"}) {
+        EXPECT_EQ(RunShell("echo x | \"$TOOL\" " + command + " - /dev/stdin 2>&1"),
+                  "kestra-html: standard input and /dev/stdin are the same, and can be read only once\n");
+        EXPECT_EQ(RunShell("echo x | \"$TOOL\" " + command + " /dev/stdin /dev/stdin 2>&1"),
+                  "kestra-html: /dev/stdin is named more than once, but can be read only once\n");
+    }
+    EXPECT_EQ(RunShell("echo x | \"$TOOL\" detect --files-from /dev/stdin - 2>&1"),
+              "kestra-html: /dev/stdin and standard input are the same, and can be read only once\n");
+    EXPECT_EQ(RunShell("exec 5<&0; echo x | \"$TOOL\" detect --format json - /dev/null /dev/null | wc -l"), "3\n");
+    EXPECT_EQ(RunShell("\"$TOOL\" detect --format json - /dev/stdin </dev/null | wc -l"), "2\n");
+}
+
+TEST(ToolStream, AnInputThatFailsLateHasOneObject) {
+    const std::string error = R"("error":"cannot be read: Input/output error","file":"/proc/self/mem"})";
+    for (const std::string command : {"tokens", "tokens --charset 1252", "tokens --feed buffer --piece-size 10",
+                                      "events", "events --feed buffer"}) {
+        const std::string output = RunShell("\"$TOOL\" " + command + " --format json /proc/self/mem 2>/dev/null");
+        EXPECT_EQ(LastLine(output), R"({"event":"Error",)" + error) << command;
+        EXPECT_EQ(output.find("\"Result\""), std::string::npos) << command << output;
+    }
 }
 
 TEST(ToolStream, TheRemarkIsMadeForEachOfSeveralInputs) {
@@ -260,8 +305,13 @@ TEST(ToolStream, WhatCannotBeReadSaysWhy) {
         EXPECT_TRUE(Ended(RunTool({"tokens", forbidden}), 3, forbidden + ": cannot be read: permission denied\n"));
     }
     const std::string broken = "/proc/self/mem";  // opens, and cannot be read at its start
-    EXPECT_TRUE(Ended(RunTool({"tokens", broken}), 3, broken + ": cannot be read\n"));
-    EXPECT_TRUE(Contains(RunTool({"check", "--format", "json", broken}).output, "{\"error\":\"cannot be read\","));
+    const std::string why = "cannot be read: Input/output error";
+    for (const char* const command : {"tokens", "events", "check", "detect", "rewrite", "view"})
+        EXPECT_TRUE(Ended(RunTool({command, broken}), 3, broken + ": " + why + "\n")) << command;
+    EXPECT_TRUE(Contains(RunTool({"check", "--format", "json", broken}).output, "{\"error\":\"" + why + "\","));
+    const std::string longName(300, 'n');
+    EXPECT_TRUE(Ended(RunTool({"tokens", longName}), 3, longName + ": cannot be read: File name too long\n"));
+    EXPECT_TRUE(Ended(RunTool({"tokens", "--files-from", broken}), 3, broken + ": " + why + "\n"));
 }
 
 }  // namespace

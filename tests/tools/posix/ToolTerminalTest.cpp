@@ -53,12 +53,14 @@ ToolRun RunSlowly(ToolSettings settings, Arguments arguments) {
 TEST_F(ToolTerminal, ProgressOfALongRun) {
     Write("first.html", "a");
     settings.errors = Sink::TERMINAL;
-    for (const char* const command : {"tokens", "events", "check"}) {
-        const Arguments arguments = {command, "--charset", "1252", "first.html", "none", "-"};
+    for (const Arguments& command :
+         {Arguments{"tokens", "--charset", "1252"}, {"events"}, {"check", "--charset", "1252"}, {"detect"}}) {
+        Arguments arguments = command;
+        arguments.insert(arguments.end(), {"first.html", "none", "-"});
         const ToolRun run = RunSlowly(settings, arguments);
         EXPECT_EQ(run.status, 3);
         EXPECT_TRUE(Contains(run.errors, "none: cannot be read: no such file\n"));
-        EXPECT_TRUE(Contains(run.errors, "\r[3/3] - 0.0 MB, ")) << command;
+        EXPECT_TRUE(Contains(run.errors, "\r[3/3] - 0.0 MB, ")) << command[0];
         EXPECT_EQ(run.errors.back(), '\r') << "the line is gone at the end";
         settings.errors = Sink::CAPTURED;
         EXPECT_EQ(RunSlowly(settings, arguments).errors, "none: cannot be read: no such file\n");

@@ -31,6 +31,7 @@ using Clock = std::chrono::steady_clock;
 /// What is known of an input after its check.
 struct CheckedInput {
     std::uint64_t size = 0;
+    bool hasMore = false;  ///< it may be larger: the parse ended before a pipe did
     CheckOutcome outcome;
 };
 
@@ -164,7 +165,8 @@ private:
         input->outcome = checker->Check(source, FollowWith(output));
         checkers.Return(std::move(checker));
         const ReadResult reading = source->GetFailure();
-        input->size = CountBytes(source);
+        input->size = CountBytes(*source);
+        input->hasMore = !source->GetSize();
         return reading;
     }
 
@@ -190,11 +192,7 @@ private:
             WriteLine(name, input, output);
         if (input.outcome.IsGood())
             return EXIT_STATUS_GOOD;
-        if (options.format == OutputFormat::TEXT)
-            output->DiagnoseAgain(name, DescribeTrouble(input.outcome));
-        else
-            output->Diagnose(name, DescribeTrouble(input.outcome));
-        return EXIT_STATUS_FAILED;
+        return ReportFailure(name, DescribeTrouble(input.outcome), options.format, output);
     }
 
     static void WriteObject(const std::string& name, const CheckedInput& input, InputOutput* output) {
@@ -222,9 +220,9 @@ private:
         const bool isExplained = outcome.result.GetFirstFailure() == 0 && outcome.HasLostMark();
         const bool showsPlace = outcome.firstDifference && !isExplained;
         const std::string trouble = showsPlace ? fmt::format("; {}", DescribeDifference(outcome)) : "";
-        output->Line(fmt::format("{}: {}, {}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
-                                 Counted(input.size, "byte"), Counted(outcome.tokens, "token"),
-                                 Rate(input.size, outcome.seconds), trouble));
+        output->Line(fmt::format("{}: {}, {}{}, {}, {:.1f} MB/s{}", PrintableName(name), DescribeVerdict(outcome),
+                                 input.hasMore ? "at least " : "", Counted(input.size, "byte"),
+                                 Counted(outcome.tokens, "token"), Rate(input.size, outcome.seconds), trouble));
     }
 
     void WriteSummary(double seconds) {

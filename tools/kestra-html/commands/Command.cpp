@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <system_error>
 
 #include "tools/kestra-html/commands/InputNames.h"
 #include "tools/kestra-html/commands/InputRuns.h"
@@ -35,13 +36,7 @@ public:
                 output->Line(fmt::format("{}==> {} <==", index > 0 ? "\n" : "", PrintableName(name)));
             const ExitStatus status = run({name, opened.source.get()}, output);
             const ReadResult failure = opened.source->GetFailure();
-            if (failure != ReadResult::READ)
-                return std::max(status, Report(name, failure, output));
-            // Standard input that is named again is then at its end.
-            if (name == "-" &&
-                std::find(names.begin() + static_cast<std::ptrdiff_t>(index) + 1, names.end(), name) != names.end())
-                opened.source->Drain();
-            return status;
+            return failure == ReadResult::READ ? status : std::max(status, Report(name, failure, output));
         } catch (const std::bad_alloc&) {
             return Report(name, ReadResult::OUT_OF_MEMORY, output);
         }
@@ -66,7 +61,7 @@ bool IsColoured(ColourChoice choice) {
 }
 
 std::string DescribeUnread(ReadResult result) {
-    switch (result) {
+    switch (result.GetKind()) {
         case ReadResult::MISSING:
             return "cannot be read: no such file";
         case ReadResult::FORBIDDEN:
@@ -82,7 +77,7 @@ std::string DescribeUnread(ReadResult result) {
         case ReadResult::UNREADABLE:
             break;
     }
-    return "cannot be read";
+    return fmt::format("cannot be read: {}", std::generic_category().message(result.GetError()));
 }
 
 ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, InputOutput* output) {
@@ -107,6 +102,15 @@ ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat
     return DiagnoseUnread(name, result, output);
 }
 
+ExitStatus ReportFailure(const std::string& name, const std::string& failure, OutputFormat format,
+                         InputOutput* output) {
+    if (format == OutputFormat::TEXT)
+        output->DiagnoseAgain(name, failure);
+    else
+        output->Diagnose(name, failure);
+    return EXIT_STATUS_FAILED;
+}
+
 ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console) {
     console->GetProgress().Hide();  // for good: the tool may end without its destructors
     console->Complain(failure.what());
@@ -129,10 +133,12 @@ BytesDone FollowWith(InputOutput* output) {
     return [output](std::uint64_t bytes) { output->Advance(bytes); };
 }
 
-std::uint64_t CountBytes(InputSource* source) {
-    if (!source->GetSize())
-        source->Drain();
-    return source->GetSize().value_or(0);
+std::uint64_t CountBytes(const InputSource& source) {
+    return source.GetSize().value_or(source.GetFurthest());
+}
+
+std::string DescribeSize(const InputSource& source) {
+    return fmt::format("{}{}", source.GetSize() ? "" : "at least ", CountBytes(source));
 }
 
 ExitStatus RunEachInput(const InputOptions& options, OutputFormat format, bool oneAtATime, Console* console,

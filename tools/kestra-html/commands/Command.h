@@ -52,6 +52,10 @@ ExitStatus DiagnoseUnread(const std::string& name, ReadResult result, InputOutpu
 ExitStatus ReportUnread(const std::string& name, ReadResult result, OutputFormat format, const char* event,
                         InputOutput* output);
 
+/// Says on standard error how the work on an input failed. The text format has said it already.
+/// @return the exit status for it
+ExitStatus ReportFailure(const std::string& name, const std::string& failure, OutputFormat format, InputOutput* output);
+
 /// Ends a run whose output cannot be written: takes the progress line off the terminal and says
 /// what is wrong, but not that a reader has gone.
 ExitStatus EndFailedOutput(const OutputFailed& failure, ExitStatus status, Console* console);
@@ -68,8 +72,12 @@ ReadingEvents MakeReadingEvents(const std::string& name, InputOutput* output,
 /// Tells the output how far a parse is.
 BytesDone FollowWith(InputOutput* output);
 
-/// The size of an input that has been parsed; what the parse has left is read.
-std::uint64_t CountBytes(InputSource* source);
+/// The size of an input that has been parsed. A pipe is not read any further when the parse ended
+/// before it did: then it is what has been read.
+std::uint64_t CountBytes(const InputSource& source);
+
+/// The same for people: "at least" so many when there may be more.
+std::string DescribeSize(const InputSource& source);
 
 /// Parses an input, writes what it finds and says what is wrong.
 /// @param output  borrowed for the call; all that is written goes there

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,10 +15,11 @@
 #include "html/parser/GenericParser.h"
 #include "platform/CharSet.h"
 #include "platform/Characters.h"
-#include "platform/MemoryInputStream.h"
 #include "tools/kestra-html/commands/InputNames.h"
 #include "tools/kestra-html/commands/InputRuns.h"
 #include "tools/kestra-html/input/Input.h"
+#include "tools/kestra-html/input/MemorySource.h"
+#include "tools/kestra-html/input/PieceStream.h"
 #include "tools/kestra-html/output/CharsetText.h"
 #include "tools/kestra-html/output/JsonLine.h"
 #include "tools/kestra-html/output/PrintableName.h"
@@ -84,13 +86,16 @@ private:
 
 /// Looks for a byte-order mark, and for what `meta` tags declare.
 /// @return whether there is one
-bool FindDeclared(const std::string& bytes, Detection* detection) {
+bool FindDeclared(const std::string& bytes, const BytesDone& bytesDone, Detection* detection) {
     GenericParser parser;
     DeclarationObserver observer(&parser);
     parser.SetObserver(&observer, false);
     parser.SetChrDetMaxSize(NEVER_DETECT);
     parser.StartParse(StringNS::CharSet::UNKNOWN, GenericParser::DATA_STREAM_AUTO);
-    VFS::MemoryInputStream stream(bytes);
+    MemorySource source(bytes);
+    PieceSettings settings;
+    settings.bytesDone = bytesDone;
+    PieceStream stream(&source, settings);
     parser.ParseStream(&stream, false);
     if (observer.GetSource() == nullptr)
         return false;
@@ -147,29 +152,42 @@ public:
         if (status != EXIT_STATUS_GOOD)
             return status;
         return RunInOrder(names, CountJobs(options), console,
-                          [this, &names](std::size_t index, InputOutput* output, const SizeKnown&) {
-                              return RunInput(names[index], output);
+                          [this, &names](std::size_t index, InputOutput* output, const SizeKnown& sizeKnown) {
+                              return RunInput(names[index], output, sizeKnown);
                           });
     }
 
 private:
-    ExitStatus RunInput(const std::string& name, InputOutput* output) const {
-        const std::size_t most =
-            options.bytes == 0 ? std::string().max_size() : static_cast<std::size_t>(options.bytes);
-        std::string bytes;
-        const ReadResult result = ReadInputStart(name, most, &bytes);
-        if (result != ReadResult::READ)
-            return ReportUnread(name, result, options.format, nullptr, output);
-        if (bytes.size() > most)
-            bytes.resize(most);
+    ExitStatus RunInput(const std::string& name, InputOutput* output, const SizeKnown& sizeKnown) const {
         try {
+            std::string bytes;
+            const ReadResult result = ReadStart(name, &bytes, output, sizeKnown);
+            if (result != ReadResult::READ)
+                return ReportUnread(name, result, options.format, nullptr, output);
             Detection detection;
-            if (!FindDeclared(bytes, &detection))
+            if (!FindDeclared(bytes, FollowWith(output), &detection))
                 AskDetector(bytes, options.minConfidence, &detection);
             return Report(name, bytes.size(), detection, output);
         } catch (const std::bad_alloc&) {
             return ReportUnread(name, ReadResult::OUT_OF_MEMORY, options.format, nullptr, output);
         }
+    }
+
+    /// What is to be looked at.
+    ReadResult ReadStart(const std::string& name, std::string* bytes, InputOutput* output,
+                         const SizeKnown& sizeKnown) const {
+        const std::uint64_t most = options.bytes == 0 ? std::uint64_t{bytes->max_size()} : options.bytes;
+        const OpenedInput opened = OpenInput(name, MakeReadingEvents(name, output));
+        InputSource* const source = opened.source.get();
+        if (source == nullptr)
+            return opened.result;
+        source->ReadOnlyOnce();
+        if (const std::optional<std::uint64_t> size = source->GetSize())
+            sizeKnown(std::min(*size, most));
+        return ReadRest(source, static_cast<std::size_t>(most), bytes, [source, output](std::uint64_t done) {
+            source->Forget(done);
+            output->Advance(done);
+        });
     }
 
     /// @param size  of what was looked at

@@ -19,12 +19,13 @@ EventsPassResult WriteEvents(const Input& input, const EventsOptions& options, b
         JsonEventObserver observer(output, options.places ? &parser : nullptr);
         parser.Attach(&observer);
         result = RunEventsPass(&parser, input.source, options, bytesDone);
-        observer.WriteResult(result, input.name);
+        if (input.source->GetFailure() == ReadResult::READ)  // else it has the object of an error
+            observer.WriteResult(result, input.name);
     } else {
         TextEventObserver observer(output, &parser, isColoured, options.places);
         parser.Attach(&observer);
         result = RunEventsPass(&parser, input.source, options, bytesDone);
-        observer.WriteSummary(result, CountBytes(input.source));
+        observer.WriteSummary(result, DescribeSize(*input.source));
     }
     return result;
 }
@@ -44,11 +45,7 @@ ExitStatus RunEvents(const EventsOptions& givenOptions, Console* console) {
                             const EventsPassResult result = WriteEvents(input, options, isColoured, output);
                             if (result.IsGood() || input.source->GetFailure() != ReadResult::READ)
                                 return EXIT_STATUS_GOOD;
-                            if (options.format == OutputFormat::TEXT)
-                                output->DiagnoseAgain(input.name, DescribeFailures(result));
-                            else
-                                output->Diagnose(input.name, DescribeFailures(result));
-                            return EXIT_STATUS_FAILED;
+                            return ReportFailure(input.name, DescribeFailures(result), options.format, output);
                         });
 }
 

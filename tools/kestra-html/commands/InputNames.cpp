@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <exception>
-#include <iterator>
+#include <map>
+#include <optional>
 #include <string_view>
 #include <thread>
 #include <utility>
 
 #include "tools/kestra-html/input/Input.h"
 #include "tools/kestra-html/input/InputList.h"
+#include "tools/kestra-html/output/PrintableName.h"
+#include "tools/kestra-html/system/StreamIdentity.h"
 
 namespace Kestra::Tool {
 
@@ -31,6 +34,32 @@ void AddNames(std::string_view content, bool isNulSeparated, std::vector<std::st
     }
 }
 
+std::string Describe(const std::string& name) {
+    return name == "-" ? "standard input" : PrintableName(name);
+}
+
+/// What comes only once can be named only once: of two readers one would get nothing, or a part.
+/// @param otherName  read as well; empty for none
+/// @return what is wrong; empty when nothing is
+std::string FindNamedAgain(const std::vector<std::string>& names, const std::string& otherName) {
+    std::map<StreamIdentity, std::string> streams;
+    if (const std::optional<StreamIdentity> stream = IdentifyStream(otherName); stream && !otherName.empty())
+        streams.emplace(*stream, otherName);
+    for (const std::string& name : names) {
+        const std::optional<StreamIdentity> stream = IdentifyStream(name);
+        if (!stream)
+            continue;
+        const auto [named, isFirst] = streams.emplace(*stream, name);
+        if (isFirst)
+            continue;
+        if (named->second == name)
+            return fmt::format("{} is named more than once, but can be read only once", Describe(name));
+        return fmt::format("{} and {} are the same, and can be read only once", Describe(named->second),
+                           Describe(name));
+    }
+    return {};
+}
+
 /// @throws std::exception
 ExitStatus ListNames(const InputOptions& options, Console* console, std::vector<std::string>* names) {
     std::vector<std::string> all = options.inputs;
@@ -39,17 +68,13 @@ ExitStatus ListNames(const InputOptions& options, Console* console, std::vector<
         const ReadResult result = ReadInput(options.filesFrom, &content);
         if (result != ReadResult::READ)
             return DiagnoseUnread(options.filesFrom, result, console);
-        std::vector<std::string> listed;
-        AddNames(content, options.isNulSeparated, &listed);
-        const bool isReadAgain =
-            options.filesFrom == "-" && std::find(listed.begin(), listed.end(), "-") != listed.end();
-        if (isReadAgain) {
-            console->Complain("kestra-html: --files-from: standard input is the list of names already");
-            return EXIT_STATUS_USAGE;
-        }
-        all.insert(all.end(), std::make_move_iterator(listed.begin()), std::make_move_iterator(listed.end()));
+        AddNames(content, options.isNulSeparated, &all);
     }
     *names = options.recursive ? ListInputs(all) : std::move(all);
+    if (const std::string trouble = FindNamedAgain(*names, options.filesFrom); !trouble.empty()) {
+        console->Complain(fmt::format("kestra-html: {}", trouble));
+        return EXIT_STATUS_USAGE;
+    }
     return EXIT_STATUS_GOOD;
 }
 

@@ -12,8 +12,8 @@ namespace Kestra::Tool {
 
 /// The inputs of a command line: names, those of a file, and with `recursive` the pages in folders.
 /// @param names  complete when the answer is good
-/// @return how it ended; said on standard error when the file of names cannot be read, or when it is
-///         standard input and names itself
+/// @return how it ended; said on standard error when the file of names cannot be read, and when a
+///         pipe is named more than once
 ExitStatus ListInputNames(const InputOptions& options, Console* console, std::vector<std::string>* names);
 
 /// Inputs at a time: as many as the machine has cores when the command line does not say.

@@ -67,12 +67,13 @@ private:
 };
 
 /// Reads a stream to its end, in blocks that are the same however a pipe is written.
-/// @param take  gets each block
+/// @param take  gets each block. @return whether more is wanted
 template <typename Take>
 void ReadBlocks(InputSource* stream, Take take) {
     std::vector<char> block(BLOCK_SIZE);
     std::uint32_t result = RESULT_OK;
-    while (result == RESULT_OK) {
+    bool isWanted = true;
+    while (result == RESULT_OK && isWanted) {
         std::size_t size = 0;
         while (result == RESULT_OK && size < block.size()) {
             std::uint64_t count = 0;
@@ -82,7 +83,7 @@ void ReadBlocks(InputSource* stream, Take take) {
         if (result != RESULT_OK && result != RESULT_END_OF_DATA)
             throw InputFailed{stream->GetFailure()};
         if (size > 0)
-            take(std::string_view(block.data(), size));
+            isWanted = take(std::string_view(block.data(), size));
     }
 }
 
@@ -168,6 +169,8 @@ private:
             done += block.size();
             stream->Forget(done);
             lines->Advance(done);
+            const bool isOver = results.parse != HTML::PARSER_OK && results.parse != HTML::PARSER_UNTERMINATED;
+            return !isOver || !options.dryRun;  // what follows is copied
         });
         stream.reset();  // Windows replaces no file that is open
         results.endParse = rewriter.EndParse();
@@ -219,7 +222,10 @@ private:
         if (declared)
             return *declared;
         Utf8Check utf8;
-        ReadBlocks(stream, [&utf8](std::string_view block) { utf8.Check(block); });
+        ReadBlocks(stream, [&utf8](std::string_view block) {
+            utf8.Check(block);
+            return true;
+        });
         Rewind(stream);
         return utf8.IsUtf8() ? CharSet::UTF8 : CharSet::WINDOWS_1252;
     }

@@ -44,11 +44,7 @@ private:
         const bool isRead = input.source->GetFailure() == ReadResult::READ;
         if (result.IsGood() || !isRead)
             return EXIT_STATUS_GOOD;
-        if (options.format == OutputFormat::TEXT)
-            output->DiagnoseAgain(input.name, DescribeFailures(result));
-        else
-            output->Diagnose(input.name, DescribeFailures(result));
-        return EXIT_STATUS_FAILED;
+        return ReportFailure(input.name, DescribeFailures(result), options.format, output);
     }
 
     /// A document that may have to be started again is searched for its charset first, so that no
@@ -70,12 +66,13 @@ private:
             JsonObserver<C, S> observer(output, options.places ? &parser : nullptr);
             parser.SetObserver(&observer, false);
             result = RunParsePass(&parser, input.source, start, options, FollowWith(output));
-            observer.WriteResult(result, input.name);
+            if (input.source->GetFailure() == ReadResult::READ)  // else it has the object of an error
+                observer.WriteResult(result, input.name);
         } else {
             TextObserver<C, S> observer(output, &parser, colour, options.places);
             parser.SetObserver(&observer, false);
             result = RunParsePass(&parser, input.source, start, options, FollowWith(output));
-            observer.WriteSummary(result, CountBytes(input.source), start.WasRestarted());
+            observer.WriteSummary(result, DescribeSize(*input.source), start.WasRestarted());
         }
         return result;
     }

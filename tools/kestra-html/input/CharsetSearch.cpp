@@ -35,7 +35,7 @@ public:
 
     void OnCharset(CharSet::Code code) override {
         if (code == CharSet::UNKNOWN)
-            return;  // `StartParse` says what it was given
+            return;  // `StartParse` says so at once when the input is known to be of bytes
         declared = code;
         parser->Stop();
     }

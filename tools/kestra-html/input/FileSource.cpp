@@ -10,43 +10,46 @@ namespace Kestra::Tool {
 
 namespace {
 
-constexpr std::size_t BLOCK_SIZE = std::size_t{64} * 1024;
+constexpr std::uint64_t MOST_IN_BLOCK = std::uint64_t{64} * 1024;
+
+/// For all of a small file. A file that says it is empty may have been made while it is read.
+std::size_t ChooseBlock(std::uint64_t fileSize) {
+    return static_cast<std::size_t>(fileSize == 0 ? MOST_IN_BLOCK : std::min(fileSize, MOST_IN_BLOCK));
+}
 
 }  // namespace
 
-FileSource::FileSource(std::unique_ptr<RawInput> openFile) : file(std::move(openFile)), block(BLOCK_SIZE) {}
+FileSource::FileSource(std::unique_ptr<RawInput> openFile)
+    : file(std::move(openFile)), blockRoom(ChooseBlock(file->GetSize())), block(new char[blockRoom]) {}
 
 std::uint32_t FileSource::Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
     *bytesRead = 0;
     if (size == 0)
         return RESULT_OK;
     const bool isInBlock = next >= blockBegin && next - blockBegin < blockSize;
-    if (!isInBlock && !FillBlock()) {
-        failure = ReadResult::UNREADABLE;
+    if (const ReadResult result = isInBlock ? ReadResult() : FillBlock(); result != ReadResult::READ) {
+        failure = result;
         return RESULT_STREAM_FAILED;
     }
     if (blockSize == 0)
         return RESULT_END_OF_DATA;
     const auto from = static_cast<std::size_t>(next - blockBegin);
     *bytesRead = std::min<std::uint64_t>(size, blockSize - from);
-    std::memcpy(buffer, block.data() + from, static_cast<std::size_t>(*bytesRead));
+    std::memcpy(buffer, block.get() + from, static_cast<std::size_t>(*bytesRead));
     next += *bytesRead;
     return RESULT_OK;
 }
 
 /// With the bytes from the current position on.
-bool FileSource::FillBlock() {
+ReadResult FileSource::FillBlock() {
     const bool isAtPlace = next == blockBegin + blockSize;
     blockBegin = next;
     blockSize = 0;
-    const bool isRead = (isAtPlace || file->Seek(next)) && file->Read(block.data(), block.size(), &blockSize);
+    ReadResult result = isAtPlace ? ReadResult() : file->Seek(next);
+    if (result == ReadResult::READ)
+        result = file->Read(block.get(), blockRoom, &blockSize);
     furthest = std::max(furthest, blockBegin + blockSize);
-    return isRead;
-}
-
-std::uint32_t FileSource::GetPosition(std::uint64_t* position) {
-    *position = next;
-    return RESULT_OK;
+    return result;
 }
 
 std::uint32_t FileSource::Seek(std::uint64_t position) {
@@ -54,22 +57,10 @@ std::uint32_t FileSource::Seek(std::uint64_t position) {
     return RESULT_OK;
 }
 
-bool FileSource::IsEnd() {
-    return false;
-}
-
 std::optional<std::uint64_t> FileSource::GetSize() const {
     // A file that grows, or that is made while it is read, has more than it said.
     const std::optional<std::uint64_t> size = file->GetSize();
     return size ? std::optional(std::max(*size, furthest)) : std::nullopt;
-}
-
-void FileSource::ReadOnlyOnce() {}
-
-void FileSource::Forget(std::uint64_t) {}
-
-ReadResult FileSource::GetFailure() const {
-    return failure;
 }
 
 }  // namespace Kestra::Tool

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "tools/kestra-html/input/InputSource.h"
 
@@ -16,25 +15,17 @@ public:
     explicit FileSource(std::unique_ptr<RawInput> openFile);
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override;
-    std::uint32_t GetPosition(std::uint64_t* position) override;
     std::uint32_t Seek(std::uint64_t position) override;
-    bool IsEnd() override;
-
     std::optional<std::uint64_t> GetSize() const override;
-    void ReadOnlyOnce() override;
-    void Forget(std::uint64_t position) override;
-    ReadResult GetFailure() const override;
 
 private:
-    bool FillBlock();
+    ReadResult FillBlock();
 
     std::unique_ptr<RawInput> file;
-    std::vector<char> block;
+    std::size_t blockRoom;
+    std::unique_ptr<char[]> block;
     std::uint64_t blockBegin = 0;  ///< in the file
     std::size_t blockSize = 0;     ///< bytes that have been read into it
-    std::uint64_t next = 0;
-    std::uint64_t furthest = 0;  ///< byte that was read
-    ReadResult failure = ReadResult::READ;
 };
 
 }  // namespace Kestra::Tool

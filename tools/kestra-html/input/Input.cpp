@@ -42,7 +42,7 @@ OpenedInput OpenInput(const std::string& name, ReadingEvents events) {
     return opened;
 }
 
-ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes) {
+ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes, const BytesDone& bytesDone) {
     try {
         std::size_t size = 0;
         std::uint32_t result = RESULT_OK;
@@ -52,6 +52,8 @@ ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes) 
             std::uint64_t count = 0;
             result = source->Read(bytes->data() + size, bytes->size() - size, &count);
             size += static_cast<std::size_t>(count);
+            if (bytesDone)
+                bytesDone(size);
         }
         bytes->resize(size);
     } catch (const std::bad_alloc&) {
@@ -63,17 +65,13 @@ ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes) 
 }
 
 ReadResult ReadInput(const std::string& name, std::string* bytes) {
-    return ReadInputStart(name, NO_LIMIT, bytes);
-}
-
-ReadResult ReadInputStart(const std::string& name, std::size_t size, std::string* bytes) {
     bytes->clear();
     try {
         const OpenedInput input = OpenInput(name);
         if (input.source == nullptr)
             return input.result;
         input.source->ReadOnlyOnce();
-        return ReadRest(input.source.get(), size, bytes);
+        return ReadRest(input.source.get(), NO_LIMIT, bytes);
     } catch (const std::bad_alloc&) {
         return ReadResult::OUT_OF_MEMORY;
     }

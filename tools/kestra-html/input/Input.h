@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/kestra-html/input/InputSource.h"
+#include "tools/kestra-html/input/PieceStream.h"
 #include "tools/kestra-html/input/PipeSource.h"
 #include "tools/kestra-html/system/RawInput.h"
 
@@ -21,10 +22,8 @@ OpenedInput OpenInput(const std::string& name, ReadingEvents events = {});
 /// Reads a whole file, pipe or device, or standard input for the name "-".
 ReadResult ReadInput(const std::string& name, std::string* bytes);
 
-/// Reads an input only as far as its first `size` bytes.
-ReadResult ReadInputStart(const std::string& name, std::size_t size, std::string* bytes);
-
 /// Reads from the current place to the end, or until there are `limit` bytes.
-ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes);
+/// @param bytesDone  called with the bytes that have been read so far; may be empty
+ReadResult ReadRest(InputSource* source, std::size_t limit, std::string* bytes, const BytesDone& bytesDone = {});
 
 }  // namespace Kestra::Tool

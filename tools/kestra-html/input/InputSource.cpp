@@ -1,19 +1,28 @@
 #include "tools/kestra-html/input/InputSource.h"
 
-#include <vector>
-
 #include "platform/Results.h"
 
 namespace Kestra::Tool {
 
-void InputSource::Drain() {
-    std::vector<char> block(HEAD_SIZE);
-    std::uint64_t count = 0;
-    do {
-        std::uint64_t position = 0;
-        GetPosition(&position);
-        Forget(position);
-    } while (Read(block.data(), block.size(), &count) == RESULT_OK);
+std::uint32_t InputSource::GetPosition(std::uint64_t* position) {
+    *position = next;
+    return RESULT_OK;
+}
+
+bool InputSource::IsEnd() {
+    return false;
+}
+
+void InputSource::ReadOnlyOnce() {}
+
+void InputSource::Forget(std::uint64_t) {}
+
+ReadResult InputSource::GetFailure() const {
+    return failure;
+}
+
+std::uint64_t InputSource::GetFurthest() const {
+    return furthest;
 }
 
 }  // namespace Kestra::Tool

@@ -65,10 +65,11 @@ std::uint32_t PipeSource::Fetch() {
     if (events.onWait)
         events.onWait();
     std::size_t count = 0;
-    const bool isRead = pipe->Read(window.data() + before, BLOCK_SIZE, &count);
+    const ReadResult result = pipe->Read(window.data() + before, BLOCK_SIZE, &count);
     window.resize(before + count);
-    if (!isRead)
-        return Fail(ReadResult::UNREADABLE);
+    if (result != ReadResult::READ)
+        return Fail(result);
+    furthest = GetEnd();
     endSeen = count == 0;
     if (endSeen)
         return RESULT_END_OF_DATA;
@@ -90,21 +91,12 @@ std::uint32_t PipeSource::Fail(ReadResult why) {
     return why == ReadResult::OUT_OF_MEMORY ? RESULT_OUT_OF_MEMORY : RESULT_STREAM_FAILED;
 }
 
-std::uint32_t PipeSource::GetPosition(std::uint64_t* position) {
-    *position = next;
-    return RESULT_OK;
-}
-
 std::uint32_t PipeSource::Seek(std::uint64_t position) {
     const bool isThere = position <= kept.GetSize() || (position >= windowBegin && position <= GetEnd());
     if (!isThere)
         return RESULT_STREAM_FAILED;
     next = position;
     return RESULT_OK;
-}
-
-bool PipeSource::IsEnd() {
-    return endSeen && next == GetEnd();
 }
 
 std::optional<std::uint64_t> PipeSource::GetSize() const {
@@ -124,10 +116,6 @@ void PipeSource::Forget(std::uint64_t position) {
         return;
     window.erase(0, count);
     windowBegin += count;
-}
-
-ReadResult PipeSource::GetFailure() const {
-    return failure;
 }
 
 }  // namespace Kestra::Tool

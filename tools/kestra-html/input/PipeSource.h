@@ -29,14 +29,10 @@ public:
     PipeSource(std::unique_ptr<RawInput> openPipe, ReadingEvents readingEvents);
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override;
-    std::uint32_t GetPosition(std::uint64_t* position) override;
     std::uint32_t Seek(std::uint64_t position) override;
-    bool IsEnd() override;
-
-    std::optional<std::uint64_t> GetSize() const override;
     void ReadOnlyOnce() override;
     void Forget(std::uint64_t position) override;
-    ReadResult GetFailure() const override;
+    std::optional<std::uint64_t> GetSize() const override;
 
 private:
     std::uint64_t GetEnd() const;
@@ -50,11 +46,9 @@ private:
     VFS::TmpInputStream keptReader;  ///< reads them back while more come
     std::string window;              ///< the last bytes
     std::uint64_t windowBegin = 0;   ///< position of its first byte
-    std::uint64_t next = 0;
     bool keepsAll = true;
     bool endSeen = false;
     bool usesFile = false;
-    ReadResult failure = ReadResult::READ;
 };
 
 }  // namespace Kestra::Tool

@@ -24,35 +24,6 @@ void JsonLine::End() {
     sink->Line(text.Get());
 }
 
-void JsonLine::Null(const char* name) {
-    text.Name(name);
-    text.Word("null");
-}
-
-void JsonLine::Bool(const char* name, bool value) {
-    text.Name(name);
-    text.Word(value ? "true" : "false");
-}
-
-void JsonLine::Number(const char* name, std::uint64_t value) {
-    text.Name(name);
-    text.Number(value);
-}
-
-void JsonLine::String(const char* name, const std::string* bytes) {
-    if (bytes == nullptr)
-        return Null(name);
-    text.Name(name);
-    text.String(*bytes);
-}
-
-void JsonLine::String(const char* name, const WideString* value) {
-    if (value == nullptr)
-        return Null(name);
-    text.Name(name);
-    text.String(*value);
-}
-
 void JsonLine::String(const char* name, const WideChar* value) {
     if (value == nullptr)
         return Null(name);
@@ -75,14 +46,9 @@ void JsonLine::File(const std::string& inputName) {
 }
 
 template <typename T>
-void JsonLine::List(const char* name, const Vector<T>* items) {
-    text.Name(name);
-    if (items == nullptr) {
-        text.Word("null");
-        return;
-    }
+void JsonLine::Items(const Vector<T>& items) {
     text.OpenArray();
-    for (const T& item : *items)
+    for (const T& item : items)
         Item(item);
     text.CloseArray();
 }
@@ -92,7 +58,7 @@ void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<C
                                 const HTML::GenericParser& parser) {
     text.Name(name);
     if (attributes == nullptr) {
-        text.Word("null");
+        text.Null();
         return;
     }
     text.OpenArray();
@@ -144,19 +110,6 @@ void JsonLine::Fields(const Part<C, S>& part) {
 }
 
 template <typename S>
-void JsonLine::Field(const char* name, const S& value) {
-    String(name, &value);
-}
-
-void JsonLine::Field(const char* name, std::uint32_t number) {
-    Number(name, number);
-}
-
-void JsonLine::Field(const char* name, bool value) {
-    Bool(name, value);
-}
-
-template <typename S>
 void JsonLine::Item(const std::pair<S, S>& nameAndValue) {
     text.OpenArray();
     text.String(nameAndValue.first);
@@ -174,17 +127,17 @@ void JsonLine::Item(const HTML::AttributePlace& place) {
     text.CloseObject();
 }
 
-template void JsonLine::List(const char* name, const Vector<HTML::AttributePlace>* items);
-template void JsonLine::List(const char* name, const Vector<HTML::Attribute<char, std::string>>* items);
-template void JsonLine::List(const char* name, const Vector<HTML::Attribute<WideChar, WideString>>* items);
+template void JsonLine::Items(const Vector<HTML::AttributePlace>& items);
+template void JsonLine::Items(const Vector<HTML::Attribute<char, std::string>>& items);
+template void JsonLine::Items(const Vector<HTML::Attribute<WideChar, WideString>>& items);
 template void JsonLine::PlacedAttributes(const char* name, const Vector<HTML::Attribute<char, std::string>>* attributes,
                                          const HTML::GenericParser& parser);
 template void JsonLine::PlacedAttributes(const char* name,
                                          const Vector<HTML::Attribute<WideChar, WideString>>* attributes,
                                          const HTML::GenericParser& parser);
-template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<char, std::string>>* items);
-template void JsonLine::List(const char* name, const Vector<HTML::EntityToken<WideChar, WideString>>* items);
-template void JsonLine::List(const char* name, const Vector<std::pair<WideString, WideString>>* items);
-template void JsonLine::List(const char* name, const Vector<WideString>* items);
+template void JsonLine::Items(const Vector<HTML::EntityToken<char, std::string>>& items);
+template void JsonLine::Items(const Vector<HTML::EntityToken<WideChar, WideString>>& items);
+template void JsonLine::Items(const Vector<std::pair<WideString, WideString>>& items);
+template void JsonLine::Items(const Vector<WideString>& items);
 
 }  // namespace Kestra::Tool

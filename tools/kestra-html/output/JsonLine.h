@@ -27,12 +27,27 @@ public:
     void Begin(std::string_view event);
     void End();
 
-    void Null(const char* name);
-    void Bool(const char* name, bool value);
-    void Number(const char* name, std::uint64_t value);
+    // What writes a member is inlined: its name, a constant, is then copied without a loop.
+
+    [[gnu::always_inline]] void Null(const char* name) {
+        text.Name(name);
+        text.Null();
+    }
+    [[gnu::always_inline]] void Bool(const char* name, bool value) {
+        text.Name(name);
+        text.Bool(value);
+    }
+    [[gnu::always_inline]] void Number(const char* name, std::uint64_t value) {
+        text.Name(name);
+        text.Number(value);
+    }
     /// A null pointer is written as `null`.
-    void String(const char* name, const std::string* bytes);
-    void String(const char* name, const WideString* value);
+    [[gnu::always_inline]] void String(const char* name, const std::string* bytes) {
+        Optional(name, bytes);
+    }
+    [[gnu::always_inline]] void String(const char* name, const WideString* value) {
+        Optional(name, value);
+    }
     /// The same for a NUL-terminated string.
     void String(const char* name, const WideChar* value);
     /// The members `startParse`, `parse`, `endParse`, `line` and `column`.
@@ -43,7 +58,13 @@ public:
     /// two strings. The place of an attribute whose value begins where its name ends is that of one
     /// without a value.
     template <typename T>
-    void List(const char* name, const Vector<T>* items);
+    [[gnu::always_inline]] void List(const char* name, const Vector<T>* items) {
+        text.Name(name);
+        if (items == nullptr)
+            text.Null();
+        else
+            Items(*items);
+    }
     /// The attributes of the tag or instruction that a parser is delivering, each with its three
     /// places.
     template <typename C, typename S>
@@ -53,14 +74,30 @@ public:
     void Place(const HTML::TokenPlace& place);
 
 private:
+    template <typename S>
+    [[gnu::always_inline]] void Optional(const char* name, const S* value) {
+        text.Name(name);
+        if (value == nullptr)
+            text.Null();
+        else
+            text.String(*value);
+    }
+    template <typename T>
+    void Items(const Vector<T>& items);
     template <template <typename, typename> class Part, typename C, typename S>
     void Item(const Part<C, S>& part);
     template <template <typename, typename> class Part, typename C, typename S>
     void Fields(const Part<C, S>& part);
     template <typename S>
-    void Field(const char* name, const S& value);
-    void Field(const char* name, std::uint32_t number);
-    void Field(const char* name, bool value);
+    [[gnu::always_inline]] void Field(const char* name, const S& value) {
+        String(name, &value);
+    }
+    [[gnu::always_inline]] void Field(const char* name, std::uint32_t number) {
+        Number(name, number);
+    }
+    [[gnu::always_inline]] void Field(const char* name, bool value) {
+        Bool(name, value);
+    }
     void Place(const HTML::AttributePlace& place, bool hasValue);
     template <typename S>
     void Item(const std::pair<S, S>& nameAndValue);

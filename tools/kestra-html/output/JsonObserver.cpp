@@ -49,21 +49,6 @@ void JsonObserver<C, S>::WriteResult(const ParsePassResult& result, const std::s
 }
 
 template <typename C, typename S>
-void JsonObserver<C, S>::Member(const char* name, bool value) {
-    line.Bool(name, value);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::Member(const char* name, const std::string* bytes) {
-    line.String(name, bytes);
-}
-
-template <typename C, typename S>
-void JsonObserver<C, S>::Member(const char* name, const WideString* text) {
-    line.String(name, text);
-}
-
-template <typename C, typename S>
 void JsonObserver<C, S>::Member(const char* name, const Vector<HTML::Attribute<C, S>>* attributes) {
     if (parser == nullptr)
         line.List(name, attributes);

@@ -36,9 +36,13 @@ public:
     void WriteResult(const ParsePassResult& result, const std::string& inputName);
 
 private:
-    void Member(const char* name, bool value);
-    void Member(const char* name, const std::string* bytes);
-    void Member(const char* name, const WideString* text);
+    template <typename Value>
+    [[gnu::always_inline]] void Member(const char* name, const Value* value) {
+        line.String(name, value);
+    }
+    [[gnu::always_inline]] void Member(const char* name, bool value) {
+        line.Bool(name, value);
+    }
     void Member(const char* name, const Vector<HTML::Attribute<C, S>>* attributes);
     void Member(const char* name, const Vector<HTML::EntityToken<C, S>>* tokens);
     void End();

@@ -1,8 +1,9 @@
 #include "tools/kestra-html/output/JsonText.h"
 
-#include <array>
 #include <charconv>
 #include <type_traits>
+
+#include "tools/trace/PlainRun.h"
 
 namespace Kestra::Tool {
 
@@ -10,17 +11,8 @@ namespace {
 
 constexpr std::string_view HEXADECIMAL = "0123456789abcdef";
 
-constexpr std::array<bool, 0x80> PLAIN = [] {
-    std::array<bool, 0x80> plain{};
-    for (unsigned unit = 0x20; unit < 0x7F; ++unit)
-        plain[unit] = unit != '"' && unit != '\\';
-    return plain;
-}();
-
-/// True of what is written as it is.
-bool IsPlain(unsigned unit) {
-    return unit < PLAIN.size() && PLAIN[unit];
-}
+/// What is written as it is.
+using Plain = Trace::PlainText<'"', '\\'>;
 
 /// The letter after the backslash of a short escape, or 0.
 char ShortEscape(unsigned unit) {
@@ -60,12 +52,12 @@ char* WriteEscape(char* out, unsigned unit) {
 /// @return after what was written
 template <typename Unit>
 char* WriteUnits(char* out, std::basic_string_view<Unit> units) {
-    for (const Unit character : units) {
-        const unsigned unit = static_cast<std::make_unsigned_t<Unit>>(character);
-        if (IsPlain(unit))
-            *out++ = static_cast<char>(unit);
-        else
-            out = WriteEscape(out, unit);
+    while (!units.empty()) {
+        const std::size_t size = Plain::CopyRun(units.data(), units.size(), out);
+        out += size;
+        units.remove_prefix(size);
+        for (; !units.empty() && !Plain::Has(units.front()); units.remove_prefix(1))
+            out = WriteEscape(out, static_cast<std::make_unsigned_t<Unit>>(units.front()));
     }
     return out;
 }
@@ -78,39 +70,29 @@ void JsonText::Grow(std::size_t size) {
 
 /// Block by block: what a block is written as always has room.
 template <typename Unit>
-void JsonText::Escape(std::basic_string_view<Unit> string) {
+void JsonText::EscapeUnits(std::basic_string_view<Unit> string) {
     constexpr std::size_t UNITS_OF_A_BLOCK = 1024;
     constexpr std::size_t LONGEST_UNIT = 6;
-    Separate();
-    Put('"');
-    while (!string.empty()) {
+    *Reserve(1) = '"';
+    ++used;
+    do {
         const std::basic_string_view<Unit> block = string.substr(0, UNITS_OF_A_BLOCK);
         char* const out = WriteUnits(Reserve(block.size() * LONGEST_UNIT), block);
         used = static_cast<std::size_t>(out - bytes.data());
         string.remove_prefix(block.size());
-    }
-    Put('"');
+    } while (!string.empty());
+    Append("\",");
 }
 
-void JsonText::String(std::string_view string) {
-    Escape(string);
-}
+template void JsonText::EscapeUnits(std::string_view string);
+template void JsonText::EscapeUnits(WideStringView string);
 
-void JsonText::String(WideStringView string) {
-    Escape(string);
-}
-
-void JsonText::Number(std::uint64_t number) {
+void JsonText::LongNumber(std::uint64_t number) {
     constexpr std::size_t MOST_DIGITS = 20;
-    Separate();
-    char* const out = Reserve(MOST_DIGITS);
-    used += static_cast<std::size_t>(std::to_chars(out, out + MOST_DIGITS, number).ptr - out);
-}
-
-void JsonText::Word(std::string_view word) {
-    Separate();
-    word.copy(Reserve(word.size()), word.size());
-    used += word.size();
+    char* const out = Reserve(MOST_DIGITS + 1);
+    char* const end = std::to_chars(out, out + MOST_DIGITS, number).ptr;
+    *end = ',';
+    used += static_cast<std::size_t>(end + 1 - out);
 }
 
 }  // namespace Kestra::Tool

@@ -8,13 +8,40 @@ namespace Kestra::Tool {
 namespace {
 
 constexpr std::size_t GATHERED_BYTES = std::size_t{64} * 1024;
+constexpr std::size_t RESERVED_BYTES = GATHERED_BYTES + GATHERED_BYTES / 2;  // most lines fit the rest
+constexpr std::size_t MOST_SPARES = 32;
 
 }  // namespace
 
 void QueuedOutput::Line(std::string_view line) {
+    if (gathered.capacity() < GATHERED_BYTES)
+        PrepareForLines();
     gathered.append(line).push_back('\n');
     if (gathered.size() >= GATHERED_BYTES)
         Finish();
+}
+
+void QueuedOutput::PrepareForLines() {
+    {
+        const std::lock_guard lock(queue->guard);
+        if (!queue->spares.empty()) {
+            gathered.swap(queue->spares.back());
+            queue->spares.pop_back();
+        }
+    }
+    gathered.reserve(RESERVED_BYTES);
+}
+
+/// Takes back the memory of lines; more than there is use for is freed.
+void QueuedOutput::Recycle(std::deque<Part>* written) {
+    const std::lock_guard lock(queue->guard);
+    for (Part& part : *written) {
+        if (part.kind != Kind::LINES || part.text.capacity() > 2 * RESERVED_BYTES ||
+            queue->spares.size() == MOST_SPARES)
+            continue;
+        part.text.clear();
+        queue->spares.push_back(std::move(part.text));
+    }
 }
 
 void QueuedOutput::Diagnose(const std::string& inputName, std::string_view message) {
@@ -99,6 +126,8 @@ void QueuedOutput::WriteTo(Console* console) {
                 break;
         }
     }
+    if (!ready.empty())
+        Recycle(&ready);
 }
 
 std::uint64_t QueuedOutput::GetBytesDone() const {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tools/kestra-html/output/Console.h"
 #include "tools/kestra-html/output/InputOutput.h"
@@ -23,6 +24,8 @@ struct OutputQueue {
     std::size_t bytesKept = 0;
     const QueuedOutput* next = nullptr;  ///< the one that is being written
     bool isStopped = false;
+    /// Memory of lines that have been written, for more: the system would get it and give it anew.
+    std::vector<std::string> spares;
 };
 
 /// The output of work on one input that runs on a thread of its own. It is kept until the owner of
@@ -72,6 +75,8 @@ private:
 
     void HandOver(Part* part);
     void HandOverAbout(Kind kind, const std::string& inputName, std::string_view message);
+    void PrepareForLines();
+    void Recycle(std::deque<Part>* written);
     bool HasRoom() const;
 
     OutputQueue* queue;

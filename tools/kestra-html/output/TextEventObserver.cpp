@@ -25,9 +25,9 @@ TextEventObserver::TextEventObserver(LineSink* lineSink, const StatelessHTMLPars
                                      bool withOffsets)
     : Trace::EventLineObserver(TextReport::STRINGS), places(observedParser), report(lineSink, inColour, withOffsets) {}
 
-void TextEventObserver::WriteSummary(const EventsPassResult& result, std::uint64_t size) {
+void TextEventObserver::WriteSummary(const EventsPassResult& result, const std::string& size) {
     const std::string failures = DescribeFailures(result);
-    report.Summarize("bytes", fmt::format("{}", size));
+    report.Summarize("bytes", size);
     report.Summarize("events", report.DescribeCounts());
     report.Summarize("result", failures.empty() ? "0, success" : failures);
 }

@@ -22,7 +22,7 @@ public:
                       bool withOffsets = false);
 
     /// Writes what became of the input: bytes, events by kind, result.
-    void WriteSummary(const EventsPassResult& result, std::uint64_t size);
+    void WriteSummary(const EventsPassResult& result, const std::string& size);
 
 private:
     void OnLine(unsigned long event, const std::string& text) override;

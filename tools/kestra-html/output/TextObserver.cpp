@@ -46,8 +46,8 @@ void TextObserver<C, S>::WriteEvent(std::string_view text) {
 }
 
 template <typename C, typename S>
-void TextObserver<C, S>::WriteSummary(const ParsePassResult& result, std::uint64_t size, bool restarted) {
-    report.Summarize("bytes", fmt::format("{}", size));
+void TextObserver<C, S>::WriteSummary(const ParsePassResult& result, const std::string& size, bool restarted) {
+    report.Summarize("bytes", size);
     report.Summarize("tokens", report.DescribeCounts());
     // For a narrow observer nothing is decoded.
     const bool isAssumed = sizeof(C) > 1 && result.charset == StringNS::CharSet::UNKNOWN;

@@ -30,7 +30,7 @@ public:
 
     /// Writes what became of the input: bytes, tokens by kind, charset, result.
     /// @param restarted  an earlier pass was abandoned because it found the charset
-    void WriteSummary(const ParsePassResult& result, std::uint64_t size, bool restarted);
+    void WriteSummary(const ParsePassResult& result, const std::string& size, bool restarted);
 
 private:
     void WriteEvent(std::string_view text);

@@ -15,6 +15,14 @@ constexpr std::size_t LINE_COLUMNS = 6;
 constexpr std::size_t COLUMN_COLUMNS = 5;
 constexpr std::size_t OFFSETS_COLUMNS = 17;
 
+constexpr std::size_t MOST_DIGITS = 20;
+
+/// @param digits  where they are written
+std::string_view Format(std::uint64_t number, char (&digits)[MOST_DIGITS]) {
+    char* const end = std::to_chars(digits, digits + MOST_DIGITS, number).ptr;
+    return {digits, static_cast<std::size_t>(end - digits)};
+}
+
 }  // namespace
 
 TextReport::TextReport(LineSink* lineSink, bool inColour, bool withOffsets)
@@ -23,10 +31,10 @@ TextReport::TextReport(LineSink* lineSink, bool inColour, bool withOffsets)
 std::string* TextReport::Begin(TokenKind kind, const HTML::TokenPlace& place) {
     ++counts[static_cast<std::size_t>(kind)];
     kindOfLine = kind;
-    line.clear();
-    AppendNumber(place.line);
-    if (line.size() < LINE_COLUMNS)
-        line.insert(0, LINE_COLUMNS - line.size(), ' ');
+    char digits[MOST_DIGITS];
+    const std::string_view number = Format(place.line, digits);
+    line.assign(number.size() < LINE_COLUMNS ? LINE_COLUMNS - number.size() : 0, ' ');
+    line.append(number);
     line.push_back(':');
     AppendNumber(place.column);
     PadTo(LINE_COLUMNS + 1 + COLUMN_COLUMNS);
@@ -57,8 +65,8 @@ void TextReport::Write(TokenKind kind, const HTML::TokenPlace& place, std::strin
 }
 
 void TextReport::AppendNumber(std::uint64_t number) {
-    char digits[20];
-    line.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    char digits[MOST_DIGITS];
+    line.append(Format(number, digits));
 }
 
 /// Ends a column of so many characters, and at least one space after it.

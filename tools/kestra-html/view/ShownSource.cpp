@@ -11,9 +11,9 @@ ShownSource::ShownSource(InputSource* inputSource) : source(inputSource) {}
 
 /// A part of the input can be read again; only what comes after the last byte is new.
 std::uint32_t ShownSource::Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) {
-    std::uint64_t position = 0;
-    source->GetPosition(&position);
+    const std::uint64_t position = next;
     const std::uint32_t result = source->Read(buffer, size, bytesRead);
+    next += *bytesRead;
     const std::uint64_t end = GetReadEnd();
     if (result == RESULT_OK && position <= end && position + *bytesRead > end) {
         if (const auto shown = static_cast<std::size_t>(released - keptBegin); shown >= kept.size() / 2) {
@@ -26,24 +26,15 @@ std::uint32_t ShownSource::Read(void* buffer, std::uint64_t size, std::uint64_t*
     return result;
 }
 
-std::uint32_t ShownSource::GetPosition(std::uint64_t* position) {
-    return source->GetPosition(position);
-}
-
 std::uint32_t ShownSource::Seek(std::uint64_t position) {
-    return source->Seek(position);
-}
-
-bool ShownSource::IsEnd() {
-    return source->IsEnd();
+    const std::uint32_t result = source->Seek(position);
+    if (result == RESULT_OK)
+        next = position;
+    return result;
 }
 
 std::optional<std::uint64_t> ShownSource::GetSize() const {
     return source->GetSize();
-}
-
-void ShownSource::ReadOnlyOnce() {
-    source->ReadOnlyOnce();
 }
 
 void ShownSource::Forget(std::uint64_t position) {

@@ -16,12 +16,8 @@ public:
     explicit ShownSource(InputSource* inputSource);
 
     std::uint32_t Read(void* buffer, std::uint64_t size, std::uint64_t* bytesRead) override;
-    std::uint32_t GetPosition(std::uint64_t* position) override;
     std::uint32_t Seek(std::uint64_t position) override;
-    bool IsEnd() override;
-
     std::optional<std::uint64_t> GetSize() const override;
-    void ReadOnlyOnce() override;
     void Forget(std::uint64_t position) override;
     ReadResult GetFailure() const override;
 

@@ -18,20 +18,6 @@ namespace {
 
 constexpr std::size_t MOST_BYTES = std::size_t{1} << 30;  ///< more than a call of Linux moves would be cut anyway
 
-ReadResult ExplainFailure() {
-    switch (errno) {
-        case ENOENT:
-        case ENOTDIR:
-        case ENAMETOOLONG:
-            return ReadResult::MISSING;
-        case EACCES:
-        case EPERM:
-            return ReadResult::FORBIDDEN;
-        default:
-            return ReadResult::UNREADABLE;
-    }
-}
-
 int OpenFile(const char* path) {
     int descriptor = -1;
     do {
@@ -42,35 +28,22 @@ int OpenFile(const char* path) {
 
 }  // namespace
 
-ReadResult RawInput::Open(const std::string& name, std::unique_ptr<RawInput>* input) {
-    const bool isStandardInput = name == "-";
-    const int descriptor = isStandardInput ? STDIN_FILENO : OpenFile(ToPath(name).c_str());
-    if (descriptor < 0)
-        return ExplainFailure();
-    std::unique_ptr<RawInput> opened(new RawInput(descriptor, !isStandardInput));
-    ReadResult result = ReadResult::READ;
-    if (opened->LookAt(&result))
-        *input = std::move(opened);
-    return result;
+ReadResult RawInput::OpenDescriptor(const std::string& name, int* descriptor) {
+    *descriptor = name == "-" ? STDIN_FILENO : OpenFile(ToPath(name).c_str());
+    return *descriptor < 0 ? ReadResult::OfFailure(errno) : ReadResult();
 }
-
-RawInput::RawInput(int openDescriptor, bool closesDescriptor) : descriptor(openDescriptor), closes(closesDescriptor) {}
 
 RawInput::~RawInput() {
     if (closes)
         close(descriptor);
 }
 
-bool RawInput::LookAt(ReadResult* result) {
+ReadResult RawInput::LookAt() {
     struct stat status;
-    if (fstat(descriptor, &status) != 0) {
-        *result = ReadResult::UNREADABLE;
-        return false;
-    }
-    if (S_ISDIR(status.st_mode)) {
-        *result = ReadResult::FOLDER;
-        return false;
-    }
+    if (fstat(descriptor, &status) != 0)
+        return ReadResult::OfFailure(errno);
+    if (S_ISDIR(status.st_mode))
+        return ReadResult::FOLDER;
     const off_t place = S_ISREG(status.st_mode) ? lseek(descriptor, 0, SEEK_CUR) : -1;
     isFile = place >= 0;
     if (isFile) {
@@ -79,18 +52,10 @@ bool RawInput::LookAt(ReadResult* result) {
         if (!closes)
             lseek(descriptor, 0, SEEK_END);  // all of it is taken, so that the next one finds the end
     }
-    return true;
+    return ReadResult::READ;
 }
 
-bool RawInput::IsFile() const {
-    return isFile;
-}
-
-std::uint64_t RawInput::GetSize() const {
-    return size;
-}
-
-bool RawInput::Read(char* buffer, std::size_t bytes, std::size_t* count) {
+ReadResult RawInput::Read(char* buffer, std::size_t bytes, std::size_t* count) {
     ssize_t result = -1;
     do {
         result = isFile ? pread(descriptor, buffer, std::min(bytes, MOST_BYTES), static_cast<off_t>(begin + position))
@@ -98,15 +63,15 @@ bool RawInput::Read(char* buffer, std::size_t bytes, std::size_t* count) {
     } while (result < 0 && (errno == EINTR || WaitFor(descriptor, POLLIN)));
     *count = result < 0 ? 0 : static_cast<std::size_t>(result);
     position += *count;
-    return result >= 0;
+    return result < 0 ? ReadResult::OfFailure(errno) : ReadResult();
 }
 
-bool RawInput::Seek(std::uint64_t newPosition) {
+ReadResult RawInput::Seek(std::uint64_t newPosition) {
     constexpr auto MOST = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
     if (newPosition > MOST - begin)
-        return false;
+        return ReadResult::OfFailure(EOVERFLOW);
     position = newPosition;
-    return true;
+    return ReadResult::READ;
 }
 
 }  // namespace Kestra::Tool

@@ -19,42 +19,27 @@ namespace {
 
 constexpr std::size_t MOST_BYTES = std::size_t{1} << 30;  ///< one call counts with 32 bits
 
-ReadResult ExplainFailure() {
-    switch (errno) {
-        case ENOENT:
-        case EINVAL:
-            return ReadResult::MISSING;
-        case EACCES:
-            return ReadResult::FORBIDDEN;
-        default:
-            return ReadResult::UNREADABLE;
-    }
+/// A name that can be no file's is an invalid argument.
+ReadResult ExplainOpening() {
+    return ReadResult::OfFailure(errno == EINVAL ? ENOENT : errno);
 }
 
 }  // namespace
 
-ReadResult RawInput::Open(const std::string& name, std::unique_ptr<RawInput>* input) {
-    const bool isStandardInput = name == "-";
-    int descriptor = _fileno(stdin);
-    if (!isStandardInput) {
-        const std::filesystem::path path = ToPath(name);
-        std::error_code error;
-        if (std::filesystem::is_directory(path, error))
-            return ReadResult::FOLDER;  // opened, it would be one without permission
-        descriptor = path.empty() ? -1 : _wopen(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
-        if (descriptor < 0)
-            return path.empty() ? ReadResult::MISSING : ExplainFailure();
+ReadResult RawInput::OpenDescriptor(const std::string& name, int* descriptor) {
+    if (name == "-") {
+        *descriptor = _fileno(stdin);
+        return *descriptor < 0 ? ReadResult::OfFailure(EBADF) : ReadResult();
     }
-    if (descriptor < 0)
-        return ReadResult::UNREADABLE;
-    std::unique_ptr<RawInput> opened(new RawInput(descriptor, !isStandardInput));
-    ReadResult result = ReadResult::READ;
-    if (opened->LookAt(&result))
-        *input = std::move(opened);
-    return result;
+    const std::filesystem::path path = ToPath(name);
+    if (path.empty())
+        return ReadResult::OfFailure(ENOENT);
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+        return ReadResult::FOLDER;  // opened, it would be one without permission
+    *descriptor = _wopen(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+    return *descriptor < 0 ? ExplainOpening() : ReadResult();
 }
-
-RawInput::RawInput(int openDescriptor, bool closesDescriptor) : descriptor(openDescriptor), closes(closesDescriptor) {}
 
 RawInput::~RawInput() {
     if (closes)
@@ -63,39 +48,32 @@ RawInput::~RawInput() {
         _lseeki64(descriptor, 0, SEEK_END);
 }
 
-bool RawInput::LookAt(ReadResult* result) {
+ReadResult RawInput::LookAt() {
     struct _stat64 status;
-    if (_fstat64(descriptor, &status) != 0) {
-        *result = ReadResult::UNREADABLE;
-        return false;
-    }
+    if (_fstat64(descriptor, &status) != 0)
+        return ReadResult::OfFailure(errno);
     const std::int64_t place = (status.st_mode & _S_IFMT) == _S_IFREG ? _lseeki64(descriptor, 0, SEEK_CUR) : -1;
     isFile = place >= 0;
     if (isFile) {
         begin = static_cast<std::uint64_t>(place);
         size = status.st_size > place ? static_cast<std::uint64_t>(status.st_size - place) : 0;
     }
-    return true;
+    return ReadResult::READ;
 }
 
-bool RawInput::IsFile() const {
-    return isFile;
-}
-
-std::uint64_t RawInput::GetSize() const {
-    return size;
-}
-
-bool RawInput::Read(char* buffer, std::size_t bytes, std::size_t* count) {
+ReadResult RawInput::Read(char* buffer, std::size_t bytes, std::size_t* count) {
     const int result = _read(descriptor, buffer, static_cast<unsigned>(std::min(bytes, MOST_BYTES)));
     *count = result < 0 ? 0 : static_cast<std::size_t>(result);
-    return result >= 0;
+    return result < 0 ? ReadResult::OfFailure(errno) : ReadResult();
 }
 
-bool RawInput::Seek(std::uint64_t newPosition) {
+ReadResult RawInput::Seek(std::uint64_t newPosition) {
     constexpr auto MOST = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    return newPosition <= MOST - begin &&
-           _lseeki64(descriptor, static_cast<std::int64_t>(begin + newPosition), SEEK_SET) >= 0;
+    if (newPosition > MOST - begin)
+        return ReadResult::OfFailure(EOVERFLOW);
+    return _lseeki64(descriptor, static_cast<std::int64_t>(begin + newPosition), SEEK_SET) < 0
+               ? ReadResult::OfFailure(errno)
+               : ReadResult();
 }
 
 }  // namespace Kestra::Tool
