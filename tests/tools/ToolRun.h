@@ -43,7 +43,7 @@ enum class Sink {
 struct ToolSettings {
     std::optional<std::string> input = "";  ///< comes through a pipe; nothing: standard input is not open
     std::string inputAfterPause;            ///< comes after it, on POSIX only
-    std::chrono::milliseconds pause{0};     ///< after the input
+    std::chrono::milliseconds pause{0};     ///< after the tool has read the input
     Sink output = Sink::CAPTURED;
     Sink errors = Sink::CAPTURED;
     std::map<std::string, std::string> environment;  ///< on top of one for colours

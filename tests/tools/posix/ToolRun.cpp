@@ -1,13 +1,16 @@
 #include "tests/tools/ToolRun.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <system_error>
@@ -103,6 +106,17 @@ void WriteAll(int descriptor, std::string_view bytes) {
     }
 }
 
+/// Waits until a pipe is empty, or has no reader.
+void WaitUntilRead(int descriptor) {
+    const auto isFull = [descriptor] {
+        int count = 0;
+        pollfd reader = {descriptor, 0, 0};
+        return ioctl(descriptor, FIONREAD, &count) == 0 && count > 0 && poll(&reader, 1, 0) == 0;
+    };
+    while (isFull())
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+}
+
 /// Reads until the other end is closed; a terminal says so by an error.
 std::string ReadAll(int descriptor) {
     std::string bytes;
@@ -196,6 +210,8 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const ToolSettings& s
 
     std::thread writer([&] {
         WriteAll(input.writer.Get(), settings.input.value_or(""));
+        if (settings.pause.count() > 0)
+            WaitUntilRead(input.writer.Get());
         std::this_thread::sleep_for(settings.pause);
         WriteAll(input.writer.Get(), settings.inputAfterPause);
         input.writer.Close();

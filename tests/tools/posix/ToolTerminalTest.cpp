@@ -78,7 +78,7 @@ TEST_F(ToolTerminal, NoProgressIsLeftWhenTheOutputFails) {
             const ToolRun gone = RunSlowly(settings, arguments);
             EXPECT_EQ(gone.status, 141) << command << jobs;
             EXPECT_TRUE(Contains(gone.errors, "\r[2/2] - ")) << command << jobs;
-            EXPECT_EQ(gone.errors.back(), '\r') << command << jobs << gone.errors;
+            EXPECT_TRUE(gone.errors.ends_with("\r")) << command << jobs << gone.errors;
             settings.output = Sink::UNWRITABLE;
             const ToolRun full = RunSlowly(settings, arguments);
             EXPECT_EQ(full.status, 1) << command << jobs;
