@@ -187,6 +187,39 @@ TEST(ToolView, EveryByteIsShown) {
     EXPECT_EQ(tokens, (std::vector<ListedToken>{{"lost", 0, 2, 0, 0}}));
 }
 
+TEST(ToolView, LostBytesAreCutBetweenCharacters) {
+    const struct {
+        const char* note;
+        std::string character;
+        Arguments arguments;
+    } CASES[] = {
+        {"two bytes of UTF-8", "\xC3\xA9", {"--charset", "65001"}},
+        {"three bytes of UTF-8", "\xE2\x82\xAC", {"--charset", "65001"}},
+        {"four bytes of UTF-8", "\xF0\x9F\x98\x80", {"--charset", "65001"}},
+        {"two units of UTF-16", "\x3D\xD8\x00\xDE"s, {"--input", "utf16"}},
+        {"two bytes of Shift_JIS", "\x82\xA0", {"--charset", "932"}},
+        {"two bytes of Big5", "\xA4\xA4", {"--charset", "950"}},
+    };
+    for (const auto& c : CASES) {
+        for (const std::size_t shift : {std::size_t{0}, std::size_t{1}}) {
+            std::string begin = "<b a=" + std::string(30, 'a') + ">" + std::string(shift, 'x');
+            if (c.arguments.front() == "--input")
+                begin = Utf16(begin);
+            Arguments arguments = c.arguments;
+            arguments.insert(arguments.end(), {"--max-token", "16"});
+            const ViewedPage page(View(begin + Repeat(c.character, 150000 / c.character.size()), arguments).output);
+            std::size_t count = 0;
+            for (const ListedToken& token : ListTokens(page))
+                count += token.kind == "lost" ? 1 : 0;
+            EXPECT_GT(count, 1U) << c.note;
+            for (const std::string& json : page.tokens) {
+                EXPECT_EQ(json.find("\"marks\""), std::string::npos) << c.note << ", " << shift;
+                EXPECT_EQ(json.find("\\uFFFD"), std::string::npos) << c.note << ", " << shift;
+            }
+        }
+    }
+}
+
 TEST(ToolView, NothingOfTheInputIsMarkup) {
     const std::string frame = ViewedPage(View("").output).rest;
     EXPECT_TRUE(Contains(frame, "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "));

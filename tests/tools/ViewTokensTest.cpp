@@ -42,6 +42,35 @@ Tool::ViewToken MakeToken(std::uint64_t begin, std::string_view bytes, CharSet::
     return token;
 }
 
+TEST(ViewTokens, TextIsCutBetweenCharacters) {
+    const struct {
+        const char* note;
+        CharSet::Code charset;
+        std::string_view bytes;
+        std::size_t cut;
+    } CASES[] = {
+        {"nothing", CharSet::UTF8, ""sv, 0},
+        {"whole characters", CharSet::UTF8, "a\xC3\xA9"sv, 3},
+        {"one byte of two", CharSet::UTF8, "a\xC3"sv, 1},
+        {"one byte of three", CharSet::UTF8, "a\xE2"sv, 1},
+        {"two bytes of three", CharSet::UTF8, "a\xE2\x82"sv, 1},
+        {"three bytes of four", CharSet::UTF8, "a\xF0\x9F\x98"sv, 1},
+        {"only a part of a character", CharSet::UTF8, "\xF0\x9F\x98"sv, 0},
+        {"a part after what is none", CharSet::UTF8, "\xFF\xFFxyz\xE2\x82"sv, 5},
+        {"what is none in the middle", CharSet::UTF8, "a\xFFxyz"sv, 5},
+        {"a single byte each", CharSet::WINDOWS_1252, "a\xC3"sv, 2},
+        {"of no charset", CharSet::UNKNOWN, "a\xC3"sv, 2},
+        {"units", CharSet::UTF16_LE, "a\0b\0"sv, 4},
+        {"half a unit", CharSet::UTF16_LE, "a\0b"sv, 2},
+        {"half a pair", CharSet::UTF16_LE, "a\0\x3D\xD8"sv, 2},
+        {"a pair", CharSet::UTF16_LE, "a\0\x3D\xD8\x00\xDE"sv, 6},
+        {"lines of ISO-2022", 50221, "a\n\x1B$B$\"\x1B(B\nab"sv, 11},
+        {"no line of ISO-2022", 50221, "ab"sv, 2},
+    };
+    for (const auto& c : CASES)
+        EXPECT_EQ(Tool::FindCutForView(c.charset, c.bytes), c.cut) << c.note;
+}
+
 TEST(ViewTokens, NothingIsWrittenForNothing) {
     WrittenTokens written;
     written.tokens.Flush();

@@ -88,9 +88,12 @@ void ViewObserver::Finish() {
     std::vector<char> block(BLOCK_SIZE);
     std::uint64_t count = 0;
     source->Seek(source->GetReadEnd());
-    do
-        AddLost(source->GetReadEnd());
-    while (source->Read(block.data(), block.size(), &count) == RESULT_OK);
+    while (source->Read(block.data(), block.size(), &count) == RESULT_OK) {
+        const std::uint64_t end = source->GetReadEnd();
+        if (end - done >= BLOCK_SIZE)
+            AddLost(done + FindCutForView(GetCharset(), source->GetBytes(done, end)));
+    }
+    AddLost(source->GetReadEnd());
     tokens.Flush();
 }
 

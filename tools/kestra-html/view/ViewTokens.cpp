@@ -17,6 +17,7 @@ namespace {
 using StringNS::CharSet;
 
 constexpr auto REPLACEMENT = static_cast<WideChar>(0xFFFD);
+constexpr std::size_t LONGEST_CHARACTER = 4;  ///< in bytes, of all charsets
 
 /// Units of UTF-16, low byte first, whatever the order of the machine. Half a unit becomes U+FFFD.
 bool DecodeUtf16(std::string_view bytes, WideString* text) {
@@ -31,6 +32,10 @@ bool DecodeUtf16(std::string_view bytes, WideString* text) {
     if (!isWhole)
         text->push_back(REPLACEMENT);
     return isWhole;
+}
+
+std::size_t CountReplacements(WideStringView text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), REPLACEMENT));
 }
 
 std::size_t CountParts(std::string_view bytes, std::string_view part) {
@@ -101,8 +106,34 @@ bool DecodeForView(CharSet::Code charset, std::string_view bytes, WideString* te
     if (StringNS::StringHelper::GetWideFromGeneric(code, terminated.c_str(), terminated.size() + 1, text) != 0)
         StringNS::StringHelper::GetWideFromGeneric(CharSet::WINDOWS_1252, terminated.c_str(), terminated.size() + 1,
                                                    text);
-    const auto replacements = static_cast<std::size_t>(std::count(text->begin(), text->end(), REPLACEMENT));
+    const std::size_t replacements = CountReplacements(*text);
     return replacements == 0 || (code == CharSet::UTF8 && replacements == CountParts(bytes, "\xEF\xBF\xBD"));
+}
+
+std::size_t FindCutForView(CharSet::Code charset, std::string_view bytes) {
+    if (charset == CharSet::UTF16_LE) {
+        const std::size_t units = bytes.size() - bytes.size() % 2;
+        const bool endsWithHighSurrogate = units > 0 && (static_cast<unsigned char>(bytes[units - 1]) & 0xFC) == 0xD8;
+        return endsWithHighSurrogate ? units - 2 : units;
+    }
+    if (CharSet::IsIso2022(charset)) {
+        const std::size_t feed = bytes.rfind('\n');
+        return feed == std::string_view::npos ? bytes.size() : feed + 1;
+    }
+    // A character that is cut off is one more that cannot be decoded, whatever there is before it.
+    WideString text;
+    if (DecodeForView(charset, bytes, &text))
+        return bytes.size();
+    std::size_t best = 0;
+    std::size_t least = CountReplacements(text);
+    for (std::size_t back = 1; back < std::min(LONGEST_CHARACTER, bytes.size() + 1); ++back) {
+        DecodeForView(charset, bytes.substr(0, bytes.size() - back), &text);
+        if (const std::size_t replacements = CountReplacements(text); replacements < least) {
+            best = back;
+            least = replacements;
+        }
+    }
+    return bytes.size() - best;
 }
 
 ViewTokens::ViewTokens(WritePage writePage) : write(std::move(writePage)) {}

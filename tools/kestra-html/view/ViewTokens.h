@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -95,6 +96,11 @@ private:
 /// cannot decode, is taken for windows-1252.
 /// @return false when a byte is no character of the charset
 bool DecodeForView(StringNS::CharSet::Code charset, std::string_view bytes, WideString* text);
+
+/// Where a text can be cut so that no character is: at its end or some bytes before it. A text that
+/// ISO-2022 switches between sets is cut after a line feed, because a line starts anew.
+/// @return how many bytes come first; 0 when they are no whole character
+std::size_t FindCutForView(StringNS::CharSet::Code charset, std::string_view bytes);
 
 /// The charset in which `DecodeForView` reads.
 StringNS::CharSet::Code GetShownCharset(StringNS::CharSet::Code charset);
