@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 
 #include "tests/tools/ToolRun.h"
@@ -143,6 +144,26 @@ TEST(ToolStream, TmpdirIsWhereTemporaryFilesAre) {
         settings.environment["TMPDIR"] = "";
         EXPECT_EQ(RunTool({"check", "--format", format, file}, settings).status, 0) << "the folder of the system";
     }
+}
+
+TEST(ToolStream, TmpdirMayHaveAnyBytesAndAnyLength) {
+    const TemporaryFolder folder;
+    ToolSettings settings;
+    settings.input = "<p>" + std::string(3000000, 'x') + "</p>";
+    const fs::path unusual = folder.GetPath() / "not\xFFUTF-8";
+    settings.environment["TMPDIR"] = unusual.string();
+    const std::string why = "-: cannot be kept in a temporary file: the folder ";
+    EXPECT_TRUE(Ended(RunTool({"tokens"}, settings), 1,
+                      why + (folder.GetPath() / "not\\xFFUTF-8").string() + " is full, read-only or missing\n"));
+    fs::create_directory(unusual);
+    fs::last_write_time(unusual, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    const fs::file_time_type before = fs::last_write_time(unusual);
+    EXPECT_TRUE(Ended(RunTool({"tokens"}, settings), 0, ""));
+    EXPECT_GT(fs::last_write_time(unusual), before) << "no file was made in it";
+    EXPECT_TRUE(fs::is_empty(unusual));
+    const std::string tooLong = folder.GetPath().string() + Repeat("/folder", 1000);
+    settings.environment["TMPDIR"] = tooLong;
+    EXPECT_TRUE(Ended(RunTool({"tokens"}, settings), 1, why + tooLong + " is full, read-only or missing\n"));
 }
 
 TEST(ToolStream, WhatCannotBeReadSaysWhy) {
