@@ -1,8 +1,12 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <thread>
 
 #include "tests/tools/ToolRun.h"
 
@@ -164,6 +168,54 @@ TEST(ToolStream, TmpdirMayHaveAnyBytesAndAnyLength) {
     const std::string tooLong = folder.GetPath().string() + Repeat("/folder", 1000);
     settings.environment["TMPDIR"] = tooLong;
     EXPECT_TRUE(Ended(RunTool({"tokens"}, settings), 1, why + tooLong + " is full, read-only or missing\n"));
+}
+
+/// The tool between two pipes whose ends do not wait: it reads before there is anything, and writes
+/// more than there is room for.
+TEST(ToolStream, PipesThatDoNotWaitAreWaitedFor) {
+    std::signal(SIGPIPE, SIG_IGN);  // the tool may end early
+    for (const Arguments& arguments :
+         {Arguments{"tokens", "--charset", "1252"}, {"tokens"}, {"events"}, {"rewrite"}, {"view"}}) {
+        int input[2];
+        int output[2];
+        ASSERT_EQ(pipe2(input, O_CLOEXEC | O_NONBLOCK), 0);
+        ASSERT_EQ(pipe2(output, O_CLOEXEC | O_NONBLOCK), 0);
+        fcntl(input[1], F_SETFL, 0);
+        fcntl(output[0], F_SETFL, 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(input[0], STDIN_FILENO);
+            dup2(output[1], STDOUT_FILENO);
+            std::vector<const char*> words = {KESTRA_TOOL};
+            for (const std::string& word : arguments)
+                words.push_back(word.c_str());
+            words.push_back(nullptr);
+            execv(KESTRA_TOOL, const_cast<char**>(words.data()));  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+            _exit(127);
+        }
+        close(input[0]);
+        close(output[1]);
+        const std::string page = Repeat("<p class=x>text</p>\n", 20000);
+        std::string read;
+        std::thread writer([&] {
+            const std::size_t half = page.size() / 2;
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            EXPECT_EQ(write(input[1], page.data(), half), static_cast<ssize_t>(half));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            EXPECT_EQ(write(input[1], page.data() + half, half), static_cast<ssize_t>(half));
+            close(input[1]);
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(600));
+        char block[4096];
+        for (ssize_t count = 0; (count = ::read(output[0], block, sizeof(block))) > 0;)
+            read.append(block, static_cast<std::size_t>(count));
+        writer.join();
+        close(output[0]);
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << arguments.front();
+        EXPECT_TRUE(read == RunToolOn(page, arguments).output) << arguments.front();
+    }
 }
 
 TEST(ToolStream, WhatCannotBeReadSaysWhy) {

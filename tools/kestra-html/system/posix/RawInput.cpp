@@ -1,6 +1,7 @@
 #include "tools/kestra-html/system/RawInput.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <limits>
 
 #include "tools/kestra-html/system/FileNames.h"
+#include "tools/kestra-html/system/posix/Waiting.h"
 
 namespace Kestra::Tool {
 
@@ -93,7 +95,7 @@ bool RawInput::Read(char* buffer, std::size_t bytes, std::size_t* count) {
     do {
         result = isFile ? pread(descriptor, buffer, std::min(bytes, MOST_BYTES), static_cast<off_t>(begin + position))
                         : read(descriptor, buffer, std::min(bytes, MOST_BYTES));
-    } while (result < 0 && errno == EINTR);
+    } while (result < 0 && (errno == EINTR || WaitFor(descriptor, POLLIN)));
     *count = result < 0 ? 0 : static_cast<std::size_t>(result);
     position += *count;
     return result >= 0;

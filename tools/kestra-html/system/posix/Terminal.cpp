@@ -1,13 +1,15 @@
 #include "tools/kestra-html/system/Terminal.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "tools/kestra-html/system/posix/Waiting.h"
 
 namespace Kestra::Tool {
 
@@ -16,6 +18,19 @@ namespace {
 std::string_view Variable(const char* name) {
     const char* const value = std::getenv(name);
     return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+std::optional<WriteFailure> Write(int stream, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(stream, bytes.data(), bytes.size());
+        if (count >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno != EINTR && !WaitFor(stream, POLLOUT)) {
+            const int error = errno;
+            return WriteFailure{error == EPIPE, std::strerror(error)};
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -45,16 +60,11 @@ bool WantsColour() {
 }
 
 std::optional<WriteFailure> WriteOutput(std::string_view bytes) {
-    errno = 0;
-    if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0)
-        return std::nullopt;
-    const int error = errno != 0 ? errno : EIO;
-    return WriteFailure{error == EPIPE, std::strerror(error)};
+    return Write(STDOUT_FILENO, bytes);
 }
 
 void WriteErrors(std::string_view bytes) {
-    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
-    std::fflush(stderr);
+    Write(STDERR_FILENO, bytes);
 }
 
 }  // namespace Kestra::Tool
