@@ -35,7 +35,7 @@ help:
 	@echo 'make test-python-sanitized  the same with the address sanitizer'
 	@echo 'make test-pip       pip install . from the sources alone, into an environment of its own'
 	@echo 'make test-view      build the release, use the page of kestra-html view in a browser'
-	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap'
+	@echo 'make test-memory    build the release, check what documents of 1 GiB take from the heap, and the tool for them'
 	@echo 'make bench          build the release, compare its speed with other tokenizers, for some minutes'
 	@echo 'make bench-hostile  the same for inputs made to be slow: their time must grow with their size and no faster'
 	@echo 'make bench-python   compare the Python module with other parsers, links found from bytes'
@@ -124,7 +124,7 @@ test-view:
 test-memory:
 	@setup/install build
 	cmake --preset release
-	cmake --build --preset release --parallel $(JOBS) --target memory-tests
+	cmake --build --preset release --parallel $(JOBS) --target memory-tests tool-input-memory-tests
 	@setup/run-tests release:gibibyte
 
 bench:
