@@ -165,7 +165,7 @@ bool IsForTheEngines(const ByteKinds& kinds, const EngineAnswer& icu, const Engi
 
 /// A few signs tell no language: then the engines decide. When the models read the same, the surer
 /// one says how sure it is. When they read letters otherwise and are clear about it, they decide.
-DetectedCharset FindAnswer(const Judgement& judgement) {
+DetectedCharset ChooseAnswer(const Judgement& judgement) {
     const std::uint32_t confidence = FindConfidence(judgement.evidence);
     if (!judgement.isThin)
         return {judgement.code, confidence};
@@ -176,6 +176,12 @@ DetectedCharset FindAnswer(const Judgement& judgement) {
     if (judgement.evidence.margin >= CLEAR_MARGIN)
         return {judgement.code, confidence};
     return {judgement.engines.code, std::min(judgement.engines.confidence, DISPUTED_LIMIT)};
+}
+
+DetectedCharset FindAnswer(const Judgement& judgement) {
+    DetectedCharset answer = ChooseAnswer(judgement);
+    answer.confidence = LimitByLength(judgement.evidence, answer.confidence);
+    return answer;
 }
 
 }  // namespace

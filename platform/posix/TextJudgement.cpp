@@ -30,7 +30,7 @@ constexpr double NONE_AGREES = 2.228;
 
 constexpr std::uint32_t LEAST_CONFIDENCE = 1;
 constexpr double MOST_CONFIDENCE = 99;  ///< of what is likely and no more
-constexpr double PER_BYTE = 6;          ///< text of less than 16 bytes has not been measured
+constexpr double PER_BYTE = 6;          ///< shown: text of less than 16 bytes has not been measured
 
 // Where few pairs differ and few bytes are beyond ASCII, a price or a temperature reads as well in
 // any language.
@@ -47,6 +47,10 @@ constexpr double DOUBTED_LIMIT = 49;
 
 bool IsControl(char byte) {
     return (byte >= 0 && byte < ' ' && (byte < '\t' || byte > '\r') && byte != 0x1B) || byte == 0x7F;
+}
+
+bool IsShown(char byte) {
+    return byte != ' ' && (byte < '\t' || byte > '\r');
 }
 
 bool IsDoubleByte(CharSet::Code code) {
@@ -114,6 +118,7 @@ Judgement JudgeText(std::string_view text, const EngineAnswer& icu, const Engine
         names(icu, best.code),
         icuConfidence,
         static_cast<double>(text.size()),
+        static_cast<double>(std::ranges::count_if(text, IsShown)),
         static_cast<double>(std::ranges::count_if(text, IsControl)),
         IsDoubleByte(best.code),
     };
@@ -139,8 +144,12 @@ std::uint32_t FindConfidence(const Evidence& evidence) {
                             evidence.highBytes >= evidence.textBytes * MUCH_BEYOND_ASCII) ||
                            evidence.controls > evidence.textBytes * MANY_CONTROLS;
     const double most = isDoubted ? DOUBTED_LIMIT : MOST_CONFIDENCE;
-    const double limited = std::min({fitted, most, evidence.textBytes * PER_BYTE});
+    const double limited = std::min(fitted, most);
     return static_cast<std::uint32_t>(std::lround(std::max<double>(limited, LEAST_CONFIDENCE)));
+}
+
+std::uint32_t LimitByLength(const Evidence& evidence, std::uint32_t confidence) {
+    return static_cast<std::uint32_t>(std::min<double>(confidence, evidence.shownBytes * PER_BYTE));
 }
 
 }  // namespace Kestra::Base

@@ -20,6 +20,7 @@ struct Evidence {
     bool icuAgrees = false;
     double icuConfidence = 0;  ///< 0 to 1, for whatever ICU names
     double textBytes = 0;
+    double shownBytes = 0;  ///< of these the ones that are no white space
     double controls = 0;  ///< those that text has no use for
     bool isDoubleByte = false;
 };
@@ -38,5 +39,8 @@ Judgement JudgeText(std::string_view text, const EngineAnswer& icu, const Engine
 
 /// How many of a hundred answers with such evidence are estimated to be right.
 std::uint32_t FindConfidence(const Evidence& evidence);
+
+/// The most that an answer may be given for so little text, whoever gives it.
+std::uint32_t LimitByLength(const Evidence& evidence, std::uint32_t confidence);
 
 }  // namespace Kestra::Base

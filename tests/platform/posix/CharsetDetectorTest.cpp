@@ -395,6 +395,15 @@ TEST(CharsetDetectorTest, LittleTextIsLittleEvidence) {
     }
 }
 
+TEST(CharsetDetectorTest, WhiteSpaceIsNoText) {
+    for (const char* const word : {"\xC4\xC1", "k\xF9\xF2", "\xED\xE5\xF2", "caf\xE9s"}) {
+        for (const std::string& space : {std::string(), std::string(300, ' '), Repeat("\r\n\t", 100)}) {
+            const DetectedCharset answer = Detect(word + space);
+            EXPECT_LT(answer.confidence, 50U) << word << " and " << space.size() << " bytes of white space";
+        }
+    }
+}
+
 /// No code page reads such text, so whatever is named is not to be taken.
 TEST(CharsetDetectorTest, CharsetsWithoutACodePageAreNoSureAnswer) {
     constexpr std::u16string_view VIETNAMESE =

@@ -81,7 +81,12 @@ TEST_F(ToolDetect, ShortInputs) {
     EXPECT_EQ(Detect(utf8).output, "-: 65001 (UTF-8), confidence 100, 707, the detector\n");
     EXPECT_TRUE(Contains(Detect(UTF8.substr(0, 255)).output, ", 707, "));
     EXPECT_TRUE(Contains(Detect(UTF8.substr(0, 256)).output, ", 0, "));
-    // Of which one letter beyond ASCII is no evidence.
+    // Of words of two and three letters nobody is sure, and blanks around them add nothing.
+    for (const char* const word : {"\xC4\xC1", "k\xF9\xF2", "\xED\xE5\xF2", "caf\xE9"}) {
+        EXPECT_TRUE(Contains(Detect(word).output, "no confidence, 707, assumed")) << word;
+        EXPECT_FALSE(Contains(Detect(word + std::string(252, ' ')).output, "the detector")) << word;
+    }
+    // One letter beyond ASCII is no evidence.
     EXPECT_EQ(Detect("caf\xE9", {"--min-confidence", "100"}),
               (ToolRun{0,
                        "-: 1252 (windows-1252), no confidence, 707, assumed: too little data to detect the charset: "

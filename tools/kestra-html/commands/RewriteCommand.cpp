@@ -1,6 +1,4 @@
 #include "tools/kestra-html/commands/RewriteCommand.h"
-#include "tools/kestra-html/commands/InputNames.h"
-#include "tools/kestra-html/commands/InputRuns.h"
 
 #include <fmt/format.h>
 
@@ -22,6 +20,8 @@
 #include "html/rewrite/Rewriter.h"
 #include "platform/CharSet.h"
 #include "platform/Results.h"
+#include "tools/kestra-html/commands/InputNames.h"
+#include "tools/kestra-html/commands/InputRuns.h"
 #include "tools/kestra-html/input/CallResults.h"
 #include "tools/kestra-html/input/Input.h"
 #include "tools/kestra-html/output/PrintableName.h"

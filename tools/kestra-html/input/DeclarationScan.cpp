@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::string_view META = "meta";
 constexpr std::string_view CHARSET = "charset";
-constexpr std::uint64_t TAIL_SIZE = 8;  // a word, or one without its last letter and the byte before it
 
 constexpr char ToLower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;

@@ -21,7 +21,9 @@ public:
 private:
     void Look(std::string_view text, std::uint64_t begin);
 
-    char tail[16]{};  ///< the last bytes taken, for a word that the next ones continue
+    static constexpr std::uint64_t TAIL_SIZE = 8;  ///< a word, or one without its last letter and the byte before it
+
+    char tail[TAIL_SIZE]{};  ///< the last bytes taken, for a word that the next ones continue
     std::uint64_t tailSize = 0;
     std::uint64_t taken = 0;
     std::int64_t lastMeta = -1;
