@@ -21,7 +21,7 @@ struct Evidence {
     double icuConfidence = 0;  ///< 0 to 1, for whatever ICU names
     double textBytes = 0;
     double shownBytes = 0;  ///< of these the ones that are no white space
-    double controls = 0;  ///< those that text has no use for
+    double controls = 0;    ///< those that text has no use for
     bool isDoubleByte = false;
 };
 
