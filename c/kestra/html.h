@@ -490,10 +490,14 @@ KESTRA_HTML_CALL uint32_t kestra_html_detect(const void* data, size_t size, kest
 
 /// `kestra_html_detect`, looking at as many bytes as the host says. A page that begins with a long
 /// script has its text, and so what the detector needs, after the first 16,384 bytes.
+/// @param data     the document, or its beginning; borrowed for the call
+/// @param size     in bytes
 /// @param options  `max_detect_size` is the most bytes that are looked at for a declaration and by
 ///                 the detector: 0 for 16,384, UINT64_MAX for all of `data`. `min_confidence` is
 ///                 used as well, the rest ignored. Null is as `kestra_html_detect`. Time is in
 ///                 proportion to the bytes; docs/charset-detection.md has the memory
+/// @param detection  its `size` is set before the call; the rest is written as by
+///                   `kestra_html_detect`
 /// @return as `kestra_html_detect`; 2 also for bad options
 KESTRA_HTML_CALL uint32_t kestra_html_detect_with_options(const void* data, size_t size,
                                                           const kestra_html_options* options,
