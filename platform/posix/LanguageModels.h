@@ -9,7 +9,7 @@
 namespace Kestra::Base {
 
 /// From here up, the numbers of charsets that have no code page: VISCII, TCVN 5712, KZ-1048 and
-/// PTCP154. They are no answer, but text in one of them is told from text in a code page.
+/// PTCP154. None of them is an answer, but they keep text in them from being taken for a code page.
 constexpr StringNS::CharSet::Code FIRST_WITHOUT_CODE_PAGE = 70001;
 
 /// The upper half of a charset of single bytes.
