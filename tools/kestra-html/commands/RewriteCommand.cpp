@@ -239,8 +239,7 @@ private:
         parser.SetObserver(&observer, false);
         parser.SetScriptMode(options.scriptMode);
         parser.SetMaxTokenSize(options.maxTokenSize);
-        parser.SetChrDetMinConfidence(GenericParser::DETECTCHARSET_MIN_CONFIDENCE * 2 +
-                                      1);  // of 100: nothing is that sure
+        parser.SetChrDetMaxSize(1);  // too little for the detector: it is not asked
         parser.StartParse(CharSet::UNKNOWN, options.input);
         try {
             parser.ParseStream(stream, false);
